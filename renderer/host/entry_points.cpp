@@ -1,0 +1,34 @@
+// The module's entry points and its load hook.
+#include "renderer/host/entry_points.h"
+
+#include "renderer/core/software_z_buffer.h"
+
+#if defined(_WIN32)
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#include <windows.h>
+
+// Thread notifications are declined; whether the runtime lets them be does not matter.
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
+    if (reason == DLL_PROCESS_ATTACH) {
+        DisableThreadLibraryCalls(module);
+    }
+    return TRUE;
+}
+#endif
+
+extern "C" {
+
+VT_Renderer_Data* VD_Renderer(const VT_Renderer_Data* const& prototype) {
+    return new krb::Software_Z_Buffer(*prototype);
+}
+
+VT_Renderer_Data* VD_KRB_Renderer(const VT_Renderer_Data* const& prototype) {
+    return VD_Renderer(prototype);
+}
+
+void VD_Unload_KRB_Renderer(VT_Renderer_Data* renderer) {
+    delete renderer;
+}
+}

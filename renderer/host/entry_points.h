@@ -1,0 +1,19 @@
+// The three entry points of a renderer module, exported by these plain names.
+#pragma once
+
+#include "renderer/host/export.h"
+
+class VT_Renderer_Data;
+
+extern "C" {
+// A new renderer made from the host's prototype; the caller destroys it with VD_Unload_KRB_Renderer. Throws std::bad_alloc, and
+// std::invalid_argument when the environment asks for a kernel set that does not exist or that this processor lacks.
+VORNA_MODULE_EXPORT VT_Renderer_Data* VD_Renderer(const VT_Renderer_Data* const& prototype);
+// The same function under the module's own name.
+VORNA_MODULE_EXPORT VT_Renderer_Data* VD_KRB_Renderer(const VT_Renderer_Data* const& prototype);
+// Null is allowed.
+VORNA_MODULE_EXPORT void VD_Unload_KRB_Renderer(VT_Renderer_Data* renderer);
+}
+
+using VT_Create_Renderer = VT_Renderer_Data*(const VT_Renderer_Data* const& prototype);
+using VT_Unload_Renderer = void(VT_Renderer_Data* renderer);

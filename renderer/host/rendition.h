@@ -1,0 +1,134 @@
+// The rendition: every attribute that a primitive is drawn with.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "renderer/host/color.h"
+#include "renderer/host/contour.h"
+#include "renderer/host/export.h"
+#include "renderer/host/frame_buffer.h"
+#include "renderer/host/geometry.h"
+#include "renderer/host/line_type.h"
+#include "renderer/host/object.h"
+
+// The drawing-mode code under which pixels combine by merge control.
+inline constexpr std::int32_t merge_drawing_mode = 20;
+
+// Flag words. A bit is named by its value.
+namespace face_flag {
+inline constexpr std::uint32_t opaque_pattern = 1;   // the pattern's gaps take the contrast colour
+inline constexpr std::uint32_t inverted_pattern = 2; // cells and gaps change places
+inline constexpr std::uint32_t translucent = 8;
+inline constexpr std::uint32_t special_shading = 32;
+} // namespace face_flag
+
+namespace line_flag {
+inline constexpr std::uint32_t smoothed = 2;
+} // namespace line_flag
+
+namespace drawing_flag {
+inline constexpr std::uint32_t second_blend = 4;
+inline constexpr std::uint32_t translucent = 8;
+} // namespace drawing_flag
+
+// Face patterns 0 to 73 are stock patterns, 64 among them solid; 74 is the rendition's own bitmap; above are hatches.
+namespace face_pattern {
+inline constexpr std::int32_t solid = 64;
+inline constexpr std::int32_t bitmap = 74;
+inline constexpr std::int32_t last_drawn_by_renderers = 74;
+} // namespace face_pattern
+
+// A pattern of any size. Row 0 is its lowest.
+class VORNA_API VT_Pattern_Bitmap final : public VT_Counted {
+public:
+    // cells: width * height values, row after row, non-zero = set.
+    VT_Pattern_Bitmap(std::int32_t width, std::int32_t height, std::vector<std::uint8_t> cells)
+        : width_(width), height_(height), cells_(std::move(cells)) {}
+    VT_Counted* clone() const override { return new VT_Pattern_Bitmap(*this); }
+
+    std::int32_t width() const noexcept { return width_; }
+    std::int32_t height() const noexcept { return height_; }
+    const std::uint8_t* row(std::int32_t r) const noexcept { return cells_.data() + std::int64_t{r} * width_; }
+
+private:
+    std::int32_t width_, height_;
+    std::vector<std::uint8_t> cells_;
+};
+
+// What a textured face is made of.
+class VORNA_API VT_Basic_Material final : public VT_Counted {
+public:
+    VT_Counted* clone() const override { return new VT_Basic_Material(*this); }
+
+    VT_RGB32 color{255, 255, 255, 255};
+    VT_Reference<const VT_Shared_Image> texture; // VT_RGB32 texels, width and height powers of two, lowest row first
+    VT_Matrix texture_matrix;
+    bool has_texture_matrix = false;
+};
+
+struct VT_Face_Attributes {
+    VT_RGB32 color;
+    VT_RGB32 contrast_color;
+    std::uint8_t index = 0;
+    std::uint8_t contrast_index = 0;
+    std::int32_t pattern = face_pattern::solid;
+    std::uint32_t flags = 0;
+    std::int32_t mode = 0; // drawing-mode code
+    VT_Reference<const VT_Pattern_Bitmap> bitmap;
+    VT_Reference<const VT_Basic_Material> material;
+};
+
+struct VT_Line_Attributes {
+    VT_RGB32 color;
+    VT_RGB32 contrast_color;
+    std::uint8_t index = 0;
+    std::int32_t weight = 1; // pixels
+    std::int32_t style = 0;  // non-zero = not a plain solid line
+    std::uint32_t flags = 0;
+    std::int32_t mode = 0; // drawing-mode code
+    VT_Reference<const VT_Line_Type_Set> line_types = VT_Line_Type_Set::None;
+};
+
+struct VT_Marker_Attributes {
+    VT_RGB32 color;
+    std::uint8_t index = 0;
+    std::int32_t symbol = 0; // 0 = plain dot
+    std::int32_t size = 1;   // pixels
+    std::int32_t mode = 0;   // drawing-mode code
+};
+
+struct VT_Clip_Attributes {
+    VT_Int_Rectangle hard_clip;                      // device pixels
+    bool depth_test = true;                          // the depth-buffering switch
+    VT_Reference<const VT_Contour_Set> complex_clip; // null = none
+    VT_Int_Pair window_offset;
+};
+
+// What the window-level actions work on: painting, and clearing of depth.
+struct VT_Window_Attributes {
+    VT_Int_Rectangle rectangle;
+    std::int32_t fill = face_pattern::solid; // 64 = plain
+    VT_RGB32 color;
+    std::uint8_t index = 0;
+};
+
+class VORNA_API VT_Rendition final : public VT_Counted {
+public:
+    VT_Counted* clone() const override { return new VT_Rendition(*this); }
+
+    VT_Face_Attributes face;
+    VT_Line_Attributes line;
+    VT_Marker_Attributes marker;
+    VT_Clip_Attributes clip;
+    VT_Window_Attributes window;
+    std::uint32_t drawing_flags = 0;
+
+    // The colour of faces, lines and markers alike.
+    void set_color(VT_RGB32 color) noexcept;
+    void set_contrast_color(VT_RGB32 color) noexcept;
+    // The hard clip as given; with the flag set, cut to what it was before.
+    void set_hard_clip_unrestricted(const VT_Int_Rectangle& clip, bool restrict) noexcept;
+    // The complex clip moved by the window offset; null when there is none. Every rendition with that clip and offset gets the same.
+    VT_Reference<const VT_Contour_Set> shifted_complex_clip() const;
+};

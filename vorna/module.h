@@ -1,0 +1,37 @@
+// Renderer modules: loaded by path at run time.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "renderer/host/entry_points.h"
+#include "renderer/host/export.h"
+#include "renderer/host/renderer_data.h"
+
+namespace vorna {
+
+// A loaded module. Renderers must be destroyed before it.
+class VORNA_API Module {
+public:
+    // Opens the module and finds its entry points. Throws std::runtime_error with one line that names the file and the reason.
+    explicit Module(const std::string& path);
+    Module(const Module&) = delete;
+    Module& operator=(const Module&) = delete;
+    ~Module();
+
+    struct Unload {
+        VT_Unload_Renderer* function = nullptr;
+        void operator()(VT_Renderer_Data* renderer) const noexcept { function(renderer); }
+    };
+    using Renderer = std::unique_ptr<VT_Renderer_Data, Unload>;
+
+    // A renderer made from the prototype.
+    Renderer create_renderer(const VT_Renderer_Data& prototype) const;
+
+private:
+    void* library_ = nullptr;
+    VT_Create_Renderer* create_ = nullptr;
+    VT_Unload_Renderer* unload_ = nullptr;
+};
+
+} // namespace vorna
