@@ -1,0 +1,175 @@
+// Installation of the action slots: one constant table, slot by case.
+#include "renderer/core/actions.h"
+
+#include <array>
+#include <tuple>
+
+#include "renderer/core/picture_cycle.h"
+#include "renderer/core/software_z_buffer.h"
+#include "renderer/primitives/dots.h"
+#include "renderer/primitives/images.h"
+#include "renderer/triangles/polytriangles.h"
+
+namespace krb {
+
+namespace {
+
+// What a case puts into a slot.
+template <class Function> struct Cell {
+    Function* function = nullptr;
+    enum class Kind { untouched, own, host } kind = Kind::untouched;
+};
+
+template <class Function> struct Row {
+    Action_Slot<Function> Action_Table::*slot;
+    std::array<Cell<Function>, case_count> cells;
+};
+
+template <class Function> constexpr Cell<Function> own(Function* function) {
+    return {function, Cell<Function>::Kind::own};
+}
+
+// The host's standard function; where that does not exist the slot is switched off.
+template <class Function> constexpr Cell<Function> host(Function* function) {
+    return {function, Cell<Function>::Kind::host};
+}
+
+template <class Function>
+constexpr Row<Function> row(Action_Slot<Function> Action_Table::*slot, std::array<Cell<Function>, case_count> cells) {
+    return {slot, cells};
+}
+
+// The same in all six cases.
+template <class Function> constexpr Row<Function> every_case(Action_Slot<Function> Action_Table::*slot, Cell<Function> cell) {
+    return {slot, {cell, cell, cell, cell, cell, cell}};
+}
+
+inline constexpr Case N8 = Case::index8, N32 = Case::rgb32, N32A = Case::rgb32_alpha;
+inline constexpr Case D8 = Case::depth_index8, D32 = Case::depth_rgb32, D32A = Case::depth_rgb32_alpha;
+
+// The members of a family, one a case.
+#define KRB_OWN(member)                                                                                                          \
+    { own(member<N8>), own(member<N32>), own(member<N32A>), own(member<D8>), own(member<D32>), own(member<D32A>) }
+
+using T = Action_Table;
+
+// Families whose rasterizers are still to come stand here with the host's standard function: 2D and textured triangles, lines,
+// markers, ellipses.
+constexpr std::tuple slot_table{
+    //                                         no depth buffer: 8-bit, 32-bit, with alpha; depth buffer: 8-bit, 32-bit, with alpha
+    every_case(&T::draw_2d_polytriangle, host(VD_Standard_Draw_2D_Polytriangle)),
+    row(&T::draw_dc_polytriangle, KRB_OWN(draw_dc_polytriangle)),
+    every_case(&T::draw_2di_polytriangle, host(VD_Standard_Draw_2DI_Polytriangle)),
+    row(&T::draw_dci_polytriangle, KRB_OWN(draw_dci_polytriangle)),
+    every_case(&T::draw_2d_colorized_polytriangle, host(VD_Standard_Draw_2D_Colorized_Polytriangle)),
+    row(&T::draw_dc_colorized_polytriangle, KRB_OWN(draw_dc_colorized_polytriangle)),
+    every_case(&T::draw_2di_colorized_polytriangle, host(VD_Standard_Draw_2DI_Colorized_Polytriangle)),
+    row(&T::draw_dci_colorized_polytriangle, KRB_OWN(draw_dci_colorized_polytriangle)),
+    every_case(&T::draw_2d_gouraud_polytriangle, host(VD_Standard_Draw_2D_Gouraud_Polytriangle)),
+    row(&T::draw_dc_gouraud_polytriangle, KRB_OWN(draw_dc_gouraud_polytriangle)),
+    every_case(&T::draw_2di_gouraud_polytriangle, host(VD_Standard_Draw_2DI_Gouraud_Polytriangle)),
+    row(&T::draw_dci_gouraud_polytriangle, KRB_OWN(draw_dci_gouraud_polytriangle)),
+    row(&T::draw_2d_textured_polytriangle, {{{},
+                                             {},
+                                             {},
+                                             host(VD_Standard_Draw_2D_Textured_Polytriangle),
+                                             host(VD_Standard_Draw_2D_Textured_Polytriangle),
+                                             host(VD_Standard_Draw_2D_Textured_Polytriangle)}}),
+    row(&T::draw_dc_textured_polytriangle, {{{},
+                                             {},
+                                             {},
+                                             host(VD_Standard_Draw_DC_Textured_Polytriangle),
+                                             host(VD_Standard_Draw_DC_Textured_Polytriangle),
+                                             host(VD_Standard_Draw_DC_Textured_Polytriangle)}}),
+    row(&T::draw_2di_textured_polytriangle, {{{},
+                                              {},
+                                              {},
+                                              host(VD_Standard_Draw_2DI_Textured_Polytriangle),
+                                              host(VD_Standard_Draw_2DI_Textured_Polytriangle),
+                                              host(VD_Standard_Draw_2DI_Textured_Polytriangle)}}),
+    row(&T::draw_dci_textured_polytriangle, {{{},
+                                              {},
+                                              {},
+                                              host(VD_Standard_Draw_DCI_Textured_Polytriangle),
+                                              host(VD_Standard_Draw_DCI_Textured_Polytriangle),
+                                              host(VD_Standard_Draw_DCI_Textured_Polytriangle)}}),
+    every_case(&T::draw_2di_polyline, host(VD_Standard_Draw_2DI_Polyline)),
+    every_case(&T::draw_2di_colorized_polyline, host(VD_Standard_Draw_2DI_Colorized_Polyline)),
+    every_case(&T::draw_2di_gouraud_polyline, host(VD_Standard_Draw_2DI_Gouraud_Polyline)),
+    every_case(&T::draw_dci_polyline, host(VD_Standard_Draw_DCI_Polyline)),
+    every_case(&T::draw_dci_colorized_polyline, host(VD_Standard_Draw_DCI_Colorized_Polyline)),
+    every_case(&T::draw_dci_gouraud_polyline, host(VD_Standard_Draw_DCI_Gouraud_Polyline)),
+    row(&T::draw_dci_dot, KRB_OWN(draw_dci_dot)),
+    row(&T::draw_2di_polymarker, {{host(VD_Standard_Draw_2DI_Polymarker),
+                                   host(VD_Standard_Draw_2DI_Polymarker),
+                                   host(VD_Standard_Draw_2DI_Polymarker),
+                                   {},
+                                   host(VD_Standard_Draw_2DI_Polymarker),
+                                   host(VD_Standard_Draw_2DI_Polymarker)}}),
+    row(&T::draw_2di_colorized_polymarker, {{{}, {}, host(VD_Standard_Draw_2DI_Colorized_Polymarker), {}, {}, {}}}),
+    row(&T::draw_dci_ellipse, {{{}, host(VD_Standard_Draw_DCI_Ellipse), host(VD_Standard_Draw_DCI_Ellipse), {}, {}, {}}}),
+    row(&T::draw_dci_elliptical_arc,
+        {{{}, host(VD_Standard_Draw_DCI_Elliptical_Arc), host(VD_Standard_Draw_DCI_Elliptical_Arc), {}, {}, {}}}),
+    row(&T::draw_dci_rgb32_image,
+        {{host(VD_Standard_Draw_DCI_RGB32_Image), own(draw_dci_rgb32_image<N32>), own(draw_dci_rgb32_image<N32>),
+          host(VD_Standard_Draw_DCI_RGB32_Image), own(draw_dci_rgb32_image<D32>), own(draw_dci_rgb32_image<D32>)}}),
+    row(&T::draw_dci_index8_image,
+        {{own(draw_dci_index8_image<N8>), host(VD_Standard_Draw_DCI_Index8_Image), host(VD_Standard_Draw_DCI_Index8_Image),
+          own(draw_dci_index8_image<D8>), host(VD_Standard_Draw_DCI_Index8_Image), host(VD_Standard_Draw_DCI_Index8_Image)}}),
+    row(&T::write_depth_rectangle,
+        {{{}, {}, {}, own(write_depth_rectangle), own(write_depth_rectangle), own(write_depth_rectangle)}}),
+    row(&T::read_depth_image, {{{}, {}, {}, own(read_depth_image), own(read_depth_image), own(read_depth_image)}}),
+    row(&T::clear_depth_rectangle, {{own(clear_no_depth), own(clear_no_depth), own(clear_no_depth), own(clear_depth_rectangle),
+                                     own(clear_depth_rectangle), own(clear_depth_rectangle)}}),
+    row(&T::draw_window, {{own(draw_window_index8), own(draw_window_rgb32), own(draw_window_rgb32), own(draw_window_index8),
+                           own(draw_window_rgb32), own(draw_window_rgb32)}}),
+    row(&T::read_color_image, {{own(read_color_image_index8), own(read_color_image_rgb32), own(read_color_image_rgb32),
+                                own(read_color_image_index8), own(read_color_image_rgb32), own(read_color_image_rgb32)}}),
+    every_case(&T::draw_2d_polygon, host(VD_Standard_Draw_2D_Polygon)),
+    every_case(&T::draw_dc_polygon, host(VD_Standard_Draw_DC_Polygon)),
+    every_case(&T::draw_2di_polygon, host(VD_Standard_Draw_2DI_Polygon)),
+    every_case(&T::draw_dci_polygon, host(VD_Standard_Draw_DCI_Polygon)),
+    every_case(&T::draw_dci_image, host(VD_Standard_Draw_DCI_Image)),
+    every_case(&T::draw_3d_polytriangle, host(VD_Standard_Draw_3D_Polytriangle)),
+};
+#undef KRB_OWN
+
+// With tiling the renderer cuts 3D strips and polylines to the tile itself.
+constexpr std::tuple tiling_table{
+    every_case(&T::draw_3d_colorized_polytriangle, host(VD_Standard_Draw_3D_Colorized_Polytriangle)),
+    every_case(&T::draw_3d_gouraud_polytriangle, host(VD_Standard_Draw_3D_Gouraud_Polytriangle)),
+    every_case(&T::draw_3d_textured_polytriangle, host(VD_Standard_Draw_3D_Textured_Polytriangle)),
+    every_case(&T::draw_3d_polyline, host(VD_Standard_Draw_3D_Polyline)),
+    every_case(&T::draw_3d_colorized_polyline, host(VD_Standard_Draw_3D_Colorized_Polyline)),
+    every_case(&T::draw_3d_gouraud_polyline, host(VD_Standard_Draw_3D_Gouraud_Polyline)),
+};
+
+template <class Function> void install(Software_Z_Buffer& renderer, const Row<Function>& row, Case c) {
+    const Cell<Function>& cell = row.cells[static_cast<std::size_t>(c)];
+    Action_Slot<Function>& slot = renderer.actions.*row.slot;
+    if (cell.kind == Cell<Function>::Kind::untouched) {
+        return;
+    }
+    if (!cell.function) {
+        slot.enabled = 0;
+        return;
+    }
+    slot = {&renderer, cell.function, 0, 1};
+}
+
+template <class Table> void install_all(Software_Z_Buffer& renderer, const Table& table, Case c) {
+    std::apply([&](const auto&... rows) { (install(renderer, rows, c), ...); }, table);
+}
+
+} // namespace
+
+void install_actions(Software_Z_Buffer& renderer) {
+    const VT_Renderer_Options& options = renderer.current_options;
+    const Case c = case_of(options.buffer_depth() >= 1, options.color_system() == 1, options.alpha_blending());
+    install_all(renderer, slot_table, c);
+    if (renderer.current[Handle::enable_tiling]->as_bool()) {
+        install_all(renderer, tiling_table, c);
+    }
+}
+
+} // namespace krb

@@ -1,0 +1,118 @@
+// Choice of the kernel set. This file is compiled for the oldest processor and decides what newer code may run.
+#include "renderer/core/kernel_sets.h"
+
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#if defined(_MSC_VER)
+#include <intrin.h>
+#endif
+
+namespace krb {
+
+#if defined(KRB_X86_64)
+namespace baseline {
+extern const Triangle_Kernel_Table triangle_kernels;
+}
+namespace avx2 {
+extern const Triangle_Kernel_Table triangle_kernels;
+}
+namespace avx512 {
+extern const Triangle_Kernel_Table triangle_kernels;
+}
+#endif
+namespace portable {
+extern const Triangle_Kernel_Table triangle_kernels;
+}
+
+namespace {
+
+struct Candidate {
+    Kernel_Set set;
+    bool (*supported)();
+};
+
+#if defined(KRB_X86_64)
+#if defined(_MSC_VER) && !defined(__clang__)
+// Bits of the processor's own tables, and of the registers that the operating system saves.
+bool has_features(int leaf_1_ecx, int leaf_7_ebx, unsigned long long saved_registers) {
+    int words[4];
+    __cpuidex(words, 1, 0);
+    if ((words[2] & leaf_1_ecx) != leaf_1_ecx) {
+        return false;
+    }
+    if (saved_registers && ((words[2] & (1 << 27)) == 0 || (_xgetbv(0) & saved_registers) != saved_registers)) {
+        return false;
+    }
+    __cpuidex(words, 7, 0);
+    return (words[1] & leaf_7_ebx) == leaf_7_ebx;
+}
+
+bool has_baseline() {
+    return has_features(1 << 20 | 1 << 19 | 1 << 9 | 1 << 23, 0, 0);
+}
+
+bool has_avx2() {
+    return has_features(1 << 28, 1 << 5, 0x6);
+}
+
+bool has_avx512() {
+    return has_features(1 << 28, static_cast<int>(1U << 5 | 1U << 16 | 1U << 17 | 1U << 30 | 1U << 31), 0xE6);
+}
+#else
+bool has_baseline() {
+    return __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt");
+}
+
+bool has_avx2() {
+    return __builtin_cpu_supports("avx2");
+}
+
+bool has_avx512() {
+    return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
+           __builtin_cpu_supports("avx512vl");
+}
+#endif
+#endif
+
+bool always() {
+    return true;
+}
+
+// From the best to the one that runs everywhere.
+constexpr Candidate candidates[] = {
+#if defined(KRB_X86_64)
+    {{"avx512", 1, &avx512::triangle_kernels}, has_avx512},
+    {{"avx2", 8, &avx2::triangle_kernels}, has_avx2},
+    {{"baseline", 4, &baseline::triangle_kernels}, has_baseline},
+#endif
+    {{"portable", 1, &portable::triangle_kernels}, always},
+};
+
+} // namespace
+
+const Kernel_Set& chosen_kernel_set() {
+    const char* forced = std::getenv("KRB_KERNELS");
+    std::string names;
+    for (const Candidate& candidate : candidates) {
+        if (!forced || std::string_view(forced) == candidate.set.name) {
+            if (candidate.supported()) {
+                return candidate.set;
+            }
+            if (forced) {
+                throw std::invalid_argument("KRB_KERNELS: this processor cannot run the kernel set '" + std::string(forced) +
+                                            "'");
+            }
+        }
+        names.insert(0, std::string(names.empty() ? "" : ", ").insert(0, candidate.set.name));
+    }
+    throw std::invalid_argument("KRB_KERNELS: there is no kernel set '" + std::string(forced) + "', expected one of: " + names);
+}
+
+const Kernel_Set& portable_kernel_set() noexcept {
+    return std::end(candidates)[-1].set;
+}
+
+} // namespace krb

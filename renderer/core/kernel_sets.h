@@ -1,0 +1,22 @@
+// Kernel sets: the same kernels compiled for different instruction sets, one of which a renderer uses.
+#pragma once
+
+#include "renderer/triangles/triangle_kernels.h"
+
+namespace krb {
+
+struct Kernel_Set {
+    const char* name;
+    // Windows narrower than this many pixels are drawn by the portable set: short spans may be loaded and stored as a whole
+    // vector that lies elsewhere in the same row.
+    std::int32_t least_width;
+    const Triangle_Kernel_Table* triangles;
+};
+
+// The best set that this processor runs, or the one that the environment variable KRB_KERNELS names: portable, baseline, avx2 or
+// avx512. Throws std::invalid_argument for a name that does not exist here and for a set that the processor lacks.
+const Kernel_Set& chosen_kernel_set();
+
+const Kernel_Set& portable_kernel_set() noexcept;
+
+} // namespace krb

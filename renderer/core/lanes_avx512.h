@@ -1,0 +1,174 @@
+// The vocabulary of lanes for AVX-512 (F, BW, DQ, VL): sixteen pixels, masked loads and stores. What each name means is said in
+// lanes_portable.h.
+#pragma once
+
+#include "renderer/core/attributes_avx2.h"
+
+namespace krb::KRB_KERNEL_SET {
+namespace {
+
+inline constexpr int lane_count = 16;
+inline constexpr bool masked_memory = true;
+
+struct Int {
+    __m512i lanes;
+};
+
+struct Active {
+    __mmask16 lanes;
+};
+
+struct All {};
+
+inline Int splat(std::int32_t value) {
+    return {_mm512_set1_epi32(value)};
+}
+
+inline Int lane_numbers() {
+    return {_mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15)};
+}
+
+inline Int operator+(Int a, Int b) {
+    return {_mm512_add_epi32(a.lanes, b.lanes)};
+}
+
+inline Int operator-(Int a, Int b) {
+    return {_mm512_sub_epi32(a.lanes, b.lanes)};
+}
+
+inline Int operator*(Int a, Int b) {
+    return {_mm512_mullo_epi32(a.lanes, b.lanes)};
+}
+
+inline Int operator&(Int a, Int b) {
+    return {_mm512_and_si512(a.lanes, b.lanes)};
+}
+
+inline Int operator|(Int a, Int b) {
+    return {_mm512_or_si512(a.lanes, b.lanes)};
+}
+
+template <int bits> inline Int shift_left(Int a) {
+    return {_mm512_slli_epi32(a.lanes, bits)};
+}
+
+template <int bits> inline Int shift_right(Int a) {
+    return {_mm512_srli_epi32(a.lanes, bits)};
+}
+
+inline Int multiply_halves(Int a, Int b) {
+    return {_mm512_mullo_epi16(a.lanes, b.lanes)};
+}
+
+template <int bits> inline Int shift_halves_right(Int a) {
+    return {_mm512_srli_epi16(a.lanes, bits)};
+}
+
+inline Active first_lanes(std::int32_t count) {
+    return {static_cast<__mmask16>(count >= 16 ? 0xFFFFU : (1U << count) - 1)};
+}
+
+inline Active lanes_between(std::int32_t begin, std::int32_t end) {
+    return {static_cast<__mmask16>(first_lanes(end).lanes & ~first_lanes(begin).lanes)};
+}
+
+inline Active lanes_of_bits(std::uint32_t bits) {
+    return {static_cast<__mmask16>(bits)};
+}
+
+inline Active less_or_equal(Int a, Int b) {
+    return {_mm512_cmple_epi32_mask(a.lanes, b.lanes)};
+}
+
+inline Active equal(Int a, Int b) {
+    return {_mm512_cmpeq_epi32_mask(a.lanes, b.lanes)};
+}
+
+inline Active operator&(Active a, Active b) {
+    return {static_cast<__mmask16>(a.lanes & b.lanes)};
+}
+
+inline Active operator&(All, Active b) {
+    return b;
+}
+
+inline Active without(Active a, Active b) {
+    return {static_cast<__mmask16>(a.lanes & ~b.lanes)};
+}
+
+inline bool none(Active a) {
+    return a.lanes == 0;
+}
+
+inline bool has_lane(Active active, std::int32_t lane) {
+    return (active.lanes >> lane & 1) != 0;
+}
+
+inline std::uint32_t lane_of(Int a, std::int32_t lane) {
+    return static_cast<std::uint32_t>(
+        _mm_cvtsi128_si32(_mm512_castsi512_si128(_mm512_permutexvar_epi32(_mm512_set1_epi32(lane), a.lanes))));
+}
+
+inline Int select(Active condition, Int yes, Int no) {
+    return {_mm512_mask_blend_epi32(condition.lanes, no.lanes, yes.lanes)};
+}
+
+inline Int where(Active condition, Int value) {
+    return {_mm512_maskz_mov_epi32(condition.lanes, value.lanes)};
+}
+
+inline Int load_ints(const std::int32_t* from) {
+    return {_mm512_loadu_si512(from)};
+}
+
+inline Int load_depths(const std::uint8_t* from, Active active) {
+    return {_mm512_cvtepu16_epi32(_mm256_maskz_loadu_epi16(active.lanes, from))};
+}
+
+inline Int load_depths(const std::uint8_t* from, All) {
+    return {_mm512_cvtepu16_epi32(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(from)))};
+}
+
+inline void store_depths(std::uint8_t* to, Int depths, Active active) {
+    _mm256_mask_storeu_epi16(to, active.lanes, _mm512_cvtepi32_epi16(depths.lanes));
+}
+
+inline Int load_pixels(const std::uint8_t* from, Active active) {
+    return {_mm512_maskz_loadu_epi32(active.lanes, from)};
+}
+
+inline Int load_pixels(const std::uint8_t* from, All) {
+    return {_mm512_loadu_si512(from)};
+}
+
+inline void store_pixels(std::uint8_t* to, Int pixels, Active active) {
+    _mm512_mask_storeu_epi32(to, active.lanes, pixels.lanes);
+}
+
+inline void store_pixels(std::uint8_t* to, Int pixels, All) {
+    _mm512_storeu_si512(to, pixels.lanes);
+}
+
+inline void store_indices(std::uint8_t* to, Int indices, Active active) {
+    _mm_mask_storeu_epi8(to, active.lanes, _mm512_cvtepi32_epi8(indices.lanes));
+}
+
+inline void store_indices(std::uint8_t* to, Int indices, All) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm512_cvtepi32_epi8(indices.lanes));
+}
+
+// All eight quotients in one division.
+inline Attributes<8> quotient(Attributes<8> a, std::int32_t divisor) {
+    return {_mm512_cvttpd_epi32(_mm512_div_pd(_mm512_cvtepi32_pd(a.value), _mm512_set1_pd(divisor)))};
+}
+
+template <int lane> inline Int spread(Attributes<4> a) {
+    return {_mm512_broadcastd_epi32(_mm_shuffle_epi32(a.value, lane * 0x55))};
+}
+
+template <int lane> inline Int spread(Attributes<8> a) {
+    return {_mm512_permutexvar_epi32(_mm512_set1_epi32(lane), _mm512_castsi256_si512(a.value))};
+}
+
+} // namespace
+} // namespace krb::KRB_KERNEL_SET

@@ -1,0 +1,153 @@
+// The buffer-level actions: painting the window, clearing, writing and reading back.
+#include "renderer/core/picture_cycle.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "renderer/core/software_z_buffer.h"
+
+namespace krb {
+
+namespace {
+
+// Columns and rows of a buffer, inclusive.
+struct Cells {
+    std::int32_t first_column, last_column, first_row, last_row;
+};
+
+Cells cells_of(const Software_Z_Buffer& renderer, const VT_Int_Rectangle& rectangle) noexcept {
+    return {rectangle.left - renderer.window_origin.x, rectangle.right - renderer.window_origin.x,
+            rectangle.bottom - renderer.window_origin.y, rectangle.top - renderer.window_origin.y};
+}
+
+// Fills cells with one value. Whole rows are one block that starts at the highest row.
+template <class Value> void fill_cells(const Frame_Buffer& buffer, std::int32_t width, const Cells& cells, Value value) {
+    const auto fill = [value](std::uint8_t* from, std::int64_t bytes) {
+        if constexpr (sizeof(Value) == 1) {
+            std::memset(from, value, static_cast<std::size_t>(bytes));
+        } else {
+            for (std::int64_t i = 0; i < bytes; i += std::int64_t{sizeof(Value)}) {
+                std::memcpy(from + i, &value, sizeof(Value));
+            }
+        }
+    };
+    // Rows of odd length, such as an application may bring, leave no whole number of values in the block.
+    if (cells.first_column == 0 && cells.last_column == width - 1 && buffer.bytes_per_row % std::int32_t{sizeof(Value)} == 0) {
+        fill(buffer.rows[cells.last_row], std::int64_t{cells.last_row - cells.first_row + 1} * buffer.bytes_per_row);
+        return;
+    }
+    for (std::int32_t row = cells.first_row; row <= cells.last_row; ++row) {
+        fill(buffer.rows[row] + std::int64_t{cells.first_column} * std::int64_t{sizeof(Value)},
+             std::int64_t{cells.last_column - cells.first_column + 1} * std::int64_t{sizeof(Value)});
+    }
+}
+
+template <class Value> void draw_window(VT_Renderer_Data& data, const VT_Rendition& rendition, Value value) {
+    const Software_Z_Buffer& renderer = renderer_of(data);
+    const VT_Window_Attributes& window = rendition.window;
+    if (window.fill != face_pattern::solid) {
+        VD_Span_DC_Rectangle(data, rendition, window.rectangle.left, window.rectangle.right, window.rectangle.bottom,
+                             window.rectangle.top);
+        return;
+    }
+    if (!renderer.color_buffer) {
+        return;
+    }
+    Cells cells = cells_of(renderer, window.rectangle);
+    cells.first_column = std::max(cells.first_column, 0);
+    cells.last_column = std::min(cells.last_column, renderer.window_size.x - 1);
+    cells.first_row = std::max(cells.first_row, 0);
+    cells.last_row = std::min(cells.last_row, renderer.window_size.y - 1);
+    if (cells.first_column <= cells.last_column && cells.first_row <= cells.last_row) {
+        fill_cells(*renderer.color_buffer, renderer.window_size.x, cells, value);
+    }
+}
+
+// Copies a rectangle of a buffer into an image of the given format; asked for one that this is not, leaves no image.
+void read_image(const Software_Z_Buffer& renderer, const VT_Reference<Frame_Buffer>& buffer, Buffer_Format format, bool requested,
+                const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right, VT_Reference<VT_Shared_Image>& image) {
+    const std::int32_t pixel_bytes = format == Buffer_Format::rgb32 ? 4 : format == Buffer_Format::depth16 ? 2 : 1;
+    if (!requested || !buffer) {
+        image = nullptr;
+        return;
+    }
+    const std::int32_t width = bottom_right.x - top_left.x + 1;
+    const std::int32_t height = top_left.y - bottom_right.y + 1;
+    if (!image || image->width() != width || image->height() != height || image->format() != format) {
+        image = nullptr;
+        image = new VT_Shared_Image(width, height, format, pixel_bytes * width, nullptr, false, false);
+    }
+    const std::int64_t column = std::int64_t{top_left.x} - renderer.window_origin.x;
+    const std::int32_t top_row = top_left.y - renderer.window_origin.y;
+    for (std::int32_t i = 0; i < height; ++i) {
+        std::memcpy(image->row(i), buffer->rows[top_row - i] + column * pixel_bytes,
+                    static_cast<std::size_t>(pixel_bytes) * static_cast<std::size_t>(width));
+    }
+}
+
+} // namespace
+
+void draw_window_index8(VT_Renderer_Data& data, const VT_Rendition& rendition) {
+    draw_window(data, rendition, rendition.window.index);
+}
+
+void draw_window_rgb32(VT_Renderer_Data& data, const VT_Rendition& rendition) {
+    draw_window(data, rendition, rendition.window.color);
+}
+
+void clear_depth_rectangle(VT_Renderer_Data& data, const VT_Rendition& rendition) {
+    const Software_Z_Buffer& renderer = renderer_of(data);
+    if (renderer.depth_buffer) {
+        fill_cells(*renderer.depth_buffer, renderer.window_size.x, cells_of(renderer, rendition.window.rectangle),
+                   std::uint16_t{0xFFFF});
+    }
+}
+
+void clear_no_depth(VT_Renderer_Data&, const VT_Rendition&) {
+}
+
+void write_depth_rectangle(VT_Renderer_Data& data, const VT_Rendition&, const VT_DCI_Point* top_left,
+                           const VT_DCI_Point* bottom_right, std::int32_t stride, const std::uint16_t* depths) {
+    const Software_Z_Buffer& renderer = renderer_of(data);
+    const std::int32_t right = std::min(bottom_right->x, renderer.window_origin.x + renderer.window_size.x - 1);
+    const std::int32_t bytes = 2 * (right - top_left->x) + 2;
+    if (!renderer.depth_buffer || bytes < 1) {
+        return;
+    }
+    const std::int64_t column = std::int64_t{top_left->x} - renderer.window_origin.x;
+    const auto* source = reinterpret_cast<const std::uint8_t*>(depths);
+    for (std::int32_t y = top_left->y; y >= bottom_right->y; --y) {
+        std::uint8_t* row = renderer.depth_buffer->rows[y - renderer.window_origin.y] + 2 * column;
+        if (source) {
+            std::memcpy(row, source, static_cast<std::size_t>(bytes));
+            source += stride;
+        } else {
+            std::memset(row, 0, static_cast<std::size_t>(bytes));
+        }
+    }
+}
+
+void read_depth_image(VT_Renderer_Data& data, const VT_Rendition&, const VT_DCI_Point* top_left, const VT_DCI_Point* bottom_right,
+                      const Buffer_Format* format, VT_Reference<VT_Shared_Image>& image) {
+    const Software_Z_Buffer& renderer = renderer_of(data);
+    const bool fits = *format == Buffer_Format::depth16 || *format == Buffer_Format::whatever_is_there;
+    read_image(renderer, renderer.depth_buffer, Buffer_Format::depth16, fits, *top_left, *bottom_right, image);
+}
+
+void read_color_image_index8(VT_Renderer_Data& data, const VT_Rendition&, const VT_DCI_Point* top_left,
+                             const VT_DCI_Point* bottom_right, const Buffer_Format* format,
+                             VT_Reference<VT_Shared_Image>& image) {
+    const Software_Z_Buffer& renderer = renderer_of(data);
+    const bool fits = *format == Buffer_Format::index8 || *format == Buffer_Format::whatever_is_there;
+    read_image(renderer, renderer.color_buffer, Buffer_Format::index8, fits, *top_left, *bottom_right, image);
+}
+
+void read_color_image_rgb32(VT_Renderer_Data& data, const VT_Rendition&, const VT_DCI_Point* top_left,
+                            const VT_DCI_Point* bottom_right, const Buffer_Format* format, VT_Reference<VT_Shared_Image>& image) {
+    const Software_Z_Buffer& renderer = renderer_of(data);
+    const bool fits = *format == Buffer_Format::rgb32 || *format == Buffer_Format::whatever_is_there ||
+                      *format == Buffer_Format::presentation_rgb32;
+    read_image(renderer, renderer.color_buffer, Buffer_Format::rgb32, fits, *top_left, *bottom_right, image);
+}
+
+} // namespace krb

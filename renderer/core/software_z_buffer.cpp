@@ -1,0 +1,171 @@
+// The renderer object: construction, options, buffers and merge-control colours.
+#include "renderer/core/software_z_buffer.h"
+
+#include "renderer/core/actions.h"
+
+namespace krb {
+
+namespace {
+
+void set_z_write(VT_Renderer_Data& renderer, bool value) {
+    renderer_of(renderer).z_write = value ? 1 : 0;
+}
+
+std::int32_t set_z_test(VT_Renderer_Data& renderer, const std::int32_t* value) {
+    return renderer_of(renderer).z_test = *value;
+}
+
+// Registers the renderer's options in a table, in this order. A mask cache that the table already holds stays.
+void build_option_table(VT_Option_Table& table, Option_Handles& handles) {
+    const auto add = [&table](const char* name, VT_Option_Content initial, std::int32_t scope = 0) {
+        return table.add(VT_Option(name, scope, std::move(initial)));
+    };
+    const auto keep = [&handles](Handle handle, VT_Option* option) { handles.option[static_cast<int>(handle)] = option; };
+    const VT_Pointer none = nullptr;
+
+    keep(Handle::hardcopy_mode, nullptr);
+    keep(Handle::margin, add("Margin", 0));
+    keep(Handle::color_buffer, add("Color Buffer", none));
+    keep(Handle::depth_buffer, add("Depth Buffer", none));
+    keep(Handle::use_mask, add("Use Mask", false));
+    keep(Handle::clip_phase, add("Clip Phase", false));
+    keep(Handle::enable_tiling, add("Enable Tiling", false));
+    keep(Handle::merge_control_background_color, add("Merge Control Background Color", VT_Int_RGB{255, 255, 255}));
+    keep(Handle::force_merge_control_on, add("Force Merge Control On", false));
+    keep(Handle::zbuffer_write, add("ZBuffer Write", none));
+    keep(Handle::zbuffer_test, add("ZBuffer Test", none));
+    VT_Option* mask_cache = table.find("Mask Cache");
+    keep(Handle::mask_cache, mask_cache ? mask_cache : add("Mask Cache", none, 1));
+    add("Supports Advanced Planvex Rendering", true);
+    add("Supports Antialiased Lines", false);
+    add("Supports Gooch Shader", false);
+    add("Supports Shadow Mapping Shader", false);
+    add("Shadow Mapping Quality", 0);
+    add("Max Active Lights", INT32_MAX);
+    add("No KVX Image Support", true);
+    keep(Handle::hardcopy_mode, add("Hardcopy Mode", false));
+}
+
+// A palette index that differs from the background's, found by walking away from its colour in steps of five; the background's
+// own when every colour on the way matches it.
+std::uint8_t find_alternate_index(const VT_Palette& palette, std::uint8_t background) {
+    const VT_RGB32 start = palette.color(background);
+    std::uint8_t channels[3] = {start.red, start.green, start.blue};
+    int directions[3];
+    for (int i = 0; i < 3; ++i) {
+        directions[i] = channels[i] < 251 ? 5 : -5;
+    }
+    std::uint8_t alternate = background;
+    for (int counter = 0; counter < 512 && alternate == background; counter += 5) {
+        for (int i = 0; i < 3; ++i) {
+            if (channels[i] >= 251) {
+                directions[i] = -5;
+            } else if (channels[i] < 5) {
+                directions[i] = 5;
+            }
+            channels[i] = static_cast<std::uint8_t>(channels[i] + directions[i]);
+        }
+        alternate = static_cast<std::uint8_t>(palette.closest_match({channels[2], channels[1], channels[0], 255}, false));
+    }
+    return alternate;
+}
+
+} // namespace
+
+Software_Z_Buffer::Software_Z_Buffer(const VT_Renderer_Data& prototype)
+    : VT_Renderer_Data(prototype), dither(make_dither(color_cube)), kernels(&chosen_kernel_set()), chosen_kernels_(kernels) {
+    build_option_table(requested_table, requested);
+    build_option_table(current_table, current);
+    declared_options.set_buffer_depth(16);
+    declared_options.set_backing_store(true);
+    declared_options.set_supports_complex_clip(true);
+    // Every slot is installed by establish.
+    set_standard_actions(false);
+    current_table.find("ZBuffer Write")->set(VT_Pointer(VT_Bool_Setter{set_z_write}));
+    current_table.find("ZBuffer Test")->set(VT_Pointer(VT_Int_Setter{set_z_test}));
+}
+
+Software_Z_Buffer::~Software_Z_Buffer() {
+    mask_cache = nullptr;
+    depth_buffer = nullptr;
+    color_buffer = nullptr;
+}
+
+std::int32_t Software_Z_Buffer::establish() {
+    install_actions(*this);
+    establish_buffers();
+    establish_mask_cache();
+    establish_merge_colors();
+    force_merge_control = current[Handle::force_merge_control_on]->as_bool() ? 1 : 0;
+    kernels = window_size.x < chosen_kernels_->least_width ? &portable_kernel_set() : chosen_kernels_;
+    return 0;
+}
+
+void Software_Z_Buffer::establish_buffers() {
+    const VT_Renderer_Options& options = current_options;
+    const VT_Int_Pair size = options.window_size();
+    window_origin = options.local_coordinates() ? VT_Int_Pair{} : options.window_origin();
+    if (palette().color_cube()) {
+        color_cube = *palette().color_cube();
+    }
+    dither = make_dither(color_cube);
+
+    VT_Option& color_option = *current[Handle::color_buffer];
+    if (auto* adopted = color_option.as_object<Frame_Buffer>()) {
+        color_buffer = adopted;
+    }
+    const auto fits = [size](const VT_Reference<Frame_Buffer>& buffer) {
+        return buffer && buffer->width == size.x && buffer->height == size.y;
+    };
+    // Only colour systems 0 and 1 insist on a format; another one keeps any buffer of the right size.
+    const std::int32_t system = options.color_system();
+    const Buffer_Format wanted = system == 1 ? Buffer_Format::rgb32 : Buffer_Format::index8;
+    if (!fits(color_buffer) || ((system == 0 || system == 1) && color_buffer->format != wanted)) {
+        buffer_creation.function(buffer_creation.context, size.x, size.y, &wanted, color_buffer);
+        color_option.set_value(
+            VT_Reference<VT_Option_Value>(new VT_Option_Value(VT_Pointer(VT_Reference<VT_Counted>(color_buffer)))));
+    }
+
+    if (options.buffer_depth() < 1) {
+        depth_buffer = nullptr;
+    } else if (!fits(depth_buffer) || depth_buffer->format != Buffer_Format::depth16) {
+        const Buffer_Format depth = Buffer_Format::depth16;
+        buffer_creation.function(buffer_creation.context, size.x, size.y, &depth, depth_buffer);
+    }
+    window_size = size;
+}
+
+void Software_Z_Buffer::establish_mask_cache() {
+    if (!current[Handle::use_mask]->as_bool()) {
+        mask_cache = nullptr;
+        return;
+    }
+    if (auto* shared = current[Handle::mask_cache]->as_object<Mask_Cache_Data>()) {
+        mask_cache = shared;
+    } else {
+        mask_cache = new Mask_Cache_Data;
+        requested[Handle::mask_cache]->set(VT_Pointer(VT_Reference<VT_Counted>(mask_cache)));
+        update_current_options();
+    }
+    // Masks were made for a window that may have moved or changed its size.
+    empty_mask_cache(*mask_cache);
+}
+
+void Software_Z_Buffer::establish_merge_colors() {
+    const VT_Int_RGB wanted = current[Handle::merge_control_background_color]->as_rgb();
+    background_color = {static_cast<std::uint8_t>(wanted.blue), static_cast<std::uint8_t>(wanted.green),
+                        static_cast<std::uint8_t>(wanted.red), 255};
+    alternate_background_color = background_color;
+    alternate_background_color.blue = static_cast<std::uint8_t>(background_color.blue == 0 ? 1 : background_color.blue - 1);
+    background_index = static_cast<std::uint8_t>(palette().closest_match(background_color, false));
+    alternate_background_index = find_alternate_index(palette(), background_index);
+}
+
+std::int32_t Software_Z_Buffer::update(const VT_Int_Rectangle& rectangle) {
+    const VT_DCI_Point top_left{rectangle.left, rectangle.top, 0};
+    const VT_DCI_Point bottom_right{rectangle.right, rectangle.bottom, 0};
+    return presentation.function(presentation.context, top_left, bottom_right, color_buffer, window_origin.x + rectangle.left,
+                                 window_size.y + window_origin.y - rectangle.top - 1);
+}
+
+} // namespace krb

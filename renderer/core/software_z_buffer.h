@@ -1,0 +1,102 @@
+// The renderer: options, buffers, and what the rasterizers read of them.
+#pragma once
+
+#include <cstdint>
+
+#include "renderer/core/cases.h"
+#include "renderer/core/dither.h"
+#include "renderer/core/kernel_sets.h"
+#include "renderer/host/frame_buffer.h"
+#include "renderer/host/renderer_data.h"
+#include "renderer/host/rendition.h"
+#include "renderer/mask/mask_cache.h"
+
+namespace krb {
+
+// Options that the renderer keeps handles of, in both tables.
+enum class Handle {
+    margin,
+    color_buffer,
+    depth_buffer,
+    mask_cache,
+    use_mask,
+    clip_phase,
+    enable_tiling,
+    merge_control_background_color,
+    force_merge_control_on,
+    zbuffer_write,
+    zbuffer_test,
+    hardcopy_mode,
+};
+
+inline constexpr int handle_count = 12;
+
+struct Option_Handles {
+    VT_Option* option[handle_count] = {};
+
+    VT_Option* operator[](Handle handle) const noexcept { return option[static_cast<int>(handle)]; }
+};
+
+class Software_Z_Buffer final : public VT_Renderer_Data {
+public:
+    // Registers the options in both tables and declares what the renderer can do. Throws what chosen_kernel_set throws.
+    explicit Software_Z_Buffer(const VT_Renderer_Data& prototype);
+    ~Software_Z_Buffer() override;
+
+    // Installs every slot that the current options ask for, then keeps, adopts or creates the buffers. Returns 0.
+    std::int32_t establish() override;
+    void begin_picture() override {}
+    void end_picture() override {}
+    std::int32_t update(const VT_Int_Rectangle& rectangle) override;
+
+    // True when pixels of this drawing mode combine by merge control.
+    bool merges(std::int32_t drawing_mode) const noexcept { return force_merge_control || drawing_mode == merge_drawing_mode; }
+
+    const VT_Palette& palette() const noexcept { return current_options.palette(); }
+
+    // Depth test by mode for single points, as a signed comparison of the point's depth with the stored one.
+    bool passes_z_test(std::int32_t z, std::uint16_t stored) const noexcept {
+        switch (z_test) {
+        case 1:
+            return z < stored;
+        case 5:
+            return z > stored;
+        default:
+            return z <= stored;
+        }
+    }
+
+    // What follows is the renderer's state as its rasterizers read it; establish and the two setters write it.
+    Option_Handles requested;
+    Option_Handles current;
+    VT_Reference<Frame_Buffer> color_buffer;
+    VT_Reference<Frame_Buffer> depth_buffer;
+    VT_Reference<Mask_Cache_Data> mask_cache;
+    VT_Int_Pair window_origin; // device coordinates of column 0, row 0
+    VT_Int_Pair window_size;   // width, height
+    VT_Color_Cube color_cube{{2, 2, 2}, 1.0F, 0};
+    std::uint8_t z_write = 1;
+    std::int32_t z_test = 2; // 1 less, 5 greater, any other value less or equal
+    std::uint8_t background_index = 255;
+    std::uint8_t alternate_background_index = 255;
+    VT_RGB32 background_color{0, 0, 0, 253};
+    VT_RGB32 alternate_background_color{1, 0, 0, 253};
+    std::uint8_t force_merge_control = 0;
+
+    Dither dither; // of color_cube
+    const Kernel_Set* kernels;
+
+private:
+    void establish_buffers();
+    void establish_mask_cache();
+    void establish_merge_colors();
+
+    const Kernel_Set* chosen_kernels_;
+};
+
+// The renderer behind a slot.
+inline Software_Z_Buffer& renderer_of(VT_Renderer_Data& data) noexcept {
+    return static_cast<Software_Z_Buffer&>(data);
+}
+
+} // namespace krb

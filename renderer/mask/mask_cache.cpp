@@ -1,0 +1,88 @@
+// The cache of complex-clip masks.
+#include "renderer/mask/mask_cache.h"
+
+#include <memory>
+
+#include "renderer/core/software_z_buffer.h"
+
+namespace krb {
+
+namespace {
+
+void unlink(Mask_Cache_Data& cache, Frame_Buffer_Mask& mask) noexcept {
+    (mask.newer ? mask.newer->older : cache.newest) = mask.older;
+    (mask.older ? mask.older->newer : cache.oldest) = mask.newer;
+}
+
+void put_at_head(Mask_Cache_Data& cache, Frame_Buffer_Mask& mask) noexcept {
+    mask.newer = nullptr;
+    mask.older = cache.newest;
+    (cache.newest ? cache.newest->newer : cache.oldest) = &mask;
+    cache.newest = &mask;
+}
+
+void rasterize(Frame_Buffer_Mask& mask, const Software_Z_Buffer& renderer, const VT_Contour_Set& clip) {
+    mask.establish_configuration(renderer.window_size.x, renderer.window_size.y, renderer.window_origin.x,
+                                 renderer.window_origin.y);
+    mask.clear_and_rasterize_mask(clip);
+}
+
+} // namespace
+
+Mask_Cache_Data::~Mask_Cache_Data() {
+    if (owns_list_) {
+        empty_mask_cache(*this);
+    }
+}
+
+VT_Counted* Mask_Cache_Data::clone() const {
+    auto copy = std::make_unique<Mask_Cache_Data>(*this);
+    copy->owns_list_ = false;
+    return copy.release();
+}
+
+void empty_mask_cache(Mask_Cache_Data& cache) noexcept {
+    while (Frame_Buffer_Mask* mask = cache.newest) {
+        cache.newest = mask->older;
+        delete mask;
+    }
+    cache.oldest = nullptr;
+    cache.count = 0;
+}
+
+bool find_mask(Software_Z_Buffer& renderer, const VT_Rendition& rendition) {
+    if (!renderer.mask_cache) {
+        return false;
+    }
+    Mask_Cache_Data& cache = *renderer.mask_cache;
+    VT_Reference<const VT_Contour_Set> clip = rendition.clip.complex_clip;
+    if (clip && (rendition.clip.window_offset.x < 0 || rendition.clip.window_offset.y < 0)) {
+        clip = rendition.shifted_complex_clip();
+    }
+    if (!clip) {
+        return false;
+    }
+    for (Frame_Buffer_Mask* mask = cache.newest; mask; mask = mask->older) {
+        if (mask->key() == clip->serial()) {
+            if (mask != cache.newest) {
+                unlink(cache, *mask);
+                put_at_head(cache, *mask);
+            }
+            return true;
+        }
+    }
+    if (cache.count >= cache.capacity) {
+        Frame_Buffer_Mask& reused = *cache.oldest;
+        rasterize(reused, renderer, *clip);
+        unlink(cache, reused);
+        put_at_head(cache, reused);
+    } else {
+        auto mask = std::make_unique<Frame_Buffer_Mask>();
+        rasterize(*mask, renderer, *clip);
+        put_at_head(cache, *mask.release());
+        ++cache.count;
+    }
+    return true;
+}
+
+} // namespace krb

@@ -1,0 +1,40 @@
+// The cache of complex-clip masks.
+#pragma once
+
+#include <cstdint>
+
+#include "renderer/host/frame_buffer.h"
+#include "renderer/host/object.h"
+#include "renderer/host/rendition.h"
+
+namespace krb {
+
+class Software_Z_Buffer;
+
+// The most recently used masks in a list from newest to oldest, shared between the renderers of an application. A clone shares
+// the list and does not own it.
+class Mask_Cache_Data final : public VT_Counted {
+public:
+    Mask_Cache_Data() = default;
+    Mask_Cache_Data(const Mask_Cache_Data&) = default;
+    Mask_Cache_Data& operator=(const Mask_Cache_Data&) = delete;
+    ~Mask_Cache_Data() override;
+    VT_Counted* clone() const override;
+
+    Frame_Buffer_Mask* newest = nullptr;
+    Frame_Buffer_Mask* oldest = nullptr;
+    std::int32_t count = 0;
+    std::int32_t capacity = 4;
+
+private:
+    bool owns_list_ = true;
+};
+
+// Deletes every mask.
+void empty_mask_cache(Mask_Cache_Data& cache) noexcept;
+
+// Brings the mask of the rendition's complex clip to the head of the renderer's cache, rasterizing it only when it is not there.
+// The fifth region takes the place of the one unused for longest. False when there is no clip or no cache.
+bool find_mask(Software_Z_Buffer& renderer, const VT_Rendition& rendition);
+
+} // namespace krb

@@ -1,0 +1,605 @@
+// Triangle kernels: the walk over a strip, its spans, and the pixels of flat and Gouraud members.
+//
+// A vertex of a smaller buffer row is nearer the top. Rows run from the top vertex's row up to but not including the bottom
+// one's, columns from the left edge's up to but not including the right one's, so that triangles that share an edge cover every
+// pixel once. Values along edges are interpolated in fixed point from row to row, values along a span from the two edges' integer
+// parts. A value at pixel i is start + i * step whichever way it is reached, so lanes may start anywhere.
+
+#include "renderer/triangles/triangle_kernels.h"
+
+namespace krb::KRB_KERNEL_SET {
+namespace {
+
+constexpr bool is_flat(Triangle_Configuration c) {
+    return c.shading == Shading::flat;
+}
+
+// A value that moves along a span, one lane a pixel.
+struct Ramp {
+    Int value;
+    Int step;
+
+    static Ramp from(Int start, Int step) { return {start + lane_numbers() * step, step}; }
+    void skip(std::int32_t pixels) { value = value + splat(pixels) * step; }
+    void advance_group(Int lanes) { value = value + lanes * step; }
+};
+
+// ---- colour sources
+
+inline Int pixel_word(VT_RGB32 color) {
+    return splat(static_cast<std::int32_t>(std::uint32_t{color.blue} | std::uint32_t{color.green} << 8 |
+                                           std::uint32_t{color.red} << 16 | std::uint32_t{color.alpha} << 24));
+}
+
+// One channel on its way to a palette index.
+struct Dithered_Channel {
+    Int cell;       // of the cube
+    Int complement; // 65535 less the fraction: the least threshold that steps up to the next cell
+
+    static Dithered_Channel of(Int value, std::int32_t multiplier) {
+        const Int scaled = shift_left<8>(value * splat(multiplier));
+        return {shift_right<16>(scaled) & splat(0xFF), splat(0xFFFF) - (scaled & splat(0xFFFF))};
+    }
+    Int step_up(Int thresholds, std::int32_t stride) const { return where(less_or_equal(complement, thresholds), splat(stride)); }
+};
+
+struct Dithered_Color {
+    Dithered_Channel red, green, blue;
+    Int index; // of the cell
+
+    static Dithered_Color of(const Dither& dither, Int red, Int green, Int blue) {
+        Dithered_Color color{Dithered_Channel::of(red, dither.red_multiplier),
+                             Dithered_Channel::of(green, dither.green_multiplier),
+                             Dithered_Channel::of(blue, dither.blue_multiplier), splat(dither.base)};
+        // The cell of blue counts once, whatever the cube's blue stride.
+        color.index = color.index + color.red.cell * splat(dither.red_stride) + color.green.cell * splat(dither.green_stride) +
+                      color.blue.cell;
+        return color;
+    }
+    // Correct in the low eight bits, which are all that is stored.
+    Int indices(const Dither& dither, Int thresholds) const {
+        return index + red.step_up(thresholds, dither.red_stride) + green.step_up(thresholds, dither.green_stride) +
+               blue.step_up(thresholds, dither.blue_stride);
+    }
+};
+
+// The same colour for a whole triangle.
+struct Flat_Source {
+    static constexpr bool moves = false;
+    Int pixels;
+    Int alphas;
+    Dithered_Color dithered;
+
+    Flat_Source(const Triangle_Target& target, Pixel_Format format, VT_RGB32 color)
+        : pixels(pixel_word(color)), alphas(splat(color.alpha)) {
+        if (format == Pixel_Format::index8) {
+            dithered = Dithered_Color::of(*target.dither, splat(color.red), splat(color.green), splat(color.blue));
+        }
+    }
+    Int pixel_lanes() const { return pixels; }
+    Int alpha_lanes() const { return alphas; }
+    Int index_lanes(const Dither& dither, Int thresholds) const { return dithered.indices(dither, thresholds); }
+    void skip(std::int32_t) {}
+    void advance_group(Int) {}
+};
+
+// Channels that move along the span. The stored pixel is opaque.
+struct Gouraud_Source {
+    static constexpr bool moves = true;
+    Ramp blue, green, red, alpha;
+
+    Gouraud_Source(Attributes<8> start, Attributes<8> step)
+        : blue(Ramp::from(spread<4>(start), spread<4>(step))), green(Ramp::from(spread<5>(start), spread<5>(step))),
+          red(Ramp::from(spread<6>(start), spread<6>(step))), alpha(Ramp::from(spread<7>(start), spread<7>(step))) {}
+    Int pixel_lanes() const {
+        return shift_right<16>(blue.value) | (shift_right<8>(green.value) & splat(0xFF00)) | (red.value & splat(0xFF0000)) |
+               splat(static_cast<std::int32_t>(0xFF000000));
+    }
+    Int alpha_lanes() const { return shift_right<16>(alpha.value); }
+    Int index_lanes(const Dither& dither, Int thresholds) const {
+        return Dithered_Color::of(dither, shift_right<16>(red.value), shift_right<16>(green.value), shift_right<16>(blue.value))
+            .indices(dither, thresholds);
+    }
+    void skip(std::int32_t pixels) {
+        blue.skip(pixels);
+        green.skip(pixels);
+        red.skip(pixels);
+        alpha.skip(pixels);
+    }
+    void advance_group(Int lanes) {
+        blue.advance_group(lanes);
+        green.advance_group(lanes);
+        red.advance_group(lanes);
+        alpha.advance_group(lanes);
+    }
+};
+
+// ---- depth rules
+
+struct No_Depth {
+    static constexpr bool reads = false;
+};
+
+struct Less_Or_Equal {
+    static constexpr bool reads = true;
+    template <class Lanes> static Active pass(const Triangle_Target&, Lanes lanes, Int depths, Int stored) {
+        return lanes & less_or_equal(depths, stored);
+    }
+    static bool writes(const Triangle_Target&) { return true; }
+};
+
+struct By_Mode {
+    static constexpr bool reads = true;
+    template <class Lanes> static Active pass(const Triangle_Target& target, Lanes lanes, Int depths, Int stored) {
+        const Active low = less_or_equal(depths, stored + splat(target.depth_bias));
+        return target.depth_inverted ? without(lanes & first_lanes(lane_count), low) : lanes & low;
+    }
+    static bool writes(const Triangle_Target& target) { return target.depth_written; }
+};
+
+template <Depth_Rule rule> struct Depth_Of;
+template <> struct Depth_Of<Depth_Rule::none> { using type = No_Depth; };
+template <> struct Depth_Of<Depth_Rule::less_or_equal> { using type = Less_Or_Equal; };
+template <> struct Depth_Of<Depth_Rule::by_mode> { using type = By_Mode; };
+
+// ---- pixel rules of 32-bit buffers: source pixels and stored pixels to what is written
+
+struct Store {
+    static constexpr bool reads = false;
+};
+
+// (source * a + stored * (255 - a)) / 255, truncated, for each colour byte; the pixel becomes opaque.
+struct Blend {
+    static constexpr bool reads = true;
+    static Int combine(const Triangle_Target&, Int source, Int alphas, Int stored) {
+        const Int even = splat(0x00FF00FF);
+        const Int weights = alphas | shift_left<16>(alphas);
+        const Int rest = even - weights;
+        const Int red_blue = divided_by_255(multiply_halves(source & even, weights) + multiply_halves(stored & even, rest));
+        const Int green = divided_by_255(multiply_halves(shift_right<8>(source) & even, weights) +
+                                         multiply_halves(shift_right<8>(stored) & even, rest));
+        return red_blue | (shift_left<8>(green) & splat(0xFF00)) | splat(static_cast<std::int32_t>(0xFF000000));
+    }
+
+private:
+    // Exact for what two weighted bytes add up to, 0 to 65025: floor(v / 255) = (v + 1 + (v >> 8)) >> 8.
+    static Int divided_by_255(Int halves) {
+        return shift_halves_right<8>(halves + splat(0x00010001) + shift_halves_right<8>(halves));
+    }
+};
+
+// Merge control: an untouched pixel takes the colour, an equal one stays, two different ones give their bitwise AND.
+struct Merge {
+    static constexpr bool reads = true;
+    static Int combine(const Triangle_Target& target, Int source, Int, Int stored) {
+        const Int background = splat(static_cast<std::int32_t>(target.background));
+        const Active untouched = equal(stored, background);
+        const Int merged = select(untouched, source, stored & source) | splat(static_cast<std::int32_t>(0xFF000000));
+        const Int visible =
+            select(equal(merged, background), splat(static_cast<std::int32_t>(target.alternate_background)), merged);
+        return select(without(equal(stored, source), untouched), stored, visible);
+    }
+};
+
+template <Pixel_Rule rule> struct Pixel_Of;
+template <> struct Pixel_Of<Pixel_Rule::store> { using type = Store; };
+template <> struct Pixel_Of<Pixel_Rule::blend> { using type = Blend; };
+template <> struct Pixel_Of<Pixel_Rule::merge> { using type = Merge; };
+
+// ---- clip rules
+
+// Bit i: whether the pattern draws the pixel i columns on.
+inline std::uint32_t pattern_bits(const Face_Pattern& pattern, std::int32_t column, std::int32_t row) {
+    std::uint32_t bits = 0;
+    if (pattern.bitmap) {
+        const std::uint8_t* cells = pattern.bitmap + std::int64_t{row % pattern.height} * pattern.width;
+        std::int32_t cell = column % pattern.width;
+        for (int i = 0; i < lane_count; ++i) {
+            bits |= std::uint32_t{cells[cell] != 0} << i;
+            cell = cell + 1 == pattern.width ? 0 : cell + 1;
+        }
+    } else {
+        bits = pattern.stock_rows[row & 7] >> (column & 7);
+    }
+    return pattern.inverted ? ~bits : bits;
+}
+
+// ---- spans
+
+// What is left of a span that does not fill all lanes.
+struct Tail {
+    std::int32_t column; // of lane 0
+    std::int32_t back;   // how far lane 0 lies before the next pixel
+    Active lanes;
+};
+
+// Without masked memory a short group is drawn inside a full one that lies in the same row.
+inline Tail tail_of(std::int32_t column, std::int32_t count, std::int32_t width) {
+    if constexpr (masked_memory) {
+        (void)width;
+        return {column, 0, first_lanes(count)};
+    } else {
+        const std::int32_t last = width - lane_count;
+        const std::int32_t start = column < last ? column : last;
+        return {start, column - start, lanes_between(column - start, column - start + count)};
+    }
+}
+
+// Draws one span group by group. Rules are those of the configuration, the colour is the source's.
+template <Triangle_Configuration c, class Source> struct Span {
+    using Depth = typename Depth_Of<c.depth>::type;
+    using Pixel = typename Pixel_Of<c.pixel>::type;
+    static constexpr std::int32_t pixel_bytes = c.format == Pixel_Format::rgb32 ? 4 : 1;
+
+    const Triangle_Target& target;
+    std::int32_t row;
+    std::uint8_t* color_row;
+    std::uint8_t* depth_row;
+    Source source;
+    Ramp depth;
+    bool gaps; // the pixels that the pattern leaves out
+
+    void draw(std::int32_t column, std::int32_t count) {
+        if constexpr (is_flat(c) && !Depth::reads && c.pixel == Pixel_Rule::store && c.format == Pixel_Format::rgb32 &&
+                      c.clip == Clip_Rule::open) {
+            if (count >= lane_count) {
+                fill_solid(column, count);
+                return;
+            }
+        }
+        for (; count >= lane_count; count -= lane_count, column += lane_count) {
+            draw_group(column, All{});
+            if constexpr (Depth::reads || Source::moves) {
+                advance_group();
+            }
+        }
+        if (count > 0) {
+            const Tail tail = tail_of(column, count, target.width);
+            if constexpr (!masked_memory) {
+                skip(-tail.back);
+            }
+            draw_group(tail.column, tail.lanes);
+        }
+    }
+
+    void skip(std::int32_t pixels) {
+        source.skip(pixels);
+        if constexpr (Depth::reads) {
+            depth.skip(pixels);
+        }
+    }
+
+private:
+    // One value in every pixel: whole vectors at aligned addresses, and one at each end that may overlap them.
+    void fill_solid(std::int32_t column, std::int32_t count) {
+        constexpr std::int64_t vector_bytes = std::int64_t{lane_count} * pixel_bytes;
+        std::uint8_t* at = color_row + std::int64_t{pixel_bytes} * column;
+        std::uint8_t* const last = at + std::int64_t{pixel_bytes} * (count - lane_count);
+        store_pixels(at, source.pixel_lanes(), All{});
+        at += vector_bytes - static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(at) % std::uintptr_t{vector_bytes});
+        for (; at < last; at += vector_bytes) {
+            store_pixels(at, source.pixel_lanes(), All{});
+        }
+        store_pixels(last, source.pixel_lanes(), All{});
+    }
+
+    void advance_group() {
+        const Int lanes = splat(lane_count);
+        source.advance_group(lanes);
+        if constexpr (Depth::reads) {
+            depth.advance_group(lanes);
+        }
+    }
+
+    template <class Lanes> void draw_group(std::int32_t column, Lanes lanes) {
+        if constexpr (c.clip == Clip_Rule::patterned) {
+            const std::uint32_t bits = pattern_bits(*target.pattern, column, row);
+            draw_drawable(column, lanes & lanes_of_bits(gaps ? ~bits : bits));
+        } else {
+            draw_drawable(column, lanes);
+        }
+    }
+
+    template <class Lanes> void draw_drawable(std::int32_t column, Lanes lanes) {
+        // Gouraud pixels of alpha 0 are not there at all, depth included.
+        constexpr bool vanishes = c.shading == Shading::gouraud && c.pixel == Pixel_Rule::blend;
+        if constexpr (Depth::reads) {
+            std::uint8_t* at = depth_row + std::int64_t{2} * column;
+            const Int depths = shift_right<15>(depth.value) & splat(0xFFFF);
+            Active passed = Depth::pass(target, lanes, depths, load_depths(at, lanes));
+            if constexpr (vanishes) {
+                passed = without(passed, equal(source.alpha_lanes(), splat(0)));
+            }
+            if (none(passed)) {
+                return;
+            }
+            if (Depth::writes(target)) {
+                store_depths(at, depths, passed);
+            }
+            write(column, passed);
+        } else if constexpr (vanishes) {
+            write(column, without(lanes & first_lanes(lane_count), equal(source.alpha_lanes(), splat(0))));
+        } else {
+            write(column, lanes);
+        }
+    }
+
+    template <class Lanes> void write(std::int32_t column, Lanes lanes) {
+        std::uint8_t* at = color_row + std::int64_t{pixel_bytes} * column;
+        if constexpr (c.format == Pixel_Format::rgb32) {
+            const Int pixels = source.pixel_lanes();
+            if constexpr (Pixel::reads) {
+                store_pixels(at, Pixel::combine(target, pixels, source.alpha_lanes(), load_pixels(at, lanes)), lanes);
+            } else {
+                store_pixels(at, pixels, lanes);
+            }
+        } else {
+            const std::int32_t* thresholds = target.dither->thresholds[row & 7] + (reinterpret_cast<std::uintptr_t>(at) & 7);
+            const Int indices = source.index_lanes(*target.dither, load_ints(thresholds));
+            if constexpr (c.pixel == Pixel_Rule::merge) {
+                merge_indices(at, indices, lanes & first_lanes(lane_count));
+            } else {
+                store_indices(at, indices, lanes);
+            }
+        }
+    }
+
+    // Index by index: the outcome is a search in the palette.
+    void merge_indices(std::uint8_t* at, Int indices, Active lanes) {
+        for (std::int32_t i = 0; i < lane_count; ++i) {
+            if (has_lane(lanes, i)) {
+                at[i] = target.merged_index8(target.renderer, at[i], static_cast<std::uint8_t>(lane_of(indices, i)));
+            }
+        }
+    }
+};
+
+// ---- the walk
+
+template <int size> struct Vertex {
+    std::int32_t y; // buffer row
+    Attributes<size> values;
+};
+
+template <int size> struct Edge {
+    Attributes<size> value;
+    Attributes<size> step;
+
+    // rows is above 0. Division by 1, 2, 4 and 8 is a smaller shift.
+    static Edge between(const Vertex<size>& from, const Vertex<size>& to, std::int32_t rows) {
+        const std::int32_t small = rows <= 8 ? rows : 0;
+        return {to_fixed(from.values) + half_units<size>(),
+                quotient(to_fixed(to.values - from.values, dropped_bits[small]), small ? divisors[small] : rows)};
+    }
+
+private:
+    static constexpr std::int32_t dropped_bits[9] = {0, 0, 1, 0, 2, 0, 0, 0, 3};
+    static constexpr std::int32_t divisors[9] = {0, 1, 1, 3, 1, 5, 6, 7, 1};
+};
+
+// Fills rows first to end of the half triangle between two edges, moving both.
+template <int size, class Filler>
+void fill_rows(const Triangle_Target& target, Filler& filler, std::int32_t row, std::int32_t end, Edge<size>& left,
+               Edge<size>& right) {
+    std::int32_t rows_after = 0;
+    if (target.scissored) {
+        const std::int32_t first = row < target.first_row ? (target.first_row < end ? target.first_row : end) : row;
+        left.value = left.value + scaled(left.step, first - row);
+        right.value = right.value + scaled(right.step, first - row);
+        row = first;
+        const std::int32_t visible_end = end > target.end_row ? (target.end_row > row ? target.end_row : row) : end;
+        rows_after = end - visible_end;
+        end = visible_end;
+    }
+    for (; row < end; ++row) {
+        const std::int32_t column = x_of(left.value) >> 16 & 0xFFFF;
+        const std::int32_t count = (x_of(right.value) >> 16 & 0xFFFF) - column;
+        if (count > 0) {
+            filler.fill(row, column, count, left.value, right.value);
+        }
+        left.value = left.value + left.step;
+        right.value = right.value + right.step;
+    }
+    if (rows_after > 0) {
+        left.value = left.value + scaled(left.step, rows_after);
+        right.value = right.value + scaled(right.step, rows_after);
+    }
+}
+
+// Fills the half between the long edge and a short one; which of them is the left one the caller knows.
+template <int size, class Filler>
+void fill_half(const Triangle_Target& target, Filler& filler, std::int32_t row, std::int32_t rows, Edge<size>& long_edge,
+               const Edge<size>& short_edge, bool long_is_left) {
+    Edge<size> left{select(long_is_left, long_edge.value, short_edge.value),
+                    select(long_is_left, long_edge.step, short_edge.step)};
+    Edge<size> right{select(long_is_left, short_edge.value, long_edge.value),
+                     select(long_is_left, short_edge.step, long_edge.step)};
+    fill_rows(target, filler, row, row + rows, left, right);
+    long_edge.value = select(long_is_left, left.value, right.value);
+}
+
+// Orders the vertices by row, of equal rows the earlier one first, and fills both halves.
+template <int size, class Filler>
+void fill_triangle(const Triangle_Target& target, Filler& filler, const Vertex<size> (&vertices)[3]) {
+    // By y0 <= y1, y1 <= y2 and y0 <= y2 in bits 0 to 2. Two of the eight cannot happen.
+    static constexpr std::uint8_t orders[8][3] = {{2, 1, 0}, {2, 0, 1}, {1, 2, 0}, {0, 1, 2},
+                                                  {1, 0, 2}, {0, 2, 1}, {1, 0, 2}, {0, 1, 2}};
+    const int order = (vertices[0].y <= vertices[1].y ? 1 : 0) | (vertices[1].y <= vertices[2].y ? 2 : 0) |
+                      (vertices[0].y <= vertices[2].y ? 4 : 0);
+    const Vertex<size>& top = vertices[orders[order][0]];
+    const Vertex<size>& middle = vertices[orders[order][1]];
+    const Vertex<size>& bottom = vertices[orders[order][2]];
+    const std::int32_t height = bottom.y - top.y;
+    if (height < 1) {
+        return;
+    }
+    Edge<size> long_edge = Edge<size>::between(top, bottom, height);
+    if (const std::int32_t rows = middle.y - top.y; rows > 0) {
+        const Edge<size> short_edge = Edge<size>::between(top, middle, rows);
+        fill_half(target, filler, top.y, rows, long_edge, short_edge, x_of(short_edge.step) > x_of(long_edge.step));
+    }
+    if (const std::int32_t rows = bottom.y - middle.y; rows > 0) {
+        const Edge<size> short_edge = Edge<size>::between(middle, bottom, rows);
+        fill_half(target, filler, middle.y, rows, long_edge, short_edge, x_of(short_edge.value) >= x_of(long_edge.value));
+    }
+}
+
+// ---- fillers: from two edges to a span
+
+template <int size> struct Span_Values {
+    Attributes<size> start;
+    Attributes<size> step;
+
+    // The second pixel of two takes the edges' mean; longer spans are divided from the edges' integer parts.
+    Span_Values(Attributes<size> left, Attributes<size> right, std::int32_t count) {
+        const Attributes<size> from = integer_parts(left);
+        start = to_fixed(from) + half_units<size>();
+        step = select(count == 2, to_fixed(mean_of_edges(left, right) - from),
+                      quotient(to_fixed(integer_parts(right) - from), count));
+    }
+};
+
+template <Triangle_Configuration c, int size> struct Filler {
+    const Triangle_Target& target;
+    Flat_Source flat;     // of flat triangles
+    Flat_Source contrast; // of a pattern's gaps
+
+    Filler(const Triangle_Target& where, VT_RGB32 color)
+        : target(where), flat(where, c.format, color),
+          contrast(where, c.format, c.clip == Clip_Rule::patterned ? where.pattern->contrast : color) {}
+
+    void set_color(VT_RGB32 color) { flat = Flat_Source(target, c.format, color); }
+
+    void fill(std::int32_t row, std::int32_t column, std::int32_t count, Attributes<size> left, Attributes<size> right) {
+        std::int32_t skipped = 0;
+        std::int32_t drawn = count;
+        if (target.scissored) {
+            const std::int32_t end = column + count < target.end_column ? column + count : target.end_column;
+            skipped = column < target.first_column ? target.first_column - column : 0;
+            drawn = end - column - skipped;
+            if (drawn <= 0) {
+                return;
+            }
+        }
+        if constexpr (is_flat(c) && c.depth == Depth_Rule::none) {
+            draw(row, column, skipped, drawn, flat, Ramp{splat(0), splat(0)});
+        } else {
+            const Span_Values<size> values(left, right, count);
+            const Ramp depth = Ramp::from(spread<1>(values.start), spread<1>(values.step));
+            if constexpr (is_flat(c)) {
+                draw(row, column, skipped, drawn, flat, depth);
+            } else {
+                draw(row, column, skipped, drawn, Gouraud_Source(values.start, values.step), depth);
+            }
+        }
+    }
+
+private:
+    template <class Source>
+    void draw(std::int32_t row, std::int32_t column, std::int32_t skipped, std::int32_t count, const Source& source, Ramp depth) {
+        draw_pixels(row, column, skipped, count, source, depth, false);
+        if constexpr (c.clip == Clip_Rule::patterned) {
+            if (target.pattern->opaque_gaps) {
+                draw_pixels(row, column, skipped, count, contrast, depth, true);
+            }
+        }
+    }
+
+    template <class Source>
+    void draw_pixels(std::int32_t row, std::int32_t column, std::int32_t skipped, std::int32_t count, const Source& source,
+                     Ramp depth, bool gaps) {
+        Span<c, Source> span{
+            target, row, target.color_rows[row], c.depth == Depth_Rule::none ? nullptr : target.depth_rows[row], source,
+            depth,  gaps};
+        if (skipped > 0) {
+            span.skip(skipped);
+        }
+        span.draw(column + skipped, count);
+    }
+};
+
+// ---- strips
+
+inline Vertex<4> vertex_of(const Triangle_Target& target, const VT_DCI_Point& point) {
+    return {point.y - target.origin_y, attributes_of(point.x - target.origin_x, point.z)};
+}
+
+inline Vertex<8> vertex_of(const Triangle_Target& target, const VT_DCI_Point& point, VT_RGB32 color) {
+    return {point.y - target.origin_y, attributes_of(point.x - target.origin_x, point.z,
+                                                     std::uint32_t{color.blue} | std::uint32_t{color.green} << 8 |
+                                                         std::uint32_t{color.red} << 16 | std::uint32_t{color.alpha} << 24)};
+}
+
+template <Triangle_Configuration c> void draw_flat_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
+    Filler<c, 4> filler(target, strip.colors[0]);
+    Vertex<4> vertices[3] = {vertex_of(target, strip.points[0]), vertex_of(target, strip.points[1])};
+    for (std::int32_t k = 0; k < strip.count - 2; ++k) {
+        vertices[2] = vertex_of(target, strip.points[k + 2]);
+        if (k > 0 && !strip.single_color) {
+            filler.set_color(strip.colors[k]);
+        }
+        fill_triangle(target, filler, vertices);
+        vertices[0] = vertices[1];
+        vertices[1] = vertices[2];
+    }
+}
+
+// Runs of triangles whose colours hardly differ are drawn as one flat strip, each triangle in its first vertex's colour: they
+// look the same and cost a fraction.
+template <Triangle_Configuration c> void draw_gouraud_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
+    constexpr std::int32_t near_flat_limit = 3;
+    Filler<c, 8> filler(target, strip.colors[0]);
+    Vertex<8> vertices[3] = {vertex_of(target, strip.points[0], strip.colors[0]),
+                             vertex_of(target, strip.points[1], strip.colors[1])};
+    std::int32_t pending = 0; // near-flat triangles that wait, up to triangle k
+    const auto draw_pending = [&](std::int32_t k) {
+        if (pending > 0) {
+            strip.near_flat(target, {pending + 2, strip.points + (k - pending), strip.colors + (k - pending), false, nullptr});
+            pending = 0;
+        }
+    };
+    for (std::int32_t k = 0; k < strip.count - 2; ++k) {
+        vertices[2] = vertex_of(target, strip.points[k + 2], strip.colors[k + 2]);
+        if (colors_differ(vertices[0].values, vertices[1].values, vertices[2].values, near_flat_limit)) {
+            draw_pending(k);
+            fill_triangle(target, filler, vertices);
+        } else {
+            ++pending;
+        }
+        vertices[0] = vertices[1];
+        vertices[1] = vertices[2];
+    }
+    draw_pending(strip.count - 2);
+}
+
+template <int position> constexpr Strip_Kernel* kernel_at() {
+    constexpr Triangle_Configuration c = Triangle_Configuration::at(position);
+    if constexpr (!c.valid()) {
+        return nullptr;
+    } else if constexpr (is_flat(c)) {
+        return &draw_flat_strip<c>;
+    } else {
+        return &draw_gouraud_strip<c>;
+    }
+}
+
+template <int... positions> struct Positions {};
+
+template <int... positions> constexpr Triangle_Kernel_Table table_of(Positions<positions...>) {
+    return {{kernel_at<positions>()...}};
+}
+
+template <int count, int... positions> constexpr auto first_positions() {
+    if constexpr (count == 0) {
+        return Positions<positions...>{};
+    } else {
+        return first_positions<count - 1, count - 1, positions...>();
+    }
+}
+
+} // namespace
+
+extern const Triangle_Kernel_Table triangle_kernels;
+constinit const Triangle_Kernel_Table triangle_kernels = table_of(first_positions<triangle_configuration_count>());
+
+} // namespace krb::KRB_KERNEL_SET
