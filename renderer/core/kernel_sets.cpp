@@ -115,4 +115,14 @@ const Kernel_Set& portable_kernel_set() noexcept {
     return std::end(candidates)[-1].set;
 }
 
+std::vector<const Kernel_Set*> supported_kernel_sets() {
+    std::vector<const Kernel_Set*> sets;
+    for (const Candidate& candidate : candidates) {
+        if (candidate.supported()) {
+            sets.push_back(&candidate.set);
+        }
+    }
+    return sets;
+}
+
 } // namespace krb

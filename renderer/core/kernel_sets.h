@@ -1,6 +1,9 @@
 // Kernel sets: the same kernels compiled for different instruction sets, one of which a renderer uses.
 #pragma once
 
+#include <cstdint>
+#include <vector>
+
 #include "renderer/triangles/triangle_kernels.h"
 
 namespace krb {
@@ -18,5 +21,8 @@ struct Kernel_Set {
 const Kernel_Set& chosen_kernel_set();
 
 const Kernel_Set& portable_kernel_set() noexcept;
+
+// Every set that this processor runs, from the best to the portable one.
+std::vector<const Kernel_Set*> supported_kernel_sets();
 
 } // namespace krb

@@ -276,7 +276,9 @@ private:
         std::uint8_t* at = color_row + std::int64_t{pixel_bytes} * column;
         std::uint8_t* const last = at + std::int64_t{pixel_bytes} * (count - lane_count);
         store_pixels(at, source.pixel_lanes(), All{});
-        at += vector_bytes - static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(at) % std::uintptr_t{vector_bytes});
+        // Whole pixels on, also in rows that start at odd addresses.
+        const auto misaligned = static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(at) % std::uintptr_t{vector_bytes});
+        at += (vector_bytes - misaligned) / pixel_bytes * pixel_bytes;
         for (; at < last; at += vector_bytes) {
             store_pixels(at, source.pixel_lanes(), All{});
         }
