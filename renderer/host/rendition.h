@@ -129,6 +129,7 @@ public:
     void set_contrast_color(VT_RGB32 color) noexcept;
     // The hard clip as given; with the flag set, cut to what it was before.
     void set_hard_clip_unrestricted(const VT_Int_Rectangle& clip, bool restrict) noexcept;
-    // The complex clip moved by the window offset; null when there is none. Every rendition with that clip and offset gets the same.
+    // The complex clip moved by the window offset; null when there is none. Every rendition with that clip and offset gets the
+    // same.
     VT_Reference<const VT_Contour_Set> shifted_complex_clip() const;
 };

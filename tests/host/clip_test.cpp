@@ -1,0 +1,149 @@
+// Outcodes and preclipping.
+#include <cmath>
+#include <limits>
+#include <random>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "renderer/host/clip.h"
+
+namespace {
+
+constexpr VT_Int_Rectangle rectangle{10, 20, -5, 5};
+
+template <class Point> std::vector<int> outcodes_of(const std::vector<Point>& points, std::int32_t& result) {
+    std::vector<std::uint16_t> outcodes(points.size() + 1, 0x1234);
+    result = VD_Clip(rectangle, static_cast<std::int32_t>(points.size()), points.data(), outcodes.data());
+    EXPECT_EQ(outcodes.back(), 0x1234) << "written beyond the last point";
+    return {outcodes.begin(), outcodes.end() - 1};
+}
+
+template <class Point> class Clip : public testing::Test {};
+using Point_Types = testing::Types<VT_DCI_Point, VT_Point, VT_Point_D>;
+TYPED_TEST_SUITE(Clip, Point_Types);
+
+TYPED_TEST(Clip, Outcodes_Of_Sides_And_Corners) {
+    std::int32_t result = 0;
+    const std::vector<TypeParam> around = {{9, 6, 0},  {15, 6, 0}, {21, 6, 0}, {9, 0, 0},   {10, -5, 0},
+                                           {20, 5, 0}, {21, 0, 0}, {9, -6, 0}, {15, -6, 0}, {21, -6, 0}};
+    EXPECT_THAT(outcodes_of(around, result), testing::ElementsAre(3, 2, 6, 1, 0, 0, 4, 9, 8, 12));
+    EXPECT_EQ(result, -1);
+    outcodes_of(std::vector<TypeParam>{{10, -5, 0}, {20, 5, 0}, {15, 0, 99}}, result);
+    EXPECT_EQ(result, 3);
+    outcodes_of(std::vector<TypeParam>{{9, 6, 0}, {0, 0, 0}, {-9, -6, 0}}, result);
+    EXPECT_EQ(result, 0) << "all are left";
+    outcodes_of(std::vector<TypeParam>{{9, 6, 0}, {0, 0, 0}, {21, 6, 0}}, result);
+    EXPECT_EQ(result, -1) << "no side is common to all";
+    outcodes_of(std::vector<TypeParam>{}, result);
+    EXPECT_EQ(result, 0);
+}
+
+TEST(Clip_Values, Floating_Points_Are_Compared_As_They_Are) {
+    std::int32_t result = 0;
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_THAT(
+        outcodes_of(std::vector<VT_Point_D>{{nan, nan, 0}, {nan, 6, 0}, {9.999, 5.001, 0}, {infinity, -infinity, 0}}, result),
+        testing::ElementsAre(0, 2, 3, 12));
+    EXPECT_THAT(outcodes_of(std::vector<VT_Point>{{std::nanf(""), 0, 0}, {20.001F, 5.25F, 0}, {20, 5, 0}}, result),
+                testing::ElementsAre(0, 6, 0));
+    EXPECT_THAT(outcodes_of(std::vector<VT_DCI_Point>{{INT32_MIN, INT32_MAX, 0}, {INT32_MAX, INT32_MIN, 0}}, result),
+                testing::ElementsAre(3, 12));
+}
+
+TEST(Preclip, Heads_And_Tails_Lie_On_The_Edge_That_Is_Crossed) {
+    const VT_Point_D inward[2] = {{0, 0, 100}, {20, 4, 0}};
+    const VT_Point_D outward[2] = {inward[1], inward[0]};
+    const VT_RGB32 colors[2] = {{0, 0, 0, 255}, {200, 100, 50, 55}};
+    VT_DCI_Point clipped;
+    VT_RGB32 color;
+    VD_Preclip_Head(outcode::left, rectangle, inward, &clipped, colors, &color);
+    EXPECT_THAT((std::array{clipped.x, clipped.y, clipped.z}), testing::ElementsAre(10, 2, 50));
+    EXPECT_EQ(color, (VT_RGB32{100, 50, 25, 155}));
+
+    VD_Preclip_Tail(outcode::left, rectangle, outward, &clipped, nullptr, nullptr);
+    EXPECT_THAT((std::array{clipped.x, clipped.y, clipped.z}), testing::ElementsAre(10, 2, 50));
+
+    // Through a corner's outcode: the side that is passed last counts. Halves go up below zero too.
+    const VT_Point_D corner[2] = {{0, 15, -5}, {20, 0, 5}};
+    VD_Preclip_Head(outcode::left | outcode::above, rectangle, corner, &clipped, nullptr, nullptr);
+    EXPECT_THAT((std::array{clipped.x, clipped.y}), testing::ElementsAre(13, 5));
+    const VT_Point_D lower_corner[2] = {{0, 6, 0}, {20, 0, 0}};
+    VD_Preclip_Head(outcode::left | outcode::above, rectangle, lower_corner, &clipped, nullptr, nullptr);
+    EXPECT_THAT((std::array{clipped.x, clipped.y}), testing::ElementsAre(10, 3));
+    const VT_Point_D negative[2] = {{15, -10, -2.5}, {15, 0, -2.5}};
+    VD_Preclip_Head(outcode::below, rectangle, negative, &clipped, nullptr, nullptr);
+    EXPECT_THAT((std::array{clipped.x, clipped.y, clipped.z}), testing::ElementsAre(15, -5, -2));
+}
+
+TEST(Preclip, Ends_Tells_Segments_That_Miss) {
+    VT_DCI_Point clipped[2];
+    VT_RGB32 clipped_colors[2];
+    const VT_RGB32 colors[2] = {{0, 0, 0, 0}, {100, 100, 100, 100}};
+    const std::uint16_t across[2] = {outcode::left, outcode::right};
+    const VT_Point_D through[2] = {{0, 0, 0}, {40, 4, 400}};
+    ASSERT_TRUE(VD_Preclip_Ends(across, rectangle, through, clipped, colors, clipped_colors));
+    EXPECT_THAT((std::array{clipped[0].x, clipped[0].y, clipped[0].z}), testing::ElementsAre(10, 1, 100));
+    EXPECT_THAT((std::array{clipped[1].x, clipped[1].y, clipped[1].z}), testing::ElementsAre(20, 2, 200));
+    EXPECT_EQ(clipped_colors[0].red, 25);
+    EXPECT_EQ(clipped_colors[1].red, 50);
+
+    const std::uint16_t around[2] = {outcode::left, outcode::above};
+    const VT_Point_D past[2] = {{0, 0, 0}, {11, 22, 0}};
+    EXPECT_FALSE(VD_Preclip_Ends(around, rectangle, past, clipped, nullptr, nullptr));
+    const std::uint16_t beside[2] = {outcode::left, outcode::left | outcode::above};
+    const VT_Point_D left[2] = {{0, 0, 0}, {5, 22, 0}};
+    EXPECT_FALSE(VD_Preclip_Ends(beside, rectangle, left, clipped, nullptr, nullptr));
+}
+
+double doubled_area(const VT_Point_D& a, const VT_Point_D& b, const VT_Point_D& c) {
+    return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
+}
+
+TEST(Preclip, Triangles_Keep_Exactly_Their_Part_Inside) {
+    const VT_Point_D covering[3] = {{-1000, -1000, 0}, {1000, -1000, 0}, {15, 2000, 0}};
+    VT_DCI_Point clipped[8];
+    ASSERT_EQ(VD_Preclip_2D_Triangle(rectangle, covering, clipped, nullptr, nullptr), 4) << "the rectangle itself";
+    const VT_Point_D outside[3] = {{0, 0, 0}, {9, 20, 0}, {9, -20, 0}};
+    EXPECT_EQ(VD_Preclip_2D_Triangle(rectangle, outside, clipped, nullptr, nullptr), 0);
+
+    // Against the area by counting sample points: the strip covers what triangle and rectangle share.
+    const VT_Int_Rectangle wide{0, 1000, 0, 1000};
+    std::mt19937 random(20261121);
+    std::uniform_real_distribution<double> coordinate(-1500, 2500);
+    for (int round = 0; round < 300; ++round) {
+        VT_Point_D points[3];
+        for (VT_Point_D& point : points) {
+            point = {coordinate(random), coordinate(random), 0};
+            point.z = 2 * point.x - 3 * point.y + 7; // a plane that every cut corner must lie in
+        }
+        const std::int32_t count = VD_Preclip_2D_Triangle(wide, points, clipped, nullptr, nullptr);
+        ASSERT_TRUE(count == 0 || (count >= 3 && count <= 8)) << count;
+        double strip_area = 0;
+        for (std::int32_t i = 0; i < count; ++i) {
+            const VT_DCI_Point& p = clipped[i];
+            EXPECT_TRUE(p.x >= 0 && p.x <= 1000 && p.y >= 0 && p.y <= 1000);
+            EXPECT_NEAR(p.z, 2 * p.x - 3 * p.y + 7, 3.1) << "rounding moves x and y by a half, z by 2 * 0.5 + 3 * 0.5 + 0.5";
+            if (i >= 2) {
+                const auto whole = [&](std::int32_t k) {
+                    return VT_Point_D{static_cast<double>(clipped[k].x), static_cast<double>(clipped[k].y), 0};
+                };
+                strip_area += std::abs(doubled_area(whole(i - 2), whole(i - 1), whole(i))) / 2;
+            }
+        }
+        double sampled = 0;
+        for (double y = 5; y < 1000; y += 10) {
+            for (double x = 5; x < 1000; x += 10) {
+                const VT_Point_D sample{x, y, 0};
+                const bool a = doubled_area(points[0], points[1], sample) > 0;
+                const bool b = doubled_area(points[1], points[2], sample) > 0;
+                const bool c = doubled_area(points[2], points[0], sample) > 0;
+                sampled += a == b && b == c ? 100 : 0;
+            }
+        }
+        EXPECT_NEAR(strip_area, sampled, 15000) << "round " << round;
+    }
+}
+
+} // namespace

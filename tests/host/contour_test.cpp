@@ -1,0 +1,210 @@
+// Polygon ranks and triangulation.
+#include <cmath>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "renderer/host/contour.h"
+
+namespace {
+
+using Contour = VT_Contour_Set::Contour;
+
+int rank(const Contour& points) {
+    return VD_Rank_Polygon(static_cast<std::int32_t>(points.size()), points.data()).kind;
+}
+
+TEST(Rank, Convex_Means_One_Turn_Around) {
+    const Contour square = {{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0}};
+    EXPECT_EQ(rank(square), 0);
+    EXPECT_EQ(rank({square.rbegin(), square.rend()}), 0) << "the other way round";
+    EXPECT_EQ(rank({{0, 0, 0}, {5, 0, 0}, {10, 0, 0}, {10, 10, 0}, {10, 10, 0}, {0, 10, 0}, {0, 5, 0}}), 0)
+        << "collinear, repeated";
+    EXPECT_EQ(rank({{0, 0, 0}, {10, 0, 0}, {4, 4, 0}, {0, 10, 0}}), 1) << "a dent";
+    EXPECT_EQ(rank({{0, 0, 0}, {10, 10, 0}, {10, 0, 0}, {0, 10, 0}}), 1) << "a bow tie";
+    // Turns left at every corner, but goes around twice.
+    EXPECT_EQ(rank({{0, 10, 0}, {-6, -8, 0}, {9, 3, 0}, {-9, 3, 0}, {6, -8, 0}}), 1) << "a star";
+    Contour twice = square;
+    twice.insert(twice.end(), square.begin(), square.end());
+    EXPECT_EQ(rank(twice), 1);
+}
+
+TEST(Rank, Regular_Polygons_In_Any_Position) {
+    for (int corners = 3; corners <= 64; ++corners) {
+        Contour points;
+        for (int i = 0; i < corners; ++i) {
+            const double angle = 0.1 + 2 * 3.14159265358979 * i / corners;
+            points.push_back(
+                {static_cast<float>(1000 + 500 * std::cos(angle)), static_cast<float>(-300 + 500 * std::sin(angle)), 0});
+        }
+        EXPECT_EQ(rank(points), 0) << corners;
+        if (corners > 4) {
+            std::swap(points[1], points[2]);
+            EXPECT_EQ(rank(points), 1) << corners;
+        }
+    }
+}
+
+struct Triangle {
+    VT_Point corners[3];
+};
+
+std::vector<Triangle> triangles_of(const VT_Contour_Set& contours) {
+    std::vector<Triangle> triangles;
+    contours.triangulate(
+        [](void* context, const VT_Point* corners) {
+            static_cast<std::vector<Triangle>*>(context)->push_back({{corners[0], corners[1], corners[2]}});
+        },
+        &triangles);
+    return triangles;
+}
+
+double area(const Triangle& t) {
+    const VT_Point* p = t.corners;
+    return ((double{p[1].x} - p[0].x) * (double{p[2].y} - p[0].y) - (double{p[1].y} - p[0].y) * (double{p[2].x} - p[0].x)) / 2;
+}
+
+double area(const std::vector<Triangle>& triangles) {
+    double sum = 0;
+    for (const Triangle& triangle : triangles) {
+        EXPECT_GT(area(triangle), 0) << "counterclockwise, and never without an area";
+        sum += area(triangle);
+    }
+    return sum;
+}
+
+bool is_in(const Triangle& t, double x, double y) {
+    for (int i = 0; i < 3; ++i) {
+        const VT_Point& a = t.corners[i];
+        const VT_Point& b = t.corners[(i + 1) % 3];
+        if ((double{b.x} - a.x) * (y - a.y) - (double{b.y} - a.y) * (x - a.x) < 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool is_inside(const std::vector<Contour>& contours, double x, double y) {
+    bool inside = false;
+    for (const Contour& contour : contours) {
+        for (std::size_t i = 0; i < contour.size(); ++i) {
+            const VT_Point& a = contour[i];
+            const VT_Point& b = contour[(i + 1) % contour.size()];
+            if ((a.y <= y) != (b.y <= y) && x >= a.x + (y - a.y) * (double{b.x} - a.x) / (double{b.y} - a.y)) {
+                inside = !inside;
+            }
+        }
+    }
+    return inside;
+}
+
+// At random points, which lie on no edge: in exactly one triangle when inside, in none when outside.
+void expect_partition(const std::vector<Contour>& contours, double low, double high, unsigned seed) {
+    const std::vector<Triangle> triangles = triangles_of(VT_Contour_Set(contours));
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<double> coordinate(low, high);
+    for (int i = 0; i < 400; ++i) {
+        const double x = coordinate(random);
+        const double y = coordinate(random);
+        int found = 0;
+        for (const Triangle& triangle : triangles) {
+            found += is_in(triangle, x, y);
+        }
+        ASSERT_EQ(found, is_inside(contours, x, y) ? 1 : 0) << "seed " << seed << " at " << x << ", " << y;
+    }
+}
+
+TEST(Triangulation, Holes_Touching_Corners_And_Shared_Edges) {
+    const Contour square = {{0, 0, 0}, {30, 0, 0}, {30, 30, 0}, {0, 30, 0}};
+    const Contour hole = {{10, 10, 0}, {10, 20, 0}, {20, 20, 0}, {20, 10, 0}};
+    const Contour island = {{13, 13, 0}, {17, 13, 0}, {15, 17, 0}};
+    EXPECT_DOUBLE_EQ(area(triangles_of(VT_Contour_Set({square, hole, island}))), 900 - 100 + 8);
+    expect_partition({square, hole, island}, -2, 32, 1);
+
+    EXPECT_TRUE(triangles_of(VT_Contour_Set({square, square})).empty()) << "twice around is outside";
+    EXPECT_TRUE(triangles_of(VT_Contour_Set({{{0, 0, 0}, {5, 5, 0}, {9, 9, 0}}})).empty());
+    EXPECT_TRUE(triangles_of(VT_Contour_Set({{{0, 0, 0}, {5, 5, 0}}})).empty());
+    // Corner to corner, corner on an edge, and two rectangles with a part of an edge in common.
+    const Contour at_corner = {{0, 0, 0}, {-10, 0, 0}, {0, -10, 0}};
+    const Contour at_edge = {{30, 15, 0}, {40, 10, 0}, {40, 20, 0}};
+    const Contour beside = {{0, 5, 0}, {0, 12, 0}, {-8, 12, 0}, {-8, 5, 0}};
+    EXPECT_DOUBLE_EQ(area(triangles_of(VT_Contour_Set({square, at_corner, at_edge, beside}))), 900 + 50 + 50 + 56);
+    expect_partition({square, at_corner, at_edge, beside}, -12, 42, 2);
+}
+
+TEST(Triangulation, Crossing_Contours_Follow_The_Even_Odd_Rule) {
+    const Contour bow_tie = {{0, 0, 0}, {10, 10, 0}, {10, 0, 0}, {0, 10, 0}};
+    EXPECT_DOUBLE_EQ(area(triangles_of(VT_Contour_Set({bow_tie}))), 50);
+    const Contour star = {{0, 10, 0}, {-6, -8, 0}, {9, 3, 0}, {-9, 3, 0}, {6, -8, 0}};
+    expect_partition({star}, -10, 10, 3);
+    for (unsigned seed = 0; seed < 150; ++seed) {
+        std::mt19937 random(seed);
+        // Few values make many corners, edges and crossings coincide; many values make them all different.
+        std::uniform_int_distribution<int> coordinate(0, seed % 2 == 0 ? 8 : 100000);
+        const float scale = seed % 2 == 0 ? 4.0F : 0.00032F;
+        std::vector<Contour> contours(1 + seed % 3);
+        for (Contour& contour : contours) {
+            for (unsigned i = 0; i < 3 + seed % 29; ++i) {
+                const float x = scale * static_cast<float>(coordinate(random));
+                contour.push_back({x, scale * static_cast<float>(coordinate(random)), 0});
+            }
+        }
+        expect_partition(contours, -1, 33, seed);
+    }
+}
+
+TEST(Triangulation, Corners_Are_Those_Of_The_Contours_And_Nothing_Is_Left_Out) {
+    for (unsigned seed = 0; seed < 40; ++seed) {
+        // A simple polygon: random radii around a point, so that no edges cross.
+        std::mt19937 random(seed);
+        std::uniform_real_distribution<double> radius(10, 1000);
+        Contour contour;
+        const int corners = 3 + static_cast<int>(seed) * 13;
+        double expected = 0;
+        for (int i = 0; i < corners; ++i) {
+            const double angle = 2 * 3.14159265358979 * i / corners;
+            const double r = radius(random);
+            contour.push_back({static_cast<float>(std::round(r * std::cos(angle))),
+                               static_cast<float>(std::round(r * std::sin(angle))), static_cast<float>(i)});
+        }
+        for (std::size_t i = 0; i < contour.size(); ++i) {
+            const VT_Point& a = contour[i];
+            const VT_Point& b = contour[(i + 1) % contour.size()];
+            expected += (double{a.x} * b.y - double{a.y} * b.x) / 2;
+        }
+        const std::vector<Triangle> triangles = triangles_of(VT_Contour_Set({contour}));
+        EXPECT_DOUBLE_EQ(area(triangles), expected) << "seed " << seed;
+        EXPECT_LE(triangles.size(), contour.size() - 2);
+        for (const Triangle& triangle : triangles) {
+            for (const VT_Point& corner : triangle.corners) {
+                const VT_Point& given = contour[static_cast<std::size_t>(corner.z)];
+                EXPECT_TRUE(corner.x == given.x && corner.y == given.y);
+            }
+        }
+    }
+}
+
+TEST(Triangulation, Sees_The_Contours_Along_The_Given_Direction) {
+    VT_Contour_Set standing({{{7, 0, 0}, {7, 4, 0}, {7, 4, 3}, {7, 0, 3}}});
+    EXPECT_TRUE(triangles_of(standing).empty()) << "edge on";
+    standing.force_projection({1, 0, 0});
+    double sum = 0;
+    for (const Triangle& triangle : triangles_of(standing)) {
+        const VT_Point* p = triangle.corners;
+        sum += ((p[1].y - p[0].y) * (p[2].z - p[0].z) - (p[1].z - p[0].z) * (p[2].y - p[0].y)) / 2;
+        EXPECT_EQ(p[0].x, 7);
+    }
+    EXPECT_DOUBLE_EQ(sum, 12);
+}
+
+TEST(Contour_Set, Translating_Changes_The_Stamp) {
+    VT_Contour_Set contours({{{1, 2, 3}}});
+    const std::uint32_t serial = contours.serial();
+    contours.translate(10, -20);
+    EXPECT_NE(contours.serial(), serial);
+    EXPECT_EQ(contours.contours()[0][0].x, 11);
+    EXPECT_EQ(contours.contours()[0][0].y, -18);
+    EXPECT_EQ(contours.contours()[0][0].z, 3);
+}
+
+} // namespace

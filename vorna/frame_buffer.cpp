@@ -1,0 +1,67 @@
+// Frame buffers of the host's own.
+#include "renderer/host/frame_buffer.h"
+
+#include <cstddef>
+#include <cstring>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+// A cache line: no two rows share one, and a column's address modulo 8 is the column's own.
+constexpr std::int32_t row_alignment = 64;
+
+std::int32_t bytes_per_pixel(Buffer_Format format) {
+    switch (format) {
+    case Buffer_Format::index8:
+        return 1;
+    case Buffer_Format::depth16:
+        return 2;
+    case Buffer_Format::rgb32:
+    case Buffer_Format::presentation_rgb32:
+        return 4;
+    case Buffer_Format::whatever_is_there:
+        break;
+    }
+    throw std::invalid_argument("a buffer cannot be made in format " + std::to_string(static_cast<std::int32_t>(format)));
+}
+
+class Host_Frame_Buffer final : public Frame_Buffer {
+public:
+    Host_Frame_Buffer(std::int32_t buffer_width, std::int32_t buffer_height, Buffer_Format buffer_format)
+        : row_starts_(static_cast<std::size_t>(buffer_height)) {
+        width = buffer_width;
+        height = buffer_height;
+        format = buffer_format;
+        bytes_per_row = (width * bytes_per_pixel(format) + row_alignment - 1) / row_alignment * row_alignment;
+        const std::size_t size = static_cast<std::size_t>(bytes_per_row) * static_cast<std::size_t>(height);
+        block_.reset(static_cast<std::uint8_t*>(::operator new (size, std::align_val_t{row_alignment})));
+        std::memset(block_.get(), 0, size);
+        std::uint8_t* row = block_.get();
+        for (auto start = row_starts_.rbegin(); start != row_starts_.rend(); ++start) {
+            *start = row;
+            row += bytes_per_row;
+        }
+        rows = row_starts_.data();
+    }
+
+private:
+    struct Free {
+        void operator()(std::uint8_t* block) const noexcept { ::operator delete (block, std::align_val_t{row_alignment}); }
+    };
+
+    std::unique_ptr<std::uint8_t, Free> block_;
+    std::vector<std::uint8_t*> row_starts_;
+};
+
+} // namespace
+
+VT_Reference<Frame_Buffer> make_frame_buffer(std::int32_t width, std::int32_t height, Buffer_Format format) {
+    if (width < 1 || width > largest_buffer_side || height < 1 || height > largest_buffer_side) {
+        throw std::invalid_argument("a buffer has 1 to 16384 columns and rows, not " + std::to_string(width) + " x " +
+                                    std::to_string(height));
+    }
+    return VT_Reference<Frame_Buffer>(new Host_Frame_Buffer(width, height, format));
+}

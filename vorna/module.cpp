@@ -1,0 +1,95 @@
+// Loading of renderer modules.
+#include "vorna/module.h"
+
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
+
+namespace vorna {
+
+namespace {
+
+constexpr const char* create_name = "VD_Renderer";
+constexpr const char* unload_name = "VD_Unload_KRB_Renderer";
+
+// The loader searches its own directories for names without a directory; a path is meant as it stands.
+std::filesystem::path absolute_path(const std::string& path) {
+    std::error_code ignored;
+    std::filesystem::path absolute = std::filesystem::absolute(path, ignored);
+    return ignored ? std::filesystem::path(path) : absolute;
+}
+
+#if defined(_WIN32)
+
+std::string last_error() {
+    std::string message = std::system_category().message(static_cast<int>(GetLastError()));
+    while (!message.empty() && (message.back() == '\n' || message.back() == '\r')) {
+        message.pop_back();
+    }
+    return message;
+}
+
+void* open_library(const std::string& path) {
+    return LoadLibraryExW(absolute_path(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+}
+
+void close_library(void* library) {
+    FreeLibrary(static_cast<HMODULE>(library));
+}
+
+template <class Function> Function* find_entry_point(void* library, const char* name) {
+    return reinterpret_cast<Function*>(GetProcAddress(static_cast<HMODULE>(library), name));
+}
+
+#else
+
+std::string last_error() {
+    const char* message = dlerror();
+    return message ? message : "unknown reason";
+}
+
+void* open_library(const std::string& path) {
+    return dlopen(absolute_path(path).c_str(), RTLD_NOW | RTLD_LOCAL);
+}
+
+void close_library(void* library) {
+    dlclose(library);
+}
+
+template <class Function> Function* find_entry_point(void* library, const char* name) {
+    return reinterpret_cast<Function*>(dlsym(library, name));
+}
+
+#endif
+
+} // namespace
+
+Module::Module(const std::string& path) : library_(open_library(path)) {
+    if (!library_) {
+        throw std::runtime_error(path + ": not loadable as a renderer module: " + last_error());
+    }
+    create_ = find_entry_point<VT_Create_Renderer>(library_, create_name);
+    unload_ = find_entry_point<VT_Unload_Renderer>(library_, unload_name);
+    if (!create_ || !unload_) {
+        const std::string missing = create_ ? unload_name : create_name;
+        close_library(library_);
+        throw std::runtime_error(path + ": not a renderer module: it has no entry point " + missing);
+    }
+}
+
+Module::~Module() {
+    close_library(library_);
+}
+
+Module::Renderer Module::create_renderer(const VT_Renderer_Data& prototype) const {
+    const VT_Renderer_Data* const given = &prototype;
+    return Renderer(create_(given), Unload{unload_});
+}
+
+} // namespace vorna
