@@ -1,0 +1,34 @@
+// Rasters as files: PNG, and plain rows of bytes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "renderer/host/color.h"
+#include "renderer/host/frame_buffer.h"
+
+namespace app {
+
+// A look at somebody's pixels.
+struct Raster {
+    const std::uint8_t* top = nullptr; // the top row
+    std::ptrdiff_t row_bytes = 0;      // from a row to the one below it
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+    Buffer_Format format = Buffer_Format::rgb32;
+};
+
+Raster raster_of(const Frame_Buffer& buffer);
+Raster raster_of(const VT_Shared_Image& image);
+
+std::int32_t bytes_per_pixel(Buffer_Format format) noexcept;
+
+// 32-bit colours become RGBA with all four bytes as stored, palette indices a palette PNG with the indices as stored, depths
+// 16-bit greyscale. The palette is read for indices only.
+std::string png_of(const Raster& raster, const VT_Palette& palette);
+
+// The rows from the top down without padding: blue, green, red, alpha; index; depth with its low byte first.
+std::string raw_bytes_of(const Raster& raster);
+
+} // namespace app

@@ -1,0 +1,114 @@
+// Every call that a picture can make.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <string_view>
+
+namespace app::picture {
+
+struct Call_Kind {
+    std::string_view name;
+    bool is_drawn; // false: pictures may hold the call, but a replay refuses it
+};
+
+namespace detail {
+
+inline constexpr bool drawn = true;
+inline constexpr bool not_yet = false;
+
+// The slots in the order of the action table, then the calls that belong to the replay itself.
+inline constexpr Call_Kind call_kinds[] = {
+    {"draw_2d_polyline", not_yet},
+    {"draw_dc_polyline", not_yet},
+    {"draw_2di_polyline", not_yet},
+    {"draw_dci_polyline", not_yet},
+    {"draw_3d_polyline", not_yet},
+    {"draw_2d_colorized_polyline", not_yet},
+    {"draw_dc_colorized_polyline", not_yet},
+    {"draw_2di_colorized_polyline", not_yet},
+    {"draw_dci_colorized_polyline", not_yet},
+    {"draw_3d_colorized_polyline", not_yet},
+    {"draw_2d_gouraud_polyline", not_yet},
+    {"draw_dc_gouraud_polyline", not_yet},
+    {"draw_2di_gouraud_polyline", not_yet},
+    {"draw_dci_gouraud_polyline", not_yet},
+    {"draw_3d_gouraud_polyline", not_yet},
+    {"draw_2d_polytriangle", not_yet},
+    {"draw_dc_polytriangle", drawn},
+    {"draw_2di_polytriangle", not_yet},
+    {"draw_dci_polytriangle", drawn},
+    {"draw_3d_polytriangle", not_yet},
+    {"draw_2d_colorized_polytriangle", not_yet},
+    {"draw_dc_colorized_polytriangle", drawn},
+    {"draw_2di_colorized_polytriangle", not_yet},
+    {"draw_dci_colorized_polytriangle", drawn},
+    {"draw_3d_colorized_polytriangle", not_yet},
+    {"draw_2d_gouraud_polytriangle", not_yet},
+    {"draw_dc_gouraud_polytriangle", drawn},
+    {"draw_2di_gouraud_polytriangle", not_yet},
+    {"draw_dci_gouraud_polytriangle", drawn},
+    {"draw_3d_gouraud_polytriangle", not_yet},
+    {"draw_2d_textured_polytriangle", not_yet},
+    {"draw_dc_textured_polytriangle", not_yet},
+    {"draw_2di_textured_polytriangle", not_yet},
+    {"draw_dci_textured_polytriangle", not_yet},
+    {"draw_3d_textured_polytriangle", not_yet},
+    {"draw_2d_polygon", not_yet},
+    {"draw_dc_polygon", not_yet},
+    {"draw_2di_polygon", not_yet},
+    {"draw_dci_polygon", not_yet},
+    {"draw_3d_polygon", not_yet},
+    {"draw_2d_polymarker", not_yet},
+    {"draw_dc_polymarker", not_yet},
+    {"draw_2di_polymarker", not_yet},
+    {"draw_dci_polymarker", not_yet},
+    {"draw_3d_polymarker", not_yet},
+    {"draw_2d_colorized_polymarker", not_yet},
+    {"draw_dc_colorized_polymarker", not_yet},
+    {"draw_2di_colorized_polymarker", not_yet},
+    {"draw_dci_colorized_polymarker", not_yet},
+    {"draw_3d_colorized_polymarker", not_yet},
+    {"draw_dci_dot", drawn},
+    {"draw_dci_ellipse", not_yet},
+    {"draw_dci_elliptical_arc", not_yet},
+    {"draw_dci_index8_image", drawn},
+    {"draw_dci_rgb32_image", drawn},
+    {"draw_dci_image", not_yet},
+    {"draw_window", drawn},
+    {"clear_depth_rectangle", drawn},
+    {"write_depth_rectangle", drawn},
+    {"read_depth_image", drawn},
+    {"read_color_image", drawn},
+    {"set_zbuffer_write", drawn},
+    {"set_zbuffer_test", drawn},
+    {"establish", drawn},
+    {"present", drawn},
+};
+
+inline constexpr std::string_view slot_names[] = {
+#define VT_ACTION(slot, name, ...) #slot,
+#include "renderer/host/action_list.inc"
+#undef VT_ACTION
+};
+static_assert(std::equal(std::begin(slot_names), std::end(slot_names), std::begin(call_kinds),
+                         [](std::string_view name, const Call_Kind& kind) { return name == kind.name; }));
+
+} // namespace detail
+
+using detail::call_kinds;
+
+// Null when there is no such call.
+constexpr const Call_Kind* find_call_kind(std::string_view name) {
+    const auto* kind =
+        std::find_if(std::begin(call_kinds), std::end(call_kinds), [name](const Call_Kind& k) { return k.name == name; });
+    return kind == std::end(call_kinds) ? nullptr : kind;
+}
+
+// Position in call_kinds, by which tables of functions are ordered.
+constexpr std::size_t position_of(const Call_Kind& kind) {
+    return static_cast<std::size_t>(&kind - call_kinds);
+}
+
+} // namespace app::picture

@@ -1,0 +1,26 @@
+// JSON documents from untrusted sources.
+#pragma once
+
+#include <istream>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+
+#include "app/command.h"
+
+namespace app::picture {
+
+// What is wrong with a picture: the path of the key, and what was expected. The name of the file is not part of it.
+class Picture_Error : public Usage_Error {
+public:
+    using Usage_Error::Usage_Error;
+};
+
+// The whole stream. Throws Picture_Error when it is longer than any picture may be.
+std::string read_text(std::istream& stream);
+
+// Throws Picture_Error for text that is not JSON, for keys that an object gives twice, for numbers beyond all types, and for
+// values nested deeper than a picture ever is.
+nlohmann::json parse_document(std::string_view text);
+
+} // namespace app::picture

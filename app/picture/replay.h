@@ -1,0 +1,47 @@
+// Pictures drawn through a renderer.
+#pragma once
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "app/picture/picture.h"
+#include "app/session.h"
+
+namespace app::picture {
+
+// What happened besides drawing.
+struct Report {
+    struct Standard {
+        std::size_t call;
+        std::string function;
+    };
+    struct Read {
+        std::size_t call;
+        VT_Reference<VT_Shared_Image> image; // null: the renderer left none
+    };
+    struct Presented {
+        VT_DCI_Point top_left;
+        VT_DCI_Point bottom_right;
+        std::int32_t x, y;
+    };
+
+    std::vector<Standard> standard; // host functions that drew in the renderer's stead, in order
+    std::vector<Read> reads;
+    std::vector<Presented> presented;
+};
+
+std::string json_of(const Report& report);
+
+// A call that pictures may hold but that is not drawn yet.
+class Not_Drawn : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// unchecked: coordinates that renderers trust are not checked either. Throws Picture_Error for a picture that no host would send,
+// and Not_Drawn before it draws anything.
+Report replay(const Picture& picture, Session& session, bool unchecked);
+
+} // namespace app::picture

@@ -1,0 +1,223 @@
+// The command `render`: a model as a picture.
+#include "app/render_command.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <sstream>
+#include <utility>
+#include <vector>
+
+#include "app/command.h"
+#include "app/image_file.h"
+#include "app/output_file.h"
+#include "app/scene/color_name.h"
+#include "app/scene/model_reader.h"
+#include "app/scene/scene_renderer.h"
+#include "app/session.h"
+#include "vorna/draw.h"
+
+namespace app {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Spans leave out their last pixel, and no point may lie outside the window: a model that is cut off at the picture's right or
+// upper edge reaches it only when the window is larger by one.
+constexpr std::int32_t margin = 1;
+constexpr std::int32_t largest_side = 16384 - margin;
+
+double milliseconds_since(Clock::time_point start) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+struct Render_Options {
+    std::string model, output;
+    std::string size = "1280x960", background = "white", color = "#8fa9c4", light = "-0.5,0.65,0.7";
+    bool color_given = false;
+    scene::Camera_Settings camera;
+    bool orthographic = false;
+    scene::Picture_Settings picture;
+    int colors = 32;
+    int repeat = 1;
+    bool stats = false;
+};
+
+VT_Int_Pair parsed_size(const std::string& text) {
+    VT_Int_Pair size;
+    const char* end = text.data() + text.size();
+    const auto [x, width_error] = std::from_chars(text.data(), end, size.x);
+    if (width_error == std::errc{} && x != end && *x == 'x') {
+        const auto [stop, height_error] = std::from_chars(x + 1, end, size.y);
+        if (height_error == std::errc{} && stop == end && size.x >= 1 && size.x <= largest_side && size.y >= 1 &&
+            size.y <= largest_side) {
+            return size;
+        }
+    }
+    throw Usage_Error("--size: expected WIDTHxHEIGHT with sides from 1 to 16383, found '" + text + "'");
+}
+
+VT_RGB32 parsed_color(const char* option, const std::string& text) {
+    const auto color = scene::color_named(text);
+    if (!color) {
+        throw Usage_Error(std::string(option) + ": expected #rrggbb or a colour's name, found '" + text + "'");
+    }
+    return *color;
+}
+
+VT_Vector_D parsed_direction(const std::string& text) {
+    VT_Vector_D direction;
+    std::istringstream stream(text);
+    stream.imbue(std::locale::classic());
+    char first_comma = 0, second_comma = 0;
+    stream >> direction.x >> first_comma >> direction.y >> second_comma >> direction.z;
+    const double squared = direction.x * direction.x + direction.y * direction.y + direction.z * direction.z;
+    if (!stream || !(stream >> std::ws).eof() || first_comma != ',' || second_comma != ',' || !std::isfinite(squared) ||
+        squared == 0) {
+        throw Usage_Error("--light: expected a direction x,y,z, found '" + text + "'");
+    }
+    return direction;
+}
+
+// The window without its margin.
+Raster picture_of(const Session& session) {
+    Raster raster = raster_of(session.color_buffer());
+    raster.top += margin * raster.row_bytes;
+    raster.height -= margin;
+    raster.width -= margin;
+    return raster;
+}
+
+// Clears the window and draws the model.
+void draw_frame(Session& session, VT_Rendition& rendition, scene::Scene_Renderer& scene, const scene::Camera& camera,
+                const scene::Picture_Settings& settings) {
+    VT_Renderer_Data& renderer = session.renderer();
+    renderer.begin_picture_all();
+    VD_Draw_Window(renderer, rendition);
+    VD_Clear_Depth_Rectangle(renderer, rendition);
+    scene.draw(renderer, rendition, session.window(), camera, settings);
+    renderer.end_picture_all();
+}
+
+void print_stats(const scene::Scene_Renderer& scene, double load, double setup, std::vector<double> draws) {
+    std::ranges::sort(draws);
+    std::fprintf(stderr, "%zu triangles in %zu strips, load %.1f ms, setup %.1f ms, draw %.2f ms", scene.triangle_count(),
+                 scene.strip_count(), load, setup, draws.front());
+    if (draws.size() > 1) {
+        std::fprintf(stderr, " at best, %.2f ms in the middle of %zu", draws[draws.size() / 2], draws.size());
+    }
+    std::fputc('\n', stderr);
+}
+
+void render(const Render_Options& options, const Module_Choice& module) {
+    const VT_Int_Pair size = parsed_size(options.size);
+    const VT_RGB32 background = parsed_color("--background", options.background);
+    const VT_RGB32 color = parsed_color("--color", options.color);
+    scene::Picture_Settings picture = options.picture;
+    picture.light = parsed_direction(options.light);
+    scene::Camera_Settings camera_settings = options.camera;
+    camera_settings.aspect = static_cast<double>(size.x) / size.y;
+    camera_settings.projection = options.orthographic ? scene::Projection::orthographic : scene::Projection::perspective;
+    Session session(module);
+
+    const auto load_start = Clock::now();
+    const scene::Mesh mesh = scene::load_model(options.model);
+    const double load = milliseconds_since(load_start);
+
+    const auto setup_start = Clock::now();
+    scene::Scene_Renderer scene(mesh, color, !options.color_given);
+    const scene::Camera camera = scene::fit_camera(camera_settings, scene.points());
+    session.options().set_window_size({size.x + margin, size.y + margin});
+    session.options().set_color_system(options.colors == 32 ? 1 : 0);
+    session.options().set_buffer_depth(16);
+    session.establish();
+    const double setup = milliseconds_since(setup_start);
+
+    const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+    rendition->clip.hard_clip = session.window();
+    rendition->window.rectangle = session.window();
+    rendition->window.color = background;
+    rendition->window.index = static_cast<std::uint8_t>(session.palette().closest_match(background, false));
+    std::vector<double> draws;
+    for (int i = 0; i < options.repeat; ++i) {
+        const auto start = Clock::now();
+        draw_frame(session, *rendition, scene, camera, picture);
+        draws.push_back(milliseconds_since(start));
+    }
+    write_file(options.output, png_of(picture_of(session), session.palette()));
+    if (options.stats) {
+        print_stats(scene, load, setup, std::move(draws));
+    }
+}
+
+// The first one is the default.
+template <class Value> using Choices = std::vector<std::pair<std::string, Value>>;
+
+template <class Value>
+void add_choice(CLI::App& command, const std::string& name, Value& target, const std::string& description,
+                Choices<Value> choices) {
+    std::string listed = choices.front().first;
+    for (std::size_t i = 1; i < choices.size(); ++i) {
+        listed += (i + 1 < choices.size() ? ", " : " or ") + choices[i].first;
+    }
+    const auto choose = [name, &target, listed, choices = std::move(choices)](const std::string& given) {
+        const auto found = std::ranges::find(choices, given, [](const auto& choice) { return choice.first; });
+        if (found == choices.end()) {
+            throw Usage_Error(name + ": expected " + listed + ", found '" + given + "'");
+        }
+        target = found->second;
+    };
+    command.add_option_function<std::string>(name, choose, description + ": " + listed)->type_name("NAME");
+}
+
+} // namespace
+
+void add_render_command(CLI::App& application, int& status) {
+    CLI::App& command = *application.add_subcommand("render", "Draw a model as a picture");
+    const auto options = std::make_shared<Render_Options>();
+    command.add_option("model", options->model, "Model file: PLY, OBJ, STL and whatever assimp reads")->required();
+    command.add_option("-o,--output", options->output, "PNG file to write")->required();
+    command.add_option("--size", options->size, "Width and height in pixels")->type_name("WxH")->capture_default_str();
+    using scene::View;
+    add_choice(command, "--view", options->camera.view, "Side to look at",
+               Choices<View>{{"iso", View::iso},
+                             {"front", View::front},
+                             {"back", View::back},
+                             {"left", View::left},
+                             {"right", View::right},
+                             {"top", View::top},
+                             {"bottom", View::bottom}});
+    CLI::Option* perspective = command.add_flag("--perspective")->description("Near things are larger (default)");
+    command.add_flag("--ortho", options->orthographic, "Parallel lines stay parallel")->excludes(perspective);
+    add_choice(command, "--up", options->camera.up, "The model's axis that points up",
+               Choices<scene::Up_Axis>{{"y", scene::Up_Axis::y}, {"z", scene::Up_Axis::z}});
+    command.add_option("--zoom", options->camera.zoom, "Enlarge the middle of the picture")
+        ->check(CLI::Range(0.01, 1000.0))
+        ->capture_default_str();
+    add_choice(command, "--shading", options->picture.shading, "How colours run over faces",
+               Choices<scene::Shading>{{"gouraud", scene::Shading::gouraud}, {"flat", scene::Shading::flat}});
+    add_choice(command, "--cull", options->picture.culling, "Faces to leave out, as seen by the viewer",
+               Choices<scene::Culling>{{"none", scene::Culling::none}, {"back", scene::Culling::back}});
+    command.add_option("--background", options->background, "Colour behind the model")->type_name("COLOR")->capture_default_str();
+    CLI::Option* color =
+        command.add_option("--color", options->color, "Colour of the model instead of its own")->type_name("COLOR");
+    command.add_option("--light", options->light, "Direction towards the light: right, up, towards the viewer")
+        ->type_name("X,Y,Z")
+        ->capture_default_str();
+    add_choice(command, "--colors", options->colors, "Bits a pixel, 8 through a palette", Choices<int>{{"32", 32}, {"8", 8}});
+    command.add_option("--repeat", options->repeat, "Draw the picture so many times, for measuring")
+        ->check(CLI::Range(1, 1000000));
+    command.add_flag("--stats", options->stats, "Print sizes and times");
+    command.fallthrough();
+    command.callback([options, color, &application, &status] {
+        options->color_given = color->count() > 0;
+        render(*options, chosen_module(application));
+        status = exit_status::done;
+    });
+}
+
+} // namespace app

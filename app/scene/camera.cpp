@@ -1,0 +1,119 @@
+// Cameras that are fitted to what they look at.
+#include "app/scene/camera.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "app/scene/vectors.h"
+
+namespace app::scene {
+namespace {
+
+// Tangent of half the vertical field of view, about 30 degrees in all.
+constexpr double half_view_tangent = 0.268;
+// The part of the picture's half width and height that the model may take.
+constexpr double filled = 0.94;
+
+// In view space: what lies outermost to each side, seen along rays whose slopes against the view direction are the tangents.
+struct Extent {
+    double left = -infinity, right = -infinity, below = -infinity, above = -infinity, nearest = -infinity, farthest = infinity;
+    static constexpr double infinity = std::numeric_limits<double>::infinity();
+};
+
+struct Axes {
+    VT_Vector_D up, toward;
+};
+
+Axes axes_of(View view) {
+    switch (view) {
+    case View::front:
+        return {{0, 1, 0}, {0, 0, 1}};
+    case View::back:
+        return {{0, 1, 0}, {0, 0, -1}};
+    case View::left:
+        return {{0, 1, 0}, {-1, 0, 0}};
+    case View::right:
+        return {{0, 1, 0}, {1, 0, 0}};
+    case View::top:
+        return {{0, 0, -1}, {0, 1, 0}};
+    case View::bottom:
+        return {{0, 0, 1}, {0, -1, 0}};
+    case View::iso:
+        break;
+    }
+    return {{0, 1, 0}, {0.55, 0.42, 1}};
+}
+
+// Models with z up stand on the x-y plane and look along -y.
+VT_Vector_D stand_up(const VT_Vector_D& v, Up_Axis up) {
+    return up == Up_Axis::y ? v : VT_Vector_D{v.x, -v.z, v.y};
+}
+
+Extent extent_of(std::span<const VT_Vector> points, const Camera& axes, double tangent_x, double tangent_y) {
+    Extent extent;
+    for (const VT_Vector& point : points) {
+        const VT_Vector_D p = widened(point);
+        const double x = dot(axes.right, p), y = dot(axes.up, p), z = dot(axes.toward, p);
+        extent.left = std::max(extent.left, tangent_x * z - x);
+        extent.right = std::max(extent.right, tangent_x * z + x);
+        extent.below = std::max(extent.below, tangent_y * z - y);
+        extent.above = std::max(extent.above, tangent_y * z + y);
+        extent.nearest = std::max(extent.nearest, z);
+        extent.farthest = std::min(extent.farthest, z);
+    }
+    return extent;
+}
+
+void set_row(double (&row)[4], const VT_Vector_D& v, double last) {
+    row[0] = v.x;
+    row[1] = v.y;
+    row[2] = v.z;
+    row[3] = last;
+}
+
+} // namespace
+
+Camera fit_camera(const Camera_Settings& settings, std::span<const VT_Vector> points) {
+    Camera camera;
+    const Axes axes = axes_of(settings.view);
+    camera.toward = stand_up(axes.toward, settings.up);
+    camera.right = cross(stand_up(axes.up, settings.up), camera.toward);
+    camera.toward.normalize();
+    camera.right.normalize();
+    camera.up = cross(camera.toward, camera.right);
+
+    const bool perspective = settings.projection == Projection::perspective;
+    const double tangent_y = perspective ? half_view_tangent * filled : 0;
+    const double tangent_x = tangent_y * settings.aspect;
+    const Extent extent = extent_of(points, camera, tangent_x, tangent_y);
+    // The middle between the rays that touch on both sides, and the smallest room that the model takes between them.
+    const double x = (extent.right - extent.left) / 2, y = (extent.above - extent.below) / 2;
+    const double half_width = (extent.right + extent.left) / 2, half_height = (extent.above + extent.below) / 2;
+    // Room for rounding, and for flat models, whose planes would coincide.
+    const double slack = 1e-4 * std::max({half_width, half_height, extent.nearest - extent.farthest, 1e-3});
+
+    if (perspective) {
+        const double distance = std::max({half_width / tangent_x, half_height / tangent_y, extent.nearest + 2 * slack});
+        const double near = std::max(distance - extent.nearest - slack, slack), far = distance - extent.farthest + slack;
+        const double scale_y = settings.zoom / half_view_tangent, scale_x = scale_y / settings.aspect;
+        const double depth_scale = far / (far - near);
+        set_row(camera.clip_from_model.m[0], camera.right * scale_x, -x * scale_x);
+        set_row(camera.clip_from_model.m[1], camera.up * scale_y, -y * scale_y);
+        set_row(camera.clip_from_model.m[2], camera.toward * -depth_scale, (distance - near) * depth_scale);
+        set_row(camera.clip_from_model.m[3], camera.toward * -1.0, distance);
+        camera.eye = camera.right * x + camera.up * y + camera.toward * distance;
+    } else {
+        const double scale_y = settings.zoom * filled / std::max({half_width / settings.aspect, half_height, slack});
+        const double scale_x = scale_y / settings.aspect;
+        const double near = extent.nearest + slack, depth_scale = 1 / (near - extent.farthest + slack);
+        set_row(camera.clip_from_model.m[0], camera.right * scale_x, -x * scale_x);
+        set_row(camera.clip_from_model.m[1], camera.up * scale_y, -y * scale_y);
+        set_row(camera.clip_from_model.m[2], camera.toward * -depth_scale, near * depth_scale);
+        set_row(camera.clip_from_model.m[3], {}, 1);
+        camera.eye = camera.toward;
+        camera.eye_is_place = false;
+    }
+    return camera;
+}
+
+} // namespace app::scene

@@ -1,0 +1,14 @@
+// Colours as people write them.
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "renderer/host/color.h"
+
+namespace app::scene {
+
+// #rgb, #rrggbb or a common name; nothing for anything else.
+std::optional<VT_RGB32> color_named(std::string_view text);
+
+} // namespace app::scene

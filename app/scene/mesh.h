@@ -1,0 +1,33 @@
+// A model as triangles over shared vertices.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "app/command.h"
+#include "renderer/host/color.h"
+#include "renderer/host/geometry.h"
+
+namespace app::scene {
+
+// What is wrong with a model file: one line that names the file, the place and what was expected.
+struct Model_Error : Usage_Error {
+    using Usage_Error::Usage_Error;
+};
+
+struct Mesh {
+    std::vector<VT_Vector> positions;
+    std::vector<VT_Vector> normals;       // none, or one a position; a zero one is to be computed
+    std::vector<VT_RGB32> colors;         // none, or one a position; alpha 0 = the vertex has no colour of its own
+    std::vector<std::uint32_t> triangles; // three positions each
+
+    std::size_t triangle_count() const noexcept { return triangles.size() / 3; }
+};
+
+// Makes a mesh fit for drawing: drops triangles that repeat a vertex, moves the rest into the unit sphere around the origin, so
+// that floats serve models of any size and place, and gives every vertex a normal of length 1. file: for messages. Throws
+// Model_Error when nothing is left to draw.
+void finish_mesh(Mesh& mesh, const std::string& file);
+
+} // namespace app::scene

@@ -1,0 +1,260 @@
+// Draws a model through a renderer.
+#include "app/scene/scene_renderer.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "app/scene/vectors.h"
+#include "vorna/draw.h"
+
+namespace app::scene {
+namespace {
+
+constexpr std::uint32_t none = 0xFFFFFFFF;
+constexpr float farthest_depth = 65535.0F;
+
+// From x / w, y / w and z / w to pixels. A point of the renderer lies on the lower left corner of its pixel, so points are
+// rounded to the nearest corner; the view volume's far sides meet the last pixel's, for no point may lie outside the window.
+struct Viewport {
+    explicit Viewport(const VT_Int_Rectangle& window)
+        : left(window.left), bottom(window.bottom), half_width(static_cast<float>(window.right - window.left) * 0.5F),
+          half_height(static_cast<float>(window.top - window.bottom) * 0.5F) {}
+
+    // Values a little outside, by rounding, are moved inside.
+    static std::int32_t rounded(float value, float limit) noexcept {
+        const float low = value > 0.0F ? value : 0.0F;
+        return static_cast<std::int32_t>((low < limit ? low : limit) + 0.5F);
+    }
+
+    VT_DCI_Point device_point(float x, float y, float z) const noexcept {
+        return {left + rounded((x + 1.0F) * half_width, 2.0F * half_width),
+                bottom + rounded((y + 1.0F) * half_height, 2.0F * half_height), rounded(z * farthest_depth, farthest_depth)};
+    }
+
+    std::int32_t left, bottom;
+    float half_width, half_height;
+};
+
+VT_Vector face_normal(const VT_Vector& a, const VT_Vector& b, const VT_Vector& c) {
+    return unit(cross(b - a, c - a)).value_or(VT_Vector{0, 0, 1});
+}
+
+} // namespace
+
+// What stays the same over one picture.
+struct Scene_Renderer::Drawing {
+    VT_Renderer_Data& renderer;
+    const VT_Rendition& rendition;
+    const Camera& camera;
+    Viewport viewport;
+    bool flat;
+    bool cull_backs;
+};
+
+Scene_Renderer::Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors) : triangle_count_(mesh.triangle_count()) {
+    const Strips strips = make_strips(mesh.triangles, static_cast<std::uint32_t>(mesh.positions.size()));
+    strip_starts_ = strips.starts;
+    lay_out(mesh, strips);
+    if (own_colors && !mesh.colors.empty()) {
+        std::vector<VT_RGB32> colors(points_.size());
+        for (std::size_t place = 0; place < strips.vertices.size(); ++place) {
+            const VT_RGB32 own = mesh.colors[strips.vertices[place]];
+            colors[strip_vertices_[place]] = own.alpha == 0 ? base_color : own;
+        }
+        std::ranges::for_each(colors, [this](VT_RGB32 color) { vertices_.add_color(color); });
+        std::ranges::for_each(strip_vertices_, [&](std::uint32_t vertex) { faces_.add_color(colors[vertex]); });
+    } else {
+        vertices_.add_color(base_color);
+        faces_.add_color(base_color);
+    }
+}
+
+void Scene_Renderer::lay_out(const Mesh& mesh, const Strips& strips) {
+    std::vector<std::uint32_t> new_number(mesh.positions.size(), none);
+    std::vector<VT_Vector> normals;
+    strip_vertices_.reserve(strips.vertices.size());
+    points_.reserve(mesh.positions.size());
+    normals.reserve(mesh.positions.size());
+    for (const std::uint32_t vertex : strips.vertices) {
+        if (new_number[vertex] == none) {
+            new_number[vertex] = static_cast<std::uint32_t>(points_.size());
+            points_.push_back(mesh.positions[vertex]);
+            normals.push_back(mesh.normals[vertex]);
+        }
+        strip_vertices_.push_back(new_number[vertex]);
+    }
+    positions_ = Vector_Columns(points_.size());
+    vertices_.resize(points_.size());
+    for (std::size_t v = 0; v < points_.size(); ++v) {
+        positions_.set(v, points_[v]);
+        vertices_.set(v, normals[v], points_[v]);
+    }
+    faces_.resize(strip_vertices_.size());
+    for (std::size_t place = 0; place < strips.triangle_order.size(); ++place) {
+        const std::uint32_t triangle = strips.triangle_order[place];
+        if (triangle == no_triangle) {
+            continue;
+        }
+        const auto corner = [&](std::size_t i) { return mesh.triangles[3 * std::size_t{triangle} + i]; };
+        const VT_Vector normal = face_normal(mesh.positions[corner(0)], mesh.positions[corner(1)], mesh.positions[corner(2)]);
+        // Faces look where their vertices' normals do, even where the file winds them the other way.
+        const VT_Vector around = mesh.normals[corner(0)] + mesh.normals[corner(1)] + mesh.normals[corner(2)];
+        faces_.set(place, dot(normal, around) < 0.0F ? normal * -1.0F : normal, mesh.positions[corner(0)]);
+    }
+}
+
+void Scene_Renderer::transform(const Camera& camera, const VT_Int_Rectangle& window) {
+    float m[4][4];
+    for (int r = 0; r < 4; ++r) {
+        std::ranges::transform(camera.clip_from_model.m[r], m[r], [](double value) { return static_cast<float>(value); });
+    }
+    const Viewport viewport(window);
+    const std::size_t count = positions_.size();
+    device_points_.resize(count);
+    beyond_.resize(count);
+    const float *px = positions_.x.data(), *py = positions_.y.data(), *pz = positions_.z.data();
+    VT_DCI_Point* device_points = device_points_.data();
+    std::uint8_t* beyond_planes = beyond_.data();
+    int seen = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const float x = m[0][0] * px[i] + m[0][1] * py[i] + m[0][2] * pz[i] + m[0][3];
+        const float y = m[1][0] * px[i] + m[1][1] * py[i] + m[1][2] * pz[i] + m[1][3];
+        const float z = m[2][0] * px[i] + m[2][1] * py[i] + m[2][2] * pz[i] + m[2][3];
+        const float w = m[3][0] * px[i] + m[3][1] * py[i] + m[3][2] * pz[i] + m[3][3];
+        const int planes = (x < -w) * beyond::left + (x > w) * beyond::right + (y < -w) * beyond::bottom + (y > w) * beyond::top +
+                           (z < 0.0F) * beyond::near + (z > w) * beyond::far;
+        seen |= planes;
+        beyond_planes[i] = static_cast<std::uint8_t>(planes);
+        const float scale = 1.0F / w;
+        device_points[i] = viewport.device_point(x * scale, y * scale, z * scale);
+    }
+    any_beyond_ = seen != 0;
+}
+
+void Scene_Renderer::light(const Camera& camera, const Picture_Settings& settings) {
+    const Lighting lighting(camera, settings.light);
+    const Surfaces& surfaces = settings.shading == Shading::flat ? faces_ : vertices_;
+    front_colors_.resize(surfaces.size());
+    lighting.shade_fronts(surfaces, front_colors_);
+    if (settings.culling != Culling::back) {
+        back_colors_.resize(surfaces.size());
+        lighting.shade_backs(surfaces, back_colors_);
+    }
+}
+
+bool Scene_Renderer::faces_viewer(std::size_t place, const Camera& camera) const noexcept {
+    const VT_Vector eye = narrowed(camera.eye);
+    return dot(faces_.normals[place], eye) > (camera.eye_is_place ? faces_.distances[place] : 0.0F);
+}
+
+Scene_Renderer::Manner Scene_Renderer::manner_of(const Drawing& drawing, std::size_t place) const noexcept {
+    const bool front = faces_viewer(place, drawing.camera);
+    if (!front && drawing.cull_backs) {
+        return Manner::hidden;
+    }
+    if (any_beyond_) {
+        const std::uint32_t* vertex = &strip_vertices_[place];
+        const int a = beyond_[vertex[0]], b = beyond_[vertex[1]], c = beyond_[vertex[2]];
+        if ((a & b & c) != 0) {
+            return Manner::hidden;
+        }
+        if ((a | b | c) != 0) {
+            return Manner::crossing;
+        }
+    }
+    return front ? Manner::front : Manner::back;
+}
+
+void Scene_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window,
+                          const Camera& camera, const Picture_Settings& settings) {
+    transform(camera, window);
+    light(camera, settings);
+    const Drawing drawing{
+        renderer, rendition, camera, Viewport(window), settings.shading == Shading::flat, settings.culling == Culling::back};
+    for (std::size_t s = 0; s < strip_count(); ++s) {
+        draw_strip(drawing, strip_starts_[s], strip_starts_[s + 1]);
+    }
+}
+
+// A strip is drawn in runs of triangles of one manner.
+void Scene_Renderer::draw_strip(const Drawing& drawing, std::size_t begin, std::size_t end) {
+    std::size_t first = begin;
+    Manner manner = manner_of(drawing, begin);
+    const auto finish = [&](std::size_t place) {
+        if (manner == Manner::crossing) {
+            for (; first < place; ++first) {
+                draw_clipped(drawing, first);
+            }
+        } else if (manner != Manner::hidden) {
+            draw_run(drawing, first, place - first, manner);
+        }
+        first = place;
+    };
+    for (std::size_t place = begin + 1; place + 2 < end; ++place) {
+        const Manner next = manner_of(drawing, place);
+        if (next != manner) {
+            finish(place);
+            manner = next;
+        }
+    }
+    finish(end - 2);
+}
+
+void Scene_Renderer::draw_run(const Drawing& drawing, std::size_t first, std::size_t triangles, Manner manner) {
+    const std::vector<VT_RGB32>& colors = manner == Manner::front ? front_colors_ : back_colors_;
+    const std::size_t count = triangles + 2;
+    if (run_points_.size() < count) {
+        run_points_.resize(count);
+        run_colors_.resize(count);
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        run_points_[i] = device_points_[strip_vertices_[first + i]];
+    }
+    const auto point_count = static_cast<std::int32_t>(count);
+    if (drawing.flat) {
+        VD_Draw_DCI_Colorized_Polytriangle(drawing.renderer, drawing.rendition, point_count, run_points_.data(),
+                                           colors.data() + first, false);
+        return;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        run_colors_[i] = colors[strip_vertices_[first + i]];
+    }
+    VD_Draw_DCI_Gouraud_Polytriangle(drawing.renderer, drawing.rendition, point_count, run_points_.data(), run_colors_.data());
+}
+
+void Scene_Renderer::draw_clipped(const Drawing& drawing, std::size_t place) {
+    const std::vector<VT_RGB32>& colors = faces_viewer(place, drawing.camera) ? front_colors_ : back_colors_;
+    std::array<Clip_Vertex, 3> triangle;
+    std::uint8_t planes = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::uint32_t vertex = strip_vertices_[place + i];
+        triangle[i] = {transformed(drawing.camera.clip_from_model, points_[vertex]), colors[drawing.flat ? place : vertex],
+                       static_cast<int>(i)};
+        planes |= beyond_[vertex];
+    }
+    const Clip_Polygon polygon = clip_triangle(triangle, planes);
+    if (polygon.count < 3) {
+        return;
+    }
+    // A convex polygon as a strip: from its first vertex to and fro between its two sides.
+    std::array<VT_DCI_Point, 9> points;
+    std::array<VT_RGB32, 9> point_colors;
+    for (std::size_t i = 0; i < polygon.count; ++i) {
+        const Clip_Vertex& vertex = polygon.vertices[i % 2 ? (i + 1) / 2 : (polygon.count - i / 2) % polygon.count];
+        const Clip_Point& p = vertex.point;
+        // Corners that are kept must be where the neighbouring triangles have them.
+        points[i] = vertex.corner >= 0
+                        ? device_points_[strip_vertices_[place + static_cast<std::size_t>(vertex.corner)]]
+                        : drawing.viewport.device_point(static_cast<float>(p.x / p.w), static_cast<float>(p.y / p.w),
+                                                        static_cast<float>(p.z / p.w));
+        point_colors[i] = vertex.color;
+    }
+    const auto count = static_cast<std::int32_t>(polygon.count);
+    if (drawing.flat) {
+        VD_Draw_DCI_Colorized_Polytriangle(drawing.renderer, drawing.rendition, count, points.data(), point_colors.data(), true);
+    } else {
+        VD_Draw_DCI_Gouraud_Polytriangle(drawing.renderer, drawing.rendition, count, points.data(), point_colors.data());
+    }
+}
+
+} // namespace app::scene

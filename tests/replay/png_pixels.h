@@ -1,0 +1,23 @@
+// PNG files as they are stored, for comparisons to the last bit.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace replay_tests {
+
+struct Png_Pixels {
+    std::uint32_t width = 0, height = 0;
+    int bit_depth = 0, color_type = 0;
+    std::size_t pixel_bytes = 0;
+    std::vector<std::uint8_t> palette; // red, green, blue
+    std::vector<std::uint8_t> bytes;   // rows from the top, samples as the file holds them
+};
+
+Png_Pixels read_png(const std::string& path);
+
+// Empty when both are the same, else where they differ first.
+std::string difference(const Png_Pixels& drawn, const Png_Pixels& expected);
+
+} // namespace replay_tests

@@ -1,0 +1,166 @@
+// vorna render as a user runs it: pictures, messages, and files that appear whole or not at all.
+#include <algorithm>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/replay/command_line.h"
+#include "tests/replay/png_pixels.h"
+#include "tests/scene/meshes.h"
+
+namespace app::scene {
+namespace {
+
+using replay_tests::Outcome;
+using replay_tests::Png_Pixels;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+// A colour picture whatever its file holds: red, green and blue by row from the top.
+struct Picture {
+    explicit Picture(const Png_Pixels& png) : width(png.width), height(png.height) {
+        for (std::size_t i = 0; i < png.bytes.size(); i += png.pixel_bytes) {
+            const std::uint8_t* rgb = png.palette.empty() ? &png.bytes[i] : &png.palette[3U * png.bytes[i]];
+            pixels.push_back({rgb[0], rgb[1], rgb[2]});
+        }
+    }
+
+    const std::array<int, 3>& at(std::uint32_t x, std::uint32_t y) const { return pixels[y * width + x]; }
+    auto count(const std::array<int, 3>& color) const { return std::ranges::count(pixels, color); }
+
+    std::uint32_t width, height;
+    std::vector<std::array<int, 3>> pixels;
+};
+
+constexpr std::array<int, 3> black{0, 0, 0}, white{255, 255, 255};
+
+class Render_Command : public testing::Test {
+protected:
+    Picture render(const std::string& model, std::vector<std::string> options = {}) {
+        const std::string output = folder.file("out.png");
+        options.insert(options.begin(), {"render", model, "-o", output});
+        const Outcome outcome = replay_tests::run_vorna(options);
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_EQ(outcome.errors, "");
+        return Picture(replay_tests::read_png(output));
+    }
+
+    replay_tests::Temporary_Folder folder;
+};
+
+// A corner of three walls, open to the viewer of its front: long to the right, half as long upwards, short towards the viewer.
+const std::string corner = "v 0 0 0\nv 4 0 0\nv 0 2 0\nv 0 0 1\nf 1 2 3\nf 1 3 4\nf 1 4 2\n";
+
+TEST_F(Render_Command, draws_models_upright_and_not_mirrored_in_both_colour_systems) {
+    const std::string model = folder.file("corner.obj", corner);
+    for (const char* colors : {"32", "8"}) {
+        for (const char* shading : {"flat", "gouraud"}) {
+            const Picture picture = render(model, {"--view", "front", "--ortho", "--size", "201x101", "--colors", colors,
+                                                   "--shading", shading, "--background", "black"});
+            ASSERT_EQ(picture.width, 201U);
+            ASSERT_EQ(picture.height, 101U);
+            // The wall fills the half below the diagonal from the upper left to the lower right.
+            EXPECT_EQ(picture.at(0, 0), black);
+            EXPECT_EQ(picture.at(190, 10), black);
+            EXPECT_NE(picture.at(12, 90), black);
+            EXPECT_NE(picture.at(12, 12), black);
+            EXPECT_NE(picture.at(180, 95), black);
+            EXPECT_NEAR(static_cast<double>(picture.count(black)) / (201 * 101), 1 - 0.94 * 0.94 / 2, 0.03);
+        }
+    }
+}
+
+TEST_F(Render_Command, palette_pictures_show_what_full_colour_pictures_show) {
+    const std::string model = folder.file("ball.obj", obj_text(ball(48, 24)));
+    const std::vector<std::string> options{"--size", "160x160", "--color", "#c08040", "--background", "#003366"};
+    std::vector<std::string> with_palette = options;
+    with_palette.insert(with_palette.end(), {"--colors", "8"});
+    const Picture full = render(model, options), dithered = render(model, with_palette);
+    EXPECT_THAT(full.at(0, 0), ElementsAre(0, 0x33, 0x66));
+    EXPECT_EQ(dithered.at(0, 0), full.at(0, 0)); // 0, 51 and 102 are levels of the palette's cube.
+    // Dithering keeps the mean of every 8 by 8 block.
+    for (const std::uint32_t top : {40U, 80U, 100U}) {
+        for (const std::uint32_t left : {40U, 64U, 104U}) {
+            for (std::size_t channel = 0; channel < 3; ++channel) {
+                int difference = 0;
+                for (std::uint32_t i = 0; i < 64; ++i) {
+                    difference += full.at(left + i % 8, top + i / 8)[channel] - dithered.at(left + i % 8, top + i / 8)[channel];
+                }
+                EXPECT_LT(std::abs(difference) / 64, 6) << left << ", " << top;
+            }
+        }
+    }
+}
+
+TEST_F(Render_Command, surfaces_have_no_cracks_even_where_they_are_cut_off) {
+    const std::string model = folder.file("ball.obj", obj_text(ball(61, 37)));
+    for (const char* zoom : {"2", "7.3", "100"}) {
+        for (const char* projection : {"--ortho", "--perspective"}) {
+            const Picture picture =
+                render(model, {projection, "--zoom", zoom, "--size", "150x150", "--background", "white", "--color", "navy"});
+            EXPECT_EQ(picture.count(white), 0);
+        }
+    }
+}
+
+TEST_F(Render_Command, the_nearer_surface_hides_the_farther_whichever_comes_first) {
+    const std::string vertices =
+        "mtllib paint.mtl\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nv -1 -1 1\nv 1 -1 1\nv 1 1 1\nv -1 1 1\n";
+    const std::string far = "usemtl red\nf 1 2 3 4\n", near = "usemtl blue\nf 5 6 7 8\n";
+    folder.file("paint.mtl", "newmtl red\nKd 1 0 0\nnewmtl blue\nKd 0 0 1\n");
+    for (const std::string& faces : {far + near, near + far}) {
+        const std::array<int, 3> middle =
+            render(folder.file("two.obj", vertices + faces), {"--view", "front", "--size", "64x64"}).at(32, 32);
+        EXPECT_GT(middle[2], middle[0]);
+    }
+}
+
+TEST_F(Render_Command, stats_go_to_standard_error) {
+    const std::string model = folder.file("corner.obj", corner);
+    const Outcome outcome = replay_tests::run_vorna({"render", model, "-o", folder.file("out.png"), "--stats", "--repeat", "3"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(
+        outcome.errors,
+        testing::ContainsRegex("^3 triangles in [0-9]+ strips, load .* ms, setup .* ms, draw .* ms at best, .* middle of 3\n$"));
+}
+
+TEST_F(Render_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_file) {
+    const std::string model = folder.file("corner.obj", corner), broken = folder.file("broken.obj", "v 0 0\n");
+    const std::string output = folder.file("out.png"), nowhere = folder.file("missing") + "/out.png";
+    const struct {
+        std::vector<std::string> arguments;
+        int status;
+        std::string message;
+    } cases[] = {
+        {{model}, 2, "output is required"},
+        {{"-o", output}, 2, "model is required"},
+        {{model, "-o", output, "--size", "64"}, 2, "--size: expected WIDTHxHEIGHT with sides from 1 to 16383, found '64'"},
+        {{model, "-o", output, "--size", "0x64"}, 2, "--size: expected"},
+        {{model, "-o", output, "--size", "64x16384"}, 2, "--size: expected"},
+        {{model, "-o", output, "--color", "puce"}, 2, "--color: expected #rrggbb or a colour's name, found 'puce'"},
+        {{model, "-o", output, "--light", "0,0,0"}, 2, "--light: expected a direction x,y,z, found '0,0,0'"},
+        {{model, "-o", output, "--light", "1,2"}, 2, "--light: expected"},
+        {{model, "-o", output, "--view", "above"},
+         2,
+         "--view: expected iso, front, back, left, right, top or bottom, found 'above'"},
+        {{model, "-o", output, "--colors", "16"}, 2, "--colors: expected 32 or 8, found '16'"},
+        {{model, "-o", output, "--ortho", "--perspective"}, 2, "excludes"},
+        {{broken, "-o", output}, 2, broken + ":1: expected a vertex coordinate, found the end of the line"},
+        {{folder.file("missing.obj"), "-o", output}, 2, "missing.obj: cannot be read"},
+        {{model, "-o", nowhere}, 1, nowhere},
+        {{model, "-o", output, "--module", folder.file("missing.vrd")}, 1, "missing.vrd"},
+    };
+    for (const auto& [arguments, status, message] : cases) {
+        std::vector<std::string> command = arguments;
+        command.insert(command.begin(), "render");
+        const Outcome outcome = replay_tests::run_vorna(command);
+        EXPECT_EQ(outcome.status, status) << message;
+        EXPECT_THAT(outcome.errors, testing::AllOf(StartsWith("vorna: "), HasSubstr(message)));
+        EXPECT_EQ(std::ranges::count(outcome.errors, '\n'), 1) << outcome.errors;
+        EXPECT_THAT(folder.names(), ElementsAre("broken.obj", "corner.obj")) << message;
+    }
+}
+
+} // namespace
+} // namespace app::scene
