@@ -92,7 +92,7 @@ void Frame_Buffer_Mask::establish_configuration(std::int32_t width, std::int32_t
     if (width < 1 || height < 1) {
         raster_ = nullptr;
     } else if (!raster_ || size != size_) {
-        raster_ = make_frame_buffer((width + 7) / 8, height, Buffer_Format::index8);
+        raster_ = make_frame_buffer((width + 7) / 8 + 4, height, Buffer_Format::index8);
     }
     size_ = size;
     origin_ = {origin_x, origin_y};

@@ -8,6 +8,8 @@
 #include "renderer/core/software_z_buffer.h"
 #include "renderer/primitives/dots.h"
 #include "renderer/primitives/images.h"
+#include "renderer/primitives/polygons.h"
+#include "renderer/primitives/polymarkers.h"
 #include "renderer/triangles/polytriangles.h"
 
 namespace krb {
@@ -47,52 +49,34 @@ template <class Function> constexpr Row<Function> every_case(Action_Slot<Functio
 inline constexpr Case N8 = Case::index8, N32 = Case::rgb32, N32A = Case::rgb32_alpha;
 inline constexpr Case D8 = Case::depth_index8, D32 = Case::depth_rgb32, D32A = Case::depth_rgb32_alpha;
 
+using T = Action_Table;
+
 // The members of a family, one a case.
 #define KRB_OWN(member)                                                                                                          \
     { own(member<N8>), own(member<N32>), own(member<N32A>), own(member<D8>), own(member<D32>), own(member<D32A>) }
 
-using T = Action_Table;
-
-// Families whose rasterizers are still to come stand here with the host's standard function: 2D and textured triangles, lines,
-// markers, ellipses.
+// Columns: no depth buffer with 8-bit, 32-bit and blended 32-bit colour, then the same three with a depth buffer. {} leaves the
+// slot as it is. Families whose rasterizers are still to come stand here with the host's standard function: lines, markers,
+// ellipses, images of the host, 3D strips.
+// clang-format off
 constexpr std::tuple slot_table{
-    //                                         no depth buffer: 8-bit, 32-bit, with alpha; depth buffer: 8-bit, 32-bit, with alpha
-    every_case(&T::draw_2d_polytriangle, host(VD_Standard_Draw_2D_Polytriangle)),
+    row(&T::draw_2d_polytriangle, KRB_OWN(draw_2d_polytriangle)),
     row(&T::draw_dc_polytriangle, KRB_OWN(draw_dc_polytriangle)),
-    every_case(&T::draw_2di_polytriangle, host(VD_Standard_Draw_2DI_Polytriangle)),
+    row(&T::draw_2di_polytriangle, KRB_OWN(draw_2di_polytriangle)),
     row(&T::draw_dci_polytriangle, KRB_OWN(draw_dci_polytriangle)),
-    every_case(&T::draw_2d_colorized_polytriangle, host(VD_Standard_Draw_2D_Colorized_Polytriangle)),
+    row(&T::draw_2d_colorized_polytriangle, KRB_OWN(draw_2d_colorized_polytriangle)),
     row(&T::draw_dc_colorized_polytriangle, KRB_OWN(draw_dc_colorized_polytriangle)),
-    every_case(&T::draw_2di_colorized_polytriangle, host(VD_Standard_Draw_2DI_Colorized_Polytriangle)),
+    row(&T::draw_2di_colorized_polytriangle, KRB_OWN(draw_2di_colorized_polytriangle)),
     row(&T::draw_dci_colorized_polytriangle, KRB_OWN(draw_dci_colorized_polytriangle)),
-    every_case(&T::draw_2d_gouraud_polytriangle, host(VD_Standard_Draw_2D_Gouraud_Polytriangle)),
+    row(&T::draw_2d_gouraud_polytriangle, KRB_OWN(draw_2d_gouraud_polytriangle)),
     row(&T::draw_dc_gouraud_polytriangle, KRB_OWN(draw_dc_gouraud_polytriangle)),
-    every_case(&T::draw_2di_gouraud_polytriangle, host(VD_Standard_Draw_2DI_Gouraud_Polytriangle)),
+    row(&T::draw_2di_gouraud_polytriangle, KRB_OWN(draw_2di_gouraud_polytriangle)),
     row(&T::draw_dci_gouraud_polytriangle, KRB_OWN(draw_dci_gouraud_polytriangle)),
-    row(&T::draw_2d_textured_polytriangle, {{{},
-                                             {},
-                                             {},
-                                             host(VD_Standard_Draw_2D_Textured_Polytriangle),
-                                             host(VD_Standard_Draw_2D_Textured_Polytriangle),
-                                             host(VD_Standard_Draw_2D_Textured_Polytriangle)}}),
-    row(&T::draw_dc_textured_polytriangle, {{{},
-                                             {},
-                                             {},
-                                             host(VD_Standard_Draw_DC_Textured_Polytriangle),
-                                             host(VD_Standard_Draw_DC_Textured_Polytriangle),
-                                             host(VD_Standard_Draw_DC_Textured_Polytriangle)}}),
-    row(&T::draw_2di_textured_polytriangle, {{{},
-                                              {},
-                                              {},
-                                              host(VD_Standard_Draw_2DI_Textured_Polytriangle),
-                                              host(VD_Standard_Draw_2DI_Textured_Polytriangle),
-                                              host(VD_Standard_Draw_2DI_Textured_Polytriangle)}}),
-    row(&T::draw_dci_textured_polytriangle, {{{},
-                                              {},
-                                              {},
-                                              host(VD_Standard_Draw_DCI_Textured_Polytriangle),
-                                              host(VD_Standard_Draw_DCI_Textured_Polytriangle),
-                                              host(VD_Standard_Draw_DCI_Textured_Polytriangle)}}),
+    // The textured members read alpha from texels and colours, whether alpha blending is asked for or not.
+    row(&T::draw_2d_textured_polytriangle, {{{}, {}, {}, own(draw_2d_textured_polytriangle<D8>), own(draw_2d_textured_polytriangle<D32>), own(draw_2d_textured_polytriangle<D32A>)}}),
+    row(&T::draw_dc_textured_polytriangle, {{{}, {}, {}, own(draw_dc_textured_polytriangle<D8>), own(draw_dc_textured_polytriangle<D32>), own(draw_dc_textured_polytriangle<D32A>)}}),
+    row(&T::draw_2di_textured_polytriangle, {{{}, {}, {}, own(draw_2di_textured_polytriangle<D8>), own(draw_2di_textured_polytriangle<D32>), own(draw_2di_textured_polytriangle<D32A>)}}),
+    row(&T::draw_dci_textured_polytriangle, {{{}, {}, {}, own(draw_dci_textured_polytriangle<D8>), own(draw_dci_textured_polytriangle<D32>), own(draw_dci_textured_polytriangle<D32A>)}}),
     every_case(&T::draw_2di_polyline, host(VD_Standard_Draw_2DI_Polyline)),
     every_case(&T::draw_2di_colorized_polyline, host(VD_Standard_Draw_2DI_Colorized_Polyline)),
     every_case(&T::draw_2di_gouraud_polyline, host(VD_Standard_Draw_2DI_Gouraud_Polyline)),
@@ -100,38 +84,28 @@ constexpr std::tuple slot_table{
     every_case(&T::draw_dci_colorized_polyline, host(VD_Standard_Draw_DCI_Colorized_Polyline)),
     every_case(&T::draw_dci_gouraud_polyline, host(VD_Standard_Draw_DCI_Gouraud_Polyline)),
     row(&T::draw_dci_dot, KRB_OWN(draw_dci_dot)),
-    row(&T::draw_2di_polymarker, {{host(VD_Standard_Draw_2DI_Polymarker),
-                                   host(VD_Standard_Draw_2DI_Polymarker),
-                                   host(VD_Standard_Draw_2DI_Polymarker),
-                                   {},
-                                   host(VD_Standard_Draw_2DI_Polymarker),
-                                   host(VD_Standard_Draw_2DI_Polymarker)}}),
-    row(&T::draw_2di_colorized_polymarker, {{{}, {}, host(VD_Standard_Draw_2DI_Colorized_Polymarker), {}, {}, {}}}),
+    row(&T::draw_2di_polymarker, {{own(draw_2di_polymarker<N8>), own(draw_2di_polymarker<N32>), own(draw_2di_polymarker<N32A>), {}, own(draw_2di_polymarker<D32>), own(draw_2di_polymarker<D32A>)}}),
+    row(&T::draw_2di_colorized_polymarker, {{{}, {}, own(draw_2di_colorized_polymarker), {}, {}, {}}}),
     row(&T::draw_dci_ellipse, {{{}, host(VD_Standard_Draw_DCI_Ellipse), host(VD_Standard_Draw_DCI_Ellipse), {}, {}, {}}}),
-    row(&T::draw_dci_elliptical_arc,
-        {{{}, host(VD_Standard_Draw_DCI_Elliptical_Arc), host(VD_Standard_Draw_DCI_Elliptical_Arc), {}, {}, {}}}),
-    row(&T::draw_dci_rgb32_image,
-        {{host(VD_Standard_Draw_DCI_RGB32_Image), own(draw_dci_rgb32_image<N32>), own(draw_dci_rgb32_image<N32>),
-          host(VD_Standard_Draw_DCI_RGB32_Image), own(draw_dci_rgb32_image<D32>), own(draw_dci_rgb32_image<D32>)}}),
-    row(&T::draw_dci_index8_image,
-        {{own(draw_dci_index8_image<N8>), host(VD_Standard_Draw_DCI_Index8_Image), host(VD_Standard_Draw_DCI_Index8_Image),
-          own(draw_dci_index8_image<D8>), host(VD_Standard_Draw_DCI_Index8_Image), host(VD_Standard_Draw_DCI_Index8_Image)}}),
-    row(&T::write_depth_rectangle,
-        {{{}, {}, {}, own(write_depth_rectangle), own(write_depth_rectangle), own(write_depth_rectangle)}}),
+    row(&T::draw_dci_elliptical_arc, {{{}, host(VD_Standard_Draw_DCI_Elliptical_Arc), host(VD_Standard_Draw_DCI_Elliptical_Arc), {}, {}, {}}}),
+    // A buffer draws images of its own format itself.
+    row(&T::draw_dci_rgb32_image, {{host(VD_Standard_Draw_DCI_RGB32_Image), own(draw_dci_rgb32_image<N32>), own(draw_dci_rgb32_image<N32>),
+                                    host(VD_Standard_Draw_DCI_RGB32_Image), own(draw_dci_rgb32_image<D32>), own(draw_dci_rgb32_image<D32>)}}),
+    row(&T::draw_dci_index8_image, {{own(draw_dci_index8_image<N8>), host(VD_Standard_Draw_DCI_Index8_Image), host(VD_Standard_Draw_DCI_Index8_Image),
+                                     own(draw_dci_index8_image<D8>), host(VD_Standard_Draw_DCI_Index8_Image), host(VD_Standard_Draw_DCI_Index8_Image)}}),
+    row(&T::write_depth_rectangle, {{{}, {}, {}, own(write_depth_rectangle), own(write_depth_rectangle), own(write_depth_rectangle)}}),
     row(&T::read_depth_image, {{{}, {}, {}, own(read_depth_image), own(read_depth_image), own(read_depth_image)}}),
-    row(&T::clear_depth_rectangle, {{own(clear_no_depth), own(clear_no_depth), own(clear_no_depth), own(clear_depth_rectangle),
-                                     own(clear_depth_rectangle), own(clear_depth_rectangle)}}),
-    row(&T::draw_window, {{own(draw_window_index8), own(draw_window_rgb32), own(draw_window_rgb32), own(draw_window_index8),
-                           own(draw_window_rgb32), own(draw_window_rgb32)}}),
-    row(&T::read_color_image, {{own(read_color_image_index8), own(read_color_image_rgb32), own(read_color_image_rgb32),
-                                own(read_color_image_index8), own(read_color_image_rgb32), own(read_color_image_rgb32)}}),
-    every_case(&T::draw_2d_polygon, host(VD_Standard_Draw_2D_Polygon)),
-    every_case(&T::draw_dc_polygon, host(VD_Standard_Draw_DC_Polygon)),
-    every_case(&T::draw_2di_polygon, host(VD_Standard_Draw_2DI_Polygon)),
-    every_case(&T::draw_dci_polygon, host(VD_Standard_Draw_DCI_Polygon)),
-    every_case(&T::draw_dci_image, host(VD_Standard_Draw_DCI_Image)),
+    row(&T::clear_depth_rectangle, {{own(clear_no_depth), own(clear_no_depth), own(clear_no_depth), own(clear_depth_rectangle), own(clear_depth_rectangle), own(clear_depth_rectangle)}}),
+    row(&T::draw_window, {{own(draw_window_index8), own(draw_window_rgb32), own(draw_window_rgb32), own(draw_window_index8), own(draw_window_rgb32), own(draw_window_rgb32)}}),
+    row(&T::read_color_image, {{own(read_color_image_index8), own(read_color_image_rgb32), own(read_color_image_rgb32), own(read_color_image_index8), own(read_color_image_rgb32), own(read_color_image_rgb32)}}),
+    every_case(&T::draw_2d_polygon, own(draw_2d_polygon)),
+    every_case(&T::draw_dc_polygon, own(draw_dc_polygon)),
+    every_case(&T::draw_2di_polygon, own(draw_2di_polygon)),
+    every_case(&T::draw_dci_polygon, own(draw_dci_polygon)),
+    every_case(&T::draw_dci_image, own(draw_dci_image)),
     every_case(&T::draw_3d_polytriangle, host(VD_Standard_Draw_3D_Polytriangle)),
 };
+// clang-format on
 #undef KRB_OWN
 
 // With tiling the renderer cuts 3D strips and polylines to the tile itself.

@@ -24,6 +24,12 @@ inline Attributes<8> attributes_of(std::int32_t x, std::int32_t z, std::uint32_t
                                     _mm_cvtepu8_epi32(_mm_cvtsi32_si128(static_cast<int>(color))), 1)};
 }
 
+inline Attributes<8> textured_attributes_of(std::int32_t x, std::int32_t z, std::int32_t s, std::int32_t t, std::uint32_t color) {
+    const __m128i channels = _mm_cvtepu8_epi32(_mm_cvtsi32_si128(static_cast<int>(color)));
+    return {_mm256_inserti128_si256(_mm256_castsi128_si256(_mm_setr_epi32(x, z, s, t)),
+                                    _mm_add_epi32(channels, _mm_slli_epi32(channels, 8)), 1)};
+}
+
 inline Attributes<4> operator+(Attributes<4> a, Attributes<4> b) {
     return {_mm_add_epi32(a.value, b.value)};
 }
@@ -62,6 +68,14 @@ inline Attributes<4> to_fixed(Attributes<4> a, int drop = 0) {
 
 inline Attributes<8> to_fixed(Attributes<8> a, int drop = 0) {
     return {_mm256_sllv_epi32(a.value, _mm256_sub_epi32(fraction_bits_8(), _mm256_set1_epi32(drop)))};
+}
+
+inline Attributes<8> shifted_right(Attributes<8> a, int bits) {
+    return {_mm256_sra_epi32(a.value, _mm_cvtsi32_si128(bits))};
+}
+
+inline Attributes<8> with_positions(Attributes<8> positions, Attributes<8> others) {
+    return {_mm256_blend_epi32(others.value, positions.value, 0x03)};
 }
 
 template <int size> inline Attributes<size> half_units();

@@ -143,6 +143,18 @@ inline Int load_depths(const std::uint8_t* from, Active) {
     return load_depths(from, All{});
 }
 
+inline Int load_indices(const std::uint8_t* from, All) {
+    return {_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from)))};
+}
+
+inline Int load_indices(const std::uint8_t* from, Active) {
+    return load_indices(from, All{});
+}
+
+inline Int gather(const std::uint32_t* table, Int positions) {
+    return {_mm256_i32gather_epi32(reinterpret_cast<const int*>(table), positions.lanes, 4)};
+}
+
 inline void store_depths(std::uint8_t* to, Int depths, Active active) {
     __m128i* at = reinterpret_cast<__m128i*>(to);
     _mm_storeu_si128(at, _mm_blendv_epi8(_mm_loadu_si128(at), packed_depths(depths), packed_lanes(active)));

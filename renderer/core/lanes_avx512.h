@@ -129,6 +129,18 @@ inline Int load_depths(const std::uint8_t* from, All) {
     return {_mm512_cvtepu16_epi32(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(from)))};
 }
 
+inline Int load_indices(const std::uint8_t* from, Active active) {
+    return {_mm512_cvtepu8_epi32(_mm_maskz_loadu_epi8(active.lanes, from))};
+}
+
+inline Int load_indices(const std::uint8_t* from, All) {
+    return {_mm512_cvtepu8_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)))};
+}
+
+inline Int gather(const std::uint32_t* table, Int positions) {
+    return {_mm512_i32gather_epi32(positions.lanes, table, 4)};
+}
+
 inline void store_depths(std::uint8_t* to, Int depths, Active active) {
     _mm256_mask_storeu_epi16(to, active.lanes, _mm512_cvtepi32_epi16(depths.lanes));
 }

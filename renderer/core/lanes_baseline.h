@@ -145,6 +145,26 @@ inline Int load_depths(const std::uint8_t* from, Active) {
     return load_depths(from, All{});
 }
 
+inline Int load_indices(const std::uint8_t* from, All) {
+    std::int32_t word;
+    std::memcpy(&word, from, 4);
+    return {_mm_cvtepu8_epi32(_mm_cvtsi32_si128(word))};
+}
+
+inline Int load_indices(const std::uint8_t* from, Active) {
+    return load_indices(from, All{});
+}
+
+inline Int gather(const std::uint32_t* table, Int positions) {
+    std::uint32_t lanes[4];
+    std::memcpy(lanes, &positions.lanes, sizeof lanes);
+    for (std::uint32_t& lane : lanes) {
+        lane = table[lane];
+    }
+    std::memcpy(&positions.lanes, lanes, sizeof lanes);
+    return positions;
+}
+
 inline void store_depths(std::uint8_t* to, Int depths, Active active) {
     __m128i* at = reinterpret_cast<__m128i*>(to);
     _mm_storel_epi64(at, _mm_blendv_epi8(_mm_loadl_epi64(at), packed_depths(depths), packed_lanes(active)));
@@ -203,6 +223,11 @@ inline Attributes<8> attributes_of(std::int32_t x, std::int32_t z, std::uint32_t
     return {_mm_setr_epi32(x, z, 0, 0), _mm_cvtepu8_epi32(_mm_cvtsi32_si128(static_cast<int>(color)))};
 }
 
+inline Attributes<8> textured_attributes_of(std::int32_t x, std::int32_t z, std::int32_t s, std::int32_t t, std::uint32_t color) {
+    const __m128i channels = _mm_cvtepu8_epi32(_mm_cvtsi32_si128(static_cast<int>(color)));
+    return {_mm_setr_epi32(x, z, s, t), _mm_add_epi32(channels, _mm_slli_epi32(channels, 8))};
+}
+
 // Most operations treat the eight attributes as two vectors of four; positions says which of the two holds the depth.
 enum class Positions_Of { low, high };
 
@@ -239,6 +264,15 @@ template <int size> inline Attributes<size> to_fixed(Attributes<size> a, int dro
             return with_depth(_mm_sll_epi32(x, by_16), _mm_sll_epi32(x, by_15), part);
         },
         a, a);
+}
+
+inline Attributes<8> shifted_right(Attributes<8> a, int bits) {
+    const __m128i by = _mm_cvtsi32_si128(bits);
+    return {_mm_sra_epi32(a.low, by), _mm_sra_epi32(a.high, by)};
+}
+
+inline Attributes<8> with_positions(Attributes<8> positions, Attributes<8> others) {
+    return {_mm_blend_epi16(others.low, positions.low, 0x0F), others.high};
 }
 
 template <int size> inline Attributes<size> half_units() {

@@ -3,7 +3,7 @@
 // Each set defines the same names inside its own anonymous namespace:
 //   Int                lane_count 32-bit integers that wrap
 //   Active             which lanes take part; All stands for every lane and costs nothing
-//   Attributes<n>      32-bit integers of one vertex, edge or span: x, z, two to spare, and with n = 8 blue, green, red, alpha
+//   Attributes<n>      32-bit integers of one vertex, edge or span: x, z, s, t, and with n = 8 blue, green, red, alpha
 //   masked_memory      true when loads and stores touch active lanes only; otherwise a group of lanes must lie inside its row
 #pragma once
 
@@ -143,6 +143,19 @@ inline Int load_depths(const std::uint8_t* from, Active active) {
     return {depth};
 }
 
+inline Int load_indices(const std::uint8_t* from, Active active) {
+    return {active.lane ? *from : std::uint32_t{0}};
+}
+
+inline Int load_indices(const std::uint8_t* from, All) {
+    return {*from};
+}
+
+// Entry of every lane in a table of words.
+inline Int gather(const std::uint32_t* table, Int positions) {
+    return {table[positions.lane]};
+}
+
 inline void store_depths(std::uint8_t* to, Int depths, Active active) {
     const auto depth = static_cast<std::uint16_t>(depths.lane);
     if (active.lane) {
@@ -187,6 +200,12 @@ inline void store_indices(std::uint8_t* to, Int indices, All) {
 }
 
 template <int size> struct Attributes { std::int32_t value[std::size_t{size}]; };
+
+// x, z, texture coordinates and the word of a colour whose channels become c * 257, so that 255 is 65535.
+inline Attributes<8> textured_attributes_of(std::int32_t x, std::int32_t z, std::int32_t s, std::int32_t t, std::uint32_t color) {
+    const auto widened = [color](int shift) { return static_cast<std::int32_t>(color >> shift & 0xFF) * 257; };
+    return {{x, z, s, t, widened(0), widened(8), widened(16), widened(24)}};
+}
 
 // x and z only.
 inline Attributes<4> attributes_of(std::int32_t x, std::int32_t z) {
@@ -235,6 +254,21 @@ template <int size> inline Attributes<size> to_fixed(Attributes<size> a, int dro
         a.value[i] = static_cast<std::int32_t>(static_cast<std::uint32_t>(a.value[i]) << bits);
     }
     return a;
+}
+
+// Arithmetic, in every lane alike.
+template <int size> inline Attributes<size> shifted_right(Attributes<size> a, int bits) {
+    for (int i = 0; i < size; ++i) {
+        a.value[i] >>= bits;
+    }
+    return a;
+}
+
+// x and z of the one, everything else of the other.
+inline Attributes<8> with_positions(Attributes<8> positions, Attributes<8> others) {
+    others.value[0] = positions.value[0];
+    others.value[1] = positions.value[1];
+    return others;
 }
 
 // Half a unit in each lane's fixed point.

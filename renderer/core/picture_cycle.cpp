@@ -10,14 +10,15 @@ namespace krb {
 
 namespace {
 
-// Columns and rows of a buffer, inclusive.
+// Columns and rows of a buffer, inclusive. Wide enough for any rectangle less any origin.
 struct Cells {
-    std::int32_t first_column, last_column, first_row, last_row;
+    std::int64_t first_column, last_column, first_row, last_row;
 };
 
 Cells cells_of(const Software_Z_Buffer& renderer, const VT_Int_Rectangle& rectangle) noexcept {
-    return {rectangle.left - renderer.window_origin.x, rectangle.right - renderer.window_origin.x,
-            rectangle.bottom - renderer.window_origin.y, rectangle.top - renderer.window_origin.y};
+    const std::int64_t x = renderer.window_origin.x;
+    const std::int64_t y = renderer.window_origin.y;
+    return {rectangle.left - x, rectangle.right - x, rectangle.bottom - y, rectangle.top - y};
 }
 
 // Fills cells with one value. Whole rows are one block that starts at the highest row.
@@ -33,12 +34,12 @@ template <class Value> void fill_cells(const Frame_Buffer& buffer, std::int32_t 
     };
     // Rows of odd length, such as an application may bring, leave no whole number of values in the block.
     if (cells.first_column == 0 && cells.last_column == width - 1 && buffer.bytes_per_row % std::int32_t{sizeof(Value)} == 0) {
-        fill(buffer.rows[cells.last_row], std::int64_t{cells.last_row - cells.first_row + 1} * buffer.bytes_per_row);
+        fill(buffer.rows[cells.last_row], (cells.last_row - cells.first_row + 1) * buffer.bytes_per_row);
         return;
     }
-    for (std::int32_t row = cells.first_row; row <= cells.last_row; ++row) {
-        fill(buffer.rows[row] + std::int64_t{cells.first_column} * std::int64_t{sizeof(Value)},
-             std::int64_t{cells.last_column - cells.first_column + 1} * std::int64_t{sizeof(Value)});
+    for (std::int64_t row = cells.first_row; row <= cells.last_row; ++row) {
+        fill(buffer.rows[row] + cells.first_column * std::int64_t{sizeof(Value)},
+             (cells.last_column - cells.first_column + 1) * std::int64_t{sizeof(Value)});
     }
 }
 
@@ -54,10 +55,10 @@ template <class Value> void draw_window(VT_Renderer_Data& data, const VT_Renditi
         return;
     }
     Cells cells = cells_of(renderer, window.rectangle);
-    cells.first_column = std::max(cells.first_column, 0);
-    cells.last_column = std::min(cells.last_column, renderer.window_size.x - 1);
-    cells.first_row = std::max(cells.first_row, 0);
-    cells.last_row = std::min(cells.last_row, renderer.window_size.y - 1);
+    cells.first_column = std::max<std::int64_t>(cells.first_column, 0);
+    cells.last_column = std::min<std::int64_t>(cells.last_column, renderer.window_size.x - 1);
+    cells.first_row = std::max<std::int64_t>(cells.first_row, 0);
+    cells.last_row = std::min<std::int64_t>(cells.last_row, renderer.window_size.y - 1);
     if (cells.first_column <= cells.last_column && cells.first_row <= cells.last_row) {
         fill_cells(*renderer.color_buffer, renderer.window_size.x, cells, value);
     }

@@ -109,6 +109,9 @@ void Software_Z_Buffer::establish_buffers() {
         color_cube = *palette().color_cube();
     }
     dither = make_dither(color_cube);
+    for (int i = 0; i < 256; ++i) {
+        palette_words[i] = word_of(palette().color(static_cast<std::uint8_t>(i)));
+    }
 
     VT_Option& color_option = *current[Handle::color_buffer];
     if (auto* adopted = color_option.as_object<Frame_Buffer>()) {

@@ -83,7 +83,9 @@ public:
     VT_RGB32 alternate_background_color{1, 0, 0, 253};
     std::uint8_t force_merge_control = 0;
 
-    Dither dither; // of color_cube
+    Dither dither;                      // of color_cube
+    std::uint32_t palette_words[256]{}; // the palette's colours as pixels
+    std::int32_t face_override = 0;     // a face pattern that polygons take instead of their own; 0 = none
     const Kernel_Set* kernels;
 
 private:

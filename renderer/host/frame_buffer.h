@@ -56,6 +56,8 @@ public:
 
     // Start of mask row r, r counted upwards.
     const std::uint8_t* row(std::int32_t r) const noexcept;
+    // The starts of all rows. From any pixel's byte on, four bytes can be read; bits beyond the window mean nothing.
+    const std::uint8_t* const* rows() const noexcept { return raster_->rows; }
     std::uint32_t key() const noexcept { return key_; }
 
     Frame_Buffer_Mask* older = nullptr;

@@ -4,30 +4,11 @@
 #include <cstring>
 
 #include "renderer/core/pixel_combine.h"
-#include "renderer/mask/mask_cursor.h"
+#include "renderer/primitives/single_pixels.h"
 
 namespace krb {
 
 namespace {
-
-bool is_masked(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t column, std::int32_t row) {
-    return find_mask(renderer, rendition) && !Mask_Cursor::at(*renderer.mask_cache->newest, row, column).drawable();
-}
-
-// The 8-bit member tests by a fixed rule and always writes; 32-bit members follow test mode and write flag.
-template <Case c> bool passes_depth(const Software_Z_Buffer& renderer, std::int32_t column, std::int32_t row, std::int32_t z) {
-    std::uint8_t* at = renderer.depth_buffer->rows[row] + std::int64_t{2} * column;
-    std::uint16_t stored;
-    std::memcpy(&stored, at, 2);
-    if (!(is_index8(c) ? z <= stored : renderer.passes_z_test(z, stored))) {
-        return false;
-    }
-    if (is_index8(c) || renderer.z_write) {
-        const auto written = static_cast<std::uint16_t>(z);
-        std::memcpy(at, &written, 2);
-    }
-    return true;
-}
 
 void write_index8(const Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::uint8_t* pixel, std::int32_t row,
                   const VT_RGB32* color) {
@@ -67,7 +48,7 @@ void draw_dci_dot(VT_Renderer_Data& data, const VT_Rendition& rendition, const V
     }
     const std::int32_t column = point->x - renderer.window_origin.x;
     const std::int32_t row = point->y - renderer.window_origin.y;
-    if (is_masked(renderer, rendition, column, row)) {
+    if (find_mask(renderer, rendition) && is_clipped_away(renderer, column, row)) {
         return;
     }
     if constexpr (has_depth(c)) {

@@ -1,4 +1,4 @@
-// Members of the image slots: copies of rows, with and without depth test. Masks and blending are still to come.
+// Members of the image slots.
 #include "renderer/primitives/images.h"
 
 #include <algorithm>
@@ -6,57 +6,104 @@
 
 #include "renderer/core/fixed_point.h"
 #include "renderer/core/software_z_buffer.h"
+#include "renderer/mask/mask_cursor.h"
 
 namespace krb {
 
 namespace {
 
-void copy_row(std::uint8_t* to, const std::uint8_t* source, std::size_t bytes) {
-    if (source) {
-        std::memcpy(to, source, bytes);
-    } else {
-        std::memset(to, 0, bytes);
+// (source * a + stored * (255 - a)) / 255 for the colour bytes. Full alpha copies the pixel, none leaves it; else it becomes
+// opaque.
+void blend_pixel(std::uint8_t* to, const std::uint8_t* source) {
+    const int alpha = source[3];
+    if (alpha == 255) {
+        std::memcpy(to, source, 4);
+        return;
     }
+    for (int i = 0; i < 3; ++i) {
+        to[i] = static_cast<std::uint8_t>((source[i] * alpha + to[i] * (255 - alpha)) / 255);
+    }
+    to[3] = 255;
 }
 
-// The depth moves on from pixel to pixel and, deliberately, from the end of a row to the start of the next.
-void copy_tested_row(std::uint8_t* to, const std::uint8_t* source, std::int64_t count, std::size_t pixel_bytes,
-                     std::uint8_t* depths, Fixed_Interpolator& depth) {
-    for (std::int64_t i = 0; i < count; ++i) {
-        const auto candidate = static_cast<std::uint16_t>(depth.value >> 15);
-        std::uint16_t stored;
-        std::memcpy(&stored, depths + 2 * i, 2);
-        if (candidate <= stored) {
-            const std::size_t at = static_cast<std::size_t>(i) * pixel_bytes;
-            copy_row(to + at, source ? source + at : nullptr, pixel_bytes);
-            std::memcpy(depths + 2 * i, &candidate, 2);
-        }
-        if (i + 1 < count) {
-            depth.advance();
+// One drawing of an image, row by row.
+template <Case c> class Image_Copy {
+public:
+    Image_Copy(Software_Z_Buffer& renderer, const VT_Rendition& rendition, const VT_DCI_Point& start, const VT_DCI_Point& end)
+        : renderer_(renderer), blends_(!is_index8(c) && (rendition.drawing_flags & drawing_flag::translucent) != 0),
+          tests_depth_(has_depth(c) && rendition.clip.depth_test),
+          mask_(find_mask(renderer, rendition) ? renderer.mask_cache->newest : nullptr),
+          column_(start.x - renderer.window_origin.x) {
+        depth_.setup_15(start.z, end.z, end.x - start.x);
+    }
+
+    // source: null = zeros.
+    void copy_row(std::int32_t row, std::int32_t count, const std::uint8_t* source) {
+        std::uint8_t* to = renderer_.color_buffer->rows[row] + std::int64_t{column_} * pixel_bytes;
+        if (blends_ || tests_depth_ || mask_) {
+            copy_pixels(row, count, to, source);
+        } else if (source) {
+            std::memcpy(to, source, static_cast<std::size_t>(count) * std::size_t{pixel_bytes});
+        } else {
+            std::memset(to, 0, static_cast<std::size_t>(count) * std::size_t{pixel_bytes});
         }
     }
-}
+
+private:
+    static constexpr std::int32_t pixel_bytes = is_index8(c) ? 1 : 4;
+
+    // The depth moves on from pixel to pixel and, deliberately, from the end of a row to the start of the next.
+    void copy_pixels(std::int32_t row, std::int32_t count, std::uint8_t* to, const std::uint8_t* source) {
+        static constexpr std::uint8_t zeros[4] = {};
+        for (std::int32_t i = 0; i < count; ++i, to += pixel_bytes) {
+            const std::uint8_t* pixel = source ? source + std::int64_t{i} * pixel_bytes : zeros;
+            const bool drawn = !(blends_ && pixel[3] == 0) && (!mask_ || Mask_Cursor::at(*mask_, row, column_ + i).drawable()) &&
+                               passes_depth(row, i);
+            if (drawn && blends_) {
+                blend_pixel(to, pixel);
+            } else if (drawn) {
+                std::memcpy(to, pixel, std::size_t{pixel_bytes});
+            }
+            if (i + 1 < count) {
+                depth_.advance();
+            }
+        }
+    }
+
+    bool passes_depth(std::int32_t row, std::int32_t i) {
+        if (!tests_depth_) {
+            return true;
+        }
+        const auto candidate = static_cast<std::uint16_t>(depth_.value >> 15);
+        std::uint8_t* at = renderer_.depth_buffer->rows[row] + std::int64_t{2} * (column_ + i);
+        std::uint16_t stored;
+        std::memcpy(&stored, at, 2);
+        if (candidate > stored) {
+            return false;
+        }
+        std::memcpy(at, &candidate, 2);
+        return true;
+    }
+
+    Software_Z_Buffer& renderer_;
+    bool blends_, tests_depth_;
+    const Frame_Buffer_Mask* mask_; // null = none
+    std::int32_t column_;
+    Fixed_Interpolator depth_;
+};
 
 template <Case c>
-void copy_rows(const Software_Z_Buffer& renderer, const VT_Rendition& rendition, const VT_DCI_Point& start,
-               const VT_DCI_Point& end, std::int32_t stride, const std::uint8_t* source) {
-    constexpr std::size_t pixel_bytes = is_index8(c) ? 1 : 4;
+void copy_image(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point& start, const VT_DCI_Point& end,
+                std::int32_t stride, const std::uint8_t* source) {
+    Software_Z_Buffer& renderer = renderer_of(data);
     const std::int32_t window_right = renderer.window_origin.x - 1 + renderer.window_size.x;
     const std::int64_t count = std::int64_t{std::min(end.x, window_right)} - start.x + 1;
     if (!renderer.color_buffer || count < 1) {
         return;
     }
-    const std::int64_t column = std::int64_t{start.x} - renderer.window_origin.x;
-    Fixed_Interpolator depth;
-    depth.setup_15(start.z, end.z, end.x - start.x);
+    Image_Copy<c> copy(renderer, rendition, start, end);
     for (std::int32_t y = start.y; y >= end.y; --y) {
-        const std::int32_t row = y - renderer.window_origin.y;
-        std::uint8_t* to = renderer.color_buffer->rows[row] + column * std::int64_t{pixel_bytes};
-        if (has_depth(c) && rendition.clip.depth_test) {
-            copy_tested_row(to, source, count, pixel_bytes, renderer.depth_buffer->rows[row] + 2 * column, depth);
-        } else {
-            copy_row(to, source, static_cast<std::size_t>(count) * pixel_bytes);
-        }
+        copy.copy_row(y - renderer.window_origin.y, static_cast<std::int32_t>(count), source);
         source = source ? source + stride : nullptr;
     }
 }
@@ -66,13 +113,41 @@ void copy_rows(const Software_Z_Buffer& renderer, const VT_Rendition& rendition,
 template <Case c>
 void draw_dci_index8_image(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point* start,
                            const VT_DCI_Point* end, std::int32_t stride, const std::uint8_t* pixels) {
-    copy_rows<c>(renderer_of(data), rendition, *start, *end, stride, pixels);
+    copy_image<c>(data, rendition, *start, *end, stride, pixels);
 }
 
 template <Case c>
 void draw_dci_rgb32_image(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point* start,
                           const VT_DCI_Point* end, std::int32_t stride, const VT_RGB32* pixels, std::int32_t, const VT_Packing*) {
-    copy_rows<c>(renderer_of(data), rendition, *start, *end, stride, reinterpret_cast<const std::uint8_t*>(pixels));
+    copy_image<c>(data, rendition, *start, *end, stride, reinterpret_cast<const std::uint8_t*>(pixels));
+}
+
+void draw_dci_image(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point* start,
+                    const VT_Shared_Image* image) {
+    if (!image) {
+        return;
+    }
+    const Software_Z_Buffer& renderer = renderer_of(data);
+    const bool for_presentation = image->format() == Buffer_Format::presentation_rgb32;
+    const bool fits = renderer.color_buffer && image->width() == renderer.color_buffer->width &&
+                      image->height() == renderer.color_buffer->height;
+    if (for_presentation && !fits) {
+        return;
+    }
+    // Pixels of 32 bits have no place in an 8-bit buffer.
+    if (!for_presentation || renderer.color_buffer->format != Buffer_Format::rgb32) {
+        VD_Standard_Draw_DCI_Image(data, rendition, start, image);
+        return;
+    }
+    const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
+    const std::int32_t left = std::max({start->x, 0, clip.left});
+    const std::int32_t right = std::min(clip.right, image->width() - 1);
+    const std::int32_t top = std::min({clip.top, start->y, image->height() - 1});
+    for (std::int32_t row = std::max(clip.bottom, 0); row <= top && left <= right; ++row) {
+        const std::uint8_t* source = image->row(image->bottom_up() ? row : image->height() - 1 - row);
+        std::memcpy(renderer.color_buffer->rows[row] + std::int64_t{4} * left, source + std::int64_t{4} * left,
+                    std::size_t{4} * static_cast<std::size_t>(right - left + 1));
+    }
 }
 
 template VT_Draw_Index8_Image draw_dci_index8_image<Case::index8>;

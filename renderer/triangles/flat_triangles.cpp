@@ -1,19 +1,14 @@
 // Members of the flat and colorized device polytriangle slots.
-#include "renderer/triangles/flat_triangles.h"
-
 #include "renderer/triangles/polytriangles.h"
+#include "renderer/triangles/triangle_target.h"
 
 namespace krb {
 
 namespace {
 
-void fill_strip(Case c, const Software_Z_Buffer& renderer, const VT_Rendition& rendition, Pixel_Rule pixel,
-                const Triangle_Strip& strip) {
-    const bool solid = is_solid(rendition.face);
-    const Face_Pattern pattern = solid ? Face_Pattern{} : pattern_of(rendition.face);
-    const Triangle_Configuration configuration{Shading::flat, pixel_format_of(c), depth_rule_of(c, renderer), pixel,
-                                               solid ? Clip_Rule::open : Clip_Rule::patterned};
-    (*renderer.kernels->triangles)[configuration](target_of(c, renderer, &pattern), strip);
+// The member with depth and alpha has no masked sibling: it draws through the mask's holes.
+constexpr bool consults_mask(Case c) noexcept {
+    return c != Case::depth_rgb32_alpha;
 }
 
 } // namespace
@@ -21,7 +16,7 @@ void fill_strip(Case c, const Software_Z_Buffer& renderer, const VT_Rendition& r
 template <Case c>
 void draw_dci_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
                            const VT_DCI_Point* points) {
-    const Software_Z_Buffer& renderer = renderer_of(data);
+    Software_Z_Buffer& renderer = renderer_of(data);
     if (!renderer.color_buffer || count < 3) {
         return;
     }
@@ -33,25 +28,15 @@ void draw_dci_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition
         draw_dci_polytriangle<without_depth(c)>(data, rendition, count, points);
         return;
     }
-    VT_RGB32 color = rendition.face.color;
-    Pixel_Rule pixel = colorized_pixel_rule(c, renderer, rendition);
-    if constexpr (c == Case::index8) {
-        pixel = renderer.merges(rendition.face.mode) ? Pixel_Rule::merge : Pixel_Rule::store;
-    } else if constexpr (c == Case::rgb32) {
-        // A translucent or merging face is drawn as the alpha member draws it; one that only merges is opaque.
-        const bool translucent = (rendition.face.flags & face_flag::translucent) != 0;
-        if (translucent || renderer.merges(rendition.face.mode)) {
-            pixel = colorized_pixel_rule(Case::rgb32_alpha, renderer, rendition);
-            color.alpha = translucent ? color.alpha : 255;
-        }
-    }
-    fill_strip(c, renderer, rendition, pixel, {count, points, &color, true, nullptr});
+    const Flat_Face face = flat_face(c, renderer, rendition);
+    const Triangle_Call call(c, renderer, rendition, Shading::flat, face.pixel, consults_mask(c));
+    call.draw({count, points, &face.color, true, nullptr, nullptr});
 }
 
 template <Case c>
 void draw_dci_colorized_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
                                      const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color) {
-    const Software_Z_Buffer& renderer = renderer_of(data);
+    Software_Z_Buffer& renderer = renderer_of(data);
     if (!renderer.color_buffer || count < 3) {
         return;
     }
@@ -63,8 +48,9 @@ void draw_dci_colorized_polytriangle(VT_Renderer_Data& data, const VT_Rendition&
         draw_dci_colorized_polytriangle<without_depth(c)>(data, rendition, count, points, colors, single_color);
         return;
     }
-    fill_strip(c, renderer, rendition, colorized_pixel_rule(c, renderer, rendition),
-               {count, points, colors, single_color, nullptr});
+    const Triangle_Call call(c, renderer, rendition, Shading::flat, colorized_pixel_rule(c, renderer, rendition),
+                             consults_mask(c));
+    call.draw({count, points, colors, single_color, nullptr, nullptr});
 }
 
 template <Case c>

@@ -1,6 +1,6 @@
 // Members of the Gouraud device polytriangle slots.
-#include "renderer/triangles/flat_triangles.h"
 #include "renderer/triangles/polytriangles.h"
+#include "renderer/triangles/triangle_target.h"
 
 namespace krb {
 
@@ -25,7 +25,7 @@ template <Case c> void call_colorized_member(const Triangle_Target& target, cons
 template <Case c>
 void draw_dci_gouraud_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
                                    const VT_DCI_Point* points, const VT_RGB32* colors) {
-    const Software_Z_Buffer& renderer = renderer_of(data);
+    Software_Z_Buffer& renderer = renderer_of(data);
     const VT_Face_Attributes& face = rendition.face;
     if (!renderer.color_buffer || count < 3) {
         return;
@@ -43,20 +43,12 @@ void draw_dci_gouraud_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
         draw_dci_gouraud_polytriangle<without_depth(c)>(data, rendition, count, points, colors);
         return;
     }
-    const bool solid = is_solid(face);
-    const Face_Pattern pattern = solid ? Face_Pattern{} : pattern_of(face);
+    Triangle_Call call(c, renderer, rendition, Shading::gouraud, is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store);
     const Hand_Over hand_over{data, rendition};
-    Triangle_Target target = target_of(c, renderer, &pattern);
-    target.hand_over = &hand_over;
-
-    Triangle_Configuration configuration{Shading::gouraud, pixel_format_of(c), depth_rule_of(c, renderer),
-                                         is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store,
-                                         solid ? Clip_Rule::open : Clip_Rule::patterned};
-    Strip_Kernel* gouraud = (*renderer.kernels->triangles)[configuration];
-    configuration.shading = Shading::flat;
-    configuration.pixel = colorized_pixel_rule(c, renderer, rendition);
-    Strip_Kernel* near_flat = drawn_by_renderer(face) ? (*renderer.kernels->triangles)[configuration] : &call_colorized_member<c>;
-    gouraud(target, {count, points, colors, false, near_flat});
+    call.target.hand_over = &hand_over;
+    Strip_Kernel* near_flat = drawn_by_renderer(face) ? call.kernel(Shading::flat, colorized_pixel_rule(c, renderer, rendition))
+                                                      : &call_colorized_member<c>;
+    call.draw({count, points, colors, false, near_flat, nullptr});
 }
 
 template <Case c>

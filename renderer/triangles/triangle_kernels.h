@@ -12,7 +12,7 @@
 namespace krb {
 
 // The four rules that make up a member, and where its colour comes from.
-enum class Shading { flat, gouraud };
+enum class Shading { flat, gouraud, textured };
 enum class Pixel_Format { index8, rgb32 };
 enum class Depth_Rule {
     none,
@@ -22,7 +22,8 @@ enum class Depth_Rule {
 enum class Pixel_Rule { store, blend, merge };
 enum class Clip_Rule {
     open,
-    patterned, // the cells of a face pattern
+    masked,    // the pixels that the complex-clip mask leaves
+    patterned, // the cells of a face pattern, less what a mask takes away when there is one
 };
 
 struct Triangle_Configuration {
@@ -32,28 +33,32 @@ struct Triangle_Configuration {
     Pixel_Rule pixel;
     Clip_Rule clip;
 
-    // Combinations that exist. Merging belongs to flat triangles without depth; palette indices are never blended and know one
-    // depth rule only.
+    // Combinations that exist. Merging belongs to flat triangles without depth, textures always blend, palette indices blend
+    // nowhere else and know one depth rule only.
     constexpr bool valid() const noexcept {
         if (pixel == Pixel_Rule::merge && (shading != Shading::flat || depth != Depth_Rule::none)) {
             return false;
         }
-        return format == Pixel_Format::rgb32 || (pixel != Pixel_Rule::blend && depth != Depth_Rule::by_mode);
+        if (shading == Shading::textured && pixel != Pixel_Rule::blend) {
+            return false;
+        }
+        return format == Pixel_Format::rgb32 ||
+               (depth != Depth_Rule::by_mode && (pixel != Pixel_Rule::blend || shading == Shading::textured));
     }
     constexpr int position() const noexcept {
         return (((static_cast<int>(shading) * 2 + static_cast<int>(format)) * 3 + static_cast<int>(depth)) * 3 +
                 static_cast<int>(pixel)) *
-                   2 +
+                   3 +
                static_cast<int>(clip);
     }
     static constexpr Triangle_Configuration at(int position) noexcept {
-        return {static_cast<Shading>(position / 36), static_cast<Pixel_Format>(position / 18 % 2),
-                static_cast<Depth_Rule>(position / 6 % 3), static_cast<Pixel_Rule>(position / 2 % 3),
-                static_cast<Clip_Rule>(position % 2)};
+        return {static_cast<Shading>(position / 54), static_cast<Pixel_Format>(position / 27 % 2),
+                static_cast<Depth_Rule>(position / 9 % 3), static_cast<Pixel_Rule>(position / 3 % 3),
+                static_cast<Clip_Rule>(position % 3)};
     }
 };
 
-inline constexpr int triangle_configuration_count = 72;
+inline constexpr int triangle_configuration_count = 162;
 
 // A pattern's cells, anchored to the buffer.
 struct Face_Pattern {
@@ -86,12 +91,25 @@ struct Triangle_Target {
     std::uint32_t background, alternate_background;
     std::uint8_t (*merged_index8)(const void* renderer, std::uint8_t stored, std::uint8_t index);
     const void* renderer;
-    // For Pixel_Format::index8.
+    // For Pixel_Format::index8; the bias goes into the low bits of a scaled channel.
     const Dither* dither;
+    std::int32_t dither_bias;
+    // For 8-bit textures: the palette's pixel words.
+    const std::uint32_t* palette;
     // For Clip_Rule::patterned.
     const Face_Pattern* pattern;
+    // For Clip_Rule::masked, and patterned when not null: start of each mask row, the leftmost pixel in the highest bit, set bits
+    // clipped away. Three bytes from any pixel on can be read.
+    const std::uint8_t* const* mask_rows;
+    // For textured strips: rows of texels from the first on, sizes less 1 (powers of two).
+    const std::uint32_t* texels;
+    std::int32_t texture_width_mask, texture_height_mask;
     // The member's own, for near-flat triangles that it does not fill with a kernel.
     const void* hand_over;
+};
+
+struct Texel_Coordinates {
+    std::int32_t s, t;
 };
 
 struct Triangle_Strip;
@@ -107,6 +125,8 @@ struct Triangle_Strip {
     bool single_color;
     // Draws the almost uniform triangles of a Gouraud strip: flat, one colour a triangle.
     Strip_Kernel* near_flat;
+    // Of textured strips, one pair a point: texel coordinates in 16.16.
+    const Texel_Coordinates* coordinates;
 };
 
 // By position of the configuration; combinations that do not exist are null.

@@ -26,9 +26,13 @@ struct Ramp {
 
 // ---- colour sources
 
+inline std::uint32_t word_of_color(VT_RGB32 color) {
+    return std::uint32_t{color.blue} | std::uint32_t{color.green} << 8 | std::uint32_t{color.red} << 16 |
+           std::uint32_t{color.alpha} << 24;
+}
+
 inline Int pixel_word(VT_RGB32 color) {
-    return splat(static_cast<std::int32_t>(std::uint32_t{color.blue} | std::uint32_t{color.green} << 8 |
-                                           std::uint32_t{color.red} << 16 | std::uint32_t{color.alpha} << 24));
+    return splat(static_cast<std::int32_t>(word_of_color(color)));
 }
 
 // One channel on its way to a palette index.
@@ -36,8 +40,8 @@ struct Dithered_Channel {
     Int cell;       // of the cube
     Int complement; // 65535 less the fraction: the least threshold that steps up to the next cell
 
-    static Dithered_Channel of(Int value, std::int32_t multiplier) {
-        const Int scaled = shift_left<8>(value * splat(multiplier));
+    static Dithered_Channel of(Int value, std::int32_t multiplier, std::int32_t bias) {
+        const Int scaled = shift_left<8>(value * splat(multiplier)) | splat(bias);
         return {shift_right<16>(scaled) & splat(0xFF), splat(0xFFFF) - (scaled & splat(0xFFFF))};
     }
     Int step_up(Int thresholds, std::int32_t stride) const { return where(less_or_equal(complement, thresholds), splat(stride)); }
@@ -47,10 +51,12 @@ struct Dithered_Color {
     Dithered_Channel red, green, blue;
     Int index; // of the cell
 
-    static Dithered_Color of(const Dither& dither, Int red, Int green, Int blue) {
-        Dithered_Color color{Dithered_Channel::of(red, dither.red_multiplier),
-                             Dithered_Channel::of(green, dither.green_multiplier),
-                             Dithered_Channel::of(blue, dither.blue_multiplier), splat(dither.base)};
+    static Dithered_Color of(const Triangle_Target& target, Int red, Int green, Int blue) {
+        const Dither& dither = *target.dither;
+        const std::int32_t bias = target.dither_bias;
+        Dithered_Color color{Dithered_Channel::of(red, dither.red_multiplier, bias),
+                             Dithered_Channel::of(green, dither.green_multiplier, bias),
+                             Dithered_Channel::of(blue, dither.blue_multiplier, bias), splat(dither.base)};
         // The cell of blue counts once, whatever the cube's blue stride.
         color.index = color.index + color.red.cell * splat(dither.red_stride) + color.green.cell * splat(dither.green_stride) +
                       color.blue.cell;
@@ -73,12 +79,13 @@ struct Flat_Source {
     Flat_Source(const Triangle_Target& target, Pixel_Format format, VT_RGB32 color)
         : pixels(pixel_word(color)), alphas(splat(color.alpha)) {
         if (format == Pixel_Format::index8) {
-            dithered = Dithered_Color::of(*target.dither, splat(color.red), splat(color.green), splat(color.blue));
+            dithered = Dithered_Color::of(target, splat(color.red), splat(color.green), splat(color.blue));
         }
     }
+    template <class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
     Int pixel_lanes() const { return pixels; }
     Int alpha_lanes() const { return alphas; }
-    Int index_lanes(const Dither& dither, Int thresholds) const { return dithered.indices(dither, thresholds); }
+    Int index_lanes(const Triangle_Target& target, Int thresholds) const { return dithered.indices(*target.dither, thresholds); }
     void skip(std::int32_t) {}
     void advance_group(Int) {}
 };
@@ -91,14 +98,15 @@ struct Gouraud_Source {
     Gouraud_Source(Attributes<8> start, Attributes<8> step)
         : blue(Ramp::from(spread<4>(start), spread<4>(step))), green(Ramp::from(spread<5>(start), spread<5>(step))),
           red(Ramp::from(spread<6>(start), spread<6>(step))), alpha(Ramp::from(spread<7>(start), spread<7>(step))) {}
+    template <class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
     Int pixel_lanes() const {
         return shift_right<16>(blue.value) | (shift_right<8>(green.value) & splat(0xFF00)) | (red.value & splat(0xFF0000)) |
                splat(static_cast<std::int32_t>(0xFF000000));
     }
     Int alpha_lanes() const { return shift_right<16>(alpha.value); }
-    Int index_lanes(const Dither& dither, Int thresholds) const {
-        return Dithered_Color::of(dither, shift_right<16>(red.value), shift_right<16>(green.value), shift_right<16>(blue.value))
-            .indices(dither, thresholds);
+    Int index_lanes(const Triangle_Target& target, Int thresholds) const {
+        return Dithered_Color::of(target, shift_right<16>(red.value), shift_right<16>(green.value), shift_right<16>(blue.value))
+            .indices(*target.dither, thresholds);
     }
     void skip(std::int32_t pixels) {
         blue.skip(pixels);
@@ -111,6 +119,50 @@ struct Gouraud_Source {
         green.advance_group(lanes);
         red.advance_group(lanes);
         alpha.advance_group(lanes);
+    }
+};
+
+// Texels times a colour that moves along the span. Colours are held twice as large as their 16 bits, so that the half unit of a
+// two-pixel span's mean is not lost before the product.
+struct Texture_Source {
+    static constexpr bool moves = true;
+    Gouraud_Source color;
+    Ramp s, t;
+    const std::uint32_t* texels;
+    std::int32_t width_mask, height_mask;
+    Int pixels, alphas;
+
+    Texture_Source(const Triangle_Target& target, Attributes<8> start, Attributes<8> step, Attributes<8> doubled_start,
+                   Attributes<8> doubled_step)
+        : color(doubled_start, doubled_step), s(Ramp::from(spread<2>(start), spread<2>(step))),
+          t(Ramp::from(spread<3>(start), spread<3>(step))), texels(target.texels), width_mask(target.texture_width_mask),
+          height_mask(target.texture_height_mask), pixels(splat(0)), alphas(splat(0)) {}
+
+    // Pixels off the texture are not drawn; it does not repeat. The first texel row is the top one.
+    template <class Lanes> Active prepare(Lanes lanes) {
+        const Int column = shift_right<16>(s.value);
+        const Int row = shift_right<16>(t.value);
+        const Int outside = (column & splat(~width_mask)) | (row & splat(~height_mask));
+        const Int stored_row = splat(height_mask) - (row & splat(height_mask));
+        const Int texel = gather(texels, stored_row * splat(width_mask + 1) + (column & splat(width_mask)));
+        const auto modulated = [](Int byte, const Ramp& by) { return shift_right<17>(byte * by.value); };
+        pixels = modulated(texel & splat(0xFF), color.blue) |
+                 shift_left<8>(modulated(shift_right<8>(texel) & splat(0xFF), color.green)) |
+                 shift_left<16>(modulated(shift_right<16>(texel) & splat(0xFF), color.red));
+        alphas = modulated(shift_right<24>(texel), color.alpha);
+        return lanes & equal(outside, splat(0));
+    }
+    Int pixel_lanes() const { return pixels; }
+    Int alpha_lanes() const { return alphas; }
+    void skip(std::int32_t count) {
+        color.skip(count);
+        s.skip(count);
+        t.skip(count);
+    }
+    void advance_group(Int lanes) {
+        color.advance_group(lanes);
+        s.advance_group(lanes);
+        t.advance_group(lanes);
     }
 };
 
@@ -204,6 +256,35 @@ inline std::uint32_t pattern_bits(const Face_Pattern& pattern, std::int32_t colu
     return pattern.inverted ? ~bits : bits;
 }
 
+struct Reversed_Bytes {
+    std::uint8_t of[256];
+};
+
+constexpr Reversed_Bytes reversed_bytes() {
+    Reversed_Bytes bytes{};
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        for (unsigned bit = 0; bit < 8; ++bit) {
+            if ((byte & 1U << bit) != 0) {
+                bytes.of[byte] = static_cast<std::uint8_t>(bytes.of[byte] | 0x80U >> bit);
+            }
+        }
+    }
+    return bytes;
+}
+
+constexpr Reversed_Bytes reversed = reversed_bytes();
+constexpr std::uint32_t all_bits = (1U << lane_count) - 1;
+
+// Bit i: whether the mask leaves the pixel i columns on.
+inline std::uint32_t mask_bits(const std::uint8_t* mask_row, std::int32_t column) {
+    const std::uint8_t* bytes = mask_row + (column >> 3);
+    std::uint32_t clipped = std::uint32_t{reversed.of[bytes[0]]} | std::uint32_t{reversed.of[bytes[1]]} << 8;
+    if constexpr (lane_count > 8) {
+        clipped |= std::uint32_t{reversed.of[bytes[2]]} << 16;
+    }
+    return ~(clipped >> (column & 7));
+}
+
 // ---- spans
 
 // What is left of a span that does not fill all lanes.
@@ -294,35 +375,55 @@ private:
     }
 
     template <class Lanes> void draw_group(std::int32_t column, Lanes lanes) {
-        if constexpr (c.clip == Clip_Rule::patterned) {
-            const std::uint32_t bits = pattern_bits(*target.pattern, column, row);
-            draw_drawable(column, lanes & lanes_of_bits(gaps ? ~bits : bits));
-        } else {
+        if constexpr (c.clip == Clip_Rule::open) {
             draw_drawable(column, lanes);
+        } else {
+            std::uint32_t bits = all_bits;
+            if constexpr (c.clip == Clip_Rule::patterned) {
+                bits = pattern_bits(*target.pattern, column, row);
+                bits = gaps ? ~bits : bits;
+                if (target.mask_rows) {
+                    bits &= mask_bits(target.mask_rows[row], column);
+                }
+            } else {
+                bits = mask_bits(target.mask_rows[row], column);
+                // Most groups lie wholly inside or outside the region.
+                if ((bits & all_bits) == all_bits) {
+                    draw_drawable(column, lanes);
+                    return;
+                }
+            }
+            if ((bits & all_bits) != 0) {
+                draw_drawable(column, lanes & lanes_of_bits(bits));
+            }
         }
     }
 
     template <class Lanes> void draw_drawable(std::int32_t column, Lanes lanes) {
-        // Gouraud pixels of alpha 0 are not there at all, depth included.
-        constexpr bool vanishes = c.shading == Shading::gouraud && c.pixel == Pixel_Rule::blend;
         if constexpr (Depth::reads) {
             std::uint8_t* at = depth_row + std::int64_t{2} * column;
             const Int depths = shift_right<15>(depth.value) & splat(0xFFFF);
-            Active passed = Depth::pass(target, lanes, depths, load_depths(at, lanes));
-            if constexpr (vanishes) {
-                passed = without(passed, equal(source.alpha_lanes(), splat(0)));
-            }
+            const Active passed = Depth::pass(target, lanes, depths, load_depths(at, lanes));
             if (none(passed)) {
                 return;
             }
+            const Active visible = visible_lanes(passed);
             if (Depth::writes(target)) {
-                store_depths(at, depths, passed);
+                store_depths(at, depths, visible);
             }
-            write(column, passed);
-        } else if constexpr (vanishes) {
-            write(column, without(lanes & first_lanes(lane_count), equal(source.alpha_lanes(), splat(0))));
+            write(column, visible);
         } else {
-            write(column, lanes);
+            write(column, visible_lanes(lanes));
+        }
+    }
+
+    // Gouraud pixels and texels of alpha 0 are not there at all, depth included.
+    template <class Lanes> auto visible_lanes(Lanes lanes) {
+        const auto prepared = source.prepare(lanes);
+        if constexpr (!is_flat(c) && c.pixel == Pixel_Rule::blend) {
+            return without(prepared & first_lanes(lane_count), equal(source.alpha_lanes(), splat(0)));
+        } else {
+            return prepared;
         }
     }
 
@@ -336,14 +437,23 @@ private:
                 store_pixels(at, pixels, lanes);
             }
         } else {
-            const std::int32_t* thresholds = target.dither->thresholds[row & 7] + (reinterpret_cast<std::uintptr_t>(at) & 7);
-            const Int indices = source.index_lanes(*target.dither, load_ints(thresholds));
-            if constexpr (c.pixel == Pixel_Rule::merge) {
-                merge_indices(at, indices, lanes & first_lanes(lane_count));
+            const Int thresholds = load_ints(target.dither->thresholds[row & 7] + (reinterpret_cast<std::uintptr_t>(at) & 7));
+            if constexpr (c.pixel == Pixel_Rule::blend) {
+                const Int stored = gather(target.palette, load_indices(at, lanes));
+                const Int pixels = Blend::combine(target, source.pixel_lanes(), source.alpha_lanes(), stored);
+                store_indices(at, indices_of(pixels, thresholds), lanes);
+            } else if constexpr (c.pixel == Pixel_Rule::merge) {
+                merge_indices(at, source.index_lanes(target, thresholds), lanes & first_lanes(lane_count));
             } else {
-                store_indices(at, indices, lanes);
+                store_indices(at, source.index_lanes(target, thresholds), lanes);
             }
         }
+    }
+
+    Int indices_of(Int pixels, Int thresholds) const {
+        const Int byte = splat(0xFF);
+        return Dithered_Color::of(target, shift_right<16>(pixels) & byte, shift_right<8>(pixels) & byte, pixels & byte)
+            .indices(*target.dither, thresholds);
     }
 
     // Index by index: the outcome is a search in the palette.
@@ -363,20 +473,45 @@ template <int size> struct Vertex {
     Attributes<size> values;
 };
 
-template <int size> struct Edge {
-    Attributes<size> value;
-    Attributes<size> step;
+// How a difference is divided by a row or pixel count: by 1, 2, 4 and 8 as a smaller shift.
+struct Division {
+    std::int32_t dropped_bits;
+    std::int32_t divisor;
 
-    // rows is above 0. Division by 1, 2, 4 and 8 is a smaller shift.
-    static Edge between(const Vertex<size>& from, const Vertex<size>& to, std::int32_t rows) {
-        const std::int32_t small = rows <= 8 ? rows : 0;
-        return {to_fixed(from.values) + half_units<size>(),
-                quotient(to_fixed(to.values - from.values, dropped_bits[small]), small ? divisors[small] : rows)};
+    static Division by(std::int32_t count) {
+        const std::int32_t small = count <= 8 ? count : 0;
+        return {dropped[small], small ? divisors[small] : count};
     }
 
 private:
-    static constexpr std::int32_t dropped_bits[9] = {0, 0, 1, 0, 2, 0, 0, 0, 3};
+    static constexpr std::int32_t dropped[9] = {0, 0, 1, 0, 2, 0, 0, 0, 3};
     static constexpr std::int32_t divisors[9] = {0, 1, 1, 3, 1, 5, 6, 7, 1};
+};
+
+template <int size> struct Edge {
+    Attributes<size> value;
+    Attributes<size> step;
+};
+
+// Attributes that are whole numbers at the vertices. rows is above 0.
+struct Whole_Attributes {
+    template <int size> static Edge<size> edge(const Vertex<size>& from, const Vertex<size>& to, std::int32_t rows) {
+        const Division division = Division::by(rows);
+        return {to_fixed(from.values) + half_units<size>(),
+                quotient(to_fixed(to.values - from.values, division.dropped_bits), division.divisor)};
+    }
+};
+
+// Attributes that, but for x and z, are fixed point already: no half unit is added, and the smaller shifts round down.
+struct Texture_Attributes {
+    static Edge<8> edge(const Vertex<8>& from, const Vertex<8>& to, std::int32_t rows) {
+        const Division division = Division::by(rows);
+        const Attributes<8> difference = to.values - from.values;
+        return {with_positions(to_fixed(from.values) + half_units<8>(), from.values),
+                quotient(
+                    with_positions(to_fixed(difference, division.dropped_bits), shifted_right(difference, division.dropped_bits)),
+                    division.divisor)};
+    }
 };
 
 // Fills rows first to end of the half triangle between two edges, moving both.
@@ -421,7 +556,7 @@ void fill_half(const Triangle_Target& target, Filler& filler, std::int32_t row, 
 }
 
 // Orders the vertices by row, of equal rows the earlier one first, and fills both halves.
-template <int size, class Filler>
+template <class Kind, int size, class Filler>
 void fill_triangle(const Triangle_Target& target, Filler& filler, const Vertex<size> (&vertices)[3]) {
     // By y0 <= y1, y1 <= y2 and y0 <= y2 in bits 0 to 2. Two of the eight cannot happen.
     static constexpr std::uint8_t orders[8][3] = {{2, 1, 0}, {2, 0, 1}, {1, 2, 0}, {0, 1, 2},
@@ -435,13 +570,13 @@ void fill_triangle(const Triangle_Target& target, Filler& filler, const Vertex<s
     if (height < 1) {
         return;
     }
-    Edge<size> long_edge = Edge<size>::between(top, bottom, height);
+    Edge<size> long_edge = Kind::edge(top, bottom, height);
     if (const std::int32_t rows = middle.y - top.y; rows > 0) {
-        const Edge<size> short_edge = Edge<size>::between(top, middle, rows);
+        const Edge<size> short_edge = Kind::edge(top, middle, rows);
         fill_half(target, filler, top.y, rows, long_edge, short_edge, x_of(short_edge.step) > x_of(long_edge.step));
     }
     if (const std::int32_t rows = bottom.y - middle.y; rows > 0) {
-        const Edge<size> short_edge = Edge<size>::between(middle, bottom, rows);
+        const Edge<size> short_edge = Kind::edge(middle, bottom, rows);
         fill_half(target, filler, middle.y, rows, long_edge, short_edge, x_of(short_edge.value) >= x_of(long_edge.value));
     }
 }
@@ -458,6 +593,24 @@ template <int size> struct Span_Values {
         start = to_fixed(from) + half_units<size>();
         step = select(count == 2, to_fixed(mean_of_edges(left, right) - from),
                       quotient(to_fixed(integer_parts(right) - from), count));
+    }
+};
+
+// The same for a textured span. Colours come doubled as well.
+struct Texture_Span_Values {
+    Attributes<8> start, step, doubled_start, doubled_step;
+
+    Texture_Span_Values(Attributes<8> left, Attributes<8> right, std::int32_t count) {
+        const Attributes<8> from = integer_parts(left);
+        const Attributes<8> difference = right - left;
+        const Division division = Division::by(count);
+        start = with_positions(to_fixed(from) + half_units<8>(), left);
+        step = quotient(with_positions(to_fixed(integer_parts(right) - from, division.dropped_bits),
+                                       shifted_right(difference, division.dropped_bits)),
+                        division.divisor);
+        step = select(count == 2, with_positions(to_fixed(mean_of_edges(left, right) - from), step), step);
+        doubled_start = start + start;
+        doubled_step = select(count == 2, difference, step + step);
     }
 };
 
@@ -485,6 +638,11 @@ template <Triangle_Configuration c, int size> struct Filler {
         }
         if constexpr (is_flat(c) && c.depth == Depth_Rule::none) {
             draw(row, column, skipped, drawn, flat, Ramp{splat(0), splat(0)});
+        } else if constexpr (c.shading == Shading::textured) {
+            const Texture_Span_Values values(left, right, count);
+            draw(row, column, skipped, drawn,
+                 Texture_Source(target, values.start, values.step, values.doubled_start, values.doubled_step),
+                 Ramp::from(spread<1>(values.start), spread<1>(values.step)));
         } else {
             const Span_Values<size> values(left, right, count);
             const Ramp depth = Ramp::from(spread<1>(values.start), spread<1>(values.step));
@@ -527,9 +685,7 @@ inline Vertex<4> vertex_of(const Triangle_Target& target, const VT_DCI_Point& po
 }
 
 inline Vertex<8> vertex_of(const Triangle_Target& target, const VT_DCI_Point& point, VT_RGB32 color) {
-    return {point.y - target.origin_y, attributes_of(point.x - target.origin_x, point.z,
-                                                     std::uint32_t{color.blue} | std::uint32_t{color.green} << 8 |
-                                                         std::uint32_t{color.red} << 16 | std::uint32_t{color.alpha} << 24)};
+    return {point.y - target.origin_y, attributes_of(point.x - target.origin_x, point.z, word_of_color(color))};
 }
 
 template <Triangle_Configuration c> void draw_flat_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
@@ -540,7 +696,7 @@ template <Triangle_Configuration c> void draw_flat_strip(const Triangle_Target& 
         if (k > 0 && !strip.single_color) {
             filler.set_color(strip.colors[k]);
         }
-        fill_triangle(target, filler, vertices);
+        fill_triangle<Whole_Attributes>(target, filler, vertices);
         vertices[0] = vertices[1];
         vertices[1] = vertices[2];
     }
@@ -556,7 +712,8 @@ template <Triangle_Configuration c> void draw_gouraud_strip(const Triangle_Targe
     std::int32_t pending = 0; // near-flat triangles that wait, up to triangle k
     const auto draw_pending = [&](std::int32_t k) {
         if (pending > 0) {
-            strip.near_flat(target, {pending + 2, strip.points + (k - pending), strip.colors + (k - pending), false, nullptr});
+            strip.near_flat(target,
+                            {pending + 2, strip.points + (k - pending), strip.colors + (k - pending), false, nullptr, nullptr});
             pending = 0;
         }
     };
@@ -564,7 +721,7 @@ template <Triangle_Configuration c> void draw_gouraud_strip(const Triangle_Targe
         vertices[2] = vertex_of(target, strip.points[k + 2], strip.colors[k + 2]);
         if (colors_differ(vertices[0].values, vertices[1].values, vertices[2].values, near_flat_limit)) {
             draw_pending(k);
-            fill_triangle(target, filler, vertices);
+            fill_triangle<Whole_Attributes>(target, filler, vertices);
         } else {
             ++pending;
         }
@@ -574,14 +731,33 @@ template <Triangle_Configuration c> void draw_gouraud_strip(const Triangle_Targe
     draw_pending(strip.count - 2);
 }
 
+template <Triangle_Configuration c> void draw_textured_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
+    Filler<c, 8> filler(target, strip.colors[0]);
+    const auto vertex = [&](std::int32_t k) {
+        const VT_DCI_Point& point = strip.points[k];
+        return Vertex<8>{point.y - target.origin_y,
+                         textured_attributes_of(point.x - target.origin_x, point.z, strip.coordinates[k].s,
+                                                strip.coordinates[k].t, word_of_color(strip.colors[k]))};
+    };
+    Vertex<8> vertices[3] = {vertex(0), vertex(1)};
+    for (std::int32_t k = 0; k < strip.count - 2; ++k) {
+        vertices[2] = vertex(k + 2);
+        fill_triangle<Texture_Attributes>(target, filler, vertices);
+        vertices[0] = vertices[1];
+        vertices[1] = vertices[2];
+    }
+}
+
 template <int position> constexpr Strip_Kernel* kernel_at() {
     constexpr Triangle_Configuration c = Triangle_Configuration::at(position);
     if constexpr (!c.valid()) {
         return nullptr;
     } else if constexpr (is_flat(c)) {
         return &draw_flat_strip<c>;
-    } else {
+    } else if constexpr (c.shading == Shading::gouraud) {
         return &draw_gouraud_strip<c>;
+    } else {
+        return &draw_textured_strip<c>;
     }
 }
 

@@ -17,8 +17,7 @@ constexpr std::uint32_t repeated_row(std::uint8_t row) noexcept {
     return bits * 0x01010101U;
 }
 
-} // namespace
-
+// Cells, gaps and contrast colour of a face's pattern. Without a bitmap of its own the bitmap pattern has no cells.
 Face_Pattern pattern_of(const VT_Face_Attributes& face) noexcept {
     Face_Pattern pattern{};
     if (face.pattern == face_pattern::bitmap) {
@@ -38,16 +37,25 @@ Face_Pattern pattern_of(const VT_Face_Attributes& face) noexcept {
     return pattern;
 }
 
-Depth_Rule depth_rule_of(Case c, const Software_Z_Buffer& renderer) noexcept {
+bool is_solid(const VT_Face_Attributes& face) noexcept {
+    return face.pattern == face_pattern::solid && !(face.flags & face_flag::inverted_pattern);
+}
+
+// Members that look at the renderer's test mode: the opaque 32-bit ones, and all textured 32-bit ones.
+bool follows_test_mode(Case c, Shading shading) noexcept {
+    return c == Case::depth_rgb32 || (c == Case::depth_rgb32_alpha && shading == Shading::textured);
+}
+
+// Only 32-bit members look at the write flag. The default mode with writing on is the fixed rule.
+Depth_Rule depth_rule_of(Case c, Shading shading, const Software_Z_Buffer& renderer) noexcept {
     if (!has_depth(c)) {
         return Depth_Rule::none;
     }
-    const bool other_test = c == Case::depth_rgb32 && (renderer.z_test == 1 || renderer.z_test == 5);
-    const bool fixed = is_index8(c) || (renderer.z_write && !other_test);
-    return fixed ? Depth_Rule::less_or_equal : Depth_Rule::by_mode;
+    const bool other_test = follows_test_mode(c, shading) && (renderer.z_test == 1 || renderer.z_test == 5);
+    return is_index8(c) || (renderer.z_write && !other_test) ? Depth_Rule::less_or_equal : Depth_Rule::by_mode;
 }
 
-Triangle_Target target_of(Case c, const Software_Z_Buffer& renderer, const Face_Pattern* pattern) noexcept {
+Triangle_Target target_of(Case c, Shading shading, const Software_Z_Buffer& renderer) noexcept {
     Triangle_Target target{};
     target.color_rows = renderer.color_buffer->rows;
     target.depth_rows = has_depth(c) ? renderer.depth_buffer->rows : nullptr;
@@ -56,7 +64,7 @@ Triangle_Target target_of(Case c, const Software_Z_Buffer& renderer, const Face_
     target.origin_y = renderer.window_origin.y;
     target.end_column = renderer.window_size.x;
     target.end_row = renderer.window_size.y;
-    const bool by_mode = c == Case::depth_rgb32;
+    const bool by_mode = follows_test_mode(c, shading);
     target.depth_bias = by_mode && renderer.z_test == 1 ? -1 : 0;
     target.depth_inverted = by_mode && renderer.z_test == 5;
     target.depth_written = renderer.z_write != 0;
@@ -67,8 +75,48 @@ Triangle_Target target_of(Case c, const Software_Z_Buffer& renderer, const Face_
     };
     target.renderer = &renderer;
     target.dither = &renderer.dither;
-    target.pattern = pattern;
+    target.palette = renderer.palette_words;
     return target;
+}
+
+} // namespace
+
+Triangle_Call::Triangle_Call(Case c, Software_Z_Buffer& renderer, const VT_Rendition& rendition, Shading shading,
+                             Pixel_Rule pixel, bool consults_mask)
+    : target(target_of(c, shading, renderer)), kernels_(renderer.kernels) {
+    if (consults_mask && find_mask(renderer, rendition)) {
+        target.mask_rows = renderer.mask_cache->newest->rows();
+    }
+    Clip_Rule clip = target.mask_rows ? Clip_Rule::masked : Clip_Rule::open;
+    if (!is_solid(rendition.face)) {
+        clip = Clip_Rule::patterned;
+        pattern_ = pattern_of(rendition.face);
+        target.pattern = &pattern_;
+    }
+    configuration_ = {shading, is_index8(c) ? Pixel_Format::index8 : Pixel_Format::rgb32, depth_rule_of(c, shading, renderer),
+                      pixel, clip};
+    kernel_ = kernel(shading, pixel);
+}
+
+Strip_Kernel* Triangle_Call::kernel(Shading shading, Pixel_Rule pixel) const noexcept {
+    Triangle_Configuration configuration = configuration_;
+    configuration.shading = shading;
+    configuration.pixel = pixel;
+    return (*kernels_->triangles)[configuration];
+}
+
+Flat_Face flat_face(Case c, const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {
+    const bool merges = renderer.merges(rendition.face.mode);
+    const bool translucent = (rendition.face.flags & face_flag::translucent) != 0;
+    Flat_Face face{rendition.face.color, colorized_pixel_rule(c, renderer, rendition)};
+    if (c == Case::index8) {
+        face.pixel = merges ? Pixel_Rule::merge : Pixel_Rule::store;
+    } else if (c == Case::rgb32 && (translucent || merges)) {
+        // Drawn as the alpha member draws it; a face that only merges is opaque.
+        face.pixel = merges ? Pixel_Rule::merge : Pixel_Rule::blend;
+        face.color.alpha = translucent ? face.color.alpha : 255;
+    }
+    return face;
 }
 
 Scratch<VT_DCI_Point> rounded_points(std::int32_t count, const VT_Point* points) {

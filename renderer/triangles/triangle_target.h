@@ -13,25 +13,44 @@ inline bool drawn_by_renderer(const VT_Face_Attributes& face) noexcept {
     return !(face.flags & face_flag::special_shading) && face.pattern <= face_pattern::last_drawn_by_renderers;
 }
 
-inline bool is_solid(const VT_Face_Attributes& face) noexcept {
-    return face.pattern == face_pattern::solid && !(face.flags & face_flag::inverted_pattern);
+// One call's drawing: its kernels, and all that they read. Stays where it is made, since the kernels' target points into it.
+class Triangle_Call {
+public:
+    Triangle_Call(Case c, Software_Z_Buffer& renderer, const VT_Rendition& rendition, Shading shading, Pixel_Rule pixel,
+                  bool consults_mask = true);
+    Triangle_Call(const Triangle_Call&) = delete;
+    Triangle_Call& operator=(const Triangle_Call&) = delete;
+
+    // The kernel of the same case and clip for another shading and pixel rule.
+    Strip_Kernel* kernel(Shading shading, Pixel_Rule pixel) const noexcept;
+    void draw(const Triangle_Strip& strip) const { kernel_(target, strip); }
+
+    Triangle_Target target;
+
+private:
+    const Kernel_Set* kernels_;
+    Triangle_Configuration configuration_;
+    Face_Pattern pattern_;
+    Strip_Kernel* kernel_;
+};
+
+// How the colorized member of a case combines its colour with a pixel: only the alpha member without depth merges.
+inline Pixel_Rule colorized_pixel_rule(Case c, const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {
+    if (c == Case::rgb32_alpha && renderer.merges(rendition.face.mode)) {
+        return Pixel_Rule::merge;
+    }
+    return is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store;
 }
 
-// Cells, gaps and contrast colour of a face's pattern. Without a bitmap of its own the bitmap pattern has no cells.
-Face_Pattern pattern_of(const VT_Face_Attributes& face) noexcept;
+// Colour and pixel rule of a flat face.
+struct Flat_Face {
+    VT_RGB32 color;
+    Pixel_Rule pixel;
+};
 
-// The depth rule of a case, as the renderer's switches have it now. Only the opaque 32-bit members look at the test mode, and
-// only 32-bit members at the write flag; the default mode with writing on is the fixed rule.
-Depth_Rule depth_rule_of(Case c, const Software_Z_Buffer& renderer) noexcept;
+Flat_Face flat_face(Case c, const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept;
 
-// Buffers, origin and combine colours of the renderer; pattern may be null for solid faces.
-Triangle_Target target_of(Case c, const Software_Z_Buffer& renderer, const Face_Pattern* pattern) noexcept;
-
-// Device points from floats.
+// Device points from floats, rounded to whole pixels.
 Scratch<VT_DCI_Point> rounded_points(std::int32_t count, const VT_Point* points);
-
-constexpr Pixel_Format pixel_format_of(Case c) noexcept {
-    return is_index8(c) ? Pixel_Format::index8 : Pixel_Format::rgb32;
-}
 
 } // namespace krb

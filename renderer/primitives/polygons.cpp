@@ -1,0 +1,156 @@
+// Members of the polygon slots.
+#include "renderer/primitives/polygons.h"
+
+#include "renderer/core/scratch.h"
+#include "renderer/core/software_z_buffer.h"
+#include "renderer/host/contour.h"
+
+namespace krb {
+
+namespace {
+
+constexpr std::int32_t longest_fan = 64;
+constexpr VT_Vector view_direction{0, 0, 1};
+
+// The slots that a kind of polygon draws through, as they are installed when it is drawn.
+template <class Point> struct Triangle_Slots {
+    Action_Slot<VT_Draw_Points<Point>> Action_Table::*plain;
+    Action_Slot<VT_Draw_Colorized<Point>> Action_Table::*colorized;
+};
+
+constexpr Triangle_Slots<VT_Point> slots_2d{&Action_Table::draw_2d_polytriangle, &Action_Table::draw_2d_colorized_polytriangle};
+constexpr Triangle_Slots<VT_Point> slots_dc{&Action_Table::draw_dc_polytriangle, &Action_Table::draw_dc_colorized_polytriangle};
+constexpr Triangle_Slots<VT_DCI_Point> slots_2di{&Action_Table::draw_2di_polytriangle,
+                                                 &Action_Table::draw_2di_colorized_polytriangle};
+constexpr Triangle_Slots<VT_DCI_Point> slots_dci{&Action_Table::draw_dci_polytriangle,
+                                                 &Action_Table::draw_dci_colorized_polytriangle};
+
+struct Polygon_Call {
+    VT_Renderer_Data& renderer;
+    const VT_Rendition& rendition;
+    const VT_RGB32* color; // null = the rendition's
+};
+
+template <class Point>
+void draw_strip(const Polygon_Call& call, const Triangle_Slots<Point>& slots, std::int32_t count, const Point* points) {
+    if (call.color) {
+        const auto& slot = call.renderer.actions.*slots.colorized;
+        slot.function(*slot.owner, call.rendition, count, points, call.color, true);
+    } else {
+        const auto& slot = call.renderer.actions.*slots.plain;
+        slot.function(*slot.owner, call.rendition, count, points);
+    }
+}
+
+// Alternately from the front and from the back: p0, p1, p(n-1), p2, ...
+void draw_fan(const Polygon_Call& call, const Triangle_Slots<VT_Point>& slots, std::int32_t count, const VT_Point* points) {
+    VT_Point strip[static_cast<std::size_t>(longest_fan)];
+    for (std::int32_t i = 0; i < count; ++i) {
+        strip[i] = points[i == 0 ? 0 : i % 2 == 1 ? (i + 1) / 2 : count - i / 2];
+    }
+    draw_strip(call, slots, count, strip);
+}
+
+void draw_triangulated(const Polygon_Call& call, const Triangle_Slots<VT_Point>& slots, std::int32_t count,
+                       const VT_Point* points) {
+    struct Context {
+        const Polygon_Call& call;
+        const Triangle_Slots<VT_Point>& slots;
+    } context{call, slots};
+    VT_Reference<VT_Contour_Set> contours(new VT_Contour_Set(count, points, false));
+    make_unique(contours).force_projection(view_direction);
+    contours->triangulate(
+        [](void* of, const VT_Point* corners) {
+            const auto& to = *static_cast<const Context*>(of);
+            draw_strip(to.call, to.slots, 3, corners);
+        },
+        &context);
+}
+
+// While another operation overrides the face pattern, the rendition that polygons are drawn with has that pattern.
+VT_Reference<const VT_Rendition> overridden(const Software_Z_Buffer& renderer, const VT_Rendition& rendition) {
+    if (renderer.face_override == 0 || renderer.face_override == rendition.face.pattern) {
+        return &rendition;
+    }
+    VT_Reference<VT_Rendition> changed(static_cast<VT_Rendition*>(rendition.clone()));
+    changed->face.pattern = renderer.face_override;
+    return changed;
+}
+
+void draw_float_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_Point* points,
+                        const VT_RGB32* color, const Triangle_Slots<VT_Point>& slots) {
+    if (count < 3) {
+        return;
+    }
+    const VT_Reference<const VT_Rendition> used = overridden(renderer_of(data), rendition);
+    const Polygon_Call call{data, *used, color};
+    if (count == 3) {
+        draw_strip(call, slots, 3, points);
+    } else if (count <= longest_fan && VD_Rank_Polygon(count, points).kind == 0) {
+        draw_fan(call, slots, count, points);
+    } else {
+        draw_triangulated(call, slots, count, points);
+    }
+}
+
+void draw_integer_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
+                          const VT_RGB32* color, const Triangle_Slots<VT_DCI_Point>& slots,
+                          const Triangle_Slots<VT_Point>& float_slots) {
+    if (count < 3) {
+        return;
+    }
+    const Polygon_Call call{data, rendition, color};
+    if (count == 3) {
+        draw_strip(call, slots, 3, points);
+        return;
+    }
+    Scratch<VT_Point> floats(count);
+    for (std::int32_t i = 0; i < count; ++i) {
+        floats[i] = {static_cast<float>(points[i].x), static_cast<float>(points[i].y), static_cast<float>(points[i].z)};
+    }
+    draw_triangulated(call, float_slots, count, floats.data());
+}
+
+bool is_drawn_by_host(const VT_Rendition& rendition) noexcept {
+    return rendition.face.pattern > face_pattern::last_drawn_by_renderers;
+}
+
+} // namespace
+
+void draw_2d_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_Point* points,
+                     const VT_RGB32* color) {
+    if (is_drawn_by_host(rendition)) {
+        VD_Standard_Draw_2D_Polygon(data, rendition, count, points, color);
+    } else {
+        draw_float_polygon(data, rendition, count, points, color, slots_2d);
+    }
+}
+
+void draw_dc_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_Point* points,
+                     const VT_RGB32* color) {
+    if (is_drawn_by_host(rendition)) {
+        VD_Standard_Draw_DC_Polygon(data, rendition, count, points, color);
+    } else {
+        draw_float_polygon(data, rendition, count, points, color, slots_dc);
+    }
+}
+
+void draw_2di_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
+                      const VT_RGB32* color) {
+    if (is_drawn_by_host(rendition)) {
+        VD_Standard_Draw_2DI_Polygon(data, rendition, count, points, color);
+    } else {
+        draw_integer_polygon(data, rendition, count, points, color, slots_2di, slots_2d);
+    }
+}
+
+void draw_dci_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
+                      const VT_RGB32* color) {
+    if (is_drawn_by_host(rendition)) {
+        VD_Standard_Draw_DCI_Polygon(data, rendition, count, points, color);
+    } else {
+        draw_integer_polygon(data, rendition, count, points, color, slots_dci, slots_dc);
+    }
+}
+
+} // namespace krb

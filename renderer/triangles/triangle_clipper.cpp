@@ -1,0 +1,268 @@
+// Cuts one triangle against the clip rectangle.
+#include "renderer/triangles/triangle_clipper.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace krb {
+
+namespace {
+
+// Counter-clockwise with y upwards; corner k lies between side k and the next one.
+enum Side { bottom, right, top, left, side_count };
+
+struct Position {
+    double x, y;
+
+    friend bool operator==(const Position&, const Position&) = default;
+};
+
+struct Bounds {
+    double left, right, bottom, top;
+
+    Position corner(int k) const {
+        return {k == Side::bottom || k == Side::right ? right : left, k == Side::bottom || k == Side::left ? bottom : top};
+    }
+};
+
+// How an attribute changes across the triangle, per pixel along x and y. Value is the precision that it is kept in.
+template <class Value> struct Gradient { Value at_first, along_x, along_y; };
+
+// The plane through the triangle's corners, or for a triangle without area the slope along its edges.
+struct Plane {
+    double x0, y0, dx1, dy1, dx2, dy2, determinant;
+
+    explicit Plane(const Clip_Vertex (&triangle)[3])
+        : x0(triangle[0].point.x), y0(triangle[0].point.y), dx1(triangle[1].point.x - x0), dy1(triangle[1].point.y - y0),
+          dx2(triangle[2].point.x - x0), dy2(triangle[2].point.y - y0), determinant(dy2 * dx1 - dy1 * dx2) {}
+
+    template <class Value> Gradient<Value> gradient(Value a0, Value a1, Value a2) const {
+        const double da1 = double{a1} - double{a0};
+        const double da2 = double{a2} - double{a0};
+        if (determinant != 0) {
+            return {a0, static_cast<Value>((da1 * dy2 - da2 * dy1) / determinant),
+                    static_cast<Value>((da1 * dx2 - da2 * dx1) * (-1 / determinant))};
+        }
+        return {a0,
+                static_cast<Value>(dx1 != 0   ? da1 / dx1
+                                   : dx2 != 0 ? da2 / dx2
+                                              : 0),
+                static_cast<Value>(dy1 != 0   ? da1 / dy1
+                                   : dy2 != 0 ? da2 / dy2
+                                              : 0)};
+    }
+
+    template <class Value> double value_at(const Gradient<Value>& gradient, Position at) const {
+        return gradient.at_first + (at.x - x0) * gradient.along_x + (at.y - y0) * gradient.along_y;
+    }
+};
+
+std::int32_t rounded(double v) {
+    return static_cast<std::int32_t>(std::clamp(std::floor(v + 0.5), -2147483648.0, 2147483647.0));
+}
+
+std::uint8_t rounded_byte(double v) {
+    return static_cast<std::uint8_t>(std::clamp(std::floor(v + 0.5), 0.0, 255.0));
+}
+
+// Attribute values at any place of the triangle.
+class Interpolation {
+public:
+    explicit Interpolation(const Clip_Vertex (&triangle)[3])
+        : plane_(triangle), z_(plane_.gradient(z_of(triangle[0]), z_of(triangle[1]), z_of(triangle[2]))),
+          u_(plane_.gradient<float>(triangle[0].u, triangle[1].u, triangle[2].u)),
+          v_(plane_.gradient<float>(triangle[0].v, triangle[1].v, triangle[2].v)) {
+        const auto channel = [&](std::uint8_t VT_RGB32::*byte) {
+            return plane_.gradient<float>(triangle[0].color.*byte, triangle[1].color.*byte, triangle[2].color.*byte);
+        };
+        blue_ = channel(&VT_RGB32::blue);
+        green_ = channel(&VT_RGB32::green);
+        red_ = channel(&VT_RGB32::red);
+        alpha_ = channel(&VT_RGB32::alpha);
+    }
+
+    Clip_Vertex vertex_at(Position at) const {
+        return {{rounded(at.x), rounded(at.y), rounded(plane_.value_at(z_, at))},
+                {rounded_byte(plane_.value_at(blue_, at)), rounded_byte(plane_.value_at(green_, at)),
+                 rounded_byte(plane_.value_at(red_, at)), rounded_byte(plane_.value_at(alpha_, at))},
+                static_cast<float>(plane_.value_at(u_, at)),
+                static_cast<float>(plane_.value_at(v_, at))};
+    }
+
+    bool counter_clockwise() const { return plane_.determinant > 0; }
+
+private:
+    static double z_of(const Clip_Vertex& vertex) { return vertex.point.z; }
+
+    Plane plane_;
+    Gradient<double> z_;
+    Gradient<float> u_, v_, blue_{}, green_{}, red_{}, alpha_{};
+};
+
+// The part of an edge inside the bounds, as parameters along it, and the sides at which it enters and leaves.
+struct Visible_Edge {
+    double entering = 0, leaving = 1;
+    int entry_side = side_count, exit_side = side_count;
+    bool exists = true;
+
+    Visible_Edge(Position from, Position to, const Bounds& bounds) {
+        const double dx = to.x - from.x;
+        const double dy = to.y - from.y;
+        cut(-dy, from.y - bounds.bottom, Side::bottom);
+        cut(dx, bounds.right - from.x, Side::right);
+        cut(dy, bounds.top - from.y, Side::top);
+        cut(-dx, from.x - bounds.left, Side::left);
+        // The tolerance keeps edges that only touch a corner.
+        constexpr double tolerance = 1e-12F;
+        exists = exists && entering <= leaving + tolerance;
+    }
+
+private:
+    // speed: how fast the edge goes out of the side; distance: how far inside it starts.
+    void cut(double speed, double distance, int side) {
+        if (speed == 0) {
+            exists = exists && distance >= 0;
+        } else if (const double parameter = distance / speed; speed < 0) {
+            if (parameter > entering) {
+                entering = parameter;
+                entry_side = side;
+            }
+        } else if (parameter < leaving) {
+            leaving = parameter;
+            exit_side = side;
+        }
+    }
+};
+
+// The corners of the polygon in boundary order.
+class Boundary {
+public:
+    Boundary(const Bounds& bounds, const Interpolation& interpolation) : bounds_(bounds), interpolation_(interpolation) {}
+
+    void add(Position at, const Clip_Vertex& vertex) {
+        if (count_ > 0 && at == last_) {
+            return;
+        }
+        if (count_ < Clipped_Polygon::most_vertices) {
+            vertices_[count_] = vertex;
+        }
+        ++count_;
+        last_ = at;
+    }
+    void add(Position at) { add(at, interpolation_.vertex_at(at)); }
+
+    // The rectangle's corners on the way from one side to another, in the triangle's turning direction.
+    void add_corners(int from, int to) {
+        while (from != to) {
+            if (interpolation_.counter_clockwise()) {
+                add(bounds_.corner(from));
+                from = (from + 1) % side_count;
+            } else {
+                from = (from + side_count - 1) % side_count;
+                add(bounds_.corner(from));
+            }
+        }
+    }
+
+    int count() const { return count_; }
+    const Clip_Vertex& operator[](int i) const { return vertices_[i]; }
+
+private:
+    const Bounds& bounds_;
+    const Interpolation& interpolation_;
+    Clip_Vertex vertices_[Clipped_Polygon::most_vertices];
+    Position last_{};
+    int count_ = 0;
+};
+
+bool contains(const Position (&corners)[3], Position point) {
+    bool left_of = false;
+    bool right_of = false;
+    for (int i = 0; i < 3; ++i) {
+        const Position& a = corners[i];
+        const Position& b = corners[(i + 1) % 3];
+        const double cross = (b.x - a.x) * (point.y - a.y) - (b.y - a.y) * (point.x - a.x);
+        left_of = left_of || cross > 0;
+        right_of = right_of || cross < 0;
+    }
+    return left_of != right_of;
+}
+
+void put_in_strip_order(const Boundary& boundary, Clipped_Polygon& polygon) {
+    polygon.count = boundary.count();
+    for (int i = 0; i < polygon.count; ++i) {
+        // The first corner, then by turns from the front and from the back.
+        const Clip_Vertex& vertex = boundary[i == 0 ? 0 : i % 2 == 1 ? (i + 1) / 2 : polygon.count - i / 2];
+        polygon.points[i] = vertex.point;
+        polygon.colors[i] = vertex.color;
+        polygon.u[i] = vertex.u;
+        polygon.v[i] = vertex.v;
+    }
+}
+
+} // namespace
+
+std::int32_t clip_triangle_to_rectangle(const VT_Int_Rectangle& rectangle, const Clip_Vertex (&triangle)[3],
+                                        Clipped_Polygon& polygon) {
+    const Bounds bounds{double(rectangle.left), double(rectangle.right) + 1, double(rectangle.bottom), double(rectangle.top) + 1};
+    const Interpolation interpolation(triangle);
+    Boundary boundary(bounds, interpolation);
+    Position corners[3];
+    for (int i = 0; i < 3; ++i) {
+        corners[i] = {double(triangle[i].point.x), double(triangle[i].point.y)};
+    }
+
+    int first_entry = side_count;
+    int last_exit = side_count;
+    bool any = false;
+    for (int i = 0; i < 3; ++i) {
+        const Position from = corners[i];
+        const Position to = corners[(i + 1) % 3];
+        const Visible_Edge edge(from, to, bounds);
+        if (!edge.exists) {
+            continue;
+        }
+        any = true;
+        const auto at = [&](double parameter, int side) {
+            Position position{from.x + parameter * (to.x - from.x), from.y + parameter * (to.y - from.y)};
+            // Crossings lie on their side exactly.
+            if (side == Side::left || side == Side::right) {
+                position.x = side == Side::left ? bounds.left : bounds.right;
+            } else {
+                position.y = side == Side::bottom ? bounds.bottom : bounds.top;
+            }
+            return position;
+        };
+        if (edge.entry_side == side_count) {
+            boundary.add(from, triangle[i]);
+        } else {
+            if (last_exit != side_count) {
+                boundary.add_corners(last_exit, edge.entry_side);
+                last_exit = side_count;
+            } else if (first_entry == side_count) {
+                first_entry = edge.entry_side;
+            }
+            boundary.add(at(edge.entering, edge.entry_side));
+        }
+        if (edge.exit_side != side_count) {
+            boundary.add(at(edge.leaving, edge.exit_side));
+            last_exit = edge.exit_side;
+        }
+    }
+    if (last_exit != side_count && first_entry != side_count) {
+        boundary.add_corners(last_exit, first_entry);
+    }
+    if (!any && contains(corners, bounds.corner(0))) {
+        for (int k = 0; k < side_count; ++k) {
+            boundary.add(bounds.corner(interpolation.counter_clockwise() ? k : side_count - 1 - k));
+        }
+    }
+    if (boundary.count() < 3 || boundary.count() > Clipped_Polygon::most_vertices) {
+        polygon.count = 0;
+        return 0;
+    }
+    put_in_strip_order(boundary, polygon);
+    return polygon.count;
+}
+
+} // namespace krb
