@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# Fails when clang-format would change a source. usage: check-format.sh [CLANG-FORMAT [FILE...]]; without files, the whole tree.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+clang_format=${1:-clang-format}
+shift || true
+if [ $# -eq 0 ]; then
+    mapfile -t files < <(find renderer vorna app tests bench -name '*.h' -o -name '*.cpp' -o -name '*.inl' | sort)
+    set -- "${files[@]}"
+fi
+"$clang_format" --dry-run -Werror --style=file "$@"
+echo "$# files are formatted"

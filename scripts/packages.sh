@@ -1,0 +1,34 @@
+# Sourced by the scripts beside it.
+
+# Installs the Debian packages that are not there yet; says what to do when it may not.
+install_packages() {
+    local package missing=()
+    for package in "$@"; do
+        if [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" != installed ]; then
+            missing+=("$package")
+        fi
+    done
+    if [ ${#missing[@]} -eq 0 ]; then
+        return 0
+    fi
+    if [ "$(id -u)" -ne 0 ]; then
+        echo "$0: not root, install these packages first: ${missing[*]}" >&2
+        return 1
+    fi
+    echo "installing ${missing[*]}"
+    export DEBIAN_FRONTEND=noninteractive
+    apt-get -o DPkg::Lock::Timeout=300 update -qq
+    apt-get -o DPkg::Lock::Timeout=300 install -qq --yes --no-install-recommends "${missing[@]}" </dev/null >/dev/null
+}
+
+# What every build of the project needs.
+build_packages=(g++ cmake ninja-build libassimp-dev libcli11-dev libpng-dev nlohmann-json3-dev)
+
+# Developers who have ccache build faster.
+if command -v ccache >/dev/null; then
+    export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+fi
+
+step() {
+    printf '\n==== %s (%d s)\n' "$*" "$SECONDS"
+}
