@@ -5,6 +5,8 @@
 // pixel once. Values along edges are interpolated in fixed point from row to row, values along a span from the two edges' integer
 // parts. A value at pixel i is start + i * step whichever way it is reached, so lanes may start anywhere.
 
+#include <cstring>
+
 #include "renderer/triangles/triangle_kernels.h"
 
 namespace krb::KRB_KERNEL_SET {
@@ -273,7 +275,6 @@ constexpr Reversed_Bytes reversed_bytes() {
 }
 
 constexpr Reversed_Bytes reversed = reversed_bytes();
-constexpr std::uint32_t all_bits = (1U << lane_count) - 1;
 
 // Bit i: whether the mask leaves the pixel i columns on.
 inline std::uint32_t mask_bits(const std::uint8_t* mask_row, std::int32_t column) {
@@ -283,6 +284,26 @@ inline std::uint32_t mask_bits(const std::uint8_t* mask_row, std::int32_t column
         clipped |= std::uint32_t{reversed.of[bytes[2]]} << 16;
     }
     return ~(clipped >> (column & 7));
+}
+
+// How many of the pixels from the column on, up to count, lie in mask bytes that all have this value.
+inline std::int32_t stretch_of(const std::uint8_t* mask_row, std::int32_t column, std::int32_t count, std::uint8_t value) {
+    const std::uint8_t* const first = mask_row + (column >> 3);
+    const std::uint8_t* const end = mask_row + ((column + count + 7) >> 3);
+    const std::uint64_t word = value * UINT64_C(0x0101010101010101);
+    const std::uint8_t* byte = first;
+    for (; end - byte >= 8; byte += 8) {
+        std::uint64_t bytes;
+        std::memcpy(&bytes, byte, 8);
+        if (bytes != word) {
+            break;
+        }
+    }
+    while (byte < end && *byte == value) {
+        ++byte;
+    }
+    const std::int32_t pixels = static_cast<std::int32_t>(byte - first) * 8 - (column & 7);
+    return pixels < 0 ? 0 : pixels < count ? pixels : count;
 }
 
 // ---- spans
@@ -311,6 +332,9 @@ template <Triangle_Configuration c, class Source> struct Span {
     using Depth = typename Depth_Of<c.depth>::type;
     using Pixel = typename Pixel_Of<c.pixel>::type;
     static constexpr std::int32_t pixel_bytes = c.format == Pixel_Format::rgb32 ? 4 : 1;
+    // Nothing is read and nothing moves: the span is one value in every pixel.
+    static constexpr bool is_solid = is_flat(c) && !Depth::reads && c.pixel == Pixel_Rule::store &&
+                                     c.format == Pixel_Format::rgb32 && c.clip != Clip_Rule::patterned;
 
     const Triangle_Target& target;
     std::int32_t row;
@@ -321,25 +345,14 @@ template <Triangle_Configuration c, class Source> struct Span {
     bool gaps; // the pixels that the pattern leaves out
 
     void draw(std::int32_t column, std::int32_t count) {
-        if constexpr (is_flat(c) && !Depth::reads && c.pixel == Pixel_Rule::store && c.format == Pixel_Format::rgb32 &&
-                      c.clip == Clip_Rule::open) {
-            if (count >= lane_count) {
-                fill_solid(column, count);
-                return;
+        if constexpr (c.clip == Clip_Rule::open) {
+            draw_open(column, count);
+        } else if constexpr (c.clip == Clip_Rule::masked) {
+            draw_masked(column, count);
+        } else {
+            for (; count > 0; count -= lane_count, column += lane_count) {
+                draw_patterned_group(column, count);
             }
-        }
-        for (; count >= lane_count; count -= lane_count, column += lane_count) {
-            draw_group(column, All{});
-            if constexpr (Depth::reads || Source::moves) {
-                advance_group();
-            }
-        }
-        if (count > 0) {
-            const Tail tail = tail_of(column, count, target.width);
-            if constexpr (!masked_memory) {
-                skip(-tail.back);
-            }
-            draw_group(tail.column, tail.lanes);
         }
     }
 
@@ -351,7 +364,85 @@ template <Triangle_Configuration c, class Source> struct Span {
     }
 
 private:
-    // One value in every pixel: whole vectors at aligned addresses, and one at each end that may overlap them.
+    void draw_open(std::int32_t column, std::int32_t count) {
+        if constexpr (is_solid) {
+            if (count >= lane_count) {
+                fill_solid(column, count);
+                return;
+            }
+        }
+        const std::int32_t whole = count - count % lane_count;
+        draw_whole_groups(column, whole);
+        if (count > whole) {
+            const Tail tail = tail_of(column + whole, count - whole, target.width);
+            rewind(tail);
+            draw_drawable(tail.column, tail.lanes);
+        }
+    }
+
+    // Stretches inside the region are drawn as open ones, stretches outside skipped; only groups at its edge are looked at pixel
+    // by pixel.
+    void draw_masked(std::int32_t column, std::int32_t count) {
+        const std::uint8_t* mask_row = target.mask_rows[row];
+        while (count > 0) {
+            const std::int32_t open = stretch_of(mask_row, column, count, 0);
+            if (open == count) {
+                draw_open(column, count);
+                return;
+            }
+            std::int32_t done = open - open % lane_count;
+            if (done > 0) {
+                draw_whole_groups(column, done);
+            } else {
+                done = stretch_of(mask_row, column, count, 0xFF);
+                if (done > 0) {
+                    skip(done);
+                } else {
+                    done = lane_count;
+                    draw_selected_group(column, count, mask_bits(mask_row, column));
+                }
+            }
+            column += done;
+            count -= done;
+        }
+    }
+
+    void draw_patterned_group(std::int32_t column, std::int32_t count) {
+        std::uint32_t bits = pattern_bits(*target.pattern, column, row);
+        bits = gaps ? ~bits : bits;
+        if (target.mask_rows) {
+            bits &= mask_bits(target.mask_rows[row], column);
+        }
+        draw_selected_group(column, count, bits);
+    }
+
+    // Draws the pixels of the next group whose bits are set; bit 0 is the first one's.
+    void draw_selected_group(std::int32_t column, std::int32_t count, std::uint32_t bits) {
+        if (count >= lane_count) {
+            draw_drawable(column, lanes_of_bits(bits));
+            advance_group();
+        } else {
+            const Tail tail = tail_of(column, count, target.width);
+            rewind(tail);
+            draw_drawable(tail.column, tail.lanes & lanes_of_bits(bits << tail.back));
+        }
+    }
+
+    // count is a multiple of lane_count.
+    void draw_whole_groups(std::int32_t column, std::int32_t count) {
+        if constexpr (is_solid) {
+            if (count > 0) {
+                fill_solid(column, count);
+            }
+        } else {
+            for (; count > 0; count -= lane_count, column += lane_count) {
+                draw_drawable(column, All{});
+                advance_group();
+            }
+        }
+    }
+
+    // count is at least lane_count: whole vectors at aligned addresses, and one at each end that may overlap them.
     void fill_solid(std::int32_t column, std::int32_t count) {
         constexpr std::int64_t vector_bytes = std::int64_t{lane_count} * pixel_bytes;
         std::uint8_t* at = color_row + std::int64_t{pixel_bytes} * column;
@@ -367,35 +458,19 @@ private:
     }
 
     void advance_group() {
-        const Int lanes = splat(lane_count);
-        source.advance_group(lanes);
-        if constexpr (Depth::reads) {
-            depth.advance_group(lanes);
+        if constexpr (Depth::reads || Source::moves) {
+            const Int lanes = splat(lane_count);
+            source.advance_group(lanes);
+            if constexpr (Depth::reads) {
+                depth.advance_group(lanes);
+            }
         }
     }
 
-    template <class Lanes> void draw_group(std::int32_t column, Lanes lanes) {
-        if constexpr (c.clip == Clip_Rule::open) {
-            draw_drawable(column, lanes);
-        } else {
-            std::uint32_t bits = all_bits;
-            if constexpr (c.clip == Clip_Rule::patterned) {
-                bits = pattern_bits(*target.pattern, column, row);
-                bits = gaps ? ~bits : bits;
-                if (target.mask_rows) {
-                    bits &= mask_bits(target.mask_rows[row], column);
-                }
-            } else {
-                bits = mask_bits(target.mask_rows[row], column);
-                // Most groups lie wholly inside or outside the region.
-                if ((bits & all_bits) == all_bits) {
-                    draw_drawable(column, lanes);
-                    return;
-                }
-            }
-            if ((bits & all_bits) != 0) {
-                draw_drawable(column, lanes & lanes_of_bits(bits));
-            }
+    // Back to where lane 0 of a short group lies.
+    void rewind(const Tail& tail) {
+        if constexpr (!masked_memory) {
+            skip(-tail.back);
         }
     }
 
