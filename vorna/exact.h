@@ -1,7 +1,10 @@
 // Comparisons of products without rounding: what decides on which side of an edge a point lies.
 #pragma once
 
+#include <array>
 #include <cmath>
+#include <cstddef>
+#include <limits>
 
 namespace vorna {
 
@@ -18,12 +21,80 @@ inline int compare_products(double a, double b, double c, double d) noexcept {
     return left_rest < right_rest ? -1 : left_rest > right_rest ? 1 : 0;
 }
 
-// Positive when c lies left of the way from a to b, negative right of it, 0 on the line. The differences of coordinates are exact
-// as long as the finest bit of one and the highest of another are at most 53 places apart.
+// A sum of doubles without rounding: parts that share no bits, each larger than all before it together.
+class Exact_Sum {
+public:
+    void add(double value) noexcept {
+        for (std::size_t i = 0; i < count_; ++i) {
+            const double sum = value + parts_[i];
+            const double added = sum - value;
+            parts_[i] = (value - (sum - added)) + (parts_[i] - added);
+            value = sum;
+        }
+        parts_[count_++] = value;
+    }
+
+    void add_product(double a, double b) noexcept {
+        const double product = a * b;
+        add(std::fma(a, b, -product));
+        add(product);
+    }
+
+    int sign() const noexcept {
+        for (std::size_t i = count_; i-- > 0;) {
+            if (parts_[i] != 0) {
+                return parts_[i] < 0 ? -1 : 1;
+            }
+        }
+        return 0;
+    }
+
+private:
+    static constexpr std::size_t most_parts = 16;
+    std::array<double, most_parts> parts_;
+    std::size_t count_ = 0;
+};
+
+// What a - b is, and what rounding took from it.
+struct Exact_Difference {
+    Exact_Difference(double a, double b) noexcept : rounded(a - b) {
+        const double taken = a - rounded;
+        rest = (a - (rounded + taken)) + (taken - b);
+    }
+
+    double rounded, rest;
+};
+
+// Positive when c lies left of the way from a to b, negative right of it, 0 on the line, without any error for all coordinates
+// of single precision and for the crossings between such points. Nearly always the rounded products are far enough apart.
 template <class Point> int turn(const Point& a, const Point& b, const Point& c) noexcept {
+    constexpr double half_unit = std::numeric_limits<double>::epsilon() / 2;
+    constexpr double most_error = (3 + 16 * half_unit) * half_unit;
     const double x = a.x;
     const double y = a.y;
-    return compare_products(b.x - x, c.y - y, b.y - y, c.x - x);
+    const double left = (b.x - x) * (c.y - y);
+    const double right = (b.y - y) * (c.x - x);
+    const double difference = left - right;
+    if (std::abs(difference) >= most_error * (std::abs(left) + std::abs(right))) {
+        return difference < 0 ? -1 : difference > 0 ? 1 : 0;
+    }
+    const Exact_Difference bx(b.x, x);
+    const Exact_Difference by(b.y, y);
+    const Exact_Difference cx(c.x, x);
+    const Exact_Difference cy(c.y, y);
+    if (bx.rest == 0 && by.rest == 0 && cx.rest == 0 && cy.rest == 0) {
+        return compare_products(bx.rounded, cy.rounded, by.rounded, cx.rounded);
+    }
+    Exact_Sum sum;
+    for (const double p : {bx.rest, bx.rounded}) {
+        sum.add_product(p, cy.rest);
+        sum.add_product(p, cy.rounded);
+    }
+    for (const double p : {by.rest, by.rounded}) {
+        sum.add_product(-p, cx.rest);
+        sum.add_product(-p, cx.rounded);
+    }
+    return sum.sign();
 }
 
 } // namespace vorna

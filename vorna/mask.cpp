@@ -100,8 +100,10 @@ void Frame_Buffer_Mask::establish_configuration(std::int32_t width, std::int32_t
 }
 
 void Frame_Buffer_Mask::clear_and_rasterize_mask(const VT_Contour_Set& contours) {
-    key_ = contours.serial();
+    // The key comes last: a mask that is only half made must not be found again.
+    key_ = 0;
     if (!raster_) {
+        key_ = contours.serial();
         return;
     }
     for (std::int32_t r = 0; r < size_.y; ++r) {
@@ -118,6 +120,7 @@ void Frame_Buffer_Mask::clear_and_rasterize_mask(const VT_Contour_Set& contours)
     for (std::int32_t r = 0; r < size_.y; ++r) {
         mask_outside(raster_->rows[r], raster_->width);
     }
+    key_ = contours.serial();
 }
 
 const std::uint8_t* Frame_Buffer_Mask::row(std::int32_t r) const noexcept {

@@ -11,12 +11,6 @@ VT_Option_Table::VT_Option_Table(const VT_Option_Table& other) {
     }
 }
 
-VT_Option_Table& VT_Option_Table::operator=(const VT_Option_Table& other) {
-    VT_Option_Table copy(other);
-    options_.swap(copy.options_);
-    return *this;
-}
-
 VT_Option* VT_Option_Table::add(VT_Option option) {
     if (VT_Option* present = find(option.name())) {
         *present = std::move(option);

@@ -31,6 +31,28 @@ struct Fixed_Interpolator {
     // 16.16, for x and colours.
     constexpr void setup_16(std::int32_t a, std::int32_t b, std::int32_t n) noexcept { setup<16>(a, b, n); }
 
+    // For values that are fixed point already. The smaller shifts round down, the division towards zero.
+    constexpr void setup_fixed(std::int32_t a, std::int32_t b, std::int32_t n) noexcept {
+        value = a;
+        step = wrapping_subtract(b, a);
+        switch (n) {
+        case 0:
+        case 1:
+            break;
+        case 2:
+            step >>= 1;
+            break;
+        case 4:
+            step >>= 2;
+            break;
+        case 8:
+            step >>= 3;
+            break;
+        default:
+            step /= n;
+        }
+    }
+
     constexpr void advance() noexcept { value = wrapping_add(value, step); }
 
 private:

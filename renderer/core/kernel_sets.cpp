@@ -35,7 +35,7 @@ struct Candidate {
 };
 
 #if defined(KRB_X86_64)
-#if defined(_MSC_VER) && !defined(__clang__)
+#if defined(_MSC_VER)
 // Bits of the processor's own tables, and of the registers that the operating system saves.
 bool has_features(int leaf_1_ecx, int leaf_7_ebx, unsigned long long saved_registers) {
     int words[4];
@@ -54,8 +54,9 @@ bool has_baseline() {
     return has_features(1 << 20 | 1 << 19 | 1 << 9 | 1 << 23, 0, 0);
 }
 
+// What compilers may use besides when they are told AVX2: FMA, BMI1 and BMI2.
 bool has_avx2() {
-    return has_features(1 << 28, 1 << 5, 0x6);
+    return has_features(1 << 28 | 1 << 12, 1 << 5 | 1 << 3 | 1 << 8, 0x6);
 }
 
 bool has_avx512() {

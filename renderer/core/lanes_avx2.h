@@ -151,7 +151,7 @@ inline Int load_indices(const std::uint8_t* from, Active) {
     return load_indices(from, All{});
 }
 
-inline Int gather(const std::uint32_t* table, Int positions) {
+inline Int gather(const std::uint8_t* table, Int positions) {
     return {_mm256_i32gather_epi32(reinterpret_cast<const int*>(table), positions.lanes, 4)};
 }
 

@@ -137,7 +137,7 @@ inline Int load_indices(const std::uint8_t* from, All) {
     return {_mm512_cvtepu8_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)))};
 }
 
-inline Int gather(const std::uint32_t* table, Int positions) {
+inline Int gather(const std::uint8_t* table, Int positions) {
     return {_mm512_i32gather_epi32(positions.lanes, table, 4)};
 }
 

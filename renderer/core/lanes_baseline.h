@@ -1,6 +1,7 @@
 // The vocabulary of lanes for x86-64-v2 (SSE4.2): four pixels. What each name means is said in lanes_portable.h.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -155,11 +156,11 @@ inline Int load_indices(const std::uint8_t* from, Active) {
     return load_indices(from, All{});
 }
 
-inline Int gather(const std::uint32_t* table, Int positions) {
+inline Int gather(const std::uint8_t* table, Int positions) {
     std::uint32_t lanes[4];
     std::memcpy(lanes, &positions.lanes, sizeof lanes);
     for (std::uint32_t& lane : lanes) {
-        lane = table[lane];
+        std::memcpy(&lane, table + std::size_t{4} * lane, 4);
     }
     std::memcpy(&positions.lanes, lanes, sizeof lanes);
     return positions;

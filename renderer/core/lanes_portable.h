@@ -151,9 +151,11 @@ inline Int load_indices(const std::uint8_t* from, All) {
     return {*from};
 }
 
-// Entry of every lane in a table of words.
-inline Int gather(const std::uint32_t* table, Int positions) {
-    return {table[positions.lane]};
+// Entry of every lane in a table of 32-bit words, wherever it starts.
+inline Int gather(const std::uint8_t* table, Int positions) {
+    Int word;
+    std::memcpy(&word.lane, table + std::size_t{4} * positions.lane, 4);
+    return word;
 }
 
 inline void store_depths(std::uint8_t* to, Int depths, Active active) {

@@ -110,12 +110,14 @@ void clear_no_depth(VT_Renderer_Data&, const VT_Rendition&) {
 void write_depth_rectangle(VT_Renderer_Data& data, const VT_Rendition&, const VT_DCI_Point* top_left,
                            const VT_DCI_Point* bottom_right, std::int32_t stride, const std::uint16_t* depths) {
     const Software_Z_Buffer& renderer = renderer_of(data);
-    const std::int32_t right = std::min(bottom_right->x, renderer.window_origin.x + renderer.window_size.x - 1);
-    const std::int32_t bytes = 2 * (right - top_left->x) + 2;
+    const std::int64_t left = top_left->x;
+    const std::int64_t right =
+        std::min<std::int64_t>(bottom_right->x, std::int64_t{renderer.window_origin.x} + renderer.window_size.x - 1);
+    const std::int64_t bytes = 2 * (right - left) + 2;
     if (!renderer.depth_buffer || bytes < 1) {
         return;
     }
-    const std::int64_t column = std::int64_t{top_left->x} - renderer.window_origin.x;
+    const std::int64_t column = left - renderer.window_origin.x;
     const auto* source = reinterpret_cast<const std::uint8_t*>(depths);
     for (std::int32_t y = top_left->y; y >= bottom_right->y; --y) {
         std::uint8_t* row = renderer.depth_buffer->rows[y - renderer.window_origin.y] + 2 * column;

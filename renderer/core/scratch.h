@@ -7,8 +7,9 @@
 
 namespace krb {
 
-// Up to 64 elements live in the frame of the call, more on the heap. Elements are not initialised beyond their own defaults.
-template <class Element> class Scratch {
+// A few elements, those of 64 points, live in the frame of the call, more on the heap. They are not initialised beyond their own
+// defaults.
+template <class Element, std::int32_t frame_count = 64> class Scratch {
 public:
     // A count below 1 gives no elements. Throws std::bad_alloc.
     explicit Scratch(std::int32_t count) {
@@ -21,7 +22,6 @@ public:
     Element& operator[](std::int32_t i) noexcept { return data()[i]; }
 
 private:
-    static constexpr std::int32_t frame_count = 64;
     Element frame_[static_cast<std::size_t>(frame_count)];
     std::unique_ptr<Element[]> heap_;
 };

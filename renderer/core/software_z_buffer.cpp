@@ -2,6 +2,7 @@
 #include "renderer/core/software_z_buffer.h"
 
 #include "renderer/core/actions.h"
+#include "renderer/core/fixed_point.h"
 
 namespace krb {
 
@@ -76,6 +77,11 @@ Software_Z_Buffer::Software_Z_Buffer(const VT_Renderer_Data& prototype)
     : VT_Renderer_Data(prototype), dither(make_dither(color_cube)), kernels(&chosen_kernel_set()), chosen_kernels_(kernels) {
     build_option_table(requested_table, requested);
     build_option_table(current_table, current);
+    // A cache that the application has put into the requested table is in force from the start.
+    if (requested[Handle::mask_cache]->as_object<Mask_Cache_Data>() &&
+        !current[Handle::mask_cache]->as_object<Mask_Cache_Data>()) {
+        current[Handle::mask_cache]->set_value(requested[Handle::mask_cache]->value());
+    }
     declared_options.set_buffer_depth(16);
     declared_options.set_backing_store(true);
     declared_options.set_supports_complex_clip(true);
@@ -110,7 +116,7 @@ void Software_Z_Buffer::establish_buffers() {
     }
     dither = make_dither(color_cube);
     for (int i = 0; i < 256; ++i) {
-        palette_words[i] = word_of(palette().color(static_cast<std::uint8_t>(i)));
+        palette_pixels[i] = palette().color(static_cast<std::uint8_t>(i));
     }
 
     VT_Option& color_option = *current[Handle::color_buffer];
@@ -167,8 +173,9 @@ void Software_Z_Buffer::establish_merge_colors() {
 std::int32_t Software_Z_Buffer::update(const VT_Int_Rectangle& rectangle) {
     const VT_DCI_Point top_left{rectangle.left, rectangle.top, 0};
     const VT_DCI_Point bottom_right{rectangle.right, rectangle.bottom, 0};
-    return presentation.function(presentation.context, top_left, bottom_right, color_buffer, window_origin.x + rectangle.left,
-                                 window_size.y + window_origin.y - rectangle.top - 1);
+    const std::int32_t x = wrapping_add(window_origin.x, rectangle.left);
+    const std::int32_t y = wrapping_subtract(wrapping_add(window_size.y, window_origin.y), wrapping_add(rectangle.top, 1));
+    return presentation.function(presentation.context, top_left, bottom_right, color_buffer, x, y);
 }
 
 } // namespace krb

@@ -52,6 +52,11 @@ public:
     // True when pixels of this drawing mode combine by merge control.
     bool merges(std::int32_t drawing_mode) const noexcept { return force_merge_control || drawing_mode == merge_drawing_mode; }
 
+    // Slots that the options of the day do not name keep their members. Such a member may find no depth buffer, or none that asks
+    // for it, and then draws without; a 32-bit member may find 8-bit pixels, which it must not touch.
+    bool draws_with_depth(const VT_Rendition& rendition) const noexcept { return rendition.clip.depth_test && depth_buffer; }
+    bool holds_pixels_of(Case c) const noexcept { return is_index8(c) || color_buffer->format == Buffer_Format::rgb32; }
+
     const VT_Palette& palette() const noexcept { return current_options.palette(); }
 
     // Depth test by mode for single points, as a signed comparison of the point's depth with the stored one.
@@ -83,9 +88,9 @@ public:
     VT_RGB32 alternate_background_color{1, 0, 0, 253};
     std::uint8_t force_merge_control = 0;
 
-    Dither dither;                      // of color_cube
-    std::uint32_t palette_words[256]{}; // the palette's colours as pixels
-    std::int32_t face_override = 0;     // a face pattern that polygons take instead of their own; 0 = none
+    Dither dither;                  // of color_cube
+    VT_RGB32 palette_pixels[256]{}; // the palette's colours as pixels
+    std::int32_t face_override = 0; // a face pattern that polygons take instead of their own; 0 = none
     const Kernel_Set* kernels;
 
 private:

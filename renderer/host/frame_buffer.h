@@ -58,7 +58,10 @@ public:
     const std::uint8_t* row(std::int32_t r) const noexcept;
     // The starts of all rows. From any pixel's byte on, four bytes can be read; bits beyond the window mean nothing.
     const std::uint8_t* const* rows() const noexcept { return raster_->rows; }
+    // Stamp of the contours that the mask was made of.
     std::uint32_t key() const noexcept { return key_; }
+    // Whether the mask was made for this window.
+    bool is_for(VT_Int_Pair size, VT_Int_Pair origin) const noexcept { return size_ == size && origin_ == origin; }
 
     Frame_Buffer_Mask* older = nullptr;
     Frame_Buffer_Mask* newer = nullptr;

@@ -83,7 +83,7 @@ class VORNA_API VT_Option_Table {
 public:
     VT_Option_Table() = default;
     VT_Option_Table(const VT_Option_Table& other);
-    VT_Option_Table& operator=(const VT_Option_Table& other);
+    VT_Option_Table& operator=(const VT_Option_Table& other) = delete;
 
     // Adds the option, or puts it in the place of one of the same name; the handle to it.
     VT_Option* add(VT_Option option);

@@ -63,7 +63,8 @@ bool find_mask(Software_Z_Buffer& renderer, const VT_Rendition& rendition) {
         return false;
     }
     for (Frame_Buffer_Mask* mask = cache.newest; mask; mask = mask->older) {
-        if (mask->key() == clip->serial()) {
+        // Renderers that share a cache may have different windows.
+        if (mask->key() == clip->serial() && mask->is_for(renderer.window_size, renderer.window_origin)) {
             if (mask != cache.newest) {
                 unlink(cache, *mask);
                 put_at_head(cache, *mask);

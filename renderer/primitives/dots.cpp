@@ -37,7 +37,7 @@ void write_rgb32(const Software_Z_Buffer& renderer, const VT_Rendition& renditio
 template <Case c>
 void draw_dci_dot(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point* point, const VT_RGB32* color) {
     if constexpr (has_depth(c)) {
-        if (!rendition.clip.depth_test) {
+        if (!renderer_of(data).draws_with_depth(rendition)) {
             draw_dci_dot<without_depth(c)>(data, rendition, point, color);
             return;
         }

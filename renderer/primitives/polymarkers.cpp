@@ -56,7 +56,7 @@ template <Case c>
 void draw_2di_polymarker(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points) {
     const VT_Marker_Attributes& marker = rendition.marker;
     Software_Z_Buffer& renderer = renderer_of(data);
-    if (marker.symbol != 0) {
+    if (marker.symbol != 0 || (renderer.color_buffer && !renderer.holds_pixels_of(c))) {
         VD_Standard_Draw_2DI_Polymarker(data, rendition, count, points);
         return;
     }
@@ -70,7 +70,7 @@ void draw_2di_polymarker(VT_Renderer_Data& data, const VT_Rendition& rendition, 
         }
     }
     if constexpr (has_depth(c)) {
-        if (!rendition.clip.depth_test) {
+        if (!renderer.draws_with_depth(rendition)) {
             draw_2di_polymarker<without_depth(c)>(data, rendition, count, points);
             return;
         }
@@ -92,7 +92,8 @@ void draw_2di_polymarker(VT_Renderer_Data& data, const VT_Rendition& rendition, 
 void draw_2di_colorized_polymarker(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
                                    const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color) {
     const VT_Marker_Attributes& marker = rendition.marker;
-    if (marker.symbol != 0 || marker.size > 1) {
+    Software_Z_Buffer& renderer = renderer_of(data);
+    if (marker.symbol != 0 || marker.size > 1 || (renderer.color_buffer && !renderer.holds_pixels_of(Case::rgb32_alpha))) {
         VD_Standard_Draw_2DI_Colorized_Polymarker(data, rendition, count, points, colors, single_color);
         return;
     }
@@ -100,7 +101,6 @@ void draw_2di_colorized_polymarker(VT_Renderer_Data& data, const VT_Rendition& r
         draw_2di_polymarker<Case::rgb32_alpha>(data, rendition, count, points);
         return;
     }
-    Software_Z_Buffer& renderer = renderer_of(data);
     if (!renderer.color_buffer || count < 1) {
         return;
     }

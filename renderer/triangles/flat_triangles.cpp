@@ -24,7 +24,7 @@ void draw_dci_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition
         VD_Standard_Draw_DCI_Polytriangle(data, rendition, count, points);
         return;
     }
-    if (has_depth(c) && !rendition.clip.depth_test) {
+    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
         draw_dci_polytriangle<without_depth(c)>(data, rendition, count, points);
         return;
     }
@@ -44,7 +44,7 @@ void draw_dci_colorized_polytriangle(VT_Renderer_Data& data, const VT_Rendition&
         VD_Standard_Draw_DCI_Colorized_Polytriangle(data, rendition, count, points, colors, single_color);
         return;
     }
-    if (has_depth(c) && !rendition.clip.depth_test) {
+    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
         draw_dci_colorized_polytriangle<without_depth(c)>(data, rendition, count, points, colors, single_color);
         return;
     }

@@ -39,7 +39,7 @@ void draw_dci_gouraud_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
         VD_Standard_Draw_DCI_Gouraud_Polytriangle(data, rendition, count, points, colors);
         return;
     }
-    if (has_depth(c) && !rendition.clip.depth_test) {
+    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
         draw_dci_gouraud_polytriangle<without_depth(c)>(data, rendition, count, points, colors);
         return;
     }

@@ -40,7 +40,7 @@ void walk_strip(const VT_Rendition& rendition, const VT_Int_Rectangle& rectangle
     if (rectangle.left > rectangle.right || rectangle.bottom > rectangle.top) {
         return;
     }
-    Scratch<std::uint16_t> outcodes(count + 2);
+    Scratch<std::uint16_t, 66> outcodes(count + 2);
     const std::int32_t inside = VD_Clip(rectangle, count, points, outcodes.data());
     if (inside == count) {
         run(0, count);
@@ -94,7 +94,7 @@ void draw_2di_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition
     if (!renderer.color_buffer || count < 2) {
         return;
     }
-    if (has_depth(c) && !rendition.clip.depth_test) {
+    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
         draw_2di_polytriangle<without_depth(c)>(data, rendition, count, points);
         return;
     }
@@ -119,7 +119,7 @@ void draw_2di_colorized_polytriangle(VT_Renderer_Data& data, const VT_Rendition&
     if (!renderer.color_buffer || count < 2) {
         return;
     }
-    if (has_depth(c) && !rendition.clip.depth_test) {
+    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
         draw_2di_colorized_polytriangle<without_depth(c)>(data, rendition, count, points, colors, single_color);
         return;
     }
@@ -146,7 +146,7 @@ void draw_2di_gouraud_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
     if (!renderer.color_buffer || count < 2) {
         return;
     }
-    if (has_depth(c) && !rendition.clip.depth_test) {
+    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
         draw_2di_gouraud_polytriangle<without_depth(c)>(data, rendition, count, points, colors);
         return;
     }
@@ -178,23 +178,23 @@ template <Case c>
 void draw_2di_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
                                     const VT_DCI_Point* points, const VT_RGB32* colors, const VT_Parameter* parameters,
                                     std::int32_t parameter_width, const float* weights, const VT_Vector* normals) {
+    Software_Z_Buffer& renderer = renderer_of(data);
     const VT_Shared_Image* texture = drawable_texture(rendition.face);
-    if (has_standard_pattern(rendition) || !texture) {
+    if (has_standard_pattern(rendition) || !texture || (renderer.color_buffer && !renderer.holds_pixels_of(c))) {
         VD_Standard_Draw_2DI_Textured_Polytriangle(data, rendition, count, points, colors, parameters, parameter_width, weights,
                                                    normals);
         return;
     }
-    Software_Z_Buffer& renderer = renderer_of(data);
     if (!renderer.color_buffer || count < 2) {
         return;
     }
-    if (has_depth(c) && !rendition.clip.depth_test) {
+    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
         draw_2di_textured_polytriangle<without_depth(c)>(data, rendition, count, points, colors, parameters, parameter_width,
                                                          weights, normals);
         return;
     }
     const VT_Int_Rectangle rectangle = visible_rectangle(renderer, rendition);
-    Scratch<float> pairs = texture_parameters(rendition.face, count, parameters, parameter_width);
+    Texture_Parameters pairs = texture_parameters(rendition.face, count, parameters, parameter_width);
     Triangle_Call pieces(c, renderer, rendition, Shading::textured, Pixel_Rule::blend);
     prepare_pieces(pieces.target);
     set_texture(pieces.target, *texture);

@@ -9,10 +9,12 @@
 
 namespace krb {
 
+using Texture_Parameters = Scratch<float, 128>;
+
 // Texture parameters of count points, two floats each: u grows with the columns, v upwards. A point without parameters lies at 0,
 // and a material's texture matrix is applied.
-Scratch<float> texture_parameters(const VT_Face_Attributes& face, std::int32_t count, const VT_Parameter* parameters,
-                                  std::int32_t parameter_width);
+Texture_Parameters texture_parameters(const VT_Face_Attributes& face, std::int32_t count, const VT_Parameter* parameters,
+                                      std::int32_t parameter_width);
 
 // A face's image when the renderer can draw it: 32-bit texels, sides that are powers of two. Null otherwise.
 const VT_Shared_Image* drawable_texture(const VT_Face_Attributes& face) noexcept;

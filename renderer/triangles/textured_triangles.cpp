@@ -5,9 +5,9 @@
 
 namespace krb {
 
-Scratch<float> texture_parameters(const VT_Face_Attributes& face, std::int32_t count, const VT_Parameter* parameters,
-                                  std::int32_t parameter_width) {
-    Scratch<float> pairs(count < 0 ? 0 : 2 * count);
+Texture_Parameters texture_parameters(const VT_Face_Attributes& face, std::int32_t count, const VT_Parameter* parameters,
+                                      std::int32_t parameter_width) {
+    Texture_Parameters pairs(count < 0 ? 0 : 2 * count);
     const bool transformed = face.material && face.material->has_texture_matrix;
     for (std::int32_t i = 0; i < count; ++i) {
         const VT_Parameter* of_point = parameters + std::int64_t{i} * parameter_width;
@@ -43,7 +43,7 @@ Texel_Coordinates texel_coordinates(const VT_Shared_Image& texture, float u, flo
 }
 
 void set_texture(Triangle_Target& target, const VT_Shared_Image& texture) noexcept {
-    target.texels = reinterpret_cast<const std::uint32_t*>(texture.row(0));
+    target.texels = texture.row(0);
     target.texture_width_mask = texture.width() - 1;
     target.texture_height_mask = texture.height() - 1;
 }
@@ -54,11 +54,11 @@ template <Case c>
 void draw_textured_strip(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
                          const VT_RGB32* colors, const VT_Parameter* parameters, std::int32_t parameter_width,
                          const VT_Shared_Image& texture) {
-    if (has_depth(c) && !rendition.clip.depth_test) {
+    if (has_depth(c) && !renderer_of(data).draws_with_depth(rendition)) {
         draw_textured_strip<without_depth(c)>(data, rendition, count, points, colors, parameters, parameter_width, texture);
         return;
     }
-    Scratch<float> pairs = texture_parameters(rendition.face, count, parameters, parameter_width);
+    Texture_Parameters pairs = texture_parameters(rendition.face, count, parameters, parameter_width);
     Scratch<Texel_Coordinates> coordinates(count);
     for (std::int32_t i = 0; i < count; ++i) {
         coordinates[i] = texel_coordinates(texture, pairs[2 * i], pairs[2 * i + 1]);
@@ -74,11 +74,12 @@ template <Case c>
 void draw_dci_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
                                     const VT_DCI_Point* points, const VT_RGB32* colors, const VT_Parameter* parameters,
                                     std::int32_t parameter_width, const float* weights, const VT_Vector* normals) {
-    if (!renderer_of(data).color_buffer || count < 3) {
+    const Software_Z_Buffer& renderer = renderer_of(data);
+    if (!renderer.color_buffer || count < 3) {
         return;
     }
     const VT_Shared_Image* texture = drawable_texture(rendition.face);
-    if (!drawn_by_renderer(rendition.face) || !texture) {
+    if (!drawn_by_renderer(rendition.face) || !texture || !renderer.holds_pixels_of(c)) {
         VD_Standard_Draw_DCI_Textured_Polytriangle(data, rendition, count, points, colors, parameters, parameter_width, weights,
                                                    normals);
         return;
@@ -90,11 +91,12 @@ template <Case c>
 void draw_dc_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
                                    const VT_Point* points, const VT_RGB32* colors, const VT_Parameter* parameters,
                                    std::int32_t parameter_width, const float* weights, const VT_Vector* normals) {
-    if (!renderer_of(data).color_buffer || count < 3) {
+    const Software_Z_Buffer& renderer = renderer_of(data);
+    if (!renderer.color_buffer || count < 3) {
         return;
     }
     const VT_Shared_Image* texture = drawable_texture(rendition.face);
-    if (!drawn_by_renderer(rendition.face) || !texture) {
+    if (!drawn_by_renderer(rendition.face) || !texture || !renderer.holds_pixels_of(c)) {
         VD_Standard_Draw_DC_Textured_Polytriangle(data, rendition, count, points, colors, parameters, parameter_width, weights,
                                                   normals);
         return;

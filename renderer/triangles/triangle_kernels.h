@@ -94,15 +94,15 @@ struct Triangle_Target {
     // For Pixel_Format::index8; the bias goes into the low bits of a scaled channel.
     const Dither* dither;
     std::int32_t dither_bias;
-    // For 8-bit textures: the palette's pixel words.
-    const std::uint32_t* palette;
+    // For 8-bit textures: the palette's pixels.
+    const std::uint8_t* palette;
     // For Clip_Rule::patterned.
     const Face_Pattern* pattern;
     // For Clip_Rule::masked, and patterned when not null: start of each mask row, the leftmost pixel in the highest bit, set bits
     // clipped away. Three bytes from any pixel on can be read.
     const std::uint8_t* const* mask_rows;
     // For textured strips: rows of texels from the first on, sizes less 1 (powers of two).
-    const std::uint32_t* texels;
+    const std::uint8_t* texels;
     std::int32_t texture_width_mask, texture_height_mask;
     // The member's own, for near-flat triangles that it does not fill with a kernel.
     const void* hand_over;

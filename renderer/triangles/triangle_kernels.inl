@@ -72,24 +72,27 @@ struct Dithered_Color {
 };
 
 // The same colour for a whole triangle.
-struct Flat_Source {
+template <Pixel_Format format> struct Flat_Source {
     static constexpr bool moves = false;
     Int pixels;
     Int alphas;
-    Dithered_Color dithered;
 
-    Flat_Source(const Triangle_Target& target, Pixel_Format format, VT_RGB32 color)
-        : pixels(pixel_word(color)), alphas(splat(color.alpha)) {
-        if (format == Pixel_Format::index8) {
-            dithered = Dithered_Color::of(target, splat(color.red), splat(color.green), splat(color.blue));
-        }
-    }
+    Flat_Source(const Triangle_Target&, VT_RGB32 color) : pixels(pixel_word(color)), alphas(splat(color.alpha)) {}
     template <class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
     Int pixel_lanes() const { return pixels; }
     Int alpha_lanes() const { return alphas; }
-    Int index_lanes(const Triangle_Target& target, Int thresholds) const { return dithered.indices(*target.dither, thresholds); }
     void skip(std::int32_t) {}
     void advance_group(Int) {}
+};
+
+// Its way to palette indices is gone once.
+template <> struct Flat_Source<Pixel_Format::index8> : Flat_Source<Pixel_Format::rgb32> {
+    Dithered_Color dithered;
+
+    Flat_Source(const Triangle_Target& target, VT_RGB32 color)
+        : Flat_Source<Pixel_Format::rgb32>(target, color),
+          dithered(Dithered_Color::of(target, splat(color.red), splat(color.green), splat(color.blue))) {}
+    Int index_lanes(const Triangle_Target& target, Int thresholds) const { return dithered.indices(*target.dither, thresholds); }
 };
 
 // Channels that move along the span. The stored pixel is opaque.
@@ -130,7 +133,7 @@ struct Texture_Source {
     static constexpr bool moves = true;
     Gouraud_Source color;
     Ramp s, t;
-    const std::uint32_t* texels;
+    const std::uint8_t* texels;
     std::int32_t width_mask, height_mask;
     Int pixels, alphas;
 
@@ -147,7 +150,10 @@ struct Texture_Source {
         const Int outside = (column & splat(~width_mask)) | (row & splat(~height_mask));
         const Int stored_row = splat(height_mask) - (row & splat(height_mask));
         const Int texel = gather(texels, stored_row * splat(width_mask + 1) + (column & splat(width_mask)));
-        const auto modulated = [](Int byte, const Ramp& by) { return shift_right<17>(byte * by.value); };
+        // Steps that were rounded down can lead a little below 0 at the end of a span.
+        const auto modulated = [](Int byte, const Ramp& by) {
+            return shift_right<17>(byte * where(less_or_equal(splat(0), by.value), by.value));
+        };
         pixels = modulated(texel & splat(0xFF), color.blue) |
                  shift_left<8>(modulated(shift_right<8>(texel) & splat(0xFF), color.green)) |
                  shift_left<16>(modulated(shift_right<16>(texel) & splat(0xFF), color.red));
@@ -691,14 +697,13 @@ struct Texture_Span_Values {
 
 template <Triangle_Configuration c, int size> struct Filler {
     const Triangle_Target& target;
-    Flat_Source flat;     // of flat triangles
-    Flat_Source contrast; // of a pattern's gaps
+    Flat_Source<c.format> flat;     // of flat triangles
+    Flat_Source<c.format> contrast; // of a pattern's gaps
 
     Filler(const Triangle_Target& where, VT_RGB32 color)
-        : target(where), flat(where, c.format, color),
-          contrast(where, c.format, c.clip == Clip_Rule::patterned ? where.pattern->contrast : color) {}
+        : target(where), flat(where, color), contrast(where, c.clip == Clip_Rule::patterned ? where.pattern->contrast : color) {}
 
-    void set_color(VT_RGB32 color) { flat = Flat_Source(target, c.format, color); }
+    void set_color(VT_RGB32 color) { flat = Flat_Source<c.format>(target, color); }
 
     void fill(std::int32_t row, std::int32_t column, std::int32_t count, Attributes<size> left, Attributes<size> right) {
         std::int32_t skipped = 0;

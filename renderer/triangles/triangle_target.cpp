@@ -75,7 +75,7 @@ Triangle_Target target_of(Case c, Shading shading, const Software_Z_Buffer& rend
     };
     target.renderer = &renderer;
     target.dither = &renderer.dither;
-    target.palette = renderer.palette_words;
+    target.palette = reinterpret_cast<const std::uint8_t*>(renderer.palette_pixels);
     return target;
 }
 

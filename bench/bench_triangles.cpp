@@ -1,0 +1,197 @@
+// Measures triangles at 1920 x 1080 on one thread, beside memset, memcpy and llvmpipe.
+//
+// A frame is what one iteration draws: the clears that its scene needs, all strips, and a wait until they are in memory. Before
+// it is timed, a drawing must paint as many pixels as the peer's, save for the edges, where the fill rules differ.
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "bench/canvas.h"
+#include "bench/ratio_table.h"
+
+namespace bench {
+
+namespace {
+
+constexpr std::size_t pixels = static_cast<std::size_t>(window_size.x) * static_cast<std::size_t>(window_size.y);
+
+enum class Clears { none, depth, all };
+
+struct Drawing {
+    std::string name, title;
+    const Scene& scene;
+    Surface surface;
+    Clears clears;
+    double edge_share; // largest difference from the peer's number of painted pixels; 0 = the peer cannot draw this
+};
+
+void draw_frame(Canvas& canvas, Clears clears) {
+    if (clears == Clears::all) {
+        canvas.clear_color();
+    }
+    if (clears != Clears::none) {
+        canvas.clear_depth();
+    }
+    canvas.draw();
+    canvas.finish();
+}
+
+std::int64_t painted_by_one_frame(Canvas& canvas) {
+    canvas.clear_color();
+    draw_frame(canvas, Clears::depth);
+    return canvas.painted_pixels();
+}
+
+void add_canvas(const Drawing& drawing, const char* who, Canvas& canvas) {
+    benchmark::RegisterBenchmark((drawing.name + '/' + who).c_str(), [&canvas, &drawing](benchmark::State& state) {
+        for ([[maybe_unused]] auto _ : state) {
+            draw_frame(canvas, drawing.clears);
+        }
+        state.SetItemsProcessed(state.iterations() * drawing.scene.triangle_count());
+    })->MeasureProcessCPUTime();
+}
+
+// The pixels of one of a scene's scattered triangles, which are all alike.
+std::int64_t pixels_of_one(const vorna::Module& module, const Scene& scene) {
+    const Scene one{{scene.points.begin(), scene.points.begin() + 3}, {scene.colors.begin(), scene.colors.begin() + 3}, {3}};
+    return painted_by_one_frame(*make_own_canvas(module, {}, one));
+}
+
+void add_memory() {
+    static std::vector<std::uint8_t> from(4 * pixels, 1), to(4 * pixels, 2);
+    const auto add = [](const char* name, std::size_t bytes, auto work) {
+        benchmark::RegisterBenchmark(name, [bytes, work](benchmark::State& state) {
+            for ([[maybe_unused]] auto _ : state) {
+                work(bytes);
+                benchmark::ClobberMemory();
+            }
+            state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));
+        })->MeasureProcessCPUTime();
+    };
+    const auto set = [](std::size_t bytes) { std::memset(to.data(), 0x5A, bytes); };
+    add("memset_color", 4 * pixels, set);
+    add("memset_depth", 2 * pixels, set);
+    add("memcpy_color", 4 * pixels, [](std::size_t bytes) { std::memcpy(to.data(), from.data(), bytes); });
+}
+
+std::string processor_name() {
+    std::ifstream file("/proc/cpuinfo");
+    for (std::string line; std::getline(file, line);) {
+        if (line.rfind("model name", 0) == 0) {
+            return line.substr(line.find(':') + 2);
+        }
+    }
+    return "unknown";
+}
+
+// Goes into the JSON output and over the tables.
+void add_context(Ratio_Table& ratios) {
+    const char* kernels = std::getenv("KRB_KERNELS");
+    for (const auto& [name, value] : {std::pair<const char*, std::string>{"processor", processor_name()},
+                                      {"kernel set", kernels ? kernels : "automatic"},
+                                      {"compiler", VORNA_COMPILER},
+                                      {"build type", VORNA_BUILD_TYPE},
+                                      {"peer", llvmpipe_description()}}) {
+        benchmark::AddCustomContext(name, value);
+        ratios.add_context(name, value);
+    }
+}
+
+// Fails with one line when the two sides do not draw the same.
+void check(const Drawing& drawing, std::int64_t ours, std::int64_t theirs) {
+    const double difference = std::abs(static_cast<double>(ours - theirs)) / static_cast<double>(theirs);
+    std::printf("%s: %lld pixels painted, by the peer %lld\n", drawing.name.c_str(), static_cast<long long>(ours),
+                static_cast<long long>(theirs));
+    if (!(difference <= drawing.edge_share)) {
+        throw std::runtime_error(drawing.name + ": paints " + std::to_string(ours) + " pixels, the peer " +
+                                 std::to_string(theirs) + ", expected a difference of at most " +
+                                 std::to_string(100 * drawing.edge_share) + " %");
+    }
+}
+
+void run(const char* module_path, const char* model, const char* table) {
+    constexpr Shading flat = Shading::flat, gouraud = Shading::gouraud;
+    // So many that half of the pixels pass the depth test: of k triangles over a place, 1 + 1/2 + ... + 1/k do on average.
+    const Scene big = scattered_triangles(512, 40), tiles_8 = tiled_triangles(8, 4), tiles_3 = tiled_triangles(3, 4);
+    const Scene bunny = model_in_front(model);
+    const std::vector<Drawing> drawings{
+        {"fill_512", "flat, no depth, legs 512", big, {flat}, Clears::none, 0.01},
+        {"flat_512", "flat, depth, legs 512", big, {flat, true}, Clears::depth, 0.01},
+        {"gouraud_512", "Gouraud, depth, legs 512", big, {gouraud, true}, Clears::depth, 0.01},
+        {"alpha_512", "Gouraud, depth, alpha, legs 512", big, {gouraud, true, true}, Clears::depth, 0.01},
+        {"flat_8", "flat, depth, strips, legs 8", tiles_8, {flat, true}, Clears::depth, 0.01},
+        {"gouraud_8", "Gouraud, depth, strips, legs 8", tiles_8, {gouraud, true}, Clears::depth, 0.01},
+        {"flat_3", "flat, depth, strips, legs 3", tiles_3, {flat, true}, Clears::depth, 0.01},
+        {"gouraud_3", "Gouraud, depth, strips, legs 3", tiles_3, {gouraud, true}, Clears::depth, 0.01},
+        {"bunny", "bunny, 69,666 triangles, Gouraud, depth, whole frame", bunny, {gouraud, true}, Clears::all, 0.02},
+        {"palette_flat_512", "8-bit flat, depth, legs 512", big, {flat, true, false, true}, Clears::depth, 0},
+        {"palette_gouraud_512", "8-bit Gouraud, depth, legs 512", big, {gouraud, true, false, true}, Clears::depth, 0},
+        {"palette_gouraud_8", "8-bit Gouraud, depth, strips, legs 8", tiles_8, {gouraud, true, false, true}, Clears::depth, 0},
+    };
+
+    const vorna::Module module(module_path);
+    std::vector<std::unique_ptr<Canvas>> canvases;
+    const auto add = [&canvases](const Drawing& drawing, const char* who, std::unique_ptr<Canvas> canvas) {
+        const std::int64_t painted = painted_by_one_frame(*canvas);
+        add_canvas(drawing, who, *canvas);
+        canvases.push_back(std::move(canvas));
+        return painted;
+    };
+    Ratio_Table ratios;
+    for (const Drawing& drawing : drawings) {
+        const std::int64_t ours = add(drawing, "vorna", make_own_canvas(module, drawing.surface, drawing.scene));
+        if (drawing.edge_share > 0) {
+            check(drawing, ours, add(drawing, "llvmpipe", make_llvmpipe_canvas(drawing.surface, drawing.scene)));
+        } else if (ours == 0) {
+            throw std::runtime_error(drawing.name + ": paints nothing");
+        }
+        ratios.add_drawing(drawing.name, drawing.title, drawing.scene.triangle_count());
+    }
+    add_memory();
+    const Drawing clear{"clear_depth", "depth clear", big, {flat, true}, Clears::depth, 0};
+    canvases.push_back(make_own_canvas(module, clear.surface, clear.scene));
+    benchmark::RegisterBenchmark("clear_depth/vorna", [&canvas = *canvases.back()](benchmark::State& state) {
+        for ([[maybe_unused]] auto _ : state) {
+            canvas.clear_depth();
+            benchmark::ClobberMemory();
+        }
+    })->MeasureProcessCPUTime();
+
+    ratios.add_fill("memset_color", "memset of the colour buffer", 4.0 * pixels, "memset_color");
+    ratios.add_fill("memcpy_color", "memcpy of the colour buffer", 4.0 * pixels, "memset_color");
+    ratios.add_fill("fill_512/vorna", "solid triangles, legs 512",
+                    4.0 * static_cast<double>(pixels_of_one(module, big) * big.triangle_count()), "memset_color");
+    ratios.add_fill("memset_depth", "memset of the depth buffer", 2.0 * pixels, "memset_depth");
+    ratios.add_fill("clear_depth/vorna", "depth clear", 2.0 * pixels, "memset_depth");
+    add_context(ratios);
+    benchmark::RunSpecifiedBenchmarks(&ratios);
+    std::ofstream(table) << ratios.markdown();
+}
+
+} // namespace
+
+} // namespace bench
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (argc != 4) {
+        std::fprintf(stderr, "usage: %s MODULE MODEL TABLE [--benchmark_...], expected 3 arguments, found %d\n", argv[0],
+                     argc - 1);
+        return 2;
+    }
+    try {
+        bench::run(argv[1], argv[2], argv[3]);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
+        return 1;
+    }
+    return 0;
+}

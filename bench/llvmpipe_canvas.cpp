@@ -1,0 +1,225 @@
+// The peer: Mesa's llvmpipe through OSMesa.
+#define GL_GLEXT_PROTOTYPES
+#include <array>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+#include <GL/osmesa.h>
+
+#include "bench/canvas.h"
+
+namespace bench {
+
+namespace {
+
+// One context for every canvas: no threads of its own, so that both sides have one processor.
+class Context {
+public:
+    Context() {
+        setenv("LP_NUM_THREADS", "0", 1);
+        setenv("GALLIUM_DRIVER", "llvmpipe", 1);
+        constexpr std::array attributes{OSMESA_FORMAT,
+                                        OSMESA_BGRA,
+                                        OSMESA_PROFILE,
+                                        OSMESA_CORE_PROFILE,
+                                        OSMESA_CONTEXT_MAJOR_VERSION,
+                                        3,
+                                        OSMESA_CONTEXT_MINOR_VERSION,
+                                        3,
+                                        0};
+        context_ = OSMesaCreateContextAttribs(attributes.data(), nullptr);
+        if (!context_ || !OSMesaMakeCurrent(context_, &surface_, GL_UNSIGNED_BYTE, 1, 1)) {
+            throw std::runtime_error("OSMesa gives no OpenGL 3.3 context");
+        }
+        description_ = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
+        if (description_.find("llvmpipe") == std::string::npos) {
+            throw std::runtime_error("OSMesa draws with " + description_ + ", expected llvmpipe");
+        }
+        description_ += std::string(", OpenGL ") + reinterpret_cast<const char*>(glGetString(GL_VERSION));
+    }
+    Context(const Context&) = delete;
+    Context& operator=(const Context&) = delete;
+    ~Context() { OSMesaDestroyContext(context_); }
+
+    static const Context& the() {
+        static const Context context;
+        return context;
+    }
+
+    const std::string& description() const noexcept { return description_; }
+
+private:
+    OSMesaContext context_ = nullptr;
+    std::uint32_t surface_ = 0; // drawing goes to framebuffer objects
+    std::string description_;
+};
+
+// Points arrive in clip space. {} stands for the interpolation of the colour.
+constexpr const char* vertex_text = R"(#version 330
+layout(location = 0) in vec3 position;
+layout(location = 1) in vec4 color;
+{} out vec4 face_color;
+void main() {
+    gl_Position = vec4(position, 1.0);
+    face_color = color;
+}
+)";
+constexpr const char* fragment_text = R"(#version 330
+{} in vec4 face_color;
+out vec4 pixel;
+void main() {
+    pixel = face_color;
+}
+)";
+
+GLuint compile(GLenum kind, std::string text, Shading shading) {
+    text.replace(text.find("{}"), 2, shading == Shading::flat ? "flat" : "smooth");
+    const GLuint shader = glCreateShader(kind);
+    const char* const start = text.c_str();
+    glShaderSource(shader, 1, &start, nullptr);
+    glCompileShader(shader);
+    return shader;
+}
+
+struct Vertex {
+    float x, y, z;
+    VT_RGB32 color;
+};
+
+// Rows of the renderer are sampled where a vertex lies on them, OpenGL's half a row higher; columns agree.
+Vertex vertex_of(const VT_DCI_Point& point, VT_RGB32 color) {
+    const auto from_pixels = [](float place, std::int32_t size) { return 2 * place / static_cast<float>(size) - 1; };
+    return {from_pixels(static_cast<float>(point.x), window_size.x),
+            from_pixels(static_cast<float>(point.y) + 0.5F, window_size.y), static_cast<float>(point.z) / 32767.5F - 1, color};
+}
+
+class Llvmpipe_Canvas final : public Canvas {
+public:
+    Llvmpipe_Canvas(const Surface& surface, const Scene& scene) : surface_(surface), counts_(scene.lengths) {
+        glGenFramebuffers(1, &framebuffer_);
+        glBindFramebuffer(GL_FRAMEBUFFER, framebuffer_);
+        glGenRenderbuffers(2, attachments_.data());
+        attach(attachments_[0], GL_RGBA8, GL_COLOR_ATTACHMENT0);
+        if (surface.depth) {
+            attach(attachments_[1], GL_DEPTH_COMPONENT16, GL_DEPTH_ATTACHMENT);
+        }
+        if (glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) {
+            throw std::runtime_error("OSMesa gives no framebuffer object of this kind");
+        }
+        link();
+        fill(scene);
+    }
+    ~Llvmpipe_Canvas() override {
+        glDeleteFramebuffers(1, &framebuffer_);
+        glDeleteRenderbuffers(2, attachments_.data());
+        glDeleteProgram(program_);
+        glDeleteBuffers(1, &buffer_);
+        glDeleteVertexArrays(1, &array_);
+    }
+
+    void clear_color() override {
+        use();
+        constexpr std::array<float, 4> white{1, 1, 1, 1};
+        glClearBufferfv(GL_COLOR, 0, white.data());
+    }
+    void clear_depth() override {
+        use();
+        constexpr float farthest = 1;
+        glClearBufferfv(GL_DEPTH, 0, &farthest);
+    }
+    void draw() override {
+        use();
+        glMultiDrawArrays(GL_TRIANGLE_STRIP, firsts_.data(), counts_.data(), static_cast<GLsizei>(counts_.size()));
+    }
+    void finish() override { glFinish(); }
+
+    std::int64_t painted_pixels() override {
+        use();
+        std::vector<std::uint32_t> pixels(static_cast<std::size_t>(window_size.x) * static_cast<std::size_t>(window_size.y));
+        glReadPixels(0, 0, window_size.x, window_size.y, GL_BGRA, GL_UNSIGNED_BYTE, pixels.data());
+        std::int64_t painted = 0;
+        for (const std::uint32_t pixel : pixels) {
+            painted += pixel != 0xFFFFFFFF;
+        }
+        return painted;
+    }
+
+private:
+    static void attach(GLuint attachment, GLenum format, GLenum place) {
+        glBindRenderbuffer(GL_RENDERBUFFER, attachment);
+        glRenderbufferStorage(GL_RENDERBUFFER, format, window_size.x, window_size.y);
+        glFramebufferRenderbuffer(GL_FRAMEBUFFER, place, GL_RENDERBUFFER, attachment);
+    }
+
+    void link() {
+        program_ = glCreateProgram();
+        for (const auto& [kind, text] :
+             {std::pair{GL_VERTEX_SHADER, vertex_text}, std::pair{GL_FRAGMENT_SHADER, fragment_text}}) {
+            const GLuint shader = compile(static_cast<GLenum>(kind), text, surface_.shading);
+            glAttachShader(program_, shader);
+            glDeleteShader(shader);
+        }
+        glLinkProgram(program_);
+        GLint linked = 0;
+        glGetProgramiv(program_, GL_LINK_STATUS, &linked);
+        if (!linked) {
+            throw std::runtime_error("OSMesa does not link the shaders");
+        }
+    }
+
+    void fill(const Scene& scene) {
+        std::vector<Vertex> vertices;
+        vertices.reserve(scene.points.size());
+        for (std::size_t i = 0; i < scene.points.size(); ++i) {
+            vertices.push_back(vertex_of(scene.points[i], scene.colors[i]));
+        }
+        GLint first = 0;
+        for (const GLsizei count : counts_) {
+            firsts_.push_back(first);
+            first += count;
+        }
+        glGenVertexArrays(1, &array_);
+        glBindVertexArray(array_);
+        glGenBuffers(1, &buffer_);
+        glBindBuffer(GL_ARRAY_BUFFER, buffer_);
+        glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(vertices.size() * sizeof(Vertex)), vertices.data(), GL_STATIC_DRAW);
+        glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, sizeof(Vertex), nullptr);
+        glVertexAttribPointer(1, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, sizeof(Vertex),
+                              reinterpret_cast<const void*>(offsetof(Vertex, color)));
+        glEnableVertexAttribArray(0);
+        glEnableVertexAttribArray(1);
+    }
+
+    // The context is shared: every call sets what this canvas needs.
+    void use() const {
+        const auto set = [](GLenum what, bool on) { on ? glEnable(what) : glDisable(what); };
+        glBindFramebuffer(GL_FRAMEBUFFER, framebuffer_);
+        glViewport(0, 0, window_size.x, window_size.y);
+        set(GL_DEPTH_TEST, surface_.depth);
+        glDepthFunc(GL_LEQUAL);
+        set(GL_BLEND, surface_.alpha);
+        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+        glUseProgram(program_);
+        glBindVertexArray(array_);
+    }
+
+    Surface surface_;
+    GLuint framebuffer_ = 0, program_ = 0, buffer_ = 0, array_ = 0;
+    std::array<GLuint, 2> attachments_{};
+    std::vector<GLint> firsts_;
+    std::vector<GLsizei> counts_;
+};
+
+} // namespace
+
+std::unique_ptr<Canvas> make_llvmpipe_canvas(const Surface& surface, const Scene& scene) {
+    Context::the();
+    return std::make_unique<Llvmpipe_Canvas>(surface, scene);
+}
+
+const char* llvmpipe_description() {
+    return Context::the().description().c_str();
+}
+
+} // namespace bench

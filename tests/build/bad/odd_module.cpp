@@ -1,0 +1,15 @@
+// A module with one export too many and one too few.
+#define EXPORTED __attribute__((visibility("default")))
+
+extern "C" {
+EXPORTED void VD_Renderer();
+EXPORTED void VD_KRB_Renderer();
+EXPORTED void leaked_helper();
+
+void VD_Renderer() {
+}
+void VD_KRB_Renderer() {
+}
+void leaked_helper() {
+}
+}

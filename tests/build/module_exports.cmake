@@ -1,0 +1,22 @@
+# cmake -D NM=nm -D MODULE=krb.vrd -P module_exports.cmake
+#
+# A renderer module exports its three entry points and nothing else.
+cmake_minimum_required(VERSION 3.25)
+set(expected VD_KRB_Renderer VD_Renderer VD_Unload_KRB_Renderer)
+execute_process(COMMAND ${NM} --dynamic --defined-only --format=posix ${MODULE} OUTPUT_VARIABLE listing COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "[^\n]+" lines "${listing}")
+set(exported)
+foreach(line IN LISTS lines)
+  string(REGEX MATCH "^[^ ]+" name "${line}")
+  list(APPEND exported ${name})
+endforeach()
+foreach(name IN LISTS exported)
+  if(NOT name IN_LIST expected)
+    message(SEND_ERROR "  ${MODULE}: exported though no entry point: ${name}")
+  endif()
+endforeach()
+foreach(name IN LISTS expected)
+  if(NOT name IN_LIST exported)
+    message(SEND_ERROR "  ${MODULE}: entry point not exported: ${name}")
+  endif()
+endforeach()

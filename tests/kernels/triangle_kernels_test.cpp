@@ -1,0 +1,256 @@
+// Triangle kernels by themselves: every instruction set writes the same bytes, and a scissor rectangle cuts exactly.
+#include <cstdint>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "renderer/core/kernel_sets.h"
+
+namespace {
+
+using krb::Triangle_Configuration;
+
+// Buffers of one drawing, filled with noise. Rows start at odd places, and what lies between them must never change. All drawings
+// go to the same memory, since the dither phase follows addresses.
+struct Canvas {
+    static constexpr std::int32_t width = 61, height = 40, guard = 96;
+    static constexpr std::int32_t color_stride = width * 4 + guard, depth_stride = width * 2 + guard;
+
+    using Bytes = std::vector<std::uint8_t>;
+
+    explicit Canvas(std::uint32_t seed) {
+        std::mt19937 random(seed);
+        for (Bytes* bytes : {&color(), &depth()}) {
+            for (std::uint8_t& byte : *bytes) {
+                byte = static_cast<std::uint8_t>(random());
+            }
+        }
+    }
+
+    static Bytes& color() {
+        static Bytes bytes(static_cast<std::size_t>(color_stride * (height + 2)));
+        return bytes;
+    }
+    static Bytes& depth() {
+        static Bytes bytes(static_cast<std::size_t>(depth_stride * (height + 2)));
+        return bytes;
+    }
+    static std::size_t color_offset(std::int32_t row) { return offset(row, color_stride); }
+    static std::size_t depth_offset(std::int32_t row) { return offset(row, depth_stride); }
+
+private:
+    static std::size_t offset(std::int32_t row, std::int32_t stride) {
+        return static_cast<std::size_t>((height - row) * stride + guard / 2 + 3);
+    }
+};
+
+// What a drawing left in the buffers.
+struct Drawing {
+    Canvas::Bytes color, depth;
+
+    bool operator==(const Drawing&) const = default;
+
+    // For messages: the first byte that differs.
+    std::string difference(const Drawing& other) const {
+        for (std::size_t i = 0; i < color.size(); ++i) {
+            if (color[i] != other.color[i]) {
+                return "colour byte " + std::to_string(i) + ", row start " + std::to_string(Canvas::color_offset(0));
+            }
+        }
+        return "depth";
+    }
+};
+
+struct Scene {
+    std::vector<VT_DCI_Point> points;
+    std::vector<VT_RGB32> colors;
+    krb::Dither dither;
+    krb::Face_Pattern pattern{};
+    std::vector<std::uint8_t> bitmap;
+    std::vector<std::uint8_t> mask;
+    std::vector<const std::uint8_t*> mask_rows;
+    std::vector<VT_RGB32> texels;
+    std::vector<VT_RGB32> palette;
+    std::vector<krb::Texel_Coordinates> coordinates;
+    krb::Triangle_Target target{};
+
+    explicit Scene(std::uint32_t seed) : dither(krb::make_dither(VT_Color_Cube({6, 5, 4}, 1, 7))) {
+        std::mt19937 random(seed);
+        const auto below = [&random](std::uint32_t end) { return static_cast<std::int32_t>(random() % end); };
+        const std::int32_t count = 3 + below(12);
+        for (std::int32_t i = 0; i < count; ++i) {
+            // Small steps now and then, so that spans of every length, slivers and repeated points occur.
+            if (i > 0 && below(3) == 0) {
+                VT_DCI_Point near = points.back();
+                near.x = std::min(near.x + below(4), Canvas::width - 1);
+                near.y = std::min(near.y + below(4), Canvas::height - 1);
+                points.push_back(near);
+                colors.push_back(below(2) == 0 ? colors.back() : random_color(random));
+            } else {
+                points.push_back({below(Canvas::width), below(Canvas::height), below(65536)});
+                colors.push_back(random_color(random));
+            }
+        }
+        for (std::uint32_t& row : pattern.stock_rows) {
+            row = static_cast<std::uint32_t>(below(256)) * 0x01010101U;
+        }
+        if (below(2) == 0) {
+            pattern.width = 1 + below(23);
+            pattern.height = 1 + below(9);
+            for (std::int32_t i = 0; i < pattern.width * pattern.height; ++i) {
+                bitmap.push_back(static_cast<std::uint8_t>(below(2)));
+            }
+            pattern.bitmap = bitmap.data();
+        }
+        pattern.inverted = below(2) == 0;
+        pattern.opaque_gaps = below(2) == 0;
+        pattern.contrast = random_color(random);
+        // Long stretches of either kind and single bits: whole groups inside, outside and mixed.
+        constexpr std::int32_t mask_stride = Canvas::width / 8 + 5;
+        for (std::int32_t i = 0; i < mask_stride * Canvas::height; ++i) {
+            mask.push_back(static_cast<std::uint8_t>(below(3) == 0 ? below(256) : below(2) == 0 ? 0 : 255));
+        }
+        for (std::int32_t row = 0; row < Canvas::height; ++row) {
+            mask_rows.push_back(mask.data() + row * mask_stride);
+        }
+        target.texture_width_mask = (1 << below(5)) - 1;
+        target.texture_height_mask = (1 << below(5)) - 1;
+        for (std::int32_t i = 0; i < (target.texture_width_mask + 1) * (target.texture_height_mask + 1); ++i) {
+            texels.push_back(random_color(random));
+        }
+        for (std::int32_t i = 0; i < 256; ++i) {
+            palette.push_back(random_color(random));
+        }
+        // A little more than the texture, so that some pixels lie off it.
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            coordinates.push_back({below(static_cast<std::uint32_t>(target.texture_width_mask + 2) << 16) - 0x8000,
+                                   below(static_cast<std::uint32_t>(target.texture_height_mask + 2) << 16) - 0x8000});
+        }
+        target.dither_bias = 128 * below(2);
+        target.width = Canvas::width;
+        target.depth_bias = -below(2);
+        target.depth_inverted = below(3) == 0;
+        target.depth_written = below(2) == 0;
+        target.background = 0xFF000000U | static_cast<std::uint32_t>(below(256));
+        target.alternate_background = target.background ^ 1;
+        target.merged_index8 = [](const void*, std::uint8_t stored, std::uint8_t index) {
+            return static_cast<std::uint8_t>(stored * 3 + index);
+        };
+    }
+
+    Drawing draw(const krb::Kernel_Set& set, Triangle_Configuration configuration, std::uint32_t seed) {
+        const Canvas canvas(seed);
+        std::vector<std::uint8_t*> color_rows, depth_rows;
+        for (std::int32_t row = 0; row < Canvas::height; ++row) {
+            color_rows.push_back(Canvas::color().data() + Canvas::color_offset(row));
+            depth_rows.push_back(Canvas::depth().data() + Canvas::depth_offset(row));
+        }
+        target.color_rows = color_rows.data();
+        target.depth_rows = depth_rows.data();
+        target.dither = &dither;
+        target.pattern = &pattern;
+        target.palette = reinterpret_cast<const std::uint8_t*>(palette.data());
+        target.texels = reinterpret_cast<const std::uint8_t*>(texels.data());
+        // A pattern comes with a mask now and then.
+        const bool masked =
+            configuration.clip == krb::Clip_Rule::masked || (configuration.clip == krb::Clip_Rule::patterned && seed % 2 == 0);
+        target.mask_rows = masked ? mask_rows.data() : nullptr;
+        Triangle_Configuration flat = configuration;
+        flat.shading = krb::Shading::flat;
+        (*set.triangles)[configuration](target, {static_cast<std::int32_t>(points.size()), points.data(), colors.data(), false,
+                                                 (*set.triangles)[flat], coordinates.data()});
+        return {Canvas::color(), Canvas::depth()};
+    }
+
+private:
+    static VT_RGB32 random_color(std::mt19937& random) {
+        VT_RGB32 color = color_of(static_cast<std::uint32_t>(random()));
+        color.alpha = random() % 3 == 0 ? std::uint8_t{255} : random() % 3 == 0 ? std::uint8_t{0} : color.alpha;
+        return color;
+    }
+};
+
+std::string described(Triangle_Configuration c) {
+    return "shading " + std::to_string(static_cast<int>(c.shading)) + " format " + std::to_string(static_cast<int>(c.format)) +
+           " depth " + std::to_string(static_cast<int>(c.depth)) + " pixel " + std::to_string(static_cast<int>(c.pixel)) +
+           " clip " + std::to_string(static_cast<int>(c.clip));
+}
+
+template <class Test> void for_each_configuration(Test test) {
+    for (int position = 0; position < krb::triangle_configuration_count; ++position) {
+        const Triangle_Configuration configuration = Triangle_Configuration::at(position);
+        ASSERT_EQ(configuration.position(), position);
+        if (configuration.valid()) {
+            test(configuration);
+        }
+    }
+}
+
+TEST(Triangle_Kernels, exist_for_exactly_the_valid_configurations_in_every_set) {
+    for (const krb::Kernel_Set* set : krb::supported_kernel_sets()) {
+        for (int position = 0; position < krb::triangle_configuration_count; ++position) {
+            const Triangle_Configuration configuration = Triangle_Configuration::at(position);
+            EXPECT_EQ((*set->triangles)[configuration] != nullptr, configuration.valid())
+                << set->name << ' ' << described(configuration);
+        }
+    }
+}
+
+TEST(Triangle_Kernels, write_the_same_bytes_in_every_set) {
+    for_each_configuration([](Triangle_Configuration configuration) {
+        for (std::uint32_t seed = 0; seed < 60; ++seed) {
+            Scene scene(seed);
+            const Drawing expected = scene.draw(krb::portable_kernel_set(), configuration, seed);
+            for (const krb::Kernel_Set* set : krb::supported_kernel_sets()) {
+                ASSERT_EQ(scene.draw(*set, configuration, seed), expected)
+                    << set->name << ' ' << described(configuration) << " seed " << seed;
+            }
+        }
+    });
+}
+
+// Inside the rectangle the bytes of the uncut drawing, everywhere else what was there before.
+Drawing cut(const Drawing& before, const Drawing& whole, const krb::Triangle_Target& to, std::int32_t pixel_bytes) {
+    Drawing expected = before;
+    for (std::int32_t row = to.first_row; row < to.end_row; ++row) {
+        const auto copy = [&](const Canvas::Bytes& from, Canvas::Bytes& into, std::size_t start, std::int32_t bytes) {
+            const auto begin = static_cast<std::ptrdiff_t>(start) + to.first_column * bytes;
+            std::copy(from.begin() + begin, from.begin() + begin + (to.end_column - to.first_column) * bytes,
+                      into.begin() + begin);
+        };
+        copy(whole.color, expected.color, Canvas::color_offset(row), pixel_bytes);
+        copy(whole.depth, expected.depth, Canvas::depth_offset(row), 2);
+    }
+    return expected;
+}
+
+TEST(Triangle_Kernels, draw_inside_a_scissor_rectangle_exactly_what_they_draw_without_one) {
+    for_each_configuration([](Triangle_Configuration configuration) {
+        for (std::uint32_t seed = 0; seed < 40; ++seed) {
+            Scene scene(seed);
+            std::mt19937 random(~seed);
+            for (const krb::Kernel_Set* set : krb::supported_kernel_sets()) {
+                scene.target.scissored = false;
+                const Drawing whole = scene.draw(*set, configuration, seed);
+                const Canvas canvas(seed);
+                const Drawing before{Canvas::color(), Canvas::depth()};
+                scene.target.scissored = true;
+                scene.target.first_column = static_cast<std::int32_t>(random() % Canvas::width);
+                scene.target.end_column = scene.target.first_column + static_cast<std::int32_t>(random() & 0xFFFF) %
+                                                                          (Canvas::width - scene.target.first_column + 1);
+                scene.target.first_row = static_cast<std::int32_t>(random() % Canvas::height);
+                scene.target.end_row =
+                    scene.target.first_row +
+                    static_cast<std::int32_t>(random() % static_cast<std::uint32_t>(Canvas::height - scene.target.first_row + 1));
+                const std::int32_t pixel_bytes = configuration.format == krb::Pixel_Format::rgb32 ? 4 : 1;
+                ASSERT_EQ(scene.draw(*set, configuration, seed), cut(before, whole, scene.target, pixel_bytes))
+                    << set->name << ' ' << described(configuration) << " seed " << seed;
+            }
+        }
+    });
+}
+
+} // namespace

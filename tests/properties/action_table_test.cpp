@@ -1,0 +1,204 @@
+// Which slots establish fills in which case.
+#include <map>
+#include <set>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "renderer/host/rendition.h"
+#include "tests/support/test_renderer.h"
+
+namespace {
+
+// o = the renderer's own function, h = the host's standard function, - = the slot is not touched, e = own or the host's by
+// "Hardcopy Mode". One letter a case, in the order of renderer_cases.
+const std::map<std::string_view, std::string_view>& installed() {
+    static const std::map<std::string_view, std::string_view> table{
+        {"draw_2d_polyline", "------"},
+        {"draw_dc_polyline", "------"},
+        {"draw_2di_polyline", "oooooo"},
+        {"draw_dci_polyline", "oooooo"},
+        {"draw_3d_polyline", "------"},
+        {"draw_2d_colorized_polyline", "------"},
+        {"draw_dc_colorized_polyline", "------"},
+        {"draw_2di_colorized_polyline", "oooooo"},
+        {"draw_dci_colorized_polyline", "oooooo"},
+        {"draw_3d_colorized_polyline", "------"},
+        {"draw_2d_gouraud_polyline", "------"},
+        {"draw_dc_gouraud_polyline", "------"},
+        {"draw_2di_gouraud_polyline", "oooooo"},
+        {"draw_dci_gouraud_polyline", "oooooo"},
+        {"draw_3d_gouraud_polyline", "------"},
+        {"draw_2d_polytriangle", "oooooo"},
+        {"draw_dc_polytriangle", "oooooo"},
+        {"draw_2di_polytriangle", "oooooo"},
+        {"draw_dci_polytriangle", "oooooo"},
+        {"draw_3d_polytriangle", "oooooo"},
+        {"draw_2d_colorized_polytriangle", "oooooo"},
+        {"draw_dc_colorized_polytriangle", "oooooo"},
+        {"draw_2di_colorized_polytriangle", "oooooo"},
+        {"draw_dci_colorized_polytriangle", "oooooo"},
+        {"draw_3d_colorized_polytriangle", "------"},
+        {"draw_2d_gouraud_polytriangle", "oooooo"},
+        {"draw_dc_gouraud_polytriangle", "oooooo"},
+        {"draw_2di_gouraud_polytriangle", "oooooo"},
+        {"draw_dci_gouraud_polytriangle", "oooooo"},
+        {"draw_3d_gouraud_polytriangle", "------"},
+        {"draw_2d_textured_polytriangle", "---ooo"},
+        {"draw_dc_textured_polytriangle", "---ooo"},
+        {"draw_2di_textured_polytriangle", "---ooo"},
+        {"draw_dci_textured_polytriangle", "---ooo"},
+        {"draw_3d_textured_polytriangle", "------"},
+        {"draw_2d_polygon", "oooooo"},
+        {"draw_dc_polygon", "oooooo"},
+        {"draw_2di_polygon", "oooooo"},
+        {"draw_dci_polygon", "oooooo"},
+        {"draw_3d_polygon", "------"},
+        {"draw_2d_polymarker", "------"},
+        {"draw_dc_polymarker", "------"},
+        {"draw_2di_polymarker", "ooo-oo"},
+        {"draw_dci_polymarker", "------"},
+        {"draw_3d_polymarker", "------"},
+        {"draw_2d_colorized_polymarker", "------"},
+        {"draw_dc_colorized_polymarker", "------"},
+        {"draw_2di_colorized_polymarker", "--o---"},
+        {"draw_dci_colorized_polymarker", "------"},
+        {"draw_3d_colorized_polymarker", "------"},
+        {"draw_dci_dot", "oooooo"},
+        {"draw_dci_ellipse", "-ee---"},
+        {"draw_dci_elliptical_arc", "-ee---"},
+        {"draw_dci_index8_image", "ohhohh"},
+        {"draw_dci_rgb32_image", "hoohoo"},
+        {"draw_dci_image", "oooooo"},
+        {"draw_window", "oooooo"},
+        {"clear_depth_rectangle", "oooooo"},
+        {"write_depth_rectangle", "---ooo"},
+        {"read_depth_image", "---ooo"},
+        {"read_color_image", "oooooo"},
+    };
+    return table;
+}
+
+// Slots that "Enable Tiling" fills besides.
+const std::set<std::string_view> tiled{
+    "draw_3d_polytriangle", "draw_3d_colorized_polytriangle", "draw_3d_gouraud_polytriangle", "draw_3d_textured_polytriangle",
+    "draw_3d_polyline",     "draw_3d_colorized_polyline",     "draw_3d_gouraud_polyline"};
+
+constexpr std::int32_t untouched_mark = 7;
+
+Renderer_Setup setup_of_case(std::size_t index) {
+    Renderer_Setup setup;
+    setup.color_system = renderer_cases[index].color_system;
+    setup.depth = renderer_cases[index].depth;
+    setup.alpha = renderer_cases[index].alpha;
+    return setup;
+}
+
+// Establishes again over slots that are marked, so that untouched ones show.
+void establish_over_marks(VT_Renderer_Data& renderer) {
+    for_each_action([&](std::string_view, auto slot, auto* standard) {
+        renderer.actions.*slot = {nullptr, standard, 99, untouched_mark};
+    });
+    renderer.establish();
+}
+
+struct Installed {
+    bool is_touched, is_host_function;
+};
+
+// Slots by name; the fields that every write sets are checked on the way.
+std::map<std::string_view, Installed> installed_in(VT_Renderer_Data& renderer) {
+    std::map<std::string_view, Installed> slots;
+    for_each_action([&](std::string_view name, auto slot, auto* standard) {
+        const auto& action = renderer.actions.*slot;
+        slots[name] = {action.enabled != untouched_mark, action.function == standard};
+        if (action.enabled != untouched_mark) {
+            EXPECT_EQ(action.owner, &renderer) << name;
+            EXPECT_NE(action.function, nullptr) << name;
+            EXPECT_EQ(action.reserved, 0U) << name;
+            EXPECT_EQ(action.enabled, 1) << name;
+        }
+    });
+    return slots;
+}
+
+// Slots whose own functions are still to come: the host draws meanwhile.
+bool may_be_drawn_by_host(std::string_view name) {
+    const auto has = [name](std::string_view part) { return name.find(part) != std::string_view::npos; };
+    const bool is_device_triangle = (has("_dc_") || has("_dci_")) && has("polytriangle") && !has("textured");
+    return has("draw_") && !is_device_triangle && name != "draw_dci_dot" && name != "draw_window";
+}
+
+void expect_case(VT_Renderer_Data& renderer, std::size_t index, bool is_tiled) {
+    const auto slots = installed_in(renderer);
+    ASSERT_EQ(slots.size(), installed().size());
+    for (const auto& [name, letters] : installed()) {
+        SCOPED_TRACE(std::string(name) + " in " + describe(setup_of_case(index)));
+        char expected = letters[index];
+        if (is_tiled && tiled.count(name) != 0) {
+            expected = 'o';
+        }
+        EXPECT_EQ(slots.at(name).is_touched, expected != '-');
+        if (expected == 'h') {
+            EXPECT_TRUE(slots.at(name).is_host_function);
+        } else if (expected != '-' && !may_be_drawn_by_host(name)) {
+            EXPECT_FALSE(slots.at(name).is_host_function);
+        }
+    }
+}
+
+} // namespace
+
+TEST(Action_table, Holds_what_each_case_needs_and_leaves_the_rest_alone) {
+    for (std::size_t index = 0; index < std::size(renderer_cases); ++index) {
+        Test_Renderer renderer(setup_of_case(index));
+        establish_over_marks(*renderer);
+        expect_case(*renderer, index, false);
+        renderer->current_table.find("Enable Tiling")->set(true);
+        establish_over_marks(*renderer);
+        expect_case(*renderer, index, true);
+    }
+}
+
+TEST(Action_table, Takes_other_color_systems_for_palette_indices) {
+    Renderer_Setup setup = setup_of_case(3);
+    setup.color_system = 2;
+    Test_Renderer renderer(setup);
+    establish_over_marks(*renderer);
+    expect_case(*renderer, 3, false);
+}
+
+TEST(Action_table, Keeps_slots_of_earlier_options_that_the_present_ones_do_not_name) {
+    Test_Renderer renderer(setup_of_case(4));
+    const auto textured = renderer->actions.draw_dci_textured_polytriangle;
+    const auto read_depth = renderer->actions.read_depth_image;
+    renderer->current_options.set_buffer_depth(0);
+    renderer->establish_all();
+    EXPECT_EQ(renderer->actions.draw_dci_textured_polytriangle.function, textured.function);
+    EXPECT_EQ(renderer->actions.read_depth_image.function, read_depth.function);
+    EXPECT_EQ(renderer->actions.read_depth_image.enabled, 1);
+}
+
+TEST(Action_table, Leaves_ellipses_to_the_host_when_both_tables_ask_for_hardcopy) {
+    Test_Renderer renderer(setup_of_case(1));
+    const auto is_hosts = [&] {
+        renderer->establish();
+        return renderer->actions.draw_dci_ellipse.function == &VD_Standard_Draw_DCI_Ellipse &&
+               renderer->actions.draw_dci_elliptical_arc.function == &VD_Standard_Draw_DCI_Elliptical_Arc;
+    };
+    const auto own = is_hosts(); // until the renderer draws ellipses itself, the host does anyway
+    renderer->current_table.find("Hardcopy Mode")->set(true);
+    EXPECT_EQ(is_hosts(), own);
+    renderer->requested_table.find("Hardcopy Mode")->set(true);
+    EXPECT_TRUE(is_hosts());
+}
+
+// Without depth the clear is there and does nothing.
+TEST(Action_table, Clearing_depth_without_depth_does_nothing) {
+    Test_Renderer renderer(setup_of_case(1));
+    const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+    rendition->window.rectangle = {-1000, 1000, -1000, 1000};
+    renderer->actions.clear_depth_rectangle.function(*renderer, *rendition);
+    EXPECT_EQ(renderer.color().pixel(0, 0), 0U);
+    EXPECT_TRUE(renderer.take_handed_over().empty());
+}

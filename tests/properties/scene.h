@@ -1,0 +1,56 @@
+// Random drawing: seeded scenes of calls for any configuration.
+#pragma once
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "renderer/host/rendition.h"
+#include "tests/support/renderer_setup.h"
+
+// Whole numbers that are the same for a seed everywhere.
+class Random {
+public:
+    explicit Random(std::uint64_t seed) : generator_(seed) {}
+
+    // least to most, both included.
+    std::int32_t number(std::int32_t least, std::int32_t most) {
+        const auto range = static_cast<std::uint64_t>(std::int64_t{most} - least) + 1;
+        return static_cast<std::int32_t>(least + static_cast<std::int64_t>(generator_() % range));
+    }
+    bool chance(std::int32_t percent) { return number(1, 100) <= percent; }
+    std::uint8_t byte() { return static_cast<std::uint8_t>(number(0, 255)); }
+    template <class Values> auto one_of(const Values& values) {
+        return values[static_cast<std::size_t>(number(0, static_cast<std::int32_t>(std::size(values)) - 1))];
+    }
+
+private:
+    std::mt19937_64 generator_;
+};
+
+enum class Call_Kind { dot, flat, colorized, gouraud, draw_window, clear_depth };
+
+// One call of a slot, and the depth switches that it runs under.
+struct Call {
+    Call_Kind kind = Call_Kind::dot;
+    VT_Reference<VT_Rendition> rendition;
+    std::vector<VT_DCI_Point> points;
+    std::vector<VT_Point> floating_points; // when not empty, the DC form is called with these
+    std::vector<VT_RGB32> colors;
+    bool single_color = false;
+    bool z_write = true;
+    std::int32_t z_test = 2;
+};
+
+std::string describe(const Call& call);
+
+struct Scene {
+    Renderer_Setup setup;
+    std::vector<std::uint32_t> colors; // what the buffers hold at first, row after row
+    std::vector<std::uint16_t> depths;
+    std::vector<Call> calls;
+};
+
+// A scene of one renderer case with window, layouts, contents and calls by chance.
+Scene random_scene(std::size_t renderer_case, std::uint64_t seed);

@@ -1,0 +1,43 @@
+// Frame buffers at any alignment, between guard bytes.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "renderer/host/frame_buffer.h"
+
+// Where the rows of a buffer lie in memory.
+struct Buffer_Layout {
+    std::int32_t offset = 0;  // bytes from a 64-byte boundary to the first pixel of the highest row
+    std::int32_t padding = 0; // bytes after the last pixel of each row
+};
+
+// Every byte that is not part of a pixel is a guard: before, after and between the rows. Pixels start as zeros. Under the
+// address sanitizer the guards around the buffer cannot even be read.
+class Guarded_Buffer final : public Frame_Buffer {
+public:
+    Guarded_Buffer(std::int32_t buffer_width, std::int32_t buffer_height, Buffer_Format buffer_format,
+                   const Buffer_Layout& layout);
+    ~Guarded_Buffer() override { open_guards(); }
+
+    std::int32_t bytes_per_pixel() const noexcept;
+    // A pixel as one number: palette index, colour word or depth.
+    std::uint32_t pixel(std::int32_t column, std::int32_t row) const noexcept;
+    void set_pixel(std::int32_t column, std::int32_t row, std::uint32_t value) noexcept;
+
+    // Says which guard byte has changed; empty when all are intact.
+    std::string broken_guard() const;
+    // Makes the guards between rows whole again: rows of full width may be filled as one block, padding included.
+    void renew_padding() noexcept;
+
+private:
+    std::size_t start_of_row(std::int32_t row) const noexcept;
+    void close_guards() const noexcept;
+    void open_guards() const noexcept;
+    std::string find_broken_guard() const;
+
+    std::vector<std::uint8_t> memory_;
+    std::size_t first_pixel_;
+    std::vector<std::uint8_t*> row_starts_;
+};

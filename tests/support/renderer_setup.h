@@ -1,0 +1,35 @@
+// What a renderer under test, and the model of it, are told before they draw.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "renderer/host/color.h"
+#include "renderer/host/geometry.h"
+#include "renderer/host/object.h"
+#include "tests/support/guarded_buffer.h"
+
+struct Renderer_Setup {
+    std::int32_t color_system = 1; // 1 = 32-bit colours, else palette indices
+    bool depth = true;
+    bool alpha = false;
+    VT_Int_Pair size{32, 32};
+    VT_Int_Pair origin;
+    VT_Int_RGB background{255, 255, 255};
+    bool force_merge = false;
+    VT_Reference<const VT_Palette> palette; // null = the default palette
+    Buffer_Layout color_layout;
+    Buffer_Layout depth_layout;
+
+    bool has_indices() const noexcept { return color_system != 1; }
+};
+
+// The six cases that renderers install different members for.
+inline constexpr struct {
+    std::int32_t color_system;
+    bool depth, alpha;
+} renderer_cases[] = {
+    {0, false, false}, {1, false, false}, {1, false, true}, {0, true, false}, {1, true, false}, {1, true, true},
+};
+
+std::string describe(const Renderer_Setup& setup);
