@@ -12,7 +12,7 @@ namespace krb {
 template <class Element, std::int32_t frame_count = 64> class Scratch {
 public:
     // A count below 1 gives no elements. Throws std::bad_alloc.
-    explicit Scratch(std::int32_t count) {
+    explicit Scratch(std::int64_t count) {
         if (count > frame_count) {
             heap_ = std::make_unique_for_overwrite<Element[]>(static_cast<std::size_t>(count));
         }

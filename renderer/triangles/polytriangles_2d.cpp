@@ -22,8 +22,11 @@ bool has_standard_pattern(const VT_Rendition& rendition) noexcept {
 VT_Int_Rectangle visible_rectangle(const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {
     const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
     const VT_Int_Pair origin = renderer.window_origin;
-    return {std::max(clip.left, origin.x), std::min(clip.right, origin.x + renderer.window_size.x - 1),
-            std::max(clip.bottom, origin.y), std::min(clip.top, origin.y + renderer.window_size.y - 1)};
+    const auto last = [](std::int32_t from, std::int32_t size, std::int32_t end) {
+        return static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{from} + size - 1, end));
+    };
+    return {std::max(clip.left, origin.x), last(origin.x, renderer.window_size.x, clip.right), std::max(clip.bottom, origin.y),
+            last(origin.y, renderer.window_size.y, clip.top)};
 }
 
 // Patterns whose cells are all gaps draw nothing unless the gaps are filled.
@@ -40,7 +43,7 @@ void walk_strip(const VT_Rendition& rendition, const VT_Int_Rectangle& rectangle
     if (rectangle.left > rectangle.right || rectangle.bottom > rectangle.top) {
         return;
     }
-    Scratch<std::uint16_t, 66> outcodes(count + 2);
+    Scratch<std::uint16_t, 66> outcodes(std::int64_t{count} + 2);
     const std::int32_t inside = VD_Clip(rectangle, count, points, outcodes.data());
     if (inside == count) {
         run(0, count);
@@ -156,6 +159,7 @@ void draw_2di_gouraud_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
     }
     const VT_Int_Rectangle rectangle = visible_rectangle(renderer, rendition);
     Triangle_Call pieces(c, renderer, rendition, Shading::gouraud, is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store);
+    prepare_pieces(pieces.target);
     Strip_Kernel* near_flat = pieces.kernel(Shading::flat, colorized_pixel_rule(c, renderer, rendition));
     walk_strip(
         rendition, rectangle, count, points,

@@ -7,7 +7,7 @@ namespace krb {
 
 Texture_Parameters texture_parameters(const VT_Face_Attributes& face, std::int32_t count, const VT_Parameter* parameters,
                                       std::int32_t parameter_width) {
-    Texture_Parameters pairs(count < 0 ? 0 : 2 * count);
+    Texture_Parameters pairs(std::int64_t{2} * count);
     const bool transformed = face.material && face.material->has_texture_matrix;
     for (std::int32_t i = 0; i < count; ++i) {
         const VT_Parameter* of_point = parameters + std::int64_t{i} * parameter_width;

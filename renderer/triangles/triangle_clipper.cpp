@@ -134,10 +134,39 @@ private:
     }
 };
 
+// The outline of the triangle. One without area contains nothing.
+class Outline {
+public:
+    explicit Outline(const Clip_Vertex (&triangle)[3]) {
+        for (int i = 0; i < 3; ++i) {
+            corners_[i] = {static_cast<double>(triangle[i].point.x), static_cast<double>(triangle[i].point.y)};
+        }
+    }
+
+    Position operator[](int i) const { return corners_[i % 3]; }
+
+    bool contains(Position point) const {
+        bool left_of = false;
+        bool right_of = false;
+        for (int i = 0; i < 3; ++i) {
+            const double turn = cross(corners_[i], (*this)[i + 1], point);
+            left_of = left_of || turn > 0;
+            right_of = right_of || turn < 0;
+        }
+        return left_of != right_of && cross(corners_[0], corners_[1], corners_[2]) != 0;
+    }
+
+private:
+    static double cross(Position a, Position b, Position c) { return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x); }
+
+    Position corners_[3];
+};
+
 // The corners of the polygon in boundary order.
 class Boundary {
 public:
-    Boundary(const Bounds& bounds, const Interpolation& interpolation) : bounds_(bounds), interpolation_(interpolation) {}
+    Boundary(const Bounds& bounds, const Outline& outline, const Interpolation& interpolation)
+        : bounds_(bounds), outline_(outline), interpolation_(interpolation) {}
 
     void add(Position at, const Clip_Vertex& vertex) {
         if (count_ > 0 && at == last_) {
@@ -151,16 +180,19 @@ public:
     }
     void add(Position at) { add(at, interpolation_.vertex_at(at)); }
 
-    // The rectangle's corners on the way from one side to another, in the triangle's turning direction.
+    // The rectangle's corners on the way from one side to another, in the triangle's turning direction. Only corners inside the
+    // triangle: the way past a corner that a sliver's edges just miss would lead round the whole rectangle.
     void add_corners(int from, int to) {
         while (from != to) {
-            if (interpolation_.counter_clockwise()) {
-                add(bounds_.corner(from));
-                from = (from + 1) % side_count;
-            } else {
-                from = (from + side_count - 1) % side_count;
-                add(bounds_.corner(from));
-            }
+            const bool forwards = interpolation_.counter_clockwise();
+            const int next = forwards ? (from + 1) % side_count : (from + side_count - 1) % side_count;
+            add_corner(forwards ? from : next);
+            from = next;
+        }
+    }
+    void add_corner(int corner) {
+        if (outline_.contains(bounds_.corner(corner))) {
+            add(bounds_.corner(corner));
         }
     }
 
@@ -169,24 +201,12 @@ public:
 
 private:
     const Bounds& bounds_;
+    const Outline& outline_;
     const Interpolation& interpolation_;
     Clip_Vertex vertices_[Clipped_Polygon::most_vertices];
     Position last_{};
     int count_ = 0;
 };
-
-bool contains(const Position (&corners)[3], Position point) {
-    bool left_of = false;
-    bool right_of = false;
-    for (int i = 0; i < 3; ++i) {
-        const Position& a = corners[i];
-        const Position& b = corners[(i + 1) % 3];
-        const double cross = (b.x - a.x) * (point.y - a.y) - (b.y - a.y) * (point.x - a.x);
-        left_of = left_of || cross > 0;
-        right_of = right_of || cross < 0;
-    }
-    return left_of != right_of;
-}
 
 void put_in_strip_order(const Boundary& boundary, Clipped_Polygon& polygon) {
     polygon.count = boundary.count();
@@ -206,18 +226,15 @@ std::int32_t clip_triangle_to_rectangle(const VT_Int_Rectangle& rectangle, const
                                         Clipped_Polygon& polygon) {
     const Bounds bounds{double(rectangle.left), double(rectangle.right) + 1, double(rectangle.bottom), double(rectangle.top) + 1};
     const Interpolation interpolation(triangle);
-    Boundary boundary(bounds, interpolation);
-    Position corners[3];
-    for (int i = 0; i < 3; ++i) {
-        corners[i] = {double(triangle[i].point.x), double(triangle[i].point.y)};
-    }
+    const Outline corners(triangle);
+    Boundary boundary(bounds, corners, interpolation);
 
     int first_entry = side_count;
     int last_exit = side_count;
     bool any = false;
     for (int i = 0; i < 3; ++i) {
         const Position from = corners[i];
-        const Position to = corners[(i + 1) % 3];
+        const Position to = corners[i + 1];
         const Visible_Edge edge(from, to, bounds);
         if (!edge.exists) {
             continue;
@@ -252,9 +269,9 @@ std::int32_t clip_triangle_to_rectangle(const VT_Int_Rectangle& rectangle, const
     if (last_exit != side_count && first_entry != side_count) {
         boundary.add_corners(last_exit, first_entry);
     }
-    if (!any && contains(corners, bounds.corner(0))) {
+    if (!any) {
         for (int k = 0; k < side_count; ++k) {
-            boundary.add(bounds.corner(interpolation.counter_clockwise() ? k : side_count - 1 - k));
+            boundary.add_corner(interpolation.counter_clockwise() ? k : side_count - 1 - k);
         }
     }
     if (boundary.count() < 3 || boundary.count() > Clipped_Polygon::most_vertices) {
