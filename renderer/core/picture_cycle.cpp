@@ -23,6 +23,9 @@ Cells cells_of(const Software_Z_Buffer& renderer, const VT_Int_Rectangle& rectan
 
 // Fills cells with one value. Whole rows are one block that starts at the highest row.
 template <class Value> void fill_cells(const Frame_Buffer& buffer, std::int32_t width, const Cells& cells, Value value) {
+    if (cells.first_column > cells.last_column || cells.first_row > cells.last_row) {
+        return;
+    }
     const auto fill = [value](std::uint8_t* from, std::int64_t bytes) {
         if constexpr (sizeof(Value) == 1) {
             std::memset(from, value, static_cast<std::size_t>(bytes));
@@ -59,25 +62,26 @@ template <class Value> void draw_window(VT_Renderer_Data& data, const VT_Renditi
     cells.last_column = std::min<std::int64_t>(cells.last_column, renderer.window_size.x - 1);
     cells.first_row = std::max<std::int64_t>(cells.first_row, 0);
     cells.last_row = std::min<std::int64_t>(cells.last_row, renderer.window_size.y - 1);
-    if (cells.first_column <= cells.last_column && cells.first_row <= cells.last_row) {
-        fill_cells(*renderer.color_buffer, renderer.window_size.x, cells, value);
-    }
+    fill_cells(*renderer.color_buffer, renderer.window_size.x, cells, value);
 }
 
 // Copies a rectangle of a buffer into an image of the given format; asked for one that this is not, leaves no image.
 void read_image(const Software_Z_Buffer& renderer, const VT_Reference<Frame_Buffer>& buffer, Buffer_Format format, bool requested,
                 const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right, VT_Reference<VT_Shared_Image>& image) {
     const std::int32_t pixel_bytes = format == Buffer_Format::rgb32 ? 4 : format == Buffer_Format::depth16 ? 2 : 1;
-    if (!requested || !buffer) {
+    if (!requested || !buffer || bottom_right.x < top_left.x || top_left.y < bottom_right.y) {
         image = nullptr;
         return;
     }
     const std::int32_t width = bottom_right.x - top_left.x + 1;
     const std::int32_t height = top_left.y - bottom_right.y + 1;
-    if (!image || image->width() != width || image->height() != height || image->format() != format) {
+    // An image that others hold too is theirs to keep.
+    if (!image || image->reference_count() > 1 || image->width() != width || image->height() != height ||
+        image->format() != format) {
         image = nullptr;
         image = new VT_Shared_Image(width, height, format, pixel_bytes * width, nullptr, false, false);
     }
+    image->stamp();
     const std::int64_t column = std::int64_t{top_left.x} - renderer.window_origin.x;
     const std::int32_t top_row = top_left.y - renderer.window_origin.y;
     for (std::int32_t i = 0; i < height; ++i) {

@@ -34,7 +34,7 @@ public:
           tests_depth_(has_depth(c) && renderer.draws_with_depth(rendition)),
           mask_(find_mask(renderer, rendition) ? renderer.mask_cache->newest : nullptr),
           column_(start.x - renderer.window_origin.x) {
-        depth_.setup_15(start.z, end.z, end.x - start.x);
+        depth_.setup_15(start.z, end.z, wrapping_subtract(end.x, start.x));
     }
 
     // source: null = zeros.
@@ -96,8 +96,8 @@ template <Case c>
 void copy_image(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point& start, const VT_DCI_Point& end,
                 std::int32_t stride, const std::uint8_t* source) {
     Software_Z_Buffer& renderer = renderer_of(data);
-    const std::int32_t window_right = renderer.window_origin.x - 1 + renderer.window_size.x;
-    const std::int64_t count = std::int64_t{std::min(end.x, window_right)} - start.x + 1;
+    const std::int64_t window_right = std::int64_t{renderer.window_origin.x} - 1 + renderer.window_size.x;
+    const std::int64_t count = std::min<std::int64_t>(end.x, window_right) - start.x + 1;
     if (!renderer.color_buffer || count < 1) {
         return;
     }

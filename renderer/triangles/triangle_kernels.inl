@@ -333,6 +333,9 @@ inline Tail tail_of(std::int32_t column, std::int32_t count, std::int32_t width)
     }
 }
 
+template <class Lanes> struct Is_Whole_Group { static constexpr bool value = false; };
+template <> struct Is_Whole_Group<All> { static constexpr bool value = true; };
+
 // Draws one span group by group. Rules are those of the configuration, the colour is the source's.
 template <Triangle_Configuration c, class Source> struct Span {
     using Depth = typename Depth_Of<c.depth>::type;
@@ -485,8 +488,11 @@ private:
             std::uint8_t* at = depth_row + std::int64_t{2} * column;
             const Int depths = shift_right<15>(depth.value) & splat(0xFFFF);
             const Active passed = Depth::pass(target, lanes, depths, load_depths(at, lanes));
-            if (none(passed)) {
-                return;
+            // A short group is drawn whatever passes: the branch would cost more than it saves.
+            if constexpr (Is_Whole_Group<Lanes>::value) {
+                if (none(passed)) {
+                    return;
+                }
             }
             const Active visible = visible_lanes(passed);
             if (Depth::writes(target)) {
