@@ -106,7 +106,7 @@ private:
         }
         for (; !cuts_.empty() && is_same(cuts_.top().corner, corner); cuts_.pop()) {
             const std::size_t edge = cuts_.top().edge;
-            if (states_[edge].waits_at_cut) {
+            if (states_[edge].waits_at_cut && is_same(edges_[edge].low, corner)) {
                 states_[edge].waits_at_cut = false;
                 beginning_.push_back(edge);
             } else {
@@ -229,7 +229,8 @@ private:
             place->high = corner;
             cuts_.push({corner, edge});
         } else {
-            // A rounded cut may lie before the low end of an almost level edge, or after its high end. This sweep cannot go on there.
+            // A rounded cut may lie before the low end of an almost level edge, or after its high end. This sweep cannot go on
+            // there.
             pieces_.emplace_back(place->low, corner);
             pieces_.emplace_back(corner, edges_[edge].high);
             line_.erase(place);

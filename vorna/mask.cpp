@@ -24,11 +24,18 @@ bool is_finite(const VT_Point& point) noexcept {
     return std::isfinite(point.x) && std::isfinite(point.y);
 }
 
+struct Exact_Point {
+    double x, y;
+};
+
 // An edge with its lower end first, whichever way its contour runs: both regions beside it then find the same crossings.
 struct Upward_Edge {
-    Upward_Edge(const VT_Point& a, const VT_Point& b) noexcept : low(a.y <= b.y ? a : b), high(a.y <= b.y ? b : a) {}
+    Upward_Edge(const VT_Point& a, const VT_Point& b) noexcept
+        : low(a.y <= b.y ? Exact_Point{a.x, a.y} : Exact_Point{b.x, b.y}),
+          high(a.y <= b.y ? Exact_Point{b.x, b.y} : Exact_Point{a.x, a.y}), slope((high.x - low.x) / (high.y - low.y)) {}
 
-    VT_Point low, high;
+    Exact_Point low, high;
+    double slope; // of no use on a level edge, which crosses no row
 };
 
 // The first of count rows or columns whose centre, at origin + 0.5 and on, is at the value or beyond it; count when there is
@@ -39,15 +46,17 @@ std::int32_t first_centre(double value, double origin, std::int32_t count) noexc
 
 // The first of width columns whose centre is not left of the edge on the line at y.
 std::int32_t first_column(const Upward_Edge& edge, double y, double origin, std::int32_t width) noexcept {
-    const double low_x = edge.low.x;
-    const double run = edge.high.x - low_x;
-    const double rise = y - edge.low.y;
-    const double height = double{edge.high.y} - edge.low.y;
-    const auto is_reached_by = [&](std::int32_t column) {
-        return vorna::compare_products(origin + column + 0.5 - low_x, height, rise, run) >= 0;
+    const double x = edge.low.x + edge.slope * (y - edge.low.y);
+    std::int32_t column = first_centre(x, origin, width);
+    // Rounding moves x by less than this, and only a centre so near to x needs an exact look.
+    const double most_error = 1e-15 * (std::abs(edge.low.x) + std::abs(edge.high.x) + std::abs(origin) + width);
+    const double centres = x - (origin + 0.5);
+    if (std::abs(centres - std::nearbyint(centres)) > most_error) {
+        return column;
+    }
+    const auto is_reached_by = [&](std::int32_t i) {
+        return vorna::turn(edge.low, edge.high, Exact_Point{origin + i + 0.5, y}) <= 0;
     };
-    // The quotient is rounded and only starts the search.
-    std::int32_t column = first_centre(low_x + rise * run / height, origin, width);
     while (column > 0 && is_reached_by(column - 1)) {
         --column;
     }

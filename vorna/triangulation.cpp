@@ -3,11 +3,13 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
-#include <memory>
+#include <optional>
+#include <set>
 
 #include "renderer/host/contour.h"
-#include "vorna/exact.h"
+#include "vorna/edges.h"
 
 // Edges are first cut where they cross or touch, so that afterwards they meet in common ends only. A sweep over their ends, from
 // low to high, then cuts the inside into pieces that are monotone in that direction and each piece into triangles. Apart from
@@ -16,241 +18,98 @@
 
 namespace {
 
-// Two coordinates in double precision, which keeps crossings apart that single precision would merge.
-struct Seen_Point {
-    double x = 0, y = 0;
-};
-
-// A corner as it is given, and as it is seen along the projection.
-struct Corner {
-    Seen_Point seen;
-    VT_Point given;
-};
-
-// The order of the sweep: upwards, and on one height to the right.
-bool is_before(const Corner& a, const Corner& b) noexcept {
-    return a.seen.y != b.seen.y ? a.seen.y < b.seen.y : a.seen.x < b.seen.x;
-}
-
-bool is_same(const Corner& a, const Corner& b) noexcept {
-    return a.seen.x == b.seen.x && a.seen.y == b.seen.y;
-}
-
-int turn(const Corner& a, const Corner& b, const Corner& c) noexcept {
-    return vorna::turn(a.seen, b.seen, c.seen);
-}
+using vorna::Corner;
+using vorna::Edge;
+using vorna::is_same;
+using vorna::turn;
 
 // Sees the plane of the two axes that the direction is least along, turned so that their order is kept.
-Corner see(const VT_Point& point, const VT_Vector& direction) noexcept {
-    const float x = std::abs(direction.x);
-    const float y = std::abs(direction.y);
-    const float z = std::abs(direction.z);
-    if (z >= x && z >= y) {
-        return {{point.x, point.y}, point};
+class Projection {
+public:
+    explicit Projection(const VT_Vector& direction) noexcept {
+        const float x = std::abs(direction.x);
+        const float y = std::abs(direction.y);
+        const float z = std::abs(direction.z);
+        along_ = z >= x && z >= y ? Axis::z : x >= y ? Axis::x : Axis::y;
     }
-    return x >= y ? Corner{{point.y, point.z}, point} : Corner{{point.z, point.x}, point};
-}
+
+    Corner see(const VT_Point& point) const noexcept {
+        switch (along_) {
+        case Axis::x:
+            return {point.y, point.z, point.x};
+        case Axis::y:
+            return {point.z, point.x, point.y};
+        default:
+            return {point.x, point.y, point.z};
+        }
+    }
+
+    VT_Point give(const Corner& corner) const noexcept {
+        const auto x = static_cast<float>(corner.x);
+        const auto y = static_cast<float>(corner.y);
+        const auto depth = static_cast<float>(corner.depth);
+        switch (along_) {
+        case Axis::x:
+            return {depth, x, y};
+        case Axis::y:
+            return {y, depth, x};
+        default:
+            return {x, y, depth};
+        }
+    }
+
+private:
+    enum class Axis { x, y, z };
+
+    Axis along_;
+};
 
 bool is_finite(const VT_Point& point) noexcept {
     return std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
 }
 
-// low comes before high.
-struct Edge {
-    Corner low, high;
-};
-
-bool comes_before(const Edge& a, const Edge& b) noexcept {
-    if (!is_same(a.low, b.low)) {
-        return is_before(a.low, b.low);
-    }
-    return is_before(a.high, b.high);
-}
-
-std::vector<Edge> edges_of(const std::vector<VT_Contour_Set::Contour>& contours, const VT_Vector& direction) {
+std::vector<Edge> edges_of(const std::vector<VT_Contour_Set::Contour>& contours, const Projection& projection) {
     std::vector<Edge> edges;
     std::vector<Corner> corners;
     for (const auto& contour : contours) {
         corners.clear();
         for (const VT_Point& point : contour) {
             if (is_finite(point)) {
-                corners.push_back(see(point, direction));
+                corners.push_back(projection.see(point));
             }
         }
         for (std::size_t i = 0; i < corners.size(); ++i) {
-            const Corner& from = corners[i];
-            const Corner& to = corners[(i + 1) % corners.size()];
-            if (!is_same(from, to)) {
-                edges.push_back(is_before(from, to) ? Edge{from, to} : Edge{to, from});
+            const Corner& to = corners[i + 1 < corners.size() ? i + 1 : 0];
+            if (!is_same(corners[i], to)) {
+                edges.emplace_back(corners[i], to);
             }
         }
     }
     return edges;
 }
 
-// Sorts the edges; of edges that lie on each other two and two make no border.
-void cancel_pairs(std::vector<Edge>& edges) {
-    std::sort(edges.begin(), edges.end(), comes_before);
-    std::vector<Edge> kept;
-    for (const Edge& edge : edges) {
-        if (!kept.empty() && is_same(kept.back().low, edge.low) && is_same(kept.back().high, edge.high)) {
-            kept.pop_back();
-        } else {
-            kept.push_back(edge);
-        }
-    }
-    edges.swap(kept);
-}
-
-bool is_strictly_between(const Edge& edge, const Corner& corner) noexcept {
-    return is_before(edge.low, corner) && is_before(corner, edge.high);
-}
-
-// How crossings are rounded. In single precision corners are given out exactly as they were computed with, so that triangles
-// neither overlap nor part. Only crossings that crowd together within its last digits need more: forty bits, few enough for
-// the differences and products of turn to stay exact.
-enum class Precision { single, forty_bits };
-
-double rounded(double value, double largest, Precision precision) noexcept {
-    if (precision == Precision::single) {
-        return static_cast<float>(value);
-    }
-    const double unit = std::ldexp(1.0, std::ilogb(largest) - 40);
-    return std::nearbyint(value / unit) * unit;
-}
-
-Corner crossing(const Edge& a, const Edge& b, Precision precision) noexcept {
-    const Seen_Point& p = a.low.seen;
-    const double ax = a.high.seen.x - p.x;
-    const double ay = a.high.seen.y - p.y;
-    const double bx = b.high.seen.x - b.low.seen.x;
-    const double by = b.high.seen.y - b.low.seen.y;
-    const double t = ((b.low.seen.x - p.x) * by - (b.low.seen.y - p.y) * bx) / (ax * by - ay * bx);
-    const double largest = std::max({std::abs(p.x), std::abs(p.y), std::abs(a.high.seen.x), std::abs(a.high.seen.y)});
-    const auto along = [t](float from, float to) { return static_cast<float>(from + (double{to} - from) * t); };
-    const VT_Point& from = a.low.given;
-    const VT_Point& to = a.high.given;
-    return {{rounded(p.x + ax * t, largest, precision), rounded(p.y + ay * t, largest, precision)},
-            {along(from.x, to.x), along(from.y, to.y), along(from.z, to.z)}};
-}
-
-// Where an edge has to be cut.
-struct Cut {
-    std::size_t edge;
+// Corners that wait to be cut off, in chains from the highest down to the lowest.
+struct Waiting_Corner {
     Corner corner;
+    std::uint32_t below;
 };
 
-void cut_inside(std::vector<Cut>& cuts, const std::vector<Edge>& edges, std::size_t edge, const Corner& corner) {
-    if (is_strictly_between(edges[edge], corner)) {
-        cuts.push_back({edge, corner});
-    }
-}
-
-void find_cuts(std::vector<Cut>& cuts, const std::vector<Edge>& edges, std::size_t i, std::size_t j, Precision precision) {
-    const Edge& a = edges[i];
-    const Edge& b = edges[j];
-    const auto [a_left, a_right] = std::minmax(a.low.seen.x, a.high.seen.x);
-    const auto [b_left, b_right] = std::minmax(b.low.seen.x, b.high.seen.x);
-    if (a_right < b_left || b_right < a_left) {
-        return;
-    }
-    const int b_low = turn(a.low, a.high, b.low);
-    const int b_high = turn(a.low, a.high, b.high);
-    if (b_low * b_high > 0) {
-        return;
-    }
-    const int a_low = turn(b.low, b.high, a.low);
-    const int a_high = turn(b.low, b.high, a.high);
-    if (b_low * b_high < 0 && a_low * a_high < 0) {
-        // A crossing that rounds to the end of one edge cuts only the other.
-        const Corner corner = crossing(a, b, precision);
-        cut_inside(cuts, edges, i, corner);
-        cut_inside(cuts, edges, j, corner);
-        return;
-    }
-    const auto touch = [&](int side, std::size_t edge, const Corner& corner) {
-        if (side == 0) {
-            cut_inside(cuts, edges, edge, corner);
-        }
-    };
-    touch(b_low, i, b.low);
-    touch(b_high, i, b.high);
-    touch(a_low, j, a.low);
-    touch(a_high, j, a.high);
-}
-
-// All cuts of sorted edges.
-std::vector<Cut> find_cuts(const std::vector<Edge>& edges, Precision precision) {
-    std::vector<Cut> cuts;
-    std::vector<std::size_t> open; // edges that reach up to the present one's low end
-    for (std::size_t i = 0; i < edges.size(); ++i) {
-        std::erase_if(open, [&](std::size_t j) { return edges[j].high.seen.y < edges[i].low.seen.y; });
-        for (const std::size_t j : open) {
-            find_cuts(cuts, edges, i, j, precision);
-        }
-        open.push_back(i);
-    }
-    return cuts;
-}
-
-void apply_cuts(std::vector<Edge>& edges, std::vector<Cut>& cuts) {
-    std::sort(cuts.begin(), cuts.end(),
-              [](const Cut& a, const Cut& b) { return a.edge != b.edge ? a.edge < b.edge : is_before(a.corner, b.corner); });
-    for (auto cut = cuts.begin(); cut != cuts.end();) {
-        const std::size_t edge = cut->edge;
-        const Corner end = edges[edge].high;
-        Corner from = edges[edge].low;
-        bool first = true;
-        const auto add = [&](const Corner& to) {
-            if (is_same(from, to)) {
-                return;
-            }
-            if (first) {
-                edges[edge].high = to;
-                first = false;
-            } else {
-                edges.push_back({from, to});
-            }
-            from = to;
-        };
-        for (; cut != cuts.end() && cut->edge == edge; ++cut) {
-            add(cut->corner);
-        }
-        add(end);
-    }
-}
-
-// Cutting bends edges by what rounding moves a crossing, which may make a new crossing beside it; a few rounds settle that.
-void meet_in_ends_only(std::vector<Edge>& edges) {
-    constexpr int single_rounds = 8;
-    constexpr int most_rounds = 64;
-    cancel_pairs(edges);
-    for (int round = 0; round < most_rounds; ++round) {
-        std::vector<Cut> cuts = find_cuts(edges, round < single_rounds ? Precision::single : Precision::forty_bits);
-        if (cuts.empty()) {
-            return;
-        }
-        apply_cuts(edges, cuts);
-        cancel_pairs(edges);
-    }
-}
-
-class Triangle_Sink {
-public:
-    Triangle_Sink(VT_Triangle_Callback callback, void* context) noexcept : callback_(callback), context_(context) {}
-
+// Where triangles go, and the corners of those that are still to come.
+struct Output {
     // Counterclockwise; a triangle without an area is none.
     void emit(const Corner& a, const Corner& b, const Corner& c) const {
         const int side = turn(a, b, c);
         if (side != 0) {
-            const std::array<VT_Point, 3> corners{a.given, side > 0 ? b.given : c.given, side > 0 ? c.given : b.given};
-            callback_(context_, corners.data());
+            const std::array<VT_Point, 3> corners{projection.give(a), projection.give(side > 0 ? b : c),
+                                                  projection.give(side > 0 ? c : b)};
+            callback(context, corners.data());
         }
     }
 
-private:
-    VT_Triangle_Callback callback_;
-    void* context_;
+    Projection projection;
+    VT_Triangle_Callback callback;
+    void* context;
+    std::vector<Waiting_Corner> waiting = {};
 };
 
 enum class Side { left, right };
@@ -258,35 +117,45 @@ enum class Side { left, right };
 // A piece that every level line cuts once. Its corners come from low to high; what cannot be cut off yet waits on one side.
 class Monotone_Piece {
 public:
-    explicit Monotone_Piece(const Corner& lowest) : waiting_{lowest} {}
+    Monotone_Piece(const Corner& lowest, Output& out) { wait(lowest, nothing, out); }
 
-    const Corner& last() const noexcept { return waiting_.back(); }
+    Corner last(const Output& out) const { return out.waiting[top_].corner; }
     Side side() const noexcept { return side_; }
 
-    void add(const Corner& corner, Side side, const Triangle_Sink& sink) {
-        if (waiting_.size() > 1 && side != side_) {
-            finish(corner, sink);
-            waiting_ = {waiting_.back()};
+    void add(const Corner& corner, Side side, Output& out) {
+        if (side != side_ && out.waiting[top_].below != nothing) {
+            finish(corner, out);
+            wait(last(out), nothing, out);
         }
         // On its own side the corner cuts off every corner before it that bulges out.
         const int bulge = side == Side::left ? -1 : 1;
-        while (waiting_.size() > 1 && turn(waiting_[waiting_.size() - 2], waiting_.back(), corner) == bulge) {
-            sink.emit(waiting_[waiting_.size() - 2], waiting_.back(), corner);
-            waiting_.pop_back();
+        for (std::uint32_t below = out.waiting[top_].below; below != nothing; below = out.waiting[top_].below) {
+            if (turn(out.waiting[below].corner, out.waiting[top_].corner, corner) != bulge) {
+                break;
+            }
+            out.emit(out.waiting[below].corner, out.waiting[top_].corner, corner);
+            top_ = below;
         }
-        waiting_.push_back(corner);
+        wait(corner, top_, out);
         side_ = side;
     }
 
     // The corner sees all that wait: the highest corner, or one across the piece.
-    void finish(const Corner& corner, const Triangle_Sink& sink) const {
-        for (std::size_t i = 1; i < waiting_.size(); ++i) {
-            sink.emit(waiting_[i - 1], waiting_[i], corner);
+    void finish(const Corner& corner, const Output& out) const {
+        for (std::uint32_t i = top_; out.waiting[i].below != nothing; i = out.waiting[i].below) {
+            out.emit(out.waiting[out.waiting[i].below].corner, out.waiting[i].corner, corner);
         }
     }
 
 private:
-    std::vector<Corner> waiting_;
+    static constexpr std::uint32_t nothing = UINT32_MAX;
+
+    void wait(const Corner& corner, std::uint32_t below, Output& out) {
+        top_ = static_cast<std::uint32_t>(out.waiting.size());
+        out.waiting.push_back({corner, below});
+    }
+
+    std::uint32_t top_ = nothing;
     Side side_ = Side::left;
 };
 
@@ -294,151 +163,161 @@ private:
 // parts them any more. The next corner seen decides where that gap closes.
 class Region {
 public:
-    explicit Region(const Corner& lowest) { pieces_.emplace_back(lowest); }
-    explicit Region(Monotone_Piece piece) { pieces_.push_back(std::move(piece)); }
+    explicit Region(const Monotone_Piece& piece) : left_(piece) {}
 
-    void touch(const Corner& corner, Side side, const Triangle_Sink& sink) {
-        if (pieces_.size() == 2) {
-            Monotone_Piece& near = side == Side::left ? pieces_.front() : pieces_.back();
-            near.finish(corner, sink);
-            pieces_.erase(side == Side::left ? pieces_.begin() : pieces_.begin() + 1);
+    void touch(const Corner& corner, Side side, Output& out) {
+        if (right_) {
+            (side == Side::left ? left_ : *right_).finish(corner, out);
+            if (side == Side::left) {
+                left_ = *right_;
+            }
+            right_.reset();
         }
-        pieces_.front().add(corner, side, sink);
+        left_.add(corner, side, out);
     }
 
-    void finish(const Corner& corner, const Triangle_Sink& sink) {
-        for (const Monotone_Piece& piece : pieces_) {
-            piece.finish(corner, sink);
+    void finish(const Corner& corner, const Output& out) const {
+        left_.finish(corner, out);
+        if (right_) {
+            right_->finish(corner, out);
         }
     }
 
     // The corner lies inside: what is left of it stays here, what is right of it is returned.
-    std::unique_ptr<Region> split(const Corner& corner, const Triangle_Sink& sink) {
-        if (pieces_.size() == 1) {
+    Region split(const Corner& corner, Output& out) {
+        if (!right_) {
             // The last corner and this one see each other, and a new piece begins on the side where the last corner lies.
-            const Monotone_Piece begun(pieces_.front().last());
-            pieces_.insert(pieces_.front().side() == Side::left ? pieces_.begin() : pieces_.end(), begun);
+            right_.emplace(left_.last(out), out);
+            if (left_.side() == Side::left) {
+                std::swap(left_, *right_);
+            }
         }
-        pieces_.front().add(corner, Side::right, sink);
-        pieces_.back().add(corner, Side::left, sink);
-        auto right = std::make_unique<Region>(std::move(pieces_.back()));
-        pieces_.pop_back();
+        left_.add(corner, Side::right, out);
+        right_->add(corner, Side::left, out);
+        const Region right(*right_);
+        right_.reset();
         return right;
     }
 
     // Both regions have been touched by the corner in which the edges between them end.
-    void join(Region& right) { pieces_.push_back(std::move(right.pieces_.front())); }
+    void join(const Region& right) { right_ = right.left_; }
 
 private:
-    std::vector<Monotone_Piece> pieces_;
+    Monotone_Piece left_;
+    std::optional<Monotone_Piece> right_;
 };
 
 // The edges that the sweep line cuts, from left to right. Inside lies between the first and the second of them, the third and the
 // fourth, and so on; the left one of each two holds the region.
 class Sweep {
 public:
-    explicit Sweep(const Triangle_Sink& sink) noexcept : sink_(sink) {}
+    Sweep(std::size_t edges, Output& out) : places_(edges, line_.end()), out_(out) {}
 
-    // ending: how many edges end in the corner; starting: those that begin there, in any order. False when the edges do not lie
-    // in order, which takes crossings that the coordinates' precision cannot keep apart.
-    bool pass(const Corner& corner, std::size_t ending, std::vector<Edge>& starting) {
-        const std::size_t at = first_not_left_of(corner);
-        if (!end_in(corner, at, ending)) {
-            return false;
+    // The numbers of the edges that end in the corner, and of those that begin there, in any order. False when the edges do not
+    // lie in order, which takes crossings that the coordinates' precision cannot keep apart.
+    bool pass(const Corner& corner, const std::vector<std::size_t>& ending, std::vector<std::size_t>& beginning,
+              const std::vector<Edge>& edges) {
+        Place first = ending.empty() ? line_.lower_bound(corner) : places_[ending.front()];
+        while (!ending.empty() && first != line_.begin() && is_same(std::prev(first)->high, corner)) {
+            --first;
         }
-        std::sort(starting.begin(), starting.end(), [](const Edge& a, const Edge& b) { return turn(a.low, a.high, b.high) < 0; });
-
-        const bool inside_before = at % 2 == 1;
-        const bool inside_after = (at + ending) % 2 == 1;
-        std::unique_ptr<Region> after; // the region right of the corner, whose left edge changes here
-        Region* const before = inside_before ? cut_[at - 1].region.get() : nullptr;
-        if (inside_before && ending == 0) {
-            after = before->split(corner, sink_);
-        } else {
-            if (before) {
-                before->touch(corner, Side::right, sink_);
-            }
-            for (std::size_t i = at + (inside_before ? 1 : 0); i + 1 < at + ending; i += 2) {
-                cut_[i].region->finish(corner, sink_);
-            }
-            if (inside_after) {
-                after = std::move(cut_[at + ending - 1].region);
-                after->touch(corner, Side::left, sink_);
+        Place last = first;
+        for (std::size_t i = 0; i < ending.size(); ++i, ++last) {
+            if (last == line_.end() || !is_same(last->high, corner)) {
+                return false;
             }
         }
-        if (before && after && starting.empty()) {
+        std::sort(beginning.begin(), beginning.end(),
+                  [&](std::size_t a, std::size_t b) { return turn(corner, edges[a].high, edges[b].high) < 0; });
+
+        Region* const before = first != line_.begin() && std::prev(first)->region ? &*std::prev(first)->region : nullptr;
+        std::optional<Region> after = end_regions(corner, before, first, last);
+        if (before && after && beginning.empty()) {
             before->join(*after);
         }
 
-        const auto place = cut_.begin() + static_cast<std::ptrdiff_t>(at);
-        cut_.erase(place, place + static_cast<std::ptrdiff_t>(ending));
-        std::vector<Cut_Edge> begun;
-        for (const Edge& edge : starting) {
-            begun.push_back({edge, nullptr});
-            const bool is_left = (at + begun.size()) % 2 == 1;
-            if (is_left && begun.size() == starting.size()) {
-                begun.back().region = std::move(after);
-            } else if (is_left) {
-                begun.back().region = std::make_unique<Region>(corner);
+        Place place = first;
+        bool inside = before != nullptr;
+        for (const std::size_t edge : beginning) {
+            if (place == last) {
+                place = line_.insert(last, {corner, corner, std::nullopt});
             }
+            inside = !inside;
+            place->low = corner;
+            place->high = edges[edge].high;
+            if (!inside) {
+                place->region.reset();
+            } else if (edge == beginning.back()) {
+                place->region = after;
+            } else {
+                place->region.emplace(Monotone_Piece(corner, out_));
+            }
+            places_[edge] = place++;
         }
-        cut_.insert(cut_.begin() + static_cast<std::ptrdiff_t>(at), std::make_move_iterator(begun.begin()),
-                    std::make_move_iterator(begun.end()));
+        line_.erase(place, last);
         return true;
     }
 
 private:
     struct Cut_Edge {
-        Edge edge;
-        std::unique_ptr<Region> region;
+        mutable Corner low, high;
+        mutable std::optional<Region> region;
     };
 
-    std::size_t first_not_left_of(const Corner& corner) const {
-        const auto is_left = [&corner](const Cut_Edge& cut) { return turn(cut.edge.low, cut.edge.high, corner) < 0; };
-        return static_cast<std::size_t>(std::partition_point(cut_.begin(), cut_.end(), is_left) - cut_.begin());
-    }
+    using Line = std::multiset<Cut_Edge, vorna::Left_To_Right>;
+    using Place = Line::iterator;
 
-    bool end_in(const Corner& corner, std::size_t at, std::size_t count) const {
-        for (std::size_t i = at; i < at + count; ++i) {
-            if (i >= cut_.size() || !is_same(cut_[i].edge.high, corner)) {
-                return false;
+    // Takes the corner into the regions around it; returns the one on its right, whose left edge changes here.
+    std::optional<Region> end_regions(const Corner& corner, Region* before, Place first, Place last) {
+        if (before && first == last) {
+            return before->split(corner, out_);
+        }
+        if (before) {
+            before->touch(corner, Side::right, out_);
+        }
+        std::optional<Region> after;
+        for (Place place = first; place != last; ++place) {
+            if (!place->region) {
+                continue;
+            }
+            if (std::next(place) == last) {
+                after = place->region;
+                after->touch(corner, Side::left, out_);
+            } else {
+                place->region->finish(corner, out_);
             }
         }
-        return true;
+        return after;
     }
 
-    std::vector<Cut_Edge> cut_;
-    const Triangle_Sink& sink_;
+    Line line_;
+    std::vector<Place> places_;
+    Output& out_;
 };
 
 } // namespace
 
 void VT_Contour_Set::triangulate(VT_Triangle_Callback callback, void* context) const {
-    std::vector<Edge> edges = edges_of(contours_, projection_);
-    meet_in_ends_only(edges);
-    std::vector<Corner> highs;
-    highs.reserve(edges.size());
-    for (const Edge& edge : edges) {
-        highs.push_back(edge.high);
-    }
-    std::sort(highs.begin(), highs.end(), is_before);
-
-    const Triangle_Sink sink(callback, context);
-    Sweep sweep(sink);
-    std::vector<Edge> starting;
-    auto edge = edges.begin();
-    auto high = highs.begin();
-    while (high != highs.end()) {
-        const Corner corner = edge != edges.end() && is_before(edge->low, *high) ? edge->low : *high;
-        starting.clear();
-        for (; edge != edges.end() && is_same(edge->low, corner); ++edge) {
-            starting.push_back(*edge);
+    const Projection projection(projection_);
+    const vorna::Swept_Edges swept = vorna::meeting_in_ends_only(edges_of(contours_, projection));
+    const std::vector<Edge>& edges = swept.edges;
+    Output out{projection, callback, context};
+    Sweep sweep(edges.size(), out);
+    std::vector<std::size_t> ending;
+    std::vector<std::size_t> beginning;
+    std::size_t next = 0;
+    for (auto high = swept.by_high.begin(); high != swept.by_high.end();) {
+        const bool begins = next < edges.size() && vorna::is_before(edges[next].low, edges[*high].high);
+        const Corner corner = begins ? edges[next].low : edges[*high].high;
+        ending.clear();
+        beginning.clear();
+        for (; next < edges.size() && is_same(edges[next].low, corner); ++next) {
+            beginning.push_back(next);
         }
-        std::size_t ending = 0;
-        for (; high != highs.end() && is_same(*high, corner); ++high) {
-            ++ending;
+        for (; high != swept.by_high.end() && is_same(edges[*high].high, corner); ++high) {
+            ending.push_back(*high);
         }
-        if (!sweep.pass(corner, ending, starting)) {
+        if (!sweep.pass(corner, ending, beginning, edges)) {
             return;
         }
     }

@@ -1,10 +1,14 @@
 // Polygon ranks and triangulation.
+#include <algorithm>
 #include <cmath>
+#include <ctime>
+#include <limits>
 #include <random>
 
 #include <gtest/gtest.h>
 
 #include "renderer/host/contour.h"
+#include "vorna/exact.h"
 
 namespace {
 
@@ -179,6 +183,122 @@ TEST(Triangulation, Corners_Are_Those_Of_The_Contours_And_Nothing_Is_Left_Out) {
             for (const VT_Point& corner : triangle.corners) {
                 const VT_Point& given = contour[static_cast<std::size_t>(corner.z)];
                 EXPECT_TRUE(corner.x == given.x && corner.y == given.y);
+            }
+        }
+    }
+}
+
+// Around the origin, so jagged that a line through the middle meets about every third edge. No two edges cross.
+Contour jagged_outline(std::size_t corners, double smallest, double largest, unsigned seed) {
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<double> radius(smallest, largest);
+    Contour contour;
+    for (std::size_t i = 0; i < corners; ++i) {
+        const double angle = 2 * 3.14159265358979 * static_cast<double>(i) / static_cast<double>(corners);
+        const double r = radius(random);
+        contour.push_back({static_cast<float>(r * std::cos(angle)), static_cast<float>(r * std::sin(angle)), 0});
+    }
+    return contour;
+}
+
+double signed_area(const Contour& contour) {
+    double sum = 0;
+    for (std::size_t i = 0; i < contour.size(); ++i) {
+        const VT_Point& a = contour[i];
+        const VT_Point& b = contour[(i + 1) % contour.size()];
+        sum += (double{a.x} * b.y - double{a.y} * b.x) / 2;
+    }
+    return sum;
+}
+
+TEST(Triangulation, Jagged_Outlines_With_Holes_And_Islands) {
+    const std::vector<Contour> country = {jagged_outline(1500, 400, 1000, 1), jagged_outline(700, 150, 390, 2),
+                                          jagged_outline(300, 10, 140, 3)};
+    expect_partition(country, -1000, 1000, 4);
+    EXPECT_NEAR(area(triangles_of(VT_Contour_Set(country))),
+                signed_area(country[0]) - signed_area(country[1]) + signed_area(country[2]), 1e-3);
+    // The same moved a little against itself, so that almost every edge is crossed near its ends.
+    std::vector<Contour> twice = {country[0], country[0]};
+    for (VT_Point& point : twice[1]) {
+        point.x += 0.25F;
+    }
+    expect_partition(twice, -1000, 1000, 5);
+}
+
+TEST(Triangulation, A_Border_That_Only_One_Side_Divides_Is_None) {
+    constexpr int parts = 200;
+    const Contour whole = {{0, 0, 0}, {7, 0, 0}, {7, parts, 0}, {0, parts, 0}};
+    Contour divided = {{15, 0, 0}, {15, parts, 0}};
+    for (int y = parts; y >= 0; --y) {
+        divided.push_back({7, static_cast<float>(y), 0});
+    }
+    const std::vector<Triangle> triangles = triangles_of(VT_Contour_Set({whole, divided}));
+    EXPECT_DOUBLE_EQ(area(triangles), 15 * parts);
+}
+
+// Crossings that single precision cannot keep apart: nothing may be missing, whatever they round to.
+TEST(Triangulation, Crossings_Within_The_Last_Digits) {
+    for (unsigned seed = 0; seed < 120; ++seed) {
+        std::mt19937 random(seed);
+        const auto any = [&random](unsigned below) { return static_cast<float>(random() % below); };
+        const auto coordinate = [&]() -> float {
+            switch (seed % 3) {
+            case 0:
+                return any(33) / 3;
+            case 1:
+                return std::round(any(100) / 9) + (random() % 4 == 0 ? any(100) * 1e-6F : 0);
+            default: // from tiny to huge, with more binary places between them than a double has
+                return std::ldexp(1 + any(4096) / 4096, static_cast<int>(random() % 60) - 30);
+            }
+        };
+        std::vector<Contour> contours(1 + seed % 2);
+        for (Contour& contour : contours) {
+            for (unsigned i = 0; i < 4 + seed % 21; ++i) {
+                const float x = coordinate();
+                contour.push_back({x, coordinate(), 0});
+            }
+        }
+        const double reach = seed % 3 == 2 ? 1e9 : 12;
+        expect_partition(contours, 0, reach, seed);
+    }
+    // Almost level: the rounded crossing lies before the low end of the one and is the low end of the other.
+    const float above = std::nextafter(4.0F, 8.0F);
+    const Contour level = {{100, 4, 0}, {0, above, 0}, {0, 9, 0}, {100, 9, 0}};
+    const Contour steep = {{50, 4, 0}, {60, 4, 0}, {61, 9, 0}, {51, 9, 0}};
+    expect_partition({level, steep}, -1, 101, 1);
+    expect_partition({level, steep}, 3, 10, 1);
+}
+
+TEST(Triangulation, Time_Does_Not_Grow_With_The_Square_Of_The_Corners) {
+    const auto seconds = [](const Contour& contour) {
+        std::clock_t best = std::numeric_limits<std::clock_t>::max();
+        for (int i = 0; i < 3; ++i) {
+            const std::clock_t start = std::clock();
+            EXPECT_EQ(triangles_of(VT_Contour_Set({contour})).size(), contour.size() - 2);
+            best = std::min(best, std::clock() - start);
+        }
+        return static_cast<double>(best) / CLOCKS_PER_SEC;
+    };
+    // Eight times the corners: 64 times the time if it grew so.
+    EXPECT_LT(seconds(jagged_outline(80000, 10, 1000, 1)), 32 * seconds(jagged_outline(10000, 10, 1000, 1)));
+}
+
+// Beside a line through the origin between far ends lies a point so near to it that all differences of coordinates round it away.
+TEST(Exact_Turn, Sees_Points_That_Rounding_Hides) {
+    struct Point {
+        double x, y;
+    };
+    for (int exponent = 0; exponent < 100; ++exponent) {
+        const double far = std::ldexp(1.0, exponent);
+        const Point from{far, -3 * far};
+        const Point to{-far, 3 * far};
+        for (int x = -3; x <= 3; ++x) {
+            for (int y = -9; y <= 9; ++y) {
+                const Point near{std::ldexp(x, -40), std::ldexp(y, -40)};
+                const int expected = 3 * x + y < 0 ? 1 : 3 * x + y > 0 ? -1 : 0;
+                ASSERT_EQ(vorna::turn(from, to, near), expected) << exponent << ", " << x << ", " << y;
+                ASSERT_EQ(vorna::turn(to, near, from), expected) << exponent << ", " << x << ", " << y;
+                ASSERT_EQ(vorna::turn(near, to, from), -expected) << exponent << ", " << x << ", " << y;
             }
         }
     }
