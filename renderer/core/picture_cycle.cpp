@@ -75,9 +75,7 @@ void read_image(const Software_Z_Buffer& renderer, const VT_Reference<Frame_Buff
     }
     const std::int32_t width = bottom_right.x - top_left.x + 1;
     const std::int32_t height = top_left.y - bottom_right.y + 1;
-    // An image that others hold too is theirs to keep.
-    if (!image || image->reference_count() > 1 || image->width() != width || image->height() != height ||
-        image->format() != format) {
+    if (!image || image->width() != width || image->height() != height || image->format() != format) {
         image = nullptr;
         image = new VT_Shared_Image(width, height, format, pixel_bytes * width, nullptr, false, false);
     }

@@ -1,0 +1,277 @@
+// Clip regions and clip rectangles: what lies inside is drawn as without them, everything else stays as it was.
+#include <algorithm>
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "tests/properties/scene.h"
+#include "tests/support/test_renderer.h"
+#include "vorna/draw.h"
+
+namespace {
+
+constexpr VT_Int_Pair window_size{71, 53};
+constexpr std::int32_t seeds = 40;
+
+enum class Shading { flat, colorized, gouraud, textured };
+constexpr Shading shadings[] = {Shading::flat, Shading::colorized, Shading::gouraud, Shading::textured};
+
+Renderer_Setup setup_of(std::size_t renderer_case, VT_Int_Pair origin) {
+    Renderer_Setup setup;
+    setup.color_system = renderer_cases[renderer_case].color_system;
+    setup.depth = renderer_cases[renderer_case].depth;
+    setup.alpha = renderer_cases[renderer_case].alpha;
+    setup.size = window_size;
+    setup.origin = origin;
+    return setup;
+}
+
+VT_RGB32 random_color(Random& random) {
+    return {random.byte(), random.byte(), random.byte(), random.byte()};
+}
+
+// A strip whose points lie within reach of the window's edges.
+struct Strip {
+    std::vector<VT_DCI_Point> points;
+    std::vector<VT_RGB32> colors;
+    std::vector<VT_Parameter> parameters;
+
+    Strip(Random& random, VT_Int_Pair origin, std::int32_t reach) {
+        const std::int32_t count = random.number(3, 12);
+        for (std::int32_t i = 0; i < count; ++i) {
+            points.push_back({origin.x + random.number(-reach, window_size.x - 1 + reach),
+                              origin.y + random.number(-reach, window_size.y - 1 + reach), random.number(0, 65535)});
+            colors.push_back(random_color(random));
+            parameters.push_back(static_cast<float>(random.number(0, 1000)) / 1000.0F);
+            parameters.push_back(static_cast<float>(random.number(0, 1000)) / 1000.0F);
+        }
+    }
+    std::int32_t count() const { return static_cast<std::int32_t>(points.size()); }
+};
+
+VT_Reference<const VT_Basic_Material> random_texture(Random& random) {
+    VT_Reference<VT_Basic_Material> material(new VT_Basic_Material);
+    const VT_Reference<VT_Shared_Image> image(new VT_Shared_Image(8, 4, Buffer_Format::rgb32, 32, nullptr, false, true));
+    for (std::int32_t row = 0; row < 4; ++row) {
+        std::generate(image->row(row), image->row(row) + 32, [&random] { return random.byte(); });
+    }
+    material->texture = image;
+    return material;
+}
+
+void draw_dci(Test_Renderer& renderer, const VT_Rendition& rendition, Shading shading, const Strip& strip) {
+    const VT_DCI_Point* points = strip.points.data();
+    switch (shading) {
+    case Shading::flat:
+        VD_Draw_DCI_Polytriangle(*renderer, rendition, strip.count(), points);
+        break;
+    case Shading::colorized:
+        VD_Draw_DCI_Colorized_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data(), false);
+        break;
+    case Shading::gouraud:
+        VD_Draw_DCI_Gouraud_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data());
+        break;
+    case Shading::textured:
+        VD_Draw_DCI_Textured_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data(),
+                                          strip.parameters.data(), 2, nullptr, nullptr);
+        break;
+    }
+}
+
+void draw_2di(Test_Renderer& renderer, const VT_Rendition& rendition, Shading shading, const Strip& strip) {
+    const VT_DCI_Point* points = strip.points.data();
+    switch (shading) {
+    case Shading::flat:
+        VD_Draw_2DI_Polytriangle(*renderer, rendition, strip.count(), points);
+        break;
+    case Shading::colorized:
+        VD_Draw_2DI_Colorized_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data(), false);
+        break;
+    case Shading::gouraud:
+        VD_Draw_2DI_Gouraud_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data());
+        break;
+    case Shading::textured:
+        VD_Draw_2DI_Textured_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data(),
+                                          strip.parameters.data(), 2, nullptr, nullptr);
+        break;
+    }
+}
+
+VT_Reference<VT_Rendition> random_rendition(Random& random, const Renderer_Setup& setup) {
+    VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+    rendition->set_color(random_color(random));
+    rendition->face.contrast_color = random_color(random);
+    rendition->face.pattern = random.chance(60) ? face_pattern::solid : random.number(0, 73);
+    rendition->face.flags = static_cast<std::uint32_t>(random.number(0, 3));
+    rendition->face.material = random_texture(random);
+    rendition->clip.hard_clip = {setup.origin.x, setup.origin.x + window_size.x - 1, setup.origin.y,
+                                 setup.origin.y + window_size.y - 1};
+    return rendition;
+}
+
+// Contours with holes and overlaps; corners may lie outside the window.
+VT_Reference<const VT_Contour_Set> random_region(Random& random, VT_Int_Pair origin) {
+    std::vector<VT_Contour_Set::Contour> contours(static_cast<std::size_t>(random.number(0, 3)));
+    for (auto& contour : contours) {
+        for (std::int32_t i = random.number(3, 9); i > 0; --i) {
+            contour.push_back({static_cast<float>(origin.x + random.number(-20, window_size.x + 20)),
+                               static_cast<float>(origin.y + random.number(-20, window_size.y + 20)), 0});
+        }
+    }
+    return new VT_Contour_Set(std::move(contours));
+}
+
+// Even-odd at the pixel's centre, the plain way.
+bool is_inside(const VT_Contour_Set& region, VT_Int_Pair origin, std::int32_t column, std::int32_t row) {
+    const double x = origin.x + column + 0.5;
+    const double y = origin.y + row + 0.5;
+    bool inside = false;
+    for (const auto& contour : region.contours()) {
+        for (std::size_t i = 0; i < contour.size(); ++i) {
+            const VT_Point& a = contour[i];
+            const VT_Point& b = contour[(i + 1) % contour.size()];
+            if ((a.y <= y) != (b.y <= y) && (double{b.x} - a.x) * (y - a.y) / (double{b.y} - a.y) + a.x <= x) {
+                inside = !inside;
+            }
+        }
+    }
+    return inside;
+}
+
+struct Contents {
+    std::vector<std::uint32_t> colors, depths;
+
+    explicit Contents(Test_Renderer& renderer) {
+        for (std::int32_t row = 0; row < window_size.y; ++row) {
+            for (std::int32_t column = 0; column < window_size.x; ++column) {
+                colors.push_back(renderer.color().pixel(column, row));
+                depths.push_back(renderer.depth() ? renderer.depth()->pixel(column, row) : 0);
+            }
+        }
+    }
+};
+
+// The same noise in the buffers of every renderer.
+void fill_with_noise(Test_Renderer& renderer, const Renderer_Setup& setup) {
+    Random random(7);
+    for (std::int32_t row = 0; row < window_size.y; ++row) {
+        for (std::int32_t column = 0; column < window_size.x; ++column) {
+            const std::uint32_t word = word_of(random_color(random));
+            renderer.color().set_pixel(column, row, setup.has_indices() ? word & 0xFF : word);
+            if (renderer.depth()) {
+                renderer.depth()->set_pixel(column, row, static_cast<std::uint32_t>(random.number(0, 65535)));
+            }
+        }
+    }
+}
+
+} // namespace
+
+class Regions : public testing::TestWithParam<std::size_t> {};
+
+INSTANTIATE_TEST_SUITE_P(Every_case, Regions, testing::Range(std::size_t{0}, std::size(renderer_cases)));
+
+TEST_P(Regions, Masked_strips_are_open_strips_less_the_mask) {
+    for (std::int32_t seed = 0; seed < scaled(seeds); ++seed) {
+        Random random(static_cast<std::uint64_t>(seed));
+        const VT_Int_Pair origin{random.number(-50, 50), random.number(-50, 50)};
+        const Renderer_Setup setup = setup_of(GetParam(), origin);
+        const Shading shading = random.one_of(shadings);
+        // Flat and colorized strips with depth and alpha are drawn through the holes: that member has no masked sibling.
+        const bool knows_mask =
+            !(setup.depth && setup.alpha && !setup.has_indices()) || shading == Shading::gouraud || shading == Shading::textured;
+        if ((shading == Shading::textured && !setup.depth) || !knows_mask) {
+            continue;
+        }
+        const Strip strip(random, origin, 0);
+        const VT_Reference<VT_Rendition> open = random_rendition(random, setup);
+        const VT_Reference<VT_Rendition> clipped(static_cast<VT_Rendition*>(open->clone()));
+        clipped->clip.complex_clip = random_region(random, origin);
+        for (const std::string& kernels : available_kernel_sets()) {
+            Test_Renderer renderer(setup, kernels);
+            renderer->requested_table.find("Use Mask")->set(true);
+            renderer->establish_all();
+            fill_with_noise(renderer, setup);
+            const Contents before(renderer);
+            draw_dci(renderer, *open, shading, strip);
+            const Contents whole(renderer);
+            fill_with_noise(renderer, setup);
+            draw_dci(renderer, *clipped, shading, strip);
+            const Contents masked(renderer);
+            std::size_t i = 0;
+            for (std::int32_t row = 0; row < window_size.y; ++row) {
+                for (std::int32_t column = 0; column < window_size.x; ++column, ++i) {
+                    const Contents& expected = is_inside(*clipped->clip.complex_clip, origin, column, row) ? whole : before;
+                    ASSERT_TRUE(masked.colors[i] == expected.colors[i] && masked.depths[i] == expected.depths[i])
+                        << kernels << " seed " << seed << " column " << column << " row " << row;
+                }
+            }
+        }
+    }
+}
+
+TEST_P(Regions, Strips_inside_the_rectangle_are_drawn_as_device_strips) {
+    for (std::int32_t seed = 0; seed < scaled(seeds); ++seed) {
+        Random random(static_cast<std::uint64_t>(seed));
+        const VT_Int_Pair origin{random.number(-50, 50), random.number(-50, 50)};
+        const Renderer_Setup setup = setup_of(GetParam(), origin);
+        const Shading shading = random.one_of(shadings);
+        const Strip strip(random, origin, 0);
+        const VT_Reference<VT_Rendition> rendition = random_rendition(random, setup);
+        Test_Renderer renderer(setup);
+        fill_with_noise(renderer, setup);
+        draw_dci(renderer, *rendition, shading, strip);
+        const Contents device(renderer);
+        fill_with_noise(renderer, setup);
+        draw_2di(renderer, *rendition, shading, strip);
+        const Contents plane(renderer);
+        ASSERT_EQ(plane.colors, device.colors) << "seed " << seed;
+        ASSERT_EQ(plane.depths, device.depths) << "seed " << seed;
+    }
+}
+
+// Far points as well: nothing outside the rectangle changes, and neither do the guards around the buffers.
+TEST_P(Regions, Strips_across_the_rectangle_stay_within_it) {
+    constexpr std::int32_t reaches[] = {3, 40, 3000, 100000, 1'000'000'000};
+    for (std::int32_t seed = 0; seed < scaled(4 * seeds); ++seed) {
+        Random random(static_cast<std::uint64_t>(seed));
+        const VT_Int_Pair origin{random.number(-50, 50), random.number(-50, 50)};
+        const Renderer_Setup setup = setup_of(GetParam(), origin);
+        const Shading shading = random.one_of(shadings);
+        const Strip strip(random, origin, random.one_of(reaches));
+        const VT_Reference<VT_Rendition> rendition = random_rendition(random, setup);
+        // Now and then larger than the window, or empty.
+        VT_Int_Rectangle& clip = rendition->clip.hard_clip;
+        clip = {origin.x + random.number(-9, 40), origin.x + random.number(20, 90), origin.y + random.number(-9, 30),
+                origin.y + random.number(15, 70)};
+        Test_Renderer renderer(setup);
+        fill_with_noise(renderer, setup);
+        const Contents before(renderer);
+        draw_2di(renderer, *rendition, shading, strip);
+        const Contents after(renderer);
+        std::size_t i = 0;
+        for (std::int32_t row = 0; row < window_size.y; ++row) {
+            for (std::int32_t column = 0; column < window_size.x; ++column, ++i) {
+                const bool inside = origin.x + column >= clip.left && origin.x + column <= clip.right &&
+                                    origin.y + row >= clip.bottom && origin.y + row <= clip.top;
+                ASSERT_TRUE(inside || (after.colors[i] == before.colors[i] && after.depths[i] == before.depths[i]))
+                    << "seed " << seed << " column " << column << " row " << row;
+            }
+        }
+    }
+}
+
+// Slivers that just miss a corner of the rectangle once left the long way round and painted all of it.
+TEST_P(Regions, Triangles_without_area_paint_nothing) {
+    const Renderer_Setup setup = setup_of(GetParam(), {});
+    Test_Renderer renderer(setup);
+    const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+    rendition->clip.hard_clip = {0, window_size.x - 1, 0, window_size.y - 1};
+    const Contents before(renderer);
+    const VT_DCI_Point sliver[] = {{591299, 979664, 0}, {-599775, -993934, 0}, {-4238, -7135, 0}};
+    const VT_RGB32 color{255, 255, 255, 255};
+    VD_Draw_2DI_Colorized_Polytriangle(*renderer, *rendition, 3, sliver, &color, true);
+    const VT_DCI_Point corner_miss[] = {{1549127, 1497199, 0}, {664261, 641921, 0}, {-221562, -214282, 0}};
+    VD_Draw_2DI_Colorized_Polytriangle(*renderer, *rendition, 3, corner_miss, &color, true);
+    EXPECT_EQ(Contents(renderer).colors, before.colors);
+}
