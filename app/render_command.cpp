@@ -18,6 +18,7 @@
 #include "app/scene/color_name.h"
 #include "app/scene/model_reader.h"
 #include "app/scene/scene_renderer.h"
+#include "app/scene/textured_scene.h"
 #include "app/session.h"
 #include "vorna/draw.h"
 
@@ -45,6 +46,7 @@ struct Render_Options {
     int colors = 32;
     int repeat = 1;
     bool stats = false;
+    bool strict = false;
 };
 
 VT_Int_Pair parsed_size(const std::string& text) {
@@ -93,7 +95,7 @@ Raster picture_of(const Session& session) {
 }
 
 // Clears the window and draws the model.
-void draw_frame(Session& session, VT_Rendition& rendition, scene::Scene_Renderer& scene, const scene::Camera& camera,
+void draw_frame(Session& session, VT_Rendition& rendition, scene::Scene& scene, const scene::Camera& camera,
                 const scene::Picture_Settings& settings) {
     VT_Renderer_Data& renderer = session.renderer();
     renderer.begin_picture_all();
@@ -103,14 +105,34 @@ void draw_frame(Session& session, VT_Rendition& rendition, scene::Scene_Renderer
     renderer.end_picture_all();
 }
 
-void print_stats(const scene::Scene_Renderer& scene, double load, double setup, std::vector<double> draws) {
+void print_stats(const scene::Scene& scene, double load, double setup, std::vector<double> draws) {
     std::ranges::sort(draws);
-    std::fprintf(stderr, "%zu triangles in %zu strips, load %.1f ms, setup %.1f ms, draw %.2f ms", scene.triangle_count(),
-                 scene.strip_count(), load, setup, draws.front());
+    std::fprintf(stderr, "%s, load %.1f ms, setup %.1f ms, draw %.2f ms", scene.summary().c_str(), load, setup, draws.front());
     if (draws.size() > 1) {
         std::fprintf(stderr, " at best, %.2f ms in the middle of %zu", draws[draws.size() / 2], draws.size());
     }
     std::fputc('\n', stderr);
+}
+
+// Textures are drawn when they are asked for and there are any. What could not be read of them is said, or refused.
+std::unique_ptr<scene::Scene> make_scene(const Render_Options& options, const scene::Mesh& mesh, VT_RGB32 color) {
+    if (options.picture.shading != scene::Shading::textured) {
+        return std::make_unique<scene::Scene_Renderer>(mesh, color, !options.color_given);
+    }
+    std::unique_ptr<scene::Scene> scene;
+    std::vector<std::string> warnings = mesh.warnings;
+    if (scene::Textured_Scene::has_work(mesh)) {
+        scene = std::make_unique<scene::Textured_Scene>(mesh, color, !options.color_given, warnings);
+    } else {
+        scene = std::make_unique<scene::Scene_Renderer>(mesh, color, !options.color_given);
+    }
+    for (const std::string& warning : warnings) {
+        if (options.strict) {
+            throw Usage_Error(warning);
+        }
+        std::fprintf(stderr, "vorna: warning: %s\n", warning.c_str());
+    }
+    return scene;
 }
 
 void render(const Render_Options& options, const Module_Choice& module) {
@@ -129,8 +151,8 @@ void render(const Render_Options& options, const Module_Choice& module) {
     const double load = milliseconds_since(load_start);
 
     const auto setup_start = Clock::now();
-    scene::Scene_Renderer scene(mesh, color, !options.color_given);
-    const scene::Camera camera = scene::fit_camera(camera_settings, scene.points());
+    const std::unique_ptr<scene::Scene> scene = make_scene(options, mesh, color);
+    const scene::Camera camera = scene::fit_camera(camera_settings, scene->points());
     session.options().set_window_size({size.x + margin, size.y + margin});
     session.options().set_color_system(options.colors == 32 ? 1 : 0);
     session.options().set_buffer_depth(16);
@@ -145,12 +167,12 @@ void render(const Render_Options& options, const Module_Choice& module) {
     std::vector<double> draws;
     for (int i = 0; i < options.repeat; ++i) {
         const auto start = Clock::now();
-        draw_frame(session, *rendition, scene, camera, picture);
+        draw_frame(session, *rendition, *scene, camera, picture);
         draws.push_back(milliseconds_since(start));
     }
     write_file(options.output, png_of(picture_of(session), session.palette()));
     if (options.stats) {
-        print_stats(scene, load, setup, std::move(draws));
+        print_stats(*scene, load, setup, std::move(draws));
     }
 }
 
@@ -199,7 +221,8 @@ void add_render_command(CLI::App& application, int& status) {
         ->check(CLI::Range(0.01, 1000.0))
         ->capture_default_str();
     add_choice(command, "--shading", options->picture.shading, "How colours run over faces",
-               Choices<scene::Shading>{{"gouraud", scene::Shading::gouraud}, {"flat", scene::Shading::flat}});
+               Choices<scene::Shading>{
+                   {"gouraud", scene::Shading::gouraud}, {"flat", scene::Shading::flat}, {"textured", scene::Shading::textured}});
     add_choice(command, "--cull", options->picture.culling, "Faces to leave out, as seen by the viewer",
                Choices<scene::Culling>{{"none", scene::Culling::none}, {"back", scene::Culling::back}});
     command.add_option("--background", options->background, "Colour behind the model")->type_name("COLOR")->capture_default_str();
@@ -212,6 +235,7 @@ void add_render_command(CLI::App& application, int& status) {
     command.add_option("--repeat", options->repeat, "Draw the picture so many times, for measuring")
         ->check(CLI::Range(1, 1000000));
     command.add_flag("--stats", options->stats, "Print sizes and times");
+    command.add_flag("--strict", options->strict, "Fail when a material or texture cannot be read");
     command.fallthrough();
     command.callback([options, color, &application, &status] {
         options->color_given = color->count() > 0;

@@ -2,8 +2,11 @@
 #include <algorithm>
 #include <assimp/Importer.hpp>
 #include <cmath>
-#include <memory>
+#include <cstddef>
+#include <optional>
+#include <string_view>
 
+#include <assimp/GltfMaterial.h>
 #include <assimp/config.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
@@ -21,18 +24,160 @@ VT_RGB32 color_from(const aiColor4D& color) {
     return {channel(color.b), channel(color.g), channel(color.r), 255};
 }
 
-VT_RGB32 material_color(const aiScene& scene, const aiMesh& part) {
-    aiColor4D diffuse;
-    if (part.mMaterialIndex < scene.mNumMaterials &&
-        scene.mMaterials[part.mMaterialIndex]->Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) == AI_SUCCESS) {
-        return color_from(diffuse);
-    }
-    return {0, 0, 0, 0};
+// glTF gives colours as intensities of light; pixels hold their square roots.
+VT_RGB32 color_of_light(const aiColor4D& light) {
+    const auto root = [](float value) { return std::sqrt(std::max(value, 0.0F)); };
+    return color_from({root(light.r), root(light.g), root(light.b), 1});
 }
 
-void append(Mesh& mesh, const aiScene& scene, const aiMesh& part, const std::string& file) {
+// Moves texture coordinates: scales and turns them around the image's upper left corner, then shifts them, v downwards.
+struct Coordinate_Transform {
+    double scale_u = 1, scale_v = 1, cosine = 1, sine = 0, shift_u = 0, shift_v = 0;
+
+    // glTF's own transform. Assimp tells it as one around the image's middle, but with shifts that its own step for applying
+    // transforms gets wrong for scales; they are turned back into what the file says.
+    static Coordinate_Transform of_gltf(const aiUVTransform& told) {
+        Coordinate_Transform result;
+        result.scale_u = told.mScaling.x;
+        result.scale_v = told.mScaling.y;
+        result.cosine = std::cos(-told.mRotation);
+        result.sine = std::sin(-told.mRotation);
+        result.shift_u = told.mTranslation.x - 0.5 * result.scale_u * (1 - result.cosine + result.sine);
+        result.shift_v = 0.5 * result.scale_v * (result.sine + result.cosine - 1) + 1 - result.scale_v - told.mTranslation.y;
+        return result;
+    }
+
+    Texture_Point operator()(double u, double v) const {
+        const double x = scale_u * u, y = scale_v * (1 - v);
+        return {static_cast<float>(cosine * x + sine * y + shift_u), static_cast<float>(1 + sine * x - cosine * y - shift_v)};
+    }
+};
+
+// What a material says, beyond what the mesh needs to know of it.
+struct Paint {
+    Material material;
+    VT_RGB32 color{0, 0, 0, 0};
+    unsigned channel = 0; // of texture coordinates
+    std::optional<Coordinate_Transform> transform;
+    bool gltf = false; // colours are light, and those of vertices are multiplied with the material's
+};
+
+Wrap wrap_of(const aiMaterial& material, const char* key, aiTextureType type) {
+    int mode = aiTextureMapMode_Wrap;
+    material.Get(key, static_cast<unsigned>(type), 0, mode);
+    return mode == aiTextureMapMode_Mirror                                    ? Wrap::mirror
+           : mode == aiTextureMapMode_Clamp || mode == aiTextureMapMode_Decal ? Wrap::clamp
+                                                                              : Wrap::repeat;
+}
+
+// An image inside the model: in memory as a file, or as rows of pixels.
+std::uint32_t embedded_image_number(Mesh& mesh, const std::string& name, const aiTexture& texture) {
+    const std::uint32_t number = image_number(mesh, name);
+    Image_Source& source = mesh.images[number];
+    source.embedded = true;
+    if (!source.bytes.empty()) {
+        return number;
+    }
+    std::size_t size = texture.mWidth;
+    if (texture.mHeight > 0 && texture.mWidth > 0 && texture.mWidth <= largest_image_side &&
+        texture.mHeight <= largest_image_side) {
+        source.width = static_cast<std::int32_t>(texture.mWidth);
+        source.height = static_cast<std::int32_t>(texture.mHeight);
+        static_assert(sizeof(aiTexel) == sizeof(VT_RGB32) && offsetof(aiTexel, b) == 0 && offsetof(aiTexel, r) == 2);
+        size = sizeof(aiTexel) * texture.mWidth * texture.mHeight;
+    }
+    source.bytes.assign(reinterpret_cast<const char*>(texture.pcData), size);
+    return number;
+}
+
+bool is_gltf(const aiMaterial& material) {
+    aiString mode;
+    return material.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == AI_SUCCESS;
+}
+
+void read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file, Paint& paint) {
+    for (const aiTextureType type : {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE}) {
+        aiString path;
+        if (from.GetTexture(type, 0, &path) != AI_SUCCESS || path.length == 0) {
+            continue;
+        }
+        const aiTexture* embedded = scene.GetEmbeddedTexture(path.C_Str());
+        paint.material.image = embedded ? embedded_image_number(mesh, file + ": image " + path.C_Str(), *embedded)
+                                        : image_number(mesh, image_path(file, path.C_Str()));
+        paint.material.wrap_u = wrap_of(from, "$tex.mapmodeu", type);
+        paint.material.wrap_v = wrap_of(from, "$tex.mapmodev", type);
+        int channel_number = 0;
+        from.Get("$tex.uvwsrc", static_cast<unsigned>(type), 0, channel_number);
+        paint.channel = static_cast<unsigned>(channel_number);
+        aiUVTransform transform;
+        if (is_gltf(from) && from.Get("$tex.uvtrafo", static_cast<unsigned>(type), 0, transform) == AI_SUCCESS) {
+            paint.transform = Coordinate_Transform::of_gltf(transform);
+        }
+        return;
+    }
+}
+
+Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file) {
+    Paint paint;
+    read_image(mesh, scene, from, file, paint);
+    const bool textured = paint.material.image != no_image;
+    aiColor4D color;
+    paint.gltf = is_gltf(from);
+    const bool has_base = from.Get(AI_MATKEY_BASE_COLOR, color) == AI_SUCCESS;
+    if (has_base) {
+        paint.material.opacity = color.a;
+    }
+    if (has_base || from.Get(AI_MATKEY_COLOR_DIFFUSE, color) == AI_SUCCESS) {
+        // Black under an image stands for nothing said, where exporters write it so.
+        const bool said = !textured || paint.gltf || color.r > 0 || color.g > 0 || color.b > 0;
+        paint.color = !said ? VT_RGB32{0, 0, 0, 0} : paint.gltf ? color_of_light(color) : color_from(color);
+    }
+    aiString mode;
+    if (from.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == AI_SUCCESS) {
+        const std::string_view name = mode.C_Str();
+        paint.material.transparency = name == "BLEND"  ? Transparency::blended
+                                      : name == "MASK" ? Transparency::cut_out
+                                                       : Transparency::none;
+        from.Get(AI_MATKEY_GLTF_ALPHACUTOFF, paint.material.cut_off);
+    } else {
+        from.Get(AI_MATKEY_OPACITY, paint.material.opacity);
+    }
+    if (paint.material.transparency == Transparency::none || paint.material.transparency == Transparency::cut_out) {
+        paint.material.opacity = 1;
+    }
+    return paint;
+}
+
+std::uint8_t product(std::uint8_t a, std::uint8_t b) {
+    return static_cast<std::uint8_t>((a * b + 127) / 255);
+}
+
+VT_RGB32 vertex_color(const aiMesh& part, unsigned v, const Paint& paint) {
+    if (!part.HasVertexColors(0)) {
+        return paint.color;
+    }
+    if (!paint.gltf) {
+        return color_from(part.mColors[0][v]);
+    }
+    const VT_RGB32 own = color_of_light(part.mColors[0][v]);
+    if (paint.color.alpha == 0) {
+        return own;
+    }
+    return {product(own.blue, paint.color.blue), product(own.green, paint.color.green), product(own.red, paint.color.red), 255};
+}
+
+Texture_Point coordinate(const aiMesh& part, unsigned v, const Paint& paint) {
+    if (paint.channel >= AI_MAX_NUMBER_OF_TEXTURECOORDS || !part.HasTextureCoords(paint.channel)) {
+        return {};
+    }
+    const aiVector3D& place = part.mTextureCoords[paint.channel][v];
+    return paint.transform ? (*paint.transform)(place.x, place.y) : Texture_Point{place.x, place.y};
+}
+
+void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, const std::string& file) {
     const auto base = static_cast<std::uint32_t>(mesh.positions.size());
-    const VT_RGB32 color = material_color(scene, part);
+    const bool known = part.mMaterialIndex < paints.size();
+    const Paint paint = known ? paints[part.mMaterialIndex] : Paint{};
     for (unsigned v = 0; v < part.mNumVertices; ++v) {
         const aiVector3D& p = part.mVertices[v];
         const aiVector3D n = part.HasNormals() ? part.mNormals[v] : aiVector3D{};
@@ -43,7 +188,8 @@ void append(Mesh& mesh, const aiScene& scene, const aiMesh& part, const std::str
         const bool finite_normal = std::isfinite(n.x) && std::isfinite(n.y) && std::isfinite(n.z);
         mesh.positions.push_back({p.x, p.y, p.z});
         mesh.normals.push_back(finite_normal ? VT_Vector{n.x, n.y, n.z} : VT_Vector{});
-        mesh.colors.push_back(part.HasVertexColors(0) ? color_from(part.mColors[0][v]) : color);
+        mesh.colors.push_back(vertex_color(part, v, paint));
+        mesh.coordinates.push_back(coordinate(part, v, paint));
     }
     for (unsigned f = 0; f < part.mNumFaces; ++f) {
         const aiFace& face = part.mFaces[f];
@@ -58,6 +204,7 @@ void append(Mesh& mesh, const aiScene& scene, const aiMesh& part, const std::str
             }
             mesh.triangles.push_back(base + face.mIndices[i]);
         }
+        mesh.triangle_materials.push_back(known ? part.mMaterialIndex : no_material);
     }
 }
 
@@ -73,9 +220,20 @@ Mesh read_with_assimp(const std::string& file) {
         std::ranges::replace(reason, '\n', ' ');
         throw Model_Error(file + ": expected a model file: " + reason);
     }
+    if (scene->mNumMaterials > 0 && !is_gltf(*scene->mMaterials[0])) {
+        importer.ApplyPostProcessing(aiProcess_TransformUVCoords);
+    }
     Mesh mesh;
+    std::vector<Paint> paints;
+    for (unsigned m = 0; m < scene->mNumMaterials; ++m) {
+        paints.push_back(read_paint(mesh, *scene, *scene->mMaterials[m], file));
+        mesh.materials.push_back(paints.back().material);
+    }
     for (unsigned m = 0; m < scene->mNumMeshes; ++m) {
-        append(mesh, *scene, *scene->mMeshes[m], file);
+        append(mesh, *scene->mMeshes[m], paints, file);
+    }
+    if (mesh.images.empty()) {
+        mesh.coordinates.clear();
     }
     return mesh;
 }

@@ -34,7 +34,9 @@ Clip_Vertex crossing(const Clip_Vertex& inside, double inside_distance, const Cl
     const VT_RGB32 c = inside.color, d = outside.color;
     return {{a.x + (b.x - a.x) * t, a.y + (b.y - a.y) * t, a.z + (b.z - a.z) * t, a.w + (b.w - a.w) * t},
             {between(c.blue, d.blue, t), between(c.green, d.green, t), between(c.red, d.red, t), between(c.alpha, d.alpha, t)},
-            -1};
+            -1,
+            inside.u + (outside.u - inside.u) * t,
+            inside.v + (outside.v - inside.v) * t};
 }
 
 Clip_Polygon clip_polygon(const Clip_Polygon& polygon, std::uint8_t plane) noexcept {

@@ -25,7 +25,8 @@ inline constexpr std::uint8_t left = 1, right = 2, bottom = 4, top = 8, near = 1
 struct Clip_Vertex {
     Clip_Point point;
     VT_RGB32 color;
-    int corner = -1; // of the triangle; -1 = made by the clipper
+    int corner = -1;     // of the triangle; -1 = made by the clipper
+    double u = 0, v = 0; // place in a texture
 };
 
 // A convex polygon: the three corners, and one more for each of six planes.

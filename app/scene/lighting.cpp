@@ -87,6 +87,10 @@ void Surfaces::add_color(VT_RGB32 color) {
     blue.push_back(intensity(color.blue));
 }
 
+bool Surfaces::face_viewer(std::size_t i, const Camera& camera) const noexcept {
+    return dot(normals[i], narrowed(camera.eye)) > (camera.eye_is_place ? distances[i] : 0.0F);
+}
+
 Lighting::Lighting(const Camera& camera, VT_Vector_D direction) {
     direction.normalize();
     const auto in_model = [&](const VT_Vector_D& v) {

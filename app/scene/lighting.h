@@ -37,6 +37,8 @@ struct Surfaces {
     void set(std::size_t i, const VT_Vector& normal, const VT_Vector& place) noexcept;
     void add_color(VT_RGB32 color);
     bool has_one_color() const noexcept { return red.size() == 1; }
+    // Whether a face is seen from the side that its normal points to.
+    bool face_viewer(std::size_t i, const Camera& camera) const noexcept;
 };
 
 class Lighting {

@@ -4,23 +4,31 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
+#include "app/scene/tuple_table.h"
 #include "app/scene/vectors.h"
 
 namespace app::scene {
 namespace {
 
-void drop_degenerate_triangles(std::vector<std::uint32_t>& triangles) {
+void drop_degenerate_triangles(Mesh& mesh) {
+    std::vector<std::uint32_t>&triangles = mesh.triangles, &materials = mesh.triangle_materials;
     std::size_t kept = 0;
-    for (std::size_t i = 0; i + 3 <= triangles.size(); i += 3) {
-        const auto a = triangles[i], b = triangles[i + 1], c = triangles[i + 2];
+    for (std::size_t t = 0; t < mesh.triangle_count(); ++t) {
+        const auto a = triangles[3 * t], b = triangles[3 * t + 1], c = triangles[3 * t + 2];
         if (a != b && b != c && c != a) {
-            triangles[kept++] = a;
-            triangles[kept++] = b;
-            triangles[kept++] = c;
+            triangles[3 * kept] = a;
+            triangles[3 * kept + 1] = b;
+            triangles[3 * kept + 2] = c;
+            if (!materials.empty()) {
+                materials[kept] = materials[t];
+            }
+            ++kept;
         }
     }
-    triangles.resize(kept);
+    triangles.resize(3 * kept);
+    materials.resize(materials.empty() ? 0 : kept);
 }
 
 // Only vertices that a triangle uses count: stray points must not shrink the picture.
@@ -42,27 +50,50 @@ void move_into_unit_sphere(Mesh& mesh, const std::string& file) {
     }
 }
 
+// Places in textures that are damage, not wrapping: they would cost whole numbers their range.
+void drop_wild_coordinates(std::vector<Texture_Point>& coordinates) {
+    constexpr float far = 1e6F;
+    for (Texture_Point& place : coordinates) {
+        if (!(std::abs(place.u) <= far && std::abs(place.v) <= far)) {
+            place = {};
+        }
+    }
+}
+
+// By vertex, a number that vertices of one place share. Textures part vertices along their seams, where no edge is meant to show.
+std::vector<std::uint32_t> places_of(const Mesh& mesh) {
+    std::vector<std::uint32_t> places(mesh.positions.size());
+    if (mesh.coordinates.empty()) {
+        std::iota(places.begin(), places.end(), 0U);
+        return places;
+    }
+    Triple_Table table;
+    std::ranges::transform(mesh.positions, places.begin(), [&](const VT_Vector& p) { return table.index_of(words_of(p)); });
+    return places;
+}
+
 // The mean of the faces around a vertex, weighted by their areas.
 void complete_normals(Mesh& mesh) {
     mesh.normals.resize(mesh.positions.size());
+    const std::vector<std::uint32_t> places = places_of(mesh);
     std::vector<VT_Vector> sums(mesh.positions.size());
     for (std::size_t i = 0; i < mesh.triangles.size(); i += 3) {
         const auto a = mesh.triangles[i], b = mesh.triangles[i + 1], c = mesh.triangles[i + 2];
         const VT_Vector twice_area = cross(mesh.positions[b] - mesh.positions[a], mesh.positions[c] - mesh.positions[a]);
         for (const auto vertex : {a, b, c}) {
-            sums[vertex] = sums[vertex] + twice_area;
+            sums[places[vertex]] = sums[places[vertex]] + twice_area;
         }
     }
     for (std::size_t v = 0; v < mesh.normals.size(); ++v) {
         const bool given = unit(mesh.normals[v]).has_value();
-        mesh.normals[v] = unit(given ? mesh.normals[v] : sums[v]).value_or(VT_Vector{0, 0, 1});
+        mesh.normals[v] = unit(given ? mesh.normals[v] : sums[places[v]]).value_or(VT_Vector{0, 0, 1});
     }
 }
 
 } // namespace
 
 void finish_mesh(Mesh& mesh, const std::string& file) {
-    drop_degenerate_triangles(mesh.triangles);
+    drop_degenerate_triangles(mesh);
     if (mesh.triangles.empty()) {
         throw Model_Error(file + ": empty scene: expected at least one triangle, found none");
     }
@@ -70,7 +101,16 @@ void finish_mesh(Mesh& mesh, const std::string& file) {
         throw Model_Error(file + ": expected fewer than 1431655765 triangles, found " + std::to_string(mesh.triangle_count()));
     }
     move_into_unit_sphere(mesh, file);
+    drop_wild_coordinates(mesh.coordinates);
     complete_normals(mesh);
+}
+
+VT_Vector face_normal(const Mesh& mesh, std::size_t triangle) {
+    const std::uint32_t* corners = &mesh.triangles[3 * triangle];
+    const VT_Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]], &c = mesh.positions[corners[2]];
+    const VT_Vector normal = unit(cross(b - a, c - a)).value_or(VT_Vector{0, 0, 1});
+    const VT_Vector around = mesh.normals[corners[0]] + mesh.normals[corners[1]] + mesh.normals[corners[2]];
+    return dot(normal, around) < 0.0F ? normal * -1.0F : normal;
 }
 
 } // namespace app::scene

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/command.h"
+#include "app/scene/material.h"
 #include "renderer/host/color.h"
 #include "renderer/host/geometry.h"
 
@@ -16,11 +17,24 @@ struct Model_Error : Usage_Error {
     using Usage_Error::Usage_Error;
 };
 
+// A place in a texture: u to the right, v upwards, 0 to 1 from border to border.
+struct Texture_Point {
+    float u = 0, v = 0;
+};
+
+inline constexpr std::uint32_t no_material = 0xFFFFFFFF;
+
 struct Mesh {
     std::vector<VT_Vector> positions;
     std::vector<VT_Vector> normals;       // none, or one a position; a zero one is to be computed
     std::vector<VT_RGB32> colors;         // none, or one a position; alpha 0 = the vertex has no colour of its own
     std::vector<std::uint32_t> triangles; // three positions each
+
+    std::vector<Texture_Point> coordinates;        // none, or one a position
+    std::vector<std::uint32_t> triangle_materials; // none, or one a triangle, no_material for plain ones
+    std::vector<Material> materials;
+    std::vector<Image_Source> images;
+    std::vector<std::string> warnings; // what of the materials could not be read, a line each
 
     std::size_t triangle_count() const noexcept { return triangles.size() / 3; }
 };
@@ -29,5 +43,9 @@ struct Mesh {
 // that floats serve models of any size and place, and gives every vertex a normal of length 1. file: for messages. Throws
 // Model_Error when nothing is left to draw.
 void finish_mesh(Mesh& mesh, const std::string& file);
+
+// Of a finished mesh's triangle, length 1. Faces look where their vertices' normals do, even where the file winds them the other
+// way.
+VT_Vector face_normal(const Mesh& mesh, std::size_t triangle);
 
 } // namespace app::scene

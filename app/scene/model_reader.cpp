@@ -9,14 +9,13 @@
 namespace app::scene {
 namespace {
 
-std::string lower_case_extension(const std::string& file) {
-    std::string extension = std::filesystem::path(file).extension().string();
-    std::ranges::transform(extension, extension.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return extension;
+std::string lower_case(std::string text) {
+    std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
 }
 
 Mesh read_model(const std::string& file) {
-    const std::string extension = lower_case_extension(file);
+    const std::string extension = lower_case(std::filesystem::path(file).extension().string());
     if (extension == ".obj") {
         return read_obj(file, read_file(file));
     }
@@ -46,6 +45,32 @@ std::string read_file(const std::string& file) {
         throw Model_Error(file + ": cannot be read");
     }
     return content;
+}
+
+std::string image_path(const std::string& file, std::string name) {
+    namespace fs = std::filesystem;
+    std::ranges::replace(name, '\\', '/');
+    const fs::path folder = fs::path(file).parent_path(), given = (folder / name).lexically_normal();
+    std::error_code error;
+    if (fs::exists(given, error)) {
+        return given.string();
+    }
+    const std::string wanted = lower_case(fs::path(name).filename().string());
+    for (const fs::directory_entry& beside : fs::directory_iterator(folder.empty() ? "." : folder, error)) {
+        if (lower_case(beside.path().filename().string()) == wanted) {
+            return (folder / beside.path().filename()).string();
+        }
+    }
+    return given.string();
+}
+
+std::uint32_t image_number(Mesh& mesh, const std::string& path) {
+    const auto found = std::ranges::find(mesh.images, path, &Image_Source::name);
+    const auto number = static_cast<std::uint32_t>(found - mesh.images.begin());
+    if (found == mesh.images.end()) {
+        mesh.images.emplace_back().name = path;
+    }
+    return number;
 }
 
 Mesh load_model(const std::string& file) {

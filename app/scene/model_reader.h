@@ -20,6 +20,12 @@ Mesh read_stl(const std::string& file, std::string_view content);
 // Opens the file itself.
 Mesh read_with_assimp(const std::string& file);
 
+// Where an image lies that a model or material file names: relative to that file, else beside it under the same name in
+// capitals or not, as on the machine that it was written on. Folders may be parted by either slash.
+std::string image_path(const std::string& file, std::string name);
+// The number of an image file among a mesh's images.
+std::uint32_t image_number(Mesh& mesh, const std::string& path);
+
 // The whole file. Throws Model_Error.
 std::string read_file(const std::string& file);
 

@@ -1,13 +1,15 @@
-// OBJ: positions, normals, polygons and the diffuse colours of materials.
+// OBJ: positions, normals, polygons, and materials with their colours and images.
 #include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <map>
-#include <optional>
 
 #include "app/scene/model_reader.h"
+#include "app/scene/polygon.h"
 #include "app/scene/text_cursor.h"
-#include "app/scene/triple_table.h"
+#include "app/scene/tuple_table.h"
 
 namespace app::scene {
 namespace {
@@ -32,6 +34,8 @@ public:
                 positions_.push_back(read_vector(cursor_, "a vertex coordinate"));
             } else if (keyword == "vn") {
                 normals_.push_back(read_vector(cursor_, "a normal's component"));
+            } else if (keyword == "vt") {
+                read_coordinate();
             } else if (keyword == "f") {
                 read_face();
             } else if (keyword == "usemtl") {
@@ -57,12 +61,23 @@ private:
         return static_cast<std::uint32_t>(index);
     }
 
+    bool textured() const { return material_ != none && materials_[material_].material.image != no_image; }
+
+    // Texture coordinates count only where there is an image, and do not part vertices elsewhere.
+    std::uint32_t read_texture_index() {
+        if (textured()) {
+            return read_index(coordinates_.size(), "a texture index");
+        }
+        cursor_.integer("a texture index");
+        return none;
+    }
+
     std::uint32_t read_corner() {
         const std::uint32_t position = read_index(positions_.size(), "a vertex index");
-        std::uint32_t normal = none;
+        std::uint32_t normal = none, coordinate = none;
         if (cursor_.accept('/')) {
             if (!cursor_.accept('/')) {
-                cursor_.integer("a texture index");
+                coordinate = read_texture_index();
                 if (cursor_.accept('/')) {
                     normal = read_index(normals_.size(), "a normal index");
                 }
@@ -70,78 +85,187 @@ private:
                 normal = read_index(normals_.size(), "a normal index");
             }
         }
-        return corners_.index_of({position, normal, material_});
+        return corners_.index_of({position, normal, material_, coordinate});
     }
 
-    // A polygon is drawn as a fan around its first corner.
     void read_face() {
-        const std::uint32_t first = read_corner();
-        std::uint32_t previous = read_corner();
+        polygon_.clear();
         do {
-            const std::uint32_t corner = read_corner();
-            triangles_.insert(triangles_.end(), {first, previous, corner});
-            previous = corner;
-        } while (!cursor_.at_line_end());
+            polygon_.push_back(read_corner());
+        } while (polygon_.size() < 3 || !cursor_.at_line_end());
+        places_.clear();
+        for (const std::uint32_t corner : polygon_) {
+            places_.push_back(positions_[corners_.keys()[corner][0]]);
+        }
+        append_polygon(triangles_, polygon_, places_);
     }
+
+    void read_coordinate() {
+        const float u = cursor_.number("a texture coordinate");
+        coordinates_.push_back({u, cursor_.at_line_end() ? 0 : cursor_.number("a texture coordinate")});
+    }
+
+    // The triangles since the last change are of the material in use.
+    void note_material() { triangle_materials_.resize(triangles_.size() / 3, material_); }
 
     void use_material(const std::string& name) {
+        note_material();
         const auto found = material_numbers_.find(name);
         material_ = found == material_numbers_.end() ? none : found->second;
     }
 
-    // A library that is missing or broken costs only the colours.
+    // A library that is missing or broken costs only the materials.
     void read_materials(const std::string& name) {
         const std::string library = (std::filesystem::path(file_).parent_path() / name).string();
         try {
             const std::string content = read_file(library);
             Text_Cursor cursor(library, content);
-            std::string material;
+            Obj_Material* material = nullptr;
             for (; !cursor.at_end(); cursor.next_line()) {
                 const std::string_view keyword = cursor.word();
                 if (keyword == "newmtl") {
-                    material = cursor.rest_of_line();
-                } else if (keyword == "Kd") {
-                    const VT_Vector diffuse = read_vector(cursor, "a colour channel");
-                    material_numbers_[material] = static_cast<std::uint32_t>(material_colors_.size());
-                    material_colors_.push_back({channel(diffuse.z), channel(diffuse.y), channel(diffuse.x), 255});
+                    material_numbers_[std::string(cursor.rest_of_line())] = static_cast<std::uint32_t>(materials_.size());
+                    material = &materials_.emplace_back();
+                } else if (material) {
+                    read_property(library, cursor, keyword, *material);
                 }
             }
-        } catch (const Model_Error&) {
+        } catch (const Model_Error& error) {
+            mesh_.warnings.push_back(error.what());
+        }
+    }
+
+    struct Obj_Material {
+        Material material;
+        VT_RGB32 color{0, 0, 0, 0};
+        // Of coordinates: scale, then shift.
+        std::array<float, 2> scale{1, 1}, shift{0, 0};
+    };
+
+    void read_property(const std::string& library, Text_Cursor& cursor, std::string_view keyword, Obj_Material& into) {
+        if (keyword == "Kd") {
+            const VT_Vector diffuse = read_vector(cursor, "a colour channel");
+            into.color = {channel(diffuse.z), channel(diffuse.y), channel(diffuse.x), 255};
+        } else if (keyword == "d") {
+            into.material.opacity = cursor.number("an opacity");
+        } else if (keyword == "Tr") {
+            into.material.opacity = 1 - cursor.number("a transparency");
+        } else if (keyword == "map_Kd") {
+            read_map(library, cursor, into);
+        }
+    }
+
+    // Options, then the image's name, which may hold blanks.
+    void read_map(const std::string& library, Text_Cursor& cursor, Obj_Material& into) {
+        for (;;) {
+            cursor.skip_blanks();
+            Text_Cursor ahead = cursor;
+            const std::string_view option = ahead.word();
+            if (option.size() < 2 || option[0] != '-') {
+                break;
+            }
+            cursor = ahead;
+            if (option == "-clamp") {
+                if (cursor.word() == "on") {
+                    into.material.wrap_u = into.material.wrap_v = Wrap::clamp;
+                }
+            } else if (option == "-s" || option == "-o" || option == "-t") {
+                read_map_vector(cursor, option == "-s" ? &into.scale : option == "-o" ? &into.shift : nullptr);
+            } else {
+                cursor.word();
+                if (option == "-mm") {
+                    cursor.word();
+                }
+            }
+        }
+        if (const std::string name(cursor.rest_of_line()); !name.empty()) {
+            into.material.image = image_number(mesh_, image_path(library, name));
+        }
+    }
+
+    // One to three numbers.
+    static void read_map_vector(Text_Cursor& cursor, std::array<float, 2>* into) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            Text_Cursor ahead = cursor;
+            const std::string_view word = ahead.word();
+            float value = 0;
+            const auto [stop, error] = std::from_chars(word.data(), word.data() + word.size(), value);
+            if (error != std::errc{} || stop != word.data() + word.size() || !std::isfinite(value)) {
+                return;
+            }
+            cursor = ahead;
+            if (into && i < 2) {
+                (*into)[i] = value;
+            }
         }
     }
 
     static std::uint8_t channel(float value) { return static_cast<std::uint8_t>(std::clamp(value, 0.0F, 1.0F) * 255.0F + 0.5F); }
 
+    // Black under an image stands for nothing said: exporters write it, and the image would not show.
+    VT_RGB32 color_of(std::uint32_t material) const {
+        constexpr VT_RGB32 black{0, 0, 0, 255}, unknown{0, 0, 0, 0};
+        if (material == none) {
+            return unknown;
+        }
+        const Obj_Material& known = materials_[material];
+        return known.material.image != no_image && known.color == black ? unknown : known.color;
+    }
+
+    Texture_Point coordinate_of(std::uint32_t coordinate, std::uint32_t material) const {
+        if (coordinate == none) {
+            return {};
+        }
+        const Obj_Material& known = materials_[material];
+        const Texture_Point& given = coordinates_[coordinate];
+        return {given.u * known.scale[0] + known.shift[0], given.v * known.scale[1] + known.shift[1]};
+    }
+
     Mesh take_mesh() {
-        Mesh mesh;
+        note_material();
+        Mesh& mesh = mesh_;
         mesh.triangles = std::move(triangles_);
         const auto& keys = corners_.keys();
         mesh.positions.reserve(keys.size());
-        for (const auto& [position, normal, material] : keys) {
-            mesh.positions.push_back(positions_[position]);
+        for (const auto& key : keys) {
+            mesh.positions.push_back(positions_[key[0]]);
         }
         if (!normals_.empty()) {
             mesh.normals.reserve(keys.size());
-            for (const auto& [position, normal, material] : keys) {
-                mesh.normals.push_back(normal == none ? VT_Vector{} : normals_[normal]);
+            for (const auto& key : keys) {
+                mesh.normals.push_back(key[1] == none ? VT_Vector{} : normals_[key[1]]);
             }
         }
-        if (!material_colors_.empty()) {
+        if (!materials_.empty()) {
             mesh.colors.reserve(keys.size());
-            for (const auto& [position, normal, material] : keys) {
-                mesh.colors.push_back(material == none ? VT_RGB32{0, 0, 0, 0} : material_colors_[material]);
+            for (const auto& key : keys) {
+                mesh.colors.push_back(color_of(key[2]));
+            }
+            mesh.triangle_materials = std::move(triangle_materials_);
+        }
+        if (!mesh.images.empty()) {
+            mesh.coordinates.reserve(keys.size());
+            for (const auto& key : keys) {
+                mesh.coordinates.push_back(coordinate_of(key[3], key[2]));
             }
         }
-        return mesh;
+        for (const Obj_Material& known : materials_) {
+            mesh.materials.push_back(known.material);
+        }
+        return std::move(mesh_);
     }
 
     const std::string& file_;
     Text_Cursor cursor_;
     std::vector<VT_Vector> positions_, normals_;
-    std::vector<std::uint32_t> triangles_;
-    Triple_Table corners_; // position, normal, material
+    std::vector<Texture_Point> coordinates_;
+    std::vector<std::uint32_t> polygon_; // being read
+    std::vector<VT_Vector> places_;      // of its corners
+    std::vector<std::uint32_t> triangles_, triangle_materials_;
+    Tuple_Table<4> corners_; // position, normal, material, texture coordinate
     std::map<std::string, std::uint32_t> material_numbers_;
-    std::vector<VT_RGB32> material_colors_;
+    std::vector<Obj_Material> materials_;
+    Mesh mesh_;
     std::uint32_t material_ = none;
 };
 

@@ -7,6 +7,7 @@
 
 #include "app/scene/bytes.h"
 #include "app/scene/model_reader.h"
+#include "app/scene/polygon.h"
 #include "app/scene/text_cursor.h"
 
 namespace app::scene {
@@ -291,19 +292,15 @@ private:
         }
     }
 
-    // A polygon is drawn as a fan around its first corner.
     void read_polygon(const Property& property) {
         const std::int64_t count = read_list_count(property);
-        std::uint32_t first = 0, previous = 0;
+        polygon_.clear();
+        places_.clear();
         for (std::int64_t i = 0; i < count; ++i) {
-            const std::uint32_t corner = read_vertex_index(property.scalar);
-            if (i == 0) {
-                first = corner;
-            } else if (i > 1) {
-                mesh_.triangles.insert(mesh_.triangles.end(), {first, previous, corner});
-            }
-            previous = corner;
+            polygon_.push_back(read_vertex_index(property.scalar));
+            places_.push_back(mesh_.positions[polygon_.back()]);
         }
+        append_polygon(mesh_.triangles, polygon_, places_);
     }
 
     std::uint32_t read_vertex_index(Scalar scalar) {
@@ -350,6 +347,8 @@ private:
 
     Values values_;
     Mesh mesh_;
+    std::vector<std::uint32_t> polygon_; // being read
+    std::vector<VT_Vector> places_;      // of its corners
 };
 
 } // namespace

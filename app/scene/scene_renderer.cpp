@@ -5,40 +5,13 @@
 #include <cmath>
 
 #include "app/scene/vectors.h"
+#include "app/scene/viewport.h"
 #include "vorna/draw.h"
 
 namespace app::scene {
 namespace {
 
 constexpr std::uint32_t none = 0xFFFFFFFF;
-constexpr float farthest_depth = 65535.0F;
-
-// From x / w, y / w and z / w to pixels. A point of the renderer lies on the lower left corner of its pixel, so points are
-// rounded to the nearest corner; the view volume's far sides meet the last pixel's, for no point may lie outside the window.
-struct Viewport {
-    explicit Viewport(const VT_Int_Rectangle& window)
-        : left(window.left), bottom(window.bottom), half_width(static_cast<float>(window.right - window.left) * 0.5F),
-          half_height(static_cast<float>(window.top - window.bottom) * 0.5F) {}
-
-    // Values a little outside, by rounding, are moved inside.
-    static std::int32_t rounded(float value, float limit) noexcept {
-        const float low = value > 0.0F ? value : 0.0F;
-        return static_cast<std::int32_t>((low < limit ? low : limit) + 0.5F);
-    }
-
-    VT_DCI_Point device_point(float x, float y, float z) const noexcept {
-        return {left + rounded((x + 1.0F) * half_width, 2.0F * half_width),
-                bottom + rounded((y + 1.0F) * half_height, 2.0F * half_height), rounded(z * farthest_depth, farthest_depth)};
-    }
-
-    std::int32_t left, bottom;
-    float half_width, half_height;
-};
-
-VT_Vector face_normal(const VT_Vector& a, const VT_Vector& b, const VT_Vector& c) {
-    return unit(cross(b - a, c - a)).value_or(VT_Vector{0, 0, 1});
-}
-
 } // namespace
 
 // What stays the same over one picture.
@@ -69,6 +42,10 @@ Scene_Renderer::Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_c
     }
 }
 
+std::string Scene_Renderer::summary() const {
+    return std::to_string(triangle_count()) + " triangles in " + std::to_string(strip_count()) + " strips";
+}
+
 void Scene_Renderer::lay_out(const Mesh& mesh, const Strips& strips) {
     std::vector<std::uint32_t> new_number(mesh.positions.size(), none);
     std::vector<VT_Vector> normals;
@@ -95,11 +72,7 @@ void Scene_Renderer::lay_out(const Mesh& mesh, const Strips& strips) {
         if (triangle == no_triangle) {
             continue;
         }
-        const auto corner = [&](std::size_t i) { return mesh.triangles[3 * std::size_t{triangle} + i]; };
-        const VT_Vector normal = face_normal(mesh.positions[corner(0)], mesh.positions[corner(1)], mesh.positions[corner(2)]);
-        // Faces look where their vertices' normals do, even where the file winds them the other way.
-        const VT_Vector around = mesh.normals[corner(0)] + mesh.normals[corner(1)] + mesh.normals[corner(2)];
-        faces_.set(place, dot(normal, around) < 0.0F ? normal * -1.0F : normal, mesh.positions[corner(0)]);
+        faces_.set(place, face_normal(mesh, triangle), mesh.positions[mesh.triangles[3 * std::size_t{triangle}]]);
     }
 }
 
@@ -142,13 +115,8 @@ void Scene_Renderer::light(const Camera& camera, const Picture_Settings& setting
     }
 }
 
-bool Scene_Renderer::faces_viewer(std::size_t place, const Camera& camera) const noexcept {
-    const VT_Vector eye = narrowed(camera.eye);
-    return dot(faces_.normals[place], eye) > (camera.eye_is_place ? faces_.distances[place] : 0.0F);
-}
-
 Scene_Renderer::Manner Scene_Renderer::manner_of(const Drawing& drawing, std::size_t place) const noexcept {
-    const bool front = faces_viewer(place, drawing.camera);
+    const bool front = faces_.face_viewer(place, drawing.camera);
     if (!front && drawing.cull_backs) {
         return Manner::hidden;
     }
@@ -223,7 +191,7 @@ void Scene_Renderer::draw_run(const Drawing& drawing, std::size_t first, std::si
 }
 
 void Scene_Renderer::draw_clipped(const Drawing& drawing, std::size_t place) {
-    const std::vector<VT_RGB32>& colors = faces_viewer(place, drawing.camera) ? front_colors_ : back_colors_;
+    const std::vector<VT_RGB32>& colors = faces_.face_viewer(place, drawing.camera) ? front_colors_ : back_colors_;
     std::array<Clip_Vertex, 3> triangle;
     std::uint8_t planes = 0;
     for (std::size_t i = 0; i < 3; ++i) {

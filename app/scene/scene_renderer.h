@@ -10,35 +10,23 @@
 #include "app/scene/clipper.h"
 #include "app/scene/lighting.h"
 #include "app/scene/mesh.h"
+#include "app/scene/scene.h"
 #include "app/scene/strips.h"
-#include "renderer/host/renderer_data.h"
-#include "renderer/host/rendition.h"
 
 namespace app::scene {
 
-enum class Shading { flat, gouraud };
-enum class Culling { none, back };
-
-struct Picture_Settings {
-    Shading shading = Shading::gouraud;
-    Culling culling = Culling::none;
-    VT_Vector_D light{-0.5, 0.65, 0.7}; // towards it, in view space
-};
-
-// A model laid out for drawing, once for all pictures of it.
-class Scene_Renderer {
+class Scene_Renderer final : public Scene {
 public:
     // base_color: of vertices without a colour of their own; of all with own_colors off.
     Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors);
 
-    // The vertices that are drawn, for fitting a camera.
-    const std::vector<VT_Vector>& points() const noexcept { return points_; }
+    const std::vector<VT_Vector>& points() const noexcept override { return points_; }
     std::size_t triangle_count() const noexcept { return triangle_count_; }
     std::size_t strip_count() const noexcept { return strip_starts_.size() - 1; }
+    std::string summary() const override;
 
-    // Draws into the window's pixels. Faces seen from behind are lit from behind.
     void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, const Camera& camera,
-              const Picture_Settings& settings);
+              const Picture_Settings& settings) override;
 
 private:
     // How a triangle is drawn.
@@ -48,7 +36,6 @@ private:
     void lay_out(const Mesh& mesh, const Strips& strips);
     void transform(const Camera& camera, const VT_Int_Rectangle& window);
     void light(const Camera& camera, const Picture_Settings& settings);
-    bool faces_viewer(std::size_t place, const Camera& camera) const noexcept;
     Manner manner_of(const Drawing& drawing, std::size_t place) const noexcept;
     void draw_strip(const Drawing& drawing, std::size_t begin, std::size_t end);
     void draw_run(const Drawing& drawing, std::size_t first, std::size_t triangles, Manner manner);

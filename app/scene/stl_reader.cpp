@@ -5,7 +5,7 @@
 #include "app/scene/bytes.h"
 #include "app/scene/model_reader.h"
 #include "app/scene/text_cursor.h"
-#include "app/scene/triple_table.h"
+#include "app/scene/tuple_table.h"
 
 namespace app::scene {
 namespace {
@@ -15,12 +15,7 @@ constexpr std::size_t binary_facet = 50;
 
 class Corner_Joiner {
 public:
-    void add(VT_Vector corner) {
-        // Adding zero turns -0 into 0, so that both are the same place.
-        triangles_.push_back(
-            table_.index_of({std::bit_cast<std::uint32_t>(corner.x + 0.0F), std::bit_cast<std::uint32_t>(corner.y + 0.0F),
-                             std::bit_cast<std::uint32_t>(corner.z + 0.0F)}));
-    }
+    void add(VT_Vector corner) { triangles_.push_back(table_.index_of(words_of(corner))); }
 
     Mesh take_mesh() {
         Mesh mesh;

@@ -5,49 +5,20 @@
 #include <gtest/gtest.h>
 
 #include "tests/replay/command_line.h"
-#include "tests/replay/png_pixels.h"
 #include "tests/scene/meshes.h"
+#include "tests/scene/rendering.h"
 
 namespace app::scene {
 namespace {
 
 using replay_tests::Outcome;
-using replay_tests::Png_Pixels;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// A colour picture whatever its file holds: red, green and blue by row from the top.
-struct Picture {
-    explicit Picture(const Png_Pixels& png) : width(png.width), height(png.height) {
-        for (std::size_t i = 0; i < png.bytes.size(); i += png.pixel_bytes) {
-            const std::uint8_t* rgb = png.palette.empty() ? &png.bytes[i] : &png.palette[3U * png.bytes[i]];
-            pixels.push_back({rgb[0], rgb[1], rgb[2]});
-        }
-    }
-
-    const std::array<int, 3>& at(std::uint32_t x, std::uint32_t y) const { return pixels[y * width + x]; }
-    auto count(const std::array<int, 3>& color) const { return std::ranges::count(pixels, color); }
-
-    std::uint32_t width, height;
-    std::vector<std::array<int, 3>> pixels;
-};
-
 constexpr std::array<int, 3> black{0, 0, 0}, white{255, 255, 255};
 
-class Render_Command : public testing::Test {
-protected:
-    Picture render(const std::string& model, std::vector<std::string> options = {}) {
-        const std::string output = folder.file("out.png");
-        options.insert(options.begin(), {"render", model, "-o", output});
-        const Outcome outcome = replay_tests::run_vorna(options);
-        EXPECT_EQ(outcome.status, 0);
-        EXPECT_EQ(outcome.errors, "");
-        return Picture(replay_tests::read_png(output));
-    }
-
-    replay_tests::Temporary_Folder folder;
-};
+using Render_Command = Rendering;
 
 // A corner of three walls, open to the viewer of its front: long to the right, half as long upwards, short towards the viewer.
 const std::string corner = "v 0 0 0\nv 4 0 0\nv 0 2 0\nv 0 0 1\nf 1 2 3\nf 1 3 4\nf 1 4 2\n";
