@@ -400,7 +400,7 @@ Texture::Cut Textured_Scene::Drawing::choose_texture(const std::array<const Corn
         covered[axis] = needle ? (high[axis] - low[axis]) / std::sqrt(std::max(longest, 1.0))
                                : std::sqrt(across[axis] * across[axis] + up[axis] * up[axis]);
     }
-    const Texture::Cut cut = paint->texture->cut(covered, low, high);
+    Texture::Cut cut = paint->texture->cut(covered, low, high);
     for (std::size_t i = 0; i < 3; ++i) {
         const Corner& corner = *corners[i];
         const double dx = corner.device.x - viewport.left + 0.5 - corner.x,
