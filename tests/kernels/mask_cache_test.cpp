@@ -1,0 +1,97 @@
+// The mask cache: which clip regions it keeps, and when it rasterizes.
+#include <gtest/gtest.h>
+
+#include "renderer/core/software_z_buffer.h"
+#include "renderer/mask/mask_cursor.h"
+
+namespace {
+
+class Mask_Cache : public testing::Test {
+protected:
+    Mask_Cache() : renderer(VT_Renderer_Data()) {
+        renderer.requested_table.find("Use Mask")->set(true);
+        renderer.current_options.set_window_size({40, 20});
+        renderer.establish_all();
+    }
+
+    static VT_Reference<VT_Rendition> clipped_to(float right) {
+        VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+        const VT_Contour_Set::Contour box{{0, 0, 0}, {right, 0, 0}, {right, 20, 0}, {0, 20, 0}};
+        rendition->clip.complex_clip = VT_Reference<const VT_Contour_Set>(new VT_Contour_Set({box}));
+        return rendition;
+    }
+    // How many pixels of a row the newest mask leaves.
+    int open_pixels() {
+        int open = 0;
+        for (std::int32_t column = 0; column < 40; ++column) {
+            open += krb::Mask_Cursor::at(*renderer.mask_cache->newest, 3, column).drawable() ? 1 : 0;
+        }
+        return open;
+    }
+
+    krb::Software_Z_Buffer renderer;
+};
+
+TEST_F(Mask_Cache, keeps_four_regions_and_gives_the_oldest_mask_to_a_fifth) {
+    VT_Reference<VT_Rendition> renditions[5];
+    Frame_Buffer_Mask* masks[5];
+    for (int i = 0; i < 5; ++i) {
+        renditions[i] = clipped_to(static_cast<float>(5 + i));
+    }
+    for (int i = 0; i < 4; ++i) {
+        ASSERT_TRUE(krb::find_mask(renderer, *renditions[i]));
+        masks[i] = renderer.mask_cache->newest;
+        EXPECT_EQ(open_pixels(), 5 + i);
+    }
+    // The first one is used again: the second is now the one unused for longest.
+    ASSERT_TRUE(krb::find_mask(renderer, *renditions[0]));
+    EXPECT_EQ(renderer.mask_cache->newest, masks[0]);
+    ASSERT_TRUE(krb::find_mask(renderer, *renditions[4]));
+    EXPECT_EQ(renderer.mask_cache->newest, masks[1]);
+    EXPECT_EQ(open_pixels(), 9);
+    EXPECT_EQ(renderer.mask_cache->count, 4);
+    EXPECT_EQ(renderer.mask_cache->oldest, masks[2]);
+    // What is still there is found, not made again.
+    for (const int i : {3, 2, 0, 3}) {
+        ASSERT_TRUE(krb::find_mask(renderer, *renditions[i]));
+        EXPECT_EQ(renderer.mask_cache->newest, masks[i]);
+        EXPECT_EQ(renderer.mask_cache->newest->key(), renditions[i]->clip.complex_clip->serial());
+    }
+}
+
+TEST_F(Mask_Cache, looks_for_the_shifted_clip_only_when_an_offset_is_negative) {
+    const VT_Reference<VT_Rendition> rendition = clipped_to(12);
+    rendition->clip.window_offset = {3, 0};
+    ASSERT_TRUE(krb::find_mask(renderer, *rendition));
+    EXPECT_EQ(open_pixels(), 12);
+    rendition->clip.window_offset = {-3, 0};
+    ASSERT_TRUE(krb::find_mask(renderer, *rendition));
+    EXPECT_EQ(open_pixels(), 9);
+    EXPECT_EQ(renderer.mask_cache->count, 2);
+    ASSERT_TRUE(krb::find_mask(renderer, *rendition));
+    EXPECT_EQ(renderer.mask_cache->count, 2);
+}
+
+TEST_F(Mask_Cache, is_shared_through_the_option_emptied_at_establish_and_gone_without_it) {
+    ASSERT_TRUE(krb::find_mask(renderer, *clipped_to(7)));
+    auto* published = renderer.requested_table.find("Mask Cache")->as_object<krb::Mask_Cache_Data>();
+    ASSERT_EQ(published, renderer.mask_cache.get());
+
+    VT_Renderer_Data prototype;
+    prototype.requested_table.add(VT_Option("Mask Cache", 1, VT_Pointer(VT_Reference<VT_Counted>(published))));
+    prototype.requested_table.add(VT_Option("Use Mask", 0, false));
+    krb::Software_Z_Buffer other(prototype);
+    other.requested_table.find("Use Mask")->set(true);
+    other.current_options.set_window_size({16, 16});
+    other.establish_all();
+    EXPECT_EQ(other.mask_cache.get(), published);
+    EXPECT_EQ(published->count, 0);
+
+    EXPECT_FALSE(krb::find_mask(renderer, VT_Rendition()));
+    renderer.requested_table.find("Use Mask")->set(false);
+    renderer.establish_all();
+    EXPECT_FALSE(renderer.mask_cache);
+    EXPECT_FALSE(krb::find_mask(renderer, *clipped_to(7)));
+}
+
+} // namespace
