@@ -1,7 +1,9 @@
 // Measures triangles at 1920 x 1080 on one thread, beside memset, memcpy and llvmpipe.
 //
 // A frame is what one iteration draws: the clears that its scene needs, all strips, and a wait until they are in memory. Before
-// it is timed, a drawing must paint as many pixels as the peer's, save for the edges, where the fill rules differ.
+// it is timed, a drawing must paint as many pixels as the peer's, save for the edges, where the fill rules differ; a masked
+// drawing as many as the open one does inside the clip.
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -30,7 +32,8 @@ struct Drawing {
     const Scene& scene;
     Surface surface;
     Clears clears;
-    double edge_share; // largest difference from the peer's number of painted pixels; 0 = the peer cannot draw this
+    double edge_share;  // largest difference from the peer's number of painted pixels; 0 = the peer cannot draw this
+    std::string open{}; // for a masked drawing: the name of the same one without a clip
 };
 
 void draw_frame(Canvas& canvas, Clears clears) {
@@ -44,7 +47,7 @@ void draw_frame(Canvas& canvas, Clears clears) {
     canvas.finish();
 }
 
-std::int64_t painted_by_one_frame(Canvas& canvas) {
+std::vector<bool> painted_by_one_frame(Canvas& canvas) {
     canvas.clear_color();
     draw_frame(canvas, Clears::depth);
     return canvas.painted_pixels();
@@ -59,10 +62,25 @@ void add_canvas(const Drawing& drawing, const char* who, Canvas& canvas) {
     })->MeasureProcessCPUTime();
 }
 
+std::int64_t number_of(const std::vector<bool>& painted) {
+    return std::count(painted.begin(), painted.end(), true);
+}
+
+std::int64_t number_inside(const Circle& clip, const std::vector<bool>& painted) {
+    std::int64_t number = 0;
+    std::size_t i = 0;
+    for (std::int32_t row = 0; row < window_size.y; ++row) {
+        for (std::int32_t column = 0; column < window_size.x; ++column) {
+            number += painted[i++] && clip.contains(column, row);
+        }
+    }
+    return number;
+}
+
 // The pixels of one of a scene's scattered triangles, which are all alike.
 std::int64_t pixels_of_one(const vorna::Module& module, const Scene& scene) {
     const Scene one{{scene.points.begin(), scene.points.begin() + 3}, {scene.colors.begin(), scene.colors.begin() + 3}, {3}};
-    return painted_by_one_frame(*make_own_canvas(module, {}, one));
+    return number_of(painted_by_one_frame(*make_own_canvas(module, {}, one)));
 }
 
 void add_memory() {
@@ -105,54 +123,69 @@ void add_context(Ratio_Table& ratios) {
     }
 }
 
-// Fails with one line when the two sides do not draw the same.
-void check(const Drawing& drawing, std::int64_t ours, std::int64_t theirs) {
+// Fails with one line when the two sides do not draw the same. other: who else draws it.
+void check(const Drawing& drawing, std::int64_t ours, const std::string& other, std::int64_t theirs) {
     const double difference = std::abs(static_cast<double>(ours - theirs)) / static_cast<double>(theirs);
-    std::printf("%s: %lld pixels painted, by the peer %lld\n", drawing.name.c_str(), static_cast<long long>(ours),
+    std::printf("%s: %lld pixels painted, by %s %lld\n", drawing.name.c_str(), static_cast<long long>(ours), other.c_str(),
                 static_cast<long long>(theirs));
     if (!(difference <= drawing.edge_share)) {
-        throw std::runtime_error(drawing.name + ": paints " + std::to_string(ours) + " pixels, the peer " +
+        throw std::runtime_error(drawing.name + ": paints " + std::to_string(ours) + " pixels, " + other + " " +
                                  std::to_string(theirs) + ", expected a difference of at most " +
                                  std::to_string(100 * drawing.edge_share) + " %");
     }
 }
 
 void run(const char* module_path, const char* model, const char* table) {
-    constexpr Shading flat = Shading::flat, gouraud = Shading::gouraud;
+    constexpr Shading flat = Shading::flat, gouraud = Shading::gouraud, textured = Shading::textured;
+    constexpr Circle clip{800};
     // So many that half of the pixels pass the depth test: of k triangles over a place, 1 + 1/2 + ... + 1/k do on average.
     const Scene big = scattered_triangles(512, 40), tiles_8 = tiled_triangles(8, 4), tiles_3 = tiled_triangles(3, 4);
-    const Scene bunny = model_in_front(model);
+    const Scene bunny = model_in_front(model), star = jagged_star(20000);
     const std::vector<Drawing> drawings{
         {"fill_512", "flat, no depth, legs 512", big, {flat}, Clears::none, 0.01},
         {"flat_512", "flat, depth, legs 512", big, {flat, true}, Clears::depth, 0.01},
         {"gouraud_512", "Gouraud, depth, legs 512", big, {gouraud, true}, Clears::depth, 0.01},
         {"alpha_512", "Gouraud, depth, alpha, legs 512", big, {gouraud, true, true}, Clears::depth, 0.01},
+        {"textured_512", "textured × Gouraud, depth, legs 512", big, {textured, true}, Clears::depth, 0.01},
         {"flat_8", "flat, depth, strips, legs 8", tiles_8, {flat, true}, Clears::depth, 0.01},
         {"gouraud_8", "Gouraud, depth, strips, legs 8", tiles_8, {gouraud, true}, Clears::depth, 0.01},
         {"flat_3", "flat, depth, strips, legs 3", tiles_3, {flat, true}, Clears::depth, 0.01},
         {"gouraud_3", "Gouraud, depth, strips, legs 3", tiles_3, {gouraud, true}, Clears::depth, 0.01},
         {"bunny", "bunny, 69,666 triangles, Gouraud, depth, whole frame", bunny, {gouraud, true}, Clears::all, 0.02},
+        {"polygon", "polygon of 20,000 points, flat, no depth, triangulation and fill", star, {flat}, Clears::none, 0},
         {"palette_flat_512", "8-bit flat, depth, legs 512", big, {flat, true, false, true}, Clears::depth, 0},
         {"palette_gouraud_512", "8-bit Gouraud, depth, legs 512", big, {gouraud, true, false, true}, Clears::depth, 0},
         {"palette_gouraud_8", "8-bit Gouraud, depth, strips, legs 8", tiles_8, {gouraud, true, false, true}, Clears::depth, 0},
+        {"masked_fill_512", "flat, no depth, legs 512", big, {flat, false, false, false, clip}, Clears::none, 0.01, "fill_512"},
+        {"masked_flat_512", "flat, depth, legs 512", big, {flat, true, false, false, clip}, Clears::depth, 0.01, "flat_512"},
     };
 
     const vorna::Module module(module_path);
     std::vector<std::unique_ptr<Canvas>> canvases;
     const auto add = [&canvases](const Drawing& drawing, const char* who, std::unique_ptr<Canvas> canvas) {
-        const std::int64_t painted = painted_by_one_frame(*canvas);
+        std::vector<bool> painted = painted_by_one_frame(*canvas);
         add_canvas(drawing, who, *canvas);
         canvases.push_back(std::move(canvas));
         return painted;
     };
+    std::map<std::string, std::vector<bool>> painted; // by the drawings without a clip
     Ratio_Table ratios;
     for (const Drawing& drawing : drawings) {
-        const std::int64_t ours = add(drawing, "vorna", make_own_canvas(module, drawing.surface, drawing.scene));
+        std::vector<bool> ours = add(drawing, "vorna", make_own_canvas(module, drawing.surface, drawing.scene));
+        const std::int64_t number = number_of(ours);
+        if (drawing.surface.clip) {
+            check(drawing, number, drawing.open + " inside the clip",
+                  number_inside(*drawing.surface.clip, painted.at(drawing.open)));
+            ratios.add_masked(drawing.name, drawing.title, drawing.open);
+            continue;
+        }
         if (drawing.edge_share > 0) {
-            check(drawing, ours, add(drawing, "llvmpipe", make_llvmpipe_canvas(drawing.surface, drawing.scene)));
-        } else if (ours == 0) {
+            check(drawing, number, "the peer",
+                  number_of(add(drawing, "llvmpipe", make_llvmpipe_canvas(drawing.surface, drawing.scene))));
+        } else if (number == 0) {
             throw std::runtime_error(drawing.name + ": paints nothing");
         }
+        painted[drawing.name] = std::move(ours);
         ratios.add_drawing(drawing.name, drawing.title, drawing.scene.triangle_count());
     }
     add_memory();

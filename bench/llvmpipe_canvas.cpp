@@ -55,29 +55,54 @@ private:
     std::string description_;
 };
 
-// Points arrive in clip space. {} stands for the interpolation of the colour.
-constexpr const char* vertex_text = R"(#version 330
+// Points arrive in clip space. INTERPOLATION is that of the colour; TEXTURED is defined where a texture modulates it.
+constexpr const char* vertex_text = R"(
 layout(location = 0) in vec3 position;
 layout(location = 1) in vec4 color;
-{} out vec4 face_color;
+INTERPOLATION out vec4 face_color;
+#ifdef TEXTURED
+layout(location = 2) in vec2 texture_point;
+out vec2 place;
+#endif
 void main() {
     gl_Position = vec4(position, 1.0);
     face_color = color;
+#ifdef TEXTURED
+    place = texture_point;
+#endif
 }
 )";
-constexpr const char* fragment_text = R"(#version 330
-{} in vec4 face_color;
+constexpr const char* fragment_text = R"(
+INTERPOLATION in vec4 face_color;
+#ifdef TEXTURED
+in vec2 place;
+uniform sampler2D texels;
+#endif
 out vec4 pixel;
 void main() {
     pixel = face_color;
+#ifdef TEXTURED
+    pixel *= texture(texels, place);
+#endif
 }
 )";
 
-GLuint compile(GLenum kind, std::string text, Shading shading) {
-    text.replace(text.find("{}"), 2, shading == Shading::flat ? "flat" : "smooth");
+const char* head_of(Shading shading) {
+    switch (shading) {
+    case Shading::flat:
+        return "#version 330\n#define INTERPOLATION flat\n";
+    case Shading::gouraud:
+        return "#version 330\n#define INTERPOLATION smooth\n";
+    case Shading::textured:
+        break;
+    }
+    return "#version 330\n#define INTERPOLATION smooth\n#define TEXTURED\n";
+}
+
+GLuint compile(GLenum kind, const char* text, Shading shading) {
     const GLuint shader = glCreateShader(kind);
-    const char* const start = text.c_str();
-    glShaderSource(shader, 1, &start, nullptr);
+    const std::array texts{head_of(shading), text};
+    glShaderSource(shader, texts.size(), texts.data(), nullptr);
     glCompileShader(shader);
     return shader;
 }
@@ -85,13 +110,18 @@ GLuint compile(GLenum kind, std::string text, Shading shading) {
 struct Vertex {
     float x, y, z;
     VT_RGB32 color;
+    Texture_Point texture_point;
 };
 
-// Rows of the renderer are sampled where a vertex lies on them, OpenGL's half a row higher; columns agree.
-Vertex vertex_of(const VT_DCI_Point& point, VT_RGB32 color) {
+// Rows of the renderer are sampled where a vertex lies on them, OpenGL's half a row higher; columns agree. OpenGL's textures have
+// their lowest row first.
+Vertex vertex_of(const VT_DCI_Point& point, VT_RGB32 color, Texture_Point texture_point) {
     const auto from_pixels = [](float place, std::int32_t size) { return 2 * place / static_cast<float>(size) - 1; };
     return {from_pixels(static_cast<float>(point.x), window_size.x),
-            from_pixels(static_cast<float>(point.y) + 0.5F, window_size.y), static_cast<float>(point.z) / 32767.5F - 1, color};
+            from_pixels(static_cast<float>(point.y) + 0.5F, window_size.y),
+            static_cast<float>(point.z) / 32767.5F - 1,
+            color,
+            {texture_point.u, 1 - texture_point.v}};
 }
 
 class Llvmpipe_Canvas final : public Canvas {
@@ -109,11 +139,15 @@ public:
         }
         link();
         fill(scene);
+        if (surface.shading == Shading::textured) {
+            make_texture();
+        }
     }
     ~Llvmpipe_Canvas() override {
         glDeleteFramebuffers(1, &framebuffer_);
         glDeleteRenderbuffers(2, attachments_.data());
         glDeleteProgram(program_);
+        glDeleteTextures(1, &texture_);
         glDeleteBuffers(1, &buffer_);
         glDeleteVertexArrays(1, &array_);
     }
@@ -134,13 +168,13 @@ public:
     }
     void finish() override { glFinish(); }
 
-    std::int64_t painted_pixels() override {
+    std::vector<bool> painted_pixels() override {
         use();
         std::vector<std::uint32_t> pixels(static_cast<std::size_t>(window_size.x) * static_cast<std::size_t>(window_size.y));
         glReadPixels(0, 0, window_size.x, window_size.y, GL_BGRA, GL_UNSIGNED_BYTE, pixels.data());
-        std::int64_t painted = 0;
+        std::vector<bool> painted;
         for (const std::uint32_t pixel : pixels) {
-            painted += pixel != 0xFFFFFFFF;
+            painted.push_back(pixel != 0xFFFFFFFF);
         }
         return painted;
     }
@@ -172,7 +206,8 @@ private:
         std::vector<Vertex> vertices;
         vertices.reserve(scene.points.size());
         for (std::size_t i = 0; i < scene.points.size(); ++i) {
-            vertices.push_back(vertex_of(scene.points[i], scene.colors[i]));
+            vertices.push_back(vertex_of(scene.points[i], scene.colors[i],
+                                         scene.texture_points.empty() ? Texture_Point{} : scene.texture_points[i]));
         }
         GLint first = 0;
         for (const GLsizei count : counts_) {
@@ -187,8 +222,19 @@ private:
         glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, sizeof(Vertex), nullptr);
         glVertexAttribPointer(1, GL_BGRA, GL_UNSIGNED_BYTE, GL_TRUE, sizeof(Vertex),
                               reinterpret_cast<const void*>(offsetof(Vertex, color)));
-        glEnableVertexAttribArray(0);
-        glEnableVertexAttribArray(1);
+        glVertexAttribPointer(2, 2, GL_FLOAT, GL_FALSE, sizeof(Vertex),
+                              reinterpret_cast<const void*>(offsetof(Vertex, texture_point)));
+        for (const GLuint attribute : {0U, 1U, 2U}) {
+            glEnableVertexAttribArray(attribute);
+        }
+    }
+
+    void make_texture() {
+        glGenTextures(1, &texture_);
+        glBindTexture(GL_TEXTURE_2D, texture_);
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+        glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, texture_side, texture_side, 0, GL_BGRA, GL_UNSIGNED_BYTE, noise_texels().data());
     }
 
     // The context is shared: every call sets what this canvas needs.
@@ -201,11 +247,12 @@ private:
         set(GL_BLEND, surface_.alpha);
         glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
         glUseProgram(program_);
+        glBindTexture(GL_TEXTURE_2D, texture_);
         glBindVertexArray(array_);
     }
 
     Surface surface_;
-    GLuint framebuffer_ = 0, program_ = 0, buffer_ = 0, array_ = 0;
+    GLuint framebuffer_ = 0, program_ = 0, texture_ = 0, buffer_ = 0, array_ = 0;
     std::array<GLuint, 2> attachments_{};
     std::vector<GLint> firsts_;
     std::vector<GLsizei> counts_;

@@ -44,6 +44,15 @@ std::string Ratio_Table::markdown() const {
         text += "| " + row.title + formatted(" | %.2f ms | %.2f | ", ours->second * 1e3, row.amount / ours->second / 1e6) +
                 (has_peer ? formatted("%.2f ms | %.1f |\n", theirs->second * 1e3, theirs->second / ours->second) : "– | – |\n");
     }
+    text += "\n| drawing | open | masked | masked ÷ open |\n|---|---:|---:|---:|\n";
+    for (const Masked_Row& row : masked_) {
+        const auto open = seconds_.find(row.open + "/vorna"), masked = seconds_.find(row.name + "/vorna");
+        if (open != seconds_.end() && masked != seconds_.end()) {
+            text += "| " + row.title +
+                    formatted(" | %.2f ms | %.2f ms | %.2f |\n", open->second * 1e3, masked->second * 1e3,
+                              masked->second / open->second);
+        }
+    }
     text += "\n| fill | GB/s | of memset |\n|---|---:|---:|\n";
     for (std::size_t i = 0; i < fills_.size(); ++i) {
         const auto unit = std::find_if(fills_.begin(), fills_.end(), [&](const Row& row) { return row.name == units_[i]; });

@@ -1,6 +1,8 @@
 // What the benchmarks draw.
 #include "bench/scene.h"
 
+#include <cmath>
+#include <numbers>
 #include <random>
 
 #include "app/scene/model_reader.h"
@@ -16,6 +18,8 @@ class Random {
 public:
     std::int32_t below(std::int32_t end) { return static_cast<std::int32_t>(engine_() % static_cast<std::uint32_t>(end)); }
     std::int32_t depth() { return below(65536); }
+    // From 0 to 0.999.
+    float thousandths() { return static_cast<float>(below(1000)) / 1000.0F; }
     // Alphas between a quarter and three quarters; neighbouring colours so far apart that nothing is drawn flat.
     VT_RGB32 color() {
         const auto byte = [this] { return static_cast<std::uint8_t>(below(256)); };
@@ -43,10 +47,30 @@ private:
     Scene& scene_;
 };
 
+constexpr VT_Int_Pair window_center{window_size.x / 2, window_size.y / 2};
+
+// The i-th of count points on the way round the window's centre.
+VT_Point around_center(std::int32_t i, std::int32_t count, double distance) {
+    const double angle = 2 * std::numbers::pi * i / count;
+    return {static_cast<float>(window_center.x + distance * std::cos(angle)),
+            static_cast<float>(window_center.y + distance * std::sin(angle)), 0};
+}
+
 } // namespace
 
+std::vector<VT_RGB32> noise_texels() {
+    Random random;
+    std::vector<VT_RGB32> texels(static_cast<std::size_t>(texture_side) * texture_side);
+    for (VT_RGB32& texel : texels) {
+        texel = random.color();
+        texel.alpha = 255;
+    }
+    return texels;
+}
+
 std::int64_t Scene::triangle_count() const noexcept {
-    return static_cast<std::int64_t>(points.size()) - 2 * static_cast<std::int64_t>(lengths.size());
+    const auto in_strips = static_cast<std::int64_t>(points.size()) - 2 * static_cast<std::int64_t>(lengths.size());
+    return in_strips + (polygon.empty() ? 0 : static_cast<std::int64_t>(polygon.size()) - 2);
 }
 
 Scene scattered_triangles(std::int32_t legs, std::int32_t count) {
@@ -60,6 +84,9 @@ Scene scattered_triangles(std::int32_t legs, std::int32_t count) {
             scene.colors.push_back(random.color());
         }
         scene.lengths.push_back(3);
+    }
+    while (scene.texture_points.size() < scene.points.size()) {
+        scene.texture_points.push_back({random.thousandths(), random.thousandths()});
     }
     return scene;
 }
@@ -80,6 +107,30 @@ Scene tiled_triangles(std::int32_t legs, std::int32_t layers) {
         }
     }
     return scene;
+}
+
+Scene jagged_star(std::int32_t count) {
+    constexpr float radius = window_center.y - 1;
+    Random random;
+    Scene scene;
+    for (std::int32_t i = 0; i < count; ++i) {
+        const float share = i % 2 == 0 ? 0.3F + 0.3F * random.thousandths() : 0.7F + 0.3F * random.thousandths();
+        scene.polygon.push_back(around_center(i, count, radius * share));
+    }
+    return scene;
+}
+
+bool Circle::contains(std::int32_t column, std::int32_t row) const noexcept {
+    const VT_Int_Pair from_center{column - window_center.x, row - window_center.y};
+    return from_center.x * from_center.x + from_center.y * from_center.y <= radius * radius;
+}
+
+std::vector<VT_Point> Circle::outline(std::int32_t count) const {
+    std::vector<VT_Point> points;
+    for (std::int32_t i = 0; i < count; ++i) {
+        points.push_back(around_center(i, count, radius));
+    }
+    return points;
 }
 
 Scene model_in_front(const std::string& file) {
