@@ -140,8 +140,9 @@ void run(const char* module_path, const char* model, const char* table) {
     constexpr Circle clip{800};
     // So many that half of the pixels pass the depth test: of k triangles over a place, 1 + 1/2 + ... + 1/k do on average.
     const Scene big = scattered_triangles(512, 40), tiles_8 = tiled_triangles(8, 4), tiles_3 = tiled_triangles(3, 4);
-    const Scene bunny = model_in_front(model), star = jagged_star(20000);
+    const Scene window = covering_strip(), bunny = model_in_front(model), star = jagged_star(20000);
     const std::vector<Drawing> drawings{
+        {"fill_window", "flat, no depth, two triangles over the window", window, {flat}, Clears::none, 0.01},
         {"fill_512", "flat, no depth, legs 512", big, {flat}, Clears::none, 0.01},
         {"flat_512", "flat, depth, legs 512", big, {flat, true}, Clears::depth, 0.01},
         {"gouraud_512", "Gouraud, depth, legs 512", big, {gouraud, true}, Clears::depth, 0.01},
@@ -200,6 +201,8 @@ void run(const char* module_path, const char* model, const char* table) {
 
     ratios.add_fill("memset_color", "memset of the colour buffer", 4.0 * pixels, "memset_color");
     ratios.add_fill("memcpy_color", "memcpy of the colour buffer", 4.0 * pixels, "memset_color");
+    ratios.add_fill("fill_window/vorna", "solid triangles over the window", 4.0 * (window_size.x - 1) * (window_size.y - 1),
+                    "memset_color");
     ratios.add_fill("fill_512/vorna", "solid triangles, legs 512",
                     4.0 * static_cast<double>(pixels_of_one(module, big) * big.triangle_count()), "memset_color");
     ratios.add_fill("memset_depth", "memset of the depth buffer", 2.0 * pixels, "memset_depth");

@@ -91,6 +91,18 @@ Scene scattered_triangles(std::int32_t legs, std::int32_t count) {
     return scene;
 }
 
+Scene covering_strip() {
+    Random random;
+    Scene scene;
+    const std::int32_t right = window_size.x - 1, top = window_size.y - 1;
+    scene.points = {{0, 0, 0}, {right, 0, 0}, {0, top, 0}, {right, top, 0}};
+    scene.lengths = {4};
+    while (scene.colors.size() < scene.points.size()) {
+        scene.colors.push_back(random.color());
+    }
+    return scene;
+}
+
 Scene tiled_triangles(std::int32_t legs, std::int32_t layers) {
     Random random;
     Scene scene;

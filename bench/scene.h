@@ -52,6 +52,8 @@ struct Scene {
 
 // Right triangles with legs of so many pixels, each a strip of its own, at random places, depths and places of the texture.
 Scene scattered_triangles(std::int32_t legs, std::int32_t count);
+// One strip of two triangles over the whole window, but for its last column and row.
+Scene covering_strip();
 
 // The window tiled with right triangles in strips, so many layers deep, with random depths.
 Scene tiled_triangles(std::int32_t legs, std::int32_t layers);
