@@ -6,6 +6,7 @@
 
 #include "renderer/core/picture_cycle.h"
 #include "renderer/core/software_z_buffer.h"
+#include "renderer/lines/polylines_2d.h"
 #include "renderer/primitives/dots.h"
 #include "renderer/primitives/images.h"
 #include "renderer/primitives/polygons.h"
@@ -77,9 +78,9 @@ constexpr std::tuple slot_table{
     row(&T::draw_dc_textured_polytriangle, {{{}, {}, {}, own(draw_dc_textured_polytriangle<D8>), own(draw_dc_textured_polytriangle<D32>), own(draw_dc_textured_polytriangle<D32A>)}}),
     row(&T::draw_2di_textured_polytriangle, {{{}, {}, {}, own(draw_2di_textured_polytriangle<D8>), own(draw_2di_textured_polytriangle<D32>), own(draw_2di_textured_polytriangle<D32A>)}}),
     row(&T::draw_dci_textured_polytriangle, {{{}, {}, {}, own(draw_dci_textured_polytriangle<D8>), own(draw_dci_textured_polytriangle<D32>), own(draw_dci_textured_polytriangle<D32A>)}}),
-    every_case(&T::draw_2di_polyline, host(VD_Standard_Draw_2DI_Polyline)),
-    every_case(&T::draw_2di_colorized_polyline, host(VD_Standard_Draw_2DI_Colorized_Polyline)),
-    every_case(&T::draw_2di_gouraud_polyline, host(VD_Standard_Draw_2DI_Gouraud_Polyline)),
+    row(&T::draw_2di_polyline, KRB_OWN(draw_2di_polyline)),
+    row(&T::draw_2di_colorized_polyline, KRB_OWN(draw_2di_colorized_polyline)),
+    row(&T::draw_2di_gouraud_polyline, KRB_OWN(draw_2di_gouraud_polyline)),
     every_case(&T::draw_dci_polyline, host(VD_Standard_Draw_DCI_Polyline)),
     every_case(&T::draw_dci_colorized_polyline, host(VD_Standard_Draw_DCI_Colorized_Polyline)),
     every_case(&T::draw_dci_gouraud_polyline, host(VD_Standard_Draw_DCI_Gouraud_Polyline)),
