@@ -60,6 +60,13 @@ template <class Rules, class Source> struct Span {
         }
     }
 
+    // One pixel; for vocabularies of one lane.
+    void draw_single(std::int32_t column) {
+        if (Rules::clip == Clip_Rule::open || (mask_bits(target.mask_rows[row], column) & 1) != 0) {
+            draw_drawable(column, All{});
+        }
+    }
+
     void skip(std::int32_t pixels) {
         source.skip(pixels);
         if constexpr (Depth::reads) {
@@ -88,6 +95,10 @@ private:
     // by pixel.
     void draw_masked(std::int32_t column, std::int32_t count) {
         const std::uint8_t* mask_row = target.mask_rows[row];
+        if (count < lane_count) {
+            draw_selected_group(column, count, mask_bits(mask_row, column));
+            return;
+        }
         while (count > 0) {
             const std::int32_t open = stretch_of(mask_row, column, count, 0);
             if (open == count) {

@@ -81,15 +81,21 @@ struct Line_Ramp {
     std::int32_t value, step;
 };
 
+// What the pixels of a segment are drawn with.
+struct Line_Paint {
+    VT_RGB32 color;     // of a flat segment
+    std::uint8_t index; // for Line_Shading::index
+    // Depth in 17.15. Of a Gouraud segment the channels in 16.16, scaled by the colour cube's multipliers for additive dithering.
+    Line_Ramp depth, blue, green, red, alpha;
+};
+
 // A segment of which only some pixels are drawn: those of its rows first_row to last_row, counted from the start's row, that lie
 // in columns left to right. All are inclusive.
 struct Cut_Segment {
     VT_DCI_Point from, to;
     std::int32_t first_row, last_row;
     std::int32_t left, right;
-    VT_RGB32 color; // of a flat segment
-    // Depth in 17.15. Of a Gouraud segment the channels in 16.16, scaled by the colour cube's multipliers for additive dithering.
-    Line_Ramp depth, blue, green, red, alpha;
+    Line_Paint paint;
     // Where the ramps have their values: x for segments with more columns than rows and horizontal ones, y for all others.
     VT_Int_Pair ramps_from;
 };

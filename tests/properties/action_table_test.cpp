@@ -126,8 +126,8 @@ std::map<std::string_view, Installed> installed_in(VT_Renderer_Data& renderer) {
 bool may_be_drawn_by_host(std::string_view name) {
     const auto has = [name](std::string_view part) { return name.find(part) != std::string_view::npos; };
     const bool is_device_triangle = (has("_dc_") || has("_dci_")) && has("polytriangle") && !has("textured");
-    const bool is_2di_polyline = has("_2di_") && has("polyline");
-    return has("draw_") && !is_device_triangle && !is_2di_polyline && name != "draw_dci_dot" && name != "draw_window";
+    const bool is_integer_polyline = (has("_2di_") || has("_dci_")) && has("polyline");
+    return has("draw_") && !is_device_triangle && !is_integer_polyline && name != "draw_dci_dot" && name != "draw_window";
 }
 
 void expect_case(VT_Renderer_Data& renderer, std::size_t index, bool is_tiled) {
