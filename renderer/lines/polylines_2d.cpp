@@ -21,10 +21,12 @@ namespace {
 // Follows the last vertex's outcode. No vertex is there, so it ends every stretch.
 constexpr std::uint16_t past_the_end = 4096;
 
-// How a member draws its cut segments. Palette indices are dithered additively there, and 32-bit pixels follow the test mode.
-Line_Rules cut_rules(Case c, Line_Shading shading, Pixel_Rule pixel, bool consults_mask) noexcept {
-    return {shading, pixel, is_index8(c) ? Line_Dither::additive : Line_Dither::ordered, consults_mask, true};
-}
+// How a member draws its cut segments.
+struct Cut_Rules {
+    Line_Shading shading;
+    Pixel_Rule pixel;
+    bool consults_mask;
+};
 
 constexpr Pixel_Rule store_or_blend(Case c) noexcept {
     return is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store;
@@ -35,7 +37,7 @@ constexpr Pixel_Rule store_or_blend(Case c) noexcept {
 // sets the colour of segment k.
 template <Case c, class Inside, class Dot, class Paint>
 void draw_visible(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
-                  const Line_Rules& rules, Inside inside, Dot dot, Paint paint) {
+                  const Cut_Rules& rules, Inside inside, Dot dot, Paint paint) {
     const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
     if (rectangle.left > rectangle.right || rectangle.bottom > rectangle.top) {
         return;
@@ -54,7 +56,10 @@ void draw_visible(Software_Z_Buffer& renderer, const VT_Rendition& rendition, st
     if (outcodes[count - 1] == 0 && outcodes[count - 2] != 0) {
         dot();
     }
-    const Line_Call call(c, renderer, rendition, rules);
+    // Palette indices are dithered additively, and 32-bit pixels with depth follow the test mode.
+    const Line_Call call(c, renderer,
+                         {rules.shading, rules.pixel, is_index8(c) ? Line_Dither::additive : Line_Dither::ordered,
+                          rules.consults_mask && find_mask(renderer, rendition), true});
     const auto cut = [&](std::int32_t k) {
         VT_DCI_Point ends[2] = {points[k], points[k + 1]};
         if (!clip_to_guard_band(ends[0], ends[1])) {
@@ -125,7 +130,7 @@ void draw_2di_polyline(VT_Renderer_Data& data, const VT_Rendition& rendition, st
     // The only members whose cut segments merge.
     const Pixel_Rule pixel = renderer.merges(rendition.line.mode) ? Pixel_Rule::merge : store_or_blend(c);
     draw_visible<c>(
-        renderer, rendition, count, points, cut_rules(c, Line_Shading::flat, pixel, true),
+        renderer, rendition, count, points, {Line_Shading::flat, pixel, true},
         [&](std::int32_t, std::int32_t length, const VT_DCI_Point* stretch) {
             draw_dci_polyline<c>(data, rendition, length, stretch);
         },
@@ -162,7 +167,7 @@ void draw_2di_colorized_polyline(VT_Renderer_Data& data, const VT_Rendition& ren
     // Cut segments with depth deliberately draw through the mask, as all 8-bit ones do.
     const bool consults_mask = !is_index8(c) && !has_depth(c);
     draw_visible<c>(
-        renderer, rendition, count, points, cut_rules(c, Line_Shading::flat, store_or_blend(c), consults_mask),
+        renderer, rendition, count, points, {Line_Shading::flat, store_or_blend(c), consults_mask},
         [&](std::int32_t k, std::int32_t length, const VT_DCI_Point* stretch) {
             draw_dci_colorized_polyline<c>(data, rendition, length, stretch, single_color ? colors : colors + k, single_color);
         },
@@ -190,7 +195,7 @@ void draw_2di_gouraud_polyline(VT_Renderer_Data& data, const VT_Rendition& rendi
         return is_index8(c) ? static_cast<std::int32_t>(std::uint32_t{value} * static_cast<std::uint32_t>(multiplier)) : value;
     };
     draw_visible<c>(
-        renderer, rendition, count, points, cut_rules(c, Line_Shading::gouraud, store_or_blend(c), !is_index8(c)),
+        renderer, rendition, count, points, {Line_Shading::gouraud, store_or_blend(c), !is_index8(c)},
         [&](std::int32_t k, std::int32_t length, const VT_DCI_Point* stretch) {
             draw_dci_gouraud_polyline<c>(data, rendition, length, stretch, colors + k);
         },
