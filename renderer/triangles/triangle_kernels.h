@@ -80,9 +80,11 @@ struct Triangle_Target {
     std::int32_t width; // pixels in a row of either buffer
     std::int32_t origin_x, origin_y;
     // Columns and rows that may be drawn, half-open. Looked at only when scissored is set; a caller whose triangles lie inside
-    // leaves it clear.
+    // leaves it clear. The walk's columns then start column_bias before column 0, and origin_x lies as far to the left: points
+    // may lie there, but no column may be negative.
     bool scissored;
     std::int32_t first_column, end_column, first_row, end_row;
+    std::int32_t column_bias;
     // For Depth_Rule::by_mode: a pixel passes when new <= stored + depth_bias, or exactly when not, with depth_inverted.
     std::int32_t depth_bias;
     bool depth_inverted;
