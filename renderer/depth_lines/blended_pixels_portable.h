@@ -20,16 +20,18 @@ struct Weights {
     std::uint16_t of[4];
 };
 
-// Three colour bytes with 24 bits for each, so that each can be multiplied by up to 65536.
-inline std::uint64_t spread_out(std::uint32_t pixel) {
-    return std::uint64_t{pixel & 0xFF} | std::uint64_t{pixel & 0xFF00} << 16 | std::uint64_t{pixel & 0xFF0000} << 32;
+// Blue and red with 32 bits each, so that both can be multiplied by up to 65536.
+inline std::uint64_t blue_and_red(std::uint32_t pixel) {
+    return std::uint64_t{pixel & 0xFF} | std::uint64_t{pixel & 0xFF0000} << 16;
+}
+
+inline std::uint32_t green(std::uint32_t pixel) {
+    return pixel >> 8 & 0xFF;
 }
 
 struct Ink {
-    std::uint64_t channels;
+    std::uint32_t color;
     std::uint32_t weight;
-
-    Ink(std::uint32_t color, std::uint32_t own_weight) : channels(spread_out(color)), weight(own_weight) {}
 };
 
 inline Pixels load_one(const std::uint8_t* from) {
@@ -90,10 +92,13 @@ inline Weights same_weights(std::uint16_t weight) {
 // (stored * (65536 - w) + ink * w) >> 16, which never leaves its 24 bits.
 inline Pixels blended(Pixels stored, Weights weights, const Ink& ink) {
     for (int i = 0; i < 4; ++i) {
-        const std::uint64_t w = ink.weight * weights.of[i];
-        const std::uint64_t sum = spread_out(stored.pixel[i]) * (65536 - w) + ink.channels * w;
-        stored.pixel[i] =
-            static_cast<std::uint32_t>((sum >> 16 & 0xFF) | (sum >> 32 & 0xFF00) | (sum >> 48 & 0xFF0000)) | 0xFF000000;
+        const std::uint32_t pixel = stored.pixel[i];
+        const std::uint32_t w = ink.weight * weights.of[i];
+        const std::uint32_t rest = 65536 - w;
+        const std::uint64_t outer = blue_and_red(pixel) * rest + blue_and_red(ink.color) * w;
+        const std::uint32_t inner = green(pixel) * rest + green(ink.color) * w;
+        stored.pixel[i] = static_cast<std::uint32_t>((outer >> 16 & 0xFF) | (outer >> 32 & 0xFF0000)) | (inner >> 8 & 0xFF00) |
+                          0xFF000000;
     }
     return stored;
 }
