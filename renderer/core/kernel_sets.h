@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "renderer/depth_lines/line_kernels.h"
 #include "renderer/depth_lines/smoothed_kernels.h"
 #include "renderer/triangles/triangle_kernels.h"
 
@@ -15,6 +16,7 @@ struct Kernel_Set {
     // vector that lies elsewhere in the same row.
     std::int32_t least_width;
     const Triangle_Kernel_Table* triangles;
+    const Line_Kernel_Table* lines;
     const Smoothed_Kernel_Table* smoothed;
 };
 

@@ -52,9 +52,9 @@ struct Line_Configuration {
                static_cast<int>(clip);
     }
     static constexpr Line_Configuration at(int position) noexcept {
-        return {static_cast<Line_Shading>(position / 72),      static_cast<Pixel_Format>(position / 36 % 2),
-                static_cast<Line_Dither>(position / 18 % 2),   static_cast<Depth_Rule>(position / 6 % 3),
-                static_cast<Pixel_Rule>(position / 2 % 3), static_cast<Clip_Rule>(position % 2)};
+        return {static_cast<Line_Shading>(position / 72),    static_cast<Pixel_Format>(position / 36 % 2),
+                static_cast<Line_Dither>(position / 18 % 2), static_cast<Depth_Rule>(position / 6 % 3),
+                static_cast<Pixel_Rule>(position / 2 % 3),   static_cast<Clip_Rule>(position % 2)};
     }
 };
 
@@ -81,15 +81,21 @@ struct Line_Ramp {
     std::int32_t value, step;
 };
 
-// A segment of which only some pixels are drawn: those of its rows first_row to last_row, counted from the start's row, that lie in
-// columns left to right. All are inclusive.
+// What the pixels of a segment are drawn with.
+struct Line_Paint {
+    VT_RGB32 color;     // of a flat segment
+    std::uint8_t index; // for Line_Shading::index
+    // Depth in 17.15. Of a Gouraud segment the channels in 16.16, scaled by the colour cube's multipliers for additive dithering.
+    Line_Ramp depth, blue, green, red, alpha;
+};
+
+// A segment of which only some pixels are drawn: those of its rows first_row to last_row, counted from the start's row, that lie
+// in columns left to right. All are inclusive.
 struct Cut_Segment {
     VT_DCI_Point from, to;
     std::int32_t first_row, last_row;
     std::int32_t left, right;
-    VT_RGB32 color; // of a flat segment
-    // Depth in 17.15. Of a Gouraud segment the channels in 16.16, scaled by the colour cube's multipliers for additive dithering.
-    Line_Ramp depth, blue, green, red, alpha;
+    Line_Paint paint;
     // Where the ramps have their values: x for segments with more columns than rows and horizontal ones, y for all others.
     VT_Int_Pair ramps_from;
 };
@@ -98,8 +104,8 @@ using Polyline_Kernel = void(const Line_Target& target, const Polyline& polyline
 using Cut_Segment_Kernel = void(const Line_Target& target, const Cut_Segment& segment);
 
 struct Line_Kernels {
-    // Every segment without its last pixel, then the last point, which passes when its depth is not beyond the stored one and then
-    // writes it, whatever the configuration's depth rule. Null for additive dithering.
+    // Every segment without its last pixel, then the last point, which passes when its depth is not beyond the stored one and
+    // then writes it, whatever the configuration's depth rule. Null for additive dithering.
     Polyline_Kernel* polyline;
     Cut_Segment_Kernel* cut_segment;
 };

@@ -6,13 +6,15 @@
 
 namespace krb {
 
-// The rendition's colour; cased lines are drawn in two passes.
-template <Case c> VT_Draw_Points<VT_DCI_Point> draw_dci_polyline;
-
-template <Case c> VT_Draw_Colorized<VT_DCI_Point> draw_dci_colorized_polyline;
-template <Case c> VT_Draw_Gouraud<VT_DCI_Point> draw_dci_gouraud_polyline;
-
-// Draws a cased line's casing and then the line itself, each with a rendition of its own; false when the line is not cased.
-bool draw_in_two_passes(const VT_Rendition& rendition, void (*draw)(void* context, const VT_Rendition& pass), void* context);
+// In the rendition's colour; cased lines are drawn in two passes.
+template <Case c> void draw_dci_polyline(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points);
+// One colour a segment.
+template <Case c>
+void draw_dci_colorized_polyline(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points,
+                                 const VT_RGB32* colors, bool single_color);
+// One colour a point, interpolated.
+template <Case c>
+void draw_dci_gouraud_polyline(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points,
+                               const VT_RGB32* colors);
 
 } // namespace krb
