@@ -156,7 +156,7 @@ public:
         std::int32_t& extent = extents_[std::abs(dy)];
         extent = std::max(extent, dx);
     }
-    std::int32_t operator[](std::int32_t row) { return extents_[row]; }
+    const std::int32_t* data() { return extents_.data(); }
 
 private:
     Scratch<std::int32_t, 512> extents_;
@@ -188,12 +188,7 @@ void draw_filled(const Software_Z_Buffer& renderer, const Ellipse& ellipse, cons
     target.mask_rows = mask ? mask->rows() : nullptr;
     const Span_Kernels& kernels = mask ? renderer.kernels->spans->masked : renderer.kernels->spans->open;
     Fill_Kernel* fill = ellipse.color.alpha == 255 ? kernels.store : kernels.blend;
-    for (std::int32_t dy = -ellipse.radii.y; dy <= ellipse.radii.y; ++dy) {
-        const std::int32_t extent = extents[std::abs(dy)];
-        if (extent >= 0) {
-            fill(target, {ellipse.y + dy, ellipse.x - extent, 2 * extent + 1}, ellipse.color);
-        }
-    }
+    fill(target, {ellipse.x, ellipse.y, ellipse.radii.y, extents.data()}, ellipse.color);
 }
 
 constexpr float quarter_turn = 1.5707964F, half_turn = 3.1415927F, three_quarter_turn = 4.712389F, full_turn = 6.2831855F;

@@ -13,7 +13,14 @@ struct Pixel_Span {
     std::int32_t row, column, count;
 };
 
-using Fill_Kernel = void(const Pixel_Target& target, Pixel_Span span, VT_RGB32 color);
+// A shape that is the same left and right of column x, above and below row y: in the rows y - dy and y + dy the columns x - e to
+// x + e, where e is extents[dy]; -1 leaves them empty. dy runs from 0 to last.
+struct Mirrored_Rows {
+    std::int32_t x, y, last;
+    const std::int32_t* extents;
+};
+
+using Fill_Kernel = void(const Pixel_Target& target, const Mirrored_Rows& shape, VT_RGB32 color);
 
 // source: as many pixels of the buffer's format as the span has.
 using Copy_Kernel = void(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* source);

@@ -6,6 +6,12 @@
 #include "renderer/core/span.inl"
 #include "renderer/primitives/span_kernels.h"
 
+#if defined(__GNUC__)
+#define KRB_FETCH_EARLY(address) __builtin_prefetch(address, 1)
+#else
+#define KRB_FETCH_EARLY(address) static_cast<void>(address)
+#endif
+
 namespace krb::KRB_KERNEL_SET {
 namespace {
 
@@ -76,8 +82,25 @@ template <class Rules, class Source> void draw_span(const Pixel_Target& target, 
         span.column, span.count);
 }
 
-template <class Rules> void fill(const Pixel_Target& target, Pixel_Span span, VT_RGB32 color) {
-    draw_span<Rules>(target, span, Flat_Source<Rules::format>(target, color));
+template <class Rules> void fill(const Pixel_Target& target, const Mirrored_Rows& shape, VT_RGB32 color) {
+    const Flat_Source<Rules::format> source(target, color);
+    const auto extent_of = [&shape](std::int32_t row) { return shape.extents[row < 0 ? -row : row]; };
+    for (std::int32_t row = -shape.last; row <= shape.last; ++row) {
+        // Processors foresee the next bytes of a row, but not the rows to come. (A function of its own that only says so would be
+        // taken for one without effect.)
+        constexpr std::int32_t rows_ahead = 8, cache_line = 64;
+        if (row <= shape.last - rows_ahead) {
+            const std::int32_t extent = extent_of(row + rows_ahead);
+            const std::uint8_t* from = target.color_rows[shape.y + row + rows_ahead] + std::int64_t{4} * (shape.x - extent);
+            for (std::int32_t byte = 0; byte <= 8 * extent; byte += cache_line) {
+                KRB_FETCH_EARLY(from + byte);
+            }
+        }
+        const std::int32_t extent = extent_of(row);
+        if (extent >= 0) {
+            draw_span<Rules>(target, {shape.y + row, shape.x - extent, 2 * extent + 1}, source);
+        }
+    }
 }
 
 template <class Rules> void copy(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* source) {
