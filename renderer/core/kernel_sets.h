@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "renderer/depth_lines/line_kernels.h"
+#include "renderer/depth_lines/smoothed_kernels.h"
 #include "renderer/primitives/span_kernels.h"
 #include "renderer/triangles/triangle_kernels.h"
 
@@ -17,6 +18,7 @@ struct Kernel_Set {
     std::int32_t least_width;
     const Triangle_Kernel_Table* triangles;
     const Line_Kernel_Table* lines;
+    const Smoothed_Kernel_Table* smoothed;
     const Span_Kernel_Table* spans;
 };
 

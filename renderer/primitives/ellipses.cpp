@@ -235,7 +235,7 @@ void draw(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Po
         draw_dci_colorized_polyline<Case::rgb32_alpha>(data, rendition, 2, line.ends, &color, true);
         return;
     }
-    const Frame_Buffer_Mask* mask = find_mask(renderer, rendition) ? renderer.mask_cache->newest : nullptr;
+    const Frame_Buffer_Mask* mask = is_masked(renderer, rendition) ? renderer.mask_cache->newest : nullptr;
     const Ellipse ellipse{center.x, center.y, radii, color};
     if constexpr (form == Form::filled) {
         draw_filled(renderer, ellipse, mask);

@@ -33,7 +33,7 @@ public:
     Image_Copy(Software_Z_Buffer& renderer, const VT_Rendition& rendition, const VT_DCI_Point& start, const VT_DCI_Point& end)
         : renderer_(renderer), blends_(!is_index8(c) && (rendition.drawing_flags & drawing_flag::translucent) != 0),
           tests_depth_(has_depth(c) && renderer.draws_with_depth(rendition)),
-          mask_(find_mask(renderer, rendition) ? renderer.mask_cache->newest : nullptr),
+          mask_(is_masked(renderer, rendition) ? renderer.mask_cache->newest : nullptr),
           column_(start.x - renderer.window_origin.x), target_(pixel_target_of(without_depth(c), renderer, {})) {
         depth_.setup_15(start.z, end.z, wrapping_subtract(end.x, start.x));
         target_.mask_rows = mask_ ? mask_->rows() : nullptr;
