@@ -122,14 +122,6 @@ std::map<std::string_view, Installed> installed_in(VT_Renderer_Data& renderer) {
     return slots;
 }
 
-// Slots whose own functions are still to come: the host draws meanwhile.
-bool may_be_drawn_by_host(std::string_view name) {
-    const auto has = [name](std::string_view part) { return name.find(part) != std::string_view::npos; };
-    const bool is_device_triangle = (has("_dc_") || has("_dci_")) && has("polytriangle") && !has("textured");
-    const bool is_integer_polyline = (has("_2di_") || has("_dci_")) && has("polyline");
-    return has("draw_") && !is_device_triangle && !is_integer_polyline && name != "draw_dci_dot" && name != "draw_window";
-}
-
 void expect_case(VT_Renderer_Data& renderer, std::size_t index, bool is_tiled) {
     const auto slots = installed_in(renderer);
     ASSERT_EQ(slots.size(), installed().size());
@@ -142,7 +134,7 @@ void expect_case(VT_Renderer_Data& renderer, std::size_t index, bool is_tiled) {
         EXPECT_EQ(slots.at(name).is_touched, expected != '-');
         if (expected == 'h') {
             EXPECT_TRUE(slots.at(name).is_host_function);
-        } else if (expected != '-' && !may_be_drawn_by_host(name)) {
+        } else if (expected != '-') {
             EXPECT_FALSE(slots.at(name).is_host_function);
         }
     }
@@ -187,9 +179,9 @@ TEST(Action_table, Leaves_ellipses_to_the_host_when_both_tables_ask_for_hardcopy
         return renderer->actions.draw_dci_ellipse.function == &VD_Standard_Draw_DCI_Ellipse &&
                renderer->actions.draw_dci_elliptical_arc.function == &VD_Standard_Draw_DCI_Elliptical_Arc;
     };
-    const auto own = is_hosts(); // until the renderer draws ellipses itself, the host does anyway
+    EXPECT_FALSE(is_hosts());
     renderer->current_table.find("Hardcopy Mode")->set(true);
-    EXPECT_EQ(is_hosts(), own);
+    EXPECT_FALSE(is_hosts());
     renderer->requested_table.find("Hardcopy Mode")->set(true);
     EXPECT_TRUE(is_hosts());
 }
