@@ -36,8 +36,8 @@ std::vector<std::uint32_t> drawn_from(std::int32_t x, std::int32_t origin_x, con
 
 // Columns counted from a window that begins left of the guard band do not fit 16.16 at the band's other end.
 TEST(Cut_segments, Have_the_same_pixels_wherever_the_window_begins) {
-    const VT_DCI_Point segments[][2] = {{{-3990, 10, 0}, {28760, 900, 0}},
-                                        {{28760, 900, 0}, {-3990, 10, 0}},
+    const VT_DCI_Point segments[][2] = {{{-3997, 10, 0}, {28760, 900, 0}},
+                                        {{28760, 900, 0}, {-3997, 10, 0}},
                                         {{28750, 5, 0}, {-30000, 14, 0}},
                                         {{-3995, -20000, 0}, {-3988, 25000, 0}}};
     for (const auto& segment : segments) {
