@@ -8,6 +8,7 @@
 #include "renderer/core/software_z_buffer.h"
 #include "renderer/depth_lines/polylines_dci.h"
 #include "renderer/lines/polylines_3d.h"
+#include "renderer/lines/polylines_2d.h"
 #include "renderer/primitives/dots.h"
 #include "renderer/primitives/ellipses.h"
 #include "renderer/primitives/images.h"
@@ -60,8 +61,7 @@ using T = Action_Table;
     { own(member<N8>), own(member<N32>), own(member<N32A>), own(member<D8>), own(member<D32>), own(member<D32A>) }
 
 // Columns: no depth buffer with 8-bit, 32-bit and blended 32-bit colour, then the same three with a depth buffer. {} leaves the
-// slot as it is. Families whose rasterizers are still to come stand here with the host's standard function: lines, markers,
-// images of the host.
+// slot as it is.
 // clang-format off
 constexpr std::tuple slot_table{
     row(&T::draw_2d_polytriangle, KRB_OWN(draw_2d_polytriangle)),
@@ -81,9 +81,9 @@ constexpr std::tuple slot_table{
     row(&T::draw_dc_textured_polytriangle, {{{}, {}, {}, own(draw_dc_textured_polytriangle<D8>), own(draw_dc_textured_polytriangle<D32>), own(draw_dc_textured_polytriangle<D32A>)}}),
     row(&T::draw_2di_textured_polytriangle, {{{}, {}, {}, own(draw_2di_textured_polytriangle<D8>), own(draw_2di_textured_polytriangle<D32>), own(draw_2di_textured_polytriangle<D32A>)}}),
     row(&T::draw_dci_textured_polytriangle, {{{}, {}, {}, own(draw_dci_textured_polytriangle<D8>), own(draw_dci_textured_polytriangle<D32>), own(draw_dci_textured_polytriangle<D32A>)}}),
-    every_case(&T::draw_2di_polyline, host(VD_Standard_Draw_2DI_Polyline)),
-    every_case(&T::draw_2di_colorized_polyline, host(VD_Standard_Draw_2DI_Colorized_Polyline)),
-    every_case(&T::draw_2di_gouraud_polyline, host(VD_Standard_Draw_2DI_Gouraud_Polyline)),
+    row(&T::draw_2di_polyline, KRB_OWN(draw_2di_polyline)),
+    row(&T::draw_2di_colorized_polyline, KRB_OWN(draw_2di_colorized_polyline)),
+    row(&T::draw_2di_gouraud_polyline, KRB_OWN(draw_2di_gouraud_polyline)),
     row(&T::draw_dci_polyline, KRB_OWN(draw_dci_polyline)),
     row(&T::draw_dci_colorized_polyline, KRB_OWN(draw_dci_colorized_polyline)),
     row(&T::draw_dci_gouraud_polyline, KRB_OWN(draw_dci_gouraud_polyline)),

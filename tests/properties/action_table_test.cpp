@@ -122,12 +122,6 @@ std::map<std::string_view, Installed> installed_in(VT_Renderer_Data& renderer) {
     return slots;
 }
 
-// Slots whose own functions are still to come: the host draws meanwhile.
-bool may_be_drawn_by_host(std::string_view name) {
-    const auto has = [name](std::string_view part) { return name.find(part) != std::string_view::npos; };
-    return has("polyline") && !has("_3d_");
-}
-
 void expect_case(VT_Renderer_Data& renderer, std::size_t index, bool is_tiled) {
     const auto slots = installed_in(renderer);
     ASSERT_EQ(slots.size(), installed().size());
@@ -140,7 +134,7 @@ void expect_case(VT_Renderer_Data& renderer, std::size_t index, bool is_tiled) {
         EXPECT_EQ(slots.at(name).is_touched, expected != '-');
         if (expected == 'h') {
             EXPECT_TRUE(slots.at(name).is_host_function);
-        } else if (expected != '-' && !may_be_drawn_by_host(name)) {
+        } else if (expected != '-') {
             EXPECT_FALSE(slots.at(name).is_host_function);
         }
     }
