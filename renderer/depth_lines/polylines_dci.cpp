@@ -3,6 +3,7 @@
 
 #include "renderer/depth_lines/cased_lines.h"
 #include "renderer/depth_lines/line_target.h"
+#include "renderer/depth_lines/line_types.h"
 #include "renderer/depth_lines/smoothed_polylines.h"
 
 namespace krb {

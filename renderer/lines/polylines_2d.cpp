@@ -8,10 +8,10 @@
 #include "renderer/core/scratch.h"
 #include "renderer/depth_lines/cased_lines.h"
 #include "renderer/depth_lines/line_target.h"
+#include "renderer/depth_lines/line_types.h"
 #include "renderer/depth_lines/polylines_dci.h"
 #include "renderer/host/clip.h"
 #include "renderer/lines/line_setup.h"
-#include "renderer/lines/line_types.h"
 #include "renderer/primitives/dots.h"
 
 namespace krb {
