@@ -17,9 +17,10 @@ namespace krb {
     extern const Triangle_Kernel_Table triangle_kernels;                                                                         \
     extern const Line_Kernel_Table line_kernels;                                                                                 \
     extern const Smoothed_Kernel_Table smoothed_kernels;                                                                         \
+    extern const Span_Kernel_Table span_kernels;                                                                                 \
     }
 #define KRB_SET(set, least_width)                                                                                                \
-    { #set, least_width, &set::triangle_kernels, &set::line_kernels, &set::smoothed_kernels }
+    { #set, least_width, &set::triangle_kernels, &set::line_kernels, &set::smoothed_kernels, &set::span_kernels }
 
 #if defined(KRB_X86_64)
 KRB_DECLARE_SET(baseline)

@@ -6,6 +6,7 @@
 
 #include "renderer/depth_lines/line_kernels.h"
 #include "renderer/depth_lines/smoothed_kernels.h"
+#include "renderer/primitives/span_kernels.h"
 #include "renderer/triangles/triangle_kernels.h"
 
 namespace krb {
@@ -18,6 +19,7 @@ struct Kernel_Set {
     const Triangle_Kernel_Table* triangles;
     const Line_Kernel_Table* lines;
     const Smoothed_Kernel_Table* smoothed;
+    const Span_Kernel_Table* spans;
 };
 
 // The best set that this processor runs, or the one that the environment variable KRB_KERNELS names: portable, baseline, avx2 or

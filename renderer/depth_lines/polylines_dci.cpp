@@ -20,9 +20,11 @@ Pixel_Rule colorized_pixel_rule(Case c, const Software_Z_Buffer& renderer, const
 // Segments in one colour each, after all entry checks. Masked members have a depth rule of their own: the fixed one.
 template <Case c>
 void draw_colorized(Software_Z_Buffer& renderer, const VT_Rendition& rendition, bool consults_mask, const Polyline& polyline) {
-    if (!is_index8(c) && !has_depth(c) && draws_smoothed(renderer, rendition)) {
-        draw_smoothed_polyline(c, renderer, rendition, polyline);
-        return;
+    if constexpr (c == Case::rgb32 || c == Case::rgb32_alpha) {
+        if (draws_smoothed(renderer, rendition)) {
+            draw_smoothed_polyline(c, renderer, rendition, polyline);
+            return;
+        }
     }
     Line_Rules rules{Line_Shading::flat, colorized_pixel_rule(c, renderer, rendition)};
     rules.masked = consults_mask && is_masked(renderer, rendition);
