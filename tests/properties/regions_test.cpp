@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/model/model.h"
 #include "tests/properties/scene.h"
 #include "tests/support/test_renderer.h"
 #include "vorna/draw.h"
@@ -23,6 +24,7 @@ Renderer_Setup setup_of(std::size_t renderer_case, VT_Int_Pair origin) {
     setup.alpha = renderer_cases[renderer_case].alpha;
     setup.size = window_size;
     setup.origin = origin;
+    setup.use_mask = true;
     return setup;
 }
 
@@ -121,23 +123,6 @@ VT_Reference<const VT_Contour_Set> random_region(Random& random, VT_Int_Pair ori
     return new VT_Contour_Set(std::move(contours));
 }
 
-// Even-odd at the pixel's centre, the plain way.
-bool is_inside(const VT_Contour_Set& region, VT_Int_Pair origin, std::int32_t column, std::int32_t row) {
-    const double x = origin.x + column + 0.5;
-    const double y = origin.y + row + 0.5;
-    bool inside = false;
-    for (const auto& contour : region.contours()) {
-        for (std::size_t i = 0; i < contour.size(); ++i) {
-            const VT_Point& a = contour[i];
-            const VT_Point& b = contour[(i + 1) % contour.size()];
-            if ((a.y <= y) != (b.y <= y) && (double{b.x} - a.x) * (y - a.y) / (double{b.y} - a.y) + a.x <= x) {
-                inside = !inside;
-            }
-        }
-    }
-    return inside;
-}
-
 struct Contents {
     std::vector<std::uint32_t> colors, depths;
 
@@ -189,8 +174,6 @@ TEST_P(Regions, Masked_strips_are_open_strips_less_the_mask) {
         clipped->clip.complex_clip = random_region(random, origin);
         for (const std::string& kernels : available_kernel_sets()) {
             Test_Renderer renderer(setup, kernels);
-            renderer->requested_table.find("Use Mask")->set(true);
-            renderer->establish_all();
             fill_with_noise(renderer, setup);
             const Contents before(renderer);
             draw_dci(renderer, *open, shading, strip);
@@ -201,7 +184,8 @@ TEST_P(Regions, Masked_strips_are_open_strips_less_the_mask) {
             std::size_t i = 0;
             for (std::int32_t row = 0; row < window_size.y; ++row) {
                 for (std::int32_t column = 0; column < window_size.x; ++column, ++i) {
-                    const Contents& expected = is_inside(*clipped->clip.complex_clip, origin, column, row) ? whole : before;
+                    const Contents& expected =
+                        model::is_inside(*clipped->clip.complex_clip, origin.x + column, origin.y + row) ? whole : before;
                     ASSERT_TRUE(masked.colors[i] == expected.colors[i] && masked.depths[i] == expected.depths[i])
                         << kernels << " seed " << seed << " column " << column << " row " << row;
                 }

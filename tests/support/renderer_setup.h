@@ -17,6 +17,7 @@ struct Renderer_Setup {
     VT_Int_Pair origin;
     VT_Int_RGB background{255, 255, 255};
     bool force_merge = false;
+    bool use_mask = false;
     VT_Reference<const VT_Palette> palette; // null = the default palette
     Buffer_Layout color_layout;
     Buffer_Layout depth_layout;

@@ -116,6 +116,7 @@ Test_Renderer::Test_Renderer(const Renderer_Setup& setup, const std::string& ker
     renderer_ = renderer_module().create_renderer(prototype);
     renderer_->requested_table.find("Merge Control Background Color")->set(setup.background);
     renderer_->requested_table.find("Force Merge Control On")->set(setup.force_merge);
+    renderer_->requested_table.find("Use Mask")->set(setup.use_mask);
     renderer_->establish_all();
 }
 
