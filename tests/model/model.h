@@ -151,8 +151,8 @@ private:
                                  std::int64_t y) const;
 };
 
-// Whether the region leaves the pixel at these device coordinates open: even-odd at its centre.
-bool is_inside(const VT_Contour_Set& region, std::int32_t x, std::int32_t y);
+// Even-odd over all contours. A pixel is open when its centre is inside.
+bool is_inside(const VT_Contour_Set& region, long double x, long double y);
 
 // What a smoothed line weighs, in 256ths, so many 256ths of a pixel away.
 std::int32_t distance_weight(std::int64_t distance);

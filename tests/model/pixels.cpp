@@ -98,23 +98,24 @@ VT_Reference<const VT_Contour_Set> Model::region_of(const VT_Rendition& renditio
     return offset.x < 0 || offset.y < 0 ? rendition.shifted_complex_clip() : rendition.clip.complex_clip;
 }
 
-bool is_inside(const VT_Contour_Set& region, std::int32_t column_x, std::int32_t row_y) {
-    const double x = column_x + 0.5, y = row_y + 0.5;
+// Counts the edges left of or at the point in long double, whose 64 bits hold every product that tests can make.
+bool is_inside(const VT_Contour_Set& region, long double x, long double y) {
     bool inside = false;
     for (const auto& contour : region.contours()) {
         for (std::size_t i = 0; i < contour.size(); ++i) {
             const VT_Point& a = contour[i];
             const VT_Point& b = contour[(i + 1) % contour.size()];
-            if ((a.y <= y) != (b.y <= y) && (double{b.x} - a.x) * (y - a.y) / (double{b.y} - a.y) + a.x <= x) {
-                inside = !inside;
-            }
+            const long double product =
+                (x - a.x) * (static_cast<long double>(b.y) - a.y) - (y - a.y) * (static_cast<long double>(b.x) - a.x);
+            inside ^= (a.y <= y) != (b.y <= y) && (a.y <= y ? product >= 0 : product <= 0);
         }
     }
     return inside;
 }
 
 void Model::draw_pixel(const Fragment& fragment, const Pixel_Rules& rules) {
-    if (rules.region && !is_inside(*rules.region, fragment.column + setup.origin.x, fragment.row + setup.origin.y)) {
+    if (rules.region &&
+        !is_inside(*rules.region, fragment.column + setup.origin.x + 0.5L, fragment.row + setup.origin.y + 0.5L)) {
         return;
     }
     if (rules.color == Color_Rule::blend_visible && fragment.color.alpha == 0) {

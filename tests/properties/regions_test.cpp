@@ -185,7 +185,8 @@ TEST_P(Regions, Masked_strips_are_open_strips_less_the_mask) {
             for (std::int32_t row = 0; row < window_size.y; ++row) {
                 for (std::int32_t column = 0; column < window_size.x; ++column, ++i) {
                     const Contents& expected =
-                        model::is_inside(*clipped->clip.complex_clip, origin.x + column, origin.y + row) ? whole : before;
+                        model::is_inside(*clipped->clip.complex_clip, origin.x + column + 0.5L, origin.y + row + 0.5L) ? whole
+                                                                                                                       : before;
                     ASSERT_TRUE(masked.colors[i] == expected.colors[i] && masked.depths[i] == expected.depths[i])
                         << kernels << " seed " << seed << " column " << column << " row " << row;
                 }
