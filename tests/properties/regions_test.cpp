@@ -28,10 +28,6 @@ Renderer_Setup setup_of(std::size_t renderer_case, VT_Int_Pair origin) {
     return setup;
 }
 
-VT_RGB32 random_color(Random& random) {
-    return {random.byte(), random.byte(), random.byte(), random.byte()};
-}
-
 // A strip whose points lie within reach of the window's edges.
 struct Strip {
     std::vector<VT_DCI_Point> points;
@@ -111,18 +107,6 @@ VT_Reference<VT_Rendition> random_rendition(Random& random, const Renderer_Setup
     return rendition;
 }
 
-// Contours with holes and overlaps; corners may lie outside the window.
-VT_Reference<const VT_Contour_Set> random_region(Random& random, VT_Int_Pair origin) {
-    std::vector<VT_Contour_Set::Contour> contours(static_cast<std::size_t>(random.number(0, 3)));
-    for (auto& contour : contours) {
-        for (std::int32_t i = random.number(3, 9); i > 0; --i) {
-            contour.push_back({static_cast<float>(origin.x + random.number(-20, window_size.x + 20)),
-                               static_cast<float>(origin.y + random.number(-20, window_size.y + 20)), 0});
-        }
-    }
-    return new VT_Contour_Set(std::move(contours));
-}
-
 struct Contents {
     std::vector<std::uint32_t> colors, depths;
 
@@ -171,7 +155,7 @@ TEST_P(Regions, Masked_strips_are_open_strips_less_the_mask) {
         const Strip strip(random, origin, 0);
         const VT_Reference<VT_Rendition> open = random_rendition(random, setup);
         const VT_Reference<VT_Rendition> clipped(static_cast<VT_Rendition*>(open->clone()));
-        clipped->clip.complex_clip = random_region(random, origin);
+        clipped->clip.complex_clip = random_region(random, setup);
         for (const std::string& kernels : available_kernel_sets()) {
             Test_Renderer renderer(setup, kernels);
             fill_with_noise(renderer, setup);
