@@ -7,11 +7,13 @@
 #include "renderer/core/picture_cycle.h"
 #include "renderer/core/software_z_buffer.h"
 #include "renderer/depth_lines/polylines_dci.h"
+#include "renderer/lines/polylines_3d.h"
 #include "renderer/primitives/dots.h"
 #include "renderer/primitives/images.h"
 #include "renderer/primitives/polygons.h"
 #include "renderer/primitives/polymarkers.h"
 #include "renderer/triangles/polytriangles.h"
+#include "renderer/triangles/polytriangles_3d.h"
 
 namespace krb {
 
@@ -58,7 +60,7 @@ using T = Action_Table;
 
 // Columns: no depth buffer with 8-bit, 32-bit and blended 32-bit colour, then the same three with a depth buffer. {} leaves the
 // slot as it is. Families whose rasterizers are still to come stand here with the host's standard function: lines, markers,
-// ellipses, images of the host, 3D strips.
+// ellipses, images of the host.
 // clang-format off
 constexpr std::tuple slot_table{
     row(&T::draw_2d_polytriangle, KRB_OWN(draw_2d_polytriangle)),
@@ -104,19 +106,19 @@ constexpr std::tuple slot_table{
     every_case(&T::draw_2di_polygon, own(draw_2di_polygon)),
     every_case(&T::draw_dci_polygon, own(draw_dci_polygon)),
     every_case(&T::draw_dci_image, own(draw_dci_image)),
-    every_case(&T::draw_3d_polytriangle, host(VD_Standard_Draw_3D_Polytriangle)),
+    every_case(&T::draw_3d_polytriangle, own(draw_3d_polytriangle)),
 };
 // clang-format on
 #undef KRB_OWN
 
 // With tiling the renderer cuts 3D strips and polylines to the tile itself.
 constexpr std::tuple tiling_table{
-    every_case(&T::draw_3d_colorized_polytriangle, host(VD_Standard_Draw_3D_Colorized_Polytriangle)),
-    every_case(&T::draw_3d_gouraud_polytriangle, host(VD_Standard_Draw_3D_Gouraud_Polytriangle)),
-    every_case(&T::draw_3d_textured_polytriangle, host(VD_Standard_Draw_3D_Textured_Polytriangle)),
-    every_case(&T::draw_3d_polyline, host(VD_Standard_Draw_3D_Polyline)),
-    every_case(&T::draw_3d_colorized_polyline, host(VD_Standard_Draw_3D_Colorized_Polyline)),
-    every_case(&T::draw_3d_gouraud_polyline, host(VD_Standard_Draw_3D_Gouraud_Polyline)),
+    every_case(&T::draw_3d_colorized_polytriangle, own(draw_3d_colorized_polytriangle)),
+    every_case(&T::draw_3d_gouraud_polytriangle, own(draw_3d_gouraud_polytriangle)),
+    every_case(&T::draw_3d_textured_polytriangle, own(draw_3d_textured_polytriangle)),
+    every_case(&T::draw_3d_polyline, own(draw_3d_polyline)),
+    every_case(&T::draw_3d_colorized_polyline, own(draw_3d_colorized_polyline)),
+    every_case(&T::draw_3d_gouraud_polyline, own(draw_3d_gouraud_polyline)),
 };
 
 template <class Function> void install(Software_Z_Buffer& renderer, const Row<Function>& row, Case c) {

@@ -76,8 +76,7 @@ std::map<std::string_view, Installed> installed_in(VT_Renderer_Data& renderer) {
 // Slots whose own functions are still to come: the host draws meanwhile.
 bool may_be_drawn_by_host(std::string_view name) {
     const auto has = [name](std::string_view part) { return name.find(part) != std::string_view::npos; };
-    const bool is_device_triangle = (has("_dc_") || has("_dci_")) && has("polytriangle") && !has("textured");
-    return has("draw_") && !is_device_triangle && name != "draw_dci_dot" && name != "draw_window";
+    return (has("polyline") && !has("_3d_")) || has("ellip");
 }
 
 void expect_case(VT_Renderer_Data& renderer, std::size_t index, bool is_tiled) {
