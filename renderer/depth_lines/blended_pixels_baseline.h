@@ -10,9 +10,7 @@
 namespace krb::KRB_KERNEL_SET {
 namespace {
 
-struct Pixels {
-    __m128i bytes;
-};
+template <int count> struct Pixels { __m128i bytes; };
 
 // A 16-bit word for each channel of two pixels, twice.
 struct Weights {
@@ -30,44 +28,40 @@ struct Ink {
           upper_half(_mm_set1_epi16(static_cast<short>(own_weight == 0 ? 32767 : 32767 / own_weight))) {}
 };
 
-inline Pixels load_one(const std::uint8_t* from) {
-    return {_mm_loadu_si32(from)};
+template <int count> inline Pixels<count> load_pixels(const std::uint8_t* from) {
+    if constexpr (count == 1) {
+        return {_mm_loadu_si32(from)};
+    } else if constexpr (count == 3) {
+        return {_mm_unpacklo_epi64(_mm_loadu_si64(from), _mm_loadu_si32(from + 8))};
+    } else {
+        return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(from))};
+    }
 }
 
-inline Pixels load_three(const std::uint8_t* from) {
-    return {_mm_unpacklo_epi64(_mm_loadu_si64(from), _mm_loadu_si32(from + 8))};
-}
-
-inline Pixels load_three(const std::uint8_t* a, const std::uint8_t* b, const std::uint8_t* c) {
+inline Pixels<3> load_pixels(const std::uint8_t* a, const std::uint8_t* b, const std::uint8_t* c) {
     return {_mm_unpacklo_epi64(_mm_unpacklo_epi32(_mm_loadu_si32(a), _mm_loadu_si32(b)), _mm_loadu_si32(c))};
 }
 
-inline Pixels load_four(const std::uint8_t* from) {
-    return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(from))};
-}
-
-template <int lane> inline void store_lane(std::uint8_t* to, Pixels pixels) {
-    const int pixel = _mm_extract_epi32(pixels.bytes, lane);
+template <int lane> inline void store_lane(std::uint8_t* to, __m128i bytes) {
+    const int pixel = _mm_extract_epi32(bytes, lane);
     std::memcpy(to, &pixel, 4);
 }
 
-inline void store_one(std::uint8_t* to, Pixels pixels) {
-    store_lane<0>(to, pixels);
+template <int count> inline void store_pixels(std::uint8_t* to, Pixels<count> pixels) {
+    if constexpr (count == 1) {
+        store_lane<0>(to, pixels.bytes);
+    } else if constexpr (count == 3) {
+        _mm_storeu_si64(to, pixels.bytes);
+        store_lane<2>(to + 8, pixels.bytes);
+    } else {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), pixels.bytes);
+    }
 }
 
-inline void store_three(std::uint8_t* to, Pixels pixels) {
-    _mm_storeu_si64(to, pixels.bytes);
-    store_lane<2>(to + 8, pixels);
-}
-
-inline void store_three(std::uint8_t* a, std::uint8_t* b, std::uint8_t* c, Pixels pixels) {
-    store_lane<0>(a, pixels);
-    store_lane<1>(b, pixels);
-    store_lane<2>(c, pixels);
-}
-
-inline void store_four(std::uint8_t* to, Pixels pixels) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), pixels.bytes);
+inline void store_pixels(std::uint8_t* a, std::uint8_t* b, std::uint8_t* c, Pixels<3> pixels) {
+    store_lane<0>(a, pixels.bytes);
+    store_lane<1>(b, pixels.bytes);
+    store_lane<2>(c, pixels.bytes);
 }
 
 inline Weights load_weights(const std::uint16_t* four) {
@@ -90,9 +84,12 @@ inline __m128i blended_words(__m128i stored, __m128i weights, const Ink& ink) {
     return _mm_add_epi16(_mm_add_epi16(stored, part), once_more);
 }
 
-inline Pixels blended(Pixels stored, Weights weights, const Ink& ink) {
+template <int count> inline Pixels<count> blended(Pixels<count> stored, Weights weights, const Ink& ink) {
     const __m128i low = blended_words(_mm_cvtepu8_epi16(stored.bytes), weights.low, ink);
-    const __m128i high = blended_words(_mm_unpackhi_epi8(stored.bytes, _mm_setzero_si128()), weights.high, ink);
+    __m128i high = low;
+    if constexpr (count > 2) {
+        high = blended_words(_mm_unpackhi_epi8(stored.bytes, _mm_setzero_si128()), weights.high, ink);
+    }
     return {_mm_or_si128(_mm_packus_epi16(low, high), _mm_set1_epi32(static_cast<int>(0xFF000000)))};
 }
 

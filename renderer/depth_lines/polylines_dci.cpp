@@ -21,7 +21,7 @@ Pixel_Rule colorized_pixel_rule(Case c, const Software_Z_Buffer& renderer, const
 template <Case c>
 void draw_colorized(Software_Z_Buffer& renderer, const VT_Rendition& rendition, bool consults_mask, const Polyline& polyline) {
     if (!is_index8(c) && !has_depth(c) && draws_smoothed(renderer, rendition)) {
-        draw_smoothed_polyline(c, renderer, rendition, polyline.count, polyline.points, polyline.colors, polyline.single_color);
+        draw_smoothed_polyline(c, renderer, rendition, polyline);
         return;
     }
     Line_Rules rules{Line_Shading::flat, colorized_pixel_rule(c, renderer, rendition)};

@@ -85,19 +85,19 @@ inline std::int64_t step_of(std::int32_t movement, std::int32_t count) {
 
 // ---- pixels
 
-inline std::uint8_t* pixel_at(const Pixel_Target& target, std::int32_t column, std::int32_t row) {
-    return target.color_rows[row] + std::int64_t{column} * 4;
+inline std::uint8_t* pixel_at(const Pixel_Target& target, VT_Int_Pair place) {
+    return target.color_rows[place.y] + std::int64_t{place.x} * 4;
 }
 
 struct Open {
     static constexpr bool clips = false;
-    static bool clipped(const Pixel_Target&, std::int32_t, std::int32_t) { return false; }
+    static bool clipped(const Pixel_Target&, VT_Int_Pair) { return false; }
 };
 
 struct Masked {
     static constexpr bool clips = true;
-    static bool clipped(const Pixel_Target& target, std::int32_t column, std::int32_t row) {
-        return (target.mask_rows[row][column >> 3] & 0x80 >> (column & 7)) != 0;
+    static bool clipped(const Pixel_Target& target, VT_Int_Pair place) {
+        return (target.mask_rows[place.y][place.x >> 3] & 0x80 >> (place.x & 7)) != 0;
     }
 };
 
@@ -110,11 +110,9 @@ struct In_Row {
     std::uint8_t* first;
 
     static VT_Int_Pair place(std::int32_t major, std::int32_t minor) { return {minor, major}; }
-    static In_Row at(const Pixel_Target& target, std::int32_t major, std::int32_t minor) {
-        return {pixel_at(target, minor - 1, major)};
-    }
-    Pixels load() const { return load_three(first); }
-    void store(Pixels pixels) const { store_three(first, pixels); }
+    static In_Row at(const Pixel_Target& target, const VT_Int_Pair* places) { return {pixel_at(target, places[0])}; }
+    Pixels<3> load() const { return load_pixels<3>(first); }
+    void store(Pixels<3> pixels) const { store_pixels(first, pixels); }
 };
 
 // The same of a line that goes from column to column.
@@ -122,11 +120,11 @@ struct In_Column {
     std::uint8_t* pixel[3];
 
     static VT_Int_Pair place(std::int32_t major, std::int32_t minor) { return {major, minor}; }
-    static In_Column at(const Pixel_Target& target, std::int32_t major, std::int32_t minor) {
-        return {{pixel_at(target, major, minor - 1), pixel_at(target, major, minor), pixel_at(target, major, minor + 1)}};
+    static In_Column at(const Pixel_Target& target, const VT_Int_Pair* places) {
+        return {{pixel_at(target, places[0]), pixel_at(target, places[1]), pixel_at(target, places[2])}};
     }
-    Pixels load() const { return load_three(pixel[0], pixel[1], pixel[2]); }
-    void store(Pixels pixels) const { store_three(pixel[0], pixel[1], pixel[2], pixels); }
+    Pixels<3> load() const { return load_pixels(pixel[0], pixel[1], pixel[2]); }
+    void store(Pixels<3> pixels) const { store_pixels(pixel[0], pixel[1], pixel[2], pixels); }
 };
 
 // Whether the pixels beside a line need a look at the visible rectangle.
@@ -139,25 +137,27 @@ inline bool is_visible(const Smoothed_Target& target, VT_Int_Pair place) {
 
 template <class Clip>
 inline void blend_pixel(const Smoothed_Target& target, VT_Int_Pair place, std::uint16_t weight, const Ink& ink) {
-    if (!Clip::clipped(target, place.x, place.y)) {
-        std::uint8_t* pixel = pixel_at(target, place.x, place.y);
-        store_one(pixel, blended(load_one(pixel), same_weights(weight), ink));
+    if (!Clip::clipped(target, place)) {
+        std::uint8_t* pixel = pixel_at(target, place);
+        store_pixels(pixel, blended(load_pixels<1>(pixel), same_weights(weight), ink));
     }
 }
 
 template <class Across, class Clip, Reach reach>
 inline void draw_across(const Smoothed_Target& target, std::int32_t major, std::int32_t minor, const Weights_Across& across,
                         const Ink& ink) {
-    if constexpr (Clip::clips || reach == Reach::across_the_edge) {
-        for (std::int32_t k = 0; k < 3; ++k) {
-            const VT_Int_Pair place = Across::place(major, minor + k - 1);
-            if (reach == Reach::inside || k == 1 || is_visible(target, place)) {
-                blend_pixel<Clip>(target, place, across.weight[k], ink);
-            }
+    const VT_Int_Pair places[3] = {Across::place(major, minor - 1), Across::place(major, minor), Across::place(major, minor + 1)};
+    if constexpr (reach == Reach::inside) {
+        if (!(Clip::clipped(target, places[0]) || Clip::clipped(target, places[1]) || Clip::clipped(target, places[2]))) {
+            const Across pixels = Across::at(target, places);
+            pixels.store(blended(pixels.load(), load_weights(across.weight), ink));
+            return;
         }
-    } else {
-        const Across pixels = Across::at(target, major, minor);
-        pixels.store(blended(pixels.load(), load_weights(across.weight), ink));
+    }
+    for (std::int32_t k = 0; k < 3; ++k) {
+        if (reach == Reach::inside || k == 1 || is_visible(target, places[k])) {
+            blend_pixel<Clip>(target, places[k], across.weight[k], ink);
+        }
     }
 }
 
@@ -210,8 +210,8 @@ template <class Across, class Clip> void draw_sloped(const Smoothed_Target& targ
 template <Pixel_Rule rule, class Clip>
 inline void draw_on_line(const Smoothed_Target& target, VT_Int_Pair place, const Segment& segment) {
     if constexpr (rule == Pixel_Rule::store) {
-        if (!Clip::clipped(target, place.x, place.y)) {
-            std::memcpy(pixel_at(target, place.x, place.y), &segment.color, 4);
+        if (!Clip::clipped(target, place)) {
+            std::memcpy(pixel_at(target, place), &segment.color, 4);
         }
     } else {
         blend_pixel<Clip>(target, place, weights_on_pixel.weight[1], segment.ink);
@@ -223,13 +223,10 @@ template <Pixel_Rule rule, class Clip>
 void draw_column(const Smoothed_Target& target, VT_Int_Pair lowest, std::int32_t count, const Segment& segment) {
     const bool beside = target.visible.left < lowest.x && lowest.x < target.visible.right;
     for (std::int32_t row = lowest.y; row < lowest.y + count; ++row) {
-        if (beside && !Clip::clips) {
+        if (beside) {
             draw_across<In_Row, Clip, Reach::inside>(target, row, lowest.x, weights_on_pixel, segment.ink);
-        } else if (beside) {
-            blend_pixel<Clip>(target, {lowest.x - 1, row}, weights_on_pixel.weight[0], segment.ink);
-            blend_pixel<Clip>(target, {lowest.x + 1, row}, weights_on_pixel.weight[2], segment.ink);
         }
-        if (rule == Pixel_Rule::store || Clip::clips || !beside) {
+        if (rule == Pixel_Rule::store || !beside) {
             draw_on_line<rule, Clip>(target, {lowest.x, row}, segment);
         }
     }
@@ -240,9 +237,9 @@ template <class Clip>
 void blend_run(const Smoothed_Target& target, VT_Int_Pair first, std::int32_t count, std::uint16_t weight, const Ink& ink) {
     std::int32_t i = 0;
     if constexpr (!Clip::clips) {
-        std::uint8_t* pixels = pixel_at(target, first.x, first.y);
+        std::uint8_t* pixels = pixel_at(target, first);
         for (; i + 4 <= count; i += 4) {
-            store_four(pixels + i * 4, blended(load_four(pixels + i * 4), same_weights(weight), ink));
+            store_pixels(pixels + i * 4, blended(load_pixels<4>(pixels + i * 4), same_weights(weight), ink));
         }
     }
     for (; i < count; ++i) {

@@ -6,19 +6,18 @@
 
 namespace krb {
 
-void draw_smoothed_polyline(Case c, Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count,
-                            const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color) {
+void draw_smoothed_polyline(Case c, Software_Z_Buffer& renderer, const VT_Rendition& rendition, const Polyline& polyline) {
     Smoothed_Target target{pixel_target_of(c, renderer, {}), {}};
     const VT_Int_Rectangle visible = renderer.visible_rectangle(rendition);
     target.visible = {visible.left - target.origin_x, visible.right - target.origin_x, visible.bottom - target.origin_y,
                       visible.top - target.origin_y};
-    if (find_mask(renderer, rendition)) {
+    if (is_masked(renderer, rendition)) {
         target.mask_rows = renderer.mask_cache->newest->rows();
     }
     const Smoothed_Kernel_Table& kernels = *renderer.kernels->smoothed;
     Smoothed_Kernel* draw =
         kernels(is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store, target.mask_rows ? Clip_Rule::masked : Clip_Rule::open);
-    draw(target, {count, points, colors, single_color, 0});
+    draw(target, polyline);
 }
 
 } // namespace krb

@@ -3,6 +3,7 @@
 
 #include "renderer/core/cases.h"
 #include "renderer/core/software_z_buffer.h"
+#include "renderer/depth_lines/line_kernels.h"
 
 namespace krb {
 
@@ -11,9 +12,8 @@ inline bool draws_smoothed(const Software_Z_Buffer& renderer, const VT_Rendition
     return (rendition.line.flags & line_flag::smoothed) != 0 && !renderer.merges(rendition.line.mode);
 }
 
-// Plain solid lines; count points, at least 2, inside the window. One colour a segment, the first for all with single_color.
-// Looks for the rendition's mask. The case is rgb32, which stores, or rgb32_alpha, which blends by the colours' alpha as well.
-void draw_smoothed_polyline(Case c, Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count,
-                            const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color);
+// A plain solid line, after all entry checks of the member. Looks for the rendition's mask. The case is rgb32, which stores, or
+// rgb32_alpha, which blends by the colours' alpha as well.
+void draw_smoothed_polyline(Case c, Software_Z_Buffer& renderer, const VT_Rendition& rendition, const Polyline& polyline);
 
 } // namespace krb
