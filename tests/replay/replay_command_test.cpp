@@ -153,18 +153,6 @@ TEST_F(Replay_Command, writes_all_files_or_none) {
     EXPECT_THAT(folder.names(), IsEmpty());
 }
 
-TEST_F(Replay_Command, writes_through_links_and_into_devices) {
-    const std::string target = folder.file("target.png", "before");
-    std::filesystem::create_symlink(target, folder.file("link.png"));
-    EXPECT_EQ(
-        run_vorna({"replay", "-", "--color", folder.file("link.png"), "--depth", "/dev/null", "--report", "/dev/stdout"}, small)
-            .status,
-        0);
-    EXPECT_TRUE(std::filesystem::is_symlink(folder.file("link.png")));
-    EXPECT_EQ(read_png(target).width, 3U);
-    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
-}
-
 } // namespace
 
 } // namespace replay_tests

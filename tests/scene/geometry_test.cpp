@@ -231,18 +231,6 @@ TEST_F(Recording, a_fitted_model_arrives_whole_and_fills_the_window) {
     }
 }
 
-TEST_F(Recording, no_point_leaves_the_window_however_much_is_cut_off) {
-    for (const double zoom : {1.1, 2.0, 40.0}) {
-        for (const Projection projection : {Projection::perspective, Projection::orthographic}) {
-            const Recorded result = draw(ball(64, 32), {View::iso, Up_Axis::y, projection, 1, zoom}, {});
-            EXPECT_GT(result.triangles, 0U);
-            for (const VT_DCI_Point& p : result.points) {
-                ASSERT_TRUE(p.x >= 10 && p.x <= 409 && p.y >= -20 && p.y <= 279 && p.z >= 0 && p.z <= 65535);
-            }
-        }
-    }
-}
-
 TEST_F(Recording, light_comes_from_where_it_is_said_to_come) {
     const Mesh mesh = ball(32, 16);
     for (const double side : {-1.0, 1.0}) {

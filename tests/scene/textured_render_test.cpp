@@ -59,8 +59,7 @@ std::string square_obj(float low, float high) {
 }
 
 // The same square as a binary glTF file that holds its image. v runs downwards there.
-std::string square_glb(float low, float high, int wrap, const std::string& image, const std::string& material = "",
-                       const std::string& factor = "") {
+std::string square_glb(float low, float high, int wrap, const std::string& image, const std::string& material = "") {
     const float numbers[] = {-1, -1, 0, 1, -1, 0, 1, 1, 0, -1, 1, 0, low, 1 - low, high, 1 - low, high, 1 - high, low, 1 - high};
     const std::uint16_t indices[] = {0, 1, 2, 0, 2, 3};
     std::string binary(reinterpret_cast<const char*>(numbers), sizeof numbers);
@@ -80,8 +79,8 @@ std::string square_glb(float low, float high, int wrap, const std::string& image
         R"({"bufferView":2,"componentType":5123,"count":6,"type":"SCALAR"}],"images":[{"bufferView":3,"mimeType":"image/png"}],)"
         R"("samplers":[{"wrapS":)" +
         std::to_string(wrap) + R"(,"wrapT":)" + std::to_string(wrap) +
-        R"(}],"textures":[{"sampler":0,"source":0}],"materials":[{)" + material + R"("pbrMetallicRoughness":{)" + factor +
-        R"("baseColorTexture":{"index":0}}}]})";
+        R"(}],"textures":[{"sampler":0,"source":0}],"materials":[{)" + material +
+        R"("pbrMetallicRoughness":{"baseColorFactor":[1,1,1,1],"baseColorTexture":{"index":0}}}]})";
     json.resize((json.size() + 3) / 4 * 4, ' ');
     std::string file;
     const auto word = [&](std::size_t value) {
@@ -277,18 +276,6 @@ TEST_F(Textured_Render, alpha_means_what_the_material_says) {
     EXPECT_NEAR(right_half(R"("alphaMode":"BLEND",)")[1], 155, 8);
     paint(holed);
     EXPECT_NEAR(textured(folder.file("square.obj", square_obj(0, 1)), straight).at(90, 60)[1], 155, 8);
-}
-
-TEST_F(Textured_Render, gltf_factors_count_as_light) {
-    const Image white = painted(4, 4, [](int, int) { return VT_RGB32{255, 255, 255, 255}; });
-    // Lit from behind, where there is no highlight that is added to the colour.
-    const Picture picture =
-        render(folder.file("square.glb", square_glb(0, 1, 10497, png_file(white), "", R"("baseColorFactor":[1,0.25,0.0625,1],)")),
-               with(straight, {"--shading", "textured", "--light", "0,0,-1"}));
-    const std::array<int, 3> pixel = picture.at(60, 60);
-    EXPECT_GT(pixel[0], 60);
-    EXPECT_NEAR(pixel[1], pixel[0] / 2, 2);
-    EXPECT_NEAR(pixel[2], pixel[0] / 4, 2);
 }
 
 TEST_F(Textured_Render, a_texture_that_cannot_be_had_is_named_and_the_rest_is_drawn) {

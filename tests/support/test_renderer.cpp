@@ -158,5 +158,6 @@ std::string describe(const Renderer_Setup& setup) {
            (setup.alpha ? ", alpha" : ", opaque") + ", window " + pair(setup.size.x, "x", setup.size.y) + " at " +
            pair(setup.origin.x, ",", setup.origin.y) + ", layouts " + layout(setup.color_layout) + " and " +
            layout(setup.depth_layout) + ", background " + std::to_string(setup.background.red) + "," +
-           pair(setup.background.green, ",", setup.background.blue) + (setup.force_merge ? ", merge forced" : "") + (setup.use_mask ? ", mask" : "");
+           pair(setup.background.green, ",", setup.background.blue) + (setup.force_merge ? ", merge forced" : "") +
+           (setup.use_mask ? ", mask" : "");
 }
