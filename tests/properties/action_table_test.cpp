@@ -37,14 +37,6 @@ const std::set<std::string_view> tiled{
 
 constexpr std::int32_t untouched_mark = 7;
 
-Renderer_Setup setup_of_case(std::size_t index) {
-    Renderer_Setup setup;
-    setup.color_system = renderer_cases[index].color_system;
-    setup.depth = renderer_cases[index].depth;
-    setup.alpha = renderer_cases[index].alpha;
-    return setup;
-}
-
 // Establishes again over slots that are marked, so that untouched ones show.
 void establish_over_marks(VT_Renderer_Data& renderer) {
     for_each_action([&](std::string_view, auto slot, auto* standard) {

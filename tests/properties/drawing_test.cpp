@@ -14,13 +14,7 @@ constexpr std::uint64_t first_seed = 1;
 class Drawing : public testing::TestWithParam<std::size_t> {
 protected:
     static std::size_t index() { return GetParam(); }
-    static Renderer_Setup setup() {
-        Renderer_Setup setup;
-        setup.color_system = renderer_cases[GetParam()].color_system;
-        setup.depth = renderer_cases[GetParam()].depth;
-        setup.alpha = renderer_cases[GetParam()].alpha;
-        return setup;
-    }
+    static Renderer_Setup setup() { return setup_of_case(GetParam()); }
 };
 
 std::string name_of_case(const testing::TestParamInfo<std::size_t>& of) {

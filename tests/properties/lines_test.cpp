@@ -15,15 +15,6 @@ class Lines : public testing::TestWithParam<std::size_t> {};
 
 INSTANTIATE_TEST_SUITE_P(Every_case, Lines, testing::Range(std::size_t{0}, std::size(renderer_cases)));
 
-Renderer_Setup setup_of(std::size_t renderer_case, VT_Int_Pair size) {
-    Renderer_Setup setup;
-    setup.color_system = renderer_cases[renderer_case].color_system;
-    setup.depth = renderer_cases[renderer_case].depth;
-    setup.alpha = renderer_cases[renderer_case].alpha;
-    setup.size = size;
-    return setup;
-}
-
 std::int32_t clamped(std::int64_t value) {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, INT32_MIN, INT32_MAX));
 }
@@ -175,7 +166,7 @@ TEST_P(Lines, In_the_plane_match_the_model) {
 }
 
 TEST_P(Lines, Cover_the_same_pixels_in_both_directions) {
-    const Renderer_Setup setup = setup_of(GetParam(), {120, 100});
+    const Renderer_Setup setup = setup_of_case(GetParam(), {120, 100});
     Test_Renderer renderer(setup);
     Random random(5);
     for (int i = 0; i < scaled(250); ++i) {
@@ -191,7 +182,7 @@ TEST_P(Lines, Cover_the_same_pixels_in_both_directions) {
 
 // A part's last point is drawn once more as the next part's first one, which stores the same.
 TEST_P(Lines, Cut_at_their_points_draw_the_same) {
-    const Renderer_Setup setup = setup_of(GetParam(), {50, 40});
+    const Renderer_Setup setup = setup_of_case(GetParam(), {50, 40});
     if (setup.alpha) {
         return;
     }
@@ -224,7 +215,7 @@ TEST_P(Lines, Cut_at_their_points_draw_the_same) {
 
 // Steep lines may begin and end half a column later: the row at which they cross an edge is that of the column's middle.
 TEST_P(Lines, Clipped_show_the_colors_and_depths_of_whole_ones) {
-    const Renderer_Setup setup = setup_of(GetParam(), {90, 70});
+    const Renderer_Setup setup = setup_of_case(GetParam(), {90, 70});
     if (setup.has_indices()) {
         return; // clipped and whole lines dither each in their own way
     }
@@ -266,7 +257,7 @@ TEST_P(Lines, Clipped_show_the_colors_and_depths_of_whole_ones) {
 TEST_P(Lines, Never_leave_the_rectangle_or_the_buffers) {
     for (int seed = 0; seed < scaled(150); ++seed) {
         Random random(static_cast<std::uint64_t>(seed));
-        Renderer_Setup setup = setup_of(GetParam(), {random.number(1, 70), random.number(1, 50)});
+        Renderer_Setup setup = setup_of_case(GetParam(), {random.number(1, 70), random.number(1, 50)});
         setup.origin = {random.number(-50, 50), random.number(-50, 50)};
         Call call = random_line(random, setup, Shape::plane_line);
         call.rendition->line.weight = 1;

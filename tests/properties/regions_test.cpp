@@ -18,12 +18,7 @@ enum class Shading { flat, colorized, gouraud, textured };
 constexpr Shading shadings[] = {Shading::flat, Shading::colorized, Shading::gouraud, Shading::textured};
 
 Renderer_Setup setup_of(std::size_t renderer_case, VT_Int_Pair origin) {
-    Renderer_Setup setup;
-    setup.color_system = renderer_cases[renderer_case].color_system;
-    setup.depth = renderer_cases[renderer_case].depth;
-    setup.alpha = renderer_cases[renderer_case].alpha;
-    setup.size = window_size;
-    setup.origin = origin;
+    Renderer_Setup setup = setup_of_case(renderer_case, window_size, origin);
     setup.use_mask = true;
     return setup;
 }
@@ -57,41 +52,23 @@ VT_Reference<const VT_Basic_Material> random_texture(Random& random) {
     return material;
 }
 
-void draw_dci(Test_Renderer& renderer, const VT_Rendition& rendition, Shading shading, const Strip& strip) {
+void draw(Test_Renderer& renderer, const VT_Rendition& rendition, Shading shading, const Strip& strip, bool in_plane) {
     const VT_DCI_Point* points = strip.points.data();
+    const VT_RGB32* colors = strip.colors.data();
+    const auto call = [&](auto& on_device, auto& plane, auto... more) {
+        in_plane ? plane(*renderer, rendition, strip.count(), points, more...)
+                 : on_device(*renderer, rendition, strip.count(), points, more...);
+    };
     switch (shading) {
     case Shading::flat:
-        VD_Draw_DCI_Polytriangle(*renderer, rendition, strip.count(), points);
-        break;
+        return call(VD_Draw_DCI_Polytriangle, VD_Draw_2DI_Polytriangle);
     case Shading::colorized:
-        VD_Draw_DCI_Colorized_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data(), false);
-        break;
+        return call(VD_Draw_DCI_Colorized_Polytriangle, VD_Draw_2DI_Colorized_Polytriangle, colors, false);
     case Shading::gouraud:
-        VD_Draw_DCI_Gouraud_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data());
-        break;
+        return call(VD_Draw_DCI_Gouraud_Polytriangle, VD_Draw_2DI_Gouraud_Polytriangle, colors);
     case Shading::textured:
-        VD_Draw_DCI_Textured_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data(),
-                                          strip.parameters.data(), 2, nullptr, nullptr);
-        break;
-    }
-}
-
-void draw_2di(Test_Renderer& renderer, const VT_Rendition& rendition, Shading shading, const Strip& strip) {
-    const VT_DCI_Point* points = strip.points.data();
-    switch (shading) {
-    case Shading::flat:
-        VD_Draw_2DI_Polytriangle(*renderer, rendition, strip.count(), points);
-        break;
-    case Shading::colorized:
-        VD_Draw_2DI_Colorized_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data(), false);
-        break;
-    case Shading::gouraud:
-        VD_Draw_2DI_Gouraud_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data());
-        break;
-    case Shading::textured:
-        VD_Draw_2DI_Textured_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data(),
-                                          strip.parameters.data(), 2, nullptr, nullptr);
-        break;
+        return call(VD_Draw_DCI_Textured_Polytriangle, VD_Draw_2DI_Textured_Polytriangle, colors, strip.parameters.data(), 2,
+                    nullptr, nullptr);
     }
 }
 
@@ -160,10 +137,10 @@ TEST_P(Regions, Masked_strips_are_open_strips_less_the_mask) {
             Test_Renderer renderer(setup, kernels);
             fill_with_noise(renderer, setup);
             const Contents before(renderer);
-            draw_dci(renderer, *open, shading, strip);
+            draw(renderer, *open, shading, strip, false);
             const Contents whole(renderer);
             fill_with_noise(renderer, setup);
-            draw_dci(renderer, *clipped, shading, strip);
+            draw(renderer, *clipped, shading, strip, false);
             const Contents masked(renderer);
             std::size_t i = 0;
             for (std::int32_t row = 0; row < window_size.y; ++row) {
@@ -189,10 +166,10 @@ TEST_P(Regions, Strips_inside_the_rectangle_are_drawn_as_device_strips) {
         const VT_Reference<VT_Rendition> rendition = random_rendition(random, setup);
         Test_Renderer renderer(setup);
         fill_with_noise(renderer, setup);
-        draw_dci(renderer, *rendition, shading, strip);
+        draw(renderer, *rendition, shading, strip, false);
         const Contents device(renderer);
         fill_with_noise(renderer, setup);
-        draw_2di(renderer, *rendition, shading, strip);
+        draw(renderer, *rendition, shading, strip, true);
         const Contents plane(renderer);
         ASSERT_EQ(plane.colors, device.colors) << "seed " << seed;
         ASSERT_EQ(plane.depths, device.depths) << "seed " << seed;
@@ -216,7 +193,7 @@ TEST_P(Regions, Strips_across_the_rectangle_stay_within_it) {
         Test_Renderer renderer(setup);
         fill_with_noise(renderer, setup);
         const Contents before(renderer);
-        draw_2di(renderer, *rendition, shading, strip);
+        draw(renderer, *rendition, shading, strip, true);
         const Contents after(renderer);
         std::size_t i = 0;
         for (std::int32_t row = 0; row < window_size.y; ++row) {
