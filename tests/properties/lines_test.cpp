@@ -106,7 +106,7 @@ void expect_equal_to_model(std::size_t renderer_case, Shape shape, int count) {
     }
 }
 
-// A call that stores one opaque colour everywhere, whole numbers of pixels wide.
+// A line of one opaque colour, not clipped more than to the window.
 Call plain_line(const Renderer_Setup& setup, Shape shape, std::vector<VT_DCI_Point> points) {
     Call call;
     call.kind = Call_Kind::colorized;
