@@ -3,6 +3,7 @@
 
 #include "renderer/depth_lines/cased_lines.h"
 #include "renderer/depth_lines/line_target.h"
+#include "renderer/depth_lines/line_types.h"
 #include "renderer/depth_lines/smoothed_polylines.h"
 
 namespace krb {
@@ -53,7 +54,13 @@ void draw_flat(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32
         return;
     }
     if constexpr (c == Case::index8) {
-        draw_index(renderer, rendition, count, points);
+        if (rendition.line.line_types != VT_Line_Type_Set::None) {
+            draw_by_line_types(rendition, count, points, [&](const VT_Rendition* plain, int length, const VT_DCI_Point* piece) {
+                draw_flat<c>(data, *plain, length, piece);
+            });
+        } else {
+            draw_index(renderer, rendition, count, points);
+        }
     } else {
         draw_colorized<c>(renderer, rendition, true, {count, points, &rendition.line.color, true, 0});
     }

@@ -115,10 +115,17 @@ bool set_visible_part(const VT_Int_Rectangle& rectangle, Cut_Segment& segment) n
     return first <= last;
 }
 
-Line_Ramps::Line_Ramps(const VT_DCI_Point& from, const VT_DCI_Point& to, const Cut_Segment& cut) noexcept {
+Line_Ramps::Line_Ramps(const VT_DCI_Point& from, const VT_DCI_Point& to, const Cut_Segment& cut) noexcept
+    : start_{from.x, from.y} {
     const std::int32_t columns = std::abs(cut.to.x - cut.from.x);
     const std::int32_t rows = std::abs(cut.to.y - cut.from.y);
-    length_ = columns > rows ? std::abs(std::int64_t{to.x} - from.x) : std::abs(std::int64_t{to.y} - from.y);
+    length_ = columns >= rows ? std::abs(std::int64_t{to.x} - from.x) : std::abs(std::int64_t{to.y} - from.y);
+    if (columns == rows) {
+        // Kernels step a diagonal by its rows, of which as many have passed as columns.
+        const std::int32_t passed =
+            cut.to.x > cut.from.x ? wrapping_subtract(cut.from.x, from.x) : wrapping_subtract(from.x, cut.from.x);
+        start_.y = cut.to.y > cut.from.y ? wrapping_subtract(cut.from.y, passed) : wrapping_add(cut.from.y, passed);
+    }
 }
 
 template <int fraction_bits> Line_Ramp Line_Ramps::ramp(std::int32_t from, std::int32_t to) const noexcept {

@@ -18,15 +18,17 @@ bool set_visible_part(const VT_Int_Rectangle& rectangle, Cut_Segment& segment) n
 // A caller's segment as its depth and colours see it: however it was cut, they run from its first to its last point.
 class Line_Ramps {
 public:
-    // Over the axis along which the kernels step the cut segment.
+    // Over the axis along which the kernels step the cut segment; over the columns of a diagonal.
     Line_Ramps(const VT_DCI_Point& from, const VT_DCI_Point& to, const Cut_Segment& cut) noexcept;
 
+    VT_Int_Pair start() const noexcept { return start_; }
     Line_Ramp depth(std::int32_t from, std::int32_t to) const noexcept { return ramp<15>(from, to); }
     Line_Ramp channel(std::int32_t from, std::int32_t to) const noexcept { return ramp<16>(from, to); }
 
 private:
     template <int fraction_bits> Line_Ramp ramp(std::int32_t from, std::int32_t to) const noexcept;
 
+    VT_Int_Pair start_;
     std::int64_t length_;
 };
 

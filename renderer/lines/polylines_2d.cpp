@@ -8,10 +8,10 @@
 #include "renderer/core/scratch.h"
 #include "renderer/depth_lines/cased_lines.h"
 #include "renderer/depth_lines/line_target.h"
+#include "renderer/depth_lines/line_types.h"
 #include "renderer/depth_lines/polylines_dci.h"
 #include "renderer/host/clip.h"
 #include "renderer/lines/line_setup.h"
-#include "renderer/lines/line_types.h"
 #include "renderer/primitives/dots.h"
 
 namespace krb {
@@ -78,7 +78,7 @@ void draw_visible(Software_Z_Buffer& renderer, const VT_Rendition& rendition, st
             return;
         }
         const Line_Ramps ramps(points[k], points[k + 1], segment);
-        segment.ramps_from = {points[k].x, points[k].y};
+        segment.ramps_from = ramps.start();
         if constexpr (has_depth(c)) {
             segment.paint.depth = ramps.depth(points[k].z, points[k + 1].z);
         }

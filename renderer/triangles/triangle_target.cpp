@@ -128,8 +128,8 @@ Triangle_Call::Triangle_Call(Case c, Software_Z_Buffer& renderer, const VT_Rendi
         pattern_ = pattern_of(rendition.face);
         target.pattern = &pattern_;
     }
-    configuration_ = {shading, is_index8(c) ? Pixel_Format::index8 : Pixel_Format::rgb32, depth_rule_of(c, renderer, depth_rules_of(c, shading)),
-                      pixel, clip};
+    configuration_ = {shading, is_index8(c) ? Pixel_Format::index8 : Pixel_Format::rgb32,
+                      depth_rule_of(c, renderer, depth_rules_of(c, shading)), pixel, clip};
     kernel_ = kernel(shading, pixel);
 }
 

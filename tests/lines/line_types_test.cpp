@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "renderer/lines/line_types.h"
+#include "renderer/depth_lines/line_types.h"
 
 namespace {
 

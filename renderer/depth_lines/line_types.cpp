@@ -1,5 +1,5 @@
 // Polylines with line types: cut into plain pieces, which are drawn one by one.
-#include "renderer/lines/line_types.h"
+#include "renderer/depth_lines/line_types.h"
 
 #include <algorithm>
 #include <cmath>
