@@ -44,7 +44,7 @@ TEST(Images, Follow_their_rule_at_every_width_and_place) {
         const bool blends = random.chance(60), masked = random.chance(50), empty = random.chance(5);
         const std::int32_t first = random.number(0, width - 1), last = random.number(first, width - 1);
         const std::int32_t hole_begin = random.number(0, width - 1), hole_end = hole_begin + random.number(1, 40);
-        const auto count = static_cast<std::size_t>(last - first + 1);
+        const std::size_t count = static_cast<std::size_t>(last - first) + 1;
         const auto bytes = count * (setup.has_indices() ? 1 : 4);
         const auto source = std::make_unique<std::uint8_t[]>(bytes);
         std::vector<VT_RGB32> pixels(count);
