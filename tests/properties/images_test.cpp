@@ -22,12 +22,6 @@ std::uint32_t blended(std::uint32_t stored, VT_RGB32 source) {
     return word_of({channel(old.blue, source.blue), channel(old.green, source.green), channel(old.red, source.red), 255});
 }
 
-VT_RGB32 random_color(Random& random) {
-    VT_RGB32 color = color_of(static_cast<std::uint32_t>(random.number(INT32_MIN, INT32_MAX)));
-    color.alpha = random.chance(30) ? std::uint8_t{0} : random.chance(30) ? std::uint8_t{255} : color.alpha;
-    return color;
-}
-
 } // namespace
 
 // The source is exactly as long as the image, so that a sanitizer sees reads beyond it. A null source is all zeros.
