@@ -22,12 +22,6 @@ std::uint32_t blended(std::uint32_t stored, VT_RGB32 source) {
     return word_of({channel(old.blue, source.blue), channel(old.green, source.green), channel(old.red, source.red), 255});
 }
 
-VT_RGB32 random_color(Random& random) {
-    VT_RGB32 color = color_of(static_cast<std::uint32_t>(random.number(INT32_MIN, INT32_MAX)));
-    color.alpha = random.chance(30) ? std::uint8_t{0} : random.chance(30) ? std::uint8_t{255} : color.alpha;
-    return color;
-}
-
 } // namespace
 
 // The source is exactly as long as the image, so that a sanitizer sees reads beyond it. A null source is all zeros.
@@ -44,7 +38,7 @@ TEST(Images, Follow_their_rule_at_every_width_and_place) {
         const bool blends = random.chance(60), masked = random.chance(50), empty = random.chance(5);
         const std::int32_t first = random.number(0, width - 1), last = random.number(first, width - 1);
         const std::int32_t hole_begin = random.number(0, width - 1), hole_end = hole_begin + random.number(1, 40);
-        const auto count = static_cast<std::size_t>(last - first + 1);
+        const std::size_t count = static_cast<std::size_t>(last - first) + 1;
         const auto bytes = count * (setup.has_indices() ? 1 : 4);
         const auto source = std::make_unique<std::uint8_t[]>(bytes);
         std::vector<VT_RGB32> pixels(count);
