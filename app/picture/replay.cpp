@@ -108,6 +108,7 @@ public:
     }
     template <auto Draw> void draw(const VT_Rendition& rendition, const Ellipse& a) {
         check_point(a.center, [] { return "center"; });
+        check_ellipse(rendition, a);
         Draw(renderer_, rendition, &a.center, &a.radii, a.start, a.end, a.rotation, address_of(a.color));
     }
     template <auto Draw> void draw(const VT_Rendition& rendition, const Index8_Image& a) {
@@ -199,6 +200,7 @@ private:
     template <class Point, class Key> void check_point(const Point& point, Key key) const;
     void check_corners(const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right, Sides sides, const char* keys) const;
     void check_ordered(bool is_ordered, const char* keys) const;
+    void check_ellipse(const VT_Rendition& rendition, const Ellipse& ellipse) const;
 
     const Picture& picture_;
     Session& session_;
@@ -360,6 +362,32 @@ void Replay::check_corners(const VT_DCI_Point& top_left, const VT_DCI_Point& bot
 void Replay::check_ordered(bool is_ordered, const char* keys) const {
     if (!is_ordered && !unchecked_) {
         throw Picture_Error(path_of_call(call_) + '.' + keys + ": expected the greater coordinates to the right and at the top");
+    }
+}
+
+// Renderers draw plain whole ellipses with axes along rows and columns, and take their centre for a column and row of the buffer.
+// Without width or height an ellipse is a line between device points. All others are cut by the host.
+void Replay::check_ellipse(const VT_Rendition& rendition, const Ellipse& ellipse) const {
+    const auto& slot = renderer_.actions.draw_dci_ellipse; // the other one is always installed with it
+    const bool is_hosts = !slot.enabled || slot.function == &VD_Standard_Draw_DCI_Ellipse;
+    const bool is_outline = picture_.calls[call_].kind->name == "draw_dci_elliptical_arc";
+    const bool is_plain = rendition.line.style == 0 && rendition.line.weight <= 1 &&
+                          !(is_outline && (rendition.line.flags & line_flag::smoothed) != 0);
+    const auto rotation = static_cast<float>(ellipse.rotation);
+    const bool is_turned = rotation == 1.5707964F || rotation == 4.712389F;
+    const bool has_straight_axes = ellipse.radii.x == ellipse.radii.y || rotation == 0 || rotation == 3.1415927F || is_turned;
+    const bool is_whole = static_cast<float>(ellipse.start) == 0 && static_cast<float>(ellipse.end) == 6.2831855F;
+    const std::int64_t a = is_turned ? ellipse.radii.y : ellipse.radii.x;
+    const std::int64_t b = is_turned ? ellipse.radii.x : ellipse.radii.y;
+    if (unchecked_ || is_hosts || a < 0 || b < 0 || !is_plain || !is_whole || !has_straight_axes) {
+        return;
+    }
+    const VT_Int_Rectangle window = session_.window();
+    const VT_Int_Rectangle buffer{0, window.right - window.left, 0, window.top - window.bottom};
+    const VT_Int_Rectangle& room = a == 0 || b == 0 ? window : buffer;
+    if (ellipse.center.x - a < room.left || ellipse.center.x + a > room.right || ellipse.center.y - b < room.bottom ||
+        ellipse.center.y + b > room.top) {
+        throw Picture_Error(path_of_call(call_) + ".center and radii: expected an ellipse inside " + text_of(room));
     }
 }
 

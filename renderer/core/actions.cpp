@@ -7,11 +7,15 @@
 #include "renderer/core/picture_cycle.h"
 #include "renderer/core/software_z_buffer.h"
 #include "renderer/depth_lines/polylines_dci.h"
+#include "renderer/lines/polylines_2d.h"
+#include "renderer/lines/polylines_3d.h"
 #include "renderer/primitives/dots.h"
+#include "renderer/primitives/ellipses.h"
 #include "renderer/primitives/images.h"
 #include "renderer/primitives/polygons.h"
 #include "renderer/primitives/polymarkers.h"
 #include "renderer/triangles/polytriangles.h"
+#include "renderer/triangles/polytriangles_3d.h"
 
 namespace krb {
 
@@ -57,8 +61,7 @@ using T = Action_Table;
     { own(member<N8>), own(member<N32>), own(member<N32A>), own(member<D8>), own(member<D32>), own(member<D32A>) }
 
 // Columns: no depth buffer with 8-bit, 32-bit and blended 32-bit colour, then the same three with a depth buffer. {} leaves the
-// slot as it is. Families whose rasterizers are still to come stand here with the host's standard function: lines, markers,
-// ellipses, images of the host, 3D strips.
+// slot as it is.
 // clang-format off
 constexpr std::tuple slot_table{
     row(&T::draw_2d_polytriangle, KRB_OWN(draw_2d_polytriangle)),
@@ -78,17 +81,17 @@ constexpr std::tuple slot_table{
     row(&T::draw_dc_textured_polytriangle, {{{}, {}, {}, own(draw_dc_textured_polytriangle<D8>), own(draw_dc_textured_polytriangle<D32>), own(draw_dc_textured_polytriangle<D32A>)}}),
     row(&T::draw_2di_textured_polytriangle, {{{}, {}, {}, own(draw_2di_textured_polytriangle<D8>), own(draw_2di_textured_polytriangle<D32>), own(draw_2di_textured_polytriangle<D32A>)}}),
     row(&T::draw_dci_textured_polytriangle, {{{}, {}, {}, own(draw_dci_textured_polytriangle<D8>), own(draw_dci_textured_polytriangle<D32>), own(draw_dci_textured_polytriangle<D32A>)}}),
-    every_case(&T::draw_2di_polyline, host(VD_Standard_Draw_2DI_Polyline)),
-    every_case(&T::draw_2di_colorized_polyline, host(VD_Standard_Draw_2DI_Colorized_Polyline)),
-    every_case(&T::draw_2di_gouraud_polyline, host(VD_Standard_Draw_2DI_Gouraud_Polyline)),
+    row(&T::draw_2di_polyline, KRB_OWN(draw_2di_polyline)),
+    row(&T::draw_2di_colorized_polyline, KRB_OWN(draw_2di_colorized_polyline)),
+    row(&T::draw_2di_gouraud_polyline, KRB_OWN(draw_2di_gouraud_polyline)),
     row(&T::draw_dci_polyline, KRB_OWN(draw_dci_polyline)),
     row(&T::draw_dci_colorized_polyline, KRB_OWN(draw_dci_colorized_polyline)),
     row(&T::draw_dci_gouraud_polyline, KRB_OWN(draw_dci_gouraud_polyline)),
     row(&T::draw_dci_dot, KRB_OWN(draw_dci_dot)),
     row(&T::draw_2di_polymarker, {{own(draw_2di_polymarker<N8>), own(draw_2di_polymarker<N32>), own(draw_2di_polymarker<N32A>), {}, own(draw_2di_polymarker<D32>), own(draw_2di_polymarker<D32A>)}}),
     row(&T::draw_2di_colorized_polymarker, {{{}, {}, own(draw_2di_colorized_polymarker), {}, {}, {}}}),
-    row(&T::draw_dci_ellipse, {{{}, host(VD_Standard_Draw_DCI_Ellipse), host(VD_Standard_Draw_DCI_Ellipse), {}, {}, {}}}),
-    row(&T::draw_dci_elliptical_arc, {{{}, host(VD_Standard_Draw_DCI_Elliptical_Arc), host(VD_Standard_Draw_DCI_Elliptical_Arc), {}, {}, {}}}),
+    row(&T::draw_dci_ellipse, {{{}, own(draw_dci_ellipse), own(draw_dci_ellipse), {}, {}, {}}}),
+    row(&T::draw_dci_elliptical_arc, {{{}, own(draw_dci_elliptical_arc), own(draw_dci_elliptical_arc), {}, {}, {}}}),
     // A buffer draws images of its own format itself.
     row(&T::draw_dci_rgb32_image, {{host(VD_Standard_Draw_DCI_RGB32_Image), own(draw_dci_rgb32_image<N32>), own(draw_dci_rgb32_image<N32>),
                                     host(VD_Standard_Draw_DCI_RGB32_Image), own(draw_dci_rgb32_image<D32>), own(draw_dci_rgb32_image<D32>)}}),
@@ -104,19 +107,26 @@ constexpr std::tuple slot_table{
     every_case(&T::draw_2di_polygon, own(draw_2di_polygon)),
     every_case(&T::draw_dci_polygon, own(draw_dci_polygon)),
     every_case(&T::draw_dci_image, own(draw_dci_image)),
-    every_case(&T::draw_3d_polytriangle, host(VD_Standard_Draw_3D_Polytriangle)),
+    every_case(&T::draw_3d_polytriangle, own(draw_3d_polytriangle)),
 };
 // clang-format on
 #undef KRB_OWN
 
 // With tiling the renderer cuts 3D strips and polylines to the tile itself.
 constexpr std::tuple tiling_table{
-    every_case(&T::draw_3d_colorized_polytriangle, host(VD_Standard_Draw_3D_Colorized_Polytriangle)),
-    every_case(&T::draw_3d_gouraud_polytriangle, host(VD_Standard_Draw_3D_Gouraud_Polytriangle)),
-    every_case(&T::draw_3d_textured_polytriangle, host(VD_Standard_Draw_3D_Textured_Polytriangle)),
-    every_case(&T::draw_3d_polyline, host(VD_Standard_Draw_3D_Polyline)),
-    every_case(&T::draw_3d_colorized_polyline, host(VD_Standard_Draw_3D_Colorized_Polyline)),
-    every_case(&T::draw_3d_gouraud_polyline, host(VD_Standard_Draw_3D_Gouraud_Polyline)),
+    every_case(&T::draw_3d_colorized_polytriangle, own(draw_3d_colorized_polytriangle)),
+    every_case(&T::draw_3d_gouraud_polytriangle, own(draw_3d_gouraud_polytriangle)),
+    every_case(&T::draw_3d_textured_polytriangle, own(draw_3d_textured_polytriangle)),
+    every_case(&T::draw_3d_polyline, own(draw_3d_polyline)),
+    every_case(&T::draw_3d_colorized_polyline, own(draw_3d_colorized_polyline)),
+    every_case(&T::draw_3d_gouraud_polyline, own(draw_3d_gouraud_polyline)),
+};
+
+// Midpoint ellipses are too coarse for a printed page.
+constexpr std::tuple hardcopy_table{
+    row(&T::draw_dci_ellipse, {{{}, host(VD_Standard_Draw_DCI_Ellipse), host(VD_Standard_Draw_DCI_Ellipse), {}, {}, {}}}),
+    row(&T::draw_dci_elliptical_arc,
+        {{{}, host(VD_Standard_Draw_DCI_Elliptical_Arc), host(VD_Standard_Draw_DCI_Elliptical_Arc), {}, {}, {}}}),
 };
 
 template <class Function> void install(Software_Z_Buffer& renderer, const Row<Function>& row, Case c) {
@@ -136,14 +146,21 @@ template <class Table> void install_all(Software_Z_Buffer& renderer, const Table
     std::apply([&](const auto&... rows) { (install(renderer, rows, c), ...); }, table);
 }
 
+bool is_on(const VT_Option* option) {
+    return option && option->as_bool();
+}
+
 } // namespace
 
 void install_actions(Software_Z_Buffer& renderer) {
     const VT_Renderer_Options& options = renderer.current_options;
     const Case c = case_of(options.buffer_depth() >= 1, options.color_system() == 1, options.alpha_blending());
     install_all(renderer, slot_table, c);
-    if (renderer.current[Handle::enable_tiling]->as_bool()) {
+    if (is_on(renderer.current[Handle::enable_tiling])) {
         install_all(renderer, tiling_table, c);
+    }
+    if (is_on(renderer.current[Handle::hardcopy_mode]) && is_on(renderer.requested[Handle::hardcopy_mode])) {
+        install_all(renderer, hardcopy_table, c);
     }
 }
 

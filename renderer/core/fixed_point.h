@@ -87,4 +87,10 @@ constexpr std::int32_t rounded_coordinate(float v) noexcept {
     return moved > -2147483904.0F && moved < 2147483648.0F ? static_cast<std::int32_t>(moved) : INT32_MIN;
 }
 
+// The same in double precision, for transformed points.
+constexpr std::int32_t rounded_coordinate(double v) noexcept {
+    const double moved = v >= 0 ? v + 0.5 : v - 0.49999999999;
+    return moved > -2147483649.0 && moved < 2147483648.0 ? static_cast<std::int32_t>(moved) : INT32_MIN;
+}
+
 } // namespace krb

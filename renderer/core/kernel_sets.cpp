@@ -12,24 +12,22 @@
 
 namespace krb {
 
+#define KRB_DECLARE_SET(set)                                                                                                     \
+    namespace set {                                                                                                              \
+    extern const Triangle_Kernel_Table triangle_kernels;                                                                         \
+    extern const Line_Kernel_Table line_kernels;                                                                                 \
+    extern const Smoothed_Kernel_Table smoothed_kernels;                                                                         \
+    extern const Span_Kernel_Table span_kernels;                                                                                 \
+    }
+#define KRB_SET(set, least_width)                                                                                                \
+    { #set, least_width, &set::triangle_kernels, &set::line_kernels, &set::smoothed_kernels, &set::span_kernels }
+
 #if defined(KRB_X86_64)
-namespace baseline {
-extern const Triangle_Kernel_Table triangle_kernels;
-extern const Line_Kernel_Table line_kernels;
-} // namespace baseline
-namespace avx2 {
-extern const Triangle_Kernel_Table triangle_kernels;
-extern const Line_Kernel_Table line_kernels;
-} // namespace avx2
-namespace avx512 {
-extern const Triangle_Kernel_Table triangle_kernels;
-extern const Line_Kernel_Table line_kernels;
-} // namespace avx512
+KRB_DECLARE_SET(baseline)
+KRB_DECLARE_SET(avx2)
+KRB_DECLARE_SET(avx512)
 #endif
-namespace portable {
-extern const Triangle_Kernel_Table triangle_kernels;
-extern const Line_Kernel_Table line_kernels;
-} // namespace portable
+KRB_DECLARE_SET(portable)
 
 namespace {
 
@@ -89,11 +87,11 @@ bool always() {
 // From the best to the one that runs everywhere.
 constexpr Candidate candidates[] = {
 #if defined(KRB_X86_64)
-    {{"avx512", 1, &avx512::triangle_kernels, &avx512::line_kernels}, has_avx512},
-    {{"avx2", 8, &avx2::triangle_kernels, &avx2::line_kernels}, has_avx2},
-    {{"baseline", 4, &baseline::triangle_kernels, &baseline::line_kernels}, has_baseline},
+    {KRB_SET(avx512, 1), has_avx512},
+    {KRB_SET(avx2, 8), has_avx2},
+    {KRB_SET(baseline, 4), has_baseline},
 #endif
-    {{"portable", 1, &portable::triangle_kernels, &portable::line_kernels}, always},
+    {KRB_SET(portable, 1), always},
 };
 
 } // namespace

@@ -92,7 +92,7 @@ struct Line_Paint {
 // A segment of which only some pixels are drawn: those of its rows first_row to last_row, counted from the start's row, that lie
 // in columns left to right. All are inclusive.
 struct Cut_Segment {
-    VT_DCI_Point from, to;
+    VT_DCI_Point from, to; // x fits 16.16
     std::int32_t first_row, last_row;
     std::int32_t left, right;
     Line_Paint paint;

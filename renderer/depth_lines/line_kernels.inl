@@ -50,7 +50,8 @@ struct Ends {
     std::int32_t columns() const { return magnitude(subtract(x1, x0)); }
     std::int32_t rows() const { return magnitude(subtract(y1, y0)); }
     bool is_x_major() const { return columns() > rows(); }
-    std::int32_t row_step() const { return y1 > y0 ? 1 : -1; }
+    // Without a branch, which would be guessed wrong half the time.
+    std::int32_t row_step() const { return (subtract(y1, y0) >> 31) | 1; }
     // Change of x from row to row, 16.16.
     std::int32_t slope() const { return to_fraction<16>(subtract(x1, x0)) / rows(); }
 };
@@ -60,10 +61,12 @@ struct Whole {
     static constexpr bool cuts = false;
 };
 
+// Columns of the ends and the limits are device ones: those of a buffer that begins far away may not fit 16.16.
 struct Cut {
     static constexpr bool cuts = true;
     std::int32_t first_row, last_row; // from the start's row on
-    std::int32_t left, right;         // columns of the buffer
+    std::int32_t left, right;
+    std::int32_t origin; // column 0 of the buffer
 };
 
 // The same ramps by columns: their values at column 0, when x0 is where they start.
@@ -90,16 +93,16 @@ template <Line_Configuration c, class Limits>
 void draw_x_major(const Line_Target& target, const Ends& ends, const Line_Paint& paint, std::int32_t ramps_from,
                   const Limits& limits) {
     const bool rightwards = ends.x1 > ends.x0;
-    const bool upwards = ends.y1 > ends.y0;
+    const std::int32_t leftwards = rightwards ? 0 : 1;
     const std::int32_t rows = ends.rows();
     const std::int32_t row_step = ends.row_step();
     const Line_Pen<c> pen(target, along_columns<c>(paint, ramps_from, rightwards));
     const auto draw_run = [&](std::int32_t row, std::int32_t from, std::int32_t to) {
-        std::int32_t column = rightwards ? from : to + 1;
-        std::int32_t end = rightwards ? to : from + 1;
+        std::int32_t column = (from < to ? from : to) + leftwards;
+        std::int32_t end = (from < to ? to : from) + leftwards;
         if constexpr (Limits::cuts) {
-            column = column < limits.left ? limits.left : column;
-            end = end > limits.right ? limits.right + 1 : end;
+            column = (column < limits.left ? limits.left : column) - limits.origin;
+            end = (end > limits.right ? limits.right + 1 : end) - limits.origin;
         }
         if (end > column) {
             pen.draw_run(row, column, end - column);
@@ -113,9 +116,9 @@ void draw_x_major(const Line_Target& target, const Ends& ends, const Line_Paint&
     std::int32_t slope = 0;
     if (rows > 0) {
         slope = ends.slope();
-        const std::int32_t bias = rightwards ? (upwards ? 0xFFFF : 0x10000) : (upwards ? 0 : -1);
-        const std::int32_t half = rightwards ? slope >> 1 : (slope + 1) >> 1;
-        x = add(add(to_fraction<16>(ends.x0), bias), half);
+        static constexpr std::int32_t biases[2][2] = {{0x10000, 0xFFFF}, {-1, 0}}; // [leftwards][upwards]
+        const std::int32_t bias = biases[leftwards][ends.y1 > ends.y0 ? 1 : 0];
+        x = add(add(to_fraction<16>(ends.x0), bias), (slope + leftwards) >> 1);
     }
     if constexpr (Limits::cuts) {
         last = limits.last_row < rows ? limits.last_row : rows;
@@ -157,7 +160,7 @@ void draw_y_major(const Line_Target& target, const Ends& ends, const Line_Paint&
         rows = end - skipped;
         x = add(x, multiply(skipped, slope));
         row += multiply(row_step, skipped);
-        const std::int32_t passed = magnitude(subtract(row, ramps_from));
+        const std::int32_t passed = multiply(row_step, subtract(row, ramps_from));
         const auto move = [=](Line_Ramp& ramp) { ramp.value = add(ramp.value, multiply(passed, ramp.step)); };
         move(start.depth);
         move(start.blue);
@@ -170,7 +173,7 @@ void draw_y_major(const Line_Target& target, const Ends& ends, const Line_Paint&
         const std::int32_t column = x >> 16;
         if constexpr (Limits::cuts) {
             if (column >= limits.left && column <= limits.right) {
-                pen.draw_single(row, column);
+                pen.draw_single(row, column - limits.origin);
             }
         } else {
             pen.draw_single(row, column);
@@ -278,9 +281,9 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
 }
 
 template <Line_Configuration c> void draw_cut_segment(const Line_Target& target, const Cut_Segment& segment) {
-    const Ends ends{subtract(segment.from.x, target.origin_x), subtract(segment.from.y, target.origin_y),
-                    subtract(segment.to.x, target.origin_x), subtract(segment.to.y, target.origin_y)};
-    const Cut cut{segment.first_row, segment.last_row, segment.left - target.origin_x, segment.right - target.origin_x};
+    const Ends ends{segment.from.x, subtract(segment.from.y, target.origin_y), segment.to.x,
+                    subtract(segment.to.y, target.origin_y)};
+    const Cut cut{segment.first_row, segment.last_row, segment.left, segment.right, target.origin_x};
     const VT_Int_Pair ramps_from{subtract(segment.ramps_from.x, target.origin_x),
                                  subtract(segment.ramps_from.y, target.origin_y)};
     draw_segment<c>(target, ends, segment.paint, ramps_from, cut);

@@ -3,9 +3,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "renderer/core/fixed_point.h"
-#include "renderer/core/software_z_buffer.h"
+#include "renderer/core/pixel_target.h"
 #include "renderer/mask/mask_cursor.h"
 
 namespace krb {
@@ -32,37 +33,35 @@ public:
     Image_Copy(Software_Z_Buffer& renderer, const VT_Rendition& rendition, const VT_DCI_Point& start, const VT_DCI_Point& end)
         : renderer_(renderer), blends_(!is_index8(c) && (rendition.drawing_flags & drawing_flag::translucent) != 0),
           tests_depth_(has_depth(c) && renderer.draws_with_depth(rendition)),
-          mask_(find_mask(renderer, rendition) ? renderer.mask_cache->newest : nullptr),
-          column_(start.x - renderer.window_origin.x) {
+          mask_(is_masked(renderer, rendition) ? renderer.mask_cache->newest : nullptr),
+          column_(start.x - renderer.window_origin.x), target_(pixel_target_of(without_depth(c), renderer, {})) {
         depth_.setup_15(start.z, end.z, wrapping_subtract(end.x, start.x));
+        target_.mask_rows = mask_ ? mask_->rows() : nullptr;
+        const Span_Kernels& kernels = mask_ ? renderer.kernels->spans->masked : renderer.kernels->spans->open;
+        copy_ = is_index8(c) ? kernels.copy_index8 : blends_ ? kernels.blend_rgb32 : kernels.copy_rgb32;
     }
 
-    // source: null = zeros.
     void copy_row(std::int32_t row, std::int32_t count, const std::uint8_t* source) {
-        std::uint8_t* to = renderer_.color_buffer->rows[row] + std::int64_t{column_} * pixel_bytes;
-        if (blends_ || tests_depth_ || mask_) {
-            copy_pixels(row, count, to, source);
-        } else if (source) {
-            std::memcpy(to, source, static_cast<std::size_t>(count) * std::size_t{pixel_bytes});
+        if (tests_depth_) {
+            copy_with_depth(row, count, source);
         } else {
-            std::memset(to, 0, static_cast<std::size_t>(count) * std::size_t{pixel_bytes});
+            copy_(target_, {row, column_, count}, source);
         }
     }
 
 private:
-    static constexpr std::int32_t pixel_bytes = is_index8(c) ? 1 : 4;
+    static constexpr std::int64_t pixel_bytes = is_index8(c) ? 1 : 4;
 
     // The depth moves on from pixel to pixel and, deliberately, from the end of a row to the start of the next.
-    void copy_pixels(std::int32_t row, std::int32_t count, std::uint8_t* to, const std::uint8_t* source) {
-        static constexpr std::uint8_t zeros[4] = {};
-        for (std::int32_t i = 0; i < count; ++i, to += pixel_bytes) {
-            const std::uint8_t* pixel = source ? source + std::int64_t{i} * pixel_bytes : zeros;
-            const bool drawn = !(blends_ && pixel[3] == 0) && (!mask_ || Mask_Cursor::at(*mask_, row, column_ + i).drawable()) &&
+    void copy_with_depth(std::int32_t row, std::int32_t count, const std::uint8_t* source) {
+        std::uint8_t* to = renderer_.color_buffer->rows[row] + column_ * pixel_bytes;
+        for (std::int32_t i = 0; i < count; ++i, to += pixel_bytes, source += pixel_bytes) {
+            const bool drawn = !(blends_ && source[3] == 0) && (!mask_ || Mask_Cursor::at(*mask_, row, column_ + i).drawable()) &&
                                passes_depth(row, i);
             if (drawn && blends_) {
-                blend_pixel(to, pixel);
+                blend_pixel(to, source);
             } else if (drawn) {
-                std::memcpy(to, pixel, std::size_t{pixel_bytes});
+                std::memcpy(to, source, static_cast<std::size_t>(pixel_bytes));
             }
             if (i + 1 < count) {
                 depth_.advance();
@@ -71,9 +70,6 @@ private:
     }
 
     bool passes_depth(std::int32_t row, std::int32_t i) {
-        if (!tests_depth_) {
-            return true;
-        }
         const auto candidate = static_cast<std::uint16_t>(depth_.value >> 15);
         std::uint8_t* at = renderer_.depth_buffer->rows[row] + std::int64_t{2} * (column_ + i);
         std::uint16_t stored;
@@ -89,6 +85,8 @@ private:
     bool blends_, tests_depth_;
     const Frame_Buffer_Mask* mask_; // null = none
     std::int32_t column_;
+    Pixel_Target target_;
+    Copy_Kernel* copy_;
     Fixed_Interpolator depth_;
 };
 
@@ -101,10 +99,17 @@ void copy_image(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_
     if (!renderer.color_buffer || count < 1) {
         return;
     }
+    // Without a source every row is zeros.
+    std::vector<std::uint8_t> zeros;
+    if (!source) {
+        zeros.resize(static_cast<std::size_t>(count) * (is_index8(c) ? 1 : 4));
+        source = zeros.data();
+        stride = 0;
+    }
     Image_Copy<c> copy(renderer, rendition, start, end);
     for (std::int32_t y = start.y; y >= end.y; --y) {
         copy.copy_row(y - renderer.window_origin.y, static_cast<std::int32_t>(count), source);
-        source = source ? source + stride : nullptr;
+        source += stride;
     }
 }
 

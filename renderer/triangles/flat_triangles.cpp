@@ -30,7 +30,7 @@ void draw_dci_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition
     }
     const Flat_Face face = flat_face(c, renderer, rendition);
     const Triangle_Call call(c, renderer, rendition, Shading::flat, face.pixel, consults_mask(c));
-    call.draw({count, points, &face.color, true, nullptr, nullptr});
+    call.draw_any({count, points, &face.color, true, nullptr, nullptr});
 }
 
 template <Case c>
@@ -50,7 +50,7 @@ void draw_dci_colorized_polytriangle(VT_Renderer_Data& data, const VT_Rendition&
     }
     const Triangle_Call call(c, renderer, rendition, Shading::flat, colorized_pixel_rule(c, renderer, rendition),
                              consults_mask(c));
-    call.draw({count, points, colors, single_color, nullptr, nullptr});
+    call.draw_any({count, points, colors, single_color, nullptr, nullptr});
 }
 
 template <Case c>

@@ -48,7 +48,7 @@ void draw_dci_gouraud_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
     call.target.hand_over = &hand_over;
     Strip_Kernel* near_flat = drawn_by_renderer(face) ? call.kernel(Shading::flat, colorized_pixel_rule(c, renderer, rendition))
                                                       : &call_colorized_member<c>;
-    call.draw({count, points, colors, false, near_flat, nullptr});
+    call.draw_any({count, points, colors, false, near_flat, nullptr});
 }
 
 template <Case c>

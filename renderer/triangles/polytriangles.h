@@ -8,7 +8,8 @@
 
 namespace krb {
 
-// Strips of integer device points in the rendition's face colour. They must lie inside the window.
+// Strips of integer device points in the rendition's face colour. Only the window bounds them, not the hard clip; but while a 3D
+// member draws through them, both do.
 template <Case c>
 void draw_dci_polytriangle(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points);
 // One colour a triangle.

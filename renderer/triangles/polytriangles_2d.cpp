@@ -6,6 +6,7 @@
 
 #include "renderer/host/clip.h"
 #include "renderer/triangles/polytriangles.h"
+#include "renderer/triangles/strip_walk.h"
 #include "renderer/triangles/texture_coordinates.h"
 #include "renderer/triangles/triangle_clipper.h"
 #include "renderer/triangles/triangle_target.h"
@@ -27,8 +28,8 @@ bool draws_nothing(const VT_Face_Attributes& face) noexcept {
 // Calls run(first point, count of points) for stretches inside the rectangle and piece(first point of a triangle) for triangles
 // that cross it. Each returns nothing.
 template <class Run, class Piece>
-void walk_strip(const VT_Rendition& rendition, const VT_Int_Rectangle& rectangle, std::int32_t count, const VT_DCI_Point* points,
-                Run run, Piece piece) {
+void draw_in_rectangle(const VT_Rendition& rendition, const VT_Int_Rectangle& rectangle, std::int32_t count,
+                       const VT_DCI_Point* points, Run run, Piece piece) {
     if (rectangle.left > rectangle.right || rectangle.bottom > rectangle.top) {
         return;
     }
@@ -36,27 +37,10 @@ void walk_strip(const VT_Rendition& rendition, const VT_Int_Rectangle& rectangle
     const std::int32_t inside = VD_Clip(rectangle, count, points, outcodes.data());
     if (inside == count) {
         run(0, count);
-        return;
+    } else if (inside != 0 && !draws_nothing(rendition.face)) {
+        walk_strip(
+            count, [&](std::int32_t k) { return placement_of(&outcodes[k]); }, run, piece);
     }
-    if (inside == 0 || draws_nothing(rendition.face)) {
-        return;
-    }
-    std::int32_t start = 0;
-    const auto flush = [&](std::int32_t k) {
-        if (k > start) {
-            run(start, k - start + 2);
-        }
-        start = k + 1;
-    };
-    for (std::int32_t k = 0; k < count - 2; ++k) {
-        if ((outcodes[k] & outcodes[k + 1] & outcodes[k + 2]) != 0) {
-            flush(k);
-        } else if ((outcodes[k] | outcodes[k + 1] | outcodes[k + 2]) != 0) {
-            flush(k);
-            piece(k);
-        }
-    }
-    flush(count - 2);
 }
 
 // Cut triangles of the 8-bit members are dithered with a rounding half.
@@ -94,7 +78,7 @@ void draw_2di_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition
     const Flat_Face face = flat_face(c, renderer, rendition);
     Triangle_Call pieces(c, renderer, rendition, Shading::flat, face.pixel);
     prepare_pieces(pieces.target);
-    walk_strip(
+    draw_in_rectangle(
         rendition, rectangle, count, points,
         [&](std::int32_t first, std::int32_t length) { draw_dci_polytriangle<c>(data, rendition, length, points + first); },
         [&](std::int32_t k) { fill_flat_piece(pieces, rectangle, points + k, face.color); });
@@ -118,7 +102,7 @@ void draw_2di_colorized_polytriangle(VT_Renderer_Data& data, const VT_Rendition&
     const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
     Triangle_Call pieces(c, renderer, rendition, Shading::flat, colorized_pixel_rule(c, renderer, rendition));
     prepare_pieces(pieces.target);
-    walk_strip(
+    draw_in_rectangle(
         rendition, rectangle, count, points,
         [&](std::int32_t first, std::int32_t length) {
             draw_dci_colorized_polytriangle<c>(data, rendition, length, points + first, single_color ? colors : colors + first,
@@ -150,7 +134,7 @@ void draw_2di_gouraud_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
     Triangle_Call pieces(c, renderer, rendition, Shading::gouraud, is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store);
     prepare_pieces(pieces.target);
     Strip_Kernel* near_flat = pieces.kernel(Shading::flat, colorized_pixel_rule(c, renderer, rendition));
-    walk_strip(
+    draw_in_rectangle(
         rendition, rectangle, count, points,
         [&](std::int32_t first, std::int32_t length) {
             draw_dci_gouraud_polytriangle<c>(data, rendition, length, points + first, colors + first);
@@ -191,7 +175,7 @@ void draw_2di_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& 
     Triangle_Call pieces(c, renderer, rendition, Shading::textured, Pixel_Rule::blend);
     prepare_pieces(pieces.target);
     set_texture(pieces.target, *texture);
-    walk_strip(
+    draw_in_rectangle(
         rendition, rectangle, count, points,
         [&](std::int32_t first, std::int32_t length) {
             draw_dci_textured_polytriangle<c>(data, rendition, length, points + first, colors + first,

@@ -65,7 +65,7 @@ void draw_textured_strip(VT_Renderer_Data& data, const VT_Rendition& rendition, 
     }
     Triangle_Call call(c, renderer_of(data), rendition, Shading::textured, Pixel_Rule::blend);
     set_texture(call.target, texture);
-    call.draw({count, points, colors, false, nullptr, coordinates.data()});
+    call.draw_any({count, points, colors, false, nullptr, coordinates.data()});
 }
 
 } // namespace

@@ -61,9 +61,11 @@ struct Face_Pattern {
 
 struct Triangle_Target : Pixel_Target {
     // Columns and rows that may be drawn, half-open. Looked at only when scissored is set; a caller whose triangles lie inside
-    // leaves it clear.
+    // leaves it clear. The walk's columns then start column_bias before column 0, and origin_x lies as far to the left: points
+    // may lie there, but no column may be negative.
     bool scissored;
     std::int32_t first_column, end_column, first_row, end_row;
+    std::int32_t column_bias;
     // For 8-bit textures: the palette's pixels.
     const std::uint8_t* palette;
     // For Clip_Rule::patterned.

@@ -262,6 +262,7 @@ template <Triangle_Configuration c, int size> struct Filler {
         std::int32_t skipped = 0;
         std::int32_t drawn = count;
         if (target.scissored) {
+            column -= target.column_bias;
             const std::int32_t end = column + count < target.end_column ? column + count : target.end_column;
             skipped = column < target.first_column ? target.first_column - column : 0;
             drawn = end - column - skipped;

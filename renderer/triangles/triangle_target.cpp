@@ -1,8 +1,13 @@
 // What the members gather for their kernels, once a call.
 #include "renderer/triangles/triangle_target.h"
 
+#include <algorithm>
+
 #include "renderer/core/fixed_point.h"
 #include "renderer/core/pixel_target.h"
+#include "renderer/host/clip.h"
+#include "renderer/triangles/strip_walk.h"
+#include "renderer/triangles/triangle_clipper.h"
 
 namespace krb {
 
@@ -46,20 +51,74 @@ Depth_Rules depth_rules_of(Case c, Shading shading) noexcept {
     return {c == Case::depth_rgb32 || (c == Case::depth_rgb32_alpha && shading == Shading::textured), !is_index8(c)};
 }
 
-Triangle_Target target_of(Case c, Shading shading, const Software_Z_Buffer& renderer) noexcept {
-    Triangle_Target target{};
-    static_cast<Pixel_Target&>(target) = pixel_target_of(c, renderer, depth_rules_of(c, shading));
+// Columns and rows of the window, or of the hard clip where that counts for device strips too.
+void set_limits(Triangle_Target& target, const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {
     target.end_column = renderer.window_size.x;
     target.end_row = renderer.window_size.y;
+    if (renderer.keeps_to_hard_clip) {
+        const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
+        const auto limit = [](std::int64_t side, std::int32_t origin, std::int32_t least, std::int32_t most) {
+            return static_cast<std::int32_t>(std::min<std::int64_t>(std::max<std::int64_t>(side - origin, least), most));
+        };
+        target.first_column = limit(clip.left, renderer.window_origin.x, 0, target.end_column);
+        target.end_column = limit(std::int64_t{clip.right} + 1, renderer.window_origin.x, target.first_column, target.end_column);
+        target.first_row = limit(clip.bottom, renderer.window_origin.y, 0, target.end_row);
+        target.end_row = limit(std::int64_t{clip.top} + 1, renderer.window_origin.y, target.first_row, target.end_row);
+    }
+}
+
+Triangle_Target target_of(Case c, Shading shading, const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {
+    Triangle_Target target{};
+    static_cast<Pixel_Target&>(target) = pixel_target_of(c, renderer, depth_rules_of(c, shading));
+    set_limits(target, renderer, rendition);
     target.palette = reinterpret_cast<const std::uint8_t*>(renderer.palette_pixels);
     return target;
+}
+
+// The look that every device strip gets: one pass over its points. Points on the far edges of the last pixels lie inside.
+bool lies_inside(const Triangle_Target& target, const Triangle_Strip& strip) noexcept {
+    const auto left = static_cast<std::uint32_t>(target.origin_x) + static_cast<std::uint32_t>(target.first_column);
+    const auto bottom = static_cast<std::uint32_t>(target.origin_y) + static_cast<std::uint32_t>(target.first_row);
+    // Unsigned, so that points before the first column or row lie far behind the last.
+    std::uint32_t farthest_x = 0;
+    std::uint32_t farthest_y = 0;
+    for (std::int32_t i = 0; i < strip.count; ++i) {
+        farthest_x = std::max(farthest_x, static_cast<std::uint32_t>(strip.points[i].x) - left);
+        farthest_y = std::max(farthest_y, static_cast<std::uint32_t>(strip.points[i].y) - bottom);
+    }
+    return farthest_x <= static_cast<std::uint32_t>(target.end_column - target.first_column) &&
+           farthest_y <= static_cast<std::uint32_t>(target.end_row - target.first_row);
+}
+
+// Columns or rows that hold the window and whose differences fit the 16 bits of the kernels' fixed point with their sign. first
+// is not above 0.
+struct Guard {
+    std::int32_t first, last;
+
+    explicit Guard(std::int32_t size) noexcept
+        : first(std::min(std::max(size - 1, 16383) - 32767, 0)), last(std::max(size - 1, 16383)) {}
+};
+
+// The sides of a rectangle of pixels in device coordinates.
+VT_Int_Rectangle device_rectangle(const Triangle_Target& target, std::int32_t left, std::int32_t right, std::int32_t bottom,
+                                  std::int32_t top) noexcept {
+    const auto side = [](std::int32_t origin, std::int32_t offset) {
+        return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{origin} + offset, INT32_MIN, INT32_MAX));
+    };
+    return {side(target.origin_x, left), side(target.origin_x, right), side(target.origin_y, bottom), side(target.origin_y, top)};
+}
+
+// Texel coordinates of whole strips come from floats and so lose nothing as floats.
+Texel_Coordinates cut_coordinates(float s, float t) noexcept {
+    const auto fixed = [](float v) { return static_cast<std::int32_t>(std::clamp(v, -2147483648.0F, 2147483520.0F)); };
+    return {fixed(s), fixed(t)};
 }
 
 } // namespace
 
 Triangle_Call::Triangle_Call(Case c, Software_Z_Buffer& renderer, const VT_Rendition& rendition, Shading shading,
                              Pixel_Rule pixel, bool consults_mask)
-    : target(target_of(c, shading, renderer)), kernels_(renderer.kernels) {
+    : target(target_of(c, shading, renderer, rendition)), kernels_(renderer.kernels) {
     if (consults_mask && find_mask(renderer, rendition)) {
         target.mask_rows = renderer.mask_cache->newest->rows();
     }
@@ -69,8 +128,8 @@ Triangle_Call::Triangle_Call(Case c, Software_Z_Buffer& renderer, const VT_Rendi
         pattern_ = pattern_of(rendition.face);
         target.pattern = &pattern_;
     }
-    configuration_ = {shading, is_index8(c) ? Pixel_Format::index8 : Pixel_Format::rgb32, depth_rule_of(c, renderer, depth_rules_of(c, shading)),
-                      pixel, clip};
+    configuration_ = {shading, is_index8(c) ? Pixel_Format::index8 : Pixel_Format::rgb32,
+                      depth_rule_of(c, renderer, depth_rules_of(c, shading)), pixel, clip};
     kernel_ = kernel(shading, pixel);
 }
 
@@ -79,6 +138,66 @@ Strip_Kernel* Triangle_Call::kernel(Shading shading, Pixel_Rule pixel) const noe
     configuration.shading = shading;
     configuration.pixel = pixel;
     return (*kernels_->triangles)[configuration];
+}
+
+void Triangle_Call::draw_any(const Triangle_Strip& strip) const {
+    if (lies_inside(target, strip)) {
+        draw(strip);
+    } else {
+        draw_scissored(strip);
+    }
+}
+
+void Triangle_Call::draw_scissored(const Triangle_Strip& strip) const {
+    if (target.first_column == target.end_column || target.first_row == target.end_row) {
+        return;
+    }
+    Scratch<std::uint16_t> outcodes(strip.count);
+    if (VD_Clip(device_rectangle(target, target.first_column, target.end_column - 1, target.first_row, target.end_row - 1),
+                strip.count, strip.points, outcodes.data()) == 0) {
+        return;
+    }
+    // The clipper cuts at the far edges of the outermost pixels.
+    const Guard columns(target.width);
+    const Guard rows(target.end_row);
+    const VT_Int_Rectangle guard = device_rectangle(target, columns.first, columns.last - 1, rows.first, rows.last - 1);
+    Scratch<std::uint16_t> guard_outcodes(strip.count);
+    VD_Clip(guard, strip.count, strip.points, guard_outcodes.data());
+
+    Triangle_Target scissored = target;
+    scissored.scissored = true;
+    scissored.column_bias = -columns.first;
+    scissored.origin_x = wrapping_add(target.origin_x, columns.first);
+
+    const bool of_points = configuration_.shading != Shading::flat;
+    const auto colors_from = [&](std::int32_t k) { return strip.single_color ? strip.colors : strip.colors + k; };
+    walk_strip(
+        strip.count,
+        [&](std::int32_t k) {
+            return placement_of(&outcodes[k]) == Placement::outside ? Placement::outside : placement_of(&guard_outcodes[k]);
+        },
+        [&](std::int32_t first, std::int32_t length) {
+            kernel_(scissored, {length, strip.points + first, colors_from(first), strip.single_color, strip.near_flat,
+                                strip.coordinates ? strip.coordinates + first : nullptr});
+        },
+        [&](std::int32_t k) {
+            Clip_Vertex triangle[3];
+            for (std::int32_t i = 0; i < 3; ++i) {
+                const Texel_Coordinates at = strip.coordinates ? strip.coordinates[k + i] : Texel_Coordinates{};
+                triangle[i] = {strip.points[k + i], of_points ? strip.colors[k + i] : VT_RGB32{}, static_cast<float>(at.s),
+                               static_cast<float>(at.t)};
+            }
+            Clipped_Polygon polygon;
+            if (clip_triangle_to_rectangle(guard, triangle, polygon) < 3) {
+                return;
+            }
+            Texel_Coordinates coordinates[Clipped_Polygon::most_vertices];
+            for (std::int32_t i = 0; i < polygon.count; ++i) {
+                coordinates[i] = cut_coordinates(polygon.u[i], polygon.v[i]);
+            }
+            kernel_(scissored, {polygon.count, polygon.points, of_points ? polygon.colors : colors_from(k), !of_points,
+                                strip.near_flat, coordinates});
+        });
 }
 
 Flat_Face flat_face(Case c, const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {

@@ -23,11 +23,18 @@ public:
 
     // The kernel of the same case and clip for another shading and pixel rule.
     Strip_Kernel* kernel(Shading shading, Pixel_Rule pixel) const noexcept;
+    // The strip must lie inside the window.
     void draw(const Triangle_Strip& strip) const { kernel_(target, strip); }
+    // The strip may reach anywhere: what lies outside the target's columns and rows is cut off, and inside them appears what the
+    // whole strip would show there. Triangles too large for the kernels' columns are cut down first, which moves their edges by
+    // less than a pixel.
+    void draw_any(const Triangle_Strip& strip) const;
 
     Triangle_Target target;
 
 private:
+    void draw_scissored(const Triangle_Strip& strip) const;
+
     const Kernel_Set* kernels_;
     Triangle_Configuration configuration_;
     Face_Pattern pattern_;

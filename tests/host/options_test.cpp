@@ -41,19 +41,6 @@ TEST(Counted, Make_Unique_Clones_What_Others_Hold_And_Stamps_What_Nobody_Else_Do
     EXPECT_EQ(alive, 0);
 }
 
-TEST(Counted, References_Keep_Their_Object_Through_Self_Assignment_And_Moves) {
-    int alive = 0;
-    VT_Reference<Counted_Thing> held(new Counted_Thing(&alive));
-    held = *&held;
-    held = VT_Reference<Counted_Thing>(held.get());
-    VT_Reference<const Counted_Thing> moved = std::move(held);
-    EXPECT_EQ(moved->reference_count(), 1U + (held ? 1U : 0U));
-    held = nullptr;
-    EXPECT_EQ(alive, 1);
-    moved = nullptr;
-    EXPECT_EQ(alive, 0);
-}
-
 TEST(Option, Writing_Leaves_Shared_Values_Alone) {
     VT_Option option("Width", 0, 3);
     VT_Option sharing("Width", 0, 0);
@@ -62,19 +49,6 @@ TEST(Option, Writing_Leaves_Shared_Values_Alone) {
     EXPECT_EQ(option.as_int(), 4);
     EXPECT_EQ(sharing.as_int(), 3);
     EXPECT_FALSE(option.as_bool()) << "an option of another kind reads as a neutral value";
-}
-
-TEST(Option, Holds_Objects_And_Setters) {
-    VT_Option option("Thing", 0, VT_Pointer(nullptr));
-    int alive = 0;
-    option.set(VT_Pointer(VT_Reference<VT_Counted>(new Counted_Thing(&alive))));
-    EXPECT_NE(option.as_object<Counted_Thing>(), nullptr);
-    EXPECT_EQ(option.as_object<VT_Palette>(), nullptr);
-    EXPECT_EQ(option.as_setter<VT_Bool_Setter>(), nullptr);
-    option.set(VT_Pointer(VT_Bool_Setter([](VT_Renderer_Data&, bool) {})));
-    EXPECT_EQ(alive, 0);
-    EXPECT_NE(option.as_setter<VT_Bool_Setter>(), nullptr);
-    EXPECT_EQ(option.as_setter<VT_Int_Setter>(), nullptr);
 }
 
 TEST(Option_Table, Handles_Survive_Growth_And_Replacement) {

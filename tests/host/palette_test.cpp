@@ -29,17 +29,6 @@ TEST(Palette, Default_Holds_A_Cube_And_Greys_Between_Black_And_White) {
     EXPECT_EQ(palette.color(255), rgb(249, 249, 249)); // 255 * 40 / 41 = 248.8
 }
 
-TEST(Palette, Cube_Strides_Come_From_The_Levels) {
-    const VT_Color_Cube cube({5, 3, 4}, 2.5F, 16);
-    EXPECT_EQ(cube.blue_stride, 1);
-    EXPECT_EQ(cube.green_stride, 4);
-    EXPECT_EQ(cube.red_stride, 12);
-    EXPECT_EQ(cube.base, 16);
-    EXPECT_EQ(cube.red_multiplier, 10U);
-    EXPECT_EQ(cube.green_multiplier, 5U);
-    EXPECT_EQ(cube.blue_multiplier, 7U); // 7.5, cut off
-}
-
 TEST(Palette, Closest_Match_Takes_The_Lowest_Of_Equals_And_Ignores_Alpha) {
     const VT_Palette palette({rgb(200, 0, 0), rgb(0, 0, 10), rgb(0, 10, 0), rgb(0, 0, 10), rgb(255, 255, 255)});
     EXPECT_EQ(palette.closest_match(rgb(0, 0, 0), false), 1);

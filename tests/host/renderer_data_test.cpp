@@ -48,34 +48,6 @@ TEST(Renderer_Data, Life_Cycle_Runs_The_Renderers_Hooks) {
     EXPECT_EQ(renderer.log.back(), "establish at depth 0") << "no depth buffer stays none";
 }
 
-TEST(Renderer_Data, Default_Callback_Makes_Buffers) {
-    VT_Renderer_Data renderer;
-    VT_Reference<Frame_Buffer> buffer;
-    const auto make = [&](std::int32_t width, std::int32_t height, Buffer_Format format) {
-        renderer.buffer_creation.function(renderer.buffer_creation.context, width, height, &format, buffer);
-    };
-    make(20, 10, Buffer_Format::depth16);
-    ASSERT_TRUE(buffer);
-    EXPECT_EQ(buffer->reference_count(), 1U);
-    EXPECT_EQ(buffer->format, Buffer_Format::depth16);
-    make(0, 10, Buffer_Format::rgb32);
-    EXPECT_FALSE(buffer) << "a window without pixels has no buffer";
-}
-
-TEST(Renderer_Data, Standard_Actions_Fill_Or_Empty_Every_Slot) {
-    VT_Renderer_Data prototype;
-    prototype.set_standard_actions(true);
-    for_each_action([&](std::string_view name, auto slot, auto* standard) {
-        const auto& action = prototype.actions.*slot;
-        EXPECT_TRUE(action.owner == &prototype && action.function == standard && action.enabled == 1) << name;
-    });
-    VT_Renderer_Data made(prototype);
-    for_each_action([&](std::string_view name, auto slot, auto*) { EXPECT_EQ((made.actions.*slot).enabled, 0) << name; });
-    prototype.set_standard_actions(false);
-    EXPECT_EQ(prototype.actions.draw_window.function, nullptr);
-    EXPECT_EQ(prototype.actions.read_color_image.enabled, 0);
-}
-
 TEST(Dispatch, Takes_The_Slot_When_It_Is_Enabled_Else_The_Standard_Function) {
     static std::int32_t drawn;
     VT_Renderer_Data prototype;
@@ -148,13 +120,6 @@ TEST_F(Painted, Rectangle_Is_Cut_To_The_Window_And_Filled_To_Its_Last_Pixel) {
     EXPECT_EQ(renderer.standard_depth, 0);
 }
 
-TEST_F(Painted, Patterns_Are_Anchored_To_The_Window) {
-    rendition.window.fill = 67; // (column + row) % 4 = 0
-    VD_Span_DC_Rectangle(renderer, rendition, 101, 108, -49, -44);
-    EXPECT_THAT(picture(), ElementsAre("............", "............", "............", "..#...#.....", "...#...#....",
-                                       "....#...#...", ".#...#......", "..#...#.....", "...#...#....", "............"));
-}
-
 TEST_F(Painted, Bitmaps_Repeat_From_Their_Lowest_Row) {
     rendition.window.fill = face_pattern::bitmap;
     VD_Span_DC_Rectangle(renderer, rendition, 100, 111, -50, -41);
@@ -166,32 +131,6 @@ TEST_F(Painted, Bitmaps_Repeat_From_Their_Lowest_Row) {
     EXPECT_THAT(picture(), ElementsAre("##...##...##", "............", "..#....#....", "##...##...##", "............",
                                        "..#....#....", "##...##...##", "............", "..#....#....", "##...##...##"));
     EXPECT_THAT(renderer.log, ElementsAre("VD_Span_DC_Rectangle", "VD_Standard_Draw_Window")) << "the outermost only";
-}
-
-TEST(Standard, Clearing_Depth_Writes_The_Farthest_Value_Within_The_Window) {
-    static std::vector<int> written;
-    written.clear();
-    VT_Renderer_Data prototype;
-    Recording_Renderer renderer(prototype);
-    renderer.current_options.set_window_size({20, 10});
-    renderer.actions.write_depth_rectangle = {&renderer,
-                                              [](VT_Renderer_Data&, const VT_Rendition&, const VT_DCI_Point* top_left,
-                                                 const VT_DCI_Point* bottom_right, std::int32_t stride,
-                                                 const std::uint16_t* depths) {
-                                                  written = {top_left->x, top_left->y, bottom_right->x, bottom_right->y, stride};
-                                                  for (int i = 0; i <= bottom_right->x - top_left->x; ++i) {
-                                                      EXPECT_EQ(depths[i], 0xFFFF);
-                                                  }
-                                              },
-                                              0, 1};
-    VT_Rendition rendition;
-    rendition.window.rectangle = {-5, 7, 3, 100};
-    VD_Clear_Depth_Rectangle(renderer, rendition);
-    EXPECT_THAT(written, ElementsAre(0, 9, 7, 3, 0));
-    written.clear();
-    rendition.window.rectangle = {20, 30, 0, 9};
-    VD_Clear_Depth_Rectangle(renderer, rendition);
-    EXPECT_TRUE(written.empty());
 }
 
 } // namespace

@@ -26,15 +26,6 @@ TEST(Rendition, Shifted_Clips_Are_Made_Once_For_Each_Clip_And_Offset) {
     EXPECT_EQ(rendition.shifted_complex_clip()->contours()[0][2].x, -7) << "a changed clip is shifted anew";
 }
 
-TEST(Rendition, Clones_Made_Before_The_First_Question_Agree) {
-    VT_Rendition original;
-    original.clip.complex_clip = VT_Reference<const VT_Contour_Set>(new VT_Contour_Set({{{1, 2, 0}, {5, 2, 0}, {3, 8, 0}}}));
-    original.clip.window_offset = {-1, -1};
-    const VT_Rendition first(original);
-    const VT_Rendition second(original);
-    EXPECT_EQ(first.shifted_complex_clip()->serial(), second.shifted_complex_clip()->serial());
-}
-
 TEST(Rendition, Hard_Clip_Replaces_Or_Restricts) {
     VT_Rendition rendition;
     const auto sides = [&rendition] {
@@ -46,15 +37,6 @@ TEST(Rendition, Hard_Clip_Replaces_Or_Restricts) {
     EXPECT_THAT(sides(), testing::ElementsAre(0, 80, 20, 50));
     rendition.set_hard_clip_unrestricted({-10, 800, -20, 90}, false);
     EXPECT_THAT(sides(), testing::ElementsAre(-10, 800, -20, 90));
-}
-
-// Constructed before main, as an application's globals are.
-const VT_Rendition early_rendition;
-
-TEST(Line_Type, Plain_Lines_Are_Known_By_Identity) {
-    EXPECT_EQ(early_rendition.line.line_types, VT_Line_Type_Set::None);
-    EXPECT_TRUE(VT_Line_Type_Set::None);
-    EXPECT_TRUE(VT_Line_Type::None);
 }
 
 TEST(Line_Type, Scaling_Multiplies_The_Lengths_Along_The_Line) {

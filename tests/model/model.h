@@ -38,6 +38,7 @@ enum class Color_Rule {
     blend,            // by the alpha of the colour, and 255 as the fourth byte
     blend_visible,    // the same; alpha 0 leaves pixel and depth alone
     blend_as_line,    // by the alpha of the colour in 256ths
+    blend_by_weight,  // by the fragment's weight
     merge,            // merge control
     dither,           // the colour's index at this pixel
     dither_and_merge, // the same, combined by merge control
@@ -53,7 +54,19 @@ enum class Depth_Rule {
 struct Pixel_Rules {
     Color_Rule color = Color_Rule::store;
     Depth_Rule depth = Depth_Rule::none;
+    VT_Reference<const VT_Contour_Set> region = nullptr; // only pixels inside are drawn; null = all
 };
+
+enum class Line_Kind { flat, colorized, gouraud };
+
+// A segment of a polyline with the colours of its ends.
+struct Stroke {
+    VT_DCI_Point from, to;
+    VT_RGB32 from_color, to_color;
+};
+
+std::vector<Stroke> strokes_between(const std::vector<VT_DCI_Point>& points, const std::vector<VT_RGB32>& colors, Line_Kind kind,
+                                    bool single_color);
 
 class Model {
 public:
@@ -77,6 +90,9 @@ public:
                                             const std::vector<VT_RGB32>& colors, bool single_color);
     Handed_Over draw_gouraud_polytriangle(const VT_Rendition& rendition, const std::vector<VT_DCI_Point>& points,
                                           const std::vector<VT_RGB32>& colors);
+    // Lines without line types. Those of one colour have it in every stroke, index or not. DCI ones have a stroke at least.
+    Handed_Over draw_dci_polyline(const VT_Rendition& rendition, Line_Kind kind, const std::vector<Stroke>& strokes);
+    Handed_Over draw_2di_polyline(const VT_Rendition& rendition, Line_Kind kind, const std::vector<Stroke>& strokes);
     Handed_Over draw_window(const VT_Rendition& rendition);
 
     // Buffers. Sources and results are rows from the top down, as wide as the rectangle.
@@ -91,19 +107,28 @@ public:
     std::uint32_t closest_index(VT_RGB32 color) const;
 
 private:
-    // A pixel of a triangle with the colour and depth that it has there.
+    // A pixel of a primitive with the colour and depth that it has there.
     struct Fragment {
         std::int32_t column, row;
         std::int64_t z;
         VT_RGB32 color;
+        std::int32_t weight = 0; // in 65536ths
     };
 
     std::uint32_t find_alternate_index() const;
     bool is_merging(std::int32_t mode) const { return setup.force_merge || mode == merge_drawing_mode; }
     std::int32_t column_of(std::int32_t x) const { return x - setup.origin.x; }
     std::int32_t row_of(std::int32_t y) const { return y - setup.origin.y; }
-    // Whether a clip region leaves the pixel open. Renditions with a region are not modelled.
-    bool is_drawable(std::int32_t column, std::int32_t row) const;
+    std::uintptr_t address_of(std::int32_t column, std::int32_t row) const {
+        return row_addresses[static_cast<std::size_t>(row)] + static_cast<std::uintptr_t>(column);
+    }
+    Fragment fragment_at(std::int64_t x, std::int64_t y, std::int64_t z, VT_RGB32 shown) const {
+        return {column_of(static_cast<std::int32_t>(x)), row_of(static_cast<std::int32_t>(y)), z, shown};
+    }
+    // The rendition's clip region where renderers look for one, null where they do not. Triangles and images are not modelled
+    // with regions.
+    VT_Reference<const VT_Contour_Set> region_of(const VT_Rendition& rendition) const;
+    VT_Color_Cube color_cube() const;
 
     void draw_pixel(const Fragment& fragment, const Pixel_Rules& rules);
     bool passes_depth_test(std::int64_t z, std::uint32_t stored, Depth_Rule rule) const;
@@ -116,7 +141,21 @@ private:
     void draw_face_pixel(const Fragment& fragment, const VT_Face_Attributes& face, const Pixel_Rules& rules);
     void draw_triangle(const VT_Face_Attributes& face, const std::array<VT_DCI_Point, 3>& points,
                        const std::array<VT_RGB32, 3>& colors, const Pixel_Rules& rules);
+
+    void draw_with_fringes(const VT_Rendition& rendition, std::int64_t x, std::int64_t y, bool is_vertical, VT_RGB32 shown,
+                           const Pixel_Rules& rules);
+    void draw_fringe(std::int64_t x, std::int64_t y, std::int32_t weight, VT_RGB32 shown, const Pixel_Rules& rules);
+    void draw_smoothed(const VT_Rendition& rendition, const Stroke& stroke, const Pixel_Rules& rules);
+    void draw_clipped(const VT_Rendition& rendition, Line_Kind kind, const Stroke& stroke);
+    std::uint32_t additive_index(const Stroke& stroke, std::int64_t count, std::int64_t i, std::int32_t column,
+                                 std::int64_t y) const;
 };
+
+// Even-odd over all contours. A pixel is open when its centre is inside.
+bool is_inside(const VT_Contour_Set& region, long double x, long double y);
+
+// What a smoothed line weighs, in 256ths, so many 256ths of a pixel away.
+std::int32_t distance_weight(std::int64_t distance);
 
 // The ordered-dither threshold at a cell, and the Bayer rank that it comes from.
 std::uint32_t threshold(std::uintptr_t column, std::int32_t row);

@@ -68,7 +68,7 @@ bool is_stock_cell(std::int32_t pattern, std::int32_t a, std::int32_t b) {
 } // namespace
 
 Model::Handed_Over Model::draw_dot(const VT_Rendition& rendition, const VT_DCI_Point& point, const VT_RGB32* color_given) {
-    Pixel_Rules rules;
+    Pixel_Rules rules{Color_Rule::store, Depth_Rule::none, region_of(rendition)};
     const bool with_depth = setup.depth && rendition.clip.depth_test;
     if (with_depth) {
         rules.depth = setup.has_indices() ? Depth_Rule::nearer_or_equal : Depth_Rule::by_mode;
@@ -90,12 +90,32 @@ Model::Handed_Over Model::draw_dot(const VT_Rendition& rendition, const VT_DCI_P
     return {};
 }
 
-bool Model::is_drawable(std::int32_t, std::int32_t) const {
-    return true;
+VT_Reference<const VT_Contour_Set> Model::region_of(const VT_Rendition& rendition) const {
+    if (!setup.use_mask || !rendition.clip.complex_clip) {
+        return nullptr;
+    }
+    const VT_Int_Pair offset = rendition.clip.window_offset;
+    return offset.x < 0 || offset.y < 0 ? rendition.shifted_complex_clip() : rendition.clip.complex_clip;
+}
+
+// Counts the edges left of or at the point in long double, whose 64 bits hold every product that tests can make.
+bool is_inside(const VT_Contour_Set& region, long double x, long double y) {
+    bool inside = false;
+    for (const auto& contour : region.contours()) {
+        for (std::size_t i = 0; i < contour.size(); ++i) {
+            const VT_Point& a = contour[i];
+            const VT_Point& b = contour[(i + 1) % contour.size()];
+            const long double product =
+                (x - a.x) * (static_cast<long double>(b.y) - a.y) - (y - a.y) * (static_cast<long double>(b.x) - a.x);
+            inside ^= (a.y <= y) != (b.y <= y) && (a.y <= y ? product >= 0 : product <= 0);
+        }
+    }
+    return inside;
 }
 
 void Model::draw_pixel(const Fragment& fragment, const Pixel_Rules& rules) {
-    if (!is_drawable(fragment.column, fragment.row)) {
+    if (rules.region &&
+        !is_inside(*rules.region, fragment.column + setup.origin.x + 0.5L, fragment.row + setup.origin.y + 0.5L)) {
         return;
     }
     if (rules.color == Color_Rule::blend_visible && fragment.color.alpha == 0) {
@@ -135,6 +155,10 @@ std::uint32_t Model::combined(std::uint32_t stored, const Fragment& fragment, Co
         return blended_word(fragment.color, stored, blended);
     case Color_Rule::blend_as_line:
         return blended_word(fragment.color, stored, blended_as_line);
+    case Color_Rule::blend_by_weight:
+        return blended_word(fragment.color, stored, [&](std::uint8_t fresh, std::uint8_t old, std::uint8_t) {
+            return byte_of(old + (((fresh - old) * fragment.weight) >> 16));
+        });
     case Color_Rule::merge:
         return setup.has_indices() ? merged_index(stored, fragment.color.blue) : merged_color(stored, word_of(fragment.color));
     case Color_Rule::dither:
@@ -184,8 +208,7 @@ std::uint32_t Model::closest_index(VT_RGB32 wanted) const {
 // The colour lies in a cell of the cube; the dither chooses among four corners on the way from the cell's lowest to its highest
 // one, the channel with the largest fraction going first.
 std::uint32_t Model::dithered(VT_RGB32 wanted, std::int32_t column, std::int32_t row) const {
-    // A palette without a cube leaves the one that renderers are made with.
-    const VT_Color_Cube cube = setup.palette->color_cube().value_or(VT_Color_Cube({2, 2, 2}, 1.0F, 0));
+    const VT_Color_Cube cube = color_cube();
     struct Channel {
         std::uint32_t fraction, stride;
     };
@@ -199,8 +222,7 @@ std::uint32_t Model::dithered(VT_RGB32 wanted, std::int32_t column, std::int32_t
         {{red & 0xFFFF, cube.red_stride}, {green & 0xFFFF, cube.green_stride}, {blue & 0xFFFF, cube.blue_stride}}};
     std::stable_sort(channels.begin(), channels.end(), [](Channel a, Channel b) { return a.fraction > b.fraction; });
 
-    const std::uintptr_t address = row_addresses[static_cast<std::size_t>(row)] + static_cast<std::uintptr_t>(column);
-    const std::uint32_t limit = threshold(address % 8, row % 8);
+    const std::uint32_t limit = threshold(address_of(column, row) % 8, row % 8);
     std::uint32_t index = cube.base + cell(red) * cube.red_stride + cell(green) * cube.green_stride + cell(blue);
     for (const Channel& channel : channels) {
         if (0xFFFF - channel.fraction > limit) {
@@ -209,6 +231,11 @@ std::uint32_t Model::dithered(VT_RGB32 wanted, std::int32_t column, std::int32_t
         index += channel.stride;
     }
     return index & 0xFF;
+}
+
+// A palette without a cube leaves the one that renderers are made with.
+VT_Color_Cube Model::color_cube() const {
+    return setup.palette->color_cube().value_or(VT_Color_Cube({2, 2, 2}, 1.0F, 0));
 }
 
 std::uint32_t threshold(std::uintptr_t column, std::int32_t row) {

@@ -1,6 +1,4 @@
 // The renderer's buffers: kept, adopted or made anew; painted, cleared, written, read back and presented.
-#include <optional>
-
 #include <gtest/gtest.h>
 
 #include "tests/model/model.h"
@@ -77,38 +75,32 @@ TEST(Buffers, Are_kept_while_they_fit) {
     renderer.color().set_pixel(3, 4, 0x12345678);
     renderer.depth()->set_pixel(3, 4, 77);
 
+    renderer->current_options.set_window_origin({100, 100}); // an origin is not a size
     renderer->establish_all();
     EXPECT_EQ(made(), 2U);
     EXPECT_EQ(renderer.color().pixel(3, 4), 0x12345678U);
     EXPECT_EQ(renderer.depth()->pixel(3, 4), 77U);
 
-    renderer->current_options.set_window_origin({100, 100}); // an origin is not a size
-    renderer->establish_all();
-    EXPECT_EQ(made(), 2U);
-
+    const VT_Reference<Guarded_Buffer> old_depth(renderer.depth());
     renderer->current_options.set_window_size({21, 12});
+    renderer->current_options.set_local_coordinates(true);
     renderer->establish_all();
     ASSERT_EQ(made(), 4U);
     EXPECT_EQ(renderer.color().width, 21);
     EXPECT_EQ(renderer.depth()->width, 21);
     EXPECT_EQ(published_buffer(*renderer), &renderer.color());
-}
-
-TEST(Buffers, Follow_the_color_system) {
-    Test_Renderer renderer(setup_of(0, false));
-    const auto made = [&] { return renderer.buffers().made().size(); };
-    EXPECT_EQ(renderer.color().format, Buffer_Format::index8);
-    renderer->current_options.set_color_system(1);
-    renderer->establish_all();
-    EXPECT_EQ(made(), 2U);
-    EXPECT_EQ(renderer.color().format, Buffer_Format::rgb32);
+    EXPECT_EQ(old_depth->reference_count(), 2U); // the maker and this test
+    const VT_DCI_Point corner{0, 0, 0};
+    const VT_RGB32 color{1, 2, 3, 4};
+    VD_Draw_DCI_Dot(*renderer, *VT_Reference<VT_Rendition>(new VT_Rendition), &corner, &color);
+    EXPECT_EQ(renderer.color().pixel(0, 0), word_of(color)); // local coordinates start at the lower left pixel
     // Systems besides 0 and 1 look at the size alone, and make buffers of indices.
     renderer->current_options.set_color_system(3);
     renderer->establish_all();
-    EXPECT_EQ(made(), 2U);
+    EXPECT_EQ(made(), 4U);
     renderer->current_options.set_window_size({9, 9});
     renderer->establish_all();
-    EXPECT_EQ(made(), 3U);
+    EXPECT_EQ(made(), 6U);
     EXPECT_EQ(renderer.color().format, Buffer_Format::index8);
 }
 
@@ -136,30 +128,6 @@ TEST(Buffers, Of_the_application_are_adopted_when_they_fit) {
     EXPECT_EQ(published_buffer(*renderer), &renderer.color());
 }
 
-TEST(Buffers, Of_depth_go_with_the_wish_for_depth) {
-    Test_Renderer renderer(setup_of(1, true));
-    const VT_Reference<Guarded_Buffer> depth(renderer.depth());
-    EXPECT_EQ(depth->reference_count(), 3U); // the renderer, the maker, this test
-    renderer->current_options.set_buffer_depth(0);
-    renderer->establish_all();
-    EXPECT_EQ(depth->reference_count(), 2U);
-    EXPECT_EQ(renderer->current_table.find("Depth Buffer")->as_object<Frame_Buffer>(), nullptr);
-}
-
-TEST(Buffers, Outlive_the_renderer_that_shared_them) {
-    Buffer_Maker maker;
-    VT_Reference<Frame_Buffer> kept;
-    {
-        VT_Renderer_Data prototype;
-        prototype.buffer_creation = maker.callback();
-        prototype.current_options.set_window_size({5, 5});
-        const auto renderer = renderer_module().create_renderer(prototype);
-        renderer->establish_all();
-        kept = VT_Reference<Frame_Buffer>(published_buffer(*renderer));
-    }
-    EXPECT_EQ(kept->reference_count(), 2U); // the maker and this test
-}
-
 TEST(Buffers, That_could_not_be_made_leave_nothing_to_draw_into) {
     for (const auto& is : renderer_cases) {
         VT_Renderer_Data prototype;
@@ -179,29 +147,6 @@ TEST(Buffers, That_could_not_be_made_leave_nothing_to_draw_into) {
         VD_Draw_DCI_Colorized_Polytriangle(*renderer, *rendition, 3, points, colors, true);
         VD_Draw_DCI_Gouraud_Polytriangle(*renderer, *rendition, 3, points, colors);
     }
-}
-
-TEST(Buffers, Local_coordinates_start_at_the_lower_left_pixel) {
-    Test_Renderer renderer(setup_of(1, false));
-    renderer->current_options.set_local_coordinates(true);
-    renderer->establish_all();
-    const VT_DCI_Point corner{0, 0, 0};
-    const VT_RGB32 color{1, 2, 3, 4};
-    VD_Draw_DCI_Dot(*renderer, *VT_Reference<VT_Rendition>(new VT_Rendition), &corner, &color);
-    EXPECT_EQ(renderer.color().pixel(0, 0), word_of(color));
-}
-
-// The palette gives the cube of dithering; one without a cube leaves the cube that is there.
-TEST(Buffers, The_cube_stays_when_a_palette_has_none) {
-    Renderer_Setup setup = setup_of(0, false);
-    setup.palette = VT_Reference<const VT_Palette>(new VT_Palette({{}, {255, 255, 255, 255}}, VT_Color_Cube({4, 4, 4}, 1, 9)));
-    Test_Renderer renderer(setup);
-    renderer->current_options.set_palette(VT_Reference<const VT_Palette>(new VT_Palette({{}, {1, 1, 1, 255}})));
-    renderer->establish_all();
-    const VT_DCI_Point corner{-7, 30, 0};
-    const VT_RGB32 black{0, 0, 0, 255};
-    VD_Draw_DCI_Dot(*renderer, *VT_Reference<VT_Rendition>(new VT_Rendition), &corner, &black);
-    EXPECT_EQ(renderer.color().pixel(0, 0), 9U);
 }
 
 TEST(Buffers, Depths_are_written_from_a_source_or_with_zeros) {
@@ -268,29 +213,4 @@ TEST(Buffers, Pixels_and_depths_are_read_back_in_the_formats_that_they_have) {
         VD_Read_Color_Image(*renderer, *rendition, &top_left, &bottom_right, &any, image);
         EXPECT_NE(image, first);
     }
-}
-
-TEST(Buffers, Are_presented_with_the_place_of_their_top_edge) {
-    struct Seen {
-        VT_DCI_Point top_left, bottom_right;
-        const Frame_Buffer* buffer = nullptr;
-        std::int32_t x = 0, y = 0;
-    } seen;
-    Test_Renderer renderer(setup_of(1, false));
-    renderer->presentation = {[](void* context, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
-                                 const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y) {
-                                  *static_cast<Seen*>(context) = {top_left, bottom_right, buffer.get(), x, y};
-                                  return std::int32_t{42};
-                              },
-                              &seen};
-    EXPECT_EQ(renderer->update_all({2, 9, 31, 36}), 42);
-    EXPECT_EQ(seen.top_left.x, 2);
-    EXPECT_EQ(seen.top_left.y, 36);
-    EXPECT_EQ(seen.top_left.z, 0);
-    EXPECT_EQ(seen.bottom_right.x, 9);
-    EXPECT_EQ(seen.bottom_right.y, 31);
-    EXPECT_EQ(seen.bottom_right.z, 0);
-    EXPECT_EQ(seen.buffer, &renderer.color());
-    EXPECT_EQ(seen.x, -7 + 2);
-    EXPECT_EQ(seen.y, 12 + 30 - 36 - 1);
 }

@@ -27,6 +27,20 @@ void draw(Test_Renderer& renderer, const Call& call) {
     const VT_Point* const floating_points = call.floating_points.data();
     const VT_RGB32* const colors = call.colors.data();
     const auto count = static_cast<std::int32_t>(call.points.size());
+    if (call.shape != Shape::strip) {
+        const bool is_device = call.shape == Shape::device_line;
+        if (call.kind == Call_Kind::flat) {
+            is_device ? VD_Draw_DCI_Polyline(data, rendition, count, points)
+                      : VD_Draw_2DI_Polyline(data, rendition, count, points);
+        } else if (call.kind == Call_Kind::colorized) {
+            is_device ? VD_Draw_DCI_Colorized_Polyline(data, rendition, count, points, colors, call.single_color)
+                      : VD_Draw_2DI_Colorized_Polyline(data, rendition, count, points, colors, call.single_color);
+        } else {
+            is_device ? VD_Draw_DCI_Gouraud_Polyline(data, rendition, count, points, colors)
+                      : VD_Draw_2DI_Gouraud_Polyline(data, rendition, count, points, colors);
+        }
+        return;
+    }
     switch (call.kind) {
     case Call_Kind::dot:
         VD_Draw_DCI_Dot(data, rendition, points, call.colors.empty() ? nullptr : colors);
@@ -60,6 +74,17 @@ model::Model::Handed_Over draw(model::Model& model, const Call& call) {
     const VT_Rendition& rendition = *call.rendition;
     model.z_write = call.z_write;
     model.z_test = call.z_test;
+    if (call.shape != Shape::strip) {
+        const model::Line_Kind kind = call.kind == Call_Kind::flat        ? model::Line_Kind::flat
+                                      : call.kind == Call_Kind::colorized ? model::Line_Kind::colorized
+                                                                          : model::Line_Kind::gouraud;
+        const std::vector<VT_RGB32> line_color{rendition.line.color};
+        const bool flat = call.kind == Call_Kind::flat;
+        const auto strokes =
+            model::strokes_between(call.points, flat ? line_color : call.colors, kind, flat || call.single_color);
+        return call.shape == Shape::device_line ? model.draw_dci_polyline(rendition, kind, strokes)
+                                                : model.draw_2di_polyline(rendition, kind, strokes);
+    }
     switch (call.kind) {
     case Call_Kind::dot:
         return model.draw_dot(rendition, call.points[0], call.colors.empty() ? nullptr : call.colors.data());

@@ -33,25 +33,16 @@ template <class Accident> std::string complaint_after(Accident accident) {
 
 } // namespace
 
-TEST(Comparisons, Name_the_kernel_set_and_the_pixel_that_differs) {
-    const std::string complaint = complaint_after([](Test_Renderer& renderer) { renderer.color().set_pixel(8, 4, 0xFF000001U); });
-    EXPECT_THAT(complaint, HasSubstr("kernel set " + available_kernel_sets().back()));
-    EXPECT_THAT(complaint, HasSubstr("colour 0xff000001 instead of 0xff000000 at column 8, row 4"));
-}
-
-TEST(Comparisons, See_depths) {
-    const std::string complaint = complaint_after([](Test_Renderer& renderer) { renderer.depth()->set_pixel(0, 0, 0xFFFE); });
-    EXPECT_THAT(complaint, HasSubstr("depth 0xfffe instead of 0xffff at column 0, row 0"));
-}
-
-TEST(Comparisons, See_guard_bytes) {
-    const std::string complaint = complaint_after([](Test_Renderer& renderer) { renderer.color().rows[3][9 * 4 + 7] ^= 1; });
-    EXPECT_THAT(complaint, HasSubstr("guard byte 7 after row 3 was overwritten"));
-}
-
-TEST(Comparisons, See_calls_that_reach_the_host) {
-    const std::string complaint = complaint_after([](Test_Renderer& renderer) {
-        renderer->standard_observer.function(renderer->standard_observer.context, "VD_Standard_Draw_DCI_Dot");
-    });
-    EXPECT_THAT(complaint, HasSubstr("reached VD_Standard_Draw_DCI_Dot instead of nothing of the host"));
+TEST(Comparisons, See_pixels_depths_guards_and_calls_that_reach_the_host) {
+    const std::string pixel = complaint_after([](Test_Renderer& renderer) { renderer.color().set_pixel(8, 4, 0xFF000001U); });
+    EXPECT_THAT(pixel, HasSubstr("kernel set " + available_kernel_sets().back()));
+    EXPECT_THAT(pixel, HasSubstr("colour 0xff000001 instead of 0xff000000 at column 8, row 4"));
+    EXPECT_THAT(complaint_after([](Test_Renderer& renderer) { renderer.depth()->set_pixel(0, 0, 0xFFFE); }),
+                HasSubstr("depth 0xfffe instead of 0xffff at column 0, row 0"));
+    EXPECT_THAT(complaint_after([](Test_Renderer& renderer) { renderer.color().rows[3][9 * 4 + 7] ^= 1; }),
+                HasSubstr("guard byte 7 after row 3 was overwritten"));
+    EXPECT_THAT(complaint_after([](Test_Renderer& renderer) {
+                    renderer->standard_observer.function(renderer->standard_observer.context, "VD_Standard_Draw_DCI_Dot");
+                }),
+                HasSubstr("reached VD_Standard_Draw_DCI_Dot instead of nothing of the host"));
 }

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/model/model.h"
 #include "tests/properties/scene.h"
 #include "tests/support/test_renderer.h"
 #include "vorna/draw.h"
@@ -17,17 +18,9 @@ enum class Shading { flat, colorized, gouraud, textured };
 constexpr Shading shadings[] = {Shading::flat, Shading::colorized, Shading::gouraud, Shading::textured};
 
 Renderer_Setup setup_of(std::size_t renderer_case, VT_Int_Pair origin) {
-    Renderer_Setup setup;
-    setup.color_system = renderer_cases[renderer_case].color_system;
-    setup.depth = renderer_cases[renderer_case].depth;
-    setup.alpha = renderer_cases[renderer_case].alpha;
-    setup.size = window_size;
-    setup.origin = origin;
+    Renderer_Setup setup = setup_of_case(renderer_case, window_size, origin);
+    setup.use_mask = true;
     return setup;
-}
-
-VT_RGB32 random_color(Random& random) {
-    return {random.byte(), random.byte(), random.byte(), random.byte()};
 }
 
 // A strip whose points lie within reach of the window's edges.
@@ -59,41 +52,23 @@ VT_Reference<const VT_Basic_Material> random_texture(Random& random) {
     return material;
 }
 
-void draw_dci(Test_Renderer& renderer, const VT_Rendition& rendition, Shading shading, const Strip& strip) {
+void draw(Test_Renderer& renderer, const VT_Rendition& rendition, Shading shading, const Strip& strip, bool in_plane) {
     const VT_DCI_Point* points = strip.points.data();
+    const VT_RGB32* colors = strip.colors.data();
+    const auto call = [&](auto& on_device, auto& plane, auto... more) {
+        in_plane ? plane(*renderer, rendition, strip.count(), points, more...)
+                 : on_device(*renderer, rendition, strip.count(), points, more...);
+    };
     switch (shading) {
     case Shading::flat:
-        VD_Draw_DCI_Polytriangle(*renderer, rendition, strip.count(), points);
-        break;
+        return call(VD_Draw_DCI_Polytriangle, VD_Draw_2DI_Polytriangle);
     case Shading::colorized:
-        VD_Draw_DCI_Colorized_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data(), false);
-        break;
+        return call(VD_Draw_DCI_Colorized_Polytriangle, VD_Draw_2DI_Colorized_Polytriangle, colors, false);
     case Shading::gouraud:
-        VD_Draw_DCI_Gouraud_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data());
-        break;
+        return call(VD_Draw_DCI_Gouraud_Polytriangle, VD_Draw_2DI_Gouraud_Polytriangle, colors);
     case Shading::textured:
-        VD_Draw_DCI_Textured_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data(),
-                                          strip.parameters.data(), 2, nullptr, nullptr);
-        break;
-    }
-}
-
-void draw_2di(Test_Renderer& renderer, const VT_Rendition& rendition, Shading shading, const Strip& strip) {
-    const VT_DCI_Point* points = strip.points.data();
-    switch (shading) {
-    case Shading::flat:
-        VD_Draw_2DI_Polytriangle(*renderer, rendition, strip.count(), points);
-        break;
-    case Shading::colorized:
-        VD_Draw_2DI_Colorized_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data(), false);
-        break;
-    case Shading::gouraud:
-        VD_Draw_2DI_Gouraud_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data());
-        break;
-    case Shading::textured:
-        VD_Draw_2DI_Textured_Polytriangle(*renderer, rendition, strip.count(), points, strip.colors.data(),
-                                          strip.parameters.data(), 2, nullptr, nullptr);
-        break;
+        return call(VD_Draw_DCI_Textured_Polytriangle, VD_Draw_2DI_Textured_Polytriangle, colors, strip.parameters.data(), 2,
+                    nullptr, nullptr);
     }
 }
 
@@ -107,35 +82,6 @@ VT_Reference<VT_Rendition> random_rendition(Random& random, const Renderer_Setup
     rendition->clip.hard_clip = {setup.origin.x, setup.origin.x + window_size.x - 1, setup.origin.y,
                                  setup.origin.y + window_size.y - 1};
     return rendition;
-}
-
-// Contours with holes and overlaps; corners may lie outside the window.
-VT_Reference<const VT_Contour_Set> random_region(Random& random, VT_Int_Pair origin) {
-    std::vector<VT_Contour_Set::Contour> contours(static_cast<std::size_t>(random.number(0, 3)));
-    for (auto& contour : contours) {
-        for (std::int32_t i = random.number(3, 9); i > 0; --i) {
-            contour.push_back({static_cast<float>(origin.x + random.number(-20, window_size.x + 20)),
-                               static_cast<float>(origin.y + random.number(-20, window_size.y + 20)), 0});
-        }
-    }
-    return new VT_Contour_Set(std::move(contours));
-}
-
-// Even-odd at the pixel's centre, the plain way.
-bool is_inside(const VT_Contour_Set& region, VT_Int_Pair origin, std::int32_t column, std::int32_t row) {
-    const double x = origin.x + column + 0.5;
-    const double y = origin.y + row + 0.5;
-    bool inside = false;
-    for (const auto& contour : region.contours()) {
-        for (std::size_t i = 0; i < contour.size(); ++i) {
-            const VT_Point& a = contour[i];
-            const VT_Point& b = contour[(i + 1) % contour.size()];
-            if ((a.y <= y) != (b.y <= y) && (double{b.x} - a.x) * (y - a.y) / (double{b.y} - a.y) + a.x <= x) {
-                inside = !inside;
-            }
-        }
-    }
-    return inside;
 }
 
 struct Contents {
@@ -186,22 +132,22 @@ TEST_P(Regions, Masked_strips_are_open_strips_less_the_mask) {
         const Strip strip(random, origin, 0);
         const VT_Reference<VT_Rendition> open = random_rendition(random, setup);
         const VT_Reference<VT_Rendition> clipped(static_cast<VT_Rendition*>(open->clone()));
-        clipped->clip.complex_clip = random_region(random, origin);
+        clipped->clip.complex_clip = random_region(random, setup);
         for (const std::string& kernels : available_kernel_sets()) {
             Test_Renderer renderer(setup, kernels);
-            renderer->requested_table.find("Use Mask")->set(true);
-            renderer->establish_all();
             fill_with_noise(renderer, setup);
             const Contents before(renderer);
-            draw_dci(renderer, *open, shading, strip);
+            draw(renderer, *open, shading, strip, false);
             const Contents whole(renderer);
             fill_with_noise(renderer, setup);
-            draw_dci(renderer, *clipped, shading, strip);
+            draw(renderer, *clipped, shading, strip, false);
             const Contents masked(renderer);
             std::size_t i = 0;
             for (std::int32_t row = 0; row < window_size.y; ++row) {
                 for (std::int32_t column = 0; column < window_size.x; ++column, ++i) {
-                    const Contents& expected = is_inside(*clipped->clip.complex_clip, origin, column, row) ? whole : before;
+                    const Contents& expected =
+                        model::is_inside(*clipped->clip.complex_clip, origin.x + column + 0.5L, origin.y + row + 0.5L) ? whole
+                                                                                                                       : before;
                     ASSERT_TRUE(masked.colors[i] == expected.colors[i] && masked.depths[i] == expected.depths[i])
                         << kernels << " seed " << seed << " column " << column << " row " << row;
                 }
@@ -220,10 +166,10 @@ TEST_P(Regions, Strips_inside_the_rectangle_are_drawn_as_device_strips) {
         const VT_Reference<VT_Rendition> rendition = random_rendition(random, setup);
         Test_Renderer renderer(setup);
         fill_with_noise(renderer, setup);
-        draw_dci(renderer, *rendition, shading, strip);
+        draw(renderer, *rendition, shading, strip, false);
         const Contents device(renderer);
         fill_with_noise(renderer, setup);
-        draw_2di(renderer, *rendition, shading, strip);
+        draw(renderer, *rendition, shading, strip, true);
         const Contents plane(renderer);
         ASSERT_EQ(plane.colors, device.colors) << "seed " << seed;
         ASSERT_EQ(plane.depths, device.depths) << "seed " << seed;
@@ -247,7 +193,7 @@ TEST_P(Regions, Strips_across_the_rectangle_stay_within_it) {
         Test_Renderer renderer(setup);
         fill_with_noise(renderer, setup);
         const Contents before(renderer);
-        draw_2di(renderer, *rendition, shading, strip);
+        draw(renderer, *rendition, shading, strip, true);
         const Contents after(renderer);
         std::size_t i = 0;
         for (std::int32_t row = 0; row < window_size.y; ++row) {

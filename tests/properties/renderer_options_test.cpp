@@ -63,20 +63,6 @@ TEST_F(Renderer_Object, Registers_its_options_in_order_in_both_tables) {
     }
 }
 
-TEST_F(Renderer_Object, Publishes_setters_that_outlast_establish) {
-    const auto renderer = renderer_module().create_renderer(prototype_);
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_NE(renderer->current_table.find("ZBuffer Write")->as_setter<VT_Bool_Setter>(), nullptr);
-        const auto set_z_test = renderer->current_table.find("ZBuffer Test")->as_setter<VT_Int_Setter>();
-        ASSERT_NE(set_z_test, nullptr);
-        for (const std::int32_t mode : {1, 5, -9, 2}) {
-            EXPECT_EQ(set_z_test(*renderer, &mode), mode);
-        }
-        renderer->current_options.set_window_size({4, 4});
-        renderer->establish_all();
-    }
-}
-
 TEST_F(Renderer_Object, Keeps_a_mask_cache_option_that_is_there) {
     const VT_Reference<VT_Counted> something(new VT_Option_Value(true));
     for (VT_Option_Table* table : {&prototype_.requested_table, &prototype_.current_table}) {
@@ -99,36 +85,9 @@ TEST_F(Renderer_Object, Declares_what_it_can_do_and_installs_nothing_before_esta
     for_each_action([&](std::string_view name, auto slot, auto*) { EXPECT_EQ((renderer->actions.*slot).enabled, 0) << name; });
 }
 
-TEST_F(Renderer_Object, Unloading_nothing_does_nothing) {
-    const auto renderer = renderer_module().create_renderer(prototype_);
-    renderer.get_deleter().function(nullptr);
-}
-
 TEST_F(Renderer_Object, Refuses_kernel_sets_that_do_not_exist) {
     const Kernel_Choice choice("steam");
     EXPECT_THROW(renderer_module().create_renderer(prototype_), std::invalid_argument);
-}
-
-// Merge control's colours and the force flag are read at establish, the latter not by the rendition alone.
-TEST_F(Renderer_Object, Merge_options_take_effect_at_establish) {
-    Renderer_Setup setup;
-    setup.depth = false;
-    Test_Renderer renderer(setup);
-    const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
-    const VT_DCI_Point corner{0, 0, 0};
-    const VT_RGB32 color{0, 0x56, 0x34, 0x12};
-    const auto merged_onto = [&](std::uint32_t pixel) {
-        renderer.color().set_pixel(0, 0, pixel);
-        VD_Draw_DCI_Dot(*renderer, *rendition, &corner, &color);
-        return color_of(renderer.color().pixel(0, 0));
-    };
-    renderer->requested_table.find("Force Merge Control On")->set(true);
-    renderer->requested_table.find("Merge Control Background Color")->set(VT_Int_RGB{0x134, 0x56, 0});
-    EXPECT_EQ(merged_onto(0), color); // not yet
-    renderer->establish_all();
-    EXPECT_EQ(merged_onto(word_of({0, 0x56, 0x34, 255})), (VT_RGB32{1, 0x56, 0x34, 255}));
-    EXPECT_EQ(merged_onto(word_of({255, 255, 255, 255})), (VT_RGB32{1, 0x56, 0x34, 255}));
-    EXPECT_EQ(merged_onto(word_of({0, 255, 0, 255})), (VT_RGB32{0, 0x56, 0, 255}));
 }
 
 // A background index drawn on the background shows the alternate index.

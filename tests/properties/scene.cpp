@@ -11,6 +11,8 @@ namespace {
 
 constexpr std::uint8_t telling_alphas[] = {0, 1, 127, 128, 254, 255, 255};
 
+} // namespace
+
 VT_RGB32 random_color(Random& random) {
     const std::uint8_t alpha = random.chance(70) ? random.one_of(telling_alphas) : random.byte();
     if (random.chance(40)) {
@@ -20,6 +22,54 @@ VT_RGB32 random_color(Random& random) {
     }
     return {random.byte(), random.byte(), random.byte(), alpha};
 }
+
+VT_Int_Rectangle window_of(const Renderer_Setup& setup) {
+    return {setup.origin.x, setup.origin.x + setup.size.x - 1, setup.origin.y, setup.origin.y + setup.size.y - 1};
+}
+
+VT_Int_Rectangle random_rectangle(Random& random, const VT_Int_Rectangle& within) {
+    VT_Int_Rectangle rectangle{random.number(within.left, within.right), random.number(within.left, within.right),
+                               random.number(within.bottom, within.top), random.number(within.bottom, within.top)};
+    if (rectangle.left > rectangle.right) {
+        std::swap(rectangle.left, rectangle.right);
+    }
+    if (rectangle.bottom > rectangle.top) {
+        std::swap(rectangle.bottom, rectangle.top);
+    }
+    if (random.chance(30)) {
+        rectangle.left = within.left;
+        rectangle.right = within.right;
+    }
+    return rectangle;
+}
+
+std::vector<VT_RGB32> random_colors(Random& random, std::size_t count) {
+    std::vector<VT_RGB32> colors;
+    const bool nearly_flat = random.chance(40);
+    const VT_RGB32 base = random_color(random);
+    const auto near = [&](std::uint8_t value) {
+        return static_cast<std::uint8_t>(std::clamp(value + random.number(-2, 2), 0, 255));
+    };
+    while (colors.size() < count) {
+        colors.push_back(nearly_flat && random.chance(90)
+                             ? VT_RGB32{near(base.blue), near(base.green), near(base.red), random.one_of(telling_alphas)}
+                             : random_color(random));
+    }
+    return colors;
+}
+
+VT_Reference<const VT_Contour_Set> random_region(Random& random, const Renderer_Setup& setup) {
+    std::vector<VT_Contour_Set::Contour> contours(static_cast<std::size_t>(random.number(0, 3)));
+    for (auto& contour : contours) {
+        for (std::int32_t i = random.number(3, 9); i > 0; --i) {
+            contour.push_back({static_cast<float>(setup.origin.x + random.number(-20, setup.size.x + 20)),
+                               static_cast<float>(setup.origin.y + random.number(-20, setup.size.y + 20)), 0});
+        }
+    }
+    return new VT_Contour_Set(std::move(contours));
+}
+
+namespace {
 
 VT_Reference<const VT_Palette> random_palette(Random& random) {
     if (random.chance(50)) {
@@ -36,6 +86,8 @@ VT_Reference<const VT_Palette> random_palette(Random& random) {
     }
     return VT_Reference<const VT_Palette>(new VT_Palette(std::move(colors), cube));
 }
+
+} // namespace
 
 Renderer_Setup random_setup(Random& random, std::size_t renderer_case) {
     Renderer_Setup setup;
@@ -58,25 +110,7 @@ Renderer_Setup random_setup(Random& random, std::size_t renderer_case) {
     return setup;
 }
 
-VT_Int_Rectangle window_of(const Renderer_Setup& setup) {
-    return {setup.origin.x, setup.origin.x + setup.size.x - 1, setup.origin.y, setup.origin.y + setup.size.y - 1};
-}
-
-VT_Int_Rectangle random_rectangle(Random& random, const VT_Int_Rectangle& within) {
-    VT_Int_Rectangle rectangle{random.number(within.left, within.right), random.number(within.left, within.right),
-                               random.number(within.bottom, within.top), random.number(within.bottom, within.top)};
-    if (rectangle.left > rectangle.right) {
-        std::swap(rectangle.left, rectangle.right);
-    }
-    if (rectangle.bottom > rectangle.top) {
-        std::swap(rectangle.bottom, rectangle.top);
-    }
-    if (random.chance(30)) {
-        rectangle.left = within.left;
-        rectangle.right = within.right;
-    }
-    return rectangle;
-}
+namespace {
 
 VT_Reference<const VT_Pattern_Bitmap> random_bitmap(Random& random) {
     const std::int32_t width = random.number(1, 20), height = random.number(1, 12);
@@ -180,21 +214,6 @@ std::vector<VT_Point> floating(Random& random, const std::vector<VT_DCI_Point>& 
     return result;
 }
 
-std::vector<VT_RGB32> random_colors(Random& random, std::size_t count) {
-    std::vector<VT_RGB32> colors;
-    const bool nearly_flat = random.chance(40);
-    const VT_RGB32 base = random_color(random);
-    const auto near = [&](std::uint8_t value) {
-        return static_cast<std::uint8_t>(std::clamp(value + random.number(-2, 2), 0, 255));
-    };
-    while (colors.size() < count) {
-        colors.push_back(nearly_flat && random.chance(90)
-                             ? VT_RGB32{near(base.blue), near(base.green), near(base.red), random.one_of(telling_alphas)}
-                             : random_color(random));
-    }
-    return colors;
-}
-
 Call random_call(Random& random, const Renderer_Setup& setup) {
     const VT_Int_Rectangle window = window_of(setup);
     Call call;
@@ -278,11 +297,15 @@ std::ostream& operator<<(std::ostream& out, VT_RGB32 color) {
 std::string describe(const Call& call) {
     std::ostringstream out;
     const VT_Face_Attributes& face = call.rendition->face;
-    out << (call.floating_points.empty() ? "" : "DC ") << name_of(call.kind) << ", z test " << call.z_test << ", z write "
-        << call.z_write << ", depth switch " << call.rendition->clip.depth_test << ", pattern " << face.pattern << ", flags "
-        << face.flags << ", mode " << face.mode << ", face " << face.color << ", contrast " << face.contrast_color << ", line "
-        << call.rendition->line.color << " = " << int{call.rendition->line.index} << ", single color " << call.single_color
-        << "\n  points";
+    const char* const shapes[] = {"", "device line, ", "plane line, "};
+    const VT_Int_Rectangle& clip = call.rendition->clip.hard_clip;
+    out << shapes[static_cast<int>(call.shape)] << (call.floating_points.empty() ? "" : "DC ") << name_of(call.kind) << ", clip "
+        << clip.left << ' ' << clip.right << ' ' << clip.bottom << ' ' << clip.top << ", region "
+        << static_cast<bool>(call.rendition->clip.complex_clip) << ", line flags " << call.rendition->line.flags << ", z test "
+        << call.z_test << ", z write " << call.z_write << ", depth switch " << call.rendition->clip.depth_test << ", pattern "
+        << face.pattern << ", flags " << face.flags << ", mode " << face.mode << ", face " << face.color << ", contrast "
+        << face.contrast_color << ", line " << call.rendition->line.color << " = " << int{call.rendition->line.index}
+        << ", single color " << call.single_color << "\n  points";
     for (const VT_DCI_Point& point : call.points) {
         out << " (" << point.x << ' ' << point.y << ' ' << point.z << ')';
     }

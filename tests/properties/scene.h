@@ -30,10 +30,12 @@ private:
 };
 
 enum class Call_Kind { dot, flat, colorized, gouraud, draw_window, clear_depth };
+enum class Shape { strip, device_line, plane_line }; // of calls that are flat, colorized or gouraud
 
 // One call of a slot, and the depth switches that it runs under.
 struct Call {
     Call_Kind kind = Call_Kind::dot;
+    Shape shape = Shape::strip;
     VT_Reference<VT_Rendition> rendition;
     std::vector<VT_DCI_Point> points;
     std::vector<VT_Point> floating_points; // when not empty, the DC form is called with these
@@ -51,6 +53,15 @@ struct Scene {
     std::vector<std::uint16_t> depths;
     std::vector<Call> calls;
 };
+
+VT_RGB32 random_color(Random& random);
+// Now and then nearly the same.
+std::vector<VT_RGB32> random_colors(Random& random, std::size_t count);
+// Contours with holes and overlaps; corners may lie outside the window.
+VT_Reference<const VT_Contour_Set> random_region(Random& random, const Renderer_Setup& setup);
+Renderer_Setup random_setup(Random& random, std::size_t renderer_case);
+VT_Int_Rectangle window_of(const Renderer_Setup& setup);
+VT_Int_Rectangle random_rectangle(Random& random, const VT_Int_Rectangle& within);
 
 // A scene of one renderer case with window, layouts, contents and calls by chance.
 Scene random_scene(std::size_t renderer_case, std::uint64_t seed);

@@ -64,29 +64,16 @@ INSTANTIATE_TEST_SUITE_P(pictures, Golden, testing::ValuesIn(picture_names()), [
     return name;
 });
 
-// One more dot makes every picture differ from its golden one, in that pixel.
+// One more dot makes a picture differ from its golden one, in that pixel.
 TEST(Golden_Comparison, finds_one_changed_pixel) {
-    for (const std::string& name : picture_names()) {
-        auto picture = nlohmann::json::parse(read_file(picture_path(name)));
-        const auto window = picture["window"];
-        ASSERT_FALSE(window.contains("origin")) << name;
-        const int top = window["height"].get<int>() - 1;
-        const Png_Pixels golden = read_png(golden_path(name + ".color"));
-        // Whatever the pixel holds, one of these two is another colour.
-        std::vector<std::string> differences;
-        for (const int level : {0, 255}) {
-            auto changed = picture;
-            changed["calls"].push_back({{"call", "draw_dci_dot"},
-                                        {"point", {5, top - 3, 0}},
-                                        {"color", {level, level, level}},
-                                        {"rendition", {{"depth_test", false}, {"complex_clip", nullptr}}}});
-            const Temporary_Folder folder;
-            const Outcome outcome = run_vorna({"replay", "-", "--color", folder.file("color.png")}, changed.dump());
-            ASSERT_EQ(outcome.status, 0) << outcome.errors;
-            differences.push_back(difference(read_png(folder.file("color.png")), golden));
-        }
-        EXPECT_THAT(differences, testing::Contains(testing::StartsWith("column 5, row 3 from the top: "))) << name;
-    }
+    auto picture = nlohmann::json::parse(read_file(picture_path("glass")));
+    picture["calls"].push_back(
+        {{"call", "draw_dci_dot"}, {"point", {5, picture["window"]["height"].get<int>() - 4, 0}}, {"color", {1, 2, 3}}});
+    const Temporary_Folder folder;
+    const Outcome outcome = run_vorna({"replay", "-", "--color", folder.file("color.png")}, picture.dump());
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_THAT(difference(read_png(folder.file("color.png")), read_png(golden_path("glass.color"))),
+                testing::StartsWith("column 5, row 3 from the top: "));
 }
 
 } // namespace

@@ -57,11 +57,7 @@ TEST(Strips, draw_every_triangle_once) {
         }
         EXPECT_THAT(drawn, testing::Each(1));
     }
-}
-
-TEST(Strips, are_long_on_regular_meshes) {
-    const Mesh mesh = bumpy_grid(64, 64, 0);
-    EXPECT_LE(make_strips(mesh.triangles, static_cast<std::uint32_t>(mesh.positions.size())).count(), 128U);
+    EXPECT_LE(make_strips(bumpy_grid(64, 64, 0).triangles, 65 * 65).count(), 128U);
 }
 
 TEST(Camera, fits_tightly_from_every_side) {
@@ -129,103 +125,56 @@ double distance_inside(const Clip_Point& p, int plane) {
 
 constexpr std::uint8_t every_plane = 63;
 
-// A place on a triangle: its first corner + u * first edge + v * second edge.
-struct Place {
-    double u, v;
-};
-
-Place place_of(const std::array<Clip_Vertex, 3>& triangle, const Clip_Point& p) {
-    const auto difference = [](const Clip_Point& a, const Clip_Point& b) {
-        return Clip_Point{a.x - b.x, a.y - b.y, a.z - b.z, a.w - b.w};
-    };
-    const auto product = [](const Clip_Point& a, const Clip_Point& b) { return a.x * b.x + a.y * b.y + a.z * b.z + a.w * b.w; };
-    const Clip_Point e = difference(triangle[1].point, triangle[0].point), f = difference(triangle[2].point, triangle[0].point),
-                     d = difference(p, triangle[0].point);
-    const double ee = product(e, e), ef = product(e, f), ff = product(f, f), de = product(d, e), df = product(d, f);
-    const double determinant = ee * ff - ef * ef;
-    return {(de * ff - df * ef) / determinant, (df * ee - de * ef) / determinant};
-}
-
-// The polygon's least distance to a place, negative outside. Polygons run around in the direction of their triangle.
-double depth_within(const std::vector<Place>& polygon, Place p) {
-    double least = polygon.size() < 3 ? -1 : 1;
-    for (std::size_t i = 0; i < polygon.size(); ++i) {
-        const Place a = polygon[i], b = polygon[(i + 1) % polygon.size()];
-        const double size = std::hypot(b.u - a.u, b.v - a.v);
-        if (size > 1e-9) {
-            least = std::min(least, ((b.u - a.u) * (p.v - a.v) - (b.v - a.v) * (p.u - a.u)) / size);
+// The part of a triangle in the plane z = 0.5, w = 1 that lies inside, by counting points.
+double part_inside(const std::array<Clip_Vertex, 3>& triangle) {
+    int inside = 0, all = 0;
+    for (int i = 0; i < 60; ++i) {
+        for (int k = 0; i + k < 60; ++k, ++all) {
+            const double u = (i + 1.0 / 3) / 60, v = (k + 1.0 / 3) / 60;
+            const auto mix = [&](double Clip_Point::*m) {
+                return triangle[0].point.*m * (1 - u - v) + triangle[1].point.*m * u + triangle[2].point.*m * v;
+            };
+            inside += std::max(std::abs(mix(&Clip_Point::x)), std::abs(mix(&Clip_Point::y))) < 1;
         }
     }
-    return least;
+    return static_cast<double>(inside) / all;
+}
+
+template <class Vertices> double area(const Vertices& vertices, std::size_t count) {
+    double sum = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const Clip_Point &a = vertices[i].point, &b = vertices[(i + 1) % count].point;
+        sum += (a.x / a.w * b.y / b.w - a.y / a.w * b.x / b.w) / 2;
+    }
+    return std::abs(sum);
 }
 
 TEST(Clipper, keeps_exactly_what_lies_inside_the_view_volume) {
     std::mt19937 random(7);
-    std::uniform_real_distribution<double> coordinate(-2.5, 2.5), weight(-0.5, 2.0), part(0, 1);
-    int inside = 0, outside = 0;
+    std::uniform_real_distribution<double> coordinate(-2.5, 2.5), weight(-0.5, 2.0);
     for (int round = 0; round < 2000; ++round) {
         std::array<Clip_Vertex, 3> triangle;
         for (Clip_Vertex& vertex : triangle) {
-            vertex.point = {coordinate(random), coordinate(random), coordinate(random), weight(random)};
+            const bool is_level = round % 4 == 0;
+            vertex.point = {coordinate(random), coordinate(random), is_level ? 0.5 : coordinate(random),
+                            is_level ? 1 : weight(random)};
         }
         const Clip_Polygon polygon = clip_triangle(triangle, every_plane);
-        std::vector<Place> places;
         for (std::size_t i = 0; i < polygon.count; ++i) {
             for (int plane = 0; plane < 6; ++plane) {
                 ASSERT_GE(distance_inside(polygon.vertices[i].point, plane), -1e-9);
             }
-            places.push_back(place_of(triangle, polygon.vertices[i].point));
         }
-        for (int sample = 0; sample < 20; ++sample) {
-            double u = part(random), v = part(random);
-            if (u + v > 1) {
-                u = 1 - u;
-                v = 1 - v;
-            }
-            const Clip_Point &a = triangle[0].point, &b = triangle[1].point, &c = triangle[2].point;
-            const auto mix = [&](double Clip_Point::*m) { return a.*m + (b.*m - a.*m) * u + (c.*m - a.*m) * v; };
-            const Clip_Point p{mix(&Clip_Point::x), mix(&Clip_Point::y), mix(&Clip_Point::z), mix(&Clip_Point::w)};
-            double margin = 1;
-            for (int plane = 0; plane < 6; ++plane) {
-                margin = std::min(margin, distance_inside(p, plane));
-            }
-            if (std::abs(margin) > 1e-6) {
-                EXPECT_EQ(depth_within(places, {u, v}) > 0, margin > 0) << "round " << round;
-                ++(margin > 0 ? inside : outside);
-            }
+        if (round % 4 == 0) {
+            const double whole = area(triangle, 3);
+            ASSERT_NEAR(area(polygon.vertices, polygon.count), part_inside(triangle) * whole, 0.05 * whole + 1e-9) << round;
         }
     }
-    EXPECT_GT(inside, 1000);
-    EXPECT_GT(outside, 1000);
-}
-
-TEST(Clipper, gives_triangles_on_both_sides_of_an_edge_the_same_points_on_it) {
-    std::mt19937 random(8);
-    std::uniform_real_distribution<double> coordinate(-2, 2);
-    int shared = 0;
-    for (int round = 0; round < 500; ++round) {
-        const auto vertex = [&] { return Clip_Vertex{{coordinate(random), 0.5 * coordinate(random), 0.5, 1}, {}, 0}; };
-        const Clip_Vertex a = vertex(), b = vertex(), c = vertex(), d = vertex();
-        const Clip_Polygon one = clip_triangle({a, b, c}, beyond::left), other = clip_triangle({b, a, d}, beyond::left);
-        const bool crosses = (a.point.x < -1) != (b.point.x < -1);
-        const auto meets = [&](const Clip_Vertex& p) {
-            return p.corner < 0 &&
-                   std::any_of(other.vertices.begin(), other.vertices.begin() + static_cast<std::ptrdiff_t>(other.count),
-                               [&](const Clip_Vertex& q) {
-                                   return q.corner < 0 && q.point.x == p.point.x && q.point.y == p.point.y &&
-                                          q.point.w == p.point.w;
-                               });
-        };
-        EXPECT_EQ(std::any_of(one.vertices.begin(), one.vertices.begin() + static_cast<std::ptrdiff_t>(one.count), meets),
-                  crosses);
-        shared += crosses;
-    }
-    EXPECT_GT(shared, 50);
 }
 
 // What a renderer is given instead of drawing it.
 struct Recorded {
-    std::size_t triangles = 0, flat_calls = 0, gouraud_calls = 0;
+    std::size_t triangles = 0;
     std::vector<VT_DCI_Point> points;
     std::vector<VT_RGB32> colors;
 };
@@ -234,7 +183,6 @@ Recorded* recorded = nullptr; // where the slots below write
 
 void record_gouraud(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points,
                     const VT_RGB32* colors) {
-    ++recorded->gouraud_calls;
     recorded->triangles += static_cast<std::size_t>(count - 2);
     recorded->points.insert(recorded->points.end(), points, points + count);
     recorded->colors.insert(recorded->colors.end(), colors, colors + count);
@@ -242,7 +190,6 @@ void record_gouraud(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, 
 
 void record_colorized(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points,
                       const VT_RGB32* colors, bool single) {
-    ++recorded->flat_calls;
     recorded->triangles += static_cast<std::size_t>(count - 2);
     recorded->points.insert(recorded->points.end(), points, points + count);
     recorded->colors.insert(recorded->colors.end(), colors, colors + (single ? 1 : count - 2));
@@ -275,7 +222,6 @@ TEST_F(Recording, a_fitted_model_arrives_whole_and_fills_the_window) {
         const Recorded result =
             draw(mesh, {View::iso, Up_Axis::y, Projection::perspective, 4.0 / 3, 1}, {shading, Culling::none, {0, 0, 1}});
         EXPECT_EQ(result.triangles, mesh.triangle_count());
-        EXPECT_EQ(shading == Shading::flat ? result.gouraud_calls : result.flat_calls, 0U);
         const auto [low, high] = std::ranges::minmax(result.points, {}, &VT_DCI_Point::y);
         EXPECT_NEAR(low.y, -20 + 0.03 * 299, 2);
         EXPECT_NEAR(high.y, 279 - 0.03 * 299, 2);
@@ -285,42 +231,12 @@ TEST_F(Recording, a_fitted_model_arrives_whole_and_fills_the_window) {
     }
 }
 
-TEST_F(Recording, no_point_leaves_the_window_however_much_is_cut_off) {
-    for (const double zoom : {1.1, 2.0, 40.0}) {
-        for (const Projection projection : {Projection::perspective, Projection::orthographic}) {
-            const Recorded result = draw(ball(64, 32), {View::iso, Up_Axis::y, projection, 1, zoom}, {});
-            EXPECT_GT(result.triangles, 0U);
-            for (const VT_DCI_Point& p : result.points) {
-                ASSERT_TRUE(p.x >= 10 && p.x <= 409 && p.y >= -20 && p.y <= 279 && p.z >= 0 && p.z <= 65535);
-            }
-        }
-    }
-}
-
-TEST_F(Recording, culling_leaves_out_the_far_side) {
-    const Mesh mesh = ball(32, 16);
-    const Camera_Settings front{View::front, Up_Axis::y, Projection::orthographic, 1, 1};
-    EXPECT_EQ(draw(mesh, front, {Shading::gouraud, Culling::back, {0, 0, 1}}).triangles, mesh.triangle_count() / 2);
-}
-
-TEST_F(Recording, open_surfaces_are_lit_alike_from_both_sides) {
-    Mesh square;
-    square.positions = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
-    square.triangles = {0, 1, 2, 0, 2, 3};
-    for (const Shading shading : {Shading::flat, Shading::gouraud}) {
-        const Picture_Settings settings{shading, Culling::none, {-0.5, 0.65, 0.7}};
-        const Recorded front = draw(square, {View::front, Up_Axis::y, Projection::perspective, 1, 1}, settings);
-        const Recorded back = draw(square, {View::back, Up_Axis::y, Projection::perspective, 1, 1}, settings);
-        EXPECT_GT(front.colors[0].red, 100);
-        EXPECT_EQ(front.colors[0], back.colors[0]);
-    }
-}
-
 TEST_F(Recording, light_comes_from_where_it_is_said_to_come) {
     const Mesh mesh = ball(32, 16);
     for (const double side : {-1.0, 1.0}) {
         const Recorded result = draw(mesh, {View::front, Up_Axis::y, Projection::orthographic, 1, 1},
                                      {Shading::gouraud, Culling::back, {side, 0, 0.2}});
+        EXPECT_EQ(result.triangles, mesh.triangle_count() / 2);
         const auto brightest =
             static_cast<std::size_t>(std::ranges::max_element(result.colors, {}, &VT_RGB32::green) - result.colors.begin());
         EXPECT_EQ(result.points[brightest].x > 210, side > 0);

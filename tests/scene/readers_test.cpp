@@ -1,14 +1,13 @@
 // The model readers: what they read, what they refuse and how they say so.
 #include <bit>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <random>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "app/scene/model_reader.h"
+#include "tests/replay/command_line.h"
 #include "tests/scene/meshes.h"
 
 namespace app::scene {
@@ -129,22 +128,9 @@ std::string message_of(Reader* reader, const std::string& content) {
     return "no error";
 }
 
-// A folder of this test's own, removed with all that is in it.
 class Reader_Files : public testing::Test {
 protected:
-    Reader_Files()
-        : folder_(std::filesystem::temp_directory_path() / ("vorna-readers-" + std::to_string(std::random_device{}()))) {
-        std::filesystem::create_directory(folder_);
-    }
-    ~Reader_Files() override { std::filesystem::remove_all(folder_); }
-
-    std::string write(const std::string& name, const std::string& content) const {
-        const std::string path = (folder_ / name).string();
-        std::ofstream(path, std::ios::binary) << content;
-        return path;
-    }
-
-    std::filesystem::path folder_;
+    replay_tests::Temporary_Folder folder;
 };
 
 TEST(Readers, every_format_gives_the_same_triangles_over_shared_vertices) {
@@ -155,17 +141,6 @@ TEST(Readers, every_format_gives_the_same_triangles_over_shared_vertices) {
         EXPECT_EQ(sorted_triangles(read), sorted_triangles(mesh)) << format.file;
     }
     EXPECT_EQ(read_ply("m", binary_ply(mesh, std::endian::big)).colors.at(5), (VT_RGB32{30, 20, 10, 255}));
-}
-
-TEST_F(Reader_Files, own_readers_agree_with_assimp) {
-    const Mesh mesh = bumpy_grid(12, 10, 2);
-    for (const Format& format : every_format_of(mesh)) {
-        if (format.file == std::string("binary.stl")) {
-            continue; // Assimp takes it for a text.
-        }
-        const std::string file = write(format.file, format.content);
-        EXPECT_EQ(sorted_triangles(format.reader(file, format.content)), sorted_triangles(read_with_assimp(file))) << format.file;
-    }
 }
 
 TEST(Obj_Reader, understands_every_form_of_a_face) {
@@ -185,15 +160,15 @@ TEST(Obj_Reader, understands_every_form_of_a_face) {
 }
 
 TEST_F(Reader_Files, obj_materials_give_vertices_their_diffuse_colour) {
-    write("two paints.mtl", "newmtl dark red\nKd 0.5 0 0\nnewmtl blue\nNs 5\nKd 0 0 1\n");
+    folder.file("two paints.mtl", "newmtl dark red\nKd 0.5 0 0\nnewmtl blue\nNs 5\nKd 0 0 1\n");
     const std::string shape =
         "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\nusemtl dark red\nf 1 2 3\nusemtl blue\nf 3 2 1\nusemtl unknown\nf 1 2 3\n";
-    const Mesh mesh = read_obj(folder_ / "m.obj", "mtllib two paints.mtl\n" + shape);
+    const Mesh mesh = read_obj(folder.file("m.obj"), "mtllib two paints.mtl\n" + shape);
     ASSERT_EQ(mesh.colors.size(), 9U);
     EXPECT_EQ(mesh.colors[0].alpha, 0);
     EXPECT_EQ(mesh.colors[3], (VT_RGB32{0, 0, 128, 255}));
     EXPECT_EQ(mesh.colors[6], (VT_RGB32{255, 0, 0, 255}));
-    EXPECT_TRUE(read_obj(folder_ / "m.obj", "mtllib missing.mtl\n" + shape).colors.empty());
+    EXPECT_TRUE(read_obj(folder.file("m.obj"), "mtllib missing.mtl\n" + shape).colors.empty());
 }
 
 TEST(Readers, a_broken_file_is_refused_with_its_place_and_what_was_expected) {
@@ -206,40 +181,19 @@ TEST(Readers, a_broken_file_is_refused_with_its_place_and_what_was_expected) {
     } cases[] = {
         {read_obj, "v 0 0\n", "m:1: expected a vertex coordinate, found the end of the line"},
         {read_obj, "v 0 0 0\nv 0 x\x01y 0\n", "m:2: expected a vertex coordinate, found 'x?y'"},
-        {read_obj, "v nan 0 0\n", "m:1: expected a vertex coordinate, found 'nan'"},
-        {read_obj, "v 1e39 0 0\n", "m:1: expected a vertex coordinate, found '1e39'"},
         {read_obj, "v 0 0 0\n\nf 1 1 2\n", "m:3: expected a vertex index from 1 to 1 or from -1 to -1, found '2'"},
-        {read_obj, "v 0 0 0\nf 1 0 1\n", "expected a vertex index from 1"},
-        {read_obj, "v 0 0 0\nf 1 -2 1\n", "expected a vertex index from 1"},
         {read_obj, "v 0 0 0\nf 1//1 1 1\n", "expected a normal index from 1 to 0"},
-        {read_obj, "v 0 0 0\nf 1 1\n", "m:2: expected a vertex index, found the end of the line"},
         {read_obj, "v 0 0 0\nf 1 1 99999999999999999999", "expected a vertex index, found '99999999999999999999'"},
         {read_ply, "plain", "m:1: expected 'ply', found 'plain'"},
-        {read_ply, "ply\nformat ebcdic 1.0\n",
-         "m:2: expected 'ascii', 'binary_little_endian' or 'binary_big_endian', found 'ebcdic'"},
-        {read_ply, "ply\nelement vertex -3\n", "m:2: expected a count, found '-3'"},
-        {read_ply, "ply\nproperty float x\n", "m:2: expected 'element' before the first property, found 'property'"},
         {read_ply, "ply\nelement vertex 1\nproperty half x\n", "m:3: expected a property type, found 'half'"},
-        {read_ply, "ply\nformat ascii 1.0\n", "expected 'end_header', found the end of the file"},
         {read_ply, text + two_vertices + end + "0 0 0\n0 0", "m:9: expected a vertex property, found the end of the file"},
         {read_ply, text + two_vertices + one_face + end + "0 0 0\n1 1 1\n3 0 1 2\n",
          "m:12: expected a vertex index below 2, found '2'"},
-        {read_ply, text + two_vertices + one_face + end + "0 0 0\n1 1 1\n-1\n",
-         "m:12: expected the length of a list, found '-1'"},
-        {read_ply, text + "element vertex 9000000000000000000\nproperty float x\n" + end + "0\n",
-         "expected a vertex property, found the end of the file"},
-        {read_ply, binary + two_vertices + end + std::string(20, '\0'),
-         "m: byte 135: expected a vertex property, found the end of the file"},
         {read_ply, binary + two_vertices + one_face + end + std::string(24, '\0') + "\x01\xFF\xFF\xFF\xFF",
          "expected a vertex index below 2"},
-        {read_ply, binary + two_vertices + end + "\xFF\xFF\xFF\xFF" + std::string(20, '\0'),
-         "m: byte 115: expected a vertex property"},
         {read_stl, "solid\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 0 1 0\nendloop\n",
          "m:6: expected 'vertex', found 'endloop'"},
-        {read_stl, "solid\nfacet normal 0 0 1\nouter loop\nvertex 0 0\n",
-         "m:4: expected a vertex coordinate, found the end of the line"},
         {read_stl, "solid\nfascet\n", "m:2: expected 'facet' or 'endsolid', found 'fascet'"},
-        {read_stl, "too short", "m: byte 9: expected a header of 84 bytes, found the end of the file"},
         {read_stl, std::string(80, ' ') + "\xFF\xFF\xFF\xFF",
          "m: byte 84: expected 4294967295 facets of 50 bytes, found the end of the file"},
         {read_stl,
@@ -252,12 +206,11 @@ TEST(Readers, a_broken_file_is_refused_with_its_place_and_what_was_expected) {
 }
 
 TEST_F(Reader_Files, a_model_without_anything_to_draw_is_refused) {
-    EXPECT_THROW(load_model((folder_ / "missing.obj").string()), Model_Error);
-    EXPECT_THROW(load_model(folder_.string()), Model_Error);
-    EXPECT_THROW(load_model(write("unknown.xyzzy", "what is this")), Model_Error);
+    EXPECT_THROW(load_model(folder.file("missing.obj")), Model_Error);
+    EXPECT_THROW(load_model(folder.file("unknown.xyzzy", "what is this")), Model_Error);
     for (const char* text : {"", "v 0 0 0\nv 1 0 0\nf 1 2 1\n", "v 1 2 3\nv 1 2 3\nv 1 2 3\nf 1 2 3\n"}) {
         try {
-            load_model(write("empty.obj", text));
+            load_model(folder.file("empty.obj", text));
             ADD_FAILURE() << text;
         } catch (const Model_Error& error) {
             EXPECT_THAT(error.what(), HasSubstr("empty.obj: empty scene: expected")) << text;

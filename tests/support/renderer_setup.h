@@ -17,6 +17,7 @@ struct Renderer_Setup {
     VT_Int_Pair origin;
     VT_Int_RGB background{255, 255, 255};
     bool force_merge = false;
+    bool use_mask = false;
     VT_Reference<const VT_Palette> palette; // null = the default palette
     Buffer_Layout color_layout;
     Buffer_Layout depth_layout;
@@ -31,5 +32,15 @@ inline constexpr struct {
 } renderer_cases[] = {
     {0, false, false}, {1, false, false}, {1, false, true}, {0, true, false}, {1, true, false}, {1, true, true},
 };
+
+inline Renderer_Setup setup_of_case(std::size_t index, VT_Int_Pair size = {32, 32}, VT_Int_Pair origin = {}) {
+    Renderer_Setup setup;
+    setup.color_system = renderer_cases[index].color_system;
+    setup.depth = renderer_cases[index].depth;
+    setup.alpha = renderer_cases[index].alpha;
+    setup.size = size;
+    setup.origin = origin;
+    return setup;
+}
 
 std::string describe(const Renderer_Setup& setup);

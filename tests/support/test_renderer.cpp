@@ -116,6 +116,7 @@ Test_Renderer::Test_Renderer(const Renderer_Setup& setup, const std::string& ker
     renderer_ = renderer_module().create_renderer(prototype);
     renderer_->requested_table.find("Merge Control Background Color")->set(setup.background);
     renderer_->requested_table.find("Force Merge Control On")->set(setup.force_merge);
+    renderer_->requested_table.find("Use Mask")->set(setup.use_mask);
     renderer_->establish_all();
 }
 
@@ -157,5 +158,6 @@ std::string describe(const Renderer_Setup& setup) {
            (setup.alpha ? ", alpha" : ", opaque") + ", window " + pair(setup.size.x, "x", setup.size.y) + " at " +
            pair(setup.origin.x, ",", setup.origin.y) + ", layouts " + layout(setup.color_layout) + " and " +
            layout(setup.depth_layout) + ", background " + std::to_string(setup.background.red) + "," +
-           pair(setup.background.green, ",", setup.background.blue) + (setup.force_merge ? ", merge forced" : "");
+           pair(setup.background.green, ",", setup.background.blue) + (setup.force_merge ? ", merge forced" : "") +
+           (setup.use_mask ? ", mask" : "");
 }

@@ -1,0 +1,54 @@
+// Drawing of transformed points that may lie anywhere, in the coordinates of the window, which is one tile of the picture.
+#include "renderer/core/tile.h"
+
+#include <algorithm>
+
+namespace krb {
+
+namespace {
+
+constexpr std::int64_t guard_distance = 0x40000000;
+
+std::int32_t held(std::int64_t coordinate) noexcept {
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(coordinate, INT32_MIN, INT32_MAX));
+}
+
+// A side of the clip, moved into the tile. A clip beside the tile becomes the column or row of the tile next to it.
+std::int32_t clamped_side(std::int32_t side, std::int32_t origin, std::int32_t size) noexcept {
+    return static_cast<std::int32_t>(std::min<std::int64_t>(std::max<std::int64_t>(std::int64_t{side} - origin, 0), size - 1));
+}
+
+// The complex clip moves with the points.
+void move_complex_clip(VT_Clip_Attributes& clip, VT_Int_Pair origin) {
+    if (!clip.complex_clip || origin == VT_Int_Pair{}) {
+        return;
+    }
+    const bool is_shifted = clip.window_offset.x < 0 || clip.window_offset.y < 0;
+    const VT_Int_Pair before = is_shifted ? clip.window_offset : VT_Int_Pair{};
+    clip.complex_clip = clip.complex_clip->moved({wrapping_subtract(before.x, origin.x), wrapping_subtract(before.y, origin.y)});
+    clip.window_offset = {};
+}
+
+} // namespace
+
+Tile::Tile(Software_Z_Buffer& renderer, const VT_Rendition& rendition)
+    : renderer_(renderer), origin_(renderer.window_origin), keeps_to_hard_clip_(renderer.keeps_to_hard_clip),
+      rendition_(new VT_Rendition(rendition)), guard_band_{held(origin_.x - guard_distance), held(origin_.x + guard_distance),
+                                                           held(origin_.y - guard_distance), held(origin_.y + guard_distance)} {
+    const VT_Int_Pair size = renderer.window_size;
+    const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
+    rendition_->set_hard_clip_unrestricted(
+        {clamped_side(clip.left, origin_.x, size.x), clamped_side(clip.right, origin_.x, size.x),
+         clamped_side(clip.bottom, origin_.y, size.y), clamped_side(clip.top, origin_.y, size.y)},
+        false);
+    move_complex_clip(rendition_->clip, origin_);
+    renderer_.window_origin = {};
+    renderer_.keeps_to_hard_clip = true;
+}
+
+Tile::~Tile() {
+    renderer_.window_origin = origin_;
+    renderer_.keeps_to_hard_clip = keeps_to_hard_clip_;
+}
+
+} // namespace krb

@@ -1,0 +1,58 @@
+// Drawing of transformed points that may lie anywhere, in the coordinates of the window, which is one tile of the picture.
+#pragma once
+
+#include <cstdint>
+
+#include "renderer/core/fixed_point.h"
+#include "renderer/core/software_z_buffer.h"
+
+namespace krb {
+
+// While it lives, the renderer's window lies at the origin, and device strips keep to the hard clip of the tile's rendition.
+class Tile {
+public:
+    // Throws std::bad_alloc.
+    Tile(Software_Z_Buffer& renderer, const VT_Rendition& rendition);
+    Tile(const Tile&) = delete;
+    Tile& operator=(const Tile&) = delete;
+    ~Tile();
+
+    // What to draw with: a copy of the caller's whose clips are the tile's.
+    const VT_Rendition& rendition() const noexcept { return *rendition_; }
+    // Outside of it, in device coordinates, integers could not hold the points.
+    const VT_Int_Rectangle& guard_band() const noexcept { return guard_band_; }
+
+    VT_DCI_Point to_tile(const VT_DCI_Point& point) const noexcept {
+        return {wrapping_subtract(point.x, origin_.x), wrapping_subtract(point.y, origin_.y), point.z};
+    }
+    // Rounded before they are moved.
+    VT_DCI_Point to_tile(const VT_Point_D& point) const noexcept {
+        return to_tile(VT_DCI_Point{rounded_coordinate(point.x), rounded_coordinate(point.y), rounded_coordinate(point.z)});
+    }
+    void to_tile(std::int32_t count, const VT_Point_D* points, VT_DCI_Point* moved) const noexcept {
+        for (std::int32_t i = 0; i < count; ++i) {
+            moved[i] = to_tile(points[i]);
+        }
+    }
+    VT_Point_D moved(const VT_Point_D& point) const noexcept { return {point.x - origin_.x, point.y - origin_.y, point.z}; }
+
+private:
+    Software_Z_Buffer& renderer_;
+    const VT_Int_Pair origin_;
+    const bool keeps_to_hard_clip_;
+    VT_Reference<VT_Rendition> rendition_;
+    VT_Int_Rectangle guard_band_;
+};
+
+// Draws through a slot as an application does: by the standard function when the slot is empty.
+template <class Function, class... Arguments>
+void draw_through(const Action_Slot<Function>& slot, Function* standard, VT_Renderer_Data& data, const VT_Rendition& rendition,
+                  const Arguments&... arguments) {
+    if (slot.enabled) {
+        slot.function(*slot.owner, rendition, arguments...);
+    } else {
+        standard(data, rendition, arguments...);
+    }
+}
+
+} // namespace krb

@@ -1,0 +1,28 @@
+// What the members for smoothed lines hand to their kernels, and the table of kernels of one instruction set.
+#pragma once
+
+#include "renderer/core/pixel_rules.h"
+#include "renderer/depth_lines/line_kernels.h"
+#include "renderer/host/geometry.h"
+
+namespace krb {
+
+struct Smoothed_Target : Pixel_Target {
+    // The part of the clip rectangle that lies in the window, in columns and rows, all inclusive. Pixels beside a line are drawn
+    // inside it only; with left beyond right or bottom beyond top none are.
+    VT_Int_Rectangle visible;
+};
+
+// Every segment without its last pixel, then the last point.
+using Smoothed_Kernel = void(const Smoothed_Target& target, const Polyline& polyline);
+
+// 32-bit pixels without depth. Store and blend, open and masked.
+struct Smoothed_Kernel_Table {
+    Smoothed_Kernel* kernel[2][2];
+
+    constexpr Smoothed_Kernel* operator()(Pixel_Rule pixel, Clip_Rule clip) const noexcept {
+        return kernel[static_cast<int>(pixel)][static_cast<int>(clip)];
+    }
+};
+
+} // namespace krb

@@ -1,0 +1,318 @@
+// Kernels for smoothed lines: three pixels at every step along the major axis, blended by their distance from the ideal line.
+//
+// A line's minor coordinate is a 32.32 fixed-point number. The pixel on the line is the rounded one, halves upwards, and the
+// pixels beside it are its neighbours along the minor axis. A diagonal goes row by row.
+
+#include "renderer/depth_lines/smoothed_kernels.h"
+
+namespace krb::KRB_KERNEL_SET {
+namespace {
+
+// ---- tables
+
+// By the distance from the ideal line in 1/256 pixel: linear, from the whole colour on the line to nothing at 313, rounded. Two
+// entries are kept one lower, as pictures have always had them.
+constexpr std::int32_t distance_weight(std::int32_t distance) {
+    constexpr std::int32_t reach = 313;
+    if (distance == 162 || distance == 173) {
+        return distance == 162 ? 123 : 114;
+    }
+    return distance < reach ? (512 * (reach - distance) + reach) / (2 * reach) : 0;
+}
+
+static_assert(distance_weight(0) == 256 && distance_weight(256) == 47 && distance_weight(313) == 0);
+
+// The weights of the three pixels across a line.
+struct Weights_Across {
+    std::uint16_t weight[4];
+};
+
+// By the line's position between pixels; see weights_at.
+struct Weight_Table {
+    Weights_Across across[512];
+};
+
+// Distances are cut off to 1/256 pixel, so that a position counts by the 1/256 it lies in and by whether it lies exactly on its
+// edge.
+constexpr Weight_Table weight_table() {
+    Weight_Table table{};
+    for (std::int32_t entry = 0; entry < 512; ++entry) {
+        const std::int32_t low = (entry >> 1) - 128; // the position relative to the rounded pixel, rounded down and up
+        const std::int32_t high = low + (entry & 1);
+        const std::int32_t on = low < 0 ? -high : low;
+        table.across[entry] = {{static_cast<std::uint16_t>(distance_weight(256 + low)),
+                                static_cast<std::uint16_t>(distance_weight(on)),
+                                static_cast<std::uint16_t>(distance_weight(256 - high)), 0}};
+    }
+    return table;
+}
+
+constexpr Weight_Table weights_by_position = weight_table();
+constexpr const Weights_Across& weights_on_pixel = weights_by_position.across[256];
+
+inline const Weights_Across& weights_at(std::uint32_t fraction) {
+    const std::uint32_t from_lowest = fraction + 0x80000000U;
+    return weights_by_position.across[(from_lowest >> 24) * 2 + static_cast<std::uint32_t>((from_lowest & 0xFFFFFF) != 0)];
+}
+
+// The steps of short lines, by the steps along the major axis less 2 and the movement along the minor one less 1. Diagonals,
+// which fill no 32 bits, have none.
+constexpr std::int32_t longest_tabled = 33;
+
+struct Step_Table {
+    std::uint32_t step[longest_tabled - 1][longest_tabled - 1];
+};
+
+constexpr Step_Table step_table() {
+    Step_Table table{};
+    for (std::uint32_t count = 2; count <= longest_tabled; ++count) {
+        for (std::uint32_t movement = 1; movement < count; ++movement) {
+            table.step[count - 2][movement - 1] = static_cast<std::uint32_t>((std::uint64_t{movement} << 32) / count);
+        }
+    }
+    return table;
+}
+
+constexpr Step_Table short_steps = step_table();
+
+// 32.32; 0 < movement <= count.
+inline std::int64_t step_of(std::int32_t movement, std::int32_t count) {
+    if (count <= longest_tabled && movement < count) {
+        return short_steps.step[count - 2][movement - 1];
+    }
+    return static_cast<std::int64_t>((static_cast<std::uint64_t>(movement) << 32) / static_cast<std::uint64_t>(count));
+}
+
+// ---- pixels
+
+inline std::uint8_t* pixel_at(const Pixel_Target& target, VT_Int_Pair place) {
+    return target.color_rows[place.y] + std::int64_t{place.x} * 4;
+}
+
+struct Open {
+    static constexpr bool clips = false;
+    static bool clipped(const Pixel_Target&, VT_Int_Pair) { return false; }
+};
+
+struct Masked {
+    static constexpr bool clips = true;
+    static bool clipped(const Pixel_Target& target, VT_Int_Pair place) {
+        return (target.mask_rows[place.y][place.x >> 3] & 0x80 >> (place.x & 7)) != 0;
+    }
+};
+
+template <Clip_Rule rule> struct Clip_Of;
+template <> struct Clip_Of<Clip_Rule::open> { using type = Open; };
+template <> struct Clip_Of<Clip_Rule::masked> { using type = Masked; };
+
+// The three pixels across a line that goes from row to row.
+struct In_Row {
+    std::uint8_t* first;
+
+    static VT_Int_Pair place(std::int32_t major, std::int32_t minor) { return {minor, major}; }
+    static In_Row at(const Pixel_Target& target, const VT_Int_Pair* places) { return {pixel_at(target, places[0])}; }
+    Pixels<3> load() const { return load_pixels<3>(first); }
+    void store(Pixels<3> pixels) const { store_pixels(first, pixels); }
+};
+
+// The same of a line that goes from column to column.
+struct In_Column {
+    std::uint8_t* pixel[3];
+
+    static VT_Int_Pair place(std::int32_t major, std::int32_t minor) { return {major, minor}; }
+    static In_Column at(const Pixel_Target& target, const VT_Int_Pair* places) {
+        return {{pixel_at(target, places[0]), pixel_at(target, places[1]), pixel_at(target, places[2])}};
+    }
+    Pixels<3> load() const { return load_pixels(pixel[0], pixel[1], pixel[2]); }
+    void store(Pixels<3> pixels) const { store_pixels(pixel[0], pixel[1], pixel[2], pixels); }
+};
+
+// Whether the pixels beside a line need a look at the visible rectangle.
+enum class Reach { inside, across_the_edge };
+
+inline bool is_visible(const Smoothed_Target& target, VT_Int_Pair place) {
+    const VT_Int_Rectangle& visible = target.visible;
+    return visible.left <= place.x && place.x <= visible.right && visible.bottom <= place.y && place.y <= visible.top;
+}
+
+template <class Clip>
+inline void blend_pixel(const Smoothed_Target& target, VT_Int_Pair place, std::uint16_t weight, const Ink& ink) {
+    if (!Clip::clipped(target, place)) {
+        std::uint8_t* pixel = pixel_at(target, place);
+        store_pixels(pixel, blended(load_pixels<1>(pixel), same_weights(weight), ink));
+    }
+}
+
+template <class Across, class Clip, Reach reach>
+inline void draw_across(const Smoothed_Target& target, std::int32_t major, std::int32_t minor, const Weights_Across& across,
+                        const Ink& ink) {
+    const VT_Int_Pair places[3] = {Across::place(major, minor - 1), Across::place(major, minor), Across::place(major, minor + 1)};
+    if constexpr (reach == Reach::inside) {
+        if (!(Clip::clipped(target, places[0]) || Clip::clipped(target, places[1]) || Clip::clipped(target, places[2]))) {
+            const Across pixels = Across::at(target, places);
+            pixels.store(blended(pixels.load(), load_weights(across.weight), ink));
+            return;
+        }
+    }
+    for (std::int32_t k = 0; k < 3; ++k) {
+        if (reach == Reach::inside || k == 1 || is_visible(target, places[k])) {
+            blend_pixel<Clip>(target, places[k], across.weight[k], ink);
+        }
+    }
+}
+
+// ---- segments
+
+// A segment in columns and rows, its last pixel left out.
+struct Segment {
+    VT_Int_Pair from, to;
+    std::uint32_t color;
+    Ink ink;
+};
+
+template <class Across, class Clip, Reach reach> void draw_sloped(const Smoothed_Target& target, const Segment& segment) {
+    // Either axis swaps back what it swapped.
+    const VT_Int_Pair from = Across::place(segment.from.x, segment.from.y);
+    const VT_Int_Pair to = Across::place(segment.to.x, segment.to.y);
+    const std::int32_t direction = from.x < to.x ? 1 : -1;
+    const std::int32_t movement = to.y - from.y;
+    std::int64_t step = step_of(movement < 0 ? -movement : movement, (to.x - from.x) * direction);
+    step = movement < 0 ? -step : step;
+    std::int64_t position = std::int64_t{from.y} * (INT64_C(1) << 32);
+    for (std::int32_t major = from.x; major != to.x; major += direction) {
+        const auto minor = static_cast<std::int32_t>((position + 0x80000000) >> 32);
+        draw_across<Across, Clip, reach>(target, major, minor, weights_at(static_cast<std::uint32_t>(position)), segment.ink);
+        position += step;
+    }
+}
+
+inline std::int32_t least(std::int32_t a, std::int32_t b) {
+    return a < b ? a : b;
+}
+
+inline std::int32_t most(std::int32_t a, std::int32_t b) {
+    return a < b ? b : a;
+}
+
+template <class Across, class Clip> void draw_sloped(const Smoothed_Target& target, const Segment& segment) {
+    const VT_Int_Pair around = Across::place(0, 1);
+    const VT_Int_Pair a = segment.from;
+    const VT_Int_Pair b = segment.to;
+    if (is_visible(target, {least(a.x, b.x) - around.x, least(a.y, b.y) - around.y}) &&
+        is_visible(target, {most(a.x, b.x) + around.x, most(a.y, b.y) + around.y})) {
+        draw_sloped<Across, Clip, Reach::inside>(target, segment);
+    } else {
+        draw_sloped<Across, Clip, Reach::across_the_edge>(target, segment);
+    }
+}
+
+// The pixel on an axis-aligned segment: the colour as it stands, or blended by its own weight.
+template <Pixel_Rule rule, class Clip>
+inline void draw_on_line(const Smoothed_Target& target, VT_Int_Pair place, const Segment& segment) {
+    if constexpr (rule == Pixel_Rule::store) {
+        if (!Clip::clipped(target, place)) {
+            std::memcpy(pixel_at(target, place), &segment.color, 4);
+        }
+    } else {
+        blend_pixel<Clip>(target, place, weights_on_pixel.weight[1], segment.ink);
+    }
+}
+
+// count rows from the lowest one on. Pixels beside the line are left out where the line touches the clip rectangle's edge.
+template <Pixel_Rule rule, class Clip>
+void draw_column(const Smoothed_Target& target, VT_Int_Pair lowest, std::int32_t count, const Segment& segment) {
+    const bool beside = target.visible.left < lowest.x && lowest.x < target.visible.right;
+    for (std::int32_t row = lowest.y; row < lowest.y + count; ++row) {
+        if (beside) {
+            draw_across<In_Row, Clip, Reach::inside>(target, row, lowest.x, weights_on_pixel, segment.ink);
+        }
+        if (rule == Pixel_Rule::store || !beside) {
+            draw_on_line<rule, Clip>(target, {lowest.x, row}, segment);
+        }
+    }
+}
+
+// Pixels of a row, all with one weight.
+template <class Clip>
+void blend_run(const Smoothed_Target& target, VT_Int_Pair first, std::int32_t count, std::uint16_t weight, const Ink& ink) {
+    std::int32_t i = 0;
+    if constexpr (!Clip::clips) {
+        std::uint8_t* pixels = pixel_at(target, first);
+        for (; i + 4 <= count; i += 4) {
+            store_pixels(pixels + i * 4, blended(load_pixels<4>(pixels + i * 4), same_weights(weight), ink));
+        }
+    }
+    for (; i < count; ++i) {
+        blend_pixel<Clip>(target, {first.x + i, first.y}, weight, ink);
+    }
+}
+
+template <Pixel_Rule rule, class Clip>
+void draw_row(const Smoothed_Target& target, VT_Int_Pair leftmost, std::int32_t count, const Segment& segment) {
+    if constexpr (rule == Pixel_Rule::store) {
+        for (std::int32_t i = 0; i < count; ++i) {
+            draw_on_line<rule, Clip>(target, {leftmost.x + i, leftmost.y}, segment);
+        }
+    } else {
+        blend_run<Clip>(target, leftmost, count, weights_on_pixel.weight[1], segment.ink);
+    }
+    if (target.visible.bottom < leftmost.y && leftmost.y < target.visible.top) {
+        blend_run<Clip>(target, {leftmost.x, leftmost.y - 1}, count, weights_on_pixel.weight[0], segment.ink);
+        blend_run<Clip>(target, {leftmost.x, leftmost.y + 1}, count, weights_on_pixel.weight[2], segment.ink);
+    }
+}
+
+template <Pixel_Rule rule, class Clip> void draw_segment(const Smoothed_Target& target, const Segment& segment) {
+    const std::int32_t dx = segment.to.x - segment.from.x;
+    const std::int32_t dy = segment.to.y - segment.from.y;
+    const std::int32_t columns = dx < 0 ? -dx : dx;
+    const std::int32_t rows = dy < 0 ? -dy : dy;
+    if (dx == 0) {
+        draw_column<rule, Clip>(target, {segment.from.x, dy < 0 ? segment.to.y + 1 : segment.from.y}, rows, segment);
+    } else if (dy == 0) {
+        draw_row<rule, Clip>(target, {dx < 0 ? segment.to.x + 1 : segment.from.x, segment.from.y}, columns, segment);
+    } else if (rows >= columns) {
+        draw_sloped<In_Row, Clip>(target, segment);
+    } else {
+        draw_sloped<In_Column, Clip>(target, segment);
+    }
+}
+
+// ---- polylines
+
+template <Pixel_Rule rule> Ink ink_of(VT_RGB32 color, std::uint32_t word) {
+    return {word, rule == Pixel_Rule::store || color.alpha == 255 ? 256U : color.alpha};
+}
+
+template <Pixel_Rule rule> Segment segment_from(VT_Int_Pair point, VT_RGB32 color) {
+    std::uint32_t word;
+    std::memcpy(&word, &color, 4);
+    return {point, point, word, ink_of<rule>(color, word)};
+}
+
+template <Pixel_Rule rule, Clip_Rule clip> void draw_polyline(const Smoothed_Target& target, const Polyline& polyline) {
+    using Clip = typename Clip_Of<clip>::type;
+    const auto place = [&](std::int32_t i) {
+        return VT_Int_Pair{polyline.points[i].x - target.origin_x, polyline.points[i].y - target.origin_y};
+    };
+    Segment segment = segment_from<rule>(place(0), polyline.colors[0]);
+    for (std::int32_t i = 1; i < polyline.count; ++i) {
+        if (i > 1 && !polyline.single_color) {
+            segment = segment_from<rule>(segment.to, polyline.colors[i - 1]);
+        }
+        segment.from = segment.to;
+        segment.to = place(i);
+        draw_segment<rule, Clip>(target, segment);
+    }
+    // The last point as a segment of one row.
+    draw_column<rule, Clip>(target, segment.to, 1, segment);
+}
+
+} // namespace
+
+extern const Smoothed_Kernel_Table smoothed_kernels;
+constinit const Smoothed_Kernel_Table smoothed_kernels = {
+    {{&draw_polyline<Pixel_Rule::store, Clip_Rule::open>, &draw_polyline<Pixel_Rule::store, Clip_Rule::masked>},
+     {&draw_polyline<Pixel_Rule::blend, Clip_Rule::open>, &draw_polyline<Pixel_Rule::blend, Clip_Rule::masked>}}};
+
+} // namespace krb::KRB_KERNEL_SET

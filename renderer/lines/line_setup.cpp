@@ -1,0 +1,149 @@
+// Segments of 2D lines that cross the clip rectangle: which of their pixels are drawn.
+#include "renderer/lines/line_setup.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+#include "renderer/core/fixed_point.h"
+
+namespace krb {
+
+namespace {
+
+constexpr double guard_low = -4000;
+constexpr double guard_high = 28760;
+
+constexpr bool in_guard_band(std::int32_t v) noexcept {
+    return v >= guard_low && v <= guard_high;
+}
+
+constexpr bool in_guard_band(const VT_DCI_Point& point) noexcept {
+    return in_guard_band(point.x) && in_guard_band(point.y);
+}
+
+// The part of a segment between two parameters, 0 at its start and 1 at its end.
+struct Visible_Range {
+    double entry = 0, exit = 1;
+
+    void cut(double from, double to) noexcept {
+        const double d = to - from;
+        if (d == 0) {
+            if (from < guard_low || from > guard_high) {
+                exit = -1;
+            }
+            return;
+        }
+        const double low = (guard_low - from) / d;
+        const double high = (guard_high - from) / d;
+        entry = std::max(entry, std::min(low, high));
+        exit = std::min(exit, std::max(low, high));
+    }
+};
+
+VT_DCI_Point point_at(const VT_DCI_Point& from, const VT_DCI_Point& to, double parameter) noexcept {
+    const auto at = [parameter](double a, double b) {
+        return static_cast<std::int32_t>(std::floor(a + (b - a) * parameter + 0.5));
+    };
+    return {at(from.x, to.x), at(from.y, to.y), at(from.z, to.z)};
+}
+
+// Rows from the start to where the segment crosses a column, to the nearest. The halves differ by one so that where there are
+// more columns than rows the row is the very one whose run holds the column.
+std::int32_t rows_to_column(const Cut_Segment& segment, std::int32_t column) noexcept {
+    const std::int32_t dx = segment.to.x - segment.from.x;
+    const std::int32_t dy = segment.to.y - segment.from.y;
+    const std::int32_t columns = std::abs(column - segment.from.x);
+    const std::int32_t rows = std::abs(dy);
+    if (std::abs(dx) == rows) {
+        return columns;
+    }
+    const std::uint32_t step = (static_cast<std::uint32_t>(std::abs(dx)) << 16) / static_cast<std::uint32_t>(rows);
+    const std::uint32_t half = (dy < 0 ? step - 1 : step + 1) >> 1;
+    return static_cast<std::int32_t>(((static_cast<std::uint32_t>(columns) << 16) + half) / step);
+}
+
+} // namespace
+
+bool clip_to_guard_band(VT_DCI_Point& from, VT_DCI_Point& to) noexcept {
+    const bool start_inside = in_guard_band(from);
+    const bool end_inside = in_guard_band(to);
+    if (start_inside && end_inside) {
+        return true;
+    }
+    Visible_Range range;
+    range.cut(from.x, to.x);
+    range.cut(from.y, to.y);
+    if (range.entry > range.exit) {
+        return false;
+    }
+    const VT_DCI_Point start = from;
+    if (!start_inside) {
+        from = point_at(start, to, range.entry);
+    }
+    if (!end_inside) {
+        to = point_at(start, to, range.exit);
+    }
+    return true;
+}
+
+bool set_visible_part(const VT_Int_Rectangle& rectangle, Cut_Segment& segment) noexcept {
+    const VT_DCI_Point& from = segment.from;
+    const VT_DCI_Point& to = segment.to;
+    const std::int32_t dy = to.y - from.y;
+    const std::int32_t rows = std::abs(dy);
+    segment.left = rectangle.left;
+    segment.right = rectangle.right;
+    segment.first_row = 0;
+    segment.last_row = 0;
+    if (dy == 0) {
+        return true;
+    }
+    // Where the segment enters the rectangle's rows and leaves them. The end point is not drawn; only runs reach its row.
+    std::int32_t first = dy > 0 ? rectangle.bottom - from.y : from.y - rectangle.top;
+    std::int32_t last = dy > 0 ? rectangle.top - from.y : from.y - rectangle.bottom;
+    first = std::max(first, 0);
+    last = std::min(last, std::abs(to.x - from.x) > rows ? rows : rows - 1);
+    if (from.x < rectangle.left || from.x > rectangle.right) {
+        first = std::max(first, rows_to_column(segment, from.x < rectangle.left ? rectangle.left : rectangle.right));
+    }
+    if (to.x < rectangle.left || to.x > rectangle.right) {
+        last = std::min(last, rows_to_column(segment, to.x < rectangle.left ? rectangle.left : rectangle.right));
+    }
+    segment.first_row = first;
+    segment.last_row = last;
+    return first <= last;
+}
+
+Line_Ramps::Line_Ramps(const VT_DCI_Point& from, const VT_DCI_Point& to, const Cut_Segment& cut) noexcept
+    : start_{from.x, from.y} {
+    const std::int32_t columns = std::abs(cut.to.x - cut.from.x);
+    const std::int32_t rows = std::abs(cut.to.y - cut.from.y);
+    length_ = columns >= rows ? std::abs(std::int64_t{to.x} - from.x) : std::abs(std::int64_t{to.y} - from.y);
+    if (columns == rows) {
+        // Kernels step a diagonal by its rows, of which as many have passed as columns.
+        const std::int32_t passed =
+            cut.to.x > cut.from.x ? wrapping_subtract(cut.from.x, from.x) : wrapping_subtract(from.x, cut.from.x);
+        start_.y = cut.to.y > cut.from.y ? wrapping_subtract(cut.from.y, passed) : wrapping_add(cut.from.y, passed);
+    }
+}
+
+template <int fraction_bits> Line_Ramp Line_Ramps::ramp(std::int32_t from, std::int32_t to) const noexcept {
+    const auto n = static_cast<std::int32_t>(std::min<std::int64_t>(length_, INT32_MAX));
+    Fixed_Interpolator interpolator;
+    if constexpr (fraction_bits == 15) {
+        interpolator.setup_15(from, to, n);
+    } else {
+        interpolator.setup_16(from, to, n);
+    }
+    if (length_ > INT32_MAX) {
+        const std::int32_t difference = wrapping_shift_left(wrapping_subtract(to, from), fraction_bits);
+        interpolator.step = static_cast<std::int32_t>(difference / length_);
+    }
+    return {interpolator.value, interpolator.step};
+}
+
+template Line_Ramp Line_Ramps::ramp<15>(std::int32_t, std::int32_t) const noexcept;
+template Line_Ramp Line_Ramps::ramp<16>(std::int32_t, std::int32_t) const noexcept;
+
+} // namespace krb

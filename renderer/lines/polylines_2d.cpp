@@ -1,0 +1,224 @@
+// Members of the 2DI polyline slots.
+//
+// Runs of segments that lie inside the clip rectangle go to the device member as one polyline. Of a segment that crosses the
+// rectangle's edge the visible pixels are drawn, by rules that differ a little from the device member's. Segments beyond one side
+// are dropped.
+#include "renderer/lines/polylines_2d.h"
+
+#include "renderer/core/scratch.h"
+#include "renderer/depth_lines/cased_lines.h"
+#include "renderer/depth_lines/line_target.h"
+#include "renderer/depth_lines/line_types.h"
+#include "renderer/depth_lines/polylines_dci.h"
+#include "renderer/host/clip.h"
+#include "renderer/lines/line_setup.h"
+#include "renderer/primitives/dots.h"
+
+namespace krb {
+
+namespace {
+
+// Follows the last vertex's outcode. No vertex is there, so it ends every stretch.
+constexpr std::uint16_t past_the_end = 4096;
+
+// How a member draws its cut segments.
+struct Cut_Rules {
+    Line_Shading shading;
+    Pixel_Rule pixel;
+    bool consults_mask;
+};
+
+constexpr Pixel_Rule store_or_blend(Case c) noexcept {
+    return is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store;
+}
+
+// Draws what the rectangle leaves of a polyline of 2 or more points, in order: inside(k, count, points) polylines whose first
+// colour is that of vertex k, dot() the last vertex when its segment is cut, and cut segments, for which paint(k, ramps, paint)
+// sets the colour of segment k.
+template <Case c, class Inside, class Dot, class Paint>
+void draw_visible(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
+                  const Cut_Rules& rules, Inside inside, Dot dot, Paint paint) {
+    const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
+    if (rectangle.left > rectangle.right || rectangle.bottom > rectangle.top) {
+        return;
+    }
+    Scratch<std::uint16_t, 65> scratch(std::int64_t{count} + 1);
+    std::uint16_t* outcodes = scratch.data();
+    const std::int32_t visible = VD_Clip(rectangle, count, points, outcodes);
+    if (visible == count) {
+        inside(0, count, points);
+        return;
+    }
+    if (visible == 0) {
+        return;
+    }
+    outcodes[count] = past_the_end;
+    if (outcodes[count - 1] == 0 && outcodes[count - 2] != 0) {
+        dot();
+    }
+    // Palette indices are dithered additively, and 32-bit pixels with depth follow the test mode.
+    const Line_Call call(c, renderer,
+                         {rules.shading, rules.pixel, is_index8(c) ? Line_Dither::additive : Line_Dither::ordered,
+                          rules.consults_mask && find_mask(renderer, rendition), true});
+    const auto cut = [&](std::int32_t k) {
+        VT_DCI_Point ends[2] = {points[k], points[k + 1]};
+        if (!clip_to_guard_band(ends[0], ends[1])) {
+            return;
+        }
+        std::uint16_t end_outcodes[2];
+        const std::int32_t visible_ends = VD_Clip(rectangle, 2, ends, end_outcodes);
+        if (visible_ends == 2) {
+            inside(k, 2, ends);
+            return;
+        }
+        Cut_Segment segment;
+        segment.from = ends[0];
+        segment.to = ends[1];
+        if (visible_ends == 0 || !set_visible_part(rectangle, segment)) {
+            return;
+        }
+        const Line_Ramps ramps(points[k], points[k + 1], segment);
+        segment.ramps_from = ramps.start();
+        if constexpr (has_depth(c)) {
+            segment.paint.depth = ramps.depth(points[k].z, points[k + 1].z);
+        }
+        paint(k, ramps, segment.paint);
+        call.draw(segment);
+    };
+    for (std::int32_t k = 0; k < count - 1;) {
+        if ((outcodes[k] | outcodes[k + 1]) != 0) {
+            if ((outcodes[k] & outcodes[k + 1]) == 0) {
+                cut(k);
+            }
+            ++k;
+            continue;
+        }
+        const std::int32_t first = k;
+        while (outcodes[k + 1] == 0) {
+            ++k;
+        }
+        inside(first, k - first + 1, points + first);
+    }
+}
+
+} // namespace
+
+template <Case c>
+void draw_2di_polyline(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points) {
+    Software_Z_Buffer& renderer = renderer_of(data);
+    if (!renderer.color_buffer || count < 2) {
+        return;
+    }
+    if (!is_index8(c) && !is_alpha(c) && is_cased(rendition.line)) {
+        draw_in_two_passes(rendition, [&](const VT_Rendition& pass) { draw_2di_polyline<c>(data, pass, count, points); });
+        return;
+    }
+    if (!(rendition.line.line_types == VT_Line_Type_Set::None)) {
+        draw_by_line_types(rendition, count, points, [&data](const VT_Rendition* plain, int length, const VT_DCI_Point* piece) {
+            draw_2di_polyline<c>(data, *plain, length, piece);
+        });
+        return;
+    }
+    if (!drawn_by_renderer(rendition.line)) {
+        VD_Standard_Draw_2DI_Polyline(data, rendition, count, points);
+        return;
+    }
+    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
+        draw_2di_polyline<without_depth(c)>(data, rendition, count, points);
+        return;
+    }
+    // The only members whose cut segments merge.
+    const Pixel_Rule pixel = renderer.merges(rendition.line.mode) ? Pixel_Rule::merge : store_or_blend(c);
+    draw_visible<c>(
+        renderer, rendition, count, points, {Line_Shading::flat, pixel, true},
+        [&](std::int32_t, std::int32_t length, const VT_DCI_Point* stretch) {
+            draw_dci_polyline<c>(data, rendition, length, stretch);
+        },
+        [&] { draw_dci_dot<c>(data, rendition, points + count - 1, nullptr); },
+        [&](std::int32_t, const Line_Ramps&, Line_Paint& paint) { paint.color = rendition.line.color; });
+}
+
+template <Case c>
+void draw_2di_colorized_polyline(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
+                                 const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color) {
+    if (!colors) {
+        colors = &rendition.line.color;
+        single_color = true;
+    }
+    if constexpr (is_alpha(c)) {
+        constexpr Case opaque = has_depth(c) ? Case::depth_rgb32 : Case::rgb32;
+        if (single_color && colors->alpha == 255) {
+            draw_2di_colorized_polyline<opaque>(data, rendition, count, points, colors, single_color);
+            return;
+        }
+    }
+    Software_Z_Buffer& renderer = renderer_of(data);
+    if (!renderer.color_buffer || count < 2) {
+        return;
+    }
+    if (!drawn_by_renderer(rendition.line)) {
+        VD_Standard_Draw_2DI_Colorized_Polyline(data, rendition, count, points, colors, single_color);
+        return;
+    }
+    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
+        draw_2di_colorized_polyline<without_depth(c)>(data, rendition, count, points, colors, single_color);
+        return;
+    }
+    // Cut segments with depth deliberately draw through the mask, as all 8-bit ones do.
+    const bool consults_mask = !is_index8(c) && !has_depth(c);
+    draw_visible<c>(
+        renderer, rendition, count, points, {Line_Shading::flat, store_or_blend(c), consults_mask},
+        [&](std::int32_t k, std::int32_t length, const VT_DCI_Point* stretch) {
+            draw_dci_colorized_polyline<c>(data, rendition, length, stretch, single_color ? colors : colors + k, single_color);
+        },
+        [&] { draw_dci_dot<c>(data, rendition, points + count - 1, single_color ? colors : colors + count - 2); },
+        [&](std::int32_t k, const Line_Ramps&, Line_Paint& paint) { paint.color = colors[single_color ? 0 : k]; });
+}
+
+template <Case c>
+void draw_2di_gouraud_polyline(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
+                               const VT_DCI_Point* points, const VT_RGB32* colors) {
+    Software_Z_Buffer& renderer = renderer_of(data);
+    if (!renderer.color_buffer || count < 2) {
+        return;
+    }
+    if (!drawn_by_renderer(rendition.line)) {
+        VD_Standard_Draw_2DI_Gouraud_Polyline(data, rendition, count, points, colors);
+        return;
+    }
+    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
+        draw_2di_gouraud_polyline<without_depth(c)>(data, rendition, count, points, colors);
+        return;
+    }
+    // Additive dithering takes channels in units of the colour cube's cells.
+    const auto scaled = [&](std::uint8_t value, std::int32_t multiplier) {
+        return is_index8(c) ? static_cast<std::int32_t>(std::uint32_t{value} * static_cast<std::uint32_t>(multiplier)) : value;
+    };
+    draw_visible<c>(
+        renderer, rendition, count, points, {Line_Shading::gouraud, store_or_blend(c), !is_index8(c)},
+        [&](std::int32_t k, std::int32_t length, const VT_DCI_Point* stretch) {
+            draw_dci_gouraud_polyline<c>(data, rendition, length, stretch, colors + k);
+        },
+        [&] { draw_dci_dot<c>(data, rendition, points + count - 1, colors + count - 1); },
+        [&](std::int32_t k, const Line_Ramps& ramps, Line_Paint& paint) {
+            const Dither& dither = renderer.dither;
+            const auto channel = [&](std::uint8_t from, std::uint8_t to, std::int32_t multiplier) {
+                return ramps.channel(scaled(from, multiplier), scaled(to, multiplier));
+            };
+            paint.blue = channel(colors[k].blue, colors[k + 1].blue, dither.blue_multiplier);
+            paint.green = channel(colors[k].green, colors[k + 1].green, dither.green_multiplier);
+            paint.red = channel(colors[k].red, colors[k + 1].red, dither.red_multiplier);
+            if constexpr (is_alpha(c)) {
+                paint.alpha = channel(colors[k].alpha, colors[k + 1].alpha, 1);
+            }
+        });
+}
+
+#define KRB_FOR_CASE(c)                                                                                                          \
+    template VT_Draw_Points<VT_DCI_Point> draw_2di_polyline<c>;                                                                  \
+    template VT_Draw_Colorized<VT_DCI_Point> draw_2di_colorized_polyline<c>;                                                     \
+    template VT_Draw_Gouraud<VT_DCI_Point> draw_2di_gouraud_polyline<c>;
+KRB_FOR_EACH_CASE
+#undef KRB_FOR_CASE
+
+} // namespace krb

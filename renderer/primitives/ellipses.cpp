@@ -1,0 +1,261 @@
+// Members of the ellipse and elliptical arc slots for 32-bit buffers without depth: midpoint algorithms after Bresenham and Van
+// Aken.
+#include "renderer/primitives/ellipses.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "renderer/core/fixed_point.h"
+#include "renderer/core/pixel_combine.h"
+#include "renderer/core/pixel_target.h"
+#include "renderer/core/scratch.h"
+#include "renderer/depth_lines/line_target.h"
+#include "renderer/depth_lines/polylines_dci.h"
+#include "renderer/mask/mask_cursor.h"
+
+namespace krb {
+
+namespace {
+
+struct Radii {
+    std::int32_t x, y;
+};
+
+// The walks tell a shape where its outline runs, relative to the centre:
+//   add_row_ends(dx)     the pixels dx to both sides in the centre's row
+//   add_column_ends(dy)  the pixels dy up and down in the centre's column
+//   add(dx, dy)          the pixels dx to both sides in the rows dy up and down
+
+// An eighth of the circle, mirrored. The radius is above 0.
+template <class Shape> void walk_circle(std::int32_t radius, Shape& shape) {
+    shape.add_row_ends(radius);
+    shape.add_column_ends(radius);
+    std::int32_t d = 1 - radius;
+    std::int32_t i = 0;
+    std::int32_t j = radius;
+    for (;;) {
+        ++i;
+        if (d > 0) {
+            --j;
+            d += 2 * (i - j) + 1;
+        } else {
+            d += 2 * i + 1;
+        }
+        if (j < i) {
+            return;
+        }
+        shape.add(j, i);
+        if (j == i) {
+            return;
+        }
+        shape.add(i, j);
+    }
+}
+
+// A quarter of the ellipse in two regions, first the columns from the top to where the slope is 1, then the rows from there on.
+// The radii are above 0. The decision value d is carried from the first region into the second as it is, and all values wrap at
+// 32 bits: large ellipses lose their shape. A pixel beyond the radii is never added.
+template <class Shape> void walk_ellipse(Radii radii, Shape& shape) {
+    const auto b = static_cast<std::uint32_t>(radii.y);
+    const std::uint32_t aa = static_cast<std::uint32_t>(radii.x) * static_cast<std::uint32_t>(radii.x);
+    const std::uint32_t bb = b * b;
+    const auto is_signed = [](std::uint32_t value) { return static_cast<std::int32_t>(value); };
+    std::uint32_t px = 0;
+    std::uint32_t py = 2 * aa * b;
+    std::uint32_t d = static_cast<std::uint32_t>(is_signed(aa) >> 2) - aa * b + bb;
+    std::int32_t i = 0;
+    std::int32_t j = radii.y;
+    shape.add_row_ends(radii.x);
+    do {
+        px += 2 * bb;
+        shape.add(i, j);
+        if (is_signed(d) >= 0) {
+            py -= 2 * aa;
+            --j;
+            d += px - py + bb;
+        } else {
+            d += px + bb;
+        }
+        ++i;
+        if (i > radii.x || j < -radii.y) {
+            return;
+        }
+    } while (is_signed(px) < is_signed(py));
+    while (j > 0 && i <= radii.x) {
+        py -= 2 * aa;
+        shape.add(i, j);
+        --j;
+        if (is_signed(d) < 1) {
+            px += 2 * bb;
+            ++i;
+            d += px - py + aa;
+        } else {
+            d -= py + aa;
+        }
+    }
+}
+
+template <class Shape> void walk(Radii radii, Shape& shape) {
+    if (radii.x == radii.y) {
+        walk_circle(radii.x, shape);
+    } else {
+        walk_ellipse(radii, shape);
+    }
+}
+
+// Draws the pixels in the order of the walk, which meets the upper and the lower end of an ellipse twice: there it blends twice.
+template <bool blends, bool masked> struct Outline {
+    std::uint8_t* const* rows;
+    const Frame_Buffer_Mask* mask; // null unless masked
+    std::int32_t x, y;
+    VT_RGB32 color;
+
+    void add_row_ends(std::int32_t dx) {
+        draw(x - dx, y);
+        draw(x + dx, y);
+    }
+    void add_column_ends(std::int32_t dy) {
+        draw(x, y + dy);
+        draw(x, y - dy);
+    }
+    void add(std::int32_t dx, std::int32_t dy) {
+        draw(x - dx, y + dy);
+        draw(x + dx, y + dy);
+        draw(x - dx, y - dy);
+        draw(x + dx, y - dy);
+    }
+
+private:
+    void draw(std::int32_t column, std::int32_t row) {
+        if constexpr (masked) {
+            if (!Mask_Cursor::at(*mask, row, column).drawable()) {
+                return;
+            }
+        }
+        std::uint8_t* pixel = rows[row] + std::int64_t{4} * column;
+        if constexpr (blends) {
+            blend_by_weight(pixel, color);
+        } else {
+            std::memcpy(pixel, &color, 4);
+        }
+    }
+};
+
+// How far the outline reaches to both sides in each row from the centre's up; -1 where it has no pixel.
+class Extents {
+public:
+    explicit Extents(std::int32_t last) : extents_(std::int64_t{last} + 1) {
+        std::fill_n(extents_.data(), std::size_t{1} + static_cast<std::size_t>(last), -1);
+    }
+
+    void add_row_ends(std::int32_t dx) { add(dx, 0); }
+    void add_column_ends(std::int32_t dy) { add(0, dy); }
+    void add(std::int32_t dx, std::int32_t dy) {
+        std::int32_t& extent = extents_[std::abs(dy)];
+        extent = std::max(extent, dx);
+    }
+    const std::int32_t* data() { return extents_.data(); }
+
+private:
+    Scratch<std::int32_t, 512> extents_;
+};
+
+// A shape that is drawn here, with both radii above 0.
+struct Ellipse {
+    std::int32_t x, y; // column and row of the centre
+    Radii radii;
+    VT_RGB32 color;
+};
+
+template <bool blends>
+void draw_outline(const Software_Z_Buffer& renderer, const Ellipse& ellipse, const Frame_Buffer_Mask* mask) {
+    std::uint8_t* const* rows = renderer.color_buffer->rows;
+    if (mask) {
+        Outline<blends, true> outline{rows, mask, ellipse.x, ellipse.y, ellipse.color};
+        walk(ellipse.radii, outline);
+    } else {
+        Outline<blends, false> outline{rows, nullptr, ellipse.x, ellipse.y, ellipse.color};
+        walk(ellipse.radii, outline);
+    }
+}
+
+void draw_filled(const Software_Z_Buffer& renderer, const Ellipse& ellipse, const Frame_Buffer_Mask* mask) {
+    Extents extents(ellipse.radii.y);
+    walk(ellipse.radii, extents);
+    Pixel_Target target = pixel_target_of(Case::rgb32, renderer, {});
+    target.mask_rows = mask ? mask->rows() : nullptr;
+    const Span_Kernels& kernels = mask ? renderer.kernels->spans->masked : renderer.kernels->spans->open;
+    Fill_Kernel* fill = ellipse.color.alpha == 255 ? kernels.store : kernels.blend;
+    fill(target, {ellipse.x, ellipse.y, ellipse.radii.y, extents.data()}, ellipse.color);
+}
+
+constexpr float quarter_turn = 1.5707964F, half_turn = 3.1415927F, three_quarter_turn = 4.712389F, full_turn = 6.2831855F;
+
+bool turns_axes_into_axes(float rotation) {
+    return rotation == 0 || rotation == quarter_turn || rotation == half_turn || rotation == three_quarter_turn;
+}
+
+// The ends of the polyline that an ellipse without width or height is.
+struct Flat_Ellipse {
+    VT_DCI_Point ends[2];
+
+    Flat_Ellipse(const VT_DCI_Point& center, Radii radii)
+        : ends{{wrapping_subtract(center.x, radii.x), wrapping_subtract(center.y, radii.y), 0},
+               {wrapping_add(center.x, radii.x), wrapping_add(center.y, radii.y), 0}} {}
+};
+
+enum class Form { filled, outline };
+
+template <Form form>
+void draw(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point& center, const VT_DCI_Point& given,
+          double start, double end, double rotation, const VT_RGB32* given_color) {
+    Software_Z_Buffer& renderer = renderer_of(data);
+    const auto turn = static_cast<float>(rotation);
+    const bool whole = static_cast<float>(start) == 0 && static_cast<float>(end) == full_turn;
+    const bool smoothed = form == Form::outline && (rendition.line.flags & line_flag::smoothed) != 0;
+    if (given.x < 0 || given.y < 0 || !whole || !drawn_by_renderer(rendition.line) || smoothed ||
+        (given.x != given.y && !turns_axes_into_axes(turn)) ||
+        (renderer.color_buffer && !renderer.holds_pixels_of(Case::rgb32))) {
+        constexpr auto* standard = form == Form::filled ? VD_Standard_Draw_DCI_Ellipse : VD_Standard_Draw_DCI_Elliptical_Arc;
+        standard(data, rendition, &center, &given, start, end, rotation, given_color);
+        return;
+    }
+    if (!renderer.color_buffer) {
+        return;
+    }
+    Radii radii{given.x, given.y};
+    if (turn == quarter_turn || turn == three_quarter_turn) {
+        std::swap(radii.x, radii.y);
+    }
+    const VT_RGB32 color = given_color ? *given_color : rendition.line.color;
+    if (radii.x == 0 || radii.y == 0) {
+        const Flat_Ellipse line(center, radii);
+        draw_dci_colorized_polyline<Case::rgb32_alpha>(data, rendition, 2, line.ends, &color, true);
+        return;
+    }
+    const Frame_Buffer_Mask* mask = is_masked(renderer, rendition) ? renderer.mask_cache->newest : nullptr;
+    const Ellipse ellipse{center.x, center.y, radii, color};
+    if constexpr (form == Form::filled) {
+        draw_filled(renderer, ellipse, mask);
+    } else if (color.alpha == 255) {
+        draw_outline<false>(renderer, ellipse, mask);
+    } else {
+        draw_outline<true>(renderer, ellipse, mask);
+    }
+}
+
+} // namespace
+
+void draw_dci_ellipse(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point* center,
+                      const VT_DCI_Point* radii, double start, double end, double rotation, const VT_RGB32* color) {
+    draw<Form::filled>(data, rendition, *center, *radii, start, end, rotation, color);
+}
+
+void draw_dci_elliptical_arc(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point* center,
+                             const VT_DCI_Point* radii, double start, double end, double rotation, const VT_RGB32* color) {
+    draw<Form::outline>(data, rendition, *center, *radii, start, end, rotation, color);
+}
+
+} // namespace krb
