@@ -16,6 +16,7 @@
 #include "app/image_file.h"
 #include "app/output_file.h"
 #include "app/scene/color_name.h"
+#include "app/scene/edge_renderer.h"
 #include "app/scene/model_reader.h"
 #include "app/scene/scene_renderer.h"
 #include "app/scene/textured_scene.h"
@@ -43,6 +44,9 @@ struct Render_Options {
     scene::Camera_Settings camera;
     bool orthographic = false;
     scene::Picture_Settings picture;
+    std::string edges; // empty = none
+    std::string edge_color;
+    bool antialias = false;
     int colors = 32;
     int repeat = 1;
     bool stats = false;
@@ -94,20 +98,36 @@ Raster picture_of(const Session& session) {
     return raster;
 }
 
+// What there is to draw: faces, edges or both.
+struct Drawn_Model {
+    std::unique_ptr<scene::Scene> faces;
+    std::unique_ptr<scene::Edge_Renderer> edges;
+
+    const std::vector<VT_Vector>& points() const { return faces ? faces->points() : edges->points(); }
+    std::string summary() const {
+        return (faces ? faces->summary() : "") + (faces && edges ? ", " : "") + (edges ? edges->summary() : "");
+    }
+};
+
 // Clears the window and draws the model.
-void draw_frame(Session& session, VT_Rendition& rendition, scene::Scene& scene, const scene::Camera& camera,
-                const scene::Picture_Settings& settings) {
+void draw_frame(Session& session, VT_Rendition& rendition, const Drawn_Model& model, const scene::Camera& camera,
+                const scene::Picture_Settings& settings, const scene::Edge_Settings& edge_settings) {
     VT_Renderer_Data& renderer = session.renderer();
     renderer.begin_picture_all();
     VD_Draw_Window(renderer, rendition);
     VD_Clear_Depth_Rectangle(renderer, rendition);
-    scene.draw(renderer, rendition, session.window(), camera, settings);
+    if (model.faces) {
+        model.faces->draw(renderer, rendition, session.window(), camera, settings);
+    }
+    if (model.edges) {
+        model.edges->draw(renderer, rendition, session.window(), camera, edge_settings);
+    }
     renderer.end_picture_all();
 }
 
-void print_stats(const scene::Scene& scene, double load, double setup, std::vector<double> draws) {
+void print_stats(const Drawn_Model& model, double load, double setup, std::vector<double> draws) {
     std::ranges::sort(draws);
-    std::fprintf(stderr, "%s, load %.1f ms, setup %.1f ms, draw %.2f ms", scene.summary().c_str(), load, setup, draws.front());
+    std::fprintf(stderr, "%s, load %.1f ms, setup %.1f ms, draw %.2f ms", model.summary().c_str(), load, setup, draws.front());
     if (draws.size() > 1) {
         std::fprintf(stderr, " at best, %.2f ms in the middle of %zu", draws[draws.size() / 2], draws.size());
     }
@@ -115,7 +135,7 @@ void print_stats(const scene::Scene& scene, double load, double setup, std::vect
 }
 
 // Textures are drawn when they are asked for and there are any. What could not be read of them is said, or refused.
-std::unique_ptr<scene::Scene> make_scene(const Render_Options& options, const scene::Mesh& mesh, VT_RGB32 color) {
+std::unique_ptr<scene::Scene> make_faces(const Render_Options& options, const scene::Mesh& mesh, VT_RGB32 color) {
     if (options.picture.shading != scene::Shading::textured) {
         return std::make_unique<scene::Scene_Renderer>(mesh, color, !options.color_given);
     }
@@ -135,10 +155,54 @@ std::unique_ptr<scene::Scene> make_scene(const Render_Options& options, const sc
     return scene;
 }
 
+// Wireframes have the model's colour, edges over faces a dark one.
+scene::Edge_Settings edge_settings_of(const Render_Options& options) {
+    constexpr VT_RGB32 dark{51, 40, 30, 255};
+    scene::Edge_Settings settings;
+    const bool wireframe = options.picture.shading == scene::Shading::wireframe;
+    if (options.edges.empty() && !wireframe) {
+        for (const auto& [given, name] :
+             {std::pair(options.antialias, "--antialias"), {!options.edge_color.empty(), "--edge-color"}}) {
+            if (given) {
+                throw Usage_Error(std::string(name) + ": expected --edges or --shading wireframe beside it, found neither");
+            }
+        }
+    }
+    if (options.antialias && options.colors != 32) {
+        throw Usage_Error("--antialias: expected 32 bits a pixel, found --colors 8");
+    }
+    if (!options.edges.empty() && options.edges != "all" && options.edges != "feature") {
+        throw Usage_Error("--edges: expected all or feature, found '" + options.edges + "'");
+    }
+    settings.choice = options.edges == "feature" ? scene::Edge_Choice::features : scene::Edge_Choice::all;
+    settings.culling = options.picture.culling;
+    settings.over_faces = !wireframe;
+    settings.smoothed = options.antialias;
+    if (!options.edge_color.empty()) {
+        settings.color = parsed_color("--edge-color", options.edge_color);
+    } else if (!wireframe) {
+        settings.color = dark;
+    }
+    return settings;
+}
+
+Drawn_Model make_model(const Render_Options& options, const scene::Mesh& mesh, VT_RGB32 color) {
+    Drawn_Model model;
+    const bool wireframe = options.picture.shading == scene::Shading::wireframe;
+    if (!wireframe) {
+        model.faces = make_faces(options, mesh, color);
+    }
+    if (wireframe || !options.edges.empty()) {
+        model.edges = std::make_unique<scene::Edge_Renderer>(mesh, color, !options.color_given);
+    }
+    return model;
+}
+
 void render(const Render_Options& options, const Module_Choice& module) {
     const VT_Int_Pair size = parsed_size(options.size);
     const VT_RGB32 background = parsed_color("--background", options.background);
     const VT_RGB32 color = parsed_color("--color", options.color);
+    const scene::Edge_Settings edge_settings = edge_settings_of(options);
     scene::Picture_Settings picture = options.picture;
     picture.light = parsed_direction(options.light);
     scene::Camera_Settings camera_settings = options.camera;
@@ -151,8 +215,8 @@ void render(const Render_Options& options, const Module_Choice& module) {
     const double load = milliseconds_since(load_start);
 
     const auto setup_start = Clock::now();
-    const std::unique_ptr<scene::Scene> scene = make_scene(options, mesh, color);
-    const scene::Camera camera = scene::fit_camera(camera_settings, scene->points());
+    const Drawn_Model model = make_model(options, mesh, color);
+    const scene::Camera camera = scene::fit_camera(camera_settings, model.points());
     session.options().set_window_size({size.x + margin, size.y + margin});
     session.options().set_color_system(options.colors == 32 ? 1 : 0);
     session.options().set_buffer_depth(16);
@@ -167,12 +231,12 @@ void render(const Render_Options& options, const Module_Choice& module) {
     std::vector<double> draws;
     for (int i = 0; i < options.repeat; ++i) {
         const auto start = Clock::now();
-        draw_frame(session, *rendition, *scene, camera, picture);
+        draw_frame(session, *rendition, model, camera, picture, edge_settings);
         draws.push_back(milliseconds_since(start));
     }
     write_file(options.output, png_of(picture_of(session), session.palette()));
     if (options.stats) {
-        print_stats(*scene, load, setup, std::move(draws));
+        print_stats(model, load, setup, std::move(draws));
     }
 }
 
@@ -221,8 +285,14 @@ void add_render_command(CLI::App& application, int& status) {
         ->check(CLI::Range(0.01, 1000.0))
         ->capture_default_str();
     add_choice(command, "--shading", options->picture.shading, "How colours run over faces",
-               Choices<scene::Shading>{
-                   {"gouraud", scene::Shading::gouraud}, {"flat", scene::Shading::flat}, {"textured", scene::Shading::textured}});
+               Choices<scene::Shading>{{"gouraud", scene::Shading::gouraud},
+                                       {"flat", scene::Shading::flat},
+                                       {"textured", scene::Shading::textured},
+                                       {"wireframe", scene::Shading::wireframe}});
+    command.add_flag("--edges{all}", options->edges,
+                     "Draw the edges of polygons over them; --edges=feature: outlines, borders and sharp bends only");
+    command.add_option("--edge-color", options->edge_color, "Colour of edges and wireframes")->type_name("COLOR");
+    command.add_flag("--antialias", options->antialias, "Smooth edges and wireframes");
     add_choice(command, "--cull", options->picture.culling, "Faces to leave out, as seen by the viewer",
                Choices<scene::Culling>{{"none", scene::Culling::none}, {"back", scene::Culling::back}});
     command.add_option("--background", options->background, "Colour behind the model")->type_name("COLOR")->capture_default_str();

@@ -33,7 +33,9 @@ render() {
 render bunny $models/bunny.obj --view front
 render bunny-flat $models/bunny.obj --view front --shading flat
 render bunny-palette $models/bunny.obj --view front --colors 8
+render bunny-edges $models/bunny.obj --view front --edges --antialias --zoom 2
 render horse $models/horse.3ds --view left
+render horse-wireframe $models/horse.3ds --view left --shading wireframe --edge-color "#203040"
 render cat $models/cat.3ds --view top
 if [ -e "$dragon" ]; then
     render dragon "$dragon" --view front --size 1920x1080

@@ -12,6 +12,7 @@
 #include <assimp/scene.h>
 
 #include "app/scene/model_reader.h"
+#include "app/scene/polygon.h"
 
 namespace app::scene {
 namespace {
@@ -191,20 +192,23 @@ void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, co
         mesh.colors.push_back(vertex_color(part, v, paint));
         mesh.coordinates.push_back(coordinate(part, v, paint));
     }
+    std::vector<std::uint32_t> corners;
+    std::vector<VT_Vector> places;
     for (unsigned f = 0; f < part.mNumFaces; ++f) {
         const aiFace& face = part.mFaces[f];
-        if (face.mNumIndices != 3) {
-            continue;
-        }
-        for (unsigned i = 0; i < 3; ++i) {
+        corners.clear();
+        places.clear();
+        for (unsigned i = 0; i < face.mNumIndices; ++i) {
             if (face.mIndices[i] >= part.mNumVertices) {
                 throw Model_Error(file + ": mesh '" + part.mName.C_Str() + "', face " + std::to_string(f) +
                                   ": expected a vertex below " + std::to_string(part.mNumVertices) + ", found " +
                                   std::to_string(face.mIndices[i]));
             }
-            mesh.triangles.push_back(base + face.mIndices[i]);
+            corners.push_back(base + face.mIndices[i]);
+            places.push_back(mesh.positions[corners.back()]);
         }
-        mesh.triangle_materials.push_back(known ? part.mMaterialIndex : no_material);
+        append_polygon(mesh, corners, places);
+        mesh.triangle_materials.resize(mesh.triangle_count(), known ? part.mMaterialIndex : no_material);
     }
 }
 
@@ -213,8 +217,8 @@ void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, co
 Mesh read_with_assimp(const std::string& file) {
     Assimp::Importer importer;
     importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
-    const aiScene* scene = importer.ReadFile(file, aiProcess_Triangulate | aiProcess_JoinIdenticalVertices |
-                                                       aiProcess_PreTransformVertices | aiProcess_SortByPType);
+    const aiScene* scene =
+        importer.ReadFile(file, aiProcess_JoinIdenticalVertices | aiProcess_PreTransformVertices | aiProcess_SortByPType);
     if (!scene) {
         std::string reason = importer.GetErrorString();
         std::ranges::replace(reason, '\n', ' ');

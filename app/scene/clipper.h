@@ -1,4 +1,4 @@
-// Triangles cut against the view volume, before the division by w.
+// Triangles and segments cut against the view volume, before the division by w.
 #pragma once
 
 #include <array>
@@ -37,5 +37,13 @@ struct Clip_Polygon {
 
 // What lies inside the planes that are named. Two triangles that share an edge get the same points on it.
 Clip_Polygon clip_triangle(const std::array<Clip_Vertex, 3>& triangle, std::uint8_t planes) noexcept;
+
+struct Clip_Segment {
+    Clip_Point from, to;
+    bool visible = false;
+};
+
+// What lies inside the planes that are named. The same points, in turn, for the segment turned round.
+Clip_Segment clip_segment(const Clip_Point& from, const Clip_Point& to, std::uint8_t planes) noexcept;
 
 } // namespace app::scene

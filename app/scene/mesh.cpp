@@ -14,6 +14,8 @@ namespace {
 
 void drop_degenerate_triangles(Mesh& mesh) {
     std::vector<std::uint32_t>&triangles = mesh.triangles, &materials = mesh.triangle_materials;
+    std::vector<std::uint8_t>& diagonals = mesh.diagonals;
+    diagonals.resize(diagonals.empty() ? 0 : mesh.triangle_count());
     std::size_t kept = 0;
     for (std::size_t t = 0; t < mesh.triangle_count(); ++t) {
         const auto a = triangles[3 * t], b = triangles[3 * t + 1], c = triangles[3 * t + 2];
@@ -24,11 +26,15 @@ void drop_degenerate_triangles(Mesh& mesh) {
             if (!materials.empty()) {
                 materials[kept] = materials[t];
             }
+            if (!diagonals.empty()) {
+                diagonals[kept] = diagonals[t];
+            }
             ++kept;
         }
     }
     triangles.resize(3 * kept);
     materials.resize(materials.empty() ? 0 : kept);
+    diagonals.resize(diagonals.empty() ? 0 : kept);
 }
 
 // Only vertices that a triangle uses count: stray points must not shrink the picture.

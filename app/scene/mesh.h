@@ -29,6 +29,9 @@ struct Mesh {
     std::vector<VT_Vector> normals;       // none, or one a position; a zero one is to be computed
     std::vector<VT_RGB32> colors;         // none, or one a position; alpha 0 = the vertex has no colour of its own
     std::vector<std::uint32_t> triangles; // three positions each
+    // None, or by triangle: bit k is set when the side from corner k to the next one runs through the inside of a polygon.
+    // Without for the last triangles, they have no such side.
+    std::vector<std::uint8_t> diagonals;
 
     std::vector<Texture_Point> coordinates;        // none, or one a position
     std::vector<std::uint32_t> triangle_materials; // none, or one a triangle, no_material for plain ones

@@ -97,7 +97,7 @@ private:
         for (const std::uint32_t corner : polygon_) {
             places_.push_back(positions_[corners_.keys()[corner][0]]);
         }
-        append_polygon(triangles_, polygon_, places_);
+        append_polygon(mesh_, polygon_, places_);
     }
 
     void read_coordinate() {
@@ -106,7 +106,7 @@ private:
     }
 
     // The triangles since the last change are of the material in use.
-    void note_material() { triangle_materials_.resize(triangles_.size() / 3, material_); }
+    void note_material() { triangle_materials_.resize(mesh_.triangle_count(), material_); }
 
     void use_material(const std::string& name) {
         note_material();
@@ -224,7 +224,6 @@ private:
     Mesh take_mesh() {
         note_material();
         Mesh& mesh = mesh_;
-        mesh.triangles = std::move(triangles_);
         const auto& keys = corners_.keys();
         mesh.positions.reserve(keys.size());
         for (const auto& key : keys) {
@@ -261,7 +260,7 @@ private:
     std::vector<Texture_Point> coordinates_;
     std::vector<std::uint32_t> polygon_; // being read
     std::vector<VT_Vector> places_;      // of its corners
-    std::vector<std::uint32_t> triangles_, triangle_materials_;
+    std::vector<std::uint32_t> triangle_materials_;
     Tuple_Table<4> corners_; // position, normal, material, texture coordinate
     std::map<std::string, std::uint32_t> material_numbers_;
     std::vector<Obj_Material> materials_;

@@ -300,7 +300,7 @@ private:
             polygon_.push_back(read_vertex_index(property.scalar));
             places_.push_back(mesh_.positions[polygon_.back()]);
         }
-        append_polygon(mesh_.triangles, polygon_, places_);
+        append_polygon(mesh_, polygon_, places_);
     }
 
     std::uint32_t read_vertex_index(Scalar scalar) {

@@ -109,19 +109,27 @@ private:
 
 } // namespace
 
-void append_polygon(std::vector<std::uint32_t>& triangles, std::span<const std::uint32_t> corners,
-                    std::span<const VT_Vector> places) {
-    if (corners.size() > 3 && corners.size() <= most_cut_corners) {
+void append_polygon(Mesh& mesh, std::span<const std::uint32_t> corners, std::span<const VT_Vector> places) {
+    const auto count = static_cast<std::uint32_t>(corners.size());
+    if (count > 3) {
+        mesh.diagonals.resize(mesh.triangle_count());
+    }
+    const auto append = [&](std::uint32_t a, std::uint32_t b, std::uint32_t c) {
+        mesh.triangles.insert(mesh.triangles.end(), {corners[a], corners[b], corners[c]});
+        if (count > 3) {
+            const auto inner = [=](std::uint32_t from, std::uint32_t to) { return (from + 1) % count != to; };
+            mesh.diagonals.push_back(static_cast<std::uint8_t>(inner(a, b) | inner(b, c) << 1 | inner(c, a) << 2));
+        }
+    };
+    if (count > 3 && count <= most_cut_corners) {
         const VT_Vector_D normal = mean_normal(places);
         if (!is_convex(places, normal)) {
-            Ear_Cutter(flattened(places, normal)).cut([&](std::uint32_t a, std::uint32_t b, std::uint32_t c) {
-                triangles.insert(triangles.end(), {corners[a], corners[b], corners[c]});
-            });
+            Ear_Cutter(flattened(places, normal)).cut(append);
             return;
         }
     }
-    for (std::size_t i = 2; i < corners.size(); ++i) {
-        triangles.insert(triangles.end(), {corners[0], corners[i - 1], corners[i]});
+    for (std::uint32_t i = 2; i < count; ++i) {
+        append(0, i - 1, i);
     }
 }
 

@@ -10,7 +10,7 @@
 
 namespace app::scene {
 
-enum class Shading { flat, gouraud, textured };
+enum class Shading { flat, gouraud, textured, wireframe };
 enum class Culling { none, back };
 
 struct Picture_Settings {

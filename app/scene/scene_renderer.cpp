@@ -76,34 +76,6 @@ void Scene_Renderer::lay_out(const Mesh& mesh, const Strips& strips) {
     }
 }
 
-void Scene_Renderer::transform(const Camera& camera, const VT_Int_Rectangle& window) {
-    float m[4][4];
-    for (int r = 0; r < 4; ++r) {
-        std::ranges::transform(camera.clip_from_model.m[r], m[r], [](double value) { return static_cast<float>(value); });
-    }
-    const Viewport viewport(window);
-    const std::size_t count = positions_.size();
-    device_points_.resize(count);
-    beyond_.resize(count);
-    const float *px = positions_.x.data(), *py = positions_.y.data(), *pz = positions_.z.data();
-    VT_DCI_Point* device_points = device_points_.data();
-    std::uint8_t* beyond_planes = beyond_.data();
-    int seen = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        const float x = m[0][0] * px[i] + m[0][1] * py[i] + m[0][2] * pz[i] + m[0][3];
-        const float y = m[1][0] * px[i] + m[1][1] * py[i] + m[1][2] * pz[i] + m[1][3];
-        const float z = m[2][0] * px[i] + m[2][1] * py[i] + m[2][2] * pz[i] + m[2][3];
-        const float w = m[3][0] * px[i] + m[3][1] * py[i] + m[3][2] * pz[i] + m[3][3];
-        const int planes = (x < -w) * beyond::left + (x > w) * beyond::right + (y < -w) * beyond::bottom + (y > w) * beyond::top +
-                           (z < 0.0F) * beyond::near + (z > w) * beyond::far;
-        seen |= planes;
-        beyond_planes[i] = static_cast<std::uint8_t>(planes);
-        const float scale = 1.0F / w;
-        device_points[i] = viewport.device_point(x * scale, y * scale, z * scale);
-    }
-    any_beyond_ = seen != 0;
-}
-
 void Scene_Renderer::light(const Camera& camera, const Picture_Settings& settings) {
     const Lighting lighting(camera, settings.light);
     const Surfaces& surfaces = settings.shading == Shading::flat ? faces_ : vertices_;
@@ -120,9 +92,9 @@ Scene_Renderer::Manner Scene_Renderer::manner_of(const Drawing& drawing, std::si
     if (!front && drawing.cull_backs) {
         return Manner::hidden;
     }
-    if (any_beyond_) {
+    if (projection_.any_beyond) {
         const std::uint32_t* vertex = &strip_vertices_[place];
-        const int a = beyond_[vertex[0]], b = beyond_[vertex[1]], c = beyond_[vertex[2]];
+        const int a = projection_.planes[vertex[0]], b = projection_.planes[vertex[1]], c = projection_.planes[vertex[2]];
         if ((a & b & c) != 0) {
             return Manner::hidden;
         }
@@ -135,7 +107,7 @@ Scene_Renderer::Manner Scene_Renderer::manner_of(const Drawing& drawing, std::si
 
 void Scene_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window,
                           const Camera& camera, const Picture_Settings& settings) {
-    transform(camera, window);
+    projection_.project(positions_, camera, window);
     light(camera, settings);
     const Drawing drawing{
         renderer, rendition, camera, Viewport(window), settings.shading == Shading::flat, settings.culling == Culling::back};
@@ -176,7 +148,7 @@ void Scene_Renderer::draw_run(const Drawing& drawing, std::size_t first, std::si
         run_colors_.resize(count);
     }
     for (std::size_t i = 0; i < count; ++i) {
-        run_points_[i] = device_points_[strip_vertices_[first + i]];
+        run_points_[i] = projection_.device_points[strip_vertices_[first + i]];
     }
     const auto point_count = static_cast<std::int32_t>(count);
     if (drawing.flat) {
@@ -198,7 +170,7 @@ void Scene_Renderer::draw_clipped(const Drawing& drawing, std::size_t place) {
         const std::uint32_t vertex = strip_vertices_[place + i];
         triangle[i] = {transformed(drawing.camera.clip_from_model, points_[vertex]), colors[drawing.flat ? place : vertex],
                        static_cast<int>(i)};
-        planes |= beyond_[vertex];
+        planes |= projection_.planes[vertex];
     }
     const Clip_Polygon polygon = clip_triangle(triangle, planes);
     if (polygon.count < 3) {
@@ -212,7 +184,7 @@ void Scene_Renderer::draw_clipped(const Drawing& drawing, std::size_t place) {
         const Clip_Point& p = vertex.point;
         // Corners that are kept must be where the neighbouring triangles have them.
         points[i] = vertex.corner >= 0
-                        ? device_points_[strip_vertices_[place + static_cast<std::size_t>(vertex.corner)]]
+                        ? projection_.device_points[strip_vertices_[place + static_cast<std::size_t>(vertex.corner)]]
                         : drawing.viewport.device_point(static_cast<float>(p.x / p.w), static_cast<float>(p.y / p.w),
                                                         static_cast<float>(p.z / p.w));
         point_colors[i] = vertex.color;

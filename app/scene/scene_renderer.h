@@ -10,6 +10,7 @@
 #include "app/scene/clipper.h"
 #include "app/scene/lighting.h"
 #include "app/scene/mesh.h"
+#include "app/scene/projected_points.h"
 #include "app/scene/scene.h"
 #include "app/scene/strips.h"
 
@@ -34,7 +35,6 @@ private:
     struct Drawing;
 
     void lay_out(const Mesh& mesh, const Strips& strips);
-    void transform(const Camera& camera, const VT_Int_Rectangle& window);
     void light(const Camera& camera, const Picture_Settings& settings);
     Manner manner_of(const Drawing& drawing, std::size_t place) const noexcept;
     void draw_strip(const Drawing& drawing, std::size_t begin, std::size_t end);
@@ -51,9 +51,7 @@ private:
     std::size_t triangle_count_ = 0;
 
     // Of the picture being drawn.
-    std::vector<VT_DCI_Point> device_points_;
-    std::vector<std::uint8_t> beyond_; // planes by vertex
-    bool any_beyond_ = false;
+    Projected_Points projection_;                      // of vertices
     std::vector<VT_RGB32> front_colors_, back_colors_; // by vertex, or by place in flat shading
     std::vector<VT_DCI_Point> run_points_;
     std::vector<VT_RGB32> run_colors_;

@@ -13,10 +13,11 @@ namespace app::scene {
 namespace {
 
 std::vector<std::uint32_t> triangles_of(const std::vector<VT_Vector>& places) {
-    std::vector<std::uint32_t> corners(places.size()), triangles;
+    std::vector<std::uint32_t> corners(places.size());
     std::iota(corners.begin(), corners.end(), 0U);
-    append_polygon(triangles, corners, places);
-    return triangles;
+    Mesh mesh;
+    append_polygon(mesh, corners, places);
+    return mesh.triangles;
 }
 
 // The sum of the triangles' sizes, and of their parts along the normal: equal when none is turned over or overlaps.

@@ -1,0 +1,341 @@
+// Draws a model's edges.
+#include "app/scene/edge_renderer.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <tuple>
+
+#include "app/scene/clipper.h"
+#include "app/scene/vectors.h"
+#include "app/scene/viewport.h"
+#include "vorna/draw.h"
+
+namespace app::scene {
+namespace {
+
+constexpr std::uint32_t none = 0xFFFFFFFF;
+// Of the angle between two faces' normals from which on their edge is a feature, 30 degrees.
+constexpr float crease_cosine = 0.8660254F;
+// Depth units by which lines and faces may differ where both should be the same, for both round.
+constexpr std::int32_t least_lift = 2;
+
+std::uint8_t mean(std::uint8_t a, std::uint8_t b) {
+    return static_cast<std::uint8_t>((a + b + 1) / 2);
+}
+
+VT_DCI_Point device_point(const Viewport& viewport, const Clip_Point& p) {
+    return viewport.device_point(static_cast<float>(p.x / p.w), static_cast<float>(p.y / p.w), static_cast<float>(p.z / p.w));
+}
+
+bool same(const VT_DCI_Point& a, const VT_DCI_Point& b) {
+    return a.x == b.x && a.y == b.y && a.z == b.z;
+}
+
+// A look at the depths of a window.
+class Depths {
+public:
+    Depths(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window) : window_(window) {
+        const VT_DCI_Point top_left{window.left, window.top, 0}, bottom_right{window.right, window.bottom, 0};
+        const Buffer_Format format = Buffer_Format::depth16;
+        VD_Read_Depth_Image(renderer, rendition, &top_left, &bottom_right, &format, image_);
+    }
+
+    std::int32_t at(std::int32_t x, std::int32_t y) const noexcept {
+        std::uint16_t depth = 0;
+        std::memcpy(&depth, image_->row(image_->bottom_up() ? y - window_.bottom : window_.top - y) + 2 * (x - window_.left), 2);
+        return depth;
+    }
+
+private:
+    VT_Int_Rectangle window_;
+    VT_Reference<VT_Shared_Image> image_;
+};
+
+} // namespace
+
+// Joins segments to polylines and draws them. Smoothed lines know no depth buffer: what is visible of a segment over faces is
+// found pixel by pixel along it first.
+class Edge_Renderer::Pen {
+public:
+    Pen(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, const Edge_Settings& settings,
+        VT_RGB32 color)
+        : renderer_(renderer), rendition_(new VT_Rendition(rendition)) {
+        VT_Line_Attributes& line = rendition_->line;
+        line = {};
+        line.color = color;
+        line.index = static_cast<std::uint8_t>(renderer.current_options.palette().closest_match(color, false));
+        line.flags = settings.smoothed ? line_flag::smoothed : 0;
+        rendition_->clip.depth_test = settings.over_faces && !settings.smoothed;
+        if (settings.over_faces && settings.smoothed) {
+            depths_.emplace(renderer, rendition, window);
+        }
+    }
+    Pen(const Pen&) = delete;
+    Pen& operator=(const Pen&) = delete;
+    ~Pen() { finish_polyline(); }
+
+    // color: null = that of the pen, as for all other segments.
+    void draw(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
+        if (depths_) {
+            draw_visible(from, to, color);
+        } else {
+            append(from, to, color);
+        }
+    }
+
+private:
+    void append(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
+        if (points_.empty() || !same(points_.back(), from)) {
+            finish_polyline();
+            points_.push_back(from);
+        }
+        points_.push_back(to);
+        if (color) {
+            colors_.push_back(*color);
+        }
+    }
+
+    void draw_visible(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
+        const std::int32_t dx = to.x - from.x, dy = to.y - from.y, dz = to.z - from.z;
+        const std::int32_t steps = std::max(std::abs(dx), std::abs(dy));
+        const auto point_at = [&](std::int32_t i) {
+            const auto moved = [=](std::int32_t start, std::int32_t change) {
+                return start + static_cast<std::int32_t>(std::floor(static_cast<double>(change) * i / steps + 0.5));
+            };
+            return i == 0 ? from : VT_DCI_Point{moved(from.x, dx), moved(from.y, dy), moved(from.z, dz)};
+        };
+        std::int32_t first = -1;
+        for (std::int32_t i = 0; i <= steps; ++i) {
+            const VT_DCI_Point p = point_at(i);
+            const bool visible = p.z <= depths_->at(p.x, p.y);
+            if (visible && first < 0) {
+                first = i;
+            }
+            if (first >= 0 && (!visible || i == steps)) {
+                append(point_at(first), visible ? p : point_at(i - 1), color);
+                first = -1;
+            }
+        }
+    }
+
+    void finish_polyline() {
+        const auto count = static_cast<std::int32_t>(points_.size());
+        if (count > 1 && colors_.empty()) {
+            VD_Draw_DCI_Polyline(renderer_, *rendition_, count, points_.data());
+        } else if (count > 1) {
+            VD_Draw_DCI_Colorized_Polyline(renderer_, *rendition_, count, points_.data(), colors_.data(), false);
+        }
+        points_.clear();
+        colors_.clear();
+    }
+
+    VT_Renderer_Data& renderer_;
+    VT_Reference<VT_Rendition> rendition_;
+    std::optional<Depths> depths_;
+    std::vector<VT_DCI_Point> points_;
+    std::vector<VT_RGB32> colors_; // of the segments
+};
+
+Edge_Renderer::Edge_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors)
+    : edges_(make_edges(mesh)), positions_(edges_.points.size()), base_color_(base_color) {
+    for (std::size_t p = 0; p < edges_.points.size(); ++p) {
+        positions_.set(p, edges_.points[p]);
+    }
+    faces_.resize(mesh.triangle_count());
+    for (std::size_t t = 0; t < mesh.triangle_count(); ++t) {
+        faces_.set(t, face_normal(mesh, t), mesh.positions[mesh.triangles[3 * t]]);
+    }
+    enclosure_ = enclosure_of(mesh);
+    set_features(mesh);
+    if (own_colors && !mesh.colors.empty()) {
+        set_colors(mesh, base_color);
+    }
+}
+
+std::string Edge_Renderer::summary() const {
+    return std::to_string(edges_.count) + " edges in " + std::to_string(edges_.starts.size() - 1) + " polylines";
+}
+
+// A surface without borders hides the side that looks inwards; which of them that is, the enclosed volume's sign says.
+Edge_Renderer::Enclosure Edge_Renderer::enclosure_of(const Mesh& mesh) const {
+    if (!edges_.closed) {
+        return Enclosure::none;
+    }
+    double volume = 0;
+    for (std::size_t t = 0; t < mesh.triangle_count(); ++t) {
+        const std::uint32_t* corners = &mesh.triangles[3 * t];
+        const VT_Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]], &c = mesh.positions[corners[2]];
+        const VT_Vector normal = cross(b - a, c - a);
+        const bool turned = dot(normal, faces_.normals[t]) < 0.0F;
+        volume += (turned ? -1.0 : 1.0) * dot(normal, a);
+    }
+    return volume < 0 ? Enclosure::looking_inwards : Enclosure::looking_outwards;
+}
+
+// Edges with one face, or more than two, and those where two faces meet at an angle.
+void Edge_Renderer::set_features(const Mesh& mesh) {
+    std::vector<std::uint32_t> first_face(edges_.chains.size(), none);
+    std::vector<std::uint8_t> face_counts(edges_.chains.size());
+    features_.resize(edges_.chains.size());
+    for (std::size_t side = 0; side < mesh.triangles.size(); ++side) {
+        const std::uint32_t edge = edges_.triangle_edges[side];
+        if (edge == no_edge) {
+            continue;
+        }
+        const auto face = static_cast<std::uint32_t>(side / 3);
+        if (face_counts[edge] == 0) {
+            first_face[edge] = face;
+        }
+        face_counts[edge] = static_cast<std::uint8_t>(std::min(face_counts[edge] + 1, 3));
+        const bool bends = dot(faces_.normals[first_face[edge]], faces_.normals[face]) < crease_cosine;
+        features_[edge] = bends || face_counts[edge] != 2;
+    }
+}
+
+// The mean of an edge's ends, as its first triangle has them.
+void Edge_Renderer::set_colors(const Mesh& mesh, VT_RGB32 base_color) {
+    colors_.resize(edges_.chains.size());
+    for (std::size_t side = mesh.triangles.size(); side-- > 0;) {
+        const auto color_of = [&](std::size_t corner) {
+            const VT_RGB32 own = mesh.colors[mesh.triangles[corner]];
+            return own.alpha == 0 ? base_color : own;
+        };
+        if (const std::uint32_t edge = edges_.triangle_edges[side]; edge != no_edge) {
+            const VT_RGB32 a = color_of(side), b = color_of(side % 3 == 2 ? side - 2 : side + 1);
+            colors_[edge] = {mean(a.blue, b.blue), mean(a.green, b.green), mean(a.red, b.red), 255};
+        }
+    }
+}
+
+void Edge_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window,
+                         const Camera& camera, const Edge_Settings& settings) {
+    projection_.project(positions_, camera, window);
+    choose_edges(camera, settings);
+    if (settings.over_faces) {
+        lift_points(camera, window, settings.culling);
+    }
+    Pen pen(renderer, rendition, window, settings, settings.color.value_or(base_color_));
+    const bool colored = !settings.color && !colors_.empty();
+    for (std::size_t edge = 0; edge + 1 < edges_.chains.size(); ++edge) {
+        if (drawn_[edge]) {
+            draw_edge(pen, edge, colored ? &colors_[edge] : nullptr, camera, window, settings.over_faces);
+        }
+    }
+}
+
+void Edge_Renderer::choose_edges(const Camera& camera, const Edge_Settings& settings) {
+    const bool culls = settings.culling == Culling::back, only_features = settings.choice == Edge_Choice::features;
+    drawn_.assign(edges_.chains.size(), !culls && !only_features);
+    if (culls || only_features) {
+        constexpr std::uint8_t front = 1, back = 2;
+        for (std::size_t side = 0; side < edges_.triangle_edges.size(); ++side) {
+            if (const std::uint32_t edge = edges_.triangle_edges[side]; edge != no_edge) {
+                drawn_[edge] |= faces_.face_viewer(side / 3, camera) ? front : back;
+            }
+        }
+        for (std::size_t edge = 0; edge < drawn_.size(); ++edge) {
+            const std::uint8_t sides = drawn_[edge];
+            const bool feature = features_[edge] || sides == (front | back);
+            drawn_[edge] = (!culls || (sides & front)) && (!only_features || feature);
+        }
+    }
+    for (std::size_t chain = 1; chain < edges_.starts.size(); ++chain) {
+        drawn_[edges_.starts[chain] - 1] = false;
+    }
+}
+
+// Edges must be drawn in front of the faces that they bound. A line's pixels lie up to half a pixel beside the line, and a face's
+// spans run between ends that are cut to whole columns. So an edge is moved towards the viewer by what the depth of the faces
+// around its ends changes over two pixels to the side and one upwards, but never by more than there is between a face's nearest
+// and farthest point. What an edge may shine through is thus no farther in front of it than such a face itself rises over that
+// way. Only faces that are seen count: an edge between two that a closed surface hides, or that are left out, is moved by no more
+// than rounding takes. Triangles seen so exactly from their side that they cover no pixel need nothing. Points have one lift for
+// all such edges that meet there, the largest: polylines stay joined, and pixels around a point lie in any of its faces.
+void Edge_Renderer::lift_points(const Camera& camera, const VT_Int_Rectangle& window, Culling culling) {
+    lifts_.assign(edges_.points.size(), least_lift);
+    lifted_.assign(edges_.chains.size(), false);
+    const bool seen_from_front = enclosure_ != Enclosure::looking_inwards || culling == Culling::back;
+    const bool seen_from_back = enclosure_ != Enclosure::looking_outwards && culling == Culling::none;
+    for (std::size_t t = 0; t < faces_.size(); ++t) {
+        const bool front = faces_.face_viewer(t, camera);
+        if (front ? !seen_from_front : !seen_from_back) {
+            continue;
+        }
+        const auto lift = least_lift + static_cast<std::int32_t>(rise_of(t, camera, window));
+        for (std::size_t corner = 3 * t; corner < 3 * t + 3; ++corner) {
+            std::int32_t& highest = lifts_[edges_.triangles[corner]];
+            highest = std::max(highest, lift);
+            if (const std::uint32_t edge = edges_.triangle_edges[corner]; edge != no_edge) {
+                lifted_[edge] = true;
+            }
+        }
+    }
+}
+
+// How far a triangle's depth changes over two columns and a row, from 0 to 65535.
+double Edge_Renderer::rise_of(std::size_t triangle, const Camera& camera, const VT_Int_Rectangle& window) const {
+    const std::uint32_t* corners = &edges_.triangles[3 * triangle];
+    double x[3], y[3], z[3], w[3];
+    if ((projection_.planes[corners[0]] | projection_.planes[corners[1]] | projection_.planes[corners[2]]) == 0) {
+        for (int i = 0; i < 3; ++i) {
+            const VT_DCI_Point& p = projection_.device_points[corners[i]];
+            x[i] = p.x;
+            y[i] = p.y;
+            z[i] = p.z;
+            w[i] = 1;
+        }
+    } else {
+        const Viewport viewport(window);
+        for (int i = 0; i < 3; ++i) {
+            const Clip_Point p = transformed(camera.clip_from_model, edges_.points[corners[i]]);
+            x[i] = p.x * viewport.half_width;
+            y[i] = p.y * viewport.half_height;
+            z[i] = p.z * farthest_depth;
+            w[i] = p.w;
+        }
+    }
+    // z = a x + b y + c w for all three: the same a and b as for z / w over x / w and y / w.
+    const auto determinant = [](const double(&p)[3], const double(&q)[3], const double(&r)[3]) {
+        return p[0] * (q[1] * r[2] - q[2] * r[1]) + p[1] * (q[2] * r[0] - q[0] * r[2]) + p[2] * (q[0] * r[1] - q[1] * r[0]);
+    };
+    const double area = determinant(x, y, w);
+    if (area == 0) {
+        return 0;
+    }
+    const double along_x = determinant(z, y, w) / area, along_y = determinant(x, z, w) / area;
+    double nearest = 0, farthest = farthest_depth;
+    if (w[0] > 0 && w[1] > 0 && w[2] > 0) {
+        std::tie(nearest, farthest) = std::minmax({z[0] / w[0], z[1] / w[1], z[2] / w[2]});
+    }
+    return std::min(2 * std::abs(along_x) + std::abs(along_y), farthest - nearest);
+}
+
+void Edge_Renderer::draw_edge(Pen& pen, std::size_t edge, const VT_RGB32* color, const Camera& camera,
+                              const VT_Int_Rectangle& window, bool over_faces) const {
+    const std::uint32_t ends[2] = {edges_.chains[edge], edges_.chains[edge + 1]};
+    const std::uint8_t planes[2] = {projection_.planes[ends[0]], projection_.planes[ends[1]]};
+    if ((planes[0] & planes[1]) != 0) {
+        return;
+    }
+    VT_DCI_Point points[2] = {projection_.device_points[ends[0]], projection_.device_points[ends[1]]};
+    if ((planes[0] | planes[1]) != 0) {
+        const Clip_Segment segment =
+            clip_segment(transformed(camera.clip_from_model, edges_.points[ends[0]]),
+                         transformed(camera.clip_from_model, edges_.points[ends[1]]), planes[0] | planes[1]);
+        if (!segment.visible) {
+            return;
+        }
+        // Ends that are kept must be where the faces have them.
+        const Viewport viewport(window);
+        points[0] = planes[0] ? device_point(viewport, segment.from) : points[0];
+        points[1] = planes[1] ? device_point(viewport, segment.to) : points[1];
+    }
+    for (int i = 0; i < 2 && over_faces; ++i) {
+        points[i].z = std::max(points[i].z - (lifted_[edge] ? lifts_[ends[i]] : least_lift), 0);
+    }
+    pen.draw(points[0], points[1], color);
+}
+
+} // namespace app::scene

@@ -1,0 +1,74 @@
+// Draws a model's edges: alone as a wireframe, or over its faces.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/scene/camera.h"
+#include "app/scene/edges.h"
+#include "app/scene/lighting.h"
+#include "app/scene/mesh.h"
+#include "app/scene/projected_points.h"
+#include "app/scene/scene.h"
+#include "renderer/host/renderer_data.h"
+#include "renderer/host/rendition.h"
+
+namespace app::scene {
+
+enum class Edge_Choice {
+    all,
+    features, // where the surface ends or bends sharply, and its outline as seen by the viewer
+};
+
+struct Edge_Settings {
+    Edge_Choice choice = Edge_Choice::all;
+    Culling culling = Culling::none; // edges of which all faces are left out are left out too
+    bool over_faces = false;         // hidden behind the faces that are in the depth buffer
+    bool smoothed = false;           // for 32-bit colours
+    std::optional<VT_RGB32> color;   // instead of the model's
+};
+
+class Edge_Renderer {
+public:
+    // The mesh may be gone afterwards. base_color: of vertices without a colour of their own; of all with own_colors off.
+    Edge_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors);
+
+    // For fitting a camera.
+    const std::vector<VT_Vector>& points() const noexcept { return edges_.points; }
+    std::string summary() const;
+
+    // Draws into the window's pixels. Edges over faces obey the depth buffer, others leave it alone.
+    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, const Camera& camera,
+              const Edge_Settings& settings);
+
+private:
+    class Pen;
+    enum class Enclosure { none, looking_outwards, looking_inwards }; // faces of a closed surface
+
+    Enclosure enclosure_of(const Mesh& mesh) const;
+    void set_features(const Mesh& mesh);
+    void set_colors(const Mesh& mesh, VT_RGB32 base_color);
+    void choose_edges(const Camera& camera, const Edge_Settings& settings);
+    void lift_points(const Camera& camera, const VT_Int_Rectangle& window, Culling culling);
+    double rise_of(std::size_t triangle, const Camera& camera, const VT_Int_Rectangle& window) const;
+    void draw_edge(Pen& pen, std::size_t edge, const VT_RGB32* color, const Camera& camera, const VT_Int_Rectangle& window,
+                   bool over_faces) const;
+
+    Edges edges_;
+    Vector_Columns positions_;
+    Surfaces faces_;
+    VT_RGB32 base_color_;
+    Enclosure enclosure_ = Enclosure::none;
+    std::vector<VT_RGB32> colors_;       // none, or by edge
+    std::vector<std::uint8_t> features_; // by edge: whether it is one from everywhere
+
+    // Of the picture being drawn.
+    Projected_Points projection_;
+    std::vector<std::uint8_t> drawn_;  // by edge; the last place of a chain is none
+    std::vector<std::int32_t> lifts_;  // by point, see lift_points
+    std::vector<std::uint8_t> lifted_; // by edge: whether it bounds a face that is seen
+};
+
+} // namespace app::scene
