@@ -64,7 +64,7 @@ private:
         cairo_paint(cairo_.get());
     }
 
-    static void draw_all(const Polylines&) {}
+    void draw_all(const Polylines&) {}
 
     void set_color(VT_RGB32 color) {
         cairo_set_source_rgb(cairo_.get(), color.red / 255.0, color.green / 255.0, color.blue / 255.0);

@@ -223,6 +223,7 @@ public:
         std::vector<std::uint32_t> pixels(static_cast<std::size_t>(window_size.x) * static_cast<std::size_t>(window_size.y));
         glReadPixels(0, 0, window_size.x, window_size.y, GL_BGRA, GL_UNSIGNED_BYTE, pixels.data());
         std::vector<bool> painted;
+        painted.reserve(pixels.size());
         for (const std::uint32_t pixel : pixels) {
             painted.push_back(pixel != 0xFFFFFFFF);
         }

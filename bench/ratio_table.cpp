@@ -18,6 +18,11 @@ std::string milliseconds(std::optional<double> seconds) {
     return seconds ? formatted("%.2f ms", *seconds * 1e3) : "–";
 }
 
+// Three digits that count.
+std::string rate_text(double rate) {
+    return formatted(rate < 1000 ? "%.3g" : "%.0f", rate);
+}
+
 // The title of the first column, then right-aligned ones.
 std::string heading(const std::vector<std::string>& columns) {
     std::string titles, rule;
@@ -52,37 +57,54 @@ std::optional<double> Ratio_Table::seconds(const std::string& name) const {
     return found == seconds_.end() ? std::nullopt : std::optional(found->second);
 }
 
-std::string Ratio_Table::drawings_markdown() const {
-    std::string text, unit;
-    for (const Row& drawing : drawings_) {
+std::string Ratio_Table::time_cell(const std::string& name) const {
+    const auto remark = remarks_.find(name);
+    return remark == remarks_.end() ? milliseconds(seconds(name)) : remark->second;
+}
+
+std::string Ratio_Table::table_of(const std::vector<Row>& drawings) const {
+    const auto is_known = [this](const Row& drawing, const std::string& who) {
+        return seconds_.contains(drawing.name + '/' + who) || remarks_.contains(drawing.name + '/' + who);
+    };
+    std::vector<std::string> peers;
+    for (const std::string& peer : peers_) {
+        if (std::any_of(drawings.begin(), drawings.end(), [&](const Row& drawing) { return is_known(drawing, peer); })) {
+            peers.push_back(peer);
+        }
+    }
+    const std::string& unit = drawings.front().unit.title;
+    std::vector<std::string> columns{"drawing", "krb.vrd", unit};
+    columns.insert(columns.end(), peers.begin(), peers.end());
+    columns.insert(columns.end(), {"best peer, " + unit, "best peer's time ÷ krb.vrd's"});
+    std::string rows;
+    for (const Row& drawing : drawings) {
         const std::optional<double> ours = seconds(drawing.name + "/vorna");
-        const auto rate = [&](std::optional<double> time) {
-            return time ? formatted("%.3g", drawing.amount / *time / drawing.unit.size) : std::string("–");
+        const auto rate_cell = [&](std::optional<double> time) {
+            return time ? rate_text(drawing.amount / *time / drawing.unit.size) : "–";
         };
-        const auto time_cell = [&](const std::string& who) {
-            const auto remark = remarks_.find(drawing.name + "/" + who);
-            return remark == remarks_.end() ? milliseconds(seconds(drawing.name + "/" + who)) : remark->second;
-        };
-        std::vector<std::string> cells{drawing.title, time_cell("vorna"), rate(ours)};
+        std::vector<std::string> cells{drawing.title, time_cell(drawing.name + "/vorna"), rate_cell(ours)};
         std::optional<double> best;
-        for (const std::string& peer : peers_) {
-            const std::optional<double> theirs = seconds(drawing.name + "/" + peer);
-            cells.push_back(time_cell(peer));
+        for (const std::string& peer : peers) {
+            const std::optional<double> theirs = seconds(drawing.name + '/' + peer);
+            cells.push_back(time_cell(drawing.name + '/' + peer));
             best = theirs && best ? std::min(*theirs, *best) : theirs ? theirs : best;
         }
-        if (!ours && !best) {
-            continue;
-        }
-        cells.push_back(rate(best));
+        cells.push_back(rate_cell(best));
         cells.push_back(ours && best ? formatted("%.2f", *best / *ours) : "–");
-        if (unit != drawing.unit.title) {
-            unit = drawing.unit.title;
-            std::vector<std::string> columns{"drawing", "krb.vrd", unit};
-            columns.insert(columns.end(), peers_.begin(), peers_.end());
-            columns.insert(columns.end(), {"best peer, " + unit, "best peer's time ÷ krb.vrd's"});
-            text += heading(columns);
+        if (best || is_known(drawing, "vorna")) {
+            rows += row(cells);
         }
-        text += row(cells);
+    }
+    return rows.empty() ? rows : heading(columns) + rows;
+}
+
+std::string Ratio_Table::drawings_markdown() const {
+    std::string text;
+    for (auto first = drawings_.begin(); first != drawings_.end();) {
+        const auto last =
+            std::find_if(first, drawings_.end(), [&](const Row& drawing) { return drawing.unit.title != first->unit.title; });
+        text += table_of({first, last});
+        first = last;
     }
     return text;
 }

@@ -62,6 +62,9 @@ private:
 
     // Nothing when it was not measured.
     std::optional<double> seconds(const std::string& name) const;
+    // The remark or the time.
+    std::string time_cell(const std::string& name) const;
+    std::string table_of(const std::vector<Row>& drawings) const; // of the same unit
     std::string drawings_markdown() const;
     std::string masked_markdown() const;
     std::string fills_markdown() const;

@@ -100,7 +100,7 @@ private:
         SDL_BlitSurface(source_.get(), nullptr, target_.get(), &place);
     }
 
-    static void draw_all(const Polylines&) {}
+    void draw_all(const Polylines&) {}
 
     void set_color(VT_RGB32 color) { SDL_SetRenderDrawColor(renderer_.get(), color.red, color.green, color.blue, color.alpha); }
 
