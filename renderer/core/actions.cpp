@@ -6,6 +6,7 @@
 
 #include "renderer/core/picture_cycle.h"
 #include "renderer/core/software_z_buffer.h"
+#include "renderer/depth_lines/polylines_dci.h"
 #include "renderer/primitives/dots.h"
 #include "renderer/primitives/images.h"
 #include "renderer/primitives/polygons.h"
@@ -80,9 +81,9 @@ constexpr std::tuple slot_table{
     every_case(&T::draw_2di_polyline, host(VD_Standard_Draw_2DI_Polyline)),
     every_case(&T::draw_2di_colorized_polyline, host(VD_Standard_Draw_2DI_Colorized_Polyline)),
     every_case(&T::draw_2di_gouraud_polyline, host(VD_Standard_Draw_2DI_Gouraud_Polyline)),
-    every_case(&T::draw_dci_polyline, host(VD_Standard_Draw_DCI_Polyline)),
-    every_case(&T::draw_dci_colorized_polyline, host(VD_Standard_Draw_DCI_Colorized_Polyline)),
-    every_case(&T::draw_dci_gouraud_polyline, host(VD_Standard_Draw_DCI_Gouraud_Polyline)),
+    row(&T::draw_dci_polyline, KRB_OWN(draw_dci_polyline)),
+    row(&T::draw_dci_colorized_polyline, KRB_OWN(draw_dci_colorized_polyline)),
+    row(&T::draw_dci_gouraud_polyline, KRB_OWN(draw_dci_gouraud_polyline)),
     row(&T::draw_dci_dot, KRB_OWN(draw_dci_dot)),
     row(&T::draw_2di_polymarker, {{own(draw_2di_polymarker<N8>), own(draw_2di_polymarker<N32>), own(draw_2di_polymarker<N32A>), {}, own(draw_2di_polymarker<D32>), own(draw_2di_polymarker<D32A>)}}),
     row(&T::draw_2di_colorized_polymarker, {{{}, {}, own(draw_2di_colorized_polymarker), {}, {}, {}}}),

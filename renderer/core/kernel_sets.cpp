@@ -15,17 +15,21 @@ namespace krb {
 #if defined(KRB_X86_64)
 namespace baseline {
 extern const Triangle_Kernel_Table triangle_kernels;
-}
+extern const Line_Kernel_Table line_kernels;
+} // namespace baseline
 namespace avx2 {
 extern const Triangle_Kernel_Table triangle_kernels;
-}
+extern const Line_Kernel_Table line_kernels;
+} // namespace avx2
 namespace avx512 {
 extern const Triangle_Kernel_Table triangle_kernels;
-}
+extern const Line_Kernel_Table line_kernels;
+} // namespace avx512
 #endif
 namespace portable {
 extern const Triangle_Kernel_Table triangle_kernels;
-}
+extern const Line_Kernel_Table line_kernels;
+} // namespace portable
 
 namespace {
 
@@ -85,11 +89,11 @@ bool always() {
 // From the best to the one that runs everywhere.
 constexpr Candidate candidates[] = {
 #if defined(KRB_X86_64)
-    {{"avx512", 1, &avx512::triangle_kernels}, has_avx512},
-    {{"avx2", 8, &avx2::triangle_kernels}, has_avx2},
-    {{"baseline", 4, &baseline::triangle_kernels}, has_baseline},
+    {{"avx512", 1, &avx512::triangle_kernels, &avx512::line_kernels}, has_avx512},
+    {{"avx2", 8, &avx2::triangle_kernels, &avx2::line_kernels}, has_avx2},
+    {{"baseline", 4, &baseline::triangle_kernels, &baseline::line_kernels}, has_baseline},
 #endif
-    {{"portable", 1, &portable::triangle_kernels}, always},
+    {{"portable", 1, &portable::triangle_kernels, &portable::line_kernels}, always},
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "renderer/depth_lines/line_kernels.h"
 #include "renderer/triangles/triangle_kernels.h"
 
 namespace krb {
@@ -14,6 +15,7 @@ struct Kernel_Set {
     // vector that lies elsewhere in the same row.
     std::int32_t least_width;
     const Triangle_Kernel_Table* triangles;
+    const Line_Kernel_Table* lines;
 };
 
 // The best set that this processor runs, or the one that the environment variable KRB_KERNELS names: portable, baseline, avx2 or

@@ -1,6 +1,8 @@
 // The renderer object: construction, options, buffers and merge-control colours.
 #include "renderer/core/software_z_buffer.h"
 
+#include <algorithm>
+
 #include "renderer/core/actions.h"
 #include "renderer/core/fixed_point.h"
 
@@ -168,6 +170,15 @@ void Software_Z_Buffer::establish_merge_colors() {
     alternate_background_color.blue = static_cast<std::uint8_t>(background_color.blue == 0 ? 1 : background_color.blue - 1);
     background_index = static_cast<std::uint8_t>(palette().closest_match(background_color, false));
     alternate_background_index = find_alternate_index(palette(), background_index);
+}
+
+VT_Int_Rectangle Software_Z_Buffer::visible_rectangle(const VT_Rendition& rendition) const noexcept {
+    const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
+    const auto last = [](std::int32_t from, std::int32_t size, std::int32_t end) {
+        return static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{from} + size - 1, end));
+    };
+    return {std::max(clip.left, window_origin.x), last(window_origin.x, window_size.x, clip.right),
+            std::max(clip.bottom, window_origin.y), last(window_origin.y, window_size.y, clip.top)};
 }
 
 std::int32_t Software_Z_Buffer::update(const VT_Int_Rectangle& rectangle) {

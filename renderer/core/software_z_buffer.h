@@ -57,6 +57,9 @@ public:
     bool draws_with_depth(const VT_Rendition& rendition) const noexcept { return rendition.clip.depth_test && depth_buffer; }
     bool holds_pixels_of(Case c) const noexcept { return is_index8(c) || color_buffer->format == Buffer_Format::rgb32; }
 
+    // The hard clip, as far as it lies in the window, in device coordinates; may be empty.
+    VT_Int_Rectangle visible_rectangle(const VT_Rendition& rendition) const noexcept;
+
     const VT_Palette& palette() const noexcept { return current_options.palette(); }
 
     // Depth test by mode for single points, as a signed comparison of the point's depth with the stored one.

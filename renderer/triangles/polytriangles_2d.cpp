@@ -18,17 +18,6 @@ bool has_standard_pattern(const VT_Rendition& rendition) noexcept {
     return rendition.face.pattern > face_pattern::last_drawn_by_renderers;
 }
 
-// The hard clip, as far as it lies in the window.
-VT_Int_Rectangle visible_rectangle(const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {
-    const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
-    const VT_Int_Pair origin = renderer.window_origin;
-    const auto last = [](std::int32_t from, std::int32_t size, std::int32_t end) {
-        return static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{from} + size - 1, end));
-    };
-    return {std::max(clip.left, origin.x), last(origin.x, renderer.window_size.x, clip.right), std::max(clip.bottom, origin.y),
-            last(origin.y, renderer.window_size.y, clip.top)};
-}
-
 // Patterns whose cells are all gaps draw nothing unless the gaps are filled.
 bool draws_nothing(const VT_Face_Attributes& face) noexcept {
     const bool inverted = (face.flags & face_flag::inverted_pattern) != 0;
@@ -101,7 +90,7 @@ void draw_2di_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition
         draw_2di_polytriangle<without_depth(c)>(data, rendition, count, points);
         return;
     }
-    const VT_Int_Rectangle rectangle = visible_rectangle(renderer, rendition);
+    const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
     const Flat_Face face = flat_face(c, renderer, rendition);
     Triangle_Call pieces(c, renderer, rendition, Shading::flat, face.pixel);
     prepare_pieces(pieces.target);
@@ -126,7 +115,7 @@ void draw_2di_colorized_polytriangle(VT_Renderer_Data& data, const VT_Rendition&
         draw_2di_colorized_polytriangle<without_depth(c)>(data, rendition, count, points, colors, single_color);
         return;
     }
-    const VT_Int_Rectangle rectangle = visible_rectangle(renderer, rendition);
+    const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
     Triangle_Call pieces(c, renderer, rendition, Shading::flat, colorized_pixel_rule(c, renderer, rendition));
     prepare_pieces(pieces.target);
     walk_strip(
@@ -157,7 +146,7 @@ void draw_2di_gouraud_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
         draw_2di_gouraud_polytriangle<Case::rgb32_alpha>(data, rendition, count, points, colors);
         return;
     }
-    const VT_Int_Rectangle rectangle = visible_rectangle(renderer, rendition);
+    const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
     Triangle_Call pieces(c, renderer, rendition, Shading::gouraud, is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store);
     prepare_pieces(pieces.target);
     Strip_Kernel* near_flat = pieces.kernel(Shading::flat, colorized_pixel_rule(c, renderer, rendition));
@@ -197,7 +186,7 @@ void draw_2di_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& 
                                                          weights, normals);
         return;
     }
-    const VT_Int_Rectangle rectangle = visible_rectangle(renderer, rendition);
+    const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
     Texture_Parameters pairs = texture_parameters(rendition.face, count, parameters, parameter_width);
     Triangle_Call pieces(c, renderer, rendition, Shading::textured, Pixel_Rule::blend);
     prepare_pieces(pieces.target);

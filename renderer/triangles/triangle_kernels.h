@@ -1,30 +1,16 @@
 // What the members of the triangle families hand to their kernels, and the table of kernels of one instruction set.
-//
-// Everything here is plain data: kernels call no function that is not compiled with them.
 #pragma once
 
 #include <cstdint>
 
-#include "renderer/core/dither.h"
+#include "renderer/core/pixel_rules.h"
 #include "renderer/host/color.h"
 #include "renderer/host/geometry.h"
 
 namespace krb {
 
-// The four rules that make up a member, and where its colour comes from.
+// Where the colour comes from.
 enum class Shading { flat, gouraud, textured };
-enum class Pixel_Format { index8, rgb32 };
-enum class Depth_Rule {
-    none,
-    less_or_equal, // pass when new <= stored; a pass always writes
-    by_mode,       // the renderer's test mode and write flag
-};
-enum class Pixel_Rule { store, blend, merge };
-enum class Clip_Rule {
-    open,
-    masked,    // the pixels that the complex-clip mask leaves
-    patterned, // the cells of a face pattern, less what a mask takes away when there is one
-};
 
 struct Triangle_Configuration {
     Shading shading;
@@ -73,34 +59,15 @@ struct Face_Pattern {
     VT_RGB32 contrast;
 };
 
-// Where and how to draw: gathered once a call.
-struct Triangle_Target {
-    std::uint8_t* const* color_rows;
-    std::uint8_t* const* depth_rows;
-    std::int32_t width; // pixels in a row of either buffer
-    std::int32_t origin_x, origin_y;
+struct Triangle_Target : Pixel_Target {
     // Columns and rows that may be drawn, half-open. Looked at only when scissored is set; a caller whose triangles lie inside
     // leaves it clear.
     bool scissored;
     std::int32_t first_column, end_column, first_row, end_row;
-    // For Depth_Rule::by_mode: a pixel passes when new <= stored + depth_bias, or exactly when not, with depth_inverted.
-    std::int32_t depth_bias;
-    bool depth_inverted;
-    bool depth_written;
-    // For Pixel_Rule::merge.
-    std::uint32_t background, alternate_background;
-    std::uint8_t (*merged_index8)(const void* renderer, std::uint8_t stored, std::uint8_t index);
-    const void* renderer;
-    // For Pixel_Format::index8; the bias goes into the low bits of a scaled channel.
-    const Dither* dither;
-    std::int32_t dither_bias;
     // For 8-bit textures: the palette's pixels.
     const std::uint8_t* palette;
     // For Clip_Rule::patterned.
     const Face_Pattern* pattern;
-    // For Clip_Rule::masked, and patterned when not null: start of each mask row, the leftmost pixel in the highest bit, set bits
-    // clipped away. Three bytes from any pixel on can be read.
-    const std::uint8_t* const* mask_rows;
     // For textured strips: rows of texels from the first on, sizes less 1 (powers of two).
     const std::uint8_t* texels;
     std::int32_t texture_width_mask, texture_height_mask;

@@ -2,7 +2,7 @@
 #include "renderer/triangles/triangle_target.h"
 
 #include "renderer/core/fixed_point.h"
-#include "renderer/core/pixel_combine.h"
+#include "renderer/core/pixel_target.h"
 
 namespace krb {
 
@@ -41,40 +41,16 @@ bool is_solid(const VT_Face_Attributes& face) noexcept {
     return face.pattern == face_pattern::solid && !(face.flags & face_flag::inverted_pattern);
 }
 
-// Members that look at the renderer's test mode: the opaque 32-bit ones, and all textured 32-bit ones.
-bool follows_test_mode(Case c, Shading shading) noexcept {
-    return c == Case::depth_rgb32 || (c == Case::depth_rgb32_alpha && shading == Shading::textured);
-}
-
-// Only 32-bit members look at the write flag. The default mode with writing on is the fixed rule.
-Depth_Rule depth_rule_of(Case c, Shading shading, const Software_Z_Buffer& renderer) noexcept {
-    if (!has_depth(c)) {
-        return Depth_Rule::none;
-    }
-    const bool other_test = follows_test_mode(c, shading) && (renderer.z_test == 1 || renderer.z_test == 5);
-    return is_index8(c) || (renderer.z_write && !other_test) ? Depth_Rule::less_or_equal : Depth_Rule::by_mode;
+// Only 32-bit members look at the write flag; the test mode belongs to the opaque ones, and to all textured ones.
+Depth_Rules depth_rules_of(Case c, Shading shading) noexcept {
+    return {c == Case::depth_rgb32 || (c == Case::depth_rgb32_alpha && shading == Shading::textured), !is_index8(c)};
 }
 
 Triangle_Target target_of(Case c, Shading shading, const Software_Z_Buffer& renderer) noexcept {
     Triangle_Target target{};
-    target.color_rows = renderer.color_buffer->rows;
-    target.depth_rows = has_depth(c) ? renderer.depth_buffer->rows : nullptr;
-    target.width = renderer.window_size.x;
-    target.origin_x = renderer.window_origin.x;
-    target.origin_y = renderer.window_origin.y;
+    static_cast<Pixel_Target&>(target) = pixel_target_of(c, renderer, depth_rules_of(c, shading));
     target.end_column = renderer.window_size.x;
     target.end_row = renderer.window_size.y;
-    const bool by_mode = follows_test_mode(c, shading);
-    target.depth_bias = by_mode && renderer.z_test == 1 ? -1 : 0;
-    target.depth_inverted = by_mode && renderer.z_test == 5;
-    target.depth_written = renderer.z_write != 0;
-    target.background = word_of(renderer.background_color);
-    target.alternate_background = word_of(renderer.alternate_background_color);
-    target.merged_index8 = [](const void* owner, std::uint8_t stored, std::uint8_t index) {
-        return merged_index8(*static_cast<const Software_Z_Buffer*>(owner), stored, index);
-    };
-    target.renderer = &renderer;
-    target.dither = &renderer.dither;
     target.palette = reinterpret_cast<const std::uint8_t*>(renderer.palette_pixels);
     return target;
 }
@@ -93,7 +69,7 @@ Triangle_Call::Triangle_Call(Case c, Software_Z_Buffer& renderer, const VT_Rendi
         pattern_ = pattern_of(rendition.face);
         target.pattern = &pattern_;
     }
-    configuration_ = {shading, is_index8(c) ? Pixel_Format::index8 : Pixel_Format::rgb32, depth_rule_of(c, shading, renderer),
+    configuration_ = {shading, is_index8(c) ? Pixel_Format::index8 : Pixel_Format::rgb32, depth_rule_of(c, renderer, depth_rules_of(c, shading)),
                       pixel, clip};
     kernel_ = kernel(shading, pixel);
 }

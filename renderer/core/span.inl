@@ -1,0 +1,263 @@
+// Drawing a span of a row in groups of lanes: clip, depth, colour. Included once for each vocabulary of lanes, after
+// pixel_lanes.inl.
+
+namespace krb::KRB_KERNEL_SET {
+namespace {
+
+// What is left of a span that does not fill all lanes.
+struct Tail {
+    std::int32_t column; // of lane 0
+    std::int32_t back;   // how far lane 0 lies before the next pixel
+    Active lanes;
+};
+
+// Without masked memory a short group is drawn inside a full one that lies in the same row.
+inline Tail tail_of(std::int32_t column, std::int32_t count, std::int32_t width) {
+    if constexpr (masked_memory) {
+        (void)width;
+        return {column, 0, first_lanes(count)};
+    } else {
+        const std::int32_t last = width - lane_count;
+        const std::int32_t start = column < last ? column : last;
+        return {start, column - start, lanes_between(column - start, column - start + count)};
+    }
+}
+
+template <class Lanes> struct Is_Whole_Group { static constexpr bool value = false; };
+template <> struct Is_Whole_Group<All> { static constexpr bool value = true; };
+
+// Draws one span group by group. Rules of a family says which ones apply:
+//   Target              what the kernel was handed, a Pixel_Target
+//   Depth, Pixel        the depth rule, and how a 32-bit pixel combines
+//   format, depth, pixel, clip
+//   hides_transparent   pixels of alpha 0 are not there at all, depth included
+//   pattern_bits(target, column, row) where clip is patterned: bit i tells whether the pattern draws the pixel i columns on
+template <class Rules, class Source> struct Span {
+    using Depth = typename Rules::Depth;
+    using Pixel = typename Rules::Pixel;
+    static constexpr std::int32_t pixel_bytes = Rules::format == Pixel_Format::rgb32 ? 4 : 1;
+    // Nothing is read and nothing moves: the span is one value in every pixel.
+    static constexpr bool is_solid = !Source::moves && !Depth::reads && Rules::pixel == Pixel_Rule::store &&
+                                     Rules::format == Pixel_Format::rgb32 && Rules::clip != Clip_Rule::patterned;
+
+    const typename Rules::Target& target;
+    std::int32_t row;
+    std::uint8_t* color_row;
+    std::uint8_t* depth_row;
+    Source source;
+    Ramp depth;
+    bool gaps; // the pixels that the pattern leaves out
+
+    void draw(std::int32_t column, std::int32_t count) {
+        if constexpr (Rules::clip == Clip_Rule::open) {
+            draw_open(column, count);
+        } else if constexpr (Rules::clip == Clip_Rule::masked) {
+            draw_masked(column, count);
+        } else {
+            for (; count > 0; count -= lane_count, column += lane_count) {
+                draw_patterned_group(column, count);
+            }
+        }
+    }
+
+    // One pixel; for vocabularies of one lane.
+    void draw_single(std::int32_t column) {
+        if (Rules::clip == Clip_Rule::open || (mask_bits(target.mask_rows[row], column) & 1) != 0) {
+            draw_drawable(column, All{});
+        }
+    }
+
+    void skip(std::int32_t pixels) {
+        source.skip(pixels);
+        if constexpr (Depth::reads) {
+            depth.skip(pixels);
+        }
+    }
+
+private:
+    void draw_open(std::int32_t column, std::int32_t count) {
+        if constexpr (is_solid) {
+            if (count >= lane_count) {
+                fill_solid(column, count);
+                return;
+            }
+        }
+        const std::int32_t whole = count - count % lane_count;
+        draw_whole_groups(column, whole);
+        if (count > whole) {
+            const Tail tail = tail_of(column + whole, count - whole, target.width);
+            rewind(tail);
+            draw_drawable(tail.column, tail.lanes);
+        }
+    }
+
+    // Stretches inside the region are drawn as open ones, stretches outside skipped; only groups at its edge are looked at pixel
+    // by pixel.
+    void draw_masked(std::int32_t column, std::int32_t count) {
+        const std::uint8_t* mask_row = target.mask_rows[row];
+        if (count < lane_count) {
+            draw_selected_group(column, count, mask_bits(mask_row, column));
+            return;
+        }
+        while (count > 0) {
+            const std::int32_t open = stretch_of(mask_row, column, count, 0);
+            if (open == count) {
+                draw_open(column, count);
+                return;
+            }
+            std::int32_t done = open - open % lane_count;
+            if (done > 0) {
+                draw_whole_groups(column, done);
+            } else {
+                done = stretch_of(mask_row, column, count, 0xFF);
+                if (done > 0) {
+                    skip(done);
+                } else {
+                    done = lane_count;
+                    draw_selected_group(column, count, mask_bits(mask_row, column));
+                }
+            }
+            column += done;
+            count -= done;
+        }
+    }
+
+    void draw_patterned_group(std::int32_t column, std::int32_t count) {
+        std::uint32_t bits = Rules::pattern_bits(target, column, row);
+        bits = gaps ? ~bits : bits;
+        if (target.mask_rows) {
+            bits &= mask_bits(target.mask_rows[row], column);
+        }
+        draw_selected_group(column, count, bits);
+    }
+
+    // Draws the pixels of the next group whose bits are set; bit 0 is the first one's.
+    void draw_selected_group(std::int32_t column, std::int32_t count, std::uint32_t bits) {
+        if (count >= lane_count) {
+            draw_drawable(column, lanes_of_bits(bits));
+            advance_group();
+        } else {
+            const Tail tail = tail_of(column, count, target.width);
+            rewind(tail);
+            draw_drawable(tail.column, tail.lanes & lanes_of_bits(bits << tail.back));
+        }
+    }
+
+    // count is a multiple of lane_count.
+    void draw_whole_groups(std::int32_t column, std::int32_t count) {
+        if constexpr (is_solid) {
+            if (count > 0) {
+                fill_solid(column, count);
+            }
+        } else {
+            for (; count > 0; count -= lane_count, column += lane_count) {
+                draw_drawable(column, All{});
+                advance_group();
+            }
+        }
+    }
+
+    // count is at least lane_count: whole vectors at aligned addresses, and one at each end that may overlap them.
+    void fill_solid(std::int32_t column, std::int32_t count) {
+        constexpr std::int64_t vector_bytes = std::int64_t{lane_count} * pixel_bytes;
+        std::uint8_t* at = color_row + std::int64_t{pixel_bytes} * column;
+        std::uint8_t* const last = at + std::int64_t{pixel_bytes} * (count - lane_count);
+        store_pixels(at, source.pixel_lanes(), All{});
+        // Whole pixels on, also in rows that start at odd addresses.
+        const auto misaligned = static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(at) % std::uintptr_t{vector_bytes});
+        at += (vector_bytes - misaligned) / pixel_bytes * pixel_bytes;
+        for (; at < last; at += vector_bytes) {
+            store_pixels(at, source.pixel_lanes(), All{});
+        }
+        store_pixels(last, source.pixel_lanes(), All{});
+    }
+
+    void advance_group() {
+        if constexpr (Depth::reads || Source::moves) {
+            const Int lanes = splat(lane_count);
+            source.advance_group(lanes);
+            if constexpr (Depth::reads) {
+                depth.advance_group(lanes);
+            }
+        }
+    }
+
+    // Back to where lane 0 of a short group lies.
+    void rewind(const Tail& tail) {
+        if constexpr (!masked_memory) {
+            skip(-tail.back);
+        }
+    }
+
+    template <class Lanes> void draw_drawable(std::int32_t column, Lanes lanes) {
+        if constexpr (Depth::reads) {
+            std::uint8_t* at = depth_row + std::int64_t{2} * column;
+            const Int depths = shift_right<15>(depth.value) & splat(0xFFFF);
+            const Active passed = Depth::pass(target, lanes, depths, load_depths(at, lanes));
+            // A short group is drawn whatever passes: the branch would cost more than it saves.
+            if constexpr (Is_Whole_Group<Lanes>::value) {
+                if (none(passed)) {
+                    return;
+                }
+            }
+            const Active visible = visible_lanes(passed);
+            if (Depth::writes(target)) {
+                store_depths(at, depths, visible);
+            }
+            write(column, visible);
+        } else {
+            write(column, visible_lanes(lanes));
+        }
+    }
+
+    template <class Lanes> auto visible_lanes(Lanes lanes) {
+        const auto prepared = source.prepare(lanes);
+        if constexpr (Rules::hides_transparent) {
+            return without(prepared & first_lanes(lane_count), equal(source.alpha_lanes(), splat(0)));
+        } else {
+            return prepared;
+        }
+    }
+
+    template <class Lanes> void write(std::int32_t column, Lanes lanes) {
+        std::uint8_t* at = color_row + std::int64_t{pixel_bytes} * column;
+        if constexpr (Rules::format == Pixel_Format::rgb32) {
+            const Int pixels = source.pixel_lanes();
+            if constexpr (Pixel::reads) {
+                store_pixels(at, Pixel::combine(target, pixels, source.alpha_lanes(), load_pixels(at, lanes)), lanes);
+            } else {
+                store_pixels(at, pixels, lanes);
+            }
+        } else {
+            const Int thresholds =
+                load_ints(target.dither->thresholds[(row + target.dither_row) & 7] + (reinterpret_cast<std::uintptr_t>(at) & 7));
+            if constexpr (Rules::pixel == Pixel_Rule::blend) {
+                const Int stored = gather(target.palette, load_indices(at, lanes));
+                const Int pixels = Blend::combine(target, source.pixel_lanes(), source.alpha_lanes(), stored);
+                store_indices(at, indices_of(pixels, thresholds), lanes);
+            } else if constexpr (Rules::pixel == Pixel_Rule::merge) {
+                merge_indices(at, source.index_lanes(target, thresholds), lanes & first_lanes(lane_count));
+            } else {
+                store_indices(at, source.index_lanes(target, thresholds), lanes);
+            }
+        }
+    }
+
+    Int indices_of(Int pixels, Int thresholds) const {
+        const Int byte = splat(0xFF);
+        return Dithered_Color::of(target, shift_right<16>(pixels) & byte, shift_right<8>(pixels) & byte, pixels & byte)
+            .indices(*target.dither, thresholds);
+    }
+
+    // Index by index: the outcome is a search in the palette.
+    void merge_indices(std::uint8_t* at, Int indices, Active lanes) {
+        for (std::int32_t i = 0; i < lane_count; ++i) {
+            if (has_lane(lanes, i)) {
+                at[i] = target.merged_index8(target.renderer, at[i], static_cast<std::uint8_t>(lane_of(indices, i)));
+            }
+        }
+    }
+};
+
+} // namespace
+} // namespace krb::KRB_KERNEL_SET

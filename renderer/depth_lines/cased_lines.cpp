@@ -1,0 +1,49 @@
+// Cased lines.
+#include "renderer/depth_lines/cased_lines.h"
+
+#include "renderer/core/fixed_point.h"
+
+namespace krb {
+
+namespace {
+
+constexpr std::int32_t cased_kind = 7;
+constexpr std::uint32_t first_pass_flag = 8;
+constexpr std::uint32_t second_pass_flags = 0x7F7;
+
+// Faces of a wide line are filled with it.
+const VT_Reference<const VT_Basic_Material>& plain_material() {
+    static const VT_Reference<const VT_Basic_Material> material(new VT_Basic_Material);
+    return material;
+}
+
+} // namespace
+
+bool is_cased(const VT_Line_Attributes& line) noexcept {
+    return line.line_types && !line.line_types->types.empty() && line.line_types->types.front() &&
+           line.line_types->types.front()->kind == cased_kind;
+}
+
+void draw_in_two_passes(const VT_Rendition& rendition, const std::function<void(const VT_Rendition& pass)>& draw) {
+    const VT_Line_Type& type = *rendition.line.line_types->types.front();
+    const VT_Reference<VT_Rendition> pass(static_cast<VT_Rendition*>(rendition.clone()));
+    pass->line.line_types = VT_Line_Type_Set::None;
+    pass->face.material = plain_material();
+    pass->line.weight =
+        rendition.line.weight < 2 ? static_cast<std::int32_t>(type.width * 2) + 2 : wrapping_add(rendition.line.weight, 5);
+    pass->line.color = type.color;
+    if (type.color.alpha < 255) {
+        pass->drawing_flags |= first_pass_flag;
+    }
+    draw(*pass);
+
+    pass->line.weight = rendition.line.weight;
+    pass->line.color = rendition.line.color;
+    pass->drawing_flags &= second_pass_flags;
+    if (rendition.line.weight > 1) {
+        pass->set_contrast_color(type.color);
+    }
+    draw(*pass);
+}
+
+} // namespace krb

@@ -1,0 +1,322 @@
+// Line kernels: the stepping of segments.
+//
+// A segment has one pixel for each step along its major axis, the first point's but not the last one's. Segments with more
+// columns than rows are drawn as one run a row (after Bresenham's run slices); runs end where the line crosses the middle between
+// two rows, and the bias of the start decides to which run a crossing on a column's border belongs, so that either direction
+// draws the same pixels. All others have one pixel a row. Values along a segment are start + i * step at its pixel i, so that a
+// part of a segment has the pixels, colours and depths of the whole.
+//
+// Runs are drawn in lanes, pixels that each have a row of their own by the vocabulary of one lane, in namespace single.
+
+#include <cstring>
+
+#include "renderer/depth_lines/line_kernels.h"
+#include "renderer/depth_lines/line_pixels.inl"
+
+namespace krb::KRB_KERNEL_SET {
+namespace {
+
+inline std::int32_t add(std::int32_t a, std::int32_t b) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
+}
+
+inline std::int32_t subtract(std::int32_t a, std::int32_t b) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
+}
+
+inline std::int32_t multiply(std::int32_t a, std::int32_t b) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b));
+}
+
+inline std::int32_t magnitude(std::int32_t a) {
+    return a < 0 ? subtract(0, a) : a;
+}
+
+template <int bits> inline std::int32_t to_fraction(std::int32_t a) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) << bits);
+}
+
+// From a towards b in n steps, n above 0. Divisions by 2, 4 and 8 are smaller shifts, which matters to differences that wrap.
+template <int bits> inline Line_Ramp ramp_between(std::int32_t a, std::int32_t b, std::int32_t n) {
+    const int dropped = n == 2 ? 1 : n == 4 ? 2 : n == 8 ? 3 : 0;
+    const auto difference = static_cast<std::uint32_t>(subtract(b, a)) << (bits - dropped);
+    return {add(to_fraction<bits>(a), 1 << (bits - 1)), static_cast<std::int32_t>(difference) / (n >> dropped)};
+}
+
+// The ends of a segment in columns and rows of the buffer.
+struct Ends {
+    std::int32_t x0, y0, x1, y1;
+
+    std::int32_t columns() const { return magnitude(subtract(x1, x0)); }
+    std::int32_t rows() const { return magnitude(subtract(y1, y0)); }
+    bool is_x_major() const { return columns() > rows(); }
+    std::int32_t row_step() const { return y1 > y0 ? 1 : -1; }
+    // Change of x from row to row, 16.16.
+    std::int32_t slope() const { return to_fraction<16>(subtract(x1, x0)) / rows(); }
+};
+
+// Which pixels of a segment are drawn.
+struct Whole {
+    static constexpr bool cuts = false;
+};
+
+struct Cut {
+    static constexpr bool cuts = true;
+    std::int32_t first_row, last_row; // from the start's row on
+    std::int32_t left, right;         // columns of the buffer
+};
+
+// The same ramps by columns: their values at column 0, when x0 is where they start.
+template <Line_Configuration c> Line_Paint along_columns(const Line_Paint& paint, std::int32_t x0, bool rightwards) {
+    const auto moved = [=](Line_Ramp ramp) {
+        const std::int32_t step = rightwards ? ramp.step : subtract(0, ramp.step);
+        return Line_Ramp{subtract(ramp.value, multiply(x0, step)), step};
+    };
+    Line_Paint by_column = paint;
+    if constexpr (c.depth != Depth_Rule::none) {
+        by_column.depth = moved(paint.depth);
+    }
+    if constexpr (c.shading == Line_Shading::gouraud) {
+        by_column.blue = moved(paint.blue);
+        by_column.green = moved(paint.green);
+        by_column.red = moved(paint.red);
+        by_column.alpha = moved(paint.alpha);
+    }
+    return by_column;
+}
+
+// Horizontal segments are those with no row but the last.
+template <Line_Configuration c, class Limits>
+void draw_x_major(const Line_Target& target, const Ends& ends, const Line_Paint& paint, std::int32_t ramps_from,
+                  const Limits& limits) {
+    const bool rightwards = ends.x1 > ends.x0;
+    const bool upwards = ends.y1 > ends.y0;
+    const std::int32_t rows = ends.rows();
+    const std::int32_t row_step = ends.row_step();
+    const Line_Pen<c> pen(target, along_columns<c>(paint, ramps_from, rightwards));
+    const auto draw_run = [&](std::int32_t row, std::int32_t from, std::int32_t to) {
+        std::int32_t column = rightwards ? from : to + 1;
+        std::int32_t end = rightwards ? to : from + 1;
+        if constexpr (Limits::cuts) {
+            column = column < limits.left ? limits.left : column;
+            end = end > limits.right ? limits.right + 1 : end;
+        }
+        if (end > column) {
+            pen.draw_run(row, column, end - column);
+        }
+    };
+    std::int32_t k = 0;
+    std::int32_t last = rows;
+    std::int32_t column = ends.x0;
+    std::int32_t row = ends.y0;
+    std::int32_t x = 0;
+    std::int32_t slope = 0;
+    if (rows > 0) {
+        slope = ends.slope();
+        const std::int32_t bias = rightwards ? (upwards ? 0xFFFF : 0x10000) : (upwards ? 0 : -1);
+        const std::int32_t half = rightwards ? slope >> 1 : (slope + 1) >> 1;
+        x = add(add(to_fraction<16>(ends.x0), bias), half);
+    }
+    if constexpr (Limits::cuts) {
+        last = limits.last_row < rows ? limits.last_row : rows;
+        if (limits.first_row > 0) {
+            k = limits.first_row;
+            row += multiply(row_step, k);
+            x = add(x, multiply(k - 1, slope));
+            column = x >> 16;
+            x = add(x, slope);
+        }
+    }
+    for (const std::int32_t end = last < rows ? last + 1 : rows; k < end; ++k) {
+        const std::int32_t next = x >> 16;
+        draw_run(row, column, next);
+        column = next;
+        x = add(x, slope);
+        row += row_step;
+    }
+    if (k == rows && last == rows) {
+        draw_run(row, column, ends.x1);
+    }
+}
+
+template <Line_Configuration c, class Limits>
+void draw_y_major(const Line_Target& target, const Ends& ends, const Line_Paint& paint, std::int32_t ramps_from,
+                  const Limits& limits) {
+    std::int32_t rows = ends.rows();
+    if (rows == 0) {
+        return;
+    }
+    const std::int32_t row_step = ends.row_step();
+    const std::int32_t slope = ends.slope();
+    std::int32_t x = add(to_fraction<16>(ends.x0), 0x8000);
+    std::int32_t row = ends.y0;
+    Line_Paint start = paint;
+    if constexpr (Limits::cuts) {
+        const std::int32_t skipped = limits.first_row;
+        const std::int32_t end = limits.last_row < rows ? limits.last_row + 1 : rows;
+        rows = end - skipped;
+        x = add(x, multiply(skipped, slope));
+        row += multiply(row_step, skipped);
+        const std::int32_t passed = magnitude(subtract(row, ramps_from));
+        const auto move = [=](Line_Ramp& ramp) { ramp.value = add(ramp.value, multiply(passed, ramp.step)); };
+        move(start.depth);
+        move(start.blue);
+        move(start.green);
+        move(start.red);
+        move(start.alpha);
+    }
+    single::Line_Pen<c> pen(target, start);
+    for (std::int32_t k = 0; k < rows; ++k) {
+        const std::int32_t column = x >> 16;
+        if constexpr (Limits::cuts) {
+            if (column >= limits.left && column <= limits.right) {
+                pen.draw_single(row, column);
+            }
+        } else {
+            pen.draw_single(row, column);
+        }
+        pen.advance();
+        x = add(x, slope);
+        row += row_step;
+    }
+}
+
+template <Line_Configuration c, class Limits>
+void draw_segment(const Line_Target& target, const Ends& ends, const Line_Paint& paint, VT_Int_Pair ramps_from,
+                  const Limits& limits) {
+    if (ends.is_x_major()) {
+        draw_x_major<c>(target, ends, paint, ramps_from.x, limits);
+    } else {
+        draw_y_major<c>(target, ends, paint, ramps_from.y, limits);
+    }
+}
+
+template <Line_Configuration c>
+void set_ramps(Line_Paint& paint, const VT_DCI_Point* points, const VT_RGB32* colors, std::int32_t steps) {
+    if constexpr (c.depth != Depth_Rule::none) {
+        paint.depth = ramp_between<15>(points[0].z, points[1].z, steps);
+    }
+    if constexpr (c.shading == Line_Shading::gouraud) {
+        paint.blue = ramp_between<16>(colors[0].blue, colors[1].blue, steps);
+        paint.green = ramp_between<16>(colors[0].green, colors[1].green, steps);
+        paint.red = ramp_between<16>(colors[0].red, colors[1].red, steps);
+        if constexpr (c.pixel == Pixel_Rule::blend) {
+            paint.alpha = ramp_between<16>(colors[0].alpha, colors[1].alpha, steps);
+        }
+    }
+}
+
+inline bool is_near_flat(VT_RGB32 a, VT_RGB32 b) {
+    return magnitude(a.blue - b.blue) < 4 && magnitude(a.green - b.green) < 4 && magnitude(a.red - b.red) < 4;
+}
+
+// The last point has its own depth, tested and written by a rule of its own. Shaded pixels are opaque.
+template <Line_Configuration c> void draw_last_point(const Line_Target& target, const VT_DCI_Point& point, Line_Paint paint) {
+    constexpr Line_Configuration pixel_only = {c.shading == Line_Shading::gouraud ? Line_Shading::flat : c.shading,
+                                               c.format,
+                                               c.dither,
+                                               Depth_Rule::none,
+                                               c.pixel,
+                                               Clip_Rule::open};
+    const std::int32_t row = subtract(point.y, target.origin_y);
+    const std::int32_t column = subtract(point.x, target.origin_x);
+    if constexpr (c.clip == Clip_Rule::masked) {
+        if ((mask_bits(target.mask_rows[row], column) & 1) == 0) {
+            return;
+        }
+    }
+    if constexpr (c.depth != Depth_Rule::none) {
+        std::uint8_t* at = target.depth_rows[row] + std::int64_t{2} * column;
+        std::uint16_t stored;
+        std::memcpy(&stored, at, 2);
+        if (point.z > stored) {
+            return;
+        }
+        stored = static_cast<std::uint16_t>(point.z);
+        std::memcpy(at, &stored, 2);
+    }
+    if constexpr (c.shading == Line_Shading::gouraud && c.pixel == Pixel_Rule::store) {
+        paint.color.alpha = 255;
+    }
+    single::Line_Pen<pixel_only>(target, paint).draw_single(row, column);
+}
+
+template <Line_Configuration c> void draw_polyline(const Line_Target& target, const Polyline& polyline) {
+    constexpr bool shaded = c.shading == Line_Shading::gouraud;
+    Line_Paint paint{};
+    paint.index = polyline.index;
+    const VT_DCI_Point* point = polyline.points;
+    const VT_RGB32* color = polyline.colors;
+    const std::int32_t segments = polyline.count - 1;
+    Ends ends{0, 0, subtract(point->x, target.origin_x), subtract(point->y, target.origin_y)};
+    for (std::int32_t i = 0; i < segments; ++i, ++point) {
+        ends = {ends.x1, ends.y1, subtract(point[1].x, target.origin_x), subtract(point[1].y, target.origin_y)};
+        if constexpr (c.shading != Line_Shading::index) {
+            paint.color = *color;
+            const VT_RGB32* const first_color = color;
+            color += shaded || (!polyline.single_color && i + 1 < segments) ? 1 : 0;
+            if (shaded && target.draw_near_flat && is_near_flat(first_color[0], first_color[1])) {
+                target.draw_near_flat(target.call, point, first_color);
+                continue;
+            }
+            if constexpr (shaded || c.depth != Depth_Rule::none) {
+                const std::int32_t columns = ends.columns();
+                const std::int32_t rows = ends.rows();
+                const std::int32_t steps = columns > rows ? columns : rows;
+                if (steps == 0) {
+                    continue;
+                }
+                set_ramps<c>(paint, point, first_color, steps);
+            }
+        }
+        draw_segment<c>(target, ends, paint, {ends.x0, ends.y0}, Whole{});
+    }
+    if constexpr (c.shading != Line_Shading::index) {
+        paint.color = *color;
+    }
+    draw_last_point<c>(target, *point, paint);
+}
+
+template <Line_Configuration c> void draw_cut_segment(const Line_Target& target, const Cut_Segment& segment) {
+    const Ends ends{subtract(segment.from.x, target.origin_x), subtract(segment.from.y, target.origin_y),
+                    subtract(segment.to.x, target.origin_x), subtract(segment.to.y, target.origin_y)};
+    const Cut cut{segment.first_row, segment.last_row, segment.left - target.origin_x, segment.right - target.origin_x};
+    const VT_Int_Pair ramps_from{subtract(segment.ramps_from.x, target.origin_x),
+                                 subtract(segment.ramps_from.y, target.origin_y)};
+    draw_segment<c>(target, ends, segment.paint, ramps_from, cut);
+}
+
+template <int position> constexpr Line_Kernels kernels_at() {
+    constexpr Line_Configuration c = Line_Configuration::at(position);
+    Line_Kernels kernels{};
+    if constexpr (c.valid()) {
+        if constexpr (c.dither == Line_Dither::ordered && (c.pixel != Pixel_Rule::merge || c.depth == Depth_Rule::none)) {
+            kernels.polyline = &draw_polyline<c>;
+        }
+        if constexpr (c.format == Pixel_Format::rgb32 || c.dither == Line_Dither::additive) {
+            kernels.cut_segment = &draw_cut_segment<c>;
+        }
+    }
+    return kernels;
+}
+
+template <int... positions> struct Positions {};
+
+template <int... positions> constexpr Line_Kernel_Table table_of(Positions<positions...>) {
+    return {{kernels_at<positions>()...}};
+}
+
+template <int count, int... positions> constexpr auto first_positions() {
+    if constexpr (count == 0) {
+        return Positions<positions...>{};
+    } else {
+        return first_positions<count - 1, count - 1, positions...>();
+    }
+}
+
+} // namespace
+
+extern const Line_Kernel_Table line_kernels;
+constinit const Line_Kernel_Table line_kernels = table_of(first_positions<line_configuration_count>());
+
+} // namespace krb::KRB_KERNEL_SET

@@ -1,0 +1,8 @@
+// Line kernels of the portable set, whose vocabulary has one lane anyway.
+namespace krb::portable {
+namespace single = krb::portable;
+}
+
+#define KRB_KERNEL_SET portable
+#include "renderer/core/lanes_portable.h"
+#include "renderer/depth_lines/line_kernels.inl"

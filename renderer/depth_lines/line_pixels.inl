@@ -1,0 +1,150 @@
+// Pixels of lines in lanes. Included once for each vocabulary of lanes, after it.
+
+#include "renderer/core/pixel_lanes.inl"
+#include "renderer/core/span.inl"
+#include "renderer/depth_lines/line_kernels.h"
+
+namespace krb::KRB_KERNEL_SET {
+namespace {
+
+inline Ramp ramp_of(Line_Ramp ramp) {
+    return Ramp::from(splat(ramp.value), splat(ramp.step));
+}
+
+// One palette index everywhere.
+struct Index_Source {
+    static constexpr bool moves = false;
+    Int index;
+
+    Index_Source(const Line_Target&, const Line_Paint& paint) : index(splat(paint.index)) {}
+    template <class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
+    Int index_lanes(const Line_Target&, Int) const { return index; }
+    void skip(std::int32_t) {}
+    void advance_group(Int) {}
+};
+
+template <Pixel_Format format> struct Flat_Line_Source : Flat_Source<format> {
+    Flat_Line_Source(const Line_Target& target, const Line_Paint& paint) : Flat_Source<format>(target, paint.color) {}
+};
+
+struct Gouraud_Line_Source : Gouraud_Source {
+    Gouraud_Line_Source(const Line_Target&, const Line_Paint& paint)
+        : Gouraud_Source(ramp_of(paint.blue), ramp_of(paint.green), ramp_of(paint.red), ramp_of(paint.alpha)) {}
+};
+
+// Scaled channels with 16 fraction bits to the index that additive dithering makes of them.
+inline Int additive_indices(const Dither& dither, Int blue, Int green, Int red, Int thresholds) {
+    const auto cell = [thresholds](Int channel) { return shift_right<16>(channel + thresholds) & splat(0xFF); };
+    return splat(dither.base) + cell(red) * splat(dither.red_stride) + cell(green) * splat(dither.green_stride) + cell(blue);
+}
+
+struct Additive_Flat_Source {
+    static constexpr bool moves = false;
+    Int blue, green, red;
+
+    Additive_Flat_Source(const Line_Target& target, const Line_Paint& paint)
+        : blue(scaled(paint.color.blue, target.dither->blue_multiplier)),
+          green(scaled(paint.color.green, target.dither->green_multiplier)),
+          red(scaled(paint.color.red, target.dither->red_multiplier)) {}
+    template <class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
+    Int index_lanes(const Line_Target& target, Int thresholds) const {
+        return additive_indices(*target.dither, blue, green, red, thresholds);
+    }
+    void skip(std::int32_t) {}
+    void advance_group(Int) {}
+
+private:
+    static Int scaled(std::uint8_t value, std::int32_t multiplier) {
+        return shift_left<8>(splat(value) * splat(multiplier)) + splat(128);
+    }
+};
+
+struct Additive_Gouraud_Source {
+    static constexpr bool moves = true;
+    Ramp blue, green, red;
+
+    Additive_Gouraud_Source(const Line_Target&, const Line_Paint& paint)
+        : blue(ramp_of(paint.blue)), green(ramp_of(paint.green)), red(ramp_of(paint.red)) {}
+    template <class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
+    Int index_lanes(const Line_Target& target, Int thresholds) const {
+        return additive_indices(*target.dither, shift_right<8>(blue.value), shift_right<8>(green.value),
+                                shift_right<8>(red.value), thresholds);
+    }
+    void skip(std::int32_t pixels) {
+        blue.skip(pixels);
+        green.skip(pixels);
+        red.skip(pixels);
+    }
+    void advance_group(Int lanes) {
+        blue.advance_group(lanes);
+        green.advance_group(lanes);
+        red.advance_group(lanes);
+    }
+};
+
+template <Line_Shading shading, Pixel_Format format, Line_Dither dither> struct Line_Source;
+template <Line_Dither dither> struct Line_Source<Line_Shading::index, Pixel_Format::index8, dither> {
+    using type = Index_Source;
+};
+template <Pixel_Format format> struct Line_Source<Line_Shading::flat, format, Line_Dither::ordered> {
+    using type = Flat_Line_Source<format>;
+};
+template <Pixel_Format format> struct Line_Source<Line_Shading::gouraud, format, Line_Dither::ordered> {
+    using type = Gouraud_Line_Source;
+};
+template <> struct Line_Source<Line_Shading::flat, Pixel_Format::index8, Line_Dither::additive> {
+    using type = Additive_Flat_Source;
+};
+template <> struct Line_Source<Line_Shading::gouraud, Pixel_Format::index8, Line_Dither::additive> {
+    using type = Additive_Gouraud_Source;
+};
+
+template <Pixel_Rule rule> struct Line_Pixel_Of;
+template <> struct Line_Pixel_Of<Pixel_Rule::store> { using type = Store; };
+template <> struct Line_Pixel_Of<Pixel_Rule::blend> { using type = Line_Blend; };
+template <> struct Line_Pixel_Of<Pixel_Rule::merge> { using type = Merge; };
+
+template <Line_Configuration c> struct Line_Span_Rules {
+    using Target = Line_Target;
+    using Depth = typename Depth_Of<c.depth>::type;
+    using Pixel = typename Line_Pixel_Of<c.pixel>::type;
+    static constexpr Pixel_Format format = c.format;
+    static constexpr Pixel_Rule pixel = c.pixel;
+    static constexpr Clip_Rule clip = c.clip;
+    static constexpr bool hides_transparent = false;
+};
+
+// Draws runs and single pixels of a segment in its paint.
+template <Line_Configuration c> class Line_Pen {
+public:
+    Line_Pen(const Line_Target& target, const Line_Paint& paint)
+        : target_(target), source_(target, paint), depth_(ramp_of(paint.depth)) {}
+
+    // Pixels of a row, with values as many pixels on as the column says: the ramps run along columns from column 0 on.
+    void draw_run(std::int32_t row, std::int32_t column, std::int32_t count) const {
+        auto span = span_of(row);
+        span.skip(column);
+        span.draw(column, count);
+    }
+
+    void draw_single(std::int32_t row, std::int32_t column) const { span_of(row).draw_single(column); }
+    void advance() {
+        source_.advance_group(splat(1));
+        depth_.advance_group(splat(1));
+    }
+
+private:
+    using Source = typename Line_Source<c.shading, c.format, c.dither>::type;
+
+    Span<Line_Span_Rules<c>, Source> span_of(std::int32_t row) const {
+        return {target_, row,  target_.color_rows[row], c.depth == Depth_Rule::none ? nullptr : target_.depth_rows[row], source_,
+                depth_,  false};
+    }
+
+    const Line_Target& target_;
+    Source source_;
+    Ramp depth_;
+};
+
+} // namespace
+} // namespace krb::KRB_KERNEL_SET
