@@ -121,8 +121,8 @@ class Bench {
 public:
     explicit Bench(const char* module_path) : module_(module_path) {}
 
-    // Checks and registers all sides of a drawing that the filter of the command line asks for. A side that paints nothing, or
-    // not what the first side paints, is said to and not timed.
+    // Checks and registers all sides of a drawing that the filter of the command line asks for. A side that paints nothing is
+    // said so and not timed; nor is the first one when another side paints something else.
     void add(const Drawing& drawing) {
         std::vector<Side> sides{{"vorna", own_maker(drawing.surface), 0}};
         for (const Peer& peer : drawing.peers) {
@@ -134,27 +134,35 @@ public:
         std::erase_if(sides, [&](const Side& side) { return !std::regex_search(drawing.name + '/' + side.who, filter_); });
         const Side* first = nullptr;
         Painted painted_by_first;
+        bool agreed = true;
+        std::vector<const Side*> painting;
         for (const Side& side : sides) {
             const std::string name = drawing.name + '/' + side.who;
-            Painted painted = painted_by(side.make, drawing.scene.sparse);
-            try {
-                if (number_of(painted) == 0) {
-                    throw std::runtime_error(name + ": paints nothing");
-                }
+            const Painted painted = painted_by(side.make, drawing.scene.sparse);
+            if (number_of(painted) == 0) {
+                leave_out(name, "not drawn", name + ": paints nothing");
+                continue;
+            }
+            painting.push_back(&side);
+            agreed &= attempt([&] {
                 if (!drawing.open.empty()) {
                     check_masked(name, drawing, painted);
                 }
                 if (first) {
                     check_places(name, painted, first->who, painted_by_first, side.edge_share + first->edge_share);
-                } else {
-                    first = &side;
-                    painted_by_first = std::move(painted);
                 }
-                add_canvas(name, drawing.scene.timed, side.make);
-            } catch (const std::runtime_error& error) {
-                std::fprintf(stderr, "%s\n", error.what());
-                ratios_.add_remark(name, number_of(painted) == 0 ? "not drawn" : "differs");
-                ++failures_;
+            });
+            if (!first) {
+                first = &side;
+                painted_by_first = painted;
+            }
+        }
+        for (const Side* side : painting) {
+            const std::string name = drawing.name + '/' + side->who;
+            if (side == first && !agreed) {
+                leave_out(name, "differs", name + ": not timed, since sides differ");
+            } else {
+                add_canvas(name, drawing.scene.timed, side->make);
             }
         }
         if (drawing.open.empty()) {
@@ -195,7 +203,7 @@ public:
         benchmark::RunSpecifiedBenchmarks(&ratios_);
         std::ofstream(table) << ratios_.markdown();
         if (failures_ > 0) {
-            std::fprintf(stderr, "%d drawings were not timed: see the reasons above\n", failures_);
+            std::fprintf(stderr, "%d sides of drawings were not timed: see the reasons above\n", failures_);
         }
         return failures_ == 0;
     }
@@ -209,6 +217,23 @@ private:
 
     Maker own_maker(const Surface& surface) {
         return [this, surface](const Primitives& primitives) { return make_own_canvas(module_, surface, primitives); };
+    }
+
+    void leave_out(const std::string& name, const std::string& remark, const std::string& why) {
+        std::fprintf(stderr, "%s\n", why.c_str());
+        ratios_.add_remark(name, remark);
+        ++failures_;
+    }
+
+    // Whether the check throws nothing.
+    static bool attempt(const std::function<void()>& check) {
+        try {
+            check();
+            return true;
+        } catch (const std::runtime_error& error) {
+            std::fprintf(stderr, "%s\n", error.what());
+            return false;
+        }
     }
 
     void check_masked(const std::string& name, const Drawing& drawing, const Painted& painted) {
@@ -235,7 +260,7 @@ bool run(char** arguments) {
     // many pixels.
     constexpr double step_edge = 0.02, band_edge = 0.15;
     // Smoothed, three pixels a step however little the outer ones change, against those that such a band touches, two or more.
-    constexpr double smooth_edge = 0.6;
+    constexpr double smooth_edge = 0.4;
     const Peer llvmpipe{"llvmpipe", make_llvmpipe_canvas, step_edge}, sdl{"SDL2", make_sdl_canvas, step_edge};
     const Peer cairo{"cairo", make_cairo_canvas, band_edge};
     const auto within = [](Peer peer, double edge_share) {
