@@ -177,6 +177,10 @@ inline void store_pixels(std::uint8_t* to, Int pixels, All) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), pixels.lanes);
 }
 
+inline void store_first_pixels(std::uint8_t* to, Int pixels, std::int32_t count) {
+    _mm256_maskstore_epi32(reinterpret_cast<int*>(to), first_lanes(count).lanes, pixels.lanes);
+}
+
 // The low 8 bits of every lane.
 inline __m128i packed_indices(Int indices) {
     const __m128i halves = packed_depths(indices);

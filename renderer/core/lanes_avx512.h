@@ -161,6 +161,10 @@ inline void store_pixels(std::uint8_t* to, Int pixels, All) {
     _mm512_storeu_si512(to, pixels.lanes);
 }
 
+inline void store_first_pixels(std::uint8_t* to, Int pixels, std::int32_t count) {
+    store_pixels(to, pixels, first_lanes(count));
+}
+
 inline void store_indices(std::uint8_t* to, Int indices, Active active) {
     _mm_mask_storeu_epi8(to, active.lanes, _mm512_cvtepi32_epi8(indices.lanes));
 }

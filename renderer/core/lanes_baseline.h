@@ -188,6 +188,17 @@ inline void store_pixels(std::uint8_t* to, Int pixels, All) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(to), pixels.lanes);
 }
 
+inline void store_first_pixels(std::uint8_t* to, Int pixels, std::int32_t count) {
+    if ((count & 2) != 0) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(to), pixels.lanes);
+        to += 8;
+    }
+    if ((count & 1) != 0) {
+        const int word = _mm_extract_epi32(pixels.lanes, 2);
+        std::memcpy(to, &word, 4);
+    }
+}
+
 // The low 8 bits of every lane as one word.
 inline std::int32_t packed_indices(Int indices) {
     const __m128i first_bytes = _mm_setr_epi8(0, 4, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);

@@ -197,6 +197,10 @@ inline void store_pixels(std::uint8_t* to, Int pixels, All) {
     store_pixels(to, pixels, Active{true});
 }
 
+// Stores count pixels, fewer than there are lanes, of a word that every lane holds.
+inline void store_first_pixels(std::uint8_t*, Int, std::int32_t) {
+}
+
 inline void store_indices(std::uint8_t* to, Int indices, All) {
     *to = static_cast<std::uint8_t>(indices.lane);
 }

@@ -5,6 +5,7 @@
 
 #include "renderer/core/actions.h"
 #include "renderer/core/fixed_point.h"
+#include "renderer/core/pixel_combine.h"
 
 namespace krb {
 
@@ -104,6 +105,7 @@ std::int32_t Software_Z_Buffer::establish() {
     establish_buffers();
     establish_mask_cache();
     establish_merge_colors();
+    establish_target();
     force_merge_control = current[Handle::force_merge_control_on]->as_bool() ? 1 : 0;
     kernels = window_size.x < chosen_kernels_->least_width ? &portable_kernel_set() : chosen_kernels_;
     return 0;
@@ -170,6 +172,23 @@ void Software_Z_Buffer::establish_merge_colors() {
     alternate_background_color.blue = static_cast<std::uint8_t>(background_color.blue == 0 ? 1 : background_color.blue - 1);
     background_index = static_cast<std::uint8_t>(palette().closest_match(background_color, false));
     alternate_background_index = find_alternate_index(palette(), background_index);
+}
+
+void Software_Z_Buffer::establish_target() {
+    target = {};
+    if (!color_buffer) {
+        return;
+    }
+    target.color_rows = color_buffer->rows;
+    target.depth_rows = depth_buffer ? depth_buffer->rows : nullptr;
+    target.width = window_size.x;
+    target.background = word_of(background_color);
+    target.alternate_background = word_of(alternate_background_color);
+    target.merged_index8 = [](const void* renderer, std::uint8_t stored, std::uint8_t index) {
+        return krb::merged_index8(*static_cast<const Software_Z_Buffer*>(renderer), stored, index);
+    };
+    target.renderer = this;
+    target.dither = &dither;
 }
 
 VT_Int_Rectangle Software_Z_Buffer::visible_rectangle(const VT_Rendition& rendition) const noexcept {

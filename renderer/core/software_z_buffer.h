@@ -6,6 +6,7 @@
 #include "renderer/core/cases.h"
 #include "renderer/core/dither.h"
 #include "renderer/core/kernel_sets.h"
+#include "renderer/core/pixel_rules.h"
 #include "renderer/host/frame_buffer.h"
 #include "renderer/host/renderer_data.h"
 #include "renderer/host/rendition.h"
@@ -95,11 +96,14 @@ public:
     VT_RGB32 palette_pixels[256]{}; // the palette's colours as pixels
     std::int32_t face_override = 0; // a face pattern that polygons take instead of their own; 0 = none
     const Kernel_Set* kernels;
+    // What all of a member's calls hand to kernels; made by establish once there are buffers.
+    Pixel_Target target{};
 
 private:
     void establish_buffers();
     void establish_mask_cache();
     void establish_merge_colors();
+    void establish_target();
 
     const Kernel_Set* chosen_kernels_;
 };

@@ -79,8 +79,10 @@ private:
         if constexpr (is_solid) {
             if (count >= lane_count) {
                 fill_solid(column, count);
-                return;
+            } else {
+                store_first_pixels(color_row + std::int64_t{pixel_bytes} * column, source.pixel_lanes(), count);
             }
+            return;
         }
         const std::int32_t whole = count - count % lane_count;
         draw_whole_groups(column, whole);

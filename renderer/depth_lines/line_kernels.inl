@@ -50,7 +50,8 @@ struct Ends {
     std::int32_t columns() const { return magnitude(subtract(x1, x0)); }
     std::int32_t rows() const { return magnitude(subtract(y1, y0)); }
     bool is_x_major() const { return columns() > rows(); }
-    std::int32_t row_step() const { return y1 > y0 ? 1 : -1; }
+    // Without a branch, which would be guessed wrong half the time.
+    std::int32_t row_step() const { return (subtract(y1, y0) >> 31) | 1; }
     // Change of x from row to row, 16.16.
     std::int32_t slope() const { return to_fraction<16>(subtract(x1, x0)) / rows(); }
 };
@@ -90,13 +91,13 @@ template <Line_Configuration c, class Limits>
 void draw_x_major(const Line_Target& target, const Ends& ends, const Line_Paint& paint, std::int32_t ramps_from,
                   const Limits& limits) {
     const bool rightwards = ends.x1 > ends.x0;
-    const bool upwards = ends.y1 > ends.y0;
+    const std::int32_t leftwards = rightwards ? 0 : 1;
     const std::int32_t rows = ends.rows();
     const std::int32_t row_step = ends.row_step();
     const Line_Pen<c> pen(target, along_columns<c>(paint, ramps_from, rightwards));
     const auto draw_run = [&](std::int32_t row, std::int32_t from, std::int32_t to) {
-        std::int32_t column = rightwards ? from : to + 1;
-        std::int32_t end = rightwards ? to : from + 1;
+        std::int32_t column = (from < to ? from : to) + leftwards;
+        std::int32_t end = (from < to ? to : from) + leftwards;
         if constexpr (Limits::cuts) {
             column = column < limits.left ? limits.left : column;
             end = end > limits.right ? limits.right + 1 : end;
@@ -113,9 +114,9 @@ void draw_x_major(const Line_Target& target, const Ends& ends, const Line_Paint&
     std::int32_t slope = 0;
     if (rows > 0) {
         slope = ends.slope();
-        const std::int32_t bias = rightwards ? (upwards ? 0xFFFF : 0x10000) : (upwards ? 0 : -1);
-        const std::int32_t half = rightwards ? slope >> 1 : (slope + 1) >> 1;
-        x = add(add(to_fraction<16>(ends.x0), bias), half);
+        static constexpr std::int32_t biases[2][2] = {{0x10000, 0xFFFF}, {-1, 0}}; // [leftwards][upwards]
+        const std::int32_t bias = biases[leftwards][ends.y1 > ends.y0 ? 1 : 0];
+        x = add(add(to_fraction<16>(ends.x0), bias), (slope + leftwards) >> 1);
     }
     if constexpr (Limits::cuts) {
         last = limits.last_row < rows ? limits.last_row : rows;

@@ -118,7 +118,8 @@ template <Line_Configuration c> struct Line_Span_Rules {
 template <Line_Configuration c> class Line_Pen {
 public:
     Line_Pen(const Line_Target& target, const Line_Paint& paint)
-        : target_(target), source_(target, paint), depth_(ramp_of(paint.depth)) {}
+        : target_(target), color_rows_(target.color_rows), depth_rows_(target.depth_rows), source_(target, paint),
+          depth_(ramp_of(paint.depth)) {}
 
     // Pixels of a row, with values as many pixels on as the column says: the ramps run along columns from column 0 on.
     void draw_run(std::int32_t row, std::int32_t column, std::int32_t count) const {
@@ -137,11 +138,13 @@ private:
     using Source = typename Line_Source<c.shading, c.format, c.dither>::type;
 
     Span<Line_Span_Rules<c>, Source> span_of(std::int32_t row) const {
-        return {target_, row,  target_.color_rows[row], c.depth == Depth_Rule::none ? nullptr : target_.depth_rows[row], source_,
-                depth_,  false};
+        return {target_, row, color_rows_[row], c.depth == Depth_Rule::none ? nullptr : depth_rows_[row], source_, depth_, false};
     }
 
     const Line_Target& target_;
+    // Copies, which no store to a pixel can be suspected of changing.
+    std::uint8_t* const* color_rows_;
+    std::uint8_t* const* depth_rows_;
     Source source_;
     Ramp depth_;
 };

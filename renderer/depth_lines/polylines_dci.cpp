@@ -19,19 +19,18 @@ Pixel_Rule colorized_pixel_rule(Case c, const Software_Z_Buffer& renderer, const
 // Segments in one colour each, after all entry checks. Masked members have a depth rule of their own: the fixed one.
 template <Case c>
 void draw_colorized(Software_Z_Buffer& renderer, const VT_Rendition& rendition, bool consults_mask, const Polyline& polyline) {
-    const Pixel_Rule pixel = colorized_pixel_rule(c, renderer, rendition);
-    const bool masked = consults_mask && find_mask(renderer, rendition);
-    Line_Rules rules{Line_Shading::flat, pixel};
-    rules.consults_mask = masked;
-    rules.follows_test_mode = has_depth(c) && !is_index8(c) && !masked;
-    Line_Call(c, renderer, rendition, rules).draw(polyline);
+    Line_Rules rules{Line_Shading::flat, colorized_pixel_rule(c, renderer, rendition)};
+    rules.masked = consults_mask && is_masked(renderer, rendition);
+    rules.follows_test_mode = has_depth(c) && !is_index8(c) && !rules.masked;
+    Line_Call(c, renderer, rules).draw(polyline);
 }
 
 // The palette index of the rendition, which may merge.
 void draw_index(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points) {
     const Pixel_Rule pixel = renderer.merges(rendition.line.mode) ? Pixel_Rule::merge : Pixel_Rule::store;
-    const Line_Call call(Case::index8, renderer, rendition, {Line_Shading::index, pixel});
-    call.draw({count, points, nullptr, true, rendition.line.index});
+    Line_Rules rules{Line_Shading::index, pixel};
+    rules.masked = is_masked(renderer, rendition);
+    Line_Call(Case::index8, renderer, rules).draw({count, points, nullptr, true, rendition.line.index});
 }
 
 // One pass of a flat polyline.
@@ -112,7 +111,9 @@ void draw_dci_gouraud_polyline(VT_Renderer_Data& data, const VT_Rendition& rendi
         VD_Standard_Draw_DCI_Gouraud_Polyline(data, rendition, count, points, colors);
         return;
     }
-    Line_Call call(c, renderer, rendition, {Line_Shading::gouraud, is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store});
+    Line_Rules rules{Line_Shading::gouraud, is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store};
+    rules.masked = is_masked(renderer, rendition);
+    Line_Call call(c, renderer, rules);
     const Near_Flat_Call near_flat{data, rendition};
     // The 32-bit members with depth deliberately have no short cut.
     if (!has_depth(c) || is_index8(c)) {
