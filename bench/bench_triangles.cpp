@@ -3,11 +3,7 @@
 // A frame is what one iteration draws: the clears that its scene needs, all strips, and a wait until they are in memory. Before
 // it is timed, a drawing must paint as many pixels as the peer's, save for the edges, where the fill rules differ; a masked
 // drawing as many as the open one does inside the clip.
-#include <algorithm>
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
+#include <array>
 #include <fstream>
 #include <map>
 #include <stdexcept>
@@ -16,16 +12,13 @@
 
 #include <benchmark/benchmark.h>
 
-#include "bench/canvas.h"
-#include "bench/ratio_table.h"
+#include "bench/measure.h"
 
 namespace bench {
 
 namespace {
 
-constexpr std::size_t pixels = static_cast<std::size_t>(window_size.x) * static_cast<std::size_t>(window_size.y);
-
-enum class Clears { none, depth, all };
+const Unit million_triangles{"million triangles/s", 1e6};
 
 struct Drawing {
     std::string name, title;
@@ -36,23 +29,6 @@ struct Drawing {
     std::string open{}; // for a masked drawing: the name of the same one without a clip
 };
 
-void draw_frame(Canvas& canvas, Clears clears) {
-    if (clears == Clears::all) {
-        canvas.clear_color();
-    }
-    if (clears != Clears::none) {
-        canvas.clear_depth();
-    }
-    canvas.draw();
-    canvas.finish();
-}
-
-std::vector<bool> painted_by_one_frame(Canvas& canvas) {
-    canvas.clear_color();
-    draw_frame(canvas, Clears::depth);
-    return canvas.painted_pixels();
-}
-
 void add_canvas(const Drawing& drawing, const char* who, Canvas& canvas) {
     benchmark::RegisterBenchmark((drawing.name + '/' + who).c_str(), [&canvas, &drawing](benchmark::State& state) {
         for ([[maybe_unused]] auto _ : state) {
@@ -62,80 +38,14 @@ void add_canvas(const Drawing& drawing, const char* who, Canvas& canvas) {
     })->MeasureProcessCPUTime();
 }
 
-std::int64_t number_of(const std::vector<bool>& painted) {
-    return std::count(painted.begin(), painted.end(), true);
-}
-
-std::int64_t number_inside(const Circle& clip, const std::vector<bool>& painted) {
-    std::int64_t number = 0;
-    std::size_t i = 0;
-    for (std::int32_t row = 0; row < window_size.y; ++row) {
-        for (std::int32_t column = 0; column < window_size.x; ++column) {
-            number += painted[i++] && clip.contains(column, row);
-        }
-    }
-    return number;
-}
-
 // The pixels of one of a scene's scattered triangles, which are all alike.
 std::int64_t pixels_of_one(const vorna::Module& module, const Scene& scene) {
     const Scene one{{scene.points.begin(), scene.points.begin() + 3}, {scene.colors.begin(), scene.colors.begin() + 3}, {3}};
     return number_of(painted_by_one_frame(*make_own_canvas(module, {}, one)));
 }
 
-void add_memory() {
-    static std::vector<std::uint8_t> from(4 * pixels, 1), to(4 * pixels, 2);
-    const auto add = [](const char* name, std::size_t bytes, auto work) {
-        benchmark::RegisterBenchmark(name, [bytes, work](benchmark::State& state) {
-            for ([[maybe_unused]] auto _ : state) {
-                work(bytes);
-                benchmark::ClobberMemory();
-            }
-            state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));
-        })->MeasureProcessCPUTime();
-    };
-    const auto set = [](std::size_t bytes) { std::memset(to.data(), 0x5A, bytes); };
-    add("memset_color", 4 * pixels, set);
-    add("memset_depth", 2 * pixels, set);
-    add("memcpy_color", 4 * pixels, [](std::size_t bytes) { std::memcpy(to.data(), from.data(), bytes); });
-}
-
-std::string processor_name() {
-    std::ifstream file("/proc/cpuinfo");
-    for (std::string line; std::getline(file, line);) {
-        if (line.rfind("model name", 0) == 0) {
-            return line.substr(line.find(':') + 2);
-        }
-    }
-    return "unknown";
-}
-
-// Goes into the JSON output and over the tables.
-void add_context(Ratio_Table& ratios) {
-    const char* kernels = std::getenv("KRB_KERNELS");
-    for (const auto& [name, value] : {std::pair<const char*, std::string>{"processor", processor_name()},
-                                      {"kernel set", kernels ? kernels : "automatic"},
-                                      {"compiler", VORNA_COMPILER},
-                                      {"build type", VORNA_BUILD_TYPE},
-                                      {"peer", llvmpipe_description()}}) {
-        benchmark::AddCustomContext(name, value);
-        ratios.add_context(name, value);
-    }
-}
-
-// Fails with one line when the two sides do not draw the same. other: who else draws it.
-void check(const Drawing& drawing, std::int64_t ours, const std::string& other, std::int64_t theirs) {
-    const double difference = std::abs(static_cast<double>(ours - theirs)) / static_cast<double>(theirs);
-    std::printf("%s: %lld pixels painted, by %s %lld\n", drawing.name.c_str(), static_cast<long long>(ours), other.c_str(),
-                static_cast<long long>(theirs));
-    if (!(difference <= drawing.edge_share)) {
-        throw std::runtime_error(drawing.name + ": paints " + std::to_string(ours) + " pixels, " + other + " " +
-                                 std::to_string(theirs) + ", expected a difference of at most " +
-                                 std::to_string(100 * drawing.edge_share) + " %");
-    }
-}
-
-void run(const char* module_path, const char* model, const char* table) {
+bool run(char** arguments) {
+    const auto [module_path, model, table] = std::array{arguments[0], arguments[1], arguments[2]};
     constexpr Shading flat = Shading::flat, gouraud = Shading::gouraud, textured = Shading::textured;
     constexpr Circle clip{800};
     // So many that half of the pixels pass the depth test: of k triangles over a place, 1 + 1/2 + ... + 1/k do on average.
@@ -170,24 +80,25 @@ void run(const char* module_path, const char* model, const char* table) {
         return painted;
     };
     std::map<std::string, std::vector<bool>> painted; // by the drawings without a clip
-    Ratio_Table ratios;
+    Ratio_Table ratios({"llvmpipe"});
     for (const Drawing& drawing : drawings) {
         std::vector<bool> ours = add(drawing, "vorna", make_own_canvas(module, drawing.surface, drawing.scene));
         const std::int64_t number = number_of(ours);
         if (drawing.surface.clip) {
-            check(drawing, number, drawing.open + " inside the clip",
-                  number_inside(*drawing.surface.clip, painted.at(drawing.open)));
+            check_number(drawing.name, number, drawing.open + " inside the clip",
+                         number_inside(*drawing.surface.clip, painted.at(drawing.open)), drawing.edge_share);
             ratios.add_masked(drawing.name, drawing.title, drawing.open);
             continue;
         }
         if (drawing.edge_share > 0) {
-            check(drawing, number, "the peer",
-                  number_of(add(drawing, "llvmpipe", make_llvmpipe_canvas(drawing.surface, drawing.scene))));
+            check_number(drawing.name, number, "the peer",
+                         number_of(add(drawing, "llvmpipe", make_llvmpipe_canvas(drawing.surface, drawing.scene))),
+                         drawing.edge_share);
         } else if (number == 0) {
             throw std::runtime_error(drawing.name + ": paints nothing");
         }
         painted[drawing.name] = std::move(ours);
-        ratios.add_drawing(drawing.name, drawing.title, drawing.scene.triangle_count());
+        ratios.add_drawing(drawing.name, drawing.title, static_cast<double>(drawing.scene.triangle_count()), million_triangles);
     }
     add_memory();
     const Drawing clear{"clear_depth", "depth clear", big, {flat, true}, Clears::depth, 0};
@@ -199,17 +110,18 @@ void run(const char* module_path, const char* model, const char* table) {
         }
     })->MeasureProcessCPUTime();
 
-    ratios.add_fill("memset_color", "memset of the colour buffer", 4.0 * pixels, "memset_color");
-    ratios.add_fill("memcpy_color", "memcpy of the colour buffer", 4.0 * pixels, "memset_color");
+    ratios.add_fill("memset_color", "memset of the colour buffer", 4.0 * window_pixels, "memset_color");
+    ratios.add_fill("memcpy_color", "memcpy of the colour buffer", 4.0 * window_pixels, "memset_color");
     ratios.add_fill("fill_window/vorna", "solid triangles over the window", 4.0 * (window_size.x - 1) * (window_size.y - 1),
                     "memset_color");
     ratios.add_fill("fill_512/vorna", "solid triangles, legs 512",
                     4.0 * static_cast<double>(pixels_of_one(module, big) * big.triangle_count()), "memset_color");
-    ratios.add_fill("memset_depth", "memset of the depth buffer", 2.0 * pixels, "memset_depth");
-    ratios.add_fill("clear_depth/vorna", "depth clear", 2.0 * pixels, "memset_depth");
-    add_context(ratios);
+    ratios.add_fill("memset_depth", "memset of the depth buffer", 2.0 * window_pixels, "memset_depth");
+    ratios.add_fill("clear_depth/vorna", "depth clear", 2.0 * window_pixels, "memset_depth");
+    add_context(ratios, llvmpipe_description());
     benchmark::RunSpecifiedBenchmarks(&ratios);
     std::ofstream(table) << ratios.markdown();
+    return true;
 }
 
 } // namespace
@@ -217,17 +129,5 @@ void run(const char* module_path, const char* model, const char* table) {
 } // namespace bench
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: %s MODULE MODEL TABLE [--benchmark_...], expected 3 arguments, found %d\n", argv[0],
-                     argc - 1);
-        return 2;
-    }
-    try {
-        bench::run(argv[1], argv[2], argv[3]);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
-        return 1;
-    }
-    return 0;
+    return bench::run_main(argc, argv, "MODULE MODEL TABLE", 3, bench::run);
 }

@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
+#include "bench/primitives.h"
 #include "bench/scene.h"
 #include "vorna/module.h"
 
@@ -19,6 +21,8 @@ struct Surface {
     bool alpha = false;
     bool palette = false;         // 8-bit indices instead of colours
     std::optional<Circle> clip{}; // drawn through the complex clip of a mask
+    bool smoothed = false;        // lines
+    bool plane = false;           // lines go through the slots whose points have no depth
 };
 
 class Canvas {
@@ -38,14 +42,26 @@ public:
     virtual std::vector<bool> painted_pixels() = 0;
 };
 
-// The scene must outlive the canvas.
+// What is drawn must outlive the canvas.
 std::unique_ptr<Canvas> make_own_canvas(const vorna::Module& module, const Surface& surface, const Scene& scene);
+std::unique_ptr<Canvas> make_own_canvas(const vorna::Module& module, const Surface& surface, const Primitives& primitives);
 
-// Mesa's software rasterizer through OSMesa, on one thread, drawing the same strips from vertex buffers into a framebuffer object
-// with a 32-bit colour and a 16-bit depth attachment. Surfaces with a palette or a clip and scenes with a polygon are not for it.
-// Throws std::runtime_error.
+// The peers, each on one thread, with no palette and no clip. Throw std::runtime_error when the library fails.
+
+// Mesa's software rasterizer through OSMesa, drawing from vertex buffers into a framebuffer object with a 32-bit colour and a
+// 16-bit depth attachment: strips as they are, but no polygon; all lines in one call; circles as polygons. No images.
 std::unique_ptr<Canvas> make_llvmpipe_canvas(const Surface& surface, const Scene& scene);
+std::unique_ptr<Canvas> make_llvmpipe_canvas(const Surface& surface, const Primitives& primitives);
 // What the peer calls itself, its version and its vector width.
 const char* llvmpipe_description();
+
+// SDL2's software renderer: lines one by one in a batch, filled circles as rectangles of one row each, outlines as polygons.
+std::unique_ptr<Canvas> make_sdl_canvas(const Surface& surface, const Primitives& primitives);
+// cairo's image surface: a stroke or fill a colour, without antialiasing unless smoothed.
+std::unique_ptr<Canvas> make_cairo_canvas(const Surface& surface, const Primitives& primitives);
+// Images only.
+std::unique_ptr<Canvas> make_pixman_canvas(const Surface& surface, const Primitives& primitives);
+std::unique_ptr<Canvas> make_memcpy_canvas(const Surface& surface, const Primitives& primitives);
+std::string raster_peers_description();
 
 } // namespace bench

@@ -1,5 +1,6 @@
 // The peer: Mesa's llvmpipe through OSMesa.
 #define GL_GLEXT_PROTOTYPES
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <stdexcept>
@@ -124,9 +125,58 @@ Vertex vertex_of(const VT_DCI_Point& point, VT_RGB32 color, Texture_Point textur
             {texture_point.u, 1 - texture_point.v}};
 }
 
+// Runs of vertices, each drawn as the mode says.
+struct Mesh {
+    GLenum mode;
+    std::vector<Vertex> vertices;
+    std::vector<GLsizei> counts;
+};
+
+Mesh mesh_of(const Scene& scene) {
+    Mesh mesh{GL_TRIANGLE_STRIP, {}, scene.lengths};
+    mesh.vertices.reserve(scene.points.size());
+    for (std::size_t i = 0; i < scene.points.size(); ++i) {
+        mesh.vertices.push_back(vertex_of(scene.points[i], scene.colors[i],
+                                          scene.texture_points.empty() ? Texture_Point{} : scene.texture_points[i]));
+    }
+    return mesh;
+}
+
+// A vertex at a pixel's centre and so far from it.
+Vertex vertex_beside(const VT_DCI_Point& point, double x, double y, VT_RGB32 color) {
+    Vertex vertex = vertex_of(point, color, {});
+    vertex.x += static_cast<float>((0.5 + x) * 2 / window_size.x);
+    vertex.y += static_cast<float>(y * 2 / window_size.y);
+    return vertex;
+}
+
+// OpenGL leaves a line's last pixel out: lines are drawn on for one pixel more.
+Mesh mesh_of(const Lines& lines) {
+    Mesh mesh{GL_LINES, {}, {static_cast<GLsizei>(lines.points.size())}};
+    for (std::size_t i = 0; i < lines.points.size(); i += 2) {
+        const VT_DCI_Point from = lines.points[i], to = lines.points[i + 1];
+        const double steps = std::max({std::abs(to.x - from.x), std::abs(to.y - from.y), 1});
+        mesh.vertices.push_back(vertex_beside(from, 0, 0, lines.colors[i]));
+        mesh.vertices.push_back(vertex_beside(to, (to.x - from.x) / steps, (to.y - from.y) / steps, lines.colors[i + 1]));
+    }
+    return mesh;
+}
+
+Mesh mesh_of(const Circles& circles) {
+    Mesh mesh{static_cast<GLenum>(circles.filled ? GL_TRIANGLE_FAN : GL_LINE_LOOP), {}, {}};
+    const std::vector<VT_Point> corners = polygon_round(circles.radius + (circles.filled ? 0.5 : 0.0));
+    for (std::size_t i = 0; i < circles.centers.size(); ++i) {
+        for (const VT_Point& corner : corners) {
+            mesh.vertices.push_back(vertex_beside(circles.centers[i], corner.x, corner.y, circles.colors[i]));
+        }
+        mesh.counts.push_back(static_cast<GLsizei>(corners.size()));
+    }
+    return mesh;
+}
+
 class Llvmpipe_Canvas final : public Canvas {
 public:
-    Llvmpipe_Canvas(const Surface& surface, const Scene& scene) : surface_(surface), counts_(scene.lengths) {
+    Llvmpipe_Canvas(const Surface& surface, const Mesh& mesh) : surface_(surface), mode_(mesh.mode), counts_(mesh.counts) {
         glGenFramebuffers(1, &framebuffer_);
         glBindFramebuffer(GL_FRAMEBUFFER, framebuffer_);
         glGenRenderbuffers(2, attachments_.data());
@@ -138,7 +188,7 @@ public:
             throw std::runtime_error("OSMesa gives no framebuffer object of this kind");
         }
         link();
-        fill(scene);
+        fill(mesh.vertices);
         if (surface.shading == Shading::textured) {
             make_texture();
         }
@@ -164,7 +214,7 @@ public:
     }
     void draw() override {
         use();
-        glMultiDrawArrays(GL_TRIANGLE_STRIP, firsts_.data(), counts_.data(), static_cast<GLsizei>(counts_.size()));
+        glMultiDrawArrays(mode_, firsts_.data(), counts_.data(), static_cast<GLsizei>(counts_.size()));
     }
     void finish() override { glFinish(); }
 
@@ -173,6 +223,7 @@ public:
         std::vector<std::uint32_t> pixels(static_cast<std::size_t>(window_size.x) * static_cast<std::size_t>(window_size.y));
         glReadPixels(0, 0, window_size.x, window_size.y, GL_BGRA, GL_UNSIGNED_BYTE, pixels.data());
         std::vector<bool> painted;
+        painted.reserve(pixels.size());
         for (const std::uint32_t pixel : pixels) {
             painted.push_back(pixel != 0xFFFFFFFF);
         }
@@ -202,13 +253,7 @@ private:
         }
     }
 
-    void fill(const Scene& scene) {
-        std::vector<Vertex> vertices;
-        vertices.reserve(scene.points.size());
-        for (std::size_t i = 0; i < scene.points.size(); ++i) {
-            vertices.push_back(vertex_of(scene.points[i], scene.colors[i],
-                                         scene.texture_points.empty() ? Texture_Point{} : scene.texture_points[i]));
-        }
+    void fill(const std::vector<Vertex>& vertices) {
         GLint first = 0;
         for (const GLsizei count : counts_) {
             firsts_.push_back(first);
@@ -244,7 +289,8 @@ private:
         glViewport(0, 0, window_size.x, window_size.y);
         set(GL_DEPTH_TEST, surface_.depth);
         glDepthFunc(GL_LEQUAL);
-        set(GL_BLEND, surface_.alpha);
+        set(GL_BLEND, surface_.alpha || surface_.smoothed);
+        set(GL_LINE_SMOOTH, surface_.smoothed);
         glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
         glUseProgram(program_);
         glBindTexture(GL_TEXTURE_2D, texture_);
@@ -252,6 +298,7 @@ private:
     }
 
     Surface surface_;
+    GLenum mode_;
     GLuint framebuffer_ = 0, program_ = 0, texture_ = 0, buffer_ = 0, array_ = 0;
     std::array<GLuint, 2> attachments_{};
     std::vector<GLint> firsts_;
@@ -262,7 +309,15 @@ private:
 
 std::unique_ptr<Canvas> make_llvmpipe_canvas(const Surface& surface, const Scene& scene) {
     Context::the();
-    return std::make_unique<Llvmpipe_Canvas>(surface, scene);
+    return std::make_unique<Llvmpipe_Canvas>(surface, mesh_of(scene));
+}
+
+std::unique_ptr<Canvas> make_llvmpipe_canvas(const Surface& surface, const Primitives& primitives) {
+    Context::the();
+    if (const auto* lines = std::get_if<Lines>(&primitives)) {
+        return std::make_unique<Llvmpipe_Canvas>(surface, mesh_of(*lines));
+    }
+    return std::make_unique<Llvmpipe_Canvas>(surface, mesh_of(std::get<Circles>(primitives)));
 }
 
 const char* llvmpipe_description() {

@@ -3,32 +3,15 @@
 
 #include <cmath>
 #include <numbers>
-#include <random>
 
 #include "app/scene/model_reader.h"
 #include "app/scene/scene_renderer.h"
+#include "bench/random.h"
 #include "renderer/host/renderer_data.h"
 
 namespace bench {
 
 namespace {
-
-// The same numbers with every standard library.
-class Random {
-public:
-    std::int32_t below(std::int32_t end) { return static_cast<std::int32_t>(engine_() % static_cast<std::uint32_t>(end)); }
-    std::int32_t depth() { return below(65536); }
-    // From 0 to 0.999.
-    float thousandths() { return static_cast<float>(below(1000)) / 1000.0F; }
-    // Alphas between a quarter and three quarters; neighbouring colours so far apart that nothing is drawn flat.
-    VT_RGB32 color() {
-        const auto byte = [this] { return static_cast<std::uint8_t>(below(256)); };
-        return {byte(), byte(), byte(), static_cast<std::uint8_t>(64 + below(128))};
-    }
-
-private:
-    std::mt19937 engine_{1};
-};
 
 // Takes down what reaches its polytriangle slot.
 class Recorder : public VT_Renderer_Data {
@@ -62,8 +45,7 @@ std::vector<VT_RGB32> noise_texels() {
     Random random;
     std::vector<VT_RGB32> texels(static_cast<std::size_t>(texture_side) * texture_side);
     for (VT_RGB32& texel : texels) {
-        texel = random.color();
-        texel.alpha = 255;
+        texel = random.opaque_color();
     }
     return texels;
 }
