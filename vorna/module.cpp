@@ -44,7 +44,8 @@ void close_library(void* library) {
 }
 
 template <class Function> Function* find_entry_point(void* library, const char* name) {
-    return reinterpret_cast<Function*>(GetProcAddress(static_cast<HMODULE>(library), name));
+    // Through a plain pointer: the system declares functions of another type than they have.
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name)));
 }
 
 #else
