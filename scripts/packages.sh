@@ -22,7 +22,7 @@ install_packages() {
 }
 
 # What every build of the project needs.
-build_packages=(g++ cmake ninja-build libassimp-dev libcli11-dev libjpeg62-turbo-dev libpng-dev nlohmann-json3-dev)
+build_packages=(g++ cmake ninja-build libassimp-dev libcli11-dev libjpeg62-turbo-dev libpng-dev nlohmann-json3-dev zlib1g-dev)
 
 # Developers who have ccache build faster.
 if command -v ccache >/dev/null; then
