@@ -19,10 +19,11 @@ constexpr const char* create_name = "VD_Renderer";
 constexpr const char* unload_name = "VD_Unload_KRB_Renderer";
 
 // The loader searches its own directories for names without a directory; a path is meant as it stands.
-std::filesystem::path absolute_path(const std::string& path) {
+std::filesystem::path absolute_path(const std::string& name) {
+    const std::filesystem::path path = std::u8string(name.begin(), name.end());
     std::error_code ignored;
-    std::filesystem::path absolute = std::filesystem::absolute(path, ignored);
-    return ignored ? std::filesystem::path(path) : absolute;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, ignored);
+    return ignored ? path : absolute;
 }
 
 #if defined(_WIN32)

@@ -57,9 +57,10 @@ using T = Action_Table;
 
 // Columns: no depth buffer with 8-bit, 32-bit and blended 32-bit colour, then the same three with a depth buffer. {} leaves the
 // slot as it is. Families whose rasterizers are still to come stand here with the host's standard function: lines, markers,
-// ellipses, images of the host, 3D strips.
+// ellipses, images of the host, 3D strips. Tables are made when they are asked for: on Windows a constant would hold the address
+// of a jump to the host's function, and the host compares addresses.
 // clang-format off
-constexpr std::tuple slot_table{
+auto slot_table() { return std::tuple{
     row(&T::draw_2d_polytriangle, KRB_OWN(draw_2d_polytriangle)),
     row(&T::draw_dc_polytriangle, KRB_OWN(draw_dc_polytriangle)),
     row(&T::draw_2di_polytriangle, KRB_OWN(draw_2di_polytriangle)),
@@ -104,19 +105,19 @@ constexpr std::tuple slot_table{
     every_case(&T::draw_dci_polygon, own(draw_dci_polygon)),
     every_case(&T::draw_dci_image, own(draw_dci_image)),
     every_case(&T::draw_3d_polytriangle, host(VD_Standard_Draw_3D_Polytriangle)),
-};
-// clang-format on
+}; }
 #undef KRB_OWN
 
 // With tiling the renderer cuts 3D strips and polylines to the tile itself.
-constexpr std::tuple tiling_table{
+auto tiling_table() { return std::tuple{
     every_case(&T::draw_3d_colorized_polytriangle, host(VD_Standard_Draw_3D_Colorized_Polytriangle)),
     every_case(&T::draw_3d_gouraud_polytriangle, host(VD_Standard_Draw_3D_Gouraud_Polytriangle)),
     every_case(&T::draw_3d_textured_polytriangle, host(VD_Standard_Draw_3D_Textured_Polytriangle)),
     every_case(&T::draw_3d_polyline, host(VD_Standard_Draw_3D_Polyline)),
     every_case(&T::draw_3d_colorized_polyline, host(VD_Standard_Draw_3D_Colorized_Polyline)),
     every_case(&T::draw_3d_gouraud_polyline, host(VD_Standard_Draw_3D_Gouraud_Polyline)),
-};
+}; }
+// clang-format on
 
 template <class Function> void install(Software_Z_Buffer& renderer, const Row<Function>& row, Case c) {
     const Cell<Function>& cell = row.cells[static_cast<std::size_t>(c)];
@@ -140,9 +141,9 @@ template <class Table> void install_all(Software_Z_Buffer& renderer, const Table
 void install_actions(Software_Z_Buffer& renderer) {
     const VT_Renderer_Options& options = renderer.current_options;
     const Case c = case_of(options.buffer_depth() >= 1, options.color_system() == 1, options.alpha_blending());
-    install_all(renderer, slot_table, c);
+    install_all(renderer, slot_table(), c);
     if (renderer.current[Handle::enable_tiling]->as_bool()) {
-        install_all(renderer, tiling_table, c);
+        install_all(renderer, tiling_table(), c);
     }
 }
 

@@ -188,12 +188,12 @@ TEST_F(Reader_Files, obj_materials_give_vertices_their_diffuse_colour) {
     write("two paints.mtl", "newmtl dark red\nKd 0.5 0 0\nnewmtl blue\nNs 5\nKd 0 0 1\n");
     const std::string shape =
         "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\nusemtl dark red\nf 1 2 3\nusemtl blue\nf 3 2 1\nusemtl unknown\nf 1 2 3\n";
-    const Mesh mesh = read_obj(folder_ / "m.obj", "mtllib two paints.mtl\n" + shape);
+    const Mesh mesh = read_obj((folder_ / "m.obj").string(), "mtllib two paints.mtl\n" + shape);
     ASSERT_EQ(mesh.colors.size(), 9U);
     EXPECT_EQ(mesh.colors[0].alpha, 0);
     EXPECT_EQ(mesh.colors[3], (VT_RGB32{0, 0, 128, 255}));
     EXPECT_EQ(mesh.colors[6], (VT_RGB32{255, 0, 0, 255}));
-    EXPECT_TRUE(read_obj(folder_ / "m.obj", "mtllib missing.mtl\n" + shape).colors.empty());
+    EXPECT_TRUE(read_obj((folder_ / "m.obj").string(), "mtllib missing.mtl\n" + shape).colors.empty());
 }
 
 TEST(Readers, a_broken_file_is_refused_with_its_place_and_what_was_expected) {

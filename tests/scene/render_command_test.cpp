@@ -93,7 +93,7 @@ TEST_F(Render_Command, stats_go_to_standard_error) {
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(
         outcome.errors,
-        testing::ContainsRegex("^3 triangles in [0-9]+ strips, load .* ms, setup .* ms, draw .* ms at best, .* middle of 3\n$"));
+        testing::ContainsRegex("^3 triangles in .* strips, load .* ms, setup .* ms, draw .* ms at best, .* middle of 3\n$"));
 }
 
 TEST_F(Render_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_file) {
