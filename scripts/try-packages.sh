@@ -4,13 +4,17 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
+unset CMAKE_CXX_COMPILER_LAUNCHER # of this machine, not of the new one
 [ $# -ge 1 ] || { sed -n 2,3p "$0" >&2; exit 2; }
 root=$1 mirror=${2:-http://deb.debian.org/debian}
 
 install_packages debootstrap
 step "Debian in $root"
 debootstrap --variant=minbase bookworm "$root" "$mirror" >/dev/null
-mkdir "$root/packages"
+# The command asks there where it lies.
+mount -t proc proc "$root/proc"
+trap 'umount "$root/proc"' EXIT
+mkdir -p "$root/packages"
 cp out/*.deb pictures/crystals.json tests/build/installed/* "$root/packages"
 
 step "installation"
