@@ -1,39 +1,56 @@
 // Rasters as files.
 #include "app/image_file.h"
 
-#include <array>
 #include <bit>
-#include <stdexcept>
+#include <cstring>
+#include <utility>
 
-#include <png.h>
+#include "app/png_writer.h"
 
 namespace app {
 
 namespace {
 
-struct Png_Colors {
-    std::array<std::uint8_t, 3 * 256> red_green_blue;
-};
-
-Png_Colors png_colors_of(const VT_Palette& palette) {
-    Png_Colors colors;
+std::string png_palette_of(const VT_Palette& palette) {
+    std::string colors;
     for (std::size_t i = 0; i < 256; ++i) {
         const VT_RGB32 color = palette.color(static_cast<std::uint8_t>(i));
-        colors.red_green_blue[3 * i] = color.red;
-        colors.red_green_blue[3 * i + 1] = color.green;
-        colors.red_green_blue[3 * i + 2] = color.blue;
+        for (const std::uint8_t level : {color.red, color.green, color.blue}) {
+            colors += static_cast<char>(level);
+        }
     }
     return colors;
 }
 
-png_uint_32 png_format_of(Buffer_Format format) noexcept {
-    switch (format) {
+Png_Form png_form_of(const Raster& raster, const VT_Palette& palette) {
+    const auto width = static_cast<std::uint32_t>(raster.width), height = static_cast<std::uint32_t>(raster.height);
+    switch (raster.format) {
     case Buffer_Format::index8:
-        return PNG_FORMAT_RGB_COLORMAP;
+        return {.width = width, .height = height, .colors = Png_Form::Colors::palette, .palette = png_palette_of(palette)};
     case Buffer_Format::depth16:
-        return PNG_FORMAT_LINEAR_Y;
+        return {.width = width, .height = height, .sample_bits = 16, .colors = Png_Form::Colors::grey, .linear = true};
     default:
-        return PNG_FORMAT_BGRA;
+        return {.width = width, .height = height};
+    }
+}
+
+// Pixels as the buffer holds them, in the order of PNG: red first, high byte first.
+void store_samples(const std::uint8_t* pixels, std::int32_t width, Buffer_Format format, std::uint8_t* samples) {
+    for (std::int32_t i = 0; i < width; ++i) {
+        if (format == Buffer_Format::index8) {
+            *samples++ = *pixels++;
+        } else if (format == Buffer_Format::depth16) {
+            std::uint16_t depth;
+            std::memcpy(&depth, pixels, sizeof depth);
+            pixels += sizeof depth;
+            *samples++ = static_cast<std::uint8_t>(depth >> 8);
+            *samples++ = static_cast<std::uint8_t>(depth & 0xFF);
+        } else {
+            for (const int channel : {2, 1, 0, 3}) {
+                *samples++ = pixels[channel];
+            }
+            pixels += 4;
+        }
     }
 }
 
@@ -61,25 +78,9 @@ std::int32_t bytes_per_pixel(Buffer_Format format) noexcept {
 }
 
 std::string png_of(const Raster& raster, const VT_Palette& palette) {
-    png_image image = {};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = static_cast<png_uint_32>(raster.width);
-    image.height = static_cast<png_uint_32>(raster.height);
-    image.format = png_format_of(raster.format);
-    image.colormap_entries = 256;
-    const Png_Colors colors = png_colors_of(palette);
-    // The library counts the distance of rows in components, and takes the top row's address also when rows run backwards.
-    const std::ptrdiff_t component_bytes = raster.format == Buffer_Format::depth16 ? 2 : 1;
-    const auto stride = static_cast<png_int_32>(raster.row_bytes / component_bytes);
-    const std::uint8_t* first = stride < 0 ? raster.top + (raster.height - 1) * raster.row_bytes : raster.top;
-
-    std::string bytes(PNG_IMAGE_PNG_SIZE_MAX(image), '\0');
-    png_alloc_size_t size = bytes.size();
-    if (!png_image_write_to_memory(&image, bytes.data(), &size, 0, first, stride, colors.red_green_blue.data())) {
-        throw std::runtime_error(std::string("the picture cannot be written as PNG: ") + image.message);
-    }
-    bytes.resize(size);
-    return bytes;
+    return png_file(png_form_of(raster, palette), [&raster](std::uint32_t row, std::uint8_t* samples) {
+        store_samples(raster.top + std::ptrdiff_t{row} * raster.row_bytes, raster.width, raster.format, samples);
+    });
 }
 
 std::string raw_bytes_of(const Raster& raster) {

@@ -24,6 +24,7 @@ int run(int count, char** arguments) {
     int status = app::exit_status::done;
     CLI::App application("Exact software rendering", "vorna");
     application.set_version_flag("--version", std::string("vorna ") + VORNA_VERSION, "Print the version and exit");
+    application.allow_windows_style_options(false); // a path may begin with a slash there too
     application.require_subcommand(1);
     app::add_module_options(application);
     app::add_replay_command(application, status);

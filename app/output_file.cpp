@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "app/path.h"
+
 namespace app {
 
 namespace {
@@ -37,7 +39,8 @@ void write_bytes(std::FILE* file, const fs::path& target, std::string_view bytes
 // In the same folder, because only there a move replaces the target in one step.
 fs::path temporary_beside(const fs::path& target) {
     std::random_device random;
-    return target.string() + ".part-" + std::to_string(random());
+    fs::path temporary = target;
+    return temporary += ".part-" + std::to_string(random());
 }
 
 } // namespace
@@ -49,18 +52,19 @@ Output_Files::~Output_Files() {
     }
 }
 
-void Output_Files::add(const std::string& path, std::string_view bytes) {
+void Output_Files::add(const std::string& name, std::string_view bytes) {
+    const fs::path path = path_of(name);
     std::error_code none;
     if (fs::is_directory(path, none)) {
         fail(path, std::make_error_code(std::errc::is_a_directory));
     }
     // Devices and pipes cannot be replaced, only written.
     if (fs::exists(path, none) && !fs::is_regular_file(path, none)) {
-        write_bytes(std::fopen(path.c_str(), "wb"), path, bytes);
+        write_bytes(std::fopen(name.c_str(), "wb"), path, bytes);
         return;
     }
     // A link stays a link: the file that it leads to is replaced.
-    const fs::path target = fs::is_symlink(path, none) ? fs::weakly_canonical(path, none) : fs::path(path);
+    const fs::path target = fs::is_symlink(path, none) ? fs::weakly_canonical(path, none) : path;
     const fs::path temporary = temporary_beside(target);
     std::FILE* file = std::fopen(temporary.string().c_str(), "wbx");
     if (file) {

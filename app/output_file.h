@@ -18,7 +18,7 @@ public:
     ~Output_Files();
 
     // Throws std::runtime_error that names the file.
-    void add(const std::string& path, std::string_view bytes);
+    void add(const std::string& name, std::string_view bytes);
     void commit();
 
 private:

@@ -8,16 +8,29 @@
 
 namespace vorna {
 
+// What rounding took from the product a * b, exactly: Dekker's, with the factors split into halves of 26 bits after Veltkamp. Not
+// std::fma, which some run-time libraries round twice. For factors below 2^970 whose product's last bit does not underflow.
+inline double product_rest(double a, double b) noexcept {
+    constexpr double splitter = 134217729; // 2^27 + 1
+    const double a_part = splitter * a;
+    const double b_part = splitter * b;
+    const double a_high = a_part - (a_part - a);
+    const double b_high = b_part - (b_part - b);
+    const double a_low = a - a_high;
+    const double b_low = b - b_high;
+    return a_low * b_low - (((a * b - a_high * b_high) - a_low * b_high) - a_high * b_low);
+}
+
 // The sign of a * b - c * d, as if the products were not rounded. Rounding keeps order, so rounded products that differ decide;
-// equal ones are decided by what rounding took from each, which fma gives exactly.
+// equal ones are decided by what rounding took from each.
 inline int compare_products(double a, double b, double c, double d) noexcept {
     const double left = a * b;
     const double right = c * d;
     if (left != right) {
         return left < right ? -1 : 1;
     }
-    const double left_rest = std::fma(a, b, -left);
-    const double right_rest = std::fma(c, d, -right);
+    const double left_rest = product_rest(a, b);
+    const double right_rest = product_rest(c, d);
     return left_rest < right_rest ? -1 : left_rest > right_rest ? 1 : 0;
 }
 
@@ -35,9 +48,8 @@ public:
     }
 
     void add_product(double a, double b) noexcept {
-        const double product = a * b;
-        add(std::fma(a, b, -product));
-        add(product);
+        add(product_rest(a, b));
+        add(a * b);
     }
 
     int sign() const noexcept {

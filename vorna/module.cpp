@@ -19,10 +19,11 @@ constexpr const char* create_name = "VD_Renderer";
 constexpr const char* unload_name = "VD_Unload_KRB_Renderer";
 
 // The loader searches its own directories for names without a directory; a path is meant as it stands.
-std::filesystem::path absolute_path(const std::string& path) {
+std::filesystem::path absolute_path(const std::string& name) {
+    const std::filesystem::path path = std::u8string(name.begin(), name.end());
     std::error_code ignored;
-    std::filesystem::path absolute = std::filesystem::absolute(path, ignored);
-    return ignored ? std::filesystem::path(path) : absolute;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, ignored);
+    return ignored ? path : absolute;
 }
 
 #if defined(_WIN32)
@@ -44,7 +45,8 @@ void close_library(void* library) {
 }
 
 template <class Function> Function* find_entry_point(void* library, const char* name) {
-    return reinterpret_cast<Function*>(GetProcAddress(static_cast<HMODULE>(library), name));
+    // Through a plain pointer: the system declares functions of another type than they have.
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name)));
 }
 
 #else

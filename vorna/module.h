@@ -13,7 +13,8 @@ namespace vorna {
 // A loaded module. Renderers must be destroyed before it.
 class VORNA_API Module {
 public:
-    // Opens the module and finds its entry points. Throws std::runtime_error with one line that names the file and the reason.
+    // Opens the module and finds its entry points. The path is UTF-8 on Windows. Throws std::runtime_error with one line that
+    // names the file and the reason.
     explicit Module(const std::string& path);
     Module(const Module&) = delete;
     Module& operator=(const Module&) = delete;

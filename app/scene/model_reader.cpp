@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "app/path.h"
+
 namespace app::scene {
 namespace {
 
@@ -15,7 +17,7 @@ std::string lower_case(std::string text) {
 }
 
 Mesh read_model(const std::string& file) {
-    const std::string extension = lower_case(std::filesystem::path(file).extension().string());
+    const std::string extension = lower_case(path_of(file).extension().string());
     if (extension == ".obj") {
         return read_obj(file, read_file(file));
     }
@@ -35,7 +37,7 @@ Mesh read_model(const std::string& file) {
 
 std::string read_file(const std::string& file) {
     std::error_code error;
-    const auto size = std::filesystem::file_size(file, error);
+    const auto size = std::filesystem::file_size(path_of(file), error);
     if (error) {
         throw Model_Error(file + ": cannot be read: " + error.message());
     }
@@ -50,12 +52,12 @@ std::string read_file(const std::string& file) {
 std::string image_path(const std::string& file, std::string name) {
     namespace fs = std::filesystem;
     std::ranges::replace(name, '\\', '/');
-    const fs::path folder = fs::path(file).parent_path(), given = (folder / name).lexically_normal();
+    const fs::path folder = path_of(file).parent_path(), given = (folder / path_of(name)).lexically_normal();
     std::error_code error;
     if (fs::exists(given, error)) {
         return given.string();
     }
-    const std::string wanted = lower_case(fs::path(name).filename().string());
+    const std::string wanted = lower_case(path_of(name).filename().string());
     for (const fs::directory_entry& beside : fs::directory_iterator(folder.empty() ? "." : folder, error)) {
         if (lower_case(beside.path().filename().string()) == wanted) {
             return (folder / beside.path().filename()).string();

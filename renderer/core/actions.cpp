@@ -61,9 +61,10 @@ using T = Action_Table;
     { own(member<N8>), own(member<N32>), own(member<N32A>), own(member<D8>), own(member<D32>), own(member<D32A>) }
 
 // Columns: no depth buffer with 8-bit, 32-bit and blended 32-bit colour, then the same three with a depth buffer. {} leaves the
-// slot as it is.
+// slot as it is. Tables are made when they are asked for: on Windows a constant would hold the address of a jump to the host's
+// function, and the host compares addresses.
 // clang-format off
-constexpr std::tuple slot_table{
+auto slot_table() { return std::tuple{
     row(&T::draw_2d_polytriangle, KRB_OWN(draw_2d_polytriangle)),
     row(&T::draw_dc_polytriangle, KRB_OWN(draw_dc_polytriangle)),
     row(&T::draw_2di_polytriangle, KRB_OWN(draw_2di_polytriangle)),
@@ -108,26 +109,26 @@ constexpr std::tuple slot_table{
     every_case(&T::draw_dci_polygon, own(draw_dci_polygon)),
     every_case(&T::draw_dci_image, own(draw_dci_image)),
     every_case(&T::draw_3d_polytriangle, own(draw_3d_polytriangle)),
-};
-// clang-format on
+}; }
 #undef KRB_OWN
 
 // With tiling the renderer cuts 3D strips and polylines to the tile itself.
-constexpr std::tuple tiling_table{
+auto tiling_table() { return std::tuple{
     every_case(&T::draw_3d_colorized_polytriangle, own(draw_3d_colorized_polytriangle)),
     every_case(&T::draw_3d_gouraud_polytriangle, own(draw_3d_gouraud_polytriangle)),
     every_case(&T::draw_3d_textured_polytriangle, own(draw_3d_textured_polytriangle)),
     every_case(&T::draw_3d_polyline, own(draw_3d_polyline)),
     every_case(&T::draw_3d_colorized_polyline, own(draw_3d_colorized_polyline)),
     every_case(&T::draw_3d_gouraud_polyline, own(draw_3d_gouraud_polyline)),
-};
+}; }
 
 // Midpoint ellipses are too coarse for a printed page.
-constexpr std::tuple hardcopy_table{
+auto hardcopy_table() { return std::tuple{
     row(&T::draw_dci_ellipse, {{{}, host(VD_Standard_Draw_DCI_Ellipse), host(VD_Standard_Draw_DCI_Ellipse), {}, {}, {}}}),
     row(&T::draw_dci_elliptical_arc,
         {{{}, host(VD_Standard_Draw_DCI_Elliptical_Arc), host(VD_Standard_Draw_DCI_Elliptical_Arc), {}, {}, {}}}),
-};
+}; }
+// clang-format on
 
 template <class Function> void install(Software_Z_Buffer& renderer, const Row<Function>& row, Case c) {
     const Cell<Function>& cell = row.cells[static_cast<std::size_t>(c)];
@@ -155,12 +156,12 @@ bool is_on(const VT_Option* option) {
 void install_actions(Software_Z_Buffer& renderer) {
     const VT_Renderer_Options& options = renderer.current_options;
     const Case c = case_of(options.buffer_depth() >= 1, options.color_system() == 1, options.alpha_blending());
-    install_all(renderer, slot_table, c);
+    install_all(renderer, slot_table(), c);
     if (is_on(renderer.current[Handle::enable_tiling])) {
-        install_all(renderer, tiling_table, c);
+        install_all(renderer, tiling_table(), c);
     }
     if (is_on(renderer.current[Handle::hardcopy_mode]) && is_on(renderer.requested[Handle::hardcopy_mode])) {
-        install_all(renderer, hardcopy_table, c);
+        install_all(renderer, hardcopy_table(), c);
     }
 }
 

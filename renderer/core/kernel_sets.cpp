@@ -39,6 +39,9 @@ struct Candidate {
 #if defined(KRB_X86_64)
 #if defined(_MSC_VER)
 // Bits of the processor's own tables, and of the registers that the operating system saves.
+#if defined(__clang__)
+__attribute__((target("xsave"))) // which Clang wants for _xgetbv; the processor is asked before
+#endif
 bool has_features(int leaf_1_ecx, int leaf_7_ebx, unsigned long long saved_registers) {
     int words[4];
     __cpuidex(words, 1, 0);

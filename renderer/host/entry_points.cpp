@@ -4,9 +4,6 @@
 #include "renderer/core/software_z_buffer.h"
 
 #if defined(_WIN32)
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
 #include <windows.h>
 
 // Thread notifications are declined; whether the runtime lets them be does not matter.

@@ -1,13 +1,23 @@
-# cmake -D NM=nm -D MODULE=krb.vrd -P module_exports.cmake
+# cmake -D NM=nm -D MODULE=krb.vrd -P module_exports.cmake, or for Windows -D OBJDUMP=objdump
 #
 # A renderer module exports its three entry points and nothing else.
 cmake_minimum_required(VERSION 3.25)
 set(expected VD_KRB_Renderer VD_Renderer VD_Unload_KRB_Renderer)
-execute_process(COMMAND ${NM} --dynamic --defined-only --format=posix ${MODULE} OUTPUT_VARIABLE listing COMMAND_ERROR_IS_FATAL ANY)
-string(REGEX MATCHALL "[^\n]+" lines "${listing}")
+if(OBJDUMP)
+  execute_process(COMMAND ${OBJDUMP} -p ${MODULE} OUTPUT_VARIABLE listing COMMAND_ERROR_IS_FATAL ANY)
+  # Rows of a position in brackets, newer versions with its ordinal number, and the name.
+  string(REGEX REPLACE ".*\\[Ordinal/Name Pointer\\] Table" "" listing "${listing}")
+  string(REGEX REPLACE "\n\n.*" "" listing "${listing}")
+  string(REGEX MATCHALL "\n\t?[^\n]*\\[ *[0-9]+\\][^\n]*" lines "${listing}")
+  set(name_form "[^ ]+$")
+else()
+  execute_process(COMMAND ${NM} --dynamic --defined-only --format=posix ${MODULE} OUTPUT_VARIABLE listing COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "[^\n]+" lines "${listing}")
+  set(name_form "^[^ ]+")
+endif()
 set(exported)
 foreach(line IN LISTS lines)
-  string(REGEX MATCH "^[^ ]+" name "${line}")
+  string(REGEX MATCH "${name_form}" name "${line}")
   list(APPEND exported ${name})
 endforeach()
 foreach(name IN LISTS exported)

@@ -1,11 +1,9 @@
 // Images to test with, as files.
 #pragma once
 
-#include <stdexcept>
 #include <string>
 
-#include <png.h>
-
+#include "app/image_file.h"
 #include "app/scene/image.h"
 
 namespace app::scene {
@@ -22,18 +20,24 @@ template <class Color> Image painted(std::int32_t width, std::int32_t height, Co
 }
 
 inline std::string png_file(const Image& image) {
-    png_image png = {};
-    png.version = PNG_IMAGE_VERSION;
-    png.width = static_cast<png_uint_32>(image.width);
-    png.height = static_cast<png_uint_32>(image.height);
-    png.format = PNG_FORMAT_BGRA;
-    std::string bytes(PNG_IMAGE_PNG_SIZE_MAX(png), '\0');
-    png_alloc_size_t size = bytes.size();
-    if (!png_image_write_to_memory(&png, bytes.data(), &size, 0, image.pixels.data(), 0, nullptr)) {
-        throw std::runtime_error(png.message);
+    const auto* top = reinterpret_cast<const std::uint8_t*>(image.pixels.data());
+    return png_of({top, std::ptrdiff_t{4} * image.width, image.width, image.height, Buffer_Format::rgb32}, VT_Palette());
+}
+
+// What is wrong with a file.
+inline std::string message_of(std::string_view bytes) {
+    try {
+        decode_image(bytes);
+    } catch (const Image_Error& error) {
+        return error.what();
     }
-    bytes.resize(size);
-    return bytes;
+    return "no error";
+}
+
+inline Image gradient() {
+    return painted(40, 24, [](int c, int r) {
+        return VT_RGB32{static_cast<std::uint8_t>(6 * c), static_cast<std::uint8_t>(10 * r), 90, 255};
+    });
 }
 
 } // namespace app::scene

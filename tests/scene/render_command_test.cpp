@@ -69,9 +69,8 @@ TEST_F(Render_Command, stats_go_to_standard_error) {
     const std::string model = folder.file("corner.obj", corner);
     const Outcome outcome = replay_tests::run_vorna({"render", model, "-o", folder.file("out.png"), "--stats", "--repeat", "3"});
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_THAT(
-        outcome.errors,
-        testing::ContainsRegex("^3 triangles in [0-9]+ strips, load .* ms, setup .* ms, draw .* ms at best, .* middle of 3\n$"));
+    EXPECT_THAT(outcome.errors, testing::ContainsRegex(
+                                    "^3 triangles in .* strips, load .* ms, setup .* ms, draw .* ms at best, .* middle of 3\n$"));
 }
 
 TEST_F(Render_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_file) {

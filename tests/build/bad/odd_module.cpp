@@ -1,5 +1,9 @@
 // A module with one export too many and one too few.
+#if defined(_WIN32)
+#define EXPORTED __declspec(dllexport)
+#else
 #define EXPORTED __attribute__((visibility("default")))
+#endif
 
 extern "C" {
 EXPORTED void VD_Renderer();

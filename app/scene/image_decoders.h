@@ -1,0 +1,15 @@
+// Decoders of image files by format. library_decoders.cpp has them with libpng and libjpeg, stb_decoder.cpp without.
+#pragma once
+
+#include "app/scene/image.h"
+
+namespace app::scene {
+
+// Throw Image_Error.
+Image decode_png(std::string_view bytes);
+Image decode_jpeg(std::string_view bytes);
+
+// For decoders, before they ask for memory. Throws Image_Error.
+void check_sides(std::uint32_t width, std::uint32_t height);
+
+} // namespace app::scene

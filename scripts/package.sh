@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# Builds the packages into out/: Debian packages and an archive for Linux, a zip archive for Windows.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/packages.sh
+
+install_packages "${build_packages[@]}" "${windows_packages[@]}" dpkg-dev zip
+# usage: package PRESET [CMAKE-OPTION...]
+package() {
+    local preset=$1
+    shift
+    step "$preset"
+    cmake --preset "$preset" -B "build/package-$preset" -D VORNA_BUILD_TESTS=OFF "$@" >/dev/null
+    cmake --build "build/package-$preset" -j "$(nproc)"
+    cpack --config "build/package-$preset/CPackConfig.cmake" -B out
+    rm -rf out/_CPack_Packages
+}
+package gcc-release -D CMAKE_INSTALL_PREFIX=/usr
+package windows-mingw
+
+step "packages"
+ls -l out/*.deb out/*.tar.gz out/*.zip
