@@ -20,6 +20,10 @@ struct Active {
 
 struct All {};
 
+inline void leave_lanes() {
+    _mm256_zeroupper();
+}
+
 inline Int splat(std::int32_t value) {
     return {_mm512_set1_epi32(value)};
 }

@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "renderer/core/compiler_hints.h"
 #include "renderer/core/pixel_rules.h"
 
 namespace krb::KRB_KERNEL_SET {
@@ -159,7 +160,7 @@ struct Store {
 // (source * a + stored * (255 - a)) / 255, truncated, for each colour byte; the pixel becomes opaque.
 struct Blend {
     static constexpr bool reads = true;
-    static Int combine(const Pixel_Target&, Int source, Int alphas, Int stored) {
+    KRB_ALWAYS_INLINE static Int combine(const Pixel_Target&, Int source, Int alphas, Int stored) {
         const Int even = splat(0x00FF00FF);
         const Int weights = alphas | shift_left<16>(alphas);
         const Int rest = even - weights;
@@ -179,7 +180,7 @@ private:
 // The blend of lines and dots, in 256ths: full alpha replaces the pixel exactly because it weighs 256. The pixel becomes opaque.
 struct Line_Blend {
     static constexpr bool reads = true;
-    static Int combine(const Pixel_Target&, Int source, Int alphas, Int stored) {
+    KRB_ALWAYS_INLINE static Int combine(const Pixel_Target&, Int source, Int alphas, Int stored) {
         const Int even = splat(0x00FF00FF);
         const Int weight = alphas + where(equal(alphas, splat(255)), splat(1));
         const Int weights = weight | shift_left<16>(weight);
@@ -196,7 +197,7 @@ struct Line_Blend {
 // Merge control: an untouched pixel takes the colour, an equal one stays, two different ones give their bitwise AND.
 struct Merge {
     static constexpr bool reads = true;
-    static Int combine(const Pixel_Target& target, Int source, Int, Int stored) {
+    KRB_ALWAYS_INLINE static Int combine(const Pixel_Target& target, Int source, Int, Int stored) {
         const Int background = splat(static_cast<std::int32_t>(target.background));
         const Active untouched = equal(stored, background);
         const Int merged = select(untouched, source, stored & source) | splat(static_cast<std::int32_t>(0xFF000000));

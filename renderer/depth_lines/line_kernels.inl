@@ -56,6 +56,9 @@ struct Ends {
     std::int32_t slope() const { return to_fraction<16>(subtract(x1, x0)) / rows(); }
 };
 
+// How many rows ahead memory is asked for: lines that cross rows touch new memory with every row, which no processor foresees.
+constexpr std::int32_t rows_ahead = 16;
+
 // Which pixels of a segment are drawn.
 struct Whole {
     static constexpr bool cuts = false;
@@ -132,6 +135,9 @@ void draw_x_major(const Line_Target& target, const Ends& ends, const Line_Paint&
     }
     for (const std::int32_t end = last < rows ? last + 1 : rows; k < end; ++k) {
         const std::int32_t next = x >> 16;
+        if (k + rows_ahead < end) {
+            pen.fetch_early(row + row_step * rows_ahead, add(x, multiply(slope, rows_ahead - 1)) >> 16);
+        }
         draw_run(row, column, next);
         column = next;
         x = add(x, slope);
@@ -171,6 +177,9 @@ void draw_y_major(const Line_Target& target, const Ends& ends, const Line_Paint&
     single::Line_Pen<c> pen(target, start);
     for (std::int32_t k = 0; k < rows; ++k) {
         const std::int32_t column = x >> 16;
+        if (k + rows_ahead < rows) {
+            pen.fetch_early(row + row_step * rows_ahead, add(x, multiply(slope, rows_ahead)) >> 16);
+        }
         if constexpr (Limits::cuts) {
             if (column >= limits.left && column <= limits.right) {
                 pen.draw_single(row, column - limits.origin);
@@ -278,6 +287,7 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
         paint.color = *color;
     }
     draw_last_point<c>(target, *point, paint);
+    leave_lanes();
 }
 
 template <Line_Configuration c> void draw_cut_segment(const Line_Target& target, const Cut_Segment& segment) {
@@ -287,6 +297,7 @@ template <Line_Configuration c> void draw_cut_segment(const Line_Target& target,
     const VT_Int_Pair ramps_from{subtract(segment.ramps_from.x, target.origin_x),
                                  subtract(segment.ramps_from.y, target.origin_y)};
     draw_segment<c>(target, ends, segment.paint, ramps_from, cut);
+    leave_lanes();
 }
 
 template <int position> constexpr Line_Kernels kernels_at() {

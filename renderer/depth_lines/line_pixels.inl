@@ -128,7 +128,13 @@ public:
         span.draw(column, count);
     }
 
-    void draw_single(std::int32_t row, std::int32_t column) const { span_of(row).draw_single(column); }
+    KRB_ALWAYS_INLINE void draw_single(std::int32_t row, std::int32_t column) const { span_of(row).draw_single(column); }
+    KRB_ALWAYS_INLINE void fetch_early(std::int32_t row, std::int32_t column) const {
+        KRB_FETCH_EARLY(color_rows_[row] + std::int64_t{c.format == Pixel_Format::rgb32 ? 4 : 1} * column);
+        if constexpr (c.depth != Depth_Rule::none) {
+            KRB_FETCH_EARLY(depth_rows_[row] + std::int64_t{2} * column);
+        }
+    }
     void advance() {
         source_.advance_group(splat(1));
         depth_.advance_group(splat(1));

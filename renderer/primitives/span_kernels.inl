@@ -2,15 +2,10 @@
 
 #include <cstring>
 
+#include "renderer/core/compiler_hints.h"
 #include "renderer/core/pixel_lanes.inl"
 #include "renderer/core/span.inl"
 #include "renderer/primitives/span_kernels.h"
-
-#if defined(__GNUC__)
-#define KRB_FETCH_EARLY(address) __builtin_prefetch(address, 1)
-#else
-#define KRB_FETCH_EARLY(address) static_cast<void>(address)
-#endif
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -101,6 +96,7 @@ template <class Rules> void fill(const Pixel_Target& target, const Mirrored_Rows
             draw_span<Rules>(target, {shape.y + row, shape.x - extent, 2 * extent + 1}, source);
         }
     }
+    leave_lanes();
 }
 
 template <class Rules> void copy(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* source) {
@@ -110,6 +106,7 @@ template <class Rules> void copy(const Pixel_Target& target, Pixel_Span span, co
                     static_cast<std::size_t>(span.count * Source::pixel_bytes));
     } else {
         draw_span<Rules>(target, span, Source{source, span.count});
+        leave_lanes();
     }
 }
 

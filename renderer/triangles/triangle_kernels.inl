@@ -334,6 +334,7 @@ template <Triangle_Configuration c> void draw_flat_strip(const Triangle_Target& 
         vertices[0] = vertices[1];
         vertices[1] = vertices[2];
     }
+    leave_lanes();
 }
 
 // Runs of triangles whose colours hardly differ are drawn as one flat strip, each triangle in its first vertex's colour: they
@@ -363,6 +364,7 @@ template <Triangle_Configuration c> void draw_gouraud_strip(const Triangle_Targe
         vertices[1] = vertices[2];
     }
     draw_pending(strip.count - 2);
+    leave_lanes();
 }
 
 template <Triangle_Configuration c> void draw_textured_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
@@ -380,6 +382,7 @@ template <Triangle_Configuration c> void draw_textured_strip(const Triangle_Targ
         vertices[0] = vertices[1];
         vertices[1] = vertices[2];
     }
+    leave_lanes();
 }
 
 template <int position> constexpr Strip_Kernel* kernel_at() {

@@ -1,0 +1,12 @@
+// What compilers are told beyond the language. Macros, since a function that only fetches is taken for one that does nothing.
+#pragma once
+
+#if defined(__GNUC__)
+// Asks for memory that is soon written.
+#define KRB_FETCH_EARLY(address) __builtin_prefetch(address, 1)
+// For small functions in kernels that compilers would rather call, because there are many of them.
+#define KRB_ALWAYS_INLINE [[gnu::always_inline]] inline
+#else
+#define KRB_FETCH_EARLY(address) static_cast<void>(address)
+#define KRB_ALWAYS_INLINE __forceinline
+#endif
