@@ -66,8 +66,10 @@ Image noise_image(VT_Int_Pair size, bool translucent) {
 Polylines wandering_polyline(std::int32_t count, bool dashed) {
     Random random;
     Polylines polyline{{random_place(random)}, {count}, dashed};
+    polyline.points[0].z = 0;
     while (polyline.points.size() < static_cast<std::size_t>(count)) {
-        const VT_DCI_Point next = away_from(polyline.points.back(), 10 + random.below(21), random);
+        VT_DCI_Point next = away_from(polyline.points.back(), 10 + random.below(21), random);
+        next.z = 0; // or the pattern would run along the depth
         if (is_inside(next)) {
             polyline.points.push_back(next);
         }

@@ -25,7 +25,8 @@ struct Active {
 
 struct All {};
 
-inline void leave_lanes() {}
+inline void leave_lanes() {
+}
 
 inline Int splat(std::int32_t value) {
     return {_mm_set1_epi32(value)};

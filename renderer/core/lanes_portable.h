@@ -29,7 +29,8 @@ struct All {};
 
 // Last thing a kernel does: what newer vectors leave behind would slow down older ones. Compilers see to it themselves, but not
 // where a kernel ends in a call of its own.
-inline void leave_lanes() {}
+inline void leave_lanes() {
+}
 
 inline Int splat(std::int32_t value) {
     return {static_cast<std::uint32_t>(value)};

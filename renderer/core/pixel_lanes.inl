@@ -229,6 +229,9 @@ constexpr Reversed_Bytes reversed = reversed_bytes();
 
 // Bit i: whether the mask leaves the pixel i columns on.
 inline std::uint32_t mask_bits(const std::uint8_t* mask_row, std::int32_t column) {
+    if constexpr (lane_count == 1) {
+        return static_cast<std::uint32_t>(~(mask_row[column >> 3] >> (7 - (column & 7))) & 1);
+    }
     const std::uint8_t* bytes = mask_row + (column >> 3);
     std::uint32_t clipped = std::uint32_t{reversed.of[bytes[0]]} | std::uint32_t{reversed.of[bytes[1]]} << 8;
     if constexpr (lane_count > 8) {

@@ -22,9 +22,17 @@ inline Depth_Rule depth_rule_of(Case c, const Software_Z_Buffer& renderer, Depth
     return !is_index8(c) && (other_test || unwritten) ? Depth_Rule::by_mode : Depth_Rule::less_or_equal;
 }
 
-// find_mask for the many calls that have no clip region.
+// find_mask for the many calls that have no clip region, or the same as the call before.
 inline bool is_masked(Software_Z_Buffer& renderer, const VT_Rendition& rendition) {
-    return rendition.clip.complex_clip && renderer.mask_cache && find_mask(renderer, rendition);
+    const VT_Clip_Attributes& clip = rendition.clip;
+    if (!clip.complex_clip || !renderer.mask_cache) {
+        return false;
+    }
+    const Frame_Buffer_Mask* newest = renderer.mask_cache->newest;
+    const bool is_shifted = clip.window_offset.x < 0 || clip.window_offset.y < 0;
+    return (newest && !is_shifted && newest->key() == clip.complex_clip->serial() &&
+            newest->is_for(renderer.window_size, renderer.window_origin)) ||
+           find_mask(renderer, rendition);
 }
 
 // Without a mask. The pointers in it are the renderer's.

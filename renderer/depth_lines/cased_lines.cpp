@@ -1,7 +1,7 @@
 // Cased lines.
 #include "renderer/depth_lines/cased_lines.h"
 
-#include "renderer/core/fixed_point.h"
+#include <algorithm>
 
 namespace krb {
 
@@ -17,6 +17,15 @@ const VT_Reference<const VT_Basic_Material>& plain_material() {
     return material;
 }
 
+// Wide enough for any picture, and far from where integers end.
+std::int32_t casing_weight(double width, std::int32_t weight) noexcept {
+    constexpr std::int32_t most = 1 << 30;
+    if (weight >= 2) {
+        return std::min(weight, most) + 5;
+    }
+    return width > 0 ? static_cast<std::int32_t>(std::min<double>(2 * width, most)) + 2 : 2;
+}
+
 } // namespace
 
 bool is_cased(const VT_Line_Attributes& line) noexcept {
@@ -25,23 +34,24 @@ bool is_cased(const VT_Line_Attributes& line) noexcept {
 }
 
 void draw_in_two_passes(const VT_Rendition& rendition, const std::function<void(const VT_Rendition& pass)>& draw) {
-    const VT_Line_Type& type = *rendition.line.line_types->types.front();
+    // Copies, since the host may change the caller's rendition while it draws the casing.
+    const VT_Reference<const VT_Line_Type> type = rendition.line.line_types->types.front();
+    const VT_Line_Attributes line = rendition.line;
     const VT_Reference<VT_Rendition> pass(static_cast<VT_Rendition*>(rendition.clone()));
     pass->line.line_types = VT_Line_Type_Set::None;
     pass->face.material = plain_material();
-    pass->line.weight =
-        rendition.line.weight < 2 ? static_cast<std::int32_t>(type.width * 2) + 2 : wrapping_add(rendition.line.weight, 5);
-    pass->line.color = type.color;
-    if (type.color.alpha < 255) {
+    pass->line.weight = casing_weight(type->width, line.weight);
+    pass->line.color = type->color;
+    if (type->color.alpha < 255) {
         pass->drawing_flags |= first_pass_flag;
     }
     draw(*pass);
 
-    pass->line.weight = rendition.line.weight;
-    pass->line.color = rendition.line.color;
+    pass->line.weight = line.weight;
+    pass->line.color = line.color;
     pass->drawing_flags &= second_pass_flags;
-    if (rendition.line.weight > 1) {
-        pass->set_contrast_color(type.color);
+    if (line.weight > 1) {
+        pass->set_contrast_color(type->color);
     }
     draw(*pass);
 }

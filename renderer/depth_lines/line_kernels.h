@@ -105,7 +105,8 @@ using Cut_Segment_Kernel = void(const Line_Target& target, const Cut_Segment& se
 
 struct Line_Kernels {
     // Every segment without its last pixel, then the last point, which passes when its depth is not beyond the stored one and
-    // then writes it, whatever the configuration's depth rule. Null for additive dithering.
+    // then writes it, whatever the configuration's depth rule. Null where no member asks for it: additive dithering, colours that
+    // merge as indices or under a depth rule, and the test mode under a mask or with shading.
     Polyline_Kernel* polyline;
     Cut_Segment_Kernel* cut_segment;
 };

@@ -136,7 +136,11 @@ void draw_x_major(const Line_Target& target, const Ends& ends, const Line_Paint&
     for (const std::int32_t end = last < rows ? last + 1 : rows; k < end; ++k) {
         const std::int32_t next = x >> 16;
         if (k + rows_ahead < end) {
-            pen.fetch_early(row + row_step * rows_ahead, add(x, multiply(slope, rows_ahead - 1)) >> 16);
+            std::int32_t ahead = add(x, multiply(slope, rows_ahead - 1)) >> 16;
+            if constexpr (Limits::cuts) {
+                ahead = (ahead < limits.left ? limits.left : ahead > limits.right ? limits.right : ahead) - limits.origin;
+            }
+            pen.fetch_early(row + row_step * rows_ahead, ahead);
         }
         draw_run(row, column, next);
         column = next;
@@ -161,10 +165,21 @@ void draw_y_major(const Line_Target& target, const Ends& ends, const Line_Paint&
     std::int32_t row = ends.y0;
     Line_Paint start = paint;
     if constexpr (Limits::cuts) {
-        const std::int32_t skipped = limits.first_row;
-        const std::int32_t end = limits.last_row < rows ? limits.last_row + 1 : rows;
+        const auto is_beside = [&](std::int32_t k) {
+            const std::int32_t column = add(x, multiply(k, slope)) >> 16;
+            return column < limits.left || column > limits.right;
+        };
+        // A line may still cross a column's border while it is in the first and last of its rows.
+        std::int32_t skipped = limits.first_row;
+        std::int32_t end = limits.last_row < rows ? limits.last_row + 1 : rows;
+        while (skipped < end && is_beside(skipped)) {
+            ++skipped;
+        }
+        while (skipped < end && is_beside(end - 1)) {
+            --end;
+        }
         rows = end - skipped;
-        x = add(x, multiply(skipped, slope));
+        x = subtract(add(x, multiply(skipped, slope)), to_fraction<16>(limits.origin));
         row += multiply(row_step, skipped);
         const std::int32_t passed = multiply(row_step, subtract(row, ramps_from));
         const auto move = [=](Line_Ramp& ramp) { ramp.value = add(ramp.value, multiply(passed, ramp.step)); };
@@ -176,17 +191,10 @@ void draw_y_major(const Line_Target& target, const Ends& ends, const Line_Paint&
     }
     single::Line_Pen<c> pen(target, start);
     for (std::int32_t k = 0; k < rows; ++k) {
-        const std::int32_t column = x >> 16;
         if (k + rows_ahead < rows) {
             pen.fetch_early(row + row_step * rows_ahead, add(x, multiply(slope, rows_ahead)) >> 16);
         }
-        if constexpr (Limits::cuts) {
-            if (column >= limits.left && column <= limits.right) {
-                pen.draw_single(row, column - limits.origin);
-            }
-        } else {
-            pen.draw_single(row, column);
-        }
+        pen.draw_single(row, x >> 16);
         pen.advance();
         x = add(x, slope);
         row += row_step;
@@ -304,7 +312,12 @@ template <int position> constexpr Line_Kernels kernels_at() {
     constexpr Line_Configuration c = Line_Configuration::at(position);
     Line_Kernels kernels{};
     if constexpr (c.valid()) {
-        if constexpr (c.dither == Line_Dither::ordered && (c.pixel != Pixel_Rule::merge || c.depth == Depth_Rule::none)) {
+        constexpr bool merges = c.pixel == Pixel_Rule::merge;
+        constexpr bool by_mode = c.depth == Depth_Rule::by_mode;
+        constexpr bool is_shaded = c.shading == Line_Shading::gouraud;
+        if constexpr (c.dither == Line_Dither::ordered && !(merges && c.depth != Depth_Rule::none) &&
+                      !(merges && c.shading == Line_Shading::flat && c.format == Pixel_Format::index8) &&
+                      !(by_mode && (is_shaded || c.clip == Clip_Rule::masked))) {
             kernels.polyline = &draw_polyline<c>;
         }
         if constexpr (c.format == Pixel_Format::rgb32 || c.dither == Line_Dither::additive) {

@@ -19,11 +19,15 @@ struct Place {
     Place moved(const VT_Vector_D& unit, double distance) const noexcept {
         return {x + unit.x * distance, y + unit.y * distance, z + unit.z * distance};
     }
-    // Cut off towards zero.
+    // Cut off towards zero. Adding up may lead a little beyond what integers hold.
     VT_DCI_Point pixel() const noexcept {
-        return {static_cast<std::int32_t>(x), static_cast<std::int32_t>(y), static_cast<std::int32_t>(z)};
+        const auto whole = [](double v) { return static_cast<std::int32_t>(std::clamp<double>(v, INT32_MIN, INT32_MAX)); };
+        return {whole(x), whole(y), whole(z)};
     }
 };
+
+// Patterns that repeat within less than this many pixels leave no gap that a pixel could show, and would never end on long lines.
+constexpr double shortest_pattern = 1.0 / 1024;
 
 // Gathers pieces and draws them in batches, so that a long polyline needs no more memory than a short one.
 class Pieces {
@@ -98,10 +102,9 @@ public:
     // total: the length of the polyline; 0 = that of the first segment.
     Walker(const VT_Line_Type& type, double total) noexcept
         : type_(type), total_(total), element_count_(std::min(type.lengths.size(), type.kinds.size())) {
-        // Elements that lead nowhere would repeat for ever.
         const double repetition =
             std::accumulate(type.lengths.begin(), type.lengths.begin() + std::ptrdiff_t(element_count_), 0.0);
-        element_count_ = repetition > threshold ? element_count_ : 0;
+        element_count_ = repetition > shortest_pattern ? element_count_ : 0;
     }
 
     void walk(const VT_DCI_Point& from, const VT_DCI_Point& to, Pieces& pieces) {

@@ -49,18 +49,19 @@ void draw_flat(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32
         draw_flat<without_depth(c)>(data, rendition, count, points);
         return;
     }
+    // Only the 8-bit member without depth cuts lines by their types, whatever their style and weight.
+    if (c == Case::index8 && has_line_types(rendition.line)) {
+        draw_by_line_types(rendition, count, points, [&data](const VT_Rendition* plain, int length, const VT_DCI_Point* piece) {
+            draw_flat<c>(data, *plain, length, piece);
+        });
+        return;
+    }
     if (!drawn_by_renderer(rendition.line)) {
         VD_Standard_Draw_DCI_Polyline(data, rendition, count, points);
         return;
     }
     if constexpr (c == Case::index8) {
-        if (rendition.line.line_types != VT_Line_Type_Set::None) {
-            draw_by_line_types(rendition, count, points, [&](const VT_Rendition* plain, int length, const VT_DCI_Point* piece) {
-                draw_flat<c>(data, *plain, length, piece);
-            });
-        } else {
-            draw_index(renderer, rendition, count, points);
-        }
+        draw_index(renderer, rendition, count, points);
     } else {
         draw_colorized<c>(renderer, rendition, true, {count, points, &rendition.line.color, true, 0});
     }

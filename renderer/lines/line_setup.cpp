@@ -14,14 +14,6 @@ namespace {
 constexpr double guard_low = -4000;
 constexpr double guard_high = 28760;
 
-constexpr bool in_guard_band(std::int32_t v) noexcept {
-    return v >= guard_low && v <= guard_high;
-}
-
-constexpr bool in_guard_band(const VT_DCI_Point& point) noexcept {
-    return in_guard_band(point.x) && in_guard_band(point.y);
-}
-
 // The part of a segment between two parameters, 0 at its start and 1 at its end.
 struct Visible_Range {
     double entry = 0, exit = 1;
@@ -65,12 +57,13 @@ std::int32_t rows_to_column(const Cut_Segment& segment, std::int32_t column) noe
 
 } // namespace
 
+bool is_in_guard_band(const VT_DCI_Point& point) noexcept {
+    return point.x >= guard_low && point.x <= guard_high && point.y >= guard_low && point.y <= guard_high;
+}
+
 bool clip_to_guard_band(VT_DCI_Point& from, VT_DCI_Point& to) noexcept {
-    const bool start_inside = in_guard_band(from);
-    const bool end_inside = in_guard_band(to);
-    if (start_inside && end_inside) {
-        return true;
-    }
+    const bool start_inside = is_in_guard_band(from);
+    const bool end_inside = is_in_guard_band(to);
     Visible_Range range;
     range.cut(from.x, to.x);
     range.cut(from.y, to.y);
@@ -128,22 +121,23 @@ Line_Ramps::Line_Ramps(const VT_DCI_Point& from, const VT_DCI_Point& to, const C
     }
 }
 
-template <int fraction_bits> Line_Ramp Line_Ramps::ramp(std::int32_t from, std::int32_t to) const noexcept {
-    const auto n = static_cast<std::int32_t>(std::min<std::int64_t>(length_, INT32_MAX));
+Line_Ramp Line_Ramps::depth(std::int32_t from, std::int32_t to) const noexcept {
     Fixed_Interpolator interpolator;
-    if constexpr (fraction_bits == 15) {
-        interpolator.setup_15(from, to, n);
-    } else {
-        interpolator.setup_16(from, to, n);
-    }
+    interpolator.setup_15(from, to, static_cast<std::int32_t>(std::min<std::int64_t>(length_, INT32_MAX)));
     if (length_ > INT32_MAX) {
-        const std::int32_t difference = wrapping_shift_left(wrapping_subtract(to, from), fraction_bits);
-        interpolator.step = static_cast<std::int32_t>(difference / length_);
+        interpolator.step = static_cast<std::int32_t>(wrapping_shift_left(wrapping_subtract(to, from), 15) / length_);
     }
     return {interpolator.value, interpolator.step};
 }
 
-template Line_Ramp Line_Ramps::ramp<15>(std::int32_t, std::int32_t) const noexcept;
-template Line_Ramp Line_Ramps::ramp<16>(std::int32_t, std::int32_t) const noexcept;
+Line_Ramp Line_Ramps::channel(std::int32_t from, std::int32_t to) const noexcept {
+    Fixed_Interpolator interpolator;
+    interpolator.setup_16(from, to, 1);
+    // Channels of a fine colour cube differ by more than 16 bits.
+    if (length_ > 0) {
+        interpolator.step = static_cast<std::int32_t>((std::int64_t{to} - from) * 65536 / length_);
+    }
+    return {interpolator.value, interpolator.step};
+}
 
 } // namespace krb

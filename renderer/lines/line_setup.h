@@ -8,6 +8,8 @@
 
 namespace krb {
 
+bool is_in_guard_band(const VT_DCI_Point& point) noexcept;
+
 // Cuts a segment to -4000 ... 28760 in x and y, where 16.16 positions cannot overflow. Ends move to the nearest whole point of
 // the segment, depth with them (Liang and Barsky's method, in double precision). False when nothing is left.
 bool clip_to_guard_band(VT_DCI_Point& from, VT_DCI_Point& to) noexcept;
@@ -22,12 +24,10 @@ public:
     Line_Ramps(const VT_DCI_Point& from, const VT_DCI_Point& to, const Cut_Segment& cut) noexcept;
 
     VT_Int_Pair start() const noexcept { return start_; }
-    Line_Ramp depth(std::int32_t from, std::int32_t to) const noexcept { return ramp<15>(from, to); }
-    Line_Ramp channel(std::int32_t from, std::int32_t to) const noexcept { return ramp<16>(from, to); }
+    Line_Ramp depth(std::int32_t from, std::int32_t to) const noexcept;
+    Line_Ramp channel(std::int32_t from, std::int32_t to) const noexcept;
 
 private:
-    template <int fraction_bits> Line_Ramp ramp(std::int32_t from, std::int32_t to) const noexcept;
-
     VT_Int_Pair start_;
     std::int64_t length_;
 };

@@ -59,22 +59,26 @@ void draw_visible(Software_Z_Buffer& renderer, const VT_Rendition& rendition, st
     // Palette indices are dithered additively, and 32-bit pixels with depth follow the test mode.
     const Line_Call call(c, renderer,
                          {rules.shading, rules.pixel, is_index8(c) ? Line_Dither::additive : Line_Dither::ordered,
-                          rules.consults_mask && find_mask(renderer, rendition), true});
+                          rules.consults_mask && is_masked(renderer, rendition), true});
     const auto cut = [&](std::int32_t k) {
-        VT_DCI_Point ends[2] = {points[k], points[k + 1]};
-        if (!clip_to_guard_band(ends[0], ends[1])) {
-            return;
+        Cut_Segment segment{};
+        segment.from = points[k];
+        segment.to = points[k + 1];
+        if (!is_in_guard_band(segment.from) || !is_in_guard_band(segment.to)) {
+            if (!clip_to_guard_band(segment.from, segment.to)) {
+                return;
+            }
+            const VT_DCI_Point ends[2] = {segment.from, segment.to};
+            std::uint16_t end_outcodes[2];
+            const std::int32_t visible_ends = VD_Clip(rectangle, 2, ends, end_outcodes);
+            if (visible_ends == 2) {
+                inside(k, 2, ends);
+            }
+            if (visible_ends == 2 || visible_ends == 0) {
+                return;
+            }
         }
-        std::uint16_t end_outcodes[2];
-        const std::int32_t visible_ends = VD_Clip(rectangle, 2, ends, end_outcodes);
-        if (visible_ends == 2) {
-            inside(k, 2, ends);
-            return;
-        }
-        Cut_Segment segment;
-        segment.from = ends[0];
-        segment.to = ends[1];
-        if (visible_ends == 0 || !set_visible_part(rectangle, segment)) {
+        if (!set_visible_part(rectangle, segment)) {
             return;
         }
         const Line_Ramps ramps(points[k], points[k + 1], segment);
@@ -113,7 +117,7 @@ void draw_2di_polyline(VT_Renderer_Data& data, const VT_Rendition& rendition, st
         draw_in_two_passes(rendition, [&](const VT_Rendition& pass) { draw_2di_polyline<c>(data, pass, count, points); });
         return;
     }
-    if (!(rendition.line.line_types == VT_Line_Type_Set::None)) {
+    if (has_line_types(rendition.line)) {
         draw_by_line_types(rendition, count, points, [&data](const VT_Rendition* plain, int length, const VT_DCI_Point* piece) {
             draw_2di_polyline<c>(data, *plain, length, piece);
         });
@@ -141,13 +145,9 @@ void draw_2di_polyline(VT_Renderer_Data& data, const VT_Rendition& rendition, st
 template <Case c>
 void draw_2di_colorized_polyline(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
                                  const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color) {
-    if (!colors) {
-        colors = &rendition.line.color;
-        single_color = true;
-    }
     if constexpr (is_alpha(c)) {
         constexpr Case opaque = has_depth(c) ? Case::depth_rgb32 : Case::rgb32;
-        if (single_color && colors->alpha == 255) {
+        if ((single_color || !colors) && (colors ? colors : &rendition.line.color)->alpha == 255) {
             draw_2di_colorized_polyline<opaque>(data, rendition, count, points, colors, single_color);
             return;
         }
@@ -163,6 +163,10 @@ void draw_2di_colorized_polyline(VT_Renderer_Data& data, const VT_Rendition& ren
     if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
         draw_2di_colorized_polyline<without_depth(c)>(data, rendition, count, points, colors, single_color);
         return;
+    }
+    if (!colors) {
+        colors = &rendition.line.color;
+        single_color = true;
     }
     // Cut segments with depth deliberately draw through the mask, as all 8-bit ones do.
     const bool consults_mask = !is_index8(c) && !has_depth(c);

@@ -127,3 +127,8 @@ TEST(Line_types, Nothing_is_lost_or_kept_when_drawing_fails) {
                             [&](const VT_Rendition*, int, const VT_DCI_Point* piece) { EXPECT_EQ(piece[0].x, 2 * drawn++); });
     EXPECT_EQ(drawn, 5000);
 }
+
+TEST(Line_Types, End_on_lines_of_any_length) {
+    const std::vector<VT_DCI_Point> far{{INT32_MIN, 0, 0}, {INT32_MAX, 0, 0}};
+    EXPECT_EQ(pieces_along(type_of({{1e-8, gap}}), far), "-2147483648,0-2147483647,0") << "no pattern that a pixel could show";
+}
