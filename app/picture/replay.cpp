@@ -366,7 +366,7 @@ void Replay::check_ordered(bool is_ordered, const char* keys) const {
 }
 
 // Renderers draw plain whole ellipses with axes along rows and columns, and take their centre for a column and row of the buffer.
-// Without width or height an ellipse is a line between device points. All others are cut by the host.
+// All others are cut by the host.
 void Replay::check_ellipse(const VT_Rendition& rendition, const Ellipse& ellipse) const {
     const auto& slot = renderer_.actions.draw_dci_ellipse; // the other one is always installed with it
     const bool is_hosts = !slot.enabled || slot.function == &VD_Standard_Draw_DCI_Ellipse;
@@ -383,8 +383,7 @@ void Replay::check_ellipse(const VT_Rendition& rendition, const Ellipse& ellipse
         return;
     }
     const VT_Int_Rectangle window = session_.window();
-    const VT_Int_Rectangle buffer{0, window.right - window.left, 0, window.top - window.bottom};
-    const VT_Int_Rectangle& room = a == 0 || b == 0 ? window : buffer;
+    const VT_Int_Rectangle room{0, window.right - window.left, 0, window.top - window.bottom};
     if (ellipse.center.x - a < room.left || ellipse.center.x + a > room.right || ellipse.center.y - b < room.bottom ||
         ellipse.center.y + b > room.top) {
         throw Picture_Error(path_of_call(call_) + ".center and radii: expected an ellipse inside " + text_of(room));

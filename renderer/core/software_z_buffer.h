@@ -95,6 +95,7 @@ public:
     Dither dither;                   // of color_cube
     VT_RGB32 palette_pixels[256]{};  // the palette's colours as pixels
     bool keeps_to_hard_clip = false; // device strips keep to the hard clip, else only to the window; see Tile
+    VT_Int_Pair tile_origin{};       // what device coordinates count from; only a Tile moves it
     std::int32_t face_override = 0;  // a face pattern that polygons take instead of their own; 0 = none
     const Kernel_Set* kernels;
     // What all of a member's calls hand to kernels; made by establish once there are buffers.

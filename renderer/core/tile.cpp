@@ -31,8 +31,11 @@ void move_complex_clip(VT_Clip_Attributes& clip, VT_Int_Pair origin) {
 
 } // namespace
 
+// The rendition is copied whole and the caller's not held: hosts keep renditions on the stack too, where nothing counts
+// references, and the last one given up would delete them. A caller's rendition outlives the call anyhow.
 Tile::Tile(Software_Z_Buffer& renderer, const VT_Rendition& rendition)
-    : renderer_(renderer), origin_(renderer.window_origin), keeps_to_hard_clip_(renderer.keeps_to_hard_clip),
+    : renderer_(renderer), origin_(renderer.window_origin), outer_origin_(renderer.tile_origin),
+      keeps_to_hard_clip_(renderer.keeps_to_hard_clip),
       rendition_(new VT_Rendition(rendition)), guard_band_{held(origin_.x - guard_distance), held(origin_.x + guard_distance),
                                                            held(origin_.y - guard_distance), held(origin_.y + guard_distance)} {
     const VT_Int_Pair size = renderer.window_size;
@@ -43,11 +46,13 @@ Tile::Tile(Software_Z_Buffer& renderer, const VT_Rendition& rendition)
         false);
     move_complex_clip(rendition_->clip, origin_);
     renderer_.window_origin = {};
+    renderer_.tile_origin = {wrapping_add(outer_origin_.x, origin_.x), wrapping_add(outer_origin_.y, origin_.y)};
     renderer_.keeps_to_hard_clip = true;
 }
 
 Tile::~Tile() {
     renderer_.window_origin = origin_;
+    renderer_.tile_origin = outer_origin_;
     renderer_.keeps_to_hard_clip = keeps_to_hard_clip_;
 }
 

@@ -8,7 +8,8 @@
 
 namespace krb {
 
-// While it lives, the renderer's window lies at the origin, and device strips keep to the hard clip of the tile's rendition.
+// While it lives, device coordinates count from the renderer's window, and device strips keep to the hard clip of the tile's
+// rendition.
 class Tile {
 public:
     // Throws std::bad_alloc.
@@ -39,6 +40,7 @@ public:
 private:
     Software_Z_Buffer& renderer_;
     const VT_Int_Pair origin_;
+    const VT_Int_Pair outer_origin_;
     const bool keeps_to_hard_clip_;
     VT_Reference<VT_Rendition> rendition_;
     VT_Int_Rectangle guard_band_;

@@ -3,6 +3,7 @@
 // A line's minor coordinate is a 32.32 fixed-point number. The pixel on the line is the rounded one, halves upwards, and the
 // pixels beside it are its neighbours along the minor axis. A diagonal goes row by row.
 
+#include "renderer/core/compiler_hints.h"
 #include "renderer/depth_lines/smoothed_kernels.h"
 
 namespace krb::KRB_KERNEL_SET {
@@ -127,6 +128,9 @@ struct In_Column {
     void store(Pixels<3> pixels) const { store_pixels(pixel[0], pixel[1], pixel[2], pixels); }
 };
 
+// How many steps ahead memory is asked for, since no processor foresees in which row the next pixels lie.
+constexpr std::int32_t steps_ahead = 16;
+
 // Whether the pixels beside a line need a look at the visible rectangle.
 enum class Reach { inside, across_the_edge };
 
@@ -135,28 +139,28 @@ inline bool is_visible(const Smoothed_Target& target, VT_Int_Pair place) {
     return visible.left <= place.x && place.x <= visible.right && visible.bottom <= place.y && place.y <= visible.top;
 }
 
-template <class Clip>
-inline void blend_pixel(const Smoothed_Target& target, VT_Int_Pair place, std::uint16_t weight, const Ink& ink) {
-    if (!Clip::clipped(target, place)) {
-        std::uint8_t* pixel = pixel_at(target, place);
-        store_pixels(pixel, blended(load_pixels<1>(pixel), same_weights(weight), ink));
-    }
+inline void blend_pixel(const Pixel_Target& target, VT_Int_Pair place, std::uint16_t weight, const Ink& ink) {
+    std::uint8_t* pixel = pixel_at(target, place);
+    store_pixels(pixel, blended(load_pixels<1>(pixel), same_weights(weight), ink));
 }
 
 template <class Across, class Clip, Reach reach>
 inline void draw_across(const Smoothed_Target& target, std::int32_t major, std::int32_t minor, const Weights_Across& across,
                         const Ink& ink) {
     const VT_Int_Pair places[3] = {Across::place(major, minor - 1), Across::place(major, minor), Across::place(major, minor + 1)};
-    if constexpr (reach == Reach::inside) {
-        if (!(Clip::clipped(target, places[0]) || Clip::clipped(target, places[1]) || Clip::clipped(target, places[2]))) {
-            const Across pixels = Across::at(target, places);
-            pixels.store(blended(pixels.load(), load_weights(across.weight), ink));
-            return;
-        }
+    // No mask reaches beyond the window.
+    const auto hides = [&](std::int32_t k) {
+        const bool is_outside = reach == Reach::across_the_edge && k != 1 && !is_visible(target, places[k]);
+        return is_outside || Clip::clipped(target, places[k]);
+    };
+    if (!(hides(0) || hides(1) || hides(2))) {
+        const Across pixels = Across::at(target, places);
+        pixels.store(blended(pixels.load(), load_weights(across.weight), ink));
+        return;
     }
     for (std::int32_t k = 0; k < 3; ++k) {
-        if (reach == Reach::inside || k == 1 || is_visible(target, places[k])) {
-            blend_pixel<Clip>(target, places[k], across.weight[k], ink);
+        if (!hides(k)) {
+            blend_pixel(target, places[k], across.weight[k], ink);
         }
     }
 }
@@ -179,7 +183,12 @@ template <class Across, class Clip, Reach reach> void draw_sloped(const Smoothed
     std::int64_t step = step_of(movement < 0 ? -movement : movement, (to.x - from.x) * direction);
     step = movement < 0 ? -step : step;
     std::int64_t position = std::int64_t{from.y} * (INT64_C(1) << 32);
-    for (std::int32_t major = from.x; major != to.x; major += direction) {
+    std::int32_t remaining = (to.x - from.x) * direction;
+    for (std::int32_t major = from.x; remaining > 0; --remaining, major += direction) {
+        if (remaining > steps_ahead) {
+            const auto ahead = static_cast<std::int32_t>((position + step * steps_ahead + 0x80000000) >> 32);
+            KRB_FETCH_EARLY(pixel_at(target, Across::place(major + direction * steps_ahead, ahead)));
+        }
         const auto minor = static_cast<std::int32_t>((position + 0x80000000) >> 32);
         draw_across<Across, Clip, reach>(target, major, minor, weights_at(static_cast<std::uint32_t>(position)), segment.ink);
         position += step;
@@ -213,22 +222,46 @@ inline void draw_on_line(const Smoothed_Target& target, VT_Int_Pair place, const
         if (!Clip::clipped(target, place)) {
             std::memcpy(pixel_at(target, place), &segment.color, 4);
         }
-    } else {
-        blend_pixel<Clip>(target, place, weights_on_pixel.weight[1], segment.ink);
+    } else if (!Clip::clipped(target, place)) {
+        blend_pixel(target, place, weights_on_pixel.weight[1], segment.ink);
     }
 }
 
-// count rows from the lowest one on. Pixels beside the line are left out where the line touches the clip rectangle's edge.
+// What is drawn in each row of a column. The pixels beside it are left out where it touches the clip rectangle's edge.
+template <Pixel_Rule rule, class Clip> class Upright {
+public:
+    // A stored colour that is blended at its full weight is what it should be, but for its fourth byte.
+    Upright(const Smoothed_Target& target, std::int32_t column, const Segment& segment)
+        : target_(target), segment_(segment), column_(column),
+          draws_beside_(target.visible.left < column && column < target.visible.right),
+          draws_alone_(!draws_beside_ || (rule == Pixel_Rule::store && segment.color >> 24 != 255)) {}
+
+    KRB_ALWAYS_INLINE void draw(std::int32_t row) const {
+        if (draws_beside_) {
+            draw_across<In_Row, Clip, Reach::inside>(target_, row, column_, weights_on_pixel, segment_.ink);
+        }
+        if (draws_alone_) {
+            draw_on_line<rule, Clip>(target_, {column_, row}, segment_);
+        }
+    }
+
+private:
+    const Smoothed_Target& target_;
+    const Segment& segment_;
+    const std::int32_t column_;
+    const bool draws_beside_, draws_alone_;
+};
+
+// count rows from the lowest one on.
 template <Pixel_Rule rule, class Clip>
 void draw_column(const Smoothed_Target& target, VT_Int_Pair lowest, std::int32_t count, const Segment& segment) {
-    const bool beside = target.visible.left < lowest.x && lowest.x < target.visible.right;
-    for (std::int32_t row = lowest.y; row < lowest.y + count; ++row) {
-        if (beside) {
-            draw_across<In_Row, Clip, Reach::inside>(target, row, lowest.x, weights_on_pixel, segment.ink);
+    const Upright<rule, Clip> upright(target, lowest.x, segment);
+    const std::int32_t end = lowest.y + count;
+    for (std::int32_t row = lowest.y; row < end; ++row) {
+        if (row + steps_ahead < end) {
+            KRB_FETCH_EARLY(pixel_at(target, {lowest.x, row + steps_ahead}));
         }
-        if (rule == Pixel_Rule::store || !beside) {
-            draw_on_line<rule, Clip>(target, {lowest.x, row}, segment);
-        }
+        upright.draw(row);
     }
 }
 
@@ -243,7 +276,9 @@ void blend_run(const Smoothed_Target& target, VT_Int_Pair first, std::int32_t co
         }
     }
     for (; i < count; ++i) {
-        blend_pixel<Clip>(target, {first.x + i, first.y}, weight, ink);
+        if (const VT_Int_Pair place{first.x + i, first.y}; !Clip::clipped(target, place)) {
+            blend_pixel(target, place, weight, ink);
+        }
     }
 }
 
@@ -304,8 +339,8 @@ template <Pixel_Rule rule, Clip_Rule clip> void draw_polyline(const Smoothed_Tar
         segment.to = place(i);
         draw_segment<rule, Clip>(target, segment);
     }
-    // The last point as a segment of one row.
-    draw_column<rule, Clip>(target, segment.to, 1, segment);
+    // The last point as a column of one row.
+    Upright<rule, Clip>(target, segment.to.x, segment).draw(segment.to.y);
 }
 
 } // namespace

@@ -12,7 +12,7 @@ namespace krb {
 namespace {
 
 // Cuts the polyline and hands over what is left: draw(rendition, first segment, count of points, points, their colours). colors:
-// one a point, or null; then the colours handed over mean nothing.
+// one a point, or null; then there are none to hand over either.
 template <class Draw>
 void draw_in_tile(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_Point_D* points,
                   const VT_RGB32* colors, Draw draw) {
@@ -32,7 +32,8 @@ void draw_in_tile(VT_Renderer_Data& data, const VT_Rendition& rendition, std::in
         draw(tile.rendition(), 0, count, piece.data(), colors);
         return;
     }
-    Scratch<VT_RGB32> piece_colors(colors ? count : 0);
+    Scratch<VT_RGB32> colors_of_piece(colors ? count : 0);
+    VT_RGB32* const piece_colors = colors ? colors_of_piece.data() : nullptr;
     const auto colors_from = [colors](std::int32_t i) { return colors ? colors + i : nullptr; };
     const auto move_piece = [&](std::int32_t first, std::int32_t length) {
         for (std::int32_t k = first; k < first + length; ++k) {
@@ -42,10 +43,9 @@ void draw_in_tile(VT_Renderer_Data& data, const VT_Rendition& rendition, std::in
     for (std::int32_t i = 0; i < count;) {
         if (outcodes[i] != 0) {
             const bool may_cross = i + 1 < count && outcodes[i + 1] != 0 && (outcodes[i] & outcodes[i + 1]) == 0;
-            if (may_cross &&
-                VD_Preclip_Ends(&outcodes[i], guard, points + i, piece.data(), colors_from(i), piece_colors.data())) {
+            if (may_cross && VD_Preclip_Ends(&outcodes[i], guard, points + i, piece.data(), colors_from(i), piece_colors)) {
                 move_piece(0, 2);
-                draw(tile.rendition(), i, 2, piece.data(), piece_colors.data());
+                draw(tile.rendition(), i, 2, piece.data(), piece_colors);
             }
             ++i;
             continue;
@@ -55,7 +55,7 @@ void draw_in_tile(VT_Renderer_Data& data, const VT_Rendition& rendition, std::in
         std::int32_t length = 0;
         if (i > 0) {
             --first;
-            VD_Preclip_Head(outcodes[first], guard, points + first, piece.data(), colors_from(first), piece_colors.data());
+            VD_Preclip_Head(outcodes[first], guard, points + first, piece.data(), colors_from(first), piece_colors);
             move_piece(length++, 1);
         }
         for (; i < count && outcodes[i] == 0; ++i, ++length) {
@@ -66,10 +66,10 @@ void draw_in_tile(VT_Renderer_Data& data, const VT_Rendition& rendition, std::in
         }
         if (i < count) {
             VD_Preclip_Tail(outcodes[i], guard, points + i - 1, &piece[length], colors_from(i - 1),
-                            colors ? &piece_colors[length] : nullptr);
+                            colors ? piece_colors + length : nullptr);
             move_piece(length++, 1);
         }
-        draw(tile.rendition(), first, length, piece.data(), piece_colors.data());
+        draw(tile.rendition(), first, length, piece.data(), piece_colors);
     }
 }
 
@@ -87,8 +87,9 @@ void draw_3d_colorized_polyline(VT_Renderer_Data& data, const VT_Rendition& rend
     draw_in_tile(
         data, rendition, count, points, nullptr,
         [&](const VT_Rendition& of_tile, std::int32_t first, std::int32_t length, const VT_DCI_Point* piece, const VT_RGB32*) {
+            const VT_RGB32* const of_piece = colors && !single_color ? colors + first : colors;
             draw_through(data.actions.draw_2di_colorized_polyline, &VD_Standard_Draw_2DI_Colorized_Polyline, data, of_tile,
-                         length, piece, single_color ? colors : colors + first, single_color);
+                         length, piece, of_piece, single_color);
         });
 }
 

@@ -197,13 +197,16 @@ bool turns_axes_into_axes(float rotation) {
     return rotation == 0 || rotation == quarter_turn || rotation == half_turn || rotation == three_quarter_turn;
 }
 
-// The ends of the polyline that an ellipse without width or height is.
+// The ends of the polyline that an ellipse without width or height is. The centre is a column and row of the buffer, the ends are
+// device points.
 struct Flat_Ellipse {
     VT_DCI_Point ends[2];
 
-    Flat_Ellipse(const VT_DCI_Point& center, Radii radii)
-        : ends{{wrapping_subtract(center.x, radii.x), wrapping_subtract(center.y, radii.y), 0},
-               {wrapping_add(center.x, radii.x), wrapping_add(center.y, radii.y), 0}} {}
+    Flat_Ellipse(const VT_DCI_Point& center, Radii radii, VT_Int_Pair origin) {
+        const VT_Int_Pair middle{wrapping_add(center.x, origin.x), wrapping_add(center.y, origin.y)};
+        ends[0] = {wrapping_subtract(middle.x, radii.x), wrapping_subtract(middle.y, radii.y), 0};
+        ends[1] = {wrapping_add(middle.x, radii.x), wrapping_add(middle.y, radii.y), 0};
+    }
 };
 
 enum class Form { filled, outline };
@@ -231,7 +234,7 @@ void draw(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Po
     }
     const VT_RGB32 color = given_color ? *given_color : rendition.line.color;
     if (radii.x == 0 || radii.y == 0) {
-        const Flat_Ellipse line(center, radii);
+        const Flat_Ellipse line(center, radii, renderer.window_origin);
         draw_dci_colorized_polyline<Case::rgb32_alpha>(data, rendition, 2, line.ends, &color, true);
         return;
     }

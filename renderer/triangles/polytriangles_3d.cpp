@@ -5,6 +5,7 @@
 #include "renderer/core/tile.h"
 #include "renderer/host/clip.h"
 #include "renderer/triangles/strip_walk.h"
+#include "renderer/triangles/triangle_plane.h"
 
 namespace krb {
 
@@ -24,26 +25,6 @@ struct Cut_Triangle {
         : corners{tile.moved(triangle[0]), tile.moved(triangle[1]), tile.moved(triangle[2])},
           count(VD_Preclip_2D_Triangle(tile.rendition().clip.hard_clip, corners, points, corner_colors,
                                        corner_colors ? colors : nullptr)) {}
-};
-
-// A value of the corners at a place of the triangle's plane. Of a triangle without area it is the first corner's.
-class Plane {
-public:
-    explicit Plane(const VT_Point_D (&corners)[3]) noexcept
-        : x0_(corners[0].x), y0_(corners[0].y), dx1_(corners[1].x - x0_), dy1_(corners[1].y - y0_), dx2_(corners[2].x - x0_),
-          dy2_(corners[2].y - y0_), area_(dx1_ * dy2_ - dx2_ * dy1_) {}
-
-    double value_at(const VT_DCI_Point& point, double a0, double a1, double a2) const noexcept {
-        if (area_ == 0) {
-            return a0;
-        }
-        const double x = point.x - x0_;
-        const double y = point.y - y0_;
-        return a0 + (a1 - a0) * ((x * dy2_ - y * dx2_) / area_) + (a2 - a0) * ((y * dx1_ - x * dy1_) / area_);
-    }
-
-private:
-    double x0_, y0_, dx1_, dy1_, dx2_, dy2_, area_;
 };
 
 // Hands over what can be drawn: run(rendition, first point, count of points, points) for stretches of triangles that integers can
@@ -143,11 +124,14 @@ void draw_3d_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
         },
         [&](const VT_Rendition& of_tile, std::int32_t k, const Cut_Triangle& cut) {
             Scratch<VT_Parameter> cut_parameters(std::int64_t{cut.count} * parameter_width);
-            const Plane plane(cut.corners);
-            for (std::int32_t i = 0; i < cut.count; ++i) {
-                for (std::int32_t j = 0; j < parameter_width; ++j) {
-                    cut_parameters[i * parameter_width + j] = static_cast<VT_Parameter>(plane.value_at(
-                        cut.points[i], parameters_from(k)[j], parameters_from(k + 1)[j], parameters_from(k + 2)[j]));
+            const auto corner = [&](int i) { return Position{cut.corners[i].x, cut.corners[i].y}; };
+            const Triangle_Plane plane(corner(0), corner(1), corner(2));
+            for (std::int32_t j = 0; j < parameter_width; ++j) {
+                const auto gradient =
+                    plane.gradient<double>(parameters_from(k)[j], parameters_from(k + 1)[j], parameters_from(k + 2)[j]);
+                for (std::int32_t i = 0; i < cut.count; ++i) {
+                    const Position at{static_cast<double>(cut.points[i].x), static_cast<double>(cut.points[i].y)};
+                    cut_parameters[i * parameter_width + j] = static_cast<VT_Parameter>(plane.value_at(gradient, at));
                 }
             }
             draw(of_tile, cut.count, cut.points, cut.colors, cut_parameters.data(), nullptr, nullptr);

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "renderer/triangles/triangle_plane.h"
+
 namespace krb {
 
 namespace {
@@ -11,49 +13,11 @@ namespace {
 // Counter-clockwise with y upwards; corner k lies between side k and the next one.
 enum Side { bottom, right, top, left, side_count };
 
-struct Position {
-    double x, y;
-
-    friend bool operator==(const Position&, const Position&) = default;
-};
-
 struct Bounds {
     double left, right, bottom, top;
 
     Position corner(int k) const {
         return {k == Side::bottom || k == Side::right ? right : left, k == Side::bottom || k == Side::left ? bottom : top};
-    }
-};
-
-// How an attribute changes across the triangle, per pixel along x and y. Value is the precision that it is kept in.
-template <class Value> struct Gradient { Value at_first, along_x, along_y; };
-
-// The plane through the triangle's corners, or for a triangle without area the slope along its edges.
-struct Plane {
-    double x0, y0, dx1, dy1, dx2, dy2, determinant;
-
-    explicit Plane(const Clip_Vertex (&triangle)[3])
-        : x0(triangle[0].point.x), y0(triangle[0].point.y), dx1(triangle[1].point.x - x0), dy1(triangle[1].point.y - y0),
-          dx2(triangle[2].point.x - x0), dy2(triangle[2].point.y - y0), determinant(dy2 * dx1 - dy1 * dx2) {}
-
-    template <class Value> Gradient<Value> gradient(Value a0, Value a1, Value a2) const {
-        const double da1 = double{a1} - double{a0};
-        const double da2 = double{a2} - double{a0};
-        if (determinant != 0) {
-            return {a0, static_cast<Value>((da1 * dy2 - da2 * dy1) / determinant),
-                    static_cast<Value>((da1 * dx2 - da2 * dx1) * (-1 / determinant))};
-        }
-        return {a0,
-                static_cast<Value>(dx1 != 0   ? da1 / dx1
-                                   : dx2 != 0 ? da2 / dx2
-                                              : 0),
-                static_cast<Value>(dy1 != 0   ? da1 / dy1
-                                   : dy2 != 0 ? da2 / dy2
-                                              : 0)};
-    }
-
-    template <class Value> double value_at(const Gradient<Value>& gradient, Position at) const {
-        return gradient.at_first + (at.x - x0) * gradient.along_x + (at.y - y0) * gradient.along_y;
     }
 };
 
@@ -65,11 +29,16 @@ std::uint8_t rounded_byte(double v) {
     return static_cast<std::uint8_t>(std::clamp(std::floor(v + 0.5), 0.0, 255.0));
 }
 
+Position position_of(const Clip_Vertex& vertex) {
+    return {static_cast<double>(vertex.point.x), static_cast<double>(vertex.point.y)};
+}
+
 // Attribute values at any place of the triangle.
 class Interpolation {
 public:
     explicit Interpolation(const Clip_Vertex (&triangle)[3])
-        : plane_(triangle), z_(plane_.gradient(z_of(triangle[0]), z_of(triangle[1]), z_of(triangle[2]))),
+        : plane_(position_of(triangle[0]), position_of(triangle[1]), position_of(triangle[2])),
+          z_(plane_.gradient(z_of(triangle[0]), z_of(triangle[1]), z_of(triangle[2]))),
           u_(plane_.gradient<float>(triangle[0].u, triangle[1].u, triangle[2].u)),
           v_(plane_.gradient<float>(triangle[0].v, triangle[1].v, triangle[2].v)) {
         const auto channel = [&](std::uint8_t VT_RGB32::*byte) {
@@ -89,14 +58,14 @@ public:
                 static_cast<float>(plane_.value_at(v_, at))};
     }
 
-    bool counter_clockwise() const { return plane_.determinant > 0; }
+    bool counter_clockwise() const { return plane_.determinant() > 0; }
 
 private:
     static double z_of(const Clip_Vertex& vertex) { return vertex.point.z; }
 
-    Plane plane_;
-    Gradient<double> z_;
-    Gradient<float> u_, v_, blue_{}, green_{}, red_{}, alpha_{};
+    Triangle_Plane plane_;
+    Triangle_Plane::Gradient<double> z_;
+    Triangle_Plane::Gradient<float> u_, v_, blue_{}, green_{}, red_{}, alpha_{};
 };
 
 // The part of an edge inside the bounds, as parameters along it, and the sides at which it enters and leaves.
@@ -139,7 +108,7 @@ class Outline {
 public:
     explicit Outline(const Clip_Vertex (&triangle)[3]) {
         for (int i = 0; i < 3; ++i) {
-            corners_[i] = {static_cast<double>(triangle[i].point.x), static_cast<double>(triangle[i].point.y)};
+            corners_[i] = position_of(triangle[i]);
         }
     }
 

@@ -62,7 +62,7 @@ struct Face_Pattern {
 struct Triangle_Target : Pixel_Target {
     // Columns and rows that may be drawn, half-open. Looked at only when scissored is set; a caller whose triangles lie inside
     // leaves it clear. The walk's columns then start column_bias before column 0, and origin_x lies as far to the left: points
-    // may lie there, but no column may be negative.
+    // may lie there, in columns 0 to 32767 of the walk.
     bool scissored;
     std::int32_t first_column, end_column, first_row, end_row;
     std::int32_t column_bias;
@@ -96,6 +96,12 @@ struct Triangle_Strip {
     Strip_Kernel* near_flat;
     // Of textured strips, one pair a point: texel coordinates in 16.16.
     const Texel_Coordinates* coordinates;
+
+    // The triangles of length points from the first on.
+    Triangle_Strip part(std::int32_t first, std::int32_t length) const noexcept {
+        return {length,       points + first, single_color ? colors : colors + first,
+                single_color, near_flat,      coordinates ? coordinates + first : nullptr};
+    }
 };
 
 // By position of the configuration; combinations that do not exist are null.

@@ -314,12 +314,17 @@ private:
 
 // ---- strips
 
+// Origins of scissored targets may have wrapped.
+inline std::int32_t relative(std::int32_t coordinate, std::int32_t origin) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(coordinate) - static_cast<std::uint32_t>(origin));
+}
+
 inline Vertex<4> vertex_of(const Triangle_Target& target, const VT_DCI_Point& point) {
-    return {point.y - target.origin_y, attributes_of(point.x - target.origin_x, point.z)};
+    return {relative(point.y, target.origin_y), attributes_of(relative(point.x, target.origin_x), point.z)};
 }
 
 inline Vertex<8> vertex_of(const Triangle_Target& target, const VT_DCI_Point& point, VT_RGB32 color) {
-    return {point.y - target.origin_y, attributes_of(point.x - target.origin_x, point.z, word_of_color(color))};
+    return {relative(point.y, target.origin_y), attributes_of(relative(point.x, target.origin_x), point.z, word_of_color(color))};
 }
 
 template <Triangle_Configuration c> void draw_flat_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
@@ -371,8 +376,8 @@ template <Triangle_Configuration c> void draw_textured_strip(const Triangle_Targ
     Filler<c, 8> filler(target, strip.colors[0]);
     const auto vertex = [&](std::int32_t k) {
         const VT_DCI_Point& point = strip.points[k];
-        return Vertex<8>{point.y - target.origin_y,
-                         textured_attributes_of(point.x - target.origin_x, point.z, strip.coordinates[k].s,
+        return Vertex<8>{relative(point.y, target.origin_y),
+                         textured_attributes_of(relative(point.x, target.origin_x), point.z, strip.coordinates[k].s,
                                                 strip.coordinates[k].t, word_of_color(strip.colors[k]))};
     };
     Vertex<8> vertices[3] = {vertex(0), vertex(1)};

@@ -90,14 +90,42 @@ bool lies_inside(const Triangle_Target& target, const Triangle_Strip& strip) noe
            farthest_y <= static_cast<std::uint32_t>(target.end_row - target.first_row);
 }
 
-// Columns or rows that hold the window and whose differences fit the 16 bits of the kernels' fixed point with their sign. first
-// is not above 0.
-struct Guard {
-    std::int32_t first, last;
+// Kernels hold columns and their differences as signed 16.16. Rows are whole numbers of 32 bits, and what is added up over them
+// stays between two vertices: as long as their differences fit, nothing wraps that does not wrap in the whole triangle.
+constexpr std::int64_t widest = 32767;
+constexpr std::int64_t tallest = 0x40000000;
+// A strip is drawn in one call where it keeps to as many columns around the window, far edge of the last one included.
+constexpr std::int32_t columns_before = 16383;
+constexpr std::int32_t columns_held = 32768;
+// Triangles that are larger still are cut along a grid. It lies in the picture and not in the window, and whether a triangle is
+// cut depends on the triangle alone, so that all tiles draw the same pieces.
+constexpr int cell_bits = 14;
 
-    explicit Guard(std::int32_t size) noexcept
-        : first(std::min(std::max(size - 1, 16383) - 32767, 0)), last(std::max(size - 1, 16383)) {}
+struct Extent {
+    std::int64_t least, most;
+
+    Extent(const VT_DCI_Point* points, std::int32_t count, std::int32_t VT_DCI_Point::*axis) noexcept
+        : least(points->*axis), most(points->*axis) {
+        for (std::int32_t i = 1; i < count; ++i) {
+            least = std::min<std::int64_t>(least, points[i].*axis);
+            most = std::max<std::int64_t>(most, points[i].*axis);
+        }
+    }
+    std::int64_t length() const noexcept { return most - least; }
 };
+
+bool is_too_large(const VT_DCI_Point* triangle) noexcept {
+    return Extent(triangle, 3, &VT_DCI_Point::x).length() > widest || Extent(triangle, 3, &VT_DCI_Point::y).length() > tallest;
+}
+
+// The target of a strip whose columns begin with that one, relative to the window's first.
+Triangle_Target scissored_target(const Triangle_Target& target, std::int32_t first_column) noexcept {
+    Triangle_Target scissored = target;
+    scissored.scissored = true;
+    scissored.column_bias = -first_column;
+    scissored.origin_x = wrapping_add(target.origin_x, first_column);
+    return scissored;
+}
 
 // The sides of a rectangle of pixels in device coordinates.
 VT_Int_Rectangle device_rectangle(const Triangle_Target& target, std::int32_t left, std::int32_t right, std::int32_t bottom,
@@ -106,6 +134,28 @@ VT_Int_Rectangle device_rectangle(const Triangle_Target& target, std::int32_t le
         return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{origin} + offset, INT32_MIN, INT32_MAX));
     };
     return {side(target.origin_x, left), side(target.origin_x, right), side(target.origin_y, bottom), side(target.origin_y, top)};
+}
+
+// Calls visit(cell) for each cell of the grid that the target's columns and rows touch. Cells are rectangles of the picture.
+template <class Visit> void visit_cells(const Triangle_Target& target, VT_Int_Pair tile_origin, Visit visit) {
+    const auto range = [](std::int32_t origin, std::int32_t tile, std::int32_t first, std::int32_t end) {
+        const std::int64_t from = std::int64_t{origin} + tile + first;
+        const std::int64_t to = from + (end - first) - 1;
+        const auto cell = [](std::int64_t v) {
+            return static_cast<std::int32_t>(std::clamp<std::int64_t>(v, INT32_MIN, INT32_MAX) >> cell_bits);
+        };
+        return VT_Int_Pair{cell(from), cell(to)};
+    };
+    const VT_Int_Pair columns = range(target.origin_x, tile_origin.x, target.first_column, target.end_column);
+    const VT_Int_Pair rows = range(target.origin_y, tile_origin.y, target.first_row, target.end_row);
+    constexpr std::int32_t size = 1 << cell_bits;
+    for (std::int32_t row = rows.x; row <= rows.y; ++row) {
+        for (std::int32_t column = columns.x; column <= columns.y; ++column) {
+            const std::int32_t left = column * size;
+            const std::int32_t bottom = row * size;
+            visit(VT_Int_Rectangle{left, left + (size - 1), bottom, bottom + (size - 1)});
+        }
+    }
 }
 
 // Texel coordinates of whole strips come from floats and so lose nothing as floats.
@@ -118,7 +168,7 @@ Texel_Coordinates cut_coordinates(float s, float t) noexcept {
 
 Triangle_Call::Triangle_Call(Case c, Software_Z_Buffer& renderer, const VT_Rendition& rendition, Shading shading,
                              Pixel_Rule pixel, bool consults_mask)
-    : target(target_of(c, shading, renderer, rendition)), kernels_(renderer.kernels) {
+    : target(target_of(c, shading, renderer, rendition)), kernels_(renderer.kernels), tile_origin_(renderer.tile_origin) {
     if (consults_mask && find_mask(renderer, rendition)) {
         target.mask_rows = renderer.mask_cache->newest->rows();
     }
@@ -157,47 +207,58 @@ void Triangle_Call::draw_scissored(const Triangle_Strip& strip) const {
                 strip.count, strip.points, outcodes.data()) == 0) {
         return;
     }
-    // The clipper cuts at the far edges of the outermost pixels.
-    const Guard columns(target.width);
-    const Guard rows(target.end_row);
-    const VT_Int_Rectangle guard = device_rectangle(target, columns.first, columns.last - 1, rows.first, rows.last - 1);
-    Scratch<std::uint16_t> guard_outcodes(strip.count);
-    VD_Clip(guard, strip.count, strip.points, guard_outcodes.data());
-
-    Triangle_Target scissored = target;
-    scissored.scissored = true;
-    scissored.column_bias = -columns.first;
-    scissored.origin_x = wrapping_add(target.origin_x, columns.first);
-
-    const bool of_points = configuration_.shading != Shading::flat;
-    const auto colors_from = [&](std::int32_t k) { return strip.single_color ? strip.colors : strip.colors + k; };
+    const auto fits = [&](const VT_DCI_Point* triangle) {
+        const Extent columns(triangle, 3, &VT_DCI_Point::x);
+        return columns.least - target.origin_x >= -columns_before &&
+               columns.most - target.origin_x < columns_held - columns_before && !is_too_large(triangle);
+    };
+    const Triangle_Target around_window = scissored_target(target, -columns_before);
     walk_strip(
         strip.count,
         [&](std::int32_t k) {
-            return placement_of(&outcodes[k]) == Placement::outside ? Placement::outside : placement_of(&guard_outcodes[k]);
+            const Placement placement = placement_of(&outcodes[k]);
+            return placement == Placement::across && fits(strip.points + k) ? Placement::inside : placement;
         },
-        [&](std::int32_t first, std::int32_t length) {
-            kernel_(scissored, {length, strip.points + first, colors_from(first), strip.single_color, strip.near_flat,
-                                strip.coordinates ? strip.coordinates + first : nullptr});
-        },
+        [&](std::int32_t first, std::int32_t length) { kernel_(around_window, strip.part(first, length)); },
         [&](std::int32_t k) {
-            Clip_Vertex triangle[3];
-            for (std::int32_t i = 0; i < 3; ++i) {
-                const Texel_Coordinates at = strip.coordinates ? strip.coordinates[k + i] : Texel_Coordinates{};
-                triangle[i] = {strip.points[k + i], of_points ? strip.colors[k + i] : VT_RGB32{}, static_cast<float>(at.s),
-                               static_cast<float>(at.t)};
+            const Triangle_Strip triangle = strip.part(k, 3);
+            if (is_too_large(triangle.points)) {
+                draw_in_cells(triangle);
+            } else {
+                draw_apart(triangle);
             }
-            Clipped_Polygon polygon;
-            if (clip_triangle_to_rectangle(guard, triangle, polygon) < 3) {
-                return;
-            }
-            Texel_Coordinates coordinates[Clipped_Polygon::most_vertices];
-            for (std::int32_t i = 0; i < polygon.count; ++i) {
-                coordinates[i] = cut_coordinates(polygon.u[i], polygon.v[i]);
-            }
-            kernel_(scissored, {polygon.count, polygon.points, of_points ? polygon.colors : colors_from(k), !of_points,
-                                strip.near_flat, coordinates});
         });
+}
+
+void Triangle_Call::draw_apart(const Triangle_Strip& strip) const {
+    const std::int64_t least = Extent(strip.points, strip.count, &VT_DCI_Point::x).least;
+    kernel_(scissored_target(target, static_cast<std::int32_t>(least - target.origin_x)), strip);
+}
+
+void Triangle_Call::draw_in_cells(const Triangle_Strip& whole) const {
+    Clip_Vertex triangle[3];
+    for (std::int32_t i = 0; i < 3; ++i) {
+        const Texel_Coordinates at = whole.coordinates ? whole.coordinates[i] : Texel_Coordinates{};
+        const VT_DCI_Point& point = whole.points[i];
+        triangle[i] = {{wrapping_add(point.x, tile_origin_.x), wrapping_add(point.y, tile_origin_.y), point.z},
+                       is_flat() ? VT_RGB32{} : whole.colors[i],
+                       static_cast<float>(at.s),
+                       static_cast<float>(at.t)};
+    }
+    visit_cells(target, tile_origin_, [&](const VT_Int_Rectangle& cell) {
+        Clipped_Polygon polygon;
+        if (clip_triangle_to_rectangle(cell, triangle, polygon) < 3) {
+            return;
+        }
+        Texel_Coordinates coordinates[Clipped_Polygon::most_vertices];
+        for (std::int32_t i = 0; i < polygon.count; ++i) {
+            polygon.points[i].x = wrapping_subtract(polygon.points[i].x, tile_origin_.x);
+            polygon.points[i].y = wrapping_subtract(polygon.points[i].y, tile_origin_.y);
+            coordinates[i] = cut_coordinates(polygon.u[i], polygon.v[i]);
+        }
+        draw_apart(
+            {polygon.count, polygon.points, is_flat() ? whole.colors : polygon.colors, is_flat(), whole.near_flat, coordinates});
+    });
 }
 
 Flat_Face flat_face(Case c, const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {

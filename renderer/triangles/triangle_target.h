@@ -26,16 +26,22 @@ public:
     // The strip must lie inside the window.
     void draw(const Triangle_Strip& strip) const { kernel_(target, strip); }
     // The strip may reach anywhere: what lies outside the target's columns and rows is cut off, and inside them appears what the
-    // whole strip would show there. Triangles too large for the kernels' columns are cut down first, which moves their edges by
-    // less than a pixel.
+    // whole strip would show there. Triangles of more than 32767 columns or 2^30 rows are cut first, at the same places whichever
+    // part of the picture is drawn; cuts move their edges by less than a pixel.
     void draw_any(const Triangle_Strip& strip) const;
 
     Triangle_Target target;
 
 private:
     void draw_scissored(const Triangle_Strip& strip) const;
+    // A strip that is not too large, wherever it lies.
+    void draw_apart(const Triangle_Strip& strip) const;
+    // One triangle.
+    void draw_in_cells(const Triangle_Strip& whole) const;
+    bool is_flat() const noexcept { return configuration_.shading == Shading::flat; }
 
     const Kernel_Set* kernels_;
+    VT_Int_Pair tile_origin_;
     Triangle_Configuration configuration_;
     Face_Pattern pattern_;
     Strip_Kernel* kernel_;

@@ -43,9 +43,11 @@ protected:
                                                            const VT_DCI_Point* points) {
             note(rendition, count, points, nullptr, 0);
         };
-        renderer_->actions.draw_2di_colorized_polyline.function =
-            [](VT_Renderer_Data&, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
-               const VT_RGB32* colors, bool single) { note(rendition, count, points, colors, single ? 1 : count - 1); };
+        renderer_->actions.draw_2di_colorized_polyline.function = [](VT_Renderer_Data&, const VT_Rendition& rendition,
+                                                                     std::int32_t count, const VT_DCI_Point* points,
+                                                                     const VT_RGB32* colors, bool single) {
+            note(rendition, count, points, colors, !colors ? 0 : single ? 1 : count - 1);
+        };
         renderer_->actions.draw_2di_gouraud_polyline.function =
             [](VT_Renderer_Data&, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
                const VT_RGB32* colors) { note(rendition, count, points, colors, count); };
@@ -99,6 +101,9 @@ TEST_F(Polylines_3D, Are_cut_at_the_guard_band) {
     EXPECT_EQ(pieces(out_and_in), "0,10 " + edge + ",10 " + edge + ",10 | " + edge + ",20 " + edge + ",20 0,20");
     EXPECT_EQ(pieces(out_and_in, Kind::colorized),
               "0,10 " + edge + ",10 " + edge + ",10 #0 #10 | " + edge + ",20 " + edge + ",20 0,20 #30 #40");
+    handed_over().clear();
+    VD_Draw_3D_Colorized_Polyline(*renderer_, *rendition_, 6, out_and_in.data(), nullptr, false); // no colours stay none
+    EXPECT_EQ(handed_over(), pieces(out_and_in));
     EXPECT_EQ(pieces(out_and_in, Kind::gouraud),
               "0,10 " + edge + ",10 " + edge + ",10 #0 #10 #10 | " + edge + ",20 " + edge + ",20 0,20 #40 #40 #50");
     // Through the band from outside to outside, and past it.

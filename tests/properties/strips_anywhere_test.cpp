@@ -202,6 +202,60 @@ TEST(Strips_anywhere, Look_in_tiles_as_in_one_piece_and_keep_to_the_hard_clip) {
     });
 }
 
+// Also of triangles that kernels cannot hold whole. Corners close to the window make their edges cross many tiles.
+TEST(Strips_anywhere, Look_in_tiles_as_in_one_piece_however_large_they_are) {
+    for_each_member([](const std::string& kernels, std::size_t index, Family family) {
+        Random random(index * 10 + static_cast<std::size_t>(family));
+        for (int i = 0; i < scaled(12); ++i) {
+            const auto rendition = random_rendition(random);
+            const std::int32_t far = random.one_of(std::vector<std::int32_t>{20000, 33000, 100000, 500000000});
+            const bool is_wide = random.chance(60);
+            Strip strip = random_strip(random, [&] { return random.number(-32, 160); });
+            for (VT_DCI_Point& point : strip.points) {
+                (is_wide ? point.x : point.y) += random.number(-1, 1) * random.number(0, far);
+                (is_wide ? point.y : point.x) += random.chance(20) ? random.number(-far, far) : 0;
+            }
+            const VT_Int_Pair corner{random.one_of(std::vector<std::int32_t>{-64, 0, 16320}), random.number(-8, 0) * 8};
+            for (VT_DCI_Point& point : strip.points) {
+                point.x += corner.x;
+            }
+            rendition->clip.hard_clip = {corner.x, corner.x + 127, corner.y, corner.y + 127};
+            Window whole(index, corner, {128, 128}, kernels);
+            draw_transformed(*whole, family, *rendition, strip, strip.transformed());
+            for (std::int32_t k = 0; k < 4; ++k) {
+                const VT_Int_Pair origin{corner.x + k % 2 * 64, corner.y + k / 2 * 64};
+                Window tile(index, origin, {64, 64}, kernels);
+                draw_transformed(*tile, family, *rendition, strip, strip.transformed());
+                for (std::int32_t p = 0; p < 64 * 64; ++p) {
+                    const VT_Int_Pair at{origin.x + p % 64, origin.y + p / 64};
+                    ASSERT_EQ(tile.pixel(at.x, at.y), whole.pixel(at.x, at.y)) << "strip " << i << " at " << at.x << ", " << at.y;
+                }
+            }
+        }
+    });
+}
+
+// The far edges of the last pixels of the largest windows there are.
+TEST(Strips_anywhere, Fill_the_last_column_and_row_of_the_largest_windows) {
+    const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+    for (const bool is_wide : {true, false}) {
+        Renderer_Setup setup;
+        setup.depth = false;
+        setup.size = is_wide ? VT_Int_Pair{16384, 4} : VT_Int_Pair{4, 16384};
+        Test_Renderer renderer(setup);
+        VT_DCI_Point points[] = {{16380, -10, 0}, {16384, -10, 0}, {16380, 20, 0}, {16384, 20, 0}};
+        for (VT_DCI_Point& point : points) {
+            point = is_wide ? point : VT_DCI_Point{point.y, point.x, 0};
+        }
+        const VT_RGB32 color{1, 2, 3, 255};
+        VD_Draw_DCI_Colorized_Polytriangle(*renderer, *rendition, 4, points, &color, true);
+        for (std::int32_t i = 0; i < 16; ++i) {
+            const VT_Int_Pair at = is_wide ? VT_Int_Pair{16380 + i % 4, i / 4} : VT_Int_Pair{i % 4, 16380 + i / 4};
+            ASSERT_EQ(renderer.color().pixel(at.x, at.y), word_of(color)) << at.x << ", " << at.y;
+        }
+    }
+}
+
 // Guard bytes around the buffers and the sanitizers tell whether anything goes astray.
 TEST(Strips_anywhere, May_have_any_coordinates) {
     const std::int32_t coordinates[] = {INT32_MIN, -0x40000001, -40000, -16385, -16384, -1,         0,        7,

@@ -105,14 +105,14 @@ TEST_F(Replay_Command, refuses_what_a_host_would_never_send) {
                    "calls[0].rectangle: expected the greater coordinates to the right and at the top");
     expect_refused(with_call(R"({"call": "establish", "window": {"width": 2}}, {"call": "draw_dci_dot", "point": [103, 0]})"), 2,
                    "calls[1].point: expected a point inside the window, columns 100 to 101, rows -4 to 3");
-    // The centre of an ellipse is a column and row, the ends of a flat one are device points.
+    // The centre of an ellipse is a column and row, whether it is flat or not.
     expect_refused(R"({"picture": 1, "window": {"width": 8, "height": 8, "origin": [1, 0]}, "buffer_depth": 0, "calls": [
                        {"call": "draw_dci_ellipse", "center": [4, 5], "radii": [2, 5], "rotation": 4.712389}]})",
                    2, "calls[0].center and radii: expected an ellipse inside columns 0 to 7, rows 0 to 7");
     expect_refused(R"({"picture": 1, "window": {"width": 8, "height": 8, "origin": [1, 0]}, "buffer_depth": 0, "calls": [
                        {"call": "draw_dci_elliptical_arc", "center": [4, 5], "radii": [3, 2]},
                        {"call": "draw_dci_elliptical_arc", "center": [4, 5], "radii": [4, 0]}]})",
-                   2, "calls[1].center and radii: expected an ellipse inside columns 1 to 8, rows 0 to 7");
+                   2, "calls[1].center and radii: expected an ellipse inside columns 0 to 7, rows 0 to 7");
     // What the renderer cuts by itself goes to it.
     EXPECT_EQ(run_vorna({"replay", "-"}, with_call(R"({"call": "draw_window", "rectangle": [-9, 999, -9, 999]},
         {"call": "draw_dci_rgb32_image", "start": [107, 0], "end": [108, 0], "pixels": [[[1, 2, 3], [4, 5, 6]]]},
