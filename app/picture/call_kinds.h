@@ -59,7 +59,7 @@ inline constexpr Call_Kind call_kinds[] = {
     {"draw_dc_polygon", drawn},
     {"draw_2di_polygon", drawn},
     {"draw_dci_polygon", drawn},
-    {"draw_3d_polygon", not_yet},
+    {"draw_3d_polygon", drawn},
     {"draw_2d_polymarker", not_yet},
     {"draw_dc_polymarker", not_yet},
     {"draw_2di_polymarker", drawn},

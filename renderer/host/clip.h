@@ -35,6 +35,7 @@ VORNA_API void VD_Preclip_Tail(std::uint16_t outcode, const VT_Int_Rectangle& re
 VORNA_API bool VD_Preclip_Ends(const std::uint16_t* outcodes, const VT_Int_Rectangle& rectangle, const VT_Point_D* points,
                                VT_DCI_Point* clipped, const VT_RGB32* colors, VT_RGB32* clipped_colors);
 
-// One triangle cut against the rectangle: up to 8 points in strip order, 0 when nothing is left. Colours as above, three in.
+// One triangle cut against the far edges of the rectangle's outermost pixels, x = right + 1 and y = top + 1, so that it fills
+// them: up to 8 points in strip order, 0 when nothing is left. Colours as above, three in.
 VORNA_API std::int32_t VD_Preclip_2D_Triangle(const VT_Int_Rectangle& rectangle, const VT_Point_D* points, VT_DCI_Point* clipped,
                                               const VT_RGB32* colors, VT_RGB32* clipped_colors);

@@ -1,4 +1,5 @@
 // Outcodes and preclipping.
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -102,6 +103,8 @@ TEST(Preclip, Triangles_Stay_Inside_And_In_Their_Plane) {
     VT_DCI_Point clipped[8];
     const VT_Point_D covering[3] = {{-1000, -1000, 0}, {1000, -1000, 0}, {15, 2000, 0}};
     ASSERT_EQ(VD_Preclip_2D_Triangle(rectangle, covering, clipped, nullptr, nullptr), 4) << "the rectangle itself";
+    const auto [low, high] = std::minmax_element(clipped, clipped + 4, [](auto& a, auto& b) { return a.x + a.y < b.x + b.y; });
+    EXPECT_THAT((std::array{low->x, low->y, high->x, high->y}), testing::ElementsAre(10, -5, 21, 6)) << "all of its pixels";
     const VT_Point_D outside[3] = {{0, 0, 0}, {9, 20, 0}, {9, -20, 0}};
     EXPECT_EQ(VD_Preclip_2D_Triangle(rectangle, outside, clipped, nullptr, nullptr), 0);
     std::mt19937 random(20261121);
@@ -116,7 +119,7 @@ TEST(Preclip, Triangles_Stay_Inside_And_In_Their_Plane) {
         ASSERT_TRUE(count == 0 || (count >= 3 && count <= 8)) << count;
         for (std::int32_t i = 0; i < count; ++i) {
             const VT_DCI_Point& p = clipped[i];
-            EXPECT_TRUE(p.x >= 0 && p.x <= 1000 && p.y >= 0 && p.y <= 1000);
+            EXPECT_TRUE(p.x >= 0 && p.x <= 1001 && p.y >= 0 && p.y <= 1001);
             EXPECT_NEAR(p.z, 2 * p.x - 3 * p.y + 7, 3.1) << "rounding moves x and y by a half, z by 2 * 0.5 + 3 * 0.5 + 0.5";
         }
     }

@@ -1,12 +1,261 @@
-// Standard images. Draws nothing yet: every function only reports its call, and the reading ones give no image. Images of the
-// other pixel kind belong here.
+// Standard images: those of the other pixel kind, made the buffer's kind by the palette and drawn through its slot, and shared
+// images of every format. An image keeps to the hard clip. The slots that write depths or read buffers back have nothing to do
+// here: a renderer leaves them empty where there is no such buffer, and then reading gives no image.
+#include <cstring>
+#include <unordered_map>
+#include <vector>
+
+#include "vorna/draw.h"
+#include "vorna/standard/drawing_area.h"
 #include "vorna/standard/standard_call.h"
 
-VT_REPORTED(Draw_DCI_Index8_Image, const VT_DCI_Point*, const VT_DCI_Point*, std::int32_t, const std::uint8_t*)
-VT_REPORTED(Draw_DCI_RGB32_Image, const VT_DCI_Point*, const VT_DCI_Point*, std::int32_t, const VT_RGB32*, std::int32_t,
-            const VT_Packing*)
-VT_REPORTED(Draw_DCI_Image, const VT_DCI_Point*, const VT_Shared_Image*)
 VT_REPORTED(Write_Depth_Rectangle, const VT_DCI_Point*, const VT_DCI_Point*, std::int32_t, const std::uint16_t*)
+
+namespace {
+
+// An image between two corners, and which part of it is drawn. Its rows run downwards.
+struct Placed_Image {
+    VT_DCI_Point start, end;
+    std::int32_t stride;
+    const std::uint8_t* pixels; // null = zeros
+    VT_Int_Rectangle drawn;
+
+    Placed_Image(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point& top_left,
+                 const VT_DCI_Point& bottom_right, std::int32_t bytes_per_row, const void* source)
+        : start(top_left), end(bottom_right), stride(bytes_per_row), pixels(static_cast<const std::uint8_t*>(source)),
+          drawn(vorna::visible_rectangle(renderer, rendition)) {
+        drawn = {std::max(drawn.left, start.x), std::min(drawn.right, end.x), std::max(drawn.bottom, end.y),
+                 std::min(drawn.top, start.y)};
+    }
+
+    std::int32_t width() const noexcept { return drawn.right - drawn.left + 1; }
+    std::int32_t height() const noexcept { return drawn.top - drawn.bottom + 1; }
+
+    template <class Pixel> Pixel pixel(std::int32_t column, std::int32_t row) const noexcept {
+        Pixel result{};
+        if (pixels) {
+            const std::int64_t at = (std::int64_t{start.y} - row) * stride +
+                                    (std::int64_t{column} - start.x) * static_cast<std::int64_t>(sizeof(Pixel));
+            std::memcpy(&result, pixels + at, sizeof(Pixel));
+        } else {
+            std::memset(static_cast<void*>(&result), 0, sizeof(Pixel));
+        }
+        return result;
+    }
+
+    // Along a row; renderers let a row go on where the one above ended, which a part cannot know.
+    std::int32_t depth_at(std::int32_t column) const noexcept {
+        const std::int64_t columns = std::int64_t{end.x} - start.x;
+        const std::int64_t rise = std::int64_t{end.z} - start.z;
+        return columns == 0 ? start.z : static_cast<std::int32_t>(start.z + rise * (std::int64_t{column} - start.x) / columns);
+    }
+    // The first drawn pixel of pixel_bytes in the highest row.
+    const std::uint8_t* first(std::int32_t pixel_bytes) const noexcept {
+        return pixels + (std::int64_t{start.y} - drawn.top) * stride + (std::int64_t{drawn.left} - start.x) * pixel_bytes;
+    }
+    VT_DCI_Point top_left() const noexcept { return {drawn.left, drawn.top, depth_at(drawn.left)}; }
+    VT_DCI_Point bottom_right() const noexcept { return {drawn.right, drawn.bottom, depth_at(drawn.right)}; }
+
+    // Every drawn pixel from the highest row down.
+    template <class Pixel, class Convert> auto converted(Convert convert) const {
+        std::vector<decltype(convert(Pixel{}))> result;
+        result.reserve(static_cast<std::size_t>(width()) * static_cast<std::size_t>(height()));
+        for (std::int32_t row = drawn.top; row >= drawn.bottom; --row) {
+            for (std::int32_t column = drawn.left; column <= drawn.right; ++column) {
+                result.push_back(convert(pixel<Pixel>(column, row)));
+            }
+        }
+        return result;
+    }
+};
+
+// The palette's closest colours, each looked for once.
+class Closest_Indices {
+public:
+    explicit Closest_Indices(const VT_Palette& palette) : palette_(palette) {}
+
+    std::uint8_t operator()(VT_RGB32 color) {
+        color.alpha = 255;
+        const auto [place, is_new] = found_.try_emplace(word_of(color));
+        if (is_new) {
+            place->second = static_cast<std::uint8_t>(palette_.closest_match(color, false));
+        }
+        return place->second;
+    }
+
+private:
+    const VT_Palette& palette_;
+    std::unordered_map<std::uint32_t, std::uint8_t> found_;
+};
+
+VT_RGB32 blended(VT_RGB32 over, VT_RGB32 under) noexcept {
+    const auto mix = [&](int a, int b) { return static_cast<std::uint8_t>((a * over.alpha + b * (255 - over.alpha)) / 255); };
+    return {mix(over.blue, under.blue), mix(over.green, under.green), mix(over.red, under.red), 255};
+}
+
+// Pixel by pixel, as pixels of alpha 0 leave colour and depth alone, against what the buffer holds.
+void draw_blended(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Placed_Image& image) {
+    const VT_Palette& palette = renderer.current_renderer_options().palette();
+    Closest_Indices closest(palette);
+    constexpr Buffer_Format format = Buffer_Format::index8;
+    const VT_DCI_Point top_left = image.top_left();
+    const VT_DCI_Point bottom_right = image.bottom_right();
+    VT_Reference<VT_Shared_Image> stored;
+    VD_Read_Color_Image(renderer, rendition, &top_left, &bottom_right, &format, stored);
+    for (std::int32_t row = image.drawn.top; row >= image.drawn.bottom; --row) {
+        for (std::int32_t column = image.drawn.left; column <= image.drawn.right; ++column) {
+            const auto color = image.pixel<VT_RGB32>(column, row);
+            if (color.alpha == 0) {
+                continue;
+            }
+            const VT_RGB32 under =
+                stored ? palette.color(stored->row(image.drawn.top - row)[column - image.drawn.left]) : VT_RGB32{};
+            const std::uint8_t index = closest(blended(color, under));
+            const VT_DCI_Point point{column, row, image.depth_at(column)};
+            VD_Draw_DCI_Index8_Image(renderer, rendition, &point, &point, 1, &index);
+        }
+    }
+}
+
+} // namespace
+
+// Only where the buffer holds colours: otherwise the slot that takes indices is the one that is empty.
+void VD_Standard_Draw_DCI_Index8_Image(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point* start,
+                                       const VT_DCI_Point* end, std::int32_t stride, const std::uint8_t* pixels) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DCI_Index8_Image");
+    const VT_Renderer_Options& options = renderer.current_renderer_options();
+    const Placed_Image image(renderer, rendition, *start, *end, stride, pixels);
+    if (options.color_system() != 1 || vorna::is_empty(image.drawn)) {
+        return;
+    }
+    const auto colors = image.converted<std::uint8_t>([&](std::uint8_t index) { return options.palette().color(index); });
+    const VT_DCI_Point top_left = image.top_left();
+    const VT_DCI_Point bottom_right = image.bottom_right();
+    VD_Draw_DCI_RGB32_Image(renderer, rendition, &top_left, &bottom_right, 4 * image.width(), colors.data(), 0, nullptr);
+}
+
+void VD_Standard_Draw_DCI_RGB32_Image(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point* start,
+                                      const VT_DCI_Point* end, std::int32_t stride, const VT_RGB32* pixels, std::int32_t,
+                                      const VT_Packing*) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DCI_RGB32_Image");
+    const VT_Renderer_Options& options = renderer.current_renderer_options();
+    const Placed_Image image(renderer, rendition, *start, *end, stride, pixels);
+    if (options.color_system() == 1 || vorna::is_empty(image.drawn)) {
+        return;
+    }
+    if (rendition.drawing_flags & drawing_flag::translucent) {
+        draw_blended(renderer, rendition, image);
+        return;
+    }
+    const auto indices = image.converted<VT_RGB32>(Closest_Indices(options.palette()));
+    const VT_DCI_Point top_left = image.top_left();
+    const VT_DCI_Point bottom_right = image.bottom_right();
+    VD_Draw_DCI_Index8_Image(renderer, rendition, &top_left, &bottom_right, image.width(), indices.data());
+}
+
+namespace {
+
+// The rows of a shared image from the highest down, pixel bytes each, without gaps.
+std::vector<std::uint8_t> rows_of(const VT_Shared_Image& image, std::size_t pixel_bytes) {
+    const std::size_t bytes = static_cast<std::size_t>(image.width()) * pixel_bytes;
+    std::vector<std::uint8_t> rows(bytes * static_cast<std::size_t>(image.height()));
+    for (std::int32_t r = 0; r < image.height(); ++r) {
+        std::memcpy(rows.data() + static_cast<std::size_t>(r) * bytes, image.row(image.bottom_up() ? image.height() - 1 - r : r),
+                    bytes);
+    }
+    return rows;
+}
+
+// An image of the window's size lies on the window and is copied as it is; start and hard clip, in columns and rows of the
+// buffer, say which part of it.
+void draw_presentation(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point& start,
+                       const VT_Shared_Image& image) {
+    const VT_Renderer_Options& options = renderer.current_renderer_options();
+    if (options.window_size() != VT_Int_Pair{image.width(), image.height()}) {
+        return;
+    }
+    const VT_Int_Pair origin = vorna::window_origin(options);
+    const VT_Int_Rectangle clip = rendition.clip.hard_clip;
+    const VT_Int_Rectangle part{std::max({start.x, clip.left, 0}), std::min(clip.right, image.width() - 1),
+                                std::max(clip.bottom, 0), std::min({clip.top, start.y, image.height() - 1})};
+    if (vorna::is_empty(part)) {
+        return;
+    }
+    const VT_Reference<VT_Rendition> copying(new VT_Rendition(rendition));
+    copying->clip = {};
+    copying->clip.hard_clip = {origin.x + part.left, origin.x + part.right, origin.y + part.bottom, origin.y + part.top};
+    copying->clip.depth_test = false;
+    copying->drawing_flags = 0;
+    const std::vector<std::uint8_t> rows = rows_of(image, 4);
+    const std::size_t first =
+        4 * (static_cast<std::size_t>(image.height() - 1 - part.top) * static_cast<std::size_t>(image.width()) +
+             static_cast<std::size_t>(part.left));
+    const VT_DCI_Point top_left{origin.x + part.left, origin.y + part.top, 0};
+    const VT_DCI_Point bottom_right{origin.x + part.right, origin.y + part.bottom, 0};
+    VD_Draw_DCI_RGB32_Image(renderer, *copying, &top_left, &bottom_right, 4 * image.width(),
+                            reinterpret_cast<const VT_RGB32*>(rows.data() + first), 0, nullptr);
+}
+
+std::int32_t pixel_bytes_of(Buffer_Format format) noexcept {
+    switch (format) {
+    case Buffer_Format::index8:
+        return 1;
+    case Buffer_Format::depth16:
+        return 2;
+    case Buffer_Format::rgb32:
+    case Buffer_Format::presentation_rgb32:
+        return 4;
+    default:
+        return 0;
+    }
+}
+
+std::int32_t held(std::int64_t coordinate) noexcept {
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(coordinate, INT32_MIN, INT32_MAX));
+}
+
+} // namespace
+
+// With its highest row at start, rightwards and downwards. Images of unknown formats draw nothing.
+void VD_Standard_Draw_DCI_Image(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point* start,
+                                const VT_Shared_Image* image) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DCI_Image");
+    if (!image) {
+        return;
+    }
+    const bool has_colors = renderer.current_renderer_options().color_system() == 1;
+    const Buffer_Format format = image->format() != Buffer_Format::whatever_is_there ? image->format()
+                                 : has_colors                                        ? Buffer_Format::rgb32
+                                                                                     : Buffer_Format::index8;
+    const std::int32_t bytes = pixel_bytes_of(format);
+    if (bytes == 0 || image->width() < 1 || image->height() < 1 || image->row_bytes() / bytes < image->width()) {
+        return;
+    }
+    if (format == Buffer_Format::presentation_rgb32) {
+        draw_presentation(renderer, rendition, *start, *image);
+        return;
+    }
+    const std::vector<std::uint8_t> rows = rows_of(*image, static_cast<std::size_t>(bytes));
+    const std::int32_t stride = bytes * image->width();
+    const VT_DCI_Point end{held(std::int64_t{start->x} + image->width() - 1), held(std::int64_t{start->y} - image->height() + 1),
+                           start->z};
+    const Placed_Image placed(renderer, rendition, *start, end, stride, rows.data());
+    if (vorna::is_empty(placed.drawn)) {
+        return;
+    }
+    const VT_DCI_Point top_left = placed.top_left();
+    const VT_DCI_Point bottom_right = placed.bottom_right();
+    const std::uint8_t* first = placed.first(bytes);
+    if (format == Buffer_Format::index8) {
+        VD_Draw_DCI_Index8_Image(renderer, rendition, &top_left, &bottom_right, stride, first);
+    } else if (format == Buffer_Format::rgb32) {
+        VD_Draw_DCI_RGB32_Image(renderer, rendition, &top_left, &bottom_right, stride, reinterpret_cast<const VT_RGB32*>(first),
+                                0, nullptr);
+    } else {
+        VD_Write_Depth_Rectangle(renderer, rendition, &top_left, &bottom_right, stride,
+                                 reinterpret_cast<const std::uint16_t*>(first));
+    }
+}
 
 void VD_Standard_Read_Depth_Image(VT_Renderer_Data& renderer, const VT_Rendition&, const VT_DCI_Point*, const VT_DCI_Point*,
                                   const Buffer_Format*, VT_Reference<VT_Shared_Image>& image) {

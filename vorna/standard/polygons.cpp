@@ -1,4 +1,105 @@
-// Standard polygons. Draws nothing yet: every function only reports its call. Hatched polygons belong here.
+// Standard polygons: any number of points, concave, crossing themselves, with holes that a seam joins to the outline. Hatched
+// ones go back to their slot with the hatch as a bitmap; plain ones become triangles.
+#include <vector>
+
+#include "renderer/host/contour.h"
+#include "vorna/draw.h"
+#include "vorna/standard/drawing_area.h"
+#include "vorna/standard/faces.h"
 #include "vorna/standard/standard_call.h"
 
-VT_REPORTED_FORMS(Polygon, VT_POLYGON)
+namespace {
+
+struct Polygon_Call {
+    VT_Renderer_Data& renderer;
+    const VT_Rendition& rendition;
+    const VT_RGB32* color; // null = the rendition's
+};
+
+// Through the triangle slots of the form with floats.
+template <const auto& polytriangle, const auto& colorized_polytriangle, class Point>
+void draw_triangulated(Polygon_Call call, std::int32_t count, const Point* points) {
+    std::vector<VT_Point> floats;
+    floats.reserve(static_cast<std::size_t>(count));
+    for (std::int32_t i = 0; i < count; ++i) {
+        const Point& point = points[i];
+        floats.push_back({static_cast<float>(point.x), static_cast<float>(point.y), static_cast<float>(point.z)});
+    }
+    const VT_Contour_Set contours(count, floats.data(), false);
+    contours.triangulate(
+        [](void* context, const VT_Point* corners) {
+            const auto& to = *static_cast<const Polygon_Call*>(context);
+            if (to.color) {
+                colorized_polytriangle(to.renderer, to.rendition, 3, corners, to.color, true);
+            } else {
+                polytriangle(to.renderer, to.rendition, 3, corners);
+            }
+        },
+        &call);
+}
+
+// Cuts a polygon at one side (Sutherland-Hodgman). An even-odd fill keeps its inside: what the cut joins along the side runs
+// there and back.
+template <class Distance> std::vector<VT_Point_D> cut(const std::vector<VT_Point_D>& polygon, Distance distance) {
+    std::vector<VT_Point_D> left;
+    for (std::size_t i = 0; i < polygon.size(); ++i) {
+        const VT_Point_D& from = polygon[i];
+        const VT_Point_D& to = polygon[i + 1 < polygon.size() ? i + 1 : 0];
+        const double here = distance(from);
+        const double there = distance(to);
+        if (here >= 0) {
+            left.push_back(from);
+        }
+        if ((here < 0) != (there < 0)) {
+            const double part = here / (here - there);
+            left.push_back({from.x + (to.x - from.x) * part, from.y + (to.y - from.y) * part, from.z + (to.z - from.z) * part});
+        }
+    }
+    return left;
+}
+
+// Far enough outside the window that the cuts' rounding cannot be seen, near enough for floats to tell parts of a pixel apart.
+std::vector<VT_Point_D> cut_around_window(std::vector<VT_Point_D> polygon, VT_Int_Pair origin, VT_Int_Pair size) {
+    constexpr double margin = 0x8000;
+    polygon = cut(polygon, [&](const VT_Point_D& p) { return p.x - (origin.x - margin); });
+    polygon = cut(polygon, [&](const VT_Point_D& p) { return origin.x + size.x + margin - p.x; });
+    polygon = cut(polygon, [&](const VT_Point_D& p) { return p.y - (origin.y - margin); });
+    return cut(polygon, [&](const VT_Point_D& p) { return origin.y + size.y + margin - p.y; });
+}
+
+} // namespace
+
+#define VT_STANDARD_POLYGON(form, point, triangle_form)                                                                          \
+    void VD_Standard_Draw_##form##_Polygon(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,        \
+                                           const point* points, const VT_RGB32* color) {                                         \
+        const vorna::Standard_Call call(renderer, "VD_Standard_Draw_" #form "_Polygon");                                         \
+        if (count < 3) {                                                                                                         \
+            return;                                                                                                              \
+        }                                                                                                                        \
+        if (!vorna::is_plain(rendition.face)) {                                                                                  \
+            VD_Draw_##form##_Polygon(renderer, *vorna::with_plain_face(rendition), count, points, color);                        \
+        } else {                                                                                                                 \
+            draw_triangulated<VD_Draw_##triangle_form##_Polytriangle, VD_Draw_##triangle_form##_Colorized_Polytriangle>(         \
+                {renderer, rendition, color}, count, points);                                                                    \
+        }                                                                                                                        \
+    }
+VT_STANDARD_POLYGON(2D, VT_Point, 2D)
+VT_STANDARD_POLYGON(DC, VT_Point, DC)
+VT_STANDARD_POLYGON(2DI, VT_DCI_Point, 2D)
+VT_STANDARD_POLYGON(DCI, VT_DCI_Point, DC)
+
+// Through the slot that cuts to the hard clip, hatches and all.
+void VD_Standard_Draw_3D_Polygon(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                 const VT_Point_D* points, const VT_RGB32* color) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_3D_Polygon");
+    if (count < 3) {
+        return;
+    }
+    const VT_Renderer_Options& options = renderer.current_renderer_options();
+    std::vector<VT_Point> floats;
+    for (const VT_Point_D& point :
+         cut_around_window({points, points + count}, vorna::window_origin(options), options.window_size())) {
+        floats.push_back({static_cast<float>(point.x), static_cast<float>(point.y), static_cast<float>(point.z)});
+    }
+    VD_Draw_2D_Polygon(renderer, rendition, static_cast<std::int32_t>(floats.size()), floats.data(), color);
+}

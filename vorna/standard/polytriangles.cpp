@@ -1,7 +1,203 @@
-// Standard polytriangles. Draws nothing yet: every function only reports its call. Hatched faces belong here.
-#include "vorna/standard/standard_call.h"
+// Standard polytriangles. Faces that no renderer draws become ones that renderers do, and go back to the slot they came from:
+// hatches become bitmaps, special shading plain drawing, odd textures plain ones. What then comes here again has a plain face and
+// is taken one form on: floats are rounded, transformed points cut and rounded, and whole points painted by the host itself. So
+// no call can come back without end, whatever the slots hold.
+#include <array>
+#include <vector>
 
-VT_REPORTED_FORMS(Polytriangle, VT_POINTS)
-VT_REPORTED_FORMS(Colorized_Polytriangle, VT_COLORIZED)
-VT_REPORTED_FORMS(Gouraud_Polytriangle, VT_GOURAUD)
-VT_REPORTED_FORMS(Textured_Polytriangle, VT_TEXTURED)
+#include "renderer/host/clip.h"
+#include "vorna/standard/drawing_area.h"
+#include "vorna/standard/faces.h"
+#include "vorna/standard/rounding.h"
+#include "vorna/standard/standard_call.h"
+#include "vorna/standard/strip_painter.h"
+#include "vorna/standard/textures.h"
+
+namespace {
+
+using vorna::Strip;
+using vorna::Strip_Kind;
+
+VT_RGB32 modulated(VT_RGB32 a, VT_RGB32 b) noexcept {
+    const auto product = [](int p, int q) { return static_cast<std::uint8_t>((p * q + 127) / 255); };
+    return {product(a.blue, b.blue), product(a.green, b.green), product(a.red, b.red), product(a.alpha, b.alpha)};
+}
+
+// Through the slot again with a texture that renderers draw; a face without any texture is shaded in its colours.
+template <class Form>
+void draw_retextured(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<typename Form::Point>& strip) {
+    const vorna::Padded_Texture texture = vorna::padded_texture(rendition.face, renderer.current_renderer_options().palette());
+    const VT_Reference<VT_Rendition> changed(new VT_Rendition(rendition));
+    Strip<typename Form::Point> changed_strip = strip;
+    if (!texture.image) {
+        std::vector<VT_RGB32> colors(strip.colors, strip.colors + strip.count);
+        for (VT_RGB32& color : colors) {
+            color = rendition.face.material ? modulated(color, rendition.face.material->color) : color;
+        }
+        changed->face.flags |= face_flag::translucent; // as textured faces are
+        changed_strip.kind = Strip_Kind::gouraud;
+        changed_strip.colors = colors.data();
+        Form::draw(renderer, *changed, changed_strip);
+        return;
+    }
+    std::vector<VT_Parameter> parameters =
+        vorna::texture_parameters(rendition.face, strip.count, strip.parameters, strip.parameter_width);
+    for (std::size_t i = 0; i < parameters.size(); i += 2) {
+        parameters[i] *= texture.u_scale;
+        parameters[i + 1] *= texture.v_scale;
+    }
+    const VT_Reference<VT_Basic_Material> material(new VT_Basic_Material);
+    material->texture = texture.image;
+    changed->face.material = material;
+    changed_strip.parameters = parameters.data();
+    changed_strip.parameter_width = 2;
+    Form::draw(renderer, *changed, changed_strip);
+}
+
+template <class Form> void draw_rounded(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_Point>& strip) {
+    std::vector<VT_DCI_Point> points;
+    points.reserve(static_cast<std::size_t>(strip.count));
+    for (std::int32_t i = 0; i < strip.count; ++i) {
+        points.push_back(vorna::rounded_point(strip.points[i]));
+    }
+    Form::draw(renderer, rendition, strip.with(points.data()));
+}
+
+void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_Point>& strip, vorna::Form_2D) {
+    draw_rounded<vorna::Form_2DI>(renderer, rendition, strip);
+}
+
+void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_Point>& strip, vorna::Form_DC) {
+    draw_rounded<vorna::Form_DCI>(renderer, rendition, strip);
+}
+
+void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_DCI_Point>& strip, vorna::Form_2DI) {
+    vorna::paint_strip(renderer, rendition, strip);
+}
+
+void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_DCI_Point>& strip, vorna::Form_DCI) {
+    vorna::paint_strip(renderer, rendition, strip);
+}
+
+// A value of three corners at a place of the triangle's plane. Of a triangle without area it is the first corner's.
+double value_at(const VT_DCI_Point& point, const VT_Point_D* corners, double a0, double a1, double a2) noexcept {
+    const double dx1 = corners[1].x - corners[0].x;
+    const double dy1 = corners[1].y - corners[0].y;
+    const double dx2 = corners[2].x - corners[0].x;
+    const double dy2 = corners[2].y - corners[0].y;
+    const double area = dx1 * dy2 - dx2 * dy1;
+    if (area == 0) {
+        return a0;
+    }
+    const double x = point.x - corners[0].x;
+    const double y = point.y - corners[0].y;
+    return a0 + (a1 - a0) * ((x * dy2 - y * dx2) / area) + (a2 - a0) * ((y * dx1 - x * dy1) / area);
+}
+
+// What the rectangle leaves of one triangle that integers could not hold.
+void draw_cut(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& rectangle,
+              const Strip<VT_Point_D>& triangle) {
+    constexpr std::size_t most_points = 8;
+    std::array<VT_DCI_Point, most_points> points;
+    std::array<VT_RGB32, most_points> colors;
+    const bool of_points = triangle.kind == Strip_Kind::gouraud || triangle.kind == Strip_Kind::textured;
+    const std::int32_t count =
+        VD_Preclip_2D_Triangle(rectangle, triangle.points, points.data(), of_points ? triangle.colors : nullptr, colors.data());
+    Strip<VT_DCI_Point> piece = triangle.with(points.data());
+    piece.count = count;
+    piece.colors = of_points ? colors.data() : triangle.colors;
+    piece.single_color = true; // all of its pieces have the triangle's colour
+    std::vector<VT_Parameter> parameters;
+    if (triangle.kind == Strip_Kind::textured) {
+        const std::int32_t width = triangle.parameter_width;
+        for (std::int32_t i = 0; i < count; ++i) {
+            for (const VT_Parameter* p = triangle.parameters; p < triangle.parameters + width; ++p) {
+                parameters.push_back(static_cast<VT_Parameter>(
+                    value_at(points[static_cast<std::size_t>(i)], triangle.points, p[0], p[width], p[2 * width])));
+            }
+        }
+        piece.parameters = parameters.data();
+        piece.weights = nullptr;
+        piece.normals = nullptr;
+    }
+    if (count >= 3) {
+        vorna::Form_2DI::draw(renderer, rendition, piece);
+    }
+}
+
+// Transformed points go to the slot that cuts to the hard clip, as far as integers can hold them.
+void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_Point_D>& strip, vorna::Form_3D) {
+    constexpr std::int32_t guard = 0x40000000;
+    const VT_Int_Rectangle visible = vorna::visible_rectangle(renderer, rendition);
+    std::vector<std::uint16_t> outcodes(static_cast<std::size_t>(strip.count));
+    const std::int32_t inside = VD_Clip({-guard, guard, -guard, guard}, strip.count, strip.points, outcodes.data());
+    if (inside == 0 || vorna::is_empty(visible)) {
+        return;
+    }
+    std::vector<VT_DCI_Point> points;
+    points.reserve(outcodes.size());
+    for (std::int32_t i = 0; i < strip.count; ++i) {
+        points.push_back(vorna::rounded_point(strip.points[i]));
+    }
+    const Strip<VT_DCI_Point> whole = strip.with(points.data());
+    if (inside == strip.count) {
+        vorna::Form_2DI::draw(renderer, rendition, whole);
+        return;
+    }
+    for (std::int32_t k = 0; k < strip.count - 2; ++k) {
+        const std::uint16_t* codes = outcodes.data() + k;
+        if ((codes[0] | codes[1] | codes[2]) == 0) {
+            vorna::Form_2DI::draw(renderer, rendition, whole.part(k, 3));
+        } else if ((codes[0] & codes[1] & codes[2]) == 0) {
+            draw_cut(renderer, rendition, visible, strip.part(k, 3));
+        }
+    }
+}
+
+template <class Form>
+void draw_strip(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<typename Form::Point>& strip) {
+    if (strip.count < 3) {
+        return;
+    }
+    if (!vorna::is_plain(rendition.face)) {
+        Form::draw(renderer, *vorna::with_plain_face(rendition), strip);
+    } else if (strip.kind == Strip_Kind::textured && !vorna::plain_texture(rendition.face)) {
+        draw_retextured<Form>(renderer, rendition, strip);
+    } else {
+        draw_plain(renderer, rendition, strip, Form{});
+    }
+}
+
+} // namespace
+
+#define VT_STANDARD_FORM(form, point)                                                                                            \
+    void VD_Standard_Draw_##form##_Polytriangle(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,   \
+                                                const point* points) {                                                           \
+        const vorna::Standard_Call call(renderer, "VD_Standard_Draw_" #form "_Polytriangle");                                    \
+        draw_strip<vorna::Form_##form>(renderer, rendition, {Strip_Kind::flat, count, points});                                  \
+    }                                                                                                                            \
+    void VD_Standard_Draw_##form##_Colorized_Polytriangle(VT_Renderer_Data& renderer, const VT_Rendition& rendition,             \
+                                                          std::int32_t count, const point* points, const VT_RGB32* colors,       \
+                                                          bool single_color) {                                                   \
+        const vorna::Standard_Call call(renderer, "VD_Standard_Draw_" #form "_Colorized_Polytriangle");                          \
+        draw_strip<vorna::Form_##form>(renderer, rendition, {Strip_Kind::colorized, count, points, colors, single_color});       \
+    }                                                                                                                            \
+    void VD_Standard_Draw_##form##_Gouraud_Polytriangle(VT_Renderer_Data& renderer, const VT_Rendition& rendition,               \
+                                                        std::int32_t count, const point* points, const VT_RGB32* colors) {       \
+        const vorna::Standard_Call call(renderer, "VD_Standard_Draw_" #form "_Gouraud_Polytriangle");                            \
+        draw_strip<vorna::Form_##form>(renderer, rendition, {Strip_Kind::gouraud, count, points, colors});                       \
+    }                                                                                                                            \
+    void VD_Standard_Draw_##form##_Textured_Polytriangle(VT_Renderer_Data& renderer, const VT_Rendition& rendition,              \
+                                                         std::int32_t count, const point* points, const VT_RGB32* colors,        \
+                                                         const VT_Parameter* parameters, std::int32_t parameter_width,           \
+                                                         const float* weights, const VT_Vector* normals) {                       \
+        const vorna::Standard_Call call(renderer, "VD_Standard_Draw_" #form "_Textured_Polytriangle");                           \
+        draw_strip<vorna::Form_##form>(                                                                                          \
+            renderer, rendition,                                                                                                 \
+            {Strip_Kind::textured, count, points, colors, false, parameters, parameter_width, weights, normals});                \
+    }
+VT_STANDARD_FORM(2D, VT_Point)
+VT_STANDARD_FORM(DC, VT_Point)
+VT_STANDARD_FORM(2DI, VT_DCI_Point)
+VT_STANDARD_FORM(DCI, VT_DCI_Point)
+VT_STANDARD_FORM(3D, VT_Point_D)
