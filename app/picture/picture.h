@@ -114,9 +114,11 @@ struct Line {
     std::optional<std::int32_t> style;
     std::optional<std::uint32_t> flags;
     std::optional<std::optional<Line_Type_Set>> line_types; // given as null: a plain line
+    std::optional<std::int32_t> cap;
+    std::optional<std::int32_t> join;
 
-    static constexpr auto keys =
-        std::tuple(&Line::color, &Line::index, &Line::weight, &Line::style, &Line::flags, &Line::line_types);
+    static constexpr auto keys = std::tuple(&Line::color, &Line::index, &Line::weight, &Line::style, &Line::flags,
+                                            &Line::line_types, &Line::cap, &Line::join);
 };
 
 struct Marker {

@@ -231,7 +231,8 @@ Line line(const Reader& reader) {
     Line line;
     reader.object(key("color", line.color, color), key("index", line.index, byte), key("weight", line.weight, any_int),
                   key("style", line.style, any_int), key("flags", line.flags, flag_word),
-                  key("line_types", line.line_types, or_null(line_type_set)));
+                  key("line_types", line.line_types, or_null(line_type_set)), key("cap", line.cap, any_int),
+                  key("join", line.join, any_int));
     return line;
 }
 

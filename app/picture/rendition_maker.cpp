@@ -68,6 +68,8 @@ void set_line(VT_Line_Attributes& attributes, const Line& line, const VT_Palette
     attributes.weight = line.weight.value_or(1);
     attributes.style = line.style.value_or(0);
     attributes.flags = line.flags.value_or(0);
+    attributes.cap = line.cap.value_or(line_cap::butt);
+    attributes.join = line.join.value_or(line_join::round);
     if (line.line_types && *line.line_types) {
         attributes.line_types = make_line_types(**line.line_types);
     }

@@ -27,6 +27,42 @@ namespace line_flag {
 inline constexpr std::uint32_t smoothed = 2;
 } // namespace line_flag
 
+// How wide lines end and turn.
+namespace line_cap {
+inline constexpr std::int32_t butt = 0; // at the end point
+inline constexpr std::int32_t round = 1;
+inline constexpr std::int32_t square = 2; // half the weight beyond the end point
+} // namespace line_cap
+
+namespace line_join {
+inline constexpr std::int32_t round = 0;
+inline constexpr std::int32_t miter = 1; // bevelled where the tip would lie farther than twice the weight from the vertex
+inline constexpr std::int32_t bevel = 2;
+} // namespace line_join
+
+// Dash patterns of the host's own, in units of the weight. Any other style is solid.
+namespace line_style {
+inline constexpr std::int32_t solid = 0;
+inline constexpr std::int32_t dashed = 1;
+inline constexpr std::int32_t dotted = 2;
+inline constexpr std::int32_t dash_dot = 3;
+inline constexpr std::int32_t dash_dot_dot = 4;
+inline constexpr std::int32_t long_dashed = 5;
+} // namespace line_style
+
+// Any other symbol is a dot. Outlines are one pixel thick.
+namespace marker_symbol {
+inline constexpr std::int32_t dot = 0; // one pixel at every size, as renderers draw it
+inline constexpr std::int32_t plus = 1;
+inline constexpr std::int32_t cross = 2;
+inline constexpr std::int32_t circle = 3;
+inline constexpr std::int32_t filled_circle = 4;
+inline constexpr std::int32_t square = 5;
+inline constexpr std::int32_t filled_square = 6;
+inline constexpr std::int32_t triangle = 7; // an outline that points upwards
+inline constexpr std::int32_t star = 8;     // plus and cross in one
+} // namespace marker_symbol
+
 namespace drawing_flag {
 inline constexpr std::uint32_t second_blend = 4;
 inline constexpr std::uint32_t translucent = 8;
@@ -88,6 +124,8 @@ struct VT_Line_Attributes {
     std::uint32_t flags = 0;
     std::int32_t mode = 0; // drawing-mode code
     VT_Reference<const VT_Line_Type_Set> line_types = VT_Line_Type_Set::None;
+    std::int32_t cap = line_cap::butt;
+    std::int32_t join = line_join::round;
 };
 
 struct VT_Marker_Attributes {

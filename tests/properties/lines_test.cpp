@@ -192,6 +192,8 @@ TEST_P(Lines, Cut_at_their_points_draw_the_same) {
         Call call = random_line(random, setup, seed % 2 == 0 ? Shape::device_line : Shape::plane_line);
         call.rendition->line.mode = 0;
         call.rendition->line.flags = 0;
+        call.rendition->line.weight = 1;
+        call.rendition->line.style = 0;
         call.rendition->clip.depth_test = false;
         // A last point that is reached from outside is drawn before all else, and may be drawn over.
         call.points.push_back(call.points.back());

@@ -1,6 +1,186 @@
-// Standard markers and dots. Draws nothing yet: every function only reports its call. Marker symbols and sizes belong here.
+// Standard markers and dots.
+//
+// Float forms become integer ones and go back to the slots. Integer forms are drawn dot by dot in the marker's colour, by
+// whatever rules the dot slot has. Behind that slot nothing is left to draw with.
+#include <algorithm>
+
+#include "vorna/draw.h"
+#include "vorna/standard/conversion.h"
 #include "vorna/standard/standard_call.h"
 
-VT_REPORTED_FORMS(Polymarker, VT_POINTS)
-VT_REPORTED_FORMS(Colorized_Polymarker, VT_COLORIZED)
+namespace vorna {
+
+namespace {
+
+// Which pixels of a square belong to a symbol. Offsets from the marker's point: as many to each side, and for even sizes one more
+// to the left and below.
+class Symbol {
+public:
+    explicit Symbol(const VT_Marker_Attributes& marker)
+        : number_(marker.symbol >= marker_symbol::plus && marker.symbol <= marker_symbol::star ? marker.symbol
+                                                                                               : marker_symbol::dot),
+          size_(number_ == marker_symbol::dot ? 1 : std::max(marker.size, 1)), low_(-(std::int64_t{size_} / 2)),
+          high_(low_ + size_ - 1) {}
+
+    std::int64_t low() const noexcept { return low_; }
+    std::int64_t high() const noexcept { return high_; }
+
+    bool operator()(std::int64_t x, std::int64_t y) const noexcept {
+        switch (number_) {
+        case marker_symbol::plus:
+            return is_on_plus(x, y);
+        case marker_symbol::cross:
+            return is_on_cross(x, y);
+        case marker_symbol::star:
+            return is_on_plus(x, y) || is_on_cross(x, y);
+        case marker_symbol::circle:
+        case marker_symbol::square:
+        case marker_symbol::triangle:
+            return is_inside(x, y) && !(is_inside(x - 1, y) && is_inside(x + 1, y) && is_inside(x, y - 1) && is_inside(x, y + 1));
+        default:
+            return is_inside(x, y);
+        }
+    }
+
+private:
+    static bool is_on_plus(std::int64_t x, std::int64_t y) noexcept { return x == 0 || y == 0; }
+    bool is_on_cross(std::int64_t x, std::int64_t y) const noexcept { return x == y || x == low_ + high_ - y; }
+
+    // Of outlines, the figure that they surround.
+    bool is_inside(std::int64_t x, std::int64_t y) const noexcept {
+        if (x < low_ || x > high_ || y < low_ || y > high_) {
+            return false;
+        }
+        // Twice the distance from the middle, which for even sizes lies between pixels.
+        const std::int64_t u = 2 * x - low_ - high_;
+        const std::int64_t v = 2 * y - low_ - high_;
+        switch (number_) {
+        case marker_symbol::circle:
+        case marker_symbol::filled_circle:
+            return u * u + v * v < std::int64_t{size_} * size_;
+        case marker_symbol::triangle:
+            return (u < 0 ? -u : u) <= high_ - y + (size_ % 2 == 0 ? 1 : 0);
+        default:
+            return true;
+        }
+    }
+
+    std::int32_t number_;
+    std::int32_t size_;
+    std::int64_t low_, high_;
+};
+
+// color: null = the marker's own.
+void draw_marker(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& visible, const Symbol& symbol,
+                 const VT_DCI_Point& at, const VT_RGB32* color) {
+    const std::int64_t bottom = std::max<std::int64_t>(at.y + symbol.low(), visible.bottom);
+    const std::int64_t top = std::min<std::int64_t>(at.y + symbol.high(), visible.top);
+    const std::int64_t left = std::max<std::int64_t>(at.x + symbol.low(), visible.left);
+    const std::int64_t right = std::min<std::int64_t>(at.x + symbol.high(), visible.right);
+    for (std::int64_t y = bottom; y <= top; ++y) {
+        for (std::int64_t x = left; x <= right; ++x) {
+            if (symbol(x - at.x, y - at.y)) {
+                const VT_DCI_Point dot{static_cast<std::int32_t>(x), static_cast<std::int32_t>(y), at.z};
+                VD_Draw_DCI_Dot(renderer, rendition, &dot, color);
+            }
+        }
+    }
+}
+
+void draw_markers(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
+                  const VT_RGB32* colors, bool single_color) {
+    const VT_Int_Rectangle visible = visible_rectangle(renderer, rendition);
+    if (count < 1 || is_empty(visible)) {
+        return;
+    }
+    const Symbol symbol(rendition.marker);
+    // Dots have the attributes of lines.
+    const VT_Reference<VT_Rendition> dots(static_cast<VT_Rendition*>(rendition.clone()));
+    dots->line.color = rendition.marker.color;
+    dots->line.index = rendition.marker.index;
+    dots->line.mode = rendition.marker.mode;
+    for (std::int32_t i = 0; i < count; ++i) {
+        draw_marker(renderer, *dots, visible, symbol, points[i], colors ? colors + (single_color ? 0 : i) : nullptr);
+    }
+}
+
+// Markers beyond all whole coordinates are left out. draw(index of the point, the point).
+template <class Draw> void for_each_3d_marker(std::int32_t count, const VT_Point_D* points, Draw draw) {
+    for (std::int32_t i = 0; i < count; ++i) {
+        if (std::abs(points[i].x) <= farthest_coordinate && std::abs(points[i].y) <= farthest_coordinate) {
+            const VT_DCI_Point point{rounded(points[i].x), rounded(points[i].y), rounded(points[i].z)};
+            draw(i, &point);
+        }
+    }
+}
+
+} // namespace
+
+} // namespace vorna
+
+void VD_Standard_Draw_2D_Polymarker(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                    const VT_Point* points) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_2D_Polymarker");
+    vorna::draw_rounded(VD_Draw_2DI_Polymarker, renderer, rendition, count, points);
+}
+
+void VD_Standard_Draw_DC_Polymarker(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                    const VT_Point* points) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DC_Polymarker");
+    vorna::draw_rounded_inside(VD_Draw_DCI_Polymarker, VD_Draw_2DI_Polymarker, renderer, rendition, count, points);
+}
+
+void VD_Standard_Draw_2DI_Polymarker(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                     const VT_DCI_Point* points) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_2DI_Polymarker");
+    vorna::draw_markers(renderer, rendition, count, points, nullptr, true);
+}
+
+void VD_Standard_Draw_DCI_Polymarker(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                     const VT_DCI_Point* points) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DCI_Polymarker");
+    vorna::draw_markers(renderer, rendition, count, points, nullptr, true);
+}
+
+void VD_Standard_Draw_3D_Polymarker(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                    const VT_Point_D* points) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_3D_Polymarker");
+    vorna::for_each_3d_marker(
+        count, points, [&](std::int32_t, const VT_DCI_Point* point) { VD_Draw_2DI_Polymarker(renderer, rendition, 1, point); });
+}
+
+void VD_Standard_Draw_2D_Colorized_Polymarker(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                              const VT_Point* points, const VT_RGB32* colors, bool single_color) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_2D_Colorized_Polymarker");
+    vorna::draw_rounded(VD_Draw_2DI_Colorized_Polymarker, renderer, rendition, count, points, colors, single_color);
+}
+
+void VD_Standard_Draw_DC_Colorized_Polymarker(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                              const VT_Point* points, const VT_RGB32* colors, bool single_color) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DC_Colorized_Polymarker");
+    vorna::draw_rounded_inside(VD_Draw_DCI_Colorized_Polymarker, VD_Draw_2DI_Colorized_Polymarker, renderer, rendition, count,
+                               points, colors, single_color);
+}
+
+void VD_Standard_Draw_2DI_Colorized_Polymarker(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                               const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_2DI_Colorized_Polymarker");
+    vorna::draw_markers(renderer, rendition, count, points, colors, single_color);
+}
+
+void VD_Standard_Draw_DCI_Colorized_Polymarker(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                               const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DCI_Colorized_Polymarker");
+    vorna::draw_markers(renderer, rendition, count, points, colors, single_color);
+}
+
+void VD_Standard_Draw_3D_Colorized_Polymarker(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                              const VT_Point_D* points, const VT_RGB32* colors, bool single_color) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_3D_Colorized_Polymarker");
+    vorna::for_each_3d_marker(count, points, [&](std::int32_t i, const VT_DCI_Point* point) {
+        VD_Draw_2DI_Colorized_Polymarker(renderer, rendition, 1, point, colors && !single_color ? colors + i : colors,
+                                         single_color);
+    });
+}
+
 VT_REPORTED(Draw_DCI_Dot, const VT_DCI_Point*, const VT_RGB32*)

@@ -1,0 +1,240 @@
+// Lines cut into dashes and dots. A dash's place follows from its distance along the line alone, so that the parts of a line that
+// cannot be seen cost nothing however long they are.
+#include "vorna/standard/dashes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+#include "vorna/standard/conversion.h"
+
+namespace vorna {
+
+namespace {
+
+constexpr double shortest_repetition = 1.0 / 64;
+
+double non_negative(double length) noexcept {
+    return length > 0 ? length : 0;
+}
+
+// From one distance along the line to another; the segments where they lie.
+struct Dash {
+    double first, last;
+    std::size_t first_segment, last_segment;
+};
+
+class Cutter {
+public:
+    Cutter(const Stroke_Path& line, const Dash_Pattern& pattern, Stroke_Colors colors, bool shortened)
+        : line_(line), pattern_(pattern), colors_(colors), shortened_(shortened), repetition_(pattern.repetition()) {
+        starts_.push_back(0);
+        for (std::size_t s = 0; s + 1 < line.size(); ++s) {
+            const double x = line[s + 1].x - line[s].x;
+            const double y = line[s + 1].y - line[s].y;
+            const double z = pattern.measures_depth ? line[s + 1].z - line[s].z : 0;
+            starts_.push_back(starts_.back() + std::sqrt(x * x + y * y + z * z));
+        }
+    }
+
+    std::vector<Stroke_Path> cut(const VT_Int_Rectangle& rectangle, double margin) {
+        for (std::size_t s = 0; s + 1 < line_.size(); ++s) {
+            double first, last;
+            if (part_near(rectangle, margin, {line_[s].x, line_[s].y, 0}, {line_[s + 1].x, line_[s + 1].y, 0}, first, last)) {
+                const double length = starts_[s + 1] - starts_[s];
+                cut_segment(s, first > 0 ? starts_[s] + first * length : starts_[s],
+                            last < 1 ? starts_[s] + last * length : starts_[s + 1]);
+            }
+        }
+        std::vector<Stroke_Path> paths;
+        for (const Dash& dash : dashes_) {
+            paths.push_back(path(dash));
+        }
+        return paths;
+    }
+
+private:
+    double total() const noexcept { return starts_.back(); }
+
+    void cut_segment(std::size_t s, double first, double last) {
+        const double repeats_from = std::min(pattern_.leading, total());
+        const double repeats_to = std::max(repeats_from, total() - pattern_.trailing);
+        add_end(s, 0, repeats_from, 0, first, last);
+        if (repetition_ > 0) {
+            repeat(s, repeats_from, repeats_to, first, last);
+            add_end(s, repeats_to, total(), total(), first, last);
+        } else {
+            // Then what follows the leading part is the trailing part.
+            add_end(s, repeats_from, std::min(total(), repeats_from + pattern_.trailing), total(), first, last);
+        }
+    }
+
+    void add_end(std::size_t s, double from, double to, double dot, double first, double last) {
+        if (from < to) {
+            pattern_.has_end_dots ? add_dot(s, dot, first, last) : add_dash(s, from, to, first, last);
+        }
+    }
+
+    void repeat(std::size_t s, double from, double to, double first, double last) {
+        const double start = std::max(first, from);
+        const double end = std::min(last, to);
+        double at = from + std::floor(std::max(start - from, 0.0) / repetition_) * repetition_;
+        while (at < end) {
+            const double before = at;
+            for (std::size_t e = 0; e < pattern_.lengths.size() && at < end; ++e) {
+                const double next = at + pattern_.lengths[e];
+                if (pattern_.kinds[e] > 0) {
+                    add_dash(s, at, std::min(next, to), start, end);
+                } else if (pattern_.kinds[e] == 0 && !(pattern_.has_end_dots && (at <= from || at >= to))) {
+                    add_dot(s, at, start, end);
+                }
+                at = next;
+            }
+            if (at <= before) {
+                return; // so far along that a repetition is too little to tell
+            }
+        }
+    }
+
+    void add_dash(std::size_t s, double from, double to, double first, double last) {
+        from = std::max(from, first);
+        to = std::min(to, last);
+        if (from >= to) {
+            return;
+        }
+        if (!dashes_.empty() && dashes_.back().last >= from && dashes_.back().last > dashes_.back().first) {
+            dashes_.back().last = std::max(dashes_.back().last, to);
+            dashes_.back().last_segment = s;
+        } else {
+            dashes_.push_back({from, to, s, s});
+        }
+    }
+
+    // A vertex belongs to the segment that begins there.
+    void add_dot(std::size_t s, double at, double first, double last) {
+        if (at >= first && (at < last || (at == last && at == total()))) {
+            dashes_.push_back({at, at, s, s});
+        }
+    }
+
+    Stroke_Point point(std::size_t s, double at) const noexcept {
+        const double length = starts_[s + 1] - starts_[s];
+        const double t = length > 0 ? std::clamp((at - starts_[s]) / length, 0.0, 1.0) : 0;
+        const Stroke_Point& a = line_[s];
+        const Stroke_Point& b = line_[s + 1];
+        Stroke_Point point{a.x + t * (b.x - a.x), a.y + t * (b.y - a.y), a.z + t * (b.z - a.z), a.color};
+        if (colors_ == Stroke_Colors::per_point) {
+            const auto channel = [t](std::uint8_t from, std::uint8_t to) {
+                return static_cast<std::uint8_t>(from + t * (static_cast<double>(to) - from) + 0.5);
+            };
+            point.color = {channel(a.color.blue, b.color.blue), channel(a.color.green, b.color.green),
+                           channel(a.color.red, b.color.red), channel(a.color.alpha, b.color.alpha)};
+        }
+        return point;
+    }
+
+    Stroke_Path path(const Dash& dash) const {
+        double last = dash.last;
+        if (shortened_ && last < total()) {
+            const std::size_t s = dash.last_segment;
+            const double steps = std::max(std::abs(line_[s + 1].x - line_[s].x), std::abs(line_[s + 1].y - line_[s].y));
+            const double step = steps > 0 ? (starts_[s + 1] - starts_[s]) / steps : 0;
+            last = std::max({last - step, dash.first, starts_[s]});
+        }
+        Stroke_Path path{point(dash.first_segment, dash.first)};
+        for (std::size_t s = dash.first_segment + 1; s <= dash.last_segment; ++s) {
+            path.push_back(line_[s]);
+        }
+        path.push_back(point(dash.last_segment, last));
+        return path;
+    }
+
+    const Stroke_Path& line_;
+    const Dash_Pattern& pattern_;
+    const Stroke_Colors colors_;
+    const bool shortened_;
+    const double repetition_;
+    std::vector<double> starts_; // distance of each vertex along the line
+    std::vector<Dash> dashes_;
+};
+
+bool is_plain(const VT_Reference<const VT_Line_Type>& type) noexcept {
+    return !type || type == VT_Line_Type::None;
+}
+
+} // namespace
+
+Dash_Pattern::Dash_Pattern(const VT_Line_Type& type, double scale)
+    : leading(non_negative(type.leading[0] * scale)), trailing(non_negative(type.trailing[0] * scale)),
+      has_end_dots(type.mode == 2), measures_depth(true) {
+    for (std::size_t e = 0; e < std::min(type.lengths.size(), type.kinds.size()); ++e) {
+        lengths.push_back(non_negative(type.lengths[e] * scale));
+        kinds.push_back(type.kinds[e]);
+    }
+}
+
+Dash_Pattern::Dash_Pattern(std::int32_t style, std::int32_t weight) {
+    const double unit = std::max(weight, 1);
+    const auto add = [&](double dash, double gap) {
+        lengths.insert(lengths.end(), {dash * unit, gap * unit});
+        kinds.insert(kinds.end(), {1, -1});
+    };
+    switch (style) {
+    case line_style::dashed:
+        add(6, 3);
+        break;
+    case line_style::dotted:
+        add(1, 2);
+        break;
+    case line_style::dash_dot:
+        add(6, 3);
+        add(1, 3);
+        break;
+    case line_style::dash_dot_dot:
+        add(6, 3);
+        add(1, 2);
+        add(1, 3);
+        break;
+    case line_style::long_dashed:
+        add(12, 3);
+        break;
+    default:
+        lengths = {unit};
+        kinds = {1};
+    }
+}
+
+double Dash_Pattern::repetition() const noexcept {
+    const double sum = std::accumulate(lengths.begin(), lengths.end(), 0.0);
+    return sum >= shortest_repetition && std::isfinite(sum) ? sum : 0;
+}
+
+std::vector<Stroke_Path> cut_into_dashes(const Stroke_Path& line, const Dash_Pattern& pattern, Stroke_Colors colors,
+                                         const VT_Int_Rectangle& rectangle, double margin, bool shortened) {
+    return Cutter(line, pattern, colors, shortened).cut(rectangle, margin);
+}
+
+std::vector<Stroke_Path> cut_by_line_types(const Stroke_Path& line, const VT_Line_Type_Set& set,
+                                           const VT_Int_Rectangle& rectangle, double margin, bool shortened) {
+    const auto cut = [&](const Stroke_Path& part, const VT_Reference<const VT_Line_Type>& type) -> std::vector<Stroke_Path> {
+        if (is_plain(type)) {
+            return {part};
+        }
+        return cut_into_dashes(part, Dash_Pattern(*type, set.scale), Stroke_Colors::one, rectangle, margin, shortened);
+    };
+    std::vector<Stroke_Path> paths;
+    if (!set.per_segment && line.size() > 2) {
+        return set.types.empty() ? paths : cut(line, set.types[0]);
+    }
+    if (set.types.size() + 1 != line.size()) {
+        return paths;
+    }
+    for (std::size_t s = 0; s + 1 < line.size(); ++s) {
+        for (Stroke_Path& path : cut({line[s], line[s + 1]}, set.types[s])) {
+            paths.push_back(std::move(path));
+        }
+    }
+    return paths;
+}
+
+} // namespace vorna
