@@ -275,7 +275,8 @@ TEST(Strips_anywhere, May_have_any_coordinates) {
                           std::numeric_limits<double>::quiet_NaN()};
     for_each_member([&](const std::string& kernels, std::size_t index, Family family) {
         Random random(index * 10 + static_cast<std::size_t>(family));
-        for (const VT_Int_Pair origin : {VT_Int_Pair{0, 0}, VT_Int_Pair{INT32_MAX - 40, INT32_MIN}}) {
+        for (const VT_Int_Pair origin :
+             {VT_Int_Pair{0, 0}, VT_Int_Pair{INT32_MAX - 40, INT32_MIN}, VT_Int_Pair{INT32_MIN, INT32_MAX - 24}}) {
             Window window(index, origin, {40, 24}, kernels);
             const auto rendition = random_rendition(random);
             rendition->clip.hard_clip = {origin.x, origin.x + 39, origin.y, origin.y + 23};
