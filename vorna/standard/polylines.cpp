@@ -240,7 +240,7 @@ struct Integer_Call {
                   {count, points, varies ? Stroke_Colors::per_segment : Stroke_Colors::one, colors, single_color});
     }
     void gouraud(std::int32_t count, const VT_DCI_Point* points, const VT_RGB32* colors) const {
-        draw_line(renderer, rendition, {count, points, Stroke_Colors::per_point, colors, false});
+        draw_line(renderer, rendition, {count, points, colors ? Stroke_Colors::per_point : Stroke_Colors::one, colors, false});
     }
 };
 
