@@ -129,11 +129,7 @@ private:
         const Stroke_Point& b = line_[s + 1];
         Stroke_Point point{a.x + t * (b.x - a.x), a.y + t * (b.y - a.y), a.z + t * (b.z - a.z), a.color};
         if (colors_ == Stroke_Colors::per_point) {
-            const auto channel = [t](std::uint8_t from, std::uint8_t to) {
-                return static_cast<std::uint8_t>(from + t * (static_cast<double>(to) - from) + 0.5);
-            };
-            point.color = {channel(a.color.blue, b.color.blue), channel(a.color.green, b.color.green),
-                           channel(a.color.red, b.color.red), channel(a.color.alpha, b.color.alpha)};
+            point.color = mixed(a.color, b.color, t);
         }
         return point;
     }

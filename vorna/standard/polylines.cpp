@@ -50,13 +50,6 @@ void draw_through_slot(VT_Renderer_Data& renderer, const VT_Rendition& rendition
     }
 }
 
-VT_RGB32 mixed(VT_RGB32 a, VT_RGB32 b, double t) noexcept {
-    const auto channel = [t](std::uint8_t from, std::uint8_t to) {
-        return static_cast<std::uint8_t>(from + t * (static_cast<double>(to) - from) + 0.5);
-    };
-    return {channel(a.blue, b.blue), channel(a.green, b.green), channel(a.red, b.red), channel(a.alpha, b.alpha)};
-}
-
 // A line of one pixel, dot by dot along the longer side of each segment. A vertex belongs to the segment that begins there.
 void draw_dots(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line) {
     const VT_Int_Rectangle visible = visible_rectangle(renderer, rendition);
