@@ -12,7 +12,9 @@ namespace vorna {
 
 namespace {
 
-constexpr double shortest_repetition = 1.0 / 64;
+// Shorter repetitions, and more of them in the visible part of one segment, cannot be told from a gap in any window.
+constexpr double shortest_repetition = 0.25;
+constexpr double most_repetitions = 1 << 17;
 
 double non_negative(double length) noexcept {
     return length > 0 ? length : 0;
@@ -78,6 +80,9 @@ private:
     void repeat(std::size_t s, double from, double to, double first, double last) {
         const double start = std::max(first, from);
         const double end = std::min(last, to);
+        if (end - start > most_repetitions * repetition_) {
+            return;
+        }
         double at = from + std::floor(std::max(start - from, 0.0) / repetition_) * repetition_;
         while (at < end) {
             const double before = at;
@@ -124,11 +129,7 @@ private:
         const Stroke_Point& b = line_[s + 1];
         Stroke_Point point{a.x + t * (b.x - a.x), a.y + t * (b.y - a.y), a.z + t * (b.z - a.z), a.color};
         if (colors_ == Stroke_Colors::per_point) {
-            const auto channel = [t](std::uint8_t from, std::uint8_t to) {
-                return static_cast<std::uint8_t>(from + t * (static_cast<double>(to) - from) + 0.5);
-            };
-            point.color = {channel(a.color.blue, b.color.blue), channel(a.color.green, b.color.green),
-                           channel(a.color.red, b.color.red), channel(a.color.alpha, b.color.alpha)};
+            point.color = mixed(a.color, b.color, t);
         }
         return point;
     }

@@ -50,13 +50,6 @@ void draw_through_slot(VT_Renderer_Data& renderer, const VT_Rendition& rendition
     }
 }
 
-VT_RGB32 mixed(VT_RGB32 a, VT_RGB32 b, double t) noexcept {
-    const auto channel = [t](std::uint8_t from, std::uint8_t to) {
-        return static_cast<std::uint8_t>(from + t * (static_cast<double>(to) - from) + 0.5);
-    };
-    return {channel(a.blue, b.blue), channel(a.green, b.green), channel(a.red, b.red), channel(a.alpha, b.alpha)};
-}
-
 // A line of one pixel, dot by dot along the longer side of each segment. A vertex belongs to the segment that begins there.
 void draw_dots(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line) {
     const VT_Int_Rectangle visible = visible_rectangle(renderer, rendition);
@@ -240,7 +233,7 @@ struct Integer_Call {
                   {count, points, varies ? Stroke_Colors::per_segment : Stroke_Colors::one, colors, single_color});
     }
     void gouraud(std::int32_t count, const VT_DCI_Point* points, const VT_RGB32* colors) const {
-        draw_line(renderer, rendition, {count, points, Stroke_Colors::per_point, colors, false});
+        draw_line(renderer, rendition, {count, points, colors ? Stroke_Colors::per_point : Stroke_Colors::one, colors, false});
     }
 };
 

@@ -30,14 +30,7 @@ struct Piece {
 
     double way(double x, double y) const noexcept { return std::clamp((x - from.x) * ramp.x + (y - from.y) * ramp.y, 0.0, 1.0); }
     double depth(double x, double y) const noexcept { return from.z + way(x, y) * (to.z - from.z); }
-    VT_RGB32 color(double x, double y) const noexcept {
-        const double t = way(x, y);
-        const auto channel = [t](std::uint8_t a, std::uint8_t b) {
-            return static_cast<std::uint8_t>(a + t * (double{static_cast<double>(b)} - a) + 0.5);
-        };
-        return {channel(from.color.blue, to.color.blue), channel(from.color.green, to.color.green),
-                channel(from.color.red, to.color.red), channel(from.color.alpha, to.color.alpha)};
-    }
+    VT_RGB32 color(double x, double y) const noexcept { return mixed(from.color, to.color, way(x, y)); }
     bool is_end_of(const Piece& segment) const noexcept { return key + 1 == segment.key || key + 3 == segment.key; }
 };
 

@@ -16,6 +16,12 @@ struct Stroke_Point {
     VT_RGB32 color;
 };
 
+// The colour at t of the way from a to b.
+inline VT_RGB32 mixed(VT_RGB32 a, VT_RGB32 b, double t) noexcept {
+    const auto channel = [t](double from, double to) { return static_cast<std::uint8_t>(from + t * (to - from) + 0.5); };
+    return {channel(a.blue, b.blue), channel(a.green, b.green), channel(a.red, b.red), channel(a.alpha, b.alpha)};
+}
+
 // A chain of segments. One that ends where it begins is joined there.
 using Stroke_Path = std::vector<Stroke_Point>;
 
