@@ -3,6 +3,7 @@
 // After an intended change: vorna replay pictures/NAME.json --color tests/golden/NAME.color.png --depth
 // tests/golden/NAME.depth.png
 #include <algorithm>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include <gmock/gmock.h>
@@ -75,6 +76,15 @@ TEST(Golden_Comparison, finds_one_changed_pixel) {
     EXPECT_THAT(difference(read_png(folder.file("color.png")), read_png(golden_path("glass.color"))),
                 testing::StartsWith("column 5, row 3 from the top: "));
 }
+
+#if defined(PAGE_PROGRAM)
+TEST(Embedding_Page, shows_what_its_program_draws) {
+    const Temporary_Folder folder;
+    const std::string drawn = folder.file("plot.png");
+    ASSERT_EQ(std::system(("'" PAGE_PROGRAM "' '" + drawn + "'").c_str()), 0);
+    EXPECT_EQ(difference(read_png(drawn), read_png(PAGE_PICTURE)), "");
+}
+#endif
 
 } // namespace
 
