@@ -297,6 +297,7 @@ struct Call {
     const Call_Kind* kind = nullptr; // never null in a picture that was read
     Arguments arguments;
     std::optional<Rendition> rendition; // laid over the picture's
+    bool standard = false;              // drawn by the host as if the renderer left the slot empty
 };
 
 struct Picture {

@@ -165,11 +165,12 @@ public:
     }
     void run(const Present& a) { renderer_.update_all(a.rectangle); }
 
-    // The rendition of the call that is being drawn.
+    VT_Renderer_Data& renderer() noexcept { return renderer_; }
+    // The call that is being drawn, and its rendition.
+    const Call& call() const noexcept { return picture_.calls[call_]; }
     VT_Reference<VT_Rendition> rendition() {
-        const Call& call = picture_.calls[call_];
-        if (call.rendition) {
-            return renditions_.make(overlaid(picture_.rendition, *call.rendition), renderer_.current_options);
+        if (call().rendition) {
+            return renditions_.make(overlaid(picture_.rendition, *call().rendition), renderer_.current_options);
         }
         if (!default_rendition_) {
             default_rendition_ = renditions_.make(picture_.rendition, renderer_.current_options);
@@ -211,8 +212,13 @@ private:
     std::size_t call_ = 0;
 };
 
-template <auto& Draw, class Type> void draw_call(Replay& replay, const Arguments& arguments) {
-    replay.draw<Draw>(*replay.rendition(), std::get<Type>(arguments));
+template <auto& Draw, auto Slot> void draw_call(Replay& replay, const Arguments& arguments) {
+    const auto& typed = std::get<typename Slot_Arguments<Slot>::Type>(arguments);
+    std::int32_t& enabled = (replay.renderer().actions.*Slot).enabled;
+    const std::int32_t before = enabled;
+    enabled = replay.call().standard ? 0 : before;
+    replay.draw<Draw>(*replay.rendition(), typed);
+    enabled = before;
 }
 
 template <class Type> void run_call(Replay& replay, const Arguments& arguments) {
@@ -221,7 +227,7 @@ template <class Type> void run_call(Replay& replay, const Arguments& arguments) 
 
 // In the order of call_kinds.
 constexpr void (*runners[])(Replay&, const Arguments&) = {
-#define VT_ACTION(slot, name, ...) draw_call<VD_##name, Slot_Arguments<&Action_Table::slot>::Type>,
+#define VT_ACTION(slot, name, ...) draw_call<VD_##name, &Action_Table::slot>,
 #include "renderer/host/action_list.inc"
 #undef VT_ACTION
     run_call<ZBuffer_Write>,
