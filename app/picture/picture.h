@@ -65,7 +65,7 @@ struct Bitmap {
 struct Texture {
     std::optional<std::int32_t> width;
     std::optional<std::int32_t> height;
-    std::optional<Shared_List<VT_RGB32>> texels; // lowest row first
+    std::optional<Shared_List<VT_RGB32>> texels; // the row at v = 1 first
 
     static constexpr auto keys = std::tuple(&Texture::width, &Texture::height, &Texture::texels);
 };
