@@ -40,6 +40,20 @@ TEST(Canvas, reads_back_what_was_drawn) {
     expect_read_back(true);
 }
 
+TEST(Canvas, draws_in_its_own_colour_or_in_a_given_one) {
+    vorna::Canvas canvas(renderer_module(), {.size = {5, 5}});
+    const VT_RGB32 white = vorna::rgb(255, 255, 255), red = vorna::rgb(200, 0, 0), blue = vorna::rgb(0, 0, 200);
+    canvas.begin_picture(white);
+    canvas.set_color(red);
+    VD_Draw_DCI_Ellipse(canvas, {2, 2}, {2, 2});
+    VD_Draw_2D_Polygon(canvas, std::vector<VT_Point>{{3, 3}, {5, 3}, {5, 5}, {3, 5}}, blue);
+    VD_Draw_2DI_Colorized_Polyline(canvas, std::vector<VT_DCI_Point>{{0, 0}, {4, 0}}, blue);
+    const std::vector<VT_RGB32> pixels = canvas.read_pixels();
+    EXPECT_THAT(std::vector(pixels.begin(), pixels.begin() + 5), ElementsAre(white, red, red, blue, blue));
+    EXPECT_THAT(std::vector(pixels.begin() + 10, pixels.begin() + 15), ElementsAre(red, red, red, red, red));
+    EXPECT_THAT(std::vector(pixels.begin() + 20, pixels.end()), ElementsAre(blue, blue, blue, blue, blue));
+}
+
 TEST(Canvas, steers_depth_and_presents_the_window_and_parts_of_it) {
     vorna::Canvas canvas(renderer_module(), {.size = {4, 4}, .depth_buffer = true});
     std::vector<std::array<std::int32_t, 6>> shown;
