@@ -2,46 +2,15 @@
 #include "app/command.h"
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
 
-#if defined(_WIN32)
-#include <windows.h>
-#endif
+#include "vorna/module.h"
 
 namespace app {
-
-namespace {
-
-namespace fs = std::filesystem;
-
-fs::path executable_folder() {
-#if defined(_WIN32)
-    wchar_t path[32768];
-    const DWORD length = GetModuleFileNameW(nullptr, path, static_cast<DWORD>(std::size(path)));
-    return fs::path(path, path + length).parent_path();
-#else
-    return fs::read_symlink("/proc/self/exe").parent_path();
-#endif
-}
-
-std::string default_module() {
-    const fs::path beside = executable_folder() / "krb.vrd";
-    const fs::path installed = executable_folder() / VORNA_INSTALLED_MODULE;
-    for (const fs::path& candidate : {beside, installed}) {
-        if (fs::exists(candidate)) {
-            return candidate.string();
-        }
-    }
-    throw std::runtime_error("no renderer module: neither " + beside.string() + " nor " + installed.lexically_normal().string() +
-                             " exists; --module names another one");
-}
-
-} // namespace
 
 void add_module_options(CLI::App& application) {
     application.add_option("--module")
         ->type_name("PATH")
-        ->description("Renderer module; krb.vrd beside this command or installed");
+        ->description("Renderer module; by default the krb.vrd built or installed with this command");
     application.add_option("--kernels")
         ->type_name("NAME")
         ->description("Instruction set to draw with: portable, baseline, avx2 or avx512; by default the best that runs here");
@@ -54,7 +23,11 @@ Module_Choice chosen_module(const CLI::App& application) {
     };
     Module_Choice choice{value("--module"), value("--kernels")};
     if (choice.path.empty()) {
-        choice.path = default_module();
+        try {
+            choice.path = vorna::Module::installed_path();
+        } catch (const std::runtime_error& error) {
+            throw std::runtime_error(std::string(error.what()) + "; --module names another one");
+        }
     }
     return choice;
 }

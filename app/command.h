@@ -31,7 +31,7 @@ struct Module_Choice {
 // Adds --module and --kernels, which every command takes.
 void add_module_options(CLI::App& application);
 
-// What the options say; without --module the module beside the executable, else the installed one. Throws when there is none.
+// What the options say; without --module the one built or installed with the host library. Throws when there is none.
 Module_Choice chosen_module(const CLI::App& application);
 
 } // namespace app

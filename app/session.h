@@ -1,37 +1,36 @@
-// A renderer ready to draw: the module, a renderer made by it, and the buffers that it draws into.
+// A renderer ready to draw: the module, and a canvas of its renderer.
 #pragma once
 
 #include "app/command.h"
-#include "renderer/host/renderer_data.h"
-#include "vorna/module.h"
+#include "vorna/canvas.h"
 
 namespace app {
+
+using vorna::window_of;
 
 class Session {
 public:
     // Loads the module and creates a renderer. Throws Usage_Error for a kernel set that does not exist here.
     explicit Session(const Module_Choice& choice);
 
-    VT_Renderer_Data& renderer() noexcept { return *renderer_; }
+    vorna::Canvas& canvas() noexcept { return canvas_; }
+    VT_Renderer_Data& renderer() noexcept { return canvas_.renderer(); }
     // Window, colour system, palette and so on, as the next establish shall find them.
-    VT_Renderer_Options& options() { return renderer_->current_renderer_options_for_update(); }
+    VT_Renderer_Options& options() { return canvas_.options(); }
     // Fits buffers and actions to options and requested table. Throws when the buffers cannot be had.
-    void establish();
+    void establish() { canvas_.establish(); }
 
     // Device pixels of the window.
-    VT_Int_Rectangle window() const;
-    const VT_Palette& palette() const { return renderer_->current_options.palette(); }
-    const Frame_Buffer& color_buffer() const;
-    bool has_depth_buffer() const { return renderer_->current_options.buffer_depth() >= 1; }
+    VT_Int_Rectangle window() const { return canvas_.window(); }
+    const VT_Palette& palette() const { return canvas_.palette(); }
+    const Frame_Buffer& color_buffer() const { return canvas_.color_buffer(); }
+    bool has_depth_buffer() const { return canvas_.has_depth_buffer(); }
     // A copy of the whole depth buffer, top row first; there must be one.
-    VT_Reference<VT_Shared_Image> read_depth();
+    VT_Reference<VT_Shared_Image> read_depth() { return canvas_.read_depth_image(); }
 
 private:
     vorna::Module module_;
-    vorna::Module::Renderer renderer_;
+    vorna::Canvas canvas_;
 };
-
-// Device pixels of a window that these options describe.
-VT_Int_Rectangle window_of(const VT_Renderer_Options& options);
 
 } // namespace app

@@ -1,22 +1,33 @@
-# Command, host library with its headers, and the module in the folder where the command looks for it: three components, which become
-# packages of their own.
+# Command, host library with its headers, and the module in the folder where the library looks for it: three components, which become
+# packages of their own. An installed tree may be moved as a whole: every file finds the others from where it lies itself.
 include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/vorna)
 file(RELATIVE_PATH library_from_command ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 
-set_target_properties(vorna15 PROPERTIES EXPORT_NAME vorna15)
 set_target_properties(krb PROPERTIES INSTALL_RPATH "$ORIGIN/..")
 install(TARGETS vorna15 project_options EXPORT vorna
-        RUNTIME COMPONENT library LIBRARY COMPONENT library ARCHIVE COMPONENT development)
-install(TARGETS krb LIBRARY DESTINATION ${VORNA_MODULE_FOLDER} COMPONENT library)
+        RUNTIME COMPONENT library
+        LIBRARY COMPONENT library NAMELINK_COMPONENT development
+        ARCHIVE COMPONENT development)
+install(TARGETS krb EXPORT vorna LIBRARY DESTINATION ${VORNA_MODULE_FOLDER} COMPONENT library)
 if(VORNA_BUILD_COMMAND)
   set_target_properties(vorna PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_command}")
   install(TARGETS vorna COMPONENT command)
 endif()
-install(DIRECTORY renderer/host DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/renderer COMPONENT development
+install(DIRECTORY renderer/host DESTINATION ${VORNA_INCLUDE_FOLDER}/renderer COMPONENT development
         FILES_MATCHING PATTERN "*.h" PATTERN "*.inc")
-install(FILES vorna/draw.h vorna/module.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vorna COMPONENT development)
+install(FILES vorna/canvas.h vorna/draw.h vorna/module.h DESTINATION ${VORNA_INCLUDE_FOLDER}/vorna COMPONENT development)
 
-install(EXPORT vorna NAMESPACE vorna:: FILE vorna-config.cmake DESTINATION ${package_folder} COMPONENT development)
+# Found as Vorna, and as vorna too, by the file's name.
+install(EXPORT vorna NAMESPACE Vorna:: FILE vorna-config.cmake DESTINATION ${package_folder} COMPONENT development)
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/vorna-config-version.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vorna-config-version.cmake DESTINATION ${package_folder} COMPONENT development)
+
+foreach(folder LIBDIR INCLUDEDIR)
+  if(IS_ABSOLUTE ${CMAKE_INSTALL_${folder}})
+    message(FATAL_ERROR "CMAKE_INSTALL_${folder}: expected a folder below the installation's, found ${CMAKE_INSTALL_${folder}}")
+  endif()
+endforeach()
+file(RELATIVE_PATH prefix_from_pkgconfig /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+configure_file(cmake/vorna.pc.in vorna.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vorna.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

@@ -24,6 +24,8 @@ set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 # What the compiled files need is read from them; the library beside them belongs to no installed package yet.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# And packages of others learn from it which one has the library.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 
 # component_package(COMPONENT PACKAGE SECTION SUMMARY [DEPENDENCY])
@@ -37,7 +39,7 @@ function(component_package component package section summary)
 endfunction()
 set(this_library "libvorna15 (= ${PROJECT_VERSION})")
 component_package(library libvorna15 libs "Host library and renderer module.")
-component_package(development libvorna15-dev libdevel "Headers of the host library and its CMake package." ${this_library})
+component_package(development libvorna15-dev libdevel "Headers of the host library, its CMake package and vorna.pc." ${this_library})
 component_package(command vorna graphics "Command that draws models and replays pictures." ${this_library})
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/triggers)

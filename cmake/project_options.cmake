@@ -3,7 +3,7 @@
 add_library(project_options INTERFACE)
 target_compile_features(project_options INTERFACE cxx_std_20)
 target_include_directories(project_options INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
-                                                     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+                                                     $<INSTALL_INTERFACE:${VORNA_INCLUDE_FOLDER}>)
 set(definitions)
 set(link_options)
 if(MSVC)

@@ -15,7 +15,13 @@ debootstrap --variant=minbase bookworm "$root" "$mirror" >/dev/null
 mount -t proc proc "$root/proc"
 trap 'umount "$root/proc"' EXIT
 mkdir -p "$root/packages"
-cp out/*.deb pictures/crystals.json tests/build/installed/* "$root/packages"
+cp out/*.deb pictures/crystals.json "$root/packages"
+# usage: page_block LANGUAGE: the first such block of docs/embedding.md
+page_block() {
+    sed -n '/^```'"$1"'$/,/^```$/{/^```$/q; /^```/!p}' docs/embedding.md
+}
+page_block cpp >"$root/packages/plot.cpp"
+page_block cmake >"$root/packages/CMakeLists.txt"
 
 step "installation"
 chroot "$root" apt-get -qq update
@@ -25,10 +31,11 @@ chroot "$root" vorna --version
 step "use"
 chroot "$root" vorna replay /packages/crystals.json --color /packages/crystals.png
 cmp "$root/packages/crystals.png" <("${VORNA:-build/package-gcc-release/bin/vorna}" replay pictures/crystals.json --color /dev/stdout)
-chroot "$root" sh -c 'DEBIAN_FRONTEND=noninteractive apt-get -qq --yes --no-install-recommends install cmake g++ make' >/dev/null
+chroot "$root" sh -c 'DEBIAN_FRONTEND=noninteractive apt-get -qq --yes --no-install-recommends install cmake g++ libpng-dev make' >/dev/null
 chroot "$root" cmake -S /packages -B /packages/build >/dev/null
 chroot "$root" cmake --build /packages/build
-chroot "$root" sh -c '/packages/build/draw_one_triangle "$(dpkg -L libvorna15 | grep "/krb\.vrd$")"'
+chroot "$root" /packages/build/plot /packages/plot.png
+cmp "$root/packages/plot.png" docs/images/plot.png
 
 step "removal"
 chroot "$root" apt-get -qq --yes purge vorna libvorna15-dev libvorna15 >/dev/null

@@ -2,6 +2,7 @@
 #include "vorna/module.h"
 
 #include <filesystem>
+#include <iterator>
 #include <stdexcept>
 #include <system_error>
 
@@ -17,6 +18,7 @@ namespace {
 
 constexpr const char* create_name = "VD_Renderer";
 constexpr const char* unload_name = "VD_Unload_KRB_Renderer";
+constexpr const char* module_file = "krb.vrd";
 
 // The loader searches its own directories for names without a directory; a path is meant as it stands.
 std::filesystem::path absolute_path(const std::string& name) {
@@ -24,6 +26,12 @@ std::filesystem::path absolute_path(const std::string& name) {
     std::error_code ignored;
     const std::filesystem::path absolute = std::filesystem::absolute(path, ignored);
     return ignored ? path : absolute;
+}
+
+// UTF-8 on Windows, as the constructor takes it.
+std::string text_of(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
 }
 
 #if defined(_WIN32)
@@ -44,6 +52,15 @@ void close_library(void* library) {
     FreeLibrary(static_cast<HMODULE>(library));
 }
 
+std::filesystem::path folder_of_this_library() {
+    HMODULE library = nullptr;
+    wchar_t path[32768];
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                       reinterpret_cast<LPCWSTR>(&folder_of_this_library), &library);
+    const DWORD length = GetModuleFileNameW(library, path, static_cast<DWORD>(std::size(path)));
+    return std::filesystem::path(path, path + length).parent_path();
+}
+
 template <class Function> Function* find_entry_point(void* library, const char* name) {
     // Through a plain pointer: the system declares functions of another type than they have.
     return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name)));
@@ -62,6 +79,17 @@ void* open_library(const std::string& path) {
 
 void close_library(void* library) {
     dlclose(library);
+}
+
+std::filesystem::path folder_of_this_library() {
+    Dl_info library;
+    if (dladdr(reinterpret_cast<void*>(&folder_of_this_library), &library) == 0) {
+        return {};
+    }
+    // The loader knows the library by the name it was asked for, which may be a link.
+    std::error_code ignored;
+    const std::filesystem::path path = std::filesystem::canonical(library.dli_fname, ignored);
+    return (ignored ? absolute_path(library.dli_fname) : path).parent_path();
 }
 
 template <class Function> Function* find_entry_point(void* library, const char* name) {
@@ -92,6 +120,24 @@ Module::~Module() {
 Module::Renderer Module::create_renderer(const VT_Renderer_Data& prototype) const {
     const VT_Renderer_Data* const given = &prototype;
     return Renderer(create_(given), Unload{unload_});
+}
+
+Module::Renderer Module::create_renderer() const {
+    const VT_Reference<VT_Renderer_Data> prototype(new VT_Renderer_Data);
+    return create_renderer(*prototype);
+}
+
+std::string Module::installed_path() {
+    const std::filesystem::path folder = folder_of_this_library();
+    const std::filesystem::path beside = folder / module_file;
+    const std::filesystem::path below = folder / "vorna" / module_file;
+    for (const std::filesystem::path& candidate : {beside, below}) {
+        std::error_code ignored;
+        if (std::filesystem::exists(candidate, ignored)) {
+            return text_of(candidate);
+        }
+    }
+    throw std::runtime_error("no renderer module: neither " + text_of(beside) + " nor " + text_of(below) + " exists");
 }
 
 } // namespace vorna

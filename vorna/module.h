@@ -26,8 +26,14 @@ public:
     };
     using Renderer = std::unique_ptr<VT_Renderer_Data, Unload>;
 
-    // A renderer made from the prototype.
+    // A renderer made from the prototype, or from one with the host's own callbacks. Throws std::bad_alloc, and
+    // std::invalid_argument when the environment asks for what the module lacks (see entry_points.h).
     Renderer create_renderer(const VT_Renderer_Data& prototype) const;
+    Renderer create_renderer() const;
+
+    // The path of the module krb.vrd that was built or installed with this library: beside it, or in the folder vorna below. It
+    // is looked for at each call, so that an installation may move as a whole. Throws std::runtime_error that names both places.
+    static std::string installed_path();
 
 private:
     void* library_ = nullptr;

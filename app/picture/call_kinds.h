@@ -111,4 +111,9 @@ constexpr std::size_t position_of(const Call_Kind& kind) {
     return static_cast<std::size_t>(&kind - call_kinds);
 }
 
+// Whether the call goes to a slot of the renderer's.
+constexpr bool is_slot(const Call_Kind& kind) {
+    return position_of(kind) < std::size(detail::slot_names);
+}
+
 } // namespace app::picture

@@ -65,7 +65,7 @@ struct Bitmap {
 struct Texture {
     std::optional<std::int32_t> width;
     std::optional<std::int32_t> height;
-    std::optional<Shared_List<VT_RGB32>> texels; // lowest row first
+    std::optional<Shared_List<VT_RGB32>> texels; // the row at v = 1 first
 
     static constexpr auto keys = std::tuple(&Texture::width, &Texture::height, &Texture::texels);
 };
@@ -297,6 +297,7 @@ struct Call {
     const Call_Kind* kind = nullptr; // never null in a picture that was read
     Arguments arguments;
     std::optional<Rendition> rendition; // laid over the picture's
+    bool standard = false;              // drawn by the host as if the renderer left the slot empty
 };
 
 struct Picture {

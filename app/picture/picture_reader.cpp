@@ -282,7 +282,11 @@ void check_complete(const Reader& reader, const Rendition& rendition) {
 // Calls.
 
 template <class... Keys> void read_call(const Reader& reader, Call& call, const Keys&... keys) {
-    reader.object(read_elsewhere("call"), key("rendition", call.rendition, rendition), keys...);
+    reader.object(read_elsewhere("call"), key("rendition", call.rendition, rendition), key("standard", call.standard, boolean),
+                  keys...);
+    if (call.standard && !is_slot(*call.kind)) {
+        reader.expected_in("standard", "nothing: this call goes to no slot");
+    }
 }
 
 void require_count(const Reader& reader, const char* key, std::size_t given, std::size_t needed, const char* what) {

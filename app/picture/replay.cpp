@@ -156,8 +156,8 @@ public:
         Draw(renderer_, rendition, &a.top_left, &a.bottom_right, &a.format, read.image);
     }
 
-    void run(const ZBuffer_Write& a) { set_zbuffer_write(a.value); }
-    void run(const ZBuffer_Test& a) { set_zbuffer_test(a.value); }
+    void run(const ZBuffer_Write& a) { session_.canvas().set_depth_write(a.value); }
+    void run(const ZBuffer_Test& a) { session_.canvas().set_depth_test(vorna::Depth_Test{a.value}); }
     void run(const Establish& a) {
         configure(a.configuration, path_of_call(call_) + '.');
         session_.establish();
@@ -165,11 +165,12 @@ public:
     }
     void run(const Present& a) { renderer_.update_all(a.rectangle); }
 
-    // The rendition of the call that is being drawn.
+    VT_Renderer_Data& renderer() noexcept { return renderer_; }
+    // The call that is being drawn, and its rendition.
+    const Call& call() const noexcept { return picture_.calls[call_]; }
     VT_Reference<VT_Rendition> rendition() {
-        const Call& call = picture_.calls[call_];
-        if (call.rendition) {
-            return renditions_.make(overlaid(picture_.rendition, *call.rendition), renderer_.current_options);
+        if (call().rendition) {
+            return renditions_.make(overlaid(picture_.rendition, *call().rendition), renderer_.current_options);
         }
         if (!default_rendition_) {
             default_rendition_ = renditions_.make(picture_.rendition, renderer_.current_options);
@@ -186,9 +187,6 @@ private:
     void configure(const Configuration& configuration, const std::string& path);
     void set_window(const Window& window, const std::string& path);
     void set_option(const std::string& name, const Option_Setting& setting, const std::string& path);
-    void set_zbuffer_write(bool value);
-    void set_zbuffer_test(std::int32_t value);
-    template <class Setter> Setter zbuffer_setter(const char* name);
 
     static void note_standard(void* replay, const char* name);
     static std::int32_t note_presentation(void* replay, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
@@ -214,8 +212,13 @@ private:
     std::size_t call_ = 0;
 };
 
-template <auto& Draw, class Type> void draw_call(Replay& replay, const Arguments& arguments) {
-    replay.draw<Draw>(*replay.rendition(), std::get<Type>(arguments));
+template <auto& Draw, auto Slot> void draw_call(Replay& replay, const Arguments& arguments) {
+    const auto& typed = std::get<typename Slot_Arguments<Slot>::Type>(arguments);
+    std::int32_t& enabled = (replay.renderer().actions.*Slot).enabled;
+    const std::int32_t before = enabled;
+    enabled = replay.call().standard ? 0 : before;
+    replay.draw<Draw>(*replay.rendition(), typed);
+    enabled = before;
 }
 
 template <class Type> void run_call(Replay& replay, const Arguments& arguments) {
@@ -224,7 +227,7 @@ template <class Type> void run_call(Replay& replay, const Arguments& arguments) 
 
 // In the order of call_kinds.
 constexpr void (*runners[])(Replay&, const Arguments&) = {
-#define VT_ACTION(slot, name, ...) draw_call<VD_##name, Slot_Arguments<&Action_Table::slot>::Type>,
+#define VT_ACTION(slot, name, ...) draw_call<VD_##name, &Action_Table::slot>,
 #include "renderer/host/action_list.inc"
 #undef VT_ACTION
     run_call<ZBuffer_Write>,
@@ -247,8 +250,8 @@ Report Replay::run() {
     session_.options().set_alpha_blending(false);
     configure(picture_.configuration, "");
     session_.establish();
-    set_zbuffer_write(picture_.zbuffer_write);
-    set_zbuffer_test(picture_.zbuffer_test);
+    session_.canvas().set_depth_write(picture_.zbuffer_write);
+    session_.canvas().set_depth_test(vorna::Depth_Test{picture_.zbuffer_test});
     renderer_.begin_picture_all();
     for (call_ = 0; call_ < picture_.calls.size(); ++call_) {
         const Call& call = picture_.calls[call_];
@@ -286,34 +289,11 @@ void Replay::set_window(const Window& window, const std::string& path) {
 }
 
 void Replay::set_option(const std::string& name, const Option_Setting& setting, const std::string& path) {
-    VT_Option* option = renderer_.requested_table.find(name);
-    if (!option) {
-        throw Picture_Error(path + "options." + name + ": the renderer has no such option");
+    try {
+        session_.canvas().set_option(name, std::visit([](const auto& value) { return VT_Option_Content(value); }, setting));
+    } catch (const std::invalid_argument& error) {
+        throw Picture_Error(path + "options." + error.what());
     }
-    VT_Option_Content content = std::visit([](const auto& value) { return VT_Option_Content(value); }, setting);
-    if (content.index() != option->value()->content.index()) {
-        constexpr const char* kinds[] = {"true or false", "a whole number", "[r, g, b]",
-                                         "nothing: pictures cannot hold its values"};
-        throw Picture_Error(path + "options." + name + ": expected " + kinds[option->value()->content.index()]);
-    }
-    option->set(std::move(content));
-}
-
-void Replay::set_zbuffer_write(bool value) {
-    zbuffer_setter<VT_Bool_Setter>("ZBuffer Write")(renderer_, value);
-}
-
-void Replay::set_zbuffer_test(std::int32_t value) {
-    zbuffer_setter<VT_Int_Setter>("ZBuffer Test")(renderer_, &value);
-}
-
-template <class Setter> Setter Replay::zbuffer_setter(const char* name) {
-    const VT_Option* option = renderer_.current_table.find(name);
-    const Setter setter = option ? option->as_setter<Setter>() : nullptr;
-    if (!setter) {
-        throw std::runtime_error(std::string("the renderer's option \"") + name + "\" holds no setter");
-    }
-    return setter;
 }
 
 void Replay::note_standard(void* replay, const char* name) {

@@ -12,8 +12,9 @@
 class VT_Renderer_Data;
 class VT_Rendition;
 
-// Coordinate forms: 2D = floats without depth, DC = floats with depth, 2DI = integers, depth ignored, DCI = integers with
-// depth, 3D = doubles that the host has transformed and that may lie far outside the window.
+// Coordinate forms, all with a depth that counts where there is a depth buffer: 2D = floats and 2DI = integers, which are cut to
+// the hard clip; DC = floats and DCI = integers inside the window, which their caller has clipped; 3D = doubles that the host has
+// transformed and that may lie far outside the window, cut to the hard clip as well.
 
 // count points: a polyline, a strip of count - 2 triangles, or markers.
 template <class Point>

@@ -98,7 +98,8 @@ public:
     VT_Counted* clone() const override { return new VT_Basic_Material(*this); }
 
     VT_RGB32 color{255, 255, 255, 255};
-    VT_Reference<const VT_Shared_Image> texture; // VT_RGB32 texels, width and height powers of two, lowest row first
+    // VT_RGB32 texels, width and height powers of two. The first row in memory is the one at v = 1.
+    VT_Reference<const VT_Shared_Image> texture;
     VT_Matrix texture_matrix;
     bool has_texture_matrix = false;
 };

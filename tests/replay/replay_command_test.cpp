@@ -125,7 +125,7 @@ TEST_F(Replay_Command, refuses_options_that_the_renderer_does_not_have) {
     expect_refused(with_call("", R"("options": {"Use Masks": true}, )"), 2, "options.Use Masks: the renderer has no such option");
     expect_refused(with_call("", R"("options": {"Use Mask": 1}, )"), 2, "options.Use Mask: expected true or false");
     expect_refused(with_call(R"({"call": "establish", "options": {"Color Buffer": 1}})"), 2,
-                   "calls[0].options.Color Buffer: expected nothing: pictures cannot hold its values");
+                   "calls[0].options.Color Buffer: expected an object or a function, which only a program can give");
     expect_refused(R"({"picture": 1, "window": {"origin": [2147483600, 0]}, "calls": []})", 2,
                    "window: expected an origin that leaves room for the window below 2147483647");
 }
