@@ -12,17 +12,18 @@ namespace {
 
 using Surface_Holder = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
 
-Surface_Holder surface_on(std::uint32_t* pixels, VT_Int_Pair size, cairo_format_t format) {
-    return {cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(pixels), format, size.x, size.y, 4 * size.x),
+Surface_Holder surface_on(std::uint32_t* pixels, VT_Int_Pair size, std::int32_t bytes_per_row, cairo_format_t format) {
+    return {cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(pixels), format, size.x, size.y, bytes_per_row),
             cairo_surface_destroy};
 }
 
 class Cairo_Canvas final : public Memory_Canvas {
 public:
-    Cairo_Canvas(const Surface& surface, const Primitives& primitives) : primitives_(primitives) {
-        if (const auto* image = std::get_if<Image>(&primitives)) {
+    Cairo_Canvas(const Surface& surface, const Subject& subject) : subject_(subject) {
+        if (const auto* image = std::get_if<Image>(&subject)) {
             source_pixels_ = premultiplied(*image);
-            source_ = surface_on(source_pixels_.data(), image->size, surface.alpha ? CAIRO_FORMAT_ARGB32 : CAIRO_FORMAT_RGB24);
+            source_ = surface_on(source_pixels_.data(), image->size, 4 * image->size.x,
+                                 surface.alpha ? CAIRO_FORMAT_ARGB32 : CAIRO_FORMAT_RGB24);
         }
         cairo_set_antialias(cairo_.get(), surface.smoothed ? CAIRO_ANTIALIAS_FAST : CAIRO_ANTIALIAS_NONE);
         cairo_set_line_width(cairo_.get(), 1);
@@ -33,11 +34,23 @@ public:
     }
 
     void draw() override {
-        std::visit([this](const auto& primitives) { draw_all(primitives); }, primitives_);
+        std::visit([this](const auto& subject) { draw_all(subject); }, subject_);
     }
     void finish() override { cairo_surface_flush(target_.get()); }
 
 private:
+    void draw_all(const Scene& scene) {
+        scene.for_each_strip([this](const Strip& strip) {
+            for (std::int32_t k = 0; k + 2 < strip.length; ++k) {
+                set_color(strip.colors[k + 2]);
+                for (std::int32_t i = k; i < k + 3; ++i) {
+                    cairo_line_to(cairo_.get(), strip.points[i].x, from_top(strip.points[i].y));
+                }
+                cairo_fill(cairo_.get());
+            }
+        });
+    }
+
     void draw_all(const Lines& lines) {
         for (std::size_t i = 0; i < lines.points.size(); i += 2) {
             const VT_DCI_Point from = lines.points[i], to = lines.points[i + 1];
@@ -53,7 +66,7 @@ private:
         for (std::size_t i = 0; i < circles.centers.size(); ++i) {
             const VT_DCI_Point center = circles.centers[i];
             set_color(circles.colors[i]);
-            cairo_arc(cairo_.get(), center.x + 0.5, from_top(center.y) + 0.5, circles.radius + (circles.filled ? 0.5 : 0.0), 0,
+            cairo_arc(cairo_.get(), center.x + 0.5, from_top(center.y) + 0.5, circles.radii[i] + (circles.filled ? 0.5 : 0.0), 0,
                       2 * std::numbers::pi);
             circles.filled ? cairo_fill(cairo_.get()) : cairo_stroke(cairo_.get());
         }
@@ -70,17 +83,17 @@ private:
         cairo_set_source_rgb(cairo_.get(), color.red / 255.0, color.green / 255.0, color.blue / 255.0);
     }
 
-    const Primitives& primitives_;
+    const Subject& subject_;
     std::vector<std::uint32_t> source_pixels_;
     Surface_Holder source_{nullptr, cairo_surface_destroy};
-    Surface_Holder target_ = surface_on(pixels(), window_size, CAIRO_FORMAT_RGB24);
+    Surface_Holder target_ = surface_on(pixels(), window_size, bytes_per_row(), CAIRO_FORMAT_RGB24);
     std::unique_ptr<cairo_t, decltype(&cairo_destroy)> cairo_{cairo_create(target_.get()), cairo_destroy};
 };
 
 } // namespace
 
-std::unique_ptr<Canvas> make_cairo_canvas(const Surface& surface, const Primitives& primitives) {
-    return std::make_unique<Cairo_Canvas>(surface, primitives);
+std::unique_ptr<Canvas> make_cairo_canvas(const Surface& surface, const Subject& subject) {
+    return std::make_unique<Cairo_Canvas>(surface, subject);
 }
 
 } // namespace bench

@@ -16,7 +16,8 @@ class Pixman_Canvas final : public Memory_Canvas {
 public:
     Pixman_Canvas(const Surface& surface, const Image& image)
         : image_(image), operator_(surface.alpha ? PIXMAN_OP_OVER : PIXMAN_OP_SRC), source_pixels_(premultiplied(image)),
-          source_(surface_on(source_pixels_.data(), image.size, surface.alpha ? PIXMAN_a8r8g8b8 : PIXMAN_x8r8g8b8)) {}
+          source_(surface_on(source_pixels_.data(), image.size, 4 * image.size.x,
+                             surface.alpha ? PIXMAN_a8r8g8b8 : PIXMAN_x8r8g8b8)) {}
 
     void draw() override {
         const auto y = static_cast<std::int16_t>(from_top(image_.place.y + image_.size.y - 1));
@@ -28,8 +29,8 @@ public:
 private:
     using Holder = std::unique_ptr<pixman_image_t, decltype(&pixman_image_unref)>;
 
-    static Holder surface_on(std::uint32_t* pixels, VT_Int_Pair size, pixman_format_code_t format) {
-        Holder surface{pixman_image_create_bits(format, size.x, size.y, pixels, 4 * size.x), pixman_image_unref};
+    static Holder surface_on(std::uint32_t* pixels, VT_Int_Pair size, std::int32_t row_bytes, pixman_format_code_t format) {
+        Holder surface{pixman_image_create_bits(format, size.x, size.y, pixels, row_bytes), pixman_image_unref};
         if (!surface) {
             throw std::runtime_error("pixman: no memory for an image");
         }
@@ -39,7 +40,7 @@ private:
     const Image& image_;
     pixman_op_t operator_;
     std::vector<std::uint32_t> source_pixels_;
-    Holder source_, target_ = surface_on(pixels(), window_size, PIXMAN_x8r8g8b8);
+    Holder source_, target_ = surface_on(pixels(), window_size, bytes_per_row(), PIXMAN_x8r8g8b8);
 };
 
 class Memcpy_Canvas final : public Memory_Canvas {
@@ -49,7 +50,7 @@ public:
     void draw() override {
         const std::int32_t top = from_top(image_.place.y + image_.size.y - 1);
         for (std::int32_t row = 0; row < image_.size.y; ++row) {
-            std::memcpy(pixels() + std::ptrdiff_t{top + row} * window_size.x + image_.place.x, image_.row(row),
+            std::memcpy(Memory_Canvas::row(from_top(top + row)) + image_.place.x, image_.row(row),
                         sizeof(VT_RGB32) * static_cast<std::size_t>(image_.size.x));
         }
     }
@@ -72,12 +73,12 @@ std::vector<std::uint32_t> premultiplied(const Image& image) {
     return words;
 }
 
-std::unique_ptr<Canvas> make_pixman_canvas(const Surface& surface, const Primitives& primitives) {
-    return std::make_unique<Pixman_Canvas>(surface, std::get<Image>(primitives));
+std::unique_ptr<Canvas> make_pixman_canvas(const Surface& surface, const Subject& subject) {
+    return std::make_unique<Pixman_Canvas>(surface, std::get<Image>(subject));
 }
 
-std::unique_ptr<Canvas> make_memcpy_canvas(const Surface&, const Primitives& primitives) {
-    return std::make_unique<Memcpy_Canvas>(std::get<Image>(primitives));
+std::unique_ptr<Canvas> make_memcpy_canvas(const Surface&, const Subject& subject) {
+    return std::make_unique<Memcpy_Canvas>(std::get<Image>(subject));
 }
 
 std::string raster_peers_description() {

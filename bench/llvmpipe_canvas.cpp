@@ -164,8 +164,8 @@ Mesh mesh_of(const Lines& lines) {
 
 Mesh mesh_of(const Circles& circles) {
     Mesh mesh{static_cast<GLenum>(circles.filled ? GL_TRIANGLE_FAN : GL_LINE_LOOP), {}, {}};
-    const std::vector<VT_Point> corners = polygon_round(circles.radius + (circles.filled ? 0.5 : 0.0));
     for (std::size_t i = 0; i < circles.centers.size(); ++i) {
+        const std::vector<VT_Point> corners = polygon_round(circles.radii[i] + (circles.filled ? 0.5 : 0.0));
         for (const VT_Point& corner : corners) {
             mesh.vertices.push_back(vertex_beside(circles.centers[i], corner.x, corner.y, circles.colors[i]));
         }
@@ -307,17 +307,17 @@ private:
 
 } // namespace
 
-std::unique_ptr<Canvas> make_llvmpipe_canvas(const Surface& surface, const Scene& scene) {
+std::unique_ptr<Canvas> make_llvmpipe_canvas(const Surface& surface, const Subject& subject) {
     Context::the();
-    return std::make_unique<Llvmpipe_Canvas>(surface, mesh_of(scene));
-}
-
-std::unique_ptr<Canvas> make_llvmpipe_canvas(const Surface& surface, const Primitives& primitives) {
-    Context::the();
-    if (const auto* lines = std::get_if<Lines>(&primitives)) {
-        return std::make_unique<Llvmpipe_Canvas>(surface, mesh_of(*lines));
-    }
-    return std::make_unique<Llvmpipe_Canvas>(surface, mesh_of(std::get<Circles>(primitives)));
+    return std::visit(
+        [&surface](const auto& drawn) -> std::unique_ptr<Canvas> {
+            if constexpr (requires { mesh_of(drawn); }) {
+                return std::make_unique<Llvmpipe_Canvas>(surface, mesh_of(drawn));
+            } else {
+                throw std::runtime_error("llvmpipe is not asked to draw this");
+            }
+        },
+        subject);
 }
 
 const char* llvmpipe_description() {

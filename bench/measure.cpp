@@ -2,29 +2,71 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
+#include <ctime>
+#include <numeric>
 #include <stdexcept>
-
-#include <benchmark/benchmark.h>
 
 namespace bench {
 
 namespace {
 
-std::string processor_name() {
-    std::ifstream file("/proc/cpuinfo");
-    for (std::string line; std::getline(file, line);) {
-        if (line.rfind("model name", 0) == 0) {
-            return line.substr(line.find(':') + 2);
+double processor_seconds() {
+    std::timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+// Of one frame.
+double seconds_of(const Side& side, std::int64_t frames) {
+    const double start = processor_seconds();
+    for (std::int64_t i = 0; i < frames; ++i) {
+        side.frame();
+    }
+    return (processor_seconds() - start) / static_cast<double>(frames);
+}
+
+// Pixels that have none of the other's on or beside them. The window's edge is left out.
+std::int64_t number_astray(const Painted& painted, const Painted& others) {
+    std::int64_t astray = 0;
+    for (std::int32_t y = 1; y < window_size.y - 1; ++y) {
+        for (std::int32_t x = 1; x < window_size.x - 1; ++x) {
+            const std::ptrdiff_t place = std::ptrdiff_t{y} * window_size.x + x;
+            const auto found = [&](std::ptrdiff_t row) {
+                const auto pixel = others.begin() + place + row * window_size.x;
+                return pixel[-1] || pixel[0] || pixel[1];
+            };
+            astray += painted[static_cast<std::size_t>(place)] && !found(0) && !found(-1) && !found(1);
         }
     }
-    return "unknown";
+    return astray;
 }
 
 } // namespace
+
+std::vector<Time> measure(const std::vector<Side>& sides, std::int32_t rounds) {
+    constexpr double seconds_a_round = 0.02;
+    std::vector<std::int64_t> frames;
+    for (const Side& side : sides) {
+        side.frame();
+        frames.push_back(std::max<std::int64_t>(1, std::llround(seconds_a_round / seconds_of(side, 1))));
+    }
+    std::vector<std::size_t> order(sides.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::mt19937 random;
+    std::vector<std::vector<double>> seconds(sides.size());
+    for (std::int32_t round = 0; round < rounds; ++round) {
+        std::shuffle(order.begin(), order.end(), random);
+        for (const std::size_t i : order) {
+            seconds[i].push_back(seconds_of(sides[i], frames[i]));
+        }
+    }
+    std::vector<Time> times;
+    for (std::vector<double>& of_side : seconds) {
+        std::sort(of_side.begin(), of_side.end());
+        times.push_back({of_side[of_side.size() / 2], of_side.front()});
+    }
+    return times;
+}
 
 void draw_frame(Canvas& canvas, Clears clears) {
     if (clears == Clears::all) {
@@ -37,79 +79,47 @@ void draw_frame(Canvas& canvas, Clears clears) {
     canvas.finish();
 }
 
-std::vector<bool> painted_by_one_frame(Canvas& canvas) {
+Painted painted_by_one_frame(Canvas& canvas) {
     canvas.clear_color();
     draw_frame(canvas, Clears::depth);
     return canvas.painted_pixels();
 }
 
-std::int64_t number_of(const std::vector<bool>& painted) {
+std::int64_t number_of(const Painted& painted) {
     return std::count(painted.begin(), painted.end(), true);
 }
 
-std::int64_t number_inside(const Circle& clip, const std::vector<bool>& painted) {
-    std::int64_t number = 0;
+Painted part_inside(const Circle& clip, Painted painted) {
     std::size_t i = 0;
     for (std::int32_t row = 0; row < window_size.y; ++row) {
-        for (std::int32_t column = 0; column < window_size.x; ++column) {
-            number += painted[i++] && clip.contains(column, row);
+        for (std::int32_t column = 0; column < window_size.x; ++column, ++i) {
+            painted[i] = painted[i] && clip.contains(column, row);
         }
     }
-    return number;
+    return painted;
 }
 
-void check_number(const std::string& name, std::int64_t ours, const std::string& other, std::int64_t theirs, double edge_share) {
-    const double difference = std::abs(static_cast<double>(ours - theirs)) / static_cast<double>(theirs);
-    std::printf("%s: %lld pixels painted, by %s %lld\n", name.c_str(), static_cast<long long>(ours), other.c_str(),
-                static_cast<long long>(theirs));
+void check_places(const std::string& first, const Painted& by_first, const std::string& second, const Painted& by_second,
+                  double edge_share) {
+    constexpr double largest_share_astray = 0.01;
+    const auto number = number_of(by_first), expected = number_of(by_second);
+    const double difference = std::abs(static_cast<double>(number - expected)) / static_cast<double>(expected);
     if (!(difference <= edge_share)) {
-        throw std::runtime_error(name + ": paints " + std::to_string(ours) + " pixels, " + other + " " + std::to_string(theirs) +
-                                 ", expected a difference of at most " + std::to_string(100 * edge_share) + " %");
+        throw std::runtime_error(first + " paints " + std::to_string(number) + " pixels, " + second + ' ' +
+                                 std::to_string(expected) + ", expected a difference of at most " +
+                                 std::to_string(100 * edge_share) + " %");
     }
-}
-
-void add_memory() {
-    static std::vector<std::uint8_t> from(4 * window_pixels, 1), to(4 * window_pixels, 2);
-    const auto add = [](const char* name, std::size_t bytes, auto work) {
-        benchmark::RegisterBenchmark(name, [bytes, work](benchmark::State& state) {
-            for ([[maybe_unused]] auto _ : state) {
-                work(bytes);
-                benchmark::ClobberMemory();
-            }
-            state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));
-        })->MeasureProcessCPUTime();
+    const auto check_astray = [](const std::string& who, const Painted& painted, const std::string& other,
+                                 const Painted& others) {
+        const std::int64_t astray = number_astray(painted, others);
+        if (static_cast<double>(astray) > largest_share_astray * static_cast<double>(number_of(painted))) {
+            throw std::runtime_error(std::to_string(astray) + " of the pixels that " + who +
+                                     " paints are nowhere near those of " + other + ", expected at most " +
+                                     std::to_string(100 * largest_share_astray) + " %");
+        }
     };
-    const auto set = [](std::size_t bytes) { std::memset(to.data(), 0x5A, bytes); };
-    add("memset_color", 4 * window_pixels, set);
-    add("memset_depth", 2 * window_pixels, set);
-    add("memcpy_color", 4 * window_pixels, [](std::size_t bytes) { std::memcpy(to.data(), from.data(), bytes); });
-}
-
-void add_context(Ratio_Table& ratios, const std::string& peer) {
-    const char* kernels = std::getenv("KRB_KERNELS");
-    for (const auto& [name, value] : {std::pair<const char*, std::string>{"processor", processor_name()},
-                                      {"kernel set", kernels ? kernels : "automatic"},
-                                      {"compiler", VORNA_COMPILER},
-                                      {"build type", VORNA_BUILD_TYPE},
-                                      {"peer", peer}}) {
-        benchmark::AddCustomContext(name, value);
-        ratios.add_context(name, value);
-    }
-}
-
-int run_main(int argc, char** argv, const char* usage, int count, bool (*work)(char** arguments)) {
-    benchmark::Initialize(&argc, argv);
-    if (argc - 1 != count) {
-        std::fprintf(stderr, "usage: %s %s [--benchmark_...], expected %d arguments, found %d\n", argv[0], usage, count,
-                     argc - 1);
-        return 2;
-    }
-    try {
-        return work(argv + 1) ? 0 : 1;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
-        return 1;
-    }
+    check_astray(first, by_first, second, by_second);
+    check_astray(second, by_second, first, by_first);
 }
 
 } // namespace bench

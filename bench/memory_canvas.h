@@ -1,18 +1,20 @@
-// A window in memory that libraries draw on: 32-bit pixels, blue in the low byte, highest row first, rows aligned to 64 bytes.
+// A window in memory that libraries draw on: 32-bit pixels, blue in the low byte, highest row first, in a buffer of the same kind
+// as the renderer's own.
 #pragma once
 
 #include <algorithm>
 #include <vector>
 
 #include "bench/canvas.h"
+#include "renderer/host/frame_buffer.h"
 
 namespace bench {
 
 class Memory_Canvas : public Canvas {
 public:
     void clear_color() override {
-        for (Row& row : rows_) {
-            std::fill(std::begin(row.pixels), std::end(row.pixels), 0xFFFFFFFF);
+        for (std::int32_t y = 0; y < window_size.y; ++y) {
+            std::fill_n(row(y), window_size.x, 0xFFFFFFFF);
         }
     }
     void clear_depth() override {}
@@ -21,27 +23,23 @@ public:
     // Libraries leave the fourth byte as they like.
     std::vector<bool> painted_pixels() override {
         std::vector<bool> painted;
-        for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
-            std::transform(std::begin(row->pixels), std::end(row->pixels), std::back_inserter(painted),
+        for (std::int32_t y = 0; y < window_size.y; ++y) {
+            std::transform(row(y), row(y) + window_size.x, std::back_inserter(painted),
                            [](std::uint32_t pixel) { return (pixel | 0xFF000000) != 0xFFFFFFFF; });
         }
         return painted;
     }
 
 protected:
-    static constexpr std::int32_t bytes_per_row = 4 * window_size.x;
-
-    std::uint32_t* pixels() noexcept { return rows_.front().pixels; }
+    // The highest row's.
+    std::uint32_t* pixels() noexcept { return row(window_size.y - 1); }
+    std::uint32_t* row(std::int32_t y) noexcept { return reinterpret_cast<std::uint32_t*>(buffer_->rows[y]); }
+    std::int32_t bytes_per_row() const noexcept { return buffer_->bytes_per_row; }
     // Where a row of device coordinates lies, counted downwards.
     static constexpr std::int32_t from_top(std::int32_t y) noexcept { return window_size.y - 1 - y; }
 
 private:
-    struct alignas(64) Row {
-        std::uint32_t pixels[window_size.x];
-    };
-    static_assert(sizeof(Row) == bytes_per_row);
-
-    std::vector<Row> rows_{static_cast<std::size_t>(window_size.y)};
+    VT_Reference<Frame_Buffer> buffer_ = make_frame_buffer(window_size.x, window_size.y, Buffer_Format::rgb32);
 };
 
 // The image's pixels with their colours multiplied by alpha.

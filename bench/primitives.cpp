@@ -4,20 +4,18 @@
 #include <cmath>
 #include <numbers>
 
-#include "bench/random.h"
-
 namespace bench {
 
 namespace {
 
 constexpr std::int32_t edge = 2; // pixels between the window's edge and what is drawn, for the fringes of smoothed lines
 
-bool is_inside(VT_DCI_Point point) {
-    return point.x >= edge && point.x < window_size.x - edge && point.y >= edge && point.y < window_size.y - edge;
+bool is_inside(VT_DCI_Point point, VT_Int_Pair window = window_size) {
+    return point.x >= edge && point.x < window.x - edge && point.y >= edge && point.y < window.y - edge;
 }
 
-VT_DCI_Point random_place(Random& random) {
-    return {edge + random.below(window_size.x - 2 * edge), edge + random.below(window_size.y - 2 * edge), random.depth()};
+VT_DCI_Point random_place(Random& random, VT_Int_Pair window = window_size) {
+    return {edge + random.below(window.x - 2 * edge), edge + random.below(window.y - 2 * edge), random.depth()};
 }
 
 // A place at that distance in a random direction.
@@ -29,12 +27,12 @@ VT_DCI_Point away_from(VT_DCI_Point point, double distance, Random& random) {
 
 } // namespace
 
-Lines scattered_lines(std::int32_t length, std::int32_t count) {
-    Random random;
+Lines scattered_lines(std::int32_t length, std::int32_t count, const Variation& variation, VT_Int_Pair window) {
+    Random random(variation);
     Lines lines;
     while (lines.points.size() < 2 * static_cast<std::size_t>(count)) {
-        const VT_DCI_Point from = random_place(random), to = away_from(from, length, random);
-        if (is_inside(to)) {
+        const VT_DCI_Point from = random_place(random, window), to = away_from(from, random.varied(length), random);
+        if (is_inside(to, window)) {
             lines.points.insert(lines.points.end(), {from, to});
             lines.colors.insert(lines.colors.end(), {random.opaque_color(), random.opaque_color()});
         }
@@ -42,22 +40,24 @@ Lines scattered_lines(std::int32_t length, std::int32_t count) {
     return lines;
 }
 
-Circles scattered_circles(std::int32_t radius, bool filled, std::int32_t count) {
-    Random random;
-    Circles circles{radius, filled, {}, {}};
-    const auto place = [&](std::int32_t size) { return edge + radius + random.below(size - 2 * (edge + radius)); };
+Circles scattered_circles(std::int32_t radius, bool filled, std::int32_t count, const Variation& variation, VT_Int_Pair window) {
+    Random random(variation);
+    Circles circles{filled, {}, {}, {}};
     for (std::int32_t i = 0; i < count; ++i) {
-        const std::int32_t x = place(window_size.x);
-        circles.centers.push_back({x, place(window_size.y), 0});
+        const std::int32_t r = random.varied(radius);
+        const auto place = [&](std::int32_t size) { return edge + r + random.below(size - 2 * (edge + r)); };
+        const std::int32_t x = place(window.x);
+        circles.centers.push_back({x, place(window.y), 0});
+        circles.radii.push_back(r);
         circles.colors.push_back(random.opaque_color());
     }
     return circles;
 }
 
-Image noise_image(VT_Int_Pair size, bool translucent) {
-    Random random;
-    Image image{size, {100, 100}, {}};
-    for (std::int32_t i = 0; i < size.x * size.y; ++i) {
+Image noise_image(VT_Int_Pair size, bool translucent, const Variation& variation) {
+    Random random(variation);
+    Image image{{random.varied(size.x), random.varied(size.y)}, {random.varied(100), random.varied(60)}, {}};
+    for (std::int32_t i = 0; i < image.size.x * image.size.y; ++i) {
         image.pixels.push_back(translucent ? random.color() : random.opaque_color());
     }
     return image;

@@ -1,8 +1,7 @@
-// What the benchmark of primitives draws: lines, circles, an image or polylines, the same for the renderer and for its peers.
+// What the benchmark draws besides triangles: lines, circles, an image or polylines, the same for the renderer and for its peers.
 #pragma once
 
 #include <cstdint>
-#include <variant>
 #include <vector>
 
 #include "bench/scene.h"
@@ -15,10 +14,10 @@ struct Lines {
 };
 
 struct Circles {
-    std::int32_t radius;
     bool filled;
     std::vector<VT_DCI_Point> centers;
-    std::vector<VT_RGB32> colors; // one a circle
+    std::vector<std::int32_t> radii; // one a circle, as are the colours
+    std::vector<VT_RGB32> colors;
 };
 
 // Drawn once, with its lowest left pixel at the place.
@@ -36,17 +35,16 @@ struct Polylines {
     bool dashed; // else plain
 };
 
-using Primitives = std::variant<Lines, Circles, Image, Polylines>;
-
 // Lines of about that length at random places, in random directions, colours and depths, at least two pixels from the window's
 // edge. A smaller count gives the first ones of a larger.
-Lines scattered_lines(std::int32_t length, std::int32_t count);
+Lines scattered_lines(std::int32_t length, std::int32_t count, const Variation& variation = {}, VT_Int_Pair window = window_size);
 
 // Circles at random places inside the window, in random opaque colours.
-Circles scattered_circles(std::int32_t radius, bool filled, std::int32_t count);
+Circles scattered_circles(std::int32_t radius, bool filled, std::int32_t count, const Variation& variation = {},
+                          VT_Int_Pair window = window_size);
 
-// An image of random colours with alphas between a quarter and three quarters, or opaque.
-Image noise_image(VT_Int_Pair size, bool translucent);
+// An image of random colours with alphas between a quarter and three quarters, or opaque; varied, at another place.
+Image noise_image(VT_Int_Pair size, bool translucent, const Variation& variation = {});
 
 // The lengths in pixels that a dashed line is drawn and left out for.
 inline constexpr double dash_length = 7, gap_length = 5;

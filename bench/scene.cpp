@@ -1,12 +1,12 @@
 // What the benchmarks draw.
 #include "bench/scene.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
 #include "app/scene/model_reader.h"
 #include "app/scene/scene_renderer.h"
-#include "bench/random.h"
 #include "renderer/host/renderer_data.h"
 
 namespace bench {
@@ -55,14 +55,29 @@ std::int64_t Scene::triangle_count() const noexcept {
     return in_strips + (polygon.empty() ? 0 : static_cast<std::int64_t>(polygon.size()) - 2);
 }
 
-Scene scattered_triangles(std::int32_t legs, std::int32_t count) {
-    Random random;
+double Scene::area() const noexcept {
+    double doubled = 0;
+    for_each_strip([&doubled](const Strip& strip) {
+        for (std::int32_t k = 0; k + 2 < strip.length; ++k) {
+            const VT_DCI_Point* const point = strip.points + k;
+            doubled += std::abs(1.0 * (point[1].x - point[0].x) * (point[2].y - point[0].y) -
+                                1.0 * (point[2].x - point[0].x) * (point[1].y - point[0].y));
+        }
+    });
+    return doubled / 2;
+}
+
+Scene scattered_triangles(std::int32_t legs, std::int32_t count, const Variation& variation, VT_Int_Pair window) {
+    constexpr std::int32_t depth_range = 20000;
+    Random random(variation);
     Scene scene;
     for (std::int32_t i = 0; i < count; ++i) {
-        const std::int32_t x = random.below(window_size.x - legs);
-        const std::int32_t y = random.below(window_size.y - legs);
-        for (const VT_Int_Pair corner : {VT_Int_Pair{0, 0}, VT_Int_Pair{legs, 0}, VT_Int_Pair{0, legs}}) {
-            scene.points.push_back({x + corner.x, y + corner.y, random.depth()});
+        const std::int32_t size = std::min(random.varied(legs), window.y - 1);
+        const std::int32_t x = random.below(window.x - size);
+        const std::int32_t y = random.below(window.y - size);
+        const std::int32_t nearest = (65536 - depth_range) / count * (count - i);
+        for (const VT_Int_Pair corner : {VT_Int_Pair{0, 0}, VT_Int_Pair{size, 0}, VT_Int_Pair{0, size}}) {
+            scene.points.push_back({x + corner.x, y + corner.y, nearest + random.below(depth_range)});
             scene.colors.push_back(random.color());
         }
         scene.lengths.push_back(3);
@@ -73,33 +88,36 @@ Scene scattered_triangles(std::int32_t legs, std::int32_t count) {
     return scene;
 }
 
-Scene covering_strip() {
-    Random random;
+Scene tiled_triangles(std::int32_t legs, std::int32_t layers, const Variation& variation) {
+    Random random(variation);
     Scene scene;
-    const std::int32_t right = window_size.x - 1, top = window_size.y - 1;
-    scene.points = {{0, 0, 0}, {right, 0, 0}, {0, top, 0}, {right, top, 0}};
-    scene.lengths = {4};
-    while (scene.colors.size() < scene.points.size()) {
-        scene.colors.push_back(random.color());
+    for (std::int32_t layer = 0; layer < layers; ++layer) {
+        for (std::int32_t y = 0, height = random.varied(legs); y + height < window_size.y; y += height) {
+            std::int32_t points = 0;
+            for (std::int32_t x = 0; x < window_size.x; x += random.varied(legs)) {
+                for (const std::int32_t row : {y, y + height}) {
+                    scene.points.push_back({x, row, random.depth()});
+                    scene.colors.push_back(random.color());
+                    ++points;
+                }
+            }
+            scene.lengths.push_back(points);
+        }
     }
     return scene;
 }
 
-Scene tiled_triangles(std::int32_t legs, std::int32_t layers) {
+Scene long_strip(std::int32_t count) {
+    constexpr std::int32_t size = 10;
+    constexpr std::int32_t columns = window_size.x / size, bands = window_size.y / size;
     Random random;
     Scene scene;
-    const std::int32_t columns = (window_size.x - 1) / legs + 1;
-    for (std::int32_t layer = 0; layer < layers; ++layer) {
-        for (std::int32_t y = 0; y + legs < window_size.y; y += legs) {
-            for (std::int32_t column = 0; column < columns; ++column) {
-                for (const std::int32_t row : {y, y + legs}) {
-                    scene.points.push_back({column * legs, row, random.depth()});
-                    scene.colors.push_back(random.color());
-                }
-            }
-            scene.lengths.push_back(2 * columns);
-        }
+    for (std::int32_t i = 0; i < count; ++i) {
+        const std::int32_t band = i / 2 / columns % bands;
+        scene.points.push_back({i / 2 % columns * size, (band + i % 2) * size, random.depth()});
+        scene.colors.push_back(random.color());
     }
+    scene.lengths.push_back(count);
     return scene;
 }
 
@@ -127,16 +145,18 @@ std::vector<VT_Point> Circle::outline(std::int32_t count) const {
     return points;
 }
 
-Scene model_in_front(const std::string& file) {
+Scene model_in_front(const std::string& file, const Variation& variation) {
     Scene scene;
+    Random random(variation);
+    const VT_Int_Pair size{std::min(random.varied(window_size.x), window_size.x),
+                           std::min(random.varied(window_size.y), window_size.y)};
     const VT_Reference<Recorder> recorder(new Recorder(scene));
     const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
     app::scene::Scene_Renderer renderer(app::scene::load_model(file), {143, 169, 196, 255}, false);
     app::scene::Camera_Settings settings;
     settings.view = app::scene::View::front;
-    settings.aspect = static_cast<double>(window_size.x - 1) / (window_size.y - 1);
-    renderer.draw(*recorder, *rendition, {0, window_size.x - 1, 0, window_size.y - 1},
-                  app::scene::fit_camera(settings, renderer.points()), {});
+    settings.aspect = static_cast<double>(size.x - 1) / (size.y - 1);
+    renderer.draw(*recorder, *rendition, {0, size.x - 1, 0, size.y - 1}, app::scene::fit_camera(settings, renderer.points()), {});
     return scene;
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/random.h"
 #include "renderer/host/color.h"
 #include "renderer/host/geometry.h"
 
@@ -39,6 +40,8 @@ struct Scene {
 
     // Those that the polygon is cut into included.
     std::int64_t triangle_count() const noexcept;
+    // Of the strips' triangles, in pixels.
+    double area() const noexcept;
     // Calls visit(strip) for every strip.
     template <class Visitor> void for_each_strip(Visitor&& visit) const {
         std::size_t first = 0;
@@ -50,13 +53,16 @@ struct Scene {
     }
 };
 
-// Right triangles with legs of so many pixels, each a strip of its own, at random places, depths and places of the texture.
-Scene scattered_triangles(std::int32_t legs, std::int32_t count);
-// One strip of two triangles over the whole window, but for its last column and row.
-Scene covering_strip();
+// Right triangles with legs of so many pixels, each a strip of its own, at random places and places of the texture. Their depths
+// are random too, but come nearer from triangle to triangle, so that with 200 of 512 pixels half of the pixels pass the test.
+Scene scattered_triangles(std::int32_t legs, std::int32_t count, const Variation& variation = {},
+                          VT_Int_Pair window = window_size);
 
 // The window tiled with right triangles in strips, so many layers deep, with random depths.
-Scene tiled_triangles(std::int32_t legs, std::int32_t layers);
+Scene tiled_triangles(std::int32_t legs, std::int32_t layers, const Variation& variation = {});
+
+// One strip of so many points, 10 pixels high, along the rows of the window and back to its beginning.
+Scene long_strip(std::int32_t count);
 
 // A jagged star that fills the window's height, its corners alternating between random distances from the centre.
 Scene jagged_star(std::int32_t count);
@@ -70,7 +76,7 @@ struct Circle {
     std::vector<VT_Point> outline(std::int32_t count) const;
 };
 
-// A model file as a camera in front of it sees it, lit, filling the window's height. Throws std::runtime_error.
-Scene model_in_front(const std::string& file);
+// A model file as a camera in front of it sees it, lit, filling the window's height; varied, smaller. Throws std::runtime_error.
+Scene model_in_front(const std::string& file, const Variation& variation = {});
 
 } // namespace bench

@@ -21,12 +21,11 @@ using Surface_Holder = std::unique_ptr<SDL_Surface, decltype(&SDL_FreeSurface)>;
 
 class Sdl_Canvas final : public Memory_Canvas {
 public:
-    Sdl_Canvas(const Surface& surface, const Primitives& primitives) : primitives_(primitives) {
-        if (const auto* circles = std::get_if<Circles>(&primitives)) {
-            outline_ = polygon_round(circles->radius);
-            outline_.push_back(outline_.front());
-            corners_.resize(outline_.size());
-        } else if (const auto* image = std::get_if<Image>(&primitives)) {
+    Sdl_Canvas(const Surface& surface, const Subject& subject) : subject_(subject) {
+        if (const auto* scene = std::get_if<Scene>(&subject)) {
+            make_vertices(*scene, surface.shading);
+            SDL_SetRenderDrawBlendMode(renderer_.get(), surface.alpha ? SDL_BLENDMODE_BLEND : SDL_BLENDMODE_NONE);
+        } else if (const auto* image = std::get_if<Image>(&subject)) {
             // Without an alpha channel in the target blending is quickest, with the target's own format copying.
             source_.reset(checked(SDL_CreateRGBSurfaceWithFormatFrom(const_cast<VT_RGB32*>(image->pixels.data()), image->size.x,
                                                                      image->size.y, 32, 4 * image->size.x,
@@ -36,12 +35,30 @@ public:
     }
 
     void draw() override {
-        std::visit([this](const auto& primitives) { draw_all(primitives); }, primitives_);
+        std::visit([this](const auto& subject) { draw_all(subject); }, subject_);
     }
     void finish() override { SDL_RenderFlush(renderer_.get()); }
 
 private:
     static constexpr std::uint32_t target_format = SDL_PIXELFORMAT_RGB888, blended_format = SDL_PIXELFORMAT_ARGB8888;
+
+    // A flat triangle takes the colour of its third point.
+    void make_vertices(const Scene& scene, Shading shading) {
+        scene.for_each_strip([&](const Strip& strip) {
+            for (std::int32_t k = 0; k + 2 < strip.length; ++k) {
+                for (std::int32_t i = k; i < k + 3; ++i) {
+                    const VT_RGB32 color = strip.colors[shading == Shading::flat ? k + 2 : i];
+                    vertices_.push_back({{static_cast<float>(strip.points[i].x), static_cast<float>(from_top(strip.points[i].y))},
+                                         {color.red, color.green, color.blue, color.alpha},
+                                         {}});
+                }
+            }
+        });
+    }
+
+    void draw_all(const Scene&) {
+        SDL_RenderGeometry(renderer_.get(), nullptr, vertices_.data(), static_cast<int>(vertices_.size()), nullptr, 0);
+    }
 
     void draw_all(const Lines& lines) {
         for (std::size_t i = 0; i < lines.points.size(); i += 2) {
@@ -54,7 +71,8 @@ private:
     void draw_all(const Circles& circles) {
         for (std::size_t i = 0; i < circles.centers.size(); ++i) {
             const VT_DCI_Point center = circles.centers[i];
-            circles.filled ? fill_round(center, circles.radius, circles.colors[i]) : draw_round(center, circles.colors[i]);
+            circles.filled ? fill_round(center, circles.radii[i], circles.colors[i])
+                           : draw_round(center, circles.radii[i], circles.colors[i]);
         }
     }
 
@@ -86,7 +104,13 @@ private:
         SDL_FillRects(target_.get(), spans_.data(), static_cast<int>(spans_.size()), word_of(color));
     }
 
-    void draw_round(VT_DCI_Point center, VT_RGB32 color) {
+    void draw_round(VT_DCI_Point center, std::int32_t radius, VT_RGB32 color) {
+        if (radius != outline_radius_) {
+            outline_ = polygon_round(radius);
+            outline_.push_back(outline_.front());
+            corners_.resize(outline_.size());
+            outline_radius_ = radius;
+        }
         for (std::size_t i = 0; i < corners_.size(); ++i) {
             corners_[i] = {center.x + static_cast<int>(std::lround(outline_[i].x)),
                            from_top(center.y) + static_cast<int>(std::lround(outline_[i].y))};
@@ -104,22 +128,24 @@ private:
 
     void set_color(VT_RGB32 color) { SDL_SetRenderDrawColor(renderer_.get(), color.red, color.green, color.blue, color.alpha); }
 
-    const Primitives& primitives_;
+    const Subject& subject_;
     Surface_Holder source_{nullptr, SDL_FreeSurface};
     Surface_Holder target_{
-        checked(SDL_CreateRGBSurfaceWithFormatFrom(pixels(), window_size.x, window_size.y, 32, bytes_per_row, target_format)),
+        checked(SDL_CreateRGBSurfaceWithFormatFrom(pixels(), window_size.x, window_size.y, 32, bytes_per_row(), target_format)),
         SDL_FreeSurface};
     std::unique_ptr<SDL_Renderer, decltype(&SDL_DestroyRenderer)> renderer_{checked(SDL_CreateSoftwareRenderer(target_.get())),
                                                                             SDL_DestroyRenderer};
     std::vector<SDL_Rect> spans_;   // of a filled circle
     std::vector<VT_Point> outline_; // closed
+    std::int32_t outline_radius_ = 0;
+    std::vector<SDL_Vertex> vertices_; // three a triangle
     std::vector<SDL_Point> corners_;
 };
 
 } // namespace
 
-std::unique_ptr<Canvas> make_sdl_canvas(const Surface& surface, const Primitives& primitives) {
-    return std::make_unique<Sdl_Canvas>(surface, primitives);
+std::unique_ptr<Canvas> make_sdl_canvas(const Surface& surface, const Subject& subject) {
+    return std::make_unique<Sdl_Canvas>(surface, subject);
 }
 
 } // namespace bench

@@ -30,7 +30,9 @@ template <> struct Is_Whole_Group<All> { static constexpr bool value = true; };
 //   Target              what the kernel was handed, a Pixel_Target
 //   Depth, Pixel        the depth rule, and how a 32-bit pixel combines
 //   format, depth, pixel, clip
+//   fetches_ahead       long spans ask for memory of a row to come, which no processor foresees
 //   hides_transparent   pixels of alpha 0 are not there at all, depth included
+//   row_to_come(target, row) where fetches_ahead: a row that is soon drawn as this one is
 //   pattern_bits(target, column, row) where clip is patterned: bit i tells whether the pattern draws the pixel i columns on
 template <class Rules, class Source> struct Span {
     using Depth = typename Rules::Depth;
@@ -151,8 +153,21 @@ private:
             if (count > 0) {
                 fill_solid(column, count);
             }
-        } else {
+        } else if (count > 0) {
+            const std::uint8_t* color_ahead = color_row;
+            const std::uint8_t* depth_ahead = depth_row;
+            if constexpr (Rules::fetches_ahead) {
+                const std::int32_t later = Rules::row_to_come(target, row);
+                color_ahead = target.color_rows[later];
+                depth_ahead = Depth::reads ? target.depth_rows[later] : nullptr;
+            }
             for (; count > 0; count -= lane_count, column += lane_count) {
+                if constexpr (Rules::fetches_ahead) {
+                    KRB_FETCH_EARLY(color_ahead + std::int64_t{pixel_bytes} * column);
+                    if constexpr (Depth::reads) {
+                        KRB_FETCH_EARLY(depth_ahead + std::int64_t{2} * column);
+                    }
+                }
                 draw_drawable(column, All{});
                 advance_group();
             }

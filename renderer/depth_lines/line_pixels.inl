@@ -111,6 +111,7 @@ template <Line_Configuration c> struct Line_Span_Rules {
     static constexpr Pixel_Format format = c.format;
     static constexpr Pixel_Rule pixel = c.pixel;
     static constexpr Clip_Rule clip = c.clip;
+    static constexpr bool fetches_ahead = false;
     static constexpr bool hides_transparent = false;
 };
 

@@ -36,7 +36,7 @@ protected:
 // The most columns and the most rows of a buffer that the host makes.
 inline constexpr std::int32_t largest_buffer_side = 16384;
 
-// A zero-filled buffer of the host's own: one block, rows aligned to 64 bytes and a multiple of 64 bytes long.
+// A zero-filled buffer of the host's own: one block, rows aligned to 64 bytes and an odd multiple of 64 bytes apart.
 // Throws std::bad_alloc, and std::invalid_argument for a width or height outside 1 to 16384 or a format without pixels.
 VORNA_API VT_Reference<Frame_Buffer> make_frame_buffer(std::int32_t width, std::int32_t height, Buffer_Format format);
 

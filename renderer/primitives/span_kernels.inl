@@ -17,6 +17,7 @@ template <Pixel_Format of_format, class Combination, Clip_Rule of_clip> struct S
     static constexpr Pixel_Format format = of_format;
     static constexpr Pixel_Rule pixel = Pixel::reads ? Pixel_Rule::blend : Pixel_Rule::store;
     static constexpr Clip_Rule clip = of_clip;
+    static constexpr bool fetches_ahead = false;
     static constexpr bool hides_transparent = false;
 };
 

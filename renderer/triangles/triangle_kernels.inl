@@ -93,7 +93,13 @@ template <Triangle_Configuration c> struct Triangle_Rules {
     static constexpr Pixel_Format format = c.format;
     static constexpr Pixel_Rule pixel = c.pixel;
     static constexpr Clip_Rule clip = c.clip;
+    static constexpr bool fetches_ahead = true;
     static constexpr bool hides_transparent = !is_flat(c) && c.pixel == Pixel_Rule::blend;
+
+    static std::int32_t row_to_come(const Triangle_Target& target, std::int32_t row) {
+        constexpr std::int32_t rows_ahead = 2;
+        return row + rows_ahead < target.end_row ? row + rows_ahead : row;
+    }
 
     static std::uint32_t pattern_bits(const Triangle_Target& target, std::int32_t column, std::int32_t row) {
         return krb::KRB_KERNEL_SET::pattern_bits(*target.pattern, column, row);
