@@ -117,10 +117,12 @@ void draw_frame(Session& session, VT_Rendition& rendition, const Drawn_Model& mo
     VD_Draw_Window(renderer, rendition);
     VD_Clear_Depth_Rectangle(renderer, rendition);
     if (model.faces) {
-        model.faces->draw(renderer, rendition, session.window(), camera, settings);
+        model.faces->prepare(scene::Tile_Grid(session.window()), camera, settings);
+        model.faces->draw(renderer, rendition, 0);
     }
     if (model.edges) {
-        model.edges->draw(renderer, rendition, session.window(), camera, edge_settings);
+        model.edges->prepare(scene::Tile_Grid(session.window()), camera, edge_settings);
+        model.edges->draw(renderer, rendition, 0);
     }
     renderer.end_picture_all();
 }

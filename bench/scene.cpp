@@ -135,8 +135,9 @@ Scene model_in_front(const std::string& file) {
     app::scene::Camera_Settings settings;
     settings.view = app::scene::View::front;
     settings.aspect = static_cast<double>(window_size.x - 1) / (window_size.y - 1);
-    renderer.draw(*recorder, *rendition, {0, window_size.x - 1, 0, window_size.y - 1},
-                  app::scene::fit_camera(settings, renderer.points()), {});
+    renderer.prepare(app::scene::Tile_Grid({0, window_size.x - 1, 0, window_size.y - 1}),
+                     app::scene::fit_camera(settings, renderer.points()), {});
+    renderer.draw(*recorder, *rendition, 0);
     return scene;
 }
 
