@@ -1,12 +1,14 @@
 // The command vorna.
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <new>
 #include <string>
 
 #include "app/command.h"
+#include "app/interruption.h"
 #include "app/render_command.h"
 #include "app/replay_command.h"
 
@@ -46,6 +48,11 @@ int main(int count, char** arguments) {
         return run(count, arguments);
     } catch (const app::Usage_Error& error) {
         return complain(error.what(), app::exit_status::wrong_usage);
+    } catch (const app::Interrupted& interrupted) {
+        // As if nothing had been put in its way, now that what was unfinished is gone.
+        std::signal(interrupted.signal, SIG_DFL);
+        std::raise(interrupted.signal);
+        return app::exit_status::failed;
     } catch (const std::bad_alloc&) {
         return complain("out of memory", app::exit_status::failed);
     } catch (const std::exception& error) {

@@ -116,10 +116,14 @@ public:
     Pen& operator=(const Pen&) = delete;
     ~Pen() { finish_polyline(); }
 
+    // To be called where segments that are not drawn lie between: other tiles may draw them, and all must join the same ones.
+    void lift() { finish_polyline(); }
+
     // color: null = that of the pen, as for all other segments.
     void draw(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
         cut_in_pieces(from, to, [&](const VT_DCI_Point& start, const VT_DCI_Point& end) {
             if (!lies_in(window_, start) || !lies_in(window_, end)) {
+                finish_polyline();
                 return;
             }
             if (depths_) {
@@ -306,9 +310,15 @@ void Edge_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& renditi
     Pen pen(renderer, rendition, common_part(rendition.window.rectangle, frame_), settings_,
             settings_.color.value_or(base_color_));
     const bool colored = !settings_.color && !colors_.empty();
+    std::size_t next = 0; // to the edge drawn last
     bins_.for_each(tile, runs_.size(), [&](std::size_t run) {
         for (std::size_t edge = runs_[run].first; edge < runs_[run].end; ++edge) {
-            if (const std::optional<Segment> segment = segment_of(edge)) {
+            const std::optional<Segment> segment = segment_of(edge);
+            if (edge != next || !segment) {
+                pen.lift();
+            }
+            next = edge + 1;
+            if (segment) {
                 pen.draw(segment->from, segment->to, colored ? &colors_[edge] : nullptr);
             }
         }

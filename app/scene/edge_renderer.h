@@ -48,6 +48,8 @@ public:
     // Draws what touches a tile of the prepared picture; the renderer's window is the tile's. Edges over faces obey the depth
     // buffer, others leave it alone. Several threads may draw at once, each through a renderer and a rendition of its own.
     void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const;
+    // Bytes that prepare takes, roughly, in pictures of several tiles.
+    std::uint64_t prepared_memory() const noexcept { return 32 * edges_.points.size() + 16 * edges_.chains.size(); }
 
 private:
     class Pen;
