@@ -7,6 +7,7 @@
 #include <new>
 #include <string>
 
+#include "app/assemble_command.h"
 #include "app/command.h"
 #include "app/interruption.h"
 #include "app/render_command.h"
@@ -31,6 +32,7 @@ int run(int count, char** arguments) {
     app::add_module_options(application);
     app::add_replay_command(application, status);
     app::add_render_command(application, status);
+    app::add_assemble_command(application, status);
     try {
         application.parse(count, arguments);
     } catch (const CLI::Success& request) {
