@@ -27,4 +27,9 @@ Session::Session(const Module_Choice& choice) try : module_(with_kernels_forced(
     throw Usage_Error(error.what());
 }
 
+void Session::set_window(const VT_Int_Rectangle& window) {
+    options().set_window_origin({window.left, window.bottom});
+    options().set_window_size({window.right - window.left + 1, window.top - window.bottom + 1});
+}
+
 } // namespace app

@@ -9,7 +9,6 @@
 
 #include "app/scene/clipper.h"
 #include "app/scene/vectors.h"
-#include "app/scene/viewport.h"
 #include "vorna/draw.h"
 
 namespace app::scene {
@@ -20,6 +19,11 @@ constexpr std::uint32_t none = 0xFFFFFFFF;
 constexpr float crease_cosine = 0.8660254F;
 // Depth units by which lines and faces may differ where both should be the same, for both round.
 constexpr std::int32_t least_lift = 2;
+// Edges of a run in pictures of several tiles: a tile draws whole runs.
+constexpr std::size_t longest_run = 32;
+// Steps of a piece of a line.
+constexpr std::int32_t longest_piece = 64;
+static_assert(Edge_Renderer::tile_margin >= longest_piece + 2);
 
 std::uint8_t mean(std::uint8_t a, std::uint8_t b) {
     return static_cast<std::uint8_t>((a + b + 1) / 2);
@@ -31,6 +35,41 @@ VT_DCI_Point device_point(const Viewport& viewport, const Clip_Point& p) {
 
 bool same(const VT_DCI_Point& a, const VT_DCI_Point& b) {
     return a.x == b.x && a.y == b.y && a.z == b.z;
+}
+
+// Calls piece(from, to) for the parts of a segment that are drawn one by one, 64 steps long at most. Tiles draw the parts that
+// lie wholly in their windows, so that every tile draws the same pixels of a line, however long it is; device lines must not
+// leave the window anyhow. Parts end where the segment passes nearest to a pixel's middle, so near that no bend is seen.
+template <class Piece> void cut_in_pieces(const VT_DCI_Point& from, const VT_DCI_Point& to, Piece piece) {
+    const std::int64_t dx = to.x - from.x, dy = to.y - from.y, dz = to.z - from.z;
+    const std::int64_t steps = std::max(std::abs(dx), std::abs(dy)), movement = std::min(std::abs(dx), std::abs(dy));
+    const auto point_at = [&](std::int64_t i) {
+        const auto moved = [=](std::int32_t start, std::int64_t change) {
+            const std::int64_t twice = 2 * change * i + steps;
+            return start + static_cast<std::int32_t>((twice - ((twice % (2 * steps) + 2 * steps) % (2 * steps))) / (2 * steps));
+        };
+        return VT_DCI_Point{moved(from.x, dx), moved(from.y, dy), moved(from.z, dz)};
+    };
+    VT_DCI_Point start = from;
+    for (std::int64_t first = 0; steps - first > longest_piece;) {
+        std::int64_t best = first + longest_piece, least = steps;
+        for (std::int64_t i = best; i >= first + longest_piece / 2; --i) {
+            const std::int64_t beside = movement * i % steps, distance = std::min(beside, steps - beside);
+            if (distance < least) {
+                least = distance;
+                best = i;
+            }
+        }
+        const VT_DCI_Point end = point_at(best);
+        piece(start, end);
+        start = end;
+        first = best;
+    }
+    piece(start, to);
+}
+
+bool lies_in(const VT_Int_Rectangle& rectangle, const VT_DCI_Point& p) {
+    return rectangle.left <= p.x && p.x <= rectangle.right && rectangle.bottom <= p.y && p.y <= rectangle.top;
 }
 
 // A look at the depths of a window.
@@ -59,9 +98,10 @@ private:
 // found pixel by pixel along it first.
 class Edge_Renderer::Pen {
 public:
+    // window: of the renderer, as far as there is something of the picture in it.
     Pen(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, const Edge_Settings& settings,
         VT_RGB32 color)
-        : renderer_(renderer), rendition_(new VT_Rendition(rendition)) {
+        : renderer_(renderer), rendition_(new VT_Rendition(rendition)), window_(window) {
         VT_Line_Attributes& line = rendition_->line;
         line = {};
         line.color = color;
@@ -76,13 +116,22 @@ public:
     Pen& operator=(const Pen&) = delete;
     ~Pen() { finish_polyline(); }
 
+    // To be called where segments that are not drawn lie between: other tiles may draw them, and all must join the same ones.
+    void lift() { finish_polyline(); }
+
     // color: null = that of the pen, as for all other segments.
     void draw(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
-        if (depths_) {
-            draw_visible(from, to, color);
-        } else {
-            append(from, to, color);
-        }
+        cut_in_pieces(from, to, [&](const VT_DCI_Point& start, const VT_DCI_Point& end) {
+            if (!lies_in(window_, start) || !lies_in(window_, end)) {
+                finish_polyline();
+                return;
+            }
+            if (depths_) {
+                draw_visible(start, end, color);
+            } else {
+                append(start, end, color);
+            }
+        });
     }
 
 private:
@@ -139,6 +188,7 @@ private:
 
     VT_Renderer_Data& renderer_;
     VT_Reference<VT_Rendition> rendition_;
+    const VT_Int_Rectangle window_;
     std::optional<Depths> depths_;
     std::vector<VT_DCI_Point> points_;
     std::vector<VT_RGB32> colors_; // of the segments
@@ -215,30 +265,74 @@ void Edge_Renderer::set_colors(const Mesh& mesh, VT_RGB32 base_color) {
     }
 }
 
-void Edge_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window,
-                         const Camera& camera, const Edge_Settings& settings) {
-    projection_.project(positions_, camera, window);
-    choose_edges(camera, settings);
+void Edge_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const Edge_Settings& settings) {
+    camera_ = camera;
+    viewport_ = Viewport(grid.frame);
+    frame_ = grid.frame;
+    settings_ = settings;
+    projection_.project(positions_, camera, grid.frame);
+    choose_edges();
     if (settings.over_faces) {
-        lift_points(camera, window, settings.culling);
+        lift_points();
     }
-    Pen pen(renderer, rendition, window, settings, settings.color.value_or(base_color_));
-    const bool colored = !settings.color && !colors_.empty();
-    for (std::size_t edge = 0; edge + 1 < edges_.chains.size(); ++edge) {
-        if (drawn_[edge]) {
-            draw_edge(pen, edge, colored ? &colors_[edge] : nullptr, camera, window, settings.over_faces);
+    bins_.start(grid);
+    gather_runs();
+    if (bins_.sorts()) {
+        for (std::size_t r = 0; r < runs_.size(); ++r) {
+            Extent extent;
+            for (std::size_t edge = runs_[r].first; edge < runs_[r].end; ++edge) {
+                if (const std::optional<Segment> segment = segment_of(edge)) {
+                    extent.include(segment->from);
+                    extent.include(segment->to);
+                }
+            }
+            bins_.add(static_cast<std::uint32_t>(r), extent);
         }
+        bins_.finish();
     }
 }
 
-void Edge_Renderer::choose_edges(const Camera& camera, const Edge_Settings& settings) {
-    const bool culls = settings.culling == Culling::back, only_features = settings.choice == Edge_Choice::features;
+void Edge_Renderer::gather_runs() {
+    runs_.clear();
+    const auto end = static_cast<std::uint32_t>(edges_.chains.size() - 1);
+    for (std::uint32_t edge = 0; edge < end; ++edge) {
+        if (!drawn_[edge]) {
+            continue;
+        }
+        if (runs_.empty() || runs_.back().end != edge || (bins_.sorts() && edge - runs_.back().first >= longest_run)) {
+            runs_.push_back({edge, edge});
+        }
+        runs_.back().end = edge + 1;
+    }
+}
+
+void Edge_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
+    Pen pen(renderer, rendition, common_part(rendition.window.rectangle, frame_), settings_,
+            settings_.color.value_or(base_color_));
+    const bool colored = !settings_.color && !colors_.empty();
+    std::size_t next = 0; // to the edge drawn last
+    bins_.for_each(tile, runs_.size(), [&](std::size_t run) {
+        for (std::size_t edge = runs_[run].first; edge < runs_[run].end; ++edge) {
+            const std::optional<Segment> segment = segment_of(edge);
+            if (edge != next || !segment) {
+                pen.lift();
+            }
+            next = edge + 1;
+            if (segment) {
+                pen.draw(segment->from, segment->to, colored ? &colors_[edge] : nullptr);
+            }
+        }
+    });
+}
+
+void Edge_Renderer::choose_edges() {
+    const bool culls = settings_.culling == Culling::back, only_features = settings_.choice == Edge_Choice::features;
     drawn_.assign(edges_.chains.size(), !culls && !only_features);
     if (culls || only_features) {
         constexpr std::uint8_t front = 1, back = 2;
         for (std::size_t side = 0; side < edges_.triangle_edges.size(); ++side) {
             if (const std::uint32_t edge = edges_.triangle_edges[side]; edge != no_edge) {
-                drawn_[edge] |= faces_.face_viewer(side / 3, camera) ? front : back;
+                drawn_[edge] |= faces_.face_viewer(side / 3, camera_) ? front : back;
             }
         }
         for (std::size_t edge = 0; edge < drawn_.size(); ++edge) {
@@ -259,17 +353,18 @@ void Edge_Renderer::choose_edges(const Camera& camera, const Edge_Settings& sett
 // way. Only faces that are seen count: an edge between two that a closed surface hides, or that are left out, is moved by no more
 // than rounding takes. Triangles seen so exactly from their side that they cover no pixel need nothing. Points have one lift for
 // all such edges that meet there, the largest: polylines stay joined, and pixels around a point lie in any of its faces.
-void Edge_Renderer::lift_points(const Camera& camera, const VT_Int_Rectangle& window, Culling culling) {
+void Edge_Renderer::lift_points() {
+    const Culling culling = settings_.culling;
     lifts_.assign(edges_.points.size(), least_lift);
     lifted_.assign(edges_.chains.size(), false);
     const bool seen_from_front = enclosure_ != Enclosure::looking_inwards || culling == Culling::back;
     const bool seen_from_back = enclosure_ != Enclosure::looking_outwards && culling == Culling::none;
     for (std::size_t t = 0; t < faces_.size(); ++t) {
-        const bool front = faces_.face_viewer(t, camera);
+        const bool front = faces_.face_viewer(t, camera_);
         if (front ? !seen_from_front : !seen_from_back) {
             continue;
         }
-        const auto lift = least_lift + static_cast<std::int32_t>(rise_of(t, camera, window));
+        const auto lift = least_lift + static_cast<std::int32_t>(rise_of(t));
         for (std::size_t corner = 3 * t; corner < 3 * t + 3; ++corner) {
             std::int32_t& highest = lifts_[edges_.triangles[corner]];
             highest = std::max(highest, lift);
@@ -281,7 +376,7 @@ void Edge_Renderer::lift_points(const Camera& camera, const VT_Int_Rectangle& wi
 }
 
 // How far a triangle's depth changes over two columns and a row, from 0 to 65535.
-double Edge_Renderer::rise_of(std::size_t triangle, const Camera& camera, const VT_Int_Rectangle& window) const {
+double Edge_Renderer::rise_of(std::size_t triangle) const {
     const std::uint32_t* corners = &edges_.triangles[3 * triangle];
     double x[3], y[3], z[3], w[3];
     if ((projection_.planes[corners[0]] | projection_.planes[corners[1]] | projection_.planes[corners[2]]) == 0) {
@@ -293,11 +388,10 @@ double Edge_Renderer::rise_of(std::size_t triangle, const Camera& camera, const 
             w[i] = 1;
         }
     } else {
-        const Viewport viewport(window);
         for (int i = 0; i < 3; ++i) {
-            const Clip_Point p = transformed(camera.clip_from_model, edges_.points[corners[i]]);
-            x[i] = p.x * viewport.half_width;
-            y[i] = p.y * viewport.half_height;
+            const Clip_Point p = transformed(camera_.clip_from_model, edges_.points[corners[i]]);
+            x[i] = p.x * viewport_.half_width;
+            y[i] = p.y * viewport_.half_height;
             z[i] = p.z * farthest_depth;
             w[i] = p.w;
         }
@@ -318,30 +412,29 @@ double Edge_Renderer::rise_of(std::size_t triangle, const Camera& camera, const 
     return std::min(2 * std::abs(along_x) + std::abs(along_y), farthest - nearest);
 }
 
-void Edge_Renderer::draw_edge(Pen& pen, std::size_t edge, const VT_RGB32* color, const Camera& camera,
-                              const VT_Int_Rectangle& window, bool over_faces) const {
+// Where an edge is drawn, if it is seen.
+std::optional<Edge_Renderer::Segment> Edge_Renderer::segment_of(std::size_t edge) const {
     const std::uint32_t ends[2] = {edges_.chains[edge], edges_.chains[edge + 1]};
     const std::uint8_t planes[2] = {projection_.planes[ends[0]], projection_.planes[ends[1]]};
     if ((planes[0] & planes[1]) != 0) {
-        return;
+        return std::nullopt;
     }
     VT_DCI_Point points[2] = {projection_.device_points[ends[0]], projection_.device_points[ends[1]]};
     if ((planes[0] | planes[1]) != 0) {
         const Clip_Segment segment =
-            clip_segment(transformed(camera.clip_from_model, edges_.points[ends[0]]),
-                         transformed(camera.clip_from_model, edges_.points[ends[1]]), planes[0] | planes[1]);
+            clip_segment(transformed(camera_.clip_from_model, edges_.points[ends[0]]),
+                         transformed(camera_.clip_from_model, edges_.points[ends[1]]), planes[0] | planes[1]);
         if (!segment.visible) {
-            return;
+            return std::nullopt;
         }
         // Ends that are kept must be where the faces have them.
-        const Viewport viewport(window);
-        points[0] = planes[0] ? device_point(viewport, segment.from) : points[0];
-        points[1] = planes[1] ? device_point(viewport, segment.to) : points[1];
+        points[0] = planes[0] ? device_point(viewport_, segment.from) : points[0];
+        points[1] = planes[1] ? device_point(viewport_, segment.to) : points[1];
     }
-    for (int i = 0; i < 2 && over_faces; ++i) {
+    for (int i = 0; i < 2 && settings_.over_faces; ++i) {
         points[i].z = std::max(points[i].z - (lifted_[edge] ? lifts_[ends[i]] : least_lift), 0);
     }
-    pen.draw(points[0], points[1], color);
+    return Segment{points[0], points[1]};
 }
 
 } // namespace app::scene

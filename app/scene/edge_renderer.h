@@ -12,6 +12,7 @@
 #include "app/scene/mesh.h"
 #include "app/scene/projected_points.h"
 #include "app/scene/scene.h"
+#include "app/scene/viewport.h"
 #include "renderer/host/renderer_data.h"
 #include "renderer/host/rendition.h"
 
@@ -39,22 +40,36 @@ public:
     const std::vector<VT_Vector>& points() const noexcept { return edges_.points; }
     std::string summary() const;
 
-    // Draws into the window's pixels. Edges over faces obey the depth buffer, others leave it alone.
-    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, const Camera& camera,
-              const Edge_Settings& settings);
+    // Margin that tiles of pictures with edges need: lines are drawn in pieces that lie wholly in the window.
+    static constexpr std::int32_t tile_margin = 72;
+
+    // Does what a picture needs once: which edges are drawn, and where.
+    void prepare(const Tile_Grid& grid, const Camera& camera, const Edge_Settings& settings);
+    // Draws what touches a tile of the prepared picture; the renderer's window is the tile's. Edges over faces obey the depth
+    // buffer, others leave it alone. Several threads may draw at once, each through a renderer and a rendition of its own.
+    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const;
+    // Bytes that prepare takes, roughly, in pictures of several tiles.
+    std::uint64_t prepared_memory() const noexcept { return 32 * edges_.points.size() + 16 * edges_.chains.size(); }
 
 private:
     class Pen;
+    // Edges that are drawn, one after the other in a chain.
+    struct Run {
+        std::uint32_t first, end;
+    };
+    struct Segment {
+        VT_DCI_Point from, to;
+    };
     enum class Enclosure { none, looking_outwards, looking_inwards }; // faces of a closed surface
 
     Enclosure enclosure_of(const Mesh& mesh) const;
     void set_features(const Mesh& mesh);
     void set_colors(const Mesh& mesh, VT_RGB32 base_color);
-    void choose_edges(const Camera& camera, const Edge_Settings& settings);
-    void lift_points(const Camera& camera, const VT_Int_Rectangle& window, Culling culling);
-    double rise_of(std::size_t triangle, const Camera& camera, const VT_Int_Rectangle& window) const;
-    void draw_edge(Pen& pen, std::size_t edge, const VT_RGB32* color, const Camera& camera, const VT_Int_Rectangle& window,
-                   bool over_faces) const;
+    void choose_edges();
+    void lift_points();
+    double rise_of(std::size_t triangle) const;
+    void gather_runs();
+    std::optional<Segment> segment_of(std::size_t edge) const;
 
     Edges edges_;
     Vector_Columns positions_;
@@ -64,11 +79,17 @@ private:
     std::vector<VT_RGB32> colors_;       // none, or by edge
     std::vector<std::uint8_t> features_; // by edge: whether it is one from everywhere
 
-    // Of the picture being drawn.
+    // Of the prepared picture.
+    Camera camera_;
+    Viewport viewport_{{}};
+    VT_Int_Rectangle frame_;
+    Edge_Settings settings_;
     Projected_Points projection_;
     std::vector<std::uint8_t> drawn_;  // by edge; the last place of a chain is none
     std::vector<std::int32_t> lifts_;  // by point, see lift_points
     std::vector<std::uint8_t> lifted_; // by edge: whether it bounds a face that is seen
+    std::vector<Run> runs_;
+    Tile_Bins bins_;
 };
 
 } // namespace app::scene

@@ -1,10 +1,12 @@
 // A model laid out for drawing, once for all pictures of it.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "app/scene/camera.h"
+#include "app/scene/tiles.h"
 #include "renderer/host/renderer_data.h"
 #include "renderer/host/rendition.h"
 
@@ -31,9 +33,14 @@ public:
     // How large it is, in words.
     virtual std::string summary() const = 0;
 
-    // Draws into the window's pixels. Faces seen from behind are lit from behind.
-    virtual void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window,
-                      const Camera& camera, const Picture_Settings& settings) = 0;
+    // Does what a picture needs once: projection, light, and which triangles lie in which tile. Faces seen from behind are lit
+    // from behind.
+    virtual void prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) = 0;
+    // Draws what touches a tile of the prepared picture; the renderer's window is the tile's. Several threads may draw at once,
+    // each through a renderer and a rendition of its own.
+    virtual void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const = 0;
+    // Bytes that prepare takes, roughly, in pictures of several tiles.
+    virtual std::uint64_t prepared_memory() const noexcept = 0;
 };
 
 } // namespace app::scene

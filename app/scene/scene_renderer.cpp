@@ -5,24 +5,16 @@
 #include <cmath>
 
 #include "app/scene/vectors.h"
-#include "app/scene/viewport.h"
 #include "vorna/draw.h"
 
 namespace app::scene {
 namespace {
 
 constexpr std::uint32_t none = 0xFFFFFFFF;
-} // namespace
+// Triangles of a run in pictures of several tiles: a tile draws whole runs.
+constexpr std::size_t longest_run = 32;
 
-// What stays the same over one picture.
-struct Scene_Renderer::Drawing {
-    VT_Renderer_Data& renderer;
-    const VT_Rendition& rendition;
-    const Camera& camera;
-    Viewport viewport;
-    bool flat;
-    bool cull_backs;
-};
+} // namespace
 
 Scene_Renderer::Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors) : triangle_count_(mesh.triangle_count()) {
     const Strips strips = make_strips(mesh.triangles, static_cast<std::uint32_t>(mesh.positions.size()));
@@ -87,9 +79,9 @@ void Scene_Renderer::light(const Camera& camera, const Picture_Settings& setting
     }
 }
 
-Scene_Renderer::Manner Scene_Renderer::manner_of(const Drawing& drawing, std::size_t place) const noexcept {
-    const bool front = faces_.face_viewer(place, drawing.camera);
-    if (!front && drawing.cull_backs) {
+Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place) const noexcept {
+    const bool front = faces_.face_viewer(place, camera_);
+    if (!front && cull_backs_) {
         return Manner::hidden;
     }
     if (projection_.any_beyond) {
@@ -105,96 +97,161 @@ Scene_Renderer::Manner Scene_Renderer::manner_of(const Drawing& drawing, std::si
     return front ? Manner::front : Manner::back;
 }
 
-void Scene_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window,
-                          const Camera& camera, const Picture_Settings& settings) {
-    projection_.project(positions_, camera, window);
+void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) {
+    camera_ = camera;
+    viewport_ = Viewport(grid.frame);
+    flat_ = settings.shading == Shading::flat;
+    cull_backs_ = settings.culling == Culling::back;
+    projection_.project(positions_, camera, grid.frame);
     light(camera, settings);
-    const Drawing drawing{
-        renderer, rendition, camera, Viewport(window), settings.shading == Shading::flat, settings.culling == Culling::back};
+    bins_.start(grid);
+    cut_strips();
+    if (bins_.sorts()) {
+        for (std::size_t r = 0; r < runs_.size(); ++r) {
+            bins_.add(static_cast<std::uint32_t>(r), extent_of(runs_[r]));
+        }
+        bins_.finish();
+    }
+}
+
+// Into runs of triangles of one manner.
+void Scene_Renderer::cut_strips() {
+    runs_.clear();
     for (std::size_t s = 0; s < strip_count(); ++s) {
-        draw_strip(drawing, strip_starts_[s], strip_starts_[s + 1]);
-    }
-}
-
-// A strip is drawn in runs of triangles of one manner.
-void Scene_Renderer::draw_strip(const Drawing& drawing, std::size_t begin, std::size_t end) {
-    std::size_t first = begin;
-    Manner manner = manner_of(drawing, begin);
-    const auto finish = [&](std::size_t place) {
-        if (manner == Manner::crossing) {
-            for (; first < place; ++first) {
-                draw_clipped(drawing, first);
+        const std::size_t end = strip_starts_[s + 1] - 2;
+        std::size_t first = strip_starts_[s];
+        Manner manner = manner_of(first);
+        const auto finish = [&](std::size_t place) {
+            const std::size_t longest = !bins_.sorts() ? place - first : manner == Manner::crossing ? 1 : longest_run;
+            for (; first < place; first += longest) {
+                if (manner != Manner::hidden) {
+                    runs_.push_back({static_cast<std::uint32_t>(first),
+                                     static_cast<std::uint32_t>(std::min(longest, place - first)), manner});
+                }
             }
-        } else if (manner != Manner::hidden) {
-            draw_run(drawing, first, place - first, manner);
+            first = place;
+        };
+        for (std::size_t place = first + 1; place < end; ++place) {
+            const Manner next = manner_of(place);
+            if (next != manner) {
+                finish(place);
+                manner = next;
+            }
         }
-        first = place;
-    };
-    for (std::size_t place = begin + 1; place + 2 < end; ++place) {
-        const Manner next = manner_of(drawing, place);
-        if (next != manner) {
-            finish(place);
-            manner = next;
-        }
+        finish(end);
     }
-    finish(end - 2);
 }
 
-void Scene_Renderer::draw_run(const Drawing& drawing, std::size_t first, std::size_t triangles, Manner manner) {
-    const std::vector<VT_RGB32>& colors = manner == Manner::front ? front_colors_ : back_colors_;
-    const std::size_t count = triangles + 2;
-    if (run_points_.size() < count) {
-        run_points_.resize(count);
-        run_colors_.resize(count);
+Extent Scene_Renderer::extent_of(const Run& run) const {
+    Extent extent;
+    if (run.manner == Manner::crossing) {
+        for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
+            const Clip_Polygon polygon = clipped(place);
+            for (std::size_t i = 0; i < polygon.count; ++i) {
+                extent.include(device_point(polygon.vertices[i], place));
+            }
+        }
+    } else {
+        for (std::size_t place = run.first; place < run.first + run.triangles + 2; ++place) {
+            extent.include(projection_.device_points[strip_vertices_[place]]);
+        }
     }
-    for (std::size_t i = 0; i < count; ++i) {
-        run_points_[i] = projection_.device_points[strip_vertices_[first + i]];
-    }
-    const auto point_count = static_cast<std::int32_t>(count);
-    if (drawing.flat) {
-        VD_Draw_DCI_Colorized_Polytriangle(drawing.renderer, drawing.rendition, point_count, run_points_.data(),
-                                           colors.data() + first, false);
-        return;
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-        run_colors_[i] = colors[strip_vertices_[first + i]];
-    }
-    VD_Draw_DCI_Gouraud_Polytriangle(drawing.renderer, drawing.rendition, point_count, run_points_.data(), run_colors_.data());
+    return extent;
 }
 
-void Scene_Renderer::draw_clipped(const Drawing& drawing, std::size_t place) {
-    const std::vector<VT_RGB32>& colors = faces_.face_viewer(place, drawing.camera) ? front_colors_ : back_colors_;
+// What is inside the view volume of a triangle that crosses it.
+Clip_Polygon Scene_Renderer::clipped(std::size_t place) const {
+    const std::vector<VT_RGB32>& colors = faces_.face_viewer(place, camera_) ? front_colors_ : back_colors_;
     std::array<Clip_Vertex, 3> triangle;
     std::uint8_t planes = 0;
     for (std::size_t i = 0; i < 3; ++i) {
         const std::uint32_t vertex = strip_vertices_[place + i];
-        triangle[i] = {transformed(drawing.camera.clip_from_model, points_[vertex]), colors[drawing.flat ? place : vertex],
+        triangle[i] = {transformed(camera_.clip_from_model, points_[vertex]), colors[flat_ ? place : vertex],
                        static_cast<int>(i)};
         planes |= projection_.planes[vertex];
     }
-    const Clip_Polygon polygon = clip_triangle(triangle, planes);
-    if (polygon.count < 3) {
-        return;
+    return clip_triangle(triangle, planes);
+}
+
+// Corners that are kept must be where the neighbouring triangles have them.
+VT_DCI_Point Scene_Renderer::device_point(const Clip_Vertex& vertex, std::size_t place) const {
+    const Clip_Point& p = vertex.point;
+    return vertex.corner >= 0 ? projection_.device_points[strip_vertices_[place + static_cast<std::size_t>(vertex.corner)]]
+                              : viewport_.device_point(static_cast<float>(p.x / p.w), static_cast<float>(p.y / p.w),
+                                                       static_cast<float>(p.z / p.w));
+}
+
+// Gathers the points and colours of runs and hands them over.
+class Scene_Renderer::Drawing {
+public:
+    Drawing(const Scene_Renderer& scene, VT_Renderer_Data& renderer, const VT_Rendition& rendition)
+        : scene_(scene), renderer_(renderer), rendition_(rendition) {}
+
+    void draw(const Run& run) {
+        if (run.manner == Manner::crossing) {
+            for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
+                draw_clipped(place);
+            }
+        } else {
+            draw_whole(run);
+        }
     }
-    // A convex polygon as a strip: from its first vertex to and fro between its two sides.
-    std::array<VT_DCI_Point, 9> points;
-    std::array<VT_RGB32, 9> point_colors;
-    for (std::size_t i = 0; i < polygon.count; ++i) {
-        const Clip_Vertex& vertex = polygon.vertices[i % 2 ? (i + 1) / 2 : (polygon.count - i / 2) % polygon.count];
-        const Clip_Point& p = vertex.point;
-        // Corners that are kept must be where the neighbouring triangles have them.
-        points[i] = vertex.corner >= 0
-                        ? projection_.device_points[strip_vertices_[place + static_cast<std::size_t>(vertex.corner)]]
-                        : drawing.viewport.device_point(static_cast<float>(p.x / p.w), static_cast<float>(p.y / p.w),
-                                                        static_cast<float>(p.z / p.w));
-        point_colors[i] = vertex.color;
+
+private:
+    void draw_whole(const Run& run) {
+        const std::vector<VT_RGB32>& colors = run.manner == Manner::front ? scene_.front_colors_ : scene_.back_colors_;
+        const std::size_t count = std::size_t{run.triangles} + 2;
+        if (points_.size() < count) {
+            points_.resize(count);
+            colors_.resize(count);
+        }
+        const std::uint32_t* vertices = &scene_.strip_vertices_[run.first];
+        for (std::size_t i = 0; i < count; ++i) {
+            points_[i] = scene_.projection_.device_points[vertices[i]];
+        }
+        const auto point_count = static_cast<std::int32_t>(count);
+        if (scene_.flat_) {
+            VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, point_count, points_.data(), colors.data() + run.first,
+                                               false);
+            return;
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            colors_[i] = colors[vertices[i]];
+        }
+        VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, point_count, points_.data(), colors_.data());
     }
-    const auto count = static_cast<std::int32_t>(polygon.count);
-    if (drawing.flat) {
-        VD_Draw_DCI_Colorized_Polytriangle(drawing.renderer, drawing.rendition, count, points.data(), point_colors.data(), true);
-    } else {
-        VD_Draw_DCI_Gouraud_Polytriangle(drawing.renderer, drawing.rendition, count, points.data(), point_colors.data());
+
+    void draw_clipped(std::size_t place) {
+        const Clip_Polygon polygon = scene_.clipped(place);
+        if (polygon.count < 3) {
+            return;
+        }
+        // A convex polygon as a strip: from its first vertex to and fro between its two sides.
+        std::array<VT_DCI_Point, 9> points;
+        std::array<VT_RGB32, 9> colors;
+        for (std::size_t i = 0; i < polygon.count; ++i) {
+            const Clip_Vertex& vertex = polygon.vertices[i % 2 ? (i + 1) / 2 : (polygon.count - i / 2) % polygon.count];
+            points[i] = scene_.device_point(vertex, place);
+            colors[i] = vertex.color;
+        }
+        const auto count = static_cast<std::int32_t>(polygon.count);
+        if (scene_.flat_) {
+            VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, count, points.data(), colors.data(), true);
+        } else {
+            VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, count, points.data(), colors.data());
+        }
     }
+
+    const Scene_Renderer& scene_;
+    VT_Renderer_Data& renderer_;
+    const VT_Rendition& rendition_;
+    std::vector<VT_DCI_Point> points_;
+    std::vector<VT_RGB32> colors_;
+};
+
+void Scene_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
+    Drawing drawing(*this, renderer, rendition);
+    bins_.for_each(tile, runs_.size(), [&](std::size_t run) { drawing.draw(runs_[run]); });
 }
 
 } // namespace app::scene

@@ -13,6 +13,7 @@
 #include "app/scene/projected_points.h"
 #include "app/scene/scene.h"
 #include "app/scene/strips.h"
+#include "app/scene/viewport.h"
 
 namespace app::scene {
 
@@ -26,20 +27,27 @@ public:
     std::size_t strip_count() const noexcept { return strip_starts_.size() - 1; }
     std::string summary() const override;
 
-    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, const Camera& camera,
-              const Picture_Settings& settings) override;
+    void prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) override;
+    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const override;
+    std::uint64_t prepared_memory() const noexcept override { return 40 * points_.size() + 24 * strip_vertices_.size(); }
 
 private:
     // How a triangle is drawn.
     enum class Manner { front, back, crossing, hidden };
-    struct Drawing;
+    // Triangles of one strip and one manner, by the places where they begin.
+    struct Run {
+        std::uint32_t first, triangles;
+        Manner manner;
+    };
+    class Drawing;
 
     void lay_out(const Mesh& mesh, const Strips& strips);
     void light(const Camera& camera, const Picture_Settings& settings);
-    Manner manner_of(const Drawing& drawing, std::size_t place) const noexcept;
-    void draw_strip(const Drawing& drawing, std::size_t begin, std::size_t end);
-    void draw_run(const Drawing& drawing, std::size_t first, std::size_t triangles, Manner manner);
-    void draw_clipped(const Drawing& drawing, std::size_t place);
+    Manner manner_of(std::size_t place) const noexcept;
+    void cut_strips();
+    Extent extent_of(const Run& run) const;
+    Clip_Polygon clipped(std::size_t place) const;
+    VT_DCI_Point device_point(const Clip_Vertex& vertex, std::size_t place) const;
 
     // Vertices in the order in which strips first use them.
     std::vector<VT_Vector> points_;
@@ -50,11 +58,14 @@ private:
     Surfaces faces_;
     std::size_t triangle_count_ = 0;
 
-    // Of the picture being drawn.
+    // Of the prepared picture.
+    Camera camera_;
+    Viewport viewport_{{}};
+    bool flat_ = false, cull_backs_ = false;
     Projected_Points projection_;                      // of vertices
     std::vector<VT_RGB32> front_colors_, back_colors_; // by vertex, or by place in flat shading
-    std::vector<VT_DCI_Point> run_points_;
-    std::vector<VT_RGB32> run_colors_;
+    std::vector<Run> runs_;
+    Tile_Bins bins_;
 };
 
 } // namespace app::scene

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <mutex>
 #include <numbers>
 
 namespace app::scene {
@@ -139,21 +140,33 @@ VT_Reference<const VT_Basic_Material> Texture::material(const Level& level, cons
         // Where a texture repeats, all places to begin at are the same.
         return wraps_[axis] == Wrap::clamp && level[axis] < log2_sides_[axis] ? tiles[axis].first : 0;
     };
-    VT_Reference<const VT_Basic_Material>& found =
-        materials_[{level[0], level[1], origin(0), tiles[0].log2_count, origin(1), tiles[1].log2_count}];
-    if (found) {
-        return found;
+    const std::array<std::int32_t, 6> key{level[0], level[1], origin(0), tiles[0].log2_count, origin(1), tiles[1].log2_count};
+    {
+        const std::shared_lock looking(lock_);
+        if (const auto found = materials_.find(key); found != materials_.end()) {
+            return found->second;
+        }
     }
+    const std::unique_lock making(lock_);
+    VT_Reference<const VT_Basic_Material>& found = materials_[key];
+    if (!found) {
+        found = made_material(level, tiles, {origin(0), origin(1)});
+    }
+    return found;
+}
+
+VT_Reference<const VT_Basic_Material> Texture::made_material(const Level& level, const std::array<Tiles, 2>& tiles,
+                                                             VT_Int_Pair origin) {
     const Image& texture = image(level);
     const std::int32_t width = texture.width << tiles[0].log2_count, height = texture.height << tiles[1].log2_count;
     const VT_Reference<VT_Shared_Image> repeated(
         new VT_Shared_Image(width, height, Buffer_Format::rgb32, 4 * width, nullptr, false, false));
     for (std::int32_t r = 0; r < height; ++r) {
-        const std::int32_t up = origin(1) * texture.height + height - 1 - r;
+        const std::int32_t up = origin.y * texture.height + height - 1 - r;
         const VT_RGB32* row = texture.row(texture.height - 1 - wrapped(up, texture.height, wraps_[1]));
         auto* texels = reinterpret_cast<VT_RGB32*>(repeated->row(r));
         for (std::int32_t c = 0; c < width; ++c) {
-            texels[c] = row[wrapped(origin(0) * texture.width + c, texture.width, wraps_[0])];
+            texels[c] = row[wrapped(origin.x * texture.width + c, texture.width, wraps_[0])];
             if (transparency_ == Transparency::cut_out) {
                 texels[c].alpha = texels[c].alpha < least_alpha_ ? 0 : 255;
             }
@@ -161,8 +174,7 @@ VT_Reference<const VT_Basic_Material> Texture::material(const Level& level, cons
     }
     const VT_Reference<VT_Basic_Material> made(new VT_Basic_Material);
     made->texture = repeated;
-    found = made;
-    return found;
+    return made;
 }
 
 } // namespace app::scene

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <map>
+#include <shared_mutex>
 #include <string>
 #include <vector>
 
@@ -35,7 +36,7 @@ public:
         double texel[2];        // size of a texel in coordinates
         double low[2], high[2]; // the image's coordinates a hair inside its borders
     };
-    // covered: how much of either coordinate a pixel covers.
+    // covered: how much of either coordinate a pixel covers. Several threads may ask at once.
     Cut cut(const double (&covered)[2], const double (&low)[2], const double (&high)[2]);
 
 private:
@@ -51,6 +52,8 @@ private:
     Level chosen_level(const double (&covered)[2], const std::array<Tiles, 2>& tiles) const;
     const Image& image(const Level& level);
     VT_Reference<const VT_Basic_Material> material(const Level& level, const std::array<Tiles, 2>& tiles);
+    VT_Reference<const VT_Basic_Material> made_material(const Level& level, const std::array<Tiles, 2>& tiles,
+                                                        VT_Int_Pair origin);
 
     std::string name_;
     VT_Int_Pair given_size_;
@@ -58,6 +61,7 @@ private:
     Transparency transparency_;
     std::int32_t least_alpha_ = 0; // of texels that are there
     std::array<std::int32_t, 2> log2_sides_;
+    std::shared_mutex lock_; // of the images, which are made when they are first asked for
     std::map<Level, Image> levels_;
     // By level, then first tile and logarithm of the count along either axis.
     std::map<std::array<std::int32_t, 6>, VT_Reference<const VT_Basic_Material>> materials_;

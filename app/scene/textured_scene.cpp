@@ -10,7 +10,6 @@
 
 #include "app/scene/model_reader.h"
 #include "app/scene/vectors.h"
-#include "app/scene/viewport.h"
 #include "vorna/draw.h"
 
 namespace app::scene {
@@ -88,15 +87,20 @@ struct Textured_Scene::Corner {
     }
 };
 
-// What stays the same over one picture, and the paint in use.
+// Drawing of one tile, and the paint in use.
 struct Textured_Scene::Drawing {
     VT_Renderer_Data& renderer;
     VT_Rendition& rendition;
-    const Camera& camera;
-    Viewport viewport;
-    bool cull_backs;
+    const Viewport& viewport;
+    VT_Int_Rectangle window;
     const Paint* paint = nullptr;
 
+    // Whether a triangle may touch the window. Pieces of a triangle lie in it but for rounding.
+    bool shows(const Corner& a, const Corner& b, const Corner& c) const {
+        const auto [left, right] = std::minmax({a.device.x, b.device.x, c.device.x});
+        const auto [bottom, top] = std::minmax({a.device.y, b.device.y, c.device.y});
+        return left - 1 <= window.right && right + 1 >= window.left && bottom - 1 <= window.top && top + 1 >= window.bottom;
+    }
     // Draws a triangle whose edges run evenly enough.
     void draw(const std::array<const Corner*, 3>& corners);
 
@@ -244,8 +248,8 @@ void Textured_Scene::light(const Camera& camera, const Picture_Settings& setting
     }
 }
 
-// By the distance of their centroids.
-void Textured_Scene::sort_translucent(const Camera& camera) {
+// Translucent triangles by the distance of their centroids.
+void Textured_Scene::order_drawing(const Camera& camera) {
     std::vector<double> nearness(triangles_.size() - opaque_count_);
     for (std::size_t t = opaque_count_; t < triangles_.size(); ++t) {
         VT_Vector_D centroid;
@@ -254,30 +258,39 @@ void Textured_Scene::sort_translucent(const Camera& camera) {
         }
         nearness[t - opaque_count_] = camera.eye_is_place ? -length(camera.eye - centroid) : dot(camera.toward, centroid);
     }
-    translucent_.resize(nearness.size());
-    std::iota(translucent_.begin(), translucent_.end(), opaque_count_);
-    std::ranges::stable_sort(translucent_, {}, [&](std::size_t t) { return nearness[t - opaque_count_]; });
+    order_.resize(triangles_.size());
+    std::iota(order_.begin(), order_.end(), 0U);
+    std::ranges::stable_sort(order_.begin() + static_cast<std::ptrdiff_t>(opaque_count_), order_.end(), {},
+                             [&](std::uint32_t t) { return nearness[t - opaque_count_]; });
 }
 
-void Textured_Scene::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window,
-                          const Camera& camera, const Picture_Settings& settings) {
+void Textured_Scene::prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) {
+    camera_ = camera;
+    viewport_ = Viewport(grid.frame);
+    cull_backs_ = settings.culling == Culling::back;
     transform(camera);
     light(camera, settings);
-    sort_translucent(camera);
-    const VT_Reference<VT_Rendition> own(new VT_Rendition(rendition));
-    Drawing drawing{renderer, *own, camera, Viewport(window), settings.culling == Culling::back};
-    for (std::size_t t = 0; t < opaque_count_; ++t) {
-        draw_triangle(drawing, t);
-    }
-    for (const std::size_t t : translucent_) {
-        draw_triangle(drawing, t);
+    order_drawing(camera);
+    bins_.start(grid);
+    if (bins_.sorts()) {
+        for (std::size_t place = 0; place < order_.size(); ++place) {
+            bins_.add(static_cast<std::uint32_t>(place), extent_of(order_[place]));
+        }
+        bins_.finish();
     }
 }
 
-void Textured_Scene::draw_triangle(Drawing& drawing, std::size_t triangle) const {
-    const bool front = faces_.face_viewer(triangle, drawing.camera);
-    if (!front && drawing.cull_backs) {
-        return;
+void Textured_Scene::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
+    const VT_Reference<VT_Rendition> own(new VT_Rendition(rendition));
+    Drawing drawing{renderer, *own, viewport_, rendition.window.rectangle};
+    bins_.for_each(tile, order_.size(), [&](std::size_t place) { draw_triangle(drawing, order_[place]); });
+}
+
+// What is seen of a triangle, perhaps nothing.
+Clip_Polygon Textured_Scene::clipped(std::size_t triangle) const {
+    const bool front = faces_.face_viewer(triangle, camera_);
+    if (!front && cull_backs_) {
+        return {};
     }
     std::array<Clip_Vertex, 3> vertices;
     std::uint8_t planes = 0, common = 0xFF;
@@ -289,11 +302,22 @@ void Textured_Scene::draw_triangle(Drawing& drawing, std::size_t triangle) const
         planes |= beyond_[vertex];
         common &= beyond_[vertex];
     }
-    if (common != 0) {
-        return;
+    return common != 0 ? Clip_Polygon{} : clip_triangle(vertices, planes);
+}
+
+Extent Textured_Scene::extent_of(std::size_t triangle) const {
+    const Clip_Polygon polygon = clipped(triangle);
+    Extent extent;
+    for (std::size_t i = 0; i < polygon.count; ++i) {
+        const Clip_Point& p = polygon.vertices[i].point;
+        extent.include(viewport_.device_point(static_cast<float>(p.x / p.w), static_cast<float>(p.y / p.w), 0));
     }
+    return extent;
+}
+
+void Textured_Scene::draw_triangle(Drawing& drawing, std::size_t triangle) const {
+    const Clip_Polygon polygon = clipped(triangle);
     drawing.paint = &paints_[triangle_paints_[triangle]];
-    const Clip_Polygon polygon = clip_triangle(vertices, planes);
     std::array<Corner, 9> corners;
     for (std::size_t i = 0; i < polygon.count; ++i) {
         const Clip_Vertex& vertex = polygon.vertices[i];
@@ -315,6 +339,9 @@ void Textured_Scene::draw_triangle(Drawing& drawing, std::size_t triangle) const
 
 // Halves what needs it until the pieces can be drawn. Ends because the error of a half is at most half as large.
 void Textured_Scene::draw_piece(Drawing& drawing, const Corner& a, const Corner& b, const Corner& c) const {
+    if (!drawing.shows(a, b, c)) {
+        return;
+    }
     const std::array<const Corner*, 3> corners{&a, &b, &c};
     std::array<bool, 3> halved{}; // the edge from each corner to the next
     int count = 0;

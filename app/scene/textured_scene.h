@@ -12,6 +12,7 @@
 #include "app/scene/mesh.h"
 #include "app/scene/scene.h"
 #include "app/scene/texture.h"
+#include "app/scene/viewport.h"
 
 namespace app::scene {
 
@@ -30,8 +31,9 @@ public:
     const std::vector<VT_Vector>& points() const noexcept override { return points_; }
     std::string summary() const override;
 
-    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, const Camera& camera,
-              const Picture_Settings& settings) override;
+    void prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) override;
+    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const override;
+    std::uint64_t prepared_memory() const noexcept override { return 64 * points_.size() + 40 * triangles_.size(); }
 
 private:
     struct Drawing;
@@ -50,7 +52,9 @@ private:
     void set_colors(const Mesh& mesh, const std::vector<std::uint32_t>& vertices, VT_RGB32 base_color, bool own_colors);
     void transform(const Camera& camera);
     void light(const Camera& camera, const Picture_Settings& settings);
-    void sort_translucent(const Camera& camera);
+    void order_drawing(const Camera& camera);
+    Clip_Polygon clipped(std::size_t triangle) const;
+    Extent extent_of(std::size_t triangle) const;
     void draw_triangle(Drawing& drawing, std::size_t triangle) const;
     void draw_piece(Drawing& drawing, const Corner& a, const Corner& b, const Corner& c) const;
 
@@ -66,11 +70,15 @@ private:
     Surfaces faces_;
     std::size_t opaque_count_ = 0;
 
-    // Of the picture being drawn.
+    // Of the prepared picture.
+    Camera camera_;
+    Viewport viewport_{{}};
+    bool cull_backs_ = false;
     std::vector<Clip_Point> clip_points_;
     std::vector<std::uint8_t> beyond_;
     std::vector<VT_RGB32> front_colors_, back_colors_;
-    std::vector<std::size_t> translucent_; // triangles, the farthest first
+    std::vector<std::uint32_t> order_; // triangles as they are drawn: opaque ones, then translucent ones, the farthest first
+    Tile_Bins bins_;                   // of places in the order
 };
 
 } // namespace app::scene

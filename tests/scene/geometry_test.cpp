@@ -207,7 +207,8 @@ protected:
         recorded = &result;
         finish_mesh(mesh, "m");
         Scene_Renderer scene(mesh, {200, 200, 200, 255}, true);
-        scene.draw(*renderer_, *rendition_, window_, fit_camera(camera_settings, scene.points()), settings);
+        scene.prepare(Tile_Grid(window_), fit_camera(camera_settings, scene.points()), settings);
+        scene.draw(*renderer_, *rendition_, 0);
         return result;
     }
 
