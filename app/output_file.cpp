@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "app/path.h"
+#include "app/standard_streams.h"
 
 namespace app {
 
@@ -53,6 +54,10 @@ Output_Files::~Output_Files() {
 }
 
 void Output_Files::add(const std::string& name, std::string_view bytes) {
+    if (name == "-") {
+        standard_output_ += bytes;
+        return;
+    }
     const fs::path path = path_of(name);
     std::error_code none;
     if (fs::is_directory(path, none)) {
@@ -81,6 +86,15 @@ void Output_Files::commit() {
             fail(pending_.front().target, reason);
         }
         pending_.erase(pending_.begin());
+    }
+    if (!standard_output_.empty()) {
+        set_binary(stdout);
+        errno = 0;
+        if (std::fwrite(standard_output_.data(), 1, standard_output_.size(), stdout) != standard_output_.size() ||
+            std::fflush(stdout) != 0) {
+            fail("standard output", last_error());
+        }
+        standard_output_.clear();
     }
 }
 

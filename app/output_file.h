@@ -17,7 +17,7 @@ public:
     Output_Files& operator=(const Output_Files&) = delete;
     ~Output_Files();
 
-    // Throws std::runtime_error that names the file.
+    // "-" is standard output, which is written at commit. Throws std::runtime_error that names the file.
     void add(const std::string& name, std::string_view bytes);
     void commit();
 
@@ -27,6 +27,7 @@ private:
         std::filesystem::path target;
     };
     std::vector<Pending> pending_;
+    std::string standard_output_;
 };
 
 // One file by itself.

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <utility>
 #include <vector>
@@ -15,6 +16,8 @@
 #include "app/command.h"
 #include "app/image_file.h"
 #include "app/output_file.h"
+#include "app/picture/picture_file.h"
+#include "app/picture/recorder.h"
 #include "app/scene/color_name.h"
 #include "app/scene/edge_renderer.h"
 #include "app/scene/model_reader.h"
@@ -39,6 +42,7 @@ double milliseconds_since(Clock::time_point start) {
 
 struct Render_Options {
     std::string model, output;
+    std::string record; // empty = not asked for
     std::string size = "1280x960", background = "white", color = "#8fa9c4", light = "-0.5,0.65,0.7";
     bool color_given = false;
     scene::Camera_Settings camera;
@@ -209,6 +213,10 @@ void render(const Render_Options& options, const Module_Choice& module) {
     camera_settings.aspect = static_cast<double>(size.x) / size.y;
     camera_settings.projection = options.orthographic ? scene::Projection::orthographic : scene::Projection::perspective;
     Session session(module);
+    std::optional<picture::Recorder> recorder;
+    if (!options.record.empty()) {
+        recorder.emplace(session);
+    }
 
     const auto load_start = Clock::now();
     const scene::Mesh mesh = scene::load_model(options.model);
@@ -228,13 +236,24 @@ void render(const Render_Options& options, const Module_Choice& module) {
     rendition->window.rectangle = session.window();
     rendition->window.color = background;
     rendition->window.index = static_cast<std::uint8_t>(session.palette().closest_match(background, false));
+    picture::Picture recording;
     std::vector<double> draws;
     for (int i = 0; i < options.repeat; ++i) {
         const auto start = Clock::now();
         draw_frame(session, *rendition, model, camera, picture, edge_settings);
         draws.push_back(milliseconds_since(start));
+        if (recorder && i == 0) {
+            const VT_Int_Rectangle window = session.window();
+            recording =
+                recorder->finish(VT_Int_Rectangle{window.left, window.right - margin, window.bottom, window.top - margin});
+        }
     }
-    write_file(options.output, png_of(picture_of(session), session.palette()));
+    Output_Files files;
+    files.add(options.output, png_of(picture_of(session), session.palette()));
+    if (recorder) {
+        files.add(options.record, picture::file_of(recording, options.record));
+    }
+    files.commit();
     if (options.stats) {
         print_stats(model, load, setup, std::move(draws));
     }
@@ -267,6 +286,8 @@ void add_render_command(CLI::App& application, int& status) {
     const auto options = std::make_shared<Render_Options>();
     command.add_option("model", options->model, "Model file: PLY, OBJ, STL and whatever assimp reads")->required();
     command.add_option("-o,--output", options->output, "PNG file to write")->required();
+    command.add_option("--record", options->record, "Write what is drawn as a picture for replay too, compressed as FILE.gz")
+        ->type_name("FILE");
     command.add_option("--size", options->size, "Width and height in pixels")->type_name("WxH")->capture_default_str();
     using scene::View;
     add_choice(command, "--view", options->camera.view, "Side to look at",

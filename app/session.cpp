@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "app/picture/recorder.h"
 #include "renderer/host/rendition.h"
-#include "vorna/draw.h"
 
 namespace app {
 
@@ -38,8 +38,18 @@ Session::Session(const Module_Choice& choice) : module_(with_kernels_forced(choi
 }
 
 void Session::establish() {
+    if (recorder_) {
+        recorder_->before_establish();
+    }
     renderer_->establish_all();
     color_buffer();
+    if (recorder_) {
+        recorder_->after_establish();
+    }
+}
+
+const Action_Table& Session::actions() const noexcept {
+    return recorder_ ? recorder_->own_actions() : renderer_->actions;
 }
 
 VT_Int_Rectangle Session::window() const {
@@ -55,14 +65,19 @@ const Frame_Buffer& Session::color_buffer() const {
     return *buffer;
 }
 
-VT_Reference<VT_Shared_Image> Session::read_depth() {
-    const VT_Int_Rectangle area = window();
+// Through the renderer's own slot: what is recorded are an application's calls.
+VT_Reference<VT_Shared_Image> Session::read_depth(const VT_Int_Rectangle& area) {
     const VT_DCI_Point top_left{area.left, area.top, 0};
     const VT_DCI_Point bottom_right{area.right, area.bottom, 0};
     const Buffer_Format format = Buffer_Format::depth16;
     VT_Reference<VT_Shared_Image> image;
     VT_Reference<const VT_Rendition> rendition(new VT_Rendition);
-    VD_Read_Depth_Image(*renderer_, *rendition, &top_left, &bottom_right, &format, image);
+    const auto& slot = actions().read_depth_image;
+    if (slot.enabled) {
+        slot.function(*slot.owner, *rendition, &top_left, &bottom_right, &format, image);
+    } else {
+        VD_Standard_Read_Depth_Image(*renderer_, *rendition, &top_left, &bottom_right, &format, image);
+    }
     if (!image) {
         throw std::runtime_error("the renderer gave no image of its depth buffer");
     }
