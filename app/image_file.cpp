@@ -35,6 +35,14 @@ Raster raster_of(const VT_Shared_Image& image) {
             image.format()};
 }
 
+Raster cut(Raster raster, const VT_Int_Rectangle& window, const VT_Int_Rectangle& area) noexcept {
+    raster.top +=
+        (window.top - area.top) * raster.row_bytes + std::ptrdiff_t{area.left - window.left} * bytes_per_pixel(raster.format);
+    raster.width = area.right - area.left + 1;
+    raster.height = area.top - area.bottom + 1;
+    return raster;
+}
+
 std::int32_t bytes_per_pixel(Buffer_Format format) noexcept {
     switch (format) {
     case Buffer_Format::index8:

@@ -7,6 +7,7 @@
 
 #include "renderer/host/color.h"
 #include "renderer/host/frame_buffer.h"
+#include "renderer/host/geometry.h"
 
 namespace app {
 
@@ -21,6 +22,8 @@ struct Raster {
 
 Raster raster_of(const Frame_Buffer& buffer);
 Raster raster_of(const VT_Shared_Image& image);
+// The part of a window's raster that shows these device pixels of it.
+Raster cut(Raster raster, const VT_Int_Rectangle& window, const VT_Int_Rectangle& area) noexcept;
 
 std::int32_t bytes_per_pixel(Buffer_Format format) noexcept;
 

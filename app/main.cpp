@@ -9,6 +9,8 @@
 
 #include "app/assemble_command.h"
 #include "app/command.h"
+#include "app/compare_command.h"
+#include "app/info_command.h"
 #include "app/interruption.h"
 #include "app/render_command.h"
 #include "app/replay_command.h"
@@ -33,6 +35,8 @@ int run(int count, char** arguments) {
     app::add_replay_command(application, status);
     app::add_render_command(application, status);
     app::add_assemble_command(application, status);
+    app::add_info_command(application, status);
+    app::add_compare_command(application, status);
     try {
         application.parse(count, arguments);
     } catch (const CLI::Success& request) {

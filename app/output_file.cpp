@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "app/path.h"
+#include "app/standard_streams.h"
 
 namespace app {
 
@@ -87,6 +88,10 @@ void Output_File::commit() {
 }
 
 void Output_Files::add(const std::string& name, std::string_view bytes) {
+    if (name == "-") {
+        standard_output_ += bytes;
+        return;
+    }
     files_.push_back(std::make_unique<Output_File>(name));
     files_.back()->write(bytes);
     files_.back()->close();
@@ -97,6 +102,15 @@ void Output_Files::commit() {
         file->commit();
     }
     files_.clear();
+    if (!standard_output_.empty()) {
+        set_binary(stdout);
+        errno = 0;
+        if (std::fwrite(standard_output_.data(), 1, standard_output_.size(), stdout) != standard_output_.size() ||
+            std::fflush(stdout) != 0) {
+            fail("standard output", last_error());
+        }
+        standard_output_.clear();
+    }
 }
 
 void write_file(const std::string& path, std::string_view bytes) {

@@ -38,12 +38,13 @@ private:
 // Files written together: all of them are complete beside their places before the first one moves there.
 class Output_Files {
 public:
-    // Throws std::runtime_error that names the file.
+    // "-" is standard output, which is written at commit. Throws std::runtime_error that names the file.
     void add(const std::string& name, std::string_view bytes);
     void commit();
 
 private:
     std::vector<std::unique_ptr<Output_File>> files_;
+    std::string standard_output_;
 };
 
 // One file by itself.

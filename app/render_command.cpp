@@ -11,6 +11,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <sstream>
 #include <thread>
 #include <utility>
@@ -22,6 +23,8 @@
 #include "app/interruption.h"
 #include "app/memory.h"
 #include "app/output_file.h"
+#include "app/picture/picture_file.h"
+#include "app/picture/recorder.h"
 #include "app/picture_part.h"
 #include "app/picture_plan.h"
 #include "app/picture_stream.h"
@@ -42,6 +45,7 @@ double milliseconds_since(Clock::time_point start) {
 
 struct Render_Options {
     std::string model, output;
+    std::string record; // empty = not asked for
     std::string size = "1280x960", background = "white", color = "#8fa9c4", light = "-0.5,0.65,0.7";
     bool color_given = false;
     scene::Camera_Settings camera;
@@ -313,6 +317,10 @@ void render(const Render_Options& options, const Module_Choice& module) {
     std::vector<std::unique_ptr<Tile_Artist>> artists;
     const auto add_artist = [&] { artists.push_back(std::make_unique<Tile_Artist>(module, options.colors, background)); };
     add_artist();
+    std::optional<picture::Recorder> recorder;
+    if (!options.record.empty()) {
+        recorder.emplace(artists.front()->session());
+    }
 
     Times times;
     const auto load_start = Clock::now();
@@ -330,11 +338,16 @@ void render(const Render_Options& options, const Module_Choice& module) {
     }
     request.model_memory = resident_memory() + model.prepared_memory();
     const Picture_Plan plan = plan_picture(request);
+    if (recorder && plan.grid.count() > 1) {
+        throw Usage_Error("--record: expected a picture that is drawn in one piece, found one of " +
+                          std::to_string(plan.grid.count()) + " tiles");
+    }
     while (plan.grid.count() > 1 && artists.size() < plan.threads) {
         add_artist();
     }
     times.setup = milliseconds_since(setup_start);
 
+    Output_Files recording;
     const bool several = plan.grid.count() > 1, measured = !several || options.stats || options.repeat > 1;
     for (int i = 0; i < options.repeat; ++i) {
         const auto start = Clock::now();
@@ -344,9 +357,13 @@ void render(const Render_Options& options, const Module_Choice& module) {
             draw_tiles(artists, model, plan.grid);
         }
         times.draws.push_back(milliseconds_since(start));
+        if (recorder && i == 0) {
+            recording.add(options.record, picture::file_of(recorder->finish(plan.grid.pixels(0)), options.record));
+        }
     }
     const auto start = Clock::now();
     write_tiles(options, artists, model, plan, form);
+    recording.commit();
     times.written = milliseconds_since(start);
     if (options.stats) {
         print_stats(model, plan, std::move(times));
@@ -380,6 +397,8 @@ void add_render_command(CLI::App& application, int& status) {
     const auto options = std::make_shared<Render_Options>();
     command.add_option("model", options->model, "Model file: PLY, OBJ, STL and whatever assimp reads")->required();
     command.add_option("-o,--output", options->output, "PNG file to write")->required();
+    command.add_option("--record", options->record, "Write what is drawn as a picture for replay too, compressed as FILE.gz")
+        ->type_name("FILE");
     command.add_option("--size", options->size, "Width and height in pixels")->type_name("WxH")->capture_default_str();
     using scene::View;
     add_choice(command, "--view", options->camera.view, "Side to look at",

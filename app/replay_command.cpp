@@ -2,20 +2,28 @@
 #include "app/replay_command.h"
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <fstream>
-#include <iostream>
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "app/command.h"
 #include "app/image_file.h"
+#include "app/input_file.h"
 #include "app/output_file.h"
+#include "app/path.h"
+#include "app/picture/call_kinds.h"
 #include "app/picture/document.h"
-#include "app/picture/picture_reader.h"
+#include "app/picture/picture_file.h"
+#include "app/picture/recorder.h"
 #include "app/picture/replay.h"
+#include "app/picture/timing.h"
 #include "app/session.h"
 
 namespace app {
@@ -24,31 +32,35 @@ namespace {
 
 struct Replay_Arguments {
     std::string picture;
-    std::string color, depth, color_raw, depth_raw, report; // empty = not asked for
+    std::string color, depth, color_raw, depth_raw, report, record, every_call; // empty = not asked for
+    std::string until, only;
+    std::string timing; // empty, table or json
+    std::string sort = "call";
+    int repeat = 3;
     bool unchecked = false;
 };
 
-std::string read_picture_text(const std::string& path) {
-    if (path == "-") {
-        return picture::read_text(std::cin);
+// The part of a window that a picture shows.
+Raster shown(const Raster& raster, const Session& session, const picture::Picture& picture) {
+    if (!picture.output) {
+        return raster;
     }
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    std::string text = file ? picture::read_text(file) : std::string();
-    if (!file.is_open() || file.bad()) {
-        throw picture::Picture_Error("cannot be read: " + std::generic_category().message(errno));
+    const VT_Int_Rectangle window = session.window(), &area = *picture.output;
+    if (area.left < window.left || area.right > window.right || area.bottom < window.bottom || area.top > window.top ||
+        area.left > area.right || area.bottom > area.top) {
+        throw picture::Picture_Error("output: expected a rectangle inside the window");
     }
-    return text;
+    return cut(raster, window, area);
 }
 
-void write_outputs(const Replay_Arguments& arguments, Session& session, const picture::Report& report) {
-    Output_Files files;
+void add_outputs(const Replay_Arguments& arguments, Session& session, const picture::Picture& picture,
+                 const picture::Report& report, Output_Files& files) {
     const auto write = [&](const std::string& png, const std::string& raw, const Raster& raster) {
         if (!png.empty()) {
-            files.add(png, png_of(raster, session.palette()));
+            files.add(png, png_of(shown(raster, session, picture), session.palette()));
         }
         if (!raw.empty()) {
-            files.add(raw, raw_bytes_of(raster));
+            files.add(raw, raw_bytes_of(shown(raster, session, picture)));
         }
     };
     write(arguments.color, arguments.color_raw, raster_of(session.color_buffer()));
@@ -59,19 +71,132 @@ void write_outputs(const Replay_Arguments& arguments, Session& session, const pi
     if (!arguments.report.empty()) {
         files.add(arguments.report, picture::json_of(report));
     }
+}
+
+// The number of a call that exists.
+std::size_t parsed_call(const char* option, const std::string& whole, std::string_view text, std::size_t calls) {
+    std::size_t call = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), call);
+    if (error != std::errc{} || end != text.data() + text.size() || call >= calls) {
+        throw Usage_Error(
+            std::string(option) + ": expected " +
+            (calls == 0 ? "nothing, because there are no calls" : "numbers of calls from 0 to " + std::to_string(calls - 1)) +
+            ", found '" + whole + "'");
+    }
+    return call;
+}
+
+picture::Replay_Settings settings_of(const Replay_Arguments& arguments, std::size_t calls) {
+    picture::Replay_Settings settings;
+    settings.unchecked = arguments.unchecked;
+    if (!arguments.until.empty()) {
+        settings.last = parsed_call("--until", arguments.until, arguments.until, calls);
+    }
+    if (!arguments.only.empty()) {
+        const std::string_view text = arguments.only;
+        const std::size_t dots = text.find("..");
+        settings.first = parsed_call("--only", arguments.only, text.substr(0, dots), calls);
+        settings.last = dots == text.npos ? settings.first : parsed_call("--only", arguments.only, text.substr(dots + 2), calls);
+        if (settings.last < settings.first) {
+            throw Usage_Error("--only: expected the lower number first, found '" + arguments.only + "'");
+        }
+    }
+    return settings;
+}
+
+// A numbered PNG for every call. The folder is made when it is not there.
+class Every_Call {
+public:
+    Every_Call(const std::string& folder, const picture::Picture& picture, Session& session)
+        : folder_(folder), picture_(picture), session_(session) {
+        std::error_code error;
+        std::filesystem::create_directories(path_of(folder), error);
+        if (error) {
+            throw std::runtime_error(folder + ": cannot be made: " + error.message());
+        }
+    }
+
+    void after_call(std::size_t call) const {
+        const std::size_t digits = std::max<std::size_t>(4, std::to_string(picture_.calls.size()).size());
+        std::string number = std::to_string(call);
+        number.insert(0, digits - number.size(), '0');
+        const std::string name = folder_ + '/' + number + '-' + std::string(picture_.calls[call].kind->name) + ".png";
+        write_file(name, png_of(shown(raster_of(session_.color_buffer()), session_, picture_), session_.palette()));
+    }
+
+private:
+    std::string folder_;
+    const picture::Picture& picture_;
+    Session& session_;
+};
+
+picture::Cost_Order cost_order_of(const Replay_Arguments& arguments) {
+    using picture::Cost_Order;
+    if (!arguments.timing.empty() && arguments.timing != "table" && arguments.timing != "json") {
+        throw Usage_Error("--timing: expected table or json, found '" + arguments.timing + "'");
+    }
+    for (const auto& [name, order] :
+         {std::pair("call", Cost_Order::calls), {"time", Cost_Order::time}, {"pixels", Cost_Order::pixels}}) {
+        if (arguments.sort == name) {
+            return order;
+        }
+    }
+    throw Usage_Error("--sort: expected call, time or pixels, found '" + arguments.sort + "'");
+}
+
+void add_timing(const Replay_Arguments& arguments, const Module_Choice& module, const picture::Picture& picture,
+                const picture::Replay_Settings& settings, std::vector<picture::Call_Cost> costs, Output_Files& files) {
+    picture::measure(picture, module, settings, arguments.repeat, costs);
+    picture::sort(costs, cost_order_of(arguments));
+    files.add("-", arguments.timing == "json" ? picture::json_of(picture, costs) : picture::table_of(picture, costs));
+}
+
+void replay(const Replay_Arguments& arguments, const Module_Choice& module) {
+    cost_order_of(arguments); // wrong options are told before anything is read
+    const picture::Picture picture = picture::load(arguments.picture);
+    const picture::Replay_Settings settings = settings_of(arguments, picture.calls.size());
+    Session session(module);
+    std::optional<picture::Recorder> recorder;
+    std::optional<picture::Change_Counter> counter;
+    std::optional<Every_Call> every_call;
+    picture::Replay_Settings watched = settings;
+    if (!arguments.record.empty()) {
+        recorder.emplace(session);
+    }
+    if (!arguments.timing.empty()) {
+        counter.emplace(picture, session);
+        watched.before_call = [&](std::size_t call) { counter->before_call(call); };
+    }
+    if (!arguments.every_call.empty()) {
+        every_call.emplace(arguments.every_call, picture, session);
+    }
+    watched.after_call = [&](std::size_t call) {
+        if (counter) {
+            counter->after_call(call);
+        }
+        if (every_call) {
+            every_call->after_call(call);
+        }
+    };
+    const picture::Report report = picture::replay(picture, session, watched);
+    Output_Files files;
+    if (recorder) {
+        files.add(arguments.record, picture::file_of(recorder->finish(picture.output), arguments.record));
+    }
+    if (!session.has_depth_buffer() && !(arguments.depth.empty() && arguments.depth_raw.empty())) {
+        throw picture::Picture_Error("there is no depth buffer for --depth or --depth-raw");
+    }
+    add_outputs(arguments, session, picture, report, files);
+    if (counter) {
+        add_timing(arguments, module, picture, settings, counter->costs(), files);
+    }
     files.commit();
 }
 
 void run(const Replay_Arguments& arguments, const Module_Choice& module) {
-    const std::string name = arguments.picture == "-" ? "standard input" : arguments.picture;
+    const std::string name = name_of_input(arguments.picture);
     try {
-        const picture::Picture picture = picture::read_picture(read_picture_text(arguments.picture));
-        Session session(module);
-        const picture::Report report = picture::replay(picture, session, arguments.unchecked);
-        if (!session.has_depth_buffer() && !(arguments.depth.empty() && arguments.depth_raw.empty())) {
-            throw picture::Picture_Error("there is no depth buffer for --depth or --depth-raw");
-        }
-        write_outputs(arguments, session, report);
+        replay(arguments, module);
     } catch (const picture::Picture_Error& error) {
         throw Usage_Error(name + ": " + error.what());
     } catch (const picture::Not_Drawn& error) {
@@ -85,7 +210,9 @@ void add_replay_command(CLI::App& application, int& status) {
     const auto arguments = std::make_shared<Replay_Arguments>();
     CLI::App& command = *application.add_subcommand("replay", "Draw a picture, a JSON document of renderer calls");
     command.fallthrough();
-    command.add_option("picture", arguments->picture, "The picture; - reads standard input")->required()->type_name("PICTURE");
+    command.add_option("picture", arguments->picture, "The picture, plain or compressed; - reads standard input")
+        ->required()
+        ->type_name("PICTURE");
     const auto add_output = [&command](const char* option, std::string& path, const char* what) {
         command.add_option(option, path, what)->type_name("FILE");
     };
@@ -94,7 +221,24 @@ void add_replay_command(CLI::App& application, int& status) {
     add_output("--color-raw", arguments->color_raw, "Write the colour buffer as plain rows, top row first");
     add_output("--depth-raw", arguments->depth_raw, "Write the depth buffer as plain rows, top row first");
     add_output("--report", arguments->report, "Write what happened besides drawing, as JSON");
+    add_output("--record", arguments->record, "Write what was drawn as a picture again, compressed as FILE.gz");
     command.add_flag("--unchecked", arguments->unchecked, "Send coordinates that renderers trust without looking at them");
+    CLI::Option* until =
+        command.add_option("--until", arguments->until, "Stop after call N; the first call is 0")->type_name("N");
+    command.add_option("--only", arguments->only, "Draw with the calls A to B alone; earlier ones only set the renderer up")
+        ->type_name("A..B")
+        ->excludes(until);
+    command.add_option("--every-call", arguments->every_call, "Write the colour buffer after every call, numbered, into DIR")
+        ->type_name("DIR");
+    CLI::Option* timing =
+        command.add_flag("--timing{table}", arguments->timing,
+                         "Print for each call the pixels that it changed and its time; --timing=json: for programs");
+    command.add_option("--sort", arguments->sort, "Order of --timing: call, time or pixels")->type_name("NAME")->needs(timing);
+    command.add_option("--repeat", arguments->repeat, "Times of --timing are the best of so many replays")
+        ->type_name("N")
+        ->check(CLI::Range(1, 100000))
+        ->needs(timing)
+        ->capture_default_str();
     command.callback([&application, &status, arguments] {
         run(*arguments, chosen_module(application));
         status = exit_status::done;

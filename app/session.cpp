@@ -4,6 +4,10 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "app/picture/recorder.h"
+#include "renderer/host/rendition.h"
+#include "vorna/draw.h"
+
 namespace app {
 
 namespace {
@@ -30,6 +34,39 @@ Session::Session(const Module_Choice& choice) try : module_(with_kernels_forced(
 void Session::set_window(const VT_Int_Rectangle& window) {
     options().set_window_origin({window.left, window.bottom});
     options().set_window_size({window.right - window.left + 1, window.top - window.bottom + 1});
+}
+
+void Session::establish() {
+    if (recorder_) {
+        recorder_->before_establish();
+    }
+    canvas_.establish();
+    if (recorder_) {
+        recorder_->after_establish();
+    }
+}
+
+const Action_Table& Session::actions() const noexcept {
+    return recorder_ ? recorder_->own_actions() : canvas_.renderer().actions;
+}
+
+// Through the renderer's own slot: what is recorded are an application's calls.
+VT_Reference<VT_Shared_Image> Session::read_depth(const VT_Int_Rectangle& area) {
+    const VT_DCI_Point top_left{area.left, area.top, 0};
+    const VT_DCI_Point bottom_right{area.right, area.bottom, 0};
+    const Buffer_Format format = Buffer_Format::depth16;
+    VT_Reference<VT_Shared_Image> image;
+    const VT_Reference<const VT_Rendition> rendition(new VT_Rendition);
+    const auto& slot = actions().read_depth_image;
+    if (slot.enabled) {
+        slot.function(*slot.owner, *rendition, &top_left, &bottom_right, &format, image);
+    } else {
+        VD_Standard_Read_Depth_Image(renderer(), *rendition, &top_left, &bottom_right, &format, image);
+    }
+    if (!image) {
+        throw std::runtime_error("the renderer gave no image of its depth buffer");
+    }
+    return image;
 }
 
 } // namespace app

@@ -6,6 +6,10 @@
 
 namespace app {
 
+namespace picture {
+class Recorder;
+}
+
 using vorna::window_of;
 
 class Session {
@@ -20,19 +24,26 @@ public:
     // The part of the picture that is drawn into, as the next establish shall find it.
     void set_window(const VT_Int_Rectangle& window);
     // Fits buffers and actions to options and requested table. Throws when the buffers cannot be had.
-    void establish() { canvas_.establish(); }
+    void establish();
+
+    // Who records what is drawn; null = nobody.
+    void set_recorder(picture::Recorder* recorder) noexcept { recorder_ = recorder; }
+    // The renderer's own slots, whether somebody records or not.
+    const Action_Table& actions() const noexcept;
 
     // Device pixels of the window.
     VT_Int_Rectangle window() const { return canvas_.window(); }
     const VT_Palette& palette() const { return canvas_.palette(); }
     const Frame_Buffer& color_buffer() const { return canvas_.color_buffer(); }
     bool has_depth_buffer() const { return canvas_.has_depth_buffer(); }
-    // A copy of the whole depth buffer, top row first; there must be one.
-    VT_Reference<VT_Shared_Image> read_depth() { return canvas_.read_depth_image(); }
+    // A copy of the whole depth buffer, or of some device pixels of the window, top row first; there must be one.
+    VT_Reference<VT_Shared_Image> read_depth() { return read_depth(window()); }
+    VT_Reference<VT_Shared_Image> read_depth(const VT_Int_Rectangle& area);
 
 private:
     vorna::Module module_;
     vorna::Canvas canvas_;
+    picture::Recorder* recorder_ = nullptr;
 };
 
 } // namespace app

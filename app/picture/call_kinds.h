@@ -116,4 +116,16 @@ constexpr bool is_slot(const Call_Kind& kind) {
     return position_of(kind) < std::size(detail::slot_names);
 }
 
+// Whether the call changes how the renderer draws, not what it has drawn.
+constexpr bool sets_up(const Call_Kind& kind) {
+    return kind.name == "establish" || kind.name.starts_with("set_");
+}
+
+// How many colours a colorized strip, polyline or marker list of that many points takes.
+constexpr std::size_t colors_of(const Call_Kind& kind, std::size_t points, bool single) {
+    const std::size_t fewer = kind.name.ends_with("polytriangle") ? 2 : kind.name.ends_with("polyline") ? 1 : 0;
+    const std::size_t count = points - std::min(points, fewer);
+    return single ? std::min<std::size_t>(count, 1) : count;
+}
+
 } // namespace app::picture

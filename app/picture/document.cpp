@@ -1,7 +1,6 @@
 // JSON documents from untrusted sources.
 #include "app/picture/document.h"
 
-#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -11,7 +10,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::size_t most_bytes = std::size_t{1} << 28;
 constexpr std::size_t deepest_nesting = 32;
 
 // Builds the document and knows at every moment where in it it is.
@@ -107,18 +105,6 @@ private:
 };
 
 } // namespace
-
-std::string read_text(std::istream& stream) {
-    std::string text;
-    std::vector<char> block(std::size_t{1} << 16);
-    while (stream.read(block.data(), static_cast<std::streamsize>(block.size())) || stream.gcount() > 0) {
-        text.append(block.data(), static_cast<std::size_t>(stream.gcount()));
-        if (text.size() > most_bytes) {
-            throw Picture_Error("longer than " + std::to_string(most_bytes >> 20) + " MiB");
-        }
-    }
-    return text;
-}
 
 json parse_document(std::string_view text) {
     Document_Builder builder;

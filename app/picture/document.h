@@ -1,7 +1,7 @@
 // JSON documents from untrusted sources.
 #pragma once
 
-#include <istream>
+#include <cstddef>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -16,8 +16,8 @@ public:
     using Usage_Error::Usage_Error;
 };
 
-// The whole stream. Throws Picture_Error when it is longer than any picture may be.
-std::string read_text(std::istream& stream);
+// Bytes that a document may have, unpacked.
+inline constexpr std::size_t most_bytes = std::size_t{1} << 28;
 
 // Throws Picture_Error for text that is not JSON, for keys that an object gives twice, for numbers beyond all types, and for
 // values nested deeper than a picture ever is.

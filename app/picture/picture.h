@@ -66,8 +66,11 @@ struct Texture {
     std::optional<std::int32_t> width;
     std::optional<std::int32_t> height;
     std::optional<Shared_List<VT_RGB32>> texels; // the row at v = 1 first
+    std::optional<VT_RGB32> color;               // of the material: shows where no texture can be drawn
+    std::optional<VT_Matrix> matrix;             // that texture parameters are multiplied by
 
-    static constexpr auto keys = std::tuple(&Texture::width, &Texture::height, &Texture::texels);
+    static constexpr auto keys =
+        std::tuple(&Texture::width, &Texture::height, &Texture::texels, &Texture::color, &Texture::matrix);
 };
 
 struct Face {
@@ -77,11 +80,12 @@ struct Face {
     std::optional<std::uint8_t> contrast_index;
     std::optional<std::int32_t> pattern;
     std::optional<std::uint32_t> flags;
+    std::optional<std::int32_t> mode; // instead of the rendition's drawing mode
     std::optional<Bitmap> bitmap;
     std::optional<Texture> texture;
 
     static constexpr auto keys = std::tuple(&Face::color, &Face::index, &Face::contrast_color, &Face::contrast_index,
-                                            &Face::pattern, &Face::flags, &Face::bitmap, &Face::texture);
+                                            &Face::pattern, &Face::flags, &Face::mode, &Face::bitmap, &Face::texture);
 };
 
 struct Line_Element {
@@ -113,11 +117,12 @@ struct Line {
     std::optional<std::int32_t> weight;
     std::optional<std::int32_t> style;
     std::optional<std::uint32_t> flags;
+    std::optional<std::int32_t> mode;                       // instead of the rendition's drawing mode
     std::optional<std::optional<Line_Type_Set>> line_types; // given as null: a plain line
     std::optional<std::int32_t> cap;
     std::optional<std::int32_t> join;
 
-    static constexpr auto keys = std::tuple(&Line::color, &Line::index, &Line::weight, &Line::style, &Line::flags,
+    static constexpr auto keys = std::tuple(&Line::color, &Line::index, &Line::weight, &Line::style, &Line::flags, &Line::mode,
                                             &Line::line_types, &Line::cap, &Line::join);
 };
 
@@ -126,8 +131,9 @@ struct Marker {
     std::optional<std::uint8_t> index;
     std::optional<std::int32_t> symbol;
     std::optional<std::int32_t> size;
+    std::optional<std::int32_t> mode; // instead of the rendition's drawing mode
 
-    static constexpr auto keys = std::tuple(&Marker::color, &Marker::index, &Marker::symbol, &Marker::size);
+    static constexpr auto keys = std::tuple(&Marker::color, &Marker::index, &Marker::symbol, &Marker::size, &Marker::mode);
 };
 
 struct Rendition {
@@ -155,7 +161,7 @@ template <class Point> struct Points { std::vector<Point> points; };
 
 template <class Point> struct Colorized {
     std::vector<Point> points;
-    std::vector<VT_RGB32> colors;
+    std::optional<std::vector<VT_RGB32>> colors = std::vector<VT_RGB32>(); // none: the rendition's own
     bool single = false;
 };
 
@@ -296,14 +302,15 @@ struct Call_Kind;
 struct Call {
     const Call_Kind* kind = nullptr; // never null in a picture that was read
     Arguments arguments;
-    std::optional<Rendition> rendition; // laid over the picture's
-    bool standard = false;              // drawn by the host as if the renderer left the slot empty
+    std::shared_ptr<const Rendition> rendition; // laid over the picture's; null = nothing is. Calls may share it
+    bool standard = false;                      // drawn by the host as if the renderer left the slot empty
 };
 
 struct Picture {
     Configuration configuration;
     bool zbuffer_write = true;
     std::int32_t zbuffer_test = 2;
+    std::optional<VT_Int_Rectangle> output; // device pixels that are written; none = the window
     Rendition rendition;
     std::vector<Call> calls;
 };

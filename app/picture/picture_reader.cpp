@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
 
 #include "app/picture/call_kinds.h"
@@ -16,6 +15,17 @@ namespace {
 using nlohmann::json;
 
 constexpr std::int32_t largest_side = 16384;
+
+} // namespace
+
+// What renditions and calls refer to by number.
+struct Shared_Values {
+    std::vector<Shared_List<VT_RGB32>> texels;
+    std::vector<Shared_List<std::vector<VT_Point>>> complex_clips;
+    std::vector<std::shared_ptr<const Rendition>> renditions;
+};
+
+namespace {
 
 // Arrays that stand for one thing; whatever is wrong inside is told of the whole.
 
@@ -53,6 +63,65 @@ template <class Point> Point point(const Reader& reader) {
 
 constexpr auto dci_point = point<VT_DCI_Point>;
 
+// Numbers in a row, width of them for each of the things that they make up.
+template <class Number> std::vector<Number> flat_numbers(const Reader& reader, std::size_t width) {
+    const json& value = reader.value();
+    if (value.size() % width != 0) {
+        reader.expected(std::to_string(width) + " numbers for each, not " + std::to_string(value.size()) + " in all");
+    }
+    std::vector<Number> numbers;
+    numbers.reserve(value.size());
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        const auto number = coordinate_or_none<Number>(value[i]);
+        if (!number) {
+            reader.element(i).expected(std::is_integral_v<Number> ? "a whole number of 32 bits" : "a number");
+        }
+        numbers.push_back(*number);
+    }
+    return numbers;
+}
+
+bool is_flat(const Reader& reader) {
+    return reader.value().is_array() && !reader.value().empty() && reader.value()[0].is_number();
+}
+
+// A list of points, or their coordinates in a row.
+template <class Point> std::vector<Point> points(const Reader& reader) {
+    if (!is_flat(reader)) {
+        return list_of(point<Point>)(reader);
+    }
+    const auto numbers = flat_numbers<decltype(Point::x)>(reader, 3);
+    std::vector<Point> list;
+    list.reserve(numbers.size() / 3);
+    for (std::size_t i = 0; i < numbers.size(); i += 3) {
+        list.push_back({numbers[i], numbers[i + 1], numbers[i + 2]});
+    }
+    return list;
+}
+
+constexpr int digit_value(char digit) noexcept {
+    return digit >= '0' && digit <= '9'   ? digit - '0'
+           : digit >= 'a' && digit <= 'f' ? digit - 'a' + 10
+           : digit >= 'A' && digit <= 'F' ? digit - 'A' + 10
+                                          : -1;
+}
+
+// The bytes of a string of hexadecimal digits, width of them for each of the things that they make up.
+std::vector<std::uint8_t> hexadecimal(const Reader& reader, std::size_t width) {
+    const auto& text = reader.value().get_ref<const std::string&>();
+    std::vector<std::uint8_t> bytes(text.size() / 2);
+    bool is_right = text.size() % (2 * width) == 0;
+    for (std::size_t i = 0; is_right && i < bytes.size(); ++i) {
+        const int high = digit_value(text[2 * i]), low = digit_value(text[2 * i + 1]);
+        is_right = high >= 0 && low >= 0;
+        bytes[i] = static_cast<std::uint8_t>(high * 16 + low);
+    }
+    if (!is_right) {
+        reader.expected("hexadecimal digits, " + std::to_string(2 * width) + " for each");
+    }
+    return bytes;
+}
+
 VT_RGB32 color(const Reader& reader) {
     const json& value = reader.value();
     std::uint8_t channels[4] = {0, 0, 0, 255};
@@ -66,6 +135,20 @@ VT_RGB32 color(const Reader& reader) {
         reader.expected("[r, g, b] or [r, g, b, a], each 0 to 255");
     }
     return {channels[2], channels[1], channels[0], channels[3]};
+}
+
+// A list of colours, or a string of eight digits for each.
+std::vector<VT_RGB32> colors(const Reader& reader) {
+    if (!reader.value().is_string()) {
+        return list_of(color)(reader);
+    }
+    const std::vector<std::uint8_t> bytes = hexadecimal(reader, 4);
+    std::vector<VT_RGB32> list;
+    list.reserve(bytes.size() / 4);
+    for (std::size_t i = 0; i < bytes.size(); i += 4) {
+        list.push_back({bytes[i + 2], bytes[i + 1], bytes[i], bytes[i + 3]});
+    }
+    return list;
 }
 
 VT_RGB32 opaque_color(const Reader& reader) {
@@ -97,6 +180,39 @@ constexpr auto flag_word = [](const Reader& reader) { return whole<std::uint32_t
 constexpr auto byte = [](const Reader& reader) { return whole<std::uint8_t>()(reader); };
 constexpr auto side = [](const Reader& reader) { return whole<std::int32_t>(1, largest_side)(reader); };
 constexpr auto color_or_null = [](const Reader& reader) { return or_null(color)(reader); };
+
+// Rows of pixels: a list of numbers, or a string of hexadecimal digits with the high digit first.
+template <class Number> std::vector<Number> row_of_numbers(const Reader& reader) {
+    if (!reader.value().is_string()) {
+        return list_of(whole<Number>())(reader);
+    }
+    const std::vector<std::uint8_t> bytes = hexadecimal(reader, sizeof(Number));
+    std::vector<Number> row(bytes.size() / sizeof(Number));
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        Number& number = row[i / sizeof(Number)];
+        number = static_cast<Number>(number << 8 | bytes[i]);
+    }
+    return row;
+}
+
+constexpr auto row_of_bytes = row_of_numbers<std::uint8_t>;
+constexpr auto row_of_depths = row_of_numbers<std::uint16_t>;
+
+// A value of its own, or the number of one that the document shares.
+template <class Value, class Form>
+auto own_or_shared(const std::vector<Value> Shared_Values::*list, const char* name, Form form) {
+    return [=](const Reader& reader) {
+        if (!reader.value().is_number()) {
+            return form(reader);
+        }
+        const std::vector<Value>& shared = reader.shared().*list;
+        const auto number = whole_or_none<std::int32_t>(reader.value(), 0);
+        if (!number || static_cast<std::size_t>(*number) >= shared.size()) {
+            reader.expected("the number of one of the " + std::to_string(shared.size()) + " shared " + name);
+        }
+        return shared[static_cast<std::size_t>(*number)];
+    };
+}
 
 // Configuration.
 
@@ -178,18 +294,22 @@ Bitmap bitmap(const Reader& reader) {
     return bitmap;
 }
 
-std::int32_t texture_side(const Reader& reader) {
-    const std::int32_t size = side(reader);
-    if (!std::has_single_bit(static_cast<std::uint32_t>(size))) {
-        reader.expected("a power of two");
-    }
-    return size;
+Shared_List<VT_RGB32> texels(const Reader& reader) {
+    return std::make_shared<const std::vector<VT_RGB32>>(colors(reader));
+}
+
+VT_Matrix matrix(const Reader& reader) {
+    const auto elements = numbers<double, 16>("[16 numbers], a matrix row after row")(reader);
+    VT_Matrix matrix;
+    std::copy(elements.begin(), elements.end(), &matrix.m[0][0]);
+    return matrix;
 }
 
 Texture texture(const Reader& reader) {
     Texture texture;
-    reader.object(key("width", texture.width, texture_side), key("height", texture.height, texture_side),
-                  key("texels", texture.texels, shared_list_of(color)));
+    reader.object(key("width", texture.width, side), key("height", texture.height, side),
+                  key("texels", texture.texels, own_or_shared(&Shared_Values::texels, "texels", texels)),
+                  key("color", texture.color, color), key("matrix", texture.matrix, matrix));
     return texture;
 }
 
@@ -198,7 +318,7 @@ Face face(const Reader& reader) {
     reader.object(key("color", face.color, color), key("index", face.index, byte),
                   key("contrast_color", face.contrast_color, color), key("contrast_index", face.contrast_index, byte),
                   key("pattern", face.pattern, not_negative), key("flags", face.flags, flag_word),
-                  key("bitmap", face.bitmap, bitmap), key("texture", face.texture, texture));
+                  key("mode", face.mode, any_int), key("bitmap", face.bitmap, bitmap), key("texture", face.texture, texture));
     return face;
 }
 
@@ -230,7 +350,7 @@ Line_Type_Set line_type_set(const Reader& reader) {
 Line line(const Reader& reader) {
     Line line;
     reader.object(key("color", line.color, color), key("index", line.index, byte), key("weight", line.weight, any_int),
-                  key("style", line.style, any_int), key("flags", line.flags, flag_word),
+                  key("style", line.style, any_int), key("flags", line.flags, flag_word), key("mode", line.mode, any_int),
                   key("line_types", line.line_types, or_null(line_type_set)), key("cap", line.cap, any_int),
                   key("join", line.join, any_int));
     return line;
@@ -239,7 +359,7 @@ Line line(const Reader& reader) {
 Marker marker(const Reader& reader) {
     Marker marker;
     reader.object(key("color", marker.color, color), key("index", marker.index, byte), key("symbol", marker.symbol, any_int),
-                  key("size", marker.size, any_int));
+                  key("size", marker.size, any_int), key("mode", marker.mode, any_int));
     return marker;
 }
 
@@ -248,14 +368,33 @@ VT_Point contour_point(const Reader& reader) {
     return {x, y, 0};
 }
 
+std::vector<VT_Point> contour(const Reader& reader) {
+    if (!is_flat(reader)) {
+        return list_of(contour_point)(reader);
+    }
+    const auto numbers = flat_numbers<float>(reader, 2);
+    std::vector<VT_Point> contour;
+    for (std::size_t i = 0; i < numbers.size(); i += 2) {
+        contour.push_back({numbers[i], numbers[i + 1], 0});
+    }
+    return contour;
+}
+
+constexpr auto complex_clip = [](const Reader& reader) { return shared_list_of(contour)(reader); };
+
 Rendition rendition(const Reader& reader) {
     Rendition rendition;
     reader.object(key("hard_clip", rendition.hard_clip, rectangle), key("depth_test", rendition.depth_test, boolean),
                   key("drawing_mode", rendition.drawing_mode, any_int), key("flags", rendition.flags, flag_word),
-                  key("complex_clip", rendition.complex_clip, or_null(shared_list_of(list_of(contour_point)))),
+                  key("complex_clip", rendition.complex_clip,
+                      or_null(own_or_shared(&Shared_Values::complex_clips, "complex_clips", complex_clip))),
                   key("window_offset", rendition.window_offset, pair), key("face", rendition.face, face),
                   key("line", rendition.line, line), key("marker", rendition.marker, marker));
     return rendition;
+}
+
+std::shared_ptr<const Rendition> own_rendition(const Reader& reader) {
+    return std::make_shared<const Rendition>(rendition(reader));
 }
 
 // What can only be told of a rendition that nothing will be laid over any more. The reader is that of the last one laid.
@@ -271,9 +410,10 @@ void check_complete(const Reader& reader, const Rendition& rendition) {
         }
     }
     if (const auto& texture = rendition.face.texture) {
-        if (!texture->width || !texture->height || !texture->texels ||
-            (*texture->texels)->size() !=
-                static_cast<std::size_t>(*texture->width) * static_cast<std::size_t>(*texture->height)) {
+        const bool has_image = texture->width && texture->height && texture->texels;
+        if (has_image ? (*texture->texels)->size() !=
+                            static_cast<std::size_t>(*texture->width) * static_cast<std::size_t>(*texture->height)
+                      : texture->width || texture->height || texture->texels) {
             reader.expected_in("face.texture", "width, height, and width times height texels");
         }
     }
@@ -282,8 +422,9 @@ void check_complete(const Reader& reader, const Rendition& rendition) {
 // Calls.
 
 template <class... Keys> void read_call(const Reader& reader, Call& call, const Keys&... keys) {
-    reader.object(read_elsewhere("call"), key("rendition", call.rendition, rendition), key("standard", call.standard, boolean),
-                  keys...);
+    reader.object(read_elsewhere("call"),
+                  key("rendition", call.rendition, own_or_shared(&Shared_Values::renditions, "renditions", own_rendition)),
+                  key("standard", call.standard, boolean), keys...);
     if (call.standard && !is_slot(*call.kind)) {
         reader.expected_in("standard", "nothing: this call goes to no slot");
     }
@@ -296,7 +437,14 @@ void require_count(const Reader& reader, const char* key, std::size_t given, std
 }
 
 template <class Point> auto points_key(std::vector<Point>& points) {
-    return required("points", points, list_of(point<Point>));
+    return required("points", points, picture::points<Point>);
+}
+
+// Renderers take colorized markers without colours, and lines that have no device coordinates with a depth.
+auto colors_or_none(const Call& call) {
+    const std::string_view name = call.kind->name;
+    const bool needed = name.ends_with("triangle") || (name.ends_with("polyline") && name.starts_with("draw_dc"));
+    return [needed](const Reader& reader) { return needed ? std::optional(colors(reader)) : or_null(colors)(reader); };
 }
 
 template <class Point> void read_arguments(const Reader& reader, Call& call, Points<Point>& arguments) {
@@ -304,34 +452,39 @@ template <class Point> void read_arguments(const Reader& reader, Call& call, Poi
 }
 
 template <class Point> void read_arguments(const Reader& reader, Call& call, Colorized<Point>& arguments) {
-    read_call(reader, call, points_key(arguments.points), key("colors", arguments.colors, list_of(color)),
+    read_call(reader, call, points_key(arguments.points), key("colors", arguments.colors, colors_or_none(call)),
               key("single", arguments.single, boolean));
-    const auto [what, fewer] = call.kind->name.ends_with("polytriangle") ? std::pair("triangle", std::size_t{2})
-                               : call.kind->name.ends_with("polyline")   ? std::pair("segment", std::size_t{1})
-                                                                         : std::pair("marker", std::size_t{0});
-    const std::size_t count = arguments.points.size() - std::min(arguments.points.size(), fewer);
-    if (arguments.single) {
-        require_count(reader, "colors", arguments.colors.size(), std::min<std::size_t>(count, 1), "call with 'single'");
-    } else {
-        require_count(reader, "colors", arguments.colors.size(), count, what);
+    const char* what = arguments.single                            ? "call with 'single'"
+                       : call.kind->name.ends_with("polytriangle") ? "triangle"
+                       : call.kind->name.ends_with("polyline")     ? "segment"
+                                                                   : "marker";
+    if (arguments.colors) {
+        require_count(reader, "colors", arguments.colors->size(),
+                      colors_of(*call.kind, arguments.points.size(), arguments.single), what);
     }
 }
 
 template <class Point> void read_arguments(const Reader& reader, Call& call, Gouraud<Point>& arguments) {
-    read_call(reader, call, points_key(arguments.points), key("colors", arguments.colors, list_of(color)));
+    read_call(reader, call, points_key(arguments.points), key("colors", arguments.colors, colors));
     require_count(reader, "colors", arguments.colors.size(), arguments.points.size(), "point");
 }
 
 template <class Point> void read_arguments(const Reader& reader, Call& call, Textured<Point>& arguments) {
-    std::vector<std::array<VT_Parameter, Textured<Point>::parameter_width>> parameters;
-    read_call(
-        reader, call, points_key(arguments.points), key("colors", arguments.colors, list_of(color)),
-        key("parameters", parameters, list_of(numbers<VT_Parameter, Textured<Point>::parameter_width>("[u, v] of numbers"))));
+    constexpr std::size_t width = Textured<Point>::parameter_width;
+    const auto parameters = [](const Reader& list) {
+        if (is_flat(list)) {
+            return flat_numbers<VT_Parameter>(list, width);
+        }
+        std::vector<VT_Parameter> flat;
+        for (const auto& of_point : list_of(numbers<VT_Parameter, width>("[u, v] of numbers"))(list)) {
+            flat.insert(flat.end(), of_point.begin(), of_point.end());
+        }
+        return flat;
+    };
+    read_call(reader, call, points_key(arguments.points), key("colors", arguments.colors, colors),
+              key("parameters", arguments.parameters, parameters));
     require_count(reader, "colors", arguments.colors.size(), arguments.points.size(), "point");
-    require_count(reader, "parameters", parameters.size(), arguments.points.size(), "point");
-    for (const auto& of_point : parameters) {
-        arguments.parameters.insert(arguments.parameters.end(), of_point.begin(), of_point.end());
-    }
+    require_count(reader, "parameters", arguments.parameters.size() / width, arguments.points.size(), "point");
 }
 
 template <class Point> void read_arguments(const Reader& reader, Call& call, Polygon<Point>& arguments) {
@@ -380,24 +533,24 @@ Image_Rows<Pixel> cut_to_corners(const Reader& reader, const char* key, const st
 }
 
 template <class Pixel, class Form>
-void read_corner_image(const Reader& reader, Call& call, Corner_Image<Pixel>& arguments, Form pixel) {
+void read_corner_image(const Reader& reader, Call& call, Corner_Image<Pixel>& arguments, Form row) {
     std::vector<std::vector<Pixel>> rows;
     read_call(reader, call, required("start", arguments.start, dci_point), required("end", arguments.end, dci_point),
-              required("pixels", rows, list_of(list_of(pixel))));
+              required("pixels", rows, list_of(row)));
     arguments.pixels = cut_to_corners(reader, "pixels", rows, arguments.start, arguments.end);
 }
 
 void read_arguments(const Reader& reader, Call& call, Index8_Image& arguments) {
-    read_corner_image(reader, call, arguments, byte);
+    read_corner_image(reader, call, arguments, row_of_bytes);
 }
 
 void read_arguments(const Reader& reader, Call& call, RGB32_Image& arguments) {
-    read_corner_image(reader, call, arguments, color);
+    read_corner_image(reader, call, arguments, colors);
 }
 
-template <class Form> std::vector<std::uint8_t> image_bytes(const Reader& image, const Image& header, Form pixel) {
+template <class Form> std::vector<std::uint8_t> image_bytes(const Reader& image, const Image& header, Form row) {
     const Reader pixels = image.member("pixels", image.value()["pixels"]);
-    const auto rows = cut_rows(image, "pixels", list_of(list_of(pixel))(pixels), header.width, header.height);
+    const auto rows = cut_rows(image, "pixels", list_of(row)(pixels), header.width, header.height);
     std::vector<std::uint8_t> bytes(rows.pixels.size() * sizeof(rows.pixels[0]));
     std::memcpy(bytes.data(), rows.pixels.data(), bytes.size());
     return bytes;
@@ -411,14 +564,14 @@ Image image(const Reader& reader) {
     image.format = static_cast<Buffer_Format>(format);
     switch (image.format) {
     case Buffer_Format::index8:
-        image.bytes = image_bytes(reader, image, byte);
+        image.bytes = image_bytes(reader, image, row_of_bytes);
         break;
     case Buffer_Format::depth16:
-        image.bytes = image_bytes(reader, image, whole<std::uint16_t>());
+        image.bytes = image_bytes(reader, image, row_of_depths);
         break;
     case Buffer_Format::rgb32:
     case Buffer_Format::presentation_rgb32:
-        image.bytes = image_bytes(reader, image, color);
+        image.bytes = image_bytes(reader, image, colors);
         break;
     default:
         reader.expected_in("format", "1, 2, 3 or 9");
@@ -442,8 +595,7 @@ void read_arguments(const Reader& reader, Call& call, Depth_Clear& arguments) {
 void read_arguments(const Reader& reader, Call& call, Depth_Write& arguments) {
     std::optional<std::vector<std::vector<std::uint16_t>>> rows;
     read_call(reader, call, required("top_left", arguments.top_left, dci_point),
-              required("bottom_right", arguments.bottom_right, dci_point),
-              key("depths", rows, or_null(list_of(list_of(whole<std::uint16_t>())))));
+              required("bottom_right", arguments.bottom_right, dci_point), key("depths", rows, or_null(list_of(row_of_depths))));
     if (rows) {
         arguments.depths = cut_to_corners(reader, "depths", *rows, arguments.top_left, arguments.bottom_right);
     }
@@ -517,7 +669,16 @@ Call call(const Reader& reader) {
 
 Picture read_picture(std::string_view text) {
     const json document = parse_document(text);
-    const Reader reader(document);
+    Shared_Values shared;
+    const Reader reader(document, shared);
+    const auto read_shared = [&](const char* name, auto& list, auto form) {
+        if (document.is_object() && document.contains(name)) {
+            list = list_of(form)(reader.member(name, document[name]));
+        }
+    };
+    read_shared("texels", shared.texels, texels);
+    read_shared("complex_clips", shared.complex_clips, complex_clip);
+    read_shared("renditions", shared.renditions, own_rendition);
     Picture picture;
     std::int32_t version = 0;
     const auto only_version = [](const Reader& value) {
@@ -528,16 +689,23 @@ Picture read_picture(std::string_view text) {
     };
     read_configuration(reader, picture.configuration, required("picture", version, only_version),
                        key("zbuffer_write", picture.zbuffer_write, boolean), key("zbuffer_test", picture.zbuffer_test, any_int),
-                       key("rendition", picture.rendition, rendition), required("calls", picture.calls, list_of(call)));
+                       key("output", picture.output, rectangle), key("rendition", picture.rendition, rendition),
+                       read_elsewhere("texels", false), read_elsewhere("complex_clips", false),
+                       read_elsewhere("renditions", false), required("calls", picture.calls, list_of(call)));
 
     if (document.contains("rendition")) {
         check_complete(reader.member("rendition", document["rendition"]), picture.rendition);
     }
+    for (std::size_t i = 0; i < shared.renditions.size(); ++i) {
+        const Reader renditions = reader.member("renditions", document["renditions"]);
+        check_complete(renditions.element(i), overlaid(picture.rendition, *shared.renditions[i]));
+    }
     const Reader calls = reader.member("calls", document["calls"]);
     for (std::size_t i = 0; i < picture.calls.size(); ++i) {
-        if (const auto& own = picture.calls[i].rendition) {
-            const Reader call = calls.element(i);
-            check_complete(call.member("rendition", call.value()["rendition"]), overlaid(picture.rendition, *own));
+        const json& call = document["calls"][i];
+        if (picture.calls[i].rendition && call["rendition"].is_object()) {
+            const Reader own = calls.element(i);
+            check_complete(own.member("rendition", call["rendition"]), overlaid(picture.rendition, *picture.calls[i].rendition));
         }
     }
     return picture;

@@ -28,12 +28,16 @@ template <class Read> struct Key {
     Read read;
 };
 
+struct Shared_Values;
+
 // A value of the document and the way to it. Readers of inner values refer to those of outer ones and live shorter.
 class Reader {
 public:
-    explicit Reader(const nlohmann::json& value) noexcept : value_(&value) {}
+    // shared: what values of the document may refer to by number.
+    Reader(const nlohmann::json& value, const Shared_Values& shared) noexcept : value_(&value), shared_(&shared) {}
 
     const nlohmann::json& value() const noexcept { return *value_; }
+    const Shared_Values& shared() const noexcept { return *shared_; }
     std::string path() const;
 
     Reader element(std::size_t index) const { return Reader((*value_)[index], this, {}, index); }
@@ -62,7 +66,7 @@ public:
 
 private:
     Reader(const nlohmann::json& value, const Reader* outer, std::string_view key, std::size_t index) noexcept
-        : value_(&value), outer_(outer), key_(key), index_(index) {}
+        : value_(&value), shared_(outer->shared_), outer_(outer), key_(key), index_(index) {}
 
     template <class Read> static bool read_if_named(const Key<Read>& key, std::string_view name, const Reader& value) {
         if (key.name != name) {
@@ -75,6 +79,7 @@ private:
     [[noreturn]] void unknown_key(std::initializer_list<std::string_view> known) const;
 
     const nlohmann::json* value_;
+    const Shared_Values* shared_;
     const Reader* outer_ = nullptr;
     std::string_view key_; // without data: an element of an array
     std::size_t index_ = 0;
@@ -93,10 +98,10 @@ template <class Variable, class Form> auto required(std::string_view name, Varia
     return result;
 }
 
-// A required key whose value is read by other means.
-inline auto read_elsewhere(std::string_view name) {
+// A key whose value is read by other means.
+inline auto read_elsewhere(std::string_view name, bool is_required = true) {
     const auto read = [](const Reader&) {};
-    return Key<decltype(read)>{name, true, read};
+    return Key<decltype(read)>{name, is_required, read};
 }
 
 // Scalars.

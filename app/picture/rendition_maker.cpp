@@ -27,12 +27,10 @@ VT_Reference<const VT_Pattern_Bitmap> make_bitmap(const Bitmap& bitmap) {
     return new VT_Pattern_Bitmap(*bitmap.width, *bitmap.height, std::move(cells));
 }
 
-VT_Reference<const VT_Basic_Material> make_material(const Texture& texture) {
+VT_Reference<const VT_Shared_Image> make_image(const Texture& texture) {
     std::vector<VT_RGB32> texels = **texture.texels;
-    VT_Reference<VT_Basic_Material> material(new VT_Basic_Material);
-    material->texture = new VT_Shared_Image(*texture.width, *texture.height, Buffer_Format::rgb32, *texture.width * 4,
-                                            reinterpret_cast<std::uint8_t*>(texels.data()), true, true);
-    return material;
+    return new VT_Shared_Image(*texture.width, *texture.height, Buffer_Format::rgb32, *texture.width * 4,
+                               reinterpret_cast<std::uint8_t*>(texels.data()), true, true);
 }
 
 VT_Reference<const VT_Line_Type> make_line_type(const Line_Type& type) {
@@ -68,6 +66,7 @@ void set_line(VT_Line_Attributes& attributes, const Line& line, const VT_Palette
     attributes.weight = line.weight.value_or(1);
     attributes.style = line.style.value_or(0);
     attributes.flags = line.flags.value_or(0);
+    attributes.mode = line.mode.value_or(attributes.mode);
     attributes.cap = line.cap.value_or(line_cap::butt);
     attributes.join = line.join.value_or(line_join::round);
     if (line.line_types && *line.line_types) {
@@ -80,6 +79,7 @@ void set_marker(VT_Marker_Attributes& attributes, const Marker& marker, const VT
     attributes.index = index_of(marker.index, attributes.color, palette);
     attributes.symbol = marker.symbol.value_or(0);
     attributes.size = marker.size.value_or(1);
+    attributes.mode = marker.mode.value_or(attributes.mode);
 }
 
 } // namespace
@@ -107,11 +107,19 @@ void Rendition_Maker::set_face(VT_Face_Attributes& attributes, const Face& face,
     attributes.contrast_index = index_of(face.contrast_index, attributes.contrast_color, palette);
     attributes.pattern = face.pattern.value_or(face_pattern::solid);
     attributes.flags = face.flags.value_or(0);
+    attributes.mode = face.mode.value_or(attributes.mode);
     if (const auto& bitmap = face.bitmap) {
         attributes.bitmap = once(bitmaps_, *bitmap->rows, *bitmap->width, [&] { return make_bitmap(*bitmap); });
     }
     if (const auto& texture = face.texture) {
-        attributes.material = once(materials_, *texture->texels, *texture->width, [&] { return make_material(*texture); });
+        VT_Reference<VT_Basic_Material> material(new VT_Basic_Material);
+        if (texture->texels) {
+            material->texture = once(textures_, *texture->texels, *texture->width, [&] { return make_image(*texture); });
+        }
+        material->color = texture->color.value_or(material->color);
+        material->has_texture_matrix = texture->matrix.has_value();
+        material->texture_matrix = texture->matrix.value_or(VT_Matrix{});
+        attributes.material = material;
     }
 }
 

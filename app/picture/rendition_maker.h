@@ -24,7 +24,7 @@ private:
 
     Made<VT_Contour_Set> contours_;
     Made<VT_Pattern_Bitmap> bitmaps_;
-    Made<VT_Basic_Material> materials_;
+    Made<VT_Shared_Image> textures_;
 };
 
 // An index that is not given is the palette's closest match.

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <iterator>
+#include <map>
 #include <stdexcept>
 #include <string_view>
 #include <type_traits>
@@ -63,9 +64,10 @@ constexpr Sides every_side_but_the_right{true, false, true, true};
 
 class Replay {
 public:
-    Replay(const Picture& picture, Session& session, bool unchecked)
-        : picture_(picture), session_(session), renderer_(session.renderer()), unchecked_(unchecked),
-          observer_before_(renderer_.standard_observer), presentation_before_(renderer_.presentation) {
+    Replay(const Picture& picture, Session& session, const Replay_Settings& settings)
+        : picture_(picture), session_(session), renderer_(session.renderer()), settings_(settings),
+          unchecked_(settings.unchecked), observer_before_(renderer_.standard_observer),
+          presentation_before_(renderer_.presentation) {
         renderer_.standard_observer = {note_standard, this};
         renderer_.presentation = {note_presentation, this};
     }
@@ -87,7 +89,7 @@ public:
     }
     template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Colorized<Point>& a) {
         check_points(a.points);
-        Draw(renderer_, rendition, count_of(a.points), a.points.data(), a.colors.data(), a.single);
+        Draw(renderer_, rendition, count_of(a.points), a.points.data(), address_of(a.colors), a.single);
     }
     template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Gouraud<Point>& a) {
         check_points(a.points);
@@ -161,7 +163,7 @@ public:
     void run(const Establish& a) {
         configure(a.configuration, path_of_call(call_) + '.');
         session_.establish();
-        default_rendition_ = nullptr;
+        made_.clear();
     }
     void run(const Present& a) { renderer_.update_all(a.rectangle); }
 
@@ -169,13 +171,12 @@ public:
     // The call that is being drawn, and its rendition.
     const Call& call() const noexcept { return picture_.calls[call_]; }
     VT_Reference<VT_Rendition> rendition() {
-        if (call().rendition) {
-            return renditions_.make(overlaid(picture_.rendition, *call().rendition), renderer_.current_options);
+        const Rendition* own = call().rendition.get();
+        VT_Reference<VT_Rendition>& made = made_[own];
+        if (!made) {
+            made = renditions_.make(own ? overlaid(picture_.rendition, *own) : picture_.rendition, renderer_.current_options);
         }
-        if (!default_rendition_) {
-            default_rendition_ = renditions_.make(picture_.rendition, renderer_.current_options);
-        }
-        return default_rendition_;
+        return made;
     }
 
 private:
@@ -183,6 +184,9 @@ private:
         return static_cast<std::int32_t>(list.size());
     }
     static const VT_RGB32* address_of(const std::optional<VT_RGB32>& color) { return color ? &*color : nullptr; }
+    static const VT_RGB32* address_of(const std::optional<std::vector<VT_RGB32>>& colors) {
+        return colors ? colors->data() : nullptr;
+    }
 
     void configure(const Configuration& configuration, const std::string& path);
     void set_window(const Window& window, const std::string& path);
@@ -203,12 +207,13 @@ private:
     const Picture& picture_;
     Session& session_;
     VT_Renderer_Data& renderer_;
+    const Replay_Settings& settings_;
     bool unchecked_;
     VT_Standard_Observer observer_before_;
     VT_Presentation presentation_before_;
     Report report_;
     Rendition_Maker renditions_;
-    VT_Reference<VT_Rendition> default_rendition_; // null: to be made again
+    std::map<const Rendition*, VT_Reference<VT_Rendition>> made_; // for the options in force; null = the picture's own
     std::size_t call_ = 0;
 };
 
@@ -253,9 +258,18 @@ Report Replay::run() {
     session_.canvas().set_depth_write(picture_.zbuffer_write);
     session_.canvas().set_depth_test(vorna::Depth_Test{picture_.zbuffer_test});
     renderer_.begin_picture_all();
-    for (call_ = 0; call_ < picture_.calls.size(); ++call_) {
+    for (call_ = 0; call_ < picture_.calls.size() && call_ <= settings_.last; ++call_) {
         const Call& call = picture_.calls[call_];
+        if (call_ < settings_.first && !sets_up(*call.kind)) {
+            continue;
+        }
+        if (settings_.before_call) {
+            settings_.before_call(call_);
+        }
         runners[position_of(*call.kind)](*this, call.arguments);
+        if (settings_.after_call) {
+            settings_.after_call(call_);
+        }
     }
     renderer_.end_picture_all();
     return std::move(report_);
@@ -348,7 +362,7 @@ void Replay::check_ordered(bool is_ordered, const char* keys) const {
 // Renderers draw plain whole ellipses with axes along rows and columns, and take their centre for a column and row of the buffer.
 // All others are cut by the host.
 void Replay::check_ellipse(const VT_Rendition& rendition, const Ellipse& ellipse) const {
-    const auto& slot = renderer_.actions.draw_dci_ellipse; // the other one is always installed with it
+    const auto& slot = session_.actions().draw_dci_ellipse; // the other one is always installed with it
     const bool is_hosts = !slot.enabled || slot.function == &VD_Standard_Draw_DCI_Ellipse;
     const bool is_outline = picture_.calls[call_].kind->name == "draw_dci_elliptical_arc";
     const bool is_plain = rendition.line.style == 0 && rendition.line.weight <= 1 &&
@@ -372,8 +386,8 @@ void Replay::check_ellipse(const VT_Rendition& rendition, const Ellipse& ellipse
 
 } // namespace
 
-Report replay(const Picture& picture, Session& session, bool unchecked) {
-    return Replay(picture, session, unchecked).run();
+Report replay(const Picture& picture, Session& session, const Replay_Settings& settings) {
+    return Replay(picture, session, settings).run();
 }
 
 } // namespace app::picture

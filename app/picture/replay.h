@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -40,8 +42,17 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// unchecked: coordinates that renderers trust are not checked either. Throws Picture_Error for a picture that no host would send,
-// and Not_Drawn before it draws anything.
-Report replay(const Picture& picture, Session& session, bool unchecked);
+struct Replay_Settings {
+    bool unchecked = false; // coordinates that renderers trust are not checked either
+    // Calls that are made, the last one included. Before them only what sets the renderer up is done.
+    std::size_t first = 0;
+    std::size_t last = std::numeric_limits<std::size_t>::max();
+    // Told of every call that is made. May be empty.
+    std::function<void(std::size_t call)> before_call;
+    std::function<void(std::size_t call)> after_call;
+};
+
+// Throws Picture_Error for a picture that no host would send, and Not_Drawn before it draws anything.
+Report replay(const Picture& picture, Session& session, const Replay_Settings& settings = {});
 
 } // namespace app::picture

@@ -35,8 +35,8 @@ std::string with(const std::string& key) {
 }
 
 // A picture of one good call and this one.
-std::string calling(const std::string& call) {
-    return R"({"picture": 1, "calls": [{"call": "set_zbuffer_test", "value": 1}, )" + call + "]}";
+std::string calling(const std::string& call, const std::string& more = "") {
+    return R"({"picture": 1, )" + more + R"("calls": [{"call": "set_zbuffer_test", "value": 1}, )" + call + "]}";
 }
 
 TEST(Picture_Reader, refuses_what_is_no_document) {
@@ -60,7 +60,8 @@ TEST(Picture_Reader, names_the_path_and_the_expected_form) {
         {R"({"picture": 1, "calls": {}})", "calls: expected a list"},
         {with(R"("colour_system": 1)"), "colour_system: unknown key, expected one of: window, color_system, buffer_depth, "
                                         "alpha_blending, palette, options, picture, "
-                                        "zbuffer_write, zbuffer_test, rendition, calls"},
+                                        "zbuffer_write, zbuffer_test, output, rendition, texels, complex_clips, "
+                                        "renditions, calls"},
         {with(R"("color_system": 2147483648)"), "color_system: expected a whole number from -2147483648 to 2147483647"},
         {with(R"("alpha_blending": 1)"), "alpha_blending: expected true or false"},
         {with(R"("palette": {"colors": [[0, 0, 256]]})"), "palette.colors[0]: " + color},
@@ -77,7 +78,8 @@ TEST(Picture_Reader, names_the_path_and_the_expected_form) {
          "rendition.line.line_types.types[1].elements[0]: expected [length, kind], a number and a whole number"},
         {with(R"("rendition": {"face": {"bitmap": {"width": 1, "height": 1, "rows": ["2"]}}})"),
          "rendition.face.bitmap.rows[0]: expected a string of 0 and 1"},
-        {with(R"("rendition": {"face": {"texture": {"width": 3}}})"), "rendition.face.texture.width: expected a power of two"},
+        {with(R"("rendition": {"face": {"texture": {"width": 3}}})"),
+         "rendition.face.texture: expected width, height, and width times height texels"},
         {calling(R"({"call": 7})"), "calls[1].call: expected the name of a call"},
         {calling(R"({"call": "draw_dci_circle"})"), "calls[1].call: there is no call 'draw_dci_circle'"},
         {calling(R"({"call": "draw_dci_dot"})"), "calls[1]: the key 'point' is missing"},
@@ -85,6 +87,18 @@ TEST(Picture_Reader, names_the_path_and_the_expected_form) {
          "calls[1].colour: unknown key, expected one of: call, rendition, standard, point, color"},
         {calling(R"({"call": "draw_dci_dot", "point": [1, 2147483648]})"), "calls[1].point: " + point},
         {calling(R"({"call": "draw_dci_polytriangle", "points": [[1, 2], [1, 2, 3.5]]})"), "calls[1].points[1]: " + point},
+        {calling(R"({"call": "draw_dci_polytriangle", "points": [1, 2, 3, 4, 5]})"),
+         "calls[1].points: expected 3 numbers for each, not 5 in all"},
+        {calling(R"({"call": "draw_dci_polytriangle", "points": [1, 2, 3, 4, 5, 6.5]})"),
+         "calls[1].points[5]: expected a whole number of 32 bits"},
+        {calling(R"({"call": "draw_dci_gouraud_polyline", "points": [1, 2, 3], "colors": "0102030g"})"),
+         "calls[1].colors: expected hexadecimal digits, 8 for each"},
+        {calling(R"({"call": "draw_dci_gouraud_polytriangle", "points": [1, 2, 3], "colors": null})"),
+         "calls[1].colors: expected a list"},
+        {calling(R"({"call": "draw_dci_dot", "point": [1, 2], "rendition": 1})", R"("renditions": [{}], )"),
+         "calls[1].rendition: expected the number of one of the 1 shared renditions"},
+        {with(R"("renditions": [{"complex_clip": -1}])"),
+         "renditions[0].complex_clip: expected the number of one of the 0 shared complex_clips"},
         {calling(R"({"call": "establish", "palette": {"base": 1}})"),
          "calls[1].palette.base: unknown key, expected one of: colors, cube"},
         {calling(R"({"call": "draw_dci_dot", "point": [1, 2], "rendition": {"marker": {"size": null}}})"),

@@ -1,0 +1,92 @@
+// The command `compare`: whether two PNG files hold the same pixels.
+#include "app/compare_command.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+#include "app/command.h"
+#include "app/image_comparison.h"
+#include "app/input_file.h"
+#include "app/output_file.h"
+
+namespace app {
+
+namespace {
+
+struct Compare_Arguments {
+    std::string first, second, fuzz, difference;
+};
+
+std::optional<Fuzz> parsed_fuzz(const std::string& text) {
+    if (text.empty()) {
+        return {};
+    }
+    Fuzz fuzz;
+    const char* end = text.data() + text.size();
+    const auto [comma, first_error] = std::from_chars(text.data(), end, fuzz.difference);
+    if (first_error == std::errc{} && comma != end && *comma == ',') {
+        const auto [stop, second_error] = std::from_chars(comma + 1, end, fuzz.count);
+        if (second_error == std::errc{} && stop == end && fuzz.difference >= 0 && fuzz.count >= 0) {
+            return fuzz;
+        }
+    }
+    throw Usage_Error("--fuzz: expected MAXDIFF,COUNT, a difference and a number of pixels, found '" + text + "'");
+}
+
+Png_Image image_at(const std::string& path) {
+    try {
+        return read_png(read_input(path));
+    } catch (const Png_Error& error) {
+        throw Usage_Error(name_of_input(path) + ": " + error.what());
+    }
+}
+
+bool are_same(const Compare_Arguments& arguments) {
+    const std::optional<Fuzz> fuzz = parsed_fuzz(arguments.fuzz);
+    if (arguments.first == "-" && arguments.second == "-") {
+        throw Usage_Error("expected two images, found standard input twice");
+    }
+    const Png_Image first = image_at(arguments.first), second = image_at(arguments.second);
+    const Image_Difference difference = compare(first, second, fuzz);
+    if (!arguments.difference.empty()) {
+        if (first.width != second.width || first.height != second.height) {
+            std::cerr << "vorna: warning: images of different sizes: " << arguments.difference << " is not written\n";
+        } else {
+            write_file(arguments.difference, difference_png(first, second));
+        }
+    }
+    (arguments.difference == "-" ? std::cerr : std::cout) << difference.text << '\n';
+    return difference.is_same;
+}
+
+} // namespace
+
+void add_compare_command(CLI::App& application, int& status) {
+    const auto arguments = std::make_shared<Compare_Arguments>();
+    CLI::App& command = *application.add_subcommand("compare", "Tell whether two PNG images are the same");
+    command.footer("The exit status is 0 when they are the same, 1 when they differ, and 2 when one cannot be read.\n"
+                   "Without --fuzz everything counts: size, kind of pixels, palette and every bit of every pixel.");
+    command.add_option("first", arguments->first, "PNG file; - reads standard input")->required()->type_name("A.png");
+    command.add_option("second", arguments->second, "PNG file to compare it with")->required()->type_name("B.png");
+    command
+        .add_option("--fuzz", arguments->fuzz,
+                    "Same, too, when at most COUNT pixels differ, none by more than MAXDIFF in a channel")
+        ->type_name("MAXDIFF,COUNT");
+    command.add_option("--diff", arguments->difference, "Write the first image in pale grey, pixels that differ in red")
+        ->type_name("FILE");
+    command.fallthrough();
+    command.callback([arguments, &status] {
+        // Status 1 says that they differ: whatever else fails is wrong input.
+        try {
+            status = are_same(*arguments) ? exit_status::done : exit_status::failed;
+        } catch (const std::runtime_error& error) {
+            throw Usage_Error(error.what());
+        }
+    });
+}
+
+} // namespace app

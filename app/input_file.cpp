@@ -1,0 +1,43 @@
+// Files that are read whole.
+#include "app/input_file.h"
+
+#include <cerrno>
+#include <fstream>
+#include <iostream>
+#include <system_error>
+#include <vector>
+
+#include "app/command.h"
+#include "app/path.h"
+#include "app/standard_streams.h"
+
+namespace app {
+
+std::string name_of_input(const std::string& path) {
+    return path == "-" ? "standard input" : path;
+}
+
+std::string read_input(const std::string& path, std::size_t most) {
+    std::ifstream file;
+    errno = 0;
+    if (path == "-") {
+        set_binary(stdin);
+    } else {
+        file.open(path_of(path), std::ios::binary);
+    }
+    std::istream& stream = path == "-" ? std::cin : file;
+    std::string bytes;
+    std::vector<char> block(std::size_t{1} << 16);
+    while (stream.read(block.data(), static_cast<std::streamsize>(block.size())) || stream.gcount() > 0) {
+        bytes.append(block.data(), static_cast<std::size_t>(stream.gcount()));
+        if (bytes.size() > most) {
+            throw Usage_Error(name_of_input(path) + ": longer than " + std::to_string(most >> 20) + " MiB");
+        }
+    }
+    if (stream.bad() || (path != "-" && !file.is_open())) {
+        throw Usage_Error(name_of_input(path) + ": cannot be read: " + std::generic_category().message(errno));
+    }
+    return bytes;
+}
+
+} // namespace app

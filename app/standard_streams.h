@@ -1,0 +1,20 @@
+// Standard input and output as files of bytes.
+#pragma once
+
+#include <cstdio>
+
+#if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
+#endif
+
+namespace app {
+
+// Windows changes line ends in streams unless it is told not to.
+inline void set_binary([[maybe_unused]] std::FILE* stream) {
+#if defined(_WIN32)
+    _setmode(_fileno(stream), _O_BINARY);
+#endif
+}
+
+} // namespace app
