@@ -178,7 +178,8 @@ std::optional<Position> middle_of(const Shape& shape) {
     for (const Face& face : shape.faces) {
         for (const Path& ring : face) {
             for (const Position& p : ring) {
-                touched[static_cast<std::size_t>(std::clamp(std::floor(std::remainder(p.x, full_circle)) + 180, 0.0, 359.0))] = true;
+                touched[static_cast<std::size_t>(std::clamp(std::floor(std::remainder(p.x, full_circle)) + 180, 0.0, 359.0))] =
+                    true;
             }
         }
     }
@@ -227,9 +228,7 @@ Bounds bounds_of(const Face& face) {
 // Meridians and parallels.
 std::vector<Path> graticule_lines(double step, const Projection& projection) {
     std::vector<Path> lines;
-    const auto add = [&](const Path& line) {
-        std::ranges::move(project_line(line, projection), std::back_inserter(lines));
-    };
+    const auto add = [&](const Path& line) { std::ranges::move(project_line(line, projection), std::back_inserter(lines)); };
     for (double x = -180; x < 180; x += step) {
         Path line;
         for (int y = -90; y <= 90; ++y) {
@@ -263,7 +262,7 @@ VT_RGB32 with_opacity(VT_RGB32 color, double opacity) {
     return color;
 }
 
-// The cube for mixtures, then the map's own colours in the place of greys.
+// The standard palette with the map's own colours in the place of its greys.
 VT_Reference<const VT_Palette> palette_with(const std::vector<VT_RGB32>& wanted) {
     constexpr std::size_t cube_size = 216, most_own = 40;
     const VT_Palette standard;
@@ -314,19 +313,17 @@ private:
     VT_Reference<VT_Rendition> rendition_;
 };
 
-Map load(const Map_Picture& picture, const std::string& file, const std::string& layer) {
-    Map map = load_map(file, layer);
+void warn(const Map& map, bool strict) {
     for (const std::string& warning : map.warnings) {
-        if (picture.strict) {
+        if (strict) {
             throw Usage_Error(warning);
         }
         std::fprintf(stderr, "vorna: warning: %s\n", warning.c_str());
     }
-    return map;
 }
 
 Map_Drawing::Map_Drawing(const Map_Picture& picture, const Map_Options& options)
-    : picture_(picture), options_(options), map_(load(picture, picture.file, options.layer)) {
+    : picture_(picture), options_(options), map_(load_map(picture.file, options.layer)) {
     extent_ = parsed_extent(options.bbox, map_.drawing);
     if (!options.water.empty()) {
         water_ = parsed_color("--water", options.water);
@@ -338,7 +335,7 @@ Map_Drawing::Map_Drawing(const Map_Picture& picture, const Map_Options& options)
     layer_.emplace(picture.file, map_, *projection_);
     style_ = style_of(map_, *layer_);
     if (!options.overlay.empty()) {
-        overlay_map_ = load(picture, options.overlay, "");
+        overlay_map_ = load_map(options.overlay, "");
         overlay_.emplace(options.overlay, overlay_map_, *projection_);
         overlay_style_ = overlay_style(overlay_map_);
     }
@@ -347,6 +344,8 @@ Map_Drawing::Map_Drawing(const Map_Picture& picture, const Map_Options& options)
         graticule_ = graticule_lines(options.graticule, *projection_);
     }
     choose_view();
+    warn(map_, picture.strict);
+    warn(overlay_map_, picture.strict);
 }
 
 void Map_Drawing::choose_projection() {
@@ -378,9 +377,9 @@ void Map_Drawing::choose_projection() {
 
 // What is drawn fills the window, in the middle of it; but for --bbox, a little is left free around it.
 void Map_Drawing::choose_view() {
-    Bounds bounds = extent_        ? bounds_of(*extent_, *projection_)
-                    : clip_shape_  ? bounds_of(layer_->face_of(*clip_shape_))
-                                   : layer_->bounds();
+    Bounds bounds = extent_       ? bounds_of(*extent_, *projection_)
+                    : clip_shape_ ? bounds_of(layer_->face_of(*clip_shape_))
+                                  : layer_->bounds();
     const bool is_given = !options_.bbox.empty();
     if (bounds.empty()) {
         throw Usage_Error(is_given ? "--bbox: expected a part of what the projection shows, found '" + options_.bbox + "'"
@@ -407,7 +406,8 @@ void Map_Drawing::choose_view() {
 
 void Map_Drawing::set_line_style(Layer_Style& style) const {
     const std::optional<Dashes> border = parsed_dashes("--border", options_.border);
-    const std::optional<Dashes> outline = parsed_dashes("--outline", options_.outline.empty() ? options_.border : options_.outline);
+    const std::optional<Dashes> outline =
+        parsed_dashes("--outline", options_.outline.empty() ? options_.border : options_.outline);
     style.borders = border;
     style.outlines = outline;
     style.width = options_.border_width;
@@ -504,9 +504,7 @@ void Map_Drawing::set_up(Session& session) {
     }
     if (overlay_ && !options_.merge.empty()) {
         const VT_RGB32 b = picture_.background;
-        session.renderer()
-            .requested_table.find("Merge Control Background Color")
-            ->set(VT_Int_RGB{b.red, b.green, b.blue});
+        session.renderer().requested_table.find("Merge Control Background Color")->set(VT_Int_RGB{b.red, b.green, b.blue});
     }
     session.establish();
     rendition_->window.index = static_cast<std::uint8_t>(session.palette().closest_match(picture_.background, false));
@@ -557,7 +555,8 @@ void add_map_options(CLI::App& command, Map_Options& options) {
         return command.add_option(name, target, description)->type_name(type)->group(option_group);
     };
     add("--projection", options.projection,
-        "equirectangular (default), mercator, robinson, orthographic and others, a PROJ string, or plane: coordinates as they are",
+        "equirectangular (default), mercator, robinson, orthographic and others, a PROJ string, or plane: coordinates as they "
+        "are",
         "NAME");
     add("--center", options.center, "Longitude, or longitude and latitude, in the middle of the projection", "LON[,LAT]");
     add("--bbox", options.bbox, "What to show, in degrees or a drawing's units; all by default", "W,S,E,N");
@@ -566,15 +565,18 @@ void add_map_options(CLI::App& command, Map_Options& options) {
     add("--fill", options.fill, "palette (neighbours differ; default of maps), none, or one colour for all faces", "COLOR");
     add("--opacity", options.opacity, "Of fills, from 0 to 1", "SHARE")->check(CLI::Range(0.0, 1.0));
     add("--water", options.water, "Colour of the globe behind the shapes", "COLOR");
-    add("--graticule", options.graticule, "Meridians and parallels so many degrees apart", "DEGREES")->check(CLI::Range(0.1, 90.0));
+    add("--graticule", options.graticule, "Meridians and parallels so many degrees apart", "DEGREES")
+        ->check(CLI::Range(0.1, 90.0));
     add("--border", options.border,
-        "Borders and lines: none, solid (default), dashed, dotted, dash-dot, dash-dot-dot, long-dashed or lengths as 6,4", "STYLE");
+        "Borders and lines: none, solid (default), dashed, dotted, dash-dot, dash-dot-dot, long-dashed or lengths as 6,4",
+        "STYLE");
     add("--outline", options.outline, "Borders that no two faces share, as coasts; as --border by default", "STYLE");
     add("--border-color", options.border_color, "Colour of borders and lines instead of their own", "COLOR");
     add("--border-width", options.border_width, "Pixels", "PIXELS")->check(CLI::Range(1, 1000));
     add("--casing", options.casing, "Colour of a casing on both sides of borders and lines", "COLOR");
     add("--casing-width", options.casing_width, "Pixels on each side", "PIXELS")->check(CLI::Range(1, 1000));
-    add("--marker", options.marker, "Points: dot, plus, cross, circle, disc (default), square, block, triangle or star", "SYMBOL");
+    add("--marker", options.marker, "Points: dot, plus, cross, circle, disc (default), square, block, triangle or star",
+        "SYMBOL");
     add("--marker-size", options.marker_size, "Pixels", "PIXELS")->check(CLI::Range(1, 1000));
     add("--marker-color", options.marker_color, "Colour of points", "COLOR");
     add("--overlay", options.overlay, "Another map to draw over this one", "FILE");
@@ -583,8 +585,8 @@ void add_map_options(CLI::App& command, Map_Options& options) {
 }
 
 void refuse_options_of_other_kind(const CLI::App& command, const std::string& file) {
-    static constexpr std::array shared{"model", "output", "size", "background", "colors", "antialias", "repeat", "stats",
-                                       "strict", "help"};
+    static constexpr std::array shared{"model",     "output", "size",  "background", "colors",
+                                       "antialias", "repeat", "stats", "strict",     "help"};
     const bool map = is_map_file(file);
     for (const CLI::Option* option : command.get_options()) {
         const std::string name = option->get_name();

@@ -281,7 +281,10 @@ void add_choice(CLI::App& command, const std::string& name, Value& target, const
 void add_render_command(CLI::App& application, int& status) {
     CLI::App& command = *application.add_subcommand("render", "Draw a model, a map or a drawing as a picture");
     const auto options = std::make_shared<Render_Options>();
-    command.add_option("model", options->model, "Model (PLY, OBJ, STL and whatever assimp reads), map (GeoJSON, TopoJSON) or drawing (DXF)")->required();
+    command
+        .add_option("model", options->model,
+                    "Model (PLY, OBJ, STL and whatever assimp reads), map (GeoJSON, TopoJSON) or drawing (DXF)")
+        ->required();
     command.add_option("-o,--output", options->output, "PNG file to write")->required();
     command.add_option("--size", options->size, "Width and height in pixels")->type_name("WxH")->capture_default_str();
     using scene::View;

@@ -5,6 +5,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <set>
 
 namespace app::map {
 namespace {
@@ -135,10 +136,29 @@ Borders find_borders(const std::vector<Shape>& shapes, bool around_globe) {
 }
 
 std::vector<std::size_t> numbers_unlike_neighbours(const std::vector<std::vector<std::size_t>>& neighbours, std::size_t count) {
-    std::vector<std::size_t> numbers(neighbours.size(), count), uses(count);
-    for (std::size_t s = 0; s < neighbours.size(); ++s) {
-        std::vector<bool> taken(count);
+    const std::size_t size = neighbours.size();
+    // Whoever has fewest neighbours left is taken away first and numbered last: of a flat map's shapes each one then has at most
+    // five numbered neighbours when its turn comes.
+    std::vector<std::size_t> degrees, order;
+    std::set<std::pair<std::size_t, std::size_t>> left;
+    for (std::size_t s = 0; s < size; ++s) {
+        degrees.push_back(neighbours[s].size());
+        left.emplace(degrees[s], s);
+    }
+    while (!left.empty()) {
+        const std::size_t s = left.begin()->second;
+        left.erase(left.begin());
+        order.push_back(s);
         for (const std::size_t other : neighbours[s]) {
+            if (left.erase({degrees[other], other}) > 0) {
+                left.emplace(--degrees[other], other);
+            }
+        }
+    }
+    std::vector<std::size_t> numbers(size, count), uses(count);
+    for (std::size_t i = size; i-- > 0;) {
+        std::vector<bool> taken(count);
+        for (const std::size_t other : neighbours[order[i]]) {
             if (numbers[other] < count) {
                 taken[numbers[other]] = true;
             }
@@ -150,7 +170,7 @@ std::vector<std::size_t> numbers_unlike_neighbours(const std::vector<std::vector
                 best = n;
             }
         }
-        numbers[s] = best;
+        numbers[order[i]] = best;
         ++uses[best];
     }
     return numbers;

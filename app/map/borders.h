@@ -22,8 +22,9 @@ struct Borders {
 // The borders of outlined shapes. around_globe: leave out where a face is only cut off, along the antimeridian and at the poles.
 Borders find_borders(const std::vector<Shape>& shapes, bool around_globe);
 
-// A number for each shape, other than those of its neighbours, from 0 to count - 1; the least used one that is free. Where a shape
-// has neighbours with all numbers, the least used of all.
+// A number for each shape, other than those of its neighbours, from 0 to count - 1; the least used one that is free. Six are
+// enough for shapes of one piece each; where a shape has neighbours with all numbers, it takes the least used of all.
+// Smallest-last order (Matula and Beck).
 std::vector<std::size_t> numbers_unlike_neighbours(const std::vector<std::vector<std::size_t>>& neighbours, std::size_t count);
 
 } // namespace app::map

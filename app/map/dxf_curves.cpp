@@ -11,8 +11,8 @@ void add_arc(Position center, Position major, Position minor, double from, doubl
     const int steps = std::clamp(static_cast<int>(std::ceil(std::abs(to - from) * 180 / std::numbers::pi)), 1, 720);
     for (int i = 0; i <= steps; ++i) {
         const double t = from + (to - from) * i / steps;
-        path.push_back({center.x + major.x * std::cos(t) + minor.x * std::sin(t),
-                        center.y + major.y * std::cos(t) + minor.y * std::sin(t)});
+        path.push_back(
+            {center.x + major.x * std::cos(t) + minor.x * std::sin(t), center.y + major.y * std::cos(t) + minor.y * std::sin(t)});
     }
 }
 

@@ -116,7 +116,7 @@ void read_blocks(Groups& groups, Drawing& drawing) {
         }
         const Entity head = groups.entity();
         drawing.blocks[std::string(values.text(head, 2))] = {{values.number(head, 10, 0), values.number(head, 20, 0)},
-                                                            read_entities(groups, "ENDBLK")};
+                                                             read_entities(groups, "ENDBLK")};
     }
     groups.advance();
 }

@@ -32,7 +32,7 @@ struct Block {
 };
 
 struct Layer {
-    std::int64_t color = 7;      // number in the colour table; below 0 = the layer is off
+    std::int64_t color = 7;       // number in the colour table; below 0 = the layer is off
     std::int64_t true_color = -1; // 0xRRGGBB; below 0 = none
     bool frozen = false;
 };

@@ -58,9 +58,7 @@ std::optional<VT_RGB32> table_color(std::int64_t number) {
 struct Placement {
     Position x{1, 0}, y{0, 1}, origin{};
 
-    Position operator()(Position p) const {
-        return {x.x * p.x + y.x * p.y + origin.x, x.y * p.x + y.y * p.y + origin.y};
-    }
+    Position operator()(Position p) const { return {x.x * p.x + y.x * p.y + origin.x, x.y * p.x + y.y * p.y + origin.y}; }
     Placement operator*(const Placement& inner) const {
         const Position o = (*this)(inner.origin), e = (*this)({inner.origin.x + inner.x.x, inner.origin.y + inner.x.y}),
                        f = (*this)({inner.origin.x + inner.y.x, inner.origin.y + inner.y.y});
@@ -135,7 +133,8 @@ private:
             return;
         }
         if (++copies_ > most_copies) {
-            throw Map_Error(file_ + ":" + std::to_string(entity.line) + ": expected at most 1000000 entities with those of blocks");
+            throw Map_Error(file_ + ":" + std::to_string(entity.line) +
+                            ": expected at most 1000000 entities with those of blocks");
         }
         if (entity.type == "INSERT") {
             insert(entity, around);
@@ -362,7 +361,8 @@ private:
             } else if (kind == 4) {
                 return false;
             } else {
-                walk.values.fail(kind_group.line, "the kind of an edge from 1 to 4, found '" + std::string(kind_group.value) + "'");
+                walk.values.fail(kind_group.line,
+                                 "the kind of an edge from 1 to 4, found '" + std::string(kind_group.value) + "'");
             }
         }
         return true;

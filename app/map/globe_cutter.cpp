@@ -312,9 +312,14 @@ private:
     double limit_;
 };
 
+// A path whose curves have places enough already.
+bool is_fine(const Projection& projection) {
+    return projection.keeps_straight() || projection.domain()->cap;
+}
+
 Path projected_ring(const Path& ring, const Projection& projection) {
     Path result;
-    for (const Position& p : projection.keeps_straight() ? ring : with_steps(ring, true)) {
+    for (const Position& p : is_fine(projection) ? ring : with_steps(ring, true)) {
         if (const auto place = projection.place_of(p)) {
             result.push_back(*place);
         }
@@ -330,7 +335,7 @@ void add_projected_line(const Path& line, const Projection& projection, std::vec
         }
         piece.clear();
     };
-    for (const Position& p : projection.keeps_straight() ? line : with_steps(line, false)) {
+    for (const Position& p : is_fine(projection) ? line : with_steps(line, false)) {
         if (const auto place = projection.place_of(p)) {
             piece.push_back(*place);
         } else {

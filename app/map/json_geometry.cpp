@@ -131,9 +131,8 @@ void Json_Geometry_Reader::read_geometry(const Json& geometry, const Place& plac
         });
     } else if (type == "GeometryCollection") {
         read("geometries", [&](const Json& value, const Place& at) {
-            for_each(value, at, [&](const Json& part, const Place& part_place) {
-                read_geometry(part, part_place, shape, depth + 1);
-            });
+            for_each(value, at,
+                     [&](const Json& part, const Place& part_place) { read_geometry(part, part_place, shape, depth + 1); });
         });
     } else {
         fail(type_place, "a kind of geometry", type_value);

@@ -46,14 +46,34 @@ void Map_Painter::fill(const Face& face, VT_RGB32 color) {
         std::ranges::transform(ring, ring.begin(), [this](Position p) { return view_.device_place(p); });
     }
     rendition_->face.color = color;
-    rendition_->face.index = index_of(color);
     rendition_->face.flags = color.alpha == 255 ? 0 : face_flag::translucent;
-    for_each_rectangle(pixels, rendition_->clip.hard_clip, [this](const VT_Int_Rectangle& r) {
+    const auto draw_face = [this](const VT_Int_Rectangle& r) {
         // Strips leave out their last column and row.
         const VT_DCI_Point corners[] = {
             {r.left, r.bottom, 0}, {r.right + 1, r.bottom, 0}, {r.left, r.top + 1, 0}, {r.right + 1, r.top + 1, 0}};
         VD_Draw_2DI_Polytriangle(renderer_, *rendition_, 4, corners);
-    });
+    };
+    // Faces are dithered in 8-bit pictures, lines have the palette's own colours.
+    const auto draw_rows = [this](const VT_Int_Rectangle& r) {
+        for (std::int32_t y = r.bottom; y <= r.top; ++y) {
+            const VT_DCI_Point row[] = {{r.left, y, 0}, {r.right, y, 0}};
+            VD_Draw_2DI_Polyline(renderer_, *rendition_, 2, row);
+        }
+    };
+    if (renderer_.current_renderer_options().color_system() == 1) {
+        for_each_rectangle(pixels, rendition_->clip.hard_clip, draw_face);
+    } else {
+        set_line({color, 1, {}});
+        for_each_rectangle(pixels, rendition_->clip.hard_clip, draw_rows);
+    }
+}
+
+void Map_Painter::set_line(const Line_Paint& paint) {
+    VT_Line_Attributes& attributes = rendition_->line;
+    attributes.color = paint.color;
+    attributes.index = index_of(paint.color);
+    attributes.weight = paint.width;
+    attributes.line_types = paint.dashes.empty() ? VT_Line_Type_Set::None : line_types_of(paint.dashes, paint.width);
 }
 
 void Map_Painter::draw(const Path& line, const Line_Paint& paint) {
@@ -69,11 +89,7 @@ void Map_Painter::draw(const Path& line, const Line_Paint& paint) {
         points.clear();
         bounds = {INT32_MAX, INT32_MIN, INT32_MAX, INT32_MIN};
     };
-    VT_Line_Attributes& attributes = rendition_->line;
-    attributes.color = paint.color;
-    attributes.index = index_of(paint.color);
-    attributes.weight = paint.width;
-    attributes.line_types = paint.dashes.empty() ? VT_Line_Type_Set::None : line_types_of(paint.dashes, paint.width);
+    set_line(paint);
     for (const Position& p : line) {
         const Position place = view_.device_place(p);
         if (!(std::abs(place.x) < farthest && std::abs(place.y) < farthest)) {

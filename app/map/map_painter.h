@@ -49,6 +49,7 @@ public:
 
 private:
     std::uint8_t index_of(VT_RGB32 color) const;
+    void set_line(const Line_Paint& paint);
 
     VT_Renderer_Data& renderer_;
     VT_Reference<VT_Rendition> rendition_;

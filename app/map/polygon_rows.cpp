@@ -20,7 +20,8 @@ std::int32_t first_centre(double value, std::int32_t first, std::int32_t last) {
     return static_cast<std::int32_t>(std::clamp(std::ceil(value - 0.5), static_cast<double>(first), last + 1.0));
 }
 
-// A side covers the rows whose centres lie from its lower end on to below its upper one, so that a row through a corner meets it once.
+// A side covers the rows whose centres lie from its lower end on to below its upper one, so that a row through a corner meets it
+// once.
 void add_crossings(Position a, Position b, const VT_Int_Rectangle& window, std::vector<Crossing>& crossings) {
     const Position low = a.y <= b.y ? a : b, high = a.y <= b.y ? b : a;
     const std::int32_t end = first_centre(high.y, window.bottom, window.top);

@@ -1,10 +1,10 @@
 // Projections by PROJ.
-#include <proj.h>
-
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <string_view>
+
+#include <proj.h>
 
 #include "app/map/projection.h"
 
@@ -16,10 +16,10 @@ struct Named_Projection {
 };
 
 constexpr std::array named_projections{
-    Named_Projection{"robinson", "robin"},    Named_Projection{"natural-earth", "natearth"},
+    Named_Projection{"robinson", "robin"},      Named_Projection{"natural-earth", "natearth"},
     Named_Projection{"equal-earth", "eqearth"}, Named_Projection{"winkel-tripel", "wintri"},
-    Named_Projection{"mollweide", "moll"},    Named_Projection{"sinusoidal", "sinu"},
-    Named_Projection{"orthographic", "ortho"}, Named_Projection{"equal-area", "laea"},
+    Named_Projection{"mollweide", "moll"},      Named_Projection{"sinusoidal", "sinu"},
+    Named_Projection{"orthographic", "ortho"},  Named_Projection{"equal-area", "laea"},
     Named_Projection{"equidistant", "aeqd"},
 };
 
@@ -41,8 +41,8 @@ double number(std::string_view text, std::string_view name, double fallback) {
     return result;
 }
 
-// What a projection shows, from its PROJ string: azimuthal ones a part of the globe around their centre, transverse and conic ones
-// what they do not stretch beyond all measure, the others the globe cut open opposite to their middle.
+// What a projection shows, from its PROJ string: azimuthal ones a part of the globe around their centre, transverse and conic
+// ones what they do not stretch beyond all measure, the others the globe cut open opposite to their middle.
 Domain domain_of(std::string_view text) {
     const std::string_view kind = parameter(text, "proj");
     Domain domain;
@@ -165,7 +165,8 @@ std::unique_ptr<Projection> make_proj_projection(const std::string& name, std::o
         return nullptr;
     }
     if (center) {
-        throw Map_Error("--center: expected a projection with a name of its own, found '" + name + "', which says its middle itself");
+        throw Map_Error("--center: expected a projection with a name of its own, found '" + name +
+                        "', which says its middle itself");
     }
     return code ? coordinate_system(name) : projection_of(name);
 }

@@ -27,9 +27,7 @@ public:
 private:
     const char* path_key() const override { return "arcs"; }
 
-    Position placed(Position p) const {
-        return quantized_ ? Position{p.x * scale_.x + start_.x, p.y * scale_.y + start_.y} : p;
-    }
+    Position placed(Position p) const { return quantized_ ? Position{p.x * scale_.x + start_.x, p.y * scale_.y + start_.y} : p; }
 
     // Quantized positions are differences from the one before.
     Path arc(const Json& value, const Place& place) const {
