@@ -56,8 +56,10 @@ private:
     std::vector<Stretch> stretches_;
 };
 
+// Files end a little before the poles, and are rounded.
 bool is_cut(Position a, Position b) {
-    return (std::abs(a.x) == 180 && std::abs(b.x) == 180) || (std::abs(a.y) == 90 && std::abs(b.y) == 90);
+    constexpr double edge = 180 - 1e-6, pole = 89.99;
+    return std::min(std::abs(a.x), std::abs(b.x)) >= edge || std::min(std::abs(a.y), std::abs(b.y)) >= pole;
 }
 
 template <class Visit> void for_each_ring(const std::vector<Shape>& shapes, Visit visit) {

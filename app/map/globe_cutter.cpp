@@ -295,7 +295,8 @@ private:
     Position on_circle(double bearing) const {
         const double y0 = cap_.center.y * degree, radius = cap_.radius * degree;
         const double sine = std::sin(y0) * std::cos(radius) + std::cos(y0) * std::sin(radius) * std::cos(bearing);
-        const double x = std::atan2(std::sin(bearing) * std::sin(radius) * std::cos(y0), std::cos(radius) - std::sin(y0) * sine);
+        const double x = std::atan2(std::sin(bearing) * std::sin(radius),
+                                    std::cos(y0) * std::cos(radius) - std::sin(y0) * std::sin(radius) * std::cos(bearing));
         return {cap_.center.x + x / degree, std::asin(std::clamp(sine, -1.0, 1.0)) / degree};
     }
 

@@ -56,7 +56,7 @@ Domain domain_of(std::string_view text) {
     } else if (kind == "stere" || kind == "sterea" || kind == "ups") {
         cap(120);
     } else if (kind == "laea" || kind == "aeqd") {
-        cap(179.9);
+        cap(179); // beyond, the shortest ways around an ellipsoid jump
     } else if (kind == "nsper" || kind == "geos") {
         const double radius = number(text, "R", number(text, "a", 6378137));
         cap(std::acos(radius / (radius + number(text, "h", 35785831))) * 180 / M_PI - 0.001);
@@ -140,6 +140,11 @@ std::unique_ptr<Projection> coordinate_system(const std::string& code) {
 }
 
 std::unique_ptr<Projection> projection_of(const std::string& text) {
+    for (const std::string_view interrupted : {"igh", "igh_o", "imoll", "imoll_o", "healpix", "rhealpix", "isea", "s2", "qsc"}) {
+        if (parameter(text, "proj") == interrupted) {
+            throw Map_Error("--projection: expected one that cuts the globe open along one meridian, found '" + text + "'");
+        }
+    }
     auto context = std::make_unique<Context>();
     // Longitudes beyond 180 degrees stay where the map's middle has them.
     Handle handle(proj_create(context->handle, (text + " +over").c_str()));
