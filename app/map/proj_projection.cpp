@@ -1,15 +1,22 @@
-// Projections by PROJ.
+// Projections by PROJ. The library is loaded when a projection asks for it: with all that it needs itself, it would take longer
+// to start than many a picture takes to draw.
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <numbers>
+#include <stdexcept>
 #include <string_view>
+#include <type_traits>
 
+#include <dlfcn.h>
 #include <proj.h>
 
 #include "app/map/projection.h"
 
 namespace app::map {
 namespace {
+
+constexpr double degree = std::numbers::pi / 180;
 
 struct Named_Projection {
     std::string_view name, proj;
@@ -59,7 +66,7 @@ Domain domain_of(std::string_view text) {
         cap(179); // beyond, the shortest ways around an ellipsoid jump
     } else if (kind == "nsper" || kind == "geos") {
         const double radius = number(text, "R", number(text, "a", 6378137));
-        cap(std::acos(radius / (radius + number(text, "h", 35785831))) * 180 / M_PI - 0.001);
+        cap(std::acos(radius / (radius + number(text, "h", 35785831))) / degree - 0.001);
     } else if (kind == "utm") {
         domain.center = 6 * number(text, "zone", 31) - 183;
         domain.half_width = 60;
@@ -75,16 +82,63 @@ Domain domain_of(std::string_view text) {
     return domain;
 }
 
+// The library's functions under their own names.
+struct Proj_Library {
+    decltype(&::proj_angular_input) proj_angular_input;
+    decltype(&::proj_angular_output) proj_angular_output;
+    decltype(&::proj_as_proj_string) proj_as_proj_string;
+    decltype(&::proj_context_create) proj_context_create;
+    decltype(&::proj_context_destroy) proj_context_destroy;
+    decltype(&::proj_context_errno) proj_context_errno;
+    decltype(&::proj_context_errno_string) proj_context_errno_string;
+    decltype(&::proj_create) proj_create;
+    decltype(&::proj_create_crs_to_crs) proj_create_crs_to_crs;
+    decltype(&::proj_destroy) proj_destroy;
+    decltype(&::proj_log_level) proj_log_level;
+    decltype(&::proj_normalize_for_visualization) proj_normalize_for_visualization;
+    decltype(&::proj_trans) proj_trans;
+};
+
+Proj_Library load_library() {
+    void* const handle = dlopen(VORNA_PROJ_LIBRARY, RTLD_NOW | RTLD_LOCAL); // until the command ends
+    const auto load = [handle](auto& function, const char* name) {
+        function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(handle ? dlsym(handle, name) : nullptr);
+        if (!function) {
+            throw std::runtime_error("--projection: PROJ is needed and cannot be loaded: " + std::string(dlerror()));
+        }
+    };
+    Proj_Library library;
+    load(library.proj_angular_input, "proj_angular_input");
+    load(library.proj_angular_output, "proj_angular_output");
+    load(library.proj_as_proj_string, "proj_as_proj_string");
+    load(library.proj_context_create, "proj_context_create");
+    load(library.proj_context_destroy, "proj_context_destroy");
+    load(library.proj_context_errno, "proj_context_errno");
+    load(library.proj_context_errno_string, "proj_context_errno_string");
+    load(library.proj_create, "proj_create");
+    load(library.proj_create_crs_to_crs, "proj_create_crs_to_crs");
+    load(library.proj_destroy, "proj_destroy");
+    load(library.proj_log_level, "proj_log_level");
+    load(library.proj_normalize_for_visualization, "proj_normalize_for_visualization");
+    load(library.proj_trans, "proj_trans");
+    return library;
+}
+
+const Proj_Library& proj() {
+    static const Proj_Library library = load_library();
+    return library;
+}
+
 struct Context {
-    Context() : handle(proj_context_create()) { proj_log_level(handle, PJ_LOG_NONE); }
+    Context() : handle(proj().proj_context_create()) { proj().proj_log_level(handle, PJ_LOG_NONE); }
     Context(const Context&) = delete;
     Context& operator=(const Context&) = delete;
-    ~Context() { proj_context_destroy(handle); }
+    ~Context() { proj().proj_context_destroy(handle); }
     PJ_CONTEXT* handle;
 };
 
 struct Destroy {
-    void operator()(PJ* projection) const { proj_destroy(projection); }
+    void operator()(PJ* projection) const { proj().proj_destroy(projection); }
 };
 using Handle = std::unique_ptr<PJ, Destroy>;
 
@@ -92,7 +146,7 @@ class Proj_Projection final : public Projection {
 public:
     Proj_Projection(std::unique_ptr<Context> context, Handle handle, const Domain& domain)
         : Projection(domain), context_(std::move(context)), handle_(std::move(handle)),
-          takes_radians_(proj_angular_input(handle_.get(), PJ_FWD) != 0), domain_(domain) {}
+          takes_radians_(proj().proj_angular_input(handle_.get(), PJ_FWD) != 0), domain_(domain) {}
 
     std::optional<Position> place_of(Position p) const override {
         if (!domain_.cap) {
@@ -100,11 +154,11 @@ public:
             constexpr double inside = 1 - 1e-12;
             p.x = domain_.center + (p.x - domain_.center) * inside;
         }
-        PJ_COORD place = proj_coord(p.x, p.y, 0, 0);
+        PJ_COORD place{{p.x, p.y, 0, 0}};
         if (takes_radians_) {
-            place.lp = {proj_torad(p.x), proj_torad(p.y)};
+            place.lp = {p.x * degree, p.y * degree};
         }
-        place = proj_trans(handle_.get(), PJ_FWD, place);
+        place = proj().proj_trans(handle_.get(), PJ_FWD, place);
         if (!std::isfinite(place.xy.x) || !std::isfinite(place.xy.y)) {
             return std::nullopt;
         }
@@ -119,19 +173,20 @@ private:
 };
 
 [[noreturn]] void refuse(const std::string& name, const Context& context) {
-    const int error = proj_context_errno(context.handle);
-    throw Map_Error("--projection: PROJ cannot use '" + name + "'" +
-                    (error ? std::string(": ") + proj_context_errno_string(context.handle, error) : ""));
+    const int error = proj().proj_context_errno(context.handle);
+    const std::string reason = error ? proj().proj_context_errno_string(context.handle, error) : "";
+    const bool says_something = !reason.empty() && !reason.starts_with("Unknown");
+    throw Map_Error("--projection: PROJ cannot use '" + name + "'" + (says_something ? ": " + reason : ""));
 }
 
 // A coordinate system by its code: from longitude and latitude, in this order.
 std::unique_ptr<Projection> coordinate_system(const std::string& code) {
     auto context = std::make_unique<Context>();
     PJ_CONTEXT* c = context->handle;
-    const Handle target(proj_create(c, code.c_str()));
-    const Handle raw(target ? proj_create_crs_to_crs(c, "OGC:CRS84", code.c_str(), nullptr) : nullptr);
-    Handle handle(raw ? proj_normalize_for_visualization(c, raw.get()) : nullptr);
-    const char* text = handle ? proj_as_proj_string(c, target.get(), PJ_PROJ_5, nullptr) : nullptr;
+    const Handle target(proj().proj_create(c, code.c_str()));
+    const Handle raw(target ? proj().proj_create_crs_to_crs(c, "OGC:CRS84", code.c_str(), nullptr) : nullptr);
+    Handle handle(raw ? proj().proj_normalize_for_visualization(c, raw.get()) : nullptr);
+    const char* text = handle ? proj().proj_as_proj_string(c, target.get(), PJ_PROJ_5, nullptr) : nullptr;
     if (!text) {
         refuse(code, *context);
     }
@@ -147,8 +202,8 @@ std::unique_ptr<Projection> projection_of(const std::string& text) {
     }
     auto context = std::make_unique<Context>();
     // Longitudes beyond 180 degrees stay where the map's middle has them.
-    Handle handle(proj_create(context->handle, (text + " +over").c_str()));
-    if (!handle || proj_angular_output(handle.get(), PJ_FWD)) {
+    Handle handle(proj().proj_create(context->handle, (text + " +over").c_str()));
+    if (!handle || proj().proj_angular_output(handle.get(), PJ_FWD)) {
         refuse(text, *context);
     }
     return std::make_unique<Proj_Projection>(std::move(context), std::move(handle), domain_of(text));
