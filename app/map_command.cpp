@@ -11,6 +11,8 @@
 
 #include "app/image_file.h"
 #include "app/map/globe_cutter.h"
+#include "app/map/label_font.h"
+#include "app/map/labels.h"
 #include "app/map/map_layer.h"
 #include "app/map/map_reader.h"
 #include "app/output_file.h"
@@ -294,6 +296,8 @@ public:
 private:
     void choose_projection();
     void choose_view();
+    void place_labels();
+    void draw_labels(Map_Painter& painter) const;
     Layer_Style style_of(const Map& map, const Map_Layer& layer) const;
     Layer_Style overlay_style(const Map& map) const;
     void set_line_style(Layer_Style& style) const;
@@ -310,6 +314,7 @@ private:
     std::vector<Path> graticule_;
     std::optional<VT_RGB32> water_;
     View view_;
+    std::vector<Face> labels_; // in pixels
     VT_Reference<VT_Rendition> rendition_;
 };
 
@@ -344,6 +349,9 @@ Map_Drawing::Map_Drawing(const Map_Picture& picture, const Map_Options& options)
         graticule_ = graticule_lines(options.graticule, *projection_);
     }
     choose_view();
+    if (options.labels) {
+        place_labels();
+    }
     warn(map_, picture.strict);
     warn(overlay_map_, picture.strict);
 }
@@ -402,6 +410,41 @@ void Map_Drawing::choose_view() {
             std::clamp(std::ceil(view_.size.x * height / std::max(width, 1e-300)), view_.size.x / 8.0, double{largest_height}));
     }
     view_.scale = room * std::min(view_.size.x / std::max(width, 1e-300), view_.size.y / std::max(height, 1e-300));
+}
+
+// Names of points to the right of their markers, names of faces inside of them; what finds no room is left out.
+void Map_Drawing::place_labels() {
+    const std::unique_ptr<Label_Font> font = load_label_font(options_.font, options_.label_size);
+    const VT_Int_Rectangle window{0, view_.size.x - 1, 0, view_.size.y - 1};
+    const auto height = static_cast<std::int32_t>(std::ceil(font->height()));
+    constexpr std::int32_t margin = 2;
+    Free_Room room;
+    const auto add = [&](const Label_Font::Text& text, VT_Int_Pair at) {
+        const VT_Int_Rectangle box{at.x - margin, at.x + static_cast<std::int32_t>(text.width) + margin, at.y - margin,
+                                   at.y + height + margin};
+        if (text.outline.empty() || !room.take(box)) {
+            return;
+        }
+        Face& face = labels_.emplace_back(text.outline);
+        for (Path& ring : face) {
+            std::ranges::transform(ring, ring.begin(), [&](Position p) { return Position{p.x + at.x, p.y + at.y}; });
+        }
+    };
+    for (const auto& [place, shape] : layer_->points()) {
+        const Position p = view_.device_place(place);
+        if (p.x >= 0 && p.y >= 0 && p.x < view_.size.x && p.y < view_.size.y) {
+            add(font->text_of(map_.shapes[shape].name),
+                {static_cast<std::int32_t>(p.x) + options_.marker_size / 2 + 3, static_cast<std::int32_t>(p.y) - height / 2});
+        }
+    }
+    for (std::size_t s = 0; s < map_.shapes.size(); ++s) {
+        const Label_Font::Text text = font->text_of(map_.shapes[s].name);
+        const VT_Int_Pair size{static_cast<std::int32_t>(std::ceil(text.width)) + 2 * margin, height + 2 * margin};
+        const Face face = map_.shapes[s].name.empty() ? Face() : view_.device_face(layer_->face_of(s));
+        if (const auto at = place_in_face(face, window, size)) {
+            add(text, {at->x + margin, at->y + margin});
+        }
+    }
 }
 
 void Map_Drawing::set_line_style(Layer_Style& style) const {
@@ -472,7 +515,8 @@ void Map_Drawing::set_up(Session& session) {
     options.set_color_system(picture_.colors == 32 ? 1 : 0);
     options.set_buffer_depth(0);
     if (picture_.colors == 8) {
-        std::vector<VT_RGB32> colors{picture_.background, graticule_color, style_.marker.color};
+        const VT_RGB32 label = parsed_color("--label-color", options_.label_color);
+        std::vector<VT_RGB32> colors{label, contrast_to(label), picture_.background, graticule_color, style_.marker.color};
         colors.insert(colors.end(), style_.strokes.begin(), style_.strokes.end());
         colors.push_back(water_.value_or(picture_.background));
         colors.push_back(style_.casing.value_or(picture_.background));
@@ -530,7 +574,26 @@ void Map_Drawing::draw(Session& session) const {
         Map_Painter overlay_painter(renderer, *rendition, view_);
         overlay_->draw(overlay_painter, overlay_style_);
     }
+    draw_labels(painter);
     renderer.end_picture_all();
+}
+
+// Each letter with a light or dark seam of one pixel around it.
+void Map_Drawing::draw_labels(Map_Painter& painter) const {
+    const VT_RGB32 color = parsed_color("--label-color", options_.label_color);
+    for (const bool seam : {true, false}) {
+        for (const Face& label : labels_) {
+            for (int step = 0; step < (seam ? 9 : 1); ++step) {
+                Face moved = label;
+                for (Path& ring : moved) {
+                    std::ranges::transform(ring, ring.begin(), [&](Position p) {
+                        return seam ? Position{p.x + step % 3 - 1, p.y + step / 3 - 1} : p;
+                    });
+                }
+                painter.fill_pixels(moved, seam ? contrast_to(color) : color);
+            }
+        }
+    }
 }
 
 void check_combinations(const Map_Picture& picture, const Map_Options& options) {
@@ -539,6 +602,12 @@ void check_combinations(const Map_Picture& picture, const Map_Options& options) 
     }
     if (options.opacity < 1 && picture.colors != 32) {
         throw Usage_Error("--opacity: expected 32 bits a pixel, found --colors 8");
+    }
+    for (const auto& [given, name] :
+         {std::pair(!options.font.empty(), "--font"), {options.label_color != "black", "--label-color"}}) {
+        if (given && !options.labels) {
+            throw Usage_Error(std::string(name) + ": expected --labels beside it, found none");
+        }
     }
     if (!options.merge.empty() && options.merge != "and") {
         throw Usage_Error("--merge: expected and, found '" + options.merge + "'");
@@ -579,6 +648,10 @@ void add_map_options(CLI::App& command, Map_Options& options) {
         "SYMBOL");
     add("--marker-size", options.marker_size, "Pixels", "PIXELS")->check(CLI::Range(1, 1000));
     add("--marker-color", options.marker_color, "Colour of points", "COLOR");
+    command.add_flag("--labels", options.labels, "Names of shapes where there is room for them")->group(option_group);
+    add("--label-size", options.label_size, "Of letters", "PIXELS")->check(CLI::Range(4, 1000));
+    add("--label-color", options.label_color, "Of letters", "COLOR");
+    add("--font", options.font, "Font of labels: TrueType, OpenType and others", "FILE");
     add("--overlay", options.overlay, "Another map to draw over this one", "FILE");
     add("--overlay-color", options.overlay_color, "Colour of its faces, lines and points", "COLOR");
     add("--merge", options.merge, "and: the overlay's colours and those below combine bit by bit, as inks do", "RULE");

@@ -16,8 +16,10 @@ struct Map_Options {
     std::string border = "solid", outline, border_color, casing;
     std::string marker = "disc", marker_color = "#c8321e";
     std::string overlay, overlay_color = "#5a8ce6", merge;
+    bool labels = false;
+    std::string label_color = "black", font;
     double opacity = 1, graticule = 0;
-    std::int32_t border_width = 1, casing_width = 2, marker_size = 7;
+    std::int32_t label_size = 12, border_width = 1, casing_width = 2, marker_size = 7;
 };
 
 // What maps share with models.

@@ -39,6 +39,7 @@ public:
     const Bounds& bounds() const noexcept { return bounds_; }
     std::size_t shape_count() const noexcept { return faces_.size(); }
     std::size_t position_count() const noexcept { return position_count_; }
+    const std::vector<std::pair<Position, std::size_t>>& points() const noexcept { return points_; } // with their shape
     // All faces of a shape as one.
     Face face_of(std::size_t shape) const;
 

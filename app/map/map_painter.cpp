@@ -41,10 +41,10 @@ std::uint8_t Map_Painter::index_of(VT_RGB32 color) const {
 }
 
 void Map_Painter::fill(const Face& face, VT_RGB32 color) {
-    Face pixels = face;
-    for (Path& ring : pixels) {
-        std::ranges::transform(ring, ring.begin(), [this](Position p) { return view_.device_place(p); });
-    }
+    fill_pixels(view_.device_face(face), color);
+}
+
+void Map_Painter::fill_pixels(const Face& pixels, VT_RGB32 color) {
     rendition_->face.color = color;
     rendition_->face.flags = color.alpha == 255 ? 0 : face_flag::translucent;
     const auto draw_face = [this](const VT_Int_Rectangle& r) {

@@ -1,6 +1,7 @@
 // Draws faces, lines and markers of a projected map through a renderer.
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
 #include "app/map/shapes.h"
@@ -17,6 +18,12 @@ struct View {
 
     Position device_place(Position p) const noexcept {
         return {(p.x - middle.x) * scale + size.x * 0.5, (p.y - middle.y) * scale + size.y * 0.5};
+    }
+    Face device_face(Face face) const {
+        for (Path& ring : face) {
+            std::ranges::transform(ring, ring.begin(), [this](Position p) { return device_place(p); });
+        }
+        return face;
     }
 };
 
@@ -43,6 +50,8 @@ public:
 
     // Every pixel once, see for_each_rectangle. A colour that is not opaque is blended in 32-bit pictures.
     void fill(const Face& face, VT_RGB32 color);
+    // The same for a face in pixels.
+    void fill_pixels(const Face& pixels, VT_RGB32 color);
     // Dashes run on from segment to segment.
     void draw(const Path& line, const Line_Paint& paint);
     void mark(Position place, const Marker_Paint& paint);
