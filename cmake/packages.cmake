@@ -40,8 +40,9 @@ component_package(library libvorna15 libs "Host library and renderer module.")
 component_package(development libvorna15-dev libdevel "Headers of the host library and its CMake package." ${this_library})
 component_package(command vorna graphics "Command that draws models and replays pictures." ${this_library})
 if(VORNA_BUILD_COMMAND AND VORNA_WITH_PROJ)
-  # Debian names the package after the library; the command does without when no map asks for it.
-  string(REPLACE ".so." "" CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS ${proj_library})
+  # For maps. Debian names the package after the library.
+  string(REPLACE ".so." "" proj_package ${proj_library})
+  set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS "${proj_package}, fonts-dejavu-core")
 endif()
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/triggers)

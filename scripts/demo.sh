@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
 
-install_packages "${build_packages[@]}" glmark2-data
+install_packages "${build_packages[@]}" fonts-dejavu-core glmark2-data
 step "build"
 cmake --preset gcc-release -B build/demo -D VORNA_BUILD_TESTS=OFF >/dev/null
 cmake --build build/demo -j "$(nproc)"
@@ -61,7 +61,7 @@ if [ -e "$atlas" ]; then
     render world "$atlas/countries-110m.json" --projection robinson --graticule 30 "${water[@]}"
     render world-large "$atlas/countries-10m.json" --projection robinson --size 8000x4000 "${water[@]}"
     render globe "$atlas/countries-50m.json" --projection orthographic --center 20,40 --graticule 15 --antialias "${water[@]}"
-    render europe "$atlas/countries-10m.json" --projection mercator --bbox=-11,35,32,60 "${water[@]}"
+    render europe "$atlas/countries-10m.json" --projection mercator --bbox=-11,35,32,60 --labels "${water[@]}"
 fi
 render flange pictures/maps/flange.dxf --antialias
 echo "the pictures are in $PWD/out"

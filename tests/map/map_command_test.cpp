@@ -174,6 +174,30 @@ TEST_F(Map_Command, a_shape_clips_all_that_is_drawn_and_overlays_combine_like_in
     }
 }
 
+TEST_F(Map_Command, labels_stay_inside_of_their_shapes_or_are_left_out) {
+    const std::string map = folder.file(
+        "map.json",
+        collection({feature("Polygon", "[[[1,1],[9,1],[9,3],[1,3],[1,1]]]", R"({"name":"Gr\u00fcn","fill":"#00ff00"})"),
+                    feature("Polygon", "[[[1,5],[2,5],[2,9],[1,9],[1,5]]]", R"({"name":"Red","fill":"#ff0000"})")}));
+    const std::vector<std::string> options{"--bbox", "0,0,10,10", "--size", "200x200", "--border", "none", "--labels"};
+    if (!WITH_FREETYPE) {
+        std::vector<std::string> command{"render", map, "-o", folder.file("out.png")};
+        command.insert(command.end(), options.begin(), options.end());
+        EXPECT_THAT(replay_tests::run_vorna(command).errors, HasSubstr("found one without"));
+        return;
+    }
+    const Picture picture = render(map, options);
+    EXPECT_GT(picture.count(black), 30);
+    EXPECT_LT(picture.count(black), 200);
+    EXPECT_EQ(picture.count(red), 20 * 80);
+    for (std::uint32_t y = 0; y < 200; ++y) {
+        for (std::uint32_t x = 0; x < 200; ++x) {
+            const bool inside = x >= 20 && x < 180 && y >= 140 && y < 180;
+            EXPECT_TRUE(inside || picture.at(x, y) != black) << x << ' ' << y;
+        }
+    }
+}
+
 TEST_F(Map_Command, drawings_have_their_own_colours_and_one_warning) {
     const std::string file = folder.file(
         "box.dxf",
@@ -204,6 +228,7 @@ TEST_F(Map_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_file
         {{map, "--clip-to", "1"}, "--clip-to: expected the name, the id or the number of one of 1 shapes"},
         {{map, "--projection", "flat"}, "--projection: expected equirectangular, mercator, plane"},
         {{map, "--projection", "plane", "--graticule", "10"}, "--graticule: expected a projection of the globe"},
+        {{map, "--font", "x.ttf"}, "--font: expected --labels beside it"},
         {{map, "--merge", "and"}, "--merge: expected --overlay beside it"},
         {{map, "--opacity", "0.5", "--colors", "8"}, "--opacity: expected 32 bits a pixel"},
         {{map, "--marker", "heart"}, "--marker: expected one of dot"},
