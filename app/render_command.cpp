@@ -21,6 +21,8 @@
 #include "app/drawn_model.h"
 #include "app/image_file.h"
 #include "app/interruption.h"
+#include "app/map/map_reader.h"
+#include "app/map_command.h"
 #include "app/memory.h"
 #include "app/output_file.h"
 #include "app/picture/picture_file.h"
@@ -370,6 +372,23 @@ void render(const Render_Options& options, const Module_Choice& module) {
     }
 }
 
+// Without --size a map is as high as it needs to be.
+Map_Picture map_picture_of(const Render_Options& options, bool size_given) {
+    const VT_Int_Pair size =
+        parsed_pair(options.size, largest_buffer_side,
+                    "--size: expected WIDTHxHEIGHT with sides of a map from 1 to " + std::to_string(largest_buffer_side));
+    return {.file = options.model,
+            .output = options.output,
+            .record = options.record,
+            .size = {size.x, size_given ? size.y : 0},
+            .background = parsed_color("--background", options.background),
+            .colors = options.colors,
+            .antialias = options.antialias,
+            .repeat = options.repeat,
+            .stats = options.stats,
+            .strict = options.strict};
+}
+
 // The first one is the default.
 template <class Value> using Choices = std::vector<std::pair<std::string, Value>>;
 
@@ -393,9 +412,12 @@ void add_choice(CLI::App& command, const std::string& name, Value& target, const
 } // namespace
 
 void add_render_command(CLI::App& application, int& status) {
-    CLI::App& command = *application.add_subcommand("render", "Draw a model as a picture");
+    CLI::App& command = *application.add_subcommand("render", "Draw a model, a map or a drawing as a picture");
     const auto options = std::make_shared<Render_Options>();
-    command.add_option("model", options->model, "Model file: PLY, OBJ, STL and whatever assimp reads")->required();
+    command
+        .add_option("model", options->model,
+                    "Model (PLY, OBJ, STL and whatever assimp reads), map (GeoJSON, TopoJSON) or drawing (DXF)")
+        ->required();
     command.add_option("-o,--output", options->output, "PNG file to write")->required();
     command.add_option("--record", options->record, "Write what is drawn as a picture for replay too, compressed as FILE.gz")
         ->type_name("FILE");
@@ -451,10 +473,17 @@ void add_render_command(CLI::App& application, int& status) {
         ->check(CLI::Range(0, (1 << 20) - 1));
     command.add_flag("--hash", options->hash, "Print the SHA-256 of the pixels");
     command.add_flag("--strict", options->strict, "Fail when a material or texture cannot be read");
+    const auto map_options = std::make_shared<Map_Options>();
+    add_map_options(command, *map_options);
     command.fallthrough();
-    command.callback([options, color, &application, &status] {
-        options->color_given = color->count() > 0;
-        render(*options, chosen_module(application));
+    command.callback([options, map_options, color, &command, &application, &status] {
+        refuse_options_of_other_kind(command, options->model);
+        if (map::is_map_file(options->model)) {
+            render_map(map_picture_of(*options, command.count("--size") > 0), *map_options, chosen_module(application));
+        } else {
+            options->color_given = color->count() > 0;
+            render(*options, chosen_module(application));
+        }
         status = exit_status::done;
     });
 }

@@ -41,6 +41,11 @@ set(this_library "libvorna15 (= ${PROJECT_VERSION})")
 component_package(library libvorna15 libs "Host library and renderer module.")
 component_package(development libvorna15-dev libdevel "Headers of the host library, its CMake package and vorna.pc." ${this_library})
 component_package(command vorna graphics "Command that draws models and replays pictures." ${this_library})
+if(VORNA_BUILD_COMMAND AND VORNA_WITH_PROJ)
+  # For maps. Debian names the package after the library.
+  string(REPLACE ".so." "" proj_package ${proj_library})
+  set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS "${proj_package}, fonts-dejavu-core")
+endif()
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/triggers)
 

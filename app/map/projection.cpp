@@ -1,0 +1,60 @@
+// The projections of our own.
+#include "app/map/projection.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace app::map {
+namespace {
+
+constexpr double degree = std::numbers::pi / 180;
+
+// Where the square world of Mercator ends.
+const double mercator_end = std::atan(std::sinh(std::numbers::pi)) / degree;
+
+// Coordinates as they are.
+class Plane final : public Projection {
+public:
+    Plane() : Projection(std::nullopt, true) {}
+    std::optional<Position> place_of(Position p) const override { return p; }
+};
+
+class Equirectangular final : public Projection {
+public:
+    explicit Equirectangular(double center) : Projection(Domain{.center = center, .cap = {}}, true) {}
+    std::optional<Position> place_of(Position p) const override { return p; }
+};
+
+class Mercator final : public Projection {
+public:
+    explicit Mercator(double center)
+        : Projection(Domain{.center = center, .south = -mercator_end, .north = mercator_end, .cap = {}}) {}
+    std::optional<Position> place_of(Position p) const override {
+        return Position{p.x, std::asinh(std::tan(p.y * degree)) / degree};
+    }
+};
+
+} // namespace
+
+std::unique_ptr<Projection> make_projection(const std::string& name, std::optional<Position> center) {
+    const double meridian = center ? center->x : 0;
+    if (name == "plane") {
+        if (center) {
+            throw Map_Error("--center: expected a projection of the globe, found --projection plane");
+        }
+        return std::make_unique<Plane>();
+    }
+    if (name == "equirectangular") {
+        return std::make_unique<Equirectangular>(meridian);
+    }
+    if (name == "mercator") {
+        return std::make_unique<Mercator>(meridian);
+    }
+    if (std::unique_ptr<Projection> projection = make_proj_projection(name, center)) {
+        return projection;
+    }
+    throw Map_Error("--projection: expected equirectangular, mercator, plane" + proj_projection_names() + ", found '" + name +
+                    "'");
+}
+
+} // namespace app::map

@@ -1,0 +1,14 @@
+// Builds without PROJ know the projections of our own only.
+#include "app/map/projection.h"
+
+namespace app::map {
+
+std::unique_ptr<Projection> make_proj_projection(const std::string&, std::optional<Position>) {
+    return nullptr;
+}
+
+std::string proj_projection_names() {
+    return " (this build is without PROJ, which has the others)";
+}
+
+} // namespace app::map

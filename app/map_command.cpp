@@ -1,0 +1,707 @@
+// What the command `render` does with maps and drawings.
+#include "app/map_command.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+
+#include "app/image_file.h"
+#include "app/map/globe_cutter.h"
+#include "app/map/label_font.h"
+#include "app/map/labels.h"
+#include "app/map/map_layer.h"
+#include "app/map/map_reader.h"
+#include "app/output_file.h"
+#include "app/picture/picture_file.h"
+#include "app/picture/recorder.h"
+#include "app/scene/color_name.h"
+#include "app/session.h"
+#include "vorna/draw.h"
+
+namespace app {
+namespace {
+
+using namespace map;
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* option_group = "Maps and drawings";
+constexpr std::int32_t largest_height = 8192; // of those that are chosen here
+constexpr double full_circle = 360;
+
+// Neighbours take different ones.
+constexpr std::array palette_colors{0xF2D5A7, 0xC9DFB0, 0xF4C7C3, 0xCBD6EC, 0xEBE5A4, 0xDCC8E4, 0xB9DCD6};
+constexpr VT_RGB32 border_color{64, 64, 64, 255};
+constexpr VT_RGB32 graticule_color{200, 190, 180, 255};
+
+double milliseconds_since(Clock::time_point start) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+VT_RGB32 parsed_color(const char* option, const std::string& text) {
+    const auto color = scene::color_named(text);
+    if (!color) {
+        throw Usage_Error(std::string(option) + ": expected #rrggbb or a colour's name, found '" + text + "'");
+    }
+    return *color;
+}
+
+// Numbers between commas; empty when there is anything else.
+std::vector<double> parsed_numbers(const std::string& text) {
+    std::vector<double> numbers;
+    const char* const end = text.data() + text.size();
+    for (const char* place = text.data();; ++place) {
+        double value = 0;
+        const auto [stop, error] = std::from_chars(place, end, value);
+        if (error != std::errc{} || !std::isfinite(value) || (stop != end && *stop != ',')) {
+            return {};
+        }
+        numbers.push_back(value);
+        place = stop;
+        if (place == end) {
+            return numbers;
+        }
+    }
+}
+
+struct Border_Style {
+    const char* name;
+    Dashes dashes;
+};
+
+// Nothing: no line at all.
+std::optional<Dashes> parsed_dashes(const char* option, const std::string& text) {
+    static const Border_Style styles[] = {{"solid", {}},
+                                          {"dashed", {6, 4}},
+                                          {"dotted", {0, 3}},
+                                          {"dash-dot", {8, 3, 0, 3}},
+                                          {"dash-dot-dot", {8, 3, 0, 3, 0, 3}},
+                                          {"long-dashed", {14, 5}}};
+    if (text == "none") {
+        return std::nullopt;
+    }
+    for (const Border_Style& style : styles) {
+        if (text == style.name) {
+            return style.dashes;
+        }
+    }
+    const std::vector<double> lengths = parsed_numbers(text);
+    const bool fits = !lengths.empty() && lengths.size() % 2 == 0 && std::ranges::all_of(lengths, [&](const double& length) {
+        return length <= 10000 && (&length - lengths.data()) % 2 ? length > 0 : length >= 0;
+    });
+    if (!fits) {
+        throw Usage_Error(std::string(option) +
+                          ": expected none, solid, dashed, dotted, dash-dot, dash-dot-dot, long-dashed or lengths of dashes and "
+                          "gaps in pixels as 6,4, found '" +
+                          text + "'");
+    }
+    return lengths;
+}
+
+std::int32_t parsed_symbol(const std::string& text) {
+    constexpr std::array<std::pair<const char*, std::int32_t>, 9> symbols{{{"dot", marker_symbol::dot},
+                                                                           {"plus", marker_symbol::plus},
+                                                                           {"cross", marker_symbol::cross},
+                                                                           {"circle", marker_symbol::circle},
+                                                                           {"disc", marker_symbol::filled_circle},
+                                                                           {"square", marker_symbol::square},
+                                                                           {"block", marker_symbol::filled_square},
+                                                                           {"triangle", marker_symbol::triangle},
+                                                                           {"star", marker_symbol::star}}};
+    std::string names;
+    for (const auto& [name, symbol] : symbols) {
+        if (text == name) {
+            return symbol;
+        }
+        names += (names.empty() ? "" : ", ") + std::string(name);
+    }
+    throw Usage_Error("--marker: expected one of " + names + ", found '" + text + "'");
+}
+
+std::optional<Extent> parsed_extent(const std::string& text, bool drawing) {
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    const std::vector<double> n = parsed_numbers(text);
+    if (n.size() != 4 || n[1] >= n[3] || n[0] == n[2] || (drawing && n[0] > n[2])) {
+        throw Usage_Error("--bbox: expected west,south,east,north, found '" + text + "'");
+    }
+    return Extent{n[0], n[1], n[0] > n[2] ? n[2] + full_circle : n[2], n[3]};
+}
+
+std::optional<Position> parsed_center(const std::string& text) {
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    const std::vector<double> n = parsed_numbers(text);
+    if (n.empty() || n.size() > 2 || std::abs(n[0]) > full_circle || (n.size() == 2 && std::abs(n[1]) > 90)) {
+        throw Usage_Error("--center: expected a longitude, or longitude,latitude, found '" + text + "'");
+    }
+    return Position{n[0], n.size() == 2 ? n[1] : 0};
+}
+
+// A file's own statement may run over the antimeridian.
+std::optional<Extent> stated_extent(const Map& map, bool on_globe) {
+    if (!map.extent) {
+        return std::nullopt;
+    }
+    Extent extent = *map.extent;
+    if (on_globe && extent.west > extent.east) {
+        extent.east += full_circle;
+    }
+    return extent.west < extent.east && extent.south < extent.north ? std::optional(extent) : std::nullopt;
+}
+
+bool same_name(const std::string& a, const std::string& b) {
+    return std::ranges::equal(a, b, [](unsigned char c, unsigned char d) { return std::tolower(c) == std::tolower(d); });
+}
+
+// By name, else by identity, else by number.
+std::size_t chosen_shape(const Map& map, const std::string& file, const std::string& text) {
+    for (const auto key : {&Shape::name, &Shape::id}) {
+        const auto found = std::ranges::find_if(map.shapes, [&](const Shape& shape) { return same_name(shape.*key, text); });
+        if (found != map.shapes.end()) {
+            return static_cast<std::size_t>(found - map.shapes.begin());
+        }
+    }
+    std::size_t number = 0;
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc{} || stop != text.data() + text.size() || number >= map.shapes.size()) {
+        throw Usage_Error("--clip-to: expected the name, the id or the number of one of " + std::to_string(map.shapes.size()) +
+                          " shapes of " + file + ", found '" + text + "'");
+    }
+    return number;
+}
+
+// The meridian around which a shape that lies across the antimeridian is whole; nothing for all others.
+std::optional<Position> middle_of(const Shape& shape) {
+    std::array<bool, 360> touched{};
+    for (const Face& face : shape.faces) {
+        for (const Path& ring : face) {
+            for (const Position& p : ring) {
+                touched[static_cast<std::size_t>(std::clamp(std::floor(std::remainder(p.x, full_circle)) + 180, 0.0, 359.0))] =
+                    true;
+            }
+        }
+    }
+    if (!touched.front() || !touched.back()) {
+        return std::nullopt;
+    }
+    std::size_t best_start = 0, best = 0, run = 0;
+    for (std::size_t i = 0; i < touched.size(); ++i) {
+        run = touched[i] ? 0 : run + 1;
+        if (run > best) {
+            best = run;
+            best_start = i + 1 - run;
+        }
+    }
+    const double gap_middle = static_cast<double>(best_start) + static_cast<double>(best) / 2 - 180;
+    return best < 10 ? std::nullopt : std::optional(Position{std::remainder(gap_middle + 180, full_circle), 0});
+}
+
+// Where an extent lies on the map.
+Bounds bounds_of(const Extent& extent, const Projection& projection) {
+    constexpr int steps = 128;
+    Bounds bounds = Bounds::nothing();
+    for (int i = 0; i <= steps; ++i) {
+        for (int j = 0; j <= steps; ++j) {
+            Position p{extent.west + (extent.east - extent.west) * i / steps,
+                       extent.south + (extent.north - extent.south) * j / steps};
+            if (projection.domain()) {
+                p.y = std::clamp(p.y, projection.domain()->south, projection.domain()->north);
+            }
+            if (const auto place = project_point(p, projection)) {
+                bounds.add(*place);
+            }
+        }
+    }
+    return bounds;
+}
+
+Bounds bounds_of(const Face& face) {
+    Bounds bounds = Bounds::nothing();
+    for (const Path& ring : face) {
+        std::ranges::for_each(ring, [&](Position p) { bounds.add(p); });
+    }
+    return bounds;
+}
+
+// Meridians and parallels.
+std::vector<Path> graticule_lines(double step, const Projection& projection) {
+    std::vector<Path> lines;
+    const auto add = [&](const Path& line) { std::ranges::move(project_line(line, projection), std::back_inserter(lines)); };
+    for (double x = -180; x < 180; x += step) {
+        Path line;
+        for (int y = -90; y <= 90; ++y) {
+            line.push_back({x, static_cast<double>(y)});
+        }
+        add(line);
+    }
+    for (double y = step * std::floor(90 / step); y >= -90; y -= step) {
+        Path line;
+        for (int x = -180; x <= 180; ++x) {
+            line.push_back({static_cast<double>(x), y});
+        }
+        if (std::abs(y) < 90) {
+            add(line);
+        }
+    }
+    for (Path ring : project_outline(projection)) {
+        ring.push_back(ring.front());
+        lines.push_back(std::move(ring));
+    }
+    return lines;
+}
+
+VT_RGB32 contrast_to(VT_RGB32 background) {
+    const bool dark = 3 * background.red + 6 * background.green + background.blue < 1280;
+    return dark ? VT_RGB32{255, 255, 255, 255} : VT_RGB32{0, 0, 0, 255};
+}
+
+VT_RGB32 with_opacity(VT_RGB32 color, double opacity) {
+    color.alpha = static_cast<std::uint8_t>(std::lround(255 * opacity));
+    return color;
+}
+
+// The standard palette with the map's own colours in the place of its greys.
+VT_Reference<const VT_Palette> palette_with(const std::vector<VT_RGB32>& wanted) {
+    constexpr std::size_t cube_size = 216, most_own = 40;
+    const VT_Palette standard;
+    std::vector<VT_RGB32> colors, own;
+    for (std::int32_t i = 0; i < standard.size(); ++i) {
+        colors.push_back(standard.color(static_cast<std::uint8_t>(i)));
+    }
+    for (VT_RGB32 color : wanted) {
+        color.alpha = 255;
+        if (std::ranges::find(own, color) == own.end() && own.size() < most_own) {
+            own.push_back(color);
+        }
+    }
+    std::ranges::copy(own, colors.begin() + cube_size);
+    return new VT_Palette(std::move(colors), standard.color_cube());
+}
+
+class Map_Drawing {
+public:
+    Map_Drawing(const Map_Picture& picture, const Map_Options& options);
+
+    VT_Int_Pair size() const { return view_.size; }
+    void set_up(Session& session);
+    void draw(Session& session) const;
+    std::string summary() const {
+        return std::to_string(layer_->shape_count()) + " shapes, " + std::to_string(layer_->position_count()) + " positions";
+    }
+
+private:
+    void choose_projection();
+    void choose_view();
+    void place_labels();
+    void draw_labels(Map_Painter& painter) const;
+    Layer_Style style_of(const Map& map, const Map_Layer& layer) const;
+    Layer_Style overlay_style(const Map& map) const;
+    void set_line_style(Layer_Style& style) const;
+
+    const Map_Picture& picture_;
+    const Map_Options& options_;
+    Map map_, overlay_map_;
+    std::optional<Extent> extent_;
+    std::optional<std::size_t> clip_shape_;
+    std::unique_ptr<Projection> projection_;
+    std::optional<Map_Layer> layer_, overlay_;
+    Layer_Style style_, overlay_style_;
+    Face globe_;
+    std::vector<Path> graticule_;
+    std::optional<VT_RGB32> water_;
+    View view_;
+    std::vector<Face> labels_; // in pixels
+    VT_Reference<VT_Rendition> rendition_;
+};
+
+void warn(const Map& map, bool strict) {
+    for (const std::string& warning : map.warnings) {
+        if (strict) {
+            throw Usage_Error(warning);
+        }
+        std::fprintf(stderr, "vorna: warning: %s\n", warning.c_str());
+    }
+}
+
+Map_Drawing::Map_Drawing(const Map_Picture& picture, const Map_Options& options)
+    : picture_(picture), options_(options), map_(load_map(picture.file, options.layer)) {
+    extent_ = parsed_extent(options.bbox, map_.drawing);
+    if (!options.water.empty()) {
+        water_ = parsed_color("--water", options.water);
+    }
+    if (!options.clip_to.empty()) {
+        clip_shape_ = chosen_shape(map_, picture.file, options.clip_to);
+    }
+    choose_projection();
+    layer_.emplace(picture.file, map_, *projection_);
+    style_ = style_of(map_, *layer_);
+    if (!options.overlay.empty()) {
+        overlay_map_ = load_map(options.overlay, "");
+        overlay_.emplace(options.overlay, overlay_map_, *projection_);
+        overlay_style_ = overlay_style(overlay_map_);
+    }
+    globe_ = project_outline(*projection_);
+    if (options.graticule > 0) {
+        graticule_ = graticule_lines(options.graticule, *projection_);
+    }
+    choose_view();
+    if (options.labels) {
+        place_labels();
+    }
+    warn(map_, picture.strict);
+    warn(overlay_map_, picture.strict);
+}
+
+void Map_Drawing::choose_projection() {
+    const std::string name = options_.projection.empty() ? map_.drawing ? "plane" : "equirectangular" : options_.projection;
+    std::optional<Position> center = parsed_center(options_.center);
+    if (map_.drawing && name != "plane") {
+        throw Usage_Error("--projection: expected a map, found the drawing " + picture_.file);
+    }
+    if (name == "plane") {
+        for (const auto& [given, option] : {std::pair(water_.has_value(), "--water"), {options_.graticule > 0, "--graticule"}}) {
+            if (given) {
+                throw Usage_Error(std::string(option) + ": expected a projection of the globe, found a plane");
+            }
+        }
+    }
+    if (!extent_ && !clip_shape_) {
+        extent_ = stated_extent(map_, name != "plane");
+    }
+    const bool says_its_middle = name == "plane" || name.find(':') != std::string::npos || name.starts_with('+');
+    if (!center && !says_its_middle) {
+        if (extent_ && (extent_->west < -180 || extent_->east > 180)) {
+            center = Position{(extent_->west + extent_->east) / 2, 0};
+        } else if (!extent_ && clip_shape_) {
+            center = middle_of(map_.shapes[*clip_shape_]);
+        }
+    }
+    projection_ = make_projection(name, center);
+}
+
+// What is drawn fills the window, in the middle of it; but for --bbox, a little is left free around it.
+void Map_Drawing::choose_view() {
+    Bounds bounds = extent_       ? bounds_of(*extent_, *projection_)
+                    : clip_shape_ ? bounds_of(layer_->face_of(*clip_shape_))
+                                  : layer_->bounds();
+    const bool is_given = !options_.bbox.empty();
+    if (bounds.empty()) {
+        throw Usage_Error(is_given ? "--bbox: expected a part of what the projection shows, found '" + options_.bbox + "'"
+                                   : picture_.file + ": expected shapes to draw, found none that the projection shows");
+    }
+    const Bounds globe = bounds_of(globe_);
+    const bool shows_globe = water_ || !graticule_.empty();
+    if (!is_given && !clip_shape_ && shows_globe && 2 * (bounds.right - bounds.left) > globe.right - globe.left) {
+        bounds = globe;
+    }
+    double width = bounds.right - bounds.left, height = bounds.top - bounds.bottom;
+    if (width == 0 && height == 0) {
+        width = height = 1; // a single point
+    }
+    view_.middle = {(bounds.left + bounds.right) / 2, (bounds.bottom + bounds.top) / 2};
+    view_.size = picture_.size;
+    const double room = is_given ? 1 : 0.96;
+    if (view_.size.y == 0) {
+        view_.size.y = static_cast<std::int32_t>(
+            std::clamp(std::ceil(view_.size.x * height / std::max(width, 1e-300)), view_.size.x / 8.0, double{largest_height}));
+    }
+    view_.scale = room * std::min(view_.size.x / std::max(width, 1e-300), view_.size.y / std::max(height, 1e-300));
+}
+
+// Names of points to the right of their markers, names of faces inside of them; what finds no room is left out.
+void Map_Drawing::place_labels() {
+    const std::unique_ptr<Label_Font> font = load_label_font(options_.font, options_.label_size);
+    const VT_Int_Rectangle window{0, view_.size.x - 1, 0, view_.size.y - 1};
+    const auto height = static_cast<std::int32_t>(std::ceil(font->height()));
+    constexpr std::int32_t margin = 2;
+    Free_Room room;
+    const auto add = [&](const Label_Font::Text& text, VT_Int_Pair at) {
+        const VT_Int_Rectangle box{at.x - margin, at.x + static_cast<std::int32_t>(text.width) + margin, at.y - margin,
+                                   at.y + height + margin};
+        if (text.outline.empty() || !room.take(box)) {
+            return;
+        }
+        Face& face = labels_.emplace_back(text.outline);
+        for (Path& ring : face) {
+            std::ranges::transform(ring, ring.begin(), [&](Position p) { return Position{p.x + at.x, p.y + at.y}; });
+        }
+    };
+    for (const auto& [place, shape] : layer_->points()) {
+        const Position p = view_.device_place(place);
+        if (p.x >= 0 && p.y >= 0 && p.x < view_.size.x && p.y < view_.size.y) {
+            add(font->text_of(map_.shapes[shape].name),
+                {static_cast<std::int32_t>(p.x) + options_.marker_size / 2 + 3, static_cast<std::int32_t>(p.y) - height / 2});
+        }
+    }
+    for (std::size_t s = 0; s < map_.shapes.size(); ++s) {
+        const Label_Font::Text text = font->text_of(map_.shapes[s].name);
+        const VT_Int_Pair size{static_cast<std::int32_t>(std::ceil(text.width)) + 2 * margin, height + 2 * margin};
+        const Face face = map_.shapes[s].name.empty() ? Face() : view_.device_face(layer_->face_of(s));
+        if (const auto at = place_in_face(face, window, size)) {
+            add(text, {at->x + margin, at->y + margin});
+        }
+    }
+}
+
+void Map_Drawing::set_line_style(Layer_Style& style) const {
+    const std::optional<Dashes> border = parsed_dashes("--border", options_.border);
+    const std::optional<Dashes> outline =
+        parsed_dashes("--outline", options_.outline.empty() ? options_.border : options_.outline);
+    style.borders = border;
+    style.outlines = outline;
+    style.width = options_.border_width;
+    style.casing_width = options_.casing_width;
+    if (!options_.casing.empty()) {
+        style.casing = parsed_color("--casing", options_.casing);
+    }
+    style.marker = {parsed_color("--marker-color", options_.marker_color), parsed_symbol(options_.marker), options_.marker_size};
+}
+
+Layer_Style Map_Drawing::style_of(const Map& map, const Map_Layer& layer) const {
+    Layer_Style style;
+    const std::string& fill = options_.fill;
+    const bool by_palette = fill == "palette" || (fill.empty() && !map.drawing);
+    std::optional<VT_RGB32> one_fill, one_stroke;
+    if (!fill.empty() && fill != "palette" && fill != "none") {
+        one_fill = scene::color_named(fill);
+        if (!one_fill) {
+            throw Usage_Error("--fill: expected palette, none, #rrggbb or a colour's name, found '" + fill + "'");
+        }
+    }
+    if (!options_.border_color.empty()) {
+        one_stroke = parsed_color("--border-color", options_.border_color);
+    }
+    std::vector<std::size_t> numbers;
+    if (by_palette) {
+        numbers = numbers_unlike_neighbours(layer.neighbours(), palette_colors.size());
+    }
+    const VT_RGB32 foreground = map.drawing ? contrast_to(picture_.background) : border_color;
+    for (std::size_t s = 0; s < map.shapes.size(); ++s) {
+        const Shape& shape = map.shapes[s];
+        std::optional<VT_RGB32> color = one_fill ? one_fill : shape.fill;
+        if (by_palette && !color) {
+            color = color_of(0xFF000000U | static_cast<std::uint32_t>(palette_colors[numbers[s]]));
+        }
+        if (fill == "none") {
+            color.reset();
+        }
+        style.fills.push_back(color ? std::optional(with_opacity(*color, options_.opacity)) : std::nullopt);
+        style.strokes.push_back(one_stroke ? *one_stroke : shape.stroke.value_or(foreground));
+    }
+    set_line_style(style);
+    return style;
+}
+
+Layer_Style Map_Drawing::overlay_style(const Map& map) const {
+    const VT_RGB32 color = parsed_color("--overlay-color", options_.overlay_color);
+    Layer_Style style;
+    set_line_style(style);
+    style.fills.assign(map.shapes.size(), color);
+    style.strokes.assign(map.shapes.size(), color);
+    style.borders = style.outlines = Dashes{};
+    style.casing.reset();
+    style.marker.color = color;
+    return style;
+}
+
+void Map_Drawing::set_up(Session& session) {
+    const VT_Int_Rectangle window{0, view_.size.x - 1, 0, view_.size.y - 1};
+    VT_Renderer_Options& options = session.options();
+    options.set_window_size(view_.size);
+    options.set_color_system(picture_.colors == 32 ? 1 : 0);
+    options.set_buffer_depth(0);
+    if (picture_.colors == 8) {
+        const VT_RGB32 label = parsed_color("--label-color", options_.label_color);
+        std::vector<VT_RGB32> colors{label, contrast_to(label), picture_.background, graticule_color, style_.marker.color};
+        colors.insert(colors.end(), style_.strokes.begin(), style_.strokes.end());
+        colors.push_back(water_.value_or(picture_.background));
+        colors.push_back(style_.casing.value_or(picture_.background));
+        if (overlay_) {
+            colors.push_back(overlay_style_.marker.color);
+        }
+        for (const std::optional<VT_RGB32>& fill : style_.fills) {
+            colors.push_back(fill.value_or(picture_.background));
+        }
+        options.set_palette(palette_with(colors));
+    }
+    rendition_ = new VT_Rendition;
+    rendition_->clip.hard_clip = window;
+    rendition_->window.rectangle = window;
+    rendition_->window.color = picture_.background;
+    rendition_->line.flags = picture_.antialias ? line_flag::smoothed : 0;
+    rendition_->line.cap = line_cap::butt;
+    if (clip_shape_) {
+        std::vector<VT_Contour_Set::Contour> contours;
+        for (const Path& ring : layer_->face_of(*clip_shape_)) {
+            VT_Contour_Set::Contour& contour = contours.emplace_back();
+            for (const Position& p : ring) {
+                const Position place = view_.device_place(p);
+                contour.push_back({static_cast<float>(place.x), static_cast<float>(place.y), 0});
+            }
+        }
+        rendition_->clip.complex_clip = new VT_Contour_Set(std::move(contours));
+        session.renderer().requested_table.find("Use Mask")->set(true);
+    }
+    if (overlay_ && !options_.merge.empty()) {
+        const VT_RGB32 b = picture_.background;
+        session.renderer().requested_table.find("Merge Control Background Color")->set(VT_Int_RGB{b.red, b.green, b.blue});
+    }
+    session.establish();
+    rendition_->window.index = static_cast<std::uint8_t>(session.palette().closest_match(picture_.background, false));
+}
+
+void Map_Drawing::draw(Session& session) const {
+    VT_Renderer_Data& renderer = session.renderer();
+    renderer.begin_picture_all();
+    VD_Draw_Window(renderer, *rendition_);
+    Map_Painter painter(renderer, *rendition_, view_);
+    if (water_) {
+        painter.fill(globe_, *water_);
+    }
+    for (const Path& line : graticule_) {
+        painter.draw(line, {graticule_color, 1, {}});
+    }
+    layer_->draw(painter, style_);
+    if (overlay_) {
+        const VT_Reference<VT_Rendition> rendition(new VT_Rendition(*rendition_));
+        if (!options_.merge.empty()) {
+            rendition->face.mode = rendition->line.mode = rendition->marker.mode = merge_drawing_mode;
+        }
+        Map_Painter overlay_painter(renderer, *rendition, view_);
+        overlay_->draw(overlay_painter, overlay_style_);
+    }
+    draw_labels(painter);
+    renderer.end_picture_all();
+}
+
+// Each letter with a light or dark seam of one pixel around it.
+void Map_Drawing::draw_labels(Map_Painter& painter) const {
+    const VT_RGB32 color = parsed_color("--label-color", options_.label_color);
+    for (const bool seam : {true, false}) {
+        for (const Face& label : labels_) {
+            for (int step = 0; step < (seam ? 9 : 1); ++step) {
+                Face moved = label;
+                for (Path& ring : moved) {
+                    std::ranges::transform(ring, ring.begin(), [&](Position p) {
+                        return seam ? Position{p.x + step % 3 - 1, p.y + step / 3 - 1} : p;
+                    });
+                }
+                painter.fill_pixels(moved, seam ? contrast_to(color) : color);
+            }
+        }
+    }
+}
+
+void check_combinations(const Map_Picture& picture, const Map_Options& options) {
+    if (picture.antialias && picture.colors != 32) {
+        throw Usage_Error("--antialias: expected 32 bits a pixel, found --colors 8");
+    }
+    if (options.opacity < 1 && picture.colors != 32) {
+        throw Usage_Error("--opacity: expected 32 bits a pixel, found --colors 8");
+    }
+    for (const auto& [given, name] :
+         {std::pair(!options.font.empty(), "--font"), {options.label_color != "black", "--label-color"}}) {
+        if (given && !options.labels) {
+            throw Usage_Error(std::string(name) + ": expected --labels beside it, found none");
+        }
+    }
+    if (!options.merge.empty() && options.merge != "and") {
+        throw Usage_Error("--merge: expected and, found '" + options.merge + "'");
+    }
+    if (!options.merge.empty() && options.overlay.empty()) {
+        throw Usage_Error("--merge: expected --overlay beside it, found none");
+    }
+}
+
+} // namespace
+
+void add_map_options(CLI::App& command, Map_Options& options) {
+    const auto add = [&](const char* name, auto& target, const char* description, const char* type) {
+        return command.add_option(name, target, description)->type_name(type)->group(option_group);
+    };
+    add("--projection", options.projection,
+        "equirectangular (default), mercator, robinson, orthographic and others, a PROJ string, or plane: coordinates as they "
+        "are",
+        "NAME");
+    add("--center", options.center, "Longitude, or longitude and latitude, in the middle of the projection", "LON[,LAT]");
+    add("--bbox", options.bbox, "What to show, in degrees or a drawing's units; all by default", "W,S,E,N");
+    add("--layer", options.layer, "Object of a TopoJSON file; its first by default", "NAME");
+    add("--clip-to", options.clip_to, "Draw inside of this shape only: its name, id or number", "SHAPE");
+    add("--fill", options.fill, "palette (neighbours differ; default of maps), none, or one colour for all faces", "COLOR");
+    add("--opacity", options.opacity, "Of fills, from 0 to 1", "SHARE")->check(CLI::Range(0.0, 1.0));
+    add("--water", options.water, "Colour of the globe behind the shapes", "COLOR");
+    add("--graticule", options.graticule, "Meridians and parallels so many degrees apart", "DEGREES")
+        ->check(CLI::Range(0.1, 90.0));
+    add("--border", options.border,
+        "Borders and lines: none, solid (default), dashed, dotted, dash-dot, dash-dot-dot, long-dashed or lengths as 6,4",
+        "STYLE");
+    add("--outline", options.outline, "Borders that no two faces share, as coasts; as --border by default", "STYLE");
+    add("--border-color", options.border_color, "Colour of borders and lines instead of their own", "COLOR");
+    add("--border-width", options.border_width, "Pixels", "PIXELS")->check(CLI::Range(1, 1000));
+    add("--casing", options.casing, "Colour of a casing on both sides of borders and lines", "COLOR");
+    add("--casing-width", options.casing_width, "Pixels on each side", "PIXELS")->check(CLI::Range(1, 1000));
+    add("--marker", options.marker, "Points: dot, plus, cross, circle, disc (default), square, block, triangle or star",
+        "SYMBOL");
+    add("--marker-size", options.marker_size, "Pixels", "PIXELS")->check(CLI::Range(1, 1000));
+    add("--marker-color", options.marker_color, "Colour of points", "COLOR");
+    command.add_flag("--labels", options.labels, "Names of shapes where there is room for them")->group(option_group);
+    add("--label-size", options.label_size, "Of letters", "PIXELS")->check(CLI::Range(4, 1000));
+    add("--label-color", options.label_color, "Of letters", "COLOR");
+    add("--font", options.font, "Font of labels: TrueType, OpenType and others", "FILE");
+    add("--overlay", options.overlay, "Another map to draw over this one", "FILE");
+    add("--overlay-color", options.overlay_color, "Colour of its faces, lines and points", "COLOR");
+    add("--merge", options.merge, "and: the overlay's colours and those below combine bit by bit, as inks do", "RULE");
+}
+
+void refuse_options_of_other_kind(const CLI::App& command, const std::string& file) {
+    static constexpr std::array shared{"model",     "output", "record", "size",   "background", "colors",
+                                       "antialias", "repeat", "stats",  "strict", "help"};
+    const bool map = is_map_file(file);
+    for (const CLI::Option* option : command.get_options()) {
+        const std::string name = option->get_name();
+        const bool of_maps = option->get_group() == option_group;
+        const bool of_both = std::ranges::any_of(
+            shared, [&](const char* known) { return option->check_name(known) || option->check_lname(known); });
+        if (option->count() > 0 && !of_both && of_maps != map) {
+            throw Usage_Error(name + ": expected a " + (map ? "model" : "map or drawing") + ", found " + file);
+        }
+    }
+}
+
+void render_map(const Map_Picture& picture, const Map_Options& options, const Module_Choice& module) {
+    check_combinations(picture, options);
+    Session session(module);
+    std::optional<picture::Recorder> recorder;
+    if (!picture.record.empty()) {
+        recorder.emplace(session);
+    }
+    const auto load_start = Clock::now();
+    Map_Drawing drawing(picture, options);
+    const double load = milliseconds_since(load_start);
+    const auto setup_start = Clock::now();
+    drawing.set_up(session);
+    const double setup = milliseconds_since(setup_start);
+    Output_Files files;
+    double best = INFINITY;
+    for (int i = 0; i < picture.repeat; ++i) {
+        const auto start = Clock::now();
+        drawing.draw(session);
+        best = std::min(best, milliseconds_since(start));
+        if (recorder && i == 0) {
+            files.add(picture.record, picture::file_of(recorder->finish(), picture.record));
+        }
+    }
+    files.add(picture.output, png_of(raster_of(session.color_buffer()), session.palette()));
+    files.commit();
+    if (picture.stats) {
+        std::fprintf(stderr, "%s, load %.1f ms, setup %.1f ms, draw %.2f ms\n", drawing.summary().c_str(), load, setup, best);
+    }
+}
+
+} // namespace app

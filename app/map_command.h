@@ -1,0 +1,44 @@
+// What the command `render` does with maps and drawings.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "app/command.h"
+#include "renderer/host/color.h"
+#include "renderer/host/geometry.h"
+
+namespace app {
+
+// Texts as they are given; empty = not given.
+struct Map_Options {
+    std::string layer, bbox, projection, center, fill, water, clip_to;
+    std::string border = "solid", outline, border_color, casing;
+    std::string marker = "disc", marker_color = "#c8321e";
+    std::string overlay, overlay_color = "#5a8ce6", merge;
+    bool labels = false;
+    std::string label_color = "black", font;
+    double opacity = 1, graticule = 0;
+    std::int32_t label_size = 12, border_width = 1, casing_width = 2, marker_size = 7;
+};
+
+// What maps share with models.
+struct Map_Picture {
+    std::string file, output;
+    std::string record; // empty = not asked for
+    VT_Int_Pair size; // a height of 0 is chosen by what is drawn
+    VT_RGB32 background;
+    int colors = 32;
+    bool antialias = false;
+    int repeat = 1;
+    bool stats = false, strict = false;
+};
+
+void add_map_options(CLI::App& command, Map_Options& options);
+
+// Throws Usage_Error for a given option that is for models when the file is a map, or for maps when it is a model.
+void refuse_options_of_other_kind(const CLI::App& command, const std::string& file);
+
+void render_map(const Map_Picture& picture, const Map_Options& options, const Module_Choice& module);
+
+} // namespace app
