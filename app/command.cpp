@@ -2,6 +2,7 @@
 #include "app/command.h"
 
 #include <CLI/CLI.hpp>
+#include <cstdlib>
 #include <filesystem>
 
 #if defined(_WIN32)
@@ -14,19 +15,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path executable_folder() {
-#if defined(_WIN32)
-    wchar_t path[32768];
-    const DWORD length = GetModuleFileNameW(nullptr, path, static_cast<DWORD>(std::size(path)));
-    return fs::path(path, path + length).parent_path();
-#else
-    return fs::read_symlink("/proc/self/exe").parent_path();
-#endif
-}
-
 std::string default_module() {
-    const fs::path beside = executable_folder() / "krb.vrd";
-    const fs::path installed = executable_folder() / VORNA_INSTALLED_MODULE;
+    const fs::path folder = executable_path().parent_path();
+    const fs::path beside = folder / "krb.vrd";
+    const fs::path installed = folder / VORNA_INSTALLED_MODULE;
     for (const fs::path& candidate : {beside, installed}) {
         if (fs::exists(candidate)) {
             return candidate.string();
@@ -57,6 +49,27 @@ Module_Choice chosen_module(const CLI::App& application) {
         choice.path = default_module();
     }
     return choice;
+}
+
+// The module reads the variable when it creates a renderer.
+void force_kernels(const Module_Choice& choice) {
+    if (!choice.kernels.empty()) {
+#if defined(_WIN32)
+        _putenv_s("KRB_KERNELS", choice.kernels.c_str());
+#else
+        setenv("KRB_KERNELS", choice.kernels.c_str(), 1);
+#endif
+    }
+}
+
+fs::path executable_path() {
+#if defined(_WIN32)
+    wchar_t path[32768];
+    const DWORD length = GetModuleFileNameW(nullptr, path, static_cast<DWORD>(std::size(path)));
+    return {path, path + length};
+#else
+    return fs::read_symlink("/proc/self/exe");
+#endif
 }
 
 } // namespace app

@@ -6,6 +6,7 @@
 #include <new>
 #include <string>
 
+#include "app/check/check_command.h"
 #include "app/command.h"
 #include "app/render_command.h"
 #include "app/replay_command.h"
@@ -29,6 +30,7 @@ int run(int count, char** arguments) {
     app::add_module_options(application);
     app::add_replay_command(application, status);
     app::add_render_command(application, status);
+    app::add_check_command(application, status);
     try {
         application.parse(count, arguments);
     } catch (const CLI::Success& request) {
