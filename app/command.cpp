@@ -2,6 +2,12 @@
 #include "app/command.h"
 
 #include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <filesystem>
+
+#if defined(_WIN32)
+#include <windows.h>
+#endif
 
 #include "vorna/module.h"
 
@@ -30,6 +36,27 @@ Module_Choice chosen_module(const CLI::App& application) {
         }
     }
     return choice;
+}
+
+// The module reads the variable when it creates a renderer.
+void force_kernels(const Module_Choice& choice) {
+    if (!choice.kernels.empty()) {
+#if defined(_WIN32)
+        _putenv_s("KRB_KERNELS", choice.kernels.c_str());
+#else
+        setenv("KRB_KERNELS", choice.kernels.c_str(), 1);
+#endif
+    }
+}
+
+std::filesystem::path executable_path() {
+#if defined(_WIN32)
+    wchar_t path[32768];
+    const DWORD length = GetModuleFileNameW(nullptr, path, static_cast<DWORD>(std::size(path)));
+    return {path, path + length};
+#else
+    return std::filesystem::read_symlink("/proc/self/exe");
+#endif
 }
 
 } // namespace app

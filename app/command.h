@@ -1,6 +1,7 @@
 // What the commands share: errors with their exit status, and the choice of the renderer module.
 #pragma once
 
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 
@@ -33,5 +34,11 @@ void add_module_options(CLI::App& application);
 
 // What the options say; without --module the one built or installed with the host library. Throws when there is none.
 Module_Choice chosen_module(const CLI::App& application);
+
+// Renderers that are made from now on, here and in processes started here, draw with the chosen kernel set.
+void force_kernels(const Module_Choice& choice);
+
+// The file of this command.
+std::filesystem::path executable_path();
 
 } // namespace app

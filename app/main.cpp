@@ -8,6 +8,7 @@
 #include <string>
 
 #include "app/assemble_command.h"
+#include "app/check/check_command.h"
 #include "app/command.h"
 #include "app/compare_command.h"
 #include "app/info_command.h"
@@ -34,6 +35,7 @@ int run(int count, char** arguments) {
     app::add_module_options(application);
     app::add_replay_command(application, status);
     app::add_render_command(application, status);
+    app::add_check_command(application, status);
     app::add_assemble_command(application, status);
     app::add_info_command(application, status);
     app::add_compare_command(application, status);

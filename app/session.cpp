@@ -1,7 +1,6 @@
 // A renderer ready to draw.
 #include "app/session.h"
 
-#include <cstdlib>
 #include <stdexcept>
 
 #include "app/picture/recorder.h"
@@ -12,15 +11,8 @@ namespace app {
 
 namespace {
 
-// The module reads the variable when it creates a renderer.
 const std::string& with_kernels_forced(const Module_Choice& choice) {
-    if (!choice.kernels.empty()) {
-#if defined(_WIN32)
-        _putenv_s("KRB_KERNELS", choice.kernels.c_str());
-#else
-        setenv("KRB_KERNELS", choice.kernels.c_str(), 1);
-#endif
-    }
+    force_kernels(choice);
     return choice.path;
 }
 

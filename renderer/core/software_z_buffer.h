@@ -38,7 +38,7 @@ struct Option_Handles {
     VT_Option* operator[](Handle handle) const noexcept { return option[static_cast<int>(handle)]; }
 };
 
-class Software_Z_Buffer final : public VT_Renderer_Data {
+class Software_Z_Buffer : public VT_Renderer_Data {
 public:
     // Registers the options in both tables and declares what the renderer can do. Throws what chosen_kernel_set throws.
     explicit Software_Z_Buffer(const VT_Renderer_Data& prototype);

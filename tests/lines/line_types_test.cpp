@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "renderer/depth_lines/line_types.h"
+#include "tests/support/test_renderer.h"
+#include "vorna/draw.h"
 
 namespace {
 
@@ -131,4 +133,16 @@ TEST(Line_types, Nothing_is_lost_or_kept_when_drawing_fails) {
 TEST(Line_Types, End_on_lines_of_any_length) {
     const std::vector<VT_DCI_Point> far{{INT32_MIN, 0, 0}, {INT32_MAX, 0, 0}};
     EXPECT_EQ(pieces_along(type_of({{1e-8, gap}}), far), "-2147483648,0-2147483647,0") << "no pattern that a pixel could show";
+}
+
+// Adding up the lengths leads a little beyond the last vertex, which lies in the window's last column, and cutting off into the
+// next. The renderer's guards tell.
+TEST(Line_types, Stay_in_the_window_however_their_lengths_add_up) {
+    Renderer_Setup setup = setup_of_case(0, {49, 10}, {-62, 45});
+    setup.color_layout.padding = 3;
+    Test_Renderer renderer(setup);
+    const VT_Reference<VT_Rendition> rendition = rendition_of({type_of({{5, gap}, {2, dash}, {5, dot}})}, false, 2);
+    const VT_DCI_Point points[] = {{-51, 48, 9871},  {-14, 49, 64796}, {-24, 49, 45781}, {-18, 50, 7889}, {-19, 48, 50743},
+                                   {-52, 48, 47123}, {-58, 45, 11065}, {-62, 50, 49694}, {-39, 51, 10101}};
+    VD_Draw_DCI_Polyline(*renderer, *rendition, 9, points);
 }

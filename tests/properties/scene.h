@@ -2,32 +2,14 @@
 #pragma once
 
 #include <cstdint>
-#include <random>
 #include <string>
 #include <vector>
 
+#include "app/check/random.h"
 #include "renderer/host/rendition.h"
 #include "tests/support/renderer_setup.h"
 
-// Whole numbers that are the same for a seed everywhere.
-class Random {
-public:
-    explicit Random(std::uint64_t seed) : generator_(seed) {}
-
-    // least to most, both included.
-    std::int32_t number(std::int32_t least, std::int32_t most) {
-        const auto range = static_cast<std::uint64_t>(std::int64_t{most} - least) + 1;
-        return static_cast<std::int32_t>(least + static_cast<std::int64_t>(generator_() % range));
-    }
-    bool chance(std::int32_t percent) { return number(1, 100) <= percent; }
-    std::uint8_t byte() { return static_cast<std::uint8_t>(number(0, 255)); }
-    template <class Values> auto one_of(const Values& values) {
-        return values[static_cast<std::size_t>(number(0, static_cast<std::int32_t>(std::size(values)) - 1))];
-    }
-
-private:
-    std::mt19937_64 generator_;
-};
+using app::check::Random;
 
 enum class Call_Kind { dot, flat, colorized, gouraud, draw_window, clear_depth };
 enum class Shape { strip, device_line, plane_line }; // of calls that are flat, colorized or gouraud

@@ -4,10 +4,13 @@
 #include <cstdint>
 #include <string>
 
+#include "app/check/guarded_buffer.h"
 #include "renderer/host/color.h"
 #include "renderer/host/geometry.h"
 #include "renderer/host/object.h"
-#include "tests/support/guarded_buffer.h"
+
+using app::check::Buffer_Layout;
+using app::check::Guarded_Buffer;
 
 struct Renderer_Setup {
     std::int32_t color_system = 1; // 1 = 32-bit colours, else palette indices

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "app/check/guarded_buffer.h"
 #include "renderer/host/renderer_data.h"
-#include "tests/support/guarded_buffer.h"
 #include "tests/support/renderer_setup.h"
 #include "vorna/module.h"
 

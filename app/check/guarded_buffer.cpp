@@ -1,5 +1,5 @@
 // Frame buffers at any alignment, between guard bytes.
-#include "tests/support/guarded_buffer.h"
+#include "app/check/guarded_buffer.h"
 
 #include <cstring>
 
@@ -16,6 +16,8 @@
 #include <sanitizer/asan_interface.h>
 #endif
 
+namespace app::check {
+
 namespace {
 
 // Wider than two vectors of any processor, so that a stray store lands in a guard and not in foreign memory.
@@ -30,7 +32,8 @@ std::uint8_t guard_byte(std::size_t position) {
 } // namespace
 
 Guarded_Buffer::Guarded_Buffer(std::int32_t buffer_width, std::int32_t buffer_height, Buffer_Format buffer_format,
-                               const Buffer_Layout& layout) {
+                               const Buffer_Layout& layout, Guard_Access access)
+    : access_(access) {
     width = buffer_width;
     height = buffer_height;
     format = buffer_format;
@@ -133,8 +136,10 @@ void Guarded_Buffer::renew_padding() noexcept {
 
 void Guarded_Buffer::close_guards() const noexcept {
 #if defined(HAS_ADDRESS_SANITIZER)
-    ASAN_POISON_MEMORY_REGION(memory_.data(), memory_.size());
-    ASAN_UNPOISON_MEMORY_REGION(rows[height - 1], start_of_row(-1) - first_pixel_);
+    if (access_ == Guard_Access::trapped) {
+        ASAN_POISON_MEMORY_REGION(memory_.data(), memory_.size());
+        ASAN_UNPOISON_MEMORY_REGION(rows[height - 1], start_of_row(-1) - first_pixel_);
+    }
 #endif
 }
 
@@ -143,3 +148,5 @@ void Guarded_Buffer::open_guards() const noexcept {
     ASAN_UNPOISON_MEMORY_REGION(memory_.data(), memory_.size());
 #endif
 }
+
+} // namespace app::check

@@ -7,18 +7,22 @@
 
 #include "renderer/host/frame_buffer.h"
 
+namespace app::check {
+
 // Where the rows of a buffer lie in memory.
 struct Buffer_Layout {
     std::int32_t offset = 0;  // bytes from a 64-byte boundary to the first pixel of the highest row
     std::int32_t padding = 0; // bytes after the last pixel of each row
 };
 
-// Every byte that is not part of a pixel is a guard: before, after and between the rows. Pixels start as zeros. Under the
-// address sanitizer the guards around the buffer cannot even be read.
+// What the address sanitizer makes of the guards around the buffer: nobody can even read them, or they are memory like any other.
+enum class Guard_Access { trapped, open };
+
+// Every byte that is not part of a pixel is a guard: before, after and between the rows. Pixels start as zeros.
 class Guarded_Buffer final : public Frame_Buffer {
 public:
     Guarded_Buffer(std::int32_t buffer_width, std::int32_t buffer_height, Buffer_Format buffer_format,
-                   const Buffer_Layout& layout);
+                   const Buffer_Layout& layout, Guard_Access access = Guard_Access::trapped);
     ~Guarded_Buffer() override { open_guards(); }
 
     std::int32_t bytes_per_pixel() const noexcept;
@@ -37,7 +41,10 @@ private:
     void open_guards() const noexcept;
     std::string find_broken_guard() const;
 
+    Guard_Access access_;
     std::vector<std::uint8_t> memory_;
     std::size_t first_pixel_;
     std::vector<std::uint8_t*> row_starts_;
 };
+
+} // namespace app::check

@@ -1,0 +1,70 @@
+// Checks of the action table.
+#include <string>
+
+#include "app/check/checks.h"
+#include "app/check/krb_profile.h"
+
+namespace app::check {
+
+namespace {
+
+// Slots without which the host has nothing to draw with: all others end in dots, or in blocks of depths.
+bool is_needed(std::string_view slot, bool depth) {
+    return slot == "draw_dci_dot" || slot == "read_color_image" ||
+           (depth && (slot == "write_depth_rectangle" || slot == "read_depth_image"));
+}
+
+std::string place_of(std::string_view slot, const Configuration& configuration) {
+    return std::string(slot) + ", " + std::string(configuration.name);
+}
+
+// Runs look(name, slot, standard function) for every slot of new renderers in every case.
+template <class Look> void look_at_slots(Trial& trial, bool tiling, Look&& look) {
+    for (std::size_t i = 0; i < std::size(configurations); ++i) {
+        Tried_Renderer renderer(trial, configurations[i]);
+        if (tiling) {
+            renderer.set_option("Enable Tiling", true);
+        }
+        for_each_action([&](std::string_view name, auto slot, auto* standard) {
+            trial.at(place_of(name, configurations[i]) + (tiling ? ", tiling" : ""));
+            look(i, name, *renderer, (*renderer).actions.*slot, standard);
+        });
+    }
+}
+
+} // namespace
+
+void check_slot_fields(Trial& trial) {
+    for (const bool tiling : {false, true}) {
+        look_at_slots(trial, tiling, [&](std::size_t, std::string_view, auto& renderer, const auto& slot, auto*) {
+            trial.expect(slot.enabled == 0 || slot.enabled == 1, "enabled is neither 0 nor 1");
+            if (slot.enabled) {
+                trial.expect(slot.function, "enabled without a function");
+                trial.expect(slot.owner == &renderer, slot.owner ? "the owner is not the renderer" : "enabled without an owner");
+                trial.expect(slot.reserved == 0, "the reserved word is not 0");
+            }
+        });
+    }
+}
+
+void check_needed_slots(Trial& trial) {
+    for (const bool tiling : {false, true}) {
+        look_at_slots(trial, tiling, [&](std::size_t i, std::string_view name, auto&, const auto& slot, auto* standard) {
+            const bool is_standard = slot.function == standard;
+            if (is_needed(name, configurations[i].depth)) {
+                trial.expect(slot.enabled && !is_standard, "the host cannot draw this itself, and the slot is empty");
+            }
+            if (trial.profile() == Profile::krb) {
+                const char found = !slot.enabled ? '-' : is_standard ? 'h' : 'o';
+                const auto text_of = [](char letter) {
+                    return letter == '-' ? "nothing" : letter == 'h' ? "the host's function" : "a function of the renderer's";
+                };
+                if (const char expected = krb_slot_letter(name, i, tiling); found != expected) {
+                    trial.fail(std::string("holds ") + text_of(found) + " instead of " + text_of(expected));
+                }
+            }
+        });
+    }
+}
+
+} // namespace app::check

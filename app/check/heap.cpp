@@ -1,0 +1,58 @@
+// How much memory this process has allocated.
+#include "app/check/heap.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define HAS_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define HAS_ADDRESS_SANITIZER 1
+#endif
+#endif
+
+#if defined(HAS_ADDRESS_SANITIZER)
+#include <sanitizer/allocator_interface.h>
+#elif defined(_WIN32)
+#include <windows.h>
+#elif defined(__GLIBC__)
+#include <malloc.h>
+#else
+#include <cstdio>
+
+#include <unistd.h>
+#endif
+
+namespace app::check {
+
+std::size_t heap_in_use() {
+#if defined(HAS_ADDRESS_SANITIZER)
+    return __sanitizer_get_current_allocated_bytes();
+#elif defined(_WIN32)
+    // The run-time libraries of command, host and module allocate from the process heap.
+    std::size_t bytes = 0;
+    const HANDLE heap = GetProcessHeap();
+    PROCESS_HEAP_ENTRY entry{};
+    HeapLock(heap);
+    while (HeapWalk(heap, &entry)) {
+        if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) {
+            bytes += entry.cbData;
+        }
+    }
+    HeapUnlock(heap);
+    return bytes;
+#elif defined(__GLIBC__)
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+#else
+    // The resident pages: only large leaks show.
+    unsigned long total = 0, resident = 0;
+    if (std::FILE* file = std::fopen("/proc/self/statm", "r")) {
+        if (std::fscanf(file, "%lu %lu", &total, &resident) != 2) {
+            resident = 0;
+        }
+        std::fclose(file);
+    }
+    return resident * static_cast<unsigned long>(sysconf(_SC_PAGESIZE));
+#endif
+}
+
+} // namespace app::check

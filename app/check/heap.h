@@ -1,0 +1,11 @@
+// How much memory this process has allocated.
+#pragma once
+
+#include <cstddef>
+
+namespace app::check {
+
+// Bytes that are allocated and not yet freed, as near as the system tells.
+std::size_t heap_in_use();
+
+} // namespace app::check

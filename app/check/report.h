@@ -1,0 +1,17 @@
+// What the checks have found, in lines and as JUnit.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/check/runner.h"
+
+namespace app::check {
+
+std::string line_of(const Outcome& outcome);
+// How many there are of each kind.
+std::string total_of(const std::vector<Outcome>& outcomes);
+// One suite for each area.
+std::string junit_of(const std::string& name, const std::vector<Outcome>& outcomes);
+
+} // namespace app::check

@@ -1,0 +1,132 @@
+// The checks checked.
+#include "app/check/selftest.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string_view>
+
+#include "app/check/checks.h"
+#include "app/command.h"
+#include "app/path.h"
+
+namespace app::check {
+
+namespace {
+
+// A module that is wrong in one way, the check that finds it, and words of the reason. An empty check: nothing is wrong.
+struct Fault {
+    std::string_view module;
+    std::string_view check, reason;
+};
+
+constexpr std::string_view died = "the process came to its end";
+
+constexpr Fault faults[] = {
+    {"nothing", "", ""},
+    {"missing_export", "exports.entry_points", "no entry point VD_Unload_KRB_Renderer"},
+    {"crashes_when_unloading_null", "exports.unload_null", died},
+    {"makes_no_renderer", "exports.renderer", "VD_Renderer made no renderer"},
+    {"throws_when_established", "exports.renderer", "an exception came through: spoiled"},
+    {"wrong_option_type", "options.known", "\"Max Active Lights\" is a bool instead of a whole number"},
+    {"wrong_option_scope", "options.known", "\"Margin\" has scope 5"},
+    {"wrong_option_default", "options.defaults", "\"Max Active Lights\" starts with another value"},
+    {"no_depth_setter", "options.defaults", "\"ZBuffer Write\" of the current table holds no setter"},
+    {"ignores_option", "options.setting", "\"Clip Phase\""},
+    {"slot_without_owner", "slots.fields", "draw_dci_dot, 8-bit: enabled without an owner"},
+    {"slot_of_another", "slots.fields", "the owner is not the renderer"},
+    {"slot_without_function", "slots.fields", "draw_2d_polygon, 8-bit: enabled without a function"},
+    {"reserved_filled", "slots.fields", "the reserved word is not 0"},
+    {"enabled_twice", "slots.fields", "enabled is neither 0 nor 1"},
+    {"missing_slot", "slots.needed", "draw_dci_dot, 32-bit with depth"},
+    {"makes_own_buffers", "buffers.made", "no colour buffer was asked for"},
+    {"makes_buffers_always", "buffers.kept", "a buffer that fits was made anew"},
+    {"keeps_small_buffers", "buffers.recreated", "has not the window's size"},
+    {"adopts_nothing", "buffers.adopted", "\"Color Buffer\" does not keep the application's buffer"},
+    {"holds_buffers", "buffers.released", "a buffer of the former size is still held"},
+    {"dies_without_memory", "buffers.failure", died},
+    {"crashes", "drawing.calls", "draw_dci_ellipse, 32-bit: the process came to its end"},
+    {"exits", "drawing.calls", "draw_dci_ellipse, 32-bit: the process came to its end: status 0"},
+    {"hangs", "drawing.calls", "draw_dci_ellipse, 32-bit: still running"},
+    {"throws", "drawing.calls", "draw_dci_ellipse, 32-bit: an exception came through: spoiled"},
+    {"needs_buffers", "drawing.without_buffers", died},
+    {"dead_setter", "drawing.depth_setters", "depths are written although \"ZBuffer Write\" is off"},
+    {"draws_nothing", "drawing.visible", ", 8-bit: a plain call draws nothing"},
+    {"writes_past_rows", "drawing.sentinels", "after row"},
+    {"writes_before_buffer", "drawing.sentinels", "before the buffer"},
+    {"restless", "drawing.repeatable", "polytriangle"},
+    {"remembers_addresses", "drawing.recorded", "of the colour buffer is"},
+    {"shares_state", "drawing.side_by_side", "beside"},
+    {"keeps_old_slots", "drawing.reconfigured", "after"},
+    {"ignores_hard_clip", "drawing.hard_clip", "outside the hard clip"},
+    {"ignores_clip_region", "drawing.clip_region", "outside the clip region"},
+    {"drops_wide_lines", "drawing.fall_backs", "a wide line: nothing is drawn"},
+    {"paints_short", "cycle.window", "column"},
+    {"clears_short", "cycle.depth_blocks", "clear_depth_rectangle"},
+    {"reads_wrong", "cycle.read_back", "the image has other pixels than the buffer"},
+    {"presents_elsewhere", "cycle.update", "the destination is not the rectangle's place"},
+    {"clears_at_begin", "cycle.pictures", "of the colour buffer is"},
+    {"leaks_renderers", "life.references", "a buffer is still held"},
+    {"leaks_memory", "life.heap", "a renderer"},
+    {"grows", "life.growth", "the renderer has grown"},
+};
+
+// Long enough for every check of a good module, under sanitizers too.
+constexpr std::chrono::seconds limit(60);
+constexpr std::chrono::seconds limit_of_hangs(5);
+
+// Percent: faults show soon, and there are many.
+constexpr int effort = 30;
+
+Outcome outcome_of(const Fault& fault, const std::vector<Outcome>& outcomes) {
+    Outcome result{"selftest." + std::string(fault.module), Outcome::Kind::passed, ""};
+    const auto complain = [&result](const std::string& reason) {
+        result.kind = Outcome::Kind::failed;
+        result.reason += (result.reason.empty() ? "" : "; ") + reason;
+    };
+    bool is_found = fault.check.empty();
+    for (const Outcome& outcome : outcomes) {
+        if (outcome.kind == Outcome::Kind::failed && outcome.check != fault.check) {
+            complain(outcome.check + " fails too: " + outcome.reason);
+        } else if (outcome.kind == Outcome::Kind::failed) {
+            is_found = true;
+            if (outcome.reason.find(fault.reason) == std::string::npos) {
+                complain(outcome.check + " fails for another reason: " + outcome.reason);
+            }
+        } else if (outcome.kind == Outcome::Kind::not_run && fault.check.empty()) {
+            complain(outcome.check + " is not run");
+        }
+    }
+    if (!is_found) {
+        complain("not found by " + std::string(fault.check));
+    }
+    return result;
+}
+
+} // namespace
+
+std::string default_fault_folder() {
+    return (executable_path().parent_path() / "faulty").string();
+}
+
+std::vector<Outcome> run_selftest(const std::string& folder, const Run& like, const std::function<void(const Outcome&)>& tell) {
+    if (!std::filesystem::is_directory(path_of(folder))) {
+        throw Usage_Error(folder + ": no folder of faulty modules; they are built with the tests");
+    }
+    std::vector<Outcome> outcomes;
+    for (const Fault& fault : faults) {
+        Run run = like;
+        run.task.module = folder + "/" + std::string(fault.module) + ".vrd";
+        run.task.profile = Profile::krb;
+        run.task.effort = effort;
+        run.limit = fault.module == "hangs" ? limit_of_hangs : limit;
+        if (std::filesystem::exists(path_of(run.task.module))) {
+            outcomes.push_back(outcome_of(fault, run_in_processes(run, [](const Outcome&) {})));
+        } else {
+            outcomes.push_back({"selftest." + std::string(fault.module), Outcome::Kind::failed, "no such module in the folder"});
+        }
+        tell(outcomes.back());
+    }
+    return outcomes;
+}
+
+} // namespace app::check

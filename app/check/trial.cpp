@@ -1,0 +1,226 @@
+// What a check works with.
+#include "app/check/trial.h"
+
+#include <algorithm>
+#include <fstream>
+#include <new>
+#include <utility>
+
+#include "app/path.h"
+
+namespace app::check {
+
+namespace {
+
+std::string one_line(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](unsigned char c) { return c < 0x20; }, ' ');
+    return text;
+}
+
+std::FILE* opened(const std::string& path) {
+#if defined(_WIN32)
+    return _wfopen(path_of(path).c_str(), L"wb");
+#else
+    return std::fopen(path.c_str(), "wb");
+#endif
+}
+
+void configure(VT_Renderer_Options& options, const Configuration& configuration, const Window& window) {
+    options.set_color_system(configuration.color_system);
+    options.set_buffer_depth(configuration.depth ? 16 : 0);
+    options.set_alpha_blending(configuration.alpha);
+    options.set_window_size(window.size);
+    options.set_window_origin(window.origin);
+}
+
+} // namespace
+
+Journal::Journal(const std::string& path) : file_(opened(path)) {
+    if (!file_) {
+        throw std::runtime_error(path + ": cannot be written");
+    }
+    write("", "");
+}
+
+void Journal::begin(std::string_view check) {
+    check_ = check;
+    at("");
+}
+
+void Journal::at(const std::string& place) {
+    write("", "at\t" + check_ + '\t' + one_line(place) + '\n');
+}
+
+void Journal::end(const std::string& reason) {
+    write("ended\t" + check_ + '\t' + one_line(reason) + '\n', "");
+}
+
+// What runs is always the last line that counts: longer ones of before may stick out behind it.
+void Journal::write(const std::string& ended, const std::string& running) {
+    const std::string text = ended + (running.empty() ? "idle\n" : running);
+    std::fseek(file_.get(), end_, SEEK_SET);
+    std::fwrite(text.data(), 1, text.size(), file_.get());
+    std::fflush(file_.get());
+    end_ += static_cast<long>(ended.size());
+}
+
+Journal::Contents Journal::read(const std::string& path) {
+    Contents contents;
+    std::ifstream file(path_of(path), std::ios::binary);
+    for (std::string line; std::getline(file, line);) {
+        const std::size_t check = line.find('\t');
+        const std::size_t reason = line.find('\t', check + 1);
+        if (reason == std::string::npos) {
+            break;
+        }
+        const Entry entry{line.substr(check + 1, reason - check - 1), line.substr(reason + 1)};
+        if (line.compare(0, check, "ended") != 0) {
+            contents.running = entry;
+            break;
+        }
+        contents.ended.push_back(entry);
+    }
+    return contents;
+}
+
+int Trial::scaled(int count) const noexcept {
+    return std::max(1, count * task_.effort / 100);
+}
+
+const vorna::Module& Trial::module() {
+    if (!module_) {
+        module_ = std::make_unique<vorna::Module>(task_.module);
+    }
+    return *module_;
+}
+
+void Trial::at(std::string place) {
+    place_ = std::move(place);
+    journal_.at(place_);
+}
+
+Guarded_Buffer* Buffer_Maker::latest(bool depths) const noexcept {
+    const auto found = std::find_if(made_.rbegin(), made_.rend(), [depths](const auto& buffer) {
+        return (buffer->format == Buffer_Format::depth16) == depths;
+    });
+    return found == made_.rend() ? nullptr : found->get();
+}
+
+// The guards stay memory like any other, so that the check of the guards can say which byte was hit.
+void Buffer_Maker::create(void* context, std::int32_t width, std::int32_t height, const Buffer_Format* format,
+                          VT_Reference<Frame_Buffer>& buffer) {
+    auto& maker = *static_cast<Buffer_Maker*>(context);
+    buffer = nullptr;
+    if (maker.requests_++ == maker.failing_) {
+        throw std::bad_alloc();
+    }
+    const std::int32_t pixel_bytes = *format == Buffer_Format::index8 ? 1 : *format == Buffer_Format::depth16 ? 2 : 4;
+    const Buffer_Layout layout{0, maker.padding_ * pixel_bytes};
+    maker.made_.emplace_back(new Guarded_Buffer(width, height, *format, layout, Guard_Access::open));
+    buffer = maker.made_.back();
+}
+
+Tried_Renderer::Tried_Renderer(Trial& trial, const Configuration& configuration, const Window& window)
+    : buffers_(window.padding) {
+    VT_Renderer_Data prototype;
+    prototype.buffer_creation = buffers_.callback();
+    configure(prototype.current_options, configuration, window);
+    renderer_ = trial.module().create_renderer(prototype);
+    if (!renderer_) {
+        trial.fail("VD_Renderer made no renderer");
+    }
+    establish_and_begin();
+}
+
+Tried_Renderer::~Tried_Renderer() {
+    renderer_->end_picture_all();
+}
+
+void Tried_Renderer::establish(const Configuration& configuration, const Window& window) {
+    renderer_->end_picture_all();
+    configure(renderer_->current_renderer_options_for_update(), configuration, window);
+    establish_and_begin();
+}
+
+void Tried_Renderer::set_option(const char* name, const VT_Option_Content& content) {
+    if (VT_Option* option = renderer_->requested_table.find(name)) {
+        option->set(content);
+        renderer_->end_picture_all();
+        establish_and_begin();
+    }
+}
+
+void Tried_Renderer::establish_and_begin() {
+    renderer_->establish_all();
+    renderer_->begin_picture_all();
+}
+
+Contents contents_of(Tried_Renderer& renderer) {
+    const auto pixels_of = [](const Guarded_Buffer& buffer) {
+        std::vector<std::uint32_t> pixels;
+        pixels.reserve(static_cast<std::size_t>(buffer.width) * static_cast<std::size_t>(buffer.height));
+        for (std::int32_t row = 0; row < buffer.height; ++row) {
+            for (std::int32_t column = 0; column < buffer.width; ++column) {
+                pixels.push_back(buffer.pixel(column, row));
+            }
+        }
+        return pixels;
+    };
+    Contents contents{renderer.color().width, pixels_of(renderer.color()), {}};
+    if (renderer.depth()) {
+        contents.depths = pixels_of(*renderer.depth());
+    }
+    return contents;
+}
+
+namespace {
+
+template <class Value> void fill(Tried_Renderer& renderer, Value value) {
+    for (Guarded_Buffer* buffer : {&renderer.color(), renderer.depth()}) {
+        for (std::int32_t row = 0; buffer && row < buffer->height; ++row) {
+            for (std::int32_t column = 0; column < buffer->width; ++column) {
+                buffer->set_pixel(column, row, value(*buffer));
+            }
+        }
+    }
+}
+
+} // namespace
+
+void fill_with_noise(Tried_Renderer& renderer, std::uint64_t seed) {
+    Random random(seed);
+    fill(renderer, [&random](const Guarded_Buffer&) { return static_cast<std::uint32_t>(random.number(INT32_MIN, INT32_MAX)); });
+}
+
+void clear(Tried_Renderer& renderer) {
+    fill(renderer, [](const Guarded_Buffer& buffer) { return buffer.format == Buffer_Format::depth16 ? 0xFFFFU : 0U; });
+}
+
+std::string pixel_name(const Contents& contents, std::size_t position, bool in_depths) {
+    const auto width = static_cast<std::size_t>(contents.width);
+    return "column " + std::to_string(position % width) + ", row " + std::to_string(position / width) + " of the " +
+           (in_depths ? "depth" : "colour") + " buffer";
+}
+
+std::string difference(const Contents& expected, const Contents& found) {
+    const auto text_of = [](std::uint32_t value) {
+        char text[16];
+        std::snprintf(text, sizeof text, "0x%X", static_cast<unsigned>(value));
+        return std::string(text);
+    };
+    for (const auto member : {&Contents::colors, &Contents::depths}) {
+        const auto& a = expected.*member;
+        const auto& b = found.*member;
+        if (a.size() != b.size()) {
+            return "the buffers have different sizes";
+        }
+        const auto at = static_cast<std::size_t>(std::mismatch(a.begin(), a.end(), b.begin()).first - a.begin());
+        if (at < a.size()) {
+            return pixel_name(found, at, member == &Contents::depths) + " is " + text_of(b[at]) + " instead of " + text_of(a[at]);
+        }
+    }
+    return {};
+}
+
+} // namespace app::check
