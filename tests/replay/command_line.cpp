@@ -86,7 +86,7 @@ Outcome run_vorna(const std::vector<std::string>& arguments, const std::string& 
     const Temporary_Folder folder;
     const std::string errors = folder.file("err");
     const int status = run(arguments, folder.file("in", input), folder.file("out"), errors);
-    return {status, text_of(read_file(errors))};
+    return {status, text_of(read_file(errors)), text_of(read_file(folder.file("out")))};
 }
 
 Temporary_Folder::Temporary_Folder() {
