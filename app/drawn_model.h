@@ -18,8 +18,6 @@ struct Drawn_Model {
     const std::vector<VT_Vector>& points() const { return faces ? faces->points() : edges->points(); }
     std::string summary() const;
     std::uint64_t prepared_memory() const;
-    // Columns and rows around a tile that must be drawn for it.
-    std::int32_t tile_margin() const { return edges ? scene::Edge_Renderer::tile_margin : 0; }
     void prepare(const scene::Tile_Grid& grid, const scene::Camera& camera, const scene::Picture_Settings& settings,
                  const scene::Edge_Settings& edge_settings);
 };

@@ -334,7 +334,13 @@ void render(const Render_Options& options, const Module_Choice& module) {
     mesh = nullptr;
     const scene::Camera camera = scene::fit_camera(camera_settings, model.points());
     const Png_Form form = form_of(part, options.colors, artists.front()->session().palette());
-    Plan_Request request{part, form, model.tile_margin(), std::nullopt, thread_count(options.threads), max_memory, 0};
+    Plan_Request request{part,
+                         form,
+                         model.edges ? scene::Edge_Renderer::tile_margin(edge_settings) : 0,
+                         std::nullopt,
+                         thread_count(options.threads),
+                         max_memory,
+                         0};
     if (options.tile_size > 0) {
         request.tile_size = options.tile_size;
     }

@@ -40,8 +40,11 @@ public:
     const std::vector<VT_Vector>& points() const noexcept { return edges_.points; }
     std::string summary() const;
 
-    // Margin that tiles of pictures with edges need: lines are drawn in pieces that lie wholly in the window.
-    static constexpr std::int32_t tile_margin = 72;
+    // Margin that tiles of pictures with edges need. Clipped lines may lose pixels of the window's outermost columns; what is
+    // seen of smoothed edges over faces is found by looking at the whole of the short ones.
+    static std::int32_t tile_margin(const Edge_Settings& settings) noexcept {
+        return settings.over_faces && settings.smoothed ? 72 : 8;
+    }
 
     // Does what a picture needs once: which edges are drawn, and where.
     void prepare(const Tile_Grid& grid, const Camera& camera, const Edge_Settings& settings);
