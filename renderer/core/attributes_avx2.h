@@ -6,6 +6,8 @@
 
 #include <immintrin.h>
 
+#include "renderer/core/reciprocals.h"
+
 namespace krb::KRB_KERNEL_SET {
 namespace {
 
@@ -131,10 +133,8 @@ inline bool colors_differ(Attributes<8> a, Attributes<8> b, Attributes<8> c, std
     return (_mm256_movemask_ps(_mm256_castsi256_ps(beyond)) & 0x70) != 0;
 }
 
-// A quotient of two 32-bit integers in double precision is exact once truncated: it cannot be rounded up to a whole number, since
-// it lies at least one divisor-th below it.
 inline Attributes<4> quotient(Attributes<4> a, std::int32_t divisor) {
-    return {_mm256_cvttpd_epi32(_mm256_div_pd(_mm256_cvtepi32_pd(a.value), _mm256_set1_pd(divisor)))};
+    return {_mm256_cvttpd_epi32(_mm256_mul_pd(_mm256_cvtepi32_pd(a.value), _mm256_set1_pd(reciprocal(divisor))))};
 }
 
 } // namespace

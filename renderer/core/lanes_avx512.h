@@ -177,9 +177,9 @@ inline void store_indices(std::uint8_t* to, Int indices, All) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm512_cvtepi32_epi8(indices.lanes));
 }
 
-// All eight quotients in one division.
+// All eight quotients at once.
 inline Attributes<8> quotient(Attributes<8> a, std::int32_t divisor) {
-    return {_mm512_cvttpd_epi32(_mm512_div_pd(_mm512_cvtepi32_pd(a.value), _mm512_set1_pd(divisor)))};
+    return {_mm512_cvttpd_epi32(_mm512_mul_pd(_mm512_cvtepi32_pd(a.value), _mm512_set1_pd(reciprocal(divisor))))};
 }
 
 template <int lane> inline Int spread(Attributes<4> a) {

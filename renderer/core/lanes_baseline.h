@@ -7,6 +7,8 @@
 
 #include <immintrin.h>
 
+#include "renderer/core/reciprocals.h"
+
 namespace krb::KRB_KERNEL_SET {
 namespace {
 
@@ -313,14 +315,12 @@ template <int size> inline Attributes<size> mean_of_edges(Attributes<size> a, At
         a, b);
 }
 
-// A quotient of two 32-bit integers in double precision is exact once truncated: it cannot be rounded up to a whole number, since
-// it lies at least one divisor-th below it.
 template <int size> inline Attributes<size> quotient(Attributes<size> a, std::int32_t divisor) {
-    const __m128d by = _mm_set1_pd(divisor);
+    const __m128d by = _mm_set1_pd(reciprocal(divisor));
     return in_parts(
         [by](__m128i x, __m128i, Positions_Of) {
-            const __m128i first = _mm_cvttpd_epi32(_mm_div_pd(_mm_cvtepi32_pd(x), by));
-            const __m128i second = _mm_cvttpd_epi32(_mm_div_pd(_mm_cvtepi32_pd(_mm_srli_si128(x, 8)), by));
+            const __m128i first = _mm_cvttpd_epi32(_mm_mul_pd(_mm_cvtepi32_pd(x), by));
+            const __m128i second = _mm_cvttpd_epi32(_mm_mul_pd(_mm_cvtepi32_pd(_mm_srli_si128(x, 8)), by));
             return _mm_unpacklo_epi64(first, second);
         },
         a, a);

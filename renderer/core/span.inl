@@ -86,7 +86,7 @@ private:
             }
             return;
         }
-        const std::int32_t whole = count - count % lane_count;
+        const std::int32_t whole = count - (count & (lane_count - 1));
         draw_whole_groups(column, whole);
         if (count > whole) {
             const Tail tail = tail_of(column + whole, count - whole, target.width);
