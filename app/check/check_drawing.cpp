@@ -200,8 +200,10 @@ std::set<std::string_view> kept_primitives(VT_Renderer_Data& changed, VT_Rendere
 void check_reconfigured(Trial& trial) {
     const Window window, window_before{{33, 70}, {5, 5}, 0};
     for (std::size_t i = 0; i < std::size(configurations); ++i) {
-        for (const Configuration& before : configurations) {
+        // From configurations with another format, another depth and another blending.
+        for (const std::size_t distance : {1U, 3U, 5U}) {
             const Configuration& configuration = configurations[i];
+            const Configuration& before = configurations[(i + distance) % std::size(configurations)];
             Tried_Renderer fresh(trial, configuration, window), changed(trial, before, window_before);
             changed.establish(configuration, window);
             const std::set<std::string_view> kept = kept_primitives(*changed, *fresh);
@@ -254,7 +256,7 @@ void check_hard_clip(Trial& trial) {
                 clip = {window.origin.x + random.number(0, 30), window.origin.x + random.number(30, 60),
                         window.origin.y + random.number(0, 20), window.origin.y + random.number(20, 42)};
                 trial.at(place_of(slot, configurations[i]));
-                fill_with_noise(renderer, 1);
+                restore(renderer, noise);
                 expect_confined(trial, renderer, noise, call, "outside the hard clip",
                                 [&](std::int32_t column, std::int32_t row) {
                                     const std::int32_t x = window.origin.x + column, y = window.origin.y + row;
@@ -299,7 +301,7 @@ void check_clip_region(Trial& trial) {
                 const Call call = random_call(random, slot, window);
                 call.rendition->clip.complex_clip = new VT_Contour_Set(std::vector{rectangle(0), rectangle(8)});
                 trial.at(place_of(slot, configurations[i]));
-                fill_with_noise(renderer, 1);
+                restore(renderer, noise);
                 expect_confined(trial, renderer, noise, call, "outside the clip region",
                                 [&](std::int32_t column, std::int32_t row) {
                                     const float x = static_cast<float>(window.origin.x + column) + 0.5F;

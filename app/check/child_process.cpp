@@ -1,6 +1,7 @@
 // This command, run once more beside itself.
 #include "app/check/child_process.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <system_error>

@@ -49,7 +49,7 @@ Guarded_Buffer::Guarded_Buffer(std::int32_t buffer_width, std::int32_t buffer_he
     }
     for (std::int32_t row = 0; row < height; ++row) {
         row_starts_.push_back(memory_.data() + start_of_row(row));
-        std::memset(row_starts_.back(), 0, static_cast<std::size_t>(width * bytes_per_pixel()));
+        std::memset(row_starts_.back(), 0, static_cast<std::size_t>(width) * static_cast<std::size_t>(bytes_per_pixel()));
     }
     rows = row_starts_.data();
     close_guards();
@@ -93,7 +93,7 @@ std::string Guarded_Buffer::broken_guard() const {
 }
 
 std::string Guarded_Buffer::find_broken_guard() const {
-    const auto pixel_bytes = static_cast<std::size_t>(width * bytes_per_pixel());
+    const auto pixel_bytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(bytes_per_pixel());
     std::size_t position = 0;
     const auto first_broken = [&](std::size_t end) {
         while (position < end && memory_[position] == guard_byte(position)) {
@@ -127,8 +127,8 @@ std::size_t Guarded_Buffer::start_of_row(std::int32_t row) const noexcept {
 
 void Guarded_Buffer::renew_padding() noexcept {
     for (std::int32_t row = 0; row < height; ++row) {
-        for (std::size_t i = start_of_row(row) + static_cast<std::size_t>(width * bytes_per_pixel()); i < start_of_row(row - 1);
-             ++i) {
+        for (std::size_t i = start_of_row(row) + static_cast<std::size_t>(width) * static_cast<std::size_t>(bytes_per_pixel());
+             i < start_of_row(row - 1); ++i) {
             memory_[i] = guard_byte(i);
         }
     }

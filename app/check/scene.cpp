@@ -125,6 +125,8 @@ template <class Function> struct Target {
     }
 };
 
+template <class Function> Target(Action_Slot<Function> Action_Table::*, Function*) -> Target<Function>;
+
 // Makes the arguments of one call: plain ones without a generator.
 class Argument_Maker {
 public:

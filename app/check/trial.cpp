@@ -2,6 +2,7 @@
 #include "app/check/trial.h"
 
 #include <algorithm>
+#include <cstring>
 #include <fstream>
 #include <new>
 #include <utility>
@@ -156,31 +157,36 @@ void Tried_Renderer::establish_and_begin() {
     renderer_->begin_picture_all();
 }
 
-Contents contents_of(Tried_Renderer& renderer) {
-    const auto pixels_of = [](const Guarded_Buffer& buffer) {
-        std::vector<std::uint32_t> pixels;
-        pixels.reserve(static_cast<std::size_t>(buffer.width) * static_cast<std::size_t>(buffer.height));
-        for (std::int32_t row = 0; row < buffer.height; ++row) {
-            for (std::int32_t column = 0; column < buffer.width; ++column) {
-                pixels.push_back(buffer.pixel(column, row));
-            }
-        }
-        return pixels;
-    };
-    Contents contents{renderer.color().width, pixels_of(renderer.color()), {}};
-    if (renderer.depth()) {
-        contents.depths = pixels_of(*renderer.depth());
-    }
-    return contents;
-}
-
 namespace {
 
+// Whole rows at a time: checks do this after every call.
+template <class Pixel> void append_row(const std::uint8_t* row, std::int32_t width, std::vector<std::uint32_t>& pixels) {
+    for (std::int32_t column = 0; column < width; ++column) {
+        Pixel pixel;
+        std::memcpy(&pixel, row + static_cast<std::size_t>(column) * sizeof(Pixel), sizeof(Pixel));
+        pixels.push_back(pixel);
+    }
+}
+
+std::vector<std::uint32_t> pixels_of(const Guarded_Buffer& buffer) {
+    std::vector<std::uint32_t> pixels;
+    pixels.reserve(static_cast<std::size_t>(buffer.width) * static_cast<std::size_t>(buffer.height));
+    for (std::int32_t row = 0; row < buffer.height; ++row) {
+        const auto append = buffer.format == Buffer_Format::index8    ? append_row<std::uint8_t>
+                            : buffer.format == Buffer_Format::depth16 ? append_row<std::uint16_t>
+                                                                      : append_row<std::uint32_t>;
+        append(buffer.rows[row], buffer.width, pixels);
+    }
+    return pixels;
+}
+
+// value(buffer, position of the pixel)
 template <class Value> void fill(Tried_Renderer& renderer, Value value) {
     for (Guarded_Buffer* buffer : {&renderer.color(), renderer.depth()}) {
+        std::size_t position = 0;
         for (std::int32_t row = 0; buffer && row < buffer->height; ++row) {
             for (std::int32_t column = 0; column < buffer->width; ++column) {
-                buffer->set_pixel(column, row, value(*buffer));
+                buffer->set_pixel(column, row, value(*buffer, position++));
             }
         }
     }
@@ -188,13 +194,27 @@ template <class Value> void fill(Tried_Renderer& renderer, Value value) {
 
 } // namespace
 
+Contents contents_of(Tried_Renderer& renderer) {
+    return {renderer.color().width, pixels_of(renderer.color()),
+            renderer.depth() ? pixels_of(*renderer.depth()) : std::vector<std::uint32_t>()};
+}
+
 void fill_with_noise(Tried_Renderer& renderer, std::uint64_t seed) {
     Random random(seed);
-    fill(renderer, [&random](const Guarded_Buffer&) { return static_cast<std::uint32_t>(random.number(INT32_MIN, INT32_MAX)); });
+    fill(renderer, [&random](const Guarded_Buffer&, std::size_t) {
+        return static_cast<std::uint32_t>(random.number(INT32_MIN, INT32_MAX));
+    });
+}
+
+void restore(Tried_Renderer& renderer, const Contents& contents) {
+    fill(renderer, [&contents](const Guarded_Buffer& buffer, std::size_t position) {
+        return (buffer.format == Buffer_Format::depth16 ? contents.depths : contents.colors)[position];
+    });
 }
 
 void clear(Tried_Renderer& renderer) {
-    fill(renderer, [](const Guarded_Buffer& buffer) { return buffer.format == Buffer_Format::depth16 ? 0xFFFFU : 0U; });
+    fill(renderer,
+         [](const Guarded_Buffer& buffer, std::size_t) { return buffer.format == Buffer_Format::depth16 ? 0xFFFFU : 0U; });
 }
 
 std::string pixel_name(const Contents& contents, std::size_t position, bool in_depths) {

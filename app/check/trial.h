@@ -186,6 +186,8 @@ struct Contents {
 Contents contents_of(Tried_Renderer& renderer);
 // The same noise in buffers of the same size and format.
 void fill_with_noise(Tried_Renderer& renderer, std::uint64_t seed);
+// Puts contents back that the same buffers had.
+void restore(Tried_Renderer& renderer, const Contents& contents);
 // Everything at zero and, with depth, as far away as can be.
 void clear(Tried_Renderer& renderer);
 // Says where the contents differ; empty when they are the same.
