@@ -90,7 +90,7 @@ private:
         }
     }
     template <class... Choices> void put(const std::variant<Choices...>& value) {
-        std::visit([this](const auto& choice) { put(choice); }, value);
+        std::visit([this](const auto& choice) { this->put(choice); }, value);
     }
 
     // Values with a separator between them.
@@ -107,7 +107,7 @@ private:
         text_ += ']';
     }
     template <class Value> void put_numbers(std::initializer_list<Value> values) {
-        put_list(values, [this](const auto& value) { put(value); });
+        put_list(values, [this](const Value& value) { this->put(value); });
     }
 
     void put_byte(std::uint8_t byte) {
@@ -137,7 +137,7 @@ private:
         for (std::size_t i = 0; row_pixels > 0 && i + row_pixels <= count; i += row_pixels) {
             rows.push_back(pixels + i);
         }
-        put_list(rows, [=, this](const Pixel* row) { put_pixels(row, row_pixels); });
+        put_list(rows, [=, this](const Pixel* row) { this->put_pixels(row, row_pixels); });
     }
     template <class Pixel> void put(const Image_Rows<Pixel>& rows) {
         put_rows(rows.pixels.data(), static_cast<std::size_t>(rows.row_pixels), rows.pixels.size());

@@ -282,28 +282,28 @@ private:
 
 // The functions of the replaced slots.
 struct Recorder::Made_Slots {
-    template <auto Slot, auto& Draw, std::size_t position, class Signature> struct Recording;
+    template <auto Slot, auto& Draw, std::size_t position, class... Arguments>
+    static void draw(VT_Renderer_Data& slots, const VT_Rendition& rendition, Arguments... arguments) {
+        Recorder& recorder = static_cast<Slots&>(slots).recorder;
+        const Call_Kind& kind = call_kinds[position];
+        auto copied = copy(std::type_identity<typename Slot_Arguments<Slot>::Type>(), kind, rendition, arguments...);
+        if (const std::string problem = problem_of(copied); !problem.empty() && recorder.problem_.empty()) {
+            recorder.problem_ = problem;
+        }
+        recorder.add(kind, &rendition, std::move(copied));
+        const Pause pause(recorder);
+        Draw(recorder.renderer_, rendition, arguments...);
+    }
 
     template <auto Slot, auto& Draw, std::size_t position, class... Arguments>
-    struct Recording<Slot, Draw, position, void(VT_Renderer_Data&, const VT_Rendition&, Arguments...)> {
-        static void draw(VT_Renderer_Data& slots, const VT_Rendition& rendition, Arguments... arguments) {
-            Recorder& recorder = static_cast<Slots&>(slots).recorder;
-            const Call_Kind& kind = call_kinds[position];
-            auto copied = copy(std::type_identity<typename Slot_Arguments<Slot>::Type>(), kind, rendition, arguments...);
-            if (const std::string problem = problem_of(copied); !problem.empty() && recorder.problem_.empty()) {
-                recorder.problem_ = problem;
-            }
-            recorder.add(kind, &rendition, std::move(copied));
-            const Pause pause(recorder);
-            Draw(recorder.renderer_, rendition, arguments...);
-        }
-    };
+    static void replace(Action_Slot<void(VT_Renderer_Data&, const VT_Rendition&, Arguments...)>& slot, Slots& owner) {
+        slot = {&owner, &draw<Slot, Draw, position, Arguments...>, 0, 1};
+    }
 
     static constexpr std::size_t position_of_slot(std::string_view name) { return position_of(*find_call_kind(name)); }
 
     static void install(Action_Table& table, Slots& owner) {
-#define VT_ACTION(slot, name, ...)                                                                                               \
-    table.slot = {&owner, Recording<&Action_Table::slot, VD_##name, position_of_slot(#slot), __VA_ARGS__>::draw, 0, 1};
+#define VT_ACTION(slot, name, ...) replace<&Action_Table::slot, VD_##name, position_of_slot(#slot)>(table.slot, owner);
 #include "renderer/host/action_list.inc"
 #undef VT_ACTION
     }
@@ -402,7 +402,7 @@ template <class Setter> void Recorder::replace_setter(const char* name, Setter b
     }
 }
 
-void Recorder::add(const Call_Kind& kind, const VT_Rendition* rendition, Arguments arguments) {
+void Recorder::add(const Call_Kind& kind, const VT_Rendition* rendition, Arguments&& arguments) {
     picture_.calls.push_back({&kind, std::move(arguments), rendition ? noted(*rendition) : nullptr});
 }
 

@@ -46,7 +46,7 @@ private:
 
     void install_slots();
     void restore();
-    void add(const Call_Kind& kind, const VT_Rendition* rendition, Arguments arguments);
+    void add(const Call_Kind& kind, const VT_Rendition* rendition, Arguments&& arguments);
     std::shared_ptr<const Rendition> noted(const VT_Rendition& rendition);
     Rendition described(const VT_Rendition& rendition);
     Face described_face(const VT_Rendition& rendition);
