@@ -583,18 +583,22 @@ void Map_Drawing::draw(Session& session) const {
 // Each letter with a light or dark seam of one pixel around it.
 void Map_Drawing::draw_labels(Map_Painter& painter) const {
     const VT_RGB32 color = parsed_color("--label-color", options_.label_color);
-    for (const bool seam : {true, false}) {
-        for (const Face& label : labels_) {
-            for (int step = 0; step < (seam ? 9 : 1); ++step) {
-                Face moved = label;
-                for (Path& ring : moved) {
-                    std::ranges::transform(ring, ring.begin(), [&](Position p) {
-                        return seam ? Position{p.x + step % 3 - 1, p.y + step / 3 - 1} : p;
-                    });
-                }
-                painter.fill_pixels(moved, seam ? contrast_to(color) : color);
+    const auto draw_moved = [&](const Face& label, double right, double up, VT_RGB32 ink) {
+        Face moved = label;
+        for (Path& ring : moved) {
+            std::ranges::transform(ring, ring.begin(), [&](Position p) { return Position{p.x + right, p.y + up}; });
+        }
+        painter.fill_pixels(moved, ink);
+    };
+    for (const Face& label : labels_) {
+        for (const double up : {-1.0, 0.0, 1.0}) {
+            for (const double right : {-1.0, 0.0, 1.0}) {
+                draw_moved(label, right, up, contrast_to(color));
             }
         }
+    }
+    for (const Face& label : labels_) {
+        painter.fill_pixels(label, color);
     }
 }
 
@@ -634,25 +638,25 @@ void add_map_options(CLI::App& command, Map_Options& options) {
     add("--layer", options.layer, "Object of a TopoJSON file; its first by default", "NAME");
     add("--clip-to", options.clip_to, "Draw inside of this shape only: its name, id or number", "SHAPE");
     add("--fill", options.fill, "palette (neighbours differ; default of maps), none, or one colour for all faces", "COLOR");
-    add("--opacity", options.opacity, "Of fills, from 0 to 1", "SHARE")->check(CLI::Range(0.0, 1.0));
+    add("--opacity", options.opacity, "How much fills hide what lies below", "SHARE")->check(CLI::Range(0.0, 1.0));
     add("--water", options.water, "Colour of the globe behind the shapes", "COLOR");
     add("--graticule", options.graticule, "Meridians and parallels so many degrees apart", "DEGREES")
         ->check(CLI::Range(0.1, 90.0));
     add("--border", options.border,
-        "Borders and lines: none, solid (default), dashed, dotted, dash-dot, dash-dot-dot, long-dashed or lengths as 6,4",
-        "STYLE");
+        "Borders and lines: none, solid (default), dashed, dotted, dash-dot, dash-dot-dot, long-dashed or lengths: 6,4", "STYLE");
     add("--outline", options.outline, "Borders that no two faces share, as coasts; as --border by default", "STYLE");
     add("--border-color", options.border_color, "Colour of borders and lines instead of their own", "COLOR");
-    add("--border-width", options.border_width, "Pixels", "PIXELS")->check(CLI::Range(1, 1000));
+    add("--border-width", options.border_width, "Width of borders and lines, 1 by default", "PIXELS")->check(CLI::Range(1, 1000));
     add("--casing", options.casing, "Colour of a casing on both sides of borders and lines", "COLOR");
-    add("--casing-width", options.casing_width, "Pixels on each side", "PIXELS")->check(CLI::Range(1, 1000));
+    add("--casing-width", options.casing_width, "Width of the casing on each side, 2 by default", "PIXELS")
+        ->check(CLI::Range(1, 1000));
     add("--marker", options.marker, "Points: dot, plus, cross, circle, disc (default), square, block, triangle or star",
         "SYMBOL");
-    add("--marker-size", options.marker_size, "Pixels", "PIXELS")->check(CLI::Range(1, 1000));
+    add("--marker-size", options.marker_size, "Size of points, 7 by default", "PIXELS")->check(CLI::Range(1, 1000));
     add("--marker-color", options.marker_color, "Colour of points", "COLOR");
     command.add_flag("--labels", options.labels, "Names of shapes where there is room for them")->group(option_group);
-    add("--label-size", options.label_size, "Of letters", "PIXELS")->check(CLI::Range(4, 1000));
-    add("--label-color", options.label_color, "Of letters", "COLOR");
+    add("--label-size", options.label_size, "Size of letters, 12 by default", "PIXELS")->check(CLI::Range(4, 1000));
+    add("--label-color", options.label_color, "Colour of letters", "COLOR");
     add("--font", options.font, "Font of labels: TrueType, OpenType and others", "FILE");
     add("--overlay", options.overlay, "Another map to draw over this one", "FILE");
     add("--overlay-color", options.overlay_color, "Colour of its faces, lines and points", "COLOR");
@@ -669,7 +673,7 @@ void refuse_options_of_other_kind(const CLI::App& command, const std::string& fi
         const bool of_both = std::ranges::any_of(
             shared, [&](const char* known) { return option->check_name(known) || option->check_lname(known); });
         if (option->count() > 0 && !of_both && of_maps != map) {
-            throw Usage_Error(name + ": expected a " + (map ? "model" : "map or drawing") + ", found " + file);
+            throw Usage_Error(name + (map ? ": expected a model, found " : ": expected a map or drawing, found ") + file);
         }
     }
 }

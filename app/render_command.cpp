@@ -452,7 +452,7 @@ void add_render_command(CLI::App& application, int& status) {
     command.add_flag("--edges{all}", options->edges,
                      "Draw the edges of polygons over them; --edges=feature: outlines, borders and sharp bends only");
     command.add_option("--edge-color", options->edge_color, "Colour of edges and wireframes")->type_name("COLOR");
-    command.add_flag("--antialias", options->antialias, "Smooth edges and wireframes");
+    command.add_flag("--antialias", options->antialias, "Smooth edges, wireframes and lines of maps");
     add_choice(command, "--cull", options->picture.culling, "Faces to leave out, as seen by the viewer",
                Choices<scene::Culling>{{"none", scene::Culling::none}, {"back", scene::Culling::back}});
     command.add_option("--background", options->background, "Colour behind the model")->type_name("COLOR")->capture_default_str();

@@ -41,6 +41,7 @@ public:
 
 protected:
     Json_Geometry_Reader(const Json_Geometry_Reader&) = default;
+    const std::string& file() const noexcept { return file_; }
 
 private:
     virtual const char* path_key() const = 0;

@@ -33,7 +33,7 @@ public:
 
 protected:
     explicit Projection(std::optional<Domain> domain, bool keeps_straight = false)
-        : domain_(std::move(domain)), keeps_straight_(keeps_straight) {}
+        : domain_(domain), keeps_straight_(keeps_straight) {}
 
 private:
     std::optional<Domain> domain_;

@@ -1,6 +1,7 @@
 // DXF drawings. Groups are written in one line here, parted by bars.
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -52,7 +53,7 @@ TEST(Dxf, curves_turn_the_right_way) {
         const Path path = only_shape(polyline).lines.at(0);
         EXPECT_EQ(path.front(), path.back());
         EXPECT_NEAR(std::ranges::max(path, {}, &Position::x).x, 1, 1e-9);
-        EXPECT_NEAR(twice_area(path), M_PI, 1e-3);
+        EXPECT_NEAR(twice_area(path), std::numbers::pi, 1e-3);
     }
     EXPECT_NEAR(std::ranges::min(only_shape("0|CIRCLE|10|3|20|0|40|1|230|-1|").lines.at(0), {}, &Position::x).x, -4, 1e-9);
 }
@@ -63,9 +64,9 @@ TEST(Dxf, solid_hatches_have_boundaries_of_polylines_and_edges) {
                                    "92|1|93|2|72|1|10|0|20|0|11|0|21|1|72|2|10|0|20|0|40|1|50|270|51|360|73|0|");
     ASSERT_EQ(hatch.faces.size(), 1U);
     ASSERT_EQ(hatch.faces[0].size(), 2U);
-    EXPECT_NEAR(twice_area(hatch.faces[0][0]), M_PI, 1e-3);
+    EXPECT_NEAR(twice_area(hatch.faces[0][0]), std::numbers::pi, 1e-3);
     // The clockwise arc from -270 to -360 degrees lies above the x axis.
-    EXPECT_NEAR(std::abs(twice_area(hatch.faces[0][1])), M_PI / 2, 1e-3);
+    EXPECT_NEAR(std::abs(twice_area(hatch.faces[0][1])), std::numbers::pi / 2, 1e-3);
     EXPECT_GE(std::ranges::min(hatch.faces[0][1], {}, &Position::y).y, -1e-9);
 }
 

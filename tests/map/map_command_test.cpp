@@ -47,9 +47,9 @@ std::string crooked_tiling() {
         for (int x = 0; x < columns; ++x) {
             const int at = y * (columns + 1) + x;
             std::vector<int> ring{at, at + 1, at + columns + 2, at + columns + 1};
-            std::ranges::rotate(ring, ring.begin() + static_cast<int>(random() % 4));
+            std::rotate(ring.begin(), ring.begin() + static_cast<int>(random() % 4), ring.end());
             if (random() % 2) {
-                std::ranges::reverse(ring);
+                std::reverse(ring.begin(), ring.end());
             }
             std::string coordinates;
             for (const int corner : {ring[0], ring[1], ring[2], ring[3], ring[0]}) {

@@ -32,7 +32,7 @@ TEST(Polygon_Rows, faces_that_tile_a_window_cover_every_pixel_once) {
             const auto at = static_cast<std::size_t>(cell / columns * (columns + 1) + cell % columns);
             Path ring{corners[at], corners[at + 1], corners[at + columns + 2], corners[at + columns + 1]};
             if (random() % 2) {
-                std::ranges::reverse(ring);
+                std::reverse(ring.begin(), ring.end());
             }
             for_each_rectangle({ring}, window, [&](const VT_Int_Rectangle& r) {
                 for (std::int32_t y = r.bottom; y <= r.top; ++y) {
