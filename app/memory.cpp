@@ -7,8 +7,11 @@
 #include "app/command.h"
 
 #if defined(_WIN32)
-#include <psapi.h>
+// The second one needs the first.
+// clang-format off
 #include <windows.h>
+#include <psapi.h>
+// clang-format on
 #else
 #include <cstdio>
 

@@ -46,7 +46,7 @@ inline std::uint8_t paeth_prediction(std::int16_t left, std::int16_t up, std::in
     const std::int16_t to_left = distance(up - corner), to_up = distance(left - corner),
                        to_corner = distance(left + up - 2 * corner);
     const std::int16_t other = to_up <= to_corner ? up : corner;
-    return static_cast<std::uint8_t>((to_left <= to_up) & (to_left <= to_corner) ? left : other);
+    return static_cast<std::uint8_t>(((to_left <= to_up) & (to_left <= to_corner)) != 0 ? left : other);
 }
 
 // Chooses filters. Rows begin with pixel_bytes zeros, which stand for the pixel left of the first one.

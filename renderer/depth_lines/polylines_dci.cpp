@@ -1,9 +1,6 @@
 // Members of the device polyline slots.
 #include "renderer/depth_lines/polylines_dci.h"
 
-#include <algorithm>
-#include <array>
-
 #include "renderer/depth_lines/cased_lines.h"
 #include "renderer/depth_lines/line_target.h"
 #include "renderer/depth_lines/line_types.h"
@@ -44,17 +41,6 @@ void draw_index(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std:
     Line_Call(Case::index8, renderer, rules).draw({count, points, nullptr, true, rendition.line.index});
 }
 
-// A piece of a line inside the window. Adding up lengths may lead a little beyond the last vertex, and cutting off then into the
-// next pixel, which need not be one of the window's.
-std::array<VT_DCI_Point, 2> held_in_window(const Software_Z_Buffer& renderer, const VT_DCI_Point* piece) noexcept {
-    const VT_Int_Pair origin = renderer.window_origin, size = renderer.window_size;
-    const auto held = [&](const VT_DCI_Point& point) {
-        return VT_DCI_Point{std::clamp(point.x, origin.x, origin.x + size.x - 1),
-                            std::clamp(point.y, origin.y, origin.y + size.y - 1), point.z};
-    };
-    return {held(piece[0]), held(piece[1])};
-}
-
 // One pass of a flat polyline.
 template <Case c>
 void draw_flat(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points) {
@@ -65,8 +51,8 @@ void draw_flat(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32
     }
     // Only the 8-bit member without depth cuts lines by their types, whatever their style and weight.
     if (c == Case::index8 && has_line_types(rendition.line)) {
-        draw_by_line_types(rendition, count, points, [&](const VT_Rendition* plain, int length, const VT_DCI_Point* piece) {
-            draw_flat<c>(data, *plain, length, held_in_window(renderer, piece).data());
+        draw_by_line_types(rendition, count, points, [&data](const VT_Rendition* plain, int length, const VT_DCI_Point* piece) {
+            draw_flat<c>(data, *plain, length, piece);
         });
         return;
     }

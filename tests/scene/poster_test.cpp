@@ -210,7 +210,7 @@ TEST_F(Poster, parts_that_do_not_make_a_picture_are_refused) {
 
 TEST_F(Poster, what_does_not_fit_into_memory_is_refused_before_it_is_drawn) {
     const Options command{"render", folder.file("ball.obj"), "-o", folder.file("out.png"), "--size", "200000x3000"};
-    Options tight = command, ample = command;
+    Options tight = command;
     tight.insert(tight.end(), {"--max-memory", "24M"});
     const Outcome outcome = replay_tests::run_vorna(tight);
     EXPECT_EQ(outcome.status, 2);
