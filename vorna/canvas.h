@@ -86,6 +86,7 @@ public:
     Canvas& operator=(const Canvas&) = delete;
 
     VT_Renderer_Data& renderer() noexcept { return *renderer_; }
+    const VT_Renderer_Data& renderer() const noexcept { return *renderer_; }
     // The attributes of everything that is drawn on the canvas from now on. The hard clip is the window at first.
     VT_Rendition& rendition() noexcept { return *rendition_; }
 

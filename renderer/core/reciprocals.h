@@ -11,9 +11,9 @@ struct Reciprocals {
     double of[count];
 };
 
-// A little too large on purpose: by a share of 2^-50, less what rounding takes. A product with a 32-bit integer then comes out at the
-// quotient or above it, by less than half a divisor-th, and cut off it is the quotient of integers: a whole quotient is not missed,
-// and the next one is a whole divisor-th away.
+// A little too large on purpose: by a share of 2^-50, less what rounding takes. A product with a 32-bit integer then comes out at
+// the quotient or above it, by less than half a divisor-th, and cut off it is the quotient of integers: a whole quotient is not
+// missed, and the next one is a whole divisor-th away.
 constexpr double reciprocal_above(std::int32_t divisor) {
     return 1.0 / divisor * (1 + 0x1p-50);
 }
@@ -28,8 +28,8 @@ constexpr Reciprocals make_reciprocals() {
 
 constexpr Reciprocals reciprocals = make_reciprocals();
 
-// Multiplied with an integer of 32 bits and cut off: the integer's quotient by the divisor, which is above 0. Most rows and columns of
-// small triangles are few, and a division takes longer than all else that is done for a row of them.
+// Multiplied with an integer of 32 bits and cut off: the integer's quotient by the divisor, which is above 0. Most rows and
+// columns of small triangles are few, and a division takes longer than all else that is done for a row of them.
 inline double reciprocal(std::int32_t divisor) {
     return divisor < Reciprocals::count ? reciprocals.of[divisor] : reciprocal_above(divisor);
 }

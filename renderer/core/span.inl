@@ -69,7 +69,7 @@ template <class Rules, class Source> struct Span {
         }
     }
 
-    void skip(std::int32_t pixels) {
+    KRB_ALWAYS_INLINE void skip(std::int32_t pixels) {
         source.skip(pixels);
         if constexpr (Depth::reads) {
             depth.skip(pixels);
@@ -105,11 +105,7 @@ private:
         }
         while (count > 0) {
             const std::int32_t open = stretch_of(mask_row, column, count, 0);
-            if (open == count) {
-                draw_open(column, count);
-                return;
-            }
-            std::int32_t done = open - open % lane_count;
+            std::int32_t done = open - (open & (lane_count - 1));
             if (done > 0) {
                 draw_whole_groups(column, done);
             } else {
@@ -189,7 +185,8 @@ private:
         store_pixels(last, source.pixel_lanes(), All{});
     }
 
-    void advance_group() {
+    // Called, it would keep the span's values in memory.
+    KRB_ALWAYS_INLINE void advance_group() {
         if constexpr (Depth::reads || Source::moves) {
             const Int lanes = splat(lane_count);
             source.advance_group(lanes);

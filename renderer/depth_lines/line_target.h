@@ -26,9 +26,9 @@ struct Line_Rules {
 // known to the compiler little is left of it.
 class Line_Call {
 public:
-    Line_Call(Case c, const Software_Z_Buffer& renderer, const Line_Rules& rules) noexcept {
+    Line_Call(Case c, const Software_Z_Buffer& renderer, const Line_Rules& rules) noexcept
+        : target{pixel_target_of(c, renderer, {rules.follows_test_mode, rules.follows_test_mode}), nullptr, nullptr} {
         const Depth_Rules follows{rules.follows_test_mode, rules.follows_test_mode};
-        static_cast<Pixel_Target&>(target) = pixel_target_of(c, renderer, follows);
         if (rules.masked) {
             target.mask_rows = renderer.mask_cache->newest->rows();
         }
@@ -44,7 +44,7 @@ public:
     void draw(const Polyline& polyline) const { kernels_->polyline(target, polyline); }
     void draw(const Cut_Segment& segment) const { kernels_->cut_segment(target, segment); }
 
-    Line_Target target{};
+    Line_Target target;
 
 private:
     const Line_Kernels* kernels_;

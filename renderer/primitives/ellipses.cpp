@@ -7,13 +7,14 @@
 #include <cstring>
 #include <utility>
 
+#include "renderer/core/compiler_hints.h"
 #include "renderer/core/fixed_point.h"
 #include "renderer/core/pixel_combine.h"
 #include "renderer/core/pixel_target.h"
 #include "renderer/core/scratch.h"
 #include "renderer/depth_lines/line_target.h"
 #include "renderer/depth_lines/polylines_dci.h"
-#include "renderer/mask/mask_cursor.h"
+#include "renderer/mask/mask_cache.h"
 
 namespace krb {
 
@@ -23,13 +24,14 @@ struct Radii {
     std::int32_t x, y;
 };
 
-// The walks tell a shape where its outline runs, relative to the centre:
+// The walks tell a shape where its outline runs, relative to the centre (in line: called, they would look up the shape's values
+// anew after every pixel):
 //   add_row_ends(dx)     the pixels dx to both sides in the centre's row
 //   add_column_ends(dy)  the pixels dy up and down in the centre's column
 //   add(dx, dy)          the pixels dx to both sides in the rows dy up and down
 
 // An eighth of the circle, mirrored. The radius is above 0.
-template <class Shape> void walk_circle(std::int32_t radius, Shape& shape) {
+template <class Shape> KRB_ALWAYS_INLINE void walk_circle(std::int32_t radius, Shape& shape) {
     shape.add_row_ends(radius);
     shape.add_column_ends(radius);
     std::int32_t d = 1 - radius;
@@ -105,11 +107,15 @@ template <class Shape> void walk(Radii radii, Shape& shape) {
     }
 }
 
+// How many rows ahead memory is asked for: where an outline is steep every row is new memory, which no processor foresees.
+constexpr std::int32_t rows_ahead = 8;
+
 // Draws the pixels in the order of the walk, which meets the upper and the lower end of an ellipse twice: there it blends twice.
-template <bool blends, bool masked> struct Outline {
+template <bool blends, bool masked, bool fetches> struct Outline {
     std::uint8_t* const* rows;
-    const Frame_Buffer_Mask* mask; // null unless masked
+    const std::uint8_t* const* mask_rows; // null unless masked
     std::int32_t x, y;
+    std::int32_t last; // row from the centre
     VT_RGB32 color;
 
     void add_row_ends(std::int32_t dx) {
@@ -121,6 +127,12 @@ template <bool blends, bool masked> struct Outline {
         draw(x, y - dy);
     }
     void add(std::int32_t dx, std::int32_t dy) {
+        if (fetches && dx >= dy && dy + rows_ahead <= last) {
+            for (const std::int32_t row : {y + dy + rows_ahead, y - dy - rows_ahead}) {
+                KRB_FETCH_EARLY(rows[row] + std::int64_t{4} * (x - dx));
+                KRB_FETCH_EARLY(rows[row] + std::int64_t{4} * (x + dx));
+            }
+        }
         draw(x - dx, y + dy);
         draw(x + dx, y + dy);
         draw(x - dx, y - dy);
@@ -130,7 +142,7 @@ template <bool blends, bool masked> struct Outline {
 private:
     void draw(std::int32_t column, std::int32_t row) {
         if constexpr (masked) {
-            if (!Mask_Cursor::at(*mask, row, column).drawable()) {
+            if ((mask_rows[row][column >> 3] & 0x80 >> (column & 7)) != 0) {
                 return;
             }
         }
@@ -169,15 +181,18 @@ struct Ellipse {
     VT_RGB32 color;
 };
 
-template <bool blends>
-void draw_outline(const Software_Z_Buffer& renderer, const Ellipse& ellipse, const Frame_Buffer_Mask* mask) {
-    std::uint8_t* const* rows = renderer.color_buffer->rows;
-    if (mask) {
-        Outline<blends, true> outline{rows, mask, ellipse.x, ellipse.y, ellipse.color};
+template <bool blends, bool masked>
+void draw_outline(const Software_Z_Buffer& renderer, const Ellipse& ellipse, const std::uint8_t* const* mask_rows) {
+    const auto draw = [&]<bool fetches>() {
+        Outline<blends, masked, fetches> outline{
+            renderer.color_buffer->rows, mask_rows, ellipse.x, ellipse.y, ellipse.radii.y, ellipse.color};
         walk(ellipse.radii, outline);
+    };
+    // Small ones are through before it would help.
+    if (ellipse.radii.y >= 2 * rows_ahead) {
+        draw.template operator()<true>();
     } else {
-        Outline<blends, false> outline{rows, nullptr, ellipse.x, ellipse.y, ellipse.color};
-        walk(ellipse.radii, outline);
+        draw.template operator()<false>();
     }
 }
 
@@ -242,10 +257,12 @@ void draw(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Po
     const Ellipse ellipse{center.x, center.y, radii, color};
     if constexpr (form == Form::filled) {
         draw_filled(renderer, ellipse, mask);
-    } else if (color.alpha == 255) {
-        draw_outline<false>(renderer, ellipse, mask);
+    } else if (mask) {
+        color.alpha == 255 ? draw_outline<false, true>(renderer, ellipse, mask->rows())
+                           : draw_outline<true, true>(renderer, ellipse, mask->rows());
     } else {
-        draw_outline<true>(renderer, ellipse, mask);
+        color.alpha == 255 ? draw_outline<false, false>(renderer, ellipse, nullptr)
+                           : draw_outline<true, false>(renderer, ellipse, nullptr);
     }
 }
 
