@@ -45,7 +45,8 @@ std::optional<VT_RGB32> table_color(std::int64_t number) {
         return rgb(grey, grey, grey);
     }
     constexpr double brightnesses[] = {255, 165, 127, 76, 38};
-    const double hue = static_cast<double>(number / 10 - 1) / 4, brightness = brightnesses[number % 10 / 2];
+    const std::int64_t row = number / 10 - 1;
+    const double hue = static_cast<double>(row) / 4, brightness = brightnesses[number % 10 / 2];
     const auto channel = [&](double middle) {
         const double distance = std::abs(std::remainder(hue - middle, 6));
         const double full = std::clamp(2 - distance, 0.0, 1.0);
@@ -182,10 +183,11 @@ private:
         const double dx = values_.number(entity, 44, 0), dy = values_.number(entity, 45, 0);
         Surroundings inside{{}, color(entity, around), layer_name(entity, around), around.depth + 1};
         for (std::int64_t i = 0; i < (block.entities.empty() ? 0 : rows * columns); ++i) {
-            const Placement cell{{sx, 0},
-                                 {0, sy},
-                                 {static_cast<double>(i % columns) * dx - block.base.x * sx,
-                                  static_cast<double>(i / columns) * dy - block.base.y * sy}};
+            const std::int64_t column = i % columns, row = i / columns;
+            const Placement cell{
+                {sx, 0},
+                {0, sy},
+                {static_cast<double>(column) * dx - block.base.x * sx, static_cast<double>(row) * dy - block.base.y * sy}};
             inside.placement = around.placement * turned * cell;
             for (const Entity& part : block.entities) {
                 add(part, inside);

@@ -12,7 +12,7 @@ namespace {
 struct Crossing {
     std::int32_t row, column;
 
-    friend auto operator<=>(const Crossing&, const Crossing&) = default;
+    friend bool operator<(Crossing a, Crossing b) { return a.row < b.row || (a.row == b.row && a.column < b.column); }
 };
 
 // The first row or column from first to last + 1 whose centre is at the value or beyond it.
@@ -42,7 +42,7 @@ void for_each_rectangle(const Face& face, const VT_Int_Rectangle& window,
             add_crossings(ring[i], ring[(i + 1) % ring.size()], window, crossings);
         }
     }
-    std::ranges::sort(crossings);
+    std::sort(crossings.begin(), crossings.end());
     // Rows with one stretch of the same columns follow each other as one rectangle.
     VT_Int_Rectangle open{0, -1, 0, -1};
     const auto finish = [&] {

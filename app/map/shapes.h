@@ -21,7 +21,7 @@ struct Position {
     double x = 0, y = 0;
 
     friend bool operator==(const Position&, const Position&) = default;
-    friend auto operator<=>(const Position&, const Position&) = default;
+    friend bool operator<(const Position& a, const Position& b) { return a.x < b.x || (a.x == b.x && a.y < b.y); }
 };
 
 using Path = std::vector<Position>;
