@@ -24,19 +24,19 @@ fs::path executable_folder() {
 #endif
 }
 
-std::string default_module() {
-    const fs::path beside = executable_folder() / "krb.vrd";
-    const fs::path installed = executable_folder() / VORNA_INSTALLED_MODULE;
+} // namespace
+
+std::string module_beside(const std::string& name, const std::string& hint) {
+    const fs::path beside = executable_folder() / name;
+    const fs::path installed = executable_folder() / VORNA_INSTALLED_MODULES / name;
     for (const fs::path& candidate : {beside, installed}) {
         if (fs::exists(candidate)) {
             return candidate.string();
         }
     }
-    throw std::runtime_error("no renderer module: neither " + beside.string() + " nor " + installed.lexically_normal().string() +
-                             " exists; --module names another one");
+    throw std::runtime_error("no module " + name + ": neither " + beside.string() + " nor " +
+                             installed.lexically_normal().string() + " exists" + hint);
 }
-
-} // namespace
 
 void add_module_options(CLI::App& application) {
     application.add_option("--module")
@@ -54,7 +54,7 @@ Module_Choice chosen_module(const CLI::App& application) {
     };
     Module_Choice choice{value("--module"), value("--kernels")};
     if (choice.path.empty()) {
-        choice.path = default_module();
+        choice.path = module_beside("krb.vrd", "; --module names another one");
     }
     return choice;
 }

@@ -28,6 +28,10 @@ struct Module_Choice {
     std::string kernels; // empty = the renderer's own choice
 };
 
+// A module that comes with the command: beside the executable, else where it is installed. Throws when it is at neither place;
+// the message ends with a hint, if there is one.
+std::string module_beside(const std::string& name, const std::string& hint = "");
+
 // Adds --module and --kernels, which every command takes.
 void add_module_options(CLI::App& application);
 

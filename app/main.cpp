@@ -9,6 +9,7 @@
 #include "app/command.h"
 #include "app/render_command.h"
 #include "app/replay_command.h"
+#include "app/view/view_command.h"
 
 namespace {
 
@@ -29,6 +30,7 @@ int run(int count, char** arguments) {
     app::add_module_options(application);
     app::add_replay_command(application, status);
     app::add_render_command(application, status);
+    app::add_view_command(application, status);
     try {
         application.parse(count, arguments);
     } catch (const CLI::Success& request) {

@@ -21,8 +21,8 @@ namespace {
 // The first one is the default.
 template <class Value> using Choices = std::vector<std::pair<std::string, Value>>;
 
-const Choices<scene::View> views{{"iso", scene::View::iso},       {"front", scene::View::front}, {"back", scene::View::back},
-                                 {"left", scene::View::left},     {"right", scene::View::right}, {"top", scene::View::top},
+const Choices<scene::View> views{{"iso", scene::View::iso},      {"front", scene::View::front}, {"back", scene::View::back},
+                                 {"left", scene::View::left},    {"right", scene::View::right}, {"top", scene::View::top},
                                  {"bottom", scene::View::bottom}};
 const Choices<scene::Up_Axis> up_axes{{"y", scene::Up_Axis::y}, {"z", scene::Up_Axis::z}};
 const Choices<scene::Shading> shadings{{"gouraud", scene::Shading::gouraud},
@@ -92,9 +92,10 @@ scene::Aim parsed_aim(const std::string& text) {
     const auto vector = [&](std::size_t i) { return VT_Vector_D{numbers[i], numbers[i + 1], numbers[i + 2]}; };
     const scene::Aim aim{vector(0), vector(3), vector(6)};
     if ((count != 6 && count != 9) || next != end || !(scene::length(aim.eye - aim.target) > 0)) {
-        throw Usage_Error("--camera: expected two places x,y,z,x,y,z, of the eye and of what it looks at, and for a direction that "
-                          "points up another x,y,z, found '" +
-                          text + "'");
+        throw Usage_Error(
+            "--camera: expected two places x,y,z,x,y,z, of the eye and of what it looks at, and for a direction that "
+            "points up another x,y,z, found '" +
+            text + "'");
     }
     return aim;
 }

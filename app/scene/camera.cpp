@@ -94,7 +94,8 @@ Aim fitted_aim(const Camera_Settings& settings, std::span<const VT_Vector> point
     const double tangent_y = half_view_tangent * filled, tangent_x = tangent_y * settings.aspect;
     const Extent extent = extent_of(points, camera, perspective ? tangent_x : 0, perspective ? tangent_y : 0);
     // The middle between the rays that touch on both sides, and the smallest room that the model takes between them.
-    const VT_Vector_D target = camera.right * ((extent.right - extent.left) / 2) + camera.up * ((extent.above - extent.below) / 2);
+    const VT_Vector_D target =
+        camera.right * ((extent.right - extent.left) / 2) + camera.up * ((extent.above - extent.below) / 2);
     const double half_width = (extent.right + extent.left) / 2, half_height = (extent.above + extent.below) / 2;
     double distance = std::max({half_width / tangent_x, half_height / tangent_y, 1e-6});
     if (perspective) {

@@ -25,8 +25,8 @@ struct Camera_Settings {
     View view = View::iso;
     Up_Axis up = Up_Axis::y;
     Projection projection = Projection::perspective;
-    double aspect = 1; // width of the picture over its height
-    double zoom = 1;   // above 1 enlarges the middle of the picture
+    double aspect = 1;                     // width of the picture over its height
+    double zoom = 1;                       // above 1 enlarges the middle of the picture
     std::optional<Aim> aim = std::nullopt; // instead of the view and the distance that fits; has a direction, and another one up
 };
 
@@ -46,8 +46,8 @@ struct Camera {
 // The aim of settings that have none: the closest one that shows every point, with a margin.
 Aim fitted_aim(const Camera_Settings& settings, std::span<const VT_Vector> points);
 
-// The camera of the settings' aim, or of the one that fits. Near and far planes just hold the points; a camera in their midst does
-// not see what is right before it.
+// The camera of the settings' aim, or of the one that fits. Near and far planes just hold the points; a camera in their midst
+// does not see what is right before it.
 Camera fit_camera(const Camera_Settings& settings, std::span<const VT_Vector> points);
 
 } // namespace app::scene

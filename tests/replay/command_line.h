@@ -10,6 +10,7 @@ namespace replay_tests {
 struct Outcome {
     int status;
     std::string errors; // what it wrote to standard error
+    std::string output; // and to standard output
 };
 
 // Runs `vorna` with these arguments and this standard input.
