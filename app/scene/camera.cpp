@@ -64,9 +64,16 @@ Extent extent_of(std::span<const VT_Vector> points, const Camera& axes, double t
     return extent;
 }
 
+// Of what lies between rays that spread as the picture's borders do, which the fitted camera sees at the borders.
+Extent seen_extent(const Camera_Settings& settings, std::span<const VT_Vector> points, const Camera& axes) {
+    const double tangent_y = settings.projection == Projection::perspective ? half_view_tangent * filled : 0;
+    return extent_of(points, axes, tangent_y * settings.aspect, tangent_y);
+}
+
 // Room for rounding, and for flat models, whose planes would coincide.
-double slack_of(const Extent& extent, double distance) {
-    return 1e-4 * std::max(half_view_tangent * distance, extent.nearest - extent.farthest);
+double slack_of(const Extent& extent) {
+    const double half_width = (extent.right + extent.left) / 2, half_height = (extent.above + extent.below) / 2;
+    return 1e-4 * std::max({half_width, half_height, extent.nearest - extent.farthest, 1e-3});
 }
 
 void set_axes(Camera& camera, const VT_Vector_D& up, const VT_Vector_D& toward) {
@@ -90,16 +97,15 @@ Aim fitted_aim(const Camera_Settings& settings, std::span<const VT_Vector> point
     const Axes axes = axes_of(settings.view);
     Camera camera;
     set_axes(camera, stand_up(axes.up, settings.up), stand_up(axes.toward, settings.up));
-    const bool perspective = settings.projection == Projection::perspective;
-    const double tangent_y = half_view_tangent * filled, tangent_x = tangent_y * settings.aspect;
-    const Extent extent = extent_of(points, camera, perspective ? tangent_x : 0, perspective ? tangent_y : 0);
+    const Extent extent = seen_extent(settings, points, camera);
     // The middle between the rays that touch on both sides, and the smallest room that the model takes between them.
     const VT_Vector_D target =
         camera.right * ((extent.right - extent.left) / 2) + camera.up * ((extent.above - extent.below) / 2);
     const double half_width = (extent.right + extent.left) / 2, half_height = (extent.above + extent.below) / 2;
-    double distance = std::max({half_width / tangent_x, half_height / tangent_y, 1e-6});
-    if (perspective) {
-        distance = std::max(distance, extent.nearest + 2 * slack_of(extent, distance));
+    const double slack = slack_of(extent), tangent = half_view_tangent * filled;
+    double distance = std::max({half_width / settings.aspect, half_height, slack}) / tangent;
+    if (settings.projection == Projection::perspective) {
+        distance = std::max(distance, extent.nearest + 2 * slack);
     }
     return {target + camera.toward * distance, target, camera.up};
 }
@@ -109,12 +115,11 @@ Camera fit_camera(const Camera_Settings& settings, std::span<const VT_Vector> po
     Camera camera;
     set_axes(camera, aim.up, aim.eye - aim.target);
     const double x = dot(camera.right, aim.eye), y = dot(camera.up, aim.eye), z = dot(camera.toward, aim.eye);
-    const double distance = length(aim.eye - aim.target);
-    const Extent extent = extent_of(points, camera, 0, 0);
-    const double slack = slack_of(extent, distance);
+    const Extent extent = seen_extent(settings, points, camera);
+    const double slack = slack_of(extent);
 
     if (settings.projection == Projection::perspective) {
-        const double far = std::max(z - extent.farthest, slack) + slack;
+        const double far = std::max(z - extent.farthest + slack, 2 * slack);
         const double near = std::max(z - extent.nearest - slack, far / largest_depth_ratio);
         const double scale_y = settings.zoom / half_view_tangent, scale_x = scale_y / settings.aspect;
         const double depth_scale = far / (far - near);
@@ -124,7 +129,8 @@ Camera fit_camera(const Camera_Settings& settings, std::span<const VT_Vector> po
         set_row(camera.clip_from_model.m[3], camera.toward * -1.0, z);
         camera.eye = aim.eye;
     } else {
-        const double scale_y = settings.zoom / (half_view_tangent * distance), scale_x = scale_y / settings.aspect;
+        const double scale_y = settings.zoom / (half_view_tangent * length(aim.eye - aim.target)),
+                     scale_x = scale_y / settings.aspect;
         const double near = extent.nearest + slack, depth_scale = 1 / (near - extent.farthest + slack);
         set_row(camera.clip_from_model.m[0], camera.right * scale_x, -x * scale_x);
         set_row(camera.clip_from_model.m[1], camera.up * scale_y, -y * scale_y);
