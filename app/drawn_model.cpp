@@ -1,10 +1,61 @@
 // A model as it is drawn.
 #include "app/drawn_model.h"
 
+#include "vorna/draw.h"
+
 namespace app {
 
 std::string Drawn_Model::summary() const {
     return (faces ? faces->summary() : "") + (faces && edges ? ", " : "") + (edges ? edges->summary() : "");
+}
+
+std::uint64_t Drawn_Model::prepared_memory() const {
+    return (faces ? faces->prepared_memory() : 0) + (edges ? edges->prepared_memory() : 0);
+}
+
+void Drawn_Model::prepare(const scene::Tile_Grid& grid, const scene::Camera& camera, const scene::Picture_Settings& settings,
+                          const scene::Edge_Settings& edge_settings) {
+    if (faces) {
+        faces->prepare(grid, camera, settings);
+    }
+    if (edges) {
+        edges->prepare(grid, camera, edge_settings);
+    }
+}
+
+Tile_Artist::Tile_Artist(const Module_Choice& module, int color_bits, VT_RGB32 background)
+    : session_(module), rendition_(new VT_Rendition), background_(background) {
+    session_.options().set_color_system(color_bits == 32 ? 1 : 0);
+    session_.options().set_buffer_depth(16);
+}
+
+// Pixels beside smoothed lines are drawn as far as the picture reaches, whether or not the window goes on.
+void Tile_Artist::move_to(const VT_Int_Rectangle& window, const VT_Int_Rectangle& frame) {
+    session_.set_window(window);
+    session_.establish();
+    window_ = window;
+    rendition_->clip.hard_clip = scene::common_part(window, frame);
+    rendition_->window.rectangle = window;
+    rendition_->window.color = background_;
+    rendition_->window.index = static_cast<std::uint8_t>(session_.palette().closest_match(background_, false));
+}
+
+void Tile_Artist::draw(const Drawn_Model& model, const scene::Tile_Grid& grid, std::size_t tile) {
+    if (const VT_Int_Rectangle window = grid.window(tile); window.left != window_.left || window.right != window_.right ||
+                                                           window.bottom != window_.bottom || window.top != window_.top) {
+        move_to(window, grid.frame);
+    }
+    VT_Renderer_Data& renderer = session_.renderer();
+    renderer.begin_picture_all();
+    VD_Draw_Window(renderer, *rendition_);
+    VD_Clear_Depth_Rectangle(renderer, *rendition_);
+    if (model.faces) {
+        model.faces->draw(renderer, *rendition_, tile);
+    }
+    if (model.edges) {
+        model.edges->draw(renderer, *rendition_, tile);
+    }
+    renderer.end_picture_all();
 }
 
 } // namespace app

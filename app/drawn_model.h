@@ -7,6 +7,7 @@
 
 #include "app/scene/edge_renderer.h"
 #include "app/scene/scene.h"
+#include "app/session.h"
 
 namespace app {
 
@@ -16,6 +17,31 @@ struct Drawn_Model {
 
     const std::vector<VT_Vector>& points() const { return faces ? faces->points() : edges->points(); }
     std::string summary() const;
+    std::uint64_t prepared_memory() const;
+    void prepare(const scene::Tile_Grid& grid, const scene::Camera& camera, const scene::Picture_Settings& settings,
+                 const scene::Edge_Settings& edge_settings);
+};
+
+// A renderer with a window for one tile at a time. Every thread has its own.
+class Tile_Artist {
+public:
+    // color_bits: 32, or 8 through a palette.
+    Tile_Artist(const Module_Choice& module, int color_bits, VT_RGB32 background);
+
+    // Clears the window and draws a tile of a prepared model.
+    void draw(const Drawn_Model& model, const scene::Tile_Grid& grid, std::size_t tile);
+    Session& session() noexcept { return session_; }
+
+    // Bytes of the buffers, for every pixel of the window.
+    static constexpr std::uint64_t pixel_memory = 4 + 2 + 2;
+
+private:
+    void move_to(const VT_Int_Rectangle& window, const VT_Int_Rectangle& frame);
+
+    Session session_;
+    VT_Reference<VT_Rendition> rendition_;
+    VT_RGB32 background_;
+    VT_Int_Rectangle window_{0, -1, 0, -1};
 };
 
 } // namespace app

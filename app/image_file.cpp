@@ -11,17 +11,6 @@ namespace app {
 
 namespace {
 
-std::string png_palette_of(const VT_Palette& palette) {
-    std::string colors;
-    for (std::size_t i = 0; i < 256; ++i) {
-        const VT_RGB32 color = palette.color(static_cast<std::uint8_t>(i));
-        for (const std::uint8_t level : {color.red, color.green, color.blue}) {
-            colors += static_cast<char>(level);
-        }
-    }
-    return colors;
-}
-
 Png_Form png_form_of(const Raster& raster, const VT_Palette& palette) {
     const auto width = static_cast<std::uint32_t>(raster.width), height = static_cast<std::uint32_t>(raster.height);
     switch (raster.format) {
@@ -31,26 +20,6 @@ Png_Form png_form_of(const Raster& raster, const VT_Palette& palette) {
         return {.width = width, .height = height, .sample_bits = 16, .colors = Png_Form::Colors::grey, .linear = true};
     default:
         return {.width = width, .height = height};
-    }
-}
-
-// Pixels as the buffer holds them, in the order of PNG: red first, high byte first.
-void store_samples(const std::uint8_t* pixels, std::int32_t width, Buffer_Format format, std::uint8_t* samples) {
-    for (std::int32_t i = 0; i < width; ++i) {
-        if (format == Buffer_Format::index8) {
-            *samples++ = *pixels++;
-        } else if (format == Buffer_Format::depth16) {
-            std::uint16_t depth;
-            std::memcpy(&depth, pixels, sizeof depth);
-            pixels += sizeof depth;
-            *samples++ = static_cast<std::uint8_t>(depth >> 8);
-            *samples++ = static_cast<std::uint8_t>(depth & 0xFF);
-        } else {
-            for (const int channel : {2, 1, 0, 3}) {
-                *samples++ = pixels[channel];
-            }
-            pixels += 4;
-        }
     }
 }
 
@@ -75,6 +44,40 @@ std::int32_t bytes_per_pixel(Buffer_Format format) noexcept {
     default:
         return 4;
     }
+}
+
+void store_samples(const std::uint8_t* pixels, std::int32_t width, Buffer_Format format, std::uint8_t* samples) {
+    if (format == Buffer_Format::index8) {
+        std::memcpy(samples, pixels, static_cast<std::size_t>(width));
+        return;
+    }
+    const std::uint8_t* end = pixels + std::ptrdiff_t{width} * bytes_per_pixel(format);
+    if (format == Buffer_Format::depth16) {
+        for (; pixels < end; pixels += 2, samples += 2) {
+            std::uint16_t depth;
+            std::memcpy(&depth, pixels, sizeof depth);
+            samples[0] = static_cast<std::uint8_t>(depth >> 8);
+            samples[1] = static_cast<std::uint8_t>(depth & 0xFF);
+        }
+        return;
+    }
+    for (; pixels < end; pixels += 4, samples += 4) {
+        samples[0] = pixels[2];
+        samples[1] = pixels[1];
+        samples[2] = pixels[0];
+        samples[3] = pixels[3];
+    }
+}
+
+std::string png_palette_of(const VT_Palette& palette) {
+    std::string colors;
+    for (std::size_t i = 0; i < 256; ++i) {
+        const VT_RGB32 color = palette.color(static_cast<std::uint8_t>(i));
+        for (const std::uint8_t level : {color.red, color.green, color.blue}) {
+            colors += static_cast<char>(level);
+        }
+    }
+    return colors;
 }
 
 std::string png_of(const Raster& raster, const VT_Palette& palette) {

@@ -24,6 +24,12 @@ Raster raster_of(const VT_Shared_Image& image);
 
 std::int32_t bytes_per_pixel(Buffer_Format format) noexcept;
 
+// Pixels as a buffer holds them, in the order of PNG: red first, high byte first.
+void store_samples(const std::uint8_t* pixels, std::int32_t width, Buffer_Format format, std::uint8_t* samples);
+
+// Red, green and blue of all 256 colours, as PNG has them.
+std::string png_palette_of(const VT_Palette& palette);
+
 // 32-bit colours become RGBA with all four bytes as stored, palette indices a palette PNG with the indices as stored, depths
 // 16-bit greyscale. The palette is read for indices only.
 std::string png_of(const Raster& raster, const VT_Palette& palette);

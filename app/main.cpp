@@ -1,12 +1,15 @@
 // The command vorna.
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <new>
 #include <string>
 
+#include "app/assemble_command.h"
 #include "app/command.h"
+#include "app/interruption.h"
 #include "app/render_command.h"
 #include "app/replay_command.h"
 #include "app/view/view_command.h"
@@ -30,6 +33,7 @@ int run(int count, char** arguments) {
     app::add_module_options(application);
     app::add_replay_command(application, status);
     app::add_render_command(application, status);
+    app::add_assemble_command(application, status);
     app::add_view_command(application, status);
     try {
         application.parse(count, arguments);
@@ -48,6 +52,11 @@ int main(int count, char** arguments) {
         return run(count, arguments);
     } catch (const app::Usage_Error& error) {
         return complain(error.what(), app::exit_status::wrong_usage);
+    } catch (const app::Interrupted& interrupted) {
+        // As if nothing had been put in its way, now that what was unfinished is gone.
+        std::signal(interrupted.signal, SIG_DFL);
+        std::raise(interrupted.signal);
+        return app::exit_status::failed;
     } catch (const std::bad_alloc&) {
         return complain("out of memory", app::exit_status::failed);
     } catch (const std::exception& error) {

@@ -187,18 +187,17 @@ std::vector<std::string> arguments_of(const Model_Options& options) {
     return arguments;
 }
 
-VT_Int_Pair parsed_size(const std::string& text) {
+VT_Int_Pair parsed_pair(const std::string& text, std::int32_t most, const std::string& expected) {
     VT_Int_Pair size;
     const char* end = text.data() + text.size();
     const auto [x, width_error] = std::from_chars(text.data(), end, size.x);
     if (width_error == std::errc{} && x != end && *x == 'x') {
         const auto [stop, height_error] = std::from_chars(x + 1, end, size.y);
-        if (height_error == std::errc{} && stop == end && size.x >= 1 && size.x <= largest_picture_side && size.y >= 1 &&
-            size.y <= largest_picture_side) {
+        if (height_error == std::errc{} && stop == end && size.x >= 1 && size.x <= most && size.y >= 1 && size.y <= most) {
             return size;
         }
     }
-    throw Usage_Error("--size: expected WIDTHxHEIGHT with sides from 1 to 16383, found '" + text + "'");
+    throw Usage_Error(expected + ", found '" + text + "'");
 }
 
 VT_RGB32 background_of(const Model_Options& options) {

@@ -43,8 +43,10 @@ void add_model_options(CLI::App& command, Model_Options& options);
 // The options as a shell's words, as far as they differ from the defaults.
 std::vector<std::string> arguments_of(const Model_Options& options);
 
+// A pair of numbers from 1 to most with an x between them. Throws Usage_Error that begins with what is expected.
+VT_Int_Pair parsed_pair(const std::string& text, std::int32_t most, const std::string& expected);
+
 // These throw Usage_Error for what makes no sense.
-VT_Int_Pair parsed_size(const std::string& text);
 VT_RGB32 background_of(const Model_Options& options);
 VT_RGB32 base_color_of(const Model_Options& options);
 scene::Picture_Settings picture_settings_of(const Model_Options& options);

@@ -2,8 +2,6 @@
 #include "app/output_file.h"
 
 #include <cerrno>
-#include <cstdio>
-#include <memory>
 #include <random>
 #include <stdexcept>
 #include <system_error>
@@ -24,18 +22,6 @@ std::error_code last_error() {
     return {errno, std::generic_category()};
 }
 
-void write_bytes(std::FILE* file, const fs::path& target, std::string_view bytes) {
-    if (!file) {
-        fail(target, last_error());
-    }
-    errno = 0;
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-    const std::error_code reason = last_error();
-    if (std::fclose(file) != 0 || !written) {
-        fail(target, written ? last_error() : reason);
-    }
-}
-
 // In the same folder, because only there a move replaces the target in one step.
 fs::path temporary_beside(const fs::path& target) {
     std::random_device random;
@@ -45,49 +31,78 @@ fs::path temporary_beside(const fs::path& target) {
 
 } // namespace
 
-Output_Files::~Output_Files() {
-    std::error_code ignored;
-    for (const Pending& file : pending_) {
-        fs::remove(file.temporary, ignored);
+Output_File::Output_File(const std::string& name) : path_(path_of(name)) {
+    std::error_code none;
+    if (fs::is_directory(path_, none)) {
+        fail(path_, std::make_error_code(std::errc::is_a_directory));
+    }
+    // Devices and pipes cannot be replaced, only written.
+    if (fs::exists(path_, none) && !fs::is_regular_file(path_, none)) {
+        file_.reset(std::fopen(name.c_str(), "wb"));
+    } else {
+        // A link stays a link: the file that it leads to is replaced.
+        target_ = fs::is_symlink(path_, none) ? fs::weakly_canonical(path_, none) : path_;
+        const fs::path temporary = temporary_beside(target_);
+        file_.reset(std::fopen(temporary.string().c_str(), "wbx"));
+        if (file_) {
+            temporary_ = temporary;
+        }
+    }
+    if (!file_) {
+        fail(path_, last_error());
+    }
+}
+
+Output_File::~Output_File() {
+    file_ = nullptr;
+    if (!temporary_.empty()) {
+        std::error_code ignored;
+        fs::remove(temporary_, ignored);
+    }
+}
+
+void Output_File::write(std::string_view bytes) {
+    errno = 0;
+    if (std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) {
+        fail(path_, last_error());
+    }
+}
+
+void Output_File::close() {
+    if (file_ && std::fclose(file_.release()) != 0) {
+        fail(path_, last_error());
+    }
+}
+
+void Output_File::commit() {
+    close();
+    if (!temporary_.empty()) {
+        std::error_code reason;
+        fs::rename(temporary_, target_, reason);
+        if (reason) {
+            fail(target_, reason);
+        }
+        temporary_.clear();
     }
 }
 
 void Output_Files::add(const std::string& name, std::string_view bytes) {
-    const fs::path path = path_of(name);
-    std::error_code none;
-    if (fs::is_directory(path, none)) {
-        fail(path, std::make_error_code(std::errc::is_a_directory));
-    }
-    // Devices and pipes cannot be replaced, only written.
-    if (fs::exists(path, none) && !fs::is_regular_file(path, none)) {
-        write_bytes(std::fopen(name.c_str(), "wb"), path, bytes);
-        return;
-    }
-    // A link stays a link: the file that it leads to is replaced.
-    const fs::path target = fs::is_symlink(path, none) ? fs::weakly_canonical(path, none) : path;
-    const fs::path temporary = temporary_beside(target);
-    std::FILE* file = std::fopen(temporary.string().c_str(), "wbx");
-    if (file) {
-        pending_.push_back({temporary, target});
-    }
-    write_bytes(file, path, bytes);
+    files_.push_back(std::make_unique<Output_File>(name));
+    files_.back()->write(bytes);
+    files_.back()->close();
 }
 
 void Output_Files::commit() {
-    while (!pending_.empty()) {
-        std::error_code reason;
-        fs::rename(pending_.front().temporary, pending_.front().target, reason);
-        if (reason) {
-            fail(pending_.front().target, reason);
-        }
-        pending_.erase(pending_.begin());
+    for (const auto& file : files_) {
+        file->commit();
     }
+    files_.clear();
 }
 
 void write_file(const std::string& path, std::string_view bytes) {
-    Output_Files files;
-    files.add(path, bytes);
-    files.commit();
+    Output_File file(path);
+    file.write(bytes);
+    file.commit();
 }
 
 } // namespace app

@@ -1,32 +1,49 @@
 // Files that appear whole or not at all.
 #pragma once
 
+#include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace app {
 
-// Files written together: all of them are complete beside their places before the first one moves there. What has not been
-// committed is removed.
+// A file that is written bit by bit beside its place and moves there at the end. What has not been committed is removed.
+// Everything throws std::runtime_error that names the file.
+class Output_File {
+public:
+    explicit Output_File(const std::string& name);
+    Output_File(const Output_File&) = delete;
+    Output_File& operator=(const Output_File&) = delete;
+    ~Output_File();
+
+    void write(std::string_view bytes);
+    // No more is written; the file is complete beside its place.
+    void close();
+    // Closes it when that has not been done.
+    void commit();
+
+private:
+    struct Close {
+        void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+    };
+
+    std::filesystem::path path_, target_;
+    std::filesystem::path temporary_; // empty when there is none, or no longer
+    std::unique_ptr<std::FILE, Close> file_;
+};
+
+// Files written together: all of them are complete beside their places before the first one moves there.
 class Output_Files {
 public:
-    Output_Files() = default;
-    Output_Files(const Output_Files&) = delete;
-    Output_Files& operator=(const Output_Files&) = delete;
-    ~Output_Files();
-
     // Throws std::runtime_error that names the file.
     void add(const std::string& name, std::string_view bytes);
     void commit();
 
 private:
-    struct Pending {
-        std::filesystem::path temporary;
-        std::filesystem::path target;
-    };
-    std::vector<Pending> pending_;
+    std::vector<std::unique_ptr<Output_File>> files_;
 };
 
 // One file by itself.

@@ -37,6 +37,11 @@ vorna::Module::Renderer create(const vorna::Module& module) {
 Session::Session(const Module_Choice& choice) : module_(with_kernels_forced(choice)), renderer_(create(module_)) {
 }
 
+void Session::set_window(const VT_Int_Rectangle& window) {
+    options().set_window_origin({window.left, window.bottom});
+    options().set_window_size({window.right - window.left + 1, window.top - window.bottom + 1});
+}
+
 void Session::establish() {
     renderer_->establish_all();
     color_buffer();

@@ -15,6 +15,8 @@ public:
     VT_Renderer_Data& renderer() noexcept { return *renderer_; }
     // Window, colour system, palette and so on, as the next establish shall find them.
     VT_Renderer_Options& options() { return renderer_->current_renderer_options_for_update(); }
+    // The part of the picture that is drawn into, as the next establish shall find it.
+    void set_window(const VT_Int_Rectangle& window);
     // Fits buffers and actions to options and requested table. Throws when the buffers cannot be had.
     void establish();
 

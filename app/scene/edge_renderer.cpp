@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <tuple>
+#include <utility>
 
 #include "app/scene/clipper.h"
 #include "app/scene/vectors.h"
@@ -21,9 +22,10 @@ constexpr float crease_cosine = 0.8660254F;
 constexpr std::int32_t least_lift = 2;
 // Edges of a run in pictures of several tiles: a tile draws whole runs.
 constexpr std::size_t longest_run = 32;
-// Steps of a piece of a line.
-constexpr std::int32_t longest_piece = 64;
-static_assert(Edge_Renderer::tile_margin >= longest_piece + 2);
+// Steps of a line: columns of more would not fit the renderer's 16 bits, counted from a tile.
+constexpr std::int32_t longest_line = 16384;
+// Steps of smoothed edges over faces of which a tile that they touch sees all.
+constexpr std::int32_t longest_seen_whole = 64;
 
 std::uint8_t mean(std::uint8_t a, std::uint8_t b) {
     return static_cast<std::uint8_t>((a + b + 1) / 2);
@@ -37,23 +39,22 @@ bool same(const VT_DCI_Point& a, const VT_DCI_Point& b) {
     return a.x == b.x && a.y == b.y && a.z == b.z;
 }
 
-// Calls piece(from, to) for the parts of a segment that are drawn one by one, 64 steps long at most. Tiles draw the parts that
-// lie wholly in their windows, so that every tile draws the same pixels of a line, however long it is; device lines must not
-// leave the window anyhow. Parts end where the segment passes nearest to a pixel's middle, so near that no bend is seen.
-template <class Piece> void cut_in_pieces(const VT_DCI_Point& from, const VT_DCI_Point& to, Piece piece) {
+// Calls piece(from, to) for the parts of a segment that are drawn one by one, so many steps long at most: where they end does not
+// depend on the tile. Parts end where the segment passes nearest to a pixel's middle.
+template <class Piece> void cut_in_pieces(const VT_DCI_Point& from, const VT_DCI_Point& to, std::int32_t longest, Piece piece) {
     const std::int64_t dx = to.x - from.x, dy = to.y - from.y, dz = to.z - from.z;
     const std::int64_t steps = std::max(std::abs(dx), std::abs(dy)), movement = std::min(std::abs(dx), std::abs(dy));
     const auto point_at = [&](std::int64_t i) {
         const auto moved = [=](std::int32_t start, std::int64_t change) {
-            const std::int64_t twice = 2 * change * i + steps;
-            return start + static_cast<std::int32_t>((twice - ((twice % (2 * steps) + 2 * steps) % (2 * steps))) / (2 * steps));
+            return start +
+                   static_cast<std::int32_t>(std::floor(static_cast<double>(change * i) / static_cast<double>(steps) + 0.5));
         };
         return VT_DCI_Point{moved(from.x, dx), moved(from.y, dy), moved(from.z, dz)};
     };
     VT_DCI_Point start = from;
-    for (std::int64_t first = 0; steps - first > longest_piece;) {
-        std::int64_t best = first + longest_piece, least = steps;
-        for (std::int64_t i = best; i >= first + longest_piece / 2; --i) {
+    for (std::int64_t first = 0; steps - first > longest;) {
+        std::int64_t best = first + longest, least = steps;
+        for (std::int64_t i = best; i >= first + longest / 2; --i) {
             const std::int64_t beside = movement * i % steps, distance = std::min(beside, steps - beside);
             if (distance < least) {
                 least = distance;
@@ -94,6 +95,38 @@ private:
 
 } // namespace
 
+// Colours of a window, kept while something is drawn over them.
+class Kept_Pixels {
+public:
+    Kept_Pixels(VT_Renderer_Data& renderer, const VT_Int_Rectangle& window) : window_(window) {
+        const VT_Option* option = renderer.current_table.find("Color Buffer");
+        buffer_ = option ? option->as_object<Frame_Buffer>() : nullptr;
+        origin_ = renderer.current_options.window_origin();
+    }
+
+    void keep(std::int32_t x, std::int32_t y) {
+        if (buffer_ && lies_in(window_, {x, y, 0})) {
+            std::uint8_t* pixel = buffer_->rows[y - origin_.y] + 4 * std::ptrdiff_t{x - origin_.x};
+            std::uint32_t color;
+            std::memcpy(&color, pixel, 4);
+            pixels_.emplace_back(pixel, color);
+        }
+    }
+
+    void restore() {
+        for (const auto& [pixel, color] : pixels_) {
+            std::memcpy(pixel, &color, 4);
+        }
+        pixels_.clear();
+    }
+
+private:
+    VT_Int_Rectangle window_;
+    const Frame_Buffer* buffer_;
+    VT_Int_Pair origin_;
+    std::vector<std::pair<std::uint8_t*, std::uint32_t>> pixels_;
+};
+
 // Joins segments to polylines and draws them. Smoothed lines know no depth buffer: what is visible of a segment over faces is
 // found pixel by pixel along it first.
 class Edge_Renderer::Pen {
@@ -110,27 +143,45 @@ public:
         rendition_->clip.depth_test = settings.over_faces && !settings.smoothed;
         if (settings.over_faces && settings.smoothed) {
             depths_.emplace(renderer, rendition, window);
+            kept_.emplace(renderer, window);
         }
     }
     Pen(const Pen&) = delete;
     Pen& operator=(const Pen&) = delete;
     ~Pen() { finish_polyline(); }
 
+    // To be called where segments that are not drawn lie between: other tiles may draw them, and all must join the same ones.
+    void lift() { finish_polyline(); }
+
     // color: null = that of the pen, as for all other segments.
     void draw(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
-        cut_in_pieces(from, to, [&](const VT_DCI_Point& start, const VT_DCI_Point& end) {
-            if (!lies_in(window_, start) || !lies_in(window_, end)) {
-                return;
-            }
-            if (depths_) {
-                draw_visible(start, end, color);
-            } else {
-                append(start, end, color);
-            }
-        });
+        if (!depths_) {
+            cut_in_pieces(from, to, longest_line, [&](const VT_DCI_Point& start, const VT_DCI_Point& end) {
+                if (touches_window(start, end)) {
+                    append(start, end, color);
+                } else {
+                    finish_polyline();
+                }
+            });
+        } else if (std::max(std::abs(to.x - from.x), std::abs(to.y - from.y)) > longest_seen_whole) {
+            finish_polyline();
+            draw_visible_part(from, to, color);
+        } else if (lies_in(window_, from) && lies_in(window_, to)) {
+            draw_visible(from, to, color);
+        } else {
+            finish_polyline(); // too far from the tile to be seen in it
+        }
     }
 
 private:
+    bool touches_window(const VT_DCI_Point& from, const VT_DCI_Point& to) const {
+        Extent extent;
+        extent.include(from);
+        extent.include(to);
+        const VT_Int_Rectangle common = common_part(extent.box, window_);
+        return common.left <= common.right && common.bottom <= common.top;
+    }
+
     void append(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
         if (points_.empty() || !same(points_.back(), from)) {
             finish_polyline();
@@ -142,6 +193,63 @@ private:
         }
     }
 
+    // Of a segment too long to be seen whole from a tile. All of it is drawn, for the pixels of a part depend on where it begins
+    // and ends, and what is hidden gets its colours back. No polyline: whether it is joined to others may not depend on the tile.
+    void draw_visible_part(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
+        if (!touches_window(from, to)) {
+            return;
+        }
+        const std::int64_t dx = to.x - from.x, dy = to.y - from.y, dz = to.z - from.z;
+        const bool by_columns = std::abs(dx) > std::abs(dy);
+        const auto steps = static_cast<std::int32_t>(std::max(std::abs(dx), std::abs(dy)));
+        // The steps inside the window.
+        const std::int32_t start = by_columns ? from.x : from.y, direction = (by_columns ? dx : dy) > 0 ? 1 : -1;
+        const std::int32_t low = (by_columns ? window_.left : window_.bottom) - start,
+                           high = (by_columns ? window_.right : window_.top) - start;
+        const std::int32_t first = std::max(direction > 0 ? low : -high, 0),
+                           end = std::min(direction > 0 ? high : -low, steps) + 1;
+        const auto place = [&](std::int32_t i) {
+            const auto moved = [=](std::int32_t from_here, std::int64_t change) {
+                return from_here + static_cast<std::int32_t>(std::floor(static_cast<double>(change * i) / steps + 0.5));
+            };
+            return VT_DCI_Point{moved(from.x, dx), moved(from.y, dy), moved(from.z, dz)};
+        };
+        const auto keep = [&](std::int32_t begin, std::int32_t stop) {
+            // One more to each side than a line has.
+            constexpr std::int32_t reach = 2;
+            for (std::int32_t i = begin; i < stop; ++i) {
+                const VT_DCI_Point p = place(i);
+                for (std::int32_t across = -reach; across <= reach; ++across) {
+                    kept_->keep(p.x + (by_columns ? 0 : across), p.y + (by_columns ? across : 0));
+                }
+                if (i == steps) { // The last pixel is drawn with those beside it in its row.
+                    kept_->keep(p.x + direction, p.y);
+                }
+            }
+        };
+        std::int32_t shown = first; // where the next hidden stretch may begin
+        for (std::int32_t i = first; i < end; ++i) {
+            const VT_DCI_Point p = place(i);
+            if (!lies_in(window_, p) || p.z > depths_->at(p.x, p.y)) {
+                continue;
+            }
+            if (i - shown > longest_gap || shown == first) {
+                keep(shown, i);
+            }
+            shown = i + 1;
+        }
+        keep(shown, end);
+        if (end - shown < end - first) {
+            const VT_DCI_Point points[2] = {from, to};
+            if (color) {
+                VD_Draw_DCI_Colorized_Polyline(renderer_, *rendition_, 2, points, color, true);
+            } else {
+                VD_Draw_DCI_Polyline(renderer_, *rendition_, 2, points);
+            }
+        }
+        kept_->restore();
+    }
+
     void draw_visible(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
         const std::int32_t dx = to.x - from.x, dy = to.y - from.y, dz = to.z - from.z;
         const std::int32_t steps = std::max(std::abs(dx), std::abs(dy));
@@ -151,8 +259,6 @@ private:
             };
             return i == 0 ? from : VT_DCI_Point{moved(from.x, dx), moved(from.y, dy), moved(from.z, dz)};
         };
-        // Rounding hides a pixel here and there of an edge that can be seen: gaps as short as that are closed.
-        constexpr std::int32_t longest_gap = 2;
         std::int32_t first = -1, last = -1; // of the stretch under way
         for (std::int32_t i = 0; i <= steps; ++i) {
             const VT_DCI_Point p = point_at(i);
@@ -171,6 +277,9 @@ private:
         }
     }
 
+    // Rounding hides a pixel here and there of an edge that can be seen: gaps as short as that are closed.
+    static constexpr std::int32_t longest_gap = 2;
+
     void finish_polyline() {
         const auto count = static_cast<std::int32_t>(points_.size());
         if (count > 1 && colors_.empty()) {
@@ -186,6 +295,7 @@ private:
     VT_Reference<VT_Rendition> rendition_;
     const VT_Int_Rectangle window_;
     std::optional<Depths> depths_;
+    std::optional<Kept_Pixels> kept_;
     std::vector<VT_DCI_Point> points_;
     std::vector<VT_RGB32> colors_; // of the segments
 };
@@ -306,9 +416,15 @@ void Edge_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& renditi
     Pen pen(renderer, rendition, common_part(rendition.window.rectangle, frame_), settings_,
             settings_.color.value_or(base_color_));
     const bool colored = !settings_.color && !colors_.empty();
+    std::size_t next = 0; // to the edge drawn last
     bins_.for_each(tile, runs_.size(), [&](std::size_t run) {
         for (std::size_t edge = runs_[run].first; edge < runs_[run].end; ++edge) {
-            if (const std::optional<Segment> segment = segment_of(edge)) {
+            const std::optional<Segment> segment = segment_of(edge);
+            if (edge != next || !segment) {
+                pen.lift();
+            }
+            next = edge + 1;
+            if (segment) {
                 pen.draw(segment->from, segment->to, colored ? &colors_[edge] : nullptr);
             }
         }

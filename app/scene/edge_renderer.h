@@ -40,14 +40,19 @@ public:
     const std::vector<VT_Vector>& points() const noexcept { return edges_.points; }
     std::string summary() const;
 
-    // Margin that tiles of pictures with edges need: lines are drawn in pieces that lie wholly in the window.
-    static constexpr std::int32_t tile_margin = 72;
+    // Margin that tiles of pictures with edges need. Clipped lines may lose pixels of the window's outermost columns; what is
+    // seen of smoothed edges over faces is found by looking at the whole of the short ones.
+    static std::int32_t tile_margin(const Edge_Settings& settings) noexcept {
+        return settings.over_faces && settings.smoothed ? 72 : 8;
+    }
 
     // Does what a picture needs once: which edges are drawn, and where.
     void prepare(const Tile_Grid& grid, const Camera& camera, const Edge_Settings& settings);
     // Draws what touches a tile of the prepared picture; the renderer's window is the tile's. Edges over faces obey the depth
     // buffer, others leave it alone. Several threads may draw at once, each through a renderer and a rendition of its own.
     void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const;
+    // Bytes that prepare takes, roughly, in pictures of several tiles.
+    std::uint64_t prepared_memory() const noexcept { return 32 * edges_.points.size() + 16 * edges_.chains.size(); }
 
 private:
     class Pen;

@@ -39,6 +39,8 @@ public:
     // Draws what touches a tile of the prepared picture; the renderer's window is the tile's. Several threads may draw at once,
     // each through a renderer and a rendition of its own.
     virtual void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const = 0;
+    // Bytes that prepare takes, roughly, in pictures of several tiles.
+    virtual std::uint64_t prepared_memory() const noexcept = 0;
 };
 
 } // namespace app::scene

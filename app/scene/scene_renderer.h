@@ -29,6 +29,7 @@ public:
 
     void prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) override;
     void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const override;
+    std::uint64_t prepared_memory() const noexcept override { return 40 * points_.size() + 24 * strip_vertices_.size(); }
 
 private:
     // How a triangle is drawn.

@@ -24,7 +24,10 @@ void show(const View_Options& options, const Module_Choice& module) {
     base_color_of(options);
     edge_settings_of(options);
     picture_settings_of(options);
-    const auto size = options.size.empty() ? std::nullopt : std::optional(parsed_size(options.size));
+    const auto size = options.size.empty()
+                          ? std::nullopt
+                          : std::optional(parsed_pair(options.size, largest_picture_side,
+                                                      "--size: expected WIDTHxHEIGHT with sides from 1 to 16383"));
     const auto script = options.script.empty() ? std::vector<view::Script_Step>()
                                                : view::parsed_script(options.script, scene::read_file(options.script));
     const std::unique_ptr<view::Window> window = view::open_window(options.model, size);

@@ -182,6 +182,7 @@ void Software_Z_Buffer::establish_target() {
     target.color_rows = color_buffer->rows;
     target.depth_rows = depth_buffer ? depth_buffer->rows : nullptr;
     target.width = window_size.x;
+    target.height = window_size.y;
     target.background = word_of(background_color);
     target.alternate_background = word_of(alternate_background_color);
     target.merged_index8 = [](const void* renderer, std::uint8_t stored, std::uint8_t index) {

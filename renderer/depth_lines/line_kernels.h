@@ -66,7 +66,7 @@ struct Line_Target : Pixel_Target {
     const void* call;
 };
 
-// count points, at least 2, inside the window.
+// count points, at least 2. Segments are drawn as far as they lie inside the window; columns, counted from it, fit 16 bits.
 struct Polyline {
     std::int32_t count;
     const VT_DCI_Point* points;

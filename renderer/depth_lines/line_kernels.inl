@@ -230,6 +230,20 @@ inline bool is_near_flat(VT_RGB32 a, VT_RGB32 b) {
     return magnitude(a.blue - b.blue) < 4 && magnitude(a.green - b.green) < 4 && magnitude(a.red - b.red) < 4;
 }
 
+inline bool is_in_window(const Pixel_Target& target, std::int32_t column, std::int32_t row) {
+    return static_cast<std::uint32_t>(column) < static_cast<std::uint32_t>(target.width) &&
+           static_cast<std::uint32_t>(row) < static_cast<std::uint32_t>(target.height);
+}
+
+// The window as the limits of a segment. Columns and rows count from it.
+inline Cut window_limits(const Pixel_Target& target, const Ends& ends) {
+    const std::int32_t last = target.height - 1;
+    const bool upwards = ends.y1 > ends.y0;
+    const std::int32_t to_first = upwards ? subtract(0, ends.y0) : subtract(ends.y0, last);
+    const std::int32_t to_last = upwards ? subtract(last, ends.y0) : ends.y0;
+    return {to_first < 0 ? 0 : to_first, to_last, 0, target.width - 1, 0};
+}
+
 // The last point has its own depth, tested and written by a rule of its own. Shaded pixels are opaque.
 template <Line_Configuration c> void draw_last_point(const Line_Target& target, const VT_DCI_Point& point, Line_Paint paint) {
     constexpr Line_Configuration pixel_only = {c.shading == Line_Shading::gouraud ? Line_Shading::flat : c.shading,
@@ -240,6 +254,9 @@ template <Line_Configuration c> void draw_last_point(const Line_Target& target, 
                                                Clip_Rule::open};
     const std::int32_t row = subtract(point.y, target.origin_y);
     const std::int32_t column = subtract(point.x, target.origin_x);
+    if (!is_in_window(target, column, row)) {
+        return;
+    }
     if constexpr (c.clip == Clip_Rule::masked) {
         if ((mask_bits(target.mask_rows[row], column) & 1) == 0) {
             return;
@@ -269,8 +286,11 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
     const VT_RGB32* color = polyline.colors;
     const std::int32_t segments = polyline.count - 1;
     Ends ends{0, 0, subtract(point->x, target.origin_x), subtract(point->y, target.origin_y)};
+    bool ends_inside = is_in_window(target, ends.x1, ends.y1);
     for (std::int32_t i = 0; i < segments; ++i, ++point) {
         ends = {ends.x1, ends.y1, subtract(point[1].x, target.origin_x), subtract(point[1].y, target.origin_y)};
+        const bool starts_inside = ends_inside;
+        ends_inside = is_in_window(target, ends.x1, ends.y1);
         if constexpr (c.shading != Line_Shading::index) {
             paint.color = *color;
             const VT_RGB32* const first_color = color;
@@ -289,7 +309,11 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
                 set_ramps<c>(paint, point, first_color, steps);
             }
         }
-        draw_segment<c>(target, ends, paint, {ends.x0, ends.y0}, Whole{});
+        if (starts_inside && ends_inside) {
+            draw_segment<c>(target, ends, paint, {ends.x0, ends.y0}, Whole{});
+        } else if (const Cut limits = window_limits(target, ends); limits.first_row <= limits.last_row) {
+            draw_segment<c>(target, ends, paint, {ends.x0, ends.y0}, limits);
+        }
     }
     if constexpr (c.shading != Line_Shading::index) {
         paint.color = *color;

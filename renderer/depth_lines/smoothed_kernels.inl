@@ -84,6 +84,14 @@ inline std::int64_t step_of(std::int32_t movement, std::int32_t count) {
     return static_cast<std::int64_t>((static_cast<std::uint64_t>(movement) << 32) / static_cast<std::uint64_t>(count));
 }
 
+inline std::int32_t least(std::int32_t a, std::int32_t b) {
+    return a < b ? a : b;
+}
+
+inline std::int32_t most(std::int32_t a, std::int32_t b) {
+    return a < b ? b : a;
+}
+
 // ---- pixels
 
 inline std::uint8_t* pixel_at(const Pixel_Target& target, VT_Int_Pair place) {
@@ -131,8 +139,8 @@ struct In_Column {
 // How many steps ahead memory is asked for, since no processor foresees in which row the next pixels lie.
 constexpr std::int32_t steps_ahead = 16;
 
-// Whether the pixels beside a line need a look at the visible rectangle.
-enum class Reach { inside, across_the_edge };
+// Which pixels need a look at the visible rectangle: none, those beside the line, or all, of segments that leave the window.
+enum class Reach { inside, across_the_edge, beyond };
 
 inline bool is_visible(const Smoothed_Target& target, VT_Int_Pair place) {
     const VT_Int_Rectangle& visible = target.visible;
@@ -150,7 +158,8 @@ inline void draw_across(const Smoothed_Target& target, std::int32_t major, std::
     const VT_Int_Pair places[3] = {Across::place(major, minor - 1), Across::place(major, minor), Across::place(major, minor + 1)};
     // No mask reaches beyond the window.
     const auto hides = [&](std::int32_t k) {
-        const bool is_outside = reach == Reach::across_the_edge && k != 1 && !is_visible(target, places[k]);
+        const bool is_looked_at = reach == Reach::beyond || (reach == Reach::across_the_edge && k != 1);
+        const bool is_outside = is_looked_at && !is_visible(target, places[k]);
         return is_outside || Clip::clipped(target, places[k]);
     };
     if (!(hides(0) || hides(1) || hides(2))) {
@@ -184,8 +193,17 @@ template <class Across, class Clip, Reach reach> void draw_sloped(const Smoothed
     step = movement < 0 ? -step : step;
     std::int64_t position = std::int64_t{from.y} * (INT64_C(1) << 32);
     std::int32_t remaining = (to.x - from.x) * direction;
-    for (std::int32_t major = from.x; remaining > 0; --remaining, major += direction) {
-        if (remaining > steps_ahead) {
+    std::int32_t major = from.x;
+    if constexpr (reach == Reach::beyond) {
+        const VT_Int_Rectangle& visible = target.visible;
+        const VT_Int_Pair low = Across::place(visible.left, visible.bottom), high = Across::place(visible.right, visible.top);
+        const std::int32_t skipped = most(direction > 0 ? low.x - major : major - high.x, 0);
+        remaining = least(remaining, direction > 0 ? high.x - major + 1 : major - low.x + 1) - skipped;
+        major += direction * skipped;
+        position += step * skipped;
+    }
+    for (; remaining > 0; --remaining, major += direction) {
+        if (reach != Reach::beyond && remaining > steps_ahead) {
             const auto ahead = static_cast<std::int32_t>((position + step * steps_ahead + 0x80000000) >> 32);
             KRB_FETCH_EARLY(pixel_at(target, Across::place(major + direction * steps_ahead, ahead)));
         }
@@ -193,14 +211,6 @@ template <class Across, class Clip, Reach reach> void draw_sloped(const Smoothed
         draw_across<Across, Clip, reach>(target, major, minor, weights_at(static_cast<std::uint32_t>(position)), segment.ink);
         position += step;
     }
-}
-
-inline std::int32_t least(std::int32_t a, std::int32_t b) {
-    return a < b ? a : b;
-}
-
-inline std::int32_t most(std::int32_t a, std::int32_t b) {
-    return a < b ? b : a;
 }
 
 template <class Across, class Clip> void draw_sloped(const Smoothed_Target& target, const Segment& segment) {
@@ -297,6 +307,34 @@ void draw_row(const Smoothed_Target& target, VT_Int_Pair leftmost, std::int32_t 
     }
 }
 
+inline bool is_in_window(const Pixel_Target& target, VT_Int_Pair place) {
+    return static_cast<std::uint32_t>(place.x) < static_cast<std::uint32_t>(target.width) &&
+           static_cast<std::uint32_t>(place.y) < static_cast<std::uint32_t>(target.height);
+}
+
+// What is visible of a segment that leaves the window.
+template <Pixel_Rule rule, class Clip> void draw_beyond(const Smoothed_Target& target, const Segment& segment) {
+    const VT_Int_Pair a = segment.from, b = segment.to;
+    const VT_Int_Rectangle& visible = target.visible;
+    const std::int32_t left = most(least(a.x, b.x), visible.left), right = least(most(a.x, b.x), visible.right);
+    const std::int32_t bottom = most(least(a.y, b.y), visible.bottom), top = least(most(a.y, b.y), visible.top);
+    if (a.x == b.x) {
+        if (left <= right) {
+            const std::int32_t first = most(a.y < b.y ? a.y : b.y + 1, bottom), last = least(a.y < b.y ? b.y - 1 : a.y, top);
+            draw_column<rule, Clip>(target, {a.x, first}, last - first + 1, segment);
+        }
+    } else if (a.y == b.y) {
+        if (bottom <= top) {
+            const std::int32_t first = most(a.x < b.x ? a.x : b.x + 1, left), last = least(a.x < b.x ? b.x - 1 : a.x, right);
+            draw_row<rule, Clip>(target, {first, a.y}, last - first + 1, segment);
+        }
+    } else if (most(a.y, b.y) - least(a.y, b.y) >= most(a.x, b.x) - least(a.x, b.x)) {
+        draw_sloped<In_Row, Clip, Reach::beyond>(target, segment);
+    } else {
+        draw_sloped<In_Column, Clip, Reach::beyond>(target, segment);
+    }
+}
+
 template <Pixel_Rule rule, class Clip> void draw_segment(const Smoothed_Target& target, const Segment& segment) {
     const std::int32_t dx = segment.to.x - segment.from.x;
     const std::int32_t dy = segment.to.y - segment.from.y;
@@ -331,16 +369,25 @@ template <Pixel_Rule rule, Clip_Rule clip> void draw_polyline(const Smoothed_Tar
         return VT_Int_Pair{polyline.points[i].x - target.origin_x, polyline.points[i].y - target.origin_y};
     };
     Segment segment = segment_from<rule>(place(0), polyline.colors[0]);
+    bool ends_inside = is_in_window(target, segment.to);
     for (std::int32_t i = 1; i < polyline.count; ++i) {
         if (i > 1 && !polyline.single_color) {
             segment = segment_from<rule>(segment.to, polyline.colors[i - 1]);
         }
         segment.from = segment.to;
         segment.to = place(i);
-        draw_segment<rule, Clip>(target, segment);
+        const bool starts_inside = ends_inside;
+        ends_inside = is_in_window(target, segment.to);
+        if (starts_inside && ends_inside) {
+            draw_segment<rule, Clip>(target, segment);
+        } else {
+            draw_beyond<rule, Clip>(target, segment);
+        }
     }
     // The last point as a column of one row.
-    Upright<rule, Clip>(target, segment.to.x, segment).draw(segment.to.y);
+    if (ends_inside) {
+        Upright<rule, Clip>(target, segment.to.x, segment).draw(segment.to.y);
+    }
 }
 
 } // namespace

@@ -84,9 +84,9 @@ std::string text_of(std::string written) {
 
 Outcome run_vorna(const std::vector<std::string>& arguments, const std::string& input) {
     const Temporary_Folder folder;
-    const std::string output = folder.file("out"), errors = folder.file("err");
-    const int status = run(arguments, folder.file("in", input), output, errors);
-    return {status, text_of(read_file(errors)), text_of(read_file(output))};
+    const std::string errors = folder.file("err");
+    const int status = run(arguments, folder.file("in", input), folder.file("out"), errors);
+    return {status, text_of(read_file(errors)), text_of(read_file(folder.file("out")))};
 }
 
 Temporary_Folder::Temporary_Folder() {

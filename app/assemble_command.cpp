@@ -1,0 +1,163 @@
+// The command `assemble`.
+#include "app/assemble_command.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/command.h"
+#include "app/interruption.h"
+#include "app/output_file.h"
+#include "app/part_reader.h"
+#include "app/picture_stream.h"
+#include "app/sha256.h"
+
+namespace app {
+
+namespace {
+
+struct Assemble_Options {
+    std::vector<std::string> parts;
+    std::string output;
+    unsigned threads = 0;
+    bool hash = false;
+};
+
+std::string number_text(const Picture_Part& part) {
+    return "part " + std::to_string(part.number) + " of " + std::to_string(part.columns) + "x" + std::to_string(part.rows) +
+           " of a picture of " + std::to_string(part.size.x) + "x" + std::to_string(part.size.y);
+}
+
+// The files by the numbers of their parts. Throws Usage_Error when they are not the parts of one picture.
+struct Part_Files {
+    Picture_Part part; // the first one
+    Png_Form form;     // of the whole picture
+    std::vector<std::string> names;
+
+    explicit Part_Files(const std::vector<std::string>& files) {
+        for (const std::string& file : files) {
+            add(Part_Reader(file));
+        }
+        const auto missing = std::ranges::find(names, "");
+        if (missing != names.end()) {
+            Picture_Part lost = part;
+            lost.number = static_cast<std::int32_t>(missing - names.begin());
+            throw Usage_Error("assemble: expected all parts, found no " + number_text(lost));
+        }
+    }
+
+private:
+    void add(const Part_Reader& reader) {
+        const Picture_Part& found = reader.part();
+        if (names.empty()) {
+            part = found;
+            form = reader.form();
+            form.width = static_cast<std::uint32_t>(part.size.x);
+            form.height = static_cast<std::uint32_t>(part.size.y);
+            form.place.clear();
+            names.resize(static_cast<std::size_t>(part.columns) * static_cast<std::size_t>(part.rows));
+        }
+        if (found.size != part.size || found.columns != part.columns || found.rows != part.rows) {
+            throw Usage_Error(reader.name() + ": expected a part of the same picture, found " + number_text(found));
+        }
+        if (reader.form().colors != form.colors || reader.form().palette != form.palette) {
+            throw Usage_Error(reader.name() + ": expected pixels like those of the other parts, found others");
+        }
+        std::string& name = names[static_cast<std::size_t>(found.number)];
+        if (!name.empty()) {
+            throw Usage_Error(reader.name() + ": expected each part once, found " + number_text(found) + " in " + name + " too");
+        }
+        name = reader.name();
+    }
+};
+
+// Parts of one row are open at a time, and read a band at a time.
+class Part_Source {
+public:
+    explicit Part_Source(const Part_Files& files) : files_(files), readers_(static_cast<std::size_t>(files.part.columns)) {
+        const std::uint32_t block = png_block_rows(files.form);
+        source_.parts = static_cast<std::uint32_t>(files.part.columns);
+        source_.in_order = true;
+        for (std::int32_t row = 0; row < files.part.rows; ++row) {
+            const auto end = static_cast<std::uint32_t>(files.part.size.y - area_of(row, 0).bottom);
+            for (std::uint32_t from = source_.band_ends.empty() ? 0 : source_.band_ends.back(); from < end;) {
+                from = std::min(from + block, end);
+                source_.band_ends.push_back(from);
+                band_rows_.push_back(row);
+            }
+        }
+        source_.make = [this](unsigned, std::uint32_t band, std::uint32_t part, const Row_Places& places) {
+            read(band, part, places);
+        };
+    }
+
+    const Picture_Source& source() const noexcept { return source_; }
+
+private:
+    VT_Int_Rectangle area_of(std::int32_t row, std::uint32_t column) const {
+        Picture_Part part = files_.part;
+        part.number = row * part.columns + static_cast<std::int32_t>(column);
+        return part.area();
+    }
+
+    void read(std::uint32_t band, std::uint32_t column, const Row_Places& places) {
+        const std::int32_t row = band_rows_[band];
+        std::unique_ptr<Part_Reader>& reader = readers_[column];
+        if (band == 0 || band_rows_[band - 1] != row) {
+            const std::size_t number = static_cast<std::size_t>(row) * source_.parts + column;
+            reader = nullptr;
+            reader = std::make_unique<Part_Reader>(files_.names[number]);
+            if (reader->part().number != static_cast<std::int32_t>(number) || reader->part().size != files_.part.size) {
+                throw Usage_Error(reader->name() + ": expected the part that it was, found another one");
+            }
+        }
+        const std::size_t place = static_cast<std::size_t>(area_of(row, column).left) * files_.form.pixel_bytes();
+        for (std::uint32_t y = band == 0 ? 0 : source_.band_ends[band - 1]; y < source_.band_ends[band]; ++y) {
+            reader->read_row(places(y) + place);
+        }
+    }
+
+    const Part_Files& files_;
+    std::vector<std::unique_ptr<Part_Reader>> readers_; // by column
+    std::vector<std::int32_t> band_rows_;               // of parts, by band
+    Picture_Source source_;
+};
+
+void assemble(const Assemble_Options& options) {
+    const Part_Files files(options.parts);
+    Part_Source parts(files);
+    Stream_Settings settings;
+    settings.threads = options.threads > 0 ? options.threads : std::max(1U, std::thread::hardware_concurrency());
+    settings.rows_ahead = (2 * settings.threads + 2) * png_block_rows(files.form);
+    Sha256 hash;
+    settings.hash = options.hash ? &hash : nullptr;
+    const Interruption interruption;
+    Output_File file(options.output);
+    write_picture(file, files.form, parts.source(), settings);
+    file.commit();
+    if (options.hash) {
+        std::printf("%s\n", hash.finish().c_str());
+    }
+}
+
+} // namespace
+
+void add_assemble_command(CLI::App& application, int& status) {
+    CLI::App& command = *application.add_subcommand("assemble", "Join the parts of a picture that render --tiles-of has drawn");
+    const auto options = std::make_shared<Assemble_Options>();
+    command.add_option("parts", options->parts, "All parts, in any order")->required()->type_name("PART");
+    command.add_option("-o,--output", options->output, "PNG file to write")->required();
+    command.add_option("--threads", options->threads, "Threads that compress; as many as there are processors if not given")
+        ->check(CLI::Range(1, 1024));
+    command.add_flag("--hash", options->hash, "Print the SHA-256 of the pixels");
+    command.callback([options, &status] {
+        assemble(*options);
+        status = exit_status::done;
+    });
+}
+
+} // namespace app

@@ -1,0 +1,56 @@
+// How much memory there is to use.
+#include "app/memory.h"
+
+#include <charconv>
+#include <string_view>
+
+#include "app/command.h"
+
+#if defined(_WIN32)
+#include <psapi.h>
+#include <windows.h>
+#else
+#include <cstdio>
+
+#include <unistd.h>
+#endif
+
+namespace app {
+
+std::uint64_t resident_memory() {
+#if defined(_WIN32)
+    PROCESS_MEMORY_COUNTERS counters = {};
+    return GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters) ? counters.WorkingSetSize : 0;
+#else
+    unsigned long long whole = 0, resident = 0;
+    if (std::FILE* file = std::fopen("/proc/self/statm", "r")) {
+        if (std::fscanf(file, "%llu %llu", &whole, &resident) != 2) {
+            resident = 0;
+        }
+        std::fclose(file);
+    }
+    return resident * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+#endif
+}
+
+std::uint64_t parsed_memory(const char* option, const std::string& text) {
+    std::uint64_t number = 0;
+    const char* end = text.data() + text.size();
+    const auto [unit, error] = std::from_chars(text.data(), end, number);
+    if (error == std::errc{} && number > 0 && end - unit <= 1) {
+        constexpr std::string_view units = "KMGT";
+        const std::size_t power = unit == end ? 0 : units.find(*unit) + 1; // 0 for what is none
+        const int shift = static_cast<int>(10 * power);
+        if ((unit == end || power > 0) && number <= UINT64_MAX >> shift) {
+            return number << shift;
+        }
+    }
+    throw Usage_Error(std::string(option) + ": expected a size such as 512M or 2G, found '" + text + "'");
+}
+
+std::string memory_text(std::uint64_t bytes) {
+    const std::uint64_t mega = (bytes + (1U << 20) - 1) >> 20;
+    return mega < 10240 ? std::to_string(mega) + "M" : std::to_string((mega + 1023) >> 10) + "G";
+}
+
+} // namespace app

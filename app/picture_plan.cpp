@@ -1,0 +1,82 @@
+// How a picture is cut into tiles.
+#include "app/picture_plan.h"
+
+#include <algorithm>
+
+#include "app/command.h"
+#include "app/drawn_model.h"
+#include "app/memory.h"
+#include "app/picture_stream.h"
+
+namespace app {
+
+namespace {
+
+constexpr std::int64_t largest_single_tile = std::int64_t{1} << 22; // pixels
+constexpr std::int32_t tile_sizes[] = {1024, 512, 256, 128, 64};
+// Of a renderer, besides its buffers.
+constexpr std::uint64_t renderer_memory = std::uint64_t{1} << 20;
+
+// Spans leave out their last pixel, and a model that is cut off at the picture's right or upper edge reaches the far side of its
+// last pixel: the frame has one column and one row more than the picture.
+VT_Int_Rectangle frame_of(VT_Int_Pair size) {
+    return {0, size.x, 0, size.y};
+}
+
+scene::Tile_Grid grid_of(const Plan_Request& request, std::int32_t tile_size) {
+    scene::Tile_Grid grid(frame_of(request.part.size));
+    grid.area = request.part.area();
+    if (tile_size > 0) {
+        const auto side = [=](std::int32_t first, std::int32_t last) { return std::min(tile_size, (last - first + 8) / 8 * 8); };
+        grid.tile_size = {side(grid.area.left, grid.area.right), side(grid.area.bottom, grid.area.top)};
+        grid.margin = request.margin;
+    }
+    return grid;
+}
+
+Picture_Plan plan_of(const Plan_Request& request, std::int32_t tile_size, unsigned threads, std::uint32_t bands_ahead) {
+    Picture_Plan plan{grid_of(request, tile_size), threads, {}, 0, 0};
+    const scene::Tile_Grid& grid = plan.grid;
+    plan.threads = static_cast<unsigned>(std::min<std::size_t>(threads, std::max<std::size_t>(grid.count(), 4)));
+    for (std::int32_t row = grid.rows(); row-- > 0;) {
+        plan.band_ends.push_back(static_cast<std::uint32_t>(grid.area.top + 1 - (grid.area.bottom + row * grid.tile_size.y)));
+    }
+    plan.rows_ahead = bands_ahead * static_cast<std::uint32_t>(grid.tile_size.y) + png_block_rows(request.form);
+    const std::uint64_t window = static_cast<std::uint64_t>(grid.tile_size.x + 2 * grid.margin) *
+                                 static_cast<std::uint64_t>(grid.tile_size.y + 2 * grid.margin);
+    plan.memory = plan.threads * (window * Tile_Artist::pixel_memory + renderer_memory) +
+                  stream_memory(request.form, plan.band_ends, {plan.threads, plan.rows_ahead, nullptr});
+    return plan;
+}
+
+} // namespace
+
+Picture_Plan plan_picture(const Plan_Request& request) {
+    std::vector<std::int32_t> sizes;
+    if (request.tile_size) {
+        sizes.push_back(*request.tile_size);
+    } else {
+        const VT_Int_Pair size = request.part.size;
+        if (request.part.is_whole() && std::int64_t{size.x} * size.y <= largest_single_tile && std::max(size.x, size.y) < 16384) {
+            sizes.push_back(0);
+        }
+        sizes.insert(sizes.end(), std::begin(tile_sizes), std::end(tile_sizes));
+    }
+    std::uint64_t least = UINT64_MAX;
+    for (unsigned threads = request.threads; threads > 0; threads /= 2) {
+        for (const std::int32_t size : sizes) {
+            for (const std::uint32_t bands_ahead : {2U, 1U}) {
+                Picture_Plan plan = plan_of(request, size, threads, bands_ahead);
+                const std::uint64_t needed = request.model_memory + plan.memory;
+                if (needed <= request.max_memory) {
+                    return plan;
+                }
+                least = std::min(least, needed);
+            }
+        }
+    }
+    throw Usage_Error("--max-memory: the picture needs at least " + memory_text(least) + ", found " +
+                      memory_text(request.max_memory));
+}
+
+} // namespace app

@@ -1,0 +1,41 @@
+// How a picture is cut into tiles and how many threads draw it, so that it fits into memory.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "app/picture_part.h"
+#include "app/png_writer.h"
+#include "app/scene/tiles.h"
+
+namespace app {
+
+// Sides of pictures. Beyond, floats would not tell a sixteenth of a pixel any more.
+inline constexpr std::int32_t largest_side = 1 << 18;
+// Sides of tiles that users may ask for.
+inline constexpr std::int32_t largest_tile = 8192;
+
+struct Plan_Request {
+    Picture_Part part;
+    Png_Form form;                         // of the file with it
+    std::int32_t margin = 0;               // that tiles need
+    std::optional<std::int32_t> tile_size; // a multiple of 8
+    unsigned threads = 1;                  // at most
+    std::uint64_t max_memory = 0;          // bytes
+    std::uint64_t model_memory = 0;        // of it, what everything but the picture takes
+};
+
+struct Picture_Plan {
+    scene::Tile_Grid grid;
+    unsigned threads;
+    std::vector<std::uint32_t> band_ends; // rows of tiles, as rows of pixels from the top
+    std::uint32_t rows_ahead;
+    std::uint64_t memory; // bytes that the picture takes at most, without the model
+};
+
+// Pictures up to some size are one tile; larger ones have tiles as large as memory allows, up to the size that is drawn fastest.
+// Threads are given up last. Throws Usage_Error that says what is needed.
+Picture_Plan plan_picture(const Plan_Request& request);
+
+} // namespace app
