@@ -10,7 +10,7 @@
 namespace app::view {
 namespace {
 
-using scene::operator+, scene::operator-, scene::operator*, scene::cross, scene::dot, scene::length;
+using namespace scene;
 
 struct Axes {
     VT_Vector_D right, up, toward;

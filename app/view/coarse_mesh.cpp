@@ -11,7 +11,7 @@
 namespace app::view {
 namespace {
 
-using scene::operator+, scene::operator-, scene::operator*, scene::cross, scene::length;
+using namespace scene;
 
 double area_of(const scene::Mesh& mesh) {
     double area = 0;

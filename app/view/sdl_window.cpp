@@ -2,8 +2,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
+#include <string_view>
 #include <type_traits>
 
 #include <SDL.h>
@@ -30,8 +32,18 @@ void check(bool good, const char* what) {
 // SDL from its start to its end.
 struct Library {
     Library() {
+        // Without a display SDL would be content with a window that nobody sees, unless it was asked for by name.
+        const bool named = std::getenv("SDL_VIDEODRIVER") != nullptr;
+        if (!named && !std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY")) {
+            throw std::runtime_error("no display to open a window on: neither DISPLAY nor WAYLAND_DISPLAY is set");
+        }
         SDL_SetMainReady();
         check(SDL_Init(SDL_INIT_VIDEO) == 0, "no display to open a window on");
+        const std::string_view driver = SDL_GetCurrentVideoDriver();
+        if (!named && (driver == "offscreen" || driver == "dummy")) {
+            SDL_Quit();
+            throw std::runtime_error("no display to open a window on: DISPLAY and WAYLAND_DISPLAY lead to none");
+        }
     }
     Library(const Library&) = delete;
     Library& operator=(const Library&) = delete;

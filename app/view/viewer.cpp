@@ -48,6 +48,7 @@ VT_Reference<const VT_Palette> make_palette(std::size_t choice) {
         return static_cast<std::uint8_t>(level * 255 / (count - 1));
     };
     std::vector<VT_RGB32> colors;
+    colors.reserve(256);
     for (std::int32_t i = 0; i < levels.red * levels.green * levels.blue; ++i) {
         colors.push_back({channel(i % levels.blue, levels.blue), channel(i / levels.blue % levels.green, levels.green),
                           channel(i / levels.blue / levels.green, levels.red), 255});

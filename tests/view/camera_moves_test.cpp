@@ -13,7 +13,7 @@
 namespace app::view {
 namespace {
 
-using scene::operator+, scene::operator-, scene::operator*, scene::cross, scene::dot, scene::length, scene::transformed;
+using namespace scene;
 
 constexpr VT_Int_Pair size{640, 480};
 constexpr VT_Vector_D vertical{0, 1, 0};

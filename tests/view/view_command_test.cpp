@@ -107,10 +107,14 @@ TEST_F(View_Command, says_in_one_line_what_is_wrong) {
     }
     EXPECT_THAT(view("key q\n", {"--camera", "1,2,3"}).errors, HasSubstr("--camera: expected two places"));
     EXPECT_THAT(view("key q\n", {"--camera", "0,5,0,0,0,0"}).errors, HasSubstr("another direction that points up"));
-    setenv("SDL_VIDEODRIVER", "nowhere", 1);
-    const Outcome outcome = view("key q\n");
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.errors, testing::MatchesRegex("vorna: view: no display to open a window on: [^\n]*\n"));
+    unsetenv("SDL_VIDEODRIVER");
+    unsetenv("WAYLAND_DISPLAY");
+    for (const char* display : {"", ":65500"}) {
+        *display ? setenv("DISPLAY", display, 1) : unsetenv("DISPLAY");
+        const Outcome outcome = view("key q\n");
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_THAT(outcome.errors, HasSubstr("vorna: view: no display to open a window on: "));
+    }
 }
 
 } // namespace
