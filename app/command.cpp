@@ -38,6 +38,14 @@ Module_Choice chosen_module(const CLI::App& application) {
     return choice;
 }
 
+std::string module_beside_renderer(const std::string& name, const std::string& hint) {
+    const std::filesystem::path path = std::filesystem::path(vorna::Module::installed_path()).parent_path() / name;
+    if (!std::filesystem::exists(path)) {
+        throw std::runtime_error("no module " + path.string() + hint);
+    }
+    return path.string();
+}
+
 // The module reads the variable when it creates a renderer.
 void force_kernels(const Module_Choice& choice) {
     if (!choice.kernels.empty()) {

@@ -35,6 +35,10 @@ void add_module_options(CLI::App& application);
 // What the options say; without --module the one built or installed with the host library. Throws when there is none.
 Module_Choice chosen_module(const CLI::App& application);
 
+// A module of the command's own, built or installed in the renderer's folder. Throws when it is not there; the message ends with
+// the hint.
+std::string module_beside_renderer(const std::string& name, const std::string& hint);
+
 // Renderers that are made from now on, here and in processes started here, draw with the chosen kernel set.
 void force_kernels(const Module_Choice& choice);
 

@@ -15,6 +15,7 @@
 #include "app/interruption.h"
 #include "app/render_command.h"
 #include "app/replay_command.h"
+#include "app/view/view_command.h"
 
 namespace {
 
@@ -39,6 +40,7 @@ int run(int count, char** arguments) {
     app::add_assemble_command(application, status);
     app::add_info_command(application, status);
     app::add_compare_command(application, status);
+    app::add_view_command(application, status);
     try {
         application.parse(count, arguments);
     } catch (const CLI::Success& request) {

@@ -1,4 +1,4 @@
-# Command, host library with its headers, and the module in the folder where the library looks for it: three components, which become
+# Command, host library with its headers, and the module in the folder where the library looks for it: components, which become
 # packages of their own. An installed tree may be moved as a whole: every file finds the others from where it lies itself.
 include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/vorna)
@@ -13,6 +13,10 @@ install(TARGETS krb EXPORT vorna LIBRARY DESTINATION ${VORNA_MODULE_FOLDER} COMP
 if(VORNA_BUILD_COMMAND)
   set_target_properties(vorna PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_command}")
   install(TARGETS vorna COMPONENT command)
+endif()
+if(VORNA_WITH_VIEWER)
+  set_target_properties(vorna_window PROPERTIES INSTALL_RPATH "$ORIGIN/..")
+  install(TARGETS vorna_window LIBRARY DESTINATION ${VORNA_MODULE_FOLDER} COMPONENT viewer)
 endif()
 install(DIRECTORY renderer/host DESTINATION ${VORNA_INCLUDE_FOLDER}/renderer COMPONENT development
         FILES_MATCHING PATTERN "*.h" PATTERN "*.inc")

@@ -9,10 +9,10 @@
 namespace app::scene {
 namespace {
 
-// Tangent of half the vertical field of view, about 30 degrees in all.
-constexpr double half_view_tangent = 0.268;
 // The part of the picture's half width and height that the model may take.
 constexpr double filled = 0.94;
+// Of the far plane's distance to the near one's: 16 bits of depth tell apart what a camera inside a model sees.
+constexpr double largest_depth_ratio = 500;
 
 // In view space: what lies outermost to each side, seen along rays whose slopes against the view direction are the tangents.
 struct Extent {
@@ -64,6 +64,26 @@ Extent extent_of(std::span<const VT_Vector> points, const Camera& axes, double t
     return extent;
 }
 
+// Of what lies between rays that spread as the picture's borders do, which the fitted camera sees at the borders.
+Extent seen_extent(const Camera_Settings& settings, std::span<const VT_Vector> points, const Camera& axes) {
+    const double tangent_y = settings.projection == Projection::perspective ? half_view_tangent * filled : 0;
+    return extent_of(points, axes, tangent_y * settings.aspect, tangent_y);
+}
+
+// Room for rounding, and for flat models, whose planes would coincide.
+double slack_of(const Extent& extent) {
+    const double half_width = (extent.right + extent.left) / 2, half_height = (extent.above + extent.below) / 2;
+    return 1e-4 * std::max({half_width, half_height, extent.nearest - extent.farthest, 1e-3});
+}
+
+void set_axes(Camera& camera, const VT_Vector_D& up, const VT_Vector_D& toward) {
+    camera.toward = toward;
+    camera.right = cross(up, toward);
+    camera.toward.normalize();
+    camera.right.normalize();
+    camera.up = cross(camera.toward, camera.right);
+}
+
 void set_row(double (&row)[4], const VT_Vector_D& v, double last) {
     row[0] = v.x;
     row[1] = v.y;
@@ -73,38 +93,44 @@ void set_row(double (&row)[4], const VT_Vector_D& v, double last) {
 
 } // namespace
 
-Camera fit_camera(const Camera_Settings& settings, std::span<const VT_Vector> points) {
-    Camera camera;
+Aim fitted_aim(const Camera_Settings& settings, std::span<const VT_Vector> points) {
     const Axes axes = axes_of(settings.view);
-    camera.toward = stand_up(axes.toward, settings.up);
-    camera.right = cross(stand_up(axes.up, settings.up), camera.toward);
-    camera.toward.normalize();
-    camera.right.normalize();
-    camera.up = cross(camera.toward, camera.right);
-
-    const bool perspective = settings.projection == Projection::perspective;
-    const double tangent_y = perspective ? half_view_tangent * filled : 0;
-    const double tangent_x = tangent_y * settings.aspect;
-    const Extent extent = extent_of(points, camera, tangent_x, tangent_y);
+    Camera camera;
+    set_axes(camera, stand_up(axes.up, settings.up), stand_up(axes.toward, settings.up));
+    const Extent extent = seen_extent(settings, points, camera);
     // The middle between the rays that touch on both sides, and the smallest room that the model takes between them.
-    const double x = (extent.right - extent.left) / 2, y = (extent.above - extent.below) / 2;
+    const VT_Vector_D target =
+        camera.right * ((extent.right - extent.left) / 2) + camera.up * ((extent.above - extent.below) / 2);
     const double half_width = (extent.right + extent.left) / 2, half_height = (extent.above + extent.below) / 2;
-    // Room for rounding, and for flat models, whose planes would coincide.
-    const double slack = 1e-4 * std::max({half_width, half_height, extent.nearest - extent.farthest, 1e-3});
+    const double slack = slack_of(extent), tangent = half_view_tangent * filled;
+    double distance = std::max({half_width / settings.aspect, half_height, slack}) / tangent;
+    if (settings.projection == Projection::perspective) {
+        distance = std::max(distance, extent.nearest + 2 * slack);
+    }
+    return {target + camera.toward * distance, target, camera.up};
+}
 
-    if (perspective) {
-        const double distance = std::max({half_width / tangent_x, half_height / tangent_y, extent.nearest + 2 * slack});
-        const double near = std::max(distance - extent.nearest - slack, slack), far = distance - extent.farthest + slack;
+Camera fit_camera(const Camera_Settings& settings, std::span<const VT_Vector> points) {
+    const Aim aim = settings.aim ? *settings.aim : fitted_aim(settings, points);
+    Camera camera;
+    set_axes(camera, aim.up, aim.eye - aim.target);
+    const double x = dot(camera.right, aim.eye), y = dot(camera.up, aim.eye), z = dot(camera.toward, aim.eye);
+    const Extent extent = seen_extent(settings, points, camera);
+    const double slack = slack_of(extent);
+
+    if (settings.projection == Projection::perspective) {
+        const double far = std::max(z - extent.farthest + slack, 2 * slack);
+        const double near = std::max(z - extent.nearest - slack, far / largest_depth_ratio);
         const double scale_y = settings.zoom / half_view_tangent, scale_x = scale_y / settings.aspect;
         const double depth_scale = far / (far - near);
         set_row(camera.clip_from_model.m[0], camera.right * scale_x, -x * scale_x);
         set_row(camera.clip_from_model.m[1], camera.up * scale_y, -y * scale_y);
-        set_row(camera.clip_from_model.m[2], camera.toward * -depth_scale, (distance - near) * depth_scale);
-        set_row(camera.clip_from_model.m[3], camera.toward * -1.0, distance);
-        camera.eye = camera.right * x + camera.up * y + camera.toward * distance;
+        set_row(camera.clip_from_model.m[2], camera.toward * -depth_scale, (z - near) * depth_scale);
+        set_row(camera.clip_from_model.m[3], camera.toward * -1.0, z);
+        camera.eye = aim.eye;
     } else {
-        const double scale_y = settings.zoom * filled / std::max({half_width / settings.aspect, half_height, slack});
-        const double scale_x = scale_y / settings.aspect;
+        const double scale_y = settings.zoom / (half_view_tangent * length(aim.eye - aim.target)),
+                     scale_x = scale_y / settings.aspect;
         const double near = extent.nearest + slack, depth_scale = 1 / (near - extent.farthest + slack);
         set_row(camera.clip_from_model.m[0], camera.right * scale_x, -x * scale_x);
         set_row(camera.clip_from_model.m[1], camera.up * scale_y, -y * scale_y);

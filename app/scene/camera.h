@@ -1,6 +1,7 @@
 // Cameras that are fitted to what they look at.
 #pragma once
 
+#include <optional>
 #include <span>
 
 #include "renderer/host/geometry.h"
@@ -11,13 +12,28 @@ enum class View { front, back, left, right, top, bottom, iso };
 enum class Up_Axis { y, z };
 enum class Projection { perspective, orthographic };
 
+// Tangent of half the vertical field of view at zoom 1, about 30 degrees in all.
+inline constexpr double half_view_tangent = 0.268;
+
+// Where a camera stands, what is in the middle of its picture, and what points up there. Parallel projection shows as much as
+// perspective does at the target's distance.
+struct Aim {
+    VT_Vector_D eye, target, up;
+};
+
 struct Camera_Settings {
     View view = View::iso;
     Up_Axis up = Up_Axis::y;
     Projection projection = Projection::perspective;
-    double aspect = 1; // width of the picture over its height
-    double zoom = 1;   // above 1 enlarges the middle of the picture
+    double aspect = 1;                     // width of the picture over its height
+    double zoom = 1;                       // above 1 enlarges the middle of the picture
+    std::optional<Aim> aim = std::nullopt; // instead of the view and the distance that fits; has a direction, and another one up
 };
+
+// The direction of the model's axis that points up.
+constexpr VT_Vector_D up_direction(Up_Axis up) noexcept {
+    return up == Up_Axis::y ? VT_Vector_D{0, 1, 0} : VT_Vector_D{0, 0, 1};
+}
 
 // Clip space: a point is visible where -w <= x <= w, -w <= y <= w and 0 <= z <= w; z / w is linear in the depth buffer.
 struct Camera {
@@ -27,7 +43,11 @@ struct Camera {
     bool eye_is_place = true;
 };
 
-// The closest camera that shows every point, with a margin, and with near and far planes that just hold them.
+// The aim of settings that have none: the closest one that shows every point, with a margin.
+Aim fitted_aim(const Camera_Settings& settings, std::span<const VT_Vector> points);
+
+// The camera of the settings' aim, or of the one that fits. Near and far planes just hold the points; a camera in their midst
+// does not see what is right before it.
 Camera fit_camera(const Camera_Settings& settings, std::span<const VT_Vector> points);
 
 } // namespace app::scene

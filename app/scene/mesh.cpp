@@ -51,6 +51,8 @@ void move_into_unit_sphere(Mesh& mesh, const std::string& file) {
     if (!(radius > 0)) {
         throw Model_Error(file + ": empty scene: expected triangles with an extent, found one point");
     }
+    mesh.center = center;
+    mesh.radius = radius;
     for (VT_Vector& p : mesh.positions) {
         p = narrowed((widened(p) - center) * (1 / radius));
     }

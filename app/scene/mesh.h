@@ -39,6 +39,10 @@ struct Mesh {
     std::vector<Image_Source> images;
     std::vector<std::string> warnings; // what of the materials could not be read, a line each
 
+    // Of a finished mesh: a position is at center + radius * position in the file.
+    VT_Vector_D center;
+    double radius = 1;
+
     std::size_t triangle_count() const noexcept { return triangles.size() / 3; }
 };
 

@@ -1,0 +1,314 @@
+// What the commands that draw a model have in common.
+#include "app/model_options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <sstream>
+#include <utility>
+
+#include "app/scene/color_name.h"
+#include "app/scene/scene_renderer.h"
+#include "app/scene/textured_scene.h"
+#include "app/scene/vectors.h"
+
+namespace app {
+namespace {
+
+// The first one is the default.
+template <class Value> using Choices = std::vector<std::pair<std::string, Value>>;
+
+const Choices<scene::View> views{{"iso", scene::View::iso},      {"front", scene::View::front}, {"back", scene::View::back},
+                                 {"left", scene::View::left},    {"right", scene::View::right}, {"top", scene::View::top},
+                                 {"bottom", scene::View::bottom}};
+const Choices<scene::Up_Axis> up_axes{{"y", scene::Up_Axis::y}, {"z", scene::Up_Axis::z}};
+const Choices<scene::Shading> shadings{{"gouraud", scene::Shading::gouraud},
+                                       {"flat", scene::Shading::flat},
+                                       {"textured", scene::Shading::textured},
+                                       {"wireframe", scene::Shading::wireframe}};
+const Choices<scene::Culling> cullings{{"none", scene::Culling::none}, {"back", scene::Culling::back}};
+const Choices<int> color_bits{{"32", 32}, {"8", 8}};
+
+template <class Value>
+void add_choice(CLI::App& command, const std::string& name, Value& target, const std::string& description,
+                const Choices<Value>& choices) {
+    std::string listed = choices.front().first;
+    for (std::size_t i = 1; i < choices.size(); ++i) {
+        listed += (i + 1 < choices.size() ? ", " : " or ") + choices[i].first;
+    }
+    const auto choose = [name, &target, listed, &choices](const std::string& given) {
+        const auto found = std::ranges::find(choices, given, [](const auto& choice) { return choice.first; });
+        if (found == choices.end()) {
+            throw Usage_Error(name + ": expected " + listed + ", found '" + given + "'");
+        }
+        target = found->second;
+    };
+    command.add_option_function<std::string>(name, choose, description + ": " + listed)->type_name("NAME");
+}
+
+VT_RGB32 parsed_color(const char* option, const std::string& text) {
+    const auto color = scene::color_named(text);
+    if (!color) {
+        throw Usage_Error(std::string(option) + ": expected #rrggbb or a colour's name, found '" + text + "'");
+    }
+    return *color;
+}
+
+VT_Vector_D parsed_direction(const std::string& text) {
+    VT_Vector_D direction;
+    std::istringstream stream(text);
+    stream.imbue(std::locale::classic());
+    char first_comma = 0, second_comma = 0;
+    stream >> direction.x >> first_comma >> direction.y >> second_comma >> direction.z;
+    const double squared = direction.x * direction.x + direction.y * direction.y + direction.z * direction.z;
+    if (!stream || !(stream >> std::ws).eof() || first_comma != ',' || second_comma != ',' || !std::isfinite(squared) ||
+        squared == 0) {
+        throw Usage_Error("--light: expected a direction x,y,z, found '" + text + "'");
+    }
+    return direction;
+}
+
+// Eye and target, and the direction that points up, if given. Coordinates of more than a double's cube root are no place.
+scene::Aim parsed_aim(const std::string& text) {
+    using scene::operator-;
+    std::array<double, 9> numbers{};
+    std::size_t count = 0;
+    const char *next = text.data(), *const end = next + text.size();
+    for (; count < numbers.size(); ++count) {
+        const auto [stop, error] = std::from_chars(next, end, numbers[count]);
+        if (error != std::errc{} || !(std::abs(numbers[count]) < 1e100)) {
+            break;
+        }
+        next = stop;
+        if (next == end || *next != ',') {
+            ++count;
+            break;
+        }
+        ++next;
+    }
+    const auto vector = [&](std::size_t i) { return VT_Vector_D{numbers[i], numbers[i + 1], numbers[i + 2]}; };
+    const scene::Aim aim{vector(0), vector(3), vector(6)};
+    if ((count != 6 && count != 9) || next != end || !(scene::length(aim.eye - aim.target) > 0)) {
+        throw Usage_Error(
+            "--camera: expected two places x,y,z,x,y,z, of the eye and of what it looks at, and for a direction that "
+            "points up another x,y,z, found '" +
+            text + "'");
+    }
+    return aim;
+}
+
+// A number that reads back as the same.
+std::string text_of(double number) {
+    std::array<char, 32> text;
+    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
+}
+
+std::string text_of(const scene::Aim& aim) {
+    std::string text;
+    for (const VT_Vector_D& v : {aim.eye, aim.target, aim.up}) {
+        for (const double coordinate : {v.x, v.y, v.z}) {
+            text += (text.empty() ? "" : ",") + text_of(coordinate);
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+void add_model_options(CLI::App& command, Model_Options& options, const std::string& inputs) {
+    command.add_option("model", options.model, inputs)->required();
+    add_choice(command, "--view", options.camera.view, "Side to look at", views);
+    command
+        .add_option_function<std::string>(
+            "--camera", [&options](const std::string& text) { options.aim = parsed_aim(text); },
+            "Instead of a side: places of the eye and of the middle of the picture in the model's coordinates, and the "
+            "direction that points up if it is not the model's")
+        ->type_name("X,Y,Z,X,Y,Z[,X,Y,Z]");
+    CLI::Option* perspective = command.add_flag("--perspective")->description("Near things are larger (default)");
+    command.add_flag("--ortho", options.orthographic, "Parallel lines stay parallel")->excludes(perspective);
+    add_choice(command, "--up", options.camera.up, "The model's axis that points up", up_axes);
+    command.add_option("--zoom", options.camera.zoom, "Enlarge the middle of the picture")
+        ->check(CLI::Range(0.01, 1000.0))
+        ->capture_default_str();
+    add_choice(command, "--shading", options.picture.shading, "How colours run over faces", shadings);
+    command.add_flag("--edges{all}", options.edges,
+                     "Draw the edges of polygons over them; --edges=feature: outlines, borders and sharp bends only");
+    command.add_option("--edge-color", options.edge_color, "Colour of edges and wireframes")->type_name("COLOR");
+    command.add_flag("--antialias", options.antialias, "Smooth lines");
+    add_choice(command, "--cull", options.picture.culling, "Faces to leave out, as seen by the viewer", cullings);
+    command.add_option("--background", options.background, "Colour behind the model")->type_name("COLOR")->capture_default_str();
+    command.add_option("--color", options.color, "Colour of the model instead of its own")->type_name("COLOR");
+    command.add_option("--light", options.light, "Direction towards the light: right, up, towards the viewer")
+        ->type_name("X,Y,Z")
+        ->capture_default_str();
+    add_choice(command, "--colors", options.colors, "Bits a pixel, 8 through a palette", color_bits);
+    command.add_flag("--strict", options.strict, "Fail when a material or texture cannot be read");
+}
+
+std::vector<std::string> arguments_of(const Model_Options& options) {
+    const Model_Options defaults;
+    std::vector<std::string> arguments;
+    const auto add = [&](const char* name, const std::string& value, const std::string& by_default) {
+        if (value != by_default) {
+            arguments.push_back(std::string(name) + "=" + value);
+        }
+    };
+    const auto add_chosen = [&](const char* name, const auto& value, const auto& choices) {
+        const auto found = std::ranges::find(choices, value, [](const auto& choice) { return choice.second; });
+        add(name, found->first, choices.front().first);
+    };
+    const auto add_flag = [&](const char* name, bool on) {
+        if (on) {
+            arguments.emplace_back(name);
+        }
+    };
+    arguments.push_back(options.model);
+    if (options.aim) {
+        add("--camera", text_of(*options.aim), "");
+    } else {
+        add_chosen("--view", options.camera.view, views);
+    }
+    add_flag("--ortho", options.orthographic);
+    add_chosen("--up", options.camera.up, up_axes);
+    add("--zoom", text_of(options.camera.zoom), text_of(defaults.camera.zoom));
+    add_chosen("--shading", options.picture.shading, shadings);
+    add("--edges", options.edges, defaults.edges);
+    add("--edge-color", options.edge_color, defaults.edge_color);
+    add_flag("--antialias", options.antialias);
+    add_chosen("--cull", options.picture.culling, cullings);
+    add("--background", options.background, defaults.background);
+    add("--color", options.color, defaults.color);
+    add("--light", options.light, defaults.light);
+    add_chosen("--colors", options.colors, color_bits);
+    add_flag("--strict", options.strict);
+    return arguments;
+}
+
+VT_Int_Pair parsed_pair(const std::string& text, std::int32_t most, const std::string& expected) {
+    VT_Int_Pair size;
+    const char* end = text.data() + text.size();
+    const auto [x, width_error] = std::from_chars(text.data(), end, size.x);
+    if (width_error == std::errc{} && x != end && *x == 'x') {
+        const auto [stop, height_error] = std::from_chars(x + 1, end, size.y);
+        if (height_error == std::errc{} && stop == end && size.x >= 1 && size.x <= most && size.y >= 1 && size.y <= most) {
+            return size;
+        }
+    }
+    throw Usage_Error(expected + ", found '" + text + "'");
+}
+
+VT_RGB32 background_of(const Model_Options& options) {
+    return parsed_color("--background", options.background);
+}
+
+VT_RGB32 base_color_of(const Model_Options& options) {
+    return parsed_color("--color", options.color.empty() ? "#8fa9c4" : options.color);
+}
+
+scene::Picture_Settings picture_settings_of(const Model_Options& options) {
+    scene::Picture_Settings settings = options.picture;
+    settings.light = parsed_direction(options.light);
+    return settings;
+}
+
+// Wireframes have the model's colour, edges over faces a dark one.
+scene::Edge_Settings edge_settings_of(const Model_Options& options) {
+    constexpr VT_RGB32 dark{51, 40, 30, 255};
+    scene::Edge_Settings settings;
+    const bool wireframe = options.picture.shading == scene::Shading::wireframe;
+    if (!options.has_edges()) {
+        for (const auto& [given, name] :
+             {std::pair(options.antialias, "--antialias"), {!options.edge_color.empty(), "--edge-color"}}) {
+            if (given) {
+                throw Usage_Error(std::string(name) + ": expected --edges or --shading wireframe beside it, found neither");
+            }
+        }
+    }
+    if (options.antialias && options.colors != 32) {
+        throw Usage_Error("--antialias: expected 32 bits a pixel, found --colors 8");
+    }
+    if (!options.edges.empty() && options.edges != "all" && options.edges != "feature") {
+        throw Usage_Error("--edges: expected all or feature, found '" + options.edges + "'");
+    }
+    settings.choice = options.edges == "feature" ? scene::Edge_Choice::features : scene::Edge_Choice::all;
+    settings.culling = options.picture.culling;
+    settings.over_faces = !wireframe;
+    settings.smoothed = options.antialias;
+    if (!options.edge_color.empty()) {
+        settings.color = parsed_color("--edge-color", options.edge_color);
+    } else if (!wireframe) {
+        settings.color = dark;
+    }
+    return settings;
+}
+
+scene::Camera_Settings camera_settings_of(const Model_Options& options, const scene::Mesh& mesh, VT_Int_Pair size) {
+    using namespace scene;
+    Camera_Settings settings = options.camera;
+    settings.aspect = static_cast<double>(size.x) / size.y;
+    settings.projection = options.orthographic ? Projection::orthographic : Projection::perspective;
+    if (options.aim) {
+        const auto moved = [&mesh](const VT_Vector_D& place) { return (place - mesh.center) * (1 / mesh.radius); };
+        Aim aim{moved(options.aim->eye), moved(options.aim->target), options.aim->up};
+        if (length(aim.up) == 0) {
+            aim.up = up_direction(settings.up);
+        }
+        const VT_Vector_D toward = aim.eye - aim.target;
+        if (!(length(cross(aim.up, toward)) > 1e-9 * length(aim.up) * length(toward))) {
+            throw Usage_Error("--camera: expected two places apart and another direction that points up, found '" +
+                              text_of(*options.aim) + "'");
+        }
+        settings.aim = aim;
+    }
+    return settings;
+}
+
+std::unique_ptr<scene::Scene> make_faces(const Model_Options& options, const scene::Mesh& mesh) {
+    const VT_RGB32 color = base_color_of(options);
+    const bool own_colors = options.color.empty();
+    if (options.picture.shading != scene::Shading::textured) {
+        return std::make_unique<scene::Scene_Renderer>(mesh, color, own_colors);
+    }
+    std::unique_ptr<scene::Scene> scene;
+    std::vector<std::string> warnings = mesh.warnings;
+    if (scene::Textured_Scene::has_work(mesh)) {
+        scene = std::make_unique<scene::Textured_Scene>(mesh, color, own_colors, warnings);
+    } else {
+        scene = std::make_unique<scene::Scene_Renderer>(mesh, color, own_colors);
+    }
+    for (const std::string& warning : warnings) {
+        if (options.strict) {
+            throw Usage_Error(warning);
+        }
+        std::fprintf(stderr, "vorna: warning: %s\n", warning.c_str());
+    }
+    return scene;
+}
+
+std::unique_ptr<scene::Edge_Renderer> make_edges(const Model_Options& options, const scene::Mesh& mesh) {
+    return std::make_unique<scene::Edge_Renderer>(mesh, base_color_of(options), options.color.empty());
+}
+
+Drawn_Model make_model(const Model_Options& options, const scene::Mesh& mesh) {
+    Drawn_Model model;
+    if (options.picture.shading != scene::Shading::wireframe) {
+        model.faces = make_faces(options, mesh);
+    }
+    if (options.has_edges()) {
+        model.edges = make_edges(options, mesh);
+    }
+    return model;
+}
+
+Raster picture_of(const Session& session) {
+    Raster raster = raster_of(session.color_buffer());
+    raster.top += window_margin * raster.row_bytes;
+    raster.height -= window_margin;
+    raster.width -= window_margin;
+    return raster;
+}
+
+} // namespace app

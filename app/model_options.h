@@ -1,0 +1,71 @@
+// What the commands that draw a model have in common: the model, where it is seen from, and how it looks.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/drawn_model.h"
+#include "app/image_file.h"
+#include "app/scene/camera.h"
+#include "app/scene/edge_renderer.h"
+#include "app/scene/mesh.h"
+#include "app/scene/scene.h"
+#include "app/session.h"
+
+namespace CLI {
+class App;
+}
+
+namespace app {
+
+struct Model_Options {
+    std::string model;
+    scene::Camera_Settings camera;
+    bool orthographic = false;
+    std::optional<scene::Aim> aim; // in the file's coordinates; up 0, 0, 0 = the model's
+    scene::Picture_Settings picture;
+    std::string background = "white", light = "-0.5,0.65,0.7";
+    std::string color; // empty = the model's own
+    std::string edges; // empty = none
+    std::string edge_color;
+    bool antialias = false;
+    int colors = 32;
+    bool strict = false;
+
+    bool has_edges() const noexcept { return !edges.empty() || picture.shading == scene::Shading::wireframe; }
+};
+
+// inputs: what the files may be, for the help.
+void add_model_options(CLI::App& command, Model_Options& options, const std::string& inputs);
+
+// The options as a shell's words, as far as they differ from the defaults.
+std::vector<std::string> arguments_of(const Model_Options& options);
+
+// A pair of numbers from 1 to most with an x between them. Throws Usage_Error that begins with what is expected.
+VT_Int_Pair parsed_pair(const std::string& text, std::int32_t most, const std::string& expected);
+
+// These throw Usage_Error for what makes no sense.
+VT_RGB32 background_of(const Model_Options& options);
+VT_RGB32 base_color_of(const Model_Options& options);
+scene::Picture_Settings picture_settings_of(const Model_Options& options);
+scene::Edge_Settings edge_settings_of(const Model_Options& options);
+scene::Camera_Settings camera_settings_of(const Model_Options& options, const scene::Mesh& mesh, VT_Int_Pair size);
+
+// Textures are drawn when they are asked for and there are any. What could not be read of them is said, or refused.
+std::unique_ptr<scene::Scene> make_faces(const Model_Options& options, const scene::Mesh& mesh);
+std::unique_ptr<scene::Edge_Renderer> make_edges(const Model_Options& options, const scene::Mesh& mesh);
+// Faces, edges or both, as the options say.
+Drawn_Model make_model(const Model_Options& options, const scene::Mesh& mesh);
+
+// Spans leave out their last pixel, and no point may lie outside the window: a model that is cut off at the picture's right or
+// upper edge reaches it only when the window is larger by one.
+inline constexpr std::int32_t window_margin = 1;
+inline constexpr std::int32_t largest_picture_side = 16384 - window_margin;
+
+// The window without its margin.
+Raster picture_of(const Session& session);
+
+} // namespace app

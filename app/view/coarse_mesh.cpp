@@ -1,0 +1,66 @@
+// A mesh with fewer triangles, for pictures in motion.
+#include "app/view/coarse_mesh.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "app/scene/tuple_table.h"
+#include "app/scene/vectors.h"
+
+namespace app::view {
+namespace {
+
+using namespace scene;
+
+double area_of(const scene::Mesh& mesh) {
+    double area = 0;
+    for (std::size_t i = 0; i < mesh.triangles.size(); i += 3) {
+        const VT_Vector &a = mesh.positions[mesh.triangles[i]], &b = mesh.positions[mesh.triangles[i + 1]],
+                        &c = mesh.positions[mesh.triangles[i + 2]];
+        area += 0.5 * length(cross(b - a, c - a));
+    }
+    return area;
+}
+
+} // namespace
+
+scene::Mesh coarse_mesh(const scene::Mesh& mesh, std::size_t triangles) {
+    // A surface meets about one and a half times as many cells as its area has sides of them, and has two triangles a vertex.
+    const double cell = std::max(std::sqrt(3 * area_of(mesh) / static_cast<double>(triangles)), 1e-3);
+    const auto number = [cell](float coordinate) { return static_cast<std::uint32_t>((coordinate + 2) / cell); };
+    scene::Triple_Table cells;
+    std::vector<std::uint32_t> cell_of(mesh.positions.size());
+    scene::Mesh coarse;
+    std::vector<float> shares;
+    for (std::size_t v = 0; v < mesh.positions.size(); ++v) {
+        const VT_Vector& p = mesh.positions[v];
+        const std::uint32_t c = cell_of[v] = cells.index_of({number(p.x), number(p.y), number(p.z)});
+        if (c == coarse.positions.size()) {
+            coarse.positions.emplace_back();
+            coarse.normals.emplace_back();
+            shares.push_back(0);
+            if (!mesh.colors.empty()) {
+                coarse.colors.push_back(mesh.colors[v]);
+            }
+        }
+        coarse.positions[c] = coarse.positions[c] + p;
+        coarse.normals[c] = coarse.normals[c] + mesh.normals[v];
+        ++shares[c];
+    }
+    for (std::size_t c = 0; c < coarse.positions.size(); ++c) {
+        coarse.positions[c] = coarse.positions[c] * (1 / shares[c]);
+        coarse.normals[c] = scene::unit(coarse.normals[c]).value_or(VT_Vector{0, 0, 1});
+    }
+    for (std::size_t i = 0; i < mesh.triangles.size(); i += 3) {
+        const auto a = cell_of[mesh.triangles[i]], b = cell_of[mesh.triangles[i + 1]], c = cell_of[mesh.triangles[i + 2]];
+        if (a != b && b != c && c != a) {
+            coarse.triangles.insert(coarse.triangles.end(), {a, b, c});
+        }
+    }
+    coarse.center = mesh.center;
+    coarse.radius = mesh.radius;
+    return coarse;
+}
+
+} // namespace app::view

@@ -1,0 +1,38 @@
+// What the keys of a viewer do.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace app::view {
+
+enum class Command {
+    front,
+    back,
+    right,
+    left,
+    top,
+    bottom,
+    projection,
+    shading,
+    edges,
+    antialias,
+    palette,
+    depth,
+    larger,
+    smaller,
+    home,
+    screenshot,
+    help,
+    full_screen,
+    quit,
+};
+
+// By a key's letter or sign; reversed: with shift or control.
+std::optional<Command> command_of(char key, bool reversed);
+
+// Lines that tell what mouse and keys do, for people.
+std::vector<std::string> help_lines();
+
+} // namespace app::view

@@ -1,0 +1,98 @@
+// A few lines of text as an image.
+#include "app/view/text_panel.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "renderer/host/color.h"
+
+namespace app::view {
+namespace {
+
+// Rows of five dots from the top, the seventh on the baseline; rows that are left out are empty.
+struct Glyph {
+    char letter;
+    std::string_view rows;
+};
+
+constexpr std::array glyphs{
+    Glyph{'a', "...../...../.###./....#/.####/#...#/.####"},
+    Glyph{'b', "#..../#..../####./#...#/#...#/#...#/####."},
+    Glyph{'c', "...../...../.####/#..../#..../#..../.####"},
+    Glyph{'d', "....#/....#/.####/#...#/#...#/#...#/.####"},
+    Glyph{'e', "...../...../.###./#...#/#####/#..../.###."},
+    Glyph{'f', "..##./.#..#/.#.../###../.#.../.#.../.#..."},
+    Glyph{'g', "...../...../.####/#...#/#...#/#...#/.####/....#/.###."},
+    Glyph{'h', "#..../#..../####./#...#/#...#/#...#/#...#"},
+    Glyph{'i', "..#../...../.##../..#../..#../..#../.###."},
+    Glyph{'j', "...#./...../..##./...#./...#./...#./...#./#..#./.##.."},
+    Glyph{'k', "#..../#..../#..#./#.#../##.../#.#../#..#."},
+    Glyph{'l', ".##../..#../..#../..#../..#../..#../.###."},
+    Glyph{'m', "...../...../##.#./#.#.#/#.#.#/#.#.#/#.#.#"},
+    Glyph{'n', "...../...../####./#...#/#...#/#...#/#...#"},
+    Glyph{'o', "...../...../.###./#...#/#...#/#...#/.###."},
+    Glyph{'p', "...../...../####./#...#/#...#/#...#/####./#..../#...."},
+    Glyph{'q', "...../...../.####/#...#/#...#/#...#/.####/....#/....#"},
+    Glyph{'r', "...../...../#.##./##..#/#..../#..../#...."},
+    Glyph{'s', "...../...../.####/#..../.###./....#/####."},
+    Glyph{'t', ".#.../.#.../####./.#.../.#.../.#..#/..##."},
+    Glyph{'u', "...../...../#...#/#...#/#...#/#..##/.##.#"},
+    Glyph{'v', "...../...../#...#/#...#/#...#/.#.#./..#.."},
+    Glyph{'w', "...../...../#...#/#.#.#/#.#.#/#.#.#/.#.#."},
+    Glyph{'x', "...../...../#...#/.#.#./..#../.#.#./#...#"},
+    Glyph{'y', "...../...../#...#/#...#/#...#/#...#/.####/....#/.###."},
+    Glyph{'z', "...../...../#####/...#./..#../.#.../#####"},
+    Glyph{'F', "#####/#..../#..../####./#..../#..../#...."},
+    Glyph{'0', ".###./#...#/#..##/#.#.#/##..#/#...#/.###."},
+    Glyph{'1', "..#../.##../..#../..#../..#../..#../.###."},
+    Glyph{'2', ".###./#...#/....#/...#./..#../.#.../#####"},
+    Glyph{'3', "#####/...#./..#../...#./....#/#...#/.###."},
+    Glyph{'4', "...#./..##./.#.#./#..#./#####/...#./...#."},
+    Glyph{'5', "#####/#..../####./....#/....#/#...#/.###."},
+    Glyph{'6', "..##./.#.../#..../####./#...#/#...#/.###."},
+    Glyph{'7', "#####/....#/...#./..#../.#.../.#.../.#..."},
+    Glyph{'8', ".###./#...#/#...#/.###./#...#/#...#/.###."},
+    Glyph{'9', ".###./#...#/#...#/.####/....#/...#./.##.."},
+    Glyph{',', "...../...../...../...../...../.##../..#../.#..."},
+    Glyph{'.', "...../...../...../...../...../.##../.##.."},
+    Glyph{':', "...../...../.##../.##../...../.##../.##.."},
+    Glyph{'+', "...../..#../..#../#####/..#../..#.."},
+    Glyph{'-', "...../...../...../#####"},
+};
+
+// In dots: a letter with the gap behind it, a line with the gap below it, and the border around the text.
+constexpr std::int32_t letter_width = 6, line_height = 11, border = 6;
+constexpr VT_RGB32 paper{48, 40, 32, 255}, ink{240, 240, 240, 255};
+
+bool has_dot(char letter, std::int32_t x, std::int32_t y) {
+    const auto* found = std::ranges::find(glyphs, letter, &Glyph::letter);
+    const auto place = static_cast<std::size_t>(letter_width * y + x);
+    return found != glyphs.end() && place < found->rows.size() && found->rows[place] == '#';
+}
+
+} // namespace
+
+VT_Reference<VT_Shared_Image> text_panel(const std::vector<std::string>& lines, std::int32_t scale) {
+    std::size_t longest = 0;
+    std::ranges::for_each(lines, [&](const std::string& line) { longest = std::max(longest, line.size()); });
+    const std::int32_t width = (static_cast<std::int32_t>(longest) * letter_width + 2 * border) * scale;
+    const std::int32_t height = (static_cast<std::int32_t>(lines.size()) * line_height + 2 * border) * scale;
+    VT_Reference<VT_Shared_Image> image(
+        new VT_Shared_Image(width, height, Buffer_Format::rgb32, 4 * width, nullptr, false, false));
+    for (std::int32_t row = 0; row < height; ++row) {
+        auto* pixels = reinterpret_cast<VT_RGB32*>(image->row(row));
+        const std::int32_t y = row / scale - border, line = y / line_height;
+        const bool written = y >= 0 && line < static_cast<std::int32_t>(lines.size());
+        for (std::int32_t column = 0; column < width; ++column) {
+            const std::int32_t x = column / scale - border;
+            const auto letter = static_cast<std::size_t>(x / letter_width);
+            const bool dot = written && x >= 0 && letter < lines[static_cast<std::size_t>(line)].size() &&
+                             has_dot(lines[static_cast<std::size_t>(line)][letter], x % letter_width, y % line_height);
+            pixels[column] = dot ? ink : paper;
+        }
+    }
+    return image;
+}
+
+} // namespace app::view

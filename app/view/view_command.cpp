@@ -1,0 +1,64 @@
+// The command `view`: a model in a window.
+#include "app/view/view_command.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <optional>
+
+#include "app/command.h"
+#include "app/model_options.h"
+#include "app/scene/model_reader.h"
+#include "app/view/script.h"
+#include "app/view/viewer.h"
+#include "app/view/window.h"
+
+namespace app {
+namespace {
+
+struct View_Options : Model_Options {
+    std::string size, folder = ".", script;
+};
+
+void show(const View_Options& options, const Module_Choice& module) {
+    background_of(options);
+    base_color_of(options);
+    edge_settings_of(options);
+    picture_settings_of(options);
+    const auto size = options.size.empty()
+                          ? std::nullopt
+                          : std::optional(parsed_pair(options.size, largest_picture_side,
+                                                      "--size: expected WIDTHxHEIGHT with sides from 1 to 16383"));
+    const auto script = options.script.empty() ? std::vector<view::Script_Step>()
+                                               : view::parsed_script(options.script, scene::read_file(options.script));
+    const std::unique_ptr<view::Window> window = view::open_window(options.model, size);
+    view::Viewer viewer(options, module, options.folder, *window);
+    window->run(viewer, script);
+}
+
+std::string help_text() {
+    std::string text = "Mouse and keys:";
+    for (const std::string& line : view::help_lines()) {
+        text += "\n  " + line;
+    }
+    return text;
+}
+
+} // namespace
+
+void add_view_command(CLI::App& application, int& status) {
+    CLI::App& command = *application.add_subcommand("view", "Turn a model in a window");
+    const auto options = std::make_shared<View_Options>();
+    add_model_options(command, *options, "Model: PLY, OBJ, STL and whatever assimp reads");
+    command.add_option("--size", options->size, "Width and height of the window; by default what suits the display")
+        ->type_name("WxH");
+    command.add_option("--screenshots", options->folder, "Folder for screenshots")->type_name("FOLDER")->capture_default_str();
+    command.add_option("--script", options->script, "Mouse and keys from a file, see docs/viewing.md")->type_name("FILE");
+    command.footer(help_text());
+    command.fallthrough();
+    command.callback([options, &application, &status] {
+        show(*options, chosen_module(application));
+        status = exit_status::done;
+    });
+}
+
+} // namespace app

@@ -1,0 +1,488 @@
+// A model that hands turn.
+#include "app/view/viewer.h"
+
+#include <algorithm>
+#include <cctype>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <numbers>
+#include <utility>
+
+#include "app/output_file.h"
+#include "app/path.h"
+#include "app/scene/model_reader.h"
+#include "app/scene/textured_scene.h"
+#include "app/scene/vectors.h"
+#include "app/view/coarse_mesh.h"
+#include "app/view/text_panel.h"
+#include "renderer/host/rendition.h"
+#include "vorna/draw.h"
+
+namespace app::view {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Pictures that take longer are drawn coarsely while the camera moves, in milliseconds.
+constexpr double hasty_limit = 40;
+constexpr std::size_t coarse_triangles = 100000;
+
+// What the key for palettes goes through; nothing for 32 bits a pixel.
+struct Palette_Choice {
+    std::string name;
+    VT_Int_RGB levels;
+};
+
+const std::array<Palette_Choice, 4> palette_choices{
+    {{"32 bits", {}}, {"8 bits", {6, 6, 6}}, {"8 bits, 8 x 8 x 4 colours", {8, 8, 4}}, {"8 bits, 8 colours", {2, 2, 2}}}};
+constexpr std::size_t default_palette = 1;
+
+VT_Reference<const VT_Palette> make_palette(std::size_t choice) {
+    if (choice <= default_palette) {
+        return VT_Reference<const VT_Palette>(new VT_Palette);
+    }
+    const VT_Int_RGB levels = palette_choices[choice].levels;
+    const auto channel = [](std::int32_t level, std::int32_t count) {
+        return static_cast<std::uint8_t>(level * 255 / (count - 1));
+    };
+    std::vector<VT_RGB32> colors;
+    colors.reserve(256);
+    for (std::int32_t i = 0; i < levels.red * levels.green * levels.blue; ++i) {
+        colors.push_back({channel(i % levels.blue, levels.blue), channel(i / levels.blue % levels.green, levels.green),
+                          channel(i / levels.blue / levels.green, levels.red), 255});
+    }
+    return VT_Reference<const VT_Palette>(new VT_Palette(std::move(colors), VT_Color_Cube(levels, 1.0F, 0)));
+}
+
+std::string with_commas(std::size_t number) {
+    std::string text = std::to_string(number);
+    for (std::size_t i = text.size(); i > 3;) {
+        i -= 3;
+        text.insert(i, 1, ',');
+    }
+    return text;
+}
+
+// As a shell reads it back.
+std::string shell_word(const std::string& word) {
+    const auto is_plain = [](unsigned char c) {
+        return std::isalnum(c) || c >= 0x80 || std::string("-_./=,+:@%").find(static_cast<char>(c)) != std::string::npos;
+    };
+    if (!word.empty() && std::ranges::all_of(word, is_plain)) {
+        return word;
+    }
+    std::string text = "'";
+    for (const char c : word) {
+        text += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    }
+    return text + "'";
+}
+
+} // namespace
+
+Viewer::Viewer(const Model_Options& options, const Module_Choice& module, std::string folder, Screen& screen)
+    : options_(options), first_options_(options), folder_(std::move(folder)), screen_(screen), session_(module),
+      mesh_(scene::load_model(options.model)), palette_choice_(options.colors == 32 ? 0 : default_palette) {
+    camera_settings_of(options_, mesh_, size_);
+    std::vector<bool> used(mesh_.positions.size());
+    for (const std::uint32_t vertex : mesh_.triangles) {
+        if (!used[vertex]) {
+            used[vertex] = true;
+            points_.push_back(mesh_.positions[vertex]);
+        }
+    }
+    session_.renderer().presentation = {present, this};
+}
+
+void Viewer::resize(VT_Int_Pair size, std::int32_t letter_scale) {
+    const VT_Int_Pair fitting{std::clamp(size.x, 1, largest_picture_side), std::clamp(size.y, 1, largest_picture_side)};
+    letter_scale_ = letter_scale;
+    if (fitting != size_) {
+        size_ = fitting;
+        established_ = false;
+    }
+    changed_ = true;
+}
+
+// A drag across the picture's height is half a turn.
+void Viewer::turn(const Place& by) {
+    const double angle = std::numbers::pi / size_.y;
+    set_pose(turned(pose(), scene::up_direction(options_.camera.up), -by.x * angle, by.y * angle));
+}
+
+void Viewer::move(const Place& by) {
+    set_pose(moved(pose(), size_, by));
+}
+
+// What lies under the pointer stays there when it is known how far away it is.
+void Viewer::zoom(double factor, const Place& pointer) {
+    Pose pose = this->pose();
+    if (const auto distance = factor > 1 ? distance_at(pointer) : std::nullopt) {
+        pose = focused(pose, options_.orthographic ? scene::Projection::orthographic : scene::Projection::perspective, *distance);
+    }
+    set_pose(zoomed(pose, size_, factor, pointer));
+}
+
+Answer Viewer::press(char key, bool reversed) {
+    const auto command = command_of(key, reversed);
+    if (command == Command::quit) {
+        return Answer::close;
+    }
+    if (command == Command::full_screen) {
+        return Answer::change_full_screen;
+    }
+    if (command) {
+        perform(*command);
+    }
+    return Answer::none;
+}
+
+void Viewer::perform(Command command) {
+    constexpr double step = 1.25;
+    const Place middle{size_.x / 2.0, size_.y / 2.0};
+    changed_ = true;
+    moving_ = false;
+    switch (command) {
+    case Command::front:
+        return look_from(scene::View::front);
+    case Command::back:
+        return look_from(scene::View::back);
+    case Command::right:
+        return look_from(scene::View::right);
+    case Command::left:
+        return look_from(scene::View::left);
+    case Command::top:
+        return look_from(scene::View::top);
+    case Command::bottom:
+        return look_from(scene::View::bottom);
+    case Command::projection:
+        options_.orthographic = !options_.orthographic;
+        return;
+    case Command::shading:
+        return next_shading();
+    case Command::edges:
+        return next_edges();
+    case Command::antialias:
+        options_.antialias = !options_.antialias;
+        return;
+    case Command::palette:
+        return set_palette((palette_choice_ + 1) % palette_choices.size());
+    case Command::depth:
+        shows_depth_ = !shows_depth_;
+        return;
+    case Command::larger:
+        return zoom(step, middle);
+    case Command::smaller:
+        return zoom(1 / step, middle);
+    case Command::home:
+        options_.camera = first_options_.camera;
+        options_.aim = first_options_.aim;
+        options_.orthographic = first_options_.orthographic;
+        return;
+    case Command::screenshot:
+        return take_screenshot();
+    case Command::help:
+        shows_help_ = !shows_help_;
+        return;
+    case Command::full_screen:
+    case Command::quit:
+        return;
+    }
+}
+
+void Viewer::look_from(scene::View side) {
+    options_.camera.view = side;
+    options_.camera.zoom = 1;
+    options_.aim.reset();
+}
+
+void Viewer::next_shading() {
+    using scene::Shading;
+    Shading& shading = options_.picture.shading;
+    switch (shading) {
+    case Shading::gouraud:
+        shading = Shading::flat;
+        return;
+    case Shading::flat:
+        shading = scene::Textured_Scene::has_work(mesh_) ? Shading::textured : Shading::wireframe;
+        return;
+    case Shading::textured:
+        shading = Shading::wireframe;
+        return;
+    case Shading::wireframe:
+        shading = Shading::gouraud;
+        return;
+    }
+}
+
+void Viewer::next_edges() {
+    options_.edges = options_.edges.empty() ? "all" : options_.edges == "all" ? "feature" : "";
+}
+
+void Viewer::set_palette(std::size_t choice) {
+    palette_choice_ = choice;
+    options_.colors = choice == 0 ? 32 : 8;
+    established_ = false;
+}
+
+// Without what makes no sense at the moment: only edges can be smoothed, and only in 32 bits.
+Model_Options Viewer::drawn_options() const {
+    Model_Options options = options_;
+    options.antialias = options.antialias && options.has_edges() && options.colors == 32;
+    if (!options.has_edges()) {
+        options.edge_color.clear();
+    }
+    return options;
+}
+
+// In the file's coordinates, as the command line has it, so that a command draws the same.
+Pose Viewer::pose() const {
+    Pose pose{{}, options_.camera.zoom};
+    if (options_.aim) {
+        pose.aim = *options_.aim;
+        if (scene::length(pose.aim.up) == 0) {
+            pose.aim.up = scene::up_direction(options_.camera.up);
+        }
+    } else {
+        using scene::operator+, scene::operator*;
+        const scene::Aim fitted = scene::fitted_aim(camera_settings_of(options_, mesh_, size_), points_);
+        const auto in_file = [this](const VT_Vector_D& place) { return mesh_.center + place * mesh_.radius; };
+        pose.aim = {in_file(fitted.eye), in_file(fitted.target), fitted.up};
+    }
+    return pose;
+}
+
+void Viewer::set_pose(const Pose& pose) {
+    options_.aim = pose.aim;
+    options_.camera.zoom = std::clamp(pose.zoom, smallest_zoom, largest_zoom);
+    changed_ = true;
+    moving_ = true;
+}
+
+// From the eye to what the last picture shows at a place; nothing where that is the background.
+std::optional<double> Viewer::distance_at(const Place& place) {
+    if (changed_ || !established_ || !(place.x >= 0 && place.x < size_.x && place.y >= 0 && place.y < size_.y)) {
+        return std::nullopt;
+    }
+    const VT_DCI_Point pixel{static_cast<std::int32_t>(place.x), size_.y - 1 - static_cast<std::int32_t>(place.y), 0};
+    const Buffer_Format format = Buffer_Format::depth16;
+    VT_Reference<VT_Shared_Image> image;
+    VD_Read_Depth_Image(session_.renderer(), *rendition_, &pixel, &pixel, &format, image);
+    std::uint16_t depth = 0xFFFF;
+    if (image) {
+        std::memcpy(&depth, image->row(0), sizeof depth);
+    }
+    if (depth == 0xFFFF) {
+        return std::nullopt;
+    }
+    // z / w = depth, both of them linear in the way towards the viewer.
+    const auto along = [this](const double(&row)[4]) { return scene::dot({row[0], row[1], row[2]}, camera_.toward); };
+    const double d = depth / 65535.0;
+    const auto& m = camera_.clip_from_model.m;
+    const double way = (d * m[3][3] - m[2][3]) / (along(m[2]) - d * along(m[3]));
+    using scene::operator-, scene::operator*;
+    const VT_Vector_D eye = (pose().aim.eye - mesh_.center) * (1 / mesh_.radius);
+    const double distance = scene::dot(camera_.toward, eye) - way;
+    return distance > 1e-6 ? std::optional(distance * mesh_.radius) : std::nullopt;
+}
+
+void Viewer::establish() {
+    session_.options().set_window_size({size_.x + window_margin, size_.y + window_margin});
+    session_.options().set_color_system(options_.colors == 32 ? 1 : 0);
+    session_.options().set_palette(make_palette(palette_choice_));
+    session_.options().set_buffer_depth(16);
+    session_.establish();
+    rendition_ = VT_Reference<VT_Rendition>(new VT_Rendition);
+    rendition_->clip.hard_clip = session_.window();
+    rendition_->window.rectangle = session_.window();
+    rendition_->window.color = background_of(options_);
+    rendition_->window.index = static_cast<std::uint8_t>(session_.palette().closest_match(rendition_->window.color, false));
+    flat_rendition_ = VT_Reference<VT_Rendition>(new VT_Rendition(*rendition_));
+    flat_rendition_->clip.depth_test = false;
+    established_ = true;
+}
+
+Drawn_Model& Viewer::model_for(const Model_Options& options, bool draft) {
+    const scene::Shading shading = options.picture.shading;
+    Drawn_Model& model = draft ? coarse_ : shading == scene::Shading::textured ? textured_ : plain_;
+    const bool needs_faces = shading != scene::Shading::wireframe && !model.faces;
+    const bool needs_edges = options.has_edges() && !model.edges;
+    if (needs_faces || needs_edges) {
+        const scene::Mesh coarse = draft ? coarse_mesh(mesh_, coarse_triangles) : scene::Mesh();
+        const scene::Mesh& mesh = draft ? coarse : mesh_;
+        if (needs_faces) {
+            model.faces = make_faces(options, mesh);
+        }
+        if (needs_edges) {
+            model.edges = make_edges(options, mesh);
+        }
+    }
+    return model;
+}
+
+void Viewer::draw_model(bool draft) {
+    Model_Options options = drawn_options();
+    if (draft) {
+        // Edges of a coarse model are not the model's: it has none over its faces.
+        options.antialias = false;
+        options.edges.clear();
+        if (!options.has_edges()) {
+            options.edge_color.clear();
+        }
+    }
+    const Drawn_Model& model = model_for(options, draft);
+    camera_ = scene::fit_camera(camera_settings_of(options, mesh_, size_), points_);
+    const scene::Tile_Grid grid(session_.window());
+    VT_Renderer_Data& renderer = session_.renderer();
+    VD_Draw_Window(renderer, *rendition_);
+    VD_Clear_Depth_Rectangle(renderer, *rendition_);
+    if (options.picture.shading != scene::Shading::wireframe) {
+        model.faces->prepare(grid, camera_, picture_settings_of(options));
+        model.faces->draw(renderer, *rendition_, 0);
+    }
+    if (options.has_edges()) {
+        model.edges->prepare(grid, camera_, edge_settings_of(options));
+        model.edges->draw(renderer, *rendition_, 0);
+    }
+}
+
+// The nearest depth is white, the farthest nearly black.
+void Viewer::draw_depths() {
+    const VT_Reference<VT_Shared_Image> depths = session_.read_depth();
+    const std::int32_t width = depths->width(), height = depths->height();
+    const auto row_of = [&](std::int32_t r) { return reinterpret_cast<const std::uint16_t*>(depths->row(r)); };
+    std::int32_t nearest = 0xFFFF, farthest = 0;
+    for (std::int32_t r = 0; r < height; ++r) {
+        for (std::int32_t x = 0; x < width; ++x) {
+            if (const std::uint16_t depth = row_of(r)[x]; depth != 0xFFFF) {
+                nearest = std::min<std::int32_t>(nearest, depth);
+                farthest = std::max<std::int32_t>(farthest, depth);
+            }
+        }
+    }
+    const std::int32_t range = std::max(farthest - nearest, 1);
+    VT_Shared_Image image(width, height, Buffer_Format::rgb32, 4 * width, nullptr, false, depths->bottom_up());
+    for (std::int32_t r = 0; r < height; ++r) {
+        auto* pixels = reinterpret_cast<VT_RGB32*>(image.row(r));
+        for (std::int32_t x = 0; x < width; ++x) {
+            const std::int32_t depth = row_of(r)[x];
+            const auto grey = static_cast<std::uint8_t>(255 - 215 * std::clamp(depth - nearest, 0, range) / range);
+            pixels[x] = depth == 0xFFFF ? rendition_->window.color : VT_RGB32{grey, grey, grey, 255};
+        }
+    }
+    const VT_Int_Rectangle window = session_.window();
+    const VT_DCI_Point start{window.left, window.top, 0};
+    VD_Draw_DCI_Image(session_.renderer(), *flat_rendition_, &start, &image);
+}
+
+void Viewer::draw_help() {
+    const VT_Reference<VT_Shared_Image> panel = text_panel(help_lines(), letter_scale_);
+    const std::int32_t gap = 8 * letter_scale_;
+    const VT_DCI_Point start{gap, size_.y - 1 - gap, 0};
+    VD_Draw_DCI_Image(session_.renderer(), *flat_rendition_, &start, &*panel);
+}
+
+void Viewer::draw() {
+    const auto start = Clock::now();
+    const auto elapsed = [start] { return std::chrono::duration<double, std::milli>(Clock::now() - start).count(); };
+    if (!established_) {
+        establish();
+    }
+    const bool draft = moving_ && full_time_ > hasty_limit && mesh_.triangle_count() > coarse_triangles &&
+                       options_.picture.shading != scene::Shading::textured;
+    VT_Renderer_Data& renderer = session_.renderer();
+    renderer.begin_picture_all();
+    draw_model(draft);
+    if (!draft) {
+        full_time_ = elapsed();
+    }
+    if (shows_depth_) {
+        draw_depths();
+    }
+    if (shows_help_) {
+        draw_help();
+    }
+    renderer.end_picture_all();
+    changed_ = moving_ = false;
+    draft_shown_ = draft;
+    show();
+    time_ = elapsed();
+}
+
+void Viewer::refine() {
+    changed_ = changed_ || draft_shown_;
+    moving_ = false;
+}
+
+void Viewer::show() {
+    if (established_) {
+        session_.renderer().update_all({0, size_.x - 1, 0, size_.y - 1});
+    }
+}
+
+// The renderer counts the window's margin above the picture.
+std::int32_t Viewer::present(void* viewer, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
+                             const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y) {
+    auto& self = *static_cast<Viewer*>(viewer);
+    Raster raster = raster_of(*buffer);
+    raster.top = buffer->rows[top_left.y] + std::ptrdiff_t{top_left.x} * bytes_per_pixel(raster.format);
+    raster.width = bottom_right.x - top_left.x + 1;
+    raster.height = top_left.y - bottom_right.y + 1;
+    self.screen_.show(raster, self.session_.palette(), {x, y - window_margin});
+    return 0;
+}
+
+// Never over a file that is there. Without the help, and in full.
+void Viewer::take_screenshot() {
+    namespace fs = std::filesystem;
+    const bool help = std::exchange(shows_help_, false);
+    draw();
+    shows_help_ = help;
+    changed_ = help;
+    std::string name;
+    do {
+        std::string number = std::to_string(next_screenshot_++);
+        number.insert(0, number.size() < 3 ? 3 - number.size() : 0, '0');
+        const std::u8string stem = path_of(options_.model).stem().u8string();
+        const std::u8string file =
+            (path_of(folder_) / path_of(std::string(stem.begin(), stem.end()) + "-" + number + ".png")).u8string();
+        name.assign(file.begin(), file.end());
+    } while (fs::exists(path_of(name)));
+    try {
+        write_file(name, png_of(picture_of(session_), session_.palette()));
+    } catch (const std::runtime_error& error) {
+        std::fprintf(stderr, "vorna: %s\n", error.what());
+        return;
+    }
+    std::printf("%s\n", shell_word(name).c_str());
+    if (!shows_depth_ && palette_choice_ <= default_palette) {
+        std::string line = "  vorna render";
+        for (const std::string& word : arguments_of(drawn_options())) {
+            line += " " + shell_word(word);
+        }
+        std::printf("%s --size=%dx%d -o %s\n", line.c_str(), size_.x, size_.y, shell_word(name).c_str());
+    }
+    std::fflush(stdout);
+}
+
+std::string Viewer::title() const {
+    const Model_Options options = drawn_options();
+    const std::u8string file = path_of(options.model).filename().u8string();
+    std::string text(file.begin(), file.end());
+    text += ": " + with_commas(mesh_.triangle_count()) + " triangles, ";
+    constexpr const char* shadings[] = {"flat", "gouraud", "textured", "wireframe"};
+    text += shows_depth_ ? "depth buffer" : shadings[static_cast<int>(options.picture.shading)];
+    if (!options.edges.empty() && options.picture.shading != scene::Shading::wireframe) {
+        text += options.edges == "all" ? ", edges" : ", feature edges";
+    }
+    text += options.antialias ? ", smooth" : "";
+    text += options.orthographic ? ", parallel" : "";
+    text += ", " + palette_choices[palette_choice_].name;
+    char speed[64];
+    std::snprintf(speed, sizeof speed, ", %.1f ms, %.0f frames/s", time_, 1000 / std::max(time_, 0.01));
+    return text + speed + (draft_shown_ ? ", coarse" : "");
+}
+
+} // namespace app::view

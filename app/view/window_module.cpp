@@ -1,0 +1,31 @@
+// Windows by the module beside the renderer's.
+#include <stdexcept>
+
+#include <dlfcn.h>
+
+#include "app/command.h"
+#include "app/view/window.h"
+
+namespace app::view {
+
+// The module stays loaded: window systems do not like to be unloaded.
+std::unique_ptr<Window> open_window(const std::string& title, std::optional<VT_Int_Pair> size) {
+    const std::string path = module_beside_renderer(window_module, "; it belongs to the package vorna-view");
+    void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!module) {
+        throw std::runtime_error(std::string("view: ") + dlerror());
+    }
+    auto* open = reinterpret_cast<Window_Opener*>(dlsym(module, window_opener));
+    if (!open) {
+        throw std::runtime_error(path + ": expected a function " + window_opener + ", found none");
+    }
+    const VT_Int_Pair wanted = size.value_or(VT_Int_Pair{});
+    std::string error;
+    std::unique_ptr<Window> window(open(title.c_str(), &wanted, &error));
+    if (!window) {
+        throw std::runtime_error("view: " + error);
+    }
+    return window;
+}
+
+} // namespace app::view
