@@ -49,8 +49,8 @@ std::optional<VT_Int_Pair> place_in_face(const Face& pixels, const VT_Int_Rectan
     double best_score = -INFINITY;
     for (std::int32_t y = 0; y + size.y <= height; ++y) {
         Row room = rows[static_cast<std::size_t>(y)];
-        for (std::int32_t i = 1; i < size.y && !room.empty(); ++i) {
-            room = common(room, rows[static_cast<std::size_t>(y + i)]);
+        for (std::int32_t above = y + 1; above < y + size.y && !room.empty(); ++above) {
+            room = common(room, rows[static_cast<std::size_t>(above)]);
         }
         for (const Stretch& stretch : room) {
             const std::int32_t width = stretch.last - stretch.first + 1;
