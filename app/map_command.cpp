@@ -668,12 +668,13 @@ void refuse_options_of_other_kind(const CLI::App& command, const std::string& fi
                                        "antialias", "repeat", "stats",  "strict", "help"};
     const bool map = is_map_file(file);
     for (const CLI::Option* option : command.get_options()) {
-        const std::string name = option->get_name();
         const bool of_maps = option->get_group() == option_group;
         const bool of_both = std::ranges::any_of(
             shared, [&](const char* known) { return option->check_name(known) || option->check_lname(known); });
         if (option->count() > 0 && !of_both && of_maps != map) {
-            throw Usage_Error(name + (map ? ": expected a model, found " : ": expected a map or drawing, found ") + file);
+            std::string message = option->get_name();
+            message += map ? ": expected a model, found " : ": expected a map or drawing, found ";
+            throw Usage_Error(message + file);
         }
     }
 }

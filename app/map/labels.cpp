@@ -29,7 +29,8 @@ Row common(const Row& a, const Row& b) {
 } // namespace
 
 std::optional<VT_Int_Pair> place_in_face(const Face& pixels, const VT_Int_Rectangle& window, VT_Int_Pair size) {
-    std::vector<Row> rows(static_cast<std::size_t>(window.top - window.bottom + 1));
+    const std::int32_t height = window.top - window.bottom + 1;
+    std::vector<Row> rows(static_cast<std::size_t>(height));
     double sum_x = 0, sum_y = 0, count = 0;
     for_each_rectangle(pixels, window, [&](const VT_Int_Rectangle& r) {
         for (std::int32_t y = r.bottom; y <= r.top; ++y) {
@@ -46,10 +47,10 @@ std::optional<VT_Int_Pair> place_in_face(const Face& pixels, const VT_Int_Rectan
     const double middle_x = sum_x / count, middle_y = sum_y / count;
     std::optional<VT_Int_Pair> best;
     double best_score = -INFINITY;
-    for (std::int32_t y = 0; y + size.y <= static_cast<std::int32_t>(rows.size()); ++y) {
+    for (std::int32_t y = 0; y + size.y <= height; ++y) {
         Row room = rows[static_cast<std::size_t>(y)];
-        for (std::int32_t i = 1; i < size.y && !room.empty(); ++i) {
-            room = common(room, rows[static_cast<std::size_t>(y + i)]);
+        for (std::int32_t above = y + 1; above < y + size.y && !room.empty(); ++above) {
+            room = common(room, rows[static_cast<std::size_t>(above)]);
         }
         for (const Stretch& stretch : room) {
             const std::int32_t width = stretch.last - stretch.first + 1;
