@@ -131,10 +131,10 @@ private:
 // found pixel by pixel along it first.
 class Edge_Renderer::Pen {
 public:
-    // window: of the renderer, as far as there is something of the picture in it.
-    Pen(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, const Edge_Settings& settings,
-        VT_RGB32 color)
-        : renderer_(renderer), rendition_(new VT_Rendition(rendition)), window_(window) {
+    // window: of the renderer, as far as there is something of the picture in it. is_whole: that is all of it.
+    Pen(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, bool is_whole,
+        const Edge_Settings& settings, VT_RGB32 color)
+        : renderer_(renderer), rendition_(new VT_Rendition(rendition)), window_(window), is_whole_(is_whole) {
         VT_Line_Attributes& line = rendition_->line;
         line = {};
         line.color = color;
@@ -155,7 +155,9 @@ public:
 
     // color: null = that of the pen, as for all other segments.
     void draw(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
-        if (!depths_) {
+        if (!depths_ && is_whole_) {
+            append(from, to, color);
+        } else if (!depths_) {
             cut_in_pieces(from, to, longest_line, [&](const VT_DCI_Point& start, const VT_DCI_Point& end) {
                 if (touches_window(start, end)) {
                     append(start, end, color);
@@ -294,6 +296,7 @@ private:
     VT_Renderer_Data& renderer_;
     VT_Reference<VT_Rendition> rendition_;
     const VT_Int_Rectangle window_;
+    const bool is_whole_;
     std::optional<Depths> depths_;
     std::optional<Kept_Pixels> kept_;
     std::vector<VT_DCI_Point> points_;
@@ -413,7 +416,7 @@ void Edge_Renderer::gather_runs() {
 }
 
 void Edge_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
-    Pen pen(renderer, rendition, common_part(rendition.window.rectangle, frame_), settings_,
+    Pen pen(renderer, rendition, common_part(rendition.window.rectangle, frame_), !bins_.sorts(), settings_,
             settings_.color.value_or(base_color_));
     const bool colored = !settings_.color && !colors_.empty();
     std::size_t next = 0; // to the edge drawn last
