@@ -135,7 +135,8 @@ template <int size> struct Edge {
 
 // Attributes that are whole numbers at the vertices. rows is above 0.
 struct Whole_Attributes {
-    template <int size> KRB_ALWAYS_INLINE static Edge<size> edge(const Vertex<size>& from, const Vertex<size>& to, std::int32_t rows) {
+    template <int size>
+    KRB_ALWAYS_INLINE static Edge<size> edge(const Vertex<size>& from, const Vertex<size>& to, std::int32_t rows) {
         const Division division = Division::by(rows);
         return {to_fixed(from.values) + half_units<size>(),
                 quotient(to_fixed(to.values - from.values, division.dropped_bits), division.divisor)};
