@@ -87,7 +87,8 @@ std::string markdown(const Context& context, const std::vector<Result>& results)
         std::any_of(results.begin(), results.end(), [](const Result& result) { return result.beside.has_value(); });
     std::string text;
     for (const auto& [name, value] : context) {
-        text += (text.empty() ? "" : "; ") + name + ": " + value;
+        text += text.empty() ? "" : "; ";
+        text.append(name).append(": ").append(value);
     }
     text += ".\n\n|  | workload | unit | krb.vrd | best peer |  | krb.vrd ÷ peer | goal | of the goal | of the limit |";
     text += varied ? " varied ÷ exact |" : "";

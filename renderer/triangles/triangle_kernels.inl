@@ -135,7 +135,8 @@ template <int size> struct Edge {
 
 // Attributes that are whole numbers at the vertices. rows is above 0.
 struct Whole_Attributes {
-    template <int size> static Edge<size> edge(const Vertex<size>& from, const Vertex<size>& to, std::int32_t rows) {
+    template <int size>
+    KRB_ALWAYS_INLINE static Edge<size> edge(const Vertex<size>& from, const Vertex<size>& to, std::int32_t rows) {
         const Division division = Division::by(rows);
         return {to_fixed(from.values) + half_units<size>(),
                 quotient(to_fixed(to.values - from.values, division.dropped_bits), division.divisor)};
@@ -144,7 +145,7 @@ struct Whole_Attributes {
 
 // Attributes that, but for x and z, are fixed point already: no half unit is added, and the smaller shifts round down.
 struct Texture_Attributes {
-    static Edge<8> edge(const Vertex<8>& from, const Vertex<8>& to, std::int32_t rows) {
+    KRB_ALWAYS_INLINE static Edge<8> edge(const Vertex<8>& from, const Vertex<8>& to, std::int32_t rows) {
         const Division division = Division::by(rows);
         const Attributes<8> difference = to.values - from.values;
         return {with_positions(to_fixed(from.values) + half_units<8>(), from.values),
