@@ -26,7 +26,7 @@ struct Map_Options {
 struct Map_Picture {
     std::string file, output;
     std::string record; // empty = not asked for
-    VT_Int_Pair size; // a height of 0 is chosen by what is drawn
+    VT_Int_Pair size;   // a height of 0 is chosen by what is drawn
     VT_RGB32 background;
     int colors = 32;
     bool antialias = false;

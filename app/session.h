@@ -28,6 +28,7 @@ public:
 
     // Who records what is drawn; null = nobody.
     void set_recorder(picture::Recorder* recorder) noexcept { recorder_ = recorder; }
+    picture::Recorder* recorder() const noexcept { return recorder_; }
     // The renderer's own slots, whether somebody records or not.
     const Action_Table& actions() const noexcept;
 

@@ -156,8 +156,8 @@ Scene model_in_front(const std::string& file, const Variation& variation) {
     app::scene::Camera_Settings settings;
     settings.view = app::scene::View::front;
     settings.aspect = static_cast<double>(size.x - 1) / (size.y - 1);
-    renderer.prepare(app::scene::Tile_Grid({0, size.x - 1, 0, size.y - 1}),
-                     app::scene::fit_camera(settings, renderer.points()), {});
+    renderer.prepare(app::scene::Tile_Grid({0, size.x - 1, 0, size.y - 1}), app::scene::fit_camera(settings, renderer.points()),
+                     {});
     renderer.draw(*recorder, *rendition, 0);
     return scene;
 }

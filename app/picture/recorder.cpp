@@ -292,6 +292,10 @@ struct Recorder::Made_Slots {
         }
         recorder.add(kind, &rendition, std::move(copied));
         const Pause pause(recorder);
+        if (recorder.is_standard_) {
+            recorder.picture_.calls.back().standard = true;
+            (recorder.renderer_.actions.*Slot).enabled = 0;
+        }
         Draw(recorder.renderer_, rendition, arguments...);
     }
 

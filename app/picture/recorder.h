@@ -33,6 +33,9 @@ public:
     // The renderer's own slots.
     const Action_Table& own_actions() const noexcept { return own_actions_; }
 
+    // Whether the calls that follow are the host's to draw, as if their slots were empty.
+    void set_standard(bool standard) noexcept { is_standard_ = standard; }
+
     // For the session, around its establish.
     void before_establish();
     void after_establish();
@@ -73,6 +76,7 @@ private:
     Action_Table own_actions_;
     bool is_recording_ = false;
     bool is_established_ = false;
+    bool is_standard_ = false;
     VT_Bool_Setter own_set_zbuffer_write_ = nullptr;
     VT_Int_Setter own_set_zbuffer_test_ = nullptr;
     VT_Presentation own_presentation_;

@@ -10,6 +10,7 @@
 
 #include "app/picture/call_kinds.h"
 #include "app/picture/document.h"
+#include "app/picture/recorder.h"
 #include "app/picture/rendition_maker.h"
 #include "vorna/draw.h"
 
@@ -168,6 +169,7 @@ public:
     void run(const Present& a) { renderer_.update_all(a.rectangle); }
 
     VT_Renderer_Data& renderer() noexcept { return renderer_; }
+    Recorder* recorder() const noexcept { return session_.recorder(); }
     // The call that is being drawn, and its rendition.
     const Call& call() const noexcept { return picture_.calls[call_]; }
     VT_Reference<VT_Rendition> rendition() {
@@ -219,9 +221,16 @@ private:
 
 template <auto& Draw, auto Slot> void draw_call(Replay& replay, const Arguments& arguments) {
     const auto& typed = std::get<typename Slot_Arguments<Slot>::Type>(arguments);
+    const bool standard = replay.call().standard;
+    if (Recorder* const recorder = replay.recorder()) {
+        recorder->set_standard(standard);
+        replay.draw<Draw>(*replay.rendition(), typed);
+        recorder->set_standard(false);
+        return;
+    }
     std::int32_t& enabled = (replay.renderer().actions.*Slot).enabled;
     const std::int32_t before = enabled;
-    enabled = replay.call().standard ? 0 : before;
+    enabled = standard ? 0 : before;
     replay.draw<Draw>(*replay.rendition(), typed);
     enabled = before;
 }
