@@ -105,6 +105,12 @@ private:
         }
         while (count > 0) {
             const std::int32_t open = stretch_of(mask_row, column, count, 0);
+            if constexpr (is_solid) {
+                if (open == count) {
+                    draw_open(column, count);
+                    return;
+                }
+            }
             std::int32_t done = open - (open & (lane_count - 1));
             if (done > 0) {
                 draw_whole_groups(column, done);
