@@ -292,11 +292,12 @@ struct Recorder::Made_Slots {
         }
         recorder.add(kind, &rendition, std::move(copied));
         const Pause pause(recorder);
-        if (recorder.is_standard_) {
-            recorder.picture_.calls.back().standard = true;
-            (recorder.renderer_.actions.*Slot).enabled = 0;
-        }
+        std::int32_t& enabled = (recorder.renderer_.actions.*Slot).enabled;
+        const std::int32_t before = enabled;
+        recorder.picture_.calls.back().standard = recorder.is_standard_;
+        enabled = recorder.is_standard_ ? 0 : before;
         Draw(recorder.renderer_, rendition, arguments...);
+        enabled = before;
     }
 
     template <auto Slot, auto& Draw, std::size_t position, class... Arguments>
