@@ -85,9 +85,9 @@ VT_Reference<VT_Rendition> random_rendition(Random& random, const Window& window
 
     VT_Face_Attributes& face = rendition->face;
     face.pattern = random.chance(50) ? face_pattern::solid : random.number(0, 80);
-    std::vector<std::uint8_t> cells;
-    for (std::int32_t i = 0; i < 5 * 7; ++i) {
-        cells.push_back(static_cast<std::uint8_t>(random.number(0, 1)));
+    std::vector<std::uint8_t> cells(5 * 7);
+    for (std::uint8_t& cell : cells) {
+        cell = static_cast<std::uint8_t>(random.number(0, 1));
     }
     face.bitmap = new VT_Pattern_Bitmap(5, 7, std::move(cells));
     face.flags = random.chance(60) ? 0 : random.byte() & (1U | 2U | 8U | 32U);
@@ -160,6 +160,7 @@ public:
 
     template <class Point> Draw arguments_of(Target<VT_Draw_Textured<Point>> target) {
         std::vector<VT_Parameter> parameters;
+        parameters.reserve(static_cast<std::size_t>(parameter_width * most_points));
         for (int i = 0; i < parameter_width * most_points; ++i) {
             parameters.push_back(random_ ? static_cast<float>(random_->number(-50, 150)) / 100 : static_cast<float>(i % 3) / 3);
         }

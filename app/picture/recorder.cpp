@@ -185,7 +185,7 @@ public:
     }
     template <class Object> Bytes& object(const VT_Reference<const Object>& object) {
         const Object* address = object.get();
-        return add(address, address ? address->serial() : 0U);
+        return add(reinterpret_cast<std::uintptr_t>(address), address ? address->serial() : 0U);
     }
 
 private:
@@ -230,6 +230,7 @@ std::optional<std::optional<Line_Type_Set>> described_types(const VT_Reference<c
 
 std::vector<VT_RGB32> colors_of(const VT_Palette& palette) {
     std::vector<VT_RGB32> colors;
+    colors.reserve(static_cast<std::size_t>(palette.size()));
     for (std::int32_t i = 0; i < palette.size(); ++i) {
         colors.push_back(palette.color(static_cast<std::uint8_t>(i)));
     }

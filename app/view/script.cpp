@@ -72,7 +72,7 @@ private:
         return word;
     }
 
-    static std::string with_modifiers(Script_Step& step, std::string name) {
+    static std::string with_modifiers(Script_Step& step, const std::string& name) {
         step.ctrl = name.starts_with("ctrl+");
         step.shift = name.starts_with("shift+");
         return step.ctrl || step.shift ? name.substr(name.find('+') + 1) : name;

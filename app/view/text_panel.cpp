@@ -67,7 +67,7 @@ constexpr VT_RGB32 paper{48, 40, 32, 255}, ink{240, 240, 240, 255};
 
 bool has_dot(char letter, std::int32_t x, std::int32_t y) {
     const auto* found = std::ranges::find(glyphs, letter, &Glyph::letter);
-    const auto place = static_cast<std::size_t>(letter_width * y + x);
+    const auto place = static_cast<std::size_t>(letter_width) * static_cast<std::size_t>(y) + static_cast<std::size_t>(x);
     return found != glyphs.end() && place < found->rows.size() && found->rows[place] == '#';
 }
 

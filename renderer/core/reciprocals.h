@@ -26,7 +26,7 @@ constexpr Reciprocals make_reciprocals() {
     return reciprocals;
 }
 
-constexpr Reciprocals reciprocals = make_reciprocals();
+inline constexpr Reciprocals reciprocals = make_reciprocals();
 
 // Multiplied with an integer of 32 bits and cut off: the integer's quotient by the divisor, which is above 0. Most rows and
 // columns of small triangles are few, and a division takes longer than all else that is done for a row of them.
