@@ -160,7 +160,7 @@ public:
 
     template <class Point> Draw arguments_of(Target<VT_Draw_Textured<Point>> target) {
         std::vector<VT_Parameter> parameters;
-        parameters.reserve(static_cast<std::size_t>(parameter_width * most_points));
+        parameters.reserve(std::size_t{parameter_width} * most_points);
         for (int i = 0; i < parameter_width * most_points; ++i) {
             parameters.push_back(random_ ? static_cast<float>(random_->number(-50, 150)) / 100 : static_cast<float>(i % 3) / 3);
         }
