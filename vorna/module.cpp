@@ -1,9 +1,12 @@
 // Loading of renderer modules.
 #include "vorna/module.h"
 
+#include <exception>
 #include <filesystem>
 #include <iterator>
+#include <new>
 #include <stdexcept>
+#include <string>
 #include <system_error>
 
 #if defined(_WIN32)
@@ -119,7 +122,18 @@ Module::~Module() {
 
 Module::Renderer Module::create_renderer(const VT_Renderer_Data& prototype) const {
     const VT_Renderer_Data* const given = &prototype;
-    return Renderer(create_(given), Unload{unload_});
+    // What is thrown belongs to the module, which may be closed before it is caught for good.
+    std::string message;
+    try {
+        return Renderer(create_(given), Unload{unload_});
+    } catch (const std::bad_alloc&) {
+    } catch (const std::exception& error) {
+        message = error.what();
+    }
+    if (message.empty()) {
+        throw std::bad_alloc();
+    }
+    throw std::invalid_argument(message);
 }
 
 Module::Renderer Module::create_renderer() const {

@@ -1,6 +1,9 @@
 // How much memory this process has allocated.
 #include "app/check/heap.h"
 
+#include <algorithm>
+#include <array>
+
 #if defined(__SANITIZE_ADDRESS__)
 #define HAS_ADDRESS_SANITIZER 1
 #elif defined(__has_feature)
@@ -27,17 +30,20 @@ std::size_t heap_in_use() {
 #if defined(HAS_ADDRESS_SANITIZER)
     return __sanitizer_get_current_allocated_bytes();
 #elif defined(_WIN32)
-    // The run-time libraries of command, host and module allocate from the process heap.
+    // Run-time libraries allocate from the process heap or from heaps of their own.
     std::size_t bytes = 0;
-    const HANDLE heap = GetProcessHeap();
-    PROCESS_HEAP_ENTRY entry{};
-    HeapLock(heap);
-    while (HeapWalk(heap, &entry)) {
-        if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) {
-            bytes += entry.cbData;
+    std::array<HANDLE, 64> heaps{};
+    const DWORD count = GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data());
+    for (DWORD i = 0; i < std::min<DWORD>(count, static_cast<DWORD>(heaps.size())); ++i) {
+        PROCESS_HEAP_ENTRY entry{};
+        HeapLock(heaps[i]);
+        while (HeapWalk(heaps[i], &entry)) {
+            if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) {
+                bytes += entry.cbData;
+            }
         }
+        HeapUnlock(heaps[i]);
     }
-    HeapUnlock(heap);
     return bytes;
 #elif defined(__GLIBC__)
     const struct mallinfo2 info = mallinfo2();
