@@ -3,15 +3,9 @@
 
 #include <cstring>
 
+#include "app/check/address_sanitizer.h"
 #include "renderer/host/color.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#define HAS_ADDRESS_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define HAS_ADDRESS_SANITIZER 1
-#endif
-#endif
 #if defined(HAS_ADDRESS_SANITIZER)
 #include <sanitizer/asan_interface.h>
 #endif

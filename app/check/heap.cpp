@@ -4,13 +4,7 @@
 #include <algorithm>
 #include <array>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define HAS_ADDRESS_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define HAS_ADDRESS_SANITIZER 1
-#endif
-#endif
+#include "app/check/address_sanitizer.h"
 
 #if defined(HAS_ADDRESS_SANITIZER)
 #include <sanitizer/allocator_interface.h>

@@ -8,6 +8,7 @@
 
 #include "app/image_file.h"
 #include "app/picture/call_kinds.h"
+#include "app/picture/emptied_slot.h"
 #include "app/picture/rendition_maker.h"
 #include "vorna/draw.h"
 
@@ -293,12 +294,9 @@ struct Recorder::Made_Slots {
         }
         recorder.add(kind, &rendition, std::move(copied));
         const Pause pause(recorder);
-        std::int32_t& enabled = (recorder.renderer_.actions.*Slot).enabled;
-        const std::int32_t before = enabled;
         recorder.picture_.calls.back().standard = recorder.is_standard_;
-        enabled = recorder.is_standard_ ? 0 : before;
+        const Emptied_Slot emptied((recorder.renderer_.actions.*Slot).enabled, recorder.is_standard_);
         Draw(recorder.renderer_, rendition, arguments...);
-        enabled = before;
     }
 
     template <auto Slot, auto& Draw, std::size_t position, class... Arguments>

@@ -10,6 +10,7 @@
 
 #include "app/picture/call_kinds.h"
 #include "app/picture/document.h"
+#include "app/picture/emptied_slot.h"
 #include "app/picture/recorder.h"
 #include "app/picture/rendition_maker.h"
 #include "vorna/draw.h"
@@ -228,11 +229,8 @@ template <auto& Draw, auto Slot> void draw_call(Replay& replay, const Arguments&
         recorder->set_standard(false);
         return;
     }
-    std::int32_t& enabled = (replay.renderer().actions.*Slot).enabled;
-    const std::int32_t before = enabled;
-    enabled = standard ? 0 : before;
+    const Emptied_Slot emptied((replay.renderer().actions.*Slot).enabled, standard);
     replay.draw<Draw>(*replay.rendition(), typed);
-    enabled = before;
 }
 
 template <class Type> void run_call(Replay& replay, const Arguments& arguments) {

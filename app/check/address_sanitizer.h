@@ -1,0 +1,10 @@
+// Whether this is compiled with AddressSanitizer, which compilers say in different ways.
+#pragma once
+
+#if defined(__SANITIZE_ADDRESS__)
+#define HAS_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define HAS_ADDRESS_SANITIZER 1
+#endif
+#endif
