@@ -21,28 +21,34 @@ Cells cells_of(const Software_Z_Buffer& renderer, const VT_Int_Rectangle& rectan
     return {rectangle.left - x, rectangle.right - x, rectangle.bottom - y, rectangle.top - y};
 }
 
-// Fills cells with one value. Whole rows are one block that starts at the highest row.
+template <class Value> bool has_equal_bytes(const Value& value) noexcept {
+    std::uint8_t bytes[sizeof value];
+    std::memcpy(bytes, &value, sizeof value);
+    return std::all_of(bytes, bytes + sizeof value, [&](std::uint8_t byte) { return byte == bytes[0]; });
+}
+
+// Fills cells with one value. Whole rows of equal bytes are one block that starts at the highest row; else the first row is
+// written value by value and copied from there.
 template <class Value> void fill_cells(const Frame_Buffer& buffer, std::int32_t width, const Cells& cells, Value value) {
     if (cells.first_column > cells.last_column || cells.first_row > cells.last_row) {
         return;
     }
-    const auto fill = [value](std::uint8_t* from, std::int64_t bytes) {
-        if constexpr (sizeof(Value) == 1) {
-            std::memset(from, value, static_cast<std::size_t>(bytes));
-        } else {
-            for (std::int64_t i = 0; i < bytes; i += std::int64_t{sizeof(Value)}) {
-                std::memcpy(from + i, &value, sizeof(Value));
-            }
-        }
-    };
-    // Rows of odd length, such as an application may bring, leave no whole number of values in the block.
-    if (cells.first_column == 0 && cells.last_column == width - 1 && buffer.bytes_per_row % std::int32_t{sizeof(Value)} == 0) {
-        fill(buffer.rows[cells.last_row], (cells.last_row - cells.first_row + 1) * buffer.bytes_per_row);
+    std::uint8_t byte;
+    std::memcpy(&byte, &value, 1);
+    const bool is_one_byte = has_equal_bytes(value);
+    if (is_one_byte && cells.first_column == 0 && cells.last_column == width - 1) {
+        std::memset(buffer.rows[cells.last_row], byte,
+                    static_cast<std::size_t>((cells.last_row - cells.first_row + 1) * buffer.bytes_per_row));
         return;
     }
-    for (std::int64_t row = cells.first_row; row <= cells.last_row; ++row) {
-        fill(buffer.rows[row] + cells.first_column * std::int64_t{sizeof(Value)},
-             (cells.last_column - cells.first_column + 1) * std::int64_t{sizeof(Value)});
+    const auto offset = static_cast<std::size_t>(cells.first_column) * sizeof value;
+    const auto bytes = static_cast<std::size_t>(cells.last_column - cells.first_column + 1) * sizeof value;
+    std::uint8_t* const first = buffer.rows[cells.first_row] + offset;
+    for (std::size_t i = 0; i < bytes; i += sizeof value) {
+        std::memcpy(first + i, &value, sizeof value);
+    }
+    for (std::int64_t row = cells.first_row + 1; row <= cells.last_row; ++row) {
+        std::memcpy(buffer.rows[row] + offset, first, bytes);
     }
 }
 

@@ -240,6 +240,13 @@ inline std::uint32_t mask_bits(const std::uint8_t* mask_row, std::int32_t column
     return ~(clipped >> (column & 7));
 }
 
+// The same for eight pixels, in the low bits.
+inline std::uint32_t mask_bits_of_8(const std::uint8_t* mask_row, std::int32_t column) {
+    const std::uint8_t* bytes = mask_row + (column >> 3);
+    const auto clipped = static_cast<std::uint8_t>((std::uint32_t{bytes[0]} << 8 | bytes[1]) >> (8 - (column & 7)));
+    return ~std::uint32_t{reversed.of[clipped]};
+}
+
 // How many of the pixels from the column on, up to count, lie in mask bytes that all have this value.
 inline std::int32_t stretch_of(const std::uint8_t* mask_row, std::int32_t column, std::int32_t count, std::uint8_t value) {
     const std::uint8_t* const first = mask_row + (column >> 3);

@@ -7,7 +7,11 @@
 
 #include "renderer/core/pixel_lanes.inl"
 #include "renderer/core/span.inl"
+#include "renderer/triangles/small_triangles.h"
 #include "renderer/triangles/triangle_kernels.h"
+#ifdef KRB_SMALL_TRIANGLES
+#include KRB_SMALL_TRIANGLES
+#endif
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -334,7 +338,26 @@ inline Vertex<8> vertex_of(const Triangle_Target& target, const VT_DCI_Point& po
     return {relative(point.y, target.origin_y), attributes_of(relative(point.x, target.origin_x), point.z, word_of_color(color))};
 }
 
-template <Triangle_Configuration c> void draw_flat_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
+// Draws runs of small triangles at once where the set can, and hands the others on as parts of the strip, in the strip's order.
+template <Triangle_Configuration c, class Draw>
+void draw_in_runs(const Triangle_Target& target, const Triangle_Strip& strip, Draw draw) {
+    if constexpr (Small_Triangles<c>::exist) {
+        if (!target.scissored) {
+            for (std::int32_t k = 0; k < strip.count - 2;) {
+                const Strip_Beginning beginning = Small_Triangles<c>::draw(target, strip.part(k, strip.count - k));
+                k += beginning.drawn;
+                if (beginning.left > 0) {
+                    draw(target, strip.part(k, beginning.left + 2));
+                    k += beginning.left;
+                }
+            }
+            return;
+        }
+    }
+    draw(target, strip);
+}
+
+template <Triangle_Configuration c> void draw_flat_triangles(const Triangle_Target& target, const Triangle_Strip& strip) {
     Filler<c, 4> filler(target, strip.colors[0]);
     Vertex<4> vertices[3] = {vertex_of(target, strip.points[0]), vertex_of(target, strip.points[1])};
     for (std::int32_t k = 0; k < strip.count - 2; ++k) {
@@ -346,12 +369,16 @@ template <Triangle_Configuration c> void draw_flat_strip(const Triangle_Target& 
         vertices[0] = vertices[1];
         vertices[1] = vertices[2];
     }
+}
+
+template <Triangle_Configuration c> void draw_flat_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
+    draw_in_runs<c>(target, strip, draw_flat_triangles<c>);
     leave_lanes();
 }
 
 // Runs of triangles whose colours hardly differ are drawn as one flat strip, each triangle in its first vertex's colour: they
 // look the same and cost a fraction.
-template <Triangle_Configuration c> void draw_gouraud_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
+template <Triangle_Configuration c> void draw_gouraud_triangles(const Triangle_Target& target, const Triangle_Strip& strip) {
     constexpr std::int32_t near_flat_limit = 3;
     Filler<c, 8> filler(target, strip.colors[0]);
     Vertex<8> vertices[3] = {vertex_of(target, strip.points[0], strip.colors[0]),
@@ -376,6 +403,15 @@ template <Triangle_Configuration c> void draw_gouraud_strip(const Triangle_Targe
         vertices[1] = vertices[2];
     }
     draw_pending(strip.count - 2);
+}
+
+template <Triangle_Configuration c> void draw_gouraud_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
+    constexpr Triangle_Configuration flat{Shading::flat, c.format, c.depth, c.pixel, c.clip};
+    if (strip.near_flat == &draw_flat_strip<flat>) {
+        draw_in_runs<c>(target, strip, draw_gouraud_triangles<c>);
+    } else {
+        draw_gouraud_triangles<c>(target, strip);
+    }
     leave_lanes();
 }
 

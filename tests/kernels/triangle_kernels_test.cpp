@@ -1,4 +1,5 @@
 // Triangle kernels by themselves: every instruction set writes the same bytes, and a scissor rectangle cuts exactly.
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <random>
@@ -70,13 +71,17 @@ struct Scene {
     explicit Scene(std::uint32_t seed) : dither(krb::make_dither(VT_Color_Cube({6, 5, 4}, 1, 7))) {
         std::mt19937 random(seed);
         const auto below = [&random](std::uint32_t end) { return static_cast<std::int32_t>(random() % end); };
-        const std::int32_t count = 3 + below(12);
+        // Half of the strips are long ones of small triangles, some of them almost flat.
+        const bool is_fine = below(2) == 0;
+        const std::int32_t count = 3 + below(is_fine ? 60 : 12);
         for (std::int32_t i = 0; i < count; ++i) {
             // Small steps now and then, so that spans of every length, slivers and repeated points occur.
-            if (i > 0 && below(3) == 0) {
+            if (i > 0 && (is_fine ? below(30) > 0 : below(3) == 0)) {
                 VT_DCI_Point near = points.back();
-                near.x = std::min(near.x + below(4), Canvas::width - 1);
-                near.y = std::min(near.y + below(4), Canvas::height - 1);
+                const auto step = [&] { return is_fine ? below(19) - 9 : below(4); };
+                near.x = std::clamp(near.x + step(), 0, Canvas::width - 1);
+                near.y = std::clamp(near.y + step(), 0, Canvas::height - 1);
+                near.z = is_fine && below(4) == 0 ? static_cast<std::int32_t>(random()) : near.z + below(40) - 20;
                 points.push_back(near);
                 colors.push_back(below(2) == 0 ? colors.back() : random_color(random));
             } else {
