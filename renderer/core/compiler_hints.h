@@ -4,9 +4,11 @@
 #if defined(__GNUC__)
 // Asks for memory that is soon written.
 #define KRB_FETCH_EARLY(address) __builtin_prefetch(address, 1)
+#define KRB_FETCH_FOR_READING(address) __builtin_prefetch(address)
 // For small functions in kernels that compilers would rather call, because there are many of them.
 #define KRB_ALWAYS_INLINE [[gnu::always_inline]] inline
 #else
 #define KRB_FETCH_EARLY(address) static_cast<void>(address)
+#define KRB_FETCH_FOR_READING(address) static_cast<void>(address)
 #define KRB_ALWAYS_INLINE __forceinline
 #endif

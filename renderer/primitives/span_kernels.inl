@@ -21,8 +21,12 @@ template <Pixel_Format of_format, class Combination, Clip_Rule of_clip> struct S
     static constexpr bool hides_transparent = false;
 };
 
-template <Clip_Rule of_clip> struct Image_Blend_Rules : Span_Rules<Pixel_Format::rgb32, Blend, of_clip> {
-    static constexpr bool hides_transparent = true;
+// Images are drawn from the highest row down, and the row below is in memory that no processor foresees.
+template <class Combination, Clip_Rule of_clip> struct Image_Rules : Span_Rules<Pixel_Format::rgb32, Combination, of_clip> {
+    static constexpr bool fetches_ahead = true;
+    static constexpr bool hides_transparent = Combination::reads;
+
+    static std::int32_t row_to_come(const Pixel_Target&, std::int32_t row) { return row > 0 ? row - 1 : row; }
 };
 
 // Source pixels that lie side by side in memory.
@@ -36,6 +40,10 @@ template <Pixel_Format format> struct Image_Source {
     Int pixels = splat(0);
 
     template <class Lanes> Lanes prepare(Lanes lanes) {
+        if constexpr (format == Pixel_Format::rgb32 && Is_Whole_Group<Lanes>::value) {
+            // The next row, where rows lie one behind the other.
+            KRB_FETCH_FOR_READING(source + (position + count) * pixel_bytes);
+        }
         if constexpr (masked_memory || Is_Whole_Group<Lanes>::value) {
             pixels = loaded(source + position * pixel_bytes, lanes);
         } else if (position >= 0 && count - position >= lane_count) {
@@ -102,7 +110,7 @@ template <class Rules> void fill(const Pixel_Target& target, const Mirrored_Rows
 
 template <class Rules> void copy(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* source) {
     using Source = Image_Source<Rules::format>;
-    if constexpr (Rules::pixel == Pixel_Rule::store && Rules::clip == Clip_Rule::open) {
+    if constexpr (Rules::format == Pixel_Format::index8 && Rules::clip == Clip_Rule::open) {
         std::memcpy(target.color_rows[span.row] + span.column * Source::pixel_bytes, source,
                     static_cast<std::size_t>(span.count * Source::pixel_bytes));
     } else {
@@ -113,8 +121,8 @@ template <class Rules> void copy(const Pixel_Target& target, Pixel_Span span, co
 
 template <Clip_Rule clip> constexpr Span_Kernels span_kernels_of() {
     return {&fill<Span_Rules<Pixel_Format::rgb32, Store, clip>>, &fill<Span_Rules<Pixel_Format::rgb32, Line_Blend, clip>>,
-            &copy<Span_Rules<Pixel_Format::index8, Store, clip>>, &copy<Span_Rules<Pixel_Format::rgb32, Store, clip>>,
-            &copy<Image_Blend_Rules<clip>>};
+            &copy<Span_Rules<Pixel_Format::index8, Store, clip>>, &copy<Image_Rules<Store, clip>>,
+            &copy<Image_Rules<Blend, clip>>};
 }
 
 } // namespace
