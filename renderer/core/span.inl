@@ -185,7 +185,14 @@ private:
         // Whole pixels on, also in rows that start at odd addresses.
         const auto misaligned = static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(at) % std::uintptr_t{vector_bytes});
         at += (vector_bytes - misaligned) / pixel_bytes * pixel_bytes;
+        std::int64_t ahead = 0;
+        if constexpr (Rules::fetches_ahead) {
+            ahead = target.color_rows[Rules::row_to_come(target, row)] - color_row;
+        }
         for (; at < last; at += vector_bytes) {
+            if constexpr (Rules::fetches_ahead) {
+                KRB_FETCH_EARLY(at + ahead);
+            }
             store_pixels(at, source.pixel_lanes(), All{});
         }
         store_pixels(last, source.pixel_lanes(), All{});

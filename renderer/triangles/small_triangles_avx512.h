@@ -341,7 +341,23 @@ private:
             red = edge_tables<16>(shift_right<16>(words) & byte, next, after_next);
         }
         const Place place{target.color_rows, target.depth_rows, target.mask_rows};
+        const auto fetch_early = [&](std::int32_t first) {
+            alignas(64) std::int32_t columns[16];
+            const Int word = load_ints(rows.word + first);
+            store_ints(columns, shift_right<16>(on_edge(x, word, shift_right<16>(word) & splat(0xFF))));
+            const std::int32_t fetched = rows.count - first < 16 ? rows.count - first : 16;
+            for (std::int32_t i = 0; i < fetched; ++i) {
+                if constexpr (has_depths) {
+                    KRB_FETCH_EARLY(place.depth_rows[rows.row[first + i]] + std::int64_t{2} * columns[i]);
+                }
+                KRB_FETCH_EARLY(place.color_rows[rows.row[first + i]] + std::int64_t{4} * columns[i]);
+            }
+        };
+        fetch_early(0);
         for (std::int32_t first = 0; first < rows.count; first += 16) {
+            if (first + 16 < rows.count) {
+                fetch_early(first + 16);
+            }
             const Int word = load_ints(rows.word + first);
             const Int left_edge = word;
             const Int right_edge = shift_right<5>(word);
