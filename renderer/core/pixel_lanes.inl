@@ -3,6 +3,7 @@
 //
 // A value at pixel i is start + i * step whichever way it is reached, so lanes may start anywhere.
 
+#include <bit>
 #include <cstring>
 
 #include "renderer/core/compiler_hints.h"
@@ -24,6 +25,12 @@ struct Ramp {
 // ---- colour sources
 
 inline std::uint32_t word_of_color(VT_RGB32 color) {
+    if constexpr (std::endian::native == std::endian::little) {
+        // Compilers take the bytes apart otherwise, and put them together again for every line.
+        std::uint32_t word;
+        std::memcpy(&word, &color, sizeof word);
+        return word;
+    }
     return std::uint32_t{color.blue} | std::uint32_t{color.green} << 8 | std::uint32_t{color.red} << 16 |
            std::uint32_t{color.alpha} << 24;
 }
