@@ -398,7 +398,8 @@ void Rendering::write(Output_File& file, std::string& hash, unsigned threads, co
 // Parts of a picture may well be empty.
 void Rendering::check_sight() const {
     if (sight_->is_empty() && part_.is_whole() && !options_.allow_empty) {
-        throw std::runtime_error(nothing_seen(name_of_input(options_.models.front())));
+        throw std::runtime_error(
+            nothing_seen(name_of_input(options_.models.front()) + (options_.models.size() > 1 ? " and others" : "")));
     }
 }
 
@@ -518,13 +519,13 @@ void Rendering::draw_frames() {
         Progress progress;
         for (std::size_t f = 0; f < count; ++f) {
             const auto frame = static_cast<std::int32_t>(f);
-            const auto frame_start = Clock::now();
+            const auto prepare_start = Clock::now();
             prepare(camera_of(frame));
+            times_.prepare = milliseconds_since(prepare_start);
             files[f] = std::make_unique<Output_File>(frame_name(options_.output, frame, frame_count()));
             write(*files[f], hashes[f], plan_->threads, workers, false,
                   [&](double done) { progress.show((static_cast<double>(f) + done) / static_cast<double>(count)); });
             files[f]->close();
-            times_.draws.push_back(milliseconds_since(frame_start));
         }
     }
     check_sight();
@@ -542,17 +543,22 @@ void Rendering::print_stats() const {
     const Times& times = times_;
     std::vector<double> draws = times.draws;
     std::ranges::sort(draws);
-    std::fprintf(stderr, "%s, load %.1f ms, setup %.1f ms, draw %.2f ms", model_.summary().c_str(), times.load, times.setup,
-                 draws.front());
+    std::fprintf(stderr, "%s, load %.1f ms, setup %.1f ms", model_.summary().c_str(), times.load, times.setup);
+    if (!draws.empty()) {
+        std::fprintf(stderr, ", draw %.2f ms", draws.front());
+    }
     if (draws.size() > 1) {
         std::fprintf(stderr, " at best, %.2f ms in the middle of %zu", draws[draws.size() / 2], draws.size());
     }
+    if (plan_->grid.count() > 1) {
+        std::fprintf(stderr, ", %sprepare %.2f ms, %zu tiles of %dx%d by %u threads", draws.empty() ? "" : "of it ",
+                     times.prepare, plan_->grid.count(), plan_->grid.tile_size.x, plan_->grid.tile_size.y, plan_->threads);
+    }
     if (is_turntable()) {
-        std::fprintf(stderr, ", %d frames drawn and written in %.1f ms", frame_count(), times.written);
-    } else if (plan_->grid.count() > 1) {
-        std::fprintf(stderr, ", of it prepare %.2f ms, %zu tiles of %dx%d by %u threads, drawn and written in %.1f ms",
-                     times.prepare, plan_->grid.count(), plan_->grid.tile_size.x, plan_->grid.tile_size.y, plan_->threads,
-                     times.written);
+        std::fprintf(stderr, ", %d frames", frame_count());
+    }
+    if (is_turntable() || plan_->grid.count() > 1) {
+        std::fprintf(stderr, ", drawn and written in %.1f ms", times.written);
     }
     std::fputc('\n', stderr);
 }
