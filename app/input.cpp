@@ -101,8 +101,7 @@ bool is_compressed(const std::string& path) {
     return stream.read(magic, 2) && is_gzip({magic, 2});
 }
 
-} // namespace
-
+// As a suffix: ply, stl, obj, glb, gltf, json (a map) or dxf; empty for others.
 std::string format_of_content(const std::string& content) {
     const std::string_view text = content;
     if (text.starts_with("ply\n") || text.starts_with("ply\r")) {
@@ -118,17 +117,19 @@ std::string format_of_content(const std::string& content) {
     return is_dxf(text) ? "dxf" : is_stl(text) ? "stl" : is_obj(text) ? "obj" : "";
 }
 
+} // namespace
+
 Input open_input(const std::string& path, const std::string& format) {
     if (!format.empty() && std::ranges::find(map_formats, format) == map_formats.end() && !scene::is_model_format(format)) {
         throw Usage_Error("--input-format: expected a suffix of files that can be read, as obj, ply, stl, json or dxf, found '" +
                           format + "'");
     }
-    Input input{name_of_input(path), format, std::nullopt};
     const bool is_named = path != "-";
-    if (is_named && format.empty()) {
-        input.format = suffix_of(path_of(path));
-        const bool is_known = is_map(input) || scene::is_model_format(input.format);
-        if (!is_stream(path) && !is_compressed(path) && (is_known || !std::filesystem::exists(path_of(path)))) {
+    const std::string suffix = is_named ? suffix_of(path_of(path)) : "";
+    Input input{name_of_input(path), format.empty() ? suffix : format, std::nullopt};
+    if (is_named && input.format == suffix && !is_stream(path) && !is_compressed(path)) {
+        std::error_code none;
+        if (is_map(input) || scene::is_model_format(suffix) || !std::filesystem::exists(path_of(path), none)) {
             return input;
         }
     }
@@ -140,7 +141,7 @@ Input open_input(const std::string& path, const std::string& format) {
             throw Usage_Error(input.name + ": " + error.what());
         }
     }
-    if (is_named && input.format == "gz") {
+    if (input.format == "gz") {
         input.format = suffix_of(path_of(path).stem());
     }
     if (format.empty() && !is_map(input) && !scene::is_model_format(input.format)) {

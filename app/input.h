@@ -17,9 +17,6 @@ struct Input {
 // suffix decides, and the content where that says nothing. Compressed files (gzip) are unpacked. Throws Usage_Error.
 Input open_input(const std::string& path, const std::string& format);
 
-// What a content without a name is, as a suffix: ply, stl, obj, glb, gltf, json (a map) or dxf; empty for others.
-std::string format_of_content(const std::string& content);
-
 // Maps and drawings: GeoJSON, TopoJSON and DXF.
 bool is_map(const Input& input);
 

@@ -226,7 +226,7 @@ Mesh read_with_assimp(const Input& input) {
     const aiScene* scene =
         input.content ? importer.ReadFileFromMemory(input.content->data(), input.content->size(), steps, input.format.c_str())
                       : importer.ReadFile(file, steps);
-    if (!scene && input.content && input.format.empty()) {
+    if (!scene && input.content && !is_assimp_format(input.format)) {
         throw Model_Error(file + ": expected a model, map or drawing that its content makes known, found " +
                           (input.content->empty() ? "nothing" : "another one; --input-format names it"));
     }
