@@ -126,7 +126,7 @@ public:
 
 private:
     void add_workers(std::size_t count);
-    scene::Camera camera_of(std::int32_t frame) const;
+    void make_cameras();
     void prepare(const scene::Camera& camera);
     void draw_tile(Worker& worker, std::size_t tile) const;
     void draw_tiles();
@@ -160,7 +160,8 @@ private:
 
     Drawn_Model model_;
     scene::Camera_Settings camera_settings_;
-    VT_Vector_D turning_place_; // that the axis of a turntable goes through
+    VT_Vector_D turning_place_;          // that the axis of a turntable goes through
+    std::vector<scene::Camera> cameras_; // by frame
     std::optional<Picture_Plan> plan_;
     std::uint64_t model_memory_ = 0;
     unsigned frames_at_once_ = 1;
@@ -306,13 +307,17 @@ void Rendering::describe() const {
 }
 
 // Frames of a turntable after the first one look from places around the model's middle, or around what the camera looks at.
-scene::Camera Rendering::camera_of(std::int32_t frame) const {
+void Rendering::make_cameras() {
     scene::Camera_Settings settings = camera_settings_;
-    if (frame > 0) {
-        const scene::Aim first = settings.aim ? *settings.aim : scene::fitted_aim(settings, model_.points());
-        settings.aim = scene::turned_aim(first, turning_place_, scene::up_direction(settings.up), frame, frame_count());
+    cameras_.push_back(scene::fit_camera(settings, model_.points()));
+    if (frame_count() == 1) {
+        return;
     }
-    return scene::fit_camera(settings, model_.points());
+    const scene::Aim first = settings.aim ? *settings.aim : scene::fitted_aim(settings, model_.points());
+    for (std::int32_t frame = 1; frame < frame_count(); ++frame) {
+        settings.aim = scene::turned_aim(first, turning_place_, scene::up_direction(settings.up), frame, frame_count());
+        cameras_.push_back(scene::fit_camera(settings, model_.points()));
+    }
 }
 
 void Rendering::prepare(const scene::Camera& camera) {
@@ -404,14 +409,13 @@ void Rendering::check_sight() const {
 }
 
 void Rendering::draw_picture() {
-    const scene::Camera camera = camera_of(0);
     Output_Files recording;
     const bool several = plan_->grid.count() > 1;
     const bool measured = !several || options_.stats || options_.repeat > 1;
     add_workers(several ? plan_->threads : 1);
     for (int i = 0; i < options_.repeat; ++i) {
         const auto start = Clock::now();
-        prepare(camera);
+        prepare(cameras_.front());
         times_.prepare = milliseconds_since(start);
         if (measured) {
             draw_tiles();
@@ -444,7 +448,7 @@ void Rendering::warn_of_cut_frames() const {
     double first = 0, farthest = 0;
     std::int32_t count = 0;
     for (std::int32_t frame = 0; frame < frame_count(); ++frame) {
-        const double reach = scene::reach_of(camera_of(frame), model_.points());
+        const double reach = scene::reach_of(cameras_[static_cast<std::size_t>(frame)], model_.points());
         first = frame == 0 ? reach : first;
         farthest = std::max(farthest, reach);
         count += reach > 1;
@@ -474,7 +478,7 @@ void Rendering::draw_frames_side_by_side(std::vector<std::unique_ptr<Output_File
                 {
                     const std::lock_guard lock(drawing);
                     const auto start = Clock::now();
-                    prepare(camera_of(frame));
+                    prepare(cameras_[f]);
                     draw_tile(worker, 0);
                     times_.draws.push_back(milliseconds_since(start));
                 }
@@ -520,7 +524,7 @@ void Rendering::draw_frames() {
         for (std::size_t f = 0; f < count; ++f) {
             const auto frame = static_cast<std::int32_t>(f);
             const auto prepare_start = Clock::now();
-            prepare(camera_of(frame));
+            prepare(cameras_[f]);
             times_.prepare = milliseconds_since(prepare_start);
             files[f] = std::make_unique<Output_File>(frame_name(options_.output, frame, frame_count()));
             write(*files[f], hashes[f], plan_->threads, workers, false,
@@ -564,6 +568,7 @@ void Rendering::print_stats() const {
 }
 
 void Rendering::draw() {
+    make_cameras();
     if (is_turntable()) {
         draw_frames();
     } else {
