@@ -734,7 +734,7 @@ std::string finished(const Map_Picture& picture, const Map_Drawing& drawing, Ses
         drawing.draw(session, b);
     }
     Sight sight(std::move(nothing));
-    const std::string file = png_file(png_form_of(raster, session.palette()), [&](std::uint32_t row, std::uint8_t* samples) {
+    std::string file = png_file(png_form_of(raster, session.palette()), [&](std::uint32_t row, std::uint8_t* samples) {
         finish.store_row(raster, static_cast<std::int32_t>(row), {}, samples);
         sight.look_at(samples, static_cast<std::size_t>(raster.width));
     });

@@ -17,6 +17,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Bytes for standard output that are kept in memory; more go into a file that has no name.
+constexpr std::size_t most_held = std::size_t{4} << 20;
+
 [[noreturn]] void fail(const fs::path& path, const std::error_code& reason) {
     throw std::runtime_error(path.string() + ": cannot be written: " + reason.message());
 }
@@ -46,10 +49,6 @@ Output_File::Output_File(const std::string& name) : path_(path_of(name)) {
     std::error_code none;
     if (name == "-") {
         path_ = "standard output";
-        file_.reset(std::tmpfile());
-        if (!file_) {
-            fail(path_, last_error());
-        }
         is_standard_output_ = true;
         return;
     }
@@ -83,9 +82,21 @@ Output_File::~Output_File() {
 
 void Output_File::write(std::string_view bytes) {
     errno = 0;
+    if (is_standard_output_ && !file_) {
+        held_ += bytes;
+        if (held_.size() <= most_held) {
+            return;
+        }
+        file_.reset(std::tmpfile());
+        if (!file_) {
+            fail(path_, last_error());
+        }
+        bytes = held_;
+    }
     if (std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) {
         fail(path_, last_error());
     }
+    held_.clear();
 }
 
 void Output_File::check(const std::string& name) {
@@ -134,18 +145,20 @@ void Output_File::commit() {
 void Output_File::copy_to_standard_output() {
     set_binary(stdout);
     errno = 0;
-    std::rewind(file_.get());
-    std::vector<char> block(std::size_t{1} << 16);
-    for (std::size_t count = 1; count > 0;) {
-        count = std::fread(block.data(), 1, block.size(), file_.get());
-        if (std::fwrite(block.data(), 1, count, stdout) != count) {
-            fail(path_, last_error());
+    bool fine = std::fwrite(held_.data(), 1, held_.size(), stdout) == held_.size();
+    if (file_) {
+        std::rewind(file_.get());
+        std::vector<char> block(std::size_t{1} << 16);
+        for (std::size_t count = 1; fine && count > 0;) {
+            count = std::fread(block.data(), 1, block.size(), file_.get());
+            fine = std::fwrite(block.data(), 1, count, stdout) == count && std::ferror(file_.get()) == 0;
         }
     }
-    if (std::ferror(file_.get()) != 0 || std::fflush(stdout) != 0) {
+    if (!fine || std::fflush(stdout) != 0) {
         fail(path_, last_error());
     }
     file_ = nullptr;
+    held_.clear();
 }
 
 void Output_Files::add(const std::string& name, std::string_view bytes) {

@@ -39,6 +39,7 @@ private:
     std::filesystem::path temporary_; // empty when there is none, or no longer
     std::unique_ptr<std::FILE, Close> file_;
     bool is_standard_output_ = false;
+    std::string held_; // for standard output
 };
 
 // Files written together: all of them are complete beside their places before the first one moves there.
