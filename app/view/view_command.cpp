@@ -30,7 +30,11 @@ void show(const View_Options& options, const Module_Choice& module) {
                                                       "--size: expected WIDTHxHEIGHT with sides from 1 to 16383"));
     const auto script = options.script.empty() ? std::vector<view::Script_Step>()
                                                : view::parsed_script(options.script, scene::read_file(options.script));
-    const std::unique_ptr<view::Window> window = view::open_window(options.model, size);
+    std::string title;
+    for (const std::string& file : options.models) {
+        title += (title.empty() ? "" : ", ") + file;
+    }
+    const std::unique_ptr<view::Window> window = view::open_window(title, size);
     view::Viewer viewer(options, module, options.folder, *window);
     window->run(viewer, script);
 }
@@ -48,7 +52,7 @@ std::string help_text() {
 void add_view_command(CLI::App& application, int& status) {
     CLI::App& command = *application.add_subcommand("view", "Turn a model in a window");
     const auto options = std::make_shared<View_Options>();
-    add_model_options(command, *options, "Model: PLY, OBJ, STL and whatever assimp reads");
+    add_model_options(command, *options, "Models: PLY, OBJ, STL and whatever assimp reads");
     command.add_option("--size", options->size, "Width and height of the window; by default what suits the display")
         ->type_name("WxH");
     command.add_option("--screenshots", options->folder, "Folder for screenshots")->type_name("FOLDER")->capture_default_str();
