@@ -72,18 +72,30 @@ struct Border_Style {
     Dashes dashes;
 };
 
+const std::vector<Border_Style>& border_styles() {
+    static const std::vector<Border_Style> styles{{"solid", {}},
+                                                  {"dashed", {6, 4}},
+                                                  {"dotted", {0, 3}},
+                                                  {"dash-dot", {8, 3, 0, 3}},
+                                                  {"dash-dot-dot", {8, 3, 0, 3, 0, 3}},
+                                                  {"long-dashed", {14, 5}}};
+    return styles;
+}
+
+std::vector<std::string> border_names() {
+    std::vector<std::string> names{"none"};
+    for (const Border_Style& style : border_styles()) {
+        names.emplace_back(style.name);
+    }
+    return names;
+}
+
 // Nothing: no line at all.
 std::optional<Dashes> parsed_dashes(const char* option, const std::string& text) {
-    static const Border_Style styles[] = {{"solid", {}},
-                                          {"dashed", {6, 4}},
-                                          {"dotted", {0, 3}},
-                                          {"dash-dot", {8, 3, 0, 3}},
-                                          {"dash-dot-dot", {8, 3, 0, 3, 0, 3}},
-                                          {"long-dashed", {14, 5}}};
     if (text == "none") {
         return std::nullopt;
     }
-    for (const Border_Style& style : styles) {
+    for (const Border_Style& style : border_styles()) {
         if (text == style.name) {
             return style.dashes;
         }
@@ -101,24 +113,31 @@ std::optional<Dashes> parsed_dashes(const char* option, const std::string& text)
     return lengths;
 }
 
+constexpr std::array<std::pair<const char*, std::int32_t>, 9> symbols{{{"dot", marker_symbol::dot},
+                                                                       {"plus", marker_symbol::plus},
+                                                                       {"cross", marker_symbol::cross},
+                                                                       {"circle", marker_symbol::circle},
+                                                                       {"disc", marker_symbol::filled_circle},
+                                                                       {"square", marker_symbol::square},
+                                                                       {"block", marker_symbol::filled_square},
+                                                                       {"triangle", marker_symbol::triangle},
+                                                                       {"star", marker_symbol::star}}};
+
+std::vector<std::string> symbol_names() {
+    std::vector<std::string> names;
+    for (const auto& [name, symbol] : symbols) {
+        names.emplace_back(name);
+    }
+    return names;
+}
+
 std::int32_t parsed_symbol(const std::string& text) {
-    constexpr std::array<std::pair<const char*, std::int32_t>, 9> symbols{{{"dot", marker_symbol::dot},
-                                                                           {"plus", marker_symbol::plus},
-                                                                           {"cross", marker_symbol::cross},
-                                                                           {"circle", marker_symbol::circle},
-                                                                           {"disc", marker_symbol::filled_circle},
-                                                                           {"square", marker_symbol::square},
-                                                                           {"block", marker_symbol::filled_square},
-                                                                           {"triangle", marker_symbol::triangle},
-                                                                           {"star", marker_symbol::star}}};
-    std::string names;
     for (const auto& [name, symbol] : symbols) {
         if (text == name) {
             return symbol;
         }
-        names += (names.empty() ? "" : ", ") + std::string(name);
     }
-    throw Usage_Error("--marker: expected one of " + names + ", found '" + text + "'");
+    throw Usage_Error("--marker: expected one of " + CLI::detail::join(symbol_names(), ", ") + ", found '" + text + "'");
 }
 
 std::optional<Extent> parsed_extent(const std::string& text, bool drawing) {
@@ -630,37 +649,39 @@ void add_map_options(CLI::App& command, Map_Options& options) {
         return command.add_option(name, target, description)->type_name(type)->group(option_group);
     };
     add("--projection", options.projection,
-        "equirectangular (default), mercator, robinson, orthographic and others, a PROJ string, or plane: coordinates as they "
-        "are",
-        "NAME");
+        "A projection's name, a PROJ string or EPSG code; maps are equirectangular by default, plane is coordinates as they are",
+        "NAME")
+        ->check(values(projection_names()));
     add("--center", options.center, "Longitude, or longitude and latitude, in the middle of the projection", "LON[,LAT]");
     add("--bbox", options.bbox, "What to show, in degrees or a drawing's units; all by default", "W,S,E,N");
     add("--layer", options.layer, "Object of a TopoJSON file; its first by default", "NAME");
     add("--clip-to", options.clip_to, "Draw inside of this shape only: its name, id or number", "SHAPE");
-    add("--fill", options.fill, "palette (neighbours differ; default of maps), none, or one colour for all faces", "COLOR");
+    add("--fill", options.fill, "One colour for all faces; palette, the default of maps, gives neighbours different ones",
+        "COLOR");
     add("--opacity", options.opacity, "How much fills hide what lies below", "SHARE")->check(CLI::Range(0.0, 1.0));
     add("--water", options.water, "Colour of the globe behind the shapes", "COLOR");
     add("--graticule", options.graticule, "Meridians and parallels so many degrees apart", "DEGREES")
         ->check(CLI::Range(0.1, 90.0));
-    add("--border", options.border,
-        "Borders and lines: none, solid (default), dashed, dotted, dash-dot, dash-dot-dot, long-dashed or lengths: 6,4", "STYLE");
-    add("--outline", options.outline, "Borders that no two faces share, as coasts; as --border by default", "STYLE");
+    add("--border", options.border, "Borders and lines, solid by default; or lengths of dashes and gaps such as 6,4", "STYLE")
+        ->check(values(border_names()));
+    add("--outline", options.outline, "Borders that no two faces share, as coasts; as --border by default", "STYLE")
+        ->check(values(border_names()));
     add("--border-color", options.border_color, "Colour of borders and lines instead of their own", "COLOR");
     add("--border-width", options.border_width, "Width of borders and lines, 1 by default", "PIXELS")->check(CLI::Range(1, 1000));
     add("--casing", options.casing, "Colour of a casing on both sides of borders and lines", "COLOR");
     add("--casing-width", options.casing_width, "Width of the casing on each side, 2 by default", "PIXELS")
         ->check(CLI::Range(1, 1000));
-    add("--marker", options.marker, "Points: dot, plus, cross, circle, disc (default), square, block, triangle or star",
-        "SYMBOL");
+    add("--marker", options.marker, "Points, disc by default", "SYMBOL")->check(values(symbol_names()));
     add("--marker-size", options.marker_size, "Size of points, 7 by default", "PIXELS")->check(CLI::Range(1, 1000));
     add("--marker-color", options.marker_color, "Colour of points", "COLOR");
     command.add_flag("--labels", options.labels, "Names of shapes where there is room for them")->group(option_group);
     add("--label-size", options.label_size, "Size of letters, 12 by default", "PIXELS")->check(CLI::Range(4, 1000));
     add("--label-color", options.label_color, "Colour of letters", "COLOR");
-    add("--font", options.font, "Font of labels: TrueType, OpenType and others", "FILE");
-    add("--overlay", options.overlay, "Another map to draw over this one", "FILE");
+    add("--font", options.font, "Font of labels: TrueType, OpenType and others", "FONT");
+    add("--overlay", options.overlay, "Another map to draw over this one", "MAP");
     add("--overlay-color", options.overlay_color, "Colour of its faces, lines and points", "COLOR");
-    add("--merge", options.merge, "and: the overlay's colours and those below combine bit by bit, as inks do", "RULE");
+    add("--merge", options.merge, "How the overlay's colours combine with those below, bit by bit, as inks do", "RULE")
+        ->check(values({"and"}));
 }
 
 void refuse_options_of_other_kind(const CLI::App& command, const std::string& file) {

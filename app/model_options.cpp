@@ -36,8 +36,10 @@ template <class Value>
 void add_choice(CLI::App& command, const std::string& name, Value& target, const std::string& description,
                 const Choices<Value>& choices) {
     std::string listed = choices.front().first;
+    std::vector<std::string> names{listed};
     for (std::size_t i = 1; i < choices.size(); ++i) {
         listed += (i + 1 < choices.size() ? ", " : " or ") + choices[i].first;
+        names.push_back(choices[i].first);
     }
     const auto choose = [name, &target, listed, &choices](const std::string& given) {
         const auto found = std::ranges::find(choices, given, [](const auto& choice) { return choice.first; });
@@ -46,7 +48,10 @@ void add_choice(CLI::App& command, const std::string& name, Value& target, const
         }
         target = found->second;
     };
-    command.add_option_function<std::string>(name, choose, description + ": " + listed)->type_name("NAME");
+    command.add_option_function<std::string>(name, choose, description)
+        ->type_name("NAME")
+        ->default_str(choices.front().first)
+        ->check(values(names));
 }
 
 VT_RGB32 parsed_color(const char* option, const std::string& text) {
@@ -124,18 +129,21 @@ void add_model_options(CLI::App& command, Model_Options& options, const std::str
     command
         .add_option_function<std::string>(
             "--camera", [&options](const std::string& text) { options.aim = parsed_aim(text); },
-            "Instead of a side: places of the eye and of the middle of the picture in the model's coordinates, and the "
-            "direction that points up if it is not the model's")
-        ->type_name("X,Y,Z,X,Y,Z[,X,Y,Z]");
-    CLI::Option* perspective = command.add_flag("--perspective")->description("Near things are larger (default)");
+            "Instead of a side: places of the eye and of the middle of the picture, X,Y,Z,X,Y,Z in the model's coordinates, "
+            "and three more numbers for the direction that points up if it is not the model's")
+        ->type_name("PLACES");
+    CLI::Option* perspective = command.add_flag("--perspective")->description("Near things are larger, as without --ortho");
     command.add_flag("--ortho", options.orthographic, "Parallel lines stay parallel")->excludes(perspective);
     add_choice(command, "--up", options.camera.up, "The model's axis that points up", up_axes);
     command.add_option("--zoom", options.camera.zoom, "Enlarge the middle of the picture")
         ->check(CLI::Range(0.01, 1000.0))
         ->capture_default_str();
     add_choice(command, "--shading", options.picture.shading, "How colours run over faces", shadings);
-    command.add_flag("--edges{all}", options.edges,
-                     "Draw the edges of polygons over them; --edges=feature: outlines, borders and sharp bends only");
+    command
+        .add_flag("--edges{all}", options.edges,
+                  "Draw the edges of polygons over them, or outlines, borders and sharp bends only")
+        ->type_name("KIND")
+        ->check(values({"all", "feature"}));
     command.add_option("--edge-color", options.edge_color, "Colour of edges and wireframes")->type_name("COLOR");
     command.add_flag("--antialias", options.antialias, "Smooth lines");
     add_choice(command, "--cull", options.picture.culling, "Faces to leave out, as seen by the viewer", cullings);
@@ -146,6 +154,10 @@ void add_model_options(CLI::App& command, Model_Options& options, const std::str
         ->capture_default_str();
     add_choice(command, "--colors", options.colors, "Bits a pixel, 8 through a palette", color_bits);
     command.add_flag("--strict", options.strict, "Fail when a material or texture cannot be read");
+    command.get_option("model")->type_name("MODEL");
+    group_options(command, "Camera", "--view --camera --perspective --ortho --up --zoom");
+    group_options(command, "Drawing",
+                  "--shading --edges --edge-color --antialias --cull --background --color --light --colors --strict");
 }
 
 std::vector<std::string> arguments_of(const Model_Options& options) {

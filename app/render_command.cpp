@@ -28,6 +28,7 @@
 #include "app/picture_part.h"
 #include "app/picture_plan.h"
 #include "app/picture_stream.h"
+#include "app/scene/color_name.h"
 #include "app/scene/model_reader.h"
 #include "app/sha256.h"
 
@@ -276,17 +277,27 @@ Map_Picture map_picture_of(const Render_Options& options, bool size_given) {
             .strict = options.strict};
 }
 
+std::string color_help() {
+    std::string text = "Colours:\n  #rgb, #rrggbb or a name:\n ";
+    for (const std::string& name : scene::color_names()) {
+        text += (text.size() - text.rfind('\n') + name.size() > 76 ? "\n  " : " ") + name;
+    }
+    return text;
+}
+
 } // namespace
 
 void add_render_command(CLI::App& application, int& status) {
-    CLI::App& command = *application.add_subcommand("render", "Draw a model, a map or a drawing as a picture");
+    CLI::App& command = *application.add_subcommand("render", "Draw a model, a map or a drawing as a PNG picture.");
     const auto options = std::make_shared<Render_Options>();
     add_model_options(command, *options,
                       "Model (PLY, OBJ, STL and whatever assimp reads), map (GeoJSON, TopoJSON) or drawing (DXF)");
-    command.add_option("-o,--output", options->output, "PNG file to write")->required();
+    command.add_option("-o,--output", options->output, "PNG file to write")->required()->type_name("FILE.png");
     command.add_option("--record", options->record, "Write what is drawn as a picture for replay too, compressed as FILE.gz")
-        ->type_name("FILE");
-    command.add_option("--size", options->size, "Width and height in pixels")->type_name("WxH")->capture_default_str();
+        ->type_name("PICTURE");
+    command.add_option("--size", options->size, "Width and height in pixels; maps are as high as they need to be without it")
+        ->type_name("WxH")
+        ->capture_default_str();
     command.add_option("--repeat", options->repeat, "Draw the picture so many times, for measuring")
         ->check(CLI::Range(1, 1000000));
     command.add_flag("--stats", options->stats, "Print sizes and times");
@@ -305,6 +316,16 @@ void add_render_command(CLI::App& application, int& status) {
     command.add_flag("--hash", options->hash, "Print the SHA-256 of the pixels");
     const auto map_options = std::make_shared<Map_Options>();
     add_map_options(command, *map_options);
+    group_options(command, "Output", "--output --size --record --hash");
+    group_options(command, "Large pictures", "--threads --max-memory --tile-size --tiles-of --tile");
+    group_options(command, "Measuring", "--repeat --stats");
+    command.footer(
+        footer({{"vorna render bunny.obj -o bunny.png --view front --edges --antialias", "a model with its edges"},
+                {"vorna render truck.gltf -o truck.png --shading textured --size 1920x1080", "with its materials and images"},
+                {"vorna render countries.json -o world.png --projection robinson --border dashed", "a map of the world"},
+                {"vorna render bunny.obj -o poster.png --size 40000x20000", "a poster, within 1 GiB of memory"},
+                {"vorna render bunny.obj -o bunny.png --record bunny.json.gz", "and the calls that drew it, for vorna replay"}},
+               color_help()));
     command.fallthrough();
     command.callback([options, map_options, &command, &application, &status] {
         refuse_options_of_other_kind(command, options->model);

@@ -46,14 +46,18 @@ std::string help_text() {
 } // namespace
 
 void add_view_command(CLI::App& application, int& status) {
-    CLI::App& command = *application.add_subcommand("view", "Turn a model in a window");
+    CLI::App& command = *application.add_subcommand("view", "Turn a model in a window.");
     const auto options = std::make_shared<View_Options>();
     add_model_options(command, *options, "Model: PLY, OBJ, STL and whatever assimp reads");
     command.add_option("--size", options->size, "Width and height of the window; by default what suits the display")
         ->type_name("WxH");
     command.add_option("--screenshots", options->folder, "Folder for screenshots")->type_name("FOLDER")->capture_default_str();
     command.add_option("--script", options->script, "Mouse and keys from a file, see docs/viewing.md")->type_name("FILE");
-    command.footer(help_text());
+    group_options(command, "Window", "--size --screenshots --script");
+    command.footer(
+        footer({{"vorna view bunny.obj", "turn it with the mouse, h shows the keys"},
+                {"vorna view truck.gltf --shading textured --edges --size 1600x1000", "as vorna render would draw it"}},
+               help_text()));
     command.fallthrough();
     command.callback([options, &application, &status] {
         show(*options, chosen_module(application));
