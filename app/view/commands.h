@@ -24,6 +24,7 @@ enum class Command {
     smaller,
     home,
     screenshot,
+    record,
     help,
     full_screen,
     quit,

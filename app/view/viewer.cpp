@@ -12,6 +12,8 @@
 
 #include "app/output_file.h"
 #include "app/path.h"
+#include "app/picture/picture_file.h"
+#include "app/picture/recorder.h"
 #include "app/scene/model_reader.h"
 #include "app/scene/textured_scene.h"
 #include "app/scene/vectors.h"
@@ -83,7 +85,7 @@ std::string shell_word(const std::string& word) {
 } // namespace
 
 Viewer::Viewer(const Model_Options& options, const Module_Choice& module, std::string folder, Screen& screen)
-    : options_(options), first_options_(options), folder_(std::move(folder)), screen_(screen), session_(module),
+    : options_(options), first_options_(options), folder_(std::move(folder)), screen_(screen), module_(module), canvas_(module),
       mesh_(scene::load_model(options.model)), palette_choice_(options.colors == 32 ? 0 : default_palette) {
     camera_settings_of(options_, mesh_, size_);
     std::vector<bool> used(mesh_.positions.size());
@@ -93,7 +95,7 @@ Viewer::Viewer(const Model_Options& options, const Module_Choice& module, std::s
             points_.push_back(mesh_.positions[vertex]);
         }
     }
-    session_.renderer().presentation = {present, this};
+    canvas_.session.renderer().presentation = {present, this};
 }
 
 void Viewer::resize(VT_Int_Pair size, std::int32_t letter_scale) {
@@ -183,6 +185,8 @@ void Viewer::perform(Command command) {
         return;
     case Command::screenshot:
         return take_screenshot();
+    case Command::record:
+        return record();
     case Command::help:
         shows_help_ = !shows_help_;
         return;
@@ -269,7 +273,7 @@ std::optional<double> Viewer::distance_at(const Place& place) {
     const VT_DCI_Point pixel{static_cast<std::int32_t>(place.x), size_.y - 1 - static_cast<std::int32_t>(place.y), 0};
     const Buffer_Format format = Buffer_Format::depth16;
     VT_Reference<VT_Shared_Image> image;
-    VD_Read_Depth_Image(session_.renderer(), *rendition_, &pixel, &pixel, &format, image);
+    VD_Read_Depth_Image(canvas_.session.renderer(), *canvas_.rendition, &pixel, &pixel, &format, image);
     std::uint16_t depth = 0xFFFF;
     if (image) {
         std::memcpy(&depth, image->row(0), sizeof depth);
@@ -288,20 +292,20 @@ std::optional<double> Viewer::distance_at(const Place& place) {
     return distance > 1e-6 ? std::optional(distance * mesh_.radius) : std::nullopt;
 }
 
-void Viewer::establish() {
-    session_.options().set_window_size({size_.x + window_margin, size_.y + window_margin});
-    session_.options().set_color_system(options_.colors == 32 ? 1 : 0);
-    session_.options().set_palette(make_palette(palette_choice_));
-    session_.options().set_buffer_depth(16);
-    session_.establish();
-    rendition_ = VT_Reference<VT_Rendition>(new VT_Rendition);
-    rendition_->clip.hard_clip = session_.window();
-    rendition_->window.rectangle = session_.window();
-    rendition_->window.color = background_of(options_);
-    rendition_->window.index = static_cast<std::uint8_t>(session_.palette().closest_match(rendition_->window.color, false));
-    flat_rendition_ = VT_Reference<VT_Rendition>(new VT_Rendition(*rendition_));
-    flat_rendition_->clip.depth_test = false;
-    established_ = true;
+void Viewer::establish(Canvas& canvas) {
+    auto& [session, rendition, flat_rendition] = canvas;
+    session.options().set_window_size({size_.x + window_margin, size_.y + window_margin});
+    session.options().set_color_system(options_.colors == 32 ? 1 : 0);
+    session.options().set_palette(make_palette(palette_choice_));
+    session.options().set_buffer_depth(16);
+    session.establish();
+    rendition = VT_Reference<VT_Rendition>(new VT_Rendition);
+    rendition->clip.hard_clip = session.window();
+    rendition->window.rectangle = session.window();
+    rendition->window.color = background_of(options_);
+    rendition->window.index = static_cast<std::uint8_t>(session.palette().closest_match(rendition->window.color, false));
+    flat_rendition = VT_Reference<VT_Rendition>(new VT_Rendition(*rendition));
+    flat_rendition->clip.depth_test = false;
 }
 
 Drawn_Model& Viewer::model_for(const Model_Options& options, bool draft) {
@@ -322,7 +326,7 @@ Drawn_Model& Viewer::model_for(const Model_Options& options, bool draft) {
     return model;
 }
 
-void Viewer::draw_model(bool draft) {
+void Viewer::draw_model(Canvas& canvas, bool draft) {
     Model_Options options = drawn_options();
     if (draft) {
         // Edges of a coarse model are not the model's: it has none over its faces.
@@ -334,23 +338,23 @@ void Viewer::draw_model(bool draft) {
     }
     const Drawn_Model& model = model_for(options, draft);
     camera_ = scene::fit_camera(camera_settings_of(options, mesh_, size_), points_);
-    const scene::Tile_Grid grid(session_.window());
-    VT_Renderer_Data& renderer = session_.renderer();
-    VD_Draw_Window(renderer, *rendition_);
-    VD_Clear_Depth_Rectangle(renderer, *rendition_);
+    const scene::Tile_Grid grid(canvas.session.window());
+    VT_Renderer_Data& renderer = canvas.session.renderer();
+    VD_Draw_Window(renderer, *canvas.rendition);
+    VD_Clear_Depth_Rectangle(renderer, *canvas.rendition);
     if (options.picture.shading != scene::Shading::wireframe) {
         model.faces->prepare(grid, camera_, picture_settings_of(options));
-        model.faces->draw(renderer, *rendition_, 0);
+        model.faces->draw(renderer, *canvas.rendition, 0);
     }
     if (options.has_edges()) {
         model.edges->prepare(grid, camera_, edge_settings_of(options));
-        model.edges->draw(renderer, *rendition_, 0);
+        model.edges->draw(renderer, *canvas.rendition, 0);
     }
 }
 
 // The nearest depth is white, the farthest nearly black.
 void Viewer::draw_depths() {
-    const VT_Reference<VT_Shared_Image> depths = session_.read_depth();
+    const VT_Reference<VT_Shared_Image> depths = canvas_.session.read_depth();
     const std::int32_t width = depths->width(), height = depths->height();
     const auto row_of = [&](std::int32_t r) { return reinterpret_cast<const std::uint16_t*>(depths->row(r)); };
     std::int32_t nearest = 0xFFFF, farthest = 0;
@@ -369,32 +373,33 @@ void Viewer::draw_depths() {
         for (std::int32_t x = 0; x < width; ++x) {
             const std::int32_t depth = row_of(r)[x];
             const auto grey = static_cast<std::uint8_t>(255 - 215 * std::clamp(depth - nearest, 0, range) / range);
-            pixels[x] = depth == 0xFFFF ? rendition_->window.color : VT_RGB32{grey, grey, grey, 255};
+            pixels[x] = depth == 0xFFFF ? canvas_.rendition->window.color : VT_RGB32{grey, grey, grey, 255};
         }
     }
-    const VT_Int_Rectangle window = session_.window();
+    const VT_Int_Rectangle window = canvas_.session.window();
     const VT_DCI_Point start{window.left, window.top, 0};
-    VD_Draw_DCI_Image(session_.renderer(), *flat_rendition_, &start, &image);
+    VD_Draw_DCI_Image(canvas_.session.renderer(), *canvas_.flat_rendition, &start, &image);
 }
 
 void Viewer::draw_help() {
     const VT_Reference<VT_Shared_Image> panel = text_panel(help_lines(), letter_scale_);
     const std::int32_t gap = 8 * letter_scale_;
     const VT_DCI_Point start{gap, size_.y - 1 - gap, 0};
-    VD_Draw_DCI_Image(session_.renderer(), *flat_rendition_, &start, &*panel);
+    VD_Draw_DCI_Image(canvas_.session.renderer(), *canvas_.flat_rendition, &start, &*panel);
 }
 
 void Viewer::draw() {
     const auto start = Clock::now();
     const auto elapsed = [start] { return std::chrono::duration<double, std::milli>(Clock::now() - start).count(); };
     if (!established_) {
-        establish();
+        establish(canvas_);
+        established_ = true;
     }
     const bool draft = moving_ && full_time_ > hasty_limit && mesh_.triangle_count() > coarse_triangles &&
                        options_.picture.shading != scene::Shading::textured;
-    VT_Renderer_Data& renderer = session_.renderer();
+    VT_Renderer_Data& renderer = canvas_.session.renderer();
     renderer.begin_picture_all();
-    draw_model(draft);
+    draw_model(canvas_, draft);
     if (!draft) {
         full_time_ = elapsed();
     }
@@ -418,7 +423,7 @@ void Viewer::refine() {
 
 void Viewer::show() {
     if (established_) {
-        session_.renderer().update_all({0, size_.x - 1, 0, size_.y - 1});
+        canvas_.session.renderer().update_all({0, size_.x - 1, 0, size_.y - 1});
     }
 }
 
@@ -430,28 +435,32 @@ std::int32_t Viewer::present(void* viewer, const VT_DCI_Point& top_left, const V
     raster.top = buffer->rows[top_left.y] + std::ptrdiff_t{top_left.x} * bytes_per_pixel(raster.format);
     raster.width = bottom_right.x - top_left.x + 1;
     raster.height = top_left.y - bottom_right.y + 1;
-    self.screen_.show(raster, self.session_.palette(), {x, y - window_margin});
+    self.screen_.show(raster, self.canvas_.session.palette(), {x, y - window_margin});
     return 0;
 }
 
-// Never over a file that is there. Without the help, and in full.
+std::string Viewer::free_name(const std::string& ending) {
+    std::string name;
+    do {
+        std::string number = std::to_string(next_number_++);
+        number.insert(0, number.size() < 3 ? 3 - number.size() : 0, '0');
+        const std::u8string stem = path_of(options_.model).stem().u8string();
+        const std::u8string file =
+            (path_of(folder_) / path_of(std::string(stem.begin(), stem.end()) + "-" + number + ending)).u8string();
+        name.assign(file.begin(), file.end());
+    } while (std::filesystem::exists(path_of(name)));
+    return name;
+}
+
+// Without the help, and in full.
 void Viewer::take_screenshot() {
-    namespace fs = std::filesystem;
     const bool help = std::exchange(shows_help_, false);
     draw();
     shows_help_ = help;
     changed_ = help;
-    std::string name;
-    do {
-        std::string number = std::to_string(next_screenshot_++);
-        number.insert(0, number.size() < 3 ? 3 - number.size() : 0, '0');
-        const std::u8string stem = path_of(options_.model).stem().u8string();
-        const std::u8string file =
-            (path_of(folder_) / path_of(std::string(stem.begin(), stem.end()) + "-" + number + ".png")).u8string();
-        name.assign(file.begin(), file.end());
-    } while (fs::exists(path_of(name)));
+    const std::string name = free_name(".png");
     try {
-        write_file(name, png_of(picture_of(session_), session_.palette()));
+        write_file(name, png_of(picture_of(canvas_.session), canvas_.session.palette()));
     } catch (const std::runtime_error& error) {
         std::fprintf(stderr, "vorna: %s\n", error.what());
         return;
@@ -464,6 +473,27 @@ void Viewer::take_screenshot() {
         }
         std::printf("%s --size=%dx%d -o %s\n", line.c_str(), size_.x, size_.y, shell_word(name).c_str());
     }
+    std::fflush(stdout);
+}
+
+// Through a renderer of its own: a recorder sees it from its start. The model without the help and instead of its depths.
+void Viewer::record() {
+    const std::string ending = ".json.gz", name = free_name(ending);
+    try {
+        Canvas canvas(module_);
+        picture::Recorder recorder(canvas.session);
+        establish(canvas);
+        canvas.session.renderer().begin_picture_all();
+        draw_model(canvas, false);
+        canvas.session.renderer().end_picture_all();
+        const VT_Int_Rectangle shown{0, size_.x - 1, 0, size_.y - 1};
+        write_file(name, picture::file_of(recorder.finish(shown), name));
+    } catch (const std::runtime_error& error) {
+        std::fprintf(stderr, "vorna: %s\n", error.what());
+        return;
+    }
+    const std::string word = shell_word(name), image = shell_word(name.substr(0, name.size() - ending.size()) + ".png");
+    std::printf("%s\n  vorna replay %s --color %s\n", word.c_str(), word.c_str(), image.c_str());
     std::fflush(stdout);
 }
 

@@ -46,24 +46,34 @@ private:
     void set_palette(std::size_t choice);
     void next_shading();
     void next_edges();
-    void establish();
+    // What draws: a session with its window established, and renditions with and without depth test.
+    struct Canvas {
+        Session session;
+        VT_Reference<VT_Rendition> rendition, flat_rendition;
+
+        explicit Canvas(const Module_Choice& module) : session(module) {}
+    };
+    void establish(Canvas& canvas);
     Drawn_Model& model_for(const Model_Options& options, bool draft);
-    void draw_model(bool draft);
+    void draw_model(Canvas& canvas, bool draft);
     void draw_depths();
     void draw_help();
     std::optional<double> distance_at(const Place& place);
+    // A name for a file in the folder that no file has.
+    std::string free_name(const std::string& ending);
     void take_screenshot();
+    void record();
 
     Model_Options options_;
     const Model_Options first_options_;
     std::string folder_;
     Screen& screen_;
-    Session session_;
+    const Module_Choice module_;
+    Canvas canvas_;
     scene::Mesh mesh_;
     std::vector<VT_Vector> points_; // that triangles use, for fitting cameras
     // Made when they are first drawn: by shading, textured or not, in full and as drafts.
     Drawn_Model plain_, textured_, coarse_;
-    VT_Reference<VT_Rendition> rendition_, flat_rendition_; // with and without depth test
 
     VT_Int_Pair size_{1, 1};
     std::int32_t letter_scale_ = 1;
@@ -73,7 +83,7 @@ private:
     scene::Camera camera_; // of the last picture
     double full_time_ = 0; // milliseconds that the last picture in full took
     double time_ = 0;      // that the last picture took, until it was shown
-    int next_screenshot_ = 1;
+    int next_number_ = 1;  // of files
 };
 
 } // namespace app::view

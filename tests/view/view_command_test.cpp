@@ -31,7 +31,7 @@ protected:
     const std::string model = folder.file("ball.obj", scene::obj_text(scene::ball(24, 12)));
 };
 
-TEST_F(View_Command, shows_the_bytes_that_render_draws) {
+TEST_F(View_Command, shows_and_records_the_bytes_that_render_draws) {
     const std::vector<std::string> steps{"",
                                          "drag left 100,100 160,140",
                                          "drag right 80,80 100,70",
@@ -52,25 +52,32 @@ TEST_F(View_Command, shows_the_bytes_that_render_draws) {
                                          "key Home"};
     std::string script;
     for (const std::string& step : steps) {
-        script += step + "\nkey c\n";
+        script += step + "\nkey c\nkey w\n";
     }
     const Outcome outcome = view(script + "key q\n", {"--size", "200x150", "--up", "z"});
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     std::istringstream lines(outcome.output);
     std::set<std::string> seen;
     for (const std::string& step : steps) {
+        // A file's name and the command that draws it again: of the screenshot, then of the recording.
         std::string shot, line;
         ASSERT_TRUE(std::getline(lines, shot) && std::getline(lines, line));
-        std::istringstream stream(line);
-        std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
-        ASSERT_EQ(words.front(), "vorna");
-        words.erase(words.begin());
-        ASSERT_EQ(words.back(), shot);
-        words.back() = folder.file("rendered.png");
-        ASSERT_EQ(replay_tests::run_vorna(words).status, 0) << line;
         const std::string bytes = replay_tests::read_file(shot);
-        EXPECT_EQ(bytes == replay_tests::read_file(words.back()), true) << step << '\n' << line;
         seen.insert(bytes);
+        for (const char* command : {"render", "replay"}) {
+            std::istringstream stream(line);
+            std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
+            ASSERT_EQ(words.front(), "vorna");
+            words.erase(words.begin());
+            ASSERT_EQ(words.front(), command);
+            words.back() = folder.file("again.png");
+            ASSERT_EQ(replay_tests::run_vorna(words).status, 0) << line;
+            EXPECT_EQ(bytes == replay_tests::read_file(words.back()), true) << step << '\n' << line;
+            if (std::string(command) == "render") {
+                std::string recording;
+                ASSERT_TRUE(std::getline(lines, recording) && std::getline(lines, line));
+            }
+        }
     }
     // All steps but the help change the picture; the last one goes back to the first camera.
     EXPECT_EQ(seen.size(), steps.size() - 1);
