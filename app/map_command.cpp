@@ -15,6 +15,7 @@
 #include "app/map/labels.h"
 #include "app/map/map_layer.h"
 #include "app/map/map_reader.h"
+#include "app/map_scene.h"
 #include "app/output_file.h"
 #include "app/picture/picture_file.h"
 #include "app/picture/recorder.h"
@@ -303,20 +304,22 @@ VT_Reference<const VT_Palette> palette_with(const std::vector<VT_RGB32>& wanted)
     return new VT_Palette(std::move(colors), standard.color_cube());
 }
 
-class Map_Drawing {
+class Map_Drawing final : public Map_Scene {
 public:
     Map_Drawing(const Map_Picture& picture, const Map_Options& options);
 
     VT_Int_Pair size() const { return view_.size; }
-    void set_up(Session& session);
-    void draw(Session& session) const;
-    std::string summary() const {
+    map::View fitted(VT_Int_Pair size) const override;
+    void look(const map::View& view) override;
+    void set_up(Session& session) override;
+    void draw(Session& session) const override;
+    std::string summary() const override {
         return std::to_string(layer_->shape_count()) + " shapes, " + std::to_string(layer_->position_count()) + " positions";
     }
 
 private:
     void choose_projection();
-    void choose_view();
+    void choose_bounds();
     void place_labels();
     void draw_labels(Map_Painter& painter) const;
     Layer_Style style_of(const Map& map, const Map_Layer& layer) const;
@@ -334,6 +337,7 @@ private:
     Face globe_;
     std::vector<Path> graticule_;
     std::optional<VT_RGB32> water_;
+    Bounds shown_ = Bounds::nothing(); // on the plane
     View view_;
     std::vector<Face> labels_; // in pixels
     VT_Reference<VT_Rendition> rendition_;
@@ -369,10 +373,8 @@ Map_Drawing::Map_Drawing(const Map_Picture& picture, const Map_Options& options)
     if (options.graticule > 0) {
         graticule_ = graticule_lines(options.graticule, *projection_);
     }
-    choose_view();
-    if (options.labels) {
-        place_labels();
-    }
+    choose_bounds();
+    look(fitted(picture.size));
     warn(map_, picture.strict);
     warn(overlay_map_, picture.strict);
 }
@@ -404,8 +406,7 @@ void Map_Drawing::choose_projection() {
     projection_ = make_projection(name, center);
 }
 
-// What is drawn fills the window, in the middle of it; but for --bbox, a little is left free around it.
-void Map_Drawing::choose_view() {
+void Map_Drawing::choose_bounds() {
     Bounds bounds = extent_       ? bounds_of(*extent_, *projection_)
                     : clip_shape_ ? bounds_of(layer_->face_of(*clip_shape_))
                                   : layer_->bounds();
@@ -419,18 +420,33 @@ void Map_Drawing::choose_view() {
     if (!is_given && !clip_shape_ && shows_globe && 2 * (bounds.right - bounds.left) > globe.right - globe.left) {
         bounds = globe;
     }
-    double width = bounds.right - bounds.left, height = bounds.top - bounds.bottom;
+    shown_ = bounds;
+}
+
+// What is drawn fills the window, in the middle of it; but for --bbox, a little is left free around it.
+map::View Map_Drawing::fitted(VT_Int_Pair size) const {
+    double width = shown_.right - shown_.left, height = shown_.top - shown_.bottom;
     if (width == 0 && height == 0) {
         width = height = 1; // a single point
     }
-    view_.middle = {(bounds.left + bounds.right) / 2, (bounds.bottom + bounds.top) / 2};
-    view_.size = picture_.size;
-    const double room = is_given ? 1 : 0.96;
-    if (view_.size.y == 0) {
-        view_.size.y = static_cast<std::int32_t>(
-            std::clamp(std::ceil(view_.size.x * height / std::max(width, 1e-300)), view_.size.x / 8.0, double{largest_height}));
+    map::View view;
+    view.middle = {(shown_.left + shown_.right) / 2, (shown_.bottom + shown_.top) / 2};
+    view.size = size;
+    const double room = options_.bbox.empty() ? 0.96 : 1;
+    if (size.y == 0) {
+        view.size.y = static_cast<std::int32_t>(
+            std::clamp(std::ceil(size.x * height / std::max(width, 1e-300)), size.x / 8.0, double{largest_height}));
     }
-    view_.scale = room * std::min(view_.size.x / std::max(width, 1e-300), view_.size.y / std::max(height, 1e-300));
+    view.scale = room * std::min(view.size.x / std::max(width, 1e-300), view.size.y / std::max(height, 1e-300));
+    return view;
+}
+
+void Map_Drawing::look(const map::View& view) {
+    view_ = view;
+    labels_.clear();
+    if (options_.labels) {
+        place_labels();
+    }
 }
 
 // Names of points to the right of their markers, names of faces inside of them; what finds no room is left out.
@@ -685,8 +701,8 @@ void add_map_options(CLI::App& command, Map_Options& options) {
 }
 
 void refuse_options_of_other_kind(const CLI::App& command, const std::string& file) {
-    static constexpr std::array shared{"model",     "output", "record", "size",   "background", "colors",
-                                       "antialias", "repeat", "stats",  "strict", "help"};
+    static constexpr std::array shared{"model",  "output", "record", "size",        "background", "colors", "antialias",
+                                       "repeat", "stats",  "strict", "screenshots", "script",     "help"};
     const bool map = is_map_file(file);
     for (const CLI::Option* option : command.get_options()) {
         const bool of_maps = option->get_group() == option_group;
@@ -698,6 +714,11 @@ void refuse_options_of_other_kind(const CLI::App& command, const std::string& fi
             throw Usage_Error(message + file);
         }
     }
+}
+
+std::unique_ptr<Map_Scene> load_map_scene(const Map_Picture& picture, const Map_Options& options) {
+    check_combinations(picture, options);
+    return std::make_unique<Map_Drawing>(picture, options);
 }
 
 void render_map(const Map_Picture& picture, const Map_Options& options, const Module_Choice& module) {

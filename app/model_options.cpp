@@ -315,12 +315,4 @@ Drawn_Model make_model(const Model_Options& options, const scene::Mesh& mesh) {
     return model;
 }
 
-Raster picture_of(const Session& session) {
-    Raster raster = raster_of(session.color_buffer());
-    raster.top += window_margin * raster.row_bytes;
-    raster.height -= window_margin;
-    raster.width -= window_margin;
-    return raster;
-}
-
 } // namespace app

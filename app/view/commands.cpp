@@ -62,4 +62,19 @@ std::vector<std::string> help_lines() {
     };
 }
 
+std::vector<std::string> map_help_lines() {
+    return {
+        "drag           move",
+        "wheel, + -     zoom towards the pointer, the middle",
+        "a              smooth lines",
+        "p              32 bits a pixel, a palette",
+        "c              screenshot",
+        "w              write a picture for vorna replay",
+        "r, home        as at the start",
+        "f              full screen",
+        "h, F1          this help",
+        "q, escape      quit",
+    };
+}
+
 } // namespace app::view

@@ -35,5 +35,6 @@ std::optional<Command> command_of(char key, bool reversed);
 
 // Lines that tell what mouse and keys do, for people.
 std::vector<std::string> help_lines();
+std::vector<std::string> map_help_lines();
 
 } // namespace app::view

@@ -2,23 +2,15 @@
 #include "app/view/viewer.h"
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
-#include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <numbers>
 #include <utility>
 
-#include "app/output_file.h"
-#include "app/path.h"
-#include "app/picture/picture_file.h"
-#include "app/picture/recorder.h"
 #include "app/scene/model_reader.h"
 #include "app/scene/textured_scene.h"
 #include "app/scene/vectors.h"
 #include "app/view/coarse_mesh.h"
-#include "app/view/text_panel.h"
 #include "renderer/host/rendition.h"
 #include "vorna/draw.h"
 
@@ -58,34 +50,10 @@ VT_Reference<const VT_Palette> make_palette(std::size_t choice) {
     return VT_Reference<const VT_Palette>(new VT_Palette(std::move(colors), VT_Color_Cube(levels, 1.0F, 0)));
 }
 
-std::string with_commas(std::size_t number) {
-    std::string text = std::to_string(number);
-    for (std::size_t i = text.size(); i > 3;) {
-        i -= 3;
-        text.insert(i, 1, ',');
-    }
-    return text;
-}
-
-// As a shell reads it back.
-std::string shell_word(const std::string& word) {
-    const auto is_plain = [](unsigned char c) {
-        return std::isalnum(c) || c >= 0x80 || std::string("-_./=,+:@%").find(static_cast<char>(c)) != std::string::npos;
-    };
-    if (!word.empty() && std::ranges::all_of(word, is_plain)) {
-        return word;
-    }
-    std::string text = "'";
-    for (const char c : word) {
-        text += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    }
-    return text + "'";
-}
-
 } // namespace
 
 Viewer::Viewer(const Model_Options& options, const Module_Choice& module, std::string folder, Screen& screen)
-    : options_(options), first_options_(options), folder_(std::move(folder)), screen_(screen), module_(module), canvas_(module),
+    : Picture_Viewer(module, options.model, std::move(folder), window_margin, screen), options_(options), first_options_(options),
       mesh_(scene::load_model(options.model)), palette_choice_(options.colors == 32 ? 0 : default_palette) {
     camera_settings_of(options_, mesh_, size_);
     std::vector<bool> used(mesh_.positions.size());
@@ -95,17 +63,6 @@ Viewer::Viewer(const Model_Options& options, const Module_Choice& module, std::s
             points_.push_back(mesh_.positions[vertex]);
         }
     }
-    canvas_.session.renderer().presentation = {present, this};
-}
-
-void Viewer::resize(VT_Int_Pair size, std::int32_t letter_scale) {
-    const VT_Int_Pair fitting{std::clamp(size.x, 1, largest_picture_side), std::clamp(size.y, 1, largest_picture_side)};
-    letter_scale_ = letter_scale;
-    if (fitting != size_) {
-        size_ = fitting;
-        established_ = false;
-    }
-    changed_ = true;
 }
 
 // A drag across the picture's height is half a turn.
@@ -125,20 +82,6 @@ void Viewer::zoom(double factor, const Place& pointer) {
         pose = focused(pose, options_.orthographic ? scene::Projection::orthographic : scene::Projection::perspective, *distance);
     }
     set_pose(zoomed(pose, size_, factor, pointer));
-}
-
-Answer Viewer::press(char key, bool reversed) {
-    const auto command = command_of(key, reversed);
-    if (command == Command::quit) {
-        return Answer::close;
-    }
-    if (command == Command::full_screen) {
-        return Answer::change_full_screen;
-    }
-    if (command) {
-        perform(*command);
-    }
-    return Answer::none;
 }
 
 void Viewer::perform(Command command) {
@@ -183,15 +126,7 @@ void Viewer::perform(Command command) {
         options_.aim = first_options_.aim;
         options_.orthographic = first_options_.orthographic;
         return;
-    case Command::screenshot:
-        return take_screenshot();
-    case Command::record:
-        return record();
-    case Command::help:
-        shows_help_ = !shows_help_;
-        return;
-    case Command::full_screen:
-    case Command::quit:
+    default:
         return;
     }
 }
@@ -352,6 +287,12 @@ void Viewer::draw_model(Canvas& canvas, bool draft) {
     }
 }
 
+void Viewer::paint(Canvas& canvas) {
+    canvas.session.renderer().begin_picture_all();
+    draw_model(canvas, false);
+    canvas.session.renderer().end_picture_all();
+}
+
 // The nearest depth is white, the farthest nearly black.
 void Viewer::draw_depths() {
     const VT_Reference<VT_Shared_Image> depths = canvas_.session.read_depth();
@@ -379,13 +320,6 @@ void Viewer::draw_depths() {
     const VT_Int_Rectangle window = canvas_.session.window();
     const VT_DCI_Point start{window.left, window.top, 0};
     VD_Draw_DCI_Image(canvas_.session.renderer(), *canvas_.flat_rendition, &start, &image);
-}
-
-void Viewer::draw_help() {
-    const VT_Reference<VT_Shared_Image> panel = text_panel(help_lines(), letter_scale_);
-    const std::int32_t gap = 8 * letter_scale_;
-    const VT_DCI_Point start{gap, size_.y - 1 - gap, 0};
-    VD_Draw_DCI_Image(canvas_.session.renderer(), *canvas_.flat_rendition, &start, &*panel);
 }
 
 void Viewer::draw() {
@@ -421,86 +355,20 @@ void Viewer::refine() {
     moving_ = false;
 }
 
-void Viewer::show() {
-    if (established_) {
-        canvas_.session.renderer().update_all({0, size_.x - 1, 0, size_.y - 1});
+std::string Viewer::command_for(const std::string& image) const {
+    if (shows_depth_ || palette_choice_ > default_palette) {
+        return {};
     }
-}
-
-// The renderer counts the window's margin above the picture.
-std::int32_t Viewer::present(void* viewer, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
-                             const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y) {
-    auto& self = *static_cast<Viewer*>(viewer);
-    Raster raster = raster_of(*buffer);
-    raster.top = buffer->rows[top_left.y] + std::ptrdiff_t{top_left.x} * bytes_per_pixel(raster.format);
-    raster.width = bottom_right.x - top_left.x + 1;
-    raster.height = top_left.y - bottom_right.y + 1;
-    self.screen_.show(raster, self.canvas_.session.palette(), {x, y - window_margin});
-    return 0;
-}
-
-std::string Viewer::free_name(const std::string& ending) {
-    std::string name;
-    do {
-        std::string number = std::to_string(next_number_++);
-        number.insert(0, number.size() < 3 ? 3 - number.size() : 0, '0');
-        const std::u8string stem = path_of(options_.model).stem().u8string();
-        const std::u8string file =
-            (path_of(folder_) / path_of(std::string(stem.begin(), stem.end()) + "-" + number + ending)).u8string();
-        name.assign(file.begin(), file.end());
-    } while (std::filesystem::exists(path_of(name)));
-    return name;
-}
-
-// Without the help, and in full.
-void Viewer::take_screenshot() {
-    const bool help = std::exchange(shows_help_, false);
-    draw();
-    shows_help_ = help;
-    changed_ = help;
-    const std::string name = free_name(".png");
-    try {
-        write_file(name, png_of(picture_of(canvas_.session), canvas_.session.palette()));
-    } catch (const std::runtime_error& error) {
-        std::fprintf(stderr, "vorna: %s\n", error.what());
-        return;
+    std::string line = "vorna render";
+    for (const std::string& word : arguments_of(drawn_options())) {
+        line += " " + shell_word(word);
     }
-    std::printf("%s\n", shell_word(name).c_str());
-    if (!shows_depth_ && palette_choice_ <= default_palette) {
-        std::string line = "  vorna render";
-        for (const std::string& word : arguments_of(drawn_options())) {
-            line += " " + shell_word(word);
-        }
-        std::printf("%s --size=%dx%d -o %s\n", line.c_str(), size_.x, size_.y, shell_word(name).c_str());
-    }
-    std::fflush(stdout);
-}
-
-// Through a renderer of its own: a recorder sees it from its start. The model without the help and instead of its depths.
-void Viewer::record() {
-    const std::string ending = ".json.gz", name = free_name(ending);
-    try {
-        Canvas canvas(module_);
-        picture::Recorder recorder(canvas.session);
-        establish(canvas);
-        canvas.session.renderer().begin_picture_all();
-        draw_model(canvas, false);
-        canvas.session.renderer().end_picture_all();
-        const VT_Int_Rectangle shown{0, size_.x - 1, 0, size_.y - 1};
-        write_file(name, picture::file_of(recorder.finish(shown), name));
-    } catch (const std::runtime_error& error) {
-        std::fprintf(stderr, "vorna: %s\n", error.what());
-        return;
-    }
-    const std::string word = shell_word(name), image = shell_word(name.substr(0, name.size() - ending.size()) + ".png");
-    std::printf("%s\n  vorna replay %s --color %s\n", word.c_str(), word.c_str(), image.c_str());
-    std::fflush(stdout);
+    return line + " --size=" + std::to_string(size_.x) + "x" + std::to_string(size_.y) + " -o " + shell_word(image);
 }
 
 std::string Viewer::title() const {
     const Model_Options options = drawn_options();
-    const std::u8string file = path_of(options.model).filename().u8string();
-    std::string text(file.begin(), file.end());
+    std::string text = file_name();
     text += ": " + with_commas(mesh_.triangle_count()) + " triangles, ";
     constexpr const char* shadings[] = {"flat", "gouraud", "textured", "wireframe"};
     text += shows_depth_ ? "depth buffer" : shadings[static_cast<int>(options.picture.shading)];
@@ -510,9 +378,7 @@ std::string Viewer::title() const {
     text += options.antialias ? ", smooth" : "";
     text += options.orthographic ? ", parallel" : "";
     text += ", " + palette_choices[palette_choice_].name;
-    char speed[64];
-    std::snprintf(speed, sizeof speed, ", %.1f ms, %.0f frames/s", time_, 1000 / std::max(time_, 0.01));
-    return text + speed + (draft_shown_ ? ", coarse" : "");
+    return text + speed_text() + (draft_shown_ ? ", coarse" : "");
 }
 
 } // namespace app::view
