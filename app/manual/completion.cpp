@@ -66,6 +66,7 @@ std::string short_name_of(const Page& command) {
 
 std::vector<std::string> names_of(const std::vector<Page>& commands) {
     std::vector<std::string> names;
+    names.reserve(commands.size());
     for (const Page& command : commands) {
         names.push_back(short_name_of(command));
     }
@@ -106,13 +107,13 @@ std::string bash_cases(const Page& page, const std::string& command) {
             if (option.value.empty()) {
                 continue;
             }
-            std::vector<std::string> patterns;
+            std::string pattern;
             for (const std::string& name : option.names) {
-                patterns.push_back(command + ":" + name);
+                pattern.append(pattern.empty() ? "" : " | ").append(command).append(":").append(name);
             }
             const std::string offered = bash_candidates(candidates_of(option)) + "; return";
-            text += "    " + joined(patterns, " | ") + ") " +
-                    (option.value_optional ? "[[ $equals ]] && { " + offered + "; }" : offered) + " ;;\n";
+            text +=
+                "    " + pattern + ") " + (option.value_optional ? "[[ $equals ]] && { " + offered + "; }" : offered) + " ;;\n";
         }
     }
     return text;

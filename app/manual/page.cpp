@@ -29,6 +29,7 @@ std::string list_of(const std::vector<std::string>& names) {
 // The names of options that CLI11 keeps in no order of ours.
 std::string names_of(const std::set<CLI::Option*>& options) {
     std::vector<std::string> names;
+    names.reserve(options.size());
     for (const CLI::Option* option : options) {
         names.push_back(option->get_name());
     }
