@@ -128,6 +128,7 @@ private:
 };
 
 void assemble(const Assemble_Options& options) {
+    refuse_terminal("-o", options.output);
     const Part_Files files(options.parts);
     Part_Source parts(files);
     Stream_Settings settings;
@@ -140,7 +141,7 @@ void assemble(const Assemble_Options& options) {
     write_picture(file, files.form, parts.source(), settings);
     file.commit();
     if (options.hash) {
-        std::printf("%s\n", hash.finish().c_str());
+        print_line(options.output, hash.finish());
     }
 }
 
@@ -151,7 +152,9 @@ void add_assemble_command(CLI::App& application, int& status) {
         *application.add_subcommand("assemble", "Join the parts of a picture that vorna render --tiles-of has drawn.");
     const auto options = std::make_shared<Assemble_Options>();
     command.add_option("parts", options->parts, "All parts, in any order")->required()->type_name("PART.png");
-    command.add_option("-o,--output", options->output, "PNG file to write")->required()->type_name("FILE.png");
+    command.add_option("-o,--output", options->output, "PNG file to write; - is standard output")
+        ->required()
+        ->type_name("FILE.png");
     command.add_option("--threads", options->threads, "Threads that compress; as many as there are processors if not given")
         ->check(CLI::Range(1, 1024));
     command.add_flag("--hash", options->hash, "Print the SHA-256 of the pixels");

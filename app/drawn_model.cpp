@@ -5,7 +5,17 @@
 
 namespace app {
 
+std::span<const VT_Vector> Drawn_Model::points() const {
+    if (faces) {
+        return faces->points();
+    }
+    return edges ? std::span(edges->points()) : std::span<const VT_Vector>();
+}
+
 std::string Drawn_Model::summary() const {
+    if (!faces && !edges) {
+        return "0 triangles";
+    }
     return (faces ? faces->summary() : "") + (faces && edges ? ", " : "") + (edges ? edges->summary() : "");
 }
 
@@ -15,6 +25,7 @@ std::uint64_t Drawn_Model::prepared_memory() const {
 
 void Drawn_Model::prepare(const scene::Tile_Grid& grid, const scene::Camera& camera, const scene::Picture_Settings& settings,
                           const scene::Edge_Settings& edge_settings) {
+    only_hides = settings.shading == scene::Shading::hidden_line;
     if (faces) {
         faces->prepare(grid, camera, settings);
     }
@@ -23,9 +34,12 @@ void Drawn_Model::prepare(const scene::Tile_Grid& grid, const scene::Camera& cam
     }
 }
 
-Tile_Artist::Tile_Artist(const Module_Choice& module, int color_bits, VT_RGB32 background)
-    : session_(module), rendition_(new VT_Rendition), background_(background) {
-    session_.options().set_color_system(color_bits == 32 ? 1 : 0);
+Tile_Artist::Tile_Artist(const Module_Choice& module, const VT_Reference<const VT_Palette>& palette)
+    : session_(module), rendition_(new VT_Rendition) {
+    session_.options().set_color_system(palette ? 0 : 1);
+    if (palette) {
+        session_.options().set_palette(palette);
+    }
     session_.options().set_buffer_depth(16);
 }
 
@@ -36,21 +50,24 @@ void Tile_Artist::move_to(const VT_Int_Rectangle& window, const VT_Int_Rectangle
     window_ = window;
     rendition_->clip.hard_clip = scene::common_part(window, frame);
     rendition_->window.rectangle = window;
-    rendition_->window.color = background_;
-    rendition_->window.index = static_cast<std::uint8_t>(session_.palette().closest_match(background_, false));
 }
 
-void Tile_Artist::draw(const Drawn_Model& model, const scene::Tile_Grid& grid, std::size_t tile) {
+void Tile_Artist::draw(const Drawn_Model& model, const scene::Tile_Grid& grid, std::size_t tile, VT_RGB32 background) {
     if (const VT_Int_Rectangle window = grid.window(tile); window.left != window_.left || window.right != window_.right ||
                                                            window.bottom != window_.bottom || window.top != window_.top) {
         move_to(window, grid.frame);
     }
+    rendition_->window.color = background;
+    rendition_->window.index = static_cast<std::uint8_t>(session_.palette().closest_match(background, false));
     VT_Renderer_Data& renderer = session_.renderer();
     renderer.begin_picture_all();
     VD_Draw_Window(renderer, *rendition_);
     VD_Clear_Depth_Rectangle(renderer, *rendition_);
     if (model.faces) {
         model.faces->draw(renderer, *rendition_, tile);
+    }
+    if (model.only_hides) {
+        VD_Draw_Window(renderer, *rendition_);
     }
     if (model.edges) {
         model.edges->draw(renderer, *rendition_, tile);

@@ -2,8 +2,8 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <string>
-#include <vector>
 
 #include "app/scene/edge_renderer.h"
 #include "app/scene/scene.h"
@@ -14,8 +14,10 @@ namespace app {
 struct Drawn_Model {
     std::unique_ptr<scene::Scene> faces;
     std::unique_ptr<scene::Edge_Renderer> edges;
+    bool only_hides = false; // of the prepared picture: faces leave nothing but their depths
 
-    const std::vector<VT_Vector>& points() const { return faces ? faces->points() : edges->points(); }
+    // For fitting a camera; none when there is nothing to draw.
+    std::span<const VT_Vector> points() const;
     std::string summary() const;
     std::uint64_t prepared_memory() const;
     void prepare(const scene::Tile_Grid& grid, const scene::Camera& camera, const scene::Picture_Settings& settings,
@@ -25,11 +27,11 @@ struct Drawn_Model {
 // A renderer with a window for one tile at a time. Every thread has its own.
 class Tile_Artist {
 public:
-    // color_bits: 32, or 8 through a palette.
-    Tile_Artist(const Module_Choice& module, int color_bits, VT_RGB32 background);
+    // palette: of buffers with 8 bits a pixel; null = 32 bits.
+    Tile_Artist(const Module_Choice& module, const VT_Reference<const VT_Palette>& palette);
 
     // Clears the window and draws a tile of a prepared model.
-    void draw(const Drawn_Model& model, const scene::Tile_Grid& grid, std::size_t tile);
+    void draw(const Drawn_Model& model, const scene::Tile_Grid& grid, std::size_t tile, VT_RGB32 background);
     Session& session() noexcept { return session_; }
 
     // Bytes of the buffers, for every pixel of the window.
@@ -40,7 +42,6 @@ private:
 
     Session session_;
     VT_Reference<VT_Rendition> rendition_;
-    VT_RGB32 background_;
     VT_Int_Rectangle window_{0, -1, 0, -1};
 };
 

@@ -5,11 +5,7 @@
 #include <cstring>
 #include <utility>
 
-#include "app/png_writer.h"
-
 namespace app {
-
-namespace {
 
 Png_Form png_form_of(const Raster& raster, const VT_Palette& palette) {
     const auto width = static_cast<std::uint32_t>(raster.width), height = static_cast<std::uint32_t>(raster.height);
@@ -22,8 +18,6 @@ Png_Form png_form_of(const Raster& raster, const VT_Palette& palette) {
         return {.width = width, .height = height};
     }
 }
-
-} // namespace
 
 Raster raster_of(const Frame_Buffer& buffer) {
     return {buffer.rows[buffer.height - 1], buffer.bytes_per_row, buffer.width, buffer.height, buffer.format};
@@ -78,14 +72,21 @@ void store_samples(const std::uint8_t* pixels, std::int32_t width, Buffer_Format
 }
 
 std::string png_palette_of(const VT_Palette& palette) {
-    std::string colors;
+    std::vector<VT_RGB32> colors;
     for (std::size_t i = 0; i < 256; ++i) {
-        const VT_RGB32 color = palette.color(static_cast<std::uint8_t>(i));
+        colors.push_back(palette.color(static_cast<std::uint8_t>(i)));
+    }
+    return png_palette_of(colors);
+}
+
+std::string png_palette_of(const std::vector<VT_RGB32>& colors) {
+    std::string bytes;
+    for (const VT_RGB32& color : colors) {
         for (const std::uint8_t level : {color.red, color.green, color.blue}) {
-            colors += static_cast<char>(level);
+            bytes += static_cast<char>(level);
         }
     }
-    return colors;
+    return bytes;
 }
 
 std::string png_of(const Raster& raster, const VT_Palette& palette) {

@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
+#include "app/png_writer.h"
 #include "renderer/host/color.h"
 #include "renderer/host/frame_buffer.h"
 #include "renderer/host/geometry.h"
@@ -32,6 +34,11 @@ void store_samples(const std::uint8_t* pixels, std::int32_t width, Buffer_Format
 
 // Red, green and blue of all 256 colours, as PNG has them.
 std::string png_palette_of(const VT_Palette& palette);
+// Of these colours and no more.
+std::string png_palette_of(const std::vector<VT_RGB32>& colors);
+
+// The form of the file that png_of makes.
+Png_Form png_form_of(const Raster& raster, const VT_Palette& palette);
 
 // 32-bit colours become RGBA with all four bytes as stored, palette indices a palette PNG with the indices as stored, depths
 // 16-bit greyscale. The palette is read for indices only.

@@ -8,19 +8,25 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <tuple>
 
 #include "app/image_file.h"
+#include "app/input_file.h"
 #include "app/map/globe_cutter.h"
 #include "app/map/label_font.h"
 #include "app/map/labels.h"
 #include "app/map/map_layer.h"
 #include "app/map/map_reader.h"
 #include "app/map_scene.h"
+#include "app/memory.h"
 #include "app/output_file.h"
 #include "app/picture/picture_file.h"
 #include "app/picture/recorder.h"
+#include "app/pixel_finish.h"
+#include "app/png_writer.h"
 #include "app/scene/color_name.h"
 #include "app/session.h"
+#include "app/sight.h"
 #include "vorna/draw.h"
 
 namespace app {
@@ -85,6 +91,7 @@ const std::vector<Border_Style>& border_styles() {
 
 std::vector<std::string> border_names() {
     std::vector<std::string> names{"none"};
+    names.reserve(1 + border_styles().size());
     for (const Border_Style& style : border_styles()) {
         names.emplace_back(style.name);
     }
@@ -126,6 +133,7 @@ constexpr std::array<std::pair<const char*, std::int32_t>, 9> symbols{{{"dot", m
 
 std::vector<std::string> symbol_names() {
     std::vector<std::string> names;
+    names.reserve(symbols.size());
     for (const auto& [name, symbol] : symbols) {
         names.emplace_back(name);
     }
@@ -312,7 +320,7 @@ public:
     map::View fitted(VT_Int_Pair size) const override;
     void look(const map::View& view) override;
     void set_up(Session& session) override;
-    void draw(Session& session) const override;
+    void draw(Session& session, VT_RGB32 background) const override;
     std::string summary() const override {
         return std::to_string(layer_->shape_count()) + " shapes, " + std::to_string(layer_->position_count()) + " positions";
     }
@@ -353,20 +361,24 @@ void warn(const Map& map, bool strict) {
 }
 
 Map_Drawing::Map_Drawing(const Map_Picture& picture, const Map_Options& options)
-    : picture_(picture), options_(options), map_(load_map(picture.file, options.layer)) {
+    : picture_(picture), options_(options), map_(load_map(picture.input, options.layer)) {
     extent_ = parsed_extent(options.bbox, map_.drawing);
     if (!options.water.empty()) {
         water_ = parsed_color("--water", options.water);
     }
     if (!options.clip_to.empty()) {
-        clip_shape_ = chosen_shape(map_, picture.file, options.clip_to);
+        clip_shape_ = chosen_shape(map_, picture.input.name, options.clip_to);
     }
     choose_projection();
-    layer_.emplace(picture.file, map_, *projection_);
+    layer_.emplace(picture.input.name, map_, *projection_);
     style_ = style_of(map_, *layer_);
     if (!options.overlay.empty()) {
-        overlay_map_ = load_map(options.overlay, "");
-        overlay_.emplace(options.overlay, overlay_map_, *projection_);
+        const Input overlay = open_input(options.overlay, "");
+        if (!is_map(overlay)) {
+            throw Usage_Error("--overlay: expected a map or drawing, found " + overlay.name);
+        }
+        overlay_map_ = load_map(overlay, "");
+        overlay_.emplace(overlay.name, overlay_map_, *projection_);
         overlay_style_ = overlay_style(overlay_map_);
     }
     globe_ = project_outline(*projection_);
@@ -383,7 +395,7 @@ void Map_Drawing::choose_projection() {
     const std::string name = options_.projection.empty() ? map_.drawing ? "plane" : "equirectangular" : options_.projection;
     std::optional<Position> center = parsed_center(options_.center);
     if (map_.drawing && name != "plane") {
-        throw Usage_Error("--projection: expected a map, found the drawing " + picture_.file);
+        throw Usage_Error("--projection: expected a map, found the drawing " + picture_.input.name);
     }
     if (name == "plane") {
         for (const auto& [given, option] : {std::pair(water_.has_value(), "--water"), {options_.graticule > 0, "--graticule"}}) {
@@ -413,7 +425,7 @@ void Map_Drawing::choose_bounds() {
     const bool is_given = !options_.bbox.empty();
     if (bounds.empty()) {
         throw Usage_Error(is_given ? "--bbox: expected a part of what the projection shows, found '" + options_.bbox + "'"
-                                   : picture_.file + ": expected shapes to draw, found none that the projection shows");
+                                   : picture_.input.name + ": expected shapes to draw, found none that the projection shows");
     }
     const Bounds globe = bounds_of(globe_);
     const bool shows_globe = water_ || !graticule_.empty();
@@ -568,7 +580,6 @@ void Map_Drawing::set_up(Session& session) {
     rendition_ = new VT_Rendition;
     rendition_->clip.hard_clip = window;
     rendition_->window.rectangle = window;
-    rendition_->window.color = picture_.background;
     rendition_->line.flags = picture_.antialias ? line_flag::smoothed : 0;
     rendition_->line.cap = line_cap::butt;
     if (clip_shape_) {
@@ -591,8 +602,9 @@ void Map_Drawing::set_up(Session& session) {
     rendition_->window.index = static_cast<std::uint8_t>(session.palette().closest_match(picture_.background, false));
 }
 
-void Map_Drawing::draw(Session& session) const {
+void Map_Drawing::draw(Session& session, VT_RGB32 background) const {
     VT_Renderer_Data& renderer = session.renderer();
+    rendition_->window.color = background;
     renderer.begin_picture_all();
     VD_Draw_Window(renderer, *rendition_);
     Map_Painter painter(renderer, *rendition_, view_);
@@ -650,6 +662,18 @@ void check_combinations(const Map_Picture& picture, const Map_Options& options) 
             throw Usage_Error(std::string(name) + ": expected --labels beside it, found none");
         }
     }
+    for (const auto& [given, name, expected] : {std::tuple(picture.colors != 32, "--colors 8", "32 bits a pixel"),
+                                                {!options.merge.empty(), "--merge", "a colour to merge with"}}) {
+        if (given && picture.transparent) {
+            throw Usage_Error("--background none: expected " + std::string(expected) + ", found " + name);
+        }
+    }
+    if (options.overlay == "-" && picture.input.name == name_of_input("-")) {
+        throw Usage_Error("--overlay -: expected a file, found standard input, which is the map");
+    }
+    if (picture.record == "-" && picture.output == "-") {
+        throw Usage_Error("--record -: expected another file, found -o -");
+    }
     if (!options.merge.empty() && options.merge != "and") {
         throw Usage_Error("--merge: expected and, found '" + options.merge + "'");
     }
@@ -700,10 +724,11 @@ void add_map_options(CLI::App& command, Map_Options& options) {
         ->check(values({"and"}));
 }
 
-void refuse_options_of_other_kind(const CLI::App& command, const std::string& file) {
-    static constexpr std::array shared{"model",  "output", "record", "size",        "background", "colors", "antialias",
-                                       "repeat", "stats",  "strict", "screenshots", "script",     "help"};
-    const bool map = is_map_file(file);
+void refuse_options_of_other_kind(const CLI::App& command, const Input& input) {
+    static constexpr std::array shared{"model",       "input-format", "output", "record", "size",   "background",
+                                       "colors",      "antialias",    "repeat", "stats",  "strict", "dry-run",
+                                       "allow-empty", "screenshots",  "script", "help"};
+    const bool map = is_map(input);
     for (const CLI::Option* option : command.get_options()) {
         const bool of_maps = option->get_group() == option_group;
         const bool of_both = std::ranges::any_of(
@@ -711,7 +736,7 @@ void refuse_options_of_other_kind(const CLI::App& command, const std::string& fi
         if (option->count() > 0 && !of_both && of_maps != map) {
             std::string message = option->get_name();
             message += map ? ": expected a model, found " : ": expected a map or drawing, found ";
-            throw Usage_Error(message + file);
+            throw Usage_Error(message + input.name);
         }
     }
 }
@@ -721,8 +746,56 @@ std::unique_ptr<Map_Scene> load_map_scene(const Map_Picture& picture, const Map_
     return std::make_unique<Map_Drawing>(picture, options);
 }
 
+namespace {
+
+void describe(const Map_Picture& picture, const Map_Drawing& drawing) {
+    const VT_Int_Pair size = drawing.size();
+    const std::uint64_t pixels = static_cast<std::uint64_t>(size.x) * static_cast<std::uint64_t>(size.y);
+    const bool indexed = picture.colors != 32;
+    std::printf("map: %s\ndrawn: %s\npicture: %dx%d, %s\nmemory: %s\nfile: %s\n", picture.input.name.c_str(),
+                drawing.summary().c_str(), size.x, size.y,
+                indexed               ? "256 colours"
+                : picture.transparent ? "32 bits a pixel, transparent"
+                                      : "32 bits a pixel",
+                memory_text(resident_memory() + pixels * (indexed               ? 1
+                                                          : picture.transparent ? 8
+                                                                                : 4))
+                    .c_str(),
+                picture.output == "-" ? "standard output" : picture.output.c_str());
+}
+
+// The file of what has been drawn.
+std::string finished(const Map_Picture& picture, const Map_Drawing& drawing, Session& session) {
+    const Raster raster = raster_of(session.color_buffer());
+    const VT_RGB32 b = picture.background;
+    std::vector<std::uint8_t> nothing{b.red, b.green, b.blue, b.alpha};
+    Pixel_Finish finish({.transparent = picture.transparent});
+    if (picture.colors != 32) {
+        nothing = {static_cast<std::uint8_t>(session.palette().closest_match(b, false))};
+    } else if (picture.transparent) {
+        nothing.assign(4, 0);
+        drawing.draw(session, {0, 0, 0, 255});
+        finish.keep(raster);
+        drawing.draw(session, b);
+    }
+    Sight sight(std::move(nothing));
+    const std::string file = png_file(png_form_of(raster, session.palette()), [&](std::uint32_t row, std::uint8_t* samples) {
+        finish.store_row(raster, static_cast<std::int32_t>(row), {}, samples);
+        sight.look_at(samples, static_cast<std::size_t>(raster.width));
+    });
+    if (sight.is_empty() && !picture.allow_empty) {
+        throw std::runtime_error(nothing_seen(picture.input.name));
+    }
+    return file;
+}
+
+} // namespace
+
 void render_map(const Map_Picture& picture, const Map_Options& options, const Module_Choice& module) {
     check_combinations(picture, options);
+    if (!picture.dry_run) {
+        refuse_terminal("-o", picture.output);
+    }
     Session session(module);
     std::optional<picture::Recorder> recorder;
     if (!picture.record.empty()) {
@@ -731,6 +804,14 @@ void render_map(const Map_Picture& picture, const Map_Options& options, const Mo
     const auto load_start = Clock::now();
     Map_Drawing drawing(picture, options);
     const double load = milliseconds_since(load_start);
+    if (picture.dry_run) {
+        Output_File::check(picture.output);
+        if (!picture.record.empty()) {
+            Output_File::check(picture.record);
+        }
+        describe(picture, drawing);
+        return;
+    }
     const auto setup_start = Clock::now();
     drawing.set_up(session);
     const double setup = milliseconds_since(setup_start);
@@ -738,13 +819,13 @@ void render_map(const Map_Picture& picture, const Map_Options& options, const Mo
     double best = INFINITY;
     for (int i = 0; i < picture.repeat; ++i) {
         const auto start = Clock::now();
-        drawing.draw(session);
+        drawing.draw(session, picture.background);
         best = std::min(best, milliseconds_since(start));
         if (recorder && i == 0) {
             files.add(picture.record, picture::file_of(recorder->finish(), picture.record));
         }
     }
-    files.add(picture.output, png_of(raster_of(session.color_buffer()), session.palette()));
+    files.add(picture.output, finished(picture, drawing, session));
     files.commit();
     if (picture.stats) {
         std::fprintf(stderr, "%s, load %.1f ms, setup %.1f ms, draw %.2f ms\n", drawing.summary().c_str(), load, setup, best);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/command.h"
+#include "app/input.h"
 #include "renderer/host/color.h"
 #include "renderer/host/geometry.h"
 
@@ -24,20 +25,22 @@ struct Map_Options {
 
 // What maps share with models.
 struct Map_Picture {
-    std::string file, output;
-    std::string record; // empty = not asked for
-    VT_Int_Pair size;   // a height of 0 is chosen by what is drawn
-    VT_RGB32 background;
+    Input input;
+    std::string output;
+    std::string record;  // empty = not asked for
+    VT_Int_Pair size;    // a height of 0 is chosen by what is drawn
+    VT_RGB32 background; // white when it is transparent
+    bool transparent = false;
     int colors = 32;
     bool antialias = false;
     int repeat = 1;
-    bool stats = false, strict = false;
+    bool stats = false, strict = false, dry_run = false, allow_empty = false;
 };
 
 void add_map_options(CLI::App& command, Map_Options& options);
 
 // Throws Usage_Error for a given option that is for models when the file is a map, or for maps when it is a model.
-void refuse_options_of_other_kind(const CLI::App& command, const std::string& file);
+void refuse_options_of_other_kind(const CLI::App& command, const Input& input);
 
 void render_map(const Map_Picture& picture, const Map_Options& options, const Module_Choice& module);
 

@@ -22,7 +22,7 @@ public:
     virtual void look(const map::View& view) = 0;
     // Establishes the session for the view; then what it draws is a picture of its own.
     virtual void set_up(Session& session) = 0;
-    virtual void draw(Session& session) const = 0;
+    virtual void draw(Session& session, VT_RGB32 background) const = 0;
     // How many shapes and positions.
     virtual std::string summary() const = 0;
 };

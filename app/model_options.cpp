@@ -10,7 +10,9 @@
 #include <sstream>
 #include <utility>
 
+#include "app/palette.h"
 #include "app/scene/color_name.h"
+#include "app/scene/model_reader.h"
 #include "app/scene/scene_renderer.h"
 #include "app/scene/textured_scene.h"
 #include "app/scene/vectors.h"
@@ -28,7 +30,8 @@ const Choices<scene::Up_Axis> up_axes{{"y", scene::Up_Axis::y}, {"z", scene::Up_
 const Choices<scene::Shading> shadings{{"gouraud", scene::Shading::gouraud},
                                        {"flat", scene::Shading::flat},
                                        {"textured", scene::Shading::textured},
-                                       {"wireframe", scene::Shading::wireframe}};
+                                       {"wireframe", scene::Shading::wireframe},
+                                       {"hidden-line", scene::Shading::hidden_line}};
 const Choices<scene::Culling> cullings{{"none", scene::Culling::none}, {"back", scene::Culling::back}};
 const Choices<int> color_bits{{"32", 32}, {"8", 8}};
 
@@ -105,6 +108,29 @@ scene::Aim parsed_aim(const std::string& text) {
     return aim;
 }
 
+// Levels of red, green and blue; nothing when the text has another form.
+std::optional<VT_Int_RGB> parsed_levels(const std::string& text) {
+    std::array<std::int32_t, 3> levels{};
+    const char *place = text.data(), *const end = place + text.size();
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        const auto [stop, error] = std::from_chars(place, end, levels[i]);
+        if (error != std::errc{} || (i < 2 ? stop == end || *stop != 'x' : stop != end)) {
+            return std::nullopt;
+        }
+        place = stop + 1;
+    }
+    return VT_Int_RGB{levels[0], levels[1], levels[2]};
+}
+
+void warn(const Model_Options& options, const std::vector<std::string>& warnings) {
+    for (const std::string& warning : warnings) {
+        if (options.strict) {
+            throw Usage_Error(warning);
+        }
+        std::fprintf(stderr, "vorna: warning: %s\n", warning.c_str());
+    }
+}
+
 // A number that reads back as the same.
 std::string text_of(double number) {
     std::array<char, 32> text;
@@ -124,7 +150,12 @@ std::string text_of(const scene::Aim& aim) {
 } // namespace
 
 void add_model_options(CLI::App& command, Model_Options& options, const std::string& inputs) {
-    command.add_option("model", options.model, inputs)->required();
+    command.add_option("model", options.models, inputs)->required()->type_name("MODEL");
+    command
+        .add_option(
+            "--input-format", options.input_format,
+            "What the files are, as a suffix: obj, ply, stl, gltf, json and so on; by default their names or contents tell")
+        ->type_name("SUFFIX");
     add_choice(command, "--view", options.camera.view, "Side to look at", views);
     command
         .add_option_function<std::string>(
@@ -144,20 +175,29 @@ void add_model_options(CLI::App& command, Model_Options& options, const std::str
                   "Draw the edges of polygons over them, or outlines, borders and sharp bends only")
         ->type_name("KIND")
         ->check(values({"all", "feature"}));
-    command.add_option("--edge-color", options.edge_color, "Colour of edges and wireframes")->type_name("COLOR");
-    command.add_flag("--antialias", options.antialias, "Smooth lines");
+    command.add_option("--edge-color", options.edge_color, "Colour of edges")->type_name("COLOR");
+    command.add_flag("--antialias", options.antialias, "Smooth lines; --supersample smooths everything");
     add_choice(command, "--cull", options.picture.culling, "Faces to leave out, as seen by the viewer", cullings);
-    command.add_option("--background", options.background, "Colour behind the model")->type_name("COLOR")->capture_default_str();
+    command.add_option("--background", options.background, "Colour behind what is drawn, or none: transparent")
+        ->type_name("COLOR")
+        ->capture_default_str();
     command.add_option("--color", options.color, "Colour of the model instead of its own")->type_name("COLOR");
     command.add_option("--light", options.light, "Direction towards the light: right, up, towards the viewer")
         ->type_name("X,Y,Z")
         ->capture_default_str();
     add_choice(command, "--colors", options.colors, "Bits a pixel, 8 through a palette", color_bits);
-    command.add_flag("--strict", options.strict, "Fail when a material or texture cannot be read");
-    command.get_option("model")->type_name("MODEL");
+    command
+        .add_option(
+            "--palette", options.palette,
+            "Palette of 8-bit pixels: cube (6x6x6 and greys), levels of red, green and blue as 8x8x4, or a file: PNG with a "
+            "palette, GIMP palette, lines of #rrggbb")
+        ->type_name("FILE");
+    command.add_flag("--strict", options.strict,
+                     "Fail when a file of materials, or a texture to be drawn, cannot be read, instead of warning");
     group_options(command, "Camera", "--view --camera --perspective --ortho --up --zoom");
     group_options(command, "Drawing",
-                  "--shading --edges --edge-color --antialias --cull --background --color --light --colors --strict");
+                  "--shading --edges --edge-color --antialias --cull --background --color --light --colors --palette");
+    group_options(command, "Input", "--input-format --strict");
 }
 
 std::vector<std::string> arguments_of(const Model_Options& options) {
@@ -177,7 +217,8 @@ std::vector<std::string> arguments_of(const Model_Options& options) {
             arguments.emplace_back(name);
         }
     };
-    arguments.push_back(options.model);
+    arguments = options.models;
+    add("--input-format", options.input_format, "");
     if (options.aim) {
         add("--camera", text_of(*options.aim), "");
     } else {
@@ -194,7 +235,10 @@ std::vector<std::string> arguments_of(const Model_Options& options) {
     add("--background", options.background, defaults.background);
     add("--color", options.color, defaults.color);
     add("--light", options.light, defaults.light);
-    add_chosen("--colors", options.colors, color_bits);
+    add("--palette", options.palette, "");
+    if (options.palette.empty() && options.colors == 8) {
+        add("--colors", "8", "");
+    }
     add_flag("--strict", options.strict);
     return arguments;
 }
@@ -212,6 +256,46 @@ VT_Int_Pair parsed_pair(const std::string& text, std::int32_t most, const std::s
     throw Usage_Error(expected + ", found '" + text + "'");
 }
 
+std::vector<Input> open_inputs(const Model_Options& options) {
+    if (std::ranges::count(options.models, "-") > 1) {
+        throw Usage_Error("-: expected standard input once, found it twice");
+    }
+    std::vector<Input> inputs;
+    for (const std::string& file : options.models) {
+        inputs.push_back(open_input(file, options.input_format));
+    }
+    return inputs;
+}
+
+bool draws_indices(const Model_Options& options) {
+    return options.palette.empty() ? options.colors == 8 : options.palette == "cube" || parsed_levels(options.palette);
+}
+
+Palette_Choice palette_of(const Model_Options& options) {
+    Palette_Choice choice;
+    if (options.palette.empty() || options.palette == "cube") {
+        if (draws_indices(options)) {
+            choice.drawn = new VT_Palette;
+        }
+    } else if (const auto levels = parsed_levels(options.palette)) {
+        constexpr std::int32_t most = 256;
+        const auto [red, green, blue] = *levels;
+        const bool fits =
+            std::min({red, green, blue}) >= 2 && std::max({red, green, blue}) <= most / 4 && red * green * blue <= most;
+        if (!fits) {
+            throw Usage_Error("--palette: expected 2 levels or more of each colour and 256 colours at most, found " +
+                              options.palette);
+        }
+        choice.drawn = cube_palette(*levels);
+    } else {
+        choice.mapped = read_palette(options.palette);
+    }
+    if (options.colors == 32 && !options.palette.empty()) {
+        throw Usage_Error("--palette: expected 8 bits a pixel, found --colors 32");
+    }
+    return choice;
+}
+
 VT_RGB32 background_of(const Model_Options& options) {
     return parsed_color("--background", options.background);
 }
@@ -226,32 +310,37 @@ scene::Picture_Settings picture_settings_of(const Model_Options& options) {
     return settings;
 }
 
-// Wireframes have the model's colour, edges over faces a dark one.
+// Wireframes have the model's colour, edges over faces a dark one; without what lies behind faces a picture is a drawing, which
+// is dark on light or light on dark.
 scene::Edge_Settings edge_settings_of(const Model_Options& options) {
-    constexpr VT_RGB32 dark{51, 40, 30, 255};
+    constexpr VT_RGB32 dark{51, 40, 30, 255}, light{235, 230, 225, 255};
     scene::Edge_Settings settings;
-    const bool wireframe = options.picture.shading == scene::Shading::wireframe;
     if (!options.has_edges()) {
         for (const auto& [given, name] :
              {std::pair(options.antialias, "--antialias"), {!options.edge_color.empty(), "--edge-color"}}) {
             if (given) {
-                throw Usage_Error(std::string(name) + ": expected --edges or --shading wireframe beside it, found neither");
+                throw Usage_Error(std::string(name) +
+                                  ": expected --edges, --shading wireframe or hidden-line beside it, found none");
             }
         }
     }
-    if (options.antialias && options.colors != 32) {
-        throw Usage_Error("--antialias: expected 32 bits a pixel, found --colors 8");
+    if (options.antialias && draws_indices(options)) {
+        throw Usage_Error("--antialias: expected 32 bits a pixel, found " +
+                          (options.palette.empty() ? "--colors 8" : "--palette " + options.palette));
     }
     if (!options.edges.empty() && options.edges != "all" && options.edges != "feature") {
         throw Usage_Error("--edges: expected all or feature, found '" + options.edges + "'");
     }
     settings.choice = options.edges == "feature" ? scene::Edge_Choice::features : scene::Edge_Choice::all;
     settings.culling = options.picture.culling;
-    settings.over_faces = !wireframe;
+    settings.over_faces = options.has_faces();
     settings.smoothed = options.antialias;
     if (!options.edge_color.empty()) {
         settings.color = parsed_color("--edge-color", options.edge_color);
-    } else if (!wireframe) {
+    } else if (options.picture.shading == scene::Shading::hidden_line && !options.is_transparent()) {
+        const VT_RGB32 paper = background_of(options);
+        settings.color = 3 * paper.red + 6 * paper.green + paper.blue < 1280 ? light : dark;
+    } else if (options.has_faces()) {
         settings.color = dark;
     }
     return settings;
@@ -278,6 +367,12 @@ scene::Camera_Settings camera_settings_of(const Model_Options& options, const sc
     return settings;
 }
 
+scene::Mesh load_mesh(const Model_Options& options, std::vector<Input> inputs, bool empty) {
+    scene::Mesh mesh = scene::load_models(inputs, empty);
+    warn(options, mesh.warnings);
+    return mesh;
+}
+
 std::unique_ptr<scene::Scene> make_faces(const Model_Options& options, const scene::Mesh& mesh) {
     const VT_RGB32 color = base_color_of(options);
     const bool own_colors = options.color.empty();
@@ -285,18 +380,13 @@ std::unique_ptr<scene::Scene> make_faces(const Model_Options& options, const sce
         return std::make_unique<scene::Scene_Renderer>(mesh, color, own_colors);
     }
     std::unique_ptr<scene::Scene> scene;
-    std::vector<std::string> warnings = mesh.warnings;
+    std::vector<std::string> warnings;
     if (scene::Textured_Scene::has_work(mesh)) {
         scene = std::make_unique<scene::Textured_Scene>(mesh, color, own_colors, warnings);
     } else {
         scene = std::make_unique<scene::Scene_Renderer>(mesh, color, own_colors);
     }
-    for (const std::string& warning : warnings) {
-        if (options.strict) {
-            throw Usage_Error(warning);
-        }
-        std::fprintf(stderr, "vorna: warning: %s\n", warning.c_str());
-    }
+    warn(options, warnings);
     return scene;
 }
 
@@ -306,7 +396,10 @@ std::unique_ptr<scene::Edge_Renderer> make_edges(const Model_Options& options, c
 
 Drawn_Model make_model(const Model_Options& options, const scene::Mesh& mesh) {
     Drawn_Model model;
-    if (options.picture.shading != scene::Shading::wireframe) {
+    if (mesh.triangles.empty()) {
+        return model;
+    }
+    if (options.has_faces()) {
         model.faces = make_faces(options, mesh);
     }
     if (options.has_edges()) {

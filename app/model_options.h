@@ -9,6 +9,7 @@
 
 #include "app/drawn_model.h"
 #include "app/image_file.h"
+#include "app/input.h"
 #include "app/scene/camera.h"
 #include "app/scene/edge_renderer.h"
 #include "app/scene/mesh.h"
@@ -22,20 +23,24 @@ class App;
 namespace app {
 
 struct Model_Options {
-    std::string model;
+    std::vector<std::string> models; // files, drawn together
+    std::string input_format;        // empty = as their names and contents say
     scene::Camera_Settings camera;
     bool orthographic = false;
     std::optional<scene::Aim> aim; // in the file's coordinates; up 0, 0, 0 = the model's
     scene::Picture_Settings picture;
-    std::string background = "white", light = "-0.5,0.65,0.7";
-    std::string color; // empty = the model's own
-    std::string edges; // empty = none
+    std::string background = "white", light = "-0.5,0.65,0.7"; // background none: transparent
+    std::string color;                                         // empty = the model's own
+    std::string edges;                                         // empty = none
     std::string edge_color;
     bool antialias = false;
-    int colors = 32;
+    int colors = 0;      // bits a pixel of the file; 0 = as the palette needs, 32 without one
+    std::string palette; // cube, levels as 8x8x4, or a file; empty = none
     bool strict = false;
 
-    bool has_edges() const noexcept { return !edges.empty() || picture.shading == scene::Shading::wireframe; }
+    bool has_faces() const noexcept { return picture.shading != scene::Shading::wireframe; }
+    bool has_edges() const noexcept { return !edges.empty() || !has_faces() || picture.shading == scene::Shading::hidden_line; }
+    bool is_transparent() const noexcept { return background == "none"; }
 };
 
 // inputs: what the files may be, for the help.
@@ -44,20 +49,33 @@ void add_model_options(CLI::App& command, Model_Options& options, const std::str
 // The options as a shell's words, as far as they differ from the defaults.
 std::vector<std::string> arguments_of(const Model_Options& options);
 
+// What the palette of a picture is, if it has one.
+struct Palette_Choice {
+    VT_Reference<const VT_Palette> drawn; // that the renderer draws with; null = 32 bits a pixel
+    std::vector<VT_RGB32> mapped;         // that 32-bit pixels are mapped to
+};
+
 // A pair of numbers from 1 to most with an x between them. Throws Usage_Error that begins with what is expected.
 VT_Int_Pair parsed_pair(const std::string& text, std::int32_t most, const std::string& expected);
 
 // These throw Usage_Error for what makes no sense.
+std::vector<Input> open_inputs(const Model_Options& options);
+Palette_Choice palette_of(const Model_Options& options);
+// Whether the renderer draws palette indices; palettes from files are for what it has drawn.
+bool draws_indices(const Model_Options& options);
+// Of what is not transparent.
 VT_RGB32 background_of(const Model_Options& options);
 VT_RGB32 base_color_of(const Model_Options& options);
 scene::Picture_Settings picture_settings_of(const Model_Options& options);
 scene::Edge_Settings edge_settings_of(const Model_Options& options);
 scene::Camera_Settings camera_settings_of(const Model_Options& options, const scene::Mesh& mesh, VT_Int_Pair size);
 
-// Textures are drawn when they are asked for and there are any. What could not be read of them is said, or refused.
+// What could not be read of materials and textures is said, or refused. empty: whether files without triangles are fine.
+scene::Mesh load_mesh(const Model_Options& options, std::vector<Input> inputs, bool empty = false);
+// Textures are drawn when they are asked for and there are any.
 std::unique_ptr<scene::Scene> make_faces(const Model_Options& options, const scene::Mesh& mesh);
 std::unique_ptr<scene::Edge_Renderer> make_edges(const Model_Options& options, const scene::Mesh& mesh);
-// Faces, edges or both, as the options say.
+// Faces, edges or both, as the options say; neither when the mesh has no triangles.
 Drawn_Model make_model(const Model_Options& options, const scene::Mesh& mesh);
 
 // Spans leave out their last pixel, and no point may lie outside the window: a model that is cut off at the picture's right or

@@ -2,10 +2,12 @@
 #include "app/output_file.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <random>
 #include <stdexcept>
 #include <system_error>
 
+#include "app/command.h"
 #include "app/path.h"
 #include "app/standard_streams.h"
 
@@ -30,10 +32,27 @@ fs::path temporary_beside(const fs::path& target) {
     return temporary += ".part-" + std::to_string(random());
 }
 
+bool is_writable(const fs::path& path) {
+#if defined(_WIN32)
+    return _waccess(path.c_str(), 2) == 0;
+#else
+    return access(path.c_str(), W_OK) == 0;
+#endif
+}
+
 } // namespace
 
 Output_File::Output_File(const std::string& name) : path_(path_of(name)) {
     std::error_code none;
+    if (name == "-") {
+        path_ = "standard output";
+        file_.reset(std::tmpfile());
+        if (!file_) {
+            fail(path_, last_error());
+        }
+        is_standard_output_ = true;
+        return;
+    }
     if (fs::is_directory(path_, none)) {
         fail(path_, std::make_error_code(std::errc::is_a_directory));
     }
@@ -69,13 +88,38 @@ void Output_File::write(std::string_view bytes) {
     }
 }
 
+void Output_File::check(const std::string& name) {
+    if (name == "-") {
+        return;
+    }
+    const fs::path path = path_of(name);
+    std::error_code none;
+    if (fs::is_directory(path, none)) {
+        fail(path, std::make_error_code(std::errc::is_a_directory));
+    }
+    const bool is_device = fs::exists(path, none) && !fs::is_regular_file(path, none);
+    const fs::path target = fs::is_symlink(path, none) ? fs::weakly_canonical(path, none) : path;
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    errno = 0;
+    if (!is_writable(is_device ? path : folder)) {
+        fail(path, last_error());
+    }
+    if (!is_device && !fs::is_directory(folder, none)) {
+        fail(path, std::make_error_code(std::errc::not_a_directory));
+    }
+}
+
 void Output_File::close() {
-    if (file_ && std::fclose(file_.release()) != 0) {
+    if (file_ && !is_standard_output_ && std::fclose(file_.release()) != 0) {
         fail(path_, last_error());
     }
 }
 
 void Output_File::commit() {
+    if (is_standard_output_) {
+        copy_to_standard_output();
+        return;
+    }
     close();
     if (!temporary_.empty()) {
         std::error_code reason;
@@ -87,9 +131,29 @@ void Output_File::commit() {
     }
 }
 
+void Output_File::copy_to_standard_output() {
+    set_binary(stdout);
+    errno = 0;
+    std::rewind(file_.get());
+    std::vector<char> block(std::size_t{1} << 16);
+    for (std::size_t count = 1; count > 0;) {
+        count = std::fread(block.data(), 1, block.size(), file_.get());
+        if (std::fwrite(block.data(), 1, count, stdout) != count) {
+            fail(path_, last_error());
+        }
+    }
+    if (std::ferror(file_.get()) != 0 || std::fflush(stdout) != 0) {
+        fail(path_, last_error());
+    }
+    file_ = nullptr;
+}
+
 void Output_Files::add(const std::string& name, std::string_view bytes) {
     if (name == "-") {
-        standard_output_ += bytes;
+        if (!standard_output_) {
+            standard_output_ = std::make_unique<Output_File>(name);
+        }
+        standard_output_->write(bytes);
         return;
     }
     files_.push_back(std::make_unique<Output_File>(name));
@@ -102,15 +166,20 @@ void Output_Files::commit() {
         file->commit();
     }
     files_.clear();
-    if (!standard_output_.empty()) {
-        set_binary(stdout);
-        errno = 0;
-        if (std::fwrite(standard_output_.data(), 1, standard_output_.size(), stdout) != standard_output_.size() ||
-            std::fflush(stdout) != 0) {
-            fail("standard output", last_error());
-        }
-        standard_output_.clear();
+    if (standard_output_) {
+        standard_output_->commit();
+        standard_output_ = nullptr;
     }
+}
+
+void refuse_terminal(const char* option, const std::string& name) {
+    if (name == "-" && is_terminal(stdout)) {
+        throw Usage_Error(std::string(option) + " -: expected a file or a pipe for a picture, found a terminal");
+    }
+}
+
+void print_line(const std::string& output, const std::string& line) {
+    std::fprintf(output == "-" ? stderr : stdout, "%s\n", line.c_str());
 }
 
 void write_file(const std::string& path, std::string_view bytes) {

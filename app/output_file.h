@@ -10,8 +10,8 @@
 
 namespace app {
 
-// A file that is written bit by bit beside its place and moves there at the end. What has not been committed is removed.
-// Everything throws std::runtime_error that names the file.
+// A file that is written bit by bit beside its place and moves there at the end. What has not been committed is removed. "-" is
+// standard output, which gets everything at the end. Everything throws std::runtime_error that names the file.
 class Output_File {
 public:
     explicit Output_File(const std::string& name);
@@ -25,7 +25,12 @@ public:
     // Closes it when that has not been done.
     void commit();
 
+    // Throws what the constructor would throw, as far as that can be known without writing anything.
+    static void check(const std::string& name);
+
 private:
+    void copy_to_standard_output();
+
     struct Close {
         void operator()(std::FILE* file) const noexcept { std::fclose(file); }
     };
@@ -33,19 +38,26 @@ private:
     std::filesystem::path path_, target_;
     std::filesystem::path temporary_; // empty when there is none, or no longer
     std::unique_ptr<std::FILE, Close> file_;
+    bool is_standard_output_ = false;
 };
 
 // Files written together: all of them are complete beside their places before the first one moves there.
 class Output_Files {
 public:
-    // "-" is standard output, which is written at commit. Throws std::runtime_error that names the file.
+    // Throws std::runtime_error that names the file. Standard output is written last.
     void add(const std::string& name, std::string_view bytes);
     void commit();
 
 private:
     std::vector<std::unique_ptr<Output_File>> files_;
-    std::string standard_output_;
+    std::unique_ptr<Output_File> standard_output_;
 };
+
+// Throws Usage_Error when a picture would go to a terminal.
+void refuse_terminal(const char* option, const std::string& name);
+
+// Prints a line about a file that was written: on standard output unless the file itself went there.
+void print_line(const std::string& output, const std::string& line);
 
 // One file by itself.
 void write_file(const std::string& path, std::string_view bytes);

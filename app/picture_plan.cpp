@@ -24,10 +24,15 @@ VT_Int_Rectangle frame_of(VT_Int_Pair size) {
 }
 
 scene::Tile_Grid grid_of(const Plan_Request& request, std::int32_t tile_size) {
-    scene::Tile_Grid grid(frame_of(request.part.size));
-    grid.area = request.part.area();
+    const std::int32_t n = request.supersample;
+    scene::Tile_Grid grid(frame_of({request.part.size.x * n, request.part.size.y * n}));
+    const VT_Int_Rectangle area = request.part.area();
+    grid.area = {area.left * n, (area.right + 1) * n - 1, area.bottom * n, (area.top + 1) * n - 1};
     if (tile_size > 0) {
-        const auto side = [=](std::int32_t first, std::int32_t last) { return std::min(tile_size, (last - first + 8) / 8 * 8); };
+        const auto side = [=](std::int32_t first, std::int32_t last) {
+            const std::int32_t eight = 8 * n;
+            return std::min(tile_size * n, (last - first + eight) / eight * eight);
+        };
         grid.tile_size = {side(grid.area.left, grid.area.right), side(grid.area.bottom, grid.area.top)};
         grid.margin = request.margin;
     }
@@ -39,13 +44,15 @@ Picture_Plan plan_of(const Plan_Request& request, std::int32_t tile_size, unsign
     const scene::Tile_Grid& grid = plan.grid;
     plan.threads = static_cast<unsigned>(std::min<std::size_t>(threads, std::max<std::size_t>(grid.count(), 4)));
     for (std::int32_t row = grid.rows(); row-- > 0;) {
-        plan.band_ends.push_back(static_cast<std::uint32_t>(grid.area.top + 1 - (grid.area.bottom + row * grid.tile_size.y)));
+        const std::int32_t drawn_rows = grid.area.top + 1 - (grid.area.bottom + row * grid.tile_size.y);
+        plan.band_ends.push_back(static_cast<std::uint32_t>(drawn_rows / request.supersample));
     }
-    plan.rows_ahead = bands_ahead * static_cast<std::uint32_t>(grid.tile_size.y) + png_block_rows(request.form);
+    plan.rows_ahead =
+        bands_ahead * static_cast<std::uint32_t>(grid.tile_size.y / request.supersample) + png_block_rows(request.form);
     const std::uint64_t window = static_cast<std::uint64_t>(grid.tile_size.x + 2 * grid.margin) *
                                  static_cast<std::uint64_t>(grid.tile_size.y + 2 * grid.margin);
-    plan.memory = plan.threads * (window * Tile_Artist::pixel_memory + renderer_memory) +
-                  stream_memory(request.form, plan.band_ends, {plan.threads, plan.rows_ahead, nullptr});
+    plan.memory = plan.threads * (window * request.pixel_memory + renderer_memory + request.thread_memory) +
+                  stream_memory(request.form, plan.band_ends, {.threads = plan.threads, .rows_ahead = plan.rows_ahead});
     return plan;
 }
 
@@ -56,11 +63,13 @@ Picture_Plan plan_picture(const Plan_Request& request) {
     if (request.tile_size) {
         sizes.push_back(*request.tile_size);
     } else {
-        const VT_Int_Pair size = request.part.size;
+        const VT_Int_Pair size{request.part.size.x * request.supersample, request.part.size.y * request.supersample};
         if (request.part.is_whole() && std::int64_t{size.x} * size.y <= largest_single_tile && std::max(size.x, size.y) < 16384) {
             sizes.push_back(0);
         }
-        sizes.insert(sizes.end(), std::begin(tile_sizes), std::end(tile_sizes));
+        for (const std::int32_t drawn_size : tile_sizes) {
+            sizes.push_back(std::max(drawn_size / request.supersample / 8 * 8, 8));
+        }
     }
     std::uint64_t least = UINT64_MAX;
     for (unsigned threads = request.threads; threads > 0; threads /= 2) {

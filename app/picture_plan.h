@@ -20,14 +20,17 @@ struct Plan_Request {
     Picture_Part part;
     Png_Form form;                         // of the file with it
     std::int32_t margin = 0;               // that tiles need
-    std::optional<std::int32_t> tile_size; // a multiple of 8
+    std::optional<std::int32_t> tile_size; // in pixels of the picture, a multiple of 8
+    std::int32_t supersample = 1;          // columns and rows that are drawn for one
+    std::uint64_t pixel_memory = 0;        // bytes for each drawn pixel of a tile
+    std::uint64_t thread_memory = 0;       // bytes for each thread, besides
     unsigned threads = 1;                  // at most
     std::uint64_t max_memory = 0;          // bytes
     std::uint64_t model_memory = 0;        // of it, what everything but the picture takes
 };
 
 struct Picture_Plan {
-    scene::Tile_Grid grid;
+    scene::Tile_Grid grid; // of what is drawn
     unsigned threads;
     std::vector<std::uint32_t> band_ends; // rows of tiles, as rows of pixels from the top
     std::uint32_t rows_ahead;

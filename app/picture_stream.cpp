@@ -75,7 +75,12 @@ private:
     // What is nearest to the file comes first.
     bool do_something(unsigned thread, Lock& lock) {
         Interruption::check();
-        progress_.show((static_cast<double>(rows_made_) + rows_written_) / (2.0 * form_.height));
+        const double done = (static_cast<double>(rows_made_) + rows_written_) / (2.0 * form_.height);
+        if (settings_.progress) {
+            settings_.progress(done);
+        } else {
+            progress_.show(done);
+        }
         return write(lock) || pack(lock) || hash(lock) || filter(lock) || make(thread, lock);
     }
 

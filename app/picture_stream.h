@@ -35,8 +35,9 @@ struct Picture_Source {
 
 struct Stream_Settings {
     unsigned threads = 1;
-    std::uint32_t rows_ahead = 0; // so many rows may be held; a band that is larger is held as a whole
-    Sha256* hash = nullptr;       // of the samples of all rows from the top down, and of nothing else
+    std::uint32_t rows_ahead = 0;              // so many rows may be held; a band that is larger is held as a whole
+    Sha256* hash = nullptr;                    // of the samples of all rows from the top down, and of nothing else
+    std::function<void(double)> progress = {}; // is told how much is done, 0 to 1; none = people are
 };
 
 // Bytes that a stream holds at most, besides what its source does.

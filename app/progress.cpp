@@ -3,27 +3,11 @@
 
 #include <cstdio>
 
-#if defined(_WIN32)
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
+#include "app/standard_streams.h"
 
 namespace app {
 
-namespace {
-
-bool errors_go_to_a_terminal() {
-#if defined(_WIN32)
-    return _isatty(2) != 0;
-#else
-    return isatty(2) != 0;
-#endif
-}
-
-} // namespace
-
-Progress::Progress() : watched_(errors_go_to_a_terminal()) {
+Progress::Progress() : watched_(is_terminal(stderr)) {
 }
 
 Progress::~Progress() {

@@ -6,6 +6,8 @@
 #if defined(_WIN32)
 #include <fcntl.h>
 #include <io.h>
+#else
+#include <unistd.h>
 #endif
 
 namespace app {
@@ -14,6 +16,14 @@ namespace app {
 inline void set_binary([[maybe_unused]] std::FILE* stream) {
 #if defined(_WIN32)
     _setmode(_fileno(stream), _O_BINARY);
+#endif
+}
+
+inline bool is_terminal(std::FILE* stream) {
+#if defined(_WIN32)
+    return _isatty(_fileno(stream)) != 0;
+#else
+    return isatty(fileno(stream)) != 0;
 #endif
 }
 

@@ -1,8 +1,6 @@
 // Chooses the reader of a map or drawing.
 #include "app/map/map_reader.h"
 
-#include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -13,12 +11,6 @@ namespace app::map {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-std::string suffix_of(const std::string& file) {
-    std::string suffix = path_of(file).extension().string();
-    std::ranges::transform(suffix, suffix.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return suffix;
-}
 
 std::string content_of(const std::string& file) {
     std::error_code error;
@@ -47,14 +39,11 @@ Json parsed(const std::string& file, const std::string& content) {
 
 } // namespace
 
-bool is_map_file(const std::string& file) {
-    const std::string suffix = suffix_of(file);
-    return suffix == ".json" || suffix == ".geojson" || suffix == ".topojson" || suffix == ".dxf";
-}
-
-Map load_map(const std::string& file, const std::string& layer) {
-    const bool drawing = suffix_of(file) == ".dxf";
-    const std::string content = content_of(file);
+Map load_map(const Input& input, const std::string& layer) {
+    const std::string& file = input.name;
+    const bool drawing = input.format == "dxf";
+    const std::string read = input.content ? std::string() : content_of(file);
+    const std::string& content = input.content ? *input.content : read;
     const Json document = drawing ? Json() : parsed(file, content);
     const bool topology = document.is_object() && document.value("type", Json()) == "Topology";
     if (!layer.empty() && !topology) {

@@ -5,15 +5,13 @@
 #include <string>
 #include <string_view>
 
+#include "app/input.h"
 #include "app/map/shapes.h"
 
 namespace app::map {
 
-// Whether the file's name says that it is a map or a drawing: GeoJSON, TopoJSON or DXF.
-bool is_map_file(const std::string& file);
-
 // layer: of TopoJSON, the object to read; empty = the first one. Throws Map_Error.
-Map load_map(const std::string& file, const std::string& layer);
+Map load_map(const Input& input, const std::string& layer);
 
 // The formats' own readers; file names the text for messages. Throw Map_Error.
 Map read_geojson(const std::string& file, const nlohmann::ordered_json& document);

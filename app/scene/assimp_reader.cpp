@@ -214,11 +214,22 @@ void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, co
 
 } // namespace
 
-Mesh read_with_assimp(const std::string& file) {
+bool is_assimp_format(const std::string& format) {
+    return Assimp::Importer().IsExtensionSupported("." + format);
+}
+
+Mesh read_with_assimp(const Input& input) {
+    const std::string& file = input.name;
     Assimp::Importer importer;
     importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
+    constexpr unsigned steps = aiProcess_JoinIdenticalVertices | aiProcess_PreTransformVertices | aiProcess_SortByPType;
     const aiScene* scene =
-        importer.ReadFile(file, aiProcess_JoinIdenticalVertices | aiProcess_PreTransformVertices | aiProcess_SortByPType);
+        input.content ? importer.ReadFileFromMemory(input.content->data(), input.content->size(), steps, input.format.c_str())
+                      : importer.ReadFile(file, steps);
+    if (!scene && input.content && !is_assimp_format(input.format)) {
+        throw Model_Error(file + ": expected a model, map or drawing that its content makes known, found " +
+                          (input.content->empty() ? "nothing" : "another one; --input-format names it"));
+    }
     if (!scene) {
         std::string reason = importer.GetErrorString();
         std::ranges::replace(reason, '\n', ' ');

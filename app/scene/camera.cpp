@@ -2,6 +2,7 @@
 #include "app/scene/camera.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "app/scene/vectors.h"
@@ -91,7 +92,59 @@ void set_row(double (&row)[4], const VT_Vector_D& v, double last) {
     row[3] = last;
 }
 
+struct Direction {
+    double x, y;
+};
+
+// Cosine and sine of a part of a full turn. Parts of an eighth are summed up, for libraries differ in the last bit.
+Direction direction_of(std::int32_t part, std::int32_t parts) {
+    const std::int64_t eighths = 8 * std::int64_t{part} / parts, rest = 8 * std::int64_t{part} - eighths * parts;
+    const bool odd = eighths % 2 != 0; // measured from the next quarter back
+    constexpr double eighth_turn = 0.78539816339744830962;
+    const double angle = eighth_turn * static_cast<double>(odd ? parts - rest : rest) / parts;
+    double cosine = 1, sine = 0, term = 1;
+    for (int i = 1; i < 20; ++i) {
+        term *= angle / i;
+        double& sum = i % 2 ? sine : cosine;
+        sum += i / 2 % 2 ? -term : term;
+    }
+    const double x = odd ? sine : cosine, y = odd ? cosine : sine;
+    switch (eighths / 2 % 4) {
+    case 0:
+        return {x, y};
+    case 1:
+        return {-y, x};
+    case 2:
+        return {-x, -y};
+    default:
+        return {y, -x};
+    }
+}
+
 } // namespace
+
+Aim turned_aim(const Aim& aim, const VT_Vector_D& place, const VT_Vector_D& axis, std::int32_t part, std::int32_t parts) {
+    const Direction turn = direction_of(part, parts);
+    VT_Vector_D k = axis;
+    k.normalize();
+    const auto turned = [&](const VT_Vector_D& v) {
+        const VT_Vector_D along = k * dot(k, v), beside = v - along;
+        return along + beside * turn.x + cross(k, beside) * turn.y;
+    };
+    return {place + turned(aim.eye - place), place + turned(aim.target - place), turned(aim.up)};
+}
+
+double reach_of(const Camera& camera, std::span<const VT_Vector> points) {
+    const auto& m = camera.clip_from_model.m;
+    double reach = 0;
+    for (const VT_Vector& point : points) {
+        const VT_Vector_D p = widened(point);
+        const auto row = [&](int r) { return m[r][0] * p.x + m[r][1] * p.y + m[r][2] * p.z + m[r][3]; };
+        const double w = row(3), size = std::max(std::abs(row(0)), std::abs(row(1)));
+        reach = std::max(reach, w > 0 ? size / w : Extent::infinity);
+    }
+    return reach;
+}
 
 Aim fitted_aim(const Camera_Settings& settings, std::span<const VT_Vector> points) {
     const Axes axes = axes_of(settings.view);

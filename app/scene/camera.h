@@ -1,6 +1,7 @@
 // Cameras that are fitted to what they look at.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <span>
 
@@ -45,6 +46,13 @@ struct Camera {
 
 // The aim of settings that have none: the closest one that shows every point, with a margin.
 Aim fitted_aim(const Camera_Settings& settings, std::span<const VT_Vector> points);
+
+// The aim turned around an axis through a place, counter-clockwise as seen from where the axis points: by part of so many parts
+// of a full turn. The same bit by bit on every machine.
+Aim turned_aim(const Aim& aim, const VT_Vector_D& place, const VT_Vector_D& axis, std::int32_t part, std::int32_t parts);
+
+// How far points reach towards the borders of a camera's picture: 1 = they just fit. Infinite for those that it cannot see.
+double reach_of(const Camera& camera, std::span<const VT_Vector> points);
 
 // The camera of the settings' aim, or of the one that fits. Near and far planes just hold the points; a camera in their midst
 // does not see what is right before it.

@@ -134,7 +134,8 @@ public:
     // window: of the renderer, as far as there is something of the picture in it. is_whole: that is all of it.
     Pen(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, bool is_whole,
         const Edge_Settings& settings, VT_RGB32 color)
-        : renderer_(renderer), rendition_(new VT_Rendition(rendition)), window_(window), is_whole_(is_whole) {
+        : renderer_(renderer), rendition_(new VT_Rendition(rendition)), window_(window), is_whole_(is_whole),
+          width_(settings.width) {
         VT_Line_Attributes& line = rendition_->line;
         line = {};
         line.color = color;
@@ -185,6 +186,10 @@ private:
     }
 
     void append(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
+        if (width_ > 1) {
+            draw_wide(from, to, color);
+            return;
+        }
         if (points_.empty() || !same(points_.back(), from)) {
             finish_polyline();
             points_.push_back(from);
@@ -192,6 +197,22 @@ private:
         points_.push_back(to);
         if (color) {
             colors_.push_back(*color);
+        }
+    }
+
+    // Lines of one pixel side by side, which are the same in every tile. Nothing is joined: later segments lie over earlier ones.
+    void draw_wide(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
+        const bool by_columns = std::abs(to.x - from.x) > std::abs(to.y - from.y);
+        for (std::int32_t shift = -(width_ - 1) / 2; shift <= width_ / 2; ++shift) {
+            VT_DCI_Point points[2] = {from, to};
+            for (VT_DCI_Point& p : points) {
+                (by_columns ? p.y : p.x) += shift;
+            }
+            if (color) {
+                VD_Draw_DCI_Colorized_Polyline(renderer_, *rendition_, 2, points, color, true);
+            } else {
+                VD_Draw_DCI_Polyline(renderer_, *rendition_, 2, points);
+            }
         }
     }
 
@@ -297,6 +318,7 @@ private:
     VT_Reference<VT_Rendition> rendition_;
     const VT_Int_Rectangle window_;
     const bool is_whole_;
+    const std::int32_t width_;
     std::optional<Depths> depths_;
     std::optional<Kept_Pixels> kept_;
     std::vector<VT_DCI_Point> points_;
@@ -484,7 +506,7 @@ void Edge_Renderer::lift_points() {
     }
 }
 
-// How far a triangle's depth changes over two columns and a row, from 0 to 65535.
+// How far a triangle's depth changes over two columns and a row, or what a wide line covers beside that, from 0 to 65535.
 double Edge_Renderer::rise_of(std::size_t triangle) const {
     const std::uint32_t* corners = &edges_.triangles[3 * triangle];
     double x[3], y[3], z[3], w[3];
@@ -518,7 +540,8 @@ double Edge_Renderer::rise_of(std::size_t triangle) const {
     if (w[0] > 0 && w[1] > 0 && w[2] > 0) {
         std::tie(nearest, farthest) = std::minmax({z[0] / w[0], z[1] / w[1], z[2] / w[2]});
     }
-    return std::min(2 * std::abs(along_x) + std::abs(along_y), farthest - nearest);
+    const std::int32_t beside = settings_.width / 2;
+    return std::min((2 + beside) * std::abs(along_x) + (1 + beside) * std::abs(along_y), farthest - nearest);
 }
 
 // Where an edge is drawn, if it is seen.

@@ -27,7 +27,8 @@ struct Edge_Settings {
     Edge_Choice choice = Edge_Choice::all;
     Culling culling = Culling::none; // edges of which all faces are left out are left out too
     bool over_faces = false;         // hidden behind the faces that are in the depth buffer
-    bool smoothed = false;           // for 32-bit colours
+    bool smoothed = false;           // for 32-bit colours and lines of one pixel
+    std::int32_t width = 1;          // pixels, across the longer of a line's two axes
     std::optional<VT_RGB32> color;   // instead of the model's
 };
 
@@ -41,9 +42,9 @@ public:
     std::string summary() const;
 
     // Margin that tiles of pictures with edges need. Clipped lines may lose pixels of the window's outermost columns; what is
-    // seen of smoothed edges over faces is found by looking at the whole of the short ones.
+    // seen of smoothed edges over faces is found by looking at the whole of the short ones. Wide lines reach in from the side.
     static std::int32_t tile_margin(const Edge_Settings& settings) noexcept {
-        return settings.over_faces && settings.smoothed ? 72 : 8;
+        return settings.over_faces && settings.smoothed ? 72 : (settings.width + 6) / 8 * 8 + 8;
     }
 
     // Does what a picture needs once: which edges are drawn, and where.

@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 #include "app/scene/tuple_table.h"
 #include "app/scene/vectors.h"
@@ -38,23 +40,30 @@ void drop_degenerate_triangles(Mesh& mesh) {
 }
 
 // Only vertices that a triangle uses count: stray points must not shrink the picture.
-void move_into_unit_sphere(Mesh& mesh, const std::string& file) {
+void move_into_unit_sphere(std::vector<Mesh>& meshes, const std::string& files) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     VT_Vector_D low{infinity, infinity, infinity}, high{-infinity, -infinity, -infinity};
-    for (const std::uint32_t vertex : mesh.triangles) {
-        const VT_Vector& p = mesh.positions[vertex];
-        low = {std::min<double>(low.x, p.x), std::min<double>(low.y, p.y), std::min<double>(low.z, p.z)};
-        high = {std::max<double>(high.x, p.x), std::max<double>(high.y, p.y), std::max<double>(high.z, p.z)};
+    for (const Mesh& mesh : meshes) {
+        for (const std::uint32_t vertex : mesh.triangles) {
+            const VT_Vector& p = mesh.positions[vertex];
+            low = {std::min<double>(low.x, p.x), std::min<double>(low.y, p.y), std::min<double>(low.z, p.z)};
+            high = {std::max<double>(high.x, p.x), std::max<double>(high.y, p.y), std::max<double>(high.z, p.z)};
+        }
+    }
+    if (low.x > high.x) {
+        return; // no triangles at all
     }
     const VT_Vector_D center = (low + high) * 0.5;
     const double radius = length(high - low) * 0.5;
     if (!(radius > 0)) {
-        throw Model_Error(file + ": empty scene: expected triangles with an extent, found one point");
+        throw Model_Error(files + ": empty scene: expected triangles with an extent, found one point");
     }
-    mesh.center = center;
-    mesh.radius = radius;
-    for (VT_Vector& p : mesh.positions) {
-        p = narrowed((widened(p) - center) * (1 / radius));
+    for (Mesh& mesh : meshes) {
+        mesh.center = center;
+        mesh.radius = radius;
+        for (VT_Vector& p : mesh.positions) {
+            p = narrowed((widened(p) - center) * (1 / radius));
+        }
     }
 }
 
@@ -98,19 +107,76 @@ void complete_normals(Mesh& mesh) {
     }
 }
 
+// Adds another mesh's elements. What only one of both has gets what stands for nothing said in the other.
+void append(Mesh& mesh, Mesh&& other) {
+    const auto base = static_cast<std::uint32_t>(mesh.positions.size());
+    const auto first_material = static_cast<std::uint32_t>(mesh.materials.size()),
+               first_image = static_cast<std::uint32_t>(mesh.images.size());
+    const auto join = [](auto& list, std::size_t count, const auto& more, std::size_t more_count, auto nothing) {
+        if (!list.empty() || !more.empty()) {
+            list.resize(count, nothing);
+            list.insert(list.end(), more.begin(), more.end());
+            list.resize(count + more_count, nothing);
+        }
+    };
+    for (std::uint32_t& vertex : other.triangles) {
+        vertex += base;
+    }
+    for (std::uint32_t& material : other.triangle_materials) {
+        material = material == no_material ? no_material : material + first_material;
+    }
+    for (Material& material : other.materials) {
+        material.image = material.image == no_image ? no_image : material.image + first_image;
+    }
+    const std::size_t vertices = other.positions.size(), triangles = other.triangle_count();
+    join(mesh.colors, base, other.colors, vertices, VT_RGB32{0, 0, 0, 0});
+    join(mesh.coordinates, base, other.coordinates, vertices, Texture_Point{});
+    join(mesh.diagonals, mesh.triangle_count(), other.diagonals, triangles, std::uint8_t{0});
+    join(mesh.triangle_materials, mesh.triangle_count(), other.triangle_materials, triangles, no_material);
+    const auto move_to_end = [](auto& list, auto& more) { std::ranges::move(more, std::back_inserter(list)); };
+    move_to_end(mesh.positions, other.positions);
+    move_to_end(mesh.normals, other.normals);
+    move_to_end(mesh.triangles, other.triangles);
+    move_to_end(mesh.materials, other.materials);
+    move_to_end(mesh.images, other.images);
+    move_to_end(mesh.warnings, other.warnings);
+}
+
 } // namespace
 
+// Normals come before joining: corners of different files do not smooth each other.
+Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty) {
+    std::size_t corners = 0;
+    for (std::size_t m = 0; m < meshes.size(); ++m) {
+        drop_degenerate_triangles(meshes[m]);
+        if (meshes[m].triangles.empty() && !empty) {
+            throw Model_Error(files[m] + ": empty scene: expected at least one triangle, found none");
+        }
+        corners += meshes[m].triangles.size();
+    }
+    std::string all_files;
+    for (const std::string& file : files) {
+        all_files += (all_files.empty() ? "" : ", ") + file;
+    }
+    if (corners >= std::numeric_limits<std::uint32_t>::max()) {
+        throw Model_Error(all_files + ": expected fewer than 1431655765 triangles, found " + std::to_string(corners / 3));
+    }
+    move_into_unit_sphere(meshes, all_files);
+    for (Mesh& mesh : meshes) {
+        drop_wild_coordinates(mesh.coordinates);
+        complete_normals(mesh);
+    }
+    Mesh mesh = std::move(meshes.front());
+    for (std::size_t m = 1; m < meshes.size(); ++m) {
+        append(mesh, std::move(meshes[m]));
+    }
+    return mesh;
+}
+
 void finish_mesh(Mesh& mesh, const std::string& file) {
-    drop_degenerate_triangles(mesh);
-    if (mesh.triangles.empty()) {
-        throw Model_Error(file + ": empty scene: expected at least one triangle, found none");
-    }
-    if (mesh.triangles.size() >= std::numeric_limits<std::uint32_t>::max()) {
-        throw Model_Error(file + ": expected fewer than 1431655765 triangles, found " + std::to_string(mesh.triangle_count()));
-    }
-    move_into_unit_sphere(mesh, file);
-    drop_wild_coordinates(mesh.coordinates);
-    complete_normals(mesh);
+    std::vector<Mesh> one;
+    one.push_back(std::move(mesh));
+    mesh = joined_mesh(std::move(one), {file}, false);
 }
 
 VT_Vector face_normal(const Mesh& mesh, std::size_t triangle) {

@@ -51,6 +51,10 @@ struct Mesh {
 // Model_Error when nothing is left to draw.
 void finish_mesh(Mesh& mesh, const std::string& file);
 
+// Several meshes as one that is finished, each where its file has it. Each keeps its colours, materials and normals. files: their
+// names, for messages. empty: whether meshes without triangles are fine, and all of them together. Throws Model_Error.
+Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty);
+
 // Of a finished mesh's triangle, length 1. Faces look where their vertices' normals do, even where the file winds them the other
 // way.
 VT_Vector face_normal(const Mesh& mesh, std::size_t triangle);

@@ -5,6 +5,7 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 #include "app/path.h"
 
@@ -16,21 +17,21 @@ std::string lower_case(std::string text) {
     return text;
 }
 
-Mesh read_model(const std::string& file) {
-    const std::string extension = lower_case(path_of(file).extension().string());
-    if (extension == ".obj") {
-        return read_obj(file, read_file(file));
+std::string content_of(Input& input) {
+    return input.content ? std::move(*input.content) : read_file(input.name);
+}
+
+Mesh read_model(Input& input) {
+    if (input.format == "obj") {
+        return read_obj(input.name, content_of(input));
     }
-    if (extension == ".stl") {
-        return read_stl(file, read_file(file));
+    if (input.format == "stl") {
+        return read_stl(input.name, content_of(input));
     }
-    std::ifstream stream(file, std::ios::binary);
-    char magic[4] = {};
-    if (extension == ".ply" ||
-        (stream.read(magic, 4) && std::string_view(magic, 3) == "ply" && (magic[3] == '\n' || magic[3] == '\r'))) {
-        return read_ply(file, read_file(file));
+    if (input.format == "ply") {
+        return read_ply(input.name, content_of(input));
     }
-    return read_with_assimp(file);
+    return read_with_assimp(input);
 }
 
 } // namespace
@@ -75,10 +76,25 @@ std::uint32_t image_number(Mesh& mesh, const std::string& path) {
     return number;
 }
 
+bool is_model_format(const std::string& format) {
+    return format == "obj" || format == "stl" || format == "ply" || is_assimp_format(format);
+}
+
+Mesh load_models(std::vector<Input>& inputs, bool empty) {
+    std::vector<Mesh> meshes;
+    std::vector<std::string> names;
+    for (Input& input : inputs) {
+        meshes.push_back(read_model(input));
+        input.content.reset();
+        names.push_back(input.name);
+    }
+    return joined_mesh(std::move(meshes), names, empty);
+}
+
 Mesh load_model(const std::string& file) {
-    Mesh mesh = read_model(file);
-    finish_mesh(mesh, file);
-    return mesh;
+    const std::string suffix = lower_case(path_of(file).extension().string());
+    std::vector<Input> inputs{{file, suffix.empty() ? suffix : suffix.substr(1), std::nullopt}};
+    return load_models(inputs);
 }
 
 } // namespace app::scene

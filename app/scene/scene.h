@@ -12,7 +12,13 @@
 
 namespace app::scene {
 
-enum class Shading { flat, gouraud, textured, wireframe };
+enum class Shading {
+    flat,
+    gouraud,
+    textured,
+    wireframe,   // edges alone
+    hidden_line, // edges, and faces in any colour: what counts is that they hide what lies behind them
+};
 enum class Culling { none, back };
 
 struct Picture_Settings {

@@ -101,9 +101,12 @@ void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const 
     camera_ = camera;
     viewport_ = Viewport(grid.frame);
     flat_ = settings.shading == Shading::flat;
+    unlit_ = settings.shading == Shading::hidden_line;
     cull_backs_ = settings.culling == Culling::back;
     projection_.project(positions_, camera, grid.frame);
-    light(camera, settings);
+    if (!unlit_) {
+        light(camera, settings);
+    }
     bins_.start(grid);
     cut_strips();
     if (bins_.sorts()) {
@@ -166,8 +169,8 @@ Clip_Polygon Scene_Renderer::clipped(std::size_t place) const {
     std::uint8_t planes = 0;
     for (std::size_t i = 0; i < 3; ++i) {
         const std::uint32_t vertex = strip_vertices_[place + i];
-        triangle[i] = {transformed(camera_.clip_from_model, points_[vertex]), colors[flat_ ? place : vertex],
-                       static_cast<int>(i)};
+        triangle[i] = {transformed(camera_.clip_from_model, points_[vertex]),
+                       unlit_ ? VT_RGB32{} : colors[flat_ ? place : vertex], static_cast<int>(i)};
         planes |= projection_.planes[vertex];
     }
     return clip_triangle(triangle, planes);
@@ -210,6 +213,10 @@ private:
             points_[i] = scene_.projection_.device_points[vertices[i]];
         }
         const auto point_count = static_cast<std::int32_t>(count);
+        if (scene_.unlit_) {
+            VD_Draw_DCI_Polytriangle(renderer_, rendition_, point_count, points_.data());
+            return;
+        }
         if (scene_.flat_) {
             VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, point_count, points_.data(), colors.data() + run.first,
                                                false);
@@ -235,7 +242,9 @@ private:
             colors[i] = vertex.color;
         }
         const auto count = static_cast<std::int32_t>(polygon.count);
-        if (scene_.flat_) {
+        if (scene_.unlit_) {
+            VD_Draw_DCI_Polytriangle(renderer_, rendition_, count, points.data());
+        } else if (scene_.flat_) {
             VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, count, points.data(), colors.data(), true);
         } else {
             VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, count, points.data(), colors.data());

@@ -61,7 +61,7 @@ private:
     // Of the prepared picture.
     Camera camera_;
     Viewport viewport_{{}};
-    bool flat_ = false, cull_backs_ = false;
+    bool flat_ = false, unlit_ = false, cull_backs_ = false;
     Projected_Points projection_;                      // of vertices
     std::vector<VT_RGB32> front_colors_, back_colors_; // by vertex, or by place in flat shading
     std::vector<Run> runs_;

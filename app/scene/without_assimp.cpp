@@ -3,8 +3,12 @@
 
 namespace app::scene {
 
-Mesh read_with_assimp(const std::string& file) {
-    throw Model_Error(file + ": expected a PLY, OBJ or STL file: this build reads no others");
+bool is_assimp_format(const std::string&) {
+    return false;
+}
+
+Mesh read_with_assimp(const Input& input) {
+    throw Model_Error(input.name + ": expected a PLY, OBJ or STL file: this build reads no others");
 }
 
 } // namespace app::scene

@@ -48,7 +48,7 @@ std::vector<std::string> help_lines() {
         "1 3 7          front, right, top",
         "  with ctrl    back, left, bottom, also with shift",
         "5              perspective or parallel",
-        "s              gouraud, flat, textured, wireframe",
+        "s              gouraud, flat, textured, wireframe, hidden lines",
         "e              edges: all, features, none",
         "a              smooth edges",
         "p              32 bits a pixel, palettes",

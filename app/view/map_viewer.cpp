@@ -17,7 +17,7 @@ constexpr double smallest_map_zoom = 0.1, largest_map_zoom = 10000;
 
 Map_Viewer::Map_Viewer(const Map_Picture& picture, const Map_Options& options, const Module_Choice& module, std::string folder,
                        Screen& screen)
-    : Picture_Viewer(module, picture.file, std::move(folder), 0, screen), picture_(picture), options_(options),
+    : Picture_Viewer(module, picture.input.name, std::move(folder), 0, screen), picture_(picture), options_(options),
       scene_(load_map_scene(picture_, options_)), middle_(scene_->fitted({1, 1}).middle), antialias_(picture.antialias) {
 }
 

@@ -23,7 +23,7 @@ public:
 private:
     void perform(Command command) override;
     void establish(Canvas& canvas) override;
-    void paint(Canvas& canvas) override { scene_->draw(canvas.session); }
+    void paint(Canvas& canvas) override { scene_->draw(canvas.session, picture_.background); }
     std::string command_for(const std::string& /*image*/) const override { return {}; }
     std::vector<std::string> help() const override { return map_help_lines(); }
     map::View view() const;

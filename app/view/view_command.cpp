@@ -2,11 +2,12 @@
 #include "app/view/view_command.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 #include <optional>
 
 #include "app/command.h"
-#include "app/map/map_reader.h"
+#include "app/input.h"
 #include "app/map_command.h"
 #include "app/model_options.h"
 #include "app/scene/model_reader.h"
@@ -22,7 +23,7 @@ struct View_Options : Model_Options {
     std::string size, folder = ".", script;
 };
 
-void show(const View_Options& options, const Map_Options& map_options, const Module_Choice& module) {
+void show(const View_Options& options, std::vector<Input> inputs, const Map_Options& map_options, const Module_Choice& module) {
     const VT_RGB32 background = background_of(options);
     const auto size = options.size.empty()
                           ? std::nullopt
@@ -30,25 +31,33 @@ void show(const View_Options& options, const Map_Options& map_options, const Mod
                                                       "--size: expected WIDTHxHEIGHT with sides from 1 to 16383"));
     const auto script = options.script.empty() ? std::vector<view::Script_Step>()
                                                : view::parsed_script(options.script, scene::read_file(options.script));
-    if (!map::is_map_file(options.model)) {
+    if (options.models.size() > 1 && std::ranges::any_of(inputs, is_map)) {
+        throw Usage_Error(options.models.front() + ": expected a map or drawing alone, found others beside it");
+    }
+    const bool map = is_map(inputs.front());
+    if (!map) {
         base_color_of(options);
         edge_settings_of(options);
         picture_settings_of(options);
     }
-    const std::unique_ptr<view::Window> window = view::open_window(options.model, size);
+    std::string title;
+    for (const std::string& file : options.models) {
+        title += (title.empty() ? "" : ", ") + file;
+    }
+    const std::unique_ptr<view::Window> window = view::open_window(title, size);
     std::unique_ptr<view::Picture_Viewer> viewer;
-    if (map::is_map_file(options.model)) {
-        const Map_Picture picture{.file = options.model,
+    if (map) {
+        const Map_Picture picture{.input = inputs.front(),
                                   .output = {},
                                   .record = {},
                                   .size = {1, 1},
                                   .background = background,
-                                  .colors = options.colors,
+                                  .colors = options.colors == 8 ? 8 : 32,
                                   .antialias = options.antialias,
                                   .strict = options.strict};
         viewer = std::make_unique<view::Map_Viewer>(picture, map_options, module, options.folder, *window);
     } else {
-        viewer = std::make_unique<view::Viewer>(options, module, options.folder, *window);
+        viewer = std::make_unique<view::Viewer>(options, std::move(inputs), module, options.folder, *window);
     }
     window->run(*viewer, script);
 }
@@ -67,7 +76,7 @@ void add_view_command(CLI::App& application, int& status) {
     CLI::App& command = *application.add_subcommand("view", "Turn a model in a window, or move a map or drawing.");
     const auto options = std::make_shared<View_Options>();
     add_model_options(command, *options,
-                      "Model (PLY, OBJ, STL and whatever assimp reads), map (GeoJSON, TopoJSON) or drawing (DXF)");
+                      "Models (PLY, OBJ, STL and whatever assimp reads), or a map (GeoJSON, TopoJSON) or drawing (DXF)");
     command.add_option("--size", options->size, "Width and height of the window; by default what suits the display")
         ->type_name("WxH");
     command.add_option("--screenshots", options->folder, "Folder for screenshots")->type_name("FOLDER")->capture_default_str();
@@ -81,8 +90,9 @@ void add_view_command(CLI::App& application, int& status) {
                           help_text()));
     command.fallthrough();
     command.callback([options, map_options, &command, &application, &status] {
-        refuse_options_of_other_kind(command, options->model);
-        show(*options, *map_options, chosen_module(application));
+        std::vector<Input> inputs = open_inputs(*options);
+        refuse_options_of_other_kind(command, inputs.front());
+        show(*options, std::move(inputs), *map_options, chosen_module(application));
         status = exit_status::done;
     });
 }

@@ -23,38 +23,36 @@ using Clock = std::chrono::steady_clock;
 constexpr double hasty_limit = 40;
 constexpr std::size_t coarse_triangles = 100000;
 
-// What the key for palettes goes through; nothing for 32 bits a pixel.
-struct Palette_Choice {
+// What the key for palettes goes through.
+struct Pixel_Kind {
     std::string name;
-    VT_Int_RGB levels;
+    int colors;
+    std::string palette;
 };
 
-const std::array<Palette_Choice, 4> palette_choices{
-    {{"32 bits", {}}, {"8 bits", {6, 6, 6}}, {"8 bits, 8 x 8 x 4 colours", {8, 8, 4}}, {"8 bits, 8 colours", {2, 2, 2}}}};
-constexpr std::size_t default_palette = 1;
+const std::array<Pixel_Kind, 4> pixel_kinds{
+    {{"32 bits", 32, ""}, {"8 bits", 8, ""}, {"8 bits, 8 x 8 x 4 colours", 8, "8x8x4"}, {"8 bits, 8 colours", 8, "2x2x2"}}};
 
-VT_Reference<const VT_Palette> make_palette(std::size_t choice) {
-    if (choice <= default_palette) {
-        return VT_Reference<const VT_Palette>(new VT_Palette);
+// Which of them the options ask for.
+std::size_t pixel_kind_of(const Model_Options& options) {
+    const std::string palette = options.palette == "cube" ? "" : options.palette;
+    const bool indexed = draws_indices(options);
+    const auto found = std::ranges::find_if(
+        pixel_kinds, [&](const Pixel_Kind& kind) { return kind.palette == palette && (kind.colors == 8) == indexed; });
+    if (found == pixel_kinds.end()) {
+        throw Usage_Error("--palette: expected cube, 8x8x4 or 2x2x2 in a window, found '" + palette + "'");
     }
-    const VT_Int_RGB levels = palette_choices[choice].levels;
-    const auto channel = [](std::int32_t level, std::int32_t count) {
-        return static_cast<std::uint8_t>(level * 255 / (count - 1));
-    };
-    std::vector<VT_RGB32> colors;
-    colors.reserve(256);
-    for (std::int32_t i = 0; i < levels.red * levels.green * levels.blue; ++i) {
-        colors.push_back({channel(i % levels.blue, levels.blue), channel(i / levels.blue % levels.green, levels.green),
-                          channel(i / levels.blue / levels.green, levels.red), 255});
-    }
-    return VT_Reference<const VT_Palette>(new VT_Palette(std::move(colors), VT_Color_Cube(levels, 1.0F, 0)));
+    return static_cast<std::size_t>(found - pixel_kinds.begin());
 }
 
 } // namespace
 
-Viewer::Viewer(const Model_Options& options, const Module_Choice& module, std::string folder, Screen& screen)
-    : Picture_Viewer(module, options.model, std::move(folder), window_margin, screen), options_(options), first_options_(options),
-      mesh_(scene::load_model(options.model)), palette_choice_(options.colors == 32 ? 0 : default_palette) {
+Viewer::Viewer(const Model_Options& options, std::vector<Input> inputs, const Module_Choice& module, std::string folder,
+               Screen& screen)
+    : Picture_Viewer(module, options.models.front() == "-" ? "model" : options.models.front(), std::move(folder), window_margin,
+                     screen),
+      options_(options), first_options_(options), mesh_(load_mesh(options, std::move(inputs))) {
+    set_palette(pixel_kind_of(options));
     camera_settings_of(options_, mesh_, size_);
     std::vector<bool> used(mesh_.positions.size());
     for (const std::uint32_t vertex : mesh_.triangles) {
@@ -113,7 +111,7 @@ void Viewer::perform(Command command) {
         options_.antialias = !options_.antialias;
         return;
     case Command::palette:
-        return set_palette((palette_choice_ + 1) % palette_choices.size());
+        return set_palette((palette_choice_ + 1) % pixel_kinds.size());
     case Command::depth:
         shows_depth_ = !shows_depth_;
         return;
@@ -151,6 +149,9 @@ void Viewer::next_shading() {
         shading = Shading::wireframe;
         return;
     case Shading::wireframe:
+        shading = Shading::hidden_line;
+        return;
+    case Shading::hidden_line:
         shading = Shading::gouraud;
         return;
     }
@@ -162,7 +163,8 @@ void Viewer::next_edges() {
 
 void Viewer::set_palette(std::size_t choice) {
     palette_choice_ = choice;
-    options_.colors = choice == 0 ? 32 : 8;
+    options_.colors = pixel_kinds[choice].colors;
+    options_.palette = pixel_kinds[choice].palette;
     established_ = false;
 }
 
@@ -230,8 +232,11 @@ std::optional<double> Viewer::distance_at(const Place& place) {
 void Viewer::establish(Canvas& canvas) {
     auto& [session, rendition, flat_rendition] = canvas;
     session.options().set_window_size({size_.x + window_margin, size_.y + window_margin});
-    session.options().set_color_system(options_.colors == 32 ? 1 : 0);
-    session.options().set_palette(make_palette(palette_choice_));
+    const VT_Reference<const VT_Palette> palette = palette_of(options_).drawn;
+    session.options().set_color_system(palette ? 0 : 1);
+    if (palette) {
+        session.options().set_palette(palette);
+    }
     session.options().set_buffer_depth(16);
     session.establish();
     rendition = VT_Reference<VT_Rendition>(new VT_Rendition);
@@ -246,7 +251,7 @@ void Viewer::establish(Canvas& canvas) {
 Drawn_Model& Viewer::model_for(const Model_Options& options, bool draft) {
     const scene::Shading shading = options.picture.shading;
     Drawn_Model& model = draft ? coarse_ : shading == scene::Shading::textured ? textured_ : plain_;
-    const bool needs_faces = shading != scene::Shading::wireframe && !model.faces;
+    const bool needs_faces = options.has_faces() && !model.faces;
     const bool needs_edges = options.has_edges() && !model.edges;
     if (needs_faces || needs_edges) {
         const scene::Mesh coarse = draft ? coarse_mesh(mesh_, coarse_triangles) : scene::Mesh();
@@ -277,9 +282,12 @@ void Viewer::draw_model(Canvas& canvas, bool draft) {
     VT_Renderer_Data& renderer = canvas.session.renderer();
     VD_Draw_Window(renderer, *canvas.rendition);
     VD_Clear_Depth_Rectangle(renderer, *canvas.rendition);
-    if (options.picture.shading != scene::Shading::wireframe) {
+    if (options.has_faces()) {
         model.faces->prepare(grid, camera_, picture_settings_of(options));
         model.faces->draw(renderer, *canvas.rendition, 0);
+    }
+    if (options.picture.shading == scene::Shading::hidden_line) {
+        VD_Draw_Window(renderer, *canvas.rendition);
     }
     if (options.has_edges()) {
         model.edges->prepare(grid, camera_, edge_settings_of(options));
@@ -356,7 +364,7 @@ void Viewer::refine() {
 }
 
 std::string Viewer::command_for(const std::string& image) const {
-    if (shows_depth_ || palette_choice_ > default_palette) {
+    if (shows_depth_) {
         return {};
     }
     std::string line = "vorna render";
@@ -369,15 +377,16 @@ std::string Viewer::command_for(const std::string& image) const {
 std::string Viewer::title() const {
     const Model_Options options = drawn_options();
     std::string text = file_name();
+    text += options.models.size() > 1 ? " and others" : "";
     text += ": " + with_commas(mesh_.triangle_count()) + " triangles, ";
-    constexpr const char* shadings[] = {"flat", "gouraud", "textured", "wireframe"};
+    constexpr const char* shadings[] = {"flat", "gouraud", "textured", "wireframe", "hidden-line"};
     text += shows_depth_ ? "depth buffer" : shadings[static_cast<int>(options.picture.shading)];
-    if (!options.edges.empty() && options.picture.shading != scene::Shading::wireframe) {
+    if (!options.edges.empty() && options.has_faces()) {
         text += options.edges == "all" ? ", edges" : ", feature edges";
     }
     text += options.antialias ? ", smooth" : "";
     text += options.orthographic ? ", parallel" : "";
-    text += ", " + palette_choices[palette_choice_].name;
+    text += ", " + pixel_kinds[palette_choice_].name;
     return text + speed_text() + (draft_shown_ ? ", coarse" : "");
 }
 

@@ -19,7 +19,8 @@ namespace app::view {
 class Viewer final : public Picture_Viewer {
 public:
     // folder: for screenshots. Throws what reading, module and options throw.
-    Viewer(const Model_Options& options, const Module_Choice& module, std::string folder, Screen& screen);
+    Viewer(const Model_Options& options, std::vector<Input> inputs, const Module_Choice& module, std::string folder,
+           Screen& screen);
 
     void turn(const Place& by) override;
     void move(const Place& by) override;

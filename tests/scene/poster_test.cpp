@@ -143,6 +143,12 @@ TEST_F(Poster, bytes_do_not_depend_on_tiles_threads_and_parts) {
         {"wedge.obj", {"--shading", "wireframe", "--colors", "8", "--edge-color", "red", "--ortho"}},
         {"wedge.obj", {"--shading", "wireframe", "--antialias"}},
         {"square.obj", {"--shading", "textured", "--edges"}},
+        {"square.obj",
+         {"--shading", "textured", "--supersample", "2", "--palette", folder.file("few", "#000\n#fff\n#a64\n#48c\n")}},
+        {"grid.obj", {"--edges", "--supersample", "3", "--zoom", "2"}},
+        {"wedge.obj", {"--edges=feature", "--supersample", "8", "--background", "none"}},
+        {"wedge.obj", {"--edges", "--antialias", "--background", "none"}},
+        {"ball.obj", {"--shading", "hidden-line", "--palette", "2x2x2", "--background", "#123456"}},
         {"square.obj", {"--shading", "textured", "--colors", "8", "--zoom", "3"}},
     };
     for (auto [model, options] : cases) {
