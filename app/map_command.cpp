@@ -85,6 +85,7 @@ const std::vector<Border_Style>& border_styles() {
 
 std::vector<std::string> border_names() {
     std::vector<std::string> names{"none"};
+    names.reserve(1 + border_styles().size());
     for (const Border_Style& style : border_styles()) {
         names.emplace_back(style.name);
     }
@@ -126,6 +127,7 @@ constexpr std::array<std::pair<const char*, std::int32_t>, 9> symbols{{{"dot", m
 
 std::vector<std::string> symbol_names() {
     std::vector<std::string> names;
+    names.reserve(symbols.size());
     for (const auto& [name, symbol] : symbols) {
         names.emplace_back(name);
     }

@@ -233,6 +233,7 @@ std::unique_ptr<Projection> make_proj_projection(const std::string& name, std::o
 
 std::vector<std::string> proj_projection_names() {
     std::vector<std::string> names;
+    names.reserve(named_projections.size());
     for (const Named_Projection& projection : named_projections) {
         names.emplace_back(projection.name);
     }

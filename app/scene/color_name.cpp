@@ -46,6 +46,7 @@ std::optional<VT_RGB32> color_named(std::string_view text) {
 
 std::vector<std::string> color_names() {
     std::vector<std::string> names;
+    names.reserve(named_colors.size());
     for (const Named_Color& color : named_colors) {
         names.emplace_back(color.name);
     }
