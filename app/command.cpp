@@ -1,9 +1,10 @@
-// The choice of the renderer module.
+// What the commands share.
 #include "app/command.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -13,13 +14,37 @@
 
 namespace app {
 
+std::string footer(std::initializer_list<Example> examples, const std::string& more, const std::string& statuses) {
+    std::string text = "Examples:";
+    for (const Example& example : examples) {
+        text += std::string("\n  ") + example.command + "\n      " + example.meaning;
+    }
+    if (!more.empty()) {
+        text += "\n\n" + more;
+    }
+    return text + "\n\nExit status:\n  " + statuses;
+}
+
+void group_options(CLI::App& command, const char* heading, const std::string& names) {
+    std::istringstream stream(names);
+    for (std::string name; stream >> name;) {
+        command.get_option(name)->group(heading);
+    }
+}
+
+CLI::Validator values(const std::vector<std::string>& names) {
+    return CLI::Validator("{" + CLI::detail::join(names, ",") + "}").application_index(0);
+}
+
 void add_module_options(CLI::App& application) {
     application.add_option("--module")
-        ->type_name("PATH")
+        ->type_name("MODULE")
         ->description("Renderer module; by default the krb.vrd built or installed with this command");
     application.add_option("--kernels")
         ->type_name("NAME")
-        ->description("Instruction set to draw with: portable, baseline, avx2 or avx512; by default the best that runs here");
+        ->description("Instruction set to draw with; by default the best that runs here")
+        ->check(values({"portable", "baseline", "avx2", "avx512"}));
+    group_options(application, "All commands", "--module --kernels --help --version");
 }
 
 Module_Choice chosen_module(const CLI::App& application) {

@@ -2,12 +2,15 @@
 #pragma once
 
 #include <filesystem>
+#include <initializer_list>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
-}
+class Validator;
+} // namespace CLI
 
 namespace app {
 
@@ -22,6 +25,21 @@ class Usage_Error : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
+
+// The end of a command's help and manual page: examples with what they do, each a line that the command understands, what else is
+// to be said, and the exit statuses. A heading ends in a colon, and what belongs to it is indented.
+struct Example {
+    const char *command, *meaning;
+};
+inline constexpr const char* usual_statuses = "0 done, 1 failed, 2 wrong usage or input.";
+std::string footer(std::initializer_list<Example> examples, const std::string& more = {},
+                   const std::string& statuses = usual_statuses);
+
+// Puts options under a heading of the help: names with spaces between. Throws when there is none of such a name.
+void group_options(CLI::App& command, const char* heading, const std::string& names);
+
+// Tells help and completion of values that an option may have. It refuses none: who reads them does, and says what was expected.
+CLI::Validator values(const std::vector<std::string>& names);
 
 // Which renderer draws.
 struct Module_Choice {

@@ -67,9 +67,12 @@ bool are_same(const Compare_Arguments& arguments) {
 
 void add_compare_command(CLI::App& application, int& status) {
     const auto arguments = std::make_shared<Compare_Arguments>();
-    CLI::App& command = *application.add_subcommand("compare", "Tell whether two PNG images are the same");
-    command.footer("The exit status is 0 when they are the same, 1 when they differ, and 2 when one cannot be read.\n"
-                   "Without --fuzz everything counts: size, kind of pixels, palette and every bit of every pixel.");
+    CLI::App& command = *application.add_subcommand("compare", "Tell whether two PNG images are the same.");
+    command.footer(footer({{"vorna compare bunny.png yours.png --diff difference.png", "every bit of every pixel"},
+                           {"vorna compare bunny.png yours.png --fuzz 2,100", "but for 100 pixels that differ by 2 at most"}},
+                          "What counts:\n"
+                          "  Without --fuzz size, kind of pixels, palette and every bit of every pixel.",
+                          "0 the same, 1 different, 2 one of them cannot be read."));
     command.add_option("first", arguments->first, "PNG file; - reads standard input")->required()->type_name("A.png");
     command.add_option("second", arguments->second, "PNG file to compare it with")->required()->type_name("B.png");
     command
@@ -77,7 +80,7 @@ void add_compare_command(CLI::App& application, int& status) {
                     "Same, too, when at most COUNT pixels differ, none by more than MAXDIFF in a channel")
         ->type_name("MAXDIFF,COUNT");
     command.add_option("--diff", arguments->difference, "Write the first image in pale grey, pixels that differ in red")
-        ->type_name("FILE");
+        ->type_name("FILE.png");
     command.fallthrough();
     command.callback([arguments, &status] {
         // Status 1 says that they differ: whatever else fails is wrong input.

@@ -51,11 +51,12 @@ void print(const Info_Arguments& arguments) {
 
 void add_info_command(CLI::App& application, int& status) {
     const auto arguments = std::make_shared<Info_Arguments>();
-    CLI::App& command = *application.add_subcommand("info", "Tell what pictures are made of");
+    CLI::App& command = *application.add_subcommand("info", "Tell what pictures are made of: calls, points, textures.");
     command.add_option("picture", arguments->pictures, "Pictures, plain or compressed; - reads standard input")
         ->required()
-        ->type_name("PICTURE...");
+        ->type_name("PICTURE");
     command.add_flag("--json", arguments->as_json, "Print a list of objects for programs");
+    command.footer(footer({{"vorna info bunny.json.gz", "what vorna render --record has written"}}));
     command.fallthrough();
     command.callback([arguments, &status] {
         print(*arguments);

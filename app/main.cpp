@@ -1,21 +1,15 @@
 // The command vorna.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <new>
 #include <string>
 
-#include "app/assemble_command.h"
-#include "app/check/check_command.h"
 #include "app/command.h"
-#include "app/compare_command.h"
-#include "app/info_command.h"
+#include "app/command_line.h"
 #include "app/interruption.h"
-#include "app/render_command.h"
-#include "app/replay_command.h"
-#include "app/view/view_command.h"
 
 namespace {
 
@@ -29,22 +23,11 @@ int complain(std::string message, int status) {
 
 int run(int count, char** arguments) {
     int status = app::exit_status::done;
-    CLI::App application("Exact software rendering", "vorna");
-    application.set_version_flag("--version", std::string("vorna ") + VORNA_VERSION, "Print the version and exit");
-    application.allow_windows_style_options(false); // a path may begin with a slash there too
-    application.require_subcommand(1);
-    app::add_module_options(application);
-    app::add_replay_command(application, status);
-    app::add_render_command(application, status);
-    app::add_check_command(application, status);
-    app::add_assemble_command(application, status);
-    app::add_info_command(application, status);
-    app::add_compare_command(application, status);
-    app::add_view_command(application, status);
+    const std::unique_ptr<CLI::App> application = app::make_command_line(status);
     try {
-        application.parse(count, arguments);
+        application->parse(count, arguments);
     } catch (const CLI::Success& request) {
-        return application.exit(request);
+        return application->exit(request);
     } catch (const CLI::ParseError& error) {
         return complain(error.what(), app::exit_status::wrong_usage);
     }

@@ -17,6 +17,7 @@
 #include "app/map/labels.h"
 #include "app/map/map_layer.h"
 #include "app/map/map_reader.h"
+#include "app/map_scene.h"
 #include "app/memory.h"
 #include "app/output_file.h"
 #include "app/picture/picture_file.h"
@@ -78,18 +79,31 @@ struct Border_Style {
     Dashes dashes;
 };
 
+const std::vector<Border_Style>& border_styles() {
+    static const std::vector<Border_Style> styles{{"solid", {}},
+                                                  {"dashed", {6, 4}},
+                                                  {"dotted", {0, 3}},
+                                                  {"dash-dot", {8, 3, 0, 3}},
+                                                  {"dash-dot-dot", {8, 3, 0, 3, 0, 3}},
+                                                  {"long-dashed", {14, 5}}};
+    return styles;
+}
+
+std::vector<std::string> border_names() {
+    std::vector<std::string> names{"none"};
+    names.reserve(1 + border_styles().size());
+    for (const Border_Style& style : border_styles()) {
+        names.emplace_back(style.name);
+    }
+    return names;
+}
+
 // Nothing: no line at all.
 std::optional<Dashes> parsed_dashes(const char* option, const std::string& text) {
-    static const Border_Style styles[] = {{"solid", {}},
-                                          {"dashed", {6, 4}},
-                                          {"dotted", {0, 3}},
-                                          {"dash-dot", {8, 3, 0, 3}},
-                                          {"dash-dot-dot", {8, 3, 0, 3, 0, 3}},
-                                          {"long-dashed", {14, 5}}};
     if (text == "none") {
         return std::nullopt;
     }
-    for (const Border_Style& style : styles) {
+    for (const Border_Style& style : border_styles()) {
         if (text == style.name) {
             return style.dashes;
         }
@@ -107,24 +121,32 @@ std::optional<Dashes> parsed_dashes(const char* option, const std::string& text)
     return lengths;
 }
 
+constexpr std::array<std::pair<const char*, std::int32_t>, 9> symbols{{{"dot", marker_symbol::dot},
+                                                                       {"plus", marker_symbol::plus},
+                                                                       {"cross", marker_symbol::cross},
+                                                                       {"circle", marker_symbol::circle},
+                                                                       {"disc", marker_symbol::filled_circle},
+                                                                       {"square", marker_symbol::square},
+                                                                       {"block", marker_symbol::filled_square},
+                                                                       {"triangle", marker_symbol::triangle},
+                                                                       {"star", marker_symbol::star}}};
+
+std::vector<std::string> symbol_names() {
+    std::vector<std::string> names;
+    names.reserve(symbols.size());
+    for (const auto& [name, symbol] : symbols) {
+        names.emplace_back(name);
+    }
+    return names;
+}
+
 std::int32_t parsed_symbol(const std::string& text) {
-    constexpr std::array<std::pair<const char*, std::int32_t>, 9> symbols{{{"dot", marker_symbol::dot},
-                                                                           {"plus", marker_symbol::plus},
-                                                                           {"cross", marker_symbol::cross},
-                                                                           {"circle", marker_symbol::circle},
-                                                                           {"disc", marker_symbol::filled_circle},
-                                                                           {"square", marker_symbol::square},
-                                                                           {"block", marker_symbol::filled_square},
-                                                                           {"triangle", marker_symbol::triangle},
-                                                                           {"star", marker_symbol::star}}};
-    std::string names;
     for (const auto& [name, symbol] : symbols) {
         if (text == name) {
             return symbol;
         }
-        names += (names.empty() ? "" : ", ") + std::string(name);
     }
-    throw Usage_Error("--marker: expected one of " + names + ", found '" + text + "'");
+    throw Usage_Error("--marker: expected one of " + CLI::detail::join(symbol_names(), ", ") + ", found '" + text + "'");
 }
 
 std::optional<Extent> parsed_extent(const std::string& text, bool drawing) {
@@ -290,20 +312,22 @@ VT_Reference<const VT_Palette> palette_with(const std::vector<VT_RGB32>& wanted)
     return new VT_Palette(std::move(colors), standard.color_cube());
 }
 
-class Map_Drawing {
+class Map_Drawing final : public Map_Scene {
 public:
     Map_Drawing(const Map_Picture& picture, const Map_Options& options);
 
     VT_Int_Pair size() const { return view_.size; }
-    void set_up(Session& session);
-    void draw(Session& session, VT_RGB32 background) const;
-    std::string summary() const {
+    map::View fitted(VT_Int_Pair size) const override;
+    void look(const map::View& view) override;
+    void set_up(Session& session) override;
+    void draw(Session& session, VT_RGB32 background) const override;
+    std::string summary() const override {
         return std::to_string(layer_->shape_count()) + " shapes, " + std::to_string(layer_->position_count()) + " positions";
     }
 
 private:
     void choose_projection();
-    void choose_view();
+    void choose_bounds();
     void place_labels();
     void draw_labels(Map_Painter& painter) const;
     Layer_Style style_of(const Map& map, const Map_Layer& layer) const;
@@ -321,6 +345,7 @@ private:
     Face globe_;
     std::vector<Path> graticule_;
     std::optional<VT_RGB32> water_;
+    Bounds shown_ = Bounds::nothing(); // on the plane
     View view_;
     std::vector<Face> labels_; // in pixels
     VT_Reference<VT_Rendition> rendition_;
@@ -360,10 +385,8 @@ Map_Drawing::Map_Drawing(const Map_Picture& picture, const Map_Options& options)
     if (options.graticule > 0) {
         graticule_ = graticule_lines(options.graticule, *projection_);
     }
-    choose_view();
-    if (options.labels) {
-        place_labels();
-    }
+    choose_bounds();
+    look(fitted(picture.size));
     warn(map_, picture.strict);
     warn(overlay_map_, picture.strict);
 }
@@ -395,8 +418,7 @@ void Map_Drawing::choose_projection() {
     projection_ = make_projection(name, center);
 }
 
-// What is drawn fills the window, in the middle of it; but for --bbox, a little is left free around it.
-void Map_Drawing::choose_view() {
+void Map_Drawing::choose_bounds() {
     Bounds bounds = extent_       ? bounds_of(*extent_, *projection_)
                     : clip_shape_ ? bounds_of(layer_->face_of(*clip_shape_))
                                   : layer_->bounds();
@@ -410,18 +432,33 @@ void Map_Drawing::choose_view() {
     if (!is_given && !clip_shape_ && shows_globe && 2 * (bounds.right - bounds.left) > globe.right - globe.left) {
         bounds = globe;
     }
-    double width = bounds.right - bounds.left, height = bounds.top - bounds.bottom;
+    shown_ = bounds;
+}
+
+// What is drawn fills the window, in the middle of it; but for --bbox, a little is left free around it.
+map::View Map_Drawing::fitted(VT_Int_Pair size) const {
+    double width = shown_.right - shown_.left, height = shown_.top - shown_.bottom;
     if (width == 0 && height == 0) {
         width = height = 1; // a single point
     }
-    view_.middle = {(bounds.left + bounds.right) / 2, (bounds.bottom + bounds.top) / 2};
-    view_.size = picture_.size;
-    const double room = is_given ? 1 : 0.96;
-    if (view_.size.y == 0) {
-        view_.size.y = static_cast<std::int32_t>(
-            std::clamp(std::ceil(view_.size.x * height / std::max(width, 1e-300)), view_.size.x / 8.0, double{largest_height}));
+    map::View view;
+    view.middle = {(shown_.left + shown_.right) / 2, (shown_.bottom + shown_.top) / 2};
+    view.size = size;
+    const double room = options_.bbox.empty() ? 0.96 : 1;
+    if (size.y == 0) {
+        view.size.y = static_cast<std::int32_t>(
+            std::clamp(std::ceil(size.x * height / std::max(width, 1e-300)), size.x / 8.0, double{largest_height}));
     }
-    view_.scale = room * std::min(view_.size.x / std::max(width, 1e-300), view_.size.y / std::max(height, 1e-300));
+    view.scale = room * std::min(view.size.x / std::max(width, 1e-300), view.size.y / std::max(height, 1e-300));
+    return view;
+}
+
+void Map_Drawing::look(const map::View& view) {
+    view_ = view;
+    labels_.clear();
+    if (options_.labels) {
+        place_labels();
+    }
 }
 
 // Names of points to the right of their markers, names of faces inside of them; what finds no room is left out.
@@ -652,42 +689,45 @@ void add_map_options(CLI::App& command, Map_Options& options) {
         return command.add_option(name, target, description)->type_name(type)->group(option_group);
     };
     add("--projection", options.projection,
-        "equirectangular (default), mercator, robinson, orthographic and others, a PROJ string, or plane: coordinates as they "
-        "are",
-        "NAME");
+        "A projection's name, a PROJ string or EPSG code; maps are equirectangular by default, plane is coordinates as they are",
+        "NAME")
+        ->check(values(projection_names()));
     add("--center", options.center, "Longitude, or longitude and latitude, in the middle of the projection", "LON[,LAT]");
     add("--bbox", options.bbox, "What to show, in degrees or a drawing's units; all by default", "W,S,E,N");
     add("--layer", options.layer, "Object of a TopoJSON file; its first by default", "NAME");
     add("--clip-to", options.clip_to, "Draw inside of this shape only: its name, id or number", "SHAPE");
-    add("--fill", options.fill, "palette (neighbours differ; default of maps), none, or one colour for all faces", "COLOR");
+    add("--fill", options.fill, "One colour for all faces; palette, the default of maps, gives neighbours different ones",
+        "COLOR");
     add("--opacity", options.opacity, "How much fills hide what lies below", "SHARE")->check(CLI::Range(0.0, 1.0));
     add("--water", options.water, "Colour of the globe behind the shapes", "COLOR");
     add("--graticule", options.graticule, "Meridians and parallels so many degrees apart", "DEGREES")
         ->check(CLI::Range(0.1, 90.0));
-    add("--border", options.border,
-        "Borders and lines: none, solid (default), dashed, dotted, dash-dot, dash-dot-dot, long-dashed or lengths: 6,4", "STYLE");
-    add("--outline", options.outline, "Borders that no two faces share, as coasts; as --border by default", "STYLE");
+    add("--border", options.border, "Borders and lines, solid by default; or lengths of dashes and gaps such as 6,4", "STYLE")
+        ->check(values(border_names()));
+    add("--outline", options.outline, "Borders that no two faces share, as coasts; as --border by default", "STYLE")
+        ->check(values(border_names()));
     add("--border-color", options.border_color, "Colour of borders and lines instead of their own", "COLOR");
     add("--border-width", options.border_width, "Width of borders and lines, 1 by default", "PIXELS")->check(CLI::Range(1, 1000));
     add("--casing", options.casing, "Colour of a casing on both sides of borders and lines", "COLOR");
     add("--casing-width", options.casing_width, "Width of the casing on each side, 2 by default", "PIXELS")
         ->check(CLI::Range(1, 1000));
-    add("--marker", options.marker, "Points: dot, plus, cross, circle, disc (default), square, block, triangle or star",
-        "SYMBOL");
+    add("--marker", options.marker, "Points, disc by default", "SYMBOL")->check(values(symbol_names()));
     add("--marker-size", options.marker_size, "Size of points, 7 by default", "PIXELS")->check(CLI::Range(1, 1000));
     add("--marker-color", options.marker_color, "Colour of points", "COLOR");
     command.add_flag("--labels", options.labels, "Names of shapes where there is room for them")->group(option_group);
     add("--label-size", options.label_size, "Size of letters, 12 by default", "PIXELS")->check(CLI::Range(4, 1000));
     add("--label-color", options.label_color, "Colour of letters", "COLOR");
-    add("--font", options.font, "Font of labels: TrueType, OpenType and others", "FILE");
-    add("--overlay", options.overlay, "Another map to draw over this one", "FILE");
+    add("--font", options.font, "Font of labels: TrueType, OpenType and others", "FONT");
+    add("--overlay", options.overlay, "Another map to draw over this one", "MAP");
     add("--overlay-color", options.overlay_color, "Colour of its faces, lines and points", "COLOR");
-    add("--merge", options.merge, "and: the overlay's colours and those below combine bit by bit, as inks do", "RULE");
+    add("--merge", options.merge, "How the overlay's colours combine with those below, bit by bit, as inks do", "RULE")
+        ->check(values({"and"}));
 }
 
 void refuse_options_of_other_kind(const CLI::App& command, const Input& input) {
-    static constexpr std::array shared{"model",     "input-format", "output", "record", "size",    "background",  "colors",
-                                       "antialias", "repeat",       "stats",  "strict", "dry-run", "allow-empty", "help"};
+    static constexpr std::array shared{"model",       "input-format", "output", "record", "size",   "background",
+                                       "colors",      "antialias",    "repeat", "stats",  "strict", "dry-run",
+                                       "allow-empty", "screenshots",  "script", "help"};
     const bool map = is_map(input);
     for (const CLI::Option* option : command.get_options()) {
         const bool of_maps = option->get_group() == option_group;
@@ -699,6 +739,11 @@ void refuse_options_of_other_kind(const CLI::App& command, const Input& input) {
             throw Usage_Error(message + input.name);
         }
     }
+}
+
+std::unique_ptr<Map_Scene> load_map_scene(const Map_Picture& picture, const Map_Options& options) {
+    check_combinations(picture, options);
+    return std::make_unique<Map_Drawing>(picture, options);
 }
 
 namespace {

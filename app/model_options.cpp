@@ -39,8 +39,10 @@ template <class Value>
 void add_choice(CLI::App& command, const std::string& name, Value& target, const std::string& description,
                 const Choices<Value>& choices) {
     std::string listed = choices.front().first;
+    std::vector<std::string> names{listed};
     for (std::size_t i = 1; i < choices.size(); ++i) {
         listed += (i + 1 < choices.size() ? ", " : " or ") + choices[i].first;
+        names.push_back(choices[i].first);
     }
     const auto choose = [name, &target, listed, &choices](const std::string& given) {
         const auto found = std::ranges::find(choices, given, [](const auto& choice) { return choice.first; });
@@ -49,7 +51,10 @@ void add_choice(CLI::App& command, const std::string& name, Value& target, const
         }
         target = found->second;
     };
-    command.add_option_function<std::string>(name, choose, description + ": " + listed)->type_name("NAME");
+    command.add_option_function<std::string>(name, choose, description)
+        ->type_name("NAME")
+        ->default_str(choices.front().first)
+        ->check(values(names));
 }
 
 VT_RGB32 parsed_color(const char* option, const std::string& text) {
@@ -145,7 +150,7 @@ std::string text_of(const scene::Aim& aim) {
 } // namespace
 
 void add_model_options(CLI::App& command, Model_Options& options, const std::string& inputs) {
-    command.add_option("model", options.models, inputs)->required()->type_name("FILE");
+    command.add_option("model", options.models, inputs)->required()->type_name("MODEL");
     command
         .add_option(
             "--input-format", options.input_format,
@@ -155,18 +160,21 @@ void add_model_options(CLI::App& command, Model_Options& options, const std::str
     command
         .add_option_function<std::string>(
             "--camera", [&options](const std::string& text) { options.aim = parsed_aim(text); },
-            "Instead of a side: places of the eye and of the middle of the picture in the model's coordinates, and the "
-            "direction that points up if it is not the model's")
-        ->type_name("X,Y,Z,X,Y,Z[,X,Y,Z]");
-    CLI::Option* perspective = command.add_flag("--perspective")->description("Near things are larger (default)");
+            "Instead of a side: places of the eye and of the middle of the picture, X,Y,Z,X,Y,Z in the model's coordinates, "
+            "and three more numbers for the direction that points up if it is not the model's")
+        ->type_name("PLACES");
+    CLI::Option* perspective = command.add_flag("--perspective")->description("Near things are larger, as without --ortho");
     command.add_flag("--ortho", options.orthographic, "Parallel lines stay parallel")->excludes(perspective);
     add_choice(command, "--up", options.camera.up, "The model's axis that points up", up_axes);
     command.add_option("--zoom", options.camera.zoom, "Enlarge the middle of the picture")
         ->check(CLI::Range(0.01, 1000.0))
         ->capture_default_str();
     add_choice(command, "--shading", options.picture.shading, "How colours run over faces", shadings);
-    command.add_flag("--edges{all}", options.edges,
-                     "Draw the edges of polygons over them; --edges=feature: outlines, borders and sharp bends only");
+    command
+        .add_flag("--edges{all}", options.edges,
+                  "Draw the edges of polygons over them, or outlines, borders and sharp bends only")
+        ->type_name("KIND")
+        ->check(values({"all", "feature"}));
     command.add_option("--edge-color", options.edge_color, "Colour of edges")->type_name("COLOR");
     command.add_flag("--antialias", options.antialias, "Smooth lines; --supersample smooths everything");
     add_choice(command, "--cull", options.picture.culling, "Faces to leave out, as seen by the viewer", cullings);
@@ -183,9 +191,13 @@ void add_model_options(CLI::App& command, Model_Options& options, const std::str
             "--palette", options.palette,
             "Palette of 8-bit pixels: cube (6x6x6 and greys), levels of red, green and blue as 8x8x4, or a file: PNG with a "
             "palette, GIMP palette, lines of #rrggbb")
-        ->type_name("NAME");
+        ->type_name("FILE");
     command.add_flag("--strict", options.strict,
                      "Fail when a file of materials, or a texture to be drawn, cannot be read, instead of warning");
+    group_options(command, "Camera", "--view --camera --perspective --ortho --up --zoom");
+    group_options(command, "Drawing",
+                  "--shading --edges --edge-color --antialias --cull --background --color --light --colors --palette");
+    group_options(command, "Input", "--input-format --strict");
 }
 
 std::vector<std::string> arguments_of(const Model_Options& options) {
@@ -394,14 +406,6 @@ Drawn_Model make_model(const Model_Options& options, const scene::Mesh& mesh) {
         model.edges = make_edges(options, mesh);
     }
     return model;
-}
-
-Raster picture_of(const Session& session) {
-    Raster raster = raster_of(session.color_buffer());
-    raster.top += window_margin * raster.row_bytes;
-    raster.height -= window_margin;
-    raster.width -= window_margin;
-    return raster;
 }
 
 } // namespace app

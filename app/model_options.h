@@ -83,7 +83,4 @@ Drawn_Model make_model(const Model_Options& options, const scene::Mesh& mesh);
 inline constexpr std::int32_t window_margin = 1;
 inline constexpr std::int32_t largest_picture_side = 16384 - window_margin;
 
-// The window without its margin.
-Raster picture_of(const Session& session);
-
 } // namespace app

@@ -12,6 +12,7 @@
 #include "app/map_command.h"
 #include "app/model_picture.h"
 #include "app/picture_plan.h"
+#include "app/scene/color_name.h"
 
 namespace app {
 namespace {
@@ -48,19 +49,31 @@ void refuse_several(const std::vector<Input>& inputs, const Input& map) {
     }
 }
 
+std::string color_help() {
+    std::string text = "Colours:\n  #rgb, #rrggbb or a name:\n ";
+    for (const std::string& name : scene::color_names()) {
+        text += (text.size() - text.rfind('\n') + name.size() > 76 ? "\n  " : " ") + name;
+    }
+    return text;
+}
+
 } // namespace
 
 void add_render_command(CLI::App& application, int& status) {
-    CLI::App& command = *application.add_subcommand("render", "Draw models, a map or a drawing as a picture");
+    CLI::App& command = *application.add_subcommand("render", "Draw models, a map or a drawing as a PNG picture.");
     const auto options = std::make_shared<Model_Picture>();
     add_model_options(
         command, *options,
         "Models (PLY, OBJ, STL and whatever assimp reads), drawn together, or a map (GeoJSON, TopoJSON) or a drawing "
         "(DXF); also compressed by gzip; - is standard input");
-    command.add_option("-o,--output", options->output, "PNG file to write; - is standard output")->required()->type_name("FILE");
+    command.add_option("-o,--output", options->output, "PNG file to write; - is standard output")
+        ->required()
+        ->type_name("FILE.png");
     command.add_option("--record", options->record, "Write what is drawn as a picture for replay too, compressed as FILE.gz")
-        ->type_name("FILE");
-    command.add_option("--size", options->size, "Width and height in pixels")->type_name("WxH")->capture_default_str();
+        ->type_name("PICTURE");
+    command.add_option("--size", options->size, "Width and height in pixels; maps are as high as they need to be without it")
+        ->type_name("WxH")
+        ->capture_default_str();
     command
         .add_option("--supersample", options->supersample,
                     "Draw so many times as large and take the mean of the pixels: smooth faces and lines")
@@ -95,6 +108,17 @@ void add_render_command(CLI::App& application, int& status) {
     command.add_flag("--hash", options->hash, "Print the SHA-256 of the pixels");
     const auto map_options = std::make_shared<Map_Options>();
     add_map_options(command, *map_options);
+    group_options(command, "Output", "--output --size --supersample --turntable --record --hash --dry-run --allow-empty");
+    group_options(command, "Large pictures", "--threads --max-memory --tile-size --tiles-of --tile");
+    group_options(command, "Measuring", "--repeat --stats");
+    command.footer(footer(
+        {{"vorna render bunny.obj -o bunny.png --view front --edges --antialias", "a model with its edges"},
+         {"vorna render truck.gltf -o truck.png --shading textured --size 1920x1080", "with its materials and images"},
+         {"vorna render countries.json -o world.png --projection robinson --border dashed", "a map of the world"},
+         {"vorna render house.obj tree.ply -o both.png --supersample 4 --background none", "two models, smooth and transparent"},
+         {"vorna render bunny.obj -o poster.png --size 40000x20000", "a poster, within 1 GiB of memory"},
+         {"vorna render bunny.obj -o bunny.png --record bunny.json.gz", "and the calls that drew it, for vorna replay"}},
+        color_help()));
     command.fallthrough();
     command.callback([options, map_options, &command, &application, &status] {
         std::vector<Input> inputs = open_inputs(*options);

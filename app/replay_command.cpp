@@ -208,37 +208,49 @@ void run(const Replay_Arguments& arguments, const Module_Choice& module) {
 
 void add_replay_command(CLI::App& application, int& status) {
     const auto arguments = std::make_shared<Replay_Arguments>();
-    CLI::App& command = *application.add_subcommand("replay", "Draw a picture, a JSON document of renderer calls");
+    CLI::App& command = *application.add_subcommand("replay", "Draw a picture, a JSON document of renderer calls.");
     command.fallthrough();
     command.add_option("picture", arguments->picture, "The picture, plain or compressed; - reads standard input")
         ->required()
         ->type_name("PICTURE");
-    const auto add_output = [&command](const char* option, std::string& path, const char* what) {
-        command.add_option(option, path, what)->type_name("FILE");
+    const auto add_output = [&command](const char* option, std::string& path, const char* what, const char* type) {
+        command.add_option(option, path, what)->type_name(type);
     };
-    add_output("--color", arguments->color, "Write the colour buffer as PNG, RGBA or palette");
-    add_output("--depth", arguments->depth, "Write the depth buffer as PNG, 16-bit greyscale");
-    add_output("--color-raw", arguments->color_raw, "Write the colour buffer as plain rows, top row first");
-    add_output("--depth-raw", arguments->depth_raw, "Write the depth buffer as plain rows, top row first");
-    add_output("--report", arguments->report, "Write what happened besides drawing, as JSON");
-    add_output("--record", arguments->record, "Write what was drawn as a picture again, compressed as FILE.gz");
+    add_output("--color", arguments->color, "Write the colour buffer as PNG, RGBA or palette", "FILE.png");
+    add_output("--depth", arguments->depth, "Write the depth buffer as PNG, 16-bit greyscale", "FILE.png");
+    add_output("--color-raw", arguments->color_raw, "Write the colour buffer as plain rows, top row first", "FILE");
+    add_output("--depth-raw", arguments->depth_raw, "Write the depth buffer as plain rows, top row first", "FILE");
+    add_output("--report", arguments->report, "Write what happened besides drawing, as JSON", "FILE.json");
+    add_output("--record", arguments->record, "Write what was drawn as a picture again, compressed as FILE.gz", "PICTURE");
     command.add_flag("--unchecked", arguments->unchecked, "Send coordinates that renderers trust without looking at them");
     CLI::Option* until =
         command.add_option("--until", arguments->until, "Stop after call N; the first call is 0")->type_name("N");
     command.add_option("--only", arguments->only, "Draw with the calls A to B alone; earlier ones only set the renderer up")
         ->type_name("A..B")
         ->excludes(until);
-    command.add_option("--every-call", arguments->every_call, "Write the colour buffer after every call, numbered, into DIR")
-        ->type_name("DIR");
-    CLI::Option* timing =
-        command.add_flag("--timing{table}", arguments->timing,
-                         "Print for each call the pixels that it changed and its time; --timing=json: for programs");
-    command.add_option("--sort", arguments->sort, "Order of --timing: call, time or pixels")->type_name("NAME")->needs(timing);
+    command.add_option("--every-call", arguments->every_call, "Write the colour buffer after every call, numbered, into FOLDER")
+        ->type_name("FOLDER");
+    CLI::Option* timing = command
+                              .add_flag("--timing{table}", arguments->timing,
+                                        "Print for each call the pixels that it changed and its time, or the same for programs")
+                              ->type_name("FORM")
+                              ->check(values({"table", "json"}));
+    command.add_option("--sort", arguments->sort, "Order of --timing")
+        ->type_name("NAME")
+        ->check(values({"call", "time", "pixels"}))
+        ->needs(timing);
     command.add_option("--repeat", arguments->repeat, "Times of --timing are the best of so many replays")
         ->type_name("N")
         ->check(CLI::Range(1, 100000))
         ->needs(timing)
         ->capture_default_str();
+    group_options(command, "Output", "--color --depth --color-raw --depth-raw --report --record");
+    group_options(command, "Which calls", "--until --only --every-call --unchecked");
+    group_options(command, "Measuring", "--timing --sort --repeat");
+    command.footer(
+        footer({{"vorna replay crystals.json --color crystals.png --depth depth.png", "both buffers of a picture"},
+                {"vorna replay bunny.json.gz --timing --sort time", "what each call changed and cost, the dearest first"},
+                {"vorna replay bunny.json.gz --until 12 --color part.png", "what the first thirteen calls draw"}}));
     command.callback([&application, &status, arguments] {
         run(*arguments, chosen_module(application));
         status = exit_status::done;

@@ -25,7 +25,7 @@ install_packages() {
 build_packages=(g++ cmake ninja-build libassimp-dev libcli11-dev libfreetype-dev libjpeg62-turbo-dev libpng-dev libproj-dev libsdl2-dev nlohmann-json3-dev zlib1g-dev)
 
 # What the tests of a native build need besides.
-test_packages=(binutils clang-format fonts-dejavu-core glmark2-data libgmock-dev libgtest-dev pkgconf)
+test_packages=(binutils clang-format fish fonts-dejavu-core glmark2-data libgmock-dev libgtest-dev mandoc pkgconf zsh)
 
 # What is needed besides to cross-build for Windows and to run programs for it.
 windows_packages=(binutils-mingw-w64-x86-64 g++-mingw-w64-x86-64-posix googletest libstb-dev libz-mingw-w64-dev wine64)

@@ -119,13 +119,13 @@ int run(const Check_Arguments& arguments, const Module_Choice& module) {
 
 void add_check_command(CLI::App& application, int& status) {
     const auto arguments = std::make_shared<Check_Arguments>();
-    CLI::App& command = *application.add_subcommand("check", "Check a renderer module");
+    CLI::App& command = *application.add_subcommand("check", "Check whether a renderer module does what its host relies on.");
     command.fallthrough();
     command.add_option("path", arguments->module, "The module; with --selftest the folder of the faulty ones")
         ->type_name("MODULE");
     command
         .add_option("--profile", arguments->profile,
-                    "host: what every renderer owes its host; krb: the whole interface of krb.vrd")
+                    "What to check: what every renderer owes its host, or the whole interface of krb.vrd")
         ->check(CLI::IsMember({"host", "krb"}))
         ->capture_default_str();
     command.add_option("--only", arguments->only, "Only this check, or the checks of this area; may be repeated")
@@ -138,9 +138,13 @@ void add_check_command(CLI::App& application, int& status) {
     command.add_option("--timeout", arguments->timeout, "Seconds for each area")
         ->check(CLI::Range(0.1, 86400.0))
         ->capture_default_str();
-    command.add_option("--junit", arguments->junit, "Write the outcomes as JUnit XML")->type_name("FILE");
+    command.add_option("--junit", arguments->junit, "Write the outcomes as JUnit XML")->type_name("FILE.xml");
     command.add_flag("--list", arguments->list, "List the checks and exit");
     command.add_flag("--selftest", arguments->selftest, "Check the checks with modules that are wrong in one way each");
+    command.footer(
+        footer({{"vorna check mine.vrd", "what every renderer owes its host"},
+                {"vorna check --profile krb --only drawing --seed 7", "one area of the installed module, as in an earlier run"}},
+               {}, "0 passed, 1 a check failed, 2 wrong usage, or no module."));
     // For the processes that the command starts.
     command.add_option("--journal", arguments->journal)->group("");
     command.add_option("--effort", arguments->effort)->group("");

@@ -231,12 +231,13 @@ std::unique_ptr<Projection> make_proj_projection(const std::string& name, std::o
     return code ? coordinate_system(name) : projection_of(name);
 }
 
-std::string proj_projection_names() {
-    std::string names;
+std::vector<std::string> proj_projection_names() {
+    std::vector<std::string> names;
+    names.reserve(named_projections.size());
     for (const Named_Projection& projection : named_projections) {
-        names += ", " + std::string(projection.name);
+        names.emplace_back(projection.name);
     }
-    return names + ", a PROJ string or a code as EPSG:3035";
+    return names;
 }
 
 } // namespace app::map

@@ -53,8 +53,21 @@ std::unique_ptr<Projection> make_projection(const std::string& name, std::option
     if (std::unique_ptr<Projection> projection = make_proj_projection(name, center)) {
         return projection;
     }
-    throw Map_Error("--projection: expected equirectangular, mercator, plane" + proj_projection_names() + ", found '" + name +
-                    "'");
+    std::string expected;
+    for (const std::string& known : projection_names()) {
+        expected += known + ", ";
+    }
+    expected += proj_projection_names().empty() ? "or with PROJ, which this build is without, another one"
+                                                : "a PROJ string or a code as EPSG:3035";
+    throw Map_Error("--projection: expected " + expected + ", found '" + name + "'");
+}
+
+std::vector<std::string> projection_names() {
+    std::vector<std::string> names{"equirectangular", "mercator", "plane"};
+    for (const std::string& name : proj_projection_names()) {
+        names.push_back(name);
+    }
+    return names;
 }
 
 } // namespace app::map

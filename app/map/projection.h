@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "app/map/shapes.h"
 
@@ -47,7 +48,10 @@ std::unique_ptr<Projection> make_projection(const std::string& name, std::option
 
 // With PROJ; null for names that it does not know.
 std::unique_ptr<Projection> make_proj_projection(const std::string& name, std::optional<Position> center);
-// Names of make_proj_projection for messages: "" without PROJ.
-std::string proj_projection_names();
+// Names that it knows: none without PROJ.
+std::vector<std::string> proj_projection_names();
+
+// All names that make_projection knows.
+std::vector<std::string> projection_names();
 
 } // namespace app::map

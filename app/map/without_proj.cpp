@@ -7,8 +7,8 @@ std::unique_ptr<Projection> make_proj_projection(const std::string&, std::option
     return nullptr;
 }
 
-std::string proj_projection_names() {
-    return " (this build is without PROJ, which has the others)";
+std::vector<std::string> proj_projection_names() {
+    return {};
 }
 
 } // namespace app::map

@@ -44,4 +44,13 @@ std::optional<VT_RGB32> color_named(std::string_view text) {
     return text.size() == 6 ? std::optional(opaque(value)) : std::nullopt;
 }
 
+std::vector<std::string> color_names() {
+    std::vector<std::string> names;
+    names.reserve(named_colors.size());
+    for (const Named_Color& color : named_colors) {
+        names.emplace_back(color.name);
+    }
+    return names;
+}
+
 } // namespace app::scene

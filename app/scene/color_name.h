@@ -2,7 +2,9 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "renderer/host/color.h"
 
@@ -10,5 +12,8 @@ namespace app::scene {
 
 // #rgb, #rrggbb or a common name; nothing for anything else.
 std::optional<VT_RGB32> color_named(std::string_view text);
+
+// The common names.
+std::vector<std::string> color_names();
 
 } // namespace app::scene

@@ -27,6 +27,7 @@ constexpr std::array keys{
     Key{'-', Command::smaller, Command::smaller},
     Key{'r', Command::home, Command::home},
     Key{'c', Command::screenshot, Command::screenshot},
+    Key{'w', Command::record, Command::record},
     Key{'h', Command::help, Command::help},
     Key{'f', Command::full_screen, Command::full_screen},
     Key{'q', Command::quit, Command::quit},
@@ -53,6 +54,22 @@ std::vector<std::string> help_lines() {
         "p              32 bits a pixel, palettes",
         "d              depth buffer",
         "c              screenshot",
+        "w              write a picture for vorna replay",
+        "r, home        as at the start",
+        "f              full screen",
+        "h, F1          this help",
+        "q, escape      quit",
+    };
+}
+
+std::vector<std::string> map_help_lines() {
+    return {
+        "drag           move",
+        "wheel, + -     zoom towards the pointer, the middle",
+        "a              smooth lines",
+        "p              32 bits a pixel, a palette",
+        "c              screenshot",
+        "w              write a picture for vorna replay",
         "r, home        as at the start",
         "f              full screen",
         "h, F1          this help",

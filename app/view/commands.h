@@ -24,6 +24,7 @@ enum class Command {
     smaller,
     home,
     screenshot,
+    record,
     help,
     full_screen,
     quit,
@@ -34,5 +35,6 @@ std::optional<Command> command_of(char key, bool reversed);
 
 // Lines that tell what mouse and keys do, for people.
 std::vector<std::string> help_lines();
+std::vector<std::string> map_help_lines();
 
 } // namespace app::view

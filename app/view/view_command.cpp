@@ -2,12 +2,16 @@
 #include "app/view/view_command.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 #include <optional>
 
 #include "app/command.h"
+#include "app/input.h"
+#include "app/map_command.h"
 #include "app/model_options.h"
 #include "app/scene/model_reader.h"
+#include "app/view/map_viewer.h"
 #include "app/view/script.h"
 #include "app/view/viewer.h"
 #include "app/view/window.h"
@@ -19,24 +23,43 @@ struct View_Options : Model_Options {
     std::string size, folder = ".", script;
 };
 
-void show(const View_Options& options, const Module_Choice& module) {
-    background_of(options);
-    base_color_of(options);
-    edge_settings_of(options);
-    picture_settings_of(options);
+void show(const View_Options& options, std::vector<Input> inputs, const Map_Options& map_options, const Module_Choice& module) {
+    const VT_RGB32 background = background_of(options);
     const auto size = options.size.empty()
                           ? std::nullopt
                           : std::optional(parsed_pair(options.size, largest_picture_side,
                                                       "--size: expected WIDTHxHEIGHT with sides from 1 to 16383"));
     const auto script = options.script.empty() ? std::vector<view::Script_Step>()
                                                : view::parsed_script(options.script, scene::read_file(options.script));
+    if (options.models.size() > 1 && std::ranges::any_of(inputs, is_map)) {
+        throw Usage_Error(options.models.front() + ": expected a map or drawing alone, found others beside it");
+    }
+    const bool map = is_map(inputs.front());
+    if (!map) {
+        base_color_of(options);
+        edge_settings_of(options);
+        picture_settings_of(options);
+    }
     std::string title;
     for (const std::string& file : options.models) {
         title += (title.empty() ? "" : ", ") + file;
     }
     const std::unique_ptr<view::Window> window = view::open_window(title, size);
-    view::Viewer viewer(options, module, options.folder, *window);
-    window->run(viewer, script);
+    std::unique_ptr<view::Picture_Viewer> viewer;
+    if (map) {
+        const Map_Picture picture{.input = inputs.front(),
+                                  .output = {},
+                                  .record = {},
+                                  .size = {1, 1},
+                                  .background = background,
+                                  .colors = options.colors == 8 ? 8 : 32,
+                                  .antialias = options.antialias,
+                                  .strict = options.strict};
+        viewer = std::make_unique<view::Map_Viewer>(picture, map_options, module, options.folder, *window);
+    } else {
+        viewer = std::make_unique<view::Viewer>(options, std::move(inputs), module, options.folder, *window);
+    }
+    window->run(*viewer, script);
 }
 
 std::string help_text() {
@@ -44,23 +67,32 @@ std::string help_text() {
     for (const std::string& line : view::help_lines()) {
         text += "\n  " + line;
     }
-    return text;
+    return text + "\n\nMaps and drawings:\n  Every drag moves them; the keys + - a p c w r f h q do the same.";
 }
 
 } // namespace
 
 void add_view_command(CLI::App& application, int& status) {
-    CLI::App& command = *application.add_subcommand("view", "Turn a model in a window");
+    CLI::App& command = *application.add_subcommand("view", "Turn a model in a window, or move a map or drawing.");
     const auto options = std::make_shared<View_Options>();
-    add_model_options(command, *options, "Models: PLY, OBJ, STL and whatever assimp reads");
+    add_model_options(command, *options,
+                      "Models (PLY, OBJ, STL and whatever assimp reads), or a map (GeoJSON, TopoJSON) or drawing (DXF)");
     command.add_option("--size", options->size, "Width and height of the window; by default what suits the display")
         ->type_name("WxH");
     command.add_option("--screenshots", options->folder, "Folder for screenshots")->type_name("FOLDER")->capture_default_str();
     command.add_option("--script", options->script, "Mouse and keys from a file, see docs/viewing.md")->type_name("FILE");
-    command.footer(help_text());
+    group_options(command, "Window", "--size --screenshots --script");
+    const auto map_options = std::make_shared<Map_Options>();
+    add_map_options(command, *map_options);
+    command.footer(footer({{"vorna view bunny.obj", "turn it with the mouse, h shows the keys"},
+                           {"vorna view truck.gltf --shading textured --edges --size 1600x1000", "as vorna render would draw it"},
+                           {"vorna view countries.json --projection robinson --border dashed", "move a map"}},
+                          help_text()));
     command.fallthrough();
-    command.callback([options, &application, &status] {
-        show(*options, chosen_module(application));
+    command.callback([options, map_options, &command, &application, &status] {
+        std::vector<Input> inputs = open_inputs(*options);
+        refuse_options_of_other_kind(command, inputs.front());
+        show(*options, std::move(inputs), *map_options, chosen_module(application));
         status = exit_status::done;
     });
 }

@@ -2,21 +2,15 @@
 #include "app/view/viewer.h"
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
-#include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <numbers>
 #include <utility>
 
-#include "app/output_file.h"
-#include "app/path.h"
 #include "app/scene/model_reader.h"
 #include "app/scene/textured_scene.h"
 #include "app/scene/vectors.h"
 #include "app/view/coarse_mesh.h"
-#include "app/view/text_panel.h"
 #include "renderer/host/rendition.h"
 #include "vorna/draw.h"
 
@@ -51,35 +45,13 @@ std::size_t pixel_kind_of(const Model_Options& options) {
     return static_cast<std::size_t>(found - pixel_kinds.begin());
 }
 
-std::string with_commas(std::size_t number) {
-    std::string text = std::to_string(number);
-    for (std::size_t i = text.size(); i > 3;) {
-        i -= 3;
-        text.insert(i, 1, ',');
-    }
-    return text;
-}
-
-// As a shell reads it back.
-std::string shell_word(const std::string& word) {
-    const auto is_plain = [](unsigned char c) {
-        return std::isalnum(c) || c >= 0x80 || std::string("-_./=,+:@%").find(static_cast<char>(c)) != std::string::npos;
-    };
-    if (!word.empty() && std::ranges::all_of(word, is_plain)) {
-        return word;
-    }
-    std::string text = "'";
-    for (const char c : word) {
-        text += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    }
-    return text + "'";
-}
-
 } // namespace
 
-Viewer::Viewer(const Model_Options& options, const Module_Choice& module, std::string folder, Screen& screen)
-    : options_(options), first_options_(options), folder_(std::move(folder)), screen_(screen), session_(module),
-      mesh_(load_mesh(options, open_inputs(options))) {
+Viewer::Viewer(const Model_Options& options, std::vector<Input> inputs, const Module_Choice& module, std::string folder,
+               Screen& screen)
+    : Picture_Viewer(module, options.models.front() == "-" ? "model" : options.models.front(), std::move(folder), window_margin,
+                     screen),
+      options_(options), first_options_(options), mesh_(load_mesh(options, std::move(inputs))) {
     set_palette(pixel_kind_of(options));
     camera_settings_of(options_, mesh_, size_);
     std::vector<bool> used(mesh_.positions.size());
@@ -89,17 +61,6 @@ Viewer::Viewer(const Model_Options& options, const Module_Choice& module, std::s
             points_.push_back(mesh_.positions[vertex]);
         }
     }
-    session_.renderer().presentation = {present, this};
-}
-
-void Viewer::resize(VT_Int_Pair size, std::int32_t letter_scale) {
-    const VT_Int_Pair fitting{std::clamp(size.x, 1, largest_picture_side), std::clamp(size.y, 1, largest_picture_side)};
-    letter_scale_ = letter_scale;
-    if (fitting != size_) {
-        size_ = fitting;
-        established_ = false;
-    }
-    changed_ = true;
 }
 
 // A drag across the picture's height is half a turn.
@@ -119,20 +80,6 @@ void Viewer::zoom(double factor, const Place& pointer) {
         pose = focused(pose, options_.orthographic ? scene::Projection::orthographic : scene::Projection::perspective, *distance);
     }
     set_pose(zoomed(pose, size_, factor, pointer));
-}
-
-Answer Viewer::press(char key, bool reversed) {
-    const auto command = command_of(key, reversed);
-    if (command == Command::quit) {
-        return Answer::close;
-    }
-    if (command == Command::full_screen) {
-        return Answer::change_full_screen;
-    }
-    if (command) {
-        perform(*command);
-    }
-    return Answer::none;
 }
 
 void Viewer::perform(Command command) {
@@ -177,13 +124,7 @@ void Viewer::perform(Command command) {
         options_.aim = first_options_.aim;
         options_.orthographic = first_options_.orthographic;
         return;
-    case Command::screenshot:
-        return take_screenshot();
-    case Command::help:
-        shows_help_ = !shows_help_;
-        return;
-    case Command::full_screen:
-    case Command::quit:
+    default:
         return;
     }
 }
@@ -269,7 +210,7 @@ std::optional<double> Viewer::distance_at(const Place& place) {
     const VT_DCI_Point pixel{static_cast<std::int32_t>(place.x), size_.y - 1 - static_cast<std::int32_t>(place.y), 0};
     const Buffer_Format format = Buffer_Format::depth16;
     VT_Reference<VT_Shared_Image> image;
-    VD_Read_Depth_Image(session_.renderer(), *rendition_, &pixel, &pixel, &format, image);
+    VD_Read_Depth_Image(canvas_.session.renderer(), *canvas_.rendition, &pixel, &pixel, &format, image);
     std::uint16_t depth = 0xFFFF;
     if (image) {
         std::memcpy(&depth, image->row(0), sizeof depth);
@@ -288,23 +229,23 @@ std::optional<double> Viewer::distance_at(const Place& place) {
     return distance > 1e-6 ? std::optional(distance * mesh_.radius) : std::nullopt;
 }
 
-void Viewer::establish() {
-    session_.options().set_window_size({size_.x + window_margin, size_.y + window_margin});
+void Viewer::establish(Canvas& canvas) {
+    auto& [session, rendition, flat_rendition] = canvas;
+    session.options().set_window_size({size_.x + window_margin, size_.y + window_margin});
     const VT_Reference<const VT_Palette> palette = palette_of(options_).drawn;
-    session_.options().set_color_system(palette ? 0 : 1);
+    session.options().set_color_system(palette ? 0 : 1);
     if (palette) {
-        session_.options().set_palette(palette);
+        session.options().set_palette(palette);
     }
-    session_.options().set_buffer_depth(16);
-    session_.establish();
-    rendition_ = VT_Reference<VT_Rendition>(new VT_Rendition);
-    rendition_->clip.hard_clip = session_.window();
-    rendition_->window.rectangle = session_.window();
-    rendition_->window.color = background_of(options_);
-    rendition_->window.index = static_cast<std::uint8_t>(session_.palette().closest_match(rendition_->window.color, false));
-    flat_rendition_ = VT_Reference<VT_Rendition>(new VT_Rendition(*rendition_));
-    flat_rendition_->clip.depth_test = false;
-    established_ = true;
+    session.options().set_buffer_depth(16);
+    session.establish();
+    rendition = VT_Reference<VT_Rendition>(new VT_Rendition);
+    rendition->clip.hard_clip = session.window();
+    rendition->window.rectangle = session.window();
+    rendition->window.color = background_of(options_);
+    rendition->window.index = static_cast<std::uint8_t>(session.palette().closest_match(rendition->window.color, false));
+    flat_rendition = VT_Reference<VT_Rendition>(new VT_Rendition(*rendition));
+    flat_rendition->clip.depth_test = false;
 }
 
 Drawn_Model& Viewer::model_for(const Model_Options& options, bool draft) {
@@ -325,7 +266,7 @@ Drawn_Model& Viewer::model_for(const Model_Options& options, bool draft) {
     return model;
 }
 
-void Viewer::draw_model(bool draft) {
+void Viewer::draw_model(Canvas& canvas, bool draft) {
     Model_Options options = drawn_options();
     if (draft) {
         // Edges of a coarse model are not the model's: it has none over its faces.
@@ -337,26 +278,32 @@ void Viewer::draw_model(bool draft) {
     }
     const Drawn_Model& model = model_for(options, draft);
     camera_ = scene::fit_camera(camera_settings_of(options, mesh_, size_), points_);
-    const scene::Tile_Grid grid(session_.window());
-    VT_Renderer_Data& renderer = session_.renderer();
-    VD_Draw_Window(renderer, *rendition_);
-    VD_Clear_Depth_Rectangle(renderer, *rendition_);
+    const scene::Tile_Grid grid(canvas.session.window());
+    VT_Renderer_Data& renderer = canvas.session.renderer();
+    VD_Draw_Window(renderer, *canvas.rendition);
+    VD_Clear_Depth_Rectangle(renderer, *canvas.rendition);
     if (options.has_faces()) {
         model.faces->prepare(grid, camera_, picture_settings_of(options));
-        model.faces->draw(renderer, *rendition_, 0);
+        model.faces->draw(renderer, *canvas.rendition, 0);
     }
     if (options.picture.shading == scene::Shading::hidden_line) {
-        VD_Draw_Window(renderer, *rendition_);
+        VD_Draw_Window(renderer, *canvas.rendition);
     }
     if (options.has_edges()) {
         model.edges->prepare(grid, camera_, edge_settings_of(options));
-        model.edges->draw(renderer, *rendition_, 0);
+        model.edges->draw(renderer, *canvas.rendition, 0);
     }
+}
+
+void Viewer::paint(Canvas& canvas) {
+    canvas.session.renderer().begin_picture_all();
+    draw_model(canvas, false);
+    canvas.session.renderer().end_picture_all();
 }
 
 // The nearest depth is white, the farthest nearly black.
 void Viewer::draw_depths() {
-    const VT_Reference<VT_Shared_Image> depths = session_.read_depth();
+    const VT_Reference<VT_Shared_Image> depths = canvas_.session.read_depth();
     const std::int32_t width = depths->width(), height = depths->height();
     const auto row_of = [&](std::int32_t r) { return reinterpret_cast<const std::uint16_t*>(depths->row(r)); };
     std::int32_t nearest = 0xFFFF, farthest = 0;
@@ -375,32 +322,26 @@ void Viewer::draw_depths() {
         for (std::int32_t x = 0; x < width; ++x) {
             const std::int32_t depth = row_of(r)[x];
             const auto grey = static_cast<std::uint8_t>(255 - 215 * std::clamp(depth - nearest, 0, range) / range);
-            pixels[x] = depth == 0xFFFF ? rendition_->window.color : VT_RGB32{grey, grey, grey, 255};
+            pixels[x] = depth == 0xFFFF ? canvas_.rendition->window.color : VT_RGB32{grey, grey, grey, 255};
         }
     }
-    const VT_Int_Rectangle window = session_.window();
+    const VT_Int_Rectangle window = canvas_.session.window();
     const VT_DCI_Point start{window.left, window.top, 0};
-    VD_Draw_DCI_Image(session_.renderer(), *flat_rendition_, &start, &image);
-}
-
-void Viewer::draw_help() {
-    const VT_Reference<VT_Shared_Image> panel = text_panel(help_lines(), letter_scale_);
-    const std::int32_t gap = 8 * letter_scale_;
-    const VT_DCI_Point start{gap, size_.y - 1 - gap, 0};
-    VD_Draw_DCI_Image(session_.renderer(), *flat_rendition_, &start, &*panel);
+    VD_Draw_DCI_Image(canvas_.session.renderer(), *canvas_.flat_rendition, &start, &image);
 }
 
 void Viewer::draw() {
     const auto start = Clock::now();
     const auto elapsed = [start] { return std::chrono::duration<double, std::milli>(Clock::now() - start).count(); };
     if (!established_) {
-        establish();
+        establish(canvas_);
+        established_ = true;
     }
     const bool draft = moving_ && full_time_ > hasty_limit && mesh_.triangle_count() > coarse_triangles &&
                        options_.picture.shading != scene::Shading::textured;
-    VT_Renderer_Data& renderer = session_.renderer();
+    VT_Renderer_Data& renderer = canvas_.session.renderer();
     renderer.begin_picture_all();
-    draw_model(draft);
+    draw_model(canvas_, draft);
     if (!draft) {
         full_time_ = elapsed();
     }
@@ -422,62 +363,20 @@ void Viewer::refine() {
     moving_ = false;
 }
 
-void Viewer::show() {
-    if (established_) {
-        session_.renderer().update_all({0, size_.x - 1, 0, size_.y - 1});
+std::string Viewer::command_for(const std::string& image) const {
+    if (shows_depth_) {
+        return {};
     }
-}
-
-// The renderer counts the window's margin above the picture.
-std::int32_t Viewer::present(void* viewer, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
-                             const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y) {
-    auto& self = *static_cast<Viewer*>(viewer);
-    Raster raster = raster_of(*buffer);
-    raster.top = buffer->rows[top_left.y] + std::ptrdiff_t{top_left.x} * bytes_per_pixel(raster.format);
-    raster.width = bottom_right.x - top_left.x + 1;
-    raster.height = top_left.y - bottom_right.y + 1;
-    self.screen_.show(raster, self.session_.palette(), {x, y - window_margin});
-    return 0;
-}
-
-// Never over a file that is there. Without the help, and in full.
-void Viewer::take_screenshot() {
-    namespace fs = std::filesystem;
-    const bool help = std::exchange(shows_help_, false);
-    draw();
-    shows_help_ = help;
-    changed_ = help;
-    std::string name;
-    do {
-        std::string number = std::to_string(next_screenshot_++);
-        number.insert(0, number.size() < 3 ? 3 - number.size() : 0, '0');
-        const std::string& first = options_.models.front();
-        const std::u8string stem = first == "-" ? u8"model" : path_of(first).stem().u8string();
-        const std::u8string file =
-            (path_of(folder_) / path_of(std::string(stem.begin(), stem.end()) + "-" + number + ".png")).u8string();
-        name.assign(file.begin(), file.end());
-    } while (fs::exists(path_of(name)));
-    try {
-        write_file(name, png_of(picture_of(session_), session_.palette()));
-    } catch (const std::runtime_error& error) {
-        std::fprintf(stderr, "vorna: %s\n", error.what());
-        return;
+    std::string line = "vorna render";
+    for (const std::string& word : arguments_of(drawn_options())) {
+        line += " " + shell_word(word);
     }
-    std::printf("%s\n", shell_word(name).c_str());
-    if (!shows_depth_) {
-        std::string line = "  vorna render";
-        for (const std::string& word : arguments_of(drawn_options())) {
-            line += " " + shell_word(word);
-        }
-        std::printf("%s --size=%dx%d -o %s\n", line.c_str(), size_.x, size_.y, shell_word(name).c_str());
-    }
-    std::fflush(stdout);
+    return line + " --size=" + std::to_string(size_.x) + "x" + std::to_string(size_.y) + " -o " + shell_word(image);
 }
 
 std::string Viewer::title() const {
     const Model_Options options = drawn_options();
-    const std::u8string file = path_of(options.models.front()).filename().u8string();
-    std::string text(file.begin(), file.end());
+    std::string text = file_name();
     text += options.models.size() > 1 ? " and others" : "";
     text += ": " + with_commas(mesh_.triangle_count()) + " triangles, ";
     constexpr const char* shadings[] = {"flat", "gouraud", "textured", "wireframe", "hidden-line"};
@@ -488,9 +387,7 @@ std::string Viewer::title() const {
     text += options.antialias ? ", smooth" : "";
     text += options.orthographic ? ", parallel" : "";
     text += ", " + pixel_kinds[palette_choice_].name;
-    char speed[64];
-    std::snprintf(speed, sizeof speed, ", %.1f ms, %.0f frames/s", time_, 1000 / std::max(time_, 0.01));
-    return text + speed + (draft_shown_ ? ", coarse" : "");
+    return text + speed_text() + (draft_shown_ ? ", coarse" : "");
 }
 
 } // namespace app::view

@@ -31,7 +31,7 @@ protected:
     const std::string model = folder.file("ball.obj", scene::obj_text(scene::ball(24, 12)));
 };
 
-TEST_F(View_Command, shows_the_bytes_that_render_draws) {
+TEST_F(View_Command, shows_and_records_the_bytes_that_render_draws) {
     const std::vector<std::string> steps{"",
                                          "drag left 100,100 160,140",
                                          "drag right 80,80 100,70",
@@ -56,28 +56,69 @@ TEST_F(View_Command, shows_the_bytes_that_render_draws) {
                                          "key Home"};
     std::string script;
     for (const std::string& step : steps) {
-        script += step + "\nkey c\n";
+        script += step + "\nkey c\nkey w\n";
     }
     const Outcome outcome = view(script + "key q\n", {"--size", "200x150", "--up", "z"});
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     std::istringstream lines(outcome.output);
     std::set<std::string> seen;
     for (const std::string& step : steps) {
+        // A file's name and the command that draws it again: of the screenshot, then of the recording.
         std::string shot, line;
         ASSERT_TRUE(std::getline(lines, shot) && std::getline(lines, line));
-        std::istringstream stream(line);
-        std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
-        ASSERT_EQ(words.front(), "vorna");
-        words.erase(words.begin());
-        ASSERT_EQ(words.back(), shot);
-        words.back() = folder.file("rendered.png");
-        ASSERT_EQ(replay_tests::run_vorna(words).status, 0) << line;
         const std::string bytes = replay_tests::read_file(shot);
-        EXPECT_EQ(bytes == replay_tests::read_file(words.back()), true) << step << '\n' << line;
         seen.insert(bytes);
+        for (const char* command : {"render", "replay"}) {
+            std::istringstream stream(line);
+            std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
+            ASSERT_EQ(words.front(), "vorna");
+            words.erase(words.begin());
+            ASSERT_EQ(words.front(), command);
+            words.back() = folder.file("again.png");
+            ASSERT_EQ(replay_tests::run_vorna(words).status, 0) << line;
+            EXPECT_EQ(bytes == replay_tests::read_file(words.back()), true) << step << '\n' << line;
+            if (std::string(command) == "render") {
+                std::string recording;
+                ASSERT_TRUE(std::getline(lines, recording) && std::getline(lines, line));
+            }
+        }
     }
     // All steps but the help change the picture; the last one goes back to the first camera.
     EXPECT_EQ(seen.size(), steps.size() - 1);
+}
+
+// A map fills the window as render draws it, moves and comes back; what is recorded is what is shown.
+TEST_F(View_Command, moves_maps) {
+    const std::string map = folder.file("map.json", R"({"type":"FeatureCollection","features":[
+        {"type":"Feature","properties":{},"geometry":{"type":"Polygon","coordinates":[[[0,0],[40,0],[40,30],[0,30],[0,0]]]}},
+        {"type":"Feature","properties":{},"geometry":{"type":"Polygon","coordinates":[[[40,0],[70,5],[40,30],[40,0]]]}}]})");
+    const std::vector<std::string> steps{"",      "drag left 100,80 130,70", "wheel 2 60,60", "key a", "key p", "resize 150x120",
+                                         "key h", "resize 200x150",          "key p",         "key a", "key r"};
+    std::string script;
+    for (const std::string& step : steps) {
+        script += step + "\nkey c\nkey w\n";
+    }
+    const Outcome outcome = replay_tests::run_vorna({"view", map, "--size", "200x150", "--border", "dashed", "--screenshots",
+                                                     folder.file(""), "--script", folder.file("script", script + "key q\n")});
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    std::istringstream lines(outcome.output);
+    std::vector<std::string> shots;
+    for (const std::string& step : steps) {
+        std::string shot, recording, line;
+        ASSERT_TRUE(std::getline(lines, shot) && std::getline(lines, recording) && std::getline(lines, line));
+        shots.push_back(replay_tests::read_file(shot));
+        const std::string again = folder.file("again.png");
+        ASSERT_EQ(replay_tests::run_vorna({"replay", recording, "--color", again}).status, 0) << step;
+        EXPECT_EQ(shots.back() == replay_tests::read_file(again), true) << step;
+    }
+    const std::string rendered = folder.file("rendered.png");
+    ASSERT_EQ(replay_tests::run_vorna({"render", map, "-o", rendered, "--size", "200x150", "--border", "dashed"}).status, 0);
+    EXPECT_EQ(shots.front() == replay_tests::read_file(rendered), true);
+    EXPECT_EQ(shots.back() == shots.front(), true);
+    // The first six steps show something new, the help is not in the files, and the rest takes back what was done.
+    EXPECT_EQ(std::set<std::string>(shots.begin(), shots.end()).size(), 6U);
+    EXPECT_EQ(std::set<std::string>(shots.begin(), shots.begin() + 6).size(), 6U);
+    EXPECT_THAT(replay_tests::run_vorna({"view", map, "--zoom", "2"}).errors, HasSubstr("--zoom: expected a model, found "));
 }
 
 TEST_F(View_Command, shows_the_depth_buffer_and_never_writes_over_a_file) {

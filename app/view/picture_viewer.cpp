@@ -1,0 +1,182 @@
+// What is common to pictures in a window.
+#include "app/view/picture_viewer.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <filesystem>
+#include <utility>
+
+#include "app/image_file.h"
+#include "app/model_options.h"
+#include "app/output_file.h"
+#include "app/path.h"
+#include "app/picture/picture_file.h"
+#include "app/picture/recorder.h"
+#include "app/view/text_panel.h"
+#include "vorna/draw.h"
+
+namespace app::view {
+
+std::string shell_word(const std::string& word) {
+    const auto is_plain = [](unsigned char c) {
+        return std::isalnum(c) || c >= 0x80 || std::string("-_./=,+:@%").find(static_cast<char>(c)) != std::string::npos;
+    };
+    if (!word.empty() && std::ranges::all_of(word, is_plain)) {
+        return word;
+    }
+    std::string text = "'";
+    for (const char c : word) {
+        text += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    }
+    return text + "'";
+}
+
+std::string with_commas(std::size_t number) {
+    std::string text = std::to_string(number);
+    for (std::size_t i = text.size(); i > 3;) {
+        i -= 3;
+        text.insert(i, 1, ',');
+    }
+    return text;
+}
+
+Picture_Viewer::Picture_Viewer(const Module_Choice& module, std::string file, std::string folder, std::int32_t margin,
+                               Screen& screen)
+    : module_(module), canvas_(module), file_(std::move(file)), folder_(std::move(folder)), margin_(margin), screen_(screen) {
+    canvas_.session.renderer().presentation = {present, this};
+}
+
+void Picture_Viewer::resize(VT_Int_Pair size, std::int32_t letter_scale) {
+    const VT_Int_Pair fitting{std::clamp(size.x, 1, largest_picture_side), std::clamp(size.y, 1, largest_picture_side)};
+    letter_scale_ = letter_scale;
+    if (fitting != size_) {
+        size_ = fitting;
+        established_ = false;
+    }
+    changed_ = true;
+}
+
+Answer Picture_Viewer::press(char key, bool reversed) {
+    const auto command = command_of(key, reversed);
+    if (!command) {
+        return Answer::none;
+    }
+    switch (*command) {
+    case Command::quit:
+        return Answer::close;
+    case Command::full_screen:
+        return Answer::change_full_screen;
+    case Command::help:
+        shows_help_ = !shows_help_;
+        changed_ = true;
+        break;
+    case Command::screenshot:
+        take_screenshot();
+        break;
+    case Command::record:
+        record();
+        break;
+    default:
+        perform(*command);
+    }
+    return Answer::none;
+}
+
+void Picture_Viewer::show() {
+    if (established_) {
+        canvas_.session.renderer().update_all({0, size_.x - 1, 0, size_.y - 1});
+    }
+}
+
+// The renderer counts the window's margin above the picture.
+std::int32_t Picture_Viewer::present(void* viewer, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
+                                     const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y) {
+    auto& self = *static_cast<Picture_Viewer*>(viewer);
+    Raster raster = raster_of(*buffer);
+    raster.top = buffer->rows[top_left.y] + std::ptrdiff_t{top_left.x} * bytes_per_pixel(raster.format);
+    raster.width = bottom_right.x - top_left.x + 1;
+    raster.height = top_left.y - bottom_right.y + 1;
+    self.screen_.show(raster, self.canvas_.session.palette(), {x, y - self.margin_});
+    return 0;
+}
+
+void Picture_Viewer::draw_help() {
+    const VT_Reference<VT_Shared_Image> panel = text_panel(help(), letter_scale_);
+    const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+    rendition->clip.hard_clip = canvas_.session.window();
+    rendition->clip.depth_test = false;
+    const std::int32_t gap = 8 * letter_scale_;
+    const VT_DCI_Point start{gap, size_.y - 1 - gap, 0};
+    VD_Draw_DCI_Image(canvas_.session.renderer(), *rendition, &start, &*panel);
+}
+
+std::string Picture_Viewer::free_name(const std::string& ending) {
+    std::string name;
+    do {
+        std::string number = std::to_string(next_number_++);
+        number.insert(0, number.size() < 3 ? 3 - number.size() : 0, '0');
+        const std::u8string stem = path_of(file_).stem().u8string();
+        const std::u8string file =
+            (path_of(folder_) / path_of(std::string(stem.begin(), stem.end()) + "-" + number + ending)).u8string();
+        name.assign(file.begin(), file.end());
+    } while (std::filesystem::exists(path_of(name)));
+    return name;
+}
+
+// Without the help, and in full.
+void Picture_Viewer::take_screenshot() {
+    const bool help = std::exchange(shows_help_, false);
+    refine();
+    draw();
+    shows_help_ = help;
+    changed_ = help;
+    const std::string name = free_name(".png");
+    try {
+        Raster raster = raster_of(canvas_.session.color_buffer());
+        raster.top += margin_ * raster.row_bytes;
+        raster.height -= margin_;
+        raster.width -= margin_;
+        write_file(name, png_of(raster, canvas_.session.palette()));
+    } catch (const std::runtime_error& error) {
+        std::fprintf(stderr, "vorna: %s\n", error.what());
+        return;
+    }
+    std::printf("%s\n", shell_word(name).c_str());
+    if (const std::string command = command_for(name); !command.empty()) {
+        std::printf("  %s\n", command.c_str());
+    }
+    std::fflush(stdout);
+}
+
+// Through a renderer of its own: a recorder sees it from its start. The help is not recorded, nor are depths.
+void Picture_Viewer::record() {
+    const std::string ending = ".json.gz", name = free_name(ending);
+    try {
+        Canvas canvas(module_);
+        picture::Recorder recorder(canvas.session);
+        establish(canvas);
+        paint(canvas);
+        write_file(name, picture::file_of(recorder.finish(VT_Int_Rectangle{0, size_.x - 1, 0, size_.y - 1}), name));
+    } catch (const std::runtime_error& error) {
+        std::fprintf(stderr, "vorna: %s\n", error.what());
+        return;
+    }
+    const std::string image = name.substr(0, name.size() - ending.size()) + ".png";
+    std::printf("%s\n  vorna replay %s --color %s\n", shell_word(name).c_str(), shell_word(name).c_str(),
+                shell_word(image).c_str());
+    std::fflush(stdout);
+}
+
+std::string Picture_Viewer::file_name() const {
+    const std::u8string file = path_of(file_).filename().u8string();
+    return {file.begin(), file.end()};
+}
+
+std::string Picture_Viewer::speed_text() const {
+    char speed[64];
+    std::snprintf(speed, sizeof speed, ", %.1f ms, %.0f frames/s", time_, 1000 / std::max(time_, 0.01));
+    return speed;
+}
+
+} // namespace app::view

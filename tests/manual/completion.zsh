@@ -1,0 +1,23 @@
+# usage: zsh completion.zsh SHARE
+# The script is zsh's, and _arguments gets one specification an option. What zsh offers can only be seen on a terminal.
+emulate zsh
+source_file=$1/zsh/vendor-completions/_vorna
+zsh -n $source_file || exit 1
+failures=0
+_describe() { :; }
+_arguments() {
+    local specification
+    for specification; do
+        [[ $specification == (-C|(\*|)((\([^\)]##\)|)-[a-zA-Z-]##(=|=-|+|)\[*\]|[0-9\*]#:)*) ]] && continue
+        print -r -- "unexpected: $specification"
+        failures=$((failures + 1))
+    done
+    state=arguments
+    return 1
+}
+setopt extendedglob
+for command in render view replay info compare assemble check; do
+    line=($command)
+    source $source_file
+done
+exit $((failures > 0))
