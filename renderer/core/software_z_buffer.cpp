@@ -192,13 +192,18 @@ void Software_Z_Buffer::establish_target() {
     target.dither = &dither;
 }
 
+VT_Int_Rectangle Software_Z_Buffer::window_rectangle() const noexcept {
+    const auto last = [](std::int32_t from, std::int32_t size) {
+        return static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{from} + size - 1, INT32_MAX));
+    };
+    return {window_origin.x, last(window_origin.x, window_size.x), window_origin.y, last(window_origin.y, window_size.y)};
+}
+
 VT_Int_Rectangle Software_Z_Buffer::visible_rectangle(const VT_Rendition& rendition) const noexcept {
     const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
-    const auto last = [](std::int32_t from, std::int32_t size, std::int32_t end) {
-        return static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{from} + size - 1, end));
-    };
-    return {std::max(clip.left, window_origin.x), last(window_origin.x, window_size.x, clip.right),
-            std::max(clip.bottom, window_origin.y), last(window_origin.y, window_size.y, clip.top)};
+    const VT_Int_Rectangle window = window_rectangle();
+    return {std::max(clip.left, window.left), std::min(clip.right, window.right), std::max(clip.bottom, window.bottom),
+            std::min(clip.top, window.top)};
 }
 
 std::int32_t Software_Z_Buffer::update(const VT_Int_Rectangle& rectangle) {

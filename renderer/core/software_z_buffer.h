@@ -58,6 +58,8 @@ public:
     bool draws_with_depth(const VT_Rendition& rendition) const noexcept { return rendition.clip.depth_test && depth_buffer; }
     bool holds_pixels_of(Case c) const noexcept { return is_index8(c) || color_buffer->format == Buffer_Format::rgb32; }
 
+    // The window in device coordinates, as far as these can hold it.
+    VT_Int_Rectangle window_rectangle() const noexcept;
     // The hard clip, as far as it lies in the window, in device coordinates; may be empty.
     VT_Int_Rectangle visible_rectangle(const VT_Rendition& rendition) const noexcept;
 
