@@ -100,7 +100,29 @@ Software_Z_Buffer::~Software_Z_Buffer() {
     color_buffer = nullptr;
 }
 
+// A renderer that could not get all it needs holds no buffers, and so draws nothing, until it is established again. What it has
+// kept of the old window and what it has got of the new one do not go together.
+class Software_Z_Buffer::All_Or_Nothing {
+public:
+    explicit All_Or_Nothing(Software_Z_Buffer& renderer) noexcept : renderer_(renderer) {}
+    All_Or_Nothing(const All_Or_Nothing&) = delete;
+    All_Or_Nothing& operator=(const All_Or_Nothing&) = delete;
+    ~All_Or_Nothing() {
+        if (!is_whole_) {
+            renderer_.color_buffer = nullptr;
+            renderer_.depth_buffer = nullptr;
+            renderer_.target = {};
+        }
+    }
+    void keep() noexcept { is_whole_ = true; }
+
+private:
+    Software_Z_Buffer& renderer_;
+    bool is_whole_ = false;
+};
+
 std::int32_t Software_Z_Buffer::establish() {
+    All_Or_Nothing all(*this);
     install_actions(*this);
     establish_buffers();
     establish_mask_cache();
@@ -108,6 +130,7 @@ std::int32_t Software_Z_Buffer::establish() {
     establish_target();
     force_merge_control = current[Handle::force_merge_control_on]->as_bool() ? 1 : 0;
     kernels = window_size.x < chosen_kernels_->least_width ? &portable_kernel_set() : chosen_kernels_;
+    all.keep();
     return 0;
 }
 

@@ -44,7 +44,8 @@ public:
     explicit Software_Z_Buffer(const VT_Renderer_Data& prototype);
     ~Software_Z_Buffer() override;
 
-    // Installs every slot that the current options ask for, then keeps, adopts or creates the buffers. Returns 0.
+    // Installs every slot that the current options ask for, then keeps, adopts or creates the buffers. Returns 0. When it throws
+    // the renderer has no buffers.
     std::int32_t establish() override;
     void begin_picture() override {}
     void end_picture() override {}
@@ -104,6 +105,8 @@ public:
     Pixel_Target target{};
 
 private:
+    class All_Or_Nothing;
+
     void establish_buffers();
     void establish_mask_cache();
     void establish_merge_colors();
