@@ -11,6 +11,14 @@ namespace krb {
 
 namespace {
 
+// Columns and rows of a window fit 16.16, and differences of the coordinates in it and in a guard band around it fit 32 bits.
+// Other windows get no buffers, so that nothing is drawn.
+bool can_be_drawn(std::int32_t origin, std::int32_t size) noexcept {
+    constexpr std::int32_t most = 32767;
+    constexpr std::int64_t farthest = 0x40000000;
+    return size <= most && origin >= -farthest && std::int64_t{origin} + size <= farthest;
+}
+
 void set_z_write(VT_Renderer_Data& renderer, bool value) {
     renderer_of(renderer).z_write = value ? 1 : 0;
 }
@@ -146,6 +154,12 @@ void Software_Z_Buffer::establish_buffers() {
         palette_pixels[i] = palette().color(static_cast<std::uint8_t>(i));
     }
 
+    window_size = size;
+    if (!can_be_drawn(window_origin.x, size.x) || !can_be_drawn(window_origin.y, size.y)) {
+        color_buffer = nullptr;
+        depth_buffer = nullptr;
+        return;
+    }
     VT_Option& color_option = *current[Handle::color_buffer];
     if (auto* adopted = color_option.as_object<Frame_Buffer>()) {
         color_buffer = adopted;
@@ -168,7 +182,6 @@ void Software_Z_Buffer::establish_buffers() {
         const Buffer_Format depth = Buffer_Format::depth16;
         buffer_creation.function(buffer_creation.context, size.x, size.y, &depth, depth_buffer);
     }
-    window_size = size;
 }
 
 void Software_Z_Buffer::establish_mask_cache() {

@@ -14,13 +14,17 @@ inline VT_Int_Pair window_origin(const VT_Renderer_Options& options) noexcept {
     return options.local_coordinates() ? VT_Int_Pair{} : options.window_origin();
 }
 
+// The window in device coordinates. Empty where renderers draw nothing, which is farther away than differences of coordinates
+// reach.
 inline VT_Int_Rectangle window_rectangle(const VT_Renderer_Options& options) noexcept {
+    constexpr std::int64_t farthest = 0x40000000;
     const VT_Int_Pair origin = window_origin(options);
     const VT_Int_Pair size = options.window_size();
-    const auto last = [](std::int32_t first, std::int32_t length) {
-        return static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{first} + length - 1, INT32_MAX));
-    };
-    return {origin.x, last(origin.x, size.x), origin.y, last(origin.y, size.y)};
+    const auto is_near = [](std::int64_t first, std::int64_t length) { return first >= -farthest && first + length <= farthest; };
+    if (!is_near(origin.x, size.x) || !is_near(origin.y, size.y)) {
+        return {0, -1, 0, -1};
+    }
+    return {origin.x, origin.x + size.x - 1, origin.y, origin.y + size.y - 1};
 }
 
 inline VT_Int_Rectangle cut_to_window(const VT_Int_Rectangle& rectangle, const VT_Renderer_Options& options) noexcept {
