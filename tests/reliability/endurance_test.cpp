@@ -123,9 +123,7 @@ void draw_picture(VT_Renderer_Data& renderer, int number, const VT_Int_Rectangle
     const auto& slots = point_slots();
     for (int i = 0; i < 4; ++i) {
         const std::string_view slot = slots[static_cast<std::size_t>(number * 4 + i) % slots.size()];
-        if (!slot.starts_with("draw_dc") || !slot.ends_with("polyline")) {
-            make_call(slot, numbers, random.number(3, 8)).draw(renderer, *rendition);
-        }
+        make_call(slot, numbers, random.number(3, 8)).draw(renderer, *rendition);
     }
     renderer.end_picture_all();
     renderer.update_all(window);

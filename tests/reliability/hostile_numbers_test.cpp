@@ -2,6 +2,7 @@
 // read or written, and every call ends soon.
 #include <algorithm>
 #include <ctime>
+#include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -28,9 +29,9 @@ double processor_seconds() {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-// Device forms are for points in the window, but strips and markers may lie anywhere there too.
+// Only device polylines of integers are for points in and around the window.
 bool may_lie_anywhere(std::string_view slot) {
-    return !slot.starts_with("draw_dc") || !slot.ends_with("polyline");
+    return !slot.starts_with("draw_dci_") || !slot.ends_with("polyline");
 }
 
 // A renderer between fences.
@@ -140,7 +141,50 @@ VT_Int_Pair random_size(Random& random) {
     }
 }
 
-void draw_hostile_calls(const std::string& kernels, std::size_t renderer_case, std::uint64_t seed, int calls) {
+// Calls that take no list of points: painting, an image, and the host's ellipses.
+std::vector<Slot_Call> other_calls(Numbers& numbers, const VT_Int_Rectangle& window) {
+    Random& random = numbers.random();
+    const VT_Int_Rectangle painted{numbers.column(), numbers.column(), numbers.row(), numbers.row()};
+    const std::int32_t fill = random.chance(50) ? face_pattern::solid : numbers.any();
+    const bool fits = random.chance(50);
+    const VT_Int_Pair image_size = fits ? VT_Int_Pair{window.right - window.left + 1, window.top - window.bottom + 1}
+                                        : VT_Int_Pair{random.number(1, 9), random.number(1, 9)};
+    constexpr Buffer_Format formats[] = {Buffer_Format::index8, Buffer_Format::rgb32, Buffer_Format::presentation_rgb32};
+    const Buffer_Format format = random.one_of(formats);
+    const VT_Reference<VT_Shared_Image> image(new VT_Shared_Image(image_size.x, image_size.y, format,
+                                                                  image_size.x * (format == Buffer_Format::index8 ? 1 : 4),
+                                                                  nullptr, false, random.chance(50)));
+    const VT_DCI_Point place{numbers.column(), numbers.row(), numbers.depth()};
+    const VT_DCI_Point radii{numbers.column(), numbers.row(), 0};
+    const double start = numbers.real<double>(&Numbers::any);
+    const double end = random.chance(50) ? start + 2 : numbers.real<double>(&Numbers::any);
+    const double rotation = random.chance(50) ? 0 : numbers.real<double>(&Numbers::any);
+    std::ostringstream text;
+    text << " (" << place.x << ' ' << place.y << ' ' << place.z << ") radii " << radii.x << ' ' << radii.y << " from " << start
+         << " to " << end << " turned " << rotation << ", rectangle " << painted.left << ' ' << painted.right << ' '
+         << painted.bottom << ' ' << painted.top << " fill " << fill;
+    std::vector<Slot_Call> calls{{"draw_window", text.str(),
+                                  [=](VT_Renderer_Data& to, const VT_Rendition& with) {
+                                      VT_Rendition painting(with);
+                                      painting.window = {painted, fill, {1, 2, 3, 4}, 5};
+                                      VD_Draw_Window(to, painting);
+                                  }},
+                                 {"draw_dci_image", text.str(), [=](VT_Renderer_Data& to, const VT_Rendition& with) {
+                                      VD_Draw_DCI_Image(to, with, &place, image.get());
+                                  }}};
+    // Wide and dashed arcs of the largest radii have a hundred thousand segments.
+    if (random.chance(10)) {
+        calls.push_back({"ellipse of the host", text.str(), [=](VT_Renderer_Data& to, const VT_Rendition& with) {
+                             VD_Standard_Draw_DCI_Ellipse(to, with, &place, &radii, start, end, rotation, nullptr);
+                         }});
+        calls.push_back({"arc of the host", text.str(), [=](VT_Renderer_Data& to, const VT_Rendition& with) {
+                             VD_Standard_Draw_DCI_Elliptical_Arc(to, with, &place, &radii, start, end, rotation, nullptr);
+                         }});
+    }
+    return calls;
+}
+
+void draw_hostile_calls(const std::string& kernels, std::size_t renderer_case, std::uint64_t seed, int rounds) {
     Random random(seed * 6 + renderer_case);
     const VT_Int_Pair size = random_size(random);
     const VT_Int_Pair origin{random_origin(random, size.x), random_origin(random, size.y)};
@@ -148,18 +192,20 @@ void draw_hostile_calls(const std::string& kernels, std::size_t renderer_case, s
     const Kernel_Choice choice(kernels);
     Fenced_Renderer renderer(random, renderer_case, size, origin, random.chance(60));
     Numbers numbers(random, window, true);
-    for (int i = 0; i < calls; ++i) {
+    for (int i = 0; i < rounds; ++i) {
+        std::vector<Slot_Call> calls = other_calls(numbers, window);
         for (const std::string_view slot : point_slots()) {
-            if (!may_lie_anywhere(slot)) {
-                continue;
+            if (may_lie_anywhere(slot)) {
+                const std::int32_t count = random.chance(10) ? random.number(-1, 2) : random.number(2, 9);
+                calls.push_back(make_call(slot, numbers, random.chance(3) ? 70 : count));
             }
-            const std::int32_t count = random.chance(10) ? random.number(-1, 2) : random.number(2, 9);
-            const Slot_Call call = make_call(slot, numbers, random.chance(3) ? 70 : count);
+        }
+        for (const Slot_Call& call : calls) {
             // On the stack, where a reference that is taken and given up ends the process.
             const VT_Rendition rendition(*hostile_rendition(numbers, window));
             const std::string words = "seed " + std::to_string(seed) + ", case " + std::to_string(renderer_case) + ", kernels " +
                                       kernels + ", window " + std::to_string(size.x) + " x " + std::to_string(size.y) + " at " +
-                                      std::to_string(origin.x) + ", " + std::to_string(origin.y) + ": " + std::string(slot) +
+                                      std::to_string(origin.x) + ", " + std::to_string(origin.y) + ": " + std::string(call.slot) +
                                       call.description + "; " + describe(rendition);
             set_last_words(words);
             const Pixels_Beside beside(renderer, window, rendition.clip.hard_clip);
@@ -167,7 +213,7 @@ void draw_hostile_calls(const std::string& kernels, std::size_t renderer_case, s
             call.draw(*renderer, rendition);
             EXPECT_LT(processor_seconds() - before, most_seconds) << words;
             ASSERT_TRUE(renderer.is_intact()) << words;
-            ASSERT_TRUE(!cuts_to_hard_clip(slot) || beside.are_untouched()) << "beside the hard clip, " << words;
+            ASSERT_TRUE(!cuts_to_hard_clip(call.slot) || beside.are_untouched()) << "beside the hard clip, " << words;
         }
     }
 }
