@@ -30,8 +30,9 @@ struct Place {
 constexpr double shortest_pattern = 1.0 / 1024;
 
 // A segment of more repetitions than this is walked near the window only; one that has as many even there is not walked at all.
-// Every other segment is walked as a whole, so that its pieces do not depend on the window.
+// Every other segment is walked as a whole, so that its pieces do not depend on the window. Wide dashes take longer.
 constexpr double most_repetitions = 1 << 17;
+constexpr double most_wide_repetitions = 1 << 14;
 
 // The part of a line near a rectangle, as distances from its start (Liang-Barsky).
 struct Near_Part {
@@ -60,11 +61,21 @@ public:
         rendition_->line.line_types = VT_Line_Type_Set::None;
     }
 
-    // Where pieces of the line that runs from a place along a unit vector can be seen, corners of wide ones included.
+    double most_repetitions_walked() const noexcept {
+        return rendition_->line.weight > 1 ? most_wide_repetitions : most_repetitions;
+    }
+
+    // Where pieces of the line that runs from a place along a unit vector can be seen.
     Near_Part visible_part(const Place& from, const VT_Vector_D& unit, double length) const noexcept {
         Near_Part part(length);
         part.cut(from.x, unit.x, window_.left - margin_, window_.right + margin_);
         part.cut(from.y, unit.y, window_.bottom - margin_, window_.top + margin_);
+        // However wide a piece is, along the line it reaches no farther than its caps.
+        const double cap = rendition_->line.cap == line_cap::butt ? 4 : margin_;
+        const auto range = [](double speed, double low, double high) { return std::minmax({speed * low, speed * high}); };
+        const auto [left, right] = range(unit.x, window_.left - cap, window_.right + cap);
+        const auto [bottom, top] = range(unit.y, window_.bottom - cap, window_.top + cap);
+        part.cut(unit.x * from.x + unit.y * from.y, unit.x * unit.x + unit.y * unit.y, left + bottom, right + top);
         return part;
     }
 
@@ -187,13 +198,13 @@ private:
 
     // Goes on with the elements where the last segment left them. Returns where they end.
     Place repeat(const Place& at, const VT_Vector_D& unit, double distance, Pieces& pieces) {
-        if (distance <= most_repetitions * repetition_) {
+        if (distance <= pieces.most_repetitions_walked() * repetition_) {
             return repeat_all(at, unit, distance, pieces);
         }
         const Near_Part part = pieces.visible_part(at, unit, distance);
         const double first = std::max(part.first - repetition_, 0.0);
         const double last = std::min(part.last + repetition_, distance);
-        if (part.first > part.last || last - first > most_repetitions * repetition_) {
+        if (part.first > part.last || last - first > pieces.most_repetitions_walked() * repetition_) {
             pass(distance);
         } else {
             pass(first);
