@@ -276,6 +276,7 @@ TEST(Counted_Heap, Counts_What_The_Module_Allocates) {
 }
 
 TEST(Allocation_Failure, Construction_Leaves_Nothing_Behind) {
+    const End_Of_Words end;
     renderer_module(); // stays loaded
     const std::int64_t live = live_allocations();
     const int last = fail_each_allocation(
@@ -342,6 +343,7 @@ void fail_while_establishing(std::size_t from, std::size_t to) {
 }
 
 TEST(Allocation_Failure, Establish_Can_Be_Repeated) {
+    const End_Of_Words end;
     fail_while_establishing(0, 0); // what is made once for all is there now
     const std::int64_t live = live_allocations();
     for (std::size_t from = 0; from < std::size(renderer_cases); ++from) {
@@ -353,6 +355,7 @@ TEST(Allocation_Failure, Establish_Can_Be_Repeated) {
 }
 
 TEST(Allocation_Failure, Drawing_Leaves_Nothing_Behind) {
+    const End_Of_Words end;
     const int ways = std::min(scaled(1), static_cast<int>(Way::count));
     int turn = 0;
     for (std::size_t renderer_case = 0; renderer_case < std::size(renderer_cases); ++renderer_case) {
@@ -378,6 +381,7 @@ TEST(Allocation_Failure, Drawing_Leaves_Nothing_Behind) {
 
 // Masks are kept in a cache of four, which the fifth region takes one from.
 TEST(Allocation_Failure, Masks_Are_Made_Whole_Or_Not_At_All) {
+    const End_Of_Words end;
     const VT_DCI_Point strip[] = {{5, -3, 9}, {44, -3, 9}, {5, 26, 9}, {44, 26, 9}};
     const auto draw_regions = [&](VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
         VT_Reference<VT_Rendition> changed(new VT_Rendition(rendition));

@@ -221,6 +221,7 @@ void draw_hostile_calls(const std::string& kernels, std::size_t renderer_case, s
 } // namespace
 
 TEST(Hostile_Numbers, Nothing_Beside_The_Pixels_Is_Touched_And_Every_Call_Ends) {
+    const End_Of_Words end;
     for (const std::string& kernels : available_kernel_sets()) {
         for (std::size_t renderer_case = 0; renderer_case < std::size(renderer_cases); ++renderer_case) {
             for (int seed = 0; seed < scaled(30); ++seed) {
@@ -235,6 +236,7 @@ TEST(Hostile_Numbers, Nothing_Beside_The_Pixels_Is_Touched_And_Every_Call_Ends) 
 
 // Two points, or three, at every pair of places where something begins to wrap, in every integer slot that cuts.
 TEST(Hostile_Numbers, Extremes_Meet_In_Every_Pair) {
+    const End_Of_Words end;
     constexpr VT_Int_Pair size{20, 12};
     constexpr VT_Int_Rectangle window{-3, 16, 5, 16};
     constexpr std::int32_t places[] = {INT32_MIN, -0x40000001, -32769, -4001, -3, 4, 16, 17, 28761, 32768, 0x40000001, INT32_MAX};

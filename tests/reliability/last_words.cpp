@@ -40,6 +40,10 @@ void take_over() {
 
 } // namespace
 
+End_Of_Words::~End_Of_Words() {
+    alarm(0);
+}
+
 void set_last_words(const std::string& text) {
     static const bool once = (take_over(), true);
     static_cast<void>(once);
