@@ -38,7 +38,10 @@ constexpr VT_RGB32 rgb(std::uint8_t red, std::uint8_t green, std::uint8_t blue, 
 inline VT_Int_Rectangle window_of(const VT_Renderer_Options& options) noexcept {
     const VT_Int_Pair origin = options.local_coordinates() ? VT_Int_Pair{} : options.window_origin();
     const VT_Int_Pair size = options.window_size();
-    return {origin.x, origin.x + size.x - 1, origin.y, origin.y + size.y - 1};
+    const auto last = [](std::int32_t first, std::int32_t length) {
+        return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{first} + length - 1, INT32_MIN, INT32_MAX));
+    };
+    return {origin.x, last(origin.x, size.x), origin.y, last(origin.y, size.y)};
 }
 
 struct Canvas_Settings {

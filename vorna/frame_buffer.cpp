@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "vorna/raster.h"
+
 namespace {
 
 // A cache line: no two rows share one, and a column's address modulo 8 is the column's own.
@@ -65,10 +67,14 @@ private:
 
 } // namespace
 
+VT_Reference<Frame_Buffer> vorna::make_raster(std::int32_t width, std::int32_t height, Buffer_Format format) {
+    return VT_Reference<Frame_Buffer>(new Host_Frame_Buffer(width, height, format));
+}
+
 VT_Reference<Frame_Buffer> make_frame_buffer(std::int32_t width, std::int32_t height, Buffer_Format format) {
     if (width < 1 || width > largest_buffer_side || height < 1 || height > largest_buffer_side) {
         throw std::invalid_argument("a buffer has 1 to 16384 columns and rows, not " + std::to_string(width) + " x " +
                                     std::to_string(height));
     }
-    return VT_Reference<Frame_Buffer>(new Host_Frame_Buffer(width, height, format));
+    return vorna::make_raster(width, height, format);
 }

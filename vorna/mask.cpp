@@ -9,6 +9,7 @@
 #include "renderer/host/contour.h"
 #include "renderer/host/frame_buffer.h"
 #include "vorna/exact.h"
+#include "vorna/raster.h"
 
 // Every edge flips, on each row that it crosses, the bit of the first pixel that is not left of it. A pixel is then inside when
 // an odd number of bits up to its own is set, which one pass over the row finds: no list of edges, no sorting. An edge covers the
@@ -101,7 +102,7 @@ void Frame_Buffer_Mask::establish_configuration(std::int32_t width, std::int32_t
     if (width < 1 || height < 1) {
         raster_ = nullptr;
     } else if (!raster_ || size != size_) {
-        raster_ = make_frame_buffer((width + 7) / 8 + 4, height, Buffer_Format::index8);
+        raster_ = vorna::make_raster((width + 7) / 8 + 4, height, Buffer_Format::index8);
     }
     size_ = size;
     origin_ = {origin_x, origin_y};

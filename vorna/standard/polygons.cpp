@@ -59,12 +59,12 @@ template <class Distance> std::vector<VT_Point_D> cut(const std::vector<VT_Point
 }
 
 // Far enough outside the window that the cuts' rounding cannot be seen, near enough for floats to tell parts of a pixel apart.
-std::vector<VT_Point_D> cut_around_window(std::vector<VT_Point_D> polygon, VT_Int_Pair origin, VT_Int_Pair size) {
+std::vector<VT_Point_D> cut_around_window(std::vector<VT_Point_D> polygon, const VT_Int_Rectangle& window) {
     constexpr double margin = 0x8000;
-    polygon = cut(polygon, [&](const VT_Point_D& p) { return p.x - (origin.x - margin); });
-    polygon = cut(polygon, [&](const VT_Point_D& p) { return origin.x + size.x + margin - p.x; });
-    polygon = cut(polygon, [&](const VT_Point_D& p) { return p.y - (origin.y - margin); });
-    return cut(polygon, [&](const VT_Point_D& p) { return origin.y + size.y + margin - p.y; });
+    polygon = cut(polygon, [&](const VT_Point_D& p) { return p.x - (window.left - margin); });
+    polygon = cut(polygon, [&](const VT_Point_D& p) { return window.right + 1 + margin - p.x; });
+    polygon = cut(polygon, [&](const VT_Point_D& p) { return p.y - (window.bottom - margin); });
+    return cut(polygon, [&](const VT_Point_D& p) { return window.top + 1 + margin - p.y; });
 }
 
 } // namespace
@@ -95,10 +95,9 @@ void VD_Standard_Draw_3D_Polygon(VT_Renderer_Data& renderer, const VT_Rendition&
     if (count < 3) {
         return;
     }
-    const VT_Renderer_Options& options = renderer.current_renderer_options();
+    const VT_Int_Rectangle window = vorna::window_rectangle(renderer.current_renderer_options());
     std::vector<VT_Point> floats;
-    for (const VT_Point_D& point :
-         cut_around_window({points, points + count}, vorna::window_origin(options), options.window_size())) {
+    for (const VT_Point_D& point : cut_around_window({points, points + count}, window)) {
         floats.push_back({static_cast<float>(point.x), static_cast<float>(point.y), static_cast<float>(point.z)});
     }
     VD_Draw_2D_Polygon(renderer, rendition, static_cast<std::int32_t>(floats.size()), floats.data(), color);

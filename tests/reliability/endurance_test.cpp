@@ -1,0 +1,177 @@
+// Hours of use in one process: nothing grows, and no guard byte changes. A tenth of an hour's pictures in an ordinary run; all
+// with VORNA_TEST_SCALE=20.
+#include <cstdio>
+#include <memory>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "app/check/address_sanitizer.h"
+#include "tests/reliability/calls.h"
+#include "tests/reliability/counted_heap.h"
+#include "tests/support/test_renderer.h"
+#include "vorna/draw.h"
+
+namespace {
+
+constexpr int pictures = 10'000;
+constexpr int establish_cycles = 500;
+
+// Pages that the process holds, in KiB.
+long resident_kib() {
+    long total = 0;
+    long resident = 0;
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen("/proc/self/statm", "r"), std::fclose);
+    if (!file || std::fscanf(file.get(), "%ld %ld", &total, &resident) != 2) {
+        return 0;
+    }
+    return resident * (sysconf(_SC_PAGESIZE) / 1024);
+}
+
+// What the process holds after a tenth of the work, when everything is warm, and at its end.
+class Growth {
+public:
+    explicit Growth(int steps) : steps_(steps) {}
+
+    void look_after(int step) {
+        if (step == steps_ / 10) {
+            allocations_ = live_allocations();
+            resident_ = resident_kib();
+        }
+    }
+
+    void expect_none(const char* what) const {
+        std::printf(
+            "%d %s: %lld allocations at the end of all that were made, %lld after a tenth; resident %ld KiB, %ld after a tenth\n",
+            steps_, what, static_cast<long long>(live_allocations()), static_cast<long long>(allocations_), resident_kib(),
+            resident_);
+        EXPECT_EQ(live_allocations(), allocations_);
+#if !defined(HAS_ADDRESS_SANITIZER)
+        // Pages that the system's allocator keeps vary a little.
+        EXPECT_LE(resident_kib(), resident_ + 512);
+#endif
+    }
+
+private:
+    int steps_;
+    std::int64_t allocations_ = 0;
+    long resident_ = 0;
+};
+
+// Buffers with guards, of which only those in use are kept.
+class Buffer_Watch {
+public:
+    VT_Buffer_Creation callback() noexcept { return {create, this}; }
+    void expect_intact() const {
+        for (const auto& buffer : in_use_) {
+            if (buffer) {
+                EXPECT_EQ(buffer->broken_guard(), "");
+            }
+        }
+    }
+
+private:
+    static void create(void* context, std::int32_t width, std::int32_t height, const Buffer_Format* format,
+                       VT_Reference<Frame_Buffer>& buffer) {
+        auto& watch = *static_cast<Buffer_Watch*>(context);
+        VT_Reference<Guarded_Buffer>& slot = watch.in_use_[*format == Buffer_Format::depth16 ? 1 : 0];
+        if (slot) {
+            EXPECT_EQ(slot->broken_guard(), "");
+        }
+        slot = new Guarded_Buffer(width, height, *format, {});
+        buffer = slot;
+    }
+
+    VT_Reference<Guarded_Buffer> in_use_[2];
+};
+
+void set_up(VT_Renderer_Options& options, std::size_t renderer_case, VT_Int_Pair size, VT_Int_Pair origin) {
+    options.set_color_system(renderer_cases[renderer_case].color_system);
+    options.set_buffer_depth(renderer_cases[renderer_case].depth ? 16 : 0);
+    options.set_alpha_blending(renderer_cases[renderer_case].alpha);
+    options.set_window_size(size);
+    options.set_window_origin(origin);
+}
+
+vorna::Module::Renderer make_renderer(Buffer_Watch& buffers) {
+    VT_Renderer_Data prototype;
+    prototype.buffer_creation = buffers.callback();
+    auto renderer = renderer_module().create_renderer(prototype);
+    renderer->requested_table.find("Use Mask")->set(true);
+    renderer->requested_table.find("Enable Tiling")->set(true);
+    return renderer;
+}
+
+// An empty window, then some slots in turn, with another region and another way of drawing each time.
+void draw_picture(VT_Renderer_Data& renderer, int number, const VT_Int_Rectangle& window) {
+    Random random(static_cast<std::uint64_t>(number));
+    Numbers numbers(random, window, false);
+    const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+    rendition->clip.hard_clip = rendition->window.rectangle = window;
+    renderer.begin_picture_all();
+    VD_Draw_Window(renderer, *rendition);
+    VD_Clear_Depth_Rectangle(renderer, *rendition);
+    rendition->set_color({random.byte(), random.byte(), random.byte(), random.byte()});
+    rendition->face.pattern = random.chance(70) ? face_pattern::solid : random.number(0, 90);
+    rendition->line.weight = random.chance(70) ? 1 : random.number(2, 5);
+    rendition->line.style = random.chance(80) ? 0 : random.number(1, 5);
+    rendition->marker.symbol = random.number(0, 8);
+    rendition->marker.size = random.number(1, 9);
+    if (random.chance(50)) {
+        rendition->clip.complex_clip = region_in(window, random.number(0, 9));
+    }
+    const auto& slots = point_slots();
+    for (int i = 0; i < 4; ++i) {
+        const std::string_view slot = slots[static_cast<std::size_t>(number * 4 + i) % slots.size()];
+        make_call(slot, numbers, random.number(3, 8)).draw(renderer, *rendition);
+    }
+    renderer.end_picture_all();
+    renderer.update_all(window);
+}
+
+} // namespace
+
+TEST(Endurance, Pictures_Leave_Nothing_Behind) {
+    constexpr VT_Int_Rectangle window{-7, 52, 3, 42};
+    const int count = scaled(pictures);
+    Buffer_Watch buffers[std::size(renderer_cases)];
+    std::vector<vorna::Module::Renderer> renderers;
+    for (std::size_t c = 0; c < std::size(renderer_cases); ++c) {
+        renderers.push_back(make_renderer(buffers[c]));
+        set_up(renderers[c]->current_renderer_options_for_update(), c, {60, 40}, {window.left, window.bottom});
+        renderers[c]->establish_all();
+    }
+    Growth growth(count);
+    for (int i = 1; i <= count; ++i) {
+        const std::size_t c = static_cast<std::size_t>(i) % renderers.size();
+        draw_picture(*renderers[c], i, window);
+        if (i % 100 == 0) {
+            buffers[c].expect_intact();
+        }
+        growth.look_after(i);
+    }
+    growth.expect_none("pictures");
+    for (const Buffer_Watch& watch : buffers) {
+        watch.expect_intact();
+    }
+}
+
+TEST(Endurance, Changing_Windows_Leave_Nothing_Behind) {
+    const int count = scaled(establish_cycles);
+    Buffer_Watch buffers;
+    const auto renderer = make_renderer(buffers);
+    Growth growth(count);
+    for (int i = 1; i <= count; ++i) {
+        Random random(static_cast<std::uint64_t>(i));
+        const bool is_looked_at = i == count / 10 || i == count; // with the same window, and so the same buffers
+        const VT_Int_Pair size = is_looked_at ? VT_Int_Pair{50, 40} : VT_Int_Pair{random.number(1, 90), random.number(1, 70)};
+        const VT_Int_Pair origin = is_looked_at ? VT_Int_Pair{} : VT_Int_Pair{random.number(-50, 50), random.number(-50, 50)};
+        const auto c = is_looked_at ? std::size_t{5} : static_cast<std::size_t>(random.number(0, 5));
+        set_up(renderer->current_renderer_options_for_update(), c, size, origin);
+        renderer->establish_all();
+        draw_picture(*renderer, is_looked_at ? 1 : i, {origin.x, origin.x + size.x - 1, origin.y, origin.y + size.y - 1});
+        buffers.expect_intact();
+        growth.look_after(i);
+    }
+    growth.expect_none("establish cycles");
+}

@@ -1,0 +1,278 @@
+// Numbers from the ends of what their types hold, through every slot whose points may lie anywhere: nothing beside the pixels is
+// read or written, and every call ends soon.
+#include <algorithm>
+#include <ctime>
+#include <sstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "app/check/address_sanitizer.h"
+#include "tests/reliability/calls.h"
+#include "tests/reliability/fenced_buffer.h"
+#include "tests/reliability/last_words.h"
+#include "tests/support/test_renderer.h"
+#include "vorna/draw.h"
+
+namespace {
+
+// A call into a window of some thousand pixels; in processor time, so that other programs do not count.
+#if defined(HAS_ADDRESS_SANITIZER)
+constexpr double most_seconds = 20;
+#else
+constexpr double most_seconds = 3;
+#endif
+
+double processor_seconds() {
+    std::timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+// Only device polylines of integers are for points in and around the window.
+bool may_lie_anywhere(std::string_view slot) {
+    return !slot.starts_with("draw_dci_") || !slot.ends_with("polyline");
+}
+
+// A renderer between fences.
+class Fenced_Renderer {
+public:
+    Fenced_Renderer(Random& random, std::size_t renderer_case, VT_Int_Pair size, VT_Int_Pair origin, bool tiles)
+        : side_(random.chance(50) ? Fenced_Buffer::Side::back : Fenced_Buffer::Side::front) {
+        VT_Renderer_Data prototype;
+        prototype.buffer_creation = {create, this};
+        VT_Renderer_Options& options = prototype.current_options;
+        options.set_color_system(renderer_cases[renderer_case].color_system);
+        options.set_buffer_depth(renderer_cases[renderer_case].depth ? 16 : 0);
+        options.set_alpha_blending(renderer_cases[renderer_case].alpha);
+        options.set_window_size(size);
+        options.set_window_origin(origin);
+        renderer_ = renderer_module().create_renderer(prototype);
+        renderer_->requested_table.find("Use Mask")->set(true);
+        renderer_->requested_table.find("Enable Tiling")->set(tiles);
+        renderer_->requested_table.find("Force Merge Control On")->set(random.chance(10));
+        renderer_->establish_all();
+    }
+
+    VT_Renderer_Data& operator*() noexcept { return *renderer_; }
+    const std::vector<VT_Reference<Fenced_Buffer>>& buffers() const noexcept { return made_; }
+    bool is_intact() const noexcept {
+        bool intact = true;
+        for (const auto& buffer : made_) {
+            intact = intact && buffer->is_intact();
+        }
+        return intact;
+    }
+
+private:
+    static void create(void* context, std::int32_t width, std::int32_t height, const Buffer_Format* format,
+                       VT_Reference<Frame_Buffer>& buffer) {
+        auto& self = *static_cast<Fenced_Renderer*>(context);
+        self.made_.emplace_back(new Fenced_Buffer(width, height, *format, self.side_));
+        buffer = self.made_.back();
+    }
+
+    Fenced_Buffer::Side side_;
+    std::vector<VT_Reference<Fenced_Buffer>> made_;
+    vorna::Module::Renderer renderer_;
+};
+
+// The pixels that a call must leave alone: those beside the hard clip.
+class Pixels_Beside {
+public:
+    Pixels_Beside(const Fenced_Renderer& renderer, const VT_Int_Rectangle& window, const VT_Int_Rectangle& clip)
+        : renderer_(renderer), cut_{std::max(window.left, clip.left), std::min(window.right, clip.right),
+                                    std::max(window.bottom, clip.bottom), std::min(window.top, clip.top)},
+          window_(window) {
+        for (const auto& buffer : renderer.buffers()) {
+            before_.emplace_back(buffer->bytes(), buffer->bytes() + buffer->size());
+        }
+    }
+
+    bool are_untouched() const {
+        // A clip that shows nothing becomes the nearest column or row of a tile.
+        if (cut_.left > cut_.right || cut_.bottom > cut_.top) {
+            return true;
+        }
+        for (std::size_t i = 0; i < before_.size(); ++i) {
+            const Fenced_Buffer& buffer = *renderer_.buffers()[i];
+            const std::int32_t pixel_bytes = buffer.bytes_per_row / buffer.width;
+            for (std::int32_t row = 0; row < buffer.height; ++row) {
+                const bool is_shown = row >= cut_.bottom - window_.bottom && row <= cut_.top - window_.bottom;
+                const std::int32_t first = is_shown ? (cut_.left - window_.left) * pixel_bytes : buffer.bytes_per_row;
+                const std::int32_t last = is_shown ? (cut_.right + 1 - window_.left) * pixel_bytes : buffer.bytes_per_row;
+                const std::uint8_t* const now = buffer.rows[row];
+                const std::uint8_t* const then = before_[i].data() + (now - buffer.bytes());
+                if (!std::equal(now, now + first, then) || !std::equal(now + last, now + buffer.bytes_per_row, then + last)) {
+                    return false;
+                }
+            }
+        }
+        return true;
+    }
+
+private:
+    const Fenced_Renderer& renderer_;
+    const VT_Int_Rectangle cut_, window_;
+    std::vector<std::vector<std::uint8_t>> before_;
+};
+
+bool cuts_to_hard_clip(std::string_view slot) {
+    return slot.starts_with("draw_2d_") || slot.starts_with("draw_2di_") || slot.starts_with("draw_3d_");
+}
+
+// Windows lie anywhere that integers can say, up to the very ends.
+std::int32_t random_origin(Random& random, std::int32_t size) {
+    const std::int32_t places[] = {
+        0, 0, -9, 30000, 100000, -100000, 1 << 29, 1 << 30, -(1 << 30), INT32_MIN, INT32_MAX - size + 1};
+    return random.one_of(places);
+}
+
+// Now and then as wide or high as buffers of an application may be.
+VT_Int_Pair random_size(Random& random) {
+    constexpr std::int32_t lengths[] = {16384, 32767, 32768, 40000, 70000};
+    switch (random.number(1, 25)) {
+    case 1:
+        return {random.one_of(lengths), random.number(1, 3)};
+    case 2:
+        return {random.number(1, 3), random.one_of(lengths)};
+    default:
+        return {random.number(1, 80), random.number(1, 50)};
+    }
+}
+
+// Calls that take no list of points: painting, an image, and the host's ellipses.
+std::vector<Slot_Call> other_calls(Numbers& numbers, const VT_Int_Rectangle& window) {
+    Random& random = numbers.random();
+    const VT_Int_Rectangle painted{numbers.column(), numbers.column(), numbers.row(), numbers.row()};
+    const std::int32_t fill = random.chance(50) ? face_pattern::solid : numbers.any();
+    const bool fits = random.chance(50);
+    const VT_Int_Pair image_size = fits ? VT_Int_Pair{window.right - window.left + 1, window.top - window.bottom + 1}
+                                        : VT_Int_Pair{random.number(1, 9), random.number(1, 9)};
+    constexpr Buffer_Format formats[] = {Buffer_Format::index8, Buffer_Format::rgb32, Buffer_Format::presentation_rgb32};
+    const Buffer_Format format = random.one_of(formats);
+    const VT_Reference<VT_Shared_Image> image(new VT_Shared_Image(image_size.x, image_size.y, format,
+                                                                  image_size.x * (format == Buffer_Format::index8 ? 1 : 4),
+                                                                  nullptr, false, random.chance(50)));
+    const VT_DCI_Point place{numbers.column(), numbers.row(), numbers.depth()};
+    const VT_DCI_Point radii{numbers.column(), numbers.row(), 0};
+    const double start = numbers.real<double>(&Numbers::any);
+    const double end = random.chance(50) ? start + 2 : numbers.real<double>(&Numbers::any);
+    const double rotation = random.chance(50) ? 0 : numbers.real<double>(&Numbers::any);
+    std::ostringstream text;
+    text << " (" << place.x << ' ' << place.y << ' ' << place.z << ") radii " << radii.x << ' ' << radii.y << " from " << start
+         << " to " << end << " turned " << rotation << ", rectangle " << painted.left << ' ' << painted.right << ' '
+         << painted.bottom << ' ' << painted.top << " fill " << fill;
+    std::vector<Slot_Call> calls{{"draw_window", text.str(),
+                                  [=](VT_Renderer_Data& to, const VT_Rendition& with) {
+                                      VT_Rendition painting(with);
+                                      painting.window = {painted, fill, {1, 2, 3, 4}, 5};
+                                      VD_Draw_Window(to, painting);
+                                  }},
+                                 {"draw_dci_image", text.str(), [=](VT_Renderer_Data& to, const VT_Rendition& with) {
+                                      VD_Draw_DCI_Image(to, with, &place, image.get());
+                                  }}};
+    // Wide and dashed arcs of the largest radii have a hundred thousand segments.
+    if (random.chance(10)) {
+        calls.push_back({"ellipse of the host", text.str(), [=](VT_Renderer_Data& to, const VT_Rendition& with) {
+                             VD_Standard_Draw_DCI_Ellipse(to, with, &place, &radii, start, end, rotation, nullptr);
+                         }});
+        calls.push_back({"arc of the host", text.str(), [=](VT_Renderer_Data& to, const VT_Rendition& with) {
+                             VD_Standard_Draw_DCI_Elliptical_Arc(to, with, &place, &radii, start, end, rotation, nullptr);
+                         }});
+    }
+    return calls;
+}
+
+void draw_hostile_calls(const std::string& kernels, std::size_t renderer_case, std::uint64_t seed, int rounds) {
+    Random random(seed * 6 + renderer_case);
+    const VT_Int_Pair size = random_size(random);
+    const VT_Int_Pair origin{random_origin(random, size.x), random_origin(random, size.y)};
+    const VT_Int_Rectangle window{origin.x, origin.x + (size.x - 1), origin.y, origin.y + (size.y - 1)};
+    const Kernel_Choice choice(kernels);
+    Fenced_Renderer renderer(random, renderer_case, size, origin, random.chance(60));
+    Numbers numbers(random, window, true);
+    for (int i = 0; i < rounds; ++i) {
+        std::vector<Slot_Call> calls = other_calls(numbers, window);
+        for (const std::string_view slot : point_slots()) {
+            if (may_lie_anywhere(slot)) {
+                const std::int32_t count = random.chance(10) ? random.number(-1, 2) : random.number(2, 9);
+                calls.push_back(make_call(slot, numbers, random.chance(3) ? 70 : count));
+            }
+        }
+        for (const Slot_Call& call : calls) {
+            // On the stack, where a reference that is taken and given up ends the process.
+            const VT_Rendition rendition(*hostile_rendition(numbers, window));
+            const std::string words = "seed " + std::to_string(seed) + ", case " + std::to_string(renderer_case) + ", kernels " +
+                                      kernels + ", window " + std::to_string(size.x) + " x " + std::to_string(size.y) + " at " +
+                                      std::to_string(origin.x) + ", " + std::to_string(origin.y) + ": " + std::string(call.slot) +
+                                      call.description + "; " + describe(rendition);
+            set_last_words(words);
+            const Pixels_Beside beside(renderer, window, rendition.clip.hard_clip);
+            const double before = processor_seconds();
+            call.draw(*renderer, rendition);
+            EXPECT_LT(processor_seconds() - before, most_seconds) << words;
+            ASSERT_TRUE(renderer.is_intact()) << words;
+            ASSERT_TRUE(!cuts_to_hard_clip(call.slot) || beside.are_untouched()) << "beside the hard clip, " << words;
+        }
+    }
+}
+
+} // namespace
+
+TEST(Hostile_Numbers, Nothing_Beside_The_Pixels_Is_Touched_And_Every_Call_Ends) {
+    const End_Of_Words end;
+    for (const std::string& kernels : available_kernel_sets()) {
+        for (std::size_t renderer_case = 0; renderer_case < std::size(renderer_cases); ++renderer_case) {
+            for (int seed = 0; seed < scaled(30); ++seed) {
+                draw_hostile_calls(kernels, renderer_case, static_cast<std::uint64_t>(seed), 3);
+                if (HasFatalFailure()) {
+                    return;
+                }
+            }
+        }
+    }
+}
+
+// Two points, or three, at every pair of places where something begins to wrap, in every integer slot that cuts.
+TEST(Hostile_Numbers, Extremes_Meet_In_Every_Pair) {
+    const End_Of_Words end;
+    constexpr VT_Int_Pair size{20, 12};
+    constexpr VT_Int_Rectangle window{-3, 16, 5, 16};
+    constexpr std::int32_t places[] = {INT32_MIN, -0x40000001, -32769, -4001, -3, 4, 16, 17, 28761, 32768, 0x40000001, INT32_MAX};
+    for (std::size_t i = 0; i < std::size(renderer_cases) * available_kernel_sets().size(); ++i) {
+        const std::size_t renderer_case = i % std::size(renderer_cases);
+        const Kernel_Choice choice(available_kernel_sets()[i / std::size(renderer_cases)]);
+        Random random(renderer_case);
+        Fenced_Renderer renderer(random, renderer_case, size, {window.left, window.bottom}, true);
+        const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+        rendition->set_color({200, 100, 50, 128});
+        rendition->clip.hard_clip = {-1, 12, 6, 13};
+        const VT_RGB32 colors[] = {{255, 0, 0, 255}, {0, 255, 0, 128}, {0, 0, 255, 0}};
+        const Pixels_Beside beside(renderer, window, rendition->clip.hard_clip);
+        set_last_words("extremes, case " + std::to_string(renderer_case));
+        const double before = processor_seconds();
+        for (const std::int32_t x : places) {
+            for (const std::int32_t y : places) {
+                for (const std::int32_t end_x : places) {
+                    for (const std::int32_t end_y : places) {
+                        const VT_DCI_Point points[] = {{x, y, end_x}, {end_x, end_y, y}, {9, 8, INT32_MIN}};
+                        VD_Draw_2DI_Polyline(*renderer, *rendition, 2, points);
+                        VD_Draw_2DI_Colorized_Polyline(*renderer, *rendition, 3, points, colors, false);
+                        VD_Draw_2DI_Gouraud_Polyline(*renderer, *rendition, 2, points, colors);
+                        VD_Draw_2DI_Polytriangle(*renderer, *rendition, 3, points);
+                        VD_Draw_2DI_Gouraud_Polytriangle(*renderer, *rendition, 3, points, colors);
+                        VD_Draw_2DI_Polymarker(*renderer, *rendition, 3, points);
+                        const VT_Point_D transformed[] = {
+                            {double(x), double(y), 0}, {double(end_x), double(end_y), 9}, {9, 8, 1e9}};
+                        VD_Draw_3D_Gouraud_Polytriangle(*renderer, *rendition, 3, transformed, colors);
+                        VD_Draw_3D_Gouraud_Polyline(*renderer, *rendition, 3, transformed, colors);
+                    }
+                }
+            }
+        }
+        EXPECT_TRUE(renderer.is_intact());
+        EXPECT_TRUE(beside.are_untouched()) << "case " << renderer_case;
+        EXPECT_LT(processor_seconds() - before, 4 * most_seconds);
+    }
+}
