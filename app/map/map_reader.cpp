@@ -5,7 +5,9 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 
 #include "app/path.h"
 
@@ -13,6 +15,8 @@ namespace app::map {
 namespace {
 
 using Json = nlohmann::ordered_json;
+
+constexpr std::uintmax_t most_bytes = std::uintmax_t{1} << 32; // of a file
 
 std::string suffix_of(const std::string& file) {
     std::string suffix = path_of(file).extension().string();
@@ -25,6 +29,9 @@ std::string content_of(const std::string& file) {
     const auto size = std::filesystem::file_size(path_of(file), error);
     if (error) {
         throw Map_Error(file + ": cannot be read: " + error.message());
+    }
+    if (size > most_bytes) {
+        throw Map_Error(file + ": expected at most 4096 MiB, found " + std::to_string(size >> 20));
     }
     std::ifstream stream(path_of(file), std::ios::binary);
     std::string content(size, '\0');
@@ -45,18 +52,13 @@ Json parsed(const std::string& file, const std::string& content) {
     }
 }
 
-} // namespace
-
-bool is_map_file(const std::string& file) {
-    const std::string suffix = suffix_of(file);
-    return suffix == ".json" || suffix == ".geojson" || suffix == ".topojson" || suffix == ".dxf";
-}
-
-Map load_map(const std::string& file, const std::string& layer) {
+Map read_map(const std::string& file, const std::string& layer) {
     const bool drawing = suffix_of(file) == ".dxf";
     const std::string content = content_of(file);
     const Json document = drawing ? Json() : parsed(file, content);
-    const bool topology = document.is_object() && document.value("type", Json()) == "Topology";
+    // Not copied: values nest as deeply as the file says.
+    const auto type = document.is_object() ? document.find("type") : document.end();
+    const bool topology = type != document.end() && *type == "Topology";
     if (!layer.empty() && !topology) {
         throw Map_Error("--layer: expected TopoJSON, found " + file);
     }
@@ -67,6 +69,21 @@ Map load_map(const std::string& file, const std::string& layer) {
         throw Map_Error(file + ": expected a map, found a picture; draw it with vorna replay");
     }
     return topology ? read_topojson(file, document, layer) : read_geojson(file, document);
+}
+
+} // namespace
+
+bool is_map_file(const std::string& file) {
+    const std::string suffix = suffix_of(file);
+    return suffix == ".json" || suffix == ".geojson" || suffix == ".topojson" || suffix == ".dxf";
+}
+
+Map load_map(const std::string& file, const std::string& layer) {
+    try {
+        return read_map(file, layer);
+    } catch (const std::bad_alloc&) {
+        throw std::runtime_error(file + ": not enough memory to read it");
+    }
 }
 
 } // namespace app::map

@@ -39,6 +39,7 @@ public:
         options.projection = is_drawing ? "" : projections[style / 8 % 4];
         options.border = borders[style / 32 % 4];
         options.border_width = (style & 128) != 0 ? 3 : 1;
+        options.bbox = (style & 512) != 0 ? "0,0,1e-9,1e-9" : "";
         options.casing = (style & 256) != 0 ? "red" : "";
         app::render_map(picture, options, renderer_module());
     }
