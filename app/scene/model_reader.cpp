@@ -5,11 +5,15 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <new>
+#include <stdexcept>
 
 #include "app/path.h"
 
 namespace app::scene {
 namespace {
+
+constexpr std::uintmax_t most_bytes = std::uintmax_t{1} << 32; // of a file
 
 std::string lower_case(std::string text) {
     std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
@@ -40,6 +44,9 @@ std::string read_file(const std::string& file) {
     const auto size = std::filesystem::file_size(path_of(file), error);
     if (error) {
         throw Model_Error(file + ": cannot be read: " + error.message());
+    }
+    if (size > most_bytes) {
+        throw Model_Error(file + ": expected at most 4096 MiB, found " + std::to_string(size >> 20));
     }
     std::ifstream stream(file, std::ios::binary);
     std::string content(size, '\0');
@@ -76,9 +83,13 @@ std::uint32_t image_number(Mesh& mesh, const std::string& path) {
 }
 
 Mesh load_model(const std::string& file) {
-    Mesh mesh = read_model(file);
-    finish_mesh(mesh, file);
-    return mesh;
+    try {
+        Mesh mesh = read_model(file);
+        finish_mesh(mesh, file);
+        return mesh;
+    } catch (const std::bad_alloc&) {
+        throw std::runtime_error(file + ": not enough memory to read it");
+    }
 }
 
 } // namespace app::scene
