@@ -92,12 +92,17 @@ void Output_Files::add(const std::string& name, std::string_view bytes) {
         standard_output_ += bytes;
         return;
     }
+    if (!interruption_) {
+        interruption_.emplace();
+    }
     files_.push_back(std::make_unique<Output_File>(name));
     files_.back()->write(bytes);
     files_.back()->close();
+    Interruption::check();
 }
 
 void Output_Files::commit() {
+    Interruption::check();
     for (const auto& file : files_) {
         file->commit();
     }
@@ -114,8 +119,10 @@ void Output_Files::commit() {
 }
 
 void write_file(const std::string& path, std::string_view bytes) {
+    const Interruption interruption;
     Output_File file(path);
     file.write(bytes);
+    Interruption::check();
     file.commit();
 }
 

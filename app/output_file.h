@@ -4,9 +4,12 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "app/interruption.h"
 
 namespace app {
 
@@ -35,7 +38,8 @@ private:
     std::unique_ptr<std::FILE, Close> file_;
 };
 
-// Files written together: all of them are complete beside their places before the first one moves there.
+// Files written together: all of them are complete beside their places before the first one moves there. From the first one on an
+// interrupt waits until add or commit look at it, and throws Interrupted there.
 class Output_Files {
 public:
     // "-" is standard output, which is written at commit. Throws std::runtime_error that names the file.
@@ -43,11 +47,12 @@ public:
     void commit();
 
 private:
+    std::optional<Interruption> interruption_;
     std::vector<std::unique_ptr<Output_File>> files_;
     std::string standard_output_;
 };
 
-// One file by itself.
+// One file by itself. Throws Interrupted too.
 void write_file(const std::string& path, std::string_view bytes);
 
 } // namespace app

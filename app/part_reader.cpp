@@ -102,7 +102,12 @@ void Part_Reader::end_chunk() {
 
 void Part_Reader::read_head() {
     char signature[8] = {};
-    if (std::fread(signature, 1, 8, file_.get()) != 8 || std::memcmp(signature, "\x89PNG\r\n\x1A\n", 8) != 0) {
+    errno = 0;
+    const bool whole = std::fread(signature, 1, 8, file_.get()) == 8;
+    if (std::ferror(file_.get()) != 0) {
+        throw Usage_Error(name_ + ": cannot be read: " + std::generic_category().message(errno));
+    }
+    if (!whole || std::memcmp(signature, "\x89PNG\r\n\x1A\n", 8) != 0) {
         fail("another kind of file");
     }
     bool has_place = false;
