@@ -68,12 +68,18 @@ void run(const std::filesystem::path& file) {
     std::printf("%s\n", file.filename().string().c_str());
     std::fflush(stdout);
     LLVMFuzzerTestOneInput(input.data(), input.size());
-    std::size_t size = input.size();
-    if (size > largest_input) {
+    if (input.size() > largest_input) {
         return;
     }
-    input.resize(largest_input);
+    constexpr int most_in_a_row = 3; // changes of changed inputs, which are soon refused at their beginning
+    const std::vector<std::uint8_t> original = input;
+    std::size_t size = 0;
     for (int i = 0; i < changes_of_each(); ++i) {
+        if (i % most_in_a_row == 0) {
+            input = original;
+            size = input.size();
+            input.resize(largest_input);
+        }
         size = changed(input, size, i);
         // A copy of its own, so that memory checkers see its end.
         const std::vector<std::uint8_t> copy(input.begin(), input.begin() + static_cast<std::ptrdiff_t>(size));

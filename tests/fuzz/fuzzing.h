@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "app/command.h"
+#include "vorna/module.h"
 
 namespace fuzzing {
 
@@ -33,7 +34,14 @@ template <class Error = app::Usage_Error, class Work> void try_out(Work work) {
     }
 }
 
+// It stays loaded: fuzzers look at its counters after every input.
+inline const vorna::Module& loaded_module() {
+    static const vorna::Module module(KRB_MODULE);
+    return module;
+}
+
 inline app::Module_Choice renderer_module() {
+    loaded_module();
     return {KRB_MODULE, ""};
 }
 

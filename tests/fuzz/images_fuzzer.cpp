@@ -23,10 +23,9 @@ constexpr std::int64_t most_pixels = 1 << 16;
 std::string with_check_sums(std::string_view given) {
     constexpr std::size_t signature = 8, frame = 12; // length, name and check sum of a chunk
     std::string png(given);
-    const auto byte = [&](std::size_t place) { return static_cast<std::uint8_t>(png[place]); };
+    const auto byte = [&](std::size_t place) { return std::size_t{static_cast<std::uint8_t>(png[place])}; };
     for (std::size_t start = signature; start + frame <= png.size();) {
-        const std::size_t length =
-            std::size_t{byte(start)} << 24 | byte(start + 1) << 16 | byte(start + 2) << 8 | byte(start + 3);
+        const std::size_t length = byte(start) << 24 | byte(start + 1) << 16 | byte(start + 2) << 8 | byte(start + 3);
         if (length > png.size() - start - frame) {
             break;
         }

@@ -5,7 +5,6 @@
 #include "app/check/scene.h"
 #include "tests/fuzz/guarded_buffers.h"
 #include "vorna/draw.h"
-#include "vorna/module.h"
 
 namespace {
 
@@ -14,18 +13,13 @@ using namespace app::check;
 
 constexpr int most_steps = 24;
 
-const vorna::Module& module() {
-    static const vorna::Module loaded(KRB_MODULE);
-    return loaded;
-}
-
 class Life {
 public:
     explicit Life(Bytes& input) : input_(input), buffers_({input.byte() % 64, input.byte() % 12}) {
         VT_Renderer_Data prototype;
         prototype.buffer_creation = buffers_.callback();
         change_options(prototype.current_options);
-        renderer_ = module().create_renderer(prototype);
+        renderer_ = loaded_module().create_renderer(prototype);
     }
 
     void live() {
