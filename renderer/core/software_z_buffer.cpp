@@ -100,7 +100,29 @@ Software_Z_Buffer::~Software_Z_Buffer() {
     color_buffer = nullptr;
 }
 
+// A renderer that could not get all it needs holds no buffers, and so draws nothing, until it is established again. What it has
+// kept of the old window and what it has got of the new one do not go together.
+class Software_Z_Buffer::All_Or_Nothing {
+public:
+    explicit All_Or_Nothing(Software_Z_Buffer& renderer) noexcept : renderer_(renderer) {}
+    All_Or_Nothing(const All_Or_Nothing&) = delete;
+    All_Or_Nothing& operator=(const All_Or_Nothing&) = delete;
+    ~All_Or_Nothing() {
+        if (!is_whole_) {
+            renderer_.color_buffer = nullptr;
+            renderer_.depth_buffer = nullptr;
+            renderer_.target = {};
+        }
+    }
+    void keep() noexcept { is_whole_ = true; }
+
+private:
+    Software_Z_Buffer& renderer_;
+    bool is_whole_ = false;
+};
+
 std::int32_t Software_Z_Buffer::establish() {
+    All_Or_Nothing all(*this);
     install_actions(*this);
     establish_buffers();
     establish_mask_cache();
@@ -108,6 +130,7 @@ std::int32_t Software_Z_Buffer::establish() {
     establish_target();
     force_merge_control = current[Handle::force_merge_control_on]->as_bool() ? 1 : 0;
     kernels = window_size.x < chosen_kernels_->least_width ? &portable_kernel_set() : chosen_kernels_;
+    all.keep();
     return 0;
 }
 
@@ -192,13 +215,18 @@ void Software_Z_Buffer::establish_target() {
     target.dither = &dither;
 }
 
+VT_Int_Rectangle Software_Z_Buffer::window_rectangle() const noexcept {
+    const auto last = [](std::int32_t from, std::int32_t size) {
+        return static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{from} + size - 1, INT32_MAX));
+    };
+    return {window_origin.x, last(window_origin.x, window_size.x), window_origin.y, last(window_origin.y, window_size.y)};
+}
+
 VT_Int_Rectangle Software_Z_Buffer::visible_rectangle(const VT_Rendition& rendition) const noexcept {
     const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
-    const auto last = [](std::int32_t from, std::int32_t size, std::int32_t end) {
-        return static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{from} + size - 1, end));
-    };
-    return {std::max(clip.left, window_origin.x), last(window_origin.x, window_size.x, clip.right),
-            std::max(clip.bottom, window_origin.y), last(window_origin.y, window_size.y, clip.top)};
+    const VT_Int_Rectangle window = window_rectangle();
+    return {std::max(clip.left, window.left), std::min(clip.right, window.right), std::max(clip.bottom, window.bottom),
+            std::min(clip.top, window.top)};
 }
 
 std::int32_t Software_Z_Buffer::update(const VT_Int_Rectangle& rectangle) {

@@ -44,7 +44,8 @@ public:
     explicit Software_Z_Buffer(const VT_Renderer_Data& prototype);
     ~Software_Z_Buffer() override;
 
-    // Installs every slot that the current options ask for, then keeps, adopts or creates the buffers. Returns 0.
+    // Installs every slot that the current options ask for, then keeps, adopts or creates the buffers. Returns 0. When it throws
+    // the renderer has no buffers.
     std::int32_t establish() override;
     void begin_picture() override {}
     void end_picture() override {}
@@ -58,6 +59,8 @@ public:
     bool draws_with_depth(const VT_Rendition& rendition) const noexcept { return rendition.clip.depth_test && depth_buffer; }
     bool holds_pixels_of(Case c) const noexcept { return is_index8(c) || color_buffer->format == Buffer_Format::rgb32; }
 
+    // The window in device coordinates, as far as these can hold it.
+    VT_Int_Rectangle window_rectangle() const noexcept;
     // The hard clip, as far as it lies in the window, in device coordinates; may be empty.
     VT_Int_Rectangle visible_rectangle(const VT_Rendition& rendition) const noexcept;
 
@@ -102,6 +105,8 @@ public:
     Pixel_Target target{};
 
 private:
+    class All_Or_Nothing;
+
     void establish_buffers();
     void establish_mask_cache();
     void establish_merge_colors();

@@ -36,6 +36,7 @@ void move_complex_clip(VT_Clip_Attributes& clip, VT_Int_Pair origin) {
 Tile::Tile(Software_Z_Buffer& renderer, const VT_Rendition& rendition)
     : renderer_(renderer), origin_(renderer.window_origin), outer_origin_(renderer.tile_origin),
       keeps_to_hard_clip_(renderer.keeps_to_hard_clip),
+      has_local_coordinates_(renderer.current_renderer_options().local_coordinates()),
       rendition_(new VT_Rendition(rendition)), guard_band_{held(origin_.x - guard_distance), held(origin_.x + guard_distance),
                                                            held(origin_.y - guard_distance), held(origin_.y + guard_distance)} {
     const VT_Int_Pair size = renderer.window_size;
@@ -48,12 +49,14 @@ Tile::Tile(Software_Z_Buffer& renderer, const VT_Rendition& rendition)
     renderer_.window_origin = {};
     renderer_.tile_origin = {wrapping_add(outer_origin_.x, origin_.x), wrapping_add(outer_origin_.y, origin_.y)};
     renderer_.keeps_to_hard_clip = true;
+    renderer_.current_renderer_options_for_update().set_local_coordinates(true);
 }
 
 Tile::~Tile() {
     renderer_.window_origin = origin_;
     renderer_.tile_origin = outer_origin_;
     renderer_.keeps_to_hard_clip = keeps_to_hard_clip_;
+    renderer_.current_renderer_options_for_update().set_local_coordinates(has_local_coordinates_);
 }
 
 } // namespace krb

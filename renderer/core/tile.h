@@ -8,8 +8,8 @@
 
 namespace krb {
 
-// While it lives, device coordinates count from the renderer's window, and device strips keep to the hard clip of the tile's
-// rendition.
+// While it lives, device coordinates count from the renderer's window, for the host's standard functions too, and device strips
+// keep to the hard clip of the tile's rendition.
 class Tile {
 public:
     // Throws std::bad_alloc.
@@ -42,6 +42,7 @@ private:
     const VT_Int_Pair origin_;
     const VT_Int_Pair outer_origin_;
     const bool keeps_to_hard_clip_;
+    const bool has_local_coordinates_;
     VT_Reference<VT_Rendition> rendition_;
     VT_Int_Rectangle guard_band_;
 };

@@ -29,12 +29,43 @@ struct Place {
 // Patterns that repeat within less than this many pixels leave no gap that a pixel could show, and would never end on long lines.
 constexpr double shortest_pattern = 1.0 / 1024;
 
+// A segment of more repetitions than this is walked near the window only; one that has as many even there is not walked at all.
+// Every other segment is walked as a whole, so that its pieces do not depend on the window.
+constexpr double most_repetitions = 1 << 17;
+
+// The part of a line near a rectangle, as distances from its start (Liang-Barsky).
+struct Near_Part {
+    double first = 0, last;
+
+    explicit Near_Part(double length) noexcept : last(length) {}
+
+    void cut(double from, double speed, double low, double high) noexcept {
+        if (speed == 0) {
+            last = from < low || from > high ? -1 : last;
+            return;
+        }
+        const double a = (low - from) / speed;
+        const double b = (high - from) / speed;
+        first = std::max(first, std::min(a, b));
+        last = std::min(last, std::max(a, b));
+    }
+};
+
 // Gathers pieces and draws them in batches, so that a long polyline needs no more memory than a short one.
 class Pieces {
 public:
-    Pieces(const VT_Rendition& rendition, const Draw_Plain_Polyline& draw)
-        : rendition_(new VT_Rendition(rendition)), draw_(draw) {
+    Pieces(const VT_Rendition& rendition, const VT_Int_Rectangle& window, const Draw_Plain_Polyline& draw)
+        : rendition_(new VT_Rendition(rendition)), draw_(draw), window_(window),
+          margin_(2.0 * std::max(rendition.line.weight, 1) + 2) {
         rendition_->line.line_types = VT_Line_Type_Set::None;
+    }
+
+    // Where pieces of the line that runs from a place along a unit vector can be seen, corners of wide ones included.
+    Near_Part visible_part(const Place& from, const VT_Vector_D& unit, double length) const noexcept {
+        Near_Part part(length);
+        part.cut(from.x, unit.x, window_.left - margin_, window_.right + margin_);
+        part.cut(from.y, unit.y, window_.bottom - margin_, window_.top + margin_);
+        return part;
     }
 
     void add(const VT_DCI_Point& from, const VT_DCI_Point& to) {
@@ -59,6 +90,8 @@ private:
 
     VT_Reference<VT_Rendition> rendition_;
     const Draw_Plain_Polyline& draw_;
+    const VT_Int_Rectangle window_;
+    const double margin_;
     VT_DCI_Point points_[capacity];
     int count_ = 0;
 };
@@ -101,10 +134,9 @@ class Walker {
 public:
     // total: the length of the polyline; 0 = that of the first segment.
     Walker(const VT_Line_Type& type, double total) noexcept
-        : type_(type), total_(total), element_count_(std::min(type.lengths.size(), type.kinds.size())) {
-        const double repetition =
-            std::accumulate(type.lengths.begin(), type.lengths.begin() + std::ptrdiff_t(element_count_), 0.0);
-        element_count_ = repetition > shortest_pattern ? element_count_ : 0;
+        : type_(type), total_(total), element_count_(std::min(type.lengths.size(), type.kinds.size())),
+          repetition_(length_before(element_count_)) {
+        element_count_ = repetition_ > shortest_pattern ? element_count_ : 0;
     }
 
     void walk(const VT_DCI_Point& from, const VT_DCI_Point& to, Pieces& pieces) {
@@ -128,7 +160,6 @@ public:
         double repeated = std::min(segment.length - leading, total_ - covered_ - type_.trailing[0]);
         if (repeated > threshold && element_count_ > 0) {
             at = repeat(at, unit, repeated, pieces);
-            covered_ += repeated;
         } else {
             repeated = 0;
         }
@@ -150,8 +181,40 @@ private:
     // Then leading and trailing parts show a dot at the polyline's ends and no dash.
     bool has_end_dots() const noexcept { return type_.mode == 2; }
 
+    double length_before(std::size_t element) const noexcept {
+        return std::accumulate(type_.lengths.begin(), type_.lengths.begin() + std::ptrdiff_t(element), 0.0);
+    }
+
     // Goes on with the elements where the last segment left them. Returns where they end.
-    Place repeat(Place at, const VT_Vector_D& unit, double distance, Pieces& pieces) {
+    Place repeat(const Place& at, const VT_Vector_D& unit, double distance, Pieces& pieces) {
+        if (distance <= most_repetitions * repetition_) {
+            return repeat_all(at, unit, distance, pieces);
+        }
+        const Near_Part part = pieces.visible_part(at, unit, distance);
+        const double first = std::max(part.first - repetition_, 0.0);
+        const double last = std::min(part.last + repetition_, distance);
+        if (part.first > part.last || last - first > most_repetitions * repetition_) {
+            pass(distance);
+        } else {
+            pass(first);
+            repeat_all(at.moved(unit, first), unit, last - first, pieces);
+            pass(distance - last);
+        }
+        return at.moved(unit, distance);
+    }
+
+    // Goes on without drawing.
+    void pass(double distance) noexcept {
+        covered_ += distance;
+        double left = std::fmod(length_before(element_) + consumed_ + distance, repetition_);
+        element_ = 0;
+        while (element_ + 1 < element_count_ && left >= type_.lengths[element_]) {
+            left -= type_.lengths[element_++];
+        }
+        consumed_ = std::min(left, type_.lengths[element_]);
+    }
+
+    Place repeat_all(Place at, const VT_Vector_D& unit, double distance, Pieces& pieces) {
         double remaining = distance;
         do {
             const double length = type_.lengths[element_] - consumed_;
@@ -172,6 +235,7 @@ private:
                 element_ = element_ + 1 < element_count_ ? element_ + 1 : 0;
             }
         } while (remaining > 0);
+        covered_ += distance;
         return at;
     }
 
@@ -184,6 +248,7 @@ private:
     double total_;
     double covered_ = 0;
     std::size_t element_count_;
+    double repetition_;       // length of all elements
     std::size_t element_ = 0; // the phase: the element under way
     double consumed_ = 0;     // and how much of it is used up
 };
@@ -232,11 +297,11 @@ void cut_along(const VT_Line_Type_Set& set, std::int32_t count, const VT_DCI_Poi
 
 } // namespace
 
-void draw_by_line_types(const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
-                        const Draw_Plain_Polyline& draw) {
+void draw_by_line_types(const VT_Rendition& rendition, const VT_Int_Rectangle& window, std::int32_t count,
+                        const VT_DCI_Point* points, const Draw_Plain_Polyline& draw) {
     // Held, since drawing may change the caller's rendition.
     const VT_Reference<const VT_Line_Type_Set> set = rendition.line.line_types;
-    Pieces pieces(rendition, draw);
+    Pieces pieces(rendition, window, draw);
     if (set->per_segment || count < 3) {
         cut_each_segment(*set, count, points, pieces);
     } else {

@@ -18,9 +18,13 @@ using Draw_Plain_Polyline = std::function<void(const VT_Rendition*, int, const V
 
 // Cuts a polyline of count points, 2 or more, by the line types of its rendition and draws the dashes and dots in order: per
 // segment each with its own type, along the polyline all with the first type of the set. Every piece has two points; those of a
-// dot are the same. A set that does not fit the polyline draws nothing. Throws std::bad_alloc, std::bad_function_call for an
-// empty function, and what the function throws.
-void draw_by_line_types(const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
-                        const Draw_Plain_Polyline& draw);
+// dot are the same. A set that does not fit the polyline draws nothing.
+//
+// window: where pieces can be seen, in device coordinates. Of a segment that repeats its type very often only the part near the
+// window is cut, and none when even that part repeats it more than 2^17 times.
+//
+// Throws std::bad_alloc, std::bad_function_call for an empty function, and what the function throws.
+void draw_by_line_types(const VT_Rendition& rendition, const VT_Int_Rectangle& window, std::int32_t count,
+                        const VT_DCI_Point* points, const Draw_Plain_Polyline& draw);
 
 } // namespace krb

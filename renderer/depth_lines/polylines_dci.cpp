@@ -51,9 +51,10 @@ void draw_flat(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32
     }
     // Only the 8-bit member without depth cuts lines by their types, whatever their style and weight.
     if (c == Case::index8 && has_line_types(rendition.line)) {
-        draw_by_line_types(rendition, count, points, [&data](const VT_Rendition* plain, int length, const VT_DCI_Point* piece) {
-            draw_flat<c>(data, *plain, length, piece);
-        });
+        draw_by_line_types(rendition, renderer.window_rectangle(), count, points,
+                           [&data](const VT_Rendition* plain, int length, const VT_DCI_Point* piece) {
+                               draw_flat<c>(data, *plain, length, piece);
+                           });
         return;
     }
     if (!drawn_by_renderer(rendition.line)) {

@@ -41,6 +41,9 @@ public:
     void set_supports_complex_clip(bool on) noexcept { supports_complex_clip_ = on; }
 
 private:
+    // GCC 12 does not give back the memory of a new-expression in a member's initializer when the constructor throws.
+    static VT_Reference<const VT_Palette> default_palette() { return new VT_Palette; }
+
     std::int32_t buffer_depth_ = 0;
     std::int32_t color_system_ = 1;
     bool alpha_blending_ = false;
@@ -49,5 +52,5 @@ private:
     bool supports_complex_clip_ = false;
     VT_Int_Pair window_size_;
     VT_Int_Pair window_origin_;
-    VT_Reference<const VT_Palette> palette_{new VT_Palette};
+    VT_Reference<const VT_Palette> palette_ = default_palette();
 };

@@ -118,9 +118,10 @@ void draw_2di_polyline(VT_Renderer_Data& data, const VT_Rendition& rendition, st
         return;
     }
     if (has_line_types(rendition.line)) {
-        draw_by_line_types(rendition, count, points, [&data](const VT_Rendition* plain, int length, const VT_DCI_Point* piece) {
-            draw_2di_polyline<c>(data, *plain, length, piece);
-        });
+        draw_by_line_types(rendition, renderer.window_rectangle(), count, points,
+                           [&data](const VT_Rendition* plain, int length, const VT_DCI_Point* piece) {
+                               draw_2di_polyline<c>(data, *plain, length, piece);
+                           });
         return;
     }
     if (!drawn_by_renderer(rendition.line)) {

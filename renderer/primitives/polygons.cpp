@@ -67,10 +67,11 @@ void draw_triangulated(const Polygon_Call& call, const Triangle_Slots<VT_Point>&
         &context);
 }
 
-// While another operation overrides the face pattern, the rendition that polygons are drawn with has that pattern.
+// While another operation overrides the face pattern, the rendition that polygons are drawn with has that pattern. Null = the
+// caller's own, which is never held: the caller may keep it on the stack, where nothing counts references.
 VT_Reference<const VT_Rendition> overridden(const Software_Z_Buffer& renderer, const VT_Rendition& rendition) {
     if (renderer.face_override == 0 || renderer.face_override == rendition.face.pattern) {
-        return &rendition;
+        return nullptr;
     }
     VT_Reference<VT_Rendition> changed(static_cast<VT_Rendition*>(rendition.clone()));
     changed->face.pattern = renderer.face_override;
@@ -82,8 +83,8 @@ void draw_float_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition, s
     if (count < 3) {
         return;
     }
-    const VT_Reference<const VT_Rendition> used = overridden(renderer_of(data), rendition);
-    const Polygon_Call call{data, *used, color};
+    const VT_Reference<const VT_Rendition> changed = overridden(renderer_of(data), rendition);
+    const Polygon_Call call{data, changed ? *changed : rendition, color};
     if (count == 3) {
         draw_strip(call, slots, 3, points);
     } else if (count <= longest_fan && VD_Rank_Polygon(count, points).kind == 0) {

@@ -41,11 +41,14 @@ VT_Reference<VT_Rendition> rendition_of(const Types& types, bool per_segment = f
     return rendition;
 }
 
+constexpr VT_Int_Rectangle everywhere{INT32_MIN, INT32_MAX, INT32_MIN, INT32_MAX};
+
 // The pieces as "x,y-x,y" one after the other, a dot as "x,y".
-std::string pieces_of(const VT_Rendition& rendition, const std::vector<VT_DCI_Point>& points) {
+std::string pieces_of(const VT_Rendition& rendition, const std::vector<VT_DCI_Point>& points,
+                      const VT_Int_Rectangle& window = everywhere) {
     std::string pieces;
     const auto text = [](const VT_DCI_Point& point) { return std::to_string(point.x) + "," + std::to_string(point.y); };
-    krb::draw_by_line_types(rendition, static_cast<std::int32_t>(points.size()), points.data(),
+    krb::draw_by_line_types(rendition, window, static_cast<std::int32_t>(points.size()), points.data(),
                             [&](const VT_Rendition* plain, int count, const VT_DCI_Point* piece) {
                                 EXPECT_EQ(plain->line.line_types, VT_Line_Type_Set::None);
                                 EXPECT_EQ(count, 2);
@@ -116,8 +119,8 @@ TEST(Line_types, Nothing_is_lost_or_kept_when_drawing_fails) {
     const auto rendition = rendition_of({type});
     const VT_Reference<const VT_Line_Type_Set> set = rendition->line.line_types;
     const auto references = set->reference_count();
-    EXPECT_THROW(krb::draw_by_line_types(*rendition, 3, straight.data(), {}), std::bad_function_call);
-    EXPECT_THROW(krb::draw_by_line_types(*rendition, 3, straight.data(),
+    EXPECT_THROW(krb::draw_by_line_types(*rendition, everywhere, 3, straight.data(), {}), std::bad_function_call);
+    EXPECT_THROW(krb::draw_by_line_types(*rendition, everywhere, 3, straight.data(),
                                          [](const VT_Rendition*, int, const VT_DCI_Point*) { throw std::runtime_error("no"); }),
                  std::runtime_error);
     EXPECT_EQ(set->reference_count(), references);
@@ -125,7 +128,7 @@ TEST(Line_types, Nothing_is_lost_or_kept_when_drawing_fails) {
     // More pieces than are kept at once.
     int drawn = 0;
     const VT_DCI_Point points[] = {{0, 0, 0}, {5000, 0, 0}, {10000, 0, 0}};
-    krb::draw_by_line_types(*rendition, 3, points,
+    krb::draw_by_line_types(*rendition, everywhere, 3, points,
                             [&](const VT_Rendition*, int, const VT_DCI_Point* piece) { EXPECT_EQ(piece[0].x, 2 * drawn++); });
     EXPECT_EQ(drawn, 5000);
 }
@@ -133,6 +136,13 @@ TEST(Line_types, Nothing_is_lost_or_kept_when_drawing_fails) {
 TEST(Line_Types, End_on_lines_of_any_length) {
     const std::vector<VT_DCI_Point> far{{INT32_MIN, 0, 0}, {INT32_MAX, 0, 0}};
     EXPECT_EQ(pieces_along(type_of({{1e-8, gap}}), far), "-2147483648,0-2147483647,0") << "no pattern that a pixel could show";
+    // Near the window the dashes lie where they lie on the whole line.
+    const VT_Int_Rectangle window{0, 9, 0, 9};
+    const auto dashed = type_of({{2, dash}, {2, gap}});
+    EXPECT_EQ(pieces_of(*rendition_of({dashed}), far, window),
+              "-8,0--6,0 -4,0--2,0 0,0-2,0 4,0-6,0 8,0-10,0 12,0-14,0 16,0-17,0");
+    EXPECT_EQ(pieces_of(*rendition_of({dashed}), {{INT32_MIN, 99, 0}, {INT32_MAX, 99, 0}}, window), "") << "beside the window";
+    EXPECT_EQ(pieces_along(dashed, {{INT32_MIN, 0, 0}, {1, 0, 0}, {7, 0, 0}}), "1,0-2,0 4,0-6,0") << "too many dashes, then few";
 }
 
 // Adding up the lengths leads a little beyond the last vertex, which lies in the window's last column, and cutting off into the

@@ -123,3 +123,46 @@ TEST_F(Polylines_3D, May_be_of_any_length) {
         EXPECT_EQ(std::count(cut.begin(), cut.end(), ','), count);
     }
 }
+
+// What the renderer hands back while it draws a tile. A texture of palette indices is drawn by the host throughout where there is
+// no depth buffer.
+TEST(Tiles, Standard_functions_draw_in_them_wherever_they_lie) {
+    constexpr VT_Int_Pair size{32, 24};
+    for (std::size_t renderer_case = 0; renderer_case < std::size(renderer_cases); ++renderer_case) {
+        std::string pictures[2];
+        for (const VT_Int_Pair origin : {VT_Int_Pair{0, 0}, VT_Int_Pair{4000, -700}}) {
+            Test_Renderer renderer(setup_of_case(renderer_case, size, origin));
+            renderer->current_table.find("Enable Tiling")->set(true);
+            renderer->establish();
+            const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+            rendition->clip.hard_clip = {origin.x - 9, origin.x + 999, origin.y - 9, origin.y + 999};
+            rendition->line.weight = 5;
+            rendition->line.style = line_style::dashed;
+            rendition->set_color({250, 120, 30, 255});
+            rendition->line.index = 190;
+            const VT_Reference<VT_Basic_Material> material(new VT_Basic_Material);
+            const VT_Reference<VT_Shared_Image> texture(
+                new VT_Shared_Image(3, 3, Buffer_Format::index8, 3, nullptr, false, true));
+            for (std::uint8_t i = 0; i < 9; ++i) {
+                texture->row(i / 3)[i % 3] = static_cast<std::uint8_t>(20 * i);
+            }
+            material->texture = texture;
+            rendition->face.material = material;
+            const double x = origin.x;
+            const double y = origin.y;
+            const VT_Point_D points[] = {{x + 2, y + 1, 500}, {x + 40, y + 3, 90}, {x + 5, y + 20, 700}, {x + 30, y + 30, 100}};
+            const VT_RGB32 colors[] = {{255, 200, 255, 255}, {255, 255, 90, 255}, {90, 255, 255, 255}, {255, 255, 255, 255}};
+            const VT_Parameter parameters[] = {0, 0, 1, 0, 0, 1, 1, 1};
+            rendition->window.rectangle = {origin.x, origin.x + size.x - 1, origin.y, origin.y + size.y - 1};
+            VD_Clear_Depth_Rectangle(*renderer, *rendition);
+            VD_Draw_3D_Textured_Polytriangle(*renderer, *rendition, 4, points, colors, parameters, 2, nullptr, nullptr);
+            VD_Draw_3D_Polyline(*renderer, *rendition, 4, points);
+            std::string& picture = pictures[origin.x == 0 ? 0 : 1];
+            for (std::int32_t i = 0; i < size.x * size.y; ++i) {
+                picture += std::to_string(renderer.color().pixel(i % size.x, i / size.x)) + ' ';
+            }
+        }
+        EXPECT_EQ(pictures[0], pictures[1]) << "case " << renderer_case;
+        EXPECT_NE(pictures[0].find_first_not_of("0 "), std::string::npos) << "something is drawn";
+    }
+}

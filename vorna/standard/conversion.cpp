@@ -1,4 +1,4 @@
-// From one coordinate form to another, and what of the window can be seen.
+// From one coordinate form to another, and what of a line can be seen.
 #include "vorna/standard/conversion.h"
 
 #include <algorithm>
@@ -6,36 +6,6 @@
 #include "renderer/host/clip.h"
 
 namespace vorna {
-
-namespace {
-
-VT_Int_Rectangle intersection(const VT_Int_Rectangle& a, const VT_Int_Rectangle& b) noexcept {
-    return {std::max(a.left, b.left), std::min(a.right, b.right), std::max(a.bottom, b.bottom), std::min(a.top, b.top)};
-}
-
-} // namespace
-
-VT_Int_Rectangle window_rectangle(VT_Renderer_Data& renderer) {
-    const VT_Renderer_Options& options = renderer.current_renderer_options();
-    const VT_Int_Pair origin = options.local_coordinates() ? VT_Int_Pair{} : options.window_origin();
-    const VT_Int_Pair size = options.window_size();
-    const auto last = [](std::int32_t first, std::int32_t length) {
-        return static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{first} + length - 1, INT32_MAX));
-    };
-    return {origin.x, last(origin.x, size.x), origin.y, last(origin.y, size.y)};
-}
-
-VT_Int_Rectangle visible_rectangle(VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
-    return intersection(window_rectangle(renderer), rendition.clip.hard_clip);
-}
-
-VT_Int_Rectangle clip_to_draw_in(VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
-    const VT_Int_Rectangle window = window_rectangle(renderer);
-    const VT_Int_Pair size = renderer.current_renderer_options().window_size();
-    const VT_Int_Rectangle hull{std::min(window.left, 0), std::max(window.right, size.x - 1), std::min(window.bottom, 0),
-                                std::max(window.top, size.y - 1)};
-    return intersection(hull, rendition.clip.hard_clip);
-}
 
 bool part_near(const VT_Int_Rectangle& rectangle, double margin, const VT_Point_D& from, const VT_Point_D& to, double& first,
                double& last) noexcept {
@@ -93,7 +63,8 @@ void cut_3d_polyline(std::int32_t count, const VT_Point_D* points, const VT_RGB3
             add(cut[0], cut_colors[0]);
         }
         for (; i < count && outcode(i) == 0; ++i) {
-            add({rounded(points[i].x), rounded(points[i].y), rounded(points[i].z)}, colors ? colors[i] : VT_RGB32{});
+            add({nearest_coordinate(points[i].x), nearest_coordinate(points[i].y), nearest_coordinate(points[i].z)},
+                colors ? colors[i] : VT_RGB32{});
         }
         if (i < count) {
             VD_Preclip_Tail(outcode(i), guard, points + i - 1, cut, colors_at(i - 1), cut_colors);

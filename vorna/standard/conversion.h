@@ -1,4 +1,4 @@
-// From one coordinate form to another, and what of the window can be seen.
+// From one coordinate form to another, and what of a line can be seen.
 #pragma once
 
 #include <cmath>
@@ -8,6 +8,7 @@
 
 #include "renderer/host/renderer_data.h"
 #include "renderer/host/rendition.h"
+#include "vorna/standard/drawing_area.h"
 
 namespace vorna {
 
@@ -15,7 +16,7 @@ namespace vorna {
 inline constexpr std::int32_t farthest_coordinate = 0x3FFFFFFF;
 
 // To the nearest whole number, halves upwards; what is no number becomes 0.
-inline std::int32_t rounded(double value) noexcept {
+inline std::int32_t nearest_coordinate(double value) noexcept {
     if (std::isnan(value)) {
         return 0;
     }
@@ -27,21 +28,9 @@ template <class Point> std::vector<VT_DCI_Point> rounded_points(std::int32_t cou
     std::vector<VT_DCI_Point> whole;
     whole.reserve(static_cast<std::size_t>(count > 0 ? count : 0));
     for (std::int32_t i = 0; i < count; ++i) {
-        whole.push_back({rounded(points[i].x), rounded(points[i].y), rounded(points[i].z)});
+        whole.push_back({nearest_coordinate(points[i].x), nearest_coordinate(points[i].y), nearest_coordinate(points[i].z)});
     }
     return whole;
-}
-
-// The window in device coordinates.
-VT_Int_Rectangle window_rectangle(VT_Renderer_Data& renderer);
-// The hard clip, as far as it lies in the window; may be empty.
-VT_Int_Rectangle visible_rectangle(VT_Renderer_Data& renderer, const VT_Rendition& rendition);
-// The hard clip, as far as drawing through slots that clip can show it. While a renderer draws a tile its window begins at
-// (0, 0), so that this is the hull of both places.
-VT_Int_Rectangle clip_to_draw_in(VT_Renderer_Data& renderer, const VT_Rendition& rendition);
-
-constexpr bool is_empty(const VT_Int_Rectangle& rectangle) noexcept {
-    return rectangle.left > rectangle.right || rectangle.bottom > rectangle.top;
 }
 
 constexpr bool contains(const VT_Int_Rectangle& rectangle, std::int64_t x, std::int64_t y) noexcept {
@@ -65,7 +54,7 @@ template <class Device_Slot, class Slot, class... Arguments>
 void draw_rounded_inside(const Device_Slot& device_slot, const Slot& slot, VT_Renderer_Data& renderer,
                          const VT_Rendition& rendition, std::int32_t count, const VT_Point* points, Arguments... arguments) {
     const std::vector<VT_DCI_Point> whole = rounded_points(count, points);
-    const VT_Int_Rectangle window = window_rectangle(renderer);
+    const VT_Int_Rectangle window = window_rectangle(renderer.current_renderer_options());
     bool is_inside = true;
     for (const VT_DCI_Point& point : whole) {
         is_inside = is_inside && contains(window, point.x, point.y);

@@ -108,7 +108,8 @@ void draw_markers(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std
 template <class Draw> void for_each_3d_marker(std::int32_t count, const VT_Point_D* points, Draw draw) {
     for (std::int32_t i = 0; i < count; ++i) {
         if (std::abs(points[i].x) <= farthest_coordinate && std::abs(points[i].y) <= farthest_coordinate) {
-            const VT_DCI_Point point{rounded(points[i].x), rounded(points[i].y), rounded(points[i].z)};
+            const VT_DCI_Point point{nearest_coordinate(points[i].x), nearest_coordinate(points[i].y),
+                                     nearest_coordinate(points[i].z)};
             draw(i, &point);
         }
     }

@@ -57,7 +57,7 @@ void draw_dots(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const 
         return;
     }
     const auto dot = [&](double x, double y, double z, VT_RGB32 color) {
-        const VT_DCI_Point point{rounded(x), rounded(y), rounded(z)};
+        const VT_DCI_Point point{nearest_coordinate(x), nearest_coordinate(y), nearest_coordinate(z)};
         if (contains(visible, point.x, point.y)) {
             VD_Draw_DCI_Dot(renderer, rendition, &point, line.colors ? &color : nullptr);
         }
@@ -98,7 +98,8 @@ public:
             draw_edge(run);
             return;
         }
-        const VT_DCI_Point points[2] = {{run.first, run.y, rounded(run.first_depth)}, {run.last, run.y, rounded(run.last_depth)}};
+        const VT_DCI_Point points[2] = {{run.first, run.y, nearest_coordinate(run.first_depth)},
+                                        {run.last, run.y, nearest_coordinate(run.last_depth)}};
         const VT_RGB32 colors[2] = {run.first_color, run.last_color};
         draw_through_slot(renderer_, *plain_, {2, points, line_.shading, line_.colors ? colors : nullptr, true});
     }
@@ -168,7 +169,7 @@ void draw_cased(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const
     const std::int32_t weight = rendition.line.weight;
     const double casing = weight < 2 ? std::trunc(type.width * 2) + 2 : double(weight) + 5;
     pass->line.line_types = VT_Line_Type_Set::None;
-    pass->line.weight = rounded(casing);
+    pass->line.weight = nearest_coordinate(casing);
     pass->line.color = type.color;
     pass->line.index = static_cast<std::uint8_t>(renderer.current_renderer_options().palette().closest_match(type.color, false));
     draw_through_slot(renderer, *pass, line);
@@ -194,7 +195,7 @@ void draw_line(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const 
             return;
         }
     }
-    const VT_Int_Rectangle clip = clip_to_draw_in(renderer, rendition);
+    const VT_Int_Rectangle clip = visible_rectangle(renderer, rendition);
     if (is_empty(clip)) {
         return;
     }
