@@ -36,18 +36,20 @@ cmake --build "$build" --target "${names[@]/#/fuzz_}" -j "$(nproc)"
 folder=$build/fuzz
 mkdir -p "$folder"
 
-# Seconds of processor time that the commands run here so far have taken.
-processor_seconds() {
-    times | awk 'NR == 2 { split($1, u, /[ms]/); split($2, s, /[ms]/); print int(u[1] * 60 + u[2] + s[1] * 60 + s[2]) }'
+# Puts into `seconds` what processor time the commands run here so far have taken. A shell within this one would tell of its own.
+take_time() {
+    times >"$folder/times"
+    seconds=$(awk 'NR == 2 { split($1, u, /[ms]/); split($2, s, /[ms]/); print int(u[1] * 60 + u[2] + s[1] * 60 + s[2]) }' "$folder/times")
 }
 
 for name in "${names[@]}"; do
     mkdir -p "$folder/$name" "$folder/$name-findings"
-    options=(-max_len=16384 -timeout=20 -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$folder/$name-findings/")
+    options=(-max_len=16384 -timeout=120 -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$folder/$name-findings/")
     [ ! -e "tests/fuzz/$name.dict" ] || options+=(-dict="tests/fuzz/$name.dict")
     seeds=("tests/fuzz/corpus/$name")
     [ "$name" != pictures ] || seeds+=(pictures)
-    start=$(processor_seconds) used=0 executions=0
+    take_time
+    start=$seconds used=0 executions=0
     while [ "$used" -lt $((minutes * 60)) ]; do
         log=$folder/$name.log
         "$build/bin/fuzz_$name" "${options[@]}" -max_total_time=$((minutes * 60 - used)) "$folder/$name" "${seeds[@]}" >"$log" 2>&1 || {
@@ -55,7 +57,8 @@ for name in "${names[@]}"; do
             exit 1
         }
         executions=$((executions + $(awk '/stat::number_of_executed_units/ { print $2 }' "$log")))
-        used=$(($(processor_seconds) - start))
+        take_time
+        used=$((seconds - start))
     done
     coverage=$(grep -o 'cov: [0-9]* ft: [0-9]*' "$log" | tail -n 1)
     printf '%s %s: %d executions in %d seconds of processor time, %s, no finding\n' \
