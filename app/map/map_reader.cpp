@@ -3,11 +3,13 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <new>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <system_error>
 
 #include "app/path.h"
 
@@ -33,10 +35,11 @@ std::string content_of(const std::string& file) {
     if (size > most_bytes) {
         throw Map_Error(file + ": expected at most 4096 MiB, found " + std::to_string(size >> 20));
     }
+    errno = 0;
     std::ifstream stream(path_of(file), std::ios::binary);
     std::string content(size, '\0');
     if (!stream.read(content.data(), static_cast<std::streamsize>(size))) {
-        throw Map_Error(file + ": cannot be read");
+        throw Map_Error(file + ": cannot be read" + (errno != 0 ? ": " + std::generic_category().message(errno) : ""));
     }
     return content;
 }

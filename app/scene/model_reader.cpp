@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <new>
 #include <stdexcept>
+#include <system_error>
 
 #include "app/path.h"
 
@@ -48,10 +50,11 @@ std::string read_file(const std::string& file) {
     if (size > most_bytes) {
         throw Model_Error(file + ": expected at most 4096 MiB, found " + std::to_string(size >> 20));
     }
+    errno = 0;
     std::ifstream stream(file, std::ios::binary);
     std::string content(size, '\0');
     if (!stream.read(content.data(), static_cast<std::streamsize>(size))) {
-        throw Model_Error(file + ": cannot be read");
+        throw Model_Error(file + ": cannot be read" + (errno != 0 ? ": " + std::generic_category().message(errno) : ""));
     }
     return content;
 }

@@ -74,6 +74,23 @@ expect 2 "standard input: cannot be read: Is a directory" "$vorna" replay - <fol
 expect 2 "standard input: cannot be read: Bad file descriptor" "$vorna" replay - <&-
 expect 2 "/proc/self/mem: cannot be read: Input/output error" "$vorna" info /proc/self/mem
 
+# Not ours: tried by somebody else when this is the administrator, who may read and write everything.
+chmod 755 "$folder"
+user=()
+[ "$(id -u)" != 0 ] || user=(setpriv --reuid=65534 --clear-groups)
+if "${user[@]}" test -x "$vorna" 2>/dev/null; then
+    mkdir locked
+    for file in locked.obj locked.ply locked.gltf locked.geojson locked.dxf locked.json; do
+        cp good.obj $file
+        chmod 0 $file
+        reader=(render "$file" -o /dev/null)
+        [ $file != locked.json ] || reader=(replay "$file")
+        expect 2 "$file: cannot be read: Permission denied" "${user[@]}" "$vorna" "${reader[@]}"
+    done
+    chmod 555 locked
+    expect 1 "locked/picture.png: cannot be written: Permission denied" "${user[@]}" "$vorna" render good.obj -o locked/picture.png
+fi
+
 # Cut off in the middle.
 {
     printf 'ply\nformat binary_little_endian 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n'
