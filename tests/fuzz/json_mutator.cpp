@@ -2,7 +2,6 @@
 #include "tests/fuzz/json_mutator.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -149,7 +148,7 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
             }
             const std::string text = document.dump(-1, ' ', false, Json::error_handler_t::replace);
             if (text.size() <= most) {
-                std::memcpy(data, text.data(), text.size());
+                std::ranges::copy(text, data);
                 return text.size();
             }
         }
@@ -180,6 +179,6 @@ extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* first, std:
     if (text.size() > most) {
         return 0;
     }
-    std::memcpy(out, text.data(), text.size());
+    std::ranges::copy(text, out);
     return text.size();
 }
