@@ -2,6 +2,7 @@
 #include "app/input_file.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <system_error>
@@ -34,7 +35,8 @@ std::string read_input(const std::string& path, std::size_t most) {
             throw Usage_Error(name_of_input(path) + ": longer than " + std::to_string(most >> 20) + " MiB");
         }
     }
-    if (stream.bad() || (path != "-" && !file.is_open())) {
+    // Of standard input the stream knows only that nothing comes any more.
+    if (stream.bad() || (path == "-" ? std::ferror(stdin) != 0 : !file.is_open())) {
         throw Usage_Error(name_of_input(path) + ": cannot be read: " + std::generic_category().message(errno));
     }
     return bytes;

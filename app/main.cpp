@@ -1,11 +1,18 @@
 // The command vorna.
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <exception>
 #include <iostream>
 #include <memory>
 #include <new>
 #include <string>
+#include <system_error>
+
+#if !defined(_WIN32)
+#include <fcntl.h>
+#endif
 
 #include "app/command.h"
 #include "app/command_line.h"
@@ -19,6 +26,31 @@ int complain(std::string message, int status) {
         message.begin(), message.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
     std::cerr << "vorna: " << message << '\n';
     return status;
+}
+
+// What cannot be written is an error like any other, on a pipe that nobody reads too, so that unfinished files are removed. And
+// no file takes the place of a standard stream that is closed: what is opened there can only be used the other way round.
+void prepare_streams() {
+#if !defined(_WIN32)
+    for (const int stream : {0, 1, 2}) {
+        if (fcntl(stream, F_GETFD) == -1) {
+            open("/dev/null", stream == 0 ? O_WRONLY : O_RDONLY); // takes the lowest number
+        }
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+#endif
+}
+
+// What was printed has arrived, or there is a complaint.
+int finish_output(int status) {
+    errno = 0;
+    const bool arrived = std::cout.flush().good() && std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+    if (arrived || status != app::exit_status::done) {
+        return status;
+    }
+    const std::string reason = errno != 0 ? ": " + std::generic_category().message(errno) : "";
+    return complain("standard output: cannot be written" + reason, app::exit_status::failed);
 }
 
 int run(int count, char** arguments) {
@@ -37,8 +69,9 @@ int run(int count, char** arguments) {
 } // namespace
 
 int main(int count, char** arguments) {
+    prepare_streams();
     try {
-        return run(count, arguments);
+        return finish_output(run(count, arguments));
     } catch (const app::Usage_Error& error) {
         return complain(error.what(), app::exit_status::wrong_usage);
     } catch (const app::Interrupted& interrupted) {

@@ -169,12 +169,17 @@ void Output_Files::add(const std::string& name, std::string_view bytes) {
         standard_output_->write(bytes);
         return;
     }
+    if (!interruption_) {
+        interruption_.emplace();
+    }
     files_.push_back(std::make_unique<Output_File>(name));
     files_.back()->write(bytes);
     files_.back()->close();
+    Interruption::check();
 }
 
 void Output_Files::commit() {
+    Interruption::check();
     for (const auto& file : files_) {
         file->commit();
     }
@@ -196,8 +201,10 @@ void print_line(const std::string& output, const std::string& line) {
 }
 
 void write_file(const std::string& path, std::string_view bytes) {
+    const Interruption interruption;
     Output_File file(path);
     file.write(bytes);
+    Interruption::check();
     file.commit();
 }
 

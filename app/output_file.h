@@ -4,9 +4,12 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "app/interruption.h"
 
 namespace app {
 
@@ -42,7 +45,8 @@ private:
     std::string held_; // for standard output
 };
 
-// Files written together: all of them are complete beside their places before the first one moves there.
+// Files written together: all of them are complete beside their places before the first one moves there. From the first one on an
+// interrupt waits until add or commit look at it, and throws Interrupted there.
 class Output_Files {
 public:
     // Throws std::runtime_error that names the file. Standard output is written last.
@@ -50,6 +54,7 @@ public:
     void commit();
 
 private:
+    std::optional<Interruption> interruption_;
     std::vector<std::unique_ptr<Output_File>> files_;
     std::unique_ptr<Output_File> standard_output_;
 };
@@ -60,7 +65,7 @@ void refuse_terminal(const char* option, const std::string& name);
 // Prints a line about a file that was written: on standard output unless the file itself went there.
 void print_line(const std::string& output, const std::string& line);
 
-// One file by itself.
+// One file by itself. Throws Interrupted too.
 void write_file(const std::string& path, std::string_view bytes);
 
 } // namespace app

@@ -102,7 +102,12 @@ void Part_Reader::end_chunk() {
 
 void Part_Reader::read_head() {
     char signature[8] = {};
-    if (std::fread(signature, 1, 8, file_.get()) != 8 || std::memcmp(signature, "\x89PNG\r\n\x1A\n", 8) != 0) {
+    errno = 0;
+    const bool whole = std::fread(signature, 1, 8, file_.get()) == 8;
+    if (std::ferror(file_.get()) != 0) {
+        throw Usage_Error(name_ + ": cannot be read: " + std::generic_category().message(errno));
+    }
+    if (!whole || std::memcmp(signature, "\x89PNG\r\n\x1A\n", 8) != 0) {
         fail("another kind of file");
     }
     bool has_place = false;
@@ -202,7 +207,22 @@ void Part_Reader::read_row(std::uint8_t* samples) {
     undo_filter();
     std::memcpy(samples, &row_[form_.pixel_bytes() + 1], form_.row_bytes());
     std::swap(row_, above_);
-    ++rows_read_;
+    if (++rows_read_ == form_.height) {
+        read_end();
+    }
+}
+
+void Part_Reader::read_end() {
+    const auto fail_if = [this](bool is_more) {
+        if (is_more) {
+            fail("more than the rows expected");
+        }
+    };
+    fail_if(left_ > 0 || inflation_->avail_in > 0);
+    end_chunk();
+    begin_chunk();
+    fail_if(type_ != "IEND" || left_ > 0);
+    end_chunk();
 }
 
 } // namespace app

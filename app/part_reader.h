@@ -43,6 +43,7 @@ private:
     void read_head();
     void inflate_row();
     void undo_filter();
+    void read_end();
 
     std::string name_;
     std::unique_ptr<std::FILE, Close> file_;

@@ -8,7 +8,7 @@
 namespace app::map::dxf {
 
 void add_arc(Position center, Position major, Position minor, double from, double to, Path& path) {
-    const int steps = std::clamp(static_cast<int>(std::ceil(std::abs(to - from) * 180 / std::numbers::pi)), 1, 720);
+    const int steps = static_cast<int>(std::clamp(std::ceil(std::abs(to - from) * 180 / std::numbers::pi), 1.0, 720.0));
     for (int i = 0; i <= steps; ++i) {
         const double t = from + (to - from) * i / steps;
         path.push_back(

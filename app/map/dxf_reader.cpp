@@ -107,6 +107,9 @@ private:
         return name.empty() || name == "0" ? around.layer : name;
     }
 
+    // The colour's number of a layer or entity that may be switched off.
+    static std::int64_t number_of(std::int64_t color) { return color < 0 ? -std::max(color, -INT64_MAX) : color; }
+
     static std::optional<VT_RGB32> true_color(std::int64_t value) {
         return rgb(static_cast<double>(value >> 16 & 0xFF), static_cast<double>(value >> 8 & 0xFF),
                    static_cast<double>(value & 0xFF));
@@ -121,21 +124,21 @@ private:
             return around.color;
         }
         if (number != by_layer) {
-            return table_color(std::abs(number));
+            return table_color(number_of(number));
         }
         const Layer& of = layer(layer_name(entity, around));
-        return of.true_color >= 0 ? true_color(of.true_color) : table_color(std::abs(of.color));
+        return of.true_color >= 0 ? true_color(of.true_color) : table_color(number_of(of.color));
     }
 
     void add(const Entity& entity, const Surroundings& around) {
+        if (++copies_ > most_copies) {
+            throw Map_Error(file_ + ":" + std::to_string(entity.line) +
+                            ": expected at most 1000000 entities with those of blocks");
+        }
         const Layer& of = layer(layer_name(entity, around));
         const bool on_paper = values_.integer(entity, 67, 0) == 1;
         if (of.color < 0 || of.frozen || on_paper || values_.integer(entity, 60, 0) == 1) {
             return;
-        }
-        if (++copies_ > most_copies) {
-            throw Map_Error(file_ + ":" + std::to_string(entity.line) +
-                            ": expected at most 1000000 entities with those of blocks");
         }
         if (entity.type == "INSERT") {
             insert(entity, around);
@@ -155,12 +158,19 @@ private:
         shape.stroke = color(entity, around);
         shape.fill = shape.stroke.value_or(VT_RGB32{});
         shape.name = layer_name(entity, around);
-        const auto move = [&](Path& path) { std::ranges::transform(path, path.begin(), placement); };
+        const auto move = [&](Path& path) {
+            std::ranges::transform(path, path.begin(), placement);
+            positions_ += path.size();
+        };
         std::ranges::for_each(shape.lines, move);
         for (Face& face : shape.faces) {
             std::ranges::for_each(face, move);
         }
         move(shape.points);
+        if (positions_ > most_positions) {
+            throw Map_Error(file_ + ":" + std::to_string(entity.line) +
+                            ": expected at most 50 million positions with those of blocks");
+        }
         map_.shapes.push_back(std::move(shape));
     }
 
@@ -376,6 +386,7 @@ private:
     Map map_;
     std::map<std::string, std::size_t> left_out_; // entities by type
     std::int64_t copies_ = 0;
+    std::size_t positions_ = 0;
 };
 
 } // namespace

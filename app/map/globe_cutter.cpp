@@ -131,6 +131,9 @@ std::vector<Side> sides_of(const Domain& domain) {
 // where the map has it keeps its bits.
 template <class Place_Copy>
 void for_each_copy(const Path& path, const std::vector<int>& turns, const Domain& domain, Place_Copy place) {
+    if (path.empty()) {
+        return;
+    }
     double west = INFINITY, east = -INFINITY;
     for (std::size_t i = 0; i < path.size(); ++i) {
         const double x = path[i].x + 360.0 * turns[i];

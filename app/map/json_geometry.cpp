@@ -140,7 +140,9 @@ void Json_Geometry_Reader::read_geometry(const Json& geometry, const Place& plac
 }
 
 void Json_Geometry_Reader::read_properties(const Json& feature, const Place& place, Shape& shape) const {
-    shape.id = text_of(feature.value("id", Json()));
+    if (const auto id = feature.find("id"); id != feature.end()) {
+        shape.id = text_of(*id);
+    }
     const auto found = feature.find("properties");
     if (found == feature.end() || found->is_null()) {
         return;

@@ -2,7 +2,9 @@
 #include "app/map/map_layer.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdio>
 
 #include "app/map/globe_cutter.h"
 
@@ -20,13 +22,20 @@ template <class Visit> void for_each_path(const Shape& shape, Visit visit) {
 // Files may be a rounding error beyond the poles.
 constexpr double farthest_north = 90 + 1e-6, farthest_east = 720;
 
-void check_degrees(const std::string& file, const Map& map) {
+// On a plane: products of coordinates stay finite.
+constexpr double farthest = 1e100;
+
+void check_positions(const std::string& file, const Map& map, bool on_globe) {
+    const double most_x = on_globe ? farthest_east : farthest, most_y = on_globe ? farthest_north : farthest;
     for (std::size_t s = 0; s < map.shapes.size(); ++s) {
         for_each_path(map.shapes[s], [&](const Path& path) {
             for (const Position& p : path) {
-                if (!(std::abs(p.x) <= farthest_east && std::abs(p.y) <= farthest_north)) {
-                    throw Map_Error(file + ": shape " + std::to_string(s) + ": expected degrees, found " + std::to_string(p.x) +
-                                    ", " + std::to_string(p.y) + "; --projection plane draws coordinates as they are");
+                if (!(std::abs(p.x) <= most_x && std::abs(p.y) <= most_y)) {
+                    std::array<char, 80> found;
+                    std::snprintf(found.data(), found.size(), ", found %.10g, %.10g", p.x, p.y);
+                    throw Map_Error(file + ": shape " + std::to_string(s) + ": expected " +
+                                    (on_globe ? "degrees" : "coordinates up to 1e100") + found.data() +
+                                    (on_globe ? "; --projection plane draws coordinates as they are" : ""));
                 }
             }
         });
@@ -48,9 +57,7 @@ void Bounds::add(Position p) {
 
 Map_Layer::Map_Layer(const std::string& file, const Map& map, const Projection& projection) : faces_(map.shapes.size()) {
     const bool on_globe = projection.domain().has_value();
-    if (on_globe) {
-        check_degrees(file, map);
-    }
+    check_positions(file, map, on_globe);
     for (std::size_t s = 0; s < map.shapes.size(); ++s) {
         const Shape& shape = map.shapes[s];
         for_each_path(shape, [this](const Path& path) { position_count_ += path.size(); });

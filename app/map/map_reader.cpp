@@ -1,9 +1,13 @@
 // Chooses the reader of a map or drawing.
 #include "app/map/map_reader.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <system_error>
 
 #include "app/path.h"
 
@@ -12,16 +16,22 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+constexpr std::uintmax_t most_bytes = std::uintmax_t{1} << 32; // of a file
+
 std::string content_of(const std::string& file) {
     std::error_code error;
     const auto size = std::filesystem::file_size(path_of(file), error);
     if (error) {
         throw Map_Error(file + ": cannot be read: " + error.message());
     }
+    if (size > most_bytes) {
+        throw Map_Error(file + ": expected at most 4096 MiB, found " + std::to_string(size >> 20));
+    }
+    errno = 0;
     std::ifstream stream(path_of(file), std::ios::binary);
     std::string content(size, '\0');
     if (!stream.read(content.data(), static_cast<std::streamsize>(size))) {
-        throw Map_Error(file + ": cannot be read");
+        throw Map_Error(file + ": cannot be read" + (errno != 0 ? ": " + std::generic_category().message(errno) : ""));
     }
     return content;
 }
@@ -37,15 +47,15 @@ Json parsed(const std::string& file, const std::string& content) {
     }
 }
 
-} // namespace
-
-Map load_map(const Input& input, const std::string& layer) {
+Map read_map(const Input& input, const std::string& layer) {
     const std::string& file = input.name;
     const bool drawing = input.format == "dxf";
     const std::string read = input.content ? std::string() : content_of(file);
     const std::string& content = input.content ? *input.content : read;
     const Json document = drawing ? Json() : parsed(file, content);
-    const bool topology = document.is_object() && document.value("type", Json()) == "Topology";
+    // Not copied: values nest as deeply as the file says.
+    const auto type = document.is_object() ? document.find("type") : document.end();
+    const bool topology = type != document.end() && *type == "Topology";
     if (!layer.empty() && !topology) {
         throw Map_Error("--layer: expected TopoJSON, found " + file);
     }
@@ -56,6 +66,16 @@ Map load_map(const Input& input, const std::string& layer) {
         throw Map_Error(file + ": expected a map, found a picture; draw it with vorna replay");
     }
     return topology ? read_topojson(file, document, layer) : read_geojson(file, document);
+}
+
+} // namespace
+
+Map load_map(const Input& input, const std::string& layer) {
+    try {
+        return read_map(input, layer);
+    } catch (const std::bad_alloc&) {
+        throw std::runtime_error(input.name + ": not enough memory to read it");
+    }
 }
 
 } // namespace app::map

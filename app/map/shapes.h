@@ -1,6 +1,7 @@
 // What maps and drawings are made of, whatever file they come from.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,6 +28,9 @@ struct Position {
 using Path = std::vector<Position>;
 // Rings without their closing point; a place is inside when an odd number of them surrounds it.
 using Face = std::vector<Path>;
+
+// A short file can name a long arc or a block as often as it likes: what all of it may come to.
+inline constexpr std::size_t most_positions = 50000000;
 
 struct Shape {
     std::string name, id; // empty = none

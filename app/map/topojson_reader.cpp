@@ -58,7 +58,7 @@ private:
             const Path& arc = arcs_[index];
             positions_ += arc.size();
             if (positions_ > most_positions) {
-                throw Map_Error(file() + ": " + place.text() + ": expected at most 200 million positions in all paths");
+                throw Map_Error(file() + ": " + place.text() + ": expected at most 50 million positions in all paths");
             }
             const std::ptrdiff_t joined = path.empty() || arc.empty() ? 0 : 1;
             if (number < 0) {
@@ -69,9 +69,6 @@ private:
         }
         return path;
     }
-
-    // A short file can name a long arc as often as it likes.
-    static constexpr std::size_t most_positions = 200000000;
 
     mutable std::size_t positions_ = 0;
     bool quantized_ = false;

@@ -1,6 +1,7 @@
 // Pictures in files, plain or compressed.
 #include "app/picture/picture_file.h"
 
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -25,8 +26,12 @@ std::string unpacked(const std::string& text) {
 } // namespace
 
 Picture load(const std::string& path) {
-    const std::string text = read_input(path, most_bytes);
-    return read_picture(is_gzip(text) ? unpacked(text) : text);
+    try {
+        const std::string text = read_input(path, most_bytes);
+        return read_picture(is_gzip(text) ? unpacked(text) : text);
+    } catch (const std::bad_alloc&) {
+        throw std::runtime_error(name_of_input(path) + ": not enough memory to read it");
+    }
 }
 
 std::string file_of(const Picture& picture, const std::string& path) {

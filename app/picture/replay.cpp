@@ -303,6 +303,10 @@ void Replay::set_window(const Window& window, const std::string& path) {
     options.set_window_origin(window.origin.value_or(options.window_origin()));
     options.set_local_coordinates(window.local_coordinates.value_or(options.local_coordinates()));
 
+    const VT_Int_Pair wanted = options.window_size();
+    if (wanted.x > settings_.largest_side || wanted.y > settings_.largest_side) {
+        throw Picture_Error(path + "window: expected sides of at most " + std::to_string(settings_.largest_side) + " pixels");
+    }
     const auto fits = [](std::int32_t origin, std::int32_t length) { return origin <= INT32_MAX - length; };
     if (!fits(options.window_origin().x, options.window_size().x) || !fits(options.window_origin().y, options.window_size().y)) {
         throw Picture_Error(path + "window: expected an origin that leaves room for the window below 2147483647");

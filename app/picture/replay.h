@@ -43,7 +43,8 @@ public:
 };
 
 struct Replay_Settings {
-    bool unchecked = false; // coordinates that renderers trust are not checked either
+    bool unchecked = false;            // coordinates that renderers trust are not checked either
+    std::int32_t largest_side = 16384; // of windows, for who has little memory or time
     // Calls that are made, the last one included. Before them only what sets the renderer up is done.
     std::size_t first = 0;
     std::size_t last = std::numeric_limits<std::size_t>::max();

@@ -1,18 +1,28 @@
 // Every format that assimp knows.
 #include <algorithm>
 #include <assimp/Importer.hpp>
+#include <cerrno>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <new>
 #include <optional>
 #include <string_view>
+#include <system_error>
 
 #include <assimp/GltfMaterial.h>
 #include <assimp/config.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
+#include "app/path.h"
 #include "app/scene/model_reader.h"
 #include "app/scene/polygon.h"
+#if !defined(_WIN32)
+#include "app/scene/separate_process.h"
+#endif
 
 namespace app::scene {
 namespace {
@@ -212,13 +222,7 @@ void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, co
     }
 }
 
-} // namespace
-
-bool is_assimp_format(const std::string& format) {
-    return Assimp::Importer().IsExtensionSupported("." + format);
-}
-
-Mesh read_with_assimp(const Input& input) {
+Mesh read_here(const Input& input) {
     const std::string& file = input.name;
     Assimp::Importer importer;
     importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
@@ -251,6 +255,115 @@ Mesh read_with_assimp(const Input& input) {
         mesh.coordinates.clear();
     }
     return mesh;
+}
+
+#if !defined(_WIN32)
+
+void send(Process_Pipe& pipe, const Mesh& mesh) {
+    pipe.write_list(mesh.positions);
+    pipe.write_list(mesh.normals);
+    pipe.write_list(mesh.colors);
+    pipe.write_list(mesh.triangles);
+    pipe.write_list(mesh.diagonals);
+    pipe.write_list(mesh.coordinates);
+    pipe.write_list(mesh.triangle_materials);
+    pipe.write_list(mesh.materials);
+    pipe.write_value(mesh.images.size());
+    for (const Image_Source& image : mesh.images) {
+        pipe.write_list(image.name);
+        pipe.write_list(image.bytes);
+        pipe.write_value(image.embedded);
+        pipe.write_value(VT_Int_Pair{image.width, image.height});
+    }
+}
+
+Mesh receive(Process_Pipe& pipe) {
+    Mesh mesh;
+    mesh.positions = pipe.read_list<decltype(mesh.positions)>();
+    mesh.normals = pipe.read_list<decltype(mesh.normals)>();
+    mesh.colors = pipe.read_list<decltype(mesh.colors)>();
+    mesh.triangles = pipe.read_list<decltype(mesh.triangles)>();
+    mesh.diagonals = pipe.read_list<decltype(mesh.diagonals)>();
+    mesh.coordinates = pipe.read_list<decltype(mesh.coordinates)>();
+    mesh.triangle_materials = pipe.read_list<decltype(mesh.triangle_materials)>();
+    mesh.materials = pipe.read_list<decltype(mesh.materials)>();
+    for (auto left = pipe.read_value<std::size_t>(); left > 0; --left) {
+        Image_Source& image = mesh.images.emplace_back();
+        image.name = pipe.read_list<std::string>();
+        image.bytes = pipe.read_list<std::string>();
+        image.embedded = pipe.read_value<bool>();
+        const auto size = pipe.read_value<VT_Int_Pair>();
+        image.width = size.x;
+        image.height = size.y;
+    }
+    return mesh;
+}
+
+// Bytes that the library may take for a file of so many.
+std::size_t memory_for(std::uintmax_t file_size) {
+    constexpr std::uintmax_t least = std::uintmax_t{4} << 30, times = 64;
+    return static_cast<std::size_t>(file_size > UINT64_MAX / times ? UINT64_MAX : std::max(least, file_size * times));
+}
+
+#endif
+
+void check_readable(const std::string& file) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path_of(file), error)) {
+        throw Model_Error(file + ": cannot be read: Is a directory");
+    }
+    errno = 0;
+    if (!std::ifstream(path_of(file), std::ios::binary)) {
+        throw Model_Error(file + ": cannot be read: " + std::generic_category().message(errno));
+    }
+}
+
+} // namespace
+
+bool is_assimp_format(const std::string& format) {
+    return Assimp::Importer().IsExtensionSupported("." + format);
+}
+
+// In a process of its own: damaged files make the library crash, run on without end or take all memory.
+Mesh read_with_assimp(const Input& input) {
+    const std::string& file = input.name;
+    if (!input.content) {
+        check_readable(file);
+    }
+#if defined(_WIN32)
+    return read_here(input);
+#else
+    Mesh mesh;
+    std::string refusal;
+    const auto work = [&](Process_Pipe& pipe) {
+        try {
+            const Mesh read = read_here(input);
+            pipe.write_list(std::string());
+            send(pipe, read);
+        } catch (const Model_Error& error) {
+            pipe.write_list(std::string(error.what()));
+        } catch (const std::bad_alloc&) {
+            pipe.write_list(file + ": expected a model file: there is not enough memory to read it");
+        }
+    };
+    const auto take = [&](Process_Pipe& pipe) {
+        refusal = pipe.read_list<std::string>();
+        if (refusal.empty()) {
+            mesh = receive(pipe);
+        }
+    };
+    std::error_code ignored;
+    const std::uintmax_t size = input.content ? input.content->size() : std::filesystem::file_size(path_of(file), ignored);
+    try {
+        run_apart(memory_for(ignored ? 0 : size), work, take);
+    } catch (const Broken_Off& error) {
+        throw Model_Error(file + ": expected a model file: the library for its format came to its end by " + error.what());
+    }
+    if (!refusal.empty()) {
+        throw Model_Error(refusal);
+    }
+    return mesh;
+#endif
 }
 
 } // namespace app::scene

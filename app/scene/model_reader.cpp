@@ -3,14 +3,20 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <new>
+#include <stdexcept>
+#include <system_error>
 #include <utility>
 
 #include "app/path.h"
 
 namespace app::scene {
 namespace {
+
+constexpr std::uintmax_t most_bytes = std::uintmax_t{1} << 32; // of a file
 
 std::string lower_case(std::string text) {
     std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
@@ -42,10 +48,14 @@ std::string read_file(const std::string& file) {
     if (error) {
         throw Model_Error(file + ": cannot be read: " + error.message());
     }
+    if (size > most_bytes) {
+        throw Model_Error(file + ": expected at most 4096 MiB, found " + std::to_string(size >> 20));
+    }
+    errno = 0;
     std::ifstream stream(file, std::ios::binary);
     std::string content(size, '\0');
     if (!stream.read(content.data(), static_cast<std::streamsize>(size))) {
-        throw Model_Error(file + ": cannot be read");
+        throw Model_Error(file + ": cannot be read" + (errno != 0 ? ": " + std::generic_category().message(errno) : ""));
     }
     return content;
 }
@@ -84,11 +94,19 @@ Mesh load_models(std::vector<Input>& inputs, bool empty) {
     std::vector<Mesh> meshes;
     std::vector<std::string> names;
     for (Input& input : inputs) {
-        meshes.push_back(read_model(input));
-        input.content.reset();
         names.push_back(input.name);
     }
-    return joined_mesh(std::move(meshes), names, empty);
+    std::string reading = names.front();
+    try {
+        for (Input& input : inputs) {
+            reading = input.name;
+            meshes.push_back(read_model(input));
+            input.content.reset();
+        }
+        return joined_mesh(std::move(meshes), names, empty);
+    } catch (const std::bad_alloc&) {
+        throw std::runtime_error(reading + ": not enough memory to read it");
+    }
 }
 
 Mesh load_model(const std::string& file) {

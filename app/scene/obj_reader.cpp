@@ -5,6 +5,7 @@
 #include <cmath>
 #include <filesystem>
 #include <map>
+#include <set>
 
 #include "app/scene/model_reader.h"
 #include "app/scene/polygon.h"
@@ -117,6 +118,9 @@ private:
     // A library that is missing or broken costs only the materials.
     void read_materials(const std::string& name) {
         const std::string library = (std::filesystem::path(file_).parent_path() / name).string();
+        if (!libraries_.insert(library).second) {
+            return; // a short file can name a long library as often as it likes
+        }
         try {
             const std::string content = read_file(library);
             Text_Cursor cursor(library, content);
@@ -263,6 +267,7 @@ private:
     std::vector<std::uint32_t> triangle_materials_;
     Tuple_Table<4> corners_; // position, normal, material, texture coordinate
     std::map<std::string, std::uint32_t> material_numbers_;
+    std::set<std::string> libraries_;
     std::vector<Obj_Material> materials_;
     Mesh mesh_;
     std::uint32_t material_ = none;

@@ -1,0 +1,66 @@
+#!/usr/bin/env bash
+# usage: scripts/fuzz.sh [NAME...] [--minutes N]
+# Builds the fuzzers (tests/fuzz, Clang, AddressSanitizer and UndefinedBehaviorSanitizer) and runs those named, or all, one after the
+# other for N minutes of processor time each (30). They begin with the inputs in tests/fuzz/corpus and with what earlier runs found.
+# build/clang-fuzz/fuzz/NAME holds what they collect, results a line for each run; a finding ends the script and is in NAME-findings.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+minutes=30
+names=()
+while [ $# -gt 0 ]; do
+    case $1 in
+    --minutes)
+        minutes=${2:?--minutes: expected a number}
+        shift
+        ;;
+    -*)
+        echo "usage: scripts/fuzz.sh [NAME...] [--minutes N]; found '$1'" >&2
+        exit 2
+        ;;
+    *) names+=("$1") ;;
+    esac
+    shift
+done
+all=(pictures models maps drawings images renderers)
+[ ${#names[@]} -gt 0 ] || names=("${all[@]}")
+for name in "${names[@]}"; do
+    [[ " ${all[*]} " == *" $name "* ]] || {
+        echo "fuzz.sh: expected one of ${all[*]}, found '$name'" >&2
+        exit 2
+    }
+done
+
+build=build/clang-fuzz
+cmake --preset clang-fuzz >/dev/null
+cmake --build "$build" --target "${names[@]/#/fuzz_}" -j "$(nproc)"
+folder=$build/fuzz
+mkdir -p "$folder"
+
+# Puts into `seconds` what processor time the commands run here so far have taken. A shell within this one would tell of its own.
+take_time() {
+    times >"$folder/times"
+    seconds=$(awk 'NR == 2 { split($1, u, /[ms]/); split($2, s, /[ms]/); print int(u[1] * 60 + u[2] + s[1] * 60 + s[2]) }' "$folder/times")
+}
+
+for name in "${names[@]}"; do
+    mkdir -p "$folder/$name" "$folder/$name-findings"
+    options=(-max_len=16384 -timeout=120 -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$folder/$name-findings/")
+    [ ! -e "tests/fuzz/$name.dict" ] || options+=(-dict="tests/fuzz/$name.dict")
+    seeds=("tests/fuzz/corpus/$name")
+    [ "$name" != pictures ] || seeds+=(pictures)
+    take_time
+    start=$seconds used=0 executions=0
+    while [ "$used" -lt $((minutes * 60)) ]; do
+        log=$folder/$name.log
+        "$build/bin/fuzz_$name" "${options[@]}" -max_total_time=$((minutes * 60 - used)) "$folder/$name" "${seeds[@]}" >"$log" 2>&1 || {
+            tail -n 40 "$log" >&2
+            exit 1
+        }
+        executions=$((executions + $(awk '/stat::number_of_executed_units/ { print $2 }' "$log")))
+        take_time
+        used=$((seconds - start))
+    done
+    coverage=$(grep -o 'cov: [0-9]* ft: [0-9]*' "$log" | tail -n 1)
+    printf '%s %s: %d executions in %d seconds of processor time, %s, no finding\n' \
+        "$(git describe --always --dirty)" "$name" "$executions" "$used" "$coverage" | tee -a "$folder/results"
+done

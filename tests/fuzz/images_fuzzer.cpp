@@ -1,0 +1,103 @@
+// PNG and JPEG images as vorna compare and textures read them, parts of pictures as vorna assemble does, and compressed files.
+// The first byte says which, and whether the check sums of a PNG file are made right, as fuzzers cannot.
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+
+#include <zlib.h>
+
+#include "app/gzip.h"
+#include "app/image_comparison.h"
+#include "app/part_reader.h"
+#include "app/scene/texture.h"
+#include "tests/fuzz/fuzzing.h"
+
+namespace {
+
+using namespace fuzzing;
+
+// Images may be as large as the reader allows and small as files; drawing textures of them is another matter.
+constexpr std::int64_t most_pixels = 1 << 16;
+
+std::string with_check_sums(std::string_view given) {
+    constexpr std::size_t signature = 8, frame = 12; // length, name and check sum of a chunk
+    std::string png(given);
+    const auto byte = [&](std::size_t place) { return std::size_t{static_cast<std::uint8_t>(png[place])}; };
+    for (std::size_t start = signature; start + frame <= png.size();) {
+        const std::size_t length = byte(start) << 24 | byte(start + 1) << 16 | byte(start + 2) << 8 | byte(start + 3);
+        if (length > png.size() - start - frame) {
+            break;
+        }
+        const auto sum = crc32(0, reinterpret_cast<const Bytef*>(png.data() + start + 4), static_cast<uInt>(length + 4));
+        for (std::size_t i = 0; i < 4; ++i) {
+            png[start + 8 + length + i] = static_cast<char>(sum >> (24 - 8 * i) & 0xFF);
+        }
+        start += frame + length;
+    }
+    return png;
+}
+
+void read_part(std::string_view bytes) {
+    static const std::filesystem::path path =
+        std::filesystem::temp_directory_path() / ("vorna-fuzz-" + std::to_string(std::random_device()()) + ".png");
+    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    const struct Removal {
+        ~Removal() {
+            std::error_code ignored;
+            std::filesystem::remove(path, ignored);
+        }
+    } removal;
+    app::Part_Reader reader(path.string());
+    if (std::uint64_t{reader.form().width} * reader.form().height <= most_pixels) {
+        std::vector<std::uint8_t> row(reader.form().width * reader.form().pixel_bytes());
+        for (std::uint32_t r = 0; r < reader.form().height; ++r) {
+            reader.read_row(row.data());
+        }
+    }
+}
+
+void make_texture(std::string_view bytes, std::uint8_t style) {
+    const app::scene::Image image = app::scene::decode_image(bytes);
+    if (std::int64_t{image.width} * image.height > most_pixels) {
+        return;
+    }
+    app::scene::Material material;
+    material.wrap_u = static_cast<app::scene::Wrap>(style % 3);
+    material.wrap_v = static_cast<app::scene::Wrap>(style / 3 % 3);
+    app::scene::Texture texture("image", image, material);
+    const double covered[] = {0.01 * style, 0.1}, low[] = {-0.5, 0}, high[] = {1.5, 1};
+    texture.cut(covered, low, high);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Bytes input(text_of(data, size));
+    const std::uint8_t way = input.byte();
+    const std::string bytes = way < 128 ? with_check_sums(input.rest()) : std::string(input.rest());
+    switch (way % 4) {
+    case 0:
+        try_out<app::Png_Error>([&] {
+            const app::Png_Image image = app::read_png(bytes);
+            if (std::int64_t{image.width} * image.height <= most_pixels && !app::compare(image, image, {}).is_same) {
+                fail("an image differs from itself");
+            }
+        });
+        break;
+    case 1:
+        try_out<app::scene::Image_Error>([&] { make_texture(bytes, way / 4); });
+        break;
+    case 2:
+        try_out([&] { read_part(bytes); });
+        break;
+    default:
+        // Damaged compressed data is an error of no class of its own.
+        try_out<std::runtime_error>([&] {
+            if (app::gunzip(input.rest(), 1 << 20).size() > 1 << 20) {
+                fail("more was unpacked than was asked for");
+            }
+        });
+    }
+    return 0;
+}

@@ -1,0 +1,88 @@
+// Models of the formats that have readers here: read, and drawn when they are right. The first byte says the format, the second
+// one how it is drawn; an OBJ file's material library may follow it behind a line of its own.
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+#include "app/model_options.h"
+#include "app/scene/model_reader.h"
+#include "tests/fuzz/fuzzing.h"
+
+namespace {
+
+using namespace app;
+
+// Where material libraries lie, with an image that they may name.
+class Folder {
+public:
+    Folder() : path_(std::filesystem::temp_directory_path() / ("vorna-fuzz-" + std::to_string(std::random_device()()))) {
+        std::filesystem::create_directories(path_);
+        std::ofstream image(path_ / "image.png", std::ios::binary);
+        constexpr unsigned char png[] = {0x89, 'P',  'N',  'G',  13,   10,   26,   10,   0,   0,    0,    13,   'I',  'H',  'D',
+                                         'R',  0,    0,    0,    2,    0,    0,    0,    2,   8,    6,    0,    0,    0,    0x72,
+                                         0xB6, 0x0D, 0x24, 0,    0,    0,    0x11, 'I',  'D', 'A',  'T',  0x78, 0x9C, 0x63, 0xF8,
+                                         0xCF, 0xC0, 0xF0, 0x1F, 0x84, 0x19, 0x60, 0x0C, 0,   0x47, 0xCA, 0x07, 0xF9, 0x97, 0xDD,
+                                         0x67, 0x9C, 0,    0,    0,    0,    'I',  'E',  'N', 'D',  0xAE, 0x42, 0x60, 0x82};
+        image.write(reinterpret_cast<const char*>(png), sizeof png);
+    }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+    ~Folder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+
+    std::string file(const char* name) const { return (path_ / name).string(); }
+
+private:
+    std::filesystem::path path_;
+};
+
+scene::Mesh read_obj_with_library(std::string_view content) {
+    static const Folder folder;
+    constexpr std::string_view border = "\n----\n";
+    const std::size_t end = content.find(border);
+    if (end != content.npos) {
+        const std::string_view library = content.substr(end + border.size());
+        std::ofstream(folder.file("library.mtl"), std::ios::binary)
+            .write(library.data(), static_cast<std::streamsize>(library.size()));
+    }
+    return scene::read_obj(folder.file("model.obj"), content.substr(0, end));
+}
+
+scene::Mesh read(std::size_t format, std::string_view content) {
+    const std::string name = "model";
+    return format == 0   ? scene::read_ply(name, content)
+           : format == 1 ? scene::read_stl(name, content)
+                         : read_obj_with_library(content);
+}
+
+void draw(const scene::Mesh& mesh, std::uint8_t style) {
+    Model_Options options;
+    constexpr scene::Shading shadings[] = {scene::Shading::gouraud, scene::Shading::flat, scene::Shading::textured,
+                                           scene::Shading::wireframe, scene::Shading::hidden_line};
+    options.picture.shading = shadings[style % 5];
+    options.edges = (style & 4) != 0 ? "all" : (style & 8) != 0 ? "feature" : "";
+    options.colors = (style & 16) != 0 ? 8 : 32;
+    options.antialias = (style & 32) != 0 && options.colors == 32 && options.has_edges();
+    constexpr VT_Int_Pair size{48, 40};
+    Drawn_Model model = make_model(options, mesh);
+    const scene::Camera camera = scene::fit_camera(camera_settings_of(options, mesh, size), model.points());
+    const scene::Tile_Grid grid(VT_Int_Rectangle{0, size.x, 0, size.y});
+    model.prepare(grid, camera, picture_settings_of(options), edge_settings_of(options));
+    Tile_Artist(fuzzing::renderer_module(), palette_of(options).drawn).draw(model, grid, 0, background_of(options));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzzing::Bytes input(fuzzing::text_of(data, size));
+    const std::size_t format = input.choice(3);
+    const std::uint8_t style = input.byte();
+    fuzzing::try_out([&] {
+        scene::Mesh mesh = read(format, input.rest());
+        scene::finish_mesh(mesh, "model");
+        draw(mesh, style);
+    });
+    return 0;
+}

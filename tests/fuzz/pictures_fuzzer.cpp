@@ -1,0 +1,316 @@
+// Pictures: read, and replayed when they are right.
+#include <array>
+
+#include "app/gzip.h"
+#include "app/picture/call_kinds.h"
+#include "app/picture/document.h"
+#include "app/picture/picture_reader.h"
+#include "app/picture/replay.h"
+#include "app/session.h"
+#include "tests/fuzz/guarded_buffers.h"
+#include "tests/fuzz/json_mutator.h"
+
+namespace {
+
+using app::check::Random;
+using Json = nlohmann::ordered_json;
+
+constexpr std::string_view keys[] = {"picture",
+                                     "window",
+                                     "width",
+                                     "height",
+                                     "origin",
+                                     "local_coordinates",
+                                     "color_system",
+                                     "buffer_depth",
+                                     "alpha_blending",
+                                     "palette",
+                                     "colors",
+                                     "cube",
+                                     "base",
+                                     "levels",
+                                     "options",
+                                     "zbuffer_write",
+                                     "zbuffer_test",
+                                     "rendition",
+                                     "renditions",
+                                     "texels",
+                                     "complex_clips",
+                                     "output",
+                                     "calls",
+                                     "call",
+                                     "points",
+                                     "single",
+                                     "parameters",
+                                     "color",
+                                     "index",
+                                     "start",
+                                     "end",
+                                     "center",
+                                     "radii",
+                                     "rotation",
+                                     "pixels",
+                                     "image",
+                                     "format",
+                                     "rectangle",
+                                     "fill",
+                                     "top_left",
+                                     "bottom_right",
+                                     "depths",
+                                     "value",
+                                     "hard_clip",
+                                     "depth_test",
+                                     "drawing_mode",
+                                     "flags",
+                                     "complex_clip",
+                                     "window_offset",
+                                     "face",
+                                     "contrast_color",
+                                     "contrast_index",
+                                     "pattern",
+                                     "bitmap",
+                                     "rows",
+                                     "texture",
+                                     "matrix",
+                                     "mode",
+                                     "line",
+                                     "weight",
+                                     "style",
+                                     "line_types",
+                                     "per_segment",
+                                     "scale",
+                                     "types",
+                                     "kind",
+                                     "leading",
+                                     "trailing",
+                                     "elements",
+                                     "cap",
+                                     "join",
+                                     "marker",
+                                     "symbol",
+                                     "size",
+                                     "standard",
+                                     "point",
+                                     "Margin",
+                                     "Use Mask",
+                                     "Clip Phase",
+                                     "Enable Tiling",
+                                     "Merge Control Background Color",
+                                     "Force Merge Control On",
+                                     "Mask Cache",
+                                     "Color Buffer",
+                                     "Depth Buffer",
+                                     "ZBuffer Write"};
+
+constexpr std::size_t kind_count = std::size(app::picture::call_kinds);
+
+constexpr auto words = [] {
+    std::array<std::string_view, kind_count + 3> list{};
+    for (std::size_t i = 0; i < kind_count; ++i) {
+        list[i] = app::picture::call_kinds[i].name;
+    }
+    list[kind_count] = "0110";
+    list[kind_count + 1] = "ff0000ff00ff0080";
+    list[kind_count + 2] = "00ff";
+    return list;
+}();
+
+Json color(Random& random) {
+    Json list = {random.byte(), random.byte(), random.byte()};
+    if (random.chance(30)) {
+        list.push_back(random.byte());
+    }
+    return list;
+}
+
+Json colors(Random& random, std::int32_t count) {
+    Json list = Json::array();
+    for (std::int32_t i = 0; i < count; ++i) {
+        list.push_back(color(random));
+    }
+    return list;
+}
+
+// Inside most windows, or anywhere.
+Json place(Random& random, bool anywhere, int dimensions = 2) {
+    Json point;
+    for (int i = 0; i < dimensions; ++i) {
+        point.push_back(anywhere && random.chance(30) ? fuzzing::odd_number(random) : Json(random.number(0, 31)));
+    }
+    return point;
+}
+
+Json rendition(Random& random) {
+    Json result = Json::object();
+    if (random.chance(40)) {
+        result["face"] = {{"color", color(random)}, {"pattern", random.number(0, 90)}, {"flags", random.number(0, 63)}};
+    }
+    if (random.chance(40)) {
+        result["line"] = {{"color", color(random)},       {"weight", random.number(0, 8)}, {"style", random.number(0, 6)},
+                          {"flags", random.number(0, 3)}, {"cap", random.number(0, 3)},    {"join", random.number(0, 3)}};
+    }
+    if (random.chance(20)) {
+        result["marker"] = {{"color", color(random)}, {"symbol", random.number(0, 9)}, {"size", random.number(0, 12)}};
+    }
+    if (random.chance(20)) {
+        result["hard_clip"] = {random.number(-5, 20), random.number(0, 70), random.number(-5, 20), random.number(0, 70)};
+    }
+    if (random.chance(20)) {
+        result["drawing_mode"] = random.number(0, 1) * 20;
+        result["flags"] = random.number(0, 15);
+    }
+    if (random.chance(20)) {
+        result["complex_clip"] = Json::array({Json::array({place(random, true), place(random, false), place(random, false)})});
+    }
+    if (random.chance(15)) {
+        result["line"]["line_types"] = {
+            {"per_segment", random.chance(50)},
+            {"scale", random.number(0, 4)},
+            {"types",
+             {{{"kind", random.number(0, 8)},
+               {"width", random.number(0, 4)},
+               {"elements", {{random.number(0, 9), random.number(-1, 1)}, {random.number(0, 9), random.number(-1, 1)}}}}}}};
+    }
+    if (random.chance(15)) {
+        const std::int32_t width = 1 << random.number(0, 3), height = random.number(1, 4);
+        result["face"]["texture"] = {{"width", width}, {"height", height}, {"texels", colors(random, width * height)}};
+    }
+    return result;
+}
+
+Json points(Random& random, std::string_view name, std::int32_t count) {
+    const bool anywhere = !name.starts_with("draw_dc") || random.chance(3);
+    const bool whole = name.find("2di") != name.npos || name.find("dci") != name.npos;
+    Json list = Json::array();
+    for (std::int32_t i = 0; i < count; ++i) {
+        Json point = place(random, anywhere, random.number(2, 3));
+        for (Json& coordinate : point) {
+            if (!whole && random.chance(30)) {
+                coordinate = random.number(0, 32000) / 1024.0;
+            } else if (whole && coordinate.is_number_float()) {
+                coordinate = random.number(-40000, 40000);
+            }
+        }
+        list.push_back(std::move(point));
+    }
+    return list;
+}
+
+Json rows(Random& random, std::int32_t columns, std::int32_t count, bool of_colors) {
+    Json list = Json::array();
+    for (std::int32_t r = 0; r < count; ++r) {
+        Json row = of_colors ? colors(random, columns) : Json::array();
+        for (std::int32_t c = 0; c < columns && !of_colors; ++c) {
+            row.push_back(random.byte());
+        }
+        list.push_back(std::move(row));
+    }
+    return list;
+}
+
+void add_image(Random& random, std::string_view name, Json& call) {
+    const std::int32_t left = random.number(0, 20), top = random.number(5, 31), width = random.number(1, 12),
+                       height = random.number(1, 5);
+    const Json upper{left, top}, lower{left + width - 1, top - height + 1};
+    if (name == "draw_dci_image") {
+        const bool in_colors = random.chance(60);
+        call["start"] = place(random, true);
+        call["start"] = {random.number(-9, 40), random.number(-9, 40)};
+        call["image"] = {{"format", in_colors ? 2 : 1},
+                         {"width", width},
+                         {"height", height},
+                         {"pixels", rows(random, width, height, in_colors)}};
+    } else if (name.starts_with("draw_")) {
+        call["start"] = upper;
+        call["end"] = lower;
+        call["pixels"] = rows(random, width, height, name == "draw_dci_rgb32_image");
+    } else {
+        call["top_left"] = upper;
+        call["bottom_right"] = lower;
+        if (name.starts_with("write_")) {
+            call["depths"] = rows(random, width, height, false);
+        } else {
+            call["format"] = random.number(1, 9);
+        }
+    }
+}
+
+// A call with all that it needs.
+Json new_call(Random& random) {
+    const std::string_view name = app::picture::call_kinds[static_cast<std::size_t>(random.number(0, kind_count - 1))].name;
+    Json call{{"call", std::string(name)}};
+    const std::int32_t count = random.number(1, 7);
+    if (name == "establish") {
+        call["window"] = {{"width", random.number(1, 64)}, {"height", random.number(1, 64)}};
+        call["buffer_depth"] = random.number(0, 1) * 16;
+        call["color_system"] = random.number(0, 1);
+        call["alpha_blending"] = random.chance(50);
+        call["options"] = {{"Use Mask", random.chance(50)}, {"Enable Tiling", random.chance(30)}};
+        return call;
+    }
+    if (name.starts_with("set_")) {
+        call["value"] = name == "set_zbuffer_test" ? Json(random.number(0, 6)) : Json(random.chance(50));
+        return call;
+    }
+    if (name == "present" || name == "draw_window" || name == "clear_depth_rectangle") {
+        call["rectangle"] = {random.number(0, 15), random.number(15, 31), random.number(0, 15), random.number(15, 31)};
+        if (name == "draw_window") {
+            call["color"] = color(random);
+            call["fill"] = random.number(0, 90);
+        }
+    } else if (name.find("image") != name.npos || name == "write_depth_rectangle") {
+        add_image(random, name, call);
+    } else if (name == "draw_dci_dot") {
+        call["point"] = place(random, false);
+    } else if (name.find("ellip") != name.npos) {
+        call["center"] = {random.number(8, 24), random.number(8, 24)};
+        call["radii"] = {random.number(0, 12), random.number(0, 12)};
+        if (random.chance(50)) {
+            call["start"] = random.number(-7000, 7000) / 1000.0;
+            call["rotation"] = random.number(-7000, 7000) / 1000.0;
+        }
+    } else {
+        call["points"] = points(random, name, count);
+        if (name.find("colorized") != name.npos || name.find("gouraud") != name.npos || name.find("textured") != name.npos) {
+            call["colors"] = colors(random, count);
+        }
+        if (name.find("textured") != name.npos) {
+            for (std::int32_t i = 0; i < count; ++i) {
+                call["parameters"].push_back({random.number(-2000, 2000) / 1000.0, random.number(0, 1000) / 1000.0});
+            }
+        }
+    }
+    if (name != "present" && random.chance(50)) {
+        call["rendition"] = rendition(random);
+    }
+    if (name != "present" && random.chance(10)) {
+        call["standard"] = true;
+    }
+    return call;
+}
+
+void replay(std::string_view text) {
+    using namespace app::picture;
+    const std::string unpacked = app::is_gzip(text) ? app::gunzip(text, std::size_t{1} << 20) : std::string(text);
+    const Picture picture = read_picture(unpacked);
+    fuzzing::Guarded_Buffers buffers({static_cast<std::int32_t>(text.size() % 3), static_cast<std::int32_t>(text.size() % 5)});
+    app::Session session(fuzzing::renderer_module());
+    session.renderer().buffer_creation = buffers.callback();
+    Replay_Settings settings;
+    settings.largest_side = 384;
+    settings.after_call = [&](std::size_t call) {
+        buffers.check(picture.calls[call].kind->name == "draw_window" ||
+                      picture.calls[call].kind->name == "clear_depth_rectangle");
+    };
+    json_of(replay(picture, session, settings));
+}
+
+} // namespace
+
+const fuzzing::Vocabulary fuzzing::vocabulary{keys, words, "calls", new_call};
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    // Damaged compressed data is the one error that has no class of its own.
+    fuzzing::try_out<std::runtime_error>([&] { replay(fuzzing::text_of(data, size)); });
+    return 0;
+}

@@ -1,0 +1,270 @@
+#!/usr/bin/env bash
+# Gives the command files and outputs that are against it. Every time it must say what is wrong in one line, end with the right
+# status, leave no file, and get along with little time and memory. usage: hostile_input.sh VORNA PICTURES
+# HOSTILE_MEMORY: kilobytes of addresses that it may use, or unlimited, as sanitizers need.
+set -uo pipefail
+vorna=$1
+pictures=$(cd "$2" && pwd)
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+cd "$folder"
+mkdir out
+cases=0
+failures=0
+
+fail() {
+    failures=$((failures + 1))
+    printf 'FAILED: %s\n  command: %s\n' "$1" "$2" >&2
+    sed 's/^/  it says: /' "$folder/errors" >&2
+}
+
+# run COMMAND...: its status in `status`, what it says in the file errors. Whoever is killed by the limit of time has status 124.
+run() {
+    (
+        ulimit -v "${HOSTILE_MEMORY:-2000000}"
+        exec timeout 60 "$@"
+    ) 2>"$folder/errors"
+    status=$?
+}
+
+# expect STATUS PATTERN COMMAND...: PATTERN is a regular expression for the only line of the message.
+expect() {
+    local wanted=$1 pattern=$2
+    shift 2
+    run "$@"
+    judge "$wanted" "$pattern" "$*"
+}
+
+judge() {
+    local wanted=$1 pattern=$2 command=$3
+    cases=$((cases + 1))
+    [ "$status" = "$wanted" ] || fail "status $status, expected $wanted" "$command"
+    [ "$(wc -l <errors)" = 1 ] || fail "expected one line" "$command"
+    grep -Eq "^vorna: $pattern" errors || fail "expected: $pattern" "$command"
+    [ -z "$(ls -A out)" ] || fail "left behind: $(ls -A out)" "$command"
+    rm -rf out/*
+}
+
+render() { expect "$1" "$2" "$vorna" render "$3" -o out/picture.png; }
+
+# cut FILE SHARE: the file without its end, beside it under the same suffix.
+cut_off() { head -c $(($(wc -c <"$1") * $2 / 100)) "$1" >"cut.${1#*.}"; }
+
+nested() { head -c "$1" /dev/zero | tr '\0' '['; }
+
+triangle='v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n'
+printf "$triangle" >good.obj
+small='{"picture":1,"window":{"width":8,"height":8},"calls":[]}'
+printf '%s' "$small" >good.json
+
+# Nothing in it, and no file at all.
+for suffix in obj ply stl json dxf gltf 3ds; do
+    : >"empty.$suffix"
+    mkdir "folder.$suffix"
+    render 2 "empty.$suffix:" "empty.$suffix"
+    render 2 "folder.$suffix: cannot be read: Is a directory" "folder.$suffix"
+    render 2 "none.$suffix: cannot be read: No such file" "none.$suffix"
+done
+for command in "replay" "info" "compare good.png" "assemble -o out/picture.png" "check"; do
+    for file in empty.json folder.obj none.png; do
+        expect 2 "(good.png|$file): (cannot be read|expected|parse error|not loadable|no )" "$vorna" $command "$file"
+    done
+done
+expect 2 "standard input: cannot be read: Is a directory" "$vorna" replay - <folder.obj
+expect 2 "standard input: cannot be read: Bad file descriptor" "$vorna" replay - <&-
+expect 2 "/proc/self/mem: cannot be read: Input/output error" "$vorna" info /proc/self/mem
+
+# Not ours: tried by somebody else when this is the administrator, who may read and write everything.
+chmod 755 "$folder"
+user=()
+[ "$(id -u)" != 0 ] || user=(setpriv --reuid=65534 --clear-groups)
+if "${user[@]}" test -x "$vorna" 2>/dev/null; then
+    mkdir locked
+    for file in locked.obj locked.ply locked.gltf locked.geojson locked.dxf locked.json; do
+        cp good.obj $file
+        chmod 0 $file
+        reader=(render "$file" -o /dev/null)
+        [ $file != locked.json ] || reader=(replay "$file")
+        expect 2 "$file: cannot be read: Permission denied" "${user[@]}" "$vorna" "${reader[@]}"
+    done
+    chmod 555 locked
+    expect 1 "locked/picture.png: cannot be written: Permission denied" "${user[@]}" "$vorna" render good.obj -o locked/picture.png
+fi
+
+# Cut off in the middle.
+{
+    printf 'ply\nformat binary_little_endian 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n'
+    printf 'element face 1\nproperty list uchar int vertex_indices\nend_header\n'
+    printf '\0\0\0\0\0\0\0\0\0\0\0\0\0\0\200\077\0\0\0\0\0\0\0\0\0\0\0\0\0\0\200\077\0\0\0\0\3\0\0\0\0\1\0\0\0\2\0\0\0'
+} >model.ply
+{
+    head -c 80 /dev/zero
+    printf '\1\0\0\0'
+    head -c 12 /dev/zero
+    printf '\0\0\0\0\0\0\0\0\0\0\0\0\0\0\200\077\0\0\0\0\0\0\0\0\0\0\0\0\0\0\200\077\0\0\0\0\0\0'
+} >model.stl
+printf '{"type":"Feature","geometry":{"type":"Point","coordinates":[1,2]},"properties":null}' >map.geojson
+printf '0\nSECTION\n2\nENTITIES\n0\nLINE\n10\n0\n20\n0\n11\n1\n21\n1\n0\nENDSEC\n0\nEOF\n' >plan.dxf
+for file in model.ply model.stl map.geojson plan.dxf; do
+    "$vorna" render "$file" -o whole.png || fail "a good file was refused" "$file"
+    cut_off "$file" 80
+    render 2 "cut.${file#*.}:.*(found the end of the file|parse error|expected)" "cut.${file#*.}"
+done
+"$vorna" render good.obj -o whole.png --size 64x64 --record whole.json.gz
+for part in 0 1; do
+    "$vorna" render good.obj -o part$part.png --size 64x64 --tiles-of 2x1 --tile $part
+done
+for share in 10 60 99; do
+    cut_off whole.png "$share"
+    expect 2 "cut.png: expected a PNG file" "$vorna" compare cut.png whole.png
+    cut_off part0.png "$share"
+    expect 2 "cut.png: expected a part drawn with --tiles-of, found" "$vorna" assemble cut.png part1.png -o out/picture.png
+    cut_off whole.json.gz "$share"
+    expect 2 "cut.json.gz: compressed data" "$vorna" replay cut.json.gz --color out/picture.png
+done
+
+# Sizes that no file has.
+for count in 2147483648 4294967295 4611686018427387904 9223372036854775807; do
+    printf 'ply\nformat ascii 1.0\nelement vertex %s\nproperty float x\nproperty float y\nproperty float z\nend_header\n0 0 0\n' $count >huge.ply
+    render 2 "huge.ply:9: expected a vertex property, found the end of the file" huge.ply
+    printf 'ply\nformat ascii 1.0\nelement vertex 1\nproperty int x\nelement face 1\nproperty list int int vertex_indices\nend_header\n0\n%s 0 0 0\n' $count >huge.ply
+    render 2 "huge.ply:[0-9]*: expected a vertex index" huge.ply
+done
+{
+    head -c 80 /dev/zero
+    printf '\377\377\377\377'
+    head -c 50 /dev/zero
+} >huge.stl
+render 2 "huge.stl: byte 134: expected 4294967295 facets" huge.stl
+truncate -s 100G huge.obj
+render 2 "huge.obj: expected at most 4096 MiB" huge.obj
+truncate -s 100G huge.json
+render 2 "huge.json: expected at most 4096 MiB" huge.json
+expect 2 "huge.json: longer than 256 MiB" "$vorna" replay huge.json
+rm huge.obj huge.json
+printf '\211PNG\r\n\032\n\0\0\0\rIHDR\177\377\377\377\177\377\377\377\10\6\0\0\0\0\0\0\0' >huge.png
+expect 2 "huge.png: expected a PNG file" "$vorna" compare huge.png huge.png
+for window in '"width":2147483647' '"height":16385' '"width":-1' '"origin":[2147483647,0]'; do
+    printf '{"picture":1,"window":{%s},"calls":[]}' "$window" >huge.json
+    expect 2 "huge.json: window" "$vorna" replay huge.json --color out/picture.png
+done
+buffer='"buffers":[{"byteLength":1099511627776,"uri":"data:application/octet-stream;base64,AAAA"}]'
+views='"bufferViews":[{"buffer":0,"byteLength":1099511627776}],"accessors":[{"bufferView":0,"componentType":5126,"count":2147483648,"type":"VEC3"}]'
+mesh='"meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],"nodes":[{"mesh":0}],"scenes":[{"nodes":[0]}],"scene":0'
+printf '{"asset":{"version":"2.0"},%s,%s,%s}' "$buffer" "$views" "$mesh" >huge.gltf
+render 2 "huge.gltf: expected a model file: " huge.gltf
+gzip -c < <(head -c 300000000 /dev/zero) >bomb.json.gz
+expect 2 "bomb.json.gz: longer than 256 MiB when unpacked" "$vorna" info bomb.json.gz
+
+# What is no number, or none that fits.
+for number in nan inf -inf 1e39; do
+    printf "v 0 0 $number\n$triangle" >odd.obj
+    render 2 "odd.obj:1: expected a vertex coordinate, found '$number'" odd.obj
+    printf 'solid\nfacet normal 0 0 1\nouter loop\nvertex 0 %s 0\n' "$number" >odd.stl
+    render 2 "odd.stl:4: expected a vertex coordinate, found '$number'" odd.stl
+done
+for number in nan inf 1e999; do
+    sed "s/^1\$/$number/" plan.dxf >odd.dxf
+    render 2 "odd.dxf:[0-9]*: expected a number, found '$number'" odd.dxf
+    sed "s/\[1,/[$number,/" map.geojson >odd.geojson
+    render 2 "odd.geojson: (parse error|number overflow)" odd.geojson
+    printf '{"picture":1,"calls":[{"call":"draw_2d_polyline","points":[[0,%s]]}]}' $number >odd.json
+    expect 2 "odd.json: " "$vorna" replay odd.json --color out/picture.png
+done
+sed 's/\[1,/[1e300,/' map.geojson >odd.geojson
+render 2 "odd.geojson: shape 0: expected degrees, found 1e\+300" odd.geojson
+expect 2 "odd.geojson: shape 0: expected coordinates up to 1e100" "$vorna" render odd.geojson -o out/picture.png --projection plane
+{
+    head -c 96 model.stl
+    printf '\0\0\300\177'
+    tail -c +101 model.stl
+} >odd.stl
+render 2 "odd.stl: byte 96: expected three finite coordinates" odd.stl
+
+# What names itself, and what nests.
+printf 'mtllib self.obj\n%b' "$triangle" >self.obj
+run "$vorna" render self.obj -o whole.png
+[ $status = 0 ] || fail "a library that is no library costs more than the materials" self.obj
+printf '0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n2\nb\n0\nINSERT\n2\nb\n10\n0\n20\n0\n0\nENDBLK\n0\nENDSEC\n0\nSECTION\n2\nENTITIES\n0\nINSERT\n2\nb\n10\n0\n20\n0\n0\nENDSEC\n0\nEOF\n' >self.dxf
+render 2 "self.dxf:10: expected blocks at most 16 deep" self.dxf
+printf '{"asset":{"version":"2.0"},"nodes":[{"children":[0]}],"scenes":[{"nodes":[0]}],"scene":0}' >self.gltf
+render 2 "self.gltf: expected a model file: " self.gltf
+nested 1000000 >deep.json
+render 2 "deep.json: parse error" deep.json
+expect 2 "deep.json: (\[0\])*: nested too deeply" "$vorna" replay deep.json
+{
+    printf '{"type":'
+    nested 1000000
+    nested 1000000 | tr '[' ']'
+    printf '}'
+} >deep.json
+render 2 "deep.json: type: expected a kind of geometry, found array" deep.json
+{
+    printf '{"type":"FeatureCollection","features":['
+    for ((i = 0; i < 100; ++i)); do printf '{"type":"GeometryCollection","geometries":['; done
+} >deep.json
+render 2 "deep.json: parse error" deep.json
+printf '{"asset":%s' "$(nested 100000)" >deep.gltf
+render 2 "deep.gltf: expected a model file: " deep.gltf
+
+# Where nothing can be written.
+model=(render good.obj --size 300x300)
+for output in out out/none/picture.png; do
+    expect 1 "$output: cannot be written: (Is a directory|No such file)" "$vorna" "${model[@]}" -o "$output"
+    expect 1 "$output: cannot be written: (Is a directory|No such file)" "$vorna" replay good.json --color out/good.png --depth "$output"
+done
+if [ -e /dev/full ]; then
+    full="cannot be written: No space left on device"
+    expect 1 "/dev/full: $full" "$vorna" "${model[@]}" -o /dev/full
+    expect 1 "/dev/full: $full" "$vorna" "${model[@]}" -o out/picture.png --record /dev/full
+    expect 1 "/dev/full: $full" "$vorna" replay good.json --color out/picture.png --report /dev/full
+    expect 1 "/dev/full: $full" "$vorna" render map.geojson -o /dev/full
+    expect 1 "/dev/full: $full" "$vorna" assemble part0.png part1.png -o /dev/full
+    expect 2 "/dev/full: $full" "$vorna" compare whole.png whole.png --diff /dev/full
+    expect 1 "standard output: $full" "$vorna" info good.json >/dev/full
+    expect 1 "standard output: $full" "$vorna" --help >/dev/full
+    expect 1 "standard output: $full" "$vorna" replay good.json --report - >/dev/full
+    expect 1 "standard output: $full" "$vorna" "${model[@]}" -o /dev/null --hash >/dev/full
+fi
+# shellcheck disable=SC2016
+for arguments in "${model[*]} -o out/picture.png" "replay $pictures/gallery.json --depth out/picture.png --color-raw out/picture.raw" \
+    "render map.geojson -o out/picture.png --size 900x900" "replay $pictures/boat.json --record out/picture.json"; do
+    expect 1 "out/picture.[a-z]*: cannot be written: File too large" bash -c 'ulimit -f 1; exec "$@"' bash "$vorna" $arguments
+done
+closed="standard output: cannot be written: Bad file descriptor"
+expect 1 "$closed" "$vorna" info good.json >&-
+"$vorna" "${model[@]}" -o whole.png
+run "$vorna" "${model[@]}" -o closed.png --hash >&-
+judge 1 "$closed" "--hash without standard output"
+cmp whole.png closed.png || fail "what was printed went into the picture" "--hash"
+
+# Nobody reads: more than a pipe holds, so that it must be noticed.
+(run "$vorna" replay "$pictures/gallery.json" --color-raw - --depth out/depth.png; echo $status >status) | true
+status=$(<status)
+rm -f out/depth.png # complete, and moved there before anything was printed
+judge 1 "standard output: cannot be written: Broken pipe" "replay | true"
+awk 'BEGIN { srand(1); for (i = 0; i < 900; ++i) print "v", rand(), rand(), rand(); for (i = 1; i < 900; i += 3) print "f", i, i + 1, i + 2 }' >many.obj
+(run "$vorna" render many.obj --edges --record out/picture.json -o /dev/stdout; echo $status >status) | true
+status=$(<status)
+judge 1 "/dev/stdout: cannot be written: Broken pipe" "render | true"
+
+# Stopped, at moments when there may be an unfinished file. The shell gives 128 and the signal's number.
+interrupted() {
+    local signal=$1 delay=$2
+    shift 2
+    timeout --preserve-status -s "$signal" "$delay" "$@" 2>errors >/dev/null
+    status=$?
+    cases=$((cases + 1))
+    [ $status = $((128 + $(kill -l "$signal"))) ] || fail "status $status after SIG$signal" "$*"
+    [ ! -s errors ] || fail "expected no message after SIG$signal" "$*"
+    [ -z "$(ls -A out)" ] || fail "left behind after SIG$signal: $(ls -A out)" "$*"
+    rm -rf out/*
+}
+printf '{"picture":1,"window":{"width":16384,"height":16384},"calls":[{"call":"draw_2d_polyline","points":[[0,0],[16000,9000]]}]}' >large.json
+for signal in INT TERM; do
+    interrupted $signal 0.4 "$vorna" render good.obj -o out/poster.png --size 60000x60000 --edges --antialias
+    interrupted $signal 0.8 "$vorna" replay large.json --color out/color.png --depth out/depth.png --color-raw out/color.raw
+done
+
+echo "$cases cases, $failures failures"
+[ $failures = 0 ]
