@@ -5,10 +5,13 @@
 // Asks for memory that is soon written.
 #define KRB_FETCH_EARLY(address) __builtin_prefetch(address, 1)
 #define KRB_FETCH_FOR_READING(address) __builtin_prefetch(address)
+// The vector, of which the compiler knows nothing any more.
+#define KRB_HIDE_ORIGIN(vector) __asm__("" : "+v"(vector))
 // For small functions in kernels that compilers would rather call, because there are many of them.
 #define KRB_ALWAYS_INLINE [[gnu::always_inline]] inline
 #else
 #define KRB_FETCH_EARLY(address) static_cast<void>(address)
 #define KRB_FETCH_FOR_READING(address) static_cast<void>(address)
+#define KRB_HIDE_ORIGIN(vector) static_cast<void>(vector)
 #define KRB_ALWAYS_INLINE __forceinline
 #endif

@@ -488,14 +488,15 @@ private:
             _mm_mask_storeu_epi16(at, lanes, depths);
         }
         std::uint8_t* at = place.color_rows[row] + 4 * (column + skipped);
+        __m256i colors = _mm256_set1_epi32(pixels.flat[i]);
         if constexpr (is_gouraud) {
-            const __m256i colors = _mm256_inserti128_si256(
+            colors = _mm256_inserti128_si256(
                 _mm256_castsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(quads[0].color[i]))),
                 _mm_load_si128(reinterpret_cast<const __m128i*>(quads[1].color[i])), 1);
-            _mm256_mask_storeu_epi32(at, lanes, colors);
-        } else {
-            _mm256_mask_storeu_epi32(at, lanes, _mm256_set1_epi32(pixels.flat[i]));
         }
+        // The lower half of a longer vector would be stored by an instruction that faults on pixels it does not write (GCC 12).
+        KRB_HIDE_ORIGIN(colors);
+        _mm256_mask_storeu_epi32(at, lanes, colors);
     }
 };
 
