@@ -165,9 +165,9 @@ private:
             }
             for (; count > 0; count -= lane_count, column += lane_count) {
                 if constexpr (Rules::fetches_ahead) {
-                    KRB_FETCH_EARLY(color_ahead + std::int64_t{pixel_bytes} * column);
+                    KRB_FETCH_TO_WRITE(color_ahead + std::int64_t{pixel_bytes} * column);
                     if constexpr (Depth::reads) {
-                        KRB_FETCH_EARLY(depth_ahead + std::int64_t{2} * column);
+                        KRB_FETCH_TO_WRITE(depth_ahead + std::int64_t{2} * column);
                     }
                 }
                 draw_drawable(column, All{});
@@ -191,7 +191,7 @@ private:
         }
         for (; at < last; at += vector_bytes) {
             if constexpr (Rules::fetches_ahead) {
-                KRB_FETCH_EARLY(at + ahead);
+                KRB_FETCH_TO_WRITE(at + ahead);
             }
             store_pixels(at, source.pixel_lanes(), All{});
         }

@@ -131,9 +131,9 @@ public:
 
     KRB_ALWAYS_INLINE void draw_single(std::int32_t row, std::int32_t column) const { span_of(row).draw_single(column); }
     KRB_ALWAYS_INLINE void fetch_early(std::int32_t row, std::int32_t column) const {
-        KRB_FETCH_FOR_READING(color_rows_[row] + std::int64_t{c.format == Pixel_Format::rgb32 ? 4 : 1} * column);
+        KRB_FETCH_EARLY(color_rows_[row] + std::int64_t{c.format == Pixel_Format::rgb32 ? 4 : 1} * column);
         if constexpr (c.depth != Depth_Rule::none) {
-            KRB_FETCH_FOR_READING(depth_rows_[row] + std::int64_t{2} * column);
+            KRB_FETCH_EARLY(depth_rows_[row] + std::int64_t{2} * column);
         }
     }
     void advance() {

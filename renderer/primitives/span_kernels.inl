@@ -42,7 +42,7 @@ template <Pixel_Format format> struct Image_Source {
     template <class Lanes> Lanes prepare(Lanes lanes) {
         if constexpr (format == Pixel_Format::rgb32 && Is_Whole_Group<Lanes>::value) {
             // The next row, where rows lie one behind the other.
-            KRB_FETCH_FOR_READING(source + (position + count) * pixel_bytes);
+            KRB_FETCH_EARLY(source + (position + count) * pixel_bytes);
         }
         if constexpr (masked_memory || Is_Whole_Group<Lanes>::value) {
             pixels = loaded(source + position * pixel_bytes, lanes);

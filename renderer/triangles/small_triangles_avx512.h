@@ -348,9 +348,9 @@ private:
             const std::int32_t fetched = rows.count - first < 16 ? rows.count - first : 16;
             for (std::int32_t i = 0; i < fetched; ++i) {
                 if constexpr (has_depths) {
-                    KRB_FETCH_EARLY(place.depth_rows[rows.row[first + i]] + std::int64_t{2} * columns[i]);
+                    KRB_FETCH_TO_WRITE(place.depth_rows[rows.row[first + i]] + std::int64_t{2} * columns[i]);
                 }
-                KRB_FETCH_EARLY(place.color_rows[rows.row[first + i]] + std::int64_t{4} * columns[i]);
+                KRB_FETCH_TO_WRITE(place.color_rows[rows.row[first + i]] + std::int64_t{4} * columns[i]);
             }
         };
         fetch_early(0);
