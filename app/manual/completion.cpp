@@ -165,7 +165,7 @@ _vorna() {
     case $command:$option in
 )";
 
-// zsh's quotes within quotes, and what its specifications would take for a part of them.
+// zsh's quotes within quotes, and what its own notation would take for a part of them.
 std::string zsh_text(const std::string& text) {
     std::string escaped;
     for (const char c : text) {
@@ -186,7 +186,7 @@ std::string zsh_action(const Candidates& candidates) {
     return candidates.folder ? "_files -/" : candidates.any_file ? "_files" : "";
 }
 
-std::string zsh_specification(const Option_Entry& option, const std::string& name) {
+std::string zsh_argument(const Option_Entry& option, const std::string& name) {
     const bool is_long = name.starts_with("--");
     std::string text = "'";
     if (option.repeated) {
@@ -206,12 +206,12 @@ std::string zsh_specification(const Option_Entry& option, const std::string& nam
     return text + "'";
 }
 
-std::string zsh_specifications(const Page& page, const std::string& indent) {
+std::string zsh_arguments(const Page& page, const std::string& indent) {
     std::string text;
     for (const Option_Group& group : page.groups) {
         for (const Option_Entry& option : group.options) {
             for (const std::string& name : option.names) {
-                text += " \\\n" + indent + zsh_specification(option, name);
+                text += " \\\n" + indent + zsh_argument(option, name);
             }
         }
     }
@@ -303,12 +303,12 @@ std::string zsh_completion_of(const Page& program) {
     for (const Page& command : program.commands) {
         text += "\n        '" + short_name_of(command) + ":" + zsh_text(command.summary) + "'";
     }
-    text += "\n    )\n    _arguments -C" + zsh_specifications(program, "        ") +
+    text += "\n    )\n    _arguments -C" + zsh_arguments(program, "        ") +
             " \\\n        '1: :->command' \\\n        '*:: :->arguments' && return\n    case $state in\n"
             "    command) _describe -t commands command commands ;;\n    arguments)\n        case $line[1] in\n";
     for (const Page& command : program.commands) {
-        text += "        " + short_name_of(command) + ")\n            _arguments" +
-                zsh_specifications(command, "                ") + " ;;\n";
+        text += "        " + short_name_of(command) + ")\n            _arguments" + zsh_arguments(command, "                ") +
+                " ;;\n";
     }
     return text + "        esac ;;\n    esac\n}\n_vorna \"$@\"\n";
 }

@@ -1,15 +1,15 @@
 # usage: zsh completion.zsh SHARE
-# The script is zsh's, and _arguments gets one specification an option. What zsh offers can only be seen on a terminal.
+# The script is zsh's, and _arguments gets one text an option. What zsh offers can only be seen on a terminal.
 emulate zsh
 source_file=$1/zsh/vendor-completions/_vorna
 zsh -n $source_file || exit 1
 failures=0
 _describe() { :; }
 _arguments() {
-    local specification
-    for specification; do
-        [[ $specification == (-C|(\*|)((\([^\)]##\)|)-[a-zA-Z-]##(=|=-|+|)\[*\]|[0-9\*]#:)*) ]] && continue
-        print -r -- "unexpected: $specification"
+    local argument
+    for argument; do
+        [[ $argument == (-C|(\*|)((\([^\)]##\)|)-[a-zA-Z-]##(=|=-|+|)\[*\]|[0-9\*]#:)*) ]] && continue
+        print -r -- "unexpected: $argument"
         failures=$((failures + 1))
     done
     state=arguments
