@@ -9,6 +9,7 @@
 #include <new>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #if !defined(_WIN32)
 #include <fcntl.h>
@@ -61,6 +62,11 @@ int run(int count, char** arguments) {
     } catch (const CLI::Success& request) {
         return application->exit(request);
     } catch (const CLI::ParseError& error) {
+        if (application->get_subcommands().empty()) {
+            const std::vector<std::string> rest = application->remaining();
+            const std::string found = rest.empty() ? std::string() : ", found '" + rest.front() + "'";
+            return complain(error.what() + found + "; vorna --help lists them", app::exit_status::wrong_usage);
+        }
         return complain(error.what(), app::exit_status::wrong_usage);
     }
     return status;

@@ -1,13 +1,16 @@
 // Letters by FreeType.
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
 #include FT_OUTLINE_H
 
 #include "app/map/label_font.h"
+#include "app/path.h"
 
 namespace app::map {
 namespace {
@@ -80,6 +83,9 @@ class Freetype_Font final : public Label_Font {
 public:
     Freetype_Font(const std::string& file, int size) {
         const std::string name = file.empty() ? default_font : file;
+        if (std::error_code error; !std::filesystem::exists(path_of(name), error)) {
+            throw Usage_Error("--font: " + name + ": cannot be read: No such file or directory");
+        }
         if (FT_Init_FreeType(&library_) != 0) {
             throw std::runtime_error("FreeType cannot be used");
         }

@@ -298,6 +298,10 @@ private:
         if (first >= 0) {
             append(point_at(first), point_at(last), color);
         }
+        if (last != steps) {
+            // A later edge may begin at the pixel seen last by chance: whether those between come along depends on the tile.
+            finish_polyline();
+        }
     }
 
     // Rounding hides a pixel here and there of an edge that can be seen: gaps as short as that are closed.
