@@ -21,6 +21,7 @@ using replay_tests::Png_Pixels;
 using replay_tests::read_file;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using Options = std::vector<std::string>;
 
@@ -227,7 +228,7 @@ TEST_F(Render_Options, turntables_begin_with_the_picture_and_go_round_to_the_rig
         EXPECT_TRUE(read_file(folder.file("t-" + number + ".png")) == whole) << sides[i];
     }
     EXPECT_THAT(frames("f.png", {}).errors, HasSubstr("-o: expected one place for the frame's number, as in frame-%03d.png"));
-    EXPECT_THAT(frames("nowhere/%d.png", {}).errors, HasSubstr("nowhere/0.png: cannot be written"));
+    EXPECT_THAT(frames("nowhere/%d.png", {}).errors, ContainsRegex("nowhere/..png: cannot be written"));
     const Outcome long_model = replay_tests::run_vorna({"render", folder.file("l.obj", "v 0 0 0\nv 1 0 0\nv 0 1 2\nf 1 2 3\n"),
                                                         "-o", folder.file("l{}.png"), "--turntable", "4", "--view", "front"});
     EXPECT_THAT(long_model.errors, HasSubstr("3 of 4 frames do not show the whole model; --zoom "));
