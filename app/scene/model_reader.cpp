@@ -93,7 +93,8 @@ bool is_model_format(const std::string& format) {
 Mesh load_models(std::vector<Input>& inputs, bool empty) {
     std::vector<Mesh> meshes;
     std::vector<std::string> names;
-    for (Input& input : inputs) {
+    names.reserve(inputs.size());
+    for (const Input& input : inputs) {
         names.push_back(input.name);
     }
     std::string reading = names.front();

@@ -88,16 +88,15 @@ inline Lane_Reciprocals edge_reciprocals(Int rows, Active shifted) {
 
 // ---- the points of a batch, one a lane
 
-constexpr int most_triangles = 14; // in a batch: 16 points
-constexpr std::int32_t most_rows = 64, most_columns = 16;
+inline constexpr int most_triangles = 14; // in a batch: 16 points
+inline constexpr std::int32_t most_rows = 64, most_columns = 16;
 
 struct Batch_Points {
     Int x, y, z;
 
     // Of VT_DCI_Points, at most 16, from memory where they stand one behind the other.
     Batch_Points(const VT_DCI_Point* points, std::int32_t count) {
-        const auto words = static_cast<std::uint64_t>(3 * count);
-        const std::uint64_t wanted = (std::uint64_t{1} << words) - 1;
+        const std::uint64_t wanted = (std::uint64_t{1} << (3 * count)) - 1;
         const auto load = [&](int part) {
             return Int{_mm512_maskz_loadu_epi32(static_cast<__mmask16>(wanted >> 16 * part),
                                                 reinterpret_cast<const char*>(points) + 64 * part)};
@@ -177,8 +176,9 @@ struct Edge_Choice {
 };
 
 // By y0 <= y1, y1 <= y2 and y0 <= y2 in bits 0 to 2.
-constexpr Edge_Choice edge_choices[8] = {{2, 1, 0, 16, 1, 0}, {2, 0, 1, 1, 16, 0}, {1, 2, 0, 0, 1, 16}, {0, 1, 2, 16, 0, 1},
-                                         {1, 0, 2, 1, 0, 16}, {0, 2, 1, 0, 16, 1}, {1, 0, 2, 1, 0, 16}, {0, 1, 2, 16, 0, 1}};
+inline constexpr Edge_Choice edge_choices[8] = {{2, 1, 0, 16, 1, 0}, {2, 0, 1, 1, 16, 0}, {1, 2, 0, 0, 1, 16},
+                                                {0, 1, 2, 16, 0, 1}, {1, 0, 2, 1, 0, 16}, {0, 2, 1, 0, 16, 1},
+                                                {1, 0, 2, 1, 0, 16}, {0, 1, 2, 16, 0, 1}};
 
 // ---- rows
 
