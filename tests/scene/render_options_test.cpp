@@ -19,9 +19,9 @@ namespace {
 using replay_tests::Outcome;
 using replay_tests::Png_Pixels;
 using replay_tests::read_file;
+using testing::ContainsRegex;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-using testing::ContainsRegex;
 using testing::HasSubstr;
 using Options = std::vector<std::string>;
 
