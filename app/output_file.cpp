@@ -105,8 +105,7 @@ void Output_File::check(const std::string& name) {
     }
     const fs::path path = path_of(name);
     std::error_code none;
-    // Windows does not find a directory by a name with a separator at its end.
-    if (!path.has_filename() || fs::is_directory(path, none)) {
+    if (fs::is_directory(path, none)) {
         fail(path, std::make_error_code(std::errc::is_a_directory));
     }
     const bool is_device = fs::exists(path, none) && !fs::is_regular_file(path, none);

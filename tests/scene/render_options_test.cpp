@@ -274,7 +274,7 @@ TEST_F(Render_Options, dry_runs_tell_and_write_nothing) {
     EXPECT_THAT(told.output, HasSubstr("f-00.png to " + folder.file("f-11.png")));
     EXPECT_THAT(folder.names(), ElementsAre("ball.obj"));
     for (const auto& [output, more, status] : {std::tuple(folder.file("none") + "/out.png", "--stats", 1),
-                                               {folder.file(""), "--stats", 1},
+                                               {folder.file("."), "--stats", 1},
                                                {"out.png", "--edges=some", 2}}) {
         EXPECT_EQ(replay_tests::run_vorna({"render", ball_file, "--dry-run", "-o", output, more}).status, status) << output;
     }
