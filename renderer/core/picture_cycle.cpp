@@ -27,22 +27,25 @@ template <class Value> bool has_equal_bytes(const Value& value) noexcept {
     return std::all_of(bytes, bytes + sizeof value, [&](std::uint8_t byte) { return byte == bytes[0]; });
 }
 
-// Fills cells with one value. Whole rows of equal bytes are one block that starts at the highest row; else the first row is
-// written value by value and copied from there.
+// Fills cells with one value. Whole rows are one block that starts at the highest row, with what lies between the rows. Where a
+// value's bytes differ, the first row is written value by value and copied from there.
 template <class Value> void fill_cells(const Frame_Buffer& buffer, std::int32_t width, const Cells& cells, Value value) {
     if (cells.first_column > cells.last_column || cells.first_row > cells.last_row) {
         return;
     }
-    std::uint8_t byte;
-    std::memcpy(&byte, &value, 1);
-    const bool is_one_byte = has_equal_bytes(value);
-    if (is_one_byte && cells.first_column == 0 && cells.last_column == width - 1) {
+    const bool whole_rows = cells.first_column == 0 && cells.last_column == width - 1;
+    if (whole_rows && has_equal_bytes(value)) {
+        std::uint8_t byte;
+        std::memcpy(&byte, &value, 1);
         std::memset(buffer.rows[cells.last_row], byte,
                     static_cast<std::size_t>((cells.last_row - cells.first_row + 1) * buffer.bytes_per_row));
         return;
     }
     const auto offset = static_cast<std::size_t>(cells.first_column) * sizeof value;
-    const auto bytes = static_cast<std::size_t>(cells.last_column - cells.first_column + 1) * sizeof value;
+    // Rows of odd length, such as an application may bring, leave no whole number of values in the block.
+    const bool whole_block = whole_rows && buffer.bytes_per_row % std::int32_t{sizeof value} == 0;
+    const auto bytes = whole_block ? static_cast<std::size_t>(buffer.bytes_per_row)
+                                   : static_cast<std::size_t>(cells.last_column - cells.first_column + 1) * sizeof value;
     std::uint8_t* const first = buffer.rows[cells.first_row] + offset;
     for (std::size_t i = 0; i < bytes; i += sizeof value) {
         std::memcpy(first + i, &value, sizeof value);
