@@ -1,4 +1,6 @@
 // The renderer's buffers: kept, adopted or made anew; painted, cleared, written, read back and presented.
+#include <cstring>
+
 #include <gtest/gtest.h>
 
 #include "tests/model/model.h"
@@ -126,6 +128,23 @@ TEST(Buffers, Of_the_application_are_adopted_when_they_fit) {
     renderer->establish_all();
     EXPECT_EQ(renderer.buffers().made().size(), 2U);
     EXPECT_EQ(published_buffer(*renderer), &renderer.color());
+}
+
+// What lies between the rows belongs to the block, whether or not the colour's bytes are equal.
+TEST(Buffers, Are_one_block_for_a_window_of_their_width) {
+    Test_Renderer renderer(setup_of(1, false));
+    const VT_Reference<Frame_Buffer> own = make_frame_buffer(20, 12, Buffer_Format::rgb32);
+    renderer->requested_table.find("Color Buffer")->set(VT_Pointer(VT_Reference<VT_Counted>(own)));
+    renderer->establish_all();
+    const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+    rendition->window.rectangle = {-7, 12, 30, 41};
+    for (const VT_RGB32 color : {VT_RGB32{1, 2, 3, 4}, VT_RGB32{5, 5, 5, 5}}) {
+        rendition->window.color = color;
+        VD_Draw_Window(*renderer, *rendition);
+        for (std::int32_t i = 0; i < 12 * own->bytes_per_row; i += 4) {
+            ASSERT_EQ(std::memcmp(own->rows[11] + i, &color, 4), 0) << i;
+        }
+    }
 }
 
 TEST(Buffers, That_could_not_be_made_leave_nothing_to_draw_into) {
