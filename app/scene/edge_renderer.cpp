@@ -429,8 +429,8 @@ void Edge_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const E
 
 void Edge_Renderer::gather_runs() {
     runs_.clear();
-    const auto end = static_cast<std::uint32_t>(edges_.chains.size() - 1);
-    for (std::uint32_t edge = 0; edge < end; ++edge) {
+    // No edge begins at the last point of a chain, so none of the places is one beyond the last edge.
+    for (std::uint32_t edge = 0; edge < drawn_.size(); ++edge) {
         if (!drawn_[edge]) {
             continue;
         }
