@@ -29,7 +29,8 @@ enum class Clip_Rule {
 struct Pixel_Target {
     std::uint8_t* const* color_rows;
     std::uint8_t* const* depth_rows;
-    std::int32_t width; // pixels in a row of either buffer
+    std::int32_t color_row_bytes, depth_row_bytes; // from the start of a row to that of the row above, negative
+    std::int32_t width;                            // pixels in a row of either buffer
     std::int32_t height;
     std::int32_t origin_x, origin_y;
     // For Depth_Rule::by_mode: a pixel passes when new <= stored + depth_bias, or exactly when not, with depth_inverted.

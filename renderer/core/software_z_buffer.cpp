@@ -217,6 +217,8 @@ void Software_Z_Buffer::establish_target() {
     }
     target.color_rows = color_buffer->rows;
     target.depth_rows = depth_buffer ? depth_buffer->rows : nullptr;
+    target.color_row_bytes = -color_buffer->bytes_per_row;
+    target.depth_row_bytes = depth_buffer ? -depth_buffer->bytes_per_row : 0;
     target.width = window_size.x;
     target.height = window_size.y;
     target.background = word_of(background_color);

@@ -169,16 +169,14 @@ template <int bits> inline Edge_Tables edge_tables(Int value, const Edge_Rows& n
     return edges;
 }
 
-// The edges of a triangle by the order of its vertices' rows, as positions in the tables; the triangle's number is added.
-struct Edge_Choice {
-    std::uint8_t top, middle, bottom;
-    std::uint8_t long_edge, upper, lower;
-};
-
-// By y0 <= y1, y1 <= y2 and y0 <= y2 in bits 0 to 2.
-inline constexpr Edge_Choice edge_choices[8] = {{2, 1, 0, 16, 1, 0}, {2, 0, 1, 1, 16, 0}, {1, 2, 0, 0, 1, 16},
-                                                {0, 1, 2, 16, 0, 1}, {1, 0, 2, 1, 0, 16}, {0, 2, 1, 0, 16, 1},
-                                                {1, 0, 2, 1, 0, 16}, {0, 1, 2, 16, 0, 1}};
+// By the order of a triangle's vertices' rows, y0 <= y1, y1 <= y2 and y0 <= y2 in bits 0 to 2: the positions in the tables of the
+// long edge, the upper and the lower one, a byte each. The triangle's number is added to each.
+inline Int edges_by_order(Int order) {
+    constexpr auto of = [](int long_edge, int upper, int lower) { return long_edge | upper << 8 | lower << 16; };
+    return lanes_at({_mm512_setr_epi32(of(16, 1, 0), of(1, 16, 0), of(0, 1, 16), of(16, 0, 1), of(1, 0, 16), of(0, 16, 1),
+                                       of(1, 0, 16), of(16, 0, 1), 0, 0, 0, 0, 0, 0, 0, 0)},
+                    order);
+}
 
 // ---- rows
 
@@ -186,32 +184,101 @@ inline constexpr Edge_Choice edge_choices[8] = {{2, 1, 0, 16, 1, 0}, {2, 0, 1, 1
 // one that says that it is drawn flat, and in the two high bytes how many rows below their upper points the edges are met.
 using Row_Word = std::uint32_t;
 
+// What 16 rows' words say.
+struct Row_Edges {
+    Int left, right; // the low five bits of each
+    Int left_rows, right_rows;
+
+    explicit Row_Edges(Int word)
+        : left(word), right(shift_right<5>(word)), left_rows(shift_right<16>(word) & splat(0xFF)),
+          right_rows(shift_right<24>(word)) {}
+};
+
+// The rows of triangles, a triangle a lane: where they begin, how many they are, how many of these lie above the middle vertex,
+// and the words of a row there and below, in the triangle's row 0.
+struct Triangle_Rows {
+    Int top, count, upper_count, above, below;
+
+    // flat: the triangles that are drawn so. Orders vertices as the walk over single triangles does.
+    Triangle_Rows(Int y, const Edge_Tables& x, Active flat) {
+        const Int y1 = rotated<1>(y);
+        const Int y2 = rotated<2>(y);
+        const Int bottom = greatest(greatest(y, y1), y2);
+        top = least(least(y, y1), y2);
+        count = bottom - top;
+        upper_count = y + y1 + y2 - bottom - top - top;
+        const Int order = where(less_or_equal(y, y1), splat(1)) + where(less_or_equal(y1, y2), splat(2)) +
+                          where(less_or_equal(y, y2), splat(4));
+        const Int edges = edges_by_order(order) + lane_numbers() * splat(0x010101);
+        const Int byte = splat(0xFF);
+        const Int long_edge = edges & byte;
+        const Int upper = shift_right<8>(edges) & byte;
+        const Int lower = shift_right<16>(edges);
+        const Active is_right_above = less_or_equal(step_of(x, upper), step_of(x, long_edge));
+        const Active is_left_below =
+            less_or_equal(start_of(x, long_edge) + upper_count * step_of(x, long_edge), start_of(x, lower));
+        const Int common = shift_left<10>(lane_numbers()) + where(flat, splat(1 << 14));
+        above = common + select(is_right_above, upper + shift_left<5>(long_edge), long_edge + shift_left<5>(upper));
+        below = common + select(is_left_below, long_edge + shift_left<5>(lower), lower + shift_left<5>(long_edge)) -
+                shift_left_by(upper_count, select(is_left_below, splat(24), splat(16)));
+    }
+
+private:
+    static Int start_of(const Edge_Tables& edges, Int edge) { return lanes_at(edges.start[0], edges.start[1], edge); }
+    static Int step_of(const Edge_Tables& edges, Int edge) { return lanes_at(edges.step[0], edges.step[1], edge); }
+};
+
 struct Batch_Rows {
     static constexpr int most = most_triangles * most_rows + 16;
+    std::int32_t count = 0;
     alignas(64) std::int32_t word[most];
     alignas(64) std::int32_t row[most];
-    std::int32_t count = 0;
+    // Set by place: first columns, numbers of columns, which may be none, and how far the first pixels lie from those of row 0,
+    // in bytes.
+    alignas(64) std::int32_t first[most];
+    alignas(64) std::int32_t columns[most];
+    alignas(64) std::int32_t color_place[most];
+    alignas(64) std::int32_t depth_place[most];
 
-    // The rows of a triangle, from two lanes of which upper_rows lie above its middle vertex. Writes whole vectors; what is too
-    // much lies where the next ones go.
-    void add(Row_Word above, Row_Word below, std::int32_t upper_rows, std::int32_t first_row, std::int32_t rows) {
-        std::int32_t done = 0;
-        do {
-            const Int lanes = lane_numbers() + splat(done);
-            const Int first = select(less_or_equal(splat(upper_rows), lanes), splat(static_cast<std::int32_t>(below)),
-                                     splat(static_cast<std::int32_t>(above)));
-            store_ints(word + count + done, first + shift_left<16>(lanes) + shift_left<24>(lanes));
-            store_ints(row + count + done, splat(first_row) + lanes);
-            done += 16;
-        } while (done < rows);
-        count += rows;
+    // Row after row, triangle after triangle. Writes whole vectors; what is too much lies where the next ones go.
+    Batch_Rows(const Triangle_Rows& rows, std::int32_t triangles) {
+        alignas(64) std::int32_t above[16], below[16], upper_count[16], top[16], counts[16];
+        store_ints(above, rows.above);
+        store_ints(below, rows.below);
+        store_ints(upper_count, rows.upper_count);
+        store_ints(top, rows.top);
+        store_ints(counts, rows.count);
+        for (std::int32_t k = 0; k < triangles; ++k) {
+            std::int32_t done = 0;
+            do {
+                const Int lanes = lane_numbers() + splat(done);
+                const Int common = select(less_or_equal(splat(upper_count[k]), lanes), splat(below[k]), splat(above[k]));
+                store_ints(word + count + done, common + shift_left<16>(lanes) + shift_left<24>(lanes));
+                store_ints(row + count + done, splat(top[k]) + lanes);
+                done += 16;
+            } while (done < counts[k]);
+            count += counts[k];
+        }
+    }
+
+    void place(const Edge_Tables& x, std::int32_t color_row_bytes, std::int32_t depth_row_bytes) {
+        for (std::int32_t i = 0; i < count; i += 16) {
+            const Row_Edges edges(load_ints(word + i));
+            const Int column = shift_right<16>(on_edge(x, edges.left, edges.left_rows));
+            const Int rows = load_ints(row + i);
+            store_ints(first + i, column);
+            store_ints(columns + i, shift_right<16>(on_edge(x, edges.right, edges.right_rows)) - column);
+            store_ints(color_place + i, rows * splat(color_row_bytes) + shift_left<2>(column));
+            store_ints(depth_place + i, rows * splat(depth_row_bytes) + shift_left<1>(column));
+        }
     }
 };
 
-struct Row_Columns {
-    Int first, count;
+struct Row_Divisors {
     Lane_Reciprocals by;
     Active are_two;
+
+    explicit Row_Divisors(Int count) : by(reciprocals_of_16(count)), are_two(equal(count, splat(2))) {}
 };
 
 // Start and step of a value in 16 rows.
@@ -221,17 +288,16 @@ struct Row_Values {
 
 // half_bits: those that the fraction of a mean is cut in; 1 where a value has 16 bits and no sign.
 template <int bits, int before>
-inline Row_Values row_values(const Edge_Tables& edges, Int left_edge, Int right_edge, Int left_rows, Int right_rows,
-                             const Row_Columns& columns) {
-    const Int left = on_edge(edges, left_edge, left_rows);
-    const Int right = on_edge(edges, right_edge, right_rows);
+inline Row_Values row_values(const Edge_Tables& edges, const Row_Edges& at, const Row_Divisors& divisors) {
+    const Int left = on_edge(edges, at.left, at.left_rows);
+    const Int right = on_edge(edges, at.right, at.right_rows);
     const Int whole = splat(static_cast<std::int32_t>(0xFFFFU << bits));
     const Int from = left & whole;
-    const Int step = quotient((right & whole) - from, columns.by);
+    const Int step = quotient((right & whole) - from, divisors.by);
     // The second pixel of two takes the edges' mean.
     const Int sum = shift_signed_right<before>(left) + shift_signed_right<before>(right);
     const Int mean = shift_signed_right<1 - before>(sum) & splat(static_cast<std::int32_t>(~0U << bits));
-    return {from | splat(1 << (bits - 1)), select(columns.are_two, mean - from, step)};
+    return {from | splat(1 << (bits - 1)), select(divisors.are_two, mean - from, step)};
 }
 
 // ---- pixels
@@ -285,7 +351,13 @@ requires(has_small_triangles(c)) struct Small_Triangles<c> {
     // With fewer than that, lanes would stay empty.
     static constexpr std::int32_t least_run = 3;
 
-    // The target is not scissored; the strip has three points or more.
+    // Places in a batch's rows fit 32 bits. Only buffers with much unused room in their rows have rows farther apart.
+    static bool can_draw(const Triangle_Target& target) {
+        constexpr std::int32_t farthest = 1 << 20;
+        return !target.scissored && -target.color_row_bytes <= farthest && -target.depth_row_bytes <= farthest;
+    }
+
+    // The strip has three points or more.
     static Strip_Beginning draw(const Triangle_Target& target, const Triangle_Strip& strip) {
         const std::int32_t triangles = strip.count - 2 < most_triangles ? strip.count - 2 : most_triangles;
         if (triangles < least_run) {
@@ -293,7 +365,8 @@ requires(has_small_triangles(c)) struct Small_Triangles<c> {
         }
         Batch_Points points(strip.points, triangles + 2);
         points.x = points.x - splat(target.origin_x);
-        points.y = points.y - splat(target.origin_y);
+        // So that places fit 32 bits.
+        points.y = points.y - splat(strip.points[0].y);
         const std::uint32_t small = small_ones(points) | ~0U << triangles;
         const std::int32_t run = small == ~0U ? triangles : __builtin_ctz(~small);
         if (run < least_run) {
@@ -325,169 +398,144 @@ private:
         // Colours of points, or of the triangles that are drawn flat.
         const Int words =
             strip.single_color ? pixel_word(strip.colors[0]) : load_colors(strip.colors, is_gouraud ? triangles + 2 : triangles);
-        const Edge_Rows next(points.y, rotated<1>(points.y));
-        const Edge_Rows after_next(points.y, rotated<2>(points.y));
-        const Edge_Tables x = edge_tables<16>(points.x, next, after_next);
-        Batch_Rows rows;
-        add_rows(rows, triangles, points.y, x, is_gouraud ? ~colors_differ(words).lanes & 0xFFFFU : 0);
-        Edge_Tables z, blue, green, red;
-        if constexpr (has_depths) {
-            z = edge_tables<15>(points.z, next, after_next);
-        }
-        if constexpr (is_gouraud) {
-            const Int byte = splat(0xFF);
-            blue = edge_tables<16>(words & byte, next, after_next);
-            green = edge_tables<16>(shift_right<8>(words) & byte, next, after_next);
-            red = edge_tables<16>(shift_right<16>(words) & byte, next, after_next);
-        }
-        const Place place{target.color_rows, target.depth_rows, target.mask_rows};
-        const auto fetch_early = [&](std::int32_t first) {
-            alignas(64) std::int32_t columns[16];
-            const Int word = load_ints(rows.word + first);
-            store_ints(columns, shift_right<16>(on_edge(x, word, shift_right<16>(word) & splat(0xFF))));
-            const std::int32_t fetched = rows.count - first < 16 ? rows.count - first : 16;
-            for (std::int32_t i = 0; i < fetched; ++i) {
-                if constexpr (has_depths) {
-                    KRB_FETCH_TO_WRITE(place.depth_rows[rows.row[first + i]] + std::int64_t{2} * columns[i]);
-                }
-                KRB_FETCH_TO_WRITE(place.color_rows[rows.row[first + i]] + std::int64_t{4} * columns[i]);
-            }
-        };
-        fetch_early(0);
+        const Active flat{static_cast<__mmask16>(is_gouraud ? ~colors_differ(words).lanes : 0)};
+        const Batch_Edges edges(points, words);
+        Batch_Rows rows(Triangle_Rows(points.y, edges.x, flat), triangles);
+        rows.place(edges.x, target.color_row_bytes, target.depth_row_bytes);
+        const Place place(target, strip.points[0].y - target.origin_y);
+        fetch_early(place, rows, 0);
         for (std::int32_t first = 0; first < rows.count; first += 16) {
-            if (first + 16 < rows.count) {
-                fetch_early(first + 16);
-            }
-            const Int word = load_ints(rows.word + first);
-            const Int left_edge = word;
-            const Int right_edge = shift_right<5>(word);
-            const Int left_rows = shift_right<16>(word) & splat(0xFF);
-            const Int right_rows = shift_right<24>(word);
-            const Int left_x = shift_right<16>(on_edge(x, left_edge, left_rows));
-            const Int count = shift_right<16>(on_edge(x, right_edge, right_rows)) - left_x;
-            const Active filled = less_or_equal(splat(1), count);
-            const Row_Columns columns{where(filled, left_x), where(filled, count), reciprocals_of_16(count),
-                                      equal(count, splat(2))};
-            Row_Values z_values{}, blue_values{}, green_values{}, red_values{};
-            if constexpr (has_depths) {
-                z_values = row_values<15, 1>(z, left_edge, right_edge, left_rows, right_rows, columns);
-            }
-            if constexpr (is_gouraud) {
-                blue_values = row_values<16, 0>(blue, left_edge, right_edge, left_rows, right_rows, columns);
-                green_values = row_values<16, 0>(green, left_edge, right_edge, left_rows, right_rows, columns);
-                red_values = row_values<16, 0>(red, left_edge, right_edge, left_rows, right_rows, columns);
-            }
-            const Int flat_pixels = lanes_at(words, shift_right<10>(word));
-            const Active flat{_mm512_test_epi32_mask(word.lanes, _mm512_set1_epi32(1 << 14))};
-            // Channels have eight bits above the fraction: alpha can lie above red's.
-            red_values.start = red_values.start | splat(static_cast<std::int32_t>(0xFF000000));
-            const bool wide = !none(less_or_equal(splat(9), count));
+            fetch_early(place, rows, first + 16);
             Row_Pixels pixels;
-            store_ints(pixels.first, columns.first);
-            _mm256_store_si256(reinterpret_cast<__m256i*>(pixels.lanes),
-                               _mm512_cvtepi32_epi16((shift_left_by(splat(1), columns.count) - splat(1)).lanes));
-            store_ints(pixels.flat, flat_pixels);
-            const int quads = wide ? 4 : 2;
-            for (int quad = 0; quad < quads; ++quad) {
-                if constexpr (has_depths) {
-                    Int depths[4];
-                    for (Int& depth : depths) {
-                        depth = z_values.start;
-                        z_values.start = z_values.start + z_values.step;
-                    }
-                    pixels.quads[quad].set_depths(depths);
-                }
-                if constexpr (is_gouraud) {
-                    Int colors[4];
-                    for (Int& color : colors) {
-                        const Int shaded =
-                            combined(splat(static_cast<std::int32_t>(0xFFFF0000)), red_values.start,
-                                     shift_right<16>(blue_values.start) | (shift_right<8>(green_values.start) & splat(0xFF00)));
-                        color = select(flat, flat_pixels, shaded);
-                        blue_values.start = blue_values.start + blue_values.step;
-                        green_values.start = green_values.start + green_values.step;
-                        red_values.start = red_values.start + red_values.step;
-                    }
-                    pixels.quads[quad].set_colors(colors);
-                }
-            }
-            const std::int32_t count_of_rows = rows.count - first < 16 ? rows.count - first : 16;
-            for (std::int32_t i = 0; i < count_of_rows; ++i) {
-                draw_row_part<0>(place, pixels, rows.row[first + i], i);
-                if (wide) {
-                    draw_row_part<8>(place, pixels, rows.row[first + i], i);
-                }
-            }
+            const Int columns = load_ints(rows.columns + first);
+            const bool wide = !none(less_or_equal(splat(9), columns));
+            shade(pixels, edges, words, load_ints(rows.word + first), columns, wide ? 4 : 2);
+            const std::int32_t end = first + 16 < rows.count ? first + 16 : rows.count;
+            wide ? draw_rows<16>(place, rows, pixels, first, end) : draw_rows<8>(place, rows, pixels, first, end);
         }
     }
 
+    struct Batch_Edges {
+        Edge_Tables x, z, blue, green, red;
+
+        Batch_Edges(const Batch_Points& points, Int words) {
+            const Edge_Rows next(points.y, rotated<1>(points.y));
+            const Edge_Rows after_next(points.y, rotated<2>(points.y));
+            x = edge_tables<16>(points.x, next, after_next);
+            if constexpr (has_depths) {
+                z = edge_tables<15>(points.z, next, after_next);
+            }
+            if constexpr (is_gouraud) {
+                const Int byte = splat(0xFF);
+                blue = edge_tables<16>(words & byte, next, after_next);
+                green = edge_tables<16>(shift_right<8>(words) & byte, next, after_next);
+                red = edge_tables<16>(shift_right<16>(words) & byte, next, after_next);
+            }
+        }
+    };
+
     // Copied, since what is written could otherwise be the target.
     struct Place {
-        std::uint8_t* const* color_rows;
-        std::uint8_t* const* depth_rows;
+        std::uint8_t* color;
+        std::uint8_t* depth;
         const std::uint8_t* const* mask_rows;
+
+        // row: that of the batch's first point, from which the batch counts.
+        Place(const Triangle_Target& target, std::int32_t row)
+            : color(target.color_rows[0] + std::int64_t{target.color_row_bytes} * row),
+              depth(has_depths ? target.depth_rows[0] + std::int64_t{target.depth_row_bytes} * row : nullptr),
+              mask_rows(c.clip == Clip_Rule::masked ? target.mask_rows + row : nullptr) {}
     };
 
     struct Row_Pixels {
-        alignas(64) std::int32_t first[16];  // column
         alignas(32) std::uint16_t lanes[16]; // one bit a pixel
         alignas(64) std::int32_t flat[16];
         Quads quads[4];
     };
 
-    // Orders each triangle's vertices as the walk over single triangles does.
-    static void add_rows(Batch_Rows& rows, std::int32_t triangles, Int y_lanes, const Edge_Tables& x_edges,
-                         std::uint32_t flat_ones) {
-        alignas(64) std::int32_t y[16];
-        alignas(64) std::int32_t x[32];
-        alignas(64) std::int32_t x_step[32];
-        store_ints(y, y_lanes);
-        store_ints(x, x_edges.start[0]);
-        store_ints(x + 16, x_edges.start[1]);
-        store_ints(x_step, x_edges.step[0]);
-        store_ints(x_step + 16, x_edges.step[1]);
-        for (std::int32_t k = 0; k < triangles; ++k) {
-            const std::int32_t order = (y[k] <= y[k + 1] ? 1 : 0) | (y[k + 1] <= y[k + 2] ? 2 : 0) | (y[k] <= y[k + 2] ? 4 : 0);
-            const Edge_Choice& choice = edge_choices[order];
-            const std::int32_t top = y[k + choice.top];
-            const std::int32_t middle = y[k + choice.middle];
-            const std::int32_t bottom = y[k + choice.bottom];
-            const std::int32_t long_edge = k + choice.long_edge;
-            const std::int32_t upper = k + choice.upper;
-            const std::int32_t lower = k + choice.lower;
-            const std::int32_t upper_rows = middle - top;
-            const bool long_is_left_above = x_step[upper] > x_step[long_edge];
-            const bool long_is_left_below = x[lower] >= x[long_edge] + upper_rows * x_step[long_edge];
-            const Row_Word common = static_cast<Row_Word>(k) << 10 | (flat_ones >> k & 1) << 14;
-            const auto edges = [](bool is_left, std::int32_t one, std::int32_t other) {
-                return static_cast<Row_Word>(is_left ? one | other << 5 : other | one << 5);
-            };
-            rows.add(common + edges(long_is_left_above, long_edge, upper),
-                     common + edges(long_is_left_below, long_edge, lower) -
-                         (static_cast<Row_Word>(upper_rows) << (long_is_left_below ? 24 : 16)),
-                     upper_rows, top, bottom - top);
+    // Asks for the memory of 16 rows.
+    static void fetch_early(const Place& place, const Batch_Rows& rows, std::int32_t first) {
+        const std::int32_t end = first + 16 < rows.count ? first + 16 : rows.count;
+        for (std::int32_t i = first; i < end; ++i) {
+            KRB_FETCH_TO_WRITE(place.color + rows.color_place[i]);
+            if constexpr (has_depths) {
+                KRB_FETCH_TO_WRITE(place.depth + rows.depth_place[i]);
+            }
         }
     }
 
-    // Eight columns from the row's column skipped on.
+    static void shade(Row_Pixels& pixels, const Batch_Edges& edges, Int words, Int word, Int columns, int quads) {
+        const Row_Edges at(word);
+        const Row_Divisors divisors(columns);
+        _mm256_store_si256(
+            reinterpret_cast<__m256i*>(pixels.lanes),
+            _mm512_cvtepi32_epi16((shift_left_by(splat(1), where(less_or_equal(splat(1), columns), columns)) - splat(1)).lanes));
+        const Int flat_pixels = lanes_at(words, shift_right<10>(word));
+        store_ints(pixels.flat, flat_pixels);
+        if constexpr (has_depths) {
+            Row_Values z = row_values<15, 1>(edges.z, at, divisors);
+            for (int quad = 0; quad < quads; ++quad) {
+                Int depths[4];
+                for (Int& depth : depths) {
+                    depth = z.start;
+                    z.start = z.start + z.step;
+                }
+                pixels.quads[quad].set_depths(depths);
+            }
+        }
+        if constexpr (is_gouraud) {
+            Row_Values blue = row_values<16, 0>(edges.blue, at, divisors);
+            Row_Values green = row_values<16, 0>(edges.green, at, divisors);
+            Row_Values red = row_values<16, 0>(edges.red, at, divisors);
+            // Channels have eight bits above the fraction: alpha can lie above red's.
+            red.start = red.start | splat(static_cast<std::int32_t>(0xFF000000));
+            const Active flat{_mm512_test_epi32_mask(word.lanes, _mm512_set1_epi32(1 << 14))};
+            for (int quad = 0; quad < quads; ++quad) {
+                Int colors[4];
+                for (Int& color : colors) {
+                    const Int shaded = combined(splat(static_cast<std::int32_t>(0xFFFF0000)), red.start,
+                                                shift_right<16>(blue.start) | (shift_right<8>(green.start) & splat(0xFF00)));
+                    color = select(flat, flat_pixels, shaded);
+                    blue.start = blue.start + blue.step;
+                    green.start = green.start + green.step;
+                    red.start = red.start + red.step;
+                }
+                pixels.quads[quad].set_colors(colors);
+            }
+        }
+    }
+
+    // Of up to so many columns, 8 or 16.
+    template <std::int32_t columns>
+    static void draw_rows(const Place& place, const Batch_Rows& rows, const Row_Pixels& pixels, std::int32_t first,
+                          std::int32_t end) {
+        for (std::int32_t row = first; row < end; ++row) {
+            draw_row_part<0>(place, rows, row, pixels, row - first);
+            if constexpr (columns > 8) {
+                draw_row_part<8>(place, rows, row, pixels, row - first);
+            }
+        }
+    }
+
+    // Eight columns from the row's column skipped on; lane i of the pixels.
     template <std::int32_t skipped>
-    KRB_ALWAYS_INLINE static void draw_row_part(const Place& place, const Row_Pixels& pixels, std::int32_t row, std::int32_t i) {
+    KRB_ALWAYS_INLINE static void draw_row_part(const Place& place, const Batch_Rows& rows, std::int32_t row,
+                                                const Row_Pixels& pixels, std::int32_t i) {
         const Quads* quads = pixels.quads + skipped / 4;
-        const std::int64_t column = pixels.first[i];
         std::uint32_t bits = std::uint32_t{pixels.lanes[i]} >> skipped;
         if constexpr (c.clip == Clip_Rule::masked) {
-            bits &= mask_bits_of_8(place.mask_rows[row], pixels.first[i] + skipped);
+            bits &= mask_bits_of_8(place.mask_rows[rows.row[row]], rows.first[row] + skipped);
         }
         __mmask8 lanes = static_cast<__mmask8>(bits);
         if constexpr (has_depths) {
-            std::uint8_t* at = place.depth_rows[row] + 2 * (column + skipped);
+            std::uint8_t* at = place.depth + rows.depth_place[row] + 2 * skipped;
             const __m128i stored = _mm_maskz_loadu_epi16(lanes, at);
             const __m128i depths = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(quads[0].depth[i])),
                                                       _mm_loadl_epi64(reinterpret_cast<const __m128i*>(quads[1].depth[i])));
             lanes = _mm_mask_cmple_epu16_mask(lanes, depths, stored);
             _mm_mask_storeu_epi16(at, lanes, depths);
         }
-        std::uint8_t* at = place.color_rows[row] + 4 * (column + skipped);
+        std::uint8_t* at = place.color + rows.color_place[row] + 4 * skipped;
         __m256i colors = _mm256_set1_epi32(pixels.flat[i]);
         if constexpr (is_gouraud) {
             colors = _mm256_inserti128_si256(
