@@ -230,6 +230,20 @@ std::optional<Position> middle_of(const Shape& shape) {
     return best < 10 ? std::nullopt : std::optional(Position{std::remainder(gap_middle + 180, full_circle), 0});
 }
 
+// So far beyond the globe, or on a plane so far out, that nothing can be drawn there. whose: the file, or the option.
+void check_extent(const Extent& extent, const std::string& whose, bool on_globe) {
+    const double most_x = on_globe ? 3 * full_circle : 1e100, most_y = on_globe ? full_circle : 1e100;
+    for (const auto& [value, most] :
+         {std::pair(extent.west, most_x), {extent.east, most_x}, {extent.south, most_y}, {extent.north, most_y}}) {
+        if (!(std::abs(value) <= most)) {
+            std::array<char, 32> found;
+            std::snprintf(found.data(), found.size(), "%.10g", value);
+            throw Usage_Error(whose + ": expected " + (on_globe ? "degrees" : "coordinates up to 1e100") + ", found " +
+                              found.data());
+        }
+    }
+}
+
 // Where an extent lies on the map.
 Bounds bounds_of(const Extent& extent, const Projection& projection) {
     constexpr int steps = 128;
@@ -406,6 +420,9 @@ void Map_Drawing::choose_projection() {
     }
     if (!extent_ && !clip_shape_) {
         extent_ = stated_extent(map_, name != "plane");
+    }
+    if (extent_) {
+        check_extent(*extent_, options_.bbox.empty() ? picture_.input.name + ": bbox" : "--bbox", name != "plane");
     }
     const bool says_its_middle = name == "plane" || name.find(':') != std::string::npos || name.starts_with('+');
     if (!center && !says_its_middle) {
