@@ -351,10 +351,12 @@ requires(has_small_triangles(c)) struct Small_Triangles<c> {
     // With fewer than that, lanes would stay empty.
     static constexpr std::int32_t least_run = 3;
 
-    // Places in a batch's rows fit 32 bits. Only buffers with much unused room in their rows have rows farther apart.
-    static bool can_draw(const Triangle_Target& target) {
+    // Whether the strip is long enough, and places in a batch's rows fit 32 bits. Only buffers with much unused room in their
+    // rows have rows farther apart.
+    static bool can_draw(const Triangle_Target& target, const Triangle_Strip& strip) {
         constexpr std::int32_t farthest = 1 << 20;
-        return !target.scissored && -target.color_row_bytes <= farthest && -target.depth_row_bytes <= farthest;
+        return strip.count >= least_run + 2 && !target.scissored && -target.color_row_bytes <= farthest &&
+               -target.depth_row_bytes <= farthest;
     }
 
     // The strip has three points or more.

@@ -342,7 +342,7 @@ inline Vertex<8> vertex_of(const Triangle_Target& target, const VT_DCI_Point& po
 template <Triangle_Configuration c, class Draw>
 void draw_in_runs(const Triangle_Target& target, const Triangle_Strip& strip, Draw draw) {
     if constexpr (Small_Triangles<c>::exist) {
-        if (Small_Triangles<c>::can_draw(target)) {
+        if (Small_Triangles<c>::can_draw(target, strip)) {
             for (std::int32_t k = 0; k < strip.count - 2;) {
                 const Strip_Beginning beginning = Small_Triangles<c>::draw(target, strip.part(k, strip.count - k));
                 k += beginning.drawn;
