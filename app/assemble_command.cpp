@@ -154,13 +154,15 @@ void add_assemble_command(CLI::App& application, int& status) {
     command.add_option("parts", options->parts, "All parts, in any order")->required()->type_name("PART.png");
     command.add_option("-o,--output", options->output, "PNG file to write; - is standard output")
         ->required()
-        ->type_name("FILE.png");
+        ->type_name("FILE.png")
+        ->check(written_as({"png"}));
     command.add_option("--threads", options->threads, "Threads that compress; as many as there are processors if not given")
-        ->check(CLI::Range(1, 1024));
+        ->check(between(1, 1024));
     command.add_flag("--hash", options->hash, "Print the SHA-256 of the pixels");
     command.footer(
         footer({{"vorna render bunny.obj -o 0.png --size 40000x20000 --tiles-of 2x1 --tile 0", "the left half, and so on"},
                 {"vorna assemble 0.png 1.png -o poster.png", "both halves as one picture"}}));
+    command.fallthrough();
     command.callback([options, &status] {
         assemble(*options);
         status = exit_status::done;

@@ -38,8 +38,20 @@ std::string footer(std::initializer_list<Example> examples, const std::string& m
 // Puts options under a heading of the help: names with spaces between. Throws when there is none of such a name.
 void group_options(CLI::App& command, const char* heading, const std::string& names);
 
+// iso, front or back
+std::string list_of(const std::vector<std::string>& names);
+
 // Tells help and completion of values that an option may have. It refuses none: who reads them does, and says what was expected.
 CLI::Validator values(const std::vector<std::string>& names);
+// The same, and refuses all others.
+CLI::Validator one_of(const std::vector<std::string>& names);
+
+// Refuses what is no number from least to most; of int and std::int64_t what is not whole, too.
+template <class Number> CLI::Validator between(Number least, Number most);
+
+// Refuses names of files to be written that end as files of other kinds do: pictures, models and documents. endings: in lower
+// case and without the dot, the first one as it should be.
+CLI::Validator written_as(const std::vector<std::string>& endings);
 
 // Which renderer draws.
 struct Module_Choice {
@@ -49,6 +61,9 @@ struct Module_Choice {
 
 // Adds --module and --kernels, which every command takes.
 void add_module_options(CLI::App& application);
+
+// What --kernels says, empty without it.
+std::string chosen_kernels(const CLI::App& application);
 
 // What the options say; without --module the one built or installed with the host library. Throws when there is none.
 Module_Choice chosen_module(const CLI::App& application);

@@ -7,10 +7,12 @@
 #include "app/check/check_command.h"
 #include "app/command.h"
 #include "app/compare_command.h"
+#include "app/help_command.h"
 #include "app/info_command.h"
 #include "app/manual/help.h"
 #include "app/render_command.h"
 #include "app/replay_command.h"
+#include "app/usage.h"
 #include "app/view/view_command.h"
 
 namespace app {
@@ -34,6 +36,8 @@ std::unique_ptr<CLI::App> make_command_line(int& status) {
     add_compare_command(*application, status);
     add_assemble_command(*application, status);
     add_check_command(*application, status);
+    add_help_command(*application, status);
+    refuse_what_makes_no_sense(*application);
     return application;
 }
 

@@ -80,7 +80,8 @@ void add_compare_command(CLI::App& application, int& status) {
                     "Same, too, when at most COUNT pixels differ, none by more than MAXDIFF in a channel")
         ->type_name("MAXDIFF,COUNT");
     command.add_option("--diff", arguments->difference, "Write the first image in pale grey, pixels that differ in red")
-        ->type_name("FILE.png");
+        ->type_name("FILE.png")
+        ->check(written_as({"png"}));
     command.fallthrough();
     command.callback([arguments, &status] {
         // Status 1 says that they differ: whatever else fails is wrong input.

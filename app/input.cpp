@@ -95,10 +95,11 @@ bool is_stream(const std::string& path) {
     return std::filesystem::exists(path_of(path), none) && !std::filesystem::is_regular_file(path_of(path), none);
 }
 
-bool is_compressed(const std::string& path) {
+// Can be read later, as it is.
+bool is_plain(const std::string& path) {
     std::ifstream stream(path_of(path), std::ios::binary);
     char magic[2] = {};
-    return stream.read(magic, 2) && is_gzip({magic, 2});
+    return stream.is_open() && !(stream.read(magic, 2) && is_gzip({magic, 2}));
 }
 
 // As a suffix: ply, stl, obj, glb, gltf, json (a map) or dxf; empty for others.
@@ -127,11 +128,9 @@ Input open_input(const std::string& path, const std::string& format) {
     const bool is_named = path != "-";
     const std::string suffix = is_named ? suffix_of(path_of(path)) : "";
     Input input{name_of_input(path), format.empty() ? suffix : format, std::nullopt};
-    if (is_named && input.format == suffix && !is_stream(path) && !is_compressed(path)) {
-        std::error_code none;
-        if (is_map(input) || scene::is_model_format(suffix) || !std::filesystem::exists(path_of(path), none)) {
-            return input;
-        }
+    if (is_named && input.format == suffix && (is_map(input) || scene::is_model_format(suffix)) && !is_stream(path) &&
+        is_plain(path)) {
+        return input;
     }
     input.content = read_input(path, largest_input);
     if (is_gzip(*input.content)) {

@@ -9,6 +9,7 @@
 #include <new>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #if !defined(_WIN32)
@@ -18,6 +19,7 @@
 #include "app/command.h"
 #include "app/command_line.h"
 #include "app/interruption.h"
+#include "app/usage.h"
 
 namespace {
 
@@ -58,16 +60,15 @@ int run(int count, char** arguments) {
     int status = app::exit_status::done;
     const std::unique_ptr<CLI::App> application = app::make_command_line(status);
     try {
-        application->parse(count, arguments);
+        // The parser takes them from the end.
+        std::vector<std::string> prepared =
+            app::prepared_arguments(*application, {arguments + std::min(count, 1), arguments + count});
+        std::ranges::reverse(prepared);
+        application->parse(std::move(prepared));
     } catch (const CLI::Success& request) {
         return application->exit(request);
     } catch (const CLI::ParseError& error) {
-        if (application->get_subcommands().empty()) {
-            const std::vector<std::string> rest = application->remaining();
-            const std::string found = rest.empty() ? std::string() : ", found '" + rest.front() + "'";
-            return complain(error.what() + found + "; vorna --help lists them", app::exit_status::wrong_usage);
-        }
-        return complain(error.what(), app::exit_status::wrong_usage);
+        return complain(app::usage_message(*application, error), app::exit_status::wrong_usage);
     }
     return status;
 }

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <tuple>
 
+#include "app/color_option.h"
 #include "app/image_file.h"
 #include "app/input_file.h"
 #include "app/map/globe_cutter.h"
@@ -24,8 +25,8 @@
 #include "app/picture/recorder.h"
 #include "app/pixel_finish.h"
 #include "app/png_writer.h"
-#include "app/scene/color_name.h"
 #include "app/session.h"
+#include "app/sha256.h"
 #include "app/sight.h"
 #include "vorna/draw.h"
 
@@ -46,14 +47,6 @@ constexpr VT_RGB32 graticule_color{200, 190, 180, 255};
 
 double milliseconds_since(Clock::time_point start) {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
-VT_RGB32 parsed_color(const char* option, const std::string& text) {
-    const auto color = scene::color_named(text);
-    if (!color) {
-        throw Usage_Error(std::string(option) + ": expected #rrggbb or a colour's name, found '" + text + "'");
-    }
-    return *color;
 }
 
 // Numbers between commas; empty when there is anything else.
@@ -533,10 +526,7 @@ Layer_Style Map_Drawing::style_of(const Map& map, const Map_Layer& layer) const 
     const bool by_palette = fill == "palette" || (fill.empty() && !map.drawing);
     std::optional<VT_RGB32> one_fill, one_stroke;
     if (!fill.empty() && fill != "palette" && fill != "none") {
-        one_fill = scene::color_named(fill);
-        if (!one_fill) {
-            throw Usage_Error("--fill: expected palette, none, #rrggbb or a colour's name, found '" + fill + "'");
-        }
+        one_fill = parsed_color("--fill", fill, {"palette", "none"});
     }
     if (!options_.border_color.empty()) {
         one_stroke = parsed_color("--border-color", options_.border_color);
@@ -673,12 +663,6 @@ void check_combinations(const Map_Picture& picture, const Map_Options& options) 
     if (options.opacity < 1 && picture.colors != 32) {
         throw Usage_Error("--opacity: expected 32 bits a pixel, found --colors 8");
     }
-    for (const auto& [given, name] :
-         {std::pair(!options.font.empty(), "--font"), {options.label_color != "black", "--label-color"}}) {
-        if (given && !options.labels) {
-            throw Usage_Error(std::string(name) + ": expected --labels beside it, found none");
-        }
-    }
     for (const auto& [given, name, expected] : {std::tuple(picture.colors != 32, "--colors 8", "32 bits a pixel"),
                                                 {!options.merge.empty(), "--merge", "a colour to merge with"}}) {
         if (given && picture.transparent) {
@@ -690,12 +674,6 @@ void check_combinations(const Map_Picture& picture, const Map_Options& options) 
     }
     if (picture.record == "-" && picture.output == "-") {
         throw Usage_Error("--record -: expected another file, found -o -");
-    }
-    if (!options.merge.empty() && options.merge != "and") {
-        throw Usage_Error("--merge: expected and, found '" + options.merge + "'");
-    }
-    if (!options.merge.empty() && options.overlay.empty()) {
-        throw Usage_Error("--merge: expected --overlay beside it, found none");
     }
 }
 
@@ -715,42 +693,40 @@ void add_map_options(CLI::App& command, Map_Options& options) {
     add("--clip-to", options.clip_to, "Draw inside of this shape only: its name, id or number", "SHAPE");
     add("--fill", options.fill, "One colour for all faces; palette, the default of maps, gives neighbours different ones",
         "COLOR");
-    add("--opacity", options.opacity, "How much fills hide what lies below", "SHARE")->check(CLI::Range(0.0, 1.0));
+    add("--opacity", options.opacity, "How much fills hide what lies below", "SHARE")->check(between(0.0, 1.0));
     add("--water", options.water, "Colour of the globe behind the shapes", "COLOR");
-    add("--graticule", options.graticule, "Meridians and parallels so many degrees apart", "DEGREES")
-        ->check(CLI::Range(0.1, 90.0));
+    add("--graticule", options.graticule, "Meridians and parallels so many degrees apart", "DEGREES")->check(between(0.1, 90.0));
     add("--border", options.border, "Borders and lines, solid by default; or lengths of dashes and gaps such as 6,4", "STYLE")
         ->check(values(border_names()));
     add("--outline", options.outline, "Borders that no two faces share, as coasts; as --border by default", "STYLE")
         ->check(values(border_names()));
     add("--border-color", options.border_color, "Colour of borders and lines instead of their own", "COLOR");
-    add("--border-width", options.border_width, "Width of borders and lines, 1 by default", "PIXELS")->check(CLI::Range(1, 1000));
-    add("--casing", options.casing, "Colour of a casing on both sides of borders and lines", "COLOR");
+    add("--border-width", options.border_width, "Width of borders and lines, 1 by default", "PIXELS")->check(between(1, 1000));
+    CLI::Option* const casing = add("--casing", options.casing, "Colour of a casing on both sides of borders and lines", "COLOR");
     add("--casing-width", options.casing_width, "Width of the casing on each side, 2 by default", "PIXELS")
-        ->check(CLI::Range(1, 1000));
+        ->needs(casing)
+        ->check(between(1, 1000));
     add("--marker", options.marker, "Points, disc by default", "SYMBOL")->check(values(symbol_names()));
-    add("--marker-size", options.marker_size, "Size of points, 7 by default", "PIXELS")->check(CLI::Range(1, 1000));
+    add("--marker-size", options.marker_size, "Size of points, 7 by default", "PIXELS")->check(between(1, 1000));
     add("--marker-color", options.marker_color, "Colour of points", "COLOR");
-    command.add_flag("--labels", options.labels, "Names of shapes where there is room for them")->group(option_group);
-    add("--label-size", options.label_size, "Size of letters, 12 by default", "PIXELS")->check(CLI::Range(4, 1000));
-    add("--label-color", options.label_color, "Colour of letters", "COLOR");
-    add("--font", options.font, "Font of labels: TrueType, OpenType and others", "FONT");
-    add("--overlay", options.overlay, "Another map to draw over this one", "MAP");
-    add("--overlay-color", options.overlay_color, "Colour of its faces, lines and points", "COLOR");
+    CLI::Option* const labels =
+        command.add_flag("--labels", options.labels, "Names of shapes where there is room for them")->group(option_group);
+    add("--label-size", options.label_size, "Size of letters, 12 by default", "PIXELS")->needs(labels)->check(between(4, 1000));
+    add("--label-color", options.label_color, "Colour of letters", "COLOR")->needs(labels);
+    add("--font", options.font, "Font of labels: TrueType, OpenType and others", "FONT")->needs(labels);
+    CLI::Option* const overlay = add("--overlay", options.overlay, "Another map to draw over this one", "MAP");
+    add("--overlay-color", options.overlay_color, "Colour of its faces, lines and points", "COLOR")->needs(overlay);
     add("--merge", options.merge, "How the overlay's colours combine with those below, bit by bit, as inks do", "RULE")
-        ->check(values({"and"}));
+        ->needs(overlay)
+        ->check(one_of({"and"}));
 }
 
 void refuse_options_of_other_kind(const CLI::App& command, const Input& input) {
-    static constexpr std::array shared{"model",       "input-format", "output", "record", "size",   "background",
-                                       "colors",      "antialias",    "repeat", "stats",  "strict", "dry-run",
-                                       "allow-empty", "screenshots",  "script", "help"};
     const bool map = is_map(input);
     for (const CLI::Option* option : command.get_options()) {
-        const bool of_maps = option->get_group() == option_group;
-        const bool of_both = std::ranges::any_of(
-            shared, [&](const char* known) { return option->check_name(known) || option->check_lname(known); });
-        if (option->count() > 0 && !of_both && of_maps != map) {
+        const std::string& group = option->get_group();
+        const bool of_maps = group == option_group, of_models = group.ends_with(" of models");
+        if (option->count() > 0 && (map ? of_models : of_maps)) {
             std::string message = option->get_name();
             message += map ? ": expected a model, found " : ": expected a map or drawing, found ";
             throw Usage_Error(message + input.name);
@@ -781,8 +757,8 @@ void describe(const Map_Picture& picture, const Map_Drawing& drawing) {
                 picture.output == "-" ? "standard output" : picture.output.c_str());
 }
 
-// The file of what has been drawn.
-std::string finished(const Map_Picture& picture, const Map_Drawing& drawing, Session& session) {
+// The file of what has been drawn, and the digest of its pixels.
+std::string finished(const Map_Picture& picture, const Map_Drawing& drawing, Session& session, std::string& hash) {
     const Raster raster = raster_of(session.color_buffer());
     const VT_RGB32 b = picture.background;
     std::vector<std::uint8_t> nothing{b.red, b.green, b.blue, b.alpha};
@@ -796,10 +772,16 @@ std::string finished(const Map_Picture& picture, const Map_Drawing& drawing, Ses
         drawing.draw(session, b);
     }
     Sight sight(std::move(nothing));
-    std::string file = png_file(png_form_of(raster, session.palette()), [&](std::uint32_t row, std::uint8_t* samples) {
+    Sha256 digest;
+    const Png_Form form = png_form_of(raster, session.palette());
+    std::string file = png_file(form, [&](std::uint32_t row, std::uint8_t* samples) {
         finish.store_row(raster, static_cast<std::int32_t>(row), {}, samples);
         sight.look_at(samples, static_cast<std::size_t>(raster.width));
+        if (picture.hash) {
+            digest.add(samples, static_cast<std::size_t>(raster.width) * form.pixel_bytes());
+        }
     });
+    hash = digest.finish();
     if (sight.is_empty() && !picture.allow_empty) {
         throw std::runtime_error(nothing_seen(picture.input.name));
     }
@@ -842,8 +824,12 @@ void render_map(const Map_Picture& picture, const Map_Options& options, const Mo
             files.add(picture.record, picture::file_of(recorder->finish(), picture.record));
         }
     }
-    files.add(picture.output, finished(picture, drawing, session));
+    std::string hash;
+    files.add(picture.output, finished(picture, drawing, session, hash));
     files.commit();
+    if (picture.hash) {
+        print_line(picture.record == "-" ? picture.record : picture.output, hash);
+    }
     if (picture.stats) {
         std::fprintf(stderr, "%s, load %.1f ms, setup %.1f ms, draw %.2f ms\n", drawing.summary().c_str(), load, setup, best);
     }

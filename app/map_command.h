@@ -34,12 +34,13 @@ struct Map_Picture {
     int colors = 32;
     bool antialias = false;
     int repeat = 1;
-    bool stats = false, strict = false, dry_run = false, allow_empty = false;
+    bool stats = false, strict = false, dry_run = false, allow_empty = false, hash = false;
 };
 
 void add_map_options(CLI::App& command, Map_Options& options);
 
-// Throws Usage_Error for a given option that is for models when the file is a map, or for maps when it is a model.
+// Throws Usage_Error for a given option that is for models when the file is a map, or for maps when it is a model. The headings
+// that options stand under in the help tell which are which: those of models end so.
 void refuse_options_of_other_kind(const CLI::App& command, const Input& input);
 
 void render_map(const Map_Picture& picture, const Map_Options& options, const Module_Choice& module);

@@ -1,6 +1,7 @@
 // How much memory there is to use.
 #include "app/memory.h"
 
+#include <cctype>
 #include <charconv>
 #include <string_view>
 
@@ -42,16 +43,21 @@ std::uint64_t parsed_memory(const char* option, const std::string& text) {
     const auto [unit, error] = std::from_chars(text.data(), end, number);
     if (error == std::errc{} && number > 0 && end - unit <= 1) {
         constexpr std::string_view units = "KMGT";
-        const std::size_t power = unit == end ? 0 : units.find(*unit) + 1; // 0 for what is none
+        const auto letter = static_cast<char>(std::toupper(static_cast<unsigned char>(unit == end ? 0 : *unit)));
+        const std::size_t power = unit == end ? 0 : units.find(letter) + 1; // 0 for what is none
         const int shift = static_cast<int>(10 * power);
         if ((unit == end || power > 0) && number <= UINT64_MAX >> shift) {
             return number << shift;
         }
     }
-    throw Usage_Error(std::string(option) + ": expected a size such as 512M or 2G, found '" + text + "'");
+    throw Usage_Error(std::string(option) + ": expected a number of bytes, or one with K, M, G or T as 512M or 2G, found '" +
+                      text + "'");
 }
 
 std::string memory_text(std::uint64_t bytes) {
+    if (bytes < 1U << 20) {
+        return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
+    }
     const std::uint64_t mega = (bytes + (1U << 20) - 1) >> 20;
     return mega < 10240 ? std::to_string(mega) + "M" : std::to_string((mega + 1023) >> 10) + "G";
 }

@@ -12,7 +12,7 @@ std::uint64_t resident_memory();
 // From 512M, 2G, or a number of bytes; K, M, G and T stand for powers of 1024. Throws Usage_Error that names the option.
 std::uint64_t parsed_memory(const char* option, const std::string& text);
 
-// The other way round, rounded up: as M below 10 G.
+// The other way round, rounded up: as M below 10 G, in bytes below 1 M.
 std::string memory_text(std::uint64_t bytes);
 
 } // namespace app

@@ -10,8 +10,8 @@
 #include <sstream>
 #include <utility>
 
+#include "app/color_option.h"
 #include "app/palette.h"
-#include "app/scene/color_name.h"
 #include "app/scene/model_reader.h"
 #include "app/scene/scene_renderer.h"
 #include "app/scene/textured_scene.h"
@@ -26,7 +26,9 @@ template <class Value> using Choices = std::vector<std::pair<std::string, Value>
 const Choices<scene::View> views{{"iso", scene::View::iso},      {"front", scene::View::front}, {"back", scene::View::back},
                                  {"left", scene::View::left},    {"right", scene::View::right}, {"top", scene::View::top},
                                  {"bottom", scene::View::bottom}};
-const Choices<scene::Up_Axis> up_axes{{"y", scene::Up_Axis::y}, {"z", scene::Up_Axis::z}};
+const Choices<scene::Up_Axis> up_axes{{"y", scene::Up_Axis::y},        {"z", scene::Up_Axis::z},
+                                      {"x", scene::Up_Axis::x},        {"-y", scene::Up_Axis::minus_y},
+                                      {"-z", scene::Up_Axis::minus_z}, {"-x", scene::Up_Axis::minus_x}};
 const Choices<scene::Shading> shadings{{"gouraud", scene::Shading::gouraud},
                                        {"flat", scene::Shading::flat},
                                        {"textured", scene::Shading::textured},
@@ -36,33 +38,20 @@ const Choices<scene::Culling> cullings{{"none", scene::Culling::none}, {"back", 
 const Choices<int> color_bits{{"32", 32}, {"8", 8}};
 
 template <class Value>
-void add_choice(CLI::App& command, const std::string& name, Value& target, const std::string& description,
-                const Choices<Value>& choices) {
-    std::string listed = choices.front().first;
-    std::vector<std::string> names{listed};
-    for (std::size_t i = 1; i < choices.size(); ++i) {
-        listed += (i + 1 < choices.size() ? ", " : " or ") + choices[i].first;
-        names.push_back(choices[i].first);
+CLI::Option* add_choice(CLI::App& command, const std::string& name, Value& target, const std::string& description,
+                        const Choices<Value>& choices, const char* type) {
+    std::vector<std::string> names;
+    names.reserve(choices.size());
+    for (const auto& [known, value] : choices) {
+        names.push_back(known);
     }
-    const auto choose = [name, &target, listed, &choices](const std::string& given) {
-        const auto found = std::ranges::find(choices, given, [](const auto& choice) { return choice.first; });
-        if (found == choices.end()) {
-            throw Usage_Error(name + ": expected " + listed + ", found '" + given + "'");
-        }
-        target = found->second;
+    const auto choose = [&target, &choices](const std::string& given) {
+        target = std::ranges::find(choices, given, [](const auto& choice) { return choice.first; })->second;
     };
-    command.add_option_function<std::string>(name, choose, description)
-        ->type_name("NAME")
+    return command.add_option_function<std::string>(name, choose, description)
+        ->type_name(type)
         ->default_str(choices.front().first)
-        ->check(values(names));
-}
-
-VT_RGB32 parsed_color(const char* option, const std::string& text) {
-    const auto color = scene::color_named(text);
-    if (!color) {
-        throw Usage_Error(std::string(option) + ": expected #rrggbb or a colour's name, found '" + text + "'");
-    }
-    return *color;
+        ->check(one_of(names));
 }
 
 VT_Vector_D parsed_direction(const std::string& text) {
@@ -156,20 +145,22 @@ void add_model_options(CLI::App& command, Model_Options& options, const std::str
             "--input-format", options.input_format,
             "What the files are, as a suffix: obj, ply, stl, gltf, json and so on; by default their names or contents tell")
         ->type_name("SUFFIX");
-    add_choice(command, "--view", options.camera.view, "Side to look at", views);
+    CLI::Option* const view = add_choice(command, "--view", options.camera.view, "Side to look at", views, "SIDE");
     command
         .add_option_function<std::string>(
             "--camera", [&options](const std::string& text) { options.aim = parsed_aim(text); },
             "Instead of a side: places of the eye and of the middle of the picture, X,Y,Z,X,Y,Z in the model's coordinates, "
             "and three more numbers for the direction that points up if it is not the model's")
-        ->type_name("PLACES");
+        ->type_name("PLACES")
+        ->excludes(view);
     CLI::Option* perspective = command.add_flag("--perspective")->description("Near things are larger, as without --ortho");
     command.add_flag("--ortho", options.orthographic, "Parallel lines stay parallel")->excludes(perspective);
-    add_choice(command, "--up", options.camera.up, "The model's axis that points up", up_axes);
+    add_choice(command, "--up", options.camera.up, "The model's axis that points up", up_axes, "AXIS")
+        ->transform([](const std::string& text) { return text.starts_with('+') ? text.substr(1) : text; });
     command.add_option("--zoom", options.camera.zoom, "Enlarge the middle of the picture")
-        ->check(CLI::Range(0.01, 1000.0))
+        ->check(between(0.01, 1000.0))
         ->capture_default_str();
-    add_choice(command, "--shading", options.picture.shading, "How colours run over faces", shadings);
+    add_choice(command, "--shading", options.picture.shading, "How colours run over faces", shadings, "KIND");
     command
         .add_flag("--edges{all}", options.edges,
                   "Draw the edges of polygons over them, or outlines, borders and sharp bends only")
@@ -177,7 +168,7 @@ void add_model_options(CLI::App& command, Model_Options& options, const std::str
         ->check(values({"all", "feature"}));
     command.add_option("--edge-color", options.edge_color, "Colour of edges")->type_name("COLOR");
     command.add_flag("--antialias", options.antialias, "Smooth lines; --supersample smooths everything");
-    add_choice(command, "--cull", options.picture.culling, "Faces to leave out, as seen by the viewer", cullings);
+    add_choice(command, "--cull", options.picture.culling, "Faces to leave out, as seen by the viewer", cullings, "FACES");
     command.add_option("--background", options.background, "Colour behind what is drawn, or none: transparent")
         ->type_name("COLOR")
         ->capture_default_str();
@@ -185,18 +176,18 @@ void add_model_options(CLI::App& command, Model_Options& options, const std::str
     command.add_option("--light", options.light, "Direction towards the light: right, up, towards the viewer")
         ->type_name("X,Y,Z")
         ->capture_default_str();
-    add_choice(command, "--colors", options.colors, "Bits a pixel, 8 through a palette", color_bits);
+    add_choice(command, "--colors", options.colors, "Bits a pixel, 8 through a palette", color_bits, "BITS");
     command
         .add_option(
             "--palette", options.palette,
             "Palette of 8-bit pixels: cube (6x6x6 and greys), levels of red, green and blue as 8x8x4, or a file: PNG with a "
             "palette, GIMP palette, lines of #rrggbb")
-        ->type_name("FILE");
+        ->type_name("PALETTE");
     command.add_flag("--strict", options.strict,
                      "Fail when a file of materials, or a texture to be drawn, cannot be read, instead of warning");
-    group_options(command, "Camera", "--view --camera --perspective --ortho --up --zoom");
-    group_options(command, "Drawing",
-                  "--shading --edges --edge-color --antialias --cull --background --color --light --colors --palette");
+    group_options(command, "Camera of models", "--view --camera --perspective --ortho --up --zoom");
+    group_options(command, "Drawing", "--background --colors --antialias");
+    group_options(command, "Drawing of models", "--shading --edges --edge-color --cull --color --light --palette");
     group_options(command, "Input", "--input-format --strict");
 }
 
@@ -297,7 +288,7 @@ Palette_Choice palette_of(const Model_Options& options) {
 }
 
 VT_RGB32 background_of(const Model_Options& options) {
-    return parsed_color("--background", options.background);
+    return parsed_color("--background", options.background, {"none"});
 }
 
 VT_RGB32 base_color_of(const Model_Options& options) {

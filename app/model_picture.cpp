@@ -48,10 +48,6 @@ Picture_Part parsed_part(const Model_Picture& options) {
     Picture_Part part;
     part.size = parsed_pair(options.size, largest_side,
                             "--size: expected WIDTHxHEIGHT with sides from 1 to " + std::to_string(largest_side));
-    if (options.tiles_of.empty() != (options.tile < 0)) {
-        throw Usage_Error(options.tile < 0 ? "--tiles-of: expected --tile beside it, found none"
-                                           : "--tile: expected --tiles-of beside it, found none");
-    }
     if (!options.tiles_of.empty()) {
         const VT_Int_Pair parts =
             parsed_pair(options.tiles_of, 1 << 10, "--tiles-of: expected COLUMNSxROWS with numbers from 1 to 1024");

@@ -1,11 +1,13 @@
 // Files that appear whole or not at all.
 #include "app/output_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <random>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 #include "app/command.h"
 #include "app/path.h"
@@ -163,16 +165,21 @@ void Output_File::copy_to_standard_output() {
 
 void Output_Files::add(const std::string& name, std::string_view bytes) {
     if (name == "-") {
-        if (!standard_output_) {
-            standard_output_ = std::make_unique<Output_File>(name);
+        if (standard_output_) {
+            throw Usage_Error("-: expected standard output for one file, found it for two");
         }
+        standard_output_ = std::make_unique<Output_File>(name);
         standard_output_->write(bytes);
         return;
     }
     if (!interruption_) {
         interruption_.emplace();
     }
-    files_.push_back(std::make_unique<Output_File>(name));
+    auto file = std::make_unique<Output_File>(name);
+    if (std::ranges::any_of(files_, [&](const auto& other) { return file->replaces_same_as(*other); })) {
+        throw Usage_Error(name + ": expected a name for one file, found it for two");
+    }
+    files_.push_back(std::move(file));
     files_.back()->write(bytes);
     files_.back()->close();
     Interruption::check();

@@ -28,6 +28,9 @@ public:
     // Closes it when that has not been done.
     void commit();
 
+    // Whether both would be moved to the same place. Devices take any number of files.
+    bool replaces_same_as(const Output_File& other) const { return !target_.empty() && target_ == other.target_; }
+
     // Throws what the constructor would throw, as far as that can be known without writing anything.
     static void check(const std::string& name);
 
@@ -49,7 +52,8 @@ private:
 // interrupt waits until add or commit look at it, and throws Interrupted there.
 class Output_Files {
 public:
-    // Throws std::runtime_error that names the file. Standard output is written last.
+    // Throws std::runtime_error that names the file, and Usage_Error for one that is written already. Standard output is written
+    // last.
     void add(const std::string& name, std::string_view bytes);
     void commit();
 

@@ -84,7 +84,7 @@ Picture_Plan plan_picture(const Plan_Request& request) {
             }
         }
     }
-    throw Usage_Error("--max-memory: the picture needs at least " + memory_text(least) + ", found " +
+    throw Usage_Error("--max-memory: expected " + memory_text(least) + " or more for this picture, found " +
                       memory_text(request.max_memory));
 }
 

@@ -37,7 +37,8 @@ Map_Picture map_picture_of(const Model_Picture& options, const Input& input, boo
             .stats = options.stats,
             .strict = options.strict,
             .dry_run = options.dry_run,
-            .allow_empty = options.allow_empty};
+            .allow_empty = options.allow_empty,
+            .hash = options.hash};
 }
 
 // A map is drawn by itself.
@@ -54,6 +55,10 @@ void refuse_several(const std::vector<Input>& inputs, const Input& map) {
 
 // A picture must not take the place of its own model: -o is easily put before the wrong name.
 void refuse_output_over_input(const Model_Picture& options) {
+    std::error_code none;
+    if (options.record == options.output && options.record != "-" && !std::filesystem::is_other(path_of(options.record), none)) {
+        throw Usage_Error("--record: expected another file than that of -o, found '" + options.record + "'");
+    }
     for (const std::string& file : options.models) {
         for (const std::string& written : {options.output, options.record}) {
             // Not the same where one of them does not exist. A device may be both.
@@ -85,48 +90,60 @@ void add_render_command(CLI::App& application, int& status) {
         "(DXF); also compressed by gzip; - is standard input");
     command.add_option("-o,--output", options->output, "PNG file to write; - is standard output")
         ->required()
-        ->type_name("FILE.png");
+        ->type_name("FILE.png")
+        ->check(written_as({"png"}));
     command.add_option("--record", options->record, "Write what is drawn as a picture for replay too, compressed as FILE.gz")
-        ->type_name("PICTURE");
-    command.add_option("--size", options->size, "Width and height in pixels; maps are as high as they need to be without it")
+        ->type_name("PICTURE")
+        ->check(written_as({"json", "gz"}));
+    command
+        .add_option("--size", options->size,
+                    "Width and height in pixels, up to " + std::to_string(largest_side) + ", of maps up to " +
+                        std::to_string(largest_buffer_side) + "; maps are as high as they need to be without it")
         ->type_name("WxH")
         ->capture_default_str();
     command
         .add_option("--supersample", options->supersample,
                     "Draw so many times as large and take the mean of the pixels: smooth faces and lines")
         ->type_name("N")
-        ->check(CLI::Range(1, 8));
+        ->check(between(1, 8));
     command
         .add_option("--turntable", options->turntable,
                     "So many pictures from places all around, numbered in the file's name: frame-%03d.png or frame-{}.png")
         ->type_name("FRAMES")
-        ->check(CLI::Range(1, 100000));
+        ->check(between(1, 100000));
     command.add_flag("--dry-run", options->dry_run, "Read and check everything, tell what would be drawn, write nothing");
     command.add_flag("--allow-empty", options->allow_empty, "Write the picture though nothing is to be seen in it");
     command.add_option("--repeat", options->repeat, "Draw the picture so many times, for measuring")
         ->type_name("N")
-        ->check(CLI::Range(1, 1000000));
+        ->check(between(1, 1000000));
     command.add_flag("--stats", options->stats, "Print sizes and times");
     command
         .add_option("--threads", options->threads, "Threads that draw and compress; as many as there are processors if not given")
         ->type_name("N")
-        ->check(CLI::Range(1, 1024));
-    command.add_option("--max-memory", options->max_memory, "Memory to get along with, such as 512M or 2G")
+        ->check(between(1, 1024));
+    command
+        .add_option("--max-memory", options->max_memory,
+                    "Memory to get along with, such as 512M or 2G; bytes without K, M, G or T")
         ->type_name("SIZE")
         ->capture_default_str();
     command.add_option("--tile-size", options->tile_size, "Side of the tiles that the picture is drawn in, a multiple of 8")
         ->type_name("N")
-        ->check(CLI::Range(8, largest_tile));
-    command.add_option("--tiles-of", options->tiles_of, "Draw one part of so many columns and rows, for vorna assemble")
-        ->type_name("COLSxROWS");
-    command.add_option("--tile", options->tile, "Which part: 0 is the upper left one, counted row by row")
-        ->type_name("N")
-        ->check(CLI::Range(0, (1 << 20) - 1));
+        ->check(between(8, largest_tile));
+    CLI::Option* const parts =
+        command.add_option("--tiles-of", options->tiles_of, "Draw one part of so many columns and rows, for vorna assemble")
+            ->type_name("COLSxROWS");
+    CLI::Option* const part =
+        command.add_option("--tile", options->tile, "Which part: 0 is the upper left one, counted row by row")
+            ->type_name("N")
+            ->needs(parts);
+    parts->needs(part);
+    part->check(between(0, (1 << 20) - 1));
     command.add_flag("--hash", options->hash, "Print the SHA-256 of the pixels");
     const auto map_options = std::make_shared<Map_Options>();
     add_map_options(command, *map_options);
-    group_options(command, "Output", "--output --size --supersample --turntable --record --hash --dry-run --allow-empty");
-    group_options(command, "Large pictures", "--threads --max-memory --tile-size --tiles-of --tile");
+    group_options(command, "Output", "--output --size --record --hash --dry-run --allow-empty");
+    group_options(command, "Output of models", "--supersample --turntable");
+    group_options(command, "Large pictures of models", "--threads --max-memory --tile-size --tiles-of --tile");
     group_options(command, "Measuring", "--repeat --stats");
     command.footer(footer(
         {{"vorna render bunny.obj -o bunny.png --view front --edges --antialias", "a model with its edges"},

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -24,6 +25,7 @@
 #include "app/picture/recorder.h"
 #include "app/picture/replay.h"
 #include "app/picture/timing.h"
+#include "app/progress.h"
 #include "app/session.h"
 
 namespace app {
@@ -38,7 +40,14 @@ struct Replay_Arguments {
     std::string sort = "call";
     int repeat = 3;
     bool unchecked = false;
+
+    bool writes_nothing() const {
+        return color.empty() && depth.empty() && color_raw.empty() && depth_raw.empty() && report.empty() && record.empty() &&
+               every_call.empty() && timing.empty();
+    }
 };
+
+constexpr std::size_t most_files_unasked = 1000;
 
 // The part of a window that a picture shows.
 Raster shown(const Raster& raster, const Session& session, const picture::Picture& picture) {
@@ -104,11 +113,20 @@ picture::Replay_Settings settings_of(const Replay_Arguments& arguments, std::siz
     return settings;
 }
 
+// Long recordings fill a folder only when somebody has said how far.
+void refuse_many_files(const Replay_Arguments& arguments, std::size_t calls) {
+    if (!arguments.every_call.empty() && arguments.until.empty() && arguments.only.empty() && calls > most_files_unasked) {
+        throw Usage_Error("--every-call: expected --until or --only beside it for more than " +
+                          std::to_string(most_files_unasked) + " files, found neither for " + std::to_string(calls) + " calls");
+    }
+}
+
 // A numbered PNG for every call. The folder is made when it is not there.
 class Every_Call {
 public:
-    Every_Call(const std::string& folder, const picture::Picture& picture, Session& session)
-        : folder_(folder), picture_(picture), session_(session) {
+    Every_Call(const std::string& folder, const picture::Picture& picture, const picture::Replay_Settings& settings,
+               Session& session)
+        : folder_(folder), picture_(picture), settings_(settings), session_(session) {
         std::error_code error;
         std::filesystem::create_directories(path_of(folder), error);
         if (error) {
@@ -116,18 +134,22 @@ public:
         }
     }
 
-    void after_call(std::size_t call) const {
+    void after_call(std::size_t call) {
         const std::size_t digits = std::max<std::size_t>(4, std::to_string(picture_.calls.size()).size());
         std::string number = std::to_string(call);
         number.insert(0, digits - number.size(), '0');
         const std::string name = folder_ + '/' + number + '-' + std::string(picture_.calls[call].kind->name) + ".png";
         write_file(name, png_of(shown(raster_of(session_.color_buffer()), session_, picture_), session_.palette()));
+        const std::size_t end = std::min(settings_.last, picture_.calls.size() - 1) + 1;
+        progress_.show(static_cast<double>(call + 1) / static_cast<double>(end));
     }
 
 private:
     std::string folder_;
     const picture::Picture& picture_;
+    const picture::Replay_Settings& settings_;
     Session& session_;
+    Progress progress_;
 };
 
 picture::Cost_Order cost_order_of(const Replay_Arguments& arguments) {
@@ -151,10 +173,21 @@ void add_timing(const Replay_Arguments& arguments, const Module_Choice& module, 
     files.add("-", arguments.timing == "json" ? picture::json_of(picture, costs) : picture::table_of(picture, costs));
 }
 
+// Who asked for no file learns at least that it went well.
+void print_drawn(const Replay_Arguments& arguments, const picture::Replay_Settings& settings, std::size_t calls,
+                 const Session& session) {
+    const std::size_t drawn = calls == 0 ? 0 : std::min(settings.last, calls - 1) + 1 - settings.first;
+    const VT_Int_Rectangle window = session.window();
+    std::printf("%s: drew %zu call%s into %d x %d pixels; --color FILE.png writes them\n",
+                name_of_input(arguments.picture).c_str(), drawn, drawn == 1 ? "" : "s", window.right - window.left + 1,
+                window.top - window.bottom + 1);
+}
+
 void replay(const Replay_Arguments& arguments, const Module_Choice& module) {
     cost_order_of(arguments); // wrong options are told before anything is read
     const picture::Picture picture = picture::load(arguments.picture);
     const picture::Replay_Settings settings = settings_of(arguments, picture.calls.size());
+    refuse_many_files(arguments, picture.calls.size());
     Session session(module);
     std::optional<picture::Recorder> recorder;
     std::optional<picture::Change_Counter> counter;
@@ -168,7 +201,7 @@ void replay(const Replay_Arguments& arguments, const Module_Choice& module) {
         watched.before_call = [&](std::size_t call) { counter->before_call(call); };
     }
     if (!arguments.every_call.empty()) {
-        every_call.emplace(arguments.every_call, picture, session);
+        every_call.emplace(arguments.every_call, picture, settings, session);
     }
     watched.after_call = [&](std::size_t call) {
         if (counter) {
@@ -191,6 +224,9 @@ void replay(const Replay_Arguments& arguments, const Module_Choice& module) {
         add_timing(arguments, module, picture, settings, counter->costs(), files);
     }
     files.commit();
+    if (arguments.writes_nothing()) {
+        print_drawn(arguments, settings, picture.calls.size(), session);
+    }
 }
 
 void run(const Replay_Arguments& arguments, const Module_Choice& module) {
@@ -214,7 +250,12 @@ void add_replay_command(CLI::App& application, int& status) {
         ->required()
         ->type_name("PICTURE");
     const auto add_output = [&command](const char* option, std::string& path, const char* what, const char* type) {
-        command.add_option(option, path, what)->type_name(type);
+        CLI::Option* output = command.add_option(option, path, what)->type_name(type);
+        if (const std::string_view name = type; name == "PICTURE") {
+            output->check(written_as({"json", "gz"}));
+        } else if (name != "FILE") {
+            output->check(written_as({type + name.find('.') + 1}));
+        }
     };
     add_output("--color", arguments->color, "Write the colour buffer as PNG, RGBA or palette", "FILE.png");
     add_output("--depth", arguments->depth, "Write the depth buffer as PNG, 16-bit greyscale", "FILE.png");
@@ -228,7 +269,10 @@ void add_replay_command(CLI::App& application, int& status) {
     command.add_option("--only", arguments->only, "Draw with the calls A to B alone; earlier ones only set the renderer up")
         ->type_name("A..B")
         ->excludes(until);
-    command.add_option("--every-call", arguments->every_call, "Write the colour buffer after every call, numbered, into FOLDER")
+    command
+        .add_option("--every-call", arguments->every_call,
+                    "Write the colour buffer after every call, numbered, into FOLDER; more than " +
+                        std::to_string(most_files_unasked) + " files only with --until or --only")
         ->type_name("FOLDER");
     CLI::Option* timing = command
                               .add_flag("--timing{table}", arguments->timing,
@@ -241,7 +285,7 @@ void add_replay_command(CLI::App& application, int& status) {
         ->needs(timing);
     command.add_option("--repeat", arguments->repeat, "Times of --timing are the best of so many replays")
         ->type_name("N")
-        ->check(CLI::Range(1, 100000))
+        ->check(between(1, 100000))
         ->needs(timing)
         ->capture_default_str();
     group_options(command, "Output", "--color --depth --color-raw --depth-raw --report --record");

@@ -2,6 +2,7 @@
 #include "app/session.h"
 
 #include <stdexcept>
+#include <string_view>
 
 #include "app/picture/recorder.h"
 #include "renderer/host/rendition.h"
@@ -16,11 +17,17 @@ const std::string& with_kernels_forced(const Module_Choice& choice) {
     return choice.path;
 }
 
+// The module knows of the variable only.
+std::string kernels_message(const Module_Choice& choice, std::string message) {
+    constexpr std::string_view variable = "KRB_KERNELS";
+    return !choice.kernels.empty() && message.starts_with(variable) ? message.replace(0, variable.size(), "--kernels") : message;
+}
+
 } // namespace
 
 Session::Session(const Module_Choice& choice) try : module_(with_kernels_forced(choice)), canvas_(module_) {
 } catch (const std::invalid_argument& error) {
-    throw Usage_Error(error.what());
+    throw Usage_Error(kernels_message(choice, error.what()));
 }
 
 void Session::set_window(const VT_Int_Rectangle& window) {

@@ -126,7 +126,8 @@ void add_check_command(CLI::App& application, int& status) {
     command
         .add_option("--profile", arguments->profile,
                     "What to check: what every renderer owes its host, or the whole interface of krb.vrd")
-        ->check(CLI::IsMember({"host", "krb"}))
+        ->type_name("NAME")
+        ->check(one_of({"host", "krb"}))
         ->capture_default_str();
     command.add_option("--only", arguments->only, "Only this check, or the checks of this area; may be repeated")
         ->type_name("NAME")
@@ -134,9 +135,10 @@ void add_check_command(CLI::App& application, int& status) {
         ->expected(1);
     CLI::Option* const seed =
         command.add_option("--seed", arguments->seed, "Draw what this number leads to; by default another one each time")
-            ->type_name("N");
+            ->type_name("N")
+            ->check(between<std::int64_t>(0, UINT32_MAX));
     command.add_option("--timeout", arguments->timeout, "Seconds for each area")
-        ->check(CLI::Range(0.1, 86400.0))
+        ->check(between(0.1, 86400.0))
         ->capture_default_str();
     command.add_option("--junit", arguments->junit, "Write the outcomes as JUnit XML")->type_name("FILE.xml");
     command.add_flag("--list", arguments->list, "List the checks and exit");
@@ -153,8 +155,13 @@ void add_check_command(CLI::App& application, int& status) {
         if (seed->count() == 0) {
             arguments->seed = std::random_device()();
         }
-        Module_Choice module{arguments->module, ""};
-        if (!arguments->list && (arguments->module.empty() || arguments->selftest)) {
+        Module_Choice module;
+        if (!arguments->module.empty() && !arguments->selftest) {
+            if (application.count("--module") > 0) {
+                throw Usage_Error("--module: expected one module to check, found " + arguments->module + " too");
+            }
+            module = {arguments->module, chosen_kernels(application)};
+        } else if (!arguments->list) {
             module = chosen_module(application);
         }
         status = run(*arguments, module);

@@ -47,7 +47,10 @@ Candidates candidates_of(const Option_Entry& option) {
     if (dot != std::string::npos && std::islower(static_cast<unsigned char>(option.kind[dot + 1]))) {
         candidates.endings = {option.kind.substr(dot + 1)};
     }
-    candidates.any_file = option.kind == "FILE";
+    if (option.kind == "PALETTE") {
+        candidates.words = {"cube"};
+    }
+    candidates.any_file = option.kind == "FILE" || option.kind == "PALETTE";
     candidates.folder = option.kind == "FOLDER";
     return candidates;
 }

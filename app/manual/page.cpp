@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <sstream>
 
+#include "app/command.h"
+
 namespace app::manual {
 namespace {
 
@@ -15,15 +17,6 @@ std::vector<std::string> split(const std::string& text, char separator) {
         parts.push_back(part);
     }
     return parts;
-}
-
-// iso, front or back
-std::string list_of(const std::vector<std::string>& names) {
-    std::string text;
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        text += (i == 0 ? "" : i + 1 < names.size() ? ", " : " or ") + names[i];
-    }
-    return text;
 }
 
 // The names of options that CLI11 keeps in no order of ours.

@@ -45,9 +45,24 @@ Axes axes_of(View view) {
     return {{0, 1, 0}, {0.55, 0.42, 1}};
 }
 
-// Models with z up stand on the x-y plane and look along -y.
-VT_Vector_D stand_up(const VT_Vector_D& v, Up_Axis up) {
-    return up == Up_Axis::y ? v : VT_Vector_D{v.x, -v.z, v.y};
+// Models with y up look along z. Others are turned around their x axis, so that those with z up stand on the x-y plane and look
+// along -y; those with x up are turned around their z axis.
+VT_Vector_D stand_up(const VT_Vector_D& v, Up_Axis up) noexcept {
+    switch (up) {
+    case Up_Axis::z:
+        return {v.x, -v.z, v.y};
+    case Up_Axis::minus_y:
+        return {v.x, -v.y, -v.z};
+    case Up_Axis::minus_z:
+        return {v.x, v.z, -v.y};
+    case Up_Axis::x:
+        return {v.y, -v.x, v.z};
+    case Up_Axis::minus_x:
+        return {-v.y, v.x, v.z};
+    case Up_Axis::y:
+        break;
+    }
+    return v;
 }
 
 Extent extent_of(std::span<const VT_Vector> points, const Camera& axes, double tangent_x, double tangent_y) {
@@ -122,6 +137,10 @@ Direction direction_of(std::int32_t part, std::int32_t parts) {
 }
 
 } // namespace
+
+VT_Vector_D up_direction(Up_Axis up) noexcept {
+    return stand_up({0, 1, 0}, up);
+}
 
 Aim turned_aim(const Aim& aim, const VT_Vector_D& place, const VT_Vector_D& axis, std::int32_t part, std::int32_t parts) {
     const Direction turn = direction_of(part, parts);

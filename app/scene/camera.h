@@ -10,7 +10,7 @@
 namespace app::scene {
 
 enum class View { front, back, left, right, top, bottom, iso };
-enum class Up_Axis { y, z };
+enum class Up_Axis { y, z, x, minus_y, minus_z, minus_x };
 enum class Projection { perspective, orthographic };
 
 // Tangent of half the vertical field of view at zoom 1, about 30 degrees in all.
@@ -32,9 +32,7 @@ struct Camera_Settings {
 };
 
 // The direction of the model's axis that points up.
-constexpr VT_Vector_D up_direction(Up_Axis up) noexcept {
-    return up == Up_Axis::y ? VT_Vector_D{0, 1, 0} : VT_Vector_D{0, 0, 1};
-}
+VT_Vector_D up_direction(Up_Axis up) noexcept;
 
 // Clip space: a point is visible where -w <= x <= w, -w <= y <= w and 0 <= z <= w; z / w is linear in the depth buffer.
 struct Camera {

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <set>
 
 #include "app/scene/model_reader.h"
@@ -30,6 +31,7 @@ public:
 
     Mesh read() {
         for (; !cursor_.at_end(); cursor_.next_line()) {
+            const Text_Cursor before = cursor_;
             const std::string_view keyword = cursor_.word();
             if (keyword == "v") {
                 positions_.push_back(read_vector(cursor_, "a vertex coordinate"));
@@ -43,12 +45,23 @@ public:
                 use_material(std::string(cursor_.rest_of_line()));
             } else if (keyword == "mtllib") {
                 read_materials(std::string(cursor_.rest_of_line()));
+            } else if (!foreign_ && is_foreign(keyword)) {
+                foreign_ = before;
             }
+        }
+        if (positions_.empty() && foreign_) {
+            foreign_->fail("lines of an OBJ model, as v X Y Z");
         }
         return take_mesh();
     }
 
 private:
+    // Exporters have statements of their own, so that a line that nobody knows is an error only where no vertex is.
+    static bool is_foreign(std::string_view keyword) {
+        constexpr std::array<std::string_view, 6> known{"o", "g", "s", "l", "p", "vp"};
+        return !keyword.empty() && keyword.front() != '#' && std::ranges::find(known, keyword) == known.end();
+    }
+
     // One-based from the front, or negative from the back.
     std::uint32_t read_index(std::size_t count, const char* kind) {
         const Text_Cursor before = cursor_;
@@ -271,6 +284,7 @@ private:
     std::vector<Obj_Material> materials_;
     Mesh mesh_;
     std::uint32_t material_ = none;
+    std::optional<Text_Cursor> foreign_; // before the first line that nobody knows
 };
 
 } // namespace

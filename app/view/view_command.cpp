@@ -3,13 +3,16 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <optional>
+#include <system_error>
 
 #include "app/command.h"
 #include "app/input.h"
 #include "app/map_command.h"
 #include "app/model_options.h"
+#include "app/path.h"
 #include "app/scene/model_reader.h"
 #include "app/view/map_viewer.h"
 #include "app/view/script.h"
@@ -31,6 +34,10 @@ void show(const View_Options& options, std::vector<Input> inputs, const Map_Opti
                                                       "--size: expected WIDTHxHEIGHT with sides from 1 to 16383"));
     const auto script = options.script.empty() ? std::vector<view::Script_Step>()
                                                : view::parsed_script(options.script, scene::read_file(options.script));
+    std::error_code none;
+    if (!std::filesystem::is_directory(path_of(options.folder), none)) {
+        throw Usage_Error("--screenshots: expected a folder, found none called '" + options.folder + "'");
+    }
     if (options.models.size() > 1 && std::ranges::any_of(inputs, is_map)) {
         throw Usage_Error(options.models.front() + ": expected a map or drawing alone, found others beside it");
     }

@@ -27,6 +27,7 @@ mkdir models
 touch bunny.obj BUNNY.PLY bunny.png bunny.json.gz mine.vrd 'a b.stl'
 
 expect "render replay" vorna re
+expect "render replay" vorna help re
 expect "--version" vorna --v
 expect "render" vorna --module replay ren
 expect "--view" vorna render --vi
@@ -39,6 +40,7 @@ expect "black blue brown" vorna render x.obj --color b
 expect "dash-dot dash-dot-dot dashed" vorna render map.json --border da
 expect "BUNNY.PLY a b.stl bunny.obj models" vorna render ''
 expect "bunny.png models" vorna render bunny.obj -o ''
+expect "cube" vorna render bunny.obj --palette cu
 expect "models" vorna view bunny.obj --screenshots ''
 expect "" vorna render bunny.obj --size ''
 expect "bunny.json.gz" vorna replay bun

@@ -11,7 +11,7 @@ complaints() {
     "$mandoc" -T lint -W warning "$1" | grep -v 'missing date' || true
 }
 
-for name in vorna vorna-{render,view,replay,info,compare,assemble,check}; do
+for name in vorna vorna-{render,view,replay,info,compare,assemble,check,help}; do
     gunzip -c "$folder/$name.1.gz" >"$work/$name.1"
     found=$(complaints "$work/$name.1")
     [ -z "$found" ] || { echo "$found"; exit 1; }

@@ -229,6 +229,8 @@ TEST_F(Map_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_file
         {{map, "--projection", "flat"}, "--projection: expected equirectangular, mercator, plane"},
         {{map, "--projection", "plane", "--graticule", "10"}, "--graticule: expected a projection of the globe"},
         {{map, "--font", "x.ttf"}, "--font: expected --labels beside it"},
+        {{map, "--casing-width", "3"}, "--casing-width: expected --casing beside it, found none"},
+        {{map, "--turntable", "3"}, "--turntable: expected a model, found " + map},
         {{map, "--merge", "and"}, "--merge: expected --overlay beside it"},
         {{map, "--opacity", "0.5", "--colors", "8"}, "--opacity: expected 32 bits a pixel"},
         {{map, "--marker", "heart"}, "--marker: expected one of dot"},

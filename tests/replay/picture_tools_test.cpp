@@ -61,6 +61,20 @@ TEST_F(Picture_Tools, parts_of_a_replay_are_those_of_the_whole) {
                 HasSubstr("--until: expected numbers of calls from 0 to 4, found '5'"));
     EXPECT_THAT(error_of({"replay", picture, "--only", "3..x"}), HasSubstr("--only: expected numbers of calls"));
     EXPECT_THAT(error_of({"replay", picture, "--only", "3..2"}), HasSubstr("the lower number first"));
+    EXPECT_EQ(run_vorna({"replay", picture, "--unchecked", "--only", "4"}).output,
+              picture + ": drew 1 call into 8 x 4 pixels; --color FILE.png writes them\n");
+}
+
+TEST_F(Picture_Tools, many_files_are_written_only_when_it_is_said_how_many) {
+    std::string calls = R"({"call": "establish"})";
+    for (int i = 0; i < 1000; ++i) {
+        calls += R"(, {"call": "establish"})";
+    }
+    const std::string long_one = R"({"picture": 1, "window": {"width": 1, "height": 1}, "calls": [)" + calls + "]}";
+    EXPECT_THAT(
+        error_of({"replay", "-", "--every-call", folder.file("all")}, long_one),
+        HasSubstr("--every-call: expected --until or --only beside it for more than 1000 files, found neither for 1001 calls"));
+    EXPECT_EQ(run_vorna({"replay", "-", "--every-call", folder.file("two"), "--until", "1"}, long_one).status, 0);
 }
 
 TEST_F(Picture_Tools, timing_counts_the_pixels_that_calls_change) {

@@ -143,22 +143,30 @@ TEST_F(Replay_Command, tells_wrong_usage_in_one_line) {
         EXPECT_THAT(outcome.errors, HasSubstr(message));
         EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1) << outcome.errors;
     };
-    expect({}, 2, "subcommand is required");
-    expect({"replay"}, 2, "picture is required");
-    expect({"replay", "-", "--colour", "c.png"}, 2, "--colour");
+    expect({}, 2, "vorna: expected a command, found none; vorna --help lists them");
+    expect({"rply"}, 2, "vorna: expected a command, found 'rply'; did you mean replay? vorna --help lists them");
+    expect({"replay"}, 2, "replay: expected PICTURE, found none; vorna replay --help tells what it takes");
+    expect({"replay", "-", "more"}, 2, "replay: expected no further argument, found 'more'");
+    expect({"replay", "-", "--colour", "c.png"}, 2, "--colour: no option of vorna replay; did you mean --color?");
+    expect({"replay", "-", "--sort", "time"}, 2, "--sort: expected --timing beside it, found none");
     expect({"replay", "missing.json"}, 2, "missing.json: cannot be read: No such file or directory");
     expect({"replay", "/"}, 2, "/: cannot be read: " + folder_reason);
     expect({"replay", "-", "--module", "missing.vrd"}, 1, "missing.vrd");
-    expect({"replay", "-", "--kernels", "abacus"}, 2, "there is no kernel set 'abacus'");
+    expect({"replay", "-", "--kernels", "abacus"}, 2, "--kernels: expected portable, baseline, avx2 or avx512, found 'abacus'");
     expect({"replay", "-", "--color", folder.file("none/c.png")}, 1, "none/c.png: cannot be written: No such file or directory");
     EXPECT_EQ(run_vorna({"--version"}).status, 0);
-    EXPECT_EQ(run_vorna({"replay", "--help"}).status, 0);
+    EXPECT_EQ(run_vorna({"help"}).output, run_vorna({"--help"}).output);
+    EXPECT_EQ(run_vorna({"help", "replay"}).output, run_vorna({"replay", "--help"}).output);
+    EXPECT_THAT(run_vorna({"replay", "--help"}).output, testing::StartsWith("Draw a picture"));
 }
 
 TEST_F(Replay_Command, writes_all_files_or_none) {
     const Outcome outcome =
         run_vorna({"replay", "-", "--color", folder.file("c.png"), "--depth", folder.file("none/d.png")}, small);
     EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(folder.names(), IsEmpty());
+    const Outcome twice = run_vorna({"replay", "-", "--color", folder.file("c"), "--color-raw", folder.file("c")}, small);
+    EXPECT_EQ(twice.errors, "vorna: " + folder.file("c") + ": expected a name for one file, found it for two\n");
     EXPECT_THAT(folder.names(), IsEmpty());
 
     const std::string flat = R"({"picture": 1, "buffer_depth": 0, "calls": []})";

@@ -104,11 +104,14 @@ TEST(Camera, views_are_named_by_the_side_they_show_and_never_mirrored) {
         Up_Axis up;
         std::size_t right, above, nearer;
         bool right_positive, above_positive, nearer_positive;
-    } cases[] = {{View::front, Up_Axis::y, 0, 1, 2, true, true, true},  {View::back, Up_Axis::y, 0, 1, 2, false, true, false},
-                 {View::right, Up_Axis::y, 2, 1, 0, false, true, true}, {View::left, Up_Axis::y, 2, 1, 0, true, true, false},
-                 {View::top, Up_Axis::y, 0, 2, 1, true, false, true},   {View::bottom, Up_Axis::y, 0, 2, 1, true, true, false},
-                 {View::front, Up_Axis::z, 0, 2, 1, true, true, false}, {View::top, Up_Axis::z, 0, 1, 2, true, true, true},
-                 {View::right, Up_Axis::z, 1, 2, 0, true, true, true}};
+    } cases[] = {
+        {View::front, Up_Axis::y, 0, 1, 2, true, true, true},         {View::back, Up_Axis::y, 0, 1, 2, false, true, false},
+        {View::right, Up_Axis::y, 2, 1, 0, false, true, true},        {View::left, Up_Axis::y, 2, 1, 0, true, true, false},
+        {View::top, Up_Axis::y, 0, 2, 1, true, false, true},          {View::bottom, Up_Axis::y, 0, 2, 1, true, true, false},
+        {View::front, Up_Axis::z, 0, 2, 1, true, true, false},        {View::top, Up_Axis::z, 0, 1, 2, true, true, true},
+        {View::right, Up_Axis::z, 1, 2, 0, true, true, true},         {View::front, Up_Axis::minus_z, 0, 2, 1, true, false, true},
+        {View::front, Up_Axis::minus_y, 0, 1, 2, true, false, false}, {View::front, Up_Axis::x, 1, 0, 2, false, true, true},
+        {View::front, Up_Axis::minus_x, 1, 0, 2, true, false, true}};
     for (const auto& expected : cases) {
         const Camera camera = fit_camera({expected.view, expected.up, Projection::orthographic, 1, 1}, points);
         const Clip_Point origin = transformed(camera.clip_from_model, points[3]);

@@ -216,6 +216,14 @@ TEST_F(Reader_Files, a_model_without_anything_to_draw_is_refused) {
             EXPECT_THAT(error.what(), HasSubstr("empty.obj: empty scene: expected")) << text;
         }
     }
+    // A text that is no model at all, unlike one with statements of its own.
+    try {
+        load_model(folder.file("text.obj", "# notes\nDear all,\n"));
+        ADD_FAILURE();
+    } catch (const Model_Error& error) {
+        EXPECT_THAT(error.what(), HasSubstr("text.obj:2: expected lines of an OBJ model, as v X Y Z, found 'Dear'"));
+    }
+    EXPECT_EQ(load_model(folder.file("own.obj", "mine 1\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n")).triangle_count(), 1U);
 }
 
 // Whatever is cut off or overwritten, a reader refuses the file or gives a mesh that can be drawn.

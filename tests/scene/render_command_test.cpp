@@ -76,14 +76,17 @@ TEST_F(Render_Command, stats_go_to_standard_error) {
 TEST_F(Render_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_file) {
     const std::string model = folder.file("corner.obj", corner), broken = folder.file("broken.obj", "v 0 0\n");
     const std::string output = folder.file("out.png"), nowhere = folder.file("missing") + "/out.png";
+    const std::string plain = folder.file("corner", corner), map = folder.file("map.json", "{}"),
+                      drawing = folder.file("plan.dxf", "0\nSECTION\n");
     const struct {
         std::vector<std::string> arguments;
         int status;
         std::string message;
     } cases[] = {
-        {{model}, 2, "output is required"},
-        {{"-o", output}, 2, "model is required"},
-        {{model, "-o", model}, 2, "corner.obj: expected another file to write than those to draw"},
+        {{model}, 2, "render: expected -o FILE.png, found none; vorna render --help tells"},
+        {{"-o", output}, 2, "render: expected MODEL, found none"},
+        {{plain, "-o", plain}, 2, "corner: expected another file to write than those to draw"},
+        {{model, "-o", plain, "--record", plain}, 2, "--record: expected another file than that of -o, found"},
         {{model, "-o", output, "--size", "64"}, 2, "--size: expected WIDTHxHEIGHT with sides from 1 to 262144, found '64'"},
         {{model, "-o", output, "--size", "64x262145"}, 2, "--size: expected"},
         {{model, "-o", output, "--tile", "1"}, 2, "--tile: expected --tiles-of beside it, found none"},
@@ -92,14 +95,14 @@ TEST_F(Render_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_f
          2,
          "--tiles-of: expected parts of 8 pixels"},
         {{model, "-o", output, "--tile-size", "100"}, 2, "--tile-size: expected a multiple of 8, found 100"},
-        {{model, "-o", output, "--max-memory", "much"}, 2, "--max-memory: expected a size such as 512M or 2G, found 'much'"},
-        {{model, "-o", output, "--color", "puce"}, 2, "--color: expected #rrggbb or a colour's name, found 'puce'"},
+        {{model, "-o", output, "--max-memory", "much"}, 2, "--max-memory: expected a number of bytes, or one with K, M, G or T"},
+        {{model, "-o", output, "--color", "puce"}, 2, "--color: expected #rgb, #rrggbb or a colour's name, found 'puce'\n"},
         {{model, "-o", output, "--light", "0,0,0"}, 2, "--light: expected a direction x,y,z, found '0,0,0'"},
         {{model, "-o", output, "--view", "above"},
          2,
          "--view: expected iso, front, back, left, right, top or bottom, found 'above'"},
         {{model, "-o", output, "--colors", "16"}, 2, "--colors: expected 32 or 8, found '16'"},
-        {{model, "-o", output, "--ortho", "--perspective"}, 2, "excludes"},
+        {{model, "-o", output, "--ortho", "--perspective"}, 2, "--perspective: expected no --ortho beside it, found both"},
         {{model, "-o", output, "--edges=some"}, 2, "--edges: expected all or feature, found 'some'"},
         {{model, "-o", output, "--edge-color", "red"},
          2,
@@ -120,30 +123,66 @@ TEST_F(Render_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_f
         {{model, "-o", output, "--palette", "cube", "--colors", "32"},
          2,
          "--palette: expected 8 bits a pixel, found --colors 32"},
-        {{model, "-o", output, "--record", nowhere, "--supersample", "2"},
+        {{model, "-o", output, "--record", folder.file("r.json"), "--supersample", "2"},
          2,
          "--record: expected pixels as the renderer draws them"},
         {{model, "-o", output, "--tile-size", "4096", "--supersample", "4"}, 2, "--tile-size: expected tiles that enlarged have"},
         {{model, "-o", "-", "--record", "-"}, 2, "--record -: expected another file, found -o -"},
         {{"-", "-", "-o", output}, 2, "-: expected standard input once, found it twice"},
-        {{model, "missing.json", "-o", output}, 2, "missing.json: expected a model beside " + model + ", found a map or drawing"},
-        {{"missing.json", "missing.dxf", "-o", output},
-         2,
-         "missing.dxf: expected one map or drawing, found another one; --overlay"},
+        {{model, map, "-o", output}, 2, map + ": expected a model beside " + model + ", found a map or drawing"},
+        {{map, drawing, "-o", output}, 2, drawing + ": expected one map or drawing, found another one; --overlay"},
         {{model, "-o", output, "--input-format", "xyzzy"}, 2, "--input-format: expected a suffix of files that can be read"},
         {{broken, "-o", output}, 2, broken + ":1: expected a vertex coordinate, found the end of the line"},
         {{model, "-o", nowhere}, 1, nowhere},
         {{model, "-o", output, "--module", folder.file("missing.vrd")}, 1, "missing.vrd"},
     };
     for (const auto& [arguments, status, message] : cases) {
+        SCOPED_TRACE(message);
         std::vector<std::string> command = arguments;
         command.insert(command.begin(), "render");
         const Outcome outcome = replay_tests::run_vorna(command);
         EXPECT_EQ(outcome.status, status) << message;
         EXPECT_THAT(outcome.errors, testing::AllOf(StartsWith("vorna: "), HasSubstr(message)));
         EXPECT_EQ(std::ranges::count(outcome.errors, '\n'), 1) << outcome.errors;
-        EXPECT_THAT(folder.names(), ElementsAre("broken.obj", "corner.obj")) << message;
+        EXPECT_THAT(folder.names(), ElementsAre("broken.obj", "corner", "corner.obj", "map.json", "plan.dxf")) << message;
     }
+}
+
+TEST_F(Render_Command, arguments_that_are_not_understood_are_answered_with_what_was_expected) {
+    const std::string model = folder.file("corner.obj", corner), output = folder.file("out.png");
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+        {{"--zoom", "2000"}, "--zoom: expected a number from 0.01 to 1000, found '2000'"},
+        {{"--threads", "1.5"}, "--threads: expected a whole number from 1 to 1024, found '1.5'"},
+        {{"--suprsample", "2"},
+         "--suprsample: no option of vorna render; did you mean --supersample? vorna render --help lists them"},
+        {{"--foo=3"}, "--foo: no option of vorna render; vorna render --help lists them"},
+        {{"--hash=3"}, "--hash: expected no value, found '3'"},
+        {{"--edges", "feature"}, "--edges: expected --edges=feature, found '--edges feature'; a file of that name is ./feature"},
+        {{"--edges", "--edges=feature"}, "--edges: expected once, found 2 times"},
+        {{"--size", "2x2", "--size", "3x3"}, "--size: expected once, found 2 times"},
+        {{"--color", ""}, "--color: expected COLOR, found ''"},
+        {{"--record", "--hash"}, "--record: expected PICTURE, found the option --hash"},
+        {{"--record"}, "--record: expected PICTURE behind it, found nothing"},
+        {{"--record", folder.file("r.png")},
+         "--record: expected a name that ends in .json or .gz, found '" + folder.file("r.png")},
+        {{"--camera", "1,2,3,0,0,0", "--view", "top"}, "--view: expected no --camera beside it, found both"},
+        {{"--background", "None"},
+         "--background: expected none, #rgb, #rrggbb or a colour's name, found 'None'; did you mean none?"},
+        {{"--max-memory", "3"}, "M or more for this picture, found 3 bytes"},
+        {{"--kernels", "sse"}, "--kernels: expected portable, baseline, avx2 or avx512, found 'sse'"},
+        {{"--", "--nosuch.obj"}, "./--nosuch.obj: cannot be read: No such file or directory"},
+    };
+    for (const auto& [arguments, message] : cases) {
+        std::vector<std::string> command{"render", model, "-o", output};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        const Outcome outcome = replay_tests::run_vorna(command);
+        EXPECT_EQ(outcome.status, 2) << message;
+        EXPECT_THAT(outcome.errors, HasSubstr(message));
+        EXPECT_THAT(folder.names(), ElementsAre("corner.obj")) << message;
+    }
+    EXPECT_THAT(replay_tests::run_vorna({"render", model, "-o", folder.file("out.JPG")}).errors,
+                HasSubstr("--output: expected a name that ends in .png, found "));
+    EXPECT_EQ(replay_tests::run_vorna({"render", model, "-o", output, "--up", "-z", "--size", "8x8"}).status, 0);
 }
 
 } // namespace

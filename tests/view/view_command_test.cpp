@@ -152,6 +152,9 @@ TEST_F(View_Command, says_in_one_line_what_is_wrong) {
     }
     EXPECT_THAT(view("key q\n", {"--camera", "1,2,3"}).errors, HasSubstr("--camera: expected two places"));
     EXPECT_THAT(view("key q\n", {"--camera", "0,5,0,0,0,0"}).errors, HasSubstr("another direction that points up"));
+    const std::string nowhere = folder.file("nowhere");
+    EXPECT_EQ(replay_tests::run_vorna({"view", model, "--screenshots", nowhere}).errors,
+              "vorna: --screenshots: expected a folder, found none called '" + nowhere + "'\n");
     unsetenv("SDL_VIDEODRIVER");
     unsetenv("WAYLAND_DISPLAY");
     for (const char* display : {"", ":65500"}) {
@@ -159,6 +162,7 @@ TEST_F(View_Command, says_in_one_line_what_is_wrong) {
         const Outcome outcome = view("key q\n");
         EXPECT_EQ(outcome.status, 1);
         EXPECT_THAT(outcome.errors, HasSubstr("vorna: view: no display to open a window on: "));
+        EXPECT_THAT(replay_tests::run_vorna({"view", nowhere + ".obj"}).errors, HasSubstr("nowhere.obj: cannot be read: "));
     }
 }
 
