@@ -116,7 +116,8 @@ install_there() {
     chroot "$root" env DEBIAN_FRONTEND=noninteractive apt-get -qq --yes --no-install-recommends install "$@" >/dev/null
 }
 chroot "$root" apt-get -qq update
-install_there $(cd "$root" && ls -d packages/*.deb | sed 's|^|/|')
+packages=(out/*vorna*.deb)
+install_there "${packages[@]/#out//packages}"
 chroot "$root" vorna --version
 install_there cmake g++ libpng-dev make pkgconf
 try_tree /usr /project chroot "$root"
