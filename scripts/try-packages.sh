@@ -107,8 +107,8 @@ step "Debian packages in a fresh Debian in $root"
 debootstrap --variant=minbase bookworm "$root" "$mirror" >"$work/log" 2>&1 ||
     { echo "$0: debootstrap made no Debian in $root: $(grep -a '^E:' "$work/log" | tail -n 1)" >&2; exit 1; }
 # The command asks there where it lies.
-at_end+=("umount '$root/proc'")
 mount -t proc proc "$root/proc"
+at_end+=("umount '$root/proc'")
 cp -r "$work/project" "$root/project"
 mkdir "$root/packages"
 cp out/*vorna*.deb "$root/packages"
