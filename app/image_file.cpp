@@ -37,17 +37,6 @@ Raster cut(Raster raster, const VT_Int_Rectangle& window, const VT_Int_Rectangle
     return raster;
 }
 
-std::int32_t bytes_per_pixel(Buffer_Format format) noexcept {
-    switch (format) {
-    case Buffer_Format::index8:
-        return 1;
-    case Buffer_Format::depth16:
-        return 2;
-    default:
-        return 4;
-    }
-}
-
 void store_samples(const std::uint8_t* pixels, std::int32_t width, Buffer_Format format, std::uint8_t* samples) {
     if (format == Buffer_Format::index8) {
         std::memcpy(samples, pixels, static_cast<std::size_t>(width));

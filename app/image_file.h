@@ -27,8 +27,6 @@ Raster raster_of(const VT_Shared_Image& image);
 // The part of a window's raster that shows these device pixels of it.
 Raster cut(Raster raster, const VT_Int_Rectangle& window, const VT_Int_Rectangle& area) noexcept;
 
-std::int32_t bytes_per_pixel(Buffer_Format format) noexcept;
-
 // Pixels as a buffer holds them, in the order of PNG: red first, high byte first.
 void store_samples(const std::uint8_t* pixels, std::int32_t width, Buffer_Format format, std::uint8_t* samples);
 

@@ -27,8 +27,9 @@ build_packages=(g++ cmake ninja-build libassimp-dev libcli11-dev libfreetype-dev
 # What the tests of a native build need besides.
 test_packages=(binutils clang-format fish fonts-dejavu-core glmark2-data libgmock-dev libgtest-dev mandoc pkgconf zsh)
 
-# What is needed besides to cross-build for Windows and to run programs for it.
-windows_packages=(binutils-mingw-w64-x86-64 g++-mingw-w64-x86-64-posix googletest libstb-dev libz-mingw-w64-dev wine64)
+# What is needed besides to cross-build for Windows, and to test what was built.
+windows_packages=(binutils-mingw-w64-x86-64 g++-mingw-w64-x86-64-posix libstb-dev libz-mingw-w64-dev)
+windows_test_packages=(googletest wine64)
 
 # Developers who have ccache build faster.
 if command -v ccache >/dev/null; then

@@ -32,7 +32,7 @@ step "clang-format"
 scripts/check-format.sh clang-format
 
 if [ "$everything" ]; then
-    install_packages clang clang-tidy libclang-rt-14-dev llvm "${windows_packages[@]}"
+    install_packages clang clang-tidy libclang-rt-14-dev llvm "${windows_packages[@]}" "${windows_test_packages[@]}"
 
     # Sanitizers make everything several times slower: fewer rounds of the seeded properties.
     VORNA_TEST_SCALE=${VORNA_TEST_SCALE:-0.2} check clang-asan

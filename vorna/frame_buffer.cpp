@@ -22,21 +22,6 @@ constexpr std::int32_t row_bytes(std::int32_t pixel_bytes) {
     return (cache_lines | 1) * row_alignment;
 }
 
-std::int32_t bytes_per_pixel(Buffer_Format format) {
-    switch (format) {
-    case Buffer_Format::index8:
-        return 1;
-    case Buffer_Format::depth16:
-        return 2;
-    case Buffer_Format::rgb32:
-    case Buffer_Format::presentation_rgb32:
-        return 4;
-    case Buffer_Format::whatever_is_there:
-        break;
-    }
-    throw std::invalid_argument("a buffer cannot be made in format " + std::to_string(static_cast<std::int32_t>(format)));
-}
-
 class Host_Frame_Buffer final : public Frame_Buffer {
 public:
     Host_Frame_Buffer(std::int32_t buffer_width, std::int32_t buffer_height, Buffer_Format buffer_format)
@@ -68,6 +53,9 @@ private:
 } // namespace
 
 VT_Reference<Frame_Buffer> vorna::make_raster(std::int32_t width, std::int32_t height, Buffer_Format format) {
+    if (bytes_per_pixel(format) == 0) {
+        throw std::invalid_argument("a buffer cannot be made in format " + std::to_string(static_cast<std::int32_t>(format)));
+    }
     return VT_Reference<Frame_Buffer>(new Host_Frame_Buffer(width, height, format));
 }
 

@@ -133,7 +133,7 @@ void check_buffer_failure(Trial& trial) {
             trial.at(std::string(configuration.name) + (request == 0 ? ", colour buffer" : ", depth buffer"));
             std::vector<VT_Reference<Guarded_Buffer>> made;
             for (const bool is_used_again : {false, true}) {
-                Buffer_Maker maker(0);
+                Buffer_Maker maker([](Buffer_Format) { return Buffer_Layout{}; }, Guard_Access::open);
                 maker.fail_at(request);
                 VT_Renderer_Data prototype;
                 prototype.buffer_creation = maker.callback();

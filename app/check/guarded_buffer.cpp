@@ -1,7 +1,9 @@
 // Frame buffers at any alignment, between guard bytes.
 #include "app/check/guarded_buffer.h"
 
+#include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "app/check/address_sanitizer.h"
 #include "renderer/host/color.h"
@@ -31,7 +33,7 @@ Guarded_Buffer::Guarded_Buffer(std::int32_t buffer_width, std::int32_t buffer_he
     width = buffer_width;
     height = buffer_height;
     format = buffer_format;
-    bytes_per_row = width * bytes_per_pixel() + layout.padding;
+    bytes_per_row = width * bytes_per_pixel(format) + layout.padding;
 
     const std::size_t rows_size = static_cast<std::size_t>(bytes_per_row) * static_cast<std::size_t>(height);
     memory_.resize(guard_size + alignment + static_cast<std::size_t>(layout.offset) + rows_size + guard_size);
@@ -43,18 +45,14 @@ Guarded_Buffer::Guarded_Buffer(std::int32_t buffer_width, std::int32_t buffer_he
     }
     for (std::int32_t row = 0; row < height; ++row) {
         row_starts_.push_back(memory_.data() + start_of_row(row));
-        std::memset(row_starts_.back(), 0, static_cast<std::size_t>(width) * static_cast<std::size_t>(bytes_per_pixel()));
+        std::memset(row_starts_.back(), 0, static_cast<std::size_t>(width) * static_cast<std::size_t>(bytes_per_pixel(format)));
     }
     rows = row_starts_.data();
     close_guards();
 }
 
-std::int32_t Guarded_Buffer::bytes_per_pixel() const noexcept {
-    return format == Buffer_Format::index8 ? 1 : format == Buffer_Format::depth16 ? 2 : 4;
-}
-
 std::uint32_t Guarded_Buffer::pixel(std::int32_t column, std::int32_t row) const noexcept {
-    const std::uint8_t* const at = rows[row] + column * bytes_per_pixel();
+    const std::uint8_t* const at = rows[row] + column * bytes_per_pixel(format);
     if (format == Buffer_Format::index8) {
         return *at;
     }
@@ -67,7 +65,7 @@ std::uint32_t Guarded_Buffer::pixel(std::int32_t column, std::int32_t row) const
 }
 
 void Guarded_Buffer::set_pixel(std::int32_t column, std::int32_t row, std::uint32_t value) noexcept {
-    std::uint8_t* const at = rows[row] + column * bytes_per_pixel();
+    std::uint8_t* const at = rows[row] + column * bytes_per_pixel(format);
     if (format == Buffer_Format::index8) {
         *at = static_cast<std::uint8_t>(value);
     } else if (format == Buffer_Format::depth16) {
@@ -87,7 +85,7 @@ std::string Guarded_Buffer::broken_guard() const {
 }
 
 std::string Guarded_Buffer::find_broken_guard() const {
-    const auto pixel_bytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(bytes_per_pixel());
+    const auto pixel_bytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(bytes_per_pixel(format));
     std::size_t position = 0;
     const auto first_broken = [&](std::size_t end) {
         while (position < end && memory_[position] == guard_byte(position)) {
@@ -121,7 +119,8 @@ std::size_t Guarded_Buffer::start_of_row(std::int32_t row) const noexcept {
 
 void Guarded_Buffer::renew_padding() noexcept {
     for (std::int32_t row = 0; row < height; ++row) {
-        for (std::size_t i = start_of_row(row) + static_cast<std::size_t>(width) * static_cast<std::size_t>(bytes_per_pixel());
+        for (std::size_t i =
+                 start_of_row(row) + static_cast<std::size_t>(width) * static_cast<std::size_t>(bytes_per_pixel(format));
              i < start_of_row(row - 1); ++i) {
             memory_[i] = guard_byte(i);
         }
@@ -141,6 +140,24 @@ void Guarded_Buffer::open_guards() const noexcept {
 #if defined(HAS_ADDRESS_SANITIZER)
     ASAN_UNPOISON_MEMORY_REGION(memory_.data(), memory_.size());
 #endif
+}
+
+Guarded_Buffer* Buffer_Maker::latest(bool depths) const noexcept {
+    const auto found = std::find_if(made_.rbegin(), made_.rend(), [depths](const auto& buffer) {
+        return (buffer->format == Buffer_Format::depth16) == depths;
+    });
+    return found == made_.rend() ? nullptr : found->get();
+}
+
+void Buffer_Maker::create(void* context, std::int32_t width, std::int32_t height, const Buffer_Format* format,
+                          VT_Reference<Frame_Buffer>& buffer) {
+    auto& maker = *static_cast<Buffer_Maker*>(context);
+    buffer = nullptr;
+    if (maker.requests_++ == maker.failing_) {
+        throw std::bad_alloc();
+    }
+    maker.made_.emplace_back(new Guarded_Buffer(width, height, *format, maker.layout_of_(*format), maker.access_));
+    buffer = maker.made_.back();
 }
 
 } // namespace app::check

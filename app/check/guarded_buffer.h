@@ -1,11 +1,15 @@
 // Frame buffers at any alignment, between guard bytes.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "renderer/host/frame_buffer.h"
+#include "renderer/host/renderer_data.h"
 
 namespace app::check {
 
@@ -25,7 +29,6 @@ public:
                    const Buffer_Layout& layout, Guard_Access access = Guard_Access::trapped);
     ~Guarded_Buffer() override { open_guards(); }
 
-    std::int32_t bytes_per_pixel() const noexcept;
     // A pixel as one number: palette index, colour word or depth.
     std::uint32_t pixel(std::int32_t column, std::int32_t row) const noexcept;
     void set_pixel(std::int32_t column, std::int32_t row, std::uint32_t value) noexcept;
@@ -41,10 +44,35 @@ private:
     void open_guards() const noexcept;
     std::string find_broken_guard() const;
 
-    Guard_Access access_;
+    [[maybe_unused]] Guard_Access access_; // read under the address sanitizer only
     std::vector<std::uint8_t> memory_;
     std::size_t first_pixel_;
     std::vector<std::uint8_t*> row_starts_;
+};
+
+// Gives guarded buffers to a renderer and keeps hold of them. layout_of tells how the rows of a buffer of a format lie.
+class Buffer_Maker {
+public:
+    using Layout_Of = std::function<Buffer_Layout(Buffer_Format)>;
+    Buffer_Maker(Layout_Of layout_of, Guard_Access access) : layout_of_(std::move(layout_of)), access_(access) {}
+    Buffer_Maker(const Buffer_Maker&) = delete;
+    Buffer_Maker& operator=(const Buffer_Maker&) = delete;
+
+    VT_Buffer_Creation callback() noexcept { return {create, this}; }
+    const std::vector<VT_Reference<Guarded_Buffer>>& made() const noexcept { return made_; }
+    // The latest one of colours or of depths; null when none was made.
+    Guarded_Buffer* latest(bool depths) const noexcept;
+    // The request with this number throws std::bad_alloc; -1 = none.
+    void fail_at(std::ptrdiff_t request) noexcept { failing_ = request; }
+
+private:
+    static void create(void* context, std::int32_t width, std::int32_t height, const Buffer_Format* format,
+                       VT_Reference<Frame_Buffer>& buffer);
+
+    Layout_Of layout_of_;
+    Guard_Access access_;
+    std::ptrdiff_t requests_ = 0, failing_ = -1;
+    std::vector<VT_Reference<Guarded_Buffer>> made_;
 };
 
 } // namespace app::check

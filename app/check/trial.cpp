@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstring>
 #include <fstream>
-#include <new>
 #include <utility>
 
 #include "app/path.h"
@@ -101,29 +100,13 @@ void Trial::at(std::string place) {
     journal_.at(place_);
 }
 
-Guarded_Buffer* Buffer_Maker::latest(bool depths) const noexcept {
-    const auto found = std::find_if(made_.rbegin(), made_.rend(), [depths](const auto& buffer) {
-        return (buffer->format == Buffer_Format::depth16) == depths;
-    });
-    return found == made_.rend() ? nullptr : found->get();
-}
-
-// The guards stay memory like any other, so that the check of the guards can say which byte was hit.
-void Buffer_Maker::create(void* context, std::int32_t width, std::int32_t height, const Buffer_Format* format,
-                          VT_Reference<Frame_Buffer>& buffer) {
-    auto& maker = *static_cast<Buffer_Maker*>(context);
-    buffer = nullptr;
-    if (maker.requests_++ == maker.failing_) {
-        throw std::bad_alloc();
-    }
-    const std::int32_t pixel_bytes = *format == Buffer_Format::index8 ? 1 : *format == Buffer_Format::depth16 ? 2 : 4;
-    const Buffer_Layout layout{0, maker.padding_ * pixel_bytes};
-    maker.made_.emplace_back(new Guarded_Buffer(width, height, *format, layout, Guard_Access::open));
-    buffer = maker.made_.back();
-}
-
 Tried_Renderer::Tried_Renderer(Trial& trial, const Configuration& configuration, const Window& window)
-    : buffers_(window.padding) {
+    // The guards stay memory like any other, so that the check of the guards can say which byte was hit.
+    : buffers_(
+          [padding = window.padding](auto format) {
+              return Buffer_Layout{0, padding * bytes_per_pixel(format)};
+          },
+          Guard_Access::open) {
     VT_Renderer_Data prototype;
     prototype.buffer_creation = buffers_.callback();
     configure(prototype.current_options, configuration, window);

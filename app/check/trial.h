@@ -123,29 +123,6 @@ private:
     std::unique_ptr<vorna::Module> module_;
 };
 
-// Gives guarded buffers to a renderer and keeps hold of them.
-class Buffer_Maker {
-public:
-    explicit Buffer_Maker(std::int32_t padding) : padding_(padding) {}
-    Buffer_Maker(const Buffer_Maker&) = delete;
-    Buffer_Maker& operator=(const Buffer_Maker&) = delete;
-
-    VT_Buffer_Creation callback() noexcept { return {create, this}; }
-    const std::vector<VT_Reference<Guarded_Buffer>>& made() const noexcept { return made_; }
-    // The latest one of colours or of depths; null when none was made.
-    Guarded_Buffer* latest(bool depths) const noexcept;
-    // The request with this number throws std::bad_alloc; -1 = none.
-    void fail_at(std::ptrdiff_t request) noexcept { failing_ = request; }
-
-private:
-    static void create(void* context, std::int32_t width, std::int32_t height, const Buffer_Format* format,
-                       VT_Reference<Frame_Buffer>& buffer);
-
-    std::int32_t padding_;
-    std::ptrdiff_t requests_ = 0, failing_ = -1;
-    std::vector<VT_Reference<Guarded_Buffer>> made_;
-};
-
 // A renderer of the module, established, with its picture begun.
 class Tried_Renderer {
 public:

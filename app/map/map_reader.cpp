@@ -1,40 +1,16 @@
 // Chooses the reader of a map or drawing.
 #include "app/map/map_reader.h"
 
-#include <cerrno>
-#include <filesystem>
-#include <fstream>
 #include <new>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
-#include <system_error>
 
-#include "app/path.h"
+#include "app/scene/model_reader.h"
 
 namespace app::map {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr std::uintmax_t most_bytes = std::uintmax_t{1} << 32; // of a file
-
-std::string content_of(const std::string& file) {
-    std::error_code error;
-    const auto size = std::filesystem::file_size(path_of(file), error);
-    if (error) {
-        throw Map_Error(file + ": cannot be read: " + error.message());
-    }
-    if (size > most_bytes) {
-        throw Map_Error(file + ": expected at most 4096 MiB, found " + std::to_string(size >> 20));
-    }
-    errno = 0;
-    std::ifstream stream(path_of(file), std::ios::binary);
-    std::string content(size, '\0');
-    if (!stream.read(content.data(), static_cast<std::streamsize>(size))) {
-        throw Map_Error(file + ": cannot be read" + (errno != 0 ? ": " + std::generic_category().message(errno) : ""));
-    }
-    return content;
-}
 
 Json parsed(const std::string& file, const std::string& content) {
     try {
@@ -50,7 +26,7 @@ Json parsed(const std::string& file, const std::string& content) {
 Map read_map(const Input& input, const std::string& layer) {
     const std::string& file = input.name;
     const bool drawing = input.format == "dxf";
-    const std::string read = input.content ? std::string() : content_of(file);
+    const std::string read = input.content ? std::string() : scene::read_file(file);
     const std::string& content = input.content ? *input.content : read;
     const Json document = drawing ? Json() : parsed(file, content);
     // Not copied: values nest as deeply as the file says.

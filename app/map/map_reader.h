@@ -10,7 +10,7 @@
 
 namespace app::map {
 
-// layer: of TopoJSON, the object to read; empty = the first one. Throws Map_Error.
+// layer: of TopoJSON, the object to read; empty = the first one. Throws Map_Error, and what read_file throws.
 Map load_map(const Input& input, const std::string& layer);
 
 // The formats' own readers; file names the text for messages. Throw Map_Error.

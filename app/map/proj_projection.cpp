@@ -82,21 +82,27 @@ Domain domain_of(std::string_view text) {
     return domain;
 }
 
-// The library's functions under their own names.
+// What is used of the library.
+#define VORNA_PROJ_FUNCTIONS(LIST)                                                                                               \
+    LIST(proj_angular_input)                                                                                                     \
+    LIST(proj_angular_output)                                                                                                    \
+    LIST(proj_as_proj_string)                                                                                                    \
+    LIST(proj_context_create)                                                                                                    \
+    LIST(proj_context_destroy)                                                                                                   \
+    LIST(proj_context_errno)                                                                                                     \
+    LIST(proj_context_errno_string)                                                                                              \
+    LIST(proj_create)                                                                                                            \
+    LIST(proj_create_crs_to_crs)                                                                                                 \
+    LIST(proj_destroy)                                                                                                           \
+    LIST(proj_log_level)                                                                                                         \
+    LIST(proj_normalize_for_visualization)                                                                                       \
+    LIST(proj_trans)
+
+// The functions under their own names.
 struct Proj_Library {
-    decltype(&::proj_angular_input) proj_angular_input;
-    decltype(&::proj_angular_output) proj_angular_output;
-    decltype(&::proj_as_proj_string) proj_as_proj_string;
-    decltype(&::proj_context_create) proj_context_create;
-    decltype(&::proj_context_destroy) proj_context_destroy;
-    decltype(&::proj_context_errno) proj_context_errno;
-    decltype(&::proj_context_errno_string) proj_context_errno_string;
-    decltype(&::proj_create) proj_create;
-    decltype(&::proj_create_crs_to_crs) proj_create_crs_to_crs;
-    decltype(&::proj_destroy) proj_destroy;
-    decltype(&::proj_log_level) proj_log_level;
-    decltype(&::proj_normalize_for_visualization) proj_normalize_for_visualization;
-    decltype(&::proj_trans) proj_trans;
+#define DECLARE(function) decltype(&::function) function;
+    VORNA_PROJ_FUNCTIONS(DECLARE)
+#undef DECLARE
 };
 
 Proj_Library load_library() {
@@ -108,21 +114,12 @@ Proj_Library load_library() {
         }
     };
     Proj_Library library;
-    load(library.proj_angular_input, "proj_angular_input");
-    load(library.proj_angular_output, "proj_angular_output");
-    load(library.proj_as_proj_string, "proj_as_proj_string");
-    load(library.proj_context_create, "proj_context_create");
-    load(library.proj_context_destroy, "proj_context_destroy");
-    load(library.proj_context_errno, "proj_context_errno");
-    load(library.proj_context_errno_string, "proj_context_errno_string");
-    load(library.proj_create, "proj_create");
-    load(library.proj_create_crs_to_crs, "proj_create_crs_to_crs");
-    load(library.proj_destroy, "proj_destroy");
-    load(library.proj_log_level, "proj_log_level");
-    load(library.proj_normalize_for_visualization, "proj_normalize_for_visualization");
-    load(library.proj_trans, "proj_trans");
+#define LOAD(function) load(library.function, #function);
+    VORNA_PROJ_FUNCTIONS(LOAD)
+#undef LOAD
     return library;
 }
+#undef VORNA_PROJ_FUNCTIONS
 
 const Proj_Library& proj() {
     static const Proj_Library library = load_library();

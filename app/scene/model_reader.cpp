@@ -52,7 +52,7 @@ std::string read_file(const std::string& file) {
         throw Model_Error(file + ": expected at most 4096 MiB, found " + std::to_string(size >> 20));
     }
     errno = 0;
-    std::ifstream stream(file, std::ios::binary);
+    std::ifstream stream(path_of(file), std::ios::binary);
     std::string content(size, '\0');
     if (!stream.read(content.data(), static_cast<std::streamsize>(size))) {
         throw Model_Error(file + ": cannot be read" + (errno != 0 ? ": " + std::generic_category().message(errno) : ""));

@@ -34,7 +34,7 @@ std::string image_path(const std::string& file, std::string name);
 // The number of an image file among a mesh's images.
 std::uint32_t image_number(Mesh& mesh, const std::string& path);
 
-// The whole file. Throws Model_Error.
+// The whole file, a model or not. Throws Model_Error.
 std::string read_file(const std::string& file);
 
 } // namespace app::scene

@@ -7,14 +7,10 @@
 namespace krb {
 
 // In the rendition's colour; cased lines are drawn in two passes.
-template <Case c> void draw_dci_polyline(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points);
+template <Case c> VT_Draw_Points<VT_DCI_Point> draw_dci_polyline;
 // One colour a segment.
-template <Case c>
-void draw_dci_colorized_polyline(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points,
-                                 const VT_RGB32* colors, bool single_color);
+template <Case c> VT_Draw_Colorized<VT_DCI_Point> draw_dci_colorized_polyline;
 // One colour a point, interpolated.
-template <Case c>
-void draw_dci_gouraud_polyline(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points,
-                               const VT_RGB32* colors);
+template <Case c> VT_Draw_Gouraud<VT_DCI_Point> draw_dci_gouraud_polyline;
 
 } // namespace krb

@@ -18,6 +18,21 @@ enum class Buffer_Format : std::int32_t {
     presentation_rgb32 = 9, // an image made for presentation, VT_RGB32 pixels
 };
 
+// 0 = not known.
+constexpr std::int32_t bytes_per_pixel(Buffer_Format format) noexcept {
+    switch (format) {
+    case Buffer_Format::index8:
+        return 1;
+    case Buffer_Format::depth16:
+        return 2;
+    case Buffer_Format::rgb32:
+    case Buffer_Format::presentation_rgb32:
+        return 4;
+    default:
+        return 0;
+    }
+}
+
 // A raster whose rows form one block with the highest row first: rows[r + 1] = rows[r] - bytes_per_row.
 class VORNA_API Frame_Buffer : public VT_Counted {
 public:

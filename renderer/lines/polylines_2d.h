@@ -8,14 +8,10 @@ namespace krb {
 
 // In the rendition's colour. Lines with line types are cut into plain pieces first; opaque 32-bit members draw cased lines in two
 // passes. Throws what draw_by_line_types throws.
-template <Case c> void draw_2di_polyline(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points);
+template <Case c> VT_Draw_Points<VT_DCI_Point> draw_2di_polyline;
 // One colour a segment. colors: null = the rendition's line colour for all.
-template <Case c>
-void draw_2di_colorized_polyline(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points,
-                                 const VT_RGB32* colors, bool single_color);
+template <Case c> VT_Draw_Colorized<VT_DCI_Point> draw_2di_colorized_polyline;
 // One colour a point, interpolated.
-template <Case c>
-void draw_2di_gouraud_polyline(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points,
-                               const VT_RGB32* colors);
+template <Case c> VT_Draw_Gouraud<VT_DCI_Point> draw_2di_gouraud_polyline;
 
 } // namespace krb

@@ -8,6 +8,6 @@ namespace krb {
 
 // One pixel, in the given colour or the rendition's line colour. It must lie inside the window; neither the hard clip nor marker
 // attributes are looked at.
-template <Case c> void draw_dci_dot(VT_Renderer_Data&, const VT_Rendition&, const VT_DCI_Point* point, const VT_RGB32* color);
+template <Case c> VT_Draw_Dot draw_dci_dot;
 
 } // namespace krb

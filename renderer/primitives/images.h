@@ -9,12 +9,8 @@ namespace krb {
 // Copy rows of palette indices into an 8-bit buffer, or of 32-bit pixels into a 32-bit one: from start.y downwards, start.x to
 // end.x, cut at the window's right edge. Left, top and bottom must lie inside the window. A null source gives zeros. With a depth
 // buffer the pixels are depth-tested along x; 32-bit images are blended when the drawing flags say that they are translucent.
-template <Case c>
-void draw_dci_index8_image(VT_Renderer_Data&, const VT_Rendition&, const VT_DCI_Point* start, const VT_DCI_Point* end,
-                           std::int32_t stride, const std::uint8_t* pixels);
-template <Case c>
-void draw_dci_rgb32_image(VT_Renderer_Data&, const VT_Rendition&, const VT_DCI_Point* start, const VT_DCI_Point* end,
-                          std::int32_t stride, const VT_RGB32* pixels, std::int32_t reserved, const VT_Packing* packing);
+template <Case c> VT_Draw_Index8_Image draw_dci_index8_image;
+template <Case c> VT_Draw_RGB32_Image draw_dci_rgb32_image;
 
 // Copies an image made for presentation, of exactly the buffer's size, onto itself: the part of it that start and hard clip
 // leave, both taken as columns and rows of the buffer. Images of other formats are the host's.

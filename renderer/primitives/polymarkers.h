@@ -8,8 +8,7 @@ namespace krb {
 
 // One pixel a point in the rendition's marker colour, cut to the hard clip; other symbols are the host's. Members with a depth
 // buffer test each point's own depth and know neither mask nor merging. There is none for 8-bit buffers with depth.
-template <Case c>
-void draw_2di_polymarker(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points);
+template <Case c> VT_Draw_Points<VT_DCI_Point> draw_2di_polymarker;
 
 // One colour a point, for 32-bit buffers with alpha and without depth. Markers wider than a pixel are the host's as well; without
 // colours this is the plain polymarker.

@@ -1,39 +1,14 @@
-// Which slots establish fills in which case.
+// Which slots establish fills in which case, and that it touches no others: `vorna check` sees new renderers only.
 #include <map>
-#include <set>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "app/check/krb_profile.h"
 #include "renderer/host/rendition.h"
 #include "tests/support/test_renderer.h"
 
 namespace {
-
-// o = the renderer's own function, h = the host's standard function, - = the slot is not touched, e = own or the host's by
-// "Hardcopy Mode". One letter a case, in the order of renderer_cases. Slots that are not named are never touched.
-std::string_view letters_of(std::string_view name) {
-    const auto is = [name](std::string_view part) { return name.find(part) != std::string_view::npos; };
-    static const std::map<std::string_view, std::string_view> table{
-        {"draw_3d_polytriangle", "oooooo"},  {"draw_2di_polymarker", "ooo-oo"},   {"draw_2di_colorized_polymarker", "--o---"},
-        {"draw_dci_dot", "oooooo"},          {"draw_dci_ellipse", "-ee---"},      {"draw_dci_elliptical_arc", "-ee---"},
-        {"draw_dci_index8_image", "ohhohh"}, {"draw_dci_rgb32_image", "hoohoo"},  {"draw_dci_image", "oooooo"},
-        {"draw_window", "oooooo"},           {"clear_depth_rectangle", "oooooo"}, {"write_depth_rectangle", "---ooo"},
-        {"read_depth_image", "---ooo"},      {"read_color_image", "oooooo"},
-    };
-    if (const auto found = table.find(name); found != table.end()) {
-        return found->second;
-    }
-    if (!is("_3d_") && (is("polytriangle") || is("polygon"))) {
-        return is("textured") ? "---ooo" : "oooooo";
-    }
-    return is("polyline") && (is("_2di_") || is("_dci_")) ? "oooooo" : "------";
-}
-
-// Slots that "Enable Tiling" fills besides.
-const std::set<std::string_view> tiled{
-    "draw_3d_polytriangle", "draw_3d_colorized_polytriangle", "draw_3d_gouraud_polytriangle", "draw_3d_textured_polytriangle",
-    "draw_3d_polyline",     "draw_3d_colorized_polyline",     "draw_3d_gouraud_polyline"};
 
 constexpr std::int32_t untouched_mark = 7;
 
@@ -69,10 +44,7 @@ void expect_case(VT_Renderer_Data& renderer, std::size_t index, bool is_tiled) {
     const auto slots = installed_in(renderer);
     for (const auto& [name, slot] : slots) {
         SCOPED_TRACE(std::string(name) + " in " + describe(setup_of_case(index)));
-        char expected = letters_of(name)[index];
-        if (is_tiled && tiled.count(name) != 0) {
-            expected = 'o';
-        }
+        const char expected = app::check::krb_slot_letter(name, index, is_tiled);
         EXPECT_EQ(slot.is_touched, expected != '-');
         if (expected == 'h') {
             EXPECT_TRUE(slot.is_host_function);

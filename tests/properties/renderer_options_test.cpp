@@ -1,45 +1,13 @@
-// The renderer object: its options, its setters, its life.
-#include <cstdlib>
-#include <limits>
-
+// The renderer object: its options and its life, besides what `vorna check --profile krb` looks at.
 #include <gtest/gtest.h>
 
+#include "app/check/krb_profile.h"
 #include "tests/model/model.h"
 #include "tests/properties/scene.h"
 #include "tests/support/test_renderer.h"
 #include "vorna/draw.h"
 
 namespace {
-
-struct Registered_Option {
-    const char* name;
-    std::int32_t scope;
-    VT_Option_Content initial;
-};
-
-const VT_Option_Content nothing = VT_Pointer(nullptr);
-
-const Registered_Option registered_options[] = {
-    {"Margin", 0, 0},
-    {"Color Buffer", 0, nothing},
-    {"Depth Buffer", 0, nothing},
-    {"Use Mask", 0, false},
-    {"Clip Phase", 0, false},
-    {"Enable Tiling", 0, false},
-    {"Merge Control Background Color", 0, VT_Int_RGB{255, 255, 255}},
-    {"Force Merge Control On", 0, false},
-    {"ZBuffer Write", 0, nothing},
-    {"ZBuffer Test", 0, nothing},
-    {"Mask Cache", 1, nothing},
-    {"Supports Advanced Planvex Rendering", 0, true},
-    {"Supports Antialiased Lines", 0, false},
-    {"Supports Gooch Shader", 0, false},
-    {"Supports Shadow Mapping Shader", 0, false},
-    {"Shadow Mapping Quality", 0, 0},
-    {"Max Active Lights", 0, std::numeric_limits<std::int32_t>::max()},
-    {"No KVX Image Support", 0, true},
-    {"Hardcopy Mode", 0, false},
-};
 
 class Renderer_Object : public testing::Test {
 protected:
@@ -48,21 +16,6 @@ protected:
 
 } // namespace
 
-TEST_F(Renderer_Object, Registers_its_options_in_order_in_both_tables) {
-    const auto renderer = renderer_module().create_renderer(prototype_);
-    for (const VT_Option_Table* table : {&renderer->requested_table, &renderer->current_table}) {
-        ASSERT_EQ(table->size(), std::size(registered_options));
-        for (std::size_t i = 0; i < table->size(); ++i) {
-            const VT_Option& option = (*table)[i];
-            const Registered_Option& expected = registered_options[i];
-            EXPECT_EQ(option.name(), expected.name);
-            EXPECT_EQ(option.scope(), expected.scope) << expected.name;
-            const bool is_setter = table == &renderer->current_table && option.name().rfind("ZBuffer ", 0) == 0;
-            EXPECT_EQ(option.value()->content == expected.initial, !is_setter) << expected.name;
-        }
-    }
-}
-
 TEST_F(Renderer_Object, Keeps_a_mask_cache_option_that_is_there) {
     const VT_Reference<VT_Counted> something(new VT_Option_Value(true));
     for (VT_Option_Table* table : {&prototype_.requested_table, &prototype_.current_table}) {
@@ -70,18 +23,15 @@ TEST_F(Renderer_Object, Keeps_a_mask_cache_option_that_is_there) {
     }
     const auto renderer = renderer_module().create_renderer(prototype_);
     for (const VT_Option_Table* table : {&renderer->requested_table, &renderer->current_table}) {
-        EXPECT_EQ(table->size(), std::size(registered_options));
+        EXPECT_EQ(table->size(), std::size(app::check::known_options));
         EXPECT_EQ(table->find("Mask Cache")->scope(), 6);
         EXPECT_EQ(table->find("Mask Cache")->as_object<VT_Option_Value>(), something.get());
     }
 }
 
-TEST_F(Renderer_Object, Declares_what_it_can_do_and_installs_nothing_before_establish) {
+TEST_F(Renderer_Object, Installs_nothing_before_establish) {
     prototype_.set_standard_actions(true);
     const auto renderer = renderer_module().create_renderer(prototype_);
-    EXPECT_EQ(renderer->declared_options.buffer_depth(), 16);
-    EXPECT_TRUE(renderer->declared_options.backing_store());
-    EXPECT_TRUE(renderer->declared_options.supports_complex_clip());
     for_each_action([&](std::string_view name, auto slot, auto*) { EXPECT_EQ((renderer->actions.*slot).enabled, 0) << name; });
 }
 

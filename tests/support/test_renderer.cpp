@@ -81,25 +81,11 @@ Kernel_Choice::~Kernel_Choice() {
     }
 }
 
-Guarded_Buffer* Buffer_Maker::latest(bool depths) const noexcept {
-    const auto found = std::find_if(made_.rbegin(), made_.rend(), [depths](const auto& buffer) {
-        return (buffer->format == Buffer_Format::depth16) == depths;
-    });
-    return found == made_.rend() ? nullptr : found->get();
-}
-
-void Buffer_Maker::create(void* context, std::int32_t width, std::int32_t height, const Buffer_Format* format,
-                          VT_Reference<Frame_Buffer>& buffer) {
-    auto& maker = *static_cast<Buffer_Maker*>(context);
-    const Buffer_Layout& layout = *format == Buffer_Format::depth16 ? maker.depth_layout_ : maker.color_layout_;
-    buffer = nullptr;
-    maker.made_.emplace_back(new Guarded_Buffer(width, height, *format, layout));
-    buffer = maker.made_.back();
-}
-
 Test_Renderer::Test_Renderer(const Renderer_Setup& setup, const std::string& kernels)
     : description_(describe(setup) + (kernels.empty() ? "" : ", kernels " + kernels)),
-      buffers_(setup.color_layout, setup.depth_layout) {
+      buffers_(
+          [setup](Buffer_Format format) { return format == Buffer_Format::depth16 ? setup.depth_layout : setup.color_layout; },
+          app::check::Guard_Access::trapped) {
     VT_Renderer_Data prototype;
     prototype.buffer_creation = buffers_.callback();
     prototype.standard_observer = {note_standard_call, this};

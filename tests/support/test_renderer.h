@@ -31,28 +31,6 @@ private:
     std::string before_;
 };
 
-// Gives guarded buffers of the wanted layouts to renderers and keeps them, so that the guards can be looked at.
-class Buffer_Maker {
-public:
-    Buffer_Maker() = default;
-    Buffer_Maker(const Buffer_Layout& color_layout, const Buffer_Layout& depth_layout)
-        : color_layout_(color_layout), depth_layout_(depth_layout) {}
-    Buffer_Maker(const Buffer_Maker&) = delete;
-    Buffer_Maker& operator=(const Buffer_Maker&) = delete;
-
-    VT_Buffer_Creation callback() noexcept { return {create, this}; }
-    const std::vector<VT_Reference<Guarded_Buffer>>& made() const noexcept { return made_; }
-    // The latest buffer of colours or of depths; null when none was made.
-    Guarded_Buffer* latest(bool depths) const noexcept;
-
-private:
-    static void create(void* context, std::int32_t width, std::int32_t height, const Buffer_Format* format,
-                       VT_Reference<Frame_Buffer>& buffer);
-
-    Buffer_Layout color_layout_, depth_layout_;
-    std::vector<VT_Reference<Guarded_Buffer>> made_;
-};
-
 // An established renderer. Its guards are checked when it goes.
 class Test_Renderer {
 public:
@@ -68,7 +46,7 @@ public:
     Guarded_Buffer& color() noexcept { return *buffers_.latest(false); }
     // Null without depth.
     Guarded_Buffer* depth() noexcept { return buffers_.latest(true); }
-    const Buffer_Maker& buffers() const noexcept { return buffers_; }
+    const app::check::Buffer_Maker& buffers() const noexcept { return buffers_; }
 
     void set_z_write(bool on);
     void set_z_test(std::int32_t mode);
@@ -80,7 +58,7 @@ private:
     static void note_standard_call(void* context, const char* name);
 
     std::string description_;
-    Buffer_Maker buffers_;
+    app::check::Buffer_Maker buffers_;
     std::vector<std::string> handed_over_;
     vorna::Module::Renderer renderer_;
 };

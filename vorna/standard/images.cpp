@@ -9,8 +9,6 @@
 #include "vorna/standard/drawing_area.h"
 #include "vorna/standard/standard_call.h"
 
-VT_REPORTED(Write_Depth_Rectangle, const VT_DCI_Point*, const VT_DCI_Point*, std::int32_t, const std::uint16_t*)
-
 namespace {
 
 // An image between two corners, and which part of it is drawn. Its rows run downwards.
@@ -196,20 +194,6 @@ void draw_presentation(VT_Renderer_Data& renderer, const VT_Rendition& rendition
                             reinterpret_cast<const VT_RGB32*>(rows.data() + first), 0, nullptr);
 }
 
-std::int32_t pixel_bytes_of(Buffer_Format format) noexcept {
-    switch (format) {
-    case Buffer_Format::index8:
-        return 1;
-    case Buffer_Format::depth16:
-        return 2;
-    case Buffer_Format::rgb32:
-    case Buffer_Format::presentation_rgb32:
-        return 4;
-    default:
-        return 0;
-    }
-}
-
 std::int32_t held(std::int64_t coordinate) noexcept {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(coordinate, INT32_MIN, INT32_MAX));
 }
@@ -227,7 +211,7 @@ void VD_Standard_Draw_DCI_Image(VT_Renderer_Data& renderer, const VT_Rendition& 
     const Buffer_Format format = image->format() != Buffer_Format::whatever_is_there ? image->format()
                                  : has_colors                                        ? Buffer_Format::rgb32
                                                                                      : Buffer_Format::index8;
-    const std::int32_t bytes = pixel_bytes_of(format);
+    const std::int32_t bytes = bytes_per_pixel(format);
     if (bytes == 0 || image->width() < 1 || image->height() < 1 || image->row_bytes() / bytes < image->width()) {
         return;
     }
@@ -255,6 +239,11 @@ void VD_Standard_Draw_DCI_Image(VT_Renderer_Data& renderer, const VT_Rendition& 
         VD_Write_Depth_Rectangle(renderer, rendition, &top_left, &bottom_right, stride,
                                  reinterpret_cast<const std::uint16_t*>(first));
     }
+}
+
+void VD_Standard_Write_Depth_Rectangle(VT_Renderer_Data& renderer, const VT_Rendition&, const VT_DCI_Point*, const VT_DCI_Point*,
+                                       std::int32_t, const std::uint16_t*) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Write_Depth_Rectangle");
 }
 
 void VD_Standard_Read_Depth_Image(VT_Renderer_Data& renderer, const VT_Rendition&, const VT_DCI_Point*, const VT_DCI_Point*,

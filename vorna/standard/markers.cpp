@@ -184,4 +184,7 @@ void VD_Standard_Draw_3D_Colorized_Polymarker(VT_Renderer_Data& renderer, const 
     });
 }
 
-VT_REPORTED(Draw_DCI_Dot, const VT_DCI_Point*, const VT_RGB32*)
+// Everything ends in dots: there is nothing left to draw them with.
+void VD_Standard_Draw_DCI_Dot(VT_Renderer_Data& renderer, const VT_Rendition&, const VT_DCI_Point*, const VT_RGB32*) {
+    const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DCI_Dot");
+}
