@@ -6,10 +6,10 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <sstream>
 #include <utility>
 
+#include "app/messages.h"
 #include "app/palette.h"
 #include "app/scene/color_name.h"
 #include "app/scene/model_reader.h"
@@ -127,7 +127,7 @@ void warn(const Model_Options& options, const std::vector<std::string>& warnings
         if (options.strict) {
             throw Usage_Error(warning);
         }
-        std::fprintf(stderr, "vorna: warning: %s\n", warning.c_str());
+        app::warn(warning);
     }
 }
 

@@ -229,6 +229,11 @@ void Rendering::load(std::vector<Input> inputs) {
     const auto start = Clock::now();
     const scene::Mesh mesh = load_mesh(options_, std::move(inputs), options_.allow_empty);
     times_.load = milliseconds_since(start);
+    std::vector<std::string> images;
+    for (const scene::Image_Source& image : mesh.images) {
+        images.push_back(image.embedded ? std::string() : image.name);
+    }
+    refuse_same_files(images, {options_.output, options_.record});
     const auto setup_start = Clock::now();
     model_ = make_model(options_, mesh);
     camera_settings_ = camera_settings_of(options_, mesh, part_.size);

@@ -153,6 +153,8 @@ void add_timing(const Replay_Arguments& arguments, const Module_Choice& module, 
 
 void replay(const Replay_Arguments& arguments, const Module_Choice& module) {
     cost_order_of(arguments); // wrong options are told before anything is read
+    refuse_same_files({arguments.picture}, {arguments.color, arguments.depth, arguments.color_raw, arguments.depth_raw,
+                                            arguments.report, arguments.record});
     const picture::Picture picture = picture::load(arguments.picture);
     const picture::Replay_Settings settings = settings_of(arguments, picture.calls.size());
     Session session(module);

@@ -94,7 +94,7 @@ struct Proj_Library {
     decltype(&::proj_create) proj_create;
     decltype(&::proj_create_crs_to_crs) proj_create_crs_to_crs;
     decltype(&::proj_destroy) proj_destroy;
-    decltype(&::proj_log_level) proj_log_level;
+    decltype(&::proj_log_func) proj_log_func;
     decltype(&::proj_normalize_for_visualization) proj_normalize_for_visualization;
     decltype(&::proj_trans) proj_trans;
 };
@@ -118,7 +118,7 @@ Proj_Library load_library() {
     load(library.proj_create, "proj_create");
     load(library.proj_create_crs_to_crs, "proj_create_crs_to_crs");
     load(library.proj_destroy, "proj_destroy");
-    load(library.proj_log_level, "proj_log_level");
+    load(library.proj_log_func, "proj_log_func");
     load(library.proj_normalize_for_visualization, "proj_normalize_for_visualization");
     load(library.proj_trans, "proj_trans");
     return library;
@@ -130,7 +130,10 @@ const Proj_Library& proj() {
 }
 
 struct Context {
-    Context() : handle(proj().proj_context_create()) { proj().proj_log_level(handle, PJ_LOG_NONE); }
+    // PROJ says some things whatever its level, such as that its database is missing.
+    Context() : handle(proj().proj_context_create()) {
+        proj().proj_log_func(handle, nullptr, [](void*, int, const char*) {});
+    }
     Context(const Context&) = delete;
     Context& operator=(const Context&) = delete;
     ~Context() { proj().proj_context_destroy(handle); }

@@ -54,7 +54,9 @@ public:
         options.set_window_size(size);
         options.set_window_origin(origin);
         renderer_ = renderer_module().create_renderer(prototype);
-        const auto set = [&](const char* option, VT_Option_Content value) { renderer_->requested_table.find(option)->set(value); };
+        const auto set = [&](const char* option, VT_Option_Content value) {
+            renderer_->requested_table.find(option)->set(value);
+        };
         set("Use Mask", random.chance(85));
         set("Enable Tiling", tiles);
         set("Hardcopy Mode", random.chance(15));

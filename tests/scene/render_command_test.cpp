@@ -83,7 +83,7 @@ TEST_F(Render_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_f
     } cases[] = {
         {{model}, 2, "output is required"},
         {{"-o", output}, 2, "model is required"},
-        {{model, "-o", model}, 2, "corner.obj: expected another file to write than those to draw"},
+        {{model, "-o", model}, 2, "corner.obj: expected another file to write than those to read"},
         {{model, "-o", output, "--size", "64"}, 2, "--size: expected WIDTHxHEIGHT with sides from 1 to 262144, found '64'"},
         {{model, "-o", output, "--size", "64x262145"}, 2, "--size: expected"},
         {{model, "-o", output, "--tile", "1"}, 2, "--tile: expected --tiles-of beside it, found none"},
