@@ -16,6 +16,7 @@
 #include "app/command.h"
 #include "app/drawn_model.h"
 #include "app/frame_names.h"
+#include "app/helpers.h"
 #include "app/image_file.h"
 #include "app/input_file.h"
 #include "app/interruption.h"
@@ -355,13 +356,7 @@ void Rendering::draw_tiles() {
             next = count;
         }
     };
-    {
-        std::vector<std::jthread> others;
-        for (std::size_t i = 1; i < std::min(workers_.size(), count); ++i) {
-            others.emplace_back(work, std::ref(*workers_[i]));
-        }
-        work(*workers_.front());
-    }
+    work_together(std::min(workers_.size(), count), [&](std::size_t i) { work(*workers_[i]); });
     if (failure) {
         std::rethrow_exception(failure);
     }
@@ -499,13 +494,7 @@ void Rendering::draw_frames_side_by_side(std::vector<std::unique_ptr<Output_File
             next = frame_count();
         }
     };
-    {
-        std::vector<std::jthread> others;
-        for (std::size_t i = 1; i < frames_at_once_; ++i) {
-            others.emplace_back(work, std::ref(*workers_[i]));
-        }
-        work(*workers_.front());
-    }
+    work_together(frames_at_once_, [&](std::size_t i) { work(*workers_[i]); });
     if (failure) {
         std::rethrow_exception(failure);
     }

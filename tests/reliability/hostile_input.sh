@@ -79,6 +79,10 @@ chmod 755 "$folder"
 user=()
 [ "$(id -u)" != 0 ] || user=(setpriv --reuid=65534 --clear-groups)
 if "${user[@]}" test -x "$vorna" 2>/dev/null; then
+    if [ ${#user[@]} != 0 ]; then
+        run bash -c 'ulimit -u 2; exec "$@"' bash "${user[@]}" "$vorna" render good.obj -o /dev/null --threads 8
+        [ $status = 0 ] || fail "where there are no threads to be had" "--threads 8"
+    fi
     mkdir locked
     for file in locked.obj locked.ply locked.gltf locked.geojson locked.dxf locked.json; do
         cp good.obj $file
