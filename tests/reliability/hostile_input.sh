@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
 # Gives the command files and outputs that are against it. Every time it must say what is wrong in one line, end with the right
 # status, leave no file, and get along with little time and memory. usage: hostile_input.sh VORNA PICTURES
-# HOSTILE_MEMORY: kilobytes of addresses that it may use, or unlimited, as sanitizers need.
 set -uo pipefail
 vorna=$1
 pictures=$(cd "$2" && pwd)
@@ -12,6 +11,13 @@ mkdir out
 cases=0
 failures=0
 
+# Kilobytes of addresses that it may use. AddressSanitizer takes terabytes: there what is resident is limited, its own memory too.
+memory=2000000
+if grep -q __asan_init "$vorna"; then
+    memory=unlimited
+    export ASAN_OPTIONS=hard_rss_limit_mb=3000:quarantine_size_mb=64
+fi
+
 fail() {
     failures=$((failures + 1))
     printf 'FAILED: %s\n  command: %s\n' "$1" "$2" >&2
@@ -21,7 +27,7 @@ fail() {
 # run COMMAND...: its status in `status`, what it says in the file errors. Whoever is killed by the limit of time has status 124.
 run() {
     (
-        ulimit -v "${HOSTILE_MEMORY:-2000000}"
+        ulimit -v "$memory"
         exec timeout 60 "$@"
     ) 2>"$folder/errors"
     status=$?
@@ -80,7 +86,8 @@ user=()
 [ "$(id -u)" != 0 ] || user=(setpriv --reuid=65534 --clear-groups)
 if "${user[@]}" test -x "$vorna" 2>/dev/null; then
     if [ ${#user[@]} != 0 ]; then
-        run bash -c 'ulimit -u 2; exec "$@"' bash "${user[@]}" "$vorna" render good.obj -o /dev/null --threads 8
+        # The search for leaks needs a thread of its own.
+        ASAN_OPTIONS=${ASAN_OPTIONS:-}:detect_leaks=0 run bash -c 'ulimit -u 2; exec "$@"' bash "${user[@]}" "$vorna" render good.obj -o /dev/null --threads 8
         [ $status = 0 ] || fail "where there are no threads to be had" "--threads 8"
     fi
     mkdir locked
