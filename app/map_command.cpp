@@ -20,6 +20,7 @@
 #include "app/map_scene.h"
 #include "app/memory.h"
 #include "app/messages.h"
+#include "app/number_range.h"
 #include "app/output_file.h"
 #include "app/picture/picture_file.h"
 #include "app/picture/recorder.h"
@@ -699,10 +700,10 @@ void add_map_options(CLI::App& command, Map_Options& options) {
     add("--clip-to", options.clip_to, "Draw inside of this shape only: its name, id or number", "SHAPE");
     add("--fill", options.fill, "One colour for all faces; palette, the default of maps, gives neighbours different ones",
         "COLOR");
-    add("--opacity", options.opacity, "How much fills hide what lies below", "SHARE")->check(CLI::Range(0.0, 1.0));
+    add("--opacity", options.opacity, "How much fills hide what lies below", "SHARE")->check(number_range(0.0, 1.0));
     add("--water", options.water, "Colour of the globe behind the shapes", "COLOR");
     add("--graticule", options.graticule, "Meridians and parallels so many degrees apart", "DEGREES")
-        ->check(CLI::Range(0.1, 90.0));
+        ->check(number_range(0.1, 90.0));
     add("--border", options.border, "Borders and lines, solid by default; or lengths of dashes and gaps such as 6,4", "STYLE")
         ->check(values(border_names()));
     add("--outline", options.outline, "Borders that no two faces share, as coasts; as --border by default", "STYLE")

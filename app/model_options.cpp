@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "app/messages.h"
+#include "app/number_range.h"
 #include "app/palette.h"
 #include "app/scene/color_name.h"
 #include "app/scene/model_reader.h"
@@ -167,7 +168,7 @@ void add_model_options(CLI::App& command, Model_Options& options, const std::str
     command.add_flag("--ortho", options.orthographic, "Parallel lines stay parallel")->excludes(perspective);
     add_choice(command, "--up", options.camera.up, "The model's axis that points up", up_axes);
     command.add_option("--zoom", options.camera.zoom, "Enlarge the middle of the picture")
-        ->check(CLI::Range(0.01, 1000.0))
+        ->check(number_range(0.01, 1000.0))
         ->capture_default_str();
     add_choice(command, "--shading", options.picture.shading, "How colours run over faces", shadings);
     command

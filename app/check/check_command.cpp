@@ -15,6 +15,7 @@
 #include "app/check/runner.h"
 #include "app/check/selftest.h"
 #include "app/command.h"
+#include "app/number_range.h"
 #include "app/output_file.h"
 
 namespace app {
@@ -137,7 +138,7 @@ void add_check_command(CLI::App& application, int& status) {
         command.add_option("--seed", arguments->seed, "Draw what this number leads to; by default another one each time")
             ->type_name("N");
     command.add_option("--timeout", arguments->timeout, "Seconds for each area")
-        ->check(CLI::Range(0.1, 86400.0))
+        ->check(number_range(0.1, 86400.0))
         ->capture_default_str();
     command.add_option("--junit", arguments->junit, "Write the outcomes as JUnit XML")->type_name("FILE.xml");
     command.add_flag("--list", arguments->list, "List the checks and exit");

@@ -206,6 +206,10 @@ expect 2 "odd.geojson: shape 0: expected coordinates up to 1e100" "$vorna" rende
 } >odd.stl
 render 2 "odd.stl: byte 96: expected three finite coordinates" odd.stl
 
+expect 2 "--zoom: Value nan" "$vorna" render good.obj -o out/picture.png --zoom nan
+expect 2 "--opacity: Value nan" "$vorna" render map.geojson -o out/picture.png --opacity nan
+expect 2 "--timeout: Value nan" "$vorna" check --timeout nan
+
 # What names itself, and what nests.
 printf 'mtllib self.obj\n%b' "$triangle" >self.obj
 run "$vorna" render self.obj -o whole.png
