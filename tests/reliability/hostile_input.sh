@@ -210,6 +210,11 @@ expect 2 "--zoom: Value nan" "$vorna" render good.obj -o out/picture.png --zoom 
 expect 2 "--opacity: Value nan" "$vorna" render map.geojson -o out/picture.png --opacity nan
 expect 2 "--timeout: Value nan" "$vorna" check --timeout nan
 
+if [ -e "$(dirname "$vorna")/vorna-window.so" ]; then
+    printf 'drag left 0,0 2147483647,-2147483648\n' >far.script
+    SDL_VIDEODRIVER=dummy expect 2 "far.script:1: expected X,Y up to 32767" "$vorna" view good.obj --script far.script
+fi
+
 # What names itself, and what nests.
 printf 'mtllib self.obj\n%b' "$triangle" >self.obj
 run "$vorna" render self.obj -o whole.png
