@@ -224,7 +224,9 @@ void refuse_same_files(const std::vector<std::string>& read, const std::vector<s
         const auto place_of = [&none](const std::string& name) {
             return fs::weakly_canonical(fs::absolute(target_of(path_of(name)), none), none);
         };
-        return fs::equivalent(path, path_of(other), none) || place_of(one) == place_of(other);
+        // Empty where it cannot be known.
+        const fs::path place = place_of(one);
+        return fs::equivalent(path, path_of(other), none) || (!place.empty() && place == place_of(other));
     };
     for (std::size_t i = 0; i < written.size(); ++i) {
         for (const std::string& file : read) {
