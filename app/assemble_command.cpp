@@ -129,6 +129,7 @@ private:
 
 void assemble(const Assemble_Options& options) {
     refuse_terminal("-o", options.output);
+    refuse_same_files(options.parts, {options.output});
     const Part_Files files(options.parts);
     Part_Source parts(files);
     Stream_Settings settings;

@@ -11,6 +11,7 @@
 #include "app/command.h"
 #include "app/image_comparison.h"
 #include "app/input_file.h"
+#include "app/messages.h"
 #include "app/output_file.h"
 
 namespace app {
@@ -50,11 +51,12 @@ bool are_same(const Compare_Arguments& arguments) {
     if (arguments.first == "-" && arguments.second == "-") {
         throw Usage_Error("expected two images, found standard input twice");
     }
+    refuse_same_files({arguments.first, arguments.second}, {arguments.difference});
     const Png_Image first = image_at(arguments.first), second = image_at(arguments.second);
     const Image_Difference difference = compare(first, second, fuzz);
     if (!arguments.difference.empty()) {
         if (first.width != second.width || first.height != second.height) {
-            std::cerr << "vorna: warning: images of different sizes: " << arguments.difference << " is not written\n";
+            warn("images of different sizes: " + arguments.difference + " is not written");
         } else {
             write_file(arguments.difference, difference_png(first, second));
         }

@@ -3,12 +3,18 @@
 
 #include <atomic>
 #include <csignal>
+#include <cstddef>
+#include <iterator>
 
 namespace app {
 
 namespace {
 
+#if defined(_WIN32)
 constexpr int signals[] = {SIGINT, SIGTERM};
+#else
+constexpr int signals[] = {SIGINT, SIGTERM, SIGHUP};
+#endif
 std::atomic<int> received{0};
 static_assert(std::atomic<int>::is_always_lock_free);
 
@@ -19,7 +25,7 @@ extern "C" void note_signal(int signal) {
 } // namespace
 
 Interruption::Interruption() {
-    for (int i = 0; i < 2; ++i) {
+    for (std::size_t i = 0; i < std::size(signals); ++i) {
         before_[i] = std::signal(signals[i], note_signal);
         if (before_[i] == SIG_IGN) { // who started the program wants it so
             std::signal(signals[i], SIG_IGN);
@@ -28,7 +34,7 @@ Interruption::Interruption() {
 }
 
 Interruption::~Interruption() {
-    for (int i = 0; i < 2; ++i) {
+    for (std::size_t i = 0; i < std::size(signals); ++i) {
         if (before_[i] != SIG_ERR) {
             std::signal(signals[i], before_[i]);
         }

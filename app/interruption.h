@@ -8,7 +8,8 @@ struct Interrupted {
     int signal;
 };
 
-// While it lives, an interrupt from the keyboard or a request to end is noted and does not end the program. One at a time.
+// While it lives, an interrupt from the keyboard, a request to end or the terminal's closing is noted and does not end the
+// program. One at a time.
 class Interruption {
 public:
     Interruption();
@@ -21,7 +22,7 @@ public:
 
 private:
     using Handler = void (*)(int);
-    Handler before_[2];
+    Handler before_[3];
 };
 
 } // namespace app

@@ -1,5 +1,4 @@
 // The command vorna.
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -19,15 +18,13 @@
 #include "app/command.h"
 #include "app/command_line.h"
 #include "app/interruption.h"
+#include "app/messages.h"
 #include "app/usage.h"
 
 namespace {
 
-// One line, whatever names and texts have come into the message.
-int complain(std::string message, int status) {
-    std::replace_if(
-        message.begin(), message.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
-    std::cerr << "vorna: " << message << '\n';
+int complain(const std::string& message, int status) {
+    std::cerr << "vorna: " << app::printable(message) << '\n';
     return status;
 }
 

@@ -20,6 +20,7 @@
 #include "app/map/map_reader.h"
 #include "app/map_scene.h"
 #include "app/memory.h"
+#include "app/messages.h"
 #include "app/output_file.h"
 #include "app/picture/picture_file.h"
 #include "app/picture/recorder.h"
@@ -363,7 +364,7 @@ void warn(const Map& map, bool strict) {
         if (strict) {
             throw Usage_Error(warning);
         }
-        std::fprintf(stderr, "vorna: warning: %s\n", warning.c_str());
+        app::warn(warning);
     }
 }
 

@@ -6,11 +6,11 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <sstream>
 #include <utility>
 
 #include "app/color_option.h"
+#include "app/messages.h"
 #include "app/palette.h"
 #include "app/scene/model_reader.h"
 #include "app/scene/scene_renderer.h"
@@ -116,7 +116,7 @@ void warn(const Model_Options& options, const std::vector<std::string>& warnings
         if (options.strict) {
             throw Usage_Error(warning);
         }
-        std::fprintf(stderr, "vorna: warning: %s\n", warning.c_str());
+        app::warn(warning);
     }
 }
 

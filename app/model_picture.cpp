@@ -16,6 +16,7 @@
 #include "app/command.h"
 #include "app/drawn_model.h"
 #include "app/frame_names.h"
+#include "app/helpers.h"
 #include "app/image_file.h"
 #include "app/input_file.h"
 #include "app/interruption.h"
@@ -225,6 +226,11 @@ void Rendering::load(std::vector<Input> inputs) {
     const auto start = Clock::now();
     const scene::Mesh mesh = load_mesh(options_, std::move(inputs), options_.allow_empty);
     times_.load = milliseconds_since(start);
+    std::vector<std::string> images;
+    for (const scene::Image_Source& image : mesh.images) {
+        images.push_back(image.embedded ? std::string() : image.name);
+    }
+    refuse_same_files(images, {options_.output, options_.record});
     const auto setup_start = Clock::now();
     model_ = make_model(options_, mesh);
     camera_settings_ = camera_settings_of(options_, mesh, part_.size);
@@ -346,13 +352,7 @@ void Rendering::draw_tiles() {
             next = count;
         }
     };
-    {
-        std::vector<std::jthread> others;
-        for (std::size_t i = 1; i < std::min(workers_.size(), count); ++i) {
-            others.emplace_back(work, std::ref(*workers_[i]));
-        }
-        work(*workers_.front());
-    }
+    work_together(std::min(workers_.size(), count), [&](std::size_t i) { work(*workers_[i]); });
     if (failure) {
         std::rethrow_exception(failure);
     }
@@ -490,13 +490,7 @@ void Rendering::draw_frames_side_by_side(std::vector<std::unique_ptr<Output_File
             next = frame_count();
         }
     };
-    {
-        std::vector<std::jthread> others;
-        for (std::size_t i = 1; i < frames_at_once_; ++i) {
-            others.emplace_back(work, std::ref(*workers_[i]));
-        }
-        work(*workers_.front());
-    }
+    work_together(frames_at_once_, [&](std::size_t i) { work(*workers_[i]); });
     if (failure) {
         std::rethrow_exception(failure);
     }

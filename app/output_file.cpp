@@ -23,18 +23,35 @@ namespace fs = std::filesystem;
 constexpr std::size_t most_held = std::size_t{4} << 20;
 
 [[noreturn]] void fail(const fs::path& path, const std::error_code& reason) {
-    throw std::runtime_error(path.string() + ": cannot be written: " + reason.message());
+    throw std::runtime_error((path.empty() ? "a file without a name" : path.string()) +
+                             ": cannot be written: " + reason.message());
 }
 
 std::error_code last_error() {
     return {errno, std::generic_category()};
 }
 
-// In the same folder, because only there a move replaces the target in one step.
+// In the same folder, because only there a move replaces the target in one step. Systems take names of up to 255 bytes.
 fs::path temporary_beside(const fs::path& target) {
+    constexpr std::size_t longest = 200;
     std::random_device random;
     fs::path temporary = target;
+    temporary.replace_filename(target.filename().native().substr(0, longest));
     return temporary += ".part-" + std::to_string(random());
+}
+
+// What links lead to, whether it exists or not: a link stays a link.
+fs::path target_of(const fs::path& path) {
+    constexpr int most_links = 40;
+    std::error_code none;
+    fs::path target = path;
+    for (int links = 0; fs::is_symlink(target, none); ++links) {
+        if (links == most_links) {
+            fail(path, std::make_error_code(std::errc::too_many_symbolic_link_levels));
+        }
+        target = target.parent_path() / fs::read_symlink(target, none);
+    }
+    return target;
 }
 
 bool is_writable(const fs::path& path) {
@@ -61,12 +78,18 @@ Output_File::Output_File(const std::string& name) : path_(path_of(name)) {
     if (fs::exists(path_, none) && !fs::is_regular_file(path_, none)) {
         file_.reset(std::fopen(name.c_str(), "wb"));
     } else {
-        // A link stays a link: the file that it leads to is replaced.
-        target_ = fs::is_symlink(path_, none) ? fs::weakly_canonical(path_, none) : path_;
+        target_ = target_of(path_);
+        const bool is_replaced = fs::exists(target_, none);
+        if (is_replaced && !is_writable(target_)) {
+            fail(path_, last_error());
+        }
         const fs::path temporary = temporary_beside(target_);
         file_.reset(std::fopen(temporary.string().c_str(), "wbx"));
         if (file_) {
             temporary_ = temporary;
+            if (is_replaced) {
+                fs::permissions(temporary_, fs::status(target_, none).permissions() & fs::perms::all, none);
+            }
         }
     }
     if (!file_) {
@@ -111,10 +134,10 @@ void Output_File::check(const std::string& name) {
         fail(path, std::make_error_code(std::errc::is_a_directory));
     }
     const bool is_device = fs::exists(path, none) && !fs::is_regular_file(path, none);
-    const fs::path target = fs::is_symlink(path, none) ? fs::weakly_canonical(path, none) : path;
+    const fs::path target = is_device ? path : target_of(path);
     const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
     errno = 0;
-    if (!is_writable(is_device ? path : folder)) {
+    if (!is_writable(is_device ? path : folder) || (fs::exists(target, none) && !is_writable(target))) {
         fail(path, last_error());
     }
     if (!is_device && !fs::is_directory(folder, none)) {
@@ -194,6 +217,35 @@ void Output_Files::commit() {
     if (standard_output_) {
         standard_output_->commit();
         standard_output_ = nullptr;
+    }
+}
+
+void refuse_same_files(const std::vector<std::string>& read, const std::vector<std::string>& written) {
+    const auto is_same = [](const std::string& one, const std::string& other) {
+        std::error_code none;
+        const fs::path path = path_of(one);
+        if (one.empty() || other.empty() || one == "-" || other == "-" ||
+            (fs::exists(path, none) && !fs::is_regular_file(path, none))) {
+            return false;
+        }
+        const auto place_of = [&none](const std::string& name) {
+            return fs::weakly_canonical(fs::absolute(target_of(path_of(name)), none), none);
+        };
+        // Empty where it cannot be known.
+        const fs::path place = place_of(one);
+        return fs::equivalent(path, path_of(other), none) || (!place.empty() && place == place_of(other));
+    };
+    for (std::size_t i = 0; i < written.size(); ++i) {
+        for (const std::string& file : read) {
+            if (is_same(file, written[i])) {
+                throw Usage_Error(written[i] + ": expected another file to write than those to read");
+            }
+        }
+        for (std::size_t k = 0; k < i; ++k) {
+            if (is_same(written[k], written[i])) {
+                throw Usage_Error(written[i] + ": expected a file of its own for each output");
+            }
+        }
     }
 }
 

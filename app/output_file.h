@@ -13,8 +13,9 @@
 
 namespace app {
 
-// A file that is written bit by bit beside its place and moves there at the end. What has not been committed is removed. "-" is
-// standard output, which gets everything at the end. Everything throws std::runtime_error that names the file.
+// A file that is written bit by bit beside its place and moves there at the end. What has not been committed is removed. A file
+// that is replaced must be writable and keeps its permissions. "-" is standard output, which gets everything at the end.
+// Everything throws std::runtime_error that names the file.
 class Output_File {
 public:
     explicit Output_File(const std::string& name);
@@ -62,6 +63,10 @@ private:
     std::vector<std::unique_ptr<Output_File>> files_;
     std::unique_ptr<Output_File> standard_output_;
 };
+
+// Throws Usage_Error when a file to be written is one of those that are read, whatever links lead to it, or two of those to be
+// written are the same. Empty names stand for none; devices and standard streams may be both.
+void refuse_same_files(const std::vector<std::string>& read, const std::vector<std::string>& written);
 
 // Throws Usage_Error when a picture would go to a terminal.
 void refuse_terminal(const char* option, const std::string& name);

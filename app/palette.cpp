@@ -112,7 +112,10 @@ VT_Reference<const VT_Palette> cube_palette(VT_Int_RGB levels) {
 }
 
 std::vector<VT_RGB32> read_palette(const std::string& file) {
-    const std::string content = read_input(file, std::size_t{64} << 20);
+    return palette_colors(file, read_input(file, std::size_t{64} << 20));
+}
+
+std::vector<VT_RGB32> palette_colors(const std::string& file, std::string_view content) {
     std::vector<VT_RGB32> colors = content.starts_with("\x89PNG") ? colors_of_png(file, content) : colors_of_text(file, content);
     if (colors.empty() || colors.size() > most_colors) {
         throw Usage_Error(file + ": expected a palette of 1 to 256 colours, found " + std::to_string(colors.size()));

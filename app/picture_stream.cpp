@@ -7,8 +7,8 @@
 #include <exception>
 #include <memory>
 #include <mutex>
-#include <thread>
 
+#include "app/helpers.h"
 #include "app/interruption.h"
 #include "app/progress.h"
 
@@ -29,13 +29,7 @@ public:
 
     void run() {
         file_.write(png_head(form_));
-        {
-            std::vector<std::jthread> others;
-            for (unsigned thread = 1; thread < settings_.threads; ++thread) {
-                others.emplace_back([this, thread] { work(thread); });
-            }
-            work(0);
-        }
+        work_together(settings_.threads, [this](std::size_t thread) { work(static_cast<unsigned>(thread)); });
         if (failure_) {
             std::rethrow_exception(failure_);
         }

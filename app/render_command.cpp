@@ -3,9 +3,8 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <filesystem>
 #include <memory>
-#include <system_error>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -13,7 +12,7 @@
 #include "app/input.h"
 #include "app/map_command.h"
 #include "app/model_picture.h"
-#include "app/path.h"
+#include "app/output_file.h"
 #include "app/picture_plan.h"
 #include "app/scene/color_name.h"
 
@@ -50,24 +49,6 @@ void refuse_several(const std::vector<Input>& inputs, const Input& map) {
     }
     if (inputs.size() > 1) {
         throw Usage_Error(inputs[1].name + ": expected one map or drawing, found another one; --overlay draws it over the first");
-    }
-}
-
-// A picture must not take the place of its own model: -o is easily put before the wrong name.
-void refuse_output_over_input(const Model_Picture& options) {
-    std::error_code none;
-    if (options.record == options.output && options.record != "-" && !std::filesystem::is_other(path_of(options.record), none)) {
-        throw Usage_Error("--record: expected another file than that of -o, found '" + options.record + "'");
-    }
-    for (const std::string& file : options.models) {
-        for (const std::string& written : {options.output, options.record}) {
-            // Not the same where one of them does not exist. A device may be both.
-            std::error_code error;
-            if (file != "-" && std::filesystem::is_regular_file(path_of(file), error) &&
-                std::filesystem::equivalent(path_of(file), path_of(written), error)) {
-                throw Usage_Error(written + ": expected another file to write than those to draw");
-            }
-        }
     }
 }
 
@@ -155,7 +136,10 @@ void add_render_command(CLI::App& application, int& status) {
         color_help()));
     command.fallthrough();
     command.callback([options, map_options, &command, &application, &status] {
-        refuse_output_over_input(*options);
+        // -o is easily put before the wrong name.
+        std::vector<std::string> read = options->models;
+        read.insert(read.end(), {options->palette, map_options->overlay, map_options->font});
+        refuse_same_files(read, {options->output, options->record});
         std::vector<Input> inputs = open_inputs(*options);
         const auto map = std::ranges::find_if(inputs, is_map);
         refuse_options_of_other_kind(command, map == inputs.end() ? inputs.front() : *map);

@@ -185,6 +185,8 @@ void print_drawn(const Replay_Arguments& arguments, const picture::Replay_Settin
 
 void replay(const Replay_Arguments& arguments, const Module_Choice& module) {
     cost_order_of(arguments); // wrong options are told before anything is read
+    refuse_same_files({arguments.picture}, {arguments.color, arguments.depth, arguments.color_raw, arguments.depth_raw,
+                                            arguments.report, arguments.record});
     const picture::Picture picture = picture::load(arguments.picture);
     const picture::Replay_Settings settings = settings_of(arguments, picture.calls.size());
     refuse_many_files(arguments, picture.calls.size());

@@ -12,7 +12,12 @@
 #if defined(_WIN32)
 #include <windows.h>
 #else
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+
 #include <dlfcn.h>
+#include <link.h>
 #endif
 
 namespace vorna {
@@ -51,6 +56,11 @@ void* open_library(const std::string& path) {
     return LoadLibraryExW(absolute_path(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
+// The system looks itself.
+bool is_cut_off(const std::filesystem::path&) {
+    return false;
+}
+
 void close_library(void* library) {
     FreeLibrary(static_cast<HMODULE>(library));
 }
@@ -74,6 +84,31 @@ template <class Function> Function* find_entry_point(void* library, const char* 
 std::string last_error() {
     const char* message = dlerror();
     return message ? message : "unknown reason";
+}
+
+// Whether a file ends before what it says is in it. The loader maps that unseen, and the system ends a process that touches what
+// lies beyond the end. All else that may be wrong with a file is left to the loader.
+bool is_cut_off(const std::filesystem::path& path) {
+    std::error_code none;
+    if (!std::filesystem::is_regular_file(path, none)) {
+        return false;
+    }
+    std::ifstream file(path, std::ios::binary);
+    ElfW(Ehdr) header;
+    const auto read = [&file](auto& to) { return bool(file.read(reinterpret_cast<char*>(&to), sizeof to)); };
+    if (!read(header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0) {
+        return false;
+    }
+    const std::uintmax_t size = std::filesystem::file_size(path, none);
+    const auto fits = [size](std::uintmax_t first, std::uintmax_t count) { return first <= size && count <= size - first; };
+    file.seekg(static_cast<std::streamoff>(header.e_phoff));
+    for (int i = 0; i < header.e_phnum; ++i) {
+        ElfW(Phdr) segment;
+        if (!read(segment) || (segment.p_type == PT_LOAD && !fits(segment.p_offset, segment.p_filesz))) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void* open_library(const std::string& path) {
@@ -103,7 +138,11 @@ template <class Function> Function* find_entry_point(void* library, const char* 
 
 } // namespace
 
-Module::Module(const std::string& path) : library_(open_library(path)) {
+Module::Module(const std::string& path) {
+    if (is_cut_off(absolute_path(path))) {
+        throw std::runtime_error(path + ": not loadable as a renderer module: the file is cut off");
+    }
+    library_ = open_library(path);
     if (!library_) {
         throw std::runtime_error(path + ": not loadable as a renderer module: " + last_error());
     }

@@ -75,6 +75,7 @@ int run(const Check_Arguments& arguments, const Module_Choice& module) {
         list_checks();
         return exit_status::done;
     }
+    refuse_same_files({module.path}, {arguments.junit});
     check::Run run;
     run.task = {module.path, arguments.profile == "krb" ? check::Profile::krb : check::Profile::host, arguments.seed,
                 arguments.effort};

@@ -94,7 +94,7 @@ Domain domain_of(std::string_view text) {
     LIST(proj_create)                                                                                                            \
     LIST(proj_create_crs_to_crs)                                                                                                 \
     LIST(proj_destroy)                                                                                                           \
-    LIST(proj_log_level)                                                                                                         \
+    LIST(proj_log_func)                                                                                                          \
     LIST(proj_normalize_for_visualization)                                                                                       \
     LIST(proj_trans)
 
@@ -127,7 +127,10 @@ const Proj_Library& proj() {
 }
 
 struct Context {
-    Context() : handle(proj().proj_context_create()) { proj().proj_log_level(handle, PJ_LOG_NONE); }
+    // PROJ says some things whatever its level, such as that its database is missing.
+    Context() : handle(proj().proj_context_create()) {
+        proj().proj_log_func(handle, nullptr, [](void*, int, const char*) {});
+    }
     Context(const Context&) = delete;
     Context& operator=(const Context&) = delete;
     ~Context() { proj().proj_context_destroy(handle); }

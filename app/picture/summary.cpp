@@ -8,6 +8,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "app/messages.h"
 #include "app/picture/call_kinds.h"
 
 namespace app::picture {
@@ -149,7 +150,7 @@ std::string text_of(const Picture& picture) {
         text += line("palette", palette_text(picture.configuration.palette));
     }
     for (const auto& [name, setting] : picture.configuration.options) {
-        text += line("option", name + ": " + setting_text(setting));
+        text += line("option", printable(name) + ": " + setting_text(setting));
     }
     text += line("renditions", std::to_string(summary.renditions));
     if (summary.complex_clips > 0) {

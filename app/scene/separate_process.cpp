@@ -31,7 +31,7 @@ struct Open_File {
 
 // Its faults end it without a word or a core file, and it does not outlive who waits for it.
 void prepare_copy([[maybe_unused]] std::size_t memory) {
-    for (const int signal : {SIGINT, SIGTERM}) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         std::signal(signal, SIG_DFL);
     }
 #if defined(__linux__)

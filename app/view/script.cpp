@@ -1,6 +1,7 @@
 // Mouse and keys from a file.
 #include "app/view/script.h"
 
+#include <algorithm>
 #include <sstream>
 
 #include "app/command.h"
@@ -85,6 +86,11 @@ private:
         char found = 0;
         if (!(stream >> pair.x >> found >> pair.y) || found != separator || stream.peek() != EOF) {
             fail(expected, text);
+        }
+        // No window is larger, and moves are counted in ints.
+        constexpr std::int32_t farthest = 32767;
+        if (std::min(pair.x, pair.y) < -farthest || std::max(pair.x, pair.y) > farthest) {
+            fail(expected + " up to " + std::to_string(farthest), text);
         }
         return pair;
     }

@@ -1,5 +1,6 @@
-// PNG and JPEG images as vorna compare and textures read them, parts of pictures as vorna assemble does, and compressed files.
-// The first byte says which, and whether the check sums of a PNG file are made right, as fuzzers cannot.
+// PNG and JPEG images as vorna compare, palettes and textures read them, palettes as text, parts of pictures as vorna assemble
+// does, and compressed files. The first byte says which, and whether the check sums of a PNG file are made right, as fuzzers
+// cannot.
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -9,6 +10,7 @@
 
 #include "app/gzip.h"
 #include "app/image_comparison.h"
+#include "app/palette.h"
 #include "app/part_reader.h"
 #include "app/scene/texture.h"
 #include "tests/fuzz/fuzzing.h"
@@ -78,6 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string bytes = way < 128 ? with_check_sums(input.rest()) : std::string(input.rest());
     switch (way % 4) {
     case 0:
+        try_out([&] { app::palette_colors("palette", bytes); });
         try_out<app::Png_Error>([&] {
             const app::Png_Image image = app::read_png(bytes);
             if (std::int64_t{image.width} * image.height <= most_pixels && !app::compare(image, image, {}).is_same) {

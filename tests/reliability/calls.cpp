@@ -1,6 +1,7 @@
 // Calls of every slot.
 #include "tests/reliability/calls.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <sstream>
@@ -9,6 +10,7 @@
 namespace {
 
 constexpr std::int32_t parameter_width = 2;
+constexpr std::int32_t most_parameter_width = 5;
 
 // Where wrapping, shifting and rounding begin: the ends of 16.16, of 17.15, of texture and buffer sizes, of the guard bands.
 constexpr std::int32_t telling_numbers[] = {
@@ -68,12 +70,13 @@ public:
 
     template <class Point, class Through> Draw arguments(VT_Draw_Textured<Point>*, Through through) {
         std::vector<VT_Parameter> parameters;
-        for (std::size_t i = 0; i < points_to_make() * parameter_width; ++i) {
+        const std::int32_t width =
+            numbers_.are_hostile() && random_.chance(20) ? random_.number(-1, most_parameter_width) : parameter_width;
+        for (std::size_t i = 0; i < points_to_make() * static_cast<std::size_t>(std::max(width, 1)); ++i) {
             parameters.push_back(numbers_.are_hostile() && random_.chance(20)
                                      ? numbers_.real<float>(&Numbers::any)
                                      : static_cast<float>(random_.number(-50, 150)) / 100);
         }
-        const std::int32_t width = numbers_.are_hostile() && random_.chance(10) ? random_.number(-1, 1) : parameter_width;
         return [through, count = count_, points = points<Point>(), colors = colors(), parameters,
                 width](VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
             through(renderer, rendition, count, points.data(), colors.data(), parameters.data(), width, nullptr, nullptr);
@@ -153,7 +156,7 @@ VT_Reference<const VT_Line_Type_Set> hostile_line_types(Numbers& numbers) {
     return types;
 }
 
-VT_Reference<const VT_Basic_Material> texture_of(Random& random, std::int32_t width, std::int32_t height) {
+VT_Reference<VT_Basic_Material> texture_of(Random& random, std::int32_t width, std::int32_t height) {
     const VT_Reference<VT_Basic_Material> material(new VT_Basic_Material);
     const VT_Reference<VT_Shared_Image> image(
         new VT_Shared_Image(width, height, Buffer_Format::rgb32, 4 * width, nullptr, false, true));
@@ -252,6 +255,7 @@ VT_Reference<VT_Rendition> hostile_rendition(Numbers& numbers, const VT_Int_Rect
     const auto number = [&](std::int32_t often, std::int32_t usual) { return random.chance(often) ? usual : numbers.any(); };
 
     VT_Face_Attributes& face = rendition->face;
+    face.index = rendition->line.index = rendition->marker.index = random.byte();
     face.pattern = random.chance(40) ? face_pattern::solid : random.chance(50) ? random.number(0, 100) : numbers.any();
     face.flags = random.chance(50) ? 0 : static_cast<std::uint32_t>(numbers.any());
     if (random.chance(70)) {
@@ -259,7 +263,14 @@ VT_Reference<VT_Rendition> hostile_rendition(Numbers& numbers, const VT_Int_Rect
     }
     if (random.chance(85)) {
         constexpr std::int32_t sides[] = {1, 2, 8, 3};
-        face.material = texture_of(random, random.one_of(sides), random.one_of(sides));
+        VT_Reference<VT_Basic_Material> material = texture_of(random, random.one_of(sides), random.one_of(sides));
+        material->has_texture_matrix = random.chance(30);
+        for (auto& row : material->texture_matrix.m) {
+            for (double& factor : row) {
+                factor = random.chance(50) ? factor : numbers.real<double>(&Numbers::any);
+            }
+        }
+        face.material = material;
     }
     VT_Line_Attributes& line = rendition->line;
     line.weight = random.chance(60) ? 1 : random.chance(50) ? random.number(-1, 9) : numbers.any();

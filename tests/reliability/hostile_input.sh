@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
 # Gives the command files and outputs that are against it. Every time it must say what is wrong in one line, end with the right
 # status, leave no file, and get along with little time and memory. usage: hostile_input.sh VORNA PICTURES
-# HOSTILE_MEMORY: kilobytes of addresses that it may use, or unlimited, as sanitizers need.
 set -uo pipefail
 vorna=$1
 pictures=$(cd "$2" && pwd)
@@ -12,6 +11,13 @@ mkdir out
 cases=0
 failures=0
 
+# Kilobytes of addresses that it may use. AddressSanitizer takes terabytes: there what is resident is limited, its own memory too.
+memory=2000000
+if grep -q __asan_init "$vorna"; then
+    memory=unlimited
+    export ASAN_OPTIONS=hard_rss_limit_mb=3000:quarantine_size_mb=64
+fi
+
 fail() {
     failures=$((failures + 1))
     printf 'FAILED: %s\n  command: %s\n' "$1" "$2" >&2
@@ -21,7 +27,7 @@ fail() {
 # run COMMAND...: its status in `status`, what it says in the file errors. Whoever is killed by the limit of time has status 124.
 run() {
     (
-        ulimit -v "${HOSTILE_MEMORY:-2000000}"
+        ulimit -v "$memory"
         exec timeout 60 "$@"
     ) 2>"$folder/errors"
     status=$?
@@ -79,6 +85,11 @@ chmod 755 "$folder"
 user=()
 [ "$(id -u)" != 0 ] || user=(setpriv --reuid=65534 --clear-groups)
 if "${user[@]}" test -x "$vorna" 2>/dev/null; then
+    if [ ${#user[@]} != 0 ]; then
+        # The search for leaks needs a thread of its own.
+        ASAN_OPTIONS=${ASAN_OPTIONS:-}:detect_leaks=0 run bash -c 'ulimit -u 2; exec "$@"' bash "${user[@]}" "$vorna" render good.obj -o /dev/null --threads 8
+        [ $status = 0 ] || fail "where there are no threads to be had" "--threads 8"
+    fi
     mkdir locked
     for file in locked.obj locked.ply locked.gltf locked.geojson locked.dxf locked.json; do
         cp good.obj $file
@@ -87,6 +98,11 @@ if "${user[@]}" test -x "$vorna" 2>/dev/null; then
         [ $file != locked.json ] || reader=(replay "$file")
         expect 2 "$file: cannot be read: Permission denied" "${user[@]}" "$vorna" "${reader[@]}"
     done
+    cp good.obj locked/kept.png
+    chown 65534 locked locked/kept.png 2>/dev/null
+    chmod 444 locked/kept.png
+    expect 1 "locked/kept.png: cannot be written: Permission denied" "${user[@]}" "$vorna" render good.obj -o locked/kept.png
+    cmp good.obj locked/kept.png || fail "a file was replaced that its owner has protected" locked/kept.png
     chmod 555 locked
     expect 1 "locked/picture.png: cannot be written: Permission denied" "${user[@]}" "$vorna" render good.obj -o locked/picture.png
 fi
@@ -122,6 +138,15 @@ for share in 10 60 99; do
     cut_off whole.json.gz "$share"
     expect 2 "cut.json.gz: compressed data" "$vorna" replay cut.json.gz --color out/picture.png
 done
+
+module=$(dirname "$vorna")/krb.vrd
+if [ -e "$module" ]; then
+    for share in 1 30 60; do
+        cp "$module" whole.vrd
+        cut_off whole.vrd "$share"
+        expect 1 "\./cut.vrd: not loadable as a renderer module: the file is cut off" "$vorna" "--module=./cut.vrd" replay good.json
+    done
+fi
 
 # Sizes that no file has.
 for count in 2147483648 4294967295 4611686018427387904 9223372036854775807; do
@@ -181,6 +206,15 @@ expect 2 "odd.geojson: shape 0: expected coordinates up to 1e100" "$vorna" rende
 } >odd.stl
 render 2 "odd.stl: byte 96: expected three finite coordinates" odd.stl
 
+expect 2 "--zoom: Value nan" "$vorna" render good.obj -o out/picture.png --zoom nan
+expect 2 "--opacity: Value nan" "$vorna" render map.geojson -o out/picture.png --opacity nan
+expect 2 "--timeout: Value nan" "$vorna" check --timeout nan
+
+if [ -e "$(dirname "$vorna")/vorna-window.so" ]; then
+    printf 'drag left 0,0 2147483647,-2147483648\n' >far.script
+    SDL_VIDEODRIVER=dummy expect 2 "far.script:1: expected X,Y up to 32767" "$vorna" view good.obj --script far.script
+fi
+
 # What names itself, and what nests.
 printf 'mtllib self.obj\n%b' "$triangle" >self.obj
 run "$vorna" render self.obj -o whole.png
@@ -238,6 +272,48 @@ run "$vorna" "${model[@]}" -o closed.png --hash >&-
 judge 1 "$closed" "--hash without standard output"
 cmp whole.png closed.png || fail "what was printed went into the picture" "--hash"
 
+# Outputs that take the place of what is read, or of one another, whatever they are called.
+cp good.json kept.json
+ln kept.json hard.json
+ln -s kept.json soft.json
+ln -s out/picture.png soft.png
+for output in kept.json ./kept.json hard.json soft.json; do
+    expect 2 "$output: expected another file to write than those to read" "$vorna" replay kept.json --color out/picture.png --record "$output"
+done
+expect 2 "map.geojson: expected another file to write than those to read" "$vorna" render map.geojson --overlay map.geojson -o map.geojson
+expect 2 "part1.png: expected another file to write than those to read" "$vorna" assemble part0.png part1.png -o part1.png
+expect 2 "part1.png: expected another file to write than those to read" "$vorna" compare part0.png part1.png --diff part1.png
+printf 'newmtl a\nmap_Kd whole.png\n' >wood.mtl
+printf 'mtllib wood.mtl\nusemtl a\n%b' "$triangle" >wood.obj
+expect 2 "\./whole.png: expected another file to write than those to read" "$vorna" render wood.obj -o ./whole.png
+for output in out/picture.png ./out/picture.png soft.png; do
+    expect 2 "$output: expected a file of its own for each output" "$vorna" replay good.json --color out/picture.png --color-raw "$output"
+done
+cmp good.json kept.json || fail "an input was replaced" kept.json
+
+# Links lead to what is written, permissions stay, and names are as long as the system takes them.
+"$vorna" render good.obj -o soft.png && [ -L soft.png ] && [ -s out/picture.png ] || fail "a link to a file that is not there yet" soft.png
+rm -f out/picture.png
+ln -s circle circle
+expect 1 "circle: cannot be written: Too many levels" "$vorna" render good.obj -o circle
+chmod 600 whole.png
+"$vorna" render good.obj -o whole.png && [ "$(stat -c %a whole.png)" = 600 ] || fail "a private file became public" whole.png
+name=$(printf 'n%.0s' {1..251}).png
+"$vorna" render good.obj -o "$name" && [ -s "$name" ] || fail "a long name" "$name"
+
+# What terminals obey. Names in files get into messages.
+escape=$'\e[31m\xC2\x9B31m'
+printf 'mtllib odd%s.mtl\n%b' "$escape" "$triangle" >escape.obj
+expect 2 "odd \[31m" "$vorna" "${model[@]/good.obj/escape.obj}" --strict -o out/picture.png
+run "$vorna" "${model[@]/good.obj/escape.obj}" -o out/picture.png
+rm -f out/picture.png
+[ -s errors ] && ! LC_ALL=C grep -q $'[\x01-\x09\x0B-\x1F]\|\xC2\x9B' errors || fail "a control character" escape.obj
+
+# Libraries that would say something of their own.
+if "$vorna" render map.geojson -o /dev/null --projection robinson 2>/dev/null; then
+    expect 2 "--projection: PROJ cannot use 'EPSG:3857'" env PROJ_DATA=/none PROJ_LIB=/none "$vorna" render map.geojson -o /dev/null --projection EPSG:3857
+fi
+
 # Nobody reads: more than a pipe holds, so that it must be noticed.
 (run "$vorna" replay "$pictures/gallery.json" --color-raw - --depth out/depth.png; echo $status >status) | true
 status=$(<status)
@@ -261,7 +337,7 @@ interrupted() {
     rm -rf out/*
 }
 printf '{"picture":1,"window":{"width":16384,"height":16384},"calls":[{"call":"draw_2d_polyline","points":[[0,0],[16000,9000]]}]}' >large.json
-for signal in INT TERM; do
+for signal in INT TERM HUP; do
     interrupted $signal 0.4 "$vorna" render good.obj -o out/poster.png --size 60000x60000 --edges --antialias
     interrupted $signal 0.8 "$vorna" replay large.json --color out/color.png --depth out/depth.png --color-raw out/color.raw
 done

@@ -85,8 +85,8 @@ TEST_F(Render_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_f
     } cases[] = {
         {{model}, 2, "render: expected -o FILE.png, found none; vorna render --help tells"},
         {{"-o", output}, 2, "render: expected MODEL, found none"},
-        {{plain, "-o", plain}, 2, "corner: expected another file to write than those to draw"},
-        {{model, "-o", plain, "--record", plain}, 2, "--record: expected another file than that of -o, found"},
+        {{plain, "-o", plain}, 2, "corner: expected another file to write than those to read"},
+        {{model, "-o", plain, "--record", plain}, 2, "corner: expected a file of its own for each output"},
         {{model, "-o", output, "--size", "64"}, 2, "--size: expected WIDTHxHEIGHT with sides from 1 to 262144, found '64'"},
         {{model, "-o", output, "--size", "64x262145"}, 2, "--size: expected"},
         {{model, "-o", output, "--tile", "1"}, 2, "--tile: expected --tiles-of beside it, found none"},
