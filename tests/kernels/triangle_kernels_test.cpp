@@ -145,6 +145,8 @@ struct Scene {
         }
         target.color_rows = color_rows.data();
         target.depth_rows = depth_rows.data();
+        target.color_row_bytes = static_cast<std::int32_t>(color_rows[1] - color_rows[0]);
+        target.depth_row_bytes = static_cast<std::int32_t>(depth_rows[1] - depth_rows[0]);
         target.dither = &dither;
         target.pattern = &pattern;
         target.palette = reinterpret_cast<const std::uint8_t*>(palette.data());

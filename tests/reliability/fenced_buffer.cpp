@@ -11,10 +11,6 @@ namespace {
 
 constexpr std::uint8_t guard = 0xA5;
 
-std::int32_t bytes_per_pixel(Buffer_Format format) {
-    return format == Buffer_Format::index8 ? 1 : format == Buffer_Format::depth16 ? 2 : 4;
-}
-
 } // namespace
 
 Fenced_Buffer::Fenced_Buffer(std::int32_t buffer_width, std::int32_t buffer_height, Buffer_Format buffer_format, Side side) {

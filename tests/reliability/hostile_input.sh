@@ -206,9 +206,9 @@ expect 2 "odd.geojson: shape 0: expected coordinates up to 1e100" "$vorna" rende
 } >odd.stl
 render 2 "odd.stl: byte 96: expected three finite coordinates" odd.stl
 
-expect 2 "--zoom: Value nan" "$vorna" render good.obj -o out/picture.png --zoom nan
-expect 2 "--opacity: Value nan" "$vorna" render map.geojson -o out/picture.png --opacity nan
-expect 2 "--timeout: Value nan" "$vorna" check --timeout nan
+expect 2 "--zoom: expected a number from" "$vorna" render good.obj -o out/picture.png --zoom nan
+expect 2 "--opacity: expected a number from" "$vorna" render map.geojson -o out/picture.png --opacity nan
+expect 2 "--timeout: expected a number from" "$vorna" check --timeout nan
 
 if [ -e "$(dirname "$vorna")/vorna-window.so" ]; then
     printf 'drag left 0,0 2147483647,-2147483648\n' >far.script
@@ -280,7 +280,8 @@ ln -s out/picture.png soft.png
 for output in kept.json ./kept.json hard.json soft.json; do
     expect 2 "$output: expected another file to write than those to read" "$vorna" replay kept.json --color out/picture.png --record "$output"
 done
-expect 2 "map.geojson: expected another file to write than those to read" "$vorna" render map.geojson --overlay map.geojson -o map.geojson
+ln map.geojson map
+expect 2 "map: expected another file to write than those to read" "$vorna" render map.geojson --overlay map.geojson -o map
 expect 2 "part1.png: expected another file to write than those to read" "$vorna" assemble part0.png part1.png -o part1.png
 expect 2 "part1.png: expected another file to write than those to read" "$vorna" compare part0.png part1.png --diff part1.png
 printf 'newmtl a\nmap_Kd whole.png\n' >wood.mtl

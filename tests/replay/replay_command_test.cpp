@@ -166,7 +166,7 @@ TEST_F(Replay_Command, writes_all_files_or_none) {
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(folder.names(), IsEmpty());
     const Outcome twice = run_vorna({"replay", "-", "--color", folder.file("c"), "--color-raw", folder.file("c")}, small);
-    EXPECT_EQ(twice.errors, "vorna: " + folder.file("c") + ": expected a name for one file, found it for two\n");
+    EXPECT_EQ(twice.errors, "vorna: " + folder.file("c") + ": expected a file of its own for each output\n");
     EXPECT_THAT(folder.names(), IsEmpty());
 
     const std::string flat = R"({"picture": 1, "buffer_depth": 0, "calls": []})";
