@@ -207,7 +207,7 @@ std::string usage_message(const CLI::App& application, const CLI::ParseError& er
     if (misses) {
         return message_of_missing(command);
     }
-    if (const std::string message = message_of_company(command); in_company && !message.empty()) {
+    if (std::string message = message_of_company(command); in_company && !message.empty()) {
         return message;
     }
     return dynamic_cast<const CLI::ArgumentMismatch*>(&error) ? message_of_count(command, error.what()) : error.what();

@@ -55,7 +55,7 @@ public:
         options.set_window_size(size);
         options.set_window_origin(origin);
         renderer_ = renderer_module().create_renderer(prototype);
-        const auto set = [&](const char* option, VT_Option_Content value) {
+        const auto set = [&](const char* option, const VT_Option_Content& value) {
             renderer_->requested_table.find(option)->set(value);
         };
         set("Use Mask", random.chance(85));
@@ -245,10 +245,10 @@ int draw_hostile_calls(const std::string& kernels, std::size_t renderer_case, st
             // On the stack, where a reference that is taken and given up ends the process.
             const VT_Rendition rendition(*hostile_rendition(numbers, window));
             const std::string rules = renderer.set_depth_rules(random, numbers.any());
-            const std::string words = "seed " + std::to_string(seed) + ", case " + std::to_string(renderer_case) + ", kernels " +
-                                      kernels + ", window " + std::to_string(size.x) + " x " + std::to_string(size.y) + " at " +
-                                      std::to_string(origin.x) + ", " + std::to_string(origin.y) + ": " + std::string(call.slot) +
-                                      call.description + "; " + describe(rendition) + ", " + rules;
+            std::string words = "seed " + std::to_string(seed) + ", case " + std::to_string(renderer_case) + ", kernels " +
+                                kernels + ", window " + std::to_string(size.x) + " x " + std::to_string(size.y) + " at " +
+                                std::to_string(origin.x) + ", " + std::to_string(origin.y) + ": ";
+            words.append(call.slot).append(call.description).append("; ").append(describe(rendition)).append(", ").append(rules);
             set_last_words(words);
             const Pixels_Beside beside(renderer, window, rendition.clip.hard_clip);
             const double before = processor_seconds();
