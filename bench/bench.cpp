@@ -184,11 +184,11 @@ void write(const std::string& file, const std::string& text) {
 // False when a workload did not paint what it should.
 bool run(const Settings& settings) {
     Bench bench(settings);
+    const std::regex only(settings.only);
     if (!settings.sizes.empty()) {
-        measure_sizes(bench.module(), settings.sizes);
+        measure_sizes(bench.module(), only, settings.sizes);
         return true;
     }
-    const std::regex only(settings.only);
     const std::vector<Workload> all = workloads(settings.model);
     std::vector<Result> results;
     for (const Workload& workload : all) {
@@ -213,7 +213,7 @@ int main(int argc, char** argv) {
     CLI::App app("Measures the renderer beside memory and its peers.");
     app.add_option("MODULE", settings.module, "The renderer, krb.vrd")->required();
     app.add_option("MODEL", settings.model, "The model of the frame that is drawn whole, bunny.obj")->required();
-    app.add_option("--only", settings.only, "Regular expression of the workloads that are measured");
+    app.add_option("--only", settings.only, "Regular expression of the workloads, or of the plots of sizes, that are measured");
     app.add_option("--rounds", settings.rounds, "How often each side is timed")->check(CLI::Range(1, 1000));
     app.add_option("--vary", settings.vary, "Draw with other places, colours and sizes, up to 30 % off, too: their random seed");
     app.add_option("--beside", settings.beside, "Another build of the renderer to measure");

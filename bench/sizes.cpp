@@ -99,7 +99,7 @@ Json measured(const vorna::Module& module, const Plot& plot) {
 
 } // namespace
 
-void measure_sizes(const vorna::Module& module, const std::string& file) {
+void measure_sizes(const vorna::Module& module, const std::regex& only, const std::string& file) {
     constexpr Shading flat = Shading::flat, gouraud = Shading::gouraud, textured = Shading::textured;
     const auto triangles = [](std::function<double(const Subject&)> amount) {
         return std::vector<Series>{{"flat, no depth", {flat}, some_triangles, amount},
@@ -153,7 +153,9 @@ void measure_sizes(const vorna::Module& module, const std::string& file) {
     };
     Json document;
     for (const Plot& plot : plots) {
-        document[plot.name] = measured(module, plot);
+        if (std::regex_search(plot.name, only)) {
+            document[plot.name] = measured(module, plot);
+        }
     }
     std::ofstream out(file);
     out << document.dump(1) << '\n';
