@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "renderer/host/clip.h"
+#include "renderer/host/triangle_clipper.h"
 
 namespace {
 
@@ -24,18 +25,12 @@ VT_RGB32 mixed(VT_RGB32 a, VT_RGB32 b, double t) noexcept {
     return {mixed(a.blue, b.blue, t), mixed(a.green, b.green, t), mixed(a.red, b.red, t), mixed(a.alpha, b.alpha, t)};
 }
 
-// Where to cut. Segments are cut in the outermost pixels, which they reach; areas at the far edges of those pixels, because they
-// are filled up to but not including their last column and row.
+// Where to cut: segments reach their outermost pixels, unlike areas.
 struct Bounds {
     double left, right, bottom, top;
 
-    static Bounds of_segments(const VT_Int_Rectangle& pixels) noexcept {
-        return {static_cast<double>(pixels.left), static_cast<double>(pixels.right), static_cast<double>(pixels.bottom),
-                static_cast<double>(pixels.top)};
-    }
-    static Bounds of_areas(const VT_Int_Rectangle& pixels) noexcept {
-        return {static_cast<double>(pixels.left), pixels.right + 1.0, static_cast<double>(pixels.bottom), pixels.top + 1.0};
-    }
+    explicit Bounds(const VT_Int_Rectangle& pixels) noexcept
+        : left(pixels.left), right(pixels.right), bottom(pixels.bottom), top(pixels.top) {}
 };
 
 // The sides by their outcodes: distance is negative outside.
@@ -77,47 +72,12 @@ VT_DCI_Point rounded_inside(const Bounds& bounds, const VT_Point_D& point) noexc
 void clip_end(std::uint16_t code, const VT_Int_Rectangle& rectangle, const VT_Point_D* points, int outer, VT_DCI_Point& clipped,
               const VT_RGB32* colors, VT_RGB32* clipped_color) noexcept {
     const int inner = 1 - outer;
-    const Bounds bounds = Bounds::of_segments(rectangle);
+    const Bounds bounds(rectangle);
     const double t = entry(code, bounds, points[outer], points[inner]);
     clipped = rounded_inside(bounds, between(points[outer], points[inner], t));
     if (colors && clipped_color) {
         *clipped_color = mixed(colors[outer], colors[inner], t);
     }
-}
-
-struct Corner {
-    VT_Point_D point;
-    VT_RGB32 color;
-};
-
-// A convex polygon: each of the four sides adds a corner at the most.
-struct Polygon {
-    std::array<Corner, 8> corners;
-    std::size_t count = 0;
-
-    void add(const Corner& corner) noexcept {
-        if (count < corners.size()) {
-            corners[count++] = corner;
-        }
-    }
-};
-
-Polygon cut(const Polygon& polygon, const Side& side, const Bounds& bounds) noexcept {
-    Polygon left;
-    for (std::size_t i = 0; i < polygon.count; ++i) {
-        const Corner& corner = polygon.corners[i];
-        const Corner& next = polygon.corners[(i + 1) % polygon.count];
-        const double here = side.distance(bounds, corner.point);
-        const double there = side.distance(bounds, next.point);
-        if (!(here < 0)) {
-            left.add(corner);
-        }
-        if ((here < 0) != (there < 0)) {
-            const double t = here / (here - there);
-            left.add({between(corner.point, next.point, t), mixed(corner.color, next.color, t)});
-        }
-    }
-    return left;
 }
 
 } // namespace
@@ -135,7 +95,7 @@ void VD_Preclip_Tail(std::uint16_t outcode, const VT_Int_Rectangle& rectangle, c
 bool VD_Preclip_Ends(const std::uint16_t* outcodes, const VT_Int_Rectangle& rectangle, const VT_Point_D* points,
                      VT_DCI_Point* clipped, const VT_RGB32* colors, VT_RGB32* clipped_colors) {
     const bool beside = (outcodes[0] & outcodes[1]) != 0;
-    const Bounds bounds = Bounds::of_segments(rectangle);
+    const Bounds bounds(rectangle);
     if (beside || entry(outcodes[0], bounds, points[0], points[1]) + entry(outcodes[1], bounds, points[1], points[0]) > 1) {
         return false;
     }
@@ -147,26 +107,15 @@ bool VD_Preclip_Ends(const std::uint16_t* outcodes, const VT_Int_Rectangle& rect
 
 std::int32_t VD_Preclip_2D_Triangle(const VT_Int_Rectangle& rectangle, const VT_Point_D* points, VT_DCI_Point* clipped,
                                     const VT_RGB32* colors, VT_RGB32* clipped_colors) {
-    const Bounds bounds = Bounds::of_areas(rectangle);
-    Polygon polygon;
+    vorna::Clip_Vertex<VT_Point_D> triangle[3];
     for (int i = 0; i < 3; ++i) {
-        polygon.add({points[i], colors ? colors[i] : VT_RGB32{}});
+        triangle[i] = {points[i], colors ? colors[i] : VT_RGB32{}, 0, 0};
     }
-    for (const Side& side : sides) {
-        polygon = cut(polygon, side, bounds);
+    vorna::Clipped_Polygon polygon;
+    const std::int32_t count = vorna::clip_triangle_to_rectangle(rectangle, triangle, polygon);
+    std::copy_n(polygon.points, count, clipped);
+    if (colors && clipped_colors) {
+        std::copy_n(polygon.colors, count, clipped_colors);
     }
-    if (polygon.count < 3) {
-        return 0;
-    }
-    // Around the boundary, as a strip: alternately from its front and from its back.
-    std::size_t front = 0;
-    std::size_t back = polygon.count;
-    for (std::size_t i = 0; i < polygon.count; ++i) {
-        const Corner& corner = polygon.corners[i == 0 || i % 2 == 1 ? front++ : --back];
-        clipped[i] = rounded_inside(bounds, corner.point);
-        if (colors && clipped_colors) {
-            clipped_colors[i] = corner.color;
-        }
-    }
-    return static_cast<std::int32_t>(polygon.count);
+    return count;
 }

@@ -4,8 +4,8 @@
 #include "renderer/core/scratch.h"
 #include "renderer/core/tile.h"
 #include "renderer/host/clip.h"
+#include "renderer/host/triangle_plane.h"
 #include "renderer/triangles/strip_walk.h"
-#include "renderer/triangles/triangle_plane.h"
 
 namespace krb {
 
@@ -124,13 +124,13 @@ void draw_3d_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
         },
         [&](const VT_Rendition& of_tile, std::int32_t k, const Cut_Triangle& cut) {
             Scratch<VT_Parameter> cut_parameters(std::int64_t{cut.count} * parameter_width);
-            const auto corner = [&](int i) { return Position{cut.corners[i].x, cut.corners[i].y}; };
-            const Triangle_Plane plane(corner(0), corner(1), corner(2));
+            const auto corner = [&](int i) { return vorna::Position{cut.corners[i].x, cut.corners[i].y}; };
+            const vorna::Triangle_Plane plane(corner(0), corner(1), corner(2));
             for (std::int32_t j = 0; j < parameter_width; ++j) {
                 const auto gradient =
                     plane.gradient<double>(parameters_from(k)[j], parameters_from(k + 1)[j], parameters_from(k + 2)[j]);
                 for (std::int32_t i = 0; i < cut.count; ++i) {
-                    const Position at{static_cast<double>(cut.points[i].x), static_cast<double>(cut.points[i].y)};
+                    const vorna::Position at{static_cast<double>(cut.points[i].x), static_cast<double>(cut.points[i].y)};
                     cut_parameters[i * parameter_width + j] = static_cast<VT_Parameter>(plane.value_at(gradient, at));
                 }
             }

@@ -6,8 +6,8 @@
 #include "renderer/core/fixed_point.h"
 #include "renderer/core/pixel_target.h"
 #include "renderer/host/clip.h"
+#include "renderer/host/triangle_clipper.h"
 #include "renderer/triangles/strip_walk.h"
-#include "renderer/triangles/triangle_clipper.h"
 
 namespace krb {
 
@@ -236,7 +236,7 @@ void Triangle_Call::draw_apart(const Triangle_Strip& strip) const {
 }
 
 void Triangle_Call::draw_in_cells(const Triangle_Strip& whole) const {
-    Clip_Vertex triangle[3];
+    vorna::Clip_Vertex<VT_DCI_Point> triangle[3];
     for (std::int32_t i = 0; i < 3; ++i) {
         const Texel_Coordinates at = whole.coordinates ? whole.coordinates[i] : Texel_Coordinates{};
         const VT_DCI_Point& point = whole.points[i];
@@ -246,11 +246,11 @@ void Triangle_Call::draw_in_cells(const Triangle_Strip& whole) const {
                        static_cast<float>(at.t)};
     }
     visit_cells(target, tile_origin_, [&](const VT_Int_Rectangle& cell) {
-        Clipped_Polygon polygon;
+        vorna::Clipped_Polygon polygon;
         if (clip_triangle_to_rectangle(cell, triangle, polygon) < 3) {
             return;
         }
-        Texel_Coordinates coordinates[Clipped_Polygon::most_vertices];
+        Texel_Coordinates coordinates[vorna::Clipped_Polygon::most_vertices];
         for (std::int32_t i = 0; i < polygon.count; ++i) {
             polygon.points[i].x = wrapping_subtract(polygon.points[i].x, tile_origin_.x);
             polygon.points[i].y = wrapping_subtract(polygon.points[i].y, tile_origin_.y);

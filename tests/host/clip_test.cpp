@@ -98,7 +98,8 @@ TEST(Preclip, Ends_Tells_Segments_That_Miss) {
     EXPECT_FALSE(VD_Preclip_Ends(beside, rectangle, left, clipped, nullptr, nullptr));
 }
 
-// In a plane, so that every cut corner has to lie in it. What strips cover of the rectangle, regions see when they are drawn.
+// In a plane, so that every cut corner has to lie in it, its colours too. What strips cover of the rectangle, regions see when
+// they are drawn.
 TEST(Preclip, Triangles_Stay_Inside_And_In_Their_Plane) {
     VT_DCI_Point clipped[8];
     const VT_Point_D covering[3] = {{-1000, -1000, 0}, {1000, -1000, 0}, {15, 2000, 0}};
@@ -108,19 +109,26 @@ TEST(Preclip, Triangles_Stay_Inside_And_In_Their_Plane) {
     const VT_Point_D outside[3] = {{0, 0, 0}, {9, 20, 0}, {9, -20, 0}};
     EXPECT_EQ(VD_Preclip_2D_Triangle(rectangle, outside, clipped, nullptr, nullptr), 0);
     std::mt19937 random(20261121);
-    std::uniform_real_distribution<double> coordinate(-1500, 2500);
+    std::uniform_int_distribution<int> cell(-75, 125); // where colours are whole numbers
     for (int round = 0; round < 300; ++round) {
         VT_Point_D points[3];
         for (VT_Point_D& point : points) {
-            point = {coordinate(random), coordinate(random), 0};
+            point = {20.0 * cell(random), 20.0 * cell(random), 0};
             point.z = 2 * point.x - 3 * point.y + 7;
         }
-        const std::int32_t count = VD_Preclip_2D_Triangle({0, 1000, 0, 1000}, points, clipped, nullptr, nullptr);
+        const auto color_of = [](const VT_Point_D& p) {
+            return VT_RGB32{std::uint8_t(100 + p.x / 20), std::uint8_t(100 + p.y / 20), 9, 255};
+        };
+        const VT_RGB32 colors[3] = {color_of(points[0]), color_of(points[1]), color_of(points[2])};
+        VT_RGB32 clipped_colors[8];
+        const std::int32_t count = VD_Preclip_2D_Triangle({0, 1000, 0, 1000}, points, clipped, colors, clipped_colors);
         ASSERT_TRUE(count == 0 || (count >= 3 && count <= 8)) << count;
         for (std::int32_t i = 0; i < count; ++i) {
             const VT_DCI_Point& p = clipped[i];
             EXPECT_TRUE(p.x >= 0 && p.x <= 1001 && p.y >= 0 && p.y <= 1001);
             EXPECT_NEAR(p.z, 2 * p.x - 3 * p.y + 7, 3.1) << "rounding moves x and y by a half, z by 2 * 0.5 + 3 * 0.5 + 0.5";
+            EXPECT_NEAR(clipped_colors[i].blue, 100 + p.x / 20.0, 0.53) << "and colours by a half and 0.5 / 20";
+            EXPECT_NEAR(clipped_colors[i].green, 100 + p.y / 20.0, 0.53);
         }
     }
 }

@@ -1,7 +1,7 @@
 // Values of a triangle's corners at any other place of its plane.
 #pragma once
 
-namespace krb {
+namespace vorna {
 
 struct Position {
     double x, y;
@@ -47,4 +47,4 @@ private:
     double dx1_, dy1_, dx2_, dy2_, determinant_;
 };
 
-} // namespace krb
+} // namespace vorna
