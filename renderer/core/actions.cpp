@@ -77,7 +77,7 @@ auto slot_table() { return std::tuple{
     row(&T::draw_dc_gouraud_polytriangle, KRB_OWN(draw_dc_gouraud_polytriangle)),
     row(&T::draw_2di_gouraud_polytriangle, KRB_OWN(draw_2di_gouraud_polytriangle)),
     row(&T::draw_dci_gouraud_polytriangle, KRB_OWN(draw_dci_gouraud_polytriangle)),
-    // The textured members read alpha from texels and colours, whether alpha blending is asked for or not.
+    // The textured members of 32-bit pixels read alpha from texels and colours, whether alpha blending is asked for or not.
     row(&T::draw_2d_textured_polytriangle, {{{}, {}, {}, own(draw_2d_textured_polytriangle<D8>), own(draw_2d_textured_polytriangle<D32>), own(draw_2d_textured_polytriangle<D32A>)}}),
     row(&T::draw_dc_textured_polytriangle, {{{}, {}, {}, own(draw_dc_textured_polytriangle<D8>), own(draw_dc_textured_polytriangle<D32>), own(draw_dc_textured_polytriangle<D32A>)}}),
     row(&T::draw_2di_textured_polytriangle, {{{}, {}, {}, own(draw_2di_textured_polytriangle<D8>), own(draw_2di_textured_polytriangle<D32>), own(draw_2di_textured_polytriangle<D32A>)}}),
@@ -111,6 +111,14 @@ auto slot_table() { return std::tuple{
     every_case(&T::draw_3d_polytriangle, own(draw_3d_polytriangle)),
 }; }
 #undef KRB_OWN
+
+// Without alpha blending, 8-bit textures store what is not transparent.
+auto opaque_texture_table() { return std::tuple{
+    row(&T::draw_2d_textured_polytriangle, {{{}, {}, {}, own(draw_2d_textured_polytriangle<D8, Pixel_Rule::store>), {}, {}}}),
+    row(&T::draw_dc_textured_polytriangle, {{{}, {}, {}, own(draw_dc_textured_polytriangle<D8, Pixel_Rule::store>), {}, {}}}),
+    row(&T::draw_2di_textured_polytriangle, {{{}, {}, {}, own(draw_2di_textured_polytriangle<D8, Pixel_Rule::store>), {}, {}}}),
+    row(&T::draw_dci_textured_polytriangle, {{{}, {}, {}, own(draw_dci_textured_polytriangle<D8, Pixel_Rule::store>), {}, {}}}),
+}; }
 
 // With tiling the renderer cuts 3D strips and polylines to the tile itself.
 auto tiling_table() { return std::tuple{
@@ -156,7 +164,11 @@ bool is_on(const VT_Option* option) {
 void install_actions(Software_Z_Buffer& renderer) {
     const VT_Renderer_Options& options = renderer.current_options;
     const Case c = case_of(options.buffer_depth() >= 1, options.color_system() == 1, options.alpha_blending());
+    renderer.installed_case = c;
     install_all(renderer, slot_table(), c);
+    if (!options.alpha_blending()) {
+        install_all(renderer, opaque_texture_table(), c);
+    }
     if (is_on(renderer.current[Handle::enable_tiling])) {
         install_all(renderer, tiling_table(), c);
     }

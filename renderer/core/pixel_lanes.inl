@@ -66,6 +66,10 @@ struct Dithered_Color {
                       color.blue.cell;
         return color;
     }
+    static Dithered_Color of_pixels(const Pixel_Target& target, Int pixels) {
+        const Int byte = splat(0xFF);
+        return of(target, shift_right<16>(pixels) & byte, shift_right<8>(pixels) & byte, pixels & byte);
+    }
     // Correct in the low eight bits, which are all that is stored.
     Int indices(const Dither& dither, Int thresholds) const {
         return index + red.step_up(thresholds, dither.red_stride) + green.step_up(thresholds, dither.green_stride) +

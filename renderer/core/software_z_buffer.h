@@ -54,10 +54,13 @@ public:
     // True when pixels of this drawing mode combine by merge control.
     bool merges(std::int32_t drawing_mode) const noexcept { return force_merge_control || drawing_mode == merge_drawing_mode; }
 
-    // Slots that the options of the day do not name keep their members. Such a member may find no depth buffer, or none that asks
-    // for it, and then draws without; a 32-bit member may find 8-bit pixels, which it must not touch.
+    // Slots that the current options do not name keep their members. Such a member may find no depth buffer, or none that asks
+    // for it, and then draws without; it may find pixels of the other format, which it must not touch. (An odd colour system may
+    // leave 8-bit members a 32-bit buffer, whose bytes they all take for their pixels.)
     bool draws_with_depth(const VT_Rendition& rendition) const noexcept { return rendition.clip.depth_test && depth_buffer; }
-    bool holds_pixels_of(Case c) const noexcept { return is_index8(c) || color_buffer->format == Buffer_Format::rgb32; }
+    bool holds_pixels_of(Case c) const noexcept {
+        return is_index8(c) ? is_index8(installed_case) : color_buffer->format == Buffer_Format::rgb32;
+    }
 
     // The window in device coordinates, as far as these can hold it.
     VT_Int_Rectangle window_rectangle() const noexcept;
@@ -100,6 +103,7 @@ public:
     bool keeps_to_hard_clip = false; // device strips keep to the hard clip, else only to the window; see Tile
     VT_Int_Pair tile_origin{};       // what device coordinates count from; only a Tile moves it
     std::int32_t face_override = 0;  // a face pattern that polygons take instead of their own; 0 = none
+    Case installed_case = Case::index8;
     const Kernel_Set* kernels;
     // What all of a member's calls hand to kernels; made by establish once there are buffers.
     Pixel_Target target{};

@@ -261,19 +261,13 @@ private:
             if constexpr (Rules::pixel == Pixel_Rule::blend) {
                 const Int stored = gather(target.palette, load_indices(at, lanes));
                 const Int pixels = Blend::combine(target, source.pixel_lanes(), source.alpha_lanes(), stored);
-                store_indices(at, indices_of(pixels, thresholds), lanes);
+                store_indices(at, Dithered_Color::of_pixels(target, pixels).indices(*target.dither, thresholds), lanes);
             } else if constexpr (Rules::pixel == Pixel_Rule::merge) {
                 merge_indices(at, source.index_lanes(target, thresholds), lanes & first_lanes(lane_count));
             } else {
                 store_indices(at, source.index_lanes(target, thresholds), lanes);
             }
         }
-    }
-
-    Int indices_of(Int pixels, Int thresholds) const {
-        const Int byte = splat(0xFF);
-        return Dithered_Color::of(target, shift_right<16>(pixels) & byte, shift_right<8>(pixels) & byte, pixels & byte)
-            .indices(*target.dither, thresholds);
     }
 
     // Index by index: the outcome is a search in the palette.

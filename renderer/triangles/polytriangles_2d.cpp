@@ -5,10 +5,10 @@
 #include <algorithm>
 
 #include "renderer/host/clip.h"
+#include "renderer/host/triangle_clipper.h"
 #include "renderer/triangles/polytriangles.h"
 #include "renderer/triangles/strip_walk.h"
 #include "renderer/triangles/texture_coordinates.h"
-#include "renderer/triangles/triangle_clipper.h"
 #include "renderer/triangles/triangle_target.h"
 
 namespace krb {
@@ -50,8 +50,9 @@ void prepare_pieces(Triangle_Target& target) noexcept {
 
 // Fills what the rectangle leaves of a triangle in one colour.
 void fill_flat_piece(const Triangle_Call& call, const VT_Int_Rectangle& rectangle, const VT_DCI_Point* points, VT_RGB32 color) {
-    const Clip_Vertex triangle[3] = {{points[0], color, 0, 0}, {points[1], color, 0, 0}, {points[2], color, 0, 0}};
-    Clipped_Polygon polygon;
+    const vorna::Clip_Vertex<VT_DCI_Point> triangle[3] = {
+        {points[0], color, 0, 0}, {points[1], color, 0, 0}, {points[2], color, 0, 0}};
+    vorna::Clipped_Polygon polygon;
     if (clip_triangle_to_rectangle(rectangle, triangle, polygon) >= 3) {
         call.draw({polygon.count, polygon.points, &color, true, nullptr, nullptr});
     }
@@ -140,18 +141,18 @@ void draw_2di_gouraud_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
             draw_dci_gouraud_polytriangle<c>(data, rendition, length, points + first, colors + first);
         },
         [&](std::int32_t k) {
-            Clip_Vertex triangle[3];
+            vorna::Clip_Vertex<VT_DCI_Point> triangle[3];
             for (std::int32_t i = 0; i < 3; ++i) {
                 triangle[i] = {points[k + i], colors[k + i], 0, 0};
             }
-            Clipped_Polygon polygon;
+            vorna::Clipped_Polygon polygon;
             if (clip_triangle_to_rectangle(rectangle, triangle, polygon) >= 3) {
                 pieces.draw({polygon.count, polygon.points, polygon.colors, false, near_flat, nullptr});
             }
         });
 }
 
-template <Case c>
+template <Case c, Pixel_Rule texels>
 void draw_2di_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
                                     const VT_DCI_Point* points, const VT_RGB32* colors, const VT_Parameter* parameters,
                                     std::int32_t parameter_width, const float* weights, const VT_Vector* normals) {
@@ -166,30 +167,30 @@ void draw_2di_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& 
         return;
     }
     if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
-        draw_2di_textured_polytriangle<without_depth(c)>(data, rendition, count, points, colors, parameters, parameter_width,
-                                                         weights, normals);
+        draw_2di_textured_polytriangle<without_depth(c), texels>(data, rendition, count, points, colors, parameters,
+                                                                 parameter_width, weights, normals);
         return;
     }
     const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
     Texture_Parameters pairs = texture_parameters(rendition.face, count, parameters, parameter_width);
-    Triangle_Call pieces(c, renderer, rendition, Shading::textured, Pixel_Rule::blend);
+    Triangle_Call pieces(c, renderer, rendition, Shading::textured, texels);
     prepare_pieces(pieces.target);
     set_texture(pieces.target, *texture);
     draw_in_rectangle(
         rendition, rectangle, count, points,
         [&](std::int32_t first, std::int32_t length) {
-            draw_dci_textured_polytriangle<c>(data, rendition, length, points + first, colors + first,
-                                              parameters + std::int64_t{first} * parameter_width, parameter_width, weights,
-                                              normals);
+            draw_dci_textured_polytriangle<c, texels>(data, rendition, length, points + first, colors + first,
+                                                      parameters + std::int64_t{first} * parameter_width, parameter_width,
+                                                      weights ? weights + first : nullptr, normals ? normals + first : nullptr);
         },
         [&](std::int32_t k) {
-            Clip_Vertex triangle[3];
+            vorna::Clip_Vertex<VT_DCI_Point> triangle[3];
             for (std::int32_t i = 0; i < 3; ++i) {
                 triangle[i] = {points[k + i], colors[k + i], pairs[2 * (k + i)], pairs[2 * (k + i) + 1]};
             }
-            Clipped_Polygon polygon;
+            vorna::Clipped_Polygon polygon;
             if (clip_triangle_to_rectangle(rectangle, triangle, polygon) >= 3) {
-                Texel_Coordinates coordinates[Clipped_Polygon::most_vertices];
+                Texel_Coordinates coordinates[vorna::Clipped_Polygon::most_vertices];
                 for (std::int32_t i = 0; i < polygon.count; ++i) {
                     coordinates[i] = texel_coordinates(*texture, polygon.u[i], polygon.v[i]);
                 }
@@ -227,7 +228,7 @@ void draw_2d_gouraud_polytriangle(VT_Renderer_Data& data, const VT_Rendition& re
     }
 }
 
-template <Case c>
+template <Case c, Pixel_Rule texels>
 void draw_2d_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
                                    const VT_Point* points, const VT_RGB32* colors, const VT_Parameter* parameters,
                                    std::int32_t parameter_width, const float* weights, const VT_Vector* normals) {
@@ -235,8 +236,8 @@ void draw_2d_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
         VD_Standard_Draw_2D_Textured_Polytriangle(data, rendition, count, points, colors, parameters, parameter_width, weights,
                                                   normals);
     } else if (renderer_of(data).color_buffer && count >= 2) {
-        draw_2di_textured_polytriangle<c>(data, rendition, count, rounded_points(count, points).data(), colors, parameters,
-                                          parameter_width, weights, normals);
+        draw_2di_textured_polytriangle<c, texels>(data, rendition, count, rounded_points(count, points).data(), colors,
+                                                  parameters, parameter_width, weights, normals);
     }
 }
 
@@ -244,12 +245,14 @@ void draw_2d_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
     template VT_Draw_Points<VT_DCI_Point> draw_2di_polytriangle<c>;                                                              \
     template VT_Draw_Colorized<VT_DCI_Point> draw_2di_colorized_polytriangle<c>;                                                 \
     template VT_Draw_Gouraud<VT_DCI_Point> draw_2di_gouraud_polytriangle<c>;                                                     \
-    template VT_Draw_Textured<VT_DCI_Point> draw_2di_textured_polytriangle<c>;                                                   \
+    template VT_Draw_Textured<VT_DCI_Point> draw_2di_textured_polytriangle<c, Pixel_Rule::blend>;                                \
     template VT_Draw_Points<VT_Point> draw_2d_polytriangle<c>;                                                                   \
     template VT_Draw_Colorized<VT_Point> draw_2d_colorized_polytriangle<c>;                                                      \
     template VT_Draw_Gouraud<VT_Point> draw_2d_gouraud_polytriangle<c>;                                                          \
-    template VT_Draw_Textured<VT_Point> draw_2d_textured_polytriangle<c>;
+    template VT_Draw_Textured<VT_Point> draw_2d_textured_polytriangle<c, Pixel_Rule::blend>;
 KRB_FOR_EACH_CASE
 #undef KRB_FOR_CASE
+template VT_Draw_Textured<VT_DCI_Point> draw_2di_textured_polytriangle<Case::depth_index8, Pixel_Rule::store>;
+template VT_Draw_Textured<VT_Point> draw_2d_textured_polytriangle<Case::depth_index8, Pixel_Rule::store>;
 
 } // namespace krb

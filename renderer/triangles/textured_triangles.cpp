@@ -50,12 +50,13 @@ void set_texture(Triangle_Target& target, const VT_Shared_Image& texture) noexce
 
 namespace {
 
-template <Case c>
+template <Case c, Pixel_Rule texels>
 void draw_textured_strip(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
                          const VT_RGB32* colors, const VT_Parameter* parameters, std::int32_t parameter_width,
                          const VT_Shared_Image& texture) {
     if (has_depth(c) && !renderer_of(data).draws_with_depth(rendition)) {
-        draw_textured_strip<without_depth(c)>(data, rendition, count, points, colors, parameters, parameter_width, texture);
+        draw_textured_strip<without_depth(c), texels>(data, rendition, count, points, colors, parameters, parameter_width,
+                                                      texture);
         return;
     }
     Texture_Parameters pairs = texture_parameters(rendition.face, count, parameters, parameter_width);
@@ -63,14 +64,14 @@ void draw_textured_strip(VT_Renderer_Data& data, const VT_Rendition& rendition, 
     for (std::int32_t i = 0; i < count; ++i) {
         coordinates[i] = texel_coordinates(texture, pairs[2 * i], pairs[2 * i + 1]);
     }
-    Triangle_Call call(c, renderer_of(data), rendition, Shading::textured, Pixel_Rule::blend);
+    Triangle_Call call(c, renderer_of(data), rendition, Shading::textured, texels);
     set_texture(call.target, texture);
     call.draw_any({count, points, colors, false, nullptr, coordinates.data()});
 }
 
 } // namespace
 
-template <Case c>
+template <Case c, Pixel_Rule texels>
 void draw_dci_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
                                     const VT_DCI_Point* points, const VT_RGB32* colors, const VT_Parameter* parameters,
                                     std::int32_t parameter_width, const float* weights, const VT_Vector* normals) {
@@ -84,10 +85,10 @@ void draw_dci_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& 
                                                    normals);
         return;
     }
-    draw_textured_strip<c>(data, rendition, count, points, colors, parameters, parameter_width, *texture);
+    draw_textured_strip<c, texels>(data, rendition, count, points, colors, parameters, parameter_width, *texture);
 }
 
-template <Case c>
+template <Case c, Pixel_Rule texels>
 void draw_dc_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
                                    const VT_Point* points, const VT_RGB32* colors, const VT_Parameter* parameters,
                                    std::int32_t parameter_width, const float* weights, const VT_Vector* normals) {
@@ -101,14 +102,17 @@ void draw_dc_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
                                                   normals);
         return;
     }
-    draw_textured_strip<c>(data, rendition, count, rounded_points(count, points).data(), colors, parameters, parameter_width,
-                           *texture);
+    draw_textured_strip<c, texels>(data, rendition, count, rounded_points(count, points).data(), colors, parameters,
+                                   parameter_width, *texture);
 }
 
 #define KRB_FOR_CASE(c)                                                                                                          \
-    template VT_Draw_Textured<VT_DCI_Point> draw_dci_textured_polytriangle<c>;                                                   \
-    template VT_Draw_Textured<VT_Point> draw_dc_textured_polytriangle<c>;
+    template VT_Draw_Textured<VT_DCI_Point> draw_dci_textured_polytriangle<c, Pixel_Rule::blend>;                                \
+    template VT_Draw_Textured<VT_Point> draw_dc_textured_polytriangle<c, Pixel_Rule::blend>;
 KRB_FOR_EACH_CASE
 #undef KRB_FOR_CASE
+template VT_Draw_Textured<VT_DCI_Point> draw_dci_textured_polytriangle<Case::index8, Pixel_Rule::store>;
+template VT_Draw_Textured<VT_DCI_Point> draw_dci_textured_polytriangle<Case::depth_index8, Pixel_Rule::store>;
+template VT_Draw_Textured<VT_Point> draw_dc_textured_polytriangle<Case::depth_index8, Pixel_Rule::store>;
 
 } // namespace krb

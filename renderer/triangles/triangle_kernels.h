@@ -19,13 +19,13 @@ struct Triangle_Configuration {
     Pixel_Rule pixel;
     Clip_Rule clip;
 
-    // Combinations that exist. Merging belongs to flat triangles without depth, textures always blend, palette indices blend
-    // nowhere else and know one depth rule only.
+    // Combinations that exist. Merging belongs to flat triangles without depth. Textures blend, or as palette indices store what
+    // is not transparent; palette indices blend nowhere else and know one depth rule only.
     constexpr bool valid() const noexcept {
         if (pixel == Pixel_Rule::merge && (shading != Shading::flat || depth != Depth_Rule::none)) {
             return false;
         }
-        if (shading == Shading::textured && pixel != Pixel_Rule::blend) {
+        if (shading == Shading::textured && pixel == Pixel_Rule::store && format == Pixel_Format::rgb32) {
             return false;
         }
         return format == Pixel_Format::rgb32 ||

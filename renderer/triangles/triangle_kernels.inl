@@ -20,8 +20,8 @@ constexpr bool is_flat(Triangle_Configuration c) {
     return c.shading == Shading::flat;
 }
 
-// Texels times a colour that moves along the span. Colours are held twice as large as their 16 bits, so that the half unit of a
-// two-pixel span's mean is not lost before the product.
+// Texels times a colour that moves along the span. Colour channels are held twice as large as their 16 bits, so that the half
+// unit of a two-pixel span's mean is not lost before the product. Alpha is not: its mean is rounded down first.
 struct Texture_Source {
     static constexpr bool moves = true;
     Gouraud_Source color;
@@ -34,7 +34,9 @@ struct Texture_Source {
                    Attributes<8> doubled_step)
         : color(doubled_start, doubled_step), s(Ramp::from(spread<2>(start), spread<2>(step))),
           t(Ramp::from(spread<3>(start), spread<3>(step))), texels(target.texels), width_mask(target.texture_width_mask),
-          height_mask(target.texture_height_mask), pixels(splat(0)), alphas(splat(0)) {}
+          height_mask(target.texture_height_mask), pixels(splat(0)), alphas(splat(0)) {
+        color.alpha = Ramp::from(spread<7>(start), spread<7>(step));
+    }
 
     // Pixels off the texture are not drawn; it does not repeat. The first texel row is the top one.
     template <class Lanes> Active prepare(Lanes lanes) {
@@ -44,17 +46,19 @@ struct Texture_Source {
         const Int stored_row = splat(height_mask) - (row & splat(height_mask));
         const Int texel = gather(texels, stored_row * splat(width_mask + 1) + (column & splat(width_mask)));
         // Steps that were rounded down can lead a little below 0 at the end of a span.
-        const auto modulated = [](Int byte, const Ramp& by) {
-            return shift_right<17>(byte * where(less_or_equal(splat(0), by.value), by.value));
-        };
+        const auto product = [](Int byte, const Ramp& by) { return byte * where(less_or_equal(splat(0), by.value), by.value); };
+        const auto modulated = [product](Int byte, const Ramp& by) { return shift_right<17>(product(byte, by)); };
         pixels = modulated(texel & splat(0xFF), color.blue) |
                  shift_left<8>(modulated(shift_right<8>(texel) & splat(0xFF), color.green)) |
                  shift_left<16>(modulated(shift_right<16>(texel) & splat(0xFF), color.red));
-        alphas = modulated(shift_right<24>(texel), color.alpha);
+        alphas = shift_right<16>(product(shift_right<24>(texel), color.alpha));
         return lanes & equal(outside, splat(0));
     }
     Int pixel_lanes() const { return pixels; }
     Int alpha_lanes() const { return alphas; }
+    Int index_lanes(const Pixel_Target& target, Int thresholds) const {
+        return Dithered_Color::of_pixels(target, pixels).indices(*target.dither, thresholds);
+    }
     void skip(std::int32_t count) {
         color.skip(count);
         s.skip(count);
@@ -98,7 +102,8 @@ template <Triangle_Configuration c> struct Triangle_Rules {
     static constexpr Pixel_Rule pixel = c.pixel;
     static constexpr Clip_Rule clip = c.clip;
     static constexpr bool fetches_ahead = true;
-    static constexpr bool hides_transparent = !is_flat(c) && c.pixel == Pixel_Rule::blend;
+    static constexpr bool hides_transparent =
+        c.shading == Shading::textured || (c.shading == Shading::gouraud && c.pixel == Pixel_Rule::blend);
 
     static std::int32_t row_to_come(const Triangle_Target& target, std::int32_t row) {
         constexpr std::int32_t rows_ahead = 2;

@@ -160,12 +160,17 @@ private:
     VT_Reference<VT_Shared_Image> stored_;
 };
 
+// Renderers store palette indices of textures as they are unless alpha blending is asked for.
+bool blends_textures(const VT_Renderer_Options& options) noexcept {
+    return options.color_system() == 1 || options.alpha_blending();
+}
+
 class Painter {
 public:
     Painter(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Shared_Image* texture)
         : visible_(visible_rectangle(renderer, rendition)), origin_(window_origin(renderer.current_renderer_options())),
           face_(rendition.face), texture_(texture), pattern_(face_.pattern, face_.bitmap.get()),
-          output_(renderer, rendition, texture != nullptr) {}
+          output_(renderer, rendition, texture && blends_textures(renderer.current_renderer_options())) {}
 
     bool can_draw() const noexcept { return !is_empty(visible_); }
 
@@ -214,7 +219,7 @@ private:
         along.advance(first - column);
         pixels_.clear();
         for (std::int64_t i = first; i < end; ++i, along.advance(1)) {
-            // The means of a span of two pixels keep their half unit up to the product with the texel.
+            // The colours' means in a span of two pixels keep their half unit up to the product with the texel.
             const bool is_mean = count == 2 && i == column + 1;
             pixels_.push_back({pixel_at(static_cast<std::int32_t>(i) - origin_.x, row - origin_.y, along.value,
                                         is_mean ? &left : nullptr, is_mean ? &right : nullptr),
@@ -244,7 +249,9 @@ private:
         }
         const std::uint8_t* texel =
             texture_->row(texture_->height() - 1 - static_cast<std::int32_t>(texel_row)) + 4 * texel_column;
-        return {modulated(texel[0], blue), modulated(texel[1], green), modulated(texel[2], red), modulated(texel[3], alpha)};
+        // The mean of alpha is rounded down first.
+        const auto shown = static_cast<std::uint8_t>(texel[3] * std::max<std::int64_t>(values[alpha], 0) >> 16);
+        return {modulated(texel[0], blue), modulated(texel[1], green), modulated(texel[2], red), shown};
     }
 
     bool is_cell(std::int32_t column, std::int32_t row) const noexcept {
