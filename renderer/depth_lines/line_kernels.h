@@ -81,10 +81,16 @@ struct Line_Ramp {
     std::int32_t value, step;
 };
 
+// The cell of the colour cube that a colour lies in, and the least threshold at which each channel steps up to the next cell.
+struct Dithered_Paint {
+    std::int32_t index, red, green, blue;
+};
+
 // What the pixels of a segment are drawn with.
 struct Line_Paint {
-    VT_RGB32 color;     // of a flat segment
-    std::uint8_t index; // for Line_Shading::index
+    VT_RGB32 color;          // of a flat segment
+    Dithered_Paint dithered; // the same colour on its way to a palette index; of 8-bit flat segments with ordered dithering
+    std::uint8_t index;      // for Line_Shading::index
     // Depth in 17.15. Of a Gouraud segment the channels in 16.16, scaled by the colour cube's multipliers for additive dithering.
     Line_Ramp depth, blue, green, red, alpha;
 };

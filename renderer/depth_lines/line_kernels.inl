@@ -275,6 +275,9 @@ template <Line_Configuration c> void draw_last_point(const Line_Target& target, 
     if constexpr (c.shading == Line_Shading::gouraud && c.pixel == Pixel_Rule::store) {
         paint.color.alpha = 255;
     }
+    if constexpr (c.shading == Line_Shading::gouraud) {
+        single::prepare_dither<pixel_only>(target, paint);
+    }
     single::Line_Pen<pixel_only>(target, paint).draw_single(row, column);
 }
 
@@ -293,6 +296,9 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
         ends_inside = is_in_window(target, ends.x1, ends.y1);
         if constexpr (c.shading != Line_Shading::index) {
             paint.color = *color;
+            if (i == 0 || !polyline.single_color) {
+                single::prepare_dither<c>(target, paint);
+            }
             const VT_RGB32* const first_color = color;
             color += shaded || (!polyline.single_color && i + 1 < segments) ? 1 : 0;
             if (shaded && target.draw_near_flat && is_near_flat(first_color[0], first_color[1])) {

@@ -27,6 +27,18 @@ template <Pixel_Format format> struct Flat_Line_Source : Flat_Source<format> {
     Flat_Line_Source(const Line_Target& target, const Line_Paint& paint) : Flat_Source<format>(target, paint.color) {}
 };
 
+// Made of what prepare_dither has found.
+template <> struct Flat_Line_Source<Pixel_Format::index8> : Index_Source {
+    Dithered_Color dithered;
+
+    Flat_Line_Source(const Line_Target& target, const Line_Paint& paint)
+        : Index_Source(target, paint), dithered{{splat(0), splat(paint.dithered.red)},
+                                                {splat(0), splat(paint.dithered.green)},
+                                                {splat(0), splat(paint.dithered.blue)},
+                                                splat(paint.dithered.index)} {}
+    Int index_lanes(const Line_Target& target, Int thresholds) const { return dithered.indices(*target.dither, thresholds); }
+};
+
 struct Gouraud_Line_Source : Gouraud_Source {
     Gouraud_Line_Source(const Line_Target&, const Line_Paint& paint)
         : Gouraud_Source(ramp_of(paint.blue), ramp_of(paint.green), ramp_of(paint.red), ramp_of(paint.alpha)) {}
@@ -81,6 +93,17 @@ struct Additive_Gouraud_Source {
         red.advance_group(lanes);
     }
 };
+
+// Once for all segments of one colour.
+template <Line_Configuration c> void prepare_dither(const Line_Target& target, Line_Paint& paint) {
+    if constexpr (c.format == Pixel_Format::index8 && c.shading == Line_Shading::flat && c.dither == Line_Dither::ordered) {
+        const Dithered_Color color =
+            Dithered_Color::of(target, splat(paint.color.red), splat(paint.color.green), splat(paint.color.blue));
+        const auto whole = [](Int value) { return static_cast<std::int32_t>(lane_of(value, 0)); };
+        paint.dithered = {whole(color.index), whole(color.red.complement), whole(color.green.complement),
+                          whole(color.blue.complement)};
+    }
+}
 
 template <Line_Shading shading, Pixel_Format format, Line_Dither dither> struct Line_Source;
 template <Line_Dither dither> struct Line_Source<Line_Shading::index, Pixel_Format::index8, dither> {

@@ -26,7 +26,8 @@ struct Place {
     }
 };
 
-// Patterns that repeat within less than this many pixels leave no gap that a pixel could show, and would never end on long lines.
+// Patterns that repeat within this many pixels or less are not walked: they would hardly end on long lines. Such a pattern of
+// gaps only draws nothing; beside dashes or dots no pixel could show a gap, so that the line goes on as its trailing part does.
 constexpr double shortest_pattern = 1.0 / 1024;
 
 // A segment of more repetitions than this is walked near the window only; one that has as many even there is not walked at all.
@@ -147,7 +148,12 @@ public:
     Walker(const VT_Line_Type& type, double total) noexcept
         : type_(type), total_(total), element_count_(std::min(type.lengths.size(), type.kinds.size())),
           repetition_(length_before(element_count_)) {
-        element_count_ = repetition_ > shortest_pattern ? element_count_ : 0;
+        if (!(repetition_ > shortest_pattern)) {
+            const auto is_gap = [](double kind) { return kind < 0; };
+            is_blank_ = element_count_ > 0 &&
+                        std::all_of(type_.kinds.begin(), type_.kinds.begin() + std::ptrdiff_t(element_count_), is_gap);
+            element_count_ = 0;
+        }
     }
 
     void walk(const VT_DCI_Point& from, const VT_DCI_Point& to, Pieces& pieces) {
@@ -171,6 +177,9 @@ public:
         double repeated = std::min(segment.length - leading, total_ - covered_ - type_.trailing[0]);
         if (repeated > threshold && element_count_ > 0) {
             at = repeat(at, unit, repeated, pieces);
+        } else if (repeated > threshold && is_blank_) {
+            at = at.moved(unit, repeated);
+            covered_ += repeated;
         } else {
             repeated = 0;
         }
@@ -260,6 +269,7 @@ private:
     double covered_ = 0;
     std::size_t element_count_;
     double repetition_;       // length of all elements
+    bool is_blank_ = false;   // gaps that are too short to be walked one by one
     std::size_t element_ = 0; // the phase: the element under way
     double consumed_ = 0;     // and how much of it is used up
 };

@@ -131,8 +131,9 @@ void draw_dci_gouraud_polyline(VT_Renderer_Data& data, const VT_Rendition& rendi
     rules.masked = is_masked(renderer, rendition);
     Line_Call call(c, renderer, rules);
     const Near_Flat_Call near_flat{data, rendition};
-    // The 32-bit members with depth deliberately have no short cut.
-    if (!has_depth(c) || is_index8(c)) {
+    // The 32-bit members with depth deliberately have no short cut. Neither has the masked 8-bit member without depth: the
+    // colorized member that would draw for it knows no mask.
+    if (is_index8(c) ? has_depth(c) || !rules.masked : !has_depth(c)) {
         call.target.draw_near_flat = draw_near_flat<c>;
         call.target.call = &near_flat;
     }

@@ -8,9 +8,11 @@
 namespace krb {
 
 struct Smoothed_Target : Pixel_Target {
-    // The part of the clip rectangle that lies in the window, in columns and rows, all inclusive. Pixels beside a line are drawn
-    // inside it only; with left beyond right or bottom beyond top none are.
+    // The part of the clip rectangle that lies in the window, in columns and rows, all inclusive. Pixels beside a sloped segment
+    // are drawn inside it only; with left beyond right or bottom beyond top none are.
     VT_Int_Rectangle visible;
+    // The clip rectangle itself, whose far parts may be cut. Axis-aligned segments have pixels beside them strictly inside it.
+    VT_Int_Rectangle clip;
 };
 
 // Every segment without its last pixel, then the last point.

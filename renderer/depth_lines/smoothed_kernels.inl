@@ -147,6 +147,11 @@ inline bool is_visible(const Smoothed_Target& target, VT_Int_Pair place) {
     return visible.left <= place.x && place.x <= visible.right && visible.bottom <= place.y && place.y <= visible.top;
 }
 
+inline bool is_in_window(const Pixel_Target& target, VT_Int_Pair place) {
+    return static_cast<std::uint32_t>(place.x) < static_cast<std::uint32_t>(target.width) &&
+           static_cast<std::uint32_t>(place.y) < static_cast<std::uint32_t>(target.height);
+}
+
 inline void blend_pixel(const Pixel_Target& target, VT_Int_Pair place, std::uint16_t weight, const Ink& ink) {
     std::uint8_t* pixel = pixel_at(target, place);
     store_pixels(pixel, blended(load_pixels<1>(pixel), same_weights(weight), ink));
@@ -237,29 +242,40 @@ inline void draw_on_line(const Smoothed_Target& target, VT_Int_Pair place, const
     }
 }
 
-// What is drawn in each row of a column. The pixels beside it are left out where it touches the clip rectangle's edge.
+// What is drawn in each row of a column in the window or beside it. The pixels beside a segment are left out where it touches the
+// clip rectangle's edge.
 template <Pixel_Rule rule, class Clip> class Upright {
 public:
     // A stored colour that is blended at its full weight is what it should be, but for its fourth byte.
     Upright(const Smoothed_Target& target, std::int32_t column, const Segment& segment)
         : target_(target), segment_(segment), column_(column),
-          draws_beside_(target.visible.left < column && column < target.visible.right),
-          draws_alone_(!draws_beside_ || (rule == Pixel_Rule::store && segment.color >> 24 != 255)) {}
+          has_neighbours_(target.clip.left < column && column < target.clip.right),
+          draws_across_(has_neighbours_ && 0 < column && column < target.width - 1),
+          draws_alone_((rule == Pixel_Rule::store && segment.color >> 24 != 255) || !draws_across_) {}
 
     KRB_ALWAYS_INLINE void draw(std::int32_t row) const {
-        if (draws_beside_) {
+        if (draws_across_) {
             draw_across<In_Row, Clip, Reach::inside>(target_, row, column_, weights_on_pixel, segment_.ink);
+        } else if (has_neighbours_) {
+            draw_beside({column_ - 1, row}, weights_on_pixel.weight[0]);
+            draw_beside({column_ + 1, row}, weights_on_pixel.weight[2]);
         }
-        if (draws_alone_) {
+        if (draws_alone_ && is_in_window(target_, {column_, row})) {
             draw_on_line<rule, Clip>(target_, {column_, row}, segment_);
         }
     }
 
 private:
+    void draw_beside(VT_Int_Pair place, std::uint16_t weight) const {
+        if (is_in_window(target_, place) && !Clip::clipped(target_, place)) {
+            blend_pixel(target_, place, weight, segment_.ink);
+        }
+    }
+
     const Smoothed_Target& target_;
     const Segment& segment_;
     const std::int32_t column_;
-    const bool draws_beside_, draws_alone_;
+    const bool has_neighbours_, draws_across_, draws_alone_;
 };
 
 // count rows from the lowest one on.
@@ -292,24 +308,32 @@ void blend_run(const Smoothed_Target& target, VT_Int_Pair first, std::int32_t co
     }
 }
 
+// A row in the window or beside it.
 template <Pixel_Rule rule, class Clip>
 void draw_row(const Smoothed_Target& target, VT_Int_Pair leftmost, std::int32_t count, const Segment& segment) {
-    if constexpr (rule == Pixel_Rule::store) {
-        for (std::int32_t i = 0; i < count; ++i) {
-            draw_on_line<rule, Clip>(target, {leftmost.x + i, leftmost.y}, segment);
+    const std::int32_t row = leftmost.y;
+    if (0 <= row && row < target.height) {
+        if constexpr (rule == Pixel_Rule::store) {
+            for (std::int32_t i = 0; i < count; ++i) {
+                draw_on_line<rule, Clip>(target, {leftmost.x + i, row}, segment);
+            }
+        } else {
+            blend_run<Clip>(target, leftmost, count, weights_on_pixel.weight[1], segment.ink);
         }
-    } else {
-        blend_run<Clip>(target, leftmost, count, weights_on_pixel.weight[1], segment.ink);
     }
-    if (target.visible.bottom < leftmost.y && leftmost.y < target.visible.top) {
-        blend_run<Clip>(target, {leftmost.x, leftmost.y - 1}, count, weights_on_pixel.weight[0], segment.ink);
-        blend_run<Clip>(target, {leftmost.x, leftmost.y + 1}, count, weights_on_pixel.weight[2], segment.ink);
+    if (target.clip.bottom < row && row < target.clip.top) {
+        if (0 < row) {
+            blend_run<Clip>(target, {leftmost.x, row - 1}, count, weights_on_pixel.weight[0], segment.ink);
+        }
+        if (row < target.height - 1) {
+            blend_run<Clip>(target, {leftmost.x, row + 1}, count, weights_on_pixel.weight[2], segment.ink);
+        }
     }
 }
 
-inline bool is_in_window(const Pixel_Target& target, VT_Int_Pair place) {
-    return static_cast<std::uint32_t>(place.x) < static_cast<std::uint32_t>(target.width) &&
-           static_cast<std::uint32_t>(place.y) < static_cast<std::uint32_t>(target.height);
+// Whether pixels beside a segment along this column or row reach the visible ones. Those on it need not be among them.
+inline bool touches(std::int32_t place, std::int32_t first, std::int32_t last, std::int32_t size) {
+    return (first <= place && place <= last) || (place == -1 && first == 0) || (place == size && last == size - 1);
 }
 
 // What is visible of a segment that leaves the window.
@@ -319,12 +343,12 @@ template <Pixel_Rule rule, class Clip> void draw_beyond(const Smoothed_Target& t
     const std::int32_t left = most(least(a.x, b.x), visible.left), right = least(most(a.x, b.x), visible.right);
     const std::int32_t bottom = most(least(a.y, b.y), visible.bottom), top = least(most(a.y, b.y), visible.top);
     if (a.x == b.x) {
-        if (left <= right) {
+        if (touches(a.x, visible.left, visible.right, target.width)) {
             const std::int32_t first = most(a.y < b.y ? a.y : b.y + 1, bottom), last = least(a.y < b.y ? b.y - 1 : a.y, top);
             draw_column<rule, Clip>(target, {a.x, first}, last - first + 1, segment);
         }
     } else if (a.y == b.y) {
-        if (bottom <= top) {
+        if (touches(a.y, visible.bottom, visible.top, target.height)) {
             const std::int32_t first = most(a.x < b.x ? a.x : b.x + 1, left), last = least(a.x < b.x ? b.x - 1 : a.x, right);
             draw_row<rule, Clip>(target, {first, a.y}, last - first + 1, segment);
         }
@@ -385,7 +409,7 @@ template <Pixel_Rule rule, Clip_Rule clip> void draw_polyline(const Smoothed_Tar
         }
     }
     // The last point as a column of one row.
-    if (ends_inside) {
+    if (0 <= segment.to.y && segment.to.y < target.height && -1 <= segment.to.x && segment.to.x <= target.width) {
         Upright<rule, Clip>(target, segment.to.x, segment).draw(segment.to.y);
     }
 }

@@ -98,7 +98,11 @@ bool set_visible_part(const VT_Int_Rectangle& rectangle, Cut_Segment& segment) n
     first = std::max(first, 0);
     last = std::min(last, std::abs(to.x - from.x) > rows ? rows : rows - 1);
     if (from.x < rectangle.left || from.x > rectangle.right) {
-        first = std::max(first, rows_to_column(segment, from.x < rectangle.left ? rectangle.left : rectangle.right));
+        const std::int32_t crossing = rows_to_column(segment, from.x < rectangle.left ? rectangle.left : rectangle.right);
+        // With more rows than columns, a crossing beyond the far side counts as the last row there. The kernels leave out a pixel
+        // of it that does not lie inside.
+        const std::int32_t far_row = dy > 0 ? rectangle.top - from.y : from.y - rectangle.bottom;
+        first = std::max(first, std::abs(to.x - from.x) < rows ? std::min(crossing, far_row) : crossing);
     }
     if (to.x < rectangle.left || to.x > rectangle.right) {
         last = std::min(last, rows_to_column(segment, to.x < rectangle.left ? rectangle.left : rectangle.right));

@@ -135,7 +135,9 @@ TEST(Line_types, Nothing_is_lost_or_kept_when_drawing_fails) {
 
 TEST(Line_Types, End_on_lines_of_any_length) {
     const std::vector<VT_DCI_Point> far{{INT32_MIN, 0, 0}, {INT32_MAX, 0, 0}};
-    EXPECT_EQ(pieces_along(type_of({{1e-8, gap}}), far), "-2147483648,0-2147483647,0") << "no pattern that a pixel could show";
+    EXPECT_EQ(pieces_along(type_of({{1e-8, gap}, {1e-8, dash}}), far), "-2147483648,0-2147483647,0")
+        << "no gap that a pixel could show";
+    EXPECT_EQ(pieces_along(type_of({{1e-8, gap}, {0, gap}}), far), "") << "nothing but gaps";
     // Near the window the dashes lie where they lie on the whole line.
     const VT_Int_Rectangle window{0, 9, 0, 9};
     const auto dashed = type_of({{2, dash}, {2, gap}});

@@ -177,8 +177,10 @@ Model::Handed_Over Model::draw_dci_polyline(const VT_Rendition& rendition, Line_
     const bool smoothed =
         !setup.has_indices() && !with_depth && !merging && !gouraud && (rendition.line.flags & line_flag::smoothed) != 0;
 
+    // The colorized member for indices without depth would draw through the region.
+    const bool has_short_cut = gouraud && (setup.has_indices() ? with_depth || !rules.region : !with_depth);
     for (const Stroke& stroke : strokes) {
-        if (gouraud && (setup.has_indices() || !with_depth) && is_nearly_flat(stroke)) {
+        if (has_short_cut && is_nearly_flat(stroke)) {
             draw_dci_polyline(rendition, Line_Kind::colorized, {{stroke.from, stroke.to, stroke.from_color, stroke.from_color}});
         } else if (smoothed) {
             draw_smoothed(rendition, stroke, rules);
@@ -315,6 +317,10 @@ void Model::draw_clipped(const VT_Rendition& rendition, Line_Kind kind, const St
     const bool by_column = way.columns >= way.rows;
     const Shade shade(stroke, by_column ? whole_way.columns : whole_way.rows);
     Number first = row_at_edge(way, from, clip), last = row_at_edge(way, to, clip);
+    if (way.rows > way.columns) {
+        // A start beyond the far side counts as the last row there.
+        first = way.is_falling() ? std::max<Number>(first, clip.bottom) : std::min<Number>(first, clip.top);
+    }
     if (way.is_falling()) {
         first = std::min<Number>(first, clip.top);
         last = std::max<Number>(last, clip.bottom);
