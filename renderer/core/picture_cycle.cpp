@@ -57,13 +57,13 @@ template <class Value> void fill_cells(const Frame_Buffer& buffer, std::int32_t 
 
 template <class Value> void draw_window(VT_Renderer_Data& data, const VT_Rendition& rendition, Value value) {
     const Software_Z_Buffer& renderer = renderer_of(data);
+    if (!renderer.color_buffer) {
+        return;
+    }
     const VT_Window_Attributes& window = rendition.window;
     if (window.fill != face_pattern::solid) {
         VD_Span_DC_Rectangle(data, rendition, window.rectangle.left, window.rectangle.right, window.rectangle.bottom,
                              window.rectangle.top);
-        return;
-    }
-    if (!renderer.color_buffer) {
         return;
     }
     Cells cells = cells_of(renderer, window.rectangle);

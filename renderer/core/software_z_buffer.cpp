@@ -93,11 +93,14 @@ Software_Z_Buffer::Software_Z_Buffer(const VT_Renderer_Data& prototype)
         !current[Handle::mask_cache]->as_object<Mask_Cache_Data>()) {
         current[Handle::mask_cache]->set_value(requested[Handle::mask_cache]->value());
     }
+    // For the length of construction only: memory that is too short for a cache is noticed here, before anything is drawn.
+    mask_cache = new Mask_Cache_Data;
     declared_options.set_buffer_depth(16);
     declared_options.set_backing_store(true);
     declared_options.set_supports_complex_clip(true);
     // Every slot is installed by establish.
     set_standard_actions(false);
+    mask_cache = nullptr;
     current_table.find("ZBuffer Write")->set(VT_Pointer(VT_Bool_Setter{set_z_write}));
     current_table.find("ZBuffer Test")->set(VT_Pointer(VT_Int_Setter{set_z_test}));
 }
@@ -154,10 +157,10 @@ void Software_Z_Buffer::establish_buffers() {
         palette_pixels[i] = palette().color(static_cast<std::uint8_t>(i));
     }
 
-    window_size = size;
     if (!can_be_drawn(window_origin.x, size.x) || !can_be_drawn(window_origin.y, size.y)) {
         color_buffer = nullptr;
         depth_buffer = nullptr;
+        window_size = size;
         return;
     }
     VT_Option& color_option = *current[Handle::color_buffer];
@@ -182,6 +185,7 @@ void Software_Z_Buffer::establish_buffers() {
         const Buffer_Format depth = Buffer_Format::depth16;
         buffer_creation.function(buffer_creation.context, size.x, size.y, &depth, depth_buffer);
     }
+    window_size = size;
 }
 
 void Software_Z_Buffer::establish_mask_cache() {

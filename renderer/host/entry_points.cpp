@@ -21,9 +21,8 @@ VT_Renderer_Data* VD_Renderer(const VT_Renderer_Data* const& prototype) {
     return new krb::Software_Z_Buffer(*prototype);
 }
 
-VT_Renderer_Data* VD_KRB_Renderer(const VT_Renderer_Data* const& prototype) {
-    return VD_Renderer(prototype);
-}
+// One function under two names. A call from one to the other could end in a VD_Renderer that the program itself exports.
+VT_Renderer_Data* VD_KRB_Renderer(const VT_Renderer_Data* const& prototype) __attribute__((alias("VD_Renderer")));
 
 void VD_Unload_KRB_Renderer(VT_Renderer_Data* renderer) {
     delete renderer;

@@ -165,6 +165,9 @@ TEST(Buffers, That_could_not_be_made_leave_nothing_to_draw_into) {
         VD_Draw_DCI_Polytriangle(*renderer, *rendition, 3, points);
         VD_Draw_DCI_Colorized_Polytriangle(*renderer, *rendition, 3, points, colors, true);
         VD_Draw_DCI_Gouraud_Polytriangle(*renderer, *rendition, 3, points, colors);
+        rendition->window.fill = 3;
+        renderer->standard_observer = {[](void*, const char* name) { ADD_FAILURE() << name; }, nullptr};
+        renderer->actions.draw_window.function(*renderer, *rendition);
     }
 }
 
