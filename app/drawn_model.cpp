@@ -39,6 +39,7 @@ Tile_Artist::Tile_Artist(const Module_Choice& module, const VT_Reference<const V
     session_.options().set_color_system(palette ? 0 : 1);
     if (palette) {
         session_.options().set_palette(palette);
+        session_.options().set_alpha_blending(true); // of textures: nothing else in 8 bits follows it
     }
     session_.options().set_buffer_depth(16);
 }
@@ -48,7 +49,7 @@ void Tile_Artist::move_to(const VT_Int_Rectangle& window, const VT_Int_Rectangle
     session_.set_window(window);
     session_.establish();
     window_ = window;
-    rendition_->clip.hard_clip = scene::common_part(window, frame);
+    rendition_->clip.hard_clip = frame;
     rendition_->window.rectangle = window;
 }
 

@@ -69,6 +69,11 @@ template <class Piece> void cut_in_pieces(const VT_DCI_Point& from, const VT_DCI
     piece(start, to);
 }
 
+// How far the pixels of a line lie beside its points.
+std::int32_t pixels_beside(const Edge_Settings& settings) {
+    return settings.width / 2 + (settings.smoothed ? 1 : 0);
+}
+
 bool lies_in(const VT_Int_Rectangle& rectangle, const VT_DCI_Point& p) {
     return rectangle.left <= p.x && p.x <= rectangle.right && rectangle.bottom <= p.y && p.y <= rectangle.top;
 }
@@ -135,7 +140,7 @@ public:
     Pen(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, bool is_whole,
         const Edge_Settings& settings, VT_RGB32 color)
         : renderer_(renderer), rendition_(new VT_Rendition(rendition)), window_(window), is_whole_(is_whole),
-          width_(settings.width) {
+          width_(settings.width), beside_(pixels_beside(settings)) {
         VT_Line_Attributes& line = rendition_->line;
         line = {};
         line.color = color;
@@ -181,7 +186,9 @@ private:
         Extent extent;
         extent.include(from);
         extent.include(to);
-        const VT_Int_Rectangle common = common_part(extent.box, window_);
+        const VT_Int_Rectangle box{extent.box.left - beside_, extent.box.right + beside_, extent.box.bottom - beside_,
+                                   extent.box.top + beside_};
+        const VT_Int_Rectangle common = common_part(box, window_);
         return common.left <= common.right && common.bottom <= common.top;
     }
 
@@ -323,6 +330,7 @@ private:
     const VT_Int_Rectangle window_;
     const bool is_whole_;
     const std::int32_t width_;
+    const std::int32_t beside_; // see pixels_beside
     std::optional<Depths> depths_;
     std::optional<Kept_Pixels> kept_;
     std::vector<VT_DCI_Point> points_;
@@ -410,7 +418,7 @@ void Edge_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const E
     if (settings.over_faces) {
         lift_points();
     }
-    bins_.start(grid);
+    bins_.start(grid, pixels_beside(settings));
     gather_runs();
     if (bins_.sorts()) {
         for (std::size_t r = 0; r < runs_.size(); ++r) {

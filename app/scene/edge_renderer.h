@@ -41,10 +41,10 @@ public:
     const std::vector<VT_Vector>& points() const noexcept { return edges_.points; }
     std::string summary() const;
 
-    // Margin that tiles of pictures with edges need. Clipped lines may lose pixels of the window's outermost columns; what is
-    // seen of smoothed edges over faces is found by looking at the whole of the short ones. Wide lines reach in from the side.
+    // Margin that tiles of pictures with edges need: which parts of smoothed edges over faces are visible is found by testing the
+    // depths along the whole of the short ones. Other lines look the same in every window.
     static std::int32_t tile_margin(const Edge_Settings& settings) noexcept {
-        return settings.over_faces && settings.smoothed ? 72 : (settings.width + 6) / 8 * 8 + 8;
+        return settings.over_faces && settings.smoothed ? 72 : 0;
     }
 
     // Does what a picture needs once: which edges are drawn, and where.

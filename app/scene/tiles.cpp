@@ -15,10 +15,11 @@ VT_Int_Rectangle Tile_Grid::pixels(std::size_t tile) const noexcept {
     return common_part(area, {drawn.left + margin, drawn.right - margin, drawn.bottom + margin, drawn.top - margin});
 }
 
-void Tile_Bins::start(const Tile_Grid& grid) {
+void Tile_Bins::start(const Tile_Grid& grid, std::int32_t beside) {
     area_ = grid.area;
     tile_size_ = grid.tile_size;
-    margin_ = grid.margin;
+    // A pixel more to each side for rounding.
+    reach_ = grid.margin + beside + 1;
     columns_ = grid.columns();
     rows_ = grid.rows();
     tile_count_ = grid.count();
@@ -31,15 +32,14 @@ void Tile_Bins::add(std::uint32_t item, const Extent& extent) {
     if (extent.is_empty()) {
         return;
     }
-    // A pixel more to each side for rounding. Tiles are rounded down, also of what lies left of the area or below it.
-    const std::int32_t reach = margin_ + 1;
+    // Tiles are rounded down, also of what lies left of the area or below it.
     const auto tile_of = [](std::int32_t place, std::int32_t size) {
         return place < 0 ? -((size - 1 - place) / size) : place / size;
     };
-    const std::int32_t first_column = std::max(tile_of(extent.box.left - reach - area_.left, tile_size_.x), 0),
-                       last_column = std::min(tile_of(extent.box.right + reach - area_.left, tile_size_.x), columns_ - 1),
-                       first_row = std::max(tile_of(extent.box.bottom - reach - area_.bottom, tile_size_.y), 0),
-                       last_row = std::min(tile_of(extent.box.top + reach - area_.bottom, tile_size_.y), rows_ - 1);
+    const std::int32_t first_column = std::max(tile_of(extent.box.left - reach_ - area_.left, tile_size_.x), 0),
+                       last_column = std::min(tile_of(extent.box.right + reach_ - area_.left, tile_size_.x), columns_ - 1),
+                       first_row = std::max(tile_of(extent.box.bottom - reach_ - area_.bottom, tile_size_.y), 0),
+                       last_row = std::min(tile_of(extent.box.top + reach_ - area_.bottom, tile_size_.y), rows_ - 1);
     for (std::int32_t row = first_row; row <= last_row; ++row) {
         for (std::int32_t column = first_column; column <= last_column; ++column) {
             added_.emplace_back(static_cast<std::uint32_t>(row * columns_ + column), item);

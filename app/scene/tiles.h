@@ -49,8 +49,8 @@ struct Extent {
 // Numbered things, sorted by the tiles whose windows they touch. In every tile they keep the order in which they were added.
 class Tile_Bins {
 public:
-    // Forgets what was there. A single tile needs no sorting: it has everything.
-    void start(const Tile_Grid& grid);
+    // Forgets what was there. A single tile needs no sorting: it has everything. beside: how far pixels may lie outside extents.
+    void start(const Tile_Grid& grid, std::int32_t beside = 0);
     bool sorts() const noexcept { return tile_count_ > 1; }
     void add(std::uint32_t item, const Extent& extent);
     void finish();
@@ -71,7 +71,7 @@ public:
 private:
     VT_Int_Rectangle area_;
     VT_Int_Pair tile_size_{1, 1};
-    std::int32_t margin_ = 0, columns_ = 0, rows_ = 0;
+    std::int32_t reach_ = 0, columns_ = 0, rows_ = 0;
     std::size_t tile_count_ = 0;
     std::vector<std::pair<std::uint32_t, std::uint32_t>> added_; // tile, item
     std::vector<std::size_t> starts_;                            // by tile, and the end of the last one

@@ -27,7 +27,6 @@ void draw(VT_Renderer_Data& renderer, Family family, const VT_Rendition& renditi
 
 TEST(Lines_Anywhere, windows_show_what_a_larger_window_shows_there) {
     constexpr VT_Int_Pair large{320, 240}, small{64, 48}, origin{128, 96}; // a multiple of 8 keeps the dither where it is
-    constexpr std::int32_t beside = 2;                                     // smoothed lines leave out pixels at a window's edge
     for (std::size_t c = 0; c < std::size(renderer_cases); ++c) {
         for (const Family family : {Family::flat, Family::colorized, Family::gouraud}) {
             for (const bool smoothed : {false, true}) {
@@ -45,15 +44,23 @@ TEST(Lines_Anywhere, windows_show_what_a_larger_window_shows_there) {
                     for (int count = random.number(2, 6); count > 0; --count) {
                         points.push_back({random.number(0, large.x - 1), random.number(0, large.y - 1), random.number(0, 65535)});
                         if (points.size() > 1 && random.chance(25)) {
-                            (random.chance(50) ? points.back().x : points.back().y) = random.chance(50) ? 150 : 120;
+                            // Level and upright segments, also along the window's sides and just beside them.
+                            const bool upright = random.chance(50);
+                            const std::int32_t low = upright ? origin.x : origin.y, size = upright ? small.x : small.y;
+                            const std::int32_t place = random.chance(50)
+                                                           ? low + size / 2
+                                                           : (random.chance(50) ? low : low + size - 1) + random.number(-1, 1);
+                            for (std::size_t i = points.size() - 2; i < points.size(); ++i) {
+                                (upright ? points[i].x : points[i].y) = place;
+                            }
                         }
                     }
                     const std::vector<VT_RGB32> colors = random_colors(random, points.size());
                     draw(*whole, family, *rendition, points, colors);
                     draw(*part, family, *rendition, points, colors);
                 }
-                for (std::int32_t row = beside; row < small.y - beside; ++row) {
-                    for (std::int32_t column = beside; column < small.x - beside; ++column) {
+                for (std::int32_t row = 0; row < small.y; ++row) {
+                    for (std::int32_t column = 0; column < small.x; ++column) {
                         const std::int32_t x = origin.x + column, y = origin.y + row;
                         ASSERT_EQ(part.color().pixel(column, row), whole.color().pixel(x, y))
                             << describe(part_setup) << column << ' ' << row;
