@@ -1,10 +1,10 @@
 // Cutting of segments and triangles that lie partly outside a rectangle, in double precision.
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 
 #include "renderer/host/clip.h"
+#include "renderer/host/segment_clip.h"
 #include "renderer/host/triangle_clipper.h"
 
 namespace {
@@ -33,29 +33,12 @@ struct Bounds {
         : left(pixels.left), right(pixels.right), bottom(pixels.bottom), top(pixels.top) {}
 };
 
-// The sides by their outcodes: distance is negative outside.
-struct Side {
-    std::uint16_t code;
-    double (*distance)(const Bounds& bounds, const VT_Point_D& point);
-};
-
-constexpr std::array<Side, 4> sides{{
-    {outcode::left, [](const Bounds& b, const VT_Point_D& p) { return p.x - b.left; }},
-    {outcode::above, [](const Bounds& b, const VT_Point_D& p) { return b.top - p.y; }},
-    {outcode::right, [](const Bounds& b, const VT_Point_D& p) { return b.right - p.x; }},
-    {outcode::below, [](const Bounds& b, const VT_Point_D& p) { return p.y - b.bottom; }},
-}};
-
-// How far along the segment it has passed every side that its first end, of this outcode, is outside of.
-double entry(std::uint16_t code, const Bounds& bounds, const VT_Point_D& from, const VT_Point_D& to) noexcept {
-    double latest = 0;
-    for (const Side& side : sides) {
-        if (code & side.code) {
-            const double start = side.distance(bounds, from);
-            latest = std::max(latest, start / (start - side.distance(bounds, to)));
-        }
-    }
-    return latest;
+// How far along the segment it has passed every side that its first end is outside of.
+double entry(const Bounds& bounds, const VT_Point_D& from, const VT_Point_D& to) noexcept {
+    vorna::Segment_Part part;
+    part.cut_between(from.x, to.x - from.x, bounds.left, bounds.right);
+    part.cut_between(from.y, to.y - from.y, bounds.bottom, bounds.top);
+    return part.entering;
 }
 
 VT_Point_D between(const VT_Point_D& a, const VT_Point_D& b, double t) noexcept {
@@ -69,11 +52,11 @@ VT_DCI_Point rounded_inside(const Bounds& bounds, const VT_Point_D& point) noexc
 }
 
 // The end points[outer], outside, moved along the segment to where it enters the rectangle.
-void clip_end(std::uint16_t code, const VT_Int_Rectangle& rectangle, const VT_Point_D* points, int outer, VT_DCI_Point& clipped,
+void clip_end(const VT_Int_Rectangle& rectangle, const VT_Point_D* points, int outer, VT_DCI_Point& clipped,
               const VT_RGB32* colors, VT_RGB32* clipped_color) noexcept {
     const int inner = 1 - outer;
     const Bounds bounds(rectangle);
-    const double t = entry(code, bounds, points[outer], points[inner]);
+    const double t = entry(bounds, points[outer], points[inner]);
     clipped = rounded_inside(bounds, between(points[outer], points[inner], t));
     if (colors && clipped_color) {
         *clipped_color = mixed(colors[outer], colors[inner], t);
@@ -82,25 +65,25 @@ void clip_end(std::uint16_t code, const VT_Int_Rectangle& rectangle, const VT_Po
 
 } // namespace
 
-void VD_Preclip_Head(std::uint16_t outcode, const VT_Int_Rectangle& rectangle, const VT_Point_D* points, VT_DCI_Point* clipped,
+void VD_Preclip_Head(std::uint16_t, const VT_Int_Rectangle& rectangle, const VT_Point_D* points, VT_DCI_Point* clipped,
                      const VT_RGB32* colors, VT_RGB32* clipped_color) {
-    clip_end(outcode, rectangle, points, 0, *clipped, colors, clipped_color);
+    clip_end(rectangle, points, 0, *clipped, colors, clipped_color);
 }
 
-void VD_Preclip_Tail(std::uint16_t outcode, const VT_Int_Rectangle& rectangle, const VT_Point_D* points, VT_DCI_Point* clipped,
+void VD_Preclip_Tail(std::uint16_t, const VT_Int_Rectangle& rectangle, const VT_Point_D* points, VT_DCI_Point* clipped,
                      const VT_RGB32* colors, VT_RGB32* clipped_color) {
-    clip_end(outcode, rectangle, points, 1, *clipped, colors, clipped_color);
+    clip_end(rectangle, points, 1, *clipped, colors, clipped_color);
 }
 
 bool VD_Preclip_Ends(const std::uint16_t* outcodes, const VT_Int_Rectangle& rectangle, const VT_Point_D* points,
                      VT_DCI_Point* clipped, const VT_RGB32* colors, VT_RGB32* clipped_colors) {
     const bool beside = (outcodes[0] & outcodes[1]) != 0;
     const Bounds bounds(rectangle);
-    if (beside || entry(outcodes[0], bounds, points[0], points[1]) + entry(outcodes[1], bounds, points[1], points[0]) > 1) {
+    if (beside || entry(bounds, points[0], points[1]) + entry(bounds, points[1], points[0]) > 1) {
         return false;
     }
     for (int end = 0; end < 2; ++end) {
-        clip_end(outcodes[end], rectangle, points, end, clipped[end], colors, clipped_colors ? clipped_colors + end : nullptr);
+        clip_end(rectangle, points, end, clipped[end], colors, clipped_colors ? clipped_colors + end : nullptr);
     }
     return true;
 }

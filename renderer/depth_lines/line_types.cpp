@@ -5,6 +5,8 @@
 #include <cmath>
 #include <numeric>
 
+#include "renderer/host/segment_clip.h"
+
 namespace krb {
 
 namespace {
@@ -35,24 +37,6 @@ constexpr double shortest_pattern = 1.0 / 1024;
 constexpr double most_repetitions = 1 << 17;
 constexpr double most_wide_repetitions = 1 << 14;
 
-// The part of a line near a rectangle, as distances from its start (Liang-Barsky).
-struct Near_Part {
-    double first = 0, last;
-
-    explicit Near_Part(double length) noexcept : last(length) {}
-
-    void cut(double from, double speed, double low, double high) noexcept {
-        if (speed == 0) {
-            last = from < low || from > high ? -1 : last;
-            return;
-        }
-        const double a = (low - from) / speed;
-        const double b = (high - from) / speed;
-        first = std::max(first, std::min(a, b));
-        last = std::min(last, std::max(a, b));
-    }
-};
-
 // Gathers pieces and draws them in batches, so that a long polyline needs no more memory than a short one.
 class Pieces {
 public:
@@ -66,17 +50,17 @@ public:
         return rendition_->line.weight > 1 ? most_wide_repetitions : most_repetitions;
     }
 
-    // Where pieces of the line that runs from a place along a unit vector can be seen.
-    Near_Part visible_part(const Place& from, const VT_Vector_D& unit, double length) const noexcept {
-        Near_Part part(length);
-        part.cut(from.x, unit.x, window_.left - margin_, window_.right + margin_);
-        part.cut(from.y, unit.y, window_.bottom - margin_, window_.top + margin_);
+    // Where pieces of the line that runs from a place along a unit vector can be seen, as distances from its start.
+    vorna::Segment_Part visible_part(const Place& from, const VT_Vector_D& unit, double length) const noexcept {
+        vorna::Segment_Part part{.leaving = length};
+        part.cut_between(from.x, unit.x, window_.left - margin_, window_.right + margin_);
+        part.cut_between(from.y, unit.y, window_.bottom - margin_, window_.top + margin_);
         // However wide a piece is, along the line it reaches no farther than its caps.
         const double cap = rendition_->line.cap == line_cap::butt ? 4 : margin_;
         const auto range = [](double speed, double low, double high) { return std::minmax({speed * low, speed * high}); };
         const auto [left, right] = range(unit.x, window_.left - cap, window_.right + cap);
         const auto [bottom, top] = range(unit.y, window_.bottom - cap, window_.top + cap);
-        part.cut(unit.x * from.x + unit.y * from.y, unit.x * unit.x + unit.y * unit.y, left + bottom, right + top);
+        part.cut_between(unit.x * from.x + unit.y * from.y, unit.x * unit.x + unit.y * unit.y, left + bottom, right + top);
         return part;
     }
 
@@ -210,10 +194,10 @@ private:
         if (distance <= pieces.most_repetitions_walked() * repetition_) {
             return repeat_all(at, unit, distance, pieces);
         }
-        const Near_Part part = pieces.visible_part(at, unit, distance);
-        const double first = std::max(part.first - repetition_, 0.0);
-        const double last = std::min(part.last + repetition_, distance);
-        if (part.first > part.last || last - first > pieces.most_repetitions_walked() * repetition_) {
+        const vorna::Segment_Part part = pieces.visible_part(at, unit, distance);
+        const double first = std::max(part.entering - repetition_, 0.0);
+        const double last = std::min(part.leaving + repetition_, distance);
+        if (!part.is_visible() || last - first > pieces.most_repetitions_walked() * repetition_) {
             pass(distance);
         } else {
             pass(first);

@@ -8,6 +8,7 @@
 #include "renderer/host/color.h"
 #include "renderer/host/geometry.h"
 #include "renderer/host/rounding.h"
+#include "renderer/host/segment_clip.h"
 #include "renderer/host/triangle_plane.h"
 
 namespace vorna {
@@ -140,40 +141,17 @@ private:
     Triangle_Plane::Gradient<float> u_, v_, blue_, green_, red_, alpha_;
 };
 
-// The part of an edge inside the bounds, as parameters along it, and the sides at which it enters and leaves.
-struct Visible_Edge {
-    double entering = 0, leaving = 1;
-    int entry_side = side_count, exit_side = side_count;
-    bool exists = true;
-
-    Visible_Edge(Position from, Position to, const Bounds& bounds) noexcept {
-        const double dx = to.x - from.x;
-        const double dy = to.y - from.y;
-        cut(-dy, from.y - bounds.bottom, Side::bottom);
-        cut(dx, bounds.right - from.x, Side::right);
-        cut(dy, bounds.top - from.y, Side::top);
-        cut(-dx, from.x - bounds.left, Side::left);
-        // The tolerance keeps edges that only touch a corner.
-        constexpr double tolerance = 1e-12F;
-        exists = exists && entering <= leaving + tolerance;
-    }
-
-private:
-    // speed: how fast the edge goes out of the side; distance: how far inside it starts.
-    void cut(double speed, double distance, int side) noexcept {
-        if (speed == 0) {
-            exists = exists && distance >= 0;
-        } else if (const double parameter = distance / speed; speed < 0) {
-            if (parameter > entering) {
-                entering = parameter;
-                entry_side = side;
-            }
-        } else if (parameter < leaving) {
-            leaving = parameter;
-            exit_side = side;
-        }
-    }
-};
+// The part of an edge inside the bounds.
+inline Segment_Part visible_part(Position from, Position to, const Bounds& bounds) noexcept {
+    const double dx = to.x - from.x;
+    const double dy = to.y - from.y;
+    Segment_Part part;
+    part.cut_at(Side::bottom, -dy, from.y - bounds.bottom);
+    part.cut_at(Side::right, dx, bounds.right - from.x);
+    part.cut_at(Side::top, dy, bounds.top - from.y);
+    part.cut_at(Side::left, -dx, from.x - bounds.left);
+    return part;
+}
 
 // The corners of the polygon in boundary order. Neighbours never lie in one place, the last and the first corner included.
 template <class Point> class Boundary {
@@ -249,8 +227,10 @@ std::int32_t clip_triangle_to_rectangle(const VT_Int_Rectangle& rectangle, const
     for (int i = 0; i < 3; ++i) {
         const Position from = triangle[i];
         const Position to = triangle[i + 1];
-        const Visible_Edge edge(from, to, bounds);
-        if (!edge.exists) {
+        const Segment_Part edge = visible_part(from, to, bounds);
+        // The tolerance keeps edges that only touch a corner.
+        constexpr double tolerance = 1e-12F;
+        if (!edge.is_visible(tolerance)) {
             continue;
         }
         any = true;

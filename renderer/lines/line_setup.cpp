@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "renderer/core/fixed_point.h"
+#include "renderer/host/segment_clip.h"
 
 namespace krb {
 
@@ -13,25 +14,6 @@ namespace {
 
 constexpr double guard_low = -4000;
 constexpr double guard_high = 28760;
-
-// The part of a segment between two parameters, 0 at its start and 1 at its end.
-struct Visible_Range {
-    double entry = 0, exit = 1;
-
-    void cut(double from, double to) noexcept {
-        const double d = to - from;
-        if (d == 0) {
-            if (from < guard_low || from > guard_high) {
-                exit = -1;
-            }
-            return;
-        }
-        const double low = (guard_low - from) / d;
-        const double high = (guard_high - from) / d;
-        entry = std::max(entry, std::min(low, high));
-        exit = std::min(exit, std::max(low, high));
-    }
-};
 
 VT_DCI_Point point_at(const VT_DCI_Point& from, const VT_DCI_Point& to, double parameter) noexcept {
     const auto at = [parameter](double a, double b) {
@@ -64,18 +46,18 @@ bool is_in_guard_band(const VT_DCI_Point& point) noexcept {
 bool clip_to_guard_band(VT_DCI_Point& from, VT_DCI_Point& to) noexcept {
     const bool start_inside = is_in_guard_band(from);
     const bool end_inside = is_in_guard_band(to);
-    Visible_Range range;
-    range.cut(from.x, to.x);
-    range.cut(from.y, to.y);
-    if (range.entry > range.exit) {
+    vorna::Segment_Part part;
+    part.cut_between(from.x, double(to.x) - from.x, guard_low, guard_high);
+    part.cut_between(from.y, double(to.y) - from.y, guard_low, guard_high);
+    if (!part.is_visible()) {
         return false;
     }
     const VT_DCI_Point start = from;
     if (!start_inside) {
-        from = point_at(start, to, range.entry);
+        from = point_at(start, to, part.entering);
     }
     if (!end_inside) {
-        to = point_at(start, to, range.exit);
+        to = point_at(start, to, part.leaving);
     }
     return true;
 }
