@@ -29,13 +29,14 @@ struct Place {
 };
 
 // Patterns that repeat within this many pixels or less are not walked: they would hardly end on long lines. Such a pattern of
-// gaps only draws nothing; beside dashes or dots no pixel could show a gap, so that the line goes on as its trailing part does.
+// gaps only draws nothing. Beside dashes or dots no pixel could show a gap: the trailing part takes the place of the repeating
+// one.
 constexpr double shortest_pattern = 1.0 / 1024;
 
-// A segment of more repetitions than this is walked near the window only; one that has as many even there is not walked at all.
+// A segment of more elements than this is walked near the window only; one that has as many even there is not walked at all.
 // Every other segment is walked as a whole, so that its pieces do not depend on the window. Wide dashes take longer.
-constexpr double most_repetitions = 1 << 17;
-constexpr double most_wide_repetitions = 1 << 14;
+constexpr double most_elements = 1 << 18;
+constexpr double most_wide_elements = 1 << 15;
 
 // Gathers pieces and draws them in batches, so that a long polyline needs no more memory than a short one.
 class Pieces {
@@ -46,9 +47,7 @@ public:
         rendition_->line.line_types = VT_Line_Type_Set::None;
     }
 
-    double most_repetitions_walked() const noexcept {
-        return rendition_->line.weight > 1 ? most_wide_repetitions : most_repetitions;
-    }
+    double most_elements_walked() const noexcept { return rendition_->line.weight > 1 ? most_wide_elements : most_elements; }
 
     // Where pieces of the line that runs from a place along a unit vector can be seen, as distances from its start.
     vorna::Segment_Part visible_part(const Place& from, const VT_Vector_D& unit, double length) const noexcept {
@@ -191,13 +190,14 @@ private:
 
     // Goes on with the elements where the last segment left them. Returns where they end.
     Place repeat(const Place& at, const VT_Vector_D& unit, double distance, Pieces& pieces) {
-        if (distance <= pieces.most_repetitions_walked() * repetition_) {
+        const double longest = pieces.most_elements_walked() / static_cast<double>(element_count_) * repetition_;
+        if (distance <= longest) {
             return repeat_all(at, unit, distance, pieces);
         }
         const vorna::Segment_Part part = pieces.visible_part(at, unit, distance);
         const double first = std::max(part.entering - repetition_, 0.0);
         const double last = std::min(part.leaving + repetition_, distance);
-        if (!part.is_visible() || last - first > pieces.most_repetitions_walked() * repetition_) {
+        if (!part.is_visible() || last - first > longest) {
             pass(distance);
         } else {
             pass(first);

@@ -45,10 +45,6 @@ void draw_index(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std:
 template <Case c>
 void draw_flat(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points) {
     Software_Z_Buffer& renderer = renderer_of(data);
-    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
-        draw_flat<without_depth(c)>(data, rendition, count, points);
-        return;
-    }
     // Only the 8-bit member without depth cuts lines by their types, whatever their style and weight.
     if (c == Case::index8 && has_line_types(rendition.line)) {
         draw_by_line_types(rendition, renderer.window_rectangle(), count, points,
@@ -84,6 +80,10 @@ template <Case c> void draw_near_flat(const void* call, const VT_DCI_Point* poin
 template <Case c>
 void draw_dci_polyline(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points) {
     if (!renderer_of(data).color_buffer || count < 2) {
+        return;
+    }
+    if (has_depth(c) && !renderer_of(data).draws_with_depth(rendition)) {
+        draw_dci_polyline<without_depth(c)>(data, rendition, count, points);
         return;
     }
     if (c == Case::index8 || !is_cased(rendition.line)) {

@@ -139,7 +139,8 @@ struct In_Column {
 // How many steps ahead memory is asked for, since no processor foresees in which row the next pixels lie.
 constexpr std::int32_t steps_ahead = 16;
 
-// Which pixels need a look at the visible rectangle: none, those beside the line, or all, of segments that leave the window.
+// Which pixels are tested: none, those beside the line against the visible rectangle, or besides these the ones on the line
+// against the window, of segments that leave it.
 enum class Reach { inside, across_the_edge, beyond };
 
 inline bool is_visible(const Smoothed_Target& target, VT_Int_Pair place) {
@@ -163,8 +164,8 @@ inline void draw_across(const Smoothed_Target& target, std::int32_t major, std::
     const VT_Int_Pair places[3] = {Across::place(major, minor - 1), Across::place(major, minor), Across::place(major, minor + 1)};
     // No mask reaches beyond the window.
     const auto hides = [&](std::int32_t k) {
-        const bool is_looked_at = reach == Reach::beyond || (reach == Reach::across_the_edge && k != 1);
-        const bool is_outside = is_looked_at && !is_visible(target, places[k]);
+        const bool is_outside = k == 1 ? reach == Reach::beyond && !is_in_window(target, places[k])
+                                       : reach != Reach::inside && !is_visible(target, places[k]);
         return is_outside || Clip::clipped(target, places[k]);
     };
     if (!(hides(0) || hides(1) || hides(2))) {
@@ -200,10 +201,9 @@ template <class Across, class Clip, Reach reach> void draw_sloped(const Smoothed
     std::int32_t remaining = (to.x - from.x) * direction;
     std::int32_t major = from.x;
     if constexpr (reach == Reach::beyond) {
-        const VT_Int_Rectangle& visible = target.visible;
-        const VT_Int_Pair low = Across::place(visible.left, visible.bottom), high = Across::place(visible.right, visible.top);
-        const std::int32_t skipped = most(direction > 0 ? low.x - major : major - high.x, 0);
-        remaining = least(remaining, direction > 0 ? high.x - major + 1 : major - low.x + 1) - skipped;
+        const std::int32_t last = Across::place(target.width - 1, target.height - 1).x;
+        const std::int32_t skipped = most(direction > 0 ? -major : major - last, 0);
+        remaining = least(remaining, direction > 0 ? last - major + 1 : major + 1) - skipped;
         major += direction * skipped;
         position += step * skipped;
     }
@@ -331,25 +331,20 @@ void draw_row(const Smoothed_Target& target, VT_Int_Pair leftmost, std::int32_t 
     }
 }
 
-// Whether pixels beside a segment along this column or row reach the visible ones. Those on it need not be among them.
-inline bool touches(std::int32_t place, std::int32_t first, std::int32_t last, std::int32_t size) {
-    return (first <= place && place <= last) || (place == -1 && first == 0) || (place == size && last == size - 1);
-}
-
-// What is visible of a segment that leaves the window.
+// What the window shows of a segment that leaves it. Of level and upright segments just beside it, that is the pixels beside
+// them.
 template <Pixel_Rule rule, class Clip> void draw_beyond(const Smoothed_Target& target, const Segment& segment) {
     const VT_Int_Pair a = segment.from, b = segment.to;
-    const VT_Int_Rectangle& visible = target.visible;
-    const std::int32_t left = most(least(a.x, b.x), visible.left), right = least(most(a.x, b.x), visible.right);
-    const std::int32_t bottom = most(least(a.y, b.y), visible.bottom), top = least(most(a.y, b.y), visible.top);
     if (a.x == b.x) {
-        if (touches(a.x, visible.left, visible.right, target.width)) {
-            const std::int32_t first = most(a.y < b.y ? a.y : b.y + 1, bottom), last = least(a.y < b.y ? b.y - 1 : a.y, top);
+        if (-1 <= a.x && a.x <= target.width) {
+            const std::int32_t first = most(a.y < b.y ? a.y : b.y + 1, 0),
+                               last = least(a.y < b.y ? b.y - 1 : a.y, target.height - 1);
             draw_column<rule, Clip>(target, {a.x, first}, last - first + 1, segment);
         }
     } else if (a.y == b.y) {
-        if (touches(a.y, visible.bottom, visible.top, target.height)) {
-            const std::int32_t first = most(a.x < b.x ? a.x : b.x + 1, left), last = least(a.x < b.x ? b.x - 1 : a.x, right);
+        if (-1 <= a.y && a.y <= target.height) {
+            const std::int32_t first = most(a.x < b.x ? a.x : b.x + 1, 0),
+                               last = least(a.x < b.x ? b.x - 1 : a.x, target.width - 1);
             draw_row<rule, Clip>(target, {first, a.y}, last - first + 1, segment);
         }
     } else if (most(a.y, b.y) - least(a.y, b.y) >= most(a.x, b.x) - least(a.x, b.x)) {

@@ -10,16 +10,15 @@ namespace krb {
 
 void draw_smoothed_polyline(Case c, Software_Z_Buffer& renderer, const VT_Rendition& rendition, const Polyline& polyline) {
     Smoothed_Target target{pixel_target_of(c, renderer, {}), {}, {}};
-    const VT_Int_Rectangle visible = renderer.visible_rectangle(rendition);
-    target.visible = {visible.left - target.origin_x, visible.right - target.origin_x, visible.bottom - target.origin_y,
-                      visible.top - target.origin_y};
-    const auto beside_window = [](std::int32_t side, std::int32_t origin, std::int32_t size) {
-        return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{side} - origin, -2, std::int64_t{size} + 1));
+    // Sides farther away make no difference, and these do not overflow.
+    const auto side = [](std::int32_t of, std::int32_t origin, std::int32_t size) {
+        return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{of} - origin, -2, std::int64_t{size} + 1));
     };
     const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
-    target.clip = {
-        beside_window(clip.left, target.origin_x, target.width), beside_window(clip.right, target.origin_x, target.width),
-        beside_window(clip.bottom, target.origin_y, target.height), beside_window(clip.top, target.origin_y, target.height)};
+    target.clip = {side(clip.left, target.origin_x, target.width), side(clip.right, target.origin_x, target.width),
+                   side(clip.bottom, target.origin_y, target.height), side(clip.top, target.origin_y, target.height)};
+    target.visible = {std::max(target.clip.left, 0), std::min(target.clip.right, target.width - 1),
+                      std::max(target.clip.bottom, 0), std::min(target.clip.top, target.height - 1)};
     if (is_masked(renderer, rendition)) {
         target.mask_rows = renderer.mask_cache->newest->rows();
     }

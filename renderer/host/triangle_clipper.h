@@ -42,6 +42,7 @@ namespace triangle_clipper {
 
 // Counter-clockwise with y upwards; corner k lies between side k and the next one.
 enum Side { bottom, right, top, left, side_count };
+static_assert(side_count == Segment_Part::no_side);
 
 // The far edges of the rectangle's outermost pixels: areas are filled up to but not including their last column and row.
 struct Bounds {

@@ -7,8 +7,8 @@
 
 namespace krb {
 
-// A mask byte and a bit in it. The leftmost pixel of a byte is its highest bit. Pixels that are drawn one by one make a cursor
-// each; spans and runs read the mask bytes of a whole group of lanes, by mask_bits of the kernels.
+// A mask byte and a bit in it. The leftmost pixel of a byte is its highest bit. Dots, markers and images make a cursor for each
+// pixel; the kernels of spans, runs and smoothed lines read mask bytes themselves, for a group of lanes at once where they can.
 struct Mask_Cursor {
     const std::uint8_t* mask_byte;
     std::int32_t bit; // 0 to 7

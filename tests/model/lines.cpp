@@ -205,7 +205,8 @@ Model::Handed_Over Model::draw_dci_polyline(const VT_Rendition& rendition, Line_
     return {};
 }
 
-// A pixel on the line, and one on either side of it as long as the line keeps off the clip rectangle's edges there.
+// A pixel on the line, and one on either side of it as long as the line keeps off the clip rectangle's edges there. Nothing is
+// drawn outside the window.
 void Model::draw_with_fringes(const VT_Rendition& rendition, std::int64_t x, std::int64_t y, bool is_vertical, VT_RGB32 shown,
                               const Pixel_Rules& rules) {
     draw_pixel(fragment_at(x, y, 0, shown), rules);
@@ -220,6 +221,9 @@ void Model::draw_with_fringes(const VT_Rendition& rendition, std::int64_t x, std
 void Model::draw_fringe(std::int64_t x, std::int64_t y, std::int32_t weight, VT_RGB32 shown, const Pixel_Rules& rules) {
     const std::int32_t alpha = !setup.alpha || shown.alpha == 255 ? 256 : shown.alpha;
     Fragment fragment = fragment_at(x, y, 0, shown);
+    if (fragment.column < 0 || fragment.column >= setup.size.x || fragment.row < 0 || fragment.row >= setup.size.y) {
+        return;
+    }
     fragment.weight = weight * alpha;
     draw_pixel(fragment, {Color_Rule::blend_by_weight, Depth_Rule::none, rules.region});
 }

@@ -62,6 +62,15 @@ Call random_line(Random& random, const Renderer_Setup& setup, Shape shape) {
     VT_Clip_Attributes& clip = call.rendition->clip;
     clip.depth_test = random.chance(80);
     clip.hard_clip = random_rectangle(random, window);
+    if (shape == Shape::device_line && random.chance(40)) {
+        // Device lines look at the hard clip only beside smoothed ones, wherever its sides lie.
+        std::int32_t VT_Int_Rectangle::*const sides[] = {&VT_Int_Rectangle::left, &VT_Int_Rectangle::right,
+                                                         &VT_Int_Rectangle::bottom, &VT_Int_Rectangle::top};
+        for (const auto side : sides) {
+            clip.hard_clip.*side += random.number(-3, 3);
+            clip.hard_clip.*side = random.chance(90) ? clip.hard_clip.*side : random.chance(50) ? INT32_MIN : INT32_MAX;
+        }
+    }
     if (random.chance(25)) {
         clip.complex_clip = random_region(random, setup);
         clip.window_offset = {random.number(-2, 2), random.number(-2, 2)};
