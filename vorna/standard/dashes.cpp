@@ -57,7 +57,7 @@ public:
         }
         std::vector<Stroke_Path> paths;
         for (const Dash& dash : dashes_) {
-            if (dash.is_visible) {
+            if (dash.is_visible && !(ends_drawn(dash) && total() - dash.first < step(dash.last_segment))) {
                 paths.push_back(path(dash));
             }
         }
@@ -133,8 +133,7 @@ private:
 
     // A vertex belongs to the segment that begins there.
     void add_dot(std::size_t s, double at, double first, double last) {
-        const bool is_end = at == total();
-        if (at >= first && (at < last || (at == last && is_end)) && !(is_end && shortened_ && meets_itself_)) {
+        if (at >= first && (at < last || (at == last && at == total()))) {
             start_dash({at, at, s, s, true, false});
         }
     }
@@ -158,13 +157,19 @@ private:
         return point;
     }
 
+    // Whether its last pixel is drawn already, where the line began.
+    bool ends_drawn(const Dash& dash) const noexcept { return shortened_ && meets_itself_ && dash.last == total(); }
+
+    // From one pixel to the next.
+    double step(std::size_t s) const noexcept {
+        const double steps = std::max(std::abs(line_[s + 1].x - line_[s].x), std::abs(line_[s + 1].y - line_[s].y));
+        return steps > 0 ? (starts_[s + 1] - starts_[s]) / steps : 0;
+    }
+
     Stroke_Path path(const Dash& dash) const {
         double last = dash.last;
-        if (shortened_ && !dash.goes_on && (last < total() || meets_itself_)) {
-            const std::size_t s = dash.last_segment;
-            const double steps = std::max(std::abs(line_[s + 1].x - line_[s].x), std::abs(line_[s + 1].y - line_[s].y));
-            const double step = steps > 0 ? (starts_[s + 1] - starts_[s]) / steps : 0;
-            last = std::max({last - step, dash.first, starts_[s]});
+        if (shortened_ && !dash.goes_on && (last < total() || ends_drawn(dash))) {
+            last = std::max({last - step(dash.last_segment), dash.first, starts_[dash.last_segment]});
         }
         Stroke_Path path{point(dash.first_segment, dash.first)};
         for (std::size_t s = dash.first_segment + 1; s <= dash.last_segment; ++s) {

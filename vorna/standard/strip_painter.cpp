@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "renderer/host/clip.h"
+#include "renderer/host/triangle_clipper.h"
 #include "vorna/standard/drawing_area.h"
 #include "vorna/standard/lines.h"
 #include "vorna/standard/merging.h"
@@ -253,8 +255,6 @@ public:
           face_(rendition.face), texture_(texture), pattern_(face_.pattern, face_.bitmap.get()), kind_(kind),
           combination_(combination_of(renderer, rendition, kind)), output_(renderer, rendition, combination_) {}
 
-    bool can_draw() const noexcept { return !is_empty(visible_); }
-
     void fill(std::array<Vertex, 3> vertices) {
         std::stable_sort(vertices.begin(), vertices.end(), [](const Vertex& a, const Vertex& b) { return a.y < b.y; });
         const auto& [top, middle, bottom] = vertices;
@@ -353,34 +353,114 @@ private:
     std::vector<Row_Output::Pixel> pixels_;
 };
 
-} // namespace
+using Corner = Clip_Vertex<VT_DCI_Point>;
 
-void paint_strip(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_DCI_Point>& strip) {
-    const VT_Shared_Image* texture = strip.kind == Strip_Kind::textured ? plain_texture(rendition.face) : nullptr;
-    Painter painter(renderer, rendition, strip.kind, texture);
-    if (strip.count < 3 || !painter.can_draw()) {
-        return;
+class Strip_Painting {
+public:
+    Strip_Painting(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_DCI_Point>& strip)
+        : texture_(strip.kind == Strip_Kind::textured ? plain_texture(rendition.face) : nullptr), strip_(strip),
+          face_color_(face_color(renderer, rendition)), visible_(visible_rectangle(renderer, rendition)),
+          has_colors_(strip.kind == Strip_Kind::gouraud || strip.kind == Strip_Kind::textured),
+          painter_(renderer, rendition, strip.kind, texture_) {
+        if (texture_) {
+            parameters_ = texture_parameters(rendition.face, strip.count, strip.parameters, strip.parameter_width);
+        }
     }
-    const std::vector<VT_Parameter> parameters =
-        texture ? texture_parameters(rendition.face, strip.count, strip.parameters, strip.parameter_width)
-                : std::vector<VT_Parameter>{};
-    const auto vertex = [&](std::int32_t i, VT_RGB32 color) {
-        const VT_DCI_Point& point = strip.points[i];
-        Vertex result{point.y, {point.x, point.z, 0, 0, 257 * color.blue, 257 * color.green, 257 * color.red, 257 * color.alpha}};
-        if (texture) {
-            const auto at = 2 * static_cast<std::size_t>(i);
-            result.values[s] = texel_coordinate(parameters[at], texture->width());
-            result.values[t] = texel_coordinate(parameters[at + 1], texture->height());
+
+    void draw_whole() {
+        for (std::int32_t k = 0; k < strip_.count - 2; ++k) {
+            draw_triangle(k);
+        }
+    }
+
+    // As renderers do: triangles that cross the rectangle become strips of what lies in it, the others are drawn as they are.
+    void draw_cut() {
+        std::vector<std::uint16_t> outcodes(static_cast<std::size_t>(strip_.count));
+        if (is_empty(visible_) || VD_Clip(visible_, strip_.count, strip_.points, outcodes.data()) == 0) {
+            return;
+        }
+        for (std::int32_t k = 0; k < strip_.count - 2; ++k) {
+            const std::uint16_t* const codes = outcodes.data() + k;
+            if ((codes[0] | codes[1] | codes[2]) == 0) {
+                draw_triangle(k);
+            } else if ((codes[0] & codes[1] & codes[2]) == 0) {
+                draw_pieces(k);
+            }
+        }
+    }
+
+private:
+    // Without alpha blending a flat face that merges and is not translucent counts as opaque.
+    static VT_RGB32 face_color(VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
+        VT_RGB32 color = rendition.face.color;
+        if (!renderer.current_renderer_options().alpha_blending() && !(rendition.face.flags & face_flag::translucent) &&
+            combination_of(renderer, rendition, Strip_Kind::flat) == Combination::merge) {
+            color.alpha = 255;
+        }
+        return color;
+    }
+
+    Corner corner(std::int32_t i, std::int32_t k) const {
+        const auto at = 2 * static_cast<std::size_t>(i);
+        return {strip_.points[i], has_colors_ ? strip_.colors[i] : color_of_triangle(k), texture_ ? parameters_[at] : 0,
+                texture_ ? parameters_[at + 1] : 0};
+    }
+
+    VT_RGB32 color_of_triangle(std::int32_t k) const {
+        return strip_.kind == Strip_Kind::flat        ? face_color_
+               : strip_.kind == Strip_Kind::colorized ? strip_.colors[strip_.single_color ? 0 : k]
+                                                      : VT_RGB32{};
+    }
+
+    void draw_triangle(std::int32_t k) {
+        painter_.fill({vertex(corner(k, k)), vertex(corner(k + 1, k)), vertex(corner(k + 2, k))});
+    }
+
+    void draw_pieces(std::int32_t k) {
+        const Corner triangle[3] = {corner(k, k), corner(k + 1, k), corner(k + 2, k)};
+        Clipped_Polygon polygon;
+        const std::int32_t count = clip_triangle_to_rectangle(visible_, triangle, polygon);
+        const auto piece = [&](std::int32_t i) {
+            return vertex(
+                {polygon.points[i], has_colors_ ? polygon.colors[i] : color_of_triangle(k), polygon.u[i], polygon.v[i]});
+        };
+        for (std::int32_t i = 0; i < count - 2; ++i) {
+            painter_.fill({piece(i), piece(i + 1), piece(i + 2)});
+        }
+    }
+
+    Vertex vertex(const Corner& corner) const noexcept {
+        const VT_RGB32 color = corner.color;
+        Vertex result{
+            corner.point.y,
+            {corner.point.x, corner.point.z, 0, 0, 257 * color.blue, 257 * color.green, 257 * color.red, 257 * color.alpha}};
+        if (texture_) {
+            result.values[s] = texel_coordinate(corner.u, texture_->width());
+            result.values[t] = texel_coordinate(corner.v, texture_->height());
         }
         return result;
-    };
-    for (std::int32_t k = 0; k < strip.count - 2; ++k) {
-        const bool of_points = strip.kind == Strip_Kind::gouraud || strip.kind == Strip_Kind::textured;
-        const VT_RGB32 face_color = strip.kind == Strip_Kind::flat        ? rendition.face.color
-                                    : strip.kind == Strip_Kind::colorized ? strip.colors[strip.single_color ? 0 : k]
-                                                                          : VT_RGB32{};
-        const auto corner = [&](std::int32_t i) { return vertex(i, of_points ? strip.colors[i] : face_color); };
-        painter.fill({corner(k), corner(k + 1), corner(k + 2)});
+    }
+
+    const VT_Shared_Image* texture_;
+    const Strip<VT_DCI_Point>& strip_;
+    VT_RGB32 face_color_;
+    VT_Int_Rectangle visible_;
+    bool has_colors_; // one a point
+    Painter painter_;
+    std::vector<VT_Parameter> parameters_;
+};
+
+} // namespace
+
+void paint_strip(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_DCI_Point>& strip, Strip_Cut cut) {
+    if (strip.count < 3 || is_empty(visible_rectangle(renderer, rendition))) {
+        return;
+    }
+    Strip_Painting painting(renderer, rendition, strip);
+    if (cut == Strip_Cut::triangles) {
+        painting.draw_cut();
+    } else {
+        painting.draw_whole();
     }
 }
 
