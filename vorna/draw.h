@@ -1,4 +1,5 @@
-// Drawing as an application does it: through the renderer's slot when it is enabled, else through the standard function.
+// Drawing as an application does it: through the renderer's slot when it is enabled and may get the call (slot_contracts.h), else
+// through the standard function.
 //
 // Each drawing function is called in two ways:
 //
@@ -22,6 +23,7 @@
 #include "renderer/host/actions.h"
 #include "renderer/host/renderer_data.h"
 #include "renderer/host/rendition.h"
+#include "vorna/slot_contracts.h"
 
 namespace vorna {
 
@@ -136,7 +138,7 @@ struct VT_Dispatch<Slot, Standard, primitive>
     template <class... Arguments>
     void operator()(VT_Renderer_Data& renderer, const VT_Rendition& rendition, Arguments&&... arguments) const {
         const auto& slot = renderer.actions.*Slot;
-        if (slot.enabled) {
+        if (slot.enabled && (slot.owner != &renderer || vorna::Slot_Contract<Slot>::admits(renderer, rendition, arguments...))) {
             slot.function(*slot.owner, rendition, std::forward<Arguments>(arguments)...);
         } else {
             Standard(renderer, rendition, std::forward<Arguments>(arguments)...);

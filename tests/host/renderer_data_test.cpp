@@ -54,6 +54,7 @@ TEST(Dispatch, Takes_The_Slot_When_It_Is_Enabled_Else_The_Standard_Function) {
     Recording_Renderer renderer(prototype);
     const VT_Rendition rendition;
     const VT_DCI_Point points[2] = {};
+    renderer.current_options.set_window_size({1, 1});
     VD_Draw_DCI_Polyline(renderer, rendition, 2, points);
     EXPECT_THAT(renderer.log, ElementsAre("VD_Standard_Draw_DCI_Polyline"));
 
@@ -65,30 +66,29 @@ TEST(Dispatch, Takes_The_Slot_When_It_Is_Enabled_Else_The_Standard_Function) {
     EXPECT_EQ(renderer.log.size(), 1U);
 }
 
-// A window of dots: the host's painting goes through the slot, one pixel at a time.
+// A window of images: the host's painting goes through the slot that stores pixels as they are.
 struct Painted : testing::Test {
     Painted() : renderer(prototype) {
         canvas = this;
         renderer.current_options.set_window_size({12, 10});
         renderer.current_options.set_window_origin({100, -50});
-        renderer.actions.draw_dci_dot = {&renderer, dot, 0, 1};
-        rendition.window.color = {1, 2, 3, 255};
-        rendition.window.index = 77;
+        renderer.actions.draw_dci_rgb32_image = {&renderer, image, 0, 1};
+        rendition.window.color = {1, 2, 3, 128};
         rendition.drawing_flags = drawing_flag::translucent;
-        rendition.face.mode = merge_drawing_mode;
+        rendition.clip.complex_clip = new VT_Contour_Set(std::vector<VT_Contour_Set::Contour>{});
     }
 
-    static void dot(VT_Renderer_Data&, const VT_Rendition& paint, const VT_DCI_Point* point, const VT_RGB32* color) {
-        const int x = point->x - 100;
-        const int y = point->y + 50;
-        ASSERT_TRUE(x >= 0 && x < 12 && y >= 0 && y < 10) << x << ", " << y;
-        EXPECT_EQ(color, nullptr);
-        EXPECT_EQ(paint.marker.color, (VT_RGB32{1, 2, 3, 255}));
-        EXPECT_EQ(paint.marker.index, 77);
-        EXPECT_FALSE(paint.clip.depth_test);
+    static void image(VT_Renderer_Data&, const VT_Rendition& paint, const VT_DCI_Point* start, const VT_DCI_Point* end,
+                      std::int32_t stride, const VT_RGB32* pixels, std::int32_t, const VT_Packing*) {
+        EXPECT_FALSE(paint.clip.depth_test || paint.clip.complex_clip);
         EXPECT_EQ(paint.drawing_flags, 0U);
-        EXPECT_NE(paint.face.mode, merge_drawing_mode);
-        ++canvas->count[y][x];
+        for (std::int32_t y = start->y + 50; y >= end->y + 50; --y) {
+            for (std::int32_t x = start->x - 100; x <= end->x - 100; ++x) {
+                ASSERT_TRUE(x >= 0 && x < 12 && y >= 0 && y < 10) << x << ", " << y;
+                EXPECT_EQ(pixels[(start->y + 50 - y) * stride / 4 + x + 100 - start->x], (VT_RGB32{1, 2, 3, 128}));
+                ++canvas->count[y][x];
+            }
+        }
     }
 
     // Rows from the top down, as one looks at them.

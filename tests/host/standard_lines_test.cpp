@@ -1,6 +1,8 @@
 // Wide lines, dashes and markers that the host's standard functions draw, against rules worked out here.
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <set>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -85,6 +87,19 @@ Points random_points(Random& random, VT_Int_Pair size) {
         points.push_back({random.number(-10, size.x + 10), random.number(-10, size.y + 10), random.number(0, 65535)});
     }
     return points;
+}
+
+// Whether some pixel of a line from (x0, y0) to (x1, y1) lies in the rectangle.
+bool crosses(const VT_Int_Rectangle& clip, const std::vector<std::int32_t>& line) {
+    const int steps = std::max({std::abs(line[2] - line[0]), std::abs(line[3] - line[1]), 1});
+    for (int i = 0; i <= steps; ++i) {
+        const double x = line[0] + double(line[2] - line[0]) * i / steps;
+        const double y = line[1] + double(line[3] - line[1]) * i / steps;
+        if (x >= clip.left && x <= clip.right && y >= clip.bottom && y <= clip.top) {
+            return true;
+        }
+    }
+    return false;
 }
 
 class Standard_Lines : public testing::TestWithParam<std::size_t> {};
@@ -256,6 +271,110 @@ TEST(Standard_Line, has_the_depth_of_its_points_and_shows_its_nearest_part) {
     rendition->clip.depth_test = false;
     VD_Draw_DCI_Colorized_Polyline(*renderer, *rendition, 4, crossing, colors, false);
     EXPECT_EQ(color_of(renderer.color().pixel(30, 30)), colors[2]);
+}
+
+// Also where a run of pixels ends, and where it is one pixel long.
+TEST_P(Standard_Lines, follow_depth_test_and_writing_in_every_pixel) {
+    const Renderer_Setup setup = setup_of_case(GetParam(), {40, 40});
+    if (!setup.depth || setup.has_indices()) {
+        return; // fixed rules
+    }
+    Test_Renderer renderer(setup);
+    for (const VT_DCI_Point end : {VT_DCI_Point{70, 55, 900}, {9, 38, 900}, {30, 9, 900}}) {
+        const VT_Reference<VT_Rendition> rendition = rendition_for(setup, 2 + end.x % 4);
+        const VT_DCI_Point line[] = {{8, 8, 900}, end};
+        const VT_RGB32 color{1, 2, 3, 255};
+        for (const bool is_colorized : {false, true}) {
+            const auto draw = [&] {
+                is_colorized ? VD_Draw_2DI_Colorized_Polyline(*renderer, *rendition, 2, line, &color, true)
+                             : VD_Draw_2DI_Polyline(*renderer, *rendition, 2, line);
+                return contents(&renderer.color());
+            };
+            clear(renderer);
+            const Contents whole = draw();
+            clear(renderer, 0, 500);
+            const Contents depths = contents(renderer.depth());
+            renderer.set_z_test(5);
+            renderer.set_z_write(false);
+            EXPECT_EQ(draw(), whole) << "all lies farther";
+            EXPECT_EQ(contents(renderer.depth()), depths);
+            clear(renderer, 0, 900);
+            renderer.set_z_test(1);
+            EXPECT_THAT(draw(), testing::Each(0U)) << "nothing lies nearer";
+            renderer.set_z_test(2);
+            renderer.set_z_write(true);
+        }
+    }
+}
+
+TEST(Standard_Line, smoothed_edges_combine_as_the_line_does) {
+    Renderer_Setup setup = setup_of_case(1, {40, 40});
+    const auto picture = [&](std::uint32_t flags, std::int32_t face_mode) {
+        Test_Renderer renderer(setup);
+        const VT_Reference<VT_Rendition> rendition = rendition_for(setup, 5);
+        rendition->line.flags = flags;
+        rendition->face.mode = face_mode;
+        const VT_DCI_Point line[] = {{5, 5, 0}, {33, 21, 0}};
+        clear(renderer, 0xFF8040C0);
+        VD_Draw_2DI_Polyline(*renderer, *rendition, 2, line);
+        return contents(&renderer.color());
+    };
+    EXPECT_EQ(picture(line_flag::smoothed, merge_drawing_mode), picture(line_flag::smoothed, 0));
+    setup.force_merge = true;
+    EXPECT_EQ(picture(line_flag::smoothed, 0), picture(0, 0)) << "what merges is not smoothed";
+}
+
+// Dashes that were cut would run at another slope.
+TEST(Standard_Line, dashes_are_whole_or_left_out) {
+    const Renderer_Setup setup = setup_of_case(1, {200, 200});
+    Test_Renderer renderer(setup);
+    static std::set<std::vector<std::int32_t>> dashes;
+    renderer->actions.draw_2di_polyline.function = [](VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
+                                                      const VT_DCI_Point* points) {
+        if (rendition.line.style != line_style::solid) {
+            VD_Standard_Draw_2DI_Polyline(data, rendition, count, points);
+            return;
+        }
+        ASSERT_EQ(count, 2);
+        dashes.insert({points[0].x, points[0].y, points[1].x, points[1].y});
+    };
+    for (int seed = 0; seed < scaled(100); ++seed) {
+        Random random(static_cast<std::uint64_t>(seed));
+        const VT_Reference<VT_Rendition> rendition = rendition_for(setup, 1);
+        rendition->line.style = random.number(1, 5);
+        const VT_DCI_Point line[] = {{random.number(-300, 500), random.number(-300, 500), 0},
+                                     {random.number(-300, 500), random.number(-300, 500), 0}};
+        const auto drawn_dashes = [&](const VT_Int_Rectangle& clip) {
+            rendition->clip.hard_clip = clip;
+            dashes.clear();
+            VD_Draw_2DI_Polyline(*renderer, *rendition, 2, line);
+            return dashes;
+        };
+        const VT_Int_Rectangle clip{random.number(0, 90), random.number(100, 199), random.number(0, 90), random.number(100, 199)};
+        const auto all = drawn_dashes({0, 199, 0, 199});
+        const auto some = drawn_dashes(clip);
+        EXPECT_TRUE(std::includes(all.begin(), all.end(), some.begin(), some.end())) << "seed " << seed;
+        for (const auto& dash : all) {
+            EXPECT_TRUE(some.count(dash) || !crosses(clip, dash)) << "seed " << seed;
+        }
+    }
+}
+
+// Not dash by dash, whose ends would cover each other at corners and blend twice.
+TEST_P(Standard_Lines, with_line_types_that_are_wide_go_to_the_host_as_a_whole) {
+    const Renderer_Setup setup = setup_of_case(GetParam(), {64, 48});
+    Test_Renderer renderer(setup);
+    const VT_Reference<VT_Rendition> rendition = rendition_for(setup, 7);
+    const VT_Reference<VT_Line_Type> type(new VT_Line_Type);
+    type->lengths = {9, 2};
+    type->kinds = {1, -1};
+    const VT_Reference<VT_Line_Type_Set> set(new VT_Line_Type_Set);
+    set->types = {type};
+    rendition->line.line_types = set;
+    const VT_DCI_Point line[] = {{9, 9, 5}, {40, 12, 5}, {30, 40, 5}};
+    const Contents expected = drawn(renderer, [&] { VD_Standard_Draw_2DI_Polyline(*renderer, *rendition, 3, line); });
+    EXPECT_THAT(expected, testing::Contains(testing::Ne(0U)));
+    EXPECT_EQ(drawn(renderer, [&] { VD_Draw_2DI_Polyline(*renderer, *rendition, 3, line); }), expected);
 }
 
 TEST_P(Standard_Lines, are_the_same_in_every_form_and_dot_by_dot) {

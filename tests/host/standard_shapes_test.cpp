@@ -81,9 +81,21 @@ struct Textured_Strip {
             parameters.push_back(static_cast<float>(random.number(-10, 110)) / 100);
         }
     }
-    void draw(Test_Renderer& renderer, const VT_Rendition& rendition) const {
-        VD_Draw_DCI_Textured_Polytriangle(*renderer, rendition, static_cast<std::int32_t>(points.size()), points.data(),
-                                          colors.data(), parameters.data(), 2, nullptr, nullptr);
+    // The 2DI form reaches beyond the window on all sides.
+    void draw(Test_Renderer& renderer, const VT_Rendition& rendition, bool is_cut) const {
+        const auto count = static_cast<std::int32_t>(points.size());
+        std::vector<VT_DCI_Point> wide = points;
+        for (VT_DCI_Point& point : wide) {
+            point.x = 3 * point.x - 2 * points[0].x;
+            point.y = 3 * point.y - 2 * points[0].y;
+        }
+        if (is_cut) {
+            VD_Draw_2DI_Textured_Polytriangle(*renderer, rendition, count, wide.data(), colors.data(), parameters.data(), 2,
+                                              nullptr, nullptr);
+        } else {
+            VD_Draw_DCI_Textured_Polytriangle(*renderer, rendition, count, points.data(), colors.data(), parameters.data(), 2,
+                                              nullptr, nullptr);
+        }
     }
 };
 
@@ -125,8 +137,13 @@ TEST_P(Standard_Shapes, Textures_without_depth_buffer_look_as_the_renderers) {
         kept->establish_all();
         fill_with_noise(fresh, without.has_indices());
         fill_with_noise(kept, without.has_indices());
-        strip.draw(fresh, *rendition);
-        strip.draw(kept, *rendition);
+        const bool is_cut = random.chance(60);
+        if (is_cut) {
+            rendition->clip.hard_clip.left += 11;
+            rendition->clip.hard_clip.top -= 9;
+        }
+        strip.draw(fresh, *rendition, is_cut);
+        strip.draw(kept, *rendition, is_cut);
         ASSERT_EQ(kept.take_handed_over().size(), 0U);
         ASSERT_EQ(pixels_of(fresh.color()), pixels_of(kept.color())) << "seed " << seed;
     }
@@ -260,6 +277,159 @@ TEST_P(Standard_Shapes, Ellipses_follow_their_curve) {
                         << "seed " << seed;
                 }
             }
+        }
+    }
+}
+
+// By one rule with region or without, turned or not, opaque or not, whatever may merge.
+TEST_P(Standard_Shapes, Ellipses_combine_as_the_renderers_own) {
+    for (int i = 0; i < 16 && renderer_cases[GetParam()].color_system == 1; ++i) {
+        Renderer_Setup of_case = setup();
+        of_case.force_merge = i & 1;
+        Test_Renderer renderer(of_case);
+        const VT_Reference<VT_Rendition> rendition = rendition_for(of_case);
+        rendition->line.mode = rendition->face.mode = i & 2 ? merge_drawing_mode : 0;
+        if (i & 4) {
+            rendition->clip.complex_clip =
+                new VT_Contour_Set(std::vector<VT_Contour_Set::Contour>{{{-9, -9, 0}, {99, -9, 0}, {99, 99, 0}, {-9, 99, 0}}});
+        }
+        const VT_RGB32 color{10, 200, 90, static_cast<std::uint8_t>(i & 8 ? 255 : 100)};
+        const VT_DCI_Point center{20, 20, 0};
+        const VT_DCI_Point radii{15, 9, 0};
+        for (const bool is_arc : {false, true}) {
+            fill_with_noise(renderer, false);
+            const Pixels before = pixels_of(renderer.color());
+            if (is_arc) {
+                VD_Draw_DCI_Elliptical_Arc(*renderer, *rendition, &center, &radii, 0.5, 3.0, 0.3, &color);
+            } else {
+                VD_Draw_DCI_Ellipse(*renderer, *rendition, &center, &radii, 0.0, full_turn, 0.3, &color);
+            }
+            const Pixels after = pixels_of(renderer.color());
+            std::size_t drawn = 0;
+            for (std::size_t p = 0; p < before.size(); ++p) {
+                const VT_RGB32 under = color_of(before[p]);
+                const int weight = color.alpha == 255 ? 256 : color.alpha;
+                const auto mix = [&](int from, int to) { return static_cast<std::uint8_t>(from + ((to - from) * weight >> 8)); };
+                const std::uint32_t over =
+                    word_of({mix(under.blue, color.blue), mix(under.green, color.green), mix(under.red, color.red), 255});
+                ASSERT_TRUE(after[p] == before[p] || after[p] == over) << i << ", pixel " << p;
+                drawn += after[p] == over;
+            }
+            EXPECT_GT(drawn, is_arc ? 20U : 300U) << i;
+        }
+    }
+}
+
+TEST_P(Standard_Shapes, Arcs_in_a_colour_keep_to_regions_and_types_at_every_width) {
+    const Renderer_Setup of_case = setup();
+    const VT_DCI_Point center{24, 20, 9};
+    const VT_DCI_Point radii{14, 14, 0};
+    const VT_RGB32 color{90, 90, 255, 255};
+    const VT_Reference<VT_Line_Type> type(new VT_Line_Type);
+    type->lengths = {5, 9};
+    type->kinds = {1, -1};
+    const VT_Reference<VT_Line_Type_Set> types(new VT_Line_Type_Set);
+    types->types = {type};
+    for (const std::int32_t weight : {1, 2, 6}) {
+        std::size_t counts[2];
+        for (const bool is_typed : {false, true}) {
+            const VT_Reference<VT_Rendition> rendition = rendition_for(of_case);
+            rendition->line.weight = weight;
+            rendition->line.line_types = is_typed ? types : VT_Line_Type_Set::None;
+            rendition->clip.complex_clip =
+                new VT_Contour_Set(std::vector<VT_Contour_Set::Contour>{{{24, -9, 0}, {99, -9, 0}, {99, 99, 0}, {24, 99, 0}}});
+            Test_Renderer renderer(of_case);
+            rendition->window.rectangle = window_of(of_case);
+            VD_Clear_Depth_Rectangle(*renderer, *rendition);
+            VD_Draw_DCI_Elliptical_Arc(*renderer, *rendition, &center, &radii, 0.0, full_turn, 0.0, &color);
+            const Pixels pixels = pixels_of(renderer.color());
+            counts[is_typed] = 0;
+            for (std::size_t i = 0; i < pixels.size(); ++i) {
+                ASSERT_TRUE(pixels[i] == 0 || i % 48 >= 24) << "weight " << weight << ", pixel " << i;
+                counts[is_typed] += pixels[i] != 0;
+            }
+        }
+        EXPECT_LT(counts[1], counts[0] * 3 / 4) << weight;
+        EXPECT_GT(counts[1], 0U);
+    }
+}
+
+// Where the last dash meets the first as well.
+TEST(Standard_Shape, Dashed_arcs_blend_every_pixel_once) {
+    Renderer_Setup setup = setup_of_case(2, window_size);
+    Test_Renderer renderer(setup);
+    const VT_Reference<VT_Rendition> rendition = rendition_for(setup);
+    rendition->line.color.alpha = 100;
+    const VT_DCI_Point center{20, 20, 9};
+    for (std::int32_t radius = 5; radius < 18; ++radius) {
+        rendition->line.style = 1 + radius % 5;
+        for (std::int32_t i = 0; i < window_size.x * window_size.y; ++i) {
+            renderer.color().set_pixel(i % window_size.x, i / window_size.x, 0xFF000000);
+        }
+        const VT_DCI_Point radii{radius, radius, 0};
+        VD_Draw_DCI_Elliptical_Arc(*renderer, *rendition, &center, &radii, 0.0, full_turn, 0.0, nullptr);
+        const Pixels pixels = pixels_of(renderer.color());
+        const std::uint32_t once = word_of({78, 35, 11, 255});
+        EXPECT_THAT(pixels, testing::Each(testing::AnyOf(0xFF000000U, once))) << radius;
+        EXPECT_THAT(pixels, testing::Contains(once));
+    }
+}
+
+TEST_P(Standard_Shapes, Patterned_windows_store_their_colour) {
+    for (const bool force_merge : {false, true}) {
+        Renderer_Setup of_case = setup({7, -9});
+        of_case.force_merge = force_merge;
+        Test_Renderer renderer(of_case);
+        const VT_Reference<VT_Rendition> rendition = rendition_for(of_case);
+        rendition->window = {window_of(of_case), 0, {1, 2, 3, 100}, 55};
+        for (const std::int32_t fill : {64, 20, 75}) {
+            rendition->window.fill = fill;
+            fill_with_noise(renderer, of_case.has_indices());
+            const Pixels before = pixels_of(renderer.color());
+            VD_Draw_Window(*renderer, *rendition);
+            const Pixels after = pixels_of(renderer.color());
+            const std::uint32_t stored = of_case.has_indices() ? 55 : word_of(rendition->window.color);
+            std::size_t drawn = 0;
+            for (std::size_t i = 0; i < after.size(); ++i) {
+                ASSERT_TRUE(after[i] == stored || (fill != 64 && after[i] == before[i])) << fill << ", pixel " << i;
+                drawn += after[i] == stored;
+            }
+            EXPECT_GE(drawn, after.size() / 8);
+        }
+    }
+}
+
+// Standard functions of strips that their slots could have drawn.
+TEST_P(Standard_Shapes, Faces_combine_as_those_of_slots) {
+    for (int seed = 0; seed < scaled(100); ++seed) {
+        Random random(static_cast<std::uint64_t>(seed));
+        Renderer_Setup of_case = setup({random.number(-60, 60), random.number(-60, 60)});
+        of_case.force_merge = random.chance(30);
+        const VT_Reference<VT_Rendition> rendition = rendition_for(of_case);
+        rendition->set_color(random_color(random));
+        rendition->set_contrast_color(random_color(random));
+        rendition->face.mode = random.chance(30) ? merge_drawing_mode : 0;
+        rendition->face.pattern = random.chance(60) ? face_pattern::solid : random.number(0, 73);
+        rendition->face.flags =
+            (random.chance(30) ? face_flag::opaque_pattern : 0) | (random.chance(40) ? face_flag::translucent : 0);
+        rendition->clip.depth_test = random.chance(80);
+        const Textured_Strip strip(random, of_case.origin);
+        const auto count = static_cast<std::int32_t>(strip.points.size());
+        const auto picture = [&](bool is_standard, bool is_colorized) {
+            Test_Renderer renderer(of_case);
+            fill_with_noise(renderer, of_case.has_indices());
+            if (is_colorized) {
+                (is_standard ? VD_Standard_Draw_DCI_Colorized_Polytriangle
+                             : renderer->actions.draw_dci_colorized_polytriangle.function)(
+                    *renderer, *rendition, count, strip.points.data(), strip.colors.data(), false);
+            } else {
+                (is_standard ? VD_Standard_Draw_DCI_Polytriangle : renderer->actions.draw_dci_polytriangle.function)(
+                    *renderer, *rendition, count, strip.points.data());
+            }
+            return std::pair(pixels_of(renderer.color()), renderer.depth() ? pixels_of(*renderer.depth()) : Pixels());
+        };
+        for (const bool is_colorized : {false, true}) {
+            ASSERT_EQ(picture(true, is_colorized), picture(false, is_colorized)) << "seed " << seed << ' ' << is_colorized;
         }
     }
 }

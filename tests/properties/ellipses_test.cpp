@@ -42,6 +42,13 @@ private:
     bool is_turned() const { return rotation == std::numbers::pi / 2 || rotation == 3 * std::numbers::pi / 2; }
 };
 
+// Renderers get what lies in the hard clip.
+VT_Reference<VT_Rendition> wide_rendition() {
+    VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+    rendition->clip.hard_clip = {-9999, 9999, -9999, 9999};
+    return rendition;
+}
+
 using Pixels = std::vector<VT_Int_Pair>; // columns and rows; a pixel that is listed twice is drawn twice
 
 Pixels circle(std::int32_t x, std::int32_t y, std::int32_t r) {
@@ -186,7 +193,7 @@ TEST(Ellipses, Cover_their_outline_or_all_inside_it) {
         Random random(static_cast<std::uint64_t>(seed));
         const Region region(random);
         const bool masked = random.chance(40);
-        const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+        const VT_Reference<VT_Rendition> rendition = wide_rendition();
         if (masked) {
             rendition->clip.complex_clip = region.contours();
         }
@@ -228,7 +235,7 @@ TEST(Ellipses, Stay_inside_when_their_arithmetic_wraps) {
         for (const bool filled : {true, false}) {
             Test_Renderer renderer(setup_of(false, {2 * of.x + 1, 2 * of.y + 1}));
             const Ellipse ellipse{{of.x, of.y, 0}, {of.x, of.y, 0}, {1, 2, 3, 255}, filled, 0};
-            ellipse.draw(*renderer, *VT_Reference<VT_Rendition>(new VT_Rendition));
+            ellipse.draw(*renderer, *wide_rendition());
             EXPECT_NE(renderer.color().pixel(0, of.y), 0U);
         }
     }
@@ -266,7 +273,7 @@ TEST(Ellipses, Go_to_the_host_unless_plain_whole_and_straight) {
     Test_Renderer renderer(setup_of(false));
     for (const Case& c : cases) {
         SCOPED_TRACE(&c - cases);
-        const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+        const VT_Reference<VT_Rendition> rendition = wide_rendition();
         rendition->line.weight = c.weight;
         rendition->line.style = c.style;
         rendition->line.flags = c.flags;
@@ -278,7 +285,6 @@ TEST(Ellipses, Go_to_the_host_unless_plain_whole_and_straight) {
     // The slots stay when there is no 32-bit buffer any more.
     renderer->current_options.set_color_system(0);
     renderer->establish_all();
-    VD_Draw_DCI_Ellipse(*renderer, *VT_Reference<VT_Rendition>(new VT_Rendition), &center, &cases[0].radii, 0.0, full, 0.0,
-                        &color);
+    VD_Draw_DCI_Ellipse(*renderer, *wide_rendition(), &center, &cases[0].radii, 0.0, full, 0.0, &color);
     EXPECT_EQ(renderer.take_handed_over(), handed(true, "VD_Standard_Draw_DCI_Ellipse"));
 }

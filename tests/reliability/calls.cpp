@@ -4,8 +4,12 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
+#include <optional>
 #include <sstream>
 #include <type_traits>
+
+#include "vorna/draw.h"
 
 namespace {
 
@@ -83,9 +87,111 @@ public:
         };
     }
 
+    template <class Through> Draw arguments(VT_Draw_Dot*, Through through) {
+        return [through, point = point(), color = some_color()](VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
+            through(renderer, rendition, &point, color ? &*color : nullptr);
+        };
+    }
+
+    // Wide and dashed arcs of the largest radii have a hundred thousand segments.
+    template <class Through> Draw arguments(VT_Draw_Ellipse*, Through through) {
+        const auto angle = [&] { return numbers_.real<double>(&Numbers::any); };
+        const VT_DCI_Point center = point();
+        const VT_DCI_Point radii = random_.chance(10) ? point() : VT_DCI_Point{random_.number(-1, 60), random_.number(0, 60), 0};
+        const bool is_whole = random_.chance(50);
+        const double start = is_whole ? 0 : angle();
+        const double end = is_whole ? 2 * std::numbers::pi : random_.chance(50) ? start + 2 : angle();
+        const double rotation = random_.chance(50) ? 0 : angle();
+        description_ << " from " << start << " to " << end << " turned " << rotation << ", radii " << radii.x << ' ' << radii.y;
+        return [through, center, radii, start, end, rotation, color = some_color()](VT_Renderer_Data& renderer,
+                                                                                    const VT_Rendition& rendition) {
+            through(renderer, rendition, &center, &radii, start, end, rotation, color ? &*color : nullptr);
+        };
+    }
+
+    template <class Through> Draw arguments(VT_Draw_Index8_Image*, Through through) {
+        return [through, image = placed<std::uint8_t>()](VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
+            through(renderer, rendition, &image.start, &image.end, image.stride, image.data());
+        };
+    }
+    template <class Through> Draw arguments(VT_Draw_RGB32_Image*, Through through) {
+        return [through, image = placed<VT_RGB32>()](VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
+            through(renderer, rendition, &image.start, &image.end, image.stride, image.data(), 0, nullptr);
+        };
+    }
+    template <class Through> Draw arguments(VT_Write_Depth*, Through through) {
+        return [through, image = placed<std::uint16_t>()](VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
+            through(renderer, rendition, &image.start, &image.end, image.stride, image.data());
+        };
+    }
+    template <class Through> Draw arguments(VT_Read_Image*, Through through) {
+        return [through, area = placed<std::uint8_t>()](VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
+            constexpr Buffer_Format format = Buffer_Format::whatever_is_there;
+            VT_Reference<VT_Shared_Image> image;
+            through(renderer, rendition, &area.start, &area.end, &format, image);
+        };
+    }
+
+    template <class Through> Draw arguments(VT_Draw_Image*, Through through) {
+        const VT_Int_Rectangle& window = numbers_.window();
+        const VT_Int_Pair size = random_.chance(50) ? VT_Int_Pair{window.right - window.left + 1, window.top - window.bottom + 1}
+                                                    : VT_Int_Pair{random_.number(1, 9), random_.number(1, 9)};
+        constexpr Buffer_Format formats[] = {Buffer_Format::index8, Buffer_Format::rgb32, Buffer_Format::presentation_rgb32,
+                                             Buffer_Format::depth16};
+        const Buffer_Format format = random_.one_of(formats);
+        const VT_Reference<VT_Shared_Image> image(
+            new VT_Shared_Image(size.x, size.y, format, size.x * bytes_per_pixel(format), nullptr, false, random_.chance(50)));
+        return [through, image, start = point()](VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
+            through(renderer, rendition, &start, image.get());
+        };
+    }
+
+    template <class Through> Draw arguments(VT_Window_Action*, Through through) {
+        const VT_DCI_Point one = point();
+        const VT_DCI_Point other = point();
+        const VT_Window_Attributes window{
+            {one.x, other.x, one.y, other.y}, random_.chance(50) ? face_pattern::solid : numbers_.any(), {1, 2, 3, 4}, 5};
+        return [through, window](VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
+            VT_Rendition painting(rendition);
+            painting.window = window;
+            through(renderer, painting);
+        };
+    }
+
     std::string description() const { return description_.str(); }
 
 private:
+    VT_DCI_Point point() {
+        const VT_DCI_Point point{numbers_.column(), numbers_.row(), numbers_.depth()};
+        description_ << " (" << point.x << ' ' << point.y << ' ' << point.z << ')';
+        return point;
+    }
+
+    std::optional<VT_RGB32> some_color() { return random_.chance(50) ? std::optional(colors().front()) : std::nullopt; }
+
+    // Between any two places without pixels, or small ones with as many as they have.
+    template <class Pixel> struct Placed {
+        VT_DCI_Point start, end;
+        std::int32_t stride = 0;
+        std::vector<Pixel> pixels;
+
+        const Pixel* data() const { return pixels.empty() ? nullptr : pixels.data(); }
+    };
+    template <class Pixel> Placed<Pixel> placed() {
+        Placed<Pixel> image{point(), point(), 0, {}};
+        if (random_.chance(70)) {
+            const std::int32_t width = random_.number(1, 90);
+            const std::int32_t height = random_.number(1, 60);
+            image.start.x = std::min(image.start.x, INT32_MAX - width);
+            image.start.y = std::max(image.start.y, INT32_MIN + height);
+            image.end = {image.start.x + width - 1, image.start.y - height + 1, image.end.z};
+            image.stride = width * static_cast<std::int32_t>(sizeof(Pixel));
+            image.pixels.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+            description_ << " of " << width << " x " << height;
+        }
+        return image;
+    }
+
     // A pointer to no points would not be one that a host may pass.
     std::size_t points_to_make() const { return count_ < 1 ? 1 : static_cast<std::size_t>(count_); }
 
@@ -128,9 +234,9 @@ private:
     std::ostringstream description_;
 };
 
-template <class Function> constexpr bool takes_points = requires(Maker maker, Function* function) {
-    maker.arguments(function, [](auto&&...) {});
-};
+template <class Function> constexpr bool takes_points = false;
+template <class... More>
+constexpr bool takes_points<void(VT_Renderer_Data&, const VT_Rendition&, std::int32_t count, More...)> = true;
 
 double hostile_length(Numbers& numbers) {
     return numbers.random().chance(50) ? numbers.random().number(0, 9) : numbers.real<double>(&Numbers::any);
@@ -230,21 +336,28 @@ const std::vector<std::string_view>& point_slots() {
     return names;
 }
 
-Slot_Call make_call(std::string_view slot, Numbers& numbers, std::int32_t count) {
+const std::vector<std::string_view>& all_slots() {
+    static const std::vector<std::string_view> names{
+#define VT_ACTION(slot, name, ...) #slot,
+#include "renderer/host/action_list.inc"
+#undef VT_ACTION
+    };
+    return names;
+}
+
+Slot_Call make_call(std::string_view slot, Numbers& numbers, std::int32_t count, bool is_standard) {
     Slot_Call call{slot, {}, {}};
-    for_each_action([&]<class Function>(std::string_view name, Action_Slot<Function> Action_Table::*member, Function* standard) {
-        if constexpr (takes_points<Function>) {
-            if (name == slot) {
-                Maker maker(slot, numbers, count);
-                const auto through = [member, standard](VT_Renderer_Data& renderer, const VT_Rendition& rendition, auto... more) {
-                    const Action_Slot<Function>& action = renderer.actions.*member;
-                    (action.enabled ? action.function : standard)(renderer, rendition, more...);
-                };
-                call.draw = maker.arguments(standard, through);
-                call.description = maker.description();
-            }
-        }
-    });
+    const auto make = [&]<class Function>(const auto& drawn, Function* standard) {
+        Maker maker(slot, numbers, count);
+        call.draw = maker.arguments(standard, [=](auto&&... all) { is_standard ? standard(all...) : drawn(all...); });
+        call.description = (is_standard ? ", standard" : "") + maker.description();
+    };
+#define VT_ACTION(slot_name, name, ...)                                                                                          \
+    if (slot == #slot_name) {                                                                                                    \
+        make(VD_##name, &VD_Standard_##name);                                                                                    \
+    }
+#include "renderer/host/action_list.inc"
+#undef VT_ACTION
     return call;
 }
 

@@ -21,6 +21,7 @@ public:
 
     Random& random() const noexcept { return random_; }
     bool are_hostile() const noexcept { return are_hostile_; }
+    const VT_Int_Rectangle& window() const noexcept { return window_; }
 
     std::int32_t column() { return coordinate(window_.left, window_.right); }
     std::int32_t row() { return coordinate(window_.bottom, window_.top); }
@@ -48,8 +49,11 @@ struct Slot_Call {
 // The names of the slots that lists of points are drawn through, in the order of the action table.
 const std::vector<std::string_view>& point_slots();
 
-// A call of such a slot, or of its standard function where the slot is empty, with count points.
-Slot_Call make_call(std::string_view slot, Numbers& numbers, std::int32_t count);
+// The names of all slots.
+const std::vector<std::string_view>& all_slots();
+
+// A call as an application makes it, or of the standard function, with count points where it takes as many as it is told.
+Slot_Call make_call(std::string_view slot, Numbers& numbers, std::int32_t count, bool is_standard = false);
 
 // Attributes at the ends of what their types hold.
 VT_Reference<VT_Rendition> hostile_rendition(Numbers& numbers, const VT_Int_Rectangle& window);

@@ -1,5 +1,5 @@
-// Numbers from the ends of what their types hold, through every slot whose points may lie anywhere: nothing beside the pixels is
-// read or written, and every call ends soon.
+// Numbers from the ends of what their types hold, through every drawing function and every standard function: nothing beside the
+// pixels is read or written, and every call ends soon.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -35,11 +35,6 @@ double processor_seconds() {
 // What buffers hold before a call; little endian.
 constexpr std::int32_t stored_depths[] = {65535, 65535, 65535, 65535, 65534, 32768, 1, 0};
 constexpr std::int32_t stored_words[] = {0, 255, 128, 7, -1, 0x00FFFFFF, 0x0A0000FF, INT32_MIN};
-
-// Only device polylines of integers are for points in and around the window.
-bool may_lie_anywhere(std::string_view slot) {
-    return !slot.starts_with("draw_dci_") || !slot.ends_with("polyline");
-}
 
 // A renderer between fences.
 class Fenced_Renderer {
@@ -180,49 +175,6 @@ VT_Int_Pair random_size(Random& random) {
     }
 }
 
-// Calls that take no list of points: painting, an image, and the host's ellipses.
-std::vector<Slot_Call> other_calls(Numbers& numbers, const VT_Int_Rectangle& window) {
-    Random& random = numbers.random();
-    const VT_Int_Rectangle painted{numbers.column(), numbers.column(), numbers.row(), numbers.row()};
-    const std::int32_t fill = random.chance(50) ? face_pattern::solid : numbers.any();
-    const bool fits = random.chance(50);
-    const VT_Int_Pair image_size = fits ? VT_Int_Pair{window.right - window.left + 1, window.top - window.bottom + 1}
-                                        : VT_Int_Pair{random.number(1, 9), random.number(1, 9)};
-    constexpr Buffer_Format formats[] = {Buffer_Format::index8, Buffer_Format::rgb32, Buffer_Format::presentation_rgb32};
-    const Buffer_Format format = random.one_of(formats);
-    const VT_Reference<VT_Shared_Image> image(new VT_Shared_Image(image_size.x, image_size.y, format,
-                                                                  image_size.x * (format == Buffer_Format::index8 ? 1 : 4),
-                                                                  nullptr, false, random.chance(50)));
-    const VT_DCI_Point place{numbers.column(), numbers.row(), numbers.depth()};
-    const VT_DCI_Point radii{numbers.column(), numbers.row(), 0};
-    const double start = numbers.real<double>(&Numbers::any);
-    const double end = random.chance(50) ? start + 2 : numbers.real<double>(&Numbers::any);
-    const double rotation = random.chance(50) ? 0 : numbers.real<double>(&Numbers::any);
-    std::ostringstream text;
-    text << " (" << place.x << ' ' << place.y << ' ' << place.z << ") radii " << radii.x << ' ' << radii.y << " from " << start
-         << " to " << end << " turned " << rotation << ", rectangle " << painted.left << ' ' << painted.right << ' '
-         << painted.bottom << ' ' << painted.top << " fill " << fill;
-    std::vector<Slot_Call> calls{{"draw_window", text.str(),
-                                  [=](VT_Renderer_Data& to, const VT_Rendition& with) {
-                                      VT_Rendition painting(with);
-                                      painting.window = {painted, fill, {1, 2, 3, 4}, 5};
-                                      VD_Draw_Window(to, painting);
-                                  }},
-                                 {"draw_dci_image", text.str(), [=](VT_Renderer_Data& to, const VT_Rendition& with) {
-                                      VD_Draw_DCI_Image(to, with, &place, image.get());
-                                  }}};
-    // Wide and dashed arcs of the largest radii have a hundred thousand segments.
-    if (random.chance(10)) {
-        calls.push_back({"ellipse of the host", text.str(), [=](VT_Renderer_Data& to, const VT_Rendition& with) {
-                             VD_Standard_Draw_DCI_Ellipse(to, with, &place, &radii, start, end, rotation, nullptr);
-                         }});
-        calls.push_back({"arc of the host", text.str(), [=](VT_Renderer_Data& to, const VT_Rendition& with) {
-                             VD_Standard_Draw_DCI_Elliptical_Arc(to, with, &place, &radii, start, end, rotation, nullptr);
-                         }});
-    }
-    return calls;
-}
-
 int draw_hostile_calls(const std::string& kernels, std::size_t renderer_case, std::uint64_t seed, int rounds) {
     Random random(seed * 6 + renderer_case);
     const VT_Int_Pair size = random_size(random);
@@ -234,14 +186,9 @@ int draw_hostile_calls(const std::string& kernels, std::size_t renderer_case, st
     int drawn = 0;
     for (int i = 0; i < rounds; ++i) {
         renderer.fill(random);
-        std::vector<Slot_Call> calls = other_calls(numbers, window);
-        for (const std::string_view slot : point_slots()) {
-            if (may_lie_anywhere(slot)) {
-                const std::int32_t count = random.chance(10) ? random.number(-1, 2) : random.number(2, 9);
-                calls.push_back(make_call(slot, numbers, random.chance(3) ? 70 : count));
-            }
-        }
-        for (const Slot_Call& call : calls) {
+        for (const std::string_view slot : all_slots()) {
+            const std::int32_t count = random.chance(10) ? random.number(-1, 2) : random.number(2, 9);
+            const Slot_Call call = make_call(slot, numbers, random.chance(3) ? 70 : count, random.chance(25));
             // On the stack, where a reference that is taken and given up ends the process.
             const VT_Rendition rendition(*hostile_rendition(numbers, window));
             const std::string rules = renderer.set_depth_rules(random, numbers.any());

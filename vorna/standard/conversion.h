@@ -33,10 +33,6 @@ template <class Point> std::vector<VT_DCI_Point> rounded_points(std::int32_t cou
     return whole;
 }
 
-constexpr bool contains(const VT_Int_Rectangle& rectangle, std::int64_t x, std::int64_t y) noexcept {
-    return x >= rectangle.left && x <= rectangle.right && y >= rectangle.bottom && y <= rectangle.top;
-}
-
 // The part of a segment that lies within margin of the rectangle's pixels, as parameters from 0 to 1 (Liang-Barsky). False when
 // there is none.
 bool part_near(const VT_Int_Rectangle& rectangle, double margin, const VT_Point_D& from, const VT_Point_D& to, double& first,

@@ -24,8 +24,12 @@ double non_negative(double length) noexcept {
 struct Dash {
     double first, last;
     std::size_t first_segment, last_segment;
+    bool is_visible;
+    bool goes_on; // into a segment where it cannot be seen
 };
 
+// A dash that can be seen is there whole, up to the vertex beyond which it cannot: cut elsewhere it would, in whole pixels, run
+// at another slope.
 class Cutter {
 public:
     Cutter(const Stroke_Path& line, const Dash_Pattern& pattern, Stroke_Colors colors, bool shortened)
@@ -37,6 +41,9 @@ public:
             const double z = pattern.measures_depth ? line[s + 1].z - line[s].z : 0;
             starts_.push_back(starts_.back() + std::sqrt(x * x + y * y + z * z));
         }
+        const Stroke_Point& start = line.front();
+        const Stroke_Point& end = line.back();
+        meets_itself_ = line.size() > 3 && start.x == end.x && start.y == end.y && start.z == end.z && pattern.begins_drawn();
     }
 
     std::vector<Stroke_Path> cut(const VT_Int_Rectangle& rectangle, double margin) {
@@ -50,7 +57,9 @@ public:
         }
         std::vector<Stroke_Path> paths;
         for (const Dash& dash : dashes_) {
-            paths.push_back(path(dash));
+            if (dash.is_visible && !(ends_drawn(dash) && total() - dash.first < step(dash.last_segment))) {
+                paths.push_back(path(dash));
+            }
         }
         return paths;
     }
@@ -78,48 +87,62 @@ private:
     }
 
     void repeat(std::size_t s, double from, double to, double first, double last) {
-        const double start = std::max(first, from);
-        const double end = std::min(last, to);
+        const double start = std::clamp(first, from, to);
+        const double end = std::clamp(last, from, to);
         if (end - start > most_repetitions * repetition_) {
             return;
         }
-        double at = from + std::floor(std::max(start - from, 0.0) / repetition_) * repetition_;
-        while (at < end) {
-            const double before = at;
-            for (std::size_t e = 0; e < pattern_.lengths.size() && at < end; ++e) {
-                const double next = at + pattern_.lengths[e];
+        // Elements may make up one dash with those beside them: one repetition more to each side.
+        for (double k = std::max(std::floor((start - from) / repetition_) - 1, 0.0);; ++k) {
+            double at = from + k * repetition_;
+            if (at >= to || at > end + repetition_ || from + (k + 1) * repetition_ <= at) {
+                return; // also so far along that a repetition is too little to tell
+            }
+            double length = 0;
+            for (std::size_t e = 0; e < pattern_.lengths.size() && at < to; ++e) {
+                length += pattern_.lengths[e];
+                const double next = from + k * repetition_ + length;
                 if (pattern_.kinds[e] > 0) {
-                    add_dash(s, at, std::min(next, to), start, end);
+                    add_dash(s, at, std::min(next, to), first, last);
                 } else if (pattern_.kinds[e] == 0 && !(pattern_.has_end_dots && (at <= from || at >= to))) {
-                    add_dot(s, at, start, end);
+                    add_dot(s, at, first, last);
                 }
                 at = next;
-            }
-            if (at <= before) {
-                return; // so far along that a repetition is too little to tell
             }
         }
     }
 
     void add_dash(std::size_t s, double from, double to, double first, double last) {
-        from = std::max(from, first);
-        to = std::min(to, last);
+        const bool goes_on = to > starts_[s + 1];
+        from = std::max(from, starts_[s]);
+        to = std::min(to, starts_[s + 1]);
         if (from >= to) {
             return;
         }
+        const bool is_visible = from < last && to > first;
         if (!dashes_.empty() && dashes_.back().last >= from && dashes_.back().last > dashes_.back().first) {
-            dashes_.back().last = std::max(dashes_.back().last, to);
-            dashes_.back().last_segment = s;
+            Dash& dash = dashes_.back();
+            dash.last = std::max(dash.last, to);
+            dash.last_segment = s;
+            dash.is_visible = dash.is_visible || is_visible;
+            dash.goes_on = goes_on;
         } else {
-            dashes_.push_back({from, to, s, s});
+            start_dash({from, to, s, s, is_visible, goes_on});
         }
     }
 
     // A vertex belongs to the segment that begins there.
     void add_dot(std::size_t s, double at, double first, double last) {
         if (at >= first && (at < last || (at == last && at == total()))) {
-            dashes_.push_back({at, at, s, s});
+            start_dash({at, at, s, s, true, false});
         }
+    }
+
+    void start_dash(const Dash& dash) {
+        if (!dashes_.empty() && !dashes_.back().is_visible) {
+            dashes_.pop_back();
+        }
+        dashes_.push_back(dash);
     }
 
     Stroke_Point point(std::size_t s, double at) const noexcept {
@@ -134,13 +157,19 @@ private:
         return point;
     }
 
+    // Whether its last pixel is drawn already, where the line began.
+    bool ends_drawn(const Dash& dash) const noexcept { return shortened_ && meets_itself_ && dash.last == total(); }
+
+    // From one pixel to the next.
+    double step(std::size_t s) const noexcept {
+        const double steps = std::max(std::abs(line_[s + 1].x - line_[s].x), std::abs(line_[s + 1].y - line_[s].y));
+        return steps > 0 ? (starts_[s + 1] - starts_[s]) / steps : 0;
+    }
+
     Stroke_Path path(const Dash& dash) const {
         double last = dash.last;
-        if (shortened_ && last < total()) {
-            const std::size_t s = dash.last_segment;
-            const double steps = std::max(std::abs(line_[s + 1].x - line_[s].x), std::abs(line_[s + 1].y - line_[s].y));
-            const double step = steps > 0 ? (starts_[s + 1] - starts_[s]) / steps : 0;
-            last = std::max({last - step, dash.first, starts_[s]});
+        if (shortened_ && !dash.goes_on && (last < total() || ends_drawn(dash))) {
+            last = std::max({last - step(dash.last_segment), dash.first, starts_[dash.last_segment]});
         }
         Stroke_Path path{point(dash.first_segment, dash.first)};
         for (std::size_t s = dash.first_segment + 1; s <= dash.last_segment; ++s) {
@@ -155,8 +184,9 @@ private:
     const Stroke_Colors colors_;
     const bool shortened_;
     const double repetition_;
+    bool meets_itself_;          // where its end is drawn already
     std::vector<double> starts_; // distance of each vertex along the line
-    std::vector<Dash> dashes_;
+    std::vector<Dash> dashes_;   // all but the last can be seen
 };
 
 bool is_plain(const VT_Reference<const VT_Line_Type>& type) noexcept {
@@ -203,6 +233,17 @@ Dash_Pattern::Dash_Pattern(std::int32_t style, std::int32_t weight) {
         lengths = {unit};
         kinds = {1};
     }
+}
+
+bool Dash_Pattern::begins_drawn() const noexcept {
+    if (leading > 0 || !(repetition() > 0)) {
+        return leading > 0;
+    }
+    std::size_t e = 0;
+    while (lengths[e] == 0 && kinds[e] != 0) {
+        ++e;
+    }
+    return kinds[e] > 0 || (kinds[e] == 0 && !has_end_dots);
 }
 
 double Dash_Pattern::repetition() const noexcept {

@@ -24,10 +24,13 @@ struct Dash_Pattern {
 
     // Elements that lead nowhere would repeat for ever: such a pattern, and one without elements, repeats nothing.
     double repetition() const noexcept;
+    // Whether a dash or dot lies at the very beginning.
+    bool begins_drawn() const noexcept;
 };
 
-// Dashes go on around corners, each as one path. Only what lies within margin of the rectangle is cut. The last pixel of a dash
-// is left out when shortened, as the next one begins there: then paths are for lines of one pixel, which show both ends.
+// Dashes go on around corners, each as one path. Those that do not come within margin of the rectangle are left out, whole or up
+// to a vertex. The last pixel of a dash is left out when shortened, as the next one begins there: then paths are for lines of one
+// pixel, which show both ends. So it is at the end of a line that ends where it began, when something is drawn there.
 std::vector<Stroke_Path> cut_into_dashes(const Stroke_Path& line, const Dash_Pattern& pattern, Stroke_Colors colors,
                                          const VT_Int_Rectangle& rectangle, double margin, bool shortened);
 

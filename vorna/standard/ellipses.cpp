@@ -7,10 +7,14 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 #include <vector>
 
 #include "vorna/draw.h"
+#include "vorna/standard/conversion.h"
 #include "vorna/standard/drawing_area.h"
+#include "vorna/standard/lines.h"
+#include "vorna/standard/merging.h"
 #include "vorna/standard/standard_call.h"
 
 namespace {
@@ -114,7 +118,7 @@ public:
     }
 
     // Calls draw(row, first column, last column) for the runs of each row, upwards and to the right, every pixel once.
-    template <class Draw> void for_each_run(Draw draw) {
+    template <class Draw> void for_each_run(Draw&& draw) {
         std::sort(runs_.begin(), runs_.end(),
                   [](const Run& a, const Run& b) { return a.row != b.row ? a.row < b.row : a.first < b.first; });
         for (std::size_t i = 0; i < runs_.size();) {
@@ -213,34 +217,80 @@ void add_inside(Pixel_Set& pixels, const Curve& curve) {
     }
 }
 
-// Runs are faces of one row, which without depth buffer blend whether alpha blending is asked for or not. Dots serve where faces
-// do not: palette indices, and clip regions with depth and alpha, which faces draw through.
+// Draws runs of 32-bit pixels by the rules of the renderers' own ellipses, whatever the configuration: opaque ones are stored,
+// translucent ones blended as lines are, none merge. Blending is done here, against what the buffer holds, because no slot has
+// exactly this rule everywhere. Images store pixels; with depth lines do, which follow its test.
+class Run_Painter {
+public:
+    Run_Painter(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t z, VT_RGB32 color)
+        : renderer_(renderer), plain_(new VT_Rendition(rendition)), z_(z), color_(color),
+          has_depth_(vorna::has_depth_in_force(renderer, rendition)) {
+        plain_->line.weight = 1;
+        plain_->line.style = line_style::solid;
+        plain_->line.flags &= ~line_flag::smoothed;
+        plain_->drawing_flags = 0;
+    }
+
+    void operator()(std::int32_t row, std::int32_t first, std::int32_t last) {
+        colors_.assign(static_cast<std::size_t>(last - first + 1), color_);
+        if (color_.alpha < 255) {
+            blend(row, first, last);
+        }
+        const VT_DCI_Point start{first, row, z_};
+        const VT_DCI_Point end{last, row, z_};
+        if (has_depth_ && color_.alpha == 255) {
+            vorna::draw_level_line(renderer_, *plain_, start, end, {&color_, 1});
+        } else if (has_depth_) {
+            std::vector<VT_DCI_Point> pixels;
+            for (VT_DCI_Point pixel = start; pixel.x <= last; ++pixel.x) {
+                pixels.push_back(pixel);
+            }
+            vorna::draw_level_line(renderer_, *plain_, std::move(pixels), colors_);
+        } else {
+            VD_Draw_DCI_RGB32_Image(renderer_, *plain_, &start, &end, 0, colors_.data(), 0, nullptr);
+        }
+    }
+
+private:
+    void blend(std::int32_t row, std::int32_t first, std::int32_t last) {
+        constexpr Buffer_Format format = Buffer_Format::rgb32;
+        const VT_DCI_Point start{first, row, 0};
+        const VT_DCI_Point end{last, row, 0};
+        VD_Read_Color_Image(renderer_, *plain_, &start, &end, &format, stored_);
+        for (std::size_t i = 0; stored_ && i < colors_.size(); ++i) {
+            const std::uint8_t* const under = stored_->row(0) + 4 * i;
+            const auto mix = [&](int from, int to) {
+                return static_cast<std::uint8_t>(from + ((to - from) * color_.alpha >> 8));
+            };
+            colors_[i] = {mix(under[0], color_.blue), mix(under[1], color_.green), mix(under[2], color_.red), 255};
+        }
+    }
+
+    VT_Renderer_Data& renderer_;
+    VT_Reference<VT_Rendition> plain_;
+    std::int32_t z_;
+    VT_RGB32 color_;
+    bool has_depth_;
+    std::vector<VT_RGB32> colors_;
+    VT_Reference<VT_Shared_Image> stored_;
+};
+
 void draw_pixels(VT_Renderer_Data& renderer, const VT_Rendition& rendition, Pixel_Set& pixels, std::int32_t z,
                  const VT_RGB32* color) {
-    const VT_Renderer_Options& options = renderer.current_renderer_options();
-    const bool ignores_region = options.buffer_depth() >= 1 && options.alpha_blending() && rendition.clip.complex_clip;
-    if (options.color_system() != 1 || ignores_region) {
-        pixels.for_each_run([&](std::int32_t row, std::int32_t first, std::int32_t last) {
-            for (VT_DCI_Point point{first, row, z}; point.x <= last; ++point.x) {
-                VD_Draw_DCI_Dot(renderer, rendition, &point, color);
-            }
-        });
+    if (renderer.current_renderer_options().color_system() == 1) {
+        pixels.for_each_run(Run_Painter(renderer, rendition, z, color ? *color : rendition.line.color));
         return;
     }
-    const VT_Reference<VT_Rendition> filled(new VT_Rendition(rendition));
-    filled->face = {};
-    filled->face.color = color ? *color : rendition.line.color;
-    filled->face.flags = filled->face.color.alpha < 255 ? face_flag::translucent : 0;
-    filled->face.mode = rendition.line.mode;
     pixels.for_each_run([&](std::int32_t row, std::int32_t first, std::int32_t last) {
-        const VT_DCI_Point strip[] = {{first, row, z}, {last + 1, row, z}, {first, row + 1, z}, {last + 1, row + 1, z}};
-        VD_Draw_2DI_Polytriangle(renderer, *filled, 4, strip);
+        for (VT_DCI_Point point{first, row, z}; point.x <= last; ++point.x) {
+            VD_Draw_DCI_Dot(renderer, rendition, &point, color);
+        }
     });
 }
 
 bool is_thin(const VT_Line_Attributes& line) noexcept {
-    return line.weight <= 1 && line.style == 0 && !(line.flags & line_flag::smoothed) &&
-           line.line_types == VT_Line_Type_Set::None;
+    return line.weight <= 1 && line.style == line_style::solid && !(line.flags & line_flag::smoothed) &&
+           !vorna::has_line_types(line);
 }
 
 // As many corners as keep a polyline within a quarter of a pixel of the curve.
@@ -258,11 +308,7 @@ void draw_polyline(VT_Renderer_Data& renderer, const VT_Rendition& rendition, co
     if (curve.is_whole()) {
         points.back() = points.front();
     }
-    if (color) {
-        VD_Draw_2D_Colorized_Polyline(renderer, rendition, segments + 1, points.data(), color, true);
-    } else {
-        VD_Draw_2D_Polyline(renderer, rendition, segments + 1, points.data());
-    }
+    vorna::draw_arc(renderer, rendition, vorna::rounded_points(segments + 1, points.data()), color);
 }
 
 void draw_ellipse(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point& center,

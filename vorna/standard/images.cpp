@@ -1,6 +1,8 @@
 // Standard images: those of the other pixel kind, made the buffer's kind by the palette and drawn through its slot, and shared
-// images of every format. An image keeps to the hard clip. The slots that write depths or read buffers back have nothing to do
-// here: a renderer leaves them empty where there is no such buffer, and then reading gives no image.
+// images of every format. They keep to the hard clip. Images of the buffer's kind, and depths, come here when they leave the
+// window where their slot does not look: what lies inside goes back to the slot. Reading beyond the window, or where there is no
+// such buffer, gives no image.
+#include <cmath>
 #include <cstring>
 #include <unordered_map>
 #include <vector>
@@ -18,13 +20,11 @@ struct Placed_Image {
     const std::uint8_t* pixels; // null = zeros
     VT_Int_Rectangle drawn;
 
-    Placed_Image(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point& top_left,
-                 const VT_DCI_Point& bottom_right, std::int32_t bytes_per_row, const void* source)
-        : start(top_left), end(bottom_right), stride(bytes_per_row), pixels(static_cast<const std::uint8_t*>(source)),
-          drawn(vorna::visible_rectangle(renderer, rendition)) {
-        drawn = {std::max(drawn.left, start.x), std::min(drawn.right, end.x), std::max(drawn.bottom, end.y),
-                 std::min(drawn.top, start.y)};
-    }
+    Placed_Image(const VT_Int_Rectangle& shown, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
+                 std::int32_t bytes_per_row, const void* source)
+        : start(top_left), end(bottom_right), stride(bytes_per_row),
+          pixels(static_cast<const std::uint8_t*>(source)), drawn{std::max(shown.left, start.x), std::min(shown.right, end.x),
+                                                                  std::max(shown.bottom, end.y), std::min(shown.top, start.y)} {}
 
     std::int32_t width() const noexcept { return drawn.right - drawn.left + 1; }
     std::int32_t height() const noexcept { return drawn.top - drawn.bottom + 1; }
@@ -43,13 +43,17 @@ struct Placed_Image {
 
     // Along a row; renderers let a row go on where the one above ended, which a part cannot know.
     std::int32_t depth_at(std::int32_t column) const noexcept {
-        const std::int64_t columns = std::int64_t{end.x} - start.x;
-        const std::int64_t rise = std::int64_t{end.z} - start.z;
-        return columns == 0 ? start.z : static_cast<std::int32_t>(start.z + rise * (std::int64_t{column} - start.x) / columns);
+        const double columns = double(end.x) - start.x;
+        const double rise = double(end.z) - start.z;
+        return columns == 0 ? start.z
+                            : static_cast<std::int32_t>(start.z + std::trunc(rise * (double(column) - start.x) / columns));
     }
-    // The first drawn pixel of pixel_bytes in the highest row.
-    const std::uint8_t* first(std::int32_t pixel_bytes) const noexcept {
-        return pixels + (std::int64_t{start.y} - drawn.top) * stride + (std::int64_t{drawn.left} - start.x) * pixel_bytes;
+    // The first drawn pixel in the highest row.
+    template <class Pixel> const Pixel* first() const noexcept {
+        return pixels ? reinterpret_cast<const Pixel*>(pixels + (std::int64_t{start.y} - drawn.top) * stride +
+                                                       (std::int64_t{drawn.left} - start.x) *
+                                                           static_cast<std::int64_t>(sizeof(Pixel)))
+                      : nullptr;
     }
     VT_DCI_Point top_left() const noexcept { return {drawn.left, drawn.top, depth_at(drawn.left)}; }
     VT_DCI_Point bottom_right() const noexcept { return {drawn.right, drawn.bottom, depth_at(drawn.right)}; }
@@ -66,6 +70,19 @@ struct Placed_Image {
         return result;
     }
 };
+
+// Of a call that its slot may not get, what lies in the window, through the slot.
+template <class Pixel, auto Slot, class... More>
+void draw_inside(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point* start, const VT_DCI_Point* end,
+                 std::int32_t stride, const Pixel* pixels, More... more) {
+    const auto& slot = renderer.actions.*Slot;
+    const Placed_Image image(vorna::window_rectangle(renderer.current_renderer_options()), *start, *end, stride, pixels);
+    if (slot.enabled && !vorna::is_empty(image.drawn) && !vorna::Slot_Contract<Slot>::admits(renderer, rendition, start, end)) {
+        const VT_DCI_Point top_left = image.top_left();
+        const VT_DCI_Point bottom_right = image.bottom_right();
+        slot.function(*slot.owner, rendition, &top_left, &bottom_right, stride, image.first<Pixel>(), more...);
+    }
+}
 
 // The palette's closest colours, each looked for once.
 class Closest_Indices {
@@ -117,13 +134,16 @@ void draw_blended(VT_Renderer_Data& renderer, const VT_Rendition& rendition, con
 
 } // namespace
 
-// Only where the buffer holds colours: otherwise the slot that takes indices is the one that is empty.
 void VD_Standard_Draw_DCI_Index8_Image(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point* start,
                                        const VT_DCI_Point* end, std::int32_t stride, const std::uint8_t* pixels) {
     const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DCI_Index8_Image");
     const VT_Renderer_Options& options = renderer.current_renderer_options();
-    const Placed_Image image(renderer, rendition, *start, *end, stride, pixels);
-    if (options.color_system() != 1 || vorna::is_empty(image.drawn)) {
+    if (options.color_system() != 1) {
+        draw_inside<std::uint8_t, &Action_Table::draw_dci_index8_image>(renderer, rendition, start, end, stride, pixels);
+        return;
+    }
+    const Placed_Image image(vorna::visible_rectangle(renderer, rendition), *start, *end, stride, pixels);
+    if (vorna::is_empty(image.drawn)) {
         return;
     }
     const auto colors = image.converted<std::uint8_t>([&](std::uint8_t index) { return options.palette().color(index); });
@@ -133,12 +153,17 @@ void VD_Standard_Draw_DCI_Index8_Image(VT_Renderer_Data& renderer, const VT_Rend
 }
 
 void VD_Standard_Draw_DCI_RGB32_Image(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point* start,
-                                      const VT_DCI_Point* end, std::int32_t stride, const VT_RGB32* pixels, std::int32_t,
-                                      const VT_Packing*) {
+                                      const VT_DCI_Point* end, std::int32_t stride, const VT_RGB32* pixels, std::int32_t reserved,
+                                      const VT_Packing* packing) {
     const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DCI_RGB32_Image");
     const VT_Renderer_Options& options = renderer.current_renderer_options();
-    const Placed_Image image(renderer, rendition, *start, *end, stride, pixels);
-    if (options.color_system() == 1 || vorna::is_empty(image.drawn)) {
+    if (options.color_system() == 1) {
+        draw_inside<VT_RGB32, &Action_Table::draw_dci_rgb32_image>(renderer, rendition, start, end, stride, pixels, reserved,
+                                                                   packing);
+        return;
+    }
+    const Placed_Image image(vorna::visible_rectangle(renderer, rendition), *start, *end, stride, pixels);
+    if (vorna::is_empty(image.drawn)) {
         return;
     }
     if (rendition.drawing_flags & drawing_flag::translucent) {
@@ -223,27 +248,25 @@ void VD_Standard_Draw_DCI_Image(VT_Renderer_Data& renderer, const VT_Rendition& 
     const std::int32_t stride = bytes * image->width();
     const VT_DCI_Point end{held(std::int64_t{start->x} + image->width() - 1), held(std::int64_t{start->y} - image->height() + 1),
                            start->z};
-    const Placed_Image placed(renderer, rendition, *start, end, stride, rows.data());
+    const Placed_Image placed(vorna::visible_rectangle(renderer, rendition), *start, end, stride, rows.data());
     if (vorna::is_empty(placed.drawn)) {
         return;
     }
     const VT_DCI_Point top_left = placed.top_left();
     const VT_DCI_Point bottom_right = placed.bottom_right();
-    const std::uint8_t* first = placed.first(bytes);
     if (format == Buffer_Format::index8) {
-        VD_Draw_DCI_Index8_Image(renderer, rendition, &top_left, &bottom_right, stride, first);
+        VD_Draw_DCI_Index8_Image(renderer, rendition, &top_left, &bottom_right, stride, placed.first<std::uint8_t>());
     } else if (format == Buffer_Format::rgb32) {
-        VD_Draw_DCI_RGB32_Image(renderer, rendition, &top_left, &bottom_right, stride, reinterpret_cast<const VT_RGB32*>(first),
-                                0, nullptr);
+        VD_Draw_DCI_RGB32_Image(renderer, rendition, &top_left, &bottom_right, stride, placed.first<VT_RGB32>(), 0, nullptr);
     } else {
-        VD_Write_Depth_Rectangle(renderer, rendition, &top_left, &bottom_right, stride,
-                                 reinterpret_cast<const std::uint16_t*>(first));
+        VD_Write_Depth_Rectangle(renderer, rendition, &top_left, &bottom_right, stride, placed.first<std::uint16_t>());
     }
 }
 
-void VD_Standard_Write_Depth_Rectangle(VT_Renderer_Data& renderer, const VT_Rendition&, const VT_DCI_Point*, const VT_DCI_Point*,
-                                       std::int32_t, const std::uint16_t*) {
+void VD_Standard_Write_Depth_Rectangle(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point* top_left,
+                                       const VT_DCI_Point* bottom_right, std::int32_t stride, const std::uint16_t* depths) {
     const vorna::Standard_Call call(renderer, "VD_Standard_Write_Depth_Rectangle");
+    draw_inside<std::uint16_t, &Action_Table::write_depth_rectangle>(renderer, rendition, top_left, bottom_right, stride, depths);
 }
 
 void VD_Standard_Read_Depth_Image(VT_Renderer_Data& renderer, const VT_Rendition&, const VT_DCI_Point*, const VT_DCI_Point*,

@@ -2,13 +2,16 @@
 //
 // Float forms become integer ones and go back to the slots. Integer forms that renderers hand over are made plain: a wide line
 // becomes rows of pixels, each drawn as a level line of one pixel; a dashed line becomes its dashes. Plain lines come back only
-// from renderers that lack the slot; they are drawn dot by dot. So nothing is ever handed round in a circle.
+// from renderers that lack the slot, and are drawn dot by dot, or as device lines that reach too far, and are cut. So nothing is
+// ever handed round in a circle.
 #include <algorithm>
 #include <cmath>
 
 #include "vorna/draw.h"
 #include "vorna/standard/conversion.h"
 #include "vorna/standard/dashes.h"
+#include "vorna/standard/lines.h"
+#include "vorna/standard/merging.h"
 #include "vorna/standard/standard_call.h"
 #include "vorna/standard/stroke.h"
 
@@ -23,6 +26,9 @@ struct Line {
     Stroke_Colors shading;
     const VT_RGB32* colors; // null = the rendition's own
     bool single_color;
+    bool has_types = colors == nullptr; // line types are for lines in the rendition's colour, as in the slots, and for arcs
+    bool is_dotted = false;             // drawn dot by dot
+    bool is_device = false;             // of the DCI form
 
     VT_RGB32 color(std::int32_t i) const noexcept { return colors ? colors[single_color ? 0 : i] : VT_RGB32{}; }
 };
@@ -39,9 +45,13 @@ VT_Reference<VT_Rendition> plain_copy(const VT_Rendition& rendition) {
     return plain;
 }
 
+void draw_dots(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line);
+
 // Through the slot; the points may reach anywhere.
 void draw_through_slot(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line) {
-    if (line.shading == Stroke_Colors::per_point) {
+    if (line.is_dotted) {
+        draw_dots(renderer, rendition, line);
+    } else if (line.shading == Stroke_Colors::per_point) {
         VD_Draw_2DI_Gouraud_Polyline(renderer, rendition, line.count, line.points, line.colors);
     } else if (line.colors) {
         VD_Draw_2DI_Colorized_Polyline(renderer, rendition, line.count, line.points, line.colors, line.single_color);
@@ -77,8 +87,22 @@ void draw_dots(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const 
                 line.shading == Stroke_Colors::per_point ? mixed(line.color(s), line.color(s + 1), t) : line.color(s));
         }
     }
+    // Where a line ends no depth is passed that buffers cannot hold, whatever the test.
     const VT_DCI_Point& last = line.points[line.count - 1];
-    dot(last.x, last.y, last.z, line.color(line.shading == Stroke_Colors::per_point ? line.count - 1 : line.count - 2));
+    if (last.z <= farthest_depth || !has_depth_in_force(renderer, rendition)) {
+        dot(last.x, last.y, last.z, line.color(line.shading == Stroke_Colors::per_point ? line.count - 1 : line.count - 2));
+    }
+}
+
+// Device lines that reach farther than their slot may be given are cut to the window.
+void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line) {
+    if (!line.is_device || Points_Near_Window::admits(renderer, rendition, line.count, line.points)) {
+        draw_dots(renderer, rendition, line);
+        return;
+    }
+    const VT_Reference<VT_Rendition> cut = copy_of(rendition);
+    cut->clip.hard_clip = window_rectangle(renderer.current_renderer_options());
+    draw_through_slot(renderer, *cut, line);
 }
 
 // Draws what covers pixels: whole runs through the line slots, edges of smoothed lines through the triangle slot, which blends
@@ -87,10 +111,12 @@ class Run_Drawing {
 public:
     Run_Drawing(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line)
         : renderer_(renderer), line_(line), plain_(plain_copy(rendition)), own_color_(rendition.line.color),
-          blends_(renderer.current_renderer_options().alpha_blending()) {
+          blends_(renderer.current_renderer_options().alpha_blending()),
+          has_end_(line.shading == Stroke_Colors::per_point || line.is_dotted || !has_depth_in_force(renderer, rendition)) {
         plain_->line.flags &= ~line_flag::smoothed;
         plain_->face.pattern = face_pattern::solid;
         plain_->face.flags = face_flag::translucent;
+        plain_->face.mode = plain_->line.mode;
     }
 
     void operator()(const Stroke_Run& run) const {
@@ -101,7 +127,16 @@ public:
         const VT_DCI_Point points[2] = {{run.first, run.y, nearest_coordinate(run.first_depth)},
                                         {run.last, run.y, nearest_coordinate(run.last_depth)}};
         const VT_RGB32 colors[2] = {run.first_color, run.last_color};
-        draw_through_slot(renderer_, *plain_, {2, points, line_.shading, line_.colors ? colors : nullptr, true});
+        if (has_end_) {
+            Line plain = line_;
+            plain.count = 2;
+            plain.points = points;
+            plain.colors = line_.colors ? colors : nullptr;
+            plain.single_color = true;
+            draw_through_slot(renderer_, *plain_, plain);
+        } else {
+            draw_level_line(renderer_, *plain_, points[0], points[1], {colors, line_.colors ? 1U : 0U});
+        }
     }
 
 private:
@@ -120,22 +155,26 @@ private:
     VT_Reference<VT_Rendition> plain_;
     VT_RGB32 own_color_;
     bool blends_;
+    bool has_end_; // as lines of one pixel have it
 };
 
 // Where renderers smooth lines of one pixel: 32-bit colour, no depth in force, no merging.
 bool draws_smoothed(VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
     const VT_Renderer_Options& options = renderer.current_renderer_options();
     return (rendition.line.flags & line_flag::smoothed) && options.color_system() == 1 &&
-           (options.buffer_depth() < 1 || !rendition.clip.depth_test) && rendition.line.mode != merge_drawing_mode;
+           !has_depth_in_force(renderer, rendition) && !merges(renderer, rendition.line.mode);
 }
 
 void draw_paths(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line,
                 const std::vector<Stroke_Path>& paths, const VT_Int_Rectangle& clip) {
     const VT_Line_Attributes& attributes = rendition.line;
     if (attributes.weight > 1) {
-        const bool has_depth = renderer.current_renderer_options().buffer_depth() > 0 && rendition.clip.depth_test;
-        const Stroke_Pen pen{attributes.weight, attributes.cap, attributes.join,
-                             line.shading,      has_depth,      draws_smoothed(renderer, rendition)};
+        const Stroke_Pen pen{attributes.weight,
+                             attributes.cap,
+                             attributes.join,
+                             line.shading,
+                             has_depth_in_force(renderer, rendition),
+                             draws_smoothed(renderer, rendition)};
         fill_strokes(paths, pen, clip, Run_Drawing(renderer, rendition, line));
         return;
     }
@@ -148,23 +187,15 @@ void draw_paths(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const
         for (const Stroke_Point& point : path) {
             colors.push_back(point.color);
         }
-        draw_through_slot(renderer, *plain, {count, points.data(), line.shading, line.colors ? colors.data() : nullptr, false});
+        draw_through_slot(
+            renderer, *plain,
+            {count, points.data(), line.shading, line.colors ? colors.data() : nullptr, false, false, line.is_dotted});
     }
 }
 
-// Line types are for lines in the rendition's colour, as in the slots.
-bool has_line_types(const VT_Rendition& rendition, const Line& line) noexcept {
-    return !line.colors && rendition.line.line_types && !(rendition.line.line_types == VT_Line_Type_Set::None);
-}
-
-// The type that makes the line cased, or null.
-VT_Reference<const VT_Line_Type> casing_of(const VT_Rendition& rendition) noexcept {
-    const auto& types = rendition.line.line_types->types;
-    return !types.empty() && types.front() && types.front()->kind == 7 ? types.front() : nullptr;
-}
-
 // The same in every form, which is what slots of one colour make of it too.
-void draw_cased(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Line_Type& type, const Line& line) {
+void draw_cased(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line) {
+    const VT_Line_Type& type = *rendition.line.line_types->types.front();
     const VT_Reference<VT_Rendition> pass = copy_of(rendition);
     const std::int32_t weight = rendition.line.weight;
     const double casing = weight < 2 ? std::trunc(type.width * 2) + 2 : double(weight) + 5;
@@ -184,16 +215,14 @@ void draw_line(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const 
         return;
     }
     const VT_Line_Attributes& attributes = rendition.line;
-    const bool is_typed = has_line_types(rendition, line);
+    const bool is_typed = line.has_types && has_line_types(attributes);
     if (attributes.weight <= 1 && attributes.style == line_style::solid && !is_typed) {
-        draw_dots(renderer, rendition, line);
+        draw_plain(renderer, rendition, line);
         return;
     }
-    if (is_typed) {
-        if (const VT_Reference<const VT_Line_Type> type = casing_of(rendition)) {
-            draw_cased(renderer, rendition, *type, line);
-            return;
-        }
+    if (is_typed && !line.colors && is_cased(attributes)) {
+        draw_cased(renderer, rendition, line);
+        return;
     }
     const VT_Int_Rectangle clip = visible_rectangle(renderer, rendition);
     if (is_empty(clip)) {
@@ -217,28 +246,73 @@ void draw_line(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const 
     }
 }
 
+enum class Form { cut, device };
+
 // A call of one of the integer forms.
 struct Integer_Call {
     Standard_Call call;
     VT_Renderer_Data& renderer;
     const VT_Rendition& rendition;
+    Form form;
 
-    Integer_Call(VT_Renderer_Data& of, const VT_Rendition& with, const char* name)
-        : call(of, name), renderer(of), rendition(with) {}
-    void flat(std::int32_t count, const VT_DCI_Point* points) const {
-        draw_line(renderer, rendition, {count, points, Stroke_Colors::one, nullptr, true});
-    }
+    Integer_Call(VT_Renderer_Data& of, const VT_Rendition& with, Form in, const char* name)
+        : call(of, name), renderer(of), rendition(with), form(in) {}
+    void flat(std::int32_t count, const VT_DCI_Point* points) const { draw({count, points, Stroke_Colors::one, nullptr, true}); }
     void colorized(std::int32_t count, const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color) const {
         const bool varies = colors && !single_color;
-        draw_line(renderer, rendition,
-                  {count, points, varies ? Stroke_Colors::per_segment : Stroke_Colors::one, colors, single_color});
+        draw({count, points, varies ? Stroke_Colors::per_segment : Stroke_Colors::one, colors, single_color});
     }
     void gouraud(std::int32_t count, const VT_DCI_Point* points, const VT_RGB32* colors) const {
-        draw_line(renderer, rendition, {count, points, colors ? Stroke_Colors::per_point : Stroke_Colors::one, colors, false});
+        draw({count, points, colors ? Stroke_Colors::per_point : Stroke_Colors::one, colors, false});
+    }
+
+private:
+    void draw(Line line) const {
+        line.is_device = form == Form::device;
+        draw_line(renderer, rendition, line);
     }
 };
 
 } // namespace
+
+// The slots for one colour draw arcs of 32-bit colours. Those for given colours have no line types, and of palette indices
+// without depth they draw through clip regions; dots do not.
+void draw_arc(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const std::vector<VT_DCI_Point>& points,
+              const VT_RGB32* color) {
+    const auto count = static_cast<std::int32_t>(points.size());
+    if (color && renderer.current_renderer_options().color_system() != 1) {
+        const bool is_dotted = rendition.clip.complex_clip && !has_depth_in_force(renderer, rendition);
+        if (is_dotted || has_line_types(rendition.line)) {
+            draw_line(renderer, rendition, {count, points.data(), Stroke_Colors::one, color, true, true, is_dotted});
+        } else {
+            VD_Draw_2DI_Colorized_Polyline(renderer, rendition, count, points.data(), color, true);
+        }
+        return;
+    }
+    const VT_Reference<VT_Rendition> colored = copy_of(rendition);
+    colored->line.color = color ? *color : rendition.line.color;
+    VD_Draw_2DI_Polyline(renderer, *colored, count, points.data());
+}
+
+// Lines go one pixel farther and end there at a depth that no buffer lets pass.
+void draw_level_line(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point& start,
+                     const VT_DCI_Point& end, std::span<const VT_RGB32> colors) {
+    const VT_DCI_Point points[] = {start, end, {end.x + 1, end.y, end.z}, {end.x + 1, end.y, INT32_MAX}};
+    if (colors.empty()) {
+        VD_Draw_DCI_Polyline(renderer, rendition, 4, points);
+    } else {
+        VD_Draw_DCI_Colorized_Polyline(renderer, rendition, 4, points, colors.data(), true);
+    }
+}
+
+void draw_level_line(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::vector<VT_DCI_Point> pixels,
+                     std::vector<VT_RGB32> colors) {
+    const VT_DCI_Point last = pixels.back();
+    pixels.insert(pixels.end(), {{last.x + 1, last.y, last.z}, {last.x + 1, last.y, INT32_MAX}});
+    colors.push_back(colors.back());
+    VD_Draw_DCI_Colorized_Polyline(renderer, rendition, static_cast<std::int32_t>(pixels.size()), pixels.data(), colors.data(),
+                                   false);
+}
 
 } // namespace vorna
 
@@ -256,13 +330,13 @@ void VD_Standard_Draw_DC_Polyline(VT_Renderer_Data& renderer, const VT_Rendition
 
 void VD_Standard_Draw_2DI_Polyline(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
                                    const VT_DCI_Point* points) {
-    const vorna::Integer_Call call(renderer, rendition, "VD_Standard_Draw_2DI_Polyline");
+    const vorna::Integer_Call call(renderer, rendition, vorna::Form::cut, "VD_Standard_Draw_2DI_Polyline");
     call.flat(count, points);
 }
 
 void VD_Standard_Draw_DCI_Polyline(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
                                    const VT_DCI_Point* points) {
-    const vorna::Integer_Call call(renderer, rendition, "VD_Standard_Draw_DCI_Polyline");
+    const vorna::Integer_Call call(renderer, rendition, vorna::Form::device, "VD_Standard_Draw_DCI_Polyline");
     call.flat(count, points);
 }
 
@@ -290,13 +364,13 @@ void VD_Standard_Draw_DC_Colorized_Polyline(VT_Renderer_Data& renderer, const VT
 
 void VD_Standard_Draw_2DI_Colorized_Polyline(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
                                              const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color) {
-    const vorna::Integer_Call call(renderer, rendition, "VD_Standard_Draw_2DI_Colorized_Polyline");
+    const vorna::Integer_Call call(renderer, rendition, vorna::Form::cut, "VD_Standard_Draw_2DI_Colorized_Polyline");
     call.colorized(count, points, colors, single_color);
 }
 
 void VD_Standard_Draw_DCI_Colorized_Polyline(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
                                              const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color) {
-    const vorna::Integer_Call call(renderer, rendition, "VD_Standard_Draw_DCI_Colorized_Polyline");
+    const vorna::Integer_Call call(renderer, rendition, vorna::Form::device, "VD_Standard_Draw_DCI_Colorized_Polyline");
     call.colorized(count, points, colors, single_color);
 }
 
@@ -325,13 +399,13 @@ void VD_Standard_Draw_DC_Gouraud_Polyline(VT_Renderer_Data& renderer, const VT_R
 
 void VD_Standard_Draw_2DI_Gouraud_Polyline(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
                                            const VT_DCI_Point* points, const VT_RGB32* colors) {
-    const vorna::Integer_Call call(renderer, rendition, "VD_Standard_Draw_2DI_Gouraud_Polyline");
+    const vorna::Integer_Call call(renderer, rendition, vorna::Form::cut, "VD_Standard_Draw_2DI_Gouraud_Polyline");
     call.gouraud(count, points, colors);
 }
 
 void VD_Standard_Draw_DCI_Gouraud_Polyline(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
                                            const VT_DCI_Point* points, const VT_RGB32* colors) {
-    const vorna::Integer_Call call(renderer, rendition, "VD_Standard_Draw_DCI_Gouraud_Polyline");
+    const vorna::Integer_Call call(renderer, rendition, vorna::Form::device, "VD_Standard_Draw_DCI_Gouraud_Polyline");
     call.gouraud(count, points, colors);
 }
 

@@ -72,11 +72,11 @@ void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const
 }
 
 void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_DCI_Point>& strip, vorna::Form_2DI) {
-    vorna::paint_strip(renderer, rendition, strip);
+    vorna::paint_strip(renderer, rendition, strip, vorna::Strip_Cut::triangles);
 }
 
 void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_DCI_Point>& strip, vorna::Form_DCI) {
-    vorna::paint_strip(renderer, rendition, strip);
+    vorna::paint_strip(renderer, rendition, strip, vorna::Strip_Cut::pixels);
 }
 
 // A value of three corners at a place of the triangle's plane. Of a triangle without area it is the first corner's.

@@ -5,9 +5,15 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <span>
+#include <utility>
 #include <vector>
 
+#include "renderer/host/clip.h"
+#include "renderer/host/triangle_clipper.h"
 #include "vorna/standard/drawing_area.h"
+#include "vorna/standard/lines.h"
+#include "vorna/standard/merging.h"
 #include "vorna/standard/pattern.h"
 #include "vorna/standard/textures.h"
 
@@ -93,86 +99,161 @@ VT_RGB32 blended(VT_RGB32 over, VT_RGB32 under) noexcept {
     return {mix(over.blue, under.blue), mix(over.green, under.green), mix(over.red, under.red), 255};
 }
 
-// Draws the pixels of a row. A pixel of alpha 0 is left out.
+// How pixels combine with what the buffer holds.
+enum class Combination { store, blend, merge };
+
+// That of the slots of the same configuration.
+Combination combination_of(VT_Renderer_Data& renderer, const VT_Rendition& rendition, Strip_Kind kind) {
+    const VT_Renderer_Options& options = renderer.current_renderer_options();
+    const bool merging = merges(renderer, rendition.face.mode);
+    const bool has_depth = has_depth_in_force(renderer, rendition);
+    const bool has_colors = options.color_system() == 1;
+    const bool is_flat = kind == Strip_Kind::flat;
+    const Combination by_option = options.alpha_blending() ? Combination::blend : Combination::store;
+    if (kind == Strip_Kind::textured) {
+        return has_colors ? Combination::blend : by_option;
+    }
+    if (!has_colors) {
+        return is_flat && !has_depth && merging ? Combination::merge : Combination::store;
+    }
+    if (has_depth) {
+        return by_option;
+    }
+    if (merging && (is_flat || (kind == Strip_Kind::colorized && options.alpha_blending()))) {
+        return Combination::merge;
+    }
+    const bool is_translucent = kind != Strip_Kind::colorized && (rendition.face.flags & face_flag::translucent);
+    return is_translucent ? Combination::blend : by_option;
+}
+
+// Draws the pixels of a row. Images store them, or lines with depth, which follow its test. Palette indices are dots, for these
+// dither; so are pixels that merge.
 class Row_Output {
 public:
     struct Pixel {
         VT_RGB32 color;
         std::int32_t z;
+        bool is_drawn;
     };
 
-    Row_Output(VT_Renderer_Data& renderer, const VT_Rendition& rendition, bool blends)
-        : renderer_(renderer), rendition_(new VT_Rendition(rendition)), blends_(blends),
-          has_colors_(renderer.current_renderer_options().color_system() == 1) {
-        rendition_->line.mode = rendition.face.mode; // that of dots
-        rendition_->drawing_flags = drawing_flag::translucent;
+    Row_Output(VT_Renderer_Data& renderer, const VT_Rendition& rendition, Combination combination)
+        : renderer_(renderer), rendition_(new VT_Rendition(rendition)), combination_(combination),
+          has_colors_(renderer.current_renderer_options().color_system() == 1),
+          has_depth_(has_depth_in_force(renderer, rendition)) {
+        VT_Line_Attributes& line = rendition_->line; // that of dots
+        line = {};
+        line.mode = combination == Combination::merge ? merge_drawing_mode : 0;
+        rendition_->drawing_flags = 0;
     }
 
-    void draw(std::int32_t first_column, std::int32_t row, const std::vector<Pixel>& pixels) {
-        if (blends_ && has_colors_) {
-            draw_image(first_column, row, pixels);
-        } else {
-            draw_dots(first_column, row, pixels);
+    void draw(std::int32_t first_column, std::int32_t row, std::vector<Pixel>& pixels) {
+        if (combination_ == Combination::blend) {
+            blend(first_column, row, pixels);
+        }
+        for (std::size_t i = 0; i < pixels.size(); ++i) {
+            const std::size_t first = i;
+            while (i < pixels.size() && pixels[i].is_drawn) {
+                ++i;
+            }
+            if (first < i) {
+                draw_run({first_column + static_cast<std::int32_t>(first), row, 0}, {&pixels[first], i - first});
+            }
         }
     }
 
 private:
-    // Blended images follow the same rule as textured faces, at any setting of alpha blending.
-    void draw_image(std::int32_t first_column, std::int32_t row, const std::vector<Pixel>& pixels) {
-        colors_.clear();
-        for (const Pixel& pixel : pixels) {
-            colors_.push_back(pixel.color);
+    void blend(std::int32_t first_column, std::int32_t row, std::vector<Pixel>& pixels) {
+        const auto is_opaque = [](const Pixel& pixel) { return !pixel.is_drawn || pixel.color.alpha == 255; };
+        if (std::all_of(pixels.begin(), pixels.end(), is_opaque)) {
+            return;
         }
-        const VT_DCI_Point start{first_column, row, pixels.front().z};
-        const VT_DCI_Point end{first_column + static_cast<std::int32_t>(pixels.size()) - 1, row, pixels.back().z};
-        VD_Draw_DCI_RGB32_Image(renderer_, *rendition_, &start, &end, 4 * static_cast<std::int32_t>(pixels.size()),
-                                colors_.data(), 0, nullptr);
-    }
-
-    void draw_dots(std::int32_t first_column, std::int32_t row, const std::vector<Pixel>& pixels) {
-        const std::uint8_t* stored = blends_ ? read_row(first_column, row, static_cast<std::int32_t>(pixels.size())) : nullptr;
+        const std::uint8_t* const stored = read_row(first_column, row, pixels.size());
         const VT_Palette& palette = renderer_.current_renderer_options().palette();
-        VT_DCI_Point point{first_column, row, 0};
-        for (const Pixel& pixel : pixels) {
-            if (pixel.color.alpha > 0) {
-                const VT_RGB32 color = stored ? blended(pixel.color, palette.color(*stored)) : pixel.color;
-                point.z = pixel.z;
-                VD_Draw_DCI_Dot(renderer_, *rendition_, &point, &color);
+        for (std::size_t i = 0; stored && i < pixels.size(); ++i) {
+            VT_RGB32 under{};
+            if (has_colors_) {
+                std::memcpy(&under, stored + 4 * i, 4);
+            } else {
+                under = palette.color(stored[i]);
             }
-            ++point.x;
-            stored += stored ? 1 : 0;
+            pixels[i].color = blended(pixels[i].color, under);
         }
     }
 
-    // The indices that the row holds; null when they cannot be had.
-    const std::uint8_t* read_row(std::int32_t first_column, std::int32_t row, std::int32_t count) {
-        constexpr Buffer_Format format = Buffer_Format::index8;
+    void draw_run(VT_DCI_Point at, std::span<const Pixel> pixels) {
+        if (combination_ == Combination::merge && !has_colors_) {
+            merge_indices(at, pixels);
+        } else if (combination_ == Combination::merge || !has_colors_) {
+            draw_dots(at, pixels);
+        } else {
+            std::vector<VT_RGB32> colors;
+            for (const Pixel& pixel : pixels) {
+                colors.push_back(pixel.color);
+            }
+            if (has_depth_) {
+                std::vector<VT_DCI_Point> points;
+                for (const Pixel& pixel : pixels) {
+                    points.push_back({at.x++, at.y, pixel.z});
+                }
+                draw_level_line(renderer_, *rendition_, std::move(points), std::move(colors));
+            } else {
+                const VT_DCI_Point end{at.x + static_cast<std::int32_t>(pixels.size()) - 1, at.y, 0};
+                VD_Draw_DCI_RGB32_Image(renderer_, *rendition_, &at, &end, 0, colors.data(), 0, nullptr);
+            }
+        }
+    }
+
+    void draw_dots(VT_DCI_Point at, std::span<const Pixel> pixels) const {
+        for (const Pixel& pixel : pixels) {
+            at.z = pixel.z;
+            VD_Draw_DCI_Dot(renderer_, *rendition_, &at, &pixel.color);
+            ++at.x;
+        }
+    }
+
+    // Dots of given colours never merge, and indices that merge are not dithered. So the row is dithered first, then put back,
+    // and the dithered indices merged.
+    void merge_indices(VT_DCI_Point at, std::span<const Pixel> pixels) {
+        const VT_DCI_Point end{at.x + static_cast<std::int32_t>(pixels.size()) - 1, at.y, 0};
+        const auto row = [&]() -> std::vector<std::uint8_t> {
+            const std::uint8_t* const stored = read_row(at.x, at.y, pixels.size());
+            return {stored, stored ? stored + pixels.size() : stored};
+        };
+        const std::vector<std::uint8_t> before = row();
+        draw_dots(at, pixels);
+        const std::vector<std::uint8_t> dithered = row();
+        if (!before.empty()) {
+            VD_Draw_DCI_Index8_Image(renderer_, *rendition_, &at, &end, 0, before.data());
+        }
+        for (const std::uint8_t index : dithered) {
+            rendition_->line.index = index;
+            VD_Draw_DCI_Dot(renderer_, *rendition_, &at, nullptr);
+            ++at.x;
+        }
+    }
+
+    // What a part of a row holds; null when it cannot be had.
+    const std::uint8_t* read_row(std::int32_t first_column, std::int32_t row, std::size_t count) {
+        constexpr Buffer_Format format = Buffer_Format::whatever_is_there;
         const VT_DCI_Point start{first_column, row, 0};
-        const VT_DCI_Point end{first_column + count - 1, row, 0};
+        const VT_DCI_Point end{first_column + static_cast<std::int32_t>(count) - 1, row, 0};
         VD_Read_Color_Image(renderer_, *rendition_, &start, &end, &format, stored_);
         return stored_ ? stored_->row(0) : nullptr;
     }
 
     VT_Renderer_Data& renderer_;
     VT_Reference<VT_Rendition> rendition_;
-    bool blends_, has_colors_;
-    std::vector<VT_RGB32> colors_;
+    Combination combination_;
+    bool has_colors_, has_depth_;
     VT_Reference<VT_Shared_Image> stored_;
 };
 
-// Renderers store palette indices of textures as they are unless alpha blending is asked for.
-bool blends_textures(const VT_Renderer_Options& options) noexcept {
-    return options.color_system() == 1 || options.alpha_blending();
-}
-
 class Painter {
 public:
-    Painter(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Shared_Image* texture)
+    Painter(VT_Renderer_Data& renderer, const VT_Rendition& rendition, Strip_Kind kind, const VT_Shared_Image* texture)
         : visible_(visible_rectangle(renderer, rendition)), origin_(window_origin(renderer.current_renderer_options())),
-          face_(rendition.face), texture_(texture), pattern_(face_.pattern, face_.bitmap.get()),
-          output_(renderer, rendition, texture && blends_textures(renderer.current_renderer_options())) {}
-
-    bool can_draw() const noexcept { return !is_empty(visible_); }
+          face_(rendition.face), texture_(texture), pattern_(face_.pattern, face_.bitmap.get()), kind_(kind),
+          combination_(combination_of(renderer, rendition, kind)), output_(renderer, rendition, combination_) {}
 
     void fill(std::array<Vertex, 3> vertices) {
         std::stable_sort(vertices.begin(), vertices.end(), [](const Vertex& a, const Vertex& b) { return a.y < b.y; });
@@ -221,26 +302,30 @@ private:
         for (std::int64_t i = first; i < end; ++i, along.advance(1)) {
             // The colours' means in a span of two pixels keep their half unit up to the product with the texel.
             const bool is_mean = count == 2 && i == column + 1;
-            pixels_.push_back({pixel_at(static_cast<std::int32_t>(i) - origin_.x, row - origin_.y, along.value,
-                                        is_mean ? &left : nullptr, is_mean ? &right : nullptr),
-                               static_cast<std::int32_t>(along.value[z] >> 15 & 0xFFFF)});
+            Row_Output::Pixel pixel{{}, static_cast<std::int32_t>(along.value[z] >> 15 & 0xFFFF), true};
+            if (is_cell(static_cast<std::int32_t>(i) - origin_.x, row - origin_.y)) {
+                pixel.color = color_at(along.value, is_mean ? &left : nullptr, is_mean ? &right : nullptr);
+            } else {
+                pixel.color = face_.contrast_color;
+                pixel.is_drawn = (face_.flags & face_flag::opaque_pattern) != 0;
+            }
+            // What is shaded from corner to corner is left out where nothing of it is to be seen.
+            pixel.is_drawn &= pixel.color.alpha > 0 || kind_ == Strip_Kind::flat || kind_ == Strip_Kind::colorized;
+            pixels_.push_back(pixel);
         }
         output_.draw(static_cast<std::int32_t>(first), row, pixels_);
     }
 
     // left and right: of the second pixel of two; else null.
-    VT_RGB32 pixel_at(std::int32_t column, std::int32_t row, const Values& values, const Values* left,
-                      const Values* right) const noexcept {
-        if (!is_cell(column, row)) {
-            return face_.flags & face_flag::opaque_pattern ? face_.contrast_color : VT_RGB32{0, 0, 0, 0};
-        }
+    VT_RGB32 color_at(const Values& values, const Values* left, const Values* right) const noexcept {
         const auto modulated = [&](std::uint8_t byte, Attribute i) {
             const std::int64_t doubled = left ? (*left)[i] + (*right)[i] : 2 * values[i];
             return static_cast<std::uint8_t>(byte * std::max<std::int64_t>(doubled, 0) >> 17);
         };
         if (!texture_) {
             const auto channel = [&](Attribute i) { return static_cast<std::uint8_t>(values[i] >> 8); };
-            return {channel(blue), channel(green), channel(red), channel(alpha)};
+            const bool is_opaque = kind_ == Strip_Kind::gouraud && combination_ == Combination::store;
+            return {channel(blue), channel(green), channel(red), is_opaque ? std::uint8_t{255} : channel(alpha)};
         }
         const std::int64_t texel_column = values[s] >> 16;
         const std::int64_t texel_row = values[t] >> 16;
@@ -264,43 +349,120 @@ private:
     const VT_Face_Attributes& face_;
     const VT_Shared_Image* texture_;
     Pattern pattern_;
+    Strip_Kind kind_;
+    Combination combination_;
     Row_Output output_;
     std::vector<Row_Output::Pixel> pixels_;
 };
 
-} // namespace
+using Corner = Clip_Vertex<VT_DCI_Point>;
 
-void paint_strip(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_DCI_Point>& strip) {
-    const VT_Shared_Image* texture = strip.kind == Strip_Kind::textured ? plain_texture(rendition.face) : nullptr;
-    Painter painter(renderer, rendition, texture);
-    if (strip.count < 3 || !painter.can_draw()) {
-        return;
+class Strip_Painting {
+public:
+    Strip_Painting(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_DCI_Point>& strip)
+        : texture_(strip.kind == Strip_Kind::textured ? plain_texture(rendition.face) : nullptr), strip_(strip),
+          face_color_(face_color(renderer, rendition)), visible_(visible_rectangle(renderer, rendition)),
+          has_colors_(strip.kind == Strip_Kind::gouraud || strip.kind == Strip_Kind::textured),
+          painter_(renderer, rendition, strip.kind, texture_) {
+        if (texture_) {
+            parameters_ = texture_parameters(rendition.face, strip.count, strip.parameters, strip.parameter_width);
+        }
     }
-    const std::vector<VT_Parameter> parameters =
-        texture ? texture_parameters(rendition.face, strip.count, strip.parameters, strip.parameter_width)
-                : std::vector<VT_Parameter>{};
-    // Only textured faces and translucent ones look at alpha.
-    const bool is_opaque =
-        !texture && !renderer.current_renderer_options().alpha_blending() && !(rendition.face.flags & face_flag::translucent);
-    const auto vertex = [&](std::int32_t i, VT_RGB32 color) {
-        const VT_DCI_Point& point = strip.points[i];
-        Vertex result{point.y,
-                      {point.x, point.z, 0, 0, 257 * color.blue, 257 * color.green, 257 * color.red,
-                       257 * (is_opaque ? 255 : color.alpha)}};
-        if (texture) {
-            const auto at = 2 * static_cast<std::size_t>(i);
-            result.values[s] = texel_coordinate(parameters[at], texture->width());
-            result.values[t] = texel_coordinate(parameters[at + 1], texture->height());
+
+    void draw_whole() {
+        for (std::int32_t k = 0; k < strip_.count - 2; ++k) {
+            draw_triangle(k);
+        }
+    }
+
+    // As renderers do: triangles that cross the rectangle become strips of what lies in it, the others are drawn as they are.
+    void draw_cut() {
+        std::vector<std::uint16_t> outcodes(static_cast<std::size_t>(strip_.count));
+        if (is_empty(visible_) || VD_Clip(visible_, strip_.count, strip_.points, outcodes.data()) == 0) {
+            return;
+        }
+        for (std::int32_t k = 0; k < strip_.count - 2; ++k) {
+            const std::uint16_t* const codes = outcodes.data() + k;
+            if ((codes[0] | codes[1] | codes[2]) == 0) {
+                draw_triangle(k);
+            } else if ((codes[0] & codes[1] & codes[2]) == 0) {
+                draw_pieces(k);
+            }
+        }
+    }
+
+private:
+    // Without alpha blending a flat face that merges and is not translucent counts as opaque.
+    static VT_RGB32 face_color(VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
+        VT_RGB32 color = rendition.face.color;
+        if (!renderer.current_renderer_options().alpha_blending() && !(rendition.face.flags & face_flag::translucent) &&
+            combination_of(renderer, rendition, Strip_Kind::flat) == Combination::merge) {
+            color.alpha = 255;
+        }
+        return color;
+    }
+
+    Corner corner(std::int32_t i, std::int32_t k) const {
+        const auto at = 2 * static_cast<std::size_t>(i);
+        return {strip_.points[i], has_colors_ ? strip_.colors[i] : color_of_triangle(k), texture_ ? parameters_[at] : 0,
+                texture_ ? parameters_[at + 1] : 0};
+    }
+
+    VT_RGB32 color_of_triangle(std::int32_t k) const {
+        return strip_.kind == Strip_Kind::flat        ? face_color_
+               : strip_.kind == Strip_Kind::colorized ? strip_.colors[strip_.single_color ? 0 : k]
+                                                      : VT_RGB32{};
+    }
+
+    void draw_triangle(std::int32_t k) {
+        painter_.fill({vertex(corner(k, k)), vertex(corner(k + 1, k)), vertex(corner(k + 2, k))});
+    }
+
+    void draw_pieces(std::int32_t k) {
+        const Corner triangle[3] = {corner(k, k), corner(k + 1, k), corner(k + 2, k)};
+        Clipped_Polygon polygon;
+        const std::int32_t count = clip_triangle_to_rectangle(visible_, triangle, polygon);
+        const auto piece = [&](std::int32_t i) {
+            return vertex(
+                {polygon.points[i], has_colors_ ? polygon.colors[i] : color_of_triangle(k), polygon.u[i], polygon.v[i]});
+        };
+        for (std::int32_t i = 0; i < count - 2; ++i) {
+            painter_.fill({piece(i), piece(i + 1), piece(i + 2)});
+        }
+    }
+
+    Vertex vertex(const Corner& corner) const noexcept {
+        const VT_RGB32 color = corner.color;
+        Vertex result{
+            corner.point.y,
+            {corner.point.x, corner.point.z, 0, 0, 257 * color.blue, 257 * color.green, 257 * color.red, 257 * color.alpha}};
+        if (texture_) {
+            result.values[s] = texel_coordinate(corner.u, texture_->width());
+            result.values[t] = texel_coordinate(corner.v, texture_->height());
         }
         return result;
-    };
-    for (std::int32_t k = 0; k < strip.count - 2; ++k) {
-        const bool of_points = strip.kind == Strip_Kind::gouraud || strip.kind == Strip_Kind::textured;
-        const VT_RGB32 face_color = strip.kind == Strip_Kind::flat        ? rendition.face.color
-                                    : strip.kind == Strip_Kind::colorized ? strip.colors[strip.single_color ? 0 : k]
-                                                                          : VT_RGB32{};
-        const auto corner = [&](std::int32_t i) { return vertex(i, of_points ? strip.colors[i] : face_color); };
-        painter.fill({corner(k), corner(k + 1), corner(k + 2)});
+    }
+
+    const VT_Shared_Image* texture_;
+    const Strip<VT_DCI_Point>& strip_;
+    VT_RGB32 face_color_;
+    VT_Int_Rectangle visible_;
+    bool has_colors_; // one a point
+    Painter painter_;
+    std::vector<VT_Parameter> parameters_;
+};
+
+} // namespace
+
+void paint_strip(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_DCI_Point>& strip, Strip_Cut cut) {
+    if (strip.count < 3 || is_empty(visible_rectangle(renderer, rendition))) {
+        return;
+    }
+    Strip_Painting painting(renderer, rendition, strip);
+    if (cut == Strip_Cut::triangles) {
+        painting.draw_cut();
+    } else {
+        painting.draw_whole();
     }
 }
 
