@@ -2,7 +2,7 @@
 cmake_minimum_required(VERSION 3.25)
 execute_process(COMMAND ${NM} -D -C --defined-only ${LIBRARY} OUTPUT_VARIABLE listing COMMAND_ERROR_IS_FATAL ANY)
 string(REPLACE "\n" ";" lines "${listing}")
-set(host_names "(VD_|VT_|Frame_Buffer|make_frame_buffer\\(|vorna::Module::)")
+set(host_names "(VD_|VT_|Frame_Buffer|vorna::Module::|vorna::make_frame_buffer\\()")
 set(standard_functions "")
 foreach(line IN LISTS lines)
   if(line STREQUAL "")
@@ -24,7 +24,7 @@ foreach(action IN LISTS actions)
     message(SEND_ERROR "${LIBRARY} does not export VD_Standard_${name}")
   endif()
 endforeach()
-foreach(name "VORNA" "SHARED" "VD_Clip\\(" "VD_Preclip_" "VD_Rank_Polygon\\(" "VD_Span_DC_Rectangle\\(" "make_frame_buffer\\("
+foreach(name "VORNA" "SHARED" "VD_Clip\\(" "VD_Preclip_" "VD_Rank_Polygon\\(" "VD_Span_DC_Rectangle\\(" "vorna::make_frame_buffer\\("
              "vorna::Module::create_renderer\\(" "vtable for VT_Renderer_Data" "typeinfo for VT_Counted" "VT_Line_Type_Set::None")
   if(NOT listing MATCHES " ${name}")
     message(SEND_ERROR "${LIBRARY} exports nothing like ${name}")

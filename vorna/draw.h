@@ -128,7 +128,7 @@ template <class Function> struct Canvas_Calls<Function, VT_Draw_Ellipse, Primiti
 // A drawing function. It has no state of its own.
 template <auto Slot, auto Standard, vorna::Primitive primitive> struct VT_Dispatch;
 
-template <class Signature, Action_Slot<Signature> Action_Table::*Slot, auto Standard, vorna::Primitive primitive>
+template <class Signature, Action_Slot<Signature> VT_Action_Table::*Slot, auto Standard, vorna::Primitive primitive>
 struct VT_Dispatch<Slot, Standard, primitive>
     : vorna::Canvas_Calls<VT_Dispatch<Slot, Standard, primitive>, Signature, primitive> {
     using vorna::Canvas_Calls<VT_Dispatch, Signature, primitive>::operator();
@@ -145,6 +145,6 @@ struct VT_Dispatch<Slot, Standard, primitive>
 };
 
 #define VT_ACTION(slot, name, ...)                                                                                               \
-    inline constexpr VT_Dispatch<&Action_Table::slot, &VD_Standard_##name, vorna::primitive_of(#name)> VD_##name{};
+    inline constexpr VT_Dispatch<&VT_Action_Table::slot, &VD_Standard_##name, vorna::primitive_of(#name)> VD_##name{};
 #include "renderer/host/action_list.inc"
 #undef VT_ACTION

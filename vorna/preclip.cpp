@@ -45,10 +45,10 @@ struct Side {
 };
 
 constexpr std::array<Side, 4> sides{{
-    {outcode::left, [](const Bounds& b, const VT_Point_D& p) { return p.x - b.left; }},
-    {outcode::above, [](const Bounds& b, const VT_Point_D& p) { return b.top - p.y; }},
-    {outcode::right, [](const Bounds& b, const VT_Point_D& p) { return b.right - p.x; }},
-    {outcode::below, [](const Bounds& b, const VT_Point_D& p) { return p.y - b.bottom; }},
+    {vorna::outcode::left, [](const Bounds& b, const VT_Point_D& p) { return p.x - b.left; }},
+    {vorna::outcode::above, [](const Bounds& b, const VT_Point_D& p) { return b.top - p.y; }},
+    {vorna::outcode::right, [](const Bounds& b, const VT_Point_D& p) { return b.right - p.x; }},
+    {vorna::outcode::below, [](const Bounds& b, const VT_Point_D& p) { return p.y - b.bottom; }},
 }};
 
 // How far along the segment it has passed every side that its first end, of this outcode, is outside of.

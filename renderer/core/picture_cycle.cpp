@@ -58,7 +58,7 @@ template <class Value> void fill_cells(const Frame_Buffer& buffer, std::int32_t 
 template <class Value> void draw_window(VT_Renderer_Data& data, const VT_Rendition& rendition, Value value) {
     const Software_Z_Buffer& renderer = renderer_of(data);
     const VT_Window_Attributes& window = rendition.window;
-    if (window.fill != face_pattern::solid) {
+    if (window.fill != vorna::face_pattern::solid) {
         VD_Span_DC_Rectangle(data, rendition, window.rectangle.left, window.rectangle.right, window.rectangle.bottom,
                              window.rectangle.top);
         return;

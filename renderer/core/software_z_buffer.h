@@ -52,7 +52,9 @@ public:
     std::int32_t update(const VT_Int_Rectangle& rectangle) override;
 
     // True when pixels of this drawing mode combine by merge control.
-    bool merges(std::int32_t drawing_mode) const noexcept { return force_merge_control || drawing_mode == merge_drawing_mode; }
+    bool merges(std::int32_t drawing_mode) const noexcept {
+        return force_merge_control || drawing_mode == vorna::merge_drawing_mode;
+    }
 
     // Slots that the options of the day do not name keep their members. Such a member may find no depth buffer, or none that asks
     // for it, and then draws without; a 32-bit member may find 8-bit pixels, which it must not touch.

@@ -74,8 +74,8 @@ struct Painted : testing::Test {
         renderer.actions.draw_dci_dot = {&renderer, dot, 0, 1};
         rendition.window.color = {1, 2, 3, 255};
         rendition.window.index = 77;
-        rendition.drawing_flags = drawing_flag::translucent;
-        rendition.face.mode = merge_drawing_mode;
+        rendition.drawing_flags = vorna::drawing_flag::translucent;
+        rendition.face.mode = vorna::merge_drawing_mode;
     }
 
     static void dot(VT_Renderer_Data&, const VT_Rendition& paint, const VT_DCI_Point* point, const VT_RGB32* color) {
@@ -87,7 +87,7 @@ struct Painted : testing::Test {
         EXPECT_EQ(paint.marker.index, 77);
         EXPECT_FALSE(paint.clip.depth_test);
         EXPECT_EQ(paint.drawing_flags, 0U);
-        EXPECT_NE(paint.face.mode, merge_drawing_mode);
+        EXPECT_NE(paint.face.mode, vorna::merge_drawing_mode);
         ++canvas->count[y][x];
     }
 
@@ -121,7 +121,7 @@ TEST_F(Painted, Rectangle_Is_Cut_To_The_Window_And_Filled_To_Its_Last_Pixel) {
 }
 
 TEST_F(Painted, Bitmaps_Repeat_From_Their_Lowest_Row) {
-    rendition.window.fill = face_pattern::bitmap;
+    rendition.window.fill = vorna::face_pattern::bitmap;
     VD_Span_DC_Rectangle(renderer, rendition, 100, 111, -50, -41);
     EXPECT_EQ(std::count(&count[0][0], &count[0][0] + 120, 0), 120) << "no bitmap, nothing to paint";
     rendition.face.bitmap =

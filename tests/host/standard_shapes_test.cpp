@@ -34,7 +34,7 @@ void fill_with_noise(Test_Renderer& renderer, bool has_indices) {
     Random random(11);
     for (std::int32_t row = 0; row < window_size.y; ++row) {
         for (std::int32_t column = 0; column < window_size.x; ++column) {
-            const std::uint32_t word = word_of(random_color(random));
+            const std::uint32_t word = vorna::word_of(random_color(random));
             renderer.color().set_pixel(column, row, has_indices ? word & 0xFF : word);
             const auto depth = static_cast<std::uint32_t>(random.number(0, 65535));
             if (renderer.depth()) {
@@ -113,7 +113,7 @@ TEST_P(Standard_Shapes, Textures_without_depth_buffer_look_as_the_renderers) {
         const Textured_Strip strip(random, without.origin);
         const VT_Reference<VT_Rendition> rendition = rendition_for(without);
         set_texture(*rendition, random_image(random, 16, 8, Buffer_Format::rgb32));
-        rendition->face.pattern = random.chance(60) ? face_pattern::solid : random.number(0, 73);
+        rendition->face.pattern = random.chance(60) ? vorna::face_pattern::solid : random.number(0, 73);
         rendition->face.flags = static_cast<std::uint32_t>(random.number(0, 3));
         rendition->face.contrast_color = random_color(random);
         if (random.chance(30)) {
@@ -157,7 +157,7 @@ TEST_P(Standard_Shapes, Textures_of_any_size_show_their_texels) {
             const bool is_inside = column >= 3 && column < 25 && row >= 4 && row < 16;
             const std::uint8_t index = is_inside ? texture->row(5 - (row - 4) / 2)[(column - 3) / 2] : std::uint8_t{0};
             const VT_RGB32 expected = is_inside ? VT_Palette().color(index) : VT_RGB32{0, 0, 0, 0};
-            const VT_RGB32 drawn = color_of(renderer.color().pixel(column, row));
+            const VT_RGB32 drawn = vorna::color_of(renderer.color().pixel(column, row));
             // A full channel times a full colour lies one below, and so does the alpha it is blended with.
             ASSERT_TRUE(std::abs(drawn.red - expected.red) <= 2 && std::abs(drawn.green - expected.green) <= 2 &&
                         std::abs(drawn.blue - expected.blue) <= 2 && drawn.alpha == expected.alpha)
@@ -196,9 +196,9 @@ TEST_P(Standard_Shapes, Hatches_are_cells_of_their_face) {
         for (const std::int32_t pattern : {75, 77, 80, 84, 92, 93, 1000000}) {
             VT_Rendition hatched(*solid);
             hatched.face.pattern = pattern;
-            hatched.face.flags = face_flag::special_shading;
+            hatched.face.flags = vorna::face_flag::special_shading;
             const Pixels lines = draw(hatched, form);
-            hatched.face.flags |= face_flag::inverted_pattern;
+            hatched.face.flags |= vorna::face_flag::inverted_pattern;
             const Pixels gaps = draw(hatched, form);
             std::size_t count = 0;
             for (std::size_t i = 0; i < face.size(); ++i) {
@@ -285,7 +285,7 @@ TEST_P(Standard_Shapes, Images_of_the_other_kind_go_through_the_palette) {
                 const std::int32_t at = column - 2;
                 expected = of_case.has_indices() ? static_cast<std::uint32_t>(palette.closest_match(
                                                        {source[4 * at], source[4 * at + 1], source[4 * at + 2], 255}, false))
-                                                 : word_of(palette.color(source[at]));
+                                                 : vorna::word_of(palette.color(source[at]));
             }
             ASSERT_EQ(renderer.color().pixel(column, row), expected) << column << "," << row;
         }

@@ -175,7 +175,7 @@ Model::Handed_Over Model::draw_dci_polyline(const VT_Rendition& rendition, Line_
         rules.depth = is_fixed ? Depth_Rule::nearer_or_equal : Depth_Rule::by_mode;
     }
     const bool smoothed =
-        !setup.has_indices() && !with_depth && !merging && !gouraud && (rendition.line.flags & line_flag::smoothed) != 0;
+        !setup.has_indices() && !with_depth && !merging && !gouraud && (rendition.line.flags & vorna::line_flag::smoothed) != 0;
 
     for (const Stroke& stroke : strokes) {
         if (gouraud && (setup.has_indices() || !with_depth) && is_nearly_flat(stroke)) {
@@ -186,7 +186,7 @@ Model::Handed_Over Model::draw_dci_polyline(const VT_Rendition& rendition, Line_
             const Way way(stroke.from, stroke.to);
             const Shade shade(stroke, std::max(way.columns, way.rows));
             for_each_pixel(way, [&](Number x, Number y, Number i) {
-                const VT_RGB32 shown = by_index ? color_of(rendition.line.index) : shade.color_at(i);
+                const VT_RGB32 shown = by_index ? vorna::color_of(rendition.line.index) : shade.color_at(i);
                 draw_pixel(fragment_at(x, y, shade.z_at(i), shown), rules);
             });
         }
@@ -197,7 +197,7 @@ Model::Handed_Over Model::draw_dci_polyline(const VT_Rendition& rendition, Line_
     } else {
         // The last point always obeys and writes depth, and compares all of its own.
         rules.depth = with_depth ? Depth_Rule::nearer_or_equal : Depth_Rule::none;
-        const VT_RGB32 shown = by_index ? color_of(rendition.line.index) : strokes.back().to_color;
+        const VT_RGB32 shown = by_index ? vorna::color_of(rendition.line.index) : strokes.back().to_color;
         draw_pixel(fragment_at(last.x, last.y, last.z, shown), rules);
     }
     return {};
@@ -331,7 +331,7 @@ void Model::draw_clipped(const VT_Rendition& rendition, Line_Kind kind, const St
         Fragment fragment = fragment_at(x, y, shade.z_at(i), shade.color_at(i));
         if (setup.has_indices()) {
             fragment.color =
-                color_of(additive_index(stroke, by_column ? whole_way.columns : whole_way.rows, i, fragment.column, y));
+                vorna::color_of(additive_index(stroke, by_column ? whole_way.columns : whole_way.rows, i, fragment.column, y));
         }
         draw_pixel(fragment, rules);
     });

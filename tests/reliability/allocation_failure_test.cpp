@@ -136,12 +136,12 @@ VT_Reference<VT_Rendition> rendition_for(Way way) {
     case Way::hatched_and_wide:
         rendition->face.pattern = 76;
         rendition->line.weight = 5;
-        rendition->marker.symbol = marker_symbol::circle;
+        rendition->marker.symbol = vorna::marker_symbol::circle;
         rendition->marker.size = 7;
         break;
     case Way::dashed:
-        rendition->line.style = line_style::dash_dot;
-        rendition->face.pattern = face_pattern::bitmap;
+        rendition->line.style = vorna::line_style::dash_dot;
+        rendition->face.pattern = vorna::face_pattern::bitmap;
         rendition->face.bitmap = new VT_Pattern_Bitmap(3, 2, {1, 0, 1, 0, 0, 1});
         break;
     case Way::line_types:
@@ -151,9 +151,9 @@ VT_Reference<VT_Rendition> rendition_for(Way way) {
         break;
     case Way::smoothed:
         rendition->line.weight = 3;
-        rendition->line.style = line_style::dotted;
-        rendition->line.flags = line_flag::smoothed;
-        rendition->face.flags = face_flag::special_shading;
+        rendition->line.style = vorna::line_style::dotted;
+        rendition->line.flags = vorna::line_flag::smoothed;
+        rendition->face.flags = vorna::face_flag::special_shading;
         break;
     default:
         break;

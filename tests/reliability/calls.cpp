@@ -220,7 +220,7 @@ template double Numbers::real<double>(std::int32_t (Numbers::*)());
 const std::vector<std::string_view>& point_slots() {
     static const std::vector<std::string_view> names = [] {
         std::vector<std::string_view> list;
-        for_each_action([&]<class Function>(std::string_view name, Action_Slot<Function> Action_Table::*, Function*) {
+        vorna::for_each_action([&]<class Function>(std::string_view name, Action_Slot<Function> VT_Action_Table::*, Function*) {
             if constexpr (takes_points<Function>) {
                 list.push_back(name);
             }
@@ -232,7 +232,8 @@ const std::vector<std::string_view>& point_slots() {
 
 Slot_Call make_call(std::string_view slot, Numbers& numbers, std::int32_t count) {
     Slot_Call call{slot, {}, {}};
-    for_each_action([&]<class Function>(std::string_view name, Action_Slot<Function> Action_Table::*member, Function* standard) {
+    vorna::for_each_action([&]<class Function>(std::string_view name, Action_Slot<Function> VT_Action_Table::*member,
+                                               Function* standard) {
         if constexpr (takes_points<Function>) {
             if (name == slot) {
                 Maker maker(slot, numbers, count);
@@ -256,7 +257,7 @@ VT_Reference<VT_Rendition> hostile_rendition(Numbers& numbers, const VT_Int_Rect
 
     VT_Face_Attributes& face = rendition->face;
     face.index = rendition->line.index = rendition->marker.index = random.byte();
-    face.pattern = random.chance(40) ? face_pattern::solid : random.chance(50) ? random.number(0, 100) : numbers.any();
+    face.pattern = random.chance(40) ? vorna::face_pattern::solid : random.chance(50) ? random.number(0, 100) : numbers.any();
     face.flags = random.chance(50) ? 0 : static_cast<std::uint32_t>(numbers.any());
     if (random.chance(70)) {
         face.bitmap = new VT_Pattern_Bitmap(3, 2, {1, 0, 1, 0, 0, 1});
@@ -283,7 +284,7 @@ VT_Reference<VT_Rendition> hostile_rendition(Numbers& numbers, const VT_Int_Rect
     }
     rendition->marker.symbol = random.chance(50) ? 0 : random.chance(80) ? random.number(0, 9) : numbers.any();
     rendition->marker.size = random.chance(50) ? random.number(0, 9) : numbers.any();
-    face.mode = line.mode = rendition->marker.mode = random.chance(20) ? merge_drawing_mode : number(80, 0);
+    face.mode = line.mode = rendition->marker.mode = random.chance(20) ? vorna::merge_drawing_mode : number(80, 0);
     rendition->drawing_flags = static_cast<std::uint32_t>(number(70, 0));
 
     VT_Clip_Attributes& clip = rendition->clip;

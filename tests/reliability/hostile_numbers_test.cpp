@@ -184,7 +184,7 @@ VT_Int_Pair random_size(Random& random) {
 std::vector<Slot_Call> other_calls(Numbers& numbers, const VT_Int_Rectangle& window) {
     Random& random = numbers.random();
     const VT_Int_Rectangle painted{numbers.column(), numbers.column(), numbers.row(), numbers.row()};
-    const std::int32_t fill = random.chance(50) ? face_pattern::solid : numbers.any();
+    const std::int32_t fill = random.chance(50) ? vorna::face_pattern::solid : numbers.any();
     const bool fits = random.chance(50);
     const VT_Int_Pair image_size = fits ? VT_Int_Pair{window.right - window.left + 1, window.top - window.bottom + 1}
                                         : VT_Int_Pair{random.number(1, 9), random.number(1, 9)};

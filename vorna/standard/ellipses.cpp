@@ -230,7 +230,7 @@ void draw_pixels(VT_Renderer_Data& renderer, const VT_Rendition& rendition, Pixe
     const VT_Reference<VT_Rendition> filled(new VT_Rendition(rendition));
     filled->face = {};
     filled->face.color = color ? *color : rendition.line.color;
-    filled->face.flags = filled->face.color.alpha < 255 ? face_flag::translucent : 0;
+    filled->face.flags = filled->face.color.alpha < 255 ? vorna::face_flag::translucent : 0;
     filled->face.mode = rendition.line.mode;
     pixels.for_each_run([&](std::int32_t row, std::int32_t first, std::int32_t last) {
         const VT_DCI_Point strip[] = {{first, row, z}, {last + 1, row, z}, {first, row + 1, z}, {last + 1, row + 1, z}};
@@ -239,7 +239,7 @@ void draw_pixels(VT_Renderer_Data& renderer, const VT_Rendition& rendition, Pixe
 }
 
 bool is_thin(const VT_Line_Attributes& line) noexcept {
-    return line.weight <= 1 && line.style == 0 && !(line.flags & line_flag::smoothed) &&
+    return line.weight <= 1 && line.style == 0 && !(line.flags & vorna::line_flag::smoothed) &&
            line.line_types == VT_Line_Type_Set::None;
 }
 

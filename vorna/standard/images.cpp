@@ -74,7 +74,7 @@ public:
 
     std::uint8_t operator()(VT_RGB32 color) {
         color.alpha = 255;
-        const auto [place, is_new] = found_.try_emplace(word_of(color));
+        const auto [place, is_new] = found_.try_emplace(vorna::word_of(color));
         if (is_new) {
             place->second = static_cast<std::uint8_t>(palette_.closest_match(color, false));
         }
@@ -141,7 +141,7 @@ void VD_Standard_Draw_DCI_RGB32_Image(VT_Renderer_Data& renderer, const VT_Rendi
     if (options.color_system() == 1 || vorna::is_empty(image.drawn)) {
         return;
     }
-    if (rendition.drawing_flags & drawing_flag::translucent) {
+    if (rendition.drawing_flags & vorna::drawing_flag::translucent) {
         draw_blended(renderer, rendition, image);
         return;
     }
@@ -211,7 +211,7 @@ void VD_Standard_Draw_DCI_Image(VT_Renderer_Data& renderer, const VT_Rendition& 
     const Buffer_Format format = image->format() != Buffer_Format::whatever_is_there ? image->format()
                                  : has_colors                                        ? Buffer_Format::rgb32
                                                                                      : Buffer_Format::index8;
-    const std::int32_t bytes = bytes_per_pixel(format);
+    const std::int32_t bytes = vorna::bytes_per_pixel(format);
     if (bytes == 0 || image->width() < 1 || image->height() < 1 || image->row_bytes() / bytes < image->width()) {
         return;
     }

@@ -29,9 +29,9 @@ VT_Reference<VT_Rendition> painting_rendition(const VT_Rendition& rendition, con
 void VD_Span_DC_Rectangle(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t x_min, std::int32_t x_max,
                           std::int32_t y_min, std::int32_t y_max) {
     const vorna::Standard_Call call(renderer, "VD_Span_DC_Rectangle");
-    const bool is_hatched = rendition.window.fill > face_pattern::last_drawn_by_renderers;
+    const bool is_hatched = rendition.window.fill > vorna::face_pattern::last_drawn_by_renderers;
     const VT_Reference<const VT_Pattern_Bitmap> bitmap = is_hatched ? vorna::hatch(rendition.window.fill) : rendition.face.bitmap;
-    const vorna::Pattern is_set(is_hatched ? face_pattern::bitmap : rendition.window.fill, bitmap.get());
+    const vorna::Pattern is_set(is_hatched ? vorna::face_pattern::bitmap : rendition.window.fill, bitmap.get());
     const auto& dot = renderer.actions.draw_dci_dot;
     if (!is_set.has_cells() || !dot.enabled) {
         return;
