@@ -19,10 +19,6 @@ namespace {
 constexpr const char* zbuffer_write = "ZBuffer Write";
 constexpr const char* zbuffer_test = "ZBuffer Test";
 
-bool operator==(const VT_Int_Rectangle& a, const VT_Int_Rectangle& b) {
-    return a.left == b.left && a.right == b.right && a.bottom == b.bottom && a.top == b.top;
-}
-
 // Empty when the value is what a picture that does not give it has.
 template <class Value> std::optional<Value> unless(const Value& value, const Value& usual) {
     return value == usual ? std::nullopt : std::optional(value);

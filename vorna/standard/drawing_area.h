@@ -28,18 +28,12 @@ inline VT_Int_Rectangle window_rectangle(const VT_Renderer_Options& options) noe
 }
 
 inline VT_Int_Rectangle cut_to_window(const VT_Int_Rectangle& rectangle, const VT_Renderer_Options& options) noexcept {
-    const VT_Int_Rectangle window = window_rectangle(options);
-    return {std::max(rectangle.left, window.left), std::min(rectangle.right, window.right),
-            std::max(rectangle.bottom, window.bottom), std::min(rectangle.top, window.top)};
+    return common_part(rectangle, window_rectangle(options));
 }
 
 // The hard clip as far as the window shows it.
 inline VT_Int_Rectangle visible_rectangle(VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
     return cut_to_window(rendition.clip.hard_clip, renderer.current_renderer_options());
-}
-
-constexpr bool is_empty(const VT_Int_Rectangle& rectangle) noexcept {
-    return rectangle.left > rectangle.right || rectangle.bottom > rectangle.top;
 }
 
 } // namespace vorna
