@@ -179,7 +179,7 @@ public:
     // std::invalid_argument for an area that is not inside the window.
     VT_Reference<VT_Shared_Image> read_depth_image() { return read_depth_image(window()); }
     VT_Reference<VT_Shared_Image> read_depth_image(const VT_Int_Rectangle& area) {
-        const VT_Reference<VT_Shared_Image> image =
+        VT_Reference<VT_Shared_Image> image =
             has_depth_buffer() ? VD_Read_Depth_Image(*this, area) : VT_Reference<VT_Shared_Image>();
         if (!image) {
             throw std::runtime_error("the renderer has no depth buffer to read");

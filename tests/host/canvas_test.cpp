@@ -360,18 +360,18 @@ TEST(Canvas, heeds_depth_and_regions_where_the_page_says_so) {
     std::memset(texture->row(0), 255, 16);
     material->texture = texture;
     for (std::size_t i = 0; i < std::size(renderer_cases); ++i) {
-        const auto& [color_system, depth, alpha] = renderer_cases[i];
+        const bool indexed = renderer_cases[i].color_system == 0, depth = renderer_cases[i].depth;
         vorna::Canvas canvas(renderer_module(), {.size = {32, 32},
-                                                 .indexed = color_system == 0,
+                                                 .indexed = indexed,
                                                  .depth_buffer = depth,
-                                                 .alpha_blending = alpha,
+                                                 .alpha_blending = renderer_cases[i].alpha,
                                                  .clip_regions = true});
         canvas.set_color(colors[0]);
         canvas.rendition().face.material = material;
         canvas.rendition().window = {window, vorna::face_pattern::solid, vorna::rgb(1, 2, 3), 7};
         const Row* row = nullptr;
         // The pixels that the call changes, and the depths.
-        const auto changes = [&](bool writes, vorna::Depth_Test test, VT_Reference<VT_Contour_Set> clip) {
+        const auto changes = [&](bool writes, vorna::Depth_Test test, const VT_Reference<VT_Contour_Set>& clip) {
             canvas.rendition().clip.complex_clip = nullptr;
             canvas.begin_picture(vorna::rgb(255, 255, 255));
             canvas.rendition().clip.complex_clip = clip;
