@@ -14,6 +14,7 @@
 #include "app/replay_command.h"
 #include "app/usage.h"
 #include "app/view/view_command.h"
+#include "vorna/version.h"
 
 namespace app {
 
@@ -21,7 +22,7 @@ std::unique_ptr<CLI::App> make_command_line(int& status) {
     auto application = std::make_unique<CLI::App>("Draw models, maps and pictures exactly, without a display or a GPU.", "vorna");
     application->formatter(manual::help_formatter()); // the commands take it over
     application->set_help_flag("-h,--help", "Print this help and exit");
-    application->set_version_flag("--version", std::string("vorna ") + VORNA_VERSION, "Print the version and exit");
+    application->set_version_flag("--version", std::string("vorna ") + VORNA_VERSION_TEXT, "Print the version and exit");
     application->allow_windows_style_options(false); // a path may begin with a slash there too
     application->require_subcommand(1);
     application->footer(footer({{"vorna render bunny.obj -o bunny.png", "a model as a picture"},

@@ -30,8 +30,8 @@ Raster raster_of(const VT_Shared_Image& image) {
 }
 
 Raster cut(Raster raster, const VT_Int_Rectangle& window, const VT_Int_Rectangle& area) noexcept {
-    raster.top +=
-        (window.top - area.top) * raster.row_bytes + std::ptrdiff_t{area.left - window.left} * bytes_per_pixel(raster.format);
+    raster.top += (window.top - area.top) * raster.row_bytes +
+                  std::ptrdiff_t{area.left - window.left} * vorna::bytes_per_pixel(raster.format);
     raster.width = area.right - area.left + 1;
     raster.height = area.top - area.bottom + 1;
     return raster;
@@ -42,7 +42,7 @@ void store_samples(const std::uint8_t* pixels, std::int32_t width, Buffer_Format
         std::memcpy(samples, pixels, static_cast<std::size_t>(width));
         return;
     }
-    const std::uint8_t* end = pixels + std::ptrdiff_t{width} * bytes_per_pixel(format);
+    const std::uint8_t* end = pixels + std::ptrdiff_t{width} * vorna::bytes_per_pixel(format);
     if (format == Buffer_Format::depth16) {
         for (; pixels < end; pixels += 2, samples += 2) {
             std::uint16_t depth;
@@ -85,7 +85,7 @@ std::string png_of(const Raster& raster, const VT_Palette& palette) {
 }
 
 std::string raw_bytes_of(const Raster& raster) {
-    const auto pixel_bytes = static_cast<std::size_t>(bytes_per_pixel(raster.format));
+    const auto pixel_bytes = static_cast<std::size_t>(vorna::bytes_per_pixel(raster.format));
     const std::size_t row_bytes = static_cast<std::size_t>(raster.width) * pixel_bytes;
     std::string bytes;
     bytes.reserve(row_bytes * static_cast<std::size_t>(raster.height));

@@ -115,15 +115,15 @@ std::optional<Dashes> parsed_dashes(const char* option, const std::string& text)
     return lengths;
 }
 
-constexpr std::array<std::pair<const char*, std::int32_t>, 9> symbols{{{"dot", marker_symbol::dot},
-                                                                       {"plus", marker_symbol::plus},
-                                                                       {"cross", marker_symbol::cross},
-                                                                       {"circle", marker_symbol::circle},
-                                                                       {"disc", marker_symbol::filled_circle},
-                                                                       {"square", marker_symbol::square},
-                                                                       {"block", marker_symbol::filled_square},
-                                                                       {"triangle", marker_symbol::triangle},
-                                                                       {"star", marker_symbol::star}}};
+constexpr std::array<std::pair<const char*, std::int32_t>, 9> symbols{{{"dot", vorna::marker_symbol::dot},
+                                                                       {"plus", vorna::marker_symbol::plus},
+                                                                       {"cross", vorna::marker_symbol::cross},
+                                                                       {"circle", vorna::marker_symbol::circle},
+                                                                       {"disc", vorna::marker_symbol::filled_circle},
+                                                                       {"square", vorna::marker_symbol::square},
+                                                                       {"block", vorna::marker_symbol::filled_square},
+                                                                       {"triangle", vorna::marker_symbol::triangle},
+                                                                       {"star", vorna::marker_symbol::star}}};
 
 std::vector<std::string> symbol_names() {
     std::vector<std::string> names;
@@ -541,7 +541,7 @@ Layer_Style Map_Drawing::style_of(const Map& map, const Map_Layer& layer) const 
         const Shape& shape = map.shapes[s];
         std::optional<VT_RGB32> color = one_fill ? one_fill : shape.fill;
         if (by_palette && !color) {
-            color = color_of(0xFF000000U | static_cast<std::uint32_t>(palette_colors[numbers[s]]));
+            color = vorna::color_of(0xFF000000U | static_cast<std::uint32_t>(palette_colors[numbers[s]]));
         }
         if (fill == "none") {
             color.reset();
@@ -588,8 +588,8 @@ void Map_Drawing::set_up(Session& session) {
     rendition_ = new VT_Rendition;
     rendition_->clip.hard_clip = window;
     rendition_->window.rectangle = window;
-    rendition_->line.flags = picture_.antialias ? line_flag::smoothed : 0;
-    rendition_->line.cap = line_cap::butt;
+    rendition_->line.flags = picture_.antialias ? vorna::line_flag::smoothed : 0;
+    rendition_->line.cap = vorna::line_cap::butt;
     if (clip_shape_) {
         std::vector<VT_Contour_Set::Contour> contours;
         for (const Path& ring : layer_->face_of(*clip_shape_)) {
@@ -626,7 +626,7 @@ void Map_Drawing::draw(Session& session, VT_RGB32 background) const {
     if (overlay_) {
         const VT_Reference<VT_Rendition> rendition(new VT_Rendition(*rendition_));
         if (!options_.merge.empty()) {
-            rendition->face.mode = rendition->line.mode = rendition->marker.mode = merge_drawing_mode;
+            rendition->face.mode = rendition->line.mode = rendition->marker.mode = vorna::merge_drawing_mode;
         }
         Map_Painter overlay_painter(renderer, *rendition, view_);
         overlay_->draw(overlay_painter, overlay_style_);

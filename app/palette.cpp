@@ -166,7 +166,7 @@ Palette_Dither::Pattern Palette_Dither::pattern_of(VT_RGB32 color) const {
 std::uint8_t Palette_Dither::index(VT_RGB32 color, std::int32_t x, std::int32_t y) {
     static constexpr std::uint8_t thresholds[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
     color.alpha = 255;
-    const std::uint32_t word = word_of(color);
+    const std::uint32_t word = vorna::word_of(color);
     Entry& entry = known_[(word * 2654435761U) >> 17];
     if (entry.color != word) {
         entry = {word, pattern_of(color)};

@@ -22,8 +22,8 @@ namespace {
 // Without --size a map is as high as it needs to be.
 Map_Picture map_picture_of(const Model_Picture& options, const Input& input, bool size_given) {
     const VT_Int_Pair size =
-        parsed_pair(options.size, largest_buffer_side,
-                    "--size: expected WIDTHxHEIGHT with sides of a map from 1 to " + std::to_string(largest_buffer_side));
+        parsed_pair(options.size, vorna::largest_buffer_side,
+                    "--size: expected WIDTHxHEIGHT with sides of a map from 1 to " + std::to_string(vorna::largest_buffer_side));
     return {.input = input,
             .output = options.output,
             .record = options.record,
@@ -79,7 +79,7 @@ void add_render_command(CLI::App& application, int& status) {
     command
         .add_option("--size", options->size,
                     "Width and height in pixels, up to " + std::to_string(largest_side) + ", of maps up to " +
-                        std::to_string(largest_buffer_side) + "; maps are as high as they need to be without it")
+                        std::to_string(vorna::largest_buffer_side) + "; maps are as high as they need to be without it")
         ->type_name("WxH")
         ->capture_default_str();
     command

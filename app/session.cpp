@@ -45,7 +45,7 @@ void Session::establish() {
     }
 }
 
-const Action_Table& Session::actions() const noexcept {
+const VT_Action_Table& Session::actions() const noexcept {
     return recorder_ ? recorder_->own_actions() : canvas_.renderer().actions;
 }
 

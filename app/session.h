@@ -30,7 +30,7 @@ public:
     void set_recorder(picture::Recorder* recorder) noexcept { recorder_ = recorder; }
     picture::Recorder* recorder() const noexcept { return recorder_; }
     // The renderer's own slots, whether somebody records or not.
-    const Action_Table& actions() const noexcept;
+    const VT_Action_Table& actions() const noexcept;
 
     // Device pixels of the window.
     VT_Int_Rectangle window() const { return canvas_.window(); }

@@ -148,8 +148,8 @@ private:
             result.varied_amount = amount_of(varied, workload.counts);
             add("varied", result.varied.emplace(), make_own_canvas(module_, workload.surface, varied));
         }
-        const auto to = make_frame_buffer(window_size.x, window_size.y, Buffer_Format::rgb32);
-        const auto from = make_frame_buffer(window_size.x, window_size.y, Buffer_Format::rgb32);
+        const auto to = vorna::make_frame_buffer(window_size.x, window_size.y, Buffer_Format::rgb32);
+        const auto from = vorna::make_frame_buffer(window_size.x, window_size.y, Buffer_Format::rgb32);
         const auto bytes = static_cast<std::size_t>(to->bytes_per_row) * window_size.y;
         std::uint8_t* const first = to->rows[window_size.y - 1];
         const std::uint8_t* const source = from->rows[window_size.y - 1];

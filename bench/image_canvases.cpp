@@ -68,7 +68,7 @@ std::vector<std::uint32_t> premultiplied(const Image& image) {
         const auto by_alpha = [&](std::uint8_t channel) {
             return static_cast<std::uint8_t>((channel * pixel.alpha + 127) / 255);
         };
-        words.push_back(word_of({by_alpha(pixel.blue), by_alpha(pixel.green), by_alpha(pixel.red), pixel.alpha}));
+        words.push_back(vorna::word_of({by_alpha(pixel.blue), by_alpha(pixel.green), by_alpha(pixel.red), pixel.alpha}));
     }
     return words;
 }

@@ -39,7 +39,7 @@ protected:
     static constexpr std::int32_t from_top(std::int32_t y) noexcept { return window_size.y - 1 - y; }
 
 private:
-    VT_Reference<Frame_Buffer> buffer_ = make_frame_buffer(window_size.x, window_size.y, Buffer_Format::rgb32);
+    VT_Reference<Frame_Buffer> buffer_ = vorna::make_frame_buffer(window_size.x, window_size.y, Buffer_Format::rgb32);
 };
 
 // The image's pixels with their colours multiplied by alpha.

@@ -57,13 +57,13 @@ public:
         if (surface.shading == Shading::textured) {
             rendition_.face.material = noise_material();
         }
-        rendition_.line.flags = surface.smoothed ? line_flag::smoothed : 0;
+        rendition_.line.flags = surface.smoothed ? vorna::line_flag::smoothed : 0;
         const auto* polylines = std::get_if<Polylines>(&subject);
         if (polylines && polylines->dashed) {
             rendition_.line.line_types = dashes();
         }
         if (std::holds_alternative<Image>(subject)) {
-            rendition_.drawing_flags = surface.alpha ? drawing_flag::translucent : 0;
+            rendition_.drawing_flags = surface.alpha ? vorna::drawing_flag::translucent : 0;
         }
     }
 

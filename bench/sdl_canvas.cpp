@@ -101,7 +101,7 @@ private:
             add(middle - i, j);
             add(middle + i, j);
         }
-        SDL_FillRects(target_.get(), spans_.data(), static_cast<int>(spans_.size()), word_of(color));
+        SDL_FillRects(target_.get(), spans_.data(), static_cast<int>(spans_.size()), vorna::word_of(color));
     }
 
     void draw_round(VT_DCI_Point center, std::int32_t radius, VT_RGB32 color) {

@@ -20,7 +20,8 @@ if(VORNA_WITH_VIEWER)
 endif()
 install(DIRECTORY renderer/host DESTINATION ${VORNA_INCLUDE_FOLDER}/renderer COMPONENT development
         FILES_MATCHING PATTERN "*.h" PATTERN "*.inc")
-install(FILES vorna/canvas.h vorna/draw.h vorna/module.h vorna/slot_contracts.h DESTINATION ${VORNA_INCLUDE_FOLDER}/vorna COMPONENT development)
+install(FILES vorna/canvas.h vorna/draw.h vorna/module.h vorna/slot_contracts.h ${PROJECT_BINARY_DIR}/include/vorna/version.h
+        DESTINATION ${VORNA_INCLUDE_FOLDER}/vorna COMPONENT development)
 
 # Found as Vorna, and as vorna too, by the file's name.
 install(EXPORT vorna NAMESPACE Vorna:: FILE vorna-config.cmake DESTINATION ${package_folder} COMPONENT development)

@@ -2,7 +2,10 @@
 # the installed host library takes over the language and the include folder only.
 add_library(project_options INTERFACE)
 target_compile_features(project_options INTERFACE cxx_std_20)
+# The one header that is made: of the project's version.
+configure_file(vorna/version.h.in include/vorna/version.h @ONLY)
 target_include_directories(project_options INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+                                                     $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include>
                                                      $<INSTALL_INTERFACE:${VORNA_INCLUDE_FOLDER}>)
 set(definitions)
 set(link_options)

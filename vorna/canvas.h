@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -26,22 +27,13 @@
 #include "renderer/host/rendition.h"
 #include "vorna/draw.h"
 #include "vorna/module.h"
+#include "vorna/version.h"
 
 namespace vorna {
 
 // A colour by its channels, 0 to 255, in the order in which they are spoken; VT_RGB32 has them in the order of memory.
 constexpr VT_RGB32 rgb(std::uint8_t red, std::uint8_t green, std::uint8_t blue, std::uint8_t alpha = 255) noexcept {
     return {.blue = blue, .green = green, .red = red, .alpha = alpha};
-}
-
-// Device pixels of a window that these options describe.
-inline VT_Int_Rectangle window_of(const VT_Renderer_Options& options) noexcept {
-    const VT_Int_Pair origin = options.local_coordinates() ? VT_Int_Pair{} : options.window_origin();
-    const VT_Int_Pair size = options.window_size();
-    const auto last = [](std::int32_t first, std::int32_t length) {
-        return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{first} + length - 1, INT32_MIN, INT32_MAX));
-    };
-    return {origin.x, last(origin.x, size.x), origin.y, last(origin.y, size.y)};
 }
 
 struct Canvas_Settings {
@@ -58,17 +50,19 @@ enum class Depth_Test : std::int32_t { nearer = 1, nearer_or_equal = 2, farther 
 
 // What a presentation callback is to show.
 struct Presentation {
-    VT_Int_Rectangle area;      // device pixels
-    VT_Int_Pair destination;    // of the area's top left pixel, in window coordinates that run downwards
+    VT_Int_Rectangle area;      // device pixels, all of them in the window
+    VT_Int_Pair destination;    // of the area's top left pixel, from the window's top left one rightwards and downwards
     const Frame_Buffer& buffer; // the whole colour buffer
 };
 
 // Owns its renderer and, through it, the buffers. The module must outlive it. One thread at a time draws on a canvas; canvases of
-// the same module may be drawn on by several threads at once, each by its own.
+// the same module may be drawn on by several threads at once, each by its own. A canvas that was moved from can only be given
+// another one, or go.
 class Canvas {
 public:
     // A renderer without pixels: set options(), then establish().
-    explicit Canvas(const Module& module) : renderer_(module.create_renderer()), rendition_(new VT_Rendition) {}
+    explicit Canvas(const Module& module)
+        : renderer_(module.create_renderer()), rendition_(new VT_Rendition), requested_(renderer_->current_options) {}
 
     // Ready to draw. Throws as establish does.
     Canvas(const Module& module, const Canvas_Settings& settings) : Canvas(module) {
@@ -85,16 +79,16 @@ public:
         establish();
     }
 
-    Canvas(const Canvas&) = delete;
-    Canvas& operator=(const Canvas&) = delete;
+    Canvas(Canvas&&) noexcept = default;
+    Canvas& operator=(Canvas&&) noexcept = default;
 
     VT_Renderer_Data& renderer() noexcept { return *renderer_; }
     const VT_Renderer_Data& renderer() const noexcept { return *renderer_; }
     // The attributes of everything that is drawn on the canvas from now on. The hard clip is the window at first.
     VT_Rendition& rendition() noexcept { return *rendition_; }
 
-    // Window, pixel kind, palette and so on; changes are in force after the next establish().
-    VT_Renderer_Options& options() { return renderer_->current_renderer_options_for_update(); }
+    // Window, pixel kind, palette and so on, as they are asked for; what is in force changes with the next establish().
+    VT_Renderer_Options& options() noexcept { return requested_; }
     // An option of the renderer's own; in force after the next establish(). Throws std::invalid_argument when the renderer has
     // none of that name, or one of another kind.
     void set_option(const std::string& name, VT_Option_Content value) {
@@ -111,18 +105,11 @@ public:
         option->set(std::move(value));
     }
     // Fits buffers and slots to the options, and the hard clip to the window. Buffers whose size and format stay keep their
-    // pixels; new ones are zero. Throws std::invalid_argument, having changed nothing, for a window without pixels or with too
-    // many, and std::bad_alloc.
-    void establish() {
-        const VT_Int_Pair size = options().window_size();
-        if (std::min(size.x, size.y) < 1 || std::max(size.x, size.y) > largest_buffer_side) {
-            throw std::invalid_argument("a window has 1 to 16384 columns and rows, not " + std::to_string(size.x) + " x " +
-                                        std::to_string(size.y));
-        }
-        renderer_->establish_all();
-        color_buffer();
-        rendition_->clip.hard_clip = window();
-    }
+    // pixels; new ones are zero. Throws std::invalid_argument for a window of other than 1 to 16384 columns and rows, for one
+    // that does not lie between -2^30 and 2^30, and for buffers of the application's own that do not fit; std::bad_alloc; and
+    // std::runtime_error when the renderer shows no colour buffer. Then everything that was in force stays, pixels and depths
+    // included, and options() and set_option() keep what was asked for.
+    VORNA_API void establish();
 
     void set_depth_write(bool on) { setter<VT_Bool_Setter>("ZBuffer Write")(*renderer_, on); }
     void set_depth_test(Depth_Test test) {
@@ -167,29 +154,33 @@ public:
 
     // Called whenever a part of the window is presented, and must not throw; empty = nothing is shown, as at first.
     void on_present(std::function<void(const Presentation&)> show) {
-        show_ = std::move(show);
-        renderer_->presentation = {show_area, this};
+        auto presenter = std::make_unique<Presenter>(Presenter{std::move(show), renderer_.get()});
+        renderer_->presentation = {Presenter::show_area, presenter.get()};
+        presenter_ = std::move(presenter);
     }
-    void present(const VT_Int_Rectangle& area) { renderer_->update_all(area); }
+    // Presents device pixels, as far as they lie in the window; nothing when none of them does.
+    void present(const VT_Int_Rectangle& area) {
+        const VT_Int_Rectangle shown = common_part(area, window());
+        if (!is_empty(shown)) {
+            renderer_->update_all(shown);
+        }
+    }
 
     // The colour buffer itself: row r, counted upwards from the lowest, begins at rows[r]. It is replaced when establish()
     // changes size or format. Throws std::runtime_error when there is none.
     const Frame_Buffer& color_buffer() const {
-        const VT_Option* const option = renderer_->current_table.find("Color Buffer");
-        const auto* const buffer = option ? option->as_object<Frame_Buffer>() : nullptr;
+        const Frame_Buffer* const buffer = find_color_buffer();
         if (!buffer) {
             throw std::runtime_error("the renderer has no colour buffer");
         }
         return *buffer;
     }
-    // A copy of the whole depth buffer. Throws std::runtime_error when there is none.
-    VT_Reference<VT_Shared_Image> read_depth_image() {
-        const VT_Int_Rectangle area = window();
-        const VT_DCI_Point top_left{area.left, area.top, 0};
-        const VT_DCI_Point bottom_right{area.right, area.bottom, 0};
-        constexpr Buffer_Format format = Buffer_Format::depth16;
-        VT_Reference<VT_Shared_Image> image;
-        VD_Read_Depth_Image(*renderer_, *rendition_, &top_left, &bottom_right, &format, image);
+    // A copy of the whole depth buffer, or of some device pixels. Throws std::runtime_error when there is none, and
+    // std::invalid_argument for an area that is not inside the window.
+    VT_Reference<VT_Shared_Image> read_depth_image() { return read_depth_image(window()); }
+    VT_Reference<VT_Shared_Image> read_depth_image(const VT_Int_Rectangle& area) {
+        VT_Reference<VT_Shared_Image> image =
+            has_depth_buffer() ? VD_Read_Depth_Image(*this, area) : VT_Reference<VT_Shared_Image>();
         if (!image) {
             throw std::runtime_error("the renderer has no depth buffer to read");
         }
@@ -227,14 +218,28 @@ public:
     }
 
 private:
-    static std::int32_t show_area(void* canvas, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
-                                  const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y) {
-        const auto& show = static_cast<const Canvas*>(canvas)->show_;
-        if (show && buffer) {
-            show({{top_left.x, bottom_right.x, bottom_right.y, top_left.y}, {x, y}, *buffer});
-        }
-        return 0;
+    const Frame_Buffer* find_color_buffer() const noexcept {
+        const VT_Option* const option = renderer_->current_table.find("Color Buffer");
+        return option ? option->as_object<Frame_Buffer>() : nullptr;
     }
+
+    // Stays where it is when the canvas moves.
+    struct Presenter {
+        std::function<void(const Presentation&)> show;
+        const VT_Renderer_Data* renderer;
+
+        static std::int32_t show_area(void* context, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
+                                      const VT_Reference<Frame_Buffer>& buffer, std::int32_t, std::int32_t) {
+            const auto& [show, renderer] = *static_cast<const Presenter*>(context);
+            if (show && buffer) {
+                const VT_Int_Rectangle window = window_of(renderer->current_options);
+                show({{top_left.x, bottom_right.x, bottom_right.y, top_left.y},
+                      {top_left.x - window.left, window.top - top_left.y},
+                      *buffer});
+            }
+            return 0;
+        }
+    };
 
     // Renderers publish how to steer their depth buffer as values of options.
     template <class Setter> Setter setter(const char* name) const {
@@ -248,7 +253,9 @@ private:
 
     Module::Renderer renderer_;
     VT_Reference<VT_Rendition> rendition_;
-    std::function<void(const Presentation&)> show_;
+    VT_Renderer_Options requested_;
+    VT_Reference<Frame_Buffer> depth_buffer_; // the renderer's, which it may drop when it cannot be established
+    std::unique_ptr<Presenter> presenter_;
 };
 
 } // namespace vorna

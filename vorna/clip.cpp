@@ -18,8 +18,9 @@ std::int32_t clip(const VT_Int_Rectangle& rectangle, std::int32_t count, const P
     std::uint16_t any = 0;
     std::uint16_t all = 0xFFFF;
     for (std::int32_t i = 0; i < count; ++i) {
-        const auto code = static_cast<std::uint16_t>(side(points[i].x, left, right, outcode::left, outcode::right) |
-                                                     side(points[i].y, bottom, top, outcode::below, outcode::above));
+        const auto code =
+            static_cast<std::uint16_t>(side(points[i].x, left, right, vorna::outcode::left, vorna::outcode::right) |
+                                       side(points[i].y, bottom, top, vorna::outcode::below, vorna::outcode::above));
         outcodes[i] = code;
         any = static_cast<std::uint16_t>(any | code);
         all = static_cast<std::uint16_t>(all & code);

@@ -6,10 +6,11 @@
 //     VD_Draw_DCI_Polyline(renderer, rendition, count, points);   // the slot's own arguments, see actions.h
 //     VD_Draw_DCI_Polyline(canvas, points);                       // lists that know their length, see canvas.h
 //
-// Lists are arrays, vectors, spans and the like. Should one of colours be too short, std::invalid_argument is thrown and nothing
-// drawn.
+// Lists are arrays, vectors, spans and the like. Should one of colours or pixels be too short, std::invalid_argument is thrown
+// and nothing drawn.
 #pragma once
 
+#include <algorithm>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -26,6 +27,16 @@
 #include "vorna/slot_contracts.h"
 
 namespace vorna {
+
+// Device pixels of a window that these options describe.
+inline VT_Int_Rectangle window_of(const VT_Renderer_Options& options) noexcept {
+    const VT_Int_Pair origin = options.local_coordinates() ? VT_Int_Pair{} : options.window_origin();
+    const VT_Int_Pair size = options.window_size();
+    const auto last = [](std::int32_t first, std::int32_t length) {
+        return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{first} + length - 1, INT32_MIN, INT32_MAX));
+    };
+    return {origin.x, last(origin.x, size.x), origin.y, last(origin.y, size.y)};
+}
 
 // What can be drawn on besides a renderer: whatever has one, and a rendition to draw with.
 template <class Target>
@@ -56,12 +67,66 @@ void draw_list(Drawing_Target auto& target, std::span<const Point> points, Argum
     Function{}(target.renderer(), target.rendition(), static_cast<std::int32_t>(points.size()), points.data(), arguments...);
 }
 
-// How a function is called on a canvas, by its signature. Those whose signature has no list take the slot's own arguments.
-template <class Function, class Signature, Primitive primitive> struct Canvas_Calls {
-    template <class... Arguments> void operator()(Drawing_Target auto& target, Arguments&&... arguments) const {
-        Function{}(target.renderer(), target.rendition(), std::forward<Arguments>(arguments)...);
-    }
+// Pixels, palette indices or depths in memory, row after row, the highest first.
+template <class Pixel> struct Pixel_Rows {
+    std::span<const Pixel> pixels;
+    VT_Int_Pair size;        // columns and rows
+    std::int32_t stride = 0; // pixels from the start of one row to that of the next; 0 = as many as there are columns
 };
+
+// Throws std::invalid_argument when rows of that size and stride are no image, or need more pixels than are given.
+inline void require_rows(VT_Int_Pair size, std::int64_t stride, std::size_t pixel_bytes, std::size_t given) {
+    if (size.x < 0 || size.y < 0) {
+        throw std::invalid_argument("an image has 0 or more columns and rows, not " + std::to_string(size.x) + " x " +
+                                    std::to_string(size.y));
+    }
+    const std::int64_t longest = INT32_MAX / static_cast<std::int64_t>(pixel_bytes);
+    if (stride < size.x || stride > longest) {
+        throw std::invalid_argument("a stride of " + std::to_string(size.x) + " to " + std::to_string(longest) +
+                                    " pixels was expected, not " + std::to_string(stride));
+    }
+    const bool has_pixels = size.x > 0 && size.y > 0;
+    require_values("pixels", has_pixels ? static_cast<std::size_t>((size.y - 1) * stride + size.x) : 0, given);
+}
+
+// Rows that lie on device pixels, as far as these can be drawn.
+template <class Pixel> struct Placed_Rows {
+    // Throws as require_rows does.
+    Placed_Rows(const VT_DCI_Point& top_left, const Pixel_Rows<Pixel>& rows, const VT_Int_Rectangle& drawable) {
+        const VT_Int_Pair size = rows.size;
+        const std::int64_t row = rows.stride == 0 ? size.x : rows.stride;
+        require_rows(size, row, sizeof(Pixel), rows.pixels.size());
+        if (size.x > 0 && size.y > 0) {
+            const std::int64_t right = std::min<std::int64_t>(std::int64_t{top_left.x} + size.x - 1, INT32_MAX);
+            const std::int64_t lowest = std::max<std::int64_t>(std::int64_t{top_left.y} - size.y + 1, INT32_MIN);
+            part = common_part({top_left.x, static_cast<std::int32_t>(right), static_cast<std::int32_t>(lowest), top_left.y},
+                               drawable);
+        }
+        if (!is_empty(part)) {
+            first = rows.pixels.data() + (std::int64_t{top_left.y} - part.top) * row + (std::int64_t{part.left} - top_left.x);
+        }
+        row_bytes = static_cast<std::int32_t>(row * static_cast<std::int64_t>(sizeof(Pixel)));
+    }
+
+    VT_Int_Rectangle part{0, -1, 0, -1}; // device pixels
+    const Pixel* first = nullptr;        // of the part's highest row
+    std::int32_t row_bytes;
+};
+
+template <class Function, class Pixel, class... Arguments>
+void draw_rows(Drawing_Target auto& target, const VT_DCI_Point& top_left, const Pixel_Rows<Pixel>& rows, Arguments... reserved) {
+    const VT_Int_Rectangle drawable = common_part(window_of(target.renderer().current_renderer_options()),
+                                                  static_cast<const VT_Rendition&>(target.rendition()).clip.hard_clip);
+    const Placed_Rows<Pixel> placed(top_left, rows, drawable);
+    if (!is_empty(placed.part)) {
+        const VT_DCI_Point start{placed.part.left, placed.part.top, top_left.z};
+        const VT_DCI_Point end{placed.part.right, placed.part.bottom, top_left.z};
+        Function{}(target.renderer(), target.rendition(), &start, &end, placed.row_bytes, placed.first, reserved...);
+    }
+}
+
+// How a function is called on a canvas, by its signature.
+template <class Function, class Signature, Primitive primitive> struct Canvas_Calls;
 
 template <class Function, class Point, Primitive primitive> struct Canvas_Calls<Function, VT_Draw_Points<Point>, primitive> {
     void operator()(Drawing_Target auto& target, std::span<const Point> points) const { draw_list<Function>(target, points); }
@@ -117,11 +182,94 @@ template <class Function> struct Canvas_Calls<Function, VT_Draw_Dot, Primitive::
     }
 };
 
-// In the rendition's line colour. Angles in radians, counter-clockwise.
+// In the rendition's line colour, or in another one. Unlike the slot's centre the canvas's is a point in device coordinates.
+// Equal radii make a circle. Angles in radians, counter-clockwise.
 template <class Function> struct Canvas_Calls<Function, VT_Draw_Ellipse, Primitive::other> {
     void operator()(Drawing_Target auto& target, const VT_DCI_Point& center, const VT_DCI_Point& radii, double start = 0,
                     double end = 2 * std::numbers::pi, double rotation = 0) const {
-        Function{}(target.renderer(), target.rendition(), &center, &radii, start, end, rotation, nullptr);
+        draw(target, center, radii, start, end, rotation, nullptr);
+    }
+    void operator()(Drawing_Target auto& target, const VT_DCI_Point& center, const VT_DCI_Point& radii, VT_RGB32 color,
+                    double start = 0, double end = 2 * std::numbers::pi, double rotation = 0) const {
+        draw(target, center, radii, start, end, rotation, &color);
+    }
+
+private:
+    static void draw(Drawing_Target auto& target, const VT_DCI_Point& center, const VT_DCI_Point& radii, double start, double end,
+                     double rotation, const VT_RGB32* color) {
+        const VT_Int_Rectangle window = window_of(target.renderer().current_renderer_options());
+        const auto from = [](std::int32_t first, std::int32_t coordinate) {
+            return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{coordinate} - first, INT32_MIN, INT32_MAX));
+        };
+        const VT_DCI_Point column_and_row{from(window.left, center.x), from(window.bottom, center.y), center.z};
+        Function{}(target.renderer(), target.rendition(), &column_and_row, &radii, start, end, rotation, color);
+    }
+};
+
+// Of palette indices, colours or depths, with the highest row at top_left.y; z is that of every pixel. Images and depths keep to
+// the hard clip. Throws std::invalid_argument for rows that are not all there.
+template <class Function> struct Canvas_Calls<Function, VT_Draw_Index8_Image, Primitive::other> {
+    void operator()(Drawing_Target auto& target, const VT_DCI_Point& top_left, const Pixel_Rows<std::uint8_t>& indices) const {
+        draw_rows<Function>(target, top_left, indices);
+    }
+};
+
+template <class Function> struct Canvas_Calls<Function, VT_Draw_RGB32_Image, Primitive::other> {
+    void operator()(Drawing_Target auto& target, const VT_DCI_Point& top_left, const Pixel_Rows<VT_RGB32>& colors) const {
+        draw_rows<Function>(target, top_left, colors, 0, nullptr);
+    }
+};
+
+template <class Function> struct Canvas_Calls<Function, VT_Write_Depth, Primitive::other> {
+    void operator()(Drawing_Target auto& target, const VT_DCI_Point& top_left, const Pixel_Rows<std::uint16_t>& depths) const {
+        if (target.renderer().current_renderer_options().buffer_depth() >= 1) {
+            draw_rows<Function>(target, top_left, depths);
+        }
+    }
+};
+
+// Throws std::invalid_argument for an image whose rows overlap.
+template <class Function> struct Canvas_Calls<Function, VT_Draw_Image, Primitive::other> {
+    void operator()(Drawing_Target auto& target, const VT_DCI_Point& top_left, const VT_Shared_Image& image) const {
+        const std::int64_t row_bytes = std::int64_t{image.width()} * bytes_per_pixel(image.format());
+        if (image.width() < 1 || image.height() < 1 || image.row_bytes() < row_bytes) {
+            throw std::invalid_argument("an image of " + std::to_string(image.width()) + " x " + std::to_string(image.height()) +
+                                        " pixels needs rows of " + std::to_string(row_bytes) + " bytes, not " +
+                                        std::to_string(image.row_bytes()));
+        }
+        Function{}(target.renderer(), target.rendition(), &top_left, &image);
+    }
+};
+
+// On the rendition's window rectangle, as far as it lies in the window.
+template <class Function> struct Canvas_Calls<Function, VT_Window_Action, Primitive::other> {
+    void operator()(Drawing_Target auto& target) const {
+        const VT_Reference<VT_Rendition> inside(new VT_Rendition(target.rendition()));
+        inside->window.rectangle = common_part(inside->window.rectangle, window_of(target.renderer().current_renderer_options()));
+        if (!is_empty(inside->window.rectangle)) {
+            Function{}(target.renderer(), *inside);
+        }
+    }
+};
+
+// A copy of device pixels, the top row first; null when there is no such buffer. Throws std::invalid_argument for an area that is
+// not inside the window.
+template <class Function> struct Canvas_Calls<Function, VT_Read_Image, Primitive::other> {
+    VT_Reference<VT_Shared_Image> operator()(Drawing_Target auto& target, const VT_Int_Rectangle& area) const {
+        const VT_Int_Rectangle window = window_of(target.renderer().current_renderer_options());
+        if (is_empty(area) || common_part(area, window) != area) {
+            const auto text = [](const VT_Int_Rectangle& r) {
+                return "(" + std::to_string(r.left) + ", " + std::to_string(r.bottom) + ") to (" + std::to_string(r.right) +
+                       ", " + std::to_string(r.top) + ")";
+            };
+            throw std::invalid_argument("an area inside the window, " + text(window) + ", was expected, not " + text(area));
+        }
+        const VT_DCI_Point top_left{area.left, area.top, 0};
+        const VT_DCI_Point bottom_right{area.right, area.bottom, 0};
+        constexpr Buffer_Format format = Buffer_Format::whatever_is_there;
+        VT_Reference<VT_Shared_Image> image;
+        Function{}(target.renderer(), target.rendition(), &top_left, &bottom_right, &format, image);
+        return image;
     }
 };
 
@@ -130,7 +278,7 @@ template <class Function> struct Canvas_Calls<Function, VT_Draw_Ellipse, Primiti
 // A drawing function. It has no state of its own.
 template <auto Slot, auto Standard, vorna::Primitive primitive> struct VT_Dispatch;
 
-template <class Signature, Action_Slot<Signature> Action_Table::*Slot, auto Standard, vorna::Primitive primitive>
+template <class Signature, Action_Slot<Signature> VT_Action_Table::*Slot, auto Standard, vorna::Primitive primitive>
 struct VT_Dispatch<Slot, Standard, primitive>
     : vorna::Canvas_Calls<VT_Dispatch<Slot, Standard, primitive>, Signature, primitive> {
     using vorna::Canvas_Calls<VT_Dispatch, Signature, primitive>::operator();
@@ -147,6 +295,6 @@ struct VT_Dispatch<Slot, Standard, primitive>
 };
 
 #define VT_ACTION(slot, name, ...)                                                                                               \
-    inline constexpr VT_Dispatch<&Action_Table::slot, &VD_Standard_##name, vorna::primitive_of(#name)> VD_##name{};
+    inline constexpr VT_Dispatch<&VT_Action_Table::slot, &VD_Standard_##name, vorna::primitive_of(#name)> VD_##name{};
 #include "renderer/host/action_list.inc"
 #undef VT_ACTION

@@ -29,7 +29,7 @@ public:
         width = buffer_width;
         height = buffer_height;
         format = buffer_format;
-        bytes_per_row = row_bytes(width * bytes_per_pixel(format));
+        bytes_per_row = row_bytes(width * vorna::bytes_per_pixel(format));
         const std::size_t size = static_cast<std::size_t>(bytes_per_row) * static_cast<std::size_t>(height);
         block_.reset(static_cast<std::uint8_t*>(::operator new (size, std::align_val_t{row_alignment})));
         std::memset(block_.get(), 0, size);
@@ -53,14 +53,14 @@ private:
 } // namespace
 
 VT_Reference<Frame_Buffer> vorna::make_raster(std::int32_t width, std::int32_t height, Buffer_Format format) {
-    if (bytes_per_pixel(format) == 0) {
+    if (vorna::bytes_per_pixel(format) == 0) {
         throw std::invalid_argument("a buffer cannot be made in format " + std::to_string(static_cast<std::int32_t>(format)));
     }
     return VT_Reference<Frame_Buffer>(new Host_Frame_Buffer(width, height, format));
 }
 
-VT_Reference<Frame_Buffer> make_frame_buffer(std::int32_t width, std::int32_t height, Buffer_Format format) {
-    if (width < 1 || width > largest_buffer_side || height < 1 || height > largest_buffer_side) {
+VT_Reference<Frame_Buffer> vorna::make_frame_buffer(std::int32_t width, std::int32_t height, Buffer_Format format) {
+    if (width < 1 || width > vorna::largest_buffer_side || height < 1 || height > vorna::largest_buffer_side) {
         throw std::invalid_argument("a buffer has 1 to 16384 columns and rows, not " + std::to_string(width) + " x " +
                                     std::to_string(height));
     }

@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -139,6 +140,10 @@ template <class Function> Function* find_entry_point(void* library, const char* 
 } // namespace
 
 Module::Module(const std::string& path) {
+    // The loader would take the program itself.
+    if (path.empty()) {
+        throw std::runtime_error("\"\": not loadable as a renderer module: the path is empty");
+    }
     if (is_cut_off(absolute_path(path))) {
         throw std::runtime_error(path + ": not loadable as a renderer module: the file is cut off");
     }
@@ -155,8 +160,21 @@ Module::Module(const std::string& path) {
     }
 }
 
+Module::Module(Module&& other) noexcept
+    : library_(std::exchange(other.library_, nullptr)), create_(other.create_), unload_(other.unload_) {
+}
+
+Module& Module::operator=(Module&& other) noexcept {
+    std::swap(library_, other.library_);
+    create_ = other.create_;
+    unload_ = other.unload_;
+    return *this;
+}
+
 Module::~Module() {
-    close_library(library_);
+    if (library_) {
+        close_library(library_);
+    }
 }
 
 Module::Renderer Module::create_renderer(const VT_Renderer_Data& prototype) const {

@@ -10,14 +10,15 @@
 
 namespace vorna {
 
-// A loaded module. Renderers must be destroyed before it.
+// A loaded module. Renderers must be destroyed before it, or before the one that it was moved into; one that was moved from can
+// only be given another one, or go.
 class VORNA_API Module {
 public:
     // Opens the module and finds its entry points. The path is UTF-8 on Windows. Throws std::runtime_error with one line that
     // names the file and the reason.
     explicit Module(const std::string& path);
-    Module(const Module&) = delete;
-    Module& operator=(const Module&) = delete;
+    Module(Module&& other) noexcept;
+    Module& operator=(Module&& other) noexcept;
     ~Module();
 
     struct Unload {

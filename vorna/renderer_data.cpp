@@ -9,9 +9,9 @@ namespace {
 void create_buffer(void*, std::int32_t width, std::int32_t height, const Buffer_Format* format,
                    VT_Reference<Frame_Buffer>& buffer) {
     buffer = nullptr;
-    const auto is_possible = [](std::int32_t size) { return size >= 1 && size <= largest_buffer_side; };
+    const auto is_possible = [](std::int32_t size) { return size >= 1 && size <= vorna::largest_buffer_side; };
     if (is_possible(width) && is_possible(height)) {
-        buffer = make_frame_buffer(width, height, *format);
+        buffer = vorna::make_frame_buffer(width, height, *format);
     }
 }
 
@@ -66,9 +66,9 @@ std::int32_t VT_Renderer_Data::update_all(const VT_Int_Rectangle& rectangle) {
 }
 
 void VT_Renderer_Data::set_standard_actions(bool on) {
-    actions = Action_Table{};
+    actions = VT_Action_Table{};
     if (on) {
-        for_each_action([this](std::string_view, auto slot, auto* standard) { actions.*slot = action(this, standard); });
+        vorna::for_each_action([this](std::string_view, auto slot, auto* standard) { actions.*slot = action(this, standard); });
     }
 }
 

@@ -154,18 +154,18 @@ struct Thin_Or_Untyped_Line {
 };
 
 template <auto Slot> struct Slot_Contract : Any_Call {};
-template <> struct Slot_Contract<&Action_Table::draw_dci_polyline> : Points_Near_Window {};
-template <> struct Slot_Contract<&Action_Table::draw_dci_colorized_polyline> : Points_Near_Window {};
-template <> struct Slot_Contract<&Action_Table::draw_dci_gouraud_polyline> : Points_Near_Window {};
-template <> struct Slot_Contract<&Action_Table::draw_dci_dot> : Point_In_Window {};
-template <> struct Slot_Contract<&Action_Table::draw_dci_ellipse> : Shape_In_Clip {};
-template <> struct Slot_Contract<&Action_Table::draw_dci_elliptical_arc> : Plain_Arc_In_Clip {};
-template <> struct Slot_Contract<&Action_Table::draw_dci_index8_image> : Rectangle_In_Window_But_For_Its_Right {};
-template <> struct Slot_Contract<&Action_Table::draw_dci_rgb32_image> : Rectangle_In_Window_But_For_Its_Right {};
-template <> struct Slot_Contract<&Action_Table::write_depth_rectangle> : Rectangle_In_Window_But_For_Its_Right {};
-template <> struct Slot_Contract<&Action_Table::read_color_image> : Rectangle_In_Window {};
-template <> struct Slot_Contract<&Action_Table::read_depth_image> : Rectangle_In_Window {};
-template <> struct Slot_Contract<&Action_Table::clear_depth_rectangle> : Cleared_Rectangle_In_Window {};
-template <> struct Slot_Contract<&Action_Table::draw_2di_polyline> : Thin_Or_Untyped_Line {};
+template <> struct Slot_Contract<&VT_Action_Table::draw_dci_polyline> : Points_Near_Window {};
+template <> struct Slot_Contract<&VT_Action_Table::draw_dci_colorized_polyline> : Points_Near_Window {};
+template <> struct Slot_Contract<&VT_Action_Table::draw_dci_gouraud_polyline> : Points_Near_Window {};
+template <> struct Slot_Contract<&VT_Action_Table::draw_dci_dot> : Point_In_Window {};
+template <> struct Slot_Contract<&VT_Action_Table::draw_dci_ellipse> : Shape_In_Clip {};
+template <> struct Slot_Contract<&VT_Action_Table::draw_dci_elliptical_arc> : Plain_Arc_In_Clip {};
+template <> struct Slot_Contract<&VT_Action_Table::draw_dci_index8_image> : Rectangle_In_Window_But_For_Its_Right {};
+template <> struct Slot_Contract<&VT_Action_Table::draw_dci_rgb32_image> : Rectangle_In_Window_But_For_Its_Right {};
+template <> struct Slot_Contract<&VT_Action_Table::write_depth_rectangle> : Rectangle_In_Window_But_For_Its_Right {};
+template <> struct Slot_Contract<&VT_Action_Table::read_color_image> : Rectangle_In_Window {};
+template <> struct Slot_Contract<&VT_Action_Table::read_depth_image> : Rectangle_In_Window {};
+template <> struct Slot_Contract<&VT_Action_Table::clear_depth_rectangle> : Cleared_Rectangle_In_Window {};
+template <> struct Slot_Contract<&VT_Action_Table::draw_2di_polyline> : Thin_Or_Untyped_Line {};
 
 } // namespace vorna

@@ -61,7 +61,7 @@ void check_window(Trial& trial) {
             rendition->window.index = 77;
             fill_with_noise(renderer, 3);
             const Contents expected = filled(contents_of(renderer), window, rectangle, false, [&](auto, auto) {
-                return configuration.has_indices() ? 77U : word_of(rendition->window.color);
+                return configuration.has_indices() ? 77U : vorna::word_of(rendition->window.color);
             });
             VD_Draw_Window(*renderer, *rendition);
             expect_contents(trial, expected, renderer);

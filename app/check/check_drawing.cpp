@@ -186,7 +186,7 @@ std::string_view primitive_of(std::string_view slot) {
 // Primitives with a slot that is filled here and empty in a new renderer.
 std::set<std::string_view> kept_primitives(VT_Renderer_Data& changed, VT_Renderer_Data& fresh) {
     std::set<std::string_view> kept;
-    for_each_action([&](std::string_view name, auto slot, auto*) {
+    vorna::for_each_action([&](std::string_view name, auto slot, auto*) {
         if ((changed.actions.*slot).enabled && !(fresh.actions.*slot).enabled) {
             kept.insert(primitive_of(name));
         }
@@ -327,24 +327,26 @@ struct Elaborate_Call {
 // What a renderer may hand back to the host, which then draws with the renderer's own slots.
 constexpr Elaborate_Call elaborate_calls[] = {
     {"polyline", "a wide line", [](VT_Rendition& r) { r.line.weight = 7; }},
-    {"polyline", "a dashed line", [](VT_Rendition& r) { r.line.style = line_style::dashed; }},
-    {"polyline", "a smoothed line", [](VT_Rendition& r) { r.line.flags = line_flag::smoothed; }},
-    {"polytriangle", "a hatched face", [](VT_Rendition& r) { r.face.pattern = face_pattern::last_drawn_by_renderers + 1; }},
-    {"polytriangle", "special shading", [](VT_Rendition& r) { r.face.flags = face_flag::special_shading; }},
-    {"polygon", "a hatched face", [](VT_Rendition& r) { r.face.pattern = face_pattern::last_drawn_by_renderers + 1; }},
+    {"polyline", "a dashed line", [](VT_Rendition& r) { r.line.style = vorna::line_style::dashed; }},
+    {"polyline", "a smoothed line", [](VT_Rendition& r) { r.line.flags = vorna::line_flag::smoothed; }},
+    {"polytriangle", "a hatched face",
+     [](VT_Rendition& r) { r.face.pattern = vorna::face_pattern::last_drawn_by_renderers + 1; }},
+    {"polytriangle", "special shading", [](VT_Rendition& r) { r.face.flags = vorna::face_flag::special_shading; }},
+    {"polygon", "a hatched face", [](VT_Rendition& r) { r.face.pattern = vorna::face_pattern::last_drawn_by_renderers + 1; }},
     {"polymarker", "a large symbol",
      [](VT_Rendition& r) {
-         r.marker.symbol = marker_symbol::circle;
+         r.marker.symbol = vorna::marker_symbol::circle;
          r.marker.size = 9;
      }},
     {"ellip", "a wide line", [](VT_Rendition& r) { r.line.weight = 3; }},
-    {"draw_window", "a hatched window", [](VT_Rendition& r) { r.window.fill = face_pattern::last_drawn_by_renderers + 1; }},
+    {"draw_window", "a hatched window",
+     [](VT_Rendition& r) { r.window.fill = vorna::face_pattern::last_drawn_by_renderers + 1; }},
 };
 
 // Draws through the standard function and not the slot.
 void draw_standard(VT_Renderer_Data& renderer, const Call& call) {
-    Action_Table actions = renderer.actions;
-    for_each_action([&](std::string_view name, auto slot, auto*) {
+    VT_Action_Table actions = renderer.actions;
+    vorna::for_each_action([&](std::string_view name, auto slot, auto*) {
         if (name == call.slot) {
             (renderer.actions.*slot).enabled = 0;
         }

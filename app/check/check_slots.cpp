@@ -25,7 +25,7 @@ template <class Look> void look_at_slots(Trial& trial, bool tiling, Look&& look)
         if (tiling) {
             renderer.set_option("Enable Tiling", true);
         }
-        for_each_action([&](std::string_view name, auto slot, auto* standard) {
+        vorna::for_each_action([&](std::string_view name, auto slot, auto* standard) {
             trial.at(place_of(name, configurations[i]) + (tiling ? ", tiling" : ""));
             look(i, name, *renderer, (*renderer).actions.*slot, standard);
         });

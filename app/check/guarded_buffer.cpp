@@ -33,7 +33,7 @@ Guarded_Buffer::Guarded_Buffer(std::int32_t buffer_width, std::int32_t buffer_he
     width = buffer_width;
     height = buffer_height;
     format = buffer_format;
-    bytes_per_row = width * bytes_per_pixel(format) + layout.padding;
+    bytes_per_row = width * vorna::bytes_per_pixel(format) + layout.padding;
 
     const std::size_t rows_size = static_cast<std::size_t>(bytes_per_row) * static_cast<std::size_t>(height);
     memory_.resize(guard_size + alignment + static_cast<std::size_t>(layout.offset) + rows_size + guard_size);
@@ -45,14 +45,15 @@ Guarded_Buffer::Guarded_Buffer(std::int32_t buffer_width, std::int32_t buffer_he
     }
     for (std::int32_t row = 0; row < height; ++row) {
         row_starts_.push_back(memory_.data() + start_of_row(row));
-        std::memset(row_starts_.back(), 0, static_cast<std::size_t>(width) * static_cast<std::size_t>(bytes_per_pixel(format)));
+        std::memset(row_starts_.back(), 0,
+                    static_cast<std::size_t>(width) * static_cast<std::size_t>(vorna::bytes_per_pixel(format)));
     }
     rows = row_starts_.data();
     close_guards();
 }
 
 std::uint32_t Guarded_Buffer::pixel(std::int32_t column, std::int32_t row) const noexcept {
-    const std::uint8_t* const at = rows[row] + column * bytes_per_pixel(format);
+    const std::uint8_t* const at = rows[row] + column * vorna::bytes_per_pixel(format);
     if (format == Buffer_Format::index8) {
         return *at;
     }
@@ -61,18 +62,18 @@ std::uint32_t Guarded_Buffer::pixel(std::int32_t column, std::int32_t row) const
         std::memcpy(&depth, at, sizeof depth);
         return depth;
     }
-    return word_of({at[0], at[1], at[2], at[3]});
+    return vorna::word_of({at[0], at[1], at[2], at[3]});
 }
 
 void Guarded_Buffer::set_pixel(std::int32_t column, std::int32_t row, std::uint32_t value) noexcept {
-    std::uint8_t* const at = rows[row] + column * bytes_per_pixel(format);
+    std::uint8_t* const at = rows[row] + column * vorna::bytes_per_pixel(format);
     if (format == Buffer_Format::index8) {
         *at = static_cast<std::uint8_t>(value);
     } else if (format == Buffer_Format::depth16) {
         const auto depth = static_cast<std::uint16_t>(value);
         std::memcpy(at, &depth, sizeof depth);
     } else {
-        const VT_RGB32 color = color_of(value);
+        const VT_RGB32 color = vorna::color_of(value);
         std::memcpy(at, &color, sizeof color);
     }
 }
@@ -85,7 +86,7 @@ std::string Guarded_Buffer::broken_guard() const {
 }
 
 std::string Guarded_Buffer::find_broken_guard() const {
-    const auto pixel_bytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(bytes_per_pixel(format));
+    const auto pixel_bytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(vorna::bytes_per_pixel(format));
     std::size_t position = 0;
     const auto first_broken = [&](std::size_t end) {
         while (position < end && memory_[position] == guard_byte(position)) {
@@ -120,7 +121,7 @@ std::size_t Guarded_Buffer::start_of_row(std::int32_t row) const noexcept {
 void Guarded_Buffer::renew_padding() noexcept {
     for (std::int32_t row = 0; row < height; ++row) {
         for (std::size_t i =
-                 start_of_row(row) + static_cast<std::size_t>(width) * static_cast<std::size_t>(bytes_per_pixel(format));
+                 start_of_row(row) + static_cast<std::size_t>(width) * static_cast<std::size_t>(vorna::bytes_per_pixel(format));
              i < start_of_row(row - 1); ++i) {
             memory_[i] = guard_byte(i);
         }

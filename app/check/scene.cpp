@@ -84,7 +84,7 @@ VT_Reference<VT_Rendition> random_rendition(Random& random, const Window& window
     rendition->marker.index = random.byte();
 
     VT_Face_Attributes& face = rendition->face;
-    face.pattern = random.chance(50) ? face_pattern::solid : random.number(0, 80);
+    face.pattern = random.chance(50) ? vorna::face_pattern::solid : random.number(0, 80);
     std::vector<std::uint8_t> cells(5 * 7);
     for (std::uint8_t& cell : cells) {
         cell = static_cast<std::uint8_t>(random.number(0, 1));
@@ -96,7 +96,7 @@ VT_Reference<VT_Rendition> random_rendition(Random& random, const Window& window
     VT_Line_Attributes& line = rendition->line;
     line.weight = random.chance(70) ? 1 : random.number(0, 9);
     line.style = random.chance(80) ? 0 : random.number(1, 6);
-    line.flags = random.chance(80) ? 0 : line_flag::smoothed;
+    line.flags = random.chance(80) ? 0 : vorna::line_flag::smoothed;
     line.cap = random.number(0, 2);
     line.join = random.number(0, 2);
     if (random.chance(15)) {
@@ -104,15 +104,15 @@ VT_Reference<VT_Rendition> random_rendition(Random& random, const Window& window
     }
     rendition->marker.symbol = random.chance(60) ? 0 : random.number(0, 9);
     rendition->marker.size = random.number(1, 9);
-    face.mode = line.mode = rendition->marker.mode = random.chance(20) ? merge_drawing_mode : 0;
-    rendition->drawing_flags = random.chance(30) ? drawing_flag::translucent : 0;
+    face.mode = line.mode = rendition->marker.mode = random.chance(20) ? vorna::merge_drawing_mode : 0;
+    rendition->drawing_flags = random.chance(30) ? vorna::drawing_flag::translucent : 0;
     rendition->clip.depth_test = random.chance(75);
     return rendition;
 }
 
 // A slot of the action table with the function that stands in for it.
 template <class Function> struct Target {
-    Action_Slot<Function> Action_Table::*slot;
+    Action_Slot<Function> VT_Action_Table::*slot;
     Function* standard;
 
     template <class... Arguments> void operator()(VT_Renderer_Data& renderer, Arguments&&... arguments) const {
@@ -125,7 +125,7 @@ template <class Function> struct Target {
     }
 };
 
-template <class Function> Target(Action_Slot<Function> Action_Table::*, Function*) -> Target<Function>;
+template <class Function> Target(Action_Slot<Function> VT_Action_Table::*, Function*) -> Target<Function>;
 
 // Makes the arguments of one call: plain ones without a generator.
 class Argument_Maker {
@@ -250,7 +250,7 @@ public:
                 random_rectangle(*random_, {area_.left - reach, area_.right + reach, area_.bottom - reach, area_.top + reach});
             attributes.color = random_color(*random_);
             attributes.index = random_->byte();
-            attributes.fill = random_->chance(70) ? face_pattern::solid : random_->number(0, 80);
+            attributes.fill = random_->chance(70) ? vorna::face_pattern::solid : random_->number(0, 80);
         }
         return [target](VT_Renderer_Data& renderer, const VT_Rendition& rendition) { target(renderer, rendition); };
     }
@@ -356,7 +356,7 @@ struct Slot_Maker {
 };
 
 constexpr Slot_Maker makers[] = {
-#define VT_ACTION(slot, name, ...) {#slot, make<&Action_Table::slot, &VD_Standard_##name>},
+#define VT_ACTION(slot, name, ...) {#slot, make<&VT_Action_Table::slot, &VD_Standard_##name>},
 #include "renderer/host/action_list.inc"
 #undef VT_ACTION
 };

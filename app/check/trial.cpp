@@ -104,7 +104,7 @@ Tried_Renderer::Tried_Renderer(Trial& trial, const Configuration& configuration,
     // The guards stay memory like any other, so that the check of the guards can say which byte was hit.
     : buffers_(
           [padding = window.padding](auto format) {
-              return Buffer_Layout{0, padding * bytes_per_pixel(format)};
+              return Buffer_Layout{0, padding * vorna::bytes_per_pixel(format)};
           },
           Guard_Access::open) {
     VT_Renderer_Data prototype;

@@ -9,6 +9,7 @@
 #include "app/manual/completion.h"
 #include "app/manual/page.h"
 #include "app/manual/roff.h"
+#include "vorna/version.h"
 
 namespace {
 
@@ -28,9 +29,9 @@ void write_all(const fs::path& folder) {
     using namespace app::manual;
     int status = 0;
     const Page program = page_of(*app::make_command_line(status));
-    write(folder / "man/man1/vorna.1", roff_of(program, program, VORNA_VERSION));
+    write(folder / "man/man1/vorna.1", roff_of(program, program, VORNA_VERSION_TEXT));
     for (const Page& command : program.commands) {
-        write(folder / "man/man1" / (file_name_of(command) + ".1"), roff_of(command, program, VORNA_VERSION));
+        write(folder / "man/man1" / (file_name_of(command) + ".1"), roff_of(command, program, VORNA_VERSION_TEXT));
     }
     write(folder / "bash-completion/completions/vorna", bash_completion_of(program));
     write(folder / "zsh/vendor-completions/_vorna", zsh_completion_of(program));

@@ -46,7 +46,7 @@ void Map_Painter::fill(const Face& face, VT_RGB32 color) {
 
 void Map_Painter::fill_pixels(const Face& pixels, VT_RGB32 color) {
     rendition_->face.color = color;
-    rendition_->face.flags = color.alpha == 255 ? 0 : face_flag::translucent;
+    rendition_->face.flags = color.alpha == 255 ? 0 : vorna::face_flag::translucent;
     const auto draw_face = [this](const VT_Int_Rectangle& r) {
         // Strips leave out their last column and row.
         const VT_DCI_Point corners[] = {

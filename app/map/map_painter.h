@@ -39,7 +39,7 @@ struct Line_Paint {
 
 struct Marker_Paint {
     VT_RGB32 color;
-    std::int32_t symbol = marker_symbol::filled_circle;
+    std::int32_t symbol = vorna::marker_symbol::filled_circle;
     std::int32_t size = 7;
 };
 

@@ -280,15 +280,15 @@ template <> struct Arguments_Of_Signature<VT_Read_Image> { using Type = Image_Re
 // Arguments of a slot, given as a member of the action table. Polygons share their signature with Gouraud primitives, and window
 // actions theirs with each other, but not what it means.
 template <auto Slot> struct Slot_Arguments;
-template <class Function, Action_Slot<Function> Action_Table::*Slot>
+template <class Function, Action_Slot<Function> VT_Action_Table::*Slot>
 struct Slot_Arguments<Slot> : Arguments_Of_Signature<Function> {};
-template <> struct Slot_Arguments<&Action_Table::draw_2d_polygon> { using Type = Polygon<VT_Point>; };
-template <> struct Slot_Arguments<&Action_Table::draw_dc_polygon> { using Type = Polygon<VT_Point>; };
-template <> struct Slot_Arguments<&Action_Table::draw_2di_polygon> { using Type = Polygon<VT_DCI_Point>; };
-template <> struct Slot_Arguments<&Action_Table::draw_dci_polygon> { using Type = Polygon<VT_DCI_Point>; };
-template <> struct Slot_Arguments<&Action_Table::draw_3d_polygon> { using Type = Polygon<VT_Point_D>; };
-template <> struct Slot_Arguments<&Action_Table::draw_window> { using Type = Window_Fill; };
-template <> struct Slot_Arguments<&Action_Table::clear_depth_rectangle> { using Type = Depth_Clear; };
+template <> struct Slot_Arguments<&VT_Action_Table::draw_2d_polygon> { using Type = Polygon<VT_Point>; };
+template <> struct Slot_Arguments<&VT_Action_Table::draw_dc_polygon> { using Type = Polygon<VT_Point>; };
+template <> struct Slot_Arguments<&VT_Action_Table::draw_2di_polygon> { using Type = Polygon<VT_DCI_Point>; };
+template <> struct Slot_Arguments<&VT_Action_Table::draw_dci_polygon> { using Type = Polygon<VT_DCI_Point>; };
+template <> struct Slot_Arguments<&VT_Action_Table::draw_3d_polygon> { using Type = Polygon<VT_Point_D>; };
+template <> struct Slot_Arguments<&VT_Action_Table::draw_window> { using Type = Window_Fill; };
+template <> struct Slot_Arguments<&VT_Action_Table::clear_depth_rectangle> { using Type = Depth_Clear; };
 
 using Arguments =
     std::variant<Points<VT_Point>, Points<VT_DCI_Point>, Points<VT_Point_D>, Colorized<VT_Point>, Colorized<VT_DCI_Point>,

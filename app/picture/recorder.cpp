@@ -19,10 +19,6 @@ namespace {
 constexpr const char* zbuffer_write = "ZBuffer Write";
 constexpr const char* zbuffer_test = "ZBuffer Test";
 
-bool operator==(const VT_Int_Rectangle& a, const VT_Int_Rectangle& b) {
-    return a.left == b.left && a.right == b.right && a.bottom == b.bottom && a.top == b.top;
-}
-
 // Empty when the value is what a picture that does not give it has.
 template <class Value> std::optional<Value> unless(const Value& value, const Value& usual) {
     return value == usual ? std::nullopt : std::optional(value);
@@ -127,7 +123,7 @@ Placed_Image copy(std::type_identity<Placed_Image>, const Call_Kind&, const VT_R
     Placed_Image placed{*start, {}};
     if (image) {
         Image& copy = placed.image.emplace(Image{image->format(), image->width(), image->height(), {}});
-        const std::int32_t bytes = image->width() * bytes_per_pixel(image->format());
+        const std::int32_t bytes = image->width() * vorna::bytes_per_pixel(image->format());
         for (std::int32_t r = 0; r < image->height(); ++r) {
             const std::uint8_t* row = image->row(image->bottom_up() ? r : image->height() - 1 - r);
             copy.bytes.insert(copy.bytes.end(), row, row + bytes);
@@ -138,7 +134,7 @@ Placed_Image copy(std::type_identity<Placed_Image>, const Call_Kind&, const VT_R
 
 Window_Fill copy(std::type_identity<Window_Fill>, const Call_Kind&, const VT_Rendition& rendition) {
     const VT_Window_Attributes& window = rendition.window;
-    return {window.rectangle, unless(window.fill, face_pattern::solid), unless(window.color, VT_RGB32{}), window.index};
+    return {window.rectangle, unless(window.fill, vorna::face_pattern::solid), unless(window.color, VT_RGB32{}), window.index};
 }
 
 Depth_Clear copy(std::type_identity<Depth_Clear>, const Call_Kind&, const VT_Rendition& rendition) {
@@ -306,8 +302,8 @@ struct Recorder::Made_Slots {
 
     static constexpr std::size_t position_of_slot(std::string_view name) { return position_of(*find_call_kind(name)); }
 
-    static void install(Action_Table& table, Slots& owner) {
-#define VT_ACTION(slot, name, ...) replace<&Action_Table::slot, VD_##name, position_of_slot(#slot)>(table.slot, owner);
+    static void install(VT_Action_Table& table, Slots& owner) {
+#define VT_ACTION(slot, name, ...) replace<&VT_Action_Table::slot, VD_##name, position_of_slot(#slot)>(table.slot, owner);
 #include "renderer/host/action_list.inc"
 #undef VT_ACTION
     }
@@ -523,7 +519,7 @@ Face Recorder::described_face(const VT_Rendition& rendition) {
     described.index = index_unless_closest(face.index, face.color);
     described.contrast_color = unless(face.contrast_color, VT_RGB32{});
     described.contrast_index = index_unless_closest(face.contrast_index, face.contrast_color);
-    described.pattern = unless(face.pattern, face_pattern::solid);
+    described.pattern = unless(face.pattern, vorna::face_pattern::solid);
     described.flags = unless(face.flags, 0U);
     if (const auto& bitmap = face.bitmap) {
         std::vector<std::string> rows;
@@ -575,12 +571,12 @@ Line Recorder::described_line(const VT_Rendition& rendition) const {
     described.color = unless(line.color, VT_RGB32{});
     described.index = index_unless_closest(line.index, line.color);
     described.weight = unless(line.weight, 1);
-    described.style = unless(line.style, line_style::solid);
+    described.style = unless(line.style, vorna::line_style::solid);
     described.flags = unless(line.flags, 0U);
     described.mode = unless(line.mode, rendition.face.mode);
     described.line_types = described_types(line.line_types);
-    described.cap = unless(line.cap, line_cap::butt);
-    described.join = unless(line.join, line_join::round);
+    described.cap = unless(line.cap, vorna::line_cap::butt);
+    described.join = unless(line.join, vorna::line_join::round);
     return described;
 }
 
@@ -589,7 +585,7 @@ Marker Recorder::described_marker(const VT_Rendition& rendition) const {
     Marker described;
     described.color = unless(marker.color, VT_RGB32{});
     described.index = index_unless_closest(marker.index, marker.color);
-    described.symbol = unless(marker.symbol, marker_symbol::dot);
+    described.symbol = unless(marker.symbol, vorna::marker_symbol::dot);
     described.size = unless(marker.size, 1);
     described.mode = unless(marker.mode, rendition.face.mode);
     return described;

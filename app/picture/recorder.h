@@ -31,7 +31,7 @@ public:
     Picture finish(const std::optional<VT_Int_Rectangle>& output = {});
 
     // The renderer's own slots.
-    const Action_Table& own_actions() const noexcept { return own_actions_; }
+    const VT_Action_Table& own_actions() const noexcept { return own_actions_; }
 
     // Whether the calls that follow are the host's to draw, as if their slots were empty.
     void set_standard(bool standard) noexcept { is_standard_ = standard; }
@@ -73,7 +73,7 @@ private:
     Picture picture_;
     std::string problem_; // the first thing that pictures cannot hold
     std::unique_ptr<Slots> slots_;
-    Action_Table own_actions_;
+    VT_Action_Table own_actions_;
     bool is_recording_ = false;
     bool is_established_ = false;
     bool is_standard_ = false;

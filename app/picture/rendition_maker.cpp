@@ -67,8 +67,8 @@ void set_line(VT_Line_Attributes& attributes, const Line& line, const VT_Palette
     attributes.style = line.style.value_or(0);
     attributes.flags = line.flags.value_or(0);
     attributes.mode = line.mode.value_or(attributes.mode);
-    attributes.cap = line.cap.value_or(line_cap::butt);
-    attributes.join = line.join.value_or(line_join::round);
+    attributes.cap = line.cap.value_or(vorna::line_cap::butt);
+    attributes.join = line.join.value_or(vorna::line_join::round);
     if (line.line_types && *line.line_types) {
         attributes.line_types = make_line_types(**line.line_types);
     }
@@ -105,7 +105,7 @@ void Rendition_Maker::set_face(VT_Face_Attributes& attributes, const Face& face,
     attributes.index = index_of(face.index, attributes.color, palette);
     attributes.contrast_color = face.contrast_color.value_or(VT_RGB32{});
     attributes.contrast_index = index_of(face.contrast_index, attributes.contrast_color, palette);
-    attributes.pattern = face.pattern.value_or(face_pattern::solid);
+    attributes.pattern = face.pattern.value_or(vorna::face_pattern::solid);
     attributes.flags = face.flags.value_or(0);
     attributes.mode = face.mode.value_or(attributes.mode);
     if (const auto& bitmap = face.bitmap) {

@@ -135,7 +135,7 @@ public:
     template <auto Draw> void draw(const VT_Rendition& rendition, const Window_Fill& a) {
         VT_Reference<VT_Rendition> own(new VT_Rendition(rendition));
         own->window.rectangle = a.rectangle;
-        own->window.fill = a.fill.value_or(face_pattern::solid);
+        own->window.fill = a.fill.value_or(vorna::face_pattern::solid);
         own->window.color = a.color.value_or(VT_RGB32{});
         own->window.index = index_of(a.index, own->window.color, session_.palette());
         Draw(renderer_, *own);
@@ -239,7 +239,7 @@ template <class Type> void run_call(Replay& replay, const Arguments& arguments) 
 
 // In the order of call_kinds.
 constexpr void (*runners[])(Replay&, const Arguments&) = {
-#define VT_ACTION(slot, name, ...) draw_call<VD_##name, &Action_Table::slot>,
+#define VT_ACTION(slot, name, ...) draw_call<VD_##name, &VT_Action_Table::slot>,
 #include "renderer/host/action_list.inc"
 #undef VT_ACTION
     run_call<ZBuffer_Write>,
@@ -377,7 +377,7 @@ void Replay::check_ellipse(const VT_Rendition& rendition, const Ellipse& ellipse
     const bool is_hosts = !slot.enabled || slot.function == &VD_Standard_Draw_DCI_Ellipse;
     const bool is_outline = picture_.calls[call_].kind->name == "draw_dci_elliptical_arc";
     const bool is_plain = rendition.line.style == 0 && rendition.line.weight <= 1 &&
-                          !(is_outline && (rendition.line.flags & line_flag::smoothed) != 0);
+                          !(is_outline && (rendition.line.flags & vorna::line_flag::smoothed) != 0);
     const auto rotation = static_cast<float>(ellipse.rotation);
     const bool is_turned = rotation == 1.5707964F || rotation == 4.712389F;
     const bool has_straight_axes = ellipse.radii.x == ellipse.radii.y || rotation == 0 || rotation == 3.1415927F || is_turned;

@@ -34,7 +34,7 @@ Json json_of(const Report::Read& read) {
     for (std::int32_t r = 0; r < image.height(); ++r) {
         Json row = Json::array();
         for (std::int32_t c = 0; c < image.width(); ++c) {
-            row.push_back(json_of_pixel(image.format(), image.row(r) + c * bytes_per_pixel(image.format())));
+            row.push_back(json_of_pixel(image.format(), image.row(r) + c * vorna::bytes_per_pixel(image.format())));
         }
         rows.push_back(std::move(row));
     }

@@ -39,7 +39,7 @@ template <class Point> VT_Int_Rectangle around(const std::vector<Point>& points)
 // How many pixels of the raster, which lies in a window of that size at these columns and rows from its lower left, hold
 // something else than before; then the copy holds it too.
 std::int64_t Change_Counter::Copy::update(const Raster& raster, const VT_Int_Rectangle& area, VT_Int_Pair size) {
-    const auto pixel_bytes = static_cast<std::size_t>(bytes_per_pixel(raster.format));
+    const auto pixel_bytes = static_cast<std::size_t>(vorna::bytes_per_pixel(raster.format));
     const std::size_t row_bytes = static_cast<std::size_t>(size.x) * pixel_bytes;
     if (bytes.size() != row_bytes * static_cast<std::size_t>(size.y)) {
         bytes.assign(row_bytes * static_cast<std::size_t>(size.y), 0);

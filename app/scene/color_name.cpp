@@ -22,7 +22,7 @@ constexpr std::array named_colors{
     Named_Color{"navy", 0x000080},   Named_Color{"teal", 0x008080}};
 
 VT_RGB32 opaque(std::uint32_t rgb) {
-    return color_of(0xFF000000U | rgb);
+    return vorna::color_of(0xFF000000U | rgb);
 }
 
 } // namespace

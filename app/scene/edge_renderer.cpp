@@ -145,7 +145,7 @@ public:
         line = {};
         line.color = color;
         line.index = static_cast<std::uint8_t>(renderer.current_options.palette().closest_match(color, false));
-        line.flags = settings.smoothed ? line_flag::smoothed : 0;
+        line.flags = settings.smoothed ? vorna::line_flag::smoothed : 0;
         rendition_->clip.depth_test = settings.over_faces && !settings.smoothed;
         if (settings.over_faces && settings.smoothed) {
             depths_.emplace(renderer, rendition, window);

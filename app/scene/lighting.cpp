@@ -141,7 +141,7 @@ void Lighting::shade_with(const Surfaces& surfaces, const Seen_Normal& seen_norm
             words[i] = 0xFF000000U | red << 16 | green << 8 | blue;
         }
         std::transform(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(count),
-                       colors.begin() + static_cast<std::ptrdiff_t>(start), color_of);
+                       colors.begin() + static_cast<std::ptrdiff_t>(start), vorna::color_of);
     }
 }
 

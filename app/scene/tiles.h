@@ -32,9 +32,7 @@ struct Tile_Grid {
     VT_Int_Rectangle pixels(std::size_t tile) const noexcept;
 };
 
-inline VT_Int_Rectangle common_part(const VT_Int_Rectangle& a, const VT_Int_Rectangle& b) noexcept {
-    return {std::max(a.left, b.left), std::min(a.right, b.right), std::max(a.bottom, b.bottom), std::min(a.top, b.top)};
-}
+using vorna::common_part;
 
 // The smallest rectangle around points.
 struct Extent {

@@ -94,7 +94,7 @@ std::int32_t Picture_Viewer::present(void* viewer, const VT_DCI_Point& top_left,
                                      const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y) {
     auto& self = *static_cast<Picture_Viewer*>(viewer);
     Raster raster = raster_of(*buffer);
-    raster.top = buffer->rows[top_left.y] + std::ptrdiff_t{top_left.x} * bytes_per_pixel(raster.format);
+    raster.top = buffer->rows[top_left.y] + std::ptrdiff_t{top_left.x} * vorna::bytes_per_pixel(raster.format);
     raster.width = bottom_right.x - top_left.x + 1;
     raster.height = top_left.y - bottom_right.y + 1;
     self.screen_.show(raster, self.canvas_.session.palette(), {x, y - self.margin_});

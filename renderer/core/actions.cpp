@@ -28,7 +28,7 @@ template <class Function> struct Cell {
 };
 
 template <class Function> struct Row {
-    Action_Slot<Function> Action_Table::*slot;
+    Action_Slot<Function> VT_Action_Table::*slot;
     std::array<Cell<Function>, case_count> cells;
 };
 
@@ -42,19 +42,19 @@ template <class Function> constexpr Cell<Function> host(Function* function) {
 }
 
 template <class Function>
-constexpr Row<Function> row(Action_Slot<Function> Action_Table::*slot, std::array<Cell<Function>, case_count> cells) {
+constexpr Row<Function> row(Action_Slot<Function> VT_Action_Table::*slot, std::array<Cell<Function>, case_count> cells) {
     return {slot, cells};
 }
 
 // The same in all six cases.
-template <class Function> constexpr Row<Function> every_case(Action_Slot<Function> Action_Table::*slot, Cell<Function> cell) {
+template <class Function> constexpr Row<Function> every_case(Action_Slot<Function> VT_Action_Table::*slot, Cell<Function> cell) {
     return {slot, {cell, cell, cell, cell, cell, cell}};
 }
 
 inline constexpr Case N8 = Case::index8, N32 = Case::rgb32, N32A = Case::rgb32_alpha;
 inline constexpr Case D8 = Case::depth_index8, D32 = Case::depth_rgb32, D32A = Case::depth_rgb32_alpha;
 
-using T = Action_Table;
+using T = VT_Action_Table;
 
 // The members of a family, one a case.
 #define KRB_OWN(member)                                                                                                          \

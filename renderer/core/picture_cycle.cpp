@@ -61,7 +61,7 @@ template <class Value> void draw_window(VT_Renderer_Data& data, const VT_Renditi
         return;
     }
     const VT_Window_Attributes& window = rendition.window;
-    if (window.fill != face_pattern::solid) {
+    if (window.fill != vorna::face_pattern::solid) {
         VD_Span_DC_Rectangle(data, rendition, window.rectangle.left, window.rectangle.right, window.rectangle.bottom,
                              window.rectangle.top);
         return;

@@ -21,7 +21,7 @@ inline void merge_rgb32(const Software_Z_Buffer& renderer, std::uint8_t* pixel, 
         if (stored == color) {
             return;
         }
-        merged = color_of(word_of(stored) & word_of(color));
+        merged = vorna::color_of(vorna::word_of(stored) & vorna::word_of(color));
     }
     merged.alpha = 255;
     if (merged == renderer.background_color) {
@@ -40,7 +40,7 @@ inline std::uint8_t merged_index8(const Software_Z_Buffer& renderer, std::uint8_
         return stored;
     }
     const VT_Palette& palette = renderer.palette();
-    VT_RGB32 both = color_of(word_of(palette.color(stored)) & word_of(palette.color(index)));
+    VT_RGB32 both = vorna::color_of(vorna::word_of(palette.color(stored)) & vorna::word_of(palette.color(index)));
     both.alpha = 255;
     return static_cast<std::uint8_t>(palette.closest_match(both, false));
 }

@@ -225,8 +225,8 @@ void Software_Z_Buffer::establish_target() {
     target.depth_row_bytes = depth_buffer ? -depth_buffer->bytes_per_row : 0;
     target.width = window_size.x;
     target.height = window_size.y;
-    target.background = word_of(background_color);
-    target.alternate_background = word_of(alternate_background_color);
+    target.background = vorna::word_of(background_color);
+    target.alternate_background = vorna::word_of(alternate_background_color);
     target.merged_index8 = [](const void* renderer, std::uint8_t stored, std::uint8_t index) {
         return krb::merged_index8(*static_cast<const Software_Z_Buffer*>(renderer), stored, index);
     };

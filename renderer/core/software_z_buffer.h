@@ -52,7 +52,9 @@ public:
     std::int32_t update(const VT_Int_Rectangle& rectangle) override;
 
     // True when pixels of this drawing mode combine by merge control.
-    bool merges(std::int32_t drawing_mode) const noexcept { return force_merge_control || drawing_mode == merge_drawing_mode; }
+    bool merges(std::int32_t drawing_mode) const noexcept {
+        return force_merge_control || drawing_mode == vorna::merge_drawing_mode;
+    }
 
     // Slots that the current options do not name keep their members. Such a member may find no depth buffer, or none that asks
     // for it, and then draws without; it may find pixels of the other format, which it must not touch. (An odd colour system may

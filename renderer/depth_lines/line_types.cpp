@@ -55,7 +55,7 @@ public:
         part.cut_between(from.x, unit.x, window_.left - margin_, window_.right + margin_);
         part.cut_between(from.y, unit.y, window_.bottom - margin_, window_.top + margin_);
         // However wide a piece is, along the line it reaches no farther than its caps.
-        const double cap = rendition_->line.cap == line_cap::butt ? 4 : margin_;
+        const double cap = rendition_->line.cap == vorna::line_cap::butt ? 4 : margin_;
         const auto range = [](double speed, double low, double high) { return std::minmax({speed * low, speed * high}); };
         const auto [left, right] = range(unit.x, window_.left - cap, window_.right + cap);
         const auto [bottom, top] = range(unit.y, window_.bottom - cap, window_.top + cap);

@@ -9,7 +9,7 @@ namespace krb {
 
 // Whether the rendition asks for smoothed lines. Merging goes before it.
 inline bool draws_smoothed(const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {
-    return (rendition.line.flags & line_flag::smoothed) != 0 && !renderer.merges(rendition.line.mode);
+    return (rendition.line.flags & vorna::line_flag::smoothed) != 0 && !renderer.merges(rendition.line.mode);
 }
 
 // A plain solid line, after all entry checks of the member. Looks for the rendition's mask. The case is rgb32, which stores, or

@@ -46,10 +46,8 @@ using VT_Draw_Dot = void(VT_Renderer_Data&, const VT_Rendition&, const VT_DCI_Po
 using VT_Draw_Ellipse = void(VT_Renderer_Data&, const VT_Rendition&, const VT_DCI_Point* center, const VT_DCI_Point* radii,
                              double start, double end, double rotation, const VT_RGB32* color);
 
-// How image pixels are packed; null = four bytes a pixel, row after row.
-struct VT_Packing {
-    std::int32_t alignment = 1;
-};
+// Nothing is known of what it tells; callers give null and nobody reads it.
+struct VT_Packing;
 
 // From row start.y down to end.y, columns start.x to end.x; stride: bytes from one source row to the next.
 using VT_Draw_Index8_Image = void(VT_Renderer_Data&, const VT_Rendition&, const VT_DCI_Point* start, const VT_DCI_Point* end,
@@ -75,14 +73,11 @@ template <class Function> struct Action_Slot {
     std::int32_t enabled = 0; // 1 = a function is installed
 };
 
-struct Action_Table {
+struct VT_Action_Table {
 #define VT_ACTION(slot, name, ...) Action_Slot<__VA_ARGS__> slot;
 #include "renderer/host/action_list.inc"
 #undef VT_ACTION
 };
-
-// Calls visit(slot name, pointer to the table's member, standard function) for every slot in order.
-template <class Visitor> void for_each_action(Visitor&& visit);
 
 // The host's own drawing of every slot; what a renderer does not draw goes there. None of them is null in this host.
 #define VT_ACTION(slot, name, ...) VORNA_API __VA_ARGS__ VD_Standard_##name;
@@ -93,8 +88,13 @@ template <class Visitor> void for_each_action(Visitor&& visit);
 VORNA_API void VD_Span_DC_Rectangle(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t x_min,
                                     std::int32_t x_max, std::int32_t y_min, std::int32_t y_max);
 
+namespace vorna {
+
+// Calls visit(slot name, pointer to the table's member, standard function) for every slot in order.
 template <class Visitor> void for_each_action(Visitor&& visit) {
-#define VT_ACTION(slot, name, ...) visit(std::string_view(#slot), &Action_Table::slot, &VD_Standard_##name);
+#define VT_ACTION(slot, name, ...) visit(std::string_view(#slot), &VT_Action_Table::slot, &VD_Standard_##name);
 #include "renderer/host/action_list.inc"
 #undef VT_ACTION
 }
+
+} // namespace vorna

@@ -8,12 +8,12 @@
 #include "renderer/host/geometry.h"
 
 // Where a point lies outside a rectangle; corners are sums.
-namespace outcode {
+namespace vorna::outcode {
 inline constexpr std::uint16_t left = 1;
 inline constexpr std::uint16_t above = 2;
 inline constexpr std::uint16_t right = 4;
 inline constexpr std::uint16_t below = 8;
-} // namespace outcode
+} // namespace vorna::outcode
 
 // One outcode a point; the count when every point is inside, 0 when all outcodes share a side, -1 otherwise. Comparisons are made
 // in the points' own type; a coordinate that is no number counts as inside.

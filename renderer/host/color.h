@@ -18,6 +18,8 @@ struct VT_RGB32 {
 
 static_assert(sizeof(VT_RGB32) == 4);
 
+namespace vorna {
+
 // The pixel as one word, blue in the low byte whatever the machine's byte order.
 constexpr std::uint32_t word_of(VT_RGB32 color) noexcept {
     return std::uint32_t{color.blue} | std::uint32_t{color.green} << 8 | std::uint32_t{color.red} << 16 |
@@ -28,6 +30,8 @@ constexpr VT_RGB32 color_of(std::uint32_t word) noexcept {
     return {static_cast<std::uint8_t>(word), static_cast<std::uint8_t>(word >> 8), static_cast<std::uint8_t>(word >> 16),
             static_cast<std::uint8_t>(word >> 24)};
 }
+
+} // namespace vorna
 
 struct VT_Int_RGB {
     std::int32_t red = 0, green = 0, blue = 0;

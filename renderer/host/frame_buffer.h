@@ -18,6 +18,8 @@ enum class Buffer_Format : std::int32_t {
     presentation_rgb32 = 9, // an image made for presentation, VT_RGB32 pixels
 };
 
+namespace vorna {
+
 // 0 = not known.
 constexpr std::int32_t bytes_per_pixel(Buffer_Format format) noexcept {
     switch (format) {
@@ -32,6 +34,8 @@ constexpr std::int32_t bytes_per_pixel(Buffer_Format format) noexcept {
         return 0;
     }
 }
+
+} // namespace vorna
 
 // A raster whose rows form one block with the highest row first: rows[r + 1] = rows[r] - bytes_per_row.
 class VORNA_API Frame_Buffer : public VT_Counted {
@@ -48,12 +52,16 @@ protected:
     Frame_Buffer() = default;
 };
 
+namespace vorna {
+
 // The most columns and the most rows of a buffer that the host makes.
 inline constexpr std::int32_t largest_buffer_side = 16384;
 
 // A zero-filled buffer of the host's own: one block, rows aligned to 64 bytes and an odd multiple of 64 bytes apart.
 // Throws std::bad_alloc, and std::invalid_argument for a width or height outside 1 to 16384 or a format without pixels.
 VORNA_API VT_Reference<Frame_Buffer> make_frame_buffer(std::int32_t width, std::int32_t height, Buffer_Format format);
+
+} // namespace vorna
 
 // A window-sized mask of one bit a pixel, set where a clip region excludes the pixel. The most significant bit of a byte
 // is its leftmost pixel. Masks hang in a list that their owner links.

@@ -1,6 +1,7 @@
 // Points, rectangles and vectors of the host. Device y grows upwards.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <vector>
@@ -23,7 +24,21 @@ struct VT_DCI_Point {
 // Inclusive on every side.
 struct VT_Int_Rectangle {
     std::int32_t left = 0, right = 0, bottom = 0, top = 0;
+
+    friend bool operator==(const VT_Int_Rectangle&, const VT_Int_Rectangle&) = default;
 };
+
+namespace vorna {
+
+constexpr bool is_empty(const VT_Int_Rectangle& rectangle) noexcept {
+    return rectangle.left > rectangle.right || rectangle.bottom > rectangle.top;
+}
+
+constexpr VT_Int_Rectangle common_part(const VT_Int_Rectangle& a, const VT_Int_Rectangle& b) noexcept {
+    return {std::max(a.left, b.left), std::min(a.right, b.right), std::max(a.bottom, b.bottom), std::min(a.top, b.top)};
+}
+
+} // namespace vorna
 
 struct VT_Int_Pair {
     std::int32_t x = 0, y = 0;

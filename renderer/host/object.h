@@ -108,6 +108,8 @@ private:
     Object* object_ = nullptr;
 };
 
+namespace vorna {
+
 // Makes the held object safe to change: alone, it is stamped and kept; shared, a clone takes its place.
 template <class Object> Object& make_unique(VT_Reference<Object>& held) {
     if (held->reference_count() < 2) {
@@ -117,3 +119,5 @@ template <class Object> Object& make_unique(VT_Reference<Object>& held) {
     }
     return *held;
 }
+
+} // namespace vorna

@@ -43,7 +43,7 @@ public:
     const VT_Reference<VT_Option_Value>& value() const noexcept { return value_; }
 
     // Copy on write: a value that others hold is cloned before it changes.
-    void set(VT_Option_Content content) { make_unique(value_).content = std::move(content); }
+    void set(VT_Option_Content content) { vorna::make_unique(value_).content = std::move(content); }
     // Shares another value object.
     void set_value(VT_Reference<VT_Option_Value> value) noexcept { value_ = std::move(value); }
 

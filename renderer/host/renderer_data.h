@@ -71,7 +71,7 @@ public:
     VT_Option_Table current_table;
     VT_Buffer_Creation buffer_creation;
     VT_Presentation presentation;
-    Action_Table actions;
+    VT_Action_Table actions;
 
     VT_Standard_Observer standard_observer;
     std::int32_t standard_depth = 0; // standard functions that run at this moment, one inside the other

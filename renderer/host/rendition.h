@@ -12,6 +12,8 @@
 #include "renderer/host/line_type.h"
 #include "renderer/host/object.h"
 
+namespace vorna {
+
 // The drawing-mode code under which pixels combine by merge control.
 inline constexpr std::int32_t merge_drawing_mode = 20;
 
@@ -75,6 +77,8 @@ inline constexpr std::int32_t bitmap = 74;
 inline constexpr std::int32_t last_drawn_by_renderers = 74;
 } // namespace face_pattern
 
+} // namespace vorna
+
 // A pattern of any size. Row 0 is its lowest.
 class VORNA_API VT_Pattern_Bitmap final : public VT_Counted {
 public:
@@ -109,7 +113,7 @@ struct VT_Face_Attributes {
     VT_RGB32 contrast_color;
     std::uint8_t index = 0;
     std::uint8_t contrast_index = 0;
-    std::int32_t pattern = face_pattern::solid;
+    std::int32_t pattern = vorna::face_pattern::solid;
     std::uint32_t flags = 0;
     std::int32_t mode = 0; // drawing-mode code
     VT_Reference<const VT_Pattern_Bitmap> bitmap;
@@ -125,8 +129,8 @@ struct VT_Line_Attributes {
     std::uint32_t flags = 0;
     std::int32_t mode = 0; // drawing-mode code
     VT_Reference<const VT_Line_Type_Set> line_types = VT_Line_Type_Set::None;
-    std::int32_t cap = line_cap::butt;
-    std::int32_t join = line_join::round;
+    std::int32_t cap = vorna::line_cap::butt;
+    std::int32_t join = vorna::line_join::round;
 };
 
 struct VT_Marker_Attributes {
@@ -147,7 +151,7 @@ struct VT_Clip_Attributes {
 // What the window-level actions work on: painting, and clearing of depth.
 struct VT_Window_Attributes {
     VT_Int_Rectangle rectangle;
-    std::int32_t fill = face_pattern::solid; // 64 = plain
+    std::int32_t fill = vorna::face_pattern::solid; // 64 = plain
     VT_RGB32 color;
     std::uint8_t index = 0;
 };

@@ -232,7 +232,7 @@ void draw(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Po
     Software_Z_Buffer& renderer = renderer_of(data);
     const auto turn = static_cast<float>(rotation);
     const bool whole = static_cast<float>(start) == 0 && static_cast<float>(end) == full_turn;
-    const bool smoothed = form == Form::outline && (rendition.line.flags & line_flag::smoothed) != 0;
+    const bool smoothed = form == Form::outline && (rendition.line.flags & vorna::line_flag::smoothed) != 0;
     if (given.x < 0 || given.y < 0 || !whole || !drawn_by_renderer(rendition.line) || smoothed ||
         (given.x != given.y && !turns_axes_into_axes(turn)) ||
         (renderer.color_buffer && !renderer.holds_pixels_of(Case::rgb32))) {

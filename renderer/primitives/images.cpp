@@ -31,7 +31,7 @@ void blend_pixel(std::uint8_t* to, const std::uint8_t* source) {
 template <Case c> class Image_Copy {
 public:
     Image_Copy(Software_Z_Buffer& renderer, const VT_Rendition& rendition, const VT_DCI_Point& start, const VT_DCI_Point& end)
-        : renderer_(renderer), blends_(!is_index8(c) && (rendition.drawing_flags & drawing_flag::translucent) != 0),
+        : renderer_(renderer), blends_(!is_index8(c) && (rendition.drawing_flags & vorna::drawing_flag::translucent) != 0),
           tests_depth_(has_depth(c) && renderer.draws_with_depth(rendition)),
           mask_(is_masked(renderer, rendition) ? renderer.mask_cache->newest : nullptr),
           column_(start.x - renderer.window_origin.x), target_(pixel_target_of(without_depth(c), renderer, {})) {

@@ -14,16 +14,18 @@ constexpr VT_Vector view_direction{0, 0, 1};
 
 // The slots that a kind of polygon draws through, as they are installed when it is drawn.
 template <class Point> struct Triangle_Slots {
-    Action_Slot<VT_Draw_Points<Point>> Action_Table::*plain;
-    Action_Slot<VT_Draw_Colorized<Point>> Action_Table::*colorized;
+    Action_Slot<VT_Draw_Points<Point>> VT_Action_Table::*plain;
+    Action_Slot<VT_Draw_Colorized<Point>> VT_Action_Table::*colorized;
 };
 
-constexpr Triangle_Slots<VT_Point> slots_2d{&Action_Table::draw_2d_polytriangle, &Action_Table::draw_2d_colorized_polytriangle};
-constexpr Triangle_Slots<VT_Point> slots_dc{&Action_Table::draw_dc_polytriangle, &Action_Table::draw_dc_colorized_polytriangle};
-constexpr Triangle_Slots<VT_DCI_Point> slots_2di{&Action_Table::draw_2di_polytriangle,
-                                                 &Action_Table::draw_2di_colorized_polytriangle};
-constexpr Triangle_Slots<VT_DCI_Point> slots_dci{&Action_Table::draw_dci_polytriangle,
-                                                 &Action_Table::draw_dci_colorized_polytriangle};
+constexpr Triangle_Slots<VT_Point> slots_2d{&VT_Action_Table::draw_2d_polytriangle,
+                                            &VT_Action_Table::draw_2d_colorized_polytriangle};
+constexpr Triangle_Slots<VT_Point> slots_dc{&VT_Action_Table::draw_dc_polytriangle,
+                                            &VT_Action_Table::draw_dc_colorized_polytriangle};
+constexpr Triangle_Slots<VT_DCI_Point> slots_2di{&VT_Action_Table::draw_2di_polytriangle,
+                                                 &VT_Action_Table::draw_2di_colorized_polytriangle};
+constexpr Triangle_Slots<VT_DCI_Point> slots_dci{&VT_Action_Table::draw_dci_polytriangle,
+                                                 &VT_Action_Table::draw_dci_colorized_polytriangle};
 
 struct Polygon_Call {
     VT_Renderer_Data& renderer;
@@ -58,7 +60,7 @@ void draw_triangulated(const Polygon_Call& call, const Triangle_Slots<VT_Point>&
         const Triangle_Slots<VT_Point>& slots;
     } context{call, slots};
     VT_Reference<VT_Contour_Set> contours(new VT_Contour_Set(count, points, false));
-    make_unique(contours).force_projection(view_direction);
+    vorna::make_unique(contours).force_projection(view_direction);
     contours->triangulate(
         [](void* of, const VT_Point* corners) {
             const auto& to = *static_cast<const Context*>(of);
@@ -113,7 +115,7 @@ void draw_integer_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition,
 }
 
 bool is_drawn_by_host(const VT_Rendition& rendition) noexcept {
-    return rendition.face.pattern > face_pattern::last_drawn_by_renderers;
+    return rendition.face.pattern > vorna::face_pattern::last_drawn_by_renderers;
 }
 
 } // namespace

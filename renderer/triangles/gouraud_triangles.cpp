@@ -30,12 +30,12 @@ void draw_dci_gouraud_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
     if (!renderer.color_buffer || count < 3) {
         return;
     }
-    if (c == Case::rgb32 && (face.flags & face_flag::translucent)) {
+    if (c == Case::rgb32 && (face.flags & vorna::face_flag::translucent)) {
         draw_dci_gouraud_polytriangle<Case::rgb32_alpha>(data, rendition, count, points, colors);
         return;
     }
     // The opaque member without depth does not look at special shading.
-    if (c == Case::rgb32 ? face.pattern > face_pattern::last_drawn_by_renderers : !drawn_by_renderer(face)) {
+    if (c == Case::rgb32 ? face.pattern > vorna::face_pattern::last_drawn_by_renderers : !drawn_by_renderer(face)) {
         VD_Standard_Draw_DCI_Gouraud_Polytriangle(data, rendition, count, points, colors);
         return;
     }

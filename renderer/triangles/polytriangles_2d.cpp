@@ -16,13 +16,13 @@ namespace krb {
 namespace {
 
 bool has_standard_pattern(const VT_Rendition& rendition) noexcept {
-    return rendition.face.pattern > face_pattern::last_drawn_by_renderers;
+    return rendition.face.pattern > vorna::face_pattern::last_drawn_by_renderers;
 }
 
 // Patterns whose cells are all gaps draw nothing unless the gaps are filled.
 bool draws_nothing(const VT_Face_Attributes& face) noexcept {
-    const bool inverted = (face.flags & face_flag::inverted_pattern) != 0;
-    return !(face.flags & face_flag::opaque_pattern) && face.pattern == (inverted ? face_pattern::solid : 0);
+    const bool inverted = (face.flags & vorna::face_flag::inverted_pattern) != 0;
+    return !(face.flags & vorna::face_flag::opaque_pattern) && face.pattern == (inverted ? vorna::face_pattern::solid : 0);
 }
 
 // Calls run(first point, count of points) for stretches inside the rectangle and piece(first point of a triangle) for triangles
@@ -127,7 +127,7 @@ void draw_2di_gouraud_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
         draw_2di_gouraud_polytriangle<without_depth(c)>(data, rendition, count, points, colors);
         return;
     }
-    if (c == Case::rgb32 && (rendition.face.flags & face_flag::translucent)) {
+    if (c == Case::rgb32 && (rendition.face.flags & vorna::face_flag::translucent)) {
         draw_2di_gouraud_polytriangle<Case::rgb32_alpha>(data, rendition, count, points, colors);
         return;
     }

@@ -25,7 +25,7 @@ constexpr std::uint32_t repeated_row(std::uint8_t row) noexcept {
 // Cells, gaps and contrast colour of a face's pattern. Without a bitmap of its own the bitmap pattern has no cells.
 Face_Pattern pattern_of(const VT_Face_Attributes& face) noexcept {
     Face_Pattern pattern{};
-    if (face.pattern == face_pattern::bitmap) {
+    if (face.pattern == vorna::face_pattern::bitmap) {
         if (face.bitmap && face.bitmap->width() > 0 && face.bitmap->height() > 0) {
             pattern.bitmap = face.bitmap->row(0);
             pattern.width = face.bitmap->width();
@@ -36,14 +36,14 @@ Face_Pattern pattern_of(const VT_Face_Attributes& face) noexcept {
             pattern.stock_rows[b] = repeated_row(SHARED.stock_patterns[face.pattern][b]);
         }
     }
-    pattern.inverted = (face.flags & face_flag::inverted_pattern) != 0;
-    pattern.opaque_gaps = (face.flags & face_flag::opaque_pattern) != 0;
+    pattern.inverted = (face.flags & vorna::face_flag::inverted_pattern) != 0;
+    pattern.opaque_gaps = (face.flags & vorna::face_flag::opaque_pattern) != 0;
     pattern.contrast = face.contrast_color;
     return pattern;
 }
 
 bool is_solid(const VT_Face_Attributes& face) noexcept {
-    return face.pattern == face_pattern::solid && !(face.flags & face_flag::inverted_pattern);
+    return face.pattern == vorna::face_pattern::solid && !(face.flags & vorna::face_flag::inverted_pattern);
 }
 
 // Only 32-bit members look at the write flag; the test mode belongs to the opaque ones, and to all textured ones.
@@ -263,7 +263,7 @@ void Triangle_Call::draw_in_cells(const Triangle_Strip& whole) const {
 
 Flat_Face flat_face(Case c, const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {
     const bool merges = renderer.merges(rendition.face.mode);
-    const bool translucent = (rendition.face.flags & face_flag::translucent) != 0;
+    const bool translucent = (rendition.face.flags & vorna::face_flag::translucent) != 0;
     Flat_Face face{rendition.face.color, colorized_pixel_rule(c, renderer, rendition)};
     if (c == Case::index8) {
         face.pixel = merges ? Pixel_Rule::merge : Pixel_Rule::store;

@@ -10,7 +10,7 @@ namespace krb {
 
 // Faces with special shading or a pattern of the host's own go to the host's standard function.
 inline bool drawn_by_renderer(const VT_Face_Attributes& face) noexcept {
-    return !(face.flags & face_flag::special_shading) && face.pattern <= face_pattern::last_drawn_by_renderers;
+    return !(face.flags & vorna::face_flag::special_shading) && face.pattern <= vorna::face_pattern::last_drawn_by_renderers;
 }
 
 // One call's drawing: its kernels, and all that they read. Stays where it is made, since the kernels' target points into it.

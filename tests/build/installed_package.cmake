@@ -20,6 +20,8 @@ if(NOT grep_result EQUAL 1)
   message(FATAL_ERROR "files that name the folder they were installed into: ${bound}")
 endif()
 
+run(${CMAKE_CURRENT_LIST_DIR}/global_names.sh ${COMPILER} ${moved}/${HEADERS})
+
 # The command finds library and module.
 run(${moved}/bin/vorna replay ${PICTURE} --color ${WORK}/picture.png)
 run(${DRAWN} ${WORK}/drawn.png)

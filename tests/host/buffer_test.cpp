@@ -16,7 +16,7 @@ TEST(Frame_Buffer, Rows_Are_Aligned_Contiguous_Top_First_And_Zero) {
     for (const Case& c :
          {Case{Buffer_Format::index8, 1, 64}, Case{Buffer_Format::index8, 65, 192}, Case{Buffer_Format::rgb32, 16, 64},
           Case{Buffer_Format::rgb32, 17, 192}, Case{Buffer_Format::depth16, 65, 192}}) {
-        const VT_Reference<Frame_Buffer> buffer = make_frame_buffer(c.width, 5, c.format);
+        const VT_Reference<Frame_Buffer> buffer = vorna::make_frame_buffer(c.width, 5, c.format);
         EXPECT_EQ(buffer->reference_count(), 1U);
         EXPECT_EQ(buffer->width, c.width);
         EXPECT_EQ(buffer->height, 5);
@@ -35,10 +35,10 @@ TEST(Frame_Buffer, Rows_Are_Aligned_Contiguous_Top_First_And_Zero) {
 }
 
 TEST(Frame_Buffer, Refuses_Sizes_And_Formats_That_Cannot_Be) {
-    EXPECT_THROW(make_frame_buffer(0, 1, Buffer_Format::rgb32), std::invalid_argument);
-    EXPECT_THROW(make_frame_buffer(1, 16385, Buffer_Format::rgb32), std::invalid_argument);
-    EXPECT_THROW(make_frame_buffer(1, 1, Buffer_Format::whatever_is_there), std::invalid_argument);
-    EXPECT_EQ(make_frame_buffer(16384, 1, Buffer_Format::rgb32)->bytes_per_row, 65600);
+    EXPECT_THROW(vorna::make_frame_buffer(0, 1, Buffer_Format::rgb32), std::invalid_argument);
+    EXPECT_THROW(vorna::make_frame_buffer(1, 16385, Buffer_Format::rgb32), std::invalid_argument);
+    EXPECT_THROW(vorna::make_frame_buffer(1, 1, Buffer_Format::whatever_is_there), std::invalid_argument);
+    EXPECT_EQ(vorna::make_frame_buffer(16384, 1, Buffer_Format::rgb32)->bytes_per_row, 65600);
 }
 
 TEST(Shared_Image, Borrows_Copies_Or_Owns) {

@@ -59,22 +59,22 @@ TEST(Preclip, Heads_And_Tails_Lie_On_The_Edge_That_Is_Crossed) {
     const VT_RGB32 colors[2] = {{0, 0, 0, 255}, {200, 100, 50, 55}};
     VT_DCI_Point clipped;
     VT_RGB32 color;
-    VD_Preclip_Head(outcode::left, rectangle, inward, &clipped, colors, &color);
+    VD_Preclip_Head(vorna::outcode::left, rectangle, inward, &clipped, colors, &color);
     EXPECT_THAT((std::array{clipped.x, clipped.y, clipped.z}), testing::ElementsAre(10, 2, 50));
     EXPECT_EQ(color, (VT_RGB32{100, 50, 25, 155}));
 
-    VD_Preclip_Tail(outcode::left, rectangle, outward, &clipped, nullptr, nullptr);
+    VD_Preclip_Tail(vorna::outcode::left, rectangle, outward, &clipped, nullptr, nullptr);
     EXPECT_THAT((std::array{clipped.x, clipped.y, clipped.z}), testing::ElementsAre(10, 2, 50));
 
     // Through a corner's outcode: the side that is passed last counts. Halves go up below zero too.
     const VT_Point_D corner[2] = {{0, 15, -5}, {20, 0, 5}};
-    VD_Preclip_Head(outcode::left | outcode::above, rectangle, corner, &clipped, nullptr, nullptr);
+    VD_Preclip_Head(vorna::outcode::left | vorna::outcode::above, rectangle, corner, &clipped, nullptr, nullptr);
     EXPECT_THAT((std::array{clipped.x, clipped.y}), testing::ElementsAre(13, 5));
     const VT_Point_D lower_corner[2] = {{0, 6, 0}, {20, 0, 0}};
-    VD_Preclip_Head(outcode::left | outcode::above, rectangle, lower_corner, &clipped, nullptr, nullptr);
+    VD_Preclip_Head(vorna::outcode::left | vorna::outcode::above, rectangle, lower_corner, &clipped, nullptr, nullptr);
     EXPECT_THAT((std::array{clipped.x, clipped.y}), testing::ElementsAre(10, 3));
     const VT_Point_D negative[2] = {{15, -10, -2.5}, {15, 0, -2.5}};
-    VD_Preclip_Head(outcode::below, rectangle, negative, &clipped, nullptr, nullptr);
+    VD_Preclip_Head(vorna::outcode::below, rectangle, negative, &clipped, nullptr, nullptr);
     EXPECT_THAT((std::array{clipped.x, clipped.y, clipped.z}), testing::ElementsAre(15, -5, -2));
 }
 
@@ -82,7 +82,7 @@ TEST(Preclip, Ends_Tells_Segments_That_Miss) {
     VT_DCI_Point clipped[2];
     VT_RGB32 clipped_colors[2];
     const VT_RGB32 colors[2] = {{0, 0, 0, 0}, {100, 100, 100, 100}};
-    const std::uint16_t across[2] = {outcode::left, outcode::right};
+    const std::uint16_t across[2] = {vorna::outcode::left, vorna::outcode::right};
     const VT_Point_D through[2] = {{0, 0, 0}, {40, 4, 400}};
     ASSERT_TRUE(VD_Preclip_Ends(across, rectangle, through, clipped, colors, clipped_colors));
     EXPECT_THAT((std::array{clipped[0].x, clipped[0].y, clipped[0].z}), testing::ElementsAre(10, 1, 100));
@@ -90,10 +90,10 @@ TEST(Preclip, Ends_Tells_Segments_That_Miss) {
     EXPECT_EQ(clipped_colors[0].red, 25);
     EXPECT_EQ(clipped_colors[1].red, 50);
 
-    const std::uint16_t around[2] = {outcode::left, outcode::above};
+    const std::uint16_t around[2] = {vorna::outcode::left, vorna::outcode::above};
     const VT_Point_D past[2] = {{0, 0, 0}, {11, 22, 0}};
     EXPECT_FALSE(VD_Preclip_Ends(around, rectangle, past, clipped, nullptr, nullptr));
-    const std::uint16_t beside[2] = {outcode::left, outcode::left | outcode::above};
+    const std::uint16_t beside[2] = {vorna::outcode::left, vorna::outcode::left | vorna::outcode::above};
     const VT_Point_D left[2] = {{0, 0, 0}, {5, 22, 0}};
     EXPECT_FALSE(VD_Preclip_Ends(beside, rectangle, left, clipped, nullptr, nullptr));
 }
@@ -119,7 +119,7 @@ TEST(Preclip, Triangles_Stay_Inside_And_In_Their_Plane) {
         const auto color_of = [](const VT_Point_D& p) {
             return VT_RGB32{std::uint8_t(100 + p.x / 20), std::uint8_t(100 + p.y / 20), 9, 255};
         };
-        const VT_RGB32 colors[3] = {color_of(points[0]), color_of(points[1]), color_of(points[2])};
+        const VT_RGB32 colors[3] = {vorna::color_of(points[0]), vorna::color_of(points[1]), vorna::color_of(points[2])};
         VT_RGB32 clipped_colors[8];
         const std::int32_t count = VD_Preclip_2D_Triangle({0, 1000, 0, 1000}, points, clipped, colors, clipped_colors);
         ASSERT_TRUE(count == 0 || (count >= 3 && count <= 8)) << count;

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "vorna/module.h"
+#include "vorna/version.h"
 
 #if !defined(_WIN32)
 #include <dlfcn.h>
@@ -32,6 +33,8 @@ void expect_one_line_that_names(const std::string& path, const std::string& reas
 }
 
 TEST(Module, Says_Which_File_And_What_Is_Missing) {
+    EXPECT_EQ(complaint_about(""), "\"\": not loadable as a renderer module: the path is empty");
+    EXPECT_STREQ(vorna::version(), VORNA_VERSION_TEXT);
     expect_one_line_that_names("no/such/module.vrd", "not loadable as a renderer module");
     const std::string text = (std::filesystem::path(testing::TempDir()) / "text.vrd").string();
     std::ofstream(text) << "This is no module.\n";

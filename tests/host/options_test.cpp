@@ -24,13 +24,13 @@ TEST(Counted, Make_Unique_Clones_What_Others_Hold_And_Stamps_What_Nobody_Else_Do
         VT_Reference<Counted_Thing> held(new Counted_Thing(&alive));
         const std::uint32_t serial = held->serial();
         Counted_Thing* const original = held.get();
-        make_unique(held).value = 1;
+        vorna::make_unique(held).value = 1;
         EXPECT_EQ(held.get(), original);
         EXPECT_NE(held->serial(), serial);
 
         const VT_Reference<Counted_Thing> other = held;
         EXPECT_EQ(held->reference_count(), 2U);
-        make_unique(held).value = 2;
+        vorna::make_unique(held).value = 2;
         EXPECT_NE(held.get(), other.get());
         EXPECT_NE(held->serial(), other->serial());
         EXPECT_EQ(other->value, 1);

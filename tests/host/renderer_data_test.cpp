@@ -74,7 +74,7 @@ struct Painted : testing::Test {
         renderer.current_options.set_window_origin({100, -50});
         renderer.actions.draw_dci_rgb32_image = {&renderer, image, 0, 1};
         rendition.window.color = {1, 2, 3, 128};
-        rendition.drawing_flags = drawing_flag::translucent;
+        rendition.drawing_flags = vorna::drawing_flag::translucent;
         rendition.clip.complex_clip = new VT_Contour_Set(std::vector<VT_Contour_Set::Contour>{});
     }
 
@@ -121,7 +121,7 @@ TEST_F(Painted, Rectangle_Is_Cut_To_The_Window_And_Filled_To_Its_Last_Pixel) {
 }
 
 TEST_F(Painted, Bitmaps_Repeat_From_Their_Lowest_Row) {
-    rendition.window.fill = face_pattern::bitmap;
+    rendition.window.fill = vorna::face_pattern::bitmap;
     VD_Span_DC_Rectangle(renderer, rendition, 100, 111, -50, -41);
     EXPECT_EQ(std::count(&count[0][0], &count[0][0] + 120, 0), 120) << "no bitmap, nothing to paint";
     rendition.face.bitmap =

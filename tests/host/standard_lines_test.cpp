@@ -113,7 +113,7 @@ TEST_P(Standard_Lines, cover_each_pixel_within_half_the_weight_once) {
         Random random(static_cast<std::uint64_t>(seed));
         const std::int32_t weight = random.number(2, 17);
         const VT_Reference<VT_Rendition> rendition = rendition_for(setup, weight);
-        rendition->line.cap = line_cap::round;
+        rendition->line.cap = vorna::line_cap::round;
         const Points points = random_points(random, setup.size);
         const auto count = static_cast<std::int32_t>(points.size());
         const Contents dots = drawn(renderer, [&] {
@@ -144,8 +144,8 @@ TEST(Standard_Line, smoothed_covers_by_the_share_of_64_points) {
     for (int seed = 0; seed < scaled(20); ++seed) {
         Random random(static_cast<std::uint64_t>(seed));
         const VT_Reference<VT_Rendition> rendition = rendition_for(setup, 2 * random.number(1, 5) + 1);
-        rendition->line.cap = line_cap::round;
-        rendition->line.flags = line_flag::smoothed;
+        rendition->line.cap = vorna::line_cap::round;
+        rendition->line.flags = vorna::line_flag::smoothed;
         rendition->line.color = {255, 255, 255, 255};
         const Points points = random_points(random, setup.size);
         const Contents line = drawn(renderer, [&] {
@@ -169,7 +169,7 @@ TEST(Standard_Line, ends_and_turns_as_caps_and_joins_say) {
     const Renderer_Setup setup = setup_of_case(1, {32, 32});
     Test_Renderer renderer(setup);
     const VT_Reference<VT_Rendition> rendition = rendition_for(setup, 4);
-    rendition->line.join = line_join::miter;
+    rendition->line.join = vorna::line_join::miter;
     const VT_DCI_Point corner[] = {{4, 5, 0}, {10, 5, 0}, {10, 1, 0}};
     const auto sketched = [&](std::int32_t cap, std::int32_t join) {
         rendition->line.cap = cap;
@@ -179,13 +179,13 @@ TEST(Standard_Line, ends_and_turns_as_caps_and_joins_say) {
         return sketch(renderer, {1, 13, 0, 8});
     };
     using testing::ElementsAre;
-    EXPECT_THAT(sketched(line_cap::butt, line_join::miter),
+    EXPECT_THAT(sketched(vorna::line_cap::butt, vorna::line_join::miter),
                 ElementsAre(".............", ".............", "...########..", "...########..", "...########..", "...########..",
                             ".......####..", ".......####..", "............."));
-    EXPECT_THAT(sketched(line_cap::square, line_join::bevel),
+    EXPECT_THAT(sketched(vorna::line_cap::square, vorna::line_join::bevel),
                 ElementsAre(".............", ".............", ".########....", ".#########...", ".##########..", ".##########..",
                             ".......####..", ".......####..", ".......####.."));
-    EXPECT_THAT(sketched(line_cap::round, line_join::round),
+    EXPECT_THAT(sketched(vorna::line_cap::round, vorna::line_join::round),
                 ElementsAre(".............", ".............", "..########...", ".##########..", ".##########..", "..#########..",
                             ".......####..", ".......####..", ".......####.."));
 }
@@ -201,7 +201,7 @@ TEST_P(Standard_Lines, keep_to_hard_and_complex_clip) {
         rendition->line.style = random.number(0, 5);
         rendition->line.join = random.number(0, 2);
         rendition->line.cap = random.number(0, 2);
-        rendition->line.flags = random.chance(50) ? line_flag::smoothed : 0;
+        rendition->line.flags = random.chance(50) ? vorna::line_flag::smoothed : 0;
         rendition->marker.symbol = random.number(1, 8);
         rendition->marker.size = random.number(1, 20);
         Points points = random_points(random, setup.size);
@@ -266,11 +266,11 @@ TEST(Standard_Line, has_the_depth_of_its_points_and_shows_its_nearest_part) {
     const VT_DCI_Point crossing[] = {{10, 10, 5}, {50, 50, 5}, {50, 10, 900}, {10, 50, 900}};
     const VT_RGB32 colors[] = {{1, 1, 1, 255}, {2, 2, 2, 255}, {3, 3, 3, 255}};
     VD_Draw_DCI_Colorized_Polyline(*renderer, *rendition, 4, crossing, colors, false);
-    EXPECT_EQ(color_of(renderer.color().pixel(30, 30)), colors[0]) << "the first segment lies nearer than the last";
-    EXPECT_EQ(color_of(renderer.color().pixel(20, 40)), colors[2]);
+    EXPECT_EQ(vorna::color_of(renderer.color().pixel(30, 30)), colors[0]) << "the first segment lies nearer than the last";
+    EXPECT_EQ(vorna::color_of(renderer.color().pixel(20, 40)), colors[2]);
     rendition->clip.depth_test = false;
     VD_Draw_DCI_Colorized_Polyline(*renderer, *rendition, 4, crossing, colors, false);
-    EXPECT_EQ(color_of(renderer.color().pixel(30, 30)), colors[2]);
+    EXPECT_EQ(vorna::color_of(renderer.color().pixel(30, 30)), colors[2]);
 }
 
 // Also where a run of pixels ends, and where it is one pixel long.
@@ -319,9 +319,9 @@ TEST(Standard_Line, smoothed_edges_combine_as_the_line_does) {
         VD_Draw_2DI_Polyline(*renderer, *rendition, 2, line);
         return contents(&renderer.color());
     };
-    EXPECT_EQ(picture(line_flag::smoothed, merge_drawing_mode), picture(line_flag::smoothed, 0));
+    EXPECT_EQ(picture(vorna::line_flag::smoothed, vorna::merge_drawing_mode), picture(vorna::line_flag::smoothed, 0));
     setup.force_merge = true;
-    EXPECT_EQ(picture(line_flag::smoothed, 0), picture(0, 0)) << "what merges is not smoothed";
+    EXPECT_EQ(picture(vorna::line_flag::smoothed, 0), picture(0, 0)) << "what merges is not smoothed";
 }
 
 // Dashes that were cut would run at another slope.
@@ -331,7 +331,7 @@ TEST(Standard_Line, dashes_are_whole_or_left_out) {
     static std::set<std::vector<std::int32_t>> dashes;
     renderer->actions.draw_2di_polyline.function = [](VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
                                                       const VT_DCI_Point* points) {
-        if (rendition.line.style != line_style::solid) {
+        if (rendition.line.style != vorna::line_style::solid) {
             VD_Standard_Draw_2DI_Polyline(data, rendition, count, points);
             return;
         }
@@ -381,7 +381,7 @@ TEST_P(Standard_Lines, are_the_same_in_every_form_and_dot_by_dot) {
     const Renderer_Setup setup = setup_of_case(GetParam(), {64, 48});
     Test_Renderer renderer(setup);
     for (const std::int32_t weight : {1, 6}) {
-        for (const std::int32_t style : {line_style::solid, line_style::dash_dot}) {
+        for (const std::int32_t style : {vorna::line_style::solid, vorna::line_style::dash_dot}) {
             const VT_Reference<VT_Rendition> rendition = rendition_for(setup, weight);
             rendition->line.style = style;
             rendition->set_color({30, 90, 200, 255});
@@ -398,7 +398,7 @@ TEST_P(Standard_Lines, are_the_same_in_every_form_and_dot_by_dot) {
             if (weight > 1 && !setup.has_indices()) {
                 // Only dots are left, and in the end nothing.
                 const auto dot = renderer->actions.draw_dci_dot;
-                const Action_Table actions = renderer->actions;
+                const VT_Action_Table actions = renderer->actions;
                 renderer->set_standard_actions(true);
                 expect_same("dots", [&] {
                     renderer->actions.draw_dci_dot = dot;
@@ -422,12 +422,12 @@ TEST(Standard_Line, is_cut_into_dashes_of_its_weight) {
         return sketch(renderer, {0, 31, 8, 8}).front();
     };
     const VT_Reference<VT_Rendition> rendition = rendition_for(setup, 1);
-    rendition->line.style = line_style::dashed;
+    rendition->line.style = vorna::line_style::dashed;
     EXPECT_EQ(row(*rendition, 31), "..######...######...######...###");
     rendition->line.weight = 3;
-    rendition->line.style = line_style::dotted;
+    rendition->line.style = vorna::line_style::dotted;
     EXPECT_EQ(row(*rendition, 31), "..###......###......###......##.");
-    rendition->line.style = line_style::solid;
+    rendition->line.style = vorna::line_style::solid;
     const VT_Reference<VT_Line_Type> type(new VT_Line_Type);
     type->leading[0] = 2;
     type->trailing[0] = 1;
@@ -441,7 +441,7 @@ TEST(Standard_Line, is_cut_into_dashes_of_its_weight) {
     EXPECT_EQ(row(*rendition, 24), "..####....######....####........");
     // However long a line is, only its visible part is cut.
     rendition->line.line_types = VT_Line_Type_Set::None;
-    rendition->line.style = line_style::dashed;
+    rendition->line.style = vorna::line_style::dashed;
     const VT_DCI_Point line[] = {{INT32_MIN, 8, 0}, {INT32_MAX, 8, 0}};
     VD_Draw_2DI_Polyline(*renderer, *rendition, 2, line);
 }
@@ -459,17 +459,17 @@ TEST(Standard_Marker, symbols_fill_their_size) {
         return sketch(renderer, {7, 11, 8, 12});
     };
     using testing::ElementsAre;
-    EXPECT_THAT(sketched(marker_symbol::dot, 5), ElementsAre(".....", ".....", "..#..", ".....", "....."));
+    EXPECT_THAT(sketched(vorna::marker_symbol::dot, 5), ElementsAre(".....", ".....", "..#..", ".....", "....."));
     EXPECT_EQ(renderer.color().pixel(9, 10), 77U) << "the marker's index";
     EXPECT_EQ(renderer.depth()->pixel(9, 10), 3U);
-    EXPECT_THAT(sketched(marker_symbol::plus, 4), ElementsAre(".....", "..#..", "####.", "..#..", "..#.."));
-    EXPECT_THAT(sketched(marker_symbol::cross, 5), ElementsAre("#...#", ".#.#.", "..#..", ".#.#.", "#...#"));
-    EXPECT_THAT(sketched(marker_symbol::circle, 5), ElementsAre(".###.", "#...#", "#...#", "#...#", ".###."));
-    EXPECT_THAT(sketched(marker_symbol::filled_circle, 5), ElementsAre(".###.", "#####", "#####", "#####", ".###."));
-    EXPECT_THAT(sketched(marker_symbol::square, 4), ElementsAre(".....", "####.", "#..#.", "#..#.", "####."));
-    EXPECT_THAT(sketched(marker_symbol::filled_square, 3), ElementsAre(".....", ".###.", ".###.", ".###.", "....."));
-    EXPECT_THAT(sketched(marker_symbol::triangle, 5), ElementsAre("..#..", "..#..", ".#.#.", ".#.#.", "#####"));
-    EXPECT_THAT(sketched(marker_symbol::star, 5), ElementsAre("#.#.#", ".###.", "#####", ".###.", "#.#.#"));
+    EXPECT_THAT(sketched(vorna::marker_symbol::plus, 4), ElementsAre(".....", "..#..", "####.", "..#..", "..#.."));
+    EXPECT_THAT(sketched(vorna::marker_symbol::cross, 5), ElementsAre("#...#", ".#.#.", "..#..", ".#.#.", "#...#"));
+    EXPECT_THAT(sketched(vorna::marker_symbol::circle, 5), ElementsAre(".###.", "#...#", "#...#", "#...#", ".###."));
+    EXPECT_THAT(sketched(vorna::marker_symbol::filled_circle, 5), ElementsAre(".###.", "#####", "#####", "#####", ".###."));
+    EXPECT_THAT(sketched(vorna::marker_symbol::square, 4), ElementsAre(".....", "####.", "#..#.", "#..#.", "####."));
+    EXPECT_THAT(sketched(vorna::marker_symbol::filled_square, 3), ElementsAre(".....", ".###.", ".###.", ".###.", "....."));
+    EXPECT_THAT(sketched(vorna::marker_symbol::triangle, 5), ElementsAre("..#..", "..#..", ".#.#.", ".#.#.", "#####"));
+    EXPECT_THAT(sketched(vorna::marker_symbol::star, 5), ElementsAre("#.#.#", ".###.", "#####", ".###.", "#.#.#"));
 }
 
 } // namespace

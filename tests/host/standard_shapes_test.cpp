@@ -34,7 +34,7 @@ void fill_with_noise(Test_Renderer& renderer, bool has_indices) {
     Random random(11);
     for (std::int32_t row = 0; row < window_size.y; ++row) {
         for (std::int32_t column = 0; column < window_size.x; ++column) {
-            const std::uint32_t word = word_of(random_color(random));
+            const std::uint32_t word = vorna::word_of(random_color(random));
             renderer.color().set_pixel(column, row, has_indices ? word & 0xFF : word);
             const auto depth = static_cast<std::uint32_t>(random.number(0, 65535));
             if (renderer.depth()) {
@@ -125,7 +125,7 @@ TEST_P(Standard_Shapes, Textures_without_depth_buffer_look_as_the_renderers) {
         const Textured_Strip strip(random, without.origin);
         const VT_Reference<VT_Rendition> rendition = rendition_for(without);
         set_texture(*rendition, random_image(random, 16, 8, Buffer_Format::rgb32));
-        rendition->face.pattern = random.chance(60) ? face_pattern::solid : random.number(0, 73);
+        rendition->face.pattern = random.chance(60) ? vorna::face_pattern::solid : random.number(0, 73);
         rendition->face.flags = static_cast<std::uint32_t>(random.number(0, 3));
         rendition->face.contrast_color = random_color(random);
         if (random.chance(30)) {
@@ -174,7 +174,7 @@ TEST_P(Standard_Shapes, Textures_of_any_size_show_their_texels) {
             const bool is_inside = column >= 3 && column < 25 && row >= 4 && row < 16;
             const std::uint8_t index = is_inside ? texture->row(5 - (row - 4) / 2)[(column - 3) / 2] : std::uint8_t{0};
             const VT_RGB32 expected = is_inside ? VT_Palette().color(index) : VT_RGB32{0, 0, 0, 0};
-            const VT_RGB32 drawn = color_of(renderer.color().pixel(column, row));
+            const VT_RGB32 drawn = vorna::color_of(renderer.color().pixel(column, row));
             // A full channel times a full colour lies one below, and so does the alpha it is blended with.
             ASSERT_TRUE(std::abs(drawn.red - expected.red) <= 2 && std::abs(drawn.green - expected.green) <= 2 &&
                         std::abs(drawn.blue - expected.blue) <= 2 && drawn.alpha == expected.alpha)
@@ -213,9 +213,9 @@ TEST_P(Standard_Shapes, Hatches_are_cells_of_their_face) {
         for (const std::int32_t pattern : {75, 77, 80, 84, 92, 93, 1000000}) {
             VT_Rendition hatched(*solid);
             hatched.face.pattern = pattern;
-            hatched.face.flags = face_flag::special_shading;
+            hatched.face.flags = vorna::face_flag::special_shading;
             const Pixels lines = draw(hatched, form);
-            hatched.face.flags |= face_flag::inverted_pattern;
+            hatched.face.flags |= vorna::face_flag::inverted_pattern;
             const Pixels gaps = draw(hatched, form);
             std::size_t count = 0;
             for (std::size_t i = 0; i < face.size(); ++i) {
@@ -288,7 +288,7 @@ TEST_P(Standard_Shapes, Ellipses_combine_as_the_renderers_own) {
         of_case.force_merge = i & 1;
         Test_Renderer renderer(of_case);
         const VT_Reference<VT_Rendition> rendition = rendition_for(of_case);
-        rendition->line.mode = rendition->face.mode = i & 2 ? merge_drawing_mode : 0;
+        rendition->line.mode = rendition->face.mode = i & 2 ? vorna::merge_drawing_mode : 0;
         if (i & 4) {
             rendition->clip.complex_clip =
                 new VT_Contour_Set(std::vector<VT_Contour_Set::Contour>{{{-9, -9, 0}, {99, -9, 0}, {99, 99, 0}, {-9, 99, 0}}});
@@ -307,11 +307,11 @@ TEST_P(Standard_Shapes, Ellipses_combine_as_the_renderers_own) {
             const Pixels after = pixels_of(renderer.color());
             std::size_t drawn = 0;
             for (std::size_t p = 0; p < before.size(); ++p) {
-                const VT_RGB32 under = color_of(before[p]);
+                const VT_RGB32 under = vorna::color_of(before[p]);
                 const int weight = color.alpha == 255 ? 256 : color.alpha;
                 const auto mix = [&](int from, int to) { return static_cast<std::uint8_t>(from + ((to - from) * weight >> 8)); };
                 const std::uint32_t over =
-                    word_of({mix(under.blue, color.blue), mix(under.green, color.green), mix(under.red, color.red), 255});
+                    vorna::word_of({mix(under.blue, color.blue), mix(under.green, color.green), mix(under.red, color.red), 255});
                 ASSERT_TRUE(after[p] == before[p] || after[p] == over) << i << ", pixel " << p;
                 drawn += after[p] == over;
             }
@@ -369,7 +369,7 @@ TEST(Standard_Shape, Dashed_arcs_blend_every_pixel_once) {
         const VT_DCI_Point radii{radius, radius, 0};
         VD_Draw_DCI_Elliptical_Arc(*renderer, *rendition, &center, &radii, 0.0, full_turn, 0.0, nullptr);
         const Pixels pixels = pixels_of(renderer.color());
-        const std::uint32_t once = word_of({78, 35, 11, 255});
+        const std::uint32_t once = vorna::word_of({78, 35, 11, 255});
         EXPECT_THAT(pixels, testing::Each(testing::AnyOf(0xFF000000U, once))) << radius;
         EXPECT_THAT(pixels, testing::Contains(once));
     }
@@ -388,7 +388,7 @@ TEST_P(Standard_Shapes, Patterned_windows_store_their_colour) {
             const Pixels before = pixels_of(renderer.color());
             VD_Draw_Window(*renderer, *rendition);
             const Pixels after = pixels_of(renderer.color());
-            const std::uint32_t stored = of_case.has_indices() ? 55 : word_of(rendition->window.color);
+            const std::uint32_t stored = of_case.has_indices() ? 55 : vorna::word_of(rendition->window.color);
             std::size_t drawn = 0;
             for (std::size_t i = 0; i < after.size(); ++i) {
                 ASSERT_TRUE(after[i] == stored || (fill != 64 && after[i] == before[i])) << fill << ", pixel " << i;
@@ -408,10 +408,10 @@ TEST_P(Standard_Shapes, Faces_combine_as_those_of_slots) {
         const VT_Reference<VT_Rendition> rendition = rendition_for(of_case);
         rendition->set_color(random_color(random));
         rendition->set_contrast_color(random_color(random));
-        rendition->face.mode = random.chance(30) ? merge_drawing_mode : 0;
-        rendition->face.pattern = random.chance(60) ? face_pattern::solid : random.number(0, 73);
+        rendition->face.mode = random.chance(30) ? vorna::merge_drawing_mode : 0;
+        rendition->face.pattern = random.chance(60) ? vorna::face_pattern::solid : random.number(0, 73);
         rendition->face.flags =
-            (random.chance(30) ? face_flag::opaque_pattern : 0) | (random.chance(40) ? face_flag::translucent : 0);
+            (random.chance(30) ? vorna::face_flag::opaque_pattern : 0) | (random.chance(40) ? vorna::face_flag::translucent : 0);
         rendition->clip.depth_test = random.chance(80);
         const Textured_Strip strip(random, of_case.origin);
         const auto count = static_cast<std::int32_t>(strip.points.size());
@@ -455,7 +455,7 @@ TEST_P(Standard_Shapes, Images_of_the_other_kind_go_through_the_palette) {
                 const std::int32_t at = column - 2;
                 expected = of_case.has_indices() ? static_cast<std::uint32_t>(palette.closest_match(
                                                        {source[4 * at], source[4 * at + 1], source[4 * at + 2], 255}, false))
-                                                 : word_of(palette.color(source[at]));
+                                                 : vorna::word_of(palette.color(source[at]));
             }
             ASSERT_EQ(renderer.color().pixel(column, row), expected) << column << "," << row;
         }

@@ -164,7 +164,7 @@ struct Scene {
 
 private:
     static VT_RGB32 random_color(std::mt19937& random) {
-        VT_RGB32 color = color_of(static_cast<std::uint32_t>(random()));
+        VT_RGB32 color = vorna::color_of(static_cast<std::uint32_t>(random()));
         color.alpha = random() % 3 == 0 ? std::uint8_t{255} : random() % 3 == 0 ? std::uint8_t{0} : color.alpha;
         return color;
     }

@@ -38,7 +38,7 @@ TEST(Lines_Anywhere, windows_show_what_a_larger_window_shows_there) {
                     rendition->clip.hard_clip = {0, large.x - 1, 0, large.y - 1};
                     rendition->line.color = random_color(random);
                     rendition->line.index = random.byte();
-                    rendition->line.flags = smoothed ? line_flag::smoothed : 0;
+                    rendition->line.flags = smoothed ? vorna::line_flag::smoothed : 0;
                     rendition->clip.depth_test = !smoothed;
                     std::vector<VT_DCI_Point> points;
                     for (int count = random.number(2, 6); count > 0; --count) {

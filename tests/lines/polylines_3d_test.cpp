@@ -137,7 +137,7 @@ TEST(Tiles, Standard_functions_draw_in_them_wherever_they_lie) {
             const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
             rendition->clip.hard_clip = {origin.x - 9, origin.x + 999, origin.y - 9, origin.y + 999};
             rendition->line.weight = 5;
-            rendition->line.style = line_style::dashed;
+            rendition->line.style = vorna::line_style::dashed;
             rendition->set_color({250, 120, 30, 255});
             rendition->line.index = 190;
             const VT_Reference<VT_Basic_Material> material(new VT_Basic_Material);

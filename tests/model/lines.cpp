@@ -175,7 +175,7 @@ Model::Handed_Over Model::draw_dci_polyline(const VT_Rendition& rendition, Line_
         rules.depth = is_fixed ? Depth_Rule::nearer_or_equal : Depth_Rule::by_mode;
     }
     const bool smoothed =
-        !setup.has_indices() && !with_depth && !merging && !gouraud && (rendition.line.flags & line_flag::smoothed) != 0;
+        !setup.has_indices() && !with_depth && !merging && !gouraud && (rendition.line.flags & vorna::line_flag::smoothed) != 0;
 
     // The colorized member for indices without depth would draw through the region.
     const bool has_short_cut = gouraud && (setup.has_indices() ? with_depth || !rules.region : !with_depth);
@@ -188,7 +188,7 @@ Model::Handed_Over Model::draw_dci_polyline(const VT_Rendition& rendition, Line_
             const Way way(stroke.from, stroke.to);
             const Shade shade(stroke, std::max(way.columns, way.rows));
             for_each_pixel(way, [&](Number x, Number y, Number i) {
-                const VT_RGB32 shown = by_index ? color_of(rendition.line.index) : shade.color_at(i);
+                const VT_RGB32 shown = by_index ? vorna::color_of(rendition.line.index) : shade.color_at(i);
                 draw_pixel(fragment_at(x, y, shade.z_at(i), shown), rules);
             });
         }
@@ -199,7 +199,7 @@ Model::Handed_Over Model::draw_dci_polyline(const VT_Rendition& rendition, Line_
     } else {
         // The last point always obeys and writes depth, and compares all of its own.
         rules.depth = with_depth ? Depth_Rule::nearer_or_equal : Depth_Rule::none;
-        const VT_RGB32 shown = by_index ? color_of(rendition.line.index) : strokes.back().to_color;
+        const VT_RGB32 shown = by_index ? vorna::color_of(rendition.line.index) : strokes.back().to_color;
         draw_pixel(fragment_at(last.x, last.y, last.z, shown), rules);
     }
     return {};
@@ -341,7 +341,7 @@ void Model::draw_clipped(const VT_Rendition& rendition, Line_Kind kind, const St
         Fragment fragment = fragment_at(x, y, shade.z_at(i), shade.color_at(i));
         if (setup.has_indices()) {
             fragment.color =
-                color_of(additive_index(stroke, by_column ? whole_way.columns : whole_way.rows, i, fragment.column, y));
+                vorna::color_of(additive_index(stroke, by_column ? whole_way.columns : whole_way.rows, i, fragment.column, y));
         }
         draw_pixel(fragment, rules);
     });

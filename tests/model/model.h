@@ -116,7 +116,7 @@ private:
     };
 
     std::uint32_t find_alternate_index() const;
-    bool is_merging(std::int32_t mode) const { return setup.force_merge || mode == merge_drawing_mode; }
+    bool is_merging(std::int32_t mode) const { return setup.force_merge || mode == vorna::merge_drawing_mode; }
     std::int32_t column_of(std::int32_t x) const { return x - setup.origin.x; }
     std::int32_t row_of(std::int32_t y) const { return y - setup.origin.y; }
     std::uintptr_t address_of(std::int32_t column, std::int32_t row) const {

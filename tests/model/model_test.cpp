@@ -66,16 +66,16 @@ TEST(Model, Merge_control_knows_untouched_equal_and_different_pixels) {
     setup.force_merge = true;
     Model model(setup);
     const VT_RGB32 white{255, 255, 255, 255}, translucent_white{255, 255, 255, 9};
-    model.color = model::Plane(setup.size, word_of(white));
+    model.color = model::Plane(setup.size, vorna::word_of(white));
     const auto dot = [&](std::int32_t x, VT_RGB32 color) {
         const VT_DCI_Point point{x, 0, 0};
         model.draw_dot(*rendition_of({}), point, &color);
-        return color_of(model.color.at(x, 0));
+        return vorna::color_of(model.color.at(x, 0));
     };
     EXPECT_EQ(dot(0, white), (VT_RGB32{254, 255, 255, 255}));
     EXPECT_EQ(dot(1, {0xF0, 0x3C, 1, 7}), (VT_RGB32{0xF0, 0x3C, 1, 255}));
     EXPECT_EQ(dot(1, {0x3F, 0xF0, 2, 7}), (VT_RGB32{0x30, 0x30, 0, 255}));
-    model.color.at(2, 0) = word_of(translucent_white);
+    model.color.at(2, 0) = vorna::word_of(translucent_white);
     EXPECT_EQ(dot(2, translucent_white), translucent_white);
     EXPECT_EQ(dot(2, {255, 255, 255, 8}), (VT_RGB32{254, 255, 255, 255}));
 }

@@ -27,9 +27,9 @@ std::uint8_t blended_as_line(std::uint8_t fresh, std::uint8_t stored, std::uint8
 }
 
 template <class Blend> std::uint32_t blended_word(VT_RGB32 fresh, std::uint32_t stored_word, Blend blend) {
-    const VT_RGB32 stored = color_of(stored_word);
-    return word_of({blend(fresh.blue, stored.blue, fresh.alpha), blend(fresh.green, stored.green, fresh.alpha),
-                    blend(fresh.red, stored.red, fresh.alpha), 255});
+    const VT_RGB32 stored = vorna::color_of(stored_word);
+    return vorna::word_of({blend(fresh.blue, stored.blue, fresh.alpha), blend(fresh.green, stored.green, fresh.alpha),
+                           blend(fresh.red, stored.red, fresh.alpha), 255});
 }
 
 VT_RGB32 palette_color(const VT_Palette& palette, std::uint32_t index) {
@@ -79,7 +79,7 @@ Model::Handed_Over Model::draw_dot(const VT_Rendition& rendition, const VT_DCI_P
         rules.color = Color_Rule::dither;
     } else if (setup.has_indices()) {
         // An index travels in the first byte of the colour.
-        fragment.color = color_of(rendition.line.index);
+        fragment.color = vorna::color_of(rendition.line.index);
         rules.color = merging ? Color_Rule::merge : Color_Rule::store;
     } else if (merging) {
         rules.color = Color_Rule::merge;
@@ -147,9 +147,9 @@ bool Model::passes_depth_test(std::int64_t z, std::uint32_t stored, Depth_Rule r
 std::uint32_t Model::combined(std::uint32_t stored, const Fragment& fragment, Color_Rule rule) const {
     switch (rule) {
     case Color_Rule::store:
-        return setup.has_indices() ? fragment.color.blue : word_of(fragment.color);
+        return setup.has_indices() ? fragment.color.blue : vorna::word_of(fragment.color);
     case Color_Rule::store_opaque:
-        return word_of(opaque(fragment.color));
+        return vorna::word_of(opaque(fragment.color));
     case Color_Rule::blend:
     case Color_Rule::blend_visible:
         return blended_word(fragment.color, stored, blended);
@@ -160,7 +160,8 @@ std::uint32_t Model::combined(std::uint32_t stored, const Fragment& fragment, Co
             return byte_of(old + (((fresh - old) * fragment.weight) >> 16));
         });
     case Color_Rule::merge:
-        return setup.has_indices() ? merged_index(stored, fragment.color.blue) : merged_color(stored, word_of(fragment.color));
+        return setup.has_indices() ? merged_index(stored, fragment.color.blue)
+                                   : merged_color(stored, vorna::word_of(fragment.color));
     case Color_Rule::dither:
         return dithered(fragment.color, fragment.column, fragment.row);
     case Color_Rule::dither_and_merge:
@@ -186,8 +187,9 @@ std::uint32_t Model::merged_index(std::uint32_t stored, std::uint32_t fresh) con
     if (stored == fresh) {
         return stored;
     }
-    const std::uint32_t both = word_of(palette_color(*setup.palette, stored)) & word_of(palette_color(*setup.palette, fresh));
-    return closest_index(color_of(both));
+    const std::uint32_t both =
+        vorna::word_of(palette_color(*setup.palette, stored)) & vorna::word_of(palette_color(*setup.palette, fresh));
+    return closest_index(vorna::color_of(both));
 }
 
 std::uint32_t Model::closest_index(VT_RGB32 wanted) const {
@@ -252,8 +254,8 @@ std::int32_t bayer_rank(std::int32_t column, std::int32_t row, std::int32_t size
 }
 
 bool is_pattern_set(const VT_Face_Attributes& face, std::int32_t column, std::int32_t row) {
-    const bool inverted = (face.flags & face_flag::inverted_pattern) != 0;
-    if (face.pattern == face_pattern::bitmap) {
+    const bool inverted = (face.flags & vorna::face_flag::inverted_pattern) != 0;
+    if (face.pattern == vorna::face_pattern::bitmap) {
         const VT_Pattern_Bitmap& bitmap = *face.bitmap;
         const bool set = bitmap.row(remainder(row, bitmap.height()))[remainder(column, bitmap.width())] != 0;
         return set != inverted;

@@ -108,11 +108,11 @@ bool has(const VT_Face_Attributes& face, std::uint32_t flag) {
 }
 
 bool is_hatched(const VT_Face_Attributes& face) {
-    return face.pattern > face_pattern::last_drawn_by_renderers;
+    return face.pattern > vorna::face_pattern::last_drawn_by_renderers;
 }
 
 bool is_for_host(const VT_Face_Attributes& face) {
-    return has(face, face_flag::special_shading) || is_hatched(face);
+    return has(face, vorna::face_flag::special_shading) || is_hatched(face);
 }
 
 } // namespace
@@ -132,7 +132,7 @@ Model::Handed_Over Model::draw_polytriangle(const VT_Rendition& rendition, const
         rules.color = Color_Rule::dither_and_merge;
     } else if (!with_depth && !setup.has_indices() && !setup.alpha) {
         // Opaque buffers still blend and merge where the face asks for it.
-        const bool translucent = has(face, face_flag::translucent);
+        const bool translucent = has(face, vorna::face_flag::translucent);
         if (translucent || is_merging(face.mode)) {
             rules = colorized_rules(rendition, false, true);
             fill.alpha = translucent ? fill.alpha : 255;
@@ -169,7 +169,7 @@ Model::Handed_Over Model::draw_gouraud_polytriangle(const VT_Rendition& renditio
     }
     const bool with_depth = setup.depth && rendition.clip.depth_test;
     // Opaque buffers blend translucent faces too, as long as no depth is tested.
-    const bool blends = setup.alpha || (!with_depth && has(face, face_flag::translucent));
+    const bool blends = setup.alpha || (!with_depth && has(face, vorna::face_flag::translucent));
     // Special shading is not looked for where nothing but a store is to be done.
     const bool only_stores = !setup.has_indices() && !setup.depth && !blends;
     if (only_stores ? is_hatched(face) : is_for_host(face)) {
@@ -239,7 +239,7 @@ void Model::draw_triangle(const VT_Face_Attributes& face, const std::array<VT_DC
 void Model::draw_face_pixel(const Fragment& fragment, const VT_Face_Attributes& face, const Pixel_Rules& rules) {
     if (is_pattern_set(face, fragment.column, fragment.row)) {
         draw_pixel(fragment, rules);
-    } else if (has(face, face_flag::opaque_pattern)) {
+    } else if (has(face, vorna::face_flag::opaque_pattern)) {
         // The contrast colour is one of the rendition's and no interpolated one: a store keeps its fourth byte.
         const Color_Rule rule = rules.color == Color_Rule::store_opaque ? Color_Rule::store : rules.color;
         draw_pixel({fragment.column, fragment.row, fragment.z, face.contrast_color}, {rule, rules.depth});

@@ -18,8 +18,8 @@ Model::Model(const Renderer_Setup& wanted)
     } else {
         VT_RGB32 other = wanted_background;
         other.blue = other.blue == 0 ? 1 : byte(other.blue - 1);
-        background = word_of(wanted_background);
-        alternate = word_of(other);
+        background = vorna::word_of(wanted_background);
+        alternate = vorna::word_of(other);
     }
 }
 
@@ -51,7 +51,7 @@ std::uint32_t Model::find_alternate_index() const {
 
 Model::Handed_Over Model::draw_window(const VT_Rendition& rendition) {
     const VT_Window_Attributes& window = rendition.window;
-    if (window.fill != face_pattern::solid) {
+    if (window.fill != vorna::face_pattern::solid) {
         return {"VD_Span_DC_Rectangle"};
     }
     for (std::int32_t row = 0; row < setup.size.y; ++row) {
@@ -59,7 +59,7 @@ Model::Handed_Over Model::draw_window(const VT_Rendition& rendition) {
             const std::int32_t x = column + setup.origin.x, y = row + setup.origin.y;
             const VT_Int_Rectangle& r = window.rectangle;
             if (x >= r.left && x <= r.right && y >= r.bottom && y <= r.top) {
-                color.at(column, row) = setup.has_indices() ? window.index : word_of(window.color);
+                color.at(column, row) = setup.has_indices() ? window.index : vorna::word_of(window.color);
             }
         }
     }

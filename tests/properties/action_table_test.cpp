@@ -14,7 +14,7 @@ constexpr std::int32_t untouched_mark = 7;
 
 // Establishes again over slots that are marked, so that untouched ones show.
 void establish_over_marks(VT_Renderer_Data& renderer) {
-    for_each_action([&](std::string_view, auto slot, auto* standard) {
+    vorna::for_each_action([&](std::string_view, auto slot, auto* standard) {
         renderer.actions.*slot = {nullptr, standard, 99, untouched_mark};
     });
     renderer.establish();
@@ -27,7 +27,7 @@ struct Installed {
 // Slots by name; the fields that every write sets are checked on the way.
 std::map<std::string_view, Installed> installed_in(VT_Renderer_Data& renderer) {
     std::map<std::string_view, Installed> slots;
-    for_each_action([&](std::string_view name, auto slot, auto* standard) {
+    vorna::for_each_action([&](std::string_view name, auto slot, auto* standard) {
         const auto& action = renderer.actions.*slot;
         slots[name] = {action.enabled != untouched_mark, action.function == standard};
         if (action.enabled != untouched_mark) {

@@ -27,8 +27,9 @@ void fill_with_noise(Test_Renderer& renderer, model::Model& model, std::uint64_t
     Random random(seed);
     for (std::int32_t row = 0; row < model.setup.size.y; ++row) {
         for (std::int32_t column = 0; column < model.setup.size.x; ++column) {
-            model.color.at(column, row) =
-                model.setup.has_indices() ? random.byte() : word_of({random.byte(), random.byte(), random.byte(), random.byte()});
+            model.color.at(column, row) = model.setup.has_indices()
+                                              ? random.byte()
+                                              : vorna::word_of({random.byte(), random.byte(), random.byte(), random.byte()});
             renderer.color().set_pixel(column, row, model.color.at(column, row));
             if (renderer.depth()) {
                 model.depth.at(column, row) = static_cast<std::uint32_t>(random.number(0, 65535));
@@ -51,7 +52,7 @@ std::vector<std::uint32_t> pixels_of(const VT_Shared_Image& image) {
                 pixels.push_back(at[2 * column] | std::uint32_t{at[2 * column + 1]} << 8);
                 break;
             default:
-                pixels.push_back(word_of({at[4 * column], at[4 * column + 1], at[4 * column + 2], at[4 * column + 3]}));
+                pixels.push_back(vorna::word_of({at[4 * column], at[4 * column + 1], at[4 * column + 2], at[4 * column + 3]}));
             }
         }
     }
@@ -95,7 +96,7 @@ TEST(Buffers, Are_kept_while_they_fit) {
     const VT_DCI_Point corner{0, 0, 0};
     const VT_RGB32 color{1, 2, 3, 4};
     VD_Draw_DCI_Dot(*renderer, *VT_Reference<VT_Rendition>(new VT_Rendition), &corner, &color);
-    EXPECT_EQ(renderer.color().pixel(0, 0), word_of(color)); // local coordinates start at the lower left pixel
+    EXPECT_EQ(renderer.color().pixel(0, 0), vorna::word_of(color)); // local coordinates start at the lower left pixel
     // Systems besides 0 and 1 look at the size alone, and make buffers of indices.
     renderer->current_options.set_color_system(3);
     renderer->establish_all();
@@ -120,7 +121,7 @@ TEST(Buffers, Of_the_application_are_adopted_when_they_fit) {
     const VT_DCI_Point corner{-7, 30, 0};
     const VT_RGB32 color{1, 2, 3, 4};
     VD_Draw_DCI_Dot(*renderer, *rendition, &corner, &color);
-    EXPECT_EQ(own->pixel(0, 0), word_of(color));
+    EXPECT_EQ(own->pixel(0, 0), vorna::word_of(color));
     EXPECT_EQ(own->broken_guard(), "");
 
     const VT_Reference<Guarded_Buffer> wrong(new Guarded_Buffer(20, 12, Buffer_Format::index8, {}));
@@ -133,7 +134,7 @@ TEST(Buffers, Of_the_application_are_adopted_when_they_fit) {
 // What lies between the rows belongs to the block, whether or not the colour's bytes are equal.
 TEST(Buffers, Are_one_block_for_a_window_of_their_width) {
     Test_Renderer renderer(setup_of(1, false));
-    const VT_Reference<Frame_Buffer> own = make_frame_buffer(20, 12, Buffer_Format::rgb32);
+    const VT_Reference<Frame_Buffer> own = vorna::make_frame_buffer(20, 12, Buffer_Format::rgb32);
     renderer->requested_table.find("Color Buffer")->set(VT_Pointer(VT_Reference<VT_Counted>(own)));
     renderer->establish_all();
     const VT_Reference<VT_Rendition> rendition(new VT_Rendition);

@@ -130,10 +130,10 @@ Pixels inside(const Pixels& outline) {
 }
 
 std::uint32_t blended(std::uint32_t stored, VT_RGB32 color) {
-    const VT_RGB32 old = color_of(stored);
+    const VT_RGB32 old = vorna::color_of(stored);
     const int weight = color.alpha == 255 ? 256 : color.alpha;
     const auto channel = [weight](int from, int to) { return static_cast<std::uint8_t>(from + (((to - from) * weight) >> 8)); };
-    return word_of({channel(old.blue, color.blue), channel(old.green, color.green), channel(old.red, color.red), 255});
+    return vorna::word_of({channel(old.blue, color.blue), channel(old.green, color.green), channel(old.red, color.red), 255});
 }
 
 // Everything but two overlapping rectangles' difference: edges at all columns, stretches of both kinds.
@@ -173,7 +173,7 @@ Ellipse random_ellipse(Random& random) {
     ellipse.rotation = random.number(0, 3) * std::numbers::pi / 2;
     ellipse.center = {random.number(ellipse.a(), window_size.x - 1 - ellipse.a()),
                       random.number(ellipse.b(), window_size.y - 1 - ellipse.b()), random.number(-9, 99999)};
-    ellipse.color = color_of(static_cast<std::uint32_t>(random.number(INT32_MIN, INT32_MAX)));
+    ellipse.color = vorna::color_of(static_cast<std::uint32_t>(random.number(INT32_MIN, INT32_MAX)));
     if (random.chance(40) || ellipse.radii.x == 0 || ellipse.radii.y == 0) {
         ellipse.color.alpha = 255;
     }
@@ -204,7 +204,7 @@ TEST(Ellipses, Cover_their_outline_or_all_inside_it) {
         for (const VT_Int_Pair& pixel : ellipse.filled ? inside(edge) : edge) {
             if (!masked || region.contains(pixel)) {
                 std::uint32_t& to = expected.at(pixel.x, pixel.y);
-                to = ellipse.color.alpha == 255 ? word_of(ellipse.color) : blended(to, ellipse.color);
+                to = ellipse.color.alpha == 255 ? vorna::word_of(ellipse.color) : blended(to, ellipse.color);
             }
         }
         for (const std::string& kernels : available_kernel_sets()) {
@@ -263,7 +263,7 @@ TEST(Ellipses, Go_to_the_host_unless_plain_whole_and_straight) {
         {{5, 4, 0}, 0, full, 3.1415927, 1, 0, 0, false, false},
         {{5, 4, 0}, 0, full, 0, 2, 0, 0, true, true},
         {{5, 4, 0}, 0, full, 0, 1, 1, 0, true, true},
-        {{5, 4, 0}, 0, full, 0, 1, 0, line_flag::smoothed, false, true},
+        {{5, 4, 0}, 0, full, 0, 1, 0, vorna::line_flag::smoothed, false, true},
     };
     const VT_DCI_Point center{20, 20, 0};
     const VT_RGB32 color{1, 2, 3, 255};

@@ -12,14 +12,14 @@
 namespace {
 
 std::uint32_t blended(std::uint32_t stored, VT_RGB32 source) {
-    const VT_RGB32 old = color_of(stored);
+    const VT_RGB32 old = vorna::color_of(stored);
     const auto channel = [&source](int from, int to) {
         return static_cast<std::uint8_t>((to * source.alpha + from * (255 - source.alpha)) / 255);
     };
     if (source.alpha == 0) {
         return stored;
     }
-    return word_of({channel(old.blue, source.blue), channel(old.green, source.green), channel(old.red, source.red), 255});
+    return vorna::word_of({channel(old.blue, source.blue), channel(old.green, source.green), channel(old.red, source.red), 255});
 }
 
 } // namespace
@@ -53,7 +53,7 @@ TEST(Images, Follow_their_rule_at_every_width_and_place) {
             }
         }
         const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
-        rendition->drawing_flags = blends ? drawing_flag::translucent : 0;
+        rendition->drawing_flags = blends ? vorna::drawing_flag::translucent : 0;
         if (masked) {
             const auto x = [&](std::int32_t column) { return static_cast<float>(setup.origin.x + column); };
             const float bottom = -50, top = 50;
@@ -61,7 +61,7 @@ TEST(Images, Follow_their_rule_at_every_width_and_place) {
                 {{{x(-1), bottom, 0}, {x(width), bottom, 0}, {x(width), top, 0}, {x(-1), top, 0}},
                  {{x(hole_begin), bottom, 0}, {x(hole_end), bottom, 0}, {x(hole_end), top, 0}, {x(hole_begin), top, 0}}}));
         }
-        const std::uint32_t stored = word_of(random_color(random)) & (setup.has_indices() ? 0xFFU : 0xFFFFFFFFU);
+        const std::uint32_t stored = vorna::word_of(random_color(random)) & (setup.has_indices() ? 0xFFU : 0xFFFFFFFFU);
         for (const std::string& kernels : available_kernel_sets()) {
             Test_Renderer renderer(setup, kernels);
             renderer->requested_table.find("Use Mask")->set(true);
@@ -81,7 +81,9 @@ TEST(Images, Follow_their_rule_at_every_width_and_place) {
             for (std::int32_t column = 0; column < width; ++column) {
                 const bool drawn = column >= first && column <= last && !(masked && column >= hole_begin && column < hole_end);
                 const VT_RGB32 pixel = drawn ? pixels[static_cast<std::size_t>(column - first)] : VT_RGB32{};
-                const std::uint32_t fresh = setup.has_indices() ? pixel.blue : blends ? blended(stored, pixel) : word_of(pixel);
+                const std::uint32_t fresh = setup.has_indices() ? pixel.blue
+                                            : blends            ? blended(stored, pixel)
+                                                                : vorna::word_of(pixel);
                 ASSERT_EQ(renderer.color().pixel(column, 2), drawn ? fresh : stored)
                     << kernels << " seed " << seed << " column " << column << ", drawn " << first << " to " << last;
             }

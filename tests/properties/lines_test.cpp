@@ -55,8 +55,8 @@ Call random_line(Random& random, const Renderer_Setup& setup, Shape shape) {
     VT_Line_Attributes& line = call.rendition->line;
     line.color = random_color(random);
     line.index = random.byte();
-    line.mode = random.chance(20) ? merge_drawing_mode : 0;
-    line.flags = random.chance(25) ? line_flag::smoothed : 0;
+    line.mode = random.chance(20) ? vorna::merge_drawing_mode : 0;
+    line.flags = random.chance(25) ? vorna::line_flag::smoothed : 0;
     line.weight = random.chance(2) ? 2 : random.number(0, 1);
     line.style = random.chance(1) ? 1 : 0;
     VT_Clip_Attributes& clip = call.rendition->clip;
@@ -100,7 +100,7 @@ void expect_equal_to_model(std::size_t renderer_case, Shape shape, int count) {
         std::vector<std::uint32_t> colors;
         std::vector<std::uint16_t> depths;
         for (std::int32_t i = 0; i < setup.size.x * setup.size.y; ++i) {
-            const std::uint32_t word = word_of(random_color(random));
+            const std::uint32_t word = vorna::word_of(random_color(random));
             colors.push_back(setup.has_indices() ? word >> 8 & 0xFF : word);
             depths.push_back(random.chance(50) ? std::uint16_t{0xFFFF} : static_cast<std::uint16_t>(random.number(0, 65535)));
         }

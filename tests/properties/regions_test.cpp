@@ -76,7 +76,7 @@ VT_Reference<VT_Rendition> random_rendition(Random& random, const Renderer_Setup
     VT_Reference<VT_Rendition> rendition(new VT_Rendition);
     rendition->set_color(random_color(random));
     rendition->face.contrast_color = random_color(random);
-    rendition->face.pattern = random.chance(60) ? face_pattern::solid : random.number(0, 73);
+    rendition->face.pattern = random.chance(60) ? vorna::face_pattern::solid : random.number(0, 73);
     rendition->face.flags = static_cast<std::uint32_t>(random.number(0, 3));
     rendition->face.material = random_texture(random);
     rendition->clip.hard_clip = {setup.origin.x, setup.origin.x + window_size.x - 1, setup.origin.y,
@@ -102,7 +102,7 @@ void fill_with_noise(Test_Renderer& renderer, const Renderer_Setup& setup) {
     Random random(7);
     for (std::int32_t row = 0; row < window_size.y; ++row) {
         for (std::int32_t column = 0; column < window_size.x; ++column) {
-            const std::uint32_t word = word_of(random_color(random));
+            const std::uint32_t word = vorna::word_of(random_color(random));
             renderer.color().set_pixel(column, row, setup.has_indices() ? word & 0xFF : word);
             if (renderer.depth()) {
                 renderer.depth()->set_pixel(column, row, static_cast<std::uint32_t>(random.number(0, 65535)));

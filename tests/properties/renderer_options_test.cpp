@@ -32,7 +32,8 @@ TEST_F(Renderer_Object, Keeps_a_mask_cache_option_that_is_there) {
 TEST_F(Renderer_Object, Installs_nothing_before_establish) {
     prototype_.set_standard_actions(true);
     const auto renderer = renderer_module().create_renderer(prototype_);
-    for_each_action([&](std::string_view name, auto slot, auto*) { EXPECT_EQ((renderer->actions.*slot).enabled, 0) << name; });
+    vorna::for_each_action(
+        [&](std::string_view name, auto slot, auto*) { EXPECT_EQ((renderer->actions.*slot).enabled, 0) << name; });
 }
 
 TEST_F(Renderer_Object, Refuses_kernel_sets_that_do_not_exist) {

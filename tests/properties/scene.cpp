@@ -133,15 +133,17 @@ VT_Reference<VT_Rendition> random_rendition(Random& random, const Renderer_Setup
 
     VT_Face_Attributes& face = rendition->face;
     if (random.chance(45)) {
-        face.pattern = random.chance(30) ? face_pattern::bitmap : random.number(0, 73);
+        face.pattern = random.chance(30) ? vorna::face_pattern::bitmap : random.number(0, 73);
     } else if (random.chance(3)) {
         face.pattern = random.number(75, 80);
     }
     face.bitmap = random_bitmap(random);
-    face.flags = (random.chance(30) ? face_flag::opaque_pattern : 0) | (random.chance(15) ? face_flag::inverted_pattern : 0) |
-                 (random.chance(20) ? face_flag::translucent : 0) | (random.chance(2) ? face_flag::special_shading : 0);
+    face.flags = (random.chance(30) ? vorna::face_flag::opaque_pattern : 0) |
+                 (random.chance(15) ? vorna::face_flag::inverted_pattern : 0) |
+                 (random.chance(20) ? vorna::face_flag::translucent : 0) |
+                 (random.chance(2) ? vorna::face_flag::special_shading : 0);
 
-    const std::int32_t mode = random.chance(25) ? merge_drawing_mode : random.number(0, 30);
+    const std::int32_t mode = random.chance(25) ? vorna::merge_drawing_mode : random.number(0, 30);
     rendition->face.mode = mode;
     rendition->line.mode = mode;
     rendition->marker.mode = mode;
@@ -236,7 +238,7 @@ Call random_call(Random& random, const Renderer_Setup& setup) {
             random_rectangle(random, {window.left - reach, window.right + reach, window.bottom - reach, window.top + reach});
         painted.color = random_color(random);
         painted.index = random.byte();
-        painted.fill = random.chance(15) ? random.number(0, 73) : face_pattern::solid;
+        painted.fill = random.chance(15) ? random.number(0, 73) : vorna::face_pattern::solid;
         return call;
     }
 
@@ -289,7 +291,7 @@ const char* name_of(Call_Kind kind) {
 }
 
 std::ostream& operator<<(std::ostream& out, VT_RGB32 color) {
-    return out << std::hex << word_of(color) << std::dec;
+    return out << std::hex << vorna::word_of(color) << std::dec;
 }
 
 } // namespace
@@ -325,7 +327,7 @@ Scene random_scene(std::size_t renderer_case, std::uint64_t seed) {
     const bool is_untouched = random.chance(40);
     const bool is_far = random.chance(50);
     while (scene.colors.size() < pixel_count) {
-        std::uint32_t pixel = scene.setup.has_indices() ? random.byte() : word_of(random_color(random));
+        std::uint32_t pixel = scene.setup.has_indices() ? random.byte() : vorna::word_of(random_color(random));
         scene.colors.push_back(is_untouched || random.chance(40) ? blank.background : pixel);
         scene.depths.push_back(is_far ? std::uint16_t{0xFFFF} : static_cast<std::uint16_t>(random.number(0, 65535)));
     }

@@ -29,7 +29,7 @@ std::vector<std::vector<VT_DCI_Point>> jittered_grid(Random& random) {
 
 // How often each touch of half white has been there: black, 128, 191, ...
 std::int32_t touches(std::uint32_t word) {
-    const int level = color_of(word).red;
+    const int level = vorna::color_of(word).red;
     return level == 0 ? 0 : level == 128 ? 1 : 2;
 }
 

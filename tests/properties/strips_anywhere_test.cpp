@@ -48,8 +48,8 @@ template <class Coordinate> Strip random_strip(Random& random, Coordinate coordi
 VT_Reference<VT_Rendition> random_rendition(Random& random) {
     VT_Reference<VT_Rendition> rendition(new VT_Rendition);
     rendition->face.color = {random.byte(), random.byte(), random.byte(), random.byte()};
-    rendition->face.pattern = random.chance(70) ? face_pattern::solid : random.number(0, 73);
-    rendition->face.flags = random.chance(20) ? face_flag::opaque_pattern : 0;
+    rendition->face.pattern = random.chance(70) ? vorna::face_pattern::solid : random.number(0, 73);
+    rendition->face.flags = random.chance(20) ? vorna::face_flag::opaque_pattern : 0;
     std::vector<VT_RGB32> texels;
     for (int k = 0; k < 64; ++k) {
         texels.push_back({random.byte(), random.byte(), random.byte(), random.byte()});
@@ -251,7 +251,7 @@ TEST(Strips_anywhere, Fill_the_last_column_and_row_of_the_largest_windows) {
         VD_Draw_DCI_Colorized_Polytriangle(*renderer, *rendition, 4, points, &color, true);
         for (std::int32_t i = 0; i < 16; ++i) {
             const VT_Int_Pair at = is_wide ? VT_Int_Pair{16380 + i % 4, i / 4} : VT_Int_Pair{i % 4, 16380 + i / 4};
-            ASSERT_EQ(renderer.color().pixel(at.x, at.y), word_of(color)) << at.x << ", " << at.y;
+            ASSERT_EQ(renderer.color().pixel(at.x, at.y), vorna::word_of(color)) << at.x << ", " << at.y;
         }
     }
 }
@@ -293,7 +293,7 @@ TEST(Strips_anywhere, May_have_any_coordinates) {
         // A triangle around everything covers everything.
         Window window(index, {0, 0}, {40, 24}, kernels);
         const auto rendition = random_rendition(random);
-        rendition->face.pattern = face_pattern::solid;
+        rendition->face.pattern = vorna::face_pattern::solid;
         rendition->face.color = {255, 255, 255, 255};
         const Strip strip{{{-2000000000, -2000000000, 9}, {2000000000, -2000000000, 9}, {0, 2000000000, 9}},
                           std::vector<VT_RGB32>(3, {255, 255, 255, 255}),

@@ -136,12 +136,12 @@ VT_Reference<VT_Rendition> rendition_for(Way way) {
     case Way::hatched_and_wide:
         rendition->face.pattern = 76;
         rendition->line.weight = 5;
-        rendition->marker.symbol = marker_symbol::circle;
+        rendition->marker.symbol = vorna::marker_symbol::circle;
         rendition->marker.size = 7;
         break;
     case Way::dashed:
-        rendition->line.style = line_style::dash_dot;
-        rendition->face.pattern = face_pattern::bitmap;
+        rendition->line.style = vorna::line_style::dash_dot;
+        rendition->face.pattern = vorna::face_pattern::bitmap;
         rendition->face.bitmap = new VT_Pattern_Bitmap(3, 2, {1, 0, 1, 0, 0, 1});
         break;
     case Way::line_types:
@@ -151,9 +151,9 @@ VT_Reference<VT_Rendition> rendition_for(Way way) {
         break;
     case Way::smoothed:
         rendition->line.weight = 3;
-        rendition->line.style = line_style::dotted;
-        rendition->line.flags = line_flag::smoothed;
-        rendition->face.flags = face_flag::special_shading;
+        rendition->line.style = vorna::line_style::dotted;
+        rendition->line.flags = vorna::line_flag::smoothed;
+        rendition->face.flags = vorna::face_flag::special_shading;
         break;
     default:
         break;
@@ -292,7 +292,8 @@ TEST(Allocation_Failure, Construction_Leaves_Nothing_Behind) {
     EXPECT_EQ(live_allocations(), live_then);
 }
 
-// Between a failed establish and the next one a renderer draws nothing, and into no buffer that is gone.
+// Between a failed establish and the next one a renderer draws nothing, and into no buffer that is gone; a canvas has all that it
+// had.
 void fail_while_establishing(std::size_t from, std::size_t to) {
     constexpr VT_Int_Pair other_sizes[] = {{90, 70}, {7, 5}, {40, 30}};
     const VT_Int_Pair size = other_sizes[to % 3];
@@ -314,9 +315,11 @@ void fail_while_establishing(std::size_t from, std::size_t to) {
         return pixels_of(canvas);
     };
     // A slot that the new case has no use for keeps its member.
+    std::string kept;
     const auto change = [&](Canvas& canvas) {
         set_up(canvas, from);
         canvas.establish();
+        kept = picture(canvas);
         set_up(canvas, to, size);
     };
     Canvas untouched(renderer_module());
@@ -331,9 +334,22 @@ void fail_while_establishing(std::size_t from, std::size_t to) {
                   what + ", the first time", [&] { canvas.establish(); }, [&] { draw(canvas); }),
               2);
     change(canvas);
+    const bool is_bare = (from + to) % 2 != 0;
     fail_each_allocation(
-        what, [&] { canvas.establish(); },
+        what,
         [&] {
+            if (is_bare) {
+                canvas.renderer().current_renderer_options_for_update() = canvas.options();
+                canvas.renderer().establish_all();
+            } else {
+                canvas.establish();
+            }
+        },
+        [&] {
+            if (!is_bare) {
+                EXPECT_EQ(canvas.window(), window) << what;
+                EXPECT_EQ(pixels_of(canvas), kept) << what;
+            }
             draw(canvas);
             canvas.establish();
             EXPECT_EQ(picture(canvas), right) << what;

@@ -139,8 +139,8 @@ public:
         constexpr Buffer_Format formats[] = {Buffer_Format::index8, Buffer_Format::rgb32, Buffer_Format::presentation_rgb32,
                                              Buffer_Format::depth16};
         const Buffer_Format format = random_.one_of(formats);
-        const VT_Reference<VT_Shared_Image> image(
-            new VT_Shared_Image(size.x, size.y, format, size.x * bytes_per_pixel(format), nullptr, false, random_.chance(50)));
+        const VT_Reference<VT_Shared_Image> image(new VT_Shared_Image(
+            size.x, size.y, format, size.x * vorna::bytes_per_pixel(format), nullptr, false, random_.chance(50)));
         return [through, image, start = point()](VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
             through(renderer, rendition, &start, image.get());
         };
@@ -150,7 +150,7 @@ public:
         const VT_DCI_Point one = point();
         const VT_DCI_Point other = point();
         const VT_Window_Attributes window{
-            {one.x, other.x, one.y, other.y}, random_.chance(50) ? face_pattern::solid : numbers_.any(), {1, 2, 3, 4}, 5};
+            {one.x, other.x, one.y, other.y}, random_.chance(50) ? vorna::face_pattern::solid : numbers_.any(), {1, 2, 3, 4}, 5};
         return [through, window](VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
             VT_Rendition painting(rendition);
             painting.window = window;
@@ -326,7 +326,7 @@ template double Numbers::real<double>(std::int32_t (Numbers::*)());
 const std::vector<std::string_view>& point_slots() {
     static const std::vector<std::string_view> names = [] {
         std::vector<std::string_view> list;
-        for_each_action([&]<class Function>(std::string_view name, Action_Slot<Function> Action_Table::*, Function*) {
+        vorna::for_each_action([&]<class Function>(std::string_view name, Action_Slot<Function> VT_Action_Table::*, Function*) {
             if constexpr (takes_points<Function>) {
                 list.push_back(name);
             }
@@ -369,7 +369,7 @@ VT_Reference<VT_Rendition> hostile_rendition(Numbers& numbers, const VT_Int_Rect
 
     VT_Face_Attributes& face = rendition->face;
     face.index = rendition->line.index = rendition->marker.index = random.byte();
-    face.pattern = random.chance(40) ? face_pattern::solid : random.chance(50) ? random.number(0, 100) : numbers.any();
+    face.pattern = random.chance(40) ? vorna::face_pattern::solid : random.chance(50) ? random.number(0, 100) : numbers.any();
     face.flags = random.chance(50) ? 0 : static_cast<std::uint32_t>(numbers.any());
     if (random.chance(70)) {
         face.bitmap = new VT_Pattern_Bitmap(3, 2, {1, 0, 1, 0, 0, 1});
@@ -396,7 +396,7 @@ VT_Reference<VT_Rendition> hostile_rendition(Numbers& numbers, const VT_Int_Rect
     }
     rendition->marker.symbol = random.chance(50) ? 0 : random.chance(80) ? random.number(0, 9) : numbers.any();
     rendition->marker.size = random.chance(50) ? random.number(0, 9) : numbers.any();
-    face.mode = line.mode = rendition->marker.mode = random.chance(20) ? merge_drawing_mode : number(80, 0);
+    face.mode = line.mode = rendition->marker.mode = random.chance(20) ? vorna::merge_drawing_mode : number(80, 0);
     rendition->drawing_flags = static_cast<std::uint32_t>(number(70, 0));
 
     VT_Clip_Attributes& clip = rendition->clip;

@@ -113,7 +113,7 @@ void draw_picture(VT_Renderer_Data& renderer, int number, const VT_Int_Rectangle
     VD_Draw_Window(renderer, *rendition);
     VD_Clear_Depth_Rectangle(renderer, *rendition);
     rendition->set_color({random.byte(), random.byte(), random.byte(), random.byte()});
-    rendition->face.pattern = random.chance(70) ? face_pattern::solid : random.number(0, 90);
+    rendition->face.pattern = random.chance(70) ? vorna::face_pattern::solid : random.number(0, 90);
     rendition->line.weight = random.chance(70) ? 1 : random.number(2, 5);
     rendition->line.style = random.chance(80) ? 0 : random.number(1, 5);
     rendition->marker.symbol = random.number(0, 8);

@@ -17,7 +17,7 @@ Fenced_Buffer::Fenced_Buffer(std::int32_t buffer_width, std::int32_t buffer_heig
     width = buffer_width;
     height = buffer_height;
     format = buffer_format;
-    bytes_per_row = width * bytes_per_pixel(format);
+    bytes_per_row = width * vorna::bytes_per_pixel(format);
     size_ = static_cast<std::size_t>(bytes_per_row) * static_cast<std::size_t>(height);
     const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     const std::size_t inner = (size_ + page - 1) / page * page;

@@ -10,9 +10,7 @@
 namespace vorna {
 
 inline VT_Int_Rectangle cut_to_window(const VT_Int_Rectangle& rectangle, const VT_Renderer_Options& options) noexcept {
-    const VT_Int_Rectangle window = window_rectangle(options);
-    return {std::max(rectangle.left, window.left), std::min(rectangle.right, window.right),
-            std::max(rectangle.bottom, window.bottom), std::min(rectangle.top, window.top)};
+    return common_part(rectangle, window_rectangle(options));
 }
 
 // The hard clip as far as the window shows it.

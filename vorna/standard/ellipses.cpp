@@ -226,8 +226,8 @@ public:
         : renderer_(renderer), plain_(new VT_Rendition(rendition)), z_(z), color_(color),
           has_depth_(vorna::has_depth_in_force(renderer, rendition)) {
         plain_->line.weight = 1;
-        plain_->line.style = line_style::solid;
-        plain_->line.flags &= ~line_flag::smoothed;
+        plain_->line.style = vorna::line_style::solid;
+        plain_->line.flags &= ~vorna::line_flag::smoothed;
         plain_->drawing_flags = 0;
     }
 
@@ -289,7 +289,7 @@ void draw_pixels(VT_Renderer_Data& renderer, const VT_Rendition& rendition, Pixe
 }
 
 bool is_thin(const VT_Line_Attributes& line) noexcept {
-    return line.weight <= 1 && line.style == line_style::solid && !(line.flags & line_flag::smoothed) &&
+    return line.weight <= 1 && line.style == vorna::line_style::solid && !(line.flags & vorna::line_flag::smoothed) &&
            !vorna::has_line_types(line);
 }
 

@@ -91,7 +91,7 @@ public:
 
     std::uint8_t operator()(VT_RGB32 color) {
         color.alpha = 255;
-        const auto [place, is_new] = found_.try_emplace(word_of(color));
+        const auto [place, is_new] = found_.try_emplace(vorna::word_of(color));
         if (is_new) {
             place->second = static_cast<std::uint8_t>(palette_.closest_match(color, false));
         }
@@ -139,7 +139,7 @@ void VD_Standard_Draw_DCI_Index8_Image(VT_Renderer_Data& renderer, const VT_Rend
     const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DCI_Index8_Image");
     const VT_Renderer_Options& options = renderer.current_renderer_options();
     if (options.color_system() != 1) {
-        draw_inside<std::uint8_t, &Action_Table::draw_dci_index8_image>(renderer, rendition, start, end, stride, pixels);
+        draw_inside<std::uint8_t, &VT_Action_Table::draw_dci_index8_image>(renderer, rendition, start, end, stride, pixels);
         return;
     }
     const Placed_Image image(vorna::visible_rectangle(renderer, rendition), *start, *end, stride, pixels);
@@ -158,15 +158,15 @@ void VD_Standard_Draw_DCI_RGB32_Image(VT_Renderer_Data& renderer, const VT_Rendi
     const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DCI_RGB32_Image");
     const VT_Renderer_Options& options = renderer.current_renderer_options();
     if (options.color_system() == 1) {
-        draw_inside<VT_RGB32, &Action_Table::draw_dci_rgb32_image>(renderer, rendition, start, end, stride, pixels, reserved,
-                                                                   packing);
+        draw_inside<VT_RGB32, &VT_Action_Table::draw_dci_rgb32_image>(renderer, rendition, start, end, stride, pixels, reserved,
+                                                                      packing);
         return;
     }
     const Placed_Image image(vorna::visible_rectangle(renderer, rendition), *start, *end, stride, pixels);
     if (vorna::is_empty(image.drawn)) {
         return;
     }
-    if (rendition.drawing_flags & drawing_flag::translucent) {
+    if (rendition.drawing_flags & vorna::drawing_flag::translucent) {
         draw_blended(renderer, rendition, image);
         return;
     }
@@ -236,7 +236,7 @@ void VD_Standard_Draw_DCI_Image(VT_Renderer_Data& renderer, const VT_Rendition& 
     const Buffer_Format format = image->format() != Buffer_Format::whatever_is_there ? image->format()
                                  : has_colors                                        ? Buffer_Format::rgb32
                                                                                      : Buffer_Format::index8;
-    const std::int32_t bytes = bytes_per_pixel(format);
+    const std::int32_t bytes = vorna::bytes_per_pixel(format);
     if (bytes == 0 || image->width() < 1 || image->height() < 1 || image->row_bytes() / bytes < image->width()) {
         return;
     }
@@ -266,7 +266,8 @@ void VD_Standard_Draw_DCI_Image(VT_Renderer_Data& renderer, const VT_Rendition& 
 void VD_Standard_Write_Depth_Rectangle(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point* top_left,
                                        const VT_DCI_Point* bottom_right, std::int32_t stride, const std::uint16_t* depths) {
     const vorna::Standard_Call call(renderer, "VD_Standard_Write_Depth_Rectangle");
-    draw_inside<std::uint16_t, &Action_Table::write_depth_rectangle>(renderer, rendition, top_left, bottom_right, stride, depths);
+    draw_inside<std::uint16_t, &VT_Action_Table::write_depth_rectangle>(renderer, rendition, top_left, bottom_right, stride,
+                                                                        depths);
 }
 
 void VD_Standard_Read_Depth_Image(VT_Renderer_Data& renderer, const VT_Rendition&, const VT_DCI_Point*, const VT_DCI_Point*,

@@ -34,7 +34,7 @@ void draw_retextured(VT_Renderer_Data& renderer, const VT_Rendition& rendition, 
         for (VT_RGB32& color : colors) {
             color = rendition.face.material ? modulated(color, rendition.face.material->color) : color;
         }
-        changed->face.flags |= face_flag::translucent; // as textured faces are
+        changed->face.flags |= vorna::face_flag::translucent; // as textured faces are
         changed_strip.kind = Strip_Kind::gouraud;
         changed_strip.colors = colors.data();
         Form::draw(renderer, *changed, changed_strip);

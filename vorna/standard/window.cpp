@@ -46,9 +46,9 @@ private:
 void VD_Span_DC_Rectangle(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t x_min, std::int32_t x_max,
                           std::int32_t y_min, std::int32_t y_max) {
     const vorna::Standard_Call call(renderer, "VD_Span_DC_Rectangle");
-    const bool is_hatched = rendition.window.fill > face_pattern::last_drawn_by_renderers;
+    const bool is_hatched = rendition.window.fill > vorna::face_pattern::last_drawn_by_renderers;
     const VT_Reference<const VT_Pattern_Bitmap> bitmap = is_hatched ? vorna::hatch(rendition.window.fill) : rendition.face.bitmap;
-    const vorna::Pattern is_set(is_hatched ? face_pattern::bitmap : rendition.window.fill, bitmap.get());
+    const vorna::Pattern is_set(is_hatched ? vorna::face_pattern::bitmap : rendition.window.fill, bitmap.get());
     const VT_Renderer_Options& options = renderer.current_renderer_options();
     const VT_Int_Pair origin = vorna::window_origin(options);
     const VT_Int_Rectangle rectangle = vorna::cut_to_window({x_min, x_max, y_min, y_max}, options);
