@@ -10,7 +10,7 @@ namespace picture {
 class Recorder;
 }
 
-using vorna::window_of;
+using vorna::window_rectangle;
 
 class Session {
 public:

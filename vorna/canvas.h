@@ -118,7 +118,7 @@ public:
     }
 
     // Device pixels that can be drawn to.
-    VT_Int_Rectangle window() const noexcept { return window_of(renderer_->current_options); }
+    VT_Int_Rectangle window() const noexcept { return window_rectangle(renderer_->current_options); }
     const VT_Palette& palette() const noexcept { return renderer_->current_options.palette(); }
     bool has_depth_buffer() const noexcept { return renderer_->current_options.buffer_depth() >= 1; }
 
@@ -232,7 +232,7 @@ private:
                                       const VT_Reference<Frame_Buffer>& buffer, std::int32_t, std::int32_t) {
             const auto& [show, renderer] = *static_cast<const Presenter*>(context);
             if (show && buffer) {
-                const VT_Int_Rectangle window = window_of(renderer->current_options);
+                const VT_Int_Rectangle window = window_rectangle(renderer->current_options);
                 show({{top_left.x, bottom_right.x, bottom_right.y, top_left.y},
                       {top_left.x - window.left, window.top - top_left.y},
                       *buffer});

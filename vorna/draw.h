@@ -28,16 +28,6 @@
 
 namespace vorna {
 
-// Device pixels of a window that these options describe.
-inline VT_Int_Rectangle window_of(const VT_Renderer_Options& options) noexcept {
-    const VT_Int_Pair origin = options.local_coordinates() ? VT_Int_Pair{} : options.window_origin();
-    const VT_Int_Pair size = options.window_size();
-    const auto last = [](std::int32_t first, std::int32_t length) {
-        return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{first} + length - 1, INT32_MIN, INT32_MAX));
-    };
-    return {origin.x, last(origin.x, size.x), origin.y, last(origin.y, size.y)};
-}
-
 // What can be drawn on besides a renderer: whatever has one, and a rendition to draw with.
 template <class Target>
 concept Drawing_Target = requires(Target& target) {
@@ -115,7 +105,7 @@ template <class Pixel> struct Placed_Rows {
 
 template <class Function, class Pixel, class... Arguments>
 void draw_rows(Drawing_Target auto& target, const VT_DCI_Point& top_left, const Pixel_Rows<Pixel>& rows, Arguments... reserved) {
-    const VT_Int_Rectangle drawable = common_part(window_of(target.renderer().current_renderer_options()),
+    const VT_Int_Rectangle drawable = common_part(window_rectangle(target.renderer().current_renderer_options()),
                                                   static_cast<const VT_Rendition&>(target.rendition()).clip.hard_clip);
     const Placed_Rows<Pixel> placed(top_left, rows, drawable);
     if (!is_empty(placed.part)) {
@@ -197,7 +187,7 @@ template <class Function> struct Canvas_Calls<Function, VT_Draw_Ellipse, Primiti
 private:
     static void draw(Drawing_Target auto& target, const VT_DCI_Point& center, const VT_DCI_Point& radii, double start, double end,
                      double rotation, const VT_RGB32* color) {
-        const VT_Int_Rectangle window = window_of(target.renderer().current_renderer_options());
+        const VT_Int_Rectangle window = window_rectangle(target.renderer().current_renderer_options());
         const auto from = [](std::int32_t first, std::int32_t coordinate) {
             return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{coordinate} - first, INT32_MIN, INT32_MAX));
         };
@@ -245,7 +235,7 @@ template <class Function> struct Canvas_Calls<Function, VT_Draw_Image, Primitive
 template <class Function> struct Canvas_Calls<Function, VT_Window_Action, Primitive::other> {
     void operator()(Drawing_Target auto& target) const {
         const VT_Reference<VT_Rendition> inside(new VT_Rendition(target.rendition()));
-        inside->window.rectangle = common_part(inside->window.rectangle, window_of(target.renderer().current_renderer_options()));
+        inside->window.rectangle = common_part(inside->window.rectangle, window_rectangle(target.renderer().current_renderer_options()));
         if (!is_empty(inside->window.rectangle)) {
             Function{}(target.renderer(), *inside);
         }
@@ -256,7 +246,7 @@ template <class Function> struct Canvas_Calls<Function, VT_Window_Action, Primit
 // not inside the window.
 template <class Function> struct Canvas_Calls<Function, VT_Read_Image, Primitive::other> {
     VT_Reference<VT_Shared_Image> operator()(Drawing_Target auto& target, const VT_Int_Rectangle& area) const {
-        const VT_Int_Rectangle window = window_of(target.renderer().current_renderer_options());
+        const VT_Int_Rectangle window = window_rectangle(target.renderer().current_renderer_options());
         if (is_empty(area) || common_part(area, window) != area) {
             const auto text = [](const VT_Int_Rectangle& r) {
                 return "(" + std::to_string(r.left) + ", " + std::to_string(r.bottom) + ") to (" + std::to_string(r.right) +

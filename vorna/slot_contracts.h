@@ -42,10 +42,6 @@ inline VT_Int_Rectangle window_rectangle(const VT_Renderer_Options& options) noe
     return {origin.x, origin.x + size.x - 1, origin.y, origin.y + size.y - 1};
 }
 
-constexpr bool is_empty(const VT_Int_Rectangle& rectangle) noexcept {
-    return rectangle.left > rectangle.right || rectangle.bottom > rectangle.top;
-}
-
 constexpr bool contains(const VT_Int_Rectangle& rectangle, std::int64_t x, std::int64_t y) noexcept {
     return x >= rectangle.left && x <= rectangle.right && y >= rectangle.bottom && y <= rectangle.top;
 }

@@ -91,7 +91,7 @@ VT_Reference<VT_Rendition> Rendition_Maker::make(const Rendition& rendition, con
     set_line(made->line, rendition.line, options.palette());
     set_marker(made->marker, rendition.marker, options.palette());
     made->drawing_flags = rendition.flags.value_or(0);
-    made->clip.hard_clip = rendition.hard_clip.value_or(window_of(options));
+    made->clip.hard_clip = rendition.hard_clip.value_or(window_rectangle(options));
     made->clip.depth_test = rendition.depth_test.value_or(true);
     made->clip.window_offset = rendition.window_offset.value_or(VT_Int_Pair{});
     if (const auto& clip = rendition.complex_clip; clip && *clip) {

@@ -21,8 +21,15 @@ VT_Renderer_Data* VD_Renderer(const VT_Renderer_Data* const& prototype) {
     return new krb::Software_Z_Buffer(*prototype);
 }
 
-// One function under two names. A call from one to the other could end in a VD_Renderer that the program itself exports.
+// One function under two names, where compiler and object format have such. A call from one to the other could end in a
+// VD_Renderer that the program itself exports.
+#if defined(__GNUC__) && !defined(__APPLE__)
 VT_Renderer_Data* VD_KRB_Renderer(const VT_Renderer_Data* const& prototype) __attribute__((alias("VD_Renderer")));
+#else
+VT_Renderer_Data* VD_KRB_Renderer(const VT_Renderer_Data* const& prototype) {
+    return new krb::Software_Z_Buffer(*prototype);
+}
+#endif
 
 void VD_Unload_KRB_Renderer(VT_Renderer_Data* renderer) {
     delete renderer;

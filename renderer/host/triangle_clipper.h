@@ -21,6 +21,11 @@ template <class Point> struct Clip_Vertex {
     float u, v;
 };
 
+// How colours and parameters change across the triangle: in single precision for whole pixels, as renderers have always done, and
+// in double for corners that may lie as far away as doubles reach.
+template <class Point> struct Gradient_Precision { using type = double; };
+template <> struct Gradient_Precision<VT_DCI_Point> { using type = float; };
+
 // A convex polygon of up to eight corners in strip order, so that the walk over a strip draws it as count - 2 triangles. Points,
 // colours and parameters are apart, as strips want them.
 struct Clipped_Polygon {
@@ -87,11 +92,12 @@ public:
         : vertices_(vertices), corners_{position_of(vertices[0]), position_of(vertices[1]), position_of(vertices[2])},
           plane_(corners_[0], corners_[1], corners_[2]),
           z_(gradient<double>([](const Vertex& of) { return double(of.point.z); })),
-          u_(gradient<float>([](const Vertex& of) { return of.u; })), v_(gradient<float>([](const Vertex& of) { return of.v; })),
-          blue_(gradient<float>([](const Vertex& of) { return float(of.color.blue); })),
-          green_(gradient<float>([](const Vertex& of) { return float(of.color.green); })),
-          red_(gradient<float>([](const Vertex& of) { return float(of.color.red); })),
-          alpha_(gradient<float>([](const Vertex& of) { return float(of.color.alpha); })) {}
+          u_(gradient<Value>([](const Vertex& of) { return Value{of.u}; })),
+          v_(gradient<Value>([](const Vertex& of) { return Value{of.v}; })),
+          blue_(gradient<Value>([](const Vertex& of) { return Value(of.color.blue); })),
+          green_(gradient<Value>([](const Vertex& of) { return Value(of.color.green); })),
+          red_(gradient<Value>([](const Vertex& of) { return Value(of.color.red); })),
+          alpha_(gradient<Value>([](const Vertex& of) { return Value(of.color.alpha); })) {}
 
     Position operator[](int i) const noexcept { return corners_[i % 3]; }
     bool counter_clockwise() const noexcept { return plane_.determinant() > 0; }
@@ -126,20 +132,21 @@ public:
 
 private:
     using Vertex = Clip_Vertex<Point>;
+    using Value = typename Gradient_Precision<Point>::type;
 
     static Position position_of(const Vertex& vertex) noexcept { return {double(vertex.point.x), double(vertex.point.y)}; }
     static double cross(Position a, Position b, Position c) noexcept {
         return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
     }
-    template <class Value, class Attribute> Triangle_Plane::Gradient<Value> gradient(Attribute of) const noexcept {
-        return plane_.gradient<Value>(of(vertices_[0]), of(vertices_[1]), of(vertices_[2]));
+    template <class Kept, class Attribute> Triangle_Plane::Gradient<Kept> gradient(Attribute of) const noexcept {
+        return plane_.gradient<Kept>(of(vertices_[0]), of(vertices_[1]), of(vertices_[2]));
     }
 
     const Vertex (&vertices_)[3];
     Position corners_[3];
     Triangle_Plane plane_;
     Triangle_Plane::Gradient<double> z_;
-    Triangle_Plane::Gradient<float> u_, v_, blue_, green_, red_, alpha_;
+    Triangle_Plane::Gradient<Value> u_, v_, blue_, green_, red_, alpha_;
 };
 
 // The part of an edge inside the bounds.
@@ -213,11 +220,14 @@ private:
 // The part of the triangle that covers pixels of the rectangle, cut at the far edges of its outermost pixels. New corners are
 // found by Liang and Barsky's method and take their values from the triangle's plane; where the boundary leaves through one side
 // and comes back through another, the rectangle's corners between them are put in. Returns the count; below 3 there is nothing to
-// draw.
+// draw, as in an empty rectangle.
 template <class Point>
 std::int32_t clip_triangle_to_rectangle(const VT_Int_Rectangle& rectangle, const Clip_Vertex<Point> (&vertices)[3],
                                         Clipped_Polygon& polygon) noexcept {
     using namespace triangle_clipper;
+    if (rectangle.left > rectangle.right || rectangle.bottom > rectangle.top) {
+        return polygon.count = 0;
+    }
     const Bounds bounds(rectangle);
     const Triangle<Point> triangle(vertices);
     Boundary<Point> boundary(bounds, triangle);
@@ -236,8 +246,11 @@ std::int32_t clip_triangle_to_rectangle(const VT_Int_Rectangle& rectangle, const
         }
         any = true;
         const auto at = [&](double parameter, int side) {
+            // Crossings lie on their side exactly, and a corner on a side where it is.
+            if (parameter == 1) {
+                return to;
+            }
             Position position{from.x + parameter * (to.x - from.x), from.y + parameter * (to.y - from.y)};
-            // Crossings lie on their side exactly.
             if (side == Side::left || side == Side::right) {
                 position.x = side == Side::left ? bounds.left : bounds.right;
             } else {
@@ -271,5 +284,27 @@ std::int32_t clip_triangle_to_rectangle(const VT_Int_Rectangle& rectangle, const
     }
     return boundary.put_into(polygon);
 }
+
+// The same of a transformed triangle, whose first two texture parameters of each corner go along.
+struct Clipped_Texture {
+    static constexpr std::int32_t width = 2; // parameters a corner
+
+    Clipped_Polygon polygon;
+    VT_Parameter parameters[width * Clipped_Polygon::most_vertices];
+
+    Clipped_Texture(const VT_Int_Rectangle& rectangle, const VT_Point_D* points, const VT_RGB32* colors,
+                    const VT_Parameter* given, std::int32_t given_width) noexcept {
+        Clip_Vertex<VT_Point_D> triangle[3];
+        for (std::int32_t i = 0; i < 3; ++i) {
+            const VT_Parameter* const of_corner = given + std::int64_t{i} * given_width;
+            triangle[i] = {points[i], colors[i], given_width > 0 ? of_corner[0] : 0, given_width > 1 ? of_corner[1] : 0};
+        }
+        clip_triangle_to_rectangle(rectangle, triangle, polygon);
+        for (std::int32_t i = 0; i < polygon.count; ++i) {
+            parameters[width * i] = polygon.u[i];
+            parameters[width * i + 1] = polygon.v[i];
+        }
+    }
+};
 
 } // namespace vorna

@@ -236,14 +236,15 @@ void Triangle_Call::draw_apart(const Triangle_Strip& strip) const {
 }
 
 void Triangle_Call::draw_in_cells(const Triangle_Strip& whole) const {
-    vorna::Clip_Vertex<VT_DCI_Point> triangle[3];
+    vorna::Clip_Vertex<VT_Point_D> triangle[3]; // in doubles, since corners may be far away
     for (std::int32_t i = 0; i < 3; ++i) {
         const Texel_Coordinates at = whole.coordinates ? whole.coordinates[i] : Texel_Coordinates{};
         const VT_DCI_Point& point = whole.points[i];
-        triangle[i] = {{wrapping_add(point.x, tile_origin_.x), wrapping_add(point.y, tile_origin_.y), point.z},
-                       is_flat() ? VT_RGB32{} : whole.colors[i],
-                       static_cast<float>(at.s),
-                       static_cast<float>(at.t)};
+        triangle[i] = {
+            {double(wrapping_add(point.x, tile_origin_.x)), double(wrapping_add(point.y, tile_origin_.y)), double(point.z)},
+            is_flat() ? VT_RGB32{} : whole.colors[i],
+            static_cast<float>(at.s),
+            static_cast<float>(at.t)};
     }
     visit_cells(target, tile_origin_, [&](const VT_Int_Rectangle& cell) {
         vorna::Clipped_Polygon polygon;

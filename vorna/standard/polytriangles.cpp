@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "renderer/host/clip.h"
+#include "renderer/host/triangle_clipper.h"
 #include "vorna/standard/drawing_area.h"
 #include "vorna/standard/faces.h"
 #include "vorna/standard/rounding.h"
@@ -79,48 +80,28 @@ void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const
     vorna::paint_strip(renderer, rendition, strip, vorna::Strip_Cut::pixels);
 }
 
-// A value of three corners at a place of the triangle's plane. Of a triangle without area it is the first corner's.
-double value_at(const VT_DCI_Point& point, const VT_Point_D* corners, double a0, double a1, double a2) noexcept {
-    const double dx1 = corners[1].x - corners[0].x;
-    const double dy1 = corners[1].y - corners[0].y;
-    const double dx2 = corners[2].x - corners[0].x;
-    const double dy2 = corners[2].y - corners[0].y;
-    const double area = dx1 * dy2 - dx2 * dy1;
-    if (area == 0) {
-        return a0;
-    }
-    const double x = point.x - corners[0].x;
-    const double y = point.y - corners[0].y;
-    return a0 + (a1 - a0) * ((x * dy2 - y * dx2) / area) + (a2 - a0) * ((y * dx1 - x * dy1) / area);
-}
-
 // What the rectangle leaves of one triangle that integers could not hold.
 void draw_cut(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& rectangle,
               const Strip<VT_Point_D>& triangle) {
-    constexpr std::size_t most_points = 8;
-    std::array<VT_DCI_Point, most_points> points;
-    std::array<VT_RGB32, most_points> colors;
-    const bool of_points = triangle.kind == Strip_Kind::gouraud || triangle.kind == Strip_Kind::textured;
-    const std::int32_t count =
-        VD_Preclip_2D_Triangle(rectangle, triangle.points, points.data(), of_points ? triangle.colors : nullptr, colors.data());
+    if (triangle.kind == Strip_Kind::textured) {
+        const vorna::Clipped_Texture cut(rectangle, triangle.points, triangle.colors, triangle.parameters,
+                                         triangle.parameter_width);
+        if (cut.polygon.count > 0) {
+            vorna::Form_2DI::draw(renderer, rendition,
+                                  {Strip_Kind::textured, cut.polygon.count, cut.polygon.points, cut.polygon.colors, false,
+                                   cut.parameters, cut.width, nullptr, nullptr});
+        }
+        return;
+    }
+    std::array<VT_DCI_Point, vorna::Clipped_Polygon::most_vertices> points;
+    std::array<VT_RGB32, vorna::Clipped_Polygon::most_vertices> colors;
+    const bool of_points = triangle.kind == Strip_Kind::gouraud;
     Strip<VT_DCI_Point> piece = triangle.with(points.data());
-    piece.count = count;
+    piece.count =
+        VD_Preclip_2D_Triangle(rectangle, triangle.points, points.data(), of_points ? triangle.colors : nullptr, colors.data());
     piece.colors = of_points ? colors.data() : triangle.colors;
     piece.single_color = true; // all of its pieces have the triangle's colour
-    std::vector<VT_Parameter> parameters;
-    if (triangle.kind == Strip_Kind::textured) {
-        const std::int32_t width = triangle.parameter_width;
-        for (std::int32_t i = 0; i < count; ++i) {
-            for (const VT_Parameter* p = triangle.parameters; p < triangle.parameters + width; ++p) {
-                parameters.push_back(static_cast<VT_Parameter>(
-                    value_at(points[static_cast<std::size_t>(i)], triangle.points, p[0], p[width], p[2 * width])));
-            }
-        }
-        piece.parameters = parameters.data();
-        piece.weights = nullptr;
-        piece.normals = nullptr;
-    }
-    if (count >= 3) {
+    if (piece.count > 0) {
         vorna::Form_2DI::draw(renderer, rendition, piece);
     }
 }
