@@ -20,6 +20,10 @@ if(NOT grep_result EQUAL 1)
   message(FATAL_ERROR "files that name the folder they were installed into: ${bound}")
 endif()
 
+if(READELF)
+  run(${CMAKE_COMMAND} -D READELF=${READELF} -D FOLDER=${moved} -D HARDENED=${HARDENED} -P ${CMAKE_CURRENT_LIST_DIR}/elf_files.cmake)
+endif()
+
 # The command finds library and module.
 run(${moved}/bin/vorna replay ${PICTURE} --color ${WORK}/picture.png)
 run(${DRAWN} ${WORK}/drawn.png)
