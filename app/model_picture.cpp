@@ -90,8 +90,8 @@ void check_combinations(const Model_Picture& options, const Picture_Part& part, 
         refuse(mapped, "--record", pixels, indexed);
         refuse(transparent, "--record", "a colour behind what is drawn", "--background none");
         refuse(options.turntable > 0, "--record", "a single picture", turntable);
-        refuse(is_standard_output(options.record) && is_standard_output(options.output), "--record", "another file",
-               "-o " + options.output);
+        refuse(is_standard_output(options.record) && is_standard_output(options.output), "--record " + options.record,
+               "another file", "-o " + options.output);
     }
     refuse(options.turntable > 0 && options.repeat > 1, "--repeat", "a single picture", turntable);
 }
