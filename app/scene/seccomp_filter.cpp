@@ -30,11 +30,13 @@ void allow_only_computing() noexcept {
     for (const int call : calls) {
         seccomp_rule_add(filter, SCMP_ACT_ALLOW, call, 0); // those that a processor lacks are passed over
     }
-    for (const int call : {SCMP_SYS(mmap), SCMP_SYS(mmap2), SCMP_SYS(mprotect)}) { // no new code
-        seccomp_rule_add(filter, SCMP_ACT_ALLOW, call, 1, SCMP_A2(SCMP_CMP_MASKED_EQ, PROT_EXEC, 0));
+    const scmp_arg_cmp is_no_code{2, SCMP_CMP_MASKED_EQ, PROT_EXEC, 0};
+    for (const int call : {SCMP_SYS(mmap), SCMP_SYS(mmap2), SCMP_SYS(mprotect)}) {
+        seccomp_rule_add_array(filter, SCMP_ACT_ALLOW, call, 1, &is_no_code);
     }
     // Signals to itself only, by which std::abort ends it.
-    seccomp_rule_add(filter, SCMP_ACT_ALLOW, SCMP_SYS(tgkill), 1, SCMP_A0(SCMP_CMP_EQ, static_cast<scmp_datum_t>(getpid())));
+    const scmp_arg_cmp is_own{0, SCMP_CMP_EQ, static_cast<scmp_datum_t>(getpid()), 0};
+    seccomp_rule_add_array(filter, SCMP_ACT_ALLOW, SCMP_SYS(tgkill), 1, &is_own);
     seccomp_load(filter);
     seccomp_release(filter);
 }
