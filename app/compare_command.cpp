@@ -61,7 +61,7 @@ bool are_same(const Compare_Arguments& arguments) {
             write_file(arguments.difference, difference_png(first, second));
         }
     }
-    (arguments.difference == "-" ? std::cerr : std::cout) << difference.text << '\n';
+    (is_standard_output(arguments.difference) ? std::cerr : std::cout) << difference.text << '\n';
     return difference.is_same;
 }
 

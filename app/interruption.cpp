@@ -2,7 +2,6 @@
 #include "app/interruption.h"
 
 #include <atomic>
-#include <csignal>
 #include <cstddef>
 #include <iterator>
 
@@ -10,11 +9,6 @@ namespace app {
 
 namespace {
 
-#if defined(_WIN32)
-constexpr int signals[] = {SIGINT, SIGTERM};
-#else
-constexpr int signals[] = {SIGINT, SIGTERM, SIGHUP};
-#endif
 std::atomic<int> received{0};
 static_assert(std::atomic<int>::is_always_lock_free);
 
@@ -23,6 +17,8 @@ extern "C" void note_signal(int signal) {
 }
 
 } // namespace
+
+#if defined(_WIN32)
 
 Interruption::Interruption() {
     for (std::size_t i = 0; i < std::size(signals); ++i) {
@@ -40,6 +36,28 @@ Interruption::~Interruption() {
         }
     }
 }
+
+#else
+
+// std::signal would have the system take up again what waits: a reader who never comes.
+Interruption::Interruption() {
+    struct sigaction noting = {};
+    noting.sa_handler = note_signal;
+    for (std::size_t i = 0; i < std::size(signals); ++i) {
+        sigaction(signals[i], nullptr, &before_[i]);
+        if (before_[i].sa_handler != SIG_IGN) { // who started the program may want it so
+            sigaction(signals[i], &noting, nullptr);
+        }
+    }
+}
+
+Interruption::~Interruption() {
+    for (std::size_t i = 0; i < std::size(signals); ++i) {
+        sigaction(signals[i], &before_[i], nullptr);
+    }
+}
+
+#endif
 
 void Interruption::check() {
     if (const int signal = received) {

@@ -1,6 +1,8 @@
 // Being asked to stop while a file is being written.
 #pragma once
 
+#include <csignal>
+
 namespace app {
 
 // Thrown where work stops because a signal has asked for it, so that what is unfinished is removed. Then the signal has its way.
@@ -8,8 +10,8 @@ struct Interrupted {
     int signal;
 };
 
-// While it lives, an interrupt from the keyboard, a request to end or the terminal's closing is noted and does not end the
-// program. One at a time.
+// While it lives, an interrupt from the keyboard, a request to end, the terminal's closing or a pipe that nobody reads is noted
+// and does not end the program. System calls that wait end early. One at a time.
 class Interruption {
 public:
     Interruption();
@@ -21,8 +23,20 @@ public:
     static void check();
 
 private:
+#if defined(_WIN32)
     using Handler = void (*)(int);
-    Handler before_[3];
+#else
+    using Handler = struct sigaction;
+#endif
+    static constexpr int signals[] = {
+        SIGINT,
+        SIGTERM,
+#if !defined(_WIN32)
+        SIGHUP,
+        SIGPIPE,
+#endif
+    };
+    Handler before_[sizeof signals / sizeof *signals];
 };
 
 } // namespace app

@@ -28,8 +28,8 @@ int complain(const std::string& message, int status) {
     return status;
 }
 
-// What cannot be written is an error like any other, on a pipe that nobody reads too, so that unfinished files are removed. And
-// no file takes the place of a standard stream that is closed: what is opened there can only be used the other way round.
+// A file that grows beyond a limit is an error like any other. And no file takes the place of a standard stream that is closed:
+// what is opened there can only be used the other way round.
 void prepare_streams() {
 #if !defined(_WIN32)
     for (const int stream : {0, 1, 2}) {
@@ -37,7 +37,6 @@ void prepare_streams() {
             open("/dev/null", stream == 0 ? O_WRONLY : O_RDONLY); // takes the lowest number
         }
     }
-    std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 #endif
 }

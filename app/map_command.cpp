@@ -673,8 +673,8 @@ void check_combinations(const Map_Picture& picture, const Map_Options& options) 
     if (options.overlay == "-" && picture.input.name == name_of_input("-")) {
         throw Usage_Error("--overlay -: expected a file, found standard input, which is the map");
     }
-    if (picture.record == "-" && picture.output == "-") {
-        throw Usage_Error("--record -: expected another file, found -o -");
+    if (!picture.record.empty() && is_standard_output(picture.record) && is_standard_output(picture.output)) {
+        throw Usage_Error("--record " + picture.record + ": expected another file, found -o " + picture.output);
     }
 }
 
@@ -829,7 +829,7 @@ void render_map(const Map_Picture& picture, const Map_Options& options, const Mo
     files.add(picture.output, finished(picture, drawing, session, hash));
     files.commit();
     if (picture.hash) {
-        print_line(picture.record == "-" ? picture.record : picture.output, hash);
+        print_line(is_standard_output(picture.record) ? picture.record : picture.output, hash);
     }
     if (picture.stats) {
         std::fprintf(stderr, "%s, load %.1f ms, setup %.1f ms, draw %.2f ms\n", drawing.summary().c_str(), load, setup, best);

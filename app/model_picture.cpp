@@ -90,7 +90,8 @@ void check_combinations(const Model_Picture& options, const Picture_Part& part, 
         refuse(mapped, "--record", pixels, indexed);
         refuse(transparent, "--record", "a colour behind what is drawn", "--background none");
         refuse(options.turntable > 0, "--record", "a single picture", turntable);
-        refuse(options.record == "-" && options.output == "-", "--record -", "another file", "-o -");
+        refuse(is_standard_output(options.record) && is_standard_output(options.output), "--record " + options.record,
+               "another file", "-o " + options.output);
     }
     refuse(options.turntable > 0 && options.repeat > 1, "--repeat", "a single picture", turntable);
 }
@@ -433,7 +434,7 @@ void Rendering::draw_picture() {
         file.commit();
     }
     if (options_.hash) {
-        print_line(options_.record == "-" ? options_.record : options_.output, hash);
+        print_line(is_standard_output(options_.record) ? options_.record : options_.output, hash);
     }
     recording.commit();
     times_.written = milliseconds_since(start);

@@ -10,12 +10,14 @@
 #include <vector>
 
 #include "app/interruption.h"
+#include "app/output_channel.h"
 
 namespace app {
 
 // A file that is written bit by bit beside its place and moves there at the end. What has not been committed is removed. A file
-// that is replaced must be writable and keeps its permissions. "-" is standard output, which gets everything at the end.
-// Everything throws std::runtime_error that names the file.
+// that is replaced must be writable and keeps its permissions. What this process has open - "-" is standard output, and so are
+// the names that the system gives it, as /dev/stdout - gets everything at the end, where it stands. Everything throws
+// std::runtime_error that names the file.
 class Output_File {
 public:
     explicit Output_File(const std::string& name);
@@ -24,7 +26,7 @@ public:
     ~Output_File();
 
     void write(std::string_view bytes);
-    // No more is written; the file is complete beside its place.
+    // No more is written; the file is complete beside its place, and on the disk.
     void close();
     // Closes it when that has not been done.
     void commit();
@@ -36,7 +38,8 @@ public:
     static void check(const std::string& name);
 
 private:
-    void copy_to_standard_output();
+    void hold(std::string_view bytes);
+    void copy_held();
 
     struct Close {
         void operator()(std::FILE* file) const noexcept { std::fclose(file); }
@@ -44,9 +47,10 @@ private:
 
     std::filesystem::path path_, target_;
     std::filesystem::path temporary_; // empty when there is none, or no longer
-    std::unique_ptr<std::FILE, Close> file_;
-    bool is_standard_output_ = false;
-    std::string held_; // for standard output
+    Output_Channel channel_;
+    bool is_held_ = false; // until the end, first in memory and then in a file without a name
+    std::string held_;
+    std::unique_ptr<std::FILE, Close> held_file_;
 };
 
 // Files written together: all of them are complete beside their places before the first one moves there. From the first one on an
@@ -67,6 +71,9 @@ private:
 // Throws Usage_Error when a file to be written is one of those that are read, whatever links lead to it, or two of those to be
 // written are the same. Empty names stand for none; devices and standard streams may be both.
 void refuse_same_files(const std::vector<std::string>& read, const std::vector<std::string>& written);
+
+// Whether it is standard output, as "-" or under one of the names that the system gives it.
+bool is_standard_output(const std::string& name);
 
 // Throws Usage_Error when a picture would go to a terminal.
 void refuse_terminal(const char* option, const std::string& name);

@@ -19,6 +19,15 @@ inline void set_binary([[maybe_unused]] std::FILE* stream) {
 #endif
 }
 
+// The number that the system knows it by.
+inline int number_of(std::FILE* stream) {
+#if defined(_WIN32)
+    return _fileno(stream);
+#else
+    return fileno(stream);
+#endif
+}
+
 inline bool is_terminal(std::FILE* stream) {
 #if defined(_WIN32)
     return _isatty(_fileno(stream)) != 0;

@@ -1,21 +1,26 @@
 # Command, host library with its headers, and the module in the folder where the library looks for it: components, which become
-# packages of their own. An installed tree may be moved as a whole: every file finds the others from where it lies itself.
+# packages of their own. An installed tree may be moved as a whole: every file finds the others from where it lies itself. In the build
+# they lie side by side. Files that looked in other places there would have CMake fill up the shorter list with empty ones, and an
+# empty place is the current folder.
 include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/vorna)
 file(RELATIVE_PATH library_from_command ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 
-set_target_properties(krb PROPERTIES INSTALL_RPATH "$ORIGIN/..")
+function(look_in target folder)
+  set_target_properties(${target} PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "$ORIGIN;${folder}")
+endfunction()
+look_in(krb $ORIGIN/..)
 install(TARGETS vorna15 project_options EXPORT vorna
         RUNTIME COMPONENT library
         LIBRARY COMPONENT library NAMELINK_COMPONENT development
         ARCHIVE COMPONENT development)
 install(TARGETS krb EXPORT vorna LIBRARY DESTINATION ${VORNA_MODULE_FOLDER} COMPONENT library)
 if(VORNA_BUILD_COMMAND)
-  set_target_properties(vorna PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_command}")
+  look_in(vorna $ORIGIN/${library_from_command})
   install(TARGETS vorna COMPONENT command)
 endif()
 if(VORNA_WITH_VIEWER)
-  set_target_properties(vorna_window PROPERTIES INSTALL_RPATH "$ORIGIN/..")
+  look_in(vorna_window $ORIGIN/..)
   install(TARGETS vorna_window LIBRARY DESTINATION ${VORNA_MODULE_FOLDER} COMPONENT viewer)
 endif()
 install(DIRECTORY renderer/host DESTINATION ${VORNA_INCLUDE_FOLDER}/renderer COMPONENT development

@@ -18,7 +18,7 @@ set(CPACK_COMPONENTS_ALL library development)
 if(VORNA_BUILD_COMMAND)
   list(APPEND CPACK_COMPONENTS_ALL command)
   set(documents ${CMAKE_INSTALL_DATADIR}/doc/vorna)
-  install(FILES README.md CHANGELOG.md DESTINATION ${documents} COMPONENT command)
+  install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION ${documents} COMPONENT command)
   install(DIRECTORY docs DESTINATION ${documents} COMPONENT command)
   # What is compiled or linked into the files themselves is named beside them, as its licences ask for.
   set(parts libcli11-dev nlohmann-json3-dev)

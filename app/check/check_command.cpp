@@ -28,7 +28,7 @@ struct Check_Arguments {
     std::string profile = "host";
     std::vector<std::string> only;
     std::uint64_t seed = 0;
-    int effort = 100;
+    int effort = 100, parent = 0;
     double timeout = 60;
     bool list = false, selftest = false, quiet = false;
 };
@@ -84,6 +84,7 @@ int run(const Check_Arguments& arguments, const Module_Choice& module) {
     run.quiet = arguments.quiet;
     force_kernels(module);
     if (!arguments.journal.empty()) {
+        check::end_with(arguments.parent);
         check::expect_to_crash(run.quiet);
         {
             check::Journal journal(arguments.journal);
@@ -150,6 +151,7 @@ void add_check_command(CLI::App& application, int& status) {
                {}, "0 passed, 1 a check failed, 2 wrong usage, or no module."));
     // For the processes that the command starts.
     command.add_option("--journal", arguments->journal)->group("");
+    command.add_option("--parent", arguments->parent)->group("");
     command.add_option("--effort", arguments->effort)->group("");
     command.add_flag("--quiet", arguments->quiet)->group("");
     command.callback([&application, &status, arguments, seed] {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <system_error>
 #include <thread>
@@ -19,6 +20,9 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#if defined(__linux__)
+#include <sys/prctl.h>
+#endif
 
 extern char** environ; // NOLINT(readability-redundant-declaration): not every system declares it
 #endif
@@ -85,6 +89,13 @@ Ending run_beside(const std::vector<std::string>& arguments, std::chrono::millis
     return ending;
 }
 
+int own_number() {
+    return static_cast<int>(GetCurrentProcessId());
+}
+
+void end_with(int) {
+}
+
 void expect_to_crash(bool quiet) {
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
     if (quiet) {
@@ -138,6 +149,19 @@ Ending run_beside(const std::vector<std::string>& arguments, std::chrono::millis
         pause = std::min(pause * 5 / 4, std::chrono::microseconds(10'000));
     }
     return status == 0 ? Ending{} : Ending{Ending::Kind::died, described(status)};
+}
+
+int own_number() {
+    return getpid();
+}
+
+void end_with([[maybe_unused]] int parent) {
+#if defined(__linux__)
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent) {
+        std::_Exit(1); // it came to its end before
+    }
+#endif
 }
 
 void expect_to_crash(bool quiet) {

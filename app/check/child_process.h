@@ -16,6 +16,12 @@ struct Ending {
 // done by then is killed. Throws std::system_error when there can be no such process.
 Ending run_beside(const std::vector<std::string>& arguments, std::chrono::milliseconds limit);
 
+// The number of this process.
+int own_number();
+
+// What a process does first that must not outlive the one of this number.
+void end_with(int parent);
+
 // What a process that may crash does first: no core file, no dialog, and with quiet nothing on standard error either.
 void expect_to_crash(bool quiet);
 

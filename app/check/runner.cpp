@@ -2,9 +2,13 @@
 #include "app/check/runner.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <random>
+#include <system_error>
 
 #include "app/check/checks.h"
 #include "app/check/child_process.h"
@@ -14,6 +18,8 @@ namespace app::check {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+#if defined(_WIN32)
 
 class Temporary_File {
 public:
@@ -37,6 +43,29 @@ public:
 private:
     std::filesystem::path path_;
 };
+
+#else
+
+// Without a name in any folder, so that nothing is left of it whatever becomes of this process. Those that it starts have it open
+// under the same number.
+class Temporary_File {
+public:
+    Temporary_File() : file_(std::tmpfile()) {
+        if (!file_) {
+            throw std::system_error(errno, std::generic_category(), "a temporary file cannot be written");
+        }
+    }
+
+    std::string name() const { return "/dev/fd/" + std::to_string(fileno(file_.get())); }
+
+private:
+    struct Close {
+        void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+    };
+    std::unique_ptr<std::FILE, Close> file_;
+};
+
+#endif
 
 class Runner {
 public:
@@ -127,6 +156,7 @@ private:
         const Task& task = run_.task;
         std::vector<std::string> arguments{"check",     task.module,
                                            "--journal", journal,
+                                           "--parent",  std::to_string(own_number()),
                                            "--seed",    std::to_string(task.seed),
                                            "--effort",  std::to_string(task.effort),
                                            "--profile", task.profile == Profile::krb ? "krb" : "host"};

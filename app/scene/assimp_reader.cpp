@@ -5,17 +5,28 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <new>
 #include <optional>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include <assimp/GltfMaterial.h>
 #include <assimp/config.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
+#if !defined(_WIN32)
+#include <assimp/IOStream.hpp>
+#include <assimp/IOSystem.hpp>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 #include "app/path.h"
 #include "app/scene/model_reader.h"
@@ -114,7 +125,7 @@ void read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const 
         }
         const aiTexture* embedded = scene.GetEmbeddedTexture(path.C_Str());
         paint.material.image = embedded ? embedded_image_number(mesh, file + ": image " + path.C_Str(), *embedded)
-                                        : image_number(mesh, image_path(file, path.C_Str()));
+                                        : image_number(mesh, path.C_Str());
         paint.material.wrap_u = wrap_of(from, "$tex.mapmodeu", type);
         paint.material.wrap_v = wrap_of(from, "$tex.mapmodev", type);
         int channel_number = 0;
@@ -222,9 +233,9 @@ void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, co
     }
 }
 
-Mesh read_here(const Input& input) {
+// With images under the names that the model gives them.
+Mesh read_with(Assimp::Importer& importer, const Input& input) {
     const std::string& file = input.name;
-    Assimp::Importer importer;
     importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
     constexpr unsigned steps = aiProcess_JoinIdenticalVertices | aiProcess_PreTransformVertices | aiProcess_SortByPType;
     const aiScene* scene =
@@ -257,7 +268,129 @@ Mesh read_here(const Input& input) {
     return mesh;
 }
 
+// Finds the images, which may have several names each.
+void find_images(Mesh& mesh, const std::string& file) {
+    std::vector<Image_Source> named = std::exchange(mesh.images, {});
+    std::vector<std::uint32_t> numbers;
+    for (Image_Source& image : named) {
+        numbers.push_back(image_number(mesh, image.embedded ? image.name : image_path(file, image.name)));
+        if (image.embedded) {
+            mesh.images[numbers.back()] = std::move(image);
+        }
+    }
+    for (Material& material : mesh.materials) {
+        material.image = material.image == no_image ? no_image : numbers[material.image];
+    }
+}
+
 #if !defined(_WIN32)
+
+// A file that the reader looks at in memory. What others cut off while it is read ends the process, which is the copy.
+class File_In_Memory : public Assimp::IOStream {
+public:
+    explicit File_In_Memory(int file) {
+        size_ = static_cast<std::size_t>(std::max<off_t>(lseek(file, 0, SEEK_END), 0));
+        void* const place = size_ > 0 ? mmap(nullptr, size_, PROT_READ, MAP_PRIVATE, file, 0) : MAP_FAILED;
+        close(file);
+        if (size_ > 0 && place == MAP_FAILED) {
+            throw std::bad_alloc();
+        }
+        bytes_ = static_cast<const char*>(place);
+    }
+    File_In_Memory(const File_In_Memory&) = delete;
+    File_In_Memory& operator=(const File_In_Memory&) = delete;
+    ~File_In_Memory() override {
+        if (size_ > 0) {
+            munmap(const_cast<char*>(bytes_), size_);
+        }
+    }
+
+    std::size_t Read(void* to, std::size_t size, std::size_t count) override {
+        const std::size_t left = size_ - std::min(place_, size_);
+        const std::size_t taken = size == 0 ? 0 : std::min(count, left / size);
+        if (taken > 0) {
+            std::memcpy(to, bytes_ + place_, taken * size);
+            place_ += taken * size;
+        }
+        return taken;
+    }
+    std::size_t Write(const void*, std::size_t, std::size_t) override { return 0; }
+    // Steps back come as numbers that wrap around.
+    aiReturn Seek(std::size_t offset, aiOrigin origin) override {
+        const std::size_t place = offset + (origin == aiOrigin_CUR ? place_ : origin == aiOrigin_END ? size_ : 0);
+        if (place > PTRDIFF_MAX) {
+            return aiReturn_FAILURE;
+        }
+        place_ = place;
+        return aiReturn_SUCCESS;
+    }
+    std::size_t Tell() const override { return place_; }
+    std::size_t FileSize() const override { return size_; }
+    void Flush() override {}
+
+private:
+    const char* bytes_ = nullptr;
+    std::size_t size_ = 0, place_ = 0;
+};
+
+// Files come from the process that waits.
+class Requested_Files : public Assimp::IOSystem {
+public:
+    explicit Requested_Files(Process_Pipe& pipe) : pipe_(pipe) {}
+
+    bool Exists(const char* name) const override {
+        const int file = pipe_.request_file(name);
+        return file >= 0 && close(file) == 0;
+    }
+    char getOsSeparator() const override { return '/'; }
+    Assimp::IOStream* Open(const char* name, const char* mode) override {
+        const int file = *mode == 'r' ? pipe_.request_file(name) : -1;
+        return file >= 0 ? new File_In_Memory(file) : nullptr;
+    }
+    void Close(Assimp::IOStream* file) override { delete file; }
+
+private:
+    Process_Pipe& pipe_;
+};
+
+// What a model may open: regular files, for others would be waited for, in its folder and below.
+class Files_Of_Model {
+public:
+    explicit Files_Of_Model(const std::string& model)
+        : folder_(std::filesystem::weakly_canonical(std::filesystem::absolute(path_of(model))).parent_path()) {}
+
+    int open_file(const std::string& name) {
+        std::error_code none;
+        const std::filesystem::path place = std::filesystem::weakly_canonical(std::filesystem::absolute(path_of(name)), none);
+        const std::filesystem::path inside = place.lexically_relative(folder_);
+        if (inside.empty() || *inside.begin() == "..") {
+            refuse("files in its folder", name);
+            return -1;
+        }
+        const int file = open(place.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC);
+        struct stat status = {};
+        if (file >= 0 && (fstat(file, &status) != 0 || !S_ISREG(status.st_mode))) {
+            close(file);
+            refuse("a regular file", name);
+            return -1;
+        }
+        return file;
+    }
+
+    // What was expected and found where a file was refused; empty when none was.
+    const std::string& refusal() const { return refusal_; }
+
+private:
+    void refuse(const char* expected, const std::string& name) {
+        errno = EACCES;
+        if (refusal_.empty()) {
+            refusal_ = std::string("expected ") + expected + ", found " + name;
+        }
+    }
+
+    std::filesystem::path folder_;
+    std::string refusal_;
+};
 
 void send(Process_Pipe& pipe, const Mesh& mesh) {
     pipe.write_list(mesh.positions);
@@ -272,7 +405,7 @@ void send(Process_Pipe& pipe, const Mesh& mesh) {
     for (const Image_Source& image : mesh.images) {
         pipe.write_list(image.name);
         pipe.write_list(image.bytes);
-        pipe.write_value(image.embedded);
+        pipe.write_value(static_cast<char>(image.embedded));
         pipe.write_value(VT_Int_Pair{image.width, image.height});
     }
 }
@@ -291,7 +424,7 @@ Mesh receive(Process_Pipe& pipe) {
         Image_Source& image = mesh.images.emplace_back();
         image.name = pipe.read_list<std::string>();
         image.bytes = pipe.read_list<std::string>();
-        image.embedded = pipe.read_value<bool>();
+        image.embedded = pipe.read_value<char>() != 0;
         const auto size = pipe.read_value<VT_Int_Pair>();
         image.width = size.x;
         image.height = size.y;
@@ -299,10 +432,12 @@ Mesh receive(Process_Pipe& pipe) {
     return mesh;
 }
 
-// Bytes that the library may take for a file of so many.
-std::size_t memory_for(std::uintmax_t file_size) {
+// For a file of so many bytes.
+Process_Limits limits_for(std::uintmax_t file_size) {
     constexpr std::uintmax_t least = std::uintmax_t{4} << 30, times = 64;
-    return static_cast<std::size_t>(file_size > UINT64_MAX / times ? UINT64_MAX : std::max(least, file_size * times));
+    constexpr unsigned seconds = 60; // and one more for each megabyte
+    return {static_cast<std::size_t>(file_size > UINT64_MAX / times ? UINT64_MAX : std::max(least, file_size * times)),
+            seconds + static_cast<unsigned>(std::min<std::uintmax_t>(file_size >> 20, 86400))};
 }
 
 #endif
@@ -324,20 +459,24 @@ bool is_assimp_format(const std::string& format) {
     return Assimp::Importer().IsExtensionSupported("." + format);
 }
 
-// In a process of its own: damaged files make the library crash, run on without end or take all memory.
+// In a process of its own: damaged files make the library crash, run on without end, take all memory, or do what they want.
 Mesh read_with_assimp(const Input& input) {
     const std::string& file = input.name;
     if (!input.content) {
         check_readable(file);
     }
-#if defined(_WIN32)
-    return read_here(input);
-#else
     Mesh mesh;
-    std::string refusal;
+#if defined(_WIN32)
+    Assimp::Importer importer;
+    mesh = read_with(importer, input);
+#else
+    std::string failure;
     const auto work = [&](Process_Pipe& pipe) {
+        // It is never destroyed, which some models turn into a crash.
+        auto& importer = *new Assimp::Importer;
+        importer.SetIOHandler(new Requested_Files(pipe));
         try {
-            const Mesh read = read_here(input);
+            const Mesh read = read_with(importer, input);
             pipe.write_list(std::string());
             send(pipe, read);
         } catch (const Model_Error& error) {
@@ -347,23 +486,29 @@ Mesh read_with_assimp(const Input& input) {
         }
     };
     const auto take = [&](Process_Pipe& pipe) {
-        refusal = pipe.read_list<std::string>();
-        if (refusal.empty()) {
+        failure = pipe.read_list<std::string>();
+        if (failure.empty()) {
             mesh = receive(pipe);
         }
     };
     std::error_code ignored;
     const std::uintmax_t size = input.content ? input.content->size() : std::filesystem::file_size(path_of(file), ignored);
+    Files_Of_Model files(file);
     try {
-        run_apart(memory_for(ignored ? 0 : size), work, take);
+        run_apart(
+            limits_for(ignored ? 0 : size), [&](const std::string& name) { return files.open_file(name); }, work, take);
     } catch (const Broken_Off& error) {
         throw Model_Error(file + ": expected a model file: the library for its format came to its end by " + error.what());
     }
-    if (!refusal.empty()) {
-        throw Model_Error(refusal);
+    if (!failure.empty()) {
+        throw Model_Error(files.refusal().empty() ? failure : file + ": " + files.refusal());
     }
-    return mesh;
+    if (!is_consistent(mesh)) {
+        throw Model_Error(file + ": expected a model file: the library for its format has made no model of it");
+    }
 #endif
+    find_images(mesh, file);
+    return mesh;
 }
 
 } // namespace app::scene

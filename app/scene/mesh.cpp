@@ -144,6 +144,33 @@ void append(Mesh& mesh, Mesh&& other) {
 
 } // namespace
 
+bool is_consistent(const Mesh& mesh) {
+    const auto are_finite = [](auto... numbers) { return (std::isfinite(numbers) && ...); };
+    const auto is_finite = [&](const VT_Vector& v) { return are_finite(v.x, v.y, v.z); };
+    const auto is_material = [&](const Material& m) {
+        return (m.image == no_image || m.image < mesh.images.size()) && m.wrap_u >= Wrap::repeat && m.wrap_u <= Wrap::clamp &&
+               m.wrap_v >= Wrap::repeat && m.wrap_v <= Wrap::clamp && m.transparency >= Transparency::none &&
+               m.transparency <= Transparency::by_image && are_finite(m.opacity, m.cut_off);
+    };
+    const auto is_image = [](const Image_Source& i) {
+        const bool has_size = i.width != 0 || i.height != 0;
+        const bool fits =
+            std::min(i.width, i.height) > 0 && std::max(i.width, i.height) <= largest_image_side &&
+            i.bytes.size() == sizeof(VT_RGB32) * static_cast<std::size_t>(i.width) * static_cast<std::size_t>(i.height);
+        return i.embedded ? !has_size || fits : !has_size && i.bytes.empty();
+    };
+    const std::size_t vertices = mesh.positions.size(), triangles = mesh.triangle_count(), materials = mesh.materials.size();
+    const auto is_none_or = [](std::size_t count, const auto& list) { return list.empty() || list.size() == count; };
+    return is_none_or(vertices, mesh.normals) && is_none_or(vertices, mesh.colors) && is_none_or(vertices, mesh.coordinates) &&
+           mesh.triangles.size() % 3 == 0 && is_none_or(triangles, mesh.triangle_materials) &&
+           mesh.diagonals.size() <= triangles && std::ranges::all_of(mesh.positions, is_finite) &&
+           std::ranges::all_of(mesh.normals, is_finite) &&
+           std::ranges::all_of(mesh.triangles, [&](std::uint32_t vertex) { return vertex < vertices; }) &&
+           std::ranges::all_of(mesh.triangle_materials,
+                               [&](std::uint32_t material) { return material == no_material || material < materials; }) &&
+           std::ranges::all_of(mesh.materials, is_material) && std::ranges::all_of(mesh.images, is_image);
+}
+
 // Normals come before joining: corners of different files do not smooth each other.
 Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty) {
     std::size_t corners = 0;

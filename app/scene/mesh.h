@@ -46,6 +46,10 @@ struct Mesh {
     std::size_t triangle_count() const noexcept { return triangles.size() / 3; }
 };
 
+// Whether its lists belong together, name nothing that is not there, and lie in finite places: of meshes that nobody here has
+// made.
+bool is_consistent(const Mesh& mesh);
+
 // Makes a mesh fit for drawing: drops triangles that repeat a vertex, moves the rest into the unit sphere around the origin, so
 // that floats serve models of any size and place, and gives every vertex a normal of length 1. file: for messages. Throws
 // Model_Error when nothing is left to draw.

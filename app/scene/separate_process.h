@@ -10,13 +10,26 @@
 
 namespace app::scene {
 
-// Bytes on their way from one process to another. Throws Broken_Off when the other side is gone.
+// What a copy may take, of memory and of the processor's time, and send. It is waited for ten times as long, at the most.
+struct Process_Limits {
+    std::size_t bytes;
+    unsigned seconds;
+};
+
+// Bytes on their way from a copy of this process to it. Throws Broken_Off when the other side is gone or sends more than it may.
 class Process_Pipe {
 public:
-    explicit Process_Pipe(int file) noexcept : file_(file) {}
+    // A file that is open for reading, or -1 with errno.
+    using Opener = std::function<int(const std::string&)>;
+
+    // What is read has limits. open: serves what the other side asks for.
+    Process_Pipe(int socket, const Process_Limits& limits, Opener open)
+        : socket_(socket), left_(limits.bytes), seconds_(limits.seconds), open_(std::move(open)) {}
 
     void write(const void* bytes, std::size_t count);
     void read(void* bytes, std::size_t count);
+    // Asks the other side, before anything is written. A file of the caller's, or -1 with errno.
+    int request_file(const std::string& name);
 
     template <class Value> void write_value(const Value& value) {
         static_assert(std::is_trivially_copyable_v<Value>);
@@ -46,16 +59,26 @@ public:
     }
 
 private:
-    int file_;
+    void send(const void* bytes, std::size_t count);
+    void receive(void* bytes, std::size_t count);
+    void serve_requests();
+
+    int socket_;
+    std::size_t left_;
+    unsigned seconds_;
+    Opener open_;
+    bool is_answering_ = false; // no more requests
 };
 
 struct Broken_Off : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Runs `work` in a copy of this process, which may take so many bytes of memory, and `take` here with what it writes. Throws what
-// `take` throws; Broken_Off that says how the copy came to its end, when that was not by returning from `work`.
-void run_apart(std::size_t memory, const std::function<void(Process_Pipe&)>& work,
+// Runs `work` in a copy of this process and `take` here with what it writes. The copy can do little but compute: it opens nothing
+// but what `open` opens for it here, writes nowhere else, and reaches no other process and no network, as far as the system can
+// see to that. Nothing is destroyed at its end that `work` has left. Throws what `take` throws; Broken_Off that says how the copy
+// came to its end, when that was not by returning from `work`.
+void run_apart(const Process_Limits& limits, const Process_Pipe::Opener& open, const std::function<void(Process_Pipe&)>& work,
                const std::function<void(Process_Pipe&)>& take);
 
 } // namespace app::scene

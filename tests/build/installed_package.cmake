@@ -21,6 +21,9 @@ if(NOT grep_result EQUAL 1)
 endif()
 
 run(${CMAKE_CURRENT_LIST_DIR}/global_names.sh ${COMPILER} ${moved}/${HEADERS})
+if(READELF)
+  run(${CMAKE_COMMAND} -D READELF=${READELF} -D FOLDER=${moved} -D HARDENED=${HARDENED} -P ${CMAKE_CURRENT_LIST_DIR}/elf_files.cmake)
+endif()
 
 # The command finds library and module.
 run(${moved}/bin/vorna replay ${PICTURE} --color ${WORK}/picture.png)

@@ -122,7 +122,7 @@ protected:
 
     std::vector<std::string> leftovers() const {
         std::vector<std::string> names = folder.names();
-        std::erase_if(names, [](const std::string& name) { return name.find(".part-") == std::string::npos; });
+        std::erase_if(names, [](const std::string& name) { return name.find(".vorna-unfinished-") == std::string::npos; });
         return names;
     }
 

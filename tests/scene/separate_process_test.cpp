@@ -1,19 +1,35 @@
 // Work in a copy of the process: what comes of it, and of its faults.
+#include <atomic>
+#include <cerrno>
+#include <cmath>
 #include <csignal>
 #include <cstdint>
+#include <cstdio>
+#include <fstream>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+#include "app/check/address_sanitizer.h"
+#include "app/scene/mesh.h"
 #include "app/scene/separate_process.h"
 
 namespace {
 
 using namespace app::scene;
 
-constexpr std::size_t memory = std::size_t{1} << 32;
+constexpr Process_Limits limits{std::size_t{1} << 32, 60};
+
+int open_nothing(const std::string&) {
+    return -1;
+}
 
 } // namespace
 
@@ -22,12 +38,13 @@ TEST(Separate_Process, gives_what_it_made_and_tells_how_it_ended) {
     std::vector<int> received;
     const auto send = [&](Process_Pipe& pipe) { pipe.write_list(sent); };
     const auto receive = [&](Process_Pipe& pipe) { received = pipe.read_list<std::vector<int>>(); };
-    run_apart(memory, send, receive);
+    run_apart(limits, open_nothing, send, receive);
     EXPECT_EQ(received, sent);
 
-    const auto message_of = [&](const std::function<void(Process_Pipe&)>& work) -> std::string {
+    const auto message_of = [&](const std::function<void(Process_Pipe&)>& work,
+                                const Process_Limits& most = limits) -> std::string {
         try {
-            run_apart(memory, work, receive);
+            run_apart(most, open_nothing, work, receive);
         } catch (const Broken_Off& error) {
             return error.what();
         }
@@ -41,4 +58,113 @@ TEST(Separate_Process, gives_what_it_made_and_tells_how_it_ended) {
                 testing::StartsWith("signal 9"));
     EXPECT_EQ(message_of([](Process_Pipe&) { throw 1; }), "status 1");
     EXPECT_EQ(message_of([](Process_Pipe& pipe) { pipe.write_value(SIZE_MAX); }), "status 0"); // announced, and never sent
+    const auto compute = [](Process_Pipe&) {
+        for (std::atomic<int> i = 0;; ++i) {
+        }
+    };
+    EXPECT_THAT(message_of(compute, {limits.bytes, 1}), testing::StartsWith("signal 24")); // of a limit of time
+    EXPECT_EQ(message_of(send, {sent.size(), 60}), "sending too much");
+}
+
+// What the copy may not do it is tried with: each attempt sends whether it came to anything.
+TEST(Separate_Process, can_open_only_what_it_is_given) {
+    const std::string allowed = testing::TempDir() + "separate_process_test.txt", refused = "/etc/passwd";
+    std::ofstream(allowed) << "given";
+    const auto open_allowed = [&](const std::string& name) {
+        errno = EACCES;
+        return name == allowed ? open(name.c_str(), O_RDONLY) : -1;
+    };
+    const std::vector<std::pair<std::string, std::function<bool()>>> attempts {
+        {"read a file", [&] { return open(refused.c_str(), O_RDONLY) >= 0; }},
+            {"write a file", [&] { return open((allowed + ".new").c_str(), O_WRONLY | O_CREAT, 0600) >= 0; }},
+#if defined(VORNA_WITH_SECCOMP)
+            {"connect", [] { return socket(AF_INET, SOCK_STREAM, 0) >= 0; }},
+            {"start a process",
+             [] {
+                 const pid_t started = fork();
+                 if (started == 0) {
+                     _exit(0);
+                 }
+                 return started > 0;
+             }},
+            {"signal another", [] { return kill(getppid(), 0) == 0; }},
+            {"remove a file", [&] { return unlink(allowed.c_str()) == 0; }},
+            {"run what it writes",
+             [] { return mmap(nullptr, 4096, PROT_READ | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) != MAP_FAILED; }},
+#endif
+    };
+    std::string given;
+    std::vector<char> outcomes;
+    run_apart(
+        limits, open_allowed,
+        [&](Process_Pipe& pipe) {
+            char text[6] = {};
+            const bool is_refused = pipe.request_file(refused) == -1 && errno == EACCES;
+            const int file = pipe.request_file(allowed);
+            const bool is_read = read(file, text, 5) == 5;
+            std::vector<char> sent;
+            for (const auto& attempt : attempts) {
+                sent.push_back(attempt.second());
+            }
+            pipe.write_list(std::string(is_refused && is_read ? text : "nothing"));
+            pipe.write_list(sent);
+        },
+        [&](Process_Pipe& pipe) {
+            given = pipe.read_list<std::string>();
+            outcomes = pipe.read_list<std::vector<char>>();
+        });
+    std::remove(allowed.c_str());
+    EXPECT_EQ(given, "given");
+#if !defined(HAS_ADDRESS_SANITIZER) && !defined(HAS_THREAD_SANITIZER) // whose reports need other files and programs
+    ASSERT_EQ(outcomes.size(), attempts.size());
+    for (std::size_t i = 0; i < attempts.size(); ++i) {
+        EXPECT_FALSE(outcomes[i]) << attempts[i].first;
+    }
+#endif
+}
+
+TEST(Separate_Process, is_not_believed) {
+    const auto triangle = [] {
+        Mesh mesh;
+        mesh.positions = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+        mesh.triangles = {0, 1, 2};
+        mesh.triangle_materials = {0};
+        mesh.materials.resize(1);
+        mesh.materials[0].image = 0;
+        mesh.images = {{"picture.png", false, "", 0, 0}};
+        return mesh;
+    };
+    EXPECT_TRUE(is_consistent(triangle()));
+    const std::vector<std::function<void(Mesh&)>> spoilers{
+        [](Mesh& m) { m.positions[1].y = INFINITY; },
+        [](Mesh& m) {
+            m.normals = {{NAN, 0, 0}, {}, {}};
+        },
+        [](Mesh& m) { m.normals.resize(2); },
+        [](Mesh& m) { m.colors.resize(4); },
+        [](Mesh& m) { m.coordinates.resize(1); },
+        [](Mesh& m) { m.triangles.push_back(0); },
+        [](Mesh& m) { m.triangles[2] = 3; },
+        [](Mesh& m) { m.diagonals.resize(2); },
+        [](Mesh& m) { m.triangle_materials = {1}; },
+        [](Mesh& m) {
+            m.triangle_materials = {0, 0};
+        },
+        [](Mesh& m) { m.materials[0].image = 1; },
+        [](Mesh& m) { m.materials[0].wrap_v = static_cast<Wrap>(3); },
+        [](Mesh& m) { m.materials[0].transparency = static_cast<Transparency>(-1); },
+        [](Mesh& m) { m.materials[0].opacity = NAN; },
+        [](Mesh& m) { m.images[0].bytes = "bytes of a file elsewhere"; },
+        [](Mesh& m) {
+            m.images[0] = {"inside", true, std::string(15, ' '), 2, 2};
+        },
+        [](Mesh& m) {
+            m.images[0] = {"inside", true, "", -1, 0};
+        },
+    };
+    for (std::size_t i = 0; i < spoilers.size(); ++i) {
+        Mesh mesh = triangle();
+        spoilers[i](mesh);
+        EXPECT_FALSE(is_consistent(mesh)) << "spoiler " << i;
+    }
 }
