@@ -12,11 +12,13 @@
 #include <string_view>
 #include <system_error>
 
+#include <assimp/DefaultIOSystem.h>
 #include <assimp/GltfMaterial.h>
 #include <assimp/config.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
+#include "app/memory.h"
 #include "app/path.h"
 #include "app/scene/model_reader.h"
 #include "app/scene/polygon.h"
@@ -28,7 +30,7 @@ namespace app::scene {
 namespace {
 
 std::uint8_t channel(float value) {
-    return static_cast<std::uint8_t>(std::clamp(value, 0.0F, 1.0F) * 255.0F + 0.5F);
+    return value > 0 ? static_cast<std::uint8_t>(std::min(value, 1.0F) * 255.0F + 0.5F) : std::uint8_t{0}; // for no number, too
 }
 
 VT_RGB32 color_from(const aiColor4D& color) {
@@ -81,14 +83,11 @@ Wrap wrap_of(const aiMaterial& material, const char* key, aiTextureType type) {
                                                                               : Wrap::repeat;
 }
 
-// An image inside the model: in memory as a file, or as rows of pixels.
+// An image inside the model: in memory as a file, or as rows of pixels. Images of the same bytes are one.
 std::uint32_t embedded_image_number(Mesh& mesh, const std::string& name, const aiTexture& texture) {
-    const std::uint32_t number = image_number(mesh, name);
-    Image_Source& source = mesh.images[number];
+    Image_Source source;
+    source.name = name;
     source.embedded = true;
-    if (!source.bytes.empty()) {
-        return number;
-    }
     std::size_t size = texture.mWidth;
     if (texture.mHeight > 0 && texture.mWidth > 0 && texture.mWidth <= largest_image_side &&
         texture.mHeight <= largest_image_side) {
@@ -97,8 +96,16 @@ std::uint32_t embedded_image_number(Mesh& mesh, const std::string& name, const a
         static_assert(sizeof(aiTexel) == sizeof(VT_RGB32) && offsetof(aiTexel, b) == 0 && offsetof(aiTexel, r) == 2);
         size = sizeof(aiTexel) * texture.mWidth * texture.mHeight;
     }
-    source.bytes.assign(reinterpret_cast<const char*>(texture.pcData), size);
-    return number;
+    const std::string_view bytes(reinterpret_cast<const char*>(texture.pcData), size);
+    const auto found = std::ranges::find_if(mesh.images, [&](const Image_Source& image) {
+        return image.embedded && image.width == source.width && image.height == source.height && image.bytes == bytes;
+    });
+    if (found != mesh.images.end()) {
+        return static_cast<std::uint32_t>(found - mesh.images.begin());
+    }
+    source.bytes = bytes;
+    mesh.images.push_back(std::move(source));
+    return static_cast<std::uint32_t>(mesh.images.size() - 1);
 }
 
 bool is_gltf(const aiMaterial& material) {
@@ -106,7 +113,8 @@ bool is_gltf(const aiMaterial& material) {
     return material.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == AI_SUCCESS;
 }
 
-void read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file, Paint& paint) {
+void read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file, Paint& paint,
+                Load_Limits& limits) {
     for (const aiTextureType type : {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE}) {
         aiString path;
         if (from.GetTexture(type, 0, &path) != AI_SUCCESS || path.length == 0) {
@@ -114,7 +122,7 @@ void read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const 
         }
         const aiTexture* embedded = scene.GetEmbeddedTexture(path.C_Str());
         paint.material.image = embedded ? embedded_image_number(mesh, file + ": image " + path.C_Str(), *embedded)
-                                        : image_number(mesh, image_path(file, path.C_Str()));
+                                        : image_number(mesh, image_path(file, file, path.C_Str(), limits), file);
         paint.material.wrap_u = wrap_of(from, "$tex.mapmodeu", type);
         paint.material.wrap_v = wrap_of(from, "$tex.mapmodev", type);
         int channel_number = 0;
@@ -128,9 +136,9 @@ void read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const 
     }
 }
 
-Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file) {
+Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file, Load_Limits& limits) {
     Paint paint;
-    read_image(mesh, scene, from, file, paint);
+    read_image(mesh, scene, from, file, paint, limits);
     const bool textured = paint.material.image != no_image;
     aiColor4D color;
     paint.gltf = is_gltf(from);
@@ -155,6 +163,9 @@ Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const
     }
     if (paint.material.transparency == Transparency::none || paint.material.transparency == Transparency::cut_out) {
         paint.material.opacity = 1;
+    }
+    for (float* number : {&paint.material.opacity, &paint.material.cut_off}) {
+        *number = std::isfinite(*number) ? *number : 1;
     }
     return paint;
 }
@@ -185,7 +196,7 @@ Texture_Point coordinate(const aiMesh& part, unsigned v, const Paint& paint) {
     return paint.transform ? (*paint.transform)(place.x, place.y) : Texture_Point{place.x, place.y};
 }
 
-void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, const std::string& file) {
+void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, const std::string& file, Load_Limits& limits) {
     const auto base = static_cast<std::uint32_t>(mesh.positions.size());
     const bool known = part.mMaterialIndex < paints.size();
     const Paint paint = known ? paints[part.mMaterialIndex] : Paint{};
@@ -217,14 +228,38 @@ void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, co
             corners.push_back(base + face.mIndices[i]);
             places.push_back(mesh.positions[corners.back()]);
         }
-        append_polygon(mesh, corners, places);
+        append_polygon(mesh, corners, places, file, limits);
         mesh.triangle_materials.resize(mesh.triangle_count(), known ? part.mMaterialIndex : no_material);
     }
 }
 
-Mesh read_here(const Input& input) {
+// What a model may open.
+class Files_Of_Model : public Assimp::DefaultIOSystem {
+public:
+    Files_Of_Model(const std::string& model, const Load_Limits& limits) : model_(model), limits_(limits) {}
+
+    bool Exists(const char* name) const override { return limits_.allows(model_, name) && DefaultIOSystem::Exists(name); }
+    Assimp::IOStream* Open(const char* name, const char* mode) override {
+        if (!limits_.allows(model_, name)) {
+            refused_ = name;
+            return nullptr;
+        }
+        return DefaultIOSystem::Open(name, mode);
+    }
+    // Empty when there was none.
+    const std::string& refused() const { return refused_; }
+
+private:
+    const std::string& model_;
+    const Load_Limits& limits_;
+    std::string refused_;
+};
+
+Mesh read_here(const Input& input, Load_Limits& limits) {
     const std::string& file = input.name;
     Assimp::Importer importer;
+    auto* const files = new Files_Of_Model(file, limits); // which the library destroys
+    importer.SetIOHandler(files);
     importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
     constexpr unsigned steps = aiProcess_JoinIdenticalVertices | aiProcess_PreTransformVertices | aiProcess_SortByPType;
     const aiScene* scene =
@@ -235,6 +270,9 @@ Mesh read_here(const Input& input) {
                           (input.content->empty() ? "nothing" : "another one; --input-format names it"));
     }
     if (!scene) {
+        if (!files->refused().empty()) {
+            throw Model_Error(files->refused() + outside_text);
+        }
         std::string reason = importer.GetErrorString();
         std::ranges::replace(reason, '\n', ' ');
         throw Model_Error(file + ": expected a model file: " + reason);
@@ -245,11 +283,11 @@ Mesh read_here(const Input& input) {
     Mesh mesh;
     std::vector<Paint> paints;
     for (unsigned m = 0; m < scene->mNumMaterials; ++m) {
-        paints.push_back(read_paint(mesh, *scene, *scene->mMaterials[m], file));
+        paints.push_back(read_paint(mesh, *scene, *scene->mMaterials[m], file, limits));
         mesh.materials.push_back(paints.back().material);
     }
     for (unsigned m = 0; m < scene->mNumMeshes; ++m) {
-        append(mesh, *scene->mMeshes[m], paints, file);
+        append(mesh, *scene->mMeshes[m], paints, file, limits);
     }
     if (mesh.images.empty()) {
         mesh.coordinates.clear();
@@ -277,12 +315,14 @@ void send(Process_Pipe& pipe, const Mesh& mesh) {
     }
 }
 
-Mesh receive(Process_Pipe& pipe) {
+Mesh receive(Process_Pipe& pipe, const std::string& file, Load_Limits& limits) {
     Mesh mesh;
     mesh.positions = pipe.read_list<decltype(mesh.positions)>();
+    limits.take_memory(file, vertex_memory * mesh.positions.size());
     mesh.normals = pipe.read_list<decltype(mesh.normals)>();
     mesh.colors = pipe.read_list<decltype(mesh.colors)>();
     mesh.triangles = pipe.read_list<decltype(mesh.triangles)>();
+    limits.take_memory(file, triangle_memory * mesh.triangle_count());
     mesh.diagonals = pipe.read_list<decltype(mesh.diagonals)>();
     mesh.coordinates = pipe.read_list<decltype(mesh.coordinates)>();
     mesh.triangle_materials = pipe.read_list<decltype(mesh.triangle_materials)>();
@@ -290,7 +330,9 @@ Mesh receive(Process_Pipe& pipe) {
     for (auto left = pipe.read_value<std::size_t>(); left > 0; --left) {
         Image_Source& image = mesh.images.emplace_back();
         image.name = pipe.read_list<std::string>();
+        image.model = file;
         image.bytes = pipe.read_list<std::string>();
+        limits.take_memory(file, image.bytes.size());
         image.embedded = pipe.read_value<bool>();
         const auto size = pipe.read_value<VT_Int_Pair>();
         image.width = size.x;
@@ -299,15 +341,34 @@ Mesh receive(Process_Pipe& pipe) {
     return mesh;
 }
 
-// Bytes that the library may take for a file of so many.
-std::size_t memory_for(std::uintmax_t file_size) {
-    constexpr std::uintmax_t least = std::uintmax_t{4} << 30, times = 64;
-    return static_cast<std::size_t>(file_size > UINT64_MAX / times ? UINT64_MAX : std::max(least, file_size * times));
+// Addresses that the library may take, besides those in use.
+std::size_t memory_for(const Load_Limits& limits) {
+    const std::uint64_t used = address_space(), left = limits.memory_left();
+    return static_cast<std::size_t>(left > UINT64_MAX - used ? UINT64_MAX : used + left);
 }
 
 #endif
 
-void check_readable(const std::string& file) {
+// Buffers that a glTF file names give room for what they hold.
+void add_buffers(const Input& input, Load_Limits& limits) {
+    const std::string read = input.content ? std::string() : read_file(input.name, limits);
+    const std::string_view text = input.content ? *input.content : read, key = "\"uri\"";
+    for (std::size_t at = text.find(key); at != text.npos; at = text.find(key, at + 1)) {
+        const std::size_t start = text.find('"', at + key.size()), end = text.find('"', start + 1);
+        if (start == text.npos || end == text.npos) {
+            return;
+        }
+        const std::string name(text.substr(start + 1, std::min<std::size_t>(end - start - 1, 4096)));
+        std::error_code error;
+        const std::filesystem::path file = path_of(input.name).parent_path() / path_of(name);
+        if (!name.starts_with("data:") && limits.allows(input.name, file.string()) &&
+            std::filesystem::is_regular_file(file, error)) {
+            limits.add_file(std::filesystem::weakly_canonical(file, error).string(), std::filesystem::file_size(file, error));
+        }
+    }
+}
+
+void check_readable(const std::string& file, Load_Limits& limits) {
     std::error_code error;
     if (std::filesystem::is_directory(path_of(file), error)) {
         throw Model_Error(file + ": cannot be read: Is a directory");
@@ -315,6 +376,9 @@ void check_readable(const std::string& file) {
     errno = 0;
     if (!std::ifstream(path_of(file), std::ios::binary)) {
         throw Model_Error(file + ": cannot be read: " + std::generic_category().message(errno));
+    }
+    if (const auto size = std::filesystem::file_size(path_of(file), error); !error) {
+        limits.add_file(file, size);
     }
 }
 
@@ -325,37 +389,38 @@ bool is_assimp_format(const std::string& format) {
 }
 
 // In a process of its own: damaged files make the library crash, run on without end or take all memory.
-Mesh read_with_assimp(const Input& input) {
+Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
     const std::string& file = input.name;
     if (!input.content) {
-        check_readable(file);
+        check_readable(file, limits);
+    }
+    if (input.format == "gltf") {
+        add_buffers(input, limits);
     }
 #if defined(_WIN32)
-    return read_here(input);
+    return read_here(input, limits);
 #else
     Mesh mesh;
     std::string refusal;
     const auto work = [&](Process_Pipe& pipe) {
         try {
-            const Mesh read = read_here(input);
+            const Mesh read = read_here(input, limits);
             pipe.write_list(std::string());
             send(pipe, read);
-        } catch (const Model_Error& error) {
+        } catch (const Usage_Error& error) {
             pipe.write_list(std::string(error.what()));
         } catch (const std::bad_alloc&) {
-            pipe.write_list(file + ": expected a model file: there is not enough memory to read it");
+            pipe.write_list(limits.memory_refusal(file));
         }
     };
     const auto take = [&](Process_Pipe& pipe) {
         refusal = pipe.read_list<std::string>();
         if (refusal.empty()) {
-            mesh = receive(pipe);
+            mesh = receive(pipe, file, limits);
         }
     };
-    std::error_code ignored;
-    const std::uintmax_t size = input.content ? input.content->size() : std::filesystem::file_size(path_of(file), ignored);
     try {
-        run_apart(memory_for(ignored ? 0 : size), work, take);
+        run_apart(memory_for(limits), work, take);
     } catch (const Broken_Off& error) {
         throw Model_Error(file + ": expected a model file: the library for its format came to its end by " + error.what());
     }
