@@ -50,10 +50,14 @@ std::string read_input(const std::string& path, Load_Limits& limits, std::size_t
 
 std::string unpacked_input(const std::string& name, const std::string& packed, Load_Limits& limits, std::size_t most) {
     try {
-        return gunzip(packed, most, [&](std::size_t bytes) {
+        std::string content = gunzip(packed, most, [&](std::size_t bytes) {
             limits.take_memory(name, bytes);
             limits.take_work(name, bytes);
         });
+        // Texts shrink to a quarter at least, so that so much gives room as if it had not been packed.
+        constexpr std::size_t usual_ratio = 4;
+        limits.add_file(name + ", unpacked", std::min(content.size(), usual_ratio * packed.size()));
+        return content;
     } catch (const Load_Error&) {
         throw;
     } catch (const std::runtime_error& error) {
