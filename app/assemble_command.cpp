@@ -4,15 +4,21 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
 #include "app/command.h"
 #include "app/interruption.h"
+#include "app/load_limits.h"
+#include "app/memory.h"
 #include "app/output_file.h"
 #include "app/part_reader.h"
+#include "app/path.h"
 #include "app/picture_stream.h"
 #include "app/sha256.h"
 
@@ -22,7 +28,7 @@ namespace {
 
 struct Assemble_Options {
     std::vector<std::string> parts;
-    std::string output;
+    std::string output, max_memory;
     unsigned threads = 0;
     bool hash = false;
 };
@@ -34,18 +40,21 @@ std::string number_text(const Picture_Part& part) {
 
 // The files by the numbers of their parts. Throws Usage_Error when they are not the parts of one picture.
 struct Part_Files {
-    Picture_Part part; // the first one
-    Png_Form form;     // of the whole picture
-    std::vector<std::string> names;
+    Picture_Part part;                         // the first one
+    Png_Form form;                             // of the whole picture
+    std::map<std::int32_t, std::string> names; // by number; a part of as many as it says does not make them all
 
     explicit Part_Files(const std::vector<std::string>& files) {
         for (const std::string& file : files) {
             add(Part_Reader(file));
         }
-        const auto missing = std::ranges::find(names, "");
-        if (missing != names.end()) {
+        std::int32_t missing = 0;
+        while (names.contains(missing)) {
+            ++missing;
+        }
+        if (missing < std::int64_t{part.columns} * part.rows) {
             Picture_Part lost = part;
-            lost.number = static_cast<std::int32_t>(missing - names.begin());
+            lost.number = missing;
             throw Usage_Error("assemble: expected all parts, found no " + number_text(lost));
         }
     }
@@ -59,7 +68,6 @@ private:
             form.width = static_cast<std::uint32_t>(part.size.x);
             form.height = static_cast<std::uint32_t>(part.size.y);
             form.place.clear();
-            names.resize(static_cast<std::size_t>(part.columns) * static_cast<std::size_t>(part.rows));
         }
         if (found.size != part.size || found.columns != part.columns || found.rows != part.rows) {
             throw Usage_Error(reader.name() + ": expected a part of the same picture, found " + number_text(found));
@@ -67,7 +75,7 @@ private:
         if (reader.form().colors != form.colors || reader.form().palette != form.palette) {
             throw Usage_Error(reader.name() + ": expected pixels like those of the other parts, found others");
         }
-        std::string& name = names[static_cast<std::size_t>(found.number)];
+        std::string& name = names[found.number];
         if (!name.empty()) {
             throw Usage_Error(reader.name() + ": expected each part once, found " + number_text(found) + " in " + name + " too");
         }
@@ -108,10 +116,10 @@ private:
         const std::int32_t row = band_rows_[band];
         std::unique_ptr<Part_Reader>& reader = readers_[column];
         if (band == 0 || band_rows_[band - 1] != row) {
-            const std::size_t number = static_cast<std::size_t>(row) * source_.parts + column;
+            const std::int32_t number = row * files_.part.columns + static_cast<std::int32_t>(column);
             reader = nullptr;
-            reader = std::make_unique<Part_Reader>(files_.names[number]);
-            if (reader->part().number != static_cast<std::int32_t>(number) || reader->part().size != files_.part.size) {
+            reader = std::make_unique<Part_Reader>(files_.names.at(number));
+            if (reader->part().number != number || reader->part().size != files_.part.size) {
                 throw Usage_Error(reader->name() + ": expected the part that it was, found another one");
             }
         }
@@ -135,6 +143,14 @@ void assemble(const Assemble_Options& options) {
     Stream_Settings settings;
     settings.threads = options.threads > 0 ? options.threads : std::max(1U, std::thread::hardware_concurrency());
     settings.rows_ahead = (2 * settings.threads + 2) * png_block_rows(files.form);
+    Load_Limits limits(parsed_limit(options.max_memory));
+    for (const auto& [number, name] : files.names) {
+        std::error_code none;
+        if (const auto size = std::filesystem::file_size(path_of(name), none); !none) {
+            limits.add_file(name, size);
+        }
+    }
+    limits.take_memory(files.names.at(0), stream_memory(files.form, parts.source().band_ends, settings));
     Sha256 hash;
     settings.hash = options.hash ? &hash : nullptr;
     const Interruption interruption;
@@ -160,6 +176,7 @@ void add_assemble_command(CLI::App& application, int& status) {
     command.add_option("--threads", options->threads, "Threads that compress; as many as there are processors if not given")
         ->check(between(1, 1024));
     command.add_flag("--hash", options->hash, "Print the SHA-256 of the pixels");
+    add_memory_option(command, options->max_memory);
     command.footer(
         footer({{"vorna render bunny.obj -o 0.png --size 40000x20000 --tiles-of 2x1 --tile 0", "the left half, and so on"},
                 {"vorna assemble 0.png 1.png -o poster.png", "both halves as one picture"}}));

@@ -92,6 +92,15 @@ template CLI::Validator between(int, int);
 template CLI::Validator between(std::int64_t, std::int64_t);
 template CLI::Validator between(double, double);
 
+void add_memory_option(CLI::App& command, std::string& text) {
+    command
+        .add_option(
+            "--max-memory", text,
+            "Memory to get along with, such as 512M or 2G; bytes without K, M, G or T. By default 1G, or 64 times what the "
+            "files have if that is more")
+        ->type_name("SIZE");
+}
+
 CLI::Validator written_as(const std::vector<std::string>& endings) {
     static const std::vector<std::string> known{
         "png",  "jpg", "jpeg", "gif", "bmp",  "tif", "tiff", "webp", "svg", "pdf", "ps",  "eps",  "ppm",     "pgm",

@@ -49,6 +49,9 @@ CLI::Validator one_of(const std::vector<std::string>& names);
 // Refuses what is no number from least to most; of int and std::int64_t what is not whole, too.
 template <class Number> CLI::Validator between(Number least, Number most);
 
+// Adds --max-memory, which every command has that reads what others have written.
+void add_memory_option(CLI::App& command, std::string& text);
+
 // Refuses names of files to be written that end as files of other kinds do: pictures, models and documents. endings: in lower
 // case and without the dot, the first one as it should be.
 CLI::Validator written_as(const std::vector<std::string>& endings);

@@ -11,6 +11,7 @@
 #include "app/command.h"
 #include "app/image_comparison.h"
 #include "app/input_file.h"
+#include "app/memory.h"
 #include "app/messages.h"
 #include "app/output_file.h"
 
@@ -19,7 +20,7 @@ namespace app {
 namespace {
 
 struct Compare_Arguments {
-    std::string first, second, fuzz, difference;
+    std::string first, second, fuzz, difference, max_memory;
 };
 
 std::optional<Fuzz> parsed_fuzz(const std::string& text) {
@@ -38,9 +39,9 @@ std::optional<Fuzz> parsed_fuzz(const std::string& text) {
     throw Usage_Error("--fuzz: expected MAXDIFF,COUNT, a difference and a number of pixels, found '" + text + "'");
 }
 
-Png_Image image_at(const std::string& path) {
+Png_Image image_at(const std::string& path, Load_Limits& limits) {
     try {
-        return read_png(read_input(path));
+        return read_png(name_of_input(path), read_input(path, limits), limits);
     } catch (const Png_Error& error) {
         throw Usage_Error(name_of_input(path) + ": " + error.what());
     }
@@ -52,7 +53,8 @@ bool are_same(const Compare_Arguments& arguments) {
         throw Usage_Error("expected two images, found standard input twice");
     }
     refuse_same_files({arguments.first, arguments.second}, {arguments.difference});
-    const Png_Image first = image_at(arguments.first), second = image_at(arguments.second);
+    Load_Limits limits(parsed_limit(arguments.max_memory));
+    const Png_Image first = image_at(arguments.first, limits), second = image_at(arguments.second, limits);
     const Image_Difference difference = compare(first, second, fuzz);
     if (!arguments.difference.empty()) {
         if (first.width != second.width || first.height != second.height) {
@@ -84,6 +86,7 @@ void add_compare_command(CLI::App& application, int& status) {
     command.add_option("--diff", arguments->difference, "Write the first image in pale grey, pixels that differ in red")
         ->type_name("FILE.png")
         ->check(written_as({"png"}));
+    add_memory_option(command, arguments->max_memory);
     command.fallthrough();
     command.callback([arguments, &status] {
         // Status 1 says that they differ: whatever else fails is wrong input.

@@ -63,7 +63,7 @@ std::string gzip(std::string_view content) {
     return packed;
 }
 
-std::string gunzip(std::string_view packed, std::size_t most) {
+std::string gunzip(std::string_view packed, std::size_t most, const std::function<void(std::size_t)>& grow) {
     z_stream stream = {};
     if (inflateInit2(&stream, gzip_window) != Z_OK) {
         throw std::runtime_error("compressed data cannot be read");
@@ -81,7 +81,11 @@ std::string gunzip(std::string_view packed, std::size_t most) {
             throw std::runtime_error(status == Z_BUF_ERROR ? "compressed data that ends too early"
                                                            : "compressed data is damaged");
         }
-        content.append(block.data(), block.size() - stream.avail_out);
+        const std::size_t unpacked = block.size() - stream.avail_out;
+        if (grow) {
+            grow(unpacked);
+        }
+        content.append(block.data(), unpacked);
         if (content.size() > most) {
             throw std::runtime_error("longer than " + std::to_string(most >> 20) + " MiB when unpacked");
         }

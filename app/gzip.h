@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -13,7 +14,7 @@ bool is_gzip(std::string_view bytes) noexcept;
 std::string gzip(std::string_view content);
 
 // The content of one whole file in that format. Throws std::runtime_error that says what is wrong: damaged, cut off, more behind
-// its end, or longer than `most` bytes unpacked.
-std::string gunzip(std::string_view packed, std::size_t most);
+// its end, or longer than `most` bytes unpacked. grow: is told of the bytes that are coming, part by part.
+std::string gunzip(std::string_view packed, std::size_t most, const std::function<void(std::size_t)>& grow = {});
 
 } // namespace app

@@ -9,13 +9,13 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
 #include <string_view>
 #include <system_error>
 
 #include "app/command.h"
 #include "app/gzip.h"
 #include "app/input_file.h"
+#include "app/json_memory.h"
 #include "app/path.h"
 #include "app/scene/model_reader.h"
 
@@ -103,7 +103,7 @@ bool is_plain(const std::string& path) {
 }
 
 // As a suffix: ply, stl, obj, glb, gltf, json (a map) or dxf; empty for others.
-std::string format_of_content(const std::string& content) {
+std::string format_of_content(const std::string& name, const std::string& content, Load_Limits& limits) {
     const std::string_view text = content;
     if (text.starts_with("ply\n") || text.starts_with("ply\r")) {
         return "ply";
@@ -112,6 +112,7 @@ std::string format_of_content(const std::string& content) {
         return "glb";
     }
     if (const std::size_t start = text.find_first_not_of(blanks); start != text.npos && text[start] == '{') {
+        const Load_Limits::Loan document_memory(limits, name, json_memory(content));
         const auto document = nlohmann::json::parse(content, nullptr, false);
         return document.is_object() && document.contains("asset") ? "gltf" : "json";
     }
@@ -120,7 +121,7 @@ std::string format_of_content(const std::string& content) {
 
 } // namespace
 
-Input open_input(const std::string& path, const std::string& format) {
+Input open_input(const std::string& path, const std::string& format, Load_Limits& limits) {
     if (!format.empty() && std::ranges::find(map_formats, format) == map_formats.end() && !scene::is_model_format(format)) {
         throw Usage_Error("--input-format: expected a suffix of files that can be read, as obj, ply, stl, json or dxf, found '" +
                           format + "'");
@@ -132,19 +133,15 @@ Input open_input(const std::string& path, const std::string& format) {
         is_plain(path)) {
         return input;
     }
-    input.content = read_input(path, largest_input);
+    input.content = read_input(path, limits, largest_input);
     if (is_gzip(*input.content)) {
-        try {
-            input.content = gunzip(*input.content, largest_input);
-        } catch (const std::runtime_error& error) {
-            throw Usage_Error(input.name + ": " + error.what());
-        }
+        input.content = unpacked_input(input.name, *input.content, limits, largest_input);
     }
     if (input.format == "gz") {
         input.format = suffix_of(path_of(path).stem());
     }
     if (format.empty() && !is_map(input) && !scene::is_model_format(input.format)) {
-        const std::string found = format_of_content(*input.content);
+        const std::string found = format_of_content(input.name, *input.content, limits);
         input.format = found.empty() ? input.format : found;
     }
     return input;

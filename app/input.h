@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "app/load_limits.h"
+
 namespace app {
 
 struct Input {
@@ -15,7 +17,7 @@ struct Input {
 
 // Finds out about a file; "-" is standard input. format: what the user says it is, empty = nothing. Without that the name's
 // suffix decides, and the content where that says nothing. Compressed files (gzip) are unpacked. Throws Usage_Error.
-Input open_input(const std::string& path, const std::string& format);
+Input open_input(const std::string& path, const std::string& format, Load_Limits& limits);
 
 // Maps and drawings: GeoJSON, TopoJSON and DXF.
 bool is_map(const Input& input);

@@ -1,14 +1,17 @@
 // Files that are read whole.
 #include "app/input_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fstream>
 #include <iostream>
+#include <stdexcept>
 #include <system_error>
 #include <vector>
 
 #include "app/command.h"
+#include "app/gzip.h"
 #include "app/path.h"
 #include "app/standard_streams.h"
 
@@ -18,7 +21,8 @@ std::string name_of_input(const std::string& path) {
     return path == "-" ? "standard input" : path;
 }
 
-std::string read_input(const std::string& path, std::size_t most) {
+std::string read_input(const std::string& path, Load_Limits& limits, std::size_t most) {
+    most = std::min<std::size_t>(most, limits.most_of_a_file());
     std::ifstream file;
     errno = 0;
     if (path == "-") {
@@ -39,7 +43,26 @@ std::string read_input(const std::string& path, std::size_t most) {
     if (stream.bad() || (path == "-" ? std::ferror(stdin) != 0 : !file.is_open())) {
         throw Usage_Error(name_of_input(path) + ": cannot be read: " + std::generic_category().message(errno));
     }
+    limits.add_file(name_of_input(path), bytes.size());
+    limits.take_memory(name_of_input(path), bytes.size());
     return bytes;
+}
+
+std::string unpacked_input(const std::string& name, const std::string& packed, Load_Limits& limits, std::size_t most) {
+    try {
+        std::string content = gunzip(packed, most, [&](std::size_t bytes) {
+            limits.take_memory(name, bytes);
+            limits.take_work(name, bytes);
+        });
+        // Texts shrink to a quarter at least, so that so much gives room as if it had not been packed.
+        constexpr std::size_t usual_ratio = 4;
+        limits.add_file(name + ", unpacked", std::min(content.size(), usual_ratio * packed.size()));
+        return content;
+    } catch (const Load_Error&) {
+        throw;
+    } catch (const std::runtime_error& error) {
+        throw Usage_Error(name + ": " + error.what());
+    }
 }
 
 } // namespace app

@@ -4,12 +4,17 @@
 #include <cstddef>
 #include <string>
 
+#include "app/load_limits.h"
+
 namespace app {
 
 // What messages call the file: "-" is standard input.
 std::string name_of_input(const std::string& path);
 
 // The bytes of the file; "-" is standard input. Throws Usage_Error that names the file, also when it has more than `most` bytes.
-std::string read_input(const std::string& path, std::size_t most = std::size_t{1} << 30);
+std::string read_input(const std::string& path, Load_Limits& limits, std::size_t most = std::size_t{1} << 30);
+
+// What such bytes hold that are compressed by gzip. name: what messages call the file. Throws likewise.
+std::string unpacked_input(const std::string& name, const std::string& packed, Load_Limits& limits, std::size_t most);
 
 } // namespace app

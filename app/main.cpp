@@ -24,7 +24,7 @@
 namespace {
 
 int complain(const std::string& message, int status) {
-    std::cerr << "vorna: " << app::printable(message) << '\n';
+    app::print(stderr, "vorna: " + app::printable(message) + '\n');
     return status;
 }
 

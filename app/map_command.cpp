@@ -369,7 +369,7 @@ void warn(const Map& map, bool strict) {
 }
 
 Map_Drawing::Map_Drawing(const Map_Picture& picture, const Map_Options& options)
-    : picture_(picture), options_(options), map_(load_map(picture.input, options.layer)) {
+    : picture_(picture), options_(options), map_(load_map(picture.input, options.layer, *picture.limits)) {
     extent_ = parsed_extent(options.bbox, map_.drawing);
     if (!options.water.empty()) {
         water_ = parsed_color("--water", options.water);
@@ -378,15 +378,15 @@ Map_Drawing::Map_Drawing(const Map_Picture& picture, const Map_Options& options)
         clip_shape_ = chosen_shape(map_, picture.input.name, options.clip_to);
     }
     choose_projection();
-    layer_.emplace(picture.input.name, map_, *projection_);
+    layer_.emplace(picture.input.name, map_, *projection_, *picture.limits);
     style_ = style_of(map_, *layer_);
     if (!options.overlay.empty()) {
-        const Input overlay = open_input(options.overlay, "");
+        const Input overlay = open_input(options.overlay, "", *picture.limits);
         if (!is_map(overlay)) {
             throw Usage_Error("--overlay: expected a map or drawing, found " + overlay.name);
         }
-        overlay_map_ = load_map(overlay, "");
-        overlay_.emplace(overlay.name, overlay_map_, *projection_);
+        overlay_map_ = load_map(overlay, "", *picture.limits);
+        overlay_.emplace(overlay.name, overlay_map_, *projection_, *picture.limits);
         overlay_style_ = overlay_style(overlay_map_);
     }
     globe_ = project_outline(*projection_);
@@ -478,6 +478,11 @@ void Map_Drawing::place_labels() {
     const VT_Int_Rectangle window{0, view_.size.x - 1, 0, view_.size.y - 1};
     const auto height = static_cast<std::int32_t>(std::ceil(font->height()));
     constexpr std::int32_t margin = 2;
+    // Of every view anew: who moves a map looks on for as long as he likes.
+    Load_Limits limits(picture_.limits->memory_left());
+    const auto text_of = [&](std::size_t shape) {
+        return font->text_of(map_.shapes[shape].name, view_.size.x, picture_.input.name, limits);
+    };
     Free_Room room;
     const auto add = [&](const Label_Font::Text& text, VT_Int_Pair at) {
         const VT_Int_Rectangle box{at.x - margin, at.x + static_cast<std::int32_t>(text.width) + margin, at.y - margin,
@@ -493,14 +498,17 @@ void Map_Drawing::place_labels() {
     for (const auto& [place, shape] : layer_->points()) {
         const Position p = view_.device_place(place);
         if (p.x >= 0 && p.y >= 0 && p.x < view_.size.x && p.y < view_.size.y) {
-            add(font->text_of(map_.shapes[shape].name),
+            add(text_of(shape),
                 {static_cast<std::int32_t>(p.x) + options_.marker_size / 2 + 3, static_cast<std::int32_t>(p.y) - height / 2});
         }
     }
     for (std::size_t s = 0; s < map_.shapes.size(); ++s) {
-        const Label_Font::Text text = font->text_of(map_.shapes[s].name);
+        if (map_.shapes[s].name.empty()) {
+            continue;
+        }
+        const Label_Font::Text text = text_of(s);
         const VT_Int_Pair size{static_cast<std::int32_t>(std::ceil(text.width)) + 2 * margin, height + 2 * margin};
-        const Face face = map_.shapes[s].name.empty() ? Face() : view_.device_face(layer_->face_of(s));
+        const Face face = view_.device_face(layer_->face_of(s));
         if (const auto at = place_in_face(face, window, size)) {
             add(text, {at->x + margin, at->y + margin});
         }
@@ -746,16 +754,13 @@ void describe(const Map_Picture& picture, const Map_Drawing& drawing) {
     const VT_Int_Pair size = drawing.size();
     const std::uint64_t pixels = static_cast<std::uint64_t>(size.x) * static_cast<std::uint64_t>(size.y);
     const bool indexed = picture.colors != 32;
-    std::printf("map: %s\ndrawn: %s\npicture: %dx%d, %s\nmemory: %s\nfile: %s\n", picture.input.name.c_str(),
-                drawing.summary().c_str(), size.x, size.y,
-                indexed               ? "256 colours"
-                : picture.transparent ? "32 bits a pixel, transparent"
-                                      : "32 bits a pixel",
-                memory_text(resident_memory() + pixels * (indexed               ? 1
-                                                          : picture.transparent ? 8
-                                                                                : 4))
-                    .c_str(),
-                picture.output == "-" ? "standard output" : picture.output.c_str());
+    const std::string kind = indexed ? "256 colours" : picture.transparent ? "32 bits a pixel, transparent" : "32 bits a pixel";
+    print(stdout, "map: " + printable(picture.input.name) + "\ndrawn: " + drawing.summary() +
+                      "\npicture: " + std::to_string(size.x) + 'x' + std::to_string(size.y) + ", " + kind + "\nmemory: " +
+                      memory_text(resident_memory() + pixels * (indexed               ? 1
+                                                                : picture.transparent ? 8
+                                                                                      : 4)) +
+                      "\nfile: " + (picture.output == "-" ? "standard output" : printable(picture.output)) + '\n');
 }
 
 // The file of what has been drawn, and the digest of its pixels.
@@ -832,7 +837,9 @@ void render_map(const Map_Picture& picture, const Map_Options& options, const Mo
         print_line(is_standard_output(picture.record) ? picture.record : picture.output, hash);
     }
     if (picture.stats) {
-        std::fprintf(stderr, "%s, load %.1f ms, setup %.1f ms, draw %.2f ms\n", drawing.summary().c_str(), load, setup, best);
+        std::array<char, 100> times;
+        std::snprintf(times.data(), times.size(), ", load %.1f ms, setup %.1f ms, draw %.2f ms\n", load, setup, best);
+        print(stderr, drawing.summary() + times.data());
     }
 }
 

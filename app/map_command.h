@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "app/command.h"
@@ -34,6 +35,7 @@ struct Map_Picture {
     int colors = 32;
     bool antialias = false;
     int repeat = 1;
+    std::shared_ptr<Load_Limits> limits = std::make_shared<Load_Limits>(); // of all that is read
     bool stats = false, strict = false, dry_run = false, allow_empty = false, hash = false;
 };
 

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <charconv>
 #include <string_view>
+#include <utility>
 
 #include "app/command.h"
 
@@ -21,21 +22,40 @@
 
 namespace app {
 
-std::uint64_t resident_memory() {
 #if defined(_WIN32)
+std::uint64_t resident_memory() {
     PROCESS_MEMORY_COUNTERS counters = {};
     return GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters) ? counters.WorkingSetSize : 0;
+}
+
+std::uint64_t address_space() {
+    return 0;
+}
 #else
+namespace {
+
+// Pages in all, and those in memory.
+std::pair<std::uint64_t, std::uint64_t> pages() {
     unsigned long long whole = 0, resident = 0;
     if (std::FILE* file = std::fopen("/proc/self/statm", "r")) {
         if (std::fscanf(file, "%llu %llu", &whole, &resident) != 2) {
-            resident = 0;
+            whole = resident = 0;
         }
         std::fclose(file);
     }
-    return resident * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
-#endif
+    return {whole, resident};
 }
+
+} // namespace
+
+std::uint64_t resident_memory() {
+    return pages().second * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+}
+
+std::uint64_t address_space() {
+    return pages().first * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+}
+#endif
 
 std::uint64_t parsed_memory(const char* option, const std::string& text) {
     std::uint64_t number = 0;
@@ -52,6 +72,10 @@ std::uint64_t parsed_memory(const char* option, const std::string& text) {
     }
     throw Usage_Error(std::string(option) + ": expected a number of bytes, or one with K, M, G or T as 512M or 2G, found '" +
                       text + "'");
+}
+
+std::optional<std::uint64_t> parsed_limit(const std::string& text) {
+    return text.empty() ? std::nullopt : std::optional(parsed_memory("--max-memory", text));
 }
 
 std::string memory_text(std::uint64_t bytes) {

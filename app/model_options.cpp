@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "app/color_option.h"
+#include "app/memory.h"
 #include "app/messages.h"
 #include "app/palette.h"
 #include "app/scene/model_reader.h"
@@ -185,10 +186,13 @@ void add_model_options(CLI::App& command, Model_Options& options, const std::str
         ->type_name("PALETTE");
     command.add_flag("--strict", options.strict,
                      "Fail when a file of materials, or a texture to be drawn, cannot be read, instead of warning");
+    add_memory_option(command, options.max_memory);
+    command.add_flag("--allow-outside", options.allow_outside,
+                     "Read materials, images and buffers that lie outside of a model's folder too");
     group_options(command, "Camera of models", "--view --camera --perspective --ortho --up --zoom");
     group_options(command, "Drawing", "--background --colors --antialias");
     group_options(command, "Drawing of models", "--shading --edges --edge-color --cull --color --light --palette");
-    group_options(command, "Input", "--input-format --strict");
+    group_options(command, "Input", "--input-format --strict --allow-outside --max-memory");
 }
 
 std::vector<std::string> arguments_of(const Model_Options& options) {
@@ -231,7 +235,13 @@ std::vector<std::string> arguments_of(const Model_Options& options) {
         add("--colors", "8", "");
     }
     add_flag("--strict", options.strict);
+    add_flag("--allow-outside", options.allow_outside);
+    add("--max-memory", options.max_memory, "");
     return arguments;
+}
+
+std::shared_ptr<Load_Limits> limits_of(const Model_Options& options) {
+    return std::make_shared<Load_Limits>(parsed_limit(options.max_memory), options.allow_outside);
 }
 
 VT_Int_Pair parsed_pair(const std::string& text, std::int32_t most, const std::string& expected) {
@@ -253,7 +263,7 @@ std::vector<Input> open_inputs(const Model_Options& options) {
     }
     std::vector<Input> inputs;
     for (const std::string& file : options.models) {
-        inputs.push_back(open_input(file, options.input_format));
+        inputs.push_back(open_input(file, options.input_format, *options.limits));
     }
     return inputs;
 }
@@ -279,7 +289,7 @@ Palette_Choice palette_of(const Model_Options& options) {
         }
         choice.drawn = cube_palette(*levels);
     } else {
-        choice.mapped = read_palette(options.palette);
+        choice.mapped = read_palette(options.palette, *options.limits);
     }
     if (options.colors == 32 && !options.palette.empty()) {
         throw Usage_Error("--palette: expected 8 bits a pixel, found --colors 32");
@@ -359,7 +369,7 @@ scene::Camera_Settings camera_settings_of(const Model_Options& options, const sc
 }
 
 scene::Mesh load_mesh(const Model_Options& options, std::vector<Input> inputs, bool empty) {
-    scene::Mesh mesh = scene::load_models(inputs, empty);
+    scene::Mesh mesh = scene::load_models(inputs, *options.limits, empty);
     warn(options, mesh.warnings);
     return mesh;
 }
@@ -373,7 +383,7 @@ std::unique_ptr<scene::Scene> make_faces(const Model_Options& options, const sce
     std::unique_ptr<scene::Scene> scene;
     std::vector<std::string> warnings;
     if (scene::Textured_Scene::has_work(mesh)) {
-        scene = std::make_unique<scene::Textured_Scene>(mesh, color, own_colors, warnings);
+        scene = std::make_unique<scene::Textured_Scene>(mesh, color, own_colors, warnings, *options.limits);
     } else {
         scene = std::make_unique<scene::Scene_Renderer>(mesh, color, own_colors);
     }

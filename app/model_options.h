@@ -10,6 +10,7 @@
 #include "app/drawn_model.h"
 #include "app/image_file.h"
 #include "app/input.h"
+#include "app/load_limits.h"
 #include "app/scene/camera.h"
 #include "app/scene/edge_renderer.h"
 #include "app/scene/mesh.h"
@@ -37,6 +38,9 @@ struct Model_Options {
     int colors = 0;      // bits a pixel of the file; 0 = as the palette needs, 32 without one
     std::string palette; // cube, levels as 8x8x4, or a file; empty = none
     bool strict = false;
+    std::string max_memory; // empty = by the files' sizes
+    bool allow_outside = false;
+    std::shared_ptr<Load_Limits> limits = std::make_shared<Load_Limits>(); // of all that is read
 
     bool has_faces() const noexcept { return picture.shading != scene::Shading::wireframe; }
     bool has_edges() const noexcept { return !edges.empty() || !has_faces() || picture.shading == scene::Shading::hidden_line; }
@@ -45,6 +49,9 @@ struct Model_Options {
 
 // inputs: what the files may be, for the help.
 void add_model_options(CLI::App& command, Model_Options& options, const std::string& inputs);
+
+// Limits as the options say. Throws Usage_Error.
+std::shared_ptr<Load_Limits> limits_of(const Model_Options& options);
 
 // The options as a shell's words, as far as they differ from the defaults.
 std::vector<std::string> arguments_of(const Model_Options& options);

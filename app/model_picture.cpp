@@ -21,6 +21,7 @@
 #include "app/input_file.h"
 #include "app/interruption.h"
 #include "app/memory.h"
+#include "app/messages.h"
 #include "app/output_file.h"
 #include "app/palette.h"
 #include "app/picture/picture_file.h"
@@ -146,7 +147,6 @@ private:
     Picture_Part part_;
     Palette_Choice palette_;
     VT_RGB32 background_;
-    std::uint64_t max_memory_;
     scene::Edge_Settings edge_settings_;
     scene::Picture_Settings settings_;
     std::optional<Palette_Dither> dither_;
@@ -168,8 +168,7 @@ private:
 
 Rendering::Rendering(const Model_Picture& options, const Module_Choice& module)
     : options_(options), module_(module), part_(parsed_part(options)), palette_(palette_of(options)),
-      background_(options.is_transparent() ? white : background_of(options)),
-      max_memory_(parsed_memory("--max-memory", options.max_memory)), edge_settings_(edge_settings_of(options)),
+      background_(options.is_transparent() ? white : background_of(options)), edge_settings_(edge_settings_of(options)),
       settings_(picture_settings_of(options)) {
     base_color_of(options);
     check_combinations(options, part_, palette_);
@@ -251,7 +250,7 @@ void Rendering::plan() {
                          .pixel_memory = Tile_Artist::pixel_memory + (options_.is_transparent() ? 4 : 0),
                          .thread_memory = dither_ ? Palette_Dither::memory : 0,
                          .threads = options_.threads > 0 ? options_.threads : std::max(1U, std::thread::hardware_concurrency()),
-                         .max_memory = max_memory_,
+                         .max_memory = options_.limits->memory(),
                          .model_memory = resident_memory() + model_.prepared_memory()};
     if (options_.tile_size > 0) {
         request.tile_size = options_.tile_size;
@@ -263,7 +262,7 @@ void Rendering::plan() {
         const unsigned threads = request.threads;
         request.threads = 1;
         plan_ = plan_picture(request);
-        const std::uint64_t room = (max_memory_ - model_memory_) / std::max<std::uint64_t>(plan_->memory, 1);
+        const std::uint64_t room = (options_.limits->memory() - model_memory_) / std::max<std::uint64_t>(plan_->memory, 1);
         frames_at_once_ = std::min(
             {threads, static_cast<unsigned>(frame_count()), static_cast<unsigned>(std::clamp<std::uint64_t>(room, 1, threads))});
     }
@@ -276,7 +275,9 @@ void Rendering::plan() {
 
 void Rendering::describe() const {
     const scene::Tile_Grid& grid = plan_->grid;
-    const auto print = [](const char* what, const std::string& text) { std::printf("%s: %s\n", what, text.c_str()); };
+    const auto print = [](const char* what, const std::string& text) {
+        app::print(stdout, what + (": " + printable(text)) + '\n');
+    };
     const auto sides = [](std::int64_t width, std::int64_t height) {
         return std::to_string(width) + "x" + std::to_string(height);
     };
@@ -299,8 +300,8 @@ void Rendering::describe() const {
         print("frames", std::to_string(frame_count()));
     }
     const std::uint64_t picture = plan_->memory * frames_at_once_;
-    print("memory", memory_text(model_memory_ + picture) + " of " + memory_text(max_memory_) + ", " + memory_text(picture) +
-                        " of it for the picture");
+    print("memory", memory_text(model_memory_ + picture) + " of " + memory_text(options_.limits->memory()) + ", " +
+                        memory_text(picture) + " of it for the picture");
     std::string output = options_.output;
     if (is_turntable()) {
         const std::string last = frame_name(options_.output, frame_count() - 1, frame_count());
@@ -456,8 +457,8 @@ void Rendering::warn_of_cut_frames() const {
         if (farthest < near_by) {
             std::snprintf(advice, sizeof advice, "--zoom %.2g does", options_.camera.zoom * 0.98 / farthest);
         }
-        std::fprintf(stderr, "vorna: warning: --turntable: %d of %d frames do not show the whole model; %s\n", count,
-                     frame_count(), advice);
+        warn("--turntable: " + std::to_string(count) + " of " + std::to_string(frame_count()) +
+             " frames do not show the whole model; " + advice);
     }
 }
 
@@ -528,8 +529,8 @@ void Rendering::draw_frames() {
         file->commit();
     }
     for (std::size_t f = 0; f < count && options_.hash; ++f) {
-        std::printf("%s  %s\n", hashes[f].c_str(),
-                    frame_name(options_.output, static_cast<std::int32_t>(f), frame_count()).c_str());
+        print(stdout,
+              hashes[f] + "  " + printable(frame_name(options_.output, static_cast<std::int32_t>(f), frame_count())) + '\n');
     }
     times_.written = milliseconds_since(start);
 }
@@ -538,7 +539,8 @@ void Rendering::print_stats() const {
     const Times& times = times_;
     std::vector<double> draws = times.draws;
     std::ranges::sort(draws);
-    std::fprintf(stderr, "%s, load %.1f ms, setup %.1f ms", model_.summary().c_str(), times.load, times.setup);
+    print(stderr, printable(model_.summary())); // names of textures are in it
+    std::fprintf(stderr, ", load %.1f ms, setup %.1f ms", times.load, times.setup);
     if (!draws.empty()) {
         std::fprintf(stderr, ", draw %.2f ms", draws.front());
     }

@@ -19,7 +19,6 @@ struct Model_Picture : Model_Options {
     std::int32_t supersample = 1;
     std::int32_t turntable = 0; // frames; 0 = a single picture
     unsigned threads = 0;
-    std::string max_memory = "1G";
     int repeat = 1;
     bool stats = false, hash = false, dry_run = false, allow_empty = false;
 };

@@ -44,10 +44,10 @@ bool read_levels(std::string_view line, VT_RGB32& color) {
     return true;
 }
 
-std::vector<VT_RGB32> colors_of_png(const std::string& file, std::string_view content) {
+std::vector<VT_RGB32> colors_of_png(const std::string& file, std::string_view content, Load_Limits& limits) {
     std::vector<VT_RGB32> colors;
     try {
-        const Png_Image image = read_png(content);
+        const Png_Image image = read_png(file, content, limits);
         for (std::size_t i = 0; i + 2 < image.palette.size() && image.colors == Png_Image::Colors::palette; i += 3) {
             const auto level = [&](std::size_t channel) { return static_cast<std::uint8_t>(image.palette[i + channel]); };
             colors.push_back({level(2), level(1), level(0), 255});
@@ -111,12 +111,13 @@ VT_Reference<const VT_Palette> cube_palette(VT_Int_RGB levels) {
     return VT_Reference<const VT_Palette>(new VT_Palette(std::move(colors), VT_Color_Cube(levels, 1.0F, 0)));
 }
 
-std::vector<VT_RGB32> read_palette(const std::string& file) {
-    return palette_colors(file, read_input(file, std::size_t{64} << 20));
+std::vector<VT_RGB32> read_palette(const std::string& file, Load_Limits& limits) {
+    return palette_colors(file, read_input(file, limits, std::size_t{64} << 20), limits);
 }
 
-std::vector<VT_RGB32> palette_colors(const std::string& file, std::string_view content) {
-    std::vector<VT_RGB32> colors = content.starts_with("\x89PNG") ? colors_of_png(file, content) : colors_of_text(file, content);
+std::vector<VT_RGB32> palette_colors(const std::string& file, std::string_view content, Load_Limits& limits) {
+    std::vector<VT_RGB32> colors =
+        content.starts_with("\x89PNG") ? colors_of_png(file, content, limits) : colors_of_text(file, content);
     if (colors.empty() || colors.size() > most_colors) {
         throw Usage_Error(file + ": expected a palette of 1 to 256 colours, found " + std::to_string(colors.size()));
     }

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/load_limits.h"
 #include "renderer/host/color.h"
 
 namespace app {
@@ -16,9 +17,9 @@ VT_Reference<const VT_Palette> cube_palette(VT_Int_RGB levels);
 
 // The colours of a palette file, 1 to 256: a PNG file with a palette, a GIMP palette, or text with a line #rrggbb for each.
 // Throws Usage_Error that names the file and the place.
-std::vector<VT_RGB32> read_palette(const std::string& file);
+std::vector<VT_RGB32> read_palette(const std::string& file, Load_Limits& limits);
 // The same of what the file holds.
-std::vector<VT_RGB32> palette_colors(const std::string& file, std::string_view content);
+std::vector<VT_RGB32> palette_colors(const std::string& file, std::string_view content, Load_Limits& limits);
 
 // Maps colours to a palette that has no order. A pixel shows one of sixteen entries whose mean comes as near to its colour as it
 // can, the darkest where the matrix of thresholds has its lowest entry: Thomas Knoll's pattern dithering. The index depends on

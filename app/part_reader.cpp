@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -12,6 +13,7 @@
 #include <zlib.h>
 
 #include "app/command.h"
+#include "app/path.h"
 
 namespace app {
 
@@ -137,6 +139,12 @@ void Part_Reader::read_head() {
     if (form_.width != static_cast<std::uint32_t>(area.right - area.left + 1) ||
         form_.height != static_cast<std::uint32_t>(area.top - area.bottom + 1)) {
         fail("a picture of another size");
+    }
+    // A packed byte stands for 1032 bytes at the most.
+    std::error_code none;
+    const std::uintmax_t size = std::filesystem::file_size(path_of(name_), none);
+    if (!none && std::uint64_t{form_.height} * (form_.row_bytes() + 1) / 1032 > size) {
+        fail("a file that is too short for its rows");
     }
 }
 

@@ -50,7 +50,7 @@ bool Picture_Part::read(const std::string& bytes) {
     }
     constexpr std::int32_t most = 1 << 20;
     return size.x > 0 && size.y > 0 && size.x <= most && size.y <= most && columns > 0 && rows > 0 && is_possible() &&
-           number < columns * rows;
+           number < std::int64_t{columns} * rows;
 }
 
 } // namespace app

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "app/load_limits.h"
+
 namespace app {
 
 // Samples without any conversion, but of at least 8 bits.
@@ -33,7 +35,8 @@ struct Png_Error : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Sides of up to 16384 pixels. Throws Png_Error. png_reader_libpng.cpp has it with libpng, png_reader_stb.cpp without.
-Png_Image read_png(std::string_view file);
+// Sides of up to 16384 pixels. name: what messages call the file. Throws Png_Error and Load_Error. png_reader_libpng.cpp has it
+// with libpng, png_reader_stb.cpp without.
+Png_Image read_png(const std::string& name, std::string_view file, Load_Limits& limits);
 
 } // namespace app

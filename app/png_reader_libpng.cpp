@@ -7,6 +7,7 @@
 #include <png.h>
 
 #include "app/png_reader.h"
+#include "app/png_size.h"
 
 namespace app {
 
@@ -30,7 +31,7 @@ public:
     Reading& operator=(const Reading&) = delete;
     ~Reading() { png_destroy_read_struct(&png_, &info_, nullptr); }
 
-    Png_Image image() {
+    Png_Image image(const std::string& name, Load_Limits& limits) {
         if (!read_header()) {
             fail();
         }
@@ -59,6 +60,8 @@ public:
             }
         }
         const std::size_t row_bytes = static_cast<std::size_t>(image.width) * image.pixel_bytes();
+        limits.take_memory(name, row_bytes * static_cast<std::size_t>(image.height));
+        limits.take_work(name, row_bytes * static_cast<std::size_t>(image.height) / 2); // about two for a pixel
         image.samples.resize(row_bytes * static_cast<std::size_t>(image.height));
         std::vector<png_bytep> rows;
         for (std::size_t start = 0; start < image.samples.size(); start += row_bytes) {
@@ -115,8 +118,11 @@ private:
 
 } // namespace
 
-Png_Image read_png(std::string_view file) {
-    return Reading(file).image();
+Png_Image read_png(const std::string& name, std::string_view file, Load_Limits& limits) {
+    if (!png_can_hold(file)) {
+        throw Png_Error("expected a PNG file: it is too short for the size that it states");
+    }
+    return Reading(file).image(name, limits);
 }
 
 } // namespace app

@@ -11,6 +11,7 @@
 #include <stb/stb_image.h>
 
 #include "app/png_reader.h"
+#include "app/png_size.h"
 
 namespace app {
 
@@ -30,12 +31,18 @@ std::uint32_t number_at(std::string_view bytes, std::size_t place) {
 
 } // namespace
 
-Png_Image read_png(std::string_view file) {
+Png_Image read_png(const std::string& name, std::string_view file, Load_Limits& limits) {
     constexpr std::size_t header_end = 33, bits_place = 24, colors_place = 25;
     if (!file.starts_with("\x89PNG\r\n\x1A\n") || file.size() < header_end || file.substr(12, 4) != "IHDR" ||
         file.size() > 0x7FFFFFFF) {
         fail("Not a PNG file");
     }
+    if (!png_can_hold(file)) {
+        fail("it is too short for the size that it states");
+    }
+    const std::uint64_t pixels = std::uint64_t{number_at(file, 16)} * number_at(file, 20);
+    limits.take_memory(name, 8 * pixels);
+    limits.take_work(name, 2 * pixels);
     Png_Image image;
     image.sample_bits = file[bits_place];
     image.colors = static_cast<Png_Image::Colors>(file[colors_place]);

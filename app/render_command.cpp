@@ -33,6 +33,7 @@ Map_Picture map_picture_of(const Model_Picture& options, const Input& input, boo
             .colors = options.colors == 8 ? 8 : 32,
             .antialias = options.antialias,
             .repeat = options.repeat,
+            .limits = options.limits,
             .stats = options.stats,
             .strict = options.strict,
             .dry_run = options.dry_run,
@@ -102,11 +103,6 @@ void add_render_command(CLI::App& application, int& status) {
         .add_option("--threads", options->threads, "Threads that draw and compress; as many as there are processors if not given")
         ->type_name("N")
         ->check(between(1, 1024));
-    command
-        .add_option("--max-memory", options->max_memory,
-                    "Memory to get along with, such as 512M or 2G; bytes without K, M, G or T")
-        ->type_name("SIZE")
-        ->capture_default_str();
     command.add_option("--tile-size", options->tile_size, "Side of the tiles that the picture is drawn in, a multiple of 8")
         ->type_name("N")
         ->check(between(8, largest_tile));
@@ -124,7 +120,7 @@ void add_render_command(CLI::App& application, int& status) {
     add_map_options(command, *map_options);
     group_options(command, "Output", "--output --size --record --hash --dry-run --allow-empty");
     group_options(command, "Output of models", "--supersample --turntable");
-    group_options(command, "Large pictures of models", "--threads --max-memory --tile-size --tiles-of --tile");
+    group_options(command, "Large pictures of models", "--threads --tile-size --tiles-of --tile");
     group_options(command, "Measuring", "--repeat --stats");
     command.footer(footer(
         {{"vorna render bunny.obj -o bunny.png --view front --edges --antialias", "a model with its edges"},
@@ -140,6 +136,7 @@ void add_render_command(CLI::App& application, int& status) {
         std::vector<std::string> read = options->models;
         read.insert(read.end(), {options->palette, map_options->overlay, map_options->font});
         refuse_same_files(read, {options->output, options->record});
+        options->limits = limits_of(*options);
         std::vector<Input> inputs = open_inputs(*options);
         const auto map = std::ranges::find_if(inputs, is_map);
         refuse_options_of_other_kind(command, map == inputs.end() ? inputs.front() : *map);

@@ -17,6 +17,8 @@
 #include "app/command.h"
 #include "app/image_file.h"
 #include "app/input_file.h"
+#include "app/memory.h"
+#include "app/messages.h"
 #include "app/output_file.h"
 #include "app/path.h"
 #include "app/picture/call_kinds.h"
@@ -40,6 +42,7 @@ struct Replay_Arguments {
     std::string sort = "call";
     int repeat = 3;
     bool unchecked = false;
+    std::string max_memory;
 
     bool writes_nothing() const {
         return color.empty() && depth.empty() && color_raw.empty() && depth_raw.empty() && report.empty() && record.empty() &&
@@ -178,16 +181,17 @@ void print_drawn(const Replay_Arguments& arguments, const picture::Replay_Settin
                  const Session& session) {
     const std::size_t drawn = calls == 0 ? 0 : std::min(settings.last, calls - 1) + 1 - settings.first;
     const VT_Int_Rectangle window = session.window();
-    std::printf("%s: drew %zu call%s into %d x %d pixels; --color FILE.png writes them\n",
-                name_of_input(arguments.picture).c_str(), drawn, drawn == 1 ? "" : "s", window.right - window.left + 1,
-                window.top - window.bottom + 1);
+    print(stdout, printable(name_of_input(arguments.picture)) + ": drew " + std::to_string(drawn) + " call" +
+                      (drawn == 1 ? "" : "s") + " into " + std::to_string(window.right - window.left + 1) + " x " +
+                      std::to_string(window.top - window.bottom + 1) + " pixels; --color FILE.png writes them\n");
 }
 
 void replay(const Replay_Arguments& arguments, const Module_Choice& module) {
     cost_order_of(arguments); // wrong options are told before anything is read
     refuse_same_files({arguments.picture}, {arguments.color, arguments.depth, arguments.color_raw, arguments.depth_raw,
                                             arguments.report, arguments.record});
-    const picture::Picture picture = picture::load(arguments.picture);
+    Load_Limits limits(parsed_limit(arguments.max_memory));
+    const picture::Picture picture = picture::load(arguments.picture, limits);
     const picture::Replay_Settings settings = settings_of(arguments, picture.calls.size());
     refuse_many_files(arguments, picture.calls.size());
     Session session(module);
@@ -265,6 +269,7 @@ void add_replay_command(CLI::App& application, int& status) {
     add_output("--depth-raw", arguments->depth_raw, "Write the depth buffer as plain rows, top row first", "FILE");
     add_output("--report", arguments->report, "Write what happened besides drawing, as JSON", "FILE.json");
     add_output("--record", arguments->record, "Write what was drawn as a picture again, compressed as FILE.gz", "PICTURE");
+    add_memory_option(command, arguments->max_memory);
     command.add_flag("--unchecked", arguments->unchecked, "Send coordinates that renderers trust without looking at them");
     CLI::Option* until =
         command.add_option("--until", arguments->until, "Stop after call N; the first call is 0")->type_name("N");

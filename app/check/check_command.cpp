@@ -15,6 +15,7 @@
 #include "app/check/runner.h"
 #include "app/check/selftest.h"
 #include "app/command.h"
+#include "app/messages.h"
 #include "app/output_file.h"
 
 namespace app {
@@ -60,8 +61,14 @@ void list_checks() {
     }
 }
 
+// At once, for what comes next may take long.
+void say(const std::string& line) {
+    print(stdout, printable(line) + '\n');
+    std::fflush(stdout);
+}
+
 int finish(const Check_Arguments& arguments, const std::string& name, const std::vector<Outcome>& outcomes) {
-    std::cout << check::total_of(outcomes) << '\n';
+    say(check::total_of(outcomes));
     if (!arguments.junit.empty()) {
         write_file(arguments.junit, check::junit_of(name, outcomes));
     }
@@ -96,10 +103,9 @@ int run(const Check_Arguments& arguments, const Module_Choice& module) {
     if (arguments.selftest) {
         run.quiet = true;
         const std::string folder = arguments.module.empty() ? check::default_fault_folder() : arguments.module;
-        std::cout << folder << ": seed " << arguments.seed << std::endl;
-        return finish(arguments, folder, check::run_selftest(folder, run, [](const Outcome& outcome) {
-                          std::cout << check::line_of(outcome) << std::endl;
-                      }));
+        say(folder + ": seed " + std::to_string(arguments.seed));
+        return finish(arguments, folder,
+                      check::run_selftest(folder, run, [](const Outcome& outcome) { say(check::line_of(outcome)); }));
     }
     if (std::find(run.checks.begin(), run.checks.end(), check::loads) == run.checks.end()) {
         run.checks.insert(run.checks.begin(), std::string(check::loads));
@@ -110,9 +116,9 @@ int run(const Check_Arguments& arguments, const Module_Choice& module) {
             if (outcome.kind != Outcome::Kind::passed) {
                 throw Usage_Error(module.path + ": not loadable as a renderer module: " + outcome.reason);
             }
-            std::cout << module.path << ": profile " << arguments.profile << ", seed " << arguments.seed << std::endl;
+            say(module.path + ": profile " + arguments.profile + ", seed " + std::to_string(arguments.seed));
         }
-        std::cout << check::line_of(outcome) << std::endl;
+        say(check::line_of(outcome));
     });
     return finish(arguments, module.path, outcomes);
 }

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <set>
 
+#include "app/hash_seed.h"
+
 namespace app::map {
 namespace {
 
@@ -43,7 +45,7 @@ private:
     static constexpr std::uint32_t none = 0xFFFFFFFF;
 
     static std::uint64_t hash(Position low, Position high) noexcept {
-        std::uint64_t h = 0;
+        std::uint64_t h = hash_seed();
         for (const double value : {low.x, low.y, high.x, high.y}) {
             h = (h ^ std::bit_cast<std::uint64_t>(value + 0.0)) * 0x9E3779B97F4A7C15U; // without a sign of zero
             h ^= h >> 32;
@@ -102,12 +104,16 @@ void add_lines(const Path& ring, std::size_t shape, const std::vector<Kind>& kin
 
 } // namespace
 
+std::size_t count_stretches(const std::vector<Shape>& shapes) {
+    std::size_t count = 0;
+    for_each_ring(shapes, [&](const Path& ring, std::size_t) { count += ring.size(); });
+    return count;
+}
+
 Borders find_borders(const std::vector<Shape>& shapes, bool around_globe) {
     Borders borders;
     borders.neighbours.resize(shapes.size());
-    std::size_t count = 0;
-    for_each_ring(shapes, [&](const Path& ring, std::size_t) { count += ring.size(); });
-    Stretches stretches(count);
+    Stretches stretches(count_stretches(shapes));
     for_each_ring(shapes, [&](const Path& ring, std::size_t shape) {
         for (std::size_t i = 0; i < ring.size(); ++i) {
             const auto [stretch, is_new] = stretches.find_or_add(ring[i], ring[(i + 1) % ring.size()], shape);

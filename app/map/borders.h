@@ -22,6 +22,10 @@ struct Borders {
 // The borders of outlined shapes. around_globe: leave out where a face is only cut off, along the antimeridian and at the poles.
 Borders find_borders(const std::vector<Shape>& shapes, bool around_globe);
 
+// How many stretches of rings these are, and what find_borders takes for each: bytes, and steps of Load_Limits.
+std::size_t count_stretches(const std::vector<Shape>& shapes);
+inline constexpr std::size_t stretch_memory = 112, stretch_steps = 20;
+
 // A number for each shape, other than those of its neighbours, from 0 to count - 1; the least used one that is free. Six are
 // enough for shapes of one piece each; where a shape has neighbours with all numbers, it takes the least used of all.
 // Smallest-last order (Matula and Beck).

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <numeric>
 #include <optional>
 
 namespace app::map::dxf {
@@ -40,10 +41,17 @@ public:
 
     // Over the name of an object and all that belongs to it.
     Entity entity() {
-        Entity entity{group_->value, group_->line, {}, {}};
+        Entity entity{group_->value, group_->line, {}, {}, {}};
         for (advance(); group_ && group_->code != 0; advance()) {
             entity.groups.push_back(*group_);
         }
+        const auto code_of = [&](std::uint32_t i) { return entity.groups[i].code; };
+        entity.by_code.resize(entity.groups.size());
+        std::iota(entity.by_code.begin(), entity.by_code.end(), 0U);
+        std::ranges::stable_sort(entity.by_code, {}, code_of);
+        const auto others = std::ranges::unique(entity.by_code, {}, code_of);
+        entity.by_code.erase(others.begin(), others.end());
+        entity.by_code.shrink_to_fit();
         return entity;
     }
 
@@ -157,32 +165,29 @@ std::int64_t Values::integer(const Group& group) const {
     return *value;
 }
 
-namespace {
-
-const Group* find(const Entity& entity, int code) {
-    const auto found = std::ranges::find(entity.groups, code, &Group::code);
-    return found == entity.groups.end() ? nullptr : &*found;
+// Blocks are placed a million times, and every time their entities are asked for a dozen codes.
+const Group* Entity::find(int code) const {
+    const auto found = std::ranges::lower_bound(by_code, code, {}, [&](std::uint32_t i) { return groups[i].code; });
+    return found == by_code.end() || groups[*found].code != code ? nullptr : &groups[*found];
 }
 
-} // namespace
-
 double Values::number(const Entity& entity, int code, double otherwise) const {
-    const Group* group = find(entity, code);
+    const Group* group = entity.find(code);
     return group ? number(*group) : otherwise;
 }
 
 std::int64_t Values::integer(const Entity& entity, int code, std::int64_t otherwise) const {
-    const Group* group = find(entity, code);
+    const Group* group = entity.find(code);
     return group ? integer(*group) : otherwise;
 }
 
 std::string_view Values::text(const Entity& entity, int code) const {
-    const Group* group = find(entity, code);
+    const Group* group = entity.find(code);
     return group ? group->value : std::string_view();
 }
 
 const Group& Values::required(const Entity& entity, int code) const {
-    const Group* group = find(entity, code);
+    const Group* group = entity.find(code);
     if (!group) {
         fail(entity.line, "a group " + std::to_string(code) + " in this " + std::string(entity.type) + ", found none");
     }
@@ -193,10 +198,12 @@ Position Values::position(const Entity& entity, int code) const {
     return {number(required(entity, code)), number(required(entity, code + 10))};
 }
 
-Drawing read_drawing(const std::string& file, std::string_view content) {
+Drawing read_drawing(const std::string& file, std::string_view content, Load_Limits& limits) {
     if (content.find('\0') != std::string_view::npos) {
         throw Map_Error(file + ": expected DXF as text, found a binary file");
     }
+    constexpr std::uint64_t group_memory = 2 * sizeof(Group) + sizeof(std::uint32_t); // lists grow ahead
+    limits.take_memory(file, static_cast<std::uint64_t>(std::ranges::count(content, '\n')) / 2 * group_memory);
     Drawing drawing;
     Groups groups(file, content);
     bool any_section = false;

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/load_limits.h"
 #include "app/map/shapes.h"
 
 namespace app::map::dxf {
@@ -24,6 +25,9 @@ struct Entity {
     std::int64_t line = 0;
     std::vector<Group> groups;
     std::vector<Entity> parts;
+    std::vector<std::uint32_t> by_code; // the first group of each code, in the order of codes
+
+    const Group* find(int code) const;
 };
 
 struct Block {
@@ -64,7 +68,7 @@ private:
     const std::string* file_;
 };
 
-// Throws Map_Error.
-Drawing read_drawing(const std::string& file, std::string_view content);
+// Throws Map_Error and Load_Error.
+Drawing read_drawing(const std::string& file, std::string_view content, Load_Limits& limits);
 
 } // namespace app::map::dxf

@@ -16,7 +16,7 @@ using namespace dxf;
 constexpr double degree = std::numbers::pi / 180;
 constexpr double whole_turn = 2 * std::numbers::pi;
 constexpr int deepest_insert = 16;
-constexpr std::int64_t most_copies = 1000000; // of blocks' entities
+constexpr std::int64_t most_copies = std::int64_t{1} << 31; // in a row or column: products stay in range
 
 constexpr std::int64_t by_block = 0, by_layer = 256, foreground = 7;
 
@@ -77,8 +77,8 @@ struct Surroundings {
 
 class Dxf_Reader {
 public:
-    Dxf_Reader(const std::string& file, std::string_view content)
-        : file_(file), values_(file), drawing_(read_drawing(file, content)) {}
+    Dxf_Reader(const std::string& file, std::string_view content, Load_Limits& limits)
+        : file_(file), limits_(limits), values_(file), drawing_(read_drawing(file, content, limits)) {}
 
     Map read() {
         map_.drawing = true;
@@ -131,11 +131,11 @@ private:
     }
 
     void add(const Entity& entity, const Surroundings& around) {
-        if (++copies_ > most_copies) {
-            throw Map_Error(file_ + ":" + std::to_string(entity.line) +
-                            ": expected at most 1000000 entities with those of blocks");
-        }
-        const Layer& of = layer(layer_name(entity, around));
+        constexpr std::uint64_t entity_steps = 60;
+        const std::string_view of_layer = layer_name(entity, around);
+        const std::size_t letters = entity.type.size() + of_layer.size() + values_.text(entity, 2).size();
+        limits_.take_work(file_, entity_steps + entity.groups.size() + entity.parts.size() + letters / 8);
+        const Layer& of = layer(of_layer);
         const bool on_paper = values_.integer(entity, 67, 0) == 1;
         if (of.color < 0 || of.frozen || on_paper || values_.integer(entity, 60, 0) == 1) {
             return;
@@ -157,20 +157,19 @@ private:
         }
         shape.stroke = color(entity, around);
         shape.fill = shape.stroke.value_or(VT_RGB32{});
-        shape.name = layer_name(entity, around);
+        shape.name = of_layer;
+        std::size_t positions = 0;
         const auto move = [&](Path& path) {
             std::ranges::transform(path, path.begin(), placement);
-            positions_ += path.size();
+            positions += path.size();
         };
         std::ranges::for_each(shape.lines, move);
         for (Face& face : shape.faces) {
             std::ranges::for_each(face, move);
         }
         move(shape.points);
-        if (positions_ > most_positions) {
-            throw Map_Error(file_ + ":" + std::to_string(entity.line) +
-                            ": expected at most 50 million positions with those of blocks");
-        }
+        limits_.take_memory(file_, 2 * sizeof(Shape) + shape.name.size() + positions * sizeof(Position));
+        limits_.take_work(file_, positions);
         map_.shapes.push_back(std::move(shape));
     }
 
@@ -381,18 +380,17 @@ private:
     }
 
     const std::string& file_;
+    Load_Limits& limits_;
     Values values_;
     Drawing drawing_;
     Map map_;
     std::map<std::string, std::size_t> left_out_; // entities by type
-    std::int64_t copies_ = 0;
-    std::size_t positions_ = 0;
 };
 
 } // namespace
 
-Map read_dxf(const std::string& file, std::string_view content) {
-    return Dxf_Reader(file, content).read();
+Map read_dxf(const std::string& file, std::string_view content, Load_Limits& limits) {
+    return Dxf_Reader(file, content, limits).read();
 }
 
 } // namespace app::map

@@ -1,5 +1,6 @@
 // Letters by FreeType.
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <string_view>
@@ -99,11 +100,13 @@ public:
     Freetype_Font& operator=(const Freetype_Font&) = delete;
     ~Freetype_Font() override { FT_Done_FreeType(library_); }
 
-    Text text_of(const std::string& text) const override {
+    Text text_of(const std::string& text, double most_width, const std::string& file, Load_Limits& limits) const override {
+        constexpr std::uint64_t character_steps = 20, glyph_steps = 100;
         constexpr FT_Outline_Funcs pen_functions{Pen::move_to, Pen::line_to, Pen::conic_to, Pen::cubic_to, 0, 0};
         Text result{{}, 0};
         FT_UInt before = 0;
-        for (std::string_view rest = text; !rest.empty();) {
+        for (std::string_view rest = text; !rest.empty() && result.width <= most_width;) {
+            limits.take_work(file, character_steps);
             const std::uint32_t character = next_character(rest);
             const FT_UInt glyph = character ? FT_Get_Char_Index(face_, character) : 0;
             FT_Vector kerning{0, 0};
@@ -115,6 +118,8 @@ public:
                 result.width += static_cast<double>(kerning.x) * unit;
             }
             before = glyph;
+            limits.take_work(file, glyph_steps);
+            limits.take_memory(file, sizeof(Position) * curve_steps * static_cast<std::uint64_t>(face_->glyph->outline.n_points));
             Pen pen{result.outline, result.width};
             FT_Outline_Decompose(&face_->glyph->outline, &pen_functions, &pen);
             result.width += static_cast<double>(face_->glyph->advance.x) * unit;
@@ -124,7 +129,8 @@ public:
 
     double height() const override {
         double top = 0;
-        for (const Path& ring : text_of("H").outline) {
+        Load_Limits limits;
+        for (const Path& ring : text_of("H", INFINITY, "H", limits).outline) {
             std::ranges::for_each(ring, [&](Position p) { top = std::max(top, p.y); });
         }
         return top;

@@ -14,7 +14,8 @@ private:
     Position point(const Json& value, const Place& place) const override { return position(value, place); }
     Path path(const Json& value, const Place& place) const override {
         Path path;
-        path.reserve(array(value, place).size());
+        take_positions(array(value, place).size());
+        path.reserve(value.size());
         for (std::size_t i = 0; i < value.size(); ++i) {
             path.push_back(position(value[i], {&place, "", i}));
         }
@@ -24,8 +25,8 @@ private:
 
 } // namespace
 
-Map read_geojson(const std::string& file, const Json& document) {
-    const Geojson_Reader reader(file);
+Map read_geojson(const std::string& file, const Json& document, Load_Limits& limits) {
+    const Geojson_Reader reader(file, limits);
     const Place root;
     Map map;
     const auto add_feature = [&](const Json& feature, const Place& place) {

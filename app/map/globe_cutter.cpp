@@ -402,6 +402,29 @@ std::optional<Position> project_point(Position point, const Projection& projecti
     return projection.place_of(point);
 }
 
+Projecting_Cost projecting_cost(const Path& path, bool closed, const Projection& projection) {
+    constexpr std::uint64_t plain_steps = 2, curved_steps = 40; // for each position
+    const std::uint64_t size = path.size();
+    if (!projection.domain() || path.empty()) {
+        return {size, size};
+    }
+    const bool has_steps = projection.domain()->cap || !projection.keeps_straight();
+    std::uint64_t positions = size;
+    double west = path[0].x, east = west, turned = 0;
+    for (std::size_t i = 0; i + (closed ? 0 : 1) < size; ++i) {
+        const Position &a = path[i], &b = path[i + 1 == size ? 0 : i + 1];
+        const auto [low, high] = shortest_stretch(a, b);
+        positions +=
+            has_steps ? static_cast<std::uint64_t>(std::max(high.x - low.x, std::abs(high.y - low.y)) / longest_step) : 0;
+        turned += b.x - a.x > 180 ? -360 : b.x - a.x < -180 ? 360 : 0;
+        west = std::min(west, b.x + turned);
+        east = std::max(east, b.x + turned);
+    }
+    // The whole path lies on every copy of the globe that it comes to.
+    const auto copies = projection.domain()->cap ? 1 : static_cast<std::uint64_t>((east - west) / 360) + 1;
+    return {positions + size, copies * size * plain_steps + positions * (has_steps ? curved_steps : plain_steps)};
+}
+
 Face project_outline(const Projection& projection) {
     if (!projection.domain()) {
         return {};

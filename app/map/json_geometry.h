@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/load_limits.h"
 #include "app/map/shapes.h"
 
 namespace app::map {
@@ -22,7 +23,7 @@ struct Place {
 
 class Json_Geometry_Reader {
 public:
-    explicit Json_Geometry_Reader(const std::string& file) : file_(file) {}
+    Json_Geometry_Reader(const std::string& file, Load_Limits& limits) : file_(file), limits_(limits) {}
     virtual ~Json_Geometry_Reader() = default;
 
     // Adds what the geometry is made of to the shape. Null is no geometry.
@@ -42,6 +43,11 @@ public:
 protected:
     Json_Geometry_Reader(const Json_Geometry_Reader&) = default;
     const std::string& file() const noexcept { return file_; }
+    // Room for so many positions, and the time to copy them.
+    void take_positions(std::size_t count) const {
+        limits_.take_memory(file_, count * sizeof(Position));
+        limits_.take_work(file_, count);
+    }
 
 private:
     virtual const char* path_key() const = 0;
@@ -53,6 +59,7 @@ private:
     template <class Read> void for_each(const Json& value, const Place& place, Read read) const;
 
     const std::string& file_;
+    Load_Limits& limits_;
 };
 
 } // namespace app::map

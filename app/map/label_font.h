@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "app/load_limits.h"
 #include "app/map/shapes.h"
 
 namespace app::map {
@@ -17,8 +18,8 @@ public:
         Face outline;
         double width;
     };
-    // text: UTF-8; what is none is left out.
-    virtual Text text_of(const std::string& text) const = 0;
+    // text: UTF-8; what is none is left out, and so is what lies beyond the width. Throws Load_Error, which names the file.
+    virtual Text text_of(const std::string& text, double most_width, const std::string& file, Load_Limits& limits) const = 0;
     // Of capitals.
     virtual double height() const = 0;
 };

@@ -11,31 +11,18 @@
 namespace app::map {
 namespace {
 
-template <class Visit> void for_each_path(const Shape& shape, Visit visit) {
-    for (const Face& face : shape.faces) {
-        std::ranges::for_each(face, visit);
-    }
-    std::ranges::for_each(shape.lines, visit);
-    visit(shape.points);
-}
-
 // Files may be a rounding error beyond the poles.
 constexpr double farthest_north = 90 + 1e-6, farthest_east = 720;
 
-// On a plane: products of coordinates stay finite.
-constexpr double farthest = 1e100;
-
-void check_positions(const std::string& file, const Map& map, bool on_globe) {
-    const double most_x = on_globe ? farthest_east : farthest, most_y = on_globe ? farthest_north : farthest;
+void check_degrees(const std::string& file, const Map& map) {
     for (std::size_t s = 0; s < map.shapes.size(); ++s) {
         for_each_path(map.shapes[s], [&](const Path& path) {
             for (const Position& p : path) {
-                if (!(std::abs(p.x) <= most_x && std::abs(p.y) <= most_y)) {
+                if (!(std::abs(p.x) <= farthest_east && std::abs(p.y) <= farthest_north)) {
                     std::array<char, 80> found;
                     std::snprintf(found.data(), found.size(), ", found %.10g, %.10g", p.x, p.y);
-                    throw Map_Error(file + ": shape " + std::to_string(s) + ": expected " +
-                                    (on_globe ? "degrees" : "coordinates up to 1e100") + found.data() +
-                                    (on_globe ? "; --projection plane draws coordinates as they are" : ""));
+                    throw Map_Error(file + ": shape " + std::to_string(s) + ": expected degrees" + found.data() +
+                                    "; --projection plane draws coordinates as they are");
                 }
             }
         });
@@ -55,18 +42,28 @@ void Bounds::add(Position p) {
     top = std::max(top, p.y);
 }
 
-Map_Layer::Map_Layer(const std::string& file, const Map& map, const Projection& projection) : faces_(map.shapes.size()) {
+Map_Layer::Map_Layer(const std::string& file, const Map& map, const Projection& projection, Load_Limits& limits)
+    : faces_(map.shapes.size()) {
     const bool on_globe = projection.domain().has_value();
-    check_positions(file, map, on_globe);
+    if (on_globe) {
+        check_degrees(file, map);
+    }
+    const auto take = [&](const Path& path, bool closed) {
+        const Projecting_Cost cost = projecting_cost(path, closed, projection);
+        limits.take_memory(file, cost.positions * sizeof(Position));
+        limits.take_work(file, cost.steps);
+    };
     for (std::size_t s = 0; s < map.shapes.size(); ++s) {
         const Shape& shape = map.shapes[s];
         for_each_path(shape, [this](const Path& path) { position_count_ += path.size(); });
         for (const Face& face : shape.faces) {
+            std::ranges::for_each(face, [&](const Path& ring) { take(ring, true); });
             for (const Path& ring : faces_[s].emplace_back(project_face(face, projection))) {
                 std::ranges::for_each(ring, [this](Position p) { bounds_.add(p); });
             }
         }
         for (const Path& line : shape.lines) {
+            take(line, false);
             add_line(line, s, Line::Kind::line, projection);
         }
         for (const Position& point : shape.points) {
@@ -76,9 +73,13 @@ Map_Layer::Map_Layer(const std::string& file, const Map& map, const Projection& 
             }
         }
     }
+    const std::size_t stretches = count_stretches(map.shapes);
+    limits.take_memory(file, stretches * stretch_memory);
+    limits.take_work(file, stretches * stretch_steps);
     Borders borders = find_borders(map.shapes, on_globe);
     neighbours_ = std::move(borders.neighbours);
     for (const Border& border : borders.lines) {
+        take(border.path, false);
         add_line(border.path, border.shape, border.shared ? Line::Kind::border : Line::Kind::outline, projection);
     }
 }

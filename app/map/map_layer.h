@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "app/load_limits.h"
 #include "app/map/borders.h"
 #include "app/map/map_painter.h"
 #include "app/map/projection.h"
@@ -32,8 +33,8 @@ struct Layer_Style {
 
 class Map_Layer {
 public:
-    // Throws Map_Error, which names the file, for coordinates that are no places on the globe.
-    Map_Layer(const std::string& file, const Map& map, const Projection& projection);
+    // Throws Map_Error, which names the file, for coordinates that are no places on the globe, and Load_Error.
+    Map_Layer(const std::string& file, const Map& map, const Projection& projection, Load_Limits& limits);
 
     const std::vector<std::vector<std::size_t>>& neighbours() const noexcept { return neighbours_; }
     const Bounds& bounds() const noexcept { return bounds_; }

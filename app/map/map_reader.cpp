@@ -1,10 +1,14 @@
 // Chooses the reader of a map or drawing.
 #include "app/map/map_reader.h"
 
+#include <array>
+#include <cmath>
+#include <cstdio>
 #include <new>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "app/json_memory.h"
 #include "app/scene/model_reader.h"
 
 namespace app::map {
@@ -23,11 +27,12 @@ Json parsed(const std::string& file, const std::string& content) {
     }
 }
 
-Map read_map(const Input& input, const std::string& layer) {
+Map read_map(const Input& input, const std::string& layer, Load_Limits& limits) {
     const std::string& file = input.name;
     const bool drawing = input.format == "dxf";
-    const std::string read = input.content ? std::string() : scene::read_file(file);
+    const std::string read = input.content ? std::string() : scene::read_file(file, limits);
     const std::string& content = input.content ? *input.content : read;
+    const Load_Limits::Loan document_memory(limits, file, drawing ? 0 : json_memory(content));
     const Json document = drawing ? Json() : parsed(file, content);
     // Not copied: values nest as deeply as the file says.
     const auto type = document.is_object() ? document.find("type") : document.end();
@@ -36,19 +41,40 @@ Map read_map(const Input& input, const std::string& layer) {
         throw Map_Error("--layer: expected TopoJSON, found " + file);
     }
     if (drawing) {
-        return read_dxf(file, content);
+        return read_dxf(file, content, limits);
     }
     if (document.is_object() && document.contains("picture")) {
         throw Map_Error(file + ": expected a map, found a picture; draw it with vorna replay");
     }
-    return topology ? read_topojson(file, document, layer) : read_geojson(file, document);
+    return topology ? read_topojson(file, document, layer, limits) : read_geojson(file, document, limits);
+}
+
+// Products of coordinates up to this stay finite.
+constexpr double farthest = 1e100;
+
+// Sums and products of finite numbers may be none, so that what readers have made of them is looked at.
+void check_positions(const std::string& file, const Map& map) {
+    for (std::size_t s = 0; s < map.shapes.size(); ++s) {
+        for_each_path(map.shapes[s], [&](const Path& path) {
+            for (const Position& p : path) {
+                if (!(std::abs(p.x) <= farthest && std::abs(p.y) <= farthest)) {
+                    std::array<char, 80> found;
+                    std::snprintf(found.data(), found.size(), "%.10g, %.10g", p.x, p.y);
+                    throw Map_Error(file + ": shape " + std::to_string(s) + ": expected coordinates up to 1e100, found " +
+                                    found.data());
+                }
+            }
+        });
+    }
 }
 
 } // namespace
 
-Map load_map(const Input& input, const std::string& layer) {
+Map load_map(const Input& input, const std::string& layer, Load_Limits& limits) {
     try {
-        return read_map(input, layer);
+        Map map = read_map(input, layer, limits);
+        check_positions(input.name, map);
+        return map;
     } catch (const std::bad_alloc&) {
         throw std::runtime_error(input.name + ": not enough memory to read it");
     }

@@ -29,9 +29,6 @@ using Path = std::vector<Position>;
 // Rings without their closing point; a place is inside when an odd number of them surrounds it.
 using Face = std::vector<Path>;
 
-// A short file can name a long arc or a block as often as it likes: what all of it may come to.
-inline constexpr std::size_t most_positions = 50000000;
-
 struct Shape {
     std::string name, id; // empty = none
     std::optional<VT_RGB32> fill, stroke;
@@ -40,6 +37,18 @@ struct Shape {
     std::vector<Path> lines;
     std::vector<Position> points;
 };
+
+template <class Visit> void for_each_path(const Shape& shape, Visit visit) {
+    for (const Face& face : shape.faces) {
+        for (const Path& ring : face) {
+            visit(ring);
+        }
+    }
+    for (const Path& line : shape.lines) {
+        visit(line);
+    }
+    visit(shape.points);
+}
 
 struct Extent {
     double west, south, east, north; // east may lie beyond 180

@@ -1,4 +1,7 @@
 // TopoJSON: geometry whose paths are made of arcs that neighbours share.
+#include <span>
+#include <utility>
+
 #include "app/map/json_geometry.h"
 #include "app/map/map_reader.h"
 
@@ -7,7 +10,7 @@ namespace {
 
 class Topojson_Reader final : public Json_Geometry_Reader {
 public:
-    Topojson_Reader(const std::string& file, const Json& document) : Json_Geometry_Reader(file) {
+    Topojson_Reader(const std::string& file, const Json& document, Load_Limits& limits) : Json_Geometry_Reader(file, limits) {
         const Place root;
         if (document.contains("transform")) {
             const Place place{&root, "transform"};
@@ -32,7 +35,8 @@ private:
     // Quantized positions are differences from the one before.
     Path arc(const Json& value, const Place& place) const {
         Path path;
-        path.reserve(array(value, place).size());
+        take_positions(array(value, place).size());
+        path.reserve(value.size());
         Position sum;
         for (std::size_t i = 0; i < value.size(); ++i) {
             const Position p = position(value[i], {&place, "", i});
@@ -44,24 +48,20 @@ private:
 
     Position point(const Json& value, const Place& place) const override { return placed(position(value, place)); }
 
-    // Arcs begin where the one before ends; the ones' complement of a number names an arc that runs backwards.
+    // Arcs begin where the one before ends; the ones' complement of a number names an arc that runs backwards. A short file can
+    // name a long arc as often as it likes.
     Path path(const Json& value, const Place& place) const override {
-        Path path;
-        array(value, place);
+        std::size_t count = array(value, place).size();
         for (std::size_t i = 0; i < value.size(); ++i) {
-            const std::int64_t number = value[i].is_number_integer() ? value[i].get<std::int64_t>() : INT64_MAX;
-            const auto index = static_cast<std::uint64_t>(number < 0 ? ~number : number);
-            if (index >= arcs_.size()) {
-                const Place here{&place, "", i};
-                fail(here, "the number of one of " + std::to_string(arcs_.size()) + " arcs", value[i]);
-            }
-            const Path& arc = arcs_[index];
-            positions_ += arc.size();
-            if (positions_ > most_positions) {
-                throw Map_Error(file() + ": " + place.text() + ": expected at most 50 million positions in all paths");
-            }
+            count += arc_of(value[i], {&place, "", i}).first.size();
+        }
+        take_positions(count);
+        Path path;
+        path.reserve(count);
+        for (std::size_t i = 0; i < value.size(); ++i) {
+            const auto [arc, backwards] = arc_of(value[i], {&place, "", i});
             const std::ptrdiff_t joined = path.empty() || arc.empty() ? 0 : 1;
-            if (number < 0) {
+            if (backwards) {
                 path.insert(path.end(), arc.rbegin() + joined, arc.rend());
             } else {
                 path.insert(path.end(), arc.begin() + joined, arc.end());
@@ -70,7 +70,16 @@ private:
         return path;
     }
 
-    mutable std::size_t positions_ = 0;
+    // Its positions, and whether it runs backwards.
+    std::pair<std::span<const Position>, bool> arc_of(const Json& value, const Place& place) const {
+        const std::int64_t number = value.is_number_integer() ? value.get<std::int64_t>() : INT64_MAX;
+        const auto index = static_cast<std::uint64_t>(number < 0 ? ~number : number);
+        if (index >= arcs_.size()) {
+            fail(place, "the number of one of " + std::to_string(arcs_.size()) + " arcs", value);
+        }
+        return {arcs_[index], number < 0};
+    }
+
     bool quantized_ = false;
     Position scale_, start_;
     std::vector<Path> arcs_;
@@ -92,8 +101,8 @@ const Json& chosen_object(const Json& objects, const std::string& layer, const s
 
 } // namespace
 
-Map read_topojson(const std::string& file, const Json& document, const std::string& layer) {
-    const Topojson_Reader reader(file, document);
+Map read_topojson(const std::string& file, const Json& document, const std::string& layer, Load_Limits& limits) {
+    const Topojson_Reader reader(file, document, limits);
     const Place root, objects_place{&root, "objects"};
     const Json& objects = reader.member(document, "objects", root);
     if (!objects.is_object()) {

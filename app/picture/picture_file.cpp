@@ -7,30 +7,24 @@
 
 #include "app/gzip.h"
 #include "app/input_file.h"
+#include "app/json_memory.h"
 #include "app/picture/document.h"
 #include "app/picture/picture_reader.h"
 #include "app/picture/picture_writer.h"
 
 namespace app::picture {
 
-namespace {
-
-std::string unpacked(const std::string& text) {
+Picture load(const std::string& path, Load_Limits& limits) {
+    const std::string name = name_of_input(path);
     try {
-        return gunzip(text, most_bytes);
-    } catch (const std::runtime_error& error) {
-        throw Picture_Error(error.what());
-    }
-}
-
-} // namespace
-
-Picture load(const std::string& path) {
-    try {
-        const std::string text = read_input(path, most_bytes);
-        return read_picture(is_gzip(text) ? unpacked(text) : text);
+        std::string text = read_input(path, limits, most_bytes);
+        if (is_gzip(text)) {
+            text = unpacked_input(name, text, limits, most_bytes);
+        }
+        limits.take_memory(name, json_memory(text) + 2 * text.size());
+        return read_picture(text);
     } catch (const std::bad_alloc&) {
-        throw std::runtime_error(name_of_input(path) + ": not enough memory to read it");
+        throw std::runtime_error(name + ": not enough memory to read it");
     }
 }
 

@@ -3,13 +3,14 @@
 
 #include <string>
 
+#include "app/load_limits.h"
 #include "app/picture/picture.h"
 
 namespace app::picture {
 
 // Reads the picture; "-" is standard input. Compressed ones are known by their content. Throws Usage_Error that
 // names a file that cannot be read, and Picture_Error, without its name, for what is wrong in it.
-Picture load(const std::string& path);
+Picture load(const std::string& path, Load_Limits& limits);
 
 // The document as the file holds it: compressed when the name ends in .gz. Throws std::runtime_error when it is longer than a
 // picture may be.

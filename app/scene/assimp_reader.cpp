@@ -14,6 +14,7 @@
 #include <system_error>
 #include <utility>
 
+#include <assimp/DefaultIOSystem.h>
 #include <assimp/GltfMaterial.h>
 #include <assimp/config.h>
 #include <assimp/postprocess.h>
@@ -28,6 +29,7 @@
 #include <unistd.h>
 #endif
 
+#include "app/memory.h"
 #include "app/path.h"
 #include "app/scene/model_reader.h"
 #include "app/scene/polygon.h"
@@ -39,7 +41,7 @@ namespace app::scene {
 namespace {
 
 std::uint8_t channel(float value) {
-    return static_cast<std::uint8_t>(std::clamp(value, 0.0F, 1.0F) * 255.0F + 0.5F);
+    return value > 0 ? static_cast<std::uint8_t>(std::min(value, 1.0F) * 255.0F + 0.5F) : std::uint8_t{0}; // for no number, too
 }
 
 VT_RGB32 color_from(const aiColor4D& color) {
@@ -92,14 +94,11 @@ Wrap wrap_of(const aiMaterial& material, const char* key, aiTextureType type) {
                                                                               : Wrap::repeat;
 }
 
-// An image inside the model: in memory as a file, or as rows of pixels.
+// An image inside the model: in memory as a file, or as rows of pixels. Images of the same bytes are one.
 std::uint32_t embedded_image_number(Mesh& mesh, const std::string& name, const aiTexture& texture) {
-    const std::uint32_t number = image_number(mesh, name);
-    Image_Source& source = mesh.images[number];
+    Image_Source source;
+    source.name = name;
     source.embedded = true;
-    if (!source.bytes.empty()) {
-        return number;
-    }
     std::size_t size = texture.mWidth;
     if (texture.mHeight > 0 && texture.mWidth > 0 && texture.mWidth <= largest_image_side &&
         texture.mHeight <= largest_image_side) {
@@ -108,8 +107,16 @@ std::uint32_t embedded_image_number(Mesh& mesh, const std::string& name, const a
         static_assert(sizeof(aiTexel) == sizeof(VT_RGB32) && offsetof(aiTexel, b) == 0 && offsetof(aiTexel, r) == 2);
         size = sizeof(aiTexel) * texture.mWidth * texture.mHeight;
     }
-    source.bytes.assign(reinterpret_cast<const char*>(texture.pcData), size);
-    return number;
+    const std::string_view bytes(reinterpret_cast<const char*>(texture.pcData), size);
+    const auto found = std::ranges::find_if(mesh.images, [&](const Image_Source& image) {
+        return image.embedded && image.width == source.width && image.height == source.height && image.bytes == bytes;
+    });
+    if (found != mesh.images.end()) {
+        return static_cast<std::uint32_t>(found - mesh.images.begin());
+    }
+    source.bytes = bytes;
+    mesh.images.push_back(std::move(source));
+    return static_cast<std::uint32_t>(mesh.images.size() - 1);
 }
 
 bool is_gltf(const aiMaterial& material) {
@@ -125,7 +132,7 @@ void read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const 
         }
         const aiTexture* embedded = scene.GetEmbeddedTexture(path.C_Str());
         paint.material.image = embedded ? embedded_image_number(mesh, file + ": image " + path.C_Str(), *embedded)
-                                        : image_number(mesh, path.C_Str());
+                                        : image_number(mesh, path.C_Str(), file);
         paint.material.wrap_u = wrap_of(from, "$tex.mapmodeu", type);
         paint.material.wrap_v = wrap_of(from, "$tex.mapmodev", type);
         int channel_number = 0;
@@ -167,6 +174,9 @@ Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const
     if (paint.material.transparency == Transparency::none || paint.material.transparency == Transparency::cut_out) {
         paint.material.opacity = 1;
     }
+    for (float* number : {&paint.material.opacity, &paint.material.cut_off}) {
+        *number = std::isfinite(*number) ? *number : 1;
+    }
     return paint;
 }
 
@@ -196,7 +206,7 @@ Texture_Point coordinate(const aiMesh& part, unsigned v, const Paint& paint) {
     return paint.transform ? (*paint.transform)(place.x, place.y) : Texture_Point{place.x, place.y};
 }
 
-void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, const std::string& file) {
+void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, const std::string& file, Load_Limits& limits) {
     const auto base = static_cast<std::uint32_t>(mesh.positions.size());
     const bool known = part.mMaterialIndex < paints.size();
     const Paint paint = known ? paints[part.mMaterialIndex] : Paint{};
@@ -228,13 +238,13 @@ void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, co
             corners.push_back(base + face.mIndices[i]);
             places.push_back(mesh.positions[corners.back()]);
         }
-        append_polygon(mesh, corners, places);
+        append_polygon(mesh, corners, places, file, limits);
         mesh.triangle_materials.resize(mesh.triangle_count(), known ? part.mMaterialIndex : no_material);
     }
 }
 
 // With images under the names that the model gives them.
-Mesh read_with(Assimp::Importer& importer, const Input& input) {
+Mesh read_with(Assimp::Importer& importer, const Input& input, Load_Limits& limits) {
     const std::string& file = input.name;
     importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
     constexpr unsigned steps = aiProcess_JoinIdenticalVertices | aiProcess_PreTransformVertices | aiProcess_SortByPType;
@@ -260,7 +270,7 @@ Mesh read_with(Assimp::Importer& importer, const Input& input) {
         mesh.materials.push_back(paints.back().material);
     }
     for (unsigned m = 0; m < scene->mNumMeshes; ++m) {
-        append(mesh, *scene->mMeshes[m], paints, file);
+        append(mesh, *scene->mMeshes[m], paints, file, limits);
     }
     if (mesh.images.empty()) {
         mesh.coordinates.clear();
@@ -269,11 +279,11 @@ Mesh read_with(Assimp::Importer& importer, const Input& input) {
 }
 
 // Finds the images, which may have several names each.
-void find_images(Mesh& mesh, const std::string& file) {
+void find_images(Mesh& mesh, const std::string& file, Load_Limits& limits) {
     std::vector<Image_Source> named = std::exchange(mesh.images, {});
     std::vector<std::uint32_t> numbers;
     for (Image_Source& image : named) {
-        numbers.push_back(image_number(mesh, image.embedded ? image.name : image_path(file, image.name)));
+        numbers.push_back(image_number(mesh, image.embedded ? image.name : image_path(file, file, image.name, limits), file));
         if (image.embedded) {
             mesh.images[numbers.back()] = std::move(image);
         }
@@ -353,42 +363,42 @@ private:
     Process_Pipe& pipe_;
 };
 
-// What a model may open: regular files, for others would be waited for, in its folder and below.
+// What a model may open: regular files, for others would be waited for, where the limits allow them.
 class Files_Of_Model {
 public:
-    explicit Files_Of_Model(const std::string& model)
-        : folder_(std::filesystem::weakly_canonical(std::filesystem::absolute(path_of(model))).parent_path()) {}
+    Files_Of_Model(const std::string& model, Load_Limits& limits) : model_(model), limits_(limits) {}
 
     int open_file(const std::string& name) {
-        std::error_code none;
-        const std::filesystem::path place = std::filesystem::weakly_canonical(std::filesystem::absolute(path_of(name)), none);
-        const std::filesystem::path inside = place.lexically_relative(folder_);
-        if (inside.empty() || *inside.begin() == "..") {
-            refuse("files in its folder", name);
+        if (!limits_.allows(model_, name)) {
+            refuse(name + outside_text);
             return -1;
         }
+        std::error_code none;
+        const std::filesystem::path place = std::filesystem::weakly_canonical(path_of(name), none);
         const int file = open(place.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC);
         struct stat status = {};
         if (file >= 0 && (fstat(file, &status) != 0 || !S_ISREG(status.st_mode))) {
             close(file);
-            refuse("a regular file", name);
+            refuse(model_ + ": expected a regular file, found " + name);
             return -1;
+        }
+        if (file >= 0) {
+            limits_.add_file(place.string(), static_cast<std::uint64_t>(status.st_size));
         }
         return file;
     }
 
-    // What was expected and found where a file was refused; empty when none was.
+    // Why a file was refused, the first of them; empty when none was.
     const std::string& refusal() const { return refusal_; }
 
 private:
-    void refuse(const char* expected, const std::string& name) {
+    void refuse(const std::string& why) {
         errno = EACCES;
-        if (refusal_.empty()) {
-            refusal_ = std::string("expected ") + expected + ", found " + name;
-        }
+        refusal_ = refusal_.empty() ? why : refusal_;
     }
 
-    std::filesystem::path folder_;
+    const std::string& model_;
+    Load_Limits& limits_;
     std::string refusal_;
 };
 
@@ -410,12 +420,14 @@ void send(Process_Pipe& pipe, const Mesh& mesh) {
     }
 }
 
-Mesh receive(Process_Pipe& pipe) {
+Mesh receive(Process_Pipe& pipe, const std::string& file, Load_Limits& limits) {
     Mesh mesh;
     mesh.positions = pipe.read_list<decltype(mesh.positions)>();
+    limits.take_memory(file, vertex_memory * mesh.positions.size());
     mesh.normals = pipe.read_list<decltype(mesh.normals)>();
     mesh.colors = pipe.read_list<decltype(mesh.colors)>();
     mesh.triangles = pipe.read_list<decltype(mesh.triangles)>();
+    limits.take_memory(file, triangle_memory * mesh.triangle_count());
     mesh.diagonals = pipe.read_list<decltype(mesh.diagonals)>();
     mesh.coordinates = pipe.read_list<decltype(mesh.coordinates)>();
     mesh.triangle_materials = pipe.read_list<decltype(mesh.triangle_materials)>();
@@ -423,7 +435,9 @@ Mesh receive(Process_Pipe& pipe) {
     for (auto left = pipe.read_value<std::size_t>(); left > 0; --left) {
         Image_Source& image = mesh.images.emplace_back();
         image.name = pipe.read_list<std::string>();
+        image.model = file;
         image.bytes = pipe.read_list<std::string>();
+        limits.take_memory(file, image.bytes.size());
         image.embedded = pipe.read_value<char>() != 0;
         const auto size = pipe.read_value<VT_Int_Pair>();
         image.width = size.x;
@@ -432,17 +446,36 @@ Mesh receive(Process_Pipe& pipe) {
     return mesh;
 }
 
-// For a file of so many bytes.
-Process_Limits limits_for(std::uintmax_t file_size) {
-    constexpr std::uintmax_t least = std::uintmax_t{4} << 30, times = 64;
+// For a file of so many bytes: time, and addresses besides those in use.
+Process_Limits limits_for(const Load_Limits& limits, std::uintmax_t file_size) {
     constexpr unsigned seconds = 60; // and one more for each megabyte
-    return {static_cast<std::size_t>(file_size > UINT64_MAX / times ? UINT64_MAX : std::max(least, file_size * times)),
+    const std::uint64_t used = address_space(), left = limits.memory_left();
+    return {static_cast<std::size_t>(left > UINT64_MAX - used ? UINT64_MAX : used + left),
             seconds + static_cast<unsigned>(std::min<std::uintmax_t>(file_size >> 20, 86400))};
 }
 
 #endif
 
-void check_readable(const std::string& file) {
+// Buffers that a glTF file names give room for what they hold.
+void add_buffers(const Input& input, Load_Limits& limits) {
+    const std::string read = input.content ? std::string() : read_file(input.name, limits);
+    const std::string_view text = input.content ? *input.content : read, key = "\"uri\"";
+    for (std::size_t at = text.find(key); at != text.npos; at = text.find(key, at + 1)) {
+        const std::size_t start = text.find('"', at + key.size()), end = text.find('"', start + 1);
+        if (start == text.npos || end == text.npos) {
+            return;
+        }
+        const std::string name(text.substr(start + 1, std::min<std::size_t>(end - start - 1, 4096)));
+        std::error_code error;
+        const std::filesystem::path file = path_of(input.name).parent_path() / path_of(name);
+        if (!name.starts_with("data:") && limits.allows(input.name, file.string()) &&
+            std::filesystem::is_regular_file(file, error)) {
+            limits.add_file(std::filesystem::weakly_canonical(file, error).string(), std::filesystem::file_size(file, error));
+        }
+    }
+}
+
+void check_readable(const std::string& file, Load_Limits& limits) {
     std::error_code error;
     if (std::filesystem::is_directory(path_of(file), error)) {
         throw Model_Error(file + ": cannot be read: Is a directory");
@@ -450,6 +483,9 @@ void check_readable(const std::string& file) {
     errno = 0;
     if (!std::ifstream(path_of(file), std::ios::binary)) {
         throw Model_Error(file + ": cannot be read: " + std::generic_category().message(errno));
+    }
+    if (const auto size = std::filesystem::file_size(path_of(file), error); !error) {
+        limits.add_file(file, size);
     }
 }
 
@@ -460,15 +496,18 @@ bool is_assimp_format(const std::string& format) {
 }
 
 // In a process of its own: damaged files make the library crash, run on without end, take all memory, or do what they want.
-Mesh read_with_assimp(const Input& input) {
+Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
     const std::string& file = input.name;
     if (!input.content) {
-        check_readable(file);
+        check_readable(file, limits);
+    }
+    if (input.format == "gltf") {
+        add_buffers(input, limits);
     }
     Mesh mesh;
 #if defined(_WIN32)
     Assimp::Importer importer;
-    mesh = read_with(importer, input);
+    mesh = read_with(importer, input, limits);
 #else
     std::string failure;
     const auto work = [&](Process_Pipe& pipe) {
@@ -476,38 +515,38 @@ Mesh read_with_assimp(const Input& input) {
         auto& importer = *new Assimp::Importer;
         importer.SetIOHandler(new Requested_Files(pipe));
         try {
-            const Mesh read = read_with(importer, input);
+            const Mesh read = read_with(importer, input, limits);
             pipe.write_list(std::string());
             send(pipe, read);
-        } catch (const Model_Error& error) {
+        } catch (const Usage_Error& error) {
             pipe.write_list(std::string(error.what()));
         } catch (const std::bad_alloc&) {
-            pipe.write_list(file + ": expected a model file: there is not enough memory to read it");
+            pipe.write_list(limits.memory_refusal(file));
         }
     };
     const auto take = [&](Process_Pipe& pipe) {
         failure = pipe.read_list<std::string>();
         if (failure.empty()) {
-            mesh = receive(pipe);
+            mesh = receive(pipe, file, limits);
         }
     };
     std::error_code ignored;
     const std::uintmax_t size = input.content ? input.content->size() : std::filesystem::file_size(path_of(file), ignored);
-    Files_Of_Model files(file);
+    Files_Of_Model files(file, limits);
     try {
         run_apart(
-            limits_for(ignored ? 0 : size), [&](const std::string& name) { return files.open_file(name); }, work, take);
+            limits_for(limits, ignored ? 0 : size), [&](const std::string& name) { return files.open_file(name); }, work, take);
     } catch (const Broken_Off& error) {
         throw Model_Error(file + ": expected a model file: the library for its format came to its end by " + error.what());
     }
     if (!failure.empty()) {
-        throw Model_Error(files.refusal().empty() ? failure : file + ": " + files.refusal());
+        throw Model_Error(files.refusal().empty() ? failure : files.refusal());
     }
     if (!is_consistent(mesh)) {
         throw Model_Error(file + ": expected a model file: the library for its format has made no model of it");
     }
 #endif
-    find_images(mesh, file);
+    find_images(mesh, file, limits);
     return mesh;
 }
 

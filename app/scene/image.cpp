@@ -5,6 +5,7 @@
 #include <cmath>
 #include <string>
 
+#include "app/png_size.h"
 #include "app/scene/image_decoders.h"
 
 namespace app::scene {
@@ -79,19 +80,25 @@ struct Sum {
 
 } // namespace
 
-void check_sides(std::uint32_t width, std::uint32_t height) {
+void check_sides(std::uint32_t width, std::uint32_t height, const Before_Pixels& before) {
     if (width < 1 || width > largest_image_side || height < 1 || height > largest_image_side) {
         throw Image_Error("expected sides from 1 to " + std::to_string(largest_image_side) + " pixels, found " +
                           std::to_string(width) + "x" + std::to_string(height));
     }
+    if (before) {
+        before(std::uint64_t{width} * height);
+    }
 }
 
-Image decode_image(std::string_view bytes) {
+Image decode_image(std::string_view bytes, const Before_Pixels& before) {
     if (bytes.starts_with("\x89PNG")) {
-        return decode_png(bytes);
+        if (!png_can_hold(bytes)) {
+            throw Image_Error("expected a PNG image: it is too short for the size that it states");
+        }
+        return decode_png(bytes, before);
     }
     if (bytes.starts_with("\xFF\xD8")) {
-        return decode_jpeg(bytes);
+        return decode_jpeg(bytes, before);
     }
     throw Image_Error("expected a PNG or JPEG image");
 }

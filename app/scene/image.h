@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <stdexcept>
 #include <string_view>
 #include <vector>
@@ -31,8 +32,11 @@ struct Image_Error : std::runtime_error {
 
 inline constexpr std::int32_t largest_image_side = 16384;
 
+// Is told how many pixels an image has, or takes the memory of, before there is any for them, and may throw.
+using Before_Pixels = std::function<void(std::uint64_t pixels)>;
+
 // A PNG or JPEG file's bytes, told apart by their beginning. Throws Image_Error.
-Image decode_image(std::string_view bytes);
+Image decode_image(std::string_view bytes, const Before_Pixels& before = {});
 
 // The image in another size, side by side: the mean of what a pixel covers where it shrinks, linear between pixel centres where
 // it grows. Pixels count by their alpha, so that the colour of invisible ones does not bleed. The wraps say what lies beyond the

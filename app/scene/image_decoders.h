@@ -6,10 +6,10 @@
 namespace app::scene {
 
 // Throw Image_Error.
-Image decode_png(std::string_view bytes);
-Image decode_jpeg(std::string_view bytes);
+Image decode_png(std::string_view bytes, const Before_Pixels& before);
+Image decode_jpeg(std::string_view bytes, const Before_Pixels& before);
 
-// For decoders, before they ask for memory. Throws Image_Error.
-void check_sides(std::uint32_t width, std::uint32_t height);
+// For decoders, before they ask for memory. Throws Image_Error, and what is thrown before there are pixels.
+void check_sides(std::uint32_t width, std::uint32_t height, const Before_Pixels& before);
 
 } // namespace app::scene

@@ -35,11 +35,16 @@ public:
     Jpeg_Reader& operator=(const Jpeg_Reader&) = delete;
     ~Jpeg_Reader() { jpeg_destroy_decompress(&codec_); }
 
-    Image read(std::string_view bytes) {
+    Image read(std::string_view bytes, const Before_Pixels& before) {
         if (!start(bytes)) {
             fail();
         }
-        check_sides(codec_.image_width, codec_.image_height);
+        // Those in several scans are held as coefficients besides.
+        check_sides(codec_.image_width, codec_.image_height, [&](std::uint64_t pixels) {
+            if (before) {
+                before(pixels * (jpeg_has_multiple_scans(&codec_) ? 3 : 1));
+            }
+        });
         Image image(static_cast<std::int32_t>(codec_.image_width), static_cast<std::int32_t>(codec_.image_height));
         if (!finish(image)) {
             fail();
@@ -65,6 +70,13 @@ private:
             return false;
         }
         jpeg_create_decompress(&codec_);
+        codec_.progress = &progress_;
+        progress_.progress_monitor = [](j_common_ptr codec) {
+            constexpr int most_scans = 100; // each of them goes through the whole image, however short it is
+            if (reinterpret_cast<j_decompress_ptr>(codec)->input_scan_number > most_scans) {
+                ERREXIT(codec, JERR_BAD_PROGRESSION);
+            }
+        };
         jpeg_mem_src(&codec_, reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned long>(bytes.size()));
         jpeg_read_header(&codec_, TRUE);
         return true;
@@ -92,12 +104,13 @@ private:
     }
 
     jpeg_decompress_struct codec_ = {};
+    jpeg_progress_mgr progress_ = {};
     Errors errors_ = {};
 };
 
 } // namespace
 
-Image decode_png(std::string_view bytes) {
+Image decode_png(std::string_view bytes, const Before_Pixels& before) {
     struct Reader {
         png_image png = {};
         ~Reader() { png_image_free(&png); }
@@ -107,7 +120,7 @@ Image decode_png(std::string_view bytes) {
     if (!png_image_begin_read_from_memory(&reader.png, bytes.data(), bytes.size())) {
         fail();
     }
-    check_sides(reader.png.width, reader.png.height);
+    check_sides(reader.png.width, reader.png.height, before);
     reader.png.format = PNG_FORMAT_BGRA;
     Image image(static_cast<std::int32_t>(reader.png.width), static_cast<std::int32_t>(reader.png.height));
     if (!png_image_finish_read(&reader.png, nullptr, image.pixels.data(), 0, nullptr)) {
@@ -116,8 +129,8 @@ Image decode_png(std::string_view bytes) {
     return image;
 }
 
-Image decode_jpeg(std::string_view bytes) {
-    return Jpeg_Reader().read(bytes);
+Image decode_jpeg(std::string_view bytes, const Before_Pixels& before) {
+    return Jpeg_Reader().read(bytes, before);
 }
 
 } // namespace app::scene

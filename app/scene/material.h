@@ -10,7 +10,8 @@ namespace app::scene {
 
 // A texture image that has not been looked at yet.
 struct Image_Source {
-    std::string name; // the file's path, or where in the model it is
+    std::string name;  // the file's path, or where in the model it is
+    std::string model; // that names it
     bool embedded = false;
     std::string bytes; // of an embedded image: a file's bytes, or rows of pixels from the top down when it has a size
     std::int32_t width = 0, height = 0;

@@ -8,6 +8,7 @@
 #include <optional>
 #include <set>
 
+#include "app/path.h"
 #include "app/scene/model_reader.h"
 #include "app/scene/polygon.h"
 #include "app/scene/text_cursor.h"
@@ -27,12 +28,16 @@ VT_Vector read_vector(Text_Cursor& cursor, const char* expected) {
 
 class Obj_Reader {
 public:
-    Obj_Reader(const std::string& file, std::string_view content) : file_(file), cursor_(file, content) {}
+    Obj_Reader(const std::string& file, std::string_view content, Load_Limits& limits)
+        : file_(file), limits_(limits), cursor_(file, content) {}
 
     Mesh read() {
         for (; !cursor_.at_end(); cursor_.next_line()) {
             const Text_Cursor before = cursor_;
             const std::string_view keyword = cursor_.word();
+            if (keyword.starts_with('v')) {
+                limits_.take_memory(file_, position_memory);
+            }
             if (keyword == "v") {
                 positions_.push_back(read_vector(cursor_, "a vertex coordinate"));
             } else if (keyword == "vn") {
@@ -103,6 +108,7 @@ private:
     }
 
     void read_face() {
+        const std::size_t vertices = corners_.keys().size();
         polygon_.clear();
         do {
             polygon_.push_back(read_corner());
@@ -111,7 +117,8 @@ private:
         for (const std::uint32_t corner : polygon_) {
             places_.push_back(positions_[corners_.keys()[corner][0]]);
         }
-        append_polygon(mesh_, polygon_, places_);
+        limits_.take_memory(file_, vertex_memory * (corners_.keys().size() - vertices) + triangle_memory * polygon_.size());
+        append_polygon(mesh_, polygon_, places_, file_, limits_);
     }
 
     void read_coordinate() {
@@ -130,12 +137,12 @@ private:
 
     // A library that is missing or broken costs only the materials.
     void read_materials(const std::string& name) {
-        const std::string library = (std::filesystem::path(file_).parent_path() / name).string();
+        const std::string library = (path_of(file_).parent_path() / path_of(name)).lexically_normal().string();
         if (!libraries_.insert(library).second) {
             return; // a short file can name a long library as often as it likes
         }
         try {
-            const std::string content = read_file(library);
+            const std::string content = read_reference(file_, library, limits_);
             Text_Cursor cursor(library, content);
             Obj_Material* material = nullptr;
             for (; !cursor.at_end(); cursor.next_line()) {
@@ -196,7 +203,8 @@ private:
             }
         }
         if (const std::string name(cursor.rest_of_line()); !name.empty()) {
-            into.material.image = image_number(mesh_, image_path(library, name));
+            limits_.take_work(file_, mesh_.images.size());
+            into.material.image = image_number(mesh_, image_path(file_, library, name, limits_), file_);
         }
     }
 
@@ -272,6 +280,7 @@ private:
     }
 
     const std::string& file_;
+    Load_Limits& limits_;
     Text_Cursor cursor_;
     std::vector<VT_Vector> positions_, normals_;
     std::vector<Texture_Point> coordinates_;
@@ -289,8 +298,8 @@ private:
 
 } // namespace
 
-Mesh read_obj(const std::string& file, std::string_view content) {
-    return Obj_Reader(file, content).read();
+Mesh read_obj(const std::string& file, std::string_view content, Load_Limits& limits) {
+    return Obj_Reader(file, content, limits).read();
 }
 
 } // namespace app::scene

@@ -220,7 +220,7 @@ private:
 
 template <class Values> class Body_Reader {
 public:
-    explicit Body_Reader(Values values) : values_(values) {}
+    Body_Reader(Values values, const std::string& file, Load_Limits& limits) : values_(values), file_(file), limits_(limits) {}
 
     Mesh read(const Header& header) {
         for (const Element& element : header.elements) {
@@ -257,6 +257,7 @@ private:
         mesh_.positions.reserve(credible(element.count) / element.properties.size());
         std::array<double, attribute_count + 1> record{}; // The last one takes what is not wanted.
         for (std::int64_t v = 0; v < element.count; ++v) {
+            limits_.take_memory(file_, vertex_memory);
             for (std::size_t p = 0; p < element.properties.size(); ++p) {
                 if (element.properties[p].count) {
                     skip_list(element.properties[p]);
@@ -300,7 +301,8 @@ private:
             polygon_.push_back(read_vertex_index(property.scalar));
             places_.push_back(mesh_.positions[polygon_.back()]);
         }
-        append_polygon(mesh_, polygon_, places_);
+        limits_.take_memory(file_, triangle_memory * polygon_.size());
+        append_polygon(mesh_, polygon_, places_, file_, limits_);
     }
 
     std::uint32_t read_vertex_index(Scalar scalar) {
@@ -346,6 +348,8 @@ private:
     static std::uint8_t channel(double value) { return static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0) + 0.5); }
 
     Values values_;
+    const std::string& file_;
+    Load_Limits& limits_;
     Mesh mesh_;
     std::vector<std::uint32_t> polygon_; // being read
     std::vector<VT_Vector> places_;      // of its corners
@@ -353,19 +357,19 @@ private:
 
 } // namespace
 
-Mesh read_ply(const std::string& file, std::string_view content) {
+Mesh read_ply(const std::string& file, std::string_view content, Load_Limits& limits) {
     Text_Cursor cursor(file, content);
     const Header header = read_header(cursor);
     const auto start = static_cast<std::size_t>(cursor.place() - content.data());
     switch (header.encoding) {
     case Encoding::text:
-        return Body_Reader(Text_Values(cursor)).read(header);
+        return Body_Reader(Text_Values(cursor), file, limits).read(header);
     case Encoding::little_endian:
-        return Body_Reader(Binary_Values<std::endian::little>(file, content, start)).read(header);
+        return Body_Reader(Binary_Values<std::endian::little>(file, content, start), file, limits).read(header);
     case Encoding::big_endian:
         break;
     }
-    return Body_Reader(Binary_Values<std::endian::big>(file, content, start)).read(header);
+    return Body_Reader(Binary_Values<std::endian::big>(file, content, start), file, limits).read(header);
 }
 
 } // namespace app::scene

@@ -49,7 +49,7 @@ bool has_own_gamma(std::string_view file) {
 
 } // namespace
 
-Image decode_png(std::string_view bytes) {
+Image decode_png(std::string_view bytes, const Before_Pixels& before) {
     const auto* file = reinterpret_cast<const stbi_uc*>(bytes.data());
     const int size = static_cast<int>(bytes.size());
     const auto fail = [](const std::string& reason) { throw Image_Error("expected a PNG image: " + reason); };
@@ -60,7 +60,7 @@ Image decode_png(std::string_view bytes) {
     if (!stbi_info_from_memory(file, size, &width, &height, &channels)) {
         fail(stbi_failure_reason());
     }
-    check_sides(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
+    check_sides(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height), before);
     if (stbi_is_16_bit_from_memory(file, size) || has_own_gamma(bytes)) {
         throw Image_Error("expected a PNG image of 8 bits a channel without a gamma of its own: this build decodes no others");
     }
@@ -78,7 +78,7 @@ Image decode_png(std::string_view bytes) {
     return image;
 }
 
-Image decode_jpeg(std::string_view) {
+Image decode_jpeg(std::string_view, const Before_Pixels&) {
     throw Image_Error("expected a PNG image: this build decodes no JPEG images");
 }
 

@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t binary_header = 84;
 constexpr std::size_t binary_facet = 50;
+constexpr std::uint64_t facet_memory = vertex_memory + triangle_memory; // most share two corners with others
 
 class Corner_Joiner {
 public:
@@ -32,7 +33,7 @@ private:
     std::vector<std::uint32_t> triangles_;
 };
 
-Mesh read_binary(const std::string& file, std::string_view content) {
+Mesh read_binary(const std::string& file, std::string_view content, Load_Limits& limits) {
     if (content.size() < binary_header) {
         throw Model_Error(file + ": byte " + std::to_string(content.size()) +
                           ": expected a header of 84 bytes, found the end of the file");
@@ -42,6 +43,7 @@ Mesh read_binary(const std::string& file, std::string_view content) {
         throw Model_Error(file + ": byte " + std::to_string(content.size()) + ": expected " + std::to_string(count) +
                           " facets of 50 bytes, found the end of the file");
     }
+    limits.take_memory(file, count * facet_memory);
     Corner_Joiner joiner;
     for (std::uint64_t facet = 0; facet < count; ++facet) {
         const std::size_t corners = binary_header + facet * binary_facet + 12;
@@ -60,7 +62,8 @@ Mesh read_binary(const std::string& file, std::string_view content) {
 
 class Text_Reader {
 public:
-    Text_Reader(const std::string& file, std::string_view content) : cursor_(file, content) {}
+    Text_Reader(const std::string& file, std::string_view content, Load_Limits& limits)
+        : file_(file), limits_(limits), cursor_(file, content) {}
 
     Mesh read() {
         expect("solid");
@@ -92,6 +95,7 @@ private:
     }
 
     void read_facet() {
+        limits_.take_memory(file_, facet_memory);
         cursor_.next_line(); // The normal follows from the corners.
         expect("outer");
         expect("loop");
@@ -106,6 +110,8 @@ private:
         expect("endfacet");
     }
 
+    const std::string& file_;
+    Load_Limits& limits_;
     Text_Cursor cursor_;
     Corner_Joiner joiner_;
 };
@@ -123,8 +129,8 @@ bool is_text(std::string_view content) {
 
 } // namespace
 
-Mesh read_stl(const std::string& file, std::string_view content) {
-    return is_text(content) ? Text_Reader(file, content).read() : read_binary(file, content);
+Mesh read_stl(const std::string& file, std::string_view content, Load_Limits& limits) {
+    return is_text(content) ? Text_Reader(file, content, limits).read() : read_binary(file, content, limits);
 }
 
 } // namespace app::scene

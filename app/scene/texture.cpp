@@ -54,9 +54,10 @@ std::int32_t wrapped(std::int32_t place, std::int32_t size, Wrap wrap) {
 
 } // namespace
 
-Texture::Texture(std::string name, const Image& image, const Material& material)
-    : name_(std::move(name)), given_size_{image.width, image.height}, wraps_{material.wrap_u, material.wrap_v},
+Texture::Texture(std::string name, const Image& image, const Material& material, Load_Limits& limits)
+    : name_(std::move(name)), limits_(limits), given_size_{image.width, image.height}, wraps_{material.wrap_u, material.wrap_v},
       transparency_(resolved(material.transparency, material.opacity, image)) {
+    Load_Limits::Loan memory = memory_of(drawn_side(image.width), drawn_side(image.height));
     Image drawn = resampled(image, drawn_side(image.width), drawn_side(image.height), wraps_[0], wraps_[1]);
     if (transparency_ == Transparency::none) {
         std::ranges::for_each(drawn.pixels, [](VT_RGB32& pixel) { pixel.alpha = 255; });
@@ -65,7 +66,7 @@ Texture::Texture(std::string name, const Image& image, const Material& material)
         least_alpha_ = static_cast<std::int32_t>(std::ceil(std::clamp(material.cut_off, 0.0F, 1.01F) * 255));
     }
     log2_sides_ = {log2_of(drawn.width), log2_of(drawn.height)};
-    levels_.emplace(Level{0, 0}, std::move(drawn));
+    levels_.emplace(Level{0, 0}, std::pair(std::move(drawn), std::move(memory)));
 }
 
 std::string Texture::summary() const {
@@ -128,11 +129,13 @@ Texture::Cut Texture::cut(const double (&covered)[2], const double (&low)[2], co
 // Halved from the next larger one that there is.
 const Image& Texture::image(const Level& level) {
     if (const auto found = levels_.find(level); found != levels_.end()) {
-        return found->second;
+        return found->second.first;
     }
     const Image& larger = image(level[0] > level[1] ? Level{level[0] - 1, level[1]} : Level{level[0], level[1] - 1});
     const std::int32_t width = 1 << (log2_sides_[0] - level[0]), height = 1 << (log2_sides_[1] - level[1]);
-    return levels_.emplace(level, resampled(larger, width, height, wraps_[0], wraps_[1])).first->second;
+    Load_Limits::Loan memory = memory_of(width, height);
+    std::pair made(resampled(larger, width, height, wraps_[0], wraps_[1]), std::move(memory));
+    return levels_.emplace(level, std::move(made)).first->second.first;
 }
 
 VT_Reference<const VT_Basic_Material> Texture::material(const Level& level, const std::array<Tiles, 2>& tiles) {
@@ -144,21 +147,30 @@ VT_Reference<const VT_Basic_Material> Texture::material(const Level& level, cons
     {
         const std::shared_lock looking(lock_);
         if (const auto found = materials_.find(key); found != materials_.end()) {
-            return found->second;
+            return found->second.first;
         }
     }
     const std::unique_lock making(lock_);
-    VT_Reference<const VT_Basic_Material>& found = materials_[key];
-    if (!found) {
-        found = made_material(level, tiles, {origin(0), origin(1)});
+    if (const auto found = materials_.find(key); found != materials_.end()) {
+        return found->second.first;
     }
-    return found;
+    Made made;
+    try {
+        made = made_material(level, tiles, {origin(0), origin(1)});
+    } catch (const Load_Error&) {
+        if (materials_.empty()) {
+            throw;
+        }
+        materials_.clear(); // views that were looked at before
+        made = made_material(level, tiles, {origin(0), origin(1)});
+    }
+    return materials_.emplace(key, std::move(made)).first->second.first;
 }
 
-VT_Reference<const VT_Basic_Material> Texture::made_material(const Level& level, const std::array<Tiles, 2>& tiles,
-                                                             VT_Int_Pair origin) {
+Texture::Made Texture::made_material(const Level& level, const std::array<Tiles, 2>& tiles, VT_Int_Pair origin) {
     const Image& texture = image(level);
     const std::int32_t width = texture.width << tiles[0].log2_count, height = texture.height << tiles[1].log2_count;
+    Load_Limits::Loan memory = memory_of(width, height);
     const VT_Reference<VT_Shared_Image> repeated(
         new VT_Shared_Image(width, height, Buffer_Format::rgb32, 4 * width, nullptr, false, false));
     for (std::int32_t r = 0; r < height; ++r) {
@@ -174,7 +186,7 @@ VT_Reference<const VT_Basic_Material> Texture::made_material(const Level& level,
     }
     const VT_Reference<VT_Basic_Material> made(new VT_Basic_Material);
     made->texture = repeated;
-    return made;
+    return {made, std::move(memory)};
 }
 
 } // namespace app::scene

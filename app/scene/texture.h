@@ -5,8 +5,9 @@
 #include <map>
 #include <shared_mutex>
 #include <string>
-#include <vector>
+#include <utility>
 
+#include "app/load_limits.h"
 #include "app/scene/image.h"
 #include "app/scene/material.h"
 #include "renderer/host/rendition.h"
@@ -20,7 +21,8 @@ namespace app::scene {
 // would put points on their edges that their neighbours lack.
 class Texture {
 public:
-    Texture(std::string name, const Image& image, const Material& material);
+    // Throws Load_Error when there is no memory left for it; so does cut.
+    Texture(std::string name, const Image& image, const Material& material, Load_Limits& limits);
 
     const std::string& name() const noexcept { return name_; }
     // Sizes, as given and as drawn, in words.
@@ -47,24 +49,30 @@ private:
 
     // How often either side is halved.
     using Level = std::array<std::int32_t, 2>;
+    // With the memory that it takes.
+    using Made = std::pair<VT_Reference<const VT_Basic_Material>, Load_Limits::Loan>;
 
     static Tiles tiles(double low, double high, Wrap wrap);
     Level chosen_level(const double (&covered)[2], const std::array<Tiles, 2>& tiles) const;
     const Image& image(const Level& level);
     VT_Reference<const VT_Basic_Material> material(const Level& level, const std::array<Tiles, 2>& tiles);
-    VT_Reference<const VT_Basic_Material> made_material(const Level& level, const std::array<Tiles, 2>& tiles,
-                                                        VT_Int_Pair origin);
+    Made made_material(const Level& level, const std::array<Tiles, 2>& tiles, VT_Int_Pair origin);
+
+    Load_Limits::Loan memory_of(std::int32_t width, std::int32_t height) const {
+        return {limits_, name_, std::uint64_t{4} * static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height)};
+    }
 
     std::string name_;
+    Load_Limits& limits_;
     VT_Int_Pair given_size_;
     std::array<Wrap, 2> wraps_;
     Transparency transparency_;
     std::int32_t least_alpha_ = 0; // of texels that are there
     std::array<std::int32_t, 2> log2_sides_;
     std::shared_mutex lock_; // of the images, which are made when they are first asked for
-    std::map<Level, Image> levels_;
+    std::map<Level, std::pair<Image, Load_Limits::Loan>> levels_;
     // By level, then first tile and logarithm of the count along either axis.
-    std::map<std::array<std::int32_t, 6>, VT_Reference<const VT_Basic_Material>> materials_;
+    std::map<std::array<std::int32_t, 6>, Made> materials_;
 };
 
 } // namespace app::scene

@@ -19,13 +19,23 @@ constexpr std::uint32_t none = 0xFFFFFFFF;
 // Pixels by which a place on an edge may be wrong.
 constexpr double allowed_error = 0.5;
 
-Image image_of(const Image_Source& source) {
+// The image, and its memory.
+std::pair<Image, Load_Limits::Loan> image_of(const Image_Source& source, Load_Limits& limits) {
+    constexpr std::uint64_t pixel_steps = 2; // to decode and to resample it
+    Load_Limits::Loan loan;
+    const auto take = [&](std::uint64_t pixels) {
+        limits.take_work(source.name, pixel_steps * pixels);
+        loan = Load_Limits::Loan(limits, source.name, 4 * pixels);
+    };
     if (source.width > 0) {
+        take(static_cast<std::uint64_t>(source.width) * static_cast<std::uint64_t>(source.height));
         Image image(source.width, source.height);
         std::memcpy(image.pixels.data(), source.bytes.data(), std::min(source.bytes.size(), 4 * image.pixels.size()));
-        return image;
+        return {std::move(image), std::move(loan)};
     }
-    return decode_image(source.embedded ? source.bytes : read_file(source.name));
+    const std::string read = source.embedded ? std::string() : read_reference(source.model, source.name, limits);
+    Image image = decode_image(source.embedded ? source.bytes : read, take);
+    return {std::move(image), std::move(loan)};
 }
 
 // A single white texel, for translucent surfaces without a texture: palette pictures blend textures only.
@@ -108,8 +118,9 @@ private:
     Texture::Cut choose_texture(const std::array<const Corner*, 3>& corners, std::array<VT_Parameter, 6>& parameters) const;
 };
 
-Textured_Scene::Textured_Scene(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, std::vector<std::string>& warnings) {
-    load_paints(mesh, warnings);
+Textured_Scene::Textured_Scene(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, std::vector<std::string>& warnings,
+                               Load_Limits& limits) {
+    load_paints(mesh, warnings, limits);
     order_triangles(mesh);
     set_colors(mesh, lay_out(mesh), base_color, own_colors);
 }
@@ -120,7 +131,7 @@ bool Textured_Scene::has_work(const Mesh& mesh) {
 }
 
 // Materials share a texture when nothing in them asks for another one.
-void Textured_Scene::load_paints(const Mesh& mesh, std::vector<std::string>& warnings) {
+void Textured_Scene::load_paints(const Mesh& mesh, std::vector<std::string>& warnings, Load_Limits& limits) {
     std::map<std::tuple<std::uint32_t, Wrap, Wrap, Transparency, bool, float>, Texture*> known;
     const auto texture_of = [&](const Material& material) -> Texture* {
         const auto [found, is_new] = known.try_emplace(
@@ -129,7 +140,7 @@ void Textured_Scene::load_paints(const Mesh& mesh, std::vector<std::string>& war
         if (is_new && material.image != no_image) {
             const Image_Source& source = mesh.images[material.image];
             try {
-                textures_.push_back(std::make_unique<Texture>(source.name, image_of(source), material));
+                textures_.push_back(std::make_unique<Texture>(source.name, image_of(source, limits).first, material, limits));
                 found->second = textures_.back().get();
             } catch (const Image_Error& error) {
                 warnings.push_back(source.name + ": " + error.what());
@@ -137,7 +148,7 @@ void Textured_Scene::load_paints(const Mesh& mesh, std::vector<std::string>& war
                 warnings.push_back(error.what());
             }
         } else if (is_new && material.opacity < 1) {
-            textures_.push_back(std::make_unique<Texture>("", white_texel(), material));
+            textures_.push_back(std::make_unique<Texture>("", white_texel(), material, limits));
             found->second = textures_.back().get();
         }
         return found->second;

@@ -23,7 +23,8 @@ class Textured_Scene final : public Scene {
 public:
     // The mesh may be gone afterwards. base_color: of what has neither a colour nor a texture; of all, with own_colors off. A
     // texture that cannot be had adds a line to warnings, and its surfaces are plain.
-    Textured_Scene(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, std::vector<std::string>& warnings);
+    Textured_Scene(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, std::vector<std::string>& warnings,
+                   Load_Limits& limits);
 
     // Whether a mesh has materials that make a difference.
     static bool has_work(const Mesh& mesh);
@@ -45,7 +46,7 @@ private:
         bool translucent = false;
     };
 
-    void load_paints(const Mesh& mesh, std::vector<std::string>& warnings);
+    void load_paints(const Mesh& mesh, std::vector<std::string>& warnings, Load_Limits& limits);
     void order_triangles(const Mesh& mesh);
     std::vector<std::uint32_t> lay_out(const Mesh& mesh);
     // vertices: the mesh's own numbers of the vertices that are drawn.

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "app/hash_seed.h"
 #include "renderer/host/geometry.h"
 
 namespace app::scene {
@@ -33,7 +34,7 @@ private:
     static constexpr std::uint32_t empty = 0xFFFFFFFF;
 
     static std::uint64_t hash(const Tuple& tuple) noexcept {
-        std::uint64_t h = 0;
+        std::uint64_t h = hash_seed();
         for (const std::uint32_t word : tuple) {
             h = (h ^ word) * 0x9E3779B97F4A7C15;
             h ^= h >> 29;

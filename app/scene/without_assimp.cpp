@@ -7,7 +7,7 @@ bool is_assimp_format(const std::string&) {
     return false;
 }
 
-Mesh read_with_assimp(const Input& input) {
+Mesh read_with_assimp(const Input& input, Load_Limits&) {
     throw Model_Error(input.name + ": expected a PLY, OBJ or STL file: this build reads no others");
 }
 

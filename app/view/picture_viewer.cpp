@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "app/image_file.h"
+#include "app/messages.h"
 #include "app/model_options.h"
 #include "app/output_file.h"
 #include "app/path.h"
@@ -139,12 +140,12 @@ void Picture_Viewer::take_screenshot() {
         raster.width -= margin_;
         write_file(name, png_of(raster, canvas_.session.palette()));
     } catch (const std::runtime_error& error) {
-        std::fprintf(stderr, "vorna: %s\n", error.what());
+        print(stderr, "vorna: " + printable(error.what()) + '\n');
         return;
     }
-    std::printf("%s\n", shell_word(name).c_str());
+    print(stdout, printable(shell_word(name)) + '\n');
     if (const std::string command = command_for(name); !command.empty()) {
-        std::printf("  %s\n", command.c_str());
+        print(stdout, "  " + printable(command) + '\n');
     }
     std::fflush(stdout);
 }
@@ -159,12 +160,12 @@ void Picture_Viewer::record() {
         paint(canvas);
         write_file(name, picture::file_of(recorder.finish(VT_Int_Rectangle{0, size_.x - 1, 0, size_.y - 1}), name));
     } catch (const std::runtime_error& error) {
-        std::fprintf(stderr, "vorna: %s\n", error.what());
+        print(stderr, "vorna: " + printable(error.what()) + '\n');
         return;
     }
     const std::string image = name.substr(0, name.size() - ending.size()) + ".png";
-    std::printf("%s\n  vorna replay %s --color %s\n", shell_word(name).c_str(), shell_word(name).c_str(),
-                shell_word(image).c_str());
+    const std::string word = printable(shell_word(name));
+    print(stdout, word + "\n  vorna replay " + word + " --color " + printable(shell_word(image)) + '\n');
     std::fflush(stdout);
 }
 

@@ -32,8 +32,9 @@ void show(const View_Options& options, std::vector<Input> inputs, const Map_Opti
                           ? std::nullopt
                           : std::optional(parsed_pair(options.size, largest_picture_side,
                                                       "--size: expected WIDTHxHEIGHT with sides from 1 to 16383"));
-    const auto script = options.script.empty() ? std::vector<view::Script_Step>()
-                                               : view::parsed_script(options.script, scene::read_file(options.script));
+    const auto script = options.script.empty()
+                            ? std::vector<view::Script_Step>()
+                            : view::parsed_script(options.script, scene::read_file(options.script, *options.limits));
     std::error_code none;
     if (!std::filesystem::is_directory(path_of(options.folder), none)) {
         throw Usage_Error("--screenshots: expected a folder, found none called '" + options.folder + "'");
@@ -61,6 +62,7 @@ void show(const View_Options& options, std::vector<Input> inputs, const Map_Opti
                                   .background = background,
                                   .colors = options.colors == 8 ? 8 : 32,
                                   .antialias = options.antialias,
+                                  .limits = options.limits,
                                   .strict = options.strict};
         viewer = std::make_unique<view::Map_Viewer>(picture, map_options, module, options.folder, *window);
     } else {
@@ -97,6 +99,7 @@ void add_view_command(CLI::App& application, int& status) {
                           help_text()));
     command.fallthrough();
     command.callback([options, map_options, &command, &application, &status] {
+        options->limits = limits_of(*options);
         std::vector<Input> inputs = open_inputs(*options);
         refuse_options_of_other_kind(command, inputs.front());
         show(*options, std::move(inputs), *map_options, chosen_module(application));

@@ -67,7 +67,8 @@ void make_texture(std::string_view bytes, std::uint8_t style) {
     app::scene::Material material;
     material.wrap_u = static_cast<app::scene::Wrap>(style % 3);
     material.wrap_v = static_cast<app::scene::Wrap>(style / 3 % 3);
-    app::scene::Texture texture("image", image, material);
+    app::Load_Limits limits;
+    app::scene::Texture texture("image", image, material, limits);
     const double covered[] = {0.01 * style, 0.1}, low[] = {-0.5, 0}, high[] = {1.5, 1};
     texture.cut(covered, low, high);
 }
@@ -78,18 +79,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Bytes input(text_of(data, size));
     const std::uint8_t way = input.byte();
     const std::string bytes = way < 128 ? with_check_sums(input.rest()) : std::string(input.rest());
+    app::Load_Limits limits;
     switch (way % 4) {
     case 0:
-        try_out([&] { app::palette_colors("palette", bytes); });
-        try_out<app::Png_Error>([&] {
-            const app::Png_Image image = app::read_png(bytes);
+        try_out([&] { app::palette_colors("palette", bytes, limits); });
+        try_out<std::runtime_error>([&] {
+            const app::Png_Image image = app::read_png("image", bytes, limits);
             if (std::int64_t{image.width} * image.height <= most_pixels && !app::compare(image, image, {}).is_same) {
                 fail("an image differs from itself");
             }
         });
         break;
     case 1:
-        try_out<app::scene::Image_Error>([&] { make_texture(bytes, way / 4); });
+        try_out<std::runtime_error>([&] { make_texture(bytes, way / 4); });
         break;
     case 2:
         try_out([&] { read_part(bytes); });

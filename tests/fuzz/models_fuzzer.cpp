@@ -38,7 +38,7 @@ private:
     std::filesystem::path path_;
 };
 
-scene::Mesh read_obj_with_library(std::string_view content) {
+scene::Mesh read_obj_with_library(std::string_view content, Load_Limits& limits) {
     static const Folder folder;
     constexpr std::string_view border = "\n----\n";
     const std::size_t end = content.find(border);
@@ -47,14 +47,15 @@ scene::Mesh read_obj_with_library(std::string_view content) {
         std::ofstream(folder.file("library.mtl"), std::ios::binary)
             .write(library.data(), static_cast<std::streamsize>(library.size()));
     }
-    return scene::read_obj(folder.file("model.obj"), content.substr(0, end));
+    return scene::read_obj(folder.file("model.obj"), content.substr(0, end), limits);
 }
 
 scene::Mesh read(std::size_t format, std::string_view content) {
     const std::string name = "model";
-    return format == 0   ? scene::read_ply(name, content)
-           : format == 1 ? scene::read_stl(name, content)
-                         : read_obj_with_library(content);
+    Load_Limits limits;
+    return format == 0   ? scene::read_ply(name, content, limits)
+           : format == 1 ? scene::read_stl(name, content, limits)
+                         : read_obj_with_library(content, limits);
 }
 
 void draw(const scene::Mesh& mesh, std::uint8_t style) {

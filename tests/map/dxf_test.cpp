@@ -24,8 +24,13 @@ std::string drawing(const std::string& entities, const std::string& tables = "",
                  entities + "0|ENDSEC|0|EOF|");
 }
 
+Map read(const std::string& content) {
+    Load_Limits limits;
+    return read_dxf("test.dxf", content, limits);
+}
+
 Shape only_shape(const std::string& entity) {
-    const Map map = read_dxf("test.dxf", drawing(entity));
+    const Map map = read(drawing(entity));
     EXPECT_EQ(map.shapes.size(), 1U);
     return map.shapes.at(0);
 }
@@ -73,10 +78,10 @@ TEST(Dxf, solid_hatches_have_boundaries_of_polylines_and_edges) {
 TEST(Dxf, blocks_are_placed_and_colours_taken_from_where_they_are_said) {
     const std::string layers = "0|LAYER|2|Walls|62|1|0|LAYER|2|Off|62|-1|0|LAYER|2|Plain|62|7|420|1056816|";
     const std::string block = "0|BLOCK|2|Peg|10|1|20|0|0|POINT|8|0|62|0|10|2|20|0|0|POINT|8|0|62|256|10|1|20|0|0|ENDBLK|";
-    const Map map = read_dxf("test.dxf", drawing("0|INSERT|8|Walls|62|3|2|Peg|10|10|20|20|41|2|50|90|70|2|44|5|"
-                                                 "0|LINE|8|Off|10|0|20|0|11|1|21|1|0|POINT|8|Plain|10|0|20|0|"
-                                                 "0|POINT|62|12|10|0|20|0|",
-                                                 layers, block));
+    const Map map = read(drawing("0|INSERT|8|Walls|62|3|2|Peg|10|10|20|20|41|2|50|90|70|2|44|5|"
+                                 "0|LINE|8|Off|10|0|20|0|11|1|21|1|0|POINT|8|Plain|10|0|20|0|"
+                                 "0|POINT|62|12|10|0|20|0|",
+                                 layers, block));
     ASSERT_EQ(map.shapes.size(), 6U);
     EXPECT_NEAR(map.shapes[0].points[0].x, 10, 1e-9);
     EXPECT_NEAR(map.shapes[0].points[0].y, 22, 1e-9);
@@ -88,7 +93,7 @@ TEST(Dxf, blocks_are_placed_and_colours_taken_from_where_they_are_said) {
 }
 
 TEST(Dxf, what_is_not_drawn_is_counted_in_one_warning) {
-    const Map map = read_dxf("test.dxf", drawing("0|TEXT|1|a|0|MTEXT|1|b|0|TEXT|1|c|0|POINT|10|0|20|0|"));
+    const Map map = read(drawing("0|TEXT|1|a|0|MTEXT|1|b|0|TEXT|1|c|0|POINT|10|0|20|0|"));
     EXPECT_THAT(map.warnings, ElementsAre("test.dxf: not drawn: 1 MTEXT, 2 TEXT"));
 }
 
@@ -108,7 +113,7 @@ TEST(Dxf, errors_name_the_line) {
     };
     for (const auto& [content, message] : cases) {
         try {
-            read_dxf("test.dxf", content);
+            read(content);
             ADD_FAILURE() << message;
         } catch (const Map_Error& error) {
             EXPECT_THAT(error.what(), HasSubstr(message));

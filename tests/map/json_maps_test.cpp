@@ -13,7 +13,10 @@ using testing::HasSubstr;
 
 class Json_Maps : public testing::Test {
 protected:
-    Map load(const std::string& text, const std::string& layer = "") { return load_map({"map.json", "json", text}, layer); }
+    Map load(const std::string& text, const std::string& layer = "") {
+        Load_Limits limits;
+        return load_map({"map.json", "json", text}, layer, limits);
+    }
     std::string error_of(const std::string& text, const std::string& layer = "") {
         try {
             load(text, layer);

@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Gives the command files and outputs that are against it. Every time it must say what is wrong in one line, end with the right
-# status, leave no file, and get along with little time and memory. usage: hostile_input.sh VORNA PICTURES
+# status, leave no file, and get along with little time and memory. usage: hostile_input.sh VORNA PICTURES [FIGURES]
+# FIGURES: a file for processor time and resident memory of what asks for much, by GNU time.
 set -uo pipefail
-vorna=$1
+vorna=$(realpath "$1")
 pictures=$(cd "$2" && pwd)
+figures=${3:+$(realpath "$3")}
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder"
@@ -17,6 +19,9 @@ if grep -q __asan_init "$vorna"; then
     memory=unlimited
     export ASAN_OPTIONS=hard_rss_limit_mb=3000:quarantine_size_mb=64
 fi
+watch=()
+# Seconds of processor time that a run may take, where it is limited.
+seconds=unlimited
 
 fail() {
     failures=$((failures + 1))
@@ -28,7 +33,8 @@ fail() {
 run() {
     (
         ulimit -v "$memory"
-        exec timeout 60 "$@"
+        ulimit -t "$seconds"
+        exec timeout 60 "${watch[@]}" "$@"
     ) 2>"$folder/errors"
     status=$?
 }
@@ -179,7 +185,7 @@ mesh='"meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],"nodes":[{"mesh"
 printf '{"asset":{"version":"2.0"},%s,%s,%s}' "$buffer" "$views" "$mesh" >huge.gltf
 render 2 "huge.gltf: expected a model file: " huge.gltf
 gzip -c < <(head -c 300000000 /dev/zero) >bomb.json.gz
-expect 2 "bomb.json.gz: longer than 256 MiB when unpacked" "$vorna" info bomb.json.gz
+expect 2 "bomb.json.gz: longer than 256 MiB when unpacked" "$vorna" info bomb.json.gz --max-memory 8G
 
 # What is no number, or none that fits.
 for number in nan inf -inf 1e39; do
@@ -197,7 +203,10 @@ for number in nan inf 1e999; do
     expect 2 "odd.json: " "$vorna" replay odd.json --color out/picture.png
 done
 sed 's/\[1,/[1e300,/' map.geojson >odd.geojson
-render 2 "odd.geojson: shape 0: expected degrees, found 1e\+300" odd.geojson
+render 2 "odd.geojson: shape 0: expected coordinates up to 1e100, found 1e\+300" odd.geojson
+sed 's/\[1,/[1e99,/' map.geojson >odd.geojson
+render 2 "odd.geojson: shape 0: expected degrees, found 1e\+99" odd.geojson
+sed 's/\[1,/[1e300,/' map.geojson >odd.geojson
 expect 2 "odd.geojson: shape 0: expected coordinates up to 1e100" "$vorna" render odd.geojson -o out/picture.png --projection plane
 {
     head -c 96 model.stl
@@ -214,6 +223,134 @@ if [ -e "$(dirname "$vorna")/vorna-window.so" ]; then
     printf 'drag left 0,0 2147483647,-2147483648\n' >far.script
     SDL_VIDEODRIVER=dummy expect 2 "far.script:1: expected X,Y up to 32767" "$vorna" view good.obj --script far.script
 fi
+
+# Infinite where two finite numbers meet; a shape to clip to is looked at before all others.
+printf '{"type":"Topology","transform":{"scale":[1e308,1],"translate":[0,0]},"arcs":[[[0,0],[1e300,0],[-2e300,1]]],"objects":{"a":{"type":"Polygon","arcs":[[0]]}}}' >odd.json
+expect 2 "odd.json: shape 0: expected coordinates up to 1e100, found inf, 0" "$vorna" render odd.json -o out/picture.png --clip-to 0
+printf '0\nSECTION\n2\nENTITIES\n0\nCIRCLE\n10\n1e308\n20\n0\n40\n1e308\n0\nENDSEC\n0\nEOF\n' >odd.dxf
+render 2 "odd.dxf: shape 0: expected coordinates up to 1e100, found inf" odd.dxf
+
+# Short files that ask for much: two seconds, and a gigabyte that they may not reach.
+if [ "$memory" != unlimited ]; then
+    memory=1700000 # with libraries and room for allocators
+    seconds=4      # of busy machines
+fi
+[ -z "$figures" ] || watch=(/usr/bin/time -a -o "$figures" -f '%U + %S s, %M KiB: %C')
+refused="expected what can be read (within 1024M of memory|in [0-9]* million steps)"
+big_endian() { for number; do printf '%b' "$(printf '\\x%02x\\x%02x\\x%02x\\x%02x' $((number >> 24)) $((number >> 16 & 255)) $((number >> 8 & 255)) $((number & 255)))"; done; }
+# chunk TYPE: of a PNG file, with its content from standard input.
+chunk() {
+    { printf '%s' "$1"; cat; } >chunk
+    big_endian $(($(wc -c <chunk) - 4))
+    cat chunk
+    gzip -c chunk | tail -c 8 | head -c 4 | od -An -tx1 | awk '{ printf "\\x%s\\x%s\\x%s\\x%s", $4, $3, $2, $1 }' | { read -r sum; printf '%b' "$sum"; }
+}
+# png WIDTH HEIGHT [NUMBER...]: without pixels, and as a part with these numbers.
+png() {
+    printf '\211PNG\r\n\032\n'
+    { big_endian "$1" "$2"; printf '\10\6\0\0\0'; } | chunk IHDR
+    [ $# = 2 ] || big_endian "${@:3}" | chunk vtIL
+    printf '' | chunk IDAT
+}
+png 8 8 1048576 1048576 131072 131072 0 >bomb.png
+expect 2 "assemble: expected all parts, found no part 1 of 131072x131072" "$vorna" assemble bomb.png -o out/picture.png
+png 1048576 1048576 1048576 1048576 1 1 0 >bomb.png
+expect 2 "bomb.png: expected a part drawn with --tiles-of, found a file that is too short for its rows" "$vorna" assemble bomb.png -o out/picture.png
+png 16384 16384 >bomb.png
+expect 2 "bomb.png: expected a PNG file: it is too short" "$vorna" compare bomb.png bomb.png
+expect 2 "bomb.png: expected a PNG file: it is too short" "$vorna" render good.obj --palette bomb.png -o out/picture.png
+"$vorna" render good.obj -o tile.png --size 4096x4096
+printf "vt 0 0\nmtllib tiles.mtl\n$triangle" >bomb.obj
+for ((i = 0; i < 40; ++i)); do
+    ln tile.png tile$i.png
+    printf 'newmtl m%d\nmap_Kd tile%d.png\n' $i $i >>tiles.mtl
+    printf 'usemtl m%d\nf 1/1 2/1 3/1\n' $i >>bomb.obj
+done
+expect 2 "tile[0-9]*.png: $refused" "$vorna" render bomb.obj --shading textured -o out/picture.png
+awk -v size="$(wc -c <tile.png)" 'BEGIN {
+    printf "{\"asset\":{\"version\":\"2.0\"},\"scene\":0,\"scenes\":[{\"nodes\":[0]}],\"nodes\":[{\"mesh\":0}]"
+    printf ",\"buffers\":[{\"byteLength\":%d,\"uri\":\"tile.png\"},{\"byteLength\":36,\"uri\":\"data:application/octet-stream;base64,AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAA\"}]", size
+    printf ",\"bufferViews\":[{\"buffer\":0,\"byteLength\":%d},{\"buffer\":1,\"byteLength\":36}]", size
+    printf ",\"accessors\":[{\"bufferView\":1,\"componentType\":5126,\"count\":3,\"type\":\"VEC3\"}],\"images\":["
+    for (i = 0; i < 200; ++i) printf "%s{\"bufferView\":0,\"mimeType\":\"image/png\"}", i ? "," : ""
+    printf "],\"textures\":["
+    for (i = 0; i < 200; ++i) printf "%s{\"source\":%d}", i ? "," : "", i
+    printf "],\"materials\":["
+    for (i = 0; i < 200; ++i) printf "%s{\"pbrMetallicRoughness\":{\"baseColorTexture\":{\"index\":%d}}}", i ? "," : "", i
+    printf "],\"meshes\":[{\"primitives\":["
+    for (i = 0; i < 200; ++i) printf "%s{\"attributes\":{\"POSITION\":0},\"material\":%d}", i ? "," : "", i
+    printf "]}]}"
+}' >bomb.gltf
+run "$vorna" render bomb.gltf --shading textured -o out/picture.png
+cases=$((cases + 1))
+[ $status = 0 ] || fail "images that share their bytes are one: status $status" bomb.gltf
+rm -f out/picture.png
+if "$vorna" render map.geojson --labels -o out/picture.png 2>/dev/null; then
+    for letter in W $'\xCC\x81'; do
+        { printf '{"type":"Feature","geometry":{"type":"Point","coordinates":[1,2]},"properties":{"name":"'; head -c 4000000 /dev/zero | sed "s/\x00/$letter/g"; printf '"}}'; } >bomb.json
+        run "$vorna" render bomb.json --labels -o out/picture.png
+        [ $letter = W ] || judge 2 "bomb.json: $refused" "a long label of signs without a width"
+        [ $letter != W ] || [ $status = 0 ] || fail "status $status" "a long label"
+        rm -f out/picture.png
+    done
+fi
+topology() { # DX, DY: of 10,000 steps of an arc; COUNT: how often it is named
+    awk -v dx="$1" -v dy="$2" -v count="$3" 'BEGIN {
+        printf "{\"type\":\"Topology\",\"transform\":{\"scale\":[1,1],\"translate\":[0,0]},\"arcs\":[[[0,0]"
+        for (i = 0; i < 10000; ++i) printf ",[%g,%g]", i % 2 ? -dx : dx, i % 2 ? -dy : dy
+        printf "]],\"objects\":{\"a\":{\"type\":\"MultiLineString\",\"arcs\":[[0"
+        for (i = 0; i < count; ++i) printf ",%d", i % 2 ? 0 : -1
+        printf "]]}}}"
+    }'
+}
+topology 1 1 20000 >bomb.json
+render 2 "bomb.json: $refused" bomb.json
+topology 179 89 300 >bomb.json
+expect 2 "bomb.json: $refused" "$vorna" render bomb.json -o out/picture.png --projection mercator
+# East and east again: a turn around the globe with every two steps.
+awk 'BEGIN { printf "{\"type\":\"LineString\",\"coordinates\":[[0,0]"; for (i = 1; i < 60000; ++i) printf ",[%d,0]", i % 3 * 120 - 120; printf "]}" }' >bomb.json
+render 2 "bomb.json: $refused" bomb.json
+drawing() { # GROUPS: that an entity of a block has beside its place
+    printf '0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n2\nb\n0\nPOINT\n10\n0\n20\n0\n'
+    for ((i = 0; i < $1; ++i)); do printf '1000\nsomething\n'; done
+    printf '0\nENDBLK\n0\nENDSEC\n0\nSECTION\n2\nENTITIES\n0\nINSERT\n2\nb\n10\n0\n20\n0\n70\n%d\n71\n1000\n44\n1\n45\n1\n0\nENDSEC\n0\nEOF\n' "$2"
+}
+drawing 4000 1000 >bomb.dxf
+render 2 "bomb.dxf: $refused" bomb.dxf
+drawing 0 1000000 >bomb.dxf
+render 2 "bomb.dxf: $refused" bomb.dxf
+head -c 300000000 /dev/zero | gzip -c >bomb.obj.gz
+render 2 "bomb.obj.gz: $refused" bomb.obj.gz
+{ printf '{"picture":1,"calls":[0'; head -c 60000000 /dev/zero | sed 's/\x00/,0/g'; printf ']}'; } | gzip -c >bomb.json.gz
+expect 2 "bomb.json.gz: $refused" "$vorna" replay bomb.json.gz
+expect 2 "good.obj: expected what can be read within 64 bytes of memory, found more; --max-memory" "$vorna" render good.obj -o out/picture.png --max-memory 64
+rm -f bomb.* tile*.png
+watch=()
+if [ "$memory" != unlimited ]; then
+    memory=2000000
+    seconds=unlimited
+fi
+
+# Files that models name, outside of the models' folders, also through links.
+mkdir inside
+printf 'newmtl a\nKd 1 0 0\n' >outside.mtl
+ln -s ../outside.mtl inside/link.mtl
+for name in ../outside.mtl "$folder/outside.mtl" link.mtl ../inside/../outside.mtl; do
+    printf "mtllib $name\n$triangle" >inside/model.obj
+    model=(render inside/model.obj --size 300x300 -o out/picture.png)
+    expect 2 ".*(outside|link).mtl: lies outside the model's folder and is not read; --allow-outside reads it" "$vorna" "${model[@]}" --strict
+    run "$vorna" "${model[@]}"
+    [ $status = 0 ] && grep -q "warning: .*--allow-outside reads it" errors || fail "expected a warning" "$name"
+    run "$vorna" "${model[@]}" --allow-outside
+    [ $status = 0 ] && [ ! -s errors ] || fail "expected it to be read" "$name"
+    rm -f out/picture.png
+done
+printf 'newmtl a\nmap_Kd ../whole.png\n' >inside/model.mtl
+printf "mtllib model.mtl\nusemtl a\n$triangle" >inside/model.obj
+expect 2 "whole.png: lies outside" "$vorna" "${model[@]}" --strict --shading textured
+printf '{"asset":{"version":"2.0"},"buffers":[{"byteLength":36,"uri":"../good.obj"}],%s,%s}' \
+    '"bufferViews":[{"buffer":0,"byteLength":36}],"accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3"}]' "$mesh" >inside/model.gltf
+expect 2 ".*(--allow-outside|reads no others)" "$vorna" render inside/model.gltf -o out/picture.png
 
 # What names itself, and what nests.
 printf 'mtllib self.obj\n%b' "$triangle" >self.obj
@@ -325,7 +462,21 @@ printf 'mtllib odd%s.mtl\n%b' "$escape" "$triangle" >escape.obj
 expect 2 "odd \[31m" "$vorna" "${model[@]/good.obj/escape.obj}" --strict -o out/picture.png
 run "$vorna" "${model[@]/good.obj/escape.obj}" -o out/picture.png
 rm -f out/picture.png
-[ -s errors ] && ! LC_ALL=C grep -q $'[\x01-\x09\x0B-\x1F]\|\xC2\x9B' errors || fail "a control character" escape.obj
+controls=$'[\x01-\x09\x0B-\x1F]\|\xC2\x9B\|[^\x80-\xFF]\x9B'
+[ -s errors ] && ! LC_ALL=C grep -q "$controls" errors || fail "a control character" escape.obj
+name=$'odd\e[31m\xC2\x9B31m \x9B31m'
+cp whole.png "$name.png"
+printf 'newmtl a\nmap_Kd %s.png\n' "$name" >escape.mtl
+printf "vt 0 0\nmtllib escape.mtl\nusemtl a\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1/1 2/1 3/1\n" >"$name.obj"
+sed "s/1,2/1,2/" map.geojson >"$name.geojson"
+cp good.json "$name.json"
+for command in "render $name.obj --dry-run -o out/picture.png" "render $name.obj --stats --shading textured -o out/picture.png" \
+    "render $name.geojson --dry-run -o out/picture.png" "info $name.json" "info --json $name.json" "replay $name.json"; do
+    read -r -a words <<<"${command//$name/NAME}"
+    "$vorna" "${words[@]//NAME/$name}" >said 2>&1 || fail "status $?" "$command"
+    [ -s said ] && ! LC_ALL=C grep -q "$controls" said || fail "a control character: $(od -c said | head -5)" "$command"
+    rm -f out/picture.png
+done
 
 # Libraries that would say something of their own.
 if "$vorna" render map.geojson -o /dev/null --projection robinson 2>/dev/null; then

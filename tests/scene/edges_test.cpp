@@ -35,7 +35,8 @@ std::string box_text(const std::array<double, 3>& sides, double around_y, double
 
 TEST(Edges, are_those_of_polygons_each_once_in_few_chains) {
     // Every corner of a face has a vertex of its own here, for each has its face's normal.
-    Mesh box = read_obj("m.obj", "vn 0 0 1\nvn 0 1 0\n" + box_text({1, 2, 3}, 0, 0) + "f 1//1 2//2 4//1 3//2\n");
+    Load_Limits limits;
+    Mesh box = read_obj("m.obj", "vn 0 0 1\nvn 0 1 0\n" + box_text({1, 2, 3}, 0, 0) + "f 1//1 2//2 4//1 3//2\n", limits);
     Mesh grid = bumpy_grid(31, 17, 0), sphere = ball(24, 12);
     const struct {
         Mesh& mesh;

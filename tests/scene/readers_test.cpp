@@ -15,7 +15,12 @@ namespace {
 
 using testing::HasSubstr;
 
-using Reader = Mesh(const std::string&, std::string_view);
+using Reader = Mesh(const std::string&, std::string_view, Load_Limits&);
+
+Mesh read(Reader* reader, const std::string& file, std::string_view content) {
+    Load_Limits limits;
+    return reader(file, content, limits);
+}
 
 template <class Number> void put(std::string& bytes, Number value, std::endian order) {
     std::array<char, sizeof(Number)> copy;
@@ -121,7 +126,7 @@ std::vector<Format> every_format_of(const Mesh& mesh) {
 
 std::string message_of(Reader* reader, const std::string& content) {
     try {
-        reader("m", content);
+        read(reader, "m", content);
     } catch (const Model_Error& error) {
         return error.what();
     }
@@ -136,20 +141,21 @@ protected:
 TEST(Readers, every_format_gives_the_same_triangles_over_shared_vertices) {
     const Mesh mesh = bumpy_grid(9, 7, 1);
     for (const Format& format : every_format_of(mesh)) {
-        const Mesh read = format.reader(format.file, format.content);
-        EXPECT_EQ(read.positions.size(), mesh.positions.size()) << format.file;
-        EXPECT_EQ(sorted_triangles(read), sorted_triangles(mesh)) << format.file;
+        const Mesh read_mesh = read(format.reader, format.file, format.content);
+        EXPECT_EQ(read_mesh.positions.size(), mesh.positions.size()) << format.file;
+        EXPECT_EQ(sorted_triangles(read_mesh), sorted_triangles(mesh)) << format.file;
     }
-    EXPECT_EQ(read_ply("m", binary_ply(mesh, std::endian::big)).colors.at(5), (VT_RGB32{30, 20, 10, 255}));
+    EXPECT_EQ(read(read_ply, "m", binary_ply(mesh, std::endian::big)).colors.at(5), (VT_RGB32{30, 20, 10, 255}));
 }
 
 TEST(Obj_Reader, understands_every_form_of_a_face) {
-    const Mesh mesh = read_obj("m", "v 0 0 0\nv +1 0 0 # comment\n v\t1 1e0 0\nv 0 1 1e-60\n"
-                                    "vt 0 0\nvn 0 0 2\nvn 0 1 0\n"
-                                    "f 1 2 3 4\n"
-                                    "f -4/1 -3/1 \\\n -2/1\n"
-                                    "f 1//1 2//1 3//1\r\n"
-                                    "f 1/1/1 2/1/-1 3/1/1");
+    const Mesh mesh = read(read_obj, "m",
+                           "v 0 0 0\nv +1 0 0 # comment\n v\t1 1e0 0\nv 0 1 1e-60\n"
+                           "vt 0 0\nvn 0 0 2\nvn 0 1 0\n"
+                           "f 1 2 3 4\n"
+                           "f -4/1 -3/1 \\\n -2/1\n"
+                           "f 1//1 2//1 3//1\r\n"
+                           "f 1/1/1 2/1/-1 3/1/1");
     EXPECT_EQ(mesh.triangle_count(), 5U);
     // Corners are shared when position and normal are: four without a normal, three with the first, one with the second.
     EXPECT_EQ(mesh.positions.size(), 8U);
@@ -163,12 +169,12 @@ TEST_F(Reader_Files, obj_materials_give_vertices_their_diffuse_colour) {
     folder.file("two paints.mtl", "newmtl dark red\nKd 0.5 0 0\nnewmtl blue\nNs 5\nKd 0 0 1\n");
     const std::string shape =
         "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\nusemtl dark red\nf 1 2 3\nusemtl blue\nf 3 2 1\nusemtl unknown\nf 1 2 3\n";
-    const Mesh mesh = read_obj(folder.file("m.obj"), "mtllib two paints.mtl\n" + shape);
+    const Mesh mesh = read(read_obj, folder.file("m.obj"), "mtllib two paints.mtl\n" + shape);
     ASSERT_EQ(mesh.colors.size(), 9U);
     EXPECT_EQ(mesh.colors[0].alpha, 0);
     EXPECT_EQ(mesh.colors[3], (VT_RGB32{0, 0, 128, 255}));
     EXPECT_EQ(mesh.colors[6], (VT_RGB32{255, 0, 0, 255}));
-    EXPECT_TRUE(read_obj(folder.file("m.obj"), "mtllib missing.mtl\n" + shape).colors.empty());
+    EXPECT_TRUE(read(read_obj, folder.file("m.obj"), "mtllib missing.mtl\n" + shape).colors.empty());
 }
 
 TEST(Readers, a_broken_file_is_refused_with_its_place_and_what_was_expected) {
@@ -236,7 +242,7 @@ TEST(Readers, damaged_files_never_give_damaged_meshes) {
                 content[random() % content.size()] = static_cast<char>(random() % 2 ? random() % 256 : '0' + random() % 10);
             }
             try {
-                const Mesh mesh = format.reader(format.file, content);
+                const Mesh mesh = read(format.reader, format.file, content);
                 ASSERT_EQ(mesh.triangles.size() % 3, 0U);
                 ASSERT_TRUE(std::ranges::all_of(mesh.triangles, [&](std::uint32_t v) { return v < mesh.positions.size(); }));
                 ASSERT_TRUE(
