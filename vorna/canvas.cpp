@@ -12,10 +12,10 @@ void require_possible_window(const VT_Renderer_Options& options) {
                                     std::to_string(size.x) + " x " + std::to_string(size.y));
     }
     constexpr std::int32_t farthest = 1 << 30;
-    const VT_Int_Rectangle window = window_rectangle(options);
-    if (std::min(window.left, window.bottom) < -farthest || std::max(window.right, window.top) >= farthest) {
-        throw std::invalid_argument("a window lies between -2^30 and 2^30, not at (" + std::to_string(window.left) + ", " +
-                                    std::to_string(window.bottom) + ")");
+    const VT_Int_Pair origin = window_origin(options);
+    if (std::min(origin.x, origin.y) < -farthest || origin.x > farthest - size.x || origin.y > farthest - size.y) {
+        throw std::invalid_argument("a window lies between -2^30 and 2^30, not at (" + std::to_string(origin.x) + ", " +
+                                    std::to_string(origin.y) + ")");
     }
 }
 

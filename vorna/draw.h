@@ -235,7 +235,8 @@ template <class Function> struct Canvas_Calls<Function, VT_Draw_Image, Primitive
 template <class Function> struct Canvas_Calls<Function, VT_Window_Action, Primitive::other> {
     void operator()(Drawing_Target auto& target) const {
         const VT_Reference<VT_Rendition> inside(new VT_Rendition(target.rendition()));
-        inside->window.rectangle = common_part(inside->window.rectangle, window_rectangle(target.renderer().current_renderer_options()));
+        inside->window.rectangle =
+            common_part(inside->window.rectangle, window_rectangle(target.renderer().current_renderer_options()));
         if (!is_empty(inside->window.rectangle)) {
             Function{}(target.renderer(), *inside);
         }

@@ -2,7 +2,9 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <random>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -116,10 +118,10 @@ TEST(Preclip, Triangles_Stay_Inside_And_In_Their_Plane) {
             point = {20.0 * cell(random), 20.0 * cell(random), 0};
             point.z = 2 * point.x - 3 * point.y + 7;
         }
-        const auto color_of = [](const VT_Point_D& p) {
+        const auto plane_color = [](const VT_Point_D& p) {
             return VT_RGB32{std::uint8_t(100 + p.x / 20), std::uint8_t(100 + p.y / 20), 9, 255};
         };
-        const VT_RGB32 colors[3] = {vorna::color_of(points[0]), vorna::color_of(points[1]), vorna::color_of(points[2])};
+        const VT_RGB32 colors[3] = {plane_color(points[0]), plane_color(points[1]), plane_color(points[2])};
         VT_RGB32 clipped_colors[8];
         const std::int32_t count = VD_Preclip_2D_Triangle({0, 1000, 0, 1000}, points, clipped, colors, clipped_colors);
         ASSERT_TRUE(count == 0 || (count >= 3 && count <= 8)) << count;
@@ -129,6 +131,35 @@ TEST(Preclip, Triangles_Stay_Inside_And_In_Their_Plane) {
             EXPECT_NEAR(p.z, 2 * p.x - 3 * p.y + 7, 3.1) << "rounding moves x and y by a half, z by 2 * 0.5 + 3 * 0.5 + 0.5";
             EXPECT_NEAR(clipped_colors[i].blue, 100 + p.x / 20.0, 0.53) << "and colours by a half and 0.5 / 20";
             EXPECT_NEAR(clipped_colors[i].green, 100 + p.y / 20.0, 0.53);
+        }
+    }
+}
+
+// Beyond what integers hold, where a value at the first corner and its change up to the rectangle nearly cancel each other. A
+// corner on a side stays one corner, though its other coordinate is no whole number.
+TEST(Preclip, Triangles_Have_The_Same_Corners_And_Colors_Whichever_Corner_Comes_First) {
+    const VT_Int_Rectangle window{0, 63, 0, 63};
+    const VT_Point_D far[3] = {{-3e9, 833123438, 0}, {0, 22, 0}, {22.6, 21.7, 0}};
+    const VT_Point_D on_side[3] = {
+        {0, 40.69360042253083, 0}, {11.22632805592294, 30.798797628019006, 0}, {-3219.155493578473, 875.2171847186086, 0}};
+    const VT_RGB32 colors[3] = {{255, 255, 255, 255}, {250, 255, 255, 255}, {0, 0, 0, 255}};
+    for (const VT_Point_D* const triangle : {far, on_side}) {
+        std::map<std::pair<int, int>, int> blue_at;
+        for (int first = 0; first < 3; ++first) {
+            VT_Point_D points[3];
+            VT_RGB32 turned[3], clipped_colors[8];
+            VT_DCI_Point clipped[8];
+            for (int i = 0; i < 3; ++i) {
+                points[i] = triangle[(first + i) % 3];
+                turned[i] = colors[(first + i) % 3];
+            }
+            const std::int32_t count = VD_Preclip_2D_Triangle(window, points, clipped, turned, clipped_colors);
+            EXPECT_EQ(count, 3);
+            for (std::int32_t i = 0; i < count; ++i) {
+                const auto [place, is_new] = blue_at.try_emplace({clipped[i].x, clipped[i].y}, clipped_colors[i].blue);
+                EXPECT_TRUE(is_new == (first == 0)) << clipped[i].x << ' ' << clipped[i].y;
+                EXPECT_NEAR(place->second, clipped_colors[i].blue, 1);
+            }
         }
     }
 }

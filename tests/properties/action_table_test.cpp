@@ -1,12 +1,14 @@
 // Which slots establish fills in which case, and that it touches no others: `vorna check` sees new renderers only.
 #include <map>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "app/check/krb_profile.h"
 #include "renderer/host/rendition.h"
 #include "tests/support/test_renderer.h"
+#include "vorna/draw.h"
 
 namespace {
 
@@ -84,6 +86,47 @@ TEST(Action_table, Keeps_slots_of_earlier_options_that_the_present_ones_do_not_n
     EXPECT_EQ(renderer->actions.draw_dci_textured_polytriangle.function, textured.function);
     EXPECT_EQ(renderer->actions.read_depth_image.function, read_depth.function);
     EXPECT_EQ(renderer->actions.read_depth_image.enabled, 1);
+}
+
+// A kept member that drew would take pixels of four bytes for ones of one, or the other way round.
+TEST(Action_table, Kept_members_leave_pixels_of_the_other_format_to_the_host) {
+    const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+    rendition->clip.hard_clip = {0, 9, 0, 9};
+    const VT_Reference<VT_Basic_Material> material(new VT_Basic_Material);
+    material->texture = new VT_Shared_Image(2, 2, Buffer_Format::rgb32, 8, nullptr, false, false);
+    rendition->face.material = material;
+    const VT_DCI_Point points[] = {{0, 0, 0}, {9, 0, 0}, {0, 9, 0}};
+    const VT_RGB32 colors[3] = {};
+    const VT_Parameter parameters[6] = {};
+    for (const std::int32_t color_system : {0, 1}) {
+        Test_Renderer renderer(setup_of_case(color_system == 0 ? 3 : 4));
+        renderer->current_options.set_buffer_depth(0);
+        renderer->current_options.set_color_system(1 - color_system);
+        renderer->establish_all();
+        VD_Draw_DCI_Textured_Polytriangle(*renderer, *rendition, 3, points, colors, parameters, 2, nullptr, nullptr);
+        VD_Draw_2DI_Textured_Polytriangle(*renderer, *rendition, 3, points, colors, parameters, 2, nullptr, nullptr);
+        EXPECT_EQ(renderer.take_handed_over(), (std::vector<std::string>{"VD_Standard_Draw_DCI_Textured_Polytriangle",
+                                                                         "VD_Standard_Draw_2DI_Textured_Polytriangle"}));
+    }
+}
+
+TEST(Action_table, Textures_alone_follow_alpha_blending_in_8_bits) {
+    Test_Renderer renderer(setup_of_case(3));
+    const auto functions = [&](bool alpha) {
+        renderer->current_options.set_alpha_blending(alpha);
+        renderer->establish_all();
+        std::map<std::string_view, std::uintptr_t> installed;
+        vorna::for_each_action([&](std::string_view name, auto slot, auto*) {
+            installed[name] = reinterpret_cast<std::uintptr_t>((renderer->actions.*slot).function);
+        });
+        return installed;
+    };
+    const auto opaque = functions(false), blended = functions(true);
+    for (const auto& [name, function] : opaque) {
+        const bool is_textured = name.ends_with("textured_polytriangle") && !name.starts_with("draw_3d");
+        EXPECT_EQ(function != blended.at(name), is_textured) << name;
+    }
+    EXPECT_EQ(functions(false), opaque);
 }
 
 TEST(Action_table, Leaves_ellipses_to_the_host_when_both_tables_ask_for_hardcopy) {

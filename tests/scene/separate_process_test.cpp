@@ -131,7 +131,8 @@ TEST(Separate_Process, is_not_believed) {
         mesh.triangle_materials = {0};
         mesh.materials.resize(1);
         mesh.materials[0].image = 0;
-        mesh.images = {{"picture.png", false, "", 0, 0}};
+        mesh.images.resize(1);
+        mesh.images[0].name = "picture.png";
         return mesh;
     };
     EXPECT_TRUE(is_consistent(triangle()));
@@ -156,11 +157,9 @@ TEST(Separate_Process, is_not_believed) {
         [](Mesh& m) { m.materials[0].opacity = NAN; },
         [](Mesh& m) { m.images[0].bytes = "bytes of a file elsewhere"; },
         [](Mesh& m) {
-            m.images[0] = {"inside", true, std::string(15, ' '), 2, 2};
+            m.images[0] = {.name = "inside", .embedded = true, .bytes = std::string(15, ' '), .width = 2, .height = 2};
         },
-        [](Mesh& m) {
-            m.images[0] = {"inside", true, "", -1, 0};
-        },
+        [](Mesh& m) { m.images[0] = {.name = "inside", .embedded = true, .width = -1}; },
     };
     for (std::size_t i = 0; i < spoilers.size(); ++i) {
         Mesh mesh = triangle();

@@ -12,9 +12,10 @@ namespace vorna {
 
 namespace {
 
-// Shorter repetitions, and more of them in the visible part of one segment, cannot be told from a gap in any window.
-constexpr double shortest_repetition = 0.25;
-constexpr double most_repetitions = 1 << 17;
+// Patterns that repeat within this many pixels or less are not walked, as in renderers; nor are more elements than this in the
+// visible part of one segment.
+constexpr double shortest_repetition = 1.0 / 1024;
+constexpr double most_elements = 1 << 15;
 
 double non_negative(double length) noexcept {
     return length > 0 ? length : 0;
@@ -75,8 +76,8 @@ private:
             repeat(s, repeats_from, repeats_to, first, last);
             add_end(s, repeats_to, total(), total(), first, last);
         } else {
-            // Then what follows the leading part is the trailing part.
-            add_end(s, repeats_from, std::min(total(), repeats_from + pattern_.trailing), total(), first, last);
+            // The trailing part takes the place of the repeating one, but for gaps.
+            add_end(s, pattern_.is_blank() ? repeats_to : repeats_from, total(), total(), first, last);
         }
     }
 
@@ -89,7 +90,7 @@ private:
     void repeat(std::size_t s, double from, double to, double first, double last) {
         const double start = std::clamp(first, from, to);
         const double end = std::clamp(last, from, to);
-        if (end - start > most_repetitions * repetition_) {
+        if ((end - start) * static_cast<double>(pattern_.lengths.size()) > most_elements * repetition_) {
             return;
         }
         // Elements may make up one dash with those beside them: one repetition more to each side.
@@ -248,7 +249,11 @@ bool Dash_Pattern::begins_drawn() const noexcept {
 
 double Dash_Pattern::repetition() const noexcept {
     const double sum = std::accumulate(lengths.begin(), lengths.end(), 0.0);
-    return sum >= shortest_repetition && std::isfinite(sum) ? sum : 0;
+    return sum > shortest_repetition && std::isfinite(sum) ? sum : 0;
+}
+
+bool Dash_Pattern::is_blank() const noexcept {
+    return !kinds.empty() && std::all_of(kinds.begin(), kinds.end(), [](double kind) { return kind < 0; });
 }
 
 std::vector<Stroke_Path> cut_into_dashes(const Stroke_Path& line, const Dash_Pattern& pattern, Stroke_Colors colors,

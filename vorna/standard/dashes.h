@@ -24,6 +24,8 @@ struct Dash_Pattern {
 
     // Elements that lead nowhere would repeat for ever: such a pattern, and one without elements, repeats nothing.
     double repetition() const noexcept;
+    // Nothing but gaps.
+    bool is_blank() const noexcept;
     // Whether a dash or dot lies at the very beginning.
     bool begins_drawn() const noexcept;
 };
