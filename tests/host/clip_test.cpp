@@ -98,6 +98,27 @@ TEST(Preclip, Ends_Tells_Segments_That_Miss) {
     const std::uint16_t beside[2] = {vorna::outcode::left, vorna::outcode::left | vorna::outcode::above};
     const VT_Point_D left[2] = {{0, 0, 0}, {5, 22, 0}};
     EXPECT_FALSE(VD_Preclip_Ends(beside, rectangle, left, clipped, nullptr, nullptr));
+
+    // A segment between ends that are not beside one side hits where corners lie on both sides of it, however short the hit is.
+    std::mt19937 random(7);
+    std::uniform_int_distribution<int> near_by(-30, 30);
+    for (int round = 0; round < 5000; ++round) {
+        const VT_Point_D ends[2] = {{15.0 + near_by(random), double(near_by(random)), 0},
+                                    {15.0 + near_by(random), double(near_by(random)), 0}};
+        std::uint16_t codes[2];
+        VD_Clip(rectangle, 2, ends, codes);
+        bool right = false, left_of = false, touches = false;
+        for (const VT_Point_D& corner : {VT_Point_D{10, -5, 0}, {20, -5, 0}, {10, 5, 0}, {20, 5, 0}}) {
+            const double turn =
+                (ends[1].x - ends[0].x) * (corner.y - ends[0].y) - (ends[1].y - ends[0].y) * (corner.x - ends[0].x);
+            right |= turn < 0;
+            left_of |= turn > 0;
+            touches |= turn == 0;
+        }
+        if (codes[0] != 0 && codes[1] != 0 && (codes[0] & codes[1]) == 0 && !touches) {
+            ASSERT_EQ(VD_Preclip_Ends(codes, rectangle, ends, clipped, nullptr, nullptr), left_of && right) << round;
+        }
+    }
 }
 
 // In a plane, so that every cut corner has to lie in it, its colours too. What strips cover of the rectangle, regions see when
@@ -161,6 +182,26 @@ TEST(Preclip, Triangles_Have_The_Same_Corners_And_Colors_Whichever_Corner_Comes_
                 EXPECT_NEAR(place->second, clipped_colors[i].blue, 1);
             }
         }
+    }
+}
+
+// The planes of slivers are steep beyond the precision of floats.
+TEST(Preclip, Triangles_Keep_The_Corners_Inside_As_They_Are) {
+    std::mt19937 random(3);
+    const auto number = [&](int least, int most) { return std::uniform_int_distribution<int>(least, most)(random); };
+    for (int round = 0; round < 500; ++round) {
+        const VT_Point_D inside{double(number(1, 999)), double(number(1, 999)), double(number(0, 65535))};
+        const VT_Point_D far{double(number(1500, 100000)), double(number(1500, 100000)), double(number(0, 65535))};
+        const VT_Point_D points[3] = {far, inside, {far.x + number(-1, 1), far.y + number(1, 2), double(number(0, 65535))}};
+        const auto channel = [&] { return static_cast<std::uint8_t>(number(0, 255)); };
+        const VT_RGB32 colors[3] = {
+            {channel(), 0, 255, 9}, {channel(), channel(), channel(), channel()}, {255, channel(), 0, 255}};
+        VT_DCI_Point clipped[8];
+        VT_RGB32 clipped_colors[8];
+        const std::int32_t count = VD_Preclip_2D_Triangle({0, 1000, 0, 1000}, points, clipped, colors, clipped_colors);
+        ASSERT_TRUE(std::any_of(clipped, clipped + count, [&](const VT_DCI_Point& p) {
+            return p.x == inside.x && p.y == inside.y && p.z == inside.z && clipped_colors[&p - clipped] == colors[1];
+        })) << round;
     }
 }
 

@@ -32,9 +32,11 @@ TEST(Rendition, Hard_Clip_Replaces_Or_Restricts) {
         const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
         return std::array{clip.left, clip.right, clip.bottom, clip.top};
     };
-    rendition.set_hard_clip_unrestricted({0, 100, 0, 50}, false);
-    rendition.set_hard_clip_unrestricted({-10, 80, 20, 90}, true);
-    EXPECT_THAT(sides(), testing::ElementsAre(0, 80, 20, 50));
+    rendition.set_hard_clip_unrestricted({0, 100, 10, 50}, false);
+    rendition.set_hard_clip_unrestricted({-10, 80, 5, 90}, true);
+    EXPECT_THAT(sides(), testing::ElementsAre(0, 80, 10, 50));
+    rendition.set_hard_clip_unrestricted({5, 90, 20, 40}, true);
+    EXPECT_THAT(sides(), testing::ElementsAre(5, 80, 20, 40));
     rendition.set_hard_clip_unrestricted({-10, 800, -20, 90}, false);
     EXPECT_THAT(sides(), testing::ElementsAre(-10, 800, -20, 90));
 }

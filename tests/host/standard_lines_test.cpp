@@ -146,7 +146,7 @@ TEST(Standard_Line, smoothed_covers_by_the_share_of_64_points) {
         const VT_Reference<VT_Rendition> rendition = rendition_for(setup, 2 * random.number(1, 5) + 1);
         rendition->line.cap = vorna::line_cap::round;
         rendition->line.flags = vorna::line_flag::smoothed;
-        rendition->line.color = {255, 255, 255, 255};
+        rendition->line.color = {255, 255, 255, 100}; // without alpha blending it counts as opaque
         const Points points = random_points(random, setup.size);
         const Contents line = drawn(renderer, [&] {
             VD_Draw_2DI_Polyline(*renderer, *rendition, static_cast<std::int32_t>(points.size()), points.data());

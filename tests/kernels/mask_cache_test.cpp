@@ -21,7 +21,7 @@ protected:
         return rendition;
     }
     // How many pixels of a row the newest mask leaves.
-    int open_pixels() {
+    int open_pixels() const {
         int open = 0;
         for (std::int32_t column = 0; column < 40; ++column) {
             open += krb::Mask_Cursor::at(*renderer.mask_cache->newest, 3, column).drawable() ? 1 : 0;
@@ -59,6 +59,19 @@ TEST_F(Mask_Cache, keeps_four_regions_and_gives_the_oldest_mask_to_a_fifth) {
     }
 }
 
+TEST_F(Mask_Cache, is_read_by_cursors_that_step_either_way_and_beyond_the_row) {
+    ASSERT_TRUE(krb::find_mask(renderer, *clipped_to(17)));
+    const Frame_Buffer_Mask& mask = *renderer.mask_cache->newest;
+    for (std::int32_t from = -20; from < 40; ++from) {
+        for (std::int32_t to = -20; to < 40; ++to) {
+            krb::Mask_Cursor cursor = krb::Mask_Cursor::at(mask, 3, from);
+            cursor.advance(to - from);
+            const std::int64_t bits = 8 * (cursor.mask_byte - mask.row(3)) + cursor.bit;
+            ASSERT_TRUE(bits == to && cursor.bit >= 0 && cursor.bit < 8) << from << " to " << to;
+        }
+    }
+}
+
 TEST_F(Mask_Cache, looks_for_the_shifted_clip_only_when_an_offset_is_negative) {
     const VT_Reference<VT_Rendition> rendition = clipped_to(12);
     rendition->clip.window_offset = {3, 0};
@@ -86,6 +99,18 @@ TEST_F(Mask_Cache, is_shared_through_the_option_emptied_at_establish_and_gone_wi
     other.establish_all();
     EXPECT_EQ(other.mask_cache.get(), published);
     EXPECT_EQ(published->count, 0);
+    // Each window has its own mask of a region.
+    other.current_options.set_window_origin({5, 0});
+    other.establish_all();
+    const VT_Reference<VT_Rendition> clipped = clipped_to(7);
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_TRUE(krb::find_mask(renderer, *clipped));
+        EXPECT_EQ(open_pixels(), 7);
+        ASSERT_TRUE(krb::find_mask(other, *clipped));
+        EXPECT_TRUE(krb::Mask_Cursor::at(*published->newest, 3, 1).drawable());
+        EXPECT_FALSE(krb::Mask_Cursor::at(*published->newest, 3, 2).drawable());
+    }
+    EXPECT_EQ(published->count, 2);
 
     EXPECT_FALSE(krb::find_mask(renderer, VT_Rendition()));
     renderer.requested_table.find("Use Mask")->set(false);

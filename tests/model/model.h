@@ -85,6 +85,9 @@ public:
     // Drawing. Each returns the names of the host's functions that have to draw instead, one a call; none when all is drawn here.
     using Handed_Over = std::vector<std::string>;
     Handed_Over draw_dot(const VT_Rendition& rendition, const VT_DCI_Point& point, const VT_RGB32* color);
+    // A list of colours, or a single one, makes colorized markers; without any colour they have their own.
+    Handed_Over draw_polymarker(const VT_Rendition& rendition, const std::vector<VT_DCI_Point>& points,
+                                const std::vector<VT_RGB32>& colors, bool single_color);
     Handed_Over draw_polytriangle(const VT_Rendition& rendition, const std::vector<VT_DCI_Point>& points);
     Handed_Over draw_colorized_polytriangle(const VT_Rendition& rendition, const std::vector<VT_DCI_Point>& points,
                                             const std::vector<VT_RGB32>& colors, bool single_color);
@@ -153,6 +156,10 @@ private:
 
 // Even-odd over all contours. A pixel is open when its centre is inside.
 bool is_inside(const VT_Contour_Set& region, long double x, long double y);
+
+inline bool contains(const VT_Int_Rectangle& r, std::int32_t x, std::int32_t y) {
+    return x >= r.left && x <= r.right && y >= r.bottom && y <= r.top;
+}
 
 // What a smoothed line weighs, in 256ths, so many 256ths of a pixel away.
 std::int32_t distance_weight(std::int64_t distance);

@@ -1,11 +1,14 @@
 // The model itself, against numbers and small pictures worked out by hand: what agrees with it has to agree with these.
 #include <gtest/gtest.h>
 
+#include "app/check/random.h"
+#include "renderer/core/fixed_point.h"
 #include "tests/model/fixed_point.h"
 #include "tests/model/model.h"
 
 namespace {
 
+using app::check::Random;
 using model::Model;
 
 Renderer_Setup setup_of(std::int32_t color_system, VT_Int_Pair size) {
@@ -42,6 +45,26 @@ TEST(Model, Steps_shift_by_powers_of_two_and_truncate_otherwise) {
     EXPECT_EQ(model::steps_between(0, -5, 3, 16).step, -109226);
     EXPECT_EQ(model::steps_between(9, 4, 0, 15).start, (9 << 15) + 0x4000);
     EXPECT_EQ(model::steps_between(9, 4, 0, 15).step, -5);
+}
+
+// The renderer's own steppers, which its members ask for a few of these only.
+TEST(Fixed_Interpolator, Steps_as_the_model_does_for_any_ends_and_counts) {
+    Random random(1);
+    constexpr std::int32_t telling[] = {0, 1, -1, 3, 7, 255, 65535, 65536, -65536, INT32_MAX, INT32_MIN};
+    for (int i = 0; i < 20000; ++i) {
+        const auto any = [&] { return random.chance(50) ? random.one_of(telling) : random.number(INT32_MIN, INT32_MAX); };
+        const std::int32_t from = any(), to = any(),
+                           count = random.chance(80) ? random.number(0, 17) : random.number(0, INT32_MAX);
+        krb::Fixed_Interpolator of_depth, of_channel;
+        of_depth.setup_15(from, to, count);
+        of_channel.setup_16(from, to, count);
+        const model::Steps depth = model::steps_between(from, to, count, 15), channel = model::steps_between(from, to, count, 16);
+        ASSERT_TRUE(of_depth.value == depth.start && of_depth.step == depth.step && of_channel.value == channel.start &&
+                    of_channel.step == channel.step)
+            << from << " to " << to << " in " << count;
+        of_depth.advance();
+        ASSERT_EQ(of_depth.value, depth.at(1));
+    }
 }
 
 TEST(Model, Triangles_leave_out_their_right_column_and_their_last_row) {

@@ -90,6 +90,33 @@ Model::Handed_Over Model::draw_dot(const VT_Rendition& rendition, const VT_DCI_P
     return {};
 }
 
+Model::Handed_Over Model::draw_polymarker(const VT_Rendition& rendition, const std::vector<VT_DCI_Point>& points,
+                                          const std::vector<VT_RGB32>& colors, bool single_color) {
+    const VT_Marker_Attributes& marker = rendition.marker;
+    const bool is_colorized = single_color || !colors.empty();
+    const bool has_slot = is_colorized ? setup.alpha && !setup.depth : !(setup.has_indices() && setup.depth);
+    if (!has_slot || marker.symbol != 0 || (is_colorized && marker.size > 1)) {
+        return {is_colorized ? "VD_Standard_Draw_2DI_Colorized_Polymarker" : "VD_Standard_Draw_2DI_Polymarker"};
+    }
+    Pixel_Rules rules{setup.alpha ? Color_Rule::blend_as_line : Color_Rule::store, Depth_Rule::none, region_of(rendition)};
+    if (setup.depth && rendition.clip.depth_test) {
+        rules = {rules.color, Depth_Rule::by_mode, nullptr}; // these members know neither regions nor merging
+    } else if (is_merging(marker.mode)) {
+        rules.color = Color_Rule::merge;
+    }
+    // An opaque colour is stored, and that is what its blend leaves too.
+    const VT_RGB32 own_color = setup.has_indices() ? vorna::color_of(marker.index) : marker.color;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const VT_DCI_Point& point = points[i];
+        const std::int64_t column = std::int64_t{point.x} - setup.origin.x, row = std::int64_t{point.y} - setup.origin.y;
+        const bool is_in_window = column >= 0 && column < setup.size.x && row >= 0 && row < setup.size.y;
+        if (is_in_window && contains(rendition.clip.hard_clip, point.x, point.y)) {
+            draw_pixel(fragment_at(point.x, point.y, point.z, colors.empty() ? own_color : colors[single_color ? 0 : i]), rules);
+        }
+    }
+    return {};
+}
+
 VT_Reference<const VT_Contour_Set> Model::region_of(const VT_Rendition& rendition) const {
     if (!setup.use_mask || !rendition.clip.complex_clip) {
         return nullptr;
@@ -235,9 +262,11 @@ std::uint32_t Model::dithered(VT_RGB32 wanted, std::int32_t column, std::int32_t
     return index & 0xFF;
 }
 
-// A palette without a cube leaves the one that renderers are made with.
+// A palette without a cube leaves the last one's, or the one that renderers are made with.
 VT_Color_Cube Model::color_cube() const {
-    return setup.palette->color_cube().value_or(VT_Color_Cube({2, 2, 2}, 1.0F, 0));
+    const VT_Color_Cube made_with({2, 2, 2}, 1.0F, 0);
+    const VT_Color_Cube before = setup.palette_before ? setup.palette_before->color_cube().value_or(made_with) : made_with;
+    return setup.palette->color_cube().value_or(before);
 }
 
 std::uint32_t threshold(std::uintptr_t column, std::int32_t row) {

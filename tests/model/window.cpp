@@ -57,8 +57,7 @@ Model::Handed_Over Model::draw_window(const VT_Rendition& rendition) {
     for (std::int32_t row = 0; row < setup.size.y; ++row) {
         for (std::int32_t column = 0; column < setup.size.x; ++column) {
             const std::int32_t x = column + setup.origin.x, y = row + setup.origin.y;
-            const VT_Int_Rectangle& r = window.rectangle;
-            if (x >= r.left && x <= r.right && y >= r.bottom && y <= r.top) {
+            if (contains(window.rectangle, x, y)) {
                 color.at(column, row) = setup.has_indices() ? window.index : vorna::word_of(window.color);
             }
         }

@@ -45,6 +45,14 @@ void draw(Test_Renderer& renderer, const Call& call) {
     case Call_Kind::dot:
         VD_Draw_DCI_Dot(data, rendition, points, call.colors.empty() ? nullptr : colors);
         break;
+    case Call_Kind::marker:
+        if (call.single_color || !call.colors.empty()) {
+            VD_Draw_2DI_Colorized_Polymarker(data, rendition, count, points, call.colors.empty() ? nullptr : colors,
+                                             call.single_color);
+        } else {
+            VD_Draw_2DI_Polymarker(data, rendition, count, points);
+        }
+        break;
     case Call_Kind::flat:
         is_dc ? VD_Draw_DC_Polytriangle(data, rendition, count, floating_points)
               : VD_Draw_DCI_Polytriangle(data, rendition, count, points);
@@ -88,6 +96,8 @@ model::Model::Handed_Over draw(model::Model& model, const Call& call) {
     switch (call.kind) {
     case Call_Kind::dot:
         return model.draw_dot(rendition, call.points[0], call.colors.empty() ? nullptr : call.colors.data());
+    case Call_Kind::marker:
+        return model.draw_polymarker(rendition, call.points, call.colors, call.single_color);
     case Call_Kind::flat:
         return model.draw_polytriangle(rendition, call.points);
     case Call_Kind::colorized:

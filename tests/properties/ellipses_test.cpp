@@ -169,6 +169,10 @@ Ellipse random_ellipse(Random& random) {
     if (random.chance(40)) {
         ellipse.radii.y = ellipse.radii.x;
     }
+    if (random.chance(15)) {
+        constexpr VT_DCI_Point zero_decisions[] = {{12, 22, 0}, {16, 25, 0}, {21, 11, 0}, {30, 15, 0}, {30, 23, 0}, {40, 20, 0}};
+        ellipse.radii = random.one_of(zero_decisions); // the decision value of the lower half becomes 0 exactly
+    }
     ellipse.filled = random.chance(50);
     ellipse.rotation = random.number(0, 3) * std::numbers::pi / 2;
     ellipse.center = {random.number(ellipse.a(), window_size.x - 1 - ellipse.a()),

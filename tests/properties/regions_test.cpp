@@ -39,6 +39,14 @@ struct Strip {
             parameters.push_back(static_cast<float>(random.number(0, 1000)) / 1000.0F);
         }
     }
+    // Triangle k alone.
+    Strip part(std::ptrdiff_t k) const {
+        Strip triangle(*this);
+        triangle.points = {points.begin() + k, points.begin() + k + 3};
+        triangle.colors = {colors.begin() + k, colors.begin() + k + 3};
+        triangle.parameters = {parameters.begin() + 2 * k, parameters.begin() + 2 * k + 6};
+        return triangle;
+    }
     std::int32_t count() const { return static_cast<std::int32_t>(points.size()); }
 };
 
@@ -52,23 +60,31 @@ VT_Reference<const VT_Basic_Material> random_texture(Random& random) {
     return material;
 }
 
-void draw(Test_Renderer& renderer, const VT_Rendition& rendition, Shading shading, const Strip& strip, bool in_plane) {
+enum class Form { device, plane, tiled };
+
+void draw(Test_Renderer& renderer, const VT_Rendition& rendition, Shading shading, const Strip& strip, Form form) {
     const VT_DCI_Point* points = strip.points.data();
     const VT_RGB32* colors = strip.colors.data();
-    const auto call = [&](auto& on_device, auto& plane, auto... more) {
-        in_plane ? plane(*renderer, rendition, strip.count(), points, more...)
-                 : on_device(*renderer, rendition, strip.count(), points, more...);
+    std::vector<VT_Point_D> in_space;
+    for (const VT_DCI_Point& point : strip.points) {
+        in_space.push_back({double(point.x), double(point.y), double(point.z)});
+    }
+    const auto call = [&](auto& on_device, auto& plane, auto& space, auto... more) {
+        form == Form::device  ? on_device(*renderer, rendition, strip.count(), points, more...)
+        : form == Form::plane ? plane(*renderer, rendition, strip.count(), points, more...)
+                              : space(*renderer, rendition, strip.count(), in_space.data(), more...);
     };
     switch (shading) {
     case Shading::flat:
-        return call(VD_Draw_DCI_Polytriangle, VD_Draw_2DI_Polytriangle);
+        return call(VD_Draw_DCI_Polytriangle, VD_Draw_2DI_Polytriangle, VD_Draw_3D_Polytriangle);
     case Shading::colorized:
-        return call(VD_Draw_DCI_Colorized_Polytriangle, VD_Draw_2DI_Colorized_Polytriangle, colors, false);
+        return call(VD_Draw_DCI_Colorized_Polytriangle, VD_Draw_2DI_Colorized_Polytriangle, VD_Draw_3D_Colorized_Polytriangle,
+                    colors, false);
     case Shading::gouraud:
-        return call(VD_Draw_DCI_Gouraud_Polytriangle, VD_Draw_2DI_Gouraud_Polytriangle, colors);
+        return call(VD_Draw_DCI_Gouraud_Polytriangle, VD_Draw_2DI_Gouraud_Polytriangle, VD_Draw_3D_Gouraud_Polytriangle, colors);
     case Shading::textured:
-        return call(VD_Draw_DCI_Textured_Polytriangle, VD_Draw_2DI_Textured_Polytriangle, colors, strip.parameters.data(), 2,
-                    nullptr, nullptr);
+        return call(VD_Draw_DCI_Textured_Polytriangle, VD_Draw_2DI_Textured_Polytriangle, VD_Draw_3D_Textured_Polytriangle,
+                    colors, strip.parameters.data(), 2, nullptr, nullptr);
     }
 }
 
@@ -133,21 +149,28 @@ TEST_P(Regions, Masked_strips_are_open_strips_less_the_mask) {
         const VT_Reference<VT_Rendition> open = random_rendition(random, setup);
         const VT_Reference<VT_Rendition> clipped(static_cast<VT_Rendition*>(open->clone()));
         clipped->clip.complex_clip = random_region(random, setup);
+        // Tiles have coordinates of their own, and the region moves into them as the strip does.
+        const Form form = random.chance(50) ? Form::device : Form::tiled;
+        const VT_Int_Pair offset{random.number(-3, 3), random.number(-3, 3)};
+        clipped->clip.window_offset = offset;
+        const VT_Int_Pair shift = offset.x < 0 || offset.y < 0 ? offset : VT_Int_Pair{};
         for (const std::string& kernels : available_kernel_sets()) {
             Test_Renderer renderer(setup, kernels);
+            renderer->current_table.find("Enable Tiling")->set(form == Form::tiled);
+            renderer->establish_all();
             fill_with_noise(renderer, setup);
             const Contents before(renderer);
-            draw(renderer, *open, shading, strip, false);
+            draw(renderer, *open, shading, strip, form);
             const Contents whole(renderer);
             fill_with_noise(renderer, setup);
-            draw(renderer, *clipped, shading, strip, false);
+            draw(renderer, *clipped, shading, strip, form);
             const Contents masked(renderer);
             std::size_t i = 0;
             for (std::int32_t row = 0; row < window_size.y; ++row) {
                 for (std::int32_t column = 0; column < window_size.x; ++column, ++i) {
-                    const Contents& expected =
-                        model::is_inside(*clipped->clip.complex_clip, origin.x + column + 0.5L, origin.y + row + 0.5L) ? whole
-                                                                                                                       : before;
+                    const bool is_open = model::is_inside(*clipped->clip.complex_clip, origin.x + column - shift.x + 0.5L,
+                                                          origin.y + row - shift.y + 0.5L);
+                    const Contents& expected = is_open ? whole : before;
                     ASSERT_TRUE(masked.colors[i] == expected.colors[i] && masked.depths[i] == expected.depths[i])
                         << kernels << " seed " << seed << " column " << column << " row " << row;
                 }
@@ -166,13 +189,41 @@ TEST_P(Regions, Strips_inside_the_rectangle_are_drawn_as_device_strips) {
         const VT_Reference<VT_Rendition> rendition = random_rendition(random, setup);
         Test_Renderer renderer(setup);
         fill_with_noise(renderer, setup);
-        draw(renderer, *rendition, shading, strip, false);
+        draw(renderer, *rendition, shading, strip, Form::device);
         const Contents device(renderer);
         fill_with_noise(renderer, setup);
-        draw(renderer, *rendition, shading, strip, true);
+        draw(renderer, *rendition, shading, strip, Form::plane);
         const Contents plane(renderer);
         ASSERT_EQ(plane.colors, device.colors) << "seed " << seed;
         ASSERT_EQ(plane.depths, device.depths) << "seed " << seed;
+    }
+}
+
+// Points beyond what tiles hold are cut off each triangle by itself, which keeps its colours and parameters.
+TEST_P(Regions, Strips_far_beyond_the_tile_are_their_triangles) {
+    for (std::int32_t seed = 0; seed < scaled(seeds); ++seed) {
+        Random random(static_cast<std::uint64_t>(seed));
+        const VT_Int_Pair origin{random.number(-50, 50), random.number(-50, 50)};
+        const Renderer_Setup setup = setup_of(GetParam(), origin);
+        const Shading shading = random.one_of(shadings);
+        Strip strip(random, origin, 2'000'000'000);
+        for (VT_DCI_Point& point : strip.points) {
+            point = random.chance(40) ? Strip(random, origin, 0).points[0] : point;
+        }
+        const VT_Reference<VT_Rendition> rendition = random_rendition(random, setup);
+        Test_Renderer renderer(setup);
+        renderer->current_table.find("Enable Tiling")->set(true);
+        renderer->establish_all();
+        fill_with_noise(renderer, setup);
+        draw(renderer, *rendition, shading, strip, Form::tiled);
+        const Contents whole(renderer);
+        fill_with_noise(renderer, setup);
+        for (std::int32_t k = 0; k + 2 < strip.count(); ++k) {
+            draw(renderer, *rendition, shading, strip.part(k), Form::tiled);
+        }
+        const Contents parts(renderer);
+        ASSERT_EQ(whole.colors, parts.colors) << "seed " << seed;
+        ASSERT_EQ(whole.depths, parts.depths) << "seed " << seed;
     }
 }
 
@@ -193,7 +244,7 @@ TEST_P(Regions, Strips_across_the_rectangle_stay_within_it) {
         Test_Renderer renderer(setup);
         fill_with_noise(renderer, setup);
         const Contents before(renderer);
-        draw(renderer, *rendition, shading, strip, true);
+        draw(renderer, *rendition, shading, strip, Form::plane);
         const Contents after(renderer);
         std::size_t i = 0;
         for (std::int32_t row = 0; row < window_size.y; ++row) {

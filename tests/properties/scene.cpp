@@ -103,6 +103,7 @@ Renderer_Setup random_setup(Random& random, std::size_t renderer_case) {
                                          : VT_Int_RGB{random.one_of(levels), random.one_of(levels), random.one_of(levels)};
     setup.force_merge = random.chance(15);
     setup.palette = random_palette(random);
+    setup.palette_before = random.chance(20) ? random_palette(random) : nullptr;
     // Pixels lie at multiples of their size, and nothing more is promised.
     const std::int32_t unit = setup.has_indices() ? 1 : 4;
     setup.color_layout = {random.number(0, 63 / unit) * unit, random.number(0, 40 / unit) * unit};
@@ -216,6 +217,45 @@ std::vector<VT_Point> floating(Random& random, const std::vector<VT_DCI_Point>& 
     return result;
 }
 
+// Single pixels follow regions; triangles are not modelled with them.
+void clip_to_region(Random& random, VT_Clip_Attributes& clip, const Renderer_Setup& setup) {
+    if (random.chance(30)) {
+        clip.complex_clip = random_region(random, setup);
+        clip.window_offset = {random.number(-2, 2), random.number(-2, 2)};
+    }
+}
+
+// What is special to markers, of which some lie beside the window: points and hard clip may reach anywhere, depths have 32 bits.
+void set_markers(Random& random, Call& call, const Renderer_Setup& setup) {
+    const VT_Int_Rectangle window = window_of(setup);
+    VT_Clip_Attributes& clip = call.rendition->clip;
+    if (random.chance(50)) {
+        clip.hard_clip = random_rectangle(random, {window.left - 3, window.right + 3, window.bottom - 3, window.top + 3});
+    }
+    clip_to_region(random, clip, setup);
+    VT_Marker_Attributes& marker = call.rendition->marker;
+    marker.color = random_color(random);
+    marker.index = random.byte();
+    marker.symbol = random.chance(3) ? random.number(1, 8) : 0;
+    marker.size = random.chance(10) ? random.number(0, 3) : 1;
+    constexpr VT_DCI_Point shifts[] = {{0, 0, 0}, {0, 0, 0},  {0, 0, 65536}, {0, 0, -65536},
+                                       {1, 0, 0}, {-1, 1, 0}, {0, -2, 0},    {2, 2, 1 << 30}};
+    for (VT_DCI_Point& point : call.points) {
+        const VT_DCI_Point& shift = random.one_of(shifts);
+        point = {point.x + shift.x, point.y + shift.y, point.z + shift.z};
+        // On the sides, inside and one pixel outside.
+        if (random.chance(20)) {
+            point.x = (random.chance(50) ? clip.hard_clip.right : window.right) + random.number(0, 1);
+        } else if (random.chance(20)) {
+            point.y = (random.chance(50) ? clip.hard_clip.bottom : window.bottom) - random.number(0, 1);
+        }
+    }
+    call.single_color = random.chance(30);
+    if (random.chance(40)) {
+        call.colors = random_colors(random, call.single_color ? 1 : call.points.size());
+    }
+}
+
 Call random_call(Random& random, const Renderer_Setup& setup) {
     const VT_Int_Rectangle window = window_of(setup);
     Call call;
@@ -224,8 +264,9 @@ Call random_call(Random& random, const Renderer_Setup& setup) {
     constexpr std::int32_t z_tests[] = {2, 2, 1, 5, 0, 7};
     call.z_test = random.one_of(z_tests);
 
-    constexpr Call_Kind kinds[] = {Call_Kind::dot,       Call_Kind::flat,    Call_Kind::flat,    Call_Kind::colorized,
-                                   Call_Kind::colorized, Call_Kind::gouraud, Call_Kind::gouraud, Call_Kind::gouraud};
+    constexpr Call_Kind kinds[] = {Call_Kind::dot,     Call_Kind::marker,    Call_Kind::flat,
+                                   Call_Kind::flat,    Call_Kind::colorized, Call_Kind::colorized,
+                                   Call_Kind::gouraud, Call_Kind::gouraud,   Call_Kind::gouraud};
     call.kind = random.one_of(kinds);
     if (random.chance(4)) {
         call.kind = setup.depth && random.chance(60) ? Call_Kind::clear_depth : Call_Kind::draw_window;
@@ -254,11 +295,16 @@ Call random_call(Random& random, const Renderer_Setup& setup) {
         call.points.push_back(cloud.next(call.points));
     }
 
+    if (call.kind == Call_Kind::marker) {
+        set_markers(random, call, setup);
+        return call;
+    }
     const std::size_t triangle_count = call.points.size() < 3 ? 0 : call.points.size() - 2;
     if (call.kind == Call_Kind::dot) {
         call.colors = random_colors(random, random.chance(50) ? 1 : 0);
         // Dots compare their whole depth, not its low 16 bits.
         call.points[0].z += random.chance(10) ? random.number(-3, 3) * 65536 : 0;
+        clip_to_region(random, call.rendition->clip, setup);
     } else if (call.kind == Call_Kind::colorized) {
         call.single_color = random.chance(30);
         call.colors = random_colors(random, call.single_color ? 1 : triangle_count);
@@ -276,6 +322,8 @@ const char* name_of(Call_Kind kind) {
     switch (kind) {
     case Call_Kind::dot:
         return "dot";
+    case Call_Kind::marker:
+        return "polymarker";
     case Call_Kind::flat:
         return "flat polytriangle";
     case Call_Kind::colorized:
@@ -307,7 +355,9 @@ std::string describe(const Call& call) {
         << call.z_test << ", z write " << call.z_write << ", depth switch " << call.rendition->clip.depth_test << ", pattern "
         << face.pattern << ", flags " << face.flags << ", mode " << face.mode << ", face " << face.color << ", contrast "
         << face.contrast_color << ", line " << call.rendition->line.color << " = " << int{call.rendition->line.index}
-        << ", single color " << call.single_color << "\n  points";
+        << ", marker " << call.rendition->marker.color << " = " << int{call.rendition->marker.index} << " of symbol "
+        << call.rendition->marker.symbol << " and size " << call.rendition->marker.size << ", single color " << call.single_color
+        << "\n  points";
     for (const VT_DCI_Point& point : call.points) {
         out << " (" << point.x << ' ' << point.y << ' ' << point.z << ')';
     }
@@ -322,6 +372,7 @@ Scene random_scene(std::size_t renderer_case, std::uint64_t seed) {
     Random random(seed * std::size(renderer_cases) + renderer_case);
     Scene scene;
     scene.setup = random_setup(random, renderer_case);
+    scene.setup.use_mask = random.chance(80);
     const model::Model blank(scene.setup);
     const auto pixel_count = static_cast<std::size_t>(scene.setup.size.x) * static_cast<std::size_t>(scene.setup.size.y);
     const bool is_untouched = random.chance(40);

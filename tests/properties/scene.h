@@ -11,7 +11,7 @@
 
 using app::check::Random;
 
-enum class Call_Kind { dot, flat, colorized, gouraud, draw_window, clear_depth };
+enum class Call_Kind { dot, marker, flat, colorized, gouraud, draw_window, clear_depth };
 enum class Shape { strip, device_line, plane_line }; // of calls that are flat, colorized or gouraud
 
 // One call of a slot, and the depth switches that it runs under.

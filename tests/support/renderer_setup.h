@@ -21,7 +21,8 @@ struct Renderer_Setup {
     VT_Int_RGB background{255, 255, 255};
     bool force_merge = false;
     bool use_mask = false;
-    VT_Reference<const VT_Palette> palette; // null = the default palette
+    VT_Reference<const VT_Palette> palette;        // null = the default palette
+    VT_Reference<const VT_Palette> palette_before; // null = none was in force before
     Buffer_Layout color_layout;
     Buffer_Layout depth_layout;
 

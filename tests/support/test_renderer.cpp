@@ -95,8 +95,8 @@ Test_Renderer::Test_Renderer(const Renderer_Setup& setup, const std::string& ker
     options.set_alpha_blending(setup.alpha);
     options.set_window_size(setup.size);
     options.set_window_origin(setup.origin);
-    if (setup.palette) {
-        options.set_palette(setup.palette);
+    if (setup.palette_before || setup.palette) {
+        options.set_palette(setup.palette_before ? setup.palette_before : setup.palette);
     }
     const Kernel_Choice choice(kernels);
     renderer_ = renderer_module().create_renderer(prototype);
@@ -104,6 +104,10 @@ Test_Renderer::Test_Renderer(const Renderer_Setup& setup, const std::string& ker
     renderer_->requested_table.find("Force Merge Control On")->set(setup.force_merge);
     renderer_->requested_table.find("Use Mask")->set(setup.use_mask);
     renderer_->establish_all();
+    if (setup.palette_before) {
+        renderer_->current_options.set_palette(setup.palette ? setup.palette : new VT_Palette);
+        renderer_->establish_all();
+    }
 }
 
 Test_Renderer::~Test_Renderer() {
@@ -145,5 +149,5 @@ std::string describe(const Renderer_Setup& setup) {
            pair(setup.origin.x, ",", setup.origin.y) + ", layouts " + layout(setup.color_layout) + " and " +
            layout(setup.depth_layout) + ", background " + std::to_string(setup.background.red) + "," +
            pair(setup.background.green, ",", setup.background.blue) + (setup.force_merge ? ", merge forced" : "") +
-           (setup.use_mask ? ", mask" : "");
+           (setup.use_mask ? ", mask" : "") + (setup.palette_before ? ", another palette before" : "");
 }
