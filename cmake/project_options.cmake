@@ -35,9 +35,10 @@ if(UNIX AND NOT APPLE)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 12)
     set(fortify 2)
   endif()
-  # Targets may do without guarded stacks.
-  set(guarded_stack $<$<NOT:$<BOOL:$<TARGET_PROPERTY:VORNA_UNGUARDED_STACK>>>:-fstack-protector-strong>)
-  set(hardening -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=${fortify} ${guarded_stack} -fstack-clash-protection)
+  # Targets may do without guards.
+  set(is_guarded $<NOT:$<BOOL:$<TARGET_PROPERTY:VORNA_UNGUARDED>>>)
+  set(hardening -U_FORTIFY_SOURCE $<${is_guarded}:-D_FORTIFY_SOURCE=${fortify}> $<${is_guarded}:-fstack-protector-strong>
+                $<${is_guarded}:-fstack-clash-protection>)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
     list(APPEND hardening -fcf-protection)
   endif()
