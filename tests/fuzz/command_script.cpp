@@ -70,6 +70,30 @@ void shorten(std::vector<std::string>& arguments) {
     }
 }
 
+// Nothing is read from standard input and nothing printed while it lives.
+class Silence {
+public:
+    Silence() : output_(dup(STDOUT_FILENO)) {
+        std::fflush(stdout);
+        const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+        if (nothing < 0 || output_ < 0 || dup2(nothing, STDIN_FILENO) < 0 || dup2(nothing, STDOUT_FILENO) < 0) {
+            fail("no silence");
+        }
+        close(nothing);
+    }
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+    ~Silence() {
+        std::cout.flush();
+        std::fflush(stdout);
+        dup2(output_, STDOUT_FILENO);
+        close(output_);
+    }
+
+private:
+    int output_;
+};
+
 // Follows scripts as a window does.
 class Unseen_Window final : public app::view::Window {
 public:
@@ -187,23 +211,13 @@ bool is_harmless(const Command_Script& script) {
 Command_Folder::Command_Folder() {
     std::string name = (std::filesystem::temp_directory_path() / "vorna-fuzz-XXXXXX").string();
     before_ = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
-    std::fflush(stdout);
-    output_ = dup(STDOUT_FILENO);
-    if (!mkdtemp(name.data()) || before_ < 0 || nothing < 0 || output_ < 0 || chdir(name.c_str()) != 0) {
+    if (!mkdtemp(name.data()) || before_ < 0 || chdir(name.c_str()) != 0) {
         fail("no folder for commands");
     }
     path_ = name;
-    dup2(nothing, STDIN_FILENO);
-    dup2(nothing, STDOUT_FILENO);
-    close(nothing);
 }
 
 Command_Folder::~Command_Folder() {
-    std::fflush(stdout);
-    std::cout.flush();
-    dup2(output_, STDOUT_FILENO);
-    close(output_);
     if (fchdir(before_) != 0) {
         fail("the folder before is gone");
     }
@@ -233,39 +247,39 @@ void Command_Folder::clear() const {
     }
 }
 
-int run_command(std::vector<std::string> arguments) {
+Command_Outcome run_command(std::vector<std::string> arguments, const std::function<void()>& before_parsing) {
     if (has(arguments, "check") && !has(arguments, "--list")) {
         arguments.emplace_back("--list"); // checks take their time, and processes
     }
     if (!has(arguments, "--dry-run")) {
         shorten(arguments);
     }
-    int status = app::exit_status::done;
-    std::string message;
-    const auto application = app::make_command_line(status);
+    const Silence silence;
+    Command_Outcome outcome{app::exit_status::done, {}};
+    const auto application = app::make_command_line(outcome.status);
     try {
         std::vector<std::string> prepared = app::prepared_arguments(*application, arguments);
         std::ranges::reverse(prepared);
+        if (before_parsing) {
+            before_parsing();
+        }
         application->parse(std::move(prepared));
-        return status;
+        return outcome;
     } catch (const CLI::Success& request) {
         std::ostringstream out;
         application->exit(request, out, out);
-        return app::exit_status::done;
+        return outcome;
     } catch (const CLI::ParseError& error) {
-        message = app::usage_message(*application, error);
-        status = app::exit_status::wrong_usage;
+        outcome = {app::exit_status::wrong_usage, app::usage_message(*application, error)};
     } catch (const app::Usage_Error& error) {
-        message = error.what();
-        status = app::exit_status::wrong_usage;
+        outcome = {app::exit_status::wrong_usage, error.what()};
     } catch (const std::runtime_error& error) {
-        message = error.what();
-        status = app::exit_status::failed;
+        outcome = {app::exit_status::failed, error.what()};
     }
-    if (message.empty()) {
+    if (outcome.message.empty()) {
         fail("a command was refused without a word");
     }
-    return status;
+    return outcome;
 }
 
 } // namespace fuzzing

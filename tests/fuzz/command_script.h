@@ -2,6 +2,7 @@
 // in this process and in a folder of their own.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -22,7 +23,7 @@ std::string text_of(const Command_Script& script);
 // window.
 bool is_harmless(const Command_Script& script);
 
-// An empty folder that is the current one as long as it lives; standard input is empty meanwhile, and what is printed is lost.
+// An empty folder that is the current one as long as it lives.
 class Command_Folder {
 public:
     Command_Folder();
@@ -36,11 +37,18 @@ public:
 
 private:
     std::string path_;
-    int before_, output_;
+    int before_;
 };
 
-// The exit status of vorna with these arguments, whose sizes and counts are cut short where it would draw. Ends the process for
-// an exception that users are not told of, but for std::bad_alloc.
-int run_command(std::vector<std::string> arguments);
+// How a command ends, and what it says when that is not well.
+struct Command_Outcome {
+    int status;
+    std::string message;
+};
+
+// What vorna does with these arguments, whose sizes and counts are cut short where it would draw. Standard input is empty, and what
+// is printed is lost. before_parsing is called when the tables of options are made. Ends the process for an exception that users
+// are not told of, but for std::bad_alloc.
+Command_Outcome run_command(std::vector<std::string> arguments, const std::function<void()>& before_parsing = {});
 
 } // namespace fuzzing
