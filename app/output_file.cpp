@@ -83,13 +83,13 @@ Output_File::Output_File(const std::string& name) : path_(path_of(name)) {
         if (is_replaced && !is_writable(target_)) {
             fail(path_, last_error());
         }
-        const fs::path temporary = temporary_beside(target_);
-        file_.reset(std::fopen(temporary.string().c_str(), "wbx"));
-        if (file_) {
-            temporary_ = temporary;
-            if (is_replaced) {
-                fs::permissions(temporary_, fs::status(target_, none).permissions() & fs::perms::all, none);
-            }
+        // Nothing may throw from the moment that there is a file until the destructor knows of it.
+        temporary_ = temporary_beside(target_);
+        file_.reset(std::fopen(temporary_.string().c_str(), "wbx"));
+        if (!file_) {
+            temporary_.clear();
+        } else if (is_replaced) {
+            fs::permissions(temporary_, fs::status(target_, none).permissions() & fs::perms::all, none);
         }
     }
     if (!file_) {
