@@ -46,9 +46,9 @@ struct Command_Outcome {
     std::string message;
 };
 
-// What vorna does with these arguments, whose sizes and counts are cut short where it would draw. Standard input is empty, and what
-// is printed is lost. before_parsing is called when the tables of options are made. Ends the process for an exception that users
-// are not told of, but for std::bad_alloc.
+// What vorna does with these arguments, whose sizes and counts are cut short where it would draw. Standard input is empty, and
+// what is printed is lost. before_parsing is called when the tables of options are made. Ends the process for an exception that
+// users are not told of, but for std::bad_alloc.
 Command_Outcome run_command(std::vector<std::string> arguments, const std::function<void()>& before_parsing = {});
 
 } // namespace fuzzing
