@@ -18,6 +18,7 @@
 #include "app/command.h"
 #include "app/command_line.h"
 #include "app/interruption.h"
+#include "app/memory.h"
 #include "app/messages.h"
 #include "app/usage.h"
 
@@ -72,6 +73,7 @@ int run(int count, char** arguments) {
 } // namespace
 
 int main(int count, char** arguments) {
+    std::set_terminate(app::end_for_lack_of_memory);
     prepare_streams();
     try {
         return finish_output(run(count, arguments));

@@ -3,6 +3,10 @@
 
 #include <cctype>
 #include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -15,8 +19,6 @@
 #include <psapi.h>
 // clang-format on
 #else
-#include <cstdio>
-
 #include <unistd.h>
 #endif
 
@@ -84,6 +86,19 @@ std::string memory_text(std::uint64_t bytes) {
     }
     const std::uint64_t mega = (bytes + (1U << 20) - 1) >> 20;
     return mega < 10240 ? std::to_string(mega) + "M" : std::to_string((mega + 1023) >> 10) + "G";
+}
+
+void end_for_lack_of_memory() noexcept {
+    try {
+        if (const std::exception_ptr current = std::current_exception()) {
+            std::rethrow_exception(current);
+        }
+    } catch (const std::bad_alloc&) {
+        std::fputs("vorna: out of memory\n", stderr);
+        std::_Exit(exit_status::failed);
+    } catch (...) {
+    }
+    std::abort();
 }
 
 } // namespace app

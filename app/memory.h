@@ -22,4 +22,8 @@ std::optional<std::uint64_t> parsed_limit(const std::string& text);
 // The other way round, rounded up: as M below 10 G, in bytes below 1 M.
 std::string memory_text(std::uint64_t bytes);
 
+// To be called where the program would end without a word: libraries that lack memory in functions that must not throw end with a
+// message and the status of what fails, everything else as ever.
+[[noreturn]] void end_for_lack_of_memory() noexcept;
+
 } // namespace app

@@ -37,6 +37,9 @@ if [ "$everything" ]; then
     # Sanitizers make everything several times slower: fewer rounds of the seeded properties.
     VORNA_TEST_SCALE=${VORNA_TEST_SCALE:-0.2} check clang-asan
 
+    # Only what runs in several threads.
+    VORNA_TEST_SCALE=${VORNA_TEST_SCALE:-0.2} check gcc-tsan
+
     # The sources of the kernel sets are the same but for their vocabulary of lanes.
     step "clang-tidy"
     run-clang-tidy -p build/clang-asan -j "$jobs" -quiet "^$PWD/(app|renderer|vorna)/(?!.*_(portable|baseline|avx512)\.cpp)" 2>/dev/null

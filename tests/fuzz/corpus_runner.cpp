@@ -15,6 +15,9 @@
 #if defined(HAS_MUTATOR)
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t most, unsigned seed);
 #endif
+#if defined(NOTES_REACH)
+#include "tests/fuzz/reach.h"
+#endif
 
 // Cuts off, removes, repeats or changes bytes. The name is what fuzzers with mutators of their own expect.
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t most) {
@@ -67,7 +70,12 @@ void run(const std::filesystem::path& file) {
     // The last line tells which input was the fatal one.
     std::printf("%s\n", file.filename().string().c_str());
     std::fflush(stdout);
-    LLVMFuzzerTestOneInput(input.data(), input.size());
+    {
+#if defined(NOTES_REACH)
+        const Reach_Notes notes;
+#endif
+        LLVMFuzzerTestOneInput(input.data(), input.size());
+    }
     if (input.size() > largest_input) {
         return;
     }
@@ -100,6 +108,11 @@ int main(int count, char** arguments) {
     }
     std::ranges::sort(files);
     std::ranges::for_each(files, run);
+#if defined(NOTES_REACH)
+    if (const char* const file = std::getenv("VORNA_REACH")) {
+        Reach_Notes::write(file);
+    }
+#endif
     std::printf("%zu inputs and %d changed copies of each\n", files.size(), changes_of_each());
     return files.empty() ? 1 : 0;
 }

@@ -20,7 +20,7 @@ inline void draw_map(std::string_view content, std::size_t style, bool is_drawin
     picture.background = {255, 255, 255, 255};
     picture.colors = (style & 2) != 0 ? 8 : 32;
     picture.allow_empty = true;
-    picture.transparent = (style & 1024) != 0;
+    picture.transparent = picture.colors == 32 && (style & 1024) != 0;
     picture.antialias = picture.colors == 32 && (style & 4) != 0;
     app::Map_Options options;
     options.projection = is_drawing ? "" : projections[style / 8 % 4];

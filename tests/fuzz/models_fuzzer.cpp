@@ -21,8 +21,8 @@ public:
         constexpr unsigned char png[] = {0x89, 'P',  'N',  'G',  13,   10,   26,   10,   0,   0,    0,    13,   'I',  'H',  'D',
                                          'R',  0,    0,    0,    2,    0,    0,    0,    2,   8,    6,    0,    0,    0,    0x72,
                                          0xB6, 0x0D, 0x24, 0,    0,    0,    0x11, 'I',  'D', 'A',  'T',  0x78, 0x9C, 0x63, 0xF8,
-                                         0xCF, 0xC0, 0xF0, 0x1F, 0x84, 0x19, 0x60, 0x0C, 0,   0x47, 0xCA, 0x07, 0xF9, 0x97, 0xDD,
-                                         0x67, 0x9C, 0,    0,    0,    0,    'I',  'E',  'N', 'D',  0xAE, 0x42, 0x60, 0x82};
+                                         0xCF, 0xC0, 0xF0, 0x1F, 0x84, 0x19, 0x60, 0x0C, 0,   0x47, 0xCA, 0x07, 0xF9, 0x67, 0x59,
+                                         0x6E, 0xB7, 0,    0,    0,    0,    'I',  'E',  'N', 'D',  0xAE, 0x42, 0x60, 0x82};
         image.write(reinterpret_cast<const char*>(png), sizeof png);
     }
     Folder(const Folder&) = delete;

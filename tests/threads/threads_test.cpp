@@ -1,0 +1,147 @@
+// Several threads at once: renderers of one module that know nothing of each other, and commands that share their work. What they
+// draw is what one thread draws.
+#include <cmath>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "app/check/scene.h"
+#include "tests/fuzz/command_script.h"
+#include "vorna/canvas.h"
+#include "vorna/module.h"
+
+namespace {
+
+using namespace app::check;
+
+constexpr int thread_count = 4;
+
+// Every slot with random arguments, in one of the six configurations and in windows that change.
+std::vector<VT_RGB32> drawn_with_seed(const vorna::Module& module, int seed) {
+    std::vector<VT_RGB32> pixels;
+    Random random(static_cast<std::uint64_t>(seed));
+    vorna::Canvas canvas(module, {.size = {64, 48}, .indexed = seed % 2 != 0, .depth_buffer = seed % 3 != 0});
+    canvas.set_option("Use Mask", true);
+    canvas.set_option("Enable Tiling", true);
+    for (const std::int32_t side : {64, 40}) {
+        Window window;
+        window.size = {side, 48};
+        window.origin = {};
+        canvas.options().set_window_size(window.size);
+        canvas.establish();
+        canvas.begin_picture(vorna::rgb(10, 20, 30));
+        for (const Call& call : random_scene(random, window, 3)) {
+            call.draw_with(canvas.renderer());
+        }
+        canvas.end_picture();
+        const auto drawn = canvas.read_pixels();
+        pixels.insert(pixels.end(), drawn.begin(), drawn.end());
+    }
+    return pixels;
+}
+
+TEST(Threads, draw_on_canvases_of_their_own) {
+    const vorna::Module module(KRB_MODULE);
+    std::vector<std::vector<VT_RGB32>> together(thread_count);
+    {
+        std::vector<std::jthread> threads;
+        for (int i = 0; i < thread_count; ++i) {
+            threads.emplace_back([&, i] { together[static_cast<std::size_t>(i)] = drawn_with_seed(module, i); });
+        }
+    }
+    for (int i = 0; i < thread_count; ++i) {
+        EXPECT_EQ(together[static_cast<std::size_t>(i)], drawn_with_seed(module, i)) << i;
+    }
+}
+
+TEST(Threads, load_and_leave_modules) {
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < thread_count; ++i) {
+        threads.emplace_back([] {
+            for (int k = 0; k < 5; ++k) {
+                const vorna::Module module(KRB_MODULE);
+                vorna::Canvas canvas(module, {.size = {8, 8}});
+                canvas.begin_picture(vorna::rgb(1, 2, 3));
+            }
+        });
+    }
+}
+
+// Hills: some thousand triangles with a texture.
+fuzzing::Command_Script hills() {
+    constexpr int side = 24;
+    std::ostringstream obj, texture;
+    obj << "mtllib hills.mtl\nusemtl grass\n";
+    for (int z = 0; z <= side; ++z) {
+        for (int x = 0; x <= side; ++x) {
+            obj << "v " << x << ' ' << 3 * std::sin(0.5 * x) * std::cos(0.4 * z) << ' ' << z << "\nvt " << x / 6.0 << ' '
+                << z / 6.0 << '\n';
+        }
+    }
+    for (int i = 1; i < side * (side + 1); ++i) {
+        if (i % (side + 1) != 0) {
+            const int corners[] = {i, i + 1, i + side + 2, i + side + 1};
+            obj << 'f';
+            for (const int corner : corners) {
+                obj << ' ' << corner << '/' << corner;
+            }
+            obj << '\n';
+        }
+    }
+    return {{}, {{"hills.obj", obj.str()}, {"hills.mtl", "newmtl grass\nKd 0.3 0.8 0.2\n"}}};
+}
+
+std::string content_of(const std::string& name) {
+    std::ifstream stream(name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+TEST(Threads, share_posters_turntables_and_parts) {
+    const fuzzing::Command_Folder folder;
+    folder.write_files(hills());
+    const std::vector<std::vector<std::string>> ways = {
+        {"-o", "out.png", "--edges", "--antialias"},
+        {"-o", "out.png", "--tile-size", "8", "--supersample", "3"},
+        {"-o", "out.png", "--tile-size", "8", "--colors", "8", "--palette", "6x6x6"},
+        {"-o", "out.png", "--tile-size", "16", "--shading", "hidden-line"},
+        {"-o", "out.png", "--tile-size", "16", "--shading", "textured", "--background", "none"},
+        {"-o", "out-{}.png", "--turntable", "7", "--edges=feature"},
+        {"-o", "out-{}.png", "--turntable", "3", "--tile-size", "16", "--supersample", "2"},
+        {"-o", "out.png", "--tiles-of", "2x2", "--tile", "3", "--tile-size", "8"}};
+    for (const auto& way : ways) {
+        std::vector<std::string> before;
+        for (const char* threads : {"1", "4"}) {
+            std::vector<std::string> arguments{"render", "hills.obj", "--size", "99x80", "--threads", threads};
+            arguments.insert(arguments.end(), way.begin(), way.end());
+            const fuzzing::Command_Outcome outcome = fuzzing::run_command(arguments);
+            ASSERT_EQ(outcome.status, 0) << testing::PrintToString(arguments) << ": " << outcome.message;
+            std::vector<std::string> written;
+            for (const std::string& name : folder.names()) {
+                if (name.starts_with("out")) {
+                    written.push_back(content_of(name));
+                }
+            }
+            EXPECT_TRUE(before.empty() || before == written) << testing::PrintToString(way);
+            before = written;
+        }
+        for (const std::string& name : folder.names()) {
+            if (name.starts_with("out")) {
+                std::remove(name.c_str());
+            }
+        }
+    }
+    for (const char* tile : {"0", "1"}) {
+        ASSERT_EQ(
+            fuzzing::run_command({"render", "hills.obj", "-o", tile, "--size", "99x80", "--tiles-of", "2x1", "--tile", tile})
+                .status,
+            0);
+    }
+    ASSERT_EQ(fuzzing::run_command({"assemble", "0", "1", "-o", "one", "--threads", "1"}).status, 0);
+    ASSERT_EQ(fuzzing::run_command({"assemble", "0", "1", "-o", "four", "--threads", "4"}).status, 0);
+    EXPECT_EQ(content_of("one"), content_of("four"));
+}
+
+} // namespace
