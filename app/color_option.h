@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "renderer/host/color.h"
+#include "host/color.h"
 
 namespace app {
 

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "app/png_writer.h"
-#include "renderer/host/color.h"
-#include "renderer/host/frame_buffer.h"
-#include "renderer/host/geometry.h"
+#include "host/color.h"
+#include "host/frame_buffer.h"
+#include "host/geometry.h"
 
 namespace app {
 

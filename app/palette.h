@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "app/load_limits.h"
-#include "renderer/host/color.h"
+#include "host/color.h"
 
 namespace app {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "renderer/host/geometry.h"
+#include "host/geometry.h"
 
 namespace app {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "app/picture/recorder.h"
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 #include "vorna/draw.h"
 
 namespace app {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "bench/canvas.h"
-#include "renderer/host/frame_buffer.h"
+#include "host/frame_buffer.h"
 
 namespace bench {
 

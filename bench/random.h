@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <random>
 
-#include "renderer/host/color.h"
+#include "host/color.h"
 
 namespace bench {
 

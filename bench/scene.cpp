@@ -7,7 +7,7 @@
 
 #include "app/scene/model_reader.h"
 #include "app/scene/scene_renderer.h"
-#include "renderer/host/renderer_data.h"
+#include "host/renderer_data.h"
 
 namespace bench {
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "bench/random.h"
-#include "renderer/host/color.h"
-#include "renderer/host/geometry.h"
+#include "host/color.h"
+#include "host/geometry.h"
 
 namespace bench {
 

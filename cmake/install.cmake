@@ -23,7 +23,7 @@ if(VORNA_WITH_VIEWER)
   look_in(vorna_window $ORIGIN/..)
   install(TARGETS vorna_window LIBRARY DESTINATION ${VORNA_MODULE_FOLDER} COMPONENT viewer)
 endif()
-install(DIRECTORY renderer/host DESTINATION ${VORNA_INCLUDE_FOLDER}/renderer COMPONENT development
+install(DIRECTORY host DESTINATION ${VORNA_INCLUDE_FOLDER} COMPONENT development
         FILES_MATCHING PATTERN "*.h" PATTERN "*.inc")
 install(FILES vorna/canvas.h vorna/draw.h vorna/module.h vorna/slot_contracts.h ${PROJECT_BINARY_DIR}/include/vorna/version.h
         DESTINATION ${VORNA_INCLUDE_FOLDER}/vorna COMPONENT development)

@@ -22,9 +22,9 @@
 #include <utility>
 #include <vector>
 
-#include "renderer/host/frame_buffer.h"
-#include "renderer/host/renderer_data.h"
-#include "renderer/host/rendition.h"
+#include "host/frame_buffer.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
 #include "vorna/draw.h"
 #include "vorna/module.h"
 #include "vorna/version.h"

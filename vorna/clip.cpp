@@ -1,5 +1,5 @@
 // Outcodes of points against a rectangle.
-#include "renderer/host/clip.h"
+#include "host/clip.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Contour sets and the shape of polygons.
-#include "renderer/host/contour.h"
+#include "host/contour.h"
 
 #include "vorna/exact.h"
 

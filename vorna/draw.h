@@ -21,9 +21,9 @@
 #include <string_view>
 #include <utility>
 
-#include "renderer/host/actions.h"
-#include "renderer/host/renderer_data.h"
-#include "renderer/host/rendition.h"
+#include "host/actions.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
 #include "vorna/slot_contracts.h"
 
 namespace vorna {
@@ -287,5 +287,5 @@ struct VT_Dispatch<Slot, Standard, primitive>
 
 #define VT_ACTION(slot, name, ...)                                                                                               \
     inline constexpr VT_Dispatch<&VT_Action_Table::slot, &VD_Standard_##name, vorna::primitive_of(#name)> VD_##name{};
-#include "renderer/host/action_list.inc"
+#include "host/action_list.inc"
 #undef VT_ACTION

@@ -1,5 +1,5 @@
 // Frame buffers of the host's own.
-#include "renderer/host/frame_buffer.h"
+#include "host/frame_buffer.h"
 
 #include <cstddef>
 #include <cstring>

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "renderer/host/frame_buffer.h"
+#include "host/frame_buffer.h"
 
 namespace {
 

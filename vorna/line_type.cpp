@@ -1,5 +1,5 @@
 // Line types.
-#include "renderer/host/line_type.h"
+#include "host/line_type.h"
 
 // The library's only globals that run code to come to life. They stand in the order of their need, in one file, and no other
 // global of the library looks at them; modules and applications are initialised after the library.

@@ -6,8 +6,8 @@
 #include <iterator>
 #include <vector>
 
-#include "renderer/host/contour.h"
-#include "renderer/host/frame_buffer.h"
+#include "host/contour.h"
+#include "host/frame_buffer.h"
 #include "vorna/exact.h"
 #include "vorna/raster.h"
 

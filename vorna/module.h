@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "renderer/host/entry_points.h"
-#include "renderer/host/export.h"
-#include "renderer/host/renderer_data.h"
+#include "host/entry_points.h"
+#include "host/export.h"
+#include "host/renderer_data.h"
 
 namespace vorna {
 

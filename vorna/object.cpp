@@ -1,5 +1,5 @@
 // The host's global objects.
-#include "renderer/host/object.h"
+#include "host/object.h"
 
 #include "vorna/stock_patterns.h"
 

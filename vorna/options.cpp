@@ -1,5 +1,5 @@
 // Option tables.
-#include "renderer/host/options.h"
+#include "host/options.h"
 
 #include <algorithm>
 #include <utility>

@@ -2,7 +2,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "renderer/host/color.h"
+#include "host/color.h"
 
 namespace {
 

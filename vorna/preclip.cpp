@@ -3,9 +3,9 @@
 #include <cmath>
 #include <limits>
 
-#include "renderer/host/clip.h"
-#include "renderer/host/segment_clip.h"
-#include "renderer/host/triangle_clipper.h"
+#include "host/clip.h"
+#include "host/segment_clip.h"
+#include "host/triangle_clipper.h"
 
 namespace {
 

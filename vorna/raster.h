@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "renderer/host/frame_buffer.h"
+#include "host/frame_buffer.h"
 
 namespace vorna {
 

@@ -1,5 +1,5 @@
 // The renderer base: the host's callbacks and the steps around a renderer's own hooks.
-#include "renderer/host/renderer_data.h"
+#include "host/renderer_data.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // Renditions.
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 
 #include <algorithm>
 

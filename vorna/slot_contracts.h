@@ -18,9 +18,9 @@
 #include <cmath>
 #include <cstdint>
 
-#include "renderer/host/actions.h"
-#include "renderer/host/renderer_data.h"
-#include "renderer/host/rendition.h"
+#include "host/actions.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
 
 namespace vorna {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "renderer/host/object.h"
+#include "host/object.h"
 
 namespace vorna {
 

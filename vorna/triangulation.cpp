@@ -8,7 +8,7 @@
 #include <optional>
 #include <set>
 
-#include "renderer/host/contour.h"
+#include "host/contour.h"
 #include "vorna/edges.h"
 
 // Edges are first cut where they cross or touch, so that afterwards they meet in common ends only. A sweep over their ends, from

@@ -6,7 +6,7 @@
 #include <new>
 
 #include "app/check/address_sanitizer.h"
-#include "renderer/host/color.h"
+#include "host/color.h"
 
 #if defined(HAS_ADDRESS_SANITIZER)
 #include <sanitizer/asan_interface.h>

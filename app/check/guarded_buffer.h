@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "renderer/host/frame_buffer.h"
-#include "renderer/host/renderer_data.h"
+#include "host/frame_buffer.h"
+#include "host/renderer_data.h"
 
 namespace app::check {
 

@@ -7,7 +7,7 @@
 #include <map>
 #include <string_view>
 
-#include "renderer/host/options.h"
+#include "host/options.h"
 
 namespace app::check {
 

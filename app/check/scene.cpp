@@ -357,7 +357,7 @@ struct Slot_Maker {
 
 constexpr Slot_Maker makers[] = {
 #define VT_ACTION(slot, name, ...) {#slot, make<&VT_Action_Table::slot, &VD_Standard_##name>},
-#include "renderer/host/action_list.inc"
+#include "host/action_list.inc"
 #undef VT_ACTION
 };
 

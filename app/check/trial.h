@@ -12,8 +12,8 @@
 
 #include "app/check/guarded_buffer.h"
 #include "app/check/random.h"
-#include "renderer/host/renderer_data.h"
-#include "renderer/host/rendition.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
 #include "vorna/module.h"
 
 namespace app::check {

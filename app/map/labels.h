@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "app/map/shapes.h"
-#include "renderer/host/geometry.h"
+#include "host/geometry.h"
 
 namespace app::map {
 

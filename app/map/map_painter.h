@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "app/map/shapes.h"
-#include "renderer/host/renderer_data.h"
-#include "renderer/host/rendition.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
 
 namespace app::map {
 

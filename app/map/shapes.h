@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "app/command.h"
-#include "renderer/host/color.h"
+#include "host/color.h"
 
 namespace app::map {
 

@@ -89,7 +89,7 @@ inline constexpr Call_Kind call_kinds[] = {
 
 inline constexpr std::string_view slot_names[] = {
 #define VT_ACTION(slot, name, ...) #slot,
-#include "renderer/host/action_list.inc"
+#include "host/action_list.inc"
 #undef VT_ACTION
 };
 static_assert(std::equal(std::begin(slot_names), std::end(slot_names), std::begin(call_kinds),

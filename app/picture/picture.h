@@ -14,8 +14,8 @@
 #include <variant>
 #include <vector>
 
-#include "renderer/host/actions.h"
-#include "renderer/host/line_type.h"
+#include "host/actions.h"
+#include "host/line_type.h"
 
 namespace app::picture {
 

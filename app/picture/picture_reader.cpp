@@ -633,7 +633,7 @@ template <class Type> void read(const Reader& reader, Call& call) {
 // In the order of call_kinds.
 constexpr void (*argument_readers[])(const Reader&, Call&) = {
 #define VT_ACTION(slot, name, ...) read<Slot_Arguments<&VT_Action_Table::slot>::Type>,
-#include "renderer/host/action_list.inc"
+#include "host/action_list.inc"
 #undef VT_ACTION
     read<ZBuffer_Write>,
     read<ZBuffer_Test>,

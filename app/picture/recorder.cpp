@@ -304,7 +304,7 @@ struct Recorder::Made_Slots {
 
     static void install(VT_Action_Table& table, Slots& owner) {
 #define VT_ACTION(slot, name, ...) replace<&VT_Action_Table::slot, VD_##name, position_of_slot(#slot)>(table.slot, owner);
-#include "renderer/host/action_list.inc"
+#include "host/action_list.inc"
 #undef VT_ACTION
     }
 };

@@ -13,7 +13,7 @@
 
 #include "app/picture/picture.h"
 #include "app/session.h"
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 
 namespace app::picture {
 

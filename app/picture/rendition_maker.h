@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "app/picture/picture.h"
-#include "renderer/host/renderer_options.h"
-#include "renderer/host/rendition.h"
+#include "host/renderer_options.h"
+#include "host/rendition.h"
 
 namespace app::picture {
 

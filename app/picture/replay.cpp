@@ -240,7 +240,7 @@ template <class Type> void run_call(Replay& replay, const Arguments& arguments) 
 // In the order of call_kinds.
 constexpr void (*runners[])(Replay&, const Arguments&) = {
 #define VT_ACTION(slot, name, ...) draw_call<VD_##name, &VT_Action_Table::slot>,
-#include "renderer/host/action_list.inc"
+#include "host/action_list.inc"
 #undef VT_ACTION
     run_call<ZBuffer_Write>,
     run_call<ZBuffer_Test>,

@@ -5,7 +5,7 @@
 #include <optional>
 #include <span>
 
-#include "renderer/host/geometry.h"
+#include "host/geometry.h"
 
 namespace app::scene {
 

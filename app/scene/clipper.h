@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "renderer/host/color.h"
-#include "renderer/host/geometry.h"
+#include "host/color.h"
+#include "host/geometry.h"
 
 namespace app::scene {
 

@@ -13,8 +13,8 @@
 #include "app/scene/projected_points.h"
 #include "app/scene/scene.h"
 #include "app/scene/viewport.h"
-#include "renderer/host/renderer_data.h"
-#include "renderer/host/rendition.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
 
 namespace app::scene {
 

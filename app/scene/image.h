@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "renderer/host/color.h"
+#include "host/color.h"
 
 namespace app::scene {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "app/scene/camera.h"
-#include "renderer/host/color.h"
+#include "host/color.h"
 
 namespace app::scene {
 

@@ -7,8 +7,8 @@
 
 #include "app/command.h"
 #include "app/scene/material.h"
-#include "renderer/host/color.h"
-#include "renderer/host/geometry.h"
+#include "host/color.h"
+#include "host/geometry.h"
 
 namespace app::scene {
 

@@ -6,7 +6,7 @@
 
 #include "app/scene/camera.h"
 #include "app/scene/lighting.h"
-#include "renderer/host/geometry.h"
+#include "host/geometry.h"
 
 namespace app::scene {
 

@@ -7,8 +7,8 @@
 
 #include "app/scene/camera.h"
 #include "app/scene/tiles.h"
-#include "renderer/host/renderer_data.h"
-#include "renderer/host/rendition.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
 
 namespace app::scene {
 

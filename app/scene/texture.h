@@ -10,7 +10,7 @@
 #include "app/load_limits.h"
 #include "app/scene/image.h"
 #include "app/scene/material.h"
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 
 namespace app::scene {
 

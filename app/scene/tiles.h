@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "renderer/host/geometry.h"
+#include "host/geometry.h"
 
 namespace app::scene {
 

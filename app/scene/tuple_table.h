@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "app/hash_seed.h"
-#include "renderer/host/geometry.h"
+#include "host/geometry.h"
 
 namespace app::scene {
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <optional>
 
-#include "renderer/host/geometry.h"
+#include "host/geometry.h"
 
 namespace app::scene {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "renderer/host/geometry.h"
+#include "host/geometry.h"
 
 namespace app::scene {
 

@@ -8,7 +8,7 @@
 #include "app/session.h"
 #include "app/view/commands.h"
 #include "app/view/window.h"
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 
 namespace app::view {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "renderer/host/geometry.h"
+#include "host/geometry.h"
 
 namespace app::view {
 

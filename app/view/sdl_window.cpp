@@ -11,7 +11,7 @@
 #include <SDL.h>
 
 #include "app/view/window.h"
-#include "renderer/host/export.h"
+#include "host/export.h"
 
 namespace app::view {
 namespace {

@@ -5,7 +5,7 @@
 #include <array>
 #include <string_view>
 
-#include "renderer/host/color.h"
+#include "host/color.h"
 
 namespace app::view {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "renderer/host/frame_buffer.h"
+#include "host/frame_buffer.h"
 
 namespace app::view {
 

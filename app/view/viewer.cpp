@@ -11,7 +11,7 @@
 #include "app/scene/textured_scene.h"
 #include "app/scene/vectors.h"
 #include "app/view/coarse_mesh.h"
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 #include "vorna/draw.h"
 
 namespace app::view {

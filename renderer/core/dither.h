@@ -8,8 +8,8 @@
 
 #include <cstdint>
 
-#include "renderer/host/color.h"
-#include "renderer/host/object.h"
+#include "host/color.h"
+#include "host/object.h"
 
 namespace krb {
 

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "renderer/host/rounding.h"
+#include "host/rounding.h"
 
 namespace krb {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "renderer/host/actions.h"
+#include "host/actions.h"
 
 namespace krb {
 

@@ -7,9 +7,9 @@
 #include "renderer/core/dither.h"
 #include "renderer/core/kernel_sets.h"
 #include "renderer/core/pixel_rules.h"
-#include "renderer/host/frame_buffer.h"
-#include "renderer/host/renderer_data.h"
-#include "renderer/host/rendition.h"
+#include "host/frame_buffer.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
 #include "renderer/mask/mask_cache.h"
 
 namespace krb {

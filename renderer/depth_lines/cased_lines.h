@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 
 namespace krb {
 

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <numeric>
 
-#include "renderer/host/segment_clip.h"
+#include "host/segment_clip.h"
 
 namespace krb {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 
 namespace krb {
 

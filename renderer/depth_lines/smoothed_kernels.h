@@ -3,7 +3,7 @@
 
 #include "renderer/core/pixel_rules.h"
 #include "renderer/depth_lines/line_kernels.h"
-#include "renderer/host/geometry.h"
+#include "host/geometry.h"
 
 namespace krb {
 

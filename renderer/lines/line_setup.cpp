@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 #include "renderer/core/fixed_point.h"
-#include "renderer/host/segment_clip.h"
+#include "host/segment_clip.h"
 
 namespace krb {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "renderer/depth_lines/line_kernels.h"
-#include "renderer/host/geometry.h"
+#include "host/geometry.h"
 
 namespace krb {
 

@@ -10,7 +10,7 @@
 #include "renderer/depth_lines/line_target.h"
 #include "renderer/depth_lines/line_types.h"
 #include "renderer/depth_lines/polylines_dci.h"
-#include "renderer/host/clip.h"
+#include "host/clip.h"
 #include "renderer/lines/line_setup.h"
 #include "renderer/primitives/dots.h"
 

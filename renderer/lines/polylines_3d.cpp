@@ -5,7 +5,7 @@
 
 #include "renderer/core/scratch.h"
 #include "renderer/core/tile.h"
-#include "renderer/host/clip.h"
+#include "host/clip.h"
 
 namespace krb {
 

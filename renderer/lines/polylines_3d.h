@@ -1,7 +1,7 @@
 // The members of the 3D polyline slots for tiled pictures: the same in every case.
 #pragma once
 
-#include "renderer/host/actions.h"
+#include "host/actions.h"
 
 namespace krb {
 

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-#include "renderer/host/frame_buffer.h"
-#include "renderer/host/object.h"
-#include "renderer/host/rendition.h"
+#include "host/frame_buffer.h"
+#include "host/object.h"
+#include "host/rendition.h"
 
 namespace krb {
 

@@ -1,7 +1,7 @@
 // Members of the ellipse and elliptical arc slots for 32-bit buffers without depth.
 #pragma once
 
-#include "renderer/host/actions.h"
+#include "host/actions.h"
 
 namespace krb {
 

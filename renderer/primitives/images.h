@@ -2,7 +2,7 @@
 #pragma once
 
 #include "renderer/core/cases.h"
-#include "renderer/host/actions.h"
+#include "host/actions.h"
 
 namespace krb {
 

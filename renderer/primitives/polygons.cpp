@@ -3,7 +3,7 @@
 
 #include "renderer/core/scratch.h"
 #include "renderer/core/software_z_buffer.h"
-#include "renderer/host/contour.h"
+#include "host/contour.h"
 
 namespace krb {
 

@@ -1,7 +1,7 @@
 // Members of the polygon slots, the same in every case.
 #pragma once
 
-#include "renderer/host/actions.h"
+#include "host/actions.h"
 
 namespace krb {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "renderer/core/pixel_rules.h"
-#include "renderer/host/color.h"
+#include "host/color.h"
 
 namespace krb {
 

@@ -3,7 +3,7 @@
 
 #include "renderer/core/cases.h"
 #include "renderer/core/pixel_rules.h"
-#include "renderer/host/actions.h"
+#include "host/actions.h"
 
 namespace krb {
 

@@ -4,8 +4,8 @@
 // pieces are filled by the device member's pixel rules. Triangles beyond one side are dropped.
 #include <algorithm>
 
-#include "renderer/host/clip.h"
-#include "renderer/host/triangle_clipper.h"
+#include "host/clip.h"
+#include "host/triangle_clipper.h"
 #include "renderer/triangles/polytriangles.h"
 #include "renderer/triangles/strip_walk.h"
 #include "renderer/triangles/texture_coordinates.h"

@@ -3,8 +3,8 @@
 
 #include "renderer/core/scratch.h"
 #include "renderer/core/tile.h"
-#include "renderer/host/clip.h"
-#include "renderer/host/triangle_clipper.h"
+#include "host/clip.h"
+#include "host/triangle_clipper.h"
 #include "renderer/triangles/strip_walk.h"
 
 namespace krb {

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "renderer/core/scratch.h"
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 #include "renderer/triangles/triangle_kernels.h"
 
 namespace krb {

@@ -4,8 +4,8 @@
 #include <cstdint>
 
 #include "renderer/core/pixel_rules.h"
-#include "renderer/host/color.h"
-#include "renderer/host/geometry.h"
+#include "host/color.h"
+#include "host/geometry.h"
 
 namespace krb {
 

@@ -5,8 +5,8 @@
 
 #include "renderer/core/fixed_point.h"
 #include "renderer/core/pixel_target.h"
-#include "renderer/host/clip.h"
-#include "renderer/host/triangle_clipper.h"
+#include "host/clip.h"
+#include "host/triangle_clipper.h"
 #include "renderer/triangles/strip_walk.h"
 
 namespace krb {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "app/check/guarded_buffer.h"
-#include "renderer/host/renderer_data.h"
+#include "host/renderer_data.h"
 #include "tests/fuzz/fuzzing.h"
 
 namespace fuzzing {

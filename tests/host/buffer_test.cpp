@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "renderer/host/frame_buffer.h"
+#include "host/frame_buffer.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "renderer/host/clip.h"
+#include "host/clip.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "renderer/host/contour.h"
+#include "host/contour.h"
 #include "tests/model/model.h"
 #include "vorna/exact.h"
 

@@ -12,7 +12,7 @@
 #include <dlfcn.h>
 #endif
 
-#include "renderer/host/clip.h"
+#include "host/clip.h"
 
 namespace {
 

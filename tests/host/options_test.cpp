@@ -1,8 +1,8 @@
 // Shared objects, and options with copy-on-write values.
 #include <gtest/gtest.h>
 
-#include "renderer/host/options.h"
-#include "renderer/host/renderer_data.h"
+#include "host/options.h"
+#include "host/renderer_data.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "renderer/host/color.h"
+#include "host/color.h"
 
 namespace {
 

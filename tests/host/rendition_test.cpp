@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Thresholds and stock patterns against the model's, which counts them out by their rules.
 #include <gtest/gtest.h>
 
-#include "renderer/host/object.h"
+#include "host/object.h"
 #include "tests/model/model.h"
 
 TEST(Shared_Data, Thresholds_And_Stock_Patterns_Follow_Their_Rules) {

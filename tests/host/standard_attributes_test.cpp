@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "renderer/host/line_type.h"
+#include "host/line_type.h"
 #include "tests/properties/scene.h"
 #include "tests/support/test_renderer.h"
 #include "vorna/draw.h"

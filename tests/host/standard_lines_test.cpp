@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 #include "tests/properties/scene.h"
 #include "tests/support/test_renderer.h"
 #include "vorna/draw.h"

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 #include "renderer/lines/line_setup.h"
 #include "tests/support/test_renderer.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 #include "tests/support/renderer_setup.h"
 
 namespace model {

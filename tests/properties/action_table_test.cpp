@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "app/check/krb_profile.h"
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 #include "tests/support/test_renderer.h"
 #include "vorna/draw.h"
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "app/check/random.h"
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 #include "tests/support/renderer_setup.h"
 
 using app::check::Random;

@@ -339,7 +339,7 @@ const std::vector<std::string_view>& point_slots() {
 const std::vector<std::string_view>& all_slots() {
     static const std::vector<std::string_view> names{
 #define VT_ACTION(slot, name, ...) #slot,
-#include "renderer/host/action_list.inc"
+#include "host/action_list.inc"
 #undef VT_ACTION
     };
     return names;
@@ -356,7 +356,7 @@ Slot_Call make_call(std::string_view slot, Numbers& numbers, std::int32_t count,
     if (slot == #slot_name) {                                                                                                    \
         make(VD_##name, &VD_Standard_##name);                                                                                    \
     }
-#include "renderer/host/action_list.inc"
+#include "host/action_list.inc"
 #undef VT_ACTION
     return call;
 }

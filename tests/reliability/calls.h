@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "app/check/random.h"
-#include "renderer/host/renderer_data.h"
-#include "renderer/host/rendition.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
 
 using app::check::Random;
 

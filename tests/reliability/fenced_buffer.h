@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "renderer/host/frame_buffer.h"
+#include "host/frame_buffer.h"
 
 // The rows lie one right behind the other: the last byte of the lowest row ends at the fence behind the buffer, or the first byte
 // of the highest row begins at the fence before it. A touch beyond ends the process. What is left of the pages holds guard bytes.

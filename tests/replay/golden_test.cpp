@@ -109,7 +109,7 @@ INSTANTIATE_TEST_SUITE_P(pictures, Golden, testing::ValuesIn(drawings()), [](con
 TEST(Gallery, holds_everything_that_the_host_draws) {
     std::set<std::string> every_function;
 #define VT_ACTION(slot, name, ...) every_function.insert("VD_Standard_" #name);
-#include "renderer/host/action_list.inc"
+#include "host/action_list.inc"
 #undef VT_ACTION
     for (const auto& [name, picture, golden] : drawings_of_gallery()) {
         const Temporary_Folder folder;

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "app/check/guarded_buffer.h"
-#include "renderer/host/color.h"
-#include "renderer/host/geometry.h"
-#include "renderer/host/object.h"
+#include "host/color.h"
+#include "host/geometry.h"
+#include "host/object.h"
 
 using app::check::Buffer_Layout;
 using app::check::Guarded_Buffer;

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "app/check/guarded_buffer.h"
-#include "renderer/host/renderer_data.h"
+#include "host/renderer_data.h"
 #include "tests/support/renderer_setup.h"
 #include "vorna/module.h"
 

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "renderer/host/clip.h"
+#include "host/clip.h"
 
 namespace vorna {
 

@@ -6,8 +6,8 @@
 #include <functional>
 #include <vector>
 
-#include "renderer/host/renderer_data.h"
-#include "renderer/host/rendition.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
 #include "vorna/standard/drawing_area.h"
 
 namespace vorna {

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "renderer/host/line_type.h"
-#include "renderer/host/rendition.h"
+#include "host/line_type.h"
+#include "host/rendition.h"
 #include "vorna/standard/stroke.h"
 
 namespace vorna {

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "renderer/host/renderer_data.h"
-#include "renderer/host/rendition.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
 #include "vorna/slot_contracts.h"
 
 namespace vorna {

@@ -1,7 +1,7 @@
 // Faces that renderers leave to the host: hatched ones and ones with special shading.
 #pragma once
 
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 
 namespace vorna {
 

@@ -4,8 +4,8 @@
 #include <span>
 #include <vector>
 
-#include "renderer/host/renderer_data.h"
-#include "renderer/host/rendition.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
 
 namespace vorna {
 

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "renderer/host/renderer_data.h"
-#include "renderer/host/rendition.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
 
 namespace vorna {
 

@@ -1,7 +1,7 @@
 // The cells of a face pattern, by column and row of the window.
 #pragma once
 
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 
 namespace vorna {
 

@@ -2,7 +2,7 @@
 // ones go back to their slot with the hatch as a bitmap; plain ones become triangles.
 #include <vector>
 
-#include "renderer/host/contour.h"
+#include "host/contour.h"
 #include "vorna/draw.h"
 #include "vorna/standard/drawing_area.h"
 #include "vorna/standard/faces.h"

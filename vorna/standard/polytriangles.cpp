@@ -5,8 +5,8 @@
 #include <array>
 #include <vector>
 
-#include "renderer/host/clip.h"
-#include "renderer/host/triangle_clipper.h"
+#include "host/clip.h"
+#include "host/triangle_clipper.h"
 #include "vorna/standard/drawing_area.h"
 #include "vorna/standard/faces.h"
 #include "vorna/standard/rounding.h"

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "renderer/host/geometry.h"
+#include "host/geometry.h"
 
 namespace vorna {
 

@@ -1,7 +1,7 @@
 // What every standard function does first.
 #pragma once
 
-#include "renderer/host/renderer_data.h"
+#include "host/renderer_data.h"
 
 namespace vorna {
 

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "renderer/host/clip.h"
-#include "renderer/host/triangle_clipper.h"
+#include "host/clip.h"
+#include "host/triangle_clipper.h"
 #include "vorna/standard/drawing_area.h"
 #include "vorna/standard/lines.h"
 #include "vorna/standard/merging.h"

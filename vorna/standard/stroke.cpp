@@ -6,7 +6,7 @@
 #include <bit>
 #include <cmath>
 
-#include "renderer/host/rendition.h"
+#include "host/rendition.h"
 #include "vorna/standard/conversion.h"
 
 namespace vorna {

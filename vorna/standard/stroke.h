@@ -5,8 +5,8 @@
 #include <functional>
 #include <vector>
 
-#include "renderer/host/color.h"
-#include "renderer/host/geometry.h"
+#include "host/color.h"
+#include "host/geometry.h"
 
 namespace vorna {
 

@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "renderer/host/color.h"
-#include "renderer/host/rendition.h"
+#include "host/color.h"
+#include "host/rendition.h"
 
 namespace vorna {
 

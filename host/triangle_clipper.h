@@ -5,11 +5,11 @@
 #include <cmath>
 #include <cstdint>
 
-#include "renderer/host/color.h"
-#include "renderer/host/geometry.h"
-#include "renderer/host/rounding.h"
-#include "renderer/host/segment_clip.h"
-#include "renderer/host/triangle_plane.h"
+#include "host/color.h"
+#include "host/geometry.h"
+#include "host/rounding.h"
+#include "host/segment_clip.h"
+#include "host/triangle_plane.h"
 
 namespace vorna {
 

@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <string_view>
 
-#include "renderer/host/color.h"
-#include "renderer/host/export.h"
-#include "renderer/host/frame_buffer.h"
-#include "renderer/host/geometry.h"
+#include "host/color.h"
+#include "host/export.h"
+#include "host/frame_buffer.h"
+#include "host/geometry.h"
 
 class VT_Renderer_Data;
 class VT_Rendition;
@@ -75,13 +75,13 @@ template <class Function> struct Action_Slot {
 
 struct VT_Action_Table {
 #define VT_ACTION(slot, name, ...) Action_Slot<__VA_ARGS__> slot;
-#include "renderer/host/action_list.inc"
+#include "host/action_list.inc"
 #undef VT_ACTION
 };
 
 // The host's own drawing of every slot; what a renderer does not draw goes there. None of them is null in this host.
 #define VT_ACTION(slot, name, ...) VORNA_API __VA_ARGS__ VD_Standard_##name;
-#include "renderer/host/action_list.inc"
+#include "host/action_list.inc"
 #undef VT_ACTION
 
 // Fills a rectangle of device pixels with the rendition's window fill.
@@ -93,7 +93,7 @@ namespace vorna {
 // Calls visit(slot name, pointer to the table's member, standard function) for every slot in order.
 template <class Visitor> void for_each_action(Visitor&& visit) {
 #define VT_ACTION(slot, name, ...) visit(std::string_view(#slot), &VT_Action_Table::slot, &VD_Standard_##name);
-#include "renderer/host/action_list.inc"
+#include "host/action_list.inc"
 #undef VT_ACTION
 }
 

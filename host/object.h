@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "renderer/host/export.h"
+#include "host/export.h"
 
 // The host's global object. The change counter at its head gives every changed object a fresh identity.
 struct VT_Vorna {

@@ -7,9 +7,9 @@
 #include <variant>
 #include <vector>
 
-#include "renderer/host/color.h"
-#include "renderer/host/export.h"
-#include "renderer/host/object.h"
+#include "host/color.h"
+#include "host/export.h"
+#include "host/object.h"
 
 class VT_Renderer_Data;
 

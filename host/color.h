@@ -6,8 +6,8 @@
 #include <optional>
 #include <vector>
 
-#include "renderer/host/export.h"
-#include "renderer/host/object.h"
+#include "host/export.h"
+#include "host/object.h"
 
 // A colour and a 32-bit pixel: four bytes in this order.
 struct VT_RGB32 {

@@ -5,9 +5,9 @@
 #include <mutex>
 #include <vector>
 
-#include "renderer/host/export.h"
-#include "renderer/host/geometry.h"
-#include "renderer/host/object.h"
+#include "host/export.h"
+#include "host/geometry.h"
+#include "host/object.h"
 
 // What is known of a polygon's shape.
 struct VT_Polygon_Rank {

@@ -4,13 +4,13 @@
 #include <cstdint>
 #include <vector>
 
-#include "renderer/host/color.h"
-#include "renderer/host/contour.h"
-#include "renderer/host/export.h"
-#include "renderer/host/frame_buffer.h"
-#include "renderer/host/geometry.h"
-#include "renderer/host/line_type.h"
-#include "renderer/host/object.h"
+#include "host/color.h"
+#include "host/contour.h"
+#include "host/export.h"
+#include "host/frame_buffer.h"
+#include "host/geometry.h"
+#include "host/line_type.h"
+#include "host/object.h"
 
 namespace vorna {
 

@@ -3,12 +3,12 @@
 
 #include <cstdint>
 
-#include "renderer/host/actions.h"
-#include "renderer/host/export.h"
-#include "renderer/host/frame_buffer.h"
-#include "renderer/host/object.h"
-#include "renderer/host/options.h"
-#include "renderer/host/renderer_options.h"
+#include "host/actions.h"
+#include "host/export.h"
+#include "host/frame_buffer.h"
+#include "host/object.h"
+#include "host/options.h"
+#include "host/renderer_options.h"
 
 // Releases what the reference holds and leaves a new buffer of that size and format in it.
 struct VT_Buffer_Creation {

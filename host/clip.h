@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-#include "renderer/host/color.h"
-#include "renderer/host/export.h"
-#include "renderer/host/geometry.h"
+#include "host/color.h"
+#include "host/export.h"
+#include "host/geometry.h"
 
 // Where a point lies outside a rectangle; corners are sums.
 namespace vorna::outcode {

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <utility>
 
-#include "renderer/host/color.h"
-#include "renderer/host/geometry.h"
-#include "renderer/host/object.h"
+#include "host/color.h"
+#include "host/geometry.h"
+#include "host/object.h"
 
 class VT_Renderer_Options {
 public:

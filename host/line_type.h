@@ -3,10 +3,10 @@
 
 #include <cstdint>
 
-#include "renderer/host/color.h"
-#include "renderer/host/export.h"
-#include "renderer/host/geometry.h"
-#include "renderer/host/object.h"
+#include "host/color.h"
+#include "host/export.h"
+#include "host/geometry.h"
+#include "host/object.h"
 
 class VORNA_API VT_Line_Type final : public VT_Counted {
 public:

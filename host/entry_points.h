@@ -1,7 +1,7 @@
 // The three entry points of a renderer module, exported by these plain names.
 #pragma once
 
-#include "renderer/host/export.h"
+#include "host/export.h"
 
 class VT_Renderer_Data;
 

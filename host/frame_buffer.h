@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <memory>
 
-#include "renderer/host/export.h"
-#include "renderer/host/geometry.h"
-#include "renderer/host/object.h"
+#include "host/export.h"
+#include "host/geometry.h"
+#include "host/object.h"
 
 class VT_Contour_Set;
 

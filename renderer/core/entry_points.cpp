@@ -1,5 +1,5 @@
 // The module's entry points and its load hook.
-#include "renderer/host/entry_points.h"
+#include "host/entry_points.h"
 
 #include "renderer/core/software_z_buffer.h"
 
