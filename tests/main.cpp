@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-#include "renderer/core/kernel_sets.h"
+#include "renderer/kernels/kernel_sets.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 
 #include "renderer/core/cases.h"
 #include "renderer/core/dither.h"
-#include "renderer/core/kernel_sets.h"
-#include "renderer/core/pixel_rules.h"
+#include "renderer/kernels/kernel_sets.h"
+#include "renderer/kernels/pixel_rules.h"
 #include "host/frame_buffer.h"
 #include "host/renderer_data.h"
 #include "host/rendition.h"

@@ -4,5 +4,5 @@ namespace single = krb::portable;
 }
 
 #define KRB_KERNEL_SET portable
-#include "renderer/core/lanes_portable.h"
+#include "renderer/kernels/lanes_portable.inl"
 #include "renderer/depth_lines/line_kernels.inl"

@@ -1,7 +1,7 @@
 // Pixels of lines in lanes. Included once for each vocabulary of lanes, after it.
 
-#include "renderer/core/pixel_lanes.inl"
-#include "renderer/core/span.inl"
+#include "renderer/kernels/pixel_lanes.inl"
+#include "renderer/kernels/span.inl"
 #include "renderer/depth_lines/line_kernels.h"
 
 namespace krb::KRB_KERNEL_SET {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "renderer/core/cases.h"
-#include "renderer/core/pixel_target.h"
+#include "renderer/kernels/pixel_target.h"
 #include "renderer/core/software_z_buffer.h"
 #include "renderer/depth_lines/line_kernels.h"
 

@@ -1,7 +1,7 @@
 // What the members for smoothed lines hand to their kernels, and the table of kernels of one instruction set.
 #pragma once
 
-#include "renderer/core/pixel_rules.h"
+#include "renderer/kernels/pixel_rules.h"
 #include "renderer/depth_lines/line_kernels.h"
 #include "host/geometry.h"
 

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "renderer/core/pixel_target.h"
+#include "renderer/kernels/pixel_target.h"
 #include "renderer/depth_lines/smoothed_kernels.h"
 
 namespace krb {

@@ -7,10 +7,10 @@
 #include <cstring>
 #include <utility>
 
-#include "renderer/core/compiler_hints.h"
+#include "renderer/kernels/compiler_hints.h"
 #include "renderer/core/fixed_point.h"
 #include "renderer/core/pixel_combine.h"
-#include "renderer/core/pixel_target.h"
+#include "renderer/kernels/pixel_target.h"
 #include "renderer/core/scratch.h"
 #include "renderer/depth_lines/line_target.h"
 #include "renderer/depth_lines/polylines_dci.h"

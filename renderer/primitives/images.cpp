@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "renderer/core/fixed_point.h"
-#include "renderer/core/pixel_target.h"
+#include "renderer/kernels/pixel_target.h"
 #include "renderer/mask/mask_cursor.h"
 
 namespace krb {

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "renderer/core/pixel_combine.h"
-#include "renderer/primitives/single_pixels.h"
+#include "renderer/kernels/single_pixels.h"
 
 namespace krb {
 

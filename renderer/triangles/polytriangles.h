@@ -2,7 +2,7 @@
 #pragma once
 
 #include "renderer/core/cases.h"
-#include "renderer/core/pixel_rules.h"
+#include "renderer/kernels/pixel_rules.h"
 #include "host/actions.h"
 
 namespace krb {

@@ -6,7 +6,7 @@
 // single triangles, bit for bit.
 #pragma once
 
-#include "renderer/core/reciprocals.h"
+#include "renderer/kernels/reciprocals.h"
 #include "renderer/triangles/small_triangles.h"
 
 namespace krb::KRB_KERNEL_SET {

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "renderer/core/pixel_rules.h"
+#include "renderer/kernels/pixel_rules.h"
 #include "host/color.h"
 #include "host/geometry.h"
 

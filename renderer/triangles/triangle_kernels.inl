@@ -5,8 +5,8 @@
 // pixel once. Values along edges are interpolated in fixed point from row to row, values along a span from the two edges' integer
 // parts.
 
-#include "renderer/core/pixel_lanes.inl"
-#include "renderer/core/span.inl"
+#include "renderer/kernels/pixel_lanes.inl"
+#include "renderer/kernels/span.inl"
 #include "renderer/triangles/small_triangles.h"
 #include "renderer/triangles/triangle_kernels.h"
 #ifdef KRB_SMALL_TRIANGLES

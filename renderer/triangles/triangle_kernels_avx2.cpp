@@ -1,4 +1,4 @@
 // Triangle kernels of the AVX2 set.
 #define KRB_KERNEL_SET avx2
-#include "renderer/core/lanes_avx2.h"
+#include "renderer/kernels/lanes_avx2.inl"
 #include "renderer/triangles/triangle_kernels.inl"

@@ -1,4 +1,4 @@
 // Triangle kernels of the baseline set, x86-64-v2.
 #define KRB_KERNEL_SET baseline
-#include "renderer/core/lanes_baseline.h"
+#include "renderer/kernels/lanes_baseline.inl"
 #include "renderer/triangles/triangle_kernels.inl"

@@ -1,4 +1,4 @@
 // Triangle kernels of the portable set.
 #define KRB_KERNEL_SET portable
-#include "renderer/core/lanes_portable.h"
+#include "renderer/kernels/lanes_portable.inl"
 #include "renderer/triangles/triangle_kernels.inl"

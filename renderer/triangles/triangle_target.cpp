@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "renderer/core/fixed_point.h"
-#include "renderer/core/pixel_target.h"
+#include "renderer/kernels/pixel_target.h"
 #include "host/clip.h"
 #include "host/triangle_clipper.h"
 #include "renderer/triangles/strip_walk.h"

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "renderer/core/kernel_sets.h"
+#include "renderer/kernels/kernel_sets.h"
 
 namespace {
 

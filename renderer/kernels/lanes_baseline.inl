@@ -7,7 +7,7 @@
 
 #include <immintrin.h>
 
-#include "renderer/core/reciprocals.h"
+#include "renderer/kernels/reciprocals.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {

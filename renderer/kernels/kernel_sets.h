@@ -6,7 +6,7 @@
 
 #include "renderer/depth_lines/line_kernels.h"
 #include "renderer/depth_lines/smoothed_kernels.h"
-#include "renderer/primitives/span_kernels.h"
+#include "renderer/kernels/span_kernels.h"
 #include "renderer/triangles/triangle_kernels.h"
 
 namespace krb {

@@ -2,7 +2,7 @@
 // lanes_portable.h.
 #pragma once
 
-#include "renderer/core/attributes_avx2.h"
+#include "renderer/kernels/attributes_avx2.inl"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {

@@ -1,5 +1,5 @@
 // Choice of the kernel set. This file is compiled for the oldest processor and decides what newer code may run.
-#include "renderer/core/kernel_sets.h"
+#include "renderer/kernels/kernel_sets.h"
 
 #include <cstdlib>
 #include <stdexcept>

@@ -6,8 +6,8 @@
 #include <bit>
 #include <cstring>
 
-#include "renderer/core/compiler_hints.h"
-#include "renderer/core/pixel_rules.h"
+#include "renderer/kernels/compiler_hints.h"
+#include "renderer/kernels/pixel_rules.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {

@@ -2,10 +2,10 @@
 
 #include <cstring>
 
-#include "renderer/core/compiler_hints.h"
-#include "renderer/core/pixel_lanes.inl"
-#include "renderer/core/span.inl"
-#include "renderer/primitives/span_kernels.h"
+#include "renderer/kernels/compiler_hints.h"
+#include "renderer/kernels/pixel_lanes.inl"
+#include "renderer/kernels/span.inl"
+#include "renderer/kernels/span_kernels.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {

@@ -1,7 +1,7 @@
 // The vocabulary of lanes for AVX2: eight pixels. What each name means is said in lanes_portable.h.
 #pragma once
 
-#include "renderer/core/attributes_avx2.h"
+#include "renderer/kernels/attributes_avx2.inl"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
