@@ -15,17 +15,17 @@
 #include <fcntl.h>
 #endif
 
-#include "app/command.h"
-#include "app/command_line.h"
-#include "app/interruption.h"
-#include "app/memory.h"
-#include "app/messages.h"
-#include "app/usage.h"
+#include "app/cli/command.h"
+#include "app/cli/command_line.h"
+#include "app/cli/messages.h"
+#include "app/cli/usage.h"
+#include "drawing/files/interruption.h"
+#include "drawing/files/memory.h"
 
 namespace {
 
 int complain(const std::string& message, int status) {
-    app::print(stderr, "vorna: " + app::printable(message) + '\n');
+    vorna::app::print(stderr, "vorna: " + vorna::drawing::printable(message) + '\n');
     return status;
 }
 
@@ -46,47 +46,62 @@ void prepare_streams() {
 int finish_output(int status) {
     errno = 0;
     const bool arrived = std::cout.flush().good() && std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
-    if (arrived || status != app::exit_status::done) {
+    if (arrived || status != vorna::app::exit_status::done) {
         return status;
     }
     const std::string reason = errno != 0 ? ": " + std::generic_category().message(errno) : "";
-    return complain("standard output: cannot be written" + reason, app::exit_status::failed);
+    return complain("standard output: cannot be written" + reason, vorna::app::exit_status::failed);
 }
 
 int run(int count, char** arguments) {
-    int status = app::exit_status::done;
-    const std::unique_ptr<CLI::App> application = app::make_command_line(status);
+    int status = vorna::app::exit_status::done;
+    const std::unique_ptr<CLI::App> application = vorna::app::make_command_line(status);
     try {
         // The parser takes them from the end.
         std::vector<std::string> prepared =
-            app::prepared_arguments(*application, {arguments + std::min(count, 1), arguments + count});
+            vorna::app::prepared_arguments(*application, {arguments + std::min(count, 1), arguments + count});
         std::ranges::reverse(prepared);
         application->parse(std::move(prepared));
     } catch (const CLI::Success& request) {
         return application->exit(request);
     } catch (const CLI::ParseError& error) {
-        return complain(app::usage_message(*application, error), app::exit_status::wrong_usage);
+        return complain(vorna::app::usage_message(*application, error), vorna::app::exit_status::wrong_usage);
     }
     return status;
+}
+
+// To be called where the program would end without a word: libraries that lack memory in functions that must not throw end with a
+// message and the status of what fails, everything else as ever.
+[[noreturn]] void end_for_lack_of_memory() noexcept {
+    try {
+        if (const std::exception_ptr current = std::current_exception()) {
+            std::rethrow_exception(current);
+        }
+    } catch (const std::bad_alloc&) {
+        std::fputs("vorna: out of memory\n", stderr);
+        std::_Exit(vorna::app::exit_status::failed);
+    } catch (...) {
+    }
+    std::abort();
 }
 
 } // namespace
 
 int main(int count, char** arguments) {
-    std::set_terminate(app::end_for_lack_of_memory);
+    std::set_terminate(end_for_lack_of_memory);
     prepare_streams();
     try {
         return finish_output(run(count, arguments));
-    } catch (const app::Usage_Error& error) {
-        return complain(error.what(), app::exit_status::wrong_usage);
-    } catch (const app::Interrupted& interrupted) {
+    } catch (const vorna::drawing::Usage_Error& error) {
+        return complain(error.what(), vorna::app::exit_status::wrong_usage);
+    } catch (const vorna::drawing::Interrupted& interrupted) {
         // As if nothing had been put in its way, now that what was unfinished is gone.
         std::signal(interrupted.signal, SIG_DFL);
         std::raise(interrupted.signal);
-        return app::exit_status::failed;
+        return vorna::app::exit_status::failed;
     } catch (const std::bad_alloc&) {
-        return complain("out of memory", app::exit_status::failed);
+        return complain("out of memory", vorna::app::exit_status::failed);
     } catch (const std::exception& error) {
-        return complain(error.what(), app::exit_status::failed);
+        return complain(error.what(), vorna::app::exit_status::failed);
     }
 }

@@ -5,8 +5,8 @@
 #include <cmath>
 #include <numbers>
 
-#include "app/scene/model_reader.h"
-#include "app/scene/scene_renderer.h"
+#include "drawing/model/model_reader.h"
+#include "drawing/model/scene_renderer.h"
 #include "host/renderer_data.h"
 
 namespace bench {
@@ -152,12 +152,12 @@ Scene model_in_front(const std::string& file, const Variation& variation) {
                            std::min(random.varied(window_size.y), window_size.y)};
     const VT_Reference<Recorder> recorder(new Recorder(scene));
     const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
-    app::scene::Scene_Renderer renderer(app::scene::load_model(file), {143, 169, 196, 255}, false);
-    app::scene::Camera_Settings settings;
-    settings.view = app::scene::View::front;
+    vorna::drawing::model::Scene_Renderer renderer(vorna::drawing::model::load_model(file), {143, 169, 196, 255}, false);
+    vorna::drawing::model::Camera_Settings settings;
+    settings.view = vorna::drawing::model::View::front;
     settings.aspect = static_cast<double>(size.x - 1) / (size.y - 1);
-    renderer.prepare(app::scene::Tile_Grid({0, size.x - 1, 0, size.y - 1}), app::scene::fit_camera(settings, renderer.points()),
-                     {});
+    renderer.prepare(vorna::drawing::model::Tile_Grid({0, size.x - 1, 0, size.y - 1}),
+                     vorna::drawing::model::fit_camera(settings, renderer.points()), {});
     renderer.draw(*recorder, *rendition, 0);
     return scene;
 }

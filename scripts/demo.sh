@@ -73,5 +73,5 @@ if [ -e "$atlas" ]; then
     render globe "$atlas/countries-50m.json" --projection orthographic --center 20,40 --graticule 15 --antialias "${water[@]}"
     render europe "$atlas/countries-10m.json" --projection mercator --bbox=-11,35,32,60 --labels "${water[@]}"
 fi
-render flange pictures/maps/flange.dxf --antialias
+render flange recordings/maps/flange.dxf --antialias
 echo "the pictures are in $PWD/out"

@@ -13,7 +13,7 @@ command=$(realpath "${1:-build/demo/bin/vorna}")
 page=$PWD/docs/gallery.md images=$PWD/docs/images/gallery
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-ln -s "$PWD/pictures" "$work/pictures"
+ln -s "$PWD/recordings" "$work/recordings"
 cd "$work"
 
 vorna() {

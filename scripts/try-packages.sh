@@ -23,7 +23,7 @@ end_all() {
 trap end_all EXIT
 trap 'exit 1' HUP INT TERM
 mkdir "$work/project"
-cp pictures/crystals.json "$work/project"
+cp recordings/crystals.json "$work/project"
 # usage: page_block LANGUAGE: the first such block of docs/embedding.md
 page_block() {
     sed -n '/^```'"$1"'$/,/^```$/{/^```$/q; /^```/!p}' docs/embedding.md
@@ -32,7 +32,7 @@ page_block cpp >"$work/project/plot.cpp"
 page_block cmake >"$work/project/CMakeLists.txt"
 { echo 'set -e'; page_block sh; } >"$work/project/build.sh"
 # What the build that was packed draws.
-"build/package-gcc-release/bin/vorna" replay pictures/crystals.json --color "$work/crystals.png"
+"build/package-gcc-release/bin/vorna" replay recordings/crystals.json --color "$work/crystals.png"
 
 # usage: try_tree TREE PROJECT [COMMAND...]: that files laid out as in /usr work, each program run by COMMAND
 try_tree() {
@@ -71,7 +71,7 @@ if [ "$wine" ]; then
     }
     run_there --version
     cat "$work/log"
-    run_there replay pictures/crystals.json --color "$work/windows.png"
+    run_there replay recordings/crystals.json --color "$work/windows.png"
     cmp "$work/windows.png" "$work/crystals.png"
     run_there check --profile krb --seed 1
     tail -n 1 "$work/log"

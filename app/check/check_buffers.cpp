@@ -5,7 +5,7 @@
 #include "app/check/checks.h"
 #include "vorna/draw.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 namespace {
 
@@ -161,4 +161,4 @@ void check_buffer_failure(Trial& trial) {
     }
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

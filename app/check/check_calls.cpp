@@ -5,7 +5,7 @@
 #include "app/check/scene.h"
 #include "vorna/draw.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 namespace {
 
@@ -98,4 +98,4 @@ void check_depth_setters(Trial& trial) {
     }
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -5,7 +5,7 @@
 #include "app/check/scene.h"
 #include "vorna/draw.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 namespace {
 
@@ -215,4 +215,4 @@ void check_pictures(Trial& trial) {
     }
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -6,7 +6,7 @@
 #include "app/check/checks.h"
 #include "app/check/scene.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 namespace {
 
@@ -382,4 +382,4 @@ void check_fall_backs(Trial& trial) {
     }
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -4,7 +4,7 @@
 #include <system_error>
 
 #include "app/check/checks.h"
-#include "app/path.h"
+#include "drawing/files/path.h"
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -12,7 +12,7 @@
 #include <dlfcn.h>
 #endif
 
-namespace app::check {
+namespace vorna::app::check {
 
 namespace {
 
@@ -20,7 +20,7 @@ namespace {
 #if defined(_WIN32)
 
 void* open_library(const std::string& path) {
-    return LoadLibraryExW(std::filesystem::absolute(path_of(path)).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    return LoadLibraryExW(std::filesystem::absolute(drawing::path_of(path)).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
 std::string last_error() {
@@ -34,7 +34,7 @@ void* find_symbol(void* library, const char* name) {
 #else
 
 void* open_library(const std::string& path) {
-    return dlopen(std::filesystem::absolute(path_of(path)).c_str(), RTLD_NOW | RTLD_LOCAL);
+    return dlopen(std::filesystem::absolute(drawing::path_of(path)).c_str(), RTLD_NOW | RTLD_LOCAL);
 }
 
 std::string last_error() {
@@ -89,4 +89,4 @@ void check_renderer(Trial& trial) {
     }
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -6,7 +6,7 @@
 #include "app/check/scene.h"
 #include "vorna/draw.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 namespace {
 
@@ -127,4 +127,4 @@ void check_growth(Trial& trial) {
     }
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -5,7 +5,7 @@
 #include "app/check/checks.h"
 #include "app/check/krb_profile.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 namespace {
 
@@ -126,4 +126,4 @@ void check_setting(Trial& trial) {
     }
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

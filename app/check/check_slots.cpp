@@ -4,7 +4,7 @@
 #include "app/check/checks.h"
 #include "app/check/krb_profile.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 namespace {
 
@@ -67,4 +67,4 @@ void check_needed_slots(Trial& trial) {
     }
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -6,7 +6,7 @@
 #include <new>
 #include <set>
 
-namespace app::check {
+namespace vorna::app::check {
 
 const std::vector<Check>& all_checks() {
     static const std::vector<Check> checks{
@@ -126,4 +126,4 @@ void run_checks(const Task& task, const std::vector<std::string>& names, Journal
     }
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -7,7 +7,7 @@
 
 #include "app/check/trial.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 struct Check {
     std::string_view name;               // area.subject
@@ -70,4 +70,4 @@ void check_references(Trial& trial);
 void check_heap(Trial& trial);
 void check_growth(Trial& trial);
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -8,7 +8,7 @@
 #include <system_error>
 #include <thread>
 
-#include "app/command.h"
+#include "app/cli/command.h"
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -27,7 +27,7 @@
 extern char** environ; // NOLINT(readability-redundant-declaration): not every system declares it
 #endif
 
-namespace app::check {
+namespace vorna::app::check {
 
 #if defined(_WIN32)
 
@@ -176,4 +176,4 @@ void expect_to_crash(bool quiet) {
 
 #endif
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace app::check {
+namespace vorna::app::check {
 
 struct Ending {
     enum class Kind { done, died, out_of_time } kind = Kind::done; // done: with status 0
@@ -25,4 +25,4 @@ void end_with(int parent);
 // What a process that may crash does first: no core file, no dialog, and with quiet nothing on standard error either.
 void expect_to_crash(bool quiet);
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -5,14 +5,14 @@
 #include <cstring>
 #include <new>
 
-#include "app/check/address_sanitizer.h"
+#include "drawing/files/address_sanitizer.h"
 #include "host/color.h"
 
 #if defined(HAS_ADDRESS_SANITIZER)
 #include <sanitizer/asan_interface.h>
 #endif
 
-namespace app::check {
+namespace vorna::app::check {
 
 namespace {
 
@@ -161,4 +161,4 @@ void Buffer_Maker::create(void* context, std::int32_t width, std::int32_t height
     buffer = maker.made_.back();
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

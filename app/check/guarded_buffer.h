@@ -11,7 +11,7 @@
 #include "host/frame_buffer.h"
 #include "host/renderer_data.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 // Where the rows of a buffer lie in memory.
 struct Buffer_Layout {
@@ -75,4 +75,4 @@ private:
     std::vector<VT_Reference<Guarded_Buffer>> made_;
 };
 
-} // namespace app::check
+} // namespace vorna::app::check

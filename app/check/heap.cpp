@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 
-#include "app/check/address_sanitizer.h"
+#include "drawing/files/address_sanitizer.h"
 
 #if defined(HAS_ADDRESS_SANITIZER)
 #include <sanitizer/allocator_interface.h>
@@ -18,7 +18,7 @@
 #include <unistd.h>
 #endif
 
-namespace app::check {
+namespace vorna::app::check {
 
 std::size_t heap_in_use() {
 #if defined(HAS_ADDRESS_SANITIZER)
@@ -55,4 +55,4 @@ std::size_t heap_in_use() {
 #endif
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

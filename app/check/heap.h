@@ -3,9 +3,9 @@
 
 #include <cstddef>
 
-namespace app::check {
+namespace vorna::app::check {
 
 // Bytes that are allocated and not yet freed, as near as the system tells.
 std::size_t heap_in_use();
 
-} // namespace app::check
+} // namespace vorna::app::check

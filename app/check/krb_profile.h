@@ -9,7 +9,7 @@
 
 #include "host/options.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 struct Known_Option {
     const char* name;
@@ -73,4 +73,4 @@ inline char krb_slot_letter(std::string_view slot, std::size_t configuration, bo
     return is("polyline") && !is("_2di_") && !is("_dci_") ? '-' : 'o';
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

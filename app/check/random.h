@@ -5,7 +5,7 @@
 #include <iterator>
 #include <random>
 
-namespace app::check {
+namespace vorna::app::check {
 
 // Whole numbers that are the same for a seed everywhere.
 class Random {
@@ -27,4 +27,4 @@ private:
     std::mt19937_64 generator_;
 };
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -5,7 +5,7 @@
 
 #include "app/check/checks.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 namespace {
 
@@ -82,4 +82,4 @@ std::string junit_of(const std::string& name, const std::vector<Outcome>& outcom
     return text + "</testsuites>\n";
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

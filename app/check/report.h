@@ -6,7 +6,7 @@
 
 #include "app/check/runner.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 std::string line_of(const Outcome& outcome);
 // How many there are of each kind.
@@ -14,4 +14,4 @@ std::string total_of(const std::vector<Outcome>& outcomes);
 // One suite for each area.
 std::string junit_of(const std::string& name, const std::vector<Outcome>& outcomes);
 
-} // namespace app::check
+} // namespace vorna::app::check

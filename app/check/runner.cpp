@@ -13,7 +13,7 @@
 #include "app/check/checks.h"
 #include "app/check/child_process.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 namespace {
 
@@ -196,4 +196,4 @@ std::vector<Outcome> run_in_processes(const Run& run, const std::function<void(c
     return outcomes;
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -8,7 +8,7 @@
 
 #include "app/check/trial.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 struct Outcome {
     enum class Kind { passed, failed, not_run };
@@ -28,4 +28,4 @@ struct Run {
 // Runs the checks area by area, and what a crash has left over once more. Tells of each outcome in the order of the table.
 std::vector<Outcome> run_in_processes(const Run& run, const std::function<void(const Outcome&)>& tell);
 
-} // namespace app::check
+} // namespace vorna::app::check

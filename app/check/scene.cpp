@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace app::check {
+namespace vorna::app::check {
 
 namespace {
 
@@ -411,4 +411,4 @@ std::vector<Call> random_scene(Random& random, const Window& window, int rounds)
     return calls;
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -7,7 +7,7 @@
 
 #include "app/check/trial.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 // One call with arguments of its own. It may be drawn any number of times, by any renderer with such a window.
 struct Call {
@@ -34,4 +34,4 @@ Call random_call(Random& random, std::string_view slot, const Window& window);
 // So many random calls of every slot, mixed. Each of them keeps what it needs.
 std::vector<Call> random_scene(Random& random, const Window& window, int rounds);
 
-} // namespace app::check
+} // namespace vorna::app::check

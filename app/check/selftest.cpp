@@ -6,10 +6,10 @@
 #include <string_view>
 
 #include "app/check/checks.h"
-#include "app/command.h"
-#include "app/path.h"
+#include "app/cli/command.h"
+#include "drawing/files/path.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 namespace {
 
@@ -109,8 +109,8 @@ std::string default_fault_folder() {
 }
 
 std::vector<Outcome> run_selftest(const std::string& folder, const Run& like, const std::function<void(const Outcome&)>& tell) {
-    if (!std::filesystem::is_directory(path_of(folder))) {
-        throw Usage_Error(folder + ": no folder of faulty modules; they are built with the tests");
+    if (!std::filesystem::is_directory(drawing::path_of(folder))) {
+        throw drawing::Usage_Error(folder + ": no folder of faulty modules; they are built with the tests");
     }
     std::vector<Outcome> outcomes;
     for (const Fault& fault : faults) {
@@ -119,7 +119,7 @@ std::vector<Outcome> run_selftest(const std::string& folder, const Run& like, co
         run.task.profile = Profile::krb;
         run.task.effort = effort;
         run.limit = fault.module == "hangs" ? limit_of_hangs : limit;
-        if (std::filesystem::exists(path_of(run.task.module))) {
+        if (std::filesystem::exists(drawing::path_of(run.task.module))) {
             outcomes.push_back(outcome_of(fault, run_in_processes(run, [](const Outcome&) {})));
         } else {
             outcomes.push_back({"selftest." + std::string(fault.module), Outcome::Kind::failed, "no such module in the folder"});
@@ -129,4 +129,4 @@ std::vector<Outcome> run_selftest(const std::string& folder, const Run& like, co
     return outcomes;
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -7,7 +7,7 @@
 
 #include "app/check/runner.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 // Where the build leaves the faulty modules: beside this command.
 std::string default_fault_folder();
@@ -16,4 +16,4 @@ std::string default_fault_folder();
 // find its fault fail for the right reason and no other check fails. Throws Usage_Error when there is no such folder.
 std::vector<Outcome> run_selftest(const std::string& folder, const Run& like, const std::function<void(const Outcome&)>& tell);
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -6,9 +6,9 @@
 #include <fstream>
 #include <utility>
 
-#include "app/path.h"
+#include "drawing/files/path.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 namespace {
 
@@ -20,7 +20,7 @@ std::string one_line(std::string text) {
 
 std::FILE* opened(const std::string& path) {
 #if defined(_WIN32)
-    return _wfopen(path_of(path).c_str(), L"wb");
+    return _wfopen(drawing::path_of(path).c_str(), L"wb");
 #else
     return std::fopen(path.c_str(), "wb");
 #endif
@@ -67,7 +67,7 @@ void Journal::write(const std::string& ended, const std::string& running) {
 
 Journal::Contents Journal::read(const std::string& path) {
     Contents contents;
-    std::ifstream file(path_of(path), std::ios::binary);
+    std::ifstream file(drawing::path_of(path), std::ios::binary);
     for (std::string line; std::getline(file, line);) {
         const std::size_t check = line.find('\t');
         const std::size_t reason = line.find('\t', check + 1);
@@ -226,4 +226,4 @@ std::string difference(const Contents& expected, const Contents& found) {
     return {};
 }
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -16,7 +16,7 @@
 #include "host/rendition.h"
 #include "vorna/module.h"
 
-namespace app::check {
+namespace vorna::app::check {
 
 // How strictly a module is looked at: by what the host and its applications need of every renderer, or by the whole interface of
 // krb.vrd, whose place the module can then take.
@@ -172,4 +172,4 @@ std::string difference(const Contents& expected, const Contents& found);
 // The place of a pixel in words.
 std::string pixel_name(const Contents& contents, std::size_t position, bool in_depths);
 
-} // namespace app::check
+} // namespace vorna::app::check

@@ -5,18 +5,18 @@
 #include <cmath>
 #include <numbers>
 
-#include "app/scene/vectors.h"
+#include "drawing/model/vectors.h"
 
-namespace app::view {
+namespace vorna::app::view {
 namespace {
 
-using namespace scene;
+using namespace drawing::model;
 
 struct Axes {
     VT_Vector_D right, up, toward;
 };
 
-Axes axes_of(const scene::Aim& aim) {
+Axes axes_of(const drawing::model::Aim& aim) {
     Axes axes;
     axes.toward = aim.eye - aim.target;
     axes.right = cross(aim.up, axes.toward);
@@ -41,7 +41,7 @@ Pose shifted(Pose pose, const VT_Vector_D& by) {
 } // namespace
 
 double pixel_length(const Pose& pose, VT_Int_Pair size) {
-    return 2 * scene::half_view_tangent * length(pose.aim.eye - pose.aim.target) / (pose.zoom * size.y);
+    return 2 * drawing::model::half_view_tangent * length(pose.aim.eye - pose.aim.target) / (pose.zoom * size.y);
 }
 
 Pose turned(const Pose& pose, const VT_Vector_D& vertical, double turn, double tilt) {
@@ -73,14 +73,14 @@ Pose zoomed(const Pose& pose, VT_Int_Pair size, double factor, const Place& poin
     return shifted(result, right * ((pointer.x - size.x / 2.0) * by) + up * ((size.y / 2.0 - pointer.y) * by));
 }
 
-Pose focused(const Pose& pose, scene::Projection projection, double distance) {
+Pose focused(const Pose& pose, drawing::model::Projection projection, double distance) {
     const VT_Vector_D toward = pose.aim.eye - pose.aim.target;
     Pose result = pose;
     result.aim.target = pose.aim.eye - toward * (distance / length(toward));
-    if (projection == scene::Projection::orthographic) {
+    if (projection == drawing::model::Projection::orthographic) {
         result.zoom *= distance / length(toward);
     }
     return result;
 }
 
-} // namespace app::view
+} // namespace vorna::app::view

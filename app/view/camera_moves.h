@@ -1,14 +1,14 @@
 // How hands move a camera: turning, moving and enlarging as functions from one pose to the next.
 #pragma once
 
-#include "app/scene/camera.h"
 #include "app/view/window.h"
+#include "drawing/model/camera.h"
 
-namespace app::view {
+namespace vorna::app::view {
 
 // In the coordinates of any space; lengths count in its units.
 struct Pose {
-    scene::Aim aim;
+    drawing::model::Aim aim;
     double zoom = 1; // see Camera_Settings
 };
 
@@ -29,6 +29,6 @@ Pose moved(const Pose& pose, VT_Int_Pair size, const Place& by);
 Pose zoomed(const Pose& pose, VT_Int_Pair size, double factor, const Place& pointer);
 
 // The same picture with the target at another distance from the eye, above 0.
-Pose focused(const Pose& pose, scene::Projection projection, double distance);
+Pose focused(const Pose& pose, drawing::model::Projection projection, double distance);
 
-} // namespace app::view
+} // namespace vorna::app::view

@@ -5,15 +5,15 @@
 #include <array>
 #include <cmath>
 
-#include "app/scene/tuple_table.h"
-#include "app/scene/vectors.h"
+#include "drawing/model/tuple_table.h"
+#include "drawing/model/vectors.h"
 
-namespace app::view {
+namespace vorna::app::view {
 namespace {
 
-using namespace scene;
+using namespace drawing::model;
 
-double area_of(const scene::Mesh& mesh) {
+double area_of(const drawing::model::Mesh& mesh) {
     double area = 0;
     for (std::size_t i = 0; i < mesh.triangles.size(); i += 3) {
         const VT_Vector &a = mesh.positions[mesh.triangles[i]], &b = mesh.positions[mesh.triangles[i + 1]],
@@ -25,13 +25,13 @@ double area_of(const scene::Mesh& mesh) {
 
 } // namespace
 
-scene::Mesh coarse_mesh(const scene::Mesh& mesh, std::size_t triangles) {
+drawing::model::Mesh coarse_mesh(const drawing::model::Mesh& mesh, std::size_t triangles) {
     // A surface meets about one and a half times as many cells as its area has sides of them, and has two triangles a vertex.
     const double cell = std::max(std::sqrt(3 * area_of(mesh) / static_cast<double>(triangles)), 1e-3);
     const auto number = [cell](float coordinate) { return static_cast<std::uint32_t>((coordinate + 2) / cell); };
-    scene::Triple_Table cells;
+    drawing::model::Triple_Table cells;
     std::vector<std::uint32_t> cell_of(mesh.positions.size());
-    scene::Mesh coarse;
+    drawing::model::Mesh coarse;
     std::vector<float> shares;
     for (std::size_t v = 0; v < mesh.positions.size(); ++v) {
         const VT_Vector& p = mesh.positions[v];
@@ -50,7 +50,7 @@ scene::Mesh coarse_mesh(const scene::Mesh& mesh, std::size_t triangles) {
     }
     for (std::size_t c = 0; c < coarse.positions.size(); ++c) {
         coarse.positions[c] = coarse.positions[c] * (1 / shares[c]);
-        coarse.normals[c] = scene::unit(coarse.normals[c]).value_or(VT_Vector{0, 0, 1});
+        coarse.normals[c] = drawing::model::unit(coarse.normals[c]).value_or(VT_Vector{0, 0, 1});
     }
     for (std::size_t i = 0; i < mesh.triangles.size(); i += 3) {
         const auto a = cell_of[mesh.triangles[i]], b = cell_of[mesh.triangles[i + 1]], c = cell_of[mesh.triangles[i + 2]];
@@ -63,4 +63,4 @@ scene::Mesh coarse_mesh(const scene::Mesh& mesh, std::size_t triangles) {
     return coarse;
 }
 
-} // namespace app::view
+} // namespace vorna::app::view

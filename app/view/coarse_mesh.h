@@ -3,12 +3,12 @@
 
 #include <cstddef>
 
-#include "app/scene/mesh.h"
+#include "drawing/model/mesh.h"
 
-namespace app::view {
+namespace vorna::app::view {
 
 // About so many triangles of a finished mesh, in the same place: vertices in one cell of a grid become one (Rossignac and
 // Borrel), and triangles with corners in one cell go. Colours stay, materials do not.
-scene::Mesh coarse_mesh(const scene::Mesh& mesh, std::size_t triangles);
+drawing::model::Mesh coarse_mesh(const drawing::model::Mesh& mesh, std::size_t triangles);
 
-} // namespace app::view
+} // namespace vorna::app::view

@@ -5,7 +5,7 @@
 #include <array>
 #include <string_view>
 
-namespace app::view {
+namespace vorna::app::view {
 namespace {
 
 struct Key {
@@ -77,4 +77,4 @@ std::vector<std::string> map_help_lines() {
     };
 }
 
-} // namespace app::view
+} // namespace vorna::app::view

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace app::view {
+namespace vorna::app::view {
 
 enum class Command {
     front,
@@ -37,4 +37,4 @@ std::optional<Command> command_of(char key, bool reversed);
 std::vector<std::string> help_lines();
 std::vector<std::string> map_help_lines();
 
-} // namespace app::view
+} // namespace vorna::app::view

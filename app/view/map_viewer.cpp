@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <utility>
 
-namespace app::view {
+namespace vorna::app::view {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -15,14 +15,14 @@ constexpr double smallest_map_zoom = 0.1, largest_map_zoom = 10000;
 
 } // namespace
 
-Map_Viewer::Map_Viewer(const Map_Picture& picture, const Map_Options& options, const Module_Choice& module, std::string folder,
-                       Screen& screen)
+Map_Viewer::Map_Viewer(const Map_Picture& picture, const Map_Options& options, const drawing::Module_Choice& module,
+                       std::string folder, Screen& screen)
     : Picture_Viewer(module, picture.input.name, std::move(folder), 0, screen), picture_(picture), options_(options),
       scene_(load_map_scene(picture_, options_)), middle_(scene_->fitted({1, 1}).middle), antialias_(picture.antialias) {
 }
 
-map::View Map_Viewer::view() const {
-    map::View view = scene_->fitted(size_);
+drawing::map::View Map_Viewer::view() const {
+    drawing::map::View view = scene_->fitted(size_);
     view.middle = middle_;
     view.scale *= zoom_;
     return view;
@@ -97,4 +97,4 @@ std::string Map_Viewer::title() const {
            (picture_.colors == 32 ? ", 32 bits" : ", 8 bits") + speed_text();
 }
 
-} // namespace app::view
+} // namespace vorna::app::view

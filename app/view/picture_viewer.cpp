@@ -7,17 +7,17 @@
 #include <filesystem>
 #include <utility>
 
-#include "app/image_file.h"
-#include "app/messages.h"
-#include "app/model_options.h"
-#include "app/output_file.h"
-#include "app/path.h"
-#include "app/picture/picture_file.h"
-#include "app/picture/recorder.h"
+#include "app/cli/messages.h"
+#include "app/commands/model_options.h"
 #include "app/view/text_panel.h"
+#include "drawing/files/output_file.h"
+#include "drawing/files/path.h"
+#include "drawing/image/image_file.h"
+#include "drawing/recording/picture_file.h"
+#include "drawing/recording/recorder.h"
 #include "vorna/draw.h"
 
-namespace app::view {
+namespace vorna::app::view {
 
 std::string shell_word(const std::string& word) {
     const auto is_plain = [](unsigned char c) {
@@ -42,7 +42,7 @@ std::string with_commas(std::size_t number) {
     return text;
 }
 
-Picture_Viewer::Picture_Viewer(const Module_Choice& module, std::string file, std::string folder, std::int32_t margin,
+Picture_Viewer::Picture_Viewer(const drawing::Module_Choice& module, std::string file, std::string folder, std::int32_t margin,
                                Screen& screen)
     : module_(module), canvas_(module), file_(std::move(file)), folder_(std::move(folder)), margin_(margin), screen_(screen) {
     canvas_.session.renderer().presentation = {present, this};
@@ -94,7 +94,7 @@ void Picture_Viewer::show() {
 std::int32_t Picture_Viewer::present(void* viewer, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
                                      const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y) {
     auto& self = *static_cast<Picture_Viewer*>(viewer);
-    Raster raster = raster_of(*buffer);
+    drawing::Raster raster = drawing::raster_of(*buffer);
     raster.top = buffer->rows[top_left.y] + std::ptrdiff_t{top_left.x} * vorna::bytes_per_pixel(raster.format);
     raster.width = bottom_right.x - top_left.x + 1;
     raster.height = top_left.y - bottom_right.y + 1;
@@ -117,11 +117,12 @@ std::string Picture_Viewer::free_name(const std::string& ending) {
     do {
         std::string number = std::to_string(next_number_++);
         number.insert(0, number.size() < 3 ? 3 - number.size() : 0, '0');
-        const std::u8string stem = path_of(file_).stem().u8string();
+        const std::u8string stem = drawing::path_of(file_).stem().u8string();
         const std::u8string file =
-            (path_of(folder_) / path_of(std::string(stem.begin(), stem.end()) + "-" + number + ending)).u8string();
+            (drawing::path_of(folder_) / drawing::path_of(std::string(stem.begin(), stem.end()) + "-" + number + ending))
+                .u8string();
         name.assign(file.begin(), file.end());
-    } while (std::filesystem::exists(path_of(name)));
+    } while (std::filesystem::exists(drawing::path_of(name)));
     return name;
 }
 
@@ -134,18 +135,18 @@ void Picture_Viewer::take_screenshot() {
     changed_ = help;
     const std::string name = free_name(".png");
     try {
-        Raster raster = raster_of(canvas_.session.color_buffer());
+        drawing::Raster raster = drawing::raster_of(canvas_.session.color_buffer());
         raster.top += margin_ * raster.row_bytes;
         raster.height -= margin_;
         raster.width -= margin_;
-        write_file(name, png_of(raster, canvas_.session.palette()));
+        drawing::write_file(name, drawing::png_of(raster, canvas_.session.palette()));
     } catch (const std::runtime_error& error) {
-        print(stderr, "vorna: " + printable(error.what()) + '\n');
+        print(stderr, "vorna: " + drawing::printable(error.what()) + '\n');
         return;
     }
-    print(stdout, printable(shell_word(name)) + '\n');
+    print(stdout, drawing::printable(shell_word(name)) + '\n');
     if (const std::string command = command_for(name); !command.empty()) {
-        print(stdout, "  " + printable(command) + '\n');
+        print(stdout, "  " + drawing::printable(command) + '\n');
     }
     std::fflush(stdout);
 }
@@ -155,22 +156,23 @@ void Picture_Viewer::record() {
     const std::string ending = ".json.gz", name = free_name(ending);
     try {
         Canvas canvas(module_);
-        picture::Recorder recorder(canvas.session);
+        drawing::recording::Recorder recorder(canvas.session);
         establish(canvas);
         paint(canvas);
-        write_file(name, picture::file_of(recorder.finish(VT_Int_Rectangle{0, size_.x - 1, 0, size_.y - 1}), name));
+        drawing::write_file(name,
+                            drawing::recording::file_of(recorder.finish(VT_Int_Rectangle{0, size_.x - 1, 0, size_.y - 1}), name));
     } catch (const std::runtime_error& error) {
-        print(stderr, "vorna: " + printable(error.what()) + '\n');
+        print(stderr, "vorna: " + drawing::printable(error.what()) + '\n');
         return;
     }
     const std::string image = name.substr(0, name.size() - ending.size()) + ".png";
-    const std::string word = printable(shell_word(name));
-    print(stdout, word + "\n  vorna replay " + word + " --color " + printable(shell_word(image)) + '\n');
+    const std::string word = drawing::printable(shell_word(name));
+    print(stdout, word + "\n  vorna replay " + word + " --color " + drawing::printable(shell_word(image)) + '\n');
     std::fflush(stdout);
 }
 
 std::string Picture_Viewer::file_name() const {
-    const std::u8string file = path_of(file_).filename().u8string();
+    const std::u8string file = drawing::path_of(file_).filename().u8string();
     return {file.begin(), file.end()};
 }
 
@@ -180,4 +182,4 @@ std::string Picture_Viewer::speed_text() const {
     return speed;
 }
 
-} // namespace app::view
+} // namespace vorna::app::view

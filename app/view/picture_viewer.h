@@ -5,12 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "app/session.h"
 #include "app/view/commands.h"
 #include "app/view/window.h"
+#include "drawing/recording/session.h"
 #include "host/rendition.h"
 
-namespace app::view {
+namespace vorna::app::view {
 
 // As a shell reads it back.
 std::string shell_word(const std::string& word);
@@ -26,14 +26,15 @@ public:
 protected:
     // What draws: a session with its window established, and renditions with and without depth test.
     struct Canvas {
-        Session session;
+        drawing::Session session;
         VT_Reference<VT_Rendition> rendition, flat_rendition;
 
-        explicit Canvas(const Module_Choice& module) : session(module) {}
+        explicit Canvas(const drawing::Module_Choice& module) : session(module) {}
     };
 
     // file: what is shown. folder: for files of it. margin: what the window has above and to the right of the picture.
-    Picture_Viewer(const Module_Choice& module, std::string file, std::string folder, std::int32_t margin, Screen& screen);
+    Picture_Viewer(const drawing::Module_Choice& module, std::string file, std::string folder, std::int32_t margin,
+                   Screen& screen);
 
     // What a key asks for, but for the help, files, the full screen and the end.
     virtual void perform(Command command) = 0;
@@ -50,7 +51,7 @@ protected:
     std::string file_name() const; // of what is shown, without its folder
     std::string speed_text() const;
 
-    const Module_Choice module_;
+    const drawing::Module_Choice module_;
     Canvas canvas_;
     VT_Int_Pair size_{1, 1};
     bool established_ = false, changed_ = true, shows_help_ = false;
@@ -72,4 +73,4 @@ private:
     int next_number_ = 1; // of files
 };
 
-} // namespace app::view
+} // namespace vorna::app::view

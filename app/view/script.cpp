@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <sstream>
 
-#include "app/command.h"
+#include "app/cli/command.h"
 
-namespace app::view {
+namespace vorna::app::view {
 namespace {
 
 class Line {
@@ -61,8 +61,8 @@ public:
 
 private:
     [[noreturn]] void fail(const std::string& expected, const std::string& found) const {
-        throw Usage_Error(place_ + ": expected " + expected + ", found " +
-                          (found.empty() ? "the end of the line" : "'" + found + "'"));
+        throw drawing::Usage_Error(place_ + ": expected " + expected + ", found " +
+                                   (found.empty() ? "the end of the line" : "'" + found + "'"));
     }
 
     std::string word(const char* expected) {
@@ -114,4 +114,4 @@ std::vector<Script_Step> parsed_script(const std::string& file, std::string_view
     return steps;
 }
 
-} // namespace app::view
+} // namespace vorna::app::view

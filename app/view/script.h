@@ -8,7 +8,7 @@
 
 #include "host/geometry.h"
 
-namespace app::view {
+namespace vorna::app::view {
 
 struct Script_Step {
     enum class Kind { key, drag, wheel, resize };
@@ -26,4 +26,4 @@ struct Script_Step {
 // empty lines and what follows # count for nothing. file: for messages. Throws Usage_Error.
 std::vector<Script_Step> parsed_script(const std::string& file, std::string_view text);
 
-} // namespace app::view
+} // namespace vorna::app::view

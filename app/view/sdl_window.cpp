@@ -13,7 +13,7 @@
 #include "app/view/window.h"
 #include "host/export.h"
 
-namespace app::view {
+namespace vorna::app::view {
 namespace {
 
 constexpr VT_Int_Pair preferred_size{1280, 960};
@@ -100,7 +100,7 @@ public:
         controls_ = nullptr;
     }
 
-    void show(const Raster& pixels, const VT_Palette& palette, VT_Int_Pair place) override {
+    void show(const drawing::Raster& pixels, const VT_Palette& palette, VT_Int_Pair place) override {
         const VT_Int_Pair size = size_in_pixels();
         if (!texture_ || texture_size_ != size) {
             texture_.reset(
@@ -351,4 +351,4 @@ extern "C" VORNA_MODULE_EXPORT Window* vorna_open_window(const char* title, cons
 
 static_assert(std::is_same_v<decltype(vorna_open_window), Window_Opener>);
 
-} // namespace app::view
+} // namespace vorna::app::view

@@ -7,7 +7,7 @@
 
 #include "host/color.h"
 
-namespace app::view {
+namespace vorna::app::view {
 namespace {
 
 // Rows of five dots from the top, the seventh on the baseline; rows that are left out are empty.
@@ -95,4 +95,4 @@ VT_Reference<VT_Shared_Image> text_panel(const std::vector<std::string>& lines, 
     return image;
 }
 
-} // namespace app::view
+} // namespace vorna::app::view

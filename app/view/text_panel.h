@@ -7,9 +7,9 @@
 
 #include "host/frame_buffer.h"
 
-namespace app::view {
+namespace vorna::app::view {
 
 // Light on dark, each dot of a letter scale pixels wide. Letters are small ones and F; what has no glyph is left blank.
 VT_Reference<VT_Shared_Image> text_panel(const std::vector<std::string>& lines, std::int32_t scale);
 
-} // namespace app::view
+} // namespace vorna::app::view

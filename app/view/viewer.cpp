@@ -7,14 +7,14 @@
 #include <numbers>
 #include <utility>
 
-#include "app/scene/model_reader.h"
-#include "app/scene/textured_scene.h"
-#include "app/scene/vectors.h"
 #include "app/view/coarse_mesh.h"
+#include "drawing/model/model_reader.h"
+#include "drawing/model/textured_scene.h"
+#include "drawing/model/vectors.h"
 #include "host/rendition.h"
 #include "vorna/draw.h"
 
-namespace app::view {
+namespace vorna::app::view {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -40,15 +40,15 @@ std::size_t pixel_kind_of(const Model_Options& options) {
     const auto found = std::ranges::find_if(
         pixel_kinds, [&](const Pixel_Kind& kind) { return kind.palette == palette && (kind.colors == 8) == indexed; });
     if (found == pixel_kinds.end()) {
-        throw Usage_Error("--palette: expected cube, 8x8x4 or 2x2x2 in a window, found '" + palette + "'");
+        throw drawing::Usage_Error("--palette: expected cube, 8x8x4 or 2x2x2 in a window, found '" + palette + "'");
     }
     return static_cast<std::size_t>(found - pixel_kinds.begin());
 }
 
 } // namespace
 
-Viewer::Viewer(const Model_Options& options, std::vector<Input> inputs, const Module_Choice& module, std::string folder,
-               Screen& screen)
+Viewer::Viewer(const Model_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module,
+               std::string folder, Screen& screen)
     : Picture_Viewer(module, options.models.front() == "-" ? "model" : options.models.front(), std::move(folder), window_margin,
                      screen),
       options_(options), first_options_(options), mesh_(load_mesh(options, std::move(inputs))) {
@@ -66,7 +66,7 @@ Viewer::Viewer(const Model_Options& options, std::vector<Input> inputs, const Mo
 // A drag across the picture's height is half a turn.
 void Viewer::turn(const Place& by) {
     const double angle = std::numbers::pi / size_.y;
-    set_pose(turned(pose(), scene::up_direction(options_.camera.up), -by.x * angle, by.y * angle));
+    set_pose(turned(pose(), drawing::model::up_direction(options_.camera.up), -by.x * angle, by.y * angle));
 }
 
 void Viewer::move(const Place& by) {
@@ -77,7 +77,9 @@ void Viewer::move(const Place& by) {
 void Viewer::zoom(double factor, const Place& pointer) {
     Pose pose = this->pose();
     if (const auto distance = factor > 1 ? distance_at(pointer) : std::nullopt) {
-        pose = focused(pose, options_.orthographic ? scene::Projection::orthographic : scene::Projection::perspective, *distance);
+        pose = focused(pose,
+                       options_.orthographic ? drawing::model::Projection::orthographic : drawing::model::Projection::perspective,
+                       *distance);
     }
     set_pose(zoomed(pose, size_, factor, pointer));
 }
@@ -89,17 +91,17 @@ void Viewer::perform(Command command) {
     moving_ = false;
     switch (command) {
     case Command::front:
-        return look_from(scene::View::front);
+        return look_from(drawing::model::View::front);
     case Command::back:
-        return look_from(scene::View::back);
+        return look_from(drawing::model::View::back);
     case Command::right:
-        return look_from(scene::View::right);
+        return look_from(drawing::model::View::right);
     case Command::left:
-        return look_from(scene::View::left);
+        return look_from(drawing::model::View::left);
     case Command::top:
-        return look_from(scene::View::top);
+        return look_from(drawing::model::View::top);
     case Command::bottom:
-        return look_from(scene::View::bottom);
+        return look_from(drawing::model::View::bottom);
     case Command::projection:
         options_.orthographic = !options_.orthographic;
         return;
@@ -129,21 +131,21 @@ void Viewer::perform(Command command) {
     }
 }
 
-void Viewer::look_from(scene::View side) {
+void Viewer::look_from(drawing::model::View side) {
     options_.camera.view = side;
     options_.camera.zoom = 1;
     options_.aim.reset();
 }
 
 void Viewer::next_shading() {
-    using scene::Shading;
+    using drawing::model::Shading;
     Shading& shading = options_.picture.shading;
     switch (shading) {
     case Shading::gouraud:
         shading = Shading::flat;
         return;
     case Shading::flat:
-        shading = scene::Textured_Scene::has_work(mesh_) ? Shading::textured : Shading::wireframe;
+        shading = drawing::model::Textured_Scene::has_work(mesh_) ? Shading::textured : Shading::wireframe;
         return;
     case Shading::textured:
         shading = Shading::wireframe;
@@ -183,12 +185,12 @@ Pose Viewer::pose() const {
     Pose pose{{}, options_.camera.zoom};
     if (options_.aim) {
         pose.aim = *options_.aim;
-        if (scene::length(pose.aim.up) == 0) {
-            pose.aim.up = scene::up_direction(options_.camera.up);
+        if (drawing::model::length(pose.aim.up) == 0) {
+            pose.aim.up = drawing::model::up_direction(options_.camera.up);
         }
     } else {
-        using scene::operator+, scene::operator*;
-        const scene::Aim fitted = scene::fitted_aim(camera_settings_of(options_, mesh_, size_), points_);
+        using drawing::model::operator+, drawing::model::operator*;
+        const drawing::model::Aim fitted = drawing::model::fitted_aim(camera_settings_of(options_, mesh_, size_), points_);
         const auto in_file = [this](const VT_Vector_D& place) { return mesh_.center + place * mesh_.radius; };
         pose.aim = {in_file(fitted.eye), in_file(fitted.target), fitted.up};
     }
@@ -219,13 +221,13 @@ std::optional<double> Viewer::distance_at(const Place& place) {
         return std::nullopt;
     }
     // z / w = depth, both of them linear in the way towards the viewer.
-    const auto along = [this](const double(&row)[4]) { return scene::dot({row[0], row[1], row[2]}, camera_.toward); };
+    const auto along = [this](const double(&row)[4]) { return drawing::model::dot({row[0], row[1], row[2]}, camera_.toward); };
     const double d = depth / 65535.0;
     const auto& m = camera_.clip_from_model.m;
     const double way = (d * m[3][3] - m[2][3]) / (along(m[2]) - d * along(m[3]));
-    using scene::operator-, scene::operator*;
+    using drawing::model::operator-, drawing::model::operator*;
     const VT_Vector_D eye = (pose().aim.eye - mesh_.center) * (1 / mesh_.radius);
-    const double distance = scene::dot(camera_.toward, eye) - way;
+    const double distance = drawing::model::dot(camera_.toward, eye) - way;
     return distance > 1e-6 ? std::optional(distance * mesh_.radius) : std::nullopt;
 }
 
@@ -248,14 +250,14 @@ void Viewer::establish(Canvas& canvas) {
     flat_rendition->clip.depth_test = false;
 }
 
-Drawn_Model& Viewer::model_for(const Model_Options& options, bool draft) {
-    const scene::Shading shading = options.picture.shading;
-    Drawn_Model& model = draft ? coarse_ : shading == scene::Shading::textured ? textured_ : plain_;
+drawing::Drawn_Model& Viewer::model_for(const Model_Options& options, bool draft) {
+    const drawing::model::Shading shading = options.picture.shading;
+    drawing::Drawn_Model& model = draft ? coarse_ : shading == drawing::model::Shading::textured ? textured_ : plain_;
     const bool needs_faces = options.has_faces() && !model.faces;
     const bool needs_edges = options.has_edges() && !model.edges;
     if (needs_faces || needs_edges) {
-        const scene::Mesh coarse = draft ? coarse_mesh(mesh_, coarse_triangles) : scene::Mesh();
-        const scene::Mesh& mesh = draft ? coarse : mesh_;
+        const drawing::model::Mesh coarse = draft ? coarse_mesh(mesh_, coarse_triangles) : drawing::model::Mesh();
+        const drawing::model::Mesh& mesh = draft ? coarse : mesh_;
         if (needs_faces) {
             model.faces = make_faces(options, mesh);
         }
@@ -276,9 +278,9 @@ void Viewer::draw_model(Canvas& canvas, bool draft) {
             options.edge_color.clear();
         }
     }
-    const Drawn_Model& model = model_for(options, draft);
-    camera_ = scene::fit_camera(camera_settings_of(options, mesh_, size_), points_);
-    const scene::Tile_Grid grid(canvas.session.window());
+    const drawing::Drawn_Model& model = model_for(options, draft);
+    camera_ = drawing::model::fit_camera(camera_settings_of(options, mesh_, size_), points_);
+    const drawing::model::Tile_Grid grid(canvas.session.window());
     VT_Renderer_Data& renderer = canvas.session.renderer();
     VD_Draw_Window(renderer, *canvas.rendition);
     VD_Clear_Depth_Rectangle(renderer, *canvas.rendition);
@@ -286,7 +288,7 @@ void Viewer::draw_model(Canvas& canvas, bool draft) {
         model.faces->prepare(grid, camera_, picture_settings_of(options));
         model.faces->draw(renderer, *canvas.rendition, 0);
     }
-    if (options.picture.shading == scene::Shading::hidden_line) {
+    if (options.picture.shading == drawing::model::Shading::hidden_line) {
         VD_Draw_Window(renderer, *canvas.rendition);
     }
     if (options.has_edges()) {
@@ -338,7 +340,7 @@ void Viewer::draw() {
         established_ = true;
     }
     const bool draft = moving_ && full_time_ > hasty_limit && mesh_.triangle_count() > coarse_triangles &&
-                       options_.picture.shading != scene::Shading::textured;
+                       options_.picture.shading != drawing::model::Shading::textured;
     VT_Renderer_Data& renderer = canvas_.session.renderer();
     renderer.begin_picture_all();
     draw_model(canvas_, draft);
@@ -390,4 +392,4 @@ std::string Viewer::title() const {
     return text + speed_text() + (draft_shown_ ? ", coarse" : "");
 }
 
-} // namespace app::view
+} // namespace vorna::app::view

@@ -8,19 +8,19 @@
 #include <string>
 #include <vector>
 
-#include "app/model_options.h"
-#include "app/scene/mesh.h"
-#include "app/session.h"
+#include "app/commands/model_options.h"
 #include "app/view/camera_moves.h"
 #include "app/view/picture_viewer.h"
+#include "drawing/model/mesh.h"
+#include "drawing/recording/session.h"
 
-namespace app::view {
+namespace vorna::app::view {
 
 class Viewer final : public Picture_Viewer {
 public:
     // folder: for screenshots. Throws what reading, module and options throw.
-    Viewer(const Model_Options& options, std::vector<Input> inputs, const Module_Choice& module, std::string folder,
-           Screen& screen);
+    Viewer(const Model_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module,
+           std::string folder, Screen& screen);
 
     void turn(const Place& by) override;
     void move(const Place& by) override;
@@ -38,25 +38,25 @@ private:
     Model_Options drawn_options() const;
     Pose pose() const;
     void set_pose(const Pose& pose);
-    void look_from(scene::View side);
+    void look_from(drawing::model::View side);
     void set_palette(std::size_t choice);
     void next_shading();
     void next_edges();
-    Drawn_Model& model_for(const Model_Options& options, bool draft);
+    drawing::Drawn_Model& model_for(const Model_Options& options, bool draft);
     void draw_model(Canvas& canvas, bool draft);
     void draw_depths();
     std::optional<double> distance_at(const Place& place);
     Model_Options options_;
     const Model_Options first_options_;
-    scene::Mesh mesh_;
+    drawing::model::Mesh mesh_;
     std::vector<VT_Vector> points_; // that triangles use, for fitting cameras
     // Made when they are first drawn: by shading, textured or not, in full and as drafts.
-    Drawn_Model plain_, textured_, coarse_;
+    drawing::Drawn_Model plain_, textured_, coarse_;
 
     std::size_t palette_choice_ = 0;
     bool shows_depth_ = false, moving_ = false, draft_shown_ = false;
-    scene::Camera camera_; // of the last picture
-    double full_time_ = 0; // milliseconds that the last picture in full took
+    drawing::model::Camera camera_; // of the last picture
+    double full_time_ = 0;          // milliseconds that the last picture in full took
 };
 
-} // namespace app::view
+} // namespace vorna::app::view

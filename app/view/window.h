@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "app/image_file.h"
 #include "app/view/script.h"
+#include "drawing/image/image_file.h"
 
-namespace app::view {
+namespace vorna::app::view {
 
 // Places in a picture are in pixels from its upper left corner.
 struct Place {
@@ -27,7 +27,7 @@ public:
     virtual ~Screen() = default;
 
     // A rectangle of the picture; its upper left pixel goes to that place. Palette: for indices only.
-    virtual void show(const Raster& pixels, const VT_Palette& palette, VT_Int_Pair place) = 0;
+    virtual void show(const drawing::Raster& pixels, const VT_Palette& palette, VT_Int_Pair place) = 0;
 };
 
 // What a window is told to do about a key.
@@ -78,4 +78,4 @@ using Window_Opener = Window*(const char* title, const VT_Int_Pair* size, std::s
 inline constexpr const char* window_opener = "vorna_open_window";
 inline constexpr const char* window_module = "vorna-window.so";
 
-} // namespace app::view
+} // namespace vorna::app::view

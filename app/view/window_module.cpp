@@ -3,10 +3,10 @@
 
 #include <dlfcn.h>
 
-#include "app/command.h"
+#include "app/cli/command.h"
 #include "app/view/window.h"
 
-namespace app::view {
+namespace vorna::app::view {
 
 // The module stays loaded: window systems do not like to be unloaded.
 std::unique_ptr<Window> open_window(const std::string& title, std::optional<VT_Int_Pair> size) {
@@ -28,4 +28,4 @@ std::unique_ptr<Window> open_window(const std::string& title, std::optional<VT_I
     return window;
 }
 
-} // namespace app::view
+} // namespace vorna::app::view

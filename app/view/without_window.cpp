@@ -3,10 +3,10 @@
 
 #include "app/view/window.h"
 
-namespace app::view {
+namespace vorna::app::view {
 
 std::unique_ptr<Window> open_window(const std::string&, std::optional<VT_Int_Pair>) {
     throw std::runtime_error("view: this vorna was built without SDL2 and opens no windows; render draws the same pictures");
 }
 
-} // namespace app::view
+} // namespace vorna::app::view

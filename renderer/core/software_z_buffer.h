@@ -3,13 +3,13 @@
 
 #include <cstdint>
 
+#include "host/frame_buffer.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
 #include "renderer/core/cases.h"
 #include "renderer/core/dither.h"
 #include "renderer/kernels/kernel_sets.h"
 #include "renderer/kernels/pixel_rules.h"
-#include "host/frame_buffer.h"
-#include "host/renderer_data.h"
-#include "host/rendition.h"
 #include "renderer/mask/mask_cache.h"
 
 namespace krb {

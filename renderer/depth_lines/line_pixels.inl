@@ -1,8 +1,8 @@
 // Pixels of lines in lanes. Included once for each vocabulary of lanes, after it.
 
+#include "renderer/depth_lines/line_kernels.h"
 #include "renderer/kernels/pixel_lanes.inl"
 #include "renderer/kernels/span.inl"
-#include "renderer/depth_lines/line_kernels.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {

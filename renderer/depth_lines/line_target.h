@@ -2,9 +2,9 @@
 #pragma once
 
 #include "renderer/core/cases.h"
-#include "renderer/kernels/pixel_target.h"
 #include "renderer/core/software_z_buffer.h"
 #include "renderer/depth_lines/line_kernels.h"
+#include "renderer/kernels/pixel_target.h"
 
 namespace krb {
 

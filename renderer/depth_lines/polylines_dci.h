@@ -1,8 +1,8 @@
 // Members of the device polyline slots: one-pixel lines with depth, points inside the window.
 #pragma once
 
-#include "renderer/core/cases.h"
 #include "host/actions.h"
+#include "renderer/core/cases.h"
 
 namespace krb {
 

@@ -1,9 +1,9 @@
 // What the members for smoothed lines hand to their kernels, and the table of kernels of one instruction set.
 #pragma once
 
-#include "renderer/kernels/pixel_rules.h"
-#include "renderer/depth_lines/line_kernels.h"
 #include "host/geometry.h"
+#include "renderer/depth_lines/line_kernels.h"
+#include "renderer/kernels/pixel_rules.h"
 
 namespace krb {
 

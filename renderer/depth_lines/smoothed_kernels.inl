@@ -3,8 +3,8 @@
 // A line's minor coordinate is a 32.32 fixed-point number. The pixel on the line is the rounded one, halves upwards, and the
 // pixels beside it are its neighbours along the minor axis. A diagonal goes row by row.
 
-#include "renderer/kernels/compiler_hints.h"
 #include "renderer/depth_lines/smoothed_kernels.h"
+#include "renderer/kernels/compiler_hints.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {

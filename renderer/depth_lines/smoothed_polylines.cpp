@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "renderer/kernels/pixel_target.h"
 #include "renderer/depth_lines/smoothed_kernels.h"
+#include "renderer/kernels/pixel_target.h"
 
 namespace krb {
 

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "renderer/kernels/pixel_rules.h"
 #include "host/color.h"
+#include "renderer/kernels/pixel_rules.h"
 
 namespace krb {
 

@@ -5,8 +5,8 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "renderer/core/fixed_point.h"
 #include "host/segment_clip.h"
+#include "renderer/core/fixed_point.h"
 
 namespace krb {
 

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "renderer/depth_lines/line_kernels.h"
 #include "host/geometry.h"
+#include "renderer/depth_lines/line_kernels.h"
 
 namespace krb {
 

@@ -5,12 +5,12 @@
 // are dropped.
 #include "renderer/lines/polylines_2d.h"
 
+#include "host/clip.h"
 #include "renderer/core/scratch.h"
 #include "renderer/depth_lines/cased_lines.h"
 #include "renderer/depth_lines/line_target.h"
 #include "renderer/depth_lines/line_types.h"
 #include "renderer/depth_lines/polylines_dci.h"
-#include "host/clip.h"
 #include "renderer/lines/line_setup.h"
 #include "renderer/primitives/dots.h"
 

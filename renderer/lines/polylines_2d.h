@@ -1,8 +1,8 @@
 // Members of the 2DI polyline slots: one-pixel lines that may reach anywhere, cut to the clip rectangle.
 #pragma once
 
-#include "renderer/core/cases.h"
 #include "host/actions.h"
+#include "renderer/core/cases.h"
 
 namespace krb {
 

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
+#include "host/clip.h"
 #include "renderer/core/scratch.h"
 #include "renderer/core/tile.h"
-#include "host/clip.h"
 
 namespace krb {
 

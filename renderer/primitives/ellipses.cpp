@@ -7,13 +7,13 @@
 #include <cstring>
 #include <utility>
 
-#include "renderer/kernels/compiler_hints.h"
 #include "renderer/core/fixed_point.h"
 #include "renderer/core/pixel_combine.h"
-#include "renderer/kernels/pixel_target.h"
 #include "renderer/core/scratch.h"
 #include "renderer/depth_lines/line_target.h"
 #include "renderer/depth_lines/polylines_dci.h"
+#include "renderer/kernels/compiler_hints.h"
+#include "renderer/kernels/pixel_target.h"
 #include "renderer/mask/mask_cache.h"
 
 namespace krb {

@@ -1,9 +1,9 @@
 // Members of the polygon slots.
 #include "renderer/primitives/polygons.h"
 
+#include "host/contour.h"
 #include "renderer/core/scratch.h"
 #include "renderer/core/software_z_buffer.h"
-#include "host/contour.h"
 
 namespace krb {
 

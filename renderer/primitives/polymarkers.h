@@ -1,8 +1,8 @@
 // Members of the polymarker slots.
 #pragma once
 
-#include "renderer/core/cases.h"
 #include "host/actions.h"
+#include "renderer/core/cases.h"
 
 namespace krb {
 

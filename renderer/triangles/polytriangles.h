@@ -1,9 +1,9 @@
 // The members of the polytriangle slots, one a case.
 #pragma once
 
+#include "host/actions.h"
 #include "renderer/core/cases.h"
 #include "renderer/kernels/pixel_rules.h"
-#include "host/actions.h"
 
 namespace krb {
 

@@ -1,10 +1,10 @@
 // Members of the 3D polytriangle slots: shifted into the tile, cut where integers end, handed to the DCI slots.
 #include "renderer/triangles/polytriangles_3d.h"
 
-#include "renderer/core/scratch.h"
-#include "renderer/core/tile.h"
 #include "host/clip.h"
 #include "host/triangle_clipper.h"
+#include "renderer/core/scratch.h"
+#include "renderer/core/tile.h"
 #include "renderer/triangles/strip_walk.h"
 
 namespace krb {

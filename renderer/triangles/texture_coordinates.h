@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "renderer/core/scratch.h"
 #include "host/rendition.h"
+#include "renderer/core/scratch.h"
 #include "renderer/triangles/triangle_kernels.h"
 
 namespace krb {

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-#include "renderer/kernels/pixel_rules.h"
 #include "host/color.h"
 #include "host/geometry.h"
+#include "renderer/kernels/pixel_rules.h"
 
 namespace krb {
 

@@ -3,10 +3,10 @@
 
 #include <algorithm>
 
-#include "renderer/core/fixed_point.h"
-#include "renderer/kernels/pixel_target.h"
 #include "host/clip.h"
 #include "host/triangle_clipper.h"
+#include "renderer/core/fixed_point.h"
+#include "renderer/kernels/pixel_target.h"
 #include "renderer/triangles/strip_walk.h"
 
 namespace krb {

@@ -16,8 +16,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "app/command_line.h"
-#include "app/usage.h"
+#include "app/cli/command_line.h"
+#include "app/cli/usage.h"
 #include "app/view/window.h"
 #include "tests/fuzz/fuzzing.h"
 
@@ -95,14 +95,14 @@ private:
 };
 
 // Follows scripts as a window does.
-class Unseen_Window final : public app::view::Window {
+class Unseen_Window final : public vorna::app::view::Window {
 public:
-    void show(const app::Raster&, const VT_Palette&, VT_Int_Pair) override {}
-    void run(app::view::Controls& controls, const std::vector<app::view::Script_Step>& script) override {
+    void show(const vorna::drawing::Raster&, const VT_Palette&, VT_Int_Pair) override {}
+    void run(vorna::app::view::Controls& controls, const std::vector<vorna::app::view::Script_Step>& script) override {
         controls.resize({40, 30}, 1);
         controls.draw();
-        for (const app::view::Script_Step& step : script) {
-            if (follow(controls, step) == app::view::Answer::close) {
+        for (const vorna::app::view::Script_Step& step : script) {
+            if (follow(controls, step) == vorna::app::view::Answer::close) {
                 return;
             }
             if (controls.has_changed()) {
@@ -116,9 +116,10 @@ public:
     }
 
 private:
-    static app::view::Answer follow(app::view::Controls& controls, const app::view::Script_Step& step) {
-        using Kind = app::view::Script_Step::Kind;
-        const app::view::Place by{static_cast<double>(step.to.x) - step.from.x, static_cast<double>(step.to.y) - step.from.y};
+    static vorna::app::view::Answer follow(vorna::app::view::Controls& controls, const vorna::app::view::Script_Step& step) {
+        using Kind = vorna::app::view::Script_Step::Kind;
+        const vorna::app::view::Place by{static_cast<double>(step.to.x) - step.from.x,
+                                         static_cast<double>(step.to.y) - step.from.y};
         switch (step.kind) {
         case Kind::key:
             return controls.press(step.key == "F1"       ? 'h'
@@ -127,7 +128,7 @@ private:
                                                          : step.key.front(),
                                   step.shift || step.ctrl);
         case Kind::drag:
-            step.button == app::view::Script_Step::Button::left ? controls.turn(by) : controls.move(by);
+            step.button == vorna::app::view::Script_Step::Button::left ? controls.turn(by) : controls.move(by);
             break;
         case Kind::wheel:
             controls.zoom(std::pow(1.2, step.clicks), {static_cast<double>(step.to.x), static_cast<double>(step.to.y)});
@@ -136,7 +137,7 @@ private:
             controls.resize({step.to.x % 64 + 1, step.to.y % 64 + 1}, 1);
             break;
         }
-        return app::view::Answer::none;
+        return vorna::app::view::Answer::none;
     }
 };
 
@@ -255,10 +256,10 @@ Command_Outcome run_command(std::vector<std::string> arguments, const std::funct
         shorten(arguments);
     }
     const Silence silence;
-    Command_Outcome outcome{app::exit_status::done, {}};
-    const auto application = app::make_command_line(outcome.status);
+    Command_Outcome outcome{vorna::app::exit_status::done, {}};
+    const auto application = vorna::app::make_command_line(outcome.status);
     try {
-        std::vector<std::string> prepared = app::prepared_arguments(*application, arguments);
+        std::vector<std::string> prepared = vorna::app::prepared_arguments(*application, arguments);
         std::ranges::reverse(prepared);
         if (before_parsing) {
             before_parsing();
@@ -270,11 +271,11 @@ Command_Outcome run_command(std::vector<std::string> arguments, const std::funct
         application->exit(request, out, out);
         return outcome;
     } catch (const CLI::ParseError& error) {
-        outcome = {app::exit_status::wrong_usage, app::usage_message(*application, error)};
-    } catch (const app::Usage_Error& error) {
-        outcome = {app::exit_status::wrong_usage, error.what()};
+        outcome = {vorna::app::exit_status::wrong_usage, vorna::app::usage_message(*application, error)};
+    } catch (const vorna::drawing::Usage_Error& error) {
+        outcome = {vorna::app::exit_status::wrong_usage, error.what()};
     } catch (const std::runtime_error& error) {
-        outcome = {app::exit_status::failed, error.what()};
+        outcome = {vorna::app::exit_status::failed, error.what()};
     }
     if (outcome.message.empty()) {
         fail("a command was refused without a word");
@@ -285,6 +286,6 @@ Command_Outcome run_command(std::vector<std::string> arguments, const std::funct
 } // namespace fuzzing
 
 // In place of the one that looks for a window system.
-std::unique_ptr<app::view::Window> app::view::open_window(const std::string&, std::optional<VT_Int_Pair>) {
+std::unique_ptr<vorna::app::view::Window> vorna::app::view::open_window(const std::string&, std::optional<VT_Int_Pair>) {
     return std::make_unique<fuzzing::Unseen_Window>();
 }

@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "app/check/random.h"
-#include "app/command_line.h"
-#include "app/manual/page.h"
+#include "app/cli/command_line.h"
+#include "app/cli/page.h"
 #include "tests/fuzz/command_script.h"
 #include "tests/fuzz/fuzzing.h"
 
@@ -14,13 +14,13 @@ extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, st
 namespace {
 
 using namespace fuzzing;
-using app::check::Random;
+using vorna::app::check::Random;
 
-const app::manual::Page& manual_page() {
-    static const app::manual::Page page = [] {
+const vorna::app::manual::Page& manual_page() {
+    static const vorna::app::manual::Page page = [] {
         int status = 0;
-        const auto application = app::make_command_line(status);
-        return app::manual::page_of(*application);
+        const auto application = vorna::app::make_command_line(status);
+        return vorna::app::manual::page_of(*application);
     }();
     return page;
 }
@@ -37,7 +37,7 @@ std::string file(Random& random, const Command_Script& script) {
 }
 
 // What stands for a value says what it looks like: WxH, X,Y,Z, FILE.png.
-std::string value_of(Random& random, const app::manual::Option_Entry& option, const Command_Script& script) {
+std::string value_of(Random& random, const vorna::app::manual::Option_Entry& option, const Command_Script& script) {
     constexpr const char* words[] = {
         "red",       "#f08040", "none",  "palette", "512K", "4,2", "+proj=ortho +lat_0=40", "+proj=utm +zone=33",
         "EPSG:3857", "0..3",    "Middle"};
@@ -69,7 +69,7 @@ void change_line(Random& random, std::vector<std::string>& line, const Command_S
     const auto known = std::ranges::find_if(commands, [&](const auto& page) {
         return std::ranges::find(line, page.name.substr(page.name.find(' ') + 1)) != line.end();
     });
-    const app::manual::Page& page = known == commands.end() ? random.one_of(commands) : *known;
+    const vorna::app::manual::Page& page = known == commands.end() ? random.one_of(commands) : *known;
     switch (line.empty() ? 0 : random.number(0, 9)) {
     case 0:
         line.insert(line.begin(), page.name.substr(page.name.find(' ') + 1));
@@ -86,7 +86,7 @@ void change_line(Random& random, std::vector<std::string>& line, const Command_S
         break;
     }
     default: {
-        const app::manual::Option_Entry& option = random.one_of(random.one_of(page.groups).options);
+        const vorna::app::manual::Option_Entry& option = random.one_of(random.one_of(page.groups).options);
         const std::string name = random.one_of(option.names);
         if (option.value.empty()) {
             line.push_back(name);

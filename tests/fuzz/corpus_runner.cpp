@@ -21,7 +21,7 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
 
 // Cuts off, removes, repeats or changes bytes. The name is what fuzzers with mutators of their own expect.
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t most) {
-    static app::check::Random random(1);
+    static vorna::app::check::Random random(1);
     const auto place = [&] { return static_cast<std::size_t>(random.number(0, static_cast<std::int32_t>(size) - 1)); };
     switch (size == 0 ? 0 : random.number(1, 5)) {
     case 1:

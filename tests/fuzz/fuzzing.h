@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/command.h"
+#include "app/cli/command.h"
 #include "vorna/module.h"
 
 namespace fuzzing {
@@ -24,7 +24,7 @@ inline std::string_view text_of(const std::uint8_t* data, std::size_t size) {
 }
 
 // Runs work on an untrusted input. It may refuse the input by an error that users are told, and by no other exception.
-template <class Error = app::Usage_Error, class Work> void try_out(Work work) {
+template <class Error = vorna::drawing::Usage_Error, class Work> void try_out(Work work) {
     try {
         work();
     } catch (const Error& error) {
@@ -40,7 +40,7 @@ inline const vorna::Module& loaded_module() {
     return module;
 }
 
-inline app::Module_Choice renderer_module() {
+inline vorna::drawing::Module_Choice renderer_module() {
     loaded_module();
     return {KRB_MODULE, ""};
 }

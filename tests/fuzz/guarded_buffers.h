@@ -13,7 +13,7 @@ namespace fuzzing {
 // Gives a renderer its buffers and keeps hold of them. Rows have a padding of guards, all rows together are trapped.
 class Guarded_Buffers {
 public:
-    explicit Guarded_Buffers(const app::check::Buffer_Layout& layout) : layout_(layout) {}
+    explicit Guarded_Buffers(const vorna::app::check::Buffer_Layout& layout) : layout_(layout) {}
     Guarded_Buffers(const Guarded_Buffers&) = delete;
     Guarded_Buffers& operator=(const Guarded_Buffers&) = delete;
 
@@ -37,12 +37,12 @@ private:
                        VT_Reference<Frame_Buffer>& buffer) {
         auto& self = *static_cast<Guarded_Buffers*>(context);
         buffer = nullptr;
-        self.made_.emplace_back(new app::check::Guarded_Buffer(width, height, *format, self.layout_));
+        self.made_.emplace_back(new vorna::app::check::Guarded_Buffer(width, height, *format, self.layout_));
         buffer = self.made_.back();
     }
 
-    app::check::Buffer_Layout layout_;
-    std::vector<VT_Reference<app::check::Guarded_Buffer>> made_;
+    vorna::app::check::Buffer_Layout layout_;
+    std::vector<VT_Reference<vorna::app::check::Guarded_Buffer>> made_;
 };
 
 } // namespace fuzzing

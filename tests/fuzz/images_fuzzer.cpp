@@ -8,11 +8,11 @@
 
 #include <zlib.h>
 
-#include "app/gzip.h"
-#include "app/image_comparison.h"
-#include "app/palette.h"
-#include "app/part_reader.h"
-#include "app/scene/texture.h"
+#include "drawing/files/gzip.h"
+#include "drawing/image/image_comparison.h"
+#include "drawing/image/palette.h"
+#include "drawing/job/part_reader.h"
+#include "drawing/model/texture.h"
 #include "tests/fuzz/fuzzing.h"
 
 namespace {
@@ -50,7 +50,7 @@ void read_part(std::string_view bytes) {
             std::filesystem::remove(path, ignored);
         }
     } removal;
-    app::Part_Reader reader(path.string());
+    vorna::drawing::Part_Reader reader(path.string());
     if (std::uint64_t{reader.form().width} * reader.form().height <= most_pixels) {
         std::vector<std::uint8_t> row(reader.form().width * reader.form().pixel_bytes());
         for (std::uint32_t r = 0; r < reader.form().height; ++r) {
@@ -60,15 +60,15 @@ void read_part(std::string_view bytes) {
 }
 
 void make_texture(std::string_view bytes, std::uint8_t style) {
-    const app::scene::Image image = app::scene::decode_image(bytes);
+    const vorna::drawing::Image image = vorna::drawing::decode_image(bytes);
     if (std::int64_t{image.width} * image.height > most_pixels) {
         return;
     }
-    app::scene::Material material;
-    material.wrap_u = static_cast<app::scene::Wrap>(style % 3);
-    material.wrap_v = static_cast<app::scene::Wrap>(style / 3 % 3);
-    app::Load_Limits limits;
-    app::scene::Texture texture("image", image, material, limits);
+    vorna::drawing::model::Material material;
+    material.wrap_u = static_cast<vorna::drawing::Wrap>(style % 3);
+    material.wrap_v = static_cast<vorna::drawing::Wrap>(style / 3 % 3);
+    vorna::drawing::Load_Limits limits;
+    vorna::drawing::model::Texture texture("image", image, material, limits);
     const double covered[] = {0.01 * style, 0.1}, low[] = {-0.5, 0}, high[] = {1.5, 1};
     texture.cut(covered, low, high);
 }
@@ -79,13 +79,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Bytes input(text_of(data, size));
     const std::uint8_t way = input.byte();
     const std::string bytes = way < 128 ? with_check_sums(input.rest()) : std::string(input.rest());
-    app::Load_Limits limits;
+    vorna::drawing::Load_Limits limits;
     switch (way % 4) {
     case 0:
-        try_out([&] { app::palette_colors("palette", bytes, limits); });
+        try_out([&] { vorna::drawing::palette_colors("palette", bytes, limits); });
         try_out<std::runtime_error>([&] {
-            const app::Png_Image image = app::read_png("image", bytes, limits);
-            if (std::int64_t{image.width} * image.height <= most_pixels && !app::compare(image, image, {}).is_same) {
+            const vorna::drawing::Png_Image image = vorna::drawing::read_png("image", bytes, limits);
+            if (std::int64_t{image.width} * image.height <= most_pixels && !vorna::drawing::compare(image, image, {}).is_same) {
                 fail("an image differs from itself");
             }
         });
@@ -99,7 +99,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     default:
         // Damaged compressed data is an error of no class of its own.
         try_out<std::runtime_error>([&] {
-            if (app::gunzip(input.rest(), 1 << 20).size() > 1 << 20) {
+            if (vorna::drawing::gunzip(input.rest(), 1 << 20).size() > 1 << 20) {
                 fail("more was unpacked than was asked for");
             }
         });

@@ -12,7 +12,7 @@ extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, st
 namespace fuzzing {
 
 using Json = nlohmann::ordered_json;
-using app::check::Random;
+using vorna::app::check::Random;
 
 Json odd_number(Random& random) {
     constexpr std::int64_t limits[] = {-2147483648, -2147483647, 2147483647, 2147483646, 1073741824, -1073741824, 65535, 65536,

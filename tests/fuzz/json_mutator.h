@@ -14,13 +14,13 @@ struct Vocabulary {
     std::span<const std::string_view> keys, words;
     // A list at the top, and something that may stand in it.
     std::string_view list;
-    nlohmann::ordered_json (*new_element)(app::check::Random&);
+    nlohmann::ordered_json (*new_element)(vorna::app::check::Random&);
 };
 
 // Of the fuzzer that is linked with the mutator.
 extern const Vocabulary vocabulary;
 
 // A number that is often at the edge of something.
-nlohmann::ordered_json odd_number(app::check::Random& random);
+nlohmann::ordered_json odd_number(vorna::app::check::Random& random);
 
 } // namespace fuzzing

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/map_command.h"
+#include "app/commands/map_command.h"
 #include "tests/fuzz/fuzzing.h"
 
 namespace fuzzing {
@@ -13,7 +13,7 @@ namespace fuzzing {
 inline void draw_map(std::string_view content, std::size_t style, bool is_drawing) {
     constexpr const char* projections[] = {"", "plane", "mercator", "equirectangular"};
     constexpr const char* borders[] = {"solid", "dashed", "3,2", "none"};
-    app::Map_Picture picture;
+    vorna::app::Map_Picture picture;
     picture.input = {"map", is_drawing ? "dxf" : "json", std::string(content)};
     picture.output = "/dev/null";
     picture.size = {40, (style & 1) != 0 ? 30 : 0};
@@ -22,13 +22,13 @@ inline void draw_map(std::string_view content, std::size_t style, bool is_drawin
     picture.allow_empty = true;
     picture.transparent = picture.colors == 32 && (style & 1024) != 0;
     picture.antialias = picture.colors == 32 && (style & 4) != 0;
-    app::Map_Options options;
+    vorna::app::Map_Options options;
     options.projection = is_drawing ? "" : projections[style / 8 % 4];
     options.border = borders[style / 32 % 4];
     options.border_width = (style & 128) != 0 ? 3 : 1;
     options.bbox = (style & 512) != 0 ? "0,0,1e-9,1e-9" : "";
     options.casing = (style & 256) != 0 ? "red" : "";
-    app::render_map(picture, options, renderer_module());
+    vorna::app::render_map(picture, options, renderer_module());
 }
 
 } // namespace fuzzing

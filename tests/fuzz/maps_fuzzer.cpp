@@ -4,7 +4,7 @@
 
 namespace {
 
-using app::check::Random;
+using vorna::app::check::Random;
 using Json = nlohmann::ordered_json;
 
 constexpr std::string_view keys[] = {"type", "features",  "geometry", "geometries", "coordinates", "properties",

@@ -4,13 +4,14 @@
 #include <fstream>
 #include <random>
 
-#include "app/model_options.h"
-#include "app/scene/model_reader.h"
+#include "app/commands/model_options.h"
+#include "drawing/model/model_reader.h"
 #include "tests/fuzz/fuzzing.h"
 
 namespace {
 
-using namespace app;
+using namespace vorna::app;
+using namespace vorna::drawing;
 
 // Where material libraries lie, with an image that they may name.
 class Folder {
@@ -38,7 +39,7 @@ private:
     std::filesystem::path path_;
 };
 
-scene::Mesh read_obj_with_library(std::string_view content, Load_Limits& limits) {
+model::Mesh read_obj_with_library(std::string_view content, Load_Limits& limits) {
     static const Folder folder;
     constexpr std::string_view border = "\n----\n";
     const std::size_t end = content.find(border);
@@ -47,29 +48,29 @@ scene::Mesh read_obj_with_library(std::string_view content, Load_Limits& limits)
         std::ofstream(folder.file("library.mtl"), std::ios::binary)
             .write(library.data(), static_cast<std::streamsize>(library.size()));
     }
-    return scene::read_obj(folder.file("model.obj"), content.substr(0, end), limits);
+    return model::read_obj(folder.file("model.obj"), content.substr(0, end), limits);
 }
 
-scene::Mesh read(std::size_t format, std::string_view content) {
+model::Mesh read(std::size_t format, std::string_view content) {
     const std::string name = "model";
     Load_Limits limits;
-    return format == 0   ? scene::read_ply(name, content, limits)
-           : format == 1 ? scene::read_stl(name, content, limits)
+    return format == 0   ? model::read_ply(name, content, limits)
+           : format == 1 ? model::read_stl(name, content, limits)
                          : read_obj_with_library(content, limits);
 }
 
-void draw(const scene::Mesh& mesh, std::uint8_t style) {
+void draw(const model::Mesh& mesh, std::uint8_t style) {
     Model_Options options;
-    constexpr scene::Shading shadings[] = {scene::Shading::gouraud, scene::Shading::flat, scene::Shading::textured,
-                                           scene::Shading::wireframe, scene::Shading::hidden_line};
+    constexpr model::Shading shadings[] = {model::Shading::gouraud, model::Shading::flat, model::Shading::textured,
+                                           model::Shading::wireframe, model::Shading::hidden_line};
     options.picture.shading = shadings[style % 5];
     options.edges = (style & 4) != 0 ? "all" : (style & 8) != 0 ? "feature" : "";
     options.colors = (style & 16) != 0 ? 8 : 32;
     options.antialias = (style & 32) != 0 && options.colors == 32 && options.has_edges();
     constexpr VT_Int_Pair size{48, 40};
     Drawn_Model model = make_model(options, mesh);
-    const scene::Camera camera = scene::fit_camera(camera_settings_of(options, mesh, size), model.points());
-    const scene::Tile_Grid grid(VT_Int_Rectangle{0, size.x, 0, size.y});
+    const model::Camera camera = model::fit_camera(camera_settings_of(options, mesh, size), model.points());
+    const model::Tile_Grid grid(VT_Int_Rectangle{0, size.x, 0, size.y});
     model.prepare(grid, camera, picture_settings_of(options), edge_settings_of(options));
     Tile_Artist(fuzzing::renderer_module(), palette_of(options).drawn).draw(model, grid, 0, background_of(options));
 }
@@ -81,8 +82,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t format = input.choice(3);
     const std::uint8_t style = input.byte();
     fuzzing::try_out([&] {
-        scene::Mesh mesh = read(format, input.rest());
-        scene::finish_mesh(mesh, "model");
+        model::Mesh mesh = read(format, input.rest());
+        model::finish_mesh(mesh, "model");
         draw(mesh, style);
     });
     return 0;

@@ -1,18 +1,18 @@
 // Pictures: read, and replayed when they are right.
 #include <array>
 
-#include "app/gzip.h"
-#include "app/picture/call_kinds.h"
-#include "app/picture/document.h"
-#include "app/picture/picture_reader.h"
-#include "app/picture/replay.h"
-#include "app/session.h"
+#include "drawing/files/gzip.h"
+#include "drawing/recording/call_kinds.h"
+#include "drawing/recording/document.h"
+#include "drawing/recording/picture_reader.h"
+#include "drawing/recording/replay.h"
+#include "drawing/recording/session.h"
 #include "tests/fuzz/guarded_buffers.h"
 #include "tests/fuzz/json_mutator.h"
 
 namespace {
 
-using app::check::Random;
+using vorna::app::check::Random;
 using Json = nlohmann::ordered_json;
 
 constexpr std::string_view keys[] = {"picture",
@@ -102,12 +102,12 @@ constexpr std::string_view keys[] = {"picture",
                                      "Depth Buffer",
                                      "ZBuffer Write"};
 
-constexpr std::size_t kind_count = std::size(app::picture::call_kinds);
+constexpr std::size_t kind_count = std::size(vorna::drawing::recording::call_kinds);
 
 constexpr auto words = [] {
     std::array<std::string_view, kind_count + 3> list{};
     for (std::size_t i = 0; i < kind_count; ++i) {
-        list[i] = app::picture::call_kinds[i].name;
+        list[i] = vorna::drawing::recording::call_kinds[i].name;
     }
     list[kind_count] = "0110";
     list[kind_count + 1] = "ff0000ff00ff0080";
@@ -237,7 +237,8 @@ void add_image(Random& random, std::string_view name, Json& call) {
 
 // A call with all that it needs.
 Json new_call(Random& random) {
-    const std::string_view name = app::picture::call_kinds[static_cast<std::size_t>(random.number(0, kind_count - 1))].name;
+    const std::string_view name =
+        vorna::drawing::recording::call_kinds[static_cast<std::size_t>(random.number(0, kind_count - 1))].name;
     Json call{{"call", std::string(name)}};
     const std::int32_t count = random.number(1, 7);
     if (name == "establish") {
@@ -290,11 +291,12 @@ Json new_call(Random& random) {
 }
 
 void replay(std::string_view text) {
-    using namespace app::picture;
-    const std::string unpacked = app::is_gzip(text) ? app::gunzip(text, std::size_t{1} << 20) : std::string(text);
+    using namespace vorna::drawing::recording;
+    const std::string unpacked =
+        vorna::drawing::is_gzip(text) ? vorna::drawing::gunzip(text, std::size_t{1} << 20) : std::string(text);
     const Picture picture = read_picture(unpacked);
     fuzzing::Guarded_Buffers buffers({static_cast<std::int32_t>(text.size() % 3), static_cast<std::int32_t>(text.size() % 5)});
-    app::Session session(fuzzing::renderer_module());
+    vorna::drawing::Session session(fuzzing::renderer_module());
     session.renderer().buffer_creation = buffers.callback();
     Replay_Settings settings;
     settings.largest_side = 384;

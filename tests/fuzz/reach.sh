@@ -10,13 +10,13 @@ trap 'rm -rf "$folder"' EXIT
 
 # Functions of the project; instances of a template count as one, and so do forms with other parameters. What compilers write, to
 # copy and to destroy, does not count.
-functions='^_ZZ?Z?NK?3app'
+functions='^_ZZ?Z?NK?5vorna(3app|7drawing)'
 left_out='D[012]Ev$|C[12]E(RK|O)S[0-9A-Z]*_$|aSE(RK|O)|\.cold|\.part'
 names_in() { awk '$2 ~ /^[tTwW]$/ { print $1, $3 }' | sort; }
 without_parameters() {
     c++filt | sed -E 's/\(anonymous namespace\)/@/g; s/operator\(\)/operator@@/g; s/\[abi:cxx11\]//g; s/(operator|->)[<>=-]+//g
         :inner; s/<[^<>]*>|\([^()]*\)( const)?//; t inner
-        s/@@/()/g; s/@/(anonymous namespace)/g; s/^([^{]* )?(app::)/\2/; s/ const$//' | sort -u
+        s/@@/()/g; s/@/(anonymous namespace)/g; s/^([^{]* )?(vorna::)/\2/; s/ const$//' | sort -u
 }
 xargs nm --defined-only <"$objects" | names_in | cut -d ' ' -f 2 | grep -E "$functions" | grep -Ev "$left_out" | without_parameters >"$folder/wanted"
 for program in "$@"; do

@@ -9,7 +9,7 @@
 namespace {
 
 using namespace fuzzing;
-using namespace app::check;
+using namespace vorna::app::check;
 
 constexpr int most_steps = 24;
 

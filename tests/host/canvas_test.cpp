@@ -239,12 +239,16 @@ TEST(Canvas, never_leaves_its_buffers) {
     constexpr VT_Int_Rectangle window{-20, 11, 7, 30};
     constexpr std::int32_t places[] = {INT32_MIN, -1 << 30, -21, -20, -19, -1, 0, 6, 7, 8, 11, 12, 30, 31, 1 << 30, INT32_MAX};
     constexpr std::int32_t lengths[] = {0, 1, 2, 31, 32, 33, 40};
-    app::check::Random random(1);
+    vorna::app::check::Random random(1);
     const std::vector<VT_RGB32> colors(std::size_t{40} * 40);
     const std::vector<std::uint8_t> indices(colors.size());
     const std::vector<std::uint16_t> depths(colors.size());
     for (const bool indexed : {false, true}) {
-        app::check::Buffer_Maker buffers([](Buffer_Format) { return Buffer_Layout{8, 24}; }, app::check::Guard_Access::trapped);
+        vorna::app::check::Buffer_Maker buffers(
+            [](Buffer_Format) {
+                return Buffer_Layout{8, 24};
+            },
+            vorna::app::check::Guard_Access::trapped);
         vorna::Canvas canvas(renderer_module());
         canvas.options().set_window_size({32, 24});
         canvas.options().set_window_origin({window.left, window.bottom});

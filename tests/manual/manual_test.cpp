@@ -4,19 +4,19 @@
 
 #include <gmock/gmock.h>
 
-#include "app/command.h"
-#include "app/command_line.h"
-#include "app/manual/help.h"
-#include "app/manual/page.h"
+#include "app/cli/command.h"
+#include "app/cli/command_line.h"
+#include "app/cli/help.h"
+#include "app/cli/page.h"
 
 namespace {
 
-using namespace app::manual;
+using namespace vorna::app::manual;
 
 class Manual : public testing::Test {
 protected:
     int status = 0;
-    std::unique_ptr<CLI::App> application = app::make_command_line(status);
+    std::unique_ptr<CLI::App> application = vorna::app::make_command_line(status);
     Page program = page_of(*application);
 
     std::vector<Page> pages() const {

@@ -2,9 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/map/borders.h"
+#include "drawing/map/borders.h"
 
-namespace app::map {
+namespace vorna::drawing::map {
 namespace {
 
 using testing::ElementsAre;
@@ -58,4 +58,4 @@ TEST(Borders, six_numbers_are_enough_for_a_wheel_whose_hub_comes_last) {
 }
 
 } // namespace
-} // namespace app::map
+} // namespace vorna::drawing::map

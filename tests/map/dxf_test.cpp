@@ -6,9 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/map/map_reader.h"
+#include "drawing/map/map_reader.h"
 
-namespace app::map {
+namespace vorna::drawing::map {
 namespace {
 
 using testing::ElementsAre;
@@ -122,4 +122,4 @@ TEST(Dxf, errors_name_the_line) {
 }
 
 } // namespace
-} // namespace app::map
+} // namespace vorna::drawing::map

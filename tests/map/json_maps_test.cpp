@@ -2,10 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/map/map_reader.h"
+#include "drawing/map/map_reader.h"
 #include "tests/replay/command_line.h"
 
-namespace app::map {
+namespace vorna::drawing::map {
 namespace {
 
 using testing::ElementsAre;
@@ -94,4 +94,4 @@ TEST_F(Json_Maps, errors_name_the_place_and_what_was_expected) {
 }
 
 } // namespace
-} // namespace app::map
+} // namespace vorna::drawing::map

@@ -1,9 +1,9 @@
 // Where labels find room.
 #include <gtest/gtest.h>
 
-#include "app/map/labels.h"
+#include "drawing/map/labels.h"
 
-namespace app::map {
+namespace vorna::drawing::map {
 namespace {
 
 TEST(Labels, boxes_lie_inside_of_faces_and_of_the_window) {
@@ -28,4 +28,4 @@ TEST(Labels, room_is_taken_once) {
 }
 
 } // namespace
-} // namespace app::map
+} // namespace vorna::drawing::map

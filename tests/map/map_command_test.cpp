@@ -8,11 +8,11 @@
 
 #include "tests/scene/rendering.h"
 
-namespace app::map {
+namespace vorna::drawing::map {
 namespace {
 
+using model::Picture;
 using replay_tests::Outcome;
-using scene::Picture;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -20,7 +20,7 @@ using testing::StartsWith;
 using Color = std::array<int, 3>;
 constexpr Color black{0, 0, 0}, white{255, 255, 255}, red{255, 0, 0}, blue{0, 0, 255};
 
-using Map_Command = scene::Rendering;
+using Map_Command = model::Rendering;
 
 std::string text_of(double x, double y) {
     std::ostringstream text;
@@ -250,4 +250,4 @@ TEST_F(Map_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_file
 }
 
 } // namespace
-} // namespace app::map
+} // namespace vorna::drawing::map

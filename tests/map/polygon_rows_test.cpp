@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include "app/map/polygon_rows.h"
+#include "drawing/map/polygon_rows.h"
 
-namespace app::map {
+namespace vorna::drawing::map {
 namespace {
 
 // Corners on a lattice of sixths and tenths, so that sides often lead through pixel centres or miss them by a rounding error.
@@ -48,4 +48,4 @@ TEST(Polygon_Rows, faces_that_tile_a_window_cover_every_pixel_once) {
 }
 
 } // namespace
-} // namespace app::map
+} // namespace vorna::drawing::map

@@ -5,10 +5,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/map/globe_cutter.h"
-#include "app/map/projection.h"
+#include "drawing/map/globe_cutter.h"
+#include "drawing/map/projection.h"
 
-namespace app::map {
+namespace vorna::drawing::map {
 namespace {
 
 std::vector<std::string> projection_names() {
@@ -121,4 +121,4 @@ TEST(Globe, known_places) {
 }
 
 } // namespace
-} // namespace app::map
+} // namespace vorna::drawing::map

@@ -8,8 +8,8 @@
 
 namespace {
 
-using app::check::Random;
 using model::Model;
+using vorna::app::check::Random;
 
 Renderer_Setup setup_of(std::int32_t color_system, VT_Int_Pair size) {
     Renderer_Setup setup;

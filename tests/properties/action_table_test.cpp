@@ -46,7 +46,7 @@ void expect_case(VT_Renderer_Data& renderer, std::size_t index, bool is_tiled) {
     const auto slots = installed_in(renderer);
     for (const auto& [name, slot] : slots) {
         SCOPED_TRACE(std::string(name) + " in " + describe(setup_of_case(index)));
-        const char expected = app::check::krb_slot_letter(name, index, is_tiled);
+        const char expected = vorna::app::check::krb_slot_letter(name, index, is_tiled);
         EXPECT_EQ(slot.is_touched, expected != '-');
         if (expected == 'h') {
             EXPECT_TRUE(slot.is_host_function);

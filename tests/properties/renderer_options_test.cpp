@@ -23,7 +23,7 @@ TEST_F(Renderer_Object, Keeps_a_mask_cache_option_that_is_there) {
     }
     const auto renderer = renderer_module().create_renderer(prototype_);
     for (const VT_Option_Table* table : {&renderer->requested_table, &renderer->current_table}) {
-        EXPECT_EQ(table->size(), std::size(app::check::known_options));
+        EXPECT_EQ(table->size(), std::size(vorna::app::check::known_options));
         EXPECT_EQ(table->find("Mask Cache")->scope(), 6);
         EXPECT_EQ(table->find("Mask Cache")->as_object<VT_Option_Value>(), something.get());
     }

@@ -9,7 +9,7 @@
 #include "host/rendition.h"
 #include "tests/support/renderer_setup.h"
 
-using app::check::Random;
+using vorna::app::check::Random;
 
 enum class Call_Kind { dot, marker, flat, colorized, gouraud, draw_window, clear_depth };
 enum class Shape { strip, device_line, plane_line }; // of calls that are flat, colorized or gouraud

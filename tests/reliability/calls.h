@@ -11,7 +11,7 @@
 #include "host/renderer_data.h"
 #include "host/rendition.h"
 
-using app::check::Random;
+using vorna::app::check::Random;
 
 // Where coordinates come from: anywhere around a window, or from the ends of what their types hold.
 class Numbers {

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "app/check/address_sanitizer.h"
+#include "drawing/files/address_sanitizer.h"
 #include "tests/reliability/calls.h"
 #include "tests/reliability/counted_heap.h"
 #include "tests/support/test_renderer.h"

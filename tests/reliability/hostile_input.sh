@@ -4,7 +4,7 @@
 # FIGURES: a file for processor time and resident memory of what asks for much, by GNU time.
 set -uo pipefail
 vorna=$(realpath "$1")
-pictures=$(cd "$2" && pwd)
+recordings=$(cd "$2" && pwd)
 figures=${3:+$(realpath "$3")}
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
@@ -415,8 +415,8 @@ if [ -e /dev/full ]; then
     expect 1 "standard output: $full" "$vorna" "${model[@]}" -o /dev/null --hash >/dev/full
 fi
 # shellcheck disable=SC2016
-for arguments in "${model[*]} -o out/picture.png" "replay $pictures/gallery.json --depth out/picture.png --color-raw out/picture.raw" \
-    "render map.geojson -o out/picture.png --size 900x900" "replay $pictures/boat.json --record out/picture.json"; do
+for arguments in "${model[*]} -o out/picture.png" "replay $recordings/gallery.json --depth out/picture.png --color-raw out/picture.raw" \
+    "render map.geojson -o out/picture.png --size 900x900" "replay $recordings/boat.json --record out/picture.json"; do
     expect 1 "out/picture.[a-z]*: cannot be written: File too large" bash -c 'ulimit -f 1; exec "$@"' bash "$vorna" $arguments
 done
 closed="standard output: cannot be written: Bad file descriptor"

@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "app/check/address_sanitizer.h"
+#include "drawing/files/address_sanitizer.h"
 #include "tests/reliability/calls.h"
 #include "tests/reliability/fenced_buffer.h"
 #include "tests/reliability/last_words.h"

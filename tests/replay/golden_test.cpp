@@ -1,8 +1,8 @@
 // The example pictures, drawn by the built command, against golden pictures that somebody has looked at; and against the answers
 // of a slow second program that knows nothing of this one, for corners of the rules.
 //
-// After an intended change: vorna replay pictures/NAME.json --color tests/golden/NAME.color.png --depth
-// tests/golden/NAME.depth.png; of the gallery's other drawings: jq '.buffer_depth = 0' pictures/gallery.json | vorna replay - …
+// After an intended change: vorna replay recordings/NAME.json --color tests/golden/NAME.color.png --depth
+// tests/golden/NAME.depth.png; of the gallery's other drawings: jq '.buffer_depth = 0' recordings/gallery.json | vorna replay - …
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>

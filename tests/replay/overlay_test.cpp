@@ -1,11 +1,11 @@
 // Renditions laid over each other key by key.
 #include <gtest/gtest.h>
 
-#include "app/picture/picture_reader.h"
+#include "drawing/recording/picture_reader.h"
 
 namespace {
 
-using namespace app::picture;
+using namespace vorna::drawing::recording;
 
 // The picture's rendition with that of its one call laid over it.
 Rendition overlaid_pair(const std::string& under, const std::string& over) {

@@ -2,12 +2,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/picture/document.h"
-#include "app/picture/picture_reader.h"
+#include "drawing/recording/document.h"
+#include "drawing/recording/picture_reader.h"
 
 namespace {
 
-using namespace app::picture;
+using namespace vorna::drawing::recording;
 
 struct Broken {
     std::string text;

@@ -5,8 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/image_comparison.h"
-#include "app/png_writer.h"
+#include "drawing/image/image_comparison.h"
+#include "drawing/image/png_writer.h"
 #include "tests/replay/command_line.h"
 #include "tests/replay/png_pixels.h"
 
@@ -112,10 +112,11 @@ TEST_F(Picture_Tools, info_counts_calls_points_and_pieces) {
 // Images of 5 x 4 pixels of which one sample of one pixel may be different.
 class Compare : public Picture_Tools {
 protected:
-    std::string image(const std::string& name, app::Png_Form form, std::uint32_t changed_row = 9, std::uint8_t by = 0) {
+    std::string image(const std::string& name, vorna::drawing::Png_Form form, std::uint32_t changed_row = 9,
+                      std::uint8_t by = 0) {
         form.width = 5;
         form.height = 4;
-        return folder.file(name, app::png_file(form, [&](std::uint32_t row, std::uint8_t* samples) {
+        return folder.file(name, vorna::drawing::png_file(form, [&](std::uint32_t row, std::uint8_t* samples) {
                                for (std::size_t i = 0; i < form.row_bytes(); ++i) {
                                    samples[i] = static_cast<std::uint8_t>(row * 20 + i);
                                }
@@ -129,10 +130,10 @@ protected:
 
 TEST_F(Compare, one_changed_pixel_is_caught_in_every_kind_of_image) {
     const std::string colors(3 * 256, 'x');
-    const app::Png_Form forms[] = {{},
-                                   {.colors = app::Png_Form::Colors::palette, .palette = colors},
-                                   {.sample_bits = 16, .colors = app::Png_Form::Colors::grey}};
-    for (const app::Png_Form& form : forms) {
+    const vorna::drawing::Png_Form forms[] = {{},
+                                              {.colors = vorna::drawing::Png_Form::Colors::palette, .palette = colors},
+                                              {.sample_bits = 16, .colors = vorna::drawing::Png_Form::Colors::grey}};
+    for (const vorna::drawing::Png_Form& form : forms) {
         const std::string same = image("a.png", form), changed = image("b.png", form, 1, 1);
         EXPECT_EQ(run_vorna({"compare", same, image("c.png", form)}).status, 0);
         const Outcome outcome = run_vorna({"compare", same, changed, "--diff", folder.file("d.png")});
@@ -160,8 +161,8 @@ TEST_F(Compare, fuzz_limits_are_exact) {
 }
 
 TEST_F(Compare, sizes_kinds_and_palettes_count_and_wrong_input_is_said) {
-    const app::Png_Form one{.colors = app::Png_Form::Colors::palette, .palette = std::string(768, 'x')};
-    app::Png_Form other = one;
+    const vorna::drawing::Png_Form one{.colors = vorna::drawing::Png_Form::Colors::palette, .palette = std::string(768, 'x')};
+    vorna::drawing::Png_Form other = one;
     other.palette[5] = 'y'; // an index that no pixel has would do too
     const std::string a = image("a.png", one), b = image("b.png", other), rgba = image("c.png", {});
     const auto told = [](const Outcome& outcome) {

@@ -8,10 +8,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/gzip.h"
-#include "app/picture/call_kinds.h"
-#include "app/picture/picture_reader.h"
-#include "app/picture/picture_writer.h"
+#include "drawing/files/gzip.h"
+#include "drawing/recording/call_kinds.h"
+#include "drawing/recording/picture_reader.h"
+#include "drawing/recording/picture_writer.h"
 #include "tests/replay/command_line.h"
 
 namespace replay_tests {
@@ -52,7 +52,7 @@ TEST_F(Record, every_example_replays_to_the_same_bytes) {
         const std::string name = folder.file(++count % 2 ? "record.json" : "record.json.gz");
         const Drawn drawn = replay(picture, {"--record", name}, has_depth);
         EXPECT_TRUE(drawn == replay(name, {}, has_depth)) << picture;
-        EXPECT_EQ(app::is_gzip(read_file(name)), count % 2 == 0);
+        EXPECT_EQ(vorna::drawing::is_gzip(read_file(name)), count % 2 == 0);
     }
     EXPECT_GT(count, 10);
 }
@@ -95,7 +95,7 @@ TEST_F(Record, keeps_what_is_rarely_used) {
 }
 
 TEST_F(Record, floats_come_back_to_the_last_bit) {
-    using namespace app::picture;
+    using namespace vorna::drawing::recording;
     Points<VT_Point> floats;
     Points<VT_Point_D> doubles;
     std::uint32_t bits = 1;
@@ -126,13 +126,13 @@ TEST_F(Record, goes_through_standard_streams) {
     const std::string picture = std::string(VORNA_PICTURES) + "/glass.json";
     const Outcome recorded = run_vorna({"replay", picture, "--record", "-"});
     ASSERT_EQ(recorded.status, 0) << recorded.errors;
-    const Outcome replayed = run_vorna({"replay", "-", "--color", folder.file("c")}, app::gzip(recorded.output));
+    const Outcome replayed = run_vorna({"replay", "-", "--color", folder.file("c")}, vorna::drawing::gzip(recorded.output));
     EXPECT_EQ(replayed.status, 0) << replayed.errors;
     EXPECT_EQ(read_file(folder.file("c")), replay(picture).color);
 }
 
 TEST_F(Record, damaged_files_are_refused_in_one_line) {
-    const std::string whole = app::gzip(read_file(std::string(VORNA_PICTURES) + "/glass.json"));
+    const std::string whole = vorna::drawing::gzip(read_file(std::string(VORNA_PICTURES) + "/glass.json"));
     std::string garbled = whole;
     garbled[whole.size() / 2] = static_cast<char>(garbled[whole.size() / 2] ^ 0x55);
     const auto message_of = [&](const std::string& bytes) {
@@ -146,7 +146,7 @@ TEST_F(Record, damaged_files_are_refused_in_one_line) {
     EXPECT_THAT(message_of(whole.substr(0, 5)), HasSubstr("compressed data that ends too early"));
     EXPECT_THAT(message_of(garbled), HasSubstr("compressed data is damaged"));
     EXPECT_THAT(message_of(whole + "x"), HasSubstr("more behind the end"));
-    EXPECT_THAT(message_of(app::gzip(std::string(300 << 20, ' '))), HasSubstr("expected what can be read in"));
+    EXPECT_THAT(message_of(vorna::drawing::gzip(std::string(300 << 20, ' '))), HasSubstr("expected what can be read in"));
     EXPECT_THAT(folder.names(), testing::IsEmpty());
 }
 

@@ -8,13 +8,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/scene/clipper.h"
-#include "app/scene/edges.h"
-#include "app/scene/model_reader.h"
+#include "drawing/model/clipper.h"
+#include "drawing/model/edges.h"
+#include "drawing/model/model_reader.h"
 #include "tests/scene/meshes.h"
 #include "tests/scene/rendering.h"
 
-namespace app::scene {
+namespace vorna::drawing::model {
 namespace {
 
 // A box with sides of these lengths, turned around two axes. Its faces are quads, wound counter-clockwise from outside.
@@ -176,4 +176,4 @@ TEST_F(Edge_Pictures, features_leave_out_edges_within_even_surfaces) {
 }
 
 } // namespace
-} // namespace app::scene
+} // namespace vorna::drawing::model

@@ -7,14 +7,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/scene/camera.h"
-#include "app/scene/clipper.h"
-#include "app/scene/color_name.h"
-#include "app/scene/scene_renderer.h"
-#include "app/scene/strips.h"
+#include "drawing/image/color_name.h"
+#include "drawing/model/camera.h"
+#include "drawing/model/clipper.h"
+#include "drawing/model/scene_renderer.h"
+#include "drawing/model/strips.h"
 #include "tests/scene/meshes.h"
 
-namespace app::scene {
+namespace vorna::drawing::model {
 namespace {
 
 using Triple = std::array<std::uint32_t, 3>;
@@ -258,4 +258,4 @@ TEST(Color_Name, reads_hexadecimal_forms_and_names) {
 }
 
 } // namespace
-} // namespace app::scene
+} // namespace vorna::drawing::model

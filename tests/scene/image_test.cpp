@@ -4,7 +4,7 @@
 
 #include "tests/scene/images.h"
 
-namespace app::scene {
+namespace vorna::drawing::model {
 namespace {
 
 using testing::HasSubstr;
@@ -49,4 +49,4 @@ TEST(Images, shrinking_takes_the_mean_and_growing_runs_evenly) {
 }
 
 } // namespace
-} // namespace app::scene
+} // namespace vorna::drawing::model

@@ -3,10 +3,10 @@
 
 #include <string>
 
-#include "app/image_file.h"
-#include "app/scene/image.h"
+#include "drawing/image/image.h"
+#include "drawing/image/image_file.h"
 
-namespace app::scene {
+namespace vorna::drawing::model {
 
 // Calls color(column, row from the top) for every pixel.
 template <class Color> Image painted(std::int32_t width, std::int32_t height, Color color) {
@@ -40,4 +40,4 @@ inline Image gradient() {
     });
 }
 
-} // namespace app::scene
+} // namespace vorna::drawing::model

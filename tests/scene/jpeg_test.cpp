@@ -8,7 +8,7 @@
 
 #include "tests/scene/images.h"
 
-namespace app::scene {
+namespace vorna::drawing::model {
 namespace {
 
 // components: 3 = colours, 1 = grey, 4 = inks.
@@ -69,4 +69,4 @@ TEST(Jpeg_Images, damaged_files_are_refused) {
 }
 
 } // namespace
-} // namespace app::scene
+} // namespace vorna::drawing::model

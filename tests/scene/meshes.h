@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "app/scene/mesh.h"
+#include "drawing/model/mesh.h"
 
-namespace app::scene {
+namespace vorna::drawing::model {
 
 // A rectangle of columns x rows quads in the plane z = 0, bent by noise. Coordinates are multiples of 1/64, which every number
 // reader gets exactly.
@@ -87,4 +87,4 @@ inline std::vector<std::array<Corner, 3>> sorted_triangles(const Mesh& mesh) {
     return triangles;
 }
 
-} // namespace app::scene
+} // namespace vorna::drawing::model

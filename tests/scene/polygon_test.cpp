@@ -6,11 +6,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/scene/model_reader.h"
-#include "app/scene/polygon.h"
-#include "app/scene/vectors.h"
+#include "drawing/model/model_reader.h"
+#include "drawing/model/polygon.h"
+#include "drawing/model/vectors.h"
 
-namespace app::scene {
+namespace vorna::drawing::model {
 namespace {
 
 std::vector<std::uint32_t> triangles_of(const std::vector<VT_Vector>& places) {
@@ -121,4 +121,4 @@ TEST(Polygons, that_cross_themselves_or_have_no_extent_still_give_all_their_tria
 }
 
 } // namespace
-} // namespace app::scene
+} // namespace vorna::drawing::model

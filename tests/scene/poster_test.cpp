@@ -14,16 +14,18 @@
 #include <unistd.h>
 #endif
 
-#include "app/memory.h"
-#include "app/picture_part.h"
-#include "app/sha256.h"
+#include "drawing/files/memory.h"
+#include "drawing/image/sha256.h"
+#include "drawing/job/picture_part.h"
 #include "tests/replay/command_line.h"
 #include "tests/replay/png_pixels.h"
 #include "tests/scene/images.h"
 #include "tests/scene/meshes.h"
 
-namespace app {
+namespace vorna::app {
 namespace {
+
+using namespace drawing;
 
 using replay_tests::Outcome;
 using replay_tests::read_file;
@@ -81,13 +83,13 @@ class Poster : public testing::Test {
 protected:
     Poster() {
         folder.file("paint.mtl", "newmtl a\nmap_Kd paint.png\nnewmtl b\nmap_Kd paint.png\nd 0.5\n");
-        folder.file("paint.png", scene::png_file(scene::gradient()));
+        folder.file("paint.png", vorna::drawing::model::png_file(vorna::drawing::model::gradient()));
         const std::string square = "v -1 -1 0\nv 1 -1 0.6\nv 1 1 0\nv -1 1 -0.8\nv -1 -0.5 1\nv 1 0 0.2\nv 0 1 0\n"
                                    "vt -0.5 0\nvt 3 0\nvt 3 2.5\nvt 0 2\n";
         folder.file("square.obj", "mtllib paint.mtl\n" + square + "usemtl a\nf 1/1 2/2 3/3 4/4\nusemtl b\nf 5/1 6/2 7/3\n");
         folder.file("wedge.obj", wedge);
-        folder.file("ball.obj", scene::obj_text(scene::ball(61, 37)));
-        folder.file("grid.obj", scene::obj_text(scene::bumpy_grid(90, 60, 1)));
+        folder.file("ball.obj", vorna::drawing::model::obj_text(vorna::drawing::model::ball(61, 37)));
+        folder.file("grid.obj", vorna::drawing::model::obj_text(vorna::drawing::model::bumpy_grid(90, 60, 1)));
     }
 
     // Runs `vorna render`; gives the picture's file and hash.
@@ -249,4 +251,4 @@ TEST_F(Poster, an_interrupt_leaves_no_file) {
 #endif
 
 } // namespace
-} // namespace app
+} // namespace vorna::app

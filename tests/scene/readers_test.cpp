@@ -6,11 +6,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/scene/model_reader.h"
+#include "drawing/model/model_reader.h"
 #include "tests/replay/command_line.h"
 #include "tests/scene/meshes.h"
 
-namespace app::scene {
+namespace vorna::drawing::model {
 namespace {
 
 using testing::HasSubstr;
@@ -273,4 +273,4 @@ TEST(Mesh, finished_meshes_lie_in_the_unit_sphere_with_normals_of_length_one) {
 }
 
 } // namespace
-} // namespace app::scene
+} // namespace vorna::drawing::model

@@ -5,7 +5,7 @@
 #include "tests/scene/meshes.h"
 #include "tests/scene/rendering.h"
 
-namespace app::scene {
+namespace vorna::drawing::model {
 namespace {
 
 using Render_Record = Rendering;
@@ -40,4 +40,4 @@ TEST_F(Render_Record, replays_to_the_same_bytes) {
 }
 
 } // namespace
-} // namespace app::scene
+} // namespace vorna::drawing::model

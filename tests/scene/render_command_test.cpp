@@ -8,7 +8,7 @@
 #include "tests/scene/meshes.h"
 #include "tests/scene/rendering.h"
 
-namespace app::scene {
+namespace vorna::drawing::model {
 namespace {
 
 using replay_tests::Outcome;
@@ -186,4 +186,4 @@ TEST_F(Render_Command, arguments_that_are_not_understood_are_answered_with_what_
 }
 
 } // namespace
-} // namespace app::scene
+} // namespace vorna::drawing::model

@@ -5,15 +5,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/gzip.h"
-#include "app/image_file.h"
+#include "drawing/files/gzip.h"
+#include "drawing/image/image_file.h"
 #include "tests/replay/command_line.h"
 #include "tests/replay/png_pixels.h"
 #include "tests/scene/images.h"
 #include "tests/scene/meshes.h"
 #include "tests/scene/rendering.h"
 
-namespace app::scene {
+namespace vorna::drawing::model {
 namespace {
 
 using replay_tests::Outcome;
@@ -282,4 +282,4 @@ TEST_F(Render_Options, dry_runs_tell_and_write_nothing) {
 }
 
 } // namespace
-} // namespace app::scene
+} // namespace vorna::drawing::model

@@ -11,7 +11,7 @@
 #include "tests/replay/command_line.h"
 #include "tests/replay/png_pixels.h"
 
-namespace app::scene {
+namespace vorna::drawing::model {
 
 // A colour picture whatever its file holds: red, green and blue by row from the top.
 struct Picture {
@@ -43,4 +43,4 @@ protected:
     replay_tests::Temporary_Folder folder;
 };
 
-} // namespace app::scene
+} // namespace vorna::drawing::model

@@ -17,13 +17,13 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "app/check/address_sanitizer.h"
-#include "app/scene/mesh.h"
-#include "app/scene/separate_process.h"
+#include "drawing/files/address_sanitizer.h"
+#include "drawing/model/mesh.h"
+#include "drawing/model/separate_process.h"
 
 namespace {
 
-using namespace app::scene;
+using namespace vorna::drawing::model;
 
 constexpr Process_Limits limits{std::size_t{1} << 32, 60};
 
@@ -152,7 +152,7 @@ TEST(Separate_Process, is_not_believed) {
             m.triangle_materials = {0, 0};
         },
         [](Mesh& m) { m.materials[0].image = 1; },
-        [](Mesh& m) { m.materials[0].wrap_v = static_cast<Wrap>(3); },
+        [](Mesh& m) { m.materials[0].wrap_v = static_cast<vorna::drawing::Wrap>(3); },
         [](Mesh& m) { m.materials[0].transparency = static_cast<Transparency>(-1); },
         [](Mesh& m) { m.materials[0].opacity = NAN; },
         [](Mesh& m) { m.images[0].bytes = "bytes of a file elsewhere"; },

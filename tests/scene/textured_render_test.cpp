@@ -9,7 +9,7 @@
 #include "tests/scene/meshes.h"
 #include "tests/scene/rendering.h"
 
-namespace app::scene {
+namespace vorna::drawing::model {
 namespace {
 
 using replay_tests::Outcome;
@@ -307,4 +307,4 @@ TEST_F(Textured_Render, a_texture_that_cannot_be_had_is_named_and_the_rest_is_dr
 }
 
 } // namespace
-} // namespace app::scene
+} // namespace vorna::drawing::model

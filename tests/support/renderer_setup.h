@@ -9,8 +9,8 @@
 #include "host/geometry.h"
 #include "host/object.h"
 
-using app::check::Buffer_Layout;
-using app::check::Guarded_Buffer;
+using vorna::app::check::Buffer_Layout;
+using vorna::app::check::Guarded_Buffer;
 
 struct Renderer_Setup {
     std::int32_t color_system = 1; // 1 = 32-bit colours, else palette indices

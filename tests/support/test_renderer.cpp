@@ -85,7 +85,7 @@ Test_Renderer::Test_Renderer(const Renderer_Setup& setup, const std::string& ker
     : description_(describe(setup) + (kernels.empty() ? "" : ", kernels " + kernels)),
       buffers_(
           [setup](Buffer_Format format) { return format == Buffer_Format::depth16 ? setup.depth_layout : setup.color_layout; },
-          app::check::Guard_Access::trapped) {
+          vorna::app::check::Guard_Access::trapped) {
     VT_Renderer_Data prototype;
     prototype.buffer_creation = buffers_.callback();
     prototype.standard_observer = {note_standard_call, this};

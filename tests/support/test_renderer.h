@@ -46,7 +46,7 @@ public:
     Guarded_Buffer& color() noexcept { return *buffers_.latest(false); }
     // Null without depth.
     Guarded_Buffer* depth() noexcept { return buffers_.latest(true); }
-    const app::check::Buffer_Maker& buffers() const noexcept { return buffers_; }
+    const vorna::app::check::Buffer_Maker& buffers() const noexcept { return buffers_; }
 
     void set_z_write(bool on);
     void set_z_test(std::int32_t mode);
@@ -58,7 +58,7 @@ private:
     static void note_standard_call(void* context, const char* name);
 
     std::string description_;
-    app::check::Buffer_Maker buffers_;
+    vorna::app::check::Buffer_Maker buffers_;
     std::vector<std::string> handed_over_;
     vorna::Module::Renderer renderer_;
 };

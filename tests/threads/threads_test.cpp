@@ -15,7 +15,7 @@
 
 namespace {
 
-using namespace app::check;
+using namespace vorna::app::check;
 
 constexpr int thread_count = 4;
 

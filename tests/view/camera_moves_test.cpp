@@ -4,29 +4,30 @@
 
 #include <gtest/gtest.h>
 
-#include "app/scene/clipper.h"
-#include "app/scene/vectors.h"
 #include "app/view/camera_moves.h"
 #include "app/view/coarse_mesh.h"
+#include "drawing/model/clipper.h"
+#include "drawing/model/vectors.h"
 #include "tests/scene/meshes.h"
 
-namespace app::view {
+namespace vorna::app::view {
 namespace {
 
-using namespace scene;
+using namespace vorna::drawing::model;
 
 constexpr VT_Int_Pair size{640, 480};
 constexpr VT_Vector_D vertical{0, 1, 0};
 
 // Where a picture shows a place.
-Place shown(const Pose& pose, scene::Projection projection, const VT_Vector_D& place) {
-    scene::Camera_Settings settings;
+Place shown(const Pose& pose, vorna::drawing::model::Projection projection, const VT_Vector_D& place) {
+    vorna::drawing::model::Camera_Settings settings;
     settings.projection = projection;
     settings.aspect = static_cast<double>(size.x) / size.y;
     settings.zoom = pose.zoom;
     settings.aim = pose.aim;
     const std::vector<VT_Vector> points{{-1, -1, -1}, {1, 1, 1}};
-    const scene::Clip_Point p = transformed(scene::fit_camera(settings, points).clip_from_model, scene::narrowed(place));
+    const vorna::drawing::model::Clip_Point p =
+        transformed(vorna::drawing::model::fit_camera(settings, points).clip_from_model, vorna::drawing::model::narrowed(place));
     return {(1 + p.x / p.w) * size.x / 2, (1 - p.y / p.w) * size.y / 2};
 }
 
@@ -60,7 +61,8 @@ TEST(Camera_moves, turning_keeps_target_distance_and_horizon_and_never_goes_over
 }
 
 TEST(Camera_moves, what_is_under_the_pointer_follows_it_and_stays_under_it) {
-    for (const auto projection : {scene::Projection::perspective, scene::Projection::orthographic}) {
+    for (const auto projection :
+         {vorna::drawing::model::Projection::perspective, vorna::drawing::model::Projection::orthographic}) {
         const Pose start{{{3, 2, 4}, {0.1, 0.2, -0.1}, vertical}, 1.5};
         const VT_Vector_D place{0.3, -0.2, 0.4};
         VT_Vector_D toward = start.aim.eye - start.aim.target;
@@ -79,9 +81,9 @@ TEST(Camera_moves, what_is_under_the_pointer_follows_it_and_stays_under_it) {
 }
 
 TEST(Coarse_mesh, lies_where_the_mesh_lies_with_about_as_many_triangles_as_wanted) {
-    scene::Mesh mesh = scene::ball(200, 150);
-    scene::finish_mesh(mesh, "ball");
-    const scene::Mesh coarse = coarse_mesh(mesh, 4000);
+    vorna::drawing::model::Mesh mesh = vorna::drawing::model::ball(200, 150);
+    vorna::drawing::model::finish_mesh(mesh, "ball");
+    const vorna::drawing::model::Mesh coarse = coarse_mesh(mesh, 4000);
     EXPECT_GT(coarse.triangle_count(), 2000U);
     EXPECT_LT(coarse.triangle_count(), 8000U);
     ASSERT_EQ(coarse.normals.size(), coarse.positions.size());
@@ -93,4 +95,4 @@ TEST(Coarse_mesh, lies_where_the_mesh_lies_with_about_as_many_triangles_as_wante
 }
 
 } // namespace
-} // namespace app::view
+} // namespace vorna::app::view

@@ -10,7 +10,7 @@
 #include "tests/replay/png_pixels.h"
 #include "tests/scene/meshes.h"
 
-namespace app::view {
+namespace vorna::app::view {
 namespace {
 
 using replay_tests::Outcome;
@@ -28,7 +28,7 @@ protected:
     }
 
     replay_tests::Temporary_Folder folder;
-    const std::string model = folder.file("ball.obj", scene::obj_text(scene::ball(24, 12)));
+    const std::string model = folder.file("ball.obj", vorna::drawing::model::obj_text(vorna::drawing::model::ball(24, 12)));
 };
 
 TEST_F(View_Command, shows_and_records_the_bytes_that_render_draws) {
@@ -167,4 +167,4 @@ TEST_F(View_Command, says_in_one_line_what_is_wrong) {
 }
 
 } // namespace
-} // namespace app::view
+} // namespace vorna::app::view

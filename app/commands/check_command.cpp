@@ -1,0 +1,180 @@
+// vorna check: whether a renderer module does what its host relies on.
+#include "app/commands/check_command.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <random>
+#include <stdexcept>
+
+#include "app/check/checks.h"
+#include "app/check/child_process.h"
+#include "app/check/report.h"
+#include "app/check/runner.h"
+#include "app/check/selftest.h"
+#include "app/cli/command.h"
+#include "app/cli/messages.h"
+#include "drawing/files/output_file.h"
+
+namespace vorna::app {
+
+namespace {
+
+using check::Outcome;
+
+struct Check_Arguments {
+    std::string module, junit, journal;
+    std::string profile = "host";
+    std::vector<std::string> only;
+    std::uint64_t seed = 0;
+    int effort = 100, parent = 0;
+    double timeout = 60;
+    bool list = false, selftest = false, quiet = false;
+};
+
+// Names of checks, where arguments may also name whole areas; all of them without arguments.
+std::vector<std::string> chosen_checks(const std::vector<std::string>& only) {
+    std::vector<std::string> names;
+    const auto is_meant = [](const std::string& argument, const check::Check& each) {
+        return argument == each.name || argument == check::area_of(each.name);
+    };
+    const auto& checks = check::all_checks();
+    for (const std::string& argument : only) {
+        if (std::none_of(checks.begin(), checks.end(), [&](const auto& each) { return is_meant(argument, each); })) {
+            throw drawing::Usage_Error("--only " + argument + ": no check and no area of that name; --list shows them");
+        }
+    }
+    for (const check::Check& each : checks) {
+        if (only.empty() ||
+            std::any_of(only.begin(), only.end(), [&](const auto& argument) { return is_meant(argument, each); })) {
+            names.emplace_back(each.name);
+        }
+    }
+    return names;
+}
+
+void list_checks() {
+    for (const check::Check& each : check::all_checks()) {
+        std::cout << each.name << ": " << each.what << '\n';
+    }
+}
+
+// At once, for what comes next may take long.
+void say(const std::string& line) {
+    print(stdout, drawing::printable(line) + '\n');
+    std::fflush(stdout);
+}
+
+int finish(const Check_Arguments& arguments, const std::string& name, const std::vector<Outcome>& outcomes) {
+    say(check::total_of(outcomes));
+    if (!arguments.junit.empty()) {
+        drawing::write_file(arguments.junit, check::junit_of(name, outcomes));
+    }
+    const bool all_passed = std::all_of(outcomes.begin(), outcomes.end(),
+                                        [](const Outcome& outcome) { return outcome.kind == Outcome::Kind::passed; });
+    return all_passed ? exit_status::done : exit_status::failed;
+}
+
+int run(const Check_Arguments& arguments, const drawing::Module_Choice& module) {
+    if (arguments.list) {
+        list_checks();
+        return exit_status::done;
+    }
+    drawing::refuse_same_files({module.path}, {arguments.junit});
+    check::Run run;
+    run.task = {module.path, arguments.profile == "krb" ? check::Profile::krb : check::Profile::host, arguments.seed,
+                arguments.effort};
+    run.checks = chosen_checks(arguments.only);
+    run.limit = std::chrono::milliseconds(static_cast<std::int64_t>(arguments.timeout * 1000));
+    run.quiet = arguments.quiet;
+    drawing::force_kernels(module);
+    if (!arguments.journal.empty()) {
+        check::end_with(arguments.parent);
+        check::expect_to_crash(run.quiet);
+        {
+            check::Journal journal(arguments.journal);
+            check::run_checks(run.task, run.checks, journal);
+        }
+        // Whatever the module has left to do at the end of a process is not looked at.
+        std::_Exit(exit_status::done);
+    }
+    if (arguments.selftest) {
+        run.quiet = true;
+        const std::string folder = arguments.module.empty() ? check::default_fault_folder() : arguments.module;
+        say(folder + ": seed " + std::to_string(arguments.seed));
+        return finish(arguments, folder,
+                      check::run_selftest(folder, run, [](const Outcome& outcome) { say(check::line_of(outcome)); }));
+    }
+    if (std::find(run.checks.begin(), run.checks.end(), check::loads) == run.checks.end()) {
+        run.checks.insert(run.checks.begin(), std::string(check::loads));
+    }
+    // A module that is none is wrong input, and nothing is reported of it.
+    const std::vector<Outcome> outcomes = check::run_in_processes(run, [&](const Outcome& outcome) {
+        if (outcome.check == check::loads) {
+            if (outcome.kind != Outcome::Kind::passed) {
+                throw drawing::Usage_Error(module.path + ": not loadable as a renderer module: " + outcome.reason);
+            }
+            say(module.path + ": profile " + arguments.profile + ", seed " + std::to_string(arguments.seed));
+        }
+        say(check::line_of(outcome));
+    });
+    return finish(arguments, module.path, outcomes);
+}
+
+} // namespace
+
+void add_check_command(CLI::App& application, int& status) {
+    const auto arguments = std::make_shared<Check_Arguments>();
+    CLI::App& command = *application.add_subcommand("check", "Check whether a renderer module does what its host relies on.");
+    command.fallthrough();
+    command.add_option("path", arguments->module, "The module; with --selftest the folder of the faulty ones")
+        ->type_name("MODULE");
+    command
+        .add_option("--profile", arguments->profile,
+                    "What to check: what every renderer owes its host, or the whole interface of krb.vrd")
+        ->type_name("NAME")
+        ->check(one_of({"host", "krb"}))
+        ->capture_default_str();
+    command.add_option("--only", arguments->only, "Only this check, or the checks of this area; may be repeated")
+        ->type_name("NAME")
+        ->take_all()
+        ->expected(1);
+    CLI::Option* const seed =
+        command.add_option("--seed", arguments->seed, "Draw what this number leads to; by default another one each time")
+            ->type_name("N")
+            ->check(between<std::int64_t>(0, UINT32_MAX));
+    command.add_option("--timeout", arguments->timeout, "Seconds for each area")
+        ->check(between(0.1, 86400.0))
+        ->capture_default_str();
+    command.add_option("--junit", arguments->junit, "Write the outcomes as JUnit XML")->type_name("FILE.xml");
+    command.add_flag("--list", arguments->list, "List the checks and exit");
+    command.add_flag("--selftest", arguments->selftest, "Check the checks with modules that are wrong in one way each");
+    command.footer(
+        footer({{"vorna check mine.vrd", "what every renderer owes its host"},
+                {"vorna check --profile krb --only drawing --seed 7", "one area of the installed module, as in an earlier run"}},
+               {}, "0 passed, 1 a check failed, 2 wrong usage, or no module."));
+    // For the processes that the command starts.
+    command.add_option("--journal", arguments->journal)->group("");
+    command.add_option("--parent", arguments->parent)->group("");
+    command.add_option("--effort", arguments->effort)->group("");
+    command.add_flag("--quiet", arguments->quiet)->group("");
+    command.callback([&application, &status, arguments, seed] {
+        if (seed->count() == 0) {
+            arguments->seed = std::random_device()();
+        }
+        drawing::Module_Choice module;
+        if (!arguments->module.empty() && !arguments->selftest) {
+            if (application.count("--module") > 0) {
+                throw drawing::Usage_Error("--module: expected one module to check, found " + arguments->module + " too");
+            }
+            module = {arguments->module, chosen_kernels(application)};
+        } else if (!arguments->list) {
+            module = chosen_module(application);
+        }
+        status = run(*arguments, module);
+    });
+}
+
+} // namespace vorna::app

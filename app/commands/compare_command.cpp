@@ -1,0 +1,101 @@
+// The command `compare`: whether two PNG files hold the same pixels.
+#include "app/commands/compare_command.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+#include "app/cli/command.h"
+#include "app/cli/messages.h"
+#include "drawing/files/input_file.h"
+#include "drawing/files/memory.h"
+#include "drawing/files/output_file.h"
+#include "drawing/image/image_comparison.h"
+
+namespace vorna::app {
+
+namespace {
+
+struct Compare_Arguments {
+    std::string first, second, fuzz, difference, max_memory;
+};
+
+std::optional<drawing::Fuzz> parsed_fuzz(const std::string& text) {
+    if (text.empty()) {
+        return {};
+    }
+    drawing::Fuzz fuzz;
+    const char* end = text.data() + text.size();
+    const auto [comma, first_error] = std::from_chars(text.data(), end, fuzz.difference);
+    if (first_error == std::errc{} && comma != end && *comma == ',') {
+        const auto [stop, second_error] = std::from_chars(comma + 1, end, fuzz.count);
+        if (second_error == std::errc{} && stop == end && fuzz.difference >= 0 && fuzz.count >= 0) {
+            return fuzz;
+        }
+    }
+    throw drawing::Usage_Error("--fuzz: expected MAXDIFF,COUNT, a difference and a number of pixels, found '" + text + "'");
+}
+
+drawing::Png_Image image_at(const std::string& path, drawing::Load_Limits& limits) {
+    try {
+        return drawing::read_png(drawing::name_of_input(path), drawing::read_input(path, limits), limits);
+    } catch (const drawing::Png_Error& error) {
+        throw drawing::Usage_Error(drawing::name_of_input(path) + ": " + error.what());
+    }
+}
+
+bool are_same(const Compare_Arguments& arguments) {
+    const std::optional<drawing::Fuzz> fuzz = parsed_fuzz(arguments.fuzz);
+    if (arguments.first == "-" && arguments.second == "-") {
+        throw drawing::Usage_Error("expected two images, found standard input twice");
+    }
+    drawing::refuse_same_files({arguments.first, arguments.second}, {arguments.difference});
+    drawing::Load_Limits limits(drawing::parsed_limit(arguments.max_memory));
+    const drawing::Png_Image first = image_at(arguments.first, limits), second = image_at(arguments.second, limits);
+    const drawing::Image_Difference difference = drawing::compare(first, second, fuzz);
+    if (!arguments.difference.empty()) {
+        if (first.width != second.width || first.height != second.height) {
+            warn("images of different sizes: " + arguments.difference + " is not written");
+        } else {
+            drawing::write_file(arguments.difference, drawing::difference_png(first, second));
+        }
+    }
+    (drawing::is_standard_output(arguments.difference) ? std::cerr : std::cout) << difference.text << '\n';
+    return difference.is_same;
+}
+
+} // namespace
+
+void add_compare_command(CLI::App& application, int& status) {
+    const auto arguments = std::make_shared<Compare_Arguments>();
+    CLI::App& command = *application.add_subcommand("compare", "Tell whether two PNG images are the same.");
+    command.footer(footer({{"vorna compare bunny.png yours.png --diff difference.png", "every bit of every pixel"},
+                           {"vorna compare bunny.png yours.png --fuzz 2,100", "but for 100 pixels that differ by 2 at most"}},
+                          "What counts:\n"
+                          "  Without --fuzz size, kind of pixels, palette and every bit of every pixel.",
+                          "0 the same, 1 different, 2 one of them cannot be read."));
+    command.add_option("first", arguments->first, "PNG file; - reads standard input")->required()->type_name("A.png");
+    command.add_option("second", arguments->second, "PNG file to compare it with")->required()->type_name("B.png");
+    command
+        .add_option("--fuzz", arguments->fuzz,
+                    "Same, too, when at most COUNT pixels differ, none by more than MAXDIFF in a channel")
+        ->type_name("MAXDIFF,COUNT");
+    command.add_option("--diff", arguments->difference, "Write the first image in pale grey, pixels that differ in red")
+        ->type_name("FILE.png")
+        ->check(written_as({"png"}));
+    add_memory_option(command, arguments->max_memory);
+    command.fallthrough();
+    command.callback([arguments, &status] {
+        // Status 1 says that they differ: whatever else fails is wrong input.
+        try {
+            status = are_same(*arguments) ? exit_status::done : exit_status::failed;
+        } catch (const std::runtime_error& error) {
+            throw drawing::Usage_Error(error.what());
+        }
+    });
+}
+
+} // namespace vorna::app

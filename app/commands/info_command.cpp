@@ -1,0 +1,73 @@
+// The command `info`: what pictures are made of.
+#include "app/commands/info_command.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/cli/command.h"
+#include "app/cli/messages.h"
+#include "drawing/files/input_file.h"
+#include "drawing/files/memory.h"
+#include "drawing/recording/document.h"
+#include "drawing/recording/picture_file.h"
+#include "drawing/recording/summary.h"
+
+namespace vorna::app {
+
+namespace {
+
+struct Info_Arguments {
+    std::vector<std::string> pictures;
+    bool as_json = false;
+    std::string max_memory;
+};
+
+drawing::recording::Picture picture_at(const std::string& path, drawing::Load_Limits& limits) {
+    try {
+        return drawing::recording::load(path, limits);
+    } catch (const drawing::recording::Picture_Error& error) {
+        throw drawing::Usage_Error(drawing::name_of_input(path) + ": " + error.what());
+    }
+}
+
+// Everything is read before anything is printed.
+void print(const Info_Arguments& arguments) {
+    std::string text;
+    drawing::Load_Limits limits(drawing::parsed_limit(arguments.max_memory));
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    for (const std::string& path : arguments.pictures) {
+        const drawing::recording::Picture picture = picture_at(path, limits);
+        if (arguments.as_json) {
+            nlohmann::ordered_json entry{{"picture", path}};
+            entry.update(drawing::recording::json_summary_of(picture));
+            list.push_back(std::move(entry));
+        } else {
+            text += drawing::printable(drawing::name_of_input(path)) + '\n' + drawing::recording::text_of(picture);
+        }
+    }
+    // Signs beyond ASCII are escaped, and bytes that are none replaced.
+    constexpr auto replace = nlohmann::ordered_json::error_handler_t::replace;
+    app::print(stdout, arguments.as_json ? list.dump(1, ' ', true, replace) + '\n' : text);
+}
+
+} // namespace
+
+void add_info_command(CLI::App& application, int& status) {
+    const auto arguments = std::make_shared<Info_Arguments>();
+    CLI::App& command = *application.add_subcommand("info", "Tell what pictures are made of: calls, points, textures.");
+    command.add_option("picture", arguments->pictures, "Pictures, plain or compressed; - reads standard input")
+        ->required()
+        ->type_name("PICTURE");
+    command.add_flag("--json", arguments->as_json, "Print a list of objects for programs");
+    add_memory_option(command, arguments->max_memory);
+    command.footer(footer({{"vorna info bunny.json.gz", "what vorna render --record has written"}}));
+    command.fallthrough();
+    command.callback([arguments, &status] {
+        print(*arguments);
+        status = exit_status::done;
+    });
+}
+
+} // namespace vorna::app

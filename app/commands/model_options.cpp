@@ -1,0 +1,415 @@
+// What the commands that draw a model have in common.
+#include "app/commands/model_options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <sstream>
+#include <utility>
+
+#include "app/cli/color_option.h"
+#include "app/cli/command.h"
+#include "app/cli/messages.h"
+#include "drawing/files/memory.h"
+#include "drawing/image/palette.h"
+#include "drawing/model/model_reader.h"
+#include "drawing/model/scene_renderer.h"
+#include "drawing/model/textured_scene.h"
+#include "drawing/model/vectors.h"
+
+namespace vorna::app {
+namespace {
+
+// The first one is the default.
+template <class Value> using Choices = std::vector<std::pair<std::string, Value>>;
+
+const Choices<drawing::model::View> views{{"iso", drawing::model::View::iso},      {"front", drawing::model::View::front},
+                                          {"back", drawing::model::View::back},    {"left", drawing::model::View::left},
+                                          {"right", drawing::model::View::right},  {"top", drawing::model::View::top},
+                                          {"bottom", drawing::model::View::bottom}};
+const Choices<drawing::model::Up_Axis> up_axes{
+    {"y", drawing::model::Up_Axis::y},        {"z", drawing::model::Up_Axis::z},        {"x", drawing::model::Up_Axis::x},
+    {"-y", drawing::model::Up_Axis::minus_y}, {"-z", drawing::model::Up_Axis::minus_z}, {"-x", drawing::model::Up_Axis::minus_x}};
+const Choices<drawing::model::Shading> shadings{{"gouraud", drawing::model::Shading::gouraud},
+                                                {"flat", drawing::model::Shading::flat},
+                                                {"textured", drawing::model::Shading::textured},
+                                                {"wireframe", drawing::model::Shading::wireframe},
+                                                {"hidden-line", drawing::model::Shading::hidden_line}};
+const Choices<drawing::model::Culling> cullings{{"none", drawing::model::Culling::none}, {"back", drawing::model::Culling::back}};
+const Choices<int> color_bits{{"32", 32}, {"8", 8}};
+
+template <class Value>
+CLI::Option* add_choice(CLI::App& command, const std::string& name, Value& target, const std::string& description,
+                        const Choices<Value>& choices, const char* type) {
+    std::vector<std::string> names;
+    names.reserve(choices.size());
+    for (const auto& [known, value] : choices) {
+        names.push_back(known);
+    }
+    const auto choose = [&target, &choices](const std::string& given) {
+        target = std::ranges::find(choices, given, [](const auto& choice) { return choice.first; })->second;
+    };
+    return command.add_option_function<std::string>(name, choose, description)
+        ->type_name(type)
+        ->default_str(choices.front().first)
+        ->check(one_of(names));
+}
+
+VT_Vector_D parsed_direction(const std::string& text) {
+    VT_Vector_D direction;
+    std::istringstream stream(text);
+    stream.imbue(std::locale::classic());
+    char first_comma = 0, second_comma = 0;
+    stream >> direction.x >> first_comma >> direction.y >> second_comma >> direction.z;
+    const double squared = direction.x * direction.x + direction.y * direction.y + direction.z * direction.z;
+    if (!stream || !(stream >> std::ws).eof() || first_comma != ',' || second_comma != ',' || !std::isfinite(squared) ||
+        squared == 0) {
+        throw drawing::Usage_Error("--light: expected a direction x,y,z, found '" + text + "'");
+    }
+    return direction;
+}
+
+// Eye and target, and the direction that points up, if given. Coordinates of more than a double's cube root are no place.
+drawing::model::Aim parsed_aim(const std::string& text) {
+    using drawing::model::operator-;
+    std::array<double, 9> numbers{};
+    std::size_t count = 0;
+    const char *next = text.data(), *const end = next + text.size();
+    for (; count < numbers.size(); ++count) {
+        const auto [stop, error] = std::from_chars(next, end, numbers[count]);
+        if (error != std::errc{} || !(std::abs(numbers[count]) < 1e100)) {
+            break;
+        }
+        next = stop;
+        if (next == end || *next != ',') {
+            ++count;
+            break;
+        }
+        ++next;
+    }
+    const auto vector = [&](std::size_t i) { return VT_Vector_D{numbers[i], numbers[i + 1], numbers[i + 2]}; };
+    const drawing::model::Aim aim{vector(0), vector(3), vector(6)};
+    if ((count != 6 && count != 9) || next != end || !(drawing::model::length(aim.eye - aim.target) > 0)) {
+        throw drawing::Usage_Error(
+            "--camera: expected two places x,y,z,x,y,z, of the eye and of what it looks at, and for a direction that "
+            "points up another x,y,z, found '" +
+            text + "'");
+    }
+    return aim;
+}
+
+// Levels of red, green and blue; nothing when the text has another form.
+std::optional<VT_Int_RGB> parsed_levels(const std::string& text) {
+    std::array<std::int32_t, 3> levels{};
+    const char *place = text.data(), *const end = place + text.size();
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        const auto [stop, error] = std::from_chars(place, end, levels[i]);
+        if (error != std::errc{} || (i < 2 ? stop == end || *stop != 'x' : stop != end)) {
+            return std::nullopt;
+        }
+        place = stop + 1;
+    }
+    return VT_Int_RGB{levels[0], levels[1], levels[2]};
+}
+
+void warn(const Model_Options& options, const std::vector<std::string>& warnings) {
+    for (const std::string& warning : warnings) {
+        if (options.strict) {
+            throw drawing::Usage_Error(warning);
+        }
+        app::warn(warning);
+    }
+}
+
+// A number that reads back as the same.
+std::string text_of(double number) {
+    std::array<char, 32> text;
+    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
+}
+
+std::string text_of(const drawing::model::Aim& aim) {
+    std::string text;
+    for (const VT_Vector_D& v : {aim.eye, aim.target, aim.up}) {
+        for (const double coordinate : {v.x, v.y, v.z}) {
+            text += (text.empty() ? "" : ",") + text_of(coordinate);
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+void add_model_options(CLI::App& command, Model_Options& options, const std::string& inputs) {
+    command.add_option("model", options.models, inputs)->required()->type_name("MODEL");
+    command
+        .add_option(
+            "--input-format", options.input_format,
+            "What the files are, as a suffix: obj, ply, stl, gltf, json and so on; by default their names or contents tell")
+        ->type_name("SUFFIX");
+    CLI::Option* const view = add_choice(command, "--view", options.camera.view, "Side to look at", views, "SIDE");
+    command
+        .add_option_function<std::string>(
+            "--camera", [&options](const std::string& text) { options.aim = parsed_aim(text); },
+            "Instead of a side: places of the eye and of the middle of the picture, X,Y,Z,X,Y,Z in the model's coordinates, "
+            "and three more numbers for the direction that points up if it is not the model's")
+        ->type_name("PLACES")
+        ->excludes(view);
+    CLI::Option* perspective = command.add_flag("--perspective")->description("Near things are larger, as without --ortho");
+    command.add_flag("--ortho", options.orthographic, "Parallel lines stay parallel")->excludes(perspective);
+    add_choice(command, "--up", options.camera.up, "The model's axis that points up", up_axes, "AXIS")
+        ->transform([](const std::string& text) { return text.starts_with('+') ? text.substr(1) : text; });
+    command.add_option("--zoom", options.camera.zoom, "Enlarge the middle of the picture")
+        ->check(between(0.01, 1000.0))
+        ->capture_default_str();
+    add_choice(command, "--shading", options.picture.shading, "How colours run over faces", shadings, "KIND");
+    command
+        .add_flag("--edges{all}", options.edges,
+                  "Draw the edges of polygons over them, or outlines, borders and sharp bends only")
+        ->type_name("KIND")
+        ->check(values({"all", "feature"}));
+    command.add_option("--edge-color", options.edge_color, "Colour of edges")->type_name("COLOR");
+    command.add_flag("--antialias", options.antialias, "Smooth lines; --supersample smooths everything");
+    add_choice(command, "--cull", options.picture.culling, "Faces to leave out, as seen by the viewer", cullings, "FACES");
+    command.add_option("--background", options.background, "Colour behind what is drawn, or none: transparent")
+        ->type_name("COLOR")
+        ->capture_default_str();
+    command.add_option("--color", options.color, "Colour of the model instead of its own")->type_name("COLOR");
+    command.add_option("--light", options.light, "Direction towards the light: right, up, towards the viewer")
+        ->type_name("X,Y,Z")
+        ->capture_default_str();
+    add_choice(command, "--colors", options.colors, "Bits a pixel, 8 through a palette", color_bits, "BITS");
+    command
+        .add_option(
+            "--palette", options.palette,
+            "Palette of 8-bit pixels: cube (6x6x6 and greys), levels of red, green and blue as 8x8x4, or a file: PNG with a "
+            "palette, GIMP palette, lines of #rrggbb")
+        ->type_name("PALETTE");
+    command.add_flag("--strict", options.strict,
+                     "Fail when a file of materials, or a texture to be drawn, cannot be read, instead of warning");
+    add_memory_option(command, options.max_memory);
+    command.add_flag("--allow-outside", options.allow_outside,
+                     "Read materials, images and buffers that lie outside of a model's folder too");
+    group_options(command, "Camera of models", "--view --camera --perspective --ortho --up --zoom");
+    group_options(command, "Drawing", "--background --colors --antialias");
+    group_options(command, "Drawing of models", "--shading --edges --edge-color --cull --color --light --palette");
+    group_options(command, "Input", "--input-format --strict --allow-outside --max-memory");
+}
+
+std::vector<std::string> arguments_of(const Model_Options& options) {
+    const Model_Options defaults;
+    std::vector<std::string> arguments;
+    const auto add = [&](const char* name, const std::string& value, const std::string& by_default) {
+        if (value != by_default) {
+            arguments.push_back(std::string(name) + "=" + value);
+        }
+    };
+    const auto add_chosen = [&](const char* name, const auto& value, const auto& choices) {
+        const auto found = std::ranges::find(choices, value, [](const auto& choice) { return choice.second; });
+        add(name, found->first, choices.front().first);
+    };
+    const auto add_flag = [&](const char* name, bool on) {
+        if (on) {
+            arguments.emplace_back(name);
+        }
+    };
+    arguments = options.models;
+    add("--input-format", options.input_format, "");
+    if (options.aim) {
+        add("--camera", text_of(*options.aim), "");
+    } else {
+        add_chosen("--view", options.camera.view, views);
+    }
+    add_flag("--ortho", options.orthographic);
+    add_chosen("--up", options.camera.up, up_axes);
+    add("--zoom", text_of(options.camera.zoom), text_of(defaults.camera.zoom));
+    add_chosen("--shading", options.picture.shading, shadings);
+    add("--edges", options.edges, defaults.edges);
+    add("--edge-color", options.edge_color, defaults.edge_color);
+    add_flag("--antialias", options.antialias);
+    add_chosen("--cull", options.picture.culling, cullings);
+    add("--background", options.background, defaults.background);
+    add("--color", options.color, defaults.color);
+    add("--light", options.light, defaults.light);
+    add("--palette", options.palette, "");
+    if (options.palette.empty() && options.colors == 8) {
+        add("--colors", "8", "");
+    }
+    add_flag("--strict", options.strict);
+    add_flag("--allow-outside", options.allow_outside);
+    add("--max-memory", options.max_memory, "");
+    return arguments;
+}
+
+std::shared_ptr<drawing::Load_Limits> limits_of(const Model_Options& options) {
+    return std::make_shared<drawing::Load_Limits>(drawing::parsed_limit(options.max_memory), options.allow_outside);
+}
+
+VT_Int_Pair parsed_pair(const std::string& text, std::int32_t most, const std::string& expected) {
+    VT_Int_Pair size;
+    const char* end = text.data() + text.size();
+    const auto [x, width_error] = std::from_chars(text.data(), end, size.x);
+    if (width_error == std::errc{} && x != end && *x == 'x') {
+        const auto [stop, height_error] = std::from_chars(x + 1, end, size.y);
+        if (height_error == std::errc{} && stop == end && size.x >= 1 && size.x <= most && size.y >= 1 && size.y <= most) {
+            return size;
+        }
+    }
+    throw drawing::Usage_Error(expected + ", found '" + text + "'");
+}
+
+std::vector<drawing::Input> open_inputs(const Model_Options& options) {
+    if (std::ranges::count(options.models, "-") > 1) {
+        throw drawing::Usage_Error("-: expected standard input once, found it twice");
+    }
+    std::vector<drawing::Input> inputs;
+    for (const std::string& file : options.models) {
+        inputs.push_back(drawing::open_input(file, options.input_format, *options.limits));
+    }
+    return inputs;
+}
+
+bool draws_indices(const Model_Options& options) {
+    return options.palette.empty() ? options.colors == 8 : options.palette == "cube" || parsed_levels(options.palette);
+}
+
+Palette_Choice palette_of(const Model_Options& options) {
+    Palette_Choice choice;
+    if (options.palette.empty() || options.palette == "cube") {
+        if (draws_indices(options)) {
+            choice.drawn = new VT_Palette;
+        }
+    } else if (const auto levels = parsed_levels(options.palette)) {
+        constexpr std::int32_t most = 256;
+        const auto [red, green, blue] = *levels;
+        const bool fits =
+            std::min({red, green, blue}) >= 2 && std::max({red, green, blue}) <= most / 4 && red * green * blue <= most;
+        if (!fits) {
+            throw drawing::Usage_Error("--palette: expected 2 levels or more of each colour and 256 colours at most, found " +
+                                       options.palette);
+        }
+        choice.drawn = drawing::cube_palette(*levels);
+    } else {
+        choice.mapped = drawing::read_palette(options.palette, *options.limits);
+    }
+    if (options.colors == 32 && !options.palette.empty()) {
+        throw drawing::Usage_Error("--palette: expected 8 bits a pixel, found --colors 32");
+    }
+    return choice;
+}
+
+VT_RGB32 background_of(const Model_Options& options) {
+    return parsed_color("--background", options.background, {"none"});
+}
+
+VT_RGB32 base_color_of(const Model_Options& options) {
+    return parsed_color("--color", options.color.empty() ? "#8fa9c4" : options.color);
+}
+
+drawing::model::Picture_Settings picture_settings_of(const Model_Options& options) {
+    drawing::model::Picture_Settings settings = options.picture;
+    settings.light = parsed_direction(options.light);
+    return settings;
+}
+
+// Wireframes have the model's colour, edges over faces a dark one; without what lies behind faces a picture is a drawing, which
+// is dark on light or light on dark.
+drawing::model::Edge_Settings edge_settings_of(const Model_Options& options) {
+    constexpr VT_RGB32 dark{51, 40, 30, 255}, light{235, 230, 225, 255};
+    drawing::model::Edge_Settings settings;
+    if (!options.has_edges()) {
+        for (const auto& [given, name] :
+             {std::pair(options.antialias, "--antialias"), {!options.edge_color.empty(), "--edge-color"}}) {
+            if (given) {
+                throw drawing::Usage_Error(std::string(name) +
+                                           ": expected --edges, --shading wireframe or hidden-line beside it, found none");
+            }
+        }
+    }
+    if (options.antialias && draws_indices(options)) {
+        throw drawing::Usage_Error("--antialias: expected 32 bits a pixel, found " +
+                                   (options.palette.empty() ? "--colors 8" : "--palette " + options.palette));
+    }
+    if (!options.edges.empty() && options.edges != "all" && options.edges != "feature") {
+        throw drawing::Usage_Error("--edges: expected all or feature, found '" + options.edges + "'");
+    }
+    settings.choice = options.edges == "feature" ? drawing::model::Edge_Choice::features : drawing::model::Edge_Choice::all;
+    settings.culling = options.picture.culling;
+    settings.over_faces = options.has_faces();
+    settings.smoothed = options.antialias;
+    if (!options.edge_color.empty()) {
+        settings.color = parsed_color("--edge-color", options.edge_color);
+    } else if (options.picture.shading == drawing::model::Shading::hidden_line && !options.is_transparent()) {
+        const VT_RGB32 paper = background_of(options);
+        settings.color = 3 * paper.red + 6 * paper.green + paper.blue < 1280 ? light : dark;
+    } else if (options.has_faces()) {
+        settings.color = dark;
+    }
+    return settings;
+}
+
+drawing::model::Camera_Settings camera_settings_of(const Model_Options& options, const drawing::model::Mesh& mesh,
+                                                   VT_Int_Pair size) {
+    using namespace drawing::model;
+    Camera_Settings settings = options.camera;
+    settings.aspect = static_cast<double>(size.x) / size.y;
+    settings.projection = options.orthographic ? Projection::orthographic : Projection::perspective;
+    if (options.aim) {
+        const auto moved = [&mesh](const VT_Vector_D& place) { return (place - mesh.center) * (1 / mesh.radius); };
+        Aim aim{moved(options.aim->eye), moved(options.aim->target), options.aim->up};
+        if (length(aim.up) == 0) {
+            aim.up = up_direction(settings.up);
+        }
+        const VT_Vector_D toward = aim.eye - aim.target;
+        if (!(length(cross(aim.up, toward)) > 1e-9 * length(aim.up) * length(toward))) {
+            throw drawing::Usage_Error("--camera: expected two places apart and another direction that points up, found '" +
+                                       text_of(*options.aim) + "'");
+        }
+        settings.aim = aim;
+    }
+    return settings;
+}
+
+drawing::model::Mesh load_mesh(const Model_Options& options, std::vector<drawing::Input> inputs, bool empty) {
+    drawing::model::Mesh mesh = drawing::model::load_models(inputs, *options.limits, empty);
+    warn(options, mesh.warnings);
+    return mesh;
+}
+
+std::unique_ptr<drawing::model::Scene> make_faces(const Model_Options& options, const drawing::model::Mesh& mesh) {
+    const VT_RGB32 color = base_color_of(options);
+    const bool own_colors = options.color.empty();
+    if (options.picture.shading != drawing::model::Shading::textured) {
+        return std::make_unique<drawing::model::Scene_Renderer>(mesh, color, own_colors);
+    }
+    std::unique_ptr<drawing::model::Scene> scene;
+    std::vector<std::string> warnings;
+    if (drawing::model::Textured_Scene::has_work(mesh)) {
+        scene = std::make_unique<drawing::model::Textured_Scene>(mesh, color, own_colors, warnings, *options.limits);
+    } else {
+        scene = std::make_unique<drawing::model::Scene_Renderer>(mesh, color, own_colors);
+    }
+    warn(options, warnings);
+    return scene;
+}
+
+std::unique_ptr<drawing::model::Edge_Renderer> make_edges(const Model_Options& options, const drawing::model::Mesh& mesh) {
+    return std::make_unique<drawing::model::Edge_Renderer>(mesh, base_color_of(options), options.color.empty());
+}
+
+drawing::Drawn_Model make_model(const Model_Options& options, const drawing::model::Mesh& mesh) {
+    drawing::Drawn_Model model;
+    if (mesh.triangles.empty()) {
+        return model;
+    }
+    if (options.has_faces()) {
+        model.faces = make_faces(options, mesh);
+    }
+    if (options.has_edges()) {
+        model.edges = make_edges(options, mesh);
+    }
+    return model;
+}
+
+} // namespace vorna::app

@@ -1,0 +1,96 @@
+// What the commands that draw a model have in common: the model, where it is seen from, and how it looks.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "drawing/files/input.h"
+#include "drawing/files/load_limits.h"
+#include "drawing/image/image_file.h"
+#include "drawing/job/drawn_model.h"
+#include "drawing/model/camera.h"
+#include "drawing/model/edge_renderer.h"
+#include "drawing/model/mesh.h"
+#include "drawing/model/scene.h"
+#include "drawing/recording/session.h"
+
+namespace CLI {
+class App;
+}
+
+namespace vorna::app {
+
+struct Model_Options {
+    std::vector<std::string> models; // files, drawn together
+    std::string input_format;        // empty = as their names and contents say
+    drawing::model::Camera_Settings camera;
+    bool orthographic = false;
+    std::optional<drawing::model::Aim> aim; // in the file's coordinates; up 0, 0, 0 = the model's
+    drawing::model::Picture_Settings picture;
+    std::string background = "white", light = "-0.5,0.65,0.7"; // background none: transparent
+    std::string color;                                         // empty = the model's own
+    std::string edges;                                         // empty = none
+    std::string edge_color;
+    bool antialias = false;
+    int colors = 0;      // bits a pixel of the file; 0 = as the palette needs, 32 without one
+    std::string palette; // cube, levels as 8x8x4, or a file; empty = none
+    bool strict = false;
+    std::string max_memory; // empty = by the files' sizes
+    bool allow_outside = false;
+    std::shared_ptr<drawing::Load_Limits> limits = std::make_shared<drawing::Load_Limits>(); // of all that is read
+
+    bool has_faces() const noexcept { return picture.shading != drawing::model::Shading::wireframe; }
+    bool has_edges() const noexcept {
+        return !edges.empty() || !has_faces() || picture.shading == drawing::model::Shading::hidden_line;
+    }
+    bool is_transparent() const noexcept { return background == "none"; }
+};
+
+// inputs: what the files may be, for the help.
+void add_model_options(CLI::App& command, Model_Options& options, const std::string& inputs);
+
+// Limits as the options say. Throws Usage_Error.
+std::shared_ptr<drawing::Load_Limits> limits_of(const Model_Options& options);
+
+// The options as a shell's words, as far as they differ from the defaults.
+std::vector<std::string> arguments_of(const Model_Options& options);
+
+// What the palette of a picture is, if it has one.
+struct Palette_Choice {
+    VT_Reference<const VT_Palette> drawn; // that the renderer draws with; null = 32 bits a pixel
+    std::vector<VT_RGB32> mapped;         // that 32-bit pixels are mapped to
+};
+
+// A pair of numbers from 1 to most with an x between them. Throws Usage_Error that begins with what is expected.
+VT_Int_Pair parsed_pair(const std::string& text, std::int32_t most, const std::string& expected);
+
+// These throw Usage_Error for what makes no sense.
+std::vector<drawing::Input> open_inputs(const Model_Options& options);
+Palette_Choice palette_of(const Model_Options& options);
+// Whether the renderer draws palette indices; palettes from files are for what it has drawn.
+bool draws_indices(const Model_Options& options);
+// Of what is not transparent.
+VT_RGB32 background_of(const Model_Options& options);
+VT_RGB32 base_color_of(const Model_Options& options);
+drawing::model::Picture_Settings picture_settings_of(const Model_Options& options);
+drawing::model::Edge_Settings edge_settings_of(const Model_Options& options);
+drawing::model::Camera_Settings camera_settings_of(const Model_Options& options, const drawing::model::Mesh& mesh,
+                                                   VT_Int_Pair size);
+
+// What could not be read of materials and textures is said, or refused. empty: whether files without triangles are fine.
+drawing::model::Mesh load_mesh(const Model_Options& options, std::vector<drawing::Input> inputs, bool empty = false);
+// Textures are drawn when they are asked for and there are any.
+std::unique_ptr<drawing::model::Scene> make_faces(const Model_Options& options, const drawing::model::Mesh& mesh);
+std::unique_ptr<drawing::model::Edge_Renderer> make_edges(const Model_Options& options, const drawing::model::Mesh& mesh);
+// Faces, edges or both, as the options say; neither when the mesh has no triangles.
+drawing::Drawn_Model make_model(const Model_Options& options, const drawing::model::Mesh& mesh);
+
+// Spans leave out their last pixel, and no point may lie outside the window: a model that is cut off at the picture's right or
+// upper edge reaches it only when the window is larger by one.
+inline constexpr std::int32_t window_margin = 1;
+inline constexpr std::int32_t largest_picture_side = 16384 - window_margin;
+
+} // namespace vorna::app

@@ -1,0 +1,316 @@
+// vorna replay: pictures at slot level.
+#include "app/commands/replay_command.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include "app/cli/command.h"
+#include "app/cli/messages.h"
+#include "app/cli/progress.h"
+#include "drawing/files/input_file.h"
+#include "drawing/files/memory.h"
+#include "drawing/files/output_file.h"
+#include "drawing/files/path.h"
+#include "drawing/image/image_file.h"
+#include "drawing/recording/call_kinds.h"
+#include "drawing/recording/document.h"
+#include "drawing/recording/picture_file.h"
+#include "drawing/recording/recorder.h"
+#include "drawing/recording/replay.h"
+#include "drawing/recording/session.h"
+#include "drawing/recording/timing.h"
+
+namespace vorna::app {
+
+namespace {
+
+struct Replay_Arguments {
+    std::string picture;
+    std::string color, depth, color_raw, depth_raw, report, record, every_call; // empty = not asked for
+    std::string until, only;
+    std::string timing; // empty, table or json
+    std::string sort = "call";
+    int repeat = 3;
+    bool unchecked = false;
+    std::string max_memory;
+
+    bool writes_nothing() const {
+        return color.empty() && depth.empty() && color_raw.empty() && depth_raw.empty() && report.empty() && record.empty() &&
+               every_call.empty() && timing.empty();
+    }
+};
+
+constexpr std::size_t most_files_unasked = 1000;
+
+// The part of a window that a picture shows.
+drawing::Raster shown(const drawing::Raster& raster, const drawing::Session& session,
+                      const drawing::recording::Picture& picture) {
+    if (!picture.output) {
+        return raster;
+    }
+    const VT_Int_Rectangle window = session.window(), &area = *picture.output;
+    if (area.left < window.left || area.right > window.right || area.bottom < window.bottom || area.top > window.top ||
+        area.left > area.right || area.bottom > area.top) {
+        throw drawing::recording::Picture_Error("output: expected a rectangle inside the window");
+    }
+    return drawing::cut(raster, window, area);
+}
+
+void add_outputs(const Replay_Arguments& arguments, drawing::Session& session, const drawing::recording::Picture& picture,
+                 const drawing::recording::Report& report, drawing::Output_Files& files) {
+    const auto write = [&](const std::string& png, const std::string& raw, const drawing::Raster& raster) {
+        if (!png.empty()) {
+            files.add(png, drawing::png_of(shown(raster, session, picture), session.palette()));
+        }
+        if (!raw.empty()) {
+            files.add(raw, drawing::raw_bytes_of(shown(raster, session, picture)));
+        }
+    };
+    write(arguments.color, arguments.color_raw, drawing::raster_of(session.color_buffer()));
+    if (!arguments.depth.empty() || !arguments.depth_raw.empty()) {
+        const VT_Reference<VT_Shared_Image> depth = session.read_depth();
+        write(arguments.depth, arguments.depth_raw, drawing::raster_of(*depth));
+    }
+    if (!arguments.report.empty()) {
+        files.add(arguments.report, drawing::recording::json_of(report));
+    }
+}
+
+// The number of a call that exists.
+std::size_t parsed_call(const char* option, const std::string& whole, std::string_view text, std::size_t calls) {
+    std::size_t call = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), call);
+    if (error != std::errc{} || end != text.data() + text.size() || call >= calls) {
+        throw drawing::Usage_Error(
+            std::string(option) + ": expected " +
+            (calls == 0 ? "nothing, because there are no calls" : "numbers of calls from 0 to " + std::to_string(calls - 1)) +
+            ", found '" + whole + "'");
+    }
+    return call;
+}
+
+drawing::recording::Replay_Settings settings_of(const Replay_Arguments& arguments, std::size_t calls) {
+    drawing::recording::Replay_Settings settings;
+    settings.unchecked = arguments.unchecked;
+    if (!arguments.until.empty()) {
+        settings.last = parsed_call("--until", arguments.until, arguments.until, calls);
+    }
+    if (!arguments.only.empty()) {
+        const std::string_view text = arguments.only;
+        const std::size_t dots = text.find("..");
+        settings.first = parsed_call("--only", arguments.only, text.substr(0, dots), calls);
+        settings.last = dots == text.npos ? settings.first : parsed_call("--only", arguments.only, text.substr(dots + 2), calls);
+        if (settings.last < settings.first) {
+            throw drawing::Usage_Error("--only: expected the lower number first, found '" + arguments.only + "'");
+        }
+    }
+    return settings;
+}
+
+// Long recordings fill a folder only when somebody has said how far.
+void refuse_many_files(const Replay_Arguments& arguments, std::size_t calls) {
+    if (!arguments.every_call.empty() && arguments.until.empty() && arguments.only.empty() && calls > most_files_unasked) {
+        throw drawing::Usage_Error("--every-call: expected --until or --only beside it for more than " +
+                                   std::to_string(most_files_unasked) + " files, found neither for " + std::to_string(calls) +
+                                   " calls");
+    }
+}
+
+// A numbered PNG for every call. The folder is made when it is not there.
+class Every_Call {
+public:
+    Every_Call(const std::string& folder, const drawing::recording::Picture& picture,
+               const drawing::recording::Replay_Settings& settings, drawing::Session& session)
+        : folder_(folder), picture_(picture), settings_(settings), session_(session) {
+        std::error_code error;
+        std::filesystem::create_directories(drawing::path_of(folder), error);
+        if (error) {
+            throw std::runtime_error(folder + ": cannot be made: " + error.message());
+        }
+    }
+
+    void after_call(std::size_t call) {
+        const std::size_t digits = std::max<std::size_t>(4, std::to_string(picture_.calls.size()).size());
+        std::string number = std::to_string(call);
+        number.insert(0, digits - number.size(), '0');
+        const std::string name = folder_ + '/' + number + '-' + std::string(picture_.calls[call].kind->name) + ".png";
+        drawing::write_file(
+            name, drawing::png_of(shown(drawing::raster_of(session_.color_buffer()), session_, picture_), session_.palette()));
+        const std::size_t end = std::min(settings_.last, picture_.calls.size() - 1) + 1;
+        progress_.show(static_cast<double>(call + 1) / static_cast<double>(end));
+    }
+
+private:
+    std::string folder_;
+    const drawing::recording::Picture& picture_;
+    const drawing::recording::Replay_Settings& settings_;
+    drawing::Session& session_;
+    Progress progress_;
+};
+
+drawing::recording::Cost_Order cost_order_of(const Replay_Arguments& arguments) {
+    using drawing::recording::Cost_Order;
+    if (!arguments.timing.empty() && arguments.timing != "table" && arguments.timing != "json") {
+        throw drawing::Usage_Error("--timing: expected table or json, found '" + arguments.timing + "'");
+    }
+    for (const auto& [name, order] :
+         {std::pair("call", Cost_Order::calls), {"time", Cost_Order::time}, {"pixels", Cost_Order::pixels}}) {
+        if (arguments.sort == name) {
+            return order;
+        }
+    }
+    throw drawing::Usage_Error("--sort: expected call, time or pixels, found '" + arguments.sort + "'");
+}
+
+void add_timing(const Replay_Arguments& arguments, const drawing::Module_Choice& module,
+                const drawing::recording::Picture& picture, const drawing::recording::Replay_Settings& settings,
+                std::vector<drawing::recording::Call_Cost> costs, drawing::Output_Files& files) {
+    drawing::recording::measure(picture, module, settings, arguments.repeat, costs);
+    drawing::recording::sort(costs, cost_order_of(arguments));
+    files.add("-", arguments.timing == "json" ? drawing::recording::json_of(picture, costs)
+                                              : drawing::recording::table_of(picture, costs));
+}
+
+// Who asked for no file learns at least that it went well.
+void print_drawn(const Replay_Arguments& arguments, const drawing::recording::Replay_Settings& settings, std::size_t calls,
+                 const drawing::Session& session) {
+    const std::size_t drawn = calls == 0 ? 0 : std::min(settings.last, calls - 1) + 1 - settings.first;
+    const VT_Int_Rectangle window = session.window();
+    print(stdout, drawing::printable(drawing::name_of_input(arguments.picture)) + ": drew " + std::to_string(drawn) + " call" +
+                      (drawn == 1 ? "" : "s") + " into " + std::to_string(window.right - window.left + 1) + " x " +
+                      std::to_string(window.top - window.bottom + 1) + " pixels; --color FILE.png writes them\n");
+}
+
+void replay(const Replay_Arguments& arguments, const drawing::Module_Choice& module) {
+    cost_order_of(arguments); // wrong options are told before anything is read
+    drawing::refuse_same_files({arguments.picture}, {arguments.color, arguments.depth, arguments.color_raw, arguments.depth_raw,
+                                                     arguments.report, arguments.record});
+    drawing::Load_Limits limits(drawing::parsed_limit(arguments.max_memory));
+    const drawing::recording::Picture picture = drawing::recording::load(arguments.picture, limits);
+    const drawing::recording::Replay_Settings settings = settings_of(arguments, picture.calls.size());
+    refuse_many_files(arguments, picture.calls.size());
+    drawing::Session session(module);
+    std::optional<drawing::recording::Recorder> recorder;
+    std::optional<drawing::recording::Change_Counter> counter;
+    std::optional<Every_Call> every_call;
+    drawing::recording::Replay_Settings watched = settings;
+    if (!arguments.record.empty()) {
+        recorder.emplace(session);
+    }
+    if (!arguments.timing.empty()) {
+        counter.emplace(picture, session);
+        watched.before_call = [&](std::size_t call) { counter->before_call(call); };
+    }
+    if (!arguments.every_call.empty()) {
+        every_call.emplace(arguments.every_call, picture, settings, session);
+    }
+    watched.after_call = [&](std::size_t call) {
+        if (counter) {
+            counter->after_call(call);
+        }
+        if (every_call) {
+            every_call->after_call(call);
+        }
+    };
+    const drawing::recording::Report report = drawing::recording::replay(picture, session, watched);
+    drawing::Output_Files files;
+    if (recorder) {
+        files.add(arguments.record, drawing::recording::file_of(recorder->finish(picture.output), arguments.record));
+    }
+    if (!session.has_depth_buffer() && !(arguments.depth.empty() && arguments.depth_raw.empty())) {
+        throw drawing::recording::Picture_Error("there is no depth buffer for --depth or --depth-raw");
+    }
+    add_outputs(arguments, session, picture, report, files);
+    if (counter) {
+        add_timing(arguments, module, picture, settings, counter->costs(), files);
+    }
+    files.commit();
+    if (arguments.writes_nothing()) {
+        print_drawn(arguments, settings, picture.calls.size(), session);
+    }
+}
+
+void run(const Replay_Arguments& arguments, const drawing::Module_Choice& module) {
+    const std::string name = drawing::name_of_input(arguments.picture);
+    try {
+        replay(arguments, module);
+    } catch (const drawing::recording::Picture_Error& error) {
+        throw drawing::Usage_Error(name + ": " + error.what());
+    } catch (const drawing::recording::Not_Drawn& error) {
+        throw std::runtime_error(name + ": " + error.what());
+    }
+}
+
+} // namespace
+
+void add_replay_command(CLI::App& application, int& status) {
+    const auto arguments = std::make_shared<Replay_Arguments>();
+    CLI::App& command = *application.add_subcommand("replay", "Draw a picture, a JSON document of renderer calls.");
+    command.fallthrough();
+    command.add_option("picture", arguments->picture, "The picture, plain or compressed; - reads standard input")
+        ->required()
+        ->type_name("PICTURE");
+    const auto add_output = [&command](const char* option, std::string& path, const char* what, const char* type) {
+        CLI::Option* output = command.add_option(option, path, what)->type_name(type);
+        if (const std::string_view name = type; name == "PICTURE") {
+            output->check(written_as({"json", "gz"}));
+        } else if (name != "FILE") {
+            output->check(written_as({type + name.find('.') + 1}));
+        }
+    };
+    add_output("--color", arguments->color, "Write the colour buffer as PNG, RGBA or palette", "FILE.png");
+    add_output("--depth", arguments->depth, "Write the depth buffer as PNG, 16-bit greyscale", "FILE.png");
+    add_output("--color-raw", arguments->color_raw, "Write the colour buffer as plain rows, top row first", "FILE");
+    add_output("--depth-raw", arguments->depth_raw, "Write the depth buffer as plain rows, top row first", "FILE");
+    add_output("--report", arguments->report, "Write what happened besides drawing, as JSON", "FILE.json");
+    add_output("--record", arguments->record, "Write what was drawn as a picture again, compressed as FILE.gz", "PICTURE");
+    add_memory_option(command, arguments->max_memory);
+    command.add_flag("--unchecked", arguments->unchecked, "Send coordinates that renderers trust without looking at them");
+    CLI::Option* until =
+        command.add_option("--until", arguments->until, "Stop after call N; the first call is 0")->type_name("N");
+    command.add_option("--only", arguments->only, "Draw with the calls A to B alone; earlier ones only set the renderer up")
+        ->type_name("A..B")
+        ->excludes(until);
+    command
+        .add_option("--every-call", arguments->every_call,
+                    "Write the colour buffer after every call, numbered, into FOLDER; more than " +
+                        std::to_string(most_files_unasked) + " files only with --until or --only")
+        ->type_name("FOLDER");
+    CLI::Option* timing = command
+                              .add_flag("--timing{table}", arguments->timing,
+                                        "Print for each call the pixels that it changed and its time, or the same for programs")
+                              ->type_name("FORM")
+                              ->check(values({"table", "json"}));
+    command.add_option("--sort", arguments->sort, "Order of --timing")
+        ->type_name("NAME")
+        ->check(values({"call", "time", "pixels"}))
+        ->needs(timing);
+    command.add_option("--repeat", arguments->repeat, "Times of --timing are the best of so many replays")
+        ->type_name("N")
+        ->check(between(1, 100000))
+        ->needs(timing)
+        ->capture_default_str();
+    group_options(command, "Output", "--color --depth --color-raw --depth-raw --report --record");
+    group_options(command, "Which calls", "--until --only --every-call --unchecked");
+    group_options(command, "Measuring", "--timing --sort --repeat");
+    command.footer(
+        footer({{"vorna replay crystals.json --color crystals.png --depth depth.png", "both buffers of a picture"},
+                {"vorna replay bunny.json.gz --timing --sort time", "what each call changed and cost, the dearest first"},
+                {"vorna replay bunny.json.gz --until 12 --color part.png", "what the first thirteen calls draw"}}));
+    command.callback([&application, &status, arguments] {
+        run(*arguments, chosen_module(application));
+        status = exit_status::done;
+    });
+}
+
+} // namespace vorna::app

@@ -1,0 +1,111 @@
+// The command `view`: a model in a window.
+#include "app/commands/view_command.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <system_error>
+
+#include "app/cli/command.h"
+#include "app/commands/map_command.h"
+#include "app/commands/model_options.h"
+#include "app/view/map_viewer.h"
+#include "app/view/script.h"
+#include "app/view/viewer.h"
+#include "app/view/window.h"
+#include "drawing/files/input.h"
+#include "drawing/files/path.h"
+#include "drawing/model/model_reader.h"
+
+namespace vorna::app {
+namespace {
+
+struct View_Options : Model_Options {
+    std::string size, folder = ".", script;
+};
+
+void show(const View_Options& options, std::vector<drawing::Input> inputs, const Map_Options& map_options,
+          const drawing::Module_Choice& module) {
+    const VT_RGB32 background = background_of(options);
+    const auto size = options.size.empty()
+                          ? std::nullopt
+                          : std::optional(parsed_pair(options.size, largest_picture_side,
+                                                      "--size: expected WIDTHxHEIGHT with sides from 1 to 16383"));
+    const auto script = options.script.empty()
+                            ? std::vector<view::Script_Step>()
+                            : view::parsed_script(options.script, drawing::model::read_file(options.script, *options.limits));
+    std::error_code none;
+    if (!std::filesystem::is_directory(drawing::path_of(options.folder), none)) {
+        throw drawing::Usage_Error("--screenshots: expected a folder, found none called '" + options.folder + "'");
+    }
+    if (options.models.size() > 1 && std::ranges::any_of(inputs, drawing::is_map)) {
+        throw drawing::Usage_Error(options.models.front() + ": expected a map or drawing alone, found others beside it");
+    }
+    const bool map = drawing::is_map(inputs.front());
+    if (!map) {
+        base_color_of(options);
+        edge_settings_of(options);
+        picture_settings_of(options);
+    }
+    std::string title;
+    for (const std::string& file : options.models) {
+        title += (title.empty() ? "" : ", ") + file;
+    }
+    const std::unique_ptr<view::Window> window = view::open_window(title, size);
+    std::unique_ptr<view::Picture_Viewer> viewer;
+    if (map) {
+        const Map_Picture picture{.input = inputs.front(),
+                                  .output = {},
+                                  .record = {},
+                                  .size = {1, 1},
+                                  .background = background,
+                                  .colors = options.colors == 8 ? 8 : 32,
+                                  .antialias = options.antialias,
+                                  .limits = options.limits,
+                                  .strict = options.strict};
+        viewer = std::make_unique<view::Map_Viewer>(picture, map_options, module, options.folder, *window);
+    } else {
+        viewer = std::make_unique<view::Viewer>(options, std::move(inputs), module, options.folder, *window);
+    }
+    window->run(*viewer, script);
+}
+
+std::string help_text() {
+    std::string text = "Mouse and keys:";
+    for (const std::string& line : view::help_lines()) {
+        text += "\n  " + line;
+    }
+    return text + "\n\nMaps and drawings:\n  Every drag moves them; the keys + - a p c w r f h q do the same.";
+}
+
+} // namespace
+
+void add_view_command(CLI::App& application, int& status) {
+    CLI::App& command = *application.add_subcommand("view", "Turn a model in a window, or move a map or drawing.");
+    const auto options = std::make_shared<View_Options>();
+    add_model_options(command, *options,
+                      "Models (PLY, OBJ, STL and whatever assimp reads), or a map (GeoJSON, TopoJSON) or drawing (DXF)");
+    command.add_option("--size", options->size, "Width and height of the window; by default what suits the display")
+        ->type_name("WxH");
+    command.add_option("--screenshots", options->folder, "Folder for screenshots")->type_name("FOLDER")->capture_default_str();
+    command.add_option("--script", options->script, "Mouse and keys from a file, see docs/viewing.md")->type_name("FILE");
+    group_options(command, "Window", "--size --screenshots --script");
+    const auto map_options = std::make_shared<Map_Options>();
+    add_map_options(command, *map_options);
+    command.footer(footer({{"vorna view bunny.obj", "turn it with the mouse, h shows the keys"},
+                           {"vorna view truck.gltf --shading textured --edges --size 1600x1000", "as vorna render would draw it"},
+                           {"vorna view countries.json --projection robinson --border dashed", "move a map"}},
+                          help_text()));
+    command.fallthrough();
+    command.callback([options, map_options, &command, &application, &status] {
+        options->limits = limits_of(*options);
+        std::vector<drawing::Input> inputs = open_inputs(*options);
+        refuse_options_of_other_kind(command, inputs.front());
+        show(*options, std::move(inputs), *map_options, chosen_module(application));
+        status = exit_status::done;
+    });
+}
+
+} // namespace vorna::app

@@ -1,0 +1,68 @@
+// Being asked to stop while a file is being written.
+#include "drawing/files/interruption.h"
+
+#include <atomic>
+#include <cstddef>
+#include <iterator>
+
+namespace vorna::drawing {
+
+namespace {
+
+std::atomic<int> received{0};
+static_assert(std::atomic<int>::is_always_lock_free);
+
+extern "C" void note_signal(int signal) {
+    received = signal;
+}
+
+} // namespace
+
+#if defined(_WIN32)
+
+Interruption::Interruption() {
+    for (std::size_t i = 0; i < std::size(signals); ++i) {
+        before_[i] = std::signal(signals[i], note_signal);
+        if (before_[i] == SIG_IGN) { // who started the program wants it so
+            std::signal(signals[i], SIG_IGN);
+        }
+    }
+}
+
+Interruption::~Interruption() {
+    for (std::size_t i = 0; i < std::size(signals); ++i) {
+        if (before_[i] != SIG_ERR) {
+            std::signal(signals[i], before_[i]);
+        }
+    }
+}
+
+#else
+
+// std::signal would have the system take up again what waits: a reader who never comes.
+Interruption::Interruption() {
+    struct sigaction noting = {};
+    noting.sa_handler = note_signal;
+    for (std::size_t i = 0; i < std::size(signals); ++i) {
+        sigaction(signals[i], nullptr, &before_[i]);
+        if (before_[i].sa_handler != SIG_IGN) { // who started the program may want it so
+            sigaction(signals[i], &noting, nullptr);
+        }
+    }
+}
+
+Interruption::~Interruption() {
+    for (std::size_t i = 0; i < std::size(signals); ++i) {
+        sigaction(signals[i], &before_[i], nullptr);
+    }
+}
+
+#endif
+
+void Interruption::check() {
+    if (const int signal = received) {
+        throw Interrupted{signal};
+    }
+}
+
+} // namespace vorna::drawing

@@ -1,0 +1,44 @@
+// How a picture is cut into tiles and how many threads draw it, so that it fits into memory.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "drawing/image/png_writer.h"
+#include "drawing/job/picture_part.h"
+#include "drawing/model/tiles.h"
+
+namespace vorna::drawing {
+
+// Sides of pictures. Beyond, floats would not tell a sixteenth of a pixel any more.
+inline constexpr std::int32_t largest_side = 1 << 18;
+// Sides of tiles that users may ask for.
+inline constexpr std::int32_t largest_tile = 8192;
+
+struct Plan_Request {
+    Picture_Part part;
+    Png_Form form;                         // of the file with it
+    std::int32_t margin = 0;               // that tiles need
+    std::optional<std::int32_t> tile_size; // in pixels of the picture, a multiple of 8
+    std::int32_t supersample = 1;          // columns and rows that are drawn for one
+    std::uint64_t pixel_memory = 0;        // bytes for each drawn pixel of a tile
+    std::uint64_t thread_memory = 0;       // bytes for each thread, besides
+    unsigned threads = 1;                  // at most
+    std::uint64_t max_memory = 0;          // bytes
+    std::uint64_t model_memory = 0;        // of it, what everything but the picture takes
+};
+
+struct Picture_Plan {
+    model::Tile_Grid grid; // of what is drawn
+    unsigned threads;
+    std::vector<std::uint32_t> band_ends; // rows of tiles, as rows of pixels from the top
+    std::uint32_t rows_ahead;
+    std::uint64_t memory; // bytes that the picture takes at most, without the model
+};
+
+// Pictures up to some size are one tile; larger ones have tiles as large as memory allows, up to the size that is drawn fastest.
+// Threads are given up last. Throws Usage_Error that says what is needed.
+Picture_Plan plan_picture(const Plan_Request& request);
+
+} // namespace vorna::drawing

@@ -1,0 +1,131 @@
+// A map's shapes on a projection's plane.
+#include "drawing/map/map_layer.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+
+#include "drawing/map/globe_cutter.h"
+
+namespace vorna::drawing::map {
+namespace {
+
+// Files may be a rounding error beyond the poles.
+constexpr double farthest_north = 90 + 1e-6, farthest_east = 720;
+
+void check_degrees(const std::string& file, const Map& map) {
+    for (std::size_t s = 0; s < map.shapes.size(); ++s) {
+        for_each_path(map.shapes[s], [&](const Path& path) {
+            for (const Position& p : path) {
+                if (!(std::abs(p.x) <= farthest_east && std::abs(p.y) <= farthest_north)) {
+                    std::array<char, 80> found;
+                    std::snprintf(found.data(), found.size(), ", found %.10g, %.10g", p.x, p.y);
+                    throw Map_Error(file + ": shape " + std::to_string(s) + ": expected degrees" + found.data() +
+                                    "; --projection plane draws coordinates as they are");
+                }
+            }
+        });
+    }
+}
+
+} // namespace
+
+Bounds Bounds::nothing() {
+    return {INFINITY, -INFINITY, INFINITY, -INFINITY};
+}
+
+void Bounds::add(Position p) {
+    left = std::min(left, p.x);
+    right = std::max(right, p.x);
+    bottom = std::min(bottom, p.y);
+    top = std::max(top, p.y);
+}
+
+Map_Layer::Map_Layer(const std::string& file, const Map& map, const Projection& projection, Load_Limits& limits)
+    : faces_(map.shapes.size()) {
+    const bool on_globe = projection.domain().has_value();
+    if (on_globe) {
+        check_degrees(file, map);
+    }
+    const auto take = [&](const Path& path, bool closed) {
+        const Projecting_Cost cost = projecting_cost(path, closed, projection);
+        limits.take_memory(file, cost.positions * sizeof(Position));
+        limits.take_work(file, cost.steps);
+    };
+    for (std::size_t s = 0; s < map.shapes.size(); ++s) {
+        const Shape& shape = map.shapes[s];
+        for_each_path(shape, [this](const Path& path) { position_count_ += path.size(); });
+        for (const Face& face : shape.faces) {
+            std::ranges::for_each(face, [&](const Path& ring) { take(ring, true); });
+            for (const Path& ring : faces_[s].emplace_back(project_face(face, projection))) {
+                std::ranges::for_each(ring, [this](Position p) { bounds_.add(p); });
+            }
+        }
+        for (const Path& line : shape.lines) {
+            take(line, false);
+            add_line(line, s, Line::Kind::line, projection);
+        }
+        for (const Position& point : shape.points) {
+            if (const auto place = project_point(point, projection)) {
+                points_.emplace_back(*place, s);
+                bounds_.add(*place);
+            }
+        }
+    }
+    const std::size_t stretches = count_stretches(map.shapes);
+    limits.take_memory(file, stretches * stretch_memory);
+    limits.take_work(file, stretches * stretch_steps);
+    Borders borders = find_borders(map.shapes, on_globe);
+    neighbours_ = std::move(borders.neighbours);
+    for (const Border& border : borders.lines) {
+        take(border.path, false);
+        add_line(border.path, border.shape, border.shared ? Line::Kind::border : Line::Kind::outline, projection);
+    }
+}
+
+void Map_Layer::add_line(const Path& path, std::size_t shape, Line::Kind kind, const Projection& projection) {
+    for (Path& piece : project_line(path, projection)) {
+        std::ranges::for_each(piece, [this](Position p) { bounds_.add(p); });
+        lines_.push_back({std::move(piece), shape, kind});
+    }
+}
+
+Face Map_Layer::face_of(std::size_t shape) const {
+    Face all;
+    for (const Face& face : faces_[shape]) {
+        all.insert(all.end(), face.begin(), face.end());
+    }
+    return all;
+}
+
+void Map_Layer::draw(Map_Painter& painter, const Layer_Style& style) const {
+    for (std::size_t s = 0; s < faces_.size(); ++s) {
+        for (const Face& face : faces_[s]) {
+            if (style.fills[s]) {
+                painter.fill(face, *style.fills[s]);
+            }
+        }
+    }
+    const auto for_each_line = [&](auto draw_line) {
+        for (const Line& line : lines_) {
+            if (const auto& dashes = line.kind == Line::Kind::outline ? style.outlines : style.borders) {
+                draw_line(line, *dashes);
+            }
+        }
+    };
+    // All casings lie below all lines, so that crossings are open.
+    if (style.casing) {
+        for_each_line([&](const Line& line, const Dashes&) {
+            painter.draw(line.path, {*style.casing, style.width + 2 * style.casing_width, {}});
+        });
+    }
+    for_each_line([&](const Line& line, const Dashes& dashes) {
+        painter.draw(line.path, {style.strokes[line.shape], style.width, dashes});
+    });
+    for (const auto& [place, shape] : points_) {
+        painter.mark(place, style.marker);
+    }
+}
+
+} // namespace vorna::drawing::map

@@ -1,0 +1,66 @@
+// A map's shapes on a projection's plane, ready to be drawn into any window.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "drawing/files/load_limits.h"
+#include "drawing/map/borders.h"
+#include "drawing/map/map_painter.h"
+#include "drawing/map/projection.h"
+#include "drawing/map/shapes.h"
+
+namespace vorna::drawing::map {
+
+struct Bounds {
+    double left, right, bottom, top;
+
+    static Bounds nothing();
+    bool empty() const { return !(left <= right && bottom <= top); }
+    void add(Position p);
+};
+
+// How shapes are drawn.
+struct Layer_Style {
+    std::vector<std::optional<VT_RGB32>> fills; // by shape
+    std::vector<VT_RGB32> strokes;              // by shape
+    std::int32_t width = 1;
+    std::optional<Dashes> borders, outlines; // between shapes, and where there is one on one side only; none = not drawn
+    std::optional<VT_RGB32> casing;
+    std::int32_t casing_width = 2; // on each side
+    Marker_Paint marker;
+};
+
+class Map_Layer {
+public:
+    // Throws Map_Error, which names the file, for coordinates that are no places on the globe, and Load_Error.
+    Map_Layer(const std::string& file, const Map& map, const Projection& projection, Load_Limits& limits);
+
+    const std::vector<std::vector<std::size_t>>& neighbours() const noexcept { return neighbours_; }
+    const Bounds& bounds() const noexcept { return bounds_; }
+    std::size_t shape_count() const noexcept { return faces_.size(); }
+    std::size_t position_count() const noexcept { return position_count_; }
+    const std::vector<std::pair<Position, std::size_t>>& points() const noexcept { return points_; } // with their shape
+    // All faces of a shape as one.
+    Face face_of(std::size_t shape) const;
+
+    void draw(Map_Painter& painter, const Layer_Style& style) const;
+
+private:
+    struct Line {
+        Path path;
+        std::size_t shape;
+        enum class Kind { border, outline, line } kind;
+    };
+
+    void add_line(const Path& path, std::size_t shape, Line::Kind kind, const Projection& projection);
+
+    std::vector<std::vector<Face>> faces_; // by shape
+    std::vector<Line> lines_;
+    std::vector<std::pair<Position, std::size_t>> points_; // with their shape
+    std::vector<std::vector<std::size_t>> neighbours_;
+    Bounds bounds_ = Bounds::nothing();
+    std::size_t position_count_ = 0;
+};
+
+} // namespace vorna::drawing::map

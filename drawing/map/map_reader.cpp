@@ -1,0 +1,83 @@
+// Chooses the reader of a map or drawing.
+#include "drawing/map/map_reader.h"
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <new>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "drawing/files/json_memory.h"
+#include "drawing/model/model_reader.h"
+
+namespace vorna::drawing::map {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json parsed(const std::string& file, const std::string& content) {
+    try {
+        return Json::parse(content);
+    } catch (const Json::exception& error) {
+        // The library's own classification stands in brackets before the message.
+        const std::string_view text = error.what();
+        const std::size_t start = text.find("] ");
+        throw Map_Error(file + ": " + std::string(start == std::string_view::npos ? text : text.substr(start + 2)));
+    }
+}
+
+Map read_map(const Input& input, const std::string& layer, Load_Limits& limits) {
+    const std::string& file = input.name;
+    const bool drawing = input.format == "dxf";
+    const std::string read = input.content ? std::string() : model::read_file(file, limits);
+    const std::string& content = input.content ? *input.content : read;
+    const Load_Limits::Loan document_memory(limits, file, drawing ? 0 : json_memory(content));
+    const Json document = drawing ? Json() : parsed(file, content);
+    // Not copied: values nest as deeply as the file says.
+    const auto type = document.is_object() ? document.find("type") : document.end();
+    const bool topology = type != document.end() && *type == "Topology";
+    if (!layer.empty() && !topology) {
+        throw Map_Error("--layer: expected TopoJSON, found " + file);
+    }
+    if (drawing) {
+        return read_dxf(file, content, limits);
+    }
+    if (document.is_object() && document.contains("picture")) {
+        throw Map_Error(file + ": expected a map, found a picture; draw it with vorna replay");
+    }
+    return topology ? read_topojson(file, document, layer, limits) : read_geojson(file, document, limits);
+}
+
+// Products of coordinates up to this stay finite.
+constexpr double farthest = 1e100;
+
+// Sums and products of finite numbers may be none, so that what readers have made of them is looked at.
+void check_positions(const std::string& file, const Map& map) {
+    for (std::size_t s = 0; s < map.shapes.size(); ++s) {
+        for_each_path(map.shapes[s], [&](const Path& path) {
+            for (const Position& p : path) {
+                if (!(std::abs(p.x) <= farthest && std::abs(p.y) <= farthest)) {
+                    std::array<char, 80> found;
+                    std::snprintf(found.data(), found.size(), "%.10g, %.10g", p.x, p.y);
+                    throw Map_Error(file + ": shape " + std::to_string(s) + ": expected coordinates up to 1e100, found " +
+                                    found.data());
+                }
+            }
+        });
+    }
+}
+
+} // namespace
+
+Map load_map(const Input& input, const std::string& layer, Load_Limits& limits) {
+    try {
+        Map map = read_map(input, layer, limits);
+        check_positions(input.name, map);
+        return map;
+    } catch (const std::bad_alloc&) {
+        throw std::runtime_error(input.name + ": not enough memory to read it");
+    }
+}
+
+} // namespace vorna::drawing::map

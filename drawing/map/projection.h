@@ -1,0 +1,57 @@
+// Map projections, and where each of them cuts the globe open.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "drawing/map/shapes.h"
+
+namespace vorna::drawing::map {
+
+// The part of the globe that a projection shows: what lies between two meridians and two parallels, or around a centre.
+struct Domain {
+    struct Cap {
+        Position center;
+        double radius; // degrees, less than 180
+    };
+
+    double center = 0;       // meridian in the middle
+    double half_width = 180; // degrees to the map's edge
+    double south = -90, north = 90;
+    std::optional<Cap> cap; // takes the place of the rest
+};
+
+class Projection {
+public:
+    virtual ~Projection() = default;
+    // Where a place lies on the map; nothing where the projection has no place for it. Longitudes keep within the domain.
+    virtual std::optional<Position> place_of(Position degrees) const = 0;
+
+    const std::optional<Domain>& domain() const noexcept { return domain_; } // none: coordinates of a plane
+    bool keeps_straight() const noexcept { return keeps_straight_; }         // straight lines stay straight
+
+protected:
+    explicit Projection(std::optional<Domain> domain, bool keeps_straight = false)
+        : domain_(domain), keeps_straight_(keeps_straight) {}
+
+private:
+    std::optional<Domain> domain_;
+    bool keeps_straight_;
+};
+
+// name: equirectangular, mercator or plane; with PROJ also robinson and others, any string that begins with +proj=, and the code
+// of a coordinate system as EPSG:3035. center: longitude and latitude in the middle of projections that have a name here; without
+// one, the equator at the prime meridian. Throws Map_Error.
+std::unique_ptr<Projection> make_projection(const std::string& name, std::optional<Position> center);
+
+// With PROJ; null for names that it does not know.
+std::unique_ptr<Projection> make_proj_projection(const std::string& name, std::optional<Position> center);
+// Names that it knows: none without PROJ.
+std::vector<std::string> proj_projection_names();
+
+// All names that make_projection knows.
+std::vector<std::string> projection_names();
+
+} // namespace vorna::drawing::map

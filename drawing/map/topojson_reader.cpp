@@ -1,0 +1,134 @@
+// TopoJSON: geometry whose paths are made of arcs that neighbours share.
+#include <span>
+#include <utility>
+
+#include "drawing/map/json_geometry.h"
+#include "drawing/map/map_reader.h"
+
+namespace vorna::drawing::map {
+namespace {
+
+class Topojson_Reader final : public Json_Geometry_Reader {
+public:
+    Topojson_Reader(const std::string& file, const Json& document, Load_Limits& limits) : Json_Geometry_Reader(file, limits) {
+        const Place root;
+        if (document.contains("transform")) {
+            const Place place{&root, "transform"};
+            const Json& transform = document["transform"];
+            quantized_ = true;
+            scale_ = position(member(transform, "scale", place), {&place, "scale"});
+            start_ = position(member(transform, "translate", place), {&place, "translate"});
+        }
+        const Place place{&root, "arcs"};
+        const Json& arcs = array(member(document, "arcs", root), place);
+        arcs_.reserve(arcs.size());
+        for (std::size_t i = 0; i < arcs.size(); ++i) {
+            arcs_.push_back(arc(arcs[i], {&place, "", i}));
+        }
+    }
+
+private:
+    const char* path_key() const override { return "arcs"; }
+
+    Position placed(Position p) const { return quantized_ ? Position{p.x * scale_.x + start_.x, p.y * scale_.y + start_.y} : p; }
+
+    // Quantized positions are differences from the one before.
+    Path arc(const Json& value, const Place& place) const {
+        Path path;
+        take_positions(array(value, place).size());
+        path.reserve(value.size());
+        Position sum;
+        for (std::size_t i = 0; i < value.size(); ++i) {
+            const Position p = position(value[i], {&place, "", i});
+            sum = quantized_ ? Position{sum.x + p.x, sum.y + p.y} : p;
+            path.push_back(placed(sum));
+        }
+        return path;
+    }
+
+    Position point(const Json& value, const Place& place) const override { return placed(position(value, place)); }
+
+    // Arcs begin where the one before ends; the ones' complement of a number names an arc that runs backwards. A short file can
+    // name a long arc as often as it likes.
+    Path path(const Json& value, const Place& place) const override {
+        std::size_t count = array(value, place).size();
+        for (std::size_t i = 0; i < value.size(); ++i) {
+            count += arc_of(value[i], {&place, "", i}).first.size();
+        }
+        take_positions(count);
+        Path path;
+        path.reserve(count);
+        for (std::size_t i = 0; i < value.size(); ++i) {
+            const auto [arc, backwards] = arc_of(value[i], {&place, "", i});
+            const std::ptrdiff_t joined = path.empty() || arc.empty() ? 0 : 1;
+            if (backwards) {
+                path.insert(path.end(), arc.rbegin() + joined, arc.rend());
+            } else {
+                path.insert(path.end(), arc.begin() + joined, arc.end());
+            }
+        }
+        return path;
+    }
+
+    // Its positions, and whether it runs backwards.
+    std::pair<std::span<const Position>, bool> arc_of(const Json& value, const Place& place) const {
+        const std::int64_t number = value.is_number_integer() ? value.get<std::int64_t>() : INT64_MAX;
+        const auto index = static_cast<std::uint64_t>(number < 0 ? ~number : number);
+        if (index >= arcs_.size()) {
+            fail(place, "the number of one of " + std::to_string(arcs_.size()) + " arcs", value);
+        }
+        return {arcs_[index], number < 0};
+    }
+
+    bool quantized_ = false;
+    Position scale_, start_;
+    std::vector<Path> arcs_;
+};
+
+const Json& chosen_object(const Json& objects, const std::string& layer, const std::string& file) {
+    if (layer.empty() ? !objects.empty() : objects.contains(layer)) {
+        return layer.empty() ? objects.front() : objects[layer];
+    }
+    if (objects.empty()) {
+        throw Map_Error(file + ": objects: expected a layer, found none");
+    }
+    std::string names;
+    for (const auto& [name, object] : objects.items()) {
+        names += (names.empty() ? "" : ", ") + name;
+    }
+    throw Map_Error("--layer: expected one of " + names + ", found '" + layer + "'");
+}
+
+} // namespace
+
+Map read_topojson(const std::string& file, const Json& document, const std::string& layer, Load_Limits& limits) {
+    const Topojson_Reader reader(file, document, limits);
+    const Place root, objects_place{&root, "objects"};
+    const Json& objects = reader.member(document, "objects", root);
+    if (!objects.is_object()) {
+        reader.fail(objects_place, "an object", objects);
+    }
+    const Json& object = chosen_object(objects, layer, file);
+    const Place place{&objects_place, layer.empty() ? std::string_view(objects.begin().key()) : layer};
+    Map map;
+    const auto add = [&](const Json& geometry, const Place& at) {
+        Shape& shape = map.shapes.emplace_back();
+        reader.read_geometry(geometry, at, shape);
+        if (geometry.is_object()) {
+            reader.read_properties(geometry, at, shape);
+        }
+    };
+    if (reader.member(object, "type", place) == "GeometryCollection") {
+        const Place list_place{&place, "geometries"};
+        const Json& list = reader.array(reader.member(object, "geometries", place), list_place);
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            add(list[i], {&list_place, "", i});
+        }
+    } else {
+        add(object, place);
+    }
+    map.extent = reader.read_extent(document, root);
+    return map;
+}
+
+} // namespace vorna::drawing::map

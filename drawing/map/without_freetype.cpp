@@ -1,0 +1,10 @@
+// Builds without FreeType have no letters.
+#include "drawing/map/label_font.h"
+
+namespace vorna::drawing::map {
+
+std::unique_ptr<Label_Font> load_label_font(const std::string&, int) {
+    throw Usage_Error("--labels: expected a build with FreeType, found one without");
+}
+
+} // namespace vorna::drawing::map

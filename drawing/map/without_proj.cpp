@@ -1,0 +1,14 @@
+// Builds without PROJ know the projections of our own only.
+#include "drawing/map/projection.h"
+
+namespace vorna::drawing::map {
+
+std::unique_ptr<Projection> make_proj_projection(const std::string&, std::optional<Position>) {
+    return nullptr;
+}
+
+std::vector<std::string> proj_projection_names() {
+    return {};
+}
+
+} // namespace vorna::drawing::map

@@ -1,0 +1,59 @@
+// Cameras that are fitted to what they look at.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "host/geometry.h"
+
+namespace vorna::drawing::model {
+
+enum class View { front, back, left, right, top, bottom, iso };
+enum class Up_Axis { y, z, x, minus_y, minus_z, minus_x };
+enum class Projection { perspective, orthographic };
+
+// Tangent of half the vertical field of view at zoom 1, about 30 degrees in all.
+inline constexpr double half_view_tangent = 0.268;
+
+// Where a camera stands, what is in the middle of its picture, and what points up there. Parallel projection shows as much as
+// perspective does at the target's distance.
+struct Aim {
+    VT_Vector_D eye, target, up;
+};
+
+struct Camera_Settings {
+    View view = View::iso;
+    Up_Axis up = Up_Axis::y;
+    Projection projection = Projection::perspective;
+    double aspect = 1;                     // width of the picture over its height
+    double zoom = 1;                       // above 1 enlarges the middle of the picture
+    std::optional<Aim> aim = std::nullopt; // instead of the view and the distance that fits; has a direction, and another one up
+};
+
+// The direction of the model's axis that points up.
+VT_Vector_D up_direction(Up_Axis up) noexcept;
+
+// Clip space: a point is visible where -w <= x <= w, -w <= y <= w and 0 <= z <= w; z / w is linear in the depth buffer.
+struct Camera {
+    VT_Matrix clip_from_model;
+    VT_Vector_D right, up, toward; // axes of view space in model space; toward points at the viewer
+    VT_Vector_D eye;               // perspective: a place; orthographic: the direction towards the viewer
+    bool eye_is_place = true;
+};
+
+// The aim of settings that have none: the closest one that shows every point, with a margin.
+Aim fitted_aim(const Camera_Settings& settings, std::span<const VT_Vector> points);
+
+// The aim turned around an axis through a place, counter-clockwise as seen from where the axis points: by part of so many parts
+// of a full turn. The same bit by bit on every machine.
+Aim turned_aim(const Aim& aim, const VT_Vector_D& place, const VT_Vector_D& axis, std::int32_t part, std::int32_t parts);
+
+// How far points reach towards the borders of a camera's picture: 1 = they just fit. Infinite for those that it cannot see.
+double reach_of(const Camera& camera, std::span<const VT_Vector> points);
+
+// The camera of the settings' aim, or of the one that fits. Near and far planes just hold the points; a camera in their midst
+// does not see what is right before it.
+Camera fit_camera(const Camera_Settings& settings, std::span<const VT_Vector> points);
+
+} // namespace vorna::drawing::model

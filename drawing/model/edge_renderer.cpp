@@ -1,0 +1,584 @@
+// Draws a model's edges.
+#include "drawing/model/edge_renderer.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <tuple>
+#include <utility>
+
+#include "drawing/model/clipper.h"
+#include "drawing/model/vectors.h"
+#include "vorna/draw.h"
+
+namespace vorna::drawing::model {
+namespace {
+
+constexpr std::uint32_t none = 0xFFFFFFFF;
+// Of the angle between two faces' normals from which on their edge is a feature, 30 degrees.
+constexpr float crease_cosine = 0.8660254F;
+// Depth units by which lines and faces may differ where both should be the same, for both round.
+constexpr std::int32_t least_lift = 2;
+// Edges of a run in pictures of several tiles: a tile draws whole runs.
+constexpr std::size_t longest_run = 32;
+// Steps of a line: columns of more would not fit the renderer's 16 bits, counted from a tile.
+constexpr std::int32_t longest_line = 16384;
+// Steps of smoothed edges over faces of which a tile that they touch sees all.
+constexpr std::int32_t longest_seen_whole = 64;
+
+std::uint8_t mean(std::uint8_t a, std::uint8_t b) {
+    return static_cast<std::uint8_t>((a + b + 1) / 2);
+}
+
+VT_DCI_Point device_point(const Viewport& viewport, const Clip_Point& p) {
+    return viewport.device_point(static_cast<float>(p.x / p.w), static_cast<float>(p.y / p.w), static_cast<float>(p.z / p.w));
+}
+
+bool same(const VT_DCI_Point& a, const VT_DCI_Point& b) {
+    return a.x == b.x && a.y == b.y && a.z == b.z;
+}
+
+// Calls piece(from, to) for the parts of a segment that are drawn one by one, so many steps long at most: where they end does not
+// depend on the tile. Parts end where the segment passes nearest to a pixel's middle.
+template <class Piece> void cut_in_pieces(const VT_DCI_Point& from, const VT_DCI_Point& to, std::int32_t longest, Piece piece) {
+    const std::int64_t dx = to.x - from.x, dy = to.y - from.y, dz = to.z - from.z;
+    const std::int64_t steps = std::max(std::abs(dx), std::abs(dy)), movement = std::min(std::abs(dx), std::abs(dy));
+    const auto point_at = [&](std::int64_t i) {
+        const auto moved = [=](std::int32_t start, std::int64_t change) {
+            return start +
+                   static_cast<std::int32_t>(std::floor(static_cast<double>(change * i) / static_cast<double>(steps) + 0.5));
+        };
+        return VT_DCI_Point{moved(from.x, dx), moved(from.y, dy), moved(from.z, dz)};
+    };
+    VT_DCI_Point start = from;
+    for (std::int64_t first = 0; steps - first > longest;) {
+        std::int64_t best = first + longest, least = steps;
+        for (std::int64_t i = best; i >= first + longest / 2; --i) {
+            const std::int64_t beside = movement * i % steps, distance = std::min(beside, steps - beside);
+            if (distance < least) {
+                least = distance;
+                best = i;
+            }
+        }
+        const VT_DCI_Point end = point_at(best);
+        piece(start, end);
+        start = end;
+        first = best;
+    }
+    piece(start, to);
+}
+
+// How far the pixels of a line lie beside its points.
+std::int32_t pixels_beside(const Edge_Settings& settings) {
+    return settings.width / 2 + (settings.smoothed ? 1 : 0);
+}
+
+bool lies_in(const VT_Int_Rectangle& rectangle, const VT_DCI_Point& p) {
+    return rectangle.left <= p.x && p.x <= rectangle.right && rectangle.bottom <= p.y && p.y <= rectangle.top;
+}
+
+// A look at the depths of a window.
+class Depths {
+public:
+    Depths(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window) : window_(window) {
+        const VT_DCI_Point top_left{window.left, window.top, 0}, bottom_right{window.right, window.bottom, 0};
+        const Buffer_Format format = Buffer_Format::depth16;
+        VD_Read_Depth_Image(renderer, rendition, &top_left, &bottom_right, &format, image_);
+    }
+
+    std::int32_t at(std::int32_t x, std::int32_t y) const noexcept {
+        std::uint16_t depth = 0;
+        std::memcpy(&depth, image_->row(image_->bottom_up() ? y - window_.bottom : window_.top - y) + 2 * (x - window_.left), 2);
+        return depth;
+    }
+
+private:
+    VT_Int_Rectangle window_;
+    VT_Reference<VT_Shared_Image> image_;
+};
+
+} // namespace
+
+// Colours of a window, kept while something is drawn over them.
+class Kept_Pixels {
+public:
+    Kept_Pixels(VT_Renderer_Data& renderer, const VT_Int_Rectangle& window) : window_(window) {
+        const VT_Option* option = renderer.current_table.find("Color Buffer");
+        buffer_ = option ? option->as_object<Frame_Buffer>() : nullptr;
+        origin_ = renderer.current_options.window_origin();
+    }
+
+    void keep(std::int32_t x, std::int32_t y) {
+        if (buffer_ && lies_in(window_, {x, y, 0})) {
+            std::uint8_t* pixel = buffer_->rows[y - origin_.y] + 4 * std::ptrdiff_t{x - origin_.x};
+            std::uint32_t color;
+            std::memcpy(&color, pixel, 4);
+            pixels_.emplace_back(pixel, color);
+        }
+    }
+
+    void restore() {
+        for (const auto& [pixel, color] : pixels_) {
+            std::memcpy(pixel, &color, 4);
+        }
+        pixels_.clear();
+    }
+
+private:
+    VT_Int_Rectangle window_;
+    const Frame_Buffer* buffer_;
+    VT_Int_Pair origin_;
+    std::vector<std::pair<std::uint8_t*, std::uint32_t>> pixels_;
+};
+
+// Joins segments to polylines and draws them. Smoothed lines know no depth buffer: what is visible of a segment over faces is
+// found pixel by pixel along it first.
+class Edge_Renderer::Pen {
+public:
+    // window: of the renderer, as far as there is something of the picture in it. is_whole: that is all of it.
+    Pen(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, bool is_whole,
+        const Edge_Settings& settings, VT_RGB32 color)
+        : renderer_(renderer), rendition_(new VT_Rendition(rendition)), window_(window), is_whole_(is_whole),
+          width_(settings.width), beside_(pixels_beside(settings)) {
+        VT_Line_Attributes& line = rendition_->line;
+        line = {};
+        line.color = color;
+        line.index = static_cast<std::uint8_t>(renderer.current_options.palette().closest_match(color, false));
+        line.flags = settings.smoothed ? vorna::line_flag::smoothed : 0;
+        rendition_->clip.depth_test = settings.over_faces && !settings.smoothed;
+        if (settings.over_faces && settings.smoothed) {
+            depths_.emplace(renderer, rendition, window);
+            kept_.emplace(renderer, window);
+        }
+    }
+    Pen(const Pen&) = delete;
+    Pen& operator=(const Pen&) = delete;
+    ~Pen() { finish_polyline(); }
+
+    // To be called where segments that are not drawn lie between: other tiles may draw them, and all must join the same ones.
+    void lift() { finish_polyline(); }
+
+    // color: null = that of the pen, as for all other segments.
+    void draw(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
+        if (!depths_ && is_whole_) {
+            append(from, to, color);
+        } else if (!depths_) {
+            cut_in_pieces(from, to, longest_line, [&](const VT_DCI_Point& start, const VT_DCI_Point& end) {
+                if (touches_window(start, end)) {
+                    append(start, end, color);
+                } else {
+                    finish_polyline();
+                }
+            });
+        } else if (std::max(std::abs(to.x - from.x), std::abs(to.y - from.y)) > longest_seen_whole) {
+            finish_polyline();
+            draw_visible_part(from, to, color);
+        } else if (lies_in(window_, from) && lies_in(window_, to)) {
+            draw_visible(from, to, color);
+        } else {
+            finish_polyline(); // too far from the tile to be seen in it
+        }
+    }
+
+private:
+    bool touches_window(const VT_DCI_Point& from, const VT_DCI_Point& to) const {
+        Extent extent;
+        extent.include(from);
+        extent.include(to);
+        const VT_Int_Rectangle box{extent.box.left - beside_, extent.box.right + beside_, extent.box.bottom - beside_,
+                                   extent.box.top + beside_};
+        const VT_Int_Rectangle common = common_part(box, window_);
+        return common.left <= common.right && common.bottom <= common.top;
+    }
+
+    void append(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
+        if (width_ > 1) {
+            draw_wide(from, to, color);
+            return;
+        }
+        if (points_.empty() || !same(points_.back(), from)) {
+            finish_polyline();
+            points_.push_back(from);
+        }
+        points_.push_back(to);
+        if (color) {
+            colors_.push_back(*color);
+        }
+    }
+
+    // Lines of one pixel side by side, which are the same in every tile. Nothing is joined: later segments lie over earlier ones.
+    void draw_wide(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
+        const bool by_columns = std::abs(to.x - from.x) > std::abs(to.y - from.y);
+        for (std::int32_t shift = -(width_ - 1) / 2; shift <= width_ / 2; ++shift) {
+            VT_DCI_Point points[2] = {from, to};
+            for (VT_DCI_Point& p : points) {
+                (by_columns ? p.y : p.x) += shift;
+            }
+            if (color) {
+                VD_Draw_DCI_Colorized_Polyline(renderer_, *rendition_, 2, points, color, true);
+            } else {
+                VD_Draw_DCI_Polyline(renderer_, *rendition_, 2, points);
+            }
+        }
+    }
+
+    // Of a segment too long to be seen whole from a tile. All of it is drawn, for the pixels of a part depend on where it begins
+    // and ends, and what is hidden gets its colours back. No polyline: whether it is joined to others may not depend on the tile.
+    void draw_visible_part(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
+        if (!touches_window(from, to)) {
+            return;
+        }
+        const std::int64_t dx = to.x - from.x, dy = to.y - from.y, dz = to.z - from.z;
+        const bool by_columns = std::abs(dx) > std::abs(dy);
+        const auto steps = static_cast<std::int32_t>(std::max(std::abs(dx), std::abs(dy)));
+        // The steps inside the window.
+        const std::int32_t start = by_columns ? from.x : from.y, direction = (by_columns ? dx : dy) > 0 ? 1 : -1;
+        const std::int32_t low = (by_columns ? window_.left : window_.bottom) - start,
+                           high = (by_columns ? window_.right : window_.top) - start;
+        const std::int32_t first = std::max(direction > 0 ? low : -high, 0),
+                           end = std::min(direction > 0 ? high : -low, steps) + 1;
+        const auto place = [&](std::int32_t i) {
+            const auto moved = [=](std::int32_t from_here, std::int64_t change) {
+                return from_here + static_cast<std::int32_t>(std::floor(static_cast<double>(change * i) / steps + 0.5));
+            };
+            return VT_DCI_Point{moved(from.x, dx), moved(from.y, dy), moved(from.z, dz)};
+        };
+        const auto keep = [&](std::int32_t begin, std::int32_t stop) {
+            // One more to each side than a line has.
+            constexpr std::int32_t reach = 2;
+            for (std::int32_t i = begin; i < stop; ++i) {
+                const VT_DCI_Point p = place(i);
+                for (std::int32_t across = -reach; across <= reach; ++across) {
+                    kept_->keep(p.x + (by_columns ? 0 : across), p.y + (by_columns ? across : 0));
+                }
+                if (i == steps) { // The last pixel is drawn with those beside it in its row.
+                    kept_->keep(p.x + direction, p.y);
+                }
+            }
+        };
+        std::int32_t shown = first; // where the next hidden stretch may begin
+        for (std::int32_t i = first; i < end; ++i) {
+            const VT_DCI_Point p = place(i);
+            if (!lies_in(window_, p) || p.z > depths_->at(p.x, p.y)) {
+                continue;
+            }
+            if (i - shown > longest_gap || shown == first) {
+                keep(shown, i);
+            }
+            shown = i + 1;
+        }
+        keep(shown, end);
+        if (end - shown < end - first) {
+            const VT_DCI_Point points[2] = {from, to};
+            if (color) {
+                VD_Draw_DCI_Colorized_Polyline(renderer_, *rendition_, 2, points, color, true);
+            } else {
+                VD_Draw_DCI_Polyline(renderer_, *rendition_, 2, points);
+            }
+        }
+        kept_->restore();
+    }
+
+    void draw_visible(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
+        const std::int32_t dx = to.x - from.x, dy = to.y - from.y, dz = to.z - from.z;
+        const std::int32_t steps = std::max(std::abs(dx), std::abs(dy));
+        const auto point_at = [&](std::int32_t i) {
+            const auto moved = [=](std::int32_t start, std::int32_t change) {
+                return start + static_cast<std::int32_t>(std::floor(static_cast<double>(change) * i / steps + 0.5));
+            };
+            return i == 0 ? from : VT_DCI_Point{moved(from.x, dx), moved(from.y, dy), moved(from.z, dz)};
+        };
+        std::int32_t first = -1, last = -1; // of the stretch under way
+        for (std::int32_t i = 0; i <= steps; ++i) {
+            const VT_DCI_Point p = point_at(i);
+            if (p.z > depths_->at(p.x, p.y)) {
+                continue;
+            }
+            if (first >= 0 && i - last > longest_gap + 1) {
+                append(point_at(first), point_at(last), color);
+                first = i;
+            }
+            first = first < 0 ? i : first;
+            last = i;
+        }
+        if (first >= 0) {
+            append(point_at(first), point_at(last), color);
+        }
+        if (last != steps) {
+            // A later edge may begin at the pixel seen last by chance: whether those between come along depends on the tile.
+            finish_polyline();
+        }
+    }
+
+    // Rounding hides a pixel here and there of an edge that can be seen: gaps as short as that are closed.
+    static constexpr std::int32_t longest_gap = 2;
+
+    void finish_polyline() {
+        const auto count = static_cast<std::int32_t>(points_.size());
+        if (count > 1 && colors_.empty()) {
+            VD_Draw_DCI_Polyline(renderer_, *rendition_, count, points_.data());
+        } else if (count > 1) {
+            VD_Draw_DCI_Colorized_Polyline(renderer_, *rendition_, count, points_.data(), colors_.data(), false);
+        }
+        points_.clear();
+        colors_.clear();
+    }
+
+    VT_Renderer_Data& renderer_;
+    VT_Reference<VT_Rendition> rendition_;
+    const VT_Int_Rectangle window_;
+    const bool is_whole_;
+    const std::int32_t width_;
+    const std::int32_t beside_; // see pixels_beside
+    std::optional<Depths> depths_;
+    std::optional<Kept_Pixels> kept_;
+    std::vector<VT_DCI_Point> points_;
+    std::vector<VT_RGB32> colors_; // of the segments
+};
+
+Edge_Renderer::Edge_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors)
+    : edges_(make_edges(mesh)), positions_(edges_.points.size()), base_color_(base_color) {
+    for (std::size_t p = 0; p < edges_.points.size(); ++p) {
+        positions_.set(p, edges_.points[p]);
+    }
+    faces_.resize(mesh.triangle_count());
+    for (std::size_t t = 0; t < mesh.triangle_count(); ++t) {
+        faces_.set(t, face_normal(mesh, t), mesh.positions[mesh.triangles[3 * t]]);
+    }
+    enclosure_ = enclosure_of(mesh);
+    set_features(mesh);
+    if (own_colors && !mesh.colors.empty()) {
+        set_colors(mesh, base_color);
+    }
+}
+
+std::string Edge_Renderer::summary() const {
+    return std::to_string(edges_.count) + " edges in " + std::to_string(edges_.starts.size() - 1) + " polylines";
+}
+
+// A surface without borders hides the side that looks inwards; which of them that is, the enclosed volume's sign says.
+Edge_Renderer::Enclosure Edge_Renderer::enclosure_of(const Mesh& mesh) const {
+    if (!edges_.closed) {
+        return Enclosure::none;
+    }
+    double volume = 0;
+    for (std::size_t t = 0; t < mesh.triangle_count(); ++t) {
+        const std::uint32_t* corners = &mesh.triangles[3 * t];
+        const VT_Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]], &c = mesh.positions[corners[2]];
+        const VT_Vector normal = cross(b - a, c - a);
+        const bool turned = dot(normal, faces_.normals[t]) < 0.0F;
+        volume += (turned ? -1.0 : 1.0) * dot(normal, a);
+    }
+    return volume < 0 ? Enclosure::looking_inwards : Enclosure::looking_outwards;
+}
+
+// Edges with one face, or more than two, and those where two faces meet at an angle.
+void Edge_Renderer::set_features(const Mesh& mesh) {
+    std::vector<std::uint32_t> first_face(edges_.chains.size(), none);
+    std::vector<std::uint8_t> face_counts(edges_.chains.size());
+    features_.resize(edges_.chains.size());
+    for (std::size_t side = 0; side < mesh.triangles.size(); ++side) {
+        const std::uint32_t edge = edges_.triangle_edges[side];
+        if (edge == no_edge) {
+            continue;
+        }
+        const auto face = static_cast<std::uint32_t>(side / 3);
+        if (face_counts[edge] == 0) {
+            first_face[edge] = face;
+        }
+        face_counts[edge] = static_cast<std::uint8_t>(std::min(face_counts[edge] + 1, 3));
+        const bool bends = dot(faces_.normals[first_face[edge]], faces_.normals[face]) < crease_cosine;
+        features_[edge] = bends || face_counts[edge] != 2;
+    }
+}
+
+// The mean of an edge's ends, as its first triangle has them.
+void Edge_Renderer::set_colors(const Mesh& mesh, VT_RGB32 base_color) {
+    colors_.resize(edges_.chains.size());
+    for (std::size_t side = mesh.triangles.size(); side-- > 0;) {
+        const auto color_of = [&](std::size_t corner) {
+            const VT_RGB32 own = mesh.colors[mesh.triangles[corner]];
+            return own.alpha == 0 ? base_color : own;
+        };
+        if (const std::uint32_t edge = edges_.triangle_edges[side]; edge != no_edge) {
+            const VT_RGB32 a = color_of(side), b = color_of(side % 3 == 2 ? side - 2 : side + 1);
+            colors_[edge] = {mean(a.blue, b.blue), mean(a.green, b.green), mean(a.red, b.red), 255};
+        }
+    }
+}
+
+void Edge_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const Edge_Settings& settings) {
+    camera_ = camera;
+    viewport_ = Viewport(grid.frame);
+    frame_ = grid.frame;
+    settings_ = settings;
+    projection_.project(positions_, camera, grid.frame);
+    choose_edges();
+    if (settings.over_faces) {
+        lift_points();
+    }
+    bins_.start(grid, pixels_beside(settings));
+    gather_runs();
+    if (bins_.sorts()) {
+        for (std::size_t r = 0; r < runs_.size(); ++r) {
+            Extent extent;
+            for (std::size_t edge = runs_[r].first; edge < runs_[r].end; ++edge) {
+                if (const std::optional<Segment> segment = segment_of(edge)) {
+                    extent.include(segment->from);
+                    extent.include(segment->to);
+                }
+            }
+            bins_.add(static_cast<std::uint32_t>(r), extent);
+        }
+        bins_.finish();
+    }
+}
+
+void Edge_Renderer::gather_runs() {
+    runs_.clear();
+    // No edge begins at the last point of a chain, so none of the places is one beyond the last edge.
+    for (std::uint32_t edge = 0; edge < drawn_.size(); ++edge) {
+        if (!drawn_[edge]) {
+            continue;
+        }
+        if (runs_.empty() || runs_.back().end != edge || (bins_.sorts() && edge - runs_.back().first >= longest_run)) {
+            runs_.push_back({edge, edge});
+        }
+        runs_.back().end = edge + 1;
+    }
+}
+
+void Edge_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
+    Pen pen(renderer, rendition, common_part(rendition.window.rectangle, frame_), !bins_.sorts(), settings_,
+            settings_.color.value_or(base_color_));
+    const bool colored = !settings_.color && !colors_.empty();
+    std::size_t next = 0; // to the edge drawn last
+    bins_.for_each(tile, runs_.size(), [&](std::size_t run) {
+        for (std::size_t edge = runs_[run].first; edge < runs_[run].end; ++edge) {
+            const std::optional<Segment> segment = segment_of(edge);
+            if (edge != next || !segment) {
+                pen.lift();
+            }
+            next = edge + 1;
+            if (segment) {
+                pen.draw(segment->from, segment->to, colored ? &colors_[edge] : nullptr);
+            }
+        }
+    });
+}
+
+void Edge_Renderer::choose_edges() {
+    const bool culls = settings_.culling == Culling::back, only_features = settings_.choice == Edge_Choice::features;
+    drawn_.assign(edges_.chains.size(), !culls && !only_features);
+    if (culls || only_features) {
+        constexpr std::uint8_t front = 1, back = 2;
+        for (std::size_t side = 0; side < edges_.triangle_edges.size(); ++side) {
+            if (const std::uint32_t edge = edges_.triangle_edges[side]; edge != no_edge) {
+                drawn_[edge] |= faces_.face_viewer(side / 3, camera_) ? front : back;
+            }
+        }
+        for (std::size_t edge = 0; edge < drawn_.size(); ++edge) {
+            const std::uint8_t sides = drawn_[edge];
+            const bool feature = features_[edge] || sides == (front | back);
+            drawn_[edge] = (!culls || (sides & front)) && (!only_features || feature);
+        }
+    }
+    for (std::size_t chain = 1; chain < edges_.starts.size(); ++chain) {
+        drawn_[edges_.starts[chain] - 1] = false;
+    }
+}
+
+// Edges must be drawn in front of the faces that they bound. A line's pixels lie up to half a pixel beside the line, and a face's
+// spans run between ends that are cut to whole columns. So an edge is moved towards the viewer by what the depth of the faces
+// around its ends changes over two pixels to the side and one upwards, but never by more than there is between a face's nearest
+// and farthest point. What an edge may shine through is thus no farther in front of it than such a face itself rises over that
+// way. Only faces that are seen count: an edge between two that a closed surface hides, or that are left out, is moved by no more
+// than rounding takes. Triangles seen so exactly from their side that they cover no pixel need nothing. Points have one lift for
+// all such edges that meet there, the largest: polylines stay joined, and pixels around a point lie in any of its faces.
+void Edge_Renderer::lift_points() {
+    const Culling culling = settings_.culling;
+    lifts_.assign(edges_.points.size(), least_lift);
+    lifted_.assign(edges_.chains.size(), false);
+    const bool seen_from_front = enclosure_ != Enclosure::looking_inwards || culling == Culling::back;
+    const bool seen_from_back = enclosure_ != Enclosure::looking_outwards && culling == Culling::none;
+    for (std::size_t t = 0; t < faces_.size(); ++t) {
+        const bool front = faces_.face_viewer(t, camera_);
+        if (front ? !seen_from_front : !seen_from_back) {
+            continue;
+        }
+        const auto lift = least_lift + static_cast<std::int32_t>(rise_of(t));
+        for (std::size_t corner = 3 * t; corner < 3 * t + 3; ++corner) {
+            std::int32_t& highest = lifts_[edges_.triangles[corner]];
+            highest = std::max(highest, lift);
+            if (const std::uint32_t edge = edges_.triangle_edges[corner]; edge != no_edge) {
+                lifted_[edge] = true;
+            }
+        }
+    }
+}
+
+// How far a triangle's depth changes over two columns and a row, or what a wide line covers beside that, from 0 to 65535.
+double Edge_Renderer::rise_of(std::size_t triangle) const {
+    const std::uint32_t* corners = &edges_.triangles[3 * triangle];
+    double x[3], y[3], z[3], w[3];
+    if ((projection_.planes[corners[0]] | projection_.planes[corners[1]] | projection_.planes[corners[2]]) == 0) {
+        for (int i = 0; i < 3; ++i) {
+            const VT_DCI_Point& p = projection_.device_points[corners[i]];
+            x[i] = p.x;
+            y[i] = p.y;
+            z[i] = p.z;
+            w[i] = 1;
+        }
+    } else {
+        for (int i = 0; i < 3; ++i) {
+            const Clip_Point p = transformed(camera_.clip_from_model, edges_.points[corners[i]]);
+            x[i] = p.x * viewport_.half_width;
+            y[i] = p.y * viewport_.half_height;
+            z[i] = p.z * farthest_depth;
+            w[i] = p.w;
+        }
+    }
+    // z = a x + b y + c w for all three: the same a and b as for z / w over x / w and y / w.
+    const auto determinant = [](const double(&p)[3], const double(&q)[3], const double(&r)[3]) {
+        return p[0] * (q[1] * r[2] - q[2] * r[1]) + p[1] * (q[2] * r[0] - q[0] * r[2]) + p[2] * (q[0] * r[1] - q[1] * r[0]);
+    };
+    const double area = determinant(x, y, w);
+    if (area == 0) {
+        return 0;
+    }
+    const double along_x = determinant(z, y, w) / area, along_y = determinant(x, z, w) / area;
+    double nearest = 0, farthest = farthest_depth;
+    if (w[0] > 0 && w[1] > 0 && w[2] > 0) {
+        std::tie(nearest, farthest) = std::minmax({z[0] / w[0], z[1] / w[1], z[2] / w[2]});
+    }
+    const std::int32_t beside = settings_.width / 2;
+    return std::min((2 + beside) * std::abs(along_x) + (1 + beside) * std::abs(along_y), farthest - nearest);
+}
+
+// Where an edge is drawn, if it is seen.
+std::optional<Edge_Renderer::Segment> Edge_Renderer::segment_of(std::size_t edge) const {
+    const std::uint32_t ends[2] = {edges_.chains[edge], edges_.chains[edge + 1]};
+    const std::uint8_t planes[2] = {projection_.planes[ends[0]], projection_.planes[ends[1]]};
+    if ((planes[0] & planes[1]) != 0) {
+        return std::nullopt;
+    }
+    VT_DCI_Point points[2] = {projection_.device_points[ends[0]], projection_.device_points[ends[1]]};
+    if ((planes[0] | planes[1]) != 0) {
+        const Clip_Segment segment =
+            clip_segment(transformed(camera_.clip_from_model, edges_.points[ends[0]]),
+                         transformed(camera_.clip_from_model, edges_.points[ends[1]]), planes[0] | planes[1]);
+        if (!segment.visible) {
+            return std::nullopt;
+        }
+        // Ends that are kept must be where the faces have them.
+        points[0] = planes[0] ? device_point(viewport_, segment.from) : points[0];
+        points[1] = planes[1] ? device_point(viewport_, segment.to) : points[1];
+    }
+    for (int i = 0; i < 2 && settings_.over_faces; ++i) {
+        points[i].z = std::max(points[i].z - (lifted_[edge] ? lifts_[ends[i]] : least_lift), 0);
+    }
+    return Segment{points[0], points[1]};
+}
+
+} // namespace vorna::drawing::model

@@ -1,0 +1,99 @@
+// Draws a model's edges: alone as a wireframe, or over its faces.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "drawing/model/camera.h"
+#include "drawing/model/edges.h"
+#include "drawing/model/lighting.h"
+#include "drawing/model/mesh.h"
+#include "drawing/model/projected_points.h"
+#include "drawing/model/scene.h"
+#include "drawing/model/viewport.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
+
+namespace vorna::drawing::model {
+
+enum class Edge_Choice {
+    all,
+    features, // where the surface ends or bends sharply, and its outline as seen by the viewer
+};
+
+struct Edge_Settings {
+    Edge_Choice choice = Edge_Choice::all;
+    Culling culling = Culling::none; // edges of which all faces are left out are left out too
+    bool over_faces = false;         // hidden behind the faces that are in the depth buffer
+    bool smoothed = false;           // for 32-bit colours and lines of one pixel
+    std::int32_t width = 1;          // pixels, across the longer of a line's two axes
+    std::optional<VT_RGB32> color;   // instead of the model's
+};
+
+class Edge_Renderer {
+public:
+    // The mesh may be gone afterwards. base_color: of vertices without a colour of their own; of all with own_colors off.
+    Edge_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors);
+
+    // For fitting a camera.
+    const std::vector<VT_Vector>& points() const noexcept { return edges_.points; }
+    std::string summary() const;
+
+    // Margin that tiles of pictures with edges need: which parts of smoothed edges over faces are visible is found by testing the
+    // depths along the whole of the short ones. Other lines look the same in every window.
+    static std::int32_t tile_margin(const Edge_Settings& settings) noexcept {
+        return settings.over_faces && settings.smoothed ? 72 : 0;
+    }
+
+    // Does what a picture needs once: which edges are drawn, and where.
+    void prepare(const Tile_Grid& grid, const Camera& camera, const Edge_Settings& settings);
+    // Draws what touches a tile of the prepared picture; the renderer's window is the tile's. Edges over faces obey the depth
+    // buffer, others leave it alone. Several threads may draw at once, each through a renderer and a rendition of its own.
+    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const;
+    // Bytes that prepare takes, roughly, in pictures of several tiles.
+    std::uint64_t prepared_memory() const noexcept { return 32 * edges_.points.size() + 16 * edges_.chains.size(); }
+
+private:
+    class Pen;
+    // Edges that are drawn, one after the other in a chain.
+    struct Run {
+        std::uint32_t first, end;
+    };
+    struct Segment {
+        VT_DCI_Point from, to;
+    };
+    enum class Enclosure { none, looking_outwards, looking_inwards }; // faces of a closed surface
+
+    Enclosure enclosure_of(const Mesh& mesh) const;
+    void set_features(const Mesh& mesh);
+    void set_colors(const Mesh& mesh, VT_RGB32 base_color);
+    void choose_edges();
+    void lift_points();
+    double rise_of(std::size_t triangle) const;
+    void gather_runs();
+    std::optional<Segment> segment_of(std::size_t edge) const;
+
+    Edges edges_;
+    Vector_Columns positions_;
+    Surfaces faces_;
+    VT_RGB32 base_color_;
+    Enclosure enclosure_ = Enclosure::none;
+    std::vector<VT_RGB32> colors_;       // none, or by edge
+    std::vector<std::uint8_t> features_; // by edge: whether it is one from everywhere
+
+    // Of the prepared picture.
+    Camera camera_;
+    Viewport viewport_{{}};
+    VT_Int_Rectangle frame_;
+    Edge_Settings settings_;
+    Projected_Points projection_;
+    std::vector<std::uint8_t> drawn_;  // by edge; the last place of a chain is none
+    std::vector<std::int32_t> lifts_;  // by point, see lift_points
+    std::vector<std::uint8_t> lifted_; // by edge: whether it bounds a face that is seen
+    std::vector<Run> runs_;
+    Tile_Bins bins_;
+};
+
+} // namespace vorna::drawing::model

@@ -1,0 +1,165 @@
+// Light on surfaces. Plain loops over columns of floats, which compilers turn into vector code.
+#include "drawing/model/lighting.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "drawing/model/vectors.h"
+
+namespace vorna::drawing::model {
+namespace {
+
+// How far the key light reaches beyond the horizon of the form.
+constexpr float wrap = 0.30F;
+constexpr float key_light = 0.76F;
+constexpr float viewer_light = 0.10F;
+constexpr float sky_light = 0.30F;
+constexpr float ground_light = 0.07F;
+constexpr float highlight = 0.16F;
+
+float intensity(std::uint8_t channel) {
+    const float value = static_cast<float>(channel) / 255.0F;
+    return value * value;
+}
+
+float positive(float value) {
+    return value > 0.0F ? value : 0.0F;
+}
+
+std::uint32_t channel(float light) {
+    return static_cast<std::uint32_t>(static_cast<std::int32_t>(std::sqrt(light < 1.0F ? light : 1.0F) * 255.0F + 0.5F));
+}
+
+struct One_Color {
+    float r, g, b;
+    float red(std::size_t) const { return r; }
+    float green(std::size_t) const { return g; }
+    float blue(std::size_t) const { return b; }
+};
+
+struct Color_Each {
+    const float *r, *g, *b;
+    float red(std::size_t i) const { return r[i]; }
+    float green(std::size_t i) const { return g[i]; }
+    float blue(std::size_t i) const { return b[i]; }
+};
+
+// How a normal n is seen by the lights: along a direction whose part towards the viewer is w, it counts n . direction * along +
+// w * toward_viewer.
+struct Seen {
+    float along, toward_viewer;
+};
+
+struct Front_Normals {
+    Seen operator()(float, float, float, std::size_t) const { return {1.0F, 0.0F}; }
+};
+
+// Far behind the horizon the normal is turned round; near it, it is mirrored on the plane of the horizon.
+struct Back_Normals {
+    VT_Vector eye;
+    float eye_weight;
+    const float* distances;
+
+    Seen operator()(float nx, float ny, float nz, std::size_t i) const {
+        constexpr float horizon = 0.35F;
+        const float behind = positive(eye_weight * distances[i] - (nx * eye.x + ny * eye.y + nz * eye.z));
+        const float turned = behind * (1.0F / horizon) < 1.0F ? behind * (1.0F / horizon) : 1.0F;
+        return {1.0F - 2.0F * turned, 2.0F * behind * (1.0F - turned)};
+    }
+};
+
+} // namespace
+
+void Surfaces::resize(std::size_t count) {
+    normals = Vector_Columns(count);
+    distances.resize(count);
+}
+
+void Surfaces::set(std::size_t i, const VT_Vector& normal, const VT_Vector& place) noexcept {
+    normals.set(i, normal);
+    distances[i] = dot(normal, place);
+}
+
+void Surfaces::add_color(VT_RGB32 color) {
+    red.push_back(intensity(color.red));
+    green.push_back(intensity(color.green));
+    blue.push_back(intensity(color.blue));
+}
+
+bool Surfaces::face_viewer(std::size_t i, const Camera& camera) const noexcept {
+    return dot(normals[i], narrowed(camera.eye)) > (camera.eye_is_place ? distances[i] : 0.0F);
+}
+
+Lighting::Lighting(const Camera& camera, VT_Vector_D direction) {
+    direction.normalize();
+    const auto in_model = [&](const VT_Vector_D& v) {
+        return narrowed(camera.right * v.x + camera.up * v.y + camera.toward * v.z);
+    };
+    VT_Vector_D half_way = direction + VT_Vector_D{0, 0, 1};
+    half_way.normalize();
+    key_ = in_model(direction);
+    half_way_ = in_model(half_way);
+    sky_ = in_model({0, 1, 0});
+    viewer_ = in_model({0, 0, 1});
+    key_toward_viewer_ = static_cast<float>(direction.z);
+    half_way_toward_viewer_ = static_cast<float>(half_way.z);
+    const double eye_scale = 1 / length(camera.eye);
+    eye_ = narrowed(camera.eye * eye_scale);
+    eye_weight_ = camera.eye_is_place ? static_cast<float>(eye_scale) : 0.0F;
+}
+
+template <class Seen_Normal, class Base>
+void Lighting::shade_with(const Surfaces& surfaces, const Seen_Normal& seen_normal, const Base& base,
+                          std::span<VT_RGB32> colors) const {
+    // Words are gathered in blocks: a loop over floats and words alone is one that compilers vectorise.
+    constexpr std::size_t block = 256;
+    std::array<std::uint32_t, block> words;
+    const VT_Vector key = key_, half_way = half_way_, sky = sky_, viewer = viewer_;
+    const float key_toward_viewer = key_toward_viewer_, half_way_toward_viewer = half_way_toward_viewer_;
+    for (std::size_t start = 0; start < colors.size(); start += block) {
+        const std::size_t count = std::min(block, colors.size() - start);
+        const float *nx = surfaces.normals.x.data() + start, *ny = surfaces.normals.y.data() + start,
+                    *nz = surfaces.normals.z.data() + start;
+        for (std::size_t i = 0; i < count; ++i) {
+            const Seen seen = seen_normal(nx[i], ny[i], nz[i], start + i);
+            const float toward_key =
+                seen.along * (nx[i] * key.x + ny[i] * key.y + nz[i] * key.z) + seen.toward_viewer * key_toward_viewer;
+            const float toward_half_way = positive(seen.along * (nx[i] * half_way.x + ny[i] * half_way.y + nz[i] * half_way.z) +
+                                                   seen.toward_viewer * half_way_toward_viewer);
+            const float toward_sky = seen.along * (nx[i] * sky.x + ny[i] * sky.y + nz[i] * sky.z);
+            const float toward_viewer =
+                seen.along * (nx[i] * viewer.x + ny[i] * viewer.y + nz[i] * viewer.z) + seen.toward_viewer;
+            const float lit = positive((toward_key + wrap) * (1.0F / (1.0F + wrap)));
+            const float diffuse = key_light * lit + viewer_light * positive(toward_viewer) + ground_light +
+                                  (sky_light - ground_light) * (0.5F + 0.5F * toward_sky);
+            const float squared = toward_half_way * toward_half_way, fourth = squared * squared, eighth = fourth * fourth;
+            const float glossy = highlight * (eighth * eighth * eighth);
+            const std::uint32_t red = channel(base.red(start + i) * diffuse + glossy);
+            const std::uint32_t green = channel(base.green(start + i) * diffuse + glossy);
+            const std::uint32_t blue = channel(base.blue(start + i) * diffuse + glossy);
+            words[i] = 0xFF000000U | red << 16 | green << 8 | blue;
+        }
+        std::transform(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(count),
+                       colors.begin() + static_cast<std::ptrdiff_t>(start), vorna::color_of);
+    }
+}
+
+template <class Seen_Normal>
+void Lighting::shade(const Surfaces& surfaces, const Seen_Normal& seen, std::span<VT_RGB32> colors) const {
+    if (surfaces.has_one_color()) {
+        shade_with(surfaces, seen, One_Color{surfaces.red[0], surfaces.green[0], surfaces.blue[0]}, colors);
+    } else {
+        shade_with(surfaces, seen, Color_Each{surfaces.red.data(), surfaces.green.data(), surfaces.blue.data()}, colors);
+    }
+}
+
+void Lighting::shade_fronts(const Surfaces& surfaces, std::span<VT_RGB32> colors) const {
+    shade(surfaces, Front_Normals{}, colors);
+}
+
+void Lighting::shade_backs(const Surfaces& surfaces, std::span<VT_RGB32> colors) const {
+    shade(surfaces, Back_Normals{eye_, eye_weight_, surfaces.distances.data()}, colors);
+}
+
+} // namespace vorna::drawing::model

@@ -1,0 +1,67 @@
+// Light on surfaces: a key light that wraps a little around the form, sky and ground, light from the viewer, and a soft
+// highlight.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "drawing/model/camera.h"
+#include "host/color.h"
+
+namespace vorna::drawing::model {
+
+// Vectors or points of a model, coordinate by coordinate.
+struct Vector_Columns {
+    std::vector<float> x, y, z;
+
+    explicit Vector_Columns(std::size_t count = 0) : x(count), y(count), z(count) {}
+    std::size_t size() const noexcept { return x.size(); }
+    void set(std::size_t i, const VT_Vector& v) noexcept {
+        x[i] = v.x;
+        y[i] = v.y;
+        z[i] = v.z;
+    }
+    VT_Vector operator[](std::size_t i) const noexcept { return {x[i], y[i], z[i]}; }
+};
+
+// Surfaces to be lit: vertices or faces. Colours are light of intensity 0 to 1. Pixels hold the square root of intensities, near
+// enough to what displays do and, unlike a power, the same on every machine.
+struct Surfaces {
+    Vector_Columns normals;
+    std::vector<float> distances;        // normal . place
+    std::vector<float> red, green, blue; // one for all, or one each
+
+    std::size_t size() const noexcept { return normals.size(); }
+    void resize(std::size_t count);
+    void set(std::size_t i, const VT_Vector& normal, const VT_Vector& place) noexcept;
+    void add_color(VT_RGB32 color);
+    bool has_one_color() const noexcept { return red.size() == 1; }
+    // Whether a face is seen from the side that its normal points to.
+    bool face_viewer(std::size_t i, const Camera& camera) const noexcept;
+};
+
+class Lighting {
+public:
+    // direction: towards the key light, in view space.
+    Lighting(const Camera& camera, VT_Vector_D direction);
+
+    // The colours of surfaces seen from the side that their normals point to.
+    void shade_fronts(const Surfaces& surfaces, std::span<VT_RGB32> colors) const;
+    // Seen from behind. Right at the horizon of a form the light of its front is kept, mirrored: faces there are behind by a
+    // hair, and the light of the other side would show as a dark fringe.
+    void shade_backs(const Surfaces& surfaces, std::span<VT_RGB32> colors) const;
+
+private:
+    template <class Seen_Normal> void shade(const Surfaces& surfaces, const Seen_Normal& seen, std::span<VT_RGB32> colors) const;
+    template <class Seen_Normal, class Base>
+    void shade_with(const Surfaces& surfaces, const Seen_Normal& seen, const Base& base, std::span<VT_RGB32> colors) const;
+
+    // In model space, so that normals need no turning.
+    VT_Vector key_, half_way_, sky_, viewer_;
+    float key_toward_viewer_ = 0, half_way_toward_viewer_ = 0;
+    VT_Vector eye_; // scaled so that eye_ . n - eye_weight_ * distance is about the cosine between normal and view
+    float eye_weight_ = 0;
+};
+
+} // namespace vorna::drawing::model

@@ -1,0 +1,135 @@
+// Chooses the reader of a model file.
+#include "drawing/model/model_reader.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+#include "drawing/files/path.h"
+
+namespace vorna::drawing::model {
+namespace {
+
+constexpr std::uintmax_t most_bytes = std::uintmax_t{1} << 32; // of a file
+
+std::string lower_case(std::string text) {
+    std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+std::string content_of(Input& input, Load_Limits& limits) {
+    return input.content ? std::move(*input.content) : read_file(input.name, limits);
+}
+
+Mesh read_model(Input& input, Load_Limits& limits) {
+    if (input.format == "obj") {
+        return read_obj(input.name, content_of(input, limits), limits);
+    }
+    if (input.format == "stl") {
+        return read_stl(input.name, content_of(input, limits), limits);
+    }
+    if (input.format == "ply") {
+        return read_ply(input.name, content_of(input, limits), limits);
+    }
+    return read_with_assimp(input, limits);
+}
+
+} // namespace
+
+std::string read_file(const std::string& file, Load_Limits& limits) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(path_of(file), error);
+    if (error) {
+        throw Model_Error(file + ": cannot be read: " + error.message());
+    }
+    if (size > most_bytes) {
+        throw Model_Error(file + ": expected at most 4096 MiB, found " + std::to_string(size >> 20));
+    }
+    limits.add_file(std::filesystem::weakly_canonical(path_of(file), error).string(), size);
+    limits.take_memory(file, size);
+    errno = 0;
+    std::ifstream stream(path_of(file), std::ios::binary);
+    std::string content(size, '\0');
+    if (!stream.read(content.data(), static_cast<std::streamsize>(size))) {
+        throw Model_Error(file + ": cannot be read" + (errno != 0 ? ": " + std::generic_category().message(errno) : ""));
+    }
+    return content;
+}
+
+std::string read_reference(const std::string& model, const std::string& file, Load_Limits& limits) {
+    if (!limits.allows(model, file)) {
+        throw Model_Error(file + outside_text);
+    }
+    return read_file(file, limits);
+}
+
+// What lies outside is not even looked for.
+std::string image_path(const std::string& model, const std::string& file, std::string name, Load_Limits& limits) {
+    constexpr std::uint64_t file_steps = 1000, neighbour_steps = 100;
+    limits.take_work(model, file_steps);
+    namespace fs = std::filesystem;
+    std::ranges::replace(name, '\\', '/');
+    const fs::path folder = path_of(file).parent_path(), given = (folder / path_of(name)).lexically_normal();
+    std::error_code error;
+    if (limits.allows(model, given.string()) && fs::exists(given, error)) {
+        return given.string();
+    }
+    const std::string wanted = lower_case(path_of(name).filename().string());
+    for (const fs::directory_entry& beside : fs::directory_iterator(folder.empty() ? "." : folder, error)) {
+        limits.take_work(model, neighbour_steps);
+        if (lower_case(beside.path().filename().string()) == wanted) {
+            return (folder / beside.path().filename()).string();
+        }
+    }
+    return given.string();
+}
+
+std::uint32_t image_number(Mesh& mesh, const std::string& path, const std::string& model) {
+    const auto found = std::ranges::find(mesh.images, path, &Image_Source::name);
+    const auto number = static_cast<std::uint32_t>(found - mesh.images.begin());
+    if (found == mesh.images.end()) {
+        Image_Source& image = mesh.images.emplace_back();
+        image.name = path;
+        image.model = model;
+    }
+    return number;
+}
+
+bool is_model_format(const std::string& format) {
+    return format == "obj" || format == "stl" || format == "ply" || is_assimp_format(format);
+}
+
+Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty) {
+    std::vector<Mesh> meshes;
+    std::vector<std::string> names;
+    names.reserve(inputs.size());
+    for (const Input& input : inputs) {
+        names.push_back(input.name);
+    }
+    std::string reading = names.front();
+    try {
+        for (Input& input : inputs) {
+            reading = input.name;
+            meshes.push_back(read_model(input, limits));
+            input.content.reset();
+        }
+        return joined_mesh(std::move(meshes), names, empty);
+    } catch (const std::bad_alloc&) {
+        throw std::runtime_error(reading + ": not enough memory to read it");
+    }
+}
+
+Mesh load_model(const std::string& file) {
+    const std::string suffix = lower_case(path_of(file).extension().string());
+    std::vector<Input> inputs{{file, suffix.empty() ? suffix : suffix.substr(1), std::nullopt}};
+    Load_Limits limits;
+    return load_models(inputs, limits);
+}
+
+} // namespace vorna::drawing::model

@@ -1,0 +1,375 @@
+// PLY: text, and binary of either byte order.
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <optional>
+
+#include "drawing/model/bytes.h"
+#include "drawing/model/model_reader.h"
+#include "drawing/model/polygon.h"
+#include "drawing/model/text_cursor.h"
+
+namespace vorna::drawing::model {
+namespace {
+
+enum class Scalar { int8, uint8, int16, uint16, int32, uint32, float32, float64 };
+
+struct Scalar_Name {
+    std::string_view name;
+    Scalar scalar;
+};
+
+constexpr std::array scalar_names{
+    Scalar_Name{"char", Scalar::int8},      Scalar_Name{"int8", Scalar::int8},       Scalar_Name{"uchar", Scalar::uint8},
+    Scalar_Name{"uint8", Scalar::uint8},    Scalar_Name{"short", Scalar::int16},     Scalar_Name{"int16", Scalar::int16},
+    Scalar_Name{"ushort", Scalar::uint16},  Scalar_Name{"uint16", Scalar::uint16},   Scalar_Name{"int", Scalar::int32},
+    Scalar_Name{"int32", Scalar::int32},    Scalar_Name{"uint", Scalar::uint32},     Scalar_Name{"uint32", Scalar::uint32},
+    Scalar_Name{"float", Scalar::float32},  Scalar_Name{"float32", Scalar::float32}, Scalar_Name{"double", Scalar::float64},
+    Scalar_Name{"float64", Scalar::float64}};
+
+// Where a vertex property goes.
+enum Attribute : std::size_t { x, y, z, nx, ny, nz, red, green, blue, attribute_count };
+constexpr std::array<std::string_view, attribute_count> attribute_names{"x", "y", "z", "nx", "ny", "nz", "red", "green", "blue"};
+
+struct Property {
+    std::string name;
+    Scalar scalar = Scalar::float32;
+    std::optional<Scalar> count; // of a list
+};
+
+struct Element {
+    std::string name;
+    std::int64_t count = 0;
+    std::vector<Property> properties;
+
+    std::size_t find(std::string_view property) const {
+        const auto found = std::ranges::find(properties, property, &Property::name);
+        return static_cast<std::size_t>(found - properties.begin());
+    }
+    bool has(std::string_view property) const { return find(property) < properties.size(); }
+};
+
+enum class Encoding { text, little_endian, big_endian };
+
+struct Header {
+    Encoding encoding = Encoding::text;
+    std::vector<Element> elements;
+};
+
+Scalar read_scalar_name(Text_Cursor& cursor) {
+    cursor.skip_blanks();
+    Text_Cursor before = cursor;
+    const auto found = std::ranges::find(scalar_names, cursor.word(), &Scalar_Name::name);
+    if (found == scalar_names.end()) {
+        before.fail("a property type");
+    }
+    return found->scalar;
+}
+
+Property read_property(Text_Cursor& cursor) {
+    Property property;
+    Text_Cursor before = cursor;
+    if (cursor.word() == "list") {
+        property.count = read_scalar_name(cursor);
+    } else {
+        cursor = before;
+    }
+    property.scalar = read_scalar_name(cursor);
+    property.name = cursor.word();
+    return property;
+}
+
+Header read_header(Text_Cursor& cursor) {
+    Header header;
+    if (Text_Cursor before = cursor; cursor.word() != "ply") {
+        before.fail("'ply'");
+    }
+    for (cursor.next_line(); !cursor.at_end(); cursor.next_line()) {
+        cursor.skip_blanks();
+        Text_Cursor before = cursor;
+        const std::string_view keyword = cursor.word();
+        if (keyword == "end_header") {
+            cursor.next_line();
+            return header;
+        }
+        if (keyword == "format") {
+            Text_Cursor at_format = cursor;
+            const std::string_view format = cursor.word();
+            if (format == "ascii") {
+                header.encoding = Encoding::text;
+            } else if (format == "binary_little_endian") {
+                header.encoding = Encoding::little_endian;
+            } else if (format == "binary_big_endian") {
+                header.encoding = Encoding::big_endian;
+            } else {
+                at_format.fail("'ascii', 'binary_little_endian' or 'binary_big_endian'");
+            }
+        } else if (keyword == "element") {
+            Element element;
+            element.name = cursor.word();
+            Text_Cursor at_count = cursor;
+            element.count = cursor.integer("a count");
+            if (element.count < 0) {
+                at_count.fail("a count");
+            }
+            header.elements.push_back(std::move(element));
+        } else if (keyword == "property") {
+            if (header.elements.empty()) {
+                before.fail("'element' before the first property");
+            }
+            header.elements.back().properties.push_back(read_property(cursor));
+        } else if (keyword != "comment" && keyword != "obj_info" && !keyword.empty()) {
+            before.fail("'format', 'element', 'property' or 'end_header'");
+        }
+    }
+    cursor.fail("'end_header'");
+}
+
+// Values one after the other, whatever the encoding. A value that does not suit fails at the place it was read from.
+class Text_Values {
+public:
+    explicit Text_Values(Text_Cursor cursor) : cursor_(cursor), before_(cursor) {}
+
+    double number(Scalar, const char* expected) {
+        advance();
+        return static_cast<double>(cursor_.number(expected));
+    }
+    std::int64_t integer(Scalar, const char* expected) {
+        advance();
+        return cursor_.integer(expected);
+    }
+    std::size_t remaining() const { return cursor_.remaining(); }
+    [[noreturn]] void fail(const std::string& expected) { before_.fail(expected); }
+
+private:
+    void advance() {
+        cursor_.skip_space();
+        before_ = cursor_;
+    }
+
+    Text_Cursor cursor_, before_;
+};
+
+template <std::endian Order> class Binary_Values {
+public:
+    Binary_Values(const std::string& file, std::string_view content, std::size_t start)
+        : file_(file), content_(content), next_(start) {}
+
+    double number(Scalar scalar, const char* expected) {
+        const double value = take<double>(scalar, expected);
+        if (!std::isfinite(value)) {
+            fail(expected);
+        }
+        return value;
+    }
+    std::int64_t integer(Scalar scalar, const char* expected) {
+        if (scalar == Scalar::float32 || scalar == Scalar::float64) {
+            const double value = take<double>(scalar, expected);
+            if (!(std::abs(value) < 1e15)) {
+                fail(expected);
+            }
+            return static_cast<std::int64_t>(value);
+        }
+        return take<std::int64_t>(scalar, expected);
+    }
+    std::size_t remaining() const { return content_.size() - next_; }
+    [[noreturn]] void fail(const std::string& expected) {
+        throw Model_Error(file_ + ": byte " + std::to_string(place_) + ": expected " + expected +
+                          (place_ == content_.size() ? ", found the end of the file" : ""));
+    }
+
+private:
+    template <class Result> Result take(Scalar scalar, const char* expected) {
+        switch (scalar) {
+        case Scalar::int8:
+            return static_cast<Result>(bytes_as<std::int8_t>(expected));
+        case Scalar::uint8:
+            return static_cast<Result>(bytes_as<std::uint8_t>(expected));
+        case Scalar::int16:
+            return static_cast<Result>(bytes_as<std::int16_t>(expected));
+        case Scalar::uint16:
+            return static_cast<Result>(bytes_as<std::uint16_t>(expected));
+        case Scalar::int32:
+            return static_cast<Result>(bytes_as<std::int32_t>(expected));
+        case Scalar::uint32:
+            return static_cast<Result>(bytes_as<std::uint32_t>(expected));
+        case Scalar::float32:
+            return static_cast<Result>(bytes_as<float>(expected));
+        case Scalar::float64:
+            break;
+        }
+        return static_cast<Result>(bytes_as<double>(expected));
+    }
+
+    template <class Number> Number bytes_as(const char* expected) {
+        place_ = next_;
+        if (remaining() < sizeof(Number)) {
+            place_ = content_.size();
+            fail(expected);
+        }
+        next_ += sizeof(Number);
+        return load<Number, Order>(content_.data() + place_);
+    }
+
+    const std::string& file_;
+    std::string_view content_;
+    std::size_t next_;
+    std::size_t place_ = 0;
+};
+
+template <class Values> class Body_Reader {
+public:
+    Body_Reader(Values values, const std::string& file, Load_Limits& limits) : values_(values), file_(file), limits_(limits) {}
+
+    Mesh read(const Header& header) {
+        for (const Element& element : header.elements) {
+            if (element.properties.empty()) {
+                continue;
+            }
+            if (element.name == "vertex") {
+                read_vertices(element);
+            } else if (element.name == "face") {
+                read_faces(element);
+            } else {
+                for (std::int64_t i = 0; i < element.count; ++i) {
+                    skip_record(element);
+                }
+            }
+        }
+        return std::move(mesh_);
+    }
+
+private:
+    // A declared count is believed only as far as the file could hold it.
+    std::size_t credible(std::int64_t count) const { return std::min(static_cast<std::size_t>(count), values_.remaining()); }
+
+    void read_vertices(const Element& element) {
+        std::vector<std::size_t> attribute_of(element.properties.size());
+        std::ranges::transform(element.properties, attribute_of.begin(), [](const Property& property) {
+            const auto found = std::ranges::find(attribute_names, std::string_view(property.name));
+            return static_cast<std::size_t>(found - attribute_names.begin());
+        });
+        const bool has_normals = element.has("nx") && element.has("ny") && element.has("nz");
+        const bool has_colors = element.has("red") && element.has("green") && element.has("blue");
+        const bool unit_colors = has_colors && element.properties[element.find("red")].scalar >= Scalar::float32;
+        const double color_scale = unit_colors ? 255 : 1;
+        mesh_.positions.reserve(credible(element.count) / element.properties.size());
+        std::array<double, attribute_count + 1> record{}; // The last one takes what is not wanted.
+        for (std::int64_t v = 0; v < element.count; ++v) {
+            limits_.take_memory(file_, vertex_memory);
+            for (std::size_t p = 0; p < element.properties.size(); ++p) {
+                if (element.properties[p].count) {
+                    skip_list(element.properties[p]);
+                } else {
+                    record[attribute_of[p]] = values_.number(element.properties[p].scalar, "a vertex property");
+                }
+            }
+            mesh_.positions.push_back(vector(record[x], record[y], record[z]));
+            if (has_normals) {
+                mesh_.normals.push_back(vector(record[nx], record[ny], record[nz]));
+            }
+            if (has_colors) {
+                mesh_.colors.push_back({channel(record[blue] * color_scale), channel(record[green] * color_scale),
+                                        channel(record[red] * color_scale), 255});
+            }
+        }
+    }
+
+    void read_faces(const Element& element) {
+        const std::size_t corners = element.has("vertex_indices") ? element.find("vertex_indices") : element.find("vertex_index");
+        mesh_.triangles.reserve(credible(element.count) * 3 / 4);
+        for (std::int64_t f = 0; f < element.count; ++f) {
+            for (std::size_t p = 0; p < element.properties.size(); ++p) {
+                const Property& property = element.properties[p];
+                if (p == corners && property.count) {
+                    read_polygon(property);
+                } else if (property.count) {
+                    skip_list(property);
+                } else {
+                    values_.number(property.scalar, "a face property");
+                }
+            }
+        }
+    }
+
+    void read_polygon(const Property& property) {
+        const std::int64_t count = read_list_count(property);
+        polygon_.clear();
+        places_.clear();
+        for (std::int64_t i = 0; i < count; ++i) {
+            polygon_.push_back(read_vertex_index(property.scalar));
+            places_.push_back(mesh_.positions[polygon_.back()]);
+        }
+        limits_.take_memory(file_, triangle_memory * polygon_.size());
+        append_polygon(mesh_, polygon_, places_, file_, limits_);
+    }
+
+    std::uint32_t read_vertex_index(Scalar scalar) {
+        const std::int64_t index = values_.integer(scalar, "a vertex index");
+        if (index < 0 || index >= static_cast<std::int64_t>(mesh_.positions.size())) {
+            values_.fail("a vertex index below " + std::to_string(mesh_.positions.size()));
+        }
+        return static_cast<std::uint32_t>(index);
+    }
+
+    std::int64_t read_list_count(const Property& property) {
+        const std::int64_t count = values_.integer(*property.count, "the length of a list");
+        if (count < 0) {
+            values_.fail("the length of a list");
+        }
+        return count;
+    }
+
+    void skip_list(const Property& property) {
+        for (std::int64_t left = read_list_count(property); left > 0; --left) {
+            values_.number(property.scalar, "a list's value");
+        }
+    }
+
+    void skip_record(const Element& element) {
+        for (const Property& property : element.properties) {
+            if (property.count) {
+                skip_list(property);
+            } else {
+                values_.number(property.scalar, "a property");
+            }
+        }
+    }
+
+    VT_Vector vector(double a, double b, double c) {
+        const VT_Vector result{static_cast<float>(a), static_cast<float>(b), static_cast<float>(c)};
+        if (!std::isfinite(result.x) || !std::isfinite(result.y) || !std::isfinite(result.z)) {
+            values_.fail("numbers in the range of a float");
+        }
+        return result;
+    }
+
+    static std::uint8_t channel(double value) { return static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0) + 0.5); }
+
+    Values values_;
+    const std::string& file_;
+    Load_Limits& limits_;
+    Mesh mesh_;
+    std::vector<std::uint32_t> polygon_; // being read
+    std::vector<VT_Vector> places_;      // of its corners
+};
+
+} // namespace
+
+Mesh read_ply(const std::string& file, std::string_view content, Load_Limits& limits) {
+    Text_Cursor cursor(file, content);
+    const Header header = read_header(cursor);
+    const auto start = static_cast<std::size_t>(cursor.place() - content.data());
+    switch (header.encoding) {
+    case Encoding::text:
+        return Body_Reader(Text_Values(cursor), file, limits).read(header);
+    case Encoding::little_endian:
+        return Body_Reader(Binary_Values<std::endian::little>(file, content, start), file, limits).read(header);
+    case Encoding::big_endian:
+        break;
+    }
+    return Body_Reader(Binary_Values<std::endian::big>(file, content, start), file, limits).read(header);
+}
+
+} // namespace vorna::drawing::model

@@ -1,0 +1,21 @@
+// Points of a model as points of a window.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "drawing/model/camera.h"
+#include "drawing/model/lighting.h"
+#include "host/geometry.h"
+
+namespace vorna::drawing::model {
+
+struct Projected_Points {
+    std::vector<VT_DCI_Point> device_points; // at the window's border for points outside the view volume
+    std::vector<std::uint8_t> planes;        // that each point lies beyond, see clipper.h
+    bool any_beyond = false;
+
+    void project(const Vector_Columns& positions, const Camera& camera, const VT_Int_Rectangle& window);
+};
+
+} // namespace vorna::drawing::model

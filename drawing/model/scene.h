@@ -1,0 +1,52 @@
+// A model laid out for drawing, once for all pictures of it.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "drawing/model/camera.h"
+#include "drawing/model/tiles.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
+
+namespace vorna::drawing::model {
+
+enum class Shading {
+    flat,
+    gouraud,
+    textured,
+    wireframe,   // edges alone
+    hidden_line, // edges, and faces in any colour: what counts is that they hide what lies behind them
+};
+enum class Culling { none, back };
+
+struct Picture_Settings {
+    Shading shading = Shading::gouraud;
+    Culling culling = Culling::none;
+    VT_Vector_D light{-0.5, 0.65, 0.7}; // towards it, in view space
+};
+
+class Scene {
+public:
+    Scene() = default;
+    Scene(const Scene&) = delete;
+    Scene& operator=(const Scene&) = delete;
+    virtual ~Scene() = default;
+
+    // The vertices that are drawn, for fitting a camera.
+    virtual const std::vector<VT_Vector>& points() const noexcept = 0;
+    // How large it is, in words.
+    virtual std::string summary() const = 0;
+
+    // Does what a picture needs once: projection, light, and which triangles lie in which tile. Faces seen from behind are lit
+    // from behind.
+    virtual void prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) = 0;
+    // Draws what touches a tile of the prepared picture; the renderer's window is the tile's. Several threads may draw at once,
+    // each through a renderer and a rendition of its own.
+    virtual void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const = 0;
+    // Bytes that prepare takes, roughly, in pictures of several tiles.
+    virtual std::uint64_t prepared_memory() const noexcept = 0;
+};
+
+} // namespace vorna::drawing::model

@@ -1,0 +1,266 @@
+// Draws a model through a renderer.
+#include "drawing/model/scene_renderer.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "drawing/model/vectors.h"
+#include "vorna/draw.h"
+
+namespace vorna::drawing::model {
+namespace {
+
+constexpr std::uint32_t none = 0xFFFFFFFF;
+// Triangles of a run in pictures of several tiles: a tile draws whole runs.
+constexpr std::size_t longest_run = 32;
+
+} // namespace
+
+Scene_Renderer::Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors) : triangle_count_(mesh.triangle_count()) {
+    const Strips strips = make_strips(mesh.triangles, static_cast<std::uint32_t>(mesh.positions.size()));
+    strip_starts_ = strips.starts;
+    lay_out(mesh, strips);
+    if (own_colors && !mesh.colors.empty()) {
+        std::vector<VT_RGB32> colors(points_.size());
+        for (std::size_t place = 0; place < strips.vertices.size(); ++place) {
+            const VT_RGB32 own = mesh.colors[strips.vertices[place]];
+            colors[strip_vertices_[place]] = own.alpha == 0 ? base_color : own;
+        }
+        std::ranges::for_each(colors, [this](VT_RGB32 color) { vertices_.add_color(color); });
+        std::ranges::for_each(strip_vertices_, [&](std::uint32_t vertex) { faces_.add_color(colors[vertex]); });
+    } else {
+        vertices_.add_color(base_color);
+        faces_.add_color(base_color);
+    }
+}
+
+std::string Scene_Renderer::summary() const {
+    return std::to_string(triangle_count()) + " triangles in " + std::to_string(strip_count()) + " strips";
+}
+
+void Scene_Renderer::lay_out(const Mesh& mesh, const Strips& strips) {
+    std::vector<std::uint32_t> new_number(mesh.positions.size(), none);
+    std::vector<VT_Vector> normals;
+    strip_vertices_.reserve(strips.vertices.size());
+    points_.reserve(mesh.positions.size());
+    normals.reserve(mesh.positions.size());
+    for (const std::uint32_t vertex : strips.vertices) {
+        if (new_number[vertex] == none) {
+            new_number[vertex] = static_cast<std::uint32_t>(points_.size());
+            points_.push_back(mesh.positions[vertex]);
+            normals.push_back(mesh.normals[vertex]);
+        }
+        strip_vertices_.push_back(new_number[vertex]);
+    }
+    positions_ = Vector_Columns(points_.size());
+    vertices_.resize(points_.size());
+    for (std::size_t v = 0; v < points_.size(); ++v) {
+        positions_.set(v, points_[v]);
+        vertices_.set(v, normals[v], points_[v]);
+    }
+    faces_.resize(strip_vertices_.size());
+    for (std::size_t place = 0; place < strips.triangle_order.size(); ++place) {
+        const std::uint32_t triangle = strips.triangle_order[place];
+        if (triangle == no_triangle) {
+            continue;
+        }
+        faces_.set(place, face_normal(mesh, triangle), mesh.positions[mesh.triangles[3 * std::size_t{triangle}]]);
+    }
+}
+
+void Scene_Renderer::light(const Camera& camera, const Picture_Settings& settings) {
+    const Lighting lighting(camera, settings.light);
+    const Surfaces& surfaces = settings.shading == Shading::flat ? faces_ : vertices_;
+    front_colors_.resize(surfaces.size());
+    lighting.shade_fronts(surfaces, front_colors_);
+    if (settings.culling != Culling::back) {
+        back_colors_.resize(surfaces.size());
+        lighting.shade_backs(surfaces, back_colors_);
+    }
+}
+
+Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place) const noexcept {
+    const bool front = faces_.face_viewer(place, camera_);
+    if (!front && cull_backs_) {
+        return Manner::hidden;
+    }
+    if (projection_.any_beyond) {
+        const std::uint32_t* vertex = &strip_vertices_[place];
+        const int a = projection_.planes[vertex[0]], b = projection_.planes[vertex[1]], c = projection_.planes[vertex[2]];
+        if ((a & b & c) != 0) {
+            return Manner::hidden;
+        }
+        if ((a | b | c) != 0) {
+            return Manner::crossing;
+        }
+    }
+    return front ? Manner::front : Manner::back;
+}
+
+void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) {
+    camera_ = camera;
+    viewport_ = Viewport(grid.frame);
+    flat_ = settings.shading == Shading::flat;
+    unlit_ = settings.shading == Shading::hidden_line;
+    cull_backs_ = settings.culling == Culling::back;
+    projection_.project(positions_, camera, grid.frame);
+    if (!unlit_) {
+        light(camera, settings);
+    }
+    bins_.start(grid);
+    cut_strips();
+    if (bins_.sorts()) {
+        for (std::size_t r = 0; r < runs_.size(); ++r) {
+            bins_.add(static_cast<std::uint32_t>(r), extent_of(runs_[r]));
+        }
+        bins_.finish();
+    }
+}
+
+// Into runs of triangles of one manner.
+void Scene_Renderer::cut_strips() {
+    runs_.clear();
+    for (std::size_t s = 0; s < strip_count(); ++s) {
+        const std::size_t end = strip_starts_[s + 1] - 2;
+        std::size_t first = strip_starts_[s];
+        Manner manner = manner_of(first);
+        const auto finish = [&](std::size_t place) {
+            const std::size_t longest = !bins_.sorts() ? place - first : manner == Manner::crossing ? 1 : longest_run;
+            for (; first < place; first += longest) {
+                if (manner != Manner::hidden) {
+                    runs_.push_back({static_cast<std::uint32_t>(first),
+                                     static_cast<std::uint32_t>(std::min(longest, place - first)), manner});
+                }
+            }
+            first = place;
+        };
+        for (std::size_t place = first + 1; place < end; ++place) {
+            const Manner next = manner_of(place);
+            if (next != manner) {
+                finish(place);
+                manner = next;
+            }
+        }
+        finish(end);
+    }
+}
+
+Extent Scene_Renderer::extent_of(const Run& run) const {
+    Extent extent;
+    if (run.manner == Manner::crossing) {
+        for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
+            const Clip_Polygon polygon = clipped(place);
+            for (std::size_t i = 0; i < polygon.count; ++i) {
+                extent.include(device_point(polygon.vertices[i], place));
+            }
+        }
+    } else {
+        for (std::size_t place = run.first; place < run.first + run.triangles + 2; ++place) {
+            extent.include(projection_.device_points[strip_vertices_[place]]);
+        }
+    }
+    return extent;
+}
+
+// What is inside the view volume of a triangle that crosses it.
+Clip_Polygon Scene_Renderer::clipped(std::size_t place) const {
+    const std::vector<VT_RGB32>& colors = faces_.face_viewer(place, camera_) ? front_colors_ : back_colors_;
+    std::array<Clip_Vertex, 3> triangle;
+    std::uint8_t planes = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::uint32_t vertex = strip_vertices_[place + i];
+        triangle[i] = {transformed(camera_.clip_from_model, points_[vertex]),
+                       unlit_ ? VT_RGB32{} : colors[flat_ ? place : vertex], static_cast<int>(i)};
+        planes |= projection_.planes[vertex];
+    }
+    return clip_triangle(triangle, planes);
+}
+
+// Corners that are kept must be where the neighbouring triangles have them.
+VT_DCI_Point Scene_Renderer::device_point(const Clip_Vertex& vertex, std::size_t place) const {
+    const Clip_Point& p = vertex.point;
+    return vertex.corner >= 0 ? projection_.device_points[strip_vertices_[place + static_cast<std::size_t>(vertex.corner)]]
+                              : viewport_.device_point(static_cast<float>(p.x / p.w), static_cast<float>(p.y / p.w),
+                                                       static_cast<float>(p.z / p.w));
+}
+
+// Gathers the points and colours of runs and hands them over.
+class Scene_Renderer::Drawing {
+public:
+    Drawing(const Scene_Renderer& scene, VT_Renderer_Data& renderer, const VT_Rendition& rendition)
+        : scene_(scene), renderer_(renderer), rendition_(rendition) {}
+
+    void draw(const Run& run) {
+        if (run.manner == Manner::crossing) {
+            for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
+                draw_clipped(place);
+            }
+        } else {
+            draw_whole(run);
+        }
+    }
+
+private:
+    void draw_whole(const Run& run) {
+        const std::vector<VT_RGB32>& colors = run.manner == Manner::front ? scene_.front_colors_ : scene_.back_colors_;
+        const std::size_t count = std::size_t{run.triangles} + 2;
+        if (points_.size() < count) {
+            points_.resize(count);
+            colors_.resize(count);
+        }
+        const std::uint32_t* vertices = &scene_.strip_vertices_[run.first];
+        for (std::size_t i = 0; i < count; ++i) {
+            points_[i] = scene_.projection_.device_points[vertices[i]];
+        }
+        const auto point_count = static_cast<std::int32_t>(count);
+        if (scene_.unlit_) {
+            VD_Draw_DCI_Polytriangle(renderer_, rendition_, point_count, points_.data());
+            return;
+        }
+        if (scene_.flat_) {
+            VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, point_count, points_.data(), colors.data() + run.first,
+                                               false);
+            return;
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            colors_[i] = colors[vertices[i]];
+        }
+        VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, point_count, points_.data(), colors_.data());
+    }
+
+    void draw_clipped(std::size_t place) {
+        const Clip_Polygon polygon = scene_.clipped(place);
+        if (polygon.count < 3) {
+            return;
+        }
+        // A convex polygon as a strip: from its first vertex to and fro between its two sides.
+        std::array<VT_DCI_Point, 9> points;
+        std::array<VT_RGB32, 9> colors;
+        for (std::size_t i = 0; i < polygon.count; ++i) {
+            const Clip_Vertex& vertex = polygon.vertices[i % 2 ? (i + 1) / 2 : (polygon.count - i / 2) % polygon.count];
+            points[i] = scene_.device_point(vertex, place);
+            colors[i] = vertex.color;
+        }
+        const auto count = static_cast<std::int32_t>(polygon.count);
+        if (scene_.unlit_) {
+            VD_Draw_DCI_Polytriangle(renderer_, rendition_, count, points.data());
+        } else if (scene_.flat_) {
+            VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, count, points.data(), colors.data(), true);
+        } else {
+            VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, count, points.data(), colors.data());
+        }
+    }
+
+    const Scene_Renderer& scene_;
+    VT_Renderer_Data& renderer_;
+    const VT_Rendition& rendition_;
+    std::vector<VT_DCI_Point> points_;
+    std::vector<VT_RGB32> colors_;
+};
+
+void Scene_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
+    Drawing drawing(*this, renderer, rendition);
+    bins_.for_each(tile, runs_.size(), [&](std::size_t run) { drawing.draw(runs_[run]); });
+}
+
+} // namespace vorna::drawing::model

@@ -1,0 +1,71 @@
+// Draws a model through a renderer: transforms and lights its vertices, clips what crosses the view volume, and hands strips
+// over.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "drawing/model/camera.h"
+#include "drawing/model/clipper.h"
+#include "drawing/model/lighting.h"
+#include "drawing/model/mesh.h"
+#include "drawing/model/projected_points.h"
+#include "drawing/model/scene.h"
+#include "drawing/model/strips.h"
+#include "drawing/model/viewport.h"
+
+namespace vorna::drawing::model {
+
+class Scene_Renderer final : public Scene {
+public:
+    // base_color: of vertices without a colour of their own; of all with own_colors off.
+    Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors);
+
+    const std::vector<VT_Vector>& points() const noexcept override { return points_; }
+    std::size_t triangle_count() const noexcept { return triangle_count_; }
+    std::size_t strip_count() const noexcept { return strip_starts_.size() - 1; }
+    std::string summary() const override;
+
+    void prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) override;
+    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const override;
+    std::uint64_t prepared_memory() const noexcept override { return 40 * points_.size() + 24 * strip_vertices_.size(); }
+
+private:
+    // How a triangle is drawn.
+    enum class Manner { front, back, crossing, hidden };
+    // Triangles of one strip and one manner, by the places where they begin.
+    struct Run {
+        std::uint32_t first, triangles;
+        Manner manner;
+    };
+    class Drawing;
+
+    void lay_out(const Mesh& mesh, const Strips& strips);
+    void light(const Camera& camera, const Picture_Settings& settings);
+    Manner manner_of(std::size_t place) const noexcept;
+    void cut_strips();
+    Extent extent_of(const Run& run) const;
+    Clip_Polygon clipped(std::size_t place) const;
+    VT_DCI_Point device_point(const Clip_Vertex& vertex, std::size_t place) const;
+
+    // Vertices in the order in which strips first use them.
+    std::vector<VT_Vector> points_;
+    Vector_Columns positions_;
+    Surfaces vertices_;
+    // By place in the strips: the vertex, and the face that begins there.
+    std::vector<std::uint32_t> strip_vertices_, strip_starts_;
+    Surfaces faces_;
+    std::size_t triangle_count_ = 0;
+
+    // Of the prepared picture.
+    Camera camera_;
+    Viewport viewport_{{}};
+    bool flat_ = false, unlit_ = false, cull_backs_ = false;
+    Projected_Points projection_;                      // of vertices
+    std::vector<VT_RGB32> front_colors_, back_colors_; // by vertex, or by place in flat shading
+    std::vector<Run> runs_;
+    Tile_Bins bins_;
+};
+
+} // namespace vorna::drawing::model

@@ -1,0 +1,24 @@
+// Triangles joined into strips: triangle k of a strip is its vertices k, k + 1 and k + 2, whatever their orientation.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace vorna::drawing::model {
+
+struct Strips {
+    std::vector<std::uint32_t> vertices; // strip after strip
+    std::vector<std::uint32_t> starts;   // of each strip in vertices, and the end of the last one
+    std::vector<std::uint32_t>
+        triangle_order; // the triangle behind each place k of vertices; the last two places of a strip have none
+
+    std::size_t count() const noexcept { return starts.size() - 1; }
+};
+
+inline constexpr std::uint32_t no_triangle = 0xFFFFFFFF;
+
+// Every triangle exactly once. triangles: three different vertices below vertex_count each.
+Strips make_strips(std::span<const std::uint32_t> triangles, std::uint32_t vertex_count);
+
+} // namespace vorna::drawing::model

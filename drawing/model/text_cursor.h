@@ -1,0 +1,156 @@
+// Reads words and numbers from a text in memory and knows the line it is in.
+#pragma once
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "drawing/model/mesh.h"
+
+namespace vorna::drawing::model {
+
+class Text_Cursor {
+public:
+    // Both outlive the cursor.
+    Text_Cursor(const std::string& file, std::string_view text, std::int64_t first_line = 1)
+        : file_(&file), place_(text.data()), end_(text.data() + text.size()), line_(first_line) {}
+
+    bool at_end() const noexcept { return place_ == end_; }
+    const char* place() const noexcept { return place_; }
+    std::int64_t line() const noexcept { return line_; }
+    std::size_t remaining() const noexcept { return static_cast<std::size_t>(end_ - place_); }
+
+    // To the next character of the line that is not blank; a backslash continues a line.
+    void skip_blanks() noexcept {
+        for (; place_ != end_; ++place_) {
+            if (*place_ == '\\' && continues_line()) {
+                ++line_;
+            } else if (*place_ != ' ' && *place_ != '\t' && *place_ != '\r') {
+                return;
+            }
+        }
+    }
+
+    // True when only blanks are left in the line.
+    bool at_line_end() noexcept {
+        skip_blanks();
+        return place_ == end_ || *place_ == '\n';
+    }
+
+    void next_line() noexcept {
+        while (place_ != end_ && *place_ != '\n') {
+            ++place_;
+        }
+        if (place_ != end_) {
+            ++place_;
+            ++line_;
+        }
+    }
+
+    // Over blanks and line ends.
+    void skip_space() noexcept {
+        while (at_line_end() && place_ != end_) {
+            next_line();
+        }
+    }
+
+    // The next word of the line, empty at its end.
+    std::string_view word() noexcept {
+        skip_blanks();
+        const char* start = place_;
+        while (place_ != end_ && !is_space(*place_)) {
+            ++place_;
+        }
+        return {start, static_cast<std::size_t>(place_ - start)};
+    }
+
+    // What is left of the line without blanks around it: a name that may hold blanks.
+    std::string_view rest_of_line() noexcept {
+        skip_blanks();
+        const char* start = place_;
+        while (place_ != end_ && *place_ != '\n') {
+            ++place_;
+        }
+        const char* stop = place_;
+        while (stop != start && is_space(stop[-1])) {
+            --stop;
+        }
+        return {start, static_cast<std::size_t>(stop - start)};
+    }
+
+    // True and past it when the next character is this one.
+    bool accept(char c) noexcept {
+        if (place_ == end_ || *place_ != c) {
+            return false;
+        }
+        ++place_;
+        return true;
+    }
+
+    // A finite number of the line. expected: what it is, for the message.
+    float number(const char* expected) {
+        skip_blanks();
+        const char* start = place_ != end_ && *place_ == '+' ? place_ + 1 : place_;
+        float value = 0;
+        auto [stop, error] = std::from_chars(start, end_, value);
+        if (error == std::errc::result_out_of_range) {
+            // Too small for a float is zero, too large is infinite and refused below.
+            double wide = HUGE_VAL;
+            std::from_chars(start, end_, wide);
+            value = std::abs(wide) < 1 ? 0.0F : HUGE_VALF;
+        } else if (error != std::errc{}) {
+            fail(expected);
+        }
+        if (!std::isfinite(value)) {
+            fail(expected);
+        }
+        place_ = stop;
+        return value;
+    }
+
+    std::int64_t integer(const char* expected) {
+        skip_blanks();
+        const char* start = place_ != end_ && *place_ == '+' ? place_ + 1 : place_;
+        std::int64_t value = 0;
+        const auto [stop, error] = std::from_chars(start, end_, value);
+        if (error != std::errc{}) {
+            fail(expected);
+        }
+        place_ = stop;
+        return value;
+    }
+
+    [[noreturn]] void fail(const std::string& expected) {
+        const std::string_view found = word().substr(0, 40);
+        std::string shown;
+        for (const char c : found) {
+            shown += c >= ' ' && c <= '~' ? c : '?';
+        }
+        throw Model_Error(*file_ + ":" + std::to_string(line_) + ": expected " + expected + ", found " +
+                          (found.empty() ? (place_ == end_ ? "the end of the file" : "the end of the line") : "'" + shown + "'"));
+    }
+
+private:
+    static bool is_space(char c) noexcept { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+    bool continues_line() noexcept {
+        const char* next = place_ + 1;
+        if (next != end_ && *next == '\r') {
+            ++next;
+        }
+        if (next == end_ || *next != '\n') {
+            return false;
+        }
+        place_ = next;
+        return true;
+    }
+
+    const std::string* file_;
+    const char* place_;
+    const char* end_;
+    std::int64_t line_;
+};
+
+} // namespace vorna::drawing::model

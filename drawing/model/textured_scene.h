@@ -1,0 +1,85 @@
+// Draws a model with its materials: textures, and surfaces that let through what lies behind them.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "drawing/model/clipper.h"
+#include "drawing/model/lighting.h"
+#include "drawing/model/mesh.h"
+#include "drawing/model/scene.h"
+#include "drawing/model/texture.h"
+#include "drawing/model/viewport.h"
+
+namespace vorna::drawing::model {
+
+// Opaque triangles come first, then translucent ones from the farthest to the nearest. The renderer runs colours and textures
+// evenly over the screen; in perspective, edges on which the middle would be wrong by half a pixel or more are halved there. That
+// is decided for each edge by its two ends alone, so that triangles that share one agree and no crack opens between them.
+class Textured_Scene final : public Scene {
+public:
+    // The mesh may be gone afterwards. base_color: of what has neither a colour nor a texture; of all, with own_colors off. A
+    // texture that cannot be had adds a line to warnings, and its surfaces are plain.
+    Textured_Scene(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, std::vector<std::string>& warnings,
+                   Load_Limits& limits);
+
+    // Whether a mesh has materials that make a difference.
+    static bool has_work(const Mesh& mesh);
+
+    const std::vector<VT_Vector>& points() const noexcept override { return points_; }
+    std::string summary() const override;
+
+    void prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) override;
+    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const override;
+    std::uint64_t prepared_memory() const noexcept override { return 64 * points_.size() + 40 * triangles_.size(); }
+
+private:
+    struct Drawing;
+    struct Corner;
+    // A material ready for drawing.
+    struct Paint {
+        Texture* texture = nullptr;
+        std::uint8_t alpha = 255;
+        bool translucent = false;
+    };
+
+    void load_paints(const Mesh& mesh, std::vector<std::string>& warnings, Load_Limits& limits);
+    void order_triangles(const Mesh& mesh);
+    std::vector<std::uint32_t> lay_out(const Mesh& mesh);
+    // vertices: the mesh's own numbers of the vertices that are drawn.
+    void set_colors(const Mesh& mesh, const std::vector<std::uint32_t>& vertices, VT_RGB32 base_color, bool own_colors);
+    void transform(const Camera& camera);
+    void light(const Camera& camera, const Picture_Settings& settings);
+    void order_drawing(const Camera& camera);
+    Clip_Polygon clipped(std::size_t triangle) const;
+    Extent extent_of(std::size_t triangle) const;
+    void draw_triangle(Drawing& drawing, std::size_t triangle) const;
+    void draw_piece(Drawing& drawing, const Corner& a, const Corner& b, const Corner& c) const;
+
+    std::vector<std::unique_ptr<Texture>> textures_;
+    std::vector<Paint> paints_; // by material, and the plain one
+
+    std::vector<VT_Vector> points_;
+    std::vector<Texture_Point> coordinates_;
+    Surfaces vertices_;
+    // By triangle, the translucent ones last.
+    std::vector<std::array<std::uint32_t, 3>> triangles_;
+    std::vector<std::uint32_t> triangle_paints_;
+    Surfaces faces_;
+    std::size_t opaque_count_ = 0;
+
+    // Of the prepared picture.
+    Camera camera_;
+    Viewport viewport_{{}};
+    bool cull_backs_ = false;
+    std::vector<Clip_Point> clip_points_;
+    std::vector<std::uint8_t> beyond_;
+    std::vector<VT_RGB32> front_colors_, back_colors_;
+    std::vector<std::uint32_t> order_; // triangles as they are drawn: opaque ones, then translucent ones, the farthest first
+    Tile_Bins bins_;                   // of places in the order
+};
+
+} // namespace vorna::drawing::model

@@ -1,0 +1,69 @@
+// A picture cut into tiles.
+#include "drawing/model/tiles.h"
+
+namespace vorna::drawing::model {
+
+VT_Int_Rectangle Tile_Grid::window(std::size_t tile) const noexcept {
+    const auto across = static_cast<std::size_t>(columns());
+    const std::int32_t left = area.left + static_cast<std::int32_t>(tile % across) * tile_size.x - margin,
+                       bottom = area.bottom + static_cast<std::int32_t>(tile / across) * tile_size.y - margin;
+    return {left, left + tile_size.x + 2 * margin - 1, bottom, bottom + tile_size.y + 2 * margin - 1};
+}
+
+VT_Int_Rectangle Tile_Grid::pixels(std::size_t tile) const noexcept {
+    const VT_Int_Rectangle drawn = window(tile);
+    return common_part(area, {drawn.left + margin, drawn.right - margin, drawn.bottom + margin, drawn.top - margin});
+}
+
+void Tile_Bins::start(const Tile_Grid& grid, std::int32_t beside) {
+    area_ = grid.area;
+    tile_size_ = grid.tile_size;
+    // A pixel more to each side for rounding.
+    reach_ = grid.margin + beside + 1;
+    columns_ = grid.columns();
+    rows_ = grid.rows();
+    tile_count_ = grid.count();
+    added_.clear();
+    starts_.clear();
+    items_.clear();
+}
+
+void Tile_Bins::add(std::uint32_t item, const Extent& extent) {
+    if (extent.is_empty()) {
+        return;
+    }
+    // Tiles are rounded down, also of what lies left of the area or below it.
+    const auto tile_of = [](std::int32_t place, std::int32_t size) {
+        return place < 0 ? -((size - 1 - place) / size) : place / size;
+    };
+    const std::int32_t first_column = std::max(tile_of(extent.box.left - reach_ - area_.left, tile_size_.x), 0),
+                       last_column = std::min(tile_of(extent.box.right + reach_ - area_.left, tile_size_.x), columns_ - 1),
+                       first_row = std::max(tile_of(extent.box.bottom - reach_ - area_.bottom, tile_size_.y), 0),
+                       last_row = std::min(tile_of(extent.box.top + reach_ - area_.bottom, tile_size_.y), rows_ - 1);
+    for (std::int32_t row = first_row; row <= last_row; ++row) {
+        for (std::int32_t column = first_column; column <= last_column; ++column) {
+            added_.emplace_back(static_cast<std::uint32_t>(row * columns_ + column), item);
+        }
+    }
+}
+
+void Tile_Bins::finish() {
+    if (!sorts()) {
+        return;
+    }
+    starts_.assign(tile_count_ + 1, 0);
+    for (const auto& [tile, item] : added_) {
+        ++starts_[tile + 1];
+    }
+    for (std::size_t tile = 0; tile < tile_count_; ++tile) {
+        starts_[tile + 1] += starts_[tile];
+    }
+    items_.resize(added_.size());
+    std::vector<std::size_t> next(starts_.begin(), starts_.end() - 1);
+    for (const auto& [tile, item] : added_) {
+        items_[next[tile]++] = item;
+    }
+    added_ = {};
+}
+
+} // namespace vorna::drawing::model

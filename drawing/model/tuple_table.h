@@ -1,0 +1,74 @@
+// Numbers distinct tuples of words in the order of their first appearance: how readers share vertices.
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "drawing/files/hash_seed.h"
+#include "host/geometry.h"
+
+namespace vorna::drawing::model {
+
+template <std::size_t words> class Tuple_Table {
+public:
+    using Tuple = std::array<std::uint32_t, words>;
+
+    std::uint32_t index_of(const Tuple& tuple) {
+        if (keys_.size() * 2 >= slots_.size()) {
+            grow();
+        }
+        std::uint32_t& slot = slot_of(tuple);
+        if (slot == empty) {
+            slot = static_cast<std::uint32_t>(keys_.size());
+            keys_.push_back(tuple);
+        }
+        return slot;
+    }
+
+    const std::vector<Tuple>& keys() const noexcept { return keys_; }
+
+private:
+    static constexpr std::uint32_t empty = 0xFFFFFFFF;
+
+    static std::uint64_t hash(const Tuple& tuple) noexcept {
+        std::uint64_t h = hash_seed();
+        for (const std::uint32_t word : tuple) {
+            h = (h ^ word) * 0x9E3779B97F4A7C15;
+            h ^= h >> 29;
+        }
+        return h;
+    }
+
+    // Linear probing; at most half of the slots are ever taken.
+    std::uint32_t& slot_of(const Tuple& tuple) noexcept {
+        const std::size_t mask = slots_.size() - 1;
+        std::size_t i = hash(tuple) & mask;
+        while (slots_[i] != empty && keys_[slots_[i]] != tuple) {
+            i = (i + 1) & mask;
+        }
+        return slots_[i];
+    }
+
+    void grow() {
+        slots_.assign(slots_.empty() ? 1024 : slots_.size() * 2, empty);
+        for (std::size_t i = 0; i < keys_.size(); ++i) {
+            slot_of(keys_[i]) = static_cast<std::uint32_t>(i);
+        }
+    }
+
+    std::vector<Tuple> keys_;
+    std::vector<std::uint32_t> slots_;
+};
+
+using Triple_Table = Tuple_Table<3>;
+
+// A place as words. Adding zero turns -0 into 0, so that both are the same place.
+inline Triple_Table::Tuple words_of(const VT_Vector& place) noexcept {
+    return {std::bit_cast<std::uint32_t>(place.x + 0.0F), std::bit_cast<std::uint32_t>(place.y + 0.0F),
+            std::bit_cast<std::uint32_t>(place.z + 0.0F)};
+}
+
+} // namespace vorna::drawing::model

@@ -1,0 +1,115 @@
+// JSON documents from untrusted sources.
+#include "drawing/recording/document.h"
+
+#include <utility>
+#include <vector>
+
+namespace vorna::drawing::recording {
+
+namespace {
+
+using nlohmann::json;
+
+constexpr std::size_t deepest_nesting = 32;
+
+// Builds the document and knows at every moment where in it it is.
+class Document_Builder {
+public:
+    using Exception = nlohmann::detail::exception;
+
+    json take() { return std::move(document_); }
+
+    bool null() { return add(nullptr); }
+    bool boolean(bool value) { return add(value); }
+    bool number_integer(json::number_integer_t value) { return add(value); }
+    bool number_unsigned(json::number_unsigned_t value) { return add(value); }
+    bool number_float(json::number_float_t value, const std::string&) { return add(value); }
+    bool string(std::string& value) { return add(std::move(value)); }
+    bool binary(json::binary_t&) { return false; }
+
+    bool start_object(std::size_t) { return open(json::object()); }
+    bool start_array(std::size_t) { return open(json::array()); }
+    bool end_object() { return close(); }
+    bool end_array() { return close(); }
+
+    bool key(std::string& name) {
+        Level& level = open_.back();
+        level.key = name;
+        if (level.value->contains(name)) {
+            throw Picture_Error(path() + ": given twice");
+        }
+        return true;
+    }
+
+    bool parse_error(std::size_t, const std::string&, const Exception& error) {
+        // The library's own classification stands in brackets before the message.
+        const std::string_view text = error.what();
+        const std::size_t start = text.find("] ");
+        throw Picture_Error(path() + (open_.empty() ? "" : ": ") +
+                            std::string(start == text.npos ? text : text.substr(start + 2)));
+    }
+
+private:
+    struct Level {
+        json* value;
+        std::string key; // of an object: the member that is being read
+    };
+
+    bool add(json value) {
+        place(std::move(value));
+        return true;
+    }
+
+    bool open(json value) {
+        if (open_.size() == deepest_nesting) {
+            throw Picture_Error(path() + ": nested too deeply");
+        }
+        open_.push_back({place(std::move(value)), {}});
+        return true;
+    }
+
+    bool close() {
+        open_.pop_back();
+        return true;
+    }
+
+    json* place(json value) {
+        if (open_.empty()) {
+            document_ = std::move(value);
+            return &document_;
+        }
+        json& parent = *open_.back().value;
+        if (parent.is_array()) {
+            parent.push_back(std::move(value));
+            return &parent.back();
+        }
+        return &(parent[open_.back().key] = std::move(value));
+    }
+
+    std::string path() const {
+        std::string path;
+        for (const Level& level : open_) {
+            if (level.value->is_array()) {
+                // An open element has its place already, one that could not be read has not.
+                const std::size_t index = level.value->size() - (&level == &open_.back() ? 0 : 1);
+                path += '[' + std::to_string(index) + ']';
+            } else if (!level.key.empty()) {
+                path += (path.empty() ? "" : ".") + level.key;
+            }
+        }
+        return path;
+    }
+
+    json document_;
+    std::vector<Level> open_;
+};
+
+} // namespace
+
+json parse_document(std::string_view text) {
+    Document_Builder builder;
+    json::sax_parse(text, &builder);
+    return builder.take();
+}
+
+} // namespace vorna::drawing::recording

@@ -1,0 +1,96 @@
+// What an application draws, as a picture.
+//
+// A recorder stands between applications and a renderer's slots: each of them is replaced by one that notes the call and then
+// makes it through the renderer's own table, which is back in its place meanwhile, so that what renderer and host call in turn is
+// neither noted nor changed. The setters of depth behaviour and the presentation are replaced likewise.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+#include "drawing/recording/picture.h"
+#include "drawing/recording/session.h"
+#include "host/rendition.h"
+
+namespace vorna::drawing::recording {
+
+// Begins with the session's next establish, which must be its first: buffers that hold something are not recorded. The session
+// must outlive the recorder; the renderer's presentation may be replaced meanwhile, then it is not recorded.
+class Recorder {
+public:
+    explicit Recorder(Session& session);
+    Recorder(const Recorder&) = delete;
+    Recorder& operator=(const Recorder&) = delete;
+    ~Recorder();
+
+    // What was drawn so far; nothing is recorded any more. output: device pixels that were shown, none = the window. Throws
+    // std::runtime_error when something was drawn that pictures cannot hold.
+    Picture finish(const std::optional<VT_Int_Rectangle>& output = {});
+
+    // The renderer's own slots.
+    const VT_Action_Table& own_actions() const noexcept { return own_actions_; }
+
+    // Whether the calls that follow are the host's to draw, as if their slots were empty.
+    void set_standard(bool standard) noexcept { is_standard_ = standard; }
+
+    // For the session, around its establish.
+    void before_establish();
+    void after_establish();
+
+private:
+    // The owner of the slots: they find the recorder through it.
+    class Slots;
+    struct Made_Slots;
+    // The renderer's own slots are back in their place as long as it lives.
+    class Pause;
+
+    void install_slots();
+    void restore();
+    void add(const Call_Kind& kind, const VT_Rendition* rendition, Arguments&& arguments);
+    std::shared_ptr<const Rendition> noted(const VT_Rendition& rendition);
+    Rendition described(const VT_Rendition& rendition);
+    Face described_face(const VT_Rendition& rendition);
+    Texture described_texture(const VT_Basic_Material& material);
+    Line described_line(const VT_Rendition& rendition) const;
+    Marker described_marker(const VT_Rendition& rendition) const;
+    std::optional<std::uint8_t> index_unless_closest(std::uint8_t index, VT_RGB32 color) const;
+    Configuration changed_configuration();
+    void set_zbuffer_write(bool value);
+    std::int32_t set_zbuffer_test(const std::int32_t* value);
+    template <class Setter> void replace_setter(const char* name, Setter by, Setter& own);
+    static std::int32_t note_presentation(void* recorder, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
+                                          const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y);
+
+    // What was made of an object of the host. The object is held, so that no other one gets its address.
+    template <class Object, class Element>
+    using Lists = std::map<std::pair<const Object*, std::uint32_t>, std::pair<VT_Reference<const Object>, Shared_List<Element>>>;
+
+    Session& session_;
+    VT_Renderer_Data& renderer_;
+    Picture picture_;
+    std::string problem_; // the first thing that pictures cannot hold
+    std::unique_ptr<Slots> slots_;
+    VT_Action_Table own_actions_;
+    bool is_recording_ = false;
+    bool is_established_ = false;
+    bool is_standard_ = false;
+    VT_Bool_Setter own_set_zbuffer_write_ = nullptr;
+    VT_Int_Setter own_set_zbuffer_test_ = nullptr;
+    VT_Presentation own_presentation_;
+
+    // What pictures describe by leaving it out, then what is in force.
+    VT_Renderer_Options options_;
+    std::map<std::string, VT_Option_Content> settings_;
+
+    std::unordered_map<std::string, std::shared_ptr<const Rendition>> renditions_; // by their bytes, for the options in force
+    std::string last_bytes_;
+    std::shared_ptr<const Rendition> last_;
+    Lists<VT_Contour_Set, std::vector<VT_Point>> contours_;
+    Lists<VT_Shared_Image, VT_RGB32> texels_;
+    std::vector<VT_Reference<const VT_Counted>> held_; // whose addresses stand in the bytes of renditions
+};
+
+} // namespace vorna::drawing::recording

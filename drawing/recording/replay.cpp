@@ -1,0 +1,404 @@
+// Pictures drawn through a renderer.
+#include "drawing/recording/replay.h"
+
+#include <cmath>
+#include <iterator>
+#include <map>
+#include <stdexcept>
+#include <string_view>
+#include <type_traits>
+
+#include "drawing/recording/call_kinds.h"
+#include "drawing/recording/document.h"
+#include "drawing/recording/emptied_slot.h"
+#include "drawing/recording/recorder.h"
+#include "drawing/recording/rendition_maker.h"
+#include "vorna/draw.h"
+
+namespace vorna::drawing::recording {
+
+namespace {
+
+std::string path_of_call(std::size_t index) {
+    return "calls[" + std::to_string(index) + ']';
+}
+
+std::string text_of(const VT_Int_Rectangle& area) {
+    return "columns " + std::to_string(area.left) + " to " + std::to_string(area.right) + ", rows " +
+           std::to_string(area.bottom) + " to " + std::to_string(area.top);
+}
+
+// The column or row that a coordinate is drawn in; a coordinate beyond all columns stays beyond them.
+std::int32_t pixel_of(std::int32_t coordinate) {
+    return coordinate;
+}
+
+float pixel_of(float coordinate) {
+    return std::trunc(coordinate >= 0 ? coordinate + 0.5F : coordinate - 0.499999F);
+}
+
+double pixel_of(double coordinate) {
+    return std::trunc(coordinate >= 0 ? coordinate + 0.5 : coordinate - 0.49999999999);
+}
+
+VT_Reference<const VT_Palette> make_palette(const Palette& palette) {
+    const VT_Reference<const VT_Palette> standard(new VT_Palette);
+    std::vector<VT_RGB32> colors = palette.colors.value_or(std::vector<VT_RGB32>());
+    for (std::int32_t i = 0; !palette.colors && i < standard->size(); ++i) {
+        colors.push_back(standard->color(static_cast<std::uint8_t>(i)));
+    }
+    std::optional<VT_Color_Cube> cube;
+    if (palette.cube && *palette.cube) {
+        cube = VT_Color_Cube((*palette.cube)->levels, 1.0F, (*palette.cube)->base);
+    } else if (!palette.cube && !palette.colors) {
+        cube = standard->color_cube();
+    }
+    return new VT_Palette(std::move(colors), cube);
+}
+
+// Sides of the window that a rectangle has to keep to.
+struct Sides {
+    bool left, right, bottom, top;
+};
+
+constexpr Sides every_side{true, true, true, true};
+constexpr Sides every_side_but_the_right{true, false, true, true};
+
+class Replay {
+public:
+    Replay(const Picture& picture, Session& session, const Replay_Settings& settings)
+        : picture_(picture), session_(session), renderer_(session.renderer()), settings_(settings),
+          unchecked_(settings.unchecked), observer_before_(renderer_.standard_observer),
+          presentation_before_(renderer_.presentation) {
+        renderer_.standard_observer = {note_standard, this};
+        renderer_.presentation = {note_presentation, this};
+    }
+
+    Replay(const Replay&) = delete;
+    Replay& operator=(const Replay&) = delete;
+    ~Replay() {
+        renderer_.standard_observer = observer_before_;
+        renderer_.presentation = presentation_before_;
+    }
+
+    Report run();
+
+    // One overload for each kind of arguments; Draw is the drawing function of the slot.
+
+    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Points<Point>& a) {
+        check_points(a.points);
+        Draw(renderer_, rendition, count_of(a.points), a.points.data());
+    }
+    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Colorized<Point>& a) {
+        check_points(a.points);
+        Draw(renderer_, rendition, count_of(a.points), a.points.data(), address_of(a.colors), a.single);
+    }
+    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Gouraud<Point>& a) {
+        check_points(a.points);
+        Draw(renderer_, rendition, count_of(a.points), a.points.data(), a.colors.data());
+    }
+    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Textured<Point>& a) {
+        check_points(a.points);
+        Draw(renderer_, rendition, count_of(a.points), a.points.data(), a.colors.data(), a.parameters.data(),
+             std::int32_t{Textured<Point>::parameter_width}, nullptr, nullptr);
+    }
+    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Polygon<Point>& a) {
+        check_points(a.points);
+        Draw(renderer_, rendition, count_of(a.points), a.points.data(), address_of(a.color));
+    }
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Dot& a) {
+        check_point(a.point, [] { return "point"; });
+        Draw(renderer_, rendition, &a.point, address_of(a.color));
+    }
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Ellipse& a) {
+        check_point(a.center, [] { return "center"; });
+        check_ellipse(rendition, a);
+        Draw(renderer_, rendition, &a.center, &a.radii, a.start, a.end, a.rotation, address_of(a.color));
+    }
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Index8_Image& a) {
+        check_corners(a.start, a.end, every_side_but_the_right, "start and end");
+        Draw(renderer_, rendition, &a.start, &a.end, a.pixels.row_pixels, a.pixels.pixels.data());
+    }
+    template <auto Draw> void draw(const VT_Rendition& rendition, const RGB32_Image& a) {
+        check_corners(a.start, a.end, every_side_but_the_right, "start and end");
+        Draw(renderer_, rendition, &a.start, &a.end, a.pixels.row_pixels * 4, a.pixels.pixels.data(), 0, nullptr);
+    }
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Placed_Image& a) {
+        VT_Reference<VT_Shared_Image> image;
+        if (a.image) {
+            std::vector<std::uint8_t> bytes = a.image->bytes;
+            image = new VT_Shared_Image(a.image->width, a.image->height, a.image->format,
+                                        static_cast<std::int32_t>(bytes.size()) / a.image->height, bytes.data(), true, true);
+        }
+        Draw(renderer_, rendition, &a.start, image.get());
+    }
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Window_Fill& a) {
+        VT_Reference<VT_Rendition> own(new VT_Rendition(rendition));
+        own->window.rectangle = a.rectangle;
+        own->window.fill = a.fill.value_or(vorna::face_pattern::solid);
+        own->window.color = a.color.value_or(VT_RGB32{});
+        own->window.index = index_of(a.index, own->window.color, session_.palette());
+        Draw(renderer_, *own);
+    }
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Depth_Clear& a) {
+        const VT_Int_Rectangle& area = a.rectangle;
+        check_ordered(area.left <= area.right && area.bottom <= area.top, "rectangle");
+        check_corners({area.left, area.top, 0}, {area.right, area.bottom, 0}, every_side, "rectangle");
+        VT_Reference<VT_Rendition> own(new VT_Rendition(rendition));
+        own->window.rectangle = area;
+        Draw(renderer_, *own);
+    }
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Depth_Write& a) {
+        check_corners(a.top_left, a.bottom_right, every_side_but_the_right, "top_left and bottom_right");
+        Draw(renderer_, rendition, &a.top_left, &a.bottom_right, a.depths ? a.depths->row_pixels * 2 : 0,
+             a.depths ? a.depths->pixels.data() : nullptr);
+    }
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Image_Read& a) {
+        check_ordered(a.top_left.x <= a.bottom_right.x && a.bottom_right.y <= a.top_left.y, "top_left and bottom_right");
+        check_corners(a.top_left, a.bottom_right, every_side, "top_left and bottom_right");
+        Report::Read& read = report_.reads.emplace_back(Report::Read{call_, nullptr});
+        Draw(renderer_, rendition, &a.top_left, &a.bottom_right, &a.format, read.image);
+    }
+
+    void run(const ZBuffer_Write& a) { session_.canvas().set_depth_write(a.value); }
+    void run(const ZBuffer_Test& a) { session_.canvas().set_depth_test(vorna::Depth_Test{a.value}); }
+    void run(const Establish& a) {
+        configure(a.configuration, path_of_call(call_) + '.');
+        session_.establish();
+        made_.clear();
+    }
+    void run(const Present& a) { renderer_.update_all(a.rectangle); }
+
+    VT_Renderer_Data& renderer() noexcept { return renderer_; }
+    Recorder* recorder() const noexcept { return session_.recorder(); }
+    // The call that is being drawn, and its rendition.
+    const Call& call() const noexcept { return picture_.calls[call_]; }
+    VT_Reference<VT_Rendition> rendition() {
+        const Rendition* own = call().rendition.get();
+        VT_Reference<VT_Rendition>& made = made_[own];
+        if (!made) {
+            made = renditions_.make(own ? overlaid(picture_.rendition, *own) : picture_.rendition, renderer_.current_options);
+        }
+        return made;
+    }
+
+private:
+    template <class Element> static std::int32_t count_of(const std::vector<Element>& list) {
+        return static_cast<std::int32_t>(list.size());
+    }
+    static const VT_RGB32* address_of(const std::optional<VT_RGB32>& color) { return color ? &*color : nullptr; }
+    static const VT_RGB32* address_of(const std::optional<std::vector<VT_RGB32>>& colors) {
+        return colors ? colors->data() : nullptr;
+    }
+
+    void configure(const Configuration& configuration, const std::string& path);
+    void set_window(const Window& window, const std::string& path);
+    void set_option(const std::string& name, const Option_Setting& setting, const std::string& path);
+
+    static void note_standard(void* replay, const char* name);
+    static std::int32_t note_presentation(void* replay, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
+                                          const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y);
+
+    // Renderers trust device coordinates that have a depth: whoever sends them has clipped them.
+    bool has_trusted_points() const;
+    template <class Point> void check_points(const std::vector<Point>& points) const;
+    template <class Point, class Key> void check_point(const Point& point, Key key) const;
+    void check_corners(const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right, Sides sides, const char* keys) const;
+    void check_ordered(bool is_ordered, const char* keys) const;
+    void check_ellipse(const VT_Rendition& rendition, const Ellipse& ellipse) const;
+
+    const Picture& picture_;
+    Session& session_;
+    VT_Renderer_Data& renderer_;
+    const Replay_Settings& settings_;
+    bool unchecked_;
+    VT_Standard_Observer observer_before_;
+    VT_Presentation presentation_before_;
+    Report report_;
+    Rendition_Maker renditions_;
+    std::map<const Rendition*, VT_Reference<VT_Rendition>> made_; // for the options in force; null = the picture's own
+    std::size_t call_ = 0;
+};
+
+template <auto& Draw, auto Slot> void draw_call(Replay& replay, const Arguments& arguments) {
+    const auto& typed = std::get<typename Slot_Arguments<Slot>::Type>(arguments);
+    const bool standard = replay.call().standard;
+    if (Recorder* const recorder = replay.recorder()) {
+        recorder->set_standard(standard);
+        replay.draw<Draw>(*replay.rendition(), typed);
+        recorder->set_standard(false);
+        return;
+    }
+    const Emptied_Slot emptied((replay.renderer().actions.*Slot).enabled, standard);
+    replay.draw<Draw>(*replay.rendition(), typed);
+}
+
+template <class Type> void run_call(Replay& replay, const Arguments& arguments) {
+    replay.run(std::get<Type>(arguments));
+}
+
+// In the order of call_kinds.
+constexpr void (*runners[])(Replay&, const Arguments&) = {
+#define VT_ACTION(slot, name, ...) draw_call<VD_##name, &VT_Action_Table::slot>,
+#include "host/action_list.inc"
+#undef VT_ACTION
+    run_call<ZBuffer_Write>,
+    run_call<ZBuffer_Test>,
+    run_call<Establish>,
+    run_call<Present>,
+};
+static_assert(std::size(runners) == std::size(call_kinds));
+
+Report Replay::run() {
+    for (call_ = 0; call_ < picture_.calls.size(); ++call_) {
+        const Call_Kind& kind = *picture_.calls[call_].kind;
+        if (!kind.is_drawn) {
+            throw Not_Drawn(path_of_call(call_) + ": " + std::string(kind.name) + " is not yet drawn");
+        }
+    }
+    set_window({64, 64, VT_Int_Pair{}, false}, "");
+    session_.options().set_color_system(1);
+    session_.options().set_buffer_depth(16);
+    session_.options().set_alpha_blending(false);
+    configure(picture_.configuration, "");
+    session_.establish();
+    session_.canvas().set_depth_write(picture_.zbuffer_write);
+    session_.canvas().set_depth_test(vorna::Depth_Test{picture_.zbuffer_test});
+    renderer_.begin_picture_all();
+    for (call_ = 0; call_ < picture_.calls.size() && call_ <= settings_.last; ++call_) {
+        const Call& call = picture_.calls[call_];
+        if (call_ < settings_.first && !sets_up(*call.kind)) {
+            continue;
+        }
+        if (settings_.before_call) {
+            settings_.before_call(call_);
+        }
+        runners[position_of(*call.kind)](*this, call.arguments);
+        if (settings_.after_call) {
+            settings_.after_call(call_);
+        }
+    }
+    renderer_.end_picture_all();
+    return std::move(report_);
+}
+
+void Replay::configure(const Configuration& configuration, const std::string& path) {
+    VT_Renderer_Options& options = session_.options();
+    set_window(configuration.window, path);
+    options.set_color_system(configuration.color_system.value_or(options.color_system()));
+    options.set_buffer_depth(configuration.buffer_depth.value_or(options.buffer_depth()));
+    options.set_alpha_blending(configuration.alpha_blending.value_or(options.alpha_blending()));
+    if (configuration.palette) {
+        options.set_palette(make_palette(*configuration.palette));
+    }
+    for (const auto& [name, setting] : configuration.options) {
+        set_option(name, setting, path);
+    }
+}
+
+void Replay::set_window(const Window& window, const std::string& path) {
+    VT_Renderer_Options& options = session_.options();
+    const VT_Int_Pair size = options.window_size();
+    options.set_window_size({window.width.value_or(size.x), window.height.value_or(size.y)});
+    options.set_window_origin(window.origin.value_or(options.window_origin()));
+    options.set_local_coordinates(window.local_coordinates.value_or(options.local_coordinates()));
+
+    const VT_Int_Pair wanted = options.window_size();
+    if (wanted.x > settings_.largest_side || wanted.y > settings_.largest_side) {
+        throw Picture_Error(path + "window: expected sides of at most " + std::to_string(settings_.largest_side) + " pixels");
+    }
+    const auto fits = [](std::int32_t origin, std::int32_t length) { return origin <= INT32_MAX - length; };
+    if (!fits(options.window_origin().x, options.window_size().x) || !fits(options.window_origin().y, options.window_size().y)) {
+        throw Picture_Error(path + "window: expected an origin that leaves room for the window below 2147483647");
+    }
+}
+
+void Replay::set_option(const std::string& name, const Option_Setting& setting, const std::string& path) {
+    try {
+        session_.canvas().set_option(name, std::visit([](const auto& value) { return VT_Option_Content(value); }, setting));
+    } catch (const std::invalid_argument& error) {
+        throw Picture_Error(path + "options." + error.what());
+    }
+}
+
+void Replay::note_standard(void* replay, const char* name) {
+    auto& self = *static_cast<Replay*>(replay);
+    self.report_.standard.push_back({self.call_, name});
+}
+
+std::int32_t Replay::note_presentation(void* replay, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
+                                       const VT_Reference<Frame_Buffer>&, std::int32_t x, std::int32_t y) {
+    static_cast<Replay*>(replay)->report_.presented.push_back({top_left, bottom_right, x, y});
+    return 0;
+}
+
+bool Replay::has_trusted_points() const {
+    const std::string_view name = picture_.calls[call_].kind->name;
+    return name.starts_with("draw_dci_") || name.starts_with("draw_dc_");
+}
+
+template <class Point> void Replay::check_points(const std::vector<Point>& points) const {
+    if (has_trusted_points()) {
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            check_point(points[i], [i] { return "points[" + std::to_string(i) + ']'; });
+        }
+    }
+}
+
+template <class Point, class Key> void Replay::check_point(const Point& point, Key key) const {
+    const VT_Int_Rectangle window = session_.window();
+    const double x = pixel_of(point.x);
+    const double y = pixel_of(point.y);
+    const bool is_inside = x >= window.left && x <= window.right && y >= window.bottom && y <= window.top;
+    if (!is_inside && !unchecked_) {
+        throw Picture_Error(path_of_call(call_) + '.' + key() + ": expected a point inside the window, " + text_of(window));
+    }
+}
+
+void Replay::check_corners(const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right, Sides sides, const char* keys) const {
+    const VT_Int_Rectangle window = session_.window();
+    const bool is_inside = (!sides.left || top_left.x >= window.left) && (!sides.right || bottom_right.x <= window.right) &&
+                           (!sides.bottom || bottom_right.y >= window.bottom) && (!sides.top || top_left.y <= window.top);
+    if (!is_inside && !unchecked_) {
+        throw Picture_Error(path_of_call(call_) + '.' + keys + ": expected corners inside the window, " + text_of(window));
+    }
+}
+
+void Replay::check_ordered(bool is_ordered, const char* keys) const {
+    if (!is_ordered && !unchecked_) {
+        throw Picture_Error(path_of_call(call_) + '.' + keys + ": expected the greater coordinates to the right and at the top");
+    }
+}
+
+// Renderers draw plain whole ellipses with axes along rows and columns, and take their centre for a column and row of the buffer.
+// All others are cut by the host.
+void Replay::check_ellipse(const VT_Rendition& rendition, const Ellipse& ellipse) const {
+    const auto& slot = session_.actions().draw_dci_ellipse; // the other one is always installed with it
+    const bool is_hosts = !slot.enabled || slot.function == &VD_Standard_Draw_DCI_Ellipse;
+    const bool is_outline = picture_.calls[call_].kind->name == "draw_dci_elliptical_arc";
+    const bool is_plain = rendition.line.style == 0 && rendition.line.weight <= 1 &&
+                          !(is_outline && (rendition.line.flags & vorna::line_flag::smoothed) != 0);
+    const auto rotation = static_cast<float>(ellipse.rotation);
+    const bool is_turned = rotation == 1.5707964F || rotation == 4.712389F;
+    const bool has_straight_axes = ellipse.radii.x == ellipse.radii.y || rotation == 0 || rotation == 3.1415927F || is_turned;
+    const bool is_whole = static_cast<float>(ellipse.start) == 0 && static_cast<float>(ellipse.end) == 6.2831855F;
+    const std::int64_t a = is_turned ? ellipse.radii.y : ellipse.radii.x;
+    const std::int64_t b = is_turned ? ellipse.radii.x : ellipse.radii.y;
+    if (unchecked_ || is_hosts || a < 0 || b < 0 || !is_plain || !is_whole || !has_straight_axes) {
+        return;
+    }
+    const VT_Int_Rectangle window = session_.window();
+    const VT_Int_Rectangle room{0, window.right - window.left, 0, window.top - window.bottom};
+    if (ellipse.center.x - a < room.left || ellipse.center.x + a > room.right || ellipse.center.y - b < room.bottom ||
+        ellipse.center.y + b > room.top) {
+        throw Picture_Error(path_of_call(call_) + ".center and radii: expected an ellipse inside " + text_of(room));
+    }
+}
+
+} // namespace
+
+Report replay(const Picture& picture, Session& session, const Replay_Settings& settings) {
+    return Replay(picture, session, settings).run();
+}
+
+} // namespace vorna::drawing::recording

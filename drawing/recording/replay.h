@@ -1,0 +1,59 @@
+// Pictures drawn through a renderer.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "drawing/recording/picture.h"
+#include "drawing/recording/session.h"
+
+namespace vorna::drawing::recording {
+
+// What happened besides drawing.
+struct Report {
+    struct Standard {
+        std::size_t call;
+        std::string function;
+    };
+    struct Read {
+        std::size_t call;
+        VT_Reference<VT_Shared_Image> image; // null: the renderer left none
+    };
+    struct Presented {
+        VT_DCI_Point top_left;
+        VT_DCI_Point bottom_right;
+        std::int32_t x, y;
+    };
+
+    std::vector<Standard> standard; // host functions that drew in the renderer's stead, in order
+    std::vector<Read> reads;
+    std::vector<Presented> presented;
+};
+
+std::string json_of(const Report& report);
+
+// A call that pictures may hold but that is not drawn yet.
+class Not_Drawn : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+struct Replay_Settings {
+    bool unchecked = false;            // coordinates that renderers trust are not checked either
+    std::int32_t largest_side = 16384; // of windows, for who has little memory or time
+    // Calls that are made, the last one included. Before them only what sets the renderer up is done.
+    std::size_t first = 0;
+    std::size_t last = std::numeric_limits<std::size_t>::max();
+    // Told of every call that is made. May be empty.
+    std::function<void(std::size_t call)> before_call;
+    std::function<void(std::size_t call)> after_call;
+};
+
+// Throws Picture_Error for a picture that no host would send, and Not_Drawn before it draws anything.
+Report replay(const Picture& picture, Session& session, const Replay_Settings& settings = {});
+
+} // namespace vorna::drawing::recording

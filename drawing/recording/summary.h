@@ -1,0 +1,39 @@
+// What a picture is made of.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "drawing/recording/picture.h"
+
+namespace vorna::drawing::recording {
+
+struct Summary {
+    struct Calls {
+        std::size_t count = 0;
+        std::size_t points = 0;
+        std::size_t pieces = 0; // triangles or segments
+    };
+
+    std::map<std::string_view, Calls> calls; // by their names
+    std::size_t points = 0;
+    double low[3] = {}, high[3] = {}; // of all points: x, y, z
+    std::size_t renditions = 0;       // different ones that calls draw with
+    std::size_t complex_clips = 0;
+    std::vector<VT_Int_Pair> textures; // sizes of the different ones
+};
+
+Summary summary_of(const Picture& picture);
+
+// How many points a call has in its list.
+std::size_t points_of(const Call& call);
+
+// Some lines for people, and an object for programs.
+std::string text_of(const Picture& picture);
+nlohmann::ordered_json json_summary_of(const Picture& picture);
+
+} // namespace vorna::drawing::recording

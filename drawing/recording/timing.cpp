@@ -1,0 +1,177 @@
+// What the calls of a picture cost.
+#include "drawing/recording/timing.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+#include "drawing/image/image_file.h"
+#include "drawing/recording/call_kinds.h"
+#include "drawing/recording/summary.h"
+
+namespace vorna::drawing::recording {
+
+namespace {
+
+// Columns and rows that hold every point, with room for what pixels beside them a primitive reaches.
+template <class Point> VT_Int_Rectangle around(const std::vector<Point>& points) {
+    constexpr double room = 3;
+    constexpr double beyond = 1 << 20; // farther than all windows reach
+    double low[] = {beyond, beyond}, high[] = {-beyond, -beyond};
+    for (const Point& point : points) {
+        const double place[] = {static_cast<double>(point.x), static_cast<double>(point.y)};
+        for (int i = 0; i < 2; ++i) {
+            low[i] = std::min(low[i], place[i]);
+            high[i] = std::max(high[i], place[i]);
+        }
+    }
+    const auto whole = [=](double value) { return static_cast<std::int32_t>(std::clamp(value, -beyond, beyond)); };
+    return {whole(low[0] - room), whole(high[0] + room), whole(low[1] - room), whole(high[1] + room)};
+}
+
+} // namespace
+
+// How many pixels of the raster, which lies in a window of that size at these columns and rows from its lower left, hold
+// something else than before; then the copy holds it too.
+std::int64_t Change_Counter::Copy::update(const Raster& raster, const VT_Int_Rectangle& area, VT_Int_Pair size) {
+    const auto pixel_bytes = static_cast<std::size_t>(vorna::bytes_per_pixel(raster.format));
+    const std::size_t row_bytes = static_cast<std::size_t>(size.x) * pixel_bytes;
+    if (bytes.size() != row_bytes * static_cast<std::size_t>(size.y)) {
+        bytes.assign(row_bytes * static_cast<std::size_t>(size.y), 0);
+    }
+    const std::size_t part_bytes = static_cast<std::size_t>(raster.width) * pixel_bytes;
+    std::int64_t changed = 0;
+    for (std::int32_t r = 0; r < raster.height; ++r) {
+        std::uint8_t* before =
+            bytes.data() + static_cast<std::size_t>(area.top - r) * row_bytes + static_cast<std::size_t>(area.left) * pixel_bytes;
+        const std::uint8_t* now = raster.top + r * raster.row_bytes;
+        if (std::memcmp(before, now, part_bytes) == 0) {
+            continue;
+        }
+        for (std::size_t i = 0; i < part_bytes; i += pixel_bytes) {
+            changed += std::memcmp(before + i, now + i, pixel_bytes) != 0;
+        }
+        std::memcpy(before, now, part_bytes);
+    }
+    return changed;
+}
+
+// Device pixels that the call may have changed. Only triangles keep to their points whatever the rendition says.
+VT_Int_Rectangle Change_Counter::area_of(const Call& call) const {
+    const VT_Int_Rectangle window = session_.window();
+    VT_Int_Rectangle area = window;
+    if (call.kind->name.ends_with("polytriangle")) {
+        std::visit(
+            [&area](const auto& arguments) {
+                if constexpr (requires { arguments.points.size(); }) {
+                    area = around(arguments.points);
+                }
+            },
+            call.arguments);
+    }
+    return {std::max(area.left, window.left), std::min(area.right, window.right), std::max(area.bottom, window.bottom),
+            std::min(area.top, window.top)};
+}
+
+void Change_Counter::before_call(std::size_t call) {
+    costs_.push_back({call, points_of(picture_.calls[call])});
+}
+
+void Change_Counter::after_call(std::size_t call) {
+    const VT_Int_Rectangle area = area_of(picture_.calls[call]), window = session_.window();
+    if (area.left > area.right || area.bottom > area.top) {
+        return;
+    }
+    const VT_Int_Pair size{window.right - window.left + 1, window.top - window.bottom + 1};
+    const VT_Int_Rectangle place{area.left - window.left, area.right - window.left, area.bottom - window.bottom,
+                                 area.top - window.bottom};
+    Call_Cost& cost = costs_.back();
+    cost.colors_changed = color_.update(cut(raster_of(session_.color_buffer()), window, area), place, size);
+    if (session_.has_depth_buffer()) {
+        cost.depths_changed = depth_.update(raster_of(*session_.read_depth(area)), place, size);
+    }
+}
+
+void measure(const Picture& picture, const Module_Choice& module, const Replay_Settings& settings, int repetitions,
+             std::vector<Call_Cost>& costs) {
+    using Clock = std::chrono::steady_clock;
+    for (int i = 0; i < repetitions; ++i) {
+        Session session(module);
+        Clock::time_point start;
+        auto cost = costs.begin();
+        Replay_Settings timed = settings;
+        timed.before_call = [&](std::size_t) { start = Clock::now(); };
+        timed.after_call = [&](std::size_t) {
+            const double time = std::chrono::duration<double, std::micro>(Clock::now() - start).count();
+            cost->microseconds = i == 0 ? time : std::min(cost->microseconds, time);
+            ++cost;
+        };
+        replay(picture, session, timed);
+    }
+}
+
+void sort(std::vector<Call_Cost>& costs, Cost_Order order) {
+    const auto weight = [order](const Call_Cost& cost) {
+        return order == Cost_Order::time ? cost.microseconds : static_cast<double>(cost.colors_changed + cost.depths_changed);
+    };
+    if (order != Cost_Order::calls) {
+        std::ranges::stable_sort(costs, std::greater<>(), weight);
+    }
+}
+
+namespace {
+
+std::string line_of(const std::string& number, const Call_Cost& cost, std::string_view name) {
+    char columns[128];
+    std::snprintf(columns, sizeof columns, "%8s %8zu %10lld %10lld %12.1f  ", number.c_str(), cost.points,
+                  static_cast<long long>(cost.colors_changed), static_cast<long long>(cost.depths_changed), cost.microseconds);
+    return columns + std::string(name) + '\n';
+}
+
+void add(Call_Cost& sum, const Call_Cost& cost) {
+    sum.points += cost.points;
+    sum.colors_changed += cost.colors_changed;
+    sum.depths_changed += cost.depths_changed;
+    sum.microseconds += cost.microseconds;
+}
+
+} // namespace
+
+std::string table_of(const Picture& picture, const std::vector<Call_Cost>& costs) {
+    std::string text = "    call   points     colors     depths microseconds  kind\n";
+    std::map<std::string_view, std::pair<std::size_t, Call_Cost>> kinds;
+    for (const Call_Cost& cost : costs) {
+        const std::string_view name = picture.calls[cost.call].kind->name;
+        text += line_of(std::to_string(cost.call), cost, name);
+        for (const std::string_view sum : {name, std::string_view("all")}) {
+            ++kinds[sum].first;
+            add(kinds[sum].second, cost);
+        }
+    }
+    text += "\n   calls   points     colors     depths microseconds  of all calls of a kind\n";
+    for (const auto& [name, sum] : kinds) {
+        text += name == "all" ? "" : line_of(std::to_string(sum.first), sum.second, name);
+    }
+    return text + line_of(std::to_string(costs.size()), kinds["all"].second, "all");
+}
+
+std::string json_of(const Picture& picture, const std::vector<Call_Cost>& costs) {
+    using Json = nlohmann::ordered_json;
+    Json calls = Json::array();
+    for (const Call_Cost& cost : costs) {
+        calls.push_back({{"call", cost.call},
+                         {"kind", picture.calls[cost.call].kind->name},
+                         {"points", cost.points},
+                         {"colors_changed", cost.colors_changed},
+                         {"depths_changed", cost.depths_changed},
+                         {"microseconds", std::round(cost.microseconds * 1000) / 1000}});
+    }
+    return Json{{"calls", calls}}.dump() + '\n';
+}
+
+} // namespace vorna::drawing::recording

@@ -1,0 +1,57 @@
+// What the calls of a picture cost.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "drawing/image/image_file.h"
+#include "drawing/recording/picture.h"
+#include "drawing/recording/replay.h"
+
+namespace vorna::drawing::recording {
+
+struct Call_Cost {
+    std::size_t call = 0;
+    std::size_t points = 0;                              // 0 for calls without points
+    std::int64_t colors_changed = 0, depths_changed = 0; // pixels that hold something else afterwards
+    double microseconds = 0;                             // of the fastest repetition
+};
+
+// Notes which pixels calls change, in one replay. Copies of both buffers are kept and compared after every call.
+class Change_Counter {
+public:
+    Change_Counter(const Picture& picture, Session& session) : picture_(picture), session_(session) {}
+
+    // For Replay_Settings.
+    void before_call(std::size_t call);
+    void after_call(std::size_t call);
+
+    const std::vector<Call_Cost>& costs() const noexcept { return costs_; }
+
+private:
+    struct Copy {
+        std::vector<std::uint8_t> bytes;
+        std::int64_t update(const Raster& raster, const VT_Int_Rectangle& area, VT_Int_Pair size);
+    };
+
+    VT_Int_Rectangle area_of(const Call& call) const;
+
+    const Picture& picture_;
+    Session& session_;
+    Copy color_, depth_;
+    std::vector<Call_Cost> costs_;
+};
+
+// Fills in the times: replays the picture so many times, each time in a new renderer.
+void measure(const Picture& picture, const Module_Choice& module, const Replay_Settings& settings, int repetitions,
+             std::vector<Call_Cost>& costs);
+
+enum class Cost_Order { calls, time, pixels };
+
+void sort(std::vector<Call_Cost>& costs, Cost_Order order);
+// Lines for people, the totals of each kind of call last; and for programs.
+std::string table_of(const Picture& picture, const std::vector<Call_Cost>& costs);
+std::string json_of(const Picture& picture, const std::vector<Call_Cost>& costs);
+
+} // namespace vorna::drawing::recording
