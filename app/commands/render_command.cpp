@@ -9,8 +9,9 @@
 #include <vector>
 
 #include "app/cli/command.h"
-#include "app/commands/map_command.h"
-#include "app/commands/model_picture.h"
+#include "app/commands/map_options.h"
+#include "app/commands/render_map.h"
+#include "app/commands/render_model.h"
 #include "drawing/files/input.h"
 #include "drawing/files/output_file.h"
 #include "drawing/image/color_name.h"
@@ -18,28 +19,6 @@
 
 namespace vorna::app {
 namespace {
-
-// Without --size a map is as high as it needs to be.
-Map_Picture map_picture_of(const Model_Picture& options, const drawing::Input& input, bool size_given) {
-    const VT_Int_Pair size =
-        parsed_pair(options.size, vorna::largest_buffer_side,
-                    "--size: expected WIDTHxHEIGHT with sides of a map from 1 to " + std::to_string(vorna::largest_buffer_side));
-    return {.input = input,
-            .output = options.output,
-            .record = options.record,
-            .size = {size.x, size_given ? size.y : 0},
-            .background = options.is_transparent() ? VT_RGB32{255, 255, 255, 255} : background_of(options),
-            .transparent = options.is_transparent(),
-            .colors = options.colors == 8 ? 8 : 32,
-            .antialias = options.antialias,
-            .repeat = options.repeat,
-            .limits = options.limits,
-            .stats = options.stats,
-            .strict = options.strict,
-            .dry_run = options.dry_run,
-            .allow_empty = options.allow_empty,
-            .hash = options.hash};
-}
 
 // A map is drawn by itself.
 void refuse_several(const std::vector<drawing::Input>& inputs, const drawing::Input& map) {
@@ -66,7 +45,7 @@ std::string color_help() {
 
 void add_render_command(CLI::App& application, int& status) {
     CLI::App& command = *application.add_subcommand("render", "Draw models, a map or a drawing as a PNG picture.");
-    const auto options = std::make_shared<Model_Picture>();
+    const auto options = std::make_shared<Render_Options>();
     add_model_options(
         command, *options,
         "Models (PLY, OBJ, STL and whatever assimp reads), drawn together, or a map (GeoJSON, TopoJSON) or a drawing "
@@ -80,8 +59,8 @@ void add_render_command(CLI::App& application, int& status) {
         ->check(written_as({"json", "gz"}));
     command
         .add_option("--size", options->size,
-                    "Width and height in pixels, up to " + std::to_string(drawing::largest_side) + ", of maps up to " +
-                        std::to_string(vorna::largest_buffer_side) + "; maps are as high as they need to be without it")
+                    "Width and height in pixels, up to " + std::to_string(drawing::largest_side) +
+                        "; maps are as high as they need to be without it")
         ->type_name("WxH")
         ->capture_default_str();
     command
@@ -119,9 +98,9 @@ void add_render_command(CLI::App& application, int& status) {
     command.add_flag("--hash", options->hash, "Print the SHA-256 of the pixels");
     const auto map_options = std::make_shared<Map_Options>();
     add_map_options(command, *map_options);
-    group_options(command, "Output", "--output --size --record --hash --dry-run --allow-empty");
-    group_options(command, "Output of models", "--supersample --turntable");
-    group_options(command, "Large pictures of models", "--threads --tile-size --tiles-of --tile");
+    group_options(command, "Output", "--output --size --supersample --record --hash --dry-run --allow-empty");
+    group_options(command, "Output of models", "--turntable");
+    group_options(command, "Large images", "--threads --tile-size --tiles-of --tile");
     group_options(command, "Measuring", "--repeat --stats");
     command.footer(footer(
         {{"vorna render bunny.obj -o bunny.png --view front --edges --antialias", "a model with its edges"},
@@ -143,7 +122,8 @@ void add_render_command(CLI::App& application, int& status) {
         refuse_options_of_other_kind(command, map == inputs.end() ? inputs.front() : *map);
         if (map != inputs.end()) {
             refuse_several(inputs, *map);
-            render_map(map_picture_of(*options, *map, command.count("--size") > 0), *map_options, chosen_module(application));
+            options->has_size = command.count("--size") > 0;
+            render_map(*options, *map_options, *map, chosen_module(application));
         } else {
             render_models(*options, std::move(inputs), chosen_module(application));
         }

@@ -1,14 +1,13 @@
-// What the command `render` does with maps and drawings.
+// What the commands that draw maps and drawings have in common.
 #pragma once
 
 #include <cstdint>
 #include <memory>
 #include <string>
 
-#include "app/cli/command.h"
+#include "app/commands/model_options.h"
 #include "drawing/files/input.h"
-#include "host/color.h"
-#include "host/geometry.h"
+#include "drawing/map/map_scene.h"
 
 namespace vorna::app {
 
@@ -24,27 +23,20 @@ struct Map_Options {
     std::int32_t label_size = 12, border_width = 1, casing_width = 2, marker_size = 7;
 };
 
-// What maps share with models.
-struct Map_Picture {
-    drawing::Input input;
-    std::string output;
-    std::string record;  // empty = not asked for
-    VT_Int_Pair size;    // a height of 0 is chosen by what is drawn
-    VT_RGB32 background; // white when it is transparent
-    bool transparent = false;
-    int colors = 32;
-    bool antialias = false;
-    int repeat = 1;
-    std::shared_ptr<drawing::Load_Limits> limits = std::make_shared<drawing::Load_Limits>(); // of all that is read
-    bool stats = false, strict = false, dry_run = false, allow_empty = false, hash = false;
-};
-
 void add_map_options(CLI::App& command, Map_Options& options);
 
 // Throws Usage_Error for a given option that is for models when the file is a map, or for maps when it is a model. The headings
 // that options stand under in the help tell which are which: those of models end so.
 void refuse_options_of_other_kind(const CLI::App& command, const drawing::Input& input);
 
-void render_map(const Map_Picture& picture, const Map_Options& options, const drawing::Module_Choice& module);
+// Throws Usage_Error for options that exclude each other.
+void check_map_options(const Model_Options& options, const Map_Options& map_options, const drawing::Input& input);
+
+// Throws Usage_Error for texts that say nothing.
+drawing::map::Map_Settings map_settings_of(const Map_Options& options);
+
+// Warns of what is not drawn, or refuses it with --strict. Throws what reading and options throw.
+std::unique_ptr<drawing::map::Map_Scene> load_map_scene(const Model_Options& options, const Map_Options& map_options,
+                                                        const drawing::Input& input);
 
 } // namespace vorna::app
