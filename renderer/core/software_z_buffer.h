@@ -8,11 +8,12 @@
 #include "host/rendition.h"
 #include "renderer/core/cases.h"
 #include "renderer/core/dither.h"
-#include "renderer/kernels/kernel_sets.h"
-#include "renderer/kernels/pixel_rules.h"
-#include "renderer/mask/mask_cache.h"
+#include "renderer/core/mask_cache_data.h"
+#include "renderer/core/pixel_target.h"
 
 namespace krb {
+
+struct Kernel_Set;
 
 // Options that the renderer keeps handles of, in both tables.
 enum class Handle {
@@ -40,7 +41,7 @@ struct Option_Handles {
 
 class Software_Z_Buffer : public VT_Renderer_Data {
 public:
-    // Registers the options in both tables and declares what the renderer can do. Throws what chosen_kernel_set throws.
+    // Registers the options in both tables and declares what the renderer can do. Throws what chosen_kernels throws.
     explicit Software_Z_Buffer(const VT_Renderer_Data& prototype);
     ~Software_Z_Buffer() override;
 

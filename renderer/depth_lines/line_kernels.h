@@ -5,6 +5,7 @@
 
 #include "host/color.h"
 #include "host/geometry.h"
+#include "renderer/core/pixel_target.h"
 #include "renderer/kernels/pixel_rules.h"
 
 namespace krb {
@@ -96,7 +97,7 @@ struct Line_Paint {
 };
 
 // A segment of which only some pixels are drawn: those of its rows first_row to last_row, counted from the start's row, that lie
-// in columns left to right. All are inclusive.
+// in columns left to right. All are inclusive, and the rows and columns lie in the window.
 struct Cut_Segment {
     VT_DCI_Point from, to; // x fits 16.16
     std::int32_t first_row, last_row;

@@ -8,6 +8,7 @@
 //
 // Runs are drawn in lanes, pixels that each have a row of their own by the vocabulary of one lane, in namespace single.
 
+#include <cassert>
 #include <cstring>
 
 #include "renderer/depth_lines/line_kernels.h"
@@ -53,7 +54,10 @@ struct Ends {
     // Without a branch, which would be guessed wrong half the time.
     std::int32_t row_step() const { return (subtract(y1, y0) >> 31) | 1; }
     // Change of x from row to row, 16.16.
-    std::int32_t slope() const { return to_fraction<16>(subtract(x1, x0)) / rows(); }
+    std::int32_t slope() const {
+        assert(rows() != 0);
+        return to_fraction<16>(subtract(x1, x0)) / rows();
+    }
 };
 
 // How many rows ahead memory is asked for: lines that cross rows touch new memory with every row, which no processor foresees.
@@ -281,7 +285,15 @@ template <Line_Configuration c> void draw_last_point(const Line_Target& target, 
     single::Line_Pen<pixel_only>(target, paint).draw_single(row, column);
 }
 
+// Whether the target has what the configuration reads.
+template <Line_Configuration c> bool is_complete(const Line_Target& target) {
+    return target.color_rows && (c.depth == Depth_Rule::none || target.depth_rows) &&
+           (c.clip != Clip_Rule::masked || target.mask_rows) && (c.format == Pixel_Format::rgb32 || target.dither);
+}
+
 template <Line_Configuration c> void draw_polyline(const Line_Target& target, const Polyline& polyline) {
+    assert(is_complete<c>(target) && polyline.count >= 2 && polyline.points);
+    assert(c.shading == Line_Shading::index || polyline.colors);
     constexpr bool shaded = c.shading == Line_Shading::gouraud;
     Line_Paint paint{};
     paint.index = polyline.index;
@@ -329,6 +341,8 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
 }
 
 template <Line_Configuration c> void draw_cut_segment(const Line_Target& target, const Cut_Segment& segment) {
+    assert(is_complete<c>(target) && 0 <= segment.first_row && segment.first_row <= segment.last_row);
+    assert(segment.left <= segment.right);
     const Ends ends{segment.from.x, subtract(segment.from.y, target.origin_y), segment.to.x,
                     subtract(segment.to.y, target.origin_y)};
     const Cut cut{segment.first_row, segment.last_row, segment.left, segment.right, target.origin_x};

@@ -4,7 +4,9 @@
 #include "renderer/core/cases.h"
 #include "renderer/core/software_z_buffer.h"
 #include "renderer/depth_lines/line_kernels.h"
-#include "renderer/kernels/pixel_target.h"
+#include "renderer/kernels/call_target.h"
+#include "renderer/kernels/kernel_sets.h"
+#include "renderer/mask/mask_cache.h"
 
 namespace krb {
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/geometry.h"
+#include "renderer/core/pixel_target.h"
 #include "renderer/depth_lines/line_kernels.h"
 #include "renderer/kernels/pixel_rules.h"
 

@@ -4,7 +4,9 @@
 #include <algorithm>
 
 #include "renderer/depth_lines/smoothed_kernels.h"
-#include "renderer/kernels/pixel_target.h"
+#include "renderer/kernels/call_target.h"
+#include "renderer/kernels/kernel_sets.h"
+#include "renderer/mask/mask_cache.h"
 
 namespace krb {
 

@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstring>
 
+#include "renderer/core/pixel_target.h"
 #include "renderer/kernels/compiler_hints.h"
 #include "renderer/kernels/pixel_rules.h"
 

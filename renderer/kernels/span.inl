@@ -1,8 +1,14 @@
 // Drawing a span of a row in groups of lanes: clip, depth, colour. Included once for each vocabulary of lanes, after
 // pixel_lanes.inl.
 
+#include <cassert>
+
 namespace krb::KRB_KERNEL_SET {
 namespace {
+
+inline bool lies_in_window(const Pixel_Target& target, std::int32_t row, std::int32_t column, std::int32_t count) {
+    return 0 <= row && row < target.height && 0 <= column && 0 < count && count <= target.width - column;
+}
 
 // What is left of a span that does not fill all lanes.
 struct Tail {
@@ -50,7 +56,10 @@ template <class Rules, class Source> struct Span {
     Ramp depth;
     bool gaps; // the pixels that the pattern leaves out
 
+    // count is above 0, and the pixels lie in the window. Without masked memory the window is at least lane_count pixels wide.
     void draw(std::int32_t column, std::int32_t count) {
+        assert(lies_in_window(target, row, column, count));
+        assert(masked_memory || lane_count <= target.width);
         if constexpr (Rules::clip == Clip_Rule::open) {
             draw_open(column, count);
         } else if constexpr (Rules::clip == Clip_Rule::masked) {
@@ -64,6 +73,7 @@ template <class Rules, class Source> struct Span {
 
     // One pixel; for vocabularies of one lane.
     void draw_single(std::int32_t column) {
+        assert(lies_in_window(target, row, column, 1));
         if (Rules::clip == Clip_Rule::open || (mask_bits(target.mask_rows[row], column) & 1) != 0) {
             draw_drawable(column, All{});
         }
@@ -98,6 +108,7 @@ private:
     // Stretches inside the region are drawn as open ones, stretches outside skipped; only groups at its edge are looked at pixel
     // by pixel.
     void draw_masked(std::int32_t column, std::int32_t count) {
+        assert(target.mask_rows);
         const std::uint8_t* mask_row = target.mask_rows[row];
         if (count < lane_count) {
             draw_selected_group(column, count, mask_bits(mask_row, column));

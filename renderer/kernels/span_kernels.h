@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "host/color.h"
+#include "renderer/core/pixel_target.h"
 #include "renderer/kernels/pixel_rules.h"
 
 namespace krb {

@@ -1,5 +1,6 @@
 // Span kernels: one colour over a span, or a row of source pixels.
 
+#include <cassert>
 #include <cstring>
 
 #include "renderer/kernels/compiler_hints.h"
@@ -87,6 +88,7 @@ template <class Rules, class Source> void draw_span(const Pixel_Target& target, 
 }
 
 template <class Rules> void fill(const Pixel_Target& target, const Mirrored_Rows& shape, VT_RGB32 color) {
+    assert(shape.last >= 0 && shape.extents);
     const Flat_Source<Rules::format> source(target, color);
     const auto extent_of = [&shape](std::int32_t row) { return shape.extents[row < 0 ? -row : row]; };
     for (std::int32_t row = -shape.last; row <= shape.last; ++row) {
@@ -110,6 +112,7 @@ template <class Rules> void fill(const Pixel_Target& target, const Mirrored_Rows
 
 template <class Rules> void copy(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* source) {
     using Source = Image_Source<Rules::format>;
+    assert(lies_in_window(target, span.row, span.column, span.count) && source);
     if constexpr (Rules::format == Pixel_Format::index8 && Rules::clip == Clip_Rule::open) {
         std::memcpy(target.color_rows[span.row] + span.column * Source::pixel_bytes, source,
                     static_cast<std::size_t>(span.count * Source::pixel_bytes));

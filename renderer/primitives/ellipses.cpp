@@ -12,8 +12,10 @@
 #include "renderer/core/scratch.h"
 #include "renderer/depth_lines/line_target.h"
 #include "renderer/depth_lines/polylines_dci.h"
+#include "renderer/kernels/call_target.h"
 #include "renderer/kernels/compiler_hints.h"
-#include "renderer/kernels/pixel_target.h"
+#include "renderer/kernels/kernel_sets.h"
+#include "renderer/kernels/span_kernels.h"
 #include "renderer/mask/mask_cache.h"
 
 namespace krb {

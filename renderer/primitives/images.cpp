@@ -6,7 +6,10 @@
 #include <vector>
 
 #include "renderer/core/fixed_point.h"
-#include "renderer/kernels/pixel_target.h"
+#include "renderer/kernels/call_target.h"
+#include "renderer/kernels/kernel_sets.h"
+#include "renderer/kernels/span_kernels.h"
+#include "renderer/mask/mask_cache.h"
 #include "renderer/mask/mask_cursor.h"
 
 namespace krb {

@@ -4,7 +4,8 @@
 #include <cstring>
 
 #include "renderer/core/pixel_combine.h"
-#include "renderer/kernels/single_pixels.h"
+#include "renderer/mask/mask_cache.h"
+#include "renderer/primitives/single_pixels.h"
 
 namespace krb {
 

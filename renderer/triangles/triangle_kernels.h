@@ -5,6 +5,7 @@
 
 #include "host/color.h"
 #include "host/geometry.h"
+#include "renderer/core/pixel_target.h"
 #include "renderer/kernels/pixel_rules.h"
 
 namespace krb {

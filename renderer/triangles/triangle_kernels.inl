@@ -5,6 +5,8 @@
 // pixel once. Values along edges are interpolated in fixed point from row to row, values along a span from the two edges' integer
 // parts.
 
+#include <cassert>
+
 #include "renderer/kernels/pixel_lanes.inl"
 #include "renderer/kernels/span.inl"
 #include "renderer/triangles/small_triangles.h"
@@ -127,7 +129,9 @@ struct Division {
     std::int32_t dropped_bits;
     std::int32_t divisor;
 
+    // count is above 0.
     static Division by(std::int32_t count) {
+        assert(count > 0);
         const std::int32_t small = count <= 8 ? count : 0;
         return {dropped[small], small ? divisors[small] : count};
     }
@@ -328,7 +332,7 @@ private:
     }
 };
 
-// ---- strips
+// ---- vertices
 
 // Origins of scissored targets may have wrapped.
 inline std::int32_t relative(std::int32_t coordinate, std::int32_t origin) {
@@ -342,6 +346,35 @@ inline Vertex<4> vertex_of(const Triangle_Target& target, const VT_DCI_Point& po
 inline Vertex<8> vertex_of(const Triangle_Target& target, const VT_DCI_Point& point, VT_RGB32 color) {
     return {relative(point.y, target.origin_y), attributes_of(relative(point.x, target.origin_x), point.z, word_of_color(color))};
 }
+
+// ---- preconditions of the strip kernels
+
+// Points may lie on the far edges of the window's last pixels.
+inline bool lies_in_window(const Triangle_Target& target, const Triangle_Strip& strip) {
+    for (std::int32_t i = 0; i < strip.count; ++i) {
+        const std::int32_t x = relative(strip.points[i].x, target.origin_x);
+        const std::int32_t y = relative(strip.points[i].y, target.origin_y);
+        if (x < 0 || x > target.width || y < 0 || y > target.height) {
+            return false;
+        }
+    }
+    return true;
+}
+
+inline bool has_limits_in_window(const Triangle_Target& target) {
+    return 0 <= target.first_column && target.first_column <= target.end_column && target.end_column <= target.width &&
+           0 <= target.first_row && target.first_row <= target.end_row && target.end_row <= target.height;
+}
+
+template <Triangle_Configuration c> bool can_be_drawn(const Triangle_Target& target, const Triangle_Strip& strip) {
+    return strip.count >= 3 && strip.points && strip.colors &&
+           (target.scissored ? has_limits_in_window(target) : lies_in_window(target, strip)) && target.color_rows &&
+           (c.depth == Depth_Rule::none || target.depth_rows) && (c.format == Pixel_Format::rgb32 || target.dither) &&
+           (c.clip != Clip_Rule::masked || target.mask_rows) && (c.clip != Clip_Rule::patterned || target.pattern) &&
+           (c.shading != Shading::textured || (target.texels && strip.coordinates));
+}
+
+// ---- strips
 
 // Draws runs of small triangles at once where the set can, and hands the others on as parts of the strip, in the strip's order.
 template <Triangle_Configuration c, class Draw>
@@ -377,6 +410,7 @@ template <Triangle_Configuration c> void draw_flat_triangles(const Triangle_Targ
 }
 
 template <Triangle_Configuration c> void draw_flat_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
+    assert(can_be_drawn<c>(target, strip));
     draw_in_runs<c>(target, strip, draw_flat_triangles<c>);
     leave_lanes();
 }
@@ -411,6 +445,7 @@ template <Triangle_Configuration c> void draw_gouraud_triangles(const Triangle_T
 }
 
 template <Triangle_Configuration c> void draw_gouraud_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
+    assert(can_be_drawn<c>(target, strip) && strip.near_flat);
     constexpr Triangle_Configuration flat{Shading::flat, c.format, c.depth, c.pixel, c.clip};
     if (strip.near_flat == &draw_flat_strip<flat>) {
         draw_in_runs<c>(target, strip, draw_gouraud_triangles<c>);
@@ -421,6 +456,7 @@ template <Triangle_Configuration c> void draw_gouraud_strip(const Triangle_Targe
 }
 
 template <Triangle_Configuration c> void draw_textured_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
+    assert(can_be_drawn<c>(target, strip));
     Filler<c, 8> filler(target, strip.colors[0]);
     const auto vertex = [&](std::int32_t k) {
         const VT_DCI_Point& point = strip.points[k];

@@ -6,7 +6,9 @@
 #include "host/clip.h"
 #include "host/triangle_clipper.h"
 #include "renderer/core/fixed_point.h"
-#include "renderer/kernels/pixel_target.h"
+#include "renderer/kernels/call_target.h"
+#include "renderer/kernels/kernel_sets.h"
+#include "renderer/mask/mask_cache.h"
 #include "renderer/triangles/strip_walk.h"
 
 namespace krb {

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "renderer/kernels/kernel_sets.h"
+#include "renderer/triangles/triangle_kernels.h"
 
 namespace {
 
@@ -126,6 +127,7 @@ struct Scene {
         }
         target.dither_bias = 128 * below(2);
         target.width = Canvas::width;
+        target.height = Canvas::height;
         target.depth_bias = -below(2);
         target.depth_inverted = below(3) == 0;
         target.depth_written = below(2) == 0;

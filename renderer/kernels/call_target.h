@@ -3,6 +3,7 @@
 
 #include "renderer/core/cases.h"
 #include "renderer/core/software_z_buffer.h"
+#include "renderer/kernels/pixel_rules.h"
 
 namespace krb {
 
@@ -20,19 +21,6 @@ inline Depth_Rule depth_rule_of(Case c, const Software_Z_Buffer& renderer, Depth
     const bool other_test = follows.test_mode && (renderer.z_test == 1 || renderer.z_test == 5);
     const bool unwritten = follows.write_flag && !renderer.z_write;
     return !is_index8(c) && (other_test || unwritten) ? Depth_Rule::by_mode : Depth_Rule::less_or_equal;
-}
-
-// find_mask for the many calls that have no clip region, or the same as the call before.
-inline bool is_masked(Software_Z_Buffer& renderer, const VT_Rendition& rendition) {
-    const VT_Clip_Attributes& clip = rendition.clip;
-    if (!clip.complex_clip || !renderer.mask_cache) {
-        return false;
-    }
-    const Frame_Buffer_Mask* newest = renderer.mask_cache->newest;
-    const bool is_shifted = clip.window_offset.x < 0 || clip.window_offset.y < 0;
-    return (newest && !is_shifted && newest->key() == clip.complex_clip->serial() &&
-            newest->is_for(renderer.window_size, renderer.window_origin)) ||
-           find_mask(renderer, rendition);
 }
 
 // Without a mask. The pointers in it are the renderer's.
