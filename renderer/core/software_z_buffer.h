@@ -57,13 +57,9 @@ public:
         return force_merge_control || drawing_mode == vorna::merge_drawing_mode;
     }
 
-    // Slots that the current options do not name keep their members. Such a member may find no depth buffer, or none that asks
-    // for it, and then draws without; it may find pixels of the other format, which it must not touch. (An odd colour system may
-    // leave 8-bit members a 32-bit buffer, whose bytes they all take for their pixels.)
+    // Slots that the current options do not name keep their members. Such a member draws without depth when there is no depth
+    // buffer or the rendition does not test depth.
     bool draws_with_depth(const VT_Rendition& rendition) const noexcept { return rendition.clip.depth_test && depth_buffer; }
-    bool holds_pixels_of(Case c) const noexcept {
-        return is_index8(c) ? is_index8(installed_case) : color_buffer->format == Buffer_Format::rgb32;
-    }
 
     // The window in device coordinates, as far as these can hold it.
     VT_Int_Rectangle window_rectangle() const noexcept;

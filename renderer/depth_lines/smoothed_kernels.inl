@@ -413,11 +413,14 @@ template <Pixel_Rule rule, Clip_Rule clip> void draw_polyline(const Smoothed_Tar
     }
 }
 
+struct Smoothed_Kernel_Of {
+    template <Smoothed_Configuration c> constexpr Smoothed_Kernel* operator()() const { return &draw_polyline<c.pixel, c.clip>; }
+};
+
 } // namespace
 
 extern const Smoothed_Kernel_Table smoothed_kernels;
-constinit const Smoothed_Kernel_Table smoothed_kernels = {
-    {{&draw_polyline<Pixel_Rule::store, Clip_Rule::open>, &draw_polyline<Pixel_Rule::store, Clip_Rule::masked>},
-     {&draw_polyline<Pixel_Rule::blend, Clip_Rule::open>, &draw_polyline<Pixel_Rule::blend, Clip_Rule::masked>}}};
+constinit const Smoothed_Kernel_Table smoothed_kernels{
+    table_over<decltype(Smoothed_Kernel_Table::polylines), smoothed_configurations>(Smoothed_Kernel_Of{})};
 
 } // namespace krb::KRB_KERNEL_SET

@@ -1,9 +1,7 @@
-// The rules that a configuration is made of.
+// The rules that a configuration is made of, besides the pixel format.
 #pragma once
 
 namespace krb {
-
-enum class Pixel_Format { index8, rgb32 };
 
 enum class Depth_Rule {
     none,

@@ -7,7 +7,7 @@
 
 #include <cassert>
 
-#include "renderer/kernels/pixel_lanes.inl"
+#include "renderer/kernels/pixel_formats.inl"
 #include "renderer/kernels/span.inl"
 #include "renderer/triangles/small_triangles.h"
 #include "renderer/triangles/triangle_kernels.h"
@@ -98,10 +98,9 @@ template <> struct Pixel_Of<Pixel_Rule::merge> { using type = Merge; };
 
 template <Triangle_Configuration c> struct Triangle_Rules {
     using Target = Triangle_Target;
+    using Format = Format_Type<c.format>;
     using Depth = typename Depth_Of<c.depth>::type;
     using Pixel = typename Pixel_Of<c.pixel>::type;
-    static constexpr Pixel_Format format = c.format;
-    static constexpr Pixel_Rule pixel = c.pixel;
     static constexpr Clip_Rule clip = c.clip;
     static constexpr bool fetches_ahead = true;
     static constexpr bool hides_transparent =
@@ -269,14 +268,16 @@ struct Texture_Span_Values {
 };
 
 template <Triangle_Configuration c, int size> struct Filler {
+    using Flat = typename Format_Type<c.format>::Flat;
+
     const Triangle_Target& target;
-    Flat_Source<c.format> flat;     // of flat triangles
-    Flat_Source<c.format> contrast; // of a pattern's gaps
+    Flat flat;     // of flat triangles
+    Flat contrast; // of a pattern's gaps
 
     Filler(const Triangle_Target& where, VT_RGB32 color)
         : target(where), flat(where, color), contrast(where, c.clip == Clip_Rule::patterned ? where.pattern->contrast : color) {}
 
-    void set_color(VT_RGB32 color) { flat = Flat_Source<c.format>(target, color); }
+    void set_color(VT_RGB32 color) { flat = Flat(target, color); }
 
     void fill(std::int32_t row, std::int32_t column, std::int32_t count, Attributes<size> left, Attributes<size> right) {
         std::int32_t skipped = 0;
@@ -369,7 +370,7 @@ inline bool has_limits_in_window(const Triangle_Target& target) {
 template <Triangle_Configuration c> bool can_be_drawn(const Triangle_Target& target, const Triangle_Strip& strip) {
     return strip.count >= 3 && strip.points && strip.colors &&
            (target.scissored ? has_limits_in_window(target) : lies_in_window(target, strip)) && target.color_rows &&
-           (c.depth == Depth_Rule::none || target.depth_rows) && (c.format == Pixel_Format::rgb32 || target.dither) &&
+           (c.depth == Depth_Rule::none || target.depth_rows) && (facts_of(c.format).stores_words || target.dither) &&
            (c.clip != Clip_Rule::masked || target.mask_rows) && (c.clip != Clip_Rule::patterned || target.pattern) &&
            (c.shading != Shading::textured || (target.texels && strip.coordinates));
 }
@@ -474,36 +475,22 @@ template <Triangle_Configuration c> void draw_textured_strip(const Triangle_Targ
     leave_lanes();
 }
 
-template <int position> constexpr Strip_Kernel* kernel_at() {
-    constexpr Triangle_Configuration c = Triangle_Configuration::at(position);
-    if constexpr (!c.valid()) {
-        return nullptr;
-    } else if constexpr (is_flat(c)) {
-        return &draw_flat_strip<c>;
-    } else if constexpr (c.shading == Shading::gouraud) {
-        return &draw_gouraud_strip<c>;
-    } else {
-        return &draw_textured_strip<c>;
+struct Strip_Kernel_Of {
+    template <Triangle_Configuration c> constexpr Strip_Kernel* operator()() const {
+        if constexpr (is_flat(c)) {
+            return &draw_flat_strip<c>;
+        } else if constexpr (c.shading == Shading::gouraud) {
+            return &draw_gouraud_strip<c>;
+        } else {
+            return &draw_textured_strip<c>;
+        }
     }
-}
-
-template <int... positions> struct Positions {};
-
-template <int... positions> constexpr Triangle_Kernel_Table table_of(Positions<positions...>) {
-    return {{kernel_at<positions>()...}};
-}
-
-template <int count, int... positions> constexpr auto first_positions() {
-    if constexpr (count == 0) {
-        return Positions<positions...>{};
-    } else {
-        return first_positions<count - 1, count - 1, positions...>();
-    }
-}
+};
 
 } // namespace
 
 extern const Triangle_Kernel_Table triangle_kernels;
-constinit const Triangle_Kernel_Table triangle_kernels = table_of(first_positions<triangle_configuration_count>());
+constinit const Triangle_Kernel_Table triangle_kernels{
+    table_over<decltype(Triangle_Kernel_Table::strips), triangle_configurations>(Strip_Kernel_Of{})};
 
 } // namespace krb::KRB_KERNEL_SET
