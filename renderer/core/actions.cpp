@@ -1,4 +1,4 @@
-// Installation of the action slots: one constant table, slot by case.
+// Installation of the action slots: one constant table, slot by case. The only file of core that includes the folders above it.
 #include "renderer/core/actions.h"
 
 #include <array>
@@ -7,6 +7,7 @@
 #include "renderer/core/picture_cycle.h"
 #include "renderer/core/software_z_buffer.h"
 #include "renderer/depth_lines/polylines_dci.h"
+#include "renderer/kernels/kernel_sets.h"
 #include "renderer/lines/polylines_2d.h"
 #include "renderer/lines/polylines_3d.h"
 #include "renderer/primitives/dots.h"
@@ -175,6 +176,14 @@ void install_actions(Software_Z_Buffer& renderer) {
     if (is_on(renderer.current[Handle::hardcopy_mode]) && is_on(renderer.requested[Handle::hardcopy_mode])) {
         install_all(renderer, hardcopy_table(), c);
     }
+}
+
+const Kernel_Set& chosen_kernels() {
+    return chosen_kernel_set();
+}
+
+const Kernel_Set& kernels_for_window(const Kernel_Set& chosen, std::int32_t width) noexcept {
+    return width < chosen.least_width ? portable_kernel_set() : chosen;
 }
 
 } // namespace krb

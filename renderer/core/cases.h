@@ -3,6 +3,8 @@
 
 namespace krb {
 
+enum class Pixel_Format { index8, rgb32 };
+
 // Depth buffer or none; 8-bit palette indices, 32-bit opaque, 32-bit with alpha blending. In this order everywhere.
 enum class Case {
     index8,
@@ -19,8 +21,8 @@ constexpr bool has_depth(Case c) noexcept {
     return c >= Case::depth_index8;
 }
 
-constexpr bool is_index8(Case c) noexcept {
-    return c == Case::index8 || c == Case::depth_index8;
+constexpr Pixel_Format format_of(Case c) noexcept {
+    return c == Case::index8 || c == Case::depth_index8 ? Pixel_Format::index8 : Pixel_Format::rgb32;
 }
 
 constexpr bool is_alpha(Case c) noexcept {

@@ -85,7 +85,7 @@ std::uint8_t find_alternate_index(const VT_Palette& palette, std::uint8_t backgr
 } // namespace
 
 Software_Z_Buffer::Software_Z_Buffer(const VT_Renderer_Data& prototype)
-    : VT_Renderer_Data(prototype), dither(make_dither(color_cube)), kernels(&chosen_kernel_set()), chosen_kernels_(kernels) {
+    : VT_Renderer_Data(prototype), dither(make_dither(color_cube)), kernels(&chosen_kernels()), chosen_kernels_(kernels) {
     build_option_table(requested_table, requested);
     build_option_table(current_table, current);
     // A cache that the application has put into the requested table is in force from the start.
@@ -140,7 +140,7 @@ std::int32_t Software_Z_Buffer::establish() {
     establish_merge_colors();
     establish_target();
     force_merge_control = current[Handle::force_merge_control_on]->as_bool() ? 1 : 0;
-    kernels = window_size.x < chosen_kernels_->least_width ? &portable_kernel_set() : chosen_kernels_;
+    kernels = &kernels_for_window(*chosen_kernels_, window_size.x);
     all.keep();
     return 0;
 }

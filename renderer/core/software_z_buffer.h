@@ -8,11 +8,12 @@
 #include "host/rendition.h"
 #include "renderer/core/cases.h"
 #include "renderer/core/dither.h"
-#include "renderer/kernels/kernel_sets.h"
-#include "renderer/kernels/pixel_rules.h"
-#include "renderer/mask/mask_cache.h"
+#include "renderer/core/mask_cache_data.h"
+#include "renderer/core/pixel_target.h"
 
 namespace krb {
+
+struct Kernel_Set;
 
 // Options that the renderer keeps handles of, in both tables.
 enum class Handle {
@@ -40,7 +41,7 @@ struct Option_Handles {
 
 class Software_Z_Buffer : public VT_Renderer_Data {
 public:
-    // Registers the options in both tables and declares what the renderer can do. Throws what chosen_kernel_set throws.
+    // Registers the options in both tables and declares what the renderer can do. Throws what chosen_kernels throws.
     explicit Software_Z_Buffer(const VT_Renderer_Data& prototype);
     ~Software_Z_Buffer() override;
 
@@ -56,13 +57,9 @@ public:
         return force_merge_control || drawing_mode == vorna::merge_drawing_mode;
     }
 
-    // Slots that the current options do not name keep their members. Such a member may find no depth buffer, or none that asks
-    // for it, and then draws without; it may find pixels of the other format, which it must not touch. (An odd colour system may
-    // leave 8-bit members a 32-bit buffer, whose bytes they all take for their pixels.)
+    // Slots that the current options do not name keep their members. Such a member draws without depth when there is no depth
+    // buffer or the rendition does not test depth.
     bool draws_with_depth(const VT_Rendition& rendition) const noexcept { return rendition.clip.depth_test && depth_buffer; }
-    bool holds_pixels_of(Case c) const noexcept {
-        return is_index8(c) ? is_index8(installed_case) : color_buffer->format == Buffer_Format::rgb32;
-    }
 
     // The window in device coordinates, as far as these can hold it.
     VT_Int_Rectangle window_rectangle() const noexcept;

@@ -2,9 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "host/color.h"
 #include "host/geometry.h"
+#include "renderer/core/pixel_target.h"
+#include "renderer/kernels/configurations.h"
+#include "renderer/kernels/pixel_formats.h"
 #include "renderer/kernels/pixel_rules.h"
 
 namespace krb {
@@ -29,36 +33,9 @@ struct Line_Configuration {
     Pixel_Rule pixel;
     Clip_Rule clip;
 
-    // Combinations that exist. Interpolated colours never merge, palette indices never blend and know one depth rule only; lines
-    // have no pattern.
-    constexpr bool valid() const noexcept {
-        if (clip == Clip_Rule::patterned || (pixel == Pixel_Rule::merge && shading == Line_Shading::gouraud)) {
-            return false;
-        }
-        if (format == Pixel_Format::rgb32) {
-            return shading != Line_Shading::index && dither == Line_Dither::ordered;
-        }
-        if (pixel == Pixel_Rule::blend || depth == Depth_Rule::by_mode) {
-            return false;
-        }
-        return shading != Line_Shading::index || (dither == Line_Dither::ordered && depth == Depth_Rule::none);
-    }
-    constexpr int position() const noexcept {
-        return ((((static_cast<int>(shading) * 2 + static_cast<int>(format)) * 2 + static_cast<int>(dither)) * 3 +
-                 static_cast<int>(depth)) *
-                    3 +
-                static_cast<int>(pixel)) *
-                   2 +
-               static_cast<int>(clip);
-    }
-    static constexpr Line_Configuration at(int position) noexcept {
-        return {static_cast<Line_Shading>(position / 72),    static_cast<Pixel_Format>(position / 36 % 2),
-                static_cast<Line_Dither>(position / 18 % 2), static_cast<Depth_Rule>(position / 6 % 3),
-                static_cast<Pixel_Rule>(position / 2 % 3),   static_cast<Clip_Rule>(position % 2)};
-    }
+    static constexpr int packed_bits = 12;
+    constexpr std::uint32_t packed() const noexcept { return krb::packed(shading, format, dither, depth, pixel, clip); }
 };
-
-inline constexpr int line_configuration_count = 216;
 
 struct Line_Target : Pixel_Target {
     // Draws the almost uniform segments of a Gouraud polyline, each as a polyline of its own with one colour; null = none are.
@@ -81,22 +58,17 @@ struct Line_Ramp {
     std::int32_t value, step;
 };
 
-// The cell of the colour cube that a colour lies in, and the least threshold at which each channel steps up to the next cell.
-struct Dithered_Paint {
-    std::int32_t index, red, green, blue;
-};
-
 // What the pixels of a segment are drawn with.
 struct Line_Paint {
     VT_RGB32 color;          // of a flat segment
-    Dithered_Paint dithered; // the same colour on its way to a palette index; of 8-bit flat segments with ordered dithering
+    Prepared_Color prepared; // the same colour, prepared by the pixel format; with ordered dithering
     std::uint8_t index;      // for Line_Shading::index
     // Depth in 17.15. Of a Gouraud segment the channels in 16.16, scaled by the colour cube's multipliers for additive dithering.
     Line_Ramp depth, blue, green, red, alpha;
 };
 
 // A segment of which only some pixels are drawn: those of its rows first_row to last_row, counted from the start's row, that lie
-// in columns left to right. All are inclusive.
+// in columns left to right. All are inclusive, and the rows and columns lie in the window.
 struct Cut_Segment {
     VT_DCI_Point from, to; // x fits 16.16
     std::int32_t first_row, last_row;
@@ -106,23 +78,67 @@ struct Cut_Segment {
     VT_Int_Pair ramps_from;
 };
 
-using Polyline_Kernel = void(const Line_Target& target, const Polyline& polyline);
-using Cut_Segment_Kernel = void(const Line_Target& target, const Cut_Segment& segment);
+template <class Shape> using Line_Kernel = void(const Line_Target& target, const Shape& shape);
 
-struct Line_Kernels {
-    // Every segment without its last pixel, then the last point, which passes when its depth is not beyond the stored one and
-    // then writes it, whatever the configuration's depth rule. Null where no member asks for it: additive dithering, colours that
-    // merge as indices or under a depth rule, and the test mode under a mask or with shading.
-    Polyline_Kernel* polyline;
-    Cut_Segment_Kernel* cut_segment;
-};
+// Values of the rules, for the lists below.
+namespace line_choices {
+inline constexpr Choice index{Line_Shading::index};
+inline constexpr Choice flat{Line_Shading::flat};
+inline constexpr Choice gouraud{Line_Shading::gouraud};
+inline constexpr Choice index8{Pixel_Format::index8};
+inline constexpr Choice rgb32{Pixel_Format::rgb32};
+inline constexpr Choice ordered{Line_Dither::ordered};
+inline constexpr Choice additive{Line_Dither::additive};
+inline constexpr Choice no_depth{Depth_Rule::none};
+inline constexpr Choice fixed{Depth_Rule::less_or_equal};
+inline constexpr Choice by_mode{Depth_Rule::by_mode};
+inline constexpr Choice none_or_fixed{Depth_Rule::none, Depth_Rule::less_or_equal};
+inline constexpr Choice any_depth{Depth_Rule::none, Depth_Rule::less_or_equal, Depth_Rule::by_mode};
+inline constexpr Choice store{Pixel_Rule::store};
+inline constexpr Choice store_or_blend{Pixel_Rule::store, Pixel_Rule::blend};
+inline constexpr Choice store_or_merge{Pixel_Rule::store, Pixel_Rule::merge};
+inline constexpr Choice any_pixel{Pixel_Rule::store, Pixel_Rule::blend, Pixel_Rule::merge};
+inline constexpr Choice open{Clip_Rule::open};
+inline constexpr Choice any_clip{Clip_Rule::open, Clip_Rule::masked};
+} // namespace line_choices
 
-// By position of the configuration; combinations that do not exist are null.
+// Polylines in one palette index, in one colour a segment, and in interpolated colours. Indices, and colours without depth that
+// are stored as words, may merge. Only open polylines in one colour a segment follow the test mode.
+inline constexpr auto polyline_configurations = [] {
+    using namespace line_choices;
+    using Configuration = Line_Configuration;
+    return join(every<Configuration>(index, index8, ordered, no_depth, store_or_merge, any_clip),
+                every<Configuration>(flat, index8, ordered, no_depth, store, open),
+                every<Configuration>(flat, index8, ordered, fixed, store, any_clip),
+                every<Configuration>(flat, rgb32, ordered, no_depth, any_pixel, any_clip),
+                every<Configuration>(flat, rgb32, ordered, fixed, store_or_blend, any_clip),
+                every<Configuration>(flat, rgb32, ordered, by_mode, store_or_blend, open),
+                every<Configuration>(gouraud, index8, ordered, none_or_fixed, store, any_clip),
+                every<Configuration>(gouraud, rgb32, ordered, none_or_fixed, store_or_blend, any_clip));
+}();
+
+// Segments in one colour may merge. Palette indices dither additively; interpolated, they are drawn through masks.
+inline constexpr auto cut_segment_configurations = [] {
+    using namespace line_choices;
+    using Configuration = Line_Configuration;
+    return join(every<Configuration>(flat, index8, additive, none_or_fixed, store_or_merge, any_clip),
+                every<Configuration>(gouraud, index8, additive, none_or_fixed, store, open),
+                every<Configuration>(flat, rgb32, ordered, any_depth, any_pixel, any_clip),
+                every<Configuration>(gouraud, rgb32, ordered, any_depth, store_or_blend, any_clip));
+}();
+
 struct Line_Kernel_Table {
-    Line_Kernels kernels[line_configuration_count];
+    // Every segment without its last pixel, then the last point, which passes when its depth is not beyond the stored one and
+    // then writes it, whatever the configuration's depth rule.
+    Kernel_Table<Line_Kernel<Polyline>, polyline_configurations> polylines;
+    Kernel_Table<Line_Kernel<Cut_Segment>, cut_segment_configurations> cut_segments;
 
-    constexpr const Line_Kernels& operator[](Line_Configuration configuration) const noexcept {
-        return kernels[configuration.position()];
+    template <class Shape> constexpr const auto& of() const noexcept {
+        if constexpr (std::is_same_v<Shape, Polyline>) {
+            return polylines;
+        } else {
+            return cut_segments;
+        }
     }
 };
 

@@ -8,6 +8,7 @@
 //
 // Runs are drawn in lanes, pixels that each have a row of their own by the vocabulary of one lane, in namespace single.
 
+#include <cassert>
 #include <cstring>
 
 #include "renderer/depth_lines/line_kernels.h"
@@ -53,7 +54,10 @@ struct Ends {
     // Without a branch, which would be guessed wrong half the time.
     std::int32_t row_step() const { return (subtract(y1, y0) >> 31) | 1; }
     // Change of x from row to row, 16.16.
-    std::int32_t slope() const { return to_fraction<16>(subtract(x1, x0)) / rows(); }
+    std::int32_t slope() const {
+        assert(rows() != 0);
+        return to_fraction<16>(subtract(x1, x0)) / rows();
+    }
 };
 
 // How many rows ahead memory is asked for: lines that cross rows touch new memory with every row, which no processor foresees.
@@ -276,12 +280,20 @@ template <Line_Configuration c> void draw_last_point(const Line_Target& target, 
         paint.color.alpha = 255;
     }
     if constexpr (c.shading == Line_Shading::gouraud) {
-        single::prepare_dither<pixel_only>(target, paint);
+        single::prepare_color<pixel_only>(target, paint);
     }
     single::Line_Pen<pixel_only>(target, paint).draw_single(row, column);
 }
 
+// Whether the target has what the configuration reads.
+template <Line_Configuration c> bool is_complete(const Line_Target& target) {
+    return target.color_rows && (c.depth == Depth_Rule::none || target.depth_rows) &&
+           (c.clip != Clip_Rule::masked || target.mask_rows) && (facts_of(c.format).stores_words || target.dither);
+}
+
 template <Line_Configuration c> void draw_polyline(const Line_Target& target, const Polyline& polyline) {
+    assert(is_complete<c>(target) && polyline.count >= 2 && polyline.points);
+    assert(c.shading == Line_Shading::index || polyline.colors);
     constexpr bool shaded = c.shading == Line_Shading::gouraud;
     Line_Paint paint{};
     paint.index = polyline.index;
@@ -297,7 +309,7 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
         if constexpr (c.shading != Line_Shading::index) {
             paint.color = *color;
             if (i == 0 || !polyline.single_color) {
-                single::prepare_dither<c>(target, paint);
+                single::prepare_color<c>(target, paint);
             }
             const VT_RGB32* const first_color = color;
             color += shaded || (!polyline.single_color && i + 1 < segments) ? 1 : 0;
@@ -329,6 +341,8 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
 }
 
 template <Line_Configuration c> void draw_cut_segment(const Line_Target& target, const Cut_Segment& segment) {
+    assert(is_complete<c>(target) && 0 <= segment.first_row && segment.first_row <= segment.last_row);
+    assert(segment.left <= segment.right);
     const Ends ends{segment.from.x, subtract(segment.from.y, target.origin_y), segment.to.x,
                     subtract(segment.to.y, target.origin_y)};
     const Cut cut{segment.first_row, segment.last_row, segment.left, segment.right, target.origin_x};
@@ -338,42 +352,19 @@ template <Line_Configuration c> void draw_cut_segment(const Line_Target& target,
     leave_lanes();
 }
 
-template <int position> constexpr Line_Kernels kernels_at() {
-    constexpr Line_Configuration c = Line_Configuration::at(position);
-    Line_Kernels kernels{};
-    if constexpr (c.valid()) {
-        constexpr bool merges = c.pixel == Pixel_Rule::merge;
-        constexpr bool by_mode = c.depth == Depth_Rule::by_mode;
-        constexpr bool is_shaded = c.shading == Line_Shading::gouraud;
-        if constexpr (c.dither == Line_Dither::ordered && !(merges && c.depth != Depth_Rule::none) &&
-                      !(merges && c.shading == Line_Shading::flat && c.format == Pixel_Format::index8) &&
-                      !(by_mode && (is_shaded || c.clip == Clip_Rule::masked))) {
-            kernels.polyline = &draw_polyline<c>;
-        }
-        if constexpr (c.format == Pixel_Format::rgb32 || c.dither == Line_Dither::additive) {
-            kernels.cut_segment = &draw_cut_segment<c>;
-        }
-    }
-    return kernels;
-}
+struct Polyline_Kernel_Of {
+    template <Line_Configuration c> constexpr Line_Kernel<Polyline>* operator()() const { return &draw_polyline<c>; }
+};
 
-template <int... positions> struct Positions {};
-
-template <int... positions> constexpr Line_Kernel_Table table_of(Positions<positions...>) {
-    return {{kernels_at<positions>()...}};
-}
-
-template <int count, int... positions> constexpr auto first_positions() {
-    if constexpr (count == 0) {
-        return Positions<positions...>{};
-    } else {
-        return first_positions<count - 1, count - 1, positions...>();
-    }
-}
+struct Cut_Segment_Kernel_Of {
+    template <Line_Configuration c> constexpr Line_Kernel<Cut_Segment>* operator()() const { return &draw_cut_segment<c>; }
+};
 
 } // namespace
 
 extern const Line_Kernel_Table line_kernels;
-constinit const Line_Kernel_Table line_kernels = table_of(first_positions<line_configuration_count>());
+constinit const Line_Kernel_Table line_kernels{
+    table_over<decltype(Line_Kernel_Table::polylines), polyline_configurations>(Polyline_Kernel_Of{}),
+    table_over<decltype(Line_Kernel_Table::cut_segments), cut_segment_configurations>(Cut_Segment_Kernel_Of{})};
 
 } // namespace krb::KRB_KERNEL_SET

@@ -1,7 +1,7 @@
 // Pixels of lines in lanes. Included once for each vocabulary of lanes, after it.
 
 #include "renderer/depth_lines/line_kernels.h"
-#include "renderer/kernels/pixel_lanes.inl"
+#include "renderer/kernels/pixel_formats.inl"
 #include "renderer/kernels/span.inl"
 
 namespace krb::KRB_KERNEL_SET {
@@ -12,31 +12,15 @@ inline Ramp ramp_of(Line_Ramp ramp) {
 }
 
 // One palette index everywhere.
-struct Index_Source {
-    static constexpr bool moves = false;
+struct Index_Source : Uniform_Source {
     Int index;
 
     Index_Source(const Line_Target&, const Line_Paint& paint) : index(splat(paint.index)) {}
-    template <class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
     Int index_lanes(const Line_Target&, Int) const { return index; }
-    void skip(std::int32_t) {}
-    void advance_group(Int) {}
 };
 
-template <Pixel_Format format> struct Flat_Line_Source : Flat_Source<format> {
-    Flat_Line_Source(const Line_Target& target, const Line_Paint& paint) : Flat_Source<format>(target, paint.color) {}
-};
-
-// Made of what prepare_dither has found.
-template <> struct Flat_Line_Source<Pixel_Format::index8> : Index_Source {
-    Dithered_Color dithered;
-
-    Flat_Line_Source(const Line_Target& target, const Line_Paint& paint)
-        : Index_Source(target, paint), dithered{{splat(0), splat(paint.dithered.red)},
-                                                {splat(0), splat(paint.dithered.green)},
-                                                {splat(0), splat(paint.dithered.blue)},
-                                                splat(paint.dithered.index)} {}
-    Int index_lanes(const Line_Target& target, Int thresholds) const { return dithered.indices(*target.dither, thresholds); }
+template <class Format> struct Flat_Line_Source : Format::Flat {
+    Flat_Line_Source(const Line_Target& target, const Line_Paint& paint) : Format::Flat(target, paint.color, paint.prepared) {}
 };
 
 struct Gouraud_Line_Source : Gouraud_Source {
@@ -50,20 +34,16 @@ inline Int additive_indices(const Dither& dither, Int blue, Int green, Int red, 
     return splat(dither.base) + cell(red) * splat(dither.red_stride) + cell(green) * splat(dither.green_stride) + cell(blue);
 }
 
-struct Additive_Flat_Source {
-    static constexpr bool moves = false;
+struct Additive_Flat_Source : Uniform_Source {
     Int blue, green, red;
 
     Additive_Flat_Source(const Line_Target& target, const Line_Paint& paint)
         : blue(scaled(paint.color.blue, target.dither->blue_multiplier)),
           green(scaled(paint.color.green, target.dither->green_multiplier)),
           red(scaled(paint.color.red, target.dither->red_multiplier)) {}
-    template <class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
     Int index_lanes(const Line_Target& target, Int thresholds) const {
         return additive_indices(*target.dither, blue, green, red, thresholds);
     }
-    void skip(std::int32_t) {}
-    void advance_group(Int) {}
 
 private:
     static Int scaled(std::uint8_t value, std::int32_t multiplier) {
@@ -95,30 +75,26 @@ struct Additive_Gouraud_Source {
 };
 
 // Once for all segments of one colour.
-template <Line_Configuration c> void prepare_dither(const Line_Target& target, Line_Paint& paint) {
-    if constexpr (c.format == Pixel_Format::index8 && c.shading == Line_Shading::flat && c.dither == Line_Dither::ordered) {
-        const Dithered_Color color =
-            Dithered_Color::of(target, splat(paint.color.red), splat(paint.color.green), splat(paint.color.blue));
-        const auto whole = [](Int value) { return static_cast<std::int32_t>(lane_of(value, 0)); };
-        paint.dithered = {whole(color.index), whole(color.red.complement), whole(color.green.complement),
-                          whole(color.blue.complement)};
+template <Line_Configuration c> void prepare_color(const Line_Target& target, Line_Paint& paint) {
+    if constexpr (c.shading == Line_Shading::flat && c.dither == Line_Dither::ordered) {
+        Format_Type<c.format>::prepare(target, paint.color, paint.prepared);
     }
 }
 
-template <Line_Shading shading, Pixel_Format format, Line_Dither dither> struct Line_Source;
-template <Line_Dither dither> struct Line_Source<Line_Shading::index, Pixel_Format::index8, dither> {
+template <Line_Shading shading, Line_Dither dither, class Format> struct Line_Source;
+template <Line_Dither dither, class Format> struct Line_Source<Line_Shading::index, dither, Format> {
     using type = Index_Source;
 };
-template <Pixel_Format format> struct Line_Source<Line_Shading::flat, format, Line_Dither::ordered> {
-    using type = Flat_Line_Source<format>;
+template <class Format> struct Line_Source<Line_Shading::flat, Line_Dither::ordered, Format> {
+    using type = Flat_Line_Source<Format>;
 };
-template <Pixel_Format format> struct Line_Source<Line_Shading::gouraud, format, Line_Dither::ordered> {
+template <class Format> struct Line_Source<Line_Shading::gouraud, Line_Dither::ordered, Format> {
     using type = Gouraud_Line_Source;
 };
-template <> struct Line_Source<Line_Shading::flat, Pixel_Format::index8, Line_Dither::additive> {
+template <class Format> struct Line_Source<Line_Shading::flat, Line_Dither::additive, Format> {
     using type = Additive_Flat_Source;
 };
-template <> struct Line_Source<Line_Shading::gouraud, Pixel_Format::index8, Line_Dither::additive> {
+template <class Format> struct Line_Source<Line_Shading::gouraud, Line_Dither::additive, Format> {
     using type = Additive_Gouraud_Source;
 };
 
@@ -129,10 +105,9 @@ template <> struct Line_Pixel_Of<Pixel_Rule::merge> { using type = Merge; };
 
 template <Line_Configuration c> struct Line_Span_Rules {
     using Target = Line_Target;
+    using Format = Format_Type<c.format>;
     using Depth = typename Depth_Of<c.depth>::type;
     using Pixel = typename Line_Pixel_Of<c.pixel>::type;
-    static constexpr Pixel_Format format = c.format;
-    static constexpr Pixel_Rule pixel = c.pixel;
     static constexpr Clip_Rule clip = c.clip;
     static constexpr bool fetches_ahead = false;
     static constexpr bool hides_transparent = false;
@@ -154,7 +129,7 @@ public:
 
     KRB_ALWAYS_INLINE void draw_single(std::int32_t row, std::int32_t column) const { span_of(row).draw_single(column); }
     KRB_ALWAYS_INLINE void fetch_early(std::int32_t row, std::int32_t column) const {
-        KRB_FETCH_EARLY(color_rows_[row] + std::int64_t{c.format == Pixel_Format::rgb32 ? 4 : 1} * column);
+        KRB_FETCH_EARLY(color_rows_[row] + std::int64_t{Format::bytes} * column);
         if constexpr (c.depth != Depth_Rule::none) {
             KRB_FETCH_EARLY(depth_rows_[row] + std::int64_t{2} * column);
         }
@@ -165,7 +140,8 @@ public:
     }
 
 private:
-    using Source = typename Line_Source<c.shading, c.format, c.dither>::type;
+    using Format = Format_Type<c.format>;
+    using Source = typename Line_Source<c.shading, c.dither, Format>::type;
 
     Span<Line_Span_Rules<c>, Source> span_of(std::int32_t row) const {
         return {target_, row, color_rows_[row], c.depth == Depth_Rule::none ? nullptr : depth_rows_[row], source_, depth_, false};

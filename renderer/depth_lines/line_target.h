@@ -1,10 +1,14 @@
 // What the line members gather for their kernels, once a call.
 #pragma once
 
+#include <type_traits>
+
 #include "renderer/core/cases.h"
 #include "renderer/core/software_z_buffer.h"
 #include "renderer/depth_lines/line_kernels.h"
-#include "renderer/kernels/pixel_target.h"
+#include "renderer/kernels/call_target.h"
+#include "renderer/kernels/kernel_sets.h"
+#include "renderer/mask/mask_cache.h"
 
 namespace krb {
 
@@ -17,14 +21,13 @@ inline bool drawn_by_renderer(const VT_Line_Attributes& line) noexcept {
 struct Line_Rules {
     Line_Shading shading;
     Pixel_Rule pixel;
-    Line_Dither dither = Line_Dither::ordered;
     bool masked = false;            // by the mask at the head of the cache
-    bool follows_test_mode = false; // the renderer's test mode and write flag, where there is a depth buffer of 32-bit pixels
+    bool follows_test_mode = false; // the renderer's test mode and write flag, where the format follows them
 };
 
-// One call's drawing. Defined here because lines are often so short that gathering is what they cost: where case and rules are
-// known to the compiler little is left of it.
-class Line_Call {
+// One call's drawing of polylines or of cut segments. Defined here because most of the time for a short line is spent on
+// gathering: where case and rules are known to the compiler little is left of it.
+template <class Shape> class Line_Call {
 public:
     Line_Call(Case c, const Software_Z_Buffer& renderer, const Line_Rules& rules) noexcept
         : target{pixel_target_of(c, renderer, {rules.follows_test_mode, rules.follows_test_mode}), nullptr, nullptr} {
@@ -32,22 +35,24 @@ public:
         if (rules.masked) {
             target.mask_rows = renderer.mask_cache->newest->rows();
         }
-        if (rules.dither == Line_Dither::additive) {
+        if constexpr (dithers_additively) {
             // The matrix stands still in device coordinates.
             target.dither_row = renderer.window_origin.y;
         }
-        kernels_ = &(*renderer.kernels->lines)[{rules.shading, is_index8(c) ? Pixel_Format::index8 : Pixel_Format::rgb32,
-                                                rules.dither, depth_rule_of(c, renderer, follows), rules.pixel,
-                                                rules.masked ? Clip_Rule::masked : Clip_Rule::open}];
+        const bool is_additive = dithers_additively && !facts_of(c).stores_words;
+        kernel_ = renderer.kernels->lines->of<Shape>()[Line_Configuration{
+            rules.shading, format_of(c), is_additive ? Line_Dither::additive : Line_Dither::ordered,
+            depth_rule_of(c, renderer, follows), rules.pixel, rules.masked ? Clip_Rule::masked : Clip_Rule::open}];
     }
 
-    void draw(const Polyline& polyline) const { kernels_->polyline(target, polyline); }
-    void draw(const Cut_Segment& segment) const { kernels_->cut_segment(target, segment); }
+    void draw(const Shape& shape) const { kernel_(target, shape); }
 
     Line_Target target;
 
 private:
-    const Line_Kernels* kernels_;
+    static constexpr bool dithers_additively = std::is_same_v<Shape, Cut_Segment>;
+
+    Line_Kernel<Shape>* kernel_;
 };
 
 } // namespace krb

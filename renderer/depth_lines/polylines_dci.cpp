@@ -10,9 +10,9 @@ namespace krb {
 
 namespace {
 
-// How the colorized members combine a colour with a pixel: 32-bit members without depth merge where merging applies.
+// How the colorized members combine a colour with a pixel. Members without depth merge; dithered colours never do.
 Pixel_Rule colorized_pixel_rule(Case c, const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {
-    if (!is_index8(c) && !has_depth(c) && renderer.merges(rendition.line.mode)) {
+    if (facts_of(c).stores_words && !has_depth(c) && renderer.merges(rendition.line.mode)) {
         return Pixel_Rule::merge;
     }
     return is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store;
@@ -29,8 +29,8 @@ void draw_colorized(Software_Z_Buffer& renderer, const VT_Rendition& rendition, 
     }
     Line_Rules rules{Line_Shading::flat, colorized_pixel_rule(c, renderer, rendition)};
     rules.masked = consults_mask && is_masked(renderer, rendition);
-    rules.follows_test_mode = has_depth(c) && !is_index8(c) && !rules.masked;
-    Line_Call(c, renderer, rules).draw(polyline);
+    rules.follows_test_mode = has_depth(c) && !rules.masked;
+    Line_Call<Polyline>(c, renderer, rules).draw(polyline);
 }
 
 // The palette index of the rendition, which may merge.
@@ -38,7 +38,7 @@ void draw_index(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std:
     const Pixel_Rule pixel = renderer.merges(rendition.line.mode) ? Pixel_Rule::merge : Pixel_Rule::store;
     Line_Rules rules{Line_Shading::index, pixel};
     rules.masked = is_masked(renderer, rendition);
-    Line_Call(Case::index8, renderer, rules).draw({count, points, nullptr, true, rendition.line.index});
+    Line_Call<Polyline>(Case::index8, renderer, rules).draw({count, points, nullptr, true, rendition.line.index});
 }
 
 // One pass of a flat polyline.
@@ -129,11 +129,12 @@ void draw_dci_gouraud_polyline(VT_Renderer_Data& data, const VT_Rendition& rendi
     }
     Line_Rules rules{Line_Shading::gouraud, is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store};
     rules.masked = is_masked(renderer, rendition);
-    Line_Call call(c, renderer, rules);
+    Line_Call<Polyline> call(c, renderer, rules);
     const Near_Flat_Call near_flat{data, rendition};
-    // The 32-bit members with depth deliberately have no short cut. Neither has the masked 8-bit member without depth: the
-    // colorized member that would draw for it knows no mask.
-    if (is_index8(c) ? has_depth(c) || !rules.masked : !has_depth(c)) {
+    // Members with depth that store words deliberately have no short cut. Neither has the masked member without depth that
+    // dithers: the colorized member that would draw for it knows no mask.
+    constexpr bool dithers = !facts_of(c).stores_words;
+    if (dithers ? has_depth(c) || !rules.masked : !has_depth(c)) {
         call.target.draw_near_flat = draw_near_flat<c>;
         call.target.call = &near_flat;
     }

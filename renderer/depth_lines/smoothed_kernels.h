@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/geometry.h"
+#include "renderer/core/pixel_target.h"
 #include "renderer/depth_lines/line_kernels.h"
 #include "renderer/kernels/pixel_rules.h"
 
@@ -18,13 +19,20 @@ struct Smoothed_Target : Pixel_Target {
 // Every segment without its last pixel, then the last point.
 using Smoothed_Kernel = void(const Smoothed_Target& target, const Polyline& polyline);
 
-// 32-bit pixels without depth. Store and blend, open and masked.
-struct Smoothed_Kernel_Table {
-    Smoothed_Kernel* kernel[2][2];
+// 32-bit pixels without depth.
+struct Smoothed_Configuration {
+    Pixel_Rule pixel;
+    Clip_Rule clip;
 
-    constexpr Smoothed_Kernel* operator()(Pixel_Rule pixel, Clip_Rule clip) const noexcept {
-        return kernel[static_cast<int>(pixel)][static_cast<int>(clip)];
-    }
+    static constexpr int packed_bits = 4;
+    constexpr std::uint32_t packed() const noexcept { return krb::packed(pixel, clip); }
+};
+
+inline constexpr auto smoothed_configurations =
+    every<Smoothed_Configuration>(Choice{Pixel_Rule::store, Pixel_Rule::blend}, Choice{Clip_Rule::open, Clip_Rule::masked});
+
+struct Smoothed_Kernel_Table {
+    Kernel_Table<Smoothed_Kernel, smoothed_configurations> polylines;
 };
 
 } // namespace krb

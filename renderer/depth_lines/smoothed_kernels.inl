@@ -3,6 +3,8 @@
 // A line's minor coordinate is a 32.32 fixed-point number. The pixel on the line is the rounded one, halves upwards, and the
 // pixels beside it are its neighbours along the minor axis. A diagonal goes row by row.
 
+#include <cassert>
+
 #include "renderer/depth_lines/smoothed_kernels.h"
 #include "renderer/kernels/compiler_hints.h"
 
@@ -94,7 +96,13 @@ inline std::int32_t most(std::int32_t a, std::int32_t b) {
 
 // ---- pixels
 
+inline bool is_in_window(const Pixel_Target& target, VT_Int_Pair place) {
+    return static_cast<std::uint32_t>(place.x) < static_cast<std::uint32_t>(target.width) &&
+           static_cast<std::uint32_t>(place.y) < static_cast<std::uint32_t>(target.height);
+}
+
 inline std::uint8_t* pixel_at(const Pixel_Target& target, VT_Int_Pair place) {
+    assert(is_in_window(target, place));
     return target.color_rows[place.y] + std::int64_t{place.x} * 4;
 }
 
@@ -146,11 +154,6 @@ enum class Reach { inside, across_the_edge, beyond };
 inline bool is_visible(const Smoothed_Target& target, VT_Int_Pair place) {
     const VT_Int_Rectangle& visible = target.visible;
     return visible.left <= place.x && place.x <= visible.right && visible.bottom <= place.y && place.y <= visible.top;
-}
-
-inline bool is_in_window(const Pixel_Target& target, VT_Int_Pair place) {
-    return static_cast<std::uint32_t>(place.x) < static_cast<std::uint32_t>(target.width) &&
-           static_cast<std::uint32_t>(place.y) < static_cast<std::uint32_t>(target.height);
 }
 
 inline void blend_pixel(const Pixel_Target& target, VT_Int_Pair place, std::uint16_t weight, const Ink& ink) {
@@ -384,6 +387,7 @@ template <Pixel_Rule rule> Segment segment_from(VT_Int_Pair point, VT_RGB32 colo
 
 template <Pixel_Rule rule, Clip_Rule clip> void draw_polyline(const Smoothed_Target& target, const Polyline& polyline) {
     using Clip = typename Clip_Of<clip>::type;
+    assert(target.color_rows && polyline.count >= 2 && polyline.points && polyline.colors && (!Clip::clips || target.mask_rows));
     const auto place = [&](std::int32_t i) {
         return VT_Int_Pair{polyline.points[i].x - target.origin_x, polyline.points[i].y - target.origin_y};
     };
@@ -409,11 +413,14 @@ template <Pixel_Rule rule, Clip_Rule clip> void draw_polyline(const Smoothed_Tar
     }
 }
 
+struct Smoothed_Kernel_Of {
+    template <Smoothed_Configuration c> constexpr Smoothed_Kernel* operator()() const { return &draw_polyline<c.pixel, c.clip>; }
+};
+
 } // namespace
 
 extern const Smoothed_Kernel_Table smoothed_kernels;
-constinit const Smoothed_Kernel_Table smoothed_kernels = {
-    {{&draw_polyline<Pixel_Rule::store, Clip_Rule::open>, &draw_polyline<Pixel_Rule::store, Clip_Rule::masked>},
-     {&draw_polyline<Pixel_Rule::blend, Clip_Rule::open>, &draw_polyline<Pixel_Rule::blend, Clip_Rule::masked>}}};
+constinit const Smoothed_Kernel_Table smoothed_kernels{
+    table_over<decltype(Smoothed_Kernel_Table::polylines), smoothed_configurations>(Smoothed_Kernel_Of{})};
 
 } // namespace krb::KRB_KERNEL_SET

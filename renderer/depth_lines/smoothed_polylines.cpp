@@ -4,7 +4,9 @@
 #include <algorithm>
 
 #include "renderer/depth_lines/smoothed_kernels.h"
-#include "renderer/kernels/pixel_target.h"
+#include "renderer/kernels/call_target.h"
+#include "renderer/kernels/kernel_sets.h"
+#include "renderer/mask/mask_cache.h"
 
 namespace krb {
 
@@ -22,10 +24,9 @@ void draw_smoothed_polyline(Case c, Software_Z_Buffer& renderer, const VT_Rendit
     if (is_masked(renderer, rendition)) {
         target.mask_rows = renderer.mask_cache->newest->rows();
     }
-    const Smoothed_Kernel_Table& kernels = *renderer.kernels->smoothed;
-    Smoothed_Kernel* draw =
-        kernels(is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store, target.mask_rows ? Clip_Rule::masked : Clip_Rule::open);
-    draw(target, polyline);
+    const Smoothed_Configuration configuration{is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store,
+                                               target.mask_rows ? Clip_Rule::masked : Clip_Rule::open};
+    renderer.kernels->smoothed->polylines[configuration](target, polyline);
 }
 
 } // namespace krb

@@ -4,12 +4,13 @@
 #include <cstdint>
 #include <vector>
 
-#include "renderer/depth_lines/line_kernels.h"
-#include "renderer/depth_lines/smoothed_kernels.h"
-#include "renderer/kernels/span_kernels.h"
-#include "renderer/triangles/triangle_kernels.h"
-
 namespace krb {
+
+// Declared by the families.
+struct Line_Kernel_Table;
+struct Smoothed_Kernel_Table;
+struct Span_Kernel_Table;
+struct Triangle_Kernel_Table;
 
 struct Kernel_Set {
     const char* name;

@@ -4,8 +4,10 @@
 // A value at pixel i is start + i * step whichever way it is reached, so lanes may start anywhere.
 
 #include <bit>
+#include <concepts>
 #include <cstring>
 
+#include "renderer/core/pixel_target.h"
 #include "renderer/kernels/compiler_hints.h"
 #include "renderer/kernels/pixel_rules.h"
 
@@ -39,7 +41,7 @@ inline Int pixel_word(VT_RGB32 color) {
     return splat(static_cast<std::int32_t>(word_of_color(color)));
 }
 
-// One channel on its way to a palette index.
+// One channel of a colour that is dithered.
 struct Dithered_Channel {
     Int cell;       // of the cube
     Int complement; // 65535 less the fraction: the least threshold that steps up to the next cell
@@ -75,30 +77,6 @@ struct Dithered_Color {
         return index + red.step_up(thresholds, dither.red_stride) + green.step_up(thresholds, dither.green_stride) +
                blue.step_up(thresholds, dither.blue_stride);
     }
-};
-
-// The same colour for a whole triangle.
-template <Pixel_Format format> struct Flat_Source {
-    static constexpr bool moves = false;
-    Int pixels;
-    Int alphas;
-
-    Flat_Source(const Pixel_Target&, VT_RGB32 color) : pixels(pixel_word(color)), alphas(splat(color.alpha)) {}
-    template <class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
-    Int pixel_lanes() const { return pixels; }
-    Int alpha_lanes() const { return alphas; }
-    void skip(std::int32_t) {}
-    void advance_group(Int) {}
-};
-
-// Its way to palette indices is gone once.
-template <> struct Flat_Source<Pixel_Format::index8> : Flat_Source<Pixel_Format::rgb32> {
-    Dithered_Color dithered;
-
-    Flat_Source(const Pixel_Target& target, VT_RGB32 color)
-        : Flat_Source<Pixel_Format::rgb32>(target, color),
-          dithered(Dithered_Color::of(target, splat(color.red), splat(color.green), splat(color.blue))) {}
-    Int index_lanes(const Pixel_Target& target, Int thresholds) const { return dithered.indices(*target.dither, thresholds); }
 };
 
 // Channels that move along the span. The stored pixel is opaque.
@@ -157,20 +135,28 @@ struct By_Mode {
     static bool writes(const Pixel_Target& target) { return target.depth_written; }
 };
 
+template <class Rule>
+concept Depth_Rules = !Rule::reads || requires(const Pixel_Target& target, Int depths) {
+    { Rule::pass(target, All{}, depths, depths) } -> std::same_as<Active>;
+    { Rule::writes(target) } -> std::same_as<bool>;
+};
+
 template <Depth_Rule rule> struct Depth_Of;
 template <> struct Depth_Of<Depth_Rule::none> { using type = No_Depth; };
 template <> struct Depth_Of<Depth_Rule::less_or_equal> { using type = Less_Or_Equal; };
 template <> struct Depth_Of<Depth_Rule::by_mode> { using type = By_Mode; };
 
-// ---- pixel rules of 32-bit buffers: source pixels and stored pixels to what is written
+// ---- pixel rules: source pixels and stored pixels to what is written
 
 struct Store {
     static constexpr bool reads = false;
+    static constexpr bool merges = false;
 };
 
 // (source * a + stored * (255 - a)) / 255, truncated, for each colour byte; the pixel becomes opaque.
 struct Blend {
     static constexpr bool reads = true;
+    static constexpr bool merges = false;
     KRB_ALWAYS_INLINE static Int combine(const Pixel_Target&, Int source, Int alphas, Int stored) {
         const Int even = splat(0x00FF00FF);
         const Int weights = alphas | shift_left<16>(alphas);
@@ -191,6 +177,7 @@ private:
 // The blend of lines and dots, in 256ths: full alpha replaces the pixel exactly because it weighs 256. The pixel becomes opaque.
 struct Line_Blend {
     static constexpr bool reads = true;
+    static constexpr bool merges = false;
     KRB_ALWAYS_INLINE static Int combine(const Pixel_Target&, Int source, Int alphas, Int stored) {
         const Int even = splat(0x00FF00FF);
         const Int weight = alphas + where(equal(alphas, splat(255)), splat(1));
@@ -208,6 +195,7 @@ struct Line_Blend {
 // Merge control: an untouched pixel takes the colour, an equal one stays, two different ones give their bitwise AND.
 struct Merge {
     static constexpr bool reads = true;
+    static constexpr bool merges = true;
     KRB_ALWAYS_INLINE static Int combine(const Pixel_Target& target, Int source, Int, Int stored) {
         const Int background = splat(static_cast<std::int32_t>(target.background));
         const Active untouched = equal(stored, background);
@@ -216,6 +204,11 @@ struct Merge {
             select(equal(merged, background), splat(static_cast<std::int32_t>(target.alternate_background)), merged);
         return select(without(equal(stored, source), untouched), stored, visible);
     }
+};
+
+template <class Rule>
+concept Pixel_Rules = !Rule::reads || requires(const Pixel_Target& target, Int pixels) {
+    { Rule::combine(target, pixels, pixels, pixels) } -> std::same_as<Int>;
 };
 
 // ---- masks

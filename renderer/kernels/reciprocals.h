@@ -1,6 +1,7 @@
 // Division of 32-bit integers by a small count, for vocabularies whose attributes are vectors.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 
 namespace krb::KRB_KERNEL_SET {
@@ -11,9 +12,9 @@ struct Reciprocals {
     double of[count];
 };
 
-// A little too large on purpose: by a share of 2^-50, less what rounding takes. A product with a 32-bit integer then comes out at
-// the quotient or above it, by less than half a divisor-th, and cut off it is the quotient of integers: a whole quotient is not
-// missed, and the next one is a whole divisor-th away.
+// Larger than 1 / divisor by a factor of 1 + 2^-50, less rounding. The product with a 32-bit integer is therefore not below the
+// exact quotient and exceeds it by less than 1 / (2 * divisor). Truncated, it is the quotient of integers: exact quotients are
+// whole numbers or at least 1 / divisor below the next one.
 constexpr double reciprocal_above(std::int32_t divisor) {
     return 1.0 / divisor * (1 + 0x1p-50);
 }
@@ -28,9 +29,10 @@ constexpr Reciprocals make_reciprocals() {
 
 inline constexpr Reciprocals reciprocals = make_reciprocals();
 
-// Multiplied with an integer of 32 bits and cut off: the integer's quotient by the divisor, which is above 0. Most rows and
-// columns of small triangles are few, and a division takes longer than all else that is done for a row of them.
+// The product with a 32-bit integer, truncated, is the integer's quotient by the divisor, which is above 0. Small triangles have
+// few rows and columns, and a division takes longer than all other work for one of their rows.
 inline double reciprocal(std::int32_t divisor) {
+    assert(divisor > 0);
     return divisor < Reciprocals::count ? reciprocals.of[divisor] : reciprocal_above(divisor);
 }
 

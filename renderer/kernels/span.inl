@@ -1,8 +1,14 @@
 // Drawing a span of a row in groups of lanes: clip, depth, colour. Included once for each vocabulary of lanes, after
-// pixel_lanes.inl.
+// pixel_formats.inl.
+
+#include <cassert>
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
+
+inline bool lies_in_window(const Pixel_Target& target, std::int32_t row, std::int32_t column, std::int32_t count) {
+    return 0 <= row && row < target.height && 0 <= column && 0 < count && count <= target.width - column;
+}
 
 // What is left of a span that does not fill all lanes.
 struct Tail {
@@ -26,21 +32,23 @@ inline Tail tail_of(std::int32_t column, std::int32_t count, std::int32_t width)
 template <class Lanes> struct Is_Whole_Group { static constexpr bool value = false; };
 template <> struct Is_Whole_Group<All> { static constexpr bool value = true; };
 
-// Draws one span group by group. Rules of a family says which ones apply:
-//   Target              what the kernel was handed, a Pixel_Target
-//   Depth, Pixel        the depth rule, and how a 32-bit pixel combines
-//   format, depth, pixel, clip
-//   fetches_ahead       long spans ask for memory of a row to come, which no processor foresees
-//   hides_transparent   pixels of alpha 0 are not there at all, depth included
+// Draws one span group by group. Rules of a family are:
+//   Target              what the kernel is called with, a Pixel_Target
+//   Format, Depth, Pixel, clip: the rules of the configuration
+//   fetches_ahead       long spans fetch memory of a later row early, which no processor predicts
+//   hides_transparent   pixels of alpha 0 are not drawn, depth included
 //   row_to_come(target, row) where fetches_ahead: a row that is soon drawn as this one is
 //   pattern_bits(target, column, row) where clip is patterned: bit i tells whether the pattern draws the pixel i columns on
-template <class Rules, class Source> struct Span {
+template <class Rules, class Source>
+requires Format_Rules<typename Rules::Format> && Depth_Rules<typename Rules::Depth> && Pixel_Rules<typename Rules::Pixel>
+struct Span {
+    using Format = typename Rules::Format;
     using Depth = typename Rules::Depth;
     using Pixel = typename Rules::Pixel;
-    static constexpr std::int32_t pixel_bytes = Rules::format == Pixel_Format::rgb32 ? 4 : 1;
+    static constexpr std::int32_t pixel_bytes = Format::bytes;
     // Nothing is read and nothing moves: the span is one value in every pixel.
-    static constexpr bool is_solid = !Source::moves && !Depth::reads && Rules::pixel == Pixel_Rule::store &&
-                                     Rules::format == Pixel_Format::rgb32 && Rules::clip != Clip_Rule::patterned;
+    static constexpr bool is_solid =
+        !Source::moves && !Depth::reads && !Pixel::reads && Format::stores_words && Rules::clip != Clip_Rule::patterned;
 
     const typename Rules::Target& target;
     std::int32_t row;
@@ -50,7 +58,10 @@ template <class Rules, class Source> struct Span {
     Ramp depth;
     bool gaps; // the pixels that the pattern leaves out
 
+    // count is above 0, and the pixels lie in the window. Without masked memory the window is at least lane_count pixels wide.
     void draw(std::int32_t column, std::int32_t count) {
+        assert(lies_in_window(target, row, column, count));
+        assert(masked_memory || lane_count <= target.width);
         if constexpr (Rules::clip == Clip_Rule::open) {
             draw_open(column, count);
         } else if constexpr (Rules::clip == Clip_Rule::masked) {
@@ -64,6 +75,7 @@ template <class Rules, class Source> struct Span {
 
     // One pixel; for vocabularies of one lane.
     void draw_single(std::int32_t column) {
+        assert(lies_in_window(target, row, column, 1));
         if (Rules::clip == Clip_Rule::open || (mask_bits(target.mask_rows[row], column) & 1) != 0) {
             draw_drawable(column, All{});
         }
@@ -98,6 +110,7 @@ private:
     // Stretches inside the region are drawn as open ones, stretches outside skipped; only groups at its edge are looked at pixel
     // by pixel.
     void draw_masked(std::int32_t column, std::int32_t count) {
+        assert(target.mask_rows);
         const std::uint8_t* mask_row = target.mask_rows[row];
         if (count < lane_count) {
             draw_selected_group(column, count, mask_bits(mask_row, column));
@@ -247,36 +260,7 @@ private:
     }
 
     template <class Lanes> void write(std::int32_t column, Lanes lanes) {
-        std::uint8_t* at = color_row + std::int64_t{pixel_bytes} * column;
-        if constexpr (Rules::format == Pixel_Format::rgb32) {
-            const Int pixels = source.pixel_lanes();
-            if constexpr (Pixel::reads) {
-                store_pixels(at, Pixel::combine(target, pixels, source.alpha_lanes(), load_pixels(at, lanes)), lanes);
-            } else {
-                store_pixels(at, pixels, lanes);
-            }
-        } else {
-            const Int thresholds =
-                load_ints(target.dither->thresholds[(row + target.dither_row) & 7] + (reinterpret_cast<std::uintptr_t>(at) & 7));
-            if constexpr (Rules::pixel == Pixel_Rule::blend) {
-                const Int stored = gather(target.palette, load_indices(at, lanes));
-                const Int pixels = Blend::combine(target, source.pixel_lanes(), source.alpha_lanes(), stored);
-                store_indices(at, Dithered_Color::of_pixels(target, pixels).indices(*target.dither, thresholds), lanes);
-            } else if constexpr (Rules::pixel == Pixel_Rule::merge) {
-                merge_indices(at, source.index_lanes(target, thresholds), lanes & first_lanes(lane_count));
-            } else {
-                store_indices(at, source.index_lanes(target, thresholds), lanes);
-            }
-        }
-    }
-
-    // Index by index: the outcome is a search in the palette.
-    void merge_indices(std::uint8_t* at, Int indices, Active lanes) {
-        for (std::int32_t i = 0; i < lane_count; ++i) {
-            if (has_lane(lanes, i)) {
-                at[i] = target.merged_index8(target.renderer, at[i], static_cast<std::uint8_t>(lane_of(indices, i)));
-            }
-        }
+        Format::template write<Pixel>(target, row, color_row + std::int64_t{pixel_bytes} * column, source, lanes);
     }
 };
 

@@ -4,6 +4,9 @@
 #include <cstdint>
 
 #include "host/color.h"
+#include "renderer/core/cases.h"
+#include "renderer/core/pixel_target.h"
+#include "renderer/kernels/configurations.h"
 #include "renderer/kernels/pixel_rules.h"
 
 namespace krb {
@@ -25,21 +28,32 @@ using Fill_Kernel = void(const Pixel_Target& target, const Mirrored_Rows& shape,
 // source: as many pixels of the buffer's format as the span has.
 using Copy_Kernel = void(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* source);
 
-struct Span_Kernels {
-    // 32-bit pixels in one colour, stored as it is or blended as lines blend.
-    Fill_Kernel* store;
-    Fill_Kernel* blend;
-    Copy_Kernel* copy_index8;
-    Copy_Kernel* copy_rgb32;
-    // (source * a + stored * (255 - a)) / 255 by each source pixel's alpha; the pixel becomes opaque. Alpha 0 leaves all four
-    // bytes.
-    Copy_Kernel* blend_rgb32;
+struct Span_Configuration {
+    Pixel_Format format;
+    Depth_Rule depth;
+    Pixel_Rule pixel;
+    Clip_Rule clip;
+
+    static constexpr int packed_bits = 8;
+    constexpr std::uint32_t packed() const noexcept { return krb::packed(format, depth, pixel, clip); }
 };
 
+// One colour, stored as it is or blended as lines blend.
+inline constexpr auto fill_configurations =
+    every<Span_Configuration>(Choice{Pixel_Format::rgb32}, Choice{Depth_Rule::none}, Choice{Pixel_Rule::store, Pixel_Rule::blend},
+                              Choice{Clip_Rule::open, Clip_Rule::masked});
+
+// Source pixels, stored as they are or blended by their alpha: (source * a + stored * (255 - a)) / 255, and the pixel becomes
+// opaque. Alpha 0 leaves all four bytes.
+inline constexpr auto copy_configurations =
+    join(every<Span_Configuration>(Choice{Pixel_Format::index8}, Choice{Depth_Rule::none}, Choice{Pixel_Rule::store},
+                                   Choice{Clip_Rule::open, Clip_Rule::masked}),
+         every<Span_Configuration>(Choice{Pixel_Format::rgb32}, Choice{Depth_Rule::none},
+                                   Choice{Pixel_Rule::store, Pixel_Rule::blend}, Choice{Clip_Rule::open, Clip_Rule::masked}));
+
 struct Span_Kernel_Table {
-    Span_Kernels open;
-    // The pixels whose mask bits are clear.
-    Span_Kernels masked;
+    Kernel_Table<Fill_Kernel, fill_configurations> fill;
+    Kernel_Table<Copy_Kernel, copy_configurations> copy;
 };
 
 } // namespace krb

@@ -56,10 +56,8 @@ void draw_visible(Software_Z_Buffer& renderer, const VT_Rendition& rendition, st
     if (outcodes[count - 1] == 0 && outcodes[count - 2] != 0) {
         dot();
     }
-    // Palette indices are dithered additively, and 32-bit pixels with depth follow the test mode.
-    const Line_Call call(c, renderer,
-                         {rules.shading, rules.pixel, is_index8(c) ? Line_Dither::additive : Line_Dither::ordered,
-                          rules.consults_mask && is_masked(renderer, rendition), true});
+    const Line_Call<Cut_Segment> call(c, renderer,
+                                      {rules.shading, rules.pixel, rules.consults_mask && is_masked(renderer, rendition), true});
     const auto cut = [&](std::int32_t k) {
         Cut_Segment segment{};
         segment.from = points[k];
@@ -113,7 +111,7 @@ void draw_2di_polyline(VT_Renderer_Data& data, const VT_Rendition& rendition, st
     if (!renderer.color_buffer || count < 2) {
         return;
     }
-    if (!is_index8(c) && !is_alpha(c) && is_cased(rendition.line)) {
+    if (facts_of(c).stores_words && !is_alpha(c) && is_cased(rendition.line)) {
         draw_in_two_passes(rendition, [&](const VT_Rendition& pass) { draw_2di_polyline<c>(data, pass, count, points); });
         return;
     }
@@ -169,8 +167,8 @@ void draw_2di_colorized_polyline(VT_Renderer_Data& data, const VT_Rendition& ren
         colors = &rendition.line.color;
         single_color = true;
     }
-    // Cut segments with depth deliberately draw through the mask, as all 8-bit ones do.
-    const bool consults_mask = !is_index8(c) && !has_depth(c);
+    // Cut segments with depth deliberately draw through the mask, as all dithered ones do.
+    const bool consults_mask = facts_of(c).stores_words && !has_depth(c);
     draw_visible<c>(
         renderer, rendition, count, points, {Line_Shading::flat, store_or_blend(c), consults_mask},
         [&](std::int32_t k, std::int32_t length, const VT_DCI_Point* stretch) {
@@ -196,11 +194,12 @@ void draw_2di_gouraud_polyline(VT_Renderer_Data& data, const VT_Rendition& rendi
         return;
     }
     // Additive dithering takes channels in units of the colour cube's cells.
+    constexpr bool dithers = !facts_of(c).stores_words;
     const auto scaled = [&](std::uint8_t value, std::int32_t multiplier) {
-        return is_index8(c) ? static_cast<std::int32_t>(std::uint32_t{value} * static_cast<std::uint32_t>(multiplier)) : value;
+        return dithers ? static_cast<std::int32_t>(std::uint32_t{value} * static_cast<std::uint32_t>(multiplier)) : value;
     };
     draw_visible<c>(
-        renderer, rendition, count, points, {Line_Shading::gouraud, store_or_blend(c), !is_index8(c)},
+        renderer, rendition, count, points, {Line_Shading::gouraud, store_or_blend(c), !dithers},
         [&](std::int32_t k, std::int32_t length, const VT_DCI_Point* stretch) {
             draw_dci_gouraud_polyline<c>(data, rendition, length, stretch, colors + k);
         },

@@ -1,40 +1,27 @@
-// The cache of complex-clip masks.
+// The mask of a rendition's complex clip, from the renderer's cache.
 #pragma once
 
-#include <cstdint>
-
-#include "host/frame_buffer.h"
-#include "host/object.h"
 #include "host/rendition.h"
+#include "renderer/core/mask_cache_data.h"
+#include "renderer/core/software_z_buffer.h"
 
 namespace krb {
-
-class Software_Z_Buffer;
-
-// The most recently used masks in a list from newest to oldest, shared between the renderers of an application. A clone shares
-// the list and does not own it.
-class Mask_Cache_Data final : public VT_Counted {
-public:
-    Mask_Cache_Data() = default;
-    Mask_Cache_Data(const Mask_Cache_Data&) = default;
-    Mask_Cache_Data& operator=(const Mask_Cache_Data&) = delete;
-    ~Mask_Cache_Data() override;
-    VT_Counted* clone() const override;
-
-    Frame_Buffer_Mask* newest = nullptr;
-    Frame_Buffer_Mask* oldest = nullptr;
-    std::int32_t count = 0;
-    std::int32_t capacity = 4;
-
-private:
-    bool owns_list_ = true;
-};
-
-// Deletes every mask.
-void empty_mask_cache(Mask_Cache_Data& cache) noexcept;
 
 // Brings the mask of the rendition's complex clip to the head of the renderer's cache, rasterizing it only when it is not there.
 // The fifth region takes the place of the one unused for longest. False when there is no clip or no cache.
 bool find_mask(Software_Z_Buffer& renderer, const VT_Rendition& rendition);
+
+// find_mask for the many calls that have no clip region, or the same as the call before.
+inline bool is_masked(Software_Z_Buffer& renderer, const VT_Rendition& rendition) {
+    const VT_Clip_Attributes& clip = rendition.clip;
+    if (!clip.complex_clip || !renderer.mask_cache) {
+        return false;
+    }
+    const Frame_Buffer_Mask* newest = renderer.mask_cache->newest;
+    const bool is_shifted = clip.window_offset.x < 0 || clip.window_offset.y < 0;
+    return (newest && !is_shifted && newest->key() == clip.complex_clip->serial() &&
+            newest->is_for(renderer.window_size, renderer.window_origin)) ||
+           find_mask(renderer, rendition);
+}
 
 } // namespace krb

@@ -4,7 +4,8 @@
 #include <cstring>
 
 #include "renderer/core/pixel_combine.h"
-#include "renderer/kernels/single_pixels.h"
+#include "renderer/mask/mask_cache.h"
+#include "renderer/primitives/single_pixels.h"
 
 namespace krb {
 
@@ -56,7 +57,7 @@ void draw_dci_dot(VT_Renderer_Data& data, const VT_Rendition& rendition, const V
             return;
         }
     }
-    if constexpr (is_index8(c)) {
+    if constexpr (format_of(c) == Pixel_Format::index8) {
         write_index8(renderer, rendition, renderer.color_buffer->rows[row] + column, row, color);
     } else {
         write_rgb32<c>(renderer, rendition, renderer.color_buffer->rows[row] + std::int64_t{4} * column,

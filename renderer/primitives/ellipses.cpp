@@ -12,8 +12,10 @@
 #include "renderer/core/scratch.h"
 #include "renderer/depth_lines/line_target.h"
 #include "renderer/depth_lines/polylines_dci.h"
+#include "renderer/kernels/call_target.h"
 #include "renderer/kernels/compiler_hints.h"
-#include "renderer/kernels/pixel_target.h"
+#include "renderer/kernels/kernel_sets.h"
+#include "renderer/kernels/span_kernels.h"
 #include "renderer/mask/mask_cache.h"
 
 namespace krb {
@@ -201,9 +203,10 @@ void draw_filled(const Software_Z_Buffer& renderer, const Ellipse& ellipse, cons
     walk(ellipse.radii, extents);
     Pixel_Target target = pixel_target_of(Case::rgb32, renderer, {});
     target.mask_rows = mask ? mask->rows() : nullptr;
-    const Span_Kernels& kernels = mask ? renderer.kernels->spans->masked : renderer.kernels->spans->open;
-    Fill_Kernel* fill = ellipse.color.alpha == 255 ? kernels.store : kernels.blend;
-    fill(target, {ellipse.x, ellipse.y, ellipse.radii.y, extents.data()}, ellipse.color);
+    const Span_Configuration configuration{format_of(Case::rgb32), Depth_Rule::none,
+                                           ellipse.color.alpha == 255 ? Pixel_Rule::store : Pixel_Rule::blend,
+                                           mask ? Clip_Rule::masked : Clip_Rule::open};
+    renderer.kernels->spans->fill[configuration](target, {ellipse.x, ellipse.y, ellipse.radii.y, extents.data()}, ellipse.color);
 }
 
 constexpr float quarter_turn = 1.5707964F, half_turn = 3.1415927F, three_quarter_turn = 4.712389F, full_turn = 6.2831855F;
@@ -235,7 +238,7 @@ void draw(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Po
     const bool smoothed = form == Form::outline && (rendition.line.flags & vorna::line_flag::smoothed) != 0;
     if (given.x < 0 || given.y < 0 || !whole || !drawn_by_renderer(rendition.line) || smoothed ||
         (given.x != given.y && !turns_axes_into_axes(turn)) ||
-        (renderer.color_buffer && !renderer.holds_pixels_of(Case::rgb32))) {
+        (renderer.color_buffer && !holds_pixels_of(Case::rgb32, renderer))) {
         constexpr auto* standard = form == Form::filled ? VD_Standard_Draw_DCI_Ellipse : VD_Standard_Draw_DCI_Elliptical_Arc;
         standard(data, rendition, &center, &given, start, end, rotation, given_color);
         return;

@@ -6,7 +6,10 @@
 #include <vector>
 
 #include "renderer/core/fixed_point.h"
-#include "renderer/kernels/pixel_target.h"
+#include "renderer/kernels/call_target.h"
+#include "renderer/kernels/kernel_sets.h"
+#include "renderer/kernels/span_kernels.h"
+#include "renderer/mask/mask_cache.h"
 #include "renderer/mask/mask_cursor.h"
 
 namespace krb {
@@ -31,14 +34,16 @@ void blend_pixel(std::uint8_t* to, const std::uint8_t* source) {
 template <Case c> class Image_Copy {
 public:
     Image_Copy(Software_Z_Buffer& renderer, const VT_Rendition& rendition, const VT_DCI_Point& start, const VT_DCI_Point& end)
-        : renderer_(renderer), blends_(!is_index8(c) && (rendition.drawing_flags & vorna::drawing_flag::translucent) != 0),
+        : renderer_(renderer),
+          blends_(facts_of(c).has_alpha && (rendition.drawing_flags & vorna::drawing_flag::translucent) != 0),
           tests_depth_(has_depth(c) && renderer.draws_with_depth(rendition)),
           mask_(is_masked(renderer, rendition) ? renderer.mask_cache->newest : nullptr),
           column_(start.x - renderer.window_origin.x), target_(pixel_target_of(without_depth(c), renderer, {})) {
         depth_.setup_15(start.z, end.z, wrapping_subtract(end.x, start.x));
         target_.mask_rows = mask_ ? mask_->rows() : nullptr;
-        const Span_Kernels& kernels = mask_ ? renderer.kernels->spans->masked : renderer.kernels->spans->open;
-        copy_ = is_index8(c) ? kernels.copy_index8 : blends_ ? kernels.blend_rgb32 : kernels.copy_rgb32;
+        copy_ = renderer.kernels->spans
+                    ->copy[Span_Configuration{format_of(c), Depth_Rule::none, blends_ ? Pixel_Rule::blend : Pixel_Rule::store,
+                                              mask_ ? Clip_Rule::masked : Clip_Rule::open}];
     }
 
     void copy_row(std::int32_t row, std::int32_t count, const std::uint8_t* source) {
@@ -50,7 +55,7 @@ public:
     }
 
 private:
-    static constexpr std::int64_t pixel_bytes = is_index8(c) ? 1 : 4;
+    static constexpr std::int64_t pixel_bytes = facts_of(c).pixel_bytes;
 
     // The depth moves on from pixel to pixel and, deliberately, from the end of a row to the start of the next.
     void copy_with_depth(std::int32_t row, std::int32_t count, const std::uint8_t* source) {
@@ -102,7 +107,7 @@ void copy_image(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_
     // Without a source every row is zeros.
     std::vector<std::uint8_t> zeros;
     if (!source) {
-        zeros.resize(static_cast<std::size_t>(count) * (is_index8(c) ? 1 : 4));
+        zeros.resize(static_cast<std::size_t>(count * facts_of(c).pixel_bytes));
         source = zeros.data();
         stride = 0;
     }

@@ -4,7 +4,9 @@
 #include <cstring>
 
 #include "renderer/core/pixel_combine.h"
-#include "renderer/kernels/single_pixels.h"
+#include "renderer/kernels/call_target.h"
+#include "renderer/mask/mask_cache.h"
+#include "renderer/primitives/single_pixels.h"
 
 namespace krb {
 
@@ -14,7 +16,7 @@ namespace {
 template <Case c, class Write>
 void for_each_pixel(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
                     Write write) {
-    constexpr std::int64_t pixel_bytes = is_index8(c) ? 1 : 4;
+    constexpr std::int64_t pixel_bytes = facts_of(c).pixel_bytes;
     const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
     const bool masked = !has_depth(c) && count > 0 && find_mask(renderer, rendition);
     for (std::int32_t i = 0; i < count; ++i) {
@@ -56,7 +58,7 @@ template <Case c>
 void draw_2di_polymarker(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points) {
     const VT_Marker_Attributes& marker = rendition.marker;
     Software_Z_Buffer& renderer = renderer_of(data);
-    if (marker.symbol != 0 || (renderer.color_buffer && !renderer.holds_pixels_of(c))) {
+    if (marker.symbol != 0 || (renderer.color_buffer && !holds_pixels_of(c, renderer))) {
         VD_Standard_Draw_2DI_Polymarker(data, rendition, count, points);
         return;
     }
@@ -77,7 +79,7 @@ void draw_2di_polymarker(VT_Renderer_Data& data, const VT_Rendition& rendition, 
     }
     const bool merges = !has_depth(c) && renderer.merges(marker.mode);
     for_each_pixel<c>(renderer, rendition, count, points, [&](std::uint8_t* pixel, std::int32_t) {
-        if constexpr (is_index8(c)) {
+        if constexpr (format_of(c) == Pixel_Format::index8) {
             *pixel = merges ? merged_index8(renderer, *pixel, marker.index) : marker.index;
         } else if constexpr (is_alpha(c)) {
             blend_or_merge(renderer, merges, pixel, marker.color);
@@ -93,7 +95,7 @@ void draw_2di_colorized_polymarker(VT_Renderer_Data& data, const VT_Rendition& r
                                    const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color) {
     const VT_Marker_Attributes& marker = rendition.marker;
     Software_Z_Buffer& renderer = renderer_of(data);
-    if (marker.symbol != 0 || marker.size > 1 || (renderer.color_buffer && !renderer.holds_pixels_of(Case::rgb32_alpha))) {
+    if (marker.symbol != 0 || marker.size > 1 || (renderer.color_buffer && !holds_pixels_of(Case::rgb32_alpha, renderer))) {
         VD_Standard_Draw_2DI_Colorized_Polymarker(data, rendition, count, points, colors, single_color);
         return;
     }

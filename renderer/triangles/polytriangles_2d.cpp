@@ -6,6 +6,7 @@
 
 #include "host/clip.h"
 #include "host/triangle_clipper.h"
+#include "renderer/kernels/call_target.h"
 #include "renderer/triangles/polytriangles.h"
 #include "renderer/triangles/strip_walk.h"
 #include "renderer/triangles/texture_coordinates.h"
@@ -158,7 +159,7 @@ void draw_2di_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& 
                                     std::int32_t parameter_width, const float* weights, const VT_Vector* normals) {
     Software_Z_Buffer& renderer = renderer_of(data);
     const VT_Shared_Image* texture = drawable_texture(rendition.face);
-    if (has_standard_pattern(rendition) || !texture || (renderer.color_buffer && !renderer.holds_pixels_of(c))) {
+    if (has_standard_pattern(rendition) || !texture || (renderer.color_buffer && !holds_pixels_of(c, renderer))) {
         VD_Standard_Draw_2DI_Textured_Polytriangle(data, rendition, count, points, colors, parameters, parameter_width, weights,
                                                    normals);
         return;

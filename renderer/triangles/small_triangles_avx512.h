@@ -341,7 +341,7 @@ struct Quads {
 };
 
 constexpr bool has_small_triangles(Triangle_Configuration c) {
-    return c.shading != Shading::textured && c.format == Pixel_Format::rgb32 && c.pixel == Pixel_Rule::store &&
+    return c.shading != Shading::textured && facts_of(c.format).stores_words && c.pixel == Pixel_Rule::store &&
            c.depth != Depth_Rule::by_mode && c.clip != Clip_Rule::patterned;
 }
 

@@ -1,4 +1,5 @@
 // Members of the textured device polytriangle slots.
+#include "renderer/kernels/call_target.h"
 #include "renderer/triangles/polytriangles.h"
 #include "renderer/triangles/texture_coordinates.h"
 #include "renderer/triangles/triangle_target.h"
@@ -80,7 +81,7 @@ void draw_dci_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& 
         return;
     }
     const VT_Shared_Image* texture = drawable_texture(rendition.face);
-    if (!drawn_by_renderer(rendition.face) || !texture || !renderer.holds_pixels_of(c)) {
+    if (!drawn_by_renderer(rendition.face) || !texture || !holds_pixels_of(c, renderer)) {
         VD_Standard_Draw_DCI_Textured_Polytriangle(data, rendition, count, points, colors, parameters, parameter_width, weights,
                                                    normals);
         return;
@@ -97,7 +98,7 @@ void draw_dc_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
         return;
     }
     const VT_Shared_Image* texture = drawable_texture(rendition.face);
-    if (!drawn_by_renderer(rendition.face) || !texture || !renderer.holds_pixels_of(c)) {
+    if (!drawn_by_renderer(rendition.face) || !texture || !holds_pixels_of(c, renderer)) {
         VD_Standard_Draw_DC_Textured_Polytriangle(data, rendition, count, points, colors, parameters, parameter_width, weights,
                                                   normals);
         return;

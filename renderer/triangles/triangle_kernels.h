@@ -5,6 +5,9 @@
 
 #include "host/color.h"
 #include "host/geometry.h"
+#include "renderer/core/cases.h"
+#include "renderer/core/pixel_target.h"
+#include "renderer/kernels/configurations.h"
 #include "renderer/kernels/pixel_rules.h"
 
 namespace krb {
@@ -19,32 +22,34 @@ struct Triangle_Configuration {
     Pixel_Rule pixel;
     Clip_Rule clip;
 
-    // Combinations that exist. Merging belongs to flat triangles without depth. Textures blend, or as palette indices store what
-    // is not transparent; palette indices blend nowhere else and know one depth rule only.
-    constexpr bool valid() const noexcept {
-        if (pixel == Pixel_Rule::merge && (shading != Shading::flat || depth != Depth_Rule::none)) {
-            return false;
-        }
-        if (shading == Shading::textured && pixel == Pixel_Rule::store && format == Pixel_Format::rgb32) {
-            return false;
-        }
-        return format == Pixel_Format::rgb32 ||
-               (depth != Depth_Rule::by_mode && (pixel != Pixel_Rule::blend || shading == Shading::textured));
-    }
-    constexpr int position() const noexcept {
-        return (((static_cast<int>(shading) * 2 + static_cast<int>(format)) * 3 + static_cast<int>(depth)) * 3 +
-                static_cast<int>(pixel)) *
-                   3 +
-               static_cast<int>(clip);
-    }
-    static constexpr Triangle_Configuration at(int position) noexcept {
-        return {static_cast<Shading>(position / 54), static_cast<Pixel_Format>(position / 27 % 2),
-                static_cast<Depth_Rule>(position / 9 % 3), static_cast<Pixel_Rule>(position / 3 % 3),
-                static_cast<Clip_Rule>(position % 3)};
-    }
+    static constexpr int packed_bits = 10;
+    constexpr std::uint32_t packed() const noexcept { return krb::packed(shading, format, depth, pixel, clip); }
 };
 
-inline constexpr int triangle_configuration_count = 162;
+// Merging belongs to flat triangles without depth. Textures blend, or as palette indices store what is not transparent; palette
+// indices blend nowhere else and know the depth rule less_or_equal only.
+inline constexpr auto triangle_configurations = [] {
+    using Configuration = Triangle_Configuration;
+    constexpr Choice flat{Shading::flat};
+    constexpr Choice flat_or_gouraud{Shading::flat, Shading::gouraud};
+    constexpr Choice textured{Shading::textured};
+    constexpr Choice index8{Pixel_Format::index8};
+    constexpr Choice rgb32{Pixel_Format::rgb32};
+    constexpr Choice no_depth{Depth_Rule::none};
+    constexpr Choice none_or_fixed{Depth_Rule::none, Depth_Rule::less_or_equal};
+    constexpr Choice any_depth{Depth_Rule::none, Depth_Rule::less_or_equal, Depth_Rule::by_mode};
+    constexpr Choice store{Pixel_Rule::store};
+    constexpr Choice blend{Pixel_Rule::blend};
+    constexpr Choice merge{Pixel_Rule::merge};
+    constexpr Choice store_or_blend{Pixel_Rule::store, Pixel_Rule::blend};
+    constexpr Choice any_clip{Clip_Rule::open, Clip_Rule::masked, Clip_Rule::patterned};
+    return join(every<Configuration>(flat_or_gouraud, index8, none_or_fixed, store, any_clip),
+                every<Configuration>(flat, index8, no_depth, merge, any_clip),
+                every<Configuration>(textured, index8, none_or_fixed, store_or_blend, any_clip),
+                every<Configuration>(flat_or_gouraud, rgb32, any_depth, store_or_blend, any_clip),
+                every<Configuration>(flat, rgb32, no_depth, merge, any_clip),
+                every<Configuration>(textured, rgb32, any_depth, blend, any_clip));
+}();
 
 // A pattern's cells, anchored to the buffer.
 struct Face_Pattern {
@@ -104,13 +109,8 @@ struct Triangle_Strip {
     }
 };
 
-// By position of the configuration; combinations that do not exist are null.
 struct Triangle_Kernel_Table {
-    Strip_Kernel* kernel[triangle_configuration_count];
-
-    constexpr Strip_Kernel* operator[](Triangle_Configuration configuration) const noexcept {
-        return kernel[configuration.position()];
-    }
+    Kernel_Table<Strip_Kernel, triangle_configurations> strips;
 };
 
 } // namespace krb

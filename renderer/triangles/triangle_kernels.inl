@@ -5,7 +5,9 @@
 // pixel once. Values along edges are interpolated in fixed point from row to row, values along a span from the two edges' integer
 // parts.
 
-#include "renderer/kernels/pixel_lanes.inl"
+#include <cassert>
+
+#include "renderer/kernels/pixel_formats.inl"
 #include "renderer/kernels/span.inl"
 #include "renderer/triangles/small_triangles.h"
 #include "renderer/triangles/triangle_kernels.h"
@@ -96,10 +98,9 @@ template <> struct Pixel_Of<Pixel_Rule::merge> { using type = Merge; };
 
 template <Triangle_Configuration c> struct Triangle_Rules {
     using Target = Triangle_Target;
+    using Format = Format_Type<c.format>;
     using Depth = typename Depth_Of<c.depth>::type;
     using Pixel = typename Pixel_Of<c.pixel>::type;
-    static constexpr Pixel_Format format = c.format;
-    static constexpr Pixel_Rule pixel = c.pixel;
     static constexpr Clip_Rule clip = c.clip;
     static constexpr bool fetches_ahead = true;
     static constexpr bool hides_transparent =
@@ -127,7 +128,9 @@ struct Division {
     std::int32_t dropped_bits;
     std::int32_t divisor;
 
+    // count is above 0.
     static Division by(std::int32_t count) {
+        assert(count > 0);
         const std::int32_t small = count <= 8 ? count : 0;
         return {dropped[small], small ? divisors[small] : count};
     }
@@ -265,14 +268,16 @@ struct Texture_Span_Values {
 };
 
 template <Triangle_Configuration c, int size> struct Filler {
+    using Flat = typename Format_Type<c.format>::Flat;
+
     const Triangle_Target& target;
-    Flat_Source<c.format> flat;     // of flat triangles
-    Flat_Source<c.format> contrast; // of a pattern's gaps
+    Flat flat;     // of flat triangles
+    Flat contrast; // of a pattern's gaps
 
     Filler(const Triangle_Target& where, VT_RGB32 color)
         : target(where), flat(where, color), contrast(where, c.clip == Clip_Rule::patterned ? where.pattern->contrast : color) {}
 
-    void set_color(VT_RGB32 color) { flat = Flat_Source<c.format>(target, color); }
+    void set_color(VT_RGB32 color) { flat = Flat(target, color); }
 
     void fill(std::int32_t row, std::int32_t column, std::int32_t count, Attributes<size> left, Attributes<size> right) {
         std::int32_t skipped = 0;
@@ -328,7 +333,7 @@ private:
     }
 };
 
-// ---- strips
+// ---- vertices
 
 // Origins of scissored targets may have wrapped.
 inline std::int32_t relative(std::int32_t coordinate, std::int32_t origin) {
@@ -342,6 +347,35 @@ inline Vertex<4> vertex_of(const Triangle_Target& target, const VT_DCI_Point& po
 inline Vertex<8> vertex_of(const Triangle_Target& target, const VT_DCI_Point& point, VT_RGB32 color) {
     return {relative(point.y, target.origin_y), attributes_of(relative(point.x, target.origin_x), point.z, word_of_color(color))};
 }
+
+// ---- preconditions of the strip kernels
+
+// Points may lie on the far edges of the window's last pixels.
+inline bool lies_in_window(const Triangle_Target& target, const Triangle_Strip& strip) {
+    for (std::int32_t i = 0; i < strip.count; ++i) {
+        const std::int32_t x = relative(strip.points[i].x, target.origin_x);
+        const std::int32_t y = relative(strip.points[i].y, target.origin_y);
+        if (x < 0 || x > target.width || y < 0 || y > target.height) {
+            return false;
+        }
+    }
+    return true;
+}
+
+inline bool has_limits_in_window(const Triangle_Target& target) {
+    return 0 <= target.first_column && target.first_column <= target.end_column && target.end_column <= target.width &&
+           0 <= target.first_row && target.first_row <= target.end_row && target.end_row <= target.height;
+}
+
+template <Triangle_Configuration c> bool can_be_drawn(const Triangle_Target& target, const Triangle_Strip& strip) {
+    return strip.count >= 3 && strip.points && strip.colors &&
+           (target.scissored ? has_limits_in_window(target) : lies_in_window(target, strip)) && target.color_rows &&
+           (c.depth == Depth_Rule::none || target.depth_rows) && (facts_of(c.format).stores_words || target.dither) &&
+           (c.clip != Clip_Rule::masked || target.mask_rows) && (c.clip != Clip_Rule::patterned || target.pattern) &&
+           (c.shading != Shading::textured || (target.texels && strip.coordinates));
+}
+
+// ---- strips
 
 // Draws runs of small triangles at once where the set can, and hands the others on as parts of the strip, in the strip's order.
 template <Triangle_Configuration c, class Draw>
@@ -377,6 +411,7 @@ template <Triangle_Configuration c> void draw_flat_triangles(const Triangle_Targ
 }
 
 template <Triangle_Configuration c> void draw_flat_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
+    assert(can_be_drawn<c>(target, strip));
     draw_in_runs<c>(target, strip, draw_flat_triangles<c>);
     leave_lanes();
 }
@@ -411,6 +446,7 @@ template <Triangle_Configuration c> void draw_gouraud_triangles(const Triangle_T
 }
 
 template <Triangle_Configuration c> void draw_gouraud_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
+    assert(can_be_drawn<c>(target, strip) && strip.near_flat);
     constexpr Triangle_Configuration flat{Shading::flat, c.format, c.depth, c.pixel, c.clip};
     if (strip.near_flat == &draw_flat_strip<flat>) {
         draw_in_runs<c>(target, strip, draw_gouraud_triangles<c>);
@@ -421,6 +457,7 @@ template <Triangle_Configuration c> void draw_gouraud_strip(const Triangle_Targe
 }
 
 template <Triangle_Configuration c> void draw_textured_strip(const Triangle_Target& target, const Triangle_Strip& strip) {
+    assert(can_be_drawn<c>(target, strip));
     Filler<c, 8> filler(target, strip.colors[0]);
     const auto vertex = [&](std::int32_t k) {
         const VT_DCI_Point& point = strip.points[k];
@@ -438,36 +475,22 @@ template <Triangle_Configuration c> void draw_textured_strip(const Triangle_Targ
     leave_lanes();
 }
 
-template <int position> constexpr Strip_Kernel* kernel_at() {
-    constexpr Triangle_Configuration c = Triangle_Configuration::at(position);
-    if constexpr (!c.valid()) {
-        return nullptr;
-    } else if constexpr (is_flat(c)) {
-        return &draw_flat_strip<c>;
-    } else if constexpr (c.shading == Shading::gouraud) {
-        return &draw_gouraud_strip<c>;
-    } else {
-        return &draw_textured_strip<c>;
+struct Strip_Kernel_Of {
+    template <Triangle_Configuration c> constexpr Strip_Kernel* operator()() const {
+        if constexpr (is_flat(c)) {
+            return &draw_flat_strip<c>;
+        } else if constexpr (c.shading == Shading::gouraud) {
+            return &draw_gouraud_strip<c>;
+        } else {
+            return &draw_textured_strip<c>;
+        }
     }
-}
-
-template <int... positions> struct Positions {};
-
-template <int... positions> constexpr Triangle_Kernel_Table table_of(Positions<positions...>) {
-    return {{kernel_at<positions>()...}};
-}
-
-template <int count, int... positions> constexpr auto first_positions() {
-    if constexpr (count == 0) {
-        return Positions<positions...>{};
-    } else {
-        return first_positions<count - 1, count - 1, positions...>();
-    }
-}
+};
 
 } // namespace
 
 extern const Triangle_Kernel_Table triangle_kernels;
-constinit const Triangle_Kernel_Table triangle_kernels = table_of(first_positions<triangle_configuration_count>());
+constinit const Triangle_Kernel_Table triangle_kernels{
+    table_over<decltype(Triangle_Kernel_Table::strips), triangle_configurations>(Strip_Kernel_Of{})};
 
 } // namespace krb::KRB_KERNEL_SET

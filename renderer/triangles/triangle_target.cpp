@@ -6,7 +6,9 @@
 #include "host/clip.h"
 #include "host/triangle_clipper.h"
 #include "renderer/core/fixed_point.h"
-#include "renderer/kernels/pixel_target.h"
+#include "renderer/kernels/call_target.h"
+#include "renderer/kernels/kernel_sets.h"
+#include "renderer/mask/mask_cache.h"
 #include "renderer/triangles/strip_walk.h"
 
 namespace krb {
@@ -46,9 +48,10 @@ bool is_solid(const VT_Face_Attributes& face) noexcept {
     return face.pattern == vorna::face_pattern::solid && !(face.flags & vorna::face_flag::inverted_pattern);
 }
 
-// Only 32-bit members look at the write flag; the test mode belongs to the opaque ones, and to all textured ones.
+// Where the format follows depth modes, members follow the write flag; the test mode belongs to the opaque ones, and to all
+// textured ones.
 Depth_Rules depth_rules_of(Case c, Shading shading) noexcept {
-    return {c == Case::depth_rgb32 || (c == Case::depth_rgb32_alpha && shading == Shading::textured), !is_index8(c)};
+    return {c == Case::depth_rgb32 || (c == Case::depth_rgb32_alpha && shading == Shading::textured), true};
 }
 
 // Columns and rows of the window, or of the hard clip where that counts for device strips too.
@@ -178,8 +181,7 @@ Triangle_Call::Triangle_Call(Case c, Software_Z_Buffer& renderer, const VT_Rendi
         pattern_ = pattern_of(rendition.face);
         target.pattern = &pattern_;
     }
-    configuration_ = {shading, is_index8(c) ? Pixel_Format::index8 : Pixel_Format::rgb32,
-                      depth_rule_of(c, renderer, depth_rules_of(c, shading)), pixel, clip};
+    configuration_ = {shading, format_of(c), depth_rule_of(c, renderer, depth_rules_of(c, shading)), pixel, clip};
     kernel_ = kernel(shading, pixel);
 }
 
@@ -187,7 +189,7 @@ Strip_Kernel* Triangle_Call::kernel(Shading shading, Pixel_Rule pixel) const noe
     Triangle_Configuration configuration = configuration_;
     configuration.shading = shading;
     configuration.pixel = pixel;
-    return (*kernels_->triangles)[configuration];
+    return kernels_->triangles->strips[configuration];
 }
 
 void Triangle_Call::draw_any(const Triangle_Strip& strip) const {

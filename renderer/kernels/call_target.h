@@ -1,13 +1,21 @@
-// What every family's members gather for their kernels.
+// What the members of every family ask of the renderer and gather for their kernels.
 #pragma once
 
 #include "renderer/core/cases.h"
 #include "renderer/core/software_z_buffer.h"
+#include "renderer/kernels/pixel_formats.h"
+#include "renderer/kernels/pixel_rules.h"
 
 namespace krb {
 
-// What a member's depth rule follows. Only 32-bit members may follow the test mode; the default mode with writing on is the fixed
-// rule.
+// Whether the renderer has a colour buffer of the case's format. Slots that the current options do not name keep their members,
+// which must not touch pixels of another format.
+inline bool holds_pixels_of(Case c, const Software_Z_Buffer& renderer) noexcept {
+    return facts_of(c).takes_any_buffer ? format_of(c) == format_of(renderer.installed_case)
+                                        : renderer.color_buffer->format == facts_of(c).buffer;
+}
+
+// What a member's depth rule follows where the format follows depth modes. The default mode with writing on is the fixed rule.
 struct Depth_Rules {
     bool test_mode = false;
     bool write_flag = false;
@@ -19,20 +27,7 @@ inline Depth_Rule depth_rule_of(Case c, const Software_Z_Buffer& renderer, Depth
     }
     const bool other_test = follows.test_mode && (renderer.z_test == 1 || renderer.z_test == 5);
     const bool unwritten = follows.write_flag && !renderer.z_write;
-    return !is_index8(c) && (other_test || unwritten) ? Depth_Rule::by_mode : Depth_Rule::less_or_equal;
-}
-
-// find_mask for the many calls that have no clip region, or the same as the call before.
-inline bool is_masked(Software_Z_Buffer& renderer, const VT_Rendition& rendition) {
-    const VT_Clip_Attributes& clip = rendition.clip;
-    if (!clip.complex_clip || !renderer.mask_cache) {
-        return false;
-    }
-    const Frame_Buffer_Mask* newest = renderer.mask_cache->newest;
-    const bool is_shifted = clip.window_offset.x < 0 || clip.window_offset.y < 0;
-    return (newest && !is_shifted && newest->key() == clip.complex_clip->serial() &&
-            newest->is_for(renderer.window_size, renderer.window_origin)) ||
-           find_mask(renderer, rendition);
+    return facts_of(c).follows_depth_modes && (other_test || unwritten) ? Depth_Rule::by_mode : Depth_Rule::less_or_equal;
 }
 
 // Without a mask. The pointers in it are the renderer's.

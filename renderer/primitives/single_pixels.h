@@ -6,6 +6,7 @@
 
 #include "renderer/core/cases.h"
 #include "renderer/core/software_z_buffer.h"
+#include "renderer/kernels/pixel_formats.h"
 #include "renderer/mask/mask_cursor.h"
 
 namespace krb {
@@ -15,17 +16,17 @@ inline bool is_clipped_away(const Software_Z_Buffer& renderer, std::int32_t colu
     return !Mask_Cursor::at(*renderer.mask_cache->newest, row, column).drawable();
 }
 
-// Tests a pixel's depth and, where it passes, writes it. The 8-bit member tests by a fixed rule and always writes; 32-bit members
-// follow test mode and write flag.
+// Tests a pixel's depth and, where it passes, writes it.
 template <Case c>
 bool passes_depth(const Software_Z_Buffer& renderer, std::int32_t column, std::int32_t row, std::int32_t z) noexcept {
     std::uint8_t* at = renderer.depth_buffer->rows[row] + std::int64_t{2} * column;
     std::uint16_t stored;
     std::memcpy(&stored, at, 2);
-    if (!(is_index8(c) ? z <= stored : renderer.passes_z_test(z, stored))) {
+    constexpr bool follows_modes = facts_of(c).follows_depth_modes;
+    if (!(follows_modes ? renderer.passes_z_test(z, stored) : z <= stored)) {
         return false;
     }
-    if (is_index8(c) || renderer.z_write) {
+    if (!follows_modes || renderer.z_write) {
         const auto written = static_cast<std::uint16_t>(z);
         std::memcpy(at, &written, 2);
     }

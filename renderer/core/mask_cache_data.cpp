@@ -1,0 +1,29 @@
+// The masks of complex clips, as renderers share them.
+#include "renderer/core/mask_cache_data.h"
+
+#include <memory>
+
+namespace krb {
+
+Mask_Cache_Data::~Mask_Cache_Data() {
+    if (owns_list_) {
+        empty_mask_cache(*this);
+    }
+}
+
+VT_Counted* Mask_Cache_Data::clone() const {
+    auto copy = std::make_unique<Mask_Cache_Data>(*this);
+    copy->owns_list_ = false;
+    return copy.release();
+}
+
+void empty_mask_cache(Mask_Cache_Data& cache) noexcept {
+    while (Frame_Buffer_Mask* mask = cache.newest) {
+        cache.newest = mask->older;
+        delete mask;
+    }
+    cache.oldest = nullptr;
+    cache.count = 0;
+}
+
+} // namespace krb

@@ -1,0 +1,35 @@
+// What every kernel reads of the renderer and the call. Plain data: kernels call no function that is not compiled with them.
+#pragma once
+
+#include <cstdint>
+
+#include "renderer/core/dither.h"
+
+namespace krb {
+
+// The renderer keeps one with its buffers; a call copies it and adds what its rendition says.
+struct Pixel_Target {
+    std::uint8_t* const* color_rows;
+    std::uint8_t* const* depth_rows;
+    std::int32_t color_row_bytes, depth_row_bytes; // from the start of a row to that of the row above, negative
+    std::int32_t width;                            // pixels in a row of either buffer
+    std::int32_t height;
+    std::int32_t origin_x, origin_y;
+    // For depth by test mode: a pixel passes when new <= stored + depth_bias, or exactly when not, with depth_inverted.
+    std::int32_t depth_bias;
+    bool depth_inverted;
+    bool depth_written;
+    // For merge control.
+    std::uint32_t background, alternate_background;
+    std::uint8_t (*merged_index8)(const void* renderer, std::uint8_t stored, std::uint8_t index);
+    const void* renderer;
+    // For palette indices: the bias goes into the low bits of a scaled channel; the matrix row of buffer row 0.
+    const Dither* dither;
+    std::int32_t dither_bias;
+    std::int32_t dither_row;
+    // For masked members, and patterned ones when not null: start of each mask row, the leftmost pixel in the highest bit, set
+    // bits clipped away. Three bytes from any pixel on can be read.
+    const std::uint8_t* const* mask_rows;
+};
+
+} // namespace krb
