@@ -31,8 +31,12 @@ void* allocate(std::size_t size, std::align_val_t alignment) noexcept {
     return fails() ? nullptr : counted(std::aligned_alloc(unit, (size + unit) / unit * unit));
 }
 
+// As the standard's operator new, but for the loop: the handler throws.
 void* or_throw(void* block) {
     if (!block) {
+        if (const std::new_handler handler = std::get_new_handler()) {
+            handler();
+        }
         throw std::bad_alloc();
     }
     return block;

@@ -116,7 +116,7 @@ TEST(Threads, share_posters_turntables_and_parts) {
         for (const char* threads : {"1", "4"}) {
             std::vector<std::string> arguments{"render", "hills.obj", "--size", "99x80", "--threads", threads};
             arguments.insert(arguments.end(), way.begin(), way.end());
-            const fuzzing::Command_Outcome outcome = fuzzing::run_command(arguments);
+            const vorna::app::Ending outcome = fuzzing::run_command(arguments);
             ASSERT_EQ(outcome.status, 0) << testing::PrintToString(arguments) << ": " << outcome.message;
             std::vector<std::string> written;
             for (const std::string& name : folder.names()) {
