@@ -495,7 +495,8 @@ bool is_assimp_format(const std::string& format) {
     return Assimp::Importer().IsExtensionSupported("." + format);
 }
 
-// In a process of its own, because damaged files make the library crash, run without end, exhaust the memory or run code of theirs.
+// In a process of its own, because damaged files make the library crash, run without end, exhaust the memory or run code of
+// theirs.
 Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
     const std::string& file = input.name;
     std::error_code unknown;
