@@ -504,7 +504,7 @@ Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
     if (!input.content) {
         check_readable(file, limits);
     }
-    if (size == 0) {
+    if (size == 0 && is_assimp_format(input.format)) {
         throw Model_Error(file + ": expected a model file, found an empty one");
     }
     if (input.format == "gltf") {
