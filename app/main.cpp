@@ -24,13 +24,13 @@
 
 namespace {
 
-int complain(const std::string& message, int status) {
-    vorna::app::print(stderr, "vorna: " + vorna::drawing::printable(message) + '\n');
-    return status;
+int complain(const vorna::app::Ending& ending) {
+    vorna::app::print(stderr, "vorna: " + vorna::drawing::printable(ending.message) + '\n');
+    return ending.status;
 }
 
-// A file that grows beyond a limit is an error like any other. And no file takes the place of a standard stream that is closed:
-// what is opened there can only be used the other way round.
+// A file that grows beyond a limit is an error like any other. A standard stream that is closed is opened in the wrong direction,
+// so that no other file gets its number and using it fails.
 void prepare_streams() {
 #if !defined(_WIN32)
     for (const int stream : {0, 1, 2}) {
@@ -42,7 +42,7 @@ void prepare_streams() {
 #endif
 }
 
-// What was printed has arrived, or there is a complaint.
+// Flushes standard output. A command that has succeeded fails when its output has not arrived.
 int finish_output(int status) {
     errno = 0;
     const bool arrived = std::cout.flush().good() && std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
@@ -50,7 +50,7 @@ int finish_output(int status) {
         return status;
     }
     const std::string reason = errno != 0 ? ": " + std::generic_category().message(errno) : "";
-    return complain("standard output: cannot be written" + reason, vorna::app::exit_status::failed);
+    return complain({vorna::app::exit_status::failed, "standard output: cannot be written" + reason});
 }
 
 int run(int count, char** arguments) {
@@ -65,43 +65,24 @@ int run(int count, char** arguments) {
     } catch (const CLI::Success& request) {
         return application->exit(request);
     } catch (const CLI::ParseError& error) {
-        return complain(vorna::app::usage_message(*application, error), vorna::app::exit_status::wrong_usage);
+        return complain(vorna::app::ending_of(vorna::drawing::Usage_Error(vorna::app::usage_message(*application, error))));
     }
     return status;
-}
-
-// To be called where the program would end without a word: libraries that lack memory in functions that must not throw end with a
-// message and the status of what fails, everything else as ever.
-[[noreturn]] void end_for_lack_of_memory() noexcept {
-    try {
-        if (const std::exception_ptr current = std::current_exception()) {
-            std::rethrow_exception(current);
-        }
-    } catch (const std::bad_alloc&) {
-        std::fputs("vorna: out of memory\n", stderr);
-        std::_Exit(vorna::app::exit_status::failed);
-    } catch (...) {
-    }
-    std::abort();
 }
 
 } // namespace
 
 int main(int count, char** arguments) {
-    std::set_terminate(end_for_lack_of_memory);
+    vorna::app::report_lack_of_memory();
     prepare_streams();
     try {
         return finish_output(run(count, arguments));
-    } catch (const vorna::drawing::Usage_Error& error) {
-        return complain(error.what(), vorna::app::exit_status::wrong_usage);
     } catch (const vorna::drawing::Interrupted& interrupted) {
-        // As if nothing had been put in its way, now that what was unfinished is gone.
+        // Unfinished files are removed; the signal now has its default effect.
         std::signal(interrupted.signal, SIG_DFL);
         std::raise(interrupted.signal);
         return vorna::app::exit_status::failed;
-    } catch (const std::bad_alloc&) {
-        return complain("out of memory", vorna::app::exit_status::failed);
     } catch (const std::exception& error) {
-        return complain(error.what(), vorna::app::exit_status::failed);
+        return complain(vorna::app::ending_of(error));
     }
 }

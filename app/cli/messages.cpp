@@ -1,9 +1,45 @@
-// What the command says to people.
+// Messages of the command.
 #include "app/cli/messages.h"
 
-#include <cstdio>
+#include <atomic>
+#include <cstdlib>
+#include <exception>
+#include <new>
+
+#include "app/cli/command.h"
+#include "drawing/files/usage_error.h"
 
 namespace vorna::app {
+namespace {
+
+std::atomic<bool> has_failed_allocation = false;
+
+void note_failed_allocation() {
+    has_failed_allocation = true;
+    throw std::bad_alloc();
+}
+
+[[noreturn]] void end_for_lack_of_memory() noexcept {
+    bool lacks_memory = false;
+    try {
+        if (const std::exception_ptr current = std::current_exception()) {
+            std::rethrow_exception(current);
+        }
+        // GCC before 14 has not caught the exception that leaves an inlined noexcept function.
+        lacks_memory = has_failed_allocation && std::uncaught_exceptions() > 0;
+    } catch (const std::bad_alloc&) {
+        lacks_memory = true;
+    } catch (...) {
+    }
+    if (!lacks_memory) {
+        std::abort();
+    }
+    std::fputs("vorna: out of memory\n", stderr);
+    std::_Exit(exit_status::failed);
+}
+
+} // namespace
+
 void print(std::FILE* stream, const std::string& text) {
     const std::string shown = drawing::printable_lines(text);
     std::fwrite(shown.data(), 1, shown.size(), stream);
@@ -11,6 +47,22 @@ void print(std::FILE* stream, const std::string& text) {
 
 void warn(const std::string& text) {
     print(stderr, "vorna: warning: " + drawing::printable(text) + '\n');
+}
+
+Ending ending_of(const std::exception& error) {
+    if (dynamic_cast<const std::bad_alloc*>(&error)) {
+        return {exit_status::failed, "out of memory"};
+    }
+    if (!dynamic_cast<const drawing::Usage_Error*>(&error)) {
+        return {exit_status::failed, error.what()};
+    }
+    return has_failed_allocation ? Ending{exit_status::failed, std::string("out of memory: ") + error.what()}
+                                 : Ending{exit_status::wrong_usage, error.what()};
+}
+
+void report_lack_of_memory() {
+    std::set_new_handler(note_failed_allocation);
+    std::set_terminate(end_for_lack_of_memory);
 }
 
 } // namespace vorna::app

@@ -1,17 +1,30 @@
-// What the command says to people. Nothing else prints texts: names in files and of files may hold what terminals obey.
+// Messages of the command. All text is printed here, because names of files and texts in them may hold control characters.
 #pragma once
 
 #include <cstdio>
+#include <exception>
 #include <string>
 
 #include "drawing/files/printable.h"
 
 namespace vorna::app {
 
-// Prints lines likewise.
+// Prints lines of text with their control characters replaced.
 void print(std::FILE* stream, const std::string& text);
 
-// Something is not as expected, and not in the way.
+// Prints a warning: the command continues.
 void warn(const std::string& text);
+
+// How a command ends that has thrown: a line, and its exit status.
+struct Ending {
+    int status;
+    std::string message;
+};
+// A Usage_Error after a failed allocation is a lack of memory: streams and libraries take the failure for wrong input.
+Ending ending_of(const std::exception& error);
+
+// Notes failed allocations for ending_of. Where a library allocates in a function that must not throw, a failed allocation ends
+// the process with a message and the status of a failure; other exceptions abort as before.
+void report_lack_of_memory();
 
 } // namespace vorna::app

@@ -495,11 +495,17 @@ bool is_assimp_format(const std::string& format) {
     return Assimp::Importer().IsExtensionSupported("." + format);
 }
 
-// In a process of its own: damaged files make the library crash, run on without end, take all memory, or do what they want.
+// In a process of its own, because damaged files make the library crash, run without end, exhaust the memory or run code of
+// theirs.
 Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
     const std::string& file = input.name;
+    std::error_code unknown;
+    const std::uintmax_t size = input.content ? input.content->size() : std::filesystem::file_size(path_of(file), unknown);
     if (!input.content) {
         check_readable(file, limits);
+    }
+    if (size == 0 && is_assimp_format(input.format)) {
+        throw Model_Error(file + ": expected a model file, found an empty one");
     }
     if (input.format == "gltf") {
         add_buffers(input, limits);
@@ -511,7 +517,7 @@ Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
 #else
     std::string failure;
     const auto work = [&](Process_Pipe& pipe) {
-        // It is never destroyed, which some models turn into a crash.
+        // Not destroyed: the destructor crashes for some models.
         auto& importer = *new Assimp::Importer;
         importer.SetIOHandler(new Requested_Files(pipe));
         try {
@@ -530,12 +536,10 @@ Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
             mesh = receive(pipe, file, limits);
         }
     };
-    std::error_code ignored;
-    const std::uintmax_t size = input.content ? input.content->size() : std::filesystem::file_size(path_of(file), ignored);
     Files_Of_Model files(file, limits);
     try {
         run_apart(
-            limits_for(limits, ignored ? 0 : size), [&](const std::string& name) { return files.open_file(name); }, work, take);
+            limits_for(limits, unknown ? 0 : size), [&](const std::string& name) { return files.open_file(name); }, work, take);
     } catch (const Broken_Off& error) {
         throw Model_Error(file + ": expected a model file: the library for its format came to its end by " + error.what());
     }

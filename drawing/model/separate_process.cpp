@@ -160,7 +160,11 @@ void Process_Pipe::receive(void* bytes, std::size_t count) {
             throw Limit_Exceeded("doing nothing");
         }
         const ssize_t found = ::read(socket_, next, count);
-        if (found == 0 || (found < 0 && errno != EINTR)) {
+        if (found < 0 && errno != EINTR) {
+            // The other process may still run and write.
+            throw std::system_error(errno, std::generic_category(), "a process cannot be read from");
+        }
+        if (found == 0) {
             throw Broken_Off("nobody writes");
         }
         next += found < 0 ? 0 : found;

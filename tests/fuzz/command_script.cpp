@@ -248,7 +248,7 @@ void Command_Folder::clear() const {
     }
 }
 
-Command_Outcome run_command(std::vector<std::string> arguments, const std::function<void()>& before_parsing) {
+vorna::app::Ending run_command(std::vector<std::string> arguments, const std::function<void()>& before_parsing) {
     if (has(arguments, "check") && !has(arguments, "--list")) {
         arguments.emplace_back("--list"); // checks take their time, and processes
     }
@@ -256,7 +256,7 @@ Command_Outcome run_command(std::vector<std::string> arguments, const std::funct
         shorten(arguments);
     }
     const Silence silence;
-    Command_Outcome outcome{vorna::app::exit_status::done, {}};
+    vorna::app::Ending outcome{vorna::app::exit_status::done, {}};
     const auto application = vorna::app::make_command_line(outcome.status);
     try {
         std::vector<std::string> prepared = vorna::app::prepared_arguments(*application, arguments);
@@ -271,11 +271,9 @@ Command_Outcome run_command(std::vector<std::string> arguments, const std::funct
         application->exit(request, out, out);
         return outcome;
     } catch (const CLI::ParseError& error) {
-        outcome = {vorna::app::exit_status::wrong_usage, vorna::app::usage_message(*application, error)};
-    } catch (const vorna::drawing::Usage_Error& error) {
-        outcome = {vorna::app::exit_status::wrong_usage, error.what()};
+        outcome = vorna::app::ending_of(vorna::drawing::Usage_Error(vorna::app::usage_message(*application, error)));
     } catch (const std::runtime_error& error) {
-        outcome = {vorna::app::exit_status::failed, error.what()};
+        outcome = vorna::app::ending_of(error);
     }
     if (outcome.message.empty()) {
         fail("a command was refused without a word");

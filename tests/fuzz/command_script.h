@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "app/cli/messages.h"
+
 namespace fuzzing {
 
 struct Command_Script {
@@ -40,15 +42,9 @@ private:
     int before_;
 };
 
-// How a command ends, and what it says when that is not well.
-struct Command_Outcome {
-    int status;
-    std::string message;
-};
-
 // What vorna does with these arguments, whose sizes and counts are cut short where it would draw. Standard input is empty, and
 // what is printed is lost. before_parsing is called when the tables of options are made. Ends the process for an exception that
 // users are not told of, but for std::bad_alloc.
-Command_Outcome run_command(std::vector<std::string> arguments, const std::function<void()>& before_parsing = {});
+vorna::app::Ending run_command(std::vector<std::string> arguments, const std::function<void()>& before_parsing = {});
 
 } // namespace fuzzing

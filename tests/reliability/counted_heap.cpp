@@ -1,6 +1,8 @@
-// Every form of operator new and delete. A module that is loaded at run time takes them from the program, as libraries do.
+// Every form of operator new and delete. Libraries and modules that are loaded at run time use these of the program.
 #include "tests/reliability/counted_heap.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -10,7 +12,14 @@ thread_local std::int64_t live = 0;
 thread_local std::int64_t all = 0;
 thread_local std::int64_t until_failure = 0; // 0 = none is to fail
 
+// Of all threads. Relaxed, so that counting does not order what threads do and hide a race.
+std::atomic<std::int64_t> passes_left = 0, failures_left = 0;
+
 bool fails() noexcept {
+    constexpr auto relaxed = std::memory_order_relaxed;
+    if (failures_left.load(relaxed) > 0 && passes_left.fetch_sub(1, relaxed) <= 0) {
+        return failures_left.fetch_sub(1, relaxed) > 0;
+    }
     return until_failure > 0 && --until_failure == 0;
 }
 
@@ -31,8 +40,12 @@ void* allocate(std::size_t size, std::align_val_t alignment) noexcept {
     return fails() ? nullptr : counted(std::aligned_alloc(unit, (size + unit) / unit * unit));
 }
 
+// As the standard's operator new, but for the loop: the handler throws.
 void* or_throw(void* block) {
     if (!block) {
+        if (const std::new_handler handler = std::get_new_handler()) {
+            handler();
+        }
         throw std::bad_alloc();
     }
     return block;
@@ -65,6 +78,19 @@ Failing_Allocation::~Failing_Allocation() {
 
 bool Failing_Allocation::has_failed() const noexcept {
     return until_failure == 0;
+}
+
+Failing_Allocations::Failing_Allocations(std::int64_t before, std::int64_t count) noexcept : before_(before) {
+    passes_left = before;
+    failures_left = count;
+}
+
+Failing_Allocations::~Failing_Allocations() {
+    failures_left = 0;
+}
+
+std::int64_t Failing_Allocations::passed() const noexcept {
+    return before_ - std::max<std::int64_t>(passes_left, 0);
 }
 
 void* operator new(std::size_t size) {

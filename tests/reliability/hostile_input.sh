@@ -77,6 +77,9 @@ for suffix in obj ply stl json dxf gltf 3ds; do
     render 2 "folder.$suffix: cannot be read: Is a directory" "folder.$suffix"
     render 2 "none.$suffix: cannot be read: No such file" "none.$suffix"
 done
+for suffix in off gltf 3ds; do
+    expect 2 "standard input: expected a model file, found an empty one" "$vorna" render - --input-format $suffix -o out/picture.png </dev/null
+done
 for command in "replay" "info" "compare good.png" "assemble -o out/picture.png" "check"; do
     for file in empty.json folder.obj none.png; do
         expect 2 "(good.png|$file): (cannot be read|expected|parse error|not loadable|no )" "$vorna" $command "$file"

@@ -1,7 +1,10 @@
-// Several threads at once: renderers of one module that know nothing of each other, and commands that share their work. What they
-// draw is what one thread draws.
+// Concurrent drawing: independent renderers of one module, and commands that draw one image with several threads. The results
+// equal those of one thread.
+#include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <new>
+#include <optional>
 #include <sstream>
 #include <thread>
 
@@ -10,6 +13,7 @@
 
 #include "app/check/scene.h"
 #include "tests/fuzz/command_script.h"
+#include "tests/reliability/counted_heap.h"
 #include "vorna/canvas.h"
 #include "vorna/module.h"
 
@@ -19,7 +23,7 @@ using namespace vorna::app::check;
 
 constexpr int thread_count = 4;
 
-// Every slot with random arguments, in one of the six configurations and in windows that change.
+// Calls of every slot with random arguments, in one of the six configurations and in two sizes of window.
 std::vector<VT_RGB32> drawn_with_seed(const vorna::Module& module, int seed) {
     std::vector<VT_RGB32> pixels;
     Random random(static_cast<std::uint64_t>(seed));
@@ -116,7 +120,7 @@ TEST(Threads, share_posters_turntables_and_parts) {
         for (const char* threads : {"1", "4"}) {
             std::vector<std::string> arguments{"render", "hills.obj", "--size", "99x80", "--threads", threads};
             arguments.insert(arguments.end(), way.begin(), way.end());
-            const fuzzing::Command_Outcome outcome = fuzzing::run_command(arguments);
+            const vorna::app::Ending outcome = fuzzing::run_command(arguments);
             ASSERT_EQ(outcome.status, 0) << testing::PrintToString(arguments) << ": " << outcome.message;
             std::vector<std::string> written;
             for (const std::string& name : folder.names()) {
@@ -142,6 +146,55 @@ TEST(Threads, share_posters_turntables_and_parts) {
     ASSERT_EQ(fuzzing::run_command({"assemble", "0", "1", "-o", "one", "--threads", "1"}).status, 0);
     ASSERT_EQ(fuzzing::run_command({"assemble", "0", "1", "-o", "four", "--threads", "4"}).status, 0);
     EXPECT_EQ(content_of("one"), content_of("four"));
+}
+
+// As many allocations fail as there are threads, at moments spread over the drawing, so that several threads fail at once.
+TEST(Threads, fail_while_they_draw) {
+    const fuzzing::Command_Folder folder;
+    folder.write_files(hills());
+    const std::vector<std::string> inputs = folder.names();
+    const std::vector<std::vector<std::string>> ways = {
+        {"-o", "out.png", "--tile-size", "8", "--repeat", "2", "--edges"}, // tiles drawn for measuring
+        {"-o", "out.png", "--tile-size", "8", "--supersample", "2", "--edges"},
+        {"-o", "out-{}.png", "--turntable", "7", "--edges", "--zoom", "0.8"}};
+    for (const auto& way : ways) {
+        SCOPED_TRACE(testing::PrintToString(way));
+        std::vector<std::string> arguments{"render", "hills.obj", "--size", "99x80", "--threads", "4"};
+        arguments.insert(arguments.end(), way.begin(), way.end());
+        const auto allocations_of = [](const std::vector<std::string>& line) {
+            std::optional<Failing_Allocations> none;
+            EXPECT_EQ(fuzzing::run_command(line, [&] { none.emplace(INT64_MAX, 1); }).status, 0);
+            return none->passed();
+        };
+        const std::int64_t all = allocations_of(arguments);
+        std::vector<std::string> planned = arguments;
+        planned.emplace_back("--dry-run");
+        const std::int64_t before = allocations_of(planned);
+        for (const std::string& name : folder.names()) {
+            if (std::ranges::find(inputs, name) == inputs.end()) {
+                std::remove(name.c_str());
+            }
+        }
+        constexpr int moments = 40;
+        int failures = 0;
+        for (int i = 1; i < moments; ++i) {
+            std::optional<Failing_Allocations> failing;
+            try {
+                const auto outcome = fuzzing::run_command(
+                    arguments, [&] { failing.emplace(before + (all - before) * i / moments, thread_count); });
+                // Near the end it may have made all its allocations before.
+                if (outcome.status == 0) {
+                    break;
+                }
+            } catch (const std::bad_alloc&) {
+            }
+            failing.reset();
+            EXPECT_EQ(folder.names(), inputs) << i;
+            ++failures;
+        }
+        EXPECT_GT(failures, moments / 2);
+        std::printf("%d failures after %d to %d allocations\n", failures, static_cast<int>(before), static_cast<int>(all));
+    }
 }
 
 } // namespace
