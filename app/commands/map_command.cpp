@@ -26,7 +26,7 @@
 #include "drawing/map/labels.h"
 #include "drawing/map/map_layer.h"
 #include "drawing/map/map_reader.h"
-#include "drawing/recording/picture_file.h"
+#include "drawing/recording/recording_file.h"
 #include "drawing/recording/recorder.h"
 #include "drawing/recording/session.h"
 #include "vorna/draw.h"

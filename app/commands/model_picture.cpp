@@ -31,7 +31,7 @@
 #include "drawing/job/picture_part.h"
 #include "drawing/job/picture_plan.h"
 #include "drawing/job/picture_stream.h"
-#include "drawing/recording/picture_file.h"
+#include "drawing/recording/recording_file.h"
 #include "drawing/recording/recorder.h"
 
 namespace vorna::app {
