@@ -1,4 +1,4 @@
-// The command `info`: what pictures are made of.
+// The command `info`: what recordings are made of.
 #include "app/commands/info_command.h"
 
 #include <CLI/CLI.hpp>
@@ -11,7 +11,7 @@
 #include "drawing/files/input_file.h"
 #include "drawing/files/memory.h"
 #include "drawing/recording/document.h"
-#include "drawing/recording/picture_file.h"
+#include "drawing/recording/recording_file.h"
 #include "drawing/recording/summary.h"
 
 namespace vorna::app {
@@ -19,15 +19,15 @@ namespace vorna::app {
 namespace {
 
 struct Info_Arguments {
-    std::vector<std::string> pictures;
+    std::vector<std::string> recordings;
     bool as_json = false;
     std::string max_memory;
 };
 
-drawing::recording::Picture picture_at(const std::string& path, drawing::Load_Limits& limits) {
+drawing::recording::Recording recording_at(const std::string& path, drawing::Load_Limits& limits) {
     try {
         return drawing::recording::load(path, limits);
-    } catch (const drawing::recording::Picture_Error& error) {
+    } catch (const drawing::recording::Recording_Error& error) {
         throw drawing::Usage_Error(drawing::name_of_input(path) + ": " + error.what());
     }
 }
@@ -37,14 +37,14 @@ void print(const Info_Arguments& arguments) {
     std::string text;
     drawing::Load_Limits limits(drawing::parsed_limit(arguments.max_memory));
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
-    for (const std::string& path : arguments.pictures) {
-        const drawing::recording::Picture picture = picture_at(path, limits);
+    for (const std::string& path : arguments.recordings) {
+        const drawing::recording::Recording recording = recording_at(path, limits);
         if (arguments.as_json) {
             nlohmann::ordered_json entry{{"picture", path}};
-            entry.update(drawing::recording::json_summary_of(picture));
+            entry.update(drawing::recording::json_summary_of(recording));
             list.push_back(std::move(entry));
         } else {
-            text += drawing::printable(drawing::name_of_input(path)) + '\n' + drawing::recording::text_of(picture);
+            text += drawing::printable(drawing::name_of_input(path)) + '\n' + drawing::recording::text_of(recording);
         }
     }
     // Signs beyond ASCII are escaped, and bytes that are none replaced.
@@ -57,7 +57,7 @@ void print(const Info_Arguments& arguments) {
 void add_info_command(CLI::App& application, int& status) {
     const auto arguments = std::make_shared<Info_Arguments>();
     CLI::App& command = *application.add_subcommand("info", "Tell what pictures are made of: calls, points, textures.");
-    command.add_option("picture", arguments->pictures, "Pictures, plain or compressed; - reads standard input")
+    command.add_option("picture", arguments->recordings, "Pictures, plain or compressed; - reads standard input")
         ->required()
         ->type_name("PICTURE");
     command.add_flag("--json", arguments->as_json, "Print a list of objects for programs");

@@ -1,4 +1,4 @@
-// vorna replay: pictures at slot level.
+// vorna replay: recordings at slot level.
 #include "app/commands/replay_command.h"
 
 #include <CLI/CLI.hpp>
@@ -24,8 +24,8 @@
 #include "drawing/image/image_file.h"
 #include "drawing/recording/call_kinds.h"
 #include "drawing/recording/document.h"
-#include "drawing/recording/picture_file.h"
 #include "drawing/recording/recorder.h"
+#include "drawing/recording/recording_file.h"
 #include "drawing/recording/replay.h"
 #include "drawing/recording/session.h"
 #include "drawing/recording/timing.h"
@@ -35,7 +35,7 @@ namespace vorna::app {
 namespace {
 
 struct Replay_Arguments {
-    std::string picture;
+    std::string recording;
     std::string color, depth, color_raw, depth_raw, report, record, every_call; // empty = not asked for
     std::string until, only;
     std::string timing; // empty, table or json
@@ -52,28 +52,28 @@ struct Replay_Arguments {
 
 constexpr std::size_t most_files_unasked = 1000;
 
-// The part of a window that a picture shows.
+// The part of a window that a recording shows.
 drawing::Raster shown(const drawing::Raster& raster, const drawing::Session& session,
-                      const drawing::recording::Picture& picture) {
-    if (!picture.output) {
+                      const drawing::recording::Recording& recording) {
+    if (!recording.output) {
         return raster;
     }
-    const VT_Int_Rectangle window = session.window(), &area = *picture.output;
+    const VT_Int_Rectangle window = session.window(), &area = *recording.output;
     if (area.left < window.left || area.right > window.right || area.bottom < window.bottom || area.top > window.top ||
         area.left > area.right || area.bottom > area.top) {
-        throw drawing::recording::Picture_Error("output: expected a rectangle inside the window");
+        throw drawing::recording::Recording_Error("output: expected a rectangle inside the window");
     }
     return drawing::cut(raster, window, area);
 }
 
-void add_outputs(const Replay_Arguments& arguments, drawing::Session& session, const drawing::recording::Picture& picture,
+void add_outputs(const Replay_Arguments& arguments, drawing::Session& session, const drawing::recording::Recording& recording,
                  const drawing::recording::Report& report, drawing::Output_Files& files) {
     const auto write = [&](const std::string& png, const std::string& raw, const drawing::Raster& raster) {
         if (!png.empty()) {
-            files.add(png, drawing::png_of(shown(raster, session, picture), session.palette()));
+            files.add(png, drawing::png_of(shown(raster, session, recording), session.palette()));
         }
         if (!raw.empty()) {
-            files.add(raw, drawing::raw_bytes_of(shown(raster, session, picture)));
+            files.add(raw, drawing::raw_bytes_of(shown(raster, session, recording)));
         }
     };
     write(arguments.color, arguments.color_raw, drawing::raster_of(session.color_buffer()));
@@ -129,9 +129,9 @@ void refuse_many_files(const Replay_Arguments& arguments, std::size_t calls) {
 // A numbered PNG for every call. The folder is made when it is not there.
 class Every_Call {
 public:
-    Every_Call(const std::string& folder, const drawing::recording::Picture& picture,
+    Every_Call(const std::string& folder, const drawing::recording::Recording& recording,
                const drawing::recording::Replay_Settings& settings, drawing::Session& session)
-        : folder_(folder), picture_(picture), settings_(settings), session_(session) {
+        : folder_(folder), recording_(recording), settings_(settings), session_(session) {
         std::error_code error;
         std::filesystem::create_directories(drawing::path_of(folder), error);
         if (error) {
@@ -140,19 +140,19 @@ public:
     }
 
     void after_call(std::size_t call) {
-        const std::size_t digits = std::max<std::size_t>(4, std::to_string(picture_.calls.size()).size());
+        const std::size_t digits = std::max<std::size_t>(4, std::to_string(recording_.calls.size()).size());
         std::string number = std::to_string(call);
         number.insert(0, digits - number.size(), '0');
-        const std::string name = folder_ + '/' + number + '-' + std::string(picture_.calls[call].kind->name) + ".png";
+        const std::string name = folder_ + '/' + number + '-' + std::string(recording_.calls[call].kind->name) + ".png";
         drawing::write_file(
-            name, drawing::png_of(shown(drawing::raster_of(session_.color_buffer()), session_, picture_), session_.palette()));
-        const std::size_t end = std::min(settings_.last, picture_.calls.size() - 1) + 1;
+            name, drawing::png_of(shown(drawing::raster_of(session_.color_buffer()), session_, recording_), session_.palette()));
+        const std::size_t end = std::min(settings_.last, recording_.calls.size() - 1) + 1;
         progress_.show(static_cast<double>(call + 1) / static_cast<double>(end));
     }
 
 private:
     std::string folder_;
-    const drawing::recording::Picture& picture_;
+    const drawing::recording::Recording& recording_;
     const drawing::recording::Replay_Settings& settings_;
     drawing::Session& session_;
     Progress progress_;
@@ -173,12 +173,12 @@ drawing::recording::Cost_Order cost_order_of(const Replay_Arguments& arguments) 
 }
 
 void add_timing(const Replay_Arguments& arguments, const drawing::Module_Choice& module,
-                const drawing::recording::Picture& picture, const drawing::recording::Replay_Settings& settings,
+                const drawing::recording::Recording& recording, const drawing::recording::Replay_Settings& settings,
                 std::vector<drawing::recording::Call_Cost> costs, drawing::Output_Files& files) {
-    drawing::recording::measure(picture, module, settings, arguments.repeat, costs);
+    drawing::recording::measure(recording, module, settings, arguments.repeat, costs);
     drawing::recording::sort(costs, cost_order_of(arguments));
-    files.add("-", arguments.timing == "json" ? drawing::recording::json_of(picture, costs)
-                                              : drawing::recording::table_of(picture, costs));
+    files.add("-", arguments.timing == "json" ? drawing::recording::json_of(recording, costs)
+                                              : drawing::recording::table_of(recording, costs));
 }
 
 // Who asked for no file learns at least that it went well.
@@ -186,19 +186,19 @@ void print_drawn(const Replay_Arguments& arguments, const drawing::recording::Re
                  const drawing::Session& session) {
     const std::size_t drawn = calls == 0 ? 0 : std::min(settings.last, calls - 1) + 1 - settings.first;
     const VT_Int_Rectangle window = session.window();
-    print(stdout, drawing::printable(drawing::name_of_input(arguments.picture)) + ": drew " + std::to_string(drawn) + " call" +
+    print(stdout, drawing::printable(drawing::name_of_input(arguments.recording)) + ": drew " + std::to_string(drawn) + " call" +
                       (drawn == 1 ? "" : "s") + " into " + std::to_string(window.right - window.left + 1) + " x " +
                       std::to_string(window.top - window.bottom + 1) + " pixels; --color FILE.png writes them\n");
 }
 
 void replay(const Replay_Arguments& arguments, const drawing::Module_Choice& module) {
     cost_order_of(arguments); // wrong options are told before anything is read
-    drawing::refuse_same_files({arguments.picture}, {arguments.color, arguments.depth, arguments.color_raw, arguments.depth_raw,
-                                                     arguments.report, arguments.record});
+    drawing::refuse_same_files({arguments.recording}, {arguments.color, arguments.depth, arguments.color_raw, arguments.depth_raw,
+                                                       arguments.report, arguments.record});
     drawing::Load_Limits limits(drawing::parsed_limit(arguments.max_memory));
-    const drawing::recording::Picture picture = drawing::recording::load(arguments.picture, limits);
-    const drawing::recording::Replay_Settings settings = settings_of(arguments, picture.calls.size());
-    refuse_many_files(arguments, picture.calls.size());
+    const drawing::recording::Recording recording = drawing::recording::load(arguments.recording, limits);
+    const drawing::recording::Replay_Settings settings = settings_of(arguments, recording.calls.size());
+    refuse_many_files(arguments, recording.calls.size());
     drawing::Session session(module);
     std::optional<drawing::recording::Recorder> recorder;
     std::optional<drawing::recording::Change_Counter> counter;
@@ -208,11 +208,11 @@ void replay(const Replay_Arguments& arguments, const drawing::Module_Choice& mod
         recorder.emplace(session);
     }
     if (!arguments.timing.empty()) {
-        counter.emplace(picture, session);
+        counter.emplace(recording, session);
         watched.before_call = [&](std::size_t call) { counter->before_call(call); };
     }
     if (!arguments.every_call.empty()) {
-        every_call.emplace(arguments.every_call, picture, settings, session);
+        every_call.emplace(arguments.every_call, recording, settings, session);
     }
     watched.after_call = [&](std::size_t call) {
         if (counter) {
@@ -222,29 +222,29 @@ void replay(const Replay_Arguments& arguments, const drawing::Module_Choice& mod
             every_call->after_call(call);
         }
     };
-    const drawing::recording::Report report = drawing::recording::replay(picture, session, watched);
+    const drawing::recording::Report report = drawing::recording::replay(recording, session, watched);
     drawing::Output_Files files;
     if (recorder) {
-        files.add(arguments.record, drawing::recording::file_of(recorder->finish(picture.output), arguments.record));
+        files.add(arguments.record, drawing::recording::file_of(recorder->finish(recording.output), arguments.record));
     }
     if (!session.has_depth_buffer() && !(arguments.depth.empty() && arguments.depth_raw.empty())) {
-        throw drawing::recording::Picture_Error("there is no depth buffer for --depth or --depth-raw");
+        throw drawing::recording::Recording_Error("there is no depth buffer for --depth or --depth-raw");
     }
-    add_outputs(arguments, session, picture, report, files);
+    add_outputs(arguments, session, recording, report, files);
     if (counter) {
-        add_timing(arguments, module, picture, settings, counter->costs(), files);
+        add_timing(arguments, module, recording, settings, counter->costs(), files);
     }
     files.commit();
     if (arguments.writes_nothing()) {
-        print_drawn(arguments, settings, picture.calls.size(), session);
+        print_drawn(arguments, settings, recording.calls.size(), session);
     }
 }
 
 void run(const Replay_Arguments& arguments, const drawing::Module_Choice& module) {
-    const std::string name = drawing::name_of_input(arguments.picture);
+    const std::string name = drawing::name_of_input(arguments.recording);
     try {
         replay(arguments, module);
-    } catch (const drawing::recording::Picture_Error& error) {
+    } catch (const drawing::recording::Recording_Error& error) {
         throw drawing::Usage_Error(name + ": " + error.what());
     } catch (const drawing::recording::Not_Drawn& error) {
         throw std::runtime_error(name + ": " + error.what());
@@ -257,7 +257,7 @@ void add_replay_command(CLI::App& application, int& status) {
     const auto arguments = std::make_shared<Replay_Arguments>();
     CLI::App& command = *application.add_subcommand("replay", "Draw a picture, a JSON document of renderer calls.");
     command.fallthrough();
-    command.add_option("picture", arguments->picture, "The picture, plain or compressed; - reads standard input")
+    command.add_option("picture", arguments->recording, "The picture, plain or compressed; - reads standard input")
         ->required()
         ->type_name("PICTURE");
     const auto add_output = [&command](const char* option, std::string& path, const char* what, const char* type) {

@@ -13,7 +13,7 @@
 #include "drawing/files/output_file.h"
 #include "drawing/files/path.h"
 #include "drawing/image/image_file.h"
-#include "drawing/recording/picture_file.h"
+#include "drawing/recording/recording_file.h"
 #include "drawing/recording/recorder.h"
 #include "vorna/draw.h"
 

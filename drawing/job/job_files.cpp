@@ -12,7 +12,7 @@
 #include "drawing/image/sha256.h"
 #include "drawing/job/frame_names.h"
 #include "drawing/job/job.h"
-#include "drawing/recording/picture_file.h"
+#include "drawing/recording/recording_file.h"
 
 namespace vorna::drawing {
 namespace {

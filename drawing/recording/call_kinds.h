@@ -1,4 +1,4 @@
-// Every call that a picture can make.
+// Every call that a recording can make.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +10,7 @@ namespace vorna::drawing::recording {
 
 struct Call_Kind {
     std::string_view name;
-    bool is_drawn; // false: pictures may hold the call, but a replay refuses it
+    bool is_drawn; // false: recordings may hold the call, but a replay refuses it
 };
 
 namespace detail {

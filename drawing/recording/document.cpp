@@ -36,7 +36,7 @@ public:
         Level& level = open_.back();
         level.key = name;
         if (level.value->contains(name)) {
-            throw Picture_Error(path() + ": given twice");
+            throw Recording_Error(path() + ": given twice");
         }
         return true;
     }
@@ -45,8 +45,8 @@ public:
         // The library's own classification stands in brackets before the message.
         const std::string_view text = error.what();
         const std::size_t start = text.find("] ");
-        throw Picture_Error(path() + (open_.empty() ? "" : ": ") +
-                            std::string(start == text.npos ? text : text.substr(start + 2)));
+        throw Recording_Error(path() + (open_.empty() ? "" : ": ") +
+                              std::string(start == text.npos ? text : text.substr(start + 2)));
     }
 
 private:
@@ -62,7 +62,7 @@ private:
 
     bool open(json value) {
         if (open_.size() == deepest_nesting) {
-            throw Picture_Error(path() + ": nested too deeply");
+            throw Recording_Error(path() + ": nested too deeply");
         }
         open_.push_back({place(std::move(value)), {}});
         return true;

@@ -1,7 +1,7 @@
 // Renditions laid over each other.
 #include <type_traits>
 
-#include "drawing/recording/picture.h"
+#include "drawing/recording/recording.h"
 
 namespace vorna::drawing::recording {
 

@@ -16,7 +16,7 @@ std::string Reader::path() const {
 
 void Reader::fail(const std::string& what) const {
     const std::string where = path();
-    throw Picture_Error(where + (where.empty() ? "" : ": ") + what);
+    throw Recording_Error(where + (where.empty() ? "" : ": ") + what);
 }
 
 void Reader::expected(const std::string& what) const {
@@ -25,7 +25,7 @@ void Reader::expected(const std::string& what) const {
 
 void Reader::expected_in(const std::string& inner_path, const std::string& what) const {
     const std::string outer_path = path();
-    throw Picture_Error(outer_path + (outer_path.empty() ? "" : ".") + inner_path + ": expected " + what);
+    throw Recording_Error(outer_path + (outer_path.empty() ? "" : ".") + inner_path + ": expected " + what);
 }
 
 void Reader::require(std::string_view name, bool is_required) const {

@@ -1,4 +1,4 @@
-// What an application draws, as a picture.
+// What an application draws, as a recording.
 #include "drawing/recording/recorder.h"
 
 #include <algorithm>
@@ -19,7 +19,7 @@ namespace {
 constexpr const char* zbuffer_write = "ZBuffer Write";
 constexpr const char* zbuffer_test = "ZBuffer Test";
 
-// Empty when the value is what a picture that does not give it has.
+// Empty when the value is what a recording that does not give it has.
 template <class Value> std::optional<Value> unless(const Value& value, const Value& usual) {
     return value == usual ? std::nullopt : std::optional(value);
 }
@@ -155,7 +155,7 @@ Image_Read copy(std::type_identity<Image_Read>, const Call_Kind&, const VT_Rendi
     return {*top_left, *bottom_right, *format};
 }
 
-// Why pictures cannot hold the arguments; empty when they can.
+// Why recordings cannot hold the arguments; empty when they can.
 template <class Type> std::string problem_of(const Type&) {
     return {};
 }
@@ -290,7 +290,7 @@ struct Recorder::Made_Slots {
         }
         recorder.add(kind, &rendition, std::move(copied));
         const Pause pause(recorder);
-        recorder.picture_.calls.back().standard = recorder.is_standard_;
+        recorder.recording_.calls.back().standard = recorder.is_standard_;
         const Emptied_Slot emptied((recorder.renderer_.actions.*Slot).enabled, recorder.is_standard_);
         Draw(recorder.renderer_, rendition, arguments...);
     }
@@ -324,25 +324,25 @@ Recorder::~Recorder() {
     session_.set_recorder(nullptr);
 }
 
-Picture Recorder::finish(const std::optional<VT_Int_Rectangle>& output) {
+Recording Recorder::finish(const std::optional<VT_Int_Rectangle>& output) {
     restore();
     session_.set_recorder(nullptr);
     if (!problem_.empty()) {
-        throw std::runtime_error("a picture cannot hold " + problem_ + ", which was drawn");
+        throw std::runtime_error("a recording cannot hold " + problem_ + ", which was drawn");
     }
-    picture_.output = output;
-    // The only rendition is the picture's own.
-    const auto& calls = picture_.calls;
+    recording_.output = output;
+    // The only rendition is the recording's own.
+    const auto& calls = recording_.calls;
     const auto first = std::ranges::find_if(calls, [](const Call& call) { return call.rendition != nullptr; });
     if (first != calls.end() && std::all_of(first, calls.end(), [&](const Call& call) {
             return !call.rendition || call.rendition == first->rendition;
         })) {
-        picture_.rendition = *first->rendition;
-        for (Call& call : picture_.calls) {
+        recording_.rendition = *first->rendition;
+        for (Call& call : recording_.calls) {
             call.rendition = nullptr;
         }
     }
-    return std::move(picture_);
+    return std::move(recording_);
 }
 
 void Recorder::before_establish() {
@@ -354,7 +354,7 @@ void Recorder::after_establish() {
     if (is_established_) {
         add(*find_call_kind("establish"), nullptr, Establish{std::move(changed)});
     } else {
-        picture_.configuration = std::move(changed);
+        recording_.configuration = std::move(changed);
     }
     is_established_ = true;
     is_recording_ = true;
@@ -403,13 +403,13 @@ template <class Setter> void Recorder::replace_setter(const char* name, Setter b
 }
 
 void Recorder::add(const Call_Kind& kind, const VT_Rendition* rendition, Arguments&& arguments) {
-    picture_.calls.push_back({&kind, std::move(arguments), rendition ? noted(*rendition) : nullptr});
+    recording_.calls.push_back({&kind, std::move(arguments), rendition ? noted(*rendition) : nullptr});
 }
 
 // Before anything is drawn they belong to the configuration.
 void Recorder::set_zbuffer_write(bool value) {
-    if (picture_.calls.empty()) {
-        picture_.zbuffer_write = value;
+    if (recording_.calls.empty()) {
+        recording_.zbuffer_write = value;
     } else {
         add(*find_call_kind("set_zbuffer_write"), nullptr, ZBuffer_Write{value});
     }
@@ -417,8 +417,8 @@ void Recorder::set_zbuffer_write(bool value) {
 }
 
 std::int32_t Recorder::set_zbuffer_test(const std::int32_t* value) {
-    if (picture_.calls.empty()) {
-        picture_.zbuffer_test = *value;
+    if (recording_.calls.empty()) {
+        recording_.zbuffer_test = *value;
     } else {
         add(*find_call_kind("set_zbuffer_test"), nullptr, ZBuffer_Test{*value});
     }

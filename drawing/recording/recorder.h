@@ -1,4 +1,4 @@
-// What an application draws, as a picture.
+// What an application draws, as a recording.
 //
 // A recorder stands between applications and a renderer's slots: each of them is replaced by one that notes the call and then
 // makes it through the renderer's own table, which is back in its place meanwhile, so that what renderer and host call in turn is
@@ -11,7 +11,7 @@
 #include <unordered_map>
 #include <utility>
 
-#include "drawing/recording/picture.h"
+#include "drawing/recording/recording.h"
 #include "drawing/recording/session.h"
 #include "host/rendition.h"
 
@@ -27,8 +27,8 @@ public:
     ~Recorder();
 
     // What was drawn so far; nothing is recorded any more. output: device pixels that were shown, none = the window. Throws
-    // std::runtime_error when something was drawn that pictures cannot hold.
-    Picture finish(const std::optional<VT_Int_Rectangle>& output = {});
+    // std::runtime_error when something was drawn that recordings cannot hold.
+    Recording finish(const std::optional<VT_Int_Rectangle>& output = {});
 
     // The renderer's own slots.
     const VT_Action_Table& own_actions() const noexcept { return own_actions_; }
@@ -70,8 +70,8 @@ private:
 
     Session& session_;
     VT_Renderer_Data& renderer_;
-    Picture picture_;
-    std::string problem_; // the first thing that pictures cannot hold
+    Recording recording_;
+    std::string problem_; // the first thing that recordings cannot hold
     std::unique_ptr<Slots> slots_;
     VT_Action_Table own_actions_;
     bool is_recording_ = false;
@@ -81,7 +81,7 @@ private:
     VT_Int_Setter own_set_zbuffer_test_ = nullptr;
     VT_Presentation own_presentation_;
 
-    // What pictures describe by leaving it out, then what is in force.
+    // What recordings describe by leaving it out, then what is in force.
     VT_Renderer_Options options_;
     std::map<std::string, VT_Option_Content> settings_;
 

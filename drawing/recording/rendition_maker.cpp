@@ -1,4 +1,4 @@
-// The host's renditions from the renditions of pictures.
+// The host's renditions from the renditions of recordings.
 #include "drawing/recording/rendition_maker.h"
 
 #include "drawing/recording/session.h"

@@ -1,10 +1,10 @@
-// The host's renditions from the renditions of pictures.
+// The host's renditions from the renditions of recordings.
 #pragma once
 
 #include <map>
 #include <utility>
 
-#include "drawing/recording/picture.h"
+#include "drawing/recording/recording.h"
 #include "host/renderer_options.h"
 #include "host/rendition.h"
 

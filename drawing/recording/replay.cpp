@@ -1,4 +1,4 @@
-// Pictures drawn through a renderer.
+// Recordings drawn through a renderer.
 #include "drawing/recording/replay.h"
 
 #include <cmath>
@@ -66,8 +66,8 @@ constexpr Sides every_side_but_the_right{true, false, true, true};
 
 class Replay {
 public:
-    Replay(const Picture& picture, Session& session, const Replay_Settings& settings)
-        : picture_(picture), session_(session), renderer_(session.renderer()), settings_(settings),
+    Replay(const Recording& recording, Session& session, const Replay_Settings& settings)
+        : recording_(recording), session_(session), renderer_(session.renderer()), settings_(settings),
           unchecked_(settings.unchecked), observer_before_(renderer_.standard_observer),
           presentation_before_(renderer_.presentation) {
         renderer_.standard_observer = {note_standard, this};
@@ -172,12 +172,12 @@ public:
     VT_Renderer_Data& renderer() noexcept { return renderer_; }
     Recorder* recorder() const noexcept { return session_.recorder(); }
     // The call that is being drawn, and its rendition.
-    const Call& call() const noexcept { return picture_.calls[call_]; }
+    const Call& call() const noexcept { return recording_.calls[call_]; }
     VT_Reference<VT_Rendition> rendition() {
         const Rendition* own = call().rendition.get();
         VT_Reference<VT_Rendition>& made = made_[own];
         if (!made) {
-            made = renditions_.make(own ? overlaid(picture_.rendition, *own) : picture_.rendition, renderer_.current_options);
+            made = renditions_.make(own ? overlaid(recording_.rendition, *own) : recording_.rendition, renderer_.current_options);
         }
         return made;
     }
@@ -207,7 +207,7 @@ private:
     void check_ordered(bool is_ordered, const char* keys) const;
     void check_ellipse(const VT_Rendition& rendition, const Ellipse& ellipse) const;
 
-    const Picture& picture_;
+    const Recording& recording_;
     Session& session_;
     VT_Renderer_Data& renderer_;
     const Replay_Settings& settings_;
@@ -216,7 +216,7 @@ private:
     VT_Presentation presentation_before_;
     Report report_;
     Rendition_Maker renditions_;
-    std::map<const Rendition*, VT_Reference<VT_Rendition>> made_; // for the options in force; null = the picture's own
+    std::map<const Rendition*, VT_Reference<VT_Rendition>> made_; // for the options in force; null = the recording's own
     std::size_t call_ = 0;
 };
 
@@ -250,8 +250,8 @@ constexpr void (*runners[])(Replay&, const Arguments&) = {
 static_assert(std::size(runners) == std::size(call_kinds));
 
 Report Replay::run() {
-    for (call_ = 0; call_ < picture_.calls.size(); ++call_) {
-        const Call_Kind& kind = *picture_.calls[call_].kind;
+    for (call_ = 0; call_ < recording_.calls.size(); ++call_) {
+        const Call_Kind& kind = *recording_.calls[call_].kind;
         if (!kind.is_drawn) {
             throw Not_Drawn(path_of_call(call_) + ": " + std::string(kind.name) + " is not yet drawn");
         }
@@ -260,13 +260,13 @@ Report Replay::run() {
     session_.options().set_color_system(1);
     session_.options().set_buffer_depth(16);
     session_.options().set_alpha_blending(false);
-    configure(picture_.configuration, "");
+    configure(recording_.configuration, "");
     session_.establish();
-    session_.canvas().set_depth_write(picture_.zbuffer_write);
-    session_.canvas().set_depth_test(vorna::Depth_Test{picture_.zbuffer_test});
+    session_.canvas().set_depth_write(recording_.zbuffer_write);
+    session_.canvas().set_depth_test(vorna::Depth_Test{recording_.zbuffer_test});
     renderer_.begin_picture_all();
-    for (call_ = 0; call_ < picture_.calls.size() && call_ <= settings_.last; ++call_) {
-        const Call& call = picture_.calls[call_];
+    for (call_ = 0; call_ < recording_.calls.size() && call_ <= settings_.last; ++call_) {
+        const Call& call = recording_.calls[call_];
         if (call_ < settings_.first && !sets_up(*call.kind)) {
             continue;
         }
@@ -305,11 +305,11 @@ void Replay::set_window(const Window& window, const std::string& path) {
 
     const VT_Int_Pair wanted = options.window_size();
     if (wanted.x > settings_.largest_side || wanted.y > settings_.largest_side) {
-        throw Picture_Error(path + "window: expected sides of at most " + std::to_string(settings_.largest_side) + " pixels");
+        throw Recording_Error(path + "window: expected sides of at most " + std::to_string(settings_.largest_side) + " pixels");
     }
     const auto fits = [](std::int32_t origin, std::int32_t length) { return origin <= INT32_MAX - length; };
     if (!fits(options.window_origin().x, options.window_size().x) || !fits(options.window_origin().y, options.window_size().y)) {
-        throw Picture_Error(path + "window: expected an origin that leaves room for the window below 2147483647");
+        throw Recording_Error(path + "window: expected an origin that leaves room for the window below 2147483647");
     }
 }
 
@@ -317,7 +317,7 @@ void Replay::set_option(const std::string& name, const Option_Setting& setting, 
     try {
         session_.canvas().set_option(name, std::visit([](const auto& value) { return VT_Option_Content(value); }, setting));
     } catch (const std::invalid_argument& error) {
-        throw Picture_Error(path + "options." + error.what());
+        throw Recording_Error(path + "options." + error.what());
     }
 }
 
@@ -333,7 +333,7 @@ std::int32_t Replay::note_presentation(void* replay, const VT_DCI_Point& top_lef
 }
 
 bool Replay::has_trusted_points() const {
-    const std::string_view name = picture_.calls[call_].kind->name;
+    const std::string_view name = recording_.calls[call_].kind->name;
     return name.starts_with("draw_dci_") || name.starts_with("draw_dc_");
 }
 
@@ -351,7 +351,7 @@ template <class Point, class Key> void Replay::check_point(const Point& point, K
     const double y = pixel_of(point.y);
     const bool is_inside = x >= window.left && x <= window.right && y >= window.bottom && y <= window.top;
     if (!is_inside && !unchecked_) {
-        throw Picture_Error(path_of_call(call_) + '.' + key() + ": expected a point inside the window, " + text_of(window));
+        throw Recording_Error(path_of_call(call_) + '.' + key() + ": expected a point inside the window, " + text_of(window));
     }
 }
 
@@ -360,13 +360,14 @@ void Replay::check_corners(const VT_DCI_Point& top_left, const VT_DCI_Point& bot
     const bool is_inside = (!sides.left || top_left.x >= window.left) && (!sides.right || bottom_right.x <= window.right) &&
                            (!sides.bottom || bottom_right.y >= window.bottom) && (!sides.top || top_left.y <= window.top);
     if (!is_inside && !unchecked_) {
-        throw Picture_Error(path_of_call(call_) + '.' + keys + ": expected corners inside the window, " + text_of(window));
+        throw Recording_Error(path_of_call(call_) + '.' + keys + ": expected corners inside the window, " + text_of(window));
     }
 }
 
 void Replay::check_ordered(bool is_ordered, const char* keys) const {
     if (!is_ordered && !unchecked_) {
-        throw Picture_Error(path_of_call(call_) + '.' + keys + ": expected the greater coordinates to the right and at the top");
+        throw Recording_Error(path_of_call(call_) + '.' + keys +
+                              ": expected the greater coordinates to the right and at the top");
     }
 }
 
@@ -375,7 +376,7 @@ void Replay::check_ordered(bool is_ordered, const char* keys) const {
 void Replay::check_ellipse(const VT_Rendition& rendition, const Ellipse& ellipse) const {
     const auto& slot = session_.actions().draw_dci_ellipse; // the other one is always installed with it
     const bool is_hosts = !slot.enabled || slot.function == &VD_Standard_Draw_DCI_Ellipse;
-    const bool is_outline = picture_.calls[call_].kind->name == "draw_dci_elliptical_arc";
+    const bool is_outline = recording_.calls[call_].kind->name == "draw_dci_elliptical_arc";
     const bool is_plain = rendition.line.style == 0 && rendition.line.weight <= 1 &&
                           !(is_outline && (rendition.line.flags & vorna::line_flag::smoothed) != 0);
     const auto rotation = static_cast<float>(ellipse.rotation);
@@ -391,14 +392,14 @@ void Replay::check_ellipse(const VT_Rendition& rendition, const Ellipse& ellipse
     const VT_Int_Rectangle room{0, window.right - window.left, 0, window.top - window.bottom};
     if (ellipse.center.x - a < room.left || ellipse.center.x + a > room.right || ellipse.center.y - b < room.bottom ||
         ellipse.center.y + b > room.top) {
-        throw Picture_Error(path_of_call(call_) + ".center and radii: expected an ellipse inside " + text_of(room));
+        throw Recording_Error(path_of_call(call_) + ".center and radii: expected an ellipse inside " + text_of(room));
     }
 }
 
 } // namespace
 
-Report replay(const Picture& picture, Session& session, const Replay_Settings& settings) {
-    return Replay(picture, session, settings).run();
+Report replay(const Recording& recording, Session& session, const Replay_Settings& settings) {
+    return Replay(recording, session, settings).run();
 }
 
 } // namespace vorna::drawing::recording

@@ -1,4 +1,4 @@
-// Pictures drawn through a renderer.
+// Recordings drawn through a renderer.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "drawing/recording/picture.h"
+#include "drawing/recording/recording.h"
 #include "drawing/recording/session.h"
 
 namespace vorna::drawing::recording {
@@ -36,7 +36,7 @@ struct Report {
 
 std::string json_of(const Report& report);
 
-// A call that pictures may hold but that is not drawn yet.
+// A call that recordings may hold but that is not drawn yet.
 class Not_Drawn : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -53,7 +53,7 @@ struct Replay_Settings {
     std::function<void(std::size_t call)> after_call;
 };
 
-// Throws Picture_Error for a picture that no host would send, and Not_Drawn before it draws anything.
-Report replay(const Picture& picture, Session& session, const Replay_Settings& settings = {});
+// Throws Recording_Error for a recording that no host would send, and Not_Drawn before it draws anything.
+Report replay(const Recording& recording, Session& session, const Replay_Settings& settings = {});
 
 } // namespace vorna::drawing::recording

@@ -31,7 +31,7 @@ public:
     VT_Renderer_Data& renderer() noexcept { return canvas_.renderer(); }
     // Window, colour system, palette and so on, as the next establish shall find them.
     VT_Renderer_Options& options() { return canvas_.options(); }
-    // The part of the picture that is drawn into, as the next establish shall find it.
+    // The device pixels that the next establish makes the window.
     void set_window(const VT_Int_Rectangle& window);
     // Fits buffers and actions to options and requested table. Throws when the buffers cannot be had.
     void establish();

@@ -1,4 +1,4 @@
-// What a picture is made of.
+// What a recording is made of.
 #include "drawing/recording/summary.h"
 
 #include <algorithm>
@@ -36,7 +36,7 @@ void add_bounds(Summary& summary, double x, double y, double z) {
     }
 }
 
-// What a picture that leaves something out means.
+// What a recording that leaves something out means.
 struct In_Force {
     explicit In_Force(const Configuration& c)
         : width(c.window.width.value_or(64)), height(c.window.height.value_or(64)),
@@ -99,13 +99,13 @@ std::size_t points_of(const Call& call) {
     return count;
 }
 
-Summary summary_of(const Picture& picture) {
+Summary summary_of(const Recording& recording) {
     Summary summary;
     std::fill(summary.low, summary.low + 3, std::numeric_limits<double>::infinity());
     std::fill(summary.high, summary.high + 3, -std::numeric_limits<double>::infinity());
     std::set<const Rendition*> renditions;
     std::set<const void*> textures, clips;
-    for (const Call& call : picture.calls) {
+    for (const Call& call : recording.calls) {
         Summary::Calls& calls = summary.calls[call.kind->name];
         const std::size_t points = points_of(call);
         ++calls.count;
@@ -121,7 +121,7 @@ Summary summary_of(const Picture& picture) {
         if (!draws || !renditions.insert(call.rendition.get()).second) {
             continue;
         }
-        const Rendition rendition = call.rendition ? overlaid(picture.rendition, *call.rendition) : picture.rendition;
+        const Rendition rendition = call.rendition ? overlaid(recording.rendition, *call.rendition) : recording.rendition;
         const auto& texture = rendition.face.texture;
         if (texture && texture->texels && textures.insert(texture->texels->get()).second) {
             summary.textures.push_back({texture->width.value_or(0), texture->height.value_or(0)});
@@ -134,22 +134,22 @@ Summary summary_of(const Picture& picture) {
     return summary;
 }
 
-std::string text_of(const Picture& picture) {
-    const In_Force in_force(picture.configuration);
-    const Summary summary = summary_of(picture);
+std::string text_of(const Recording& recording) {
+    const In_Force in_force(recording.configuration);
+    const Summary summary = summary_of(recording);
     std::string window = size_text(in_force.width, in_force.height) + " pixels at [" + std::to_string(in_force.origin.x) + ", " +
                          std::to_string(in_force.origin.y) + "]";
-    if (const auto& shown = picture.output) {
+    if (const auto& shown = recording.output) {
         window += ", shown " + size_text(shown->right - shown->left + 1, shown->top - shown->bottom + 1);
     }
     std::string text = line("window", window);
     text += line("pixels", std::string(in_force.color_system == 1 ? "32-bit colours" : "8-bit indices") +
                                (in_force.buffer_depth < 1 ? ", no depth buffer" : ", depth buffer") +
                                (in_force.alpha_blending ? ", alpha blending" : ""));
-    if (in_force.color_system != 1 || picture.configuration.palette) {
-        text += line("palette", palette_text(picture.configuration.palette));
+    if (in_force.color_system != 1 || recording.configuration.palette) {
+        text += line("palette", palette_text(recording.configuration.palette));
     }
-    for (const auto& [name, setting] : picture.configuration.options) {
+    for (const auto& [name, setting] : recording.configuration.options) {
         text += line("option", printable(name) + ": " + setting_text(setting));
     }
     text += line("renditions", std::to_string(summary.renditions));
@@ -166,7 +166,7 @@ std::string text_of(const Picture& picture) {
         }
         text += line("points", bounds);
     }
-    text += line("calls", std::to_string(picture.calls.size()));
+    text += line("calls", std::to_string(recording.calls.size()));
     for (const auto& [name, calls] : summary.calls) {
         char columns[128];
         std::snprintf(columns, sizeof columns, "%10zu  %-34.*s", calls.count, static_cast<int>(name.size()), name.data());
@@ -182,9 +182,9 @@ std::string text_of(const Picture& picture) {
     return text;
 }
 
-Json json_summary_of(const Picture& picture) {
-    const In_Force in_force(picture.configuration);
-    const Summary summary = summary_of(picture);
+Json json_summary_of(const Recording& recording) {
+    const In_Force in_force(recording.configuration);
+    const Summary summary = summary_of(recording);
     Json calls = Json::array();
     for (const auto& [name, of_kind] : summary.calls) {
         Json entry{{"call", name}, {"count", of_kind.count}, {"points", of_kind.points}};

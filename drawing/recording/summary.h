@@ -1,4 +1,4 @@
-// What a picture is made of.
+// What a recording is made of.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "drawing/recording/picture.h"
+#include "drawing/recording/recording.h"
 
 namespace vorna::drawing::recording {
 
@@ -27,13 +27,13 @@ struct Summary {
     std::vector<VT_Int_Pair> textures; // sizes of the different ones
 };
 
-Summary summary_of(const Picture& picture);
+Summary summary_of(const Recording& recording);
 
 // How many points a call has in its list.
 std::size_t points_of(const Call& call);
 
 // Some lines for people, and an object for programs.
-std::string text_of(const Picture& picture);
-nlohmann::ordered_json json_summary_of(const Picture& picture);
+std::string text_of(const Recording& recording);
+nlohmann::ordered_json json_summary_of(const Recording& recording);
 
 } // namespace vorna::drawing::recording

@@ -1,4 +1,4 @@
-// What the calls of a picture cost.
+// What the calls of a recording cost.
 #include "drawing/recording/timing.h"
 
 #include <algorithm>
@@ -79,11 +79,11 @@ VT_Int_Rectangle Change_Counter::area_of(const Call& call) const {
 }
 
 void Change_Counter::before_call(std::size_t call) {
-    costs_.push_back({call, points_of(picture_.calls[call])});
+    costs_.push_back({call, points_of(recording_.calls[call])});
 }
 
 void Change_Counter::after_call(std::size_t call) {
-    const VT_Int_Rectangle area = area_of(picture_.calls[call]), window = session_.window();
+    const VT_Int_Rectangle area = area_of(recording_.calls[call]), window = session_.window();
     if (area.left > area.right || area.bottom > area.top) {
         return;
     }
@@ -97,7 +97,7 @@ void Change_Counter::after_call(std::size_t call) {
     }
 }
 
-void measure(const Picture& picture, const Module_Choice& module, const Replay_Settings& settings, int repetitions,
+void measure(const Recording& recording, const Module_Choice& module, const Replay_Settings& settings, int repetitions,
              std::vector<Call_Cost>& costs) {
     using Clock = std::chrono::steady_clock;
     for (int i = 0; i < repetitions; ++i) {
@@ -111,7 +111,7 @@ void measure(const Picture& picture, const Module_Choice& module, const Replay_S
             cost->microseconds = i == 0 ? time : std::min(cost->microseconds, time);
             ++cost;
         };
-        replay(picture, session, timed);
+        replay(recording, session, timed);
     }
 }
 
@@ -142,11 +142,11 @@ void add(Call_Cost& sum, const Call_Cost& cost) {
 
 } // namespace
 
-std::string table_of(const Picture& picture, const std::vector<Call_Cost>& costs) {
+std::string table_of(const Recording& recording, const std::vector<Call_Cost>& costs) {
     std::string text = "    call   points     colors     depths microseconds  kind\n";
     std::map<std::string_view, std::pair<std::size_t, Call_Cost>> kinds;
     for (const Call_Cost& cost : costs) {
-        const std::string_view name = picture.calls[cost.call].kind->name;
+        const std::string_view name = recording.calls[cost.call].kind->name;
         text += line_of(std::to_string(cost.call), cost, name);
         for (const std::string_view sum : {name, std::string_view("all")}) {
             ++kinds[sum].first;
@@ -160,12 +160,12 @@ std::string table_of(const Picture& picture, const std::vector<Call_Cost>& costs
     return text + line_of(std::to_string(costs.size()), kinds["all"].second, "all");
 }
 
-std::string json_of(const Picture& picture, const std::vector<Call_Cost>& costs) {
+std::string json_of(const Recording& recording, const std::vector<Call_Cost>& costs) {
     using Json = nlohmann::ordered_json;
     Json calls = Json::array();
     for (const Call_Cost& cost : costs) {
         calls.push_back({{"call", cost.call},
-                         {"kind", picture.calls[cost.call].kind->name},
+                         {"kind", recording.calls[cost.call].kind->name},
                          {"points", cost.points},
                          {"colors_changed", cost.colors_changed},
                          {"depths_changed", cost.depths_changed},

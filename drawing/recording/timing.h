@@ -1,4 +1,4 @@
-// What the calls of a picture cost.
+// What the calls of a recording cost.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "drawing/image/image_file.h"
-#include "drawing/recording/picture.h"
+#include "drawing/recording/recording.h"
 #include "drawing/recording/replay.h"
 
 namespace vorna::drawing::recording {
@@ -21,7 +21,7 @@ struct Call_Cost {
 // Notes which pixels calls change, in one replay. Copies of both buffers are kept and compared after every call.
 class Change_Counter {
 public:
-    Change_Counter(const Picture& picture, Session& session) : picture_(picture), session_(session) {}
+    Change_Counter(const Recording& recording, Session& session) : recording_(recording), session_(session) {}
 
     // For Replay_Settings.
     void before_call(std::size_t call);
@@ -37,21 +37,21 @@ private:
 
     VT_Int_Rectangle area_of(const Call& call) const;
 
-    const Picture& picture_;
+    const Recording& recording_;
     Session& session_;
     Copy color_, depth_;
     std::vector<Call_Cost> costs_;
 };
 
-// Fills in the times: replays the picture so many times, each time in a new renderer.
-void measure(const Picture& picture, const Module_Choice& module, const Replay_Settings& settings, int repetitions,
+// Fills in the times: replays the recording so many times, each time in a new renderer.
+void measure(const Recording& recording, const Module_Choice& module, const Replay_Settings& settings, int repetitions,
              std::vector<Call_Cost>& costs);
 
 enum class Cost_Order { calls, time, pixels };
 
 void sort(std::vector<Call_Cost>& costs, Cost_Order order);
 // Lines for people, the totals of each kind of call last; and for programs.
-std::string table_of(const Picture& picture, const std::vector<Call_Cost>& costs);
-std::string json_of(const Picture& picture, const std::vector<Call_Cost>& costs);
+std::string table_of(const Recording& recording, const std::vector<Call_Cost>& costs);
+std::string json_of(const Recording& recording, const std::vector<Call_Cost>& costs);
 
 } // namespace vorna::drawing::recording

@@ -4,7 +4,7 @@
 #include "drawing/files/gzip.h"
 #include "drawing/recording/call_kinds.h"
 #include "drawing/recording/document.h"
-#include "drawing/recording/picture_reader.h"
+#include "drawing/recording/recording_reader.h"
 #include "drawing/recording/replay.h"
 #include "drawing/recording/session.h"
 #include "tests/fuzz/guarded_buffers.h"
@@ -294,7 +294,7 @@ void replay(std::string_view text) {
     using namespace vorna::drawing::recording;
     const std::string unpacked =
         vorna::drawing::is_gzip(text) ? vorna::drawing::gunzip(text, std::size_t{1} << 20) : std::string(text);
-    const Picture picture = read_picture(unpacked);
+    const Recording recording = read_recording(unpacked);
     fuzzing::Guarded_Buffers buffers({static_cast<std::int32_t>(text.size() % 3), static_cast<std::int32_t>(text.size() % 5)});
     vorna::drawing::Session session(fuzzing::renderer_module());
     session.renderer().buffer_creation = buffers.callback();
@@ -304,7 +304,7 @@ void replay(std::string_view text) {
         buffers.check(picture.calls[call].kind->name == "draw_window" ||
                       picture.calls[call].kind->name == "clear_depth_rectangle");
     };
-    json_of(replay(picture, session, settings));
+    json_of(replay(recording, session, settings));
 }
 
 } // namespace

@@ -1,17 +1,18 @@
 // Renditions laid over each other key by key.
 #include <gtest/gtest.h>
 
-#include "drawing/recording/picture_reader.h"
+#include "drawing/recording/recording_reader.h"
 
 namespace {
 
 using namespace vorna::drawing::recording;
 
-// The picture's rendition with that of its one call laid over it.
+// The rendition of the recording with that of its one call laid over it.
 Rendition overlaid_pair(const std::string& under, const std::string& over) {
-    const Picture picture = read_picture(R"({"picture": 1, "rendition": )" + under +
-                                         R"(, "calls": [{"call": "draw_dci_dot", "point": [0, 0], "rendition": )" + over + "}]}");
-    return overlaid(picture.rendition, *picture.calls[0].rendition);
+    const Recording recording =
+        read_recording(R"({"picture": 1, "rendition": )" + under +
+                       R"(, "calls": [{"call": "draw_dci_dot", "point": [0, 0], "rendition": )" + over + "}]}");
+    return overlaid(recording.rendition, *recording.calls[0].rendition);
 }
 
 TEST(Overlay, merges_groups_and_replaces_everything_else) {

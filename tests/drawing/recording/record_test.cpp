@@ -10,8 +10,8 @@
 
 #include "drawing/files/gzip.h"
 #include "drawing/recording/call_kinds.h"
-#include "drawing/recording/picture_reader.h"
-#include "drawing/recording/picture_writer.h"
+#include "drawing/recording/recording_reader.h"
+#include "drawing/recording/recording_writer.h"
 #include "tests/support/command_line.h"
 
 namespace replay_tests {
@@ -107,10 +107,10 @@ TEST_F(Record, floats_come_back_to_the_last_bit) {
             doubles.points.push_back({value * 1.1, -0.0, 1.0 / value});
         }
     }
-    Picture picture;
-    picture.calls.push_back({find_call_kind("draw_2d_polyline"), floats, nullptr});
-    picture.calls.push_back({find_call_kind("draw_3d_polyline"), doubles, nullptr});
-    const Picture read = read_picture(json_of(picture));
+    Recording recording;
+    recording.calls.push_back({find_call_kind("draw_2d_polyline"), floats, nullptr});
+    recording.calls.push_back({find_call_kind("draw_3d_polyline"), doubles, nullptr});
+    const Recording read = read_recording(json_of(recording));
     const auto same = [](const auto& a, const auto& b) {
         return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof a[0]) == 0;
     };
@@ -118,8 +118,8 @@ TEST_F(Record, floats_come_back_to_the_last_bit) {
     EXPECT_TRUE(same(std::get<Points<VT_Point_D>>(read.calls[1].arguments).points, doubles.points));
 
     doubles.points[7].y = std::numeric_limits<double>::infinity();
-    picture.calls[1].arguments = doubles;
-    EXPECT_THROW(json_of(picture), std::runtime_error);
+    recording.calls[1].arguments = doubles;
+    EXPECT_THROW(json_of(recording), std::runtime_error);
 }
 
 TEST_F(Record, goes_through_standard_streams) {

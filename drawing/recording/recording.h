@@ -1,6 +1,6 @@
-// A picture: a renderer configuration and the calls that draw into it, as plain data.
+// A recording: a renderer configuration and the calls that draw into it, as plain data.
 //
-// What a document leaves out stays empty here; defaults are filled in when the picture is replayed, because some depend on the
+// What a document leaves out stays empty here; defaults are filled in when the recording is replayed, because some depend on the
 // window and the palette in force. Long lists are shared, so that a rendition can be copied and laid over another cheaply.
 #pragma once
 
@@ -300,13 +300,13 @@ using Arguments =
 struct Call_Kind;
 
 struct Call {
-    const Call_Kind* kind = nullptr; // never null in a picture that was read
+    const Call_Kind* kind = nullptr; // never null in a recording that was read
     Arguments arguments;
-    std::shared_ptr<const Rendition> rendition; // laid over the picture's; null = nothing is. Calls may share it
+    std::shared_ptr<const Rendition> rendition; // laid over the recording's; null = nothing is. Calls may share it
     bool standard = false;                      // drawn by the host as if the renderer left the slot empty
 };
 
-struct Picture {
+struct Recording {
     Configuration configuration;
     bool zbuffer_write = true;
     std::int32_t zbuffer_test = 2;

@@ -1,5 +1,5 @@
-// Pictures as JSON documents.
-#include "drawing/recording/picture_writer.h"
+// Recordings as JSON documents.
+#include "drawing/recording/recording_writer.h"
 
 #include <array>
 #include <charconv>
@@ -35,7 +35,7 @@ private:
 
 class Writer {
 public:
-    std::string text(const Picture& picture);
+    std::string text(const Recording& recording);
 
 private:
     // An object that is being written; it ends with the variable.
@@ -257,7 +257,7 @@ private:
 
 void require_finite(double value) {
     if (!std::isfinite(value)) {
-        throw std::runtime_error("a picture cannot hold numbers that are not finite");
+        throw std::runtime_error("a recording cannot hold numbers that are not finite");
     }
 }
 
@@ -450,20 +450,20 @@ void Writer::put(const Call& call) {
 }
 
 // Calls are written first, because they say which renditions there are, then renditions, which say which lists there are.
-std::string Writer::text(const Picture& picture) {
-    const std::string calls = top_level_list("calls", picture.calls, [this](const Call& call) { put(call); });
+std::string Writer::text(const Recording& recording) {
+    const std::string calls = top_level_list("calls", recording.calls, [this](const Call& call) { put(call); });
     {
         Object object(*this);
         object.key("picture", 1);
-        put_configuration(object, picture.configuration);
-        if (!picture.zbuffer_write) {
+        put_configuration(object, recording.configuration);
+        if (!recording.zbuffer_write) {
             object.key("zbuffer_write", false);
         }
-        if (picture.zbuffer_test != Picture().zbuffer_test) {
-            object.key("zbuffer_test", picture.zbuffer_test);
+        if (recording.zbuffer_test != Recording().zbuffer_test) {
+            object.key("zbuffer_test", recording.zbuffer_test);
         }
-        object.given("output", picture.output);
-        put_group(object, "rendition", picture.rendition);
+        object.given("output", recording.output);
+        put_group(object, "rendition", recording.rendition);
     }
     text_.pop_back(); // what follows belongs to the same object
     const std::string renditions =
@@ -485,8 +485,8 @@ std::string Writer::text(const Picture& picture) {
 
 } // namespace
 
-std::string json_of(const Picture& picture) {
-    return Writer().text(picture);
+std::string json_of(const Recording& recording) {
+    return Writer().text(recording);
 }
 
 } // namespace vorna::drawing::recording

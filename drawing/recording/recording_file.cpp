@@ -1,5 +1,5 @@
-// Pictures in files, plain or compressed.
-#include "drawing/recording/picture_file.h"
+// Recordings in files, plain or compressed.
+#include "drawing/recording/recording_file.h"
 
 #include <new>
 #include <stdexcept>
@@ -9,12 +9,12 @@
 #include "drawing/files/input_file.h"
 #include "drawing/files/json_memory.h"
 #include "drawing/recording/document.h"
-#include "drawing/recording/picture_reader.h"
-#include "drawing/recording/picture_writer.h"
+#include "drawing/recording/recording_reader.h"
+#include "drawing/recording/recording_writer.h"
 
 namespace vorna::drawing::recording {
 
-Picture load(const std::string& path, Load_Limits& limits) {
+Recording load(const std::string& path, Load_Limits& limits) {
     const std::string name = name_of_input(path);
     try {
         std::string text = read_input(path, limits, most_bytes);
@@ -22,17 +22,17 @@ Picture load(const std::string& path, Load_Limits& limits) {
             text = unpacked_input(name, text, limits, most_bytes);
         }
         limits.take_memory(name, json_memory(text) + 2 * text.size());
-        return read_picture(text);
+        return read_recording(text);
     } catch (const std::bad_alloc&) {
         throw std::runtime_error(name + ": not enough memory to read it");
     }
 }
 
-std::string file_of(const Picture& picture, const std::string& path) {
-    std::string text = json_of(picture);
+std::string file_of(const Recording& recording, const std::string& path) {
+    std::string text = json_of(recording);
     if (text.size() > most_bytes) {
         throw std::runtime_error(path + ": the recording would be longer than the " + std::to_string(most_bytes >> 20) +
-                                 " MiB that a picture may have");
+                                 " MiB that a recording may have");
     }
     return path.ends_with(".gz") ? gzip(text) : text;
 }

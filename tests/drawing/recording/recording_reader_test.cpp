@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "drawing/recording/document.h"
-#include "drawing/recording/picture_reader.h"
+#include "drawing/recording/recording_reader.h"
 
 namespace {
 
@@ -16,9 +16,9 @@ struct Broken {
 
 std::string message_of(const std::string& text) {
     try {
-        read_picture(text);
+        read_recording(text);
         return "(nothing)";
-    } catch (const Picture_Error& error) {
+    } catch (const Recording_Error& error) {
         return error.what();
     }
 }
@@ -39,7 +39,7 @@ std::string calling(const std::string& call, const std::string& more = "") {
     return R"({"picture": 1, )" + more + R"("calls": [{"call": "set_zbuffer_test", "value": 1}, )" + call + "]}";
 }
 
-TEST(Picture_Reader, refuses_what_is_no_document) {
+TEST(Recording_Reader, refuses_what_is_no_document) {
     EXPECT_EQ(message_of(""), "parse error at line 1, column 1: syntax error while parsing value - unexpected end of input; "
                               "expected '[', '{', or a literal");
     EXPECT_EQ(message_of(R"({"picture": 1, "calls": [{"call": 1e999}]})"), "calls[0].call: number overflow parsing '1e999'");
@@ -49,7 +49,7 @@ TEST(Picture_Reader, refuses_what_is_no_document) {
     EXPECT_THAT(message_of(with("\"options\": " + std::string(100000, '['))), testing::EndsWith("[0]: nested too deeply"));
 }
 
-TEST(Picture_Reader, names_the_path_and_the_expected_form) {
+TEST(Recording_Reader, names_the_path_and_the_expected_form) {
     const std::string point = "expected [x, y] or [x, y, z] of whole numbers of 32 bits";
     const std::string color = "expected [r, g, b] or [r, g, b, a], each 0 to 255";
     const std::string side = "expected a whole number from 1 to 16384";
@@ -106,7 +106,7 @@ TEST(Picture_Reader, names_the_path_and_the_expected_form) {
     });
 }
 
-TEST(Picture_Reader, refuses_arrays_that_do_not_fit_each_other) {
+TEST(Recording_Reader, refuses_arrays_that_do_not_fit_each_other) {
     const std::string four = R"("points": [[0, 0], [9, 0], [0, 9], [9, 9]])";
     const std::string corners = R"("start": [0, 1], "end": [1, 0], )";
     expect_messages({

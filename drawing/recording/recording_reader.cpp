@@ -1,5 +1,5 @@
-// Pictures from JSON documents.
-#include "drawing/recording/picture_reader.h"
+// Recordings from JSON documents.
+#include "drawing/recording/recording_reader.h"
 
 #include <algorithm>
 #include <array>
@@ -667,7 +667,7 @@ Call call(const Reader& reader) {
 
 } // namespace
 
-Picture read_picture(std::string_view text) {
+Recording read_recording(std::string_view text) {
     const json document = parse_document(text);
     Shared_Values shared;
     const Reader reader(document, shared);
@@ -679,7 +679,7 @@ Picture read_picture(std::string_view text) {
     read_shared("texels", shared.texels, texels);
     read_shared("complex_clips", shared.complex_clips, complex_clip);
     read_shared("renditions", shared.renditions, own_rendition);
-    Picture picture;
+    Recording recording;
     std::int32_t version = 0;
     const auto only_version = [](const Reader& value) {
         if (!value.value().is_number_integer() || value.value() != 1) {
@@ -687,28 +687,30 @@ Picture read_picture(std::string_view text) {
         }
         return 1;
     };
-    read_configuration(reader, picture.configuration, required("picture", version, only_version),
-                       key("zbuffer_write", picture.zbuffer_write, boolean), key("zbuffer_test", picture.zbuffer_test, any_int),
-                       key("output", picture.output, rectangle), key("rendition", picture.rendition, rendition),
-                       read_elsewhere("texels", false), read_elsewhere("complex_clips", false),
-                       read_elsewhere("renditions", false), required("calls", picture.calls, list_of(call)));
+    read_configuration(reader, recording.configuration, required("picture", version, only_version),
+                       key("zbuffer_write", recording.zbuffer_write, boolean),
+                       key("zbuffer_test", recording.zbuffer_test, any_int), key("output", recording.output, rectangle),
+                       key("rendition", recording.rendition, rendition), read_elsewhere("texels", false),
+                       read_elsewhere("complex_clips", false), read_elsewhere("renditions", false),
+                       required("calls", recording.calls, list_of(call)));
 
     if (document.contains("rendition")) {
-        check_complete(reader.member("rendition", document["rendition"]), picture.rendition);
+        check_complete(reader.member("rendition", document["rendition"]), recording.rendition);
     }
     for (std::size_t i = 0; i < shared.renditions.size(); ++i) {
         const Reader renditions = reader.member("renditions", document["renditions"]);
-        check_complete(renditions.element(i), overlaid(picture.rendition, *shared.renditions[i]));
+        check_complete(renditions.element(i), overlaid(recording.rendition, *shared.renditions[i]));
     }
     const Reader calls = reader.member("calls", document["calls"]);
-    for (std::size_t i = 0; i < picture.calls.size(); ++i) {
+    for (std::size_t i = 0; i < recording.calls.size(); ++i) {
         const json& call = document["calls"][i];
-        if (picture.calls[i].rendition && call["rendition"].is_object()) {
+        if (recording.calls[i].rendition && call["rendition"].is_object()) {
             const Reader own = calls.element(i);
-            check_complete(own.member("rendition", call["rendition"]), overlaid(picture.rendition, *picture.calls[i].rendition));
+            check_complete(own.member("rendition", call["rendition"]),
+                           overlaid(recording.rendition, *recording.calls[i].rendition));
         }
     }
-    return picture;
+    return recording;
 }
 
 } // namespace vorna::drawing::recording
