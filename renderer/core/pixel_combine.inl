@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "renderer/core/compiler_hints.h"
 #include "renderer/core/dither.h"
 #include "renderer/core/pixel_target.h"
 

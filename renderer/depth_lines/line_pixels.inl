@@ -80,7 +80,7 @@ template <Line_Configuration c> void prepare_color(const Line_Target& target, Li
 
 template <Line_Shading shading, Line_Dither dither, class Format> struct Line_Source;
 template <Line_Dither dither, class Format> struct Line_Source<Line_Shading::index, dither, Format> {
-    using type = Index_Source;
+    using type = Index_Line_Source;
 };
 template <class Format> struct Line_Source<Line_Shading::flat, Line_Dither::ordered, Format> {
     using type = Flat_Line_Source<Format>;

@@ -5,8 +5,8 @@
 
 #include <cassert>
 
+#include "renderer/core/compiler_hints.h"
 #include "renderer/depth_lines/smoothed_kernels.h"
-#include "renderer/kernels/compiler_hints.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {

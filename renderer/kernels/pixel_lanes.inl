@@ -7,13 +7,17 @@
 #include <concepts>
 #include <cstring>
 
-#include "renderer/core/pixel_target.h"
+#include "renderer/core/compiler_hints.h"
 #include "renderer/core/pixel_combine.inl"
-#include "renderer/kernels/compiler_hints.h"
+#include "renderer/core/pixel_target.h"
 #include "renderer/kernels/pixel_rules.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
+
+inline bool lies_in_window(const Pixel_Target& target, std::int32_t row, std::int32_t column, std::int32_t count) {
+    return 0 <= row && row < target.height && 0 <= column && 0 < count && count <= target.width - column;
+}
 
 // A value that moves along a span, one lane a pixel.
 struct Ramp {
@@ -134,17 +138,28 @@ constexpr Reversed_Bytes reversed_bytes() {
 
 constexpr Reversed_Bytes reversed = reversed_bytes();
 
+// The place of a pixel in a mask row: a byte and a bit in it. The leftmost pixel of a byte is its highest bit.
+struct Mask_Cursor {
+    const std::uint8_t* mask_byte;
+    std::int32_t bit; // 0 to 7
+
+    static Mask_Cursor at(const std::uint8_t* mask_row, std::int32_t column) { return {mask_row + (column >> 3), column & 7}; }
+    // A set bit is clipped away.
+    bool drawable() const { return (*mask_byte & 0x80 >> bit) == 0; }
+};
+
 // Bit i: whether the mask leaves the pixel i columns on.
 inline std::uint32_t mask_bits(const std::uint8_t* mask_row, std::int32_t column) {
+    const Mask_Cursor cursor = Mask_Cursor::at(mask_row, column);
     if constexpr (lane_count == 1) {
-        return static_cast<std::uint32_t>(~(mask_row[column >> 3] >> (7 - (column & 7))) & 1);
+        return cursor.drawable() ? 1 : 0;
     }
-    const std::uint8_t* bytes = mask_row + (column >> 3);
+    const std::uint8_t* bytes = cursor.mask_byte;
     std::uint32_t clipped = std::uint32_t{reversed.of[bytes[0]]} | std::uint32_t{reversed.of[bytes[1]]} << 8;
     if constexpr (lane_count > 8) {
         clipped |= std::uint32_t{reversed.of[bytes[2]]} << 16;
     }
-    return ~(clipped >> (column & 7));
+    return ~(clipped >> cursor.bit);
 }
 
 // The same for eight pixels, in the low bits.

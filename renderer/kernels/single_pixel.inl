@@ -1,4 +1,5 @@
-// Drawing one pixel: clip, depth, colour. Included once for each vocabulary of one lane, after span.inl.
+// Drawing one pixel: clip, depth, colour. Included once for each vocabulary of lanes, after pixel_formats.inl; used with those of
+// one lane.
 
 #include <cassert>
 #include <cstdint>
@@ -14,7 +15,7 @@ KRB_ALWAYS_INLINE void draw_pixel(const typename Rules::Target& target, std::int
     using Depth = typename Rules::Depth;
     assert(lies_in_window(target, row, column, 1));
     if constexpr (Rules::clip == Clip_Rule::masked) {
-        if ((mask_bits(target.mask_rows[row], column) & 1) == 0) {
+        if (!Mask_Cursor::at(target.mask_rows[row], column).drawable()) {
             return;
         }
     }

@@ -6,10 +6,6 @@
 namespace krb::KRB_KERNEL_SET {
 namespace {
 
-inline bool lies_in_window(const Pixel_Target& target, std::int32_t row, std::int32_t column, std::int32_t count) {
-    return 0 <= row && row < target.height && 0 <= column && 0 < count && count <= target.width - column;
-}
-
 // What is left of a span that does not fill all lanes.
 struct Tail {
     std::int32_t column; // of lane 0

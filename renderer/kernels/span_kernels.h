@@ -51,8 +51,8 @@ inline constexpr auto fill_configurations =
 // Source pixels, stored as they are or blended by their alpha: (source * a + stored * (255 - a)) / 255, and the pixel becomes
 // opaque. Alpha 0 leaves all four bytes.
 inline constexpr auto copy_configurations =
-    join(every<Span_Configuration>(Choice{Pixel_Format::index8}, Choice{Depth_Rule::none, Depth_Rule::less_or_equal}, Choice{Pixel_Rule::store},
-                                   Choice{Clip_Rule::open, Clip_Rule::masked}),
+    join(every<Span_Configuration>(Choice{Pixel_Format::index8}, Choice{Depth_Rule::none, Depth_Rule::less_or_equal},
+                                   Choice{Pixel_Rule::store}, Choice{Clip_Rule::open, Clip_Rule::masked}),
          every<Span_Configuration>(Choice{Pixel_Format::rgb32}, Choice{Depth_Rule::none, Depth_Rule::less_or_equal},
                                    Choice{Pixel_Rule::store, Pixel_Rule::blend}, Choice{Clip_Rule::open, Clip_Rule::masked}));
 

@@ -3,7 +3,7 @@
 #include <cassert>
 #include <cstring>
 
-#include "renderer/kernels/compiler_hints.h"
+#include "renderer/core/compiler_hints.h"
 #include "renderer/kernels/pixel_formats.inl"
 #include "renderer/kernels/span.inl"
 #include "renderer/kernels/span_kernels.h"
@@ -106,8 +106,8 @@ template <Span_Configuration c> void fill(const Pixel_Target& target, const Mirr
         const std::int32_t extent = extent_of(row);
         if (extent >= 0) {
             const std::int32_t at = shape.y + row;
-            Span<Rules, typename Format::Flat>{
-                target, at, target.color_rows[at], nullptr, source, Ramp{splat(0), splat(0)}, false}
+            Span<Rules, typename Format::Flat>{target, at, target.color_rows[at], nullptr, source, Ramp{splat(0), splat(0)},
+                                               false}
                 .draw(shape.x - extent, 2 * extent + 1);
         }
     }
@@ -130,7 +130,7 @@ void copy(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* sourc
             ramp = Ramp::from(splat(depth.value), splat(depth.step));
         }
         Span<Rules, Source>{target, span.row, color_row, depth_row, Source{source, span.count}, ramp, false}.draw(span.column,
-                                                                                                              span.count);
+                                                                                                                  span.count);
         leave_lanes();
     }
 }

@@ -6,12 +6,12 @@
 #include <cstdlib>
 #include <utility>
 
+#include "renderer/core/compiler_hints.h"
 #include "renderer/core/fixed_point.h"
 #include "renderer/core/scratch.h"
 #include "renderer/depth_lines/line_target.h"
 #include "renderer/depth_lines/polylines_dci.h"
 #include "renderer/kernels/call_target.h"
-#include "renderer/kernels/compiler_hints.h"
 #include "renderer/kernels/kernel_sets.h"
 #include "renderer/kernels/span_kernels.h"
 #include "renderer/mask/mask_cache.h"
@@ -200,7 +200,8 @@ void draw_filled(const Software_Z_Buffer& renderer, const Ellipse& ellipse, cons
     const Span_Configuration configuration{format_of(Case::rgb32), Depth_Rule::none,
                                            ellipse.color.alpha == 255 ? Pixel_Rule::store : Pixel_Rule::blend,
                                            mask ? Clip_Rule::masked : Clip_Rule::open};
-    renderer.kernels->spans->fill[configuration](target_of(renderer, mask), {ellipse.x, ellipse.y, ellipse.radii.y, extents.data()}, ellipse.color);
+    renderer.kernels->spans->fill[configuration](target_of(renderer, mask),
+                                                 {ellipse.x, ellipse.y, ellipse.radii.y, extents.data()}, ellipse.color);
 }
 
 constexpr float quarter_turn = 1.5707964F, half_turn = 3.1415927F, three_quarter_turn = 4.712389F, full_turn = 6.2831855F;

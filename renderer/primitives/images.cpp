@@ -24,10 +24,9 @@ public:
         const bool tests_depth = has_depth(c) && renderer.draws_with_depth(rendition);
         depth_.setup_15(start.z, end.z, wrapping_subtract(end.x, start.x));
         target_.mask_rows = is_masked(renderer, rendition) ? renderer.mask_cache->newest->rows() : nullptr;
-        kernel_ = renderer.kernels->spans->copy[Span_Configuration{format_of(c),
-                                                                   tests_depth ? Depth_Rule::less_or_equal : Depth_Rule::none,
-                                                                   blends ? Pixel_Rule::blend : Pixel_Rule::store,
-                                                                   target_.mask_rows ? Clip_Rule::masked : Clip_Rule::open}];
+        kernel_ = renderer.kernels->spans->copy[Span_Configuration{
+            format_of(c), tests_depth ? Depth_Rule::less_or_equal : Depth_Rule::none,
+            blends ? Pixel_Rule::blend : Pixel_Rule::store, target_.mask_rows ? Clip_Rule::masked : Clip_Rule::open}];
     }
 
     // The depth moves on from pixel to pixel and, deliberately, from the end of a row to the start of the next.
