@@ -51,7 +51,7 @@ struct Ends {
     std::int32_t columns() const { return magnitude(subtract(x1, x0)); }
     std::int32_t rows() const { return magnitude(subtract(y1, y0)); }
     bool is_x_major() const { return columns() > rows(); }
-    // Without a branch, which would be guessed wrong half the time.
+    // Without a branch, which would be mispredicted half the time.
     std::int32_t row_step() const { return (subtract(y1, y0) >> 31) | 1; }
     // Change of x from row to row, 16.16.
     std::int32_t slope() const {
@@ -60,7 +60,7 @@ struct Ends {
     }
 };
 
-// How many rows ahead memory is asked for: lines that cross rows touch new memory with every row, which no processor foresees.
+// How many rows ahead memory is prefetched: every row of a line lies in new memory, which no processor predicts.
 constexpr std::int32_t rows_ahead = 16;
 
 // Which pixels of a segment are drawn.
@@ -324,7 +324,7 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
         paint.color = *color;
     }
     draw_last_point<c>(target, *point, paint);
-    leave_lanes();
+    clear_upper_halves();
 }
 
 template <Line_Configuration c> void draw_cut_segment(const Line_Target& target, const Cut_Segment& segment) {
@@ -336,7 +336,7 @@ template <Line_Configuration c> void draw_cut_segment(const Line_Target& target,
     const VT_Int_Pair ramps_from{subtract(segment.ramps_from.x, target.origin_x),
                                  subtract(segment.ramps_from.y, target.origin_y)};
     draw_segment<c>(target, ends, segment.paint, ramps_from, cut);
-    leave_lanes();
+    clear_upper_halves();
 }
 
 struct Polyline_Kernel_Of {

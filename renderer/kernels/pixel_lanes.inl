@@ -1,7 +1,7 @@
 // The rules of pixels in lanes: where colours come from, depth rules, masks. Included once for each vocabulary of lanes, after
 // it.
 //
-// A value at pixel i is start + i * step whichever way it is reached, so lanes may start anywhere.
+// A value at pixel i is start + i * step however it is computed, so lanes may start at any pixel.
 
 #include <bit>
 #include <concepts>
@@ -33,7 +33,7 @@ struct Ramp {
 
 inline std::uint32_t word_of_color(VT_RGB32 color) {
     if constexpr (std::endian::native == std::endian::little) {
-        // Compilers take the bytes apart otherwise, and put them together again for every line.
+        // Compilers would otherwise split and reassemble the bytes for every line.
         std::uint32_t word;
         std::memcpy(&word, &color, sizeof word);
         return word;

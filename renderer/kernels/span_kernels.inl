@@ -111,7 +111,7 @@ template <Span_Configuration c> void fill(const Pixel_Target& target, const Mirr
                 .draw(shape.x - extent, 2 * extent + 1);
         }
     }
-    leave_lanes();
+    clear_upper_halves();
 }
 
 template <Span_Configuration c>
@@ -131,7 +131,7 @@ void copy(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* sourc
         }
         Span<Rules, Source>{target, span.row, color_row, depth_row, Source{source, span.count}, ramp, false}.draw(span.column,
                                                                                                                   span.count);
-        leave_lanes();
+        clear_upper_halves();
     }
 }
 

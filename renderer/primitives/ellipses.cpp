@@ -25,8 +25,8 @@ struct Radii {
     std::int32_t x, y;
 };
 
-// The walks tell a shape where its outline runs, relative to the centre (in line: called, they would look up the shape's values
-// anew after every pixel):
+// A walk passes the places of the outline, relative to the centre, to these functions of a shape. (The walk around circles is
+// inlined: calls would reload the shape's values after every pixel.)
 //   add_row_ends(dx)     the pixels dx to both sides in the centre's row
 //   add_column_ends(dy)  the pixels dy up and down in the centre's column
 //   add(dx, dy)          the pixels dx to both sides in the rows dy up and down
@@ -108,7 +108,7 @@ template <class Shape> void walk(Radii radii, Shape& shape) {
     }
 }
 
-// How many rows ahead memory is asked for: where an outline is steep every row is new memory, which no processor foresees.
+// How many rows ahead memory is prefetched: where an outline is steep every row lies in new memory, which no processor predicts.
 constexpr std::int32_t rows_ahead = 8;
 
 // Draws the pixels in the order of the walk, which meets the upper and the lower end of an ellipse twice: there it blends twice.
