@@ -20,19 +20,4 @@ Dither make_dither(const VT_Color_Cube& cube) noexcept {
     return dither;
 }
 
-std::uint8_t dithered_index(const Dither& dither, VT_RGB32 color, const std::uint8_t* pixel, std::int32_t row) noexcept {
-    const auto threshold = static_cast<std::uint32_t>(dither.thresholds[row & 7][reinterpret_cast<std::uintptr_t>(pixel) & 7]);
-    std::uint32_t index = static_cast<std::uint32_t>(dither.base);
-    // The cell of blue counts once whatever the cube's blue stride; only its step up takes the stride.
-    const auto channel = [&](std::uint8_t value, std::int32_t multiplier, std::int32_t cell_weight, std::int32_t stride) {
-        const std::uint32_t scaled = value * static_cast<std::uint32_t>(multiplier) << 8;
-        index += (scaled >> 16 & 0xFF) * static_cast<std::uint32_t>(cell_weight);
-        index += threshold >= 0xFFFF - (scaled & 0xFFFF) ? static_cast<std::uint32_t>(stride) : 0;
-    };
-    channel(color.red, dither.red_multiplier, dither.red_stride, dither.red_stride);
-    channel(color.green, dither.green_multiplier, dither.green_stride, dither.green_stride);
-    channel(color.blue, dither.blue_multiplier, 1, dither.blue_stride);
-    return static_cast<std::uint8_t>(index);
-}
-
 } // namespace krb

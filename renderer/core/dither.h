@@ -24,7 +24,4 @@ struct Dither {
 
 Dither make_dither(const VT_Color_Cube& cube) noexcept;
 
-// The index of a colour at a pixel: column phase from the low three bits of its byte address, row phase from its buffer row.
-std::uint8_t dithered_index(const Dither& dither, VT_RGB32 color, const std::uint8_t* pixel, std::int32_t row) noexcept;
-
 } // namespace krb

@@ -6,7 +6,7 @@
 #if defined(_WIN32)
 #include <windows.h>
 
-// Thread notifications are declined; whether the runtime lets them be does not matter.
+// Declines thread notifications; failure to do so is harmless.
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
     if (reason == DLL_PROCESS_ATTACH) {
         DisableThreadLibraryCalls(module);
@@ -21,7 +21,7 @@ VT_Renderer_Data* VD_Renderer(const VT_Renderer_Data* const& prototype) {
     return new krb::Software_Z_Buffer(*prototype);
 }
 
-// One function under two names, where compiler and object format have such. A call from one to the other could end in a
+// One function under two names, where compiler and object format support aliases. A call from one to the other could end in a
 // VD_Renderer that the program itself exports.
 #if defined(__GNUC__) && !defined(__APPLE__)
 VT_Renderer_Data* VD_KRB_Renderer(const VT_Renderer_Data* const& prototype) __attribute__((alias("VD_Renderer")));

@@ -56,6 +56,10 @@ struct Fixed_Interpolator {
     }
 
     constexpr void advance() noexcept { value = wrapping_add(value, step); }
+    constexpr void skip(std::int32_t steps) noexcept {
+        value = static_cast<std::int32_t>(static_cast<std::uint32_t>(value) +
+                                          static_cast<std::uint32_t>(step) * static_cast<std::uint32_t>(steps));
+    }
 
 private:
     template <int fraction_bits> constexpr void setup(std::int32_t a, std::int32_t b, std::int32_t n) noexcept {

@@ -93,7 +93,7 @@ Software_Z_Buffer::Software_Z_Buffer(const VT_Renderer_Data& prototype)
         !current[Handle::mask_cache]->as_object<Mask_Cache_Data>()) {
         current[Handle::mask_cache]->set_value(requested[Handle::mask_cache]->value());
     }
-    // For the length of construction only: memory that is too short for a cache is noticed here, before anything is drawn.
+    // Released at the end of construction: when there is no memory for a cache, construction fails before anything is drawn.
     mask_cache = new Mask_Cache_Data;
     declared_options.set_buffer_depth(16);
     declared_options.set_backing_store(true);
@@ -111,8 +111,8 @@ Software_Z_Buffer::~Software_Z_Buffer() {
     color_buffer = nullptr;
 }
 
-// A renderer that could not get all it needs holds no buffers, and so draws nothing, until it is established again. What it has
-// kept of the old window and what it has got of the new one do not go together.
+// Releases the buffers unless establish() succeeds: buffers of the old window and of the new one must not be mixed. Without
+// buffers the renderer draws nothing until it is established again.
 class Software_Z_Buffer::All_Or_Nothing {
 public:
     explicit All_Or_Nothing(Software_Z_Buffer& renderer) noexcept : renderer_(renderer) {}

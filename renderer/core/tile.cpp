@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::int64_t guard_distance = 0x40000000;
 
-std::int32_t held(std::int64_t coordinate) noexcept {
+std::int32_t clamped_to_int32(std::int64_t coordinate) noexcept {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(coordinate, INT32_MIN, INT32_MAX));
 }
 
@@ -31,14 +31,16 @@ void move_complex_clip(VT_Clip_Attributes& clip, VT_Int_Pair origin) {
 
 } // namespace
 
-// The rendition is copied whole and the caller's not held: hosts keep renditions on the stack too, where nothing counts
-// references, and the last one given up would delete them. A caller's rendition outlives the call anyhow.
+// The rendition is copied, without a reference to the caller's: hosts keep renditions on the stack too, and the release of the
+// last reference would delete them. The caller's rendition outlives the call.
 Tile::Tile(Software_Z_Buffer& renderer, const VT_Rendition& rendition)
     : renderer_(renderer), origin_(renderer.window_origin), outer_origin_(renderer.tile_origin),
       keeps_to_hard_clip_(renderer.keeps_to_hard_clip),
       has_local_coordinates_(renderer.current_renderer_options().local_coordinates()),
-      rendition_(new VT_Rendition(rendition)), guard_band_{held(origin_.x - guard_distance), held(origin_.x + guard_distance),
-                                                           held(origin_.y - guard_distance), held(origin_.y + guard_distance)} {
+      rendition_(new VT_Rendition(rendition)), guard_band_{clamped_to_int32(origin_.x - guard_distance),
+                                                           clamped_to_int32(origin_.x + guard_distance),
+                                                           clamped_to_int32(origin_.y - guard_distance),
+                                                           clamped_to_int32(origin_.y + guard_distance)} {
     const VT_Int_Pair size = renderer.window_size;
     const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
     rendition_->set_hard_clip_unrestricted(

@@ -17,7 +17,7 @@ const VT_Reference<const VT_Basic_Material>& plain_material() {
     return material;
 }
 
-// Wide enough for any picture, and far from where integers end.
+// Wide enough for every window, and far below the integer limit.
 std::int32_t casing_weight(double width, std::int32_t weight) noexcept {
     constexpr std::int32_t most = 1 << 30;
     if (weight >= 2) {

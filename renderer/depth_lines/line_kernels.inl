@@ -51,7 +51,7 @@ struct Ends {
     std::int32_t columns() const { return magnitude(subtract(x1, x0)); }
     std::int32_t rows() const { return magnitude(subtract(y1, y0)); }
     bool is_x_major() const { return columns() > rows(); }
-    // Without a branch, which would be guessed wrong half the time.
+    // Without a branch, which would be mispredicted half the time.
     std::int32_t row_step() const { return (subtract(y1, y0) >> 31) | 1; }
     // Change of x from row to row, 16.16.
     std::int32_t slope() const {
@@ -60,7 +60,7 @@ struct Ends {
     }
 };
 
-// How many rows ahead memory is asked for: lines that cross rows touch new memory with every row, which no processor foresees.
+// How many rows ahead memory is prefetched: every row of a line lies in new memory, which no processor predicts.
 constexpr std::int32_t rows_ahead = 16;
 
 // Which pixels of a segment are drawn.
@@ -248,41 +248,28 @@ inline Cut window_limits(const Pixel_Target& target, const Ends& ends) {
     return {to_first < 0 ? 0 : to_first, to_last, 0, target.width - 1, 0};
 }
 
-// The last point has its own depth, tested and written by a rule of its own. Shaded pixels are opaque.
+// The last point has its own depth, tested and written by the fixed rule. Of interpolated colours its own one is drawn, opaque
+// where pixels are stored.
 template <Line_Configuration c> void draw_last_point(const Line_Target& target, const VT_DCI_Point& point, Line_Paint paint) {
-    constexpr Line_Configuration pixel_only = {c.shading == Line_Shading::gouraud ? Line_Shading::flat : c.shading,
-                                               c.format,
-                                               c.dither,
-                                               Depth_Rule::none,
-                                               c.pixel,
-                                               Clip_Rule::open};
+    constexpr bool is_shaded = c.shading == Line_Shading::gouraud;
+    constexpr Line_Configuration of_pixel = {is_shaded ? Line_Shading::flat : c.shading,
+                                             c.format,
+                                             c.dither,
+                                             c.depth == Depth_Rule::none ? Depth_Rule::none : Depth_Rule::less_or_equal,
+                                             c.pixel,
+                                             c.clip};
     const std::int32_t row = subtract(point.y, target.origin_y);
     const std::int32_t column = subtract(point.x, target.origin_x);
     if (!is_in_window(target, column, row)) {
         return;
     }
-    if constexpr (c.clip == Clip_Rule::masked) {
-        if ((mask_bits(target.mask_rows[row], column) & 1) == 0) {
-            return;
+    if constexpr (is_shaded) {
+        if constexpr (c.pixel == Pixel_Rule::store) {
+            paint.color.alpha = 255;
         }
+        single::prepare_color<of_pixel>(target, paint);
     }
-    if constexpr (c.depth != Depth_Rule::none) {
-        std::uint8_t* at = target.depth_rows[row] + std::int64_t{2} * column;
-        std::uint16_t stored;
-        std::memcpy(&stored, at, 2);
-        if (point.z > stored) {
-            return;
-        }
-        stored = static_cast<std::uint16_t>(point.z);
-        std::memcpy(at, &stored, 2);
-    }
-    if constexpr (c.shading == Line_Shading::gouraud && c.pixel == Pixel_Rule::store) {
-        paint.color.alpha = 255;
-    }
-    if constexpr (c.shading == Line_Shading::gouraud) {
-        single::prepare_color<pixel_only>(target, paint);
-    }
-    single::Line_Pen<pixel_only>(target, paint).draw_single(row, column);
+    single::draw_line_pixel<of_pixel>(target, row, column, point.z, paint);
 }
 
 // Whether the target has what the configuration reads.
@@ -337,7 +324,7 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
         paint.color = *color;
     }
     draw_last_point<c>(target, *point, paint);
-    leave_lanes();
+    clear_upper_halves();
 }
 
 template <Line_Configuration c> void draw_cut_segment(const Line_Target& target, const Cut_Segment& segment) {
@@ -349,7 +336,7 @@ template <Line_Configuration c> void draw_cut_segment(const Line_Target& target,
     const VT_Int_Pair ramps_from{subtract(segment.ramps_from.x, target.origin_x),
                                  subtract(segment.ramps_from.y, target.origin_y)};
     draw_segment<c>(target, ends, segment.paint, ramps_from, cut);
-    leave_lanes();
+    clear_upper_halves();
 }
 
 struct Polyline_Kernel_Of {

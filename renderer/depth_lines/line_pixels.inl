@@ -2,6 +2,7 @@
 
 #include "renderer/depth_lines/line_kernels.h"
 #include "renderer/kernels/pixel_formats.inl"
+#include "renderer/kernels/single_pixel.inl"
 #include "renderer/kernels/span.inl"
 
 namespace krb::KRB_KERNEL_SET {
@@ -11,12 +12,8 @@ inline Ramp ramp_of(Line_Ramp ramp) {
     return Ramp::from(splat(ramp.value), splat(ramp.step));
 }
 
-// One palette index everywhere.
-struct Index_Source : Uniform_Source {
-    Int index;
-
-    Index_Source(const Line_Target&, const Line_Paint& paint) : index(splat(paint.index)) {}
-    Int index_lanes(const Line_Target&, Int) const { return index; }
+struct Index_Line_Source : Index_Source {
+    Index_Line_Source(const Line_Target&, const Line_Paint& paint) : Index_Source(paint.index) {}
 };
 
 template <class Format> struct Flat_Line_Source : Format::Flat {
@@ -83,7 +80,7 @@ template <Line_Configuration c> void prepare_color(const Line_Target& target, Li
 
 template <Line_Shading shading, Line_Dither dither, class Format> struct Line_Source;
 template <Line_Dither dither, class Format> struct Line_Source<Line_Shading::index, dither, Format> {
-    using type = Index_Source;
+    using type = Index_Line_Source;
 };
 template <class Format> struct Line_Source<Line_Shading::flat, Line_Dither::ordered, Format> {
     using type = Flat_Line_Source<Format>;
@@ -154,6 +151,13 @@ private:
     Source source_;
     Ramp depth_;
 };
+
+// One pixel with a depth of its own.
+template <Line_Configuration c>
+void draw_line_pixel(const Line_Target& target, std::int32_t row, std::int32_t column, std::int32_t z, const Line_Paint& paint) {
+    using Source = typename Line_Source<c.shading, c.dither, Format_Type<c.format>>::type;
+    draw_pixel<Line_Span_Rules<c>>(target, row, column, z, Source(target, paint));
+}
 
 } // namespace
 } // namespace krb::KRB_KERNEL_SET

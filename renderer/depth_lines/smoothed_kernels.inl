@@ -5,8 +5,8 @@
 
 #include <cassert>
 
+#include "renderer/core/compiler_hints.h"
 #include "renderer/depth_lines/smoothed_kernels.h"
-#include "renderer/kernels/compiler_hints.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -14,7 +14,7 @@ namespace {
 // ---- tables
 
 // By the distance from the ideal line in 1/256 pixel: linear, from the whole colour on the line to nothing at 313, rounded. Two
-// entries are kept one lower, as pictures have always had them.
+// entries are one lower; pictures depend on them.
 constexpr std::int32_t distance_weight(std::int32_t distance) {
     constexpr std::int32_t reach = 313;
     if (distance == 162 || distance == 173) {
@@ -144,7 +144,7 @@ struct In_Column {
     void store(Pixels<3> pixels) const { store_pixels(pixel[0], pixel[1], pixel[2], pixels); }
 };
 
-// How many steps ahead memory is asked for, since no processor foresees in which row the next pixels lie.
+// How many steps ahead memory is prefetched, since no processor predicts in which row the next pixels lie.
 constexpr std::int32_t steps_ahead = 16;
 
 // Which pixels are tested: none, those beside the line against the visible rectangle, or besides these the ones on the line

@@ -1,5 +1,5 @@
-// Pixels of smoothed lines for x86-64-v2 (SSE4.2) and everything above. What each name means is said in
-// blended_pixels_portable.h.
+// Pixels of smoothed lines for x86-64-v2 (SSE4.2) and everything above. The names are documented in
+// blended_pixels_portable.inl.
 #pragma once
 
 #include <cstdint>

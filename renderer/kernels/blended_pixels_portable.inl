@@ -3,7 +3,7 @@
 //   Pixels   one, three or four 32-bit pixels
 //   Weights  of four pixels, 0 to 256 each
 //   Ink      a colour and its own weight, 0 to 256
-// Pixels are addressed by bytes; no alignment is asked for, and nothing is read or written beside them.
+// Pixels are addressed by bytes; no alignment is required, and nothing is read or written beside them.
 #pragma once
 
 #include <cstddef>

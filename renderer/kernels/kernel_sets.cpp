@@ -1,4 +1,4 @@
-// Choice of the kernel set. This file is compiled for the oldest processor and decides what newer code may run.
+// Choice of the kernel set. This file is compiled for the oldest processor, since it runs before the choice.
 #include "renderer/kernels/kernel_sets.h"
 
 #include <cstdlib>
@@ -38,9 +38,9 @@ struct Candidate {
 
 #if defined(KRB_X86_64)
 #if defined(_MSC_VER)
-// Bits of the processor's own tables, and of the registers that the operating system saves.
+// Bits that the processor reports, and bits of the registers that the operating system saves.
 #if defined(__clang__)
-__attribute__((target("xsave"))) // which Clang wants for _xgetbv; the processor is asked before
+__attribute__((target("xsave"))) // required by Clang for _xgetbv, which is called only on processors that have it
 #endif
 bool has_features(int leaf_1_ecx, int leaf_7_ebx, unsigned long long saved_registers) {
     int words[4];
@@ -59,7 +59,7 @@ bool has_baseline() {
     return has_features(1 << 20 | 1 << 19 | 1 << 9 | 1 << 23, 0, 0);
 }
 
-// What compilers may use besides when they are told AVX2: FMA, BMI1 and BMI2.
+// With AVX2 enabled compilers may also use FMA, BMI1 and BMI2.
 bool has_avx2() {
     return has_features(1 << 28 | 1 << 12, 1 << 5 | 1 << 3 | 1 << 8, 0x6);
 }

@@ -1,4 +1,4 @@
-// The vocabulary of lanes for AVX2: eight pixels. What each name means is said in lanes_portable.h.
+// The vocabulary of lanes for AVX2: eight pixels. The names are documented in lanes_portable.inl.
 #pragma once
 
 #include "renderer/kernels/attributes_avx2.inl"
@@ -22,7 +22,7 @@ struct Active {
 
 struct All {};
 
-inline void leave_lanes() {
+inline void clear_upper_halves() {
     _mm256_zeroupper();
 }
 

@@ -1,5 +1,5 @@
-// The vocabulary of lanes for AVX-512 (F, BW, DQ, VL): sixteen pixels, masked loads and stores. What each name means is said in
-// lanes_portable.h.
+// The vocabulary of lanes for AVX-512 (F, BW, DQ, VL): sixteen pixels, masked loads and stores. The names are documented in
+// lanes_portable.inl.
 #pragma once
 
 #include "renderer/kernels/attributes_avx2.inl"
@@ -20,7 +20,7 @@ struct Active {
 
 struct All {};
 
-inline void leave_lanes() {
+inline void clear_upper_halves() {
     _mm256_zeroupper();
 }
 

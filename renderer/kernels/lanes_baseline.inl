@@ -1,4 +1,4 @@
-// The vocabulary of lanes for x86-64-v2 (SSE4.2): four pixels. What each name means is said in lanes_portable.h.
+// The vocabulary of lanes for x86-64-v2 (SSE4.2): four pixels. The names are documented in lanes_portable.inl.
 #pragma once
 
 #include <cstddef>
@@ -27,7 +27,7 @@ struct Active {
 
 struct All {};
 
-inline void leave_lanes() {
+inline void clear_upper_halves() {
 }
 
 inline Int splat(std::int32_t value) {

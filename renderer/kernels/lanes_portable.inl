@@ -1,4 +1,4 @@
-// The vocabulary of lanes in plain C++: one pixel at a time. It runs everywhere and is what the other sets are held against.
+// The vocabulary of lanes in plain C++: one pixel at a time. It runs everywhere; the other sets must give the same bytes.
 //
 // Each set defines the same names inside its own anonymous namespace:
 //   Int                lane_count 32-bit integers that wrap
@@ -27,9 +27,9 @@ struct Active {
 
 struct All {};
 
-// Last thing a kernel does: what newer vectors leave behind would slow down older ones. Compilers see to it themselves, but not
-// where a kernel ends in a call of its own.
-inline void leave_lanes() {
+// Called at the end of a kernel: upper halves of vector registers that are not cleared slow down older vector instructions.
+// Compilers clear them, except where a kernel ends in a call.
+inline void clear_upper_halves() {
 }
 
 inline Int splat(std::int32_t value) {
@@ -139,7 +139,7 @@ inline Int load_ints(const std::int32_t* from) {
     return {static_cast<std::uint32_t>(*from)};
 }
 
-// Pixels, depths and indices are addressed by bytes; no alignment is asked for.
+// Pixels, depths and indices are addressed by bytes; no alignment is required.
 inline Int load_depths(const std::uint8_t* from, Active active) {
     std::uint16_t depth = 0;
     if (active.lane) {

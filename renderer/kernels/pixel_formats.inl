@@ -21,6 +21,14 @@ struct Uniform_Source {
     void advance_group(Int) {}
 };
 
+// One palette index everywhere.
+struct Index_Source : Uniform_Source {
+    Int index;
+
+    explicit Index_Source(std::uint8_t of_all) : index(splat(of_all)) {}
+    Int index_lanes(const Pixel_Target&, Int) const { return index; }
+};
+
 // 32-bit pixels: blue, green, red and alpha.
 struct Colour_32 {
     static constexpr Pixel_Format format = Pixel_Format::rgb32;

@@ -1,18 +1,23 @@
-// The rules of pixels in lanes: where colours come from, depth rules, pixel rules, masks. Included once for each vocabulary of
-// lanes, after it.
+// The rules of pixels in lanes: where colours come from, depth rules, masks. Included once for each vocabulary of lanes, after
+// it.
 //
-// A value at pixel i is start + i * step whichever way it is reached, so lanes may start anywhere.
+// A value at pixel i is start + i * step however it is computed, so lanes may start at any pixel.
 
 #include <bit>
 #include <concepts>
 #include <cstring>
 
+#include "renderer/core/compiler_hints.h"
+#include "renderer/core/pixel_combine.inl"
 #include "renderer/core/pixel_target.h"
-#include "renderer/kernels/compiler_hints.h"
 #include "renderer/kernels/pixel_rules.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
+
+inline bool lies_in_window(const Pixel_Target& target, std::int32_t row, std::int32_t column, std::int32_t count) {
+    return 0 <= row && row < target.height && 0 <= column && 0 < count && count <= target.width - column;
+}
 
 // A value that moves along a span, one lane a pixel.
 struct Ramp {
@@ -28,7 +33,7 @@ struct Ramp {
 
 inline std::uint32_t word_of_color(VT_RGB32 color) {
     if constexpr (std::endian::native == std::endian::little) {
-        // Compilers take the bytes apart otherwise, and put them together again for every line.
+        // Compilers would otherwise split and reassemble the bytes for every line.
         std::uint32_t word;
         std::memcpy(&word, &color, sizeof word);
         return word;
@@ -40,44 +45,6 @@ inline std::uint32_t word_of_color(VT_RGB32 color) {
 inline Int pixel_word(VT_RGB32 color) {
     return splat(static_cast<std::int32_t>(word_of_color(color)));
 }
-
-// One channel of a colour that is dithered.
-struct Dithered_Channel {
-    Int cell;       // of the cube
-    Int complement; // 65535 less the fraction: the least threshold that steps up to the next cell
-
-    static Dithered_Channel of(Int value, std::int32_t multiplier, std::int32_t bias) {
-        const Int scaled = shift_left<8>(value * splat(multiplier)) | splat(bias);
-        return {shift_right<16>(scaled) & splat(0xFF), splat(0xFFFF) - (scaled & splat(0xFFFF))};
-    }
-    Int step_up(Int thresholds, std::int32_t stride) const { return where(less_or_equal(complement, thresholds), splat(stride)); }
-};
-
-struct Dithered_Color {
-    Dithered_Channel red, green, blue;
-    Int index; // of the cell
-
-    static Dithered_Color of(const Pixel_Target& target, Int red, Int green, Int blue) {
-        const Dither& dither = *target.dither;
-        const std::int32_t bias = target.dither_bias;
-        Dithered_Color color{Dithered_Channel::of(red, dither.red_multiplier, bias),
-                             Dithered_Channel::of(green, dither.green_multiplier, bias),
-                             Dithered_Channel::of(blue, dither.blue_multiplier, bias), splat(dither.base)};
-        // The cell of blue counts once, whatever the cube's blue stride.
-        color.index = color.index + color.red.cell * splat(dither.red_stride) + color.green.cell * splat(dither.green_stride) +
-                      color.blue.cell;
-        return color;
-    }
-    static Dithered_Color of_pixels(const Pixel_Target& target, Int pixels) {
-        const Int byte = splat(0xFF);
-        return of(target, shift_right<16>(pixels) & byte, shift_right<8>(pixels) & byte, pixels & byte);
-    }
-    // Correct in the low eight bits, which are all that is stored.
-    Int indices(const Dither& dither, Int thresholds) const {
-        return index + red.step_up(thresholds, dither.red_stride) + green.step_up(thresholds, dither.green_stride) +
-               blue.step_up(thresholds, dither.blue_stride);
-    }
-};
 
 // Channels that move along the span. The stored pixel is opaque.
 struct Gouraud_Source {
@@ -146,66 +113,6 @@ template <> struct Depth_Of<Depth_Rule::none> { using type = No_Depth; };
 template <> struct Depth_Of<Depth_Rule::less_or_equal> { using type = Less_Or_Equal; };
 template <> struct Depth_Of<Depth_Rule::by_mode> { using type = By_Mode; };
 
-// ---- pixel rules: source pixels and stored pixels to what is written
-
-struct Store {
-    static constexpr bool reads = false;
-    static constexpr bool merges = false;
-};
-
-// (source * a + stored * (255 - a)) / 255, truncated, for each colour byte; the pixel becomes opaque.
-struct Blend {
-    static constexpr bool reads = true;
-    static constexpr bool merges = false;
-    KRB_ALWAYS_INLINE static Int combine(const Pixel_Target&, Int source, Int alphas, Int stored) {
-        const Int even = splat(0x00FF00FF);
-        const Int weights = alphas | shift_left<16>(alphas);
-        const Int rest = even - weights;
-        const Int red_blue = divided_by_255(multiply_halves(source & even, weights) + multiply_halves(stored & even, rest));
-        const Int green = divided_by_255(multiply_halves(shift_right<8>(source) & even, weights) +
-                                         multiply_halves(shift_right<8>(stored) & even, rest));
-        return red_blue | (shift_left<8>(green) & splat(0xFF00)) | splat(static_cast<std::int32_t>(0xFF000000));
-    }
-
-private:
-    // Exact for what two weighted bytes add up to, 0 to 65025: floor(v / 255) = (v + 1 + (v >> 8)) >> 8.
-    static Int divided_by_255(Int halves) {
-        return shift_halves_right<8>(halves + splat(0x00010001) + shift_halves_right<8>(halves));
-    }
-};
-
-// The blend of lines and dots, in 256ths: full alpha replaces the pixel exactly because it weighs 256. The pixel becomes opaque.
-struct Line_Blend {
-    static constexpr bool reads = true;
-    static constexpr bool merges = false;
-    KRB_ALWAYS_INLINE static Int combine(const Pixel_Target&, Int source, Int alphas, Int stored) {
-        const Int even = splat(0x00FF00FF);
-        const Int weight = alphas + where(equal(alphas, splat(255)), splat(1));
-        const Int weights = weight | shift_left<16>(weight);
-        // stored + ((source - stored) * w >> 8) without leaving 16 bits.
-        const Int rest = splat(0x01000100) - weights;
-        const Int red_blue =
-            shift_halves_right<8>(multiply_halves(source & even, weights) + multiply_halves(stored & even, rest));
-        const Int green =
-            multiply_halves(shift_right<8>(source) & even, weights) + multiply_halves(shift_right<8>(stored) & even, rest);
-        return red_blue | (green & splat(0xFF00)) | splat(static_cast<std::int32_t>(0xFF000000));
-    }
-};
-
-// Merge control: an untouched pixel takes the colour, an equal one stays, two different ones give their bitwise AND.
-struct Merge {
-    static constexpr bool reads = true;
-    static constexpr bool merges = true;
-    KRB_ALWAYS_INLINE static Int combine(const Pixel_Target& target, Int source, Int, Int stored) {
-        const Int background = splat(static_cast<std::int32_t>(target.background));
-        const Active untouched = equal(stored, background);
-        const Int merged = select(untouched, source, stored & source) | splat(static_cast<std::int32_t>(0xFF000000));
-        const Int visible =
-            select(equal(merged, background), splat(static_cast<std::int32_t>(target.alternate_background)), merged);
-        return select(without(equal(stored, source), untouched), stored, visible);
-    }
-};
-
 template <class Rule>
 concept Pixel_Rules = !Rule::reads || requires(const Pixel_Target& target, Int pixels) {
     { Rule::combine(target, pixels, pixels, pixels) } -> std::same_as<Int>;
@@ -231,17 +138,28 @@ constexpr Reversed_Bytes reversed_bytes() {
 
 constexpr Reversed_Bytes reversed = reversed_bytes();
 
+// The place of a pixel in a mask row: a byte and a bit in it. The leftmost pixel of a byte is its highest bit.
+struct Mask_Cursor {
+    const std::uint8_t* mask_byte;
+    std::int32_t bit; // 0 to 7
+
+    static Mask_Cursor at(const std::uint8_t* mask_row, std::int32_t column) { return {mask_row + (column >> 3), column & 7}; }
+    // A set bit is clipped away.
+    bool drawable() const { return (*mask_byte & 0x80 >> bit) == 0; }
+};
+
 // Bit i: whether the mask leaves the pixel i columns on.
 inline std::uint32_t mask_bits(const std::uint8_t* mask_row, std::int32_t column) {
+    const Mask_Cursor cursor = Mask_Cursor::at(mask_row, column);
     if constexpr (lane_count == 1) {
-        return static_cast<std::uint32_t>(~(mask_row[column >> 3] >> (7 - (column & 7))) & 1);
+        return cursor.drawable() ? 1 : 0;
     }
-    const std::uint8_t* bytes = mask_row + (column >> 3);
+    const std::uint8_t* bytes = cursor.mask_byte;
     std::uint32_t clipped = std::uint32_t{reversed.of[bytes[0]]} | std::uint32_t{reversed.of[bytes[1]]} << 8;
     if constexpr (lane_count > 8) {
         clipped |= std::uint32_t{reversed.of[bytes[2]]} << 16;
     }
-    return ~(clipped >> (column & 7));
+    return ~(clipped >> cursor.bit);
 }
 
 // The same for eight pixels, in the low bits.

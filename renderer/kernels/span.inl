@@ -6,10 +6,6 @@
 namespace krb::KRB_KERNEL_SET {
 namespace {
 
-inline bool lies_in_window(const Pixel_Target& target, std::int32_t row, std::int32_t column, std::int32_t count) {
-    return 0 <= row && row < target.height && 0 <= column && 0 < count && count <= target.width - column;
-}
-
 // What is left of a span that does not fill all lanes.
 struct Tail {
     std::int32_t column; // of lane 0
@@ -107,7 +103,7 @@ private:
         }
     }
 
-    // Stretches inside the region are drawn as open ones, stretches outside skipped; only groups at its edge are looked at pixel
+    // Stretches inside the region are drawn as open ones, stretches outside skipped; only groups at its edge are tested pixel
     // by pixel.
     void draw_masked(std::int32_t column, std::int32_t count) {
         assert(target.mask_rows);
@@ -195,7 +191,7 @@ private:
         std::uint8_t* at = color_row + std::int64_t{pixel_bytes} * column;
         std::uint8_t* const last = at + std::int64_t{pixel_bytes} * (count - lane_count);
         store_pixels(at, source.pixel_lanes(), All{});
-        // Whole pixels on, also in rows that start at odd addresses.
+        // Advances by whole pixels, also in rows that start at odd addresses.
         const auto misaligned = static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(at) % std::uintptr_t{vector_bytes});
         at += (vector_bytes - misaligned) / pixel_bytes * pixel_bytes;
         std::int64_t ahead = 0;
@@ -211,7 +207,7 @@ private:
         store_pixels(last, source.pixel_lanes(), All{});
     }
 
-    // Called, it would keep the span's values in memory.
+    // Inlined, so that the span's values stay in registers.
     KRB_ALWAYS_INLINE void advance_group() {
         if constexpr (Depth::reads || Source::moves) {
             const Int lanes = splat(lane_count);

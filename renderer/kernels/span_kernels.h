@@ -25,8 +25,13 @@ struct Mirrored_Rows {
 
 using Fill_Kernel = void(const Pixel_Target& target, const Mirrored_Rows& shape, VT_RGB32 color);
 
-// source: as many pixels of the buffer's format as the span has.
-using Copy_Kernel = void(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* source);
+// A depth in 17.15 at a span's first pixel, and its change from pixel to pixel.
+struct Depth_Ramp {
+    std::int32_t value, step;
+};
+
+// source: as many pixels of the buffer's format as the span has. depth: read by kernels with a depth rule.
+using Copy_Kernel = void(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* source, Depth_Ramp depth);
 
 struct Span_Configuration {
     Pixel_Format format;
@@ -46,9 +51,9 @@ inline constexpr auto fill_configurations =
 // Source pixels, stored as they are or blended by their alpha: (source * a + stored * (255 - a)) / 255, and the pixel becomes
 // opaque. Alpha 0 leaves all four bytes.
 inline constexpr auto copy_configurations =
-    join(every<Span_Configuration>(Choice{Pixel_Format::index8}, Choice{Depth_Rule::none}, Choice{Pixel_Rule::store},
-                                   Choice{Clip_Rule::open, Clip_Rule::masked}),
-         every<Span_Configuration>(Choice{Pixel_Format::rgb32}, Choice{Depth_Rule::none},
+    join(every<Span_Configuration>(Choice{Pixel_Format::index8}, Choice{Depth_Rule::none, Depth_Rule::less_or_equal},
+                                   Choice{Pixel_Rule::store}, Choice{Clip_Rule::open, Clip_Rule::masked}),
+         every<Span_Configuration>(Choice{Pixel_Format::rgb32}, Choice{Depth_Rule::none, Depth_Rule::less_or_equal},
                                    Choice{Pixel_Rule::store, Pixel_Rule::blend}, Choice{Clip_Rule::open, Clip_Rule::masked}));
 
 struct Span_Kernel_Table {

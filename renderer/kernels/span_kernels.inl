@@ -3,7 +3,7 @@
 #include <cassert>
 #include <cstring>
 
-#include "renderer/kernels/compiler_hints.h"
+#include "renderer/core/compiler_hints.h"
 #include "renderer/kernels/pixel_formats.inl"
 #include "renderer/kernels/span.inl"
 #include "renderer/kernels/span_kernels.h"
@@ -86,12 +86,6 @@ private:
     }
 };
 
-// A span without depth.
-template <class Rules, class Source> void draw_span(const Pixel_Target& target, Pixel_Span span, const Source& source) {
-    Span<Rules, Source>{target, span.row, target.color_rows[span.row], nullptr, source, Ramp{splat(0), splat(0)}, false}.draw(
-        span.column, span.count);
-}
-
 template <Span_Configuration c> void fill(const Pixel_Target& target, const Mirrored_Rows& shape, VT_RGB32 color) {
     using Rules = Fill_Rules<c>;
     using Format = typename Rules::Format;
@@ -111,21 +105,33 @@ template <Span_Configuration c> void fill(const Pixel_Target& target, const Mirr
         }
         const std::int32_t extent = extent_of(row);
         if (extent >= 0) {
-            draw_span<Rules>(target, {shape.y + row, shape.x - extent, 2 * extent + 1}, source);
+            const std::int32_t at = shape.y + row;
+            Span<Rules, typename Format::Flat>{target, at, target.color_rows[at], nullptr, source, Ramp{splat(0), splat(0)},
+                                               false}
+                .draw(shape.x - extent, 2 * extent + 1);
         }
     }
-    leave_lanes();
+    clear_upper_halves();
 }
 
-template <Span_Configuration c> void copy(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* source) {
+template <Span_Configuration c>
+void copy(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* source, Depth_Ramp depth) {
     using Rules = Copy_Rules<c>;
     using Source = Image_Source<typename Rules::Format>;
     assert(lies_in_window(target, span.row, span.column, span.count) && source);
-    if constexpr (Rules::Format::bytes == 1 && c.pixel == Pixel_Rule::store && c.clip == Clip_Rule::open) {
-        std::memcpy(target.color_rows[span.row] + span.column, source, static_cast<std::size_t>(span.count));
+    std::uint8_t* const color_row = target.color_rows[span.row];
+    if constexpr (Rules::Format::bytes == 1 && c.depth == Depth_Rule::none && c.clip == Clip_Rule::open) {
+        std::memcpy(color_row + span.column, source, static_cast<std::size_t>(span.count));
     } else {
-        draw_span<Rules>(target, span, Source{source, span.count});
-        leave_lanes();
+        std::uint8_t* depth_row = nullptr;
+        Ramp ramp{splat(0), splat(0)};
+        if constexpr (Rules::Depth::reads) {
+            depth_row = target.depth_rows[span.row];
+            ramp = Ramp::from(splat(depth.value), splat(depth.step));
+        }
+        Span<Rules, Source>{target, span.row, color_row, depth_row, Source{source, span.count}, ramp, false}.draw(span.column,
+                                                                                                                  span.count);
+        clear_upper_halves();
     }
 }
 

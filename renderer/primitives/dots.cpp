@@ -1,39 +1,9 @@
 // Members of the slot draw_dci_dot.
 #include "renderer/primitives/dots.h"
 
-#include <cstring>
-
-#include "renderer/core/pixel_combine.h"
-#include "renderer/mask/mask_cache.h"
 #include "renderer/primitives/single_pixels.h"
 
 namespace krb {
-
-namespace {
-
-void write_index8(const Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::uint8_t* pixel, std::int32_t row,
-                  const VT_RGB32* color) {
-    if (color) {
-        *pixel = dithered_index(renderer.dither, *color, pixel, row); // explicit colours never merge
-    } else if (renderer.merges(rendition.line.mode)) {
-        merge_index8(renderer, pixel, rendition.line.index);
-    } else {
-        *pixel = rendition.line.index;
-    }
-}
-
-template <Case c>
-void write_rgb32(const Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::uint8_t* pixel, VT_RGB32 color) {
-    if (renderer.merges(rendition.line.mode)) {
-        merge_rgb32(renderer, pixel, color);
-    } else if constexpr (is_alpha(c)) {
-        blend_by_weight(pixel, color);
-    } else {
-        std::memcpy(pixel, &color, 4);
-    }
-}
-
-} // namespace
 
 template <Case c>
 void draw_dci_dot(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point* point, const VT_RGB32* color) {
@@ -49,19 +19,14 @@ void draw_dci_dot(VT_Renderer_Data& data, const VT_Rendition& rendition, const V
     }
     const std::int32_t column = point->x - renderer.window_origin.x;
     const std::int32_t row = point->y - renderer.window_origin.y;
-    if (find_mask(renderer, rendition) && is_clipped_away(renderer, column, row)) {
-        return;
-    }
-    if constexpr (has_depth(c)) {
-        if (!passes_depth<c>(renderer, column, row, point->z)) {
-            return;
-        }
-    }
-    if constexpr (format_of(c) == Pixel_Format::index8) {
-        write_index8(renderer, rendition, renderer.color_buffer->rows[row] + column, row, color);
+    const bool merges = renderer.merges(rendition.line.mode);
+    const bool masked = is_masked(renderer, rendition);
+    if constexpr (facts_of(c).stores_words) {
+        Single_Pixels<c>(renderer, masked, merges).draw(row, column, point->z, color ? *color : rendition.line.color);
+    } else if (color) {
+        Single_Pixels<c>(renderer, masked, false).draw(row, column, point->z, *color); // explicit colours never merge
     } else {
-        write_rgb32<c>(renderer, rendition, renderer.color_buffer->rows[row] + std::int64_t{4} * column,
-                       color ? *color : rendition.line.color);
+        Single_Pixels<c>(renderer, masked, merges).draw(row, column, point->z, rendition.line.index);
     }
 }
 

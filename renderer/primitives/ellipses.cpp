@@ -4,19 +4,18 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <utility>
 
+#include "renderer/core/compiler_hints.h"
 #include "renderer/core/fixed_point.h"
-#include "renderer/core/pixel_combine.h"
 #include "renderer/core/scratch.h"
 #include "renderer/depth_lines/line_target.h"
 #include "renderer/depth_lines/polylines_dci.h"
 #include "renderer/kernels/call_target.h"
-#include "renderer/kernels/compiler_hints.h"
 #include "renderer/kernels/kernel_sets.h"
 #include "renderer/kernels/span_kernels.h"
 #include "renderer/mask/mask_cache.h"
+#include "renderer/primitives/single_pixels.h"
 
 namespace krb {
 
@@ -26,8 +25,8 @@ struct Radii {
     std::int32_t x, y;
 };
 
-// The walks tell a shape where its outline runs, relative to the centre (in line: called, they would look up the shape's values
-// anew after every pixel):
+// A walk passes the places of the outline, relative to the centre, to these functions of a shape. (The walk around circles is
+// inlined: calls would reload the shape's values after every pixel.)
 //   add_row_ends(dx)     the pixels dx to both sides in the centre's row
 //   add_column_ends(dy)  the pixels dy up and down in the centre's column
 //   add(dx, dy)          the pixels dx to both sides in the rows dy up and down
@@ -109,16 +108,17 @@ template <class Shape> void walk(Radii radii, Shape& shape) {
     }
 }
 
-// How many rows ahead memory is asked for: where an outline is steep every row is new memory, which no processor foresees.
+// How many rows ahead memory is prefetched: where an outline is steep every row lies in new memory, which no processor predicts.
 constexpr std::int32_t rows_ahead = 8;
 
 // Draws the pixels in the order of the walk, which meets the upper and the lower end of an ellipse twice: there it blends twice.
-template <bool blends, bool masked, bool fetches> struct Outline {
-    std::uint8_t* const* rows;
-    const std::uint8_t* const* mask_rows; // null unless masked
+template <class Rules, bool fetches> struct Outline {
+    using Format = typename Rules::Format;
+
+    Pixel_Target target;
     std::int32_t x, y;
     std::int32_t last; // row from the centre
-    VT_RGB32 color;
+    typename Format::Flat color;
 
     void add_row_ends(std::int32_t dx) {
         draw(x - dx, y);
@@ -131,8 +131,8 @@ template <bool blends, bool masked, bool fetches> struct Outline {
     void add(std::int32_t dx, std::int32_t dy) {
         if (fetches && dx >= dy && dy + rows_ahead <= last) {
             for (const std::int32_t row : {y + dy + rows_ahead, y - dy - rows_ahead}) {
-                KRB_FETCH_EARLY(rows[row] + std::int64_t{4} * (x - dx));
-                KRB_FETCH_EARLY(rows[row] + std::int64_t{4} * (x + dx));
+                KRB_FETCH_EARLY(target.color_rows[row] + std::int64_t{Format::bytes} * (x - dx));
+                KRB_FETCH_EARLY(target.color_rows[row] + std::int64_t{Format::bytes} * (x + dx));
             }
         }
         draw(x - dx, y + dy);
@@ -142,19 +142,7 @@ template <bool blends, bool masked, bool fetches> struct Outline {
     }
 
 private:
-    void draw(std::int32_t column, std::int32_t row) {
-        if constexpr (masked) {
-            if ((mask_rows[row][column >> 3] & 0x80 >> (column & 7)) != 0) {
-                return;
-            }
-        }
-        std::uint8_t* pixel = rows[row] + std::int64_t{4} * column;
-        if constexpr (blends) {
-            blend_by_weight(pixel, color);
-        } else {
-            std::memcpy(pixel, &color, 4);
-        }
-    }
+    void draw(std::int32_t column, std::int32_t row) { one_lane::draw_pixel<Rules>(target, row, column, 0, color); }
 };
 
 // How far the outline reaches to both sides in each row from the centre's up; -1 where it has no pixel.
@@ -183,14 +171,22 @@ struct Ellipse {
     VT_RGB32 color;
 };
 
-template <bool blends, bool masked>
-void draw_outline(const Software_Z_Buffer& renderer, const Ellipse& ellipse, const std::uint8_t* const* mask_rows) {
+Pixel_Target target_of(const Software_Z_Buffer& renderer, const Frame_Buffer_Mask* mask) noexcept {
+    Pixel_Target target = pixel_target_of(Case::rgb32, renderer, {});
+    target.mask_rows = mask ? mask->rows() : nullptr;
+    return target;
+}
+
+template <Pixel_Rule pixel, Clip_Rule clip>
+void draw_outline(const Software_Z_Buffer& renderer, const Ellipse& ellipse, const Frame_Buffer_Mask* mask) {
+    using Rules = Single_Rules<format_of(Case::rgb32), Depth_Rule::none, pixel, clip>;
     const auto draw = [&]<bool fetches>() {
-        Outline<blends, masked, fetches> outline{
-            renderer.color_buffer->rows, mask_rows, ellipse.x, ellipse.y, ellipse.radii.y, ellipse.color};
+        const Pixel_Target target = target_of(renderer, mask);
+        const typename Rules::Format::Flat color(target, ellipse.color);
+        Outline<Rules, fetches> outline{target, ellipse.x, ellipse.y, ellipse.radii.y, color};
         walk(ellipse.radii, outline);
     };
-    // Small ones are through before it would help.
+    // Small ones are finished before it would help.
     if (ellipse.radii.y >= 2 * rows_ahead) {
         draw.template operator()<true>();
     } else {
@@ -201,12 +197,11 @@ void draw_outline(const Software_Z_Buffer& renderer, const Ellipse& ellipse, con
 void draw_filled(const Software_Z_Buffer& renderer, const Ellipse& ellipse, const Frame_Buffer_Mask* mask) {
     Extents extents(ellipse.radii.y);
     walk(ellipse.radii, extents);
-    Pixel_Target target = pixel_target_of(Case::rgb32, renderer, {});
-    target.mask_rows = mask ? mask->rows() : nullptr;
     const Span_Configuration configuration{format_of(Case::rgb32), Depth_Rule::none,
                                            ellipse.color.alpha == 255 ? Pixel_Rule::store : Pixel_Rule::blend,
                                            mask ? Clip_Rule::masked : Clip_Rule::open};
-    renderer.kernels->spans->fill[configuration](target, {ellipse.x, ellipse.y, ellipse.radii.y, extents.data()}, ellipse.color);
+    renderer.kernels->spans->fill[configuration](target_of(renderer, mask),
+                                                 {ellipse.x, ellipse.y, ellipse.radii.y, extents.data()}, ellipse.color);
 }
 
 constexpr float quarter_turn = 1.5707964F, half_turn = 3.1415927F, three_quarter_turn = 4.712389F, full_turn = 6.2831855F;
@@ -261,11 +256,11 @@ void draw(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Po
     if constexpr (form == Form::filled) {
         draw_filled(renderer, ellipse, mask);
     } else if (mask) {
-        color.alpha == 255 ? draw_outline<false, true>(renderer, ellipse, mask->rows())
-                           : draw_outline<true, true>(renderer, ellipse, mask->rows());
+        color.alpha == 255 ? draw_outline<Pixel_Rule::store, Clip_Rule::masked>(renderer, ellipse, mask)
+                           : draw_outline<Pixel_Rule::blend, Clip_Rule::masked>(renderer, ellipse, mask);
     } else {
-        color.alpha == 255 ? draw_outline<false, false>(renderer, ellipse, nullptr)
-                           : draw_outline<true, false>(renderer, ellipse, nullptr);
+        color.alpha == 255 ? draw_outline<Pixel_Rule::store, Clip_Rule::open>(renderer, ellipse, mask)
+                           : draw_outline<Pixel_Rule::blend, Clip_Rule::open>(renderer, ellipse, mask);
     }
 }
 

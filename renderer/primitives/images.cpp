@@ -10,88 +10,35 @@
 #include "renderer/kernels/kernel_sets.h"
 #include "renderer/kernels/span_kernels.h"
 #include "renderer/mask/mask_cache.h"
-#include "renderer/mask/mask_cursor.h"
 
 namespace krb {
 
 namespace {
 
-// (source * a + stored * (255 - a)) / 255 for the colour bytes. Full alpha copies the pixel, none leaves it; else it becomes
-// opaque.
-void blend_pixel(std::uint8_t* to, const std::uint8_t* source) {
-    const int alpha = source[3];
-    if (alpha == 255) {
-        std::memcpy(to, source, 4);
-        return;
-    }
-    for (int i = 0; i < 3; ++i) {
-        to[i] = static_cast<std::uint8_t>((source[i] * alpha + to[i] * (255 - alpha)) / 255);
-    }
-    to[3] = 255;
-}
-
 // One drawing of an image, row by row.
 template <Case c> class Image_Copy {
 public:
     Image_Copy(Software_Z_Buffer& renderer, const VT_Rendition& rendition, const VT_DCI_Point& start, const VT_DCI_Point& end)
-        : renderer_(renderer),
-          blends_(facts_of(c).has_alpha && (rendition.drawing_flags & vorna::drawing_flag::translucent) != 0),
-          tests_depth_(has_depth(c) && renderer.draws_with_depth(rendition)),
-          mask_(is_masked(renderer, rendition) ? renderer.mask_cache->newest : nullptr),
-          column_(start.x - renderer.window_origin.x), target_(pixel_target_of(without_depth(c), renderer, {})) {
+        : column_(start.x - renderer.window_origin.x), target_(pixel_target_of(c, renderer, {})) {
+        const bool blends = facts_of(c).has_alpha && (rendition.drawing_flags & vorna::drawing_flag::translucent) != 0;
+        const bool tests_depth = has_depth(c) && renderer.draws_with_depth(rendition);
         depth_.setup_15(start.z, end.z, wrapping_subtract(end.x, start.x));
-        target_.mask_rows = mask_ ? mask_->rows() : nullptr;
-        copy_ = renderer.kernels->spans
-                    ->copy[Span_Configuration{format_of(c), Depth_Rule::none, blends_ ? Pixel_Rule::blend : Pixel_Rule::store,
-                                              mask_ ? Clip_Rule::masked : Clip_Rule::open}];
+        target_.mask_rows = is_masked(renderer, rendition) ? renderer.mask_cache->newest->rows() : nullptr;
+        kernel_ = renderer.kernels->spans->copy[Span_Configuration{
+            format_of(c), tests_depth ? Depth_Rule::less_or_equal : Depth_Rule::none,
+            blends ? Pixel_Rule::blend : Pixel_Rule::store, target_.mask_rows ? Clip_Rule::masked : Clip_Rule::open}];
     }
 
+    // The depth moves on from pixel to pixel and, deliberately, from the end of a row to the start of the next.
     void copy_row(std::int32_t row, std::int32_t count, const std::uint8_t* source) {
-        if (tests_depth_) {
-            copy_with_depth(row, count, source);
-        } else {
-            copy_(target_, {row, column_, count}, source);
-        }
+        kernel_(target_, {row, column_, count}, source, {depth_.value, depth_.step});
+        depth_.skip(count - 1);
     }
 
 private:
-    static constexpr std::int64_t pixel_bytes = facts_of(c).pixel_bytes;
-
-    // The depth moves on from pixel to pixel and, deliberately, from the end of a row to the start of the next.
-    void copy_with_depth(std::int32_t row, std::int32_t count, const std::uint8_t* source) {
-        std::uint8_t* to = renderer_.color_buffer->rows[row] + column_ * pixel_bytes;
-        for (std::int32_t i = 0; i < count; ++i, to += pixel_bytes, source += pixel_bytes) {
-            const bool drawn = !(blends_ && source[3] == 0) && (!mask_ || Mask_Cursor::at(*mask_, row, column_ + i).drawable()) &&
-                               passes_depth(row, i);
-            if (drawn && blends_) {
-                blend_pixel(to, source);
-            } else if (drawn) {
-                std::memcpy(to, source, static_cast<std::size_t>(pixel_bytes));
-            }
-            if (i + 1 < count) {
-                depth_.advance();
-            }
-        }
-    }
-
-    bool passes_depth(std::int32_t row, std::int32_t i) {
-        const auto candidate = static_cast<std::uint16_t>(depth_.value >> 15);
-        std::uint8_t* at = renderer_.depth_buffer->rows[row] + std::int64_t{2} * (column_ + i);
-        std::uint16_t stored;
-        std::memcpy(&stored, at, 2);
-        if (candidate > stored) {
-            return false;
-        }
-        std::memcpy(at, &candidate, 2);
-        return true;
-    }
-
-    Software_Z_Buffer& renderer_;
-    bool blends_, tests_depth_;
-    const Frame_Buffer_Mask* mask_; // null = none
     std::int32_t column_;
     Pixel_Target target_;
-    Copy_Kernel* copy_;
+    Copy_Kernel* kernel_;
     Fixed_Interpolator depth_;
 };
 

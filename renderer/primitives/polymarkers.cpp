@@ -1,24 +1,17 @@
 // Members of the polymarker slots.
 #include "renderer/primitives/polymarkers.h"
 
-#include <cstring>
-
-#include "renderer/core/pixel_combine.h"
-#include "renderer/kernels/call_target.h"
-#include "renderer/mask/mask_cache.h"
 #include "renderer/primitives/single_pixels.h"
 
 namespace krb {
 
 namespace {
 
-// Calls write(pixel, index of the point) for every point that lies in the hard clip, is not masked and passes the depth test.
-template <Case c, class Write>
-void for_each_pixel(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
-                    Write write) {
-    constexpr std::int64_t pixel_bytes = facts_of(c).pixel_bytes;
+// Calls draw(row, column, index of the point) for every point that lies in the hard clip and in the window.
+template <class Draw>
+void for_each_pixel(const Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count,
+                    const VT_DCI_Point* points, Draw draw) {
     const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
-    const bool masked = !has_depth(c) && count > 0 && find_mask(renderer, rendition);
     for (std::int32_t i = 0; i < count; ++i) {
         const VT_DCI_Point& point = points[i];
         if (point.x < clip.left || point.x > clip.right || point.y < clip.bottom || point.y > clip.top) {
@@ -30,25 +23,7 @@ void for_each_pixel(Software_Z_Buffer& renderer, const VT_Rendition& rendition, 
         if (column < 0 || column >= renderer.window_size.x || row < 0 || row >= renderer.window_size.y) {
             continue;
         }
-        const auto at_column = static_cast<std::int32_t>(column);
-        const auto at_row = static_cast<std::int32_t>(row);
-        if (masked && is_clipped_away(renderer, at_column, at_row)) {
-            continue;
-        }
-        if constexpr (has_depth(c)) {
-            if (!passes_depth<c>(renderer, at_column, at_row, point.z)) {
-                continue;
-            }
-        }
-        write(renderer.color_buffer->rows[row] + pixel_bytes * column, i);
-    }
-}
-
-void blend_or_merge(const Software_Z_Buffer& renderer, bool merges, std::uint8_t* pixel, VT_RGB32 color) {
-    if (merges) {
-        merge_rgb32(renderer, pixel, color);
-    } else {
-        blend_by_weight(pixel, color);
+        draw(static_cast<std::int32_t>(row), static_cast<std::int32_t>(column), i);
     }
 }
 
@@ -78,15 +53,13 @@ void draw_2di_polymarker(VT_Renderer_Data& data, const VT_Rendition& rendition, 
         }
     }
     const bool merges = !has_depth(c) && renderer.merges(marker.mode);
-    for_each_pixel<c>(renderer, rendition, count, points, [&](std::uint8_t* pixel, std::int32_t) {
-        if constexpr (format_of(c) == Pixel_Format::index8) {
-            *pixel = merges ? merged_index8(renderer, *pixel, marker.index) : marker.index;
-        } else if constexpr (is_alpha(c)) {
-            blend_or_merge(renderer, merges, pixel, marker.color);
-        } else if (merges) {
-            merge_rgb32(renderer, pixel, marker.color);
+    const bool masked = !has_depth(c) && is_masked(renderer, rendition);
+    const Single_Pixels<c> pixels(renderer, masked, merges);
+    for_each_pixel(renderer, rendition, count, points, [&](std::int32_t row, std::int32_t column, std::int32_t i) {
+        if constexpr (facts_of(c).stores_words) {
+            pixels.draw(row, column, points[i].z, marker.color);
         } else {
-            std::memcpy(pixel, &marker.color, 4);
+            pixels.draw(row, column, points[i].z, marker.index);
         }
     });
 }
@@ -106,9 +79,9 @@ void draw_2di_colorized_polymarker(VT_Renderer_Data& data, const VT_Rendition& r
     if (!renderer.color_buffer || count < 1) {
         return;
     }
-    const bool merges = renderer.merges(marker.mode);
-    for_each_pixel<Case::rgb32_alpha>(renderer, rendition, count, points, [&](std::uint8_t* pixel, std::int32_t i) {
-        blend_or_merge(renderer, merges, pixel, colors[single_color ? 0 : i]);
+    const Single_Pixels<Case::rgb32_alpha> pixels(renderer, is_masked(renderer, rendition), renderer.merges(marker.mode));
+    for_each_pixel(renderer, rendition, count, points, [&](std::int32_t row, std::int32_t column, std::int32_t i) {
+        pixels.draw(row, column, 0, colors[single_color ? 0 : i]);
     });
 }
 

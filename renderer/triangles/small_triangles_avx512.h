@@ -1,4 +1,4 @@
-// Runs of small triangles with AVX-512. Included after core/pixel_lanes.inl.
+// Runs of small triangles with AVX-512. Included after kernels/pixel_formats.inl.
 //
 // A triangle a few pixels wide leaves most lanes of its rows empty, and its rows cost as much as long ones. Here the lanes are
 // first the edges of up to 14 triangles of a strip, then the rows of all these triangles, 16 at a time whichever triangle they
@@ -23,7 +23,7 @@ inline Int lanes_at(Int first, Int second, Int positions) {
     return {_mm512_permutex2var_epi32(first.lanes, positions.lanes, second.lanes)};
 }
 
-// Lane i becomes what lane i + count was, round and round.
+// Lane i takes the value of lane i + count, modulo 16.
 template <int count> inline Int rotated(Int a) {
     return {_mm512_alignr_epi32(a.lanes, a.lanes, count)};
 }
@@ -455,7 +455,7 @@ private:
         Quads quads[4];
     };
 
-    // Asks for the memory of 16 rows.
+    // Prefetches the memory of 16 rows.
     static void fetch_early(const Place& place, const Batch_Rows& rows, std::int32_t first) {
         const std::int32_t end = first + 16 < rows.count ? first + 16 : rows.count;
         for (std::int32_t i = first; i < end; ++i) {

@@ -78,7 +78,7 @@ Triangle_Target target_of(Case c, Shading shading, const Software_Z_Buffer& rend
     return target;
 }
 
-// The look that every device strip gets: one pass over its points. Points on the far edges of the last pixels lie inside.
+// Tested for every device strip, in one pass over its points. Points on the far edges of the last pixels lie inside.
 bool lies_inside(const Triangle_Target& target, const Triangle_Strip& strip) noexcept {
     const auto left = static_cast<std::uint32_t>(target.origin_x) + static_cast<std::uint32_t>(target.first_column);
     const auto bottom = static_cast<std::uint32_t>(target.origin_y) + static_cast<std::uint32_t>(target.first_row);

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "renderer/core/software_z_buffer.h"
-#include "renderer/mask/mask_cursor.h"
+#include "renderer/mask/mask_cache.h"
 
 namespace {
 
@@ -20,11 +20,15 @@ protected:
         rendition->clip.complex_clip = VT_Reference<const VT_Contour_Set>(new VT_Contour_Set({box}));
         return rendition;
     }
+    // Whether a mask leaves a pixel of row 3.
+    static bool is_open(const Frame_Buffer_Mask& mask, std::int32_t column) {
+        return (mask.row(3)[column >> 3] & 0x80 >> (column & 7)) == 0;
+    }
     // How many pixels of a row the newest mask leaves.
     int open_pixels() const {
         int open = 0;
         for (std::int32_t column = 0; column < 40; ++column) {
-            open += krb::Mask_Cursor::at(*renderer.mask_cache->newest, 3, column).drawable() ? 1 : 0;
+            open += is_open(*renderer.mask_cache->newest, column) ? 1 : 0;
         }
         return open;
     }
@@ -56,19 +60,6 @@ TEST_F(Mask_Cache, keeps_four_regions_and_gives_the_oldest_mask_to_a_fifth) {
         ASSERT_TRUE(krb::find_mask(renderer, *renditions[i]));
         EXPECT_EQ(renderer.mask_cache->newest, masks[i]);
         EXPECT_EQ(renderer.mask_cache->newest->key(), renditions[i]->clip.complex_clip->serial());
-    }
-}
-
-TEST_F(Mask_Cache, is_read_by_cursors_that_step_either_way_and_beyond_the_row) {
-    ASSERT_TRUE(krb::find_mask(renderer, *clipped_to(17)));
-    const Frame_Buffer_Mask& mask = *renderer.mask_cache->newest;
-    for (std::int32_t from = -20; from < 40; ++from) {
-        for (std::int32_t to = -20; to < 40; ++to) {
-            krb::Mask_Cursor cursor = krb::Mask_Cursor::at(mask, 3, from);
-            cursor.advance(to - from);
-            const std::int64_t bits = 8 * (cursor.mask_byte - mask.row(3)) + cursor.bit;
-            ASSERT_TRUE(bits == to && cursor.bit >= 0 && cursor.bit < 8) << from << " to " << to;
-        }
     }
 }
 
@@ -107,8 +98,8 @@ TEST_F(Mask_Cache, is_shared_through_the_option_emptied_at_establish_and_gone_wi
         ASSERT_TRUE(krb::find_mask(renderer, *clipped));
         EXPECT_EQ(open_pixels(), 7);
         ASSERT_TRUE(krb::find_mask(other, *clipped));
-        EXPECT_TRUE(krb::Mask_Cursor::at(*published->newest, 3, 1).drawable());
-        EXPECT_FALSE(krb::Mask_Cursor::at(*published->newest, 3, 2).drawable());
+        EXPECT_TRUE(is_open(*published->newest, 1));
+        EXPECT_FALSE(is_open(*published->newest, 2));
     }
     EXPECT_EQ(published->count, 2);
 

@@ -1,0 +1,114 @@
+// The formulas that combine colours with pixels: dither, blend, merge. Each is written once, for a group of lanes as for one
+// pixel: included once for each vocabulary of lanes, after it.
+
+#include <cstdint>
+
+#include "renderer/core/compiler_hints.h"
+#include "renderer/core/dither.h"
+#include "renderer/core/pixel_target.h"
+
+namespace krb::KRB_KERNEL_SET {
+namespace {
+
+// ---- dither
+
+// One channel of a colour that is dithered.
+struct Dithered_Channel {
+    Int cell;       // of the cube
+    Int complement; // 65535 less the fraction: the least threshold that steps up to the next cell
+
+    static Dithered_Channel of(Int value, std::int32_t multiplier, std::int32_t bias) {
+        const Int scaled = shift_left<8>(value * splat(multiplier)) | splat(bias);
+        return {shift_right<16>(scaled) & splat(0xFF), splat(0xFFFF) - (scaled & splat(0xFFFF))};
+    }
+    Int step_up(Int thresholds, std::int32_t stride) const { return where(less_or_equal(complement, thresholds), splat(stride)); }
+};
+
+struct Dithered_Color {
+    Dithered_Channel red, green, blue;
+    Int index; // of the cell
+
+    static Dithered_Color of(const Pixel_Target& target, Int red, Int green, Int blue) {
+        const Dither& dither = *target.dither;
+        const std::int32_t bias = target.dither_bias;
+        Dithered_Color color{Dithered_Channel::of(red, dither.red_multiplier, bias),
+                             Dithered_Channel::of(green, dither.green_multiplier, bias),
+                             Dithered_Channel::of(blue, dither.blue_multiplier, bias), splat(dither.base)};
+        // The cell of blue counts once, whatever the cube's blue stride.
+        color.index = color.index + color.red.cell * splat(dither.red_stride) + color.green.cell * splat(dither.green_stride) +
+                      color.blue.cell;
+        return color;
+    }
+    static Dithered_Color of_pixels(const Pixel_Target& target, Int pixels) {
+        const Int byte = splat(0xFF);
+        return of(target, shift_right<16>(pixels) & byte, shift_right<8>(pixels) & byte, pixels & byte);
+    }
+    // Correct in the low eight bits, which are all that is stored.
+    Int indices(const Dither& dither, Int thresholds) const {
+        return index + red.step_up(thresholds, dither.red_stride) + green.step_up(thresholds, dither.green_stride) +
+               blue.step_up(thresholds, dither.blue_stride);
+    }
+};
+
+// ---- pixel rules: source pixels and stored pixels to what is written
+
+struct Store {
+    static constexpr bool reads = false;
+    static constexpr bool merges = false;
+};
+
+// (source * a + stored * (255 - a)) / 255, truncated, for each colour byte; the pixel becomes opaque.
+struct Blend {
+    static constexpr bool reads = true;
+    static constexpr bool merges = false;
+    KRB_ALWAYS_INLINE static Int combine(const Pixel_Target&, Int source, Int alphas, Int stored) {
+        const Int even = splat(0x00FF00FF);
+        const Int weights = alphas | shift_left<16>(alphas);
+        const Int rest = even - weights;
+        const Int red_blue = divided_by_255(multiply_halves(source & even, weights) + multiply_halves(stored & even, rest));
+        const Int green = divided_by_255(multiply_halves(shift_right<8>(source) & even, weights) +
+                                         multiply_halves(shift_right<8>(stored) & even, rest));
+        return red_blue | (shift_left<8>(green) & splat(0xFF00)) | splat(static_cast<std::int32_t>(0xFF000000));
+    }
+
+private:
+    // Exact for what two weighted bytes add up to, 0 to 65025: floor(v / 255) = (v + 1 + (v >> 8)) >> 8.
+    static Int divided_by_255(Int halves) {
+        return shift_halves_right<8>(halves + splat(0x00010001) + shift_halves_right<8>(halves));
+    }
+};
+
+// The blend of lines and dots, in 256ths: full alpha replaces the pixel exactly because it weighs 256. The pixel becomes opaque.
+struct Line_Blend {
+    static constexpr bool reads = true;
+    static constexpr bool merges = false;
+    KRB_ALWAYS_INLINE static Int combine(const Pixel_Target&, Int source, Int alphas, Int stored) {
+        const Int even = splat(0x00FF00FF);
+        const Int weight = alphas + where(equal(alphas, splat(255)), splat(1));
+        const Int weights = weight | shift_left<16>(weight);
+        // stored + ((source - stored) * w >> 8) without leaving 16 bits.
+        const Int rest = splat(0x01000100) - weights;
+        const Int red_blue =
+            shift_halves_right<8>(multiply_halves(source & even, weights) + multiply_halves(stored & even, rest));
+        const Int green =
+            multiply_halves(shift_right<8>(source) & even, weights) + multiply_halves(shift_right<8>(stored) & even, rest);
+        return red_blue | (green & splat(0xFF00)) | splat(static_cast<std::int32_t>(0xFF000000));
+    }
+};
+
+// Merge control: an untouched pixel takes the colour, an equal one stays, two different ones give their bitwise AND.
+struct Merge {
+    static constexpr bool reads = true;
+    static constexpr bool merges = true;
+    KRB_ALWAYS_INLINE static Int combine(const Pixel_Target& target, Int source, Int, Int stored) {
+        const Int background = splat(static_cast<std::int32_t>(target.background));
+        const Active untouched = equal(stored, background);
+        const Int merged = select(untouched, source, stored & source) | splat(static_cast<std::int32_t>(0xFF000000));
+        const Int visible =
+            select(equal(merged, background), splat(static_cast<std::int32_t>(target.alternate_background)), merged);
+        return select(without(equal(stored, source), untouched), stored, visible);
+    }
+};
+
+} // namespace
+} // namespace krb::KRB_KERNEL_SET
