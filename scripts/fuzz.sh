@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # usage: scripts/fuzz.sh [NAME...] [--minutes N]
-# Builds the fuzzers (tests/fuzz, Clang, AddressSanitizer and UndefinedBehaviorSanitizer) and runs those named, or all, one after the
-# other for N minutes of processor time each (30). They begin with the inputs in tests/fuzz/corpus and with what earlier runs found.
-# build/clang-fuzz/fuzz/NAME holds what they collect, results a line for each run; a finding ends the script and is in NAME-findings.
+# Builds the fuzzers (tests/fuzz, Clang, AddressSanitizer and UndefinedBehaviorSanitizer) and runs the named ones, or all, in turn, for N
+# minutes of processor time each (default: 30). They start with the inputs in tests/fuzz/corpus and those that earlier runs collected in
+# build/clang-fuzz/fuzz/NAME. A finding ends the script; its input is in build/clang-fuzz/fuzz/NAME-findings. build/clang-fuzz/fuzz/results
+# has a line for each run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 minutes=30
@@ -36,7 +37,7 @@ cmake --build "$build" --target "${names[@]/#/fuzz_}" -j "$(nproc)"
 folder=$build/fuzz
 mkdir -p "$folder"
 
-# Puts into `seconds` what processor time the commands run here so far have taken. A shell within this one would tell of its own.
+# Sets `seconds` to the processor time of all commands run so far. Not in a subshell, which has times of its own.
 take_time() {
     times >"$folder/times"
     seconds=$(awk 'NR == 2 { split($1, u, /[ms]/); split($2, s, /[ms]/); print int(u[1] * 60 + u[2] + s[1] * 60 + s[2]) }' "$folder/times")
@@ -49,10 +50,10 @@ for name in "${names[@]}"; do
     [ "$name" != drawings ] || seconds_each=300 megabytes=4096
     options=(-max_len=16384 -timeout=$seconds_each -rss_limit_mb=$megabytes -print_final_stats=1 -artifact_prefix="$folder/$name-findings/")
     [ ! -e "tests/fuzz/$name.dict" ] || options+=(-dict="tests/fuzz/$name.dict")
-    # What commands print is none of the log's business.
+    # Without the messages of the commands in the log.
     [ "$name" != commands ] || options+=(-close_fd_mask=3)
     seeds=("tests/fuzz/corpus/$name")
-    [ "$name" != pictures ] || seeds+=(pictures)
+    [ "$name" != pictures ] || seeds+=(recordings)
     take_time
     start=$seconds used=0 executions=0
     while [ "$used" -lt $((minutes * 60)) ]; do

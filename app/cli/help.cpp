@@ -15,6 +15,7 @@ constexpr std::size_t width = 80, text_column = 26;
 std::string wrapped(const std::string& text, std::size_t column, std::size_t at) {
     std::string lines;
     std::istringstream stream(text);
+    stream.exceptions(std::ios::badbit); // a failed allocation must not cut the text short
     for (std::string word; stream >> word;) {
         if (at > column && at + 1 + word.size() > width) {
             lines += '\n';

@@ -13,6 +13,7 @@ namespace {
 std::vector<std::string> split(const std::string& text, char separator) {
     std::vector<std::string> parts;
     std::istringstream stream(text);
+    stream.exceptions(std::ios::badbit); // a failed allocation must not cut the text short
     for (std::string part; std::getline(stream, part, separator);) {
         parts.push_back(part);
     }

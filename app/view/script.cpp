@@ -1,4 +1,4 @@
-// Mouse and keys from a file.
+// Scripts of mouse and keys.
 #include "app/view/script.h"
 
 #include <algorithm>
@@ -12,7 +12,9 @@ namespace {
 class Line {
 public:
     Line(const std::string& file, int number, const std::string& text)
-        : place_(file + ":" + std::to_string(number)), words_(text) {}
+        : place_(file + ":" + std::to_string(number)), words_(text) {
+        words_.exceptions(std::ios::badbit); // a failed allocation must not look like the end of the line
+    }
 
     bool next_word(std::string& word) { return static_cast<bool>(words_ >> word); }
 
@@ -87,7 +89,7 @@ private:
         if (!(stream >> pair.x >> found >> pair.y) || found != separator || stream.peek() != EOF) {
             fail(expected, text);
         }
-        // No window is larger, and moves are counted in ints.
+        // Larger than any window; sums of moves stay in range.
         constexpr std::int32_t farthest = 32767;
         if (std::min(pair.x, pair.y) < -farthest || std::max(pair.x, pair.y) > farthest) {
             fail(expected + " up to " + std::to_string(farthest), text);
@@ -104,6 +106,7 @@ private:
 std::vector<Script_Step> parsed_script(const std::string& file, std::string_view text) {
     std::vector<Script_Step> steps;
     std::istringstream lines{std::string(text)};
+    lines.exceptions(std::ios::badbit);
     int number = 0;
     for (std::string text_line; std::getline(lines, text_line);) {
         Line line(file, ++number, text_line.substr(0, text_line.find('#')));
