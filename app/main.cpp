@@ -1,14 +1,13 @@
 // The command vorna.
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <iostream>
-#include <memory>
 #include <new>
 #include <string>
 #include <system_error>
-#include <utility>
 #include <vector>
 
 #if !defined(_WIN32)
@@ -18,7 +17,7 @@
 #include "app/cli/command.h"
 #include "app/cli/command_line.h"
 #include "app/cli/messages.h"
-#include "app/cli/usage.h"
+#include "app/cli/parser.h"
 #include "drawing/files/interruption.h"
 #include "drawing/files/memory.h"
 
@@ -53,23 +52,6 @@ int finish_output(int status) {
     return complain("standard output: cannot be written" + reason, vorna::app::exit_status::failed);
 }
 
-int run(int count, char** arguments) {
-    int status = vorna::app::exit_status::done;
-    const std::unique_ptr<CLI::App> application = vorna::app::make_command_line(status);
-    try {
-        // The parser takes them from the end.
-        std::vector<std::string> prepared =
-            vorna::app::prepared_arguments(*application, {arguments + std::min(count, 1), arguments + count});
-        std::ranges::reverse(prepared);
-        application->parse(std::move(prepared));
-    } catch (const CLI::Success& request) {
-        return application->exit(request);
-    } catch (const CLI::ParseError& error) {
-        return complain(vorna::app::usage_message(*application, error), vorna::app::exit_status::wrong_usage);
-    }
-    return status;
-}
-
 // To be called where the program would end without a word: libraries that lack memory in functions that must not throw end with a
 // message and the status of what fails, everything else as ever.
 [[noreturn]] void end_for_lack_of_memory() noexcept {
@@ -91,7 +73,8 @@ int main(int count, char** arguments) {
     std::set_terminate(end_for_lack_of_memory);
     prepare_streams();
     try {
-        return finish_output(run(count, arguments));
+        const vorna::app::Program program = vorna::app::make_program();
+        return finish_output(vorna::app::run_command_line(program, {arguments + std::min(count, 1), arguments + count}));
     } catch (const vorna::drawing::Usage_Error& error) {
         return complain(error.what(), vorna::app::exit_status::wrong_usage);
     } catch (const vorna::drawing::Interrupted& interrupted) {

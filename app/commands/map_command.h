@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "app/cli/command.h"
 #include "drawing/files/input.h"
@@ -39,11 +40,7 @@ struct Map_Picture {
     bool stats = false, strict = false, dry_run = false, allow_empty = false, hash = false;
 };
 
-void add_map_options(CLI::App& command, Map_Options& options);
-
-// Throws Usage_Error for a given option that is for models when the file is a map, or for maps when it is a model. The headings
-// that options stand under in the help tell which are which: those of models end so.
-void refuse_options_of_other_kind(const CLI::App& command, const drawing::Input& input);
+void add_map_options(std::vector<Option>& table, Map_Options& options);
 
 void render_map(const Map_Picture& picture, const Map_Options& options, const drawing::Module_Choice& module);
 

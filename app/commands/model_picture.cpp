@@ -31,8 +31,8 @@
 #include "drawing/job/picture_part.h"
 #include "drawing/job/picture_plan.h"
 #include "drawing/job/picture_stream.h"
-#include "drawing/recording/recording_file.h"
 #include "drawing/recording/recorder.h"
+#include "drawing/recording/recording_file.h"
 
 namespace vorna::app {
 namespace {
