@@ -13,7 +13,7 @@ source=$PWD
 folder=$source/build/mutants
 tree=$folder/tree
 build=$tree/build/gcc-release # where ccache finds the same relative names as in other trees
-targets=(krb vorna vorna15 vorna_tests replay_tests)
+targets=(krb vorna vorna15 vorna_tests drawing_tests)
 kernel_sets=(portable)
 [ "$(uname -m)" != x86_64 ] || kernel_sets+=(baseline)
 # These compare kernel sets with each other, and would find every fault that some sets hold and others do not.
@@ -55,7 +55,7 @@ all_pass() {
             --gtest_filter="-$left_out" >"$log.$i" 2>&1 &
         pids+=($!)
     done
-    timeout 600 "$build/bin/replay_tests" --gtest_fail_fast --gtest_brief=1 --gtest_filter='pictures/Golden.*' >"$log.2" 2>&1 &
+    timeout 600 "$build/bin/drawing_tests" --gtest_fail_fast --gtest_brief=1 --gtest_filter='pictures/Golden.*' >"$log.2" 2>&1 &
     pids+=($!)
     while [ ${#pids[@]} -gt 0 ] && [ "$status" = 0 ]; do
         wait -n -p ended "${pids[@]}" || status=$?

@@ -429,8 +429,8 @@ std::unique_ptr<drawing::model::Edge_Renderer> make_edges(const Model_Options& o
     return std::make_unique<drawing::model::Edge_Renderer>(mesh, base_color_of(options), options.color.empty());
 }
 
-drawing::Drawn_Model make_model(const Model_Options& options, const drawing::model::Mesh& mesh) {
-    drawing::Drawn_Model model;
+drawing::Model_Parts make_model(const Model_Options& options, const drawing::model::Mesh& mesh) {
+    drawing::Model_Parts model;
     if (mesh.triangles.empty()) {
         return model;
     }

@@ -11,7 +11,7 @@
 #include "drawing/files/input.h"
 #include "drawing/files/load_limits.h"
 #include "drawing/image/image_file.h"
-#include "drawing/job/drawn_model.h"
+#include "drawing/job/model_drawing.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/edge_renderer.h"
 #include "drawing/model/mesh.h"
@@ -84,7 +84,7 @@ drawing::model::Mesh load_mesh(const Model_Options& options, std::vector<drawing
 std::unique_ptr<drawing::model::Scene> make_faces(const Model_Options& options, const drawing::model::Mesh& mesh);
 std::unique_ptr<drawing::model::Edge_Renderer> make_edges(const Model_Options& options, const drawing::model::Mesh& mesh);
 // Faces, edges or both, as the options say; neither when the mesh has no triangles.
-drawing::Drawn_Model make_model(const Model_Options& options, const drawing::model::Mesh& mesh);
+drawing::Model_Parts make_model(const Model_Options& options, const drawing::model::Mesh& mesh);
 
 // Spans leave out their last pixel, and no point may lie outside the window: a model that is cut off at the picture's right or
 // upper edge reaches it only when the window is larger by one.

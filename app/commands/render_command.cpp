@@ -8,8 +8,9 @@
 #include <vector>
 
 #include "app/cli/command.h"
-#include "app/commands/map_command.h"
-#include "app/commands/model_picture.h"
+#include "app/commands/map_options.h"
+#include "app/commands/render_map.h"
+#include "app/commands/render_model.h"
 #include "drawing/files/input.h"
 #include "drawing/files/output_file.h"
 #include "drawing/image/color_name.h"
@@ -17,28 +18,6 @@
 
 namespace vorna::app {
 namespace {
-
-// Without --size a map is as high as it needs to be.
-Map_Picture map_picture_of(const Model_Picture& options, const drawing::Input& input, bool size_given) {
-    const VT_Int_Pair size =
-        parsed_pair(options.size, vorna::largest_buffer_side,
-                    "--size: expected WIDTHxHEIGHT with sides of a map from 1 to " + std::to_string(vorna::largest_buffer_side));
-    return {.input = input,
-            .output = options.output,
-            .record = options.record,
-            .size = {size.x, size_given ? size.y : 0},
-            .background = options.is_transparent() ? VT_RGB32{255, 255, 255, 255} : background_of(options),
-            .transparent = options.is_transparent(),
-            .colors = options.colors == 8 ? 8 : 32,
-            .antialias = options.antialias,
-            .repeat = options.repeat,
-            .limits = options.limits,
-            .stats = options.stats,
-            .strict = options.strict,
-            .dry_run = options.dry_run,
-            .allow_empty = options.allow_empty,
-            .hash = options.hash};
-}
 
 // A map is drawn by itself.
 void refuse_several(const std::vector<drawing::Input>& inputs, const drawing::Input& map) {
@@ -68,9 +47,9 @@ std::vector<std::string> color_lines() {
 } // namespace
 
 Command render_command() {
-    const auto options = std::make_shared<Model_Picture>();
+    const auto options = std::make_shared<Render_Options>();
     const auto map_options = std::make_shared<Map_Options>();
-    constexpr const char *output = "Output", *output_of_models = "Output of models", *large = "Large pictures of models",
+    constexpr const char *output = "Output", *output_of_models = "Output of models", *large = "Large images",
                          *measuring = "Measuring";
     Command command{
         .name = "render",
@@ -99,7 +78,8 @@ Command render_command() {
             reject_options_of_other_kind(given, map != inputs.end(), map == inputs.end() ? inputs.front().name : map->name);
             if (map != inputs.end()) {
                 refuse_several(inputs, *map);
-                render_map(map_picture_of(*options, *map, given.has("--size")), *map_options, chosen_module(given));
+                options->has_size = given.has("--size");
+                render_map(*options, *map_options, *map, chosen_module(given));
             } else {
                 render_models(*options, std::move(inputs), chosen_module(given));
             }
@@ -120,8 +100,8 @@ Command render_command() {
          .group = output},
         {.names = {"--size"},
          .value = text_value("WxH"),
-         .text = "Width and height in pixels, up to " + std::to_string(drawing::largest_side) + ", of maps up to " +
-                 std::to_string(vorna::largest_buffer_side) + "; maps are as high as they need to be without it",
+         .text = "Width and height in pixels, up to " + std::to_string(drawing::largest_side) +
+                 "; maps are as high as they need to be without it",
          .target = &options->size,
          .group = output,
          .by_default = options->size},
@@ -129,8 +109,7 @@ Command render_command() {
          .value = whole_value("N", 1, 8),
          .text = "Draw so many times as large and take the mean of the pixels: smooth faces and lines",
          .target = &options->supersample,
-         .group = output_of_models,
-         .applies_to = Applies_To::models},
+         .group = output},
         {.names = {"--turntable"},
          .value = whole_value("FRAMES", 1, 100000),
          .text = "So many pictures from places all around, numbered in the file's name: frame-%03d.png or frame-{}.png",
@@ -155,27 +134,23 @@ Command render_command() {
          .value = whole_value("N", 1, 1024),
          .text = "Threads that draw and compress; as many as there are processors if not given",
          .target = &options->threads,
-         .group = large,
-         .applies_to = Applies_To::models},
+         .group = large},
         {.names = {"--tile-size"},
          .value = whole_value("N", 8, drawing::largest_tile),
          .text = "Side of the tiles that the picture is drawn in, a multiple of 8",
          .target = &options->tile_size,
-         .group = large,
-         .applies_to = Applies_To::models},
+         .group = large},
         {.names = {"--tiles-of"},
          .value = text_value("COLSxROWS"),
          .text = "Draw one part of so many columns and rows, for vorna assemble",
          .target = &options->tiles_of,
          .group = large,
-         .applies_to = Applies_To::models,
          .needs = {"--tile"}},
         {.names = {"--tile"},
          .value = whole_value("N", 0, (1 << 20) - 1),
          .text = "Which part: 0 is the upper left one, counted row by row",
          .target = &options->tile,
          .group = large,
-         .applies_to = Applies_To::models,
          .needs = {"--tiles-of"}},
         {.names = {"--hash"}, .text = "Print the SHA-256 of the pixels", .target = &options->hash, .group = output}};
     command.options.insert(command.options.end(), own.begin(), own.end());

@@ -8,7 +8,7 @@
 #include <system_error>
 
 #include "app/cli/command.h"
-#include "app/commands/map_command.h"
+#include "app/commands/map_options.h"
 #include "app/commands/model_options.h"
 #include "app/view/map_viewer.h"
 #include "app/view/script.h"
@@ -27,7 +27,7 @@ struct View_Options : Model_Options {
 
 void show(const View_Options& options, std::vector<drawing::Input> inputs, const Map_Options& map_options,
           const drawing::Module_Choice& module) {
-    const VT_RGB32 background = background_of(options);
+    background_of(options);
     const auto size = options.size.empty()
                           ? std::nullopt
                           : std::optional(parsed_pair(options.size, largest_picture_side,
@@ -55,16 +55,8 @@ void show(const View_Options& options, std::vector<drawing::Input> inputs, const
     const std::unique_ptr<view::Window> window = view::open_window(title, size);
     std::unique_ptr<view::Picture_Viewer> viewer;
     if (map) {
-        const Map_Picture picture{.input = inputs.front(),
-                                  .output = {},
-                                  .record = {},
-                                  .size = {1, 1},
-                                  .background = background,
-                                  .colors = options.colors == 8 ? 8 : 32,
-                                  .antialias = options.antialias,
-                                  .limits = options.limits,
-                                  .strict = options.strict};
-        viewer = std::make_unique<view::Map_Viewer>(picture, map_options, module, options.folder, *window);
+        check_map_options(options, map_options, inputs.front());
+        viewer = std::make_unique<view::Map_Viewer>(options, map_options, inputs.front(), module, options.folder, *window);
     } else {
         viewer = std::make_unique<view::Viewer>(options, std::move(inputs), module, options.folder, *window);
     }

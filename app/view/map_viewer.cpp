@@ -15,14 +15,16 @@ constexpr double smallest_map_zoom = 0.1, largest_map_zoom = 10000;
 
 } // namespace
 
-Map_Viewer::Map_Viewer(const Map_Picture& picture, const Map_Options& options, const drawing::Module_Choice& module,
-                       std::string folder, Screen& screen)
-    : Picture_Viewer(module, picture.input.name, std::move(folder), 0, screen), picture_(picture), options_(options),
-      scene_(load_map_scene(picture_, options_)), middle_(scene_->fitted({1, 1}).middle), antialias_(picture.antialias) {
+Map_Viewer::Map_Viewer(const Model_Options& options, const Map_Options& map_options, const drawing::Input& input,
+                       const drawing::Module_Choice& module, std::string folder, Screen& screen)
+    : Picture_Viewer(module, input.name, std::move(folder), 0, screen),
+      is_opaque_(map_options.opacity == 1), look_{background_of(options), options.colors == 8, options.antialias},
+      drawing_(load_map_scene(options, map_options, input), look_), middle_(drawing_.scene().fitted({1, 1}).middle),
+      antialias_(options.antialias) {
 }
 
 drawing::map::View Map_Viewer::view() const {
-    drawing::map::View view = scene_->fitted(size_);
+    drawing::map::View view = drawing_.scene().fitted(size_);
     view.middle = middle_;
     view.scale *= zoom_;
     return view;
@@ -52,7 +54,7 @@ void Map_Viewer::perform(Command command) {
     case Command::smaller:
         return zoom(1 / step, middle);
     case Command::home:
-        middle_ = scene_->fitted(size_).middle;
+        middle_ = drawing_.scene().fitted(size_).middle;
         zoom_ = 1;
         break;
     case Command::antialias:
@@ -60,7 +62,7 @@ void Map_Viewer::perform(Command command) {
         break;
     case Command::palette:
         // Palettes have no translucent colours.
-        picture_.colors = picture_.colors == 32 && options_.opacity == 1 ? 8 : 32;
+        look_.indexed = !look_.indexed && is_opaque_;
         break;
     default:
         return;
@@ -69,9 +71,13 @@ void Map_Viewer::perform(Command command) {
 }
 
 void Map_Viewer::establish(Canvas& canvas) {
-    picture_.antialias = antialias_ && picture_.colors == 32;
-    scene_->look(view());
-    scene_->set_up(canvas.session);
+    look_.smoothed = antialias_ && !look_.indexed;
+    drawing_.set_look(look_);
+    drawing_.set_view(view());
+    const drawing::Tile_Grid grid({0, size_.x - 1, 0, size_.y - 1});
+    drawing_.prepare(grid, 1, 0);
+    canvas.rendition = VT_Reference<VT_Rendition>(new VT_Rendition);
+    drawing::establish(canvas.session, *canvas.rendition, drawing_, grid, 0);
 }
 
 void Map_Viewer::draw() {
@@ -93,8 +99,8 @@ void Map_Viewer::draw() {
 std::string Map_Viewer::title() const {
     char zoom[32];
     std::snprintf(zoom, sizeof zoom, ", zoom %.3g", zoom_);
-    return file_name() + ": " + scene_->summary() + zoom + (picture_.antialias ? ", smooth" : "") +
-           (picture_.colors == 32 ? ", 32 bits" : ", 8 bits") + speed_text();
+    return file_name() + ": " + drawing_.summary() + zoom + (look_.smoothed ? ", smooth" : "") +
+           (look_.indexed ? ", 8 bits" : ", 32 bits") + speed_text();
 }
 
 } // namespace vorna::app::view

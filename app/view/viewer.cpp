@@ -250,9 +250,9 @@ void Viewer::establish(Canvas& canvas) {
     flat_rendition->clip.depth_test = false;
 }
 
-drawing::Drawn_Model& Viewer::model_for(const Model_Options& options, bool draft) {
+drawing::Model_Parts& Viewer::model_for(const Model_Options& options, bool draft) {
     const drawing::model::Shading shading = options.picture.shading;
-    drawing::Drawn_Model& model = draft ? coarse_ : shading == drawing::model::Shading::textured ? textured_ : plain_;
+    drawing::Model_Parts& model = draft ? coarse_ : shading == drawing::model::Shading::textured ? textured_ : plain_;
     const bool needs_faces = options.has_faces() && !model.faces;
     const bool needs_edges = options.has_edges() && !model.edges;
     if (needs_faces || needs_edges) {
@@ -278,23 +278,15 @@ void Viewer::draw_model(Canvas& canvas, bool draft) {
             options.edge_color.clear();
         }
     }
-    const drawing::Drawn_Model& model = model_for(options, draft);
+    const drawing::Model_Parts& model = model_for(options, draft);
     camera_ = drawing::model::fit_camera(camera_settings_of(options, mesh_, size_), points_);
-    const drawing::model::Tile_Grid grid(canvas.session.window());
+    const drawing::Model_Look look{picture_settings_of(options), edge_settings_of(options), {}};
+    drawing::model::Scene* const faces = options.has_faces() ? model.faces.get() : nullptr;
+    drawing::model::Edge_Renderer* const edges = options.has_edges() ? model.edges.get() : nullptr;
+    drawing::prepare_model(faces, edges, drawing::Tile_Grid(canvas.session.window()), camera_, look);
     VT_Renderer_Data& renderer = canvas.session.renderer();
     VD_Draw_Window(renderer, *canvas.rendition);
-    VD_Clear_Depth_Rectangle(renderer, *canvas.rendition);
-    if (options.has_faces()) {
-        model.faces->prepare(grid, camera_, picture_settings_of(options));
-        model.faces->draw(renderer, *canvas.rendition, 0);
-    }
-    if (options.picture.shading == drawing::model::Shading::hidden_line) {
-        VD_Draw_Window(renderer, *canvas.rendition);
-    }
-    if (options.has_edges()) {
-        model.edges->prepare(grid, camera_, edge_settings_of(options));
-        model.edges->draw(renderer, *canvas.rendition, 0);
-    }
+    drawing::draw_model(faces, edges, look, renderer, *canvas.rendition, 0);
 }
 
 void Viewer::paint(Canvas& canvas) {

@@ -42,7 +42,7 @@ private:
     void set_palette(std::size_t choice);
     void next_shading();
     void next_edges();
-    drawing::Drawn_Model& model_for(const Model_Options& options, bool draft);
+    drawing::Model_Parts& model_for(const Model_Options& options, bool draft);
     void draw_model(Canvas& canvas, bool draft);
     void draw_depths();
     std::optional<double> distance_at(const Place& place);
@@ -51,7 +51,7 @@ private:
     drawing::model::Mesh mesh_;
     std::vector<VT_Vector> points_; // that triangles use, for fitting cameras
     // Made when they are first drawn: by shading, textured or not, in full and as drafts.
-    drawing::Drawn_Model plain_, textured_, coarse_;
+    drawing::Model_Parts plain_, textured_, coarse_;
 
     std::size_t palette_choice_ = 0;
     bool shows_depth_ = false, moving_ = false, draft_shown_ = false;

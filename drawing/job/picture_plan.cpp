@@ -5,8 +5,8 @@
 
 #include "drawing/files/memory.h"
 #include "drawing/files/usage_error.h"
-#include "drawing/job/drawn_model.h"
 #include "drawing/job/picture_stream.h"
+#include "host/frame_buffer.h"
 
 namespace vorna::drawing {
 
@@ -17,15 +17,9 @@ constexpr std::int32_t tile_sizes[] = {1024, 512, 256, 128, 64};
 // Of a renderer, besides its buffers.
 constexpr std::uint64_t renderer_memory = std::uint64_t{1} << 20;
 
-// Spans leave out their last pixel, and a model that is cut off at the picture's right or upper edge reaches the far side of its
-// last pixel: the frame has one column and one row more than the picture.
-VT_Int_Rectangle frame_of(VT_Int_Pair size) {
-    return {0, size.x, 0, size.y};
-}
-
 model::Tile_Grid grid_of(const Plan_Request& request, std::int32_t tile_size) {
     const std::int32_t n = request.supersample;
-    model::Tile_Grid grid(frame_of({request.part.size.x * n, request.part.size.y * n}));
+    model::Tile_Grid grid({0, request.part.size.x * n - 1 + request.beyond, 0, request.part.size.y * n - 1 + request.beyond});
     const VT_Int_Rectangle area = request.part.area();
     grid.area = {area.left * n, (area.right + 1) * n - 1, area.bottom * n, (area.top + 1) * n - 1};
     if (tile_size > 0) {
@@ -59,12 +53,20 @@ Picture_Plan plan_of(const Plan_Request& request, std::int32_t tile_size, unsign
 } // namespace
 
 Picture_Plan plan_picture(const Plan_Request& request) {
+    const VT_Int_Pair size{request.part.size.x * request.supersample, request.part.size.y * request.supersample};
+    const bool fits_one_buffer = std::max(size.x, size.y) + request.beyond <= largest_buffer_side;
     std::vector<std::int32_t> sizes;
-    if (request.tile_size) {
+    if (!request.one_piece.empty()) {
+        if (!fits_one_buffer || !request.part.is_whole() || request.tile_size) {
+            throw Usage_Error("--size: expected an image of " + std::to_string(largest_buffer_side) +
+                              " pixels each way at most, drawn in one piece, since " + request.one_piece);
+        }
+        sizes.push_back(0);
+    } else if (request.tile_size) {
         sizes.push_back(*request.tile_size);
     } else {
-        const VT_Int_Pair size{request.part.size.x * request.supersample, request.part.size.y * request.supersample};
-        if (request.part.is_whole() && std::int64_t{size.x} * size.y <= largest_single_tile && std::max(size.x, size.y) < 16384) {
+        const bool is_small = std::int64_t{size.x} * size.y <= largest_single_tile;
+        if (request.part.is_whole() && fits_one_buffer && (is_small || request.prefers_one_piece)) {
             sizes.push_back(0);
         }
         for (const std::int32_t drawn_size : tile_sizes) {
@@ -73,10 +75,10 @@ Picture_Plan plan_picture(const Plan_Request& request) {
     }
     std::uint64_t least = UINT64_MAX;
     for (unsigned threads = request.threads; threads > 0; threads /= 2) {
-        for (const std::int32_t size : sizes) {
+        for (const std::int32_t side : sizes) {
             for (const std::uint32_t bands_ahead : {2U, 1U}) {
-                Picture_Plan plan = plan_of(request, size, threads, bands_ahead);
-                const std::uint64_t needed = request.model_memory + plan.memory;
+                Picture_Plan plan = plan_of(request, side, threads, bands_ahead);
+                const std::uint64_t needed = request.other_memory + plan.memory;
                 if (needed <= request.max_memory) {
                     return plan;
                 }
@@ -84,7 +86,7 @@ Picture_Plan plan_picture(const Plan_Request& request) {
             }
         }
     }
-    throw Usage_Error("--max-memory: expected " + memory_text(least) + " or more for this picture, found " +
+    throw Usage_Error("--max-memory: expected " + memory_text(least) + " or more for this image, found " +
                       memory_text(request.max_memory));
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "drawing/image/png_writer.h"
@@ -19,14 +20,17 @@ inline constexpr std::int32_t largest_tile = 8192;
 struct Plan_Request {
     Picture_Part part;
     Png_Form form;                         // of the file with it
+    std::int32_t beyond = 0;               // columns and rows of the frame to the right of the image and above it
     std::int32_t margin = 0;               // that tiles need
     std::optional<std::int32_t> tile_size; // in pixels of the picture, a multiple of 8
+    std::string one_piece;                 // why only one tile will do; empty = any number
+    bool prefers_one_piece = false;        // whether one tile is better, however large it is
     std::int32_t supersample = 1;          // columns and rows that are drawn for one
     std::uint64_t pixel_memory = 0;        // bytes for each drawn pixel of a tile
     std::uint64_t thread_memory = 0;       // bytes for each thread, besides
     unsigned threads = 1;                  // at most
     std::uint64_t max_memory = 0;          // bytes
-    std::uint64_t model_memory = 0;        // of it, what everything but the picture takes
+    std::uint64_t other_memory = 0;        // of it, what everything but the image takes
 };
 
 struct Picture_Plan {
@@ -34,10 +38,10 @@ struct Picture_Plan {
     unsigned threads;
     std::vector<std::uint32_t> band_ends; // rows of tiles, as rows of pixels from the top
     std::uint32_t rows_ahead;
-    std::uint64_t memory; // bytes that the picture takes at most, without the model
+    std::uint64_t memory; // bytes that the image takes at most, without what is drawn
 };
 
-// Pictures up to some size are one tile; larger ones have tiles as large as memory allows, up to the size that is drawn fastest.
+// Images up to some size are one tile; larger ones have tiles as large as memory allows, up to the size that is drawn fastest.
 // Threads are given up last. Throws Usage_Error that says what is needed.
 Picture_Plan plan_picture(const Plan_Request& request);
 

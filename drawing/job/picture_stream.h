@@ -15,6 +15,14 @@ namespace vorna::drawing {
 // Where the rows of a band go. Several threads may store parts of the same rows.
 class Row_Places {
 public:
+    Row_Places() = default;
+    // So many rows in memory, one after the other.
+    Row_Places(std::uint8_t* samples, std::size_t row_bytes, std::uint32_t rows) {
+        for (std::uint32_t row = 0; row < rows; ++row) {
+            places_.push_back(samples + row * row_bytes);
+        }
+    }
+
     // Samples of a row, counted from the picture's top.
     std::uint8_t* operator()(std::uint32_t row) const { return places_[row - first_]; }
 

@@ -99,32 +99,69 @@ Face Map_Layer::face_of(std::size_t shape) const {
     return all;
 }
 
-void Map_Layer::draw(Map_Painter& painter, const Layer_Style& style) const {
+double Map_Layer::longest_segment() const {
+    double longest = 0;
+    for (const Line& line : lines_) {
+        for (std::size_t i = 0; i + 1 < line.path.size(); ++i) {
+            longest = std::max(longest, std::hypot(line.path[i + 1].x - line.path[i].x, line.path[i + 1].y - line.path[i].y));
+        }
+    }
+    return longest;
+}
+
+std::size_t Map_Layer::most_positions() const {
+    std::size_t most = 0;
+    for (const Line& line : lines_) {
+        most = std::max(most, line.path.size());
+    }
+    for (const std::vector<Face>& faces : faces_) {
+        for (const Face& face : faces) {
+            std::size_t count = 0;
+            std::ranges::for_each(face, [&](const Path& ring) { count += ring.size(); });
+            most = std::max(most, count);
+        }
+    }
+    return most;
+}
+
+std::size_t Map_Layer::item_count() const {
+    std::size_t count = 2 * lines_.size() + points_.size(); // lines with casings
+    std::ranges::for_each(faces_, [&](const std::vector<Face>& faces) { count += faces.size(); });
+    return count;
+}
+
+void Layer_Style::enlarge(std::int32_t times) {
+    width *= times;
+    casing_width *= times;
+    marker.size *= times;
+}
+
+void Map_Layer::add_items(const Layer_Style& style, Map_Items& items) const {
     for (std::size_t s = 0; s < faces_.size(); ++s) {
         for (const Face& face : faces_[s]) {
             if (style.fills[s]) {
-                painter.fill(face, *style.fills[s]);
+                items.push_back(Face_Item{&face, *style.fills[s]});
             }
         }
     }
-    const auto for_each_line = [&](auto draw_line) {
+    const auto for_each_line = [&](auto add_line) {
         for (const Line& line : lines_) {
             if (const auto& dashes = line.kind == Line::Kind::outline ? style.outlines : style.borders) {
-                draw_line(line, *dashes);
+                add_line(line, *dashes);
             }
         }
     };
     // All casings lie below all lines, so that crossings are open.
     if (style.casing) {
         for_each_line([&](const Line& line, const Dashes&) {
-            painter.draw(line.path, {*style.casing, style.width + 2 * style.casing_width, {}});
+            items.push_back(Line_Item{&line.path, {*style.casing, style.width + 2 * style.casing_width}});
         });
     }
     for_each_line([&](const Line& line, const Dashes& dashes) {
-        painter.draw(line.path, {style.strokes[line.shape], style.width, dashes});
+        items.push_back(Line_Item{&line.path, {style.strokes[line.shape], style.width, &dashes}});
     });
     for (const auto& [place, shape] : points_) {
-        painter.mark(place, style.marker);
+        items.push_back(Mark_Item{place, style.marker});
     }
 }
 

@@ -6,7 +6,7 @@
 
 #include "drawing/files/load_limits.h"
 #include "drawing/map/borders.h"
-#include "drawing/map/map_painter.h"
+#include "drawing/map/map_items.h"
 #include "drawing/map/projection.h"
 #include "drawing/map/shapes.h"
 
@@ -29,6 +29,9 @@ struct Layer_Style {
     std::optional<VT_RGB32> casing;
     std::int32_t casing_width = 2; // on each side
     Marker_Paint marker;
+
+    // The same look in an image that is so many times as large. Dashes grow with the width.
+    void enlarge(std::int32_t times);
 };
 
 class Map_Layer {
@@ -44,7 +47,11 @@ public:
     // All faces of a shape as one.
     Face face_of(std::size_t shape) const;
 
-    void draw(Map_Painter& painter, const Layer_Style& style) const;
+    double longest_segment() const;     // of lines, on the plane
+    std::size_t most_positions() const; // of a face or line
+    std::size_t item_count() const;     // at most
+    // What is drawn, in order. Layer and style must outlive the items.
+    void add_items(const Layer_Style& style, Map_Items& items) const;
 
 private:
     struct Line {

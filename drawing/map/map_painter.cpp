@@ -5,12 +5,11 @@
 #include <cmath>
 
 #include "drawing/map/polygon_rows.h"
+#include "drawing/map/tile_lines.h"
 #include "vorna/draw.h"
 
 namespace vorna::drawing::map {
 namespace {
-
-constexpr double farthest = 0x20000000; // pixels; lines that lead farther are cut there
 
 // The pixel that a place lies in.
 VT_DCI_Point pixel_of(Position p) {
@@ -33,7 +32,28 @@ VT_Reference<const VT_Line_Type_Set> line_types_of(const Dashes& dashes, std::in
 } // namespace
 
 Map_Painter::Map_Painter(VT_Renderer_Data& renderer, const VT_Rendition& base, const View& view)
-    : renderer_(renderer), rendition_(new VT_Rendition(base)), view_(view) {
+    : renderer_(renderer), rendition_(new VT_Rendition(base)), view_(view),
+      visible_(common_part(base.clip.hard_clip, base.window.rectangle)), is_part_(visible_ != base.clip.hard_clip) {
+}
+
+std::int32_t Map_Painter::tile_margin(const Line_Paint& paint) {
+    if (paint.width > 1) {
+        return 0;
+    }
+    double longest = 0;
+    for (std::size_t i = 0; paint.is_dashed() && i < paint.dashes->size(); i += 2) {
+        longest = std::max(longest, (*paint.dashes)[i]);
+    }
+    // Two pixels more: places are rounded, and smoothed lines have pixels beside them.
+    return (static_cast<std::int32_t>(std::ceil(longest)) + 2 + 7) / 8 * 8;
+}
+
+// The renderer walks line types along whole segments up to so many elements, half as many as it states for rounding.
+double Map_Painter::longest_dashed_segment(const Line_Paint& paint) {
+    const double elements = paint.width > 1 ? 1 << 14 : 1 << 17;
+    double repetition = 0;
+    std::ranges::for_each(*paint.dashes, [&](double length) { repetition += length * paint.width; });
+    return elements / static_cast<double>(paint.dashes->size()) * repetition;
 }
 
 std::uint8_t Map_Painter::index_of(VT_RGB32 color) const {
@@ -61,10 +81,10 @@ void Map_Painter::fill_pixels(const Face& pixels, VT_RGB32 color) {
         }
     };
     if (renderer_.current_renderer_options().color_system() == 1) {
-        for_each_rectangle(pixels, rendition_->clip.hard_clip, draw_face);
+        for_each_rectangle(pixels, visible_, draw_face);
     } else {
-        set_line({color, 1, {}});
-        for_each_rectangle(pixels, rendition_->clip.hard_clip, draw_rows);
+        set_line({color});
+        for_each_rectangle(pixels, visible_, draw_rows);
     }
 }
 
@@ -73,7 +93,7 @@ void Map_Painter::set_line(const Line_Paint& paint) {
     attributes.color = paint.color;
     attributes.index = index_of(paint.color);
     attributes.weight = paint.width;
-    attributes.line_types = paint.dashes.empty() ? VT_Line_Type_Set::None : line_types_of(paint.dashes, paint.width);
+    attributes.line_types = paint.is_dashed() ? line_types_of(*paint.dashes, paint.width) : VT_Line_Type_Set::None;
 }
 
 void Map_Painter::draw(const Path& line, const Line_Paint& paint) {
@@ -84,7 +104,7 @@ void Map_Painter::draw(const Path& line, const Line_Paint& paint) {
         const bool seen = bounds.left <= clip.right + paint.width && bounds.right >= clip.left - paint.width &&
                           bounds.bottom <= clip.top + paint.width && bounds.top >= clip.bottom - paint.width;
         if (seen && points.size() > 1) {
-            VD_Draw_2DI_Polyline(renderer_, *rendition_, static_cast<std::int32_t>(points.size()), points.data());
+            draw_points(points, paint);
         }
         points.clear();
         bounds = {INT32_MAX, INT32_MIN, INT32_MAX, INT32_MIN};
@@ -92,7 +112,7 @@ void Map_Painter::draw(const Path& line, const Line_Paint& paint) {
     set_line(paint);
     for (const Position& p : line) {
         const Position place = view_.device_place(p);
-        if (!(std::abs(place.x) < farthest && std::abs(place.y) < farthest)) {
+        if (!(std::abs(place.x) < farthest_pixel && std::abs(place.y) < farthest_pixel)) {
             finish();
             continue;
         }
@@ -107,9 +127,18 @@ void Map_Painter::draw(const Path& line, const Line_Paint& paint) {
     finish();
 }
 
+// Wide lines and short dashes look the same in every window.
+void Map_Painter::draw_points(const std::vector<VT_DCI_Point>& points, const Line_Paint& paint) {
+    if (is_part_ && paint.width <= 1 && !paint.is_dashed()) {
+        draw_line_in_tile(renderer_, *rendition_, points);
+    } else {
+        VD_Draw_2DI_Polyline(renderer_, *rendition_, static_cast<std::int32_t>(points.size()), points.data());
+    }
+}
+
 void Map_Painter::mark(Position place, const Marker_Paint& paint) {
     const Position p = view_.device_place(place);
-    if (!(std::abs(p.x) < farthest && std::abs(p.y) < farthest)) {
+    if (!(std::abs(p.x) < farthest_pixel && std::abs(p.y) < farthest_pixel)) {
         return;
     }
     rendition_->marker.color = paint.color;

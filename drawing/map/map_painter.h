@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 #include <vector>
 
 #include "drawing/map/shapes.h"
@@ -12,9 +13,12 @@ namespace vorna::drawing::map {
 
 // From a projection's plane to pixels: pixel (i, j) lies between i and i + 1, j and j + 1.
 struct View {
-    Position middle; // of the window
+    Position middle; // of the image
     double scale = 1;
     VT_Int_Pair size;
+
+    // The same part of the plane with so many pixels for one.
+    View enlarged(std::int32_t times) const noexcept { return {middle, scale * times, {size.x * times, size.y * times}}; }
 
     Position device_place(Position p) const noexcept {
         return {(p.x - middle.x) * scale + size.x * 0.5, (p.y - middle.y) * scale + size.y * 0.5};
@@ -34,7 +38,9 @@ using Dashes = std::vector<double>;
 struct Line_Paint {
     VT_RGB32 color;
     std::int32_t width = 1;
-    Dashes dashes;
+    const Dashes* dashes = nullptr; // null: a solid line
+
+    bool is_dashed() const noexcept { return dashes && !dashes->empty(); }
 };
 
 struct Marker_Paint {
@@ -43,12 +49,24 @@ struct Marker_Paint {
     std::int32_t size = 7;
 };
 
+// A line with more steps is not drawn: its ends lie too far from the image.
+inline constexpr double farthest_pixel = 0x20000000;
+
 class Map_Painter {
 public:
-    // base: clips, modes and flags of all that is drawn. It is copied.
+    // base: clips, modes and flags of all that is drawn; its hard clip is the image, its window rectangle the part of the image
+    // that is drawn. It is copied. Every window shows the pixels of the whole image when it has tile_margin pixels beside those
+    // that are kept.
     Map_Painter(VT_Renderer_Data& renderer, const VT_Rendition& base, const View& view);
 
-    // Every pixel once, see for_each_rectangle. A colour that is not opaque is blended in 32-bit pictures.
+    // Columns and rows that a window needs beside the pixels that are kept of it. Lines of one pixel's width that cross the
+    // image's edge lose pixels in the window's outermost columns; dashes that cross the window's edge are drawn as if it were the
+    // image's.
+    static std::int32_t tile_margin(const Line_Paint& paint);
+    // Segments of more pixels than this get dashes that depend on the window.
+    static double longest_dashed_segment(const Line_Paint& paint);
+
+    // Every pixel once, see for_each_rectangle. A colour that is not opaque is blended in 32-bit images.
     void fill(const Face& face, VT_RGB32 color);
     // The same for a face in pixels.
     void fill_pixels(const Face& pixels, VT_RGB32 color);
@@ -59,10 +77,13 @@ public:
 private:
     std::uint8_t index_of(VT_RGB32 color) const;
     void set_line(const Line_Paint& paint);
+    void draw_points(const std::vector<VT_DCI_Point>& points, const Line_Paint& paint);
 
     VT_Renderer_Data& renderer_;
     VT_Reference<VT_Rendition> rendition_;
     View view_;
+    VT_Int_Rectangle visible_; // pixels of the image in the window
+    bool is_part_;             // of the image
 };
 
 } // namespace vorna::drawing::map

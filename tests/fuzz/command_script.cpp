@@ -17,7 +17,7 @@
 #include <unistd.h>
 
 #include "app/cli/command_line.h"
-#include "app/cli/usage.h"
+#include "app/cli/parser.h"
 #include "app/view/window.h"
 #include "tests/fuzz/fuzzing.h"
 
@@ -257,21 +257,17 @@ Command_Outcome run_command(std::vector<std::string> arguments, const std::funct
     }
     const Silence silence;
     Command_Outcome outcome{vorna::app::exit_status::done, {}};
-    const auto application = vorna::app::make_command_line(outcome.status);
+    const vorna::app::Program program = vorna::app::make_program();
+    vorna::app::Parser parser(program);
     try {
-        std::vector<std::string> prepared = vorna::app::prepared_arguments(*application, arguments);
-        std::ranges::reverse(prepared);
         if (before_parsing) {
             before_parsing();
         }
-        application->parse(std::move(prepared));
+        const vorna::app::Request request = parser.parse(arguments);
+        if (request.given.command) {
+            outcome.status = request.given.command->run(request.given);
+        }
         return outcome;
-    } catch (const CLI::Success& request) {
-        std::ostringstream out;
-        application->exit(request, out, out);
-        return outcome;
-    } catch (const CLI::ParseError& error) {
-        outcome = {vorna::app::exit_status::wrong_usage, vorna::app::usage_message(*application, error)};
     } catch (const vorna::drawing::Usage_Error& error) {
         outcome = {vorna::app::exit_status::wrong_usage, error.what()};
     } catch (const std::runtime_error& error) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/commands/map_command.h"
+#include "app/commands/render_map.h"
 #include "tests/fuzz/fuzzing.h"
 
 namespace fuzzing {
@@ -13,22 +13,25 @@ namespace fuzzing {
 inline void draw_map(std::string_view content, std::size_t style, bool is_drawing) {
     constexpr const char* projections[] = {"", "plane", "mercator", "equirectangular"};
     constexpr const char* borders[] = {"solid", "dashed", "3,2", "none"};
-    vorna::app::Map_Picture picture;
-    picture.input = {"map", is_drawing ? "dxf" : "json", std::string(content)};
-    picture.output = "/dev/null";
-    picture.size = {40, (style & 1) != 0 ? 30 : 0};
-    picture.background = {255, 255, 255, 255};
-    picture.colors = (style & 2) != 0 ? 8 : 32;
-    picture.allow_empty = true;
-    picture.transparent = picture.colors == 32 && (style & 1024) != 0;
-    picture.antialias = picture.colors == 32 && (style & 4) != 0;
+    vorna::app::Render_Options render;
+    const vorna::drawing::Input input{"map", is_drawing ? "dxf" : "json", std::string(content)};
+    render.models = {"map"};
+    render.output = "/dev/null";
+    render.has_size = (style & 1) != 0;
+    render.size = "40x30";
+    render.colors = (style & 2) != 0 ? 8 : 32;
+    render.allow_empty = true;
+    render.background = render.colors == 32 && (style & 1024) != 0 ? "none" : "white";
+    render.antialias = render.colors == 32 && (style & 4) != 0;
+    render.tile_size = (style & 2048) != 0 ? 16 : 0;
+    render.threads = 1;
     vorna::app::Map_Options options;
     options.projection = is_drawing ? "" : projections[style / 8 % 4];
     options.border = borders[style / 32 % 4];
     options.border_width = (style & 128) != 0 ? 3 : 1;
     options.bbox = (style & 512) != 0 ? "0,0,1e-9,1e-9" : "";
     options.casing = (style & 256) != 0 ? "red" : "";
-    vorna::app::render_map(picture, options, renderer_module());
+    vorna::app::render_map(render, options, input, renderer_module());
 }
 
 } // namespace fuzzing

@@ -1,0 +1,216 @@
+// What `render` does with models and maps alike.
+#include "app/commands/render_job.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+#include "app/cli/command.h"
+#include "app/cli/messages.h"
+#include "app/cli/progress.h"
+#include "drawing/files/input_file.h"
+#include "drawing/files/memory.h"
+#include "drawing/files/output_file.h"
+#include "drawing/job/frame_names.h"
+
+namespace vorna::app {
+namespace {
+
+// What is made: the image, or a part of it.
+drawing::Picture_Part part_of(const Render_Options& options, VT_Int_Pair size) {
+    drawing::Picture_Part part;
+    part.size = size;
+    if (!options.tiles_of.empty()) {
+        const VT_Int_Pair parts =
+            parsed_pair(options.tiles_of, 1 << 10, "--tiles-of: expected COLUMNSxROWS with numbers from 1 to 1024");
+        part.columns = parts.x;
+        part.rows = parts.y;
+        part.number = options.tile;
+        if (!part.is_possible()) {
+            throw drawing::Usage_Error("--tiles-of: expected parts of 8 pixels or more, found " + options.tiles_of +
+                                       " for --size " + std::to_string(size.x) + 'x' + std::to_string(size.y));
+        }
+        if (part.number >= parts.x * parts.y) {
+            throw drawing::Usage_Error("--tile: expected a number from 0 to " + std::to_string(parts.x * parts.y - 1) +
+                                       ", found " + std::to_string(part.number));
+        }
+    }
+    return part;
+}
+
+// Throws Usage_Error for options that exclude each other, or need another one.
+void check_combinations(const Render_Options& options, VT_Int_Pair size, const Palette_Choice& palette) {
+    const std::string supersample = "--supersample " + std::to_string(options.supersample), turntable = "--turntable";
+    const auto refuse = [](bool wrong, const std::string& option, const std::string& expected, const std::string& found) {
+        if (wrong) {
+            throw drawing::Usage_Error(option + ": expected " + expected + ", found " + found);
+        }
+    };
+    const std::string indexed = options.palette.empty() ? "--colors 8" : "--palette " + options.palette;
+    const bool mapped = !palette.mapped.empty(), transparent = options.is_transparent();
+    const bool drawn = palette.drawn || (!mapped && options.colors == 8);
+    refuse(options.supersample > 1 && drawn, "--supersample", "32 bits a pixel or a palette from a file", indexed);
+    refuse(transparent && (drawn || mapped), "--background none", "32 bits a pixel", indexed);
+    refuse(std::max(size.x, size.y) > drawing::largest_side / options.supersample, "--supersample",
+           "sides that enlarged have " + std::to_string(drawing::largest_side) + " pixels at most",
+           "--size " + std::to_string(size.x) + 'x' + std::to_string(size.y));
+    refuse(options.tile_size % 8 != 0, "--tile-size", "a multiple of 8", std::to_string(options.tile_size));
+    refuse(options.tile_size > drawing::largest_tile / options.supersample, "--tile-size",
+           "tiles that enlarged have sides of " + std::to_string(drawing::largest_tile) + " pixels at most", supersample);
+    if (!options.record.empty()) {
+        const std::string pixels = "pixels as the renderer draws them";
+        refuse(options.supersample > 1, "--record", pixels, supersample);
+        refuse(mapped, "--record", pixels, indexed);
+        refuse(transparent, "--record", "a colour behind what is drawn", "--background none");
+        refuse(options.turntable > 0, "--record", "a single image", turntable);
+        refuse(drawing::is_standard_output(options.record) && drawing::is_standard_output(options.output),
+               "--record " + options.record, "another file", "-o " + options.output);
+    }
+    refuse(options.turntable > 0 && options.repeat > 1, "--repeat", "a single image", turntable);
+}
+
+std::string sides(std::int64_t width, std::int64_t height) {
+    return std::to_string(width) + "x" + std::to_string(height);
+}
+
+// The files' names, of a turntable those of the first and the last frame.
+std::string output_text(const Render_Options& options) {
+    if (options.output == "-") {
+        return "standard output";
+    }
+    const std::int32_t count = options.turntable;
+    if (count == 0) {
+        return options.output;
+    }
+    const std::string last = count > 1 ? " to " + drawing::frame_name(options.output, count - 1, count) : "";
+    return drawing::frame_name(options.output, 0, count) + last;
+}
+
+void describe(const Render_Options& options, const drawing::Job_Settings& settings, const drawing::Job& job,
+              const drawing::Drawing& drawing, const std::string& kind) {
+    const drawing::Tile_Grid& grid = job.plan().grid;
+    const drawing::Png_Form& form = job.form();
+    const auto print = [](const std::string& what, const std::string& text) {
+        app::print(stdout, what + (": " + drawing::printable(text)) + '\n');
+    };
+    for (const std::string& file : options.models) {
+        print(kind, drawing::name_of_input(file));
+    }
+    print("drawn", drawing.summary());
+    const bool indexed = form.colors == drawing::Png_Form::Colors::palette;
+    const drawing::Picture_Part& part = settings.part;
+    print("image", sides(form.width, form.height) + (part.is_whole() ? "" : " of " + sides(part.size.x, part.size.y)) +
+                       (indexed                    ? ", " + std::to_string(form.palette.size() / 3) + " colours"
+                        : options.is_transparent() ? ", 32 bits a pixel, transparent"
+                                                   : ", 32 bits a pixel"));
+    const std::string threads = std::to_string(job.threads()) + (job.threads() == 1 ? " thread" : " threads");
+    print("tiles", std::to_string(grid.count()) + " of " +
+                       sides(std::min(grid.tile_size.x, grid.area.right - grid.area.left + 1),
+                             std::min(grid.tile_size.y, grid.area.top - grid.area.bottom + 1)) +
+                       " pixels, " + threads);
+    if (options.turntable > 0) {
+        print("frames", std::to_string(options.turntable));
+    }
+    const std::uint64_t image = job.image_memory();
+    print("memory", drawing::memory_text(job.other_memory() + image) + " of " + drawing::memory_text(settings.max_memory) + ", " +
+                        drawing::memory_text(image) + " of it for the image");
+    print("file", output_text(options));
+}
+
+void print_digests(const Render_Options& options, const std::vector<std::string>& digests) {
+    if (options.turntable == 0) {
+        drawing::print_line(drawing::is_standard_output(options.record) ? options.record : options.output, digests.front());
+        return;
+    }
+    for (std::size_t f = 0; f < digests.size(); ++f) {
+        const std::string name = drawing::frame_name(options.output, static_cast<std::int32_t>(f), options.turntable);
+        print(stdout, digests[f] + "  " + drawing::printable(name) + '\n');
+    }
+}
+
+void print_stats(const Render_Options& options, const drawing::Job& job, const drawing::Drawing& drawing,
+                 const Load_Times& before, const drawing::Job_Times& times) {
+    const drawing::Picture_Plan& plan = job.plan();
+    const bool several = plan.grid.count() > 1;
+    std::vector<double> draws = times.draws;
+    std::ranges::sort(draws);
+    print(stderr, drawing::printable(drawing.summary())); // names of textures are in it
+    std::fprintf(stderr, ", load %.1f ms, setup %.1f ms", before.load, before.setup + times.plan);
+    if (!draws.empty()) {
+        std::fprintf(stderr, ", draw %.2f ms", draws.front());
+    }
+    if (draws.size() > 1) {
+        std::fprintf(stderr, " at best, %.2f ms in the middle of %zu", draws[draws.size() / 2], draws.size());
+    }
+    if (several) {
+        std::fprintf(stderr, ", %sprepare %.2f ms, %zu tiles of %dx%d by %u threads", draws.empty() ? "" : "of it ",
+                     times.prepare, plan.grid.count(), plan.grid.tile_size.x, plan.grid.tile_size.y, plan.threads);
+    }
+    if (options.turntable > 0) {
+        std::fprintf(stderr, ", %d frames", options.turntable);
+    }
+    if (options.turntable > 0 || several) {
+        std::fprintf(stderr, ", drawn and written in %.1f ms", times.written);
+    }
+    std::fputc('\n', stderr);
+}
+
+} // namespace
+
+VT_Int_Pair image_size_of(const Render_Options& options) {
+    return parsed_pair(options.size, drawing::largest_side,
+                       "--size: expected WIDTHxHEIGHT with sides from 1 to " + std::to_string(drawing::largest_side));
+}
+
+drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair size, const Palette_Choice& palette) {
+    check_combinations(options, size, palette);
+    if (!options.dry_run) {
+        drawing::refuse_terminal("-o", options.output);
+    }
+    if (options.turntable > 0) {
+        drawing::frame_name(options.output, 0, options.turntable);
+    }
+    drawing::Job_Settings settings;
+    settings.part = part_of(options, size);
+    settings.tile_size = options.tile_size;
+    settings.supersample = options.supersample;
+    settings.threads = options.threads;
+    settings.max_memory = options.limits->memory();
+    settings.transparent = options.is_transparent();
+    if (!settings.transparent) {
+        settings.background = background_of(options);
+    }
+    settings.palette = palette.drawn;
+    settings.mapped_palette = palette.mapped;
+    settings.input = drawing::name_of_input(options.models.front()) + (options.models.size() > 1 ? " and others" : "");
+    settings.output = options.output;
+    settings.is_numbered = options.turntable > 0;
+    settings.record = options.record;
+    settings.repeat = options.repeat;
+    settings.measures = options.stats;
+    settings.hash = options.hash;
+    settings.allow_empty = options.allow_empty;
+    return settings;
+}
+
+void run_job(const Render_Options& options, drawing::Job_Settings settings, const drawing::Module_Choice& module,
+             drawing::Drawing& drawing, const Load_Times& times, const std::string& kind) {
+    settings.max_memory = options.limits->memory(); // which grows with the files that have been read
+    Progress progress;
+    settings.progress = [&progress](double done) { progress.show(done); };
+    drawing::Job job(settings, module, drawing);
+    if (options.dry_run) {
+        job.check_files();
+        describe(options, settings, job, drawing, kind);
+        return;
+    }
+    const drawing::Job_Result result = job.write_files();
+    if (options.hash) {
+        print_digests(options, result.digests);
+    }
+    if (options.stats) {
+        print_stats(options, job, drawing, times, result.times);
+    }
+}
+
+} // namespace vorna::app

@@ -1,0 +1,42 @@
+// What `render` does with models and maps alike: from its options to a job, and what is told of it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/commands/model_options.h"
+#include "drawing/job/job.h"
+
+namespace vorna::app {
+
+struct Render_Options : Model_Options {
+    std::string output; // of a turntable a template for names
+    std::string record; // empty = not asked for
+    std::string size = "1280x960";
+    bool has_size = false; // whether it is given
+    std::string tiles_of;  // empty = the whole image
+    std::int32_t tile = -1, tile_size = 0;
+    std::int32_t supersample = 1;
+    std::int32_t turntable = 0; // frames; 0 = a single image
+    unsigned threads = 0;
+    int repeat = 1;
+    bool stats = false, hash = false, dry_run = false, allow_empty = false;
+};
+
+VT_Int_Pair image_size_of(const Render_Options& options);
+
+// palette: of the options; a map's is chosen later. Throws Usage_Error for options that exclude each other, or need another one.
+drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair size, const Palette_Choice& palette);
+
+// Milliseconds before the job.
+struct Load_Times {
+    double load = 0, setup = 0;
+};
+
+// Runs the job, or tells what it would draw. kind: what the inputs are called.
+void run_job(const Render_Options& options, drawing::Job_Settings settings, const drawing::Module_Choice& module,
+             drawing::Drawing& drawing, const Load_Times& times, const std::string& kind);
+
+} // namespace vorna::app

@@ -1,0 +1,69 @@
+// What `render` does with models.
+#include "app/commands/render_model.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <utility>
+
+#include "app/cli/messages.h"
+#include "drawing/files/output_file.h"
+#include "drawing/job/model_drawing.h"
+
+namespace vorna::app {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double milliseconds_since(Clock::time_point start) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+// Warns of frames that reach over the border of the image while the first one does not.
+void warn_of_cut_frames(const Render_Options& options, const drawing::Model_Drawing& drawing) {
+    const std::vector<double> reach = drawing.reach();
+    const auto count = std::ranges::count_if(reach, [](double r) { return r > 1; });
+    if (count == 0 || reach.front() > 1) {
+        return;
+    }
+    constexpr double near_by = 10;
+    const double farthest = std::ranges::max(reach);
+    char advice[64] = "a --camera farther away does";
+    if (farthest < near_by) {
+        std::snprintf(advice, sizeof advice, "--zoom %.2g does", options.camera.zoom * 0.98 / farthest);
+    }
+    warn("--turntable: " + std::to_string(count) + " of " + std::to_string(reach.size()) +
+         " frames do not show the whole model; " + advice);
+}
+
+} // namespace
+
+void render_models(const Render_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module) {
+    const VT_Int_Pair size = image_size_of(options);
+    const Palette_Choice palette = palette_of(options);
+    drawing::Job_Settings settings = job_settings_of(options, size, palette);
+    const drawing::Model_Look look{picture_settings_of(options), edge_settings_of(options), palette.drawn};
+    base_color_of(options);
+    if (options.has_edges() && look.edges.color) {
+        settings.flat_colors.push_back(*look.edges.color);
+    }
+    Load_Times times;
+    const auto start = Clock::now();
+    const drawing::model::Mesh mesh = load_mesh(options, std::move(inputs), options.allow_empty);
+    times.load = milliseconds_since(start);
+    std::vector<std::string> images;
+    for (const drawing::model::Image_Source& image : mesh.images) {
+        images.push_back(image.embedded ? std::string() : image.name);
+    }
+    drawing::refuse_same_files(images, {options.output, options.record});
+    const auto setup_start = Clock::now();
+    drawing::Model_Drawing drawing(make_model(options, mesh), look, camera_settings_of(options, mesh, size),
+                                   std::max(options.turntable, 1));
+    times.setup = milliseconds_since(setup_start);
+    if (options.turntable > 0 && !options.dry_run) {
+        warn_of_cut_frames(options, drawing);
+    }
+    run_job(options, std::move(settings), module, drawing, times, "model");
+}
+
+} // namespace vorna::app

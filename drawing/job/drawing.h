@@ -1,0 +1,70 @@
+// What a job draws: a model or a map, prepared once and drawn tile by tile.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "drawing/model/tiles.h"
+#include "drawing/recording/session.h"
+#include "host/rendition.h"
+
+namespace vorna::drawing {
+
+using model::Tile_Grid;
+
+// What a plan must know of a drawing.
+struct Drawing_Needs {
+    std::int32_t beyond = 0;           // columns and rows of the frame to the right of the image and above it
+    std::int32_t margin = 0;           // of tiles, see Tile_Grid
+    std::string one_piece;             // why it can be drawn as one tile only; empty = it can be cut
+    std::uint64_t pixel_memory = 4;    // bytes of a renderer's buffers for each pixel of the window
+    std::uint64_t thread_memory = 0;   // bytes that drawing takes in each thread, roughly
+    std::uint64_t prepared_memory = 0; // bytes that prepare takes, roughly
+};
+
+class Drawing {
+public:
+    Drawing() = default;
+    Drawing(const Drawing&) = delete;
+    Drawing& operator=(const Drawing&) = delete;
+    virtual ~Drawing() = default;
+
+    // How large it is, in words.
+    virtual std::string summary() const = 0;
+    // So many images, each prepared and drawn by itself.
+    virtual std::int32_t frame_count() const { return 1; }
+    // size: of the image; supersample: columns and rows of drawn pixels for one of its pixels.
+    virtual Drawing_Needs needs(VT_Int_Pair size, std::int32_t supersample) const = 0;
+
+    // Does what a frame needs once. The grid is that of the drawn pixels.
+    virtual void prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t frame) = 0;
+    // Options of a renderer that draws it, but for the window; before the session is established.
+    virtual void set_options(Session& session) const = 0;
+    // Attributes of everything that is drawn; the rendition's clip and window are set.
+    virtual void set_attributes(VT_Rendition& rendition) const = 0;
+    // Draws what touches a tile of the prepared frame, in a picture that has begun with an empty window. Several threads may draw
+    // at once, each through a renderer and a rendition of its own.
+    virtual void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const = 0;
+};
+
+// Fits a session and a rendition to a tile of a prepared drawing.
+void establish(Session& session, VT_Rendition& rendition, const Drawing& drawing, const Tile_Grid& grid, std::size_t tile);
+// Draws the tile as a picture of its own.
+void draw_picture(Session& session, VT_Rendition& rendition, const Drawing& drawing, std::size_t tile, VT_RGB32 background);
+
+// A renderer with a window for one tile at a time. Every thread has its own.
+class Tile_Renderer {
+public:
+    explicit Tile_Renderer(const Module_Choice& module) : session_(module) {}
+
+    void draw(const Drawing& drawing, const Tile_Grid& grid, std::size_t tile, VT_RGB32 background);
+    Session& session() noexcept { return session_; }
+
+private:
+    Session session_;
+    VT_Reference<VT_Rendition> rendition_;
+    VT_Int_Rectangle window_{0, -1, 0, -1};
+};
+
+} // namespace vorna::drawing

@@ -1,0 +1,209 @@
+// A job: planning, tiles and the images that they make.
+#include "drawing/job/job.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <exception>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include "drawing/files/helpers.h"
+#include "drawing/files/memory.h"
+#include "drawing/image/image_file.h"
+
+namespace vorna::drawing {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr VT_RGB32 black{0, 0, 0, 255}, white{255, 255, 255, 255};
+
+VT_RGB32 drawn_background(const Job_Settings& settings) {
+    return settings.transparent ? white : settings.background;
+}
+
+} // namespace
+
+Job::Job(const Job_Settings& settings, const Module_Choice& module, Drawing& drawing)
+    : settings_(settings), module_(module), drawing_(drawing),
+      needs_(drawing.needs(settings.part.size, settings.supersample)), plan_{Tile_Grid({}), 1, {}, 0, 0} {
+    const auto start = Clock::now();
+    if (!settings.mapped_palette.empty()) {
+        std::vector<VT_RGB32> flat{drawn_background(settings)};
+        flat.insert(flat.end(), settings.flat_colors.begin(), settings.flat_colors.end());
+        dither_.emplace(settings.mapped_palette, flat);
+    }
+    finish_ = {settings.supersample, settings.transparent, dither_ ? &*dither_ : nullptr};
+    choose_form();
+    add_workers(1);
+    make_plan();
+    times_.plan = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+// Of the file, and of a pixel in it where nothing is drawn.
+void Job::choose_form() {
+    const VT_Int_Rectangle area = settings_.part.area();
+    const VT_RGB32 background = drawn_background(settings_);
+    form_.width = static_cast<std::uint32_t>(area.right - area.left + 1);
+    form_.height = static_cast<std::uint32_t>(area.top - area.bottom + 1);
+    std::vector<std::uint8_t> sample{background.red, background.green, background.blue, background.alpha};
+    if (settings_.transparent) {
+        sample.assign(4, 0);
+    } else if (dither_ || settings_.palette) {
+        form_.colors = Png_Form::Colors::palette;
+        if (dither_) {
+            form_.palette = png_palette_of(settings_.mapped_palette);
+            sample = {dither_->nearest(background)};
+        } else {
+            form_.palette = png_palette_of(*settings_.palette);
+            sample = {static_cast<std::uint8_t>(settings_.palette->closest_match(background, false))};
+        }
+    }
+    if (!settings_.part.is_whole()) {
+        form_.place = settings_.part.bytes();
+    }
+    sight_.emplace(std::move(sample));
+}
+
+void Job::make_plan() {
+    Plan_Request request{.part = settings_.part,
+                         .form = form_,
+                         .beyond = needs_.beyond,
+                         .margin = needs_.margin,
+                         .tile_size = std::nullopt,
+                         .one_piece = needs_.one_piece,
+                         .prefers_one_piece = !settings_.record.empty(),
+                         .supersample = settings_.supersample,
+                         .pixel_memory = needs_.pixel_memory + (settings_.transparent ? 4 : 0),
+                         .thread_memory = needs_.thread_memory + (dither_ ? Palette_Dither::memory : 0),
+                         .threads = settings_.threads > 0 ? settings_.threads : std::max(1U, std::thread::hardware_concurrency()),
+                         .max_memory = settings_.max_memory,
+                         .other_memory = resident_memory() + needs_.prepared_memory};
+    if (settings_.tile_size > 0) {
+        request.tile_size = settings_.tile_size;
+    }
+    other_memory_ = request.other_memory;
+    plan_ = plan_picture(request);
+    if (settings_.is_numbered && plan_.grid.count() == 1) {
+        // Small frames are drawn by one thread each.
+        const unsigned threads = request.threads;
+        request.threads = 1;
+        plan_ = plan_picture(request);
+        const std::uint64_t room = (settings_.max_memory - other_memory_) / std::max<std::uint64_t>(plan_.memory, 1);
+        frames_at_once_ = std::min({threads, static_cast<unsigned>(drawing_.frame_count()),
+                                    static_cast<unsigned>(std::clamp<std::uint64_t>(room, 1, threads))});
+    }
+    if (!settings_.record.empty() && plan_.grid.count() > 1) {
+        throw Usage_Error("--record: expected an image that is drawn in one piece, found one of " +
+                          std::to_string(plan_.grid.count()) + " tiles");
+    }
+}
+
+void Job::add_workers(std::size_t count) {
+    while (workers_.size() < count) {
+        workers_.push_back(std::make_unique<Worker>(module_, finish_));
+    }
+    if (!settings_.record.empty() && !recorder_) {
+        recorder_.emplace(workers_.front()->renderer.session());
+    }
+}
+
+std::vector<Job::Worker*> Job::workers() const {
+    std::vector<Worker*> all;
+    std::ranges::transform(workers_, std::back_inserter(all), [](const auto& worker) { return worker.get(); });
+    return all;
+}
+
+void Job::draw_tile(Worker& worker, std::size_t tile) const {
+    const Tile_Grid& grid = plan_.grid;
+    if (settings_.transparent) {
+        worker.renderer.draw(drawing_, grid, tile, black);
+        worker.finish.keep(cut(raster_of(worker.renderer.session().color_buffer()), grid.window(tile), grid.pixels(tile)));
+    }
+    worker.renderer.draw(drawing_, grid, tile, drawn_background(settings_));
+}
+
+// Draws all tiles and keeps none, for measuring; a single tile stays in its renderer.
+void Job::draw_tiles() {
+    const std::size_t count = plan_.grid.count();
+    std::atomic<std::size_t> next{0};
+    std::mutex mutex;
+    std::exception_ptr failure;
+    const auto work = [&](Worker& worker) {
+        try {
+            for (std::size_t tile = next++; tile < count; tile = next++) {
+                draw_tile(worker, tile);
+            }
+        } catch (...) {
+            const std::lock_guard lock(mutex);
+            failure = std::current_exception();
+            next = count;
+        }
+    };
+    work_together(std::min(workers_.size(), count), [&](std::size_t i) { work(*workers_[i]); });
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+}
+
+// The pixels of a tile in the rows of the image.
+void Job::store_tile(Worker& worker, std::size_t tile, const Row_Places& places) {
+    const Tile_Grid& grid = plan_.grid;
+    const VT_Int_Rectangle kept = grid.pixels(tile);
+    const Raster drawn = cut(raster_of(worker.renderer.session().color_buffer()), grid.window(tile), kept);
+    const std::int32_t n = settings_.supersample;
+    const std::size_t start = static_cast<std::size_t>((kept.left - grid.area.left) / n) * form_.pixel_bytes();
+    const std::int32_t first_row = (grid.area.top - kept.top) / n;
+    for (std::int32_t row = 0; row < drawn.height / n; ++row) {
+        std::uint8_t* samples = places(static_cast<std::uint32_t>(first_row + row)) + start;
+        worker.finish.store_row(drawn, row, {kept.left / n, kept.top / n - row}, samples);
+        sight_->look_at(samples, static_cast<std::size_t>(drawn.width / n));
+    }
+}
+
+// Parts of an image may well be empty.
+void Job::check_sight() const {
+    if (sight_->is_empty() && settings_.part.is_whole() && !settings_.allow_empty) {
+        throw std::runtime_error(nothing_seen(settings_.input));
+    }
+}
+
+Image Job::make_image() {
+    add_workers(plan_.threads);
+    prepare(0);
+    std::vector<std::uint8_t> samples(form_.height * form_.row_bytes());
+    const Row_Places places(samples.data(), form_.row_bytes(), form_.height);
+    const std::size_t count = plan_.grid.count();
+    std::atomic<std::size_t> next{0};
+    std::mutex mutex;
+    std::exception_ptr failure;
+    work_together(std::min(workers_.size(), count), [&](std::size_t i) {
+        try {
+            for (std::size_t tile = next++; tile < count; tile = next++) {
+                draw_tile(*workers_[i], tile);
+                store_tile(*workers_[i], tile, places);
+            }
+        } catch (...) {
+            const std::lock_guard lock(mutex);
+            failure = std::current_exception();
+            next = count;
+        }
+    });
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+    check_sight();
+    Image image(static_cast<std::int32_t>(form_.width), static_cast<std::int32_t>(form_.height));
+    const bool indexed = form_.colors == Png_Form::Colors::palette;
+    for (std::size_t i = 0; i < image.pixels.size(); ++i) {
+        const auto* color =
+            indexed ? reinterpret_cast<const std::uint8_t*>(&form_.palette[3 * std::size_t{samples[i]}]) : &samples[4 * i];
+        image.pixels[i] = {color[2], color[1], color[0], indexed ? std::uint8_t{255} : color[3]};
+    }
+    return image;
+}
+
+} // namespace vorna::drawing

@@ -1,0 +1,119 @@
+// A job: a drawing, how its image is made, and where it goes.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "drawing/image/image.h"
+#include "drawing/image/palette.h"
+#include "drawing/image/pixel_finish.h"
+#include "drawing/image/png_writer.h"
+#include "drawing/image/sight.h"
+#include "drawing/job/drawing.h"
+#include "drawing/job/picture_part.h"
+#include "drawing/job/picture_plan.h"
+#include "drawing/job/picture_stream.h"
+#include "drawing/recording/recorder.h"
+
+namespace vorna::drawing {
+
+struct Job_Settings {
+    Picture_Part part;            // the size of the image, and which part of it is made
+    std::int32_t tile_size = 0;   // a multiple of 8; 0 = chosen
+    std::int32_t supersample = 1; // columns and rows of drawn pixels for one
+    unsigned threads = 0;         // 0 = as many as there are processors
+    std::uint64_t max_memory = std::uint64_t{1} << 30;
+    VT_RGB32 background{255, 255, 255, 255};
+    bool transparent = false;               // instead of the background
+    VT_Reference<const VT_Palette> palette; // that the renderer draws with; null = 32 bits a pixel
+    std::vector<VT_RGB32> mapped_palette;   // that 32-bit pixels are mapped to; empty = none
+    std::vector<VT_RGB32> flat_colors;      // that mapping does not dither, besides the background
+    std::string input;                      // what is drawn, for messages
+    std::string output;                     // PNG file, "-" = standard output; of numbered frames a template for names
+    bool is_numbered = false;               // whether frames have numbers, see frame_name
+    std::string record;                     // file for what is drawn as a recording; empty = none
+    int repeat = 1;                         // how often everything is drawn, for measuring
+    bool measures = false;                  // whether tiles are drawn once more than needed, for measuring
+    bool hash = false;                      // whether digests are wanted
+    bool allow_empty = false;               // whether an image may show nothing but the background
+    std::function<void(double)> progress;   // is told how much is done, 0 to 1; none = nobody is
+};
+
+struct Job_Times { // milliseconds
+    double plan = 0;
+    double prepare = 0;        // of the last image
+    std::vector<double> draws; // with preparing
+    double written = 0;        // drawing and writing together, in images of several tiles
+};
+
+struct Job_Result {
+    std::vector<std::string> digests; // SHA-256 of the samples of the file, by frame; empty unless asked for
+    Job_Times times;
+};
+
+class Job {
+public:
+    // Plans the job. Settings and drawing must outlive it. Throws Usage_Error for settings that exclude each other, and for what
+    // does not fit into memory.
+    Job(const Job_Settings& settings, const Module_Choice& module, Drawing& drawing);
+
+    const Picture_Plan& plan() const noexcept { return plan_; }
+    const Png_Form& form() const noexcept { return form_; }
+    unsigned threads() const noexcept { return frames_at_once_ > plan_.threads ? frames_at_once_ : plan_.threads; }
+    std::uint64_t image_memory() const noexcept { return plan_.memory * frames_at_once_; }
+    std::uint64_t other_memory() const noexcept { return other_memory_; }
+    double plan_time() const noexcept { return times_.plan; }
+
+    // Throws what writing would throw, as far as that can be known before.
+    void check_files() const;
+    // Files appear whole or not at all. Throws std::runtime_error for an image that shows nothing, and Interrupted.
+    Job_Result write_files();
+    // The only frame, in memory. Of images with palette indices their colours.
+    Image make_image();
+
+private:
+    // A thread's renderer, and what becomes of its pixels.
+    struct Worker {
+        Worker(const Module_Choice& module, const Finish_Settings& settings) : renderer(module), finish(settings) {}
+
+        Tile_Renderer renderer;
+        Pixel_Finish finish;
+    };
+
+    void choose_form();
+    void make_plan();
+    void add_workers(std::size_t count);
+    std::vector<Worker*> workers() const;
+    void prepare(std::int32_t frame) { drawing_.prepare(plan_.grid, settings_.supersample, frame); }
+    void draw_tile(Worker& worker, std::size_t tile) const;
+    void draw_tiles();
+    void store_tile(Worker& worker, std::size_t tile, const Row_Places& places);
+    void check_sight() const;
+    void write(Output_File& file, std::string& digest, unsigned threads, const std::vector<Worker*>& workers, bool is_drawn,
+               std::function<void(double)> progress);
+    void write_image(Job_Result& result);
+    void write_frames(Job_Result& result);
+    void write_frames_side_by_side(std::vector<std::unique_ptr<Output_File>>& files, std::vector<std::string>& digests);
+    std::string name_of(std::int32_t frame) const;
+
+    const Job_Settings& settings_;
+    const Module_Choice module_;
+    Drawing& drawing_;
+    Drawing_Needs needs_;
+    std::optional<Palette_Dither> dither_;
+    Finish_Settings finish_;
+    Png_Form form_;
+    std::optional<Sight> sight_;
+    std::vector<std::unique_ptr<Worker>> workers_;
+    std::optional<recording::Recorder> recorder_;
+    Picture_Plan plan_;
+    std::uint64_t other_memory_ = 0;
+    unsigned frames_at_once_ = 1;
+    Job_Times times_;
+};
+
+} // namespace vorna::drawing

@@ -1,0 +1,211 @@
+// A map or drawing of a file as something to draw.
+#include "drawing/job/map_drawing.h"
+
+#include <algorithm>
+#include <cmath>
+#include <type_traits>
+#include <utility>
+#include <variant>
+
+#include "host/frame_buffer.h"
+
+namespace vorna::drawing {
+namespace {
+
+using map::Face;
+using map::Face_Item;
+using map::Line_Item;
+using map::Map_Item;
+using map::Map_Items;
+using map::Map_Painter;
+using map::Mark_Item;
+using map::Path;
+using map::Position;
+using map::Text_Item;
+using map::View;
+
+// Dashes that need a larger margin are not drawn in tiles.
+constexpr std::int32_t largest_margin = 256;
+
+Position place_of(const Text_Item& item, Position p, std::int32_t enlarged) {
+    return {p.x * enlarged + item.moved.x, p.y * enlarged + item.moved.y};
+}
+
+// Gathers where an item lies. Places that are no numbers may be anywhere.
+class Item_Extent {
+public:
+    void add(Position p) {
+        if (!std::isfinite(p.x) || !std::isfinite(p.y)) {
+            extent_.include({-farthest, -farthest, 0});
+            extent_.include({farthest, farthest, 0});
+            return;
+        }
+        const auto whole = [](double v) {
+            return static_cast<std::int32_t>(std::floor(std::clamp<double>(v, -farthest, farthest)));
+        };
+        extent_.include({whole(p.x), whole(p.y), 0});
+    }
+    // beside: how far pixels lie beside the places.
+    model::Extent with(std::int32_t beside) const {
+        model::Extent extent = extent_;
+        if (!extent.is_empty()) {
+            extent.box = {extent.box.left - beside, extent.box.right + beside, extent.box.bottom - beside,
+                          extent.box.top + beside};
+        }
+        return extent;
+    }
+
+private:
+    static constexpr std::int32_t farthest = 1 << 30;
+
+    model::Extent extent_;
+};
+
+model::Extent extent_of(const Map_Item& item, const View& view, std::int32_t enlarged) {
+    Item_Extent extent;
+    return std::visit(
+        [&](const auto& found) {
+            using Item = std::decay_t<decltype(found)>;
+            if constexpr (std::is_same_v<Item, Face_Item>) {
+                for (const Path& ring : *found.face) {
+                    std::ranges::for_each(ring, [&](Position p) { extent.add(view.device_place(p)); });
+                }
+                return extent.with(0);
+            } else if constexpr (std::is_same_v<Item, Line_Item>) {
+                std::ranges::for_each(*found.path, [&](Position p) { extent.add(view.device_place(p)); });
+                return extent.with(found.paint.width + 2);
+            } else if constexpr (std::is_same_v<Item, Mark_Item>) {
+                extent.add(view.device_place(found.place));
+                return extent.with(found.paint.size + 2);
+            } else {
+                for (const Path& ring : *found.outline) {
+                    std::ranges::for_each(ring, [&](Position p) { extent.add(place_of(found, p, enlarged)); });
+                }
+                return extent.with(0);
+            }
+        },
+        item);
+}
+
+void sort(const Map_Items& items, const map::Map_Scene& scene, const Tile_Grid& grid, model::Tile_Bins& bins) {
+    bins.start(grid);
+    if (bins.sorts()) {
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            bins.add(static_cast<std::uint32_t>(i), extent_of(items[i], scene.view(), scene.enlarged()));
+        }
+        bins.finish();
+    }
+}
+
+void draw_items(const Map_Items& items, const model::Tile_Bins& bins, std::size_t tile, std::int32_t enlarged,
+                Map_Painter& painter) {
+    const auto draw_item = [&](const auto& item) {
+        using Item = std::decay_t<decltype(item)>;
+        if constexpr (std::is_same_v<Item, Face_Item>) {
+            painter.fill(*item.face, item.color);
+        } else if constexpr (std::is_same_v<Item, Line_Item>) {
+            painter.draw(*item.path, item.paint);
+        } else if constexpr (std::is_same_v<Item, Mark_Item>) {
+            painter.mark(item.place, item.paint);
+        } else {
+            Face moved = *item.outline;
+            for (Path& ring : moved) {
+                std::ranges::transform(ring, ring.begin(), [&](Position p) { return place_of(item, p, enlarged); });
+            }
+            painter.fill_pixels(moved, item.color);
+        }
+    };
+    bins.for_each(tile, items.size(), [&](std::size_t i) { std::visit(draw_item, items[i]); });
+}
+
+} // namespace
+
+void Map_Drawing::set_view(const View& view) {
+    view_ = view;
+    supersample_ = 0;
+}
+
+Drawing_Needs Map_Drawing::needs(VT_Int_Pair size, std::int32_t supersample) const {
+    constexpr std::uint64_t position_memory = 2 * sizeof(Position), item_memory = sizeof(Map_Item) + 32;
+    Drawing_Needs needs{.beyond = 0,
+                        .margin = 0,
+                        .one_piece = {},
+                        .pixel_memory = look_.indexed ? 1U : 4U,
+                        .thread_memory = position_memory * scene_->most_positions(),
+                        .prepared_memory = item_memory * scene_->item_count()};
+    const double longest = scene_->longest_segment() * view_of(size).scale * supersample;
+    for (const map::Line_Paint& paint : scene_->line_paints(supersample)) {
+        needs.margin = std::max(needs.margin, Map_Painter::tile_margin(paint));
+        const bool is_walked_whole = !paint.is_dashed() || longest <= Map_Painter::longest_dashed_segment(paint);
+        if (needs.margin > largest_margin || !is_walked_whole) {
+            needs.one_piece = "its dashes are longer than " + std::to_string(largest_margin) + " pixels or very many";
+        }
+    }
+    return needs;
+}
+
+void Map_Drawing::prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t /*frame*/) {
+    const VT_Int_Pair size{(grid.frame.right - grid.frame.left + 1) / supersample,
+                           (grid.frame.top - grid.frame.bottom + 1) / supersample};
+    if (supersample_ != supersample || laid_out_size_ != size) {
+        scene_->look(view_of(size), supersample);
+        supersample_ = supersample;
+        laid_out_size_ = size;
+    }
+    // Dashes of large images must not cross the clip's edge, see draw_line_in_tile: it lies beside the image.
+    clip_ = grid.frame;
+    if (std::max(clip_.right - clip_.left, clip_.top - clip_.bottom) >= largest_buffer_side) {
+        clip_ = {clip_.left - grid.margin, clip_.right + grid.margin, clip_.bottom - grid.margin, clip_.top + grid.margin};
+    }
+    sort(scene_->items(), *scene_, grid, items_);
+    sort(scene_->overlay(), *scene_, grid, overlay_items_);
+    sort(scene_->labels(), *scene_, grid, label_items_);
+}
+
+void Map_Drawing::set_options(Session& session) const {
+    session.options().set_color_system(look_.indexed ? 0 : 1);
+    session.options().set_buffer_depth(0);
+    if (look_.indexed) {
+        session.options().set_palette(scene_->palette());
+    }
+    if (scene_->is_clipped()) {
+        session.renderer().requested_table.find("Use Mask")->set(true);
+    }
+    if (scene_->merges()) {
+        const VT_RGB32 b = look_.background;
+        session.renderer().requested_table.find("Merge Control Background Color")->set(VT_Int_RGB{b.red, b.green, b.blue});
+    }
+}
+
+void Map_Drawing::set_attributes(VT_Rendition& rendition) const {
+    rendition.clip.hard_clip = clip_;
+    rendition.line.flags = look_.smoothed && supersample_ == 1 ? vorna::line_flag::smoothed : 0;
+    rendition.line.cap = vorna::line_cap::butt;
+    if (scene_->is_clipped()) {
+        std::vector<VT_Contour_Set::Contour> contours;
+        for (const Path& ring : scene_->clip()) {
+            VT_Contour_Set::Contour& contour = contours.emplace_back();
+            for (const Position& place : ring) {
+                contour.push_back({static_cast<float>(place.x), static_cast<float>(place.y), 0});
+            }
+        }
+        rendition.clip.complex_clip = new VT_Contour_Set(std::move(contours));
+    }
+}
+
+void Map_Drawing::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
+    const View& view = scene_->view();
+    Map_Painter painter(renderer, rendition, view);
+    draw_items(scene_->items(), items_, tile, supersample_, painter);
+    if (!scene_->overlay().empty()) {
+        const VT_Reference<VT_Rendition> over(new VT_Rendition(rendition));
+        if (scene_->merges()) {
+            over->face.mode = over->line.mode = over->marker.mode = vorna::merge_drawing_mode;
+        }
+        Map_Painter overlay_painter(renderer, *over, view);
+        draw_items(scene_->overlay(), overlay_items_, tile, supersample_, overlay_painter);
+    }
+    draw_items(scene_->labels(), label_items_, tile, supersample_, painter);
+}
+
+} // namespace vorna::drawing

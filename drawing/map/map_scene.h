@@ -1,0 +1,87 @@
+// A map or drawing that is read and projected once, and laid out for any view.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "drawing/files/input.h"
+#include "drawing/map/map_items.h"
+#include "drawing/map/map_layer.h"
+#include "drawing/map/map_settings.h"
+#include "drawing/map/projection.h"
+
+namespace vorna::drawing::map {
+
+class Map_Scene {
+public:
+    // background: lines of drawings stand out from it. Throws Usage_Error for settings that do not fit the file, Map_Error and
+    // Load_Error.
+    Map_Scene(const Input& input, const Map_Settings& settings, VT_RGB32 background, std::shared_ptr<Load_Limits> limits);
+
+    // How many shapes and positions.
+    std::string summary() const;
+    // What of the files is not drawn, a line each.
+    std::vector<std::string> warnings() const;
+    // Everything, or what the settings say, fills an image of that size. A height of 0 is replaced by what is needed.
+    View fitted(VT_Int_Pair size) const;
+
+    // Lays everything out for a view with so many drawn pixels for one, across and along. Labels find room in the view itself.
+    // Throws Load_Error and what the font throws.
+    void look(const View& view, std::int32_t enlarged);
+
+    // Of the layout; the view is that of the enlarged image.
+    const View& view() const noexcept { return view_; }
+    const Map_Items& items() const noexcept { return items_; } // the map
+    const Map_Items& overlay() const noexcept { return overlay_items_; }
+    const Map_Items& labels() const noexcept { return label_items_; }
+    std::int32_t enlarged() const noexcept { return enlarged_; }
+    // Whether everything is drawn inside of one shape, and its pixels.
+    bool is_clipped() const noexcept { return clip_shape_.has_value(); }
+    Face clip() const { return view_.device_face(layer_->face_of(*clip_shape_)); }
+
+    bool merges() const noexcept { return overlay_ && settings_.merges; }
+    // The standard palette with the map's own colours in the place of its greys.
+    VT_Reference<const VT_Palette> palette() const;
+
+    // Whatever the view:
+    // How lines without casings are drawn, each way once, and their longest segment on the plane.
+    std::vector<Line_Paint> line_paints(std::int32_t enlarged) const;
+    double longest_segment() const;
+    // Positions of the face or line with the most of them.
+    std::size_t most_positions() const;
+    // How many items there are at most.
+    std::size_t item_count() const;
+
+private:
+    void choose_projection(const Input& input);
+    void choose_bounds(const Input& input);
+    Layer_Style style_of(const Map& map, const Map_Layer& layer) const;
+    Layer_Style overlay_style(const Map& map) const;
+    void set_line_style(Layer_Style& style) const;
+    void place_labels(const View& view);
+    void add_label_items();
+
+    const Map_Settings settings_;
+    const VT_RGB32 background_;
+    std::shared_ptr<Load_Limits> limits_;
+    std::string file_;
+    Map map_, overlay_map_;
+    std::optional<Extent> extent_;
+    std::optional<std::size_t> clip_shape_;
+    std::unique_ptr<Projection> projection_;
+    std::optional<Map_Layer> layer_, overlay_;
+    Layer_Style style_, overlay_style_;
+    Face globe_;
+    std::vector<Path> graticule_;
+    Bounds shown_ = Bounds::nothing(); // on the plane
+
+    View view_;
+    std::int32_t enlarged_ = 1;
+    Layer_Style drawn_style_, drawn_overlay_style_; // of the enlarged image
+    std::vector<Face> labels_;                      // in pixels without enlargement
+    Map_Items items_, overlay_items_, label_items_;
+};
+
+} // namespace vorna::drawing::map

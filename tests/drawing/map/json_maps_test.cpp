@@ -1,0 +1,97 @@
+// GeoJSON and TopoJSON files.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "drawing/map/map_reader.h"
+#include "tests/support/command_line.h"
+
+namespace vorna::drawing::map {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class Json_Maps : public testing::Test {
+protected:
+    Map load(const std::string& text, const std::string& layer = "") {
+        Load_Limits limits;
+        return load_map({"map.json", "json", text}, layer, limits);
+    }
+    std::string error_of(const std::string& text, const std::string& layer = "") {
+        try {
+            load(text, layer);
+        } catch (const Map_Error& error) {
+            return error.what();
+        }
+        return "no error";
+    }
+
+    replay_tests::Temporary_Folder folder;
+};
+
+const std::string features = R"({"type": "FeatureCollection", "bbox": [0, 0, -5, 9, 9, 5], "features": [
+  {"type": "Feature", "id": 7, "properties": {"name": "Both", "fill": "#102030"}, "geometry": {"type": "GeometryCollection",
+    "geometries": [{"type": "Polygon", "coordinates": [[[0, 0], [4, 0], [4, 4], [0, 0]], [[1, 0.5], [2, 1], [3, 1], [1, 0.5]]]},
+                   {"type": "MultiPoint", "coordinates": [[5, 6, 100], [7, 8]]}]}},
+  {"type": "Feature", "properties": null, "geometry": {"type": "MultiLineString", "coordinates": [[[0, 1], [2, 3]], []]}},
+  {"type": "Feature", "geometry": null, "properties": {}},
+  {"type": "Feature", "properties": {}, "geometry": {"type": "MultiPolygon",
+    "coordinates": [[[[0, 0], [1, 0], [1, 1], [0, 0]]], [[[5, 5], [6, 5], [6, 6], [5, 5]]]]}}]})";
+
+TEST_F(Json_Maps, all_kinds_of_geometry_become_faces_lines_and_points) {
+    const Map map = load(features);
+    ASSERT_EQ(map.shapes.size(), 4U);
+    const Shape& both = map.shapes[0];
+    EXPECT_EQ(both.name, "Both");
+    EXPECT_EQ(both.id, "7");
+    EXPECT_EQ(both.fill, (VT_RGB32{0x30, 0x20, 0x10, 255}));
+    EXPECT_THAT(both.faces, ElementsAre(Face{{{0, 0}, {4, 0}, {4, 4}}, {{1, 0.5}, {2, 1}, {3, 1}}}));
+    EXPECT_EQ(both.points, (Path{{5, 6}, {7, 8}}));
+    EXPECT_THAT(map.shapes[1].lines, ElementsAre(Path{{0, 1}, {2, 3}}, Path{}));
+    EXPECT_THAT(map.shapes[3].faces, ElementsAre(Face{{{0, 0}, {1, 0}, {1, 1}}, {{5, 5}, {6, 5}, {6, 6}}}));
+    ASSERT_TRUE(map.extent);
+    EXPECT_EQ(map.extent->north, 9);
+    EXPECT_THAT(load(R"({"type": "Point", "coordinates": [1, 2]})").shapes[0].points, ElementsAre(Position{1, 2}));
+}
+
+// Two triangles share arc 1; quantized positions are steps, scaled by two and moved by ten.
+const std::string topology = R"({"type": "Topology", "transform": {"scale": [2, 2], "translate": [10, 0]},
+  "arcs": [[[0, 0], [2, 0]], [[2, 0], [0, 2]], [[2, 2], [-2, -2]], [[2, 2], [2, -2], [-2, 0]]],
+  "objects": {"lands": {"type": "GeometryCollection", "geometries": [
+      {"type": "Polygon", "arcs": [[0, 1, 2]], "id": "A", "properties": {"name": "Left"}},
+      {"type": "MultiPolygon", "arcs": [[[-2, -4]]]}]},
+    "way": {"type": "LineString", "arcs": [0, 1]}, "town": {"type": "Point", "coordinates": [1, 1]}}})";
+
+TEST_F(Json_Maps, arcs_are_joined_forwards_and_backwards_and_layers_chosen_by_name) {
+    const Map map = load(topology);
+    ASSERT_EQ(map.shapes.size(), 2U);
+    EXPECT_EQ(map.shapes[0].name, "Left");
+    EXPECT_THAT(map.shapes[0].faces, ElementsAre(Face{{{10, 0}, {14, 0}, {14, 4}}}));
+    EXPECT_THAT(map.shapes[1].faces, ElementsAre(Face{{{14, 4}, {14, 0}, {18, 0}}}));
+    EXPECT_THAT(load(topology, "way").shapes[0].lines, ElementsAre(Path{{10, 0}, {14, 0}, {14, 4}}));
+    EXPECT_THAT(load(topology, "town").shapes[0].points, ElementsAre(Position{12, 2}));
+}
+
+TEST_F(Json_Maps, errors_name_the_place_and_what_was_expected) {
+    const auto with = [](std::string text, const std::string& old, const std::string& fresh) {
+        return text.replace(text.find(old), old.size(), fresh);
+    };
+    EXPECT_THAT(error_of("{\n\"type\": }"), HasSubstr("map.json: parse error at line 2, column 9"));
+    EXPECT_THAT(error_of("[1]"), HasSubstr("expected GeoJSON or TopoJSON, found neither"));
+    EXPECT_THAT(error_of(R"({"picture": 1, "calls": []})"), HasSubstr("draw it with vorna replay"));
+    EXPECT_THAT(
+        error_of(with(features, "[4, 4]", "[4]")),
+        HasSubstr("features[0].geometry.geometries[0].coordinates[0][2]: expected a position of two numbers, found array"));
+    EXPECT_THAT(error_of(with(features, "[2, 3]", "[2, \"x\"]")),
+                HasSubstr("features[1].geometry.coordinates[0][1][1]: expected a number, found 'x'"));
+    EXPECT_THAT(error_of(with(features, "MultiPoint", "Dot")),
+                HasSubstr("geometries[1].type: expected a kind of geometry, found 'Dot'"));
+    EXPECT_THAT(error_of(with(features, "[0, 0, -5, 9, 9, 5]", "[0]")), HasSubstr("bbox: expected four or six numbers"));
+    EXPECT_THAT(error_of(with(topology, "[-2, -4]", "[-2, -5]")),
+                HasSubstr("objects.lands.geometries[1].arcs[0][0][1]: expected the number of one of 4 arcs"));
+    EXPECT_THAT(error_of(topology, "seas"), HasSubstr("--layer: expected one of lands, way, town, found 'seas'"));
+    EXPECT_THAT(error_of(features, "seas"), HasSubstr("--layer: expected TopoJSON"));
+}
+
+} // namespace
+} // namespace vorna::drawing::map

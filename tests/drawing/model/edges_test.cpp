@@ -1,0 +1,179 @@
+// Edges of models, and pictures with them.
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "drawing/model/clipper.h"
+#include "drawing/model/edges.h"
+#include "drawing/model/model_reader.h"
+#include "tests/support/meshes.h"
+#include "tests/support/rendering.h"
+
+namespace vorna::drawing::model {
+namespace {
+
+// A box with sides of these lengths, turned around two axes. Its faces are quads, wound counter-clockwise from outside.
+std::string box_text(const std::array<double, 3>& sides, double around_y, double around_x) {
+    std::ostringstream text;
+    text.precision(9);
+    for (int corner = 0; corner < 8; ++corner) {
+        const double x = (corner & 1 ? 0.5 : -0.5) * sides[0], y = (corner & 2 ? 0.5 : -0.5) * sides[1],
+                     z = (corner & 4 ? 0.5 : -0.5) * sides[2];
+        const double turned_x = x * std::cos(around_y) + z * std::sin(around_y);
+        const double turned_z = z * std::cos(around_y) - x * std::sin(around_y);
+        text << "v " << turned_x << ' ' << y * std::cos(around_x) - turned_z * std::sin(around_x) << ' '
+             << y * std::sin(around_x) + turned_z * std::cos(around_x) << '\n';
+    }
+    text << "f 1 3 4 2\nf 5 6 8 7\nf 1 2 6 5\nf 3 7 8 4\nf 1 5 7 3\nf 2 4 8 6\n";
+    return text.str();
+}
+
+TEST(Edges, are_those_of_polygons_each_once_in_few_chains) {
+    // Every corner of a face has a vertex of its own here, for each has its face's normal.
+    Load_Limits limits;
+    Mesh box = read_obj("m.obj", "vn 0 0 1\nvn 0 1 0\n" + box_text({1, 2, 3}, 0, 0) + "f 1//1 2//2 4//1 3//2\n", limits);
+    Mesh grid = bumpy_grid(31, 17, 0), sphere = ball(24, 12);
+    const struct {
+        Mesh& mesh;
+        std::size_t count, most_chains;
+    } cases[] = {{box, 12, 4},
+                 {grid, 31 * 18 + 32 * 17 + 31 * 17, 100}, // odd points lie on the border only
+                 {sphere, 24 * 11 + 24 * 12 + 24 * 10, 2 * 12 + 2}};
+    for (const auto& [mesh, count, most_chains] : cases) {
+        finish_mesh(mesh, "m");
+        const Edges edges = make_edges(mesh);
+        EXPECT_EQ(edges.count, count);
+        EXPECT_LE(edges.starts.size() - 1, most_chains);
+        std::set<std::pair<std::uint32_t, std::uint32_t>> found;
+        for (std::size_t chain = 1; chain < edges.starts.size(); ++chain) {
+            for (std::size_t place = edges.starts[chain - 1]; place + 1 < edges.starts[chain]; ++place) {
+                EXPECT_TRUE(found.insert(std::minmax(edges.chains[place], edges.chains[place + 1])).second);
+            }
+        }
+        EXPECT_EQ(found.size(), count);
+        for (std::size_t side = 0; side < edges.triangles.size(); ++side) {
+            const std::uint32_t from = edges.triangles[side], to = edges.triangles[side % 3 == 2 ? side - 2 : side + 1];
+            if (const std::uint32_t edge = edges.triangle_edges[side]; edge != no_edge) {
+                EXPECT_EQ(std::minmax(from, to), std::minmax(edges.chains[edge], edges.chains[edge + 1]));
+            } else {
+                EXPECT_FALSE(found.contains(std::minmax(from, to)));
+            }
+        }
+    }
+}
+
+TEST(Clipper, cuts_segments_where_it_cuts_triangles) {
+    const Clip_Point inside{0.25, 0.1, 0.5, 1}, right{3, 0.5, 0.75, 1}, behind{0.25, 0.1, -0.5, -0.2};
+    const Clip_Segment cut = clip_segment(right, inside, beyond::right);
+    EXPECT_TRUE(cut.visible);
+    EXPECT_NEAR(cut.from.x, cut.from.w, 1e-12);
+    EXPECT_EQ(cut.to.x, 0.25);
+    const Clip_Segment near = clip_segment(inside, behind, beyond::near | beyond::right | beyond::top);
+    EXPECT_TRUE(near.visible);
+    EXPECT_NEAR(near.to.z, 0, 1e-12);
+    // Passes the corner between two planes on the outer side.
+    EXPECT_FALSE(clip_segment({-3, 0, 0.5, 1}, {0, 3, 0.5, 1}, beyond::left | beyond::top).visible);
+}
+
+constexpr std::array<int, 3> red{255, 0, 0};
+
+class Edge_Pictures : public Rendering {
+protected:
+    Picture draw(const std::string& model, std::vector<std::string> options) {
+        options.insert(options.end(), {"--view", "front", "--size", "200x160", "--color", "white", "--edge-color", "red"});
+        return render(model, options);
+    }
+};
+
+// The sides of a convex body that face the viewer hide nothing of each other: their edges are to be seen whole, and no others.
+// Among the boxes are ones that show a side a pixel or two wide, whose depth changes by most of its range over that way. There an
+// edge's pixels may lie on the face beyond the next one: these are the few that may be lost.
+TEST_F(Edge_Pictures, edges_of_faces_that_are_seen_win_and_no_others_shine_through) {
+    std::ptrdiff_t seen = 0, lost = 0, shining = 0;
+    for (const auto& sides : {std::array{1.0, 1.0, 1.0}, std::array{1.0, 0.7, 6.0}, std::array{2.0, 0.02, 1.0}}) {
+        for (const double around_y : {0.0, 0.004, 0.1, 0.5, 1.3}) {
+            for (const double around_x : {0.003, 0.03, 0.4, 1.1}) {
+                const std::string model = folder.file("box.obj", box_text(sides, around_y, around_x));
+                for (const char* projection : {"--ortho", "--perspective"}) {
+                    const Picture faces = draw(model, {projection, "--edges"});
+                    const Picture alone = draw(model, {projection, "--shading", "wireframe", "--cull", "back"});
+                    for (std::size_t i = 0; i < faces.pixels.size(); ++i) {
+                        seen += alone.pixels[i] == red;
+                        lost += alone.pixels[i] == red && faces.pixels[i] != red;
+                        shining += alone.pixels[i] != red && faces.pixels[i] == red;
+                    }
+                }
+            }
+        }
+    }
+    EXPECT_LT(lost * 1000, seen);
+    EXPECT_EQ(shining, 0);
+}
+
+TEST_F(Edge_Pictures, smoothed_edges_stay_by_the_plain_ones) {
+    const std::string model = folder.file("box.obj", box_text({1, 1, 1}, 0.6, 0.4));
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{"--edges"}, std::vector<std::string>{"--shading", "wireframe"}}) {
+        std::vector<std::string> with_smoothing = options;
+        with_smoothing.emplace_back("--antialias");
+        const Picture plain = draw(model, options), smoothed = draw(model, with_smoothing);
+        const auto is_near_edge = [&](std::uint32_t x, std::uint32_t y) {
+            for (std::uint32_t row = y - 1; row <= y + 1; ++row) {
+                for (std::uint32_t column = x - 1; column <= x + 1; ++column) {
+                    if (plain.at(column, row) == red) {
+                        return true;
+                    }
+                }
+            }
+            return false;
+        };
+        int changed = 0;
+        for (std::uint32_t y = 1; y + 1 < plain.height; ++y) {
+            for (std::uint32_t x = 1; x + 1 < plain.width; ++x) {
+                if (smoothed.at(x, y) != plain.at(x, y)) {
+                    ++changed;
+                    EXPECT_TRUE(is_near_edge(x, y)) << x << ", " << y;
+                }
+                // On the line itself at least half of the pixel is red.
+                EXPECT_TRUE(plain.at(x, y) != red || smoothed.at(x, y)[0] - smoothed.at(x, y)[1] > 60) << x << ", " << y;
+            }
+        }
+        EXPECT_GT(changed, 300);
+    }
+}
+
+TEST_F(Edge_Pictures, palette_pictures_have_the_same_edges) {
+    const std::string model = folder.file("box.obj", box_text({1, 1, 1}, 0.6, 0.4));
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{"--edges"}, std::vector<std::string>{"--shading", "wireframe"}}) {
+        std::vector<std::string> with_palette = options;
+        with_palette.insert(with_palette.end(), {"--colors", "8"});
+        const Picture full = draw(model, options), palette = draw(model, with_palette);
+        EXPECT_GT(full.count(red), 300);
+        for (std::size_t i = 0; i < full.pixels.size(); ++i) {
+            // Dithering takes a few of them a level down.
+            const std::array<int, 3>& p = palette.pixels[i];
+            ASSERT_EQ(full.pixels[i] == red, p[0] >= 204 && p[1] == 0 && p[2] == 0);
+        }
+    }
+}
+
+TEST_F(Edge_Pictures, features_leave_out_edges_within_even_surfaces) {
+    Mesh flat = bumpy_grid(8, 8, 0);
+    for (VT_Vector& p : flat.positions) {
+        p.z = 0;
+    }
+    const std::string model = folder.file("flat.obj", obj_text(flat));
+    const Picture all = draw(model, {"--edges"}), border = draw(model, {"--edges=feature"});
+    EXPECT_GT(border.count(red), 500);
+    EXPECT_GT(all.count(red), 4 * border.count(red));
+    EXPECT_NE(border.at(100, 80), red);
+}
+
+} // namespace
+} // namespace vorna::drawing::model

@@ -1,0 +1,46 @@
+// Running `vorna render` and looking at its pictures.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/command_line.h"
+#include "tests/support/png_pixels.h"
+
+namespace vorna::drawing::model {
+
+// A colour picture whatever its file holds: red, green and blue by row from the top.
+struct Picture {
+    explicit Picture(const replay_tests::Png_Pixels& png) : width(png.width), height(png.height) {
+        for (std::size_t i = 0; i < png.bytes.size(); i += png.pixel_bytes) {
+            const std::uint8_t* rgb = png.palette.empty() ? &png.bytes[i] : &png.palette[3U * png.bytes[i]];
+            pixels.push_back({rgb[0], rgb[1], rgb[2]});
+        }
+    }
+
+    const std::array<int, 3>& at(std::uint32_t x, std::uint32_t y) const { return pixels[y * width + x]; }
+    auto count(const std::array<int, 3>& color) const { return std::ranges::count(pixels, color); }
+
+    std::uint32_t width, height;
+    std::vector<std::array<int, 3>> pixels;
+};
+
+class Rendering : public testing::Test {
+protected:
+    Picture render(const std::string& model, std::vector<std::string> options = {}, const std::string& expected_errors = "") {
+        const std::string output = folder.file("out.png");
+        options.insert(options.begin(), {"render", model, "-o", output});
+        const replay_tests::Outcome outcome = replay_tests::run_vorna(options);
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_EQ(outcome.errors, expected_errors);
+        return Picture(replay_tests::read_png(output));
+    }
+
+    replay_tests::Temporary_Folder folder;
+};
+
+} // namespace vorna::drawing::model
