@@ -1,14 +1,13 @@
 // The command vorna.
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <iostream>
-#include <memory>
 #include <new>
 #include <string>
 #include <system_error>
-#include <utility>
 #include <vector>
 
 #if !defined(_WIN32)
@@ -18,7 +17,7 @@
 #include "app/cli/command.h"
 #include "app/cli/command_line.h"
 #include "app/cli/messages.h"
-#include "app/cli/usage.h"
+#include "app/cli/parser.h"
 #include "drawing/files/interruption.h"
 #include "drawing/files/memory.h"
 
@@ -53,30 +52,14 @@ int finish_output(int status) {
     return complain({vorna::app::exit_status::failed, "standard output: cannot be written" + reason});
 }
 
-int run(int count, char** arguments) {
-    int status = vorna::app::exit_status::done;
-    const std::unique_ptr<CLI::App> application = vorna::app::make_command_line(status);
-    try {
-        // The parser takes them from the end.
-        std::vector<std::string> prepared =
-            vorna::app::prepared_arguments(*application, {arguments + std::min(count, 1), arguments + count});
-        std::ranges::reverse(prepared);
-        application->parse(std::move(prepared));
-    } catch (const CLI::Success& request) {
-        return application->exit(request);
-    } catch (const CLI::ParseError& error) {
-        return complain(vorna::app::ending_of(vorna::drawing::Usage_Error(vorna::app::usage_message(*application, error))));
-    }
-    return status;
-}
-
 } // namespace
 
 int main(int count, char** arguments) {
     vorna::app::report_lack_of_memory();
     prepare_streams();
     try {
-        return finish_output(run(count, arguments));
+        const vorna::app::Program program = vorna::app::make_program();
+        return finish_output(vorna::app::run_command_line(program, {arguments + std::min(count, 1), arguments + count}));
     } catch (const vorna::drawing::Interrupted& interrupted) {
         // Unfinished files are removed; the signal now has its default effect.
         std::signal(interrupted.signal, SIG_DFL);

@@ -1,12 +1,10 @@
-// The command line: all commands and their options.
+// The command line: the program with all its commands and their options.
 #pragma once
 
-#include <CLI/CLI.hpp>
-#include <memory>
+#include "app/cli/options.h"
 
 namespace vorna::app {
 
-// Parsing it runs the command, which stores its exit status.
-std::unique_ptr<CLI::App> make_command_line(int& status);
+Program make_program();
 
 } // namespace vorna::app

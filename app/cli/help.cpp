@@ -1,7 +1,6 @@
 // The text of --help.
 #include "app/cli/help.h"
 
-#include <CLI/CLI.hpp>
 #include <sstream>
 
 #include "app/cli/page.h"
@@ -52,13 +51,6 @@ std::string section_text(const Section& section) {
     return text;
 }
 
-class Help_Formatter : public CLI::FormatterBase {
-public:
-    std::string make_help(const CLI::App* command, std::string /*name*/, CLI::AppFormatMode /*mode*/) const override {
-        return help_of(page_of(*command));
-    }
-};
-
 } // namespace
 
 std::string help_of(const Page& page) {
@@ -85,10 +77,6 @@ std::string help_of(const Page& page) {
         text += section_text(section);
     }
     return text;
-}
-
-std::shared_ptr<CLI::FormatterBase> help_formatter() {
-    return std::make_shared<Help_Formatter>();
 }
 
 } // namespace vorna::app::manual

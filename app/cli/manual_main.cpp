@@ -1,5 +1,4 @@
 // Writes manual pages and completions into a folder, when the command is built: share/ as it is installed.
-#include <CLI/CLI.hpp>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -27,8 +26,7 @@ void write(const fs::path& path, const std::string& text) {
 
 void write_all(const fs::path& folder) {
     using namespace vorna::app::manual;
-    int status = 0;
-    const Page program = page_of(*vorna::app::make_command_line(status));
+    const Page program = page_of(vorna::app::make_program());
     write(folder / "man/man1/vorna.1", roff_of(program, program, VORNA_VERSION_TEXT));
     for (const Page& command : program.commands) {
         write(folder / "man/man1" / (file_name_of(command) + ".1"), roff_of(command, program, VORNA_VERSION_TEXT));

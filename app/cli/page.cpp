@@ -1,90 +1,42 @@
-// What there is to say of a command.
+// The help of a command.
 #include "app/cli/page.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
-#include <sstream>
-
-#include "app/cli/command.h"
+#include <iterator>
 
 namespace vorna::app::manual {
 namespace {
 
-std::vector<std::string> split(const std::string& text, char separator) {
-    std::vector<std::string> parts;
-    std::istringstream stream(text);
-    stream.exceptions(std::ios::badbit); // a failed allocation must not cut the text short
-    for (std::string part; std::getline(stream, part, separator);) {
-        parts.push_back(part);
-    }
-    return parts;
-}
-
-// The names of options that CLI11 keeps in no order of ours.
-std::string names_of(const std::set<CLI::Option*>& options) {
-    std::vector<std::string> names;
-    names.reserve(options.size());
-    for (const CLI::Option* option : options) {
-        names.push_back(option->get_name());
+// Two options that exclude each other may say so in one of them.
+std::vector<std::string> exclusions_of(const Option& option, const std::vector<Option>& all) {
+    std::vector<std::string> names = option.excludes;
+    for (const Option& other : all) {
+        if (std::ranges::find(other.excludes, option.names.back()) != other.excludes.end()) {
+            names.push_back(other.names.back());
+        }
     }
     std::ranges::sort(names);
-    return list_of(names);
+    return names;
 }
 
-// The type's name, and what the checks say of themselves: NAME:{iso,front}, INT:INT in [1 - 1000]. A number stands for itself.
-struct Value_Description {
-    std::string name, range;
-    std::vector<std::string> choices;
-
-    explicit Value_Description(const CLI::Option& option) {
-        const std::string text = option.get_type_name();
-        const std::size_t colon = text.find(':');
-        name = text.substr(0, colon);
-        const std::string check = colon == std::string::npos ? "" : text.substr(colon + 1);
-        if (check.starts_with('{') && check.ends_with('}')) {
-            choices = split(check.substr(1, check.size() - 2), ',');
-        }
-        const std::size_t bracket = check.find(" in [");
-        if (bracket != std::string::npos) {
-            range = check.substr(bracket + 5, check.size() - bracket - 6);
-            range.replace(range.find(" - "), 3, " to ");
-        }
-        if (name == "INT" || name == "UINT" || name == "FLOAT") {
-            name = "N";
-        } else if (name == "TEXT" || name.empty()) {
-            name = "NAME";
-        }
+Option_Entry entry_of(const Option& option, const std::vector<Option>& all) {
+    const Value& value = option.value;
+    Option_Entry entry{.value = value.word,
+                       .kind = value.word,
+                       .value_optional = !value.bare.empty(),
+                       .required = option.is_required,
+                       .text = option.text,
+                       .choices = value.choices};
+    if (option.names.back().starts_with('-')) {
+        entry.names = option.names;
+    } else {
+        entry.value = option.names.back();
+        entry.repeated = std::holds_alternative<std::vector<std::string>*>(option.target);
     }
-};
-
-Option_Entry entry_of(const CLI::Option& option) {
-    Option_Entry entry;
-    for (const std::string& name : option.get_snames()) {
-        entry.names.push_back("-" + name);
+    if (!value.choices.empty()) {
+        entry.text += ": " + list_of(value.choices);
     }
-    for (const std::string& name : option.get_lnames()) {
-        entry.names.push_back("--" + name);
-    }
-    const Value_Description value(option);
-    const bool flag = option.get_items_expected_max() == 0;
-    entry.value_optional = flag && !option.get_fnames().empty();
-    std::string by_default = option.get_default_str();
-    if (option.get_positional()) {
-        entry.value = option.get_name(true, false);
-    } else if (!flag || entry.value_optional) {
-        entry.value = value.name;
-    }
-    entry.kind = option.get_positional() ? value.name : entry.value;
-    if (entry.value_optional) {
-        by_default = option.get_flag_value(option.get_fnames().front(), "");
-    }
-    entry.required = option.get_required();
-    entry.repeated = option.get_items_expected_max() >= CLI::detail::expected_max_vector_size;
-    entry.choices = value.choices;
-    entry.text = option.get_description();
-    if (!entry.choices.empty()) {
-        entry.text += ": " + list_of(entry.choices);
-    }
+    const std::string& by_default = value.bare.empty() ? option.by_default : value.bare;
     std::vector<std::string> remarks;
     if (!value.range.empty()) {
         remarks.push_back(value.range);
@@ -92,14 +44,14 @@ Option_Entry entry_of(const CLI::Option& option) {
     if (!by_default.empty()) {
         remarks.push_back("default: " + by_default);
     }
-    if (entry.required && !option.get_positional()) {
+    if (entry.required && !entry.names.empty()) {
         remarks.emplace_back("required");
     }
-    if (!option.get_needs().empty()) {
-        remarks.push_back("with " + names_of(option.get_needs()));
+    if (!option.needs.empty()) {
+        remarks.push_back("with " + list_of(option.needs));
     }
-    if (!option.get_excludes().empty()) {
-        remarks.push_back("not with " + names_of(option.get_excludes()));
+    if (const std::vector<std::string> excluded = exclusions_of(option, all); !excluded.empty()) {
+        remarks.push_back("not with " + list_of(excluded));
     }
     for (std::size_t i = 0; i < remarks.size(); ++i) {
         entry.text += (i == 0 ? " (" : "; ") + remarks[i] + (i + 1 == remarks.size() ? ")" : "");
@@ -107,53 +59,56 @@ Option_Entry entry_of(const CLI::Option& option) {
     return entry;
 }
 
-std::vector<Section> sections_of(const std::string& footer) {
-    std::vector<Section> sections;
-    for (const std::string& line : split(footer, '\n')) {
-        if (line.starts_with("  ")) {
-            sections.back().lines.push_back(line.substr(2));
-        } else if (line.ends_with(':')) {
-            sections.push_back({line.substr(0, line.size() - 1), {}});
+// The default group first, the others in the order of their first options.
+std::vector<Option_Group> groups_of(const std::vector<Option>& options) {
+    std::vector<Option_Group> groups{{default_group, {}}};
+    for (const Option& option : options) {
+        if (option.group.empty()) {
+            continue;
         }
+        auto group = std::ranges::find(groups, option.group, &Option_Group::title);
+        if (group == groups.end()) {
+            group = groups.insert(groups.end(), {option.group, {}});
+        }
+        group->options.push_back(entry_of(option, options));
     }
-    return sections;
+    if (groups.front().options.empty()) {
+        groups.erase(groups.begin());
+    }
+    return groups;
 }
 
-void add_groups(Page& page, const CLI::App& command, const std::string& only = {}) {
-    for (const std::string& title : command.get_groups()) {
-        const auto belongs = [&](const CLI::Option* option) {
-            return option->get_group() == title && option->nonpositional() && !title.empty() &&
-                   (only.empty() ? command.get_parent() == nullptr || option != command.get_help_ptr()
-                                 : title == only && option->get_name() != "--version");
-        };
-        Option_Group group{title, {}};
-        for (const CLI::Option* option : command.get_options(belongs)) {
-            group.options.push_back(entry_of(*option));
-        }
-        if (!group.options.empty()) {
-            page.groups.push_back(std::move(group));
-        }
+Page page_with_own_options(const std::string& name, const Command& command) {
+    Page page{.name = name, .summary = command.summary, .groups = groups_of(command.options)};
+    for (const Option& argument : command.arguments) {
+        page.arguments.push_back(entry_of(argument, command.arguments));
     }
+    Section examples{"Examples", {}};
+    for (const Example& example : command.examples) {
+        examples.lines.insert(examples.lines.end(), {example.command, "    " + example.meaning});
+    }
+    page.sections.push_back(std::move(examples));
+    std::ranges::copy(command.sections, std::back_inserter(page.sections));
+    page.sections.push_back({"Exit status", {command.statuses}});
+    return page;
 }
 
 } // namespace
 
-Page page_of(const CLI::App& command) {
-    Page page;
-    const CLI::App* parent = command.get_parent();
-    page.name = parent ? parent->get_name() + " " + command.get_name() : command.get_name();
-    page.summary = command.get_description();
-    for (const CLI::Option* option : command.get_options([](const CLI::Option* o) { return o->get_positional(); })) {
-        page.arguments.push_back(entry_of(*option));
+Page page_of(const Program& program, const Command& command) {
+    Page page = page_with_own_options(program.itself.name + ' ' + command.name, command);
+    for (Option_Group& group : groups_of(program.itself.options)) {
+        std::erase_if(group.options, [](const Option_Entry& option) { return option.names.back() == "--version"; });
+        page.groups.push_back(std::move(group));
     }
-    add_groups(page, command);
-    if (parent) {
-        add_groups(page, *parent, parent->get_help_ptr()->get_group());
+    return page;
+}
+
+Page page_of(const Program& program) {
+    Page page = page_with_own_options(program.itself.name, program.itself);
+    for (const Command& command : program.commands) {
+        page.commands.push_back(page_of(program, command));
     }
-    for (const CLI::App* child : command.get_subcommands([](const CLI::App*) { return true; })) {
-        page.commands.push_back(page_of(*child));
-    }
-    page.sections = sections_of(command.get_footer());
     return page;
 }
 

@@ -1,12 +1,10 @@
-// What there is to say of a command: read from its options, so that help, manual pages and completions say what it does.
+// The help of a command, from its table: help, manual pages and completions are made of it.
 #pragma once
 
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
+#include "app/cli/options.h"
 
 namespace vorna::app::manual {
 
@@ -25,12 +23,6 @@ struct Option_Group {
     std::vector<Option_Entry> options;
 };
 
-// Indented lines below a heading, without the colon and two spaces.
-struct Section {
-    std::string title;
-    std::vector<std::string> lines;
-};
-
 struct Page {
     std::string name; // vorna render
     std::string summary;
@@ -40,7 +32,8 @@ struct Page {
     std::vector<Section> sections;    // Examples first: lines of a command, and indented by four what it does
 };
 
-Page page_of(const CLI::App& command);
+Page page_of(const Program& program);
+Page page_of(const Program& program, const Command& command);
 
 // What is typed after the name: [OPTIONS] -o FILE.png model
 std::string synopsis_of(const Page& page);

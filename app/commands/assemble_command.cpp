@@ -1,7 +1,6 @@
 // The command `assemble`.
 #include "app/commands/assemble_command.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -168,27 +167,33 @@ void assemble(const Assemble_Options& options) {
 
 } // namespace
 
-void add_assemble_command(CLI::App& application, int& status) {
-    CLI::App& command =
-        *application.add_subcommand("assemble", "Join the parts of a picture that vorna render --tiles-of has drawn.");
+Command assemble_command() {
     const auto options = std::make_shared<Assemble_Options>();
-    command.add_option("parts", options->parts, "All parts, in any order")->required()->type_name("PART.png");
-    command.add_option("-o,--output", options->output, "PNG file to write; - is standard output")
-        ->required()
-        ->type_name("FILE.png")
-        ->check(written_as({"png"}));
-    command.add_option("--threads", options->threads, "Threads that compress; as many as there are processors if not given")
-        ->check(between(1, 1024));
-    command.add_flag("--hash", options->hash, "Print the SHA-256 of the pixels");
-    add_memory_option(command, options->max_memory);
-    command.footer(
-        footer({{"vorna render bunny.obj -o 0.png --size 40000x20000 --tiles-of 2x1 --tile 0", "the left half, and so on"},
-                {"vorna assemble 0.png 1.png -o poster.png", "both halves as one picture"}}));
-    command.fallthrough();
-    command.callback([options, &status] {
-        assemble(*options);
-        status = exit_status::done;
-    });
+    return {
+        .name = "assemble",
+        .summary = "Join the parts of a picture that vorna render --tiles-of has drawn.",
+        .arguments = {{.names = {"parts"},
+                       .value = text_value("PART.png"),
+                       .text = "All parts, in any order",
+                       .target = &options->parts,
+                       .is_required = true}},
+        .options = {{.names = {"-o", "--output"},
+                     .value = output_value("FILE.png", {"png"}),
+                     .text = "PNG file to write; - is standard output",
+                     .target = &options->output,
+                     .is_required = true},
+                    {.names = {"--threads"},
+                     .value = whole_value("N", 1, 1024),
+                     .text = "Threads that compress; as many as there are processors if not given",
+                     .target = &options->threads},
+                    {.names = {"--hash"}, .text = "Print the SHA-256 of the pixels", .target = &options->hash},
+                    memory_option(options->max_memory)},
+        .examples = {{"vorna render bunny.obj -o 0.png --size 40000x20000 --tiles-of 2x1 --tile 0", "the left half, and so on"},
+                     {"vorna assemble 0.png 1.png -o poster.png", "both halves as one picture"}},
+        .run = [options](const Given&) {
+            assemble(*options);
+            return exit_status::done;
+        }};
 }
 
 } // namespace vorna::app

@@ -1,13 +1,10 @@
-// The command `assemble`: parts of a picture, drawn apart from each other, as one picture.
+// The command `assemble`: joins the parts of an image.
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include "app/cli/options.h"
 
 namespace vorna::app {
 
-// status: where the command leaves its exit status.
-void add_assemble_command(CLI::App& application, int& status);
+Command assemble_command();
 
 } // namespace vorna::app

@@ -1,7 +1,6 @@
 // vorna check: whether a renderer module does what its host relies on.
 #include "app/commands/check_command.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
@@ -125,56 +124,65 @@ int run(const Check_Arguments& arguments, const drawing::Module_Choice& module) 
 
 } // namespace
 
-void add_check_command(CLI::App& application, int& status) {
+Command check_command() {
     const auto arguments = std::make_shared<Check_Arguments>();
-    CLI::App& command = *application.add_subcommand("check", "Check whether a renderer module does what its host relies on.");
-    command.fallthrough();
-    command.add_option("path", arguments->module, "The module; with --selftest the folder of the faulty ones")
-        ->type_name("MODULE");
-    command
-        .add_option("--profile", arguments->profile,
-                    "What to check: what every renderer owes its host, or the whole interface of krb.vrd")
-        ->type_name("NAME")
-        ->check(one_of({"host", "krb"}))
-        ->capture_default_str();
-    command.add_option("--only", arguments->only, "Only this check, or the checks of this area; may be repeated")
-        ->type_name("NAME")
-        ->take_all()
-        ->expected(1);
-    CLI::Option* const seed =
-        command.add_option("--seed", arguments->seed, "Draw what this number leads to; by default another one each time")
-            ->type_name("N")
-            ->check(between<std::int64_t>(0, UINT32_MAX));
-    command.add_option("--timeout", arguments->timeout, "Seconds for each area")
-        ->check(between(0.1, 86400.0))
-        ->capture_default_str();
-    command.add_option("--junit", arguments->junit, "Write the outcomes as JUnit XML")->type_name("FILE.xml");
-    command.add_flag("--list", arguments->list, "List the checks and exit");
-    command.add_flag("--selftest", arguments->selftest, "Check the checks with modules that are wrong in one way each");
-    command.footer(
-        footer({{"vorna check mine.vrd", "what every renderer owes its host"},
-                {"vorna check --profile krb --only drawing --seed 7", "one area of the installed module, as in an earlier run"}},
-               {}, "0 passed, 1 a check failed, 2 wrong usage, or no module."));
-    // For the processes that the command starts.
-    command.add_option("--journal", arguments->journal)->group("");
-    command.add_option("--parent", arguments->parent)->group("");
-    command.add_option("--effort", arguments->effort)->group("");
-    command.add_flag("--quiet", arguments->quiet)->group("");
-    command.callback([&application, &status, arguments, seed] {
-        if (seed->count() == 0) {
+    Command command{.name = "check",
+                    .summary = "Check whether a renderer module does what its host relies on.",
+                    .arguments = {{.names = {"path"},
+                                   .value = text_value("MODULE"),
+                                   .text = "The module; with --selftest the folder of the faulty ones",
+                                   .target = &arguments->module}},
+                    .options = {{.names = {"--profile"},
+                                 .value = choice_value("NAME", {"host", "krb"}),
+                                 .text = "What to check: what every renderer owes its host, or the whole interface of krb.vrd",
+                                 .target = &arguments->profile,
+                                 .by_default = arguments->profile},
+                                {.names = {"--only"},
+                                 .value = text_value("NAME"),
+                                 .text = "Only this check, or the checks of this area; may be repeated",
+                                 .target = &arguments->only},
+                                {.names = {"--seed"},
+                                 .value = whole_value("N", 0, UINT32_MAX),
+                                 .text = "Draw what this number leads to; by default another one each time",
+                                 .target = &arguments->seed},
+                                {.names = {"--timeout"},
+                                 .value = number_value("N", 0.1, 86400),
+                                 .text = "Seconds for each area",
+                                 .target = &arguments->timeout,
+                                 .by_default = "60"},
+                                {.names = {"--junit"},
+                                 .value = text_value("FILE.xml"),
+                                 .text = "Write the outcomes as JUnit XML",
+                                 .target = &arguments->junit},
+                                {.names = {"--list"}, .text = "List the checks and exit", .target = &arguments->list},
+                                {.names = {"--selftest"},
+                                 .text = "Check the checks with modules that are wrong in one way each",
+                                 .target = &arguments->selftest},
+                                // For the processes that the command starts.
+                                {.names = {"--journal"}, .value = text_value("FILE"), .target = &arguments->journal, .group = ""},
+                                {.names = {"--parent"}, .value = text_value("N"), .target = &arguments->parent, .group = ""},
+                                {.names = {"--effort"}, .value = text_value("N"), .target = &arguments->effort, .group = ""},
+                                {.names = {"--quiet"}, .target = &arguments->quiet, .group = ""}},
+                    .examples = {{"vorna check mine.vrd", "what every renderer owes its host"},
+                                 {"vorna check --profile krb --only drawing --seed 7",
+                                  "one area of the installed module, as in an earlier run"}},
+                    .statuses = "0 passed, 1 a check failed, 2 wrong usage, or no module."};
+    command.run = [arguments](const Given& given) {
+        if (!given.has("--seed")) {
             arguments->seed = std::random_device()();
         }
         drawing::Module_Choice module;
         if (!arguments->module.empty() && !arguments->selftest) {
-            if (application.count("--module") > 0) {
+            if (given.has("--module")) {
                 throw drawing::Usage_Error("--module: expected one module to check, found " + arguments->module + " too");
             }
-            module = {arguments->module, chosen_kernels(application)};
+            module = {arguments->module, given.module.kernels};
         } else if (!arguments->list) {
-            module = chosen_module(application);
+            module = chosen_module(given);
         }
-        status = run(*arguments, module);
-    });
+        return run(*arguments, module);
+    };
+    return command;
 }
 
 } // namespace vorna::app

@@ -1,7 +1,6 @@
 // The command `compare`: whether two PNG files hold the same pixels.
 #include "app/commands/compare_command.h"
 
-#include <CLI/CLI.hpp>
 #include <charconv>
 #include <cstdio>
 #include <iostream>
@@ -69,33 +68,41 @@ bool are_same(const Compare_Arguments& arguments) {
 
 } // namespace
 
-void add_compare_command(CLI::App& application, int& status) {
+Command compare_command() {
     const auto arguments = std::make_shared<Compare_Arguments>();
-    CLI::App& command = *application.add_subcommand("compare", "Tell whether two PNG images are the same.");
-    command.footer(footer({{"vorna compare bunny.png yours.png --diff difference.png", "every bit of every pixel"},
-                           {"vorna compare bunny.png yours.png --fuzz 2,100", "but for 100 pixels that differ by 2 at most"}},
-                          "What counts:\n"
-                          "  Without --fuzz size, kind of pixels, palette and every bit of every pixel.",
-                          "0 the same, 1 different, 2 one of them cannot be read."));
-    command.add_option("first", arguments->first, "PNG file; - reads standard input")->required()->type_name("A.png");
-    command.add_option("second", arguments->second, "PNG file to compare it with")->required()->type_name("B.png");
-    command
-        .add_option("--fuzz", arguments->fuzz,
-                    "Same, too, when at most COUNT pixels differ, none by more than MAXDIFF in a channel")
-        ->type_name("MAXDIFF,COUNT");
-    command.add_option("--diff", arguments->difference, "Write the first image in pale grey, pixels that differ in red")
-        ->type_name("FILE.png")
-        ->check(written_as({"png"}));
-    add_memory_option(command, arguments->max_memory);
-    command.fallthrough();
-    command.callback([arguments, &status] {
-        // Status 1 says that they differ: whatever else fails is wrong input.
-        try {
-            status = are_same(*arguments) ? exit_status::done : exit_status::failed;
-        } catch (const std::runtime_error& error) {
-            throw drawing::Usage_Error(error.what());
-        }
-    });
+    return {.name = "compare",
+            .summary = "Tell whether two PNG images are the same.",
+            .arguments = {{.names = {"first"},
+                           .value = text_value("A.png"),
+                           .text = "PNG file; - reads standard input",
+                           .target = &arguments->first,
+                           .is_required = true},
+                          {.names = {"second"},
+                           .value = text_value("B.png"),
+                           .text = "PNG file to compare it with",
+                           .target = &arguments->second,
+                           .is_required = true}},
+            .options = {{.names = {"--fuzz"},
+                         .value = text_value("MAXDIFF,COUNT"),
+                         .text = "Same, too, when at most COUNT pixels differ, none by more than MAXDIFF in a channel",
+                         .target = &arguments->fuzz},
+                        {.names = {"--diff"},
+                         .value = output_value("FILE.png", {"png"}),
+                         .text = "Write the first image in pale grey, pixels that differ in red",
+                         .target = &arguments->difference},
+                        memory_option(arguments->max_memory)},
+            .examples = {{"vorna compare bunny.png yours.png --diff difference.png", "every bit of every pixel"},
+                         {"vorna compare bunny.png yours.png --fuzz 2,100", "but for 100 pixels that differ by 2 at most"}},
+            .sections = {{"What counts", {"Without --fuzz size, kind of pixels, palette and every bit of every pixel."}}},
+            .statuses = "0 the same, 1 different, 2 one of them cannot be read.",
+            // Status 1 means that they differ, so any other failure is wrong input.
+            .run = [arguments](const Given&) {
+                try {
+                    return are_same(*arguments) ? exit_status::done : exit_status::failed;
+                } catch (const std::runtime_error& error) {
+                    throw drawing::Usage_Error(error.what());
+                }
+            }};
 }
 
 } // namespace vorna::app

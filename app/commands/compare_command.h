@@ -1,12 +1,10 @@
-// The command `compare`: whether two PNG files hold the same pixels.
+// The command `compare`: tells whether two PNG files hold the same pixels.
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include "app/cli/options.h"
 
 namespace vorna::app {
 
-void add_compare_command(CLI::App& application, int& status);
+Command compare_command();
 
 } // namespace vorna::app

@@ -1,32 +1,36 @@
-// The command `help`: what the other commands say of themselves.
+// The command `help`: tells what the other commands do.
 #include "app/commands/help_command.h"
 
-#include <CLI/CLI.hpp>
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "app/cli/command.h"
+#include "app/cli/command_line.h"
 #include "app/cli/help.h"
 #include "app/cli/page.h"
 
 namespace vorna::app {
 
-void add_help_command(CLI::App& application, int& status) {
+Command help_command(const std::vector<Command>& others) {
     std::vector<std::string> names;
-    for (const CLI::App* command : application.get_subcommands([](const CLI::App*) { return true; })) {
-        names.push_back(command->get_name());
+    for (const Command& command : others) {
+        names.push_back(command.name);
     }
     const auto name = std::make_shared<std::string>();
-    CLI::App& command = *application.add_subcommand("help", "Tell what vorna or a command of it can do.");
-    command.add_option("command", *name, "The command")->type_name("COMMAND")->check(one_of(names));
-    command.footer(footer({{"vorna help", "the commands"}, {"vorna help render", "the same as vorna render --help"}}));
-    command.fallthrough();
-    command.callback([&application, &status, name] {
-        std::cout << manual::help_of(manual::page_of(name->empty() ? application : *application.get_subcommand(*name)));
-        status = exit_status::done;
-    });
+    return {.name = "help",
+            .summary = "Tell what vorna or a command of it can do.",
+            .arguments =
+                {{.names = {"command"}, .value = choice_value("COMMAND", names), .text = "The command", .target = name.get()}},
+            .examples = {{"vorna help", "the commands"}, {"vorna help render", "the same as vorna render --help"}},
+            .run = [name](const Given&) {
+                const Program program = make_program();
+                const auto command = std::ranges::find(program.commands, *name, &Command::name);
+                std::cout << manual::help_of(command == program.commands.end() ? manual::page_of(program)
+                                                                               : manual::page_of(program, *command));
+                return exit_status::done;
+            }};
 }
 
 } // namespace vorna::app

@@ -1,13 +1,13 @@
-// The command `help`: what the other commands say of themselves.
+// The command `help`: tells what the other commands do.
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include <vector>
+
+#include "app/cli/options.h"
 
 namespace vorna::app {
 
-// After all other commands: it knows those that are there.
-void add_help_command(CLI::App& application, int& status);
+// others: the commands that it tells about.
+Command help_command(const std::vector<Command>& others);
 
 } // namespace vorna::app

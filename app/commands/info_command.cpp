@@ -1,7 +1,6 @@
 // The command `info`: what recordings are made of.
 #include "app/commands/info_command.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 #include <vector>
@@ -54,20 +53,22 @@ void print(const Info_Arguments& arguments) {
 
 } // namespace
 
-void add_info_command(CLI::App& application, int& status) {
+Command info_command() {
     const auto arguments = std::make_shared<Info_Arguments>();
-    CLI::App& command = *application.add_subcommand("info", "Tell what pictures are made of: calls, points, textures.");
-    command.add_option("picture", arguments->recordings, "Pictures, plain or compressed; - reads standard input")
-        ->required()
-        ->type_name("PICTURE");
-    command.add_flag("--json", arguments->as_json, "Print a list of objects for programs");
-    add_memory_option(command, arguments->max_memory);
-    command.footer(footer({{"vorna info bunny.json.gz", "what vorna render --record has written"}}));
-    command.fallthrough();
-    command.callback([arguments, &status] {
-        print(*arguments);
-        status = exit_status::done;
-    });
+    return {.name = "info",
+            .summary = "Tell what pictures are made of: calls, points, textures.",
+            .arguments = {{.names = {"picture"},
+                           .value = text_value("PICTURE"),
+                           .text = "Pictures, plain or compressed; - reads standard input",
+                           .target = &arguments->recordings,
+                           .is_required = true}},
+            .options = {{.names = {"--json"}, .text = "Print a list of objects for programs", .target = &arguments->as_json},
+                        memory_option(arguments->max_memory)},
+            .examples = {{"vorna info bunny.json.gz", "what vorna render --record has written"}},
+            .run = [arguments](const Given&) {
+                print(*arguments);
+                return exit_status::done;
+            }};
 }
 
 } // namespace vorna::app

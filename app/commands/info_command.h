@@ -1,12 +1,10 @@
-// The command `info`: what pictures are made of.
+// The command `info`: tells what recordings consist of.
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include "app/cli/options.h"
 
 namespace vorna::app {
 
-void add_info_command(CLI::App& application, int& status);
+Command info_command();
 
 } // namespace vorna::app

@@ -1,7 +1,6 @@
 // What the commands that draw maps and drawings have in common.
 #include "app/commands/map_options.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -21,8 +20,6 @@ namespace vorna::app {
 namespace {
 
 using namespace drawing::map;
-
-constexpr const char* option_group = "Maps and drawings";
 
 // Numbers between commas; empty when there is anything else.
 std::vector<double> parsed_numbers(const std::string& text) {
@@ -115,7 +112,7 @@ std::int32_t parsed_symbol(const std::string& text) {
             return symbol;
         }
     }
-    throw drawing::Usage_Error("--marker: expected one of " + CLI::detail::join(symbol_names(), ", ") + ", found '" + text + "'");
+    throw drawing::Usage_Error("--marker: expected one of " + list_of(symbol_names()) + ", found '" + text + "'");
 }
 
 std::optional<Extent> parsed_extent(const std::string& text) {
@@ -158,58 +155,114 @@ std::optional<VT_RGB32> color_unless_empty(const char* option, const std::string
 
 } // namespace
 
-void add_map_options(CLI::App& command, Map_Options& options) {
-    const auto add = [&](const char* name, auto& target, const char* description, const char* type) {
-        return command.add_option(name, target, description)->type_name(type)->group(option_group);
+void add_map_options(std::vector<Option>& table, Map_Options& options) {
+    const std::vector<Option> own{
+        {.names = {"--projection"},
+         .value = suggested_value("NAME", projection_names()),
+         .text = "A projection's name, a PROJ string or EPSG code; maps are equirectangular by default, plane is coordinates as "
+                 "they are",
+         .target = &options.projection},
+        {.names = {"--center"},
+         .value = text_value("LON[,LAT]"),
+         .text = "Longitude, or longitude and latitude, in the middle of the projection",
+         .target = &options.center},
+        {.names = {"--bbox"},
+         .value = text_value("W,S,E,N"),
+         .text = "What to show, in degrees or a drawing's units; all by default",
+         .target = &options.bbox},
+        {.names = {"--layer"},
+         .value = text_value("NAME"),
+         .text = "Object of a TopoJSON file; its first by default",
+         .target = &options.layer},
+        {.names = {"--clip-to"},
+         .value = text_value("SHAPE"),
+         .text = "Draw inside of this shape only: its name, id or number",
+         .target = &options.clip_to},
+        {.names = {"--fill"},
+         .value = text_value("COLOR"),
+         .text = "One colour for all faces; palette, the default of maps, gives neighbours different ones",
+         .target = &options.fill},
+        {.names = {"--opacity"},
+         .value = number_value("SHARE", 0, 1),
+         .text = "How much fills hide what lies below",
+         .target = &options.opacity},
+        {.names = {"--water"},
+         .value = text_value("COLOR"),
+         .text = "Colour of the globe behind the shapes",
+         .target = &options.water},
+        {.names = {"--graticule"},
+         .value = number_value("DEGREES", 0.1, 90),
+         .text = "Meridians and parallels so many degrees apart",
+         .target = &options.graticule},
+        {.names = {"--border"},
+         .value = suggested_value("STYLE", border_names()),
+         .text = "Borders and lines, solid by default; or lengths of dashes and gaps such as 6,4",
+         .target = &options.border},
+        {.names = {"--outline"},
+         .value = suggested_value("STYLE", border_names()),
+         .text = "Borders that no two faces share, as coasts; as --border by default",
+         .target = &options.outline},
+        {.names = {"--border-color"},
+         .value = text_value("COLOR"),
+         .text = "Colour of borders and lines instead of their own",
+         .target = &options.border_color},
+        {.names = {"--border-width"},
+         .value = whole_value("PIXELS", 1, 1000),
+         .text = "Width of borders and lines, 1 by default",
+         .target = &options.border_width},
+        {.names = {"--casing"},
+         .value = text_value("COLOR"),
+         .text = "Colour of a casing on both sides of borders and lines",
+         .target = &options.casing},
+        {.names = {"--casing-width"},
+         .value = whole_value("PIXELS", 1, 1000),
+         .text = "Width of the casing on each side, 2 by default",
+         .target = &options.casing_width,
+         .needs = {"--casing"}},
+        {.names = {"--marker"},
+         .value = suggested_value("SYMBOL", symbol_names()),
+         .text = "Points, disc by default",
+         .target = &options.marker},
+        {.names = {"--marker-size"},
+         .value = whole_value("PIXELS", 1, 1000),
+         .text = "Size of points, 7 by default",
+         .target = &options.marker_size},
+        {.names = {"--marker-color"}, .value = text_value("COLOR"), .text = "Colour of points", .target = &options.marker_color},
+        {.names = {"--labels"}, .text = "Names of shapes where there is room for them", .target = &options.labels},
+        {.names = {"--label-size"},
+         .value = whole_value("PIXELS", 4, 1000),
+         .text = "Size of letters, 12 by default",
+         .target = &options.label_size,
+         .needs = {"--labels"}},
+        {.names = {"--label-color"},
+         .value = text_value("COLOR"),
+         .text = "Colour of letters",
+         .target = &options.label_color,
+         .needs = {"--labels"}},
+        {.names = {"--font"},
+         .value = text_value("FONT"),
+         .text = "Font of labels: TrueType, OpenType and others",
+         .target = &options.font,
+         .needs = {"--labels"}},
+        {.names = {"--overlay"},
+         .value = text_value("MAP"),
+         .text = "Another map to draw over this one",
+         .target = &options.overlay},
+        {.names = {"--overlay-color"},
+         .value = text_value("COLOR"),
+         .text = "Colour of its faces, lines and points",
+         .target = &options.overlay_color,
+         .needs = {"--overlay"}},
+        {.names = {"--merge"},
+         .value = choice_value("RULE", {"and"}),
+         .text = "How the overlay's colours combine with those below, bit by bit, as inks do",
+         .target = &options.merge,
+         .needs = {"--overlay"}},
     };
-    add("--projection", options.projection,
-        "A projection's name, a PROJ string or EPSG code; maps are equirectangular by default, plane is coordinates as they are",
-        "NAME")
-        ->check(values(projection_names()));
-    add("--center", options.center, "Longitude, or longitude and latitude, in the middle of the projection", "LON[,LAT]");
-    add("--bbox", options.bbox, "What to show, in degrees or a drawing's units; all by default", "W,S,E,N");
-    add("--layer", options.layer, "Object of a TopoJSON file; its first by default", "NAME");
-    add("--clip-to", options.clip_to, "Draw inside of this shape only: its name, id or number", "SHAPE");
-    add("--fill", options.fill, "One colour for all faces; palette, the default of maps, gives neighbours different ones",
-        "COLOR");
-    add("--opacity", options.opacity, "How much fills hide what lies below", "SHARE")->check(between(0.0, 1.0));
-    add("--water", options.water, "Colour of the globe behind the shapes", "COLOR");
-    add("--graticule", options.graticule, "Meridians and parallels so many degrees apart", "DEGREES")->check(between(0.1, 90.0));
-    add("--border", options.border, "Borders and lines, solid by default; or lengths of dashes and gaps such as 6,4", "STYLE")
-        ->check(values(border_names()));
-    add("--outline", options.outline, "Borders that no two faces share, as coasts; as --border by default", "STYLE")
-        ->check(values(border_names()));
-    add("--border-color", options.border_color, "Colour of borders and lines instead of their own", "COLOR");
-    add("--border-width", options.border_width, "Width of borders and lines, 1 by default", "PIXELS")->check(between(1, 1000));
-    CLI::Option* const casing = add("--casing", options.casing, "Colour of a casing on both sides of borders and lines", "COLOR");
-    add("--casing-width", options.casing_width, "Width of the casing on each side, 2 by default", "PIXELS")
-        ->needs(casing)
-        ->check(between(1, 1000));
-    add("--marker", options.marker, "Points, disc by default", "SYMBOL")->check(values(symbol_names()));
-    add("--marker-size", options.marker_size, "Size of points, 7 by default", "PIXELS")->check(between(1, 1000));
-    add("--marker-color", options.marker_color, "Colour of points", "COLOR");
-    CLI::Option* const labels =
-        command.add_flag("--labels", options.labels, "Names of shapes where there is room for them")->group(option_group);
-    add("--label-size", options.label_size, "Size of letters, 12 by default", "PIXELS")->needs(labels)->check(between(4, 1000));
-    add("--label-color", options.label_color, "Colour of letters", "COLOR")->needs(labels);
-    add("--font", options.font, "Font of labels: TrueType, OpenType and others", "FONT")->needs(labels);
-    CLI::Option* const overlay = add("--overlay", options.overlay, "Another map to draw over this one", "MAP");
-    add("--overlay-color", options.overlay_color, "Colour of its faces, lines and points", "COLOR")->needs(overlay);
-    add("--merge", options.merge, "How the overlay's colours combine with those below, bit by bit, as inks do", "RULE")
-        ->needs(overlay)
-        ->check(one_of({"and"}));
-}
-
-void refuse_options_of_other_kind(const CLI::App& command, const drawing::Input& input) {
-    const bool map = drawing::is_map(input);
-    for (const CLI::Option* option : command.get_options()) {
-        const std::string& group = option->get_group();
-        const bool of_maps = group == option_group, of_models = group.ends_with(" of models");
-        if (option->count() > 0 && (map ? of_models : of_maps)) {
-            std::string message = option->get_name();
-            message += map ? ": expected a model, found " : ": expected a map or drawing, found ";
-            throw drawing::Usage_Error(message + input.name);
-        }
+    for (Option option : own) {
+        option.group = "Maps and drawings";
+        option.applies_to = Applies_To::maps;
+        table.push_back(std::move(option));
     }
 }
 

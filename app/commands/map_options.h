@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "app/commands/model_options.h"
 #include "drawing/files/input.h"
@@ -23,11 +24,7 @@ struct Map_Options {
     std::int32_t label_size = 12, border_width = 1, casing_width = 2, marker_size = 7;
 };
 
-void add_map_options(CLI::App& command, Map_Options& options);
-
-// Throws Usage_Error for a given option that is for models when the file is a map, or for maps when it is a model. The headings
-// that options stand under in the help tell which are which: those of models end so.
-void refuse_options_of_other_kind(const CLI::App& command, const drawing::Input& input);
+void add_map_options(std::vector<Option>& table, Map_Options& options);
 
 // Throws Usage_Error for options that exclude each other.
 void check_map_options(const Model_Options& options, const Map_Options& map_options, const drawing::Input& input);

@@ -1,7 +1,6 @@
 // What the commands that draw a model have in common.
 #include "app/commands/model_options.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -40,21 +39,28 @@ const Choices<drawing::model::Shading> shadings{{"gouraud", drawing::model::Shad
 const Choices<drawing::model::Culling> cullings{{"none", drawing::model::Culling::none}, {"back", drawing::model::Culling::back}};
 const Choices<int> color_bits{{"32", 32}, {"8", 8}};
 
-template <class Value>
-CLI::Option* add_choice(CLI::App& command, const std::string& name, Value& target, const std::string& description,
-                        const Choices<Value>& choices, const char* type) {
+template <class Chosen>
+Option choice(const char* name, Chosen& target, const char* text, const Choices<Chosen>& choices, const char* word) {
     std::vector<std::string> names;
     names.reserve(choices.size());
     for (const auto& [known, value] : choices) {
         names.push_back(known);
     }
     const auto choose = [&target, &choices](const std::string& given) {
-        target = std::ranges::find(choices, given, [](const auto& choice) { return choice.first; })->second;
+        target = std::ranges::find(choices, given, [](const auto& known) { return known.first; })->second;
     };
-    return command.add_option_function<std::string>(name, choose, description)
-        ->type_name(type)
-        ->default_str(choices.front().first)
-        ->check(one_of(names));
+    return {.names = {name}, .value = choice_value(word, names), .text = text, .target = choose, .by_default = names.front()};
+}
+
+// An axis may be given as +y for y.
+Option up_axis(drawing::model::Up_Axis& target) {
+    const auto without_plus = [](const std::string& text) { return text.starts_with('+') ? text.substr(1) : text; };
+    Option option = choice("--up", target, "The model's axis that points up", up_axes, "AXIS");
+    option.value.problem = [=, problem = option.value.problem](const std::string& text) { return problem(without_plus(text)); };
+    option.target = [=, choose = std::get<std::function<void(const std::string&)>>(option.target)](const std::string& text) {
+        choose(without_plus(text));
+    };
+    return option;
 }
 
 VT_Vector_D parsed_direction(const std::string& text) {
@@ -141,60 +147,85 @@ std::string text_of(const drawing::model::Aim& aim) {
 
 } // namespace
 
-void add_model_options(CLI::App& command, Model_Options& options, const std::string& inputs) {
-    command.add_option("model", options.models, inputs)->required()->type_name("MODEL");
-    command
-        .add_option(
-            "--input-format", options.input_format,
-            "What the files are, as a suffix: obj, ply, stl, gltf, json and so on; by default their names or contents tell")
-        ->type_name("SUFFIX");
-    CLI::Option* const view = add_choice(command, "--view", options.camera.view, "Side to look at", views, "SIDE");
-    command
-        .add_option_function<std::string>(
-            "--camera", [&options](const std::string& text) { options.aim = parsed_aim(text); },
-            "Instead of a side: places of the eye and of the middle of the picture, X,Y,Z,X,Y,Z in the model's coordinates, "
-            "and three more numbers for the direction that points up if it is not the model's")
-        ->type_name("PLACES")
-        ->excludes(view);
-    CLI::Option* perspective = command.add_flag("--perspective")->description("Near things are larger, as without --ortho");
-    command.add_flag("--ortho", options.orthographic, "Parallel lines stay parallel")->excludes(perspective);
-    add_choice(command, "--up", options.camera.up, "The model's axis that points up", up_axes, "AXIS")
-        ->transform([](const std::string& text) { return text.starts_with('+') ? text.substr(1) : text; });
-    command.add_option("--zoom", options.camera.zoom, "Enlarge the middle of the picture")
-        ->check(between(0.01, 1000.0))
-        ->capture_default_str();
-    add_choice(command, "--shading", options.picture.shading, "How colours run over faces", shadings, "KIND");
-    command
-        .add_flag("--edges{all}", options.edges,
-                  "Draw the edges of polygons over them, or outlines, borders and sharp bends only")
-        ->type_name("KIND")
-        ->check(values({"all", "feature"}));
-    command.add_option("--edge-color", options.edge_color, "Colour of edges")->type_name("COLOR");
-    command.add_flag("--antialias", options.antialias, "Smooth lines; --supersample smooths everything");
-    add_choice(command, "--cull", options.picture.culling, "Faces to leave out, as seen by the viewer", cullings, "FACES");
-    command.add_option("--background", options.background, "Colour behind what is drawn, or none: transparent")
-        ->type_name("COLOR")
-        ->capture_default_str();
-    command.add_option("--color", options.color, "Colour of the model instead of its own")->type_name("COLOR");
-    command.add_option("--light", options.light, "Direction towards the light: right, up, towards the viewer")
-        ->type_name("X,Y,Z")
-        ->capture_default_str();
-    add_choice(command, "--colors", options.colors, "Bits a pixel, 8 through a palette", color_bits, "BITS");
-    command
-        .add_option(
-            "--palette", options.palette,
-            "Palette of 8-bit pixels: cube (6x6x6 and greys), levels of red, green and blue as 8x8x4, or a file: PNG with a "
-            "palette, GIMP palette, lines of #rrggbb")
-        ->type_name("PALETTE");
-    command.add_flag("--strict", options.strict,
-                     "Fail when a file of materials, or a texture to be drawn, cannot be read, instead of warning");
-    add_memory_option(command, options.max_memory);
-    command.add_flag("--allow-outside", options.allow_outside,
-                     "Read materials, images and buffers that lie outside of a model's folder too");
-    group_options(command, "Camera of models", "--view --camera --perspective --ortho --up --zoom");
-    group_options(command, "Drawing", "--background --colors --antialias");
-    group_options(command, "Drawing of models", "--shading --edges --edge-color --cull --color --light --palette");
-    group_options(command, "Input", "--input-format --strict --allow-outside --max-memory");
+Option model_argument(Model_Options& options, const std::string& inputs) {
+    return {.names = {"model"}, .value = text_value("MODEL"), .text = inputs, .target = &options.models, .is_required = true};
+}
+
+void add_model_options(std::vector<Option>& table, Model_Options& options) {
+    const auto add = [&table](const char* group, Applies_To applies_to, std::initializer_list<Option> list) {
+        for (Option option : list) {
+            option.group = group;
+            option.applies_to = applies_to;
+            table.push_back(std::move(option));
+        }
+    };
+    add("Input", Applies_To::every_input,
+        {{.names = {"--input-format"},
+          .value = text_value("SUFFIX"),
+          .text = "What the files are, as a suffix: obj, ply, stl, gltf, json and so on; by default their names or contents tell",
+          .target = &options.input_format}});
+    add("Camera of models", Applies_To::models,
+        {choice("--view", options.camera.view, "Side to look at", views, "SIDE"),
+         {.names = {"--camera"},
+          .value = text_value("PLACES"),
+          .text = "Instead of a side: places of the eye and of the middle of the picture, X,Y,Z,X,Y,Z in the model's "
+                  "coordinates, and three more numbers for the direction that points up if it is not the model's",
+          .target = [&options](const std::string& text) { options.aim = parsed_aim(text); },
+          .excludes = {"--view"}},
+         {.names = {"--perspective"}, .text = "Near things are larger, as without --ortho"},
+         {.names = {"--ortho"},
+          .text = "Parallel lines stay parallel",
+          .target = &options.orthographic,
+          .excludes = {"--perspective"}},
+         up_axis(options.camera.up),
+         {.names = {"--zoom"},
+          .value = number_value("N", 0.01, 1000),
+          .text = "Enlarge the middle of the picture",
+          .target = &options.camera.zoom,
+          .by_default = text_of(options.camera.zoom)}});
+    add("Drawing of models", Applies_To::models,
+        {choice("--shading", options.picture.shading, "How colours run over faces", shadings, "KIND"),
+         {.names = {"--edges"},
+          .value = optional_value("all", suggested_value("KIND", {"all", "feature"})),
+          .text = "Draw the edges of polygons over them, or outlines, borders and sharp bends only",
+          .target = &options.edges},
+         {.names = {"--edge-color"}, .value = text_value("COLOR"), .text = "Colour of edges", .target = &options.edge_color}});
+    add("Drawing", Applies_To::every_input,
+        {{.names = {"--antialias"}, .text = "Smooth lines; --supersample smooths everything", .target = &options.antialias}});
+    add("Drawing of models", Applies_To::models,
+        {choice("--cull", options.picture.culling, "Faces to leave out, as seen by the viewer", cullings, "FACES")});
+    add("Drawing", Applies_To::every_input,
+        {{.names = {"--background"},
+          .value = text_value("COLOR"),
+          .text = "Colour behind what is drawn, or none: transparent",
+          .target = &options.background,
+          .by_default = options.background}});
+    add("Drawing of models", Applies_To::models,
+        {{.names = {"--color"},
+          .value = text_value("COLOR"),
+          .text = "Colour of the model instead of its own",
+          .target = &options.color},
+         {.names = {"--light"},
+          .value = text_value("X,Y,Z"),
+          .text = "Direction towards the light: right, up, towards the viewer",
+          .target = &options.light,
+          .by_default = options.light}});
+    add("Drawing", Applies_To::every_input,
+        {choice("--colors", options.colors, "Bits a pixel, 8 through a palette", color_bits, "BITS")});
+    add("Drawing of models", Applies_To::models,
+        {{.names = {"--palette"},
+          .value = text_value("PALETTE"),
+          .text = "Palette of 8-bit pixels: cube (6x6x6 and greys), levels of red, green and blue as 8x8x4, or a file: PNG "
+                  "with a palette, GIMP palette, lines of #rrggbb",
+          .target = &options.palette}});
+    add("Input", Applies_To::every_input,
+        {{.names = {"--strict"},
+          .text = "Fail when a file of materials, or a texture to be drawn, cannot be read, instead of warning",
+          .target = &options.strict},
+         memory_option(options.max_memory),
+         {.names = {"--allow-outside"},
+          .text = "Read materials, images and buffers that lie outside of a model's folder too",
+          .target = &options.allow_outside}});
 }
 
 std::vector<std::string> arguments_of(const Model_Options& options) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/cli/options.h"
 #include "drawing/files/input.h"
 #include "drawing/files/load_limits.h"
 #include "drawing/image/image_file.h"
@@ -16,10 +17,6 @@
 #include "drawing/model/mesh.h"
 #include "drawing/model/scene.h"
 #include "drawing/recording/session.h"
-
-namespace CLI {
-class App;
-}
 
 namespace vorna::app {
 
@@ -49,8 +46,9 @@ struct Model_Options {
     bool is_transparent() const noexcept { return background == "none"; }
 };
 
-// inputs: what the files may be, for the help.
-void add_model_options(CLI::App& command, Model_Options& options, const std::string& inputs);
+// The files. inputs: their kinds, for the help.
+Option model_argument(Model_Options& options, const std::string& inputs);
+void add_model_options(std::vector<Option>& table, Model_Options& options);
 
 // Limits as the options say. Throws Usage_Error.
 std::shared_ptr<drawing::Load_Limits> limits_of(const Model_Options& options);

@@ -1,12 +1,10 @@
-// The command `render`: a model as a picture.
+// The command `render`: draws models, maps and drawings as PNG files.
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include "app/cli/options.h"
 
 namespace vorna::app {
 
-void add_render_command(CLI::App& application, int& status);
+Command render_command();
 
 } // namespace vorna::app

@@ -1,7 +1,6 @@
 // vorna replay: recordings at slot level.
 #include "app/commands/replay_command.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
@@ -253,64 +252,94 @@ void run(const Replay_Arguments& arguments, const drawing::Module_Choice& module
 
 } // namespace
 
-void add_replay_command(CLI::App& application, int& status) {
+Command replay_command() {
     const auto arguments = std::make_shared<Replay_Arguments>();
-    CLI::App& command = *application.add_subcommand("replay", "Draw a picture, a JSON document of renderer calls.");
-    command.fallthrough();
-    command.add_option("picture", arguments->recording, "The picture, plain or compressed; - reads standard input")
-        ->required()
-        ->type_name("PICTURE");
-    const auto add_output = [&command](const char* option, std::string& path, const char* what, const char* type) {
-        CLI::Option* output = command.add_option(option, path, what)->type_name(type);
-        if (const std::string_view name = type; name == "PICTURE") {
-            output->check(written_as({"json", "gz"}));
-        } else if (name != "FILE") {
-            output->check(written_as({type + name.find('.') + 1}));
-        }
-    };
-    add_output("--color", arguments->color, "Write the colour buffer as PNG, RGBA or palette", "FILE.png");
-    add_output("--depth", arguments->depth, "Write the depth buffer as PNG, 16-bit greyscale", "FILE.png");
-    add_output("--color-raw", arguments->color_raw, "Write the colour buffer as plain rows, top row first", "FILE");
-    add_output("--depth-raw", arguments->depth_raw, "Write the depth buffer as plain rows, top row first", "FILE");
-    add_output("--report", arguments->report, "Write what happened besides drawing, as JSON", "FILE.json");
-    add_output("--record", arguments->record, "Write what was drawn as a picture again, compressed as FILE.gz", "PICTURE");
-    add_memory_option(command, arguments->max_memory);
-    command.add_flag("--unchecked", arguments->unchecked, "Send coordinates that renderers trust without looking at them");
-    CLI::Option* until =
-        command.add_option("--until", arguments->until, "Stop after call N; the first call is 0")->type_name("N");
-    command.add_option("--only", arguments->only, "Draw with the calls A to B alone; earlier ones only set the renderer up")
-        ->type_name("A..B")
-        ->excludes(until);
-    command
-        .add_option("--every-call", arguments->every_call,
-                    "Write the colour buffer after every call, numbered, into FOLDER; more than " +
-                        std::to_string(most_files_unasked) + " files only with --until or --only")
-        ->type_name("FOLDER");
-    CLI::Option* timing = command
-                              .add_flag("--timing{table}", arguments->timing,
-                                        "Print for each call the pixels that it changed and its time, or the same for programs")
-                              ->type_name("FORM")
-                              ->check(values({"table", "json"}));
-    command.add_option("--sort", arguments->sort, "Order of --timing")
-        ->type_name("NAME")
-        ->check(values({"call", "time", "pixels"}))
-        ->needs(timing);
-    command.add_option("--repeat", arguments->repeat, "Times of --timing are the best of so many replays")
-        ->type_name("N")
-        ->check(between(1, 100000))
-        ->needs(timing)
-        ->capture_default_str();
-    group_options(command, "Output", "--color --depth --color-raw --depth-raw --report --record");
-    group_options(command, "Which calls", "--until --only --every-call --unchecked");
-    group_options(command, "Measuring", "--timing --sort --repeat");
-    command.footer(
-        footer({{"vorna replay crystals.json --color crystals.png --depth depth.png", "both buffers of a picture"},
-                {"vorna replay bunny.json.gz --timing --sort time", "what each call changed and cost, the dearest first"},
-                {"vorna replay bunny.json.gz --until 12 --color part.png", "what the first thirteen calls draw"}}));
-    command.callback([&application, &status, arguments] {
-        run(*arguments, chosen_module(application));
-        status = exit_status::done;
-    });
+    constexpr const char *output = "Output", *calls = "Which calls", *measuring = "Measuring";
+    return {
+        .name = "replay",
+        .summary = "Draw a picture, a JSON document of renderer calls.",
+        .arguments = {{.names = {"picture"},
+                       .value = text_value("PICTURE"),
+                       .text = "The picture, plain or compressed; - reads standard input",
+                       .target = &arguments->recording,
+                       .is_required = true}},
+        .options = {{.names = {"--color"},
+                     .value = output_value("FILE.png", {"png"}),
+                     .text = "Write the colour buffer as PNG, RGBA or palette",
+                     .target = &arguments->color,
+                     .group = output},
+                    {.names = {"--depth"},
+                     .value = output_value("FILE.png", {"png"}),
+                     .text = "Write the depth buffer as PNG, 16-bit greyscale",
+                     .target = &arguments->depth,
+                     .group = output},
+                    {.names = {"--color-raw"},
+                     .value = text_value("FILE"),
+                     .text = "Write the colour buffer as plain rows, top row first",
+                     .target = &arguments->color_raw,
+                     .group = output},
+                    {.names = {"--depth-raw"},
+                     .value = text_value("FILE"),
+                     .text = "Write the depth buffer as plain rows, top row first",
+                     .target = &arguments->depth_raw,
+                     .group = output},
+                    {.names = {"--report"},
+                     .value = output_value("FILE.json", {"json"}),
+                     .text = "Write what happened besides drawing, as JSON",
+                     .target = &arguments->report,
+                     .group = output},
+                    {.names = {"--record"},
+                     .value = output_value("PICTURE", {"json", "gz"}),
+                     .text = "Write what was drawn as a picture again, compressed as FILE.gz",
+                     .target = &arguments->record,
+                     .group = output},
+                    memory_option(arguments->max_memory),
+                    {.names = {"--unchecked"},
+                     .text = "Send coordinates that renderers trust without looking at them",
+                     .target = &arguments->unchecked,
+                     .group = calls},
+                    {.names = {"--until"},
+                     .value = text_value("N"),
+                     .text = "Stop after call N; the first call is 0",
+                     .target = &arguments->until,
+                     .group = calls},
+                    {.names = {"--only"},
+                     .value = text_value("A..B"),
+                     .text = "Draw with the calls A to B alone; earlier ones only set the renderer up",
+                     .target = &arguments->only,
+                     .group = calls,
+                     .excludes = {"--until"}},
+                    {.names = {"--every-call"},
+                     .value = text_value("FOLDER"),
+                     .text = "Write the colour buffer after every call, numbered, into FOLDER; more than " +
+                             std::to_string(most_files_unasked) + " files only with --until or --only",
+                     .target = &arguments->every_call,
+                     .group = calls},
+                    {.names = {"--timing"},
+                     .value = optional_value("table", suggested_value("FORM", {"table", "json"})),
+                     .text = "Print for each call the pixels that it changed and its time, or the same for programs",
+                     .target = &arguments->timing,
+                     .group = measuring},
+                    {.names = {"--sort"},
+                     .value = suggested_value("NAME", {"call", "time", "pixels"}),
+                     .text = "Order of --timing",
+                     .target = &arguments->sort,
+                     .group = measuring,
+                     .needs = {"--timing"}},
+                    {.names = {"--repeat"},
+                     .value = whole_value("N", 1, 100000),
+                     .text = "Times of --timing are the best of so many replays",
+                     .target = &arguments->repeat,
+                     .group = measuring,
+                     .by_default = std::to_string(arguments->repeat),
+                     .needs = {"--timing"}}},
+        .examples = {{"vorna replay crystals.json --color crystals.png --depth depth.png", "both buffers of a picture"},
+                     {"vorna replay bunny.json.gz --timing --sort time", "what each call changed and cost, the dearest first"},
+                     {"vorna replay bunny.json.gz --until 12 --color part.png", "what the first thirteen calls draw"}},
+        .run = [arguments](const Given& given) {
+            run(*arguments, chosen_module(given));
+            return exit_status::done;
+        }};
 }
 
 } // namespace vorna::app

@@ -1,13 +1,10 @@
-// vorna replay: pictures at slot level.
+// The command `replay`: draws recordings.
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include "app/cli/options.h"
 
 namespace vorna::app {
 
-// The command runs while the application parses its arguments and leaves its exit status in the variable.
-void add_replay_command(CLI::App& application, int& status);
+Command replay_command();
 
 } // namespace vorna::app

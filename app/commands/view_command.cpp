@@ -1,7 +1,6 @@
 // The command `view`: a model in a window.
 #include "app/commands/view_command.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <memory>
@@ -64,40 +63,48 @@ void show(const View_Options& options, std::vector<drawing::Input> inputs, const
     window->run(*viewer, script);
 }
 
-std::string help_text() {
-    std::string text = "Mouse and keys:";
-    for (const std::string& line : view::help_lines()) {
-        text += "\n  " + line;
-    }
-    return text + "\n\nMaps and drawings:\n  Every drag moves them; the keys + - a p c w r f h q do the same.";
-}
-
 } // namespace
 
-void add_view_command(CLI::App& application, int& status) {
-    CLI::App& command = *application.add_subcommand("view", "Turn a model in a window, or move a map or drawing.");
+Command view_command() {
     const auto options = std::make_shared<View_Options>();
-    add_model_options(command, *options,
-                      "Models (PLY, OBJ, STL and whatever assimp reads), or a map (GeoJSON, TopoJSON) or drawing (DXF)");
-    command.add_option("--size", options->size, "Width and height of the window; by default what suits the display")
-        ->type_name("WxH");
-    command.add_option("--screenshots", options->folder, "Folder for screenshots")->type_name("FOLDER")->capture_default_str();
-    command.add_option("--script", options->script, "Mouse and keys from a file, see docs/viewing.md")->type_name("FILE");
-    group_options(command, "Window", "--size --screenshots --script");
     const auto map_options = std::make_shared<Map_Options>();
-    add_map_options(command, *map_options);
-    command.footer(footer({{"vorna view bunny.obj", "turn it with the mouse, h shows the keys"},
-                           {"vorna view truck.gltf --shading textured --edges --size 1600x1000", "as vorna render would draw it"},
-                           {"vorna view countries.json --projection robinson --border dashed", "move a map"}},
-                          help_text()));
-    command.fallthrough();
-    command.callback([options, map_options, &command, &application, &status] {
-        options->limits = limits_of(*options);
-        std::vector<drawing::Input> inputs = open_inputs(*options);
-        refuse_options_of_other_kind(command, inputs.front());
-        show(*options, std::move(inputs), *map_options, chosen_module(application));
-        status = exit_status::done;
-    });
+    constexpr const char* window = "Window";
+    Command command{
+        .name = "view",
+        .summary = "Turn a model in a window, or move a map or drawing.",
+        .arguments = {model_argument(
+            *options, "Models (PLY, OBJ, STL and whatever assimp reads), or a map (GeoJSON, TopoJSON) or drawing (DXF)")},
+        .examples = {{"vorna view bunny.obj", "turn it with the mouse, h shows the keys"},
+                     {"vorna view truck.gltf --shading textured --edges --size 1600x1000", "as vorna render would draw it"},
+                     {"vorna view countries.json --projection robinson --border dashed", "move a map"}},
+        .sections = {{"Mouse and keys", view::help_lines()},
+                     {"Maps and drawings", {"Every drag moves them; the keys + - a p c w r f h q do the same."}}},
+        .run = [options, map_options](const Given& given) {
+            options->limits = limits_of(*options);
+            std::vector<drawing::Input> inputs = open_inputs(*options);
+            reject_options_of_other_kind(given, drawing::is_map(inputs.front()), inputs.front().name);
+            show(*options, std::move(inputs), *map_options, chosen_module(given));
+            return exit_status::done;
+        }};
+    add_model_options(command.options, *options);
+    command.options.insert(command.options.end(), {{.names = {"--size"},
+                                                    .value = text_value("WxH"),
+                                                    .text = "Width and height of the window; by default what suits the display",
+                                                    .target = &options->size,
+                                                    .group = window},
+                                                   {.names = {"--screenshots"},
+                                                    .value = text_value("FOLDER"),
+                                                    .text = "Folder for screenshots",
+                                                    .target = &options->folder,
+                                                    .group = window,
+                                                    .by_default = options->folder},
+                                                   {.names = {"--script"},
+                                                    .value = text_value("FILE"),
+                                                    .text = "Mouse and keys from a file, see docs/viewing.md",
+                                                    .target = &options->script,
+                                                    .group = window}});
+    add_map_options(command.options, *map_options);
+    return command;
 }
 
 } // namespace vorna::app

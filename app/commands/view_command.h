@@ -1,13 +1,10 @@
-// The command `view`: a model in a window.
+// The command `view`: shows a model, map or drawing in a window.
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include "app/cli/options.h"
 
 namespace vorna::app {
 
-// Adds the command; its callback sets the exit status and throws for failures.
-void add_view_command(CLI::App& application, int& status);
+Command view_command();
 
 } // namespace vorna::app

@@ -1,6 +1,4 @@
 // Renditions laid over each other.
-#include <type_traits>
-
 #include "drawing/recording/recording.h"
 
 namespace vorna::drawing::recording {
@@ -10,16 +8,11 @@ namespace {
 template <class Type> struct Is_Optional : std::false_type {};
 template <class Value> struct Is_Optional<std::optional<Value>> : std::true_type {};
 
-template <class Type>
-concept Key_Group = requires {
-    Type::keys;
-};
-
 template <class Type> void lay_over(Type& under, const Type& over);
 
-// Both are given: groups are merged, everything else takes the other's place, a null too.
+// Both are given: groups are merged; any other value replaces the lower one, null included.
 template <class Value> void replace(Value& under, const Value& over) {
-    if constexpr (Key_Group<Value>) {
+    if constexpr (Keyed<Value>) {
         lay_over(under, over);
     } else if constexpr (Is_Optional<Value>::value) {
         if (under && over) {
@@ -34,8 +27,8 @@ template <class Value> void replace(Value& under, const Value& over) {
 
 // A group, or a key that is empty when it is not given.
 template <class Type> void lay_over(Type& under, const Type& over) {
-    if constexpr (Key_Group<Type>) {
-        std::apply([&](const auto... key) { (lay_over(under.*key, over.*key), ...); }, Type::keys);
+    if constexpr (Keyed<Type>) {
+        for_each_field<Type>([&](const auto& field) { lay_over(under.*field.member, over.*field.member); });
     } else if (!under) {
         under = over;
     } else if (over) {

@@ -92,7 +92,7 @@ template <class Variable, class Form> auto key(std::string_view name, Variable& 
     return Key<decltype(read)>{name, false, read};
 }
 
-template <class Variable, class Form> auto required(std::string_view name, Variable& variable, Form form) {
+template <class Variable, class Form> auto required_key(std::string_view name, Variable& variable, Form form) {
     auto result = key(name, variable, form);
     result.is_required = true;
     return result;

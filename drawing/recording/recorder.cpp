@@ -28,8 +28,7 @@ template <class Value> std::optional<Value> unless(const Value& value, const Val
 template <class Pixel>
 Image_Rows<Pixel> copied_rows(const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right, std::int32_t stride,
                               const Pixel* pixels) {
-    const std::int64_t columns = std::int64_t{bottom_right.x} - top_left.x + 1;
-    const std::int64_t rows = std::int64_t{top_left.y} - bottom_right.y + 1;
+    const auto [columns, rows] = corner_size(top_left, bottom_right);
     Image_Rows<Pixel> copy;
     if (columns < 1 || rows < 1) {
         return copy;
@@ -64,19 +63,20 @@ std::optional<VT_RGB32> value_at(const VT_RGB32* color) {
 template <class Point>
 Points<Point> copy(std::type_identity<Points<Point>>, const Call_Kind&, const VT_Rendition&, std::int32_t count,
                    const Point* points) {
-    return {copied(points, size_of(count))};
+    return made_of<Points<Point>>(copied(points, size_of(count)));
 }
 
 template <class Point>
 Colorized<Point> copy(std::type_identity<Colorized<Point>>, const Call_Kind& kind, const VT_Rendition&, std::int32_t count,
                       const Point* points, const VT_RGB32* colors, bool single) {
-    return {copied(points, size_of(count)), copied_or_none(colors, colors_of(kind, size_of(count), single)), single};
+    return made_of<Colorized<Point>>(copied(points, size_of(count)),
+                                     copied_or_none(colors, colors_of(kind, size_of(count), single)), single);
 }
 
 template <class Point>
 Gouraud<Point> copy(std::type_identity<Gouraud<Point>>, const Call_Kind&, const VT_Rendition&, std::int32_t count,
                     const Point* points, const VT_RGB32* colors) {
-    return {copied(points, size_of(count)), copied(colors, colors ? size_of(count) : 0)};
+    return made_of<Gouraud<Point>>(copied(points, size_of(count)), copied(colors, colors ? size_of(count) : 0));
 }
 
 // Renderers look at the first two parameters of a point, and take those that are missing for 0.
@@ -84,75 +84,77 @@ template <class Point>
 Textured<Point> copy(std::type_identity<Textured<Point>>, const Call_Kind&, const VT_Rendition&, std::int32_t count,
                      const Point* points, const VT_RGB32* colors, const VT_Parameter* parameters, std::int32_t width,
                      const float*, const VT_Vector*) {
-    Textured<Point> textured{copied(points, size_of(count)), copied(colors, size_of(count)), {}};
+    std::vector<VT_Parameter> pairs;
     for (std::size_t i = 0; i < size_of(count); ++i) {
         const VT_Parameter* of_point = parameters + i * size_of(width);
-        textured.parameters.push_back(width > 0 ? of_point[0] : 0);
-        textured.parameters.push_back(width > 1 ? of_point[1] : 0);
+        pairs.push_back(width > 0 ? of_point[0] : 0);
+        pairs.push_back(width > 1 ? of_point[1] : 0);
     }
-    return textured;
+    return made_of<Textured<Point>>(copied(points, size_of(count)), copied(colors, size_of(count)), std::move(pairs));
 }
 
 template <class Point>
 Polygon<Point> copy(std::type_identity<Polygon<Point>>, const Call_Kind&, const VT_Rendition&, std::int32_t count,
                     const Point* points, const VT_RGB32* color) {
-    return {copied(points, size_of(count)), value_at(color)};
+    return made_of<Polygon<Point>>(copied(points, size_of(count)), value_at(color));
 }
 
 Dot copy(std::type_identity<Dot>, const Call_Kind&, const VT_Rendition&, const VT_DCI_Point* point, const VT_RGB32* color) {
-    return {*point, value_at(color)};
+    return made_of<Dot>(*point, value_at(color));
 }
 
 Ellipse copy(std::type_identity<Ellipse>, const Call_Kind&, const VT_Rendition&, const VT_DCI_Point* center,
              const VT_DCI_Point* radii, double start, double end, double rotation, const VT_RGB32* color) {
-    return {*center, *radii, start, end, rotation, value_at(color)};
+    return made_of<Ellipse>(*center, *radii, start, end, rotation, value_at(color));
 }
 
 Index8_Image copy(std::type_identity<Index8_Image>, const Call_Kind&, const VT_Rendition&, const VT_DCI_Point* start,
                   const VT_DCI_Point* end, std::int32_t stride, const std::uint8_t* pixels) {
-    return {*start, *end, copied_rows(*start, *end, stride, pixels)};
+    return made_of<Index8_Image>(*start, *end, copied_rows(*start, *end, stride, pixels));
 }
 
 RGB32_Image copy(std::type_identity<RGB32_Image>, const Call_Kind&, const VT_Rendition&, const VT_DCI_Point* start,
                  const VT_DCI_Point* end, std::int32_t stride, const VT_RGB32* pixels, std::int32_t, const VT_Packing*) {
-    return {*start, *end, copied_rows(*start, *end, stride, pixels)};
+    return made_of<RGB32_Image>(*start, *end, copied_rows(*start, *end, stride, pixels));
 }
 
 Placed_Image copy(std::type_identity<Placed_Image>, const Call_Kind&, const VT_Rendition&, const VT_DCI_Point* start,
                   const VT_Shared_Image* image) {
-    Placed_Image placed{*start, {}};
+    std::optional<Image> copy;
     if (image) {
-        Image& copy = placed.image.emplace(Image{image->format(), image->width(), image->height(), {}});
-        const std::int32_t bytes = image->width() * vorna::bytes_per_pixel(image->format());
+        std::vector<std::uint8_t> bytes;
+        const std::int32_t row_bytes = image->width() * vorna::bytes_per_pixel(image->format());
         for (std::int32_t r = 0; r < image->height(); ++r) {
             const std::uint8_t* row = image->row(image->bottom_up() ? r : image->height() - 1 - r);
-            copy.bytes.insert(copy.bytes.end(), row, row + bytes);
+            bytes.insert(bytes.end(), row, row + row_bytes);
         }
+        copy = made_of<Image>(image->format(), image->width(), image->height(), std::move(bytes));
     }
-    return placed;
+    return made_of<Placed_Image>(*start, std::move(copy));
 }
 
 Window_Fill copy(std::type_identity<Window_Fill>, const Call_Kind&, const VT_Rendition& rendition) {
     const VT_Window_Attributes& window = rendition.window;
-    return {window.rectangle, unless(window.fill, vorna::face_pattern::solid), unless(window.color, VT_RGB32{}), window.index};
+    return made_of<Window_Fill>(window.rectangle, unless(window.fill, vorna::face_pattern::solid),
+                                unless(window.color, VT_RGB32{}), window.index);
 }
 
 Depth_Clear copy(std::type_identity<Depth_Clear>, const Call_Kind&, const VT_Rendition& rendition) {
-    return {rendition.window.rectangle};
+    return made_of<Depth_Clear>(rendition.window.rectangle);
 }
 
 Depth_Write copy(std::type_identity<Depth_Write>, const Call_Kind&, const VT_Rendition&, const VT_DCI_Point* top_left,
                  const VT_DCI_Point* bottom_right, std::int32_t stride, const std::uint16_t* depths) {
-    Depth_Write write{*top_left, *bottom_right, {}};
+    std::optional<Image_Rows<std::uint16_t>> rows;
     if (depths) {
-        write.depths = copied_rows(*top_left, *bottom_right, stride, depths);
+        rows = copied_rows(*top_left, *bottom_right, stride, depths);
     }
-    return write;
+    return made_of<Depth_Write>(*top_left, *bottom_right, std::move(rows));
 }
 
 Image_Read copy(std::type_identity<Image_Read>, const Call_Kind&, const VT_Rendition&, const VT_DCI_Point* top_left,
                 const VT_DCI_Point* bottom_right, const Buffer_Format* format, VT_Reference<VT_Shared_Image>&) {
-    return {*top_left, *bottom_right, *format};
+    return made_of<Image_Read>(*top_left, *bottom_right, *format);
 }
 
 // Why recordings cannot hold the arguments; empty when they can.
@@ -189,30 +191,44 @@ private:
     std::string& bytes_;
 };
 
-void put_bytes(std::string& bytes, const VT_Rendition& r) {
-    const bool has_material = static_cast<bool>(r.face.material);
-    Bytes(bytes)
-        .add(r.face.color, r.face.contrast_color, r.face.index, r.face.contrast_index, r.face.pattern, r.face.flags, r.face.mode)
-        .object(r.face.bitmap)
-        .object(r.face.material)
-        .object(has_material ? r.face.material->texture : nullptr)
-        .add(r.line.color, r.line.index, r.line.weight, r.line.style, r.line.flags, r.line.mode, r.line.cap, r.line.join)
-        .object(r.line.line_types)
-        .add(r.marker.color, r.marker.index, r.marker.symbol, r.marker.size, r.marker.mode)
-        .add(r.clip.hard_clip, r.clip.depth_test, r.clip.window_offset, r.drawing_flags)
-        .object(r.clip.complex_clip);
+void add_bytes(Bytes& bytes, const VT_Reference<const VT_Basic_Material>& material) {
+    bytes.object(material).object(material ? material->texture : nullptr);
+}
+
+template <class Object> void add_bytes(Bytes& bytes, const VT_Reference<const Object>& object) {
+    bytes.object(object);
+}
+
+template <class Value> void add_bytes(Bytes& bytes, const Value& value) {
+    static_assert(std::is_trivially_copyable_v<Value>);
+    bytes.add(value);
+}
+
+// The attributes of the host that the group has keys for.
+template <Keyed Group, class Host> void add_attributes(Bytes& bytes, const Host& host) {
+    for_each_field<Group>([&](const auto& field) { add_bytes(bytes, host.*field.host.value); });
+}
+
+void put_bytes(std::string& text, const VT_Rendition& rendition) {
+    Bytes bytes(text);
+    add_attributes<Face>(bytes, rendition.face);
+    add_attributes<Line>(bytes, rendition.line);
+    add_attributes<Marker>(bytes, rendition.marker);
+    const VT_Clip_Attributes& clip = rendition.clip;
+    bytes.add(clip.hard_clip, clip.depth_test, clip.window_offset, rendition.drawing_flags).object(clip.complex_clip);
 }
 
 std::optional<Line_Type> described_type(const VT_Reference<const VT_Line_Type>& type) {
     if (!type || type == VT_Line_Type::None) {
         return {};
     }
-    Line_Type described{type->kind, type->width, type->color, type->mode, type->leading[0], type->trailing[0], {}};
+    std::vector<Line_Element> elements;
     for (std::size_t i = 0; i < std::min(type->lengths.size(), type->kinds.size()); ++i) {
         const double kind = type->kinds[i];
-        described.elements.push_back({type->lengths[i], kind > 0 ? 1 : kind < 0 ? -1 : 0});
+        elements.push_back({type->lengths[i], kind > 0 ? 1 : kind < 0 ? -1 : 0});
     }
-    return described;
+    return made_of<Line_Type>(type->kind, type->width, type->color, type->mode, type->leading[0], type->trailing[0],
+                              std::move(elements));
 }
 
 std::optional<std::optional<Line_Type_Set>> described_types(const VT_Reference<const VT_Line_Type_Set>& set) {
@@ -221,8 +237,8 @@ std::optional<std::optional<Line_Type_Set>> described_types(const VT_Reference<c
     }
     std::vector<std::optional<Line_Type>> types;
     std::transform(set->types.begin(), set->types.end(), std::back_inserter(types), described_type);
-    return Line_Type_Set{set->per_segment, set->scale,
-                         std::make_shared<const std::vector<std::optional<Line_Type>>>(std::move(types))};
+    return made_of<Line_Type_Set>(set->per_segment, set->scale,
+                                  std::make_shared<const std::vector<std::optional<Line_Type>>>(std::move(types)));
 }
 
 std::vector<VT_RGB32> colors_of(const VT_Palette& palette) {
@@ -481,7 +497,7 @@ std::shared_ptr<const Rendition> Recorder::noted(const VT_Rendition& rendition) 
         for (const VT_Counted* object : std::initializer_list<const VT_Counted*>{
                  rendition.face.bitmap.get(), rendition.face.material.get(), rendition.line.line_types.get()}) {
             if (object) {
-                held_.emplace_back(object);
+                kept_.emplace_back(object);
             }
         }
     }
@@ -490,105 +506,92 @@ std::shared_ptr<const Rendition> Recorder::noted(const VT_Rendition& rendition) 
     return last_;
 }
 
-Rendition Recorder::described(const VT_Rendition& rendition) {
-    Rendition described;
-    const VT_Clip_Attributes& clip = rendition.clip;
-    described.hard_clip = unless(clip.hard_clip, session_.window());
-    described.depth_test = unless(clip.depth_test, true);
-    described.drawing_mode = unless(rendition.face.mode, 0);
-    described.flags = unless(rendition.drawing_flags, 0U);
-    if (const auto& set = clip.complex_clip) {
-        auto& [held, contours] = contours_[{set.get(), set->serial()}];
-        if (!held) {
-            held = set;
-            contours = std::make_shared<const std::vector<std::vector<VT_Point>>>(set->contours());
-        }
-        described.complex_clip = contours;
-    }
-    described.window_offset = unless(clip.window_offset, VT_Int_Pair{});
-    described.face = described_face(rendition);
-    described.line = described_line(rendition);
-    described.marker = described_marker(rendition);
-    return described;
+// A value of the host's, none where it is the usual one.
+template <class Value> std::optional<Value> Recorder::described_attribute(const Value& value, const Value& usual) {
+    return unless(value, usual);
 }
 
-Face Recorder::described_face(const VT_Rendition& rendition) {
-    const VT_Face_Attributes& face = rendition.face;
-    Face described;
-    described.color = unless(face.color, VT_RGB32{});
-    described.index = index_unless_closest(face.index, face.color);
-    described.contrast_color = unless(face.contrast_color, VT_RGB32{});
-    described.contrast_index = index_unless_closest(face.contrast_index, face.contrast_color);
-    described.pattern = unless(face.pattern, vorna::face_pattern::solid);
-    described.flags = unless(face.flags, 0U);
-    if (const auto& bitmap = face.bitmap) {
-        std::vector<std::string> rows;
-        for (std::int32_t r = 0; r < bitmap->height(); ++r) {
-            std::string& row = rows.emplace_back();
-            std::transform(bitmap->row(r), bitmap->row(r) + bitmap->width(), std::back_inserter(row),
-                           [](std::uint8_t cell) { return cell ? '1' : '0'; });
+std::optional<std::optional<Line_Type_Set>> Recorder::described_attribute(const VT_Reference<const VT_Line_Type_Set>& set,
+                                                                          const VT_Reference<const VT_Line_Type_Set>&) {
+    return described_types(set);
+}
+
+std::optional<Bitmap> Recorder::described_attribute(const VT_Reference<const VT_Pattern_Bitmap>& bitmap,
+                                                    const VT_Reference<const VT_Pattern_Bitmap>&) {
+    if (!bitmap) {
+        return {};
+    }
+    std::vector<std::string> rows;
+    for (std::int32_t r = 0; r < bitmap->height(); ++r) {
+        std::string& row = rows.emplace_back();
+        std::transform(bitmap->row(r), bitmap->row(r) + bitmap->width(), std::back_inserter(row),
+                       [](std::uint8_t cell) { return cell ? '1' : '0'; });
+    }
+    return made_of<Bitmap>(bitmap->width(), bitmap->height(), std::make_shared<const std::vector<std::string>>(std::move(rows)));
+}
+
+std::optional<Texture> Recorder::described_attribute(const VT_Reference<const VT_Basic_Material>& material,
+                                                     const VT_Reference<const VT_Basic_Material>&) {
+    return material ? std::optional(described_texture(*material)) : std::nullopt;
+}
+
+// mode: what the group draws with when its own mode is left out.
+template <Keyed Group, class Host> Group Recorder::described_group(const Host& host, std::int32_t mode) {
+    Host usual;
+    usual.mode = mode;
+    Group group;
+    for_each_field<Group>([&](const auto& field) {
+        if constexpr (requires { field.host.color; }) {
+            group.*field.member = index_unless_closest(host.*field.host.value, host.*field.host.color);
+        } else {
+            group.*field.member = described_attribute(host.*field.host.value, usual.*field.host.value);
         }
-        described.bitmap =
-            Bitmap{bitmap->width(), bitmap->height(), std::make_shared<const std::vector<std::string>>(std::move(rows))};
+    });
+    return group;
+}
+
+Rendition Recorder::described(const VT_Rendition& rendition) {
+    const VT_Clip_Attributes& clip = rendition.clip;
+    const std::int32_t mode = rendition.face.mode;
+    std::optional<std::optional<Shared_List<std::vector<VT_Point>>>> complex_clip;
+    if (const auto& set = clip.complex_clip) {
+        auto& [kept, contours] = contours_[{set.get(), set->serial()}];
+        if (!kept) {
+            kept = set;
+            contours = std::make_shared<const std::vector<std::vector<VT_Point>>>(set->contours());
+        }
+        complex_clip = contours;
     }
-    if (face.material) {
-        described.texture = described_texture(*face.material);
-    }
-    return described;
+    return made_of<Rendition>(unless(clip.hard_clip, session_.window()), unless(clip.depth_test, true), unless(mode, 0),
+                              unless(rendition.drawing_flags, 0U), complex_clip, unless(clip.window_offset, VT_Int_Pair{}),
+                              described_group<Face>(rendition.face, mode), described_group<Line>(rendition.line, mode),
+                              described_group<Marker>(rendition.marker, mode));
 }
 
 Texture Recorder::described_texture(const VT_Basic_Material& material) {
-    Texture described;
+    std::optional<std::int32_t> width, height;
+    std::optional<Shared_List<VT_RGB32>> texels;
     if (const auto& image = material.texture) {
         if (image->format() != Buffer_Format::rgb32) {
             problem_ = problem_.empty() ? "a texture of other than 32-bit colours" : problem_;
-            return described;
+            return {};
         }
-        auto& [held, texels] = texels_[{image.get(), image->serial()}];
-        if (!held) {
-            held = image;
-            std::vector<VT_RGB32> colors(static_cast<std::size_t>(image->width()) * static_cast<std::size_t>(image->height()));
+        auto& [kept, colors] = texels_[{image.get(), image->serial()}];
+        if (!kept) {
+            kept = image;
+            std::vector<VT_RGB32> rows(static_cast<std::size_t>(image->width()) * static_cast<std::size_t>(image->height()));
             for (std::int32_t r = 0; r < image->height(); ++r) {
-                std::memcpy(colors.data() + std::int64_t{r} * image->width(), image->row(r),
+                std::memcpy(rows.data() + std::int64_t{r} * image->width(), image->row(r),
                             static_cast<std::size_t>(image->width()) * sizeof(VT_RGB32));
             }
-            texels = std::make_shared<const std::vector<VT_RGB32>>(std::move(colors));
+            colors = std::make_shared<const std::vector<VT_RGB32>>(std::move(rows));
         }
-        described.width = image->width();
-        described.height = image->height();
-        described.texels = texels;
+        width = image->width();
+        height = image->height();
+        texels = colors;
     }
-    described.color = unless(material.color, VT_RGB32{255, 255, 255, 255});
-    if (material.has_texture_matrix) {
-        described.matrix = material.texture_matrix;
-    }
-    return described;
-}
-
-Line Recorder::described_line(const VT_Rendition& rendition) const {
-    const VT_Line_Attributes& line = rendition.line;
-    Line described;
-    described.color = unless(line.color, VT_RGB32{});
-    described.index = index_unless_closest(line.index, line.color);
-    described.weight = unless(line.weight, 1);
-    described.style = unless(line.style, vorna::line_style::solid);
-    described.flags = unless(line.flags, 0U);
-    described.mode = unless(line.mode, rendition.face.mode);
-    described.line_types = described_types(line.line_types);
-    described.cap = unless(line.cap, vorna::line_cap::butt);
-    described.join = unless(line.join, vorna::line_join::round);
-    return described;
-}
-
-Marker Recorder::described_marker(const VT_Rendition& rendition) const {
-    const VT_Marker_Attributes& marker = rendition.marker;
-    Marker described;
-    described.color = unless(marker.color, VT_RGB32{});
-    described.index = index_unless_closest(marker.index, marker.color);
-    described.symbol = unless(marker.symbol, vorna::marker_symbol::dot);
-    described.size = unless(marker.size, 1);
-    described.mode = unless(marker.mode, rendition.face.mode);
-    return described;
+    return made_of<Texture>(width, height, texels, unless(material.color, VT_RGB32{255, 255, 255, 255}),
+                            material.has_texture_matrix ? std::optional(material.texture_matrix) : std::nullopt);
 }
 
 // Pixels of 32 bits have no use for indices.

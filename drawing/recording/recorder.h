@@ -52,10 +52,15 @@ private:
     void add(const Call_Kind& kind, const VT_Rendition* rendition, Arguments&& arguments);
     std::shared_ptr<const Rendition> noted(const VT_Rendition& rendition);
     Rendition described(const VT_Rendition& rendition);
-    Face described_face(const VT_Rendition& rendition);
+    template <Keyed Group, class Host> Group described_group(const Host& host, std::int32_t mode);
+    template <class Value> static std::optional<Value> described_attribute(const Value& value, const Value& usual);
+    static std::optional<std::optional<Line_Type_Set>> described_attribute(const VT_Reference<const VT_Line_Type_Set>& set,
+                                                                           const VT_Reference<const VT_Line_Type_Set>& usual);
+    static std::optional<Bitmap> described_attribute(const VT_Reference<const VT_Pattern_Bitmap>& bitmap,
+                                                     const VT_Reference<const VT_Pattern_Bitmap>& usual);
+    std::optional<Texture> described_attribute(const VT_Reference<const VT_Basic_Material>& material,
+                                               const VT_Reference<const VT_Basic_Material>& usual);
     Texture described_texture(const VT_Basic_Material& material);
-    Line described_line(const VT_Rendition& rendition) const;
-    Marker described_marker(const VT_Rendition& rendition) const;
     std::optional<std::uint8_t> index_unless_closest(std::uint8_t index, VT_RGB32 color) const;
     Configuration changed_configuration();
     void set_zbuffer_write(bool value);
@@ -64,7 +69,7 @@ private:
     static std::int32_t note_presentation(void* recorder, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
                                           const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y);
 
-    // What was made of an object of the host. The object is held, so that no other one gets its address.
+    // Lists made from objects of the host. A reference to the object keeps its address from being used again.
     template <class Object, class Element>
     using Lists = std::map<std::pair<const Object*, std::uint32_t>, std::pair<VT_Reference<const Object>, Shared_List<Element>>>;
 
@@ -90,7 +95,7 @@ private:
     std::shared_ptr<const Rendition> last_;
     Lists<VT_Contour_Set, std::vector<VT_Point>> contours_;
     Lists<VT_Shared_Image, VT_RGB32> texels_;
-    std::vector<VT_Reference<const VT_Counted>> held_; // whose addresses stand in the bytes of renditions
+    std::vector<VT_Reference<const VT_Counted>> kept_; // whose addresses stand in the bytes of renditions
 };
 
 } // namespace vorna::drawing::recording

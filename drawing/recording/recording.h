@@ -14,8 +14,10 @@
 #include <variant>
 #include <vector>
 
+#include "drawing/recording/keys.h"
 #include "host/actions.h"
 #include "host/line_type.h"
+#include "host/rendition.h"
 
 namespace vorna::drawing::recording {
 
@@ -28,20 +30,31 @@ struct Window {
     std::optional<std::int32_t> height;
     std::optional<VT_Int_Pair> origin;
     std::optional<bool> local_coordinates;
+
+    static constexpr auto keys =
+        std::tuple(given("width", &Window::width, form::Side()), given("height", &Window::height, form::Side()),
+                   given("origin", &Window::origin), given("local_coordinates", &Window::local_coordinates));
 };
 
 struct Cube {
     std::int32_t base = 0;
     VT_Int_RGB levels;
+
+    static constexpr auto keys =
+        std::tuple(required("base", &Cube::base, form::Byte()), required("levels", &Cube::levels, form::Cube_Levels()));
 };
 
 struct Palette {
     std::optional<std::vector<VT_RGB32>> colors; // none = those of the default palette
     // Not given: the default palette's own cube, or no cube when there are colours. Given as null: no cube.
     std::optional<std::optional<Cube>> cube;
+
+    static constexpr auto keys =
+        std::tuple(given("colors", &Palette::colors, form::Opaque_Colors()), given("cube", &Palette::cube));
 };
 
 using Option_Setting = std::variant<bool, std::int32_t, VT_Int_RGB>;
+using Option_Settings = std::vector<std::pair<std::string, Option_Setting>>;
 
 struct Configuration {
     Window window;
@@ -49,17 +62,23 @@ struct Configuration {
     std::optional<std::int32_t> buffer_depth;
     std::optional<bool> alpha_blending;
     std::optional<Palette> palette;
-    std::vector<std::pair<std::string, Option_Setting>> options;
+    Option_Settings options;
+
+    static constexpr auto keys =
+        std::tuple(given("window", &Configuration::window), given("color_system", &Configuration::color_system),
+                   given("buffer_depth", &Configuration::buffer_depth), given("alpha_blending", &Configuration::alpha_blending),
+                   given("palette", &Configuration::palette), given("options", &Configuration::options));
 };
 
-// The rendition, key by key. Every group lists its members for those who go through all of them.
+// The rendition, key by key.
 
 struct Bitmap {
     std::optional<std::int32_t> width;
     std::optional<std::int32_t> height;
     std::optional<Shared_List<std::string>> rows; // of 0 and 1, the lowest first
 
-    static constexpr auto keys = std::tuple(&Bitmap::width, &Bitmap::height, &Bitmap::rows);
+    static constexpr auto keys = std::tuple(given("width", &Bitmap::width, form::Side()),
+                                            given("height", &Bitmap::height, form::Side()), given("rows", &Bitmap::rows));
 };
 
 struct Texture {
@@ -70,7 +89,8 @@ struct Texture {
     std::optional<VT_Matrix> matrix;             // that texture parameters are multiplied by
 
     static constexpr auto keys =
-        std::tuple(&Texture::width, &Texture::height, &Texture::texels, &Texture::color, &Texture::matrix);
+        std::tuple(given("width", &Texture::width, form::Side()), given("height", &Texture::height, form::Side()),
+                   given("texels", &Texture::texels), given("color", &Texture::color), given("matrix", &Texture::matrix));
 };
 
 struct Face {
@@ -84,8 +104,16 @@ struct Face {
     std::optional<Bitmap> bitmap;
     std::optional<Texture> texture;
 
-    static constexpr auto keys = std::tuple(&Face::color, &Face::index, &Face::contrast_color, &Face::contrast_index,
-                                            &Face::pattern, &Face::flags, &Face::mode, &Face::bitmap, &Face::texture);
+    static constexpr auto keys = std::tuple(
+        attribute("color", &Face::color, &VT_Face_Attributes::color),
+        index_attribute("index", &Face::index, &VT_Face_Attributes::index, &VT_Face_Attributes::color),
+        attribute("contrast_color", &Face::contrast_color, &VT_Face_Attributes::contrast_color),
+        index_attribute("contrast_index", &Face::contrast_index, &VT_Face_Attributes::contrast_index,
+                        &VT_Face_Attributes::contrast_color),
+        attribute("pattern", &Face::pattern, &VT_Face_Attributes::pattern, form::Not_Negative()),
+        attribute("flags", &Face::flags, &VT_Face_Attributes::flags), attribute("mode", &Face::mode, &VT_Face_Attributes::mode),
+        attribute("bitmap", &Face::bitmap, &VT_Face_Attributes::bitmap),
+        attribute("texture", &Face::texture, &VT_Face_Attributes::material));
 };
 
 struct Line_Element {
@@ -101,6 +129,11 @@ struct Line_Type {
     double leading = 0;
     double trailing = 0;
     std::vector<Line_Element> elements;
+
+    static constexpr auto keys =
+        std::tuple(always("kind", &Line_Type::kind), always("width", &Line_Type::width), always("color", &Line_Type::color),
+                   always("mode", &Line_Type::mode), always("leading", &Line_Type::leading),
+                   always("trailing", &Line_Type::trailing), always("elements", &Line_Type::elements));
 };
 
 struct Line_Type_Set {
@@ -108,7 +141,8 @@ struct Line_Type_Set {
     std::optional<double> scale;
     std::optional<Shared_List<std::optional<Line_Type>>> types; // an empty entry is a segment drawn without a line type
 
-    static constexpr auto keys = std::tuple(&Line_Type_Set::per_segment, &Line_Type_Set::scale, &Line_Type_Set::types);
+    static constexpr auto keys = std::tuple(given("per_segment", &Line_Type_Set::per_segment),
+                                            given("scale", &Line_Type_Set::scale), given("types", &Line_Type_Set::types));
 };
 
 struct Line {
@@ -122,8 +156,14 @@ struct Line {
     std::optional<std::int32_t> cap;
     std::optional<std::int32_t> join;
 
-    static constexpr auto keys = std::tuple(&Line::color, &Line::index, &Line::weight, &Line::style, &Line::flags, &Line::mode,
-                                            &Line::line_types, &Line::cap, &Line::join);
+    static constexpr auto keys = std::tuple(
+        attribute("color", &Line::color, &VT_Line_Attributes::color),
+        index_attribute("index", &Line::index, &VT_Line_Attributes::index, &VT_Line_Attributes::color),
+        attribute("weight", &Line::weight, &VT_Line_Attributes::weight),
+        attribute("style", &Line::style, &VT_Line_Attributes::style),
+        attribute("flags", &Line::flags, &VT_Line_Attributes::flags), attribute("mode", &Line::mode, &VT_Line_Attributes::mode),
+        attribute("line_types", &Line::line_types, &VT_Line_Attributes::line_types),
+        attribute("cap", &Line::cap, &VT_Line_Attributes::cap), attribute("join", &Line::join, &VT_Line_Attributes::join));
 };
 
 struct Marker {
@@ -133,7 +173,12 @@ struct Marker {
     std::optional<std::int32_t> size;
     std::optional<std::int32_t> mode; // instead of the rendition's drawing mode
 
-    static constexpr auto keys = std::tuple(&Marker::color, &Marker::index, &Marker::symbol, &Marker::size, &Marker::mode);
+    static constexpr auto keys =
+        std::tuple(attribute("color", &Marker::color, &VT_Marker_Attributes::color),
+                   index_attribute("index", &Marker::index, &VT_Marker_Attributes::index, &VT_Marker_Attributes::color),
+                   attribute("symbol", &Marker::symbol, &VT_Marker_Attributes::symbol),
+                   attribute("size", &Marker::size, &VT_Marker_Attributes::size),
+                   attribute("mode", &Marker::mode, &VT_Marker_Attributes::mode));
 };
 
 struct Rendition {
@@ -148,8 +193,10 @@ struct Rendition {
     Marker marker;
 
     static constexpr auto keys =
-        std::tuple(&Rendition::hard_clip, &Rendition::depth_test, &Rendition::drawing_mode, &Rendition::flags,
-                   &Rendition::complex_clip, &Rendition::window_offset, &Rendition::face, &Rendition::line, &Rendition::marker);
+        std::tuple(given("hard_clip", &Rendition::hard_clip), given("depth_test", &Rendition::depth_test),
+                   given("drawing_mode", &Rendition::drawing_mode), given("flags", &Rendition::flags),
+                   given("complex_clip", &Rendition::complex_clip), given("window_offset", &Rendition::window_offset),
+                   given("face", &Rendition::face), given("line", &Rendition::line), given("marker", &Rendition::marker));
 };
 
 // The rendition with another one laid over it key by key.
@@ -157,35 +204,54 @@ Rendition overlaid(const Rendition& under, const Rendition& over);
 
 // Calls: their arguments, one kind of struct for each signature of a slot.
 
-template <class Point> struct Points { std::vector<Point> points; };
+template <class Point> struct Points {
+    std::vector<Point> points;
+
+    static constexpr auto keys = std::tuple(required("points", &Points::points));
+};
 
 template <class Point> struct Colorized {
     std::vector<Point> points;
     std::optional<std::vector<VT_RGB32>> colors = std::vector<VT_RGB32>(); // none: the rendition's own
     bool single = false;
+
+    static constexpr auto keys =
+        std::tuple(required("points", &Colorized::points), always("colors", &Colorized::colors, form::Nullable()),
+                   given("single", &Colorized::single));
 };
 
 template <class Point> struct Gouraud {
     std::vector<Point> points;
     std::vector<VT_RGB32> colors;
+
+    static constexpr auto keys = std::tuple(required("points", &Gouraud::points), always("colors", &Gouraud::colors));
 };
 
-template <class Point> struct Textured {
-    static constexpr std::int32_t parameter_width = 2;
+// Texture parameters of each point.
+inline constexpr std::int32_t parameter_width = 2;
 
+template <class Point> struct Textured {
     std::vector<Point> points;
     std::vector<VT_RGB32> colors;
     std::vector<VT_Parameter> parameters; // parameter_width of them a point
+
+    static constexpr auto keys = std::tuple(required("points", &Textured::points), always("colors", &Textured::colors),
+                                            always("parameters", &Textured::parameters));
 };
 
 template <class Point> struct Polygon {
     std::vector<Point> points;
     std::optional<VT_RGB32> color;
+
+    static constexpr auto keys =
+        std::tuple(required("points", &Polygon::points), given("color", &Polygon::color, form::Nullable()));
 };
 
 struct Dot {
     VT_DCI_Point point;
     std::optional<VT_RGB32> color;
+
+    static constexpr auto keys = std::tuple(required("point", &Dot::point), given("color", &Dot::color, form::Nullable()));
 };
 
 struct Ellipse {
@@ -195,6 +261,10 @@ struct Ellipse {
     double end = 2 * std::numbers::pi;
     double rotation = 0;
     std::optional<VT_RGB32> color;
+
+    static constexpr auto keys = std::tuple(
+        required("center", &Ellipse::center), required("radii", &Ellipse::radii), always("start", &Ellipse::start),
+        always("end", &Ellipse::end), always("rotation", &Ellipse::rotation), given("color", &Ellipse::color, form::Nullable()));
 };
 
 // Rows of equal length one after the other, the top row first.
@@ -203,10 +273,22 @@ template <class Pixel> struct Image_Rows {
     std::vector<Pixel> pixels;
 };
 
+// The columns and rows from one corner to the other; less than 1 of either means no pixels.
+struct Corner_Size {
+    std::int64_t columns, rows;
+};
+
+constexpr Corner_Size corner_size(const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right) {
+    return {std::int64_t{bottom_right.x} - top_left.x + 1, std::int64_t{top_left.y} - bottom_right.y + 1};
+}
+
 template <class Pixel> struct Corner_Image {
     VT_DCI_Point start; // top left
     VT_DCI_Point end;   // bottom right
     Image_Rows<Pixel> pixels;
+
+    static constexpr auto keys = std::tuple(required("start", &Corner_Image::start), required("end", &Corner_Image::end),
+                                            required("pixels", &Corner_Image::pixels, form::Sized()));
 };
 
 using Index8_Image = Corner_Image<std::uint8_t>;
@@ -217,11 +299,18 @@ struct Image {
     std::int32_t width = 0;
     std::int32_t height = 0;
     std::vector<std::uint8_t> bytes; // rows as they lie in memory, the lowest first
+
+    static constexpr auto keys =
+        std::tuple(required("format", &Image::format), required("width", &Image::width, form::Side()),
+                   required("height", &Image::height, form::Side()), required("pixels", &Image::bytes, form::Sized()));
 };
 
 struct Placed_Image {
     VT_DCI_Point start;
     std::optional<Image> image;
+
+    static constexpr auto keys =
+        std::tuple(required("start", &Placed_Image::start), always("image", &Placed_Image::image, form::Nullable()));
 };
 
 struct Window_Fill {
@@ -229,38 +318,60 @@ struct Window_Fill {
     std::optional<std::int32_t> fill;
     std::optional<VT_RGB32> color;
     std::optional<std::uint8_t> index;
+
+    static constexpr auto keys =
+        std::tuple(required("rectangle", &Window_Fill::rectangle), given("fill", &Window_Fill::fill, form::Not_Negative()),
+                   given("color", &Window_Fill::color), given("index", &Window_Fill::index));
 };
 
 struct Depth_Clear {
     VT_Int_Rectangle rectangle;
+
+    static constexpr auto keys = std::tuple(required("rectangle", &Depth_Clear::rectangle));
 };
 
 struct Depth_Write {
     VT_DCI_Point top_left;
     VT_DCI_Point bottom_right;
     std::optional<Image_Rows<std::uint16_t>> depths;
+
+    static constexpr auto keys =
+        std::tuple(required("top_left", &Depth_Write::top_left), required("bottom_right", &Depth_Write::bottom_right),
+                   always("depths", &Depth_Write::depths, form::Sized()));
 };
 
 struct Image_Read {
     VT_DCI_Point top_left;
     VT_DCI_Point bottom_right;
     Buffer_Format format = Buffer_Format::whatever_is_there;
+
+    static constexpr auto keys =
+        std::tuple(required("top_left", &Image_Read::top_left), required("bottom_right", &Image_Read::bottom_right),
+                   required("format", &Image_Read::format));
 };
 
 struct ZBuffer_Write {
     bool value = true;
+
+    static constexpr auto keys = std::tuple(required("value", &ZBuffer_Write::value));
 };
 
 struct ZBuffer_Test {
     std::int32_t value = 0;
+
+    static constexpr auto keys = std::tuple(required("value", &ZBuffer_Test::value));
 };
 
 struct Establish {
     Configuration configuration;
+
+    static constexpr auto keys = std::tuple(given("", &Establish::configuration, form::Inlined()));
 };
 
 struct Present {
     VT_Int_Rectangle rectangle;
+
+    static constexpr auto keys = std::tuple(required("rectangle", &Present::rectangle));
 };
 
 // What a slot's signature takes besides renderer and rendition.

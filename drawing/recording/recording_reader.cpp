@@ -27,7 +27,7 @@ struct Shared_Values {
 
 namespace {
 
-// Arrays that stand for one thing; whatever is wrong inside is told of the whole.
+// Arrays that stand for one value; errors name the whole array.
 
 template <class Number, std::size_t Size> auto numbers(const char* what) {
     return [what](const Reader& reader) {
@@ -174,13 +174,6 @@ VT_Int_Rectangle rectangle(const Reader& reader) {
     return {left, right, bottom, top};
 }
 
-constexpr auto any_int = [](const Reader& reader) { return whole<std::int32_t>()(reader); };
-constexpr auto not_negative = [](const Reader& reader) { return whole<std::int32_t>(0)(reader); };
-constexpr auto flag_word = [](const Reader& reader) { return whole<std::uint32_t>()(reader); };
-constexpr auto byte = [](const Reader& reader) { return whole<std::uint8_t>()(reader); };
-constexpr auto side = [](const Reader& reader) { return whole<std::int32_t>(1, largest_side)(reader); };
-constexpr auto color_or_null = [](const Reader& reader) { return or_null(color)(reader); };
-
 // Rows of pixels: a list of numbers, or a string of hexadecimal digits with the high digit first.
 template <class Number> std::vector<Number> row_of_numbers(const Reader& reader) {
     if (!reader.value().is_string()) {
@@ -194,9 +187,6 @@ template <class Number> std::vector<Number> row_of_numbers(const Reader& reader)
     }
     return row;
 }
-
-constexpr auto row_of_bytes = row_of_numbers<std::uint8_t>;
-constexpr auto row_of_depths = row_of_numbers<std::uint16_t>;
 
 // A value of its own, or the number of one that the document shares.
 template <class Value, class Form>
@@ -214,33 +204,12 @@ auto own_or_shared(const std::vector<Value> Shared_Values::*list, const char* na
     };
 }
 
-// Configuration.
-
-Window window(const Reader& reader) {
-    Window window;
-    reader.object(key("width", window.width, side), key("height", window.height, side), key("origin", window.origin, pair),
-                  key("local_coordinates", window.local_coordinates, boolean));
-    return window;
-}
-
 VT_Int_RGB cube_levels(const Reader& reader) {
     const VT_Int_RGB levels = whole_color(reader);
     if (levels.red < 1 || levels.green < 1 || levels.blue < 1) {
         reader.expected("[r, g, b], each 1 to 255");
     }
     return levels;
-}
-
-Cube cube(const Reader& reader) {
-    Cube cube;
-    reader.object(required("base", cube.base, byte), required("levels", cube.levels, cube_levels));
-    return cube;
-}
-
-Palette palette(const Reader& reader) {
-    Palette palette;
-    reader.object(key("colors", palette.colors, list_of(opaque_color, 1, 256)), key("cube", palette.cube, or_null(cube)));
-    return palette;
 }
 
 Option_Setting option_setting(const Reader& reader) {
@@ -258,26 +227,16 @@ Option_Setting option_setting(const Reader& reader) {
     return *number;
 }
 
-std::vector<std::pair<std::string, Option_Setting>> option_settings(const Reader& reader) {
+Option_Settings option_settings(const Reader& reader) {
     if (!reader.value().is_object()) {
         reader.expected("an object");
     }
-    std::vector<std::pair<std::string, Option_Setting>> settings;
+    Option_Settings settings;
     for (const auto& [name, value] : reader.value().items()) {
         settings.emplace_back(name, option_setting(reader.member(name, value)));
     }
     return settings;
 }
-
-// The keys of a configuration among others.
-template <class... Keys> void read_configuration(const Reader& reader, Configuration& configuration, const Keys&... others) {
-    reader.object(key("window", configuration.window, window), key("color_system", configuration.color_system, any_int),
-                  key("buffer_depth", configuration.buffer_depth, any_int),
-                  key("alpha_blending", configuration.alpha_blending, boolean), key("palette", configuration.palette, palette),
-                  key("options", configuration.options, option_settings), others...);
-}
-
-// Rendition.
 
 std::string bitmap_row(const Reader& reader) {
     const json& value = reader.value();
@@ -287,39 +246,11 @@ std::string bitmap_row(const Reader& reader) {
     return value.get<std::string>();
 }
 
-Bitmap bitmap(const Reader& reader) {
-    Bitmap bitmap;
-    reader.object(key("width", bitmap.width, side), key("height", bitmap.height, side),
-                  key("rows", bitmap.rows, shared_list_of(bitmap_row)));
-    return bitmap;
-}
-
-Shared_List<VT_RGB32> texels(const Reader& reader) {
-    return std::make_shared<const std::vector<VT_RGB32>>(colors(reader));
-}
-
 VT_Matrix matrix(const Reader& reader) {
     const auto elements = numbers<double, 16>("[16 numbers], a matrix row after row")(reader);
     VT_Matrix matrix;
     std::copy(elements.begin(), elements.end(), &matrix.m[0][0]);
     return matrix;
-}
-
-Texture texture(const Reader& reader) {
-    Texture texture;
-    reader.object(key("width", texture.width, side), key("height", texture.height, side),
-                  key("texels", texture.texels, own_or_shared(&Shared_Values::texels, "texels", texels)),
-                  key("color", texture.color, color), key("matrix", texture.matrix, matrix));
-    return texture;
-}
-
-Face face(const Reader& reader) {
-    Face face;
-    reader.object(key("color", face.color, color), key("index", face.index, byte),
-                  key("contrast_color", face.contrast_color, color), key("contrast_index", face.contrast_index, byte),
-                  key("pattern", face.pattern, not_negative), key("flags", face.flags, flag_word),
-                  key("mode", face.mode, any_int), key("bitmap", face.bitmap, bitmap), key("texture", face.texture, texture));
-    return face;
 }
 
 Line_Element line_element(const Reader& reader) {
@@ -330,37 +261,6 @@ Line_Element line_element(const Reader& reader) {
         }
     }
     reader.expected("[length, kind], a number and a whole number");
-}
-
-Line_Type line_type(const Reader& reader) {
-    Line_Type type;
-    reader.object(key("kind", type.kind, any_int), key("width", type.width, number), key("color", type.color, color),
-                  key("mode", type.mode, any_int), key("leading", type.leading, number), key("trailing", type.trailing, number),
-                  key("elements", type.elements, list_of(line_element)));
-    return type;
-}
-
-Line_Type_Set line_type_set(const Reader& reader) {
-    Line_Type_Set set;
-    reader.object(key("per_segment", set.per_segment, boolean), key("scale", set.scale, number),
-                  key("types", set.types, shared_list_of(or_null(line_type))));
-    return set;
-}
-
-Line line(const Reader& reader) {
-    Line line;
-    reader.object(key("color", line.color, color), key("index", line.index, byte), key("weight", line.weight, any_int),
-                  key("style", line.style, any_int), key("flags", line.flags, flag_word), key("mode", line.mode, any_int),
-                  key("line_types", line.line_types, or_null(line_type_set)), key("cap", line.cap, any_int),
-                  key("join", line.join, any_int));
-    return line;
-}
-
-Marker marker(const Reader& reader) {
-    Marker marker;
-    reader.object(key("color", marker.color, color), key("index", marker.index, byte), key("symbol", marker.symbol, any_int),
-                  key("size", marker.size, any_int), key("mode", marker.mode, any_int));
-    return marker;
 }
 
 VT_Point contour_point(const Reader& reader) {
@@ -380,24 +280,249 @@ std::vector<VT_Point> contour(const Reader& reader) {
     return contour;
 }
 
-constexpr auto complex_clip = [](const Reader& reader) { return shared_list_of(contour)(reader); };
+// Pairs of texture parameters, or the parameters in a row.
+std::vector<VT_Parameter> parameters(const Reader& reader) {
+    if (is_flat(reader)) {
+        return flat_numbers<VT_Parameter>(reader, parameter_width);
+    }
+    std::vector<VT_Parameter> flat;
+    for (const auto& of_point : list_of(numbers<VT_Parameter, parameter_width>("[u, v] of numbers"))(reader)) {
+        flat.insert(flat.end(), of_point.begin(), of_point.end());
+    }
+    return flat;
+}
+
+// The value of each type and form.
+
+template <class Value> struct As {};
+
+template <Keyed Group> Group read_as(As<Group>, form::Plain, const Reader& reader);
+
+bool read_as(As<bool>, form::Plain, const Reader& reader) {
+    return boolean(reader);
+}
+
+template <std::integral Integer> Integer read_as(As<Integer>, form::Plain, const Reader& reader) {
+    return whole<Integer>()(reader);
+}
+
+std::int32_t read_as(As<std::int32_t>, form::Side, const Reader& reader) {
+    return whole<std::int32_t>(1, largest_side)(reader);
+}
+
+std::int32_t read_as(As<std::int32_t>, form::Not_Negative, const Reader& reader) {
+    return whole<std::int32_t>(0)(reader);
+}
+
+std::int32_t read_as(As<std::int32_t>, form::Byte, const Reader& reader) {
+    return whole<std::uint8_t>()(reader);
+}
+
+double read_as(As<double>, form::Plain, const Reader& reader) {
+    return number(reader);
+}
+
+Buffer_Format read_as(As<Buffer_Format>, form::Plain, const Reader& reader) {
+    return static_cast<Buffer_Format>(whole<std::int32_t>()(reader));
+}
+
+VT_RGB32 read_as(As<VT_RGB32>, form::Plain, const Reader& reader) {
+    return color(reader);
+}
+
+VT_Int_RGB read_as(As<VT_Int_RGB>, form::Cube_Levels, const Reader& reader) {
+    return cube_levels(reader);
+}
+
+VT_Int_Pair read_as(As<VT_Int_Pair>, form::Plain, const Reader& reader) {
+    return pair(reader);
+}
+
+VT_Int_Rectangle read_as(As<VT_Int_Rectangle>, form::Plain, const Reader& reader) {
+    return rectangle(reader);
+}
+
+VT_DCI_Point read_as(As<VT_DCI_Point>, form::Plain, const Reader& reader) {
+    return point<VT_DCI_Point>(reader);
+}
+
+VT_Matrix read_as(As<VT_Matrix>, form::Plain, const Reader& reader) {
+    return matrix(reader);
+}
+
+template <class Point> std::vector<Point> read_as(As<std::vector<Point>>, form::Plain, const Reader& reader) {
+    return points<Point>(reader);
+}
+
+std::vector<VT_RGB32> read_as(As<std::vector<VT_RGB32>>, form::Plain, const Reader& reader) {
+    return colors(reader);
+}
+
+std::vector<VT_RGB32> read_as(As<std::vector<VT_RGB32>>, form::Opaque_Colors, const Reader& reader) {
+    return list_of(opaque_color, 1, 256)(reader);
+}
+
+std::vector<VT_Parameter> read_as(As<std::vector<VT_Parameter>>, form::Plain, const Reader& reader) {
+    return parameters(reader);
+}
+
+std::vector<Line_Element> read_as(As<std::vector<Line_Element>>, form::Plain, const Reader& reader) {
+    return list_of(line_element)(reader);
+}
+
+Option_Settings read_as(As<Option_Settings>, form::Plain, const Reader& reader) {
+    return option_settings(reader);
+}
+
+Shared_List<std::string> read_as(As<Shared_List<std::string>>, form::Plain, const Reader& reader) {
+    return shared_list_of(bitmap_row)(reader);
+}
+
+Shared_List<VT_RGB32> texels(const Reader& reader) {
+    return std::make_shared<const std::vector<VT_RGB32>>(colors(reader));
+}
+
+Shared_List<VT_RGB32> read_as(As<Shared_List<VT_RGB32>>, form::Plain, const Reader& reader) {
+    return own_or_shared(&Shared_Values::texels, "texels", texels)(reader);
+}
+
+Shared_List<std::vector<VT_Point>> complex_clip(const Reader& reader) {
+    return shared_list_of(contour)(reader);
+}
+
+Shared_List<std::vector<VT_Point>> read_as(As<Shared_List<std::vector<VT_Point>>>, form::Plain, const Reader& reader) {
+    return own_or_shared(&Shared_Values::complex_clips, "complex_clips", complex_clip)(reader);
+}
+
+Shared_List<std::optional<Line_Type>> read_as(As<Shared_List<std::optional<Line_Type>>>, form::Plain, const Reader& reader) {
+    return shared_list_of(or_null([](const Reader& type) { return read_as(As<Line_Type>(), form::Plain(), type); }))(reader);
+}
+
+template <class Value, class Form> std::optional<Value> read_as(As<std::optional<Value>>, Form form, const Reader& reader) {
+    return read_as(As<Value>(), form, reader);
+}
+
+template <class Value> std::optional<Value> read_as(As<std::optional<Value>>, form::Nullable, const Reader& reader) {
+    return or_null([](const Reader& value) { return read_as(As<Value>(), form::Plain(), value); })(reader);
+}
+
+template <class Value>
+std::optional<std::optional<Value>> read_as(As<std::optional<std::optional<Value>>>, form::Plain, const Reader& reader) {
+    return read_as(As<std::optional<Value>>(), form::Nullable(), reader);
+}
+
+// Members whose form is Sized: rows that are cut to the size that the other members tell. reader: of the list of rows.
+
+template <class Pixel> std::vector<Pixel> read_row(As<Pixel>, const Reader& reader) {
+    return row_of_numbers<Pixel>(reader);
+}
+
+std::vector<VT_RGB32> read_row(As<VT_RGB32>, const Reader& reader) {
+    return colors(reader);
+}
+
+template <class Pixel> Image_Rows<Pixel> read_rows(const Reader& reader, const Corner_Size& size) {
+    const auto given = list_of([](const Reader& row) { return read_row(As<Pixel>(), row); })(reader);
+    if (size.columns < 1 || size.rows < 1) {
+        return {};
+    }
+    if (static_cast<std::int64_t>(given.size()) < size.rows) {
+        reader.expected(std::to_string(size.rows) + " rows, not " + std::to_string(given.size()));
+    }
+    Image_Rows<Pixel> cut;
+    for (std::int64_t r = 0; r < size.rows; ++r) {
+        const auto& row = given[static_cast<std::size_t>(r)];
+        if (static_cast<std::int64_t>(row.size()) < size.columns) {
+            const std::string found = std::to_string(row.size());
+            reader.element(static_cast<std::size_t>(r)).expected(std::to_string(size.columns) + " values, not " + found);
+        }
+        cut.pixels.insert(cut.pixels.end(), row.begin(), row.begin() + size.columns);
+    }
+    // No row of a document is longer than this.
+    cut.row_pixels = static_cast<std::int32_t>(size.columns);
+    return cut;
+}
+
+template <class Pixel> Image_Rows<Pixel> read_sized(const Reader&, const Reader& rows, const Corner_Image<Pixel>& image) {
+    return read_rows<Pixel>(rows, corner_size(image.start, image.end));
+}
+
+std::optional<Image_Rows<std::uint16_t>> read_sized(const Reader&, const Reader& rows, const Depth_Write& write) {
+    return or_null([&](const Reader& depths) {
+        return read_rows<std::uint16_t>(depths, corner_size(write.top_left, write.bottom_right));
+    })(rows);
+}
+
+std::vector<std::uint8_t> read_sized(const Reader& reader, const Reader& rows, const Image& image) {
+    const auto bytes_of = [&]<class Pixel>(As<Pixel>) {
+        const auto read = read_rows<Pixel>(rows, {image.width, image.height});
+        std::vector<std::uint8_t> bytes(read.pixels.size() * sizeof(Pixel));
+        std::memcpy(bytes.data(), read.pixels.data(), bytes.size());
+        return bytes;
+    };
+    switch (image.format) {
+    case Buffer_Format::index8:
+        return bytes_of(As<std::uint8_t>());
+    case Buffer_Format::depth16:
+        return bytes_of(As<std::uint16_t>());
+    case Buffer_Format::rgb32:
+    case Buffer_Format::presentation_rgb32:
+        return bytes_of(As<VT_RGB32>());
+    default:
+        reader.expected_in("format", "1, 2, 3 or 9");
+    }
+}
+
+// Groups of keys.
+
+template <class Field, class Form> constexpr bool has_form = std::is_same_v<std::remove_cvref_t<decltype(Field::form)>, Form>;
+
+// A key for each field, and those of inlined groups.
+template <Keyed Group> auto keys_into(Group& group) {
+    const auto keys_of = [&group]<class Field>(const Field& field) {
+        auto& member = group.*field.member;
+        if constexpr (has_form<Field, form::Inlined>) {
+            return keys_into(member);
+        } else if constexpr (has_form<Field, form::Sized>) {
+            return std::tuple(read_elsewhere(field.name, field.presence == Presence::required));
+        } else {
+            const auto read = [&member, form = field.form](const Reader& value) {
+                member = read_as(As<typename Field::Value>(), form, value);
+            };
+            return std::tuple(Key<decltype(read)>{field.name, field.presence == Presence::required, read});
+        }
+    };
+    return std::apply([&](const auto&... field) { return std::tuple_cat(keys_of(field)...); }, Group::keys);
+}
+
+// The keys of the group and others, which stand before and behind them.
+template <Keyed Group, class... Before, class... Behind>
+void read_group(const Reader& reader, std::tuple<Before...> before, Group& group, std::tuple<Behind...> behind = {}) {
+    std::apply([&](const auto&... key) { reader.object(key...); }, std::tuple_cat(before, keys_into(group), behind));
+    for_each_field<Group>([&]<class Field>(const Field& field) {
+        if constexpr (has_form<Field, form::Sized>) {
+            if (const auto value = reader.value().find(field.name); value != reader.value().end()) {
+                group.*field.member = read_sized(reader, reader.member(field.name, *value), group);
+            }
+        }
+    });
+}
+
+template <Keyed Group> Group read_as(As<Group>, form::Plain, const Reader& reader) {
+    Group group;
+    read_group(reader, std::tuple(), group);
+    return group;
+}
 
 Rendition rendition(const Reader& reader) {
-    Rendition rendition;
-    reader.object(key("hard_clip", rendition.hard_clip, rectangle), key("depth_test", rendition.depth_test, boolean),
-                  key("drawing_mode", rendition.drawing_mode, any_int), key("flags", rendition.flags, flag_word),
-                  key("complex_clip", rendition.complex_clip,
-                      or_null(own_or_shared(&Shared_Values::complex_clips, "complex_clips", complex_clip))),
-                  key("window_offset", rendition.window_offset, pair), key("face", rendition.face, face),
-                  key("line", rendition.line, line), key("marker", rendition.marker, marker));
-    return rendition;
+    return read_as(As<Rendition>(), form::Plain(), reader);
 }
 
 std::shared_ptr<const Rendition> own_rendition(const Reader& reader) {
     return std::make_shared<const Rendition>(rendition(reader));
 }
 
-// What can only be told of a rendition that nothing will be laid over any more. The reader is that of the last one laid.
+// Checks a rendition that nothing is laid over any more. reader: of the topmost one.
 void check_complete(const Reader& reader, const Rendition& rendition) {
     if (const auto& bitmap = rendition.face.bitmap) {
         const auto has_width = [&bitmap](const std::string& row) {
@@ -419,16 +544,7 @@ void check_complete(const Reader& reader, const Rendition& rendition) {
     }
 }
 
-// Calls.
-
-template <class... Keys> void read_call(const Reader& reader, Call& call, const Keys&... keys) {
-    reader.object(read_elsewhere("call"),
-                  key("rendition", call.rendition, own_or_shared(&Shared_Values::renditions, "renditions", own_rendition)),
-                  key("standard", call.standard, boolean), keys...);
-    if (call.standard && !is_slot(*call.kind)) {
-        reader.expected_in("standard", "nothing: this call goes to no slot");
-    }
-}
+// Calls. What a call needs besides its keys: an overload for each kind of arguments that needs something.
 
 void require_count(const Reader& reader, const char* key, std::size_t given, std::size_t needed, const char* what) {
     if (given < needed) {
@@ -436,197 +552,51 @@ void require_count(const Reader& reader, const char* key, std::size_t given, std
     }
 }
 
-template <class Point> auto points_key(std::vector<Point>& points) {
-    return required("points", points, recording::points<Point>);
+template <class Type> void check_arguments(const Reader&, const Call&, const Type&) {
 }
 
 // Renderers take colorized markers without colours, and lines that have no device coordinates with a depth.
-auto colors_or_none(const Call& call) {
+template <class Point> void check_arguments(const Reader& reader, const Call& call, const Colorized<Point>& arguments) {
     const std::string_view name = call.kind->name;
-    const bool needed = name.ends_with("triangle") || (name.ends_with("polyline") && name.starts_with("draw_dc"));
-    return [needed](const Reader& reader) { return needed ? std::optional(colors(reader)) : or_null(colors)(reader); };
-}
-
-template <class Point> void read_arguments(const Reader& reader, Call& call, Points<Point>& arguments) {
-    read_call(reader, call, points_key(arguments.points));
-}
-
-template <class Point> void read_arguments(const Reader& reader, Call& call, Colorized<Point>& arguments) {
-    read_call(reader, call, points_key(arguments.points), key("colors", arguments.colors, colors_or_none(call)),
-              key("single", arguments.single, boolean));
-    const char* what = arguments.single                            ? "call with 'single'"
-                       : call.kind->name.ends_with("polytriangle") ? "triangle"
-                       : call.kind->name.ends_with("polyline")     ? "segment"
-                                                                   : "marker";
-    if (arguments.colors) {
-        require_count(reader, "colors", arguments.colors->size(),
-                      colors_of(*call.kind, arguments.points.size(), arguments.single), what);
+    const bool needs_colors = name.ends_with("triangle") || (name.ends_with("polyline") && name.starts_with("draw_dc"));
+    if (!arguments.colors) {
+        if (needs_colors) {
+            reader.expected_in("colors", "a list");
+        }
+        return;
     }
+    const char* what = arguments.single                 ? "call with 'single'"
+                       : name.ends_with("polytriangle") ? "triangle"
+                       : name.ends_with("polyline")     ? "segment"
+                                                        : "marker";
+    require_count(reader, "colors", arguments.colors->size(), colors_of(*call.kind, arguments.points.size(), arguments.single),
+                  what);
 }
 
-template <class Point> void read_arguments(const Reader& reader, Call& call, Gouraud<Point>& arguments) {
-    read_call(reader, call, points_key(arguments.points), key("colors", arguments.colors, colors));
+template <class Point> void check_arguments(const Reader& reader, const Call&, const Gouraud<Point>& arguments) {
     require_count(reader, "colors", arguments.colors.size(), arguments.points.size(), "point");
 }
 
-template <class Point> void read_arguments(const Reader& reader, Call& call, Textured<Point>& arguments) {
-    constexpr std::size_t width = Textured<Point>::parameter_width;
-    const auto parameters = [](const Reader& list) {
-        if (is_flat(list)) {
-            return flat_numbers<VT_Parameter>(list, width);
-        }
-        std::vector<VT_Parameter> flat;
-        for (const auto& of_point : list_of(numbers<VT_Parameter, width>("[u, v] of numbers"))(list)) {
-            flat.insert(flat.end(), of_point.begin(), of_point.end());
-        }
-        return flat;
-    };
-    read_call(reader, call, points_key(arguments.points), key("colors", arguments.colors, colors),
-              key("parameters", arguments.parameters, parameters));
+template <class Point> void check_arguments(const Reader& reader, const Call&, const Textured<Point>& arguments) {
     require_count(reader, "colors", arguments.colors.size(), arguments.points.size(), "point");
-    require_count(reader, "parameters", arguments.parameters.size() / width, arguments.points.size(), "point");
-}
-
-template <class Point> void read_arguments(const Reader& reader, Call& call, Polygon<Point>& arguments) {
-    read_call(reader, call, points_key(arguments.points), key("color", arguments.color, color_or_null));
-}
-
-void read_arguments(const Reader& reader, Call& call, Dot& arguments) {
-    read_call(reader, call, required("point", arguments.point, dci_point), key("color", arguments.color, color_or_null));
-}
-
-void read_arguments(const Reader& reader, Call& call, Ellipse& arguments) {
-    read_call(reader, call, required("center", arguments.center, dci_point), required("radii", arguments.radii, dci_point),
-              key("start", arguments.start, number), key("end", arguments.end, number),
-              key("rotation", arguments.rotation, number), key("color", arguments.color, color_or_null));
-}
-
-// The first `columns` pixels of the first `rows` rows, which must be there.
-template <class Pixel>
-Image_Rows<Pixel> cut_rows(const Reader& reader, const char* key, const std::vector<std::vector<Pixel>>& given,
-                           std::int64_t columns, std::int64_t rows) {
-    if (columns < 1 || rows < 1) {
-        return {};
-    }
-    if (static_cast<std::int64_t>(given.size()) < rows) {
-        reader.expected_in(key, std::to_string(rows) + " rows, not " + std::to_string(given.size()));
-    }
-    Image_Rows<Pixel> cut;
-    for (std::int64_t r = 0; r < rows; ++r) {
-        const std::vector<Pixel>& row = given[static_cast<std::size_t>(r)];
-        if (static_cast<std::int64_t>(row.size()) < columns) {
-            reader.expected_in(std::string(key) + '[' + std::to_string(r) + ']',
-                               std::to_string(columns) + " values, not " + std::to_string(row.size()));
-        }
-        cut.pixels.insert(cut.pixels.end(), row.begin(), row.begin() + columns);
-    }
-    // No row of a document is longer than this.
-    cut.row_pixels = static_cast<std::int32_t>(columns);
-    return cut;
-}
-
-template <class Pixel>
-Image_Rows<Pixel> cut_to_corners(const Reader& reader, const char* key, const std::vector<std::vector<Pixel>>& given,
-                                 const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right) {
-    return cut_rows(reader, key, given, std::int64_t{bottom_right.x} - top_left.x + 1,
-                    std::int64_t{top_left.y} - bottom_right.y + 1);
-}
-
-template <class Pixel, class Form>
-void read_corner_image(const Reader& reader, Call& call, Corner_Image<Pixel>& arguments, Form row) {
-    std::vector<std::vector<Pixel>> rows;
-    read_call(reader, call, required("start", arguments.start, dci_point), required("end", arguments.end, dci_point),
-              required("pixels", rows, list_of(row)));
-    arguments.pixels = cut_to_corners(reader, "pixels", rows, arguments.start, arguments.end);
-}
-
-void read_arguments(const Reader& reader, Call& call, Index8_Image& arguments) {
-    read_corner_image(reader, call, arguments, row_of_bytes);
-}
-
-void read_arguments(const Reader& reader, Call& call, RGB32_Image& arguments) {
-    read_corner_image(reader, call, arguments, colors);
-}
-
-template <class Form> std::vector<std::uint8_t> image_bytes(const Reader& image, const Image& header, Form row) {
-    const Reader pixels = image.member("pixels", image.value()["pixels"]);
-    const auto rows = cut_rows(image, "pixels", list_of(row)(pixels), header.width, header.height);
-    std::vector<std::uint8_t> bytes(rows.pixels.size() * sizeof(rows.pixels[0]));
-    std::memcpy(bytes.data(), rows.pixels.data(), bytes.size());
-    return bytes;
-}
-
-Image image(const Reader& reader) {
-    Image image;
-    std::int32_t format = 0;
-    reader.object(required("format", format, any_int), required("width", image.width, side),
-                  required("height", image.height, side), read_elsewhere("pixels"));
-    image.format = static_cast<Buffer_Format>(format);
-    switch (image.format) {
-    case Buffer_Format::index8:
-        image.bytes = image_bytes(reader, image, row_of_bytes);
-        break;
-    case Buffer_Format::depth16:
-        image.bytes = image_bytes(reader, image, row_of_depths);
-        break;
-    case Buffer_Format::rgb32:
-    case Buffer_Format::presentation_rgb32:
-        image.bytes = image_bytes(reader, image, colors);
-        break;
-    default:
-        reader.expected_in("format", "1, 2, 3 or 9");
-    }
-    return image;
-}
-
-void read_arguments(const Reader& reader, Call& call, Placed_Image& arguments) {
-    read_call(reader, call, required("start", arguments.start, dci_point), key("image", arguments.image, or_null(image)));
-}
-
-void read_arguments(const Reader& reader, Call& call, Window_Fill& arguments) {
-    read_call(reader, call, required("rectangle", arguments.rectangle, rectangle), key("fill", arguments.fill, not_negative),
-              key("color", arguments.color, color), key("index", arguments.index, byte));
-}
-
-void read_arguments(const Reader& reader, Call& call, Depth_Clear& arguments) {
-    read_call(reader, call, required("rectangle", arguments.rectangle, rectangle));
-}
-
-void read_arguments(const Reader& reader, Call& call, Depth_Write& arguments) {
-    std::optional<std::vector<std::vector<std::uint16_t>>> rows;
-    read_call(reader, call, required("top_left", arguments.top_left, dci_point),
-              required("bottom_right", arguments.bottom_right, dci_point), key("depths", rows, or_null(list_of(row_of_depths))));
-    if (rows) {
-        arguments.depths = cut_to_corners(reader, "depths", *rows, arguments.top_left, arguments.bottom_right);
-    }
-}
-
-void read_arguments(const Reader& reader, Call& call, Image_Read& arguments) {
-    std::int32_t format = 0;
-    read_call(reader, call, required("top_left", arguments.top_left, dci_point),
-              required("bottom_right", arguments.bottom_right, dci_point), required("format", format, any_int));
-    arguments.format = static_cast<Buffer_Format>(format);
-}
-
-void read_arguments(const Reader& reader, Call& call, ZBuffer_Write& arguments) {
-    read_call(reader, call, required("value", arguments.value, boolean));
-}
-
-void read_arguments(const Reader& reader, Call& call, ZBuffer_Test& arguments) {
-    read_call(reader, call, required("value", arguments.value, any_int));
-}
-
-void read_arguments(const Reader& reader, Call&, Establish& arguments) {
-    read_configuration(reader, arguments.configuration, read_elsewhere("call"));
-}
-
-void read_arguments(const Reader& reader, Call& call, Present& arguments) {
-    read_call(reader, call, required("rectangle", arguments.rectangle, rectangle));
+    require_count(reader, "parameters", arguments.parameters.size() / parameter_width, arguments.points.size(), "point");
 }
 
 template <class Type> void read(const Reader& reader, Call& call) {
     Type arguments;
-    read_arguments(reader, call, arguments);
+    if constexpr (std::is_same_v<Type, Establish>) {
+        read_group(reader, std::tuple(read_elsewhere("call")), arguments);
+    } else {
+        const auto rendition = own_or_shared(&Shared_Values::renditions, "renditions", own_rendition);
+        read_group(reader,
+                   std::tuple(read_elsewhere("call"), key("rendition", call.rendition, rendition),
+                              key("standard", call.standard, boolean)),
+                   arguments);
+        if (call.standard && !is_slot(*call.kind)) {
+            reader.expected_in("standard", "nothing: this call goes to no slot");
+        }
+        check_arguments(reader, call, arguments);
+    }
     call.arguments = std::move(arguments);
 }
 
@@ -687,12 +657,13 @@ Recording read_recording(std::string_view text) {
         }
         return 1;
     };
-    read_configuration(reader, recording.configuration, required("picture", version, only_version),
-                       key("zbuffer_write", recording.zbuffer_write, boolean),
-                       key("zbuffer_test", recording.zbuffer_test, any_int), key("output", recording.output, rectangle),
-                       key("rendition", recording.rendition, rendition), read_elsewhere("texels", false),
-                       read_elsewhere("complex_clips", false), read_elsewhere("renditions", false),
-                       required("calls", recording.calls, list_of(call)));
+    auto& [configuration, zbuffer_write, zbuffer_test, output, own, calls] = recording;
+    read_group(reader, std::tuple(), configuration,
+               std::tuple(required_key("picture", version, only_version), key("zbuffer_write", zbuffer_write, boolean),
+                          key("zbuffer_test", zbuffer_test, whole<std::int32_t>()), key("output", output, rectangle),
+                          key("rendition", own, rendition), read_elsewhere("texels", false),
+                          read_elsewhere("complex_clips", false), read_elsewhere("renditions", false),
+                          required_key("calls", calls, list_of(call))));
 
     if (document.contains("rendition")) {
         check_complete(reader.member("rendition", document["rendition"]), recording.rendition);
@@ -701,12 +672,12 @@ Recording read_recording(std::string_view text) {
         const Reader renditions = reader.member("renditions", document["renditions"]);
         check_complete(renditions.element(i), overlaid(recording.rendition, *shared.renditions[i]));
     }
-    const Reader calls = reader.member("calls", document["calls"]);
+    const Reader call_list = reader.member("calls", document["calls"]);
     for (std::size_t i = 0; i < recording.calls.size(); ++i) {
         const json& call = document["calls"][i];
         if (recording.calls[i].rendition && call["rendition"].is_object()) {
-            const Reader own = calls.element(i);
-            check_complete(own.member("rendition", call["rendition"]),
+            const Reader reader_of_call = call_list.element(i);
+            check_complete(reader_of_call.member("rendition", call["rendition"]),
                            overlaid(recording.rendition, *recording.calls[i].rendition));
         }
     }

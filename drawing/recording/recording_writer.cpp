@@ -56,10 +56,6 @@ private:
             writer_.put(value);
             return *this;
         }
-        // Nothing when there is no value.
-        template <class Value> Object& given(std::string_view name, const std::optional<Value>& value) {
-            return value ? key(name, *value) : *this;
-        }
 
     private:
         Writer& writer_;
@@ -106,9 +102,11 @@ private:
         }
         text_ += ']';
     }
-    template <class Value> void put_numbers(std::initializer_list<Value> values) {
-        put_list(values, [this](const Value& value) { this->put(value); });
+    template <class List> void put_elements(const List& list, std::string_view separator = ", ") {
+        put_list(
+            list, [this](const auto& element) { this->put(element); }, separator);
     }
+    template <class Value> void put_numbers(std::initializer_list<Value> values) { put_elements(values); }
 
     void put_byte(std::uint8_t byte) {
         constexpr const char* digits = "0123456789abcdef";
@@ -149,97 +147,71 @@ private:
     void put(const VT_Int_Pair& pair) { put_numbers({pair.x, pair.y}); }
     void put(const VT_Int_Rectangle& area) { put_numbers({area.left, area.right, area.bottom, area.top}); }
     void put(const VT_DCI_Point& point) { put_numbers({point.x, point.y, point.z}); }
+    void put(const VT_Matrix& matrix) {
+        const double* elements = &matrix.m[0][0];
+        put_elements(std::vector(elements, elements + 16));
+    }
+    void put(Buffer_Format format) { put(static_cast<std::int32_t>(format)); }
+    void put(const std::vector<VT_Point>& points) { put_points(points); }
+    void put(const std::vector<VT_DCI_Point>& points) { put_points(points); }
+    void put(const std::vector<VT_Point_D>& points) { put_points(points); }
     template <class Point> void put_points(const std::vector<Point>& points);
-
-    void put(const Window& window);
-    void put(const Palette& palette);
-    void put(const Cube& cube) { Object(*this).key("base", cube.base).key("levels", cube.levels); }
-    void put_configuration(Object& object, const Configuration& configuration);
-
-    void put(const Rendition& rendition);
-    void put(const Face& face);
-    void put(const Bitmap& bitmap);
-    void put(const Texture& texture);
-    void put(const Line& line);
-    void put(const Line_Type_Set& set);
-    void put(const Line_Type& type);
+    void put(const std::vector<VT_Parameter>& parameters) { put_elements(parameters, ","); }
+    void put(const std::vector<Line_Element>& elements) { put_elements(elements); }
     void put(const Line_Element& element);
-    void put(const Marker& marker);
-    // A group without keys is left out.
-    template <class Group> void put_group(Object& object, std::string_view name, const Group& group) {
-        if (has_keys(group)) {
-            object.key(name, group);
-        }
+    void put(const Option_Settings& settings);
+    void put_opaque(const std::optional<std::vector<VT_RGB32>>& colors) {
+        put_list(*colors, [this](VT_RGB32 color) { put_numbers({color.red, color.green, color.blue}); });
     }
-    template <class Value> static bool has_keys(const std::optional<Value>& key) { return key.has_value(); }
-    template <class Group> static bool has_keys(const Group& group) {
-        return std::apply([&](const auto... key) { return (has_keys(group.*key) || ...); }, Group::keys);
-    }
+
+    template <class Element> void put(const Shared_List<Element>& list) { put_elements(*list); }
     // Lists that renditions share stand at the top level.
     void put(const Shared_List<VT_RGB32>& texels) { put(texels_.number_of(texels)); }
     void put(const Shared_List<std::vector<VT_Point>>& clip) { put(clips_.number_of(clip)); }
+    void put(const std::shared_ptr<const Rendition>& rendition) { put(renditions_.number_of(rendition)); }
 
-    void put(const Image& image);
+    // Rows of pixels, whose size other members tell.
+    template <class Group, class Rows> void put_sized(const Group&, const Rows& rows) { put(rows); }
+    void put_sized(const Image& image, const std::vector<std::uint8_t>& bytes);
+
+    template <Keyed Group> void put(const Group& group) {
+        Object object(*this);
+        put_keys(object, group);
+    }
+    template <Keyed Group> void put_keys(Object& object, const Group& group) {
+        for_each_field<Group>([&]<class Field>(const Field& field) {
+            using Form = std::remove_cvref_t<decltype(field.form)>;
+            const auto& value = group.*field.member;
+            if constexpr (std::is_same_v<Form, form::Inlined>) {
+                put_keys(object, value);
+            } else {
+                if constexpr (Field::presence == Presence::given) {
+                    if (!is_given(value)) {
+                        return;
+                    }
+                }
+                object.name(field.name);
+                if constexpr (std::is_same_v<Form, form::Sized>) {
+                    put_sized(group, value);
+                } else if constexpr (std::is_same_v<Form, form::Opaque_Colors>) {
+                    put_opaque(value);
+                } else {
+                    put(value);
+                }
+            }
+        });
+    }
+    // Whether the value differs from what a document means that leaves it out. Groups without keys are left out.
+    template <class Value> static bool is_given(const std::optional<Value>& value) { return value.has_value(); }
+    static bool is_given(bool value) { return value; }
+    static bool is_given(const Option_Settings& settings) { return !settings.empty(); }
+    template <Keyed Group> static bool is_given(const Group& group) {
+        bool any = false;
+        for_each_field<Group>([&](const auto& field) { any = any || is_given(group.*field.member); });
+        return any;
+    }
+
     void put(const Call& call);
-    template <class Point> void put_arguments(Object& object, const Points<Point>& arguments) {
-        object.name("points");
-        put_points(arguments.points);
-    }
-    template <class Point> void put_arguments(Object& object, const Colorized<Point>& arguments) {
-        object.name("points");
-        put_points(arguments.points);
-        object.key("colors", arguments.colors);
-        if (arguments.single) {
-            object.key("single", true);
-        }
-    }
-    template <class Point> void put_arguments(Object& object, const Gouraud<Point>& arguments) {
-        object.name("points");
-        put_points(arguments.points);
-        object.key("colors", arguments.colors);
-    }
-    template <class Point> void put_arguments(Object& object, const Textured<Point>& arguments) {
-        object.name("points");
-        put_points(arguments.points);
-        object.key("colors", arguments.colors).name("parameters");
-        put_list(
-            arguments.parameters, [this](float value) { put(value); }, ",");
-    }
-    template <class Point> void put_arguments(Object& object, const Polygon<Point>& arguments) {
-        object.name("points");
-        put_points(arguments.points);
-        object.given("color", arguments.color);
-    }
-    void put_arguments(Object& object, const Dot& arguments) {
-        object.key("point", arguments.point).given("color", arguments.color);
-    }
-    void put_arguments(Object& object, const Ellipse& arguments) {
-        object.key("center", arguments.center).key("radii", arguments.radii);
-        object.key("start", arguments.start).key("end", arguments.end).key("rotation", arguments.rotation);
-        object.given("color", arguments.color);
-    }
-    template <class Pixel> void put_arguments(Object& object, const Corner_Image<Pixel>& arguments) {
-        object.key("start", arguments.start).key("end", arguments.end).key("pixels", arguments.pixels);
-    }
-    void put_arguments(Object& object, const Placed_Image& arguments) {
-        object.key("start", arguments.start).key("image", arguments.image);
-    }
-    void put_arguments(Object& object, const Window_Fill& arguments) {
-        object.key("rectangle", arguments.rectangle).given("fill", arguments.fill);
-        object.given("color", arguments.color).given("index", arguments.index);
-    }
-    void put_arguments(Object& object, const Depth_Clear& arguments) { object.key("rectangle", arguments.rectangle); }
-    void put_arguments(Object& object, const Depth_Write& arguments) {
-        object.key("top_left", arguments.top_left).key("bottom_right", arguments.bottom_right).key("depths", arguments.depths);
-    }
-    void put_arguments(Object& object, const Image_Read& arguments) {
-        object.key("top_left", arguments.top_left).key("bottom_right", arguments.bottom_right);
-        object.key("format", static_cast<std::int32_t>(arguments.format));
-    }
-    void put_arguments(Object& object, const ZBuffer_Write& arguments) { object.key("value", arguments.value); }
-    void put_arguments(Object& object, const ZBuffer_Test& arguments) { object.key("value", arguments.value); }
-    void put_arguments(Object& object, const Establish& arguments) { put_configuration(object, arguments.configuration); }
-    void put_arguments(Object& object, const Present& arguments) { object.key("rectangle", arguments.rectangle); }
 
     // A list at the top level with an element on each line, when there are any.
     template <class List, class Put> std::string top_level_list(const char* name, const List& list, Put put_one) {
@@ -307,99 +279,11 @@ template <class Point> void Writer::put_points(const std::vector<Point>& points)
     text_ += ']';
 }
 
-// Configuration.
-
-void Writer::put(const Window& window) {
+void Writer::put(const Option_Settings& settings) {
     Object object(*this);
-    object.given("width", window.width).given("height", window.height).given("origin", window.origin);
-    object.given("local_coordinates", window.local_coordinates);
-}
-
-void Writer::put(const Palette& palette) {
-    Object object(*this);
-    if (palette.colors) {
-        object.name("colors");
-        put_list(*palette.colors, [this](VT_RGB32 color) { put_numbers({color.red, color.green, color.blue}); });
+    for (const auto& [name, setting] : settings) {
+        object.key(name, setting);
     }
-    object.given("cube", palette.cube);
-}
-
-void Writer::put_configuration(Object& object, const Configuration& configuration) {
-    const Window& window = configuration.window;
-    if (window.width || window.height || window.origin || window.local_coordinates) {
-        object.key("window", window);
-    }
-    object.given("color_system", configuration.color_system).given("buffer_depth", configuration.buffer_depth);
-    object.given("alpha_blending", configuration.alpha_blending).given("palette", configuration.palette);
-    if (!configuration.options.empty()) {
-        object.name("options");
-        Object options(*this);
-        for (const auto& [name, setting] : configuration.options) {
-            options.key(name, setting);
-        }
-    }
-}
-
-// Renditions.
-
-void Writer::put(const Rendition& rendition) {
-    Object object(*this);
-    object.given("hard_clip", rendition.hard_clip).given("depth_test", rendition.depth_test);
-    object.given("drawing_mode", rendition.drawing_mode).given("flags", rendition.flags);
-    object.given("complex_clip", rendition.complex_clip).given("window_offset", rendition.window_offset);
-    put_group(object, "face", rendition.face);
-    put_group(object, "line", rendition.line);
-    put_group(object, "marker", rendition.marker);
-}
-
-void Writer::put(const Face& face) {
-    Object object(*this);
-    object.given("color", face.color).given("index", face.index).given("contrast_color", face.contrast_color);
-    object.given("contrast_index", face.contrast_index).given("pattern", face.pattern).given("flags", face.flags);
-    object.given("mode", face.mode).given("bitmap", face.bitmap).given("texture", face.texture);
-}
-
-void Writer::put(const Bitmap& bitmap) {
-    Object object(*this);
-    object.given("width", bitmap.width).given("height", bitmap.height);
-    if (bitmap.rows) {
-        object.name("rows");
-        put_list(**bitmap.rows, [this](const std::string& row) { put(row); });
-    }
-}
-
-void Writer::put(const Texture& texture) {
-    Object object(*this);
-    object.given("width", texture.width).given("height", texture.height).given("texels", texture.texels);
-    object.given("color", texture.color);
-    if (texture.matrix) {
-        object.name("matrix");
-        const double* elements = &texture.matrix->m[0][0];
-        put_list(std::vector(elements, elements + 16), [this](double element) { put(element); });
-    }
-}
-
-void Writer::put(const Line& line) {
-    Object object(*this);
-    object.given("color", line.color).given("index", line.index).given("weight", line.weight).given("style", line.style);
-    object.given("flags", line.flags).given("mode", line.mode).given("line_types", line.line_types);
-    object.given("cap", line.cap).given("join", line.join);
-}
-
-void Writer::put(const Line_Type_Set& set) {
-    Object object(*this);
-    object.given("per_segment", set.per_segment).given("scale", set.scale);
-    if (set.types) {
-        object.name("types");
-        put_list(**set.types, [this](const auto& type) { put(type); });
-    }
-}
-
-void Writer::put(const Line_Type& type) {
-    Object object(*this);
-    object.key("kind", type.kind).key("width", type.width).key("color", type.color).key("mode", type.mode);
-    object.key("leading", type.leading).key("trailing", type.trailing).name("elements");
-    put_list(type.elements, [this](const Line_Element& element) { put(element); });
 }
 
 void Writer::put(const Line_Element& element) {
@@ -410,21 +294,10 @@ void Writer::put(const Line_Element& element) {
     text_ += ']';
 }
 
-void Writer::put(const Marker& marker) {
-    Object object(*this);
-    object.given("color", marker.color).given("index", marker.index).given("symbol", marker.symbol);
-    object.given("size", marker.size).given("mode", marker.mode);
-}
-
-// Calls.
-
-void Writer::put(const Image& image) {
-    Object object(*this);
-    object.key("format", static_cast<std::int32_t>(image.format)).key("width", image.width).key("height", image.height);
-    object.name("pixels");
+void Writer::put_sized(const Image& image, const std::vector<std::uint8_t>& bytes) {
     const auto put_as = [&]<class Pixel>(Pixel) {
-        std::vector<Pixel> pixels(image.bytes.size() / sizeof(Pixel));
-        std::memcpy(pixels.data(), image.bytes.data(), image.bytes.size());
+        std::vector<Pixel> pixels(bytes.size() / sizeof(Pixel));
+        std::memcpy(pixels.data(), bytes.data(), bytes.size());
         put_rows(pixels.data(), static_cast<std::size_t>(image.width), pixels.size());
     };
     switch (image.format) {
@@ -438,36 +311,42 @@ void Writer::put(const Image& image) {
 }
 
 void Writer::put(const Call& call) {
+    const auto& [kind, arguments, rendition, standard] = call;
     Object object(*this);
-    object.key("call", call.kind->name);
-    if (call.rendition) {
-        object.key("rendition", renditions_.number_of(call.rendition));
+    object.key("call", kind->name);
+    if (rendition) {
+        object.key("rendition", rendition);
     }
-    if (call.standard) {
+    if (standard) {
         object.key("standard", true);
     }
-    std::visit([&](const auto& arguments) { put_arguments(object, arguments); }, call.arguments);
+    std::visit([&](const auto& typed) { put_keys(object, typed); }, arguments);
 }
 
 // Calls are written first, because they say which renditions there are, then renditions, which say which lists there are.
 std::string Writer::text(const Recording& recording) {
-    const std::string calls = top_level_list("calls", recording.calls, [this](const Call& call) { put(call); });
+    const auto& [configuration, zbuffer_write, zbuffer_test, output, rendition, list] = recording;
+    const std::string calls = top_level_list("calls", list, [this](const Call& call) { put(call); });
     {
         Object object(*this);
         object.key("picture", 1);
-        put_configuration(object, recording.configuration);
-        if (!recording.zbuffer_write) {
-            object.key("zbuffer_write", false);
+        put_keys(object, configuration);
+        if (zbuffer_write != Recording().zbuffer_write) {
+            object.key("zbuffer_write", zbuffer_write);
         }
-        if (recording.zbuffer_test != Recording().zbuffer_test) {
-            object.key("zbuffer_test", recording.zbuffer_test);
+        if (zbuffer_test != Recording().zbuffer_test) {
+            object.key("zbuffer_test", zbuffer_test);
         }
-        object.given("output", recording.output);
-        put_group(object, "rendition", recording.rendition);
+        if (output) {
+            object.key("output", *output);
+        }
+        if (is_given(rendition)) {
+            object.key("rendition", rendition);
+        }
     }
     text_.pop_back(); // what follows belongs to the same object
     const std::string renditions =
-        top_level_list("renditions", renditions_.list(), [this](const Rendition* rendition) { put(*rendition); });
+        top_level_list("renditions", renditions_.list(), [this](const Rendition* shared) { put(*shared); });
     text_ += top_level_list("texels", texels_.list(), [this](const auto* texels) { put(*texels); });
     text_ += top_level_list("complex_clips", clips_.list(), [this](const auto* contours) {
         put_list(*contours, [this](const std::vector<VT_Point>& contour) {
@@ -475,8 +354,7 @@ std::string Writer::text(const Recording& recording) {
             for (const VT_Point& point : contour) {
                 numbers.insert(numbers.end(), {point.x, point.y});
             }
-            put_list(
-                numbers, [this](float number) { put(number); }, ",");
+            put_elements(numbers, ",");
         });
     });
     text_ += renditions + (calls.empty() ? ",\n\"calls\": []" : calls) + "}\n";

@@ -60,58 +60,27 @@ VT_Reference<const VT_Line_Type_Set> make_line_types(const Line_Type_Set& set) {
     return made;
 }
 
-void set_line(VT_Line_Attributes& attributes, const Line& line, const VT_Palette& palette) {
-    attributes.color = line.color.value_or(VT_RGB32{});
-    attributes.index = index_of(line.index, attributes.color, palette);
-    attributes.weight = line.weight.value_or(1);
-    attributes.style = line.style.value_or(0);
-    attributes.flags = line.flags.value_or(0);
-    attributes.mode = line.mode.value_or(attributes.mode);
-    attributes.cap = line.cap.value_or(vorna::line_cap::butt);
-    attributes.join = line.join.value_or(vorna::line_join::round);
-    if (line.line_types && *line.line_types) {
-        attributes.line_types = make_line_types(**line.line_types);
-    }
-}
-
-void set_marker(VT_Marker_Attributes& attributes, const Marker& marker, const VT_Palette& palette) {
-    attributes.color = marker.color.value_or(VT_RGB32{});
-    attributes.index = index_of(marker.index, attributes.color, palette);
-    attributes.symbol = marker.symbol.value_or(0);
-    attributes.size = marker.size.value_or(1);
-    attributes.mode = marker.mode.value_or(attributes.mode);
-}
-
 } // namespace
 
-VT_Reference<VT_Rendition> Rendition_Maker::make(const Rendition& rendition, const VT_Renderer_Options& options) {
-    VT_Reference<VT_Rendition> made(new VT_Rendition);
-    made->face.mode = made->line.mode = made->marker.mode = rendition.drawing_mode.value_or(0);
-    set_face(made->face, rendition.face, options.palette());
-    set_line(made->line, rendition.line, options.palette());
-    set_marker(made->marker, rendition.marker, options.palette());
-    made->drawing_flags = rendition.flags.value_or(0);
-    made->clip.hard_clip = rendition.hard_clip.value_or(window_rectangle(options));
-    made->clip.depth_test = rendition.depth_test.value_or(true);
-    made->clip.window_offset = rendition.window_offset.value_or(VT_Int_Pair{});
-    if (const auto& clip = rendition.complex_clip; clip && *clip) {
-        made->clip.complex_clip = once(contours_, **clip, 0, [&] { return new VT_Contour_Set(***clip); });
-    }
-    return made;
+template <class Value> void Rendition_Maker::set(Value& attribute, const std::optional<Value>& value) {
+    attribute = value.value_or(attribute);
 }
 
-void Rendition_Maker::set_face(VT_Face_Attributes& attributes, const Face& face, const VT_Palette& palette) {
-    attributes.color = face.color.value_or(VT_RGB32{});
-    attributes.index = index_of(face.index, attributes.color, palette);
-    attributes.contrast_color = face.contrast_color.value_or(VT_RGB32{});
-    attributes.contrast_index = index_of(face.contrast_index, attributes.contrast_color, palette);
-    attributes.pattern = face.pattern.value_or(vorna::face_pattern::solid);
-    attributes.flags = face.flags.value_or(0);
-    attributes.mode = face.mode.value_or(attributes.mode);
-    if (const auto& bitmap = face.bitmap) {
-        attributes.bitmap = once(bitmaps_, *bitmap->rows, *bitmap->width, [&] { return make_bitmap(*bitmap); });
+void Rendition_Maker::set(VT_Reference<const VT_Line_Type_Set>& attribute,
+                          const std::optional<std::optional<Line_Type_Set>>& set) {
+    if (set && *set) {
+        attribute = make_line_types(**set);
     }
-    if (const auto& texture = face.texture) {
+}
+
+void Rendition_Maker::set(VT_Reference<const VT_Pattern_Bitmap>& attribute, const std::optional<Bitmap>& bitmap) {
+    if (bitmap) {
+        attribute = once(bitmaps_, *bitmap->rows, *bitmap->width, [&] { return make_bitmap(*bitmap); });
+    }
+}
+
+void Rendition_Maker::set(VT_Reference<const VT_Basic_Material>& attribute, const std::optional<Texture>& texture) {
+    if (texture) {
         VT_Reference<VT_Basic_Material> material(new VT_Basic_Material);
         if (texture->texels) {
             material->texture = once(textures_, *texture->texels, *texture->width, [&] { return make_image(*texture); });
@@ -119,8 +88,38 @@ void Rendition_Maker::set_face(VT_Face_Attributes& attributes, const Face& face,
         material->color = texture->color.value_or(material->color);
         material->has_texture_matrix = texture->matrix.has_value();
         material->texture_matrix = texture->matrix.value_or(VT_Matrix{});
-        attributes.material = material;
+        attribute = material;
     }
+}
+
+// Attributes that the group does not give stay as they are.
+template <Keyed Group, class Host> void Rendition_Maker::set_group(Host& host, const Group& group, const VT_Palette& palette) {
+    for_each_field<Group>([&](const auto& field) {
+        auto& attribute = host.*field.host.value;
+        if constexpr (requires { field.host.color; }) {
+            attribute = index_of(group.*field.member, host.*field.host.color, palette);
+        } else {
+            set(attribute, group.*field.member);
+        }
+    });
+}
+
+VT_Reference<VT_Rendition> Rendition_Maker::make(const Rendition& rendition, const VT_Renderer_Options& options) {
+    const auto& [hard_clip, depth_test, drawing_mode, flags, complex_clip, window_offset, face, line, marker] = rendition;
+    VT_Reference<VT_Rendition> made(new VT_Rendition);
+    made->face.mode = made->line.mode = made->marker.mode = drawing_mode.value_or(0);
+    set_group(made->face, face, options.palette());
+    set_group(made->line, line, options.palette());
+    set_group(made->marker, marker, options.palette());
+    made->drawing_flags = flags.value_or(0);
+    made->clip.hard_clip = hard_clip.value_or(window_rectangle(options));
+    made->clip.depth_test = depth_test.value_or(true);
+    made->clip.window_offset = window_offset.value_or(VT_Int_Pair{});
+    if (complex_clip && *complex_clip) {
+        const auto& contours = **complex_clip;
+        made->clip.complex_clip = once(contours_, contours, 0, [&contours] { return new VT_Contour_Set(*contours); });
+    }
+    return made;
 }
 
 std::uint8_t index_of(const std::optional<std::uint8_t>& given, VT_RGB32 color, const VT_Palette& palette) {

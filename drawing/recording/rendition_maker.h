@@ -20,7 +20,11 @@ public:
 private:
     template <class Object> using Made = std::map<std::pair<const void*, std::int32_t>, VT_Reference<const Object>>;
 
-    void set_face(VT_Face_Attributes& attributes, const Face& face, const VT_Palette& palette);
+    template <Keyed Group, class Host> void set_group(Host& host, const Group& group, const VT_Palette& palette);
+    template <class Value> static void set(Value& attribute, const std::optional<Value>& value);
+    static void set(VT_Reference<const VT_Line_Type_Set>& attribute, const std::optional<std::optional<Line_Type_Set>>& set);
+    void set(VT_Reference<const VT_Pattern_Bitmap>& attribute, const std::optional<Bitmap>& bitmap);
+    void set(VT_Reference<const VT_Basic_Material>& attribute, const std::optional<Texture>& texture);
 
     Made<VT_Contour_Set> contours_;
     Made<VT_Pattern_Bitmap> bitmaps_;

@@ -85,59 +85,70 @@ public:
 
     // One overload for each kind of arguments; Draw is the drawing function of the slot.
 
-    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Points<Point>& a) {
-        check_points(a.points);
-        Draw(renderer_, rendition, count_of(a.points), a.points.data());
+    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Points<Point>& arguments) {
+        const auto& [points] = arguments;
+        check_points(points);
+        Draw(renderer_, rendition, count_of(points), points.data());
     }
-    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Colorized<Point>& a) {
-        check_points(a.points);
-        Draw(renderer_, rendition, count_of(a.points), a.points.data(), address_of(a.colors), a.single);
+    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Colorized<Point>& arguments) {
+        const auto& [points, colors, single] = arguments;
+        check_points(points);
+        Draw(renderer_, rendition, count_of(points), points.data(), address_of(colors), single);
     }
-    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Gouraud<Point>& a) {
-        check_points(a.points);
-        Draw(renderer_, rendition, count_of(a.points), a.points.data(), a.colors.data());
+    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Gouraud<Point>& arguments) {
+        const auto& [points, colors] = arguments;
+        check_points(points);
+        Draw(renderer_, rendition, count_of(points), points.data(), colors.data());
     }
-    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Textured<Point>& a) {
-        check_points(a.points);
-        Draw(renderer_, rendition, count_of(a.points), a.points.data(), a.colors.data(), a.parameters.data(),
-             std::int32_t{Textured<Point>::parameter_width}, nullptr, nullptr);
+    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Textured<Point>& arguments) {
+        const auto& [points, colors, parameters] = arguments;
+        check_points(points);
+        Draw(renderer_, rendition, count_of(points), points.data(), colors.data(), parameters.data(),
+             std::int32_t{parameter_width}, nullptr, nullptr);
     }
-    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Polygon<Point>& a) {
-        check_points(a.points);
-        Draw(renderer_, rendition, count_of(a.points), a.points.data(), address_of(a.color));
+    template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Polygon<Point>& arguments) {
+        const auto& [points, color] = arguments;
+        check_points(points);
+        Draw(renderer_, rendition, count_of(points), points.data(), address_of(color));
     }
-    template <auto Draw> void draw(const VT_Rendition& rendition, const Dot& a) {
-        check_point(a.point, [] { return "point"; });
-        Draw(renderer_, rendition, &a.point, address_of(a.color));
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Dot& arguments) {
+        const auto& [point, color] = arguments;
+        check_point(point, [] { return "point"; });
+        Draw(renderer_, rendition, &point, address_of(color));
     }
-    template <auto Draw> void draw(const VT_Rendition& rendition, const Ellipse& a) {
-        check_point(a.center, [] { return "center"; });
-        check_ellipse(rendition, a);
-        Draw(renderer_, rendition, &a.center, &a.radii, a.start, a.end, a.rotation, address_of(a.color));
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Ellipse& arguments) {
+        const auto& [center, radii, start, end, rotation, color] = arguments;
+        check_point(center, [] { return "center"; });
+        check_ellipse(rendition, arguments);
+        Draw(renderer_, rendition, &center, &radii, start, end, rotation, address_of(color));
     }
-    template <auto Draw> void draw(const VT_Rendition& rendition, const Index8_Image& a) {
-        check_corners(a.start, a.end, every_side_but_the_right, "start and end");
-        Draw(renderer_, rendition, &a.start, &a.end, a.pixels.row_pixels, a.pixels.pixels.data());
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Index8_Image& arguments) {
+        const auto& [start, end, pixels] = arguments;
+        check_corners(start, end, every_side_but_the_right, "start and end");
+        Draw(renderer_, rendition, &start, &end, pixels.row_pixels, pixels.pixels.data());
     }
-    template <auto Draw> void draw(const VT_Rendition& rendition, const RGB32_Image& a) {
-        check_corners(a.start, a.end, every_side_but_the_right, "start and end");
-        Draw(renderer_, rendition, &a.start, &a.end, a.pixels.row_pixels * 4, a.pixels.pixels.data(), 0, nullptr);
+    template <auto Draw> void draw(const VT_Rendition& rendition, const RGB32_Image& arguments) {
+        const auto& [start, end, pixels] = arguments;
+        check_corners(start, end, every_side_but_the_right, "start and end");
+        Draw(renderer_, rendition, &start, &end, pixels.row_pixels * 4, pixels.pixels.data(), 0, nullptr);
     }
-    template <auto Draw> void draw(const VT_Rendition& rendition, const Placed_Image& a) {
-        VT_Reference<VT_Shared_Image> image;
-        if (a.image) {
-            std::vector<std::uint8_t> bytes = a.image->bytes;
-            image = new VT_Shared_Image(a.image->width, a.image->height, a.image->format,
-                                        static_cast<std::int32_t>(bytes.size()) / a.image->height, bytes.data(), true, true);
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Placed_Image& arguments) {
+        const auto& [start, image] = arguments;
+        VT_Reference<VT_Shared_Image> drawn;
+        if (image) {
+            std::vector<std::uint8_t> bytes = image->bytes;
+            drawn = new VT_Shared_Image(image->width, image->height, image->format,
+                                        static_cast<std::int32_t>(bytes.size()) / image->height, bytes.data(), true, true);
         }
-        Draw(renderer_, rendition, &a.start, image.get());
+        Draw(renderer_, rendition, &start, drawn.get());
     }
-    template <auto Draw> void draw(const VT_Rendition& rendition, const Window_Fill& a) {
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Window_Fill& arguments) {
+        const auto& [rectangle, fill, color, index] = arguments;
         VT_Reference<VT_Rendition> own(new VT_Rendition(rendition));
-        own->window.rectangle = a.rectangle;
-        own->window.fill = a.fill.value_or(vorna::face_pattern::solid);
-        own->window.color = a.color.value_or(VT_RGB32{});
-        own->window.index = index_of(a.index, own->window.color, session_.palette());
+        own->window.rectangle = rectangle;
+        own->window.fill = fill.value_or(vorna::face_pattern::solid);
+        own->window.color = color.value_or(VT_RGB32{});
+        own->window.index = index_of(index, own->window.color, session_.palette());
         Draw(renderer_, *own);
     }
     template <auto Draw> void draw(const VT_Rendition& rendition, const Depth_Clear& a) {
@@ -148,16 +159,18 @@ public:
         own->window.rectangle = area;
         Draw(renderer_, *own);
     }
-    template <auto Draw> void draw(const VT_Rendition& rendition, const Depth_Write& a) {
-        check_corners(a.top_left, a.bottom_right, every_side_but_the_right, "top_left and bottom_right");
-        Draw(renderer_, rendition, &a.top_left, &a.bottom_right, a.depths ? a.depths->row_pixels * 2 : 0,
-             a.depths ? a.depths->pixels.data() : nullptr);
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Depth_Write& arguments) {
+        const auto& [top_left, bottom_right, depths] = arguments;
+        check_corners(top_left, bottom_right, every_side_but_the_right, "top_left and bottom_right");
+        Draw(renderer_, rendition, &top_left, &bottom_right, depths ? depths->row_pixels * 2 : 0,
+             depths ? depths->pixels.data() : nullptr);
     }
-    template <auto Draw> void draw(const VT_Rendition& rendition, const Image_Read& a) {
-        check_ordered(a.top_left.x <= a.bottom_right.x && a.bottom_right.y <= a.top_left.y, "top_left and bottom_right");
-        check_corners(a.top_left, a.bottom_right, every_side, "top_left and bottom_right");
+    template <auto Draw> void draw(const VT_Rendition& rendition, const Image_Read& arguments) {
+        const auto& [top_left, bottom_right, format] = arguments;
+        check_ordered(top_left.x <= bottom_right.x && bottom_right.y <= top_left.y, "top_left and bottom_right");
+        check_corners(top_left, bottom_right, every_side, "top_left and bottom_right");
         Report::Read& read = report_.reads.emplace_back(Report::Read{call_, nullptr});
-        Draw(renderer_, rendition, &a.top_left, &a.bottom_right, &a.format, read.image);
+        Draw(renderer_, rendition, &top_left, &bottom_right, &format, read.image);
     }
 
     void run(const ZBuffer_Write& a) { session_.canvas().set_depth_write(a.value); }

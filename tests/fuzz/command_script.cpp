@@ -17,7 +17,7 @@
 #include <unistd.h>
 
 #include "app/cli/command_line.h"
-#include "app/cli/usage.h"
+#include "app/cli/parser.h"
 #include "app/view/window.h"
 #include "tests/fuzz/fuzzing.h"
 
@@ -257,21 +257,17 @@ vorna::app::Ending run_command(std::vector<std::string> arguments, const std::fu
     }
     const Silence silence;
     vorna::app::Ending outcome{vorna::app::exit_status::done, {}};
-    const auto application = vorna::app::make_command_line(outcome.status);
+    const vorna::app::Program program = vorna::app::make_program();
+    vorna::app::Parser parser(program);
     try {
-        std::vector<std::string> prepared = vorna::app::prepared_arguments(*application, arguments);
-        std::ranges::reverse(prepared);
         if (before_parsing) {
             before_parsing();
         }
-        application->parse(std::move(prepared));
+        const vorna::app::Request request = parser.parse(arguments);
+        if (request.given.command) {
+            outcome.status = request.given.command->run(request.given);
+        }
         return outcome;
-    } catch (const CLI::Success& request) {
-        std::ostringstream out;
-        application->exit(request, out, out);
-        return outcome;
-    } catch (const CLI::ParseError& error) {
-        outcome = vorna::app::ending_of(vorna::drawing::Usage_Error(vorna::app::usage_message(*application, error)));
     } catch (const std::runtime_error& error) {
         outcome = vorna::app::ending_of(error);
     }

@@ -17,11 +17,7 @@ using namespace fuzzing;
 using vorna::app::check::Random;
 
 const vorna::app::manual::Page& manual_page() {
-    static const vorna::app::manual::Page page = [] {
-        int status = 0;
-        const auto application = vorna::app::make_command_line(status);
-        return vorna::app::manual::page_of(*application);
-    }();
+    static const vorna::app::manual::Page page = vorna::app::manual::page_of(vorna::app::make_program());
     return page;
 }
 
