@@ -1,4 +1,4 @@
-// Contours: clip regions and polygons of any shape.
+// Contours: the boundaries of clip regions and polygons.
 #pragma once
 
 #include <cstdint>
@@ -9,39 +9,40 @@
 #include "host/geometry.h"
 #include "host/object.h"
 
-// What is known of a polygon's shape.
+// The shape of a polygon.
 struct VT_Polygon_Rank {
-    std::int32_t kind = 0; // 0 = convex and free of self-intersections, 1 = anything else
+    std::int32_t kind = 0; // 0 = convex without self-intersections, 1 = all others
 };
 
 VORNA_API VT_Polygon_Rank VD_Rank_Polygon(std::int32_t count, const VT_Point* points);
 
-// Called with the three corners of each triangle.
+// corners: the three of a triangle.
 using VT_Triangle_Callback = void (*)(void* context, const VT_Point* corners);
 
-// Any number of closed contours; a point is inside when an odd number of them surrounds it.
+// Closed contours. A point is inside when a ray from it crosses them an odd number of times (even-odd rule).
 class VORNA_API VT_Contour_Set final : public VT_Counted {
 public:
     using Contour = std::vector<VT_Point>;
 
     VT_Contour_Set() = default;
     explicit VT_Contour_Set(std::vector<Contour> contours) : contours_(std::move(contours)) {}
-    // One contour of count points. The flag is reserved for open contours and must be false.
+    // One contour of count points. open: must be false.
     VT_Contour_Set(std::int32_t count, const VT_Point* points, bool open);
     VT_Counted* clone() const override { return new VT_Contour_Set(*this); }
 
     const std::vector<Contour>& contours() const noexcept { return contours_; }
     void translate(float x, float y) noexcept;
-    // The contours moved by the offset: the same object each time, as long as this set stays as it is and few offsets take turns.
-    // May be called from several threads.
+    // A copy translated by the offset, in pixels. Copies for the latest offsets are kept until this set changes, so that masks
+    // made for them serve again. Several threads may call it at once.
     VT_Reference<const VT_Contour_Set> moved(VT_Int_Pair offset) const;
 
-    // The direction along which triangulate looks at the contours; (0, 0, 1) is the x-y plane.
+    // The direction along which triangulate projects the contours; (0, 0, 1) projects to the x-y plane.
     void force_projection(const VT_Vector& direction) noexcept { projection_ = direction; }
+    // Calls back once for each triangle of the area inside.
     void triangulate(VT_Triangle_Callback callback, void* context) const;
 
 private:
-    // Belongs to one set as it is; copies and changed sets begin with none.
+    // Not copied with the set.
     class Moved_Copies {
     public:
         Moved_Copies() = default;

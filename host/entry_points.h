@@ -1,4 +1,4 @@
-// The three entry points of a renderer module, exported by these plain names.
+// The three entry points that a renderer module exports.
 #pragma once
 
 #include "host/export.h"
@@ -6,12 +6,13 @@
 class VT_Renderer_Data;
 
 extern "C" {
-// A new renderer made from the host's prototype; the caller destroys it with VD_Unload_KRB_Renderer. Throws std::bad_alloc, and
-// std::invalid_argument when the environment asks for a kernel set that does not exist or that this processor lacks.
+// Returns a new renderer with the options and callbacks of the prototype. The caller destroys it with VD_Unload_KRB_Renderer.
+// Throws std::bad_alloc, and std::invalid_argument when the environment variable KRB_KERNELS names a kernel set that does not
+// exist or that this processor cannot run.
 VORNA_MODULE_EXPORT VT_Renderer_Data* VD_Renderer(const VT_Renderer_Data* const& prototype);
 // The same function under the module's own name.
 VORNA_MODULE_EXPORT VT_Renderer_Data* VD_KRB_Renderer(const VT_Renderer_Data* const& prototype);
-// Null is allowed.
+// Destroys a renderer of this module; null is allowed.
 VORNA_MODULE_EXPORT void VD_Unload_KRB_Renderer(VT_Renderer_Data* renderer);
 }
 

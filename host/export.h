@@ -1,4 +1,4 @@
-// Visibility of what the host library gives to modules and applications.
+// Visibility of the symbols that the host library and the modules export.
 #pragma once
 
 #if defined(_WIN32)

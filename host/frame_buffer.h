@@ -1,4 +1,4 @@
-// Rasters shared between host, application and renderer.
+// Buffers, masks and images that host, application and renderer share.
 #pragma once
 
 #include <cstdint>
@@ -11,16 +11,16 @@
 class VT_Contour_Set;
 
 enum class Buffer_Format : std::int32_t {
-    index8 = 1,             // one palette index a pixel
-    rgb32 = 2,              // one VT_RGB32 a pixel
-    depth16 = 3,            // unsigned 16-bit depth, smaller is nearer
-    whatever_is_there = 8,  // in requests: the format that the buffer has
-    presentation_rgb32 = 9, // an image made for presentation, VT_RGB32 pixels
+    index8 = 1,             // palette indices, 1 byte
+    rgb32 = 2,              // VT_RGB32, 4 bytes
+    depth16 = 3,            // unsigned 16-bit depths, smaller ones are nearer
+    whatever_is_there = 8,  // in requests: the format of the buffer
+    presentation_rgb32 = 9, // VT_RGB32, of an image that is to cover the window
 };
 
 namespace vorna {
 
-// 0 = not known.
+// 0 for formats without pixels.
 constexpr std::int32_t bytes_per_pixel(Buffer_Format format) noexcept {
     switch (format) {
     case Buffer_Format::index8:
@@ -37,7 +37,7 @@ constexpr std::int32_t bytes_per_pixel(Buffer_Format format) noexcept {
 
 } // namespace vorna
 
-// A raster whose rows form one block with the highest row first: rows[r + 1] = rows[r] - bytes_per_row.
+// A buffer whose rows form one block of memory with the highest row first: rows[r + 1] = rows[r] - bytes_per_row.
 class VORNA_API Frame_Buffer : public VT_Counted {
 public:
     VT_Counted* clone() const override { return nullptr; }
@@ -45,7 +45,7 @@ public:
     std::uint8_t* const* rows = nullptr; // start of row r, r counted upwards
     std::int32_t width = 0;              // pixels
     std::int32_t height = 0;             // rows
-    std::int32_t bytes_per_row = 0;      // distance of adjacent rows, at least width * bytes a pixel
+    std::int32_t bytes_per_row = 0;      // distance between adjacent rows, at least width * bytes_per_pixel(format)
     Buffer_Format format = Buffer_Format::rgb32;
 
 protected:
@@ -54,17 +54,17 @@ protected:
 
 namespace vorna {
 
-// The most columns and the most rows of a buffer that the host makes.
+// The largest width and height of buffers that the host makes, in pixels.
 inline constexpr std::int32_t largest_buffer_side = 16384;
 
-// A zero-filled buffer of the host's own: one block, rows aligned to 64 bytes and an odd multiple of 64 bytes apart.
-// Throws std::bad_alloc, and std::invalid_argument for a width or height outside 1 to 16384 or a format without pixels.
+// Makes a zero-filled buffer whose rows are aligned to 64 bytes and an odd multiple of 64 bytes apart.
+// Throws std::bad_alloc, and std::invalid_argument for a width or height outside [1, 16384] or a format without pixels.
 VORNA_API VT_Reference<Frame_Buffer> make_frame_buffer(std::int32_t width, std::int32_t height, Buffer_Format format);
 
 } // namespace vorna
 
-// A window-sized mask of one bit a pixel, set where a clip region excludes the pixel. The most significant bit of a byte
-// is its leftmost pixel. Masks hang in a list that their owner links.
+// A mask of the window with one bit for each pixel, set where a clip region excludes the pixel. The most significant bit of a
+// byte is its leftmost pixel. The owner links masks to a list by `older` and `newer`.
 class VORNA_API Frame_Buffer_Mask {
 public:
     Frame_Buffer_Mask();
@@ -72,16 +72,17 @@ public:
     Frame_Buffer_Mask& operator=(const Frame_Buffer_Mask&) = delete;
     virtual ~Frame_Buffer_Mask();
 
-    // Sizes the mask for a window.
+    // Sizes the mask for a window. Throws std::bad_alloc.
     void establish_configuration(std::int32_t width, std::int32_t height, std::int32_t origin_x, std::int32_t origin_y);
-    // Clears the mask, sets the bits of the pixels outside the contours, and keeps their stamp as the key.
+    // Sets the bits of the pixels whose centres lie outside the contours, clears the others, and keeps the serial number of the
+    // contours as the key.
     void clear_and_rasterize_mask(const VT_Contour_Set& contours);
 
-    // Start of mask row r, r counted upwards.
+    // Row r of the mask, counted upwards.
     const std::uint8_t* row(std::int32_t r) const noexcept;
-    // The starts of all rows. From any pixel's byte on, four bytes can be read; bits beyond the window mean nothing.
+    // All rows. Four bytes can be read from the byte of any pixel on; bits beyond the window are unspecified.
     const std::uint8_t* const* rows() const noexcept { return raster_->rows; }
-    // Stamp of the contours that the mask was made of.
+    // The serial number of the contours that the mask was made from.
     std::uint32_t key() const noexcept { return key_; }
     // Whether the mask was made for this window.
     bool is_for(VT_Int_Pair size, VT_Int_Pair origin) const noexcept { return size_ == size && origin_ == origin; }
@@ -96,11 +97,11 @@ private:
     std::uint32_t key_ = 0;
 };
 
-// An image that host and renderer pass to each other. Rows follow each other in memory, row_bytes apart.
+// An image that host and renderer pass to each other. Its rows lie in memory row_bytes apart.
 class VORNA_API VT_Shared_Image final : public VT_Counted {
 public:
-    // data: null = the image owns zero-filled memory of its own; copy: the image copies what data points to instead of
-    // borrowing it; bottom_up: the first row in memory is the lowest.
+    // data: the pixels, or null for zeros. The image owns a copy of them when copy is set or data is null; otherwise data must
+    // outlive it. bottom_up: the first row in memory is the lowest. Throws std::bad_alloc.
     VT_Shared_Image(std::int32_t width, std::int32_t height, Buffer_Format format, std::int32_t row_bytes, std::uint8_t* data,
                     bool copy, bool bottom_up);
     VT_Shared_Image(const VT_Shared_Image& other);

@@ -1,4 +1,4 @@
-// Points, rectangles and vectors of the host. Device y grows upwards.
+// Points, rectangles and vectors. Device y grows upwards.
 #pragma once
 
 #include <algorithm>
@@ -6,22 +6,22 @@
 #include <cstdint>
 #include <vector>
 
-// 2D and DC points: device pixels, z in depth-buffer units.
+// Points of the forms 2D and DC: x and y in device pixels, z in units of the depth buffer.
 struct VT_Point {
     float x = 0, y = 0, z = 0;
 };
 
-// 3D points that the host has transformed but not rounded.
+// Points of the form 3D: the same, transformed but not rounded.
 struct VT_Point_D {
     double x = 0, y = 0, z = 0;
 };
 
-// 2DI and DCI points: whole device pixels, z in depth-buffer units.
+// Points of the forms 2DI and DCI: the same as integers.
 struct VT_DCI_Point {
     std::int32_t x = 0, y = 0, z = 0;
 };
 
-// Inclusive on every side.
+// Device pixels, inclusive on every side.
 struct VT_Int_Rectangle {
     std::int32_t left = 0, right = 0, bottom = 0, top = 0;
 
@@ -36,6 +36,10 @@ constexpr bool is_empty(const VT_Int_Rectangle& rectangle) noexcept {
 
 constexpr VT_Int_Rectangle common_part(const VT_Int_Rectangle& a, const VT_Int_Rectangle& b) noexcept {
     return {std::max(a.left, b.left), std::min(a.right, b.right), std::max(a.bottom, b.bottom), std::min(a.top, b.top)};
+}
+
+constexpr bool contains(const VT_Int_Rectangle& rectangle, std::int64_t x, std::int64_t y) noexcept {
+    return x >= rectangle.left && x <= rectangle.right && y >= rectangle.bottom && y <= rectangle.top;
 }
 
 } // namespace vorna
@@ -53,7 +57,7 @@ struct VT_Vector {
 struct VT_Vector_D {
     double x = 0, y = 0, z = 0;
 
-    // Scales to length 1; a vector without a length stays as it is.
+    // Scales to length 1; the zero vector stays as it is.
     void normalize() noexcept {
         const double length = std::sqrt(x * x + y * y + z * z);
         if (length > 0) {
@@ -64,13 +68,13 @@ struct VT_Vector_D {
     }
 };
 
-// Row-major, points as columns: out = m * in.
+// Row-major; points are columns: out = m * in.
 struct VT_Matrix {
     double m[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
 };
 
-// One texture coordinate value; a point has parameter-width of them in a row.
+// One of the texture parameters of a point.
 using VT_Parameter = float;
 
-// The host's growable array.
+// A growable array.
 template <class Element> using VT_Array = std::vector<Element>;

@@ -1,4 +1,4 @@
-// Line types: how a styled line is cut into dashes, gaps and dots.
+// Line types: how a line is cut into dashes, gaps and dots. Lengths are in pixels.
 #pragma once
 
 #include <cstdint>
@@ -8,21 +8,26 @@
 #include "host/geometry.h"
 #include "host/object.h"
 
+namespace vorna::line_type_kind {
+inline constexpr std::int32_t cased = 7;
+} // namespace vorna::line_type_kind
+
 class VORNA_API VT_Line_Type final : public VT_Counted {
 public:
     VT_Counted* clone() const override { return new VT_Line_Type(*this); }
     // Multiplies every length by the factor.
     void scale(double factor) noexcept;
 
-    std::int32_t kind = 0; // 7 = cased: the casing, width and color, is drawn first and the line over it
+    std::int32_t kind = 0; // cased: the casing, of width and color, is drawn first and the line over it
     double width = 0;      // of the casing
     VT_RGB32 color;        // of the casing
-    std::int32_t mode = 0; // 2 = leading and trailing parts draw a dot at the very ends only
-    // The first value of each pair is the length in force; the second is the host's own copy and scales along.
+    std::int32_t mode = 0; // 2 = the leading and the trailing part are a dot at the end of the line instead of a dash
+    // Lengths of the dashes before and after the repeated elements. The first value of a pair is in force, the second one is
+    // reserved and is scaled too.
     double leading[2] = {0, 0};
     double trailing[2] = {0, 0};
-    VT_Array<double> lengths; // of the repeating elements
-    VT_Array<double> kinds;   // above 0 dash, below 0 gap, 0 dot
+    VT_Array<double> lengths; // of the repeated elements
+    VT_Array<double> kinds;   // of the repeated elements: above 0 a dash, below 0 a gap, 0 a dot
 
     // Marks a segment that is drawn without a line type.
     static const VT_Reference<const VT_Line_Type> None;
@@ -32,10 +37,10 @@ class VORNA_API VT_Line_Type_Set final : public VT_Counted {
 public:
     VT_Counted* clone() const override { return new VT_Line_Type_Set(*this); }
 
-    bool per_segment = false; // one type a segment instead of one along the polyline
+    bool per_segment = false; // a type for each segment instead of the first type along the whole polyline
     double scale = 1;
     VT_Array<VT_Reference<const VT_Line_Type>> types;
 
-    // The set of a plain line; compared by identity.
+    // The set of lines without line types, compared by identity.
     static const VT_Reference<const VT_Line_Type_Set> None;
 };

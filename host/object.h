@@ -1,4 +1,4 @@
-// Shared objects of the host: atomic counts, serial stamps, copy on write.
+// Shared objects: atomic reference counts, serial numbers, copy on write.
 #pragma once
 
 #include <atomic>
@@ -8,21 +8,21 @@
 
 #include "host/export.h"
 
-// The host's global object. The change counter at its head gives every changed object a fresh identity.
+// The global object of the host. Its change counter, the first member, gives every changed object a new serial number.
 struct VT_Vorna {
     std::atomic<std::uint32_t> change_counter{0};
 
-    // A number that no object carries yet.
+    // A serial number that no object has yet.
     std::uint32_t next_serial() noexcept { return change_counter.fetch_add(1, std::memory_order_relaxed) + 1; }
 };
 
 extern VORNA_API VT_Vorna VORNA;
 
-// Data that the host shares with its modules: the ordered-dither thresholds first, then the stock face patterns.
+// Constants that the host shares with its modules.
 struct VT_Shared_Data {
-    // Entry a + 8 * b: 1024 * B(a, b) + 512, B the recursive 8 x 8 Bayer rank.
+    // Thresholds of the ordered dither. Entry a + 8 * b is 1024 * B(a, b) + 512, B the rank in the 8 x 8 Bayer matrix.
     std::uint16_t thresholds[64];
-    // Pattern 0 to 73, row b of eight cells; cell a is bit 0x80 >> a. Row 0 is the pattern's lowest.
+    // Face patterns 0 to 73: row b of eight cells, the lowest row first; cell a is bit 0x80 >> a.
     std::uint8_t stock_patterns[74][8];
 };
 
@@ -38,11 +38,11 @@ protected:
     VT_Object& operator=(const VT_Object&) = default;
 };
 
-// An object with an atomic reference count and a serial stamp. It starts with count 0; the holder that takes the count
-// from 1 to 0 deletes it. A copy is a new object: count 0 and a stamp of its own.
+// An object with an atomic reference count and a serial number. The count starts at 0; the release from 1 to 0 deletes the
+// object. A copy is a new object with count 0 and a serial number of its own.
 class VORNA_API VT_Counted : public VT_Object {
 public:
-    // A copy of the whole object with count 0, or null for kinds that cannot be copied.
+    // A copy with count 0, or null for classes that cannot be copied.
     virtual VT_Counted* clone() const = 0;
 
     void retain() const noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
@@ -55,7 +55,7 @@ public:
 
     std::uint32_t reference_count() const noexcept { return count_.load(std::memory_order_acquire); }
     std::uint32_t serial() const noexcept { return serial_; }
-    // To be called after every change made in place, so that caches keyed by the stamp miss.
+    // Takes a new serial number. To be called after every change in place, since caches use the serial number as their key.
     void stamp() noexcept { serial_ = VORNA.next_serial(); }
 
 protected:
@@ -71,7 +71,7 @@ private:
     std::uint32_t serial_;
 };
 
-// A counted handle. Null is a value like any other.
+// A handle that holds one count of its object; may be null.
 template <class Object> class VT_Reference {
 public:
     VT_Reference() noexcept = default;
@@ -92,7 +92,7 @@ public:
         }
     }
 
-    // By value: the new object is held before the old one is released.
+    // By value, so that the new object is retained before the old one is released.
     VT_Reference& operator=(VT_Reference other) noexcept {
         std::swap(object_, other.object_);
         return *this;
@@ -110,7 +110,7 @@ private:
 
 namespace vorna {
 
-// Makes the held object safe to change: alone, it is stamped and kept; shared, a clone takes its place.
+// Copy on write: returns the object with a new serial number when no other reference holds it, else replaces it by a clone.
 template <class Object> Object& make_unique(VT_Reference<Object>& held) {
     if (held->reference_count() < 2) {
         held->stamp();

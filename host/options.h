@@ -1,4 +1,4 @@
-// Named options with shared, copy-on-write values.
+// Named options. Their values are shared and copied on write.
 #pragma once
 
 #include <cstdint>
@@ -15,11 +15,11 @@ class VT_Renderer_Data;
 
 using VT_String = std::string;
 
-// Setters that a renderer publishes as option values; the host calls them to steer depth behaviour.
+// Functions that a renderer publishes as option values; the host calls them to set the depth test and depth writing.
 using VT_Bool_Setter = void (*)(VT_Renderer_Data& renderer, bool value);
 using VT_Int_Setter = std::int32_t (*)(VT_Renderer_Data& renderer, const std::int32_t* value);
 
-// A pointer option holds nothing, a shared object, or a setter.
+// The value of a pointer option: none, a shared object, or a setter.
 using VT_Pointer = std::variant<std::nullptr_t, VT_Reference<VT_Counted>, VT_Bool_Setter, VT_Int_Setter>;
 
 using VT_Option_Content = std::variant<bool, std::int32_t, VT_Int_RGB, VT_Pointer>;
@@ -34,7 +34,7 @@ public:
 
 class VORNA_API VT_Option {
 public:
-    // scope: a code of the host that modules only pass on.
+    // scope: a code of the host, which modules pass on unread.
     VT_Option(VT_String name, std::int32_t scope, VT_Option_Content initial)
         : name_(std::move(name)), scope_(scope), value_(new VT_Option_Value(std::move(initial))), carried_(value_->serial()) {}
 
@@ -42,16 +42,16 @@ public:
     std::int32_t scope() const noexcept { return scope_; }
     const VT_Reference<VT_Option_Value>& value() const noexcept { return value_; }
 
-    // Copy on write: a value that others hold is cloned before it changes.
+    // A value that is shared is cloned first. Throws std::bad_alloc.
     void set(VT_Option_Content content) { vorna::make_unique(value_).content = std::move(content); }
-    // Shares another value object.
+    // Shares the given value.
     void set_value(VT_Reference<VT_Option_Value> value) noexcept { value_ = std::move(value); }
 
-    // The value as the given kind, or a neutral value when the option is of another kind.
+    // The value, or false, 0 or black when the option is of another kind.
     bool as_bool() const noexcept { return get_or(false); }
     std::int32_t as_int() const noexcept { return get_or(std::int32_t{0}); }
     VT_Int_RGB as_rgb() const noexcept { return get_or(VT_Int_RGB{}); }
-    // The shared object of a pointer option; null when it holds none or one of another type.
+    // The shared object of a pointer option; null when it has none or one of another type.
     template <class Object> Object* as_object() const noexcept {
         const auto* pointer = std::get_if<VT_Pointer>(&value_->content);
         const auto* object = pointer ? std::get_if<VT_Reference<VT_Counted>>(pointer) : nullptr;
@@ -63,7 +63,7 @@ public:
         return setter ? *setter : nullptr;
     }
 
-    // True once after each change of the value: what update_current_options has to carry over.
+    // Whether the value has changed since the last call.
     bool take_change() noexcept { return std::exchange(carried_, value_->serial()) != value_->serial(); }
 
 private:
@@ -78,16 +78,16 @@ private:
     std::uint32_t carried_;
 };
 
-// Options by name, in the order of their registration. Handles stay valid as long as the table lives.
+// Options in the order in which they were added. Pointers to them stay valid until the table is destroyed.
 class VORNA_API VT_Option_Table {
 public:
     VT_Option_Table() = default;
     VT_Option_Table(const VT_Option_Table& other);
     VT_Option_Table& operator=(const VT_Option_Table& other) = delete;
 
-    // Adds the option, or puts it in the place of one of the same name; the handle to it.
+    // Adds the option, or replaces the one of the same name.
     VT_Option* add(VT_Option option);
-    // Null when there is none of that name.
+    // Null when there is no option of that name.
     VT_Option* find(const VT_String& name) noexcept;
     const VT_Option* find(const VT_String& name) const noexcept;
 

@@ -1,4 +1,4 @@
-// The base of every renderer: option tables, callbacks, action table and the hooks that the host calls.
+// The base class of renderers: options, callbacks, the action table, and the functions that the host calls.
 #pragma once
 
 #include <cstdint>
@@ -10,15 +10,15 @@
 #include "host/options.h"
 #include "host/renderer_options.h"
 
-// Releases what the reference holds and leaves a new buffer of that size and format in it.
+// Replaces the buffer in the reference by a new one of that size, in pixels, and format; null when it cannot be made.
 struct VT_Buffer_Creation {
     void (*function)(void* context, std::int32_t width, std::int32_t height, const Buffer_Format* format,
                      VT_Reference<Frame_Buffer>& buffer) = nullptr;
     void* context = nullptr;
 };
 
-// Shows a rectangle of the colour buffer: corners in device coordinates, destination of its top left pixel in window
-// coordinates that run downwards. Returns what update returns.
+// Shows a rectangle of the colour buffer. Corners are device coordinates, inclusive; the destination is that of the top left
+// pixel, from the top left of the window rightwards and downwards. VT_Renderer_Data::update returns its result.
 struct VT_Presentation {
     std::int32_t (*function)(void* context, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
                              const VT_Reference<Frame_Buffer>& buffer, std::int32_t destination_x,
@@ -26,32 +26,33 @@ struct VT_Presentation {
     void* context = nullptr;
 };
 
-// Told of each standard function that draws on a renderer's behalf, the outermost only.
+// Called with the name of each standard function that starts, except for those that another one calls.
 struct VT_Standard_Observer {
     void (*function)(void* context, const char* name) = nullptr;
     void* context = nullptr;
 };
 
-// One thread drives one renderer at a time.
+// One thread at a time uses a renderer; different renderers may be used by several threads at once.
 class VORNA_API VT_Renderer_Data : public VT_Counted {
 public:
-    // A prototype with the host's own callbacks.
+    // A prototype with the default callbacks.
     VT_Renderer_Data();
-    // Options, tables and callbacks of the prototype; no action is installed.
+    // Copies options, tables and callbacks of the prototype; all slots are empty.
     VT_Renderer_Data(const VT_Renderer_Data& prototype);
     VT_Renderer_Data& operator=(const VT_Renderer_Data&) = delete;
     ~VT_Renderer_Data() override;
 
     VT_Counted* clone() const override { return nullptr; }
 
-    // The order of these operations is the order of the host's virtual table.
+    // Modules depend on the order of these functions in the virtual table.
     virtual VT_Renderer_Options& current_renderer_options() { return designated_->current_options; }
     virtual VT_Renderer_Options& current_renderer_options_for_update() { return designated_->current_options; }
     virtual void optimize_current_options();
     virtual void optimize_current_renderer_options();
     virtual VT_Option_Table& current_option_table() { return designated_->current_table; }
     virtual std::int32_t establish() { return 0; }
-    // Carries the requested options over, fits them to what the renderer declares, then runs establish. Returns its result.
+    // Copies changed requested options to the current ones, limits these to what the renderer declares, and returns the result of
+    // establish.
     virtual std::int32_t establish_all();
     virtual void begin_picture() {}
     virtual void begin_picture_all();
@@ -60,13 +61,13 @@ public:
     virtual std::int32_t update(const VT_Int_Rectangle&) { return 0; }
     virtual std::int32_t update_all(const VT_Int_Rectangle& rectangle);
 
-    // With true the host's standard function is put into every slot; with false every slot is emptied.
+    // Installs the standard function in every slot, or empties every slot.
     void set_standard_actions(bool on);
-    // Gives every value of the requested table that has changed since the last time to the current table.
+    // Copies each value of the requested table that has changed since the last call to the current table.
     void update_current_options();
 
-    VT_Renderer_Options declared_options; // what the renderer can do
-    VT_Renderer_Options current_options;  // what it is asked to do
+    VT_Renderer_Options declared_options; // what the renderer supports
+    VT_Renderer_Options current_options;  // what the application requests
     VT_Option_Table requested_table;
     VT_Option_Table current_table;
     VT_Buffer_Creation buffer_creation;
@@ -74,8 +75,8 @@ public:
     VT_Action_Table actions;
 
     VT_Standard_Observer standard_observer;
-    std::int32_t standard_depth = 0; // standard functions that run at this moment, one inside the other
+    std::int32_t standard_depth = 0; // how many standard functions are running, each called by the one before
 
 protected:
-    VT_Renderer_Data* designated_ = this; // whose options count as current
+    VT_Renderer_Data* designated_ = this; // the renderer whose options are the current ones
 };

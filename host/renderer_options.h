@@ -1,4 +1,4 @@
-// What a renderer declares about itself, and what an application asks of it.
+// The options that a renderer declares and that an application requests.
 #pragma once
 
 #include <cstdint>
@@ -10,11 +10,11 @@
 
 class VT_Renderer_Options {
 public:
-    // Bits a depth-buffer pixel; below 1 means no depth buffer.
+    // Bits of a depth value; below 1 there is no depth buffer.
     std::int32_t buffer_depth() const noexcept { return buffer_depth_; }
     void set_buffer_depth(std::int32_t bits) noexcept { buffer_depth_ = bits; }
 
-    // 1 = 32-bit colour, anything else 8-bit palette indices.
+    // 1 = 32-bit colours, all others = 8-bit palette indices.
     std::int32_t color_system() const noexcept { return color_system_; }
     void set_color_system(std::int32_t system) noexcept { color_system_ = system; }
 
@@ -25,7 +25,7 @@ public:
     VT_Int_Pair window_size() const noexcept { return window_size_; }
     void set_window_size(VT_Int_Pair size) noexcept { window_size_ = size; }
 
-    // Device coordinates of the lower left pixel; local_coordinates: device coordinates start at (0, 0) instead.
+    // Device coordinates of the lower left pixel; (0, 0) with local_coordinates.
     VT_Int_Pair window_origin() const noexcept { return window_origin_; }
     void set_window_origin(VT_Int_Pair origin) noexcept { window_origin_ = origin; }
     bool local_coordinates() const noexcept { return local_coordinates_; }
@@ -41,7 +41,7 @@ public:
     void set_supports_complex_clip(bool on) noexcept { supports_complex_clip_ = on; }
 
 private:
-    // GCC 12 does not give back the memory of a new-expression in a member's initializer when the constructor throws.
+    // A function, because GCC 12 does not free the memory of a new-expression in a member initializer whose constructor throws.
     static VT_Reference<const VT_Palette> default_palette() { return new VT_Palette; }
 
     std::int32_t buffer_depth_ = 0;

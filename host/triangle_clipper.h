@@ -1,33 +1,32 @@
-// Cuts one triangle against a rectangle of pixels. Renderers and the host cut by this code, so that both draw the same pieces.
+// Cuts a triangle to a rectangle of pixels. Renderers and the host use the same code, so that both draw the same pieces.
 #pragma once
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 
 #include "host/color.h"
 #include "host/geometry.h"
 #include "host/rounding.h"
 #include "host/segment_clip.h"
+#include "host/strip.h"
 #include "host/triangle_plane.h"
 
 namespace vorna {
 
-// A corner of a triangle, in whole device pixels or in doubles. Colour and texture parameters are carried along and mean nothing
-// to callers that do not use them.
+// A corner of a triangle, in whole device pixels or in doubles. Callers that do not need colour or texture parameters may leave
+// them unset.
 template <class Point> struct Clip_Vertex {
     Point point;
     VT_RGB32 color;
     float u, v;
 };
 
-// How colours and parameters change across the triangle: in single precision for whole pixels, as renderers have always done, and
-// in double for corners that may lie as far away as doubles reach.
+// The type of the gradients of colours and texture parameters: float for whole points, which fixes the pixels of cut triangles;
+// double for points that may be far away.
 template <class Point> struct Gradient_Precision { using type = double; };
 template <> struct Gradient_Precision<VT_DCI_Point> { using type = float; };
 
-// A convex polygon of up to eight corners in strip order, so that the walk over a strip draws it as count - 2 triangles. Points,
-// colours and parameters are apart, as strips want them.
+// A convex polygon of up to eight corners as a strip of count - 2 triangles, see strip_order.
 struct Clipped_Polygon {
     static constexpr std::int32_t most_vertices = 8;
 
@@ -37,19 +36,14 @@ struct Clipped_Polygon {
     float u[most_vertices], v[most_vertices];
 };
 
-// Where corner i of a polygon of count corners in boundary order stands in the strip: the first corner, then by turns from the
-// front and from the back.
-constexpr std::int32_t strip_order(std::int32_t i, std::int32_t count) noexcept {
-    return i == 0 ? 0 : i % 2 == 1 ? (i + 1) / 2 : count - i / 2;
-}
-
 namespace triangle_clipper {
 
-// Counter-clockwise with y upwards; corner k lies between side k and the next one.
+// Sides in counter-clockwise order, y upwards. Corner k of the rectangle lies between side k and the next one.
 enum Side { bottom, right, top, left, side_count };
 static_assert(side_count == Segment_Part::no_side);
 
-// The far edges of the rectangle's outermost pixels: areas are filled up to but not including their last column and row.
+// The outer edges of the outermost pixels. Right and top are one greater than the last column and row, because areas are filled
+// up to but not including their right and upper side.
 struct Bounds {
     double left, right, bottom, top;
 
@@ -61,13 +55,8 @@ struct Bounds {
     }
 };
 
-// To the nearest, halves upwards; what no integer holds becomes the nearest that one does.
-inline std::int32_t rounded(double v) noexcept {
-    return v == v ? static_cast<std::int32_t>(std::clamp(std::floor(v + 0.5), -2147483648.0, 2147483647.0)) : 0;
-}
-
 inline std::uint8_t rounded_byte(double v) noexcept {
-    return static_cast<std::uint8_t>(rounded(std::clamp(v, 0.0, 255.0)));
+    return static_cast<std::uint8_t>(nearest_integer(v, 0, 255));
 }
 
 inline VT_DCI_Point whole_point(const VT_DCI_Point& point) noexcept {
@@ -75,17 +64,16 @@ inline VT_DCI_Point whole_point(const VT_DCI_Point& point) noexcept {
 }
 
 inline VT_DCI_Point whole_point(const VT_Point_D& point) noexcept {
-    return {rounded_coordinate(point.x), rounded_coordinate(point.y), rounded_coordinate(point.z)};
+    return rounded_point(point);
 }
 
-// A corner of the polygon.
 struct Corner {
     VT_DCI_Point point;
     VT_RGB32 color;
     float u, v;
 };
 
-// The triangle: its outline, and attribute values at any place of it.
+// A triangle and its attributes, interpolated at any position.
 template <class Point> class Triangle {
 public:
     explicit Triangle(const Clip_Vertex<Point> (&vertices)[3]) noexcept
@@ -102,7 +90,7 @@ public:
     Position operator[](int i) const noexcept { return corners_[i % 3]; }
     bool counter_clockwise() const noexcept { return plane_.determinant() > 0; }
 
-    // One without area contains nothing.
+    // A triangle without area contains no point.
     bool contains(Position point) const noexcept {
         bool left_of = false;
         bool right_of = false;
@@ -114,7 +102,8 @@ public:
         return left_of != right_of && cross(corners_[0], corners_[1], corners_[2]) != 0;
     }
 
-    // A vertex of the triangle stays itself, wherever the cut finds it. Errors of far-away corners do not lead out of the bounds.
+    // A corner of the polygon. At a vertex of the triangle it has the attributes of the vertex, since interpolation over a long
+    // triangle is inexact. Positions are clamped to the bounds, because rounding errors of far corners can lead out of them.
     Corner corner_at(Position at, const Bounds& bounds) const noexcept {
         for (int i = 0; i < 3; ++i) {
             if (at == corners_[i]) {
@@ -122,8 +111,8 @@ public:
                 return {whole_point(own.point), own.color, own.u, own.v};
             }
         }
-        return {{rounded(std::clamp(at.x, bounds.left, bounds.right)), rounded(std::clamp(at.y, bounds.bottom, bounds.top)),
-                 rounded(plane_.value_at(z_, at))},
+        return {{nearest_integer(std::clamp(at.x, bounds.left, bounds.right)),
+                 nearest_integer(std::clamp(at.y, bounds.bottom, bounds.top)), nearest_integer(plane_.value_at(z_, at))},
                 {rounded_byte(plane_.value_at(blue_, at)), rounded_byte(plane_.value_at(green_, at)),
                  rounded_byte(plane_.value_at(red_, at)), rounded_byte(plane_.value_at(alpha_, at))},
                 static_cast<float>(plane_.value_at(u_, at)),
@@ -149,7 +138,7 @@ private:
     Triangle_Plane::Gradient<Value> u_, v_, blue_, green_, red_, alpha_;
 };
 
-// The part of an edge inside the bounds.
+// The part of an edge inside the bounds, and the sides where it enters and leaves.
 inline Segment_Part visible_part(Position from, Position to, const Bounds& bounds) noexcept {
     const double dx = to.x - from.x;
     const double dy = to.y - from.y;
@@ -161,7 +150,7 @@ inline Segment_Part visible_part(Position from, Position to, const Bounds& bound
     return part;
 }
 
-// The corners of the polygon in boundary order. Neighbours never lie in one place, the last and the first corner included.
+// The corners of the polygon in boundary order. Adjacent corners have different positions, also the last and the first one.
 template <class Point> class Boundary {
 public:
     Boundary(const Bounds& bounds, const Triangle<Point>& triangle) noexcept : bounds_(bounds), triangle_(triangle) {}
@@ -177,8 +166,8 @@ public:
         last_ = at;
         ++count_;
     }
-    // The rectangle's corners on the way from one side to another, in the triangle's turning direction. Only corners inside the
-    // triangle: the way past a corner that a sliver's edges just miss would lead round the whole rectangle.
+    // Adds the corners of the rectangle between two sides, in the orientation of the triangle. Corners outside the triangle are
+    // left out: the edges of a sliver may leave and enter so close to a corner that the path goes around the whole rectangle.
     void add_corners(int from, int to) noexcept {
         while (from != to) {
             const bool forwards = triangle_.counter_clockwise();
@@ -193,7 +182,7 @@ public:
         }
     }
 
-    // Writes the polygon in strip order and returns its count; 0 when there is nothing to draw.
+    // Writes the polygon in strip order and returns the count of its corners; 0 when there are fewer than 3.
     std::int32_t put_into(Clipped_Polygon& polygon) const noexcept {
         const std::int32_t count = count_ > 1 && last_ == first_ ? count_ - 1 : count_;
         polygon.count = count < 3 || count > Clipped_Polygon::most_vertices ? 0 : count;
@@ -217,15 +206,15 @@ private:
 
 } // namespace triangle_clipper
 
-// The part of the triangle that covers pixels of the rectangle, cut at the far edges of its outermost pixels. New corners are
-// found by Liang and Barsky's method and take their values from the triangle's plane; where the boundary leaves through one side
-// and comes back through another, the rectangle's corners between them are put in. Returns the count; below 3 there is nothing to
-// draw, as in an empty rectangle.
+// Cuts a triangle to the outer edges of the rectangle's outermost pixels. The edges are cut by the method of Liang and Barsky,
+// the attributes of new corners are those of the triangle's plane. Where the boundary leaves through one side and enters through
+// another, the corners of the rectangle between the two are inserted. Returns the count of corners, 0 when there is nothing to
+// draw.
 template <class Point>
 std::int32_t clip_triangle_to_rectangle(const VT_Int_Rectangle& rectangle, const Clip_Vertex<Point> (&vertices)[3],
                                         Clipped_Polygon& polygon) noexcept {
     using namespace triangle_clipper;
-    if (rectangle.left > rectangle.right || rectangle.bottom > rectangle.top) {
+    if (is_empty(rectangle)) {
         return polygon.count = 0;
     }
     const Bounds bounds(rectangle);
@@ -239,14 +228,14 @@ std::int32_t clip_triangle_to_rectangle(const VT_Int_Rectangle& rectangle, const
         const Position from = triangle[i];
         const Position to = triangle[i + 1];
         const Segment_Part edge = visible_part(from, to, bounds);
-        // The tolerance keeps edges that only touch a corner.
+        // The tolerance keeps edges that only touch a corner of the rectangle.
         constexpr double tolerance = 1e-12F;
         if (!edge.is_visible(tolerance)) {
             continue;
         }
         any = true;
         const auto at = [&](double parameter, int side) {
-            // Crossings lie on their side exactly, and a corner on a side where it is.
+            // A crossing has exactly the coordinate of its side; a vertex on a side keeps its position.
             if (parameter == 1) {
                 return to;
             }
@@ -285,9 +274,9 @@ std::int32_t clip_triangle_to_rectangle(const VT_Int_Rectangle& rectangle, const
     return boundary.put_into(polygon);
 }
 
-// The same of a transformed triangle, whose first two texture parameters of each corner go along.
+// A cut triangle with texture parameters: the first two of each corner. given_width: parameters of each point in `given`.
 struct Clipped_Texture {
-    static constexpr std::int32_t width = 2; // parameters a corner
+    static constexpr std::int32_t width = 2; // parameters of each corner
 
     Clipped_Polygon polygon;
     VT_Parameter parameters[width * Clipped_Polygon::most_vertices];

@@ -1,4 +1,4 @@
-// Values of a triangle's corners at any other place of its plane.
+// Linear interpolation of attributes over the plane of a triangle.
 #pragma once
 
 namespace vorna {
@@ -9,17 +9,17 @@ struct Position {
     friend bool operator==(const Position&, const Position&) = default;
 };
 
-// The plane through the triangle's corners, or for a triangle without area the slope along its edges.
+// The plane through the corners. For a triangle without area the gradient is that along its first edge that has a length.
 class Triangle_Plane {
 public:
-    // How a value changes across the triangle, per pixel along x and y, in the precision that it is kept in.
+    // A value at the first corner and its change per pixel along x and y.
     template <class Value> struct Gradient { Value at_first, along_x, along_y; };
 
     Triangle_Plane(Position first, Position second, Position third) noexcept
         : first_(first), dx1_(second.x - first.x), dy1_(second.y - first.y), dx2_(third.x - first.x), dy2_(third.y - first.y),
           determinant_(dy2_ * dx1_ - dy1_ * dx2_) {}
 
-    // Twice the area; above 0 when the corners turn counter-clockwise with y upwards.
+    // Twice the signed area, positive for counter-clockwise corners with y upwards.
     double determinant() const noexcept { return determinant_; }
 
     template <class Value> Gradient<Value> gradient(Value a0, Value a1, Value a2) const noexcept {

@@ -1,4 +1,4 @@
-// How a canvas is established: as a whole, or not at all.
+// Canvas::establish: puts all requested options into force, or none.
 #include "vorna/canvas.h"
 
 namespace vorna {
@@ -11,15 +11,14 @@ void require_possible_window(const VT_Renderer_Options& options) {
         throw std::invalid_argument("a window has 1 to " + std::to_string(largest_buffer_side) + " columns and rows, not " +
                                     std::to_string(size.x) + " x " + std::to_string(size.y));
     }
-    constexpr std::int32_t farthest = 1 << 30;
     const VT_Int_Pair origin = window_origin(options);
-    if (std::min(origin.x, origin.y) < -farthest || origin.x > farthest - size.x || origin.y > farthest - size.y) {
+    if (!is_window_in_range(origin, size)) {
         throw std::invalid_argument("a window lies between -2^30 and 2^30, not at (" + std::to_string(origin.x) + ", " +
                                     std::to_string(origin.y) + ")");
     }
 }
 
-// Whether all pixels of the size are there, where renderers look for them.
+// Whether the buffer has the size and format, and rows as renderers expect them.
 bool has_pixels(const Frame_Buffer* buffer, VT_Int_Pair size, Buffer_Format format) {
     const std::int32_t pixel_bytes = bytes_per_pixel(format);
     if (!buffer || VT_Int_Pair{buffer->width, buffer->height} != size || buffer->format != format || pixel_bytes == 0 ||
@@ -42,8 +41,8 @@ bool has_pixels(const Frame_Buffer* buffer, VT_Int_Pair size, Buffer_Format form
                                 " or more and rows[r + 1] = rows[r] - bytes_per_row");
 }
 
-// One attempt to establish. Unless it is kept, renderer and options are as before when it ends. A renderer that could not be
-// established may have dropped its buffers: the option "Color Buffer" still holds the old colours, the canvas the old depths.
+// One call of establish. Unless keep() is called, the destructor restores renderer and options. A renderer that failed may have
+// dropped its buffers: the option "Color Buffer" still holds the old colours, and the canvas holds the old depths.
 class Attempt {
 public:
     Attempt(VT_Renderer_Data& renderer, VT_Reference<Frame_Buffer> depth_buffer, bool has_pixels)
@@ -61,13 +60,13 @@ public:
         renderer_.buffer_creation = creation_;
     }
 
-    // Throws std::invalid_argument when the application has given a buffer that cannot be drawn into.
+    // Throws std::invalid_argument when a buffer that the application has made does not fit.
     void require_buffers() const {
         if (refused_format_ != Buffer_Format{}) {
             refuse_buffer(refused_size_, refused_format_);
         }
     }
-    // The depth buffer that was made, or else the old one.
+    // The new depth buffer, or the old one when none was made.
     VT_Reference<Frame_Buffer> depth_buffer() const noexcept { return new_depth_buffer_ ? new_depth_buffer_ : depth_buffer_; }
     void keep() noexcept { is_kept_ = true; }
 
@@ -90,7 +89,7 @@ private:
         }
     }
 
-    // Options may have been added meanwhile, never taken away.
+    // The renderer may have added options in between; none is ever removed.
     static void put_back(VT_Option_Table& table, VT_Option_Table& before) noexcept {
         for (std::size_t i = 0; i < before.size(); ++i) {
             table[i] = std::move(before[i]);
@@ -106,7 +105,7 @@ private:
             try {
                 renderer_.establish();
             } catch (...) {
-                // All that it had is there. A renderer that wants more has no buffers now, and draws nothing.
+                // The old buffers are there. A renderer that fails for another reason has no buffers and draws nothing.
             }
         }
         renderer_.actions = actions_;

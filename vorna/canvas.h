@@ -1,4 +1,4 @@
-// What an application draws on: a renderer with its buffers, and the attributes to draw with.
+// A renderer, its buffers and the current attributes, for applications to draw on.
 //
 //     const vorna::Module module(vorna::Module::installed_path());
 //     vorna::Canvas canvas(module, {.size = {640, 480}});
@@ -7,8 +7,7 @@
 //     VD_Draw_2D_Polyline(canvas, points);
 //     canvas.end_picture();
 //
-// Nothing here hides the host's own interface: renderer(), rendition() and options() are what the drawing functions of draw.h and
-// the renderer's hooks work on.
+// renderer(), rendition() and options() give access to the objects that the drawing functions of draw.h take.
 #pragma once
 
 #include <algorithm>
@@ -31,40 +30,39 @@
 
 namespace vorna {
 
-// A colour by its channels, 0 to 255, in the order in which they are spoken; VT_RGB32 has them in the order of memory.
+// A colour by its channels, 0 to 255, red first; VT_RGB32 has them in the order of memory, blue first.
 constexpr VT_RGB32 rgb(std::uint8_t red, std::uint8_t green, std::uint8_t blue, std::uint8_t alpha = 255) noexcept {
     return {.blue = blue, .green = green, .red = red, .alpha = alpha};
 }
 
 struct Canvas_Settings {
-    VT_Int_Pair size;                            // columns and rows, 1 to 16384 of each
+    VT_Int_Pair size;                            // width and height in pixels, 1 to 16384
     bool indexed = false;                        // 8-bit palette indices instead of 32-bit colours
-    bool depth_buffer = false;                   // 16 bits a pixel
+    bool depth_buffer = false;                   // with 16 bits for each pixel
     bool alpha_blending = false;                 // of translucent 32-bit colours
-    bool clip_regions = false;                   // whether rendition().clip.complex_clip counts
-    VT_Reference<const VT_Palette> palette = {}; // null = the host's, a 6 x 6 x 6 cube and forty greys
+    bool clip_regions = false;                   // rendition().clip.complex_clip is in force
+    VT_Reference<const VT_Palette> palette = {}; // null = the default: a 6 x 6 x 6 cube and forty greys
 };
 
-// Which of two depths stays. Smaller ones are nearer.
+// Which pixels pass the depth test. Smaller depths are nearer.
 enum class Depth_Test : std::int32_t { nearer = 1, nearer_or_equal = 2, farther = 5 };
 
-// What a presentation callback is to show.
+// The arguments of a presentation callback.
 struct Presentation {
-    VT_Int_Rectangle area;      // device pixels, all of them in the window
-    VT_Int_Pair destination;    // of the area's top left pixel, from the window's top left one rightwards and downwards
+    VT_Int_Rectangle area;      // device pixels inside the window
+    VT_Int_Pair destination;    // of the area's top left pixel, counted from the top left of the window rightwards and downwards
     const Frame_Buffer& buffer; // the whole colour buffer
 };
 
-// Owns its renderer and, through it, the buffers. The module must outlive it. One thread at a time draws on a canvas; canvases of
-// the same module may be drawn on by several threads at once, each by its own. A canvas that was moved from can only be given
-// another one, or go.
+// Owns a renderer and its buffers. The module must outlive it. One thread at a time may use a canvas; different canvases of one
+// module may be used by several threads at once. A canvas that was moved from may only be assigned to or destroyed.
 class Canvas {
 public:
-    // A renderer without pixels: set options(), then establish().
+    // Has no buffers yet: set options(), then call establish(). Throws as Module::create_renderer does.
     explicit Canvas(const Module& module)
         : renderer_(module.create_renderer()), rendition_(new VT_Rendition), requested_(renderer_->current_options) {}
 
-    // Ready to draw. Throws as establish does.
+    // Has buffers. Throws as Module::create_renderer and establish() do.
     Canvas(const Module& module, const Canvas_Settings& settings) : Canvas(module) {
         options().set_window_size(settings.size);
         options().set_color_system(settings.indexed ? 0 : 1);
@@ -84,13 +82,13 @@ public:
 
     VT_Renderer_Data& renderer() noexcept { return *renderer_; }
     const VT_Renderer_Data& renderer() const noexcept { return *renderer_; }
-    // The attributes of everything that is drawn on the canvas from now on. The hard clip is the window at first.
+    // The attributes of what is drawn from now on. establish() sets the hard clip to the window.
     VT_Rendition& rendition() noexcept { return *rendition_; }
 
-    // Window, pixel kind, palette and so on, as they are asked for; what is in force changes with the next establish().
+    // The requested options: window, pixel format, palette and so on. They take effect with the next establish().
     VT_Renderer_Options& options() noexcept { return requested_; }
-    // An option of the renderer's own; in force after the next establish(). Throws std::invalid_argument when the renderer has
-    // none of that name, or one of another kind.
+    // Requests a value of one of the renderer's named options. It takes effect with the next establish(). Throws
+    // std::invalid_argument when the renderer has no option of that name and kind.
     void set_option(const std::string& name, VT_Option_Content value) {
         VT_Option* const option = renderer_->requested_table.find(name);
         if (!option) {
@@ -104,37 +102,38 @@ public:
         }
         option->set(std::move(value));
     }
-    // Fits buffers and slots to the options, and the hard clip to the window. Buffers whose size and format stay keep their
-    // pixels; new ones are zero. Throws std::invalid_argument for a window of other than 1 to 16384 columns and rows, for one
-    // that does not lie between -2^30 and 2^30, and for buffers of the application's own that do not fit; std::bad_alloc; and
-    // std::runtime_error when the renderer shows no colour buffer. Then everything that was in force stays, pixels and depths
-    // included, and options() and set_option() keep what was asked for.
+    // Puts the requested options into force: makes buffers, installs slots, sets the hard clip to the window. Buffers keep their
+    // pixels when size and format stay the same; new ones are zero. Throws std::invalid_argument for a window outside 1 to 16384
+    // columns and rows or outside [-2^30, 2^30], and for buffers of the application that do not fit; std::bad_alloc;
+    // std::runtime_error when the renderer has made no colour buffer. After an exception all that was in force is in force again,
+    // pixels and depths included; the requested options stay requested.
     VORNA_API void establish();
 
+    // Both throw std::runtime_error when the renderer lacks the setter.
     void set_depth_write(bool on) { setter<VT_Bool_Setter>("ZBuffer Write")(*renderer_, on); }
     void set_depth_test(Depth_Test test) {
         const auto mode = static_cast<std::int32_t>(test);
         setter<VT_Int_Setter>("ZBuffer Test")(*renderer_, &mode);
     }
 
-    // Device pixels that can be drawn to.
+    // The window in device coordinates.
     VT_Int_Rectangle window() const noexcept { return window_rectangle(renderer_->current_options); }
     const VT_Palette& palette() const noexcept { return renderer_->current_options.palette(); }
     bool has_depth_buffer() const noexcept { return renderer_->current_options.buffer_depth() >= 1; }
 
-    // The palette entry nearest to a colour.
+    // The index of the palette entry nearest to a colour.
     std::uint8_t index_of(VT_RGB32 color) const noexcept {
         return static_cast<std::uint8_t>(palette().closest_match(color, false));
     }
-    // The colour of faces, lines and markers from now on, and its nearest palette entry.
+    // Sets the colour of faces, lines and markers, and their palette index to the nearest one.
     void set_color(VT_RGB32 color) noexcept {
         rendition_->set_color(color);
         rendition_->face.index = rendition_->line.index = rendition_->marker.index = index_of(color);
     }
 
-    // Drawing happens between the beginning and the end of a picture.
+    // Drawing functions are called between begin_picture and end_picture.
     void begin_picture() { renderer_->begin_picture_all(); }
-    // Begins with an empty window: one colour, farthest depth.
+    // Also fills the window with the background and its depths with the farthest one.
     void begin_picture(VT_RGB32 background) {
         begin_picture();
         const VT_Reference<VT_Rendition> empty(new VT_Rendition);
@@ -152,13 +151,13 @@ public:
         present(window());
     }
 
-    // Called whenever a part of the window is presented, and must not throw; empty = nothing is shown, as at first.
+    // Sets the function that shows a presented area; it must not throw. Empty, as at first: nothing is shown.
     void on_present(std::function<void(const Presentation&)> show) {
         auto presenter = std::make_unique<Presenter>(Presenter{std::move(show), renderer_.get()});
         renderer_->presentation = {Presenter::show_area, presenter.get()};
         presenter_ = std::move(presenter);
     }
-    // Presents device pixels, as far as they lie in the window; nothing when none of them does.
+    // Presents the part of the area, in device pixels, that lies in the window.
     void present(const VT_Int_Rectangle& area) {
         const VT_Int_Rectangle shown = common_part(area, window());
         if (!is_empty(shown)) {
@@ -166,8 +165,8 @@ public:
         }
     }
 
-    // The colour buffer itself: row r, counted upwards from the lowest, begins at rows[r]. It is replaced when establish()
-    // changes size or format. Throws std::runtime_error when there is none.
+    // The colour buffer: row r, counted upwards from the lowest, begins at rows[r]. establish() replaces it when size or format
+    // change. Throws std::runtime_error when there is none.
     const Frame_Buffer& color_buffer() const {
         const Frame_Buffer* const buffer = find_color_buffer();
         if (!buffer) {
@@ -175,7 +174,7 @@ public:
         }
         return *buffer;
     }
-    // A copy of the whole depth buffer, or of some device pixels. Throws std::runtime_error when there is none, and
+    // A copy of the depth buffer, or of an area of it in device pixels. Throws std::runtime_error when there is none, and
     // std::invalid_argument for an area that is not inside the window.
     VT_Reference<VT_Shared_Image> read_depth_image() { return read_depth_image(window()); }
     VT_Reference<VT_Shared_Image> read_depth_image(const VT_Int_Rectangle& area) {
@@ -187,7 +186,7 @@ public:
         return image;
     }
 
-    // The window's colours without gaps, the top row first; indices are looked up in the palette.
+    // The colours of the window, width * height of them, the top row first; palette indices are looked up.
     std::vector<VT_RGB32> read_pixels() const {
         const Frame_Buffer& buffer = color_buffer();
         std::vector<VT_RGB32> pixels(static_cast<std::size_t>(buffer.width) * static_cast<std::size_t>(buffer.height));
@@ -204,7 +203,7 @@ public:
         }
         return pixels;
     }
-    // The window's depths without gaps, the top row first; 0 is nearest. Throws as read_depth_image does.
+    // The depths of the window, width * height of them, the top row first; 0 is nearest. Throws as read_depth_image does.
     std::vector<std::uint16_t> read_depths() {
         const VT_Reference<VT_Shared_Image> image = read_depth_image();
         const auto width = static_cast<std::size_t>(image->width());
@@ -223,7 +222,7 @@ private:
         return option ? option->as_object<Frame_Buffer>() : nullptr;
     }
 
-    // Stays where it is when the canvas moves.
+    // On the heap: the renderer keeps its address when the canvas moves.
     struct Presenter {
         std::function<void(const Presentation&)> show;
         const VT_Renderer_Data* renderer;
@@ -241,7 +240,7 @@ private:
         }
     };
 
-    // Renderers publish how to steer their depth buffer as values of options.
+    // Renderers publish the setters of depth test and depth writing as option values.
     template <class Setter> Setter setter(const char* name) const {
         const VT_Option* const option = renderer_->current_table.find(name);
         const Setter found = option ? option->as_setter<Setter>() : nullptr;
@@ -254,7 +253,7 @@ private:
     Module::Renderer renderer_;
     VT_Reference<VT_Rendition> rendition_;
     VT_Renderer_Options requested_;
-    VT_Reference<Frame_Buffer> depth_buffer_; // the renderer's, which it may drop when it cannot be established
+    VT_Reference<Frame_Buffer> depth_buffer_; // the renderer's; kept here because a failed establish may make it drop its own
     std::unique_ptr<Presenter> presenter_;
 };
 

@@ -1,4 +1,4 @@
-// Outcodes of points against a rectangle.
+// Outcodes of points relative to a rectangle.
 #include "host/clip.h"
 
 namespace {
@@ -8,7 +8,7 @@ std::uint16_t side(Coordinate value, Coordinate low, Coordinate high, std::uint1
     return value > high ? over : value < low ? under : std::uint16_t{0};
 }
 
-// No comparison holds for a coordinate that is no number, which thereby counts as inside.
+// NaN counts as inside, because every comparison with it is false.
 template <class Coordinate, class Point>
 std::int32_t clip(const VT_Int_Rectangle& rectangle, std::int32_t count, const Point* points, std::uint16_t* outcodes) {
     const auto left = static_cast<Coordinate>(rectangle.left);

@@ -20,7 +20,7 @@ void VT_Contour_Set::translate(float x, float y) noexcept {
     stamp();
 }
 
-// Masks are kept by the stamp of their contours, so the same question must give the same contours and not a fresh copy.
+// Masks have the serial number of their contours as key, so the same offset must give the same object, not a new copy.
 VT_Reference<const VT_Contour_Set> VT_Contour_Set::moved(VT_Int_Pair offset) const {
     return moved_copies_.find_or_make(*this, offset);
 }
@@ -44,17 +44,17 @@ VT_Reference<const VT_Contour_Set> VT_Contour_Set::Moved_Copies::find_or_make(co
 
 namespace {
 
-// The half plane that a way points into, so that each full turn of a contour passes each of the two once.
+// The half plane, upper or lower, of a direction. Each full turn of a contour enters both once.
 int half_plane(const VT_Point& from, const VT_Point& to) noexcept {
     return from.y < to.y || (from.y == to.y && from.x < to.x) ? 1 : -1;
 }
 
 } // namespace
 
-// Convex means: it never turns both ways, and all its turns together make one full turn. A contour that turns one way only but
-// winds around more than once points up and down again more often than one that closes after the first time.
+// Convex: all turns have the same direction and add up to one full turn. A contour that winds around several times changes
+// between upwards and downwards more often than twice.
 VT_Polygon_Rank VD_Rank_Polygon(std::int32_t count, const VT_Point* points) {
-    std::vector<VT_Point> corners; // without repeated points, which have no direction
+    std::vector<VT_Point> corners; // without consecutive equal points, between which there is no direction
     for (std::int32_t i = 0; i < count; ++i) {
         if (corners.empty() || corners.back().x != points[i].x || corners.back().y != points[i].y) {
             corners.push_back(points[i]);

@@ -1,13 +1,13 @@
-// Drawing as an application does it: through the renderer's slot when it is enabled and may get the call (slot_contracts.h), else
-// through the standard function.
+// The drawing functions. Each calls the renderer's slot when the slot is enabled and its contract (slot_contracts.h) admits the
+// arguments, else the standard function.
 //
-// Each drawing function is called in two ways:
+// There are two ways to call a drawing function:
 //
 //     VD_Draw_DCI_Polyline(renderer, rendition, count, points);   // the slot's own arguments, see actions.h
-//     VD_Draw_DCI_Polyline(canvas, points);                       // lists that know their length, see canvas.h
+//     VD_Draw_DCI_Polyline(canvas, points);                       // contiguous ranges, see canvas.h
 //
-// Lists are arrays, vectors, spans and the like. Should one of colours or pixels be too short, std::invalid_argument is thrown
-// and nothing drawn.
+// Ranges are arrays, vectors, spans and the like. When one of colours, parameters or pixels is too short, the function throws
+// std::invalid_argument and draws nothing.
 #pragma once
 
 #include <algorithm>
@@ -28,14 +28,14 @@
 
 namespace vorna {
 
-// What can be drawn on besides a renderer: whatever has one, and a rendition to draw with.
+// A type to draw on: it has a renderer and a rendition, as Canvas does.
 template <class Target>
 concept Drawing_Target = requires(Target& target) {
     { target.renderer() } -> std::same_as<VT_Renderer_Data&>;
     { target.rendition() } -> std::convertible_to<const VT_Rendition&>;
 };
 
-// What a drawing function draws, for what its signature does not tell: how many colours go with its points.
+// What a drawing function draws, which decides how many colours belong to its points.
 enum class Primitive { polyline, polytriangle, polygon, polymarker, other };
 
 constexpr Primitive primitive_of(std::string_view function) noexcept {
@@ -57,14 +57,14 @@ void draw_list(Drawing_Target auto& target, std::span<const Point> points, Argum
     Function{}(target.renderer(), target.rendition(), static_cast<std::int32_t>(points.size()), points.data(), arguments...);
 }
 
-// Pixels, palette indices or depths in memory, row after row, the highest first.
+// Colours, palette indices or depths in memory, row after row, the highest first.
 template <class Pixel> struct Pixel_Rows {
     std::span<const Pixel> pixels;
-    VT_Int_Pair size;        // columns and rows
-    std::int32_t stride = 0; // pixels from the start of one row to that of the next; 0 = as many as there are columns
+    VT_Int_Pair size;        // width and height in pixels
+    std::int32_t stride = 0; // pixels from the start of one row to the start of the next; 0 = the width
 };
 
-// Throws std::invalid_argument when rows of that size and stride are no image, or need more pixels than are given.
+// Throws std::invalid_argument for a negative size, a stride less than the width, and when `given` pixels are too few.
 inline void require_rows(VT_Int_Pair size, std::int64_t stride, std::size_t pixel_bytes, std::size_t given) {
     if (size.x < 0 || size.y < 0) {
         throw std::invalid_argument("an image has 0 or more columns and rows, not " + std::to_string(size.x) + " x " +
@@ -79,7 +79,7 @@ inline void require_rows(VT_Int_Pair size, std::int64_t stride, std::size_t pixe
     require_values("pixels", has_pixels ? static_cast<std::size_t>((size.y - 1) * stride + size.x) : 0, given);
 }
 
-// Rows that lie on device pixels, as far as these can be drawn.
+// The part of an image, placed on device pixels, that lies in a rectangle.
 template <class Pixel> struct Placed_Rows {
     // Throws as require_rows does.
     Placed_Rows(const VT_DCI_Point& top_left, const Pixel_Rows<Pixel>& rows, const VT_Int_Rectangle& drawable) {
@@ -99,7 +99,7 @@ template <class Pixel> struct Placed_Rows {
     }
 
     VT_Int_Rectangle part{0, -1, 0, -1}; // device pixels
-    const Pixel* first = nullptr;        // of the part's highest row
+    const Pixel* first = nullptr;        // the top left pixel of the part
     std::int32_t row_bytes;
 };
 
@@ -115,14 +115,14 @@ void draw_rows(Drawing_Target auto& target, const VT_DCI_Point& top_left, const 
     }
 }
 
-// How a function is called on a canvas, by its signature.
+// The calls on a canvas, by the signature of the slot.
 template <class Function, class Signature, Primitive primitive> struct Canvas_Calls;
 
 template <class Function, class Point, Primitive primitive> struct Canvas_Calls<Function, VT_Draw_Points<Point>, primitive> {
     void operator()(Drawing_Target auto& target, std::span<const Point> points) const { draw_list<Function>(target, points); }
 };
 
-// One colour a segment, triangle or marker, or one for all.
+// colors: one for each segment, triangle or marker. color: one for all.
 template <class Function, class Point, Primitive primitive> struct Canvas_Calls<Function, VT_Draw_Colorized<Point>, primitive> {
     void operator()(Drawing_Target auto& target, std::span<const Point> points, std::span<const VT_RGB32> colors) const {
         constexpr std::size_t fewer = primitive == Primitive::polyline ? 1 : primitive == Primitive::polytriangle ? 2 : 0;
@@ -134,7 +134,7 @@ template <class Function, class Point, Primitive primitive> struct Canvas_Calls<
     }
 };
 
-// One colour a point.
+// colors: one for each point.
 template <class Function, class Point, Primitive primitive> struct Canvas_Calls<Function, VT_Draw_Gouraud<Point>, primitive> {
     void operator()(Drawing_Target auto& target, std::span<const Point> points, std::span<const VT_RGB32> colors) const {
         require_values("colours", points.size(), colors.size());
@@ -142,7 +142,7 @@ template <class Function, class Point, Primitive primitive> struct Canvas_Calls<
     }
 };
 
-// In the rendition's colour, or in another one.
+// Without a color in the face colour of the rendition.
 template <class Function, class Point> struct Canvas_Calls<Function, VT_Draw_Polygon<Point>, Primitive::polygon> {
     void operator()(Drawing_Target auto& target, std::span<const Point> points) const {
         draw_list<Function>(target, points, nullptr);
@@ -152,7 +152,7 @@ template <class Function, class Point> struct Canvas_Calls<Function, VT_Draw_Pol
     }
 };
 
-// One colour and a pair of texture coordinates a point.
+// colors: one for each point. parameters: u and v of each point.
 template <class Function, class Point, Primitive primitive> struct Canvas_Calls<Function, VT_Draw_Textured<Point>, primitive> {
     void operator()(Drawing_Target auto& target, std::span<const Point> points, std::span<const VT_RGB32> colors,
                     std::span<const VT_Parameter> parameters) const {
@@ -162,7 +162,7 @@ template <class Function, class Point, Primitive primitive> struct Canvas_Calls<
     }
 };
 
-// In the rendition's line colour, or in another one.
+// Without a color in the line colour of the rendition.
 template <class Function> struct Canvas_Calls<Function, VT_Draw_Dot, Primitive::other> {
     void operator()(Drawing_Target auto& target, const VT_DCI_Point& point) const {
         Function{}(target.renderer(), target.rendition(), &point, nullptr);
@@ -172,8 +172,8 @@ template <class Function> struct Canvas_Calls<Function, VT_Draw_Dot, Primitive::
     }
 };
 
-// In the rendition's line colour, or in another one. Unlike the slot's centre the canvas's is a point in device coordinates.
-// Equal radii make a circle. Angles in radians, counter-clockwise.
+// The centre is a point in device coordinates, unlike that of the slot, which is a column and row of the buffer. Equal radii make
+// a circle. Angles are in radians, counter-clockwise. Without a color in the line colour of the rendition.
 template <class Function> struct Canvas_Calls<Function, VT_Draw_Ellipse, Primitive::other> {
     void operator()(Drawing_Target auto& target, const VT_DCI_Point& center, const VT_DCI_Point& radii, double start = 0,
                     double end = 2 * std::numbers::pi, double rotation = 0) const {
@@ -196,8 +196,8 @@ private:
     }
 };
 
-// Of palette indices, colours or depths, with the highest row at top_left.y; z is that of every pixel. Images and depths keep to
-// the hard clip. Throws std::invalid_argument for rows that are not all there.
+// Draw the part of an image of palette indices, colours or depths that lies in the hard clip. The highest row is at top_left.y;
+// all pixels have the depth top_left.z. Throw as require_rows does.
 template <class Function> struct Canvas_Calls<Function, VT_Draw_Index8_Image, Primitive::other> {
     void operator()(Drawing_Target auto& target, const VT_DCI_Point& top_left, const Pixel_Rows<std::uint8_t>& indices) const {
         draw_rows<Function>(target, top_left, indices);
@@ -231,7 +231,7 @@ template <class Function> struct Canvas_Calls<Function, VT_Draw_Image, Primitive
     }
 };
 
-// On the rendition's window rectangle, as far as it lies in the window.
+// Act on the part of the rendition's window rectangle that lies in the window.
 template <class Function> struct Canvas_Calls<Function, VT_Window_Action, Primitive::other> {
     void operator()(Drawing_Target auto& target) const {
         const VT_Reference<VT_Rendition> inside(new VT_Rendition(target.rendition()));
@@ -243,8 +243,8 @@ template <class Function> struct Canvas_Calls<Function, VT_Window_Action, Primit
     }
 };
 
-// A copy of device pixels, the top row first; null when there is no such buffer. Throws std::invalid_argument for an area that is
-// not inside the window.
+// Returns a copy of the area, in device pixels, the top row first; null when there is no such buffer. Throws
+// std::invalid_argument for an area that is not inside the window.
 template <class Function> struct Canvas_Calls<Function, VT_Read_Image, Primitive::other> {
     VT_Reference<VT_Shared_Image> operator()(Drawing_Target auto& target, const VT_Int_Rectangle& area) const {
         const VT_Int_Rectangle window = window_rectangle(target.renderer().current_renderer_options());
@@ -266,7 +266,7 @@ template <class Function> struct Canvas_Calls<Function, VT_Read_Image, Primitive
 
 } // namespace vorna
 
-// A drawing function. It has no state of its own.
+// The type of a drawing function; has no state.
 template <auto Slot, auto Standard, vorna::Primitive primitive> struct VT_Dispatch;
 
 template <class Signature, Action_Slot<Signature> VT_Action_Table::*Slot, auto Standard, vorna::Primitive primitive>

@@ -1,4 +1,4 @@
-// Cutting edges where they cross or touch.
+// Edges cut where they cross or touch.
 #include "vorna/edges.h"
 
 #include <algorithm>
@@ -8,17 +8,17 @@
 #include <queue>
 #include <set>
 
-// A sweep compares neighbours on the sweep line only: before two edges can cross, they are neighbours. An edge that has to be cut
-// goes on from the cut as if it began there. Where nothing had to be cut the order of the line was right throughout, because
-// all comparisons are exact, and no two edges meet but in ends. Rounding moves a cut, and with it the edges on both sides of
-// it, by its last digit; that may make a new crossing and a wrong order beside it, so after any cut the whole is swept again.
+// A sweep compares only neighbours on the sweep line, since edges are neighbours before they cross. A cut edge continues from the
+// cut as if it began there. Comparisons are exact, so a sweep that cuts nothing has had the right order throughout, and its edges
+// meet at their ends only. A cut is rounded, which moves the edges on both sides of it by up to one unit in the last place; this
+// may cause a new crossing or a wrong order next to it. Therefore the sweep is repeated after any cut.
 
 namespace vorna {
 
 namespace {
 
-// How crossings are rounded. In single precision corners are given out exactly as they were computed with, so that triangles
-// neither overlap nor part. Only crossings that crowd together within its last digits need more.
+// Precision to which crossings are rounded. In single precision the corners of triangles are exactly those of the computation, so
+// that triangles neither overlap nor leave gaps. Double precision is for crossings that single precision would merge.
 enum class Precision { single_precision, double_precision };
 
 Corner crossing(const Edge& a, const Edge& b, Precision precision) noexcept {
@@ -27,7 +27,7 @@ Corner crossing(const Edge& a, const Edge& b, Precision precision) noexcept {
     const double bx = b.high.x - b.low.x;
     const double by = b.high.y - b.low.y;
     const double t = ((b.low.x - a.low.x) * by - (b.low.y - a.low.y) * bx) / (ax * by - ay * bx);
-    const double part = std::fmin(std::fmax(t, 0.0), 1.0); // t is rounded, and no number where the edges are all but parallel
+    const double part = std::fmin(std::fmax(t, 0.0), 1.0); // t has rounding errors, and is NaN for nearly parallel edges
     const auto along = [part, precision](double from, double to) {
         const double value = from + (to - from) * part;
         return precision == Precision::single_precision ? static_cast<float>(value) : value;
@@ -44,7 +44,7 @@ public:
     Cutting_Sweep(const Swept_Edges& swept, Precision precision)
         : edges_(swept.edges), by_high_(swept.by_high), precision_(precision), states_(edges_.size(), {line_.end()}) {}
 
-    // True when an edge was cut; pieces() are then the edges to go on with.
+    // Returns true when an edge was cut; the next sweep then takes the edges of pieces().
     bool run() {
         while (next_high_ < by_high_.size()) {
             pass(next_corner());
@@ -55,7 +55,7 @@ public:
     std::vector<Edge>& pieces() noexcept { return pieces_; }
 
 private:
-    // What the line cuts of an edge: up to its next known cut.
+    // The part of an edge on the sweep line: up to its next known cut.
     struct Piece {
         mutable Corner low, high;
         mutable std::size_t edge;
@@ -65,11 +65,11 @@ private:
     using Place = Line::iterator;
 
     struct State {
-        Place place; // the line's end while the edge is not cut by it
+        Place place; // the end of the line while the edge is not on it
         bool waits_at_cut = false;
     };
 
-    // An edge ends for the time being, or goes on, in a corner that is none of its ends.
+    // An edge ends for now, or continues, in a corner that is not one of its ends.
     struct Cut {
         Corner corner;
         std::size_t edge;
@@ -89,7 +89,7 @@ private:
 
     bool is_on_line(std::size_t edge) const { return states_[edge].place != line_.end(); }
 
-    // Finds the edges that begin in the corner, and those on the line that end there.
+    // Finds the edges that begin in the corner, and those on the sweep line that end there.
     void collect(const Corner& corner) {
         beginning_.clear();
         ending_.clear();
@@ -119,7 +119,7 @@ private:
         return !is_before(corner, piece.low) && !is_before(piece.high, corner) && turn(piece.low, piece.high, corner) == 0;
     }
 
-    // The piece ends in the corner; its edge goes on from there unless that is its end.
+    // The piece ends in the corner; its edge continues from there unless the corner is its end.
     void leave_line(const Piece& piece, const Corner& corner) {
         const std::size_t edge = piece.edge;
         states_[edge].place = line_.end();
@@ -133,7 +133,7 @@ private:
         }
     }
 
-    // Both edges begin in one corner and go the same way.
+    // Both edges begin in one corner and have the same direction.
     void cancel(std::size_t a, std::size_t b) {
         changed_ = true;
         if (is_same(edges_[a].high, edges_[b].high)) {
@@ -173,7 +173,7 @@ private:
             leave_line(*place, corner);
         }
         for (const std::size_t edge : ending_) {
-            if (is_on_line(edge)) { // not beside the others, because rounding has disturbed the order
+            if (is_on_line(edge)) { // not adjacent to the others, because rounding has disturbed the order
                 const Place place = states_[edge].place;
                 leave_line(*place, corner);
                 last = place == last ? line_.erase(place) : (line_.erase(place), last);
@@ -199,7 +199,7 @@ private:
         cut_neighbours(last);
     }
 
-    // Cuts the piece and the one on its left where they cross. Whether they touch shows in the corner in which they do.
+    // Cuts the piece and its left neighbour where they cross. That they touch is noticed in the corner in which they do.
     void cut_neighbours(Place right) {
         if (right == line_.begin() || right == line_.end()) {
             return;
@@ -218,7 +218,7 @@ private:
         }
     }
 
-    // A crossing that rounds to an end of one edge only cuts the other; both have no end in common.
+    // A crossing that rounds to an end of one edge cuts only the other one; the two have no common end.
     void cut(Place place, const Corner& corner) {
         if (is_same(place->low, corner) || is_same(place->high, corner)) {
             return;
@@ -229,7 +229,7 @@ private:
             place->high = corner;
             cuts_.push({corner, edge});
         } else {
-            // A rounded cut may lie before the low end of an almost level edge, or after its high end. This sweep cannot go on
+            // A rounded cut may lie before the low end of an almost level edge, or after its high end. This sweep cannot continue
             // there.
             pieces_.emplace_back(place->low, corner);
             pieces_.emplace_back(corner, edges_[edge].high);
@@ -238,7 +238,7 @@ private:
         }
     }
 
-    std::vector<Edge> edges_; // low moves up to where the edge was cut last
+    std::vector<Edge> edges_; // low is the last cut
     const std::vector<std::size_t>& by_high_;
     Precision precision_;
     Line line_;
@@ -246,7 +246,7 @@ private:
     std::priority_queue<Cut, std::vector<Cut>, Comes_Later> cuts_;
     std::size_t next_low_ = 0;
     std::size_t next_high_ = 0;
-    std::vector<std::size_t> beginning_, ending_; // in the present corner
+    std::vector<std::size_t> beginning_, ending_; // in the current corner
     std::vector<Edge> pieces_;
     bool changed_ = false;
 };

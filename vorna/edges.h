@@ -1,4 +1,4 @@
-// Edges of contours that meet in common ends only, in the order of a sweep.
+// Edges of contours that meet at common ends only, in the order of a sweep.
 #pragma once
 
 #include <cstddef>
@@ -8,12 +8,12 @@
 
 namespace vorna {
 
-// A corner as it is seen along a projection. Double precision keeps crossings apart that single precision would merge.
+// A corner in the plane of a projection. Double precision separates crossings that single precision would merge.
 struct Corner {
     double x = 0, y = 0, depth = 0;
 };
 
-// The order of the sweep: upwards, and on one height to the right.
+// The order of the sweep: upwards, at equal heights to the right.
 inline bool is_before(const Corner& a, const Corner& b) noexcept {
     return a.y != b.y ? a.y < b.y : a.x < b.x;
 }
@@ -22,15 +22,15 @@ inline bool is_same(const Corner& a, const Corner& b) noexcept {
     return a.x == b.x && a.y == b.y;
 }
 
-// low comes before high.
+// low precedes high.
 struct Edge {
     Edge(const Corner& a, const Corner& b) noexcept : low(is_before(a, b) ? a : b), high(is_before(a, b) ? b : a) {}
 
     Corner low, high;
 };
 
-// Orders what the sweep line cuts, from left to right. Members keep the place that they are given and are never compared with
-// each other, so they may change as long as their place stays right; a corner finds the place where it lies.
+// Orders the edges on the sweep line from left to right. Two edges are never compared, only an edge and a corner: edges are
+// inserted at a known position, and may change as long as their order stays right.
 struct Left_To_Right {
     using is_transparent = void;
 
@@ -43,7 +43,7 @@ struct Left_To_Right {
     }
 };
 
-// Edges in the order in which a sweep meets their low ends, and in which it meets their high ones.
+// Edges in the order of their low ends, and their numbers in the order of their high ends.
 struct Swept_Edges {
     explicit Swept_Edges(std::vector<Edge> unordered);
 
@@ -51,7 +51,7 @@ struct Swept_Edges {
     std::vector<std::size_t> by_high;
 };
 
-// Cuts edges where they cross or touch. Edges that lie on each other cancel each other in pairs, as they make no border.
+// Cuts edges where they cross or touch. Two edges that coincide are both removed, since they border nothing by the even-odd rule.
 Swept_Edges meeting_in_ends_only(std::vector<Edge> edges);
 
 } // namespace vorna

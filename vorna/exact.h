@@ -1,4 +1,4 @@
-// Comparisons of products without rounding: what decides on which side of an edge a point lies.
+// Exact signs of differences of products, which decide on which side of an edge a point lies.
 #pragma once
 
 #include <array>
@@ -8,8 +8,9 @@
 
 namespace vorna {
 
-// What rounding took from the product a * b, exactly: Dekker's, with the factors split into halves of 26 bits after Veltkamp. Not
-// std::fma, which some run-time libraries round twice. For factors below 2^970 whose product's last bit does not underflow.
+// The exact rounding error of the product a * b, by the method of Dekker; the factors are split into halves of 26 bits by the
+// method of Veltkamp. Some run-time libraries round std::fma twice. For factors below 2^970 whose product has no bit that
+// underflows.
 inline double product_rest(double a, double b) noexcept {
     constexpr double splitter = 134217729; // 2^27 + 1
     const double a_part = splitter * a;
@@ -21,8 +22,8 @@ inline double product_rest(double a, double b) noexcept {
     return a_low * b_low - (((a * b - a_high * b_high) - a_low * b_high) - a_high * b_low);
 }
 
-// The sign of a * b - c * d, as if the products were not rounded. Rounding keeps order, so rounded products that differ decide;
-// equal ones are decided by what rounding took from each.
+// The sign of a * b - c * d without rounding error. Rounding is monotone, so different rounded products decide; for equal ones
+// their rounding errors decide.
 inline int compare_products(double a, double b, double c, double d) noexcept {
     const double left = a * b;
     const double right = c * d;
@@ -34,7 +35,7 @@ inline int compare_products(double a, double b, double c, double d) noexcept {
     return left_rest < right_rest ? -1 : left_rest > right_rest ? 1 : 0;
 }
 
-// A sum of doubles without rounding: parts that share no bits, each larger than all before it together.
+// An exact sum of doubles, as parts of increasing magnitude that have no bits in common.
 class Exact_Sum {
 public:
     void add(double value) noexcept {
@@ -67,7 +68,7 @@ private:
     std::size_t count_ = 0;
 };
 
-// What a - b is, and what rounding took from it.
+// The difference a - b and its rounding error.
 struct Exact_Difference {
     Exact_Difference(double a, double b) noexcept : rounded(a - b) {
         const double taken = a - rounded;
@@ -77,8 +78,8 @@ struct Exact_Difference {
     double rounded, rest;
 };
 
-// Positive when c lies left of the way from a to b, negative right of it, 0 on the line, without any error for all coordinates
-// of single precision and for the crossings between such points. Nearly always the rounded products are far enough apart.
+// Positive when c lies left of the line from a to b, negative right of it, 0 on it. Exact for coordinates of single precision and
+// for crossings of lines between such points. The rounded products nearly always differ enough to decide.
 template <class Point> int turn(const Point& a, const Point& b, const Point& c) noexcept {
     constexpr double half_unit = std::numeric_limits<double>::epsilon() / 2;
     constexpr double most_error = (3 + 16 * half_unit) * half_unit;

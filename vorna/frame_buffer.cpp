@@ -1,4 +1,4 @@
-// Frame buffers of the host's own.
+// The buffers that the host makes.
 #include "host/frame_buffer.h"
 
 #include <cstddef>
@@ -12,11 +12,11 @@
 
 namespace {
 
-// A cache line: no two rows share one, and a column's address modulo 8 is the column's own.
+// A cache line: rows share none, and a column has the same address modulo 8 in every row.
 constexpr std::int32_t row_alignment = 64;
 
-// An odd number of cache lines, so that the pixels of a column spread over all sets of a cache: with 120 or 1024 lines a row they
-// crowd into a few, and steep lines and narrow shapes take twice as long.
+// An odd number of cache lines, so that the pixels of a column are distributed over all sets of a cache. With 120 or 1024 lines
+// in a row they fall into a few sets, and steep lines and narrow shapes take twice as long.
 constexpr std::int32_t row_bytes(std::int32_t pixel_bytes) {
     const std::int32_t cache_lines = (pixel_bytes + row_alignment - 1) / row_alignment;
     return (cache_lines | 1) * row_alignment;

@@ -1,4 +1,4 @@
-// Images that host and renderer pass to each other.
+// VT_Shared_Image.
 #include <algorithm>
 #include <cstring>
 
@@ -24,7 +24,7 @@ VT_Shared_Image::VT_Shared_Image(std::int32_t width, std::int32_t height, Buffer
     }
 }
 
-// A copy owns its pixels, so that it cannot outlive memory that the original only borrows.
+// A copy owns its pixels: the memory that the original refers to may be freed before the copy.
 VT_Shared_Image::VT_Shared_Image(const VT_Shared_Image& other)
     : VT_Counted(other), width_(other.width_), height_(other.height_), format_(other.format_), row_bytes_(other.row_bytes_),
       bottom_up_(other.bottom_up_), owned_(std::make_unique<std::uint8_t[]>(size_of(other))), data_(owned_.get()) {

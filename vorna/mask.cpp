@@ -1,4 +1,4 @@
-// The complex-clip mask: even-odd over all contours, decided at pixel centres.
+// The mask of a clip region: even-odd rule over all contours, decided at pixel centres.
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -11,16 +11,16 @@
 #include "vorna/exact.h"
 #include "vorna/raster.h"
 
-// Every edge flips, on each row that it crosses, the bit of the first pixel that is not left of it. A pixel is then inside when
-// an odd number of bits up to its own is set, which one pass over the row finds: no list of edges, no sorting. An edge covers the
-// rows whose centres lie from its lower end on to below its upper one, so that a row through a vertex meets it once, and regions
-// that share an edge share no pixel and leave none out.
+// Each edge inverts, in each row that it crosses, the bit of the first pixel that is not left of it. A pixel is inside when an
+// odd number of inverted bits precedes or equals its own, which one pass over the row finds; no list of edges and no sorting is
+// needed. An edge covers the rows whose centres lie from its lower end, inclusive, to its upper end, exclusive. So a row through
+// a vertex meets it once, and two regions with a common edge neither share a pixel nor leave one out.
 
 namespace {
 
 constexpr unsigned first_bit = 0x80;
 
-// A contour goes on without a corner that is nowhere.
+// Corners that are not finite are left out of their contour.
 bool is_finite(const VT_Point& point) noexcept {
     return std::isfinite(point.x) && std::isfinite(point.y);
 }
@@ -29,27 +29,26 @@ struct Exact_Point {
     double x, y;
 };
 
-// An edge with its lower end first, whichever way its contour runs: both regions beside it then find the same crossings.
+// An edge with its lower end first, in whichever direction its contour runs: both regions at an edge find the same crossings.
 struct Upward_Edge {
     Upward_Edge(const VT_Point& a, const VT_Point& b) noexcept
         : low(a.y <= b.y ? Exact_Point{a.x, a.y} : Exact_Point{b.x, b.y}),
           high(a.y <= b.y ? Exact_Point{b.x, b.y} : Exact_Point{a.x, a.y}), slope((high.x - low.x) / (high.y - low.y)) {}
 
     Exact_Point low, high;
-    double slope; // of no use on a level edge, which crosses no row
+    double slope; // unused for a level edge, which crosses no row
 };
 
-// The first of count rows or columns whose centre, at origin + 0.5 and on, is at the value or beyond it; count when there is
-// none.
+// The first of count rows or columns whose centre, origin + i + 0.5, is not below the value; count when there is none.
 std::int32_t first_centre(double value, double origin, std::int32_t count) noexcept {
     return static_cast<std::int32_t>(std::clamp(std::ceil(value - (origin + 0.5)), 0.0, static_cast<double>(count)));
 }
 
-// The first of width columns whose centre is not left of the edge on the line at y.
+// The first of width columns whose centre at height y is not left of the edge.
 std::int32_t first_column(const Upward_Edge& edge, double y, double origin, std::int32_t width) noexcept {
     const double x = edge.low.x + edge.slope * (y - edge.low.y);
     std::int32_t column = first_centre(x, origin, width);
-    // Rounding moves x by less than this, and only a centre so near to x needs an exact look.
+    // A bound of the rounding error of x; only a centre nearer to x than that needs an exact test.
     const double most_error = 1e-15 * (std::abs(edge.low.x) + std::abs(edge.high.x) + std::abs(origin) + width);
     const double centres = x - (origin + 0.5);
     if (std::abs(centres - std::nearbyint(centres)) > most_error) {
@@ -78,7 +77,7 @@ void flip_crossings(const Upward_Edge& edge, Frame_Buffer& raster, VT_Int_Pair s
     }
 }
 
-// Turns flips into the mask: a bit is set where the number of flips up to it is even.
+// Turns inverted bits into the mask: a bit is set where the number of inverted bits up to it is even.
 void mask_outside(std::uint8_t* bytes, std::int32_t count) noexcept {
     unsigned outside = 0xFF;
     for (std::int32_t i = 0; i < count; ++i) {
@@ -110,7 +109,7 @@ void Frame_Buffer_Mask::establish_configuration(std::int32_t width, std::int32_t
 }
 
 void Frame_Buffer_Mask::clear_and_rasterize_mask(const VT_Contour_Set& contours) {
-    // The key comes last: a mask that is only half made must not be found again.
+    // The key is set last: after an exception, a half finished mask must not be found.
     key_ = 0;
     if (!raster_) {
         key_ = contours.serial();

@@ -1,4 +1,4 @@
-// Loading of renderer modules.
+// Renderer modules, loaded at run time.
 #include "vorna/module.h"
 
 #include <exception>
@@ -29,7 +29,7 @@ constexpr const char* create_name = "VD_Renderer";
 constexpr const char* unload_name = "VD_Unload_KRB_Renderer";
 constexpr const char* module_file = "krb.vrd";
 
-// The loader searches its own directories for names without a directory; a path is meant as it stands.
+// The loader searches its own directories for names without a directory; here such a name is relative to the current folder.
 std::filesystem::path absolute_path(const std::string& name) {
     const std::filesystem::path path = std::u8string(name.begin(), name.end());
     std::error_code ignored;
@@ -37,7 +37,7 @@ std::filesystem::path absolute_path(const std::string& name) {
     return ignored ? path : absolute;
 }
 
-// UTF-8 on Windows, as the constructor takes it.
+// UTF-8 on Windows, as the constructor expects.
 std::string text_of(const std::filesystem::path& path) {
     const std::u8string text = path.u8string();
     return {text.begin(), text.end()};
@@ -57,7 +57,7 @@ void* open_library(const std::string& path) {
     return LoadLibraryExW(absolute_path(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
-// The system looks itself.
+// The loader of this system checks the file itself.
 bool is_cut_off(const std::filesystem::path&) {
     return false;
 }
@@ -76,7 +76,7 @@ std::filesystem::path folder_of_this_library() {
 }
 
 template <class Function> Function* find_entry_point(void* library, const char* name) {
-    // Through a plain pointer: the system declares functions of another type than they have.
+    // Through a void pointer: the system declares the function with another type than it has.
     return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name)));
 }
 
@@ -87,8 +87,8 @@ std::string last_error() {
     return message ? message : "unknown reason";
 }
 
-// Whether a file ends before what it says is in it. The loader maps that unseen, and the system ends a process that touches what
-// lies beyond the end. All else that may be wrong with a file is left to the loader.
+// Whether the file is shorter than its headers say. The loader maps it without a check, and access beyond the end of the file
+// ends the process. The loader detects all other faults.
 bool is_cut_off(const std::filesystem::path& path) {
     std::error_code none;
     if (!std::filesystem::is_regular_file(path, none)) {
@@ -125,7 +125,7 @@ std::filesystem::path folder_of_this_library() {
     if (dladdr(reinterpret_cast<void*>(&folder_of_this_library), &library) == 0) {
         return {};
     }
-    // The loader knows the library by the name it was asked for, which may be a link.
+    // The loader may know the library by the name of a symbolic link.
     std::error_code ignored;
     const std::filesystem::path path = std::filesystem::canonical(library.dli_fname, ignored);
     return (ignored ? absolute_path(library.dli_fname) : path).parent_path();
@@ -140,7 +140,7 @@ template <class Function> Function* find_entry_point(void* library, const char* 
 } // namespace
 
 Module::Module(const std::string& path) {
-    // The loader would take the program itself.
+    // For an empty path the loader opens the program itself.
     if (path.empty()) {
         throw std::runtime_error("\"\": not loadable as a renderer module: the path is empty");
     }
@@ -179,7 +179,7 @@ Module::~Module() {
 
 Module::Renderer Module::create_renderer(const VT_Renderer_Data& prototype) const {
     const VT_Renderer_Data* const given = &prototype;
-    // What is thrown belongs to the module, which may be closed before it is caught for good.
+    // Exceptions thrown by the module refer to its code, and the module may be closed while they are alive.
     std::string message;
     try {
         return Renderer(create_(given), Unload{unload_});

@@ -10,11 +10,11 @@
 
 namespace vorna {
 
-// A loaded module. Renderers must be destroyed before it, or before the one that it was moved into; one that was moved from can
-// only be given another one, or go.
+// A loaded module. It must outlive its renderers. A module that was moved from may only be assigned to or destroyed; the one that
+// it was moved to takes its place.
 class VORNA_API Module {
 public:
-    // Opens the module and finds its entry points. The path is UTF-8 on Windows. Throws std::runtime_error with one line that
+    // Opens the module and finds its entry points. path: UTF-8 on Windows. Throws std::runtime_error whose message, one line,
     // names the file and the reason.
     explicit Module(const std::string& path);
     Module(Module&& other) noexcept;
@@ -27,13 +27,14 @@ public:
     };
     using Renderer = std::unique_ptr<VT_Renderer_Data, Unload>;
 
-    // A renderer made from the prototype, or from one with the host's own callbacks. Throws std::bad_alloc, and
-    // std::invalid_argument when the environment asks for what the module lacks (see entry_points.h).
+    // A renderer with the options and callbacks of the prototype, or with the defaults. Throws std::bad_alloc, and
+    // std::invalid_argument when the environment variable KRB_KERNELS names a kernel set that cannot run here.
     Renderer create_renderer(const VT_Renderer_Data& prototype) const;
     Renderer create_renderer() const;
 
-    // The path of the module krb.vrd that was built or installed with this library: beside it, or in the folder vorna below. It
-    // is looked for at each call, so that an installation may move as a whole. Throws std::runtime_error that names both places.
+    // The path of the module krb.vrd that was built or installed with this library: in the folder of the library, or in the
+    // folder vorna there. Each call looks again, so that an installed tree can be moved. Throws std::runtime_error that names
+    // both folders.
     static std::string installed_path();
 
 private:

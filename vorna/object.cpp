@@ -3,6 +3,6 @@
 
 #include "vorna/stock_patterns.h"
 
-// Both exist before any code runs, so that objects can be made while other globals are constructed.
+// Constant-initialised, so that objects can be made during the initialisation of other globals.
 constinit VT_Vorna VORNA;
 constinit const VT_Shared_Data SHARED = vorna::make_shared_data();

@@ -18,7 +18,7 @@ std::vector<VT_RGB32> default_colors() {
         colors.push_back(
             {channel(i % cube_levels), channel(i / cube_levels % cube_levels), channel(i / cube_levels / cube_levels), 255});
     }
-    // Forty steps between black and white, which the cube already has.
+    // Forty greys between black and white, which the cube contains.
     constexpr std::int32_t steps = most_colors - cube_size + 1;
     for (std::int32_t i = 1; i < steps; ++i) {
         const auto grey = static_cast<std::uint8_t>((2 * 255 * i + steps) / (2 * steps));

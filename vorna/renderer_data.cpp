@@ -1,11 +1,11 @@
-// The renderer base: the host's callbacks and the steps around a renderer's own hooks.
+// The base class of renderers: default callbacks and the steps around the functions of a renderer.
 #include "host/renderer_data.h"
 
 #include <algorithm>
 
 namespace {
 
-// A window without pixels or beyond the largest buffer gets none; renderers then draw nothing.
+// The default callback. Makes no buffer for sizes outside 1 to 16384; renderers then draw nothing.
 void create_buffer(void*, std::int32_t width, std::int32_t height, const Buffer_Format* format,
                    VT_Reference<Frame_Buffer>& buffer) {
     buffer = nullptr;

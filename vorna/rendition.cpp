@@ -1,8 +1,6 @@
 // Renditions.
 #include "host/rendition.h"
 
-#include <algorithm>
-
 void VT_Rendition::set_color(VT_RGB32 color) noexcept {
     face.color = color;
     line.color = color;
@@ -15,14 +13,7 @@ void VT_Rendition::set_contrast_color(VT_RGB32 color) noexcept {
 }
 
 void VT_Rendition::set_hard_clip_unrestricted(const VT_Int_Rectangle& rectangle, bool restrict) noexcept {
-    const VT_Int_Rectangle before = clip.hard_clip;
-    clip.hard_clip = rectangle;
-    if (restrict) {
-        clip.hard_clip.left = std::max(rectangle.left, before.left);
-        clip.hard_clip.right = std::min(rectangle.right, before.right);
-        clip.hard_clip.bottom = std::max(rectangle.bottom, before.bottom);
-        clip.hard_clip.top = std::min(rectangle.top, before.top);
-    }
+    clip.hard_clip = restrict ? vorna::common_part(rectangle, clip.hard_clip) : rectangle;
 }
 
 VT_Reference<const VT_Contour_Set> VT_Rendition::shifted_complex_clip() const {

@@ -1,5 +1,5 @@
-// What slots may be given. Renderers trust their callers in some slots and look at nothing there; an application's numbers are
-// looked at here, on their way to the slot. What a slot may not get goes to the standard function, which cuts it.
+// Which arguments the slots accept. Some slots of a renderer do not check their arguments; the drawing functions check them by
+// these contracts. What a slot does not accept goes to the standard function, which clips it.
 //
 //     draw_dci_polyline, …colorized…, …gouraud…     points at most 32767 columns and rows from the window
 //     draw_dci_dot                                  a point in the window
@@ -8,10 +8,10 @@
 //     write_depth_rectangle                         a rectangle that leaves the window to the right only
 //     read_color_image, read_depth_image,
 //     clear_depth_rectangle                         a rectangle in the window
-//     draw_2di_polyline                             no wide line with line types, whose corners join as a whole only
+//     draw_2di_polyline                             no wide line with line types, because joins need the whole line
 //     all others                                    anything
 //
-// Slots that something else than the renderer owns, such as a recorder, get every call and pass it on by the same way.
+// A slot whose owner is not the renderer, such as a recorder's, gets every call and passes it on through the drawing function.
 #pragma once
 
 #include <algorithm>
@@ -19,44 +19,14 @@
 #include <cstdint>
 
 #include "host/actions.h"
+#include "host/attributes.h"
 #include "host/renderer_data.h"
 #include "host/rendition.h"
+#include "host/window.h"
 
 namespace vorna {
 
-// Device coordinates of the window's lower left pixel.
-inline VT_Int_Pair window_origin(const VT_Renderer_Options& options) noexcept {
-    return options.local_coordinates() ? VT_Int_Pair{} : options.window_origin();
-}
-
-// The window in device coordinates. Empty where renderers draw nothing, which is farther away than differences of coordinates
-// reach.
-inline VT_Int_Rectangle window_rectangle(const VT_Renderer_Options& options) noexcept {
-    constexpr std::int64_t farthest = 0x40000000;
-    const VT_Int_Pair origin = window_origin(options);
-    const VT_Int_Pair size = options.window_size();
-    const auto is_near = [](std::int64_t first, std::int64_t length) { return first >= -farthest && first + length <= farthest; };
-    if (!is_near(origin.x, size.x) || !is_near(origin.y, size.y)) {
-        return {0, -1, 0, -1};
-    }
-    return {origin.x, origin.x + size.x - 1, origin.y, origin.y + size.y - 1};
-}
-
-constexpr bool contains(const VT_Int_Rectangle& rectangle, std::int64_t x, std::int64_t y) noexcept {
-    return x >= rectangle.left && x <= rectangle.right && y >= rectangle.bottom && y <= rectangle.top;
-}
-
-// Lines that the first of their types draws in two passes, the lower one wider.
-inline bool is_cased(const VT_Line_Attributes& line) noexcept {
-    return line.line_types && !line.line_types->types.empty() && line.line_types->types.front() &&
-           line.line_types->types.front()->kind == 7;
-}
-
-inline bool has_line_types(const VT_Line_Attributes& line) noexcept {
-    return line.line_types && !(line.line_types == VT_Line_Type_Set::None);
-}
-
-// Each says by admits(renderer, rendition, arguments of the slot) whether the slot may get a call.
+// The contracts. admits(renderer, rendition, arguments of the slot): whether the slot accepts the call.
 struct Any_Call {
     static constexpr bool admits(const auto&...) noexcept { return true; }
 };
@@ -64,7 +34,7 @@ struct Any_Call {
 struct Points_Near_Window {
     static bool admits(VT_Renderer_Data& renderer, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points,
                        const auto&...) {
-        constexpr std::int32_t farthest = 32767;
+        constexpr std::int32_t farthest = most_window_pixels;
         const VT_Int_Rectangle window = window_rectangle(renderer.current_renderer_options());
         const auto low_x = static_cast<std::uint32_t>(window.left - farthest);
         const auto low_y = static_cast<std::uint32_t>(window.bottom - farthest);
@@ -85,7 +55,7 @@ struct Point_In_Window {
     }
 };
 
-// The centre is a column and row of the buffer.
+// The centre is a column and row of the buffer, not a device point.
 struct Shape_In_Clip {
     static bool admits(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point* center,
                        const VT_DCI_Point* radii, double, double, double rotation, const auto&...) {
@@ -96,7 +66,7 @@ struct Shape_In_Clip {
         double a = std::abs(double(radii->x));
         double b = std::abs(double(radii->y));
         if (rotation != 0) {
-            // Angles that went through single precision still turn axes into axes.
+            // Rotations by a right angle may have been rounded to single precision.
             constexpr double tolerance = 1e-3;
             const double cosine = std::cos(rotation);
             const double sine = std::sin(rotation);
@@ -117,7 +87,7 @@ struct Plain_Arc_In_Clip {
     }
 };
 
-// Renderers cut the right side themselves.
+// Renderers clip the right side themselves.
 struct Rectangle_In_Window_But_For_Its_Right {
     static bool admits(VT_Renderer_Data& renderer, const VT_Rendition&, const VT_DCI_Point* top_left,
                        const VT_DCI_Point* bottom_right, const auto&...) {

@@ -1,4 +1,4 @@
-// The ordered-dither thresholds and the stock face patterns, computed from their rules.
+// The thresholds of the ordered dither and the stock face patterns.
 #pragma once
 
 #include <cstdint>
@@ -7,11 +7,10 @@
 
 namespace vorna {
 
-inline constexpr int cell_count = 8; // thresholds and stock patterns repeat every eight cells
+inline constexpr int cell_count = 8; // the period of thresholds and stock patterns
 
-// Rank of cell (a, b) in the recursive ordering that spreads each further cell as far from the earlier ones as it goes:
-// M(2n) = [[4M, 4M+2], [4M+3, 4M+1]]. The low bit of a coordinate picks the place in the innermost 2 x 2 square, which
-// carries the heaviest weight.
+// Rank of cell (a, b) in the Bayer matrix, M(2n) = [[4M, 4M+2], [4M+3, 4M+1]]: each further cell lies as far as possible from the
+// preceding ones. The low bits of the coordinates choose the cell of the innermost 2 x 2 matrix, which has the largest weight.
 constexpr int bayer_rank(int a, int b) {
     int rank = 0;
     int weight = 1;

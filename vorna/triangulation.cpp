@@ -11,10 +11,10 @@
 #include "host/contour.h"
 #include "vorna/edges.h"
 
-// Edges are first cut where they cross or touch, so that afterwards they meet in common ends only. A sweep over their ends, from
-// low to high, then cuts the inside into pieces that are monotone in that direction and each piece into triangles. Apart from
-// crossings every corner of a triangle is a corner of a contour: triangles that share an edge share its ends to the bit, and a
-// renderer that draws each pixel of two adjoining triangles once does so here.
+// Edges are cut first where they cross or touch, so that they meet at common ends only. A sweep over the ends, from low to high,
+// then divides the area inside into pieces that are monotone in that direction, and each piece into triangles. Apart from
+// crossings every corner of a triangle is a corner of a contour: triangles with a common edge have exactly the same ends there,
+// so that a renderer draws each of their pixels once.
 
 namespace {
 
@@ -23,7 +23,7 @@ using vorna::Edge;
 using vorna::is_same;
 using vorna::turn;
 
-// Sees the plane of the two axes that the direction is least along, turned so that their order is kept.
+// Projects to the two axes along which the direction is shortest, in the orientation that keeps their order.
 class Projection {
 public:
     explicit Projection(const VT_Vector& direction) noexcept {
@@ -88,15 +88,15 @@ std::vector<Edge> edges_of(const std::vector<VT_Contour_Set::Contour>& contours,
     return edges;
 }
 
-// Corners that wait to be cut off, in chains from the highest down to the lowest.
+// Corners that are not yet cut off, in chains from the highest to the lowest.
 struct Waiting_Corner {
     Corner corner;
     std::uint32_t below;
 };
 
-// Where triangles go, and the corners of those that are still to come.
+// The callback, and the corners of triangles that remain.
 struct Output {
-    // Counterclockwise; a triangle without an area is none.
+    // Counter-clockwise; triangles without area are left out.
     void emit(const Corner& a, const Corner& b, const Corner& c) const {
         const int side = turn(a, b, c);
         if (side != 0) {
@@ -114,7 +114,8 @@ struct Output {
 
 enum class Side { left, right };
 
-// A piece that every level line cuts once. Its corners come from low to high; what cannot be cut off yet waits on one side.
+// A piece that every level line crosses in one segment. Its corners come from low to high; those not cut off yet wait on one
+// side.
 class Monotone_Piece {
 public:
     Monotone_Piece(const Corner& lowest, Output& out) { wait(lowest, nothing, out); }
@@ -127,7 +128,7 @@ public:
             finish(corner, out);
             wait(last(out), nothing, out);
         }
-        // On its own side the corner cuts off every corner before it that bulges out.
+        // On its own side, the corner cuts off every preceding corner that is convex.
         const int bulge = side == Side::left ? -1 : 1;
         for (std::uint32_t below = out.waiting[top_].below; below != nothing; below = out.waiting[top_].below) {
             if (turn(out.waiting[below].corner, out.waiting[top_].corner, corner) != bulge) {
@@ -140,7 +141,7 @@ public:
         side_ = side;
     }
 
-    // The corner sees all that wait: the highest corner, or one across the piece.
+    // The corner sees all that wait: it is the highest one, or on the opposite side.
     void finish(const Corner& corner, const Output& out) const {
         for (std::uint32_t i = top_; out.waiting[i].below != nothing; i = out.waiting[i].below) {
             out.emit(out.waiting[out.waiting[i].below].corner, out.waiting[i].corner, corner);
@@ -159,8 +160,8 @@ private:
     Side side_ = Side::left;
 };
 
-// The inside between two neighbouring edges of the sweep: one piece, or two side by side that met in a corner below which no edge
-// parts them any more. The next corner seen decides where that gap closes.
+// The area inside between two neighbouring edges of the sweep: one piece, or two pieces that have met in a corner where the edges
+// between them end. The next corner visible from there decides where they are joined.
 class Region {
 public:
     explicit Region(const Monotone_Piece& piece) : left_(piece) {}
@@ -183,10 +184,10 @@ public:
         }
     }
 
-    // The corner lies inside: what is left of it stays here, what is right of it is returned.
+    // The corner lies inside: the area left of it stays here, the area right of it is returned.
     Region split(const Corner& corner, Output& out) {
         if (!right_) {
-            // The last corner and this one see each other, and a new piece begins on the side where the last corner lies.
+            // The last corner sees this one, and a new piece begins on the side where the last corner lies.
             right_.emplace(left_.last(out), out);
             if (left_.side() == Side::left) {
                 std::swap(left_, *right_);
@@ -199,7 +200,7 @@ public:
         return right;
     }
 
-    // Both regions have been touched by the corner in which the edges between them end.
+    // Both regions touch the corner in which the edges between them end.
     void join(const Region& right) { right_ = right.left_; }
 
 private:
@@ -207,14 +208,14 @@ private:
     std::optional<Monotone_Piece> right_;
 };
 
-// The edges that the sweep line cuts, from left to right. Inside lies between the first and the second of them, the third and the
-// fourth, and so on; the left one of each two holds the region.
+// The edges on the sweep line, from left to right. Inside lies between the first and the second of them, the third and the
+// fourth, and so on; the left edge of each pair holds the region.
 class Sweep {
 public:
     Sweep(std::size_t edges, Output& out) : places_(edges, line_.end()), out_(out) {}
 
-    // The numbers of the edges that end in the corner, and of those that begin there, in any order. False when the edges do not
-    // lie in order, which takes crossings that the coordinates' precision cannot keep apart.
+    // The numbers of the edges that end and that begin in the corner, in any order. Returns false when the edges are not in
+    // order, which happens for crossings that the precision of the coordinates cannot separate.
     bool pass(const Corner& corner, const std::vector<std::size_t>& ending, std::vector<std::size_t>& beginning,
               const std::vector<Edge>& edges) {
         Place first = ending.empty() ? line_.lower_bound(corner) : places_[ending.front()];
@@ -267,7 +268,7 @@ private:
     using Line = std::multiset<Cut_Edge, vorna::Left_To_Right>;
     using Place = Line::iterator;
 
-    // Takes the corner into the regions around it; returns the one on its right, whose left edge changes here.
+    // Adds the corner to the regions around it; returns the region on its right, whose left edge changes here.
     std::optional<Region> end_regions(const Corner& corner, Region* before, Place first, Place last) {
         if (before && first == last) {
             return before->split(corner, out_);

@@ -1,4 +1,4 @@
-// The release, as the library knows it.
+// The version of the loaded library.
 #include "vorna/version.h"
 
 const char* vorna::version() noexcept {

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "host/polygon_clip.h"
+
 namespace vorna::drawing::map {
 namespace {
 
@@ -79,20 +81,12 @@ struct Side {
     }
 };
 
-// Sutherland-Hodgman. What the cut joins along the side runs there and back, which an even-odd fill does not see.
 Path cut_ring(const Path& ring, const Side& side) {
     Path kept;
-    for (std::size_t i = 0; i < ring.size(); ++i) {
-        const Position& from = ring[i];
-        const Position& to = ring[(i + 1) % ring.size()];
-        const double here = side.distance(from), there = side.distance(to);
-        if (here >= 0) {
-            kept.push_back(from);
-        }
-        if ((here < 0 && there > 0) || (here > 0 && there < 0)) {
-            kept.push_back(side.crossing(from, to));
-        }
-    }
+    clip_polygon_at_side(
+        ring, ring.size(), [&side](Position p) { return side.distance(p); },
+        [&side](Position from, double, Position to, double) { return side.crossing(from, to); },
+        [&kept](Position corner) { kept.push_back(corner); });
     return kept;
 }
 

@@ -1,6 +1,8 @@
 // Triangles and segments cut against the view volume, plane by plane.
 #include "drawing/model/clipper.h"
 
+#include "host/polygon_clip.h"
+
 namespace vorna::drawing::model {
 namespace {
 
@@ -47,19 +49,12 @@ Clip_Vertex crossing(const Clip_Vertex& inside, double inside_distance, const Cl
 
 Clip_Polygon clip_polygon(const Clip_Polygon& polygon, std::uint8_t plane) noexcept {
     Clip_Polygon kept;
-    for (std::size_t i = 0; i < polygon.count; ++i) {
-        const Clip_Vertex& from = polygon.vertices[i];
-        const Clip_Vertex& to = polygon.vertices[(i + 1) % polygon.count];
-        const double from_distance = distance_inside(from.point, plane), to_distance = distance_inside(to.point, plane);
-        if (from_distance >= 0) {
-            kept.vertices[kept.count++] = from;
-            if (to_distance < 0) {
-                kept.vertices[kept.count++] = crossing(from, from_distance, to, to_distance);
-            }
-        } else if (to_distance >= 0) {
-            kept.vertices[kept.count++] = crossing(to, to_distance, from, from_distance);
-        }
-    }
+    clip_polygon_at_side(
+        polygon.vertices, polygon.count, [plane](const Clip_Vertex& vertex) { return distance_inside(vertex.point, plane); },
+        [](const Clip_Vertex& from, double here, const Clip_Vertex& to, double there) {
+            return here > 0 ? crossing(from, here, to, there) : crossing(to, there, from, here);
+        },
+        [&kept](const Clip_Vertex& vertex) { kept.vertices[kept.count++] = vertex; });
     return kept;
 }
 

@@ -74,10 +74,6 @@ std::int32_t pixels_beside(const Edge_Settings& settings) {
     return settings.width / 2 + (settings.smoothed ? 1 : 0);
 }
 
-bool lies_in(const VT_Int_Rectangle& rectangle, const VT_DCI_Point& p) {
-    return rectangle.left <= p.x && p.x <= rectangle.right && rectangle.bottom <= p.y && p.y <= rectangle.top;
-}
-
 // A look at the depths of a window.
 class Depths {
 public:
@@ -110,7 +106,7 @@ public:
     }
 
     void keep(std::int32_t x, std::int32_t y) {
-        if (buffer_ && lies_in(window_, {x, y, 0})) {
+        if (buffer_ && contains(window_, x, y)) {
             std::uint8_t* pixel = buffer_->rows[y - origin_.y] + 4 * std::ptrdiff_t{x - origin_.x};
             std::uint32_t color;
             std::memcpy(&color, pixel, 4);
@@ -174,7 +170,7 @@ public:
         } else if (std::max(std::abs(to.x - from.x), std::abs(to.y - from.y)) > longest_seen_whole) {
             finish_polyline();
             draw_visible_part(from, to, color);
-        } else if (lies_in(window_, from) && lies_in(window_, to)) {
+        } else if (contains(window_, from.x, from.y) && contains(window_, to.x, to.y)) {
             draw_visible(from, to, color);
         } else {
             finish_polyline(); // too far from the tile to be seen in it
@@ -260,7 +256,7 @@ private:
         std::int32_t shown = first; // where the next hidden stretch may begin
         for (std::int32_t i = first; i < end; ++i) {
             const VT_DCI_Point p = place(i);
-            if (!lies_in(window_, p) || p.z > depths_->at(p.x, p.y)) {
+            if (!contains(window_, p.x, p.y) || p.z > depths_->at(p.x, p.y)) {
                 continue;
             }
             if (i - shown > longest_gap || shown == first) {

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "drawing/model/vectors.h"
+#include "host/strip.h"
 #include "vorna/draw.h"
 
 namespace vorna::drawing::model {
@@ -233,15 +234,14 @@ private:
         if (polygon.count < 3) {
             return;
         }
-        // A convex polygon as a strip: from its first vertex to and fro between its two sides.
         std::array<VT_DCI_Point, 9> points;
         std::array<VT_RGB32, 9> colors;
-        for (std::size_t i = 0; i < polygon.count; ++i) {
-            const Clip_Vertex& vertex = polygon.vertices[i % 2 ? (i + 1) / 2 : (polygon.count - i / 2) % polygon.count];
-            points[i] = scene_.device_point(vertex, place);
-            colors[i] = vertex.color;
-        }
         const auto count = static_cast<std::int32_t>(polygon.count);
+        for (std::int32_t i = 0; i < count; ++i) {
+            const Clip_Vertex& vertex = polygon.vertices[static_cast<std::size_t>(strip_order(i, count))];
+            points[static_cast<std::size_t>(i)] = scene_.device_point(vertex, place);
+            colors[static_cast<std::size_t>(i)] = vertex.color;
+        }
         if (scene_.unlit_) {
             VD_Draw_DCI_Polytriangle(renderer_, rendition_, count, points.data());
         } else if (scene_.flat_) {

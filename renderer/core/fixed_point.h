@@ -6,8 +6,6 @@
 
 #include <cstdint>
 
-#include "host/rounding.h"
-
 namespace krb {
 
 constexpr std::int32_t wrapping_add(std::int32_t a, std::int32_t b) noexcept {
@@ -85,7 +83,5 @@ private:
         }
     }
 };
-
-using vorna::rounded_coordinate;
 
 } // namespace krb

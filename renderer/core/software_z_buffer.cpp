@@ -1,8 +1,7 @@
 // The renderer object: construction, options, buffers and merge-control colours.
 #include "renderer/core/software_z_buffer.h"
 
-#include <algorithm>
-
+#include "host/window.h"
 #include "renderer/core/actions.h"
 #include "renderer/core/fixed_point.h"
 #include "renderer/core/pixel_combine.h"
@@ -10,14 +9,6 @@
 namespace krb {
 
 namespace {
-
-// Columns and rows of a window fit 16.16, and differences of the coordinates in it and in a guard band around it fit 32 bits.
-// Other windows get no buffers, so that nothing is drawn.
-bool can_be_drawn(std::int32_t origin, std::int32_t size) noexcept {
-    constexpr std::int32_t most = 32767;
-    constexpr std::int64_t farthest = 0x40000000;
-    return size <= most && origin >= -farthest && std::int64_t{origin} + size <= farthest;
-}
 
 void set_z_write(VT_Renderer_Data& renderer, bool value) {
     renderer_of(renderer).z_write = value ? 1 : 0;
@@ -148,7 +139,7 @@ std::int32_t Software_Z_Buffer::establish() {
 void Software_Z_Buffer::establish_buffers() {
     const VT_Renderer_Options& options = current_options;
     const VT_Int_Pair size = options.window_size();
-    window_origin = options.local_coordinates() ? VT_Int_Pair{} : options.window_origin();
+    window_origin = vorna::window_origin(options);
     if (palette().color_cube()) {
         color_cube = *palette().color_cube();
     }
@@ -157,7 +148,7 @@ void Software_Z_Buffer::establish_buffers() {
         palette_pixels[i] = palette().color(static_cast<std::uint8_t>(i));
     }
 
-    if (!can_be_drawn(window_origin.x, size.x) || !can_be_drawn(window_origin.y, size.y)) {
+    if (!vorna::is_drawable_window(window_origin, size)) {
         color_buffer = nullptr;
         depth_buffer = nullptr;
         window_size = size;
@@ -235,17 +226,11 @@ void Software_Z_Buffer::establish_target() {
 }
 
 VT_Int_Rectangle Software_Z_Buffer::window_rectangle() const noexcept {
-    const auto last = [](std::int32_t from, std::int32_t size) {
-        return static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{from} + size - 1, INT32_MAX));
-    };
-    return {window_origin.x, last(window_origin.x, window_size.x), window_origin.y, last(window_origin.y, window_size.y)};
+    return vorna::rectangle_of(window_origin, window_size);
 }
 
 VT_Int_Rectangle Software_Z_Buffer::visible_rectangle(const VT_Rendition& rendition) const noexcept {
-    const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
-    const VT_Int_Rectangle window = window_rectangle();
-    return {std::max(clip.left, window.left), std::min(clip.right, window.right), std::max(clip.bottom, window.bottom),
-            std::min(clip.top, window.top)};
+    return vorna::common_part(rendition.clip.hard_clip, window_rectangle());
 }
 
 std::int32_t Software_Z_Buffer::update(const VT_Int_Rectangle& rectangle) {

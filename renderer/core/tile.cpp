@@ -3,11 +3,13 @@
 
 #include <algorithm>
 
+#include "host/window.h"
+
 namespace krb {
 
 namespace {
 
-constexpr std::int64_t guard_distance = 0x40000000;
+constexpr std::int64_t guard_distance = vorna::farthest_window_side;
 
 std::int32_t clamped_to_int32(std::int64_t coordinate) noexcept {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(coordinate, INT32_MIN, INT32_MAX));

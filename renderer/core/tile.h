@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "host/rounding.h"
 #include "renderer/core/fixed_point.h"
 #include "renderer/core/software_z_buffer.h"
 
@@ -27,9 +28,7 @@ public:
         return {wrapping_subtract(point.x, origin_.x), wrapping_subtract(point.y, origin_.y), point.z};
     }
     // Rounded before they are moved.
-    VT_DCI_Point to_tile(const VT_Point_D& point) const noexcept {
-        return to_tile(VT_DCI_Point{rounded_coordinate(point.x), rounded_coordinate(point.y), rounded_coordinate(point.z)});
-    }
+    VT_DCI_Point to_tile(const VT_Point_D& point) const noexcept { return to_tile(vorna::rounded_point(point)); }
     void to_tile(std::int32_t count, const VT_Point_D* points, VT_DCI_Point* moved) const noexcept {
         for (std::int32_t i = 0; i < count; ++i) {
             moved[i] = to_tile(points[i]);

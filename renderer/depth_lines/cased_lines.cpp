@@ -28,11 +28,6 @@ std::int32_t casing_weight(double width, std::int32_t weight) noexcept {
 
 } // namespace
 
-bool is_cased(const VT_Line_Attributes& line) noexcept {
-    return line.line_types && !line.line_types->types.empty() && line.line_types->types.front() &&
-           line.line_types->types.front()->kind == cased_kind;
-}
-
 void draw_in_two_passes(const VT_Rendition& rendition, const std::function<void(const VT_Rendition& pass)>& draw) {
     // Copies, since the host may change the caller's rendition while it draws the casing.
     const VT_Reference<const VT_Line_Type> type = rendition.line.line_types->types.front();

@@ -3,6 +3,7 @@
 
 #include <type_traits>
 
+#include "host/attributes.h"
 #include "renderer/core/cases.h"
 #include "renderer/core/software_z_buffer.h"
 #include "renderer/depth_lines/line_kernels.h"
@@ -12,10 +13,7 @@
 
 namespace krb {
 
-// Styled and wide lines go to the host's standard function.
-inline bool drawn_by_renderer(const VT_Line_Attributes& line) noexcept {
-    return line.style == 0 && line.weight <= 1;
-}
+using vorna::drawn_by_renderer;
 
 // What tells the members of a case apart.
 struct Line_Rules {

@@ -51,9 +51,7 @@ public:
 
     // Where pieces of the line that runs from a place along a unit vector can be seen, as distances from its start.
     vorna::Segment_Part visible_part(const Place& from, const VT_Vector_D& unit, double length) const noexcept {
-        vorna::Segment_Part part{.leaving = length};
-        part.cut_between(from.x, unit.x, window_.left - margin_, window_.right + margin_);
-        part.cut_between(from.y, unit.y, window_.bottom - margin_, window_.top + margin_);
+        vorna::Segment_Part part = vorna::part_near(window_, margin_, from, unit, length);
         // However wide a piece is, along the line it reaches no farther than its caps.
         const double cap = rendition_->line.cap == vorna::line_cap::butt ? 4 : margin_;
         const auto range = [](double speed, double low, double high) { return std::minmax({speed * low, speed * high}); };

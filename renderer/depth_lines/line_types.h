@@ -4,14 +4,12 @@
 #include <cstdint>
 #include <functional>
 
+#include "host/attributes.h"
 #include "host/rendition.h"
 
 namespace krb {
 
-// Whether the line is to be cut at all.
-inline bool has_line_types(const VT_Line_Attributes& line) noexcept {
-    return line.line_types && !(line.line_types == VT_Line_Type_Set::None);
-}
+using vorna::has_line_types;
 
 // Draws a plain polyline: the rendition without line types, the count of points, the points.
 using Draw_Plain_Polyline = std::function<void(const VT_Rendition*, int, const VT_DCI_Point*)>;

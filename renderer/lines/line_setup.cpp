@@ -2,9 +2,9 @@
 #include "renderer/lines/line_setup.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 
+#include "host/rounding.h"
 #include "host/segment_clip.h"
 #include "renderer/core/fixed_point.h"
 
@@ -12,13 +12,10 @@ namespace krb {
 
 namespace {
 
-constexpr double guard_low = -4000;
-constexpr double guard_high = 28760;
+constexpr VT_Int_Rectangle guard_band{-4000, 28760, -4000, 28760};
 
 VT_DCI_Point point_at(const VT_DCI_Point& from, const VT_DCI_Point& to, double parameter) noexcept {
-    const auto at = [parameter](double a, double b) {
-        return static_cast<std::int32_t>(std::floor(a + (b - a) * parameter + 0.5));
-    };
+    const auto at = [parameter](double a, double b) { return vorna::nearest_integer(a + (b - a) * parameter); };
     return {at(from.x, to.x), at(from.y, to.y), at(from.z, to.z)};
 }
 
@@ -40,15 +37,14 @@ std::int32_t rows_to_column(const Cut_Segment& segment, std::int32_t column) noe
 } // namespace
 
 bool is_in_guard_band(const VT_DCI_Point& point) noexcept {
-    return point.x >= guard_low && point.x <= guard_high && point.y >= guard_low && point.y <= guard_high;
+    return vorna::contains(guard_band, point.x, point.y);
 }
 
 bool clip_to_guard_band(VT_DCI_Point& from, VT_DCI_Point& to) noexcept {
     const bool start_inside = is_in_guard_band(from);
     const bool end_inside = is_in_guard_band(to);
-    vorna::Segment_Part part;
-    part.cut_between(from.x, double(to.x) - from.x, guard_low, guard_high);
-    part.cut_between(from.y, double(to.y) - from.y, guard_low, guard_high);
+    const VT_Vector_D direction{double(to.x) - from.x, double(to.y) - from.y, 0};
+    const vorna::Segment_Part part = vorna::part_near(guard_band, 0, from, direction);
     if (!part.is_visible()) {
         return false;
     }

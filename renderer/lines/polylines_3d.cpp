@@ -1,9 +1,7 @@
 // Members of the 3D polyline slots: shifted into the tile, cut where integers end, handed to the 2DI slots.
 #include "renderer/lines/polylines_3d.h"
 
-#include <algorithm>
-
-#include "host/clip.h"
+#include "host/polyline_clip.h"
 #include "renderer/core/scratch.h"
 #include "renderer/core/tile.h"
 
@@ -20,57 +18,15 @@ void draw_in_tile(VT_Renderer_Data& data, const VT_Rendition& rendition, std::in
         return;
     }
     const Tile tile(renderer_of(data), rendition);
-    const VT_Int_Rectangle& guard = tile.guard_band();
-    Scratch<std::uint16_t, 66> outcodes(std::int64_t{count} + 2);
-    const std::int32_t inside = VD_Clip(guard, count, points, outcodes.data());
-    if (inside == 0) {
-        return;
-    }
+    Scratch<std::uint16_t> outcodes(count);
     Scratch<VT_DCI_Point> piece(count);
-    if (inside == count) {
-        tile.to_tile(count, points, piece.data());
-        draw(tile.rendition(), 0, count, piece.data(), colors);
-        return;
-    }
-    Scratch<VT_RGB32> colors_of_piece(colors ? count : 0);
-    VT_RGB32* const piece_colors = colors ? colors_of_piece.data() : nullptr;
-    const auto colors_from = [colors](std::int32_t i) { return colors ? colors + i : nullptr; };
-    const auto move_piece = [&](std::int32_t first, std::int32_t length) {
-        for (std::int32_t k = first; k < first + length; ++k) {
-            piece[k] = tile.to_tile(piece[k]);
-        }
-    };
-    for (std::int32_t i = 0; i < count;) {
-        if (outcodes[i] != 0) {
-            const bool may_cross = i + 1 < count && outcodes[i + 1] != 0 && (outcodes[i] & outcodes[i + 1]) == 0;
-            if (may_cross && VD_Preclip_Ends(&outcodes[i], guard, points + i, piece.data(), colors_from(i), piece_colors)) {
-                move_piece(0, 2);
-                draw(tile.rendition(), i, 2, piece.data(), piece_colors);
-            }
-            ++i;
-            continue;
-        }
-        // A run of points inside, with the places where the polyline enters and leaves.
-        std::int32_t first = i;
-        std::int32_t length = 0;
-        if (i > 0) {
-            --first;
-            VD_Preclip_Head(outcodes[first], guard, points + first, piece.data(), colors_from(first), piece_colors);
-            move_piece(length++, 1);
-        }
-        for (; i < count && outcodes[i] == 0; ++i, ++length) {
-            piece[length] = tile.to_tile(points[i]);
-            if (colors) {
-                piece_colors[length] = colors[i];
-            }
-        }
-        if (i < count) {
-            VD_Preclip_Tail(outcodes[i], guard, points + i - 1, &piece[length], colors_from(i - 1),
-                            colors ? piece_colors + length : nullptr);
-            move_piece(length++, 1);
-        }
-        draw(tile.rendition(), first, length, piece.data(), piece_colors);
-    }
+    Scratch<VT_RGB32> piece_colors(colors ? count : 0);
+    vorna::clip_polyline(
+        tile.guard_band(), count, points, colors, {outcodes.data(), piece.data(), piece_colors.data()},
+        [&tile](const auto& point) { return tile.to_tile(point); },
+        [&](std::int32_t first, std::int32_t length, const VT_DCI_Point* whole, const VT_RGB32* of_points) {
+            draw(tile.rendition(), first, length, whole, of_points);
+        });
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "renderer/primitives/polygons.h"
 
 #include "host/contour.h"
+#include "host/strip.h"
 #include "renderer/core/scratch.h"
 #include "renderer/core/software_z_buffer.h"
 
@@ -44,11 +45,10 @@ void draw_strip(const Polygon_Call& call, const Triangle_Slots<Point>& slots, st
     }
 }
 
-// Alternately from the front and from the back: p0, p1, p(n-1), p2, ...
 void draw_fan(const Polygon_Call& call, const Triangle_Slots<VT_Point>& slots, std::int32_t count, const VT_Point* points) {
     VT_Point strip[static_cast<std::size_t>(longest_fan)];
     for (std::int32_t i = 0; i < count; ++i) {
-        strip[i] = points[i == 0 ? 0 : i % 2 == 1 ? (i + 1) / 2 : count - i / 2];
+        strip[i] = points[vorna::strip_order(i, count)];
     }
     draw_strip(call, slots, count, strip);
 }

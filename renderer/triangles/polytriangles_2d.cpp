@@ -5,10 +5,10 @@
 #include <algorithm>
 
 #include "host/clip.h"
+#include "host/strip.h"
 #include "host/triangle_clipper.h"
 #include "renderer/kernels/call_target.h"
 #include "renderer/triangles/polytriangles.h"
-#include "renderer/triangles/strip_walk.h"
 #include "renderer/triangles/texture_coordinates.h"
 #include "renderer/triangles/triangle_target.h"
 
@@ -31,7 +31,7 @@ bool draws_nothing(const VT_Face_Attributes& face) noexcept {
 template <class Run, class Piece>
 void draw_in_rectangle(const VT_Rendition& rendition, const VT_Int_Rectangle& rectangle, std::int32_t count,
                        const VT_DCI_Point* points, Run run, Piece piece) {
-    if (rectangle.left > rectangle.right || rectangle.bottom > rectangle.top) {
+    if (vorna::is_empty(rectangle)) {
         return;
     }
     Scratch<std::uint16_t, 66> outcodes(std::int64_t{count} + 2);
@@ -39,8 +39,7 @@ void draw_in_rectangle(const VT_Rendition& rendition, const VT_Int_Rectangle& re
     if (inside == count) {
         run(0, count);
     } else if (inside != 0 && !draws_nothing(rendition.face)) {
-        walk_strip(
-            count, [&](std::int32_t k) { return placement_of(&outcodes[k]); }, run, piece);
+        vorna::walk_strip(count, vorna::placements_by(outcodes.data()), run, piece);
     }
 }
 
@@ -158,7 +157,7 @@ void draw_2di_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& 
                                     const VT_DCI_Point* points, const VT_RGB32* colors, const VT_Parameter* parameters,
                                     std::int32_t parameter_width, const float* weights, const VT_Vector* normals) {
     Software_Z_Buffer& renderer = renderer_of(data);
-    const VT_Shared_Image* texture = drawable_texture(rendition.face);
+    const VT_Shared_Image* texture = vorna::drawable_texture(rendition.face);
     if (has_standard_pattern(rendition) || !texture || (renderer.color_buffer && !holds_pixels_of(c, renderer))) {
         VD_Standard_Draw_2DI_Textured_Polytriangle(data, rendition, count, points, colors, parameters, parameter_width, weights,
                                                    normals);
@@ -233,7 +232,7 @@ template <Case c, Pixel_Rule texels>
 void draw_2d_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
                                    const VT_Point* points, const VT_RGB32* colors, const VT_Parameter* parameters,
                                    std::int32_t parameter_width, const float* weights, const VT_Vector* normals) {
-    if (has_standard_pattern(rendition) || !drawable_texture(rendition.face)) {
+    if (has_standard_pattern(rendition) || !vorna::drawable_texture(rendition.face)) {
         VD_Standard_Draw_2D_Textured_Polytriangle(data, rendition, count, points, colors, parameters, parameter_width, weights,
                                                   normals);
     } else if (renderer_of(data).color_buffer && count >= 2) {

@@ -2,10 +2,10 @@
 #include "renderer/triangles/polytriangles_3d.h"
 
 #include "host/clip.h"
+#include "host/strip.h"
 #include "host/triangle_clipper.h"
 #include "renderer/core/scratch.h"
 #include "renderer/core/tile.h"
-#include "renderer/triangles/strip_walk.h"
 
 namespace krb {
 
@@ -55,9 +55,8 @@ void draw_in_tile(VT_Renderer_Data& data, const VT_Rendition& rendition, std::in
         draw_run(0, count);
         return;
     }
-    walk_strip(
-        count, [&](std::int32_t k) { return placement_of(&outcodes[k]); }, draw_run,
-        [&](std::int32_t k) { piece(tile.rendition(), k, Far_Triangle(tile, points + k)); });
+    vorna::walk_strip(count, vorna::placements_by(outcodes.data()), draw_run,
+                      [&](std::int32_t k) { piece(tile.rendition(), k, Far_Triangle(tile, points + k)); });
 }
 
 } // namespace

@@ -9,38 +9,12 @@ namespace krb {
 Texture_Parameters texture_parameters(const VT_Face_Attributes& face, std::int32_t count, const VT_Parameter* parameters,
                                       std::int32_t parameter_width) {
     Texture_Parameters pairs(std::int64_t{2} * count);
-    const bool transformed = face.material && face.material->has_texture_matrix;
-    for (std::int32_t i = 0; i < count; ++i) {
-        const VT_Parameter* of_point = parameters + std::int64_t{i} * parameter_width;
-        float u = parameter_width > 0 ? of_point[0] : 0;
-        float v = parameter_width > 1 ? of_point[1] : 0;
-        if (transformed) {
-            const auto& m = face.material->texture_matrix.m;
-            const double in_u = u;
-            const double in_v = v;
-            u = static_cast<float>(m[0][0] * in_u + m[0][1] * in_v + m[0][3]);
-            v = static_cast<float>(m[1][0] * in_u + m[1][1] * in_v + m[1][3]);
-        }
-        pairs[2 * i] = u;
-        pairs[2 * i + 1] = v;
-    }
+    vorna::set_texture_parameters(face, count, parameters, parameter_width, pairs.data());
     return pairs;
 }
 
-const VT_Shared_Image* drawable_texture(const VT_Face_Attributes& face) noexcept {
-    const VT_Shared_Image* image = face.material ? face.material->texture.get() : nullptr;
-    const auto power_of_two = [](std::int32_t side) { return side > 0 && side <= 16384 && (side & (side - 1)) == 0; };
-    const bool fits = image && image->format() == Buffer_Format::rgb32 && power_of_two(image->width()) &&
-                      power_of_two(image->height()) && image->row_bytes() == 4 * image->width();
-    return fits ? image : nullptr;
-}
-
 Texel_Coordinates texel_coordinates(const VT_Shared_Image& texture, float u, float v) noexcept {
-    const auto fixed = [](float parameter, std::int32_t side) {
-        const double scaled = double{parameter} * side * 65536.0;
-        return scaled > -2147483649.0 && scaled < 2147483648.0 ? static_cast<std::int32_t>(scaled) : INT32_MIN;
-    };
-    return {fixed(u, texture.width()), fixed(v, texture.height())};
+    return {vorna::texel_coordinate(u, texture.width()), vorna::texel_coordinate(v, texture.height())};
 }
 
 void set_texture(Triangle_Target& target, const VT_Shared_Image& texture) noexcept {
@@ -80,7 +54,7 @@ void draw_dci_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& 
     if (!renderer.color_buffer || count < 3) {
         return;
     }
-    const VT_Shared_Image* texture = drawable_texture(rendition.face);
+    const VT_Shared_Image* texture = vorna::drawable_texture(rendition.face);
     if (!drawn_by_renderer(rendition.face) || !texture || !holds_pixels_of(c, renderer)) {
         VD_Standard_Draw_DCI_Textured_Polytriangle(data, rendition, count, points, colors, parameters, parameter_width, weights,
                                                    normals);
@@ -97,7 +71,7 @@ void draw_dc_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& r
     if (!renderer.color_buffer || count < 3) {
         return;
     }
-    const VT_Shared_Image* texture = drawable_texture(rendition.face);
+    const VT_Shared_Image* texture = vorna::drawable_texture(rendition.face);
     if (!drawn_by_renderer(rendition.face) || !texture || !holds_pixels_of(c, renderer)) {
         VD_Standard_Draw_DC_Textured_Polytriangle(data, rendition, count, points, colors, parameters, parameter_width, weights,
                                                   normals);

@@ -4,12 +4,13 @@
 #include <algorithm>
 
 #include "host/clip.h"
+#include "host/rounding.h"
+#include "host/strip.h"
 #include "host/triangle_clipper.h"
 #include "renderer/core/fixed_point.h"
 #include "renderer/kernels/call_target.h"
 #include "renderer/kernels/kernel_sets.h"
 #include "renderer/mask/mask_cache.h"
-#include "renderer/triangles/strip_walk.h"
 
 namespace krb {
 
@@ -215,10 +216,11 @@ void Triangle_Call::draw_scissored(const Triangle_Strip& strip) const {
                columns.most - target.origin_x < columns_held - columns_before && !is_too_large(triangle);
     };
     const Triangle_Target around_window = scissored_target(target, -columns_before);
-    walk_strip(
+    using vorna::Placement;
+    vorna::walk_strip(
         strip.count,
         [&](std::int32_t k) {
-            const Placement placement = placement_of(&outcodes[k]);
+            const Placement placement = vorna::placement_of(&outcodes[k]);
             return placement == Placement::across && fits(strip.points + k) ? Placement::inside : placement;
         },
         [&](std::int32_t first, std::int32_t length) { kernel_(around_window, strip.part(first, length)); },
@@ -281,7 +283,7 @@ Flat_Face flat_face(Case c, const Software_Z_Buffer& renderer, const VT_Renditio
 Scratch<VT_DCI_Point> rounded_points(std::int32_t count, const VT_Point* points) {
     Scratch<VT_DCI_Point> rounded(count);
     for (std::int32_t i = 0; i < count; ++i) {
-        rounded[i] = {rounded_coordinate(points[i].x), rounded_coordinate(points[i].y), rounded_coordinate(points[i].z)};
+        rounded[i] = vorna::rounded_point(points[i]);
     }
     return rounded;
 }

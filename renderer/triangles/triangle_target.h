@@ -1,6 +1,7 @@
 // What the members gather for their kernels, once a call.
 #pragma once
 
+#include "host/attributes.h"
 #include "renderer/core/cases.h"
 #include "renderer/core/scratch.h"
 #include "renderer/core/software_z_buffer.h"
@@ -8,10 +9,7 @@
 
 namespace krb {
 
-// Faces with special shading or a pattern of the host's own go to the host's standard function.
-inline bool drawn_by_renderer(const VT_Face_Attributes& face) noexcept {
-    return !(face.flags & vorna::face_flag::special_shading) && face.pattern <= vorna::face_pattern::last_drawn_by_renderers;
-}
+using vorna::drawn_by_renderer;
 
 // One call's drawing: its kernels, and all that they read. Stays where it is made, since the kernels' target points into it.
 class Triangle_Call {

@@ -148,6 +148,38 @@ TEST(Buffers, Are_one_block_for_a_window_of_their_width) {
     }
 }
 
+// A window presents its pixels at the place that its height tells.
+TEST(Buffers, Are_made_while_the_old_window_is_in_force) {
+    struct Calls {
+        VT_Renderer_Data* renderer = nullptr;
+        std::vector<std::int32_t> presented; // rows below the window's top
+    } calls;
+    VT_Renderer_Data prototype;
+    prototype.buffer_creation = {[](void* context, std::int32_t width, std::int32_t height, const Buffer_Format* format,
+                                    VT_Reference<Frame_Buffer>& buffer) {
+                                     if (VT_Renderer_Data* const renderer = static_cast<Calls*>(context)->renderer) {
+                                         renderer->update_all({0, 0, 0, 0});
+                                     }
+                                     buffer = vorna::make_frame_buffer(width, height, *format);
+                                 },
+                                 &calls};
+    prototype.presentation = {[](void* context, const VT_DCI_Point&, const VT_DCI_Point&, const VT_Reference<Frame_Buffer>&,
+                                 std::int32_t, std::int32_t y) {
+                                  static_cast<Calls*>(context)->presented.push_back(y);
+                                  return 0;
+                              },
+                              &calls};
+    prototype.current_options.set_buffer_depth(16);
+    prototype.current_options.set_window_size({20, 12});
+    const auto renderer = renderer_module().create_renderer(prototype);
+    renderer->establish_all();
+    calls.renderer = renderer.get();
+    renderer->current_options.set_window_size({20, 30});
+    renderer->establish_all();
+    renderer->update_all({0, 0, 0, 0});
+    EXPECT_EQ(calls.presented, (std::vector{11, 11, 29})); // for the colours, for the depths, and afterwards
+}
+
 TEST(Buffers, That_could_not_be_made_leave_nothing_to_draw_into) {
     for (const auto& is : renderer_cases) {
         VT_Renderer_Data prototype;

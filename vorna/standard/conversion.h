@@ -1,51 +1,48 @@
-// From one coordinate form to another, and what of a line can be seen.
+// Conversion from one coordinate form to another.
 #pragma once
 
-#include <cmath>
+#include <algorithm>
 #include <cstdint>
-#include <functional>
 #include <vector>
 
+#include "host/polyline_clip.h"
 #include "host/renderer_data.h"
 #include "host/rendition.h"
+#include "host/rounding.h"
 #include "vorna/standard/drawing_area.h"
 
 namespace vorna {
 
-// The farthest whole coordinate that floats become: differences of two of them still fit 32 bits.
+// The largest whole coordinate that floats are rounded to: differences of two such coordinates fit 32 bits.
 inline constexpr std::int32_t farthest_coordinate = 0x3FFFFFFF;
 
-// To the nearest whole number, halves upwards; what is no number becomes 0.
-inline std::int32_t nearest_coordinate(double value) noexcept {
-    if (std::isnan(value)) {
-        return 0;
-    }
-    return static_cast<std::int32_t>(
-        std::floor(std::fmin(std::fmax(value, -double{farthest_coordinate}), double{farthest_coordinate}) + 0.5));
+// Rounds a coordinate of a line or marker.
+constexpr std::int32_t nearest_coordinate(double value) noexcept {
+    return nearest_integer(value, -farthest_coordinate, farthest_coordinate);
+}
+
+template <class Point> constexpr VT_DCI_Point nearest_point(const Point& point) noexcept {
+    return {nearest_coordinate(point.x), nearest_coordinate(point.y), nearest_coordinate(point.z)};
 }
 
 template <class Point> std::vector<VT_DCI_Point> rounded_points(std::int32_t count, const Point* points) {
     std::vector<VT_DCI_Point> whole;
     whole.reserve(static_cast<std::size_t>(count > 0 ? count : 0));
     for (std::int32_t i = 0; i < count; ++i) {
-        whole.push_back({nearest_coordinate(points[i].x), nearest_coordinate(points[i].y), nearest_coordinate(points[i].z)});
+        whole.push_back(nearest_point(points[i]));
     }
     return whole;
 }
 
-// The part of a segment that lies within margin of the rectangle's pixels, as parameters from 0 to 1 (Liang-Barsky). False when
-// there is none.
-bool part_near(const VT_Int_Rectangle& rectangle, double margin, const VT_Point_D& from, const VT_Point_D& to, double& first,
-               double& last) noexcept;
-
-// Draws float points through a slot of whole ones.
+// Rounds float points and draws them through the slot of the integer form.
 template <class Slot, class... Arguments>
 void draw_rounded(const Slot& slot, VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
                   const VT_Point* points, Arguments... arguments) {
     slot(renderer, rendition, count, rounded_points(count, points).data(), arguments...);
 }
 
-// Device points lie inside the window; should some not, they go to the slot that clips.
+// The same for device points, which are expected inside the window. If one lies outside, all are drawn through the slot that
+// clips.
 template <class Device_Slot, class Slot, class... Arguments>
 void draw_rounded_inside(const Device_Slot& device_slot, const Slot& slot, VT_Renderer_Data& renderer,
                          const VT_Rendition& rendition, std::int32_t count, const VT_Point* points, Arguments... arguments) {
@@ -62,9 +59,19 @@ void draw_rounded_inside(const Device_Slot& device_slot, const Slot& slot, VT_Re
     }
 }
 
-// Cuts a polyline where whole coordinates end, and calls draw(first segment, count of points, points, their colours) for what is
-// left. colors: one a point, or null.
-void cut_3d_polyline(std::int32_t count, const VT_Point_D* points, const VT_RGB32* colors,
-                     const std::function<void(std::int32_t, std::int32_t, const VT_DCI_Point*, const VT_RGB32*)>& draw);
+// Cuts a polyline where whole coordinates end and calls draw(first segment, count of points, points, their colours) for each
+// piece. colors: one for each point, or null.
+template <class Draw> void cut_3d_polyline(std::int32_t count, const VT_Point_D* points, const VT_RGB32* colors, Draw draw) {
+    constexpr VT_Int_Rectangle guard{-farthest_coordinate, farthest_coordinate, -farthest_coordinate, farthest_coordinate};
+    const auto size = static_cast<std::size_t>(std::max(count, 0));
+    std::vector<std::uint16_t> outcodes(size);
+    std::vector<VT_DCI_Point> piece(size);
+    std::vector<VT_RGB32> piece_colors(colors ? size : 0);
+    struct To_Whole {
+        VT_DCI_Point operator()(const VT_Point_D& point) const noexcept { return nearest_point(point); }
+        VT_DCI_Point operator()(const VT_DCI_Point& point) const noexcept { return point; }
+    };
+    clip_polyline(guard, count, points, colors, {outcodes.data(), piece.data(), piece_colors.data()}, To_Whole{}, draw);
+}
 
 } // namespace vorna

@@ -1,19 +1,20 @@
-// Lines cut into dashes and dots. A dash's place follows from its distance along the line alone, so that the parts of a line that
-// cannot be seen cost nothing however long they are.
+// Lines cut into dashes and dots. The position of a dash depends on its distance along the line alone, so that invisible parts of
+// a line take no time, however long they are.
 #include "vorna/standard/dashes.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
 
+#include "host/segment_clip.h"
 #include "vorna/standard/conversion.h"
 
 namespace vorna {
 
 namespace {
 
-// Patterns that repeat within this many pixels or less are not walked, as in renderers; nor are more elements than this in the
-// visible part of one segment.
+// Patterns with a shorter or equal repetition are not drawn, as in renderers; nor are segments whose visible part has more
+// elements than this.
 constexpr double shortest_repetition = 1.0 / 1024;
 constexpr double most_elements = 1 << 15;
 
@@ -21,16 +22,16 @@ double non_negative(double length) noexcept {
     return length > 0 ? length : 0;
 }
 
-// From one distance along the line to another; the segments where they lie.
+// From one distance along the line to another, and the segments in which the two lie.
 struct Dash {
     double first, last;
     std::size_t first_segment, last_segment;
     bool is_visible;
-    bool goes_on; // into a segment where it cannot be seen
+    bool goes_on; // into an invisible segment
 };
 
-// A dash that can be seen is there whole, up to the vertex beyond which it cannot: cut elsewhere it would, in whole pixels, run
-// at another slope.
+// A visible dash is drawn whole, up to the vertex from which on it is invisible: cut elsewhere, it would have another slope in
+// whole pixels.
 class Cutter {
 public:
     Cutter(const Stroke_Path& line, const Dash_Pattern& pattern, Stroke_Colors colors, bool shortened)
@@ -49,11 +50,11 @@ public:
 
     std::vector<Stroke_Path> cut(const VT_Int_Rectangle& rectangle, double margin) {
         for (std::size_t s = 0; s + 1 < line_.size(); ++s) {
-            double first, last;
-            if (part_near(rectangle, margin, {line_[s].x, line_[s].y, 0}, {line_[s + 1].x, line_[s + 1].y, 0}, first, last)) {
+            const VT_Vector_D direction{line_[s + 1].x - line_[s].x, line_[s + 1].y - line_[s].y, 0};
+            if (const Segment_Part part = part_near(rectangle, margin, line_[s], direction); part.is_visible()) {
                 const double length = starts_[s + 1] - starts_[s];
-                cut_segment(s, first > 0 ? starts_[s] + first * length : starts_[s],
-                            last < 1 ? starts_[s] + last * length : starts_[s + 1]);
+                cut_segment(s, part.entering > 0 ? starts_[s] + part.entering * length : starts_[s],
+                            part.leaving < 1 ? starts_[s] + part.leaving * length : starts_[s + 1]);
             }
         }
         std::vector<Stroke_Path> paths;
@@ -76,7 +77,7 @@ private:
             repeat(s, repeats_from, repeats_to, first, last);
             add_end(s, repeats_to, total(), total(), first, last);
         } else {
-            // The trailing part takes the place of the repeating one, but for gaps.
+            // The trailing part also takes the place of the repeated part, unless that has gaps only.
             add_end(s, pattern_.is_blank() ? repeats_to : repeats_from, total(), total(), first, last);
         }
     }
@@ -93,11 +94,11 @@ private:
         if ((end - start) * static_cast<double>(pattern_.lengths.size()) > most_elements * repetition_) {
             return;
         }
-        // Elements may make up one dash with those beside them: one repetition more to each side.
+        // Adjacent dashes are joined to one: one repetition more on each side.
         for (double k = std::max(std::floor((start - from) / repetition_) - 1, 0.0);; ++k) {
             double at = from + k * repetition_;
             if (at >= to || at > end + repetition_ || from + (k + 1) * repetition_ <= at) {
-                return; // also so far along that a repetition is too little to tell
+                return; // also where adding a repetition does not change the distance
             }
             double length = 0;
             for (std::size_t e = 0; e < pattern_.lengths.size() && at < to; ++e) {
@@ -158,10 +159,10 @@ private:
         return point;
     }
 
-    // Whether its last pixel is drawn already, where the line began.
+    // Whether its last pixel is drawn already, as the first one of the line.
     bool ends_drawn(const Dash& dash) const noexcept { return shortened_ && meets_itself_ && dash.last == total(); }
 
-    // From one pixel to the next.
+    // The distance from one pixel to the next.
     double step(std::size_t s) const noexcept {
         const double steps = std::max(std::abs(line_[s + 1].x - line_[s].x), std::abs(line_[s + 1].y - line_[s].y));
         return steps > 0 ? (starts_[s + 1] - starts_[s]) / steps : 0;
@@ -185,9 +186,9 @@ private:
     const Stroke_Colors colors_;
     const bool shortened_;
     const double repetition_;
-    bool meets_itself_;          // where its end is drawn already
-    std::vector<double> starts_; // distance of each vertex along the line
-    std::vector<Dash> dashes_;   // all but the last can be seen
+    bool meets_itself_;          // the line ends where it begins, and its start is drawn
+    std::vector<double> starts_; // distances of the vertices along the line
+    std::vector<Dash> dashes_;   // all are visible, except perhaps the last one
 };
 
 bool is_plain(const VT_Reference<const VT_Line_Type>& type) noexcept {

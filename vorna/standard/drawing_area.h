@@ -1,11 +1,9 @@
-// Where standard functions may draw, in device coordinates.
+// The area that standard functions may draw in, in device coordinates.
 #pragma once
-
-#include <algorithm>
 
 #include "host/renderer_data.h"
 #include "host/rendition.h"
-#include "vorna/slot_contracts.h"
+#include "host/window.h"
 
 namespace vorna {
 
@@ -13,7 +11,7 @@ inline VT_Int_Rectangle cut_to_window(const VT_Int_Rectangle& rectangle, const V
     return common_part(rectangle, window_rectangle(options));
 }
 
-// The hard clip as far as the window shows it.
+// The part of the hard clip inside the window.
 inline VT_Int_Rectangle visible_rectangle(VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
     return cut_to_window(rendition.clip.hard_clip, renderer.current_renderer_options());
 }

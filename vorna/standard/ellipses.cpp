@@ -1,9 +1,9 @@
-// Standard ellipses: rotated ones, arcs and pies of any width of line, in every kind of buffer.
+// Standard ellipses: all that renderers hand over, rotated ones, arcs, pies and wide lines, in every pixel format.
 //
-// A point at angle t is centre + rotation (a cos t, b sin t); a shape runs counter-clockwise from start to end. The centre is a
-// column and row of the buffer, as in the renderers' own ellipses. A thin shape is found as pixels, every one once: of the
-// outline the pixels nearest to the curve, of a filled shape all pixels whose centres lie inside as well. They are drawn row by
-// row, so that a translucent shape covers no pixel twice. Other lines than thin plain ones are polylines.
+// The point at angle t is centre + rotation * (a cos t, b sin t); a shape runs counter-clockwise from start to end. The centre is
+// a column and row of the buffer, as in the ellipses of renderers. Thin shapes become a set of pixels: an outline the pixels
+// nearest to the curve, a filled shape also all pixels whose centres lie inside. They are drawn row by row, so that a translucent
+// shape covers each pixel once. All other lines are drawn as polylines.
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -30,14 +30,14 @@ public:
     Curve(Vector center, double a, double b, double start, double end, double rotation) noexcept
         : center_(center), a_(a), b_(b), start_(start), sweep_(end - start), cosine_(std::cos(rotation)),
           sine_(std::sin(rotation)) {
-        // Angles that went through single precision still make whole turns.
+        // Angles rounded to single precision may still make a whole turn.
         constexpr double tolerance = 1e-6;
         if (sweep_ >= full_turn - tolerance || sweep_ <= -full_turn + tolerance) {
             sweep_ = full_turn;
         } else if (sweep_ < 0) {
             sweep_ += full_turn;
         }
-        // There and back again is one line.
+        // A whole turn would cover the line of a flat ellipse twice.
         if (is_whole() && (a_ == 0 || b_ == 0)) {
             start_ = a_ == 0 ? full_turn / 4 : 0;
             sweep_ = full_turn / 2;
@@ -56,9 +56,9 @@ public:
         return {center_.x + u * cosine_ - v * sine_, center_.y + u * sine_ + v * cosine_};
     }
 
-    // The stretch of a row inside the whole ellipse; false when there is none.
+    // The part of a row inside the whole ellipse; false when it is empty.
     bool row_inside(double y, double& left, double& right) const noexcept {
-        // u = x c + y s and v = y c - x s, so (u / a)^2 + (v / b)^2 = 1 is a quadratic equation of x.
+        // With u = x c + y s and v = y c - x s, (u / a)^2 + (v / b)^2 = 1 is a quadratic equation in x.
         const double dy = y - center_.y;
         const double a2 = a_ * a_;
         const double b2 = b_ * b_;
@@ -75,7 +75,7 @@ public:
         return true;
     }
 
-    // Whether a point of the ellipse's plane lies between the radii to start and end.
+    // Whether a point, in coordinates of the ellipse, lies between the radii of start and end.
     bool is_in_sector(const Vector& point) const noexcept {
         const double dx = point.x - center_.x;
         const double dy = point.y - center_.y;
@@ -89,7 +89,7 @@ private:
     double a_, b_, start_, sweep_, cosine_, sine_;
 };
 
-// The pixels of a shape, those inside a rectangle.
+// The pixels of a shape that lie inside a rectangle.
 class Pixel_Set {
 public:
     explicit Pixel_Set(const VT_Int_Rectangle& visible) : visible_(visible) {}
@@ -111,13 +111,13 @@ public:
         }
     }
 
-    // Whether a box that reaches so far around a point may show.
+    // Whether a box of that size around a point may overlap the rectangle.
     bool may_show(const Vector& point, double reach) const noexcept {
         return point.x + reach >= visible_.left - 1 && point.x - reach <= visible_.right + 1 &&
                point.y + reach >= visible_.bottom - 1 && point.y - reach <= visible_.top + 1;
     }
 
-    // Calls draw(row, first column, last column) for the runs of each row, upwards and to the right, every pixel once.
+    // Calls draw(row, first column, last column) for the runs of each row, upwards and to the right, with every pixel once.
     template <class Draw> void for_each_run(Draw&& draw) {
         std::sort(runs_.begin(), runs_.end(),
                   [](const Run& a, const Run& b) { return a.row != b.row ? a.row < b.row : a.first < b.first; });
@@ -139,7 +139,7 @@ private:
     std::vector<Run> runs_;
 };
 
-// The pixels of the curve between two angles, in order. Halved until a stretch is out of sight or shorter than half a pixel.
+// The pixels of the curve between two angles, in order. The arc is halved until it is invisible or shorter than half a pixel.
 void find_pixels(std::vector<Vector>& found, const Pixel_Set& pixels, const Curve& curve, double from, double to) {
     const double middle = from + (to - from) / 2;
     const double length = curve.longest_radius() * (to - from);
@@ -158,7 +158,7 @@ void find_pixels(std::vector<Vector>& found, const Pixel_Set& pixels, const Curv
     }
 }
 
-// A pixel between two that touch at a corner is left out, which keeps the outline thin.
+// A pixel is left out when the pixels before and after it touch at a corner, which keeps the outline thin.
 void add_curve(Pixel_Set& pixels, const Curve& curve) {
     std::vector<Vector> found;
     find_pixels(found, pixels, curve, curve.start(), curve.end());
@@ -184,7 +184,7 @@ void add_line(Pixel_Set& pixels, const Vector& from, const Vector& to) {
     }
 }
 
-// Where the ray from the centre crosses a row, if it does.
+// The column where the ray from the centre crosses a row, if it does.
 void add_crossing(std::vector<double>& crossings, const Vector& center, const Vector& outer, double y) {
     const double part = (y - center.y) / (outer.y - center.y);
     if (part >= 0 && std::isfinite(part)) {
@@ -192,7 +192,7 @@ void add_crossing(std::vector<double>& crossings, const Vector& center, const Ve
     }
 }
 
-// The pixels inside a whole ellipse or a pie: the ellipse's stretch of each row, cut by the two radii.
+// The pixels inside a whole ellipse or a pie: the part of each row inside the ellipse, cut at the two radii.
 void add_inside(Pixel_Set& pixels, const Curve& curve) {
     for (std::int32_t row = pixels.visible().bottom; row <= pixels.visible().top; ++row) {
         double left = 0;
@@ -217,9 +217,9 @@ void add_inside(Pixel_Set& pixels, const Curve& curve) {
     }
 }
 
-// Draws runs of 32-bit pixels by the rules of the renderers' own ellipses, whatever the configuration: opaque ones are stored,
-// translucent ones blended as lines are, none merge. Blending is done here, against what the buffer holds, because no slot has
-// exactly this rule everywhere. Images store pixels; with depth lines do, which follow its test.
+// Draws runs of 32-bit pixels by the rules of the renderer's ellipses in every configuration: opaque ones are stored, translucent
+// ones blended as lines are, none merge. They are blended here with the contents of the buffer, because no slot has exactly this
+// rule in all configurations. Without depth they are drawn as images, which store pixels; with depth as lines, which test it.
 class Run_Painter {
 public:
     Run_Painter(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t z, VT_RGB32 color)
@@ -289,11 +289,10 @@ void draw_pixels(VT_Renderer_Data& renderer, const VT_Rendition& rendition, Pixe
 }
 
 bool is_thin(const VT_Line_Attributes& line) noexcept {
-    return line.weight <= 1 && line.style == vorna::line_style::solid && !(line.flags & vorna::line_flag::smoothed) &&
-           !vorna::has_line_types(line);
+    return vorna::drawn_by_renderer(line) && !(line.flags & vorna::line_flag::smoothed) && !vorna::has_line_types(line);
 }
 
-// As many corners as keep a polyline within a quarter of a pixel of the curve.
+// As many points as keep the polyline within a quarter of a pixel of the curve.
 void draw_polyline(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Curve& curve, std::int32_t z,
                    const VT_RGB32* color) {
     constexpr double deviation = 0.25;
@@ -338,7 +337,7 @@ void draw_ellipse(VT_Renderer_Data& renderer, const VT_Rendition& rendition, con
 
 } // namespace
 
-// Filled. Between other angles than a whole turn, a pie.
+// A filled shape. Unless the angles make a whole turn, a pie.
 void VD_Standard_Draw_DCI_Ellipse(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point* center,
                                   const VT_DCI_Point* radii, double start, double end, double rotation, const VT_RGB32* color) {
     const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DCI_Ellipse");

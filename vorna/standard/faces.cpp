@@ -1,4 +1,4 @@
-// Hatches, and renditions with faces that renderers draw.
+// Hatches, and renditions whose faces renderers draw.
 #include "vorna/standard/faces.h"
 
 #include <array>

@@ -1,7 +1,7 @@
-// Standard images: those of the other pixel kind, made the buffer's kind by the palette and drawn through its slot, and shared
-// images of every format. They keep to the hard clip. Images of the buffer's kind, and depths, come here when they leave the
-// window where their slot does not look: what lies inside goes back to the slot. Reading beyond the window, or where there is no
-// such buffer, gives no image.
+// Standard images. Images of the other pixel format are converted by the palette and drawn through the slot of the buffer's
+// format; shared images may have every format. All keep to the hard clip. Images of the buffer's format, and depths, come here
+// when their slot does not accept them: the part inside the window goes back to the slot. Reading outside the window, or from a
+// buffer that does not exist, gives no image.
 #include <cmath>
 #include <cstring>
 #include <unordered_map>
@@ -9,11 +9,12 @@
 
 #include "vorna/draw.h"
 #include "vorna/standard/drawing_area.h"
+#include "vorna/standard/merging.h"
 #include "vorna/standard/standard_call.h"
 
 namespace {
 
-// An image between two corners, and which part of it is drawn. Its rows run downwards.
+// An image between two corners, and the part of it that is drawn. Its rows run downwards.
 struct Placed_Image {
     VT_DCI_Point start, end;
     std::int32_t stride;
@@ -41,14 +42,15 @@ struct Placed_Image {
         return result;
     }
 
-    // Along a row; renderers let a row go on where the one above ended, which a part cannot know.
+    // The depth in a column, the same in every row. In renderers a row continues from the depth at the end of the row above,
+    // which is unknown for a part.
     std::int32_t depth_at(std::int32_t column) const noexcept {
         const double columns = double(end.x) - start.x;
         const double rise = double(end.z) - start.z;
         return columns == 0 ? start.z
                             : static_cast<std::int32_t>(start.z + std::trunc(rise * (double(column) - start.x) / columns));
     }
-    // The first drawn pixel in the highest row.
+    // The first drawn pixel of the highest drawn row.
     template <class Pixel> const Pixel* first() const noexcept {
         return pixels ? reinterpret_cast<const Pixel*>(pixels + (std::int64_t{start.y} - drawn.top) * stride +
                                                        (std::int64_t{drawn.left} - start.x) *
@@ -58,7 +60,7 @@ struct Placed_Image {
     VT_DCI_Point top_left() const noexcept { return {drawn.left, drawn.top, depth_at(drawn.left)}; }
     VT_DCI_Point bottom_right() const noexcept { return {drawn.right, drawn.bottom, depth_at(drawn.right)}; }
 
-    // Every drawn pixel from the highest row down.
+    // Calls visit for every drawn pixel, from the highest row downwards.
     template <class Pixel, class Convert> auto converted(Convert convert) const {
         std::vector<decltype(convert(Pixel{}))> result;
         result.reserve(static_cast<std::size_t>(width()) * static_cast<std::size_t>(height()));
@@ -71,7 +73,7 @@ struct Placed_Image {
     }
 };
 
-// Of a call that its slot may not get, what lies in the window, through the slot.
+// Draws the part of an image inside the window through the slot, when the slot does not accept the whole image.
 template <class Pixel, auto Slot, class... More>
 void draw_inside(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point* start, const VT_DCI_Point* end,
                  std::int32_t stride, const Pixel* pixels, More... more) {
@@ -84,7 +86,7 @@ void draw_inside(VT_Renderer_Data& renderer, const VT_Rendition& rendition, cons
     }
 }
 
-// The palette's closest colours, each looked for once.
+// Finds the closest palette entries; each colour is looked up once.
 class Closest_Indices {
 public:
     explicit Closest_Indices(const VT_Palette& palette) : palette_(palette) {}
@@ -103,12 +105,7 @@ private:
     std::unordered_map<std::uint32_t, std::uint8_t> found_;
 };
 
-VT_RGB32 blended(VT_RGB32 over, VT_RGB32 under) noexcept {
-    const auto mix = [&](int a, int b) { return static_cast<std::uint8_t>((a * over.alpha + b * (255 - over.alpha)) / 255); };
-    return {mix(over.blue, under.blue), mix(over.green, under.green), mix(over.red, under.red), 255};
-}
-
-// Pixel by pixel, as pixels of alpha 0 leave colour and depth alone, against what the buffer holds.
+// Blends pixel by pixel with the contents of the buffer; pixels of alpha 0 leave colour and depth unchanged.
 void draw_blended(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Placed_Image& image) {
     const VT_Palette& palette = renderer.current_renderer_options().palette();
     Closest_Indices closest(palette);
@@ -125,7 +122,7 @@ void draw_blended(VT_Renderer_Data& renderer, const VT_Rendition& rendition, con
             }
             const VT_RGB32 under =
                 stored ? palette.color(stored->row(image.drawn.top - row)[column - image.drawn.left]) : VT_RGB32{};
-            const std::uint8_t index = closest(blended(color, under));
+            const std::uint8_t index = closest(vorna::blended(color, under));
             const VT_DCI_Point point{column, row, image.depth_at(column)};
             VD_Draw_DCI_Index8_Image(renderer, rendition, &point, &point, 1, &index);
         }
@@ -178,7 +175,7 @@ void VD_Standard_Draw_DCI_RGB32_Image(VT_Renderer_Data& renderer, const VT_Rendi
 
 namespace {
 
-// The rows of a shared image from the highest down, pixel bytes each, without gaps.
+// The rows of a shared image from the highest down, without gaps; pixel: bytes of a pixel.
 std::vector<std::uint8_t> rows_of(const VT_Shared_Image& image, std::size_t pixel_bytes) {
     const std::size_t bytes = static_cast<std::size_t>(image.width()) * pixel_bytes;
     std::vector<std::uint8_t> rows(bytes * static_cast<std::size_t>(image.height()));
@@ -189,8 +186,8 @@ std::vector<std::uint8_t> rows_of(const VT_Shared_Image& image, std::size_t pixe
     return rows;
 }
 
-// An image of the window's size lies on the window and is copied as it is; start and hard clip, in columns and rows of the
-// buffer, say which part of it.
+// An image of the size of the window covers the window and is copied unchanged; start and hard clip, as columns and rows of the
+// buffer, choose a part of it.
 void draw_presentation(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point& start,
                        const VT_Shared_Image& image) {
     const VT_Renderer_Options& options = renderer.current_renderer_options();
@@ -225,7 +222,7 @@ std::int32_t held(std::int64_t coordinate) noexcept {
 
 } // namespace
 
-// With its highest row at start, rightwards and downwards. Images of unknown formats draw nothing.
+// The highest row is at start, the image extends to the right and downwards. Images of unknown formats are not drawn.
 void VD_Standard_Draw_DCI_Image(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point* start,
                                 const VT_Shared_Image* image) {
     const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DCI_Image");

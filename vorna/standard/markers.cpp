@@ -1,7 +1,7 @@
 // Standard markers and dots.
 //
-// Float forms become integer ones and go back to the slots. Integer forms are drawn dot by dot in the marker's colour, by
-// whatever rules the dot slot has. Behind that slot nothing is left to draw with.
+// Float forms are rounded and drawn through the slots of the integer forms. Integer forms are drawn as dots in the colour of the
+// marker, by the rules of the dot slot. The standard function of dots draws nothing.
 #include <algorithm>
 
 #include "vorna/draw.h"
@@ -12,8 +12,8 @@ namespace vorna {
 
 namespace {
 
-// Which pixels of a square belong to a symbol. Offsets from the marker's point: as many to each side, and for even sizes one more
-// to the left and below.
+// The pixels of a square that belong to a symbol. Offsets from the point of the marker: the same on all sides, for even sizes one
+// more to the left and below.
 class Symbol {
 public:
     explicit Symbol(const VT_Marker_Attributes& marker)
@@ -46,12 +46,12 @@ private:
     static bool is_on_plus(std::int64_t x, std::int64_t y) noexcept { return x == 0 || y == 0; }
     bool is_on_cross(std::int64_t x, std::int64_t y) const noexcept { return x == y || x == low_ + high_ - y; }
 
-    // Of outlines, the figure that they surround.
+    // The filled figure of an outline.
     bool is_inside(std::int64_t x, std::int64_t y) const noexcept {
         if (x < low_ || x > high_ || y < low_ || y > high_) {
             return false;
         }
-        // Twice the distance from the middle, which for even sizes lies between pixels.
+        // Twice the distance from the centre, which for even sizes lies between pixels.
         const std::int64_t u = 2 * x - low_ - high_;
         const std::int64_t v = 2 * y - low_ - high_;
         switch (number_) {
@@ -70,7 +70,7 @@ private:
     std::int64_t low_, high_;
 };
 
-// color: null = the marker's own.
+// color: null = that of the marker.
 void draw_marker(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& visible, const Symbol& symbol,
                  const VT_DCI_Point& at, const VT_RGB32* color) {
     const std::int64_t bottom = std::max<std::int64_t>(at.y + symbol.low(), visible.bottom);
@@ -94,7 +94,7 @@ void draw_markers(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std
         return;
     }
     const Symbol symbol(rendition.marker);
-    // Dots have the attributes of lines.
+    // Dots take the attributes of lines.
     const VT_Reference<VT_Rendition> dots(static_cast<VT_Rendition*>(rendition.clone()));
     dots->line.color = rendition.marker.color;
     dots->line.index = rendition.marker.index;
@@ -104,12 +104,11 @@ void draw_markers(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std
     }
 }
 
-// Markers beyond all whole coordinates are left out. draw(index of the point, the point).
+// Calls draw(index of the point, the point) for each marker; markers beyond whole coordinates are left out.
 template <class Draw> void for_each_3d_marker(std::int32_t count, const VT_Point_D* points, Draw draw) {
     for (std::int32_t i = 0; i < count; ++i) {
         if (std::abs(points[i].x) <= farthest_coordinate && std::abs(points[i].y) <= farthest_coordinate) {
-            const VT_DCI_Point point{nearest_coordinate(points[i].x), nearest_coordinate(points[i].y),
-                                     nearest_coordinate(points[i].z)};
+            const VT_DCI_Point point = nearest_point(points[i]);
             draw(i, &point);
         }
     }
@@ -184,7 +183,7 @@ void VD_Standard_Draw_3D_Colorized_Polymarker(VT_Renderer_Data& renderer, const 
     });
 }
 
-// Everything ends in dots: there is nothing left to draw them with.
+// All shapes are made of dots in the end; there is no simpler primitive to draw them with.
 void VD_Standard_Draw_DCI_Dot(VT_Renderer_Data& renderer, const VT_Rendition&, const VT_DCI_Point*, const VT_RGB32*) {
     const vorna::Standard_Call call(renderer, "VD_Standard_Draw_DCI_Dot");
 }

@@ -9,7 +9,7 @@ class Pattern {
 public:
     Pattern(std::int32_t number, const VT_Pattern_Bitmap* bitmap) noexcept : number_(number), bitmap_(bitmap) {}
 
-    // Whether it has cells at all; others are hatches, or a bitmap that is missing.
+    // False for hatches, and when the bitmap is missing.
     bool has_cells() const noexcept {
         if (number_ == face_pattern::bitmap) {
             return bitmap_ && bitmap_->width() > 0 && bitmap_->height() > 0;
@@ -17,7 +17,7 @@ public:
         return number_ >= 0 && number_ < face_pattern::bitmap;
     }
 
-    // Of a pattern with cells. column and row are not negative.
+    // Whether the cell is set. has_cells() must hold; column and row are not negative.
     bool operator()(std::int32_t column, std::int32_t row) const noexcept {
         if (number_ == face_pattern::bitmap) {
             return bitmap_->row(row % bitmap_->height())[column % bitmap_->width()] != 0;

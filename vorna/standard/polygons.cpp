@@ -1,8 +1,10 @@
-// Standard polygons: any number of points, concave, crossing themselves, with holes that a seam joins to the outline. Hatched
-// ones go back to their slot with the hatch as a bitmap; plain ones become triangles.
+// Standard polygons: any number of points, concave, with self-intersections, with holes that a seam connects to the outline.
+// Hatched polygons go back to their slot with the hatch as a bitmap; others are triangulated.
 #include <vector>
 
+#include "host/attributes.h"
 #include "host/contour.h"
+#include "host/polygon_clip.h"
 #include "vorna/draw.h"
 #include "vorna/standard/drawing_area.h"
 #include "vorna/standard/faces.h"
@@ -13,10 +15,10 @@ namespace {
 struct Polygon_Call {
     VT_Renderer_Data& renderer;
     const VT_Rendition& rendition;
-    const VT_RGB32* color; // null = the rendition's
+    const VT_RGB32* color; // null = that of the rendition
 };
 
-// Through the triangle slots of the form with floats.
+// Draws triangles through the slots of the float form.
 template <const auto& polytriangle, const auto& colorized_polytriangle, class Point>
 void draw_triangulated(Polygon_Call call, std::int32_t count, const Point* points) {
     std::vector<VT_Point> floats;
@@ -38,27 +40,20 @@ void draw_triangulated(Polygon_Call call, std::int32_t count, const Point* point
         &call);
 }
 
-// Cuts a polygon at one side (Sutherland-Hodgman). An even-odd fill keeps its inside: what the cut joins along the side runs
-// there and back.
+// distance(point): from the side, above 0 inside.
 template <class Distance> std::vector<VT_Point_D> cut(const std::vector<VT_Point_D>& polygon, Distance distance) {
-    std::vector<VT_Point_D> left;
-    for (std::size_t i = 0; i < polygon.size(); ++i) {
-        const VT_Point_D& from = polygon[i];
-        const VT_Point_D& to = polygon[i + 1 < polygon.size() ? i + 1 : 0];
-        const double here = distance(from);
-        const double there = distance(to);
-        if (here >= 0) {
-            left.push_back(from);
-        }
-        if ((here < 0) != (there < 0)) {
+    std::vector<VT_Point_D> inside;
+    vorna::clip_polygon_at_side(
+        polygon, polygon.size(), distance,
+        [](const VT_Point_D& from, double here, const VT_Point_D& to, double there) -> VT_Point_D {
             const double part = here / (here - there);
-            left.push_back({from.x + (to.x - from.x) * part, from.y + (to.y - from.y) * part, from.z + (to.z - from.z) * part});
-        }
-    }
-    return left;
+            return {from.x + (to.x - from.x) * part, from.y + (to.y - from.y) * part, from.z + (to.z - from.z) * part};
+        },
+        [&inside](const VT_Point_D& corner) { inside.push_back(corner); });
+    return inside;
 }
 
-// Far enough outside the window that the cuts' rounding cannot be seen, near enough for floats to tell parts of a pixel apart.
+// So far outside the window that the rounding of cuts is invisible, and near enough for floats to represent parts of a pixel.
 std::vector<VT_Point_D> cut_around_window(std::vector<VT_Point_D> polygon, const VT_Int_Rectangle& window) {
     constexpr double margin = 0x8000;
     polygon = cut(polygon, [&](const VT_Point_D& p) { return p.x - (window.left - margin); });
@@ -76,7 +71,7 @@ std::vector<VT_Point_D> cut_around_window(std::vector<VT_Point_D> polygon, const
         if (count < 3) {                                                                                                         \
             return;                                                                                                              \
         }                                                                                                                        \
-        if (!vorna::is_plain(rendition.face)) {                                                                                  \
+        if (!vorna::drawn_by_renderer(rendition.face)) {                                                                         \
             VD_Draw_##form##_Polygon(renderer, *vorna::with_plain_face(rendition), count, points, color);                        \
         } else {                                                                                                                 \
             draw_triangulated<VD_Draw_##triangle_form##_Polytriangle, VD_Draw_##triangle_form##_Colorized_Polytriangle>(         \
@@ -88,7 +83,7 @@ VT_STANDARD_POLYGON(DC, VT_Point, DC)
 VT_STANDARD_POLYGON(2DI, VT_DCI_Point, 2D)
 VT_STANDARD_POLYGON(DCI, VT_DCI_Point, DC)
 
-// Through the slot that cuts to the hard clip, hatches and all.
+// Through the 2D slot, which clips to the hard clip and draws hatches.
 void VD_Standard_Draw_3D_Polygon(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count,
                                  const VT_Point_D* points, const VT_RGB32* color) {
     const vorna::Standard_Call call(renderer, "VD_Standard_Draw_3D_Polygon");

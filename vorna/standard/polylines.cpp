@@ -1,12 +1,14 @@
 // Standard polylines.
 //
-// Float forms become integer ones and go back to the slots. Integer forms that renderers hand over are made plain: a wide line
-// becomes rows of pixels, each drawn as a level line of one pixel; a dashed line becomes its dashes. Plain lines come back only
-// from renderers that lack the slot, and are drawn dot by dot, or as device lines that reach too far, and are cut. So nothing is
-// ever handed round in a circle.
+// Float forms are rounded and drawn through the slots of the integer forms. Integer forms that renderers hand over are made
+// plain: a wide line becomes rows of pixels, each drawn as a level line of one pixel; a dashed line becomes its dashes. Plain
+// lines only come here when the renderer lacks the slot, and are drawn as dots, or when device lines reach too far, and are
+// clipped. So no call returns to where it came from.
 #include <algorithm>
 #include <cmath>
 
+#include "host/attributes.h"
+#include "host/segment_clip.h"
 #include "vorna/draw.h"
 #include "vorna/standard/conversion.h"
 #include "vorna/standard/dashes.h"
@@ -24,9 +26,9 @@ struct Line {
     std::int32_t count;
     const VT_DCI_Point* points;
     Stroke_Colors shading;
-    const VT_RGB32* colors; // null = the rendition's own
+    const VT_RGB32* colors; // null = that of the rendition
     bool single_color;
-    bool has_types = colors == nullptr; // line types are for lines in the rendition's colour, as in the slots, and for arcs
+    bool has_types = colors == nullptr; // as in the slots, lines with colours have no line types; arcs do
     bool is_dotted = false;             // drawn dot by dot
     bool is_device = false;             // of the DCI form
 
@@ -47,7 +49,7 @@ VT_Reference<VT_Rendition> plain_copy(const VT_Rendition& rendition) {
 
 void draw_dots(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line);
 
-// Through the slot; the points may reach anywhere.
+// Draws through the slot; points may lie anywhere.
 void draw_through_slot(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line) {
     if (line.is_dotted) {
         draw_dots(renderer, rendition, line);
@@ -60,7 +62,7 @@ void draw_through_slot(VT_Renderer_Data& renderer, const VT_Rendition& rendition
     }
 }
 
-// A line of one pixel, dot by dot along the longer side of each segment. A vertex belongs to the segment that begins there.
+// Draws a line of one pixel as dots along the longer axis of each segment. A vertex belongs to the segment that begins there.
 void draw_dots(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line) {
     const VT_Int_Rectangle visible = visible_rectangle(renderer, rendition);
     if (is_empty(visible)) {
@@ -76,25 +78,25 @@ void draw_dots(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const 
         const VT_Point_D from{double(line.points[s].x), double(line.points[s].y), double(line.points[s].z)};
         const VT_Point_D to{double(line.points[s + 1].x), double(line.points[s + 1].y), double(line.points[s + 1].z)};
         const double steps = std::max(std::abs(to.x - from.x), std::abs(to.y - from.y));
-        double first, last;
-        if (steps == 0 || !part_near(visible, 1, from, to, first, last)) {
+        const Segment_Part part = part_near(visible, 1, from, VT_Vector_D{to.x - from.x, to.y - from.y, 0});
+        if (steps == 0 || !part.is_visible()) {
             continue;
         }
-        const double end = std::min(steps, std::ceil(last * steps) + 1);
-        for (double i = std::floor(first * steps); i < end; ++i) {
+        const double end = std::min(steps, std::ceil(part.leaving * steps) + 1);
+        for (double i = std::floor(part.entering * steps); i < end; ++i) {
             const double t = i / steps;
             dot(from.x + t * (to.x - from.x), from.y + t * (to.y - from.y), from.z + t * (to.z - from.z),
                 line.shading == Stroke_Colors::per_point ? mixed(line.color(s), line.color(s + 1), t) : line.color(s));
         }
     }
-    // Where a line ends no depth is passed that buffers cannot hold, whatever the test.
+    // The last pixel of a line is not drawn at a depth beyond those of the buffer, whatever the depth test.
     const VT_DCI_Point& last = line.points[line.count - 1];
     if (last.z <= farthest_depth || !has_depth_in_force(renderer, rendition)) {
         dot(last.x, last.y, last.z, line.color(line.shading == Stroke_Colors::per_point ? line.count - 1 : line.count - 2));
     }
 }
 
-// Device lines that reach farther than their slot may be given are cut to the window.
+// Device lines that the slot does not accept are clipped to the window.
 void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line) {
     if (!line.is_device || Points_Near_Window::admits(renderer, rendition, line.count, line.points)) {
         draw_dots(renderer, rendition, line);
@@ -105,8 +107,8 @@ void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const
     draw_through_slot(renderer, *cut, line);
 }
 
-// Draws what covers pixels: whole runs through the line slots, edges of smoothed lines through the triangle slot, which blends
-// in every 32-bit case.
+// Draws runs of covered pixels: fully covered ones through the line slots, the edges of smoothed lines through the triangle
+// slots, which blend in every 32-bit case.
 class Run_Drawing {
 public:
     Run_Drawing(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line)
@@ -155,10 +157,10 @@ private:
     VT_Reference<VT_Rendition> plain_;
     VT_RGB32 own_color_;
     bool blends_;
-    bool has_end_; // as lines of one pixel have it
+    bool has_end_; // the last pixel is drawn as that of a line of one pixel
 };
 
-// Where renderers smooth lines of one pixel: 32-bit colour, no depth in force, no merging.
+// Whether renderers would smooth a line of one pixel: 32-bit colours, no depth, no merging.
 bool draws_smoothed(VT_Renderer_Data& renderer, const VT_Rendition& rendition) {
     const VT_Renderer_Options& options = renderer.current_renderer_options();
     return (rendition.line.flags & line_flag::smoothed) && options.color_system() == 1 &&
@@ -193,7 +195,7 @@ void draw_paths(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const
     }
 }
 
-// The same in every form, which is what slots of one colour make of it too.
+// Draws the casing and the line over it, as the slots of one colour do.
 void draw_cased(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line) {
     const VT_Line_Type& type = *rendition.line.line_types->types.front();
     const VT_Reference<VT_Rendition> pass = copy_of(rendition);
@@ -216,7 +218,7 @@ void draw_line(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const 
     }
     const VT_Line_Attributes& attributes = rendition.line;
     const bool is_typed = line.has_types && has_line_types(attributes);
-    if (attributes.weight <= 1 && attributes.style == line_style::solid && !is_typed) {
+    if (drawn_by_renderer(attributes) && !is_typed) {
         draw_plain(renderer, rendition, line);
         return;
     }
@@ -235,7 +237,7 @@ void draw_line(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const 
         path.push_back({double(point.x), double(point.y), double(point.z), line.color(has_color ? i : i - 1)});
     }
     const bool is_thin = attributes.weight <= 1;
-    const double margin = is_thin ? 2 : 2.0 * attributes.weight + 2; // as far as a miter reaches
+    const double margin = is_thin ? 2 : 2.0 * attributes.weight + 2; // the reach of a miter
     if (is_typed) {
         draw_paths(renderer, rendition, line, cut_by_line_types(path, *attributes.line_types, clip, margin, is_thin), clip);
     } else if (attributes.style != line_style::solid) {
@@ -275,8 +277,8 @@ private:
 
 } // namespace
 
-// The slots for one colour draw arcs of 32-bit colours. Those for given colours have no line types, and of palette indices
-// without depth they draw through clip regions; dots do not.
+// In 32-bit colours the slots for one colour draw arcs. The slots for given colours have no line types, and for palette indices
+// without depth they ignore clip regions; dots do not.
 void draw_arc(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const std::vector<VT_DCI_Point>& points,
               const VT_RGB32* color) {
     const auto count = static_cast<std::int32_t>(points.size());
@@ -294,7 +296,7 @@ void draw_arc(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const s
     VD_Draw_2DI_Polyline(renderer, *colored, count, points.data());
 }
 
-// Lines go one pixel farther and end there at a depth that no buffer lets pass.
+// The line is one pixel longer and ends there at a depth that no depth test passes.
 void draw_level_line(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point& start,
                      const VT_DCI_Point& end, std::span<const VT_RGB32> colors) {
     const VT_DCI_Point points[] = {start, end, {end.x + 1, end.y, end.z}, {end.x + 1, end.y, INT32_MAX}};

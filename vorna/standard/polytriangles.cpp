@@ -1,15 +1,18 @@
-// Standard polytriangles. Faces that no renderer draws become ones that renderers do, and go back to the slot they came from:
-// hatches become bitmaps, special shading plain drawing, odd textures plain ones. What then comes here again has a plain face and
-// is taken one form on: floats are rounded, transformed points cut and rounded, and whole points painted by the host itself. So
-// no call can come back without end, whatever the slots hold.
+// Standard polytriangles. Faces that renderers do not draw are replaced by faces that they draw, and go back to their slot:
+// hatches as bitmaps, special shading as plain drawing, other textures as drawable ones. Faces that arrive here again are plain
+// and are converted to the next form: floats are rounded, transformed points are cut and rounded, whole points are painted here.
+// So no call repeats endlessly, whatever the slots contain.
 #include <array>
 #include <vector>
 
+#include "host/attributes.h"
 #include "host/clip.h"
+#include "host/rounding.h"
+#include "host/strip.h"
+#include "host/texture.h"
 #include "host/triangle_clipper.h"
 #include "vorna/standard/drawing_area.h"
 #include "vorna/standard/faces.h"
-#include "vorna/standard/rounding.h"
 #include "vorna/standard/standard_call.h"
 #include "vorna/standard/strip_painter.h"
 #include "vorna/standard/textures.h"
@@ -24,7 +27,7 @@ VT_RGB32 modulated(VT_RGB32 a, VT_RGB32 b) noexcept {
     return {product(a.blue, b.blue), product(a.green, b.green), product(a.red, b.red), product(a.alpha, b.alpha)};
 }
 
-// Through the slot again with a texture that renderers draw; a face without any texture is shaded in its colours.
+// Draws through the slot again with a drawable texture; a face without texture is shaded in its colours.
 template <class Form>
 void draw_retextured(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<typename Form::Point>& strip) {
     const vorna::Padded_Texture texture = vorna::padded_texture(rendition.face, renderer.current_renderer_options().palette());
@@ -35,14 +38,14 @@ void draw_retextured(VT_Renderer_Data& renderer, const VT_Rendition& rendition, 
         for (VT_RGB32& color : colors) {
             color = rendition.face.material ? modulated(color, rendition.face.material->color) : color;
         }
-        changed->face.flags |= vorna::face_flag::translucent; // as textured faces are
+        changed->face.flags |= vorna::face_flag::translucent; // like textured faces
         changed_strip.kind = Strip_Kind::gouraud;
         changed_strip.colors = colors.data();
         Form::draw(renderer, *changed, changed_strip);
         return;
     }
-    std::vector<VT_Parameter> parameters =
-        vorna::texture_parameters(rendition.face, strip.count, strip.parameters, strip.parameter_width);
+    std::vector<VT_Parameter> parameters(2 * static_cast<std::size_t>(strip.count));
+    vorna::set_texture_parameters(rendition.face, strip.count, strip.parameters, strip.parameter_width, parameters.data());
     for (std::size_t i = 0; i < parameters.size(); i += 2) {
         parameters[i] *= texture.u_scale;
         parameters[i + 1] *= texture.v_scale;
@@ -80,7 +83,7 @@ void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const
     vorna::paint_strip(renderer, rendition, strip, vorna::Strip_Cut::pixels);
 }
 
-// What the rectangle leaves of one triangle that integers could not hold.
+// Draws the part inside the rectangle of a triangle with coordinates beyond integers.
 void draw_cut(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& rectangle,
               const Strip<VT_Point_D>& triangle) {
     if (triangle.kind == Strip_Kind::textured) {
@@ -100,15 +103,15 @@ void draw_cut(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const V
     piece.count =
         VD_Preclip_2D_Triangle(rectangle, triangle.points, points.data(), of_points ? triangle.colors : nullptr, colors.data());
     piece.colors = of_points ? colors.data() : triangle.colors;
-    piece.single_color = true; // all of its pieces have the triangle's colour
+    piece.single_color = true; // all pieces have the colour of the triangle
     if (piece.count > 0) {
         vorna::Form_2DI::draw(renderer, rendition, piece);
     }
 }
 
-// Transformed points go to the slot that cuts to the hard clip, as far as integers can hold them.
+// Rounded points go to the slot that clips to the hard clip. Triangles with coordinates beyond integers are cut here.
 void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_Point_D>& strip, vorna::Form_3D) {
-    constexpr std::int32_t guard = 0x40000000;
+    constexpr std::int32_t guard = vorna::farthest_window_side;
     const VT_Int_Rectangle visible = vorna::visible_rectangle(renderer, rendition);
     std::vector<std::uint16_t> outcodes(static_cast<std::size_t>(strip.count));
     const std::int32_t inside = VD_Clip({-guard, guard, -guard, guard}, strip.count, strip.points, outcodes.data());
@@ -125,14 +128,10 @@ void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const
         vorna::Form_2DI::draw(renderer, rendition, whole);
         return;
     }
-    for (std::int32_t k = 0; k < strip.count - 2; ++k) {
-        const std::uint16_t* codes = outcodes.data() + k;
-        if ((codes[0] | codes[1] | codes[2]) == 0) {
-            vorna::Form_2DI::draw(renderer, rendition, whole.part(k, 3));
-        } else if ((codes[0] & codes[1] & codes[2]) == 0) {
-            draw_cut(renderer, rendition, visible, strip.part(k, 3));
-        }
-    }
+    vorna::walk_strip(
+        strip.count, vorna::placements_by(outcodes.data()),
+        [&](std::int32_t first, std::int32_t length) { vorna::Form_2DI::draw(renderer, rendition, whole.part(first, length)); },
+        [&](std::int32_t k) { draw_cut(renderer, rendition, visible, strip.part(k, 3)); });
 }
 
 template <class Form>
@@ -140,9 +139,9 @@ void draw_strip(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const
     if (strip.count < 3) {
         return;
     }
-    if (!vorna::is_plain(rendition.face)) {
+    if (!vorna::drawn_by_renderer(rendition.face)) {
         Form::draw(renderer, *vorna::with_plain_face(rendition), strip);
-    } else if (strip.kind == Strip_Kind::textured && !vorna::plain_texture(rendition.face)) {
+    } else if (strip.kind == Strip_Kind::textured && !vorna::drawable_texture(rendition.face)) {
         draw_retextured<Form>(renderer, rendition, strip);
     } else {
         draw_plain(renderer, rendition, strip, Form{});

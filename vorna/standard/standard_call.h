@@ -1,11 +1,11 @@
-// What every standard function does first.
+// The start and the end of a standard function.
 #pragma once
 
 #include "host/renderer_data.h"
 
 namespace vorna {
 
-// Lives as long as a standard function runs and tells the renderer's observer of the outermost one.
+// Lives as long as a standard function runs; calls the observer of the renderer unless another standard function is running.
 class Standard_Call {
 public:
     Standard_Call(VT_Renderer_Data& renderer, const char* name) : renderer_(renderer) {

@@ -3,26 +3,22 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <cstring>
-#include <span>
-#include <utility>
 #include <vector>
 
 #include "host/clip.h"
+#include "host/strip.h"
+#include "host/texture.h"
 #include "host/triangle_clipper.h"
 #include "vorna/standard/drawing_area.h"
-#include "vorna/standard/lines.h"
-#include "vorna/standard/merging.h"
 #include "vorna/standard/pattern.h"
-#include "vorna/standard/textures.h"
+#include "vorna/standard/row_output.h"
 
 namespace vorna {
 
 namespace {
 
-// What is interpolated, in fixed point: x with 16 bits of fraction, depth with 15, texel coordinates and the channels' 16 bits as
-// they are. 64 bits hold whatever 32-bit points lead to.
+// The interpolated values, in fixed point: x with 16 bits of fraction, depth with 15; texel coordinates and channels have 16 bits
+// of fraction already. 64 bits hold the values for all 32-bit points.
 enum Attribute : std::size_t { x, z, s, t, blue, green, red, alpha, attribute_count };
 using Values = std::array<std::int64_t, attribute_count>;
 
@@ -32,7 +28,7 @@ constexpr int fraction_bits(std::size_t i) noexcept {
 
 struct Vertex {
     std::int64_t y;
-    Values values; // whole x and z
+    Values values; // x and z without fraction
 };
 
 struct Stepper {
@@ -45,7 +41,7 @@ struct Stepper {
     }
 };
 
-// A difference by a count of steps: counts of 1, 2, 4 and 8 shift and so round down, all others cut off.
+// A difference divided by a count of steps: 1, 2, 4 and 8 shift and so round down, all others truncate.
 std::int64_t divided(std::int64_t difference, std::int64_t count) noexcept {
     switch (count) {
     case 1:
@@ -61,7 +57,7 @@ std::int64_t divided(std::int64_t difference, std::int64_t count) noexcept {
     }
 }
 
-// x and z start half a unit into their first step, so that cutting off rounds.
+// x and z start half a unit higher, so that truncation rounds to nearest.
 std::int64_t start_of(std::int64_t whole, int bits) noexcept {
     return bits == 0 ? whole : (whole << bits) + (std::int64_t{1} << (bits - 1));
 }
@@ -76,7 +72,7 @@ Stepper edge(const Vertex& from, const Vertex& to) noexcept {
     return result;
 }
 
-// From the values of two edges to those along the pixels between them. The second pixel of two takes the edges' mean.
+// Interpolates along the pixels of a row, between the values of two edges. The second of two pixels takes the mean of the edges.
 Stepper span(const Values& left, const Values& right, std::int64_t count) noexcept {
     Stepper result{left, {}};
     for (std::size_t i = s; i < attribute_count; ++i) {
@@ -88,165 +84,6 @@ Stepper span(const Values& left, const Values& right, std::int64_t count) noexce
     result.step[z] = count == 2 ? (to - from) << 15 : divided((to - from) << 15, count);
     return result;
 }
-
-std::int32_t texel_coordinate(float parameter, std::int32_t side) noexcept {
-    const double scaled = double{parameter} * side * 65536.0;
-    return scaled > -2147483649.0 && scaled < 2147483648.0 ? static_cast<std::int32_t>(scaled) : INT32_MIN;
-}
-
-VT_RGB32 blended(VT_RGB32 over, VT_RGB32 under) noexcept {
-    const auto mix = [&](int a, int b) { return static_cast<std::uint8_t>((a * over.alpha + b * (255 - over.alpha)) / 255); };
-    return {mix(over.blue, under.blue), mix(over.green, under.green), mix(over.red, under.red), 255};
-}
-
-// How pixels combine with what the buffer holds.
-enum class Combination { store, blend, merge };
-
-// That of the slots of the same configuration.
-Combination combination_of(VT_Renderer_Data& renderer, const VT_Rendition& rendition, Strip_Kind kind) {
-    const VT_Renderer_Options& options = renderer.current_renderer_options();
-    const bool merging = merges(renderer, rendition.face.mode);
-    const bool has_depth = has_depth_in_force(renderer, rendition);
-    const bool has_colors = options.color_system() == 1;
-    const bool is_flat = kind == Strip_Kind::flat;
-    const Combination by_option = options.alpha_blending() ? Combination::blend : Combination::store;
-    if (kind == Strip_Kind::textured) {
-        return has_colors ? Combination::blend : by_option;
-    }
-    if (!has_colors) {
-        return is_flat && !has_depth && merging ? Combination::merge : Combination::store;
-    }
-    if (has_depth) {
-        return by_option;
-    }
-    if (merging && (is_flat || (kind == Strip_Kind::colorized && options.alpha_blending()))) {
-        return Combination::merge;
-    }
-    const bool is_translucent = kind != Strip_Kind::colorized && (rendition.face.flags & face_flag::translucent);
-    return is_translucent ? Combination::blend : by_option;
-}
-
-// Draws the pixels of a row. Images store them, or lines with depth, which follow its test. Palette indices are dots, for these
-// dither; so are pixels that merge.
-class Row_Output {
-public:
-    struct Pixel {
-        VT_RGB32 color;
-        std::int32_t z;
-        bool is_drawn;
-    };
-
-    Row_Output(VT_Renderer_Data& renderer, const VT_Rendition& rendition, Combination combination)
-        : renderer_(renderer), rendition_(new VT_Rendition(rendition)), combination_(combination),
-          has_colors_(renderer.current_renderer_options().color_system() == 1),
-          has_depth_(has_depth_in_force(renderer, rendition)) {
-        VT_Line_Attributes& line = rendition_->line; // that of dots
-        line = {};
-        line.mode = combination == Combination::merge ? merge_drawing_mode : 0;
-        rendition_->drawing_flags = 0;
-    }
-
-    void draw(std::int32_t first_column, std::int32_t row, std::vector<Pixel>& pixels) {
-        if (combination_ == Combination::blend) {
-            blend(first_column, row, pixels);
-        }
-        for (std::size_t i = 0; i < pixels.size(); ++i) {
-            const std::size_t first = i;
-            while (i < pixels.size() && pixels[i].is_drawn) {
-                ++i;
-            }
-            if (first < i) {
-                draw_run({first_column + static_cast<std::int32_t>(first), row, 0}, {&pixels[first], i - first});
-            }
-        }
-    }
-
-private:
-    void blend(std::int32_t first_column, std::int32_t row, std::vector<Pixel>& pixels) {
-        const auto is_opaque = [](const Pixel& pixel) { return !pixel.is_drawn || pixel.color.alpha == 255; };
-        if (std::all_of(pixels.begin(), pixels.end(), is_opaque)) {
-            return;
-        }
-        const std::uint8_t* const stored = read_row(first_column, row, pixels.size());
-        const VT_Palette& palette = renderer_.current_renderer_options().palette();
-        for (std::size_t i = 0; stored && i < pixels.size(); ++i) {
-            VT_RGB32 under{};
-            if (has_colors_) {
-                std::memcpy(&under, stored + 4 * i, 4);
-            } else {
-                under = palette.color(stored[i]);
-            }
-            pixels[i].color = blended(pixels[i].color, under);
-        }
-    }
-
-    void draw_run(VT_DCI_Point at, std::span<const Pixel> pixels) {
-        if (combination_ == Combination::merge && !has_colors_) {
-            merge_indices(at, pixels);
-        } else if (combination_ == Combination::merge || !has_colors_) {
-            draw_dots(at, pixels);
-        } else {
-            std::vector<VT_RGB32> colors;
-            for (const Pixel& pixel : pixels) {
-                colors.push_back(pixel.color);
-            }
-            if (has_depth_) {
-                std::vector<VT_DCI_Point> points;
-                for (const Pixel& pixel : pixels) {
-                    points.push_back({at.x++, at.y, pixel.z});
-                }
-                draw_level_line(renderer_, *rendition_, std::move(points), std::move(colors));
-            } else {
-                const VT_DCI_Point end{at.x + static_cast<std::int32_t>(pixels.size()) - 1, at.y, 0};
-                VD_Draw_DCI_RGB32_Image(renderer_, *rendition_, &at, &end, 0, colors.data(), 0, nullptr);
-            }
-        }
-    }
-
-    void draw_dots(VT_DCI_Point at, std::span<const Pixel> pixels) const {
-        for (const Pixel& pixel : pixels) {
-            at.z = pixel.z;
-            VD_Draw_DCI_Dot(renderer_, *rendition_, &at, &pixel.color);
-            ++at.x;
-        }
-    }
-
-    // Dots of given colours never merge, and indices that merge are not dithered. So the row is dithered first, then put back,
-    // and the dithered indices merged.
-    void merge_indices(VT_DCI_Point at, std::span<const Pixel> pixels) {
-        const VT_DCI_Point end{at.x + static_cast<std::int32_t>(pixels.size()) - 1, at.y, 0};
-        const auto row = [&]() -> std::vector<std::uint8_t> {
-            const std::uint8_t* const stored = read_row(at.x, at.y, pixels.size());
-            return {stored, stored ? stored + pixels.size() : stored};
-        };
-        const std::vector<std::uint8_t> before = row();
-        draw_dots(at, pixels);
-        const std::vector<std::uint8_t> dithered = row();
-        if (!before.empty()) {
-            VD_Draw_DCI_Index8_Image(renderer_, *rendition_, &at, &end, 0, before.data());
-        }
-        for (const std::uint8_t index : dithered) {
-            rendition_->line.index = index;
-            VD_Draw_DCI_Dot(renderer_, *rendition_, &at, nullptr);
-            ++at.x;
-        }
-    }
-
-    // What a part of a row holds; null when it cannot be had.
-    const std::uint8_t* read_row(std::int32_t first_column, std::int32_t row, std::size_t count) {
-        constexpr Buffer_Format format = Buffer_Format::whatever_is_there;
-        const VT_DCI_Point start{first_column, row, 0};
-        const VT_DCI_Point end{first_column + static_cast<std::int32_t>(count) - 1, row, 0};
-        VD_Read_Color_Image(renderer_, *rendition_, &start, &end, &format, stored_);
-        return stored_ ? stored_->row(0) : nullptr;
-    }
-
-    VT_Renderer_Data& renderer_;
-    VT_Reference<VT_Rendition> rendition_;
-    Combination combination_;
-    bool has_colors_, has_depth_;
-    VT_Reference<VT_Shared_Image> stored_;
-};
 
 class Painter {
 public:
@@ -300,7 +137,7 @@ private:
         along.advance(first - column);
         pixels_.clear();
         for (std::int64_t i = first; i < end; ++i, along.advance(1)) {
-            // The colours' means in a span of two pixels keep their half unit up to the product with the texel.
+            // In a span of two pixels the mean of the colours keeps its half unit until it is multiplied by the texel.
             const bool is_mean = count == 2 && i == column + 1;
             Row_Output::Pixel pixel{{}, static_cast<std::int32_t>(along.value[z] >> 15 & 0xFFFF), true};
             if (is_cell(static_cast<std::int32_t>(i) - origin_.x, row - origin_.y)) {
@@ -309,14 +146,14 @@ private:
                 pixel.color = face_.contrast_color;
                 pixel.is_drawn = (face_.flags & face_flag::opaque_pattern) != 0;
             }
-            // What is shaded from corner to corner is left out where nothing of it is to be seen.
+            // Transparent pixels with interpolated colours are left out.
             pixel.is_drawn &= pixel.color.alpha > 0 || kind_ == Strip_Kind::flat || kind_ == Strip_Kind::colorized;
             pixels_.push_back(pixel);
         }
         output_.draw(static_cast<std::int32_t>(first), row, pixels_);
     }
 
-    // left and right: of the second pixel of two; else null.
+    // left, right: the edges for the second of two pixels, else null.
     VT_RGB32 color_at(const Values& values, const Values* left, const Values* right) const noexcept {
         const auto modulated = [&](std::uint8_t byte, Attribute i) {
             const std::int64_t doubled = left ? (*left)[i] + (*right)[i] : 2 * values[i];
@@ -334,7 +171,7 @@ private:
         }
         const std::uint8_t* texel =
             texture_->row(texture_->height() - 1 - static_cast<std::int32_t>(texel_row)) + 4 * texel_column;
-        // The mean of alpha is rounded down first.
+        // The mean of alpha is rounded down before the product.
         const auto shown = static_cast<std::uint8_t>(texel[3] * std::max<std::int64_t>(values[alpha], 0) >> 16);
         return {modulated(texel[0], blue), modulated(texel[1], green), modulated(texel[2], red), shown};
     }
@@ -360,35 +197,28 @@ using Corner = Clip_Vertex<VT_DCI_Point>;
 class Strip_Painting {
 public:
     Strip_Painting(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_DCI_Point>& strip)
-        : texture_(strip.kind == Strip_Kind::textured ? plain_texture(rendition.face) : nullptr), strip_(strip),
+        : texture_(strip.kind == Strip_Kind::textured ? drawable_texture(rendition.face) : nullptr), strip_(strip),
           face_color_(face_color(renderer, rendition)), visible_(visible_rectangle(renderer, rendition)),
           has_colors_(strip.kind == Strip_Kind::gouraud || strip.kind == Strip_Kind::textured),
           painter_(renderer, rendition, strip.kind, texture_) {
         if (texture_) {
-            parameters_ = texture_parameters(rendition.face, strip.count, strip.parameters, strip.parameter_width);
+            parameters_.resize(2 * static_cast<std::size_t>(strip.count));
+            set_texture_parameters(rendition.face, strip.count, strip.parameters, strip.parameter_width, parameters_.data());
         }
     }
 
-    void draw_whole() {
-        for (std::int32_t k = 0; k < strip_.count - 2; ++k) {
-            draw_triangle(k);
-        }
-    }
+    void draw_whole() { draw_triangles(0, strip_.count - 2); }
 
-    // As renderers do: triangles that cross the rectangle become strips of what lies in it, the others are drawn as they are.
+    // Like renderers: triangles that cross the rectangle are cut to strips, the others are drawn unchanged.
     void draw_cut() {
         std::vector<std::uint16_t> outcodes(static_cast<std::size_t>(strip_.count));
         if (is_empty(visible_) || VD_Clip(visible_, strip_.count, strip_.points, outcodes.data()) == 0) {
             return;
         }
-        for (std::int32_t k = 0; k < strip_.count - 2; ++k) {
-            const std::uint16_t* const codes = outcodes.data() + k;
-            if ((codes[0] | codes[1] | codes[2]) == 0) {
-                draw_triangle(k);
-            } else if ((codes[0] & codes[1] & codes[2]) == 0) {
-                draw_pieces(k);
-            }
-        }
+        walk_strip(
+            strip_.count, placements_by(outcodes.data()),
+            [this](std::int32_t first, std::int32_t length) { draw_triangles(first, length - 2); },
+            [this](std::int32_t k) { draw_pieces(k); });
     }
 
 private:
@@ -414,8 +244,10 @@ private:
                                                       : VT_RGB32{};
     }
 
-    void draw_triangle(std::int32_t k) {
-        painter_.fill({vertex(corner(k, k)), vertex(corner(k + 1, k)), vertex(corner(k + 2, k))});
+    void draw_triangles(std::int32_t first, std::int32_t count) {
+        for (std::int32_t k = first; k < first + count; ++k) {
+            painter_.fill({vertex(corner(k, k)), vertex(corner(k + 1, k)), vertex(corner(k + 2, k))});
+        }
     }
 
     void draw_pieces(std::int32_t k) {
@@ -447,7 +279,7 @@ private:
     const Strip<VT_DCI_Point>& strip_;
     VT_RGB32 face_color_;
     VT_Int_Rectangle visible_;
-    bool has_colors_; // one a point
+    bool has_colors_; // one for each point
     Painter painter_;
     std::vector<VT_Parameter> parameters_;
 };

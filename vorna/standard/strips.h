@@ -1,4 +1,4 @@
-// Strips of triangles in one shape for all their kinds, and the slots that draw them in each coordinate form.
+// Strips of triangles of all kinds in one struct, and the slots that draw them.
 #pragma once
 
 #include "vorna/draw.h"
@@ -7,24 +7,24 @@ namespace vorna {
 
 enum class Strip_Kind { flat, colorized, gouraud, textured };
 
-// The arguments of a polytriangle call; what a kind has no use for is null.
+// The arguments of a polytriangle call; null where the kind has none.
 template <class Point> struct Strip {
     Strip_Kind kind = Strip_Kind::flat;
     std::int32_t count = 0;
     const Point* points = nullptr;
-    const VT_RGB32* colors = nullptr; // colorized: one a triangle; Gouraud and textured: one a point
+    const VT_RGB32* colors = nullptr; // colorized: for each triangle; Gouraud and textured: for each point
     bool single_color = false;
     const VT_Parameter* parameters = nullptr;
     std::int32_t parameter_width = 0;
     const float* weights = nullptr;
     const VT_Vector* normals = nullptr;
 
-    // The same with other points, as many of them.
+    // The same strip with other points.
     template <class Other> Strip<Other> with(const Other* others) const {
         return {kind, count, others, colors, single_color, parameters, parameter_width, weights, normals};
     }
 
-    // length points from the first one on.
+    // The strip of length points from point first on.
     Strip part(std::int32_t first, std::int32_t length) const {
         const auto from = [first](const auto* list) { return list ? list + first : list; };
         Strip result = *this;
@@ -38,7 +38,7 @@ template <class Point> struct Strip {
     }
 };
 
-// A coordinate form: its point type, and drawing of a strip through the renderer's slots.
+// A coordinate form: its point type, and the call of its slot.
 #define VT_STRIP_FORM(form, point)                                                                                               \
     struct Form_##form {                                                                                                         \
         using Point = point;                                                                                                     \

@@ -1,5 +1,5 @@
-// Wide lines as regions of pixels: convex pieces for segments, joins and caps, scanned together row by row. Pieces overlap;
-// that is why no piece is drawn by itself.
+// Wide lines as sets of pixels: convex pieces for segments, joins and caps, scanned together row by row. Pieces overlap,
+// therefore none is drawn separately.
 #include "vorna/standard/stroke.h"
 
 #include <algorithm>
@@ -17,15 +17,15 @@ struct Place {
     double x, y;
 };
 
-// A convex polygon, or a disc around its only corner. A segment's piece has depths and colours that change from one end to the
-// other; a join or cap has those of its vertex.
+// A convex polygon, or a disc around its only corner. Depths and colours of a segment change from one end to the other; those of
+// a join or cap are those of its vertex.
 struct Piece {
     Place corners[4] = {};
     int count = 0; // of corners; 1 = a disc
     double bottom = 0, top = 0;
     Stroke_Point from = {}, to = {};
-    Place ramp = {}; // how much of the way from one end to the other a pixel further to the right, or upwards, is
-    // Later ones cover earlier ones. Odd for segments; the joins and caps at a segment's ends have its key - 3 and key - 1.
+    Place ramp = {}; // gradient of the parameter from 0 at one end to 1 at the other
+    // Larger keys cover smaller ones. Segments have odd keys k, the joins and caps at their ends k - 3 and k - 1.
     std::int64_t key = 0;
 
     double way(double x, double y) const noexcept { return std::clamp((x - from.x) * ramp.x + (y - from.y) * ramp.y, 0.0, 1.0); }
@@ -34,12 +34,12 @@ struct Piece {
     bool is_end_of(const Piece& segment) const noexcept { return key + 1 == segment.key || key + 3 == segment.key; }
 };
 
-// Pieces that share a line meet there without a gap: what rounding makes of places on that line is the same place again.
+// Rounds a coordinate, so that pieces with a common side compute the same positions on it and meet without a gap.
 double on_grid(double x) noexcept {
     return std::nearbyint(x * 1048576) / 1048576;
 }
 
-// Where the piece lies at a height: from left, inclusive, to right, exclusive. Its lower edges belong to it, its upper do not.
+// The part of a row inside the piece, from left, inclusive, to right, exclusive. Lower edges belong to it, upper ones do not.
 bool cross(const Piece& piece, double y, double& left, double& right, double radius) noexcept {
     if (piece.count == 1) {
         const double offset = y - piece.corners[0].y;
@@ -68,7 +68,7 @@ bool cross(const Piece& piece, double y, double& left, double& right, double rad
     return crossings > 1 && left < right;
 }
 
-// Makes the pieces of paths, and keeps those that can be seen.
+// Makes the pieces of paths and keeps the visible ones.
 class Outline {
 public:
     Outline(const Stroke_Pen& pen, const VT_Int_Rectangle& rectangle)
@@ -178,11 +178,11 @@ private:
             add_disc(point, key);
             return;
         }
-        // The outer side lies to the right of a turn to the left.
+        // The outer side of a left turn is on the right.
         const double side = turn > 0 ? radius_ : -radius_;
         const Place a{point.x + in.y * side, point.y - in.x * side};
         const Place b{point.x + out.y * side, point.y - out.x * side};
-        // The tip lies sqrt(2 / (1 + cosine)) times half the weight from the vertex: at most 4 times.
+        // The tip lies sqrt(2 / (1 + cosine)) times half the weight from the vertex; a miter reaches at most 4 times.
         if (pen_.join == line_join::miter && 2 <= 16 * (1 + cosine)) {
             const double reach = side / (1 + cosine);
             add_polygon(point, key,
@@ -239,7 +239,7 @@ private:
     std::int64_t key_ = 0;
 };
 
-// Rows of pixels, each gathered from all pieces that reach it before it is drawn.
+// Rows of pixels. A row is gathered from all pieces that reach it, then drawn.
 class Row_Scan {
 public:
     Row_Scan(const Stroke_Pen& pen, const VT_Int_Rectangle& rectangle, const std::function<void(const Stroke_Run&)>& draw)
@@ -257,7 +257,7 @@ public:
                 if (next == pieces.size()) {
                     return;
                 }
-                // Straight to the row where the next piece begins.
+                // Skips to the row where the next piece begins.
                 if (pieces[next].bottom > height + 1) {
                     y = std::min<std::int64_t>(static_cast<std::int64_t>(std::floor(pieces[next].bottom)) - 1, rectangle_.top);
                     continue;
@@ -278,7 +278,7 @@ public:
 
 private:
     struct Pixel {
-        std::uint64_t covered = 0; // one bit a sampling point
+        std::uint64_t covered = 0; // one bit for each sampling point
         const Piece* owner = nullptr;
     };
 
@@ -361,9 +361,9 @@ private:
     const Stroke_Pen& pen_;
     const VT_Int_Rectangle rectangle_;
     const std::function<void(const Stroke_Run&)>& draw_;
-    const int samples_; // sampling points a pixel, along and up
+    const int samples_; // sampling points in a row and in a column of a pixel
     const bool tracks_owner_;
-    std::vector<Pixel> pixels_; // of the row under way
+    std::vector<Pixel> pixels_; // of the current row
     std::int64_t first_ = INT64_MAX, last_ = -1;
 };
 

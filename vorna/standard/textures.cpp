@@ -1,60 +1,19 @@
-// Textures of faces. Renderers take the first row in memory as the top one, so this does too.
+// Textures made drawable. The first row in memory is the top one, as in renderers.
 #include "vorna/standard/textures.h"
 
 #include <bit>
 #include <cstring>
 
+#include "host/texture.h"
+
 namespace vorna {
-
-namespace {
-
-constexpr std::int32_t largest_side = 16384;
-
-bool is_power_of_two(std::int32_t side) noexcept {
-    return side > 0 && (side & (side - 1)) == 0;
-}
-
-bool has_possible_sides(const VT_Shared_Image& image) noexcept {
-    return image.width() > 0 && image.height() > 0 && image.width() <= largest_side && image.height() <= largest_side;
-}
-
-} // namespace
-
-const VT_Shared_Image* plain_texture(const VT_Face_Attributes& face) noexcept {
-    const VT_Shared_Image* image = face.material ? face.material->texture.get() : nullptr;
-    const bool is_plain = image && image->format() == Buffer_Format::rgb32 && has_possible_sides(*image) &&
-                          is_power_of_two(image->width()) && is_power_of_two(image->height()) &&
-                          image->row_bytes() == 4 * image->width();
-    return is_plain ? image : nullptr;
-}
-
-std::vector<VT_Parameter> texture_parameters(const VT_Face_Attributes& face, std::int32_t count, const VT_Parameter* parameters,
-                                             std::int32_t parameter_width) {
-    std::vector<VT_Parameter> pairs;
-    pairs.reserve(2 * static_cast<std::size_t>(count));
-    const bool is_transformed = face.material && face.material->has_texture_matrix;
-    for (std::int32_t i = 0; i < count; ++i) {
-        const VT_Parameter* of_point = parameters + std::int64_t{i} * parameter_width;
-        float u = parameter_width > 0 ? of_point[0] : 0;
-        float v = parameter_width > 1 ? of_point[1] : 0;
-        if (is_transformed) {
-            const auto& m = face.material->texture_matrix.m;
-            const double in_u = u;
-            const double in_v = v;
-            u = static_cast<float>(m[0][0] * in_u + m[0][1] * in_v + m[0][3]);
-            v = static_cast<float>(m[1][0] * in_u + m[1][1] * in_v + m[1][3]);
-        }
-        pairs.insert(pairs.end(), {u, v});
-    }
-    return pairs;
-}
 
 Padded_Texture padded_texture(const VT_Face_Attributes& face, const VT_Palette& palette) {
     const VT_Shared_Image* from = face.material ? face.material->texture.get() : nullptr;
     const bool has_indices = from && from->format() == Buffer_Format::index8;
     const bool has_colors =
         from && (from->format() == Buffer_Format::rgb32 || from->format() == Buffer_Format::presentation_rgb32);
-    if (!(has_indices || has_colors) || !has_possible_sides(*from)) {
+    if (!(has_indices || has_colors) || !is_texture_side(from->width()) || !is_texture_side(from->height())) {
         return {};
     }
     const auto padded = [](std::int32_t side) {

@@ -1,25 +1,15 @@
-// Textures of faces, and the parameters that place them.
+// Textures that renderers do not draw, converted to drawable ones.
 #pragma once
-
-#include <vector>
 
 #include "host/color.h"
 #include "host/rendition.h"
 
 namespace vorna {
 
-// The texture as renderers draw it: texels of 32 bits without gaps between rows, sides that are powers of two. Null when the face
-// has none like that.
-const VT_Shared_Image* plain_texture(const VT_Face_Attributes& face) noexcept;
-
-// Texture parameters of count points, u and v each, with the material's texture matrix applied.
-std::vector<VT_Parameter> texture_parameters(const VT_Face_Attributes& face, std::int32_t count, const VT_Parameter* parameters,
-                                             std::int32_t parameter_width);
-
-// A texture of any size or of palette indices made plain: padded at its right and upper sides with texels that draw nothing.
+// A texture of another size, or of palette indices, made drawable: padded on the right and at the top with transparent texels.
 struct Padded_Texture {
-    VT_Reference<const VT_Shared_Image> image; // null when there is nothing to make it of
-    float u_scale = 1, v_scale = 1;            // from parameters of the texture to those of the image
+    VT_Reference<const VT_Shared_Image> image; // null when the face has no texture that can be converted
+    float u_scale = 1, v_scale = 1;            // factors from parameters of the texture to those of the image
 };
 Padded_Texture padded_texture(const VT_Face_Attributes& face, const VT_Palette& palette);
 

@@ -1,6 +1,5 @@
-// Painting the window and clearing its depth. VD_Span_DC_Rectangle draws every pattern of cells as rows of an image, which alone
-// are stored as they are, VD_Standard_Draw_Window through it, and VD_Standard_Clear_Depth_Rectangle clears through the slot that
-// writes depth.
+// Painting the window and clearing its depth. VD_Span_DC_Rectangle draws patterns as rows of an image, because only images are
+// stored unchanged; VD_Standard_Draw_Window calls it. VD_Standard_Clear_Depth_Rectangle calls the slot that writes depth.
 #include <limits>
 #include <vector>
 
@@ -12,7 +11,7 @@
 
 namespace {
 
-// A window is painted whatever lies there: no clip region, depth test, merge or blend of the rendition takes part.
+// A window is painted without clip region, depth test, merging and blending.
 class Window_Painter {
 public:
     Window_Painter(VT_Renderer_Data& renderer, const VT_Window_Attributes& window, const VT_Int_Rectangle& rectangle)
@@ -37,7 +36,7 @@ private:
     VT_Renderer_Data& renderer_;
     bool has_colors_;
     VT_Reference<VT_Rendition> paint_;
-    std::vector<VT_RGB32> colors_; // as many as a row can take
+    std::vector<VT_RGB32> colors_; // at least as many as a row has pixels
     std::vector<std::uint8_t> indices_;
 };
 
@@ -85,6 +84,6 @@ void VD_Standard_Clear_Depth_Rectangle(VT_Renderer_Data& renderer, const VT_Rend
                                               std::numeric_limits<std::uint16_t>::max());
     const VT_DCI_Point top_left{rectangle.left, rectangle.top, 0};
     const VT_DCI_Point bottom_right{rectangle.right, rectangle.bottom, 0};
-    // With a stride of 0 the one row serves them all.
+    // With a stride of 0 all rows are the same one.
     VD_Write_Depth_Rectangle(renderer, rendition, &top_left, &bottom_right, 0, farthest.data());
 }

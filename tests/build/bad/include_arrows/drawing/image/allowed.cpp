@@ -1,0 +1,3 @@
+// May include what it includes.
+#include "drawing/files/path.h"
+#include "host/geometry.h"

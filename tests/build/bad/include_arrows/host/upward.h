@@ -1,0 +1,4 @@
+// Includes a header of a folder above.
+#pragma once
+
+#include "vorna/draw.h"

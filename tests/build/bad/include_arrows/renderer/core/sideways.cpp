@@ -1,0 +1,2 @@
+// Includes a header of the host library.
+#include <vorna/canvas.h>

@@ -1,0 +1,4 @@
+// Includes a header of the renderer.
+#pragma once
+
+#include "renderer/core/actions.h"
