@@ -1,4 +1,0 @@
-// Includes from a folder above its own.
-#pragma once
-
-#include "renderer/lines/polylines_2d.h"
