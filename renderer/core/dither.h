@@ -13,7 +13,7 @@
 
 namespace krb {
 
-// What kernels read of a colour cube. Plain data: kernels call no function that is not their own.
+// A colour cube as kernels read it. Plain data: kernels call no function that is not compiled with them.
 struct Dither {
     std::int32_t red_multiplier, green_multiplier, blue_multiplier;
     std::int32_t red_stride, green_stride, blue_stride;

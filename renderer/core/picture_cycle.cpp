@@ -42,7 +42,7 @@ template <class Value> void fill_cells(const Frame_Buffer& buffer, std::int32_t 
         return;
     }
     const auto offset = static_cast<std::size_t>(cells.first_column) * sizeof value;
-    // Rows of odd length, such as an application may bring, leave no whole number of values in the block.
+    // An application's own buffer may have rows whose length is no multiple of the value's size.
     const bool whole_block = whole_rows && buffer.bytes_per_row % std::int32_t{sizeof value} == 0;
     const auto bytes = whole_block ? static_cast<std::size_t>(buffer.bytes_per_row)
                                    : static_cast<std::size_t>(cells.last_column - cells.first_column + 1) * sizeof value;
@@ -74,7 +74,7 @@ template <class Value> void draw_window(VT_Renderer_Data& data, const VT_Renditi
     fill_cells(*renderer.color_buffer, renderer.window_size.x, cells, value);
 }
 
-// Copies a rectangle of a buffer into an image of the given format; asked for one that this is not, leaves no image.
+// Copies a rectangle of a buffer into an image of the given format. Sets the image to null when another format is requested.
 void read_image(const Software_Z_Buffer& renderer, const VT_Reference<Frame_Buffer>& buffer, Buffer_Format format, bool requested,
                 const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right, VT_Reference<VT_Shared_Image>& image) {
     const std::int32_t pixel_bytes = format == Buffer_Format::rgb32 ? 4 : format == Buffer_Format::depth16 ? 2 : 1;

@@ -13,7 +13,7 @@ VT_Window_Action draw_window_rgb32;
 
 // Sets the rendition's window rectangle to the far value 0xFFFF. The rectangle must lie inside the window.
 VT_Window_Action clear_depth_rectangle;
-// What stands in the slot without a depth buffer.
+// For configurations without a depth buffer: does nothing.
 VT_Window_Action clear_no_depth;
 
 // Copies depths into a rectangle, top row first, or zeros without a source. Only the right edge is cut to the window.

@@ -7,8 +7,7 @@
 
 namespace krb {
 
-// A few elements, those of 64 points, live in the frame of the call, more on the heap. They are not initialised beyond their own
-// defaults.
+// Up to frame_count elements are stored in the frame of the call, more on the heap. They are default-initialised.
 template <class Element, std::int32_t frame_count = 64> class Scratch {
 public:
     // A count below 1 gives no elements. Throws std::bad_alloc.

@@ -161,7 +161,7 @@ void Software_Z_Buffer::establish_buffers() {
     const auto fits = [size](const VT_Reference<Frame_Buffer>& buffer) {
         return buffer && buffer->width == size.x && buffer->height == size.y;
     };
-    // Only colour systems 0 and 1 insist on a format; another one keeps any buffer of the right size.
+    // Only colour systems 0 and 1 require a format; other ones keep any buffer of the right size.
     const std::int32_t system = options.color_system();
     const Buffer_Format wanted = system == 1 ? Buffer_Format::rgb32 : Buffer_Format::index8;
     if (!fits(color_buffer) || ((system == 0 || system == 1) && color_buffer->format != wanted)) {

@@ -1,4 +1,4 @@
-// The renderer: options, buffers, and what the rasterizers read of them.
+// The renderer: options, buffers, and the state that members read.
 #pragma once
 
 #include <cstdint>
@@ -68,19 +68,7 @@ public:
 
     const VT_Palette& palette() const noexcept { return current_options.palette(); }
 
-    // Depth test by mode for single points, as a signed comparison of the point's depth with the stored one.
-    bool passes_z_test(std::int32_t z, std::uint16_t stored) const noexcept {
-        switch (z_test) {
-        case 1:
-            return z < stored;
-        case 5:
-            return z > stored;
-        default:
-            return z <= stored;
-        }
-    }
-
-    // What follows is the renderer's state as its rasterizers read it; establish and the two setters write it.
+    // State that members read. Only establish() and the setters of the two depth options write it.
     Option_Handles requested;
     Option_Handles current;
     VT_Reference<Frame_Buffer> color_buffer;
@@ -104,7 +92,7 @@ public:
     std::int32_t face_override = 0;  // a face pattern that polygons take instead of their own; 0 = none
     Case installed_case = Case::index8;
     const Kernel_Set* kernels;
-    // What all of a member's calls hand to kernels; made by establish once there are buffers.
+    // The part of the kernels' target that does not depend on the call; set by establish() once there are buffers.
     Pixel_Target target{};
 
 private:

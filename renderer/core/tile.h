@@ -9,8 +9,8 @@
 
 namespace krb {
 
-// While it lives, device coordinates count from the renderer's window, for the host's standard functions too, and device strips
-// keep to the hard clip of the tile's rendition.
+// During its lifetime device coordinates count from the renderer's window, for the host's standard functions too, and device
+// strips are cut to the hard clip of the tile's rendition.
 class Tile {
 public:
     // Throws std::bad_alloc.
@@ -19,9 +19,9 @@ public:
     Tile& operator=(const Tile&) = delete;
     ~Tile();
 
-    // What to draw with: a copy of the caller's whose clips are the tile's.
+    // A copy of the caller's rendition with the tile's clips.
     const VT_Rendition& rendition() const noexcept { return *rendition_; }
-    // Outside of it, in device coordinates, integers could not hold the points.
+    // In device coordinates. Points outside do not fit 32-bit integers.
     const VT_Int_Rectangle& guard_band() const noexcept { return guard_band_; }
 
     VT_DCI_Point to_tile(const VT_DCI_Point& point) const noexcept {

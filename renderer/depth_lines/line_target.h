@@ -1,4 +1,4 @@
-// What the line members gather for their kernels, once a call.
+// The target and the kernel of a call of a line member.
 #pragma once
 
 #include <type_traits>

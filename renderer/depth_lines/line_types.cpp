@@ -11,7 +11,7 @@ namespace krb {
 
 namespace {
 
-// Lengths that differ by no more are equal: what adding them up in another order can make of them.
+// Lengths that differ by no more than this are equal: sums in another order differ by less.
 constexpr double threshold = 1e-12F;
 
 // A place along the polyline. It moves by unit vector times distance and is not drawn back to the vertices that it passes.
@@ -21,16 +21,16 @@ struct Place {
     Place moved(const VT_Vector_D& unit, double distance) const noexcept {
         return {x + unit.x * distance, y + unit.y * distance, z + unit.z * distance};
     }
-    // Cut off towards zero. Adding up may lead a little beyond what integers hold.
+    // Truncated. Sums may lie a little outside the range of 32-bit integers.
     VT_DCI_Point pixel() const noexcept {
         const auto whole = [](double v) { return static_cast<std::int32_t>(std::clamp<double>(v, INT32_MIN, INT32_MAX)); };
         return {whole(x), whole(y), whole(z)};
     }
 };
 
-// Patterns that repeat within this many pixels or less are not walked: they would hardly end on long lines. Such a pattern of
-// gaps only draws nothing. Beside dashes or dots no pixel could show a gap: the trailing part takes the place of the repeating
-// one.
+// Patterns that repeat within this many pixels or less are not walked, since that would take very long on long lines. Such a
+// pattern of gaps only draws nothing. Where it has dashes or dots, its gaps are invisible, and the trailing part is drawn instead
+// of the repeating one.
 constexpr double shortest_pattern = 1.0 / 1024;
 
 // A segment of more elements than this is walked near the window only; one that has as many even there is not walked at all.
@@ -52,7 +52,7 @@ public:
     // Where pieces of the line that runs from a place along a unit vector can be seen, as distances from its start.
     vorna::Segment_Part visible_part(const Place& from, const VT_Vector_D& unit, double length) const noexcept {
         vorna::Segment_Part part = vorna::part_near(window_, margin_, from, unit, length);
-        // However wide a piece is, along the line it reaches no farther than its caps.
+        // A piece of any width reaches no farther along the line than its caps.
         const double cap = rendition_->line.cap == vorna::line_cap::butt ? 4 : margin_;
         const auto range = [](double speed, double low, double high) { return std::minmax({speed * low, speed * high}); };
         const auto [left, right] = range(unit.x, window_.left - cap, window_.right + cap);
@@ -111,7 +111,7 @@ double length_of(std::int32_t count, const VT_DCI_Point* points) noexcept {
     return total;
 }
 
-// The set holds the type as well, so what is scaled is always a copy.
+// The set holds a reference to the type, so a scaled type is always a copy.
 VT_Reference<VT_Line_Type> scaled_copy(const VT_Line_Type& type, double scale) {
     VT_Reference<VT_Line_Type> copy(static_cast<VT_Line_Type*>(type.clone()));
     copy->scale(scale);
@@ -186,7 +186,7 @@ private:
         return std::accumulate(type_.lengths.begin(), type_.lengths.begin() + std::ptrdiff_t(element), 0.0);
     }
 
-    // Goes on with the elements where the last segment left them. Returns where they end.
+    // Continues with the element at which the last segment ended. Returns the place where the elements end.
     Place repeat(const Place& at, const VT_Vector_D& unit, double distance, Pieces& pieces) {
         const double longest = pieces.most_elements_walked() / static_cast<double>(element_count_) * repetition_;
         if (distance <= longest) {
@@ -205,7 +205,7 @@ private:
         return at.moved(unit, distance);
     }
 
-    // Goes on without drawing.
+    // Advances without drawing.
     void pass(double distance) noexcept {
         covered_ += distance;
         double left = std::fmod(length_before(element_) + consumed_ + distance, repetition_);
@@ -252,8 +252,8 @@ private:
     std::size_t element_count_;
     double repetition_;       // length of all elements
     bool is_blank_ = false;   // gaps that are too short to be walked one by one
-    std::size_t element_ = 0; // the phase: the element under way
-    double consumed_ = 0;     // and how much of it is used up
+    std::size_t element_ = 0; // the phase: the current element
+    double consumed_ = 0;     // and the length of it that is used
 };
 
 bool is_plain(const VT_Reference<const VT_Line_Type>& type) noexcept {
@@ -302,7 +302,7 @@ void cut_along(const VT_Line_Type_Set& set, std::int32_t count, const VT_DCI_Poi
 
 void draw_by_line_types(const VT_Rendition& rendition, const VT_Int_Rectangle& window, std::int32_t count,
                         const VT_DCI_Point* points, const Draw_Plain_Polyline& draw) {
-    // Held, since drawing may change the caller's rendition.
+    // A reference of its own, since drawing may change the caller's rendition.
     const VT_Reference<const VT_Line_Type_Set> set = rendition.line.line_types;
     Pieces pieces(rendition, window, draw);
     if (set->per_segment || count < 3) {

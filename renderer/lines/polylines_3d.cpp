@@ -1,4 +1,5 @@
-// Members of the 3D polyline slots: shifted into the tile, cut where integers end, handed to the 2DI slots.
+// Members of the 3D polyline slots: polylines are moved into the tile, cut where their points do not fit integers, and handed to
+// the 2DI slots.
 #include "renderer/lines/polylines_3d.h"
 
 #include "host/polyline_clip.h"

@@ -1,4 +1,5 @@
-// Members of the 3D polytriangle slots: shifted into the tile, cut where integers end, handed to the DCI slots.
+// Members of the 3D polytriangle slots: strips are moved into the tile, cut where their points do not fit integers, and handed to
+// the DCI slots.
 #include "renderer/triangles/polytriangles_3d.h"
 
 #include "host/clip.h"
@@ -11,7 +12,7 @@ namespace krb {
 
 namespace {
 
-// A triangle that integers cannot hold, in tile coordinates.
+// A triangle whose points do not fit 32-bit integers, in tile coordinates.
 struct Far_Triangle {
     VT_Point_D corners[3];
     const VT_Int_Rectangle& clip;
@@ -21,7 +22,7 @@ struct Far_Triangle {
           clip(tile.rendition().clip.hard_clip) {}
 };
 
-// What the host leaves of it: a strip, with colours when there were any.
+// The part of it that the host's clipper leaves: a strip, with colours when there were any.
 struct Cut_Triangle {
     VT_DCI_Point points[vorna::Clipped_Polygon::most_vertices];
     VT_RGB32 colors[vorna::Clipped_Polygon::most_vertices];

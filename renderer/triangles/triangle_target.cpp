@@ -1,4 +1,4 @@
-// What the members gather for their kernels, once a call.
+// The target and the kernel of a call of a triangle member.
 #include "renderer/triangles/triangle_target.h"
 
 #include <algorithm>
@@ -162,7 +162,7 @@ template <class Visit> void visit_cells(const Triangle_Target& target, VT_Int_Pa
     }
 }
 
-// Texel coordinates of whole strips come from floats and so lose nothing as floats.
+// Texel coordinates of whole strips are converted from floats, so the conversion back to floats is exact.
 Texel_Coordinates cut_coordinates(float s, float t) noexcept {
     const auto fixed = [](float v) { return static_cast<std::int32_t>(std::clamp(v, -2147483648.0F, 2147483520.0F)); };
     return {fixed(s), fixed(t)};

@@ -1,4 +1,4 @@
-// What the members gather for their kernels, once a call.
+// The target and the kernel of a call of a triangle member.
 #pragma once
 
 #include "host/attributes.h"
