@@ -1,4 +1,4 @@
-// What the command says to people.
+// Messages of the command.
 #include "app/cli/messages.h"
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// What the command says to people. Nothing else prints texts: names in files and of files may hold what terminals obey.
+// Messages of the command. All texts are printed here: names from files may contain control characters, which are escaped.
 #pragma once
 
 #include <cstdio>
@@ -8,10 +8,10 @@
 
 namespace vorna::app {
 
-// Prints lines likewise.
+// Prints lines, with control characters escaped.
 void print(std::FILE* stream, const std::string& text);
 
-// Something is not as expected, and not in the way.
+// Prints a warning.
 void warn(const std::string& text);
 
 } // namespace vorna::app
