@@ -16,7 +16,7 @@ Program make_program() {
     constexpr const char* group = "All commands";
     Program program;
     program.itself = {.name = "vorna",
-                      .summary = "Draw models, maps and pictures exactly, without a display or a GPU.",
+                      .summary = "Draw models, maps and recordings exactly, without a display or a GPU.",
                       .options = {{.names = {"-h", "--help"}, .text = "Print this help and exit", .group = group},
                                   {.names = {"--version"}, .text = "Print the version and exit", .group = group},
                                   {.names = {"--module"},

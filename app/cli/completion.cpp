@@ -9,25 +9,34 @@
 
 #include "app/cli/page.h"
 #include "drawing/image/color_name.h"
+#include "drawing/job/formats.h"
 
 namespace vorna::app::manual {
 namespace {
 
-// What may stand for a value.
+// The values that a shell offers.
 struct Candidates {
     std::vector<std::string> words;
     std::vector<std::string> endings; // of files, without the dot; folders beside them
     bool any_file = false, folder = false;
 };
 
+template <class Is_Meant> std::vector<std::string> suffixes_of(Is_Meant is_meant) {
+    std::vector<std::string> suffixes;
+    for (const drawing::Format& format : drawing::formats()) {
+        if (is_meant(format)) {
+            suffixes.emplace_back(format.suffix);
+        }
+    }
+    return suffixes;
+}
+
 // By the name of the kind: FILE.png is a file that ends so.
 Candidates candidates_of(const Option_Entry& option) {
     static const std::array<std::pair<std::string_view, std::vector<std::string>>, 5> kinds{{
-        {"MODEL",
-         {"ply", "obj", "stl", "gltf", "glb", "3ds", "dae", "fbx", "blend", "off", "x3d", "wrl", "3mf", "json", "geojson",
-          "topojson", "dxf"}},
-        {"MAP", {"json", "geojson", "topojson", "dxf"}},
-        {"PICTURE", {"json", "json.gz", "gz"}},
+        {"MODEL", suffixes_of([](const drawing::Format&) { return true; })}, // commands that draw models draw maps too
+        {"MAP", suffixes_of([](const drawing::Format& format) { return format.kind == drawing::Input_Kind::map; })},
+        {"RECORDING", {"json", "json.gz", "gz"}},
         {"MODULE", {"vrd"}},
         {"FONT", {"ttf", "otf", "ttc", "pfb"}},
     }};

@@ -1,4 +1,4 @@
-// The name that somebody may have meant.
+// Suggests the known name that is nearest to a misspelt one.
 #include "app/cli/nearest_name.h"
 
 #include <algorithm>
@@ -7,14 +7,14 @@
 namespace vorna::app {
 namespace {
 
-// In lower case and without the dashes that all options have.
-std::string essence_of(std::string_view text) {
+// In lower case, without leading dashes.
+std::string normalised(std::string_view text) {
     std::string lower(text.substr(std::min(text.find_first_not_of('-'), text.size())));
     std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return lower;
 }
 
-// Letters put in, left out, replaced, or exchanged with the next one.
+// Letters inserted, deleted, replaced, or exchanged with the next one.
 std::size_t edit_distance(const std::string& a, const std::string& b) {
     std::vector<std::size_t> before, last(b.size() + 1), row(b.size() + 1);
     for (std::size_t j = 0; j <= b.size(); ++j) {
@@ -38,11 +38,11 @@ std::size_t edit_distance(const std::string& a, const std::string& b) {
 
 std::string nearest_name(std::string_view given, const std::vector<std::string>& names) {
     constexpr std::size_t longest = 64; // of names; longer texts are something else
-    const std::string text = essence_of(given.substr(0, longest));
+    const std::string text = normalised(given.substr(0, longest));
     std::string nearest;
     std::size_t least = longest;
     for (const std::string& name : names) {
-        const std::string known = essence_of(name);
+        const std::string known = normalised(name);
         const bool begins = text.size() > 2 && known.starts_with(text);
         const std::size_t distance = begins ? 0 : edit_distance(text, known);
         if (distance < least && distance <= known.size() / 3) {

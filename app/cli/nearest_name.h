@@ -1,4 +1,4 @@
-// The name that somebody may have meant.
+// Suggests the known name that is nearest to a misspelt one.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// How far long work has come.
+// Progress of long work.
 #include "app/cli/progress.h"
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// How far long work has come, for people who watch.
+// Progress of long work, shown on a terminal.
 #pragma once
 
 #include <chrono>

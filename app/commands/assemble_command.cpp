@@ -1,4 +1,4 @@
-// The command `assemble`.
+// The command `assemble`: joins the parts of an image.
 #include "app/commands/assemble_command.h"
 
 #include <algorithm>
@@ -38,7 +38,7 @@ std::string number_text(const drawing::Picture_Part& part) {
            " of a picture of " + std::to_string(part.size.x) + "x" + std::to_string(part.size.y);
 }
 
-// The files by the numbers of their parts. Throws Usage_Error when they are not the parts of one picture.
+// The files by the numbers of their parts. Throws Usage_Error when they are not the parts of one image.
 struct Part_Files {
     drawing::Picture_Part part;                // the first one
     drawing::Png_Form form;                    // of the whole picture
@@ -84,7 +84,7 @@ private:
     }
 };
 
-// Parts of one row are open at a time, and read a band at a time.
+// The parts of one row are open at the same time, and are read band by band.
 class Part_Source {
 public:
     explicit Part_Source(const Part_Files& files) : files_(files), readers_(static_cast<std::size_t>(files.part.columns)) {

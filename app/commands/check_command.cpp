@@ -1,4 +1,4 @@
-// vorna check: whether a renderer module does what its host relies on.
+// The command `check`: tests whether a renderer module does what its host relies on.
 #include "app/commands/check_command.h"
 
 #include <algorithm>
@@ -60,7 +60,7 @@ void list_checks() {
     }
 }
 
-// At once, for what comes next may take long.
+// Flushes, because the next check may take long.
 void say(const std::string& line) {
     print(stdout, drawing::printable(line) + '\n');
     std::fflush(stdout);
@@ -96,7 +96,7 @@ int run(const Check_Arguments& arguments, const drawing::Module_Choice& module) 
             check::Journal journal(arguments.journal);
             check::run_checks(run.task, run.checks, journal);
         }
-        // Whatever the module has left to do at the end of a process is not looked at.
+        // Without destructors: what the module does at the end of a process is not checked.
         std::_Exit(exit_status::done);
     }
     if (arguments.selftest) {
@@ -109,7 +109,7 @@ int run(const Check_Arguments& arguments, const drawing::Module_Choice& module) 
     if (std::find(run.checks.begin(), run.checks.end(), check::loads) == run.checks.end()) {
         run.checks.insert(run.checks.begin(), std::string(check::loads));
     }
-    // A module that is none is wrong input, and nothing is reported of it.
+    // A file that is not a module is wrong input and gets no report.
     const std::vector<Outcome> outcomes = check::run_in_processes(run, [&](const Outcome& outcome) {
         if (outcome.check == check::loads) {
             if (outcome.kind != Outcome::Kind::passed) {

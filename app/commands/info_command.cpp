@@ -1,4 +1,4 @@
-// The command `info`: what recordings are made of.
+// The command `info`: tells what recordings consist of.
 #include "app/commands/info_command.h"
 
 #include <memory>
@@ -46,7 +46,7 @@ void print(const Info_Arguments& arguments) {
             text += drawing::printable(drawing::name_of_input(path)) + '\n' + drawing::recording::text_of(recording);
         }
     }
-    // Signs beyond ASCII are escaped, and bytes that are none replaced.
+    // Characters beyond ASCII are escaped, and invalid UTF-8 is replaced.
     constexpr auto replace = nlohmann::ordered_json::error_handler_t::replace;
     app::print(stdout, arguments.as_json ? list.dump(1, ' ', true, replace) + '\n' : text);
 }
@@ -56,10 +56,10 @@ void print(const Info_Arguments& arguments) {
 Command info_command() {
     const auto arguments = std::make_shared<Info_Arguments>();
     return {.name = "info",
-            .summary = "Tell what pictures are made of: calls, points, textures.",
-            .arguments = {{.names = {"picture"},
-                           .value = text_value("PICTURE"),
-                           .text = "Pictures, plain or compressed; - reads standard input",
+            .summary = "Tell what recordings consist of: calls, points, textures.",
+            .arguments = {{.names = {"recording"},
+                           .value = text_value("RECORDING"),
+                           .text = "Recordings, plain or compressed; - reads standard input",
                            .target = &arguments->recordings,
                            .is_required = true}},
             .options = {{.names = {"--json"}, .text = "Print a list of objects for programs", .target = &arguments->as_json},

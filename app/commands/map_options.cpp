@@ -12,6 +12,7 @@
 #include "app/cli/command.h"
 #include "app/cli/messages.h"
 #include "drawing/files/input_file.h"
+#include "drawing/job/formats.h"
 #include "drawing/map/map_choice.h"
 #include "drawing/map/projection.h"
 #include "host/rendition.h"
@@ -307,7 +308,6 @@ Map_Settings map_settings_of(const Map_Options& options) {
     settings.label_size = options.label_size;
     settings.label_color = parsed_color("--label-color", options.label_color);
     settings.font = options.font;
-    settings.overlay = options.overlay;
     settings.overlay_color = parsed_color("--overlay-color", options.overlay_color);
     settings.merges = !options.merge.empty();
     return settings;
@@ -316,7 +316,11 @@ Map_Settings map_settings_of(const Map_Options& options) {
 std::unique_ptr<Map_Scene> load_map_scene(const Model_Options& options, const Map_Options& map_options,
                                           const drawing::Input& input) {
     const VT_RGB32 background = options.is_transparent() ? VT_RGB32{255, 255, 255, 255} : background_of(options);
-    auto scene = std::make_unique<Map_Scene>(input, map_settings_of(map_options), background, options.limits);
+    Map_Settings settings = map_settings_of(map_options);
+    if (!map_options.overlay.empty()) {
+        settings.overlay = drawing::open_input(map_options.overlay, "", *options.limits);
+    }
+    auto scene = std::make_unique<Map_Scene>(input, settings, background, options.limits);
     for (const std::string& warning : scene->warnings()) {
         if (options.strict) {
             throw drawing::Usage_Error(warning);

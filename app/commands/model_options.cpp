@@ -13,6 +13,7 @@
 #include "app/cli/messages.h"
 #include "drawing/files/memory.h"
 #include "drawing/image/palette.h"
+#include "drawing/job/formats.h"
 #include "drawing/model/model_reader.h"
 #include "drawing/model/scene_renderer.h"
 #include "drawing/model/textured_scene.h"

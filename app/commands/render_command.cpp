@@ -1,4 +1,4 @@
-// The command `render`: a model as a picture.
+// The command `render`: draws models, maps and drawings as PNG files.
 #include "app/commands/render_command.h"
 
 #include <algorithm>
@@ -68,7 +68,7 @@ Command render_command() {
                       "and the calls that drew it, for vorna replay"}},
         .sections = {{"Colours", color_lines()}},
         .run = [options, map_options](const Given& given) {
-            // -o is easily put before the wrong name.
+            // A user easily puts -o before the wrong name.
             std::vector<std::string> read = options->models;
             read.insert(read.end(), {options->palette, map_options->overlay, map_options->font});
             drawing::refuse_same_files(read, {options->output, options->record});
@@ -94,8 +94,8 @@ Command render_command() {
          .group = output,
          .is_required = true},
         {.names = {"--record"},
-         .value = output_value("PICTURE", {"json", "gz"}),
-         .text = "Write what is drawn as a picture for replay too, compressed as FILE.gz",
+         .value = output_value("RECORDING", {"json", "gz"}),
+         .text = "Write what is drawn as a recording for replay, too, compressed as FILE.gz",
          .target = &options->record,
          .group = output},
         {.names = {"--size"},

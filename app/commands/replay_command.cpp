@@ -1,4 +1,4 @@
-// vorna replay: recordings at slot level.
+// The command `replay`: draws recordings.
 #include "app/commands/replay_command.h"
 
 #include <algorithm>
@@ -116,7 +116,7 @@ drawing::recording::Replay_Settings settings_of(const Replay_Arguments& argument
     return settings;
 }
 
-// Long recordings fill a folder only when somebody has said how far.
+// Many files are written only with --until or --only.
 void refuse_many_files(const Replay_Arguments& arguments, std::size_t calls) {
     if (!arguments.every_call.empty() && arguments.until.empty() && arguments.only.empty() && calls > most_files_unasked) {
         throw drawing::Usage_Error("--every-call: expected --until or --only beside it for more than " +
@@ -180,7 +180,7 @@ void add_timing(const Replay_Arguments& arguments, const drawing::Module_Choice&
                                               : drawing::recording::table_of(recording, costs));
 }
 
-// Who asked for no file learns at least that it went well.
+// Without output files one line tells what was drawn.
 void print_drawn(const Replay_Arguments& arguments, const drawing::recording::Replay_Settings& settings, std::size_t calls,
                  const drawing::Session& session) {
     const std::size_t drawn = calls == 0 ? 0 : std::min(settings.last, calls - 1) + 1 - settings.first;
@@ -257,10 +257,10 @@ Command replay_command() {
     constexpr const char *output = "Output", *calls = "Which calls", *measuring = "Measuring";
     return {
         .name = "replay",
-        .summary = "Draw a picture, a JSON document of renderer calls.",
-        .arguments = {{.names = {"picture"},
-                       .value = text_value("PICTURE"),
-                       .text = "The picture, plain or compressed; - reads standard input",
+        .summary = "Draw a recording, a JSON document of renderer calls.",
+        .arguments = {{.names = {"recording"},
+                       .value = text_value("RECORDING"),
+                       .text = "The recording, plain or compressed; - reads standard input",
                        .target = &arguments->recording,
                        .is_required = true}},
         .options = {{.names = {"--color"},
@@ -289,8 +289,8 @@ Command replay_command() {
                      .target = &arguments->report,
                      .group = output},
                     {.names = {"--record"},
-                     .value = output_value("PICTURE", {"json", "gz"}),
-                     .text = "Write what was drawn as a picture again, compressed as FILE.gz",
+                     .value = output_value("RECORDING", {"json", "gz"}),
+                     .text = "Write what was drawn as a recording, compressed as FILE.gz",
                      .target = &arguments->record,
                      .group = output},
                     memory_option(arguments->max_memory),
@@ -333,7 +333,7 @@ Command replay_command() {
                      .group = measuring,
                      .by_default = std::to_string(arguments->repeat),
                      .needs = {"--timing"}}},
-        .examples = {{"vorna replay crystals.json --color crystals.png --depth depth.png", "both buffers of a picture"},
+        .examples = {{"vorna replay crystals.json --color crystals.png --depth depth.png", "both buffers of a recording"},
                      {"vorna replay bunny.json.gz --timing --sort time", "what each call changed and cost, the dearest first"},
                      {"vorna replay bunny.json.gz --until 12 --color part.png", "what the first thirteen calls draw"}},
         .run = [arguments](const Given& given) {

@@ -1,4 +1,4 @@
-// The command `view`: a model in a window.
+// The command `view`: shows a model, map or drawing in a window.
 #include "app/commands/view_command.h"
 
 #include <algorithm>

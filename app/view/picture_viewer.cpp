@@ -13,8 +13,8 @@
 #include "drawing/files/output_file.h"
 #include "drawing/files/path.h"
 #include "drawing/image/image_file.h"
-#include "drawing/recording/recording_file.h"
 #include "drawing/recording/recorder.h"
+#include "drawing/recording/recording_file.h"
 #include "vorna/draw.h"
 
 namespace vorna::app::view {

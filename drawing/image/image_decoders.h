@@ -1,4 +1,4 @@
-// Decoders of image files by format. library_decoders.cpp has them with libpng and libjpeg, stb_decoder.cpp without.
+// Decoders of image files by format: png_libpng.cpp and jpeg_libjpeg.cpp, or png_stb.cpp where those libraries are not available.
 #pragma once
 
 #include "drawing/image/image.h"

@@ -35,8 +35,8 @@ struct Png_Error : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Sides of up to 16384 pixels. name: what messages call the file. Throws Png_Error and Load_Error. png_reader_libpng.cpp has it
-// with libpng, png_reader_stb.cpp without.
+// Sides of up to 16384 pixels. name: what messages call the file. Throws Png_Error and Load_Error. png_libpng.cpp defines it
+// with libpng, png_stb.cpp without.
 Png_Image read_png(const std::string& name, std::string_view file, Load_Limits& limits);
 
 } // namespace vorna::drawing

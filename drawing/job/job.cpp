@@ -143,7 +143,7 @@ void Job::draw_tiles() {
             next = count;
         }
     };
-    work_together(std::min(workers_.size(), count), [&](std::size_t i) { work(*workers_[i]); });
+    run_on_threads(std::min(workers_.size(), count), [&](std::size_t i) { work(*workers_[i]); });
     if (failure) {
         std::rethrow_exception(failure);
     }
@@ -180,7 +180,7 @@ Image Job::make_image() {
     std::atomic<std::size_t> next{0};
     std::mutex mutex;
     std::exception_ptr failure;
-    work_together(std::min(workers_.size(), count), [&](std::size_t i) {
+    run_on_threads(std::min(workers_.size(), count), [&](std::size_t i) {
         try {
             for (std::size_t tile = next++; tile < count; tile = next++) {
                 draw_tile(*workers_[i], tile);

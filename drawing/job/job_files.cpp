@@ -126,7 +126,7 @@ void Job::write_frames_side_by_side(std::vector<std::unique_ptr<Output_File>>& f
             next = count;
         }
     };
-    work_together(frames_at_once_, [&](std::size_t i) { work(*workers_[i]); });
+    run_on_threads(frames_at_once_, [&](std::size_t i) { work(*workers_[i]); });
     if (failure) {
         std::rethrow_exception(failure);
     }

@@ -28,7 +28,7 @@ public:
 
     void run() {
         file_.write(png_head(form_));
-        work_together(settings_.threads, [this](std::size_t thread) { work(static_cast<unsigned>(thread)); });
+        run_on_threads(settings_.threads, [this](std::size_t thread) { work(static_cast<unsigned>(thread)); });
         if (failure_) {
             std::rethrow_exception(failure_);
         }

@@ -1,4 +1,4 @@
-// Chooses the reader of a map or drawing.
+// Reads maps and drawings.
 #include "drawing/map/map_reader.h"
 
 #include <array>
@@ -27,26 +27,13 @@ Json parsed(const std::string& file, const std::string& content) {
     }
 }
 
-Map read_map(const Input& input, const std::string& layer, Load_Limits& limits) {
-    const std::string& file = input.name;
-    const bool drawing = input.format == "dxf";
-    const std::string read = input.content ? std::string() : model::read_file(file, limits);
-    const std::string& content = input.content ? *input.content : read;
-    const Load_Limits::Loan document_memory(limits, file, drawing ? 0 : json_memory(content));
-    const Json document = drawing ? Json() : parsed(file, content);
-    // Not copied: values nest as deeply as the file says.
-    const auto type = document.is_object() ? document.find("type") : document.end();
-    const bool topology = type != document.end() && *type == "Topology";
-    if (!layer.empty() && !topology) {
-        throw Map_Error("--layer: expected TopoJSON, found " + file);
-    }
-    if (drawing) {
-        return read_dxf(file, content, limits);
-    }
-    if (document.is_object() && document.contains("picture")) {
-        throw Map_Error(file + ": expected a map, found a picture; draw it with vorna replay");
-    }
-    return topology ? read_topojson(file, document, layer, limits) : read_geojson(file, document, limits);
+// The file's text, which `read` holds unless the input has it already.
+const std::string& content_of(const Input& input, std::string& read, Load_Limits& limits) {
+    return input.content ? *input.content : read = model::read_file(input.name, limits);
+}
+
+[[noreturn]] void fail_for_layer(const Input& input) {
+    throw Map_Error("--layer: expected TopoJSON, found " + input.name);
 }
 
 // Products of coordinates up to this stay finite.
@@ -70,9 +57,35 @@ void check_positions(const std::string& file, const Map& map) {
 
 } // namespace
 
+Map read_dxf_map(const Input& input, const std::string& layer, Load_Limits& limits) {
+    std::string read;
+    const std::string& content = content_of(input, read, limits);
+    if (!layer.empty()) {
+        fail_for_layer(input);
+    }
+    return read_dxf(input.name, content, limits);
+}
+
+Map read_json_map(const Input& input, const std::string& layer, Load_Limits& limits) {
+    std::string read;
+    const std::string& content = content_of(input, read, limits);
+    const Load_Limits::Loan document_memory(limits, input.name, json_memory(content));
+    const Json document = parsed(input.name, content);
+    // Not copied: values nest as deeply as the file says.
+    const auto type = document.is_object() ? document.find("type") : document.end();
+    const bool topology = type != document.end() && *type == "Topology";
+    if (!layer.empty() && !topology) {
+        fail_for_layer(input);
+    }
+    if (document.is_object() && document.contains("picture")) {
+        throw Map_Error(input.name + ": expected a map, found a recording; draw it with vorna replay");
+    }
+    return topology ? read_topojson(input.name, document, layer, limits) : read_geojson(input.name, document, limits);
+}
+
 Map load_map(const Input& input, const std::string& layer, Load_Limits& limits) {
     try {
-        Map map = read_map(input, layer, limits);
+        Map map = input.format->read_map(input, layer, limits);
         check_positions(input.name, map);
         return map;
     } catch (const std::bad_alloc&) {

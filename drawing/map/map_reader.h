@@ -10,9 +10,13 @@
 
 namespace vorna::drawing::map {
 
-// layer: of TopoJSON, the object to read; empty = the first one. Throws Map_Error and Load_Error, and what read_file throws.
-// Positions are finite, so that what is computed of them stays so.
+// input: of a format for maps. layer: of TopoJSON, the object to read; empty = the first one. Throws Map_Error and Load_Error,
+// and what read_file throws. Positions are finite, so that what is computed of them stays so.
 Map load_map(const Input& input, const std::string& layer, Load_Limits& limits);
+
+// The readers of the table of formats: GeoJSON and TopoJSON, told apart by their content, and DXF.
+Map read_json_map(const Input& input, const std::string& layer, Load_Limits& limits);
+Map read_dxf_map(const Input& input, const std::string& layer, Load_Limits& limits);
 
 // The formats' own readers; file names the text for messages. Throw Map_Error and Load_Error. Positions may be anything.
 Map read_geojson(const std::string& file, const nlohmann::ordered_json& document, Load_Limits& limits);

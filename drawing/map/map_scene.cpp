@@ -75,13 +75,13 @@ Map_Scene::Map_Scene(const Input& input, const Map_Settings& settings, VT_RGB32 
     choose_projection(input);
     layer_.emplace(input.name, map_, *projection_, *limits_);
     style_ = style_of(map_, *layer_);
-    if (!settings.overlay.empty()) {
-        const Input overlay = open_input(settings.overlay, "", *limits_);
-        if (!is_map(overlay)) {
-            throw Usage_Error("--overlay: expected a map or drawing, found " + overlay.name);
+    if (const auto& overlay = settings.overlay) {
+        if (!is_map(*overlay)) {
+            throw Usage_Error("--overlay: expected a map or drawing, found " + overlay->name);
         }
-        overlay_map_ = load_map(overlay, "", *limits_);
-        overlay_.emplace(overlay.name, overlay_map_, *projection_, *limits_);
+        overlay_map_ = load_map(*overlay, "", *limits_);
+        settings_.overlay.reset(); // its content
+        overlay_.emplace(overlay->name, overlay_map_, *projection_, *limits_);
         overlay_style_ = overlay_style(overlay_map_);
     }
     globe_ = project_outline(*projection_);

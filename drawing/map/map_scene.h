@@ -63,7 +63,7 @@ private:
     void place_labels(const View& view);
     void add_label_items();
 
-    const Map_Settings settings_;
+    Map_Settings settings_;
     const VT_RGB32 background_;
     std::shared_ptr<Load_Limits> limits_;
     std::string file_;

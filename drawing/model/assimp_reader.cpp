@@ -249,9 +249,9 @@ Mesh read_with(Assimp::Importer& importer, const Input& input, Load_Limits& limi
     importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
     constexpr unsigned steps = aiProcess_JoinIdenticalVertices | aiProcess_PreTransformVertices | aiProcess_SortByPType;
     const aiScene* scene =
-        input.content ? importer.ReadFileFromMemory(input.content->data(), input.content->size(), steps, input.format.c_str())
+        input.content ? importer.ReadFileFromMemory(input.content->data(), input.content->size(), steps, input.suffix.c_str())
                       : importer.ReadFile(file, steps);
-    if (!scene && input.content && !is_assimp_format(input.format)) {
+    if (!scene && input.content && !is_assimp_format(input.suffix)) {
         throw Model_Error(file + ": expected a model, map or drawing that its content makes known, found " +
                           (input.content->empty() ? "nothing" : "another one; --input-format names it"));
     }
@@ -491,8 +491,8 @@ void check_readable(const std::string& file, Load_Limits& limits) {
 
 } // namespace
 
-bool is_assimp_format(const std::string& format) {
-    return Assimp::Importer().IsExtensionSupported("." + format);
+bool is_assimp_format(const std::string& suffix) {
+    return Assimp::Importer().IsExtensionSupported("." + suffix);
 }
 
 // In a process of its own, because damaged files make the library crash, run without end, exhaust the memory or run code of
@@ -504,10 +504,10 @@ Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
     if (!input.content) {
         check_readable(file, limits);
     }
-    if (size == 0 && is_assimp_format(input.format)) {
+    if (size == 0 && is_assimp_format(input.suffix)) {
         throw Model_Error(file + ": expected a model file, found an empty one");
     }
-    if (input.format == "gltf") {
+    if (input.suffix == "gltf") {
         add_buffers(input, limits);
     }
     Mesh mesh;

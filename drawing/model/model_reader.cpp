@@ -1,4 +1,4 @@
-// Chooses the reader of a model file.
+// Reads model files, and files that they name.
 #include "drawing/model/model_reader.h"
 
 #include <algorithm>
@@ -23,21 +23,9 @@ std::string lower_case(std::string text) {
     return text;
 }
 
-std::string content_of(Input& input, Load_Limits& limits) {
-    return input.content ? std::move(*input.content) : read_file(input.name, limits);
-}
-
 Mesh read_model(Input& input, Load_Limits& limits) {
-    if (input.format == "obj") {
-        return read_obj(input.name, content_of(input, limits), limits);
-    }
-    if (input.format == "stl") {
-        return read_stl(input.name, content_of(input, limits), limits);
-    }
-    if (input.format == "ply") {
-        return read_ply(input.name, content_of(input, limits), limits);
-    }
-    return read_with_assimp(input, limits);
+    const bool has_reader = input.format && input.format->read_model;
+    return has_reader ? input.format->read_model(input, limits) : read_with_assimp(input, limits);
 }
 
 } // namespace
@@ -101,10 +89,6 @@ std::uint32_t image_number(Mesh& mesh, const std::string& path, const std::strin
     return number;
 }
 
-bool is_model_format(const std::string& format) {
-    return format == "obj" || format == "stl" || format == "ply" || is_assimp_format(format);
-}
-
 Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty) {
     std::vector<Mesh> meshes;
     std::vector<std::string> names;
@@ -123,13 +107,6 @@ Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty) {
     } catch (const std::bad_alloc&) {
         throw std::runtime_error(reading + ": not enough memory to read it");
     }
-}
-
-Mesh load_model(const std::string& file) {
-    const std::string suffix = lower_case(path_of(file).extension().string());
-    std::vector<Input> inputs{{file, suffix.empty() ? suffix : suffix.substr(1), std::nullopt}};
-    Load_Limits limits;
-    return load_models(inputs, limits);
 }
 
 } // namespace vorna::drawing::model

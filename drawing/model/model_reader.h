@@ -10,16 +10,10 @@
 
 namespace vorna::drawing::model {
 
-// Reads models and makes them fit for being drawn together, in one mesh. PLY, OBJ and STL have readers of their own; everything
-// else goes through assimp. Contents are given up. empty: whether files without triangles are fine. Throws Model_Error and
+// Reads models and makes them fit for being drawn together, in one mesh. Formats without a reader of their own go through assimp.
+// Contents are given up. empty: whether files without triangles are fine. Throws Model_Error and
 // Load_Error.
 Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty = false);
-// A single file, whose name says its format.
-Mesh load_model(const std::string& file);
-
-// Whether models of the format are read here.
-bool is_model_format(const std::string& format);
-
 // The formats' own readers: file names the text for messages, and OBJ materials are looked for beside it. Memory stays within a
 // small multiple of the content's size, whatever counts it declares. Throw Model_Error and Load_Error; the mesh is not finished
 // yet.
@@ -28,7 +22,7 @@ Mesh read_obj(const std::string& file, std::string_view content, Load_Limits& li
 Mesh read_stl(const std::string& file, std::string_view content, Load_Limits& limits);
 // Opens the file itself unless there is a content already.
 Mesh read_with_assimp(const Input& input, Load_Limits& limits);
-bool is_assimp_format(const std::string& format);
+bool is_assimp_format(const std::string& suffix);
 
 // Where an image lies that a model or material file names: relative to that file, else beside it under the same name in
 // capitals or not, as on the machine that it was written on. Folders may be parted by either slash. model: whose folder the

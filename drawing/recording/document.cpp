@@ -12,7 +12,7 @@ using nlohmann::json;
 
 constexpr std::size_t deepest_nesting = 32;
 
-// Builds the document and knows at every moment where in it it is.
+// Builds the document and keeps the path of the current value.
 class Document_Builder {
 public:
     using Exception = nlohmann::detail::exception;

@@ -10,13 +10,13 @@
 
 namespace vorna::drawing::recording {
 
-// What is wrong with a recording: the path of the key, and what was expected. The name of the file is not part of it.
+// An error in a recording: the path of the key, and what was expected there. Does not name the file.
 class Recording_Error : public Usage_Error {
 public:
     using Usage_Error::Usage_Error;
 };
 
-// Bytes that a document may have, unpacked.
+// Largest size of an unpacked document in bytes.
 inline constexpr std::size_t most_bytes = std::size_t{1} << 28;
 
 // Throws Recording_Error for text that is not JSON, for keys that an object gives twice, for numbers beyond all types, and for

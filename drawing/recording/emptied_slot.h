@@ -1,4 +1,4 @@
-// A slot of the renderer's that counts as empty for a while, so that the host draws.
+// Disables a slot of the renderer during its own lifetime, so that the host draws.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@ namespace vorna::drawing::recording {
 
 class Emptied_Slot {
 public:
-    // enabled: the slot's. Leaves it alone unless it is to be empty.
+    // enabled: the slot's switch. Without is_emptied it keeps its value.
     Emptied_Slot(std::int32_t& enabled, bool is_emptied) noexcept : enabled_(enabled), before_(enabled) {
         enabled_ = is_emptied ? 0 : before_;
     }

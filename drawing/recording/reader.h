@@ -30,10 +30,10 @@ template <class Read> struct Key {
 
 struct Shared_Values;
 
-// A value of the document and the way to it. Readers of inner values refer to those of outer ones and live shorter.
+// A value of the document and its path. Readers of inner values refer to the readers of outer values, which outlive them.
 class Reader {
 public:
-    // shared: what values of the document may refer to by number.
+    // shared: the lists that values of the document refer to by number.
     Reader(const nlohmann::json& value, const Shared_Values& shared) noexcept : value_(&value), shared_(&shared) {}
 
     const nlohmann::json& value() const noexcept { return *value_; }
@@ -45,7 +45,7 @@ public:
 
     // Throws "path: expected <what>".
     [[noreturn]] void expected(const std::string& what) const;
-    // The same of a value inside of this one.
+    // The same for a value inside this one.
     [[noreturn]] void expected_in(const std::string& inner_path, const std::string& what) const;
     // Throws "path: <what>".
     [[noreturn]] void fail(const std::string& what) const;
@@ -165,7 +165,7 @@ template <class Form> auto list_of(Form form, std::size_t least = 0, std::size_t
     };
 }
 
-// The same list, to be shared by copies of what holds it.
+// The same list behind a shared pointer, so that copies of its owner share it.
 template <class Form> auto shared_list_of(Form form) {
     return [form](const Reader& reader) {
         auto list = list_of(form)(reader);

@@ -1,4 +1,4 @@
-// What an application draws, as a recording.
+// Records what an application draws.
 #include "drawing/recording/recorder.h"
 
 #include <algorithm>
@@ -19,12 +19,12 @@ namespace {
 constexpr const char* zbuffer_write = "ZBuffer Write";
 constexpr const char* zbuffer_test = "ZBuffer Test";
 
-// Empty when the value is what a recording that does not give it has.
+// Empty when the value is the default of recordings.
 template <class Value> std::optional<Value> unless(const Value& value, const Value& usual) {
     return value == usual ? std::nullopt : std::optional(value);
 }
 
-// The first rows of an image, in the order given, without what lies between them.
+// The rows of an image without the bytes between them, in the order given.
 template <class Pixel>
 Image_Rows<Pixel> copied_rows(const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right, std::int32_t stride,
                               const Pixel* pixels) {
@@ -58,7 +58,7 @@ std::optional<VT_RGB32> value_at(const VT_RGB32* color) {
     return color ? std::optional(*color) : std::nullopt;
 }
 
-// One overload for each kind of arguments, with what its slots take.
+// One overload for each kind of arguments, with the parameters of its slots.
 
 template <class Point>
 Points<Point> copy(std::type_identity<Points<Point>>, const Call_Kind&, const VT_Rendition&, std::int32_t count,
@@ -79,7 +79,7 @@ Gouraud<Point> copy(std::type_identity<Gouraud<Point>>, const Call_Kind&, const 
     return made_of<Gouraud<Point>>(copied(points, size_of(count)), copied(colors, colors ? size_of(count) : 0));
 }
 
-// Renderers look at the first two parameters of a point, and take those that are missing for 0.
+// Renderers use the first two parameters of a point; missing ones are 0.
 template <class Point>
 Textured<Point> copy(std::type_identity<Textured<Point>>, const Call_Kind&, const VT_Rendition&, std::int32_t count,
                      const Point* points, const VT_RGB32* colors, const VT_Parameter* parameters, std::int32_t width,
@@ -157,7 +157,7 @@ Image_Read copy(std::type_identity<Image_Read>, const Call_Kind&, const VT_Rendi
     return made_of<Image_Read>(*top_left, *bottom_right, *format);
 }
 
-// Why recordings cannot hold the arguments; empty when they can.
+// The reason for which recordings cannot hold the arguments; empty when they can.
 template <class Type> std::string problem_of(const Type&) {
     return {};
 }
@@ -173,7 +173,7 @@ std::string problem_of(const Placed_Image& placed) {
     return is_known ? "" : "an image of format " + std::to_string(static_cast<std::int32_t>(format));
 }
 
-// The bytes of values that have no gaps, and addresses of objects with their stamps.
+// Bytes of values without padding, and addresses of objects with their serial numbers.
 class Bytes {
 public:
     explicit Bytes(std::string& bytes) : bytes_(bytes) { bytes_.clear(); }
@@ -271,7 +271,7 @@ bool are_alike(const VT_Palette& a, const VT_Palette& b) {
 class Recorder::Slots final : public VT_Renderer_Data {
 public:
     explicit Slots(Recorder& of) : recorder(of) {}
-    // Of the renderer whose slots a recorder has replaced.
+    // The recorder that has replaced the slots of the renderer.
     static Recorder& recorder_of(VT_Renderer_Data& renderer) {
         return static_cast<Slots*>(renderer.actions.draw_window.owner)->recorder;
     }
@@ -422,7 +422,7 @@ void Recorder::add(const Call_Kind& kind, const VT_Rendition* rendition, Argumen
     recording_.calls.push_back({&kind, std::move(arguments), rendition ? noted(*rendition) : nullptr});
 }
 
-// Before anything is drawn they belong to the configuration.
+// Before the first call the setting belongs to the configuration.
 void Recorder::set_zbuffer_write(bool value) {
     if (recording_.calls.empty()) {
         recording_.zbuffer_write = value;
@@ -448,7 +448,7 @@ std::int32_t Recorder::note_presentation(void* recorder, const VT_DCI_Point& top
     return self.own_presentation_.function(self.own_presentation_.context, top_left, bottom_right, buffer, x, y);
 }
 
-// Configuration: what differs from what was in force before.
+// Configuration: the differences from the previous options.
 Configuration Recorder::changed_configuration() {
     const VT_Renderer_Options& now = renderer_.current_options;
     Configuration changed;
@@ -484,7 +484,7 @@ Configuration Recorder::changed_configuration() {
 
 // Renditions.
 
-// Most calls draw with the rendition of the call before; of the others, many return.
+// Most calls draw with the rendition of the call before, and many of the others with an earlier one.
 std::shared_ptr<const Rendition> Recorder::noted(const VT_Rendition& rendition) {
     std::string bytes;
     put_bytes(bytes, rendition);
@@ -506,7 +506,7 @@ std::shared_ptr<const Rendition> Recorder::noted(const VT_Rendition& rendition) 
     return last_;
 }
 
-// A value of the host's, none where it is the usual one.
+// The value of an attribute; empty where it is the default.
 template <class Value> std::optional<Value> Recorder::described_attribute(const Value& value, const Value& usual) {
     return unless(value, usual);
 }

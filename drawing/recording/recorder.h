@@ -1,8 +1,8 @@
-// What an application draws, as a recording.
+// Records what an application draws.
 //
-// A recorder stands between applications and a renderer's slots: each of them is replaced by one that notes the call and then
-// makes it through the renderer's own table, which is back in its place meanwhile, so that what renderer and host call in turn is
-// neither noted nor changed. The setters of depth behaviour and the presentation are replaced likewise.
+// A recorder replaces each of a renderer's slots by a function that stores the call and then makes it through the renderer's own
+// table. That table is in force during the call, so that calls between renderer and host are neither recorded nor changed. The
+// setters of depth behaviour and the presentation are replaced likewise.
 #pragma once
 
 #include <map>
@@ -17,8 +17,8 @@
 
 namespace vorna::drawing::recording {
 
-// Begins with the session's next establish, which must be its first: buffers that hold something are not recorded. The session
-// must outlive the recorder; the renderer's presentation may be replaced meanwhile, then it is not recorded.
+// Begins with the session's next establish, which must be its first, because earlier contents of the buffers are not recorded.
+// The session must outlive the recorder. A presentation that is installed during the recording is not recorded.
 class Recorder {
 public:
     explicit Recorder(Session& session);
@@ -26,14 +26,14 @@ public:
     Recorder& operator=(const Recorder&) = delete;
     ~Recorder();
 
-    // What was drawn so far; nothing is recorded any more. output: device pixels that were shown, none = the window. Throws
+    // Ends the recording and returns it. output: device pixels that were shown, none = the window. Throws
     // std::runtime_error when something was drawn that recordings cannot hold.
     Recording finish(const std::optional<VT_Int_Rectangle>& output = {});
 
     // The renderer's own slots.
     const VT_Action_Table& own_actions() const noexcept { return own_actions_; }
 
-    // Whether the calls that follow are the host's to draw, as if their slots were empty.
+    // Whether the host draws the following calls, as if their slots were empty.
     void set_standard(bool standard) noexcept { is_standard_ = standard; }
 
     // For the session, around its establish.
@@ -41,10 +41,10 @@ public:
     void after_establish();
 
 private:
-    // The owner of the slots: they find the recorder through it.
+    // The owner of the replaced slots, through which they find the recorder.
     class Slots;
     struct Made_Slots;
-    // The renderer's own slots are back in their place as long as it lives.
+    // Restores the renderer's own slots during its lifetime.
     class Pause;
 
     void install_slots();
@@ -86,7 +86,7 @@ private:
     VT_Int_Setter own_set_zbuffer_test_ = nullptr;
     VT_Presentation own_presentation_;
 
-    // What recordings describe by leaving it out, then what is in force.
+    // The defaults of recordings at first, then the current options.
     VT_Renderer_Options options_;
     std::map<std::string, VT_Option_Content> settings_;
 

@@ -1,7 +1,7 @@
 // A recording: a renderer configuration and the calls that draw into it, as plain data.
 //
-// What a document leaves out stays empty here; defaults are filled in when the recording is replayed, because some depend on the
-// window and the palette in force. Long lists are shared, so that a rendition can be copied and laid over another cheaply.
+// Keys that a document leaves out are empty here. The replay fills in defaults, because some depend on the current window and
+// palette. Long lists are shared, so that a rendition can be copied and laid over another cheaply.
 #pragma once
 
 #include <cstdint>
@@ -374,7 +374,7 @@ struct Present {
     static constexpr auto keys = std::tuple(required("rectangle", &Present::rectangle));
 };
 
-// What a slot's signature takes besides renderer and rendition.
+// The arguments of a slot's signature besides renderer and rendition.
 template <class Signature> struct Arguments_Of_Signature;
 template <class Point> struct Arguments_Of_Signature<VT_Draw_Points<Point>> { using Type = Points<Point>; };
 template <class Point> struct Arguments_Of_Signature<VT_Draw_Colorized<Point>> { using Type = Colorized<Point>; };
@@ -388,8 +388,8 @@ template <> struct Arguments_Of_Signature<VT_Draw_Image> { using Type = Placed_I
 template <> struct Arguments_Of_Signature<VT_Write_Depth> { using Type = Depth_Write; };
 template <> struct Arguments_Of_Signature<VT_Read_Image> { using Type = Image_Read; };
 
-// Arguments of a slot, given as a member of the action table. Polygons share their signature with Gouraud primitives, and window
-// actions theirs with each other, but not what it means.
+// Arguments of a slot, given as a member of the action table. Polygons have the signature of Gouraud primitives, and the window
+// actions share one signature; these slots are listed one by one.
 template <auto Slot> struct Slot_Arguments;
 template <class Function, Action_Slot<Function> VT_Action_Table::*Slot>
 struct Slot_Arguments<Slot> : Arguments_Of_Signature<Function> {};

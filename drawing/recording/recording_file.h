@@ -8,8 +8,8 @@
 
 namespace vorna::drawing::recording {
 
-// Reads the recording; "-" is standard input. Compressed ones are known by their content. Throws Usage_Error that
-// names a file that cannot be read, and Recording_Error, without its name, for what is wrong in it.
+// Reads the recording; "-" is standard input. The content tells whether it is compressed. Throws Usage_Error, which names the
+// file, when it cannot be read, and Recording_Error, which does not, for errors in it.
 Recording load(const std::string& path, Load_Limits& limits);
 
 // The document as the file holds it: compressed when the name ends in .gz. Throws std::runtime_error when it is longer than a

@@ -16,7 +16,7 @@ namespace vorna::drawing::recording {
 
 namespace {
 
-// Objects that several places refer to, in the order in which they are met.
+// Objects that several places refer to, numbered in the order of their first use.
 template <class Type> class Numbered {
 public:
     std::size_t number_of(const std::shared_ptr<const Type>& object) {
@@ -38,7 +38,7 @@ public:
     std::string text(const Recording& recording);
 
 private:
-    // An object that is being written; it ends with the variable.
+    // A JSON object that is being written; the destructor closes it.
     class Object {
     public:
         explicit Object(Writer& writer) : writer_(writer) { writer_.text_ += '{'; }
@@ -201,7 +201,7 @@ private:
             }
         });
     }
-    // Whether the value differs from what a document means that leaves it out. Groups without keys are left out.
+    // Whether the value differs from its default. Groups without keys are left out.
     template <class Value> static bool is_given(const std::optional<Value>& value) { return value.has_value(); }
     static bool is_given(bool value) { return value; }
     static bool is_given(const Option_Settings& settings) { return !settings.empty(); }
@@ -323,7 +323,7 @@ void Writer::put(const Call& call) {
     std::visit([&](const auto& typed) { put_keys(object, typed); }, arguments);
 }
 
-// Calls are written first, because they say which renditions there are, then renditions, which say which lists there are.
+// Calls are written first, because they determine the list of renditions; then renditions, which determine the shared lists.
 std::string Writer::text(const Recording& recording) {
     const auto& [configuration, zbuffer_write, zbuffer_test, output, rendition, list] = recording;
     const std::string calls = top_level_list("calls", list, [this](const Call& call) { put(call); });

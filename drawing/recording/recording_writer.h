@@ -7,7 +7,7 @@
 
 namespace vorna::drawing::recording {
 
-// The document that read_recording reads as the same recording. Points are numbers in a row, colours and pixels hexadecimal
+// The document; read_recording gives the same recording again. Points are numbers in a row, colours and pixels hexadecimal
 // digits; lists and renditions that several places share are written once. Throws std::runtime_error for numbers that are not
 // finite.
 std::string json_of(const Recording& recording);

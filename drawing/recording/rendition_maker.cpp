@@ -7,7 +7,7 @@ namespace vorna::drawing::recording {
 
 namespace {
 
-// What was made of the list before, or what `make` makes of it now.
+// The object that was made from the list earlier, or the result of `make`.
 template <class Made, class Element, class Make>
 auto once(Made& made, const Shared_List<Element>& list, std::int32_t width, Make make) {
     auto& place = made[{list.get(), width}];

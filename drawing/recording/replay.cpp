@@ -28,7 +28,7 @@ std::string text_of(const VT_Int_Rectangle& area) {
            std::to_string(area.bottom) + " to " + std::to_string(area.top);
 }
 
-// The column or row that a coordinate is drawn in; a coordinate beyond all columns stays beyond them.
+// The column or row in which a coordinate is drawn; coordinates outside all columns stay outside.
 std::int32_t pixel_of(std::int32_t coordinate) {
     return coordinate;
 }
@@ -56,7 +56,7 @@ VT_Reference<const VT_Palette> make_palette(const Palette& palette) {
     return new VT_Palette(std::move(colors), cube);
 }
 
-// Sides of the window that a rectangle has to keep to.
+// Sides of the window that a rectangle must not cross.
 struct Sides {
     bool left, right, bottom, top;
 };
@@ -212,7 +212,7 @@ private:
     static std::int32_t note_presentation(void* replay, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
                                           const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y);
 
-    // Renderers trust device coordinates that have a depth: whoever sends them has clipped them.
+    // Renderers do not check device coordinates that have a depth: the caller has clipped them.
     bool has_trusted_points() const;
     template <class Point> void check_points(const std::vector<Point>& points) const;
     template <class Point, class Key> void check_point(const Point& point, Key key) const;

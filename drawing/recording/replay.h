@@ -13,7 +13,7 @@
 
 namespace vorna::drawing::recording {
 
-// What happened besides drawing.
+// Events of a replay besides drawing.
 struct Report {
     struct Standard {
         std::size_t call;
@@ -36,7 +36,7 @@ struct Report {
 
 std::string json_of(const Report& report);
 
-// A call that recordings may hold but that is not drawn yet.
+// A call that recordings may hold but that no replay draws.
 class Not_Drawn : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -45,10 +45,10 @@ public:
 struct Replay_Settings {
     bool unchecked = false;            // coordinates that renderers trust are not checked either
     std::int32_t largest_side = 16384; // of windows, for who has little memory or time
-    // Calls that are made, the last one included. Before them only what sets the renderer up is done.
+    // The calls that are made, `last` included. Of earlier calls only those that set the renderer up are made.
     std::size_t first = 0;
     std::size_t last = std::numeric_limits<std::size_t>::max();
-    // Told of every call that is made. May be empty.
+    // Called around every call that is made. May be empty.
     std::function<void(std::size_t call)> before_call;
     std::function<void(std::size_t call)> after_call;
 };

@@ -19,7 +19,7 @@ const std::string& with_kernels_forced(const Module_Choice& choice) {
     return choice.path;
 }
 
-// The module knows of the variable only.
+// The module reports the variable; the option stands in its place in the message.
 std::string kernels_message(const Module_Choice& choice, std::string message) {
     constexpr std::string_view variable = "KRB_KERNELS";
     return !choice.kernels.empty() && message.starts_with(variable) ? message.replace(0, variable.size(), "--kernels") : message;
@@ -62,7 +62,7 @@ const VT_Action_Table& Session::actions() const noexcept {
     return recorder_ ? recorder_->own_actions() : canvas_.renderer().actions;
 }
 
-// Through the renderer's own slot: what is recorded are an application's calls.
+// Through the renderer's own slot: only calls of the application are recorded.
 VT_Reference<VT_Shared_Image> Session::read_depth(const VT_Int_Rectangle& area) {
     const VT_DCI_Point top_left{area.left, area.top, 0};
     const VT_DCI_Point bottom_right{area.right, area.bottom, 0};

@@ -13,7 +13,7 @@ class Recorder;
 
 using vorna::window_rectangle;
 
-// Which renderer draws.
+// The renderer to draw with.
 struct Module_Choice {
     std::string path;
     std::string kernels; // empty = the renderer's own choice
@@ -36,10 +36,10 @@ public:
     // Fits buffers and actions to options and requested table. Throws when the buffers cannot be had.
     void establish();
 
-    // Who records what is drawn; null = nobody.
+    // The recorder of what is drawn; null = none.
     void set_recorder(recording::Recorder* recorder) noexcept { recorder_ = recorder; }
     recording::Recorder* recorder() const noexcept { return recorder_; }
-    // The renderer's own slots, whether somebody records or not.
+    // The renderer's own slots, also during a recording.
     const VT_Action_Table& actions() const noexcept;
 
     // Device pixels of the window.

@@ -1,4 +1,4 @@
-// What a recording is made of.
+// What a recording consists of: counts, sizes and bounds.
 #include "drawing/recording/summary.h"
 
 #include <algorithm>
@@ -36,7 +36,7 @@ void add_bounds(Summary& summary, double x, double y, double z) {
     }
 }
 
-// What a recording that leaves something out means.
+// The configuration with defaults filled in.
 struct In_Force {
     explicit In_Force(const Configuration& c)
         : width(c.window.width.value_or(64)), height(c.window.height.value_or(64)),

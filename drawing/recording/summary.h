@@ -1,4 +1,4 @@
-// What a recording is made of.
+// What a recording consists of: counts, sizes and bounds.
 #pragma once
 
 #include <cstdint>
@@ -29,10 +29,10 @@ struct Summary {
 
 Summary summary_of(const Recording& recording);
 
-// How many points a call has in its list.
+// The number of points in the call's list.
 std::size_t points_of(const Call& call);
 
-// Some lines for people, and an object for programs.
+// Lines of text, and a JSON object.
 std::string text_of(const Recording& recording);
 nlohmann::ordered_json json_summary_of(const Recording& recording);
 

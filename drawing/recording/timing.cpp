@@ -61,7 +61,7 @@ std::int64_t Change_Counter::Copy::update(const Raster& raster, const VT_Int_Rec
     return changed;
 }
 
-// Device pixels that the call may have changed. Only triangles keep to their points whatever the rendition says.
+// Device pixels that the call may have changed. Only triangles stay within the box of their points under every rendition.
 VT_Int_Rectangle Change_Counter::area_of(const Call& call) const {
     const VT_Int_Rectangle window = session_.window();
     VT_Int_Rectangle area = window;

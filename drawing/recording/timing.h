@@ -18,7 +18,7 @@ struct Call_Cost {
     double microseconds = 0;                             // of the fastest repetition
 };
 
-// Notes which pixels calls change, in one replay. Copies of both buffers are kept and compared after every call.
+// Counts the pixels that each call of a replay changes. Copies of both buffers are kept and compared after every call.
 class Change_Counter {
 public:
     Change_Counter(const Recording& recording, Session& session) : recording_(recording), session_(session) {}
@@ -50,7 +50,7 @@ void measure(const Recording& recording, const Module_Choice& module, const Repl
 enum class Cost_Order { calls, time, pixels };
 
 void sort(std::vector<Call_Cost>& costs, Cost_Order order);
-// Lines for people, the totals of each kind of call last; and for programs.
+// Lines of text with the totals of each kind of call last, and JSON.
 std::string table_of(const Recording& recording, const std::vector<Call_Cost>& costs);
 std::string json_of(const Recording& recording, const std::vector<Call_Cost>& costs);
 

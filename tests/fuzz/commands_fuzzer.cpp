@@ -40,7 +40,8 @@ std::string value_of(Random& random, const vorna::app::manual::Option_Entry& opt
     if (!option.choices.empty() && random.chance(80)) {
         return random.one_of(option.choices);
     }
-    if (option.kind.find_first_of("FPM") != option.kind.npos && random.chance(60)) { // files, pictures, palettes, models, maps
+    if ((option.kind.find_first_of("FPM") != option.kind.npos || option.kind == "RECORDING") &&
+        random.chance(60)) { // files, parts, palettes, models, maps
         return file(random, script);
     }
     if (random.chance(30)) {

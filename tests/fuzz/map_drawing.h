@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "app/commands/render_map.h"
+#include "drawing/job/formats.h"
 #include "tests/fuzz/fuzzing.h"
 
 namespace fuzzing {
@@ -14,7 +15,8 @@ inline void draw_map(std::string_view content, std::size_t style, bool is_drawin
     constexpr const char* projections[] = {"", "plane", "mercator", "equirectangular"};
     constexpr const char* borders[] = {"solid", "dashed", "3,2", "none"};
     vorna::app::Render_Options render;
-    const vorna::drawing::Input input{"map", is_drawing ? "dxf" : "json", std::string(content)};
+    const std::string suffix = is_drawing ? "dxf" : "json";
+    const vorna::drawing::Input input{"map", suffix, vorna::drawing::find_format(suffix), std::string(content)};
     render.models = {"map"};
     render.output = "/dev/null";
     render.has_size = (style & 1) != 0;

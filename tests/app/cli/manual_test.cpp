@@ -52,7 +52,7 @@ TEST_F(Manual, tells_of_every_option_in_lines_that_fit) {
 
 TEST_F(Manual, shows_what_an_option_takes_and_goes_together_with) {
     const std::string help = help_on("replay");
-    EXPECT_THAT(help, testing::HasSubstr("Usage: vorna replay [OPTIONS] picture\n"));
+    EXPECT_THAT(help, testing::HasSubstr("Usage: vorna replay [OPTIONS] recording\n"));
     EXPECT_THAT(help, testing::HasSubstr("\n  --until N               Stop after call N; the first call is 0 (not with\n"
                                          "                          --only)\n"));
     EXPECT_THAT(help, testing::HasSubstr("\n  --timing[=FORM] "));

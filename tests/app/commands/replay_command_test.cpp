@@ -145,7 +145,7 @@ TEST_F(Replay_Command, tells_wrong_usage_in_one_line) {
     };
     expect({}, 2, "vorna: expected a command, found none; vorna --help lists them");
     expect({"rply"}, 2, "vorna: expected a command, found 'rply'; did you mean replay? vorna --help lists them");
-    expect({"replay"}, 2, "replay: expected PICTURE, found none; vorna replay --help tells what it takes");
+    expect({"replay"}, 2, "replay: expected RECORDING, found none; vorna replay --help tells what it takes");
     expect({"replay", "-", "more"}, 2, "replay: expected no further argument, found 'more'");
     expect({"replay", "-", "--colour", "c.png"}, 2, "--colour: no option of vorna replay; did you mean --color?");
     expect({"replay", "-", "--sort", "time"}, 2, "--sort: expected --timing beside it, found none");
@@ -157,7 +157,7 @@ TEST_F(Replay_Command, tells_wrong_usage_in_one_line) {
     EXPECT_EQ(run_vorna({"--version"}).status, 0);
     EXPECT_EQ(run_vorna({"help"}).output, run_vorna({"--help"}).output);
     EXPECT_EQ(run_vorna({"help", "replay"}).output, run_vorna({"replay", "--help"}).output);
-    EXPECT_THAT(run_vorna({"replay", "--help"}).output, testing::StartsWith("Draw a picture"));
+    EXPECT_THAT(run_vorna({"replay", "--help"}).output, testing::StartsWith("Draw a recording"));
 }
 
 TEST_F(Replay_Command, writes_all_files_or_none) {

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "drawing/job/formats.h"
 #include "drawing/map/map_reader.h"
 #include "tests/support/command_line.h"
 
@@ -15,7 +16,7 @@ class Json_Maps : public testing::Test {
 protected:
     Map load(const std::string& text, const std::string& layer = "") {
         Load_Limits limits;
-        return load_map({"map.json", "json", text}, layer, limits);
+        return load_map({"map.json", "json", find_format("json"), text}, layer, limits);
     }
     std::string error_of(const std::string& text, const std::string& layer = "") {
         try {

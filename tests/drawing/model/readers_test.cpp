@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "drawing/job/formats.h"
 #include "drawing/model/model_reader.h"
 #include "tests/support/command_line.h"
 #include "tests/support/meshes.h"

@@ -1,4 +1,4 @@
-// PNG and JPEG images, decoded by libpng and libjpeg.
+// JPEG images, decoded by libjpeg.
 #include <algorithm>
 #include <array>
 #include <csetjmp>
@@ -7,7 +7,6 @@
 
 #include <jerror.h>
 #include <jpeglib.h>
-#include <png.h>
 
 #include "drawing/image/image_decoders.h"
 
@@ -109,25 +108,6 @@ private:
 };
 
 } // namespace
-
-Image decode_png(std::string_view bytes, const Before_Pixels& before) {
-    struct Reader {
-        png_image png = {};
-        ~Reader() { png_image_free(&png); }
-    } reader;
-    reader.png.version = PNG_IMAGE_VERSION;
-    const auto fail = [&] { throw Image_Error(std::string("expected a PNG image: ") + reader.png.message); };
-    if (!png_image_begin_read_from_memory(&reader.png, bytes.data(), bytes.size())) {
-        fail();
-    }
-    check_sides(reader.png.width, reader.png.height, before);
-    reader.png.format = PNG_FORMAT_BGRA;
-    Image image(static_cast<std::int32_t>(reader.png.width), static_cast<std::int32_t>(reader.png.height));
-    if (!png_image_finish_read(&reader.png, nullptr, image.pixels.data(), 0, nullptr)) {
-        fail();
-    }
-    return image;
-}
 
 Image decode_jpeg(std::string_view bytes, const Before_Pixels& before) {
     return Jpeg_Reader().read(bytes, before);

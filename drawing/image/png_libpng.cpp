@@ -1,4 +1,5 @@
-// PNG files, read by libpng.
+// PNG files, read by libpng: as they are stored, and as colours. Colours come from the library's own conversion, which applies
+// the file's gamma and reduces 16 bits a sample to 8.
 #include <array>
 #include <csetjmp>
 #include <cstdio>
@@ -6,6 +7,7 @@
 
 #include <png.h>
 
+#include "drawing/image/image_decoders.h"
 #include "drawing/image/png_reader.h"
 #include "drawing/image/png_size.h"
 
@@ -76,7 +78,7 @@ public:
 private:
     [[noreturn]] void fail() const { throw Png_Error(std::string("expected a PNG file: ") + message_.data()); }
 
-    // Neither has objects that a jump would have to destroy.
+    // Neither has objects with destructors, which the jump would leave out.
     bool read_header() {
         if (setjmp(png_jmpbuf(png_)) != 0) {
             return false;
@@ -123,6 +125,25 @@ Png_Image read_png(const std::string& name, std::string_view file, Load_Limits& 
         throw Png_Error("expected a PNG file: it is too short for the size that it states");
     }
     return Reading(file).image(name, limits);
+}
+
+Image decode_png(std::string_view bytes, const Before_Pixels& before) {
+    struct Reader {
+        png_image png = {};
+        ~Reader() { png_image_free(&png); }
+    } reader;
+    reader.png.version = PNG_IMAGE_VERSION;
+    const auto fail = [&] { throw Image_Error(std::string("expected a PNG image: ") + reader.png.message); };
+    if (!png_image_begin_read_from_memory(&reader.png, bytes.data(), bytes.size())) {
+        fail();
+    }
+    check_sides(reader.png.width, reader.png.height, before);
+    reader.png.format = PNG_FORMAT_BGRA;
+    Image image(static_cast<std::int32_t>(reader.png.width), static_cast<std::int32_t>(reader.png.height));
+    if (!png_image_finish_read(&reader.png, nullptr, image.pixels.data(), 0, nullptr)) {
+        fail();
+    }
+    return image;
 }
 
 } // namespace vorna::drawing
