@@ -32,6 +32,12 @@ run(${DRAWN} ${WORK}/drawn.png)
 set(source ${WORK}/plot)
 page_block(${PAGE} cpp ${source}/plot.cpp)
 page_block(${PAGE} cmake ${source}/CMakeLists.txt)
+# Programs include public headers only.
+file(STRINGS ${source}/plot.cpp own_headers REGEX "^#include \"")
+list(FILTER own_headers EXCLUDE REGEX "\"vorna/")
+if(own_headers)
+  message(FATAL_ERROR "headers that programs should not include: ${own_headers}")
+endif()
 run(${CMAKE_COMMAND} -S ${source} -B ${source}/build -G ${GENERATOR} -D CMAKE_CXX_COMPILER=${COMPILER} -D CMAKE_CXX_FLAGS=${FLAGS} -D
     CMAKE_BUILD_TYPE=${CONFIGURATION} -D CMAKE_PREFIX_PATH=${moved})
 run(${CMAKE_COMMAND} --build ${source}/build)
