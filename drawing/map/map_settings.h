@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "drawing/map/map_painter.h"
+#include "drawing/map/map_paint.h"
 #include "drawing/map/shapes.h"
 
 namespace vorna::drawing::map {
