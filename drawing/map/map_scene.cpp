@@ -91,6 +91,13 @@ Map_Scene::Map_Scene(const Input& input, const Map_Settings& settings, VT_RGB32 
     choose_bounds(input);
 }
 
+void Map_Scene::set_background(VT_RGB32 background) {
+    if (background != background_) {
+        background_ = background;
+        style_ = style_of(map_, *layer_);
+    }
+}
+
 std::string Map_Scene::summary() const {
     return std::to_string(layer_->shape_count()) + " shapes, " + std::to_string(layer_->position_count()) + " positions";
 }

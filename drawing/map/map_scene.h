@@ -20,6 +20,9 @@ public:
     // Load_Error.
     Map_Scene(const Input& input, const Map_Settings& settings, VT_RGB32 background, std::shared_ptr<Load_Limits> limits);
 
+    // For the layouts that follow.
+    void set_background(VT_RGB32 background);
+
     // How many shapes and positions.
     std::string summary() const;
     // What of the files is not drawn, a line each.
@@ -63,8 +66,8 @@ private:
     void place_labels(const View& view);
     void add_label_items();
 
-    Map_Settings settings_;
-    const VT_RGB32 background_;
+    const Map_Settings settings_;
+    VT_RGB32 background_;
     std::shared_ptr<Load_Limits> limits_;
     std::string file_;
     Map map_, overlay_map_;

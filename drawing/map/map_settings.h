@@ -6,7 +6,7 @@
 #include <string>
 
 #include "drawing/files/input.h"
-#include "drawing/map/map_painter.h"
+#include "drawing/map/map_paint.h"
 #include "drawing/map/shapes.h"
 
 namespace vorna::drawing::map {
