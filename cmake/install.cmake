@@ -19,6 +19,17 @@ if(VORNA_BUILD_COMMAND)
   look_in(vorna $ORIGIN/${library_from_command})
   install(TARGETS vorna COMPONENT command)
 endif()
+# The drawing library, with everything that programs need of it. Its headers include each other.
+if(TARGET vorna_drawing_library)
+  look_in(vorna_drawing_library $ORIGIN)
+  install(TARGETS vorna_drawing_library EXPORT vorna_drawing LIBRARY COMPONENT drawing)
+  foreach(header drawing.h export.h files/usage_error.h image/image.h map/map_paint.h map/map_settings.h map/shapes.h model/camera.h
+                 model/material.h model/mesh.h model/model_look.h)
+    get_filename_component(folder drawing/${header} DIRECTORY)
+    install(FILES drawing/${header} DESTINATION ${VORNA_INCLUDE_FOLDER}/${folder} COMPONENT drawing)
+  endforeach()
+  install(EXPORT vorna_drawing NAMESPACE Vorna:: FILE vorna-drawing-targets.cmake DESTINATION ${package_folder} COMPONENT drawing)
+endif()
 if(VORNA_WITH_VIEWER)
   look_in(vorna_window $ORIGIN/..)
   install(TARGETS vorna_window LIBRARY DESTINATION ${VORNA_MODULE_FOLDER} COMPONENT viewer)
@@ -28,8 +39,9 @@ install(DIRECTORY host DESTINATION ${VORNA_INCLUDE_FOLDER} COMPONENT development
 install(FILES vorna/canvas.h vorna/draw.h vorna/module.h vorna/slot_contracts.h ${PROJECT_BINARY_DIR}/include/vorna/version.h
         DESTINATION ${VORNA_INCLUDE_FOLDER}/vorna COMPONENT development)
 
-# Found as Vorna, and as vorna too, by the file's name.
-install(EXPORT vorna NAMESPACE Vorna:: FILE vorna-config.cmake DESTINATION ${package_folder} COMPONENT development)
+# Found as Vorna, and as vorna too, by the file's name. The drawing library is found where it is installed.
+install(EXPORT vorna NAMESPACE Vorna:: FILE vorna-targets.cmake DESTINATION ${package_folder} COMPONENT development)
+install(FILES cmake/vorna-config.cmake DESTINATION ${package_folder} COMPONENT development)
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/vorna-config-version.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vorna-config-version.cmake DESTINATION ${package_folder} COMPONENT development)
 
@@ -41,3 +53,7 @@ endforeach()
 file(RELATIVE_PATH prefix_from_pkgconfig /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/vorna.pc.in vorna.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vorna.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+if(TARGET vorna_drawing_library)
+  configure_file(cmake/vorna-drawing.pc.in vorna-drawing.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vorna-drawing.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT drawing)
+endif()

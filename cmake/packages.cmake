@@ -36,6 +36,9 @@ if(VORNA_BUILD_COMMAND)
     endif()
   endforeach()
 endif()
+if(TARGET vorna_drawing_library)
+  list(APPEND CPACK_COMPONENTS_ALL drawing)
+endif()
 if(VORNA_WITH_VIEWER)
   list(APPEND CPACK_COMPONENTS_ALL viewer)
 endif()
@@ -63,6 +66,10 @@ component_package(library libvorna15 libs "exact software rasterizer and its hos
                   "The library that applications draw through, and its renderer module.")
 component_package(development libvorna15-dev libdevel "exact software rasterizer (development files)"
                   "Headers of the host library, its CMake package and vorna.pc." ${this_library})
+if(TARGET vorna_drawing_library)
+  component_package(drawing libvorna-drawing-dev libdevel "models and maps as images, for programs"
+                    "The drawing library, its headers and its CMake package." "libvorna15-dev (= ${PROJECT_VERSION})")
+endif()
 component_package(command vorna graphics "renders models, maps and drawings to the same bytes everywhere"
                   "The command vorna draws, replays and compares pictures and checks modules." ${this_library})
 if(VORNA_BUILD_COMMAND AND VORNA_WITH_PROJ)

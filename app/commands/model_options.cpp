@@ -15,8 +15,6 @@
 #include "drawing/image/palette.h"
 #include "drawing/job/formats.h"
 #include "drawing/model/model_reader.h"
-#include "drawing/model/scene_renderer.h"
-#include "drawing/model/textured_scene.h"
 #include "drawing/model/vectors.h"
 
 namespace vorna::app {
@@ -335,8 +333,22 @@ VT_RGB32 background_of(const Model_Options& options) {
     return parsed_color("--background", options.background, {"none"});
 }
 
-VT_RGB32 base_color_of(const Model_Options& options) {
-    return parsed_color("--color", options.color.empty() ? "#8fa9c4" : options.color);
+drawing::Model_Style style_of(const Model_Options& options) {
+    drawing::Model_Style style;
+    style.picture = picture_settings_of(options);
+    if (!options.edges.empty()) {
+        if (options.edges != "all" && options.edges != "feature") {
+            throw drawing::Usage_Error("--edges: expected all or feature, found '" + options.edges + "'");
+        }
+        style.edges = options.edges == "feature" ? drawing::model::Edge_Choice::features : drawing::model::Edge_Choice::all;
+    }
+    if (!options.edge_color.empty()) {
+        style.edge_color = parsed_color("--edge-color", options.edge_color);
+    }
+    if (!options.color.empty()) {
+        style.color = parsed_color("--color", options.color);
+    }
+    return style;
 }
 
 drawing::model::Picture_Settings picture_settings_of(const Model_Options& options) {
@@ -345,11 +357,7 @@ drawing::model::Picture_Settings picture_settings_of(const Model_Options& option
     return settings;
 }
 
-// Wireframes have the model's colour, edges over faces a dark one; without what lies behind faces a picture is a drawing, which
-// is dark on light or light on dark.
 drawing::model::Edge_Settings edge_settings_of(const Model_Options& options) {
-    constexpr VT_RGB32 dark{51, 40, 30, 255}, light{235, 230, 225, 255};
-    drawing::model::Edge_Settings settings;
     if (!options.has_edges()) {
         for (const auto& [given, name] :
              {std::pair(options.antialias, "--antialias"), {!options.edge_color.empty(), "--edge-color"}}) {
@@ -363,44 +371,21 @@ drawing::model::Edge_Settings edge_settings_of(const Model_Options& options) {
         throw drawing::Usage_Error("--antialias: expected 32 bits a pixel, found " +
                                    (options.palette.empty() ? "--colors 8" : "--palette " + options.palette));
     }
-    if (!options.edges.empty() && options.edges != "all" && options.edges != "feature") {
-        throw drawing::Usage_Error("--edges: expected all or feature, found '" + options.edges + "'");
-    }
-    settings.choice = options.edges == "feature" ? drawing::model::Edge_Choice::features : drawing::model::Edge_Choice::all;
-    settings.culling = options.picture.culling;
-    settings.over_faces = options.has_faces();
-    settings.smoothed = options.antialias;
-    if (!options.edge_color.empty()) {
-        settings.color = parsed_color("--edge-color", options.edge_color);
-    } else if (options.picture.shading == drawing::model::Shading::hidden_line && !options.is_transparent()) {
-        const VT_RGB32 paper = background_of(options);
-        settings.color = 3 * paper.red + 6 * paper.green + paper.blue < 1280 ? light : dark;
-    } else if (options.has_faces()) {
-        settings.color = dark;
-    }
-    return settings;
+    const auto background = options.is_transparent() ? std::nullopt : std::optional(background_of(options));
+    return drawing::edge_settings_of(style_of(options), background, options.antialias);
 }
 
 drawing::model::Camera_Settings camera_settings_of(const Model_Options& options, const drawing::model::Mesh& mesh,
                                                    VT_Int_Pair size) {
-    using namespace drawing::model;
-    Camera_Settings settings = options.camera;
-    settings.aspect = static_cast<double>(size.x) / size.y;
+    using drawing::model::Projection;
+    drawing::model::Camera_Settings settings = options.camera;
     settings.projection = options.orthographic ? Projection::orthographic : Projection::perspective;
-    if (options.aim) {
-        const auto moved = [&mesh](const VT_Vector_D& place) { return (place - mesh.center) * (1 / mesh.radius); };
-        Aim aim{moved(options.aim->eye), moved(options.aim->target), options.aim->up};
-        if (length(aim.up) == 0) {
-            aim.up = up_direction(settings.up);
-        }
-        const VT_Vector_D toward = aim.eye - aim.target;
-        if (!(length(cross(aim.up, toward)) > 1e-9 * length(aim.up) * length(toward))) {
-            throw drawing::Usage_Error("--camera: expected two places apart and another direction that points up, found '" +
-                                       text_of(*options.aim) + "'");
-        }
-        settings.aim = aim;
+    settings.aim = options.aim;
+    if (const auto placed = drawing::camera_of_mesh(settings, mesh, size)) {
+        return *placed;
     }
-    return settings;
+    throw drawing::Usage_Error("--camera: expected two places apart and another direction that points up, found '" +
+                               text_of(*options.aim) + "'");
 }
 
 drawing::model::Mesh load_mesh(const Model_Options& options, std::vector<drawing::Input> inputs, bool empty) {
@@ -410,38 +395,17 @@ drawing::model::Mesh load_mesh(const Model_Options& options, std::vector<drawing
 }
 
 std::unique_ptr<drawing::model::Scene> make_faces(const Model_Options& options, const drawing::model::Mesh& mesh) {
-    const VT_RGB32 color = base_color_of(options);
-    const bool own_colors = options.color.empty();
-    if (options.picture.shading != drawing::model::Shading::textured) {
-        return std::make_unique<drawing::model::Scene_Renderer>(mesh, color, own_colors);
-    }
-    std::unique_ptr<drawing::model::Scene> scene;
     std::vector<std::string> warnings;
-    if (drawing::model::Textured_Scene::has_work(mesh)) {
-        scene = std::make_unique<drawing::model::Textured_Scene>(mesh, color, own_colors, warnings, *options.limits);
-    } else {
-        scene = std::make_unique<drawing::model::Scene_Renderer>(mesh, color, own_colors);
-    }
+    auto faces = drawing::make_faces(mesh, style_of(options), *options.limits, warnings);
     warn(options, warnings);
-    return scene;
-}
-
-std::unique_ptr<drawing::model::Edge_Renderer> make_edges(const Model_Options& options, const drawing::model::Mesh& mesh) {
-    return std::make_unique<drawing::model::Edge_Renderer>(mesh, base_color_of(options), options.color.empty());
+    return faces;
 }
 
 drawing::Model_Parts make_model(const Model_Options& options, const drawing::model::Mesh& mesh) {
-    drawing::Model_Parts model;
-    if (mesh.triangles.empty()) {
-        return model;
-    }
-    if (options.has_faces()) {
-        model.faces = make_faces(options, mesh);
-    }
-    if (options.has_edges()) {
-        model.edges = make_edges(options, mesh);
-    }
-    return model;
+    std::vector<std::string> warnings;
+    drawing::Model_Parts parts = drawing::make_parts(mesh, style_of(options), *options.limits, warnings);
+    warn(options, warnings);
+    return parts;
 }
 
 } // namespace vorna::app

@@ -11,7 +11,7 @@
 #include "drawing/files/input.h"
 #include "drawing/files/load_limits.h"
 #include "drawing/image/image_file.h"
-#include "drawing/job/model_drawing.h"
+#include "drawing/job/model_style.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/edge_renderer.h"
 #include "drawing/model/mesh.h"
@@ -72,7 +72,7 @@ Palette_Choice palette_of(const Model_Options& options);
 bool draws_indices(const Model_Options& options);
 // Of what is not transparent.
 VT_RGB32 background_of(const Model_Options& options);
-VT_RGB32 base_color_of(const Model_Options& options);
+drawing::Model_Style style_of(const Model_Options& options);
 drawing::model::Picture_Settings picture_settings_of(const Model_Options& options);
 drawing::model::Edge_Settings edge_settings_of(const Model_Options& options);
 drawing::model::Camera_Settings camera_settings_of(const Model_Options& options, const drawing::model::Mesh& mesh,
@@ -80,10 +80,7 @@ drawing::model::Camera_Settings camera_settings_of(const Model_Options& options,
 
 // What could not be read of materials and textures is said, or refused. empty: whether files without triangles are fine.
 drawing::model::Mesh load_mesh(const Model_Options& options, std::vector<drawing::Input> inputs, bool empty = false);
-// Textures are drawn when they are asked for and there are any.
 std::unique_ptr<drawing::model::Scene> make_faces(const Model_Options& options, const drawing::model::Mesh& mesh);
-std::unique_ptr<drawing::model::Edge_Renderer> make_edges(const Model_Options& options, const drawing::model::Mesh& mesh);
-// Faces, edges or both, as the options say; neither when the mesh has no triangles.
 drawing::Model_Parts make_model(const Model_Options& options, const drawing::model::Mesh& mesh);
 
 // Spans leave out their last pixel, and no point may lie outside the window: a model that is cut off at the picture's right or

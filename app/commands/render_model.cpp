@@ -43,7 +43,7 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     const Palette_Choice palette = palette_of(options);
     drawing::Job_Settings settings = job_settings_of(options, size, palette);
     const drawing::Model_Look look{picture_settings_of(options), edge_settings_of(options), palette.drawn};
-    base_color_of(options);
+    style_of(options);
     if (options.has_edges() && look.edges.color) {
         settings.flat_colors.push_back(*look.edges.color);
     }

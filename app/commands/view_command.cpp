@@ -44,7 +44,7 @@ void show(const View_Options& options, std::vector<drawing::Input> inputs, const
     }
     const bool map = drawing::is_map(inputs.front());
     if (!map) {
-        base_color_of(options);
+        style_of(options);
         edge_settings_of(options);
         picture_settings_of(options);
     }

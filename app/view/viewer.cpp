@@ -262,7 +262,7 @@ drawing::Model_Parts& Viewer::model_for(const Model_Options& options, bool draft
             model.faces = make_faces(options, mesh);
         }
         if (needs_edges) {
-            model.edges = make_edges(options, mesh);
+            model.edges = drawing::make_edges(mesh, style_of(options));
         }
     }
     return model;

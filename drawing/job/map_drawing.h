@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "drawing/job/drawing.h"
 #include "drawing/map/map_scene.h"
@@ -18,7 +19,8 @@ struct Map_Look {
 
 class Map_Drawing final : public Drawing {
 public:
-    Map_Drawing(std::unique_ptr<map::Map_Scene> scene, const Map_Look& look) : scene_(std::move(scene)), look_(look) {}
+    // The layout of the scene is this drawing's until another one is prepared.
+    Map_Drawing(std::shared_ptr<map::Map_Scene> scene, const Map_Look& look) : scene_(std::move(scene)), look_(look) {}
 
     const map::Map_Scene& scene() const noexcept { return *scene_; }
     // The palette that the renderer draws with; null = 32 bits a pixel.
@@ -39,7 +41,7 @@ public:
 private:
     map::View view_of(VT_Int_Pair size) const { return view_ ? *view_ : scene_->fitted(size); }
 
-    std::unique_ptr<map::Map_Scene> scene_;
+    std::shared_ptr<map::Map_Scene> scene_;
     Map_Look look_;
     std::optional<map::View> view_;
     // Of the prepared image.

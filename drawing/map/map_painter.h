@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "drawing/map/map_paint.h"
 #include "drawing/map/shapes.h"
 #include "host/renderer_data.h"
 #include "host/rendition.h"
@@ -29,24 +30,6 @@ struct View {
         }
         return face;
     }
-};
-
-// Lengths of dashes and gaps by turns, in pixels for lines of one pixel and growing with the width; a dash of 0 is a dot. Empty:
-// a solid line.
-using Dashes = std::vector<double>;
-
-struct Line_Paint {
-    VT_RGB32 color;
-    std::int32_t width = 1;
-    const Dashes* dashes = nullptr; // null: a solid line
-
-    bool is_dashed() const noexcept { return dashes && !dashes->empty(); }
-};
-
-struct Marker_Paint {
-    VT_RGB32 color;
-    std::int32_t symbol = vorna::marker_symbol::filled_circle;
-    std::int32_t size = 7;
 };
 
 // A line with more steps is not drawn: its ends lie too far from the image.

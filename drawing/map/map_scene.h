@@ -16,9 +16,13 @@ namespace vorna::drawing::map {
 
 class Map_Scene {
 public:
-    // background: lines of drawings stand out from it. Throws Usage_Error for settings that do not fit the file, Map_Error and
-    // Load_Error.
-    Map_Scene(const Input& input, const Map_Settings& settings, VT_RGB32 background, std::shared_ptr<Load_Limits> limits);
+    // overlay: the opened file that the settings name. background: lines of drawings stand out from it. Throws Usage_Error for
+    // settings that do not fit the file, Map_Error and Load_Error.
+    Map_Scene(const Input& input, const std::optional<Input>& overlay, const Map_Settings& settings, VT_RGB32 background,
+              std::shared_ptr<Load_Limits> limits);
+
+    // For the layouts that follow.
+    void set_background(VT_RGB32 background);
 
     // How many shapes and positions.
     std::string summary() const;
@@ -63,8 +67,8 @@ private:
     void place_labels(const View& view);
     void add_label_items();
 
-    Map_Settings settings_;
-    const VT_RGB32 background_;
+    const Map_Settings settings_;
+    VT_RGB32 background_;
     std::shared_ptr<Load_Limits> limits_;
     std::string file_;
     Map map_, overlay_map_;

@@ -18,20 +18,6 @@
 
 namespace vorna::drawing::model {
 
-enum class Edge_Choice {
-    all,
-    features, // where the surface ends or bends sharply, and its outline as seen by the viewer
-};
-
-struct Edge_Settings {
-    Edge_Choice choice = Edge_Choice::all;
-    Culling culling = Culling::none; // edges of which all faces are left out are left out too
-    bool over_faces = false;         // hidden behind the faces that are in the depth buffer
-    bool smoothed = false;           // for 32-bit colours and lines of one pixel
-    std::int32_t width = 1;          // pixels, across the longer of a line's two axes
-    std::optional<VT_RGB32> color;   // instead of the model's
-};
-
 class Edge_Renderer {
 public:
     // The mesh may be gone afterwards. base_color: of vertices without a colour of their own; of all with own_colors off.

@@ -6,26 +6,12 @@
 #include <vector>
 
 #include "drawing/model/camera.h"
+#include "drawing/model/model_look.h"
 #include "drawing/model/tiles.h"
 #include "host/renderer_data.h"
 #include "host/rendition.h"
 
 namespace vorna::drawing::model {
-
-enum class Shading {
-    flat,
-    gouraud,
-    textured,
-    wireframe,   // edges alone
-    hidden_line, // edges, and faces in any colour: what counts is that they hide what lies behind them
-};
-enum class Culling { none, back };
-
-struct Picture_Settings {
-    Shading shading = Shading::gouraud;
-    Culling culling = Culling::none;
-    VT_Vector_D light{-0.5, 0.65, 0.7}; // towards it, in view space
-};
 
 class Scene {
 public:

@@ -46,3 +46,17 @@ if(PKG_CONFIG)
       sh -c "cd ${source} && . ./build.sh")
   check_plot(by_pkg_config ${source}/plot)
 endif()
+
+# The drawing library serves the program of its page.
+if(DRAWING_PAGE)
+  set(source ${WORK}/knot)
+  page_block(${DRAWING_PAGE} cpp ${source}/knot.cpp)
+  page_block(${DRAWING_PAGE} cmake ${source}/CMakeLists.txt)
+  run(${CMAKE_COMMAND} -S ${source} -B ${source}/build -G ${GENERATOR} -D CMAKE_CXX_COMPILER=${COMPILER} -D CMAKE_CXX_FLAGS=${FLAGS} -D
+      CMAKE_BUILD_TYPE=${CONFIGURATION} -D CMAKE_PREFIX_PATH=${moved})
+  run(${CMAKE_COMMAND} --build ${source}/build)
+  run(${source}/build/knot ${WORK}/knot.png ${WORK}/islands.png)
+  cmake_path(GET DRAWING_PAGE PARENT_PATH pages)
+  run(${moved}/bin/vorna compare ${WORK}/knot.png ${pages}/images/knot.png)
+  run(${moved}/bin/vorna compare ${WORK}/islands.png ${pages}/images/islands.png)
+endif()

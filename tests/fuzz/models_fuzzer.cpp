@@ -68,11 +68,11 @@ void draw(const model::Mesh& mesh, std::uint8_t style) {
     options.colors = (style & 16) != 0 ? 8 : 32;
     options.antialias = (style & 32) != 0 && options.colors == 32 && options.has_edges();
     constexpr VT_Int_Pair size{48, 40};
-    Drawn_Model model = make_model(options, mesh);
-    const model::Camera camera = model::fit_camera(camera_settings_of(options, mesh, size), model.points());
-    const model::Tile_Grid grid(VT_Int_Rectangle{0, size.x, 0, size.y});
-    model.prepare(grid, camera, picture_settings_of(options), edge_settings_of(options));
-    Tile_Artist(fuzzing::renderer_module(), palette_of(options).drawn).draw(model, grid, 0, background_of(options));
+    const Model_Look look{picture_settings_of(options), edge_settings_of(options), palette_of(options).drawn};
+    Model_Drawing drawing(make_model(options, mesh), look, camera_settings_of(options, mesh, size));
+    const Tile_Grid grid({0, size.x, 0, size.y});
+    drawing.prepare(grid, 1, 0);
+    Tile_Renderer(fuzzing::renderer_module()).draw(drawing, grid, 0, background_of(options));
 }
 
 } // namespace

@@ -224,7 +224,7 @@ TEST_F(Poster, what_does_not_fit_into_memory_is_refused_before_it_is_drawn) {
     const Outcome outcome = replay_tests::run_vorna(tight);
     EXPECT_EQ(outcome.status, 2);
     EXPECT_THAT(outcome.errors, testing::StartsWith("vorna: --max-memory: expected "));
-    EXPECT_THAT(outcome.errors, testing::EndsWith("M or more for this picture, found 24M\n"));
+    EXPECT_THAT(outcome.errors, testing::EndsWith("M or more for this image, found 24M\n"));
     EXPECT_FALSE(std::filesystem::exists(folder.file("out.png")));
 }
 

@@ -168,7 +168,7 @@ TEST_F(Render_Command, arguments_that_are_not_understood_are_answered_with_what_
         {{"--camera", "1,2,3,0,0,0", "--view", "top"}, "--view: expected no --camera beside it, found both"},
         {{"--background", "None"},
          "--background: expected none, #rgb, #rrggbb or a colour's name, found 'None'; did you mean none?"},
-        {{"--max-memory", "1M"}, "M or more for this picture, found 1M"},
+        {{"--max-memory", "1M"}, "M or more for this image, found 1M"},
         {{"--kernels", "sse"}, "--kernels: expected portable, baseline, avx2 or avx512, found 'sse'"},
         {{"--", "--nosuch.obj"}, "./--nosuch.obj: cannot be read: No such file or directory"},
     };

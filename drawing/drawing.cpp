@@ -1,0 +1,203 @@
+// The drawing library: models and maps, from files or arrays, as images.
+#include "drawing/drawing.h"
+
+#include <csignal>
+#include <stdexcept>
+#include <utility>
+
+#include "drawing/files/input.h"
+#include "drawing/files/interruption.h"
+#include "drawing/job/formats.h"
+#include "drawing/job/job.h"
+#include "drawing/job/map_drawing.h"
+#include "drawing/job/model_style.h"
+#include "drawing/model/model_reader.h"
+#include "vorna/module.h"
+
+namespace vorna::drawing {
+namespace {
+
+std::shared_ptr<Load_Limits> limits_of(const Reading& reading) {
+    return std::make_shared<Load_Limits>(reading.max_memory > 0 ? std::optional(reading.max_memory) : std::nullopt,
+                                         reading.outside_of_folder);
+}
+
+void check(const Image_Settings& settings, VT_Int_Pair size) {
+    const auto expect = [](bool right, const char* what) {
+        if (!right) {
+            throw Usage_Error(what);
+        }
+    };
+    expect(settings.supersample >= 1 && settings.supersample <= 8, "supersample: expected 1 to 8");
+    const std::int32_t most = largest_side / settings.supersample;
+    expect(size.x >= 1 && size.x <= most && size.y >= 1 && size.y <= most,
+           "size: expected sides from 1 to 262144, divided by supersample");
+    expect(!settings.indexed || !settings.transparent, "transparent: expected 32 bits a pixel");
+    expect(!settings.indexed || settings.supersample == 1, "supersample: expected 32 bits a pixel");
+    expect(!settings.indexed || !settings.smooth_lines, "smooth_lines: expected 32 bits a pixel");
+}
+
+Job_Settings job_settings_of(const Image_Settings& settings, VT_Int_Pair size, std::string input) {
+    Job_Settings job;
+    job.part.size = size;
+    job.supersample = settings.supersample;
+    job.threads = settings.threads;
+    job.max_memory = settings.max_memory;
+    job.background = settings.background;
+    job.transparent = settings.transparent;
+    job.allow_empty = settings.allow_empty;
+    job.input = std::move(input);
+    return job;
+}
+
+Module_Choice module_of(const Image_Settings& settings) {
+    return {settings.module.empty() ? Module::installed_path() : settings.module, {}};
+}
+
+} // namespace
+
+struct Model::Content {
+    std::shared_ptr<Load_Limits> limits;
+    std::string name;
+    model::Mesh mesh;
+};
+
+struct Map::Content {
+    Content(const Input& input, const map::Map_Settings& settings, const std::shared_ptr<Load_Limits>& limits)
+        : name(input.name) {
+        if (!is_map(input)) {
+            throw Usage_Error(name + ": expected a map or drawing");
+        }
+        const auto overlay = open_overlay(settings, *limits);
+        scene = std::make_shared<map::Map_Scene>(input, overlay, settings, VT_RGB32{255, 255, 255, 255}, limits);
+    }
+
+    std::string name;
+    std::shared_ptr<map::Map_Scene> scene;
+};
+
+Model::Model(const std::vector<std::string>& files, const Reading& reading)
+    : content_(new Content{limits_of(reading), files.empty() ? std::string() : files.front(), {}}) {
+    if (files.empty()) {
+        throw Usage_Error("files: expected one or more");
+    }
+    std::vector<Input> inputs;
+    for (const std::string& file : files) {
+        inputs.push_back(open_input(file, "", *content_->limits));
+    }
+    content_->mesh = model::load_models(inputs, *content_->limits, reading.accepts_no_triangles);
+}
+
+Model::Model(model::Mesh mesh) : content_(new Content{limits_of({}), "mesh", std::move(mesh)}) {
+    if (!model::is_consistent(content_->mesh)) {
+        throw Usage_Error("mesh: expected lists that belong together and finite places");
+    }
+    model::finish_mesh(content_->mesh, "mesh");
+}
+
+Model::Model(Model&&) noexcept = default;
+Model& Model::operator=(Model&&) noexcept = default;
+Model::~Model() = default;
+
+std::size_t Model::triangle_count() const {
+    return content_->mesh.triangle_count();
+}
+
+const std::vector<std::string>& Model::warnings() const {
+    return content_->mesh.warnings;
+}
+
+Map::Map(const std::string& file, const map::Map_Settings& settings, const Reading& reading) {
+    const std::shared_ptr<Load_Limits> limits = limits_of(reading);
+    content_ = std::make_unique<Content>(open_input(file, "", *limits), settings, limits);
+}
+
+Map::Map(const std::string& name, const std::string& format, std::string text, const map::Map_Settings& settings,
+         const Reading& reading)
+    : content_(
+          std::make_unique<Content>(Input{name, format, find_format(format), std::move(text)}, settings, limits_of(reading))) {
+}
+
+Map::Map(Map&&) noexcept = default;
+Map& Map::operator=(Map&&) noexcept = default;
+Map::~Map() = default;
+
+std::vector<std::string> Map::warnings() const {
+    return content_->scene->warnings();
+}
+
+// A drawing and its job, for one image.
+struct Image_Maker {
+    Image_Maker(const Model& model, const Model_View& view, const Image_Settings& settings) {
+        check(settings, settings.size);
+        const model::Mesh& mesh = model.content_->mesh;
+        const std::optional<VT_RGB32> background = settings.transparent ? std::nullopt : std::optional(settings.background);
+        const Model_Style style{view.look, view.edges, view.edge_color, view.color};
+        const auto camera = camera_of_mesh(view.camera, mesh, settings.size);
+        if (!camera) {
+            throw Usage_Error("camera: expected two places apart and another direction that points up");
+        }
+        job = job_settings_of(settings, settings.size, model.content_->name);
+        if (settings.indexed) {
+            job.palette = new VT_Palette;
+        }
+        std::vector<std::string> warnings; // of textures, which stay out
+        drawing = std::make_unique<Model_Drawing>(
+            make_parts(mesh, style, *model.content_->limits, warnings),
+            Model_Look{view.look, edge_settings_of(style, background, settings.smooth_lines), job.palette}, *camera);
+        module = module_of(settings);
+    }
+
+    Image_Maker(const Map& map, const Image_Settings& settings) {
+        map::Map_Scene& scene = *map.content_->scene;
+        const VT_RGB32 background = settings.transparent ? VT_RGB32{255, 255, 255, 255} : settings.background;
+        scene.set_background(background);
+        VT_Int_Pair size = settings.size;
+        if (size.y == 0 && size.x > 0) {
+            size = scene.fitted(size).size;
+        }
+        check(settings, size);
+        job = job_settings_of(settings, size, map.content_->name);
+        auto found =
+            std::make_unique<Map_Drawing>(map.content_->scene, Map_Look{background, settings.indexed, settings.smooth_lines});
+        job.palette = found->palette();
+        drawing = std::move(found);
+        module = module_of(settings);
+    }
+
+    Image image() { return Job(job, module, *drawing).make_image(); }
+
+    // The signal that waited comes now.
+    std::string write(const std::string& file) {
+        job.output = file;
+        job.hash = true;
+        try {
+            return Job(job, module, *drawing).write_files().digests.front();
+        } catch (const Interrupted& interrupted) {
+            std::raise(interrupted.signal);
+            throw std::runtime_error(file + ": interrupted by a signal");
+        }
+    }
+
+    Job_Settings job;
+    Module_Choice module;
+    std::unique_ptr<Drawing> drawing;
+};
+
+Image make_image(const Model& model, const Model_View& view, const Image_Settings& settings) {
+    return Image_Maker(model, view, settings).image();
+}
+
+Image make_image(const Map& map, const Image_Settings& settings) {
+    return Image_Maker(map, settings).image();
+}
+
+std::string write_image(const std::string& file, const Model& model, const Model_View& view, const Image_Settings& settings) {
+    return Image_Maker(model, view, settings).write(file);
+}
+
+std::string write_image(const std::string& file, const Map& map, const Image_Settings& settings) {
+    return Image_Maker(map, settings).write(file);
+}
+
+} // namespace vorna::drawing

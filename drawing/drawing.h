@@ -1,0 +1,105 @@
+// The drawing library: models and maps, from files or arrays, as images.
+//
+// Everything throws std::exception with a message of one line: Usage_Error for input and settings that the caller can mend, any
+// other for failures. Different threads may use different objects at the same time.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "drawing/export.h"
+#include "drawing/files/usage_error.h"
+#include "drawing/image/image.h"
+#include "drawing/map/map_settings.h"
+#include "drawing/model/camera.h"
+#include "drawing/model/mesh.h"
+#include "drawing/model/model_look.h"
+
+namespace vorna::drawing {
+
+// What reading may cost and touch.
+struct Reading {
+    std::uint64_t max_memory = 0;      // bytes; 0 = 1 GiB, or 64 times what the files have where that is more
+    bool outside_of_folder = false;    // whether files that models name may lie outside of the models' folders
+    bool accepts_no_triangles = false; // whether models may be empty
+};
+
+// Triangles with their materials.
+class VORNA_DRAWING_API Model {
+public:
+    // Files that are drawn together, each where its coordinates have it.
+    explicit Model(const std::vector<std::string>& files, const Reading& reading = {});
+    // Arrays. The lists that a mesh may leave out may be empty; normals that are missing are computed.
+    explicit Model(model::Mesh mesh);
+    Model(Model&&) noexcept;
+    Model& operator=(Model&&) noexcept;
+    ~Model();
+
+    std::size_t triangle_count() const;
+    // What of the materials could not be read, a line each.
+    const std::vector<std::string>& warnings() const;
+
+private:
+    friend struct Image_Maker;
+    struct Content;
+    std::unique_ptr<Content> content_;
+};
+
+// What of a model is drawn, and how.
+struct Model_View {
+    model::Camera_Settings camera; // its aspect is the image's; an aim is in the model's coordinates
+    model::Picture_Settings look;
+    std::optional<model::Edge_Choice> edges; // over faces; wireframes and hidden lines have all unless it says features
+    std::optional<VT_RGB32> edge_color;      // none: one that stands out
+    std::optional<VT_RGB32> color;           // none: the model's own
+};
+
+// A map (GeoJSON, TopoJSON) or a drawing (DXF).
+class VORNA_DRAWING_API Map {
+public:
+    // file: also compressed by gzip.
+    explicit Map(const std::string& file, const map::Map_Settings& settings = {}, const Reading& reading = {});
+    // text: what a file holds. name: for messages. format: json or dxf.
+    Map(const std::string& name, const std::string& format, std::string text, const map::Map_Settings& settings = {},
+        const Reading& reading = {});
+    Map(Map&&) noexcept;
+    Map& operator=(Map&&) noexcept;
+    ~Map();
+
+    // What of the file is not drawn, a line each.
+    std::vector<std::string> warnings() const;
+
+private:
+    friend struct Image_Maker;
+    struct Content;
+    std::unique_ptr<Content> content_;
+};
+
+// How an image is made. Its bytes depend neither on threads nor on memory.
+struct Image_Settings {
+    VT_Int_Pair size{1280, 960}; // sides up to 262144; of maps a height of 0 is chosen
+    VT_RGB32 background{255, 255, 255, 255};
+    bool transparent = false; // instead of the background
+    bool indexed = false;     // 8 bits a pixel, of the standard palette or one with the map's own colours
+    bool smooth_lines = false;
+    std::int32_t supersample = 1; // 1 to 8: the mean of so many pixels each way, smooth faces and lines
+    unsigned threads = 0;         // 0 = as many as there are processors
+    std::uint64_t max_memory = std::uint64_t{1} << 30;
+    bool allow_empty = true; // whether an image may show nothing but the background
+    std::string module;      // path of the renderer; empty = the installed one
+};
+
+// An image in memory, four bytes a pixel. Of settings with 8 bits it has the colours of the palette.
+VORNA_DRAWING_API Image make_image(const Model& model, const Model_View& view, const Image_Settings& settings);
+VORNA_DRAWING_API Image make_image(const Map& map, const Image_Settings& settings);
+
+// A PNG file, which appears whole or not at all; larger than memory, if need be. Returns the SHA-256 of its samples. While it is
+// written a signal that asks the program to end waits until what is unfinished is removed.
+VORNA_DRAWING_API std::string write_image(const std::string& file, const Model& model, const Model_View& view,
+                                          const Image_Settings& settings);
+VORNA_DRAWING_API std::string write_image(const std::string& file, const Map& map, const Image_Settings& settings);
+
+} // namespace vorna::drawing

@@ -1,0 +1,73 @@
+// What of a model is drawn and how.
+#include "drawing/job/model_style.h"
+
+#include "drawing/model/scene_renderer.h"
+#include "drawing/model/textured_scene.h"
+#include "drawing/model/vectors.h"
+
+namespace vorna::drawing {
+
+model::Edge_Settings edge_settings_of(const Model_Style& style, std::optional<VT_RGB32> background, bool smoothed) {
+    constexpr VT_RGB32 dark{51, 40, 30, 255}, light{235, 230, 225, 255};
+    model::Edge_Settings settings;
+    settings.choice = style.edges.value_or(model::Edge_Choice::all);
+    settings.culling = style.picture.culling;
+    settings.over_faces = style.has_faces();
+    settings.smoothed = smoothed;
+    if (style.edge_color) {
+        settings.color = style.edge_color;
+    } else if (style.picture.shading == model::Shading::hidden_line && background) {
+        settings.color = 3 * background->red + 6 * background->green + background->blue < 1280 ? light : dark;
+    } else if (style.has_faces()) {
+        settings.color = dark;
+    }
+    return settings;
+}
+
+std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
+                                         std::vector<std::string>& warnings) {
+    const VT_RGB32 color = style.color.value_or(default_model_color);
+    if (style.picture.shading == model::Shading::textured && model::Textured_Scene::has_work(mesh)) {
+        return std::make_unique<model::Textured_Scene>(mesh, color, !style.color, warnings, limits);
+    }
+    return std::make_unique<model::Scene_Renderer>(mesh, color, !style.color);
+}
+
+std::unique_ptr<model::Edge_Renderer> make_edges(const model::Mesh& mesh, const Model_Style& style) {
+    return std::make_unique<model::Edge_Renderer>(mesh, style.color.value_or(default_model_color), !style.color);
+}
+
+Model_Parts make_parts(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
+                       std::vector<std::string>& warnings) {
+    Model_Parts parts;
+    if (mesh.triangles.empty()) {
+        return parts;
+    }
+    if (style.has_faces()) {
+        parts.faces = make_faces(mesh, style, limits, warnings);
+    }
+    if (style.has_edges()) {
+        parts.edges = make_edges(mesh, style);
+    }
+    return parts;
+}
+
+std::optional<model::Camera_Settings> camera_of_mesh(model::Camera_Settings settings, const model::Mesh& mesh, VT_Int_Pair size) {
+    using namespace model;
+    settings.aspect = static_cast<double>(size.x) / size.y;
+    if (settings.aim) {
+        const auto moved = [&mesh](const VT_Vector_D& place) { return (place - mesh.center) * (1 / mesh.radius); };
+        Aim aim{moved(settings.aim->eye), moved(settings.aim->target), settings.aim->up};
+        if (length(aim.up) == 0) {
+            aim.up = up_direction(settings.up);
+        }
+        const VT_Vector_D toward = aim.eye - aim.target;
+        if (!(length(cross(aim.up, toward)) > 1e-9 * length(aim.up) * length(toward))) {
+            return std::nullopt;
+        }
+        settings.aim = aim;
+    }
+    return settings;
+}
+
+} // namespace vorna::drawing

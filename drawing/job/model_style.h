@@ -1,0 +1,46 @@
+// What of a model is drawn and how, with the defaults that follow from each other.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "drawing/files/load_limits.h"
+#include "drawing/job/model_drawing.h"
+#include "drawing/model/camera.h"
+#include "drawing/model/mesh.h"
+#include "drawing/model/model_look.h"
+
+namespace vorna::drawing {
+
+struct Model_Style {
+    model::Picture_Settings picture;
+    std::optional<model::Edge_Choice> edges; // none: only those of wireframes and hidden lines, which have all
+    std::optional<VT_RGB32> edge_color;      // none: one that stands out
+    std::optional<VT_RGB32> color;           // none: the model's own
+
+    bool has_faces() const noexcept { return picture.shading != model::Shading::wireframe; }
+    bool has_edges() const noexcept { return edges || !has_faces() || picture.shading == model::Shading::hidden_line; }
+};
+
+// Of models without a colour of their own.
+inline constexpr VT_RGB32 default_model_color{196, 169, 143, 255};
+
+// background: none = transparent. Wireframes have the model's colour, edges over faces a dark one; without the colours of faces
+// an image is a drawing, dark on light or light on dark.
+model::Edge_Settings edge_settings_of(const Model_Style& style, std::optional<VT_RGB32> background, bool smoothed);
+
+// Textures are drawn where they are asked for and the mesh has any; warnings gets a line for each that cannot be read.
+std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
+                                         std::vector<std::string>& warnings);
+std::unique_ptr<model::Edge_Renderer> make_edges(const model::Mesh& mesh, const Model_Style& style);
+// Faces, edges or both, as the style says; neither when the mesh has no triangles.
+Model_Parts make_parts(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
+                       std::vector<std::string>& warnings);
+
+// Settings whose aim is in the coordinates of the file, for an image of that size and the finished mesh. None when the aim has no
+// direction, or none that points up.
+std::optional<model::Camera_Settings> camera_of_mesh(model::Camera_Settings settings, const model::Mesh& mesh, VT_Int_Pair size);
+
+} // namespace vorna::drawing

@@ -1,0 +1,30 @@
+// How lines and points of a map are drawn.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "host/color.h"
+#include "host/rendition.h"
+
+namespace vorna::drawing::map {
+
+// Lengths of dashes and gaps by turns, in pixels for lines of one pixel and growing with the width; a dash of 0 is a dot. Empty:
+// a solid line.
+using Dashes = std::vector<double>;
+
+struct Line_Paint {
+    VT_RGB32 color;
+    std::int32_t width = 1;
+    const Dashes* dashes = nullptr; // null: a solid line
+
+    bool is_dashed() const noexcept { return dashes && !dashes->empty(); }
+};
+
+struct Marker_Paint {
+    VT_RGB32 color;
+    std::int32_t symbol = vorna::marker_symbol::filled_circle;
+    std::int32_t size = 7;
+};
+
+} // namespace vorna::drawing::map

@@ -1,0 +1,41 @@
+// How a model is drawn.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "host/color.h"
+#include "host/geometry.h"
+
+namespace vorna::drawing::model {
+
+enum class Shading {
+    flat,
+    gouraud,
+    textured,
+    wireframe,   // edges alone
+    hidden_line, // edges, and faces in any colour: what counts is that they hide what lies behind them
+};
+enum class Culling { none, back };
+
+struct Picture_Settings {
+    Shading shading = Shading::gouraud;
+    Culling culling = Culling::none;
+    VT_Vector_D light{-0.5, 0.65, 0.7}; // towards it, in view space
+};
+
+enum class Edge_Choice {
+    all,
+    features, // where the surface ends or bends sharply, and its outline as seen by the viewer
+};
+
+struct Edge_Settings {
+    Edge_Choice choice = Edge_Choice::all;
+    Culling culling = Culling::none; // edges of which all faces are left out are left out too
+    bool over_faces = false;         // hidden behind the faces that are in the depth buffer
+    bool smoothed = false;           // for 32-bit colours and lines of one pixel
+    std::int32_t width = 1;          // pixels, across the longer of a line's two axes
+    std::optional<VT_RGB32> color;   // instead of the model's
+};
+
+} // namespace vorna::drawing::model
