@@ -7,6 +7,7 @@
 
 #include "drawing/files/input.h"
 #include "drawing/files/interruption.h"
+#include "drawing/job/formats.h"
 #include "drawing/job/job.h"
 #include "drawing/job/map_drawing.h"
 #include "drawing/job/model_style.h"
@@ -62,11 +63,13 @@ struct Model::Content {
 };
 
 struct Map::Content {
-    Content(const Input& input, const map::Map_Settings& settings, const std::shared_ptr<Load_Limits>& limits) : name(input.name) {
+    Content(const Input& input, const map::Map_Settings& settings, const std::shared_ptr<Load_Limits>& limits)
+        : name(input.name) {
         if (!is_map(input)) {
             throw Usage_Error(name + ": expected a map or drawing");
         }
-        scene = std::make_shared<map::Map_Scene>(input, settings, VT_RGB32{255, 255, 255, 255}, limits);
+        const auto overlay = open_overlay(settings, *limits);
+        scene = std::make_shared<map::Map_Scene>(input, overlay, settings, VT_RGB32{255, 255, 255, 255}, limits);
     }
 
     std::string name;
@@ -111,7 +114,8 @@ Map::Map(const std::string& file, const map::Map_Settings& settings, const Readi
 
 Map::Map(const std::string& name, const std::string& format, std::string text, const map::Map_Settings& settings,
          const Reading& reading)
-    : content_(std::make_unique<Content>(Input{name, format, std::move(text)}, settings, limits_of(reading))) {
+    : content_(
+          std::make_unique<Content>(Input{name, format, find_format(format), std::move(text)}, settings, limits_of(reading))) {
 }
 
 Map::Map(Map&&) noexcept = default;

@@ -308,6 +308,7 @@ Map_Settings map_settings_of(const Map_Options& options) {
     settings.label_size = options.label_size;
     settings.label_color = parsed_color("--label-color", options.label_color);
     settings.font = options.font;
+    settings.overlay = options.overlay;
     settings.overlay_color = parsed_color("--overlay-color", options.overlay_color);
     settings.merges = !options.merge.empty();
     return settings;
@@ -316,11 +317,9 @@ Map_Settings map_settings_of(const Map_Options& options) {
 std::unique_ptr<Map_Scene> load_map_scene(const Model_Options& options, const Map_Options& map_options,
                                           const drawing::Input& input) {
     const VT_RGB32 background = options.is_transparent() ? VT_RGB32{255, 255, 255, 255} : background_of(options);
-    Map_Settings settings = map_settings_of(map_options);
-    if (!map_options.overlay.empty()) {
-        settings.overlay = drawing::open_input(map_options.overlay, "", *options.limits);
-    }
-    auto scene = std::make_unique<Map_Scene>(input, settings, background, options.limits);
+    const Map_Settings settings = map_settings_of(map_options);
+    const auto overlay = drawing::open_overlay(settings, *options.limits);
+    auto scene = std::make_unique<Map_Scene>(input, overlay, settings, background, options.limits);
     for (const std::string& warning : scene->warnings()) {
         if (options.strict) {
             throw drawing::Usage_Error(warning);

@@ -206,6 +206,10 @@ Input open_input(const std::string& path, const std::string& suffix, Load_Limits
     return input;
 }
 
+std::optional<Input> open_overlay(const map::Map_Settings& settings, Load_Limits& limits) {
+    return settings.overlay.empty() ? std::nullopt : std::optional(open_input(settings.overlay, "", limits));
+}
+
 model::Mesh load_model(const std::string& file) {
     const std::string suffix = suffix_of(path_of(file));
     std::vector<Input> inputs{{.name = file, .suffix = suffix, .format = find_format(suffix), .content = {}}};

@@ -1,11 +1,13 @@
 // The formats of files to draw: one table, which says how each is recognised and read.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "drawing/files/input.h"
+#include "drawing/map/map_settings.h"
 #include "drawing/model/mesh.h"
 
 namespace vorna::drawing {
@@ -19,6 +21,9 @@ const Format* find_format(std::string_view suffix);
 // Finds out about a file; "-" is standard input. suffix: the format that the user names, empty = none; then the name's suffix
 // decides, and the content where no format has that suffix. Compressed files (gzip) are unpacked. Throws Usage_Error.
 Input open_input(const std::string& path, const std::string& suffix, Load_Limits& limits);
+
+// The overlay of a map, when the settings name one. Throws Usage_Error.
+std::optional<Input> open_overlay(const map::Map_Settings& settings, Load_Limits& limits);
 
 // A single model, whose name says its format. Throws Model_Error and Load_Error.
 model::Mesh load_model(const std::string& file);

@@ -32,8 +32,11 @@ const std::string& content_of(const Input& input, std::string& read, Load_Limits
     return input.content ? *input.content : read = model::read_file(input.name, limits);
 }
 
-[[noreturn]] void fail_for_layer(const Input& input) {
-    throw Map_Error("--layer: expected TopoJSON, found " + input.name);
+// layer: empty, or a name that only TopoJSON can have.
+void check_layer(const Input& input, const std::string& layer, bool is_topology) {
+    if (!layer.empty() && !is_topology) {
+        throw Map_Error("--layer: expected TopoJSON, found " + input.name);
+    }
 }
 
 // Products of coordinates up to this stay finite.
@@ -60,9 +63,7 @@ void check_positions(const std::string& file, const Map& map) {
 Map read_dxf_map(const Input& input, const std::string& layer, Load_Limits& limits) {
     std::string read;
     const std::string& content = content_of(input, read, limits);
-    if (!layer.empty()) {
-        fail_for_layer(input);
-    }
+    check_layer(input, layer, false);
     return read_dxf(input.name, content, limits);
 }
 
@@ -74,9 +75,7 @@ Map read_json_map(const Input& input, const std::string& layer, Load_Limits& lim
     // Not copied: values nest as deeply as the file says.
     const auto type = document.is_object() ? document.find("type") : document.end();
     const bool topology = type != document.end() && *type == "Topology";
-    if (!layer.empty() && !topology) {
-        fail_for_layer(input);
-    }
+    check_layer(input, layer, topology);
     if (document.is_object() && document.contains("picture")) {
         throw Map_Error(input.name + ": expected a map, found a recording; draw it with vorna replay");
     }

@@ -60,7 +60,8 @@ VT_Reference<const VT_Palette> palette_with(const std::vector<VT_RGB32>& wanted)
 
 } // namespace
 
-Map_Scene::Map_Scene(const Input& input, const Map_Settings& settings, VT_RGB32 background, std::shared_ptr<Load_Limits> limits)
+Map_Scene::Map_Scene(const Input& input, const std::optional<Input>& overlay, const Map_Settings& settings, VT_RGB32 background,
+                     std::shared_ptr<Load_Limits> limits)
     : settings_(settings), background_(background), limits_(std::move(limits)), file_(input.name),
       map_(load_map(input, settings.layer, *limits_)), extent_(settings.bbox) {
     if (extent_ && extent_->west > extent_->east) {
@@ -75,12 +76,11 @@ Map_Scene::Map_Scene(const Input& input, const Map_Settings& settings, VT_RGB32 
     choose_projection(input);
     layer_.emplace(input.name, map_, *projection_, *limits_);
     style_ = style_of(map_, *layer_);
-    if (const auto& overlay = settings.overlay) {
+    if (overlay) {
         if (!is_map(*overlay)) {
             throw Usage_Error("--overlay: expected a map or drawing, found " + overlay->name);
         }
         overlay_map_ = load_map(*overlay, "", *limits_);
-        settings_.overlay.reset(); // its content
         overlay_.emplace(overlay->name, overlay_map_, *projection_, *limits_);
         overlay_style_ = overlay_style(overlay_map_);
     }

@@ -16,9 +16,10 @@ namespace vorna::drawing::map {
 
 class Map_Scene {
 public:
-    // background: lines of drawings stand out from it. Throws Usage_Error for settings that do not fit the file, Map_Error and
-    // Load_Error.
-    Map_Scene(const Input& input, const Map_Settings& settings, VT_RGB32 background, std::shared_ptr<Load_Limits> limits);
+    // overlay: the opened file that the settings name. background: lines of drawings stand out from it. Throws Usage_Error for
+    // settings that do not fit the file, Map_Error and Load_Error.
+    Map_Scene(const Input& input, const std::optional<Input>& overlay, const Map_Settings& settings, VT_RGB32 background,
+              std::shared_ptr<Load_Limits> limits);
 
     // For the layouts that follow.
     void set_background(VT_RGB32 background);

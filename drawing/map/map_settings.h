@@ -42,8 +42,8 @@ struct Map_Settings {
     bool labels = false;
     std::int32_t label_size = 12;
     VT_RGB32 label_color{0, 0, 0, 255};
-    std::string font;             // file; empty = the default font
-    std::optional<Input> overlay; // another map that is drawn over this one
+    std::string font;    // file; empty = the default font
+    std::string overlay; // file of another map that is drawn over this one; empty = none
     VT_RGB32 overlay_color{230, 140, 90, 255};
     bool merges = false; // whether the overlay combines with what lies below, bit by bit
 };

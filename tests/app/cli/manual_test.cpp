@@ -9,6 +9,7 @@
 #include "app/cli/help.h"
 #include "app/cli/page.h"
 #include "app/cli/parser.h"
+#include "drawing/files/usage_error.h"
 
 namespace {
 
