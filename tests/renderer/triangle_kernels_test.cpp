@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "renderer/kernels/kernel_sets.h"
+#include "renderer/kernels/pixel_formats.h"
 #include "renderer/triangles/triangle_kernels.h"
 
 namespace {
