@@ -2,14 +2,16 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "host/geometry.h"
 
 namespace vorna {
 
 // The integer part. Values outside 32 bits and NaN become INT32_MIN, as the conversion instructions of x86 processors have it.
-constexpr std::int32_t truncated(double v) noexcept {
-    return v > -2147483649.0 && v < 2147483648.0 ? static_cast<std::int32_t>(v) : INT32_MIN;
+template <class Value> constexpr std::int32_t truncated(Value v) noexcept {
+    constexpr Value too_small = std::is_same_v<Value, float> ? Value(-2147483904.0) : Value(-2147483649.0);
+    return v > too_small && v < Value(2147483648.0) ? static_cast<std::int32_t>(v) : INT32_MIN;
 }
 
 // Device coordinates: the nearest integer; halves round towards positive infinity on both sides of zero. The sum is computed in
