@@ -240,7 +240,8 @@ TEST(Readers, binary_files_cut_off_anywhere_are_refused) {
             EXPECT_NE(message_of(reader, file.substr(0, size)), "no error") << size << " of " << file.size();
         }
     };
-    refuses_parts(read_stl, binary_stl(mesh));
+    // A part of a file that begins with "solid" is text without facets.
+    refuses_parts(read_stl, binary_stl(mesh).replace(0, 5, "parts"));
     for (const std::endian order : {std::endian::little, std::endian::big}) {
         refuses_parts(read_ply, binary_ply(mesh, order));
     }
