@@ -196,6 +196,10 @@ TEST_F(Poster, parts_that_do_not_make_a_picture_are_refused) {
     std::filesystem::rename(folder.file("part3.png"), other);
     render_parts("wedge.obj", options, 2, 2);
     folder.file("broken.png", read_file(parts[3]).substr(0, 300));
+    std::string bytes = read_file(parts[3]);
+    constexpr std::size_t first_checksum = 29; // of the chunk with the size
+    bytes[first_checksum] = static_cast<char>(~bytes[first_checksum]);
+    const std::string damaged = folder.file("damaged.png", bytes);
     const struct {
         Options files;
         std::string message;
@@ -205,6 +209,8 @@ TEST_F(Poster, parts_that_do_not_make_a_picture_are_refused) {
         {{parts[0], parts[1], parts[2], other}, other + ": expected a part of the same picture"},
         {{parts[0], parts[1], parts[2], broken},
          broken + ": expected a part drawn with --tiles-of, found a file that ends too early"},
+        {{parts[0], parts[1], parts[2], damaged},
+         damaged + ": expected a part drawn with --tiles-of, found a file that has been damaged"},
         {{folder.file("paint.png")}, "found a picture that does not say where it belongs"},
         {{folder.file("wedge.obj")}, "found another kind of file"},
     };

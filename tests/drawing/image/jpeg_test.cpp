@@ -11,8 +11,8 @@
 namespace vorna::drawing::model {
 namespace {
 
-// components: 3 = colours, 1 = grey, 4 = inks.
-std::string jpeg_file(const Image& image, int components) {
+// components: 3 = colours, 1 = grey, 4 = inks. A progressive file with these scans, if any.
+std::string jpeg_file(const Image& image, int components, const std::vector<jpeg_scan_info>& scans = {}) {
     jpeg_compress_struct codec = {};
     jpeg_error_mgr errors = {};
     codec.err = jpeg_std_error(&errors);
@@ -27,6 +27,10 @@ std::string jpeg_file(const Image& image, int components) {
     jpeg_set_defaults(&codec);
     jpeg_set_quality(&codec, 100, TRUE);
     codec.comp_info[0].h_samp_factor = codec.comp_info[0].v_samp_factor = 1; // colours as fine as light
+    if (!scans.empty()) {
+        codec.scan_info = scans.data();
+        codec.num_scans = static_cast<int>(scans.size());
+    }
     jpeg_start_compress(&codec, TRUE);
     for (std::int32_t r = 0; r < image.height; ++r) {
         std::vector<JSAMPLE> row;
@@ -66,6 +70,19 @@ TEST(Jpeg_Images, damaged_files_are_refused) {
     for (const std::size_t part : {3U, 5U, 9U}) {
         EXPECT_THAT(message_of(jpeg.substr(0, jpeg.size() * part / 10)), testing::HasSubstr("expected a JPEG image: ")) << part;
     }
+}
+
+// Each scan takes time for the whole image.
+TEST(Jpeg_Images, of_more_than_a_hundred_scans_are_refused) {
+    const auto scans = [](int count) {
+        std::vector<jpeg_scan_info> list{{3, {0, 1, 2}, 0, 0, 0, 0}};
+        for (int i = 0; i + 1 < count; ++i) {
+            list.push_back({1, {i / 63}, i % 63 + 1, i % 63 + 1, 0, 0}); // one coefficient of a channel
+        }
+        return list;
+    };
+    EXPECT_EQ(decode_image(jpeg_file(gradient(), 3, scans(100))).width, 40);
+    EXPECT_THAT(message_of(jpeg_file(gradient(), 3, scans(101))), testing::HasSubstr("expected a JPEG image: "));
 }
 
 } // namespace

@@ -234,6 +234,30 @@ TEST_F(Reader_Files, a_model_without_anything_to_draw_is_refused) {
 }
 
 // Whatever is cut off or overwritten, a reader refuses the file or gives a mesh that can be drawn.
+TEST(Readers, binary_files_cut_off_anywhere_are_refused) {
+    const Mesh mesh = bumpy_grid(3, 2, 3);
+    const auto refuses_parts = [](Reader* reader, const std::string& file) {
+        for (std::size_t size = 0; size < file.size(); ++size) {
+            EXPECT_NE(message_of(reader, file.substr(0, size)), "no error") << size << " of " << file.size();
+        }
+    };
+    // A part of a file that begins with "solid" is text without facets.
+    refuses_parts(read_stl, binary_stl(mesh).replace(0, 5, "parts"));
+    for (const std::endian order : {std::endian::little, std::endian::big}) {
+        refuses_parts(read_ply, binary_ply(mesh, order));
+    }
+}
+
+TEST(Load_Limits, count_a_file_once) {
+    Load_Limits limits;
+    const std::uint64_t size = std::uint64_t{1} << 28, once = 64 * size;
+    limits.add_file("a", size);
+    limits.add_file("a", size);
+    EXPECT_EQ(limits.memory(), once);
+    limits.add_file("b", size);
+    EXPECT_EQ(limits.memory(), 2 * once);
+}
+
 TEST(Readers, damaged_files_never_give_damaged_meshes) {
     std::mt19937 random(3);
     for (const Format& format : every_format_of(bumpy_grid(3, 2, 3))) {

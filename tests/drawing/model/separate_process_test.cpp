@@ -1,4 +1,4 @@
-// Work in a copy of the process: what comes of it, and of its faults.
+// Work in a copy of the process: its results, its limits and its failures.
 #include <atomic>
 #include <cerrno>
 #include <cmath>
@@ -15,6 +15,8 @@
 #include <gmock/gmock.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "drawing/files/address_sanitizer.h"
@@ -65,6 +67,37 @@ TEST(Separate_Process, gives_what_it_made_and_tells_how_it_ended) {
     EXPECT_THAT(message_of(compute, {limits.bytes, 1}), testing::StartsWith("signal 24")); // of a limit of time
     EXPECT_EQ(message_of(send, {sent.size(), 60}), "sending too much");
 }
+
+#if defined(__linux__)
+TEST(Separate_Process, ends_with_its_parent) {
+    int ends[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+    const pid_t parent = fork();
+    if (parent == 0) {
+        close(ends[0]);
+        const auto open_socket = [&](const std::string&) { return dup(ends[1]); };
+        run_apart(
+            limits, open_socket,
+            [](Process_Pipe& pipe) {
+                const int file = pipe.request_file("socket");
+                (void)!write(file, "1", 1);
+                for (std::atomic<int> i = 0;; ++i) {
+                }
+            },
+            [](Process_Pipe& pipe) { pipe.read_value<char>(); });
+        _exit(1);
+    }
+    close(ends[1]);
+    char byte = 0;
+    EXPECT_EQ(read(ends[0], &byte, 1), 1); // the copy computes
+    kill(parent, SIGKILL);
+    EXPECT_EQ(waitpid(parent, nullptr, 0), parent);
+    timeval most{10, 0};
+    setsockopt(ends[0], SOL_SOCKET, SO_RCVTIMEO, &most, sizeof most);
+    EXPECT_EQ(read(ends[0], &byte, 1), 0); // closed by the end of the copy
+    close(ends[0]);
+}
+#endif
 
 // What the copy may not do it is tried with: each attempt sends whether it came to anything.
 TEST(Separate_Process, can_open_only_what_it_is_given) {
