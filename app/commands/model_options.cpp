@@ -150,7 +150,7 @@ void add_model_options(CLI::App& command, Model_Options& options, const std::str
     command
         .add_option_function<std::string>(
             "--camera", [&options](const std::string& text) { options.aim = parsed_aim(text); },
-            "Instead of a side: places of the eye and of the middle of the picture, X,Y,Z,X,Y,Z in the model's coordinates, "
+            "Instead of a side: places of the eye and of the middle of the image, X,Y,Z,X,Y,Z in the model's coordinates, "
             "and three more numbers for the direction that points up if it is not the model's")
         ->type_name("PLACES")
         ->excludes(view);
@@ -158,7 +158,7 @@ void add_model_options(CLI::App& command, Model_Options& options, const std::str
     command.add_flag("--ortho", options.orthographic, "Parallel lines stay parallel")->excludes(perspective);
     add_choice(command, "--up", options.camera.up, "The model's axis that points up", up_axes, "AXIS")
         ->transform([](const std::string& text) { return text.starts_with('+') ? text.substr(1) : text; });
-    command.add_option("--zoom", options.camera.zoom, "Enlarge the middle of the picture")
+    command.add_option("--zoom", options.camera.zoom, "Enlarge the middle of the image")
         ->check(between(0.01, 1000.0))
         ->capture_default_str();
     add_choice(command, "--shading", options.picture.shading, "How colours run over faces", shadings, "KIND");

@@ -1,4 +1,4 @@
-// The command `render`: a model as a picture.
+// The command `render`: models, maps and drawings as images.
 #include "app/commands/render_command.h"
 
 #include <CLI/CLI.hpp>
@@ -15,7 +15,7 @@
 #include "drawing/files/input.h"
 #include "drawing/files/output_file.h"
 #include "drawing/image/color_name.h"
-#include "drawing/job/picture_plan.h"
+#include "drawing/job/image_plan.h"
 
 namespace vorna::app {
 namespace {
@@ -44,7 +44,7 @@ std::string color_help() {
 } // namespace
 
 void add_render_command(CLI::App& application, int& status) {
-    CLI::App& command = *application.add_subcommand("render", "Draw models, a map or a drawing as a PNG picture.");
+    CLI::App& command = *application.add_subcommand("render", "Draw models, a map or a drawing as a PNG image.");
     const auto options = std::make_shared<Render_Options>();
     add_model_options(
         command, *options,
@@ -54,7 +54,8 @@ void add_render_command(CLI::App& application, int& status) {
         ->required()
         ->type_name("FILE.png")
         ->check(written_as({"png"}));
-    command.add_option("--record", options->record, "Write what is drawn as a picture for replay too, compressed as FILE.gz")
+    command
+        .add_option("--record", options->record, "Write what is drawn as a recording for vorna replay too, compressed as FILE.gz")
         ->type_name("PICTURE")
         ->check(written_as({"json", "gz"}));
     command
@@ -70,12 +71,12 @@ void add_render_command(CLI::App& application, int& status) {
         ->check(between(1, 8));
     command
         .add_option("--turntable", options->turntable,
-                    "So many pictures from places all around, numbered in the file's name: frame-%03d.png or frame-{}.png")
+                    "So many images from places all around, numbered in the file's name: frame-%03d.png or frame-{}.png")
         ->type_name("FRAMES")
         ->check(between(1, 100000));
     command.add_flag("--dry-run", options->dry_run, "Read and check everything, tell what would be drawn, write nothing");
-    command.add_flag("--allow-empty", options->allow_empty, "Write the picture though nothing is to be seen in it");
-    command.add_option("--repeat", options->repeat, "Draw the picture so many times, for measuring")
+    command.add_flag("--allow-empty", options->allow_empty, "Write the image though nothing is to be seen in it");
+    command.add_option("--repeat", options->repeat, "Draw the image so many times, for measuring")
         ->type_name("N")
         ->check(between(1, 1000000));
     command.add_flag("--stats", options->stats, "Print sizes and times");
@@ -83,7 +84,7 @@ void add_render_command(CLI::App& application, int& status) {
         .add_option("--threads", options->threads, "Threads that draw and compress; as many as there are processors if not given")
         ->type_name("N")
         ->check(between(1, 1024));
-    command.add_option("--tile-size", options->tile_size, "Side of the tiles that the picture is drawn in, a multiple of 8")
+    command.add_option("--tile-size", options->tile_size, "Side of the tiles that the image is drawn in, a multiple of 8")
         ->type_name("N")
         ->check(between(8, drawing::largest_tile));
     CLI::Option* const parts =

@@ -1,4 +1,4 @@
-// The command `render`: a model as a picture.
+// The command `render`: models, maps and drawings as images.
 #pragma once
 
 namespace CLI {
