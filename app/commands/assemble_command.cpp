@@ -19,8 +19,8 @@
 #include "drawing/files/output_file.h"
 #include "drawing/files/path.h"
 #include "drawing/image/sha256.h"
+#include "drawing/job/image_stream.h"
 #include "drawing/job/part_reader.h"
-#include "drawing/job/picture_stream.h"
 
 namespace vorna::app {
 
@@ -33,15 +33,15 @@ struct Assemble_Options {
     bool hash = false;
 };
 
-std::string number_text(const drawing::Picture_Part& part) {
+std::string number_text(const drawing::Image_Part& part) {
     return "part " + std::to_string(part.number) + " of " + std::to_string(part.columns) + "x" + std::to_string(part.rows) +
-           " of a picture of " + std::to_string(part.size.x) + "x" + std::to_string(part.size.y);
+           " of an image of " + std::to_string(part.size.x) + "x" + std::to_string(part.size.y);
 }
 
 // The files by the numbers of their parts. Throws Usage_Error when they are not the parts of one image.
 struct Part_Files {
-    drawing::Picture_Part part;                // the first one
-    drawing::Png_Form form;                    // of the whole picture
+    drawing::Image_Part part;                  // the first one
+    drawing::Png_Form form;                    // of the whole image
     std::map<std::int32_t, std::string> names; // by number; a part of as many as it says does not make them all
 
     explicit Part_Files(const std::vector<std::string>& files) {
@@ -53,7 +53,7 @@ struct Part_Files {
             ++missing;
         }
         if (missing < std::int64_t{part.columns} * part.rows) {
-            drawing::Picture_Part lost = part;
+            drawing::Image_Part lost = part;
             lost.number = missing;
             throw drawing::Usage_Error("assemble: expected all parts, found no " + number_text(lost));
         }
@@ -61,7 +61,7 @@ struct Part_Files {
 
 private:
     void add(const drawing::Part_Reader& reader) {
-        const drawing::Picture_Part& found = reader.part();
+        const drawing::Image_Part& found = reader.part();
         if (names.empty()) {
             part = found;
             form = reader.form();
@@ -70,7 +70,7 @@ private:
             form.place.clear();
         }
         if (found.size != part.size || found.columns != part.columns || found.rows != part.rows) {
-            throw drawing::Usage_Error(reader.name() + ": expected a part of the same picture, found " + number_text(found));
+            throw drawing::Usage_Error(reader.name() + ": expected a part of the same image, found " + number_text(found));
         }
         if (reader.form().colors != form.colors || reader.form().palette != form.palette) {
             throw drawing::Usage_Error(reader.name() + ": expected pixels like those of the other parts, found others");
@@ -104,11 +104,11 @@ public:
         };
     }
 
-    const drawing::Picture_Source& source() const noexcept { return source_; }
+    const drawing::Row_Source& source() const noexcept { return source_; }
 
 private:
     VT_Int_Rectangle area_of(std::int32_t row, std::uint32_t column) const {
-        drawing::Picture_Part part = files_.part;
+        drawing::Image_Part part = files_.part;
         part.number = row * part.columns + static_cast<std::int32_t>(column);
         return part.area();
     }
@@ -133,7 +133,7 @@ private:
     const Part_Files& files_;
     std::vector<std::unique_ptr<drawing::Part_Reader>> readers_; // by column
     std::vector<std::int32_t> band_rows_;                        // of parts, by band
-    drawing::Picture_Source source_;
+    drawing::Row_Source source_;
 };
 
 void assemble(const Assemble_Options& options) {
@@ -158,7 +158,7 @@ void assemble(const Assemble_Options& options) {
     drawing::Output_File file(options.output);
     Progress progress;
     settings.progress = [&progress](double done) { progress.show(done); };
-    drawing::write_picture(file, files.form, parts.source(), settings);
+    drawing::stream_image(file, files.form, parts.source(), settings);
     file.commit();
     if (options.hash) {
         drawing::print_line(options.output, hash.finish());
@@ -171,7 +171,7 @@ Command assemble_command() {
     const auto options = std::make_shared<Assemble_Options>();
     return {
         .name = "assemble",
-        .summary = "Join the parts of a picture that vorna render --tiles-of has drawn.",
+        .summary = "Join the parts of an image that vorna render --tiles-of has drawn.",
         .arguments = {{.names = {"parts"},
                        .value = text_value("PART.png"),
                        .text = "All parts, in any order",
@@ -189,7 +189,7 @@ Command assemble_command() {
                     {.names = {"--hash"}, .text = "Print the SHA-256 of the pixels", .target = &options->hash},
                     memory_option(options->max_memory)},
         .examples = {{"vorna render bunny.obj -o 0.png --size 40000x20000 --tiles-of 2x1 --tile 0", "the left half, and so on"},
-                     {"vorna assemble 0.png 1.png -o poster.png", "both halves as one picture"}},
+                     {"vorna assemble 0.png 1.png -o poster.png", "both halves as one image"}},
         .run = [options](const Given&) {
             assemble(*options);
             return exit_status::done;

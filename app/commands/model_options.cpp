@@ -167,7 +167,7 @@ void add_model_options(std::vector<Option>& table, Model_Options& options) {
         {choice("--view", options.camera.view, "Side to look at", views, "SIDE"),
          {.names = {"--camera"},
           .value = text_value("PLACES"),
-          .text = "Instead of a side: places of the eye and of the middle of the picture, X,Y,Z,X,Y,Z in the model's "
+          .text = "Instead of a side: places of the eye and of the middle of the image, X,Y,Z,X,Y,Z in the model's "
                   "coordinates, and three more numbers for the direction that points up if it is not the model's",
           .target = [&options](const std::string& text) { options.aim = parsed_aim(text); },
           .excludes = {"--view"}},
@@ -179,7 +179,7 @@ void add_model_options(std::vector<Option>& table, Model_Options& options) {
          up_axis(options.camera.up),
          {.names = {"--zoom"},
           .value = number_value("N", 0.01, 1000),
-          .text = "Enlarge the middle of the picture",
+          .text = "Enlarge the middle of the image",
           .target = &options.camera.zoom,
           .by_default = text_of(options.camera.zoom)}});
     add("Drawing of models", Applies_To::models,

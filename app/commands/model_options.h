@@ -56,7 +56,7 @@ std::shared_ptr<drawing::Load_Limits> limits_of(const Model_Options& options);
 // The options as a shell's words, as far as they differ from the defaults.
 std::vector<std::string> arguments_of(const Model_Options& options);
 
-// What the palette of a picture is, if it has one.
+// The palette of an image, if it has one.
 struct Palette_Choice {
     VT_Reference<const VT_Palette> drawn; // that the renderer draws with; null = 32 bits a pixel
     std::vector<VT_RGB32> mapped;         // that 32-bit pixels are mapped to
@@ -83,7 +83,7 @@ drawing::model::Mesh load_mesh(const Model_Options& options, std::vector<drawing
 std::unique_ptr<drawing::model::Scene> make_faces(const Model_Options& options, const drawing::model::Mesh& mesh);
 drawing::Model_Parts make_model(const Model_Options& options, const drawing::model::Mesh& mesh);
 
-// Spans leave out their last pixel, and no point may lie outside the window: a model that is cut off at the picture's right or
+// Spans leave out their last pixel, and no point may lie outside the window: a model that is cut off at the image's right or
 // upper edge reaches it only when the window is larger by one.
 inline constexpr std::int32_t window_margin = 1;
 inline constexpr std::int32_t largest_picture_side = 16384 - window_margin;

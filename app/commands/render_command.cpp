@@ -14,7 +14,7 @@
 #include "drawing/files/input.h"
 #include "drawing/files/output_file.h"
 #include "drawing/image/color_name.h"
-#include "drawing/job/picture_plan.h"
+#include "drawing/job/image_plan.h"
 
 namespace vorna::app {
 namespace {
@@ -53,7 +53,7 @@ Command render_command() {
                          *measuring = "Measuring";
     Command command{
         .name = "render",
-        .summary = "Draw models, a map or a drawing as a PNG picture.",
+        .summary = "Draw models, a map or a drawing as a PNG image.",
         .arguments = {model_argument(
             *options, "Models (PLY, OBJ, STL and whatever assimp reads), drawn together, or a map (GeoJSON, TopoJSON) or a "
                       "drawing (DXF); also compressed by gzip; - is standard input")},
@@ -112,7 +112,7 @@ Command render_command() {
          .group = output},
         {.names = {"--turntable"},
          .value = whole_value("FRAMES", 1, 100000),
-         .text = "So many pictures from places all around, numbered in the file's name: frame-%03d.png or frame-{}.png",
+         .text = "So many images from places all around, numbered in the file's name: frame-%03d.png or frame-{}.png",
          .target = &options->turntable,
          .group = output_of_models,
          .applies_to = Applies_To::models},
@@ -121,12 +121,12 @@ Command render_command() {
          .target = &options->dry_run,
          .group = output},
         {.names = {"--allow-empty"},
-         .text = "Write the picture though nothing is to be seen in it",
+         .text = "Write the image though nothing is to be seen in it",
          .target = &options->allow_empty,
          .group = output},
         {.names = {"--repeat"},
          .value = whole_value("N", 1, 1000000),
-         .text = "Draw the picture so many times, for measuring",
+         .text = "Draw the image so many times, for measuring",
          .target = &options->repeat,
          .group = measuring},
         {.names = {"--stats"}, .text = "Print sizes and times", .target = &options->stats, .group = measuring},
@@ -137,7 +137,7 @@ Command render_command() {
          .group = large},
         {.names = {"--tile-size"},
          .value = whole_value("N", 8, drawing::largest_tile),
-         .text = "Side of the tiles that the picture is drawn in, a multiple of 8",
+         .text = "Side of the tiles that the image is drawn in, a multiple of 8",
          .target = &options->tile_size,
          .group = large},
         {.names = {"--tiles-of"},

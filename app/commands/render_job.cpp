@@ -17,8 +17,8 @@ namespace vorna::app {
 namespace {
 
 // What is made: the image, or a part of it.
-drawing::Picture_Part part_of(const Render_Options& options, VT_Int_Pair size) {
-    drawing::Picture_Part part;
+drawing::Image_Part part_of(const Render_Options& options, VT_Int_Pair size) {
+    drawing::Image_Part part;
     part.size = size;
     if (!options.tiles_of.empty()) {
         const VT_Int_Pair parts =
@@ -98,7 +98,7 @@ void describe(const Render_Options& options, const drawing::Job_Settings& settin
     }
     print("drawn", drawing.summary());
     const bool indexed = form.colors == drawing::Png_Form::Colors::palette;
-    const drawing::Picture_Part& part = settings.part;
+    const drawing::Image_Part& part = settings.part;
     print("image", sides(form.width, form.height) + (part.is_whole() ? "" : " of " + sides(part.size.x, part.size.y)) +
                        (indexed                    ? ", " + std::to_string(form.palette.size() / 3) + " colours"
                         : options.is_transparent() ? ", 32 bits a pixel, transparent"
@@ -130,7 +130,7 @@ void print_digests(const Render_Options& options, const std::vector<std::string>
 
 void print_stats(const Render_Options& options, const drawing::Job& job, const drawing::Drawing& drawing,
                  const Load_Times& before, const drawing::Job_Times& times) {
-    const drawing::Picture_Plan& plan = job.plan();
+    const drawing::Image_Plan& plan = job.plan();
     const bool several = plan.grid.count() > 1;
     std::vector<double> draws = times.draws;
     std::ranges::sort(draws);

@@ -86,12 +86,12 @@ void Job::make_plan() {
         request.tile_size = settings_.tile_size;
     }
     other_memory_ = request.other_memory;
-    plan_ = plan_picture(request);
+    plan_ = plan_image(request);
     if (settings_.is_numbered && plan_.grid.count() == 1) {
         // Small frames are drawn by one thread each.
         const unsigned threads = request.threads;
         request.threads = 1;
-        plan_ = plan_picture(request);
+        plan_ = plan_image(request);
         const std::uint64_t room = (settings_.max_memory - other_memory_) / std::max<std::uint64_t>(plan_.memory, 1);
         frames_at_once_ = std::min({threads, static_cast<unsigned>(drawing_.frame_count()),
                                     static_cast<unsigned>(std::clamp<std::uint64_t>(room, 1, threads))});

@@ -14,15 +14,15 @@
 #include "drawing/image/png_writer.h"
 #include "drawing/image/sight.h"
 #include "drawing/job/drawing.h"
-#include "drawing/job/picture_part.h"
-#include "drawing/job/picture_plan.h"
-#include "drawing/job/picture_stream.h"
+#include "drawing/job/image_part.h"
+#include "drawing/job/image_plan.h"
+#include "drawing/job/image_stream.h"
 #include "drawing/recording/recorder.h"
 
 namespace vorna::drawing {
 
 struct Job_Settings {
-    Picture_Part part;            // the size of the image, and which part of it is made
+    Image_Part part;              // the size of the image, and which part of it is made
     std::int32_t tile_size = 0;   // a multiple of 8; 0 = chosen
     std::int32_t supersample = 1; // columns and rows of drawn pixels for one
     unsigned threads = 0;         // 0 = as many as there are processors
@@ -61,7 +61,7 @@ public:
     // does not fit into memory.
     Job(const Job_Settings& settings, const Module_Choice& module, Drawing& drawing);
 
-    const Picture_Plan& plan() const noexcept { return plan_; }
+    const Image_Plan& plan() const noexcept { return plan_; }
     const Png_Form& form() const noexcept { return form_; }
     unsigned threads() const noexcept { return frames_at_once_ > plan_.threads ? frames_at_once_ : plan_.threads; }
     std::uint64_t image_memory() const noexcept { return plan_.memory * frames_at_once_; }
@@ -110,7 +110,7 @@ private:
     std::optional<Sight> sight_;
     std::vector<std::unique_ptr<Worker>> workers_;
     std::optional<recording::Recorder> recorder_;
-    Picture_Plan plan_;
+    Image_Plan plan_;
     std::uint64_t other_memory_ = 0;
     unsigned frames_at_once_ = 1;
     Job_Times times_;

@@ -40,7 +40,7 @@ void Job::check_files() const {
 void Job::write(Output_File& file, std::string& digest, unsigned threads, const std::vector<Worker*>& workers, bool is_drawn,
                 std::function<void(double)> progress) {
     const Tile_Grid& grid = plan_.grid;
-    Picture_Source source;
+    Row_Source source;
     source.band_ends = plan_.band_ends;
     source.parts = static_cast<std::uint32_t>(grid.columns());
     source.make = [&](unsigned thread, std::uint32_t band, std::uint32_t part, const Row_Places& places) {
@@ -53,7 +53,7 @@ void Job::write(Output_File& file, std::string& digest, unsigned threads, const 
         store_tile(worker, tile, places);
     };
     Sha256 sum;
-    write_picture(file, form_, source, {threads, plan_.rows_ahead, settings_.hash ? &sum : nullptr, std::move(progress)});
+    stream_image(file, form_, source, {threads, plan_.rows_ahead, settings_.hash ? &sum : nullptr, std::move(progress)});
     if (settings_.hash) {
         digest = sum.finish();
     }

@@ -1,4 +1,4 @@
-// Files with parts of pictures.
+// Files with parts of images.
 #include "drawing/job/part_reader.h"
 
 #include <algorithm>
@@ -40,7 +40,7 @@ int paeth_prediction(int left, int up, int corner) {
 struct Part_Reader::Inflation : z_stream {
     Inflation() : z_stream{} {
         if (inflateInit(this) != Z_OK) {
-            throw std::runtime_error("a picture cannot be unpacked");
+            throw std::runtime_error("an image cannot be unpacked");
         }
     }
     Inflation(const Inflation&) = delete;
@@ -121,7 +121,7 @@ void Part_Reader::read_head() {
             form_.colors = static_cast<Png_Form::Colors>(content[9]);
             if (content[8] != 8 ||
                 (form_.colors != Png_Form::Colors::palette && form_.colors != Png_Form::Colors::red_green_blue_alpha)) {
-                fail("another kind of picture");
+                fail("another kind of image");
             }
         } else if (type_ == "PLTE") {
             form_.palette = content;
@@ -133,12 +133,12 @@ void Part_Reader::read_head() {
         }
     }
     if (!has_place) {
-        fail("a picture that does not say where it belongs");
+        fail("an image that does not say where it belongs");
     }
     const VT_Int_Rectangle area = part_.area();
     if (form_.width != static_cast<std::uint32_t>(area.right - area.left + 1) ||
         form_.height != static_cast<std::uint32_t>(area.top - area.bottom + 1)) {
-        fail("a picture of another size");
+        fail("an image of another size");
     }
     // A packed byte stands for 1032 bytes at the most.
     std::error_code none;

@@ -1,4 +1,4 @@
-// Files with parts of pictures, read row by row.
+// Files with parts of images, read row by row.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "drawing/image/png_writer.h"
-#include "drawing/job/picture_part.h"
+#include "drawing/job/image_part.h"
 
 namespace vorna::drawing {
 
@@ -22,7 +22,7 @@ public:
     ~Part_Reader();
 
     const std::string& name() const noexcept { return name_; }
-    const Picture_Part& part() const noexcept { return part_; }
+    const Image_Part& part() const noexcept { return part_; }
     // As it was written.
     const Png_Form& form() const noexcept { return form_; }
     // The next row from the top down, of as many as the form says.
@@ -47,7 +47,7 @@ private:
 
     std::string name_;
     std::unique_ptr<std::FILE, Close> file_;
-    Picture_Part part_;
+    Image_Part part_;
     Png_Form form_;
     // Of the chunk under way.
     std::string type_;

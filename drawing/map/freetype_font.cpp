@@ -110,7 +110,7 @@ public:
             const std::uint32_t character = next_character(rest);
             const FT_UInt glyph = character ? FT_Get_Char_Index(face_, character) : 0;
             FT_Vector kerning{0, 0};
-            // Fitted to whole pixels for pictures of two colours.
+            // Fitted to whole pixels for images of two colours.
             if (glyph == 0 || FT_Load_Glyph(face_, glyph, FT_LOAD_TARGET_MONO | FT_LOAD_NO_BITMAP) != 0) {
                 continue;
             }

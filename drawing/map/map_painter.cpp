@@ -73,7 +73,7 @@ void Map_Painter::fill_pixels(const Face& pixels, VT_RGB32 color) {
             {r.left, r.bottom, 0}, {r.right + 1, r.bottom, 0}, {r.left, r.top + 1, 0}, {r.right + 1, r.top + 1, 0}};
         VD_Draw_2DI_Polytriangle(renderer_, *rendition_, 4, corners);
     };
-    // Faces are dithered in 8-bit pictures, lines have the palette's own colours.
+    // Faces are dithered in 8-bit images, lines have the palette's own colours.
     const auto draw_rows = [this](const VT_Int_Rectangle& r) {
         for (std::int32_t y = r.bottom; y <= r.top; ++y) {
             const VT_DCI_Point row[] = {{r.left, y, 0}, {r.right, y, 0}};

@@ -1,4 +1,4 @@
-// A picture cut into tiles.
+// An image cut into tiles.
 #include "drawing/model/tiles.h"
 
 namespace vorna::drawing::model {

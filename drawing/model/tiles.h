@@ -1,4 +1,4 @@
-// A picture cut into tiles, and what is drawn in each of them.
+// An image cut into tiles, and what is drawn in each of them.
 #pragma once
 
 #include <algorithm>
@@ -11,10 +11,10 @@
 
 namespace vorna::drawing::model {
 
-// Tiles are counted in rows from the lower left one on. Their windows begin at multiples of 8 columns and rows of the picture, so
+// Tiles are counted in rows from the lower left one on. Their windows begin at multiples of 8 columns and rows of the image, so
 // that dither and patterns, which count from the window, go on from tile to tile.
 struct Tile_Grid {
-    VT_Int_Rectangle frame;  // where a picture's points lie: its pixels, and the far sides of the last ones
+    VT_Int_Rectangle frame;  // where an image's points lie: its pixels, and the far sides of the last ones
     VT_Int_Rectangle area;   // the pixels that are wanted; left and bottom are multiples of 8
     VT_Int_Pair tile_size;   // multiples of 8, or that of the frame
     std::int32_t margin = 0; // columns and rows around each tile that are drawn and not kept; a multiple of 8

@@ -56,7 +56,7 @@ printf '#include "%s"\n' $headers | $compiler -std=c++20 -x c++ -E -dD "-I$folde
                     statement = ""
                     continue
                 }
-                if (depth++ == 0 && statement !~ /^ *namespace vorna(::[a-z_]+)? *$/) check_declaration(statement)
+                if (depth++ == 0 && statement !~ /^ *namespace vorna(::[a-z_]+)* *$/) check_declaration(statement)
                 statement = ""
             } else if (c == "}") {
                 if (depth > 0) --depth

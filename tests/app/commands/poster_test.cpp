@@ -16,7 +16,7 @@
 
 #include "drawing/files/memory.h"
 #include "drawing/image/sha256.h"
-#include "drawing/job/picture_part.h"
+#include "drawing/job/image_part.h"
 #include "tests/support/command_line.h"
 #include "tests/support/images.h"
 #include "tests/support/meshes.h"
@@ -60,12 +60,12 @@ TEST(Memory, is_read_and_said) {
     EXPECT_EQ(memory_text((std::uint64_t{5} << 20) + 1), "6M");
 }
 
-TEST(Picture_Parts, cover_the_picture_and_begin_at_multiples_of_8) {
+TEST(Image_Parts, cover_the_picture_and_begin_at_multiples_of_8) {
     for (const VT_Int_Pair size : {VT_Int_Pair{437, 301}, {64, 24}, {40000, 20000}}) {
         for (const VT_Int_Pair parts : {VT_Int_Pair{1, 1}, {3, 2}, {8, 3}}) {
             std::int64_t pixels = 0;
             for (std::int32_t number = 0; number < parts.x * parts.y; ++number) {
-                const VT_Int_Rectangle area = Picture_Part{size, parts.x, parts.y, number}.area();
+                const VT_Int_Rectangle area = Image_Part{size, parts.x, parts.y, number}.area();
                 EXPECT_EQ(area.left % 8 + area.bottom % 8, 0);
                 EXPECT_LE(area.left, area.right);
                 EXPECT_LE(area.bottom, area.top);
@@ -204,14 +204,14 @@ TEST_F(Poster, parts_that_do_not_make_a_picture_are_refused) {
         Options files;
         std::string message;
     } cases[] = {
-        {{parts[0], parts[1], parts[3]}, "expected all parts, found no part 2 of 2x2 of a picture of 200x100"},
+        {{parts[0], parts[1], parts[3]}, "expected all parts, found no part 2 of 2x2 of an image of 200x100"},
         {{parts[0], parts[1], parts[2], parts[2]}, parts[2] + ": expected each part once"},
-        {{parts[0], parts[1], parts[2], other}, other + ": expected a part of the same picture"},
+        {{parts[0], parts[1], parts[2], other}, other + ": expected a part of the same image"},
         {{parts[0], parts[1], parts[2], broken},
          broken + ": expected a part drawn with --tiles-of, found a file that ends too early"},
         {{parts[0], parts[1], parts[2], damaged},
          damaged + ": expected a part drawn with --tiles-of, found a file that has been damaged"},
-        {{folder.file("paint.png")}, "found a picture that does not say where it belongs"},
+        {{folder.file("paint.png")}, "found an image that does not say where it belongs"},
         {{folder.file("wedge.obj")}, "found another kind of file"},
     };
     for (const auto& [files, message] : cases) {

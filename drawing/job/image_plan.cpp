@@ -1,11 +1,11 @@
-// How a picture is cut into tiles.
-#include "drawing/job/picture_plan.h"
+// How an image is cut into tiles.
+#include "drawing/job/image_plan.h"
 
 #include <algorithm>
 
 #include "drawing/files/memory.h"
 #include "drawing/files/usage_error.h"
-#include "drawing/job/picture_stream.h"
+#include "drawing/job/image_stream.h"
 #include "host/frame_buffer.h"
 
 namespace vorna::drawing {
@@ -33,8 +33,8 @@ model::Tile_Grid grid_of(const Plan_Request& request, std::int32_t tile_size) {
     return grid;
 }
 
-Picture_Plan plan_of(const Plan_Request& request, std::int32_t tile_size, unsigned threads, std::uint32_t bands_ahead) {
-    Picture_Plan plan{grid_of(request, tile_size), threads, {}, 0, 0};
+Image_Plan plan_of(const Plan_Request& request, std::int32_t tile_size, unsigned threads, std::uint32_t bands_ahead) {
+    Image_Plan plan{grid_of(request, tile_size), threads, {}, 0, 0};
     const model::Tile_Grid& grid = plan.grid;
     plan.threads = static_cast<unsigned>(std::min<std::size_t>(threads, std::max<std::size_t>(grid.count(), 4)));
     for (std::int32_t row = grid.rows(); row-- > 0;) {
@@ -52,7 +52,7 @@ Picture_Plan plan_of(const Plan_Request& request, std::int32_t tile_size, unsign
 
 } // namespace
 
-Picture_Plan plan_picture(const Plan_Request& request) {
+Image_Plan plan_image(const Plan_Request& request) {
     const VT_Int_Pair size{request.part.size.x * request.supersample, request.part.size.y * request.supersample};
     const bool fits_one_buffer = std::max(size.x, size.y) + request.beyond <= largest_buffer_side;
     std::vector<std::int32_t> sizes;
@@ -77,7 +77,7 @@ Picture_Plan plan_picture(const Plan_Request& request) {
     for (unsigned threads = request.threads; threads > 0; threads /= 2) {
         for (const std::int32_t side : sizes) {
             for (const std::uint32_t bands_ahead : {2U, 1U}) {
-                Picture_Plan plan = plan_of(request, side, threads, bands_ahead);
+                Image_Plan plan = plan_of(request, side, threads, bands_ahead);
                 const std::uint64_t needed = request.other_memory + plan.memory;
                 if (needed <= request.max_memory) {
                     return plan;

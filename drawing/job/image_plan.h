@@ -1,4 +1,4 @@
-// How a picture is cut into tiles and how many threads draw it, so that it fits into memory.
+// How an image is cut into tiles and how many threads draw it, so that it fits into memory.
 #pragma once
 
 #include <cstdint>
@@ -7,22 +7,22 @@
 #include <vector>
 
 #include "drawing/image/png_writer.h"
-#include "drawing/job/picture_part.h"
+#include "drawing/job/image_part.h"
 #include "drawing/model/tiles.h"
 
 namespace vorna::drawing {
 
-// Sides of pictures. Beyond, floats would not tell a sixteenth of a pixel any more.
+// Sides of images. Beyond, floats would not tell a sixteenth of a pixel any more.
 inline constexpr std::int32_t largest_side = 1 << 18;
 // Sides of tiles that users may ask for.
 inline constexpr std::int32_t largest_tile = 8192;
 
 struct Plan_Request {
-    Picture_Part part;
+    Image_Part part;
     Png_Form form;                         // of the file with it
     std::int32_t beyond = 0;               // columns and rows of the frame to the right of the image and above it
     std::int32_t margin = 0;               // that tiles need
-    std::optional<std::int32_t> tile_size; // in pixels of the picture, a multiple of 8
+    std::optional<std::int32_t> tile_size; // in pixels of the image, a multiple of 8
     std::string one_piece;                 // why only one tile will do; empty = any number
     bool prefers_one_piece = false;        // whether one tile is better, however large it is
     std::int32_t supersample = 1;          // columns and rows that are drawn for one
@@ -33,7 +33,7 @@ struct Plan_Request {
     std::uint64_t other_memory = 0;        // of it, what everything but the image takes
 };
 
-struct Picture_Plan {
+struct Image_Plan {
     model::Tile_Grid grid; // of what is drawn
     unsigned threads;
     std::vector<std::uint32_t> band_ends; // rows of tiles, as rows of pixels from the top
@@ -43,6 +43,6 @@ struct Picture_Plan {
 
 // Images up to some size are one tile; larger ones have tiles as large as memory allows, up to the size that is drawn fastest.
 // Threads are given up last. Throws Usage_Error that says what is needed.
-Picture_Plan plan_picture(const Plan_Request& request);
+Image_Plan plan_image(const Plan_Request& request);
 
 } // namespace vorna::drawing

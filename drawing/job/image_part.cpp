@@ -1,5 +1,5 @@
-// Parts of a picture.
-#include "drawing/job/picture_part.h"
+// Parts of an image.
+#include "drawing/job/image_part.h"
 
 namespace vorna::drawing {
 
@@ -16,13 +16,13 @@ std::int32_t border(std::int32_t size, std::int32_t parts, std::int32_t k) noexc
 
 } // namespace
 
-VT_Int_Rectangle Picture_Part::area() const noexcept {
+VT_Int_Rectangle Image_Part::area() const noexcept {
     const std::int32_t column = number % columns, row = rows - 1 - number / columns; // from the bottom
     return {border(size.x, columns, column), border(size.x, columns, column + 1) - 1, border(size.y, rows, row),
             border(size.y, rows, row + 1) - 1};
 }
 
-std::string Picture_Part::bytes() const {
+std::string Image_Part::bytes() const {
     std::string text;
     for (const std::int32_t value : {size.x, size.y, columns, rows, number}) {
         for (int shift = 24; shift >= 0; shift -= 8) {
@@ -32,7 +32,7 @@ std::string Picture_Part::bytes() const {
     return text;
 }
 
-bool Picture_Part::read(const std::string& bytes) {
+bool Image_Part::read(const std::string& bytes) {
     std::int32_t* const values[] = {&size.x, &size.y, &columns, &rows, &number};
     if (bytes.size() != 4 * std::size(values)) {
         return false;

@@ -1,4 +1,4 @@
-// Parts of a picture that are drawn apart from each other, perhaps by many machines, and joined later.
+// Parts of an image that are drawn apart from each other, perhaps by many machines, and joined later.
 #pragma once
 
 #include <cstdint>
@@ -9,15 +9,15 @@
 namespace vorna::drawing {
 
 // One of columns x rows parts, counted from 0 on in rows from the upper left one. Parts meet at multiples of 8 pixels from the
-// picture's lower left corner.
-struct Picture_Part {
-    VT_Int_Pair size; // of the whole picture
+// image's lower left corner.
+struct Image_Part {
+    VT_Int_Pair size; // of the whole image
     std::int32_t columns = 1, rows = 1, number = 0;
 
     bool is_whole() const noexcept { return columns == 1 && rows == 1; }
     // Whether every part has pixels.
     bool is_possible() const noexcept { return columns <= (size.x + 7) / 8 && rows <= (size.y + 7) / 8; }
-    // Its pixels, with the picture's lower left one at (0, 0).
+    // Its pixels, with the image's lower left one at (0, 0).
     VT_Int_Rectangle area() const noexcept;
 
     // As the content of a file's chunk.

@@ -1,5 +1,5 @@
-// Pictures that go into a file while they are being drawn.
-#include "drawing/job/picture_stream.h"
+// Images that go into a file while they are being drawn.
+#include "drawing/job/image_stream.h"
 
 #include <algorithm>
 #include <condition_variable>
@@ -21,9 +21,9 @@ constexpr std::uint64_t thread_memory = std::uint64_t{3} << 20;
 } // namespace
 
 // All state is under one lock, which is held to choose work and to note that it is done, and not while it is done.
-class Picture_Stream {
+class Image_Stream {
 public:
-    Picture_Stream(Output_File& file, const Png_Form& form, const Picture_Source& source, const Stream_Settings& settings)
+    Image_Stream(Output_File& file, const Png_Form& form, const Row_Source& source, const Stream_Settings& settings)
         : file_(file), form_(form), source_(source), settings_(settings), parts_done_(source.band_ends.size()) {}
 
     void run() {
@@ -235,7 +235,7 @@ private:
 
     Output_File& file_;
     const Png_Form& form_;
-    const Picture_Source& source_;
+    const Row_Source& source_;
     const Stream_Settings& settings_;
 
     std::mutex mutex_;
@@ -267,8 +267,8 @@ std::uint64_t stream_memory(const Png_Form& form, const std::vector<std::uint32_
     return rows * (form.row_bytes() + 1) + settings.threads * (2 * block * (form.row_bytes() + 1) + thread_memory);
 }
 
-void write_picture(Output_File& file, const Png_Form& form, const Picture_Source& source, const Stream_Settings& settings) {
-    Picture_Stream(file, form, source, settings).run();
+void stream_image(Output_File& file, const Png_Form& form, const Row_Source& source, const Stream_Settings& settings) {
+    Image_Stream(file, form, source, settings).run();
 }
 
 } // namespace vorna::drawing

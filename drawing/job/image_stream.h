@@ -1,4 +1,4 @@
-// Pictures that go into a file while they are being drawn, by several threads.
+// Images that go into a file while they are being drawn, by several threads.
 #pragma once
 
 #include <cstddef>
@@ -23,18 +23,18 @@ public:
         }
     }
 
-    // Samples of a row, counted from the picture's top.
+    // Samples of a row, counted from the image's top.
     std::uint8_t* operator()(std::uint32_t row) const { return places_[row - first_]; }
 
 private:
-    friend class Picture_Stream;
+    friend class Image_Stream;
     std::uint32_t first_ = 0;
     std::vector<std::uint8_t*> places_;
 };
 
-// How a picture comes into being: in bands of rows, each of them in parts.
-struct Picture_Source {
-    std::vector<std::uint32_t> band_ends; // rows from the top; the last one is the picture's height
+// An image as bands of rows, each of them made in parts.
+struct Row_Source {
+    std::vector<std::uint32_t> band_ends; // rows from the top; the last one is the image's height
     std::uint32_t parts = 1;              // of every band
     bool in_order = false;                // a band's parts are made only after the bands above are whole
     // Makes a part, in one of several threads; each thread has a number of its own below the number of threads.
@@ -51,9 +51,9 @@ struct Stream_Settings {
 // Bytes that a stream holds at most, besides what its source does.
 std::uint64_t stream_memory(const Png_Form& form, const std::vector<std::uint32_t>& band_ends, const Stream_Settings& settings);
 
-// Makes the picture and writes it into the file, which is left to be committed. Threads make parts, filter and pack what is
+// Makes the image and writes it into the file, which is not committed. Threads make parts, filter and pack what is
 // whole, and write it in order, whatever is to be done first. The bytes do not depend on bands, parts and threads. Throws what
 // the source throws, and Interrupted.
-void write_picture(Output_File& file, const Png_Form& form, const Picture_Source& source, const Stream_Settings& settings);
+void stream_image(Output_File& file, const Png_Form& form, const Row_Source& source, const Stream_Settings& settings);
 
 } // namespace vorna::drawing
