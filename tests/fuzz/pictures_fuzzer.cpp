@@ -301,8 +301,8 @@ void replay(std::string_view text) {
     Replay_Settings settings;
     settings.largest_side = 384;
     settings.after_call = [&](std::size_t call) {
-        buffers.check(picture.calls[call].kind->name == "draw_window" ||
-                      picture.calls[call].kind->name == "clear_depth_rectangle");
+        buffers.check(recording.calls[call].kind->name == "draw_window" ||
+                      recording.calls[call].kind->name == "clear_depth_rectangle");
     };
     json_of(replay(recording, session, settings));
 }
