@@ -137,16 +137,18 @@ template <class Rules, bool fetches> struct Outline {
                 KRB_FETCH_EARLY(rows[row] + std::int64_t{Format::bytes} * (x + dx));
             }
         }
-        draw(x - dx, y + dy);
-        draw(x + dx, y + dy);
-        draw(x - dx, y - dy);
-        draw(x + dx, y - dy);
+        // A copy, which no store to a pixel can alias.
+        const Outline copy = *this;
+        copy.draw(copy.x - dx, copy.y + dy);
+        copy.draw(copy.x + dx, copy.y + dy);
+        copy.draw(copy.x - dx, copy.y - dy);
+        copy.draw(copy.x + dx, copy.y - dy);
     }
 
 private:
-    // Makes the target for each pixel, of which nothing is left but what the rules read: copies of whole targets cost as much as
-    // small outlines.
-    KRB_ALWAYS_INLINE void draw(std::int32_t column, std::int32_t row) {
+    // The target is local to each pixel, so that compilers keep only the fields that the rules read: a copy of a whole target
+    // takes as long as a small outline.
+    KRB_ALWAYS_INLINE void draw(std::int32_t column, std::int32_t row) const {
         Pixel_Target target{};
         target.color_rows = rows;
         target.mask_rows = mask_rows;
