@@ -115,7 +115,9 @@ constexpr std::int32_t rows_ahead = 8;
 template <class Rules, bool fetches> struct Outline {
     using Format = typename Rules::Format;
 
-    Pixel_Target target;
+    std::uint8_t* const* rows;
+    const std::uint8_t* const* mask_rows; // null unless masked
+    VT_Int_Pair window;                   // width and height
     std::int32_t x, y;
     std::int32_t last; // row from the centre
     typename Format::Flat color;
@@ -131,18 +133,29 @@ template <class Rules, bool fetches> struct Outline {
     void add(std::int32_t dx, std::int32_t dy) {
         if (fetches && dx >= dy && dy + rows_ahead <= last) {
             for (const std::int32_t row : {y + dy + rows_ahead, y - dy - rows_ahead}) {
-                KRB_FETCH_EARLY(target.color_rows[row] + std::int64_t{Format::bytes} * (x - dx));
-                KRB_FETCH_EARLY(target.color_rows[row] + std::int64_t{Format::bytes} * (x + dx));
+                KRB_FETCH_EARLY(rows[row] + std::int64_t{Format::bytes} * (x - dx));
+                KRB_FETCH_EARLY(rows[row] + std::int64_t{Format::bytes} * (x + dx));
             }
         }
-        draw(x - dx, y + dy);
-        draw(x + dx, y + dy);
-        draw(x - dx, y - dy);
-        draw(x + dx, y - dy);
+        // A copy, which no store to a pixel can alias.
+        const Outline copy = *this;
+        copy.draw(copy.x - dx, copy.y + dy);
+        copy.draw(copy.x + dx, copy.y + dy);
+        copy.draw(copy.x - dx, copy.y - dy);
+        copy.draw(copy.x + dx, copy.y - dy);
     }
 
 private:
-    void draw(std::int32_t column, std::int32_t row) { one_lane::draw_pixel<Rules>(target, row, column, 0, color); }
+    // The target is local to each pixel, so that compilers keep only the fields that the rules read: a copy of a whole target
+    // takes as long as a small outline.
+    KRB_ALWAYS_INLINE void draw(std::int32_t column, std::int32_t row) const {
+        Pixel_Target target{};
+        target.color_rows = rows;
+        target.mask_rows = mask_rows;
+        target.width = window.x;
+        target.height = window.y;
+        one_lane::draw_pixel<Rules>(target, row, column, 0, color);
+    }
 };
 
 // How far the outline reaches to both sides in each row from the centre's up; -1 where it has no pixel.
@@ -171,19 +184,17 @@ struct Ellipse {
     VT_RGB32 color;
 };
 
-Pixel_Target target_of(const Software_Z_Buffer& renderer, const Frame_Buffer_Mask* mask) noexcept {
-    Pixel_Target target = pixel_target_of(Case::rgb32, renderer, {});
-    target.mask_rows = mask ? mask->rows() : nullptr;
-    return target;
-}
-
 template <Pixel_Rule pixel, Clip_Rule clip>
 void draw_outline(const Software_Z_Buffer& renderer, const Ellipse& ellipse, const Frame_Buffer_Mask* mask) {
     using Rules = Single_Rules<format_of(Case::rgb32), Depth_Rule::none, pixel, clip>;
     const auto draw = [&]<bool fetches>() {
-        const Pixel_Target target = target_of(renderer, mask);
-        const typename Rules::Format::Flat color(target, ellipse.color);
-        Outline<Rules, fetches> outline{target, ellipse.x, ellipse.y, ellipse.radii.y, color};
+        Outline<Rules, fetches> outline{renderer.color_buffer->rows,
+                                        mask ? mask->rows() : nullptr,
+                                        renderer.window_size,
+                                        ellipse.x,
+                                        ellipse.y,
+                                        ellipse.radii.y,
+                                        {renderer.target, ellipse.color}};
         walk(ellipse.radii, outline);
     };
     // Small ones are finished before it would help.
@@ -197,11 +208,12 @@ void draw_outline(const Software_Z_Buffer& renderer, const Ellipse& ellipse, con
 void draw_filled(const Software_Z_Buffer& renderer, const Ellipse& ellipse, const Frame_Buffer_Mask* mask) {
     Extents extents(ellipse.radii.y);
     walk(ellipse.radii, extents);
+    Pixel_Target target = pixel_target_of(Case::rgb32, renderer, {});
+    target.mask_rows = mask ? mask->rows() : nullptr;
     const Span_Configuration configuration{format_of(Case::rgb32), Depth_Rule::none,
                                            ellipse.color.alpha == 255 ? Pixel_Rule::store : Pixel_Rule::blend,
                                            mask ? Clip_Rule::masked : Clip_Rule::open};
-    renderer.kernels->spans->fill[configuration](target_of(renderer, mask),
-                                                 {ellipse.x, ellipse.y, ellipse.radii.y, extents.data()}, ellipse.color);
+    renderer.kernels->spans->fill[configuration](target, {ellipse.x, ellipse.y, ellipse.radii.y, extents.data()}, ellipse.color);
 }
 
 constexpr float quarter_turn = 1.5707964F, half_turn = 3.1415927F, three_quarter_turn = 4.712389F, full_turn = 6.2831855F;
