@@ -5,7 +5,6 @@
 #include <optional>
 #include <string>
 
-#include "drawing/files/input.h"
 #include "drawing/map/map_paint.h"
 #include "drawing/map/shapes.h"
 
