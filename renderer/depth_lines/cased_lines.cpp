@@ -7,7 +7,6 @@ namespace krb {
 
 namespace {
 
-constexpr std::int32_t cased_kind = 7;
 constexpr std::uint32_t first_pass_flag = 8;
 constexpr std::uint32_t second_pass_flags = 0x7F7;
 
