@@ -49,8 +49,8 @@ public:
         entity.by_code.resize(entity.groups.size());
         std::iota(entity.by_code.begin(), entity.by_code.end(), 0U);
         std::ranges::stable_sort(entity.by_code, {}, code_of);
-        const auto others = std::ranges::unique(entity.by_code, {}, code_of);
-        entity.by_code.erase(others.begin(), others.end());
+        const auto same_code = [&](std::uint32_t a, std::uint32_t b) { return code_of(a) == code_of(b); };
+        entity.by_code.erase(std::unique(entity.by_code.begin(), entity.by_code.end(), same_code), entity.by_code.end());
         entity.by_code.shrink_to_fit();
         return entity;
     }

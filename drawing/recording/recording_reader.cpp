@@ -61,8 +61,6 @@ template <class Point> Point point(const Reader& reader) {
                                                : "[x, y] or [x, y, z] of numbers");
 }
 
-constexpr auto dci_point = point<VT_DCI_Point>;
-
 // Numbers in a row, width of them for each of the things that they make up.
 template <class Number> std::vector<Number> flat_numbers(const Reader& reader, std::size_t width) {
     const json& value = reader.value();

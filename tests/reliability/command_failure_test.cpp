@@ -93,7 +93,7 @@ struct Trial {
         const Files found = files_in(folder);
         if (writes_times(line)) {
             const auto has_names_of = [&](const Files& files) {
-                return std::ranges::equal(files | std::views::keys, found | std::views::keys);
+                return std::ranges::equal(files, found, {}, &Files::value_type::first, &Files::value_type::first);
             };
             EXPECT_TRUE(status == right.status || has_names_of(before) || has_names_of(after))
                 << testing::PrintToString(folder.names());
