@@ -38,7 +38,10 @@ thread_local std::size_t longest_read = SIZE_MAX;
 } // namespace
 
 // Replaces the C library's function for file streams too; FILE does not call it.
-extern "C" __attribute__((visibility("default"))) ssize_t read(int file, void* bytes, std::size_t count) {
+// Named by its label: with _FORTIFY_SOURCE the C library defines an inline read of its own.
+extern "C" __attribute__((visibility("default"))) ssize_t failing_or_short_read(int file, void* bytes,
+                                                                                std::size_t count) asm("read");
+ssize_t failing_or_short_read(int file, void* bytes, std::size_t count) {
     if (++reads == failing_read) {
         errno = EIO;
         return -1;
