@@ -42,3 +42,22 @@ function(add_test_program program)
     gtest_discover_tests(${program} TEST_PREFIX "${run_PREFIX}" PROPERTIES TIMEOUT 300)
   endif()
 endfunction()
+
+# use_command(PROGRAM): tests that run the command and look at what it writes.
+function(use_command program)
+  target_compile_definitions(${program} PRIVATE
+    KRB_MODULE="$<TARGET_FILE:krb>"
+    VORNA_COMMAND="$<TARGET_FILE:vorna>"
+    VORNA_PICTURES="${PROJECT_SOURCE_DIR}/recordings"
+    VORNA_GOLDENS="${PROJECT_SOURCE_DIR}/tests/golden"
+    WITH_PROJ=$<BOOL:${VORNA_WITH_PROJ}>
+    WITH_FREETYPE=$<BOOL:${VORNA_WITH_FREETYPE}>)
+  add_dependencies(${program} vorna krb)
+  # They wait for processes.
+  if(NOT MSVC)
+    target_compile_options(${program} PRIVATE $<$<CONFIG:Release>:-O1>)
+  endif()
+  # Reading what every test includes takes longer than compiling most of them.
+  target_precompile_headers(${program} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <algorithm> <filesystem> <fstream> <functional> <string>
+                                               <vector>)
+endfunction()
