@@ -13,6 +13,7 @@
 #include "renderer/kernels/kernel_sets.h"
 #include "renderer/kernels/span_kernels.h"
 #include "renderer/lines/line_setup.h"
+#include "tests/support/random_rules.h"
 
 namespace {
 
@@ -65,14 +66,7 @@ public:
         target.depth_row_bytes = -depth_rows().stride;
         target.width = width;
         target.height = height;
-        target.depth_bias = -below(2);
-        target.depth_inverted = below(3) == 0;
-        target.depth_written = below(2) == 0;
-        target.background = 0xFF000000U | static_cast<std::uint32_t>(below(256));
-        target.alternate_background = target.background ^ 1;
-        target.merged_index8 = [](const void*, std::uint8_t stored, std::uint8_t index) {
-            return static_cast<std::uint8_t>(stored * 3 + index);
-        };
+        set_random_rules(target, [this](std::int32_t end) { return below(end); });
         target.dither = &dither_;
         target.dither_row = below(8);
         target.mask_rows = clip == krb::Clip_Rule::masked ? mask_rows_.data() : nullptr;

@@ -11,6 +11,7 @@
 #include "renderer/kernels/kernel_sets.h"
 #include "renderer/kernels/pixel_formats.h"
 #include "renderer/triangles/triangle_kernels.h"
+#include "tests/support/random_rules.h"
 
 namespace {
 
@@ -129,14 +130,7 @@ struct Scene {
         target.dither_bias = 128 * below(2);
         target.width = Canvas::width;
         target.height = Canvas::height;
-        target.depth_bias = -below(2);
-        target.depth_inverted = below(3) == 0;
-        target.depth_written = below(2) == 0;
-        target.background = 0xFF000000U | static_cast<std::uint32_t>(below(256));
-        target.alternate_background = target.background ^ 1;
-        target.merged_index8 = [](const void*, std::uint8_t stored, std::uint8_t index) {
-            return static_cast<std::uint8_t>(stored * 3 + index);
-        };
+        set_random_rules(target, below);
     }
 
     Drawing draw(const krb::Kernel_Set& set, Triangle_Configuration configuration, std::uint32_t seed) {
