@@ -51,7 +51,7 @@ private:
 // What of a model is drawn, and how.
 struct Model_View {
     model::Camera_Settings camera; // its aspect is the image's; an aim is in the model's coordinates
-    model::Picture_Settings look;
+    model::Model_Look look;
     std::optional<model::Edge_Choice> edges; // over faces; wireframes and hidden lines have all unless it says features
     std::optional<VT_RGB32> edge_color;      // none: one that stands out
     std::optional<VT_RGB32> color;           // none: the model's own

@@ -22,7 +22,7 @@ while [ $# -gt 0 ]; do
     esac
     shift
 done
-all=(pictures models maps drawings images renderers commands)
+all=(recordings models maps drawings images renderers commands)
 [ ${#names[@]} -gt 0 ] || names=("${all[@]}")
 for name in "${names[@]}"; do
     [[ " ${all[*]} " == *" $name "* ]] || {
@@ -53,7 +53,7 @@ for name in "${names[@]}"; do
     # Without the messages of the commands in the log.
     [ "$name" != commands ] || options+=(-close_fd_mask=3)
     seeds=("tests/fuzz/corpus/$name")
-    [ "$name" != pictures ] || seeds+=(recordings)
+    [ "$name" != recordings ] || seeds+=(recordings)
     take_time
     start=$seconds used=0 executions=0
     while [ "$used" -lt $((minutes * 60)) ]; do

@@ -335,7 +335,7 @@ VT_RGB32 background_of(const Model_Options& options) {
 
 drawing::Model_Style style_of(const Model_Options& options) {
     drawing::Model_Style style;
-    style.picture = picture_settings_of(options);
+    style.picture = model_look_of(options);
     if (!options.edges.empty()) {
         if (options.edges != "all" && options.edges != "feature") {
             throw drawing::Usage_Error("--edges: expected all or feature, found '" + options.edges + "'");
@@ -351,8 +351,8 @@ drawing::Model_Style style_of(const Model_Options& options) {
     return style;
 }
 
-drawing::model::Picture_Settings picture_settings_of(const Model_Options& options) {
-    drawing::model::Picture_Settings settings = options.picture;
+drawing::model::Model_Look model_look_of(const Model_Options& options) {
+    drawing::model::Model_Look settings = options.picture;
     settings.light = parsed_direction(options.light);
     return settings;
 }

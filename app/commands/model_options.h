@@ -26,7 +26,7 @@ struct Model_Options {
     drawing::model::Camera_Settings camera;
     bool orthographic = false;
     std::optional<drawing::model::Aim> aim; // in the file's coordinates; up 0, 0, 0 = the model's
-    drawing::model::Picture_Settings picture;
+    drawing::model::Model_Look picture;
     std::string background = "white", light = "-0.5,0.65,0.7"; // background none: transparent
     std::string color;                                         // empty = the model's own
     std::string edges;                                         // empty = none
@@ -73,7 +73,7 @@ bool draws_indices(const Model_Options& options);
 // Of what is not transparent.
 VT_RGB32 background_of(const Model_Options& options);
 drawing::Model_Style style_of(const Model_Options& options);
-drawing::model::Picture_Settings picture_settings_of(const Model_Options& options);
+drawing::model::Model_Look model_look_of(const Model_Options& options);
 drawing::model::Edge_Settings edge_settings_of(const Model_Options& options);
 drawing::model::Camera_Settings camera_settings_of(const Model_Options& options, const drawing::model::Mesh& mesh,
                                                    VT_Int_Pair size);

@@ -42,7 +42,7 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     const VT_Int_Pair size = image_size_of(options);
     const Palette_Choice palette = palette_of(options);
     drawing::Job_Settings settings = job_settings_of(options, size, palette);
-    const drawing::Model_Look look{picture_settings_of(options), edge_settings_of(options), palette.drawn};
+    const drawing::Model_Look look{model_look_of(options), edge_settings_of(options), palette.drawn};
     style_of(options);
     if (options.has_edges() && look.edges.color) {
         settings.flat_colors.push_back(*look.edges.color);

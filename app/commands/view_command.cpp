@@ -46,14 +46,14 @@ void show(const View_Options& options, std::vector<drawing::Input> inputs, const
     if (!map) {
         style_of(options);
         edge_settings_of(options);
-        picture_settings_of(options);
+        model_look_of(options);
     }
     std::string title;
     for (const std::string& file : options.models) {
         title += (title.empty() ? "" : ", ") + file;
     }
     const std::unique_ptr<view::Window> window = view::open_window(title, size);
-    std::unique_ptr<view::Picture_Viewer> viewer;
+    std::unique_ptr<view::Base_Viewer> viewer;
     if (map) {
         check_map_options(options, map_options, inputs.front());
         viewer = std::make_unique<view::Map_Viewer>(options, map_options, inputs.front(), module, options.folder, *window);

@@ -2,12 +2,12 @@
 #pragma once
 
 #include "app/commands/map_options.h"
-#include "app/view/picture_viewer.h"
+#include "app/view/base_viewer.h"
 #include "drawing/job/map_drawing.h"
 
 namespace vorna::app::view {
 
-class Map_Viewer final : public Picture_Viewer {
+class Map_Viewer final : public Base_Viewer {
 public:
     // Throws what reading, module and options throw.
     Map_Viewer(const Model_Options& options, const Map_Options& map_options, const drawing::Input& input,

@@ -49,8 +49,8 @@ std::size_t pixel_kind_of(const Model_Options& options) {
 
 Viewer::Viewer(const Model_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module,
                std::string folder, Screen& screen)
-    : Picture_Viewer(module, options.models.front() == "-" ? "model" : options.models.front(), std::move(folder), window_margin,
-                     screen),
+    : Base_Viewer(module, options.models.front() == "-" ? "model" : options.models.front(), std::move(folder), window_margin,
+                  screen),
       options_(options), first_options_(options), mesh_(load_mesh(options, std::move(inputs))) {
     set_palette(pixel_kind_of(options));
     camera_settings_of(options_, mesh_, size_);
@@ -280,7 +280,7 @@ void Viewer::draw_model(Canvas& canvas, bool draft) {
     }
     const drawing::Model_Parts& model = model_for(options, draft);
     camera_ = drawing::model::fit_camera(camera_settings_of(options, mesh_, size_), points_);
-    const drawing::Model_Look look{picture_settings_of(options), edge_settings_of(options), {}};
+    const drawing::Model_Look look{model_look_of(options), edge_settings_of(options), {}};
     drawing::model::Scene* const faces = options.has_faces() ? model.faces.get() : nullptr;
     drawing::model::Edge_Renderer* const edges = options.has_edges() ? model.edges.get() : nullptr;
     drawing::prepare_model(faces, edges, drawing::Tile_Grid(canvas.session.window()), camera_, look);

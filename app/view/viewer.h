@@ -9,14 +9,14 @@
 #include <vector>
 
 #include "app/commands/model_options.h"
+#include "app/view/base_viewer.h"
 #include "app/view/camera_moves.h"
-#include "app/view/picture_viewer.h"
 #include "drawing/model/mesh.h"
 #include "drawing/recording/session.h"
 
 namespace vorna::app::view {
 
-class Viewer final : public Picture_Viewer {
+class Viewer final : public Base_Viewer {
 public:
     // folder: for screenshots. Throws what reading, module and options throw.
     Viewer(const Model_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module,

@@ -16,7 +16,7 @@ namespace vorna::drawing {
 
 // How a model looks.
 struct Model_Look {
-    model::Picture_Settings picture;
+    model::Model_Look picture;
     model::Edge_Settings edges;
     VT_Reference<const VT_Palette> palette; // that the renderer draws with; null = 32 bits a pixel
 };

@@ -15,7 +15,7 @@
 namespace vorna::drawing {
 
 struct Model_Style {
-    model::Picture_Settings picture;
+    model::Model_Look picture;
     std::optional<model::Edge_Choice> edges; // none: only those of wireframes and hidden lines, which have all
     std::optional<VT_RGB32> edge_color;      // none: one that stands out
     std::optional<VT_RGB32> color;           // none: the model's own

@@ -18,7 +18,7 @@ enum class Shading {
 };
 enum class Culling { none, back };
 
-struct Picture_Settings {
+struct Model_Look {
     Shading shading = Shading::gouraud;
     Culling culling = Culling::none;
     VT_Vector_D light{-0.5, 0.65, 0.7}; // towards it, in view space

@@ -27,7 +27,7 @@ public:
 
     // Does what a picture needs once: projection, light, and which triangles lie in which tile. Faces seen from behind are lit
     // from behind.
-    virtual void prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) = 0;
+    virtual void prepare(const Tile_Grid& grid, const Camera& camera, const Model_Look& settings) = 0;
     // Draws what touches a tile of the prepared picture; the renderer's window is the tile's. Several threads may draw at once,
     // each through a renderer and a rendition of its own.
     virtual void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const = 0;

@@ -69,7 +69,7 @@ void Scene_Renderer::lay_out(const Mesh& mesh, const Strips& strips) {
     }
 }
 
-void Scene_Renderer::light(const Camera& camera, const Picture_Settings& settings) {
+void Scene_Renderer::light(const Camera& camera, const Model_Look& settings) {
     const Lighting lighting(camera, settings.light);
     const Surfaces& surfaces = settings.shading == Shading::flat ? faces_ : vertices_;
     front_colors_.resize(surfaces.size());
@@ -98,7 +98,7 @@ Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place) const noexce
     return front ? Manner::front : Manner::back;
 }
 
-void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) {
+void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const Model_Look& settings) {
     camera_ = camera;
     viewport_ = Viewport(grid.frame);
     flat_ = settings.shading == Shading::flat;

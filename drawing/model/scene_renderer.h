@@ -27,7 +27,7 @@ public:
     std::size_t strip_count() const noexcept { return strip_starts_.size() - 1; }
     std::string summary() const override;
 
-    void prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) override;
+    void prepare(const Tile_Grid& grid, const Camera& camera, const Model_Look& settings) override;
     void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const override;
     std::uint64_t prepared_memory() const noexcept override { return 40 * points_.size() + 24 * strip_vertices_.size(); }
 
@@ -42,7 +42,7 @@ private:
     class Drawing;
 
     void lay_out(const Mesh& mesh, const Strips& strips);
-    void light(const Camera& camera, const Picture_Settings& settings);
+    void light(const Camera& camera, const Model_Look& settings);
     Manner manner_of(std::size_t place) const noexcept;
     void cut_strips();
     Extent extent_of(const Run& run) const;

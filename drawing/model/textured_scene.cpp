@@ -249,7 +249,7 @@ void Textured_Scene::transform(const Camera& camera) {
     }
 }
 
-void Textured_Scene::light(const Camera& camera, const Picture_Settings& settings) {
+void Textured_Scene::light(const Camera& camera, const Model_Look& settings) {
     const Lighting lighting(camera, settings.light);
     front_colors_.resize(vertices_.size());
     lighting.shade_fronts(vertices_, front_colors_);
@@ -275,7 +275,7 @@ void Textured_Scene::order_drawing(const Camera& camera) {
                              [&](std::uint32_t t) { return nearness[t - opaque_count_]; });
 }
 
-void Textured_Scene::prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) {
+void Textured_Scene::prepare(const Tile_Grid& grid, const Camera& camera, const Model_Look& settings) {
     camera_ = camera;
     viewport_ = Viewport(grid.frame);
     cull_backs_ = settings.culling == Culling::back;

@@ -32,7 +32,7 @@ public:
     const std::vector<VT_Vector>& points() const noexcept override { return points_; }
     std::string summary() const override;
 
-    void prepare(const Tile_Grid& grid, const Camera& camera, const Picture_Settings& settings) override;
+    void prepare(const Tile_Grid& grid, const Camera& camera, const Model_Look& settings) override;
     void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const override;
     std::uint64_t prepared_memory() const noexcept override { return 64 * points_.size() + 40 * triangles_.size(); }
 
@@ -52,7 +52,7 @@ private:
     // vertices: the mesh's own numbers of the vertices that are drawn.
     void set_colors(const Mesh& mesh, const std::vector<std::uint32_t>& vertices, VT_RGB32 base_color, bool own_colors);
     void transform(const Camera& camera);
-    void light(const Camera& camera, const Picture_Settings& settings);
+    void light(const Camera& camera, const Model_Look& settings);
     void order_drawing(const Camera& camera);
     Clip_Polygon clipped(std::size_t triangle) const;
     Extent extent_of(std::size_t triangle) const;

@@ -205,7 +205,7 @@ protected:
         renderer_->actions.draw_dci_colorized_polytriangle = {renderer_.get(), record_colorized, 0, 1};
     }
 
-    Recorded draw(Mesh mesh, const Camera_Settings& camera_settings, const Picture_Settings& settings) {
+    Recorded draw(Mesh mesh, const Camera_Settings& camera_settings, const Model_Look& settings) {
         Recorded result;
         recorded = &result;
         finish_mesh(mesh, "m");

@@ -26,9 +26,9 @@ const std::string steps = R"({"picture": 1, "window": {"width": 8, "height": 4},
     {"call": "set_zbuffer_write", "value": false},
     {"call": "draw_dci_dot", "point": [2, 2, 5], "color": [1, 1, 1]}]})";
 
-class Picture_Tools : public testing::Test {
+class Recording_Tools : public testing::Test {
 protected:
-    Picture_Tools() : picture(folder.file("steps.json", steps)) {}
+    Recording_Tools() : picture(folder.file("steps.json", steps)) {}
 
     std::string color_after(std::vector<std::string> options) {
         options.insert(options.begin(), {"replay", picture, "--color", folder.file("c.png"), "--unchecked"});
@@ -47,7 +47,7 @@ protected:
     std::string picture;
 };
 
-TEST_F(Picture_Tools, parts_of_a_replay_are_those_of_the_whole) {
+TEST_F(Recording_Tools, parts_of_a_replay_are_those_of_the_whole) {
     ASSERT_EQ(run_vorna({"replay", picture, "--unchecked", "--every-call", folder.file("calls")}).status, 0);
     const auto after = [&](const std::string& call) { return read_file(folder.file("calls/" + call + ".png")); };
     EXPECT_EQ(color_after({"--until", "1"}), after("0001-draw_window"));
@@ -65,7 +65,7 @@ TEST_F(Picture_Tools, parts_of_a_replay_are_those_of_the_whole) {
               picture + ": drew 1 call into 8 x 4 pixels; --color FILE.png writes them\n");
 }
 
-TEST_F(Picture_Tools, many_files_are_written_only_when_it_is_said_how_many) {
+TEST_F(Recording_Tools, many_files_are_written_only_when_it_is_said_how_many) {
     std::string calls = R"({"call": "establish"})";
     for (int i = 0; i < 1000; ++i) {
         calls += R"(, {"call": "establish"})";
@@ -77,7 +77,7 @@ TEST_F(Picture_Tools, many_files_are_written_only_when_it_is_said_how_many) {
     EXPECT_EQ(run_vorna({"replay", "-", "--every-call", folder.file("two"), "--until", "1"}, long_one).status, 0);
 }
 
-TEST_F(Picture_Tools, timing_counts_the_pixels_that_calls_change) {
+TEST_F(Recording_Tools, timing_counts_the_pixels_that_calls_change) {
     const Outcome outcome = run_vorna({"replay", picture, "--unchecked", "--timing=json", "--repeat", "2"});
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     std::vector<int> colors, depths;
@@ -95,7 +95,7 @@ TEST_F(Picture_Tools, timing_counts_the_pixels_that_calls_change) {
     EXPECT_THAT(error_of({"replay", picture, "--timing", "--sort", "size"}), HasSubstr("--sort: expected call, time or pixels"));
 }
 
-TEST_F(Picture_Tools, info_counts_calls_points_and_pieces) {
+TEST_F(Recording_Tools, info_counts_calls_points_and_pieces) {
     const Outcome outcome = run_vorna({"info", "--json", picture});
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     const json info = json::parse(outcome.output)[0];
@@ -110,7 +110,7 @@ TEST_F(Picture_Tools, info_counts_calls_points_and_pieces) {
 }
 
 // Images of 5 x 4 pixels of which one sample of one pixel may be different.
-class Compare : public Picture_Tools {
+class Compare : public Recording_Tools {
 protected:
     std::string image(const std::string& name, vorna::drawing::Png_Form form, std::uint32_t changed_row = 9,
                       std::uint8_t by = 0) {

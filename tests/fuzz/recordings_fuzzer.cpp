@@ -1,4 +1,4 @@
-// Pictures: read, and replayed when they are right.
+// Recordings: read, and replayed when they are valid.
 #include <array>
 
 #include "drawing/files/gzip.h"

@@ -1,5 +1,5 @@
 // What is common to pictures in a window.
-#include "app/view/picture_viewer.h"
+#include "app/view/base_viewer.h"
 
 #include <algorithm>
 #include <cctype>
@@ -42,13 +42,13 @@ std::string with_commas(std::size_t number) {
     return text;
 }
 
-Picture_Viewer::Picture_Viewer(const drawing::Module_Choice& module, std::string file, std::string folder, std::int32_t margin,
-                               Screen& screen)
+Base_Viewer::Base_Viewer(const drawing::Module_Choice& module, std::string file, std::string folder, std::int32_t margin,
+                         Screen& screen)
     : module_(module), canvas_(module), file_(std::move(file)), folder_(std::move(folder)), margin_(margin), screen_(screen) {
     canvas_.session.renderer().presentation = {present, this};
 }
 
-void Picture_Viewer::resize(VT_Int_Pair size, std::int32_t letter_scale) {
+void Base_Viewer::resize(VT_Int_Pair size, std::int32_t letter_scale) {
     const VT_Int_Pair fitting{std::clamp(size.x, 1, largest_picture_side), std::clamp(size.y, 1, largest_picture_side)};
     letter_scale_ = letter_scale;
     if (fitting != size_) {
@@ -58,7 +58,7 @@ void Picture_Viewer::resize(VT_Int_Pair size, std::int32_t letter_scale) {
     changed_ = true;
 }
 
-Answer Picture_Viewer::press(char key, bool reversed) {
+Answer Base_Viewer::press(char key, bool reversed) {
     const auto command = command_of(key, reversed);
     if (!command) {
         return Answer::none;
@@ -84,16 +84,16 @@ Answer Picture_Viewer::press(char key, bool reversed) {
     return Answer::none;
 }
 
-void Picture_Viewer::show() {
+void Base_Viewer::show() {
     if (established_) {
         canvas_.session.renderer().update_all({0, size_.x - 1, 0, size_.y - 1});
     }
 }
 
 // The renderer counts the window's margin above the picture.
-std::int32_t Picture_Viewer::present(void* viewer, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
-                                     const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y) {
-    auto& self = *static_cast<Picture_Viewer*>(viewer);
+std::int32_t Base_Viewer::present(void* viewer, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
+                                  const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y) {
+    auto& self = *static_cast<Base_Viewer*>(viewer);
     drawing::Raster raster = drawing::raster_of(*buffer);
     raster.top = buffer->rows[top_left.y] + std::ptrdiff_t{top_left.x} * vorna::bytes_per_pixel(raster.format);
     raster.width = bottom_right.x - top_left.x + 1;
@@ -102,7 +102,7 @@ std::int32_t Picture_Viewer::present(void* viewer, const VT_DCI_Point& top_left,
     return 0;
 }
 
-void Picture_Viewer::draw_help() {
+void Base_Viewer::draw_help() {
     const VT_Reference<VT_Shared_Image> panel = text_panel(help(), letter_scale_);
     const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
     rendition->clip.hard_clip = canvas_.session.window();
@@ -112,7 +112,7 @@ void Picture_Viewer::draw_help() {
     VD_Draw_DCI_Image(canvas_.session.renderer(), *rendition, &start, &*panel);
 }
 
-std::string Picture_Viewer::free_name(const std::string& ending) {
+std::string Base_Viewer::free_name(const std::string& ending) {
     std::string name;
     do {
         std::string number = std::to_string(next_number_++);
@@ -127,7 +127,7 @@ std::string Picture_Viewer::free_name(const std::string& ending) {
 }
 
 // Without the help, and in full.
-void Picture_Viewer::take_screenshot() {
+void Base_Viewer::take_screenshot() {
     const bool help = std::exchange(shows_help_, false);
     refine();
     draw();
@@ -152,7 +152,7 @@ void Picture_Viewer::take_screenshot() {
 }
 
 // Through a renderer of its own: a recorder sees it from its start. The help is not recorded, nor are depths.
-void Picture_Viewer::record() {
+void Base_Viewer::record() {
     const std::string ending = ".json.gz", name = free_name(ending);
     try {
         Canvas canvas(module_);
@@ -171,12 +171,12 @@ void Picture_Viewer::record() {
     std::fflush(stdout);
 }
 
-std::string Picture_Viewer::file_name() const {
+std::string Base_Viewer::file_name() const {
     const std::u8string file = drawing::path_of(file_).filename().u8string();
     return {file.begin(), file.end()};
 }
 
-std::string Picture_Viewer::speed_text() const {
+std::string Base_Viewer::speed_text() const {
     char speed[64];
     std::snprintf(speed, sizeof speed, ", %.1f ms, %.0f frames/s", time_, 1000 / std::max(time_, 0.01));
     return speed;

@@ -16,7 +16,7 @@ namespace vorna::app::view {
 std::string shell_word(const std::string& word);
 std::string with_commas(std::size_t number);
 
-class Picture_Viewer : public Controls {
+class Base_Viewer : public Controls {
 public:
     void resize(VT_Int_Pair size, std::int32_t letter_scale) override;
     Answer press(char key, bool reversed) override;
@@ -33,8 +33,7 @@ protected:
     };
 
     // file: what is shown. folder: for files of it. margin: what the window has above and to the right of the picture.
-    Picture_Viewer(const drawing::Module_Choice& module, std::string file, std::string folder, std::int32_t margin,
-                   Screen& screen);
+    Base_Viewer(const drawing::Module_Choice& module, std::string file, std::string folder, std::int32_t margin, Screen& screen);
 
     // What a key asks for, but for the help, files, the full screen and the end.
     virtual void perform(Command command) = 0;
