@@ -1,6 +1,7 @@
 // Numbers distinct tuples of words in the order of their first appearance: how readers share vertices.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -28,6 +29,12 @@ public:
         return slot;
     }
 
+    // Makes room for so many tuples at once.
+    void reserve(std::size_t count) {
+        keys_.reserve(count);
+        resize(std::max<std::size_t>(std::bit_ceil(2 * count + 1), slots_.size()));
+    }
+
     const std::vector<Tuple>& keys() const noexcept { return keys_; }
 
 private:
@@ -52,8 +59,10 @@ private:
         return slots_[i];
     }
 
-    void grow() {
-        slots_.assign(slots_.empty() ? 1024 : slots_.size() * 2, empty);
+    void grow() { resize(slots_.empty() ? 1024 : slots_.size() * 2); }
+
+    void resize(std::size_t count) {
+        slots_.assign(count, empty);
         for (std::size_t i = 0; i < keys_.size(); ++i) {
             slot_of(keys_[i]) = static_cast<std::uint32_t>(i);
         }
