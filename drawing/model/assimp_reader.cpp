@@ -277,7 +277,7 @@ void find_images(Mesh& mesh, const std::string& file, Load_Limits& limits) {
     std::vector<Image_Source> named = std::exchange(mesh.images, {});
     std::vector<std::uint32_t> numbers;
     for (Image_Source& image : named) {
-        numbers.push_back(image_number(mesh, image.embedded ? image.name : image_path(file, file, image.name, limits), file));
+        numbers.push_back(image_number(mesh, image.embedded ? image.name : named_path(file, file, image.name, limits), file));
         if (image.embedded) {
             mesh.images[numbers.back()] = std::move(image);
         }
