@@ -62,19 +62,25 @@ function(component_package component package section summary description)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} RENAME copyright COMPONENT ${component})
 endfunction()
 set(this_library "libvorna15 (= ${PROJECT_VERSION})")
+# Libraries that are loaded at run time. Debian names a package after its library.
+foreach(library assimp proj)
+  string(REPLACE ".so." "" ${library}_package "${${library}_library}")
+endforeach()
+set(of_models "")
+if(VORNA_BUILD_COMMAND AND VORNA_WITH_MODEL_LIBRARIES)
+  set(of_models ", ${assimp_package}")
+endif()
 component_package(library libvorna15 libs "exact software rasterizer and its host library"
                   "The library that applications draw through, and its renderer module.")
 component_package(development libvorna15-dev libdevel "exact software rasterizer (development files)"
                   "Headers of the host library, its CMake package and vorna.pc." ${this_library})
 if(TARGET vorna_drawing_library)
   component_package(drawing libvorna-drawing-dev libdevel "models and maps as images, for programs"
-                    "The drawing library, its headers and its CMake package." "libvorna15-dev (= ${PROJECT_VERSION})")
+                    "The drawing library, its headers and its CMake package." "libvorna15-dev (= ${PROJECT_VERSION})${of_models}")
 endif()
 component_package(command vorna graphics "renders models, maps and drawings to the same bytes everywhere"
-                  "The command vorna draws, replays and compares pictures and checks modules." ${this_library})
+                  "The command vorna draws, replays and compares pictures and checks modules." "${this_library}${of_models}")
 if(VORNA_BUILD_COMMAND AND VORNA_WITH_PROJ)
-  # For maps. Debian names the package after the library.
-  string(REPLACE ".so." "" proj_package ${proj_library})
   set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS "${proj_package}, fonts-dejavu-core")
 endif()
 if(VORNA_WITH_VIEWER)

@@ -18,6 +18,11 @@ struct Model_Error : Usage_Error {
     using Usage_Error::Usage_Error;
 };
 
+// A file ends before what it announces.
+struct Cut_Off_Error : Model_Error {
+    using Model_Error::Model_Error;
+};
+
 // A place in a texture: u to the right, v upwards, 0 to 1 from border to border.
 struct Texture_Point {
     float u = 0, v = 0;

@@ -97,16 +97,13 @@ private:
         return none;
     }
 
+    // Both numbers behind slashes may be left out, the slashes too.
     std::uint32_t read_corner() {
         const std::uint32_t position = read_index(positions_.size(), "a vertex index");
         std::uint32_t normal = none, coordinate = none;
-        if (cursor_.accept('/')) {
-            if (!cursor_.accept('/')) {
-                coordinate = read_texture_index();
-                if (cursor_.accept('/')) {
-                    normal = read_index(normals_.size(), "a normal index");
-                }
-            } else {
+        if (cursor_.accept('/') && !cursor_.at_word_end()) {
+            coordinate = cursor_.at('/') ? none : read_texture_index();
+            if (cursor_.accept('/') && !cursor_.at_word_end()) {
                 normal = read_index(normals_.size(), "a normal index");
             }
         }
@@ -195,7 +192,7 @@ private:
 
     // A library that is missing or broken costs only the materials.
     void read_materials(const std::string& name) {
-        const std::string library = (path_of(file_).parent_path() / path_of(name)).lexically_normal().string();
+        const std::string library = named_path(file_, file_, name, limits_);
         if (!libraries_.insert(library).second) {
             return; // a short file can name a long library as often as it likes
         }
@@ -262,7 +259,7 @@ private:
         }
         if (const std::string name(cursor.rest_of_line()); !name.empty()) {
             limits_.take_work(file_, mesh_.images.size());
-            into.material.image = image_number(mesh_, image_path(file_, library, name, limits_), file_);
+            into.material.image = image_number(mesh_, named_path(file_, library, name, limits_), file_);
         }
     }
 

@@ -22,12 +22,14 @@ struct Scalar_Name {
 };
 
 constexpr std::array scalar_names{
-    Scalar_Name{"char", Scalar::int8},      Scalar_Name{"int8", Scalar::int8},       Scalar_Name{"uchar", Scalar::uint8},
-    Scalar_Name{"uint8", Scalar::uint8},    Scalar_Name{"short", Scalar::int16},     Scalar_Name{"int16", Scalar::int16},
-    Scalar_Name{"ushort", Scalar::uint16},  Scalar_Name{"uint16", Scalar::uint16},   Scalar_Name{"int", Scalar::int32},
-    Scalar_Name{"int32", Scalar::int32},    Scalar_Name{"uint", Scalar::uint32},     Scalar_Name{"uint32", Scalar::uint32},
-    Scalar_Name{"float", Scalar::float32},  Scalar_Name{"float32", Scalar::float32}, Scalar_Name{"double", Scalar::float64},
-    Scalar_Name{"float64", Scalar::float64}};
+    Scalar_Name{"char", Scalar::int8},       Scalar_Name{"int8", Scalar::int8},       Scalar_Name{"uchar", Scalar::uint8},
+    Scalar_Name{"uint8", Scalar::uint8},     Scalar_Name{"short", Scalar::int16},     Scalar_Name{"int16", Scalar::int16},
+    Scalar_Name{"ushort", Scalar::uint16},   Scalar_Name{"uint16", Scalar::uint16},   Scalar_Name{"int", Scalar::int32},
+    Scalar_Name{"int32", Scalar::int32},     Scalar_Name{"uint", Scalar::uint32},     Scalar_Name{"uint32", Scalar::uint32},
+    Scalar_Name{"float", Scalar::float32},   Scalar_Name{"float32", Scalar::float32}, Scalar_Name{"double", Scalar::float64},
+    Scalar_Name{"float64", Scalar::float64}, Scalar_Name{"int8_t", Scalar::int8},     Scalar_Name{"uint8_t", Scalar::uint8},
+    Scalar_Name{"int16_t", Scalar::int16},   Scalar_Name{"uint16_t", Scalar::uint16}, Scalar_Name{"int32_t", Scalar::int32},
+    Scalar_Name{"uint32_t", Scalar::uint32}};
 
 // Where a vertex property goes.
 enum Attribute : std::size_t { x, y, z, nx, ny, nz, red, green, blue, attribute_count };
@@ -81,6 +83,7 @@ Property read_property(Text_Cursor& cursor) {
     return property;
 }
 
+// Lines that begin with another word are comments: old exporters write some without saying so.
 Header read_header(Text_Cursor& cursor) {
     Header header;
     if (Text_Cursor before = cursor; cursor.word() != "ply") {
@@ -120,8 +123,6 @@ Header read_header(Text_Cursor& cursor) {
                 before.fail("'element' before the first property");
             }
             header.elements.back().properties.push_back(read_property(cursor));
-        } else if (keyword != "comment" && keyword != "obj_info" && !keyword.empty()) {
-            before.fail("'format', 'element', 'property' or 'end_header'");
         }
     }
     cursor.fail("'end_header'");
@@ -176,8 +177,11 @@ public:
     }
     std::size_t remaining() const { return content_.size() - next_; }
     [[noreturn]] void fail(const std::string& expected) {
-        throw Model_Error(file_ + ": byte " + std::to_string(place_) + ": expected " + expected +
-                          (place_ == content_.size() ? ", found the end of the file" : ""));
+        const std::string message = file_ + ": byte " + std::to_string(place_) + ": expected " + expected;
+        if (place_ == content_.size()) {
+            throw Cut_Off_Error(message + ", found the end of the file");
+        }
+        throw Model_Error(message);
     }
 
 private:

@@ -35,13 +35,13 @@ private:
 
 Mesh read_binary(const std::string& file, std::string_view content, Load_Limits& limits) {
     if (content.size() < binary_header) {
-        throw Model_Error(file + ": byte " + std::to_string(content.size()) +
-                          ": expected a header of 84 bytes, found the end of the file");
+        throw Cut_Off_Error(file + ": byte " + std::to_string(content.size()) +
+                            ": expected a header of 84 bytes, found the end of the file");
     }
     const std::uint64_t count = load<std::uint32_t, std::endian::little>(content.data() + 80);
     if (content.size() < binary_header + count * binary_facet) {
-        throw Model_Error(file + ": byte " + std::to_string(content.size()) + ": expected " + std::to_string(count) +
-                          " facets of 50 bytes, found the end of the file");
+        throw Cut_Off_Error(file + ": byte " + std::to_string(content.size()) + ": expected " + std::to_string(count) +
+                            " facets of 50 bytes, found the end of the file");
     }
     limits.take_memory(file, count * facet_memory);
     Corner_Joiner joiner;

@@ -87,6 +87,9 @@ public:
         return {start, static_cast<std::size_t>(stop - start)};
     }
 
+    bool at(char c) const noexcept { return place_ != end_ && *place_ == c; }
+    bool at_word_end() const noexcept { return place_ == end_ || is_space(*place_); }
+
     // True and past it when the next character is this one.
     bool accept(char c) noexcept {
         if (place_ == end_ || *place_ != c) {
@@ -135,8 +138,11 @@ public:
         for (const char c : found) {
             shown += c >= ' ' && c <= '~' ? c : '?';
         }
-        throw Model_Error(*file_ + ":" + std::to_string(line_) + ": expected " + expected + ", found " +
-                          (found.empty() ? (place_ == end_ ? "the end of the file" : "the end of the line") : "'" + shown + "'"));
+        const std::string start = *file_ + ":" + std::to_string(line_) + ": expected " + expected + ", found ";
+        if (found.empty() && place_ == end_) {
+            throw Cut_Off_Error(start + "the end of the file");
+        }
+        throw Model_Error(start + (found.empty() ? "the end of the line" : "'" + shown + "'"));
     }
 
 private:
