@@ -51,6 +51,10 @@ struct Mesh {
     std::size_t triangle_count() const noexcept { return triangles.size() / 3; }
 };
 
+// By vertex the material of a triangle that uses it, no_material for a plain one. Empty when the materials' finishes make no
+// difference.
+std::vector<std::uint32_t> vertex_finishes(const Mesh& mesh);
+
 // Whether its lists belong together, name nothing that is not there, and lie in finite places: of meshes that nobody here has
 // made.
 bool is_consistent(const Mesh& mesh);
@@ -62,8 +66,7 @@ void finish_mesh(Mesh& mesh, const std::string& file, std::optional<double> crea
 
 // Several meshes as one that is finished, each where its file has it. Each keeps its colours, materials and normals. files: their
 // names, for messages. empty: whether meshes without triangles are fine, and all of them together. Throws Model_Error.
-Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty,
-                 std::optional<double> crease = {});
+Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty, std::optional<double> crease = {});
 
 // Of a finished mesh's triangle, length 1. Faces look where their vertices' normals do, even where the file winds them the other
 // way.
