@@ -217,6 +217,7 @@ Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const
         from.Get(AI_MATKEY_GLTF_ALPHACUTOFF, paint.material.cut_off);
     } else {
         from.Get(AI_MATKEY_OPACITY, paint.material.opacity);
+        paint.material.opacity = shown_opacity(paint.material.opacity);
     }
     if (paint.material.transparency == Transparency::none || paint.material.transparency == Transparency::cut_out) {
         paint.material.opacity = 1;

@@ -16,10 +16,10 @@ constexpr float key_light = 0.72F;
 constexpr float viewer_light = 0.10F;
 constexpr float sky_light = 0.30F;
 constexpr float ground_light = 0.07F;
-constexpr float fill_light = 0.10F;
+constexpr float fill_light = 0.08F;
 constexpr float highlight = 0.16F;
 // Of black forms; lighter ones have less.
-constexpr float rim_light = 0.14F;
+constexpr float rim_light = 0.08F;
 constexpr float least_scattering = 0.03F;
 // What metal reflects: sky and ground with a soft horizon, and the key light as a bright field.
 constexpr float mirrored_sky = 0.85F, mirrored_ground = 0.10F, mirrored_key = 0.9F;

@@ -39,6 +39,12 @@ struct Finish {
     bool operator==(const Finish&) const = default;
 };
 
+// An opacity as older formats state it. Where it is 0 the surface is opaque: programs that confuse opacity with transparency write
+// it, and the model could not be seen.
+inline float shown_opacity(float stated) {
+    return stated > 0 ? stated : 1;
+}
+
 // A surface of which the roughness is known, 0 for a mirror and 1 for chalk, and how far it is of metal, 0 to 1.
 Finish finish_of_metal(float metal, float roughness);
 

@@ -103,9 +103,9 @@ void Obj_Materials::read_property(const std::string& library, Text_Cursor& curso
     } else if (keyword == "illum") {
         into.illumination = static_cast<int>(std::clamp(read_number(cursor).value_or(2), 0.0F, 10.0F));
     } else if (keyword == "d") {
-        into.material.opacity = cursor.number("an opacity");
+        into.material.opacity = shown_opacity(cursor.number("an opacity"));
     } else if (keyword == "Tr") {
-        into.material.opacity = 1 - cursor.number("a transparency");
+        into.material.opacity = shown_opacity(1 - cursor.number("a transparency"));
     } else if (keyword == "map_Kd") {
         read_map(library, cursor, into);
     }

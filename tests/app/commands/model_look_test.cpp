@@ -99,6 +99,8 @@ TEST_F(Model_Look_Of_Files, textures_and_opacity_are_drawn_unless_a_colour_or_pl
     const std::string glass = folder.file("glass.obj", square + "usemtl glass\nf 1 2 3 4\n");
     EXPECT_NEAR(render(glass, straight).at(60, 60)[2], 128, 30); // on white
     EXPECT_LT(render(glass, with({"--shading", "flat"})).at(60, 60)[2], 90);
+    folder.file("paint.mtl", "newmtl glass\nKd 1 0 0\nTr 1\n"); // would show nothing
+    EXPECT_TRUE(is_red(render(glass, straight).at(60, 60)));
 }
 
 TEST_F(Model_Look_Of_Files, colours_of_vertices_are_drawn) {
