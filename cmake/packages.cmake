@@ -22,7 +22,7 @@ if(VORNA_BUILD_COMMAND)
   install(DIRECTORY docs DESTINATION ${documents} COMPONENT command)
   # What is compiled or linked into the files themselves is named beside them, as its licences ask for.
   set(parts libcli11-dev nlohmann-json3-dev)
-  if(NOT VORNA_WITH_MODEL_LIBRARIES)
+  if(VORNA_WITH_STB)
     list(APPEND parts libstb-dev)
   endif()
   if(MINGW)

@@ -49,11 +49,20 @@ private:
         return h;
     }
 
+    // The array's own comparison calls memcmp, which takes longer for so few words.
+    static bool are_equal(const Tuple& a, const Tuple& b) noexcept {
+        std::uint32_t difference = 0;
+        for (std::size_t i = 0; i < words; ++i) {
+            difference |= a[i] ^ b[i];
+        }
+        return difference == 0;
+    }
+
     // Linear probing; at most half of the slots are ever taken.
     std::uint32_t& slot_of(const Tuple& tuple) noexcept {
         const std::size_t mask = slots_.size() - 1;
         std::size_t i = hash(tuple) & mask;
-        while (slots_[i] != empty && keys_[slots_[i]] != tuple) {
+        while (slots_[i] != empty && !are_equal(keys_[slots_[i]], tuple)) {
             i = (i + 1) & mask;
         }
         return slots_[i];
