@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "drawing/image/png_writer.h"
+#include "drawing/image/image_form.h"
 #include "host/color.h"
 #include "host/frame_buffer.h"
 #include "host/geometry.h"
@@ -36,7 +36,7 @@ std::string png_palette_of(const VT_Palette& palette);
 std::string png_palette_of(const std::vector<VT_RGB32>& colors);
 
 // The form of the file that png_of makes.
-Png_Form png_form_of(const Raster& raster, const VT_Palette& palette);
+Image_Form image_form_of(const Raster& raster, const VT_Palette& palette);
 
 // 32-bit colours become RGBA with all four bytes as stored, palette indices a palette PNG with the indices as stored, depths
 // 16-bit greyscale. The palette is read for indices only.
