@@ -9,6 +9,22 @@
 
 namespace vorna::drawing {
 
+namespace {
+
+// Of 32 bits a pixel.
+bool is_opaque(const Raster& raster) {
+    std::uint8_t alphas = 255;
+    for (std::int32_t row = 0; row < raster.height; ++row) {
+        const std::uint8_t* pixels = raster.top + row * raster.row_bytes;
+        for (std::int32_t i = 0; i < raster.width; ++i) {
+            alphas &= pixels[4 * i + 3];
+        }
+    }
+    return alphas == 255;
+}
+
+} // namespace
+
 Image_Form image_form_of(const Raster& raster, const VT_Palette& palette) {
     const auto width = static_cast<std::uint32_t>(raster.width), height = static_cast<std::uint32_t>(raster.height);
     switch (raster.format) {
@@ -17,7 +33,7 @@ Image_Form image_form_of(const Raster& raster, const VT_Palette& palette) {
     case Buffer_Format::depth16:
         return {.width = width, .height = height, .sample_bits = 16, .colors = Image_Form::Colors::grey, .linear = true};
     default:
-        return {.width = width, .height = height};
+        return {.width = width, .height = height, .opaque = is_opaque(raster), .reducible = true};
     }
 }
 

@@ -28,20 +28,38 @@ int bits_for(std::size_t colors) noexcept {
 
 } // namespace
 
+bool looks_at_samples(const Image_Form& form) noexcept {
+    constexpr std::uint64_t most_pixels = std::uint64_t{1} << 21;
+    return form.reducible && form.place.empty() && form.colors == Image_Form::Colors::red_green_blue_alpha &&
+           std::uint64_t{form.width} * form.height <= most_pixels;
+}
+
 Png_Layout::Png_Layout(const Image_Form& form)
-    : width_(form.width), height_(form.height), sample_row_bytes_(form.row_bytes()), opaque_(form.opaque),
-      colors_(static_cast<Colors>(form.colors)), sample_bits_(form.sample_bits), palette_(form.palette) {
+    : width_(form.width), height_(form.height), sample_row_bytes_(form.row_bytes()), colors_(static_cast<Colors>(form.colors)),
+      sample_bits_(form.sample_bits), palette_(form.palette) {
     if (colors_ == Colors::palette) {
         sample_bits_ = bits_for(palette_.size() / 3);
-    } else if (colors_ == Colors::red_green_blue_alpha && opaque_) {
+    } else if (colors_ == Colors::red_green_blue_alpha && form.opaque) {
         colors_ = Colors::red_green_blue;
     }
 }
 
 Png_Layout::Png_Layout(const Image_Form& form, const std::uint8_t* samples) : Png_Layout(form) {
-    if (form.colors == Image_Form::Colors::red_green_blue_alpha && find_colors(samples)) {
-        maps_colors_ = true;
+    if (form.colors != Image_Form::Colors::red_green_blue_alpha) {
+        return;
     }
+    maps_colors_ = find_colors(samples);
+    if (!maps_colors_ && is_opaque(samples)) {
+        colors_ = Colors::red_green_blue;
+    }
+}
+
+bool Png_Layout::is_opaque(const std::uint8_t* samples) const noexcept {
+    std::uint8_t alphas = 255;
+    for (std::size_t i = 3; i < height_ * sample_row_bytes_; i += 4) {
+        alphas &= samples[i];
+    }
+    return alphas == 255;
 }
 
 std::size_t Png_Layout::channels() const noexcept {

@@ -12,13 +12,16 @@
 
 namespace vorna::drawing {
 
+// Whether all samples are looked at before any is stored, which small images of reducible forms are.
+bool looks_at_samples(const Image_Form& form) noexcept;
+
 // Opaque colours are stored without alpha, and palettes of up to 16 colours in 1, 2 or 4 bits a pixel.
 class Png_Layout {
 public:
     enum class Colors : std::uint8_t { grey = 0, red_green_blue = 2, palette = 3, red_green_blue_alpha = 6 };
 
     explicit Png_Layout(const Image_Form& form);
-    // samples: of the whole image, whose colours become a palette when they are 256 or fewer.
+    // samples: of the whole image. Colours become a palette when they are 256 or fewer; whether all are opaque is seen from them.
     Png_Layout(const Image_Form& form, const std::uint8_t* samples);
 
     Colors colors() const noexcept { return colors_; }
@@ -38,6 +41,7 @@ private:
     using Color = std::uint32_t; // as it lies in memory
 
     std::size_t channels() const noexcept;
+    bool is_opaque(const std::uint8_t* samples) const noexcept;
     bool find_colors(const std::uint8_t* samples);
     void use_palette(std::vector<Color> colors);
     std::size_t place_of(Color color) const noexcept;
@@ -45,7 +49,6 @@ private:
     void store_indices(const std::uint8_t* samples, std::uint8_t* row) const;
 
     std::size_t width_, height_, sample_row_bytes_;
-    bool opaque_;
     Colors colors_;
     int sample_bits_;
     std::string palette_, transparency_;

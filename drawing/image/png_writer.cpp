@@ -131,18 +131,32 @@ std::string Png_Encoder::tail() {
 }
 
 std::string png_file(const Image_Form& form, const std::function<void(std::uint32_t, std::uint8_t*)>& fill) {
-    Png_Encoder encoder(form, Png_Layout(form));
-    std::string file = encoder.head();
     const std::size_t row_bytes = form.row_bytes();
-    std::vector<std::uint8_t> samples((encoder.block_rows() + 1) * row_bytes); // the row above, then a block
+    std::vector<std::uint8_t> samples;
+    const bool whole = looks_at_samples(form);
+    if (whole) {
+        samples.resize(form.height * row_bytes);
+        for (std::uint32_t row = 0; row < form.height; ++row) {
+            fill(row, &samples[row * row_bytes]);
+        }
+    }
+    Png_Encoder encoder(form, whole ? Png_Layout(form, samples.data()) : Png_Layout(form));
+    std::string file = encoder.head();
+    if (!whole) {
+        samples.resize((encoder.block_rows() + 1) * row_bytes); // the row above, then a block
+    }
     for (std::uint32_t first = 0; first < form.height; first += encoder.block_rows()) {
-        const Sample_Rows rows{first, std::min(first + encoder.block_rows(), form.height), &samples[row_bytes],
-                               first > 0 ? samples.data() : nullptr};
-        for (std::uint32_t row = first; row < rows.end; ++row) {
-            fill(row, &samples[(row - first + 1) * row_bytes]);
+        Sample_Rows rows{first, std::min(first + encoder.block_rows(), form.height), nullptr, nullptr};
+        std::uint8_t* block = &samples[whole ? first * row_bytes : row_bytes];
+        rows.samples = block;
+        rows.above = first > 0 ? block - row_bytes : nullptr;
+        if (!whole && first > 0) {
+            std::memcpy(samples.data(), &samples[encoder.block_rows() * row_bytes], row_bytes);
+        }
+        for (std::uint32_t row = first; row < rows.end && !whole; ++row) {
+            fill(row, block + (row - first) * row_bytes);
         }
         file += encoder.join(rows, encoder.pack(rows));
-        std::memcpy(samples.data(), &samples[(rows.end - first) * row_bytes], row_bytes);
     }
     return file + encoder.tail();
 }

@@ -13,6 +13,7 @@
 #include "drawing/files/helpers.h"
 #include "drawing/files/interruption.h"
 #include "drawing/image/image_formats.h"
+#include "drawing/image/png_layout.h"
 
 namespace vorna::drawing {
 
@@ -21,13 +22,9 @@ namespace {
 // Of a thread that packs: the packer's state and what it has packed.
 constexpr std::uint64_t thread_memory = std::uint64_t{3} << 20;
 
-// Images of up to so many pixels are looked at as a whole, to find out whether a palette holds all of their colours.
-constexpr std::uint64_t most_pixels_looked_at = std::uint64_t{1} << 21;
-
+// Other files store all colours in one way.
 bool is_looked_at(const Image_Form& form) {
-    return form.reducible && form.place.empty() && (form.file == Image_File::png || form.file == Image_File::pdf) &&
-           form.colors == Image_Form::Colors::red_green_blue_alpha &&
-           std::uint64_t{form.width} * form.height <= most_pixels_looked_at;
+    return (form.file == Image_File::png || form.file == Image_File::pdf) && looks_at_samples(form);
 }
 
 // Rows in memory, and what becomes of them.

@@ -150,6 +150,21 @@ std::string hex(const std::uint8_t* bytes, std::size_t count) {
     return text;
 }
 
+Png_Pixels colors_of(Png_Pixels pixels) {
+    const bool indexed = pixels.color_type == 3;
+    if (!indexed && pixels.color_type != 2) {
+        return pixels;
+    }
+    std::vector<std::uint8_t> colors;
+    for (std::size_t i = 0; i < pixels.bytes.size(); i += pixels.pixel_bytes) {
+        const std::size_t index = pixels.bytes[i];
+        const std::uint8_t* color = indexed ? &pixels.palette.at(3 * index) : &pixels.bytes[i];
+        colors.insert(colors.end(), color, color + 3);
+        colors.push_back(indexed && index < pixels.alphas.size() ? pixels.alphas[index] : std::uint8_t{255});
+    }
+    return {.width = pixels.width, .height = pixels.height, .bit_depth = 8, .color_type = 6, .pixel_bytes = 4, .bytes = colors};
+}
+
 } // namespace
 
 Png_Pixels read_png(const std::string& path) {
@@ -161,24 +176,11 @@ Png_Pixels read_png(const std::string& path) {
 }
 
 Png_Pixels read_colors(const std::string& path) {
-    Png_Pixels pixels = read_png(path);
-    if (pixels.color_type == 6) {
-        return pixels;
-    }
-    std::vector<std::uint8_t> colors;
-    for (std::size_t i = 0; i < pixels.bytes.size(); i += pixels.pixel_bytes) {
-        const std::size_t index = pixels.bytes[i];
-        const bool indexed = pixels.color_type == 3;
-        const std::uint8_t* color = indexed ? &pixels.palette.at(3 * index) : &pixels.bytes[i];
-        colors.insert(colors.end(), color, color + 3);
-        colors.push_back(indexed && index < pixels.alphas.size() ? pixels.alphas[index] : std::uint8_t{255});
-    }
-    pixels.bytes = std::move(colors);
-    pixels.pixel_bytes = 4;
-    return pixels;
+    return colors_of(read_png(path));
 }
 
-std::string difference(const Png_Pixels& drawn, const Png_Pixels& expected) {
+std::string difference(const Png_Pixels& stored, const Png_Pixels& expected) {
+    const Png_Pixels drawn = expected.color_type == 6 ? colors_of(stored) : stored;
     const auto form = [](const Png_Pixels& pixels) {
         return std::to_string(pixels.width) + " x " + std::to_string(pixels.height) + ", " + std::to_string(pixels.bit_depth) +
                " bits, colour type " + std::to_string(pixels.color_type);

@@ -22,7 +22,7 @@ Png_Pixels read_png(const std::string& path);
 // Red, green, blue and alpha of every pixel, however the file stores them; of files of 8 bits.
 Png_Pixels read_colors(const std::string& path);
 
-// Empty when both are the same, else where they differ first.
-std::string difference(const Png_Pixels& drawn, const Png_Pixels& expected);
+// Empty when both are the same, else where they differ first. Where colours are expected, they may be stored in any way.
+std::string difference(const Png_Pixels& stored, const Png_Pixels& expected);
 
 } // namespace replay_tests
