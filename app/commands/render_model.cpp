@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "app/cli/messages.h"
-#include "drawing/files/output_file.h"
+#include "drawing/files/output_files.h"
 #include "drawing/job/model_drawing.h"
 
 namespace vorna::app {
@@ -55,7 +55,7 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     for (const drawing::model::Image_Source& image : mesh.images) {
         images.push_back(image.embedded ? std::string() : image.name);
     }
-    drawing::refuse_same_files(images, {options.output, options.record});
+    drawing::refuse_same_files(images, {options.image.output, options.record});
     const auto setup_start = Clock::now();
     drawing::Model_Drawing drawing(make_model(options, mesh), look, camera_settings_of(options, mesh, size),
                                    std::max(options.turntable, 1));

@@ -38,7 +38,9 @@ protected:
     }
     Png_Pixels pixels(const Options& inputs, const Options& options) {
         const std::string file = drawn(inputs, options);
-        return replay_tests::read_png(folder.file("kept.png", file));
+        const std::string kept = folder.file("kept.png", file);
+        const bool indexed = std::ranges::any_of(options, [](const auto& o) { return o == "--colors" || o == "--palette"; });
+        return indexed ? replay_tests::read_png(kept) : replay_tests::read_colors(kept);
     }
 
     replay_tests::Temporary_Folder folder;
