@@ -116,15 +116,15 @@ void Surfaces::add_color(VT_RGB32 color) {
 }
 
 // A colour that is not lit becomes emission.
-void Surfaces::add_finish(const Finish& finish) {
+void Surfaces::add_finish(const Finish& finish, VT_RGB32 color) {
     const float shown = finish.lit ? 0.0F : 1.0F;
     lit.push_back(1.0F - shown);
     mirror.push_back(finish.mirror);
     highlight.push_back(finish.highlight);
     sharpness.push_back(finish.sharpness);
-    red_emission.push_back(finish.emission[0] + shown * red.back());
-    green_emission.push_back(finish.emission[1] + shown * green.back());
-    blue_emission.push_back(finish.emission[2] + shown * blue.back());
+    red_emission.push_back(finish.emission[0] + shown * intensity(color.red));
+    green_emission.push_back(finish.emission[1] + shown * intensity(color.green));
+    blue_emission.push_back(finish.emission[2] + shown * intensity(color.blue));
 }
 
 bool Surfaces::face_viewer(std::size_t i, const Camera& camera) const noexcept {

@@ -148,5 +148,33 @@ TEST_F(Model_Look_Of_Files, images_of_ply_lie_where_vertices_or_corners_say) {
     }
 }
 
+// A triangle of a material, seen straight on.
+std::string gltf_of(const std::string& material) {
+    return R"({"asset":{"version":"2.0"},"extensionsUsed":["KHR_materials_unlit"],"scene":0,"scenes":[{"nodes":[0]}],)"
+           R"("nodes":[{"mesh":0}],"meshes":[{"primitives":[{"attributes":{"POSITION":0},"material":0}]}],)"
+           R"("buffers":[{"byteLength":36,"uri":"data:application/octet-stream;base64,)"
+           "AACAvwAAgL8AAAAAAACAPwAAgL8AAAAAAAAAAAAAgD8AAAAA"
+           R"("}],"bufferViews":[{"buffer":0,"byteLength":36}],"accessors":[{"bufferView":0,"componentType":5126,"count":3,)"
+           R"("type":"VEC3","min":[-1,-1,0],"max":[1,1,0]}],"materials":[{)" +
+           material + "}]}";
+}
+
+TEST_F(Model_Look_Of_Files, finishes_of_gltf_are_drawn) {
+    const auto shown = [&](const std::string& more, const std::string& factors) {
+        const std::string material = more + R"("pbrMetallicRoughness":{"baseColorFactor":[0.25,0.04,0.09,1],)" + factors + "}";
+        return render(folder.file("one.gltf", gltf_of(material)), straight).at(60, 70);
+    };
+    const std::array<int, 3> chalk = shown("", R"("metallicFactor":0,"roughnessFactor":1)"),
+                             rough = shown("", R"("metallicFactor":1,"roughnessFactor":1)"),
+                             polished = shown("", R"("metallicFactor":1,"roughnessFactor":0.1)"),
+                             glowing = shown(R"("emissiveFactor":[0,0.5,0],)", R"("metallicFactor":0,"roughnessFactor":1)");
+    EXPECT_EQ(chalk, rough);
+    EXPECT_NE(chalk, polished);
+    EXPECT_EQ(glowing[0], chalk[0]);
+    EXPECT_GT(glowing[1], chalk[1] + 60);
+    // Pixels hold the square roots of light.
+    EXPECT_EQ(shown(R"("extensions":{"KHR_materials_unlit":{}},)", R"("metallicFactor":0)"), (std::array{128, 51, 77}));
+}
+
 } // namespace
 } // namespace vorna::drawing::model
