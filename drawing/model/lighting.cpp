@@ -18,8 +18,8 @@ constexpr float sky_light = 0.30F;
 constexpr float ground_light = 0.07F;
 constexpr float fill_light = 0.08F;
 constexpr float highlight = 0.16F;
-// Of black forms; lighter ones have less.
-constexpr float rim_light = 0.08F;
+// Of black forms, above; lighter ones have less.
+constexpr float rim_light = 0.12F;
 constexpr float least_scattering = 0.03F;
 // What metal reflects: sky and ground with a soft horizon, and the key light as a bright field.
 constexpr float mirrored_sky = 0.85F, mirrored_ground = 0.10F, mirrored_key = 0.9F;
@@ -116,15 +116,15 @@ void Surfaces::add_color(VT_RGB32 color) {
 }
 
 // A colour that is not lit becomes emission.
-void Surfaces::add_finish(const Finish& finish) {
+void Surfaces::add_finish(const Finish& finish, VT_RGB32 color) {
     const float shown = finish.lit ? 0.0F : 1.0F;
     lit.push_back(1.0F - shown);
     mirror.push_back(finish.mirror);
     highlight.push_back(finish.highlight);
     sharpness.push_back(finish.sharpness);
-    red_emission.push_back(finish.emission[0] + shown * red.back());
-    green_emission.push_back(finish.emission[1] + shown * green.back());
-    blue_emission.push_back(finish.emission[2] + shown * blue.back());
+    red_emission.push_back(finish.emission[0] + shown * intensity(color.red));
+    green_emission.push_back(finish.emission[1] + shown * intensity(color.green));
+    blue_emission.push_back(finish.emission[2] + shown * intensity(color.blue));
 }
 
 bool Surfaces::face_viewer(std::size_t i, const Camera& camera) const noexcept {
@@ -180,14 +180,14 @@ void Lighting::shade_with(const Surfaces& surfaces, const Seen_Normal& seen_norm
                 seen.along * (nx[i] * viewer.x + ny[i] * viewer.y + nz[i] * viewer.z) + seen.toward_viewer;
             const float toward_fill =
                 seen.along * (nx[i] * fill.x + ny[i] * fill.y + nz[i] * fill.z) + seen.toward_viewer * fill_toward_viewer;
-            const float facing = positive(toward_viewer);
+            const float facing = positive(toward_viewer), upward = 0.5F + 0.5F * toward_sky;
             const float lit = positive((toward_key + wrap) * (1.0F / (1.0F + wrap)));
             const float diffuse = key_light * lit + fill_light * positive(toward_fill) + viewer_light * facing + ground_light +
-                                  (sky_light - ground_light) * (0.5F + 0.5F * toward_sky);
+                                  (sky_light - ground_light) * upward;
             const float r = base.red(start + i), g = base.green(start + i), b = base.blue(start + i);
             const float lightest = std::max(r, std::max(g, b));
             const float away = positive(1.0F - facing);
-            const float rim = rim_light * positive(1.0F - lightest) * (away * away * away);
+            const float rim = rim_light * upward * positive(1.0F - lightest) * (away * away * away);
             if constexpr (Finishes::is_plain) {
                 const float added = highlights * power(toward_half_way, plain_power) + rim;
                 words[i] = word_of(r * diffuse + added, g * diffuse + added, b * diffuse + added);

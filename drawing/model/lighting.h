@@ -40,8 +40,8 @@ struct Surfaces {
     void set(std::size_t i, const VT_Vector& normal, const VT_Vector& place) noexcept;
     // Black gets a little lighter, so that its form shows.
     void add_color(VT_RGB32 color);
-    // For the colour that was added last.
-    void add_finish(const Finish& finish);
+    // The finish of the colour that was added last.
+    void add_finish(const Finish& finish, VT_RGB32 color);
     bool has_one_color() const noexcept { return red.size() == 1; }
     // Whether a face is seen from the side that its normal points to.
     bool face_viewer(std::size_t i, const Camera& camera) const noexcept;

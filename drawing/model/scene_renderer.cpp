@@ -29,10 +29,11 @@ Scene_Renderer::Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_c
         }
         const auto add_to = [&](Surfaces& surfaces, std::uint32_t vertex) {
             const VT_RGB32 own = mesh.colors.empty() ? VT_RGB32{0, 0, 0, 0} : mesh.colors[numbers[vertex]];
-            surfaces.add_color(own.alpha == 0 ? base_color : own);
+            const VT_RGB32 color = own.alpha == 0 ? base_color : own;
+            surfaces.add_color(color);
             if (!finishes.empty()) {
                 const std::uint32_t material = finishes[numbers[vertex]];
-                surfaces.add_finish(material == no_material ? Finish{} : mesh.materials[material].finish);
+                surfaces.add_finish(material == no_material ? Finish{} : mesh.materials[material].finish, color);
             }
         };
         for (std::uint32_t vertex = 0; vertex < numbers.size(); ++vertex) {

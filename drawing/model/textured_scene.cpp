@@ -255,7 +255,7 @@ void Textured_Scene::set_colors(const Mesh& mesh, const std::vector<std::uint32_
         vertices_.add_color(colors[v]);
         if (!finishes.empty()) {
             const std::uint32_t material = finishes[vertices[v]];
-            vertices_.add_finish(material == no_material ? Finish{} : mesh.materials[material].finish);
+            vertices_.add_finish(material == no_material ? Finish{} : mesh.materials[material].finish, colors[v]);
         }
     }
 }

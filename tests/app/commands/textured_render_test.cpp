@@ -241,7 +241,8 @@ TEST_F(Textured_Render, the_nearest_translucent_surface_is_drawn_last_whatever_t
     folder.file("other.mtl", near_paint + far_paint + "newmtl back\nKd 1 1 1\n");
     const std::string back = "usemtl back\nf 9 10 11 12\n", far = "usemtl far\nf 1 2 3 4\n", near = "usemtl near\nf 5 6 7 8\n";
     const auto alone = [&](const std::string& faces) {
-        return render(folder.file("alone.obj", "mtllib paint.mtl\n" + places + faces), straight).at(60, 60);
+        const std::string model = folder.file("alone.obj", "mtllib paint.mtl\n" + places + faces);
+        return render(model, with(straight, {"--shading", "gouraud"})).at(60, 60);
     };
     const std::array<int, 3> of_back = alone(back), of_far = alone(far), of_near = alone(near);
     const std::pair<std::string, std::string> cases[] = {{"paint.mtl", near + back + far}, {"other.mtl", far + near + back}};
