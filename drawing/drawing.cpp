@@ -103,6 +103,14 @@ std::size_t Model::triangle_count() const {
     return content_->mesh.triangle_count();
 }
 
+std::size_t Model::line_count() const {
+    return content_->mesh.line_count();
+}
+
+std::size_t Model::point_count() const {
+    return content_->mesh.points.size();
+}
+
 const std::vector<std::string>& Model::warnings() const {
     return content_->mesh.warnings;
 }
@@ -132,7 +140,7 @@ struct Image_Maker {
         check(settings, settings.size);
         const model::Mesh& mesh = model.content_->mesh;
         const std::optional<VT_RGB32> background = settings.transparent ? std::nullopt : std::optional(settings.background);
-        const Model_Style style{view.look, view.edges, view.edge_color, view.color};
+        const Model_Style style{view.look, view.edges, view.edge_color, view.color, view.line_width, view.point_size};
         const auto camera = camera_of_mesh(view.camera, mesh, settings.size);
         if (!camera) {
             throw Usage_Error("camera: expected two places apart and another direction that points up");
@@ -142,9 +150,8 @@ struct Image_Maker {
             job.palette = new VT_Palette;
         }
         std::vector<std::string> warnings; // of textures, which stay out
-        drawing = std::make_unique<Model_Drawing>(
-            make_parts(mesh, style, *model.content_->limits, warnings),
-            Model_Look{view.look, edge_settings_of(style, background, settings.smooth_lines), job.palette}, *camera);
+        drawing = std::make_unique<Model_Drawing>(make_parts(mesh, style, *model.content_->limits, warnings),
+                                                  look_of(style, background, settings.smooth_lines, job.palette), *camera);
         module = module_of(settings);
     }
 

@@ -10,7 +10,6 @@ namespace vorna::drawing::model {
 
 #define VORNA_ASSIMP_FUNCTIONS(LIST)                                                                                             \
     LIST(aiApplyPostProcessing)                                                                                                  \
-    LIST(aiCreatePropertyStore)                                                                                                  \
     LIST(aiGetErrorString)                                                                                                       \
     LIST(aiGetMaterialColor)                                                                                                     \
     LIST(aiGetMaterialFloatArray)                                                                                                \
@@ -20,10 +19,8 @@ namespace vorna::drawing::model {
     LIST(aiGetMaterialTexture)                                                                                                   \
     LIST(aiGetMaterialTextureCount)                                                                                              \
     LIST(aiGetMaterialUVTransform)                                                                                               \
-    LIST(aiImportFileExWithProperties)                                                                                           \
-    LIST(aiIsExtensionSupported)                                                                                                 \
-    LIST(aiSetImportPropertyFloat)                                                                                               \
-    LIST(aiSetImportPropertyInteger)
+    LIST(aiImportFileEx)                                                                                                         \
+    LIST(aiIsExtensionSupported)
 
 // The functions under their own names.
 struct Assimp_Library {

@@ -226,6 +226,11 @@ void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, co
             corners.push_back(base + face.mIndices[i]);
             places.push_back(mesh.positions[corners.back()]);
         }
+        if (corners.size() <= 2) {
+            std::vector<std::uint32_t>& list = corners.size() == 2 ? mesh.lines : mesh.points;
+            list.insert(list.end(), corners.begin(), corners.end());
+            continue;
+        }
         append_polygon(mesh, corners, places, file, limits);
         mesh.triangle_materials.resize(mesh.triangle_count(), known ? part.mMaterialIndex : no_material);
     }
@@ -241,10 +246,8 @@ std::string name_for_assimp(const Input& input) {
 Mesh read_with(aiFileIO* files, const std::string& name, const Input& input, Load_Limits& limits) {
     const std::string& file = input.name;
     const Assimp_Library& library = assimp();
-    aiPropertyStore* const properties = library.aiCreatePropertyStore();
-    library.aiSetImportPropertyInteger(properties, AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
     constexpr unsigned steps = aiProcess_JoinIdenticalVertices | aiProcess_PreTransformVertices | aiProcess_SortByPType;
-    const aiScene* scene = library.aiImportFileExWithProperties(name.c_str(), steps, files, properties);
+    const aiScene* scene = library.aiImportFileEx(name.c_str(), steps, files);
     if (!scene && input.content && !is_assimp_format(input.suffix)) {
         throw Model_Error(file + ": expected a model, map or drawing that its content makes known, found " +
                           (input.content->empty() ? "nothing" : "another one; --input-format names it"));
@@ -292,6 +295,8 @@ void send(Process_Pipe& pipe, const Mesh& mesh) {
     pipe.write_list(mesh.normals);
     pipe.write_list(mesh.colors);
     pipe.write_list(mesh.triangles);
+    pipe.write_list(mesh.lines);
+    pipe.write_list(mesh.points);
     pipe.write_list(mesh.diagonals);
     pipe.write_list(mesh.coordinates);
     pipe.write_list(mesh.triangle_materials);
@@ -312,7 +317,10 @@ Mesh receive(Process_Pipe& pipe, const std::string& file, Load_Limits& limits) {
     mesh.normals = pipe.read_list<decltype(mesh.normals)>();
     mesh.colors = pipe.read_list<decltype(mesh.colors)>();
     mesh.triangles = pipe.read_list<decltype(mesh.triangles)>();
-    limits.take_memory(file, triangle_memory * mesh.triangle_count());
+    mesh.lines = pipe.read_list<decltype(mesh.lines)>();
+    mesh.points = pipe.read_list<decltype(mesh.points)>();
+    limits.take_memory(file, triangle_memory * mesh.triangle_count() +
+                                 sizeof(std::uint32_t) * (mesh.lines.size() + mesh.points.size()));
     mesh.diagonals = pipe.read_list<decltype(mesh.diagonals)>();
     mesh.coordinates = pipe.read_list<decltype(mesh.coordinates)>();
     mesh.triangle_materials = pipe.read_list<decltype(mesh.triangle_materials)>();

@@ -1,4 +1,4 @@
-// OBJ: positions, normals, polygons, and materials with their colours and images.
+// OBJ: positions, normals, polygons, lines, points, and materials with their colours and images.
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -46,6 +46,10 @@ public:
                 read_coordinate();
             } else if (keyword == "f") {
                 read_face();
+            } else if (keyword == "l") {
+                read_line();
+            } else if (keyword == "p") {
+                read_points();
             } else if (keyword == "usemtl") {
                 use_material(std::string(cursor_.rest_of_line()));
             } else if (keyword == "mtllib") {
@@ -63,7 +67,7 @@ public:
 private:
     // Exporters have statements of their own, so that a line that nobody knows is an error only where no vertex is.
     static bool is_foreign(std::string_view keyword) {
-        constexpr std::array<std::string_view, 6> known{"o", "g", "s", "l", "p", "vp"};
+        constexpr std::array<std::string_view, 4> known{"o", "g", "s", "vp"};
         return !keyword.empty() && keyword.front() != '#' && std::ranges::find(known, keyword) == known.end();
     }
 
@@ -116,6 +120,40 @@ private:
         }
         limits_.take_memory(file_, vertex_memory * (corners_.keys().size() - vertices) + triangle_memory * polygon_.size());
         append_polygon(mesh_, polygon_, places_, file_, limits_);
+    }
+
+    // A vertex of a line or point: normals and texture coordinates mean nothing there.
+    std::uint32_t read_plain_corner() {
+        const std::uint32_t position = read_index(positions_.size(), "a vertex index");
+        cursor_.finish_word();
+        const std::size_t vertices = corners_.keys().size();
+        const std::uint32_t corner = corners_.index_of({position, none, material_, none});
+        limits_.take_memory(file_, vertex_memory * (corners_.keys().size() - vertices) + 2 * sizeof corner);
+        return corner;
+    }
+
+    void read_line() {
+        std::uint32_t from = read_plain_corner();
+        do {
+            const std::uint32_t to = read_plain_corner();
+            mesh_.lines.insert(mesh_.lines.end(), {from, to});
+            from = to;
+        } while (!cursor_.at_line_end());
+    }
+
+    void read_points() {
+        do {
+            mesh_.points.push_back(read_plain_corner());
+        } while (!cursor_.at_line_end());
+    }
+
+    // Vertices without any element are a cloud, in which the normals are those of the vertices when there are as many.
+    void make_cloud() {
+        const bool has_normals = normals_.size() == positions_.size();
+        limits_.take_memory(file_, vertex_memory * positions_.size());
+        for (std::uint32_t v = 0; v < positions_.size(); ++v) {
+            mesh_.points.push_back(corners_.index_of({v, has_normals ? v : none, material_, none}));
+        }
     }
 
     void read_coordinate() {
@@ -244,6 +282,9 @@ private:
     }
 
     Mesh take_mesh() {
+        if (mesh_.is_empty()) {
+            make_cloud();
+        }
         note_material();
         Mesh& mesh = mesh_;
         const auto& keys = corners_.keys();

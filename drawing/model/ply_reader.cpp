@@ -3,6 +3,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <numeric>
 #include <optional>
 
 #include "drawing/model/bytes.h"
@@ -235,11 +236,17 @@ public:
                 read_vertices(element);
             } else if (element.name == "face") {
                 read_faces(element);
+            } else if (element.name == "edge" && element.has("vertex1") && element.has("vertex2")) {
+                read_edges(element);
             } else {
                 for (std::int64_t i = 0; i < element.count; ++i) {
                     skip_record(element);
                 }
             }
+        }
+        if (mesh_.is_empty() && has_places_) { // a point cloud
+            mesh_.points.resize(mesh_.positions.size());
+            std::iota(mesh_.points.begin(), mesh_.points.end(), 0U);
         }
         return std::move(mesh_);
     }
@@ -254,6 +261,7 @@ private:
             const auto found = std::ranges::find(attribute_names, std::string_view(property.name));
             return static_cast<std::size_t>(found - attribute_names.begin());
         });
+        has_places_ = element.has("x") && element.has("y") && element.has("z");
         const bool has_normals = element.has("nx") && element.has("ny") && element.has("nz");
         const bool has_colors = element.has("red") && element.has("green") && element.has("blue");
         const bool unit_colors = has_colors && element.properties[element.find("red")].scalar >= Scalar::float32;
@@ -294,6 +302,25 @@ private:
                     values_.number(property.scalar, "a face property");
                 }
             }
+        }
+    }
+
+    void read_edges(const Element& element) {
+        const std::size_t first = element.find("vertex1"), second = element.find("vertex2");
+        for (std::int64_t e = 0; e < element.count; ++e) {
+            limits_.take_memory(file_, 2 * sizeof(std::uint32_t));
+            std::array<std::uint32_t, 2> ends{};
+            for (std::size_t p = 0; p < element.properties.size(); ++p) {
+                const Property& property = element.properties[p];
+                if (property.count) {
+                    skip_list(property);
+                } else if (p == first || p == second) {
+                    ends[p == second] = read_vertex_index(property.scalar);
+                } else {
+                    values_.number(property.scalar, "an edge property");
+                }
+            }
+            mesh_.lines.insert(mesh_.lines.end(), ends.begin(), ends.end());
         }
     }
 
@@ -355,6 +382,7 @@ private:
     const std::string& file_;
     Load_Limits& limits_;
     Mesh mesh_;
+    bool has_places_ = false;            // whether vertices have coordinates
     std::vector<std::uint32_t> polygon_; // being read
     std::vector<VT_Vector> places_;      // of its corners
 };

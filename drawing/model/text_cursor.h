@@ -66,6 +66,13 @@ public:
         return {start, static_cast<std::size_t>(place_ - start)};
     }
 
+    // Past what is left of a word that has been begun.
+    void finish_word() noexcept {
+        while (place_ != end_ && !is_space(*place_)) {
+            ++place_;
+        }
+    }
+
     // What is left of the line without blanks around it: a name that may hold blanks.
     std::string_view rest_of_line() noexcept {
         skip_blanks();

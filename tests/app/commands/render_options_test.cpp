@@ -63,7 +63,7 @@ TEST_F(Render_Options, several_models_look_as_if_they_were_one_file) {
          {Options{"--shading", "textured", "--edges"}, {"--shading", "flat"}, {"--shading", "wireframe"}}) {
         EXPECT_TRUE(drawn({a, b}, options) == drawn({both}, options)) << testing::PrintToString(options);
     }
-    const std::string empty = folder.file("empty.obj", "v 0 0 0\n");
+    const std::string empty = folder.file("empty.obj", "o nothing\n");
     EXPECT_THAT(drawn({a, empty}, {}), HasSubstr("empty.obj: empty scene"));
     EXPECT_TRUE(drawn({empty, a}, {"--allow-empty"}) == drawn({a}, {}));
 }
