@@ -1,6 +1,7 @@
 // Numbers distinct tuples of words in the order of their first appearance: how readers share vertices.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -28,13 +29,19 @@ public:
         return slot;
     }
 
+    // Makes room for so many tuples at once.
+    void reserve(std::size_t count) {
+        keys_.reserve(count);
+        resize(std::max<std::size_t>(std::bit_ceil(2 * count + 1), slots_.size()));
+    }
+
     const std::vector<Tuple>& keys() const noexcept { return keys_; }
 
 private:
     static constexpr std::uint32_t empty = 0xFFFFFFFF;
 
-    static std::uint64_t hash(const Tuple& tuple) noexcept {
-        std::uint64_t h = hash_seed();
+    std::uint64_t hash(const Tuple& tuple) const noexcept {
+        std::uint64_t h = seed_;
         for (const std::uint32_t word : tuple) {
             h = (h ^ word) * 0x9E3779B97F4A7C15;
             h ^= h >> 29;
@@ -42,23 +49,35 @@ private:
         return h;
     }
 
+    // The array's own comparison calls memcmp, which takes longer for so few words.
+    static bool are_equal(const Tuple& a, const Tuple& b) noexcept {
+        std::uint32_t difference = 0;
+        for (std::size_t i = 0; i < words; ++i) {
+            difference |= a[i] ^ b[i];
+        }
+        return difference == 0;
+    }
+
     // Linear probing; at most half of the slots are ever taken.
     std::uint32_t& slot_of(const Tuple& tuple) noexcept {
         const std::size_t mask = slots_.size() - 1;
         std::size_t i = hash(tuple) & mask;
-        while (slots_[i] != empty && keys_[slots_[i]] != tuple) {
+        while (slots_[i] != empty && !are_equal(keys_[slots_[i]], tuple)) {
             i = (i + 1) & mask;
         }
         return slots_[i];
     }
 
-    void grow() {
-        slots_.assign(slots_.empty() ? 1024 : slots_.size() * 2, empty);
+    void grow() { resize(slots_.empty() ? 1024 : slots_.size() * 2); }
+
+    void resize(std::size_t count) {
+        slots_.assign(count, empty);
         for (std::size_t i = 0; i < keys_.size(); ++i) {
             slot_of(keys_[i]) = static_cast<std::uint32_t>(i);
         }
     }
 
+    std::uint64_t seed_ = hash_seed();
     std::vector<Tuple> keys_;
     std::vector<std::uint32_t> slots_;
 };
