@@ -6,6 +6,7 @@
 #include <numeric>
 #include <optional>
 
+#include "drawing/files/memory_allowance.h"
 #include "drawing/model/bytes.h"
 #include "drawing/model/model_reader.h"
 #include "drawing/model/polygon.h"
@@ -131,26 +132,31 @@ Header read_header(Text_Cursor& cursor) {
 // Values one after the other, whatever the encoding. A value that does not suit fails at the place it was read from.
 class Text_Values {
 public:
-    explicit Text_Values(Text_Cursor cursor) : cursor_(cursor), before_(cursor) {}
+    explicit Text_Values(Text_Cursor cursor) : cursor_(cursor), start_(cursor.place()) {}
 
     double number(Scalar, const char* expected) {
         advance();
         return static_cast<double>(cursor_.number(expected));
+    }
+    double any_number(Scalar, const char* expected) {
+        advance();
+        return static_cast<double>(cursor_.any_number(expected));
     }
     std::int64_t integer(Scalar, const char* expected) {
         advance();
         return cursor_.integer(expected);
     }
     std::size_t remaining() const { return cursor_.remaining(); }
-    [[noreturn]] void fail(const std::string& expected) { before_.fail(expected); }
+    [[noreturn]] void fail(const std::string& expected) { cursor_.at(start_).fail(expected); }
 
 private:
     void advance() {
         cursor_.skip_space();
-        before_ = cursor_;
+        start_ = cursor_.place();
     }
 
-    Text_Cursor cursor_, before_;
+    Text_Cursor cursor_;
+    const char* start_; // of the value read last
 };
 
 template <std::endian Order> class Binary_Values {
@@ -159,12 +165,14 @@ public:
         : file_(file), content_(content), next_(start) {}
 
     double number(Scalar scalar, const char* expected) {
-        const double value = take<double>(scalar, expected);
+        const double value = any_number(scalar, expected);
         if (!std::isfinite(value)) {
             fail(expected);
         }
         return value;
     }
+    // Infinities too, and what is no number.
+    double any_number(Scalar scalar, const char* expected) { return take<double>(scalar, expected); }
     std::int64_t integer(Scalar scalar, const char* expected) {
         if (scalar == Scalar::float32 || scalar == Scalar::float64) {
             const double value = take<double>(scalar, expected);
@@ -225,7 +233,8 @@ private:
 
 template <class Values> class Body_Reader {
 public:
-    Body_Reader(Values values, const std::string& file, Load_Limits& limits) : values_(values), file_(file), limits_(limits) {}
+    Body_Reader(Values values, const std::string& file, Load_Limits& limits)
+        : values_(values), file_(file), limits_(limits), memory_(limits, file) {}
 
     Mesh read(const Header& header) {
         for (const Element& element : header.elements) {
@@ -269,17 +278,19 @@ private:
         mesh_.positions.reserve(credible(element.count) / element.properties.size());
         std::array<double, attribute_count + 1> record{}; // The last one takes what is not wanted.
         for (std::int64_t v = 0; v < element.count; ++v) {
-            limits_.take_memory(file_, vertex_memory);
+            memory_.take(vertex_memory);
             for (std::size_t p = 0; p < element.properties.size(); ++p) {
                 if (element.properties[p].count) {
                     skip_list(element.properties[p]);
                 } else {
-                    record[attribute_of[p]] = values_.number(element.properties[p].scalar, "a vertex property");
+                    const Scalar scalar = element.properties[p].scalar;
+                    record[attribute_of[p]] = attribute_of[p] <= z ? values_.number(scalar, "a vertex coordinate")
+                                                                   : values_.any_number(scalar, "a vertex property");
                 }
             }
             mesh_.positions.push_back(vector(record[x], record[y], record[z]));
             if (has_normals) {
-                mesh_.normals.push_back(vector(record[nx], record[ny], record[nz]));
+                mesh_.normals.push_back(normal(record[nx], record[ny], record[nz]));
             }
             if (has_colors) {
                 mesh_.colors.push_back({channel(record[blue] * color_scale), channel(record[green] * color_scale),
@@ -330,9 +341,11 @@ private:
         places_.clear();
         for (std::int64_t i = 0; i < count; ++i) {
             polygon_.push_back(read_vertex_index(property.scalar));
-            places_.push_back(mesh_.positions[polygon_.back()]);
         }
-        limits_.take_memory(file_, triangle_memory * polygon_.size());
+        for (std::size_t i = 0; polygon_.size() > 3 && i < polygon_.size(); ++i) {
+            places_.push_back(mesh_.positions[polygon_[i]]);
+        }
+        memory_.take(triangle_memory * polygon_.size());
         append_polygon(mesh_, polygon_, places_, file_, limits_);
     }
 
@@ -376,11 +389,20 @@ private:
         return result;
     }
 
-    static std::uint8_t channel(double value) { return static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0) + 0.5); }
+    // Computed later where the file has none: scanners write what is no number for it.
+    static VT_Vector normal(double a, double b, double c) {
+        const VT_Vector result{static_cast<float>(a), static_cast<float>(b), static_cast<float>(c)};
+        return std::isfinite(result.x) && std::isfinite(result.y) && std::isfinite(result.z) ? result : VT_Vector{};
+    }
+
+    static std::uint8_t channel(double value) {
+        return value > 0 ? static_cast<std::uint8_t>(std::min(value, 255.0) + 0.5) : std::uint8_t{0}; // for no number, too
+    }
 
     Values values_;
     const std::string& file_;
     Load_Limits& limits_;
+    Memory_Allowance memory_;
     Mesh mesh_;
     bool has_places_ = false;            // whether vertices have coordinates
     std::vector<std::uint32_t> polygon_; // being read

@@ -115,6 +115,17 @@ public:
     // A finite number of the line. expected: what it is, for the message.
     float number(const char* expected) {
         skip_blanks();
+        const char* const start = place_;
+        const float value = any_number(expected);
+        if (!std::isfinite(value)) {
+            at(start).fail(expected);
+        }
+        return value;
+    }
+
+    // Infinities too, and what is no number.
+    float any_number(const char* expected) {
+        skip_blanks();
         const char* start = place_ != end_ && *place_ == '+' ? place_ + 1 : place_;
         float value = 0;
         if (read_plain_number(start, end_, place_, value)) {
@@ -122,14 +133,11 @@ public:
         }
         auto [stop, error] = std::from_chars(start, end_, value);
         if (error == std::errc::result_out_of_range) {
-            // Too small for a float is zero, too large is infinite and refused below.
+            // Too small for a float is zero, too large is infinite.
             double wide = HUGE_VAL;
             std::from_chars(start, end_, wide);
             value = std::abs(wide) < 1 ? 0.0F : HUGE_VALF;
         } else if (error != std::errc{}) {
-            fail(expected);
-        }
-        if (!std::isfinite(value)) {
             fail(expected);
         }
         place_ = stop;
