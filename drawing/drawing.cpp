@@ -85,7 +85,7 @@ Model::Model(const std::vector<std::string>& files, const Reading& reading)
     for (const std::string& file : files) {
         inputs.push_back(open_input(file, "", *content_->limits));
     }
-    content_->mesh = model::load_models(inputs, *content_->limits, reading.accepts_no_triangles);
+    content_->mesh = model::load_models(inputs, *content_->limits, reading.accepts_no_triangles, reading.crease);
 }
 
 Model::Model(model::Mesh mesh) : content_(new Content{limits_of({}), "mesh", std::move(mesh)}) {

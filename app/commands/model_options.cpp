@@ -213,6 +213,13 @@ void add_model_options(std::vector<Option>& table, Model_Options& options) {
           .value = text_value("COLOR"),
           .text = "Colour of the model instead of its own",
           .target = &options.color},
+         {.names = {"--crease"},
+          .value = number_value("DEGREES", 0, 180),
+          .text = "Shade faces as one surface up to this angle between them, where the model gives no normals: 0 is flat, 180 "
+                  "smooth everywhere; by default 30, or as smoothing groups of the model say",
+          .target = [&options](const std::string& text) {
+              std::from_chars(text.data(), text.data() + text.size(), options.crease.emplace());
+          }},
          {.names = {"--light"},
           .value = text_value("X,Y,Z"),
           .text = "Direction towards the light: right, up, towards the viewer",
@@ -274,6 +281,9 @@ std::vector<std::string> arguments_of(const Model_Options& options) {
     add_chosen("--cull", options.picture.culling, cullings);
     add("--background", options.background, defaults.background);
     add("--color", options.color, defaults.color);
+    if (options.crease) {
+        add("--crease", text_of(*options.crease), "");
+    }
     add("--light", options.light, defaults.light);
     add("--palette", options.palette, "");
     if (options.palette.empty() && options.colors == 8) {
@@ -399,7 +409,7 @@ drawing::model::Camera_Settings camera_settings_of(const Model_Options& options,
 }
 
 drawing::model::Mesh load_mesh(const Model_Options& options, std::vector<drawing::Input> inputs, bool empty) {
-    drawing::model::Mesh mesh = drawing::model::load_models(inputs, *options.limits, empty);
+    drawing::model::Mesh mesh = drawing::model::load_models(inputs, *options.limits, empty, options.crease);
     warn(options, mesh.warnings);
     return mesh;
 }

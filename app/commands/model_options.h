@@ -29,6 +29,7 @@ struct Model_Options {
     drawing::model::Model_Look picture;
     std::string background = "white", light = "-0.5,0.65,0.7"; // background none: transparent
     std::string color;                                         // empty = the model's own
+    std::optional<double> crease;                              // degrees; none = as the model says
     std::string edges;                                         // empty = none
     std::string edge_color;
     int line_width = 1, point_size = 0; // pixels; 0 = by the number of points

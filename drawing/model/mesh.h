@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,9 @@ struct Texture_Point {
 
 inline constexpr std::uint32_t no_material = 0xFFFFFFFF;
 
+// Smoothing groups of triangles that have none: where no normals are given, the crease angle decides, or every face is flat.
+inline constexpr std::uint32_t by_angle = 0, not_smooth = 0xFFFFFFFF;
+
 struct Mesh {
     std::vector<VT_Vector> positions;
     std::vector<VT_Vector> normals;       // none, or one a position; a zero one is to be computed
@@ -39,6 +43,7 @@ struct Mesh {
     // None, or by triangle: bit k is set when the side from corner k to the next one runs through the inside of a polygon.
     // Without for the last triangles, they have no such side.
     std::vector<std::uint8_t> diagonals;
+    std::vector<std::uint32_t> smoothing; // none, or one a triangle: a group of the file, by_angle or not_smooth
 
     std::vector<Texture_Point> coordinates;        // none, or one a position
     std::vector<std::uint32_t> triangle_materials; // none, or one a triangle, no_material for plain ones
@@ -74,12 +79,12 @@ bool is_consistent(const Mesh& mesh);
 
 // Makes a mesh fit for drawing: drops triangles and lines that repeat a vertex, moves the rest into the unit sphere around the
 // origin, so that floats serve models of any size and place, and gives every vertex a normal of length 1. file: for messages.
-// Throws Model_Error when nothing is left to draw.
-void finish_mesh(Mesh& mesh, const std::string& file);
+// crease: see complete_normals. Throws Model_Error when nothing is left to draw.
+void finish_mesh(Mesh& mesh, const std::string& file, std::optional<double> crease = {});
 
 // Several meshes as one that is finished, each where its file has it. Each keeps its colours, materials and normals. files: their
 // names, for messages. empty: whether empty meshes are accepted. Throws Model_Error.
-Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty);
+Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty, std::optional<double> crease = {});
 
 // Of a finished mesh's triangle, length 1. Faces look where their vertices' normals do, even where the file winds them the other
 // way.

@@ -122,7 +122,7 @@ std::uint32_t image_number(Mesh& mesh, const std::string& path, const std::strin
     return number;
 }
 
-Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty) {
+Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty, std::optional<double> crease) {
     std::vector<Mesh> meshes;
     std::vector<std::string> names;
     names.reserve(inputs.size());
@@ -136,7 +136,7 @@ Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty) {
             meshes.push_back(read_model(input, limits));
             input.content.reset();
         }
-        return joined_mesh(std::move(meshes), names, empty);
+        return joined_mesh(std::move(meshes), names, empty, crease);
     } catch (const std::bad_alloc&) {
         throw std::runtime_error(reading + ": not enough memory to read it");
     }

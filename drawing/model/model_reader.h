@@ -1,6 +1,7 @@
 // Model files in memory, format by format.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,9 +12,9 @@
 namespace vorna::drawing::model {
 
 // Reads models and makes them fit for being drawn together, in one mesh. assimp reads formats without a reader of their own, and
-// files that such a reader refuses. Contents are given up. empty: whether files without triangles are accepted. Throws
-// Model_Error and Load_Error.
-Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty = false);
+// files that such a reader refuses. Contents are given up. empty: whether empty models are accepted. crease: see
+// complete_normals. Throws Model_Error and Load_Error.
+Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty = false, std::optional<double> crease = {});
 // The formats' own readers: file names the text for messages, and OBJ materials are looked for beside it. Memory stays within a
 // small multiple of the content's size, whatever counts it declares. Throw Model_Error and Load_Error; the mesh is not finished
 // yet.

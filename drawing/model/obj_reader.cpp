@@ -52,6 +52,8 @@ public:
                 read_points();
             } else if (keyword == "usemtl") {
                 use_material(std::string(cursor_.rest_of_line()));
+            } else if (keyword == "s") {
+                use_smoothing_group(cursor_.rest_of_line());
             } else if (keyword == "mtllib") {
                 read_materials(std::string(cursor_.rest_of_line()));
             } else if (!foreign_ && is_foreign(keyword)) {
@@ -160,6 +162,24 @@ private:
     void read_coordinate() {
         const float u = cursor_.number("a texture coordinate");
         coordinates_.push_back({u, cursor_.at_line_end() ? 0 : cursor_.number("a texture coordinate")});
+    }
+
+    // The triangles since the last change are of the group in use.
+    void note_smoothing_group() {
+        if (!smoothing_.empty() || smoothing_group_ != by_angle) {
+            smoothing_.resize(mesh_.triangle_count(), smoothing_group_);
+        }
+    }
+
+    // A number, or `off`, which 0 stands for as well. Others say nothing of edges.
+    void use_smoothing_group(std::string_view name) {
+        note_smoothing_group();
+        std::uint32_t group = by_angle;
+        if (std::from_chars(name.data(), name.data() + name.size(), group).ec != std::errc{} && name != "off") {
+            smoothing_group_ = by_angle;
+        } else {
+            smoothing_group_ = group == 0 ? not_smooth : group;
+        }
     }
 
     // The triangles since the last change are of the material in use.
@@ -287,7 +307,9 @@ private:
             make_cloud();
         }
         note_material();
+        note_smoothing_group();
         Mesh& mesh = mesh_;
+        mesh.smoothing = std::move(smoothing_);
         const auto& keys = corners_.corners();
         mesh.positions.reserve(keys.size());
         for (const auto& key : keys) {
@@ -326,13 +348,13 @@ private:
     std::vector<Texture_Point> coordinates_;
     std::vector<std::uint32_t> polygon_; // being read
     std::vector<VT_Vector> places_;      // of its corners
-    std::vector<std::uint32_t> triangle_materials_;
+    std::vector<std::uint32_t> triangle_materials_, smoothing_;
     Corner_Table corners_;
     std::map<std::string, std::uint32_t> material_numbers_;
     std::set<std::string> libraries_;
     std::vector<Obj_Material> materials_;
     Mesh mesh_;
-    std::uint32_t material_ = none;
+    std::uint32_t material_ = none, smoothing_group_ = by_angle;
     std::optional<Text_Cursor> foreign_; // before the first line that nobody knows
 };
 
