@@ -49,11 +49,11 @@ Mesh read_model(Input& input, Load_Limits& limits) {
         std::string reason;
         try {
             Mesh mesh = read_with_assimp(input, limits);
-            if (!mesh.triangles.empty()) {
+            if (!mesh.is_empty()) {
                 mesh.warnings.push_back(std::string(own.what()) + "; read by assimp instead");
                 return mesh;
             }
-            reason = "found no triangle";
+            reason = "found nothing to draw";
         } catch (const Model_Error& error) {
             reason = reason_of(error, input.name);
         }

@@ -5,6 +5,7 @@
 #include <numeric>
 #include <optional>
 
+#include "drawing/files/memory_allowance.h"
 #include "drawing/model/model_reader.h"
 #include "drawing/model/ply_textures.h"
 #include "drawing/model/ply_values.h"
@@ -159,7 +160,7 @@ Header read_header(Text_Cursor& cursor) {
 template <class Values> class Body_Reader {
 public:
     Body_Reader(Values values, const std::string& file, const Header& header, Load_Limits& limits)
-        : values_(values), file_(file), limits_(limits), textures_(mesh_, file_, header.textures, limits) {}
+        : values_(values), file_(file), limits_(limits), memory_(limits, file), textures_(mesh_, file_, header.textures, limits) {}
 
     Mesh read(const Header& header) {
         for (const Element& element : header.elements) {
@@ -208,17 +209,19 @@ private:
         mesh_.positions.reserve(credible(element.count) / element.properties.size());
         std::array<double, attribute_count + 1> record{}; // The last one takes what is not wanted.
         for (std::int64_t vertex = 0; vertex < element.count; ++vertex) {
-            limits_.take_memory(file_, vertex_memory);
+            memory_.take(vertex_memory);
             for (std::size_t p = 0; p < element.properties.size(); ++p) {
                 if (element.properties[p].count) {
                     skip_list(element.properties[p]);
                 } else {
-                    record[attribute_of[p]] = values_.number(element.properties[p].scalar, "a vertex property");
+                    const Scalar scalar = element.properties[p].scalar;
+                    record[attribute_of[p]] = attribute_of[p] <= z ? values_.number(scalar, "a vertex coordinate")
+                                                                   : values_.any_number(scalar, "a vertex property");
                 }
             }
             mesh_.positions.push_back(vector(record[x], record[y], record[z]));
             if (has_normals) {
-                mesh_.normals.push_back(vector(record[nx], record[ny], record[nz]));
+                mesh_.normals.push_back(normal(record[nx], record[ny], record[nz]));
             }
             if (has_colors) {
                 mesh_.colors.push_back({channel(record[blue] * color_scale), channel(record[green] * color_scale),
@@ -284,7 +287,7 @@ private:
         for (std::int64_t left = read_list_count(property); left > 0; --left) {
             polygon_.push_back(read_vertex_index(property.scalar));
         }
-        limits_.take_memory(file_, triangle_memory * polygon_.size());
+        memory_.take(triangle_memory * polygon_.size());
     }
 
     // u and v of each corner.
@@ -293,7 +296,7 @@ private:
         for (std::int64_t i = 0; i < count; ++i) {
             const auto value = static_cast<float>(values_.number(property.scalar, "a texture coordinate"));
             if (i % 2 == 0) {
-                limits_.take_memory(file_, sizeof(Texture_Point));
+                memory_.take(sizeof(Texture_Point));
                 corner_places_.push_back({value, 0});
             } else {
                 corner_places_.back().v = value;
@@ -304,7 +307,9 @@ private:
     void add_polygon() {
         places_.clear();
         for (std::size_t i = 0; i < polygon_.size(); ++i) {
-            places_.push_back(mesh_.positions[polygon_[i]]);
+            if (polygon_.size() > 3) {
+                places_.push_back(mesh_.positions[polygon_[i]]);
+            }
             if (corner_places_.size() == polygon_.size()) {
                 polygon_[i] = textures_.vertex_at(polygon_[i], corner_places_[i]);
             }
@@ -352,11 +357,20 @@ private:
         return result;
     }
 
-    static std::uint8_t channel(double value) { return static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0) + 0.5); }
+    // Computed later where the file has none: scanners write what is no number for it.
+    static VT_Vector normal(double a, double b, double c) {
+        const VT_Vector result{static_cast<float>(a), static_cast<float>(b), static_cast<float>(c)};
+        return std::isfinite(result.x) && std::isfinite(result.y) && std::isfinite(result.z) ? result : VT_Vector{};
+    }
+
+    static std::uint8_t channel(double value) {
+        return value > 0 ? static_cast<std::uint8_t>(std::min(value, 255.0) + 0.5) : std::uint8_t{0}; // for no number, too
+    }
 
     Values values_;
     const std::string& file_;
     Load_Limits& limits_;
+    Memory_Allowance memory_;
     Mesh mesh_;
     bool has_places_ = false;      // whether vertices have coordinates
     std::size_t vertex_count_ = 0; // in the file
