@@ -41,7 +41,7 @@ void warn_of_cut_frames(const Render_Options& options, const drawing::Model_Draw
 void render_models(const Render_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module) {
     const VT_Int_Pair size = image_size_of(options);
     const Palette_Choice palette = palette_of(options);
-    drawing::Job_Settings settings = job_settings_of(options, size, palette);
+    drawing::Job_Settings settings = job_settings_of(options, size, supersample_of_model(options, size), palette);
     const drawing::Model_Look look{model_look_of(options), edge_settings_of(options), palette.drawn};
     style_of(options);
     if (options.has_edges() && look.edges.color) {
