@@ -41,7 +41,7 @@ void warn_of_cut_frames(const Render_Options& options, const drawing::Model_Draw
 void render_models(const Render_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module) {
     const VT_Int_Pair size = image_size_of(options);
     const Palette_Choice palette = palette_of(options);
-    drawing::Job_Settings settings = job_settings_of(options, size, palette);
+    drawing::Job_Settings settings = job_settings_of(options, size, supersample_of_model(options, size), palette);
     look_of(options, true); // its faults are found before the model is read
     Load_Times times;
     const auto start = Clock::now();

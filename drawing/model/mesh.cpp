@@ -248,10 +248,15 @@ void finish_mesh(Mesh& mesh, const std::string& file, std::optional<double> crea
     mesh = joined_mesh(std::move(one), {file}, false, crease);
 }
 
-VT_Vector face_normal(const Mesh& mesh, std::size_t triangle) {
+VT_Vector winding_normal(const Mesh& mesh, std::size_t triangle) {
     const std::uint32_t* corners = &mesh.triangles[3 * triangle];
     const VT_Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]], &c = mesh.positions[corners[2]];
-    const VT_Vector normal = unit(cross(b - a, c - a)).value_or(VT_Vector{0, 0, 1});
+    return unit(cross(b - a, c - a)).value_or(VT_Vector{0, 0, 1});
+}
+
+VT_Vector face_normal(const Mesh& mesh, std::size_t triangle) {
+    const std::uint32_t* corners = &mesh.triangles[3 * triangle];
+    const VT_Vector normal = winding_normal(mesh, triangle);
     const VT_Vector around = mesh.normals[corners[0]] + mesh.normals[corners[1]] + mesh.normals[corners[2]];
     return dot(normal, around) < 0.0F ? normal * -1.0F : normal;
 }

@@ -90,6 +90,9 @@ void finish_mesh(Mesh& mesh, const std::string& file, std::optional<double> crea
 // names, for messages. empty: whether empty meshes are accepted. Throws Model_Error.
 Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty, std::optional<double> crease = {});
 
+// Of a finished mesh's triangle, length 1: where it is seen to be wound counter-clockwise.
+VT_Vector winding_normal(const Mesh& mesh, std::size_t triangle);
+
 // Of a finished mesh's triangle, length 1. Faces look where their vertices' normals do, even where the file winds them the other
 // way.
 VT_Vector face_normal(const Mesh& mesh, std::size_t triangle);
