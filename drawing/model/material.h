@@ -39,8 +39,8 @@ struct Finish {
     bool operator==(const Finish&) const = default;
 };
 
-// An opacity as older formats state it. Where it is 0 the surface is opaque: programs that confuse opacity with transparency write
-// it, and the model could not be seen.
+// An opacity as older formats state it. Where it is 0 the surface is opaque: programs that confuse opacity with transparency
+// write it, and the model could not be seen.
 inline float shown_opacity(float stated) {
     return stated > 0 ? stated : 1;
 }
