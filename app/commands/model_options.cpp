@@ -30,11 +30,10 @@ const Choices<drawing::model::View> views{{"iso", drawing::model::View::iso},   
 const Choices<drawing::model::Up_Axis> up_axes{
     {"y", drawing::model::Up_Axis::y},        {"z", drawing::model::Up_Axis::z},        {"x", drawing::model::Up_Axis::x},
     {"-y", drawing::model::Up_Axis::minus_y}, {"-z", drawing::model::Up_Axis::minus_z}, {"-x", drawing::model::Up_Axis::minus_x}};
-const Choices<drawing::model::Shading> shadings{{"gouraud", drawing::model::Shading::gouraud},
-                                                {"flat", drawing::model::Shading::flat},
-                                                {"textured", drawing::model::Shading::textured},
-                                                {"wireframe", drawing::model::Shading::wireframe},
-                                                {"hidden-line", drawing::model::Shading::hidden_line}};
+const Choices<drawing::model::Shading> shadings{
+    {"auto", drawing::model::Shading::automatic},      {"gouraud", drawing::model::Shading::gouraud},
+    {"flat", drawing::model::Shading::flat},           {"textured", drawing::model::Shading::textured},
+    {"wireframe", drawing::model::Shading::wireframe}, {"hidden-line", drawing::model::Shading::hidden_line}};
 const Choices<drawing::model::Culling> cullings{{"none", drawing::model::Culling::none}, {"back", drawing::model::Culling::back}};
 const Choices<int> color_bits{{"32", 32}, {"8", 8}};
 
@@ -183,7 +182,10 @@ void add_model_options(std::vector<Option>& table, Model_Options& options) {
           .target = &options.camera.zoom,
           .by_default = text_of(options.camera.zoom)}});
     add("Drawing of models", Applies_To::models,
-        {choice("--shading", options.picture.shading, "How colours run over faces", shadings, "KIND"),
+        {choice("--shading", options.picture.shading,
+                "How colours run over faces; auto: textured where the model has images or "
+                "translucent materials and there is no --color, else gouraud",
+                shadings, "KIND"),
          {.names = {"--edges"},
           .value = optional_value("all", suggested_value("KIND", {"all", "feature"})),
           .text = "Draw the edges of polygons over them, or outlines, borders and sharp bends only",
@@ -217,14 +219,20 @@ void add_model_options(std::vector<Option>& table, Model_Options& options) {
           .value = number_value("DEGREES", 0, 180),
           .text = "Shade faces as one surface up to this angle between them, where the model gives no normals: 0 is flat, 180 "
                   "smooth everywhere; by default 30, or as smoothing groups of the model say",
-          .target = [&options](const std::string& text) {
-              std::from_chars(text.data(), text.data() + text.size(), options.crease.emplace());
-          }},
+          .target =
+              [&options](const std::string& text) {
+                  std::from_chars(text.data(), text.data() + text.size(), options.crease.emplace());
+              }},
          {.names = {"--light"},
           .value = text_value("X,Y,Z"),
           .text = "Direction towards the light: right, up, towards the viewer",
           .target = &options.light,
-          .by_default = options.light}});
+          .by_default = options.light},
+         {.names = {"--specular"},
+          .value = number_value("FACTOR", 0, 10),
+          .text = "Strength of highlights: 0 is none",
+          .target = &options.picture.specular,
+          .by_default = text_of(options.picture.specular)}});
     add("Drawing", Applies_To::every_input,
         {choice("--colors", options.colors, "Bits a pixel, 8 through a palette", color_bits, "BITS")});
     add("Drawing of models", Applies_To::models,
@@ -285,6 +293,7 @@ std::vector<std::string> arguments_of(const Model_Options& options) {
         add("--crease", text_of(*options.crease), "");
     }
     add("--light", options.light, defaults.light);
+    add("--specular", text_of(options.picture.specular), text_of(defaults.picture.specular));
     add("--palette", options.palette, "");
     if (options.palette.empty() && options.colors == 8) {
         add("--colors", "8", "");

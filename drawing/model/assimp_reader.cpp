@@ -1,5 +1,6 @@
 // Every format that assimp knows.
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <cstddef>
@@ -134,6 +135,52 @@ void read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const 
     }
 }
 
+// Metal and roughness where glTF and others state them, else the specular colour of older formats. An image that says where
+// metal is makes the numbers useless, and one that glows in places the colour of the glow.
+void read_finish(const aiMaterial& from, Paint& paint) {
+    constexpr float usual_roughness = 0.5F;
+    const auto number_of = [&from](const char* key, unsigned type, unsigned index) -> std::optional<float> {
+        float number = 0;
+        return from.Get(key, type, index, number) == AI_SUCCESS && std::isfinite(number) ? std::optional(number) : std::nullopt;
+    };
+    const auto color_of = [&from](const char* key, unsigned type, unsigned index) -> std::optional<std::array<float, 3>> {
+        aiColor4D color;
+        const bool known = from.Get(key, type, index, color) == AI_SUCCESS && std::isfinite(color.r + color.g + color.b);
+        return known ? std::optional(std::array{color.r, color.g, color.b}) : std::nullopt;
+    };
+    const auto has_image = [&from](aiTextureType type) { return from.GetTextureCount(type) > 0; };
+    const bool textured = paint.material.image != no_image;
+    Finish& finish = paint.material.finish;
+    const auto emission = has_image(aiTextureType_EMISSIVE) ? std::nullopt : color_of(AI_MATKEY_COLOR_EMISSIVE);
+    const auto metal = number_of(AI_MATKEY_METALLIC_FACTOR), roughness = number_of(AI_MATKEY_ROUGHNESS_FACTOR);
+    if (paint.gltf || metal || roughness) {
+        const bool mapped = has_image(aiTextureType_METALNESS) || has_image(aiTextureType_UNKNOWN);
+        finish = mapped ? finish_of_metal(0, usual_roughness)
+                        : finish_of_metal(metal.value_or(0), roughness.value_or(usual_roughness));
+        if (emission) {
+            std::ranges::transform(*emission, finish.emission.begin(), [](float light) { return std::clamp(light, 0.0F, 1.0F); });
+        }
+        int mode = 0;
+        finish.lit = from.Get(AI_MATKEY_SHADING_MODEL, mode) != AI_SUCCESS || mode != aiShadingMode_NoShading || !paint.gltf;
+        return;
+    }
+    Phong phong;
+    const bool colored = paint.color.alpha != 0 && !textured;
+    if (colored) {
+        phong.diffuse = {static_cast<float>(paint.color.red) / 255, static_cast<float>(paint.color.green) / 255,
+                         static_cast<float>(paint.color.blue) / 255};
+    }
+    phong.exponent = number_of(AI_MATKEY_SHININESS);
+    if (phong.exponent.value_or(0) > 0) {
+        phong.specular = color_of(AI_MATKEY_COLOR_SPECULAR);
+    }
+    phong.emission = emission.value_or(phong.emission);
+    finish = finish_of(phong);
+    if (colored) {
+        paint.color = color_from({phong.diffuse[0], phong.diffuse[1], phong.diffuse[2], 1});
+    }
+}
+
 Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file) {
     Paint paint;
     read_image(mesh, scene, from, file, paint);
@@ -158,6 +205,7 @@ Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const
         from.Get(AI_MATKEY_GLTF_ALPHACUTOFF, paint.material.cut_off);
     } else {
         from.Get(AI_MATKEY_OPACITY, paint.material.opacity);
+        paint.material.opacity = shown_opacity(paint.material.opacity);
     }
     if (paint.material.transparency == Transparency::none || paint.material.transparency == Transparency::cut_out) {
         paint.material.opacity = 1;
@@ -165,6 +213,7 @@ Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const
     for (float* number : {&paint.material.opacity, &paint.material.cut_off}) {
         *number = std::isfinite(*number) ? *number : 1;
     }
+    read_finish(from, paint);
     return paint;
 }
 
@@ -246,7 +295,8 @@ std::string name_for_assimp(const Input& input) {
 Mesh read_with(aiFileIO* files, const std::string& name, const Input& input, Load_Limits& limits) {
     const std::string& file = input.name;
     const Assimp_Library& library = assimp();
-    constexpr unsigned steps = aiProcess_JoinIdenticalVertices | aiProcess_PreTransformVertices | aiProcess_SortByPType;
+    constexpr unsigned steps =
+        aiProcess_JoinIdenticalVertices | aiProcess_PreTransformVertices | aiProcess_SortByPType | aiProcess_GenUVCoords;
     const aiScene* scene = library.aiImportFileEx(name.c_str(), steps, files);
     if (!scene && input.content && !is_assimp_format(input.suffix)) {
         throw Model_Error(file + ": expected a model, map or drawing that its content makes known, found " +

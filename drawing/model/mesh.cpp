@@ -152,13 +152,26 @@ void append(Mesh& mesh, Mesh&& other) {
 
 } // namespace
 
+std::vector<std::uint32_t> vertex_finishes(const Mesh& mesh) {
+    std::vector<std::uint32_t> materials;
+    if (std::ranges::any_of(mesh.materials, [](const Material& material) { return material.finish != Finish{}; })) {
+        materials.resize(mesh.positions.size(), no_material);
+        for (std::size_t corner = 0; corner < 3 * mesh.triangle_materials.size(); ++corner) {
+            materials[mesh.triangles[corner]] = mesh.triangle_materials[corner / 3];
+        }
+    }
+    return materials;
+}
+
 bool is_consistent(const Mesh& mesh) {
     const auto are_finite = [](auto... numbers) { return (std::isfinite(numbers) && ...); };
     const auto is_finite = [&](const VT_Vector& v) { return are_finite(v.x, v.y, v.z); };
     const auto is_material = [&](const Material& m) {
         return (m.image == no_image || m.image < mesh.images.size()) && m.wrap_u >= Wrap::repeat && m.wrap_u <= Wrap::clamp &&
                m.wrap_v >= Wrap::repeat && m.wrap_v <= Wrap::clamp && m.transparency >= Transparency::none &&
-               m.transparency <= Transparency::by_image && are_finite(m.opacity, m.cut_off);
+               m.transparency <= Transparency::by_image && are_finite(m.opacity, m.cut_off) &&
+               are_finite(m.finish.mirror, m.finish.highlight, m.finish.sharpness) &&
+               are_finite(m.finish.emission[0], m.finish.emission[1], m.finish.emission[2]);
     };
     const auto is_image = [](const Image_Source& i) {
         const bool has_size = i.width != 0 || i.height != 0;
@@ -235,10 +248,15 @@ void finish_mesh(Mesh& mesh, const std::string& file, std::optional<double> crea
     mesh = joined_mesh(std::move(one), {file}, false, crease);
 }
 
-VT_Vector face_normal(const Mesh& mesh, std::size_t triangle) {
+VT_Vector winding_normal(const Mesh& mesh, std::size_t triangle) {
     const std::uint32_t* corners = &mesh.triangles[3 * triangle];
     const VT_Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]], &c = mesh.positions[corners[2]];
-    const VT_Vector normal = unit(cross(b - a, c - a)).value_or(VT_Vector{0, 0, 1});
+    return unit(cross(b - a, c - a)).value_or(VT_Vector{0, 0, 1});
+}
+
+VT_Vector face_normal(const Mesh& mesh, std::size_t triangle) {
+    const std::uint32_t* corners = &mesh.triangles[3 * triangle];
+    const VT_Vector normal = winding_normal(mesh, triangle);
     const VT_Vector around = mesh.normals[corners[0]] + mesh.normals[corners[1]] + mesh.normals[corners[2]];
     return dot(normal, around) < 0.0F ? normal * -1.0F : normal;
 }

@@ -73,6 +73,10 @@ template <class Visit> void for_each_drawn_vertex(const Mesh& mesh, Visit visit)
 // The positions of those vertices, each once.
 std::vector<VT_Vector> drawn_positions(const Mesh& mesh);
 
+// By vertex the material of a triangle that uses it, no_material for a plain one. Empty when the materials' finishes make no
+// difference.
+std::vector<std::uint32_t> vertex_finishes(const Mesh& mesh);
+
 // Whether its lists belong together, name nothing that is not there, and lie in finite places: of meshes that nobody here has
 // made.
 bool is_consistent(const Mesh& mesh);
@@ -85,6 +89,9 @@ void finish_mesh(Mesh& mesh, const std::string& file, std::optional<double> crea
 // Several meshes as one that is finished, each where its file has it. Each keeps its colours, materials and normals. files: their
 // names, for messages. empty: whether empty meshes are accepted. Throws Model_Error.
 Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty, std::optional<double> crease = {});
+
+// Of a finished mesh's triangle, length 1: where it is seen to be wound counter-clockwise.
+VT_Vector winding_normal(const Mesh& mesh, std::size_t triangle);
 
 // Of a finished mesh's triangle, length 1. Faces look where their vertices' normals do, even where the file winds them the other
 // way.

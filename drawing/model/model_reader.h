@@ -38,6 +38,6 @@ std::string read_file(const std::string& file, Load_Limits& limits);
 std::string read_reference(const std::string& model, const std::string& file, Load_Limits& limits);
 
 // Memory that elements of a mesh take in all, with what finishing it needs. A vertex' colours, normals and so on are its own.
-inline constexpr std::uint64_t position_memory = 24, vertex_memory = 96, triangle_memory = 32;
+inline constexpr std::uint64_t position_memory = 24, vertex_memory = 96, triangle_memory = 160;
 
 } // namespace vorna::drawing::model

@@ -1,7 +1,7 @@
 // Normals of vertices, where a model file gives none.
 //
-// Faces count by their area times the angle at the vertex. The area keeps large faces flat beside the small ones of a fillet; with
-// the angle, the diagonal by which a quad is cut makes no difference. Results are the same on every machine: sums run in the
+// Faces count by their area times the angle at the vertex. The area keeps large faces flat beside the small ones of a fillet;
+// with the angle, the diagonal by which a quad is cut makes no difference. Results are the same on every machine: sums run in the
 // order of the triangles, the arithmetic is that of +, *, / and square roots, and the cosine of the crease angle is rounded.
 #include "drawing/model/normals.h"
 
@@ -42,7 +42,8 @@ Face face_of(const VT_Vector& a, const VT_Vector& b, const VT_Vector& c) {
     if (!(area > 0)) {
         return {{0, 0, 0}, {0, 0, 0}, false};
     }
-    const double ab_size = length(ab), bc_size = length(bc), ca_size = length(ca), longest = std::max({ab_size, bc_size, ca_size});
+    const double ab_size = length(ab), bc_size = length(bc), ca_size = length(ca),
+                 longest = std::max({ab_size, bc_size, ca_size});
     const auto weight = [area](const VT_Vector_D& in, double in_size, const VT_Vector_D& out, double out_size) {
         return static_cast<float>(area) * angle_of(static_cast<float>(-dot(in, out) / (in_size * out_size)));
     };
@@ -134,7 +135,7 @@ private:
             if (of_group == by_angle) {
                 shade_by_angle(same);
             } else if (of_group == not_smooth) {
-                std::ranges::for_each(same, [this](std::uint32_t corner) { set(corner, face(corner).normal); });
+                std::ranges::for_each(same, [this](std::uint32_t corner) { set(corner, normal_of(corner, {})); });
             } else {
                 shade_as_one(same, sum(same));
             }
@@ -149,17 +150,31 @@ private:
         return total;
     }
 
-    void shade_as_one(std::span<const std::uint32_t> corners, const VT_Vector& normal) {
-        std::ranges::for_each(corners, [&](std::uint32_t corner) { set(corner, normal); });
+    void shade_as_one(std::span<const std::uint32_t> corners, const VT_Vector& sum) {
+        const std::optional<VT_Vector> normal = unit(sum);
+        std::uint32_t done = unused; // the vertex before, when it has this normal itself
+        for (const std::uint32_t corner : corners) {
+            const std::uint32_t vertex = mesh_.triangles[corner];
+            if (vertex != done) {
+                set(corner, normal ? *normal : normal_of(corner, {}));
+                done = normal && mesh_.triangles[corner] == vertex ? vertex : unused;
+            }
+        }
+    }
+
+    // The direction of a sum of faces, else that of the corner's own.
+    VT_Vector normal_of(std::uint32_t corner, const VT_Vector& sum) const {
+        const VT_Vector& own = face(corner).normal;
+        return unit(sum).value_or(dot(own, own) > 0 ? own : VT_Vector{0, 0, 1});
     }
 
     void shade_by_angle(std::span<const std::uint32_t> corners) {
         constexpr std::size_t most_pairs_of = 512;
         const VT_Vector all = sum(corners);
         // Normals within half the angle of one direction are within the angle of each other.
-        const VT_Vector middle = unit(all).value_or(VT_Vector{});
+        const float all_size = length(all);
         if (std::ranges::all_of(corners, [&](std::uint32_t c) {
-                return !face(c).has_direction || dot(face(c).normal, middle) >= surely_all_;
+                return !face(c).has_direction || dot(face(c).normal, all) > surely_all_ * all_size;
             })) {
             shade_as_one(corners, all);
             return;
@@ -180,7 +195,7 @@ private:
                     total = total + side.share;
                 }
             }
-            set(corner, own.has_direction ? total : all);
+            set(corner, normal_of(corner, own.has_direction ? total : all));
         }
     }
 
@@ -204,14 +219,12 @@ private:
         }
     }
 
-    // normal: of any length.
-    void set(std::uint32_t corner, const VT_Vector& normal) {
+    void set(std::uint32_t corner, const VT_Vector& wanted) {
         constexpr int most_steps = 512; // after which vertices may have equals
         const std::uint32_t vertex = mesh_.triangles[corner];
         if (is_given_[vertex]) {
             return;
         }
-        const VT_Vector wanted = unit(normal).value_or(unit(face(corner).normal).value_or(VT_Vector{0, 0, 1}));
         if (next_split_[vertex] == unused) {
             next_split_[vertex] = last;
             mesh_.normals[vertex] = wanted;
