@@ -41,7 +41,7 @@ Pose shifted(Pose pose, const VT_Vector_D& by) {
 } // namespace
 
 double pixel_length(const Pose& pose, VT_Int_Pair size) {
-    return 2 * drawing::model::half_view_tangent * length(pose.aim.eye - pose.aim.target) / (pose.zoom * size.y);
+    return 2 * pose.half_tangent * length(pose.aim.eye - pose.aim.target) / (pose.zoom * size.y);
 }
 
 Pose turned(const Pose& pose, const VT_Vector_D& vertical, double turn, double tilt) {

@@ -10,6 +10,7 @@ namespace vorna::app::view {
 struct Pose {
     drawing::model::Aim aim;
     double zoom = 1; // see Camera_Settings
+    double half_tangent = drawing::model::half_view_tangent;
 };
 
 // The range that the command line accepts.

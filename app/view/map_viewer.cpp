@@ -18,7 +18,7 @@ constexpr double smallest_map_zoom = 0.1, largest_map_zoom = 10000;
 Map_Viewer::Map_Viewer(const Model_Options& options, const Map_Options& map_options, const drawing::Input& input,
                        const drawing::Module_Choice& module, std::string folder, Screen& screen)
     : Base_Viewer(module, input.name, std::move(folder), 0, screen),
-      is_opaque_(map_options.opacity == 1), look_{background_of(options), options.colors == 8, options.antialias},
+      is_opaque_(map_options.opacity == 1), look_{map_background_of(options), options.colors == 8, options.antialias},
       drawing_(load_map_scene(options, map_options, input), look_), middle_(drawing_.scene().fitted({1, 1}).middle),
       antialias_(options.antialias) {
 }

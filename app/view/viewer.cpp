@@ -56,7 +56,7 @@ Viewer::Viewer(const Model_Options& options, std::vector<drawing::Input> inputs,
     look_of(options_, !mesh_.lines.empty());
     camera_settings_of(options_, mesh_, size_);
     positions_ = drawing::model::drawn_positions(mesh_);
-    drawing::add_forms(forms_, mesh_, style_of(options_));
+    drawing::add_forms(forms_, mesh_, style_of(options_), background_of(options_));
 }
 
 // A drag across the window's height turns the camera by half a turn.
@@ -170,7 +170,7 @@ Model_Options Viewer::drawn_options() const {
 
 // In the file's coordinates, which the command line uses, so that a command can draw the same image.
 Pose Viewer::pose() const {
-    Pose pose{{}, options_.camera.zoom};
+    Pose pose{{}, options_.camera.zoom, camera_settings_of(options_, mesh_, size_).half_tangent};
     if (options_.aim) {
         pose.aim = *options_.aim;
         if (drawing::model::length(pose.aim.up) == 0) {
@@ -232,8 +232,6 @@ void Viewer::establish(Canvas& canvas) {
     rendition = VT_Reference<VT_Rendition>(new VT_Rendition);
     rendition->clip.hard_clip = session.window();
     rendition->window.rectangle = session.window();
-    rendition->window.color = background_of(options_);
-    rendition->window.index = static_cast<std::uint8_t>(session.palette().closest_match(rendition->window.color, false));
     flat_rendition = VT_Reference<VT_Rendition>(new VT_Rendition(*rendition));
     flat_rendition->clip.depth_test = false;
 }
@@ -273,11 +271,13 @@ void Viewer::draw_model(Canvas& canvas, bool draft) {
     const drawing::Drawn_Parts parts{.faces = options.has_faces() ? model.faces.get() : nullptr,
                                      .edges = options.has_edges() ? model.edges.get() : nullptr,
                                      .lines = forms_.lines.get(),
-                                     .points = forms_.points.get()};
+                                     .points = forms_.points.get(),
+                                     .overlay = forms_.overlay.get()};
     drawing::prepare_model(parts, drawing::Tile_Grid(canvas.session.window()), camera_, look);
     VT_Renderer_Data& renderer = canvas.session.renderer();
-    VD_Draw_Window(renderer, *canvas.rendition);
-    drawing::draw_model(parts, look, renderer, *canvas.rendition, 0);
+    const drawing::Background background = background_of(options);
+    drawing::paint_background(renderer, *canvas.rendition, background);
+    drawing::draw_model(parts, look, renderer, *canvas.rendition, 0, background);
 }
 
 void Viewer::paint(Canvas& canvas) {
@@ -307,7 +307,7 @@ void Viewer::draw_depths() {
         for (std::int32_t x = 0; x < width; ++x) {
             const std::int32_t depth = row_of(r)[x];
             const auto grey = static_cast<std::uint8_t>(255 - 215 * std::clamp(depth - nearest, 0, range) / range);
-            pixels[x] = depth == 0xFFFF ? canvas_.rendition->window.color : VT_RGB32{grey, grey, grey, 255};
+            pixels[x] = depth == 0xFFFF ? VT_RGB32{255, 255, 255, 255} : VT_RGB32{grey, grey, grey, 255};
         }
     }
     const VT_Int_Rectangle window = canvas_.session.window();
