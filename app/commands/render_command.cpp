@@ -58,7 +58,7 @@ Command render_command() {
             *options, "Models (PLY, OBJ, STL and whatever assimp reads), drawn together, or a map (GeoJSON, TopoJSON) or a "
                       "drawing (DXF); also compressed by gzip; - is standard input")},
         .examples = {{"vorna render bunny.obj -o bunny.png --view front --edges --antialias", "a model with its edges"},
-                     {"vorna render truck.gltf -o truck.png --shading textured --size 1920x1080",
+                     {"vorna render truck.gltf -o truck.png --size 1920x1080",
                       "with its materials and images"},
                      {"vorna render countries.json -o world.png --projection robinson --border dashed", "a map of the world"},
                      {"vorna render house.obj tree.ply -o both.png --supersample 4 --background none",
@@ -102,7 +102,9 @@ Command render_command() {
          .by_default = options->size},
         {.names = {"--supersample"},
          .value = whole_value("N", 1, 8),
-         .text = "Draw so many times as large and take the mean of the pixels: smooth faces and lines",
+         .text = "Draw so many times as large and take the mean of the pixels: smooth faces and lines. By default 2 for models, 1 for "
+                 "maps and with --record, --colors 8, --palette, --antialias or more than 16777216 pixels. 1: the pixels that the "
+                 "renderer draws",
          .target = &options->supersample,
          .group = output},
         {.names = {"--turntable"},

@@ -40,8 +40,8 @@ drawing::Image_Part part_of(const Render_Options& options, VT_Int_Pair size) {
 }
 
 // Throws Usage_Error for options that exclude each other, or need another one.
-void check_combinations(const Render_Options& options, VT_Int_Pair size, const Palette_Choice& palette) {
-    const std::string supersample = "--supersample " + std::to_string(options.supersample), turntable = "--turntable";
+void check_combinations(const Render_Options& options, VT_Int_Pair size, std::int32_t count, const Palette_Choice& palette) {
+    const std::string supersample = "--supersample " + std::to_string(count), turntable = "--turntable";
     const auto refuse = [](bool wrong, const std::string& option, const std::string& expected, const std::string& found) {
         if (wrong) {
             throw drawing::Usage_Error(option + ": expected " + expected + ", found " + found);
@@ -50,17 +50,17 @@ void check_combinations(const Render_Options& options, VT_Int_Pair size, const P
     const std::string indexed = options.palette.empty() ? "--colors 8" : "--palette " + options.palette;
     const bool mapped = !palette.mapped.empty(), transparent = options.is_transparent();
     const bool drawn = palette.drawn || (!mapped && options.colors == 8);
-    refuse(options.supersample > 1 && drawn, "--supersample", "32 bits a pixel or a palette from a file", indexed);
+    refuse(count > 1 && drawn, "--supersample", "32 bits a pixel or a palette from a file", indexed);
     refuse(transparent && (drawn || mapped), "--background none", "32 bits a pixel", indexed);
-    refuse(std::max(size.x, size.y) > drawing::largest_side / options.supersample, "--supersample",
+    refuse(std::max(size.x, size.y) > drawing::largest_side / count, "--supersample",
            "sides that enlarged have " + std::to_string(drawing::largest_side) + " pixels at most",
            "--size " + std::to_string(size.x) + 'x' + std::to_string(size.y));
     refuse(options.tile_size % 8 != 0, "--tile-size", "a multiple of 8", std::to_string(options.tile_size));
-    refuse(options.tile_size > drawing::largest_tile / options.supersample, "--tile-size",
+    refuse(options.tile_size > drawing::largest_tile / count, "--tile-size",
            "tiles that enlarged have sides of " + std::to_string(drawing::largest_tile) + " pixels at most", supersample);
     if (!options.record.empty()) {
         const std::string pixels = "pixels as the renderer draws them";
-        refuse(options.supersample > 1, "--record", pixels, supersample);
+        refuse(count > 1, "--record", pixels, supersample);
         refuse(mapped, "--record", pixels, indexed);
         refuse(transparent, "--record", "a colour behind what is drawn", "--background none");
         refuse(options.turntable > 0, "--record", "a single image", turntable);
@@ -103,7 +103,8 @@ void describe(const Render_Options& options, const drawing::Job_Settings& settin
     print("image", sides(form.width, form.height) + (part.is_whole() ? "" : " of " + sides(part.size.x, part.size.y)) +
                        (indexed                    ? ", " + std::to_string(form.palette.size() / 3) + " colours"
                         : options.is_transparent() ? ", 32 bits a pixel, transparent"
-                                                   : ", 32 bits a pixel"));
+                                                   : ", 32 bits a pixel") +
+                       (settings.supersample > 1 ? ", means of " + sides(settings.supersample, settings.supersample) : ""));
     const std::string threads = std::to_string(job.threads()) + (job.threads() == 1 ? " thread" : " threads");
     print("tiles", std::to_string(grid.count()) + " of " +
                        sides(std::min(grid.tile_size.x, grid.area.right - grid.area.left + 1),
@@ -163,8 +164,23 @@ VT_Int_Pair image_size_of(const Render_Options& options) {
                        "--size: expected WIDTHxHEIGHT with sides from 1 to " + std::to_string(drawing::largest_side));
 }
 
-drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair size, const Palette_Choice& palette) {
-    check_combinations(options, size, palette);
+std::int32_t supersample_of_model(const Render_Options& options, VT_Int_Pair size) {
+    if (options.supersample > 0) {
+        return options.supersample;
+    }
+    const bool wants_drawn_pixels =
+        !options.record.empty() || !options.palette.empty() || options.colors == 8 || options.antialias;
+    const bool fits_tile = options.tile_size <= drawing::largest_tile / 2;
+    return wants_drawn_pixels || !fits_tile ? 1 : drawing::default_supersample(size);
+}
+
+std::int32_t supersample_of_map(const Render_Options& options) {
+    return std::max(options.supersample, 1);
+}
+
+drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair size, std::int32_t supersample,
+                                      const Palette_Choice& palette) {
+    check_combinations(options, size, supersample, palette);
     drawing::Job_Settings settings;
     settings.file = output_file_of(options.image);
     settings.compression = compression_of(options.image);
@@ -183,7 +199,7 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
                                    std::string(drawing::image_format(settings.file).name));
     }
     settings.tile_size = options.tile_size;
-    settings.supersample = options.supersample;
+    settings.supersample = supersample;
     settings.threads = options.threads;
     settings.max_memory = options.limits->memory();
     settings.transparent = options.is_transparent();

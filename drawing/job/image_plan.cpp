@@ -53,6 +53,11 @@ Image_Plan plan_of(const Plan_Request& request, std::int32_t tile_size, unsigned
 
 } // namespace
 
+std::int32_t default_supersample(VT_Int_Pair size) noexcept {
+    const bool is_dear = std::int64_t{size.x} * size.y > std::int64_t{1} << 24 || std::max(size.x, size.y) > largest_side / 2;
+    return is_dear ? 1 : 2;
+}
+
 Image_Plan plan_image(const Plan_Request& request) {
     const VT_Int_Pair size{request.part.size.x * request.supersample, request.part.size.y * request.supersample};
     const bool fits_one_buffer = std::max(size.x, size.y) + request.beyond <= largest_buffer_side;

@@ -14,6 +14,9 @@ namespace vorna::drawing {
 
 // Sides of images. Beyond, floats would not tell a sixteenth of a pixel any more.
 inline constexpr std::int32_t largest_side = 1 << 18;
+// Columns and rows of drawn pixels for one of an image of a model, where nothing else is asked for: 2, but 1 for images of more
+// than 2^24 pixels, for which four times the work is noticed. Parts of an image have the same as the whole.
+std::int32_t default_supersample(VT_Int_Pair size) noexcept;
 // Sides of tiles that users may ask for.
 inline constexpr std::int32_t largest_tile = 8192;
 
