@@ -59,7 +59,9 @@ std::string deflate_piece(std::span<const std::uint8_t> bytes, Compression compr
     if (std::optional<std::string> runs = piece_of_runs(bytes, compression, step, last, prefers_runs)) {
         return std::move(*runs);
     }
-    libdeflate_compressor* compressor = compressor_of(compression == Compression::best ? 9 : 4);
+    // Indices have fewer bytes, and more to find among them.
+    const int standard_level = step == 1 ? 6 : 4;
+    libdeflate_compressor* compressor = compressor_of(compression == Compression::best ? 9 : standard_level);
     const std::size_t bound = libdeflate_deflate_compress_bound(compressor, bytes.size());
     const auto buffer = std::make_unique_for_overwrite<char[]>(bound);
     const std::size_t size = libdeflate_deflate_compress(compressor, bytes.data(), bytes.size(), buffer.get(), bound);
