@@ -107,9 +107,11 @@ Command render_command() {
          .by_default = options->size},
         {.names = {"--supersample"},
          .value = whole_value("N", 1, 8),
-         .text = "Draw so many times as large and take the mean of the pixels: smooth faces and lines. By default 2 for models, 1 for "
-                 "maps and with --record, --colors 8, --palette, --antialias or more than 16777216 pixels. 1: the pixels that the "
-                 "renderer draws",
+         .text =
+             "Draw so many times as large and take the mean of the pixels: smooth faces and lines. By default 2 for models, 1 "
+             "for "
+             "maps and with --record, --colors 8, --palette, --antialias or more than 16777216 pixels. 1: the pixels that the "
+             "renderer draws",
          .target = &options->supersample,
          .group = output},
         {.names = {"--turntable"},
