@@ -97,7 +97,7 @@ Model::Model(const std::vector<std::string>& files, const Reading& reading)
     for (const std::string& file : files) {
         inputs.push_back(open_input(file, "", *content_->limits));
     }
-    content_->mesh = model::load_models(inputs, *content_->limits, reading.accepts_no_triangles);
+    content_->mesh = model::load_models(inputs, *content_->limits, reading.accepts_no_triangles, reading.crease);
 }
 
 Model::Model(model::Mesh mesh) : content_(new Content{limits_of({}), "mesh", std::move(mesh)}) {
@@ -113,6 +113,14 @@ Model::~Model() = default;
 
 std::size_t Model::triangle_count() const {
     return content_->mesh.triangle_count();
+}
+
+std::size_t Model::line_count() const {
+    return content_->mesh.line_count();
+}
+
+std::size_t Model::point_count() const {
+    return content_->mesh.points.size();
 }
 
 const std::vector<std::string>& Model::warnings() const {
@@ -144,7 +152,7 @@ struct Image_Maker {
         job = job_settings_of(settings, settings.size, supersample_of_model(settings), model.content_->name);
         const model::Mesh& mesh = model.content_->mesh;
         const std::optional<VT_RGB32> background = settings.transparent ? std::nullopt : std::optional(settings.background);
-        const Model_Style style{view.look, view.edges, view.edge_color, view.color};
+        const Model_Style style{view.look, view.edges, view.edge_color, view.color, view.line_width, view.point_size};
         const auto camera = camera_of_mesh(view.camera, mesh, settings.size);
         if (!camera) {
             throw Usage_Error("camera: expected two places apart and another direction that points up");
@@ -153,9 +161,8 @@ struct Image_Maker {
             job.palette = new VT_Palette;
         }
         std::vector<std::string> warnings; // of textures, which stay out
-        drawing = std::make_unique<Model_Drawing>(
-            make_parts(mesh, style, *model.content_->limits, warnings),
-            Model_Look{view.look, edge_settings_of(style, background, settings.smooth_lines), job.palette}, *camera);
+        drawing = std::make_unique<Model_Drawing>(make_parts(mesh, style, *model.content_->limits, warnings),
+                                                  look_of(style, background, settings.smooth_lines, job.palette), *camera);
         module = module_of(settings);
     }
 

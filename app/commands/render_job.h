@@ -7,12 +7,13 @@
 #include <vector>
 
 #include "app/commands/model_options.h"
+#include "app/commands/output_options.h"
 #include "drawing/job/job.h"
 
 namespace vorna::app {
 
 struct Render_Options : Model_Options {
-    std::string output; // of a turntable a template for names
+    Output_Options image;
     std::string record; // empty = not asked for
     std::string size = "1280x960";
     bool has_size = false; // whether it is given

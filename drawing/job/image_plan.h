@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "drawing/image/png_writer.h"
+#include "drawing/image/image_form.h"
 #include "drawing/job/image_part.h"
 #include "drawing/model/tiles.h"
 
@@ -22,7 +22,7 @@ inline constexpr std::int32_t largest_tile = 8192;
 
 struct Plan_Request {
     Image_Part part;
-    Png_Form form;                         // of the file with it
+    Image_Form form;                       // of the file with it
     std::int32_t beyond = 0;               // columns and rows of the frame to the right of the image and above it
     std::int32_t margin = 0;               // that tiles need
     std::optional<std::int32_t> tile_size; // in pixels of the image, a multiple of 8

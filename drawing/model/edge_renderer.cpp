@@ -49,6 +49,13 @@ Edge_Renderer::Edge_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_col
     }
 }
 
+Edge_Renderer::Edge_Renderer(Edges lines, std::vector<VT_RGB32> colors, VT_RGB32 base_color)
+    : edges_(std::move(lines)), positions_(edges_.points.size()), base_color_(base_color), colors_(std::move(colors)) {
+    for (std::size_t p = 0; p < edges_.points.size(); ++p) {
+        positions_.set(p, edges_.points[p]);
+    }
+}
+
 std::string Edge_Renderer::summary() const {
     return std::to_string(edges_.count) + " edges in " + std::to_string(edges_.starts.size() - 1) + " polylines";
 }

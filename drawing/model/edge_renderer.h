@@ -23,9 +23,13 @@ public:
     // The mesh may be gone afterwards. base_color: of vertices without a colour of their own; of all with own_colors off.
     Edge_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors);
 
+    // Lines that bound no faces. colors: none, or by edge.
+    Edge_Renderer(Edges lines, std::vector<VT_RGB32> colors, VT_RGB32 base_color);
+
     // For fitting a camera.
     const std::vector<VT_Vector>& points() const noexcept { return edges_.points; }
     std::string summary() const;
+    std::size_t count() const noexcept { return edges_.count; }
 
     // Margin that tiles of images with edges need over faces. Which parts of smoothed edges are visible is found by testing the
     // depths along the whole of the short ones; other edges are tested against the farthest depths around their pixels. Edges

@@ -23,14 +23,25 @@ Scene_Renderer::Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_c
     const Strips strips = make_strips(mesh.triangles, static_cast<std::uint32_t>(mesh.positions.size()));
     strip_starts_ = strips.starts;
     lay_out(mesh, facing, strips);
-    if (own_colors && !mesh.colors.empty()) {
-        std::vector<VT_RGB32> colors(points_.size());
+    const std::vector<std::uint32_t> finishes = own_colors ? vertex_finishes(mesh) : std::vector<std::uint32_t>();
+    if (own_colors && (!mesh.colors.empty() || !finishes.empty())) {
+        std::vector<std::uint32_t> numbers(points_.size()); // in the mesh
         for (std::size_t place = 0; place < strips.vertices.size(); ++place) {
-            const VT_RGB32 own = mesh.colors[strips.vertices[place]];
-            colors[strip_vertices_[place]] = own.alpha == 0 ? base_color : own;
+            numbers[strip_vertices_[place]] = strips.vertices[place];
         }
-        std::ranges::for_each(colors, [this](VT_RGB32 color) { vertices_.add_color(color); });
-        std::ranges::for_each(strip_vertices_, [&](std::uint32_t vertex) { faces_.add_color(colors[vertex]); });
+        const auto add_to = [&](Surfaces& surfaces, std::uint32_t vertex) {
+            const VT_RGB32 own = mesh.colors.empty() ? VT_RGB32{0, 0, 0, 0} : mesh.colors[numbers[vertex]];
+            const VT_RGB32 color = own.alpha == 0 ? base_color : own;
+            surfaces.add_color(color);
+            if (!finishes.empty()) {
+                const std::uint32_t material = finishes[numbers[vertex]];
+                surfaces.add_finish(material == no_material ? Finish{} : mesh.materials[material].finish, color);
+            }
+        };
+        for (std::uint32_t vertex = 0; vertex < numbers.size(); ++vertex) {
+            add_to(vertices_, vertex);
+        }
+        std::ranges::for_each(strip_vertices_, [&](std::uint32_t vertex) { add_to(faces_, vertex); });
     } else {
         vertices_.add_color(base_color);
         faces_.add_color(base_color);
@@ -72,7 +83,7 @@ void Scene_Renderer::lay_out(const Mesh& mesh, const Facing& facing, const Strip
 }
 
 void Scene_Renderer::light(const Camera& camera, const Model_Look& settings) {
-    const Lighting lighting(camera, settings.light);
+    const Lighting lighting(camera, settings.light, settings.specular);
     const Surfaces& surfaces = settings.shading == Shading::flat ? faces_ : vertices_;
     front_colors_.resize(surfaces.size());
     lighting.shade_fronts(surfaces, front_colors_);

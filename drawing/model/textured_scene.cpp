@@ -6,6 +6,7 @@
 #include <cstring>
 #include <map>
 #include <numeric>
+#include <set>
 #include <tuple>
 
 #include "drawing/model/facing.h"
@@ -33,6 +34,21 @@ std::pair<Image, Load_Limits::Loan> image_of(const Image_Source& source, Load_Li
     const std::string read = source.embedded ? std::string() : read_reference(source.model, source.name, limits);
     Image image = decode_image(source.embedded ? source.bytes : read, take);
     return {std::move(image), std::move(loan)};
+}
+
+// One line: how many of all textures, and the first reasons.
+std::string left_out_text(const std::map<std::uint32_t, std::string>& reasons, std::size_t all) {
+    constexpr std::size_t most_told = 3;
+    std::string text = std::to_string(reasons.size()) + " of " + std::to_string(all) + (all == 1 ? " texture" : " textures") +
+                       (reasons.size() == 1 ? " is left out: " : " are left out: ");
+    std::size_t told = 0;
+    for (const auto& [image, reason] : reasons) {
+        if (told == most_told) {
+            return text + "; and " + std::to_string(reasons.size() - told) + " more";
+        }
+        text += (told++ > 0 ? "; " : "") + reason;
+    }
+    return text;
 }
 
 // A single white texel, for translucent surfaces without a texture: palette pictures blend textures only.
@@ -64,6 +80,7 @@ bool Textured_Scene::has_work(const Mesh& mesh) {
 // Materials share a texture when nothing in them asks for another one.
 void Textured_Scene::load_paints(const Mesh& mesh, std::vector<std::string>& warnings, Load_Limits& limits) {
     std::map<std::tuple<std::uint32_t, Wrap, Wrap, Transparency, bool, float>, Texture*> known;
+    std::map<std::uint32_t, std::string> left_out; // why, by image
     const auto texture_of = [&](const Material& material) -> Texture* {
         const auto [found, is_new] = known.try_emplace(
             {material.image, material.wrap_u, material.wrap_v, material.transparency, material.opacity < 1, material.cut_off},
@@ -74,9 +91,9 @@ void Textured_Scene::load_paints(const Mesh& mesh, std::vector<std::string>& war
                 textures_.push_back(std::make_unique<Texture>(source.name, image_of(source, limits).first, material, limits));
                 found->second = textures_.back().get();
             } catch (const Image_Error& error) {
-                warnings.push_back(source.name + ": " + error.what());
+                left_out.try_emplace(material.image, source.name + ": " + error.what());
             } catch (const Model_Error& error) {
-                warnings.push_back(error.what());
+                left_out.try_emplace(material.image, error.what());
             }
         } else if (is_new && material.opacity < 1) {
             textures_.push_back(std::make_unique<Texture>("", white_texel(), material, limits));
@@ -98,6 +115,12 @@ void Textured_Scene::load_paints(const Mesh& mesh, std::vector<std::string>& war
         paints_.push_back(paint);
     }
     paints_.emplace_back();
+    if (!left_out.empty()) {
+        std::set<std::uint32_t> named;
+        std::ranges::for_each(mesh.materials, [&](const Material& material) { named.insert(material.image); });
+        named.erase(no_image);
+        warnings.push_back(left_out_text(left_out, named.size()));
+    }
 }
 
 // By material, for few changes between them.
@@ -162,7 +185,14 @@ void Textured_Scene::set_colors(const Mesh& mesh, const std::vector<std::uint32_
             }
         }
     }
-    std::ranges::for_each(colors, [this](VT_RGB32 color) { vertices_.add_color(color); });
+    const std::vector<std::uint32_t> finishes = own_colors ? vertex_finishes(mesh) : std::vector<std::uint32_t>();
+    for (std::size_t v = 0; v < colors.size(); ++v) {
+        vertices_.add_color(colors[v]);
+        if (!finishes.empty()) {
+            const std::uint32_t material = finishes[vertices[v]];
+            vertices_.add_finish(material == no_material ? Finish{} : mesh.materials[material].finish, colors[v]);
+        }
+    }
 }
 
 std::string Textured_Scene::summary() const {
@@ -185,7 +215,7 @@ void Textured_Scene::transform(const Camera& camera) {
 }
 
 void Textured_Scene::light(const Camera& camera, const Model_Look& settings) {
-    const Lighting lighting(camera, settings.light);
+    const Lighting lighting(camera, settings.light, settings.specular);
     front_colors_.resize(vertices_.size());
     lighting.shade_fronts(vertices_, front_colors_);
     if (!cull_backs_) {

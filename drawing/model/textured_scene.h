@@ -21,8 +21,8 @@ namespace vorna::drawing::model {
 // ones from the farthest to the nearest.
 class Textured_Scene final : public Scene {
 public:
-    // The mesh may be gone afterwards. base_color: of what has neither a colour nor a texture; of all, with own_colors off. A
-    // texture that cannot be had adds a line to warnings, and its surfaces are plain.
+    // The mesh may be gone afterwards. base_color: of what has neither a colour nor a texture; of all, with own_colors off. The
+    // surfaces of textures that cannot be read are plain, and one line in warnings names these textures.
     Textured_Scene(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, std::vector<std::string>& warnings,
                    Load_Limits& limits);
 

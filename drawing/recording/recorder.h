@@ -8,10 +8,9 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <unordered_map>
-#include <utility>
 
 #include "drawing/recording/recording.h"
+#include "drawing/recording/rendition_recorder.h"
 #include "drawing/recording/session.h"
 #include "host/rendition.h"
 
@@ -50,28 +49,12 @@ private:
     void install_slots();
     void restore();
     void add(const Call_Kind& kind, const VT_Rendition* rendition, Arguments&& arguments);
-    std::shared_ptr<const Rendition> noted(const VT_Rendition& rendition);
-    Rendition described(const VT_Rendition& rendition);
-    template <Keyed Group, class Host> Group described_group(const Host& host, std::int32_t mode);
-    template <class Value> static std::optional<Value> described_attribute(const Value& value, const Value& usual);
-    static std::optional<std::optional<Line_Type_Set>> described_attribute(const VT_Reference<const VT_Line_Type_Set>& set,
-                                                                           const VT_Reference<const VT_Line_Type_Set>& usual);
-    static std::optional<Bitmap> described_attribute(const VT_Reference<const VT_Pattern_Bitmap>& bitmap,
-                                                     const VT_Reference<const VT_Pattern_Bitmap>& usual);
-    std::optional<Texture> described_attribute(const VT_Reference<const VT_Basic_Material>& material,
-                                               const VT_Reference<const VT_Basic_Material>& usual);
-    Texture described_texture(const VT_Basic_Material& material);
-    std::optional<std::uint8_t> index_unless_closest(std::uint8_t index, VT_RGB32 color) const;
     Configuration changed_configuration();
     void set_zbuffer_write(bool value);
     std::int32_t set_zbuffer_test(const std::int32_t* value);
     template <class Setter> void replace_setter(const char* name, Setter by, Setter& own);
     static std::int32_t note_presentation(void* recorder, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
                                           const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y);
-
-    // Lists made from objects of the host. A reference to the object keeps its address from being used again.
-    template <class Object, class Element>
-    using Lists = std::map<std::pair<const Object*, std::uint32_t>, std::pair<VT_Reference<const Object>, Shared_List<Element>>>;
 
     Session& session_;
     VT_Renderer_Data& renderer_;
@@ -89,13 +72,7 @@ private:
     // The defaults of recordings at first, then the current options.
     VT_Renderer_Options options_;
     std::map<std::string, VT_Option_Content> settings_;
-
-    std::unordered_map<std::string, std::shared_ptr<const Rendition>> renditions_; // by their bytes, for the options in force
-    std::string last_bytes_;
-    std::shared_ptr<const Rendition> last_;
-    Lists<VT_Contour_Set, std::vector<VT_Point>> contours_;
-    Lists<VT_Shared_Image, VT_RGB32> texels_;
-    std::vector<VT_Reference<const VT_Counted>> kept_; // whose addresses stand in the bytes of renditions
+    Rendition_Recorder renditions_{options_};
 };
 
 } // namespace vorna::drawing::recording

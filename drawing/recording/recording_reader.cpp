@@ -2,11 +2,10 @@
 #include "drawing/recording/recording_reader.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 
 #include "drawing/recording/call_kinds.h"
-#include "drawing/recording/reader.h"
+#include "drawing/recording/values.h"
 
 namespace vorna::drawing::recording {
 
@@ -18,7 +17,7 @@ constexpr std::int32_t largest_side = 16384;
 
 } // namespace
 
-// What renditions and calls refer to by number.
+// The lists whose elements renditions and calls refer to by number.
 struct Shared_Values {
     std::vector<Shared_List<VT_RGB32>> texels;
     std::vector<Shared_List<std::vector<VT_Point>>> complex_clips;
@@ -27,166 +26,7 @@ struct Shared_Values {
 
 namespace {
 
-// Arrays that stand for one value; errors name the whole array.
-
-template <class Number, std::size_t Size> auto numbers(const char* what) {
-    return [what](const Reader& reader) {
-        const json& value = reader.value();
-        std::array<Number, Size> result{};
-        bool is_right = value.is_array() && value.size() == Size;
-        for (std::size_t i = 0; is_right && i < Size; ++i) {
-            const auto read = coordinate_or_none<Number>(value[i]);
-            is_right = read.has_value();
-            result[i] = read.value_or(Number{});
-        }
-        if (!is_right) {
-            reader.expected(what);
-        }
-        return result;
-    };
-}
-
-template <class Point> Point point(const Reader& reader) {
-    using Number = decltype(Point::x);
-    const json& value = reader.value();
-    if (value.is_array() && (value.size() == 2 || value.size() == 3)) {
-        const auto x = coordinate_or_none<Number>(value[0]);
-        const auto y = coordinate_or_none<Number>(value[1]);
-        const auto z = value.size() == 3 ? coordinate_or_none<Number>(value[2]) : Number{};
-        if (x && y && z) {
-            return {*x, *y, *z};
-        }
-    }
-    reader.expected(std::is_integral_v<Number> ? "[x, y] or [x, y, z] of whole numbers of 32 bits"
-                                               : "[x, y] or [x, y, z] of numbers");
-}
-
-// Numbers in a row, width of them for each of the things that they make up.
-template <class Number> std::vector<Number> flat_numbers(const Reader& reader, std::size_t width) {
-    const json& value = reader.value();
-    if (value.size() % width != 0) {
-        reader.expected(std::to_string(width) + " numbers for each, not " + std::to_string(value.size()) + " in all");
-    }
-    std::vector<Number> numbers;
-    numbers.reserve(value.size());
-    for (std::size_t i = 0; i < value.size(); ++i) {
-        const auto number = coordinate_or_none<Number>(value[i]);
-        if (!number) {
-            reader.element(i).expected(std::is_integral_v<Number> ? "a whole number of 32 bits" : "a number");
-        }
-        numbers.push_back(*number);
-    }
-    return numbers;
-}
-
-bool is_flat(const Reader& reader) {
-    return reader.value().is_array() && !reader.value().empty() && reader.value()[0].is_number();
-}
-
-// A list of points, or their coordinates in a row.
-template <class Point> std::vector<Point> points(const Reader& reader) {
-    if (!is_flat(reader)) {
-        return list_of(point<Point>)(reader);
-    }
-    const auto numbers = flat_numbers<decltype(Point::x)>(reader, 3);
-    std::vector<Point> list;
-    list.reserve(numbers.size() / 3);
-    for (std::size_t i = 0; i < numbers.size(); i += 3) {
-        list.push_back({numbers[i], numbers[i + 1], numbers[i + 2]});
-    }
-    return list;
-}
-
-constexpr int digit_value(char digit) noexcept {
-    return digit >= '0' && digit <= '9'   ? digit - '0'
-           : digit >= 'a' && digit <= 'f' ? digit - 'a' + 10
-           : digit >= 'A' && digit <= 'F' ? digit - 'A' + 10
-                                          : -1;
-}
-
-// The bytes of a string of hexadecimal digits, width of them for each of the things that they make up.
-std::vector<std::uint8_t> hexadecimal(const Reader& reader, std::size_t width) {
-    const auto& text = reader.value().get_ref<const std::string&>();
-    std::vector<std::uint8_t> bytes(text.size() / 2);
-    bool is_right = text.size() % (2 * width) == 0;
-    for (std::size_t i = 0; is_right && i < bytes.size(); ++i) {
-        const int high = digit_value(text[2 * i]), low = digit_value(text[2 * i + 1]);
-        is_right = high >= 0 && low >= 0;
-        bytes[i] = static_cast<std::uint8_t>(high * 16 + low);
-    }
-    if (!is_right) {
-        reader.expected("hexadecimal digits, " + std::to_string(2 * width) + " for each");
-    }
-    return bytes;
-}
-
-VT_RGB32 color(const Reader& reader) {
-    const json& value = reader.value();
-    std::uint8_t channels[4] = {0, 0, 0, 255};
-    bool is_right = value.is_array() && (value.size() == 3 || value.size() == 4);
-    for (std::size_t i = 0; is_right && i < value.size(); ++i) {
-        const auto channel = whole_or_none<std::uint8_t>(value[i]);
-        is_right = channel.has_value();
-        channels[i] = channel.value_or(0);
-    }
-    if (!is_right) {
-        reader.expected("[r, g, b] or [r, g, b, a], each 0 to 255");
-    }
-    return {channels[2], channels[1], channels[0], channels[3]};
-}
-
-// A list of colours, or a string of eight digits for each.
-std::vector<VT_RGB32> colors(const Reader& reader) {
-    if (!reader.value().is_string()) {
-        return list_of(color)(reader);
-    }
-    const std::vector<std::uint8_t> bytes = hexadecimal(reader, 4);
-    std::vector<VT_RGB32> list;
-    list.reserve(bytes.size() / 4);
-    for (std::size_t i = 0; i < bytes.size(); i += 4) {
-        list.push_back({bytes[i + 2], bytes[i + 1], bytes[i], bytes[i + 3]});
-    }
-    return list;
-}
-
-VT_RGB32 opaque_color(const Reader& reader) {
-    if (reader.value().size() != 3) {
-        reader.expected("[r, g, b], each 0 to 255");
-    }
-    return color(reader);
-}
-
-VT_Int_RGB whole_color(const Reader& reader) {
-    const VT_RGB32 read = opaque_color(reader);
-    return {read.red, read.green, read.blue};
-}
-
-VT_Int_Pair pair(const Reader& reader) {
-    const auto [x, y] = numbers<std::int32_t, 2>("[x, y] of whole numbers of 32 bits")(reader);
-    return {x, y};
-}
-
-VT_Int_Rectangle rectangle(const Reader& reader) {
-    const auto [left, right, bottom, top] =
-        numbers<std::int32_t, 4>("[x min, x max, y min, y max] of whole numbers of 32 bits")(reader);
-    return {left, right, bottom, top};
-}
-
-// Rows of pixels: a list of numbers, or a string of hexadecimal digits with the high digit first.
-template <class Number> std::vector<Number> row_of_numbers(const Reader& reader) {
-    if (!reader.value().is_string()) {
-        return list_of(whole<Number>())(reader);
-    }
-    const std::vector<std::uint8_t> bytes = hexadecimal(reader, sizeof(Number));
-    std::vector<Number> row(bytes.size() / sizeof(Number));
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        Number& number = row[i / sizeof(Number)];
-        number = static_cast<Number>(number << 8 | bytes[i]);
-    }
-    return row;
-}
-
-// A value of its own, or the number of one that the document shares.
+// A value, or the number of one in the document's list.
 template <class Value, class Form>
 auto own_or_shared(const std::vector<Value> Shared_Values::*list, const char* name, Form form) {
     return [=](const Reader& reader) {
@@ -200,94 +40,6 @@ auto own_or_shared(const std::vector<Value> Shared_Values::*list, const char* na
         }
         return shared[static_cast<std::size_t>(*number)];
     };
-}
-
-VT_Int_RGB cube_levels(const Reader& reader) {
-    const VT_Int_RGB levels = whole_color(reader);
-    if (levels.red < 1 || levels.green < 1 || levels.blue < 1) {
-        reader.expected("[r, g, b], each 1 to 255");
-    }
-    return levels;
-}
-
-Option_Setting option_setting(const Reader& reader) {
-    const json& value = reader.value();
-    if (value.is_boolean()) {
-        return value.get<bool>();
-    }
-    if (value.is_array()) {
-        return whole_color(reader);
-    }
-    const auto number = whole_or_none<std::int32_t>(value);
-    if (!number) {
-        reader.expected("true or false, a whole number of 32 bits, or [r, g, b]");
-    }
-    return *number;
-}
-
-Option_Settings option_settings(const Reader& reader) {
-    if (!reader.value().is_object()) {
-        reader.expected("an object");
-    }
-    Option_Settings settings;
-    for (const auto& [name, value] : reader.value().items()) {
-        settings.emplace_back(name, option_setting(reader.member(name, value)));
-    }
-    return settings;
-}
-
-std::string bitmap_row(const Reader& reader) {
-    const json& value = reader.value();
-    if (!value.is_string() || value.get_ref<const std::string&>().find_first_not_of("01") != std::string::npos) {
-        reader.expected("a string of 0 and 1");
-    }
-    return value.get<std::string>();
-}
-
-VT_Matrix matrix(const Reader& reader) {
-    const auto elements = numbers<double, 16>("[16 numbers], a matrix row after row")(reader);
-    VT_Matrix matrix;
-    std::copy(elements.begin(), elements.end(), &matrix.m[0][0]);
-    return matrix;
-}
-
-Line_Element line_element(const Reader& reader) {
-    const json& value = reader.value();
-    if (value.is_array() && value.size() == 2 && value[0].is_number()) {
-        if (const auto kind = whole_or_none<std::int32_t>(value[1])) {
-            return {value[0].get<double>(), *kind};
-        }
-    }
-    reader.expected("[length, kind], a number and a whole number");
-}
-
-VT_Point contour_point(const Reader& reader) {
-    const auto [x, y] = numbers<float, 2>("[x, y] of numbers")(reader);
-    return {x, y, 0};
-}
-
-std::vector<VT_Point> contour(const Reader& reader) {
-    if (!is_flat(reader)) {
-        return list_of(contour_point)(reader);
-    }
-    const auto numbers = flat_numbers<float>(reader, 2);
-    std::vector<VT_Point> contour;
-    for (std::size_t i = 0; i < numbers.size(); i += 2) {
-        contour.push_back({numbers[i], numbers[i + 1], 0});
-    }
-    return contour;
-}
-
-// Pairs of texture parameters, or the parameters in a row.
-std::vector<VT_Parameter> parameters(const Reader& reader) {
-    if (is_flat(reader)) {
-        return flat_numbers<VT_Parameter>(reader, parameter_width);
-    }
-    std::vector<VT_Parameter> flat;
-    for (const auto& of_point : list_of(numbers<VT_Parameter, parameter_width>("[u, v] of numbers"))(reader)) {
-        flat.insert(flat.end(), of_point.begin(), of_point.end());
-    }
-    return flat;
 }
 
 // The value of each type and form.
@@ -409,7 +161,7 @@ std::optional<std::optional<Value>> read_as(As<std::optional<std::optional<Value
     return read_as(As<std::optional<Value>>(), form::Nullable(), reader);
 }
 
-// Members whose form is Sized: rows that are cut to the size that the other members tell. reader: of the list of rows.
+// Members of the form Sized: rows, cut to the size that other members hold. reader: of the list of rows.
 
 template <class Pixel> std::vector<Pixel> read_row(As<Pixel>, const Reader& reader) {
     return row_of_numbers<Pixel>(reader);
@@ -493,7 +245,7 @@ template <Keyed Group> auto keys_into(Group& group) {
     return std::apply([&](const auto&... field) { return std::tuple_cat(keys_of(field)...); }, Group::keys);
 }
 
-// The keys of the group and others, which stand before and behind them.
+// The keys of the group, and other keys before and behind them.
 template <Keyed Group, class... Before, class... Behind>
 void read_group(const Reader& reader, std::tuple<Before...> before, Group& group, std::tuple<Behind...> behind = {}) {
     std::apply([&](const auto&... key) { reader.object(key...); }, std::tuple_cat(before, keys_into(group), behind));
@@ -520,7 +272,7 @@ std::shared_ptr<const Rendition> own_rendition(const Reader& reader) {
     return std::make_shared<const Rendition>(rendition(reader));
 }
 
-// Checks a rendition that nothing is laid over any more. reader: of the topmost one.
+// Checks a rendition after all overlays. reader: of the topmost one.
 void check_complete(const Reader& reader, const Rendition& rendition) {
     if (const auto& bitmap = rendition.face.bitmap) {
         const auto has_width = [&bitmap](const std::string& row) {
@@ -542,7 +294,7 @@ void check_complete(const Reader& reader, const Rendition& rendition) {
     }
 }
 
-// Calls. What a call needs besides its keys: an overload for each kind of arguments that needs something.
+// Calls. Checks beyond the keys: an overload for each kind of arguments that has any.
 
 void require_count(const Reader& reader, const char* key, std::size_t given, std::size_t needed, const char* what) {
     if (given < needed) {
@@ -553,7 +305,7 @@ void require_count(const Reader& reader, const char* key, std::size_t given, std
 template <class Type> void check_arguments(const Reader&, const Call&, const Type&) {
 }
 
-// Renderers take colorized markers without colours, and lines that have no device coordinates with a depth.
+// Renderers accept missing colours for markers, and for lines that are not in device coordinates.
 template <class Point> void check_arguments(const Reader& reader, const Call& call, const Colorized<Point>& arguments) {
     const std::string_view name = call.kind->name;
     const bool needs_colors = name.ends_with("triangle") || (name.ends_with("polyline") && name.starts_with("draw_dc"));

@@ -38,7 +38,9 @@ protected:
     }
     Png_Pixels pixels(const Options& inputs, const Options& options) {
         const std::string file = drawn(inputs, options);
-        return replay_tests::read_png(folder.file("kept.png", file));
+        const std::string kept = folder.file("kept.png", file);
+        const bool indexed = std::ranges::any_of(options, [](const auto& o) { return o == "--colors" || o == "--palette"; });
+        return indexed ? replay_tests::read_png(kept) : replay_tests::read_colors(kept);
     }
 
     replay_tests::Temporary_Folder folder;
@@ -63,7 +65,7 @@ TEST_F(Render_Options, several_models_look_as_if_they_were_one_file) {
          {Options{"--shading", "textured", "--edges"}, {"--shading", "flat"}, {"--shading", "wireframe"}}) {
         EXPECT_TRUE(drawn({a, b}, options) == drawn({both}, options)) << testing::PrintToString(options);
     }
-    const std::string empty = folder.file("empty.obj", "v 0 0 0\n");
+    const std::string empty = folder.file("empty.obj", "o nothing\n");
     EXPECT_THAT(drawn({a, empty}, {}), HasSubstr("empty.obj: empty scene"));
     EXPECT_TRUE(drawn({empty, a}, {"--allow-empty"}) == drawn({a}, {}));
 }
