@@ -190,7 +190,16 @@ void add_model_options(std::vector<Option>& table, Model_Options& options) {
           .value = optional_value("all", suggested_value("KIND", {"all", "feature"})),
           .text = "Draw the edges of polygons over them, or outlines, borders and sharp bends only",
           .target = &options.edges},
-         {.names = {"--edge-color"}, .value = text_value("COLOR"), .text = "Colour of edges", .target = &options.edge_color}});
+         {.names = {"--edge-color"}, .value = text_value("COLOR"), .text = "Colour of edges", .target = &options.edge_color},
+         {.names = {"--line-width"},
+          .value = whole_value("PIXELS", 1, drawing::model::largest_point),
+          .text = "Width of the model's own lines",
+          .target = &options.line_width,
+          .by_default = std::to_string(options.line_width)},
+         {.names = {"--point-size"},
+          .value = whole_value("PIXELS", 1, drawing::model::largest_point),
+          .text = "Size of the model's points; 2 to 8 without it, fewer points are larger",
+          .target = &options.point_size}});
     add("Drawing", Applies_To::every_input,
         {{.names = {"--antialias"}, .text = "Smooth lines; --supersample smooths everything", .target = &options.antialias}});
     add("Drawing of models", Applies_To::models,
@@ -272,6 +281,10 @@ std::vector<std::string> arguments_of(const Model_Options& options) {
     add_chosen("--shading", options.picture.shading, shadings);
     add("--edges", options.edges, defaults.edges);
     add("--edge-color", options.edge_color, defaults.edge_color);
+    add("--line-width", std::to_string(options.line_width), std::to_string(defaults.line_width));
+    if (options.point_size > 0) {
+        add("--point-size", std::to_string(options.point_size), "");
+    }
     add_flag("--antialias", options.antialias);
     add_chosen("--cull", options.picture.culling, cullings);
     add("--background", options.background, defaults.background);
@@ -354,7 +367,10 @@ VT_RGB32 background_of(const Model_Options& options) {
 
 drawing::Model_Style style_of(const Model_Options& options) {
     drawing::Model_Style style;
-    style.picture = model_look_of(options);
+    style.picture = options.picture;
+    style.picture.light = parsed_direction(options.light);
+    style.line_width = options.line_width;
+    style.point_size = options.point_size;
     if (!options.edges.empty()) {
         if (options.edges != "all" && options.edges != "feature") {
             throw drawing::Usage_Error("--edges: expected all or feature, found '" + options.edges + "'");
@@ -370,16 +386,10 @@ drawing::Model_Style style_of(const Model_Options& options) {
     return style;
 }
 
-drawing::model::Model_Look model_look_of(const Model_Options& options) {
-    drawing::model::Model_Look settings = options.picture;
-    settings.light = parsed_direction(options.light);
-    return settings;
-}
-
-drawing::model::Edge_Settings edge_settings_of(const Model_Options& options) {
+drawing::Model_Look look_of(const Model_Options& options, bool has_lines, VT_Reference<const VT_Palette> palette) {
     if (!options.has_edges()) {
         for (const auto& [given, name] :
-             {std::pair(options.antialias, "--antialias"), {!options.edge_color.empty(), "--edge-color"}}) {
+             {std::pair(options.antialias && !has_lines, "--antialias"), {!options.edge_color.empty(), "--edge-color"}}) {
             if (given) {
                 throw drawing::Usage_Error(std::string(name) +
                                            ": expected --edges, --shading wireframe or hidden-line beside it, found none");
@@ -391,7 +401,7 @@ drawing::model::Edge_Settings edge_settings_of(const Model_Options& options) {
                                    (options.palette.empty() ? "--colors 8" : "--palette " + options.palette));
     }
     const auto background = options.is_transparent() ? std::nullopt : std::optional(background_of(options));
-    return drawing::edge_settings_of(style_of(options), background, options.antialias);
+    return drawing::look_of(style_of(options), background, options.antialias, std::move(palette));
 }
 
 drawing::model::Camera_Settings camera_settings_of(const Model_Options& options, const drawing::model::Mesh& mesh,

@@ -44,9 +44,7 @@ void show(const View_Options& options, std::vector<drawing::Input> inputs, const
     }
     const bool map = drawing::is_map(inputs.front());
     if (!map) {
-        style_of(options);
-        edge_settings_of(options);
-        model_look_of(options);
+        look_of(options, true);
     }
     std::string title;
     for (const std::string& file : options.models) {

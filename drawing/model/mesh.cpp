@@ -43,24 +43,41 @@ void drop_degenerate_triangles(Mesh& mesh) {
     diagonals.resize(diagonals.empty() ? 0 : kept);
 }
 
-// Only vertices that a triangle uses count: stray points must not shrink the picture.
+void drop_degenerate_lines(Mesh& mesh) {
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i + 1 < mesh.lines.size(); i += 2) {
+        if (mesh.lines[i] != mesh.lines[i + 1]) {
+            mesh.lines[kept] = mesh.lines[i];
+            mesh.lines[kept + 1] = mesh.lines[i + 1];
+            kept += 2;
+        }
+    }
+    mesh.lines.resize(kept);
+}
+
+// Only vertices that are drawn count: unused ones must not shrink the image of the model.
 void move_into_unit_sphere(std::vector<Mesh>& meshes, const std::string& files) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     VT_Vector_D low{infinity, infinity, infinity}, high{-infinity, -infinity, -infinity};
+    bool has_points = false;
     for (const Mesh& mesh : meshes) {
-        for (const std::uint32_t vertex : mesh.triangles) {
+        has_points = has_points || !mesh.points.empty();
+        for_each_drawn_vertex(mesh, [&](std::uint32_t vertex) {
             const VT_Vector& p = mesh.positions[vertex];
             low = {std::min<double>(low.x, p.x), std::min<double>(low.y, p.y), std::min<double>(low.z, p.z)};
             high = {std::max<double>(high.x, p.x), std::max<double>(high.y, p.y), std::max<double>(high.z, p.z)};
-        }
+        });
     }
     if (low.x > high.x) {
-        return; // no triangles at all
+        return; // nothing is drawn
     }
     const VT_Vector_D center = (low + high) * 0.5;
-    const double radius = length(high - low) * 0.5;
+    double radius = length(high - low) * 0.5;
     if (!(radius > 0)) {
-        throw Model_Error(files + ": empty scene: expected triangles with an extent, found one point");
+        if (!has_points) {
+            throw Model_Error(files + ": empty scene: expected triangles or lines with an extent, found one point");
+        }
+        radius = 1;
     }
     for (Mesh& mesh : meshes) {
         mesh.center = center;
@@ -81,7 +98,19 @@ void drop_wild_coordinates(std::vector<Texture_Point>& coordinates) {
     }
 }
 
-// Adds another mesh's elements. A list that only one of both has is padded with defaults for the other.
+// Points have the normals of the file only: before other vertices get those of the faces around them.
+void keep_point_normals(Mesh& mesh) {
+    mesh.point_normals.clear();
+    const auto has_normal = [&mesh](std::uint32_t vertex) { return unit(mesh.normals[vertex]).has_value(); };
+    if (!mesh.normals.empty() && std::ranges::any_of(mesh.points, has_normal)) {
+        mesh.point_normals.reserve(mesh.points.size());
+        for (const std::uint32_t vertex : mesh.points) {
+            mesh.point_normals.push_back(unit(mesh.normals[vertex]).value_or(VT_Vector{}));
+        }
+    }
+}
+
+// Adds another mesh's elements. Lists that only one of both has are padded with defaults.
 void append(Mesh& mesh, Mesh&& other) {
     const auto base = static_cast<std::uint32_t>(mesh.positions.size());
     const auto first_material = static_cast<std::uint32_t>(mesh.materials.size()),
@@ -93,8 +122,10 @@ void append(Mesh& mesh, Mesh&& other) {
             list.resize(count + more_count, nothing);
         }
     };
-    for (std::uint32_t& vertex : other.triangles) {
-        vertex += base;
+    for (std::vector<std::uint32_t>* list : {&other.triangles, &other.lines, &other.points}) {
+        for (std::uint32_t& vertex : *list) {
+            vertex += base;
+        }
     }
     for (std::uint32_t& material : other.triangle_materials) {
         material = material == no_material ? no_material : material + first_material;
@@ -107,10 +138,13 @@ void append(Mesh& mesh, Mesh&& other) {
     join(mesh.coordinates, base, other.coordinates, vertices, Texture_Point{});
     join(mesh.diagonals, mesh.triangle_count(), other.diagonals, triangles, std::uint8_t{0});
     join(mesh.triangle_materials, mesh.triangle_count(), other.triangle_materials, triangles, no_material);
+    join(mesh.point_normals, mesh.points.size(), other.point_normals, other.points.size(), VT_Vector{});
     const auto move_to_end = [](auto& list, auto& more) { std::ranges::move(more, std::back_inserter(list)); };
     move_to_end(mesh.positions, other.positions);
     move_to_end(mesh.normals, other.normals);
     move_to_end(mesh.triangles, other.triangles);
+    move_to_end(mesh.lines, other.lines);
+    move_to_end(mesh.points, other.points);
     move_to_end(mesh.materials, other.materials);
     move_to_end(mesh.images, other.images);
     move_to_end(mesh.warnings, other.warnings);
@@ -147,12 +181,15 @@ bool is_consistent(const Mesh& mesh) {
         return i.embedded ? !has_size || fits : !has_size && i.bytes.empty();
     };
     const std::size_t vertices = mesh.positions.size(), triangles = mesh.triangle_count(), materials = mesh.materials.size();
+    const auto are_vertices = [vertices](const std::vector<std::uint32_t>& list) {
+        return std::ranges::all_of(list, [vertices](std::uint32_t vertex) { return vertex < vertices; });
+    };
     const auto is_none_or = [](std::size_t count, const auto& list) { return list.empty() || list.size() == count; };
     return is_none_or(vertices, mesh.normals) && is_none_or(vertices, mesh.colors) && is_none_or(vertices, mesh.coordinates) &&
-           mesh.triangles.size() % 3 == 0 && is_none_or(triangles, mesh.triangle_materials) &&
+           mesh.triangles.size() % 3 == 0 && mesh.lines.size() % 2 == 0 && is_none_or(triangles, mesh.triangle_materials) &&
            is_none_or(triangles, mesh.smoothing) && mesh.diagonals.size() <= triangles &&
            std::ranges::all_of(mesh.positions, is_finite) && std::ranges::all_of(mesh.normals, is_finite) &&
-           std::ranges::all_of(mesh.triangles, [&](std::uint32_t vertex) { return vertex < vertices; }) &&
+           are_vertices(mesh.triangles) && are_vertices(mesh.lines) && are_vertices(mesh.points) &&
            std::ranges::all_of(mesh.triangle_materials,
                                [&](std::uint32_t material) { return material == no_material || material < materials; }) &&
            std::ranges::all_of(mesh.materials, is_material) && std::ranges::all_of(mesh.images, is_image);
@@ -160,13 +197,15 @@ bool is_consistent(const Mesh& mesh) {
 
 // Normals come before joining: corners of different files do not smooth each other.
 Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty, std::optional<double> crease) {
-    std::size_t corners = 0;
+    std::size_t corners = 0, vertices = 0;
     for (std::size_t m = 0; m < meshes.size(); ++m) {
         drop_degenerate_triangles(meshes[m]);
-        if (meshes[m].triangles.empty() && !empty) {
-            throw Model_Error(files[m] + ": empty scene: expected at least one triangle, found none");
+        drop_degenerate_lines(meshes[m]);
+        if (meshes[m].is_empty() && !empty) {
+            throw Model_Error(files[m] + ": empty scene: expected triangles, lines or points, found none");
         }
         corners += meshes[m].triangles.size();
+        vertices += meshes[m].positions.size();
     }
     std::string all_files;
     for (const std::string& file : files) {
@@ -175,8 +214,12 @@ Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files
     if (corners >= std::numeric_limits<std::uint32_t>::max()) {
         throw Model_Error(all_files + ": expected fewer than 1431655765 triangles, found " + std::to_string(corners / 3));
     }
+    if (vertices >= std::numeric_limits<std::uint32_t>::max()) {
+        throw Model_Error(all_files + ": expected fewer than 4294967295 vertices, found " + std::to_string(vertices));
+    }
     move_into_unit_sphere(meshes, all_files);
     for (Mesh& mesh : meshes) {
+        keep_point_normals(mesh);
         drop_wild_coordinates(mesh.coordinates);
         complete_normals(mesh, crease);
     }
@@ -187,16 +230,33 @@ Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files
     return mesh;
 }
 
+std::vector<VT_Vector> drawn_positions(const Mesh& mesh) {
+    std::vector<bool> is_listed(mesh.positions.size());
+    std::vector<VT_Vector> positions;
+    for_each_drawn_vertex(mesh, [&](std::uint32_t vertex) {
+        if (!is_listed[vertex]) {
+            is_listed[vertex] = true;
+            positions.push_back(mesh.positions[vertex]);
+        }
+    });
+    return positions;
+}
+
 void finish_mesh(Mesh& mesh, const std::string& file, std::optional<double> crease) {
     std::vector<Mesh> one;
     one.push_back(std::move(mesh));
     mesh = joined_mesh(std::move(one), {file}, false, crease);
 }
 
-VT_Vector face_normal(const Mesh& mesh, std::size_t triangle) {
+VT_Vector winding_normal(const Mesh& mesh, std::size_t triangle) {
     const std::uint32_t* corners = &mesh.triangles[3 * triangle];
     const VT_Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]], &c = mesh.positions[corners[2]];
-    const VT_Vector normal = unit(cross(b - a, c - a)).value_or(VT_Vector{0, 0, 1});
+    return unit(cross(b - a, c - a)).value_or(VT_Vector{0, 0, 1});
+}
+
+VT_Vector face_normal(const Mesh& mesh, std::size_t triangle) {
+    const std::uint32_t* corners = &mesh.triangles[3 * triangle];
+    const VT_Vector normal = winding_normal(mesh, triangle);
     const VT_Vector around = mesh.normals[corners[0]] + mesh.normals[corners[1]] + mesh.normals[corners[2]];
     return dot(normal, around) < 0.0F ? normal * -1.0F : normal;
 }

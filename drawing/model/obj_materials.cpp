@@ -50,7 +50,7 @@ std::uint8_t channel(float value) {
 } // namespace
 
 void Obj_Materials::read_library(const std::string& name) {
-    const std::string library = (path_of(model_).parent_path() / path_of(name)).lexically_normal().string();
+    const std::string library = named_path(model_, model_, name, limits_);
     if (!libraries_.insert(library).second) {
         return; // a short file can name a long library as often as it likes
     }
@@ -141,7 +141,7 @@ void Obj_Materials::read_map(const std::string& library, Text_Cursor& cursor, En
     }
     if (const std::string name(cursor.rest_of_line()); !name.empty()) {
         limits_.take_work(model_, mesh_.images.size());
-        into.material.image = image_number(mesh_, image_path(model_, library, name, limits_), model_);
+        into.material.image = image_number(mesh_, named_path(model_, library, name, limits_), model_);
     }
 }
 

@@ -1,15 +1,16 @@
-// OBJ: positions, normals, polygons, and materials with their colours and images.
+// OBJ: positions, normals, polygons, lines, points, and materials with their colours and images.
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <optional>
 
+#include "drawing/files/memory_allowance.h"
+#include "drawing/model/corner_table.h"
 #include "drawing/model/model_reader.h"
 #include "drawing/model/obj_materials.h"
 #include "drawing/model/polygon.h"
 #include "drawing/model/text_cursor.h"
-#include "drawing/model/tuple_table.h"
 
 namespace vorna::drawing::model {
 namespace {
@@ -26,14 +27,13 @@ VT_Vector read_vector(Text_Cursor& cursor, const char* expected) {
 class Obj_Reader {
 public:
     Obj_Reader(const std::string& file, std::string_view content, Load_Limits& limits)
-        : file_(file), limits_(limits), cursor_(file, content), materials_(file_, mesh_, limits) {}
+        : file_(file), limits_(limits), memory_(limits, file_), cursor_(file, content), materials_(file_, mesh_, limits) {}
 
     Mesh read() {
         for (; !cursor_.at_end(); cursor_.next_line()) {
-            const Text_Cursor before = cursor_;
             const std::string_view keyword = cursor_.word();
             if (keyword.starts_with('v')) {
-                limits_.take_memory(file_, position_memory);
+                memory_.take(position_memory);
             }
             if (keyword == "v") {
                 read_position();
@@ -43,6 +43,10 @@ public:
                 read_coordinate();
             } else if (keyword == "f") {
                 read_face();
+            } else if (keyword == "l") {
+                read_line();
+            } else if (keyword == "p") {
+                read_points();
             } else if (keyword == "usemtl") {
                 use_material(std::string(cursor_.rest_of_line()));
             } else if (keyword == "s") {
@@ -50,7 +54,7 @@ public:
             } else if (keyword == "mtllib") {
                 materials_.read_library(std::string(cursor_.rest_of_line()));
             } else if (!foreign_ && is_foreign(keyword)) {
-                foreign_ = before;
+                foreign_ = cursor_.at(keyword.data());
             }
         }
         if (positions_.empty() && foreign_) {
@@ -62,7 +66,7 @@ public:
 private:
     // Exporters have statements of their own, so that a line that nobody knows is an error only where no vertex is.
     static bool is_foreign(std::string_view keyword) {
-        constexpr std::array<std::string_view, 6> known{"o", "g", "s", "l", "p", "vp"};
+        constexpr std::array<std::string_view, 4> known{"o", "g", "s", "vp"};
         return !keyword.empty() && keyword.front() != '#' && std::ranges::find(known, keyword) == known.end();
     }
 
@@ -96,13 +100,14 @@ private:
 
     // One-based from the front, or negative from the back.
     std::uint32_t read_index(std::size_t count, const char* kind) {
-        const Text_Cursor before = cursor_;
+        cursor_.skip_blanks();
+        const char* const start = cursor_.place();
         const std::int64_t given = cursor_.integer(kind);
         const auto limit = static_cast<std::int64_t>(count);
         const std::int64_t index = given < 0 ? limit + given : given - 1;
         if (index < 0 || index >= limit || given == 0) {
-            Text_Cursor at(before);
-            at.fail(std::string(kind) + " from 1 to " + std::to_string(limit) + " or from -" + std::to_string(limit) + " to -1");
+            cursor_.at(start).fail(std::string(kind) + " from 1 to " + std::to_string(limit) + " or from -" +
+                                   std::to_string(limit) + " to -1");
         }
         return static_cast<std::uint32_t>(index);
     }
@@ -116,16 +121,13 @@ private:
         return none;
     }
 
+    // Both numbers behind slashes may be left out, the slashes too.
     std::uint32_t read_corner() {
         const std::uint32_t position = read_index(positions_.size(), "a vertex index");
         std::uint32_t normal = none, coordinate = none;
-        if (cursor_.accept('/')) {
-            if (!cursor_.accept('/')) {
-                coordinate = read_texture_index();
-                if (cursor_.accept('/')) {
-                    normal = read_index(normals_.size(), "a normal index");
-                }
-            } else {
+        if (cursor_.accept('/') && !cursor_.at_word_end()) {
+            coordinate = cursor_.at('/') ? none : read_texture_index();
+            if (cursor_.accept('/') && !cursor_.at_word_end()) {
                 normal = read_index(normals_.size(), "a normal index");
             }
         }
@@ -133,17 +135,51 @@ private:
     }
 
     void read_face() {
-        const std::size_t vertices = corners_.keys().size();
+        const std::size_t vertices = corners_.corners().size();
         polygon_.clear();
         do {
             polygon_.push_back(read_corner());
         } while (polygon_.size() < 3 || !cursor_.at_line_end());
         places_.clear();
-        for (const std::uint32_t corner : polygon_) {
-            places_.push_back(positions_[corners_.keys()[corner][0]]);
+        for (std::size_t i = 0; polygon_.size() > 3 && i < polygon_.size(); ++i) {
+            places_.push_back(positions_[corners_.corners()[polygon_[i]][0]]);
         }
-        limits_.take_memory(file_, vertex_memory * (corners_.keys().size() - vertices) + triangle_memory * polygon_.size());
+        memory_.take(vertex_memory * (corners_.corners().size() - vertices) + triangle_memory * polygon_.size());
         append_polygon(mesh_, polygon_, places_, file_, limits_);
+    }
+
+    // A vertex of a line or point: normals and texture coordinates mean nothing there.
+    std::uint32_t read_plain_corner() {
+        const std::uint32_t position = read_index(positions_.size(), "a vertex index");
+        cursor_.finish_word();
+        const std::size_t vertices = corners_.corners().size();
+        const std::uint32_t corner = corners_.index_of({position, none, material_, none});
+        memory_.take(vertex_memory * (corners_.corners().size() - vertices) + 2 * sizeof corner);
+        return corner;
+    }
+
+    void read_line() {
+        std::uint32_t from = read_plain_corner();
+        do {
+            const std::uint32_t to = read_plain_corner();
+            mesh_.lines.insert(mesh_.lines.end(), {from, to});
+            from = to;
+        } while (!cursor_.at_line_end());
+    }
+
+    void read_points() {
+        do {
+            mesh_.points.push_back(read_plain_corner());
+        } while (!cursor_.at_line_end());
+    }
+
+    // Vertices without any element are a cloud, in which the normals are those of the vertices when there are as many.
+    void make_cloud() {
+        const bool has_normals = normals_.size() == positions_.size();
+        limits_.take_memory(file_, vertex_memory * positions_.size());
+        for (std::uint32_t v = 0; v < positions_.size(); ++v) {
+            mesh_.points.push_back(corners_.index_of({v, has_normals ? v : none, material_, none}));
+        }
     }
 
     void read_coordinate() {
@@ -178,11 +214,14 @@ private:
     }
 
     Mesh take_mesh() {
+        if (mesh_.is_empty()) {
+            make_cloud();
+        }
         note_material();
         note_smoothing_group();
         Mesh& mesh = mesh_;
         mesh.smoothing = std::move(smoothing_);
-        const auto& keys = corners_.keys();
+        const auto& keys = corners_.corners();
         mesh.positions.reserve(keys.size());
         for (const auto& key : keys) {
             mesh.positions.push_back(positions_[key[0]]);
@@ -216,6 +255,7 @@ private:
 
     const std::string& file_;
     Load_Limits& limits_;
+    Memory_Allowance memory_;
     Text_Cursor cursor_;
     std::vector<VT_Vector> positions_, normals_;
     std::vector<VT_Vector>
@@ -225,7 +265,7 @@ private:
     std::vector<std::uint32_t> polygon_; // being read
     std::vector<VT_Vector> places_;      // of its corners
     std::vector<std::uint32_t> triangle_materials_, smoothing_;
-    Tuple_Table<4> corners_; // position, normal, material, texture coordinate
+    Corner_Table corners_;
     Mesh mesh_;
     Obj_Materials materials_;
     std::uint32_t material_ = none, smoothing_group_ = by_angle;

@@ -2,8 +2,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numeric>
 #include <optional>
 
+#include "drawing/files/memory_allowance.h"
 #include "drawing/model/model_reader.h"
 #include "drawing/model/ply_textures.h"
 #include "drawing/model/ply_values.h"
@@ -19,12 +21,14 @@ struct Scalar_Name {
 };
 
 constexpr std::array scalar_names{
-    Scalar_Name{"char", Scalar::int8},      Scalar_Name{"int8", Scalar::int8},       Scalar_Name{"uchar", Scalar::uint8},
-    Scalar_Name{"uint8", Scalar::uint8},    Scalar_Name{"short", Scalar::int16},     Scalar_Name{"int16", Scalar::int16},
-    Scalar_Name{"ushort", Scalar::uint16},  Scalar_Name{"uint16", Scalar::uint16},   Scalar_Name{"int", Scalar::int32},
-    Scalar_Name{"int32", Scalar::int32},    Scalar_Name{"uint", Scalar::uint32},     Scalar_Name{"uint32", Scalar::uint32},
-    Scalar_Name{"float", Scalar::float32},  Scalar_Name{"float32", Scalar::float32}, Scalar_Name{"double", Scalar::float64},
-    Scalar_Name{"float64", Scalar::float64}};
+    Scalar_Name{"char", Scalar::int8},       Scalar_Name{"int8", Scalar::int8},       Scalar_Name{"uchar", Scalar::uint8},
+    Scalar_Name{"uint8", Scalar::uint8},     Scalar_Name{"short", Scalar::int16},     Scalar_Name{"int16", Scalar::int16},
+    Scalar_Name{"ushort", Scalar::uint16},   Scalar_Name{"uint16", Scalar::uint16},   Scalar_Name{"int", Scalar::int32},
+    Scalar_Name{"int32", Scalar::int32},     Scalar_Name{"uint", Scalar::uint32},     Scalar_Name{"uint32", Scalar::uint32},
+    Scalar_Name{"float", Scalar::float32},   Scalar_Name{"float32", Scalar::float32}, Scalar_Name{"double", Scalar::float64},
+    Scalar_Name{"float64", Scalar::float64}, Scalar_Name{"int8_t", Scalar::int8},     Scalar_Name{"uint8_t", Scalar::uint8},
+    Scalar_Name{"int16_t", Scalar::int16},   Scalar_Name{"uint16_t", Scalar::uint16}, Scalar_Name{"int32_t", Scalar::int32},
+    Scalar_Name{"uint32_t", Scalar::uint32}};
 
 // Where a vertex property goes.
 enum Attribute : std::size_t { x, y, z, nx, ny, nz, red, green, blue, u, v, attribute_count };
@@ -106,6 +110,7 @@ Property read_property(Text_Cursor& cursor) {
     return property;
 }
 
+// Lines that begin with another word are comments: old exporters write some without saying so.
 Header read_header(Text_Cursor& cursor) {
     Header header;
     if (Text_Cursor before = cursor; cursor.word() != "ply") {
@@ -147,8 +152,6 @@ Header read_header(Text_Cursor& cursor) {
             header.elements.back().properties.push_back(read_property(cursor));
         } else if (Text_Cursor words = cursor; keyword == "comment" && words.word() == "TextureFile") {
             header.textures.emplace_back(words.rest_of_line());
-        } else if (keyword != "comment" && keyword != "obj_info" && !keyword.empty()) {
-            before.fail("'format', 'element', 'property' or 'end_header'");
         }
     }
     cursor.fail("'end_header'");
@@ -157,7 +160,7 @@ Header read_header(Text_Cursor& cursor) {
 template <class Values> class Body_Reader {
 public:
     Body_Reader(Values values, const std::string& file, const Header& header, Load_Limits& limits)
-        : values_(values), file_(file), limits_(limits), textures_(mesh_, file_, header.textures, limits) {}
+        : values_(values), file_(file), limits_(limits), memory_(limits, file), textures_(mesh_, file_, header.textures, limits) {}
 
     Mesh read(const Header& header) {
         for (const Element& element : header.elements) {
@@ -168,11 +171,17 @@ public:
                 read_vertices(element);
             } else if (element.name == "face") {
                 read_faces(element);
+            } else if (element.name == "edge" && element.has("vertex1") && element.has("vertex2")) {
+                read_edges(element);
             } else {
                 for (std::int64_t i = 0; i < element.count; ++i) {
                     skip_record(element);
                 }
             }
+        }
+        if (mesh_.is_empty() && has_places_) { // a point cloud
+            mesh_.points.resize(mesh_.positions.size());
+            std::iota(mesh_.points.begin(), mesh_.points.end(), 0U);
         }
         return std::move(mesh_);
     }
@@ -191,6 +200,7 @@ private:
             return std::ranges::all_of(attributes,
                                        [&](Attribute one) { return std::ranges::find(attribute_of, one) != attribute_of.end(); });
         };
+        has_places_ = has({x, y, z});
         const bool has_normals = has({nx, ny, nz}), has_colors = has({red, green, blue}),
                    has_coordinates = has({u, v}) && !textures_.empty();
         const auto red_place = static_cast<std::size_t>(std::ranges::find(attribute_of, red) - attribute_of.begin());
@@ -199,17 +209,19 @@ private:
         mesh_.positions.reserve(credible(element.count) / element.properties.size());
         std::array<double, attribute_count + 1> record{}; // The last one takes what is not wanted.
         for (std::int64_t vertex = 0; vertex < element.count; ++vertex) {
-            limits_.take_memory(file_, vertex_memory);
+            memory_.take(vertex_memory);
             for (std::size_t p = 0; p < element.properties.size(); ++p) {
                 if (element.properties[p].count) {
                     skip_list(element.properties[p]);
                 } else {
-                    record[attribute_of[p]] = values_.number(element.properties[p].scalar, "a vertex property");
+                    const Scalar scalar = element.properties[p].scalar;
+                    record[attribute_of[p]] = attribute_of[p] <= z ? values_.number(scalar, "a vertex coordinate")
+                                                                   : values_.any_number(scalar, "a vertex property");
                 }
             }
             mesh_.positions.push_back(vector(record[x], record[y], record[z]));
             if (has_normals) {
-                mesh_.normals.push_back(vector(record[nx], record[ny], record[nz]));
+                mesh_.normals.push_back(normal(record[nx], record[ny], record[nz]));
             }
             if (has_colors) {
                 mesh_.colors.push_back({channel(record[blue] * color_scale), channel(record[green] * color_scale),
@@ -252,11 +264,30 @@ private:
         }
     }
 
+    void read_edges(const Element& element) {
+        const std::size_t first = element.find("vertex1"), second = element.find("vertex2");
+        for (std::int64_t e = 0; e < element.count; ++e) {
+            limits_.take_memory(file_, 2 * sizeof(std::uint32_t));
+            std::array<std::uint32_t, 2> ends{};
+            for (std::size_t p = 0; p < element.properties.size(); ++p) {
+                const Property& property = element.properties[p];
+                if (property.count) {
+                    skip_list(property);
+                } else if (p == first || p == second) {
+                    ends[p == second] = read_vertex_index(property.scalar);
+                } else {
+                    values_.number(property.scalar, "an edge property");
+                }
+            }
+            mesh_.lines.insert(mesh_.lines.end(), ends.begin(), ends.end());
+        }
+    }
+
     void read_corners(const Property& property) {
         for (std::int64_t left = read_list_count(property); left > 0; --left) {
             polygon_.push_back(read_vertex_index(property.scalar));
         }
-        limits_.take_memory(file_, triangle_memory * polygon_.size());
+        memory_.take(triangle_memory * polygon_.size());
     }
 
     // u and v of each corner.
@@ -265,7 +296,7 @@ private:
         for (std::int64_t i = 0; i < count; ++i) {
             const auto value = static_cast<float>(values_.number(property.scalar, "a texture coordinate"));
             if (i % 2 == 0) {
-                limits_.take_memory(file_, sizeof(Texture_Point));
+                memory_.take(sizeof(Texture_Point));
                 corner_places_.push_back({value, 0});
             } else {
                 corner_places_.back().v = value;
@@ -276,7 +307,9 @@ private:
     void add_polygon() {
         places_.clear();
         for (std::size_t i = 0; i < polygon_.size(); ++i) {
-            places_.push_back(mesh_.positions[polygon_[i]]);
+            if (polygon_.size() > 3) {
+                places_.push_back(mesh_.positions[polygon_[i]]);
+            }
             if (corner_places_.size() == polygon_.size()) {
                 polygon_[i] = textures_.vertex_at(polygon_[i], corner_places_[i]);
             }
@@ -324,12 +357,22 @@ private:
         return result;
     }
 
-    static std::uint8_t channel(double value) { return static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0) + 0.5); }
+    // Computed later where the file has none: scanners write what is no number for it.
+    static VT_Vector normal(double a, double b, double c) {
+        const VT_Vector result{static_cast<float>(a), static_cast<float>(b), static_cast<float>(c)};
+        return std::isfinite(result.x) && std::isfinite(result.y) && std::isfinite(result.z) ? result : VT_Vector{};
+    }
+
+    static std::uint8_t channel(double value) {
+        return value > 0 ? static_cast<std::uint8_t>(std::min(value, 255.0) + 0.5) : std::uint8_t{0}; // for no number, too
+    }
 
     Values values_;
     const std::string& file_;
     Load_Limits& limits_;
+    Memory_Allowance memory_;
     Mesh mesh_;
+    bool has_places_ = false;      // whether vertices have coordinates
     std::size_t vertex_count_ = 0; // in the file
     Ply_Textures textures_;
     std::vector<std::uint32_t> polygon_; // being read

@@ -19,7 +19,7 @@ public:
         : mesh_(mesh), file_(file), limits_(limits) {
         for (const std::string& name : names) {
             limits.take_work(file, mesh.images.size());
-            mesh.materials.emplace_back().image = image_number(mesh, image_path(file, file, name, limits), file);
+            mesh.materials.emplace_back().image = image_number(mesh, named_path(file, file, name, limits), file);
         }
     }
 

@@ -15,29 +15,34 @@ namespace vorna::drawing::model {
 
 enum class Scalar { int8, uint8, int16, uint16, int32, uint32, float32, float64 };
 
-// Values one after the other, whatever the encoding. A value that does not suit fails at the place it was read from.
+// Values one after the other, for either encoding. A value of another form fails at the place it was read from.
 class Text_Values {
 public:
-    explicit Text_Values(Text_Cursor cursor) : cursor_(cursor), before_(cursor) {}
+    explicit Text_Values(Text_Cursor cursor) : cursor_(cursor), start_(cursor.place()) {}
 
     double number(Scalar, const char* expected) {
         advance();
         return static_cast<double>(cursor_.number(expected));
+    }
+    double any_number(Scalar, const char* expected) {
+        advance();
+        return static_cast<double>(cursor_.any_number(expected));
     }
     std::int64_t integer(Scalar, const char* expected) {
         advance();
         return cursor_.integer(expected);
     }
     std::size_t remaining() const { return cursor_.remaining(); }
-    [[noreturn]] void fail(const std::string& expected) { before_.fail(expected); }
+    [[noreturn]] void fail(const std::string& expected) { cursor_.at(start_).fail(expected); }
 
 private:
     void advance() {
         cursor_.skip_space();
-        before_ = cursor_;
+        start_ = cursor_.place();
     }
 
-    Text_Cursor cursor_, before_;
+    Text_Cursor cursor_;
+    const char* start_; // of the last value
 };
 
 template <std::endian Order> class Binary_Values {
@@ -46,12 +51,14 @@ public:
         : file_(file), content_(content), next_(start) {}
 
     double number(Scalar scalar, const char* expected) {
-        const double value = take<double>(scalar, expected);
+        const double value = any_number(scalar, expected);
         if (!std::isfinite(value)) {
             fail(expected);
         }
         return value;
     }
+    // Also infinite and NaN.
+    double any_number(Scalar scalar, const char* expected) { return take<double>(scalar, expected); }
     std::int64_t integer(Scalar scalar, const char* expected) {
         if (scalar == Scalar::float32 || scalar == Scalar::float64) {
             const double value = take<double>(scalar, expected);
@@ -64,8 +71,11 @@ public:
     }
     std::size_t remaining() const { return content_.size() - next_; }
     [[noreturn]] void fail(const std::string& expected) {
-        throw Model_Error(file_ + ": byte " + std::to_string(place_) + ": expected " + expected +
-                          (place_ == content_.size() ? ", found the end of the file" : ""));
+        const std::string message = file_ + ": byte " + std::to_string(place_) + ": expected " + expected;
+        if (place_ == content_.size()) {
+            throw Cut_Off_Error(message + ", found the end of the file");
+        }
+        throw Model_Error(message);
     }
 
 private:

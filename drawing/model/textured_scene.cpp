@@ -6,6 +6,7 @@
 #include <numeric>
 #include <tuple>
 
+#include "drawing/model/facing.h"
 #include "drawing/model/vectors.h"
 #include "vorna/draw.h"
 
@@ -111,9 +112,13 @@ void Textured_Scene::order_triangles(const Mesh& mesh) {
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::ranges::stable_sort(order, {}, [&](std::size_t t) { return std::pair(paints_[paints[t]].translucent, paints[t]); });
     faces_.resize(order.size());
+    const Facing facing(mesh);
+    hides_backs_ = facing.hides_backs() && std::ranges::none_of(paints_, [](const Paint& paint) {
+                       return paint.texture && paint.texture->transparency() != Transparency::none;
+                   });
     for (const std::size_t t : order) {
         const std::uint32_t* corners = &mesh.triangles[3 * t];
-        faces_.set(triangles_.size(), face_normal(mesh, t), mesh.positions[corners[0]]);
+        faces_.set(triangles_.size(), facing.normal(t), mesh.positions[corners[0]]);
         triangles_.push_back({corners[0], corners[1], corners[2]});
         triangle_paints_.push_back(paints[t]);
         opaque_count_ += !paints_[paints[t]].translucent;
@@ -192,13 +197,14 @@ void Textured_Scene::light(const Camera& camera, const Model_Look& settings) {
     const Lighting lighting(camera, settings.light, settings.specular);
     front_colors_.resize(vertices_.size());
     lighting.shade_fronts(vertices_, front_colors_);
-    if (settings.culling != Culling::back) {
+    if (!cull_backs_) {
         back_colors_.resize(vertices_.size());
         lighting.shade_backs(vertices_, back_colors_);
     }
 }
 
-// Translucent triangles by the distance of their centroids.
+// Opaque triangles seen from behind come first: at the outline of a body they have depths like those of the ones that hide them,
+// and of equal depths the one drawn last is seen. Translucent ones are sorted by the distance of their centroids.
 void Textured_Scene::order_drawing(const Camera& camera) {
     std::vector<double> nearness(triangles_.size() - opaque_count_);
     for (std::size_t t = opaque_count_; t < triangles_.size(); ++t) {
@@ -210,15 +216,18 @@ void Textured_Scene::order_drawing(const Camera& camera) {
     }
     order_.resize(triangles_.size());
     std::iota(order_.begin(), order_.end(), 0U);
-    std::ranges::stable_sort(order_.begin() + static_cast<std::ptrdiff_t>(opaque_count_), order_.end(), {},
+    const auto translucent = order_.begin() + static_cast<std::ptrdiff_t>(opaque_count_);
+    std::stable_partition(order_.begin(), translucent, [&](std::uint32_t t) { return !faces_.face_viewer(t, camera); });
+    std::ranges::stable_sort(translucent, order_.end(), {},
                              [&](std::uint32_t t) { return nearness[t - opaque_count_]; });
 }
 
 void Textured_Scene::prepare(const Tile_Grid& grid, const Camera& camera, const Model_Look& settings) {
     camera_ = camera;
     viewport_ = Viewport(grid.frame);
-    cull_backs_ = settings.culling == Culling::back;
     transform(camera);
+    const bool stands_outside = std::ranges::none_of(beyond_, [](std::uint8_t planes) { return (planes & beyond::near) != 0; });
+    cull_backs_ = settings.culling == Culling::back || (hides_backs_ && stands_outside);
     light(camera, settings);
     order_drawing(camera);
     bins_.start(grid);

@@ -15,7 +15,8 @@
 
 namespace vorna::drawing::model {
 
-// Opaque triangles come first, then translucent ones from the farthest to the nearest. The renderer runs colours and textures
+// Opaque triangles come first, those seen from behind before the others, which are seen where depths are equal; then translucent
+// ones from the farthest to the nearest. The renderer runs colours and textures
 // evenly over the screen; in perspective, edges on which the middle would be wrong by half a pixel or more are halved there. That
 // is decided for each edge by its two ends alone, so that triangles that share one agree and no crack opens between them.
 class Textured_Scene final : public Scene {
@@ -62,6 +63,7 @@ private:
     std::vector<std::uint32_t> triangle_paints_;
     Surfaces faces_;
     std::size_t opaque_count_ = 0;
+    bool hides_backs_ = false; // see Facing; never with materials that let through what is behind them
 
     // Of the prepared picture.
     Camera camera_;
@@ -70,7 +72,7 @@ private:
     std::vector<Clip_Point> clip_points_;
     std::vector<std::uint8_t> beyond_;
     std::vector<VT_RGB32> front_colors_, back_colors_;
-    std::vector<std::uint32_t> order_; // triangles as they are drawn: opaque ones, then translucent ones, the farthest first
+    std::vector<std::uint32_t> order_; // triangles as they are drawn: opaque ones, then translucent ones
     Tile_Bins bins_;                   // of places in the order
 };
 
