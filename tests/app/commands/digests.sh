@@ -11,7 +11,7 @@ expect() {
         for tiling in "--threads=1" "--threads=1 --tile-size=64" "--threads=3 --tile-size=200"; do
             # The options are words of their own.
             # shellcheck disable=SC2086
-            found=$("$vorna" --kernels $kernels render "$models/$2" -o "$output/out.png" --size 3000x1500 --view front --edges --antialias --hash $tiling 2>&1)
+            found=$("$vorna" --kernels $kernels render "$models/$2" -o "$output/out.png" --size 3000x1500 --view front --background white --edges --antialias --hash $tiling 2>&1)
             case $found in
             "$1") ;;
             *"this processor cannot run"*) echo "$2, $kernels: not on this processor" ;;
