@@ -25,6 +25,9 @@ struct Reading {
     std::uint64_t max_memory = 0;      // bytes; 0 = 1 GiB, or 64 times what the files have where that is more
     bool outside_of_folder = false;    // whether files that models name may lie outside of the models' folders
     bool accepts_no_triangles = false; // whether models may be empty, without triangles, lines and points
+    // Degrees between faces that are shaded as one surface where a model gives no normals. None: 30, or the file's smoothing
+    // groups.
+    std::optional<double> crease;
 };
 
 // Triangles with their materials, lines and points.
@@ -92,7 +95,9 @@ struct Image_Settings {
     bool transparent = false;                 // instead of the background
     bool indexed = false;                     // 8 bits a pixel, of the standard palette or one with the map's own colours
     bool smooth_lines = false;
-    std::int32_t supersample = 1; // 1 to 8: the mean of so many pixels each way, smooth faces and lines
+    // The mean of so many pixels each way, 1 to 8: smooth faces and lines. 0 = 2 for models that are neither indexed nor
+    // smooth_lines nor larger than 2^24 pixels, else 1.
+    std::int32_t supersample = 0;
     unsigned threads = 0;         // 0 = as many as there are processors
     std::uint64_t max_memory = std::uint64_t{1} << 30;
     bool allow_empty = true; // whether an image may show nothing but the background

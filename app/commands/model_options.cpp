@@ -20,11 +20,10 @@
 namespace vorna::app {
 namespace {
 
-const Choices<drawing::model::Shading> shadings{{"gouraud", drawing::model::Shading::gouraud},
-                                                {"flat", drawing::model::Shading::flat},
-                                                {"textured", drawing::model::Shading::textured},
-                                                {"wireframe", drawing::model::Shading::wireframe},
-                                                {"hidden-line", drawing::model::Shading::hidden_line}};
+const Choices<drawing::model::Shading> shadings{
+    {"auto", drawing::model::Shading::automatic},      {"gouraud", drawing::model::Shading::gouraud},
+    {"flat", drawing::model::Shading::flat},           {"textured", drawing::model::Shading::textured},
+    {"wireframe", drawing::model::Shading::wireframe}, {"hidden-line", drawing::model::Shading::hidden_line}};
 const Choices<drawing::model::Culling> cullings{{"none", drawing::model::Culling::none}, {"back", drawing::model::Culling::back}};
 const Choices<int> color_bits{{"32", 32}, {"8", 8}};
 
@@ -86,7 +85,10 @@ void add_model_options(std::vector<Option>& table, Model_Options& options) {
           .target = &options.input_format}});
     add_camera_options(table, options);
     add("Drawing of models", Applies_To::models,
-        {choice("--shading", options.picture.shading, "How colours run over faces", shadings, "KIND"),
+        {choice("--shading", options.picture.shading,
+                "How colours run over faces; auto: textured where the model has images or "
+                "translucent materials and there is no --color, else gouraud",
+                shadings, "KIND"),
          {.names = {"--edges"},
           .value = optional_value("all", suggested_value("KIND", {"all", "feature"})),
           .text = "Draw the edges of polygons over them, or outlines, borders and sharp bends only",
@@ -121,11 +123,24 @@ void add_model_options(std::vector<Option>& table, Model_Options& options) {
           .value = text_value("COLOR"),
           .text = "Colour of the model instead of its own",
           .target = &options.color},
+         {.names = {"--crease"},
+          .value = number_value("DEGREES", 0, 180),
+          .text = "Shade faces as one surface up to this angle between them, where the model gives no normals: 0 is flat, 180 "
+                  "smooth everywhere; by default 30, or as smoothing groups of the model say",
+          .target =
+              [&options](const std::string& text) {
+                  std::from_chars(text.data(), text.data() + text.size(), options.crease.emplace());
+              }},
          {.names = {"--light"},
           .value = text_value("X,Y,Z"),
           .text = "Direction towards the light: right, up, towards the viewer",
           .target = &options.light,
-          .by_default = options.light}});
+          .by_default = options.light},
+         {.names = {"--specular"},
+          .value = number_value("FACTOR", 0, 10),
+          .text = "Strength of highlights: 0 is none",
+          .target = &options.picture.specular,
+          .by_default = text_of(options.picture.specular)}});
     add("Drawing", Applies_To::every_input,
         {choice("--colors", options.colors, "Bits a pixel, 8 through a palette", color_bits, "BITS")});
     add("Drawing of models", Applies_To::models,
@@ -177,7 +192,11 @@ std::vector<std::string> arguments_of(const Model_Options& options) {
     add_chosen("--cull", options.picture.culling, cullings);
     add("--background", options.background, defaults.background);
     add("--color", options.color, defaults.color);
+    if (options.crease) {
+        add("--crease", text_of(*options.crease), "");
+    }
     add("--light", options.light, defaults.light);
+    add("--specular", text_of(options.picture.specular), text_of(defaults.picture.specular));
     add("--palette", options.palette, "");
     if (options.palette.empty() && options.colors == 8) {
         add("--colors", "8", "");
@@ -313,7 +332,7 @@ drawing::Model_Look look_of(const Model_Options& options, bool has_lines, VT_Ref
 drawing::model::Mesh load_mesh(const Model_Options& options, std::vector<drawing::Input> inputs, bool empty) {
     const std::optional<drawing::model::Section> section = section_of(options);
     const std::string name = inputs.front().name;
-    drawing::model::Mesh mesh = drawing::model::load_models(inputs, *options.limits, empty);
+    drawing::model::Mesh mesh = drawing::model::load_models(inputs, *options.limits, empty, options.crease);
     warn(options, mesh.warnings);
     if (section && !mesh.is_empty()) {
         drawing::model::cut_open(mesh, *section, name, *options.limits);

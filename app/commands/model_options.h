@@ -27,8 +27,9 @@ struct Model_Options : Camera_Options {
     drawing::model::Model_Look picture;
     std::string background; // none = transparent, empty = by what is drawn
     std::string light = "-0.5,0.65,0.7";
-    std::string color; // empty = the model's own
-    std::string edges; // empty = none
+    std::string color;            // empty = the model's own
+    std::optional<double> crease; // degrees; none = as the model says
+    std::string edges;            // empty = none
     std::string edge_color;
     int line_width = 1, point_size = 0; // pixels; 0 = by the number of points
     bool axes = false, scale_bar = false;

@@ -133,26 +133,18 @@ void Viewer::look_from(drawing::model::View side) {
     options_.aim.reset();
 }
 
+drawing::model::Shading Viewer::shading() const {
+    return drawing::shading_of(style_of(options_), mesh_);
+}
+
 void Viewer::next_shading() {
     using drawing::model::Shading;
-    Shading& shading = options_.picture.shading;
-    switch (shading) {
-    case Shading::gouraud:
-        shading = Shading::flat;
-        return;
-    case Shading::flat:
-        shading = drawing::model::Textured_Scene::has_work(mesh_) ? Shading::textured : Shading::wireframe;
-        return;
-    case Shading::textured:
-        shading = Shading::wireframe;
-        return;
-    case Shading::wireframe:
-        shading = Shading::hidden_line;
-        return;
-    case Shading::hidden_line:
-        shading = Shading::gouraud;
-        return;
-    }
+    const bool has_textures = drawing::model::Textured_Scene::has_work(mesh_);
+    const std::array<Shading, 5> all{Shading::gouraud, Shading::flat, Shading::textured, Shading::wireframe,
+                                     Shading::hidden_line};
+    auto next = std::ranges::find(all, shading()) + 1;
+    next += next != all.end() && *next == Shading::textured && !has_textures;
+    options_.picture.shading = next == all.end() ? all.front() : *next;
 }
 
 void Viewer::next_edges() {
@@ -245,7 +237,7 @@ void Viewer::establish(Canvas& canvas) {
 }
 
 drawing::Model_Parts& Viewer::model_for(const Model_Options& options, bool draft) {
-    const drawing::model::Shading shading = options.picture.shading;
+    const drawing::model::Shading shading = this->shading();
     drawing::Model_Parts& model = draft ? coarse_ : shading == drawing::model::Shading::textured ? textured_ : plain_;
     const bool has_triangles = !mesh_.triangles.empty();
     const bool needs_faces = has_triangles && options.has_faces() && !model.faces;
@@ -331,7 +323,7 @@ void Viewer::draw() {
         established_ = true;
     }
     const bool draft = moving_ && full_time_ > hasty_limit && mesh_.triangle_count() > coarse_triangles &&
-                       options_.picture.shading != drawing::model::Shading::textured;
+                       shading() != drawing::model::Shading::textured;
     VT_Renderer_Data& renderer = canvas_.session.renderer();
     renderer.begin_picture_all();
     draw_model(canvas_, draft);
@@ -364,7 +356,7 @@ std::string Viewer::command_for(const std::string& image) const {
     for (const std::string& word : arguments_of(drawn_options())) {
         line += " " + shell_word(word);
     }
-    return line + " --size=" + std::to_string(size_.x) + "x" + std::to_string(size_.y) + " -o " + shell_word(image);
+    return line + " --size=" + std::to_string(size_.x) + "x" + std::to_string(size_.y) + " --supersample=1 -o " + shell_word(image);
 }
 
 std::string Viewer::title() const {
@@ -377,7 +369,7 @@ std::string Viewer::title() const {
     add_count(mesh_.line_count(), " lines, ");
     add_count(mesh_.points.size(), " points, ");
     constexpr const char* shadings[] = {"flat", "gouraud", "textured", "wireframe", "hidden-line"};
-    text += shows_depth_ ? "depth buffer" : shadings[static_cast<int>(options.picture.shading)];
+    text += shows_depth_ ? "depth buffer" : shadings[static_cast<int>(shading())];
     if (!options.edges.empty() && options.has_faces()) {
         text += options.edges == "all" ? ", edges" : ", feature edges";
     }

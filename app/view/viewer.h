@@ -40,6 +40,7 @@ private:
     void set_pose(const Pose& pose);
     void look_from(drawing::model::View side);
     void set_palette(std::size_t choice);
+    drawing::model::Shading shading() const; // never automatic
     void next_shading();
     void next_edges();
     drawing::Model_Parts& model_for(const Model_Options& options, bool draft);

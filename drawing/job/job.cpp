@@ -51,9 +51,13 @@ void Job::choose_form() {
     form_.width = static_cast<std::uint32_t>(area.right - area.left + 1);
     form_.height = static_cast<std::uint32_t>(area.top - area.bottom + 1);
     if (!settings_.transparent && (dither_ || settings_.palette)) {
-        form_.colors = Png_Form::Colors::palette;
+        form_.colors = Image_Form::Colors::palette;
         form_.palette = dither_ ? png_palette_of(settings_.mapped_palette) : png_palette_of(*settings_.palette);
     }
+    form_.opaque = !settings_.transparent;
+    form_.reducible = true;
+    form_.file = settings_.file;
+    form_.compression = settings_.compression;
     if (!settings_.part.is_whole()) {
         form_.place = settings_.part.bytes();
     }
@@ -208,7 +212,7 @@ Image Job::make_image() {
     }
     refuse_blank();
     Image image(static_cast<std::int32_t>(form_.width), static_cast<std::int32_t>(form_.height));
-    const bool indexed = form_.colors == Png_Form::Colors::palette;
+    const bool indexed = form_.colors == Image_Form::Colors::palette;
     for (std::size_t i = 0; i < image.pixels.size(); ++i) {
         const auto* color =
             indexed ? reinterpret_cast<const std::uint8_t*>(&form_.palette[3 * std::size_t{samples[i]}]) : &samples[4 * i];

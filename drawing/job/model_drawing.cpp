@@ -59,6 +59,7 @@ void prepare_model(const Drawn_Parts& parts, const Tile_Grid& grid, const model:
         settings.enlarged = enlarged;
         settings.over_faces = parts.faces != nullptr;
         settings.light = look.picture.light;
+        settings.specular = look.picture.specular;
         parts.points->prepare(grid, camera, settings);
     }
     if (parts.overlay) {

@@ -58,10 +58,17 @@ Model_Look look_of(const Model_Style& style, const std::optional<Background>& ba
     return look;
 }
 
+model::Shading shading_of(const Model_Style& style, const model::Mesh& mesh) {
+    if (style.picture.shading != model::Shading::automatic) {
+        return style.picture.shading;
+    }
+    return !style.color && model::Textured_Scene::has_work(mesh) ? model::Shading::textured : model::Shading::gouraud;
+}
+
 std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
                                          std::vector<std::string>& warnings) {
     const VT_RGB32 color = style.color.value_or(default_model_color);
-    if (style.picture.shading == model::Shading::textured && model::Textured_Scene::has_work(mesh)) {
+    if (shading_of(style, mesh) == model::Shading::textured && model::Textured_Scene::has_work(mesh)) {
         return std::make_unique<model::Textured_Scene>(mesh, color, !style.color, warnings, limits);
     }
     return std::make_unique<model::Scene_Renderer>(mesh, color, !style.color);

@@ -42,7 +42,10 @@ model::Edge_Settings line_settings_of(const Model_Style& style, bool smoothed);
 Model_Look look_of(const Model_Style& style, const std::optional<Background>& background, bool smoothed,
                    VT_Reference<const VT_Palette> palette);
 
-// Textures are drawn where they are asked for and the mesh has any; warnings gets a line for each that cannot be read.
+// What the mesh is drawn with: never automatic.
+model::Shading shading_of(const Model_Style& style, const model::Mesh& mesh);
+
+// Textures are drawn where the shading is textured and the mesh has any; warnings gets one line for those that cannot be read.
 std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
                                          std::vector<std::string>& warnings);
 std::unique_ptr<model::Edge_Renderer> make_edges(const model::Mesh& mesh, const Model_Style& style);

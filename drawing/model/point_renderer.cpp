@@ -101,7 +101,7 @@ void Point_Renderer::set_colors(const Camera& camera, const Point_Settings& sett
         }
         return;
     }
-    const Lighting lighting(camera, settings.light);
+    const Lighting lighting(camera, settings.light, settings.specular);
     lighting.shade_fronts(surfaces_, colors_);
     std::vector<VT_RGB32> backs(count());
     lighting.shade_backs(surfaces_, backs);

@@ -19,6 +19,7 @@ struct Point_Settings {
     std::int32_t enlarged = 1;  // pixels of the frame for one of the image
     bool over_faces = false;    // points are moved towards the viewer, so that faces that they lie on do not cut them
     VT_Vector_D light{0, 0, 1}; // towards it, in view space
+    double specular = 1;        // strength of highlights: a factor
 };
 
 inline constexpr std::int32_t largest_point = 64; // pixels
