@@ -21,8 +21,7 @@ public:
 
     bool is_blank() const noexcept { return !differs_; }
 
-    // Some rows as the renderer has drawn them; left and top: the place of the highest row's first pixel. Several threads may
-    // call it at once.
+    // Some rows as the renderer has drawn them; top: the device row of the highest one. Several threads may call it at once.
     void add(const Raster& drawn, std::int32_t top) {
         for (std::int32_t row = 0; row < drawn.height && !differs_; ++row) {
             const VT_RGB32 color = background_.row_color(top - row, frame_);
