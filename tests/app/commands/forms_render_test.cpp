@@ -42,7 +42,7 @@ protected:
     Spot spot(const std::string& input, Options options, std::array<int, 3> color) {
         options.insert(options.end(), {"--view", "front", "--ortho", "--size", "80x60", "--supersample", "1"});
         digest(input, options);
-        const replay_tests::Png_Pixels image = replay_tests::read_png(folder.file("out.png"));
+        const replay_tests::Png_Pixels image = replay_tests::read_colors(folder.file("out.png"));
         Spot found;
         for (int i = 0; i < 80 * 60; ++i) {
             const std::uint8_t* sample = &image.bytes[4 * static_cast<std::size_t>(i)];
@@ -147,7 +147,7 @@ TEST_F(Forms_Render, light_and_distance_give_points_without_a_colour_form) {
     const auto reds_of = [&](const std::string& file) {
         spot(file, red, {});
         std::vector<int> reds;
-        const replay_tests::Png_Pixels image = replay_tests::read_png(folder.file("out.png"));
+        const replay_tests::Png_Pixels image = replay_tests::read_colors(folder.file("out.png"));
         for (std::size_t i = 0; i < image.bytes.size(); i += 4) {
             if (image.bytes[i] > image.bytes[i + 1] + 60) {
                 reds.push_back(image.bytes[i]);
