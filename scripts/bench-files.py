@@ -35,7 +35,8 @@ def run(command):
 
 
 def drawn(output, *options):
-    return [arguments.vorna, 'render', arguments.model, '-o', output, '--size', f'{side}x{side}', '--threads', '1', *options]
+    return [arguments.vorna, 'render', arguments.model, '-o', output, '--size', f'{side}x{side}', '--threads', '1',
+            '--supersample', '1', *options]
 
 
 def sample(name):

@@ -47,7 +47,7 @@ for y in range(side - 1):
 
 # Sides that no tile of a file divides.
 size = ['--size', '701x403']
-looks = {'shaded': [], 'few': ['--shading', 'hidden-line'], 'indexed': ['--colors', '8']}
+looks = {'shaded': [], 'few': ['--shading', 'hidden-line', '--supersample', '1'], 'indexed': ['--colors', '8']}
 for look, options in looks.items():
     raw = render('a.raw', *size, *options).read_bytes()
     reference = Image.open(render('reference.ppm', *size, *options)).convert('RGB')
