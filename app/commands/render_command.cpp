@@ -58,8 +58,7 @@ Command render_command() {
             *options, "Models (PLY, OBJ, STL and whatever assimp reads), drawn together, or a map (GeoJSON, TopoJSON) or a "
                       "drawing (DXF); also compressed by gzip; - is standard input")},
         .examples = {{"vorna render bunny.obj -o bunny.png --view front --edges --antialias", "a model with its edges"},
-                     {"vorna render truck.gltf -o truck.png --size 1920x1080",
-                      "with its materials and images"},
+                     {"vorna render truck.gltf -o truck.png --size 1920x1080", "with its materials and images"},
                      {"vorna render countries.json -o world.png --projection robinson --border dashed", "a map of the world"},
                      {"vorna render house.obj tree.ply -o both.png --supersample 4 --background none",
                       "two models, smooth and transparent"},

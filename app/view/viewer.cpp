@@ -356,7 +356,8 @@ std::string Viewer::command_for(const std::string& image) const {
     for (const std::string& word : arguments_of(drawn_options())) {
         line += " " + shell_word(word);
     }
-    return line + " --size=" + std::to_string(size_.x) + "x" + std::to_string(size_.y) + " --supersample=1 -o " + shell_word(image);
+    return line + " --size=" + std::to_string(size_.x) + "x" + std::to_string(size_.y) + " --supersample=1 -o " +
+           shell_word(image);
 }
 
 std::string Viewer::title() const {

@@ -31,9 +31,9 @@ struct Textured_Corner {
     VT_RGB32 color(std::uint8_t alpha) const;
 };
 
-// Draws triangles in the window of a tile. The renderer runs colours and textures evenly over the screen; in perspective, edges on
-// which the middle would be wrong by half a pixel or more are halved there. That is decided for each edge by its two ends alone, so
-// that triangles that share one agree and no crack opens between them.
+// Draws triangles in the window of a tile. The renderer runs colours and textures evenly over the screen; in perspective, edges
+// on which the middle would be wrong by half a pixel or more are halved there. That is decided for each edge by its two ends
+// alone, so that triangles that share one agree and no crack opens between them.
 class Textured_Triangles {
 public:
     // The rendition's material changes.
