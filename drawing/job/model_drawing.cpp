@@ -82,7 +82,7 @@ void draw_model(const Drawn_Parts& parts, const Model_Look& look, VT_Renderer_Da
         }
     }
     if (widest) {
-        recede_faces(renderer, rendition, widest->frame(), widest->reach());
+        model::recede_faces(renderer, rendition, widest->frame(), widest->reach());
     }
     if (parts.points) {
         parts.points->draw(renderer, rendition, tile);

@@ -23,7 +23,7 @@ expect() {
         done
     done
 }
-expect 0be8d006f034d60d5d26ccea66315b1a3565325788892589a528f333ee975235 bunny.obj
-expect eedf7c8ee09d250875844b84ff94ab3e245bbeb5a5729b09ab85a52df1af145d horse.3ds
+expect 18cfb095fa9842f4c79a7c2d1a967cd18fd2186415c8227b27fb015a942637bb bunny.obj
+expect f43a17e8b52f1d0d1b9d9cdf728b1453ac5e6b104fe5b05620617ab60f248809 horse.3ds
 echo "$failures digests differ"
 [ $failures -eq 0 ]
