@@ -23,7 +23,7 @@ expect() {
         done
     done
 }
-expect 18cfb095fa9842f4c79a7c2d1a967cd18fd2186415c8227b27fb015a942637bb bunny.obj
-expect f43a17e8b52f1d0d1b9d9cdf728b1453ac5e6b104fe5b05620617ab60f248809 horse.3ds
+expect 3e888e28eb2ea8525b9cdb90a6f940b269748a720545a4c1cc4d23e341482bcf bunny.obj
+expect 98069b65d865ca7c6f91e8969ba5f6fe6fe120cd485f0fc7c68eb1dcc862ffd3 horse.3ds
 echo "$failures digests differ"
 [ $failures -eq 0 ]
