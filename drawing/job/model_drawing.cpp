@@ -78,6 +78,15 @@ void draw_model(const Drawn_Parts& parts, const Model_Look& look, VT_Renderer_Da
     if (look.picture.shading == model::Shading::hidden_line) {
         paint_background(renderer, rendition, background);
     }
+    const model::Edge_Renderer* widest = nullptr;
+    for (const model::Edge_Renderer* lines : {parts.lines, parts.edges}) {
+        if (lines && lines->reach() > (widest ? widest->reach() : 0)) {
+            widest = lines;
+        }
+    }
+    if (widest) {
+        model::recede_faces(renderer, rendition, widest->frame(), widest->reach());
+    }
     if (parts.points) {
         parts.points->draw(renderer, rendition, tile);
     }
@@ -141,7 +150,7 @@ Drawing_Needs Model_Drawing::needs(VT_Int_Pair, std::int32_t supersample) const 
     return {.beyond = 1,
             .margin = std::max(margin(parts_.edges, look.edges), margin(parts_.lines, look.lines)),
             .one_piece = {},
-            .pixel_memory = 4 + 2 + 2,
+            .pixel_memory = 4 + 2 + 2 + (parts_.edges || parts_.lines ? 4U : 0U), // with depths that are read and receded
             .thread_memory = 0,
             .prepared_memory = prepared};
 }

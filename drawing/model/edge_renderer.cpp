@@ -136,18 +136,18 @@ void Edge_Renderer::gather_runs() {
     }
 }
 
-void Edge_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
-    if (settings_.over_faces) {
-        // Without the frame's last column and row, which lie beyond the image and are empty.
-        const VT_Int_Rectangle area =
-            common_part(rendition.window.rectangle, {frame_.left, std::max(frame_.right - 1, frame_.left), frame_.bottom,
-                                                     std::max(frame_.top - 1, frame_.bottom)});
-        if (area.left <= area.right && area.bottom <= area.top) {
-            Window_Depths depths(renderer, rendition, area);
-            depths.recede(1 + settings_.width / 2);
-            depths.write(renderer, rendition);
-        }
+// The frame's last column and row lie beyond the image and are empty.
+void recede_faces(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& frame, std::int32_t reach) {
+    const VT_Int_Rectangle area = common_part(rendition.window.rectangle, {frame.left, std::max(frame.right - 1, frame.left),
+                                                                           frame.bottom, std::max(frame.top - 1, frame.bottom)});
+    if (area.left <= area.right && area.bottom <= area.top) {
+        Window_Depths depths(renderer, rendition, area);
+        depths.recede(reach);
+        depths.write(renderer, rendition);
     }
+}
+
+void Edge_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
     Edge_Pen pen(renderer, rendition, common_part(rendition.window.rectangle, frame_), !bins_.sorts(), settings_,
                  settings_.color.value_or(base_color_));
     const bool colored = !settings_.color && !colors_.empty();

@@ -31,17 +31,22 @@ public:
     std::string summary() const;
     std::size_t count() const noexcept { return edges_.count; }
 
-    // Margin that tiles of images with edges need over faces. Which parts of smoothed edges are visible is found by testing the
-    // depths along the whole of the short ones; other edges are tested against the farthest depths around their pixels. Edges
-    // alone look the same in every window.
+    // Columns and rows around a pixel of an edge over faces whose farthest depth it is tested against; 0 = none.
+    static std::int32_t reach(const Edge_Settings& settings) noexcept { return settings.over_faces ? 1 + settings.width / 2 : 0; }
+    // Margin that tiles of images with edges need over faces, a multiple of 8. Which parts of smoothed edges are visible is found
+    // by testing the depths along the whole of the short ones. Edges alone look the same in every window.
     static std::int32_t tile_margin(const Edge_Settings& settings) noexcept {
-        return !settings.over_faces ? 0 : settings.smoothed ? 72 : 8;
+        return settings.over_faces && settings.smoothed ? 72 : (reach(settings) + 7) / 8 * 8;
     }
 
     // Does what a picture needs once: which edges are drawn, and where.
     void prepare(const Tile_Grid& grid, const Camera& camera, const Edge_Settings& settings);
-    // Draws what touches a tile of the prepared picture; the renderer's window is the tile's. Edges over faces obey the depth
-    // buffer, others leave it alone. Several threads may draw at once, each through a renderer and a rendition of its own.
+    // Of the prepared image.
+    std::int32_t reach() const noexcept { return reach(settings_); }
+    const VT_Int_Rectangle& frame() const noexcept { return frame_; }
+    // After recede_faces. Draws what touches a tile of the prepared picture; the renderer's window is the tile's. Edges over
+    // faces obey the depth buffer, others leave it alone. Several threads may draw at once, each through a renderer and a
+    // rendition of its own.
     void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const;
     // Bytes that prepare takes, roughly, in pictures of several tiles.
     std::uint64_t prepared_memory() const noexcept { return 32 * edges_.points.size() + 16 * edges_.chains.size(); }
@@ -87,5 +92,8 @@ private:
     std::vector<Run> runs_;
     Tile_Bins bins_;
 };
+
+// Moves the depths in the window to the farthest within the reach of each pixel, once before edges are drawn over the faces.
+void recede_faces(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& frame, std::int32_t reach);
 
 } // namespace vorna::drawing::model

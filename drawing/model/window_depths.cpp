@@ -9,10 +9,17 @@
 namespace vorna::drawing::model {
 namespace {
 
-// The farther depth of each pair, into farthest.
+// The farther depth of each pair, into farthest, which may lie before depths in the same rows: those are read first, block by
+// block.
 void take_farther(std::uint16_t* farthest, const std::uint16_t* depths, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        farthest[i] = std::max(farthest[i], depths[i]);
+    constexpr std::size_t block = 256;
+    std::uint16_t read[block];
+    for (std::size_t start = 0; start < count; start += block) {
+        const std::size_t end = std::min(block, count - start);
+        std::copy_n(depths + start, end, read);
+        for (std::size_t i = 0; i < end; ++i) {
+            farthest[start + i] = std::max(farthest[start + i], read[i]);
+        }
     }
 }
 
@@ -31,37 +38,28 @@ Window_Depths::Window_Depths(VT_Renderer_Data& renderer, const VT_Rendition& ren
     }
 }
 
+// The farthest depths of 2, 4, 8 and so on columns, then rows, from each place on: two of these cover any number of them. Around
+// the area lies a border of depths nearer than all others.
 void Window_Depths::recede(std::int32_t reach) {
-    recede_across(reach);
-    recede_upwards(reach);
-}
-
-void Window_Depths::recede_across(std::int32_t reach) {
-    std::vector<std::uint16_t> given(width_);
+    const auto border = static_cast<std::size_t>(reach);
+    const std::size_t count = 2 * border + 1, width = width_ + 2 * border, height = height_ + 2 * border;
+    std::vector<std::uint16_t> farthest(width * height);
     for (std::size_t r = 0; r < height_; ++r) {
-        std::uint16_t* depths = &depths_[r * width_];
-        std::copy_n(depths, width_, given.begin());
-        for (std::size_t shift = 1; shift <= static_cast<std::size_t>(reach) && shift < width_; ++shift) {
-            take_farther(depths, &given[shift], width_ - shift);
-            take_farther(depths + shift, given.data(), width_ - shift);
+        std::uint16_t* depths = &farthest[(r + border) * width];
+        std::copy_n(&depths_[r * width_], width_, depths + border);
+        std::size_t covered = 1;
+        for (; 2 * covered <= count; covered *= 2) {
+            take_farther(depths, depths + covered, width - covered);
         }
+        take_farther(depths, depths + count - covered, width_);
     }
-}
-
-void Window_Depths::recede_upwards(std::int32_t reach) {
-    const auto ring_rows = static_cast<std::size_t>(reach) + 1;
-    std::vector<std::uint16_t> ring(ring_rows * width_); // the rows above and this one, as they were given
+    std::size_t covered = 1;
+    for (; 2 * covered <= count; covered *= 2) {
+        take_farther(farthest.data(), &farthest[covered * width], (height - covered) * width);
+    }
     for (std::size_t r = 0; r < height_; ++r) {
-        std::uint16_t* depths = &depths_[r * width_];
-        std::copy_n(depths, width_, &ring[r % ring_rows * width_]);
-        for (std::size_t shift = 1; shift < ring_rows; ++shift) {
-            if (r + shift < height_) {
-                take_farther(depths, depths + shift * width_, width_);
-            }
-            if (shift <= r) {
-                take_farther(depths, &ring[(r - shift) % ring_rows * width_], width_);
-            }
-        }
+        take_farther(&farthest[r * width], &farthest[(r + count - covered) * width], width_);
+        std::copy_n(&farthest[r * width], width_, &depths_[r * width_]);
     }
 }
 

@@ -25,8 +25,6 @@ public:
 private:
     // Counted from the top.
     const std::uint16_t* row(std::int32_t r) const noexcept { return &depths_[static_cast<std::size_t>(r) * width_]; }
-    void recede_across(std::int32_t reach);
-    void recede_upwards(std::int32_t reach);
 
     VT_Int_Rectangle area_;
     std::size_t width_, height_;
