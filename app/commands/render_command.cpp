@@ -47,6 +47,7 @@ void draw_together(Render_Options& options, const Map_Options& map_options, cons
         refuse_several(inputs, *map);
         render_map(options, map_options, *map, chosen_module(given));
     } else {
+        choose_up_axis(options, inputs);
         render_models(options, std::move(inputs), chosen_module(given));
     }
 }

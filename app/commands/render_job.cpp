@@ -203,9 +203,6 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
     settings.threads = options.threads;
     settings.max_memory = options.limits->memory();
     settings.transparent = options.is_transparent();
-    if (!settings.transparent) {
-        settings.background = background_of(options);
-    }
     settings.palette = palette.drawn;
     settings.mapped_palette = palette.mapped;
     settings.input = drawing::name_of_input(options.models.front()) + (options.models.size() > 1 ? " and others" : "");
