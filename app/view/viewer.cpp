@@ -158,8 +158,7 @@ void Viewer::set_palette(std::size_t choice) {
     established_ = false;
 }
 
-// The options without those that have no effect now: only edges and lines can be smoothed, and only in
-// 32 bits.
+// The options without those that have no effect now: only edges and lines can be smoothed, and only in 32 bits.
 Model_Options Viewer::drawn_options() const {
     Model_Options options = options_;
     options.antialias = options.antialias && (options.has_edges() || !mesh_.lines.empty()) && options.colors == 32;

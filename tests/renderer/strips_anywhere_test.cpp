@@ -273,6 +273,7 @@ TEST(Strips_anywhere, May_have_any_coordinates) {
         Window window(index, {0, 0}, {40, 24}, kernels);
         const auto rendition = random_rendition(random);
         rendition->face.pattern = vorna::face_pattern::solid;
+        rendition->face.flags = 0;
         rendition->face.color = {255, 255, 255, 255};
         const Strip strip{{{-2000000000, -2000000000, 9}, {2000000000, -2000000000, 9}, {0, 2000000000, 9}},
                           std::vector<VT_RGB32>(3, {255, 255, 255, 255}),

@@ -221,8 +221,9 @@ void fill_with_noise(Test_Renderer& renderer) {
     for (std::int32_t row = 0; row < renderer.color().height; ++row) {
         for (std::int32_t column = 0; column < renderer.color().width; ++column) {
             renderer.color().set_pixel(column, row, vorna::word_of(random_color(random)));
+            const auto depth = static_cast<std::uint32_t>(random.number(0, 65535));
             if (renderer.depth()) {
-                renderer.depth()->set_pixel(column, row, static_cast<std::uint32_t>(random.number(0, 65535)));
+                renderer.depth()->set_pixel(column, row, depth);
             }
         }
     }

@@ -46,7 +46,7 @@ VT_Reference<const VT_Contour_Set> random_region(Random& random, const Renderer_
 Renderer_Setup random_setup(Random& random, std::size_t renderer_case);
 VT_Int_Rectangle window_of(const Renderer_Setup& setup);
 
-// The same noise for every renderer with such buffers.
+// Renderers with windows of one size get the same noise, with and without a depth buffer.
 void fill_with_noise(Test_Renderer& renderer);
 
 // A scene of one renderer case with random window, layouts, contents and calls.
