@@ -20,9 +20,11 @@ struct Render_Options : Model_Options {
     std::string tiles_of;  // empty = the whole image
     std::int32_t tile = -1, tile_size = 0;
     std::int32_t supersample = 0; // 0 = not given
-    std::int32_t turntable = 0; // frames; 0 = a single image
+    std::int32_t turntable = 0;   // frames; 0 = a single image
     unsigned threads = 0;
     int repeat = 1;
+    std::string output_folder; // empty = all files are one image
+    bool resume = false;
     bool stats = false, hash = false, dry_run = false, allow_empty = false;
 };
 
