@@ -1,4 +1,4 @@
-// How hands move a camera.
+// Camera moves for mouse and keys.
 #include "app/view/camera_moves.h"
 
 #include <algorithm>
@@ -48,7 +48,7 @@ Pose turned(const Pose& pose, const VT_Vector_D& vertical, double turn, double t
     const auto [right, up, toward] = axes_of(pose.aim);
     constexpr double quarter = std::numbers::pi / 2;
     const double elevation = std::atan2(dot(toward, vertical), dot(up, vertical));
-    // A camera that was put on its head, or lies on its side, may stay so.
+    // A camera that starts upside down or tilted beyond the vertical is not forced back.
     if (std::abs(elevation) <= quarter + 1e-9) {
         tilt = std::clamp(elevation + tilt, -quarter, quarter) - elevation;
     }

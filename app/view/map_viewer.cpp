@@ -1,4 +1,4 @@
-// A map or drawing that the mouse moves.
+// The viewer of maps and drawings.
 #include "app/view/map_viewer.h"
 
 #include <algorithm>
@@ -36,12 +36,12 @@ void Map_Viewer::move(const Place& by) {
     changed_ = true;
 }
 
-// What lies under the pointer stays there.
+// The point under the pointer keeps its place.
 void Map_Viewer::zoom(double factor, const Place& pointer) {
     const double before = view().scale;
     zoom_ = std::clamp(zoom_ * factor, smallest_map_zoom, largest_map_zoom);
-    const double share = 1 / before - 1 / view().scale;
-    middle_ = {middle_.x + (pointer.x - size_.x / 2.0) * share, middle_.y + (size_.y / 2.0 - pointer.y) * share};
+    const double shift = 1 / before - 1 / view().scale; // per pixel
+    middle_ = {middle_.x + (pointer.x - size_.x / 2.0) * shift, middle_.y + (size_.y / 2.0 - pointer.y) * shift};
     changed_ = true;
 }
 

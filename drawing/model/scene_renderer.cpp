@@ -131,8 +131,8 @@ void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const 
     }
 }
 
-// Into runs of triangles of one manner. Faces seen from behind come first: at the outline of a body they have depths like those of
-// the faces that hide them, and of equal depths the one drawn last is seen.
+// Into runs of triangles of one manner. Faces seen from behind come first: at the outline of a body they have depths like those
+// of the faces that hide them, and of equal depths the one drawn last is seen.
 void Scene_Renderer::cut_strips() {
     runs_.clear();
     for (std::size_t s = 0; s < strip_count(); ++s) {
