@@ -151,17 +151,20 @@ struct Image_Maker {
     Image_Maker(const Model& model, const Model_View& view, const Image_Settings& settings) {
         job = job_settings_of(settings, settings.size, supersample_of_model(settings), model.content_->name);
         const model::Mesh& mesh = model.content_->mesh;
-        const std::optional<VT_RGB32> background = settings.transparent ? std::nullopt : std::optional(settings.background);
-        const Model_Style style{view.look, view.edges, view.edge_color, view.color, view.line_width, view.point_size};
+        const Background colors(settings.background, settings.lower_background.value_or(settings.background));
+        const std::optional<Background> background = settings.transparent ? std::nullopt : std::optional(colors);
+        const Model_Style style{view.look,       view.edges,      view.edge_color, view.color,
+                                view.line_width, view.point_size, view.axes,       view.scale_bar};
         const auto camera = camera_of_mesh(view.camera, mesh, settings.size);
         if (!camera) {
             throw Usage_Error("camera: expected two places apart and another direction that points up");
         }
+        job.background = colors;
         if (settings.indexed) {
             job.palette = new VT_Palette;
         }
         std::vector<std::string> warnings; // of textures, which stay out
-        drawing = std::make_unique<Model_Drawing>(make_parts(mesh, style, *model.content_->limits, warnings),
+        drawing = std::make_unique<Model_Drawing>(make_parts(mesh, style, background, *model.content_->limits, warnings),
                                                   look_of(style, background, settings.smooth_lines, job.palette), *camera);
         module = module_of(settings);
     }

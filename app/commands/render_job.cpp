@@ -203,9 +203,6 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
     settings.threads = options.threads;
     settings.max_memory = options.limits->memory();
     settings.transparent = options.is_transparent();
-    if (!settings.transparent) {
-        settings.background = background_of(options);
-    }
     settings.palette = palette.drawn;
     settings.mapped_palette = palette.mapped;
     settings.input = drawing::name_of_input(options.models.front()) + (options.models.size() > 1 ? " and others" : "");
@@ -223,7 +220,9 @@ void run_job(const Render_Options& options, drawing::Job_Settings settings, cons
              drawing::Drawing& drawing, const Load_Times& times, const std::string& kind) {
     settings.max_memory = options.limits->memory(); // which grows with the files that have been read
     Progress progress;
-    settings.progress = [&progress](double done) { progress.show(done); };
+    if (options.output_folder.empty()) { // else the files count
+        settings.progress = [&progress](double done) { progress.show(done); };
+    }
     drawing::Job job(settings, module, drawing);
     if (options.dry_run) {
         job.check_files();

@@ -62,18 +62,21 @@ void prepare_model(const Drawn_Parts& parts, const Tile_Grid& grid, const model:
         settings.specular = look.picture.specular;
         parts.points->prepare(grid, camera, settings);
     }
+    if (parts.overlay) {
+        parts.overlay->prepare(grid, camera, enlarged);
+    }
 }
 
-// Hidden lines need the depths of the faces only: the window is painted over them. Smoothed lines neither test nor write depths
-// in the buffer: they come after the points, which could lie over them otherwise.
+// Hidden lines need the depths of the faces only: the background is painted over them. Smoothed lines neither test nor write
+// depths in the buffer: they come after the points, which could lie over them otherwise.
 void draw_model(const Drawn_Parts& parts, const Model_Look& look, VT_Renderer_Data& renderer, const VT_Rendition& rendition,
-                std::size_t tile) {
+                std::size_t tile, const Background& background) {
     VD_Clear_Depth_Rectangle(renderer, rendition);
     if (parts.faces) {
         parts.faces->draw(renderer, rendition, tile);
     }
     if (look.picture.shading == model::Shading::hidden_line) {
-        VD_Draw_Window(renderer, rendition);
+        paint_background(renderer, rendition, background);
     }
     const model::Edge_Renderer* widest = nullptr;
     for (const model::Edge_Renderer* lines : {parts.lines, parts.edges}) {
@@ -91,6 +94,9 @@ void draw_model(const Drawn_Parts& parts, const Model_Look& look, VT_Renderer_Da
         if (lines) {
             lines->draw(renderer, rendition, tile);
         }
+    }
+    if (parts.overlay) {
+        parts.overlay->draw(renderer, rendition);
     }
 }
 
@@ -162,8 +168,9 @@ void Model_Drawing::set_options(Session& session) const {
     session.options().set_buffer_depth(16);
 }
 
-void Model_Drawing::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
-    draw_model(parts_.drawn(), look_, renderer, rendition, tile);
+void Model_Drawing::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile,
+                         const Background& background) const {
+    draw_model(parts_.drawn(), look_, renderer, rendition, tile, background);
 }
 
 } // namespace vorna::drawing

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "drawing/job/drawing.h"
+#include "drawing/job/model_overlay.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/edge_renderer.h"
 #include "drawing/model/point_renderer.h"
@@ -29,6 +30,7 @@ struct Drawn_Parts {
     model::Scene* faces = nullptr;
     model::Edge_Renderer *edges = nullptr, *lines = nullptr;
     model::Point_Renderer* points = nullptr;
+    Model_Overlay* overlay = nullptr;
 };
 
 // What is drawn of a model. Each part may be missing.
@@ -36,9 +38,10 @@ struct Model_Parts {
     std::unique_ptr<model::Scene> faces;
     std::unique_ptr<model::Edge_Renderer> edges, lines;
     std::unique_ptr<model::Point_Renderer> points;
+    std::unique_ptr<Model_Overlay> overlay;
     std::vector<VT_Vector> own_positions; // of models with lines or points
 
-    Drawn_Parts drawn() const { return {faces.get(), edges.get(), lines.get(), points.get()}; }
+    Drawn_Parts drawn() const { return {faces.get(), edges.get(), lines.get(), points.get(), overlay.get()}; }
     // For fitting a camera; none when there is nothing to draw.
     std::span<const VT_Vector> positions() const;
     std::string summary() const;
@@ -49,7 +52,7 @@ struct Model_Parts {
 void prepare_model(const Drawn_Parts& parts, const Tile_Grid& grid, const model::Camera& camera, const Model_Look& look,
                    std::int32_t enlarged = 1);
 void draw_model(const Drawn_Parts& parts, const Model_Look& look, VT_Renderer_Data& renderer, const VT_Rendition& rendition,
-                std::size_t tile);
+                std::size_t tile, const Background& background);
 
 class Model_Drawing final : public Drawing {
 public:
@@ -67,7 +70,8 @@ public:
     void prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t frame) override;
     void set_options(Session& session) const override;
     void set_attributes(VT_Rendition&) const override {}
-    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const override;
+    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile,
+              const Background& background) const override;
 
 private:
     Model_Look scaled_look(std::int32_t supersample) const;

@@ -3,15 +3,14 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "drawing/model/clipper.h"
 #include "drawing/model/lighting.h"
 #include "drawing/model/mesh.h"
+#include "drawing/model/paints.h"
 #include "drawing/model/scene.h"
-#include "drawing/model/texture.h"
 #include "drawing/model/textured_triangles.h"
 #include "drawing/model/viewport.h"
 
@@ -37,7 +36,6 @@ public:
     std::uint64_t prepared_memory() const noexcept override { return 64 * points_.size() + 40 * triangles_.size(); }
 
 private:
-    void load_paints(const Mesh& mesh, std::vector<std::string>& warnings, Load_Limits& limits);
     void order_triangles(const Mesh& mesh);
     std::vector<std::uint32_t> lay_out(const Mesh& mesh);
     // vertices: the mesh's own numbers of the vertices that are drawn.
@@ -49,7 +47,7 @@ private:
     Extent extent_of(std::size_t triangle) const;
     void draw_triangle(Textured_Triangles& triangles, std::size_t triangle) const;
 
-    std::vector<std::unique_ptr<Texture>> textures_;
+    Textures textures_;
     std::vector<Paint> paints_; // by material, and the plain one
 
     std::vector<VT_Vector> points_;

@@ -5,19 +5,13 @@
 #include <cstdint>
 
 #include "drawing/model/clipper.h"
+#include "drawing/model/paints.h"
 #include "drawing/model/texture.h"
 #include "drawing/model/viewport.h"
 #include "host/renderer_data.h"
 #include "host/rendition.h"
 
 namespace vorna::drawing::model {
-
-// A material ready for drawing.
-struct Paint {
-    Texture* texture = nullptr;
-    std::uint8_t alpha = 255;
-    bool translucent = false;
-};
 
 // A point on a triangle.
 struct Textured_Corner {

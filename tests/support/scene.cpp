@@ -6,7 +6,6 @@
 #include <sstream>
 
 #include "tests/support/model/model.h"
-#include "tests/support/test_renderer.h"
 
 VT_Int_Rectangle window_of(const Renderer_Setup& setup) {
     return {setup.origin.x, setup.origin.x + setup.size.x - 1, setup.origin.y, setup.origin.y + setup.size.y - 1};
@@ -198,34 +197,15 @@ Call random_call(Random& random, const Renderer_Setup& setup) {
     return call;
 }
 
-const char* name_of(Call_Kind kind) {
-    switch (kind) {
-    case Call_Kind::dot:
-        return "dot";
-    case Call_Kind::marker:
-        return "polymarker";
-    case Call_Kind::flat:
-        return "flat polytriangle";
-    case Call_Kind::colorized:
-        return "colorized polytriangle";
-    case Call_Kind::gouraud:
-        return "gouraud polytriangle";
-    case Call_Kind::draw_window:
-        return "draw window";
-    case Call_Kind::clear_depth:
-        return "clear depth";
-    }
-    return "";
-}
-
 } // namespace
 
 std::string describe(const Call& call) {
     std::ostringstream out;
-    const char* const shapes[] = {"", "device line, ", "plane line, "};
-    out << shapes[static_cast<int>(call.shape)] << (call.floating_points.empty() ? "" : "DC ") << name_of(call.kind)
-        << ", z test " << call.z_test << ", z write " << call.z_write << ", single color " << call.single_color << "\n  "
-        << describe(*call.rendition) << "\n  points";
+    constexpr const char* shapes[] = {"", "device line, ", "plane line, "};
+    constexpr const char* kinds[] = {"dot", "markers", "flat", "colorized", "gouraud", "draw window", "clear depth"};
+    out << shapes[static_cast<int>(call.shape)] << (call.floating_points.empty() ? "" : "DC ")
+        << kinds[static_cast<int>(call.kind)] << ", z test " << call.z_test << ", z write " << call.z_write << ", single color "
+        << call.single_color << "\n  " << describe(*call.rendition) << "\n  points";
     for (const VT_DCI_Point& point : call.points) {
         out << " (" << point.x << ' ' << point.y << ' ' << point.z << ')';
     }
@@ -234,6 +214,18 @@ std::string describe(const Call& call) {
         out << ' ' << std::hex << vorna::word_of(color);
     }
     return out.str();
+}
+
+void fill_with_noise(Test_Renderer& renderer) {
+    Random random(7);
+    for (std::int32_t row = 0; row < renderer.color().height; ++row) {
+        for (std::int32_t column = 0; column < renderer.color().width; ++column) {
+            renderer.color().set_pixel(column, row, vorna::word_of(random_color(random)));
+            if (renderer.depth()) {
+                renderer.depth()->set_pixel(column, row, static_cast<std::uint32_t>(random.number(0, 65535)));
+            }
+        }
+    }
 }
 
 Scene random_scene(std::size_t renderer_case, std::uint64_t seed) {
