@@ -26,7 +26,8 @@ WIDTH, HEIGHT, SCALE, TOLERANCE = 480, 360, 8, 24
 def drawn(vorna, model, scale, options, folder):
     name = os.path.join(folder, "image.png")
     size = f"{WIDTH * scale}x{HEIGHT * scale}"
-    command = [vorna, "render", model, "-o", name, "--size", size, "--supersample", "1", *options]
+    command = [vorna, "render", model, "-o", name, "--size", size, "--supersample", "1",
+               "--background", "white", *options]
     subprocess.run(command, check=True, stderr=subprocess.PIPE)
     return numpy.asarray(Image.open(name).convert("RGB"))
 
