@@ -1,4 +1,4 @@
-// The command `render`: draws models, maps and drawings as PNG files.
+// The command `render`: draws models, maps and drawings as image files.
 #include "app/commands/render_command.h"
 
 #include <algorithm>
@@ -9,10 +9,11 @@
 
 #include "app/cli/command.h"
 #include "app/commands/map_options.h"
+#include "app/commands/render_batch.h"
 #include "app/commands/render_map.h"
 #include "app/commands/render_model.h"
 #include "drawing/files/input.h"
-#include "drawing/files/output_file.h"
+#include "drawing/files/output_files.h"
 #include "drawing/image/color_name.h"
 #include "drawing/job/image_plan.h"
 
@@ -29,6 +30,25 @@ void refuse_several(const std::vector<drawing::Input>& inputs, const drawing::In
     if (inputs.size() > 1) {
         throw drawing::Usage_Error(inputs[1].name +
                                    ": expected one map or drawing, found another one; --overlay draws it over the first");
+    }
+}
+
+// The files as one image.
+void draw_together(Render_Options& options, const Map_Options& map_options, const Given& given) {
+    // A user easily puts -o before the wrong name.
+    std::vector<std::string> read = options.models;
+    read.insert(read.end(), {options.palette, map_options.overlay, map_options.font});
+    drawing::refuse_same_files(read, {options.image.output, options.record});
+    options.limits = limits_of(options);
+    std::vector<drawing::Input> inputs = open_inputs(options);
+    const auto map = std::ranges::find_if(inputs, drawing::is_map);
+    reject_options_of_other_kind(given, map != inputs.end(), map == inputs.end() ? inputs.front().name : map->name);
+    if (map != inputs.end()) {
+        refuse_several(inputs, *map);
+        render_map(options, map_options, *map, chosen_module(given));
+    } else {
+        choose_up_axis(options, inputs);
+        render_models(options, std::move(inputs), chosen_module(given));
     }
 }
 
@@ -53,46 +73,47 @@ Command render_command() {
                          *measuring = "Measuring";
     Command command{
         .name = "render",
-        .summary = "Draw models, a map or a drawing as a PNG image.",
+        .summary = "Draw models, a map or a drawing as an image.",
         .arguments = {model_argument(
             *options, "Models (PLY, OBJ, STL and whatever assimp reads), drawn together, or a map (GeoJSON, TopoJSON) or a "
                       "drawing (DXF); also compressed by gzip; - is standard input")},
         .examples = {{"vorna render bunny.obj -o bunny.png --view front --edges --antialias", "a model with its edges"},
-                     {"vorna render truck.gltf -o truck.png --shading textured --size 1920x1080",
-                      "with its materials and images"},
+                     {"vorna render truck.gltf -o truck.png --size 1920x1080", "with its materials and images"},
                      {"vorna render countries.json -o world.png --projection robinson --border dashed", "a map of the world"},
                      {"vorna render house.obj tree.ply -o both.png --supersample 4 --background none",
                       "two models, smooth and transparent"},
                      {"vorna render bunny.obj -o poster.png --size 40000x20000", "a poster, within 1 GiB of memory"},
+                     {"vorna render parts/*.stl --output-folder images", "each file by itself"},
                      {"vorna render bunny.obj -o bunny.png --record bunny.json.gz",
                       "and the calls that drew it, for vorna replay"}},
         .sections = {{"Colours", color_lines()}},
         .run = [options, map_options](const Given& given) {
-            // A user easily puts -o before the wrong name.
-            std::vector<std::string> read = options->models;
-            read.insert(read.end(), {options->palette, map_options->overlay, map_options->font});
-            drawing::refuse_same_files(read, {options->output, options->record});
-            options->limits = limits_of(*options);
-            std::vector<drawing::Input> inputs = open_inputs(*options);
-            const auto map = std::ranges::find_if(inputs, drawing::is_map);
-            reject_options_of_other_kind(given, map != inputs.end(), map == inputs.end() ? inputs.front().name : map->name);
-            if (map != inputs.end()) {
-                refuse_several(inputs, *map);
-                options->has_size = given.has("--size");
-                render_map(*options, *map_options, *map, chosen_module(given));
-            } else {
-                render_models(*options, std::move(inputs), chosen_module(given));
+            options->has_size = given.has("--size");
+            const auto draw = [&](Render_Options& one) { draw_together(one, *map_options, given); };
+            if (!options->output_folder.empty()) {
+                return render_batch(*options, draw);
             }
+            draw(*options);
             return exit_status::done;
         }};
     add_model_options(command.options, *options);
+    add_output_options(command.options, options->image, output);
+    Option& single = *std::ranges::find(command.options, "--output", [](const Option& option) { return option.names.back(); });
+    single.unless = "--output-folder";
+    single.excludes = {"--output-folder"};
     const std::vector<Option> own{
-        {.names = {"-o", "--output"},
-         .value = output_value("FILE.png", {"png"}),
-         .text = "PNG file to write; - is standard output",
-         .target = &options->output,
+        {.names = {"--output-folder"},
+         .value = text_value("FOLDER"),
+         .text =
+             "Draw each file by itself, into this folder under its own name, on all processors; failures are listed in the end",
+         .target = &options->output_folder,
          .group = output,
-         .is_required = true},
+         .excludes = {"--record", "--turntable", "--tiles-of", "--dry-run", "--repeat", "--stats"}},
+        {.names = {"--resume"},
+         .text = "Leave out files whose images are there",
+         .target = &options->resume,
+         .group = output,
+         .needs = {"--output-folder"}},
         {.names = {"--record"},
          .value = output_value("RECORDING", {"json", "gz"}),
          .text = "Write what is drawn as a recording for replay, too, compressed as FILE.gz",
@@ -107,7 +128,11 @@ Command render_command() {
          .by_default = options->size},
         {.names = {"--supersample"},
          .value = whole_value("N", 1, 8),
-         .text = "Draw so many times as large and take the mean of the pixels: smooth faces and lines",
+         .text =
+             "Draw so many times as large and take the mean of the pixels: smooth faces and lines. By default 2 for models, 1 "
+             "for "
+             "maps and with --record, --colors 8, --palette, --antialias or more than 16777216 pixels. 1: the pixels that the "
+             "renderer draws",
          .target = &options->supersample,
          .group = output},
         {.names = {"--turntable"},

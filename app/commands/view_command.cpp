@@ -27,7 +27,6 @@ struct View_Options : Model_Options {
 
 void show(const View_Options& options, std::vector<drawing::Input> inputs, const Map_Options& map_options,
           const drawing::Module_Choice& module) {
-    background_of(options);
     const auto size = options.size.empty()
                           ? std::nullopt
                           : std::optional(parsed_pair(options.size, largest_picture_side,
@@ -43,10 +42,11 @@ void show(const View_Options& options, std::vector<drawing::Input> inputs, const
         throw drawing::Usage_Error(options.models.front() + ": expected a map or drawing alone, found others beside it");
     }
     const bool map = drawing::is_map(inputs.front());
-    if (!map) {
-        style_of(options);
-        edge_settings_of(options);
-        model_look_of(options);
+    if (map) {
+        map_background_of(options);
+    } else {
+        background_of(options);
+        look_of(options, true);
     }
     std::string title;
     for (const std::string& file : options.models) {
@@ -75,13 +75,14 @@ Command view_command() {
         .arguments = {model_argument(
             *options, "Models (PLY, OBJ, STL and whatever assimp reads), or a map (GeoJSON, TopoJSON) or drawing (DXF)")},
         .examples = {{"vorna view bunny.obj", "turn it with the mouse, h shows the keys"},
-                     {"vorna view truck.gltf --shading textured --edges --size 1600x1000", "as vorna render would draw it"},
+                     {"vorna view truck.gltf --edges --size 1600x1000", "as vorna render would draw it"},
                      {"vorna view countries.json --projection robinson --border dashed", "move a map"}},
         .sections = {{"Mouse and keys", view::help_lines()},
                      {"Maps and drawings", {"Every drag moves them; the keys + - a p c w r f h q do the same."}}},
         .run = [options, map_options](const Given& given) {
             options->limits = limits_of(*options);
             std::vector<drawing::Input> inputs = open_inputs(*options);
+            choose_up_axis(*options, inputs);
             reject_options_of_other_kind(given, drawing::is_map(inputs.front()), inputs.front().name);
             show(*options, std::move(inputs), *map_options, chosen_module(given));
             return exit_status::done;

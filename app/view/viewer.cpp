@@ -1,4 +1,4 @@
-// A model that hands turn.
+// The viewer of models.
 #include "app/view/viewer.h"
 
 #include <algorithm>
@@ -19,11 +19,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Pictures that take longer are drawn coarsely while the camera moves, in milliseconds.
-constexpr double hasty_limit = 40;
+// In milliseconds. While the camera moves, models that take longer are drawn as coarse meshes.
+constexpr double draft_limit = 40;
 constexpr std::size_t coarse_triangles = 100000;
 
-// What the key for palettes goes through.
+// The pixel formats and palettes that the palette key cycles through.
 struct Pixel_Kind {
     std::string name;
     int colors;
@@ -33,7 +33,7 @@ struct Pixel_Kind {
 const std::array<Pixel_Kind, 4> pixel_kinds{
     {{"32 bits", 32, ""}, {"8 bits", 8, ""}, {"8 bits, 8 x 8 x 4 colours", 8, "8x8x4"}, {"8 bits, 8 colours", 8, "2x2x2"}}};
 
-// Which of them the options ask for.
+// The index of the options' pixel kind.
 std::size_t pixel_kind_of(const Model_Options& options) {
     const std::string palette = options.palette == "cube" ? "" : options.palette;
     const bool indexed = draws_indices(options);
@@ -53,17 +53,13 @@ Viewer::Viewer(const Model_Options& options, std::vector<drawing::Input> inputs,
                   screen),
       options_(options), first_options_(options), mesh_(load_mesh(options, std::move(inputs))) {
     set_palette(pixel_kind_of(options));
+    look_of(options_, !mesh_.lines.empty());
     camera_settings_of(options_, mesh_, size_);
-    std::vector<bool> used(mesh_.positions.size());
-    for (const std::uint32_t vertex : mesh_.triangles) {
-        if (!used[vertex]) {
-            used[vertex] = true;
-            points_.push_back(mesh_.positions[vertex]);
-        }
-    }
+    positions_ = drawing::model::drawn_positions(mesh_);
+    drawing::add_forms(forms_, mesh_, style_of(options_), background_of(options_));
 }
 
-// A drag across the picture's height is half a turn.
+// A drag across the window's height turns the camera by half a turn.
 void Viewer::turn(const Place& by) {
     const double angle = std::numbers::pi / size_.y;
     set_pose(turned(pose(), drawing::model::up_direction(options_.camera.up), -by.x * angle, by.y * angle));
@@ -73,7 +69,7 @@ void Viewer::move(const Place& by) {
     set_pose(moved(pose(), size_, by));
 }
 
-// What lies under the pointer stays there when it is known how far away it is.
+// When zooming in, the surface point under the pointer keeps its place.
 void Viewer::zoom(double factor, const Place& pointer) {
     Pose pose = this->pose();
     if (const auto distance = factor > 1 ? distance_at(pointer) : std::nullopt) {
@@ -137,26 +133,18 @@ void Viewer::look_from(drawing::model::View side) {
     options_.aim.reset();
 }
 
+drawing::model::Shading Viewer::shading() const {
+    return drawing::shading_of(style_of(options_), mesh_);
+}
+
 void Viewer::next_shading() {
     using drawing::model::Shading;
-    Shading& shading = options_.picture.shading;
-    switch (shading) {
-    case Shading::gouraud:
-        shading = Shading::flat;
-        return;
-    case Shading::flat:
-        shading = drawing::model::Textured_Scene::has_work(mesh_) ? Shading::textured : Shading::wireframe;
-        return;
-    case Shading::textured:
-        shading = Shading::wireframe;
-        return;
-    case Shading::wireframe:
-        shading = Shading::hidden_line;
-        return;
-    case Shading::hidden_line:
-        shading = Shading::gouraud;
-        return;
-    }
+    const bool has_textures = drawing::model::Textured_Scene::has_work(mesh_);
+    const std::array<Shading, 5> all{Shading::gouraud, Shading::flat, Shading::textured, Shading::wireframe,
+                                     Shading::hidden_line};
+    auto next = std::ranges::find(all, shading()) + 1;
+    next += next != all.end() && *next == Shading::textured && !has_textures;
+    options_.picture.shading = next == all.end() ? all.front() : *next;
 }
 
 void Viewer::next_edges() {
@@ -170,19 +158,20 @@ void Viewer::set_palette(std::size_t choice) {
     established_ = false;
 }
 
-// Without what makes no sense at the moment: only edges can be smoothed, and only in 32 bits.
+// The options without those that have no effect now: only edges and lines can be smoothed, and only in
+// 32 bits.
 Model_Options Viewer::drawn_options() const {
     Model_Options options = options_;
-    options.antialias = options.antialias && options.has_edges() && options.colors == 32;
+    options.antialias = options.antialias && (options.has_edges() || !mesh_.lines.empty()) && options.colors == 32;
     if (!options.has_edges()) {
         options.edge_color.clear();
     }
     return options;
 }
 
-// In the file's coordinates, as the command line has it, so that a command draws the same.
+// In the file's coordinates, which the command line uses, so that a command can draw the same image.
 Pose Viewer::pose() const {
-    Pose pose{{}, options_.camera.zoom};
+    Pose pose{{}, options_.camera.zoom, camera_settings_of(options_, mesh_, size_).half_tangent};
     if (options_.aim) {
         pose.aim = *options_.aim;
         if (drawing::model::length(pose.aim.up) == 0) {
@@ -190,7 +179,7 @@ Pose Viewer::pose() const {
         }
     } else {
         using drawing::model::operator+, drawing::model::operator*;
-        const drawing::model::Aim fitted = drawing::model::fitted_aim(camera_settings_of(options_, mesh_, size_), points_);
+        const drawing::model::Aim fitted = drawing::model::fitted_aim(camera_settings_of(options_, mesh_, size_), positions_);
         const auto in_file = [this](const VT_Vector_D& place) { return mesh_.center + place * mesh_.radius; };
         pose.aim = {in_file(fitted.eye), in_file(fitted.target), fitted.up};
     }
@@ -204,7 +193,7 @@ void Viewer::set_pose(const Pose& pose) {
     moving_ = true;
 }
 
-// From the eye to what the last picture shows at a place; nothing where that is the background.
+// The distance from the eye to the surface at a place of the last picture; none on the background.
 std::optional<double> Viewer::distance_at(const Place& place) {
     if (changed_ || !established_ || !(place.x >= 0 && place.x < size_.x && place.y >= 0 && place.y < size_.y)) {
         return std::nullopt;
@@ -224,10 +213,10 @@ std::optional<double> Viewer::distance_at(const Place& place) {
     const auto along = [this](const double(&row)[4]) { return drawing::model::dot({row[0], row[1], row[2]}, camera_.toward); };
     const double d = depth / 65535.0;
     const auto& m = camera_.clip_from_model.m;
-    const double way = (d * m[3][3] - m[2][3]) / (along(m[2]) - d * along(m[3]));
+    const double along_view = (d * m[3][3] - m[2][3]) / (along(m[2]) - d * along(m[3]));
     using drawing::model::operator-, drawing::model::operator*;
     const VT_Vector_D eye = (pose().aim.eye - mesh_.center) * (1 / mesh_.radius);
-    const double distance = drawing::model::dot(camera_.toward, eye) - way;
+    const double distance = drawing::model::dot(camera_.toward, eye) - along_view;
     return distance > 1e-6 ? std::optional(distance * mesh_.radius) : std::nullopt;
 }
 
@@ -244,17 +233,16 @@ void Viewer::establish(Canvas& canvas) {
     rendition = VT_Reference<VT_Rendition>(new VT_Rendition);
     rendition->clip.hard_clip = session.window();
     rendition->window.rectangle = session.window();
-    rendition->window.color = background_of(options_);
-    rendition->window.index = static_cast<std::uint8_t>(session.palette().closest_match(rendition->window.color, false));
     flat_rendition = VT_Reference<VT_Rendition>(new VT_Rendition(*rendition));
     flat_rendition->clip.depth_test = false;
 }
 
 drawing::Model_Parts& Viewer::model_for(const Model_Options& options, bool draft) {
-    const drawing::model::Shading shading = options.picture.shading;
+    const drawing::model::Shading shading = this->shading();
     drawing::Model_Parts& model = draft ? coarse_ : shading == drawing::model::Shading::textured ? textured_ : plain_;
-    const bool needs_faces = options.has_faces() && !model.faces;
-    const bool needs_edges = options.has_edges() && !model.edges;
+    const bool has_triangles = !mesh_.triangles.empty();
+    const bool needs_faces = has_triangles && options.has_faces() && !model.faces;
+    const bool needs_edges = has_triangles && options.has_edges() && !model.edges;
     if (needs_faces || needs_edges) {
         const drawing::model::Mesh coarse = draft ? coarse_mesh(mesh_, coarse_triangles) : drawing::model::Mesh();
         const drawing::model::Mesh& mesh = draft ? coarse : mesh_;
@@ -271,7 +259,7 @@ drawing::Model_Parts& Viewer::model_for(const Model_Options& options, bool draft
 void Viewer::draw_model(Canvas& canvas, bool draft) {
     Model_Options options = drawn_options();
     if (draft) {
-        // Edges of a coarse model are not the model's: it has none over its faces.
+        // A coarse mesh has other edges than the model, so drafts show none over faces.
         options.antialias = false;
         options.edges.clear();
         if (!options.has_edges()) {
@@ -279,14 +267,18 @@ void Viewer::draw_model(Canvas& canvas, bool draft) {
         }
     }
     const drawing::Model_Parts& model = model_for(options, draft);
-    camera_ = drawing::model::fit_camera(camera_settings_of(options, mesh_, size_), points_);
-    const drawing::Model_Look look{model_look_of(options), edge_settings_of(options), {}};
-    drawing::model::Scene* const faces = options.has_faces() ? model.faces.get() : nullptr;
-    drawing::model::Edge_Renderer* const edges = options.has_edges() ? model.edges.get() : nullptr;
-    drawing::prepare_model(faces, edges, drawing::Tile_Grid(canvas.session.window()), camera_, look);
+    camera_ = drawing::model::fit_camera(camera_settings_of(options, mesh_, size_), positions_);
+    const drawing::Model_Look look = look_of(options, !mesh_.lines.empty());
+    const drawing::Drawn_Parts parts{.faces = options.has_faces() ? model.faces.get() : nullptr,
+                                     .edges = options.has_edges() ? model.edges.get() : nullptr,
+                                     .lines = forms_.lines.get(),
+                                     .points = forms_.points.get(),
+                                     .overlay = forms_.overlay.get()};
+    drawing::prepare_model(parts, drawing::Tile_Grid(canvas.session.window()), camera_, look);
     VT_Renderer_Data& renderer = canvas.session.renderer();
-    VD_Draw_Window(renderer, *canvas.rendition);
-    drawing::draw_model(faces, edges, look, renderer, *canvas.rendition, 0);
+    const drawing::Background background = background_of(options);
+    drawing::paint_background(renderer, *canvas.rendition, background);
+    drawing::draw_model(parts, look, renderer, *canvas.rendition, 0, background);
 }
 
 void Viewer::paint(Canvas& canvas) {
@@ -295,7 +287,7 @@ void Viewer::paint(Canvas& canvas) {
     canvas.session.renderer().end_picture_all();
 }
 
-// The nearest depth is white, the farthest nearly black.
+// Shows depths as grey: the nearest is white, the farthest nearly black.
 void Viewer::draw_depths() {
     const VT_Reference<VT_Shared_Image> depths = canvas_.session.read_depth();
     const std::int32_t width = depths->width(), height = depths->height();
@@ -316,7 +308,7 @@ void Viewer::draw_depths() {
         for (std::int32_t x = 0; x < width; ++x) {
             const std::int32_t depth = row_of(r)[x];
             const auto grey = static_cast<std::uint8_t>(255 - 215 * std::clamp(depth - nearest, 0, range) / range);
-            pixels[x] = depth == 0xFFFF ? canvas_.rendition->window.color : VT_RGB32{grey, grey, grey, 255};
+            pixels[x] = depth == 0xFFFF ? VT_RGB32{255, 255, 255, 255} : VT_RGB32{grey, grey, grey, 255};
         }
     }
     const VT_Int_Rectangle window = canvas_.session.window();
@@ -331,8 +323,8 @@ void Viewer::draw() {
         establish(canvas_);
         established_ = true;
     }
-    const bool draft = moving_ && full_time_ > hasty_limit && mesh_.triangle_count() > coarse_triangles &&
-                       options_.picture.shading != drawing::model::Shading::textured;
+    const bool draft = moving_ && full_time_ > draft_limit && mesh_.triangle_count() > coarse_triangles &&
+                       shading() != drawing::model::Shading::textured;
     VT_Renderer_Data& renderer = canvas_.session.renderer();
     renderer.begin_picture_all();
     draw_model(canvas_, draft);
@@ -365,16 +357,21 @@ std::string Viewer::command_for(const std::string& image) const {
     for (const std::string& word : arguments_of(drawn_options())) {
         line += " " + shell_word(word);
     }
-    return line + " --size=" + std::to_string(size_.x) + "x" + std::to_string(size_.y) + " -o " + shell_word(image);
+    return line + " --size=" + std::to_string(size_.x) + "x" + std::to_string(size_.y) + " --supersample=1 -o " +
+           shell_word(image);
 }
 
 std::string Viewer::title() const {
     const Model_Options options = drawn_options();
     std::string text = file_name();
     text += options.models.size() > 1 ? " and others" : "";
-    text += ": " + with_commas(mesh_.triangle_count()) + " triangles, ";
+    text += ": ";
+    const auto add_count = [&text](std::size_t count, const char* what) { text += count > 0 ? with_commas(count) + what : ""; };
+    add_count(mesh_.triangle_count(), " triangles, ");
+    add_count(mesh_.line_count(), " lines, ");
+    add_count(mesh_.points.size(), " points, ");
     constexpr const char* shadings[] = {"flat", "gouraud", "textured", "wireframe", "hidden-line"};
-    text += shows_depth_ ? "depth buffer" : shadings[static_cast<int>(options.picture.shading)];
+    text += shows_depth_ ? "depth buffer" : shadings[static_cast<int>(shading())];
     if (!options.edges.empty() && options.has_faces()) {
         text += options.edges == "all" ? ", edges" : ", feature edges";
     }

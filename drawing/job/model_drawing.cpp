@@ -1,13 +1,24 @@
 // A model as a drawing.
 #include "drawing/job/model_drawing.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "vorna/draw.h"
 
 namespace vorna::drawing {
+namespace {
 
-std::span<const VT_Vector> Model_Parts::points() const {
+std::string counted(std::size_t count, const std::string& what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+} // namespace
+
+std::span<const VT_Vector> Model_Parts::positions() const {
+    if (!own_positions.empty()) {
+        return own_positions;
+    }
     if (faces) {
         return faces->points();
     }
@@ -15,34 +26,77 @@ std::span<const VT_Vector> Model_Parts::points() const {
 }
 
 std::string Model_Parts::summary() const {
-    if (!faces && !edges) {
-        return "0 triangles";
-    }
-    return (faces ? faces->summary() : "") + (faces && edges ? ", " : "") + (edges ? edges->summary() : "");
-}
-
-void prepare_model(model::Scene* faces, model::Edge_Renderer* edges, const Tile_Grid& grid, const model::Camera& camera,
-                   const Model_Look& look) {
+    std::string text;
+    const auto add = [&text](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
     if (faces) {
-        faces->prepare(grid, camera, look.picture);
+        add(faces->summary());
     }
     if (edges) {
-        edges->prepare(grid, camera, look.edges);
+        add(edges->summary());
+    }
+    if (lines) {
+        add(counted(lines->count(), "line"));
+    }
+    if (points) {
+        add(counted(points->count(), "point"));
+    }
+    return text.empty() ? "0 triangles" : text;
+}
+
+void prepare_model(const Drawn_Parts& parts, const Tile_Grid& grid, const model::Camera& camera, const Model_Look& look,
+                   std::int32_t enlarged) {
+    if (parts.faces) {
+        parts.faces->prepare(grid, camera, look.picture);
+    }
+    if (parts.edges) {
+        parts.edges->prepare(grid, camera, look.edges);
+    }
+    if (parts.lines) {
+        parts.lines->prepare(grid, camera, look.lines);
+    }
+    if (parts.points) {
+        model::Point_Settings settings = look.points;
+        settings.enlarged = enlarged;
+        settings.over_faces = parts.faces != nullptr;
+        settings.light = look.picture.light;
+        settings.specular = look.picture.specular;
+        parts.points->prepare(grid, camera, settings);
+    }
+    if (parts.overlay) {
+        parts.overlay->prepare(grid, camera, enlarged);
     }
 }
 
-// Hidden lines need the depths of the faces only: the window is painted over them.
-void draw_model(const model::Scene* faces, const model::Edge_Renderer* edges, const Model_Look& look, VT_Renderer_Data& renderer,
-                const VT_Rendition& rendition, std::size_t tile) {
+// Hidden lines need the depths of the faces only: the background is painted over them. Smoothed lines neither test nor write
+// depths in the buffer: they come after the points, which could lie over them otherwise.
+void draw_model(const Drawn_Parts& parts, const Model_Look& look, VT_Renderer_Data& renderer, const VT_Rendition& rendition,
+                std::size_t tile, const Background& background) {
     VD_Clear_Depth_Rectangle(renderer, rendition);
-    if (faces) {
-        faces->draw(renderer, rendition, tile);
+    if (parts.faces) {
+        parts.faces->draw(renderer, rendition, tile);
     }
     if (look.picture.shading == model::Shading::hidden_line) {
-        VD_Draw_Window(renderer, rendition);
+        paint_background(renderer, rendition, background);
     }
-    if (edges) {
-        edges->draw(renderer, rendition, tile);
+    const model::Edge_Renderer* widest = nullptr;
+    for (const model::Edge_Renderer* lines : {parts.lines, parts.edges}) {
+        if (lines && lines->reach() > (widest ? widest->reach() : 0)) {
+            widest = lines;
+        }
+    }
+    if (widest) {
+        model::recede_faces(renderer, rendition, widest->frame(), widest->reach());
+    }
+    if (parts.points) {
+        parts.points->draw(renderer, rendition, tile);
+    }
+    for (const model::Edge_Renderer* lines : {parts.lines, parts.edges}) {
+        if (lines) {
+            lines->draw(renderer, rendition, tile);
+        }
+    }
+    if (parts.overlay) {
+        parts.overlay->draw(renderer, rendition);
     }
 }
 
@@ -53,23 +107,23 @@ Model_Drawing::Model_Drawing(Model_Parts parts, const Model_Look& look, const mo
 Model_Drawing::Model_Drawing(Model_Parts parts, const Model_Look& look, const model::Camera_Settings& camera, std::int32_t frames)
     : parts_(std::move(parts)), look_(look) {
     model::Camera_Settings settings = camera;
-    cameras_.push_back(model::fit_camera(settings, parts_.points()));
+    cameras_.push_back(model::fit_camera(settings, parts_.positions()));
     if (frames == 1) {
         return;
     }
     // A model whose camera is fitted is turned around its middle.
     const VT_Vector_D place = camera.aim ? camera.aim->target : VT_Vector_D{};
-    const model::Aim first = camera.aim ? *camera.aim : model::fitted_aim(settings, parts_.points());
+    const model::Aim first = camera.aim ? *camera.aim : model::fitted_aim(settings, parts_.positions());
     for (std::int32_t frame = 1; frame < frames; ++frame) {
         settings.aim = model::turned_aim(first, place, model::up_direction(settings.up), frame, frames);
-        cameras_.push_back(model::fit_camera(settings, parts_.points()));
+        cameras_.push_back(model::fit_camera(settings, parts_.positions()));
     }
 }
 
 std::vector<double> Model_Drawing::reach() const {
     std::vector<double> reach;
     for (const model::Camera& camera : cameras_) {
-        reach.push_back(model::reach_of(camera, parts_.points()));
+        reach.push_back(model::reach_of(camera, parts_.positions()));
     }
     return reach;
 }
@@ -77,27 +131,32 @@ std::vector<double> Model_Drawing::reach() const {
 // Lines keep their width; the mean of smaller pixels is smooth without the renderer's help.
 Model_Look Model_Drawing::scaled_look(std::int32_t supersample) const {
     Model_Look look = look_;
-    look.edges.width *= supersample;
-    look.edges.smoothed = look.edges.smoothed && supersample == 1;
+    for (model::Edge_Settings* lines : {&look.edges, &look.lines}) {
+        lines->width *= supersample;
+        lines->smoothed = lines->smoothed && supersample == 1;
+    }
     return look;
 }
 
 // Spans leave out their last pixel, and a model that is cut off at the image's right or upper edge reaches the far side of its
 // last pixel: the frame has one column and one row more than the image.
 Drawing_Needs Model_Drawing::needs(VT_Int_Pair, std::int32_t supersample) const {
-    const std::uint64_t prepared =
-        (parts_.faces ? parts_.faces->prepared_memory() : 0) + (parts_.edges ? parts_.edges->prepared_memory() : 0);
+    const Model_Look look = scaled_look(supersample);
+    const auto memory = [](const auto& part) { return part ? part->prepared_memory() : 0; };
+    const auto margin = [](const auto& lines, const model::Edge_Settings& settings) {
+        return lines ? model::Edge_Renderer::tile_margin(settings) : 0;
+    };
+    const std::uint64_t prepared = memory(parts_.faces) + memory(parts_.edges) + memory(parts_.lines) + memory(parts_.points);
     return {.beyond = 1,
-            .margin = parts_.edges ? model::Edge_Renderer::tile_margin(scaled_look(supersample).edges) : 0,
+            .margin = std::max(margin(parts_.edges, look.edges), margin(parts_.lines, look.lines)),
             .one_piece = {},
-            .pixel_memory = 4 + 2 + 2,
+            .pixel_memory = 4 + 2 + 2 + (parts_.edges || parts_.lines ? 4U : 0U), // with depths that are read and receded
             .thread_memory = 0,
             .prepared_memory = prepared};
 }
 
 void Model_Drawing::prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t frame) {
-    prepare_model(parts_.faces.get(), parts_.edges.get(), grid, cameras_[static_cast<std::size_t>(frame)],
-                  scaled_look(supersample));
+    prepare_model(parts_.drawn(), grid, cameras_[static_cast<std::size_t>(frame)], scaled_look(supersample), supersample);
 }
 
 void Model_Drawing::set_options(Session& session) const {
@@ -109,8 +168,9 @@ void Model_Drawing::set_options(Session& session) const {
     session.options().set_buffer_depth(16);
 }
 
-void Model_Drawing::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
-    draw_model(parts_.faces.get(), parts_.edges.get(), look_, renderer, rendition, tile);
+void Model_Drawing::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile,
+                         const Background& background) const {
+    draw_model(parts_.drawn(), look_, renderer, rendition, tile, background);
 }
 
 } // namespace vorna::drawing

@@ -1,14 +1,29 @@
 // What of a model is drawn and how.
 #include "drawing/job/model_style.h"
 
+#include <utility>
+
+#include "drawing/model/mesh_lines.h"
 #include "drawing/model/scene_renderer.h"
 #include "drawing/model/textured_scene.h"
 #include "drawing/model/vectors.h"
 
 namespace vorna::drawing {
+namespace {
 
-model::Edge_Settings edge_settings_of(const Model_Style& style, std::optional<VT_RGB32> background, bool smoothed) {
-    constexpr VT_RGB32 dark{51, 40, 30, 255}, light{235, 230, 225, 255};
+constexpr VT_RGB32 dark{51, 40, 30, 255}, light{235, 230, 225, 255};
+
+VT_RGB32 contrast_to(VT_RGB32 background) {
+    return 3 * background.red + 6 * background.green + background.blue < 1280 ? light : dark;
+}
+
+VT_RGB32 middle_of(const Background& background) {
+    return background.row_color(1, {0, 0, 0, 3});
+}
+
+} // namespace
+
+model::Edge_Settings edge_settings_of(const Model_Style& style, const std::optional<Background>& background, bool smoothed) {
     model::Edge_Settings settings;
     settings.choice = style.edges.value_or(model::Edge_Choice::all);
     settings.culling = style.picture.culling;
@@ -17,17 +32,43 @@ model::Edge_Settings edge_settings_of(const Model_Style& style, std::optional<VT
     if (style.edge_color) {
         settings.color = style.edge_color;
     } else if (style.picture.shading == model::Shading::hidden_line && background) {
-        settings.color = 3 * background->red + 6 * background->green + background->blue < 1280 ? light : dark;
+        settings.color = contrast_to(middle_of(*background));
     } else if (style.has_faces()) {
         settings.color = dark;
     }
     return settings;
 }
 
+model::Edge_Settings line_settings_of(const Model_Style& style, bool smoothed) {
+    model::Edge_Settings settings;
+    settings.over_faces = true;
+    settings.smoothed = smoothed;
+    settings.width = style.line_width;
+    return settings;
+}
+
+Model_Look look_of(const Model_Style& style, const std::optional<Background>& background, bool smoothed,
+                   VT_Reference<const VT_Palette> palette) {
+    Model_Look look;
+    look.picture = style.picture;
+    look.edges = edge_settings_of(style, background, smoothed);
+    look.lines = line_settings_of(style, smoothed);
+    look.points.size = style.point_size;
+    look.palette = std::move(palette);
+    return look;
+}
+
+model::Shading shading_of(const Model_Style& style, const model::Mesh& mesh) {
+    if (style.picture.shading != model::Shading::automatic) {
+        return style.picture.shading;
+    }
+    return !style.color && model::Textured_Scene::has_work(mesh) ? model::Shading::textured : model::Shading::gouraud;
+}
+
 std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
                                          std::vector<std::string>& warnings) {
     const VT_RGB32 color = style.color.value_or(default_model_color);
-    if (style.picture.shading == model::Shading::textured && model::Textured_Scene::has_work(mesh)) {
+    if (shading_of(style, mesh) == model::Shading::textured && model::Textured_Scene::has_work(mesh)) {
         return std::make_unique<model::Textured_Scene>(mesh, color, !style.color, warnings, limits);
     }
     return std::make_unique<model::Scene_Renderer>(mesh, color, !style.color);
@@ -37,9 +78,26 @@ std::unique_ptr<model::Edge_Renderer> make_edges(const model::Mesh& mesh, const 
     return std::make_unique<model::Edge_Renderer>(mesh, style.color.value_or(default_model_color), !style.color);
 }
 
-Model_Parts make_parts(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
-                       std::vector<std::string>& warnings) {
+void add_forms(Model_Parts& parts, const model::Mesh& mesh, const Model_Style& style,
+               const std::optional<Background>& background) {
+    const VT_RGB32 color = style.color.value_or(default_model_color);
+    parts.lines = model::make_line_renderer(mesh, color, !style.color);
+    if (!mesh.points.empty()) {
+        parts.points = std::make_unique<model::Point_Renderer>(mesh, color, !style.color);
+    }
+    if (parts.lines || parts.points) {
+        parts.own_positions = model::drawn_positions(mesh);
+    }
+    if (style.axes || style.scale_bar) {
+        const Overlay_Settings settings{style.axes, style.scale_bar, background ? contrast_to(background->bottom) : dark};
+        parts.overlay = std::make_unique<Model_Overlay>(settings, mesh.radius);
+    }
+}
+
+Model_Parts make_parts(const model::Mesh& mesh, const Model_Style& style, const std::optional<Background>& background,
+                       Load_Limits& limits, std::vector<std::string>& warnings) {
     Model_Parts parts;
+    add_forms(parts, mesh, style, background);
     if (mesh.triangles.empty()) {
         return parts;
     }

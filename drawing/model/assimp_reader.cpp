@@ -1,11 +1,9 @@
 // Every format that assimp knows.
 #include <algorithm>
-#include <assimp/Importer.hpp>
+#include <bit>
 #include <cerrno>
 #include <cmath>
-#include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <new>
@@ -14,202 +12,28 @@
 #include <system_error>
 #include <utility>
 
-#include <assimp/DefaultIOSystem.h>
-#include <assimp/GltfMaterial.h>
 #include <assimp/config.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
-#if !defined(_WIN32)
-#include <assimp/IOStream.hpp>
-#include <assimp/IOSystem.hpp>
-
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#endif
 
 #include "drawing/files/memory.h"
 #include "drawing/files/path.h"
+#include "drawing/model/assimp_files.h"
+#include "drawing/model/assimp_library.h"
+#include "drawing/model/assimp_paint.h"
 #include "drawing/model/model_reader.h"
 #include "drawing/model/polygon.h"
-#if !defined(_WIN32)
 #include "drawing/model/separate_process.h"
-#endif
+#include "drawing/model/tuple_table.h"
 
 namespace vorna::drawing::model {
 namespace {
 
-std::uint8_t channel(float value) {
-    return value > 0 ? static_cast<std::uint8_t>(std::min(value, 1.0F) * 255.0F + 0.5F) : std::uint8_t{0}; // for no number, too
-}
-
-VT_RGB32 color_from(const aiColor4D& color) {
-    return {channel(color.b), channel(color.g), channel(color.r), 255};
-}
-
-// glTF gives colours as intensities of light; pixels hold their square roots.
-VT_RGB32 color_of_light(const aiColor4D& light) {
-    const auto root = [](float value) { return std::sqrt(std::max(value, 0.0F)); };
-    return color_from({root(light.r), root(light.g), root(light.b), 1});
-}
-
-// Moves texture coordinates: scales and turns them around the image's upper left corner, then shifts them, v downwards.
-struct Coordinate_Transform {
-    double scale_u = 1, scale_v = 1, cosine = 1, sine = 0, shift_u = 0, shift_v = 0;
-
-    // glTF's own transform. Assimp tells it as one around the image's middle, but with shifts that its own step for applying
-    // transforms gets wrong for scales; they are turned back into what the file says.
-    static Coordinate_Transform of_gltf(const aiUVTransform& told) {
-        Coordinate_Transform result;
-        result.scale_u = told.mScaling.x;
-        result.scale_v = told.mScaling.y;
-        result.cosine = std::cos(-told.mRotation);
-        result.sine = std::sin(-told.mRotation);
-        result.shift_u = told.mTranslation.x - 0.5 * result.scale_u * (1 - result.cosine + result.sine);
-        result.shift_v = 0.5 * result.scale_v * (result.sine + result.cosine - 1) + 1 - result.scale_v - told.mTranslation.y;
-        return result;
-    }
-
-    Texture_Point operator()(double u, double v) const {
-        const double x = scale_u * u, y = scale_v * (1 - v);
-        return {static_cast<float>(cosine * x + sine * y + shift_u), static_cast<float>(1 + sine * x - cosine * y - shift_v)};
-    }
-};
-
-// What a material says, beyond what the mesh needs to know of it.
-struct Paint {
-    Material material;
-    VT_RGB32 color{0, 0, 0, 0};
-    unsigned channel = 0; // of texture coordinates
-    std::optional<Coordinate_Transform> transform;
-    bool gltf = false; // colours are light, and those of vertices are multiplied with the material's
-};
-
-Wrap wrap_of(const aiMaterial& material, const char* key, aiTextureType type) {
-    int mode = aiTextureMapMode_Wrap;
-    material.Get(key, static_cast<unsigned>(type), 0, mode);
-    return mode == aiTextureMapMode_Mirror                                    ? Wrap::mirror
-           : mode == aiTextureMapMode_Clamp || mode == aiTextureMapMode_Decal ? Wrap::clamp
-                                                                              : Wrap::repeat;
-}
-
-// An image inside the model: in memory as a file, or as rows of pixels. Images of the same bytes are one.
-std::uint32_t embedded_image_number(Mesh& mesh, const std::string& name, const aiTexture& texture) {
-    Image_Source source;
-    source.name = name;
-    source.embedded = true;
-    std::size_t size = texture.mWidth;
-    if (texture.mHeight > 0 && texture.mWidth > 0 && texture.mWidth <= largest_image_side &&
-        texture.mHeight <= largest_image_side) {
-        source.width = static_cast<std::int32_t>(texture.mWidth);
-        source.height = static_cast<std::int32_t>(texture.mHeight);
-        static_assert(sizeof(aiTexel) == sizeof(VT_RGB32) && offsetof(aiTexel, b) == 0 && offsetof(aiTexel, r) == 2);
-        size = sizeof(aiTexel) * texture.mWidth * texture.mHeight;
-    }
-    const std::string_view bytes(reinterpret_cast<const char*>(texture.pcData), size);
-    const auto found = std::ranges::find_if(mesh.images, [&](const Image_Source& image) {
-        return image.embedded && image.width == source.width && image.height == source.height && image.bytes == bytes;
-    });
-    if (found != mesh.images.end()) {
-        return static_cast<std::uint32_t>(found - mesh.images.begin());
-    }
-    source.bytes = bytes;
-    mesh.images.push_back(std::move(source));
-    return static_cast<std::uint32_t>(mesh.images.size() - 1);
-}
-
-bool is_gltf(const aiMaterial& material) {
-    aiString mode;
-    return material.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == AI_SUCCESS;
-}
-
-void read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file, Paint& paint) {
-    for (const aiTextureType type : {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE}) {
-        aiString path;
-        if (from.GetTexture(type, 0, &path) != AI_SUCCESS || path.length == 0) {
-            continue;
-        }
-        const aiTexture* embedded = scene.GetEmbeddedTexture(path.C_Str());
-        paint.material.image = embedded ? embedded_image_number(mesh, file + ": image " + path.C_Str(), *embedded)
-                                        : image_number(mesh, path.C_Str(), file);
-        paint.material.wrap_u = wrap_of(from, "$tex.mapmodeu", type);
-        paint.material.wrap_v = wrap_of(from, "$tex.mapmodev", type);
-        int channel_number = 0;
-        from.Get("$tex.uvwsrc", static_cast<unsigned>(type), 0, channel_number);
-        paint.channel = static_cast<unsigned>(channel_number);
-        aiUVTransform transform;
-        if (is_gltf(from) && from.Get("$tex.uvtrafo", static_cast<unsigned>(type), 0, transform) == AI_SUCCESS) {
-            paint.transform = Coordinate_Transform::of_gltf(transform);
-        }
-        return;
-    }
-}
-
-Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file) {
-    Paint paint;
-    read_image(mesh, scene, from, file, paint);
-    const bool textured = paint.material.image != no_image;
-    aiColor4D color;
-    paint.gltf = is_gltf(from);
-    const bool has_base = from.Get(AI_MATKEY_BASE_COLOR, color) == AI_SUCCESS;
-    if (has_base) {
-        paint.material.opacity = color.a;
-    }
-    if (has_base || from.Get(AI_MATKEY_COLOR_DIFFUSE, color) == AI_SUCCESS) {
-        // Black under an image stands for nothing said, where exporters write it so.
-        const bool said = !textured || paint.gltf || color.r > 0 || color.g > 0 || color.b > 0;
-        paint.color = !said ? VT_RGB32{0, 0, 0, 0} : paint.gltf ? color_of_light(color) : color_from(color);
-    }
-    aiString mode;
-    if (from.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == AI_SUCCESS) {
-        const std::string_view name = mode.C_Str();
-        paint.material.transparency = name == "BLEND"  ? Transparency::blended
-                                      : name == "MASK" ? Transparency::cut_out
-                                                       : Transparency::none;
-        from.Get(AI_MATKEY_GLTF_ALPHACUTOFF, paint.material.cut_off);
-    } else {
-        from.Get(AI_MATKEY_OPACITY, paint.material.opacity);
-    }
-    if (paint.material.transparency == Transparency::none || paint.material.transparency == Transparency::cut_out) {
-        paint.material.opacity = 1;
-    }
-    for (float* number : {&paint.material.opacity, &paint.material.cut_off}) {
-        *number = std::isfinite(*number) ? *number : 1;
-    }
-    return paint;
-}
-
-std::uint8_t product(std::uint8_t a, std::uint8_t b) {
-    return static_cast<std::uint8_t>((a * b + 127) / 255);
-}
-
-VT_RGB32 vertex_color(const aiMesh& part, unsigned v, const Paint& paint) {
-    if (!part.HasVertexColors(0)) {
-        return paint.color;
-    }
-    if (!paint.gltf) {
-        return color_from(part.mColors[0][v]);
-    }
-    const VT_RGB32 own = color_of_light(part.mColors[0][v]);
-    if (paint.color.alpha == 0) {
-        return own;
-    }
-    return {product(own.blue, paint.color.blue), product(own.green, paint.color.green), product(own.red, paint.color.red), 255};
-}
-
-Texture_Point coordinate(const aiMesh& part, unsigned v, const Paint& paint) {
-    if (paint.channel >= AI_MAX_NUMBER_OF_TEXTURECOORDS || !part.HasTextureCoords(paint.channel)) {
-        return {};
-    }
-    const aiVector3D& place = part.mTextureCoords[paint.channel][v];
-    return paint.transform ? (*paint.transform)(place.x, place.y) : Texture_Point{place.x, place.y};
-}
-
-void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, const std::string& file, Load_Limits& limits) {
-    const auto base = static_cast<std::uint32_t>(mesh.positions.size());
-    const bool known = part.mMaterialIndex < paints.size();
-    const Paint paint = known ? paints[part.mMaterialIndex] : Paint{};
+// Adds the vertices of a part, those that are equal once, and returns their numbers. assimp's own step for it takes most of the
+// time of reading.
+std::vector<std::uint32_t> append_vertices(Mesh& mesh, const aiMesh& part, const Paint& paint, const std::string& file) {
+    using Vertex_Table = Tuple_Table<9>;
+    std::vector<Vertex_Table::Tuple> vertices(part.mNumVertices); // position, normal, texture coordinates, colour
     for (unsigned v = 0; v < part.mNumVertices; ++v) {
         const aiVector3D& p = part.mVertices[v];
         const aiVector3D n = part.HasNormals() ? part.mNormals[v] : aiVector3D{};
@@ -218,11 +42,39 @@ void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, co
                               ": expected finite coordinates");
         }
         const bool finite_normal = std::isfinite(n.x) && std::isfinite(n.y) && std::isfinite(n.z);
-        mesh.positions.push_back({p.x, p.y, p.z});
-        mesh.normals.push_back(finite_normal ? VT_Vector{n.x, n.y, n.z} : VT_Vector{});
-        mesh.colors.push_back(vertex_color(part, v, paint));
-        mesh.coordinates.push_back(coordinate(part, v, paint));
+        const Triple_Table::Tuple place = words_of({p.x, p.y, p.z}),
+                                  normal = words_of(finite_normal ? VT_Vector{n.x, n.y, n.z} : VT_Vector{});
+        const Texture_Point at = paint.material.image == no_image ? Texture_Point{} : coordinate(part, v, paint);
+        vertices[v] = {place[0],
+                       place[1],
+                       place[2],
+                       normal[0],
+                       normal[1],
+                       normal[2],
+                       std::bit_cast<std::uint32_t>(at.u),
+                       std::bit_cast<std::uint32_t>(at.v),
+                       std::bit_cast<std::uint32_t>(vertex_color(part, v, paint))};
     }
+    const auto base = static_cast<std::uint32_t>(mesh.positions.size());
+    Vertex_Table table;
+    std::vector<std::uint32_t> numbers;
+    numbers.reserve(vertices.size());
+    table.append_indices(vertices, numbers);
+    for (const Vertex_Table::Tuple& vertex : table.keys()) {
+        const auto number = [&](std::size_t word) { return std::bit_cast<float>(vertex[word]); };
+        mesh.positions.push_back({number(0), number(1), number(2)});
+        mesh.normals.push_back({number(3), number(4), number(5)});
+        mesh.coordinates.push_back({number(6), number(7)});
+        mesh.colors.push_back(std::bit_cast<VT_RGB32>(vertex[8]));
+    }
+    std::ranges::for_each(numbers, [base](std::uint32_t& one) { one += base; });
+    return numbers;
+}
+
+void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, const std::string& file, Load_Limits& limits) {
+    const bool known = part.mMaterialIndex < paints.size();
+    const Paint paint = known ? paints[part.mMaterialIndex] : Paint{};
+    const std::vector<std::uint32_t> numbers = append_vertices(mesh, part, paint, file);
     std::vector<std::uint32_t> corners;
     std::vector<VT_Vector> places;
     for (unsigned f = 0; f < part.mNumFaces; ++f) {
@@ -235,33 +87,42 @@ void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, co
                                   ": expected a vertex below " + std::to_string(part.mNumVertices) + ", found " +
                                   std::to_string(face.mIndices[i]));
             }
-            corners.push_back(base + face.mIndices[i]);
+            corners.push_back(numbers[face.mIndices[i]]);
             places.push_back(mesh.positions[corners.back()]);
+        }
+        if (corners.size() <= 2) {
+            std::vector<std::uint32_t>& list = corners.size() == 2 ? mesh.lines : mesh.points;
+            list.insert(list.end(), corners.begin(), corners.end());
+            continue;
         }
         append_polygon(mesh, corners, places, file, limits);
         mesh.triangle_materials.resize(mesh.triangle_count(), known ? part.mMaterialIndex : no_material);
     }
 }
 
+// The name under which assimp asks for the model: its suffix chooses the format.
+std::string name_for_assimp(const Input& input) {
+    const std::string ending = "." + input.suffix;
+    return !input.content || input.suffix.empty() || input.name.ends_with(ending) ? input.name : input.name + ending;
+}
+
 // With images under the names that the model gives them.
-Mesh read_with(Assimp::Importer& importer, const Input& input, Load_Limits& limits) {
+Mesh read_with(aiFileIO* files, const std::string& name, const Input& input, Load_Limits& limits) {
     const std::string& file = input.name;
-    importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
-    constexpr unsigned steps = aiProcess_JoinIdenticalVertices | aiProcess_PreTransformVertices | aiProcess_SortByPType;
-    const aiScene* scene =
-        input.content ? importer.ReadFileFromMemory(input.content->data(), input.content->size(), steps, input.suffix.c_str())
-                      : importer.ReadFile(file, steps);
+    const Assimp_Library& library = assimp();
+    constexpr unsigned steps = aiProcess_PreTransformVertices | aiProcess_SortByPType | aiProcess_GenUVCoords;
+    const aiScene* scene = library.aiImportFileEx(name.c_str(), steps, files);
     if (!scene && input.content && !is_assimp_format(input.suffix)) {
         throw Model_Error(file + ": expected a model, map or drawing that its content makes known, found " +
                           (input.content->empty() ? "nothing" : "another one; --input-format names it"));
     }
     if (!scene) {
-        std::string reason = importer.GetErrorString();
+        std::string reason = library.aiGetErrorString();
         std::ranges::replace(reason, '\n', ' ');
         throw Model_Error(file + ": expected a model file: " + reason);
     }
     if (scene->mNumMaterials > 0 && !is_gltf(*scene->mMaterials[0])) {
-        importer.ApplyPostProcessing(aiProcess_TransformUVCoords);
+        library.aiApplyPostProcessing(scene, aiProcess_TransformUVCoords);
     }
     Mesh mesh;
     std::vector<Paint> paints;
@@ -283,7 +144,7 @@ void find_images(Mesh& mesh, const std::string& file, Load_Limits& limits) {
     std::vector<Image_Source> named = std::exchange(mesh.images, {});
     std::vector<std::uint32_t> numbers;
     for (Image_Source& image : named) {
-        numbers.push_back(image_number(mesh, image.embedded ? image.name : image_path(file, file, image.name, limits), file));
+        numbers.push_back(image_number(mesh, image.embedded ? image.name : named_path(file, file, image.name, limits), file));
         if (image.embedded) {
             mesh.images[numbers.back()] = std::move(image);
         }
@@ -293,120 +154,13 @@ void find_images(Mesh& mesh, const std::string& file, Load_Limits& limits) {
     }
 }
 
-#if !defined(_WIN32)
-
-// A file that the reader looks at in memory. What others cut off while it is read ends the process, which is the copy.
-class File_In_Memory : public Assimp::IOStream {
-public:
-    explicit File_In_Memory(int file) {
-        size_ = static_cast<std::size_t>(std::max<off_t>(lseek(file, 0, SEEK_END), 0));
-        void* const place = size_ > 0 ? mmap(nullptr, size_, PROT_READ, MAP_PRIVATE, file, 0) : MAP_FAILED;
-        close(file);
-        if (size_ > 0 && place == MAP_FAILED) {
-            throw std::bad_alloc();
-        }
-        bytes_ = static_cast<const char*>(place);
-    }
-    File_In_Memory(const File_In_Memory&) = delete;
-    File_In_Memory& operator=(const File_In_Memory&) = delete;
-    ~File_In_Memory() override {
-        if (size_ > 0) {
-            munmap(const_cast<char*>(bytes_), size_);
-        }
-    }
-
-    std::size_t Read(void* to, std::size_t size, std::size_t count) override {
-        const std::size_t left = size_ - std::min(place_, size_);
-        const std::size_t taken = size == 0 ? 0 : std::min(count, left / size);
-        if (taken > 0) {
-            std::memcpy(to, bytes_ + place_, taken * size);
-            place_ += taken * size;
-        }
-        return taken;
-    }
-    std::size_t Write(const void*, std::size_t, std::size_t) override { return 0; }
-    // Steps back come as numbers that wrap around.
-    aiReturn Seek(std::size_t offset, aiOrigin origin) override {
-        const std::size_t place = offset + (origin == aiOrigin_CUR ? place_ : origin == aiOrigin_END ? size_ : 0);
-        if (place > PTRDIFF_MAX) {
-            return aiReturn_FAILURE;
-        }
-        place_ = place;
-        return aiReturn_SUCCESS;
-    }
-    std::size_t Tell() const override { return place_; }
-    std::size_t FileSize() const override { return size_; }
-    void Flush() override {}
-
-private:
-    const char* bytes_ = nullptr;
-    std::size_t size_ = 0, place_ = 0;
-};
-
-// Files come from the process that waits.
-class Requested_Files : public Assimp::IOSystem {
-public:
-    explicit Requested_Files(Process_Pipe& pipe) : pipe_(pipe) {}
-
-    bool Exists(const char* name) const override {
-        const int file = pipe_.request_file(name);
-        return file >= 0 && close(file) == 0;
-    }
-    char getOsSeparator() const override { return '/'; }
-    Assimp::IOStream* Open(const char* name, const char* mode) override {
-        const int file = *mode == 'r' ? pipe_.request_file(name) : -1;
-        return file >= 0 ? new File_In_Memory(file) : nullptr;
-    }
-    void Close(Assimp::IOStream* file) override { delete file; }
-
-private:
-    Process_Pipe& pipe_;
-};
-
-// What a model may open: regular files, for others would be waited for, where the limits allow them.
-class Files_Of_Model {
-public:
-    Files_Of_Model(const std::string& model, Load_Limits& limits) : model_(model), limits_(limits) {}
-
-    int open_file(const std::string& name) {
-        if (!limits_.allows(model_, name)) {
-            refuse(name + outside_text);
-            return -1;
-        }
-        std::error_code none;
-        const std::filesystem::path place = std::filesystem::weakly_canonical(path_of(name), none);
-        const int file = open(place.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC);
-        struct stat status = {};
-        if (file >= 0 && (fstat(file, &status) != 0 || !S_ISREG(status.st_mode))) {
-            close(file);
-            refuse(model_ + ": expected a regular file, found " + name);
-            return -1;
-        }
-        if (file >= 0) {
-            limits_.add_file(place.string(), static_cast<std::uint64_t>(status.st_size));
-        }
-        return file;
-    }
-
-    // Why a file was refused, the first of them; empty when none was.
-    const std::string& refusal() const { return refusal_; }
-
-private:
-    void refuse(const std::string& why) {
-        errno = EACCES;
-        refusal_ = refusal_.empty() ? why : refusal_;
-    }
-
-    const std::string& model_;
-    Load_Limits& limits_;
-    std::string refusal_;
-};
-
 void send(Process_Pipe& pipe, const Mesh& mesh) {
     pipe.write_list(mesh.positions);
     pipe.write_list(mesh.normals);
     pipe.write_list(mesh.colors);
     pipe.write_list(mesh.triangles);
+    pipe.write_list(mesh.lines);
+    pipe.write_list(mesh.points);
     pipe.write_list(mesh.diagonals);
     pipe.write_list(mesh.coordinates);
     pipe.write_list(mesh.triangle_materials);
@@ -427,7 +181,10 @@ Mesh receive(Process_Pipe& pipe, const std::string& file, Load_Limits& limits) {
     mesh.normals = pipe.read_list<decltype(mesh.normals)>();
     mesh.colors = pipe.read_list<decltype(mesh.colors)>();
     mesh.triangles = pipe.read_list<decltype(mesh.triangles)>();
-    limits.take_memory(file, triangle_memory * mesh.triangle_count());
+    mesh.lines = pipe.read_list<decltype(mesh.lines)>();
+    mesh.points = pipe.read_list<decltype(mesh.points)>();
+    limits.take_memory(file, triangle_memory * mesh.triangle_count() +
+                                 sizeof(std::uint32_t) * (mesh.lines.size() + mesh.points.size()));
     mesh.diagonals = pipe.read_list<decltype(mesh.diagonals)>();
     mesh.coordinates = pipe.read_list<decltype(mesh.coordinates)>();
     mesh.triangle_materials = pipe.read_list<decltype(mesh.triangle_materials)>();
@@ -453,8 +210,6 @@ Process_Limits limits_for(const Load_Limits& limits, std::uintmax_t file_size) {
     return {static_cast<std::size_t>(left > UINT64_MAX - used ? UINT64_MAX : used + left),
             seconds + static_cast<unsigned>(std::min<std::uintmax_t>(file_size >> 20, 86400))};
 }
-
-#endif
 
 // Buffers that a glTF file names give room for what they hold.
 void add_buffers(const Input& input, Load_Limits& limits) {
@@ -492,13 +247,13 @@ void check_readable(const std::string& file, Load_Limits& limits) {
 } // namespace
 
 bool is_assimp_format(const std::string& suffix) {
-    return Assimp::Importer().IsExtensionSupported("." + suffix);
+    return !suffix.empty() && assimp().aiIsExtensionSupported(("." + suffix).c_str()) == AI_TRUE;
 }
 
 // In a process of its own, because damaged files make the library crash, run without end, exhaust the memory or run code of
 // theirs.
 Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
-    const std::string& file = input.name;
+    const std::string &file = input.name, name = name_for_assimp(input);
     std::error_code unknown;
     const std::uintmax_t size = input.content ? input.content->size() : std::filesystem::file_size(path_of(file), unknown);
     if (!input.content) {
@@ -511,17 +266,13 @@ Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
         add_buffers(input, limits);
     }
     Mesh mesh;
-#if defined(_WIN32)
-    Assimp::Importer importer;
-    mesh = read_with(importer, input, limits);
-#else
     std::string failure;
+    assimp(); // the copy can load nothing
     const auto work = [&](Process_Pipe& pipe) {
-        // Not destroyed: the destructor crashes for some models.
-        auto& importer = *new Assimp::Importer;
-        importer.SetIOHandler(new Requested_Files(pipe));
+        Requested_Files files(pipe, name, input.content ? &*input.content : nullptr);
         try {
-            const Mesh read = read_with(importer, input, limits);
+            // The scene is not destroyed: that crashes for some models.
+            const Mesh read = read_with(files.callbacks(), name, input, limits);
             pipe.write_list(std::string());
             send(pipe, read);
         } catch (const Usage_Error& error) {
@@ -539,7 +290,8 @@ Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
     Files_Of_Model files(file, limits);
     try {
         run_apart(
-            limits_for(limits, unknown ? 0 : size), [&](const std::string& name) { return files.open_file(name); }, work, take);
+            limits_for(limits, unknown ? 0 : size), [&](const std::string& wanted) { return files.open_file(wanted); }, work,
+            take);
     } catch (const Broken_Off& error) {
         throw Model_Error(file + ": expected a model file: the library for its format came to its end by " + error.what());
     }
@@ -549,7 +301,6 @@ Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
     if (!is_consistent(mesh)) {
         throw Model_Error(file + ": expected a model file: the library for its format has made no model of it");
     }
-#endif
     find_images(mesh, file, limits);
     return mesh;
 }

@@ -23,41 +23,53 @@ public:
     // The mesh may be gone afterwards. base_color: of vertices without a colour of their own; of all with own_colors off.
     Edge_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors);
 
+    // Lines that bound no faces. colors: none, or by edge.
+    Edge_Renderer(Edges lines, std::vector<VT_RGB32> colors, VT_RGB32 base_color);
+
     // For fitting a camera.
     const std::vector<VT_Vector>& points() const noexcept { return edges_.points; }
     std::string summary() const;
+    std::size_t count() const noexcept { return edges_.count; }
 
-    // Margin that tiles of pictures with edges need: which parts of smoothed edges over faces are visible is found by testing the
-    // depths along the whole of the short ones. Other lines look the same in every window.
+    // Columns and rows around a pixel of an edge over faces whose farthest depth it is tested against; 0 = none.
+    static std::int32_t reach(const Edge_Settings& settings) noexcept { return settings.over_faces ? 1 + settings.width / 2 : 0; }
+    // Margin that tiles of images with edges need over faces, a multiple of 8. Which parts of smoothed edges are visible is found
+    // by testing the depths along the whole of the short ones. Edges alone look the same in every window.
     static std::int32_t tile_margin(const Edge_Settings& settings) noexcept {
-        return settings.over_faces && settings.smoothed ? 72 : 0;
+        return settings.over_faces && settings.smoothed ? 72 : (reach(settings) + 7) / 8 * 8;
     }
 
     // Does what a picture needs once: which edges are drawn, and where.
     void prepare(const Tile_Grid& grid, const Camera& camera, const Edge_Settings& settings);
-    // Draws what touches a tile of the prepared picture; the renderer's window is the tile's. Edges over faces obey the depth
-    // buffer, others leave it alone. Several threads may draw at once, each through a renderer and a rendition of its own.
+    // Of the prepared image.
+    std::int32_t reach() const noexcept { return reach(settings_); }
+    const VT_Int_Rectangle& frame() const noexcept { return frame_; }
+    // After recede_faces. Draws what touches a tile of the prepared picture; the renderer's window is the tile's. Edges over
+    // faces obey the depth buffer, others leave it alone. Several threads may draw at once, each through a renderer and a
+    // rendition of its own.
     void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const;
     // Bytes that prepare takes, roughly, in pictures of several tiles.
     std::uint64_t prepared_memory() const noexcept { return 32 * edges_.points.size() + 16 * edges_.chains.size(); }
 
 private:
-    class Pen;
     // Edges that are drawn, one after the other in a chain.
     struct Run {
         std::uint32_t first, end;
     };
+    // Of a triangle: depth units for a column to the right and a row up, and between its nearest and farthest point.
+    struct Plane {
+        double along_x = 0, along_y = 0, range = 0;
+    };
     struct Segment {
         VT_DCI_Point from, to;
     };
-    enum class Enclosure { none, looking_outwards, looking_inwards }; // faces of a closed surface
 
-    Enclosure enclosure_of(const Mesh& mesh) const;
     void set_features(const Mesh& mesh);
     void set_colors(const Mesh& mesh, VT_RGB32 base_color);
     void choose_edges();
     void lift_points();
-    double rise_of(std::size_t triangle) const;
+    Plane plane_of(std::size_t triangle) const;
+    double rise_beside(std::size_t corner, const Plane& plane) const;
     void gather_runs();
     std::optional<Segment> segment_of(std::size_t edge) const;
 
@@ -65,7 +77,7 @@ private:
     Vector_Columns positions_;
     Surfaces faces_;
     VT_RGB32 base_color_;
-    Enclosure enclosure_ = Enclosure::none;
+    bool hides_backs_ = false;
     std::vector<VT_RGB32> colors_;       // none, or by edge
     std::vector<std::uint8_t> features_; // by edge: whether it is one from everywhere
 
@@ -75,11 +87,13 @@ private:
     VT_Int_Rectangle frame_;
     Edge_Settings settings_;
     Projected_Points projection_;
-    std::vector<std::uint8_t> drawn_;  // by edge; the last place of a chain is none
-    std::vector<std::int32_t> lifts_;  // by point, see lift_points
-    std::vector<std::uint8_t> lifted_; // by edge: whether it bounds a face that is seen
+    std::vector<std::uint8_t> drawn_; // by edge; the last place of a chain is none
+    std::vector<std::int32_t> lifts_; // by point, see lift_points
     std::vector<Run> runs_;
     Tile_Bins bins_;
 };
+
+// Moves the depths in the window to the farthest within the reach of each pixel, once before edges are drawn over the faces.
+void recede_faces(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& frame, std::int32_t reach);
 
 } // namespace vorna::drawing::model

@@ -18,17 +18,30 @@ constexpr std::size_t longest_run = 32;
 } // namespace
 
 Scene_Renderer::Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors) : triangle_count_(mesh.triangle_count()) {
+    const Facing facing(mesh);
+    hides_backs_ = facing.hides_backs();
     const Strips strips = make_strips(mesh.triangles, static_cast<std::uint32_t>(mesh.positions.size()));
     strip_starts_ = strips.starts;
-    lay_out(mesh, strips);
-    if (own_colors && !mesh.colors.empty()) {
-        std::vector<VT_RGB32> colors(points_.size());
+    lay_out(mesh, facing, strips);
+    const std::vector<std::uint32_t> finishes = own_colors ? vertex_finishes(mesh) : std::vector<std::uint32_t>();
+    if (own_colors && (!mesh.colors.empty() || !finishes.empty())) {
+        std::vector<std::uint32_t> numbers(points_.size()); // in the mesh
         for (std::size_t place = 0; place < strips.vertices.size(); ++place) {
-            const VT_RGB32 own = mesh.colors[strips.vertices[place]];
-            colors[strip_vertices_[place]] = own.alpha == 0 ? base_color : own;
+            numbers[strip_vertices_[place]] = strips.vertices[place];
         }
-        std::ranges::for_each(colors, [this](VT_RGB32 color) { vertices_.add_color(color); });
-        std::ranges::for_each(strip_vertices_, [&](std::uint32_t vertex) { faces_.add_color(colors[vertex]); });
+        const auto add_to = [&](Surfaces& surfaces, std::uint32_t vertex) {
+            const VT_RGB32 own = mesh.colors.empty() ? VT_RGB32{0, 0, 0, 0} : mesh.colors[numbers[vertex]];
+            const VT_RGB32 color = own.alpha == 0 ? base_color : own;
+            surfaces.add_color(color);
+            if (!finishes.empty()) {
+                const std::uint32_t material = finishes[numbers[vertex]];
+                surfaces.add_finish(material == no_material ? Finish{} : mesh.materials[material].finish, color);
+            }
+        };
+        for (std::uint32_t vertex = 0; vertex < numbers.size(); ++vertex) {
+            add_to(vertices_, vertex);
+        }
+        std::ranges::for_each(strip_vertices_, [&](std::uint32_t vertex) { add_to(faces_, vertex); });
     } else {
         vertices_.add_color(base_color);
         faces_.add_color(base_color);
@@ -39,7 +52,7 @@ std::string Scene_Renderer::summary() const {
     return std::to_string(triangle_count()) + " triangles in " + std::to_string(strip_count()) + " strips";
 }
 
-void Scene_Renderer::lay_out(const Mesh& mesh, const Strips& strips) {
+void Scene_Renderer::lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips) {
     std::vector<std::uint32_t> new_number(mesh.positions.size(), none);
     std::vector<VT_Vector> normals;
     strip_vertices_.reserve(strips.vertices.size());
@@ -65,16 +78,16 @@ void Scene_Renderer::lay_out(const Mesh& mesh, const Strips& strips) {
         if (triangle == no_triangle) {
             continue;
         }
-        faces_.set(place, face_normal(mesh, triangle), mesh.positions[mesh.triangles[3 * std::size_t{triangle}]]);
+        faces_.set(place, facing.normal(triangle), mesh.positions[mesh.triangles[3 * std::size_t{triangle}]]);
     }
 }
 
 void Scene_Renderer::light(const Camera& camera, const Model_Look& settings) {
-    const Lighting lighting(camera, settings.light);
+    const Lighting lighting(camera, settings.light, settings.specular);
     const Surfaces& surfaces = settings.shading == Shading::flat ? faces_ : vertices_;
     front_colors_.resize(surfaces.size());
     lighting.shade_fronts(surfaces, front_colors_);
-    if (settings.culling != Culling::back) {
+    if (!cull_backs_) {
         back_colors_.resize(surfaces.size());
         lighting.shade_backs(surfaces, back_colors_);
     }
@@ -92,7 +105,7 @@ Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place) const noexce
             return Manner::hidden;
         }
         if ((a | b | c) != 0) {
-            return Manner::crossing;
+            return front ? Manner::clipped_front : Manner::clipped_back;
         }
     }
     return front ? Manner::front : Manner::back;
@@ -103,8 +116,8 @@ void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const 
     viewport_ = Viewport(grid.frame);
     flat_ = settings.shading == Shading::flat;
     unlit_ = settings.shading == Shading::hidden_line;
-    cull_backs_ = settings.culling == Culling::back;
     projection_.project(positions_, camera, grid.frame);
+    cull_backs_ = settings.culling == Culling::back || (hides_backs_ && !projection_.any_before);
     if (!unlit_) {
         light(camera, settings);
     }
@@ -118,7 +131,8 @@ void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const 
     }
 }
 
-// Into runs of triangles of one manner.
+// Into runs of triangles of one manner. Faces seen from behind come first: at the outline of a body they have depths like those
+// of the faces that hide them, and of equal depths the one drawn last is seen.
 void Scene_Renderer::cut_strips() {
     runs_.clear();
     for (std::size_t s = 0; s < strip_count(); ++s) {
@@ -126,7 +140,7 @@ void Scene_Renderer::cut_strips() {
         std::size_t first = strip_starts_[s];
         Manner manner = manner_of(first);
         const auto finish = [&](std::size_t place) {
-            const std::size_t longest = !bins_.sorts() ? place - first : manner == Manner::crossing ? 1 : longest_run;
+            const std::size_t longest = !bins_.sorts() ? place - first : is_clipped(manner) ? 1 : longest_run;
             for (; first < place; first += longest) {
                 if (manner != Manner::hidden) {
                     runs_.push_back({static_cast<std::uint32_t>(first),
@@ -144,11 +158,12 @@ void Scene_Renderer::cut_strips() {
         }
         finish(end);
     }
+    std::ranges::stable_partition(runs_, [](const Run& run) { return is_back(run.manner); });
 }
 
 Extent Scene_Renderer::extent_of(const Run& run) const {
     Extent extent;
-    if (run.manner == Manner::crossing) {
+    if (is_clipped(run.manner)) {
         for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
             const Clip_Polygon polygon = clipped(place);
             for (std::size_t i = 0; i < polygon.count; ++i) {
@@ -192,7 +207,7 @@ public:
         : scene_(scene), renderer_(renderer), rendition_(rendition) {}
 
     void draw(const Run& run) {
-        if (run.manner == Manner::crossing) {
+        if (is_clipped(run.manner)) {
             for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
                 draw_clipped(place);
             }

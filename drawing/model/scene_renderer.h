@@ -8,6 +8,7 @@
 
 #include "drawing/model/camera.h"
 #include "drawing/model/clipper.h"
+#include "drawing/model/facing.h"
 #include "drawing/model/lighting.h"
 #include "drawing/model/mesh.h"
 #include "drawing/model/projected_points.h"
@@ -32,8 +33,10 @@ public:
     std::uint64_t prepared_memory() const noexcept override { return 40 * points_.size() + 24 * strip_vertices_.size(); }
 
 private:
-    // How a triangle is drawn.
-    enum class Manner { front, back, crossing, hidden };
+    // How a triangle is drawn. Clipped ones cross the view volume.
+    enum class Manner : std::uint8_t { back, clipped_back, front, clipped_front, hidden };
+    static bool is_back(Manner manner) noexcept { return manner <= Manner::clipped_back; }
+    static bool is_clipped(Manner manner) noexcept { return manner == Manner::clipped_back || manner == Manner::clipped_front; }
     // Triangles of one strip and one manner, by the places where they begin.
     struct Run {
         std::uint32_t first, triangles;
@@ -41,7 +44,7 @@ private:
     };
     class Drawing;
 
-    void lay_out(const Mesh& mesh, const Strips& strips);
+    void lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips);
     void light(const Camera& camera, const Model_Look& settings);
     Manner manner_of(std::size_t place) const noexcept;
     void cut_strips();
@@ -57,6 +60,7 @@ private:
     std::vector<std::uint32_t> strip_vertices_, strip_starts_;
     Surfaces faces_;
     std::size_t triangle_count_ = 0;
+    bool hides_backs_ = false;
 
     // Of the prepared picture.
     Camera camera_;

@@ -3,26 +3,25 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "drawing/model/clipper.h"
 #include "drawing/model/lighting.h"
 #include "drawing/model/mesh.h"
+#include "drawing/model/paints.h"
 #include "drawing/model/scene.h"
-#include "drawing/model/texture.h"
+#include "drawing/model/textured_triangles.h"
 #include "drawing/model/viewport.h"
 
 namespace vorna::drawing::model {
 
-// Opaque triangles come first, then translucent ones from the farthest to the nearest. The renderer runs colours and textures
-// evenly over the screen; in perspective, edges on which the middle would be wrong by half a pixel or more are halved there. That
-// is decided for each edge by its two ends alone, so that triangles that share one agree and no crack opens between them.
+// Opaque triangles come first, those seen from behind before the others, which are seen where depths are equal; then translucent
+// ones from the farthest to the nearest.
 class Textured_Scene final : public Scene {
 public:
-    // The mesh may be gone afterwards. base_color: of what has neither a colour nor a texture; of all, with own_colors off. A
-    // texture that cannot be had adds a line to warnings, and its surfaces are plain.
+    // The mesh may be gone afterwards. base_color: of what has neither a colour nor a texture; of all, with own_colors off. The
+    // surfaces of textures that cannot be read are plain, and one line in warnings names these textures.
     Textured_Scene(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, std::vector<std::string>& warnings,
                    Load_Limits& limits);
 
@@ -37,16 +36,6 @@ public:
     std::uint64_t prepared_memory() const noexcept override { return 64 * points_.size() + 40 * triangles_.size(); }
 
 private:
-    struct Drawing;
-    struct Corner;
-    // A material ready for drawing.
-    struct Paint {
-        Texture* texture = nullptr;
-        std::uint8_t alpha = 255;
-        bool translucent = false;
-    };
-
-    void load_paints(const Mesh& mesh, std::vector<std::string>& warnings, Load_Limits& limits);
     void order_triangles(const Mesh& mesh);
     std::vector<std::uint32_t> lay_out(const Mesh& mesh);
     // vertices: the mesh's own numbers of the vertices that are drawn.
@@ -56,10 +45,9 @@ private:
     void order_drawing(const Camera& camera);
     Clip_Polygon clipped(std::size_t triangle) const;
     Extent extent_of(std::size_t triangle) const;
-    void draw_triangle(Drawing& drawing, std::size_t triangle) const;
-    void draw_piece(Drawing& drawing, const Corner& a, const Corner& b, const Corner& c) const;
+    void draw_triangle(Textured_Triangles& triangles, std::size_t triangle) const;
 
-    std::vector<std::unique_ptr<Texture>> textures_;
+    Textures textures_;
     std::vector<Paint> paints_; // by material, and the plain one
 
     std::vector<VT_Vector> points_;
@@ -70,6 +58,7 @@ private:
     std::vector<std::uint32_t> triangle_paints_;
     Surfaces faces_;
     std::size_t opaque_count_ = 0;
+    bool hides_backs_ = false; // see Facing; never with materials that let through what is behind them
 
     // Of the prepared picture.
     Camera camera_;
@@ -78,7 +67,7 @@ private:
     std::vector<Clip_Point> clip_points_;
     std::vector<std::uint8_t> beyond_;
     std::vector<VT_RGB32> front_colors_, back_colors_;
-    std::vector<std::uint32_t> order_; // triangles as they are drawn: opaque ones, then translucent ones, the farthest first
+    std::vector<std::uint32_t> order_; // triangles as they are drawn: opaque ones, then translucent ones
     Tile_Bins bins_;                   // of places in the order
 };
 

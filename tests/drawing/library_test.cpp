@@ -1,4 +1,5 @@
 // The drawing library as a program uses it.
+#include <algorithm>
 #include <cstdlib>
 
 #include <gmock/gmock.h>
@@ -12,8 +13,8 @@ namespace vorna::drawing {
 namespace {
 
 using replay_tests::Png_Pixels;
+using replay_tests::read_colors;
 using replay_tests::read_file;
-using replay_tests::read_png;
 using testing::HasSubstr;
 using testing::ThrowsMessage;
 
@@ -39,12 +40,15 @@ protected:
         const std::string digest = write_image(file, drawn..., settings);
         options.insert(options.begin(), {"render", input, "-o", other, "--hash", "--size",
                                          std::to_string(settings.size.x) + "x" + std::to_string(settings.size.y)});
+        if (std::ranges::find(options, "--background") == options.end()) {
+            options.insert(options.end(), {"--background", "white"});
+        }
         const replay_tests::Outcome outcome = replay_tests::run_vorna(options);
         ASSERT_EQ(outcome.status, 0) << outcome.errors;
         EXPECT_EQ(outcome.output, digest + "\n");
         EXPECT_EQ(read_file(file), read_file(other));
         if (!settings.indexed) {
-            EXPECT_EQ(samples_of(make_image(drawn..., settings)), read_png(file).bytes);
+            EXPECT_EQ(samples_of(make_image(drawn..., settings)), read_colors(file).bytes);
         }
     }
 
@@ -63,6 +67,11 @@ TEST_F(Drawing_Library, draws_models_as_the_command_does) {
     view.look.shading = model::Shading::hidden_line;
     expect_same(file, {.size = {90, 60}, .background = {40, 30, 20, 255}, .smooth_lines = true},
                 {"--shading", "hidden-line", "--antialias", "--background", "#141e28"}, model, view);
+    view = {};
+    view.axes = view.scale_bar = true;
+    view.camera.projection = model::Projection::orthographic;
+    expect_same(file, {.size = {90, 60}, .background = {30, 20, 10, 255}, .lower_background = VT_RGB32{0, 200, 100, 255}},
+                {"--ortho", "--axes", "--scale-bar", "--background", "#0a141e,#64c800"}, model, view);
     view = {};
     view.edges = model::Edge_Choice::features;
     view.color = VT_RGB32{30, 20, 200, 255};
@@ -128,7 +137,7 @@ TEST_F(Drawing_Library, the_program_of_the_page_draws_its_images) {
     const std::string knot = folder.file("knot.png"), islands = folder.file("islands.png");
     ASSERT_EQ(std::system(("'" DRAWING_PROGRAM "' '" + knot + "' '" + islands + "'").c_str()), 0);
     for (const auto& [drawn, shown] : {std::pair(knot, "knot.png"), {islands, "islands.png"}}) {
-        const Png_Pixels a = read_png(drawn), b = read_png(std::string(PAGE_IMAGES) + '/' + shown);
+        const Png_Pixels a = read_colors(drawn), b = read_colors(std::string(PAGE_IMAGES) + '/' + shown);
         EXPECT_EQ(a.width, b.width);
         EXPECT_EQ(a.bytes, b.bytes) << shown;
     }

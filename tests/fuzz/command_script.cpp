@@ -258,12 +258,11 @@ vorna::app::Ending run_command(std::vector<std::string> arguments, const std::fu
     const Silence silence;
     vorna::app::Ending outcome{vorna::app::exit_status::done, {}};
     const vorna::app::Program program = vorna::app::make_program();
-    vorna::app::Parser parser(program);
     try {
         if (before_parsing) {
             before_parsing();
         }
-        const vorna::app::Request request = parser.parse(arguments);
+        const vorna::app::Request request = vorna::app::parsed(program, arguments);
         if (request.given.command) {
             outcome.status = request.given.command->run(request.given);
         }

@@ -86,14 +86,6 @@ private:
     VT_Reference<Guarded_Buffer> in_use_[2];
 };
 
-void set_up(VT_Renderer_Options& options, std::size_t renderer_case, VT_Int_Pair size, VT_Int_Pair origin) {
-    options.set_color_system(renderer_cases[renderer_case].color_system);
-    options.set_buffer_depth(renderer_cases[renderer_case].depth ? 16 : 0);
-    options.set_alpha_blending(renderer_cases[renderer_case].alpha);
-    options.set_window_size(size);
-    options.set_window_origin(origin);
-}
-
 vorna::Module::Renderer make_renderer(Buffer_Watch& buffers) {
     VT_Renderer_Data prototype;
     prototype.buffer_creation = buffers.callback();
@@ -107,21 +99,15 @@ vorna::Module::Renderer make_renderer(Buffer_Watch& buffers) {
 void draw_picture(VT_Renderer_Data& renderer, int number, const VT_Int_Rectangle& window) {
     Random random(static_cast<std::uint64_t>(number));
     Numbers numbers(random, window, false);
-    const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
-    rendition->clip.hard_clip = rendition->window.rectangle = window;
+    const VT_Reference<VT_Rendition> rendition = vorna::app::check::random_rendition(random, window);
+    rendition->window.rectangle = window;
     renderer.begin_picture_all();
     VD_Draw_Window(renderer, *rendition);
     VD_Clear_Depth_Rectangle(renderer, *rendition);
-    rendition->set_color({random.byte(), random.byte(), random.byte(), random.byte()});
-    rendition->face.pattern = random.chance(70) ? vorna::face_pattern::solid : random.number(0, 90);
-    rendition->line.weight = random.chance(70) ? 1 : random.number(2, 5);
-    rendition->line.style = random.chance(80) ? 0 : random.number(1, 5);
-    rendition->marker.symbol = random.number(0, 8);
-    rendition->marker.size = random.number(1, 9);
     if (random.chance(50)) {
         rendition->clip.complex_clip = region_in(window, random.number(0, 9));
     }
-    const auto& slots = point_slots();
+    const auto& slots = point_slot_names();
     for (int i = 0; i < 4; ++i) {
         const std::string_view slot = slots[static_cast<std::size_t>(number * 4 + i) % slots.size()];
         make_call(slot, numbers, random.number(3, 8)).draw(renderer, *rendition);
@@ -139,7 +125,7 @@ TEST(Endurance, Pictures_Leave_Nothing_Behind) {
     std::vector<vorna::Module::Renderer> renderers;
     for (std::size_t c = 0; c < std::size(renderer_cases); ++c) {
         renderers.push_back(make_renderer(buffers[c]));
-        set_up(renderers[c]->current_renderer_options_for_update(), c, {60, 40}, {window.left, window.bottom});
+        configure(renderers[c]->current_renderer_options_for_update(), renderer_cases[c], {60, 40}, {window.left, window.bottom});
         renderers[c]->establish_all();
     }
     Growth growth(count);
@@ -168,7 +154,7 @@ TEST(Endurance, Changing_Windows_Leave_Nothing_Behind) {
         const VT_Int_Pair size = is_looked_at ? VT_Int_Pair{50, 40} : VT_Int_Pair{random.number(1, 90), random.number(1, 70)};
         const VT_Int_Pair origin = is_looked_at ? VT_Int_Pair{} : VT_Int_Pair{random.number(-50, 50), random.number(-50, 50)};
         const auto c = is_looked_at ? std::size_t{5} : static_cast<std::size_t>(random.number(0, 5));
-        set_up(renderer->current_renderer_options_for_update(), c, size, origin);
+        configure(renderer->current_renderer_options_for_update(), renderer_cases[c], size, origin);
         renderer->establish_all();
         draw_picture(*renderer, is_looked_at ? 1 : i, {origin.x, origin.x + size.x - 1, origin.y, origin.y + size.y - 1});
         buffers.expect_intact();

@@ -50,16 +50,6 @@ struct Strip {
     std::int32_t count() const { return static_cast<std::int32_t>(points.size()); }
 };
 
-VT_Reference<const VT_Basic_Material> random_texture(Random& random) {
-    VT_Reference<VT_Basic_Material> material(new VT_Basic_Material);
-    const VT_Reference<VT_Shared_Image> image(new VT_Shared_Image(8, 4, Buffer_Format::rgb32, 32, nullptr, false, true));
-    for (std::int32_t row = 0; row < 4; ++row) {
-        std::generate(image->row(row), image->row(row) + 32, [&random] { return random.byte(); });
-    }
-    material->texture = image;
-    return material;
-}
-
 enum class Form { device, plane, tiled };
 
 void draw(Test_Renderer& renderer, const VT_Rendition& rendition, Shading shading, const Strip& strip, Form form) {
@@ -90,13 +80,8 @@ void draw(Test_Renderer& renderer, const VT_Rendition& rendition, Shading shadin
 
 VT_Reference<VT_Rendition> random_rendition(Random& random, const Renderer_Setup& setup) {
     VT_Reference<VT_Rendition> rendition(new VT_Rendition);
-    rendition->set_color(random_color(random));
-    rendition->face.contrast_color = random_color(random);
-    rendition->face.pattern = random.chance(60) ? vorna::face_pattern::solid : random.number(0, 73);
-    rendition->face.flags = static_cast<std::uint32_t>(random.number(0, 3));
-    rendition->face.material = random_texture(random);
-    rendition->clip.hard_clip = {setup.origin.x, setup.origin.x + window_size.x - 1, setup.origin.y,
-                                 setup.origin.y + window_size.y - 1};
+    rendition->face = random_face(random);
+    rendition->clip.hard_clip = window_of(setup);
     return rendition;
 }
 
@@ -112,20 +97,6 @@ struct Contents {
         }
     }
 };
-
-// The same noise in the buffers of every renderer.
-void fill_with_noise(Test_Renderer& renderer, const Renderer_Setup& setup) {
-    Random random(7);
-    for (std::int32_t row = 0; row < window_size.y; ++row) {
-        for (std::int32_t column = 0; column < window_size.x; ++column) {
-            const std::uint32_t word = vorna::word_of(random_color(random));
-            renderer.color().set_pixel(column, row, setup.has_indices() ? word & 0xFF : word);
-            if (renderer.depth()) {
-                renderer.depth()->set_pixel(column, row, static_cast<std::uint32_t>(random.number(0, 65535)));
-            }
-        }
-    }
-}
 
 } // namespace
 
@@ -158,11 +129,11 @@ TEST_P(Regions, Masked_strips_are_open_strips_less_the_mask) {
             Test_Renderer renderer(setup, kernels);
             renderer->current_table.find("Enable Tiling")->set(form == Form::tiled);
             renderer->establish_all();
-            fill_with_noise(renderer, setup);
+            fill_with_noise(renderer);
             const Contents before(renderer);
             draw(renderer, *open, shading, strip, form);
             const Contents whole(renderer);
-            fill_with_noise(renderer, setup);
+            fill_with_noise(renderer);
             draw(renderer, *clipped, shading, strip, form);
             const Contents masked(renderer);
             std::size_t i = 0;
@@ -188,10 +159,10 @@ TEST_P(Regions, Strips_inside_the_rectangle_are_drawn_as_device_strips) {
         const Strip strip(random, origin, 0);
         const VT_Reference<VT_Rendition> rendition = random_rendition(random, setup);
         Test_Renderer renderer(setup);
-        fill_with_noise(renderer, setup);
+        fill_with_noise(renderer);
         draw(renderer, *rendition, shading, strip, Form::device);
         const Contents device(renderer);
-        fill_with_noise(renderer, setup);
+        fill_with_noise(renderer);
         draw(renderer, *rendition, shading, strip, Form::plane);
         const Contents plane(renderer);
         ASSERT_EQ(plane.colors, device.colors) << "seed " << seed;
@@ -214,10 +185,10 @@ TEST_P(Regions, Strips_far_beyond_the_tile_are_their_triangles) {
         Test_Renderer renderer(setup);
         renderer->current_table.find("Enable Tiling")->set(true);
         renderer->establish_all();
-        fill_with_noise(renderer, setup);
+        fill_with_noise(renderer);
         draw(renderer, *rendition, shading, strip, Form::tiled);
         const Contents whole(renderer);
-        fill_with_noise(renderer, setup);
+        fill_with_noise(renderer);
         for (std::int32_t k = 0; k + 2 < strip.count(); ++k) {
             draw(renderer, *rendition, shading, strip.part(k), Form::tiled);
         }
@@ -242,16 +213,15 @@ TEST_P(Regions, Strips_across_the_rectangle_stay_within_it) {
         clip = {origin.x + random.number(-9, 40), origin.x + random.number(20, 90), origin.y + random.number(-9, 30),
                 origin.y + random.number(15, 70)};
         Test_Renderer renderer(setup);
-        fill_with_noise(renderer, setup);
+        fill_with_noise(renderer);
         const Contents before(renderer);
         draw(renderer, *rendition, shading, strip, Form::plane);
         const Contents after(renderer);
         std::size_t i = 0;
         for (std::int32_t row = 0; row < window_size.y; ++row) {
             for (std::int32_t column = 0; column < window_size.x; ++column, ++i) {
-                const bool inside = origin.x + column >= clip.left && origin.x + column <= clip.right &&
-                                    origin.y + row >= clip.bottom && origin.y + row <= clip.top;
-                ASSERT_TRUE(inside || (after.colors[i] == before.colors[i] && after.depths[i] == before.depths[i]))
+                ASSERT_TRUE(vorna::contains(clip, origin.x + column, origin.y + row) ||
+                            (after.colors[i] == before.colors[i] && after.depths[i] == before.depths[i]))
                     << "seed " << seed << " column " << column << " row " << row;
             }
         }

@@ -23,7 +23,7 @@ expect() {
         done
     done
 }
-expect 0be8d006f034d60d5d26ccea66315b1a3565325788892589a528f333ee975235 bunny.obj
-expect eedf7c8ee09d250875844b84ff94ab3e245bbeb5a5729b09ab85a52df1af145d horse.3ds
+expect 3e888e28eb2ea8525b9cdb90a6f940b269748a720545a4c1cc4d23e341482bcf bunny.obj
+expect 98069b65d865ca7c6f91e8969ba5f6fe6fe120cd485f0fc7c68eb1dcc862ffd3 horse.3ds
 echo "$failures digests differ"
 [ $failures -eq 0 ]
