@@ -23,7 +23,7 @@ expect() {
         done
     done
 }
-expect 38537a1fc1aeb3b2e4b426930ce15a96bf5226d49e9ff4953cebb5d2909e2871 bunny.obj
+expect 3e888e28eb2ea8525b9cdb90a6f940b269748a720545a4c1cc4d23e341482bcf bunny.obj
 expect 98069b65d865ca7c6f91e8969ba5f6fe6fe120cd485f0fc7c68eb1dcc862ffd3 horse.3ds
 echo "$failures digests differ"
 [ $failures -eq 0 ]
