@@ -87,6 +87,13 @@ Command render_command() {
         }};
     add_model_options(command.options, *options);
     const std::vector<Option> own{
+        {.names = {"--look"},
+         .value = choice_value("LOOK", {"plain", "studio"}),
+         .text = "How models are shaded: plain, or studio: with soft light, dark corners, outlines and a shadow on the ground",
+         .target = [options](const std::string& look) { options->studio = look == "studio"; },
+         .group = "Drawing of models",
+         .applies_to = Applies_To::models,
+         .by_default = "plain"},
         {.names = {"-o", "--output"},
          .value = output_value("FILE.png", {"png"}),
          .text = "PNG file to write; - is standard output",

@@ -57,6 +57,13 @@ void check_combinations(const Render_Options& options, VT_Int_Pair size, const P
     refuse(options.tile_size % 8 != 0, "--tile-size", "a multiple of 8", std::to_string(options.tile_size));
     refuse(options.tile_size > drawing::largest_tile / options.supersample, "--tile-size",
            "tiles that enlarged have sides of " + std::to_string(drawing::largest_tile) + " pixels at most", supersample);
+    if (options.studio) {
+        const std::string look = "--look studio";
+        refuse(drawn, look, "32 bits a pixel or a palette from a file", indexed);
+        refuse(!options.has_faces() || options.picture.shading == drawing::model::Shading::hidden_line, look, "shaded faces",
+               "--shading wireframe or hidden-line");
+        refuse(!options.record.empty(), "--record", "pixels as the renderer draws them", look);
+    }
     if (!options.record.empty()) {
         const std::string pixels = "pixels as the renderer draws them";
         refuse(options.supersample > 1, "--record", pixels, supersample);
@@ -177,6 +184,7 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
     settings.threads = options.threads;
     settings.max_memory = options.limits->memory();
     settings.transparent = options.is_transparent();
+    settings.linear = options.studio;
     if (!settings.transparent) {
         settings.background = background_of(options);
     }

@@ -42,7 +42,10 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     const VT_Int_Pair size = image_size_of(options);
     const Palette_Choice palette = palette_of(options);
     drawing::Job_Settings settings = job_settings_of(options, size, palette);
-    const drawing::Model_Look look{model_look_of(options), edge_settings_of(options), palette.drawn};
+    drawing::Model_Look look{model_look_of(options), edge_settings_of(options), palette.drawn};
+    if (options.studio) {
+        look.picture.tint = drawing::model::Tint::own;
+    }
     style_of(options);
     if (options.has_edges() && look.edges.color) {
         settings.flat_colors.push_back(*look.edges.color);
@@ -57,7 +60,11 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     }
     drawing::refuse_same_files(images, {options.output, options.record});
     const auto setup_start = Clock::now();
-    drawing::Model_Drawing drawing(make_model(options, mesh), look, camera_settings_of(options, mesh, size),
+    drawing::Model_Parts parts = make_model(options, mesh);
+    if (options.studio && parts.faces) {
+        parts.studio = std::make_unique<drawing::Studio>(mesh, module);
+    }
+    drawing::Model_Drawing drawing(std::move(parts), look, camera_settings_of(options, mesh, size),
                                    std::max(options.turntable, 1));
     times.setup = milliseconds_since(setup_start);
     if (options.turntable > 0 && !options.dry_run) {

@@ -22,7 +22,7 @@ void draw_picture(Session& session, VT_Rendition& rendition, const Drawing& draw
     VT_Renderer_Data& renderer = session.renderer();
     renderer.begin_picture_all();
     VD_Draw_Window(renderer, rendition);
-    drawing.draw(renderer, rendition, tile);
+    drawing.draw(session, rendition, tile);
     renderer.end_picture_all();
 }
 

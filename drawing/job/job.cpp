@@ -36,7 +36,7 @@ Job::Job(const Job_Settings& settings, const Module_Choice& module, Drawing& dra
         flat.insert(flat.end(), settings.flat_colors.begin(), settings.flat_colors.end());
         dither_.emplace(settings.mapped_palette, flat);
     }
-    finish_ = {settings.supersample, settings.transparent, dither_ ? &*dither_ : nullptr};
+    finish_ = {settings.supersample, settings.transparent, dither_ ? &*dither_ : nullptr, settings.linear};
     choose_form();
     add_workers(1);
     make_plan();

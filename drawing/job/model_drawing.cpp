@@ -1,6 +1,7 @@
 // A model as a drawing.
 #include "drawing/job/model_drawing.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "vorna/draw.h"
@@ -51,7 +52,7 @@ Model_Drawing::Model_Drawing(Model_Parts parts, const Model_Look& look, const mo
 }
 
 Model_Drawing::Model_Drawing(Model_Parts parts, const Model_Look& look, const model::Camera_Settings& camera, std::int32_t frames)
-    : parts_(std::move(parts)), look_(look) {
+    : parts_(std::move(parts)), look_(look), up_(model::up_direction(camera.up)) {
     model::Camera_Settings settings = camera;
     cameras_.push_back(model::fit_camera(settings, parts_.points()));
     if (frames == 1) {
@@ -84,20 +85,29 @@ Model_Look Model_Drawing::scaled_look(std::int32_t supersample) const {
 
 // Spans leave out their last pixel, and a model that is cut off at the image's right or upper edge reaches the far side of its
 // last pixel: the frame has one column and one row more than the image.
-Drawing_Needs Model_Drawing::needs(VT_Int_Pair, std::int32_t supersample) const {
-    const std::uint64_t prepared =
-        (parts_.faces ? parts_.faces->prepared_memory() : 0) + (parts_.edges ? parts_.edges->prepared_memory() : 0);
+Drawing_Needs Model_Drawing::needs(VT_Int_Pair size, std::int32_t supersample) const {
+    const std::uint64_t prepared = (parts_.faces ? parts_.faces->prepared_memory() : 0) +
+                                   (parts_.edges ? parts_.edges->prepared_memory() : 0) +
+                                   (parts_.studio ? parts_.studio->prepared_memory() : 0);
+    std::int32_t margin = parts_.edges ? model::Edge_Renderer::tile_margin(scaled_look(supersample).edges) : 0;
+    if (parts_.studio) {
+        margin = std::max(margin, Studio::tile_margin(size.y, supersample));
+    }
     return {.beyond = 1,
-            .margin = parts_.edges ? model::Edge_Renderer::tile_margin(scaled_look(supersample).edges) : 0,
+            .margin = margin,
             .one_piece = {},
-            .pixel_memory = 4 + 2 + 2,
+            .pixel_memory = 4 + 2 + 2 + (parts_.studio ? Studio_Planes::pixel_memory : 0),
             .thread_memory = 0,
             .prepared_memory = prepared};
 }
 
 void Model_Drawing::prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t frame) {
-    prepare_model(parts_.faces.get(), parts_.edges.get(), grid, cameras_[static_cast<std::size_t>(frame)],
-                  scaled_look(supersample));
+    const model::Camera& camera = cameras_[static_cast<std::size_t>(frame)];
+    const Model_Look look = scaled_look(supersample);
+    prepare_model(parts_.faces.get(), parts_.edges.get(), grid, camera, look);
+    if (parts_.studio) {
+        parts_.studio->prepare(grid, camera, look.picture, up_, supersample);
+    }
 }
 
 void Model_Drawing::set_options(Session& session) const {
@@ -109,8 +119,15 @@ void Model_Drawing::set_options(Session& session) const {
     session.options().set_buffer_depth(16);
 }
 
-void Model_Drawing::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
-    draw_model(parts_.faces.get(), parts_.edges.get(), look_, renderer, rendition, tile);
+void Model_Drawing::draw(Session& session, const VT_Rendition& rendition, std::size_t tile) const {
+    if (!parts_.studio) {
+        draw_model(parts_.faces.get(), parts_.edges.get(), look_, session.renderer(), rendition, tile);
+        return;
+    }
+    parts_.studio->draw(*parts_.faces, session, rendition, tile);
+    if (parts_.edges) {
+        parts_.edges->draw(session.renderer(), rendition, tile);
+    }
 }
 
 } // namespace vorna::drawing

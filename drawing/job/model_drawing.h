@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "drawing/job/drawing.h"
+#include "drawing/job/studio.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/edge_renderer.h"
 #include "drawing/model/scene.h"
@@ -25,6 +26,7 @@ struct Model_Look {
 struct Model_Parts {
     std::unique_ptr<model::Scene> faces;
     std::unique_ptr<model::Edge_Renderer> edges;
+    std::unique_ptr<Studio> studio; // shades the faces; none = they are drawn with their light
 
     // For fitting a camera; none when there is nothing to draw.
     std::span<const VT_Vector> points() const;
@@ -53,13 +55,14 @@ public:
     void prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t frame) override;
     void set_options(Session& session) const override;
     void set_attributes(VT_Rendition&) const override {}
-    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const override;
+    void draw(Session& session, const VT_Rendition& rendition, std::size_t tile) const override;
 
 private:
     Model_Look scaled_look(std::int32_t supersample) const;
 
     Model_Parts parts_;
     Model_Look look_;
+    VT_Vector_D up_; // the direction of the model's space that points up
     std::vector<model::Camera> cameras_;
 };
 

@@ -17,11 +17,18 @@ enum class Shading {
     hidden_line, // edges, and faces in any colour: what counts is that they hide what lies behind them
 };
 enum class Culling { none, back };
+// The colours of faces.
+enum class Tint {
+    lit,
+    own,     // without light
+    normals, // of the surface, in view space
+};
 
 struct Model_Look {
     Shading shading = Shading::gouraud;
     Culling culling = Culling::none;
     VT_Vector_D light{-0.5, 0.65, 0.7}; // towards it, in view space
+    Tint tint = Tint::lit;
 };
 
 enum class Edge_Choice {

@@ -249,16 +249,6 @@ void Textured_Scene::transform(const Camera& camera) {
     }
 }
 
-void Textured_Scene::light(const Camera& camera, const Model_Look& settings) {
-    const Lighting lighting(camera, settings.light);
-    front_colors_.resize(vertices_.size());
-    lighting.shade_fronts(vertices_, front_colors_);
-    if (settings.culling != Culling::back) {
-        back_colors_.resize(vertices_.size());
-        lighting.shade_backs(vertices_, back_colors_);
-    }
-}
-
 // Translucent triangles by the distance of their centroids.
 void Textured_Scene::order_drawing(const Camera& camera) {
     std::vector<double> nearness(triangles_.size() - opaque_count_);
@@ -280,7 +270,7 @@ void Textured_Scene::prepare(const Tile_Grid& grid, const Camera& camera, const 
     viewport_ = Viewport(grid.frame);
     cull_backs_ = settings.culling == Culling::back;
     transform(camera);
-    light(camera, settings);
+    tints_.set(vertices_, camera, settings);
     order_drawing(camera);
     bins_.start(grid);
     if (bins_.sorts()) {
@@ -308,7 +298,7 @@ Clip_Polygon Textured_Scene::clipped(std::size_t triangle) const {
     for (std::size_t i = 0; i < 3; ++i) {
         const std::uint32_t vertex = triangles_[triangle][i];
         const Texture_Point& place = coordinates_[vertex];
-        vertices[i] = {clip_points_[vertex], (front ? front_colors_ : back_colors_)[vertex], static_cast<int>(i), place.u,
+        vertices[i] = {clip_points_[vertex], (front ? tints_.front : tints_.back)[vertex], static_cast<int>(i), place.u,
                        place.v};
         planes |= beyond_[vertex];
         common &= beyond_[vertex];
