@@ -27,8 +27,8 @@ using map::View;
 // Dashes that need a larger margin are not drawn in tiles.
 constexpr std::int32_t largest_margin = 256;
 
-Position place_of(const Text_Item& item, Position p, std::int32_t enlarged) {
-    return {p.x * enlarged + item.moved.x, p.y * enlarged + item.moved.y};
+Position place_of(const Text_Item& item, Position p, std::int32_t supersample) {
+    return {p.x * supersample + item.moved.x, p.y * supersample + item.moved.y};
 }
 
 // Gathers where an item lies. Places that are no numbers may be anywhere.
@@ -61,7 +61,7 @@ private:
     model::Extent extent_;
 };
 
-model::Extent extent_of(const Map_Item& item, const View& view, std::int32_t enlarged) {
+model::Extent extent_of(const Map_Item& item, const View& view, std::int32_t supersample) {
     Item_Extent extent;
     return std::visit(
         [&](const auto& found) {
@@ -79,7 +79,7 @@ model::Extent extent_of(const Map_Item& item, const View& view, std::int32_t enl
                 return extent.with(found.paint.size + 2);
             } else {
                 for (const Path& ring : *found.outline) {
-                    std::ranges::for_each(ring, [&](Position p) { extent.add(place_of(found, p, enlarged)); });
+                    std::ranges::for_each(ring, [&](Position p) { extent.add(place_of(found, p, supersample)); });
                 }
                 return extent.with(0);
             }
@@ -91,13 +91,13 @@ void sort(const Map_Items& items, const map::Map_Scene& scene, const Tile_Grid& 
     bins.start(grid);
     if (bins.sorts()) {
         for (std::size_t i = 0; i < items.size(); ++i) {
-            bins.add(static_cast<std::uint32_t>(i), extent_of(items[i], scene.view(), scene.enlarged()));
+            bins.add(static_cast<std::uint32_t>(i), extent_of(items[i], scene.view(), scene.supersample()));
         }
         bins.finish();
     }
 }
 
-void draw_items(const Map_Items& items, const model::Tile_Bins& bins, std::size_t tile, std::int32_t enlarged,
+void draw_items(const Map_Items& items, const model::Tile_Bins& bins, std::size_t tile, std::int32_t supersample,
                 Map_Painter& painter) {
     const auto draw_item = [&](const auto& item) {
         using Item = std::decay_t<decltype(item)>;
@@ -110,7 +110,7 @@ void draw_items(const Map_Items& items, const model::Tile_Bins& bins, std::size_
         } else {
             Face moved = *item.outline;
             for (Path& ring : moved) {
-                std::ranges::transform(ring, ring.begin(), [&](Position p) { return place_of(item, p, enlarged); });
+                std::ranges::transform(ring, ring.begin(), [&](Position p) { return place_of(item, p, supersample); });
             }
             painter.fill_pixels(moved, item.color);
         }
@@ -148,7 +148,7 @@ void Map_Drawing::prepare(const Tile_Grid& grid, std::int32_t supersample, std::
     const VT_Int_Pair size{(grid.frame.right - grid.frame.left + 1) / supersample,
                            (grid.frame.top - grid.frame.bottom + 1) / supersample};
     if (supersample_ != supersample || laid_out_size_ != size) {
-        scene_->look(view_of(size), supersample);
+        scene_->lay_out(view_of(size), supersample);
         supersample_ = supersample;
         laid_out_size_ = size;
     }

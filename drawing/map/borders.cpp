@@ -12,12 +12,12 @@
 namespace vorna::drawing::map {
 namespace {
 
-// Stretches between two positions, each known by one number whichever way it runs.
+// Segments between two positions, numbered independently of their direction.
 class Stretches {
 public:
     struct Stretch {
         Position low, high;
-        std::size_t shape = 0; // the first that has it
+        std::size_t shape = 0; // the first shape with this segment
         bool shared = false;
         bool drawn = false;
     };
@@ -26,7 +26,7 @@ public:
         stretches_.reserve(most);
     }
 
-    // The stretch, and whether it is new.
+    // The segment, and whether it is new.
     std::pair<Stretch&, bool> find_or_add(Position a, Position b, std::size_t shape) {
         const auto [low, high] = std::minmax(a, b);
         std::size_t slot = hash(low, high) & mask_;
@@ -47,7 +47,7 @@ private:
     static std::uint64_t hash(Position low, Position high) noexcept {
         std::uint64_t h = hash_seed();
         for (const double value : {low.x, low.y, high.x, high.y}) {
-            h = (h ^ std::bit_cast<std::uint64_t>(value + 0.0)) * 0x9E3779B97F4A7C15U; // without a sign of zero
+            h = (h ^ std::bit_cast<std::uint64_t>(value + 0.0)) * 0x9E3779B97F4A7C15U; // turns -0.0 into 0.0
             h ^= h >> 32;
         }
         return h;
@@ -58,7 +58,7 @@ private:
     std::vector<Stretch> stretches_;
 };
 
-// Files end a little before the poles, and are rounded.
+// Tolerances: files end slightly before the poles, and their numbers are rounded.
 bool is_cut(Position a, Position b) {
     constexpr double edge = 180 - 1e-6, pole = 89.99;
     return std::min(std::abs(a.x), std::abs(b.x)) >= edge || std::min(std::abs(a.y), std::abs(b.y)) >= pole;
@@ -77,10 +77,10 @@ template <class Visit> void for_each_ring(const std::vector<Shape>& shapes, Visi
     }
 }
 
-// Which kind of line a stretch belongs to.
+// The kind of line that a segment belongs to.
 enum class Kind { none, outer, shared };
 
-// The ring's stretches that no ring before it has drawn, in runs of one kind.
+// The segments of the ring that no earlier ring contains, in runs of one kind.
 void add_lines(const Path& ring, std::size_t shape, const std::vector<Kind>& kinds, std::vector<Border>& lines) {
     const std::size_t size = ring.size();
     std::size_t start = 0; // where a run begins
@@ -145,8 +145,8 @@ Borders find_borders(const std::vector<Shape>& shapes, bool around_globe) {
 
 std::vector<std::size_t> numbers_unlike_neighbours(const std::vector<std::vector<std::size_t>>& neighbours, std::size_t count) {
     const std::size_t size = neighbours.size();
-    // Whoever has fewest neighbours left is taken away first and numbered last: of a flat map's shapes each one then has at most
-    // five numbered neighbours when its turn comes.
+    // The shape with the fewest remaining neighbours is removed first and numbered last: in a planar graph each shape then has at
+    // most five numbered neighbours when it is numbered.
     std::vector<std::size_t> degrees, order;
     std::set<std::pair<std::size_t, std::size_t>> left;
     for (std::size_t s = 0; s < size; ++s) {

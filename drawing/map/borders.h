@@ -1,4 +1,4 @@
-// Borders of faces: each stretch once, however many faces share it.
+// Borders of faces: each segment once, also where faces share it.
 #pragma once
 
 #include <cstddef>
@@ -9,26 +9,26 @@
 namespace vorna::drawing::map {
 
 struct Border {
-    Path path;         // a closed one ends where it began
-    std::size_t shape; // whose face it bounds first
-    bool shared;       // by two faces of different shapes, or of one
+    Path path;         // closed when its ends are equal
+    std::size_t shape; // the first shape whose face it bounds
+    bool shared;       // by two faces, of one shape or of two
 };
 
 struct Borders {
     std::vector<Border> lines;
-    std::vector<std::vector<std::size_t>> neighbours; // by shape: those with a common stretch, each once
+    std::vector<std::vector<std::size_t>> neighbours; // by shape: the shapes that share a segment with it, each once
 };
 
-// The borders of outlined shapes. around_globe: leave out where a face is only cut off, along the antimeridian and at the poles.
+// The borders of outlined shapes. around_globe: without the cuts of faces along the antimeridian and at the poles.
 Borders find_borders(const std::vector<Shape>& shapes, bool around_globe);
 
-// How many stretches of rings these are, and what find_borders takes for each: bytes, and steps of Load_Limits.
+// The number of segments of rings, and the cost of find_borders for each: bytes, and steps of Load_Limits.
 std::size_t count_stretches(const std::vector<Shape>& shapes);
 inline constexpr std::size_t stretch_memory = 112, stretch_steps = 20;
 
-// A number for each shape, other than those of its neighbours, from 0 to count - 1; the least used one that is free. Six are
-// enough for shapes of one piece each; where a shape has neighbours with all numbers, it takes the least used of all.
-// Smallest-last order (Matula and Beck).
+// Colours the graph of neighbours in smallest-last order (Matula and Beck): a number from 0 to count - 1 for each shape,
+// different from those of its neighbours, the least used one that is free. Six are enough for shapes of one piece each; a shape
+// whose neighbours have all numbers takes the least used one.
 std::vector<std::size_t> numbers_unlike_neighbours(const std::vector<std::vector<std::size_t>>& neighbours, std::size_t count);
 
 } // namespace vorna::drawing::map

@@ -5,12 +5,12 @@
 
 namespace vorna::drawing::map::dxf {
 
-// Along an ellipse from one angle to another, clockwise where the second is the smaller one: center + major cos t + minor sin t.
-// Places follow each other a degree apart.
+// An arc of an ellipse, center + major cos t + minor sin t, from one angle to another; clockwise when the second is smaller.
+// Positions are at most a degree apart.
 void add_arc(Position center, Position major, Position minor, double from, double to, Path& path);
 
-// The bulge between two places is a quarter of the arc's angle as a tangent, positive to the right of the way; the second place
-// itself is not added.
+// Adds the arc between two positions without the second. bulge: the tangent of a quarter of the arc's angle, positive when the
+// arc lies to the right of the direction.
 void add_bulge(Position from, Position to, double bulge, Path& path);
 
 } // namespace vorna::drawing::map::dxf

@@ -15,7 +15,7 @@ std::string_view trimmed(std::string_view text) {
     return first == std::string_view::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
-// Lines two by two: a code and its value.
+// Reads pairs of lines: a code and its value.
 class Groups {
 public:
     Groups(const std::string& file, std::string_view content) : values_(file), rest_(content) { advance(); }
@@ -39,7 +39,7 @@ public:
         group_ = group;
     }
 
-    // Over the name of an object and all that belongs to it.
+    // Skips the name of an object and its groups.
     Entity entity() {
         Entity entity{group_->value, group_->line, {}, {}, {}};
         for (advance(); group_ && group_->code != 0; advance()) {
@@ -76,7 +76,7 @@ private:
     std::optional<Group> group_;
 };
 
-// Up to the object of this name, which is passed over.
+// Reads up to the object of this name, and skips it.
 std::vector<Entity> read_entities(Groups& groups, std::string_view end) {
     std::vector<Entity> entities;
     while (!groups.at(0, end)) {
@@ -165,7 +165,7 @@ std::int64_t Values::integer(const Group& group) const {
     return *value;
 }
 
-// Blocks are placed a million times, and every time their entities are asked for a dozen codes.
+// Blocks may be inserted a million times, with a dozen look-ups for each entity.
 const Group* Entity::find(int code) const {
     const auto found = std::ranges::lower_bound(by_code, code, {}, [&](std::uint32_t i) { return groups[i].code; });
     return found == by_code.end() || groups[*found].code != code ? nullptr : &groups[*found];
@@ -202,7 +202,7 @@ Drawing read_drawing(const std::string& file, std::string_view content, Load_Lim
     if (content.find('\0') != std::string_view::npos) {
         throw Map_Error(file + ": expected DXF as text, found a binary file");
     }
-    constexpr std::uint64_t group_memory = 2 * sizeof(Group) + sizeof(std::uint32_t); // lists grow ahead
+    constexpr std::uint64_t group_memory = 2 * sizeof(Group) + sizeof(std::uint32_t); // lists grow by doubling
     limits.take_memory(file, static_cast<std::uint64_t>(std::ranges::count(content, '\n')) / 2 * group_memory);
     Drawing drawing;
     Groups groups(file, content);

@@ -1,4 +1,4 @@
-// A DXF file as groups and entities, before anything is made of them.
+// A DXF file as groups and entities.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 
 namespace vorna::drawing::map::dxf {
 
-// A code that says what the value is, and the value, which looks into the file's text.
+// A code for the meaning of the value, and the value, a view of the file's text.
 struct Group {
     int code;
     std::string_view value;
@@ -54,7 +54,7 @@ public:
 
     double number(const Group& group) const;
     std::int64_t integer(const Group& group) const;
-    // The first group of the code, or what stands for it.
+    // The value of the first group with the code, or the default.
     double number(const Entity& entity, int code, double otherwise) const;
     std::int64_t integer(const Entity& entity, int code, std::int64_t otherwise) const;
     std::string_view text(const Entity& entity, int code) const; // empty = none

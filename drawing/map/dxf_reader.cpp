@@ -1,4 +1,4 @@
-// DXF: what is drawn of a drawing's entities.
+// DXF: the shapes of a drawing's entities.
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -24,8 +24,8 @@ VT_RGB32 rgb(double red, double green, double blue) {
     return {static_cast<std::uint8_t>(blue), static_cast<std::uint8_t>(green), static_cast<std::uint8_t>(red), 255};
 }
 
-// The colour of a number in the drawing format's table: nine plain ones, then 24 hues of five brightnesses, each full and half
-// saturated, then greys. Nothing for the foreground, which is dark on light grounds and light on dark ones.
+// The colour of a number in the format's table: nine plain colours, then 24 hues of five brightnesses, each fully and half
+// saturated, then greys. Empty for the foreground, which contrasts with the background.
 std::optional<VT_RGB32> table_color(std::int64_t number) {
     constexpr std::uint8_t greys[] = {51, 91, 132, 173, 214, 255};
     if (number < 1 || number > 255 || number == foreground) {
@@ -67,7 +67,7 @@ struct Placement {
     }
 };
 
-// What entities take over from the insertion that they belong to.
+// Attributes that entities of a block inherit from the insertion.
 struct Surroundings {
     Placement placement;
     std::optional<VT_RGB32> color; // of BYBLOCK
@@ -107,7 +107,7 @@ private:
         return name.empty() || name == "0" ? around.layer : name;
     }
 
-    // The colour's number of a layer or entity that may be switched off.
+    // The colour number of a layer or entity; negative when it is switched off.
     static std::int64_t number_of(std::int64_t color) { return color < 0 ? -std::max(color, -INT64_MAX) : color; }
 
     static std::optional<VT_RGB32> true_color(std::int64_t value) {
@@ -282,7 +282,7 @@ private:
         shape.lines = {path_of(vertices, (values_.integer(entity, 70, 0) & 1) != 0)};
     }
 
-    // Meshes are no lines.
+    // Meshes are not drawn as lines.
     bool make_polyline(const Entity& entity, Shape& shape) const {
         const std::int64_t flags = values_.integer(entity, 70, 0);
         if ((flags & (16 | 64)) != 0) {
@@ -305,7 +305,7 @@ private:
         const Entity& entity;
         std::size_t next = 0;
 
-        // Past groups of other codes to the one of this code.
+        // Skips groups up to the next one of this code.
         const Group& to(int code) {
             while (next < entity.groups.size() && entity.groups[next].code != code) {
                 ++next;

@@ -1,4 +1,4 @@
-// Letters by FreeType.
+// Labels by FreeType.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -18,10 +18,10 @@ namespace {
 
 // In the package fonts-dejavu-core.
 constexpr const char* default_font = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
-constexpr double unit = 1.0 / 64; // of the library's coordinates, in pixels
+constexpr double unit = 1.0 / 64; // of FreeType's coordinates, in pixels
 constexpr int curve_steps = 6;
 
-// The next character, and its bytes taken away; 0 for what is no UTF-8.
+// Removes the next character; 0 for invalid UTF-8.
 std::uint32_t next_character(std::string_view& text) {
     const auto first = static_cast<unsigned char>(text.front());
     text.remove_prefix(1);
@@ -40,7 +40,7 @@ std::uint32_t next_character(std::string_view& text) {
     return character;
 }
 
-// Follows an outline; curves become short lines.
+// Makes an outline into paths; curves become short lines.
 struct Pen {
     Face& outline;
     double shift;
@@ -92,7 +92,7 @@ public:
         }
         if (FT_New_Face(library_, name.c_str(), 0, &face_) != 0 || !FT_IS_SCALABLE(face_) ||
             FT_Set_Pixel_Sizes(face_, 0, static_cast<FT_UInt>(size)) != 0) {
-            FT_Done_FreeType(library_); // with all its faces
+            FT_Done_FreeType(library_); // and all its faces
             throw Usage_Error("--font: expected a font with outlines, found none in " + name);
         }
     }
@@ -110,7 +110,7 @@ public:
             const std::uint32_t character = next_character(rest);
             const FT_UInt glyph = character ? FT_Get_Char_Index(face_, character) : 0;
             FT_Vector kerning{0, 0};
-            // Fitted to whole pixels for images of two colours.
+            // Hinting for two-colour images fits outlines to whole pixels.
             if (glyph == 0 || FT_Load_Glyph(face_, glyph, FT_LOAD_TARGET_MONO | FT_LOAD_NO_BITMAP) != 0) {
                 continue;
             }

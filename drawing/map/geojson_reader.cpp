@@ -1,4 +1,4 @@
-// GeoJSON, as RFC 7946 has it.
+// GeoJSON (RFC 7946).
 #include "drawing/map/json_geometry.h"
 #include "drawing/map/map_reader.h"
 

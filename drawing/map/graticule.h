@@ -8,7 +8,7 @@
 
 namespace vorna::drawing::map {
 
-// On the projection's plane, so many degrees apart, and the edge of what the projection shows.
+// Lines on the projection's plane, step degrees apart, and the edge of the projection's map.
 std::vector<Path> graticule_lines(double step, const Projection& projection);
 
 } // namespace vorna::drawing::map

@@ -1,4 +1,4 @@
-// Geometry objects as GeoJSON and TopoJSON share them.
+// Geometry objects of GeoJSON and TopoJSON.
 #include "drawing/map/json_geometry.h"
 
 #include <cmath>
@@ -119,7 +119,7 @@ void Json_Geometry_Reader::read_geometry(const Json& geometry, const Place& plac
     } else if (type == "Polygon") {
         read(path_key(), [&](const Json& value, const Place& at) { shape.faces.push_back(polygon(value, at)); });
     } else if (type == "MultiPolygon") {
-        // Its polygons share no place, so that together they are one face.
+        // Its polygons do not overlap: even-odd, all of them are one face.
         Face& face = shape.faces.emplace_back();
         read(path_key(), [&](const Json& value, const Place& at) {
             for_each(value, at, [&](const Json& part, const Place& part_place) {
@@ -168,7 +168,7 @@ std::optional<Extent> Json_Geometry_Reader::read_extent(const Json& object, cons
         fail(here, "four or six numbers", *found);
     }
     const auto value = [&](std::size_t i) { return number((*found)[i], {&here, "", i}); };
-    const std::size_t upper = found->size() / 2; // heights stand between
+    const std::size_t upper = found->size() / 2; // boxes with heights have three numbers for each corner
     return Extent{value(0), value(1), value(upper), value(upper + 1)};
 }
 

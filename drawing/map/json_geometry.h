@@ -1,4 +1,4 @@
-// Geometry objects as GeoJSON and TopoJSON share them; they differ in how a path is written.
+// Geometry objects of GeoJSON and TopoJSON, which differ in the form of paths.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -12,7 +12,7 @@ namespace vorna::drawing::map {
 
 using Json = nlohmann::ordered_json;
 
-// Where in the document a value stands: a member or element of the one above. Made on the stack, spelt out for messages only.
+// The place of a value in the document: a member or element of an outer value. Lives on the stack; made into text for messages.
 struct Place {
     const Place* above = nullptr;
     std::string_view key; // empty = an element
@@ -26,13 +26,13 @@ public:
     Json_Geometry_Reader(const std::string& file, Load_Limits& limits) : file_(file), limits_(limits) {}
     virtual ~Json_Geometry_Reader() = default;
 
-    // Adds what the geometry is made of to the shape. Null is no geometry.
+    // Adds the geometry to the shape; null adds nothing.
     void read_geometry(const Json& geometry, const Place& place, Shape& shape) const { read_geometry(geometry, place, shape, 0); }
     // Name, identity and colours of a feature or of a geometry with properties.
     void read_properties(const Json& feature, const Place& place, Shape& shape) const;
     std::optional<Extent> read_extent(const Json& object, const Place& place) const;
 
-    // Throw Map_Error when there is none, or when it is of another kind.
+    // Throw Map_Error for a missing value and for one of another type.
     const Json& member(const Json& object, const char* key, const Place& place) const;
     const Json& array(const Json& value, const Place& place, const char* expected = "an array") const;
     const std::string& string(const Json& value, const Place& place, const char* expected) const;
@@ -43,7 +43,7 @@ public:
 protected:
     Json_Geometry_Reader(const Json_Geometry_Reader&) = default;
     const std::string& file() const noexcept { return file_; }
-    // Room for so many positions, and the time to copy them.
+    // Draws memory for count positions, and the work of copying them.
     void take_positions(std::size_t count) const {
         limits_.take_memory(file_, count * sizeof(Position));
         limits_.take_work(file_, count);

@@ -1,4 +1,4 @@
-// Where labels find room.
+// Places for labels.
 #include "drawing/map/labels.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Where labels find room.
+// Places for labels.
 #pragma once
 
 #include <optional>
@@ -9,14 +9,14 @@
 
 namespace vorna::drawing::map {
 
-// The lower left pixel of a box of the given size all of whose pixels lie in the face and in the window: near to the middle of
-// what is seen of the face, with some room at its sides where there is any. Nothing when the box fits nowhere.
+// The lower left pixel of a box of the given size inside the face and the window: near the middle of the visible part of the
+// face, with a margin where there is room. Empty when the box fits nowhere.
 std::optional<VT_Int_Pair> place_in_face(const Face& pixels, const VT_Int_Rectangle& window, VT_Int_Pair size);
 
-// Boxes that share no pixel.
+// A set of boxes without common pixels.
 class Free_Room {
 public:
-    // False, and nothing is taken, when some of it is taken already.
+    // Adds the box; false when it overlaps another one.
     bool take(const VT_Int_Rectangle& box);
 
 private:

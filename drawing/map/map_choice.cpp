@@ -1,4 +1,4 @@
-// Which part of a map is shown, and where it lies on the projection's plane.
+// The visible part of a map, on the projection's plane.
 #include "drawing/map/map_choice.h"
 
 #include <algorithm>

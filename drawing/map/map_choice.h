@@ -1,4 +1,4 @@
-// Which part of a map is shown, and where it lies on the projection's plane.
+// The visible part of a map, on the projection's plane.
 #pragma once
 
 #include <cstddef>
@@ -13,16 +13,17 @@ namespace vorna::drawing::map {
 
 inline constexpr double full_circle = 360;
 
-// The extent that the file states; its east may lie across the antimeridian. Nothing for one without an inside.
+// The extent in the file; its east may lie beyond the antimeridian. Empty for an extent without area.
 std::optional<Extent> stated_extent(const Map& map, bool on_globe);
 
-// Throws Usage_Error for an extent so far away that nothing can be drawn there. whose: the file or the option, for the message.
+// Throws Usage_Error for an extent outside the range in which coordinates can be drawn. whose: the file or option, for the
+// message.
 void check_extent(const Extent& extent, const std::string& whose, bool on_globe);
 
-// The number of a shape by its name, else by its id, else by its number in the text. Throws Usage_Error that names the file.
+// The index of the shape with this name, else with this id, else of this number. Throws Usage_Error, which names the file.
 std::size_t chosen_shape(const Map& map, const std::string& file, const std::string& text);
 
-// The meridian around which a shape that lies across the antimeridian is in one piece; nothing for all others.
+// For a shape across the antimeridian the centre meridian of a map that shows it in one piece; empty for other shapes.
 std::optional<Position> middle_of(const Shape& shape);
 
 Bounds bounds_of(const Extent& extent, const Projection& projection);

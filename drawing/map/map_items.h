@@ -1,4 +1,4 @@
-// What a map consists of when it is drawn, in the order in which it is drawn.
+// The items of a map, in drawing order.
 #pragma once
 
 #include <variant>
@@ -23,14 +23,14 @@ struct Mark_Item {
     Marker_Paint paint;
 };
 
-// Letters: a face in pixels of the image without enlargement, moved by so many pixels of the enlarged image.
+// Letters: a face in pixels before supersampling, and an offset in pixels of the supersampled image.
 struct Text_Item {
     const Face* outline;
     VT_Int_Pair moved;
     VT_RGB32 color;
 };
 
-// The pointers belong to whoever made the list.
+// Does not own what its pointers refer to.
 using Map_Item = std::variant<Face_Item, Line_Item, Mark_Item, Text_Item>;
 using Map_Items = std::vector<Map_Item>;
 

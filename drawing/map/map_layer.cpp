@@ -11,7 +11,7 @@
 namespace vorna::drawing::map {
 namespace {
 
-// Files may be a rounding error beyond the poles.
+// Tolerance for rounding errors beyond the poles.
 constexpr double farthest_north = 90 + 1e-6, farthest_east = 720;
 
 void check_degrees(const std::string& file, const Map& map) {
@@ -125,7 +125,7 @@ std::size_t Map_Layer::most_positions() const {
 }
 
 std::size_t Map_Layer::item_count() const {
-    std::size_t count = 2 * lines_.size() + points_.size(); // lines with casings
+    std::size_t count = 2 * lines_.size() + points_.size(); // a line and its casing
     std::ranges::for_each(faces_, [&](const std::vector<Face>& faces) { count += faces.size(); });
     return count;
 }

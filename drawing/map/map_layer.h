@@ -20,23 +20,23 @@ struct Bounds {
     void add(Position p);
 };
 
-// How shapes are drawn.
+// Colours and lines of shapes.
 struct Layer_Style {
     std::vector<std::optional<VT_RGB32>> fills; // by shape
     std::vector<VT_RGB32> strokes;              // by shape
     std::int32_t width = 1;
-    std::optional<Dashes> borders, outlines; // between shapes, and where there is one on one side only; none = not drawn
+    std::optional<Dashes> borders, outlines; // between two shapes, and of one shape only; empty = not drawn
     std::optional<VT_RGB32> casing;
     std::int32_t casing_width = 2; // on each side
     Marker_Paint marker;
 
-    // The same look in an image that is so many times as large. Dashes grow with the width.
+    // The same style in an image that is `times` as large. Dashes grow with the width.
     void enlarge(std::int32_t times);
 };
 
 class Map_Layer {
 public:
-    // Throws Map_Error, which names the file, for coordinates that are no places on the globe, and Load_Error.
+    // Throws Map_Error, which names the file, for coordinates outside the globe, and Load_Error.
     Map_Layer(const std::string& file, const Map& map, const Projection& projection, Load_Limits& limits);
 
     const std::vector<std::vector<std::size_t>>& neighbours() const noexcept { return neighbours_; }
@@ -50,7 +50,7 @@ public:
     double longest_segment() const;     // of lines, on the plane
     std::size_t most_positions() const; // of a face or line
     std::size_t item_count() const;     // at most
-    // What is drawn, in order. Layer and style must outlive the items.
+    // The items in drawing order. Layer and style must outlive them.
     void add_items(const Layer_Style& style, Map_Items& items) const;
 
 private:

@@ -1,4 +1,4 @@
-// How lines and points of a map are drawn.
+// Attributes of the lines and points of a map.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,7 @@
 
 namespace vorna::drawing::map {
 
-// Lengths of dashes and gaps by turns, in pixels for lines of one pixel and growing with the width; a dash of 0 is a dot. Empty:
-// a solid line.
+// Lengths of alternate dashes and gaps, in multiples of the line's width in pixels; a dash of 0 is a dot. Empty: a solid line.
 using Dashes = std::vector<double>;
 
 struct Line_Paint {

@@ -11,7 +11,7 @@
 namespace vorna::drawing::map {
 namespace {
 
-// The pixel that a place lies in.
+// The pixel that contains the position.
 VT_DCI_Point pixel_of(Position p) {
     return {static_cast<std::int32_t>(std::floor(p.x)), static_cast<std::int32_t>(std::floor(p.y)), 0};
 }
@@ -44,11 +44,11 @@ std::int32_t Map_Painter::tile_margin(const Line_Paint& paint) {
     for (std::size_t i = 0; paint.is_dashed() && i < paint.dashes->size(); i += 2) {
         longest = std::max(longest, (*paint.dashes)[i]);
     }
-    // Two pixels more: places are rounded, and smoothed lines have pixels beside them.
+    // Two pixels more for rounded positions and the fringes of smoothed lines.
     return (static_cast<std::int32_t>(std::ceil(longest)) + 2 + 7) / 8 * 8;
 }
 
-// The renderer walks line types along whole segments up to so many elements, half as many as it states for rounding.
+// The renderer walks line types along whole segments up to this number of elements: half of the renderer's limit, for rounding.
 double Map_Painter::longest_dashed_segment(const Line_Paint& paint) {
     const double elements = paint.width > 1 ? 1 << 14 : 1 << 17;
     double repetition = 0;
@@ -73,7 +73,7 @@ void Map_Painter::fill_pixels(const Face& pixels, VT_RGB32 color) {
             {r.left, r.bottom, 0}, {r.right + 1, r.bottom, 0}, {r.left, r.top + 1, 0}, {r.right + 1, r.top + 1, 0}};
         VD_Draw_2DI_Polytriangle(renderer_, *rendition_, 4, corners);
     };
-    // Faces are dithered in 8-bit images, lines have the palette's own colours.
+    // In 8-bit images faces are dithered; lines take the nearest colour of the palette.
     const auto draw_rows = [this](const VT_Int_Rectangle& r) {
         for (std::int32_t y = r.bottom; y <= r.top; ++y) {
             const VT_DCI_Point row[] = {{r.left, y, 0}, {r.right, y, 0}};
@@ -127,7 +127,7 @@ void Map_Painter::draw(const Path& line, const Line_Paint& paint) {
     finish();
 }
 
-// Wide lines and short dashes look the same in every window.
+// Wide lines and short dashes do not depend on the window.
 void Map_Painter::draw_points(const std::vector<VT_DCI_Point>& points, const Line_Paint& paint) {
     if (is_part_ && paint.width <= 1 && !paint.is_dashed()) {
         draw_line_in_tile(renderer_, *rendition_, points);

@@ -18,7 +18,7 @@ struct View {
     double scale = 1;
     VT_Int_Pair size;
 
-    // The same part of the plane with so many pixels for one.
+    // The same part of the plane, supersampled.
     View enlarged(std::int32_t times) const noexcept { return {middle, scale * times, {size.x * times, size.y * times}}; }
 
     Position device_place(Position p) const noexcept {
@@ -32,28 +32,26 @@ struct View {
     }
 };
 
-// A line with more steps is not drawn: its ends lie too far from the image.
+// Longer lines, in pixels, are not drawn: their ends lie too far from the image.
 inline constexpr double farthest_pixel = 0x20000000;
 
 class Map_Painter {
 public:
-    // base: clips, modes and flags of all that is drawn; its hard clip is the image, its window rectangle the part of the image
-    // that is drawn. It is copied. Every window shows the pixels of the whole image when it has tile_margin pixels beside those
-    // that are kept.
+    // base: clips, modes and flags for all items, copied; its hard clip is the image, its window rectangle the drawn part of the
+    // image. With a margin of tile_margin pixels around the kept ones, every window shows the pixels of the whole image.
     Map_Painter(VT_Renderer_Data& renderer, const VT_Rendition& base, const View& view);
 
-    // Columns and rows that a window needs beside the pixels that are kept of it. Lines of one pixel's width that cross the
-    // image's edge lose pixels in the window's outermost columns; dashes that cross the window's edge are drawn as if it were the
-    // image's.
+    // The columns and rows that a window needs around its kept pixels: lines of one pixel that cross the image's edge lose pixels
+    // in the window's outermost columns, and dashes at the window's edge are drawn as if it were the image's.
     static std::int32_t tile_margin(const Line_Paint& paint);
-    // Segments of more pixels than this get dashes that depend on the window.
+    // The dashes of segments longer than this, in pixels, depend on the window.
     static double longest_dashed_segment(const Line_Paint& paint);
 
-    // Every pixel once, see for_each_rectangle. A colour that is not opaque is blended in 32-bit images.
+    // Draws every pixel once, see for_each_rectangle. In 32-bit images translucent colours are blended.
     void fill(const Face& face, VT_RGB32 color);
     // The same for a face in pixels.
     void fill_pixels(const Face& pixels, VT_RGB32 color);
-    // Dashes run on from segment to segment.
+    // Dashes continue from segment to segment.
     void draw(const Path& line, const Line_Paint& paint);
     void mark(Position place, const Marker_Paint& paint);
 

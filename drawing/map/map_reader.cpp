@@ -20,19 +20,19 @@ Json parsed(const std::string& file, const std::string& content) {
     try {
         return Json::parse(content);
     } catch (const Json::exception& error) {
-        // The library's own classification stands in brackets before the message.
+        // The library puts its error class in brackets before the message.
         const std::string_view text = error.what();
         const std::size_t start = text.find("] ");
         throw Map_Error(file + ": " + std::string(start == std::string_view::npos ? text : text.substr(start + 2)));
     }
 }
 
-// The file's text, which `read` holds unless the input has it already.
+// The file's text. `read` owns it unless the input does.
 const std::string& content_of(const Input& input, std::string& read, Load_Limits& limits) {
     return input.content ? *input.content : read = model::read_file(input.name, limits);
 }
 
-// layer: empty, or a name that only TopoJSON can have.
+// layer: empty, or an object of a TopoJSON file.
 void check_layer(const Input& input, const std::string& layer, bool is_topology) {
     if (!layer.empty() && !is_topology) {
         throw Map_Error("--layer: expected TopoJSON, found " + input.name);
@@ -42,7 +42,7 @@ void check_layer(const Input& input, const std::string& layer, bool is_topology)
 // Products of coordinates up to this stay finite.
 constexpr double farthest = 1e100;
 
-// Sums and products of finite numbers may be none, so that what readers have made of them is looked at.
+// Sums and products of finite numbers may be infinite: the check is on the final positions.
 void check_positions(const std::string& file, const Map& map) {
     for (std::size_t s = 0; s < map.shapes.size(); ++s) {
         for_each_path(map.shapes[s], [&](const Path& path) {
@@ -72,7 +72,7 @@ Map read_json_map(const Input& input, const std::string& layer, Load_Limits& lim
     const std::string& content = content_of(input, read, limits);
     const Load_Limits::Loan document_memory(limits, input.name, json_memory(content));
     const Json document = parsed(input.name, content);
-    // Not copied: values nest as deeply as the file says.
+    // Moved, not copied: a copy recurses as deeply as the file nests.
     const auto type = document.is_object() ? document.find("type") : document.end();
     const bool topology = type != document.end() && *type == "Topology";
     check_layer(input, layer, topology);

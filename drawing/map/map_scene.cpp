@@ -1,4 +1,4 @@
-// A map or drawing that is read and projected once, and laid out for any view.
+// A map or drawing, read and projected once, and laid out for any view.
 #include "drawing/map/map_scene.h"
 
 #include <algorithm>
@@ -17,9 +17,9 @@
 namespace vorna::drawing::map {
 namespace {
 
-constexpr std::int32_t largest_height = 8192; // of those that are chosen here
+constexpr std::int32_t largest_height = 8192; // of computed heights
 
-// Neighbours take different ones.
+// Fills; neighbours get different ones.
 constexpr std::array palette_colors{0xF2D5A7, 0xC9DFB0, 0xF4C7C3, 0xCBD6EC, 0xEBE5A4, 0xDCC8E4, 0xB9DCD6};
 constexpr VT_RGB32 border_color{64, 64, 64, 255};
 constexpr VT_RGB32 graticule_color{200, 190, 180, 255};
@@ -40,7 +40,7 @@ std::string text_of(const Extent& extent) {
     return text.data();
 }
 
-// The standard palette with the map's own colours in the place of its greys.
+// The standard palette with the map's colours instead of its greys.
 VT_Reference<const VT_Palette> palette_with(const std::vector<VT_RGB32>& wanted) {
     constexpr std::size_t cube_size = 216, most_own = 40;
     const VT_Palette standard;
@@ -157,7 +157,7 @@ void Map_Scene::choose_bounds(const Input& input) {
     shown_ = bounds;
 }
 
-// What is drawn fills the window, in the middle of it; but for --bbox, a little is left free around it.
+// The map is centred and fills the window, with a margin unless an extent is given.
 View Map_Scene::fitted(VT_Int_Pair size) const {
     double width = shown_.right - shown_.left, height = shown_.top - shown_.bottom;
     if (width == 0 && height == 0) {
@@ -175,13 +175,13 @@ View Map_Scene::fitted(VT_Int_Pair size) const {
     return view;
 }
 
-void Map_Scene::look(const View& view, std::int32_t enlarged) {
-    view_ = view.enlarged(enlarged);
-    enlarged_ = enlarged;
+void Map_Scene::lay_out(const View& view, std::int32_t supersample) {
+    view_ = view.enlarged(supersample);
+    supersample_ = supersample;
     drawn_style_ = style_;
-    drawn_style_.enlarge(enlarged);
+    drawn_style_.enlarge(supersample);
     drawn_overlay_style_ = overlay_style_;
-    drawn_overlay_style_.enlarge(enlarged);
+    drawn_overlay_style_.enlarge(supersample);
     labels_.clear();
     items_.clear();
     overlay_items_.clear();
@@ -193,7 +193,7 @@ void Map_Scene::look(const View& view, std::int32_t enlarged) {
         items_.push_back(Face_Item{&globe_, *settings_.water});
     }
     for (const Path& line : graticule_) {
-        items_.push_back(Line_Item{&line, {graticule_color, enlarged}});
+        items_.push_back(Line_Item{&line, {graticule_color, supersample}});
     }
     layer_->add_items(drawn_style_, items_);
     if (overlay_) {
@@ -206,18 +206,18 @@ double Map_Scene::longest_segment() const {
     return layer_->longest_segment();
 }
 
-std::vector<Line_Paint> Map_Scene::line_paints(std::int32_t enlarged) const {
+std::vector<Line_Paint> Map_Scene::line_paints(std::int32_t supersample) const {
     std::vector<Line_Paint> paints;
     for (const std::optional<Dashes>* dashes : {&style_.borders, &style_.outlines}) {
         if (*dashes) {
-            paints.push_back({{}, style_.width * enlarged, &**dashes});
+            paints.push_back({{}, style_.width * supersample, &**dashes});
         }
     }
     if (overlay_) {
-        paints.push_back({{}, overlay_style_.width * enlarged});
+        paints.push_back({{}, overlay_style_.width * supersample});
     }
     if (!graticule_.empty()) {
-        paints.push_back({{}, enlarged});
+        paints.push_back({{}, supersample});
     }
     return paints;
 }
@@ -231,13 +231,13 @@ std::size_t Map_Scene::most_positions() const {
     return std::max(layer_->most_positions(), overlay_ ? overlay_->most_positions() : 0);
 }
 
-// Names of points to the right of their markers, names of faces inside of them; what finds no room is left out.
+// Names of points stand to the right of their markers, names of faces inside them; those without room are left out.
 void Map_Scene::place_labels(const View& view) {
     const std::unique_ptr<Label_Font> font = load_label_font(settings_.font, settings_.label_size);
     const VT_Int_Rectangle window{0, view.size.x - 1, 0, view.size.y - 1};
     const auto height = static_cast<std::int32_t>(std::ceil(font->height()));
     constexpr std::int32_t margin = 2;
-    // New limits for every view: a window shows any number of them.
+    // New limits for each view: a viewer lays out any number of them.
     Load_Limits limits(limits_->memory_left());
     const auto text_of = [&](std::size_t shape) { return font->text_of(map_.shapes[shape].name, view.size.x, file_, limits); };
     Free_Room room;
@@ -319,12 +319,12 @@ Layer_Style Map_Scene::overlay_style(const Map& map) const {
     return style;
 }
 
-// Each letter has a light or dark seam of one pixel around it, enlarged with the letter.
+// Each letter has a light or dark outline of one pixel, supersampled with the letter.
 void Map_Scene::add_label_items() {
-    const std::int32_t step = (enlarged_ + 1) / 2;
+    const std::int32_t step = (supersample_ + 1) / 2;
     for (const Face& label : labels_) {
-        for (std::int32_t up = -enlarged_; up <= enlarged_; up += step) {
-            for (std::int32_t right = -enlarged_; right <= enlarged_; right += step) {
+        for (std::int32_t up = -supersample_; up <= supersample_; up += step) {
+            for (std::int32_t right = -supersample_; right <= supersample_; right += step) {
                 label_items_.push_back(Text_Item{&label, {right, up}, contrast_to(settings_.label_color)});
             }
         }

@@ -1,4 +1,4 @@
-// A map or drawing that is read and projected once, and laid out for any view.
+// A map or drawing, read and projected once, and laid out for any view.
 #pragma once
 
 #include <memory>
@@ -16,46 +16,46 @@ namespace vorna::drawing::map {
 
 class Map_Scene {
 public:
-    // overlay: the opened file that the settings name. background: lines of drawings stand out from it. Throws Usage_Error for
-    // settings that do not fit the file, Map_Error and Load_Error.
+    // overlay: the opened file of the settings. background: the lines of drawings contrast with it. Throws Usage_Error for
+    // settings that do not apply to the file, Map_Error and Load_Error.
     Map_Scene(const Input& input, const std::optional<Input>& overlay, const Map_Settings& settings, VT_RGB32 background,
               std::shared_ptr<Load_Limits> limits);
 
-    // For the layouts that follow.
+    // For the next layouts.
     void set_background(VT_RGB32 background);
 
-    // How many shapes and positions.
+    // The numbers of shapes and positions.
     std::string summary() const;
-    // What of the files is not drawn, a line each.
+    // Parts of the files that are not drawn, a line each.
     std::vector<std::string> warnings() const;
-    // Everything, or what the settings say, fills an image of that size. A height of 0 is replaced by what is needed.
+    // The view in which the whole map, or the extent of the settings, fills an image of that size. A height of 0 is computed.
     View fitted(VT_Int_Pair size) const;
 
-    // Lays everything out for a view with so many drawn pixels for one, across and along. Labels find room in the view itself.
-    // Throws Load_Error and what the font throws.
-    void look(const View& view, std::int32_t enlarged);
+    // Lays the map out for a view with `supersample` drawn pixels in each direction for one. Labels are placed in pixels of the
+    // view. Throws Load_Error and what the font throws.
+    void lay_out(const View& view, std::int32_t supersample);
 
-    // Of the layout; the view is that of the enlarged image.
+    // Of the layout; the view is that of the supersampled image.
     const View& view() const noexcept { return view_; }
     const Map_Items& items() const noexcept { return items_; } // the map
     const Map_Items& overlay() const noexcept { return overlay_items_; }
     const Map_Items& labels() const noexcept { return label_items_; }
-    std::int32_t enlarged() const noexcept { return enlarged_; }
-    // Whether everything is drawn inside of one shape, and its pixels.
+    std::int32_t supersample() const noexcept { return supersample_; }
+    // Whether the map is clipped to a shape, and its pixels.
     bool is_clipped() const noexcept { return clip_shape_.has_value(); }
     Face clip() const { return view_.device_face(layer_->face_of(*clip_shape_)); }
 
     bool merges() const noexcept { return overlay_ && settings_.merges; }
-    // The standard palette with the map's own colours in the place of its greys.
+    // The standard palette with the map's colours instead of its greys.
     VT_Reference<const VT_Palette> palette() const;
 
-    // Whatever the view:
-    // How lines without casings are drawn, each way once, and their longest segment on the plane.
-    std::vector<Line_Paint> line_paints(std::int32_t enlarged) const;
+    // Independent of the view:
+    // The styles of lines without casings, each once, and the longest segment on the plane.
+    std::vector<Line_Paint> line_paints(std::int32_t supersample) const;
     double longest_segment() const;
-    // Positions of the face or line with the most of them.
+    // The largest number of positions of a face or line.
     std::size_t most_positions() const;
-    // How many items there are at most.
+    // An upper bound of the number of items.
     std::size_t item_count() const;
 
 private:
@@ -82,9 +82,9 @@ private:
     Bounds shown_ = Bounds::nothing(); // on the plane
 
     View view_;
-    std::int32_t enlarged_ = 1;
-    Layer_Style drawn_style_, drawn_overlay_style_; // of the enlarged image
-    std::vector<Face> labels_;                      // in pixels without enlargement
+    std::int32_t supersample_ = 1;
+    Layer_Style drawn_style_, drawn_overlay_style_; // of the supersampled image
+    std::vector<Face> labels_;                      // in pixels before supersampling
     Map_Items items_, overlay_items_, label_items_;
 };
 

@@ -1,4 +1,4 @@
-// What of a map is shown, and how it looks.
+// The visible part of a map, and its style.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +12,8 @@ namespace vorna::drawing::map {
 
 struct Map_Fill {
     enum class Kind {
-        automatic, // of maps as palette, of drawings as own
-        palette,   // a shape's own colour, else one that its neighbours do not have
+        automatic, // palette for maps, own for drawings
+        palette,   // a shape's own colour, else one different from its neighbours'
         own,       // a shape's own colour, else none
         none,
         color
@@ -23,10 +23,10 @@ struct Map_Fill {
 
 struct Map_Settings {
     std::string layer;          // object of a TopoJSON file; empty = its first
-    std::optional<Extent> bbox; // in degrees or a drawing's units; west above east: over the antimeridian; none = everything
-    std::string projection;     // empty = equirectangular, of drawings plane
+    std::optional<Extent> bbox; // degrees, or a drawing's units; west > east: over the antimeridian; empty = everything
+    std::string projection;     // empty = equirectangular for maps, plane for drawings
     std::optional<Position> center;
-    std::string clip_to; // name, id or number of the shape that is drawn inside of; empty = none
+    std::string clip_to; // name, id or number of a shape that clips the map; empty = none
     Map_Fill fill;
     double opacity = 1; // of fills
     std::optional<VT_RGB32> water;
@@ -42,9 +42,9 @@ struct Map_Settings {
     std::int32_t label_size = 12;
     VT_RGB32 label_color{0, 0, 0, 255};
     std::string font;    // file; empty = the default font
-    std::string overlay; // file of another map that is drawn over this one; empty = none
+    std::string overlay; // file of a map that is drawn over this one; empty = none
     VT_RGB32 overlay_color{230, 140, 90, 255};
-    bool merges = false; // whether the overlay combines with what lies below, bit by bit
+    bool merges = false; // whether the overlay is merged with the pixels below, bit by bit
 };
 
 } // namespace vorna::drawing::map

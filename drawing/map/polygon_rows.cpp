@@ -9,18 +9,18 @@
 namespace vorna::drawing::map {
 namespace {
 
-// Where a side crosses a row: the first pixel whose centre is not left of it.
+// A crossing of a side and a row: the first pixel whose centre is not to the left of it.
 struct Crossing {
     std::int32_t row, column;
 
     friend bool operator<(Crossing a, Crossing b) { return a.row < b.row || (a.row == b.row && a.column < b.column); }
 };
 
-// Of which a face has no more at a time than memory bears, however often its sides run up and down the window.
+// Crossings are kept for a bounded number of rows at a time: sides may run up and down the window any number of times.
 constexpr std::int64_t most_crossings = 1 << 22;
 
-// The first row or column from first to last + 1 whose centre is at the value or beyond it. What is no number, as sides without
-// end have it, counts as low.
+// The first row or column from first to last + 1 whose centre is at or beyond the value. NaN, from infinite sides, counts as the
+// lowest value.
 std::int32_t first_centre(double value, std::int32_t first, std::int32_t last) {
     const double centre = std::ceil(value - 0.5);
     return !(centre > first) ? first : centre > last ? last + 1 : static_cast<std::int32_t>(centre);
@@ -43,12 +43,12 @@ std::int64_t count_crossings(const Face& face, const VT_Int_Rectangle& window) {
     return count;
 }
 
-// A side covers the rows whose centres lie from its lower end on to below its upper one, so that a row through a corner meets it
+// A side covers the rows whose centres lie at or above its lower end and below its upper end: a row through a corner crosses it
 // once.
 void add_crossings(Position a, Position b, const VT_Int_Rectangle& window, std::vector<Crossing>& crossings) {
     const Position low = a.y <= b.y ? a : b, high = a.y <= b.y ? b : a;
     const std::int32_t end = first_centre(high.y, window.bottom, window.top);
-    const double slope = (high.x - low.x) / (high.y - low.y); // of no use on a level side, which covers no row
+    const double slope = (high.x - low.x) / (high.y - low.y); // unused for horizontal sides, which cover no row
     for (std::int32_t row = first_centre(low.y, window.bottom, window.top); row < end; ++row) {
         const double x = low.x + slope * (row + 0.5 - low.y);
         crossings.push_back({row, first_centre(x, window.left, window.right)});
@@ -72,7 +72,7 @@ void for_each_rectangle(const Face& face, const VT_Int_Rectangle& window,
     crossings.reserve(static_cast<std::size_t>(count));
     for_each_side(face, [&](Position a, Position b) { add_crossings(a, b, window, crossings); });
     std::sort(crossings.begin(), crossings.end());
-    // Rows with one stretch of the same columns follow each other as one rectangle.
+    // Consecutive rows with one span of the same columns make one rectangle.
     VT_Int_Rectangle open{0, -1, 0, -1};
     const auto finish = [&] {
         if (open.left <= open.right) {

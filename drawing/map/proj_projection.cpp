@@ -1,5 +1,5 @@
-// Projections by PROJ. The library is loaded when a projection asks for it: with all that it needs itself, it would take longer
-// to start than many a picture takes to draw.
+// Projections by PROJ. The library is loaded by the first projection that needs it: with its own dependencies it takes longer to
+// load than many images take to draw.
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -30,7 +30,7 @@ constexpr std::array named_projections{
     Named_Projection{"equidistant", "aeqd"},
 };
 
-// The value of a parameter in a PROJ string, fallback when it is not given.
+// The value of a parameter in a PROJ string, else fallback.
 std::string_view parameter(std::string_view text, std::string_view name, std::string_view fallback = "") {
     for (std::size_t start = text.find('+'); start != std::string_view::npos; start = text.find('+', start + 1)) {
         const std::string_view rest = text.substr(start + 1);
@@ -48,8 +48,8 @@ double number(std::string_view text, std::string_view name, double fallback) {
     return result;
 }
 
-// What a projection shows, from its PROJ string: azimuthal ones a part of the globe around their centre, transverse and conic
-// ones what they do not stretch beyond all measure, the others the globe cut open opposite to their middle.
+// The domain of a projection, from its PROJ string: azimuthal ones show a part of the globe around their centre, transverse and
+// conic ones the part without extreme distortion, the others the globe cut opposite to their central meridian.
 Domain domain_of(std::string_view text) {
     const std::string_view kind = parameter(text, "proj");
     Domain domain;
@@ -63,7 +63,7 @@ Domain domain_of(std::string_view text) {
     } else if (kind == "stere" || kind == "sterea" || kind == "ups") {
         cap(120);
     } else if (kind == "laea" || kind == "aeqd") {
-        cap(179); // beyond, the shortest ways around an ellipsoid jump
+        cap(179); // beyond, shortest paths on an ellipsoid jump
     } else if (kind == "nsper" || kind == "geos") {
         const double radius = number(text, "R", number(text, "a", 6378137));
         cap(std::acos(radius / (radius + number(text, "h", 35785831))) / degree - 0.001);
@@ -82,7 +82,7 @@ Domain domain_of(std::string_view text) {
     return domain;
 }
 
-// What is used of the library.
+// The functions that are used.
 #define VORNA_PROJ_FUNCTIONS(LIST)                                                                                               \
     LIST(proj_angular_input)                                                                                                     \
     LIST(proj_angular_output)                                                                                                    \
@@ -98,7 +98,7 @@ Domain domain_of(std::string_view text) {
     LIST(proj_normalize_for_visualization)                                                                                       \
     LIST(proj_trans)
 
-// The functions under their own names.
+// Found by their names in the library.
 struct Proj_Library {
 #define DECLARE(function) decltype(&::function) function;
     VORNA_PROJ_FUNCTIONS(DECLARE)
@@ -106,7 +106,7 @@ struct Proj_Library {
 };
 
 Proj_Library load_library() {
-    void* const handle = dlopen(VORNA_PROJ_LIBRARY, RTLD_NOW | RTLD_LOCAL); // until the command ends
+    void* const handle = dlopen(VORNA_PROJ_LIBRARY, RTLD_NOW | RTLD_LOCAL); // never unloaded
     const auto load = [handle](auto& function, const char* name) {
         function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(handle ? dlsym(handle, name) : nullptr);
         if (!function) {
@@ -127,7 +127,7 @@ const Proj_Library& proj() {
 }
 
 struct Context {
-    // PROJ says some things whatever its level, such as that its database is missing.
+    // PROJ prints some messages at any level, such as that its database is missing.
     Context() : handle(proj().proj_context_create()) {
         proj().proj_log_func(handle, nullptr, [](void*, int, const char*) {});
     }
@@ -150,7 +150,7 @@ public:
 
     std::optional<Position> place_of(Position p) const override {
         if (!domain_.cap) {
-            // At the very edge PROJ may choose the other side of the map.
+            // At the edge PROJ may return the other side of the map.
             constexpr double inside = 1 - 1e-12;
             p.x = domain_.center + (p.x - domain_.center) * inside;
         }
@@ -201,7 +201,7 @@ std::unique_ptr<Projection> projection_of(const std::string& text) {
         }
     }
     auto context = std::make_unique<Context>();
-    // Longitudes beyond 180 degrees stay where the map's middle has them.
+    // Longitudes beyond 180 degrees stay on the side of the map's centre.
     Handle handle(proj().proj_create(context->handle, (text + " +over").c_str()));
     if (!handle || proj().proj_angular_output(handle.get(), PJ_FWD)) {
         refuse(text, *context);

@@ -1,4 +1,4 @@
-// The projections of our own.
+// Built-in projections.
 #include "drawing/map/projection.h"
 
 #include <cmath>
@@ -9,10 +9,10 @@ namespace {
 
 constexpr double degree = std::numbers::pi / 180;
 
-// Where the square world of Mercator ends.
+// The latitude at which the Mercator map of the world is square.
 const double mercator_end = std::atan(std::sinh(std::numbers::pi)) / degree;
 
-// Coordinates as they are.
+// The identity.
 class Plane final : public Projection {
 public:
     Plane() : Projection(std::nullopt, true) {}

@@ -1,4 +1,4 @@
-// Map projections, and where each of them cuts the globe open.
+// Map projections and their domains on the globe.
 #pragma once
 
 #include <memory>
@@ -10,7 +10,7 @@
 
 namespace vorna::drawing::map {
 
-// The part of the globe that a projection shows: what lies between two meridians and two parallels, or around a centre.
+// The part of the globe that a projection shows: between two meridians and two parallels, or around a centre.
 struct Domain {
     struct Cap {
         Position center;
@@ -20,16 +20,16 @@ struct Domain {
     double center = 0;       // meridian in the middle
     double half_width = 180; // degrees to the map's edge
     double south = -90, north = 90;
-    std::optional<Cap> cap; // takes the place of the rest
+    std::optional<Cap> cap; // instead of the other members
 };
 
 class Projection {
 public:
     virtual ~Projection() = default;
-    // Where a place lies on the map; nothing where the projection has no place for it. Longitudes keep within the domain.
+    // The position on the map; empty where the projection is undefined. Longitudes must lie in the domain.
     virtual std::optional<Position> place_of(Position degrees) const = 0;
 
-    const std::optional<Domain>& domain() const noexcept { return domain_; } // none: coordinates of a plane
+    const std::optional<Domain>& domain() const noexcept { return domain_; } // empty: coordinates of a plane
     bool keeps_straight() const noexcept { return keeps_straight_; }         // straight lines stay straight
 
 protected:
@@ -42,16 +42,16 @@ private:
 };
 
 // name: equirectangular, mercator or plane; with PROJ also robinson and others, any string that begins with +proj=, and the code
-// of a coordinate system as EPSG:3035. center: longitude and latitude in the middle of projections that have a name here; without
-// one, the equator at the prime meridian. Throws Map_Error.
+// of a coordinate system such as EPSG:3035. center: longitude and latitude of the centre of named projections; by default the
+// equator at the prime meridian. Throws Map_Error.
 std::unique_ptr<Projection> make_projection(const std::string& name, std::optional<Position> center);
 
-// With PROJ; null for names that it does not know.
+// Projections of PROJ; null for unknown names.
 std::unique_ptr<Projection> make_proj_projection(const std::string& name, std::optional<Position> center);
-// Names that it knows: none without PROJ.
+// The names of PROJ projections; none without PROJ.
 std::vector<std::string> proj_projection_names();
 
-// All names that make_projection knows.
+// All names that make_projection accepts.
 std::vector<std::string> projection_names();
 
 } // namespace vorna::drawing::map

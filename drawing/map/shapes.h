@@ -1,4 +1,4 @@
-// What maps and drawings are made of, whatever file they come from.
+// The shapes of maps and drawings, independent of the file format.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 
 namespace vorna::drawing::map {
 
-// The message names the file, the place in it and what was expected there.
+// The message names the file, the place in it, and what was expected.
 class Map_Error : public Usage_Error {
 public:
     using Usage_Error::Usage_Error;
@@ -26,7 +26,7 @@ struct Position {
 };
 
 using Path = std::vector<Position>;
-// Rings without their closing point; a place is inside when an odd number of them surrounds it.
+// Rings without their closing point; even-odd.
 using Face = std::vector<Path>;
 
 struct Shape {
@@ -55,8 +55,8 @@ struct Extent {
 };
 
 struct Map {
-    bool drawing = false;         // coordinates of a plane, each shape with colours of its own
-    std::optional<Extent> extent; // as the file states it
+    bool drawing = false;         // coordinates of a plane, and a colour for each shape
+    std::optional<Extent> extent; // from the file
     std::vector<Shape> shapes;
     std::vector<std::string> warnings;
 };

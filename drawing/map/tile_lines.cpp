@@ -1,4 +1,4 @@
-// Solid lines of one pixel in a window that shows a part of an image.
+// Solid lines of one pixel in a window on a part of an image.
 #include "drawing/map/tile_lines.h"
 
 #include <algorithm>
@@ -14,14 +14,14 @@
 namespace vorna::drawing::map {
 namespace {
 
-constexpr std::int32_t beside = 2; // columns and rows around the window whose segments may show pixels in it
+constexpr std::int32_t beside = 2; // columns and rows around the window: segments there may have pixels in it
 
 bool touches(const VT_Int_Rectangle& window, const VT_DCI_Point& a, const VT_DCI_Point& b) {
     return std::max(a.x, b.x) >= window.left - beside && std::min(a.x, b.x) <= window.right + beside &&
            std::max(a.y, b.y) >= window.bottom - beside && std::min(a.y, b.y) <= window.top + beside;
 }
 
-// Device lines: joined while they touch the window, so that only places outside of it are the ends of polylines.
+// Device lines, joined into polylines while they touch the window: the ends of polylines lie outside it.
 class Device_Lines {
 public:
     Device_Lines(VT_Renderer_Data& renderer, const VT_Rendition& rendition) : renderer_(renderer), rendition_(rendition) {}
@@ -51,9 +51,8 @@ private:
     std::vector<VT_DCI_Point> points_;
 };
 
-// A long segment in pieces short enough for device lines, whose columns must fit 16 bits when counted from the window. Piece k
-// ends where the segment passes nearest to the middle of a pixel among the steps around (k + 1) * length: whatever window is
-// drawn.
+// A long segment in pieces short enough for device lines, whose columns relative to the window must fit 16 bits. Piece k ends
+// where the segment passes nearest to a pixel centre among the steps around (k + 1) * length, independent of the window.
 class Long_Segment {
 public:
     static constexpr std::int64_t length = 8192;
@@ -65,7 +64,7 @@ public:
     std::int64_t pieces() const { return steps_ / length + 1; }
     std::int64_t steps() const { return steps_; }
 
-    // Where piece k begins.
+    // The start of piece k.
     VT_DCI_Point start(std::int64_t k) const {
         if (k <= 0) {
             return from_;
@@ -107,7 +106,7 @@ void add_long_segment(Device_Lines& lines, const VT_Int_Rectangle& window, const
         lines.finish();
         return;
     }
-    // One piece more to each side: ends are rounded.
+    // One more piece on each side, since ends are rounded.
     const auto piece_at = [&](double parameter) {
         return static_cast<std::int64_t>(parameter * static_cast<double>(segment.steps()) / Long_Segment::length);
     };
@@ -124,8 +123,8 @@ void add_long_segment(Device_Lines& lines, const VT_Int_Rectangle& window, const
     }
 }
 
-// A segment that crosses the image's edge. Its last pixel belongs to the next segment; a polyline would end with it, so the clip
-// leaves out its column or row.
+// A segment that crosses the image's edge. Its last pixel belongs to the next segment; a polyline ends with it, so the clip
+// excludes its column or row.
 void draw_crossing(VT_Renderer_Data& renderer, VT_Rendition& rendition, const VT_DCI_Point& from, const VT_DCI_Point& to,
                    bool ends_inside) {
     const VT_DCI_Point segment[] = {from, to};

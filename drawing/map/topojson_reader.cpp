@@ -1,4 +1,4 @@
-// TopoJSON: geometry whose paths are made of arcs that neighbours share.
+// TopoJSON: paths are sequences of shared arcs.
 #include <span>
 #include <utility>
 
@@ -32,7 +32,7 @@ private:
 
     Position placed(Position p) const { return quantized_ ? Position{p.x * scale_.x + start_.x, p.y * scale_.y + start_.y} : p; }
 
-    // Quantized positions are differences from the one before.
+    // Quantized positions are differences from the previous position.
     Path arc(const Json& value, const Place& place) const {
         Path path;
         take_positions(array(value, place).size());
@@ -48,8 +48,8 @@ private:
 
     Position point(const Json& value, const Place& place) const override { return placed(position(value, place)); }
 
-    // Arcs begin where the one before ends; the ones' complement of a number names an arc that runs backwards. A short file can
-    // name a long arc as often as it likes.
+    // An arc begins at the end of the previous one; the ones' complement of a number is the reversed arc. A short file can use a
+    // long arc any number of times.
     Path path(const Json& value, const Place& place) const override {
         std::size_t count = array(value, place).size();
         for (std::size_t i = 0; i < value.size(); ++i) {
@@ -70,7 +70,7 @@ private:
         return path;
     }
 
-    // Its positions, and whether it runs backwards.
+    // Its positions, and whether it is reversed.
     std::pair<std::span<const Position>, bool> arc_of(const Json& value, const Place& place) const {
         const std::int64_t number = value.is_number_integer() ? value.get<std::int64_t>() : INT64_MAX;
         const auto index = static_cast<std::uint64_t>(number < 0 ? ~number : number);

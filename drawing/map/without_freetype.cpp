@@ -1,4 +1,4 @@
-// Builds without FreeType have no letters.
+// Labels in builds without FreeType: none.
 #include "drawing/map/label_font.h"
 
 namespace vorna::drawing::map {

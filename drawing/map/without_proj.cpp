@@ -1,4 +1,4 @@
-// Builds without PROJ know the projections of our own only.
+// Builds without PROJ have the built-in projections only.
 #include "drawing/map/projection.h"
 
 namespace vorna::drawing::map {
