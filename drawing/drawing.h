@@ -55,6 +55,7 @@ struct Model_View {
     std::optional<model::Edge_Choice> edges; // over faces; wireframes and hidden lines have all unless it says features
     std::optional<VT_RGB32> edge_color;      // none: one that stands out
     std::optional<VT_RGB32> color;           // none: the model's own
+    bool studio = false;                     // soft light, dark corners, outlines and a shadow on the ground; 32 bits a pixel
 };
 
 // A map (GeoJSON, TopoJSON) or a drawing (DXF).

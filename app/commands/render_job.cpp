@@ -64,6 +64,13 @@ void check_combinations(const Render_Options& options, VT_Int_Pair size, const P
                "--shading wireframe or hidden-line");
         refuse(!options.record.empty(), "--record", "pixels as the renderer draws them", look);
     }
+    if (!options.pass.empty()) {
+        const std::string pass = "--pass " + options.pass;
+        refuse(options.supersample > 1, pass, "pixels as the renderer draws them", supersample);
+        refuse(drawn || mapped, pass, "32 bits a pixel", indexed);
+        refuse(transparent, pass, "no background", "--background none");
+        refuse(options.has_edges(), pass, "shaded faces alone", "edges");
+    }
     if (!options.record.empty()) {
         const std::string pixels = "pixels as the renderer draws them";
         refuse(options.supersample > 1, "--record", pixels, supersample);
@@ -107,7 +114,8 @@ void describe(const Render_Options& options, const drawing::Job_Settings& settin
     const bool indexed = form.colors == drawing::Png_Form::Colors::palette;
     const drawing::Image_Part& part = settings.part;
     print("image", sides(form.width, form.height) + (part.is_whole() ? "" : " of " + sides(part.size.x, part.size.y)) +
-                       (indexed                    ? ", " + std::to_string(form.palette.size() / 3) + " colours"
+                       (settings.depths            ? ", depths of 16 bits"
+                        : indexed                  ? ", " + std::to_string(form.palette.size() / 3) + " colours"
                         : options.is_transparent() ? ", 32 bits a pixel, transparent"
                                                    : ", 32 bits a pixel"));
     const std::string threads = std::to_string(job.threads()) + (job.threads() == 1 ? " thread" : " threads");
@@ -188,6 +196,10 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
     if (!settings.transparent) {
         settings.background = background_of(options);
     }
+    if (!options.pass.empty()) {
+        settings.background = {0, 0, 0, 255};
+    }
+    settings.depths = options.pass == "depth";
     settings.palette = palette.drawn;
     settings.mapped_palette = palette.mapped;
     settings.input = drawing::name_of_input(options.models.front()) + (options.models.size() > 1 ? " and others" : "");

@@ -42,10 +42,7 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     const VT_Int_Pair size = image_size_of(options);
     const Palette_Choice palette = palette_of(options);
     drawing::Job_Settings settings = job_settings_of(options, size, palette);
-    drawing::Model_Look look{model_look_of(options), edge_settings_of(options), palette.drawn};
-    if (options.studio) {
-        look.picture.tint = drawing::model::Tint::own;
-    }
+    const drawing::Model_Look look{model_look_of(options), edge_settings_of(options), palette.drawn};
     style_of(options);
     if (options.has_edges() && look.edges.color) {
         settings.flat_colors.push_back(*look.edges.color);
@@ -61,8 +58,8 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     drawing::refuse_same_files(images, {options.output, options.record});
     const auto setup_start = Clock::now();
     drawing::Model_Parts parts = make_model(options, mesh);
-    if (options.studio && parts.faces) {
-        parts.studio = std::make_unique<drawing::Studio>(mesh, module);
+    if (options.studio) {
+        parts.add_studio(mesh, module);
     }
     drawing::Model_Drawing drawing(std::move(parts), look, camera_settings_of(options, mesh, size),
                                    std::max(options.turntable, 1));

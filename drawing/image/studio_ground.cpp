@@ -10,31 +10,63 @@ namespace {
 constexpr std::int32_t side = Studio_Ground::side;
 constexpr float full = 65536;
 
-// Means of 2 * reach + 1 values along rows or columns; beyond the map there is nothing.
-void blur_lines(std::vector<std::int32_t>& map, std::int32_t reach, std::size_t along, std::size_t across) {
-    std::vector<std::int32_t> line(static_cast<std::size_t>(side));
-    for (std::size_t l = 0; l < static_cast<std::size_t>(side); ++l) {
-        std::int64_t sum = 0;
-        const auto value = [&](std::int32_t i) { return i >= 0 && i < side ? line[static_cast<std::size_t>(i)] : 0; };
-        for (std::size_t i = 0; i < line.size(); ++i) {
-            line[i] = map[l * across + i * along];
+// A mean of 2 * reach + 1 values as a product, rounded down.
+class Mean {
+public:
+    explicit Mean(std::int32_t reach) : scale_((std::int64_t{1} << 32) / (2 * reach + 1)) {}
+    std::int32_t of(std::int32_t sum) const { return static_cast<std::int32_t>(sum * scale_ >> 32); }
+
+private:
+    std::int64_t scale_;
+};
+
+// Each value of a row becomes the mean of those up to the reach beside it; beyond the map there is nothing.
+void blur_row(std::int32_t* row, std::int32_t reach) {
+    std::array<std::int32_t, side> values;
+    std::copy_n(row, side, values.begin());
+    const auto value = [&](std::int32_t i) { return i >= 0 && i < side ? values[static_cast<std::size_t>(i)] : 0; };
+    const Mean mean(reach);
+    std::int32_t sum = 0;
+    for (std::int32_t i = 0; i < reach; ++i) {
+        sum += value(i);
+    }
+    for (std::int32_t i = 0; i < side; ++i) {
+        sum += value(i + reach);
+        row[i] = mean.of(sum);
+        sum -= value(i - reach);
+    }
+}
+
+// The same along columns, all of them side by side.
+void blur_columns(std::vector<std::int32_t>& map, std::int32_t reach) {
+    const std::vector<std::int32_t> values = map;
+    const Mean mean(reach);
+    std::array<std::int32_t, side> sums{};
+    const auto add = [&](std::int32_t row, std::int32_t sign) {
+        if (row >= 0 && row < side) {
+            const std::int32_t* of_row = &values[static_cast<std::size_t>(row * side)];
+            for (std::size_t i = 0; i < side; ++i) {
+                sums[i] += sign * of_row[i];
+            }
         }
-        for (std::int32_t i = -reach; i < reach; ++i) {
-            sum += value(i);
-        }
-        for (std::int32_t i = 0; i < side; ++i) {
-            sum += value(i + reach);
-            map[l * across + static_cast<std::size_t>(i) * along] = static_cast<std::int32_t>(sum / (2 * reach + 1));
-            sum -= value(i - reach);
-        }
+    };
+    for (std::int32_t row = 0; row < reach; ++row) {
+        add(row, 1);
+    }
+    for (std::int32_t row = 0; row < side; ++row) {
+        add(row + reach, 1);
+        std::ranges::transform(sums, &map[static_cast<std::size_t>(row * side)], [&](std::int32_t sum) { return mean.of(sum); });
+        add(row - reach, -1);
     }
 }
 
 // Three times the mean of a square, which is nearly a bell.
 void blur(std::vector<std::int32_t>& map, std::int32_t reach) {
     for (int pass = 0; pass < 3; ++pass) {
-        blur_lines(map, reach, 1, side);
-        blur_lines(map, reach, side, 1);
+        for (std::int32_t row = 0; row < side; ++row) {
+            blur_row(&map[static_cast<std::size_t>(row * side)], reach);
+        }
+        blur_columns(map, reach);
     }
 }
 

@@ -37,10 +37,14 @@ void Studio_Planes::take_faces(const Raster& drawn, const Raster& drawn_depths, 
             std::memcpy(&value, depth + 2 * i, 2);
             depths[first + i] = value;
         }
+        std::uint32_t last = 0, patch = no_patch;
         for (std::size_t i = 0; i < static_cast<std::size_t>(width); ++i) {
-            std::uint32_t& number = faces[first + i];
-            number &= 0xFFFFFF;
-            patches[first + i] = by_number[number].patch;
+            const std::uint32_t number = faces[first + i] &= 0xFFFFFF;
+            if (number != last) {
+                last = number;
+                patch = by_number[number].patch;
+            }
+            patches[first + i] = patch;
         }
     }
 }

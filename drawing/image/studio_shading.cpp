@@ -42,7 +42,7 @@ struct Studio_Shading::Block {
 
 Studio_Sizes Studio_Sizes::of(std::int32_t height, std::int32_t supersample) {
     constexpr std::int32_t largest_reach = 128;
-    const std::int32_t reach = std::clamp(height * supersample / 28, 6, largest_reach);
+    const std::int32_t reach = std::clamp(height * supersample / 24, 6, largest_reach);
     return {reach, supersample * std::max(1, (height + 600) / 1200), supersample > 1 ? 2 : 1};
 }
 
@@ -141,9 +141,9 @@ void Studio_Shading::add_lines(const Studio_Planes& planes, Block& block) const 
         const float crease = draws_creases ? 0.62F : 0.0F;
         for (std::size_t i = 0; i < block_size; ++i) {
             const float height = (block.depth[i] - depths[i]) * block.scale[i] + (block.across[i] * across + block.up[i] * up);
-            const float jump = std::abs(height) - 4.0F * block.slack[i];
+            const float jump = std::abs(height) - 4.0F * block.slack[i] - line;
             // Behind the edge of what is nearer lines are left to that.
-            const float behind = clamped((-height - 4.0F * block.slack[i] - line) * 0.25F);
+            const float behind = clamped((-height - 5.0F * block.slack[i] - 2.0F * line) * 0.2F);
             const float other_patch = others[i] != patches[i] ? crease : 0.0F;
             drawn[i] = most(drawn[i], most(behind, jump < 0.0F ? other_patch : 0.0F));
             const float turned =
@@ -181,7 +181,7 @@ void Studio_Shading::light(const Studio_Planes& planes, Block& block) const {
     }
     constexpr float of_channel = 1.0F / (255.0F * 255.0F * 65535.0F), of_level = 1.0F / 65535.0F;
     for (std::size_t i = 0; i < block_size; ++i) {
-        const float open = (1.0F - 0.95F * least(block.occlusion[i] * 1.25F, 1.0F)) * block.light[i];
+        const float open = (1.0F - 0.95F * least(block.occlusion[i] * 1.7F, 1.0F)) * block.light[i];
         const float gloss = highlight[i] * of_level;
         const auto channel = [&](int shift, float amount) {
             const auto own = static_cast<float>(static_cast<std::int32_t>(colors[i] >> shift & 255));

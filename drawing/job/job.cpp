@@ -52,6 +52,11 @@ void Job::choose_form() {
     std::vector<std::uint8_t> sample{background.red, background.green, background.blue, background.alpha};
     if (settings_.transparent) {
         sample.assign(4, 0);
+    } else if (settings_.depths) {
+        form_.colors = Png_Form::Colors::grey;
+        form_.sample_bits = 16;
+        form_.linear = true;
+        sample = {255, 255};
     } else if (dither_ || settings_.palette) {
         form_.colors = Png_Form::Colors::palette;
         if (dither_) {
@@ -153,7 +158,9 @@ void Job::draw_tiles() {
 void Job::store_tile(Worker& worker, std::size_t tile, const Row_Places& places) {
     const Tile_Grid& grid = plan_.grid;
     const VT_Int_Rectangle kept = grid.pixels(tile);
-    const Raster drawn = cut(raster_of(worker.renderer.session().color_buffer()), grid.window(tile), kept);
+    Session& session = worker.renderer.session();
+    const VT_Reference<VT_Shared_Image> depths = settings_.depths ? session.read_depth() : VT_Reference<VT_Shared_Image>();
+    const Raster drawn = cut(depths ? raster_of(*depths) : raster_of(session.color_buffer()), grid.window(tile), kept);
     const std::int32_t n = settings_.supersample;
     const std::size_t start = static_cast<std::size_t>((kept.left - grid.area.left) / n) * form_.pixel_bytes();
     const std::int32_t first_row = (grid.area.top - kept.top) / n;

@@ -8,11 +8,24 @@
 
 namespace vorna::drawing {
 
+namespace {
+
+// By how much a fitted model is smaller where a shadow lies beside it.
+constexpr double room_for_shadow = 0.92;
+
+} // namespace
+
 std::span<const VT_Vector> Model_Parts::points() const {
     if (faces) {
         return faces->points();
     }
     return edges ? std::span(edges->points()) : std::span<const VT_Vector>();
+}
+
+void Model_Parts::add_studio(const model::Mesh& mesh, const Module_Choice& module) {
+    if (faces) {
+        studio = std::make_unique<Studio>(mesh, module);
+    }
 }
 
 std::string Model_Parts::summary() const {
@@ -54,6 +67,9 @@ Model_Drawing::Model_Drawing(Model_Parts parts, const Model_Look& look, const mo
 Model_Drawing::Model_Drawing(Model_Parts parts, const Model_Look& look, const model::Camera_Settings& camera, std::int32_t frames)
     : parts_(std::move(parts)), look_(look), up_(model::up_direction(camera.up)) {
     model::Camera_Settings settings = camera;
+    if (parts_.studio && !settings.aim) {
+        settings.zoom *= room_for_shadow;
+    }
     cameras_.push_back(model::fit_camera(settings, parts_.points()));
     if (frames == 1) {
         return;

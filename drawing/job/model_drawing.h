@@ -28,6 +28,8 @@ struct Model_Parts {
     std::unique_ptr<model::Edge_Renderer> edges;
     std::unique_ptr<Studio> studio; // shades the faces; none = they are drawn with their light
 
+    // Shades the faces, if there are any, in the studio look. They must have been made without light.
+    void add_studio(const model::Mesh& mesh, const Module_Choice& module);
     // For fitting a camera; none when there is nothing to draw.
     std::span<const VT_Vector> points() const;
     std::string summary() const;

@@ -1,6 +1,7 @@
 // What of a model is drawn and how.
 #include "drawing/job/model_style.h"
 
+#include "drawing/job/studio.h"
 #include "drawing/model/scene_renderer.h"
 #include "drawing/model/textured_scene.h"
 #include "drawing/model/vectors.h"
@@ -27,6 +28,13 @@ model::Edge_Settings edge_settings_of(const Model_Style& style, std::optional<VT
 std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
                                          std::vector<std::string>& warnings) {
     const VT_RGB32 color = style.color.value_or(default_model_color);
+    const bool is_numbered = style.picture.tint == model::Tint::numbers;
+    if (is_numbered) {
+        check_countable(mesh);
+    }
+    if (is_numbered || style.picture.tint == model::Tint::normals) {
+        return std::make_unique<model::Scene_Renderer>(mesh, color, false, is_numbered);
+    }
     if (style.picture.shading == model::Shading::textured && model::Textured_Scene::has_work(mesh)) {
         return std::make_unique<model::Textured_Scene>(mesh, color, !style.color, warnings, limits);
     }

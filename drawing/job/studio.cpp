@@ -16,10 +16,7 @@ namespace {
 constexpr std::size_t most_triangles = (std::size_t{1} << 24) - 2;
 
 const model::Mesh& checked(const model::Mesh& mesh) {
-    if (mesh.triangle_count() > most_triangles) {
-        throw Usage_Error("--look studio: expected " + std::to_string(most_triangles) + " triangles at most, found " +
-                          std::to_string(mesh.triangle_count()));
-    }
+    check_countable(mesh);
     return mesh;
 }
 
@@ -31,6 +28,13 @@ void fill_with_zeros(const Frame_Buffer& buffer) {
 }
 
 } // namespace
+
+void check_countable(const model::Mesh& mesh) {
+    if (mesh.triangle_count() > most_triangles) {
+        throw Usage_Error("faces: expected " + std::to_string(most_triangles) + " triangles at most to be numbered, found " +
+                          std::to_string(mesh.triangle_count()));
+    }
+}
 
 Studio::Studio(const model::Mesh& mesh, const Module_Choice& module)
     : geometry_(checked(mesh), {}, false, true), faces_(mesh), module_(module) {

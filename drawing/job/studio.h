@@ -19,10 +19,12 @@
 
 namespace vorna::drawing {
 
+// Throws Usage_Error for a mesh with more triangles than colours of 24 bits can number.
+void check_countable(const model::Mesh& mesh);
+
 class Studio {
 public:
-    // The mesh may be gone afterwards. module: draws the ground's shadow; the calling thread loads it. Throws Usage_Error for a
-    // mesh of 2^24 - 1 triangles or more.
+    // The mesh may be gone afterwards. module: draws the picture for the ground's shadow. Throws as check_countable does.
     Studio(const model::Mesh& mesh, const Module_Choice& module);
 
     // Columns and rows that tiles need around them, see Tile_Grid. supersample, height: of the image.

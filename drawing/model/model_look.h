@@ -22,6 +22,7 @@ enum class Tint {
     lit,
     own,     // without light
     normals, // of the surface, in view space
+    numbers, // each triangle has a colour of its own, see Scene_Renderer::draw_numbers
 };
 
 struct Model_Look {

@@ -98,6 +98,7 @@ void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const 
     viewport_ = Viewport(grid.frame);
     flat_ = settings.shading == Shading::flat;
     unlit_ = settings.shading == Shading::hidden_line;
+    numbers_only_ = settings.tint == Tint::numbers;
     cull_backs_ = settings.culling == Culling::back;
     projection_.project(positions_, camera, grid.frame);
     if (!unlit_) {
@@ -265,7 +266,7 @@ void Scene_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendit
 }
 
 void Scene_Renderer::draw_numbers(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
-    draw_as({true, false, numbers_, numbers_}, renderer, rendition, tile);
+    draw_as(number_painting(), renderer, rendition, tile);
 }
 
 } // namespace vorna::drawing::model

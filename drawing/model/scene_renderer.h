@@ -55,7 +55,10 @@ private:
     Manner manner_of(std::size_t place) const noexcept;
     void cut_strips();
     Extent extent_of(const Run& run) const;
-    Painting painting() const noexcept { return {flat_, unlit_, tints_.front, tints_.back}; }
+    Painting painting() const noexcept {
+        return numbers_only_ ? number_painting() : Painting{flat_, unlit_, tints_.front, tints_.back};
+    }
+    Painting number_painting() const noexcept { return {true, false, numbers_, numbers_}; }
     Clip_Polygon clipped(std::size_t place, const Painting& painting) const;
     void draw_as(const Painting& painting, VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const;
     VT_DCI_Point device_point(const Clip_Vertex& vertex, std::size_t place) const;
@@ -73,7 +76,7 @@ private:
     // Of the prepared picture.
     Camera camera_;
     Viewport viewport_{{}};
-    bool flat_ = false, unlit_ = false, cull_backs_ = false;
+    bool flat_ = false, unlit_ = false, numbers_only_ = false, cull_backs_ = false;
     Projected_Points projection_; // of vertices
     Surface_Tints tints_;         // see Painting
     std::vector<Run> runs_;

@@ -48,6 +48,7 @@ void Surface_Tints::set(const Surfaces& surfaces, const Camera& camera, const Mo
         }
         break;
     }
+    case Tint::numbers: // have no place here
     case Tint::own:
         set_own_colors(surfaces, front);
         set_own_colors(surfaces, back);
