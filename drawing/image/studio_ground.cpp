@@ -89,7 +89,7 @@ Studio_Ground::Studio_Ground(const std::vector<std::uint16_t>& heights, const Ho
     for (std::int32_t row = 1; row < side - 1; ++row) {
         for (std::int32_t column = 1; column < side - 1; ++column) {
             const auto i = static_cast<std::size_t>(row * side + column);
-            map_[i] = (0.34F * static_cast<float>(near[i]) + 0.40F * static_cast<float>(all[i])) * (1 / full);
+            map_[i] = (0.42F * static_cast<float>(near[i]) + 0.46F * static_cast<float>(all[i])) * (1 / full);
         }
     }
 }

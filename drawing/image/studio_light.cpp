@@ -40,8 +40,8 @@ std::uint16_t level(double amount) {
 
 // Only +, -, *, / and square roots, which are the same on every machine.
 Studio_Lights::Studio_Lights(double x, double y, double z) : table_(std::size_t{side} * side) {
-    constexpr Amounts key_color{0.92, 0.885, 0.83}, fill_color{0.13, 0.145, 0.165}, sky_color{0.20, 0.21, 0.22},
-        floor_color{0.065, 0.06, 0.055}, rim_color{0.10, 0.11, 0.12};
+    constexpr Amounts key_color{0.92, 0.885, 0.83}, fill_color{0.13, 0.145, 0.165}, sky_color{0.25, 0.26, 0.27},
+        floor_color{0.055, 0.05, 0.047}, rim_color{0.10, 0.11, 0.12};
     constexpr double wrap = 0.22; // how far the key light reaches beyond the horizon of the form
     const Direction viewer{0, 0, 1}, key = Direction{x, y, z}.unit();
     const Direction fill = Direction{-key.x * 1.4, -0.15, 0.55}.unit();

@@ -31,6 +31,13 @@ float clamped(float value) {
 
 } // namespace
 
+// Loops over the lanes of a block are compiled twice where the linker can choose; both do the same to each lane.
+#if defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__) && defined(__linux__) && !defined(__SANITIZE_THREAD__)
+#define FOR_AVX2_TOO [[gnu::target_clones("avx2", "default")]]
+#else
+#define FOR_AVX2_TOO
+#endif
+
 // Up to so many pixels of a row, of which the first stands at a place of the planes.
 struct Studio_Shading::Block {
     std::size_t place;
@@ -42,40 +49,42 @@ struct Studio_Shading::Block {
 
 Studio_Sizes Studio_Sizes::of(std::int32_t height, std::int32_t supersample) {
     constexpr std::int32_t largest_reach = 128;
-    const std::int32_t reach = std::clamp(height * supersample / 24, 6, largest_reach);
+    const std::int32_t reach = std::clamp(height * supersample / 15, 6, largest_reach);
     return {reach, supersample * std::max(1, (height + 600) / 1200), supersample > 1 ? 2 : 1};
 }
 
-// Places on a spiral by the golden angle: whichever way one looks, some are there.
+// Places on a spiral by the golden angle, so that they lie in all directions, denser and heavier near the pixel.
 Studio_Shading::Studio_Shading(const Studio_Sizes& sizes, const Studio_Lights& lights, std::vector<Studio_Face> faces,
                                std::vector<float> pixels_per_step, Studio_Ground ground)
     : sizes_(sizes), lights_(lights), faces_(std::move(faces)), pixels_per_step_(std::move(pixels_per_step)),
       ground_(std::move(ground)), samples_(static_cast<std::size_t>(sizes.row_sets)) {
     constexpr double cosine = -0.7373688780783197, sine = 0.6754902942615238;
-    const int count = sizes.row_sets == 1 ? 20 : 24;
-    double x = 1, y = 0, total = 0;
+    const int count = sizes.row_sets == 1 ? 32 : 48;
+    std::vector<float> totals(samples_.size());
+    double x = 1, y = 0;
     for (int i = 0; i < count; ++i) {
-        const double distance = sizes.reach * (i + 0.75) / count;
-        const Sample sample{static_cast<std::int32_t>(std::floor(x * distance + 0.5)),
-                            static_cast<std::int32_t>(std::floor(y * distance + 0.5)), 0, 1};
+        const double part = (i + 0.75) / count, distance = sizes.reach * part * std::sqrt(part);
+        const auto across = static_cast<std::int32_t>(std::floor(x * distance + 0.5)),
+                   up = static_cast<std::int32_t>(std::floor(y * distance + 0.5));
         const double turned = x * cosine - y * sine;
         y = x * sine + y * cosine;
         x = turned;
-        const double size = std::sqrt(static_cast<double>(sample.across * sample.across + sample.up * sample.up));
-        if (size > 0) {
-            samples_[static_cast<std::size_t>(i % sizes.row_sets)].push_back(
-                {sample.across, sample.up, static_cast<float>(1 / size), 1});
-            total += 1;
+        if (across != 0 || up != 0) {
+            const double over_distance = 1 / std::sqrt(static_cast<double>(across * across + up * up));
+            const auto set = static_cast<std::size_t>(i % sizes.row_sets);
+            samples_[set].push_back(
+                {across, up, static_cast<float>(over_distance), static_cast<float>(1 - 0.6 * part * std::sqrt(part))});
+            totals[set] += samples_[set].back().weight;
         }
     }
-    for (std::vector<Sample>& set : samples_) {
-        for (Sample& sample : set) {
-            sample.weight = 1.0F / static_cast<float>(set.size());
+    for (std::size_t set = 0; set < samples_.size(); ++set) {
+        for (Sample& sample : samples_[set]) {
+            sample.weight /= totals[set];
         }
     }
 }
 
-void Studio_Shading::gather(const Studio_Planes& planes, Block& block) const {
+FOR_AVX2_TOO void Studio_Shading::gather(const Studio_Planes& planes, Block& block) const {
     const std::uint32_t* numbers = &planes.faces[block.place];
     for (std::size_t i = 0; i < block_size; ++i) {
         const float depth = planes.depths[block.place + i];
@@ -93,7 +102,8 @@ void Studio_Shading::gather(const Studio_Planes& planes, Block& block) const {
 
 // A neighbour occludes by the angle at which it rises above the plane, and less when it rises so high that it is rather something
 // else far in front.
-void Studio_Shading::add_occlusion(const Studio_Planes& planes, const std::vector<Sample>& samples, Block& block) const {
+FOR_AVX2_TOO void Studio_Shading::add_occlusion(const Studio_Planes& planes, const std::vector<Sample>& samples,
+                                                Block& block) const {
     block.occlusion.fill(0);
     const float over_range = 1.0F / (1.2F * static_cast<float>(sizes_.reach));
     for (const Sample& sample : samples) {
@@ -113,7 +123,7 @@ void Studio_Shading::add_occlusion(const Studio_Planes& planes, const std::vecto
 
 // Outlines, where the patch or the depth changes; ridges and grooves, where the normal turns away or towards from one side to the
 // other.
-void Studio_Shading::add_lines(const Studio_Planes& planes, Block& block) const {
+FOR_AVX2_TOO void Studio_Shading::add_lines(const Studio_Planes& planes, Block& block) const {
     const std::int32_t before = sizes_.line / 2, after = sizes_.line - before;
     const auto line = static_cast<float>(sizes_.line);
     struct Neighbour {
@@ -158,7 +168,7 @@ void Studio_Shading::add_lines(const Studio_Planes& planes, Block& block) const 
     }
 }
 
-void Studio_Shading::light(const Studio_Planes& planes, Block& block) const {
+FOR_AVX2_TOO void Studio_Shading::light(const Studio_Planes& planes, Block& block) const {
     Lane_Floats red, green, blue, highlight;
     std::array<std::int32_t, block_size> columns, rows;
     const std::uint32_t *normals = &planes.normals[block.place], *colors = &planes.colors[block.place],
@@ -181,7 +191,7 @@ void Studio_Shading::light(const Studio_Planes& planes, Block& block) const {
     }
     constexpr float of_channel = 1.0F / (255.0F * 255.0F * 65535.0F), of_level = 1.0F / 65535.0F;
     for (std::size_t i = 0; i < block_size; ++i) {
-        const float open = (1.0F - 0.95F * least(block.occlusion[i] * 1.7F, 1.0F)) * block.light[i];
+        const float open = (1.0F - 0.95F * least(block.occlusion[i] * 1.9F, 1.0F)) * block.light[i];
         const float gloss = highlight[i] * of_level;
         const auto channel = [&](int shift, float amount) {
             const auto own = static_cast<float>(static_cast<std::int32_t>(colors[i] >> shift & 255));
