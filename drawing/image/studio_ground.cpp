@@ -73,8 +73,9 @@ void blur(std::vector<std::int32_t>& map, std::int32_t reach) {
 } // namespace
 
 Studio_Ground::Studio_Ground(const std::vector<std::uint16_t>& heights, const Homography& map_from_image,
-                             const VT_Int_Rectangle& visible)
-    : map_(heights.size()), map_from_image_(map_from_image), visible_(visible) {
+                             const VT_Int_Rectangle& visible, const VT_Int_Rectangle& frame)
+    : map_(heights.size()), map_from_image_(map_from_image), visible_(visible), frame_(frame),
+      per_pixel_(20.0F / static_cast<float>(frame.top - frame.bottom + 1)) {
     constexpr std::int32_t near_height = 5000; // of 65535
     std::vector<std::int32_t> near(heights.size()), all(heights.size());
     for (std::size_t i = 0; i < heights.size(); ++i) {
@@ -117,7 +118,9 @@ void Studio_Ground::shade(std::int32_t x, std::int32_t y, std::int32_t count, fl
         const auto right_part = static_cast<float>(u - left), top_part = static_cast<float>(v - bottom);
         const float* map = &map_[static_cast<std::size_t>(bottom * side + left)];
         const float low = map[0] + (map[1] - map[0]) * right_part, high = map[side] + (map[side + 1] - map[side]) * right_part;
-        light[column - x] *= 1 - (low + (high - low) * top_part);
+        const std::int32_t to_border = std::min({column - frame_.left, frame_.right - column, y - frame_.bottom, frame_.top - y});
+        const float whole = std::min(static_cast<float>(to_border) * per_pixel_, 1.0F);
+        light[column - x] *= 1 - (low + (high - low) * top_part) * whole;
     }
 }
 

@@ -179,7 +179,6 @@ std::optional<Studio_Ground> Ground_View::seen(const Camera& camera, const VT_In
         }
     }
     // All of the map is seen where its corners are before the viewer.
-    VT_Int_Rectangle visible = frame;
     Extent extent;
     for (const double u : {0.0, 2 * half}) {
         for (const double v : {0.0, 2 * half}) {
@@ -189,13 +188,14 @@ std::optional<Studio_Ground> Ground_View::seen(const Camera& camera, const VT_In
                 return static_cast<std::int32_t>(std::clamp(std::floor(value(row) / w), -1e9, 1e9));
             };
             if (!(w > 1e-6)) {
-                return Studio_Ground(heights, map, frame);
+                return Studio_Ground(heights, map, frame, frame);
             }
             extent.include({place(0), place(1), 0});
         }
     }
-    visible = common_part(frame, {extent.box.left - 1, extent.box.right + 1, extent.box.bottom - 1, extent.box.top + 1});
-    return Studio_Ground(heights, map, visible);
+    const VT_Int_Rectangle visible =
+        common_part(frame, {extent.box.left - 1, extent.box.right + 1, extent.box.bottom - 1, extent.box.top + 1});
+    return Studio_Ground(heights, map, visible, frame);
 }
 
 } // namespace vorna::drawing::model
