@@ -1,10 +1,14 @@
 // What the studio look is made of: patches of surfaces, and means of light.
+#include <cmath>
 #include <set>
 
 #include <gtest/gtest.h>
 
 #include "drawing/image/pixel_finish.h"
+#include "drawing/model/clipper.h"
 #include "drawing/model/patches.h"
+#include "drawing/model/studio_view.h"
+#include "drawing/model/vectors.h"
 #include "tests/support/meshes.h"
 
 namespace vorna::drawing::model {
@@ -48,6 +52,40 @@ TEST(Patches, end_at_sharp_edges_only) {
         two.triangles.push_back(vertex + first);
     }
     EXPECT_EQ(patch_count(two), 2U);
+}
+
+TEST(Studio_Faces, have_the_slopes_and_sizes_that_the_depth_buffer_has) {
+    Mesh mesh = bumpy_grid(9, 7, 5);
+    finish_mesh(mesh, "m");
+    const Studio_Faces faces(mesh);
+    const VT_Int_Rectangle frame{0, 800, 0, 600};
+    for (const Projection projection : {Projection::perspective, Projection::orthographic}) {
+        const Camera camera = fit_camera({.projection = projection, .aspect = 4.0 / 3}, mesh.positions);
+        const std::vector<Studio_Face> seen = faces.seen(camera, frame, 1e-6);
+        const std::vector<float> sizes = pixels_per_step(camera, frame);
+        const auto device = [&](const VT_Vector& place) {
+            const Clip_Point p = transformed(camera.clip_from_model, place);
+            return VT_Vector_D{(p.x / p.w + 1) * 400, (p.y / p.w + 1) * 300, p.z / p.w * 65535};
+        };
+        int compared = 0;
+        for (std::size_t t = 0; t < mesh.triangle_count(); ++t) {
+            const auto corner = [&](std::size_t k) { return mesh.positions[mesh.triangles[3 * t + k]]; };
+            const VT_Vector_D a = device(corner(0)), b = device(corner(1)) - a, c = device(corner(2)) - a;
+            const double area = b.x * c.y - b.y * c.x;
+            const double across = (b.z * c.y - c.z * b.y) / area, up = (c.z * b.x - b.z * c.x) / area;
+            const double size = sizes[static_cast<std::size_t>(a.z)];
+            if (std::abs(across * size) + std::abs(up * size) < 5) {
+                EXPECT_NEAR(seen[t + 1].across * size, across * size, 0.02);
+                EXPECT_NEAR(seen[t + 1].up * size, up * size, 0.02);
+                ++compared;
+            }
+            // As far behind the corner as a pixel is wide there.
+            const VT_Vector right = corner(0) + narrowed(camera.right * 0.01),
+                            behind = corner(0) + narrowed(camera.toward * -0.01);
+            EXPECT_NEAR((device(behind).z - a.z) * size, device(right).x - a.x, 0.05);
+        }
+        EXPECT_GT(compared, 50);
+    }
 }
 
 TEST(Finish, the_mean_of_light_is_that_of_squares_and_leaves_even_colours_alone) {
