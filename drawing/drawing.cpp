@@ -22,25 +22,37 @@ std::shared_ptr<Load_Limits> limits_of(const Reading& reading) {
                                          reading.outside_of_folder);
 }
 
-void check(const Image_Settings& settings, VT_Int_Pair size) {
+std::int32_t supersample_of_model(const Image_Settings& settings) {
+    if (settings.supersample != 0) {
+        return settings.supersample;
+    }
+    return settings.indexed || settings.smooth_lines ? 1 : default_supersample(settings.size);
+}
+
+std::int32_t supersample_of_map(const Image_Settings& settings) {
+    return settings.supersample != 0 ? settings.supersample : 1;
+}
+
+void check(const Image_Settings& settings, VT_Int_Pair size, std::int32_t supersample) {
     const auto expect = [](bool right, const char* what) {
         if (!right) {
             throw Usage_Error(what);
         }
     };
-    expect(settings.supersample >= 1 && settings.supersample <= 8, "supersample: expected 1 to 8");
-    const std::int32_t most = largest_side / settings.supersample;
+    expect(supersample >= 1 && supersample <= 8, "supersample: expected 1 to 8");
+    const std::int32_t most = largest_side / supersample;
     expect(size.x >= 1 && size.x <= most && size.y >= 1 && size.y <= most,
            "size: expected sides from 1 to 262144, divided by supersample");
     expect(!settings.indexed || !settings.transparent, "transparent: expected 32 bits a pixel");
-    expect(!settings.indexed || settings.supersample == 1, "supersample: expected 32 bits a pixel");
+    expect(!settings.indexed || supersample == 1, "supersample: expected 32 bits a pixel");
     expect(!settings.indexed || !settings.smooth_lines, "smooth_lines: expected 32 bits a pixel");
 }
 
-Job_Settings job_settings_of(const Image_Settings& settings, VT_Int_Pair size, std::string input) {
+Job_Settings job_settings_of(const Image_Settings& settings, VT_Int_Pair size, std::int32_t supersample, std::string input) {
+    check(settings, size, supersample);
     Job_Settings job;
     job.part.size = size;
-    job.supersample = settings.supersample;
+    job.supersample = supersample;
     job.threads = settings.threads;
     job.max_memory = settings.max_memory;
     job.background = settings.background;
@@ -85,7 +97,7 @@ Model::Model(const std::vector<std::string>& files, const Reading& reading)
     for (const std::string& file : files) {
         inputs.push_back(open_input(file, "", *content_->limits));
     }
-    content_->mesh = model::load_models(inputs, *content_->limits, reading.accepts_no_triangles);
+    content_->mesh = model::load_models(inputs, *content_->limits, reading.accepts_no_triangles, reading.crease);
 }
 
 Model::Model(model::Mesh mesh) : content_(new Content{limits_of({}), "mesh", std::move(mesh)}) {
@@ -101,6 +113,14 @@ Model::~Model() = default;
 
 std::size_t Model::triangle_count() const {
     return content_->mesh.triangle_count();
+}
+
+std::size_t Model::line_count() const {
+    return content_->mesh.line_count();
+}
+
+std::size_t Model::point_count() const {
+    return content_->mesh.points.size();
 }
 
 const std::vector<std::string>& Model::warnings() const {
@@ -129,10 +149,10 @@ std::vector<std::string> Map::warnings() const {
 // A drawing and its job, for one image.
 struct Image_Maker {
     Image_Maker(const Model& model, const Model_View& view, const Image_Settings& settings) {
-        check(settings, settings.size);
+        job = job_settings_of(settings, settings.size, supersample_of_model(settings), model.content_->name);
         const model::Mesh& mesh = model.content_->mesh;
         const std::optional<VT_RGB32> background = settings.transparent ? std::nullopt : std::optional(settings.background);
-        Model_Style style{view.look, view.edges, view.edge_color, view.color};
+        Model_Style style{view.look, view.edges, view.edge_color, view.color, view.line_width, view.point_size};
         if (view.studio) {
             const auto shading = view.look.shading;
             if (settings.indexed || shading == model::Shading::wireframe || shading == model::Shading::hidden_line) {
@@ -144,7 +164,6 @@ struct Image_Maker {
         if (!camera) {
             throw Usage_Error("camera: expected two places apart and another direction that points up");
         }
-        job = job_settings_of(settings, settings.size, model.content_->name);
         if (settings.indexed) {
             job.palette = new VT_Palette;
         }
@@ -155,9 +174,8 @@ struct Image_Maker {
             parts.add_studio(mesh, module);
             job.linear = true;
         }
-        drawing = std::make_unique<Model_Drawing>(
-            std::move(parts), Model_Look{style.picture, edge_settings_of(style, background, settings.smooth_lines), job.palette},
-            *camera);
+        drawing = std::make_unique<Model_Drawing>(std::move(parts),
+                                                  look_of(style, background, settings.smooth_lines, job.palette), *camera);
     }
 
     Image_Maker(const Map& map, const Image_Settings& settings) {
@@ -168,8 +186,7 @@ struct Image_Maker {
         if (size.y == 0 && size.x > 0) {
             size = scene.fitted(size).size;
         }
-        check(settings, size);
-        job = job_settings_of(settings, size, map.content_->name);
+        job = job_settings_of(settings, size, supersample_of_map(settings), map.content_->name);
         auto found =
             std::make_unique<Map_Drawing>(map.content_->scene, Map_Look{background, settings.indexed, settings.smooth_lines});
         job.palette = found->palette();

@@ -24,10 +24,13 @@ namespace vorna::drawing {
 struct Reading {
     std::uint64_t max_memory = 0;      // bytes; 0 = 1 GiB, or 64 times what the files have where that is more
     bool outside_of_folder = false;    // whether files that models name may lie outside of the models' folders
-    bool accepts_no_triangles = false; // whether models may be empty
+    bool accepts_no_triangles = false; // whether models may be empty, without triangles, lines and points
+    // Degrees between faces that are shaded as one surface where a model gives no normals. None: 30, or the file's smoothing
+    // groups.
+    std::optional<double> crease;
 };
 
-// Triangles with their materials.
+// Triangles with their materials, lines and points.
 class VORNA_DRAWING_API Model {
 public:
     // Files that are drawn together, each where its coordinates have it.
@@ -39,6 +42,8 @@ public:
     ~Model();
 
     std::size_t triangle_count() const;
+    std::size_t line_count() const;
+    std::size_t point_count() const;
     // What of the materials could not be read, a line each.
     const std::vector<std::string>& warnings() const;
 
@@ -55,6 +60,8 @@ struct Model_View {
     std::optional<model::Edge_Choice> edges; // over faces; wireframes and hidden lines have all unless it says features
     std::optional<VT_RGB32> edge_color;      // none: one that stands out
     std::optional<VT_RGB32> color;           // none: the model's own
+    std::int32_t line_width = 1;             // pixels, of the model's own lines
+    std::int32_t point_size = 0;             // pixels, 0 = by the number of points
     bool studio = false;                     // soft light, dark corners, outlines and a shadow on the ground; 32 bits a pixel
 };
 
@@ -86,7 +93,9 @@ struct Image_Settings {
     bool transparent = false; // instead of the background
     bool indexed = false;     // 8 bits a pixel, of the standard palette or one with the map's own colours
     bool smooth_lines = false;
-    std::int32_t supersample = 1; // 1 to 8: the mean of so many pixels each way, smooth faces and lines
+    // The mean of so many pixels each way, 1 to 8: smooth faces and lines. 0 = 2 for models that are neither indexed nor
+    // smooth_lines nor larger than 2^24 pixels, else 1.
+    std::int32_t supersample = 0;
     unsigned threads = 0;         // 0 = as many as there are processors
     std::uint64_t max_memory = std::uint64_t{1} << 30;
     bool allow_empty = true; // whether an image may show nothing but the background

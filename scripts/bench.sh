@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Measures the renderer beside memory and its peers, writes the table into docs/performance.md and draws the plots of cost against
-# size. Takes ten minutes; the machine should have nothing else to do. usage: bench.sh [BENCH-OPTION...]
+# Measures the renderer beside memory and its peers, then image files, digests and whole processes, writes the tables into
+# docs/performance.md and draws the plots of cost against size. Takes ten minutes; the machine should have nothing else to do. usage: bench.sh [BENCH-OPTION...]
 # --only REGEX chooses what is measured, --rounds N how often. With options the table is only printed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -9,7 +9,7 @@ source scripts/packages.sh
 install_packages "${build_packages[@]}" glmark2-data libagg-dev libcairo2-dev libosmesa6-dev libpixman-1-dev libsdl2-dev pkgconf python3
 step "build"
 cmake --preset gcc-release -B build/bench -D VORNA_BUILD_TESTS=OFF -D VORNA_BUILD_COMMAND=ON -D VORNA_BUILD_BENCHMARKS=ON >/dev/null
-cmake --build build/bench -j "$(nproc)" --target bench
+cmake --build build/bench -j "$(nproc)" --target bench --target vorna
 
 mkdir -p out
 run_bench() {
@@ -32,4 +32,6 @@ awk -v table=out/bench.md '
     $0 == "<!-- table -->" { inside = 1; print ""; while ((getline line < table) > 0) print line; print "" }
 ' "$page" >"$page.part"
 mv "$page.part" "$page"
+step "measure files and processes"
+scripts/bench-files.py build/bench/bin/vorna /usr/share/glmark2/models/bunny.obj "$page"
 echo "written to $page and docs/images, with all times in out/bench.json and out/sizes.json"

@@ -248,7 +248,7 @@ void check_hard_clip(Trial& trial) {
         const Contents noise = contents_of(renderer);
         for (int round = 0; round < trial.scaled(8); ++round) {
             for (const std::string_view slot : slot_names()) {
-                if (!cuts_to_hard_clip(slot)) {
+                if (!clips_to_hard_clip(slot)) {
                     continue;
                 }
                 const Call call = random_call(random, slot, window);

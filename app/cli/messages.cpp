@@ -7,6 +7,8 @@
 #include <new>
 
 #include "app/cli/command.h"
+#include "drawing/files/output_files.h"
+#include "drawing/files/standard_streams.h"
 #include "drawing/files/usage_error.h"
 
 namespace vorna::app {
@@ -47,6 +49,17 @@ void print(std::FILE* stream, const std::string& text) {
 
 void warn(const std::string& text) {
     print(stderr, "vorna: warning: " + drawing::printable(text) + '\n');
+}
+
+void print_line(const std::string& output, const std::string& line) {
+    print(drawing::is_standard_output(output) ? stderr : stdout, line + '\n');
+}
+
+void refuse_terminal(const char* option, const std::string& name) {
+    if (drawing::is_standard_output(name) && drawing::is_terminal(stdout)) {
+        throw drawing::Usage_Error(std::string(option) + ' ' + name +
+                                   ": expected a file or a pipe for an image, found a terminal");
+    }
 }
 
 Ending ending_of(const std::exception& error) {

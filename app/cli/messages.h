@@ -15,6 +15,12 @@ void print(std::FILE* stream, const std::string& text);
 // Prints a warning: the command continues.
 void warn(const std::string& text);
 
+// Prints a line about a file that was written: on standard output unless the file itself went there.
+void print_line(const std::string& output, const std::string& line);
+
+// Throws Usage_Error when an image would go to a terminal. option: its name.
+void refuse_terminal(const char* option, const std::string& name);
+
 // How a command ends that has thrown: a line, and its exit status.
 struct Ending {
     int status;

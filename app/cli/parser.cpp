@@ -270,12 +270,12 @@ std::vector<std::string> prepared_arguments(const Program& program, std::vector<
     return arguments;
 }
 
-} // namespace
-
-// The library's parser, made from the table.
-class Parser::Library {
+// The library's parser, made from the table. Commands that the arguments do not name have no options there: adding all of them
+// takes longer than all else that a short command does.
+class Library_Parser {
 public:
-    explicit Library(const Program& program) : program_(program), application_(program.itself.summary, program.itself.name) {
+    Library_Parser(const Program& program, const std::vector<std::string>& arguments)
+        : program_(program), application_(program.itself.summary, program.itself.name) {
         application_.set_help_flag("-h,--help");
         application_.set_version_flag("--version", program.itself.name + " " + VORNA_VERSION_TEXT);
         application_.allow_windows_style_options(false); // a path may begin with a slash there too
@@ -285,9 +285,11 @@ public:
         reject_malformed_values(application_, *application_.get_option("--help"), {});
         for (const Command& command : program.commands) {
             CLI::App& parser = *application_.add_subcommand(command.name, command.summary);
-            add_options(parser, command);
-            reject_malformed_values(parser, *parser.get_option("--help"), {});
             parser.fallthrough();
+            if (std::ranges::find(arguments, command.name) != arguments.end()) {
+                add_options(parser, command);
+                reject_malformed_values(parser, *parser.get_option("--help"), {});
+            }
         }
     }
 
@@ -324,17 +326,15 @@ private:
     CLI::App application_;
 };
 
-Parser::Parser(const Program& program) : program_(program), library_(std::make_unique<Library>(program)) {
-}
+} // namespace
 
-Parser::~Parser() = default;
-
-Request Parser::parse(std::vector<std::string> arguments) {
-    return library_->parse(prepared_arguments(program_, std::move(arguments)));
+Request parsed(const Program& program, std::vector<std::string> arguments) {
+    arguments = prepared_arguments(program, std::move(arguments));
+    return Library_Parser(program, arguments).parse(arguments);
 }
 
 int run_command_line(const Program& program, std::vector<std::string> arguments) {
-    const Request request = Parser(program).parse(std::move(arguments));
+    const Request request = parsed(program, std::move(arguments));
     if (!request.given.command) {
         std::cout << request.text;
         return exit_status::done;

@@ -1,7 +1,6 @@
 // Parses command lines by the tables of options.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,24 +14,10 @@ struct Request {
     std::string text;
 };
 
-class Parser {
-public:
-    // The program must outlive the parser.
-    explicit Parser(const Program& program);
-    Parser(const Parser&) = delete;
-    Parser& operator=(const Parser&) = delete;
-    ~Parser();
-
-    // Stores the values where the tables say. arguments: without the program's name; those behind -- are files, whatever their
-    // names begin with. Throws Usage_Error for arguments that it does not understand, with a message in one line: the option or
-    // argument, what was expected and what was found.
-    Request parse(std::vector<std::string> arguments);
-
-private:
-    class Library;
-    const Program& program_;
-    std::unique_ptr<Library> library_;
-};
+// Stores the values where the tables say. arguments: without the program's name; those behind -- are files, whatever their names
+// begin with. Throws Usage_Error for arguments that it does not understand, with a message in one line: the option or argument,
+// what was expected and what was found.
+Request parsed(const Program& program, std::vector<std::string> arguments);
 
 // Parses the arguments and runs the command, or prints the text. Returns the exit status.
 int run_command_line(const Program& program, std::vector<std::string> arguments);

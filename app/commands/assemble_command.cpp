@@ -12,12 +12,16 @@
 #include <vector>
 
 #include "app/cli/command.h"
+#include "app/cli/messages.h"
 #include "app/cli/progress.h"
+#include "app/commands/output_options.h"
 #include "drawing/files/interruption.h"
 #include "drawing/files/load_limits.h"
 #include "drawing/files/memory.h"
 #include "drawing/files/output_file.h"
+#include "drawing/files/output_files.h"
 #include "drawing/files/path.h"
+#include "drawing/image/image_formats.h"
 #include "drawing/image/sha256.h"
 #include "drawing/job/image_stream.h"
 #include "drawing/job/part_reader.h"
@@ -28,7 +32,8 @@ namespace {
 
 struct Assemble_Options {
     std::vector<std::string> parts;
-    std::string output, max_memory;
+    Output_Options image;
+    std::string max_memory;
     unsigned threads = 0;
     bool hash = false;
 };
@@ -41,7 +46,7 @@ std::string number_text(const drawing::Image_Part& part) {
 // The files by the numbers of their parts. Throws Usage_Error when they are not the parts of one image.
 struct Part_Files {
     drawing::Image_Part part;                  // the first one
-    drawing::Png_Form form;                    // of the whole image
+    drawing::Image_Form form;                  // of the whole image
     std::map<std::int32_t, std::string> names; // by number; a part of as many as it says does not make them all
 
     explicit Part_Files(const std::vector<std::string>& files) {
@@ -68,11 +73,12 @@ private:
             form.width = static_cast<std::uint32_t>(part.size.x);
             form.height = static_cast<std::uint32_t>(part.size.y);
             form.place.clear();
+            form.reducible = true;
         }
         if (found.size != part.size || found.columns != part.columns || found.rows != part.rows) {
             throw drawing::Usage_Error(reader.name() + ": expected a part of the same image, found " + number_text(found));
         }
-        if (reader.form().colors != form.colors || reader.form().palette != form.palette) {
+        if (reader.form().colors != form.colors || reader.form().opaque != form.opaque || reader.form().palette != form.palette) {
             throw drawing::Usage_Error(reader.name() + ": expected pixels like those of the other parts, found others");
         }
         std::string& name = names[found.number];
@@ -88,7 +94,7 @@ private:
 class Part_Source {
 public:
     explicit Part_Source(const Part_Files& files) : files_(files), readers_(static_cast<std::size_t>(files.part.columns)) {
-        const std::uint32_t block = drawing::png_block_rows(files.form);
+        const std::uint32_t block = drawing::image_encoder(files.form)->block_rows();
         source_.parts = static_cast<std::uint32_t>(files.part.columns);
         source_.in_order = true;
         for (std::int32_t row = 0; row < files.part.rows; ++row) {
@@ -137,13 +143,16 @@ private:
 };
 
 void assemble(const Assemble_Options& options) {
-    drawing::refuse_terminal("-o", options.output);
-    drawing::refuse_same_files(options.parts, {options.output});
-    const Part_Files files(options.parts);
+    refuse_terminal("-o", options.image.output);
+    drawing::refuse_same_files(options.parts, {options.image.output});
+    Part_Files files(options.parts);
+    files.form.file = output_file_of(options.image);
+    files.form.compression = compression_of(options.image);
+    check_output(options.image, files.form.width, files.form.height, !files.form.opaque);
     Part_Source parts(files);
     drawing::Stream_Settings settings;
     settings.threads = options.threads > 0 ? options.threads : std::max(1U, std::thread::hardware_concurrency());
-    settings.rows_ahead = (2 * settings.threads + 2) * png_block_rows(files.form);
+    settings.rows_ahead = (2 * settings.threads + 2) * drawing::image_encoder(files.form)->block_rows();
     drawing::Load_Limits limits(drawing::parsed_limit(options.max_memory));
     for (const auto& [number, name] : files.names) {
         std::error_code none;
@@ -155,13 +164,13 @@ void assemble(const Assemble_Options& options) {
     drawing::Sha256 hash;
     settings.hash = options.hash ? &hash : nullptr;
     const drawing::Interruption interruption;
-    drawing::Output_File file(options.output);
+    drawing::Output_File file(options.image.output);
     Progress progress;
     settings.progress = [&progress](double done) { progress.show(done); };
     drawing::stream_image(file, files.form, parts.source(), settings);
     file.commit();
     if (options.hash) {
-        drawing::print_line(options.output, hash.finish());
+        print_line(options.image.output, hash.finish());
     }
 }
 
@@ -169,7 +178,7 @@ void assemble(const Assemble_Options& options) {
 
 Command assemble_command() {
     const auto options = std::make_shared<Assemble_Options>();
-    return {
+    Command command{
         .name = "assemble",
         .summary = "Join the parts of an image that vorna render --tiles-of has drawn.",
         .arguments = {{.names = {"parts"},
@@ -177,12 +186,7 @@ Command assemble_command() {
                        .text = "All parts, in any order",
                        .target = &options->parts,
                        .is_required = true}},
-        .options = {{.names = {"-o", "--output"},
-                     .value = output_value("FILE.png", {"png"}),
-                     .text = "PNG file to write; - is standard output",
-                     .target = &options->output,
-                     .is_required = true},
-                    {.names = {"--threads"},
+        .options = {{.names = {"--threads"},
                      .value = whole_value("N", 1, 1024),
                      .text = "Threads that compress; as many as there are processors if not given",
                      .target = &options->threads},
@@ -194,6 +198,8 @@ Command assemble_command() {
             assemble(*options);
             return exit_status::done;
         }};
+    add_output_options(command.options, options->image, default_group);
+    return command;
 }
 
 } // namespace vorna::app

@@ -16,6 +16,7 @@
 #include "app/cli/command.h"
 #include "app/cli/messages.h"
 #include "drawing/files/output_file.h"
+#include "drawing/files/output_files.h"
 
 namespace vorna::app {
 

@@ -12,6 +12,7 @@
 #include "drawing/files/input_file.h"
 #include "drawing/files/memory.h"
 #include "drawing/files/output_file.h"
+#include "drawing/files/output_files.h"
 #include "drawing/image/image_comparison.h"
 
 namespace vorna::app {

@@ -30,11 +30,10 @@ const Choices<drawing::model::View> views{{"iso", drawing::model::View::iso},   
 const Choices<drawing::model::Up_Axis> up_axes{
     {"y", drawing::model::Up_Axis::y},        {"z", drawing::model::Up_Axis::z},        {"x", drawing::model::Up_Axis::x},
     {"-y", drawing::model::Up_Axis::minus_y}, {"-z", drawing::model::Up_Axis::minus_z}, {"-x", drawing::model::Up_Axis::minus_x}};
-const Choices<drawing::model::Shading> shadings{{"gouraud", drawing::model::Shading::gouraud},
-                                                {"flat", drawing::model::Shading::flat},
-                                                {"textured", drawing::model::Shading::textured},
-                                                {"wireframe", drawing::model::Shading::wireframe},
-                                                {"hidden-line", drawing::model::Shading::hidden_line}};
+const Choices<drawing::model::Shading> shadings{
+    {"auto", drawing::model::Shading::automatic},      {"gouraud", drawing::model::Shading::gouraud},
+    {"flat", drawing::model::Shading::flat},           {"textured", drawing::model::Shading::textured},
+    {"wireframe", drawing::model::Shading::wireframe}, {"hidden-line", drawing::model::Shading::hidden_line}};
 const Choices<drawing::model::Culling> cullings{{"none", drawing::model::Culling::none}, {"back", drawing::model::Culling::back}};
 const Choices<int> color_bits{{"32", 32}, {"8", 8}};
 
@@ -183,12 +182,24 @@ void add_model_options(std::vector<Option>& table, Model_Options& options) {
           .target = &options.camera.zoom,
           .by_default = text_of(options.camera.zoom)}});
     add("Drawing of models", Applies_To::models,
-        {choice("--shading", options.picture.shading, "How colours run over faces", shadings, "KIND"),
+        {choice("--shading", options.picture.shading,
+                "How colours run over faces; auto: textured where the model has images or "
+                "translucent materials and there is no --color, else gouraud",
+                shadings, "KIND"),
          {.names = {"--edges"},
           .value = optional_value("all", suggested_value("KIND", {"all", "feature"})),
           .text = "Draw the edges of polygons over them, or outlines, borders and sharp bends only",
           .target = &options.edges},
-         {.names = {"--edge-color"}, .value = text_value("COLOR"), .text = "Colour of edges", .target = &options.edge_color}});
+         {.names = {"--edge-color"}, .value = text_value("COLOR"), .text = "Colour of edges", .target = &options.edge_color},
+         {.names = {"--line-width"},
+          .value = whole_value("PIXELS", 1, drawing::model::largest_point),
+          .text = "Width of the model's own lines",
+          .target = &options.line_width,
+          .by_default = std::to_string(options.line_width)},
+         {.names = {"--point-size"},
+          .value = whole_value("PIXELS", 1, drawing::model::largest_point),
+          .text = "Size of the model's points; 2 to 8 without it, fewer points are larger",
+          .target = &options.point_size}});
     add("Drawing", Applies_To::every_input,
         {{.names = {"--antialias"}, .text = "Smooth lines; --supersample smooths everything", .target = &options.antialias}});
     add("Drawing of models", Applies_To::models,
@@ -204,11 +215,24 @@ void add_model_options(std::vector<Option>& table, Model_Options& options) {
           .value = text_value("COLOR"),
           .text = "Colour of the model instead of its own",
           .target = &options.color},
+         {.names = {"--crease"},
+          .value = number_value("DEGREES", 0, 180),
+          .text = "Shade faces as one surface up to this angle between them, where the model gives no normals: 0 is flat, 180 "
+                  "smooth everywhere; by default 30, or as smoothing groups of the model say",
+          .target =
+              [&options](const std::string& text) {
+                  std::from_chars(text.data(), text.data() + text.size(), options.crease.emplace());
+              }},
          {.names = {"--light"},
           .value = text_value("X,Y,Z"),
           .text = "Direction towards the light: right, up, towards the viewer",
           .target = &options.light,
-          .by_default = options.light}});
+          .by_default = options.light},
+         {.names = {"--specular"},
+          .value = number_value("FACTOR", 0, 10),
+          .text = "Strength of highlights: 0 is none",
+          .target = &options.picture.specular,
+          .by_default = text_of(options.picture.specular)}});
     add("Drawing", Applies_To::every_input,
         {choice("--colors", options.colors, "Bits a pixel, 8 through a palette", color_bits, "BITS")});
     add("Drawing of models", Applies_To::models,
@@ -257,11 +281,19 @@ std::vector<std::string> arguments_of(const Model_Options& options) {
     add_chosen("--shading", options.picture.shading, shadings);
     add("--edges", options.edges, defaults.edges);
     add("--edge-color", options.edge_color, defaults.edge_color);
+    add("--line-width", std::to_string(options.line_width), std::to_string(defaults.line_width));
+    if (options.point_size > 0) {
+        add("--point-size", std::to_string(options.point_size), "");
+    }
     add_flag("--antialias", options.antialias);
     add_chosen("--cull", options.picture.culling, cullings);
     add("--background", options.background, defaults.background);
     add("--color", options.color, defaults.color);
+    if (options.crease) {
+        add("--crease", text_of(*options.crease), "");
+    }
     add("--light", options.light, defaults.light);
+    add("--specular", text_of(options.picture.specular), text_of(defaults.picture.specular));
     add("--palette", options.palette, "");
     if (options.palette.empty() && options.colors == 8) {
         add("--colors", "8", "");
@@ -335,7 +367,10 @@ VT_RGB32 background_of(const Model_Options& options) {
 
 drawing::Model_Style style_of(const Model_Options& options) {
     drawing::Model_Style style;
-    style.picture = model_look_of(options);
+    style.picture = options.picture;
+    style.picture.light = parsed_direction(options.light);
+    style.line_width = options.line_width;
+    style.point_size = options.point_size;
     if (!options.edges.empty()) {
         if (options.edges != "all" && options.edges != "feature") {
             throw drawing::Usage_Error("--edges: expected all or feature, found '" + options.edges + "'");
@@ -351,16 +386,10 @@ drawing::Model_Style style_of(const Model_Options& options) {
     return style;
 }
 
-drawing::model::Model_Look model_look_of(const Model_Options& options) {
-    drawing::model::Model_Look settings = options.picture;
-    settings.light = parsed_direction(options.light);
-    return settings;
-}
-
-drawing::model::Edge_Settings edge_settings_of(const Model_Options& options) {
+drawing::Model_Look look_of(const Model_Options& options, bool has_lines, VT_Reference<const VT_Palette> palette) {
     if (!options.has_edges()) {
         for (const auto& [given, name] :
-             {std::pair(options.antialias, "--antialias"), {!options.edge_color.empty(), "--edge-color"}}) {
+             {std::pair(options.antialias && !has_lines, "--antialias"), {!options.edge_color.empty(), "--edge-color"}}) {
             if (given) {
                 throw drawing::Usage_Error(std::string(name) +
                                            ": expected --edges, --shading wireframe or hidden-line beside it, found none");
@@ -372,7 +401,7 @@ drawing::model::Edge_Settings edge_settings_of(const Model_Options& options) {
                                    (options.palette.empty() ? "--colors 8" : "--palette " + options.palette));
     }
     const auto background = options.is_transparent() ? std::nullopt : std::optional(background_of(options));
-    return drawing::edge_settings_of(style_of(options), background, options.antialias);
+    return drawing::look_of(style_of(options), background, options.antialias, std::move(palette));
 }
 
 drawing::model::Camera_Settings camera_settings_of(const Model_Options& options, const drawing::model::Mesh& mesh,
@@ -389,7 +418,7 @@ drawing::model::Camera_Settings camera_settings_of(const Model_Options& options,
 }
 
 drawing::model::Mesh load_mesh(const Model_Options& options, std::vector<drawing::Input> inputs, bool empty) {
-    drawing::model::Mesh mesh = drawing::model::load_models(inputs, *options.limits, empty);
+    drawing::model::Mesh mesh = drawing::model::load_models(inputs, *options.limits, empty, options.crease);
     warn(options, mesh.warnings);
     return mesh;
 }

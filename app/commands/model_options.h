@@ -29,8 +29,10 @@ struct Model_Options {
     drawing::model::Model_Look picture;
     std::string background = "white", light = "-0.5,0.65,0.7"; // background none: transparent
     std::string color;                                         // empty = the model's own
+    std::optional<double> crease;                              // degrees; none = as the model says
     std::string edges;                                         // empty = none
     std::string edge_color;
+    int line_width = 1, point_size = 0; // pixels; 0 = by the number of points
     bool antialias = false;
     int colors = 0;      // bits a pixel of the file; 0 = as the palette needs, 32 without one
     std::string palette; // cube, levels as 8x8x4, or a file; empty = none
@@ -73,8 +75,8 @@ bool draws_indices(const Model_Options& options);
 // Of what is not transparent.
 VT_RGB32 background_of(const Model_Options& options);
 drawing::Model_Style style_of(const Model_Options& options);
-drawing::model::Model_Look model_look_of(const Model_Options& options);
-drawing::model::Edge_Settings edge_settings_of(const Model_Options& options);
+// has_lines: whether the model itself has some.
+drawing::Model_Look look_of(const Model_Options& options, bool has_lines, VT_Reference<const VT_Palette> palette = {});
 drawing::model::Camera_Settings camera_settings_of(const Model_Options& options, const drawing::model::Mesh& mesh,
                                                    VT_Int_Pair size);
 

@@ -1,4 +1,4 @@
-// The command `render`: draws models, maps and drawings as PNG files.
+// The command `render`: draws models, maps and drawings as image files.
 #include "app/commands/render_command.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 #include "app/commands/render_map.h"
 #include "app/commands/render_model.h"
 #include "drawing/files/input.h"
-#include "drawing/files/output_file.h"
+#include "drawing/files/output_files.h"
 #include "drawing/image/color_name.h"
 #include "drawing/job/image_plan.h"
 
@@ -65,13 +65,12 @@ Command render_command() {
                          *measuring = "Measuring", *drawing_of_models = "Drawing of models";
     Command command{
         .name = "render",
-        .summary = "Draw models, a map or a drawing as a PNG image.",
+        .summary = "Draw models, a map or a drawing as an image.",
         .arguments = {model_argument(
             *options, "Models (PLY, OBJ, STL and whatever assimp reads), drawn together, or a map (GeoJSON, TopoJSON) or a "
                       "drawing (DXF); also compressed by gzip; - is standard input")},
         .examples = {{"vorna render bunny.obj -o bunny.png --view front --edges --antialias", "a model with its edges"},
-                     {"vorna render truck.gltf -o truck.png --shading textured --size 1920x1080",
-                      "with its materials and images"},
+                     {"vorna render truck.gltf -o truck.png --size 1920x1080", "with its materials and images"},
                      {"vorna render countries.json -o world.png --projection robinson --border dashed", "a map of the world"},
                      {"vorna render house.obj tree.ply -o both.png --supersample 4 --background none",
                       "two models, smooth and transparent"},
@@ -83,7 +82,7 @@ Command render_command() {
             // A user easily puts -o before the wrong name.
             std::vector<std::string> read = options->models;
             read.insert(read.end(), {options->palette, map_options->overlay, map_options->font});
-            drawing::refuse_same_files(read, {options->output, options->record});
+            drawing::refuse_same_files(read, {options->image.output, options->record});
             options->limits = limits_of(*options);
             std::vector<drawing::Input> inputs = open_inputs(*options);
             const auto map = std::ranges::find_if(inputs, drawing::is_map);
@@ -98,6 +97,7 @@ Command render_command() {
             return exit_status::done;
         }};
     add_model_options(command.options, *options);
+    add_output_options(command.options, options->image, output);
     const std::vector<Option> own{
         {.names = {"--look"},
          .value = choice_value("LOOK", {"plain", "studio"}),
@@ -114,12 +114,6 @@ Command render_command() {
          .group = drawing_of_models,
          .applies_to = Applies_To::models,
          .excludes = {"--look"}},
-        {.names = {"-o", "--output"},
-         .value = output_value("FILE.png", {"png"}),
-         .text = "PNG file to write; - is standard output",
-         .target = &options->output,
-         .group = output,
-         .is_required = true},
         {.names = {"--record"},
          .value = output_value("RECORDING", {"json", "gz"}),
          .text = "Write what is drawn as a recording for replay, too, compressed as FILE.gz",
@@ -134,7 +128,11 @@ Command render_command() {
          .by_default = options->size},
         {.names = {"--supersample"},
          .value = whole_value("N", 1, 8),
-         .text = "Draw so many times as large and take the mean of the pixels: smooth faces and lines",
+         .text =
+             "Draw so many times as large and take the mean of the pixels: smooth faces and lines. By default 2 for models, 1 "
+             "for "
+             "maps and with --record, --colors 8, --palette, --antialias or more than 16777216 pixels. 1: the pixels that the "
+             "renderer draws",
          .target = &options->supersample,
          .group = output},
         {.names = {"--turntable"},

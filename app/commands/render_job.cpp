@@ -10,7 +10,8 @@
 #include "app/cli/progress.h"
 #include "drawing/files/input_file.h"
 #include "drawing/files/memory.h"
-#include "drawing/files/output_file.h"
+#include "drawing/files/output_files.h"
+#include "drawing/image/image_formats.h"
 #include "drawing/job/frame_names.h"
 
 namespace vorna::app {
@@ -39,8 +40,8 @@ drawing::Image_Part part_of(const Render_Options& options, VT_Int_Pair size) {
 }
 
 // Throws Usage_Error for options that exclude each other, or need another one.
-void check_combinations(const Render_Options& options, VT_Int_Pair size, const Palette_Choice& palette) {
-    const std::string supersample = "--supersample " + std::to_string(options.supersample), turntable = "--turntable";
+void check_combinations(const Render_Options& options, VT_Int_Pair size, std::int32_t count, const Palette_Choice& palette) {
+    const std::string supersample = "--supersample " + std::to_string(count), turntable = "--turntable";
     const auto refuse = [](bool wrong, const std::string& option, const std::string& expected, const std::string& found) {
         if (wrong) {
             throw drawing::Usage_Error(option + ": expected " + expected + ", found " + found);
@@ -49,13 +50,13 @@ void check_combinations(const Render_Options& options, VT_Int_Pair size, const P
     const std::string indexed = options.palette.empty() ? "--colors 8" : "--palette " + options.palette;
     const bool mapped = !palette.mapped.empty(), transparent = options.is_transparent();
     const bool drawn = palette.drawn || (!mapped && options.colors == 8);
-    refuse(options.supersample > 1 && drawn, "--supersample", "32 bits a pixel or a palette from a file", indexed);
+    refuse(count > 1 && drawn, "--supersample", "32 bits a pixel or a palette from a file", indexed);
     refuse(transparent && (drawn || mapped), "--background none", "32 bits a pixel", indexed);
-    refuse(std::max(size.x, size.y) > drawing::largest_side / options.supersample, "--supersample",
+    refuse(std::max(size.x, size.y) > drawing::largest_side / count, "--supersample",
            "sides that enlarged have " + std::to_string(drawing::largest_side) + " pixels at most",
            "--size " + std::to_string(size.x) + 'x' + std::to_string(size.y));
     refuse(options.tile_size % 8 != 0, "--tile-size", "a multiple of 8", std::to_string(options.tile_size));
-    refuse(options.tile_size > drawing::largest_tile / options.supersample, "--tile-size",
+    refuse(options.tile_size > drawing::largest_tile / count, "--tile-size",
            "tiles that enlarged have sides of " + std::to_string(drawing::largest_tile) + " pixels at most", supersample);
     if (options.studio) {
         const std::string look = "--look studio";
@@ -66,19 +67,21 @@ void check_combinations(const Render_Options& options, VT_Int_Pair size, const P
     }
     if (!options.pass.empty()) {
         const std::string pass = "--pass " + options.pass;
-        refuse(options.supersample > 1, pass, "pixels as the renderer draws them", supersample);
+        refuse(count > 1, pass, "pixels as the renderer draws them", supersample);
         refuse(drawn || mapped, pass, "32 bits a pixel", indexed);
         refuse(transparent, pass, "no background", "--background none");
         refuse(options.has_edges(), pass, "shaded faces alone", "edges");
+        refuse(options.pass == "depth" && output_file_of(options.image) != drawing::Image_File::png, pass, "a PNG file",
+               "-o " + options.image.output);
     }
     if (!options.record.empty()) {
         const std::string pixels = "pixels as the renderer draws them";
-        refuse(options.supersample > 1, "--record", pixels, supersample);
+        refuse(count > 1, "--record", pixels, supersample);
         refuse(mapped, "--record", pixels, indexed);
         refuse(transparent, "--record", "a colour behind what is drawn", "--background none");
         refuse(options.turntable > 0, "--record", "a single image", turntable);
-        refuse(drawing::is_standard_output(options.record) && drawing::is_standard_output(options.output),
-               "--record " + options.record, "another file", "-o " + options.output);
+        refuse(drawing::is_standard_output(options.record) && drawing::is_standard_output(options.image.output),
+               "--record " + options.record, "another file", "-o " + options.image.output);
     }
     refuse(options.turntable > 0 && options.repeat > 1, "--repeat", "a single image", turntable);
 }
@@ -89,21 +92,21 @@ std::string sides(std::int64_t width, std::int64_t height) {
 
 // The files' names, of a turntable those of the first and the last frame.
 std::string output_text(const Render_Options& options) {
-    if (options.output == "-") {
+    if (options.image.output == "-") {
         return "standard output";
     }
     const std::int32_t count = options.turntable;
     if (count == 0) {
-        return options.output;
+        return options.image.output;
     }
-    const std::string last = count > 1 ? " to " + drawing::frame_name(options.output, count - 1, count) : "";
-    return drawing::frame_name(options.output, 0, count) + last;
+    const std::string last = count > 1 ? " to " + drawing::frame_name(options.image.output, count - 1, count) : "";
+    return drawing::frame_name(options.image.output, 0, count) + last;
 }
 
 void describe(const Render_Options& options, const drawing::Job_Settings& settings, const drawing::Job& job,
               const drawing::Drawing& drawing, const std::string& kind) {
     const drawing::Tile_Grid& grid = job.plan().grid;
-    const drawing::Png_Form& form = job.form();
+    const drawing::Image_Form& form = job.form();
     const auto print = [](const std::string& what, const std::string& text) {
         app::print(stdout, what + (": " + drawing::printable(text)) + '\n');
     };
@@ -111,13 +114,14 @@ void describe(const Render_Options& options, const drawing::Job_Settings& settin
         print(kind, drawing::name_of_input(file));
     }
     print("drawn", drawing.summary());
-    const bool indexed = form.colors == drawing::Png_Form::Colors::palette;
+    const bool indexed = form.colors == drawing::Image_Form::Colors::palette;
     const drawing::Image_Part& part = settings.part;
     print("image", sides(form.width, form.height) + (part.is_whole() ? "" : " of " + sides(part.size.x, part.size.y)) +
                        (settings.depths            ? ", depths of 16 bits"
                         : indexed                  ? ", " + std::to_string(form.palette.size() / 3) + " colours"
                         : options.is_transparent() ? ", 32 bits a pixel, transparent"
-                                                   : ", 32 bits a pixel"));
+                                                   : ", 32 bits a pixel") +
+                       (settings.supersample > 1 ? ", means of " + sides(settings.supersample, settings.supersample) : ""));
     const std::string threads = std::to_string(job.threads()) + (job.threads() == 1 ? " thread" : " threads");
     print("tiles", std::to_string(grid.count()) + " of " +
                        sides(std::min(grid.tile_size.x, grid.area.right - grid.area.left + 1),
@@ -134,11 +138,11 @@ void describe(const Render_Options& options, const drawing::Job_Settings& settin
 
 void print_digests(const Render_Options& options, const std::vector<std::string>& digests) {
     if (options.turntable == 0) {
-        drawing::print_line(drawing::is_standard_output(options.record) ? options.record : options.output, digests.front());
+        print_line(drawing::is_standard_output(options.record) ? options.record : options.image.output, digests.front());
         return;
     }
     for (std::size_t f = 0; f < digests.size(); ++f) {
-        const std::string name = drawing::frame_name(options.output, static_cast<std::int32_t>(f), options.turntable);
+        const std::string name = drawing::frame_name(options.image.output, static_cast<std::int32_t>(f), options.turntable);
         print(stdout, digests[f] + "  " + drawing::printable(name) + '\n');
     }
 }
@@ -177,18 +181,42 @@ VT_Int_Pair image_size_of(const Render_Options& options) {
                        "--size: expected WIDTHxHEIGHT with sides from 1 to " + std::to_string(drawing::largest_side));
 }
 
-drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair size, const Palette_Choice& palette) {
-    check_combinations(options, size, palette);
+std::int32_t supersample_of_model(const Render_Options& options, VT_Int_Pair size) {
+    if (options.supersample > 0) {
+        return options.supersample;
+    }
+    const bool wants_drawn_pixels =
+        !options.record.empty() || !options.pass.empty() || !options.palette.empty() || options.colors == 8 || options.antialias;
+    const bool fits_tile = options.tile_size <= drawing::largest_tile / 2;
+    return wants_drawn_pixels || !fits_tile ? 1 : drawing::default_supersample(size);
+}
+
+std::int32_t supersample_of_map(const Render_Options& options) {
+    return std::max(options.supersample, 1);
+}
+
+drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair size, std::int32_t supersample,
+                                      const Palette_Choice& palette) {
+    check_combinations(options, size, supersample, palette);
+    drawing::Job_Settings settings;
+    settings.file = output_file_of(options.image);
+    settings.compression = compression_of(options.image);
     if (!options.dry_run) {
-        drawing::refuse_terminal("-o", options.output);
+        refuse_terminal("-o", options.image.output);
     }
     if (options.turntable > 0) {
-        drawing::frame_name(options.output, 0, options.turntable);
+        drawing::frame_name(options.image.output, 0, options.turntable);
     }
-    drawing::Job_Settings settings;
     settings.part = part_of(options, size);
+    const VT_Int_Rectangle area = settings.part.area();
+    check_output(options.image, static_cast<std::uint32_t>(area.right - area.left + 1),
+                 static_cast<std::uint32_t>(area.top - area.bottom + 1), options.is_transparent());
+    if (!settings.part.is_whole() && settings.file != drawing::Image_File::png) {
+        throw drawing::Usage_Error("--tiles-of: expected PNG files, found " +
+                                   std::string(drawing::image_format(settings.file).name));
+    }
     settings.tile_size = options.tile_size;
-    settings.supersample = options.supersample;
+    settings.supersample = supersample;
     settings.threads = options.threads;
     settings.max_memory = options.limits->memory();
     settings.transparent = options.is_transparent();
@@ -203,7 +231,7 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
     settings.palette = palette.drawn;
     settings.mapped_palette = palette.mapped;
     settings.input = drawing::name_of_input(options.models.front()) + (options.models.size() > 1 ? " and others" : "");
-    settings.output = options.output;
+    settings.output = options.image.output;
     settings.is_numbered = options.turntable > 0;
     settings.record = options.record;
     settings.repeat = options.repeat;

@@ -7,21 +7,22 @@
 #include <vector>
 
 #include "app/commands/model_options.h"
+#include "app/commands/output_options.h"
 #include "drawing/job/job.h"
 
 namespace vorna::app {
 
 struct Render_Options : Model_Options {
-    std::string output; // of a turntable a template for names
+    Output_Options image;
     std::string record; // empty = not asked for
     std::string size = "1280x960";
     bool has_size = false; // whether it is given
     std::string tiles_of;  // empty = the whole image
     std::int32_t tile = -1, tile_size = 0;
-    std::int32_t supersample = 1;
-    bool studio = false;        // --look studio
-    std::string pass;           // depth, normals or faces instead of the colours; empty = colours
-    std::int32_t turntable = 0; // frames; 0 = a single image
+    std::int32_t supersample = 0; // 0 = not given
+    bool studio = false;          // --look studio
+    std::string pass;             // depth, normals or faces instead of the colours; empty = colours
+    std::int32_t turntable = 0;   // frames; 0 = a single image
     unsigned threads = 0;
     int repeat = 1;
     bool stats = false, hash = false, dry_run = false, allow_empty = false;
@@ -29,8 +30,14 @@ struct Render_Options : Model_Options {
 
 VT_Int_Pair image_size_of(const Render_Options& options);
 
+// Drawn pixels for one of a model's image. Without the option 1 where the renderer's own pixels are wanted: for recordings,
+// palettes and lines that it smooths.
+std::int32_t supersample_of_model(const Render_Options& options, VT_Int_Pair size);
+std::int32_t supersample_of_map(const Render_Options& options);
+
 // palette: of the options; a map's is chosen later. Throws Usage_Error for options that exclude each other, or need another one.
-drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair size, const Palette_Choice& palette);
+drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair size, std::int32_t supersample,
+                                      const Palette_Choice& palette);
 
 // Milliseconds before the job.
 struct Load_Times {

@@ -14,14 +14,14 @@ void render_map(const Render_Options& options, const Map_Options& map_options, c
                 const drawing::Module_Choice& module) {
     // Without --size the image is as high as it needs to be.
     VT_Int_Pair size = image_size_of(options);
-    drawing::Job_Settings settings = job_settings_of(options, size, {});
+    drawing::Job_Settings settings = job_settings_of(options, size, supersample_of_map(options), {});
     check_map_options(options, map_options, input);
     const auto start = Clock::now();
     const drawing::Map_Look look{settings.background, options.colors == 8, options.antialias};
     drawing::Map_Drawing drawing(load_map_scene(options, map_options, input), look);
     if (!options.has_size) {
         size = drawing.scene().fitted({size.x, 0}).size;
-        settings = job_settings_of(options, size, {});
+        settings = job_settings_of(options, size, supersample_of_map(options), {});
     }
     settings.palette = drawing.palette();
     const Load_Times times{std::chrono::duration<double, std::milli>(Clock::now() - start).count(), 0};

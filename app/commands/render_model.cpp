@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "app/cli/messages.h"
-#include "drawing/files/output_file.h"
+#include "drawing/files/output_files.h"
 #include "drawing/job/model_drawing.h"
 
 namespace vorna::app {
@@ -41,25 +41,29 @@ void warn_of_cut_frames(const Render_Options& options, const drawing::Model_Draw
 void render_models(const Render_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module) {
     const VT_Int_Pair size = image_size_of(options);
     const Palette_Choice palette = palette_of(options);
-    drawing::Job_Settings settings = job_settings_of(options, size, palette);
-    const drawing::Model_Look look{model_look_of(options), edge_settings_of(options), palette.drawn};
-    style_of(options);
-    if (options.has_edges() && look.edges.color) {
-        settings.flat_colors.push_back(*look.edges.color);
-    }
+    drawing::Job_Settings settings = job_settings_of(options, size, supersample_of_model(options, size), palette);
+    look_of(options, true); // its faults are found before the model is read
     Load_Times times;
     const auto start = Clock::now();
     const drawing::model::Mesh mesh = load_mesh(options, std::move(inputs), options.allow_empty);
     times.load = milliseconds_since(start);
+    const drawing::Model_Look look = look_of(options, !mesh.lines.empty(), palette.drawn);
+    if (options.has_edges() && look.edges.color) {
+        settings.flat_colors.push_back(*look.edges.color);
+    }
     std::vector<std::string> images;
     for (const drawing::model::Image_Source& image : mesh.images) {
         images.push_back(image.embedded ? std::string() : image.name);
     }
-    drawing::refuse_same_files(images, {options.output, options.record});
+    drawing::refuse_same_files(images, {options.image.output, options.record});
     const auto setup_start = Clock::now();
     drawing::Model_Parts parts = make_model(options, mesh);
     if (options.studio) {
         parts.add_studio(mesh, module);
+    }
+    if (!options.pass.empty()) {
+        parts.lines.reset();
+        parts.points.reset();
     }
     drawing::Model_Drawing drawing(std::move(parts), look, camera_settings_of(options, mesh, size),
                                    std::max(options.turntable, 1));

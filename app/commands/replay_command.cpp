@@ -19,6 +19,7 @@
 #include "drawing/files/input_file.h"
 #include "drawing/files/memory.h"
 #include "drawing/files/output_file.h"
+#include "drawing/files/output_files.h"
 #include "drawing/files/path.h"
 #include "drawing/image/image_file.h"
 #include "drawing/recording/call_kinds.h"

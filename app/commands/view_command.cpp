@@ -44,9 +44,7 @@ void show(const View_Options& options, std::vector<drawing::Input> inputs, const
     }
     const bool map = drawing::is_map(inputs.front());
     if (!map) {
-        style_of(options);
-        edge_settings_of(options);
-        model_look_of(options);
+        look_of(options, true);
     }
     std::string title;
     for (const std::string& file : options.models) {
@@ -75,7 +73,7 @@ Command view_command() {
         .arguments = {model_argument(
             *options, "Models (PLY, OBJ, STL and whatever assimp reads), or a map (GeoJSON, TopoJSON) or drawing (DXF)")},
         .examples = {{"vorna view bunny.obj", "turn it with the mouse, h shows the keys"},
-                     {"vorna view truck.gltf --shading textured --edges --size 1600x1000", "as vorna render would draw it"},
+                     {"vorna view truck.gltf --edges --size 1600x1000", "as vorna render would draw it"},
                      {"vorna view countries.json --projection robinson --border dashed", "move a map"}},
         .sections = {{"Mouse and keys", view::help_lines()},
                      {"Maps and drawings", {"Every drag moves them; the keys + - a p c w r f h q do the same."}}},

@@ -53,14 +53,10 @@ Viewer::Viewer(const Model_Options& options, std::vector<drawing::Input> inputs,
                   screen),
       options_(options), first_options_(options), mesh_(load_mesh(options, std::move(inputs))) {
     set_palette(pixel_kind_of(options));
+    look_of(options_, !mesh_.lines.empty());
     camera_settings_of(options_, mesh_, size_);
-    std::vector<bool> used(mesh_.positions.size());
-    for (const std::uint32_t vertex : mesh_.triangles) {
-        if (!used[vertex]) {
-            used[vertex] = true;
-            points_.push_back(mesh_.positions[vertex]);
-        }
-    }
+    positions_ = drawing::model::drawn_positions(mesh_);
+    drawing::add_forms(forms_, mesh_, style_of(options_));
 }
 
 // A drag across the picture's height is half a turn.
@@ -137,26 +133,18 @@ void Viewer::look_from(drawing::model::View side) {
     options_.aim.reset();
 }
 
+drawing::model::Shading Viewer::shading() const {
+    return drawing::shading_of(style_of(options_), mesh_);
+}
+
 void Viewer::next_shading() {
     using drawing::model::Shading;
-    Shading& shading = options_.picture.shading;
-    switch (shading) {
-    case Shading::gouraud:
-        shading = Shading::flat;
-        return;
-    case Shading::flat:
-        shading = drawing::model::Textured_Scene::has_work(mesh_) ? Shading::textured : Shading::wireframe;
-        return;
-    case Shading::textured:
-        shading = Shading::wireframe;
-        return;
-    case Shading::wireframe:
-        shading = Shading::hidden_line;
-        return;
-    case Shading::hidden_line:
-        shading = Shading::gouraud;
-        return;
-    }
+    const bool has_textures = drawing::model::Textured_Scene::has_work(mesh_);
+    const std::array<Shading, 5> all{Shading::gouraud, Shading::flat, Shading::textured, Shading::wireframe,
+                                     Shading::hidden_line};
+    auto next = std::ranges::find(all, shading()) + 1;
+    next += next != all.end() && *next == Shading::textured && !has_textures;
+    options_.picture.shading = next == all.end() ? all.front() : *next;
 }
 
 void Viewer::next_edges() {
@@ -173,7 +161,7 @@ void Viewer::set_palette(std::size_t choice) {
 // Without what makes no sense at the moment: only edges can be smoothed, and only in 32 bits.
 Model_Options Viewer::drawn_options() const {
     Model_Options options = options_;
-    options.antialias = options.antialias && options.has_edges() && options.colors == 32;
+    options.antialias = options.antialias && (options.has_edges() || !mesh_.lines.empty()) && options.colors == 32;
     if (!options.has_edges()) {
         options.edge_color.clear();
     }
@@ -190,7 +178,7 @@ Pose Viewer::pose() const {
         }
     } else {
         using drawing::model::operator+, drawing::model::operator*;
-        const drawing::model::Aim fitted = drawing::model::fitted_aim(camera_settings_of(options_, mesh_, size_), points_);
+        const drawing::model::Aim fitted = drawing::model::fitted_aim(camera_settings_of(options_, mesh_, size_), positions_);
         const auto in_file = [this](const VT_Vector_D& place) { return mesh_.center + place * mesh_.radius; };
         pose.aim = {in_file(fitted.eye), in_file(fitted.target), fitted.up};
     }
@@ -251,10 +239,11 @@ void Viewer::establish(Canvas& canvas) {
 }
 
 drawing::Model_Parts& Viewer::model_for(const Model_Options& options, bool draft) {
-    const drawing::model::Shading shading = options.picture.shading;
+    const drawing::model::Shading shading = this->shading();
     drawing::Model_Parts& model = draft ? coarse_ : shading == drawing::model::Shading::textured ? textured_ : plain_;
-    const bool needs_faces = options.has_faces() && !model.faces;
-    const bool needs_edges = options.has_edges() && !model.edges;
+    const bool has_triangles = !mesh_.triangles.empty();
+    const bool needs_faces = has_triangles && options.has_faces() && !model.faces;
+    const bool needs_edges = has_triangles && options.has_edges() && !model.edges;
     if (needs_faces || needs_edges) {
         const drawing::model::Mesh coarse = draft ? coarse_mesh(mesh_, coarse_triangles) : drawing::model::Mesh();
         const drawing::model::Mesh& mesh = draft ? coarse : mesh_;
@@ -279,14 +268,16 @@ void Viewer::draw_model(Canvas& canvas, bool draft) {
         }
     }
     const drawing::Model_Parts& model = model_for(options, draft);
-    camera_ = drawing::model::fit_camera(camera_settings_of(options, mesh_, size_), points_);
-    const drawing::Model_Look look{model_look_of(options), edge_settings_of(options), {}};
-    drawing::model::Scene* const faces = options.has_faces() ? model.faces.get() : nullptr;
-    drawing::model::Edge_Renderer* const edges = options.has_edges() ? model.edges.get() : nullptr;
-    drawing::prepare_model(faces, edges, drawing::Tile_Grid(canvas.session.window()), camera_, look);
+    camera_ = drawing::model::fit_camera(camera_settings_of(options, mesh_, size_), positions_);
+    const drawing::Model_Look look = look_of(options, !mesh_.lines.empty());
+    const drawing::Drawn_Parts parts{.faces = options.has_faces() ? model.faces.get() : nullptr,
+                                     .edges = options.has_edges() ? model.edges.get() : nullptr,
+                                     .lines = forms_.lines.get(),
+                                     .points = forms_.points.get()};
+    drawing::prepare_model(parts, drawing::Tile_Grid(canvas.session.window()), camera_, look);
     VT_Renderer_Data& renderer = canvas.session.renderer();
     VD_Draw_Window(renderer, *canvas.rendition);
-    drawing::draw_model(faces, edges, look, renderer, *canvas.rendition, 0);
+    drawing::draw_model(parts, look, renderer, *canvas.rendition, 0);
 }
 
 void Viewer::paint(Canvas& canvas) {
@@ -332,7 +323,7 @@ void Viewer::draw() {
         established_ = true;
     }
     const bool draft = moving_ && full_time_ > hasty_limit && mesh_.triangle_count() > coarse_triangles &&
-                       options_.picture.shading != drawing::model::Shading::textured;
+                       shading() != drawing::model::Shading::textured;
     VT_Renderer_Data& renderer = canvas_.session.renderer();
     renderer.begin_picture_all();
     draw_model(canvas_, draft);
@@ -365,16 +356,20 @@ std::string Viewer::command_for(const std::string& image) const {
     for (const std::string& word : arguments_of(drawn_options())) {
         line += " " + shell_word(word);
     }
-    return line + " --size=" + std::to_string(size_.x) + "x" + std::to_string(size_.y) + " -o " + shell_word(image);
+    return line + " --size=" + std::to_string(size_.x) + "x" + std::to_string(size_.y) + " --supersample=1 -o " + shell_word(image);
 }
 
 std::string Viewer::title() const {
     const Model_Options options = drawn_options();
     std::string text = file_name();
     text += options.models.size() > 1 ? " and others" : "";
-    text += ": " + with_commas(mesh_.triangle_count()) + " triangles, ";
+    text += ": ";
+    const auto add_count = [&text](std::size_t count, const char* what) { text += count > 0 ? with_commas(count) + what : ""; };
+    add_count(mesh_.triangle_count(), " triangles, ");
+    add_count(mesh_.line_count(), " lines, ");
+    add_count(mesh_.points.size(), " points, ");
     constexpr const char* shadings[] = {"flat", "gouraud", "textured", "wireframe", "hidden-line"};
-    text += shows_depth_ ? "depth buffer" : shadings[static_cast<int>(options.picture.shading)];
+    text += shows_depth_ ? "depth buffer" : shadings[static_cast<int>(shading())];
     if (!options.edges.empty() && options.has_faces()) {
         text += options.edges == "all" ? ", edges" : ", feature edges";
     }

@@ -40,6 +40,7 @@ private:
     void set_pose(const Pose& pose);
     void look_from(drawing::model::View side);
     void set_palette(std::size_t choice);
+    drawing::model::Shading shading() const; // never automatic
     void next_shading();
     void next_edges();
     drawing::Model_Parts& model_for(const Model_Options& options, bool draft);
@@ -49,9 +50,10 @@ private:
     Model_Options options_;
     const Model_Options first_options_;
     drawing::model::Mesh mesh_;
-    std::vector<VT_Vector> points_; // that triangles use, for fitting cameras
+    std::vector<VT_Vector> positions_; // of what is drawn, for fitting cameras
     // Made when they are first drawn: by shading, textured or not, in full and as drafts.
     drawing::Model_Parts plain_, textured_, coarse_;
+    drawing::Model_Parts forms_; // lines and points, which are never coarse
 
     std::size_t palette_choice_ = 0;
     bool shows_depth_ = false, moving_ = false, draft_shown_ = false;

@@ -131,6 +131,19 @@ std::error_code Output_Channel::write(std::string_view bytes) {
     return {};
 }
 
+std::error_code Output_Channel::rewrite(std::uint64_t place, std::string_view bytes) {
+#if defined(_WIN32)
+    const auto seek = [this](std::uint64_t to, int from) { return _lseeki64(number_, static_cast<std::int64_t>(to), from) >= 0; };
+#else
+    const auto seek = [this](std::uint64_t to, int from) { return lseek(number_, static_cast<off_t>(to), from) >= 0; };
+#endif
+    if (!seek(place, SEEK_SET)) {
+        return last_error();
+    }
+    const std::error_code error = write(bytes);
+    return !error && !seek(0, SEEK_END) ? last_error() : error;
+}
+
 std::error_code Output_Channel::sync() {
 #if !defined(_WIN32)
     // Some file systems have no such thing.

@@ -1,6 +1,7 @@
 // Bytes on their way into an open file.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -25,6 +26,8 @@ public:
 
     bool is_open() const noexcept { return number_ >= 0; }
     std::error_code write(std::string_view bytes);
+    // Replaces bytes of a file that was created.
+    std::error_code rewrite(std::uint64_t place, std::string_view bytes);
     // Brings a file that stays onto the disk.
     std::error_code sync();
     std::error_code close();

@@ -1,15 +1,13 @@
 // Files that appear whole or not at all.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "drawing/files/interruption.h"
 #include "drawing/files/output_channel.h"
 
 namespace vorna::drawing {
@@ -26,6 +24,8 @@ public:
     ~Output_File();
 
     void write(std::string_view bytes);
+    // Replaces bytes that have been written, which devices and pipes do not allow.
+    void rewrite(std::uint64_t place, std::string_view bytes);
     // No more is written; the file is complete beside its place, and on the disk.
     void close();
     // Closes it when that has not been done.
@@ -52,34 +52,6 @@ private:
     std::string held_;
     std::unique_ptr<std::FILE, Close> held_file_;
 };
-
-// Files written together: all of them are complete beside their places before the first one moves there. From the first one on an
-// interrupt waits until add or commit look at it, and throws Interrupted there.
-class Output_Files {
-public:
-    // Throws std::runtime_error that names the file, and Usage_Error for one that is written already. Standard output is written
-    // last.
-    void add(const std::string& name, std::string_view bytes);
-    void commit();
-
-private:
-    std::optional<Interruption> interruption_;
-    std::vector<std::unique_ptr<Output_File>> files_;
-    std::unique_ptr<Output_File> standard_output_;
-};
-
-// Throws Usage_Error when a file to be written is one of those that are read, whatever links lead to it, or two of those to be
-// written are the same. Empty names stand for none; devices and standard streams may be both.
-void refuse_same_files(const std::vector<std::string>& read, const std::vector<std::string>& written);
-
-// Whether it is standard output, as "-" or under one of the names that the system gives it.
-bool is_standard_output(const std::string& name);
-
-// Throws Usage_Error when a picture would go to a terminal.
-void refuse_terminal(const char* option, const std::string& name);
-
-// Prints a line about a file that was written: on standard output unless the file itself went there.
-void print_line(const std::string& output, const std::string& line);
 
 // One file by itself. Throws Interrupted too.
 void write_file(const std::string& path, std::string_view bytes);

@@ -100,7 +100,16 @@ Image decode_image(std::string_view bytes, const Before_Pixels& before) {
     if (bytes.starts_with("\xFF\xD8")) {
         return decode_jpeg(bytes, before);
     }
-    throw Image_Error("expected a PNG or JPEG image");
+    if (bytes.starts_with("RIFF") && bytes.size() > 12 && bytes.substr(8, 4) == "WEBP") {
+        return decode_webp(bytes, before);
+    }
+    if (bytes.starts_with("DDS ")) {
+        return decode_dds(bytes, before);
+    }
+    if (std::optional<Image> image = decode_tga_or_bmp(bytes, before)) {
+        return std::move(*image);
+    }
+    throw Image_Error("expected a PNG, JPEG, WebP, TGA, BMP or DDS image");
 }
 
 Image resampled(const Image& image, std::int32_t width, std::int32_t height, Wrap across, Wrap along) {

@@ -35,7 +35,7 @@ inline constexpr std::int32_t largest_image_side = 16384;
 // Is told how many pixels an image has, or takes the memory of, before there is any for them, and may throw.
 using Before_Pixels = std::function<void(std::uint64_t pixels)>;
 
-// A PNG or JPEG file's bytes, told apart by their beginning. Throws Image_Error.
+// The bytes of a PNG, JPEG, WebP, TGA, BMP or DDS file, told apart by their beginning. Throws Image_Error.
 Image decode_image(std::string_view bytes, const Before_Pixels& before = {});
 
 // The image in another size, side by side: the mean of what a pixel covers where it shrinks, linear between pixel centres where

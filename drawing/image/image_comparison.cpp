@@ -42,17 +42,19 @@ using Pixel = std::array<std::int32_t, 4>;
 class Pixels {
 public:
     Pixels(const Png_Image& image, bool as_colors) noexcept
-        : image_(image), as_colors_(as_colors && image.colors == Colors::palette) {}
+        : image_(image), as_colors_(as_colors && (image.colors == Colors::palette || image.colors == Colors::rgb)) {}
 
     std::size_t channels() const noexcept { return as_colors_ ? 4 : static_cast<std::size_t>(image_.channels()); }
     Pixel at(std::size_t i) const noexcept {
         const std::uint8_t* samples = image_.samples.data() + i * image_.pixel_bytes();
-        if (as_colors_) {
+        if (as_colors_ && image_.colors == Colors::palette) {
             return color_of(*samples);
         }
         Pixel pixel{};
         for (std::size_t c = 0; c < channels(); ++c) {
-            pixel[c] = image_.sample_bytes() == 2 ? samples[2 * c] << 8 | samples[2 * c + 1] : samples[c];
+            pixel[c] = c == 3 && image_.colors == Colors::rgb ? 255
+                       : image_.sample_bytes() == 2           ? samples[2 * c] << 8 | samples[2 * c + 1]
+                                                              : samples[c];
         }
         return pixel;
     }
@@ -94,20 +96,24 @@ std::string range_of(std::int32_t first, std::int32_t last) {
     return std::to_string(first) + " to " + std::to_string(last);
 }
 
+// Whether an image holds colours of 8 bits, however it stores them.
+bool holds_colors(const Png_Image& image) noexcept {
+    return image.colors == Colors::palette ||
+           (image.sample_bits == 8 && (image.colors == Colors::rgb || image.colors == Colors::rgb_alpha));
+}
+
 } // namespace
 
 Image_Difference compare(const Png_Image& a, const Png_Image& b, const std::optional<Fuzz>& fuzz) {
     if (a.width != b.width || a.height != b.height) {
         return {false, "different sizes: " + text_of(a) + ", and " + text_of(b)};
     }
-    if (a.colors != b.colors || a.sample_bits != b.sample_bits) {
+    const bool of_one_kind = a.colors == b.colors && a.sample_bits == b.sample_bits;
+    if (!of_one_kind && !(holds_colors(a) && holds_colors(b))) {
         return {false, "different kinds of pixels: " + text_of(a) + ", and " + text_of(b)};
     }
-    const bool are_alike = a.palette == b.palette && a.transparency == b.transparency;
-    if (!fuzz && !are_alike) {
-        return {false, a.palette != b.palette ? "different palettes" : "different transparency"};
-    }
-    const Pixels of_a(a, fuzz.has_value()), of_b(b, fuzz.has_value());
+    const bool are_alike = of_one_kind && a.palette == b.palette && a.transparency == b.transparency;
+    const Pixels of_a(a, fuzz || !are_alike), of_b(b, fuzz || !are_alike);
     std::int64_t count = 0;
     std::int32_t most = 0, left = a.width, right = 0, top = a.height, bottom = 0;
     std::string first;
@@ -133,6 +139,9 @@ Image_Difference compare(const Png_Image& a, const Png_Image& b, const std::opti
             }
         }
     }
+    if (count == 0 && !fuzz && of_one_kind && !are_alike) {
+        return {false, a.palette != b.palette ? "different palettes" : "different transparency"};
+    }
     if (count == 0) {
         return {true, "same: " + text_of(a)};
     }
@@ -144,17 +153,17 @@ Image_Difference compare(const Png_Image& a, const Png_Image& b, const std::opti
 }
 
 std::string difference_png(const Png_Image& a, const Png_Image& b) {
-    const bool by_colors = a.colors == b.colors;
+    const bool is_one_kind = a.colors == b.colors, by_colors = is_one_kind || (holds_colors(a) && holds_colors(b));
     const Pixels of_a(a, true), of_b(b, true), stored_a(a, false), stored_b(b, false);
     const auto level = [](const Png_Image& image, std::int32_t sample) {
         return image.sample_bits == 16 ? sample >> 8 : sample * 255 / ((1 << image.sample_bits) - 1);
     };
-    const Png_Form form{.width = static_cast<std::uint32_t>(a.width), .height = static_cast<std::uint32_t>(a.height)};
+    const Image_Form form{.width = static_cast<std::uint32_t>(a.width), .height = static_cast<std::uint32_t>(a.height)};
     return png_file(form, [&](std::uint32_t row, std::uint8_t* samples) {
         for (std::size_t x = 0; x < form.width; ++x, samples += 4) {
             const std::size_t i = row * std::size_t{form.width} + x;
             const Pixel in_a = of_a.at(i), in_b = of_b.at(i);
-            const bool differs = !by_colors || stored_a.at(i) != stored_b.at(i) || in_a != in_b;
+            const bool differs = !by_colors || (is_one_kind && stored_a.at(i) != stored_b.at(i)) || in_a != in_b;
             const std::int32_t sum = of_a.channels() < 3 ? 3 * in_a[0] : in_a[0] + in_a[1] + in_a[2];
             const std::int32_t grey = a.colors == Colors::palette ? sum / 3 : level(a, sum / 3);
             const auto pale = static_cast<std::uint8_t>(192 + std::clamp(grey, 0, 255) / 4);

@@ -20,8 +20,9 @@ struct Image_Difference {
     std::string text; // one line
 };
 
-// Without fuzz everything counts: size, kind of pixels, palette and samples. With it, the colours of palettes are compared
-// instead of indices, size and kind still count.
+// Without fuzz everything counts: size, kind of pixels, palette and samples; but for colours of 8 bits, which files may store with
+// a palette, with alpha or without: images of unlike storage are the same when their colours are. With fuzz the colours of palettes
+// are compared instead of indices, size and kind still count.
 Image_Difference compare(const Png_Image& a, const Png_Image& b, const std::optional<Fuzz>& fuzz);
 
 // A PNG file of the first image in pale grey with the pixels in red that differ in colour or sample, the brighter the less they

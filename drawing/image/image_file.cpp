@@ -5,17 +5,35 @@
 #include <cstring>
 #include <utility>
 
+#include "drawing/image/png_writer.h"
+
 namespace vorna::drawing {
 
-Png_Form png_form_of(const Raster& raster, const VT_Palette& palette) {
+namespace {
+
+// Of 32 bits a pixel.
+bool is_opaque(const Raster& raster) {
+    std::uint8_t alphas = 255;
+    for (std::int32_t row = 0; row < raster.height; ++row) {
+        const std::uint8_t* pixels = raster.top + row * raster.row_bytes;
+        for (std::int32_t i = 0; i < raster.width; ++i) {
+            alphas &= pixels[4 * i + 3];
+        }
+    }
+    return alphas == 255;
+}
+
+} // namespace
+
+Image_Form image_form_of(const Raster& raster, const VT_Palette& palette) {
     const auto width = static_cast<std::uint32_t>(raster.width), height = static_cast<std::uint32_t>(raster.height);
     switch (raster.format) {
     case Buffer_Format::index8:
-        return {.width = width, .height = height, .colors = Png_Form::Colors::palette, .palette = png_palette_of(palette)};
+        return {.width = width, .height = height, .colors = Image_Form::Colors::palette, .palette = png_palette_of(palette)};
     case Buffer_Format::depth16:
-        return {.width = width, .height = height, .sample_bits = 16, .colors = Png_Form::Colors::grey, .linear = true};
+        return {.width = width, .height = height, .sample_bits = 16, .colors = Image_Form::Colors::grey, .linear = true};
     default:
-        return {.width = width, .height = height};
+        return {.width = width, .height = height, .opaque = is_opaque(raster), .reducible = true};
     }
 }
 
@@ -79,7 +97,7 @@ std::string png_palette_of(const std::vector<VT_RGB32>& colors) {
 }
 
 std::string png_of(const Raster& raster, const VT_Palette& palette) {
-    return png_file(png_form_of(raster, palette), [&raster](std::uint32_t row, std::uint8_t* samples) {
+    return png_file(image_form_of(raster, palette), [&raster](std::uint32_t row, std::uint8_t* samples) {
         store_samples(raster.top + std::ptrdiff_t{row} * raster.row_bytes, raster.width, raster.format, samples);
     });
 }

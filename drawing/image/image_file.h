@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "drawing/image/png_writer.h"
+#include "drawing/image/image_form.h"
 #include "host/color.h"
 #include "host/frame_buffer.h"
 #include "host/geometry.h"
@@ -36,10 +36,10 @@ std::string png_palette_of(const VT_Palette& palette);
 std::string png_palette_of(const std::vector<VT_RGB32>& colors);
 
 // The form of the file that png_of makes.
-Png_Form png_form_of(const Raster& raster, const VT_Palette& palette);
+Image_Form image_form_of(const Raster& raster, const VT_Palette& palette);
 
-// 32-bit colours become RGBA with all four bytes as stored, palette indices a palette PNG with the indices as stored, depths
-// 16-bit greyscale. The palette is read for indices only.
+// 32-bit colours keep all four bytes: as RGBA, as RGB when all are opaque, or as a palette when they are few in a small image.
+// Palette indices become a palette PNG with the indices as stored, depths 16-bit greyscale. The palette is read for indices only.
 std::string png_of(const Raster& raster, const VT_Palette& palette);
 
 // The rows from the top down without padding: blue, green, red, alpha; index; depth with its low byte first.

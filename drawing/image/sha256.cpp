@@ -19,7 +19,34 @@ constexpr std::array<std::uint32_t, 64> round_constants{
 
 } // namespace
 
+// After FIPS 180-4.
+struct Sha256::State {
+    void add(const std::uint8_t* bytes, std::size_t count);
+    std::string finish();
+
+private:
+    void add_block(const std::uint8_t* block);
+
+    std::array<std::uint32_t, 8> state_{0x6A09E667, 0xBB67AE85, 0x3C6EF372, 0xA54FF53A,
+                                        0x510E527F, 0x9B05688C, 0x1F83D9AB, 0x5BE0CD19};
+    std::array<std::uint8_t, 64> block_{};
+    std::uint64_t count_ = 0;
+};
+
+Sha256::Sha256() : state_(std::make_unique<State>()) {
+}
+
+Sha256::~Sha256() = default;
+
 void Sha256::add(const std::uint8_t* bytes, std::size_t count) {
+    state_->add(bytes, count);
+}
+
+std::string Sha256::finish() {
+    return state_->finish();
+}
+
+void Sha256::State::add(const std::uint8_t* bytes, std::size_t count) {
     while (count > 0) {
         const auto filled = static_cast<std::size_t>(count_ % block_.size());
         if (filled == 0 && count >= block_.size()) {
@@ -40,7 +67,7 @@ void Sha256::add(const std::uint8_t* bytes, std::size_t count) {
     }
 }
 
-std::string Sha256::finish() {
+std::string Sha256::State::finish() {
     const std::uint64_t bits = count_ * 8;
     constexpr std::uint8_t end = 0x80, zero = 0;
     add(&end, 1);
@@ -60,7 +87,7 @@ std::string Sha256::finish() {
     return text;
 }
 
-void Sha256::add_block(const std::uint8_t* block) {
+void Sha256::State::add_block(const std::uint8_t* block) {
     std::array<std::uint32_t, 64> w;
     for (std::size_t i = 0; i < 16; ++i) {
         w[i] = std::uint32_t{block[4 * i]} << 24 | std::uint32_t{block[4 * i + 1]} << 16 | std::uint32_t{block[4 * i + 2]} << 8 |

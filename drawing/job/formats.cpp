@@ -2,10 +2,7 @@
 #include "drawing/job/formats.h"
 
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <cctype>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -19,7 +16,9 @@
 #include "drawing/files/input_file.h"
 #include "drawing/files/json_memory.h"
 #include "drawing/files/path.h"
+#include "drawing/files/text_encoding.h"
 #include "drawing/files/usage_error.h"
+#include "drawing/job/content_tests.h"
 #include "drawing/map/map_reader.h"
 #include "drawing/map/shapes.h"
 #include "drawing/model/model_reader.h"
@@ -37,65 +36,6 @@ std::string suffix_of(const std::filesystem::path& path) {
     return suffix.empty() ? suffix : suffix.substr(1);
 }
 
-std::string_view without_blanks(std::string_view text) {
-    const std::size_t start = text.find_first_not_of(blanks);
-    return start == text.npos ? std::string_view() : text.substr(start, text.find_last_not_of(blanks) - start + 1);
-}
-
-std::string_view first_word(std::string_view text) {
-    text = without_blanks(text);
-    return text.substr(0, text.find_first_of(blanks));
-}
-
-// The next line without blanks around it.
-std::string_view take_line(std::string_view& text) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    const std::string_view line = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    return without_blanks(line);
-}
-
-// Pairs of lines, the first of them a number; 999 is a comment.
-bool is_dxf(const Content_Probe& probe) {
-    std::string_view content = probe.text;
-    std::string_view code = take_line(content), value = take_line(content);
-    while (code == "999") {
-        code = take_line(content);
-        value = take_line(content);
-    }
-    return code == "0" && value == "SECTION";
-}
-
-// Binary files may begin in any way, so their size decides.
-bool is_stl(const Content_Probe& probe) {
-    const std::string_view content = probe.text;
-    constexpr std::size_t header = 84, facet = 50;
-    std::uint32_t count = 0;
-    if (content.size() >= header) {
-        std::memcpy(&count, content.data() + 80, sizeof count);
-        if constexpr (std::endian::native == std::endian::big) {
-            count = count >> 24 | (count >> 8 & 0xFF00) | (count & 0xFF00) << 8 | count << 24;
-        }
-        if (count > 0 && header + facet * std::uint64_t{count} == content.size()) {
-            return true;
-        }
-    }
-    return first_word(content.substr(0, 256)) == "solid";
-}
-
-// The first line that says something has a vertex, a name or a material.
-bool is_obj(const Content_Probe& probe) {
-    std::string_view content = probe.text;
-    constexpr std::array known{"v", "vn", "vt", "vp", "f", "o", "g", "s", "mtllib", "usemtl"};
-    while (!content.empty()) {
-        const std::string_view word = first_word(take_line(content));
-        if (!word.empty() && word.front() != '#') {
-            return std::ranges::find(known, word) != known.end();
-        }
-    }
-    return false;
-}
-
 // Pipes have a name too, and can be read once only.
 bool is_stream(const std::string& path) {
     std::error_code none;
@@ -105,30 +45,26 @@ bool is_stream(const std::string& path) {
 // Can be read later, as it is.
 bool is_plain(const std::string& path) {
     std::ifstream stream(path_of(path), std::ios::binary);
-    char magic[2] = {};
-    return stream.is_open() && !(stream.read(magic, 2) && is_gzip({magic, 2}));
+    char bytes[4] = {};
+    stream.read(bytes, sizeof bytes);
+    const std::string_view start(bytes, static_cast<std::size_t>(stream.gcount()));
+    return stream.is_open() && !is_gzip(start) && !is_utf16(start);
 }
 
-// Readers that take the whole content.
+// Readers that take the whole content, which stays for another reader.
 template <auto& read> model::Mesh read_content(Input& input, Load_Limits& limits) {
-    const std::string content = input.content ? std::move(*input.content) : model::read_file(input.name, limits);
-    return read(input.name, content, limits);
+    if (!input.content) {
+        input.content = model::read_file(input.name, limits);
+    }
+    return read(input.name, without_byte_order_mark(*input.content), limits);
 }
 
-constexpr bool is_ply(const Content_Probe& content) {
-    return content.text.starts_with("ply\n") || content.text.starts_with("ply\r");
-}
-
-constexpr bool is_glb(const Content_Probe& content) {
-    return content.text.starts_with("glTF");
-}
-
-constexpr bool is_gltf(const Content_Probe& content) {
-    return content.has_asset;
-}
-
-constexpr bool is_other_json(const Content_Probe& content) {
-    return content.is_json && !content.has_asset;
+// Refused where assimp does not read it either.
+model::Mesh read_vrml(Input& input, Load_Limits& limits) {
+    if (model::is_assimp_format("wrl")) {
+        return model::read_with_assimp(input, limits);
+    }
+    throw model::Model_Error(input.name + ": expected a model that can be read, found VRML; glTF, X3D, PLY, OBJ and STL can be");
 }
 
 constexpr Format table[] = {
@@ -141,6 +77,7 @@ constexpr Format table[] = {
     {.suffix = "dxf", .kind = Input_Kind::map, .detect = is_dxf, .read_map = map::read_dxf_map},
     {.suffix = "stl", .kind = Input_Kind::model, .detect = is_stl, .read_model = read_content<model::read_stl>},
     {.suffix = "obj", .kind = Input_Kind::model, .detect = is_obj, .read_model = read_content<model::read_obj>},
+    {.suffix = "wrl", .kind = Input_Kind::model, .detect = is_vrml, .read_model = read_vrml},
     // Others that the general reader knows, for completion.
     {.suffix = "3ds", .kind = Input_Kind::model},
     {.suffix = "dae", .kind = Input_Kind::model},
@@ -148,9 +85,11 @@ constexpr Format table[] = {
     {.suffix = "blend", .kind = Input_Kind::model},
     {.suffix = "off", .kind = Input_Kind::model},
     {.suffix = "x3d", .kind = Input_Kind::model},
-    {.suffix = "wrl", .kind = Input_Kind::model},
     {.suffix = "3mf", .kind = Input_Kind::model},
 };
+
+// What a DXF file is that shows faces in space.
+constexpr Format dxf_model{.suffix = "dxf", .kind = Input_Kind::model};
 
 // Whether this build reads the format.
 bool is_readable(const std::string& suffix) {
@@ -194,6 +133,10 @@ Input open_input(const std::string& path, const std::string& suffix, Load_Limits
         if (is_gzip(*input.content)) {
             input.content = unpacked_input(input.name, *input.content, limits, largest_input);
         }
+        if (is_utf16(*input.content)) {
+            limits.take_memory(input.name, input.content->size() / 2 * 3); // of UTF-8, at the most
+            input.content = utf8_from_utf16(*input.content);
+        }
         if (input.suffix == "gz") {
             input.suffix = suffix_of(path_of(path).stem());
         }
@@ -203,6 +146,14 @@ Input open_input(const std::string& path, const std::string& suffix, Load_Limits
         }
     }
     input.format = find_format(input.suffix);
+    if (input.suffix == "dxf") {
+        if (!input.content) {
+            input.content = model::read_file(input.name, limits);
+        }
+        if (model::is_assimp_format("dxf") && is_dxf_model(*input.content)) {
+            input.format = &dxf_model;
+        }
+    }
     return input;
 }
 

@@ -5,6 +5,7 @@
 
 #include "drawing/files/memory.h"
 #include "drawing/files/usage_error.h"
+#include "drawing/image/image_formats.h"
 #include "drawing/job/image_stream.h"
 #include "host/frame_buffer.h"
 
@@ -41,8 +42,8 @@ Image_Plan plan_of(const Plan_Request& request, std::int32_t tile_size, unsigned
         const std::int32_t drawn_rows = grid.area.top + 1 - (grid.area.bottom + row * grid.tile_size.y);
         plan.band_ends.push_back(static_cast<std::uint32_t>(drawn_rows / request.supersample));
     }
-    plan.rows_ahead =
-        bands_ahead * static_cast<std::uint32_t>(grid.tile_size.y / request.supersample) + png_block_rows(request.form);
+    plan.rows_ahead = bands_ahead * static_cast<std::uint32_t>(grid.tile_size.y / request.supersample) +
+                      image_encoder(request.form)->block_rows();
     const std::uint64_t window = static_cast<std::uint64_t>(grid.tile_size.x + 2 * grid.margin) *
                                  static_cast<std::uint64_t>(grid.tile_size.y + 2 * grid.margin);
     plan.memory = plan.threads * (window * request.pixel_memory + renderer_memory + request.thread_memory) +
@@ -51,6 +52,11 @@ Image_Plan plan_of(const Plan_Request& request, std::int32_t tile_size, unsigned
 }
 
 } // namespace
+
+std::int32_t default_supersample(VT_Int_Pair size) noexcept {
+    const bool is_dear = std::int64_t{size.x} * size.y > std::int64_t{1} << 24 || std::max(size.x, size.y) > largest_side / 2;
+    return is_dear ? 1 : 2;
+}
 
 Image_Plan plan_image(const Plan_Request& request) {
     const VT_Int_Pair size{request.part.size.x * request.supersample, request.part.size.y * request.supersample};

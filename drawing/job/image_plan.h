@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "drawing/image/png_writer.h"
+#include "drawing/image/image_form.h"
 #include "drawing/job/image_part.h"
 #include "drawing/model/tiles.h"
 
@@ -14,12 +14,15 @@ namespace vorna::drawing {
 
 // Sides of images. Beyond, floats would not tell a sixteenth of a pixel any more.
 inline constexpr std::int32_t largest_side = 1 << 18;
+// Columns and rows of drawn pixels for one of an image of a model, where nothing else is asked for: 2, but 1 for images of more
+// than 2^24 pixels, for which four times the work is noticed. Parts of an image have the same as the whole.
+std::int32_t default_supersample(VT_Int_Pair size) noexcept;
 // Sides of tiles that users may ask for.
 inline constexpr std::int32_t largest_tile = 8192;
 
 struct Plan_Request {
     Image_Part part;
-    Png_Form form;                         // of the file with it
+    Image_Form form;                       // of the file with it
     std::int32_t beyond = 0;               // columns and rows of the frame to the right of the image and above it
     std::int32_t margin = 0;               // that tiles need
     std::optional<std::int32_t> tile_size; // in pixels of the image, a multiple of 8

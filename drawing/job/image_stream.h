@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "drawing/files/output_file.h"
-#include "drawing/image/png_writer.h"
+#include "drawing/image/image_form.h"
 #include "drawing/image/sha256.h"
 
 namespace vorna::drawing {
@@ -49,11 +49,11 @@ struct Stream_Settings {
 };
 
 // Bytes that a stream holds at most, besides what its source does.
-std::uint64_t stream_memory(const Png_Form& form, const std::vector<std::uint32_t>& band_ends, const Stream_Settings& settings);
+std::uint64_t stream_memory(const Image_Form& form, const std::vector<std::uint32_t>& band_ends, const Stream_Settings& settings);
 
-// Makes the image and writes it into the file, which is not committed. Threads make parts, filter and pack what is
-// whole, and write it in order, whatever is to be done first. The bytes do not depend on bands, parts and threads. Throws what
-// the source throws, and Interrupted.
-void stream_image(Output_File& file, const Png_Form& form, const Row_Source& source, const Stream_Settings& settings);
+// Makes the image and writes it into the file, which is not committed. Threads make parts, pack what is whole, and write it in
+// order, whatever is to be done first. Small images that may be stored with a palette are made as a whole first. The bytes do not
+// depend on bands, parts and threads. Throws what the source throws, and Interrupted.
+void stream_image(Output_File& file, const Image_Form& form, const Row_Source& source, const Stream_Settings& settings);
 
 } // namespace vorna::drawing

@@ -53,12 +53,12 @@ void Job::choose_form() {
     if (settings_.transparent) {
         sample.assign(4, 0);
     } else if (settings_.depths) {
-        form_.colors = Png_Form::Colors::grey;
+        form_.colors = Image_Form::Colors::grey;
         form_.sample_bits = 16;
         form_.linear = true;
         sample = {255, 255};
     } else if (dither_ || settings_.palette) {
-        form_.colors = Png_Form::Colors::palette;
+        form_.colors = Image_Form::Colors::palette;
         if (dither_) {
             form_.palette = png_palette_of(settings_.mapped_palette);
             sample = {dither_->nearest(background)};
@@ -67,6 +67,10 @@ void Job::choose_form() {
             sample = {static_cast<std::uint8_t>(settings_.palette->closest_match(background, false))};
         }
     }
+    form_.opaque = !settings_.transparent;
+    form_.reducible = true;
+    form_.file = settings_.file;
+    form_.compression = settings_.compression;
     if (!settings_.part.is_whole()) {
         form_.place = settings_.part.bytes();
     }
@@ -204,7 +208,7 @@ Image Job::make_image() {
     }
     check_sight();
     Image image(static_cast<std::int32_t>(form_.width), static_cast<std::int32_t>(form_.height));
-    const bool indexed = form_.colors == Png_Form::Colors::palette;
+    const bool indexed = form_.colors == Image_Form::Colors::palette;
     for (std::size_t i = 0; i < image.pixels.size(); ++i) {
         const auto* color =
             indexed ? reinterpret_cast<const std::uint8_t*>(&form_.palette[3 * std::size_t{samples[i]}]) : &samples[4 * i];

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "drawing/image/image.h"
+#include "drawing/image/image_form.h"
 #include "drawing/image/palette.h"
 #include "drawing/image/pixel_finish.h"
-#include "drawing/image/png_writer.h"
 #include "drawing/image/sight.h"
 #include "drawing/job/drawing.h"
 #include "drawing/job/image_part.h"
@@ -35,14 +35,16 @@ struct Job_Settings {
     std::vector<VT_RGB32> mapped_palette;   // that 32-bit pixels are mapped to; empty = none
     std::vector<VT_RGB32> flat_colors;      // that mapping does not dither, besides the background
     std::string input;                      // what is drawn, for messages
-    std::string output;                     // PNG file, "-" = standard output; of numbered frames a template for names
-    bool is_numbered = false;               // whether frames have numbers, see frame_name
-    std::string record;                     // file for what is drawn as a recording; empty = none
-    int repeat = 1;                         // how often everything is drawn, for measuring
-    bool measures = false;                  // whether tiles are drawn once more than needed, for measuring
-    bool hash = false;                      // whether digests are wanted
-    bool allow_empty = false;               // whether an image may show nothing but the background
-    std::function<void(double)> progress;   // is told how much is done, 0 to 1; none = nobody is
+    std::string output;                     // file, "-" = standard output; of numbered frames a template for names
+    Image_File file = Image_File::png;      // the format of the files
+    Compression compression = Compression::standard;
+    bool is_numbered = false;             // whether frames have numbers, see frame_name
+    std::string record;                   // file for what is drawn as a recording; empty = none
+    int repeat = 1;                       // how often everything is drawn, for measuring
+    bool measures = false;                // whether tiles are drawn once more than needed, for measuring
+    bool hash = false;                    // whether digests are wanted
+    bool allow_empty = false;             // whether an image may show nothing but the background
+    std::function<void(double)> progress; // is told how much is done, 0 to 1; none = nobody is
 };
 
 struct Job_Times { // milliseconds
@@ -64,7 +66,7 @@ public:
     Job(const Job_Settings& settings, const Module_Choice& module, Drawing& drawing);
 
     const Image_Plan& plan() const noexcept { return plan_; }
-    const Png_Form& form() const noexcept { return form_; }
+    const Image_Form& form() const noexcept { return form_; }
     unsigned threads() const noexcept { return frames_at_once_ > plan_.threads ? frames_at_once_ : plan_.threads; }
     std::uint64_t image_memory() const noexcept { return plan_.memory * frames_at_once_; }
     std::uint64_t other_memory() const noexcept { return other_memory_; }
@@ -108,7 +110,7 @@ private:
     Drawing_Needs needs_;
     std::optional<Palette_Dither> dither_;
     Finish_Settings finish_;
-    Png_Form form_;
+    Image_Form form_;
     std::optional<Sight> sight_;
     std::vector<std::unique_ptr<Worker>> workers_;
     std::optional<recording::Recorder> recorder_;

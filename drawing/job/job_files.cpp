@@ -9,6 +9,7 @@
 #include "drawing/files/helpers.h"
 #include "drawing/files/interruption.h"
 #include "drawing/files/output_file.h"
+#include "drawing/files/output_files.h"
 #include "drawing/image/sha256.h"
 #include "drawing/job/frame_names.h"
 #include "drawing/job/job.h"

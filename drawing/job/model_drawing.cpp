@@ -7,15 +7,21 @@
 #include "vorna/draw.h"
 
 namespace vorna::drawing {
-
 namespace {
 
 // By how much a fitted model is smaller where a shadow lies beside it.
 constexpr double room_for_shadow = 0.92;
 
+std::string counted(std::size_t count, const std::string& what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 } // namespace
 
-std::span<const VT_Vector> Model_Parts::points() const {
+std::span<const VT_Vector> Model_Parts::positions() const {
+    if (!own_positions.empty()) {
+        return own_positions;
+    }
     if (faces) {
         return faces->points();
     }
@@ -29,35 +35,71 @@ void Model_Parts::add_studio(const model::Mesh& mesh, const Module_Choice& modul
 }
 
 std::string Model_Parts::summary() const {
-    if (!faces && !edges) {
-        return "0 triangles";
-    }
-    return (faces ? faces->summary() : "") + (faces && edges ? ", " : "") + (edges ? edges->summary() : "");
-}
-
-void prepare_model(model::Scene* faces, model::Edge_Renderer* edges, const Tile_Grid& grid, const model::Camera& camera,
-                   const Model_Look& look) {
+    std::string text;
+    const auto add = [&text](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
     if (faces) {
-        faces->prepare(grid, camera, look.picture);
+        add(faces->summary());
     }
     if (edges) {
-        edges->prepare(grid, camera, look.edges);
+        add(edges->summary());
+    }
+    if (lines) {
+        add(counted(lines->count(), "line"));
+    }
+    if (points) {
+        add(counted(points->count(), "point"));
+    }
+    return text.empty() ? "0 triangles" : text;
+}
+
+void prepare_model(const Drawn_Parts& parts, const Tile_Grid& grid, const model::Camera& camera, const Model_Look& look,
+                   std::int32_t enlarged) {
+    if (parts.faces) {
+        parts.faces->prepare(grid, camera, look.picture);
+    }
+    if (parts.edges) {
+        parts.edges->prepare(grid, camera, look.edges);
+    }
+    if (parts.lines) {
+        parts.lines->prepare(grid, camera, look.lines);
+    }
+    if (parts.points) {
+        model::Point_Settings settings = look.points;
+        settings.enlarged = enlarged;
+        settings.over_faces = parts.faces != nullptr;
+        settings.light = look.picture.light;
+        settings.specular = look.picture.specular;
+        parts.points->prepare(grid, camera, settings);
     }
 }
 
+namespace {
+
+// Smoothed lines neither test nor write depths in the buffer: they come after the points, which could lie over them otherwise.
+void draw_over_faces(const Drawn_Parts& parts, VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) {
+    if (parts.points) {
+        parts.points->draw(renderer, rendition, tile);
+    }
+    for (const model::Edge_Renderer* lines : {parts.lines, parts.edges}) {
+        if (lines) {
+            lines->draw(renderer, rendition, tile);
+        }
+    }
+}
+
+} // namespace
+
 // Hidden lines need the depths of the faces only: the window is painted over them.
-void draw_model(const model::Scene* faces, const model::Edge_Renderer* edges, const Model_Look& look, VT_Renderer_Data& renderer,
-                const VT_Rendition& rendition, std::size_t tile) {
+void draw_model(const Drawn_Parts& parts, const Model_Look& look, VT_Renderer_Data& renderer, const VT_Rendition& rendition,
+                std::size_t tile) {
     VD_Clear_Depth_Rectangle(renderer, rendition);
-    if (faces) {
-        faces->draw(renderer, rendition, tile);
+    if (parts.faces) {
+        parts.faces->draw(renderer, rendition, tile);
     }
     if (look.picture.shading == model::Shading::hidden_line) {
         VD_Draw_Window(renderer, rendition);
     }
-    if (edges) {
-        edges->draw(renderer, rendition, tile);
-    }
+    draw_over_faces(parts, renderer, rendition, tile);
 }
 
 Model_Drawing::Model_Drawing(Model_Parts parts, const Model_Look& look, const model::Camera_Settings& camera)
@@ -70,23 +112,23 @@ Model_Drawing::Model_Drawing(Model_Parts parts, const Model_Look& look, const mo
     if (parts_.studio && !settings.aim) {
         settings.zoom *= room_for_shadow;
     }
-    cameras_.push_back(model::fit_camera(settings, parts_.points()));
+    cameras_.push_back(model::fit_camera(settings, parts_.positions()));
     if (frames == 1) {
         return;
     }
     // A model whose camera is fitted is turned around its middle.
     const VT_Vector_D place = camera.aim ? camera.aim->target : VT_Vector_D{};
-    const model::Aim first = camera.aim ? *camera.aim : model::fitted_aim(settings, parts_.points());
+    const model::Aim first = camera.aim ? *camera.aim : model::fitted_aim(settings, parts_.positions());
     for (std::int32_t frame = 1; frame < frames; ++frame) {
         settings.aim = model::turned_aim(first, place, model::up_direction(settings.up), frame, frames);
-        cameras_.push_back(model::fit_camera(settings, parts_.points()));
+        cameras_.push_back(model::fit_camera(settings, parts_.positions()));
     }
 }
 
 std::vector<double> Model_Drawing::reach() const {
     std::vector<double> reach;
     for (const model::Camera& camera : cameras_) {
-        reach.push_back(model::reach_of(camera, parts_.points()));
+        reach.push_back(model::reach_of(camera, parts_.positions()));
     }
     return reach;
 }
@@ -94,23 +136,26 @@ std::vector<double> Model_Drawing::reach() const {
 // Lines keep their width; the mean of smaller pixels is smooth without the renderer's help.
 Model_Look Model_Drawing::scaled_look(std::int32_t supersample) const {
     Model_Look look = look_;
-    look.edges.width *= supersample;
-    look.edges.smoothed = look.edges.smoothed && supersample == 1;
+    for (model::Edge_Settings* lines : {&look.edges, &look.lines}) {
+        lines->width *= supersample;
+        lines->smoothed = lines->smoothed && supersample == 1;
+    }
     return look;
 }
 
 // Spans leave out their last pixel, and a model that is cut off at the image's right or upper edge reaches the far side of its
 // last pixel: the frame has one column and one row more than the image.
 Drawing_Needs Model_Drawing::needs(VT_Int_Pair size, std::int32_t supersample) const {
-    const std::uint64_t prepared = (parts_.faces ? parts_.faces->prepared_memory() : 0) +
-                                   (parts_.edges ? parts_.edges->prepared_memory() : 0) +
-                                   (parts_.studio ? parts_.studio->prepared_memory() : 0);
-    std::int32_t margin = parts_.edges ? model::Edge_Renderer::tile_margin(scaled_look(supersample).edges) : 0;
-    if (parts_.studio) {
-        margin = std::max(margin, Studio::tile_margin(size.y, supersample));
-    }
+    const Model_Look look = scaled_look(supersample);
+    const auto memory = [](const auto& part) { return part ? part->prepared_memory() : 0; };
+    const auto margin = [](const auto& lines, const model::Edge_Settings& settings) {
+        return lines ? model::Edge_Renderer::tile_margin(settings) : 0;
+    };
+    const std::uint64_t prepared =
+        memory(parts_.faces) + memory(parts_.edges) + memory(parts_.lines) + memory(parts_.points) + memory(parts_.studio);
     return {.beyond = 1,
-            .margin = margin,
+            .margin = std::max({margin(parts_.edges, look.edges), margin(parts_.lines, look.lines),
+                                parts_.studio ? Studio::tile_margin(size.y, supersample) : 0}),
             .one_piece = {},
             .pixel_memory = 4 + 2 + 2 + (parts_.studio ? Studio_Planes::pixel_memory : 0),
             .thread_memory = 0,
@@ -120,7 +165,7 @@ Drawing_Needs Model_Drawing::needs(VT_Int_Pair size, std::int32_t supersample) c
 void Model_Drawing::prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t frame) {
     const model::Camera& camera = cameras_[static_cast<std::size_t>(frame)];
     const Model_Look look = scaled_look(supersample);
-    prepare_model(parts_.faces.get(), parts_.edges.get(), grid, camera, look);
+    prepare_model(parts_.drawn(), grid, camera, look, supersample);
     if (parts_.studio) {
         parts_.studio->prepare(grid, camera, look.picture, up_, supersample);
     }
@@ -136,13 +181,11 @@ void Model_Drawing::set_options(Session& session) const {
 }
 
 void Model_Drawing::draw(Session& session, const VT_Rendition& rendition, std::size_t tile) const {
-    if (!parts_.studio) {
-        draw_model(parts_.faces.get(), parts_.edges.get(), look_, session.renderer(), rendition, tile);
-        return;
-    }
-    parts_.studio->draw(*parts_.faces, session, rendition, tile);
-    if (parts_.edges) {
-        parts_.edges->draw(session.renderer(), rendition, tile);
+    if (parts_.studio) {
+        parts_.studio->draw(*parts_.faces, session, rendition, tile);
+        draw_over_faces(parts_.drawn(), session.renderer(), rendition, tile);
+    } else {
+        draw_model(parts_.drawn(), look_, session.renderer(), rendition, tile);
     }
 }
 

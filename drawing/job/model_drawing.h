@@ -1,4 +1,4 @@
-// A model as a drawing: its faces, its edges or both, seen by one camera a frame.
+// A model as a drawing: its faces, edges, lines and points, seen by one camera a frame.
 #pragma once
 
 #include <memory>
@@ -11,6 +11,7 @@
 #include "drawing/job/studio.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/edge_renderer.h"
+#include "drawing/model/point_renderer.h"
 #include "drawing/model/scene.h"
 
 namespace vorna::drawing {
@@ -19,27 +20,40 @@ namespace vorna::drawing {
 struct Model_Look {
     model::Model_Look picture;
     model::Edge_Settings edges;
+    model::Edge_Settings lines; // of the model itself
+    model::Point_Settings points;
     VT_Reference<const VT_Palette> palette; // that the renderer draws with; null = 32 bits a pixel
+};
+
+// What is drawn at once, null where nothing is.
+struct Drawn_Parts {
+    model::Scene* faces = nullptr;
+    model::Edge_Renderer *edges = nullptr, *lines = nullptr;
+    model::Point_Renderer* points = nullptr;
 };
 
 // What is drawn of a model. Each part may be missing.
 struct Model_Parts {
     std::unique_ptr<model::Scene> faces;
-    std::unique_ptr<model::Edge_Renderer> edges;
-    std::unique_ptr<Studio> studio; // shades the faces; none = they are drawn with their light
+    std::unique_ptr<model::Edge_Renderer> edges, lines;
+    std::unique_ptr<model::Point_Renderer> points;
+    std::unique_ptr<Studio> studio;       // shades the faces; none = they are drawn with their light
+    std::vector<VT_Vector> own_positions; // of models with lines or points
 
     // Shades the faces, if there are any, in the studio look. They must have been made without light.
     void add_studio(const model::Mesh& mesh, const Module_Choice& module);
+    Drawn_Parts drawn() const { return {faces.get(), edges.get(), lines.get(), points.get()}; }
     // For fitting a camera; none when there is nothing to draw.
-    std::span<const VT_Vector> points() const;
+    std::span<const VT_Vector> positions() const;
     std::string summary() const;
 };
 
-// Prepares and draws faces and edges, of which either may be null. The renderer's window is empty and has a depth buffer.
-void prepare_model(model::Scene* faces, model::Edge_Renderer* edges, const Tile_Grid& grid, const model::Camera& camera,
-                   const Model_Look& look);
-void draw_model(const model::Scene* faces, const model::Edge_Renderer* edges, const Model_Look& look, VT_Renderer_Data& renderer,
-                const VT_Rendition& rendition, std::size_t tile);
+// Prepares and draws parts. enlarged: pixels of the grid for one of the image. The renderer's window is empty and has a depth
+// buffer.
+void prepare_model(const Drawn_Parts& parts, const Tile_Grid& grid, const model::Camera& camera, const Model_Look& look,
+                   std::int32_t enlarged = 1);
+void draw_model(const Drawn_Parts& parts, const Model_Look& look, VT_Renderer_Data& renderer, const VT_Rendition& rendition,
+                std::size_t tile);
 
 class Model_Drawing final : public Drawing {
 public:

@@ -1,7 +1,10 @@
 // What of a model is drawn and how.
 #include "drawing/job/model_style.h"
 
+#include <utility>
+
 #include "drawing/job/studio.h"
+#include "drawing/model/mesh_lines.h"
 #include "drawing/model/scene_renderer.h"
 #include "drawing/model/textured_scene.h"
 #include "drawing/model/vectors.h"
@@ -25,6 +28,32 @@ model::Edge_Settings edge_settings_of(const Model_Style& style, std::optional<VT
     return settings;
 }
 
+model::Edge_Settings line_settings_of(const Model_Style& style, bool smoothed) {
+    model::Edge_Settings settings;
+    settings.over_faces = true;
+    settings.smoothed = smoothed;
+    settings.width = style.line_width;
+    return settings;
+}
+
+Model_Look look_of(const Model_Style& style, std::optional<VT_RGB32> background, bool smoothed,
+                   VT_Reference<const VT_Palette> palette) {
+    Model_Look look;
+    look.picture = style.picture;
+    look.edges = edge_settings_of(style, background, smoothed);
+    look.lines = line_settings_of(style, smoothed);
+    look.points.size = style.point_size;
+    look.palette = std::move(palette);
+    return look;
+}
+
+model::Shading shading_of(const Model_Style& style, const model::Mesh& mesh) {
+    if (style.picture.shading != model::Shading::automatic) {
+        return style.picture.shading;
+    }
+    return !style.color && model::Textured_Scene::has_work(mesh) ? model::Shading::textured : model::Shading::gouraud;
+}
+
 std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
                                          std::vector<std::string>& warnings) {
     const VT_RGB32 color = style.color.value_or(default_model_color);
@@ -35,7 +64,7 @@ std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const Model_St
     if (is_numbered || style.picture.tint == model::Tint::normals) {
         return std::make_unique<model::Scene_Renderer>(mesh, color, false, is_numbered);
     }
-    if (style.picture.shading == model::Shading::textured && model::Textured_Scene::has_work(mesh)) {
+    if (shading_of(style, mesh) == model::Shading::textured && model::Textured_Scene::has_work(mesh)) {
         return std::make_unique<model::Textured_Scene>(mesh, color, !style.color, warnings, limits);
     }
     return std::make_unique<model::Scene_Renderer>(mesh, color, !style.color);
@@ -45,9 +74,21 @@ std::unique_ptr<model::Edge_Renderer> make_edges(const model::Mesh& mesh, const 
     return std::make_unique<model::Edge_Renderer>(mesh, style.color.value_or(default_model_color), !style.color);
 }
 
+void add_forms(Model_Parts& parts, const model::Mesh& mesh, const Model_Style& style) {
+    const VT_RGB32 color = style.color.value_or(default_model_color);
+    parts.lines = model::make_line_renderer(mesh, color, !style.color);
+    if (!mesh.points.empty()) {
+        parts.points = std::make_unique<model::Point_Renderer>(mesh, color, !style.color);
+    }
+    if (parts.lines || parts.points) {
+        parts.own_positions = model::drawn_positions(mesh);
+    }
+}
+
 Model_Parts make_parts(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
                        std::vector<std::string>& warnings) {
     Model_Parts parts;
+    add_forms(parts, mesh, style);
     if (mesh.triangles.empty()) {
         return parts;
     }

@@ -19,6 +19,8 @@ struct Model_Style {
     std::optional<model::Edge_Choice> edges; // none: only those of wireframes and hidden lines, which have all
     std::optional<VT_RGB32> edge_color;      // none: one that stands out
     std::optional<VT_RGB32> color;           // none: the model's own
+    std::int32_t line_width = 1;             // pixels, of the model's own lines
+    std::int32_t point_size = 0;             // pixels, 0 = by the number of points
 
     bool has_faces() const noexcept { return picture.shading != model::Shading::wireframe; }
     bool has_edges() const noexcept { return edges || !has_faces() || picture.shading == model::Shading::hidden_line; }
@@ -31,11 +33,23 @@ inline constexpr VT_RGB32 default_model_color{196, 169, 143, 255};
 // an image is a drawing, dark on light or light on dark.
 model::Edge_Settings edge_settings_of(const Model_Style& style, std::optional<VT_RGB32> background, bool smoothed);
 
-// Textures are drawn where they are asked for and the mesh has any; warnings gets a line for each that cannot be read.
+// Of the model's own lines, which obey the depth buffer.
+model::Edge_Settings line_settings_of(const Model_Style& style, bool smoothed);
+
+// The look of all parts.
+Model_Look look_of(const Model_Style& style, std::optional<VT_RGB32> background, bool smoothed,
+                   VT_Reference<const VT_Palette> palette);
+
+// What the mesh is drawn with: never automatic.
+model::Shading shading_of(const Model_Style& style, const model::Mesh& mesh);
+
+// Textures are drawn where the shading is textured and the mesh has any; warnings gets one line for those that cannot be read.
 std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
                                          std::vector<std::string>& warnings);
 std::unique_ptr<model::Edge_Renderer> make_edges(const model::Mesh& mesh, const Model_Style& style);
-// Faces, edges or both, as the style says; neither when the mesh has no triangles.
+// Lines and points of the mesh itself, and where they lie.
+void add_forms(Model_Parts& parts, const model::Mesh& mesh, const Model_Style& style);
+// Faces, edges or both, as the style says, neither when the mesh has no triangles; lines and points.
 Model_Parts make_parts(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
                        std::vector<std::string>& warnings);
 

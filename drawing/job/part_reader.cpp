@@ -14,6 +14,7 @@
 
 #include "drawing/files/path.h"
 #include "drawing/files/usage_error.h"
+#include "drawing/image/png_writer.h"
 
 namespace vorna::drawing {
 
@@ -55,7 +56,7 @@ Part_Reader::Part_Reader(const std::string& name) : name_(name), file_(std::fope
     read_head();
     inflation_ = std::make_unique<Inflation>();
     packed_.resize(most_packed);
-    row_.resize(form_.pixel_bytes() + 1 + form_.row_bytes());
+    row_.resize(layout_->step() + 1 + layout_->row_bytes());
     above_.resize(row_.size());
 }
 
@@ -113,16 +114,18 @@ void Part_Reader::read_head() {
         fail("another kind of file");
     }
     bool has_place = false;
+    int sample_bits = 0;
+    auto colors = Png_Layout::Colors::grey;
     for (begin_chunk(); type_ != "IDAT"; begin_chunk()) {
         const std::string content = chunk_content();
         if (type_ == "IHDR" && content.size() == 13) {
             form_.width = number_of(content.data());
             form_.height = number_of(content.data() + 4);
-            form_.colors = static_cast<Png_Form::Colors>(content[9]);
-            if (content[8] != 8 ||
-                (form_.colors != Png_Form::Colors::palette && form_.colors != Png_Form::Colors::red_green_blue_alpha)) {
-                fail("another kind of image");
-            }
+            sample_bits = content[8];
+            colors = static_cast<Png_Layout::Colors>(content[9]);
+            form_.opaque = colors != Png_Layout::Colors::red_green_blue_alpha;
+            form_.colors =
+                colors == Png_Layout::Colors::palette ? Image_Form::Colors::palette : Image_Form::Colors::red_green_blue_alpha;
         } else if (type_ == "PLTE") {
             form_.palette = content;
         } else if (type_ == png_place_type) {
@@ -135,6 +138,10 @@ void Part_Reader::read_head() {
     if (!has_place) {
         fail("an image that does not say where it belongs");
     }
+    layout_.emplace(form_);
+    if (layout_->colors() != colors || layout_->sample_bits() != sample_bits) {
+        fail("another kind of image");
+    }
     const VT_Int_Rectangle area = part_.area();
     if (form_.width != static_cast<std::uint32_t>(area.right - area.left + 1) ||
         form_.height != static_cast<std::uint32_t>(area.top - area.bottom + 1)) {
@@ -143,7 +150,7 @@ void Part_Reader::read_head() {
     // A packed byte stands for 1032 bytes at the most.
     std::error_code none;
     const std::uintmax_t size = std::filesystem::file_size(path_of(name_), none);
-    if (!none && std::uint64_t{form_.height} * (form_.row_bytes() + 1) / 1032 > size) {
+    if (!none && std::uint64_t{form_.height} * (layout_->row_bytes() + 1) / 1032 > size) {
         fail("a file that is too short for its rows");
     }
 }
@@ -151,8 +158,8 @@ void Part_Reader::read_head() {
 void Part_Reader::inflate_row() {
     Inflation& stream = *inflation_;
     // The filter's number lies right before the samples, in place of the last of the zeros that are put there afterwards.
-    stream.next_out = &row_[form_.pixel_bytes()];
-    stream.avail_out = static_cast<uInt>(form_.row_bytes() + 1);
+    stream.next_out = &row_[layout_->step()];
+    stream.avail_out = static_cast<uInt>(layout_->row_bytes() + 1);
     const bool is_last = rows_read_ + 1 == form_.height;
     for (int status = Z_OK; stream.avail_out > 0 || (is_last && status != Z_STREAM_END);) {
         while (stream.avail_in == 0) {
@@ -179,11 +186,11 @@ void Part_Reader::inflate_row() {
 }
 
 void Part_Reader::undo_filter() {
-    const std::size_t step = form_.pixel_bytes();
+    const std::size_t step = layout_->step();
     const int filter = std::exchange(row_[step], std::uint8_t{0});
     std::uint8_t* row = &row_[step + 1];
     const std::uint8_t* above = &above_[step + 1];
-    const std::size_t count = form_.row_bytes();
+    const std::size_t count = layout_->row_bytes();
     const auto undo = [&](auto prediction) {
         for (std::size_t i = 0; i < count; ++i) {
             const std::ptrdiff_t left = static_cast<std::ptrdiff_t>(i) - static_cast<std::ptrdiff_t>(step);
@@ -213,7 +220,7 @@ void Part_Reader::undo_filter() {
 void Part_Reader::read_row(std::uint8_t* samples) {
     inflate_row();
     undo_filter();
-    std::memcpy(samples, &row_[form_.pixel_bytes() + 1], form_.row_bytes());
+    layout_->load_row(&row_[layout_->step() + 1], samples);
     std::swap(row_, above_);
     if (++rows_read_ == form_.height) {
         read_end();

@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "drawing/image/png_writer.h"
+#include "drawing/image/image_form.h"
+#include "drawing/image/png_layout.h"
 #include "drawing/job/image_part.h"
 
 namespace vorna::drawing {
@@ -23,8 +25,8 @@ public:
 
     const std::string& name() const noexcept { return name_; }
     const Image_Part& part() const noexcept { return part_; }
-    // As it was written.
-    const Png_Form& form() const noexcept { return form_; }
+    // Of the samples that read_row gives.
+    const Image_Form& form() const noexcept { return form_; }
     // The next row from the top down, of as many as the form says.
     void read_row(std::uint8_t* samples);
 
@@ -48,7 +50,8 @@ private:
     std::string name_;
     std::unique_ptr<std::FILE, Close> file_;
     Image_Part part_;
-    Png_Form form_;
+    Image_Form form_;
+    std::optional<Png_Layout> layout_; // of the rows in the file
     // Of the chunk under way.
     std::string type_;
     std::uint32_t left_ = 0;

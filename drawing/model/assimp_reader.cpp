@@ -1,11 +1,10 @@
 // Every format that assimp knows.
 #include <algorithm>
-#include <assimp/Importer.hpp>
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <new>
@@ -14,28 +13,18 @@
 #include <system_error>
 #include <utility>
 
-#include <assimp/DefaultIOSystem.h>
 #include <assimp/GltfMaterial.h>
 #include <assimp/config.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
-#if !defined(_WIN32)
-#include <assimp/IOStream.hpp>
-#include <assimp/IOSystem.hpp>
-
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#endif
 
 #include "drawing/files/memory.h"
 #include "drawing/files/path.h"
+#include "drawing/model/assimp_files.h"
+#include "drawing/model/assimp_library.h"
 #include "drawing/model/model_reader.h"
 #include "drawing/model/polygon.h"
-#if !defined(_WIN32)
 #include "drawing/model/separate_process.h"
-#endif
 
 namespace vorna::drawing::model {
 namespace {
@@ -146,6 +135,52 @@ void read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const 
     }
 }
 
+// Metal and roughness where glTF and others state them, else the specular colour of older formats. An image that says where
+// metal is makes the numbers useless, and one that glows in places the colour of the glow.
+void read_finish(const aiMaterial& from, Paint& paint) {
+    constexpr float usual_roughness = 0.5F;
+    const auto number_of = [&from](const char* key, unsigned type, unsigned index) -> std::optional<float> {
+        float number = 0;
+        return from.Get(key, type, index, number) == AI_SUCCESS && std::isfinite(number) ? std::optional(number) : std::nullopt;
+    };
+    const auto color_of = [&from](const char* key, unsigned type, unsigned index) -> std::optional<std::array<float, 3>> {
+        aiColor4D color;
+        const bool known = from.Get(key, type, index, color) == AI_SUCCESS && std::isfinite(color.r + color.g + color.b);
+        return known ? std::optional(std::array{color.r, color.g, color.b}) : std::nullopt;
+    };
+    const auto has_image = [&from](aiTextureType type) { return from.GetTextureCount(type) > 0; };
+    const bool textured = paint.material.image != no_image;
+    Finish& finish = paint.material.finish;
+    const auto emission = has_image(aiTextureType_EMISSIVE) ? std::nullopt : color_of(AI_MATKEY_COLOR_EMISSIVE);
+    const auto metal = number_of(AI_MATKEY_METALLIC_FACTOR), roughness = number_of(AI_MATKEY_ROUGHNESS_FACTOR);
+    if (paint.gltf || metal || roughness) {
+        const bool mapped = has_image(aiTextureType_METALNESS) || has_image(aiTextureType_UNKNOWN);
+        finish = mapped ? finish_of_metal(0, usual_roughness)
+                        : finish_of_metal(metal.value_or(0), roughness.value_or(usual_roughness));
+        if (emission) {
+            std::ranges::transform(*emission, finish.emission.begin(), [](float light) { return std::clamp(light, 0.0F, 1.0F); });
+        }
+        int mode = 0;
+        finish.lit = from.Get(AI_MATKEY_SHADING_MODEL, mode) != AI_SUCCESS || mode != aiShadingMode_NoShading || !paint.gltf;
+        return;
+    }
+    Phong phong;
+    const bool colored = paint.color.alpha != 0 && !textured;
+    if (colored) {
+        phong.diffuse = {static_cast<float>(paint.color.red) / 255, static_cast<float>(paint.color.green) / 255,
+                         static_cast<float>(paint.color.blue) / 255};
+    }
+    phong.exponent = number_of(AI_MATKEY_SHININESS);
+    if (phong.exponent.value_or(0) > 0) {
+        phong.specular = color_of(AI_MATKEY_COLOR_SPECULAR);
+    }
+    phong.emission = emission.value_or(phong.emission);
+    finish = finish_of(phong);
+    if (colored) {
+        paint.color = color_from({phong.diffuse[0], phong.diffuse[1], phong.diffuse[2], 1});
+    }
+}
+
 Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file) {
     Paint paint;
     read_image(mesh, scene, from, file, paint);
@@ -170,6 +205,7 @@ Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const
         from.Get(AI_MATKEY_GLTF_ALPHACUTOFF, paint.material.cut_off);
     } else {
         from.Get(AI_MATKEY_OPACITY, paint.material.opacity);
+        paint.material.opacity = shown_opacity(paint.material.opacity);
     }
     if (paint.material.transparency == Transparency::none || paint.material.transparency == Transparency::cut_out) {
         paint.material.opacity = 1;
@@ -177,6 +213,7 @@ Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const
     for (float* number : {&paint.material.opacity, &paint.material.cut_off}) {
         *number = std::isfinite(*number) ? *number : 1;
     }
+    read_finish(from, paint);
     return paint;
 }
 
@@ -238,30 +275,40 @@ void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, co
             corners.push_back(base + face.mIndices[i]);
             places.push_back(mesh.positions[corners.back()]);
         }
+        if (corners.size() <= 2) {
+            std::vector<std::uint32_t>& list = corners.size() == 2 ? mesh.lines : mesh.points;
+            list.insert(list.end(), corners.begin(), corners.end());
+            continue;
+        }
         append_polygon(mesh, corners, places, file, limits);
         mesh.triangle_materials.resize(mesh.triangle_count(), known ? part.mMaterialIndex : no_material);
     }
 }
 
+// The name under which assimp asks for the model: its suffix chooses the format.
+std::string name_for_assimp(const Input& input) {
+    const std::string ending = "." + input.suffix;
+    return !input.content || input.suffix.empty() || input.name.ends_with(ending) ? input.name : input.name + ending;
+}
+
 // With images under the names that the model gives them.
-Mesh read_with(Assimp::Importer& importer, const Input& input, Load_Limits& limits) {
+Mesh read_with(aiFileIO* files, const std::string& name, const Input& input, Load_Limits& limits) {
     const std::string& file = input.name;
-    importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
-    constexpr unsigned steps = aiProcess_JoinIdenticalVertices | aiProcess_PreTransformVertices | aiProcess_SortByPType;
-    const aiScene* scene =
-        input.content ? importer.ReadFileFromMemory(input.content->data(), input.content->size(), steps, input.suffix.c_str())
-                      : importer.ReadFile(file, steps);
+    const Assimp_Library& library = assimp();
+    constexpr unsigned steps =
+        aiProcess_JoinIdenticalVertices | aiProcess_PreTransformVertices | aiProcess_SortByPType | aiProcess_GenUVCoords;
+    const aiScene* scene = library.aiImportFileEx(name.c_str(), steps, files);
     if (!scene && input.content && !is_assimp_format(input.suffix)) {
         throw Model_Error(file + ": expected a model, map or drawing that its content makes known, found " +
                           (input.content->empty() ? "nothing" : "another one; --input-format names it"));
     }
     if (!scene) {
-        std::string reason = importer.GetErrorString();
+        std::string reason = library.aiGetErrorString();
         std::ranges::replace(reason, '\n', ' ');
         throw Model_Error(file + ": expected a model file: " + reason);
     }
     if (scene->mNumMaterials > 0 && !is_gltf(*scene->mMaterials[0])) {
-        importer.ApplyPostProcessing(aiProcess_TransformUVCoords);
+        library.aiApplyPostProcessing(scene, aiProcess_TransformUVCoords);
     }
     Mesh mesh;
     std::vector<Paint> paints;
@@ -283,7 +330,7 @@ void find_images(Mesh& mesh, const std::string& file, Load_Limits& limits) {
     std::vector<Image_Source> named = std::exchange(mesh.images, {});
     std::vector<std::uint32_t> numbers;
     for (Image_Source& image : named) {
-        numbers.push_back(image_number(mesh, image.embedded ? image.name : image_path(file, file, image.name, limits), file));
+        numbers.push_back(image_number(mesh, image.embedded ? image.name : named_path(file, file, image.name, limits), file));
         if (image.embedded) {
             mesh.images[numbers.back()] = std::move(image);
         }
@@ -293,120 +340,13 @@ void find_images(Mesh& mesh, const std::string& file, Load_Limits& limits) {
     }
 }
 
-#if !defined(_WIN32)
-
-// A file that the reader looks at in memory. What others cut off while it is read ends the process, which is the copy.
-class File_In_Memory : public Assimp::IOStream {
-public:
-    explicit File_In_Memory(int file) {
-        size_ = static_cast<std::size_t>(std::max<off_t>(lseek(file, 0, SEEK_END), 0));
-        void* const place = size_ > 0 ? mmap(nullptr, size_, PROT_READ, MAP_PRIVATE, file, 0) : MAP_FAILED;
-        close(file);
-        if (size_ > 0 && place == MAP_FAILED) {
-            throw std::bad_alloc();
-        }
-        bytes_ = static_cast<const char*>(place);
-    }
-    File_In_Memory(const File_In_Memory&) = delete;
-    File_In_Memory& operator=(const File_In_Memory&) = delete;
-    ~File_In_Memory() override {
-        if (size_ > 0) {
-            munmap(const_cast<char*>(bytes_), size_);
-        }
-    }
-
-    std::size_t Read(void* to, std::size_t size, std::size_t count) override {
-        const std::size_t left = size_ - std::min(place_, size_);
-        const std::size_t taken = size == 0 ? 0 : std::min(count, left / size);
-        if (taken > 0) {
-            std::memcpy(to, bytes_ + place_, taken * size);
-            place_ += taken * size;
-        }
-        return taken;
-    }
-    std::size_t Write(const void*, std::size_t, std::size_t) override { return 0; }
-    // Steps back come as numbers that wrap around.
-    aiReturn Seek(std::size_t offset, aiOrigin origin) override {
-        const std::size_t place = offset + (origin == aiOrigin_CUR ? place_ : origin == aiOrigin_END ? size_ : 0);
-        if (place > PTRDIFF_MAX) {
-            return aiReturn_FAILURE;
-        }
-        place_ = place;
-        return aiReturn_SUCCESS;
-    }
-    std::size_t Tell() const override { return place_; }
-    std::size_t FileSize() const override { return size_; }
-    void Flush() override {}
-
-private:
-    const char* bytes_ = nullptr;
-    std::size_t size_ = 0, place_ = 0;
-};
-
-// Files come from the process that waits.
-class Requested_Files : public Assimp::IOSystem {
-public:
-    explicit Requested_Files(Process_Pipe& pipe) : pipe_(pipe) {}
-
-    bool Exists(const char* name) const override {
-        const int file = pipe_.request_file(name);
-        return file >= 0 && close(file) == 0;
-    }
-    char getOsSeparator() const override { return '/'; }
-    Assimp::IOStream* Open(const char* name, const char* mode) override {
-        const int file = *mode == 'r' ? pipe_.request_file(name) : -1;
-        return file >= 0 ? new File_In_Memory(file) : nullptr;
-    }
-    void Close(Assimp::IOStream* file) override { delete file; }
-
-private:
-    Process_Pipe& pipe_;
-};
-
-// What a model may open: regular files, for others would be waited for, where the limits allow them.
-class Files_Of_Model {
-public:
-    Files_Of_Model(const std::string& model, Load_Limits& limits) : model_(model), limits_(limits) {}
-
-    int open_file(const std::string& name) {
-        if (!limits_.allows(model_, name)) {
-            refuse(name + outside_text);
-            return -1;
-        }
-        std::error_code none;
-        const std::filesystem::path place = std::filesystem::weakly_canonical(path_of(name), none);
-        const int file = open(place.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC);
-        struct stat status = {};
-        if (file >= 0 && (fstat(file, &status) != 0 || !S_ISREG(status.st_mode))) {
-            close(file);
-            refuse(model_ + ": expected a regular file, found " + name);
-            return -1;
-        }
-        if (file >= 0) {
-            limits_.add_file(place.string(), static_cast<std::uint64_t>(status.st_size));
-        }
-        return file;
-    }
-
-    // Why a file was refused, the first of them; empty when none was.
-    const std::string& refusal() const { return refusal_; }
-
-private:
-    void refuse(const std::string& why) {
-        errno = EACCES;
-        refusal_ = refusal_.empty() ? why : refusal_;
-    }
-
-    const std::string& model_;
-    Load_Limits& limits_;
-    std::string refusal_;
-};
-
 void send(Process_Pipe& pipe, const Mesh& mesh) {
     pipe.write_list(mesh.positions);
     pipe.write_list(mesh.normals);
     pipe.write_list(mesh.colors);
     pipe.write_list(mesh.triangles);
+    pipe.write_list(mesh.lines);
+    pipe.write_list(mesh.points);
     pipe.write_list(mesh.diagonals);
     pipe.write_list(mesh.coordinates);
     pipe.write_list(mesh.triangle_materials);
@@ -427,7 +367,10 @@ Mesh receive(Process_Pipe& pipe, const std::string& file, Load_Limits& limits) {
     mesh.normals = pipe.read_list<decltype(mesh.normals)>();
     mesh.colors = pipe.read_list<decltype(mesh.colors)>();
     mesh.triangles = pipe.read_list<decltype(mesh.triangles)>();
-    limits.take_memory(file, triangle_memory * mesh.triangle_count());
+    mesh.lines = pipe.read_list<decltype(mesh.lines)>();
+    mesh.points = pipe.read_list<decltype(mesh.points)>();
+    limits.take_memory(file, triangle_memory * mesh.triangle_count() +
+                                 sizeof(std::uint32_t) * (mesh.lines.size() + mesh.points.size()));
     mesh.diagonals = pipe.read_list<decltype(mesh.diagonals)>();
     mesh.coordinates = pipe.read_list<decltype(mesh.coordinates)>();
     mesh.triangle_materials = pipe.read_list<decltype(mesh.triangle_materials)>();
@@ -453,8 +396,6 @@ Process_Limits limits_for(const Load_Limits& limits, std::uintmax_t file_size) {
     return {static_cast<std::size_t>(left > UINT64_MAX - used ? UINT64_MAX : used + left),
             seconds + static_cast<unsigned>(std::min<std::uintmax_t>(file_size >> 20, 86400))};
 }
-
-#endif
 
 // Buffers that a glTF file names give room for what they hold.
 void add_buffers(const Input& input, Load_Limits& limits) {
@@ -492,13 +433,13 @@ void check_readable(const std::string& file, Load_Limits& limits) {
 } // namespace
 
 bool is_assimp_format(const std::string& suffix) {
-    return Assimp::Importer().IsExtensionSupported("." + suffix);
+    return !suffix.empty() && assimp().aiIsExtensionSupported(("." + suffix).c_str()) == AI_TRUE;
 }
 
 // In a process of its own, because damaged files make the library crash, run without end, exhaust the memory or run code of
 // theirs.
 Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
-    const std::string& file = input.name;
+    const std::string &file = input.name, name = name_for_assimp(input);
     std::error_code unknown;
     const std::uintmax_t size = input.content ? input.content->size() : std::filesystem::file_size(path_of(file), unknown);
     if (!input.content) {
@@ -511,17 +452,13 @@ Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
         add_buffers(input, limits);
     }
     Mesh mesh;
-#if defined(_WIN32)
-    Assimp::Importer importer;
-    mesh = read_with(importer, input, limits);
-#else
     std::string failure;
+    assimp(); // the copy can load nothing
     const auto work = [&](Process_Pipe& pipe) {
-        // Not destroyed: the destructor crashes for some models.
-        auto& importer = *new Assimp::Importer;
-        importer.SetIOHandler(new Requested_Files(pipe));
+        Requested_Files files(pipe, name, input.content ? &*input.content : nullptr);
         try {
-            const Mesh read = read_with(importer, input, limits);
+            // The scene is not destroyed: that crashes for some models.
+            const Mesh read = read_with(files.callbacks(), name, input, limits);
             pipe.write_list(std::string());
             send(pipe, read);
         } catch (const Usage_Error& error) {
@@ -539,7 +476,8 @@ Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
     Files_Of_Model files(file, limits);
     try {
         run_apart(
-            limits_for(limits, unknown ? 0 : size), [&](const std::string& name) { return files.open_file(name); }, work, take);
+            limits_for(limits, unknown ? 0 : size), [&](const std::string& wanted) { return files.open_file(wanted); }, work,
+            take);
     } catch (const Broken_Off& error) {
         throw Model_Error(file + ": expected a model file: the library for its format came to its end by " + error.what());
     }
@@ -549,7 +487,6 @@ Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
     if (!is_consistent(mesh)) {
         throw Model_Error(file + ": expected a model file: the library for its format has made no model of it");
     }
-#endif
     find_images(mesh, file, limits);
     return mesh;
 }

@@ -5,11 +5,12 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <tuple>
 #include <utility>
 
 #include "drawing/model/clipper.h"
+#include "drawing/model/facing.h"
 #include "drawing/model/vectors.h"
+#include "drawing/model/window_depths.h"
 #include "vorna/draw.h"
 
 namespace vorna::drawing::model {
@@ -73,26 +74,6 @@ template <class Piece> void cut_in_pieces(const VT_DCI_Point& from, const VT_DCI
 std::int32_t pixels_beside(const Edge_Settings& settings) {
     return settings.width / 2 + (settings.smoothed ? 1 : 0);
 }
-
-// A look at the depths of a window.
-class Depths {
-public:
-    Depths(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window) : window_(window) {
-        const VT_DCI_Point top_left{window.left, window.top, 0}, bottom_right{window.right, window.bottom, 0};
-        const Buffer_Format format = Buffer_Format::depth16;
-        VD_Read_Depth_Image(renderer, rendition, &top_left, &bottom_right, &format, image_);
-    }
-
-    std::int32_t at(std::int32_t x, std::int32_t y) const noexcept {
-        std::uint16_t depth = 0;
-        std::memcpy(&depth, image_->row(image_->bottom_up() ? y - window_.bottom : window_.top - y) + 2 * (x - window_.left), 2);
-        return depth;
-    }
-
-private:
-    VT_Int_Rectangle window_;
-    VT_Reference<VT_Shared_Image> image_;
-};
 
 } // namespace
 
@@ -327,7 +308,7 @@ private:
     const bool is_whole_;
     const std::int32_t width_;
     const std::int32_t beside_; // see pixels_beside
-    std::optional<Depths> depths_;
+    std::optional<Window_Depths> depths_;
     std::optional<Kept_Pixels> kept_;
     std::vector<VT_DCI_Point> points_;
     std::vector<VT_RGB32> colors_; // of the segments
@@ -338,35 +319,27 @@ Edge_Renderer::Edge_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_col
     for (std::size_t p = 0; p < edges_.points.size(); ++p) {
         positions_.set(p, edges_.points[p]);
     }
+    const Facing facing(mesh);
+    hides_backs_ = facing.hides_backs();
     faces_.resize(mesh.triangle_count());
     for (std::size_t t = 0; t < mesh.triangle_count(); ++t) {
-        faces_.set(t, face_normal(mesh, t), mesh.positions[mesh.triangles[3 * t]]);
+        faces_.set(t, facing.normal(t), mesh.positions[mesh.triangles[3 * t]]);
     }
-    enclosure_ = enclosure_of(mesh);
     set_features(mesh);
     if (own_colors && !mesh.colors.empty()) {
         set_colors(mesh, base_color);
     }
 }
 
-std::string Edge_Renderer::summary() const {
-    return std::to_string(edges_.count) + " edges in " + std::to_string(edges_.starts.size() - 1) + " polylines";
+Edge_Renderer::Edge_Renderer(Edges lines, std::vector<VT_RGB32> colors, VT_RGB32 base_color)
+    : edges_(std::move(lines)), positions_(edges_.points.size()), base_color_(base_color), colors_(std::move(colors)) {
+    for (std::size_t p = 0; p < edges_.points.size(); ++p) {
+        positions_.set(p, edges_.points[p]);
+    }
 }
 
-// A surface without borders hides the side that looks inwards; which of them that is, the enclosed volume's sign says.
-Edge_Renderer::Enclosure Edge_Renderer::enclosure_of(const Mesh& mesh) const {
-    if (!edges_.closed) {
-        return Enclosure::none;
-    }
-    double volume = 0;
-    for (std::size_t t = 0; t < mesh.triangle_count(); ++t) {
-        const std::uint32_t* corners = &mesh.triangles[3 * t];
-        const VT_Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]], &c = mesh.positions[corners[2]];
-        const VT_Vector normal = cross(b - a, c - a);
-        const bool turned = dot(normal, faces_.normals[t]) < 0.0F;
-        volume += (turned ? -1.0 : 1.0) * dot(normal, a);
-    }
-    return volume < 0 ? Enclosure::looking_inwards : Enclosure::looking_outwards;
+std::string Edge_Renderer::summary() const {
+    return std::to_string(edges_.count) + " edges in " + std::to_string(edges_.starts.size() - 1) + " polylines";
 }
 
 // Edges with one face, or more than two, and those where two faces meet at an angle.
@@ -446,6 +419,16 @@ void Edge_Renderer::gather_runs() {
 }
 
 void Edge_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
+    if (settings_.over_faces) {
+        // Without the frame's last column and row, which lie beyond the image and are empty.
+        const VT_Int_Rectangle area = common_part(rendition.window.rectangle, {frame_.left, std::max(frame_.right - 1, frame_.left),
+                                                                              frame_.bottom, std::max(frame_.top - 1, frame_.bottom)});
+        if (area.left <= area.right && area.bottom <= area.top) {
+            Window_Depths depths(renderer, rendition, area);
+            depths.recede(1 + settings_.width / 2);
+            depths.write(renderer, rendition);
+        }
+    }
     Pen pen(renderer, rendition, common_part(rendition.window.rectangle, frame_), !bins_.sorts(), settings_,
             settings_.color.value_or(base_color_));
     const bool colored = !settings_.color && !colors_.empty();
@@ -485,37 +468,40 @@ void Edge_Renderer::choose_edges() {
     }
 }
 
-// Edges must be drawn in front of the faces that they bound. A line's pixels lie up to half a pixel beside the line, and a face's
-// spans run between ends that are cut to whole columns. So an edge is moved towards the viewer by what the depth of the faces
-// around its ends changes over two pixels to the side and one upwards, but never by more than there is between a face's nearest
-// and farthest point. What an edge may shine through is thus no farther in front of it than such a face itself rises over that
-// way. Only faces that are seen count: an edge between two that a closed surface hides, or that are left out, is moved by no more
-// than rounding takes. Triangles seen so exactly from their side that they cover no pixel need nothing. Points have one lift for
-// all such edges that meet there, the largest: polylines stay joined, and pixels around a point lie in any of its faces.
+// Edges must be drawn in front of the faces that they bound, though a line's pixels lie up to half a pixel beside the line and a
+// face's spans run between ends that are cut to whole columns. An edge's pixels are tested against the farthest depths around
+// them, which is enough wherever the surface falls away from the viewer on one side of the edge: at outlines and ridges, and on
+// slopes. Where it rises on both sides, the edge is moved towards the viewer by as much as the flatter one rises over the pixels
+// that the test reaches. Points have one lift for all edges that meet there, the largest, so that polylines stay joined.
 void Edge_Renderer::lift_points() {
-    const Culling culling = settings_.culling;
-    lifts_.assign(edges_.points.size(), least_lift);
-    lifted_.assign(edges_.chains.size(), false);
-    const bool seen_from_front = enclosure_ != Enclosure::looking_inwards || culling == Culling::back;
-    const bool seen_from_back = enclosure_ != Enclosure::looking_outwards && culling == Culling::none;
+    std::vector<double> rises(edges_.chains.size());
+    std::vector<std::uint8_t> sides(edges_.chains.size());
+    const bool sees_backs = !hides_backs_ && settings_.culling == Culling::none;
     for (std::size_t t = 0; t < faces_.size(); ++t) {
-        const bool front = faces_.face_viewer(t, camera_);
-        if (front ? !seen_from_front : !seen_from_back) {
+        if (!sees_backs && !faces_.face_viewer(t, camera_)) {
             continue;
         }
-        const auto lift = least_lift + static_cast<std::int32_t>(rise_of(t));
+        const Plane plane = plane_of(t);
         for (std::size_t corner = 3 * t; corner < 3 * t + 3; ++corner) {
-            std::int32_t& highest = lifts_[edges_.triangles[corner]];
-            highest = std::max(highest, lift);
             if (const std::uint32_t edge = edges_.triangle_edges[corner]; edge != no_edge) {
-                lifted_[edge] = true;
+                const double rise = rise_beside(corner, plane);
+                rises[edge] = sides[edge]++ == 0 ? rise : std::min(rises[edge], rise);
+            }
+        }
+    }
+    lifts_.assign(edges_.points.size(), least_lift);
+    for (std::size_t edge = 0; edge < rises.size(); ++edge) {
+        if (sides[edge] > 1) {
+            const auto lift = least_lift + static_cast<std::int32_t>(rises[edge]);
+            for (const std::uint32_t point : {edges_.chains[edge], edges_.chains[edge + 1]}) {
+                lifts_[point] = std::max(lifts_[point], lift);
             }
         }
     }
 }
 
-// How far a triangle's depth changes over two columns and a row, or what a wide line covers beside that, from 0 to 65535.
-double Edge_Renderer::rise_of(std::size_t triangle) const {
+// A triangle's depth over the window, from 0 to 65535.
+Edge_Renderer::Plane Edge_Renderer::plane_of(std::size_t triangle) const {
     const std::uint32_t* corners = &edges_.triangles[3 * triangle];
     double x[3], y[3], z[3], w[3];
     if ((projection_.planes[corners[0]] | projection_.planes[corners[1]] | projection_.planes[corners[2]]) == 0) {
@@ -541,15 +527,29 @@ double Edge_Renderer::rise_of(std::size_t triangle) const {
     };
     const double area = determinant(x, y, w);
     if (area == 0) {
+        return {};
+    }
+    Plane plane{determinant(z, y, w) / area, determinant(x, z, w) / area, farthest_depth};
+    if (w[0] > 0 && w[1] > 0 && w[2] > 0) {
+        const auto [nearest, farthest] = std::minmax({z[0] / w[0], z[1] / w[1], z[2] / w[2]});
+        plane.range = farthest - nearest;
+    }
+    return plane;
+}
+
+// How far a triangle rises towards the viewer from the side that begins at a corner, over the pixels that may lie between an edge
+// and the depths that it is tested against; never more than there is between its nearest and its farthest point.
+double Edge_Renderer::rise_beside(std::size_t corner, const Plane& plane) const {
+    const std::size_t first = corner - corner % 3;
+    const auto point = [&](std::size_t i) { return projection_.device_points[edges_.triangles[first + (corner + i) % 3]]; };
+    const VT_DCI_Point from = point(0), to = point(1), opposite = point(2);
+    const double dx = to.x - from.x, dy = to.y - from.y, length = std::sqrt(dx * dx + dy * dy);
+    if (length == 0) {
         return 0;
     }
-    const double along_x = determinant(z, y, w) / area, along_y = determinant(x, z, w) / area;
-    double nearest = 0, farthest = farthest_depth;
-    if (w[0] > 0 && w[1] > 0 && w[2] > 0) {
-        std::tie(nearest, farthest) = std::minmax({z[0] / w[0], z[1] / w[1], z[2] / w[2]});
-    }
-    const std::int32_t beside = settings_.width / 2;
-    return std::min((2 + beside) * std::abs(along_x) + (1 + beside) * std::abs(along_y), farthest - nearest);
+    const double side = dx * (opposite.y - from.y) - dy * (opposite.x - from.x) < 0 ? -1 : 1;
+    const double nearer = (plane.along_x * dy - plane.along_y * dx) * side / length;
+    return std::clamp(nearer * (2 + settings_.width / 2), 0.0, plane.range);
 }
 
 // Where an edge is drawn, if it is seen.
@@ -572,7 +572,7 @@ std::optional<Edge_Renderer::Segment> Edge_Renderer::segment_of(std::size_t edge
         points[1] = planes[1] ? device_point(viewport_, segment.to) : points[1];
     }
     for (int i = 0; i < 2 && settings_.over_faces; ++i) {
-        points[i].z = std::max(points[i].z - (lifted_[edge] ? lifts_[ends[i]] : least_lift), 0);
+        points[i].z = std::max(points[i].z - lifts_[ends[i]], 0);
     }
     return Segment{points[0], points[1]};
 }

@@ -23,14 +23,19 @@ public:
     // The mesh may be gone afterwards. base_color: of vertices without a colour of their own; of all with own_colors off.
     Edge_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors);
 
+    // Lines that bound no faces. colors: none, or by edge.
+    Edge_Renderer(Edges lines, std::vector<VT_RGB32> colors, VT_RGB32 base_color);
+
     // For fitting a camera.
     const std::vector<VT_Vector>& points() const noexcept { return edges_.points; }
     std::string summary() const;
+    std::size_t count() const noexcept { return edges_.count; }
 
-    // Margin that tiles of pictures with edges need: which parts of smoothed edges over faces are visible is found by testing the
-    // depths along the whole of the short ones. Other lines look the same in every window.
+    // Margin that tiles of images with edges need over faces. Which parts of smoothed edges are visible is found by testing the
+    // depths along the whole of the short ones; other edges are tested against the farthest depths around their pixels. Edges
+    // alone look the same in every window.
     static std::int32_t tile_margin(const Edge_Settings& settings) noexcept {
-        return settings.over_faces && settings.smoothed ? 72 : 0;
+        return !settings.over_faces ? 0 : settings.smoothed ? 72 : 8;
     }
 
     // Does what a picture needs once: which edges are drawn, and where.
@@ -47,17 +52,20 @@ private:
     struct Run {
         std::uint32_t first, end;
     };
+    // Of a triangle: depth units for a column to the right and a row up, and between its nearest and farthest point.
+    struct Plane {
+        double along_x = 0, along_y = 0, range = 0;
+    };
     struct Segment {
         VT_DCI_Point from, to;
     };
-    enum class Enclosure { none, looking_outwards, looking_inwards }; // faces of a closed surface
 
-    Enclosure enclosure_of(const Mesh& mesh) const;
     void set_features(const Mesh& mesh);
     void set_colors(const Mesh& mesh, VT_RGB32 base_color);
     void choose_edges();
     void lift_points();
-    double rise_of(std::size_t triangle) const;
+    Plane plane_of(std::size_t triangle) const;
+    double rise_beside(std::size_t corner, const Plane& plane) const;
     void gather_runs();
     std::optional<Segment> segment_of(std::size_t edge) const;
 
@@ -65,7 +73,7 @@ private:
     Vector_Columns positions_;
     Surfaces faces_;
     VT_RGB32 base_color_;
-    Enclosure enclosure_ = Enclosure::none;
+    bool hides_backs_ = false;
     std::vector<VT_RGB32> colors_;       // none, or by edge
     std::vector<std::uint8_t> features_; // by edge: whether it is one from everywhere
 
@@ -77,7 +85,6 @@ private:
     Projected_Points projection_;
     std::vector<std::uint8_t> drawn_;  // by edge; the last place of a chain is none
     std::vector<std::int32_t> lifts_;  // by point, see lift_points
-    std::vector<std::uint8_t> lifted_; // by edge: whether it bounds a face that is seen
     std::vector<Run> runs_;
     Tile_Bins bins_;
 };

@@ -12,11 +12,17 @@ namespace {
 
 // How far the key light reaches beyond the horizon of the form.
 constexpr float wrap = 0.30F;
-constexpr float key_light = 0.76F;
+constexpr float key_light = 0.72F;
 constexpr float viewer_light = 0.10F;
 constexpr float sky_light = 0.30F;
 constexpr float ground_light = 0.07F;
+constexpr float fill_light = 0.08F;
 constexpr float highlight = 0.16F;
+// Of black forms, above; lighter ones have less.
+constexpr float rim_light = 0.12F;
+constexpr float least_scattering = 0.03F;
+// What metal reflects: sky and ground with a soft horizon, and the key light as a bright field.
+constexpr float mirrored_sky = 0.85F, mirrored_ground = 0.10F, mirrored_key = 0.9F;
 
 float intensity(std::uint8_t channel) {
     const float value = static_cast<float>(channel) / 255.0F;
@@ -31,6 +37,21 @@ std::uint32_t channel(float light) {
     return static_cast<std::uint32_t>(static_cast<std::int32_t>(std::sqrt(light < 1.0F ? light : 1.0F) * 255.0F + 0.5F));
 }
 
+// cosine to the power of 4 n, nearly, by a division instead.
+float power(float cosine, float n) {
+    const float lobe = cosine / (n - n * cosine + cosine), squared = lobe * lobe;
+    return squared * squared;
+}
+
+struct Plain_Finish {
+    static constexpr bool is_plain = true;
+};
+
+struct Finish_Each {
+    static constexpr bool is_plain = false;
+    const float *lit, *mirror, *highlight, *sharpness, *red, *green, *blue;
+};
+
 struct One_Color {
     float r, g, b;
     float red(std::size_t) const { return r; }
@@ -44,6 +65,10 @@ struct Color_Each {
     float green(std::size_t i) const { return g[i]; }
     float blue(std::size_t i) const { return b[i]; }
 };
+
+std::uint32_t word_of(float red, float green, float blue) {
+    return 0xFF000000U | channel(red) << 16 | channel(green) << 8 | channel(blue);
+}
 
 // How a normal n is seen by the lights: along a direction whose part towards the viewer is w, it counts n . direction * along +
 // w * toward_viewer.
@@ -82,22 +107,43 @@ void Surfaces::set(std::size_t i, const VT_Vector& normal, const VT_Vector& plac
 }
 
 void Surfaces::add_color(VT_RGB32 color) {
-    red.push_back(intensity(color.red));
-    green.push_back(intensity(color.green));
-    blue.push_back(intensity(color.blue));
+    const float r = intensity(color.red), g = intensity(color.green), b = intensity(color.blue);
+    const float darkness = 1.0F - std::max({r, g, b});
+    const float added = least_scattering * darkness * darkness;
+    red.push_back(r + added);
+    green.push_back(g + added);
+    blue.push_back(b + added);
+}
+
+// A colour that is not lit becomes emission.
+void Surfaces::add_finish(const Finish& finish, VT_RGB32 color) {
+    const float shown = finish.lit ? 0.0F : 1.0F;
+    lit.push_back(1.0F - shown);
+    mirror.push_back(finish.mirror);
+    highlight.push_back(finish.highlight);
+    sharpness.push_back(finish.sharpness);
+    red_emission.push_back(finish.emission[0] + shown * intensity(color.red));
+    green_emission.push_back(finish.emission[1] + shown * intensity(color.green));
+    blue_emission.push_back(finish.emission[2] + shown * intensity(color.blue));
 }
 
 bool Surfaces::face_viewer(std::size_t i, const Camera& camera) const noexcept {
     return dot(normals[i], narrowed(camera.eye)) > (camera.eye_is_place ? distances[i] : 0.0F);
 }
 
-Lighting::Lighting(const Camera& camera, VT_Vector_D direction) {
+Lighting::Lighting(const Camera& camera, VT_Vector_D direction, double specular)
+    : highlight_(static_cast<float>(highlight * specular)) {
     direction.normalize();
     const auto in_model = [&](const VT_Vector_D& v) {
         return narrowed(camera.right * v.x + camera.up * v.y + camera.toward * v.z);
     };
     VT_Vector_D half_way = direction + VT_Vector_D{0, 0, 1};
     half_way.normalize();
+    // From the other side of the viewer than the key light, at half its height.
+    VT_Vector_D fill{-direction.x, 0.5 * direction.y, std::max(direction.z, 0.4)};
+    fill.normalize();
+    fill_ = in_model(fill);
+    fill_toward_viewer_ = static_cast<float>(fill.z);
     key_ = in_model(direction);
     half_way_ = in_model(half_way);
     sky_ = in_model({0, 1, 0});
@@ -109,14 +155,16 @@ Lighting::Lighting(const Camera& camera, VT_Vector_D direction) {
     eye_weight_ = camera.eye_is_place ? static_cast<float>(eye_scale) : 0.0F;
 }
 
-template <class Seen_Normal, class Base>
-void Lighting::shade_with(const Surfaces& surfaces, const Seen_Normal& seen_normal, const Base& base,
+template <class Seen_Normal, class Base, class Finishes>
+void Lighting::shade_with(const Surfaces& surfaces, const Seen_Normal& seen_normal, const Base& base, const Finishes& finishes,
                           std::span<VT_RGB32> colors) const {
     // Words are gathered in blocks: a loop over floats and words alone is one that compilers vectorise.
     constexpr std::size_t block = 256;
     std::array<std::uint32_t, block> words;
-    const VT_Vector key = key_, half_way = half_way_, sky = sky_, viewer = viewer_;
-    const float key_toward_viewer = key_toward_viewer_, half_way_toward_viewer = half_way_toward_viewer_;
+    const VT_Vector key = key_, fill = fill_, half_way = half_way_, sky = sky_, viewer = viewer_;
+    const float key_toward_viewer = key_toward_viewer_, fill_toward_viewer = fill_toward_viewer_,
+                half_way_toward_viewer = half_way_toward_viewer_, highlights = highlight_;
+    constexpr float plain_power = 24.0F / 4;
     for (std::size_t start = 0; start < colors.size(); start += block) {
         const std::size_t count = std::min(block, colors.size() - start);
         const float *nx = surfaces.normals.x.data() + start, *ny = surfaces.normals.y.data() + start,
@@ -130,15 +178,36 @@ void Lighting::shade_with(const Surfaces& surfaces, const Seen_Normal& seen_norm
             const float toward_sky = seen.along * (nx[i] * sky.x + ny[i] * sky.y + nz[i] * sky.z);
             const float toward_viewer =
                 seen.along * (nx[i] * viewer.x + ny[i] * viewer.y + nz[i] * viewer.z) + seen.toward_viewer;
+            const float toward_fill =
+                seen.along * (nx[i] * fill.x + ny[i] * fill.y + nz[i] * fill.z) + seen.toward_viewer * fill_toward_viewer;
+            const float facing = positive(toward_viewer), upward = 0.5F + 0.5F * toward_sky;
             const float lit = positive((toward_key + wrap) * (1.0F / (1.0F + wrap)));
-            const float diffuse = key_light * lit + viewer_light * positive(toward_viewer) + ground_light +
-                                  (sky_light - ground_light) * (0.5F + 0.5F * toward_sky);
-            const float squared = toward_half_way * toward_half_way, fourth = squared * squared, eighth = fourth * fourth;
-            const float glossy = highlight * (eighth * eighth * eighth);
-            const std::uint32_t red = channel(base.red(start + i) * diffuse + glossy);
-            const std::uint32_t green = channel(base.green(start + i) * diffuse + glossy);
-            const std::uint32_t blue = channel(base.blue(start + i) * diffuse + glossy);
-            words[i] = 0xFF000000U | red << 16 | green << 8 | blue;
+            const float diffuse = key_light * lit + fill_light * positive(toward_fill) + viewer_light * facing + ground_light +
+                                  (sky_light - ground_light) * upward;
+            const float r = base.red(start + i), g = base.green(start + i), b = base.blue(start + i);
+            const float lightest = std::max(r, std::max(g, b));
+            const float away = positive(1.0F - facing);
+            const float rim = rim_light * upward * positive(1.0F - lightest) * (away * away * away);
+            if constexpr (Finishes::is_plain) {
+                const float added = highlights * power(toward_half_way, plain_power) + rim;
+                words[i] = word_of(r * diffuse + added, g * diffuse + added, b * diffuse + added);
+            } else {
+                const std::size_t at = start + i;
+                // Directions in which the viewer's ray is reflected: upwards, and towards the key light.
+                const float mirror_up = 2.0F * facing * toward_sky,
+                            mirror_key = positive(2.0F * facing * toward_key - key_toward_viewer);
+                const float height = std::min(positive(0.5F + 1.2F * mirror_up), 1.0F);
+                const float surroundings = mirrored_ground +
+                                           (mirrored_sky - mirrored_ground) * (height * height * (3.0F - 2.0F * height)) +
+                                           mirrored_key * power(mirror_key, 2.0F);
+                const float mirror = finishes.mirror[at], lit_share = finishes.lit[at];
+                const float glossy = highlights * finishes.highlight[at] * power(toward_half_way, 0.25F * finishes.sharpness[at]);
+                // Of metal the highlight has the surface's colour.
+                const float reflected = lit_share * (diffuse + mirror * (surroundings - diffuse) + mirror * glossy);
+                const float added = lit_share * ((1.0F - mirror) * glossy + rim);
+                words[i] = word_of(r * reflected + added + finishes.red[at], g * reflected + added + finishes.green[at],
+                                   b * reflected + added + finishes.blue[at]);
+            }
         }
         std::transform(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(count),
                        colors.begin() + static_cast<std::ptrdiff_t>(start), vorna::color_of);
@@ -148,9 +217,17 @@ void Lighting::shade_with(const Surfaces& surfaces, const Seen_Normal& seen_norm
 template <class Seen_Normal>
 void Lighting::shade(const Surfaces& surfaces, const Seen_Normal& seen, std::span<VT_RGB32> colors) const {
     if (surfaces.has_one_color()) {
-        shade_with(surfaces, seen, One_Color{surfaces.red[0], surfaces.green[0], surfaces.blue[0]}, colors);
+        shade_with(surfaces, seen, One_Color{surfaces.red[0], surfaces.green[0], surfaces.blue[0]}, Plain_Finish{}, colors);
+        return;
+    }
+    const Color_Each base{surfaces.red.data(), surfaces.green.data(), surfaces.blue.data()};
+    if (surfaces.lit.empty()) {
+        shade_with(surfaces, seen, base, Plain_Finish{}, colors);
     } else {
-        shade_with(surfaces, seen, Color_Each{surfaces.red.data(), surfaces.green.data(), surfaces.blue.data()}, colors);
+        shade_with(surfaces, seen, base,
+                   Finish_Each{surfaces.lit.data(), surfaces.mirror.data(), surfaces.highlight.data(), surfaces.sharpness.data(),
+                               surfaces.red_emission.data(), surfaces.green_emission.data(), surfaces.blue_emission.data()},
+                   colors);
     }
 }
 

@@ -1,5 +1,5 @@
-// Light on surfaces: a key light that wraps a little around the form, sky and ground, light from the viewer, and a soft
-// highlight.
+// Light on surfaces: a key light that wraps a little around the form, a fill light from the other side, sky and ground, light
+// from the viewer, a highlight, and a rim that shows the outline of dark forms.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "drawing/model/camera.h"
+#include "drawing/model/material.h"
 #include "host/color.h"
 
 namespace vorna::drawing::model {
@@ -31,11 +32,16 @@ struct Surfaces {
     Vector_Columns normals;
     std::vector<float> distances;        // normal . place
     std::vector<float> red, green, blue; // one for all, or one each
+    // What finishes say, none or one each, when there is one colour each: 1 for what is lit, else 0, and so on.
+    std::vector<float> lit, mirror, highlight, sharpness, red_emission, green_emission, blue_emission;
 
     std::size_t size() const noexcept { return normals.size(); }
     void resize(std::size_t count);
     void set(std::size_t i, const VT_Vector& normal, const VT_Vector& place) noexcept;
+    // Black gets a little lighter, so that its form shows.
     void add_color(VT_RGB32 color);
+    // The finish of the colour that was added last.
+    void add_finish(const Finish& finish, VT_RGB32 color);
     bool has_one_color() const noexcept { return red.size() == 1; }
     // Whether a face is seen from the side that its normal points to.
     bool face_viewer(std::size_t i, const Camera& camera) const noexcept;
@@ -43,8 +49,8 @@ struct Surfaces {
 
 class Lighting {
 public:
-    // direction: towards the key light, in view space.
-    Lighting(const Camera& camera, VT_Vector_D direction);
+    // direction: towards the key light, in view space. specular: a factor for highlights.
+    Lighting(const Camera& camera, VT_Vector_D direction, double specular);
 
     // The colours of surfaces seen from the side that their normals point to.
     void shade_fronts(const Surfaces& surfaces, std::span<VT_RGB32> colors) const;
@@ -54,12 +60,14 @@ public:
 
 private:
     template <class Seen_Normal> void shade(const Surfaces& surfaces, const Seen_Normal& seen, std::span<VT_RGB32> colors) const;
-    template <class Seen_Normal, class Base>
-    void shade_with(const Surfaces& surfaces, const Seen_Normal& seen, const Base& base, std::span<VT_RGB32> colors) const;
+    template <class Seen_Normal, class Base, class Finishes>
+    void shade_with(const Surfaces& surfaces, const Seen_Normal& seen, const Base& base, const Finishes& finishes,
+                    std::span<VT_RGB32> colors) const;
 
     // In model space, so that normals need no turning.
-    VT_Vector key_, half_way_, sky_, viewer_;
-    float key_toward_viewer_ = 0, half_way_toward_viewer_ = 0;
+    VT_Vector key_, fill_, half_way_, sky_, viewer_;
+    float key_toward_viewer_ = 0, fill_toward_viewer_ = 0, half_way_toward_viewer_ = 0;
+    float highlight_ = 0;
     VT_Vector eye_; // scaled so that eye_ . n - eye_weight_ * distance is about the cosine between normal and view
     float eye_weight_ = 0;
 };

@@ -5,10 +5,9 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
-#include <numeric>
 #include <utility>
 
-#include "drawing/model/tuple_table.h"
+#include "drawing/model/normals.h"
 #include "drawing/model/vectors.h"
 
 namespace vorna::drawing::model {
@@ -16,6 +15,7 @@ namespace {
 
 void drop_degenerate_triangles(Mesh& mesh) {
     std::vector<std::uint32_t>&triangles = mesh.triangles, &materials = mesh.triangle_materials;
+    std::vector<std::uint32_t>& smoothing = mesh.smoothing;
     std::vector<std::uint8_t>& diagonals = mesh.diagonals;
     diagonals.resize(diagonals.empty() ? 0 : mesh.triangle_count());
     std::size_t kept = 0;
@@ -28,6 +28,9 @@ void drop_degenerate_triangles(Mesh& mesh) {
             if (!materials.empty()) {
                 materials[kept] = materials[t];
             }
+            if (!smoothing.empty()) {
+                smoothing[kept] = smoothing[t];
+            }
             if (!diagonals.empty()) {
                 diagonals[kept] = diagonals[t];
             }
@@ -36,27 +39,45 @@ void drop_degenerate_triangles(Mesh& mesh) {
     }
     triangles.resize(3 * kept);
     materials.resize(materials.empty() ? 0 : kept);
+    smoothing.resize(smoothing.empty() ? 0 : kept);
     diagonals.resize(diagonals.empty() ? 0 : kept);
 }
 
-// Only vertices that a triangle uses count: stray points must not shrink the picture.
+void drop_degenerate_lines(Mesh& mesh) {
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i + 1 < mesh.lines.size(); i += 2) {
+        if (mesh.lines[i] != mesh.lines[i + 1]) {
+            mesh.lines[kept] = mesh.lines[i];
+            mesh.lines[kept + 1] = mesh.lines[i + 1];
+            kept += 2;
+        }
+    }
+    mesh.lines.resize(kept);
+}
+
+// Only vertices that are drawn count: unused ones must not shrink the image of the model.
 void move_into_unit_sphere(std::vector<Mesh>& meshes, const std::string& files) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     VT_Vector_D low{infinity, infinity, infinity}, high{-infinity, -infinity, -infinity};
+    bool has_points = false;
     for (const Mesh& mesh : meshes) {
-        for (const std::uint32_t vertex : mesh.triangles) {
+        has_points = has_points || !mesh.points.empty();
+        for_each_drawn_vertex(mesh, [&](std::uint32_t vertex) {
             const VT_Vector& p = mesh.positions[vertex];
             low = {std::min<double>(low.x, p.x), std::min<double>(low.y, p.y), std::min<double>(low.z, p.z)};
             high = {std::max<double>(high.x, p.x), std::max<double>(high.y, p.y), std::max<double>(high.z, p.z)};
-        }
+        });
     }
     if (low.x > high.x) {
-        return; // no triangles at all
+        return; // nothing is drawn
     }
     const VT_Vector_D center = (low + high) * 0.5;
-    const double radius = length(high - low) * 0.5;
+    double radius = length(high - low) * 0.5;
     if (!(radius > 0)) {
-        throw Model_Error(files + ": empty scene: expected triangles with an extent, found one point");
+        if (!has_points) {
+            throw Model_Error(files + ": empty scene: expected triangles or lines with an extent, found one point");
+        }
+        radius = 1;
     }
     for (Mesh& mesh : meshes) {
         mesh.center = center;
@@ -77,37 +98,19 @@ void drop_wild_coordinates(std::vector<Texture_Point>& coordinates) {
     }
 }
 
-// By vertex, a number that vertices of one place share. Textures part vertices along their seams, where no edge is meant to show.
-std::vector<std::uint32_t> places_of(const Mesh& mesh) {
-    std::vector<std::uint32_t> places(mesh.positions.size());
-    if (mesh.coordinates.empty()) {
-        std::iota(places.begin(), places.end(), 0U);
-        return places;
-    }
-    Triple_Table table;
-    std::ranges::transform(mesh.positions, places.begin(), [&](const VT_Vector& p) { return table.index_of(words_of(p)); });
-    return places;
-}
-
-// The mean of the faces around a vertex, weighted by their areas.
-void complete_normals(Mesh& mesh) {
-    mesh.normals.resize(mesh.positions.size());
-    const std::vector<std::uint32_t> places = places_of(mesh);
-    std::vector<VT_Vector> sums(mesh.positions.size());
-    for (std::size_t i = 0; i < mesh.triangles.size(); i += 3) {
-        const auto a = mesh.triangles[i], b = mesh.triangles[i + 1], c = mesh.triangles[i + 2];
-        const VT_Vector twice_area = cross(mesh.positions[b] - mesh.positions[a], mesh.positions[c] - mesh.positions[a]);
-        for (const auto vertex : {a, b, c}) {
-            sums[places[vertex]] = sums[places[vertex]] + twice_area;
+// Points have the normals of the file only: before other vertices get those of the faces around them.
+void keep_point_normals(Mesh& mesh) {
+    mesh.point_normals.clear();
+    const auto has_normal = [&mesh](std::uint32_t vertex) { return unit(mesh.normals[vertex]).has_value(); };
+    if (!mesh.normals.empty() && std::ranges::any_of(mesh.points, has_normal)) {
+        mesh.point_normals.reserve(mesh.points.size());
+        for (const std::uint32_t vertex : mesh.points) {
+            mesh.point_normals.push_back(unit(mesh.normals[vertex]).value_or(VT_Vector{}));
         }
     }
-    for (std::size_t v = 0; v < mesh.normals.size(); ++v) {
-        const bool given = unit(mesh.normals[v]).has_value();
-        mesh.normals[v] = unit(given ? mesh.normals[v] : sums[places[v]]).value_or(VT_Vector{0, 0, 1});
-    }
 }
 
-// Adds another mesh's elements. What only one of both has gets what stands for nothing said in the other.
+// Adds another mesh's elements. Lists that only one of both has are padded with defaults.
 void append(Mesh& mesh, Mesh&& other) {
     const auto base = static_cast<std::uint32_t>(mesh.positions.size());
     const auto first_material = static_cast<std::uint32_t>(mesh.materials.size()),
@@ -119,8 +122,10 @@ void append(Mesh& mesh, Mesh&& other) {
             list.resize(count + more_count, nothing);
         }
     };
-    for (std::uint32_t& vertex : other.triangles) {
-        vertex += base;
+    for (std::vector<std::uint32_t>* list : {&other.triangles, &other.lines, &other.points}) {
+        for (std::uint32_t& vertex : *list) {
+            vertex += base;
+        }
     }
     for (std::uint32_t& material : other.triangle_materials) {
         material = material == no_material ? no_material : material + first_material;
@@ -133,10 +138,13 @@ void append(Mesh& mesh, Mesh&& other) {
     join(mesh.coordinates, base, other.coordinates, vertices, Texture_Point{});
     join(mesh.diagonals, mesh.triangle_count(), other.diagonals, triangles, std::uint8_t{0});
     join(mesh.triangle_materials, mesh.triangle_count(), other.triangle_materials, triangles, no_material);
+    join(mesh.point_normals, mesh.points.size(), other.point_normals, other.points.size(), VT_Vector{});
     const auto move_to_end = [](auto& list, auto& more) { std::ranges::move(more, std::back_inserter(list)); };
     move_to_end(mesh.positions, other.positions);
     move_to_end(mesh.normals, other.normals);
     move_to_end(mesh.triangles, other.triangles);
+    move_to_end(mesh.lines, other.lines);
+    move_to_end(mesh.points, other.points);
     move_to_end(mesh.materials, other.materials);
     move_to_end(mesh.images, other.images);
     move_to_end(mesh.warnings, other.warnings);
@@ -144,13 +152,26 @@ void append(Mesh& mesh, Mesh&& other) {
 
 } // namespace
 
+std::vector<std::uint32_t> vertex_finishes(const Mesh& mesh) {
+    std::vector<std::uint32_t> materials;
+    if (std::ranges::any_of(mesh.materials, [](const Material& material) { return material.finish != Finish{}; })) {
+        materials.resize(mesh.positions.size(), no_material);
+        for (std::size_t corner = 0; corner < 3 * mesh.triangle_materials.size(); ++corner) {
+            materials[mesh.triangles[corner]] = mesh.triangle_materials[corner / 3];
+        }
+    }
+    return materials;
+}
+
 bool is_consistent(const Mesh& mesh) {
     const auto are_finite = [](auto... numbers) { return (std::isfinite(numbers) && ...); };
     const auto is_finite = [&](const VT_Vector& v) { return are_finite(v.x, v.y, v.z); };
     const auto is_material = [&](const Material& m) {
         return (m.image == no_image || m.image < mesh.images.size()) && m.wrap_u >= Wrap::repeat && m.wrap_u <= Wrap::clamp &&
                m.wrap_v >= Wrap::repeat && m.wrap_v <= Wrap::clamp && m.transparency >= Transparency::none &&
-               m.transparency <= Transparency::by_image && are_finite(m.opacity, m.cut_off);
+               m.transparency <= Transparency::by_image && are_finite(m.opacity, m.cut_off) &&
+               are_finite(m.finish.mirror, m.finish.highlight, m.finish.sharpness) &&
+               are_finite(m.finish.emission[0], m.finish.emission[1], m.finish.emission[2]);
     };
     const auto is_image = [](const Image_Source& i) {
         const bool has_size = i.width != 0 || i.height != 0;
@@ -160,26 +181,31 @@ bool is_consistent(const Mesh& mesh) {
         return i.embedded ? !has_size || fits : !has_size && i.bytes.empty();
     };
     const std::size_t vertices = mesh.positions.size(), triangles = mesh.triangle_count(), materials = mesh.materials.size();
+    const auto are_vertices = [vertices](const std::vector<std::uint32_t>& list) {
+        return std::ranges::all_of(list, [vertices](std::uint32_t vertex) { return vertex < vertices; });
+    };
     const auto is_none_or = [](std::size_t count, const auto& list) { return list.empty() || list.size() == count; };
     return is_none_or(vertices, mesh.normals) && is_none_or(vertices, mesh.colors) && is_none_or(vertices, mesh.coordinates) &&
-           mesh.triangles.size() % 3 == 0 && is_none_or(triangles, mesh.triangle_materials) &&
-           mesh.diagonals.size() <= triangles && std::ranges::all_of(mesh.positions, is_finite) &&
-           std::ranges::all_of(mesh.normals, is_finite) &&
-           std::ranges::all_of(mesh.triangles, [&](std::uint32_t vertex) { return vertex < vertices; }) &&
+           mesh.triangles.size() % 3 == 0 && mesh.lines.size() % 2 == 0 && is_none_or(triangles, mesh.triangle_materials) &&
+           is_none_or(triangles, mesh.smoothing) && mesh.diagonals.size() <= triangles &&
+           std::ranges::all_of(mesh.positions, is_finite) && std::ranges::all_of(mesh.normals, is_finite) &&
+           are_vertices(mesh.triangles) && are_vertices(mesh.lines) && are_vertices(mesh.points) &&
            std::ranges::all_of(mesh.triangle_materials,
                                [&](std::uint32_t material) { return material == no_material || material < materials; }) &&
            std::ranges::all_of(mesh.materials, is_material) && std::ranges::all_of(mesh.images, is_image);
 }
 
 // Normals come before joining: corners of different files do not smooth each other.
-Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty) {
-    std::size_t corners = 0;
+Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty, std::optional<double> crease) {
+    std::size_t corners = 0, vertices = 0;
     for (std::size_t m = 0; m < meshes.size(); ++m) {
         drop_degenerate_triangles(meshes[m]);
-        if (meshes[m].triangles.empty() && !empty) {
-            throw Model_Error(files[m] + ": empty scene: expected at least one triangle, found none");
+        drop_degenerate_lines(meshes[m]);
+        if (meshes[m].is_empty() && !empty) {
+            throw Model_Error(files[m] + ": empty scene: expected triangles, lines or points, found none");
         }
         corners += meshes[m].triangles.size();
+        vertices += meshes[m].positions.size();
     }
     std::string all_files;
     for (const std::string& file : files) {
@@ -188,10 +214,14 @@ Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files
     if (corners >= std::numeric_limits<std::uint32_t>::max()) {
         throw Model_Error(all_files + ": expected fewer than 1431655765 triangles, found " + std::to_string(corners / 3));
     }
+    if (vertices >= std::numeric_limits<std::uint32_t>::max()) {
+        throw Model_Error(all_files + ": expected fewer than 4294967295 vertices, found " + std::to_string(vertices));
+    }
     move_into_unit_sphere(meshes, all_files);
     for (Mesh& mesh : meshes) {
+        keep_point_normals(mesh);
         drop_wild_coordinates(mesh.coordinates);
-        complete_normals(mesh);
+        complete_normals(mesh, crease);
     }
     Mesh mesh = std::move(meshes.front());
     for (std::size_t m = 1; m < meshes.size(); ++m) {
@@ -200,16 +230,33 @@ Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files
     return mesh;
 }
 
-void finish_mesh(Mesh& mesh, const std::string& file) {
+std::vector<VT_Vector> drawn_positions(const Mesh& mesh) {
+    std::vector<bool> is_listed(mesh.positions.size());
+    std::vector<VT_Vector> positions;
+    for_each_drawn_vertex(mesh, [&](std::uint32_t vertex) {
+        if (!is_listed[vertex]) {
+            is_listed[vertex] = true;
+            positions.push_back(mesh.positions[vertex]);
+        }
+    });
+    return positions;
+}
+
+void finish_mesh(Mesh& mesh, const std::string& file, std::optional<double> crease) {
     std::vector<Mesh> one;
     one.push_back(std::move(mesh));
-    mesh = joined_mesh(std::move(one), {file}, false);
+    mesh = joined_mesh(std::move(one), {file}, false, crease);
+}
+
+VT_Vector winding_normal(const Mesh& mesh, std::size_t triangle) {
+    const std::uint32_t* corners = &mesh.triangles[3 * triangle];
+    const VT_Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]], &c = mesh.positions[corners[2]];
+    return unit(cross(b - a, c - a)).value_or(VT_Vector{0, 0, 1});
 }
 
 VT_Vector face_normal(const Mesh& mesh, std::size_t triangle) {
     const std::uint32_t* corners = &mesh.triangles[3 * triangle];
-    const VT_Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]], &c = mesh.positions[corners[2]];
-    const VT_Vector normal = unit(cross(b - a, c - a)).value_or(VT_Vector{0, 0, 1});
+    const VT_Vector normal = winding_normal(mesh, triangle);
     const VT_Vector around = mesh.normals[corners[0]] + mesh.normals[corners[1]] + mesh.normals[corners[2]];
     return dot(normal, around) < 0.0F ? normal * -1.0F : normal;
 }

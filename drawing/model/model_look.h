@@ -12,9 +12,10 @@ namespace vorna::drawing::model {
 enum class Shading {
     flat,
     gouraud,
-    textured,
+    textured,    // with materials and images
     wireframe,   // edges alone
     hidden_line, // edges, and faces in any colour: what counts is that they hide what lies behind them
+    automatic,   // textured where the model has materials and no other colour is given, else gouraud
 };
 enum class Culling { none, back };
 // The colours of faces.
@@ -26,9 +27,10 @@ enum class Tint {
 };
 
 struct Model_Look {
-    Shading shading = Shading::gouraud;
+    Shading shading = Shading::automatic;
     Culling culling = Culling::none;
     VT_Vector_D light{-0.5, 0.65, 0.7}; // towards it, in view space
+    double specular = 1;                // strength of highlights: a factor
     Tint tint = Tint::lit;
 };
 

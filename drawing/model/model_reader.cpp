@@ -8,6 +8,7 @@
 #include <fstream>
 #include <new>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -23,9 +24,41 @@ std::string lower_case(std::string text) {
     return text;
 }
 
+// What was wrong, without the file and what every message of assimp's reader begins with.
+std::string reason_of(const Model_Error& error, const std::string& file) {
+    std::string_view reason = error.what();
+    for (const std::string& start : {file + ": ", std::string("expected a model file: ")}) {
+        reason.remove_prefix(reason.starts_with(start) ? start.size() : 0);
+    }
+    return std::string(reason);
+}
+
+// assimp is asked when the format's own reader refuses a file, but for files that are cut off: half of a model is none.
 Mesh read_model(Input& input, Load_Limits& limits) {
-    const bool has_reader = input.format && input.format->read_model;
-    return has_reader ? input.format->read_model(input, limits) : read_with_assimp(input, limits);
+    if (!input.format || !input.format->read_model) {
+        return read_with_assimp(input, limits);
+    }
+    try {
+        return input.format->read_model(input, limits);
+    } catch (const Cut_Off_Error&) {
+        throw;
+    } catch (const Model_Error& own) {
+        if (!input.content || !is_assimp_format(input.suffix)) {
+            throw;
+        }
+        std::string reason;
+        try {
+            Mesh mesh = read_with_assimp(input, limits);
+            if (!mesh.is_empty()) {
+                mesh.warnings.push_back(std::string(own.what()) + "; read by assimp instead");
+                return mesh;
+            }
+            reason = "found nothing to draw";
+        } catch (const Model_Error& error) {
+            reason = reason_of(error, input.name);
+        }
+        throw Model_Error(std::string(own.what()) + "; assimp: " + reason);
+    }
 }
 
 } // namespace
@@ -58,7 +91,7 @@ std::string read_reference(const std::string& model, const std::string& file, Lo
 }
 
 // What lies outside is not even looked for.
-std::string image_path(const std::string& model, const std::string& file, std::string name, Load_Limits& limits) {
+std::string named_path(const std::string& model, const std::string& file, std::string name, Load_Limits& limits) {
     constexpr std::uint64_t file_steps = 1000, neighbour_steps = 100;
     limits.take_work(model, file_steps);
     namespace fs = std::filesystem;
@@ -89,7 +122,7 @@ std::uint32_t image_number(Mesh& mesh, const std::string& path, const std::strin
     return number;
 }
 
-Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty) {
+Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty, std::optional<double> crease) {
     std::vector<Mesh> meshes;
     std::vector<std::string> names;
     names.reserve(inputs.size());
@@ -103,7 +136,7 @@ Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty) {
             meshes.push_back(read_model(input, limits));
             input.content.reset();
         }
-        return joined_mesh(std::move(meshes), names, empty);
+        return joined_mesh(std::move(meshes), names, empty, crease);
     } catch (const std::bad_alloc&) {
         throw std::runtime_error(reading + ": not enough memory to read it");
     }

@@ -1,6 +1,7 @@
 // Model files in memory, format by format.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,10 +11,10 @@
 
 namespace vorna::drawing::model {
 
-// Reads models and makes them fit for being drawn together, in one mesh. Formats without a reader of their own go through assimp.
-// Contents are given up. empty: whether files without triangles are fine. Throws Model_Error and
-// Load_Error.
-Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty = false);
+// Reads models and makes them fit for being drawn together, in one mesh. assimp reads formats without a reader of their own, and
+// files that such a reader refuses. Contents are given up. empty: whether empty models are accepted. crease: see
+// complete_normals. Throws Model_Error and Load_Error.
+Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty = false, std::optional<double> crease = {});
 // The formats' own readers: file names the text for messages, and OBJ materials are looked for beside it. Memory stays within a
 // small multiple of the content's size, whatever counts it declares. Throw Model_Error and Load_Error; the mesh is not finished
 // yet.
@@ -24,10 +25,10 @@ Mesh read_stl(const std::string& file, std::string_view content, Load_Limits& li
 Mesh read_with_assimp(const Input& input, Load_Limits& limits);
 bool is_assimp_format(const std::string& suffix);
 
-// Where an image lies that a model or material file names: relative to that file, else beside it under the same name in
-// capitals or not, as on the machine that it was written on. Folders may be parted by either slash. model: whose folder the
-// image must lie in, unless the limits allow more.
-std::string image_path(const std::string& model, const std::string& file, std::string name, Load_Limits& limits);
+// The path of an image or a library of materials that a model or material file names: relative to that file, else beside it under
+// the same name whatever its capitals, as on the machine that it was written on. Folders may be parted by either slash. model:
+// whose folder it must lie in, unless the limits allow more.
+std::string named_path(const std::string& model, const std::string& file, std::string name, Load_Limits& limits);
 // The number of an image file among a mesh's images, which the model names.
 std::uint32_t image_number(Mesh& mesh, const std::string& path, const std::string& model);
 
@@ -37,6 +38,6 @@ std::string read_file(const std::string& file, Load_Limits& limits);
 std::string read_reference(const std::string& model, const std::string& file, Load_Limits& limits);
 
 // Memory that elements of a mesh take in all, with what finishing it needs. A vertex' colours, normals and so on are its own.
-inline constexpr std::uint64_t position_memory = 24, vertex_memory = 96, triangle_memory = 32;
+inline constexpr std::uint64_t position_memory = 24, vertex_memory = 96, triangle_memory = 160;
 
 } // namespace vorna::drawing::model

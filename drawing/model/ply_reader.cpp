@@ -1,19 +1,19 @@
 // PLY: text, and binary of either byte order.
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
+#include <numeric>
 #include <optional>
 
-#include "drawing/model/bytes.h"
+#include "drawing/files/memory_allowance.h"
 #include "drawing/model/model_reader.h"
+#include "drawing/model/ply_textures.h"
+#include "drawing/model/ply_values.h"
 #include "drawing/model/polygon.h"
 #include "drawing/model/text_cursor.h"
 
 namespace vorna::drawing::model {
 namespace {
-
-enum class Scalar { int8, uint8, int16, uint16, int32, uint32, float32, float64 };
 
 struct Scalar_Name {
     std::string_view name;
@@ -21,16 +21,45 @@ struct Scalar_Name {
 };
 
 constexpr std::array scalar_names{
-    Scalar_Name{"char", Scalar::int8},      Scalar_Name{"int8", Scalar::int8},       Scalar_Name{"uchar", Scalar::uint8},
-    Scalar_Name{"uint8", Scalar::uint8},    Scalar_Name{"short", Scalar::int16},     Scalar_Name{"int16", Scalar::int16},
-    Scalar_Name{"ushort", Scalar::uint16},  Scalar_Name{"uint16", Scalar::uint16},   Scalar_Name{"int", Scalar::int32},
-    Scalar_Name{"int32", Scalar::int32},    Scalar_Name{"uint", Scalar::uint32},     Scalar_Name{"uint32", Scalar::uint32},
-    Scalar_Name{"float", Scalar::float32},  Scalar_Name{"float32", Scalar::float32}, Scalar_Name{"double", Scalar::float64},
-    Scalar_Name{"float64", Scalar::float64}};
+    Scalar_Name{"char", Scalar::int8},       Scalar_Name{"int8", Scalar::int8},       Scalar_Name{"uchar", Scalar::uint8},
+    Scalar_Name{"uint8", Scalar::uint8},     Scalar_Name{"short", Scalar::int16},     Scalar_Name{"int16", Scalar::int16},
+    Scalar_Name{"ushort", Scalar::uint16},   Scalar_Name{"uint16", Scalar::uint16},   Scalar_Name{"int", Scalar::int32},
+    Scalar_Name{"int32", Scalar::int32},     Scalar_Name{"uint", Scalar::uint32},     Scalar_Name{"uint32", Scalar::uint32},
+    Scalar_Name{"float", Scalar::float32},   Scalar_Name{"float32", Scalar::float32}, Scalar_Name{"double", Scalar::float64},
+    Scalar_Name{"float64", Scalar::float64}, Scalar_Name{"int8_t", Scalar::int8},     Scalar_Name{"uint8_t", Scalar::uint8},
+    Scalar_Name{"int16_t", Scalar::int16},   Scalar_Name{"uint16_t", Scalar::uint16}, Scalar_Name{"int32_t", Scalar::int32},
+    Scalar_Name{"uint32_t", Scalar::uint32}};
 
 // Where a vertex property goes.
-enum Attribute : std::size_t { x, y, z, nx, ny, nz, red, green, blue, attribute_count };
-constexpr std::array<std::string_view, attribute_count> attribute_names{"x", "y", "z", "nx", "ny", "nz", "red", "green", "blue"};
+enum Attribute : std::size_t { x, y, z, nx, ny, nz, red, green, blue, u, v, attribute_count };
+
+// The names that programs give to a property.
+struct Attribute_Name {
+    std::string_view name;
+    Attribute attribute;
+};
+
+constexpr std::array attribute_names{Attribute_Name{"x", x},
+                                     Attribute_Name{"y", y},
+                                     Attribute_Name{"z", z},
+                                     Attribute_Name{"nx", nx},
+                                     Attribute_Name{"ny", ny},
+                                     Attribute_Name{"nz", nz},
+                                     Attribute_Name{"red", red},
+                                     Attribute_Name{"green", green},
+                                     Attribute_Name{"blue", blue},
+                                     Attribute_Name{"r", red},
+                                     Attribute_Name{"g", green},
+                                     Attribute_Name{"b", blue},
+                                     Attribute_Name{"diffuse_red", red},
+                                     Attribute_Name{"diffuse_green", green},
+                                     Attribute_Name{"diffuse_blue", blue},
+                                     Attribute_Name{"u", u},
+                                     Attribute_Name{"v", v},
+                                     Attribute_Name{"s", u},
+                                     Attribute_Name{"t", v},
+                                     Attribute_Name{"texture_u", u},
+                                     Attribute_Name{"texture_v", v}};
 
 struct Property {
     std::string name;
@@ -54,6 +83,7 @@ enum class Encoding { text, little_endian, big_endian };
 
 struct Header {
     Encoding encoding = Encoding::text;
+    std::vector<std::string> textures; // names of images
     std::vector<Element> elements;
 };
 
@@ -80,6 +110,7 @@ Property read_property(Text_Cursor& cursor) {
     return property;
 }
 
+// Lines that begin with another word are comments: old exporters write some without saying so.
 Header read_header(Text_Cursor& cursor) {
     Header header;
     if (Text_Cursor before = cursor; cursor.word() != "ply") {
@@ -119,108 +150,17 @@ Header read_header(Text_Cursor& cursor) {
                 before.fail("'element' before the first property");
             }
             header.elements.back().properties.push_back(read_property(cursor));
-        } else if (keyword != "comment" && keyword != "obj_info" && !keyword.empty()) {
-            before.fail("'format', 'element', 'property' or 'end_header'");
+        } else if (Text_Cursor words = cursor; keyword == "comment" && words.word() == "TextureFile") {
+            header.textures.emplace_back(words.rest_of_line());
         }
     }
     cursor.fail("'end_header'");
 }
 
-// Values one after the other, whatever the encoding. A value that does not suit fails at the place it was read from.
-class Text_Values {
-public:
-    explicit Text_Values(Text_Cursor cursor) : cursor_(cursor), before_(cursor) {}
-
-    double number(Scalar, const char* expected) {
-        advance();
-        return static_cast<double>(cursor_.number(expected));
-    }
-    std::int64_t integer(Scalar, const char* expected) {
-        advance();
-        return cursor_.integer(expected);
-    }
-    std::size_t remaining() const { return cursor_.remaining(); }
-    [[noreturn]] void fail(const std::string& expected) { before_.fail(expected); }
-
-private:
-    void advance() {
-        cursor_.skip_space();
-        before_ = cursor_;
-    }
-
-    Text_Cursor cursor_, before_;
-};
-
-template <std::endian Order> class Binary_Values {
-public:
-    Binary_Values(const std::string& file, std::string_view content, std::size_t start)
-        : file_(file), content_(content), next_(start) {}
-
-    double number(Scalar scalar, const char* expected) {
-        const double value = take<double>(scalar, expected);
-        if (!std::isfinite(value)) {
-            fail(expected);
-        }
-        return value;
-    }
-    std::int64_t integer(Scalar scalar, const char* expected) {
-        if (scalar == Scalar::float32 || scalar == Scalar::float64) {
-            const double value = take<double>(scalar, expected);
-            if (!(std::abs(value) < 1e15)) {
-                fail(expected);
-            }
-            return static_cast<std::int64_t>(value);
-        }
-        return take<std::int64_t>(scalar, expected);
-    }
-    std::size_t remaining() const { return content_.size() - next_; }
-    [[noreturn]] void fail(const std::string& expected) {
-        throw Model_Error(file_ + ": byte " + std::to_string(place_) + ": expected " + expected +
-                          (place_ == content_.size() ? ", found the end of the file" : ""));
-    }
-
-private:
-    template <class Result> Result take(Scalar scalar, const char* expected) {
-        switch (scalar) {
-        case Scalar::int8:
-            return static_cast<Result>(bytes_as<std::int8_t>(expected));
-        case Scalar::uint8:
-            return static_cast<Result>(bytes_as<std::uint8_t>(expected));
-        case Scalar::int16:
-            return static_cast<Result>(bytes_as<std::int16_t>(expected));
-        case Scalar::uint16:
-            return static_cast<Result>(bytes_as<std::uint16_t>(expected));
-        case Scalar::int32:
-            return static_cast<Result>(bytes_as<std::int32_t>(expected));
-        case Scalar::uint32:
-            return static_cast<Result>(bytes_as<std::uint32_t>(expected));
-        case Scalar::float32:
-            return static_cast<Result>(bytes_as<float>(expected));
-        case Scalar::float64:
-            break;
-        }
-        return static_cast<Result>(bytes_as<double>(expected));
-    }
-
-    template <class Number> Number bytes_as(const char* expected) {
-        place_ = next_;
-        if (remaining() < sizeof(Number)) {
-            place_ = content_.size();
-            fail(expected);
-        }
-        next_ += sizeof(Number);
-        return load<Number, Order>(content_.data() + place_);
-    }
-
-    const std::string& file_;
-    std::string_view content_;
-    std::size_t next_;
-    std::size_t place_ = 0;
-};
-
 template <class Values> class Body_Reader {
 public:
-    Body_Reader(Values values, const std::string& file, Load_Limits& limits) : values_(values), file_(file), limits_(limits) {}
+    Body_Reader(Values values, const std::string& file, const Header& header, Load_Limits& limits)
+        : values_(values), file_(file), limits_(limits), memory_(limits, file), textures_(mesh_, file_, header.textures, limits) {}
 
     Mesh read(const Header& header) {
         for (const Element& element : header.elements) {
@@ -231,11 +171,17 @@ public:
                 read_vertices(element);
             } else if (element.name == "face") {
                 read_faces(element);
+            } else if (element.name == "edge" && element.has("vertex1") && element.has("vertex2")) {
+                read_edges(element);
             } else {
                 for (std::int64_t i = 0; i < element.count; ++i) {
                     skip_record(element);
                 }
             }
+        }
+        if (mesh_.is_empty() && has_places_) { // a point cloud
+            mesh_.points.resize(mesh_.positions.size());
+            std::iota(mesh_.points.begin(), mesh_.points.end(), 0U);
         }
         return std::move(mesh_);
     }
@@ -247,68 +193,134 @@ private:
     void read_vertices(const Element& element) {
         std::vector<std::size_t> attribute_of(element.properties.size());
         std::ranges::transform(element.properties, attribute_of.begin(), [](const Property& property) {
-            const auto found = std::ranges::find(attribute_names, std::string_view(property.name));
-            return static_cast<std::size_t>(found - attribute_names.begin());
+            const auto found = std::ranges::find(attribute_names, std::string_view(property.name), &Attribute_Name::name);
+            return found == attribute_names.end() ? attribute_count : std::size_t{found->attribute};
         });
-        const bool has_normals = element.has("nx") && element.has("ny") && element.has("nz");
-        const bool has_colors = element.has("red") && element.has("green") && element.has("blue");
-        const bool unit_colors = has_colors && element.properties[element.find("red")].scalar >= Scalar::float32;
+        const auto has = [&attribute_of](std::initializer_list<Attribute> attributes) {
+            return std::ranges::all_of(attributes,
+                                       [&](Attribute one) { return std::ranges::find(attribute_of, one) != attribute_of.end(); });
+        };
+        has_places_ = has({x, y, z});
+        const bool has_normals = has({nx, ny, nz}), has_colors = has({red, green, blue}),
+                   has_coordinates = has({u, v}) && !textures_.empty();
+        const auto red_place = static_cast<std::size_t>(std::ranges::find(attribute_of, red) - attribute_of.begin());
+        const bool unit_colors = has_colors && element.properties[red_place].scalar >= Scalar::float32;
         const double color_scale = unit_colors ? 255 : 1;
         mesh_.positions.reserve(credible(element.count) / element.properties.size());
         std::array<double, attribute_count + 1> record{}; // The last one takes what is not wanted.
-        for (std::int64_t v = 0; v < element.count; ++v) {
-            limits_.take_memory(file_, vertex_memory);
+        for (std::int64_t vertex = 0; vertex < element.count; ++vertex) {
+            memory_.take(vertex_memory);
             for (std::size_t p = 0; p < element.properties.size(); ++p) {
                 if (element.properties[p].count) {
                     skip_list(element.properties[p]);
                 } else {
-                    record[attribute_of[p]] = values_.number(element.properties[p].scalar, "a vertex property");
+                    const Scalar scalar = element.properties[p].scalar;
+                    record[attribute_of[p]] = attribute_of[p] <= z ? values_.number(scalar, "a vertex coordinate")
+                                                                   : values_.any_number(scalar, "a vertex property");
                 }
             }
             mesh_.positions.push_back(vector(record[x], record[y], record[z]));
             if (has_normals) {
-                mesh_.normals.push_back(vector(record[nx], record[ny], record[nz]));
+                mesh_.normals.push_back(normal(record[nx], record[ny], record[nz]));
             }
             if (has_colors) {
                 mesh_.colors.push_back({channel(record[blue] * color_scale), channel(record[green] * color_scale),
                                         channel(record[red] * color_scale), 255});
             }
+            if (has_coordinates) {
+                mesh_.coordinates.push_back({static_cast<float>(record[u]), static_cast<float>(record[v])});
+            }
         }
+        vertex_count_ = mesh_.positions.size();
     }
 
     void read_faces(const Element& element) {
         const std::size_t corners = element.has("vertex_indices") ? element.find("vertex_indices") : element.find("vertex_index");
+        const std::size_t corner_coordinates = textures_.empty() ? element.properties.size() : element.find("texcoord");
+        const std::size_t texture = element.find("texnumber");
         mesh_.triangles.reserve(credible(element.count) * 3 / 4);
         for (std::int64_t f = 0; f < element.count; ++f) {
+            std::int64_t texture_number = 0;
+            polygon_.clear();
+            corner_places_.clear();
             for (std::size_t p = 0; p < element.properties.size(); ++p) {
                 const Property& property = element.properties[p];
                 if (p == corners && property.count) {
-                    read_polygon(property);
+                    read_corners(property);
+                } else if (p == corner_coordinates && property.count) {
+                    read_corner_coordinates(property);
                 } else if (property.count) {
                     skip_list(property);
+                } else if (p == texture) {
+                    texture_number = values_.integer(property.scalar, "the number of a texture");
                 } else {
                     values_.number(property.scalar, "a face property");
                 }
             }
+            add_polygon();
+            if (!textures_.empty()) {
+                textures_.note_texture(texture_number);
+            }
         }
     }
 
-    void read_polygon(const Property& property) {
-        const std::int64_t count = read_list_count(property);
-        polygon_.clear();
-        places_.clear();
-        for (std::int64_t i = 0; i < count; ++i) {
-            polygon_.push_back(read_vertex_index(property.scalar));
-            places_.push_back(mesh_.positions[polygon_.back()]);
+    void read_edges(const Element& element) {
+        const std::size_t first = element.find("vertex1"), second = element.find("vertex2");
+        for (std::int64_t e = 0; e < element.count; ++e) {
+            limits_.take_memory(file_, 2 * sizeof(std::uint32_t));
+            std::array<std::uint32_t, 2> ends{};
+            for (std::size_t p = 0; p < element.properties.size(); ++p) {
+                const Property& property = element.properties[p];
+                if (property.count) {
+                    skip_list(property);
+                } else if (p == first || p == second) {
+                    ends[p == second] = read_vertex_index(property.scalar);
+                } else {
+                    values_.number(property.scalar, "an edge property");
+                }
+            }
+            mesh_.lines.insert(mesh_.lines.end(), ends.begin(), ends.end());
         }
-        limits_.take_memory(file_, triangle_memory * polygon_.size());
+    }
+
+    void read_corners(const Property& property) {
+        for (std::int64_t left = read_list_count(property); left > 0; --left) {
+            polygon_.push_back(read_vertex_index(property.scalar));
+        }
+        memory_.take(triangle_memory * polygon_.size());
+    }
+
+    // u and v of each corner.
+    void read_corner_coordinates(const Property& property) {
+        const std::int64_t count = read_list_count(property);
+        for (std::int64_t i = 0; i < count; ++i) {
+            const auto value = static_cast<float>(values_.number(property.scalar, "a texture coordinate"));
+            if (i % 2 == 0) {
+                memory_.take(sizeof(Texture_Point));
+                corner_places_.push_back({value, 0});
+            } else {
+                corner_places_.back().v = value;
+            }
+        }
+    }
+
+    void add_polygon() {
+        places_.clear();
+        for (std::size_t i = 0; i < polygon_.size(); ++i) {
+            if (polygon_.size() > 3) {
+                places_.push_back(mesh_.positions[polygon_[i]]);
+            }
+            if (corner_places_.size() == polygon_.size()) {
+                polygon_[i] = textures_.vertex_at(polygon_[i], corner_places_[i]);
+            }
+        }
         append_polygon(mesh_, polygon_, places_, file_, limits_);
     }
 
     std::uint32_t read_vertex_index(Scalar scalar) {
         const std::int64_t index = values_.integer(scalar, "a vertex index");
-        if (index < 0 || index >= static_cast<std::int64_t>(mesh_.positions.size())) {
-            values_.fail("a vertex index below " + std::to_string(mesh_.positions.size()));
+        if (index < 0 || index >= static_cast<std::int64_t>(vertex_count_)) {
+            values_.fail("a vertex index below " + std::to_string(vertex_count_));
         }
         return static_cast<std::uint32_t>(index);
     }
@@ -345,14 +357,27 @@ private:
         return result;
     }
 
-    static std::uint8_t channel(double value) { return static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0) + 0.5); }
+    // Computed later where the file has none: scanners write what is no number for it.
+    static VT_Vector normal(double a, double b, double c) {
+        const VT_Vector result{static_cast<float>(a), static_cast<float>(b), static_cast<float>(c)};
+        return std::isfinite(result.x) && std::isfinite(result.y) && std::isfinite(result.z) ? result : VT_Vector{};
+    }
+
+    static std::uint8_t channel(double value) {
+        return value > 0 ? static_cast<std::uint8_t>(std::min(value, 255.0) + 0.5) : std::uint8_t{0}; // for no number, too
+    }
 
     Values values_;
     const std::string& file_;
     Load_Limits& limits_;
+    Memory_Allowance memory_;
     Mesh mesh_;
+    bool has_places_ = false;      // whether vertices have coordinates
+    std::size_t vertex_count_ = 0; // in the file
+    Ply_Textures textures_;
     std::vector<std::uint32_t> polygon_; // being read
     std::vector<VT_Vector> places_;      // of its corners
+    std::vector<Texture_Point> corner_places_;
 };
 
 } // namespace
@@ -363,13 +388,13 @@ Mesh read_ply(const std::string& file, std::string_view content, Load_Limits& li
     const auto start = static_cast<std::size_t>(cursor.place() - content.data());
     switch (header.encoding) {
     case Encoding::text:
-        return Body_Reader(Text_Values(cursor), file, limits).read(header);
+        return Body_Reader(Text_Values(cursor), file, header, limits).read(header);
     case Encoding::little_endian:
-        return Body_Reader(Binary_Values<std::endian::little>(file, content, start), file, limits).read(header);
+        return Body_Reader(Binary_Values<std::endian::little>(file, content, start), file, header, limits).read(header);
     case Encoding::big_endian:
         break;
     }
-    return Body_Reader(Binary_Values<std::endian::big>(file, content, start), file, limits).read(header);
+    return Body_Reader(Binary_Values<std::endian::big>(file, content, start), file, header, limits).read(header);
 }
 
 } // namespace vorna::drawing::model

@@ -255,8 +255,8 @@ private:
 
 } // namespace
 
-void append_polygon(Mesh& mesh, std::span<const std::uint32_t> corners, std::span<const VT_Vector> places,
-                    const std::string& file, Load_Limits& limits) {
+void append_large_polygon(Mesh& mesh, std::span<const std::uint32_t> corners, std::span<const VT_Vector> places,
+                          const std::string& file, Load_Limits& limits) {
     const auto count = static_cast<std::uint32_t>(corners.size());
     if (count > 3) {
         mesh.diagonals.resize(mesh.triangle_count());

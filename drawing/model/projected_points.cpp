@@ -34,6 +34,7 @@ void Projected_Points::project(const Vector_Columns& positions, const Camera& ca
         points[i] = viewport.device_point(x * scale, y * scale, z * scale);
     }
     any_beyond = seen != 0;
+    any_before = (seen & beyond::near) != 0;
 }
 
 } // namespace vorna::drawing::model

@@ -19,22 +19,35 @@ constexpr std::size_t longest_run = 32;
 
 Scene_Renderer::Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, bool numbered)
     : triangle_count_(mesh.triangle_count()) {
+    const Facing facing(mesh);
+    hides_backs_ = facing.hides_backs();
     const Strips strips = make_strips(mesh.triangles, static_cast<std::uint32_t>(mesh.positions.size()));
     strip_starts_ = strips.starts;
-    lay_out(mesh, strips);
+    lay_out(mesh, facing, strips);
     if (numbered) {
         numbers_.resize(strips.triangle_order.size());
         std::ranges::transform(strips.triangle_order, numbers_.begin(),
                                [](std::uint32_t triangle) { return color_of(0xFF000000U | (triangle + 1)); });
     }
-    if (own_colors && !mesh.colors.empty()) {
-        std::vector<VT_RGB32> colors(points_.size());
+    const std::vector<std::uint32_t> finishes = own_colors ? vertex_finishes(mesh) : std::vector<std::uint32_t>();
+    if (own_colors && (!mesh.colors.empty() || !finishes.empty())) {
+        std::vector<std::uint32_t> numbers(points_.size()); // in the mesh
         for (std::size_t place = 0; place < strips.vertices.size(); ++place) {
-            const VT_RGB32 own = mesh.colors[strips.vertices[place]];
-            colors[strip_vertices_[place]] = own.alpha == 0 ? base_color : own;
+            numbers[strip_vertices_[place]] = strips.vertices[place];
         }
-        std::ranges::for_each(colors, [this](VT_RGB32 color) { vertices_.add_color(color); });
-        std::ranges::for_each(strip_vertices_, [&](std::uint32_t vertex) { faces_.add_color(colors[vertex]); });
+        const auto add_to = [&](Surfaces& surfaces, std::uint32_t vertex) {
+            const VT_RGB32 own = mesh.colors.empty() ? VT_RGB32{0, 0, 0, 0} : mesh.colors[numbers[vertex]];
+            const VT_RGB32 color = own.alpha == 0 ? base_color : own;
+            surfaces.add_color(color);
+            if (!finishes.empty()) {
+                const std::uint32_t material = finishes[numbers[vertex]];
+                surfaces.add_finish(material == no_material ? Finish{} : mesh.materials[material].finish, color);
+            }
+        };
+        for (std::uint32_t vertex = 0; vertex < numbers.size(); ++vertex) {
+            add_to(vertices_, vertex);
+        }
+        std::ranges::for_each(strip_vertices_, [&](std::uint32_t vertex) { add_to(faces_, vertex); });
     } else {
         vertices_.add_color(base_color);
         faces_.add_color(base_color);
@@ -45,7 +58,7 @@ std::string Scene_Renderer::summary() const {
     return std::to_string(triangle_count()) + " triangles in " + std::to_string(strip_count()) + " strips";
 }
 
-void Scene_Renderer::lay_out(const Mesh& mesh, const Strips& strips) {
+void Scene_Renderer::lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips) {
     std::vector<std::uint32_t> new_number(mesh.positions.size(), none);
     std::vector<VT_Vector> normals;
     strip_vertices_.reserve(strips.vertices.size());
@@ -71,7 +84,7 @@ void Scene_Renderer::lay_out(const Mesh& mesh, const Strips& strips) {
         if (triangle == no_triangle) {
             continue;
         }
-        faces_.set(place, face_normal(mesh, triangle), mesh.positions[mesh.triangles[3 * std::size_t{triangle}]]);
+        faces_.set(place, facing.normal(triangle), mesh.positions[mesh.triangles[3 * std::size_t{triangle}]]);
     }
 }
 
@@ -87,7 +100,7 @@ Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place) const noexce
             return Manner::hidden;
         }
         if ((a | b | c) != 0) {
-            return Manner::crossing;
+            return front ? Manner::clipped_front : Manner::clipped_back;
         }
     }
     return front ? Manner::front : Manner::back;
@@ -99,10 +112,10 @@ void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const 
     flat_ = settings.shading == Shading::flat;
     unlit_ = settings.shading == Shading::hidden_line;
     numbers_only_ = settings.tint == Tint::numbers;
-    cull_backs_ = settings.culling == Culling::back;
     projection_.project(positions_, camera, grid.frame);
+    cull_backs_ = settings.culling == Culling::back || (hides_backs_ && !projection_.any_before);
     if (!unlit_) {
-        tints_.set(flat_ ? faces_ : vertices_, camera, settings);
+        tints_.set(flat_ ? faces_ : vertices_, !cull_backs_, camera, settings);
     }
     bins_.start(grid);
     cut_strips();
@@ -114,7 +127,8 @@ void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const 
     }
 }
 
-// Into runs of triangles of one manner.
+// Into runs of triangles of one manner. Faces seen from behind come first: at the outline of a body they have depths like those
+// of the faces that hide them, and of equal depths the one drawn last is seen.
 void Scene_Renderer::cut_strips() {
     runs_.clear();
     for (std::size_t s = 0; s < strip_count(); ++s) {
@@ -122,7 +136,7 @@ void Scene_Renderer::cut_strips() {
         std::size_t first = strip_starts_[s];
         Manner manner = manner_of(first);
         const auto finish = [&](std::size_t place) {
-            const std::size_t longest = !bins_.sorts() ? place - first : manner == Manner::crossing ? 1 : longest_run;
+            const std::size_t longest = !bins_.sorts() ? place - first : is_clipped(manner) ? 1 : longest_run;
             for (; first < place; first += longest) {
                 if (manner != Manner::hidden) {
                     runs_.push_back({static_cast<std::uint32_t>(first),
@@ -140,11 +154,12 @@ void Scene_Renderer::cut_strips() {
         }
         finish(end);
     }
+    std::ranges::stable_partition(runs_, [](const Run& run) { return is_back(run.manner); });
 }
 
 Extent Scene_Renderer::extent_of(const Run& run) const {
     Extent extent;
-    if (run.manner == Manner::crossing) {
+    if (is_clipped(run.manner)) {
         for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
             const Clip_Polygon polygon = clipped(place, painting());
             for (std::size_t i = 0; i < polygon.count; ++i) {
@@ -188,7 +203,7 @@ public:
         : scene_(scene), painting_(painting), renderer_(renderer), rendition_(rendition) {}
 
     void draw(const Run& run) {
-        if (run.manner == Manner::crossing) {
+        if (is_clipped(run.manner)) {
             for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
                 draw_clipped(place);
             }

@@ -8,6 +8,7 @@
 
 #include "drawing/model/camera.h"
 #include "drawing/model/clipper.h"
+#include "drawing/model/facing.h"
 #include "drawing/model/lighting.h"
 #include "drawing/model/mesh.h"
 #include "drawing/model/projected_points.h"
@@ -42,8 +43,10 @@ private:
         bool flat, unlit;
         const std::vector<VT_RGB32>&front, &back; // by vertex, or by place in flat shading
     };
-    // How a triangle is drawn.
-    enum class Manner { front, back, crossing, hidden };
+    // How a triangle is drawn. Clipped ones cross the view volume.
+    enum class Manner : std::uint8_t { back, clipped_back, front, clipped_front, hidden };
+    static bool is_back(Manner manner) noexcept { return manner <= Manner::clipped_back; }
+    static bool is_clipped(Manner manner) noexcept { return manner == Manner::clipped_back || manner == Manner::clipped_front; }
     // Triangles of one strip and one manner, by the places where they begin.
     struct Run {
         std::uint32_t first, triangles;
@@ -51,7 +54,7 @@ private:
     };
     class Drawing;
 
-    void lay_out(const Mesh& mesh, const Strips& strips);
+    void lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips);
     Manner manner_of(std::size_t place) const noexcept;
     void cut_strips();
     Extent extent_of(const Run& run) const;
@@ -72,6 +75,7 @@ private:
     Surfaces faces_;
     std::vector<VT_RGB32> numbers_; // by place, see draw_numbers
     std::size_t triangle_count_ = 0;
+    bool hides_backs_ = false;
 
     // Of the prepared picture.
     Camera camera_;

@@ -2,6 +2,7 @@
 #include <bit>
 #include <cstring>
 
+#include "drawing/files/memory_allowance.h"
 #include "drawing/model/bytes.h"
 #include "drawing/model/model_reader.h"
 #include "drawing/model/text_cursor.h"
@@ -16,9 +17,18 @@ constexpr std::uint64_t facet_memory = vertex_memory + triangle_memory; // most 
 
 class Corner_Joiner {
 public:
-    void add(VT_Vector corner) { triangles_.push_back(table_.index_of(words_of(corner))); }
+    void add(VT_Vector corner) {
+        waiting_.push_back(words_of(corner));
+        if (waiting_.size() == most_waiting) {
+            join();
+        }
+    }
+
+    // Corners that follow.
+    void reserve(std::size_t corners) { triangles_.reserve(corners); }
 
     Mesh take_mesh() {
+        join();
         Mesh mesh;
         mesh.triangles = std::move(triangles_);
         mesh.positions.reserve(table_.keys().size());
@@ -29,22 +39,31 @@ public:
     }
 
 private:
+    static constexpr std::size_t most_waiting = 1024;
+
+    void join() {
+        table_.append_indices(waiting_, triangles_);
+        waiting_.clear();
+    }
+
     Triple_Table table_;
+    std::vector<Triple_Table::Tuple> waiting_; // corners that have no number yet
     std::vector<std::uint32_t> triangles_;
 };
 
 Mesh read_binary(const std::string& file, std::string_view content, Load_Limits& limits) {
     if (content.size() < binary_header) {
-        throw Model_Error(file + ": byte " + std::to_string(content.size()) +
-                          ": expected a header of 84 bytes, found the end of the file");
+        throw Cut_Off_Error(file + ": byte " + std::to_string(content.size()) +
+                            ": expected a header of 84 bytes, found the end of the file");
     }
     const std::uint64_t count = load<std::uint32_t, std::endian::little>(content.data() + 80);
     if (content.size() < binary_header + count * binary_facet) {
-        throw Model_Error(file + ": byte " + std::to_string(content.size()) + ": expected " + std::to_string(count) +
-                          " facets of 50 bytes, found the end of the file");
+        throw Cut_Off_Error(file + ": byte " + std::to_string(content.size()) + ": expected " + std::to_string(count) +
+                            " facets of 50 bytes, found the end of the file");
     }
     limits.take_memory(file, count * facet_memory);
     Corner_Joiner joiner;
+    joiner.reserve(3 * count);
     for (std::uint64_t facet = 0; facet < count; ++facet) {
         const std::size_t corners = binary_header + facet * binary_facet + 12;
         for (std::size_t place = corners; place < corners + 36; place += 12) {
@@ -63,7 +82,7 @@ Mesh read_binary(const std::string& file, std::string_view content, Load_Limits&
 class Text_Reader {
 public:
     Text_Reader(const std::string& file, std::string_view content, Load_Limits& limits)
-        : file_(file), limits_(limits), cursor_(file, content) {}
+        : memory_(limits, file), cursor_(file, content) {}
 
     Mesh read() {
         expect("solid");
@@ -95,7 +114,7 @@ private:
     }
 
     void read_facet() {
-        limits_.take_memory(file_, facet_memory);
+        memory_.take(facet_memory);
         cursor_.next_line(); // The normal follows from the corners.
         expect("outer");
         expect("loop");
@@ -110,8 +129,7 @@ private:
         expect("endfacet");
     }
 
-    const std::string& file_;
-    Load_Limits& limits_;
+    Memory_Allowance memory_;
     Text_Cursor cursor_;
     Corner_Joiner joiner_;
 };

@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 
+#include "drawing/model/facing.h"
 #include "drawing/model/patches.h"
 #include "drawing/model/tiles.h"
 #include "drawing/model/vectors.h"
@@ -59,10 +60,11 @@ std::vector<float> pixels_per_step(const Camera& camera, const VT_Int_Rectangle&
 
 Studio_Faces::Studio_Faces(const Mesh& mesh) : faces_(mesh.triangle_count()) {
     const std::vector<std::uint32_t> patches = patches_of(mesh);
+    const Facing facing(mesh);
     for (std::size_t t = 0; t < faces_.size(); ++t) {
         const std::uint32_t* corners = &mesh.triangles[3 * t];
         const VT_Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]], &c = mesh.positions[corners[2]];
-        const VT_Vector normal = face_normal(mesh, t);
+        const VT_Vector normal = facing.normal(t);
         const VT_Vector around = mesh.normals[corners[0]] + mesh.normals[corners[1]] + mesh.normals[corners[2]];
         faces_[t] = {a, normal, unit(around).value_or(normal), std::max({length(b - a), length(c - b), length(a - c)}),
                      patches[t]};
@@ -140,7 +142,7 @@ Ground_View::Ground_View(std::span<const VT_Vector> points, const VT_Vector_D& u
     set_row(height_camera_.clip_from_model.m[3], {}, 1);
     height_camera_.right = across_;
     height_camera_.up = along_;
-    height_camera_.toward = height_camera_.eye = up;
+    height_camera_.toward = height_camera_.eye = up * -1.0; // from below: what is nearest to the ground is seen
     height_camera_.eye_is_place = false;
 }
 

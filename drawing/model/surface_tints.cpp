@@ -35,13 +35,12 @@ void set_normals(const Surfaces& surfaces, const Camera& camera, float side, std
 
 } // namespace
 
-void Surface_Tints::set(const Surfaces& surfaces, const Camera& camera, const Model_Look& look) {
-    const bool has_backs = look.culling != Culling::back;
+void Surface_Tints::set(const Surfaces& surfaces, bool has_backs, const Camera& camera, const Model_Look& look) {
     front.resize(surfaces.size());
     back.resize(has_backs ? surfaces.size() : 0);
     switch (look.tint) {
     case Tint::lit: {
-        const Lighting lighting(camera, look.light);
+        const Lighting lighting(camera, look.light, look.specular);
         lighting.shade_fronts(surfaces, front);
         if (has_backs) {
             lighting.shade_backs(surfaces, back);

@@ -4,9 +4,11 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
+#include "drawing/model/decimal_number.h"
 #include "drawing/model/mesh.h"
 
 namespace vorna::drawing::model {
@@ -24,12 +26,14 @@ public:
 
     // To the next character of the line that is not blank; a backslash continues a line.
     void skip_blanks() noexcept {
-        for (; place_ != end_; ++place_) {
-            if (*place_ == '\\' && continues_line()) {
+        while (place_ != end_) {
+            const char c = *place_;
+            if (c == '\\' && continues_line()) {
                 ++line_;
-            } else if (*place_ != ' ' && *place_ != '\t' && *place_ != '\r') {
+            } else if (c != ' ' && c != '\t' && c != '\r') {
                 return;
             }
+            ++place_;
         }
     }
 
@@ -40,8 +44,9 @@ public:
     }
 
     void next_line() noexcept {
-        while (place_ != end_ && *place_ != '\n') {
-            ++place_;
+        if (place_ != end_ && *place_ != '\n') {
+            const void* const found = std::memchr(place_, '\n', remaining());
+            place_ = found ? static_cast<const char*>(found) : end_;
         }
         if (place_ != end_) {
             ++place_;
@@ -51,9 +56,17 @@ public:
 
     // Over blanks and line ends.
     void skip_space() noexcept {
-        while (at_line_end() && place_ != end_) {
-            next_line();
+        for (skip_blanks(); place_ != end_ && *place_ == '\n'; skip_blanks()) {
+            ++place_;
+            ++line_;
         }
+    }
+
+    // The cursor at a place of its line before this one.
+    Text_Cursor at(const char* place) const noexcept {
+        Text_Cursor cursor = *this;
+        cursor.place_ = place;
+        return cursor;
     }
 
     // The next word of the line, empty at its end.
@@ -64,6 +77,13 @@ public:
             ++place_;
         }
         return {start, static_cast<std::size_t>(place_ - start)};
+    }
+
+    // Past what is left of a word that has been begun.
+    void finish_word() noexcept {
+        while (place_ != end_ && !is_space(*place_)) {
+            ++place_;
+        }
     }
 
     // What is left of the line without blanks around it: a name that may hold blanks.
@@ -80,6 +100,9 @@ public:
         return {start, static_cast<std::size_t>(stop - start)};
     }
 
+    bool at(char c) const noexcept { return place_ != end_ && *place_ == c; }
+    bool at_word_end() const noexcept { return place_ == end_ || is_space(*place_); }
+
     // True and past it when the next character is this one.
     bool accept(char c) noexcept {
         if (place_ == end_ || *place_ != c) {
@@ -92,18 +115,29 @@ public:
     // A finite number of the line. expected: what it is, for the message.
     float number(const char* expected) {
         skip_blanks();
+        const char* const start = place_;
+        const float value = any_number(expected);
+        if (!std::isfinite(value)) {
+            at(start).fail(expected);
+        }
+        return value;
+    }
+
+    // Infinities too, and what is no number.
+    float any_number(const char* expected) {
+        skip_blanks();
         const char* start = place_ != end_ && *place_ == '+' ? place_ + 1 : place_;
         float value = 0;
+        if (read_plain_number(start, end_, place_, value)) {
+            return value;
+        }
         auto [stop, error] = std::from_chars(start, end_, value);
         if (error == std::errc::result_out_of_range) {
-            // Too small for a float is zero, too large is infinite and refused below.
+            // Too small for a float is zero, too large is infinite.
             double wide = HUGE_VAL;
             std::from_chars(start, end_, wide);
             value = std::abs(wide) < 1 ? 0.0F : HUGE_VALF;
         } else if (error != std::errc{}) {
-            fail(expected);
-        }
-        if (!std::isfinite(value)) {
             fail(expected);
         }
         place_ = stop;
@@ -112,6 +146,16 @@ public:
 
     std::int64_t integer(const char* expected) {
         skip_blanks();
+        constexpr std::ptrdiff_t most_digits = 18;
+        const char* place = place_;
+        std::int64_t digits = 0;
+        for (; place != end_ && *place >= '0' && *place <= '9' && place - place_ <= most_digits; ++place) {
+            digits = digits * 10 + (*place - '0');
+        }
+        if (place != place_ && place - place_ <= most_digits) {
+            place_ = place;
+            return digits;
+        }
         const char* start = place_ != end_ && *place_ == '+' ? place_ + 1 : place_;
         std::int64_t value = 0;
         const auto [stop, error] = std::from_chars(start, end_, value);
@@ -128,8 +172,11 @@ public:
         for (const char c : found) {
             shown += c >= ' ' && c <= '~' ? c : '?';
         }
-        throw Model_Error(*file_ + ":" + std::to_string(line_) + ": expected " + expected + ", found " +
-                          (found.empty() ? (place_ == end_ ? "the end of the file" : "the end of the line") : "'" + shown + "'"));
+        const std::string start = *file_ + ":" + std::to_string(line_) + ": expected " + expected + ", found ";
+        if (found.empty() && place_ == end_) {
+            throw Cut_Off_Error(start + "the end of the file");
+        }
+        throw Model_Error(start + (found.empty() ? "the end of the line" : "'" + shown + "'"));
     }
 
 private:

@@ -6,8 +6,10 @@
 #include <cstring>
 #include <map>
 #include <numeric>
+#include <set>
 #include <tuple>
 
+#include "drawing/model/facing.h"
 #include "drawing/model/model_reader.h"
 #include "drawing/model/vectors.h"
 #include "vorna/draw.h"
@@ -36,6 +38,21 @@ std::pair<Image, Load_Limits::Loan> image_of(const Image_Source& source, Load_Li
     const std::string read = source.embedded ? std::string() : read_reference(source.model, source.name, limits);
     Image image = decode_image(source.embedded ? source.bytes : read, take);
     return {std::move(image), std::move(loan)};
+}
+
+// One line: how many of all textures, and the first reasons.
+std::string left_out_text(const std::map<std::uint32_t, std::string>& reasons, std::size_t all) {
+    constexpr std::size_t most_told = 3;
+    std::string text = std::to_string(reasons.size()) + " of " + std::to_string(all) + (all == 1 ? " texture" : " textures") +
+                       (reasons.size() == 1 ? " is left out: " : " are left out: ");
+    std::size_t told = 0;
+    for (const auto& [image, reason] : reasons) {
+        if (told == most_told) {
+            return text + "; and " + std::to_string(reasons.size() - told) + " more";
+        }
+        text += (told++ > 0 ? "; " : "") + reason;
+    }
+    return text;
 }
 
 // A single white texel, for translucent surfaces without a texture: palette pictures blend textures only.
@@ -133,6 +150,7 @@ bool Textured_Scene::has_work(const Mesh& mesh) {
 // Materials share a texture when nothing in them asks for another one.
 void Textured_Scene::load_paints(const Mesh& mesh, std::vector<std::string>& warnings, Load_Limits& limits) {
     std::map<std::tuple<std::uint32_t, Wrap, Wrap, Transparency, bool, float>, Texture*> known;
+    std::map<std::uint32_t, std::string> left_out; // why, by image
     const auto texture_of = [&](const Material& material) -> Texture* {
         const auto [found, is_new] = known.try_emplace(
             {material.image, material.wrap_u, material.wrap_v, material.transparency, material.opacity < 1, material.cut_off},
@@ -143,9 +161,9 @@ void Textured_Scene::load_paints(const Mesh& mesh, std::vector<std::string>& war
                 textures_.push_back(std::make_unique<Texture>(source.name, image_of(source, limits).first, material, limits));
                 found->second = textures_.back().get();
             } catch (const Image_Error& error) {
-                warnings.push_back(source.name + ": " + error.what());
+                left_out.try_emplace(material.image, source.name + ": " + error.what());
             } catch (const Model_Error& error) {
-                warnings.push_back(error.what());
+                left_out.try_emplace(material.image, error.what());
             }
         } else if (is_new && material.opacity < 1) {
             textures_.push_back(std::make_unique<Texture>("", white_texel(), material, limits));
@@ -167,6 +185,12 @@ void Textured_Scene::load_paints(const Mesh& mesh, std::vector<std::string>& war
         paints_.push_back(paint);
     }
     paints_.emplace_back();
+    if (!left_out.empty()) {
+        std::set<std::uint32_t> named;
+        std::ranges::for_each(mesh.materials, [&](const Material& material) { named.insert(material.image); });
+        named.erase(no_image);
+        warnings.push_back(left_out_text(left_out, named.size()));
+    }
 }
 
 // By material, for few changes between them.
@@ -179,9 +203,13 @@ void Textured_Scene::order_triangles(const Mesh& mesh) {
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::ranges::stable_sort(order, {}, [&](std::size_t t) { return std::pair(paints_[paints[t]].translucent, paints[t]); });
     faces_.resize(order.size());
+    const Facing facing(mesh);
+    hides_backs_ = facing.hides_backs() && std::ranges::none_of(paints_, [](const Paint& paint) {
+                       return paint.texture && paint.texture->transparency() != Transparency::none;
+                   });
     for (const std::size_t t : order) {
         const std::uint32_t* corners = &mesh.triangles[3 * t];
-        faces_.set(triangles_.size(), face_normal(mesh, t), mesh.positions[corners[0]]);
+        faces_.set(triangles_.size(), facing.normal(t), mesh.positions[corners[0]]);
         triangles_.push_back({corners[0], corners[1], corners[2]});
         triangle_paints_.push_back(paints[t]);
         opaque_count_ += !paints_[paints[t]].translucent;
@@ -227,7 +255,14 @@ void Textured_Scene::set_colors(const Mesh& mesh, const std::vector<std::uint32_
             }
         }
     }
-    std::ranges::for_each(colors, [this](VT_RGB32 color) { vertices_.add_color(color); });
+    const std::vector<std::uint32_t> finishes = own_colors ? vertex_finishes(mesh) : std::vector<std::uint32_t>();
+    for (std::size_t v = 0; v < colors.size(); ++v) {
+        vertices_.add_color(colors[v]);
+        if (!finishes.empty()) {
+            const std::uint32_t material = finishes[vertices[v]];
+            vertices_.add_finish(material == no_material ? Finish{} : mesh.materials[material].finish, colors[v]);
+        }
+    }
 }
 
 std::string Textured_Scene::summary() const {
@@ -249,7 +284,8 @@ void Textured_Scene::transform(const Camera& camera) {
     }
 }
 
-// Translucent triangles by the distance of their centroids.
+// Opaque triangles seen from behind come first: at the outline of a body they have depths like those of the ones that hide them,
+// and of equal depths the one drawn last is seen. Translucent ones are sorted by the distance of their centroids.
 void Textured_Scene::order_drawing(const Camera& camera) {
     std::vector<double> nearness(triangles_.size() - opaque_count_);
     for (std::size_t t = opaque_count_; t < triangles_.size(); ++t) {
@@ -261,16 +297,18 @@ void Textured_Scene::order_drawing(const Camera& camera) {
     }
     order_.resize(triangles_.size());
     std::iota(order_.begin(), order_.end(), 0U);
-    std::ranges::stable_sort(order_.begin() + static_cast<std::ptrdiff_t>(opaque_count_), order_.end(), {},
-                             [&](std::uint32_t t) { return nearness[t - opaque_count_]; });
+    const auto translucent = order_.begin() + static_cast<std::ptrdiff_t>(opaque_count_);
+    std::stable_partition(order_.begin(), translucent, [&](std::uint32_t t) { return !faces_.face_viewer(t, camera); });
+    std::ranges::stable_sort(translucent, order_.end(), {}, [&](std::uint32_t t) { return nearness[t - opaque_count_]; });
 }
 
 void Textured_Scene::prepare(const Tile_Grid& grid, const Camera& camera, const Model_Look& settings) {
     camera_ = camera;
     viewport_ = Viewport(grid.frame);
-    cull_backs_ = settings.culling == Culling::back;
     transform(camera);
-    tints_.set(vertices_, camera, settings);
+    const bool stands_outside = std::ranges::none_of(beyond_, [](std::uint8_t planes) { return (planes & beyond::near) != 0; });
+    cull_backs_ = settings.culling == Culling::back || (hides_backs_ && stands_outside);
+    tints_.set(vertices_, !cull_backs_, camera, settings);
     order_drawing(camera);
     bins_.start(grid);
     if (bins_.sorts()) {
@@ -298,8 +336,7 @@ Clip_Polygon Textured_Scene::clipped(std::size_t triangle) const {
     for (std::size_t i = 0; i < 3; ++i) {
         const std::uint32_t vertex = triangles_[triangle][i];
         const Texture_Point& place = coordinates_[vertex];
-        vertices[i] = {clip_points_[vertex], (front ? tints_.front : tints_.back)[vertex], static_cast<int>(i), place.u,
-                       place.v};
+        vertices[i] = {clip_points_[vertex], (front ? tints_.front : tints_.back)[vertex], static_cast<int>(i), place.u, place.v};
         planes |= beyond_[vertex];
         common &= beyond_[vertex];
     }

@@ -17,13 +17,14 @@
 
 namespace vorna::drawing::model {
 
-// Opaque triangles come first, then translucent ones from the farthest to the nearest. The renderer runs colours and textures
+// Opaque triangles come first, those seen from behind before the others, which are seen where depths are equal; then translucent
+// ones from the farthest to the nearest. The renderer runs colours and textures
 // evenly over the screen; in perspective, edges on which the middle would be wrong by half a pixel or more are halved there. That
 // is decided for each edge by its two ends alone, so that triangles that share one agree and no crack opens between them.
 class Textured_Scene final : public Scene {
 public:
-    // The mesh may be gone afterwards. base_color: of what has neither a colour nor a texture; of all, with own_colors off. A
-    // texture that cannot be had adds a line to warnings, and its surfaces are plain.
+    // The mesh may be gone afterwards. base_color: of what has neither a colour nor a texture; of all, with own_colors off. The
+    // surfaces of textures that cannot be read are plain, and one line in warnings names these textures.
     Textured_Scene(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, std::vector<std::string>& warnings,
                    Load_Limits& limits);
 
@@ -70,6 +71,7 @@ private:
     std::vector<std::uint32_t> triangle_paints_;
     Surfaces faces_;
     std::size_t opaque_count_ = 0;
+    bool hides_backs_ = false; // see Facing; never with materials that let through what is behind them
 
     // Of the prepared picture.
     Camera camera_;
@@ -77,8 +79,8 @@ private:
     bool cull_backs_ = false;
     std::vector<Clip_Point> clip_points_;
     std::vector<std::uint8_t> beyond_;
-    Surface_Tints tints_; // of vertices
-    std::vector<std::uint32_t> order_; // triangles as they are drawn: opaque ones, then translucent ones, the farthest first
+    Surface_Tints tints_;              // of vertices
+    std::vector<std::uint32_t> order_; // triangles as they are drawn: opaque ones, then translucent ones
     Tile_Bins bins_;                   // of places in the order
 };
 

@@ -3,7 +3,9 @@
 
 #include <array>
 #include <tuple>
+#include <type_traits>
 
+#include "renderer/core/member.h"
 #include "renderer/core/picture_cycle.h"
 #include "renderer/core/software_z_buffer.h"
 #include "renderer/depth_lines/polylines_dci.h"
@@ -33,110 +35,134 @@ template <class Function> struct Row {
     std::array<Cell<Function>, case_count> cells;
 };
 
-template <class Function> constexpr Cell<Function> own(Function* function) {
-    return {function, Cell<Function>::Kind::own};
+// Values of cells besides cases and functions: the slot stays as it is; it gets the host's standard function, or is switched off
+// where that does not exist.
+struct Untouched {};
+struct Standard {};
+inline constexpr Untouched keep;
+inline constexpr Standard host;
+
+// A case stands for the slot's member of that case, which need not be the case that the cell is for.
+template <class Slot, auto value> Cell<typename Slot::Function> cell() {
+    using Function = typename Slot::Function;
+    using Kind = typename Cell<Function>::Kind;
+    using Value = std::remove_const_t<decltype(value)>;
+    if constexpr (std::is_same_v<Value, Untouched>) {
+        return {};
+    } else if constexpr (std::is_same_v<Value, Standard>) {
+        return {Slot::standard(), Kind::host};
+    } else if constexpr (std::is_same_v<Value, Case>) {
+        return {&Member<Slot, value>::enter, Kind::own};
+    } else {
+        return {value, Kind::own};
+    }
 }
 
-// The host's standard function; where that does not exist the slot is switched off.
-template <class Function> constexpr Cell<Function> host(Function* function) {
-    return {function, Cell<Function>::Kind::host};
-}
-
-template <class Function>
-constexpr Row<Function> row(Action_Slot<Function> VT_Action_Table::*slot, std::array<Cell<Function>, case_count> cells) {
-    return {slot, cells};
-}
-
-// The same in all six cases.
-template <class Function> constexpr Row<Function> every_case(Action_Slot<Function> VT_Action_Table::*slot, Cell<Function> cell) {
-    return {slot, {cell, cell, cell, cell, cell, cell}};
+template <class Slot, auto... values> Row<typename Slot::Function> row() {
+    static_assert(sizeof...(values) == case_count);
+    return {Slot::place, {cell<Slot, values>()...}};
 }
 
 inline constexpr Case N8 = Case::index8, N32 = Case::rgb32, N32A = Case::rgb32_alpha;
 inline constexpr Case D8 = Case::depth_index8, D32 = Case::depth_rgb32, D32A = Case::depth_rgb32_alpha;
 
-using T = VT_Action_Table;
+template <class Slot> auto members() {
+    return row<Slot, N8, N32, N32A, D8, D32, D32A>();
+}
 
-// The members of a family, one a case.
-#define KRB_OWN(member)                                                                                                          \
-    { own(member<N8>), own(member<N32>), own(member<N32A>), own(member<D8>), own(member<D32>), own(member<D32A>) }
+template <class Slot> auto members_with_depth() {
+    return row<Slot, keep, keep, keep, D8, D32, D32A>();
+}
 
-// Columns: no depth buffer with 8-bit, 32-bit and blended 32-bit colour, then the same three with a depth buffer. {} leaves the
-// slot as it is. Tables are made when they are asked for: on Windows a constant would hold the address of a jump to the host's
-// function, and the host compares addresses.
+// The same in all six cases.
+template <class Slot, auto value> auto every_case() {
+    return row<Slot, value, value, value, value, value, value>();
+}
+
+// Columns: no depth buffer with 8-bit, 32-bit and blended 32-bit colour, then the same three with a depth buffer. Tables are made
+// when they are asked for: on Windows a constant would hold the address of a jump to the host's function, and the host compares
+// addresses.
 // clang-format off
-auto slot_table() { return std::tuple{
-    row(&T::draw_2d_polytriangle, KRB_OWN(draw_2d_polytriangle)),
-    row(&T::draw_dc_polytriangle, KRB_OWN(draw_dc_polytriangle)),
-    row(&T::draw_2di_polytriangle, KRB_OWN(draw_2di_polytriangle)),
-    row(&T::draw_dci_polytriangle, KRB_OWN(draw_dci_polytriangle)),
-    row(&T::draw_2d_colorized_polytriangle, KRB_OWN(draw_2d_colorized_polytriangle)),
-    row(&T::draw_dc_colorized_polytriangle, KRB_OWN(draw_dc_colorized_polytriangle)),
-    row(&T::draw_2di_colorized_polytriangle, KRB_OWN(draw_2di_colorized_polytriangle)),
-    row(&T::draw_dci_colorized_polytriangle, KRB_OWN(draw_dci_colorized_polytriangle)),
-    row(&T::draw_2d_gouraud_polytriangle, KRB_OWN(draw_2d_gouraud_polytriangle)),
-    row(&T::draw_dc_gouraud_polytriangle, KRB_OWN(draw_dc_gouraud_polytriangle)),
-    row(&T::draw_2di_gouraud_polytriangle, KRB_OWN(draw_2di_gouraud_polytriangle)),
-    row(&T::draw_dci_gouraud_polytriangle, KRB_OWN(draw_dci_gouraud_polytriangle)),
-    // The textured members of 32-bit pixels read alpha from texels and colours, whether alpha blending is asked for or not.
-    row(&T::draw_2d_textured_polytriangle, {{{}, {}, {}, own(draw_2d_textured_polytriangle<D8>), own(draw_2d_textured_polytriangle<D32>), own(draw_2d_textured_polytriangle<D32A>)}}),
-    row(&T::draw_dc_textured_polytriangle, {{{}, {}, {}, own(draw_dc_textured_polytriangle<D8>), own(draw_dc_textured_polytriangle<D32>), own(draw_dc_textured_polytriangle<D32A>)}}),
-    row(&T::draw_2di_textured_polytriangle, {{{}, {}, {}, own(draw_2di_textured_polytriangle<D8>), own(draw_2di_textured_polytriangle<D32>), own(draw_2di_textured_polytriangle<D32A>)}}),
-    row(&T::draw_dci_textured_polytriangle, {{{}, {}, {}, own(draw_dci_textured_polytriangle<D8>), own(draw_dci_textured_polytriangle<D32>), own(draw_dci_textured_polytriangle<D32A>)}}),
-    row(&T::draw_2di_polyline, KRB_OWN(draw_2di_polyline)),
-    row(&T::draw_2di_colorized_polyline, KRB_OWN(draw_2di_colorized_polyline)),
-    row(&T::draw_2di_gouraud_polyline, KRB_OWN(draw_2di_gouraud_polyline)),
-    row(&T::draw_dci_polyline, KRB_OWN(draw_dci_polyline)),
-    row(&T::draw_dci_colorized_polyline, KRB_OWN(draw_dci_colorized_polyline)),
-    row(&T::draw_dci_gouraud_polyline, KRB_OWN(draw_dci_gouraud_polyline)),
-    row(&T::draw_dci_dot, KRB_OWN(draw_dci_dot)),
-    row(&T::draw_2di_polymarker, {{own(draw_2di_polymarker<N8>), own(draw_2di_polymarker<N32>), own(draw_2di_polymarker<N32A>), {}, own(draw_2di_polymarker<D32>), own(draw_2di_polymarker<D32A>)}}),
-    row(&T::draw_2di_colorized_polymarker, {{{}, {}, own(draw_2di_colorized_polymarker), {}, {}, {}}}),
-    row(&T::draw_dci_ellipse, {{{}, own(draw_dci_ellipse), own(draw_dci_ellipse), {}, {}, {}}}),
-    row(&T::draw_dci_elliptical_arc, {{{}, own(draw_dci_elliptical_arc), own(draw_dci_elliptical_arc), {}, {}, {}}}),
-    // A buffer draws images of its own format itself.
-    row(&T::draw_dci_rgb32_image, {{host(VD_Standard_Draw_DCI_RGB32_Image), own(draw_dci_rgb32_image<N32>), own(draw_dci_rgb32_image<N32>),
-                                    host(VD_Standard_Draw_DCI_RGB32_Image), own(draw_dci_rgb32_image<D32>), own(draw_dci_rgb32_image<D32>)}}),
-    row(&T::draw_dci_index8_image, {{own(draw_dci_index8_image<N8>), host(VD_Standard_Draw_DCI_Index8_Image), host(VD_Standard_Draw_DCI_Index8_Image),
-                                     own(draw_dci_index8_image<D8>), host(VD_Standard_Draw_DCI_Index8_Image), host(VD_Standard_Draw_DCI_Index8_Image)}}),
-    row(&T::write_depth_rectangle, {{{}, {}, {}, own(write_depth_rectangle), own(write_depth_rectangle), own(write_depth_rectangle)}}),
-    row(&T::read_depth_image, {{{}, {}, {}, own(read_depth_image), own(read_depth_image), own(read_depth_image)}}),
-    row(&T::clear_depth_rectangle, {{own(clear_no_depth), own(clear_no_depth), own(clear_no_depth), own(clear_depth_rectangle), own(clear_depth_rectangle), own(clear_depth_rectangle)}}),
-    row(&T::draw_window, {{own(draw_window_index8), own(draw_window_rgb32), own(draw_window_rgb32), own(draw_window_index8), own(draw_window_rgb32), own(draw_window_rgb32)}}),
-    row(&T::read_color_image, {{own(read_color_image_index8), own(read_color_image_rgb32), own(read_color_image_rgb32), own(read_color_image_index8), own(read_color_image_rgb32), own(read_color_image_rgb32)}}),
-    every_case(&T::draw_2d_polygon, own(draw_2d_polygon)),
-    every_case(&T::draw_dc_polygon, own(draw_dc_polygon)),
-    every_case(&T::draw_2di_polygon, own(draw_2di_polygon)),
-    every_case(&T::draw_dci_polygon, own(draw_dci_polygon)),
-    every_case(&T::draw_dci_image, own(draw_dci_image)),
-    every_case(&T::draw_3d_polytriangle, own(draw_3d_polytriangle)),
-}; }
-#undef KRB_OWN
+auto slot_table() {
+    using namespace slots;
+    return std::tuple{
+        members<Draw_2D_Polytriangle>(),
+        members<Draw_DC_Polytriangle>(),
+        members<Draw_2DI_Polytriangle>(),
+        members<Draw_DCI_Polytriangle>(),
+        members<Draw_2D_Colorized_Polytriangle>(),
+        members<Draw_DC_Colorized_Polytriangle>(),
+        members<Draw_2DI_Colorized_Polytriangle>(),
+        members<Draw_DCI_Colorized_Polytriangle>(),
+        members<Draw_2D_Gouraud_Polytriangle>(),
+        members<Draw_DC_Gouraud_Polytriangle>(),
+        members<Draw_2DI_Gouraud_Polytriangle>(),
+        members<Draw_DCI_Gouraud_Polytriangle>(),
+        // The textured members of 32-bit pixels read alpha from texels and colours, whether alpha blending is asked for or not.
+        members_with_depth<Blended_Texels<Draw_2D_Textured_Polytriangle>>(),
+        members_with_depth<Blended_Texels<Draw_DC_Textured_Polytriangle>>(),
+        members_with_depth<Blended_Texels<Draw_2DI_Textured_Polytriangle>>(),
+        members_with_depth<Blended_Texels<Draw_DCI_Textured_Polytriangle>>(),
+        members<Draw_2DI_Polyline>(),
+        members<Draw_2DI_Colorized_Polyline>(),
+        members<Draw_2DI_Gouraud_Polyline>(),
+        members<Draw_DCI_Polyline>(),
+        members<Draw_DCI_Colorized_Polyline>(),
+        members<Draw_DCI_Gouraud_Polyline>(),
+        members<Draw_DCI_Dot>(),
+        row<Draw_2DI_Polymarker,           N8,   N32,  N32A, keep, D32,  D32A>(),
+        row<Draw_2DI_Colorized_Polymarker, keep, keep, N32A, keep, keep, keep>(),
+        row<Draw_DCI_Ellipse,              keep, N32,  N32,  keep, keep, keep>(),
+        row<Draw_DCI_Elliptical_Arc,       keep, N32,  N32,  keep, keep, keep>(),
+        // A buffer draws images of its own format itself.
+        row<Draw_DCI_RGB32_Image,          host, N32,  N32,  host, D32,  D32>(),
+        row<Draw_DCI_Index8_Image,         N8,   host, host, D8,   host, host>(),
+        row<Write_Depth_Rectangle, keep, keep, keep, write_depth_rectangle, write_depth_rectangle, write_depth_rectangle>(),
+        row<Read_Depth_Image, keep, keep, keep, read_depth_image, read_depth_image, read_depth_image>(),
+        row<Clear_Depth_Rectangle, clear_no_depth, clear_no_depth, clear_no_depth, clear_depth_rectangle, clear_depth_rectangle, clear_depth_rectangle>(),
+        row<Draw_Window, draw_window_index8, draw_window_rgb32, draw_window_rgb32, draw_window_index8, draw_window_rgb32, draw_window_rgb32>(),
+        row<Read_Color_Image, read_color_image_index8, read_color_image_rgb32, read_color_image_rgb32, read_color_image_index8, read_color_image_rgb32, read_color_image_rgb32>(),
+        every_case<Draw_2D_Polygon, draw_2d_polygon>(),
+        every_case<Draw_DC_Polygon, draw_dc_polygon>(),
+        every_case<Draw_2DI_Polygon, draw_2di_polygon>(),
+        every_case<Draw_DCI_Polygon, draw_dci_polygon>(),
+        every_case<Draw_DCI_Image, draw_dci_image>(),
+        every_case<Draw_3D_Polytriangle, draw_3d_polytriangle>(),
+    };
+}
 
 // Without alpha blending, 8-bit textures store what is not transparent.
-auto opaque_texture_table() { return std::tuple{
-    row(&T::draw_2d_textured_polytriangle, {{{}, {}, {}, own(draw_2d_textured_polytriangle<D8, Pixel_Rule::store>), {}, {}}}),
-    row(&T::draw_dc_textured_polytriangle, {{{}, {}, {}, own(draw_dc_textured_polytriangle<D8, Pixel_Rule::store>), {}, {}}}),
-    row(&T::draw_2di_textured_polytriangle, {{{}, {}, {}, own(draw_2di_textured_polytriangle<D8, Pixel_Rule::store>), {}, {}}}),
-    row(&T::draw_dci_textured_polytriangle, {{{}, {}, {}, own(draw_dci_textured_polytriangle<D8, Pixel_Rule::store>), {}, {}}}),
-}; }
+auto opaque_texture_table() {
+    using namespace slots;
+    return std::tuple{
+        row<Stored_Texels<Draw_2D_Textured_Polytriangle>,  keep, keep, keep, D8, keep, keep>(),
+        row<Stored_Texels<Draw_DC_Textured_Polytriangle>,  keep, keep, keep, D8, keep, keep>(),
+        row<Stored_Texels<Draw_2DI_Textured_Polytriangle>, keep, keep, keep, D8, keep, keep>(),
+        row<Stored_Texels<Draw_DCI_Textured_Polytriangle>, keep, keep, keep, D8, keep, keep>(),
+    };
+}
 
 // With tiling the renderer cuts 3D strips and polylines to the tile itself.
-auto tiling_table() { return std::tuple{
-    every_case(&T::draw_3d_colorized_polytriangle, own(draw_3d_colorized_polytriangle)),
-    every_case(&T::draw_3d_gouraud_polytriangle, own(draw_3d_gouraud_polytriangle)),
-    every_case(&T::draw_3d_textured_polytriangle, own(draw_3d_textured_polytriangle)),
-    every_case(&T::draw_3d_polyline, own(draw_3d_polyline)),
-    every_case(&T::draw_3d_colorized_polyline, own(draw_3d_colorized_polyline)),
-    every_case(&T::draw_3d_gouraud_polyline, own(draw_3d_gouraud_polyline)),
-}; }
+auto tiling_table() {
+    using namespace slots;
+    return std::tuple{
+        every_case<Draw_3D_Colorized_Polytriangle, draw_3d_colorized_polytriangle>(),
+        every_case<Draw_3D_Gouraud_Polytriangle, draw_3d_gouraud_polytriangle>(),
+        every_case<Draw_3D_Textured_Polytriangle, draw_3d_textured_polytriangle>(),
+        every_case<Draw_3D_Polyline, draw_3d_polyline>(),
+        every_case<Draw_3D_Colorized_Polyline, draw_3d_colorized_polyline>(),
+        every_case<Draw_3D_Gouraud_Polyline, draw_3d_gouraud_polyline>(),
+    };
+}
 
 // Midpoint ellipses are too coarse for a printed page.
-auto hardcopy_table() { return std::tuple{
-    row(&T::draw_dci_ellipse, {{{}, host(VD_Standard_Draw_DCI_Ellipse), host(VD_Standard_Draw_DCI_Ellipse), {}, {}, {}}}),
-    row(&T::draw_dci_elliptical_arc,
-        {{{}, host(VD_Standard_Draw_DCI_Elliptical_Arc), host(VD_Standard_Draw_DCI_Elliptical_Arc), {}, {}, {}}}),
-}; }
+auto hardcopy_table() {
+    using namespace slots;
+    return std::tuple{
+        row<Draw_DCI_Ellipse,        keep, host, host, keep, keep, keep>(),
+        row<Draw_DCI_Elliptical_Arc, keep, host, host, keep, keep, keep>(),
+    };
+}
 // clang-format on
 
 template <class Function> void install(Software_Z_Buffer& renderer, const Row<Function>& row, Case c) {

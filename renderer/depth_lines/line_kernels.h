@@ -6,6 +6,7 @@
 
 #include "host/color.h"
 #include "host/geometry.h"
+#include "renderer/core/fixed_point.h"
 #include "renderer/core/pixel_target.h"
 #include "renderer/kernels/configurations.h"
 #include "renderer/kernels/pixel_formats.h"
@@ -53,18 +54,14 @@ struct Polyline {
     std::uint8_t index; // for Line_Shading::index
 };
 
-// A value at a segment's first pixel, and how it changes from pixel to pixel along the major axis.
-struct Line_Ramp {
-    std::int32_t value, step;
-};
-
 // What the pixels of a segment are drawn with.
 struct Line_Paint {
     VT_RGB32 color;          // of a flat segment
     Prepared_Color prepared; // the same colour, prepared by the pixel format; with ordered dithering
     std::uint8_t index;      // for Line_Shading::index
-    // Depth in 17.15. Of a Gouraud segment the channels in 16.16, scaled by the colour cube's multipliers for additive dithering.
-    Line_Ramp depth, blue, green, red, alpha;
+    // From pixel to pixel along the major axis. Depth; of a Gouraud segment the channels, scaled by the colour cube's multipliers
+    // for additive dithering.
+    Fixed_Interpolator depth, blue, green, red, alpha;
 };
 
 // A segment of which only some pixels are drawn: those of its rows first_row to last_row, counted from the start's row, that lie

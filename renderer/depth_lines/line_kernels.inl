@@ -1,10 +1,7 @@
-// Line kernels: the stepping of segments.
+// Line kernels: segments, and polylines of them.
 //
-// A segment has one pixel for each step along its major axis, the first point's but not the last one's. Segments with more
-// columns than rows are drawn as one run a row (after Bresenham's run slices); runs end where the line crosses the middle between
-// two rows, and the bias of the start decides to which run a crossing on a column's border belongs, so that either direction
-// draws the same pixels. All others have one pixel a row. Values along a segment are start + i * step at its pixel i, so that a
-// part of a segment has the pixels, colours and depths of the whole.
+// Values along a segment are start + i * step at its pixel i, so that a part of a segment has the pixels, colours and depths of
+// the whole.
 //
 // Runs are drawn in lanes, pixels that each have a row of their own by the vocabulary of one lane, in namespace single.
 
@@ -13,52 +10,10 @@
 
 #include "renderer/depth_lines/line_kernels.h"
 #include "renderer/depth_lines/line_pixels.inl"
+#include "renderer/depth_lines/line_steppers.inl"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
-
-inline std::int32_t add(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
-}
-
-inline std::int32_t subtract(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
-}
-
-inline std::int32_t multiply(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b));
-}
-
-inline std::int32_t magnitude(std::int32_t a) {
-    return a < 0 ? subtract(0, a) : a;
-}
-
-template <int bits> inline std::int32_t to_fraction(std::int32_t a) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) << bits);
-}
-
-// From a towards b in n steps, n above 0. Divisions by 2, 4 and 8 are smaller shifts, which matters to differences that wrap.
-template <int bits> inline Line_Ramp ramp_between(std::int32_t a, std::int32_t b, std::int32_t n) {
-    const int dropped = n == 2 ? 1 : n == 4 ? 2 : n == 8 ? 3 : 0;
-    const auto difference = static_cast<std::uint32_t>(subtract(b, a)) << (bits - dropped);
-    return {add(to_fraction<bits>(a), 1 << (bits - 1)), static_cast<std::int32_t>(difference) / (n >> dropped)};
-}
-
-// The ends of a segment in columns and rows of the buffer.
-struct Ends {
-    std::int32_t x0, y0, x1, y1;
-
-    std::int32_t columns() const { return magnitude(subtract(x1, x0)); }
-    std::int32_t rows() const { return magnitude(subtract(y1, y0)); }
-    bool is_x_major() const { return columns() > rows(); }
-    // Without a branch, which would be mispredicted half the time.
-    std::int32_t row_step() const { return (subtract(y1, y0) >> 31) | 1; }
-    // Change of x from row to row, 16.16.
-    std::int32_t slope() const {
-        assert(rows() != 0);
-        return to_fraction<16>(subtract(x1, x0)) / rows();
-    }
-};
 
 // How many rows ahead memory is prefetched: every row of a line lies in new memory, which no processor predicts.
 constexpr std::int32_t rows_ahead = 16;
@@ -78,9 +33,10 @@ struct Cut {
 
 // The same ramps by columns: their values at column 0, when x0 is where they start.
 template <Line_Configuration c> Line_Paint along_columns(const Line_Paint& paint, std::int32_t x0, bool rightwards) {
-    const auto moved = [=](Line_Ramp ramp) {
-        const std::int32_t step = rightwards ? ramp.step : subtract(0, ramp.step);
-        return Line_Ramp{subtract(ramp.value, multiply(x0, step)), step};
+    const auto moved = [=](Fixed_Interpolator ramp) {
+        ramp.step = rightwards ? ramp.step : wrapping_subtract(0, ramp.step);
+        ramp.value = wrapping_subtract(ramp.value, wrapping_multiply(x0, ramp.step));
+        return ramp;
     };
     Line_Paint by_column = paint;
     if constexpr (c.depth != Depth_Rule::none) {
@@ -95,15 +51,12 @@ template <Line_Configuration c> Line_Paint along_columns(const Line_Paint& paint
     return by_column;
 }
 
-// Horizontal segments are those with no row but the last.
+// Level segments are those with no row but the last.
 template <Line_Configuration c, class Limits>
 void draw_x_major(const Line_Target& target, const Ends& ends, const Line_Paint& paint, std::int32_t ramps_from,
                   const Limits& limits) {
-    const bool rightwards = ends.x1 > ends.x0;
-    const std::int32_t leftwards = rightwards ? 0 : 1;
-    const std::int32_t rows = ends.rows();
-    const std::int32_t row_step = ends.row_step();
-    const Line_Pen<c> pen(target, along_columns<c>(paint, ramps_from, rightwards));
+    const std::int32_t leftwards = ends.goes_right() ? 0 : 1;
+    const Line_Pen<c> pen(target, along_columns<c>(paint, ramps_from, ends.goes_right()));
     const auto draw_run = [&](std::int32_t row, std::int32_t from, std::int32_t to) {
         std::int32_t column = (from < to ? from : to) + leftwards;
         std::int32_t end = (from < to ? to : from) + leftwards;
@@ -115,44 +68,30 @@ void draw_x_major(const Line_Target& target, const Ends& ends, const Line_Paint&
             pen.draw_run(row, column, end - column);
         }
     };
+    const std::int32_t rows = ends.rows();
     std::int32_t k = 0;
     std::int32_t last = rows;
-    std::int32_t column = ends.x0;
-    std::int32_t row = ends.y0;
-    std::int32_t x = 0;
-    std::int32_t slope = 0;
-    if (rows > 0) {
-        slope = ends.slope();
-        static constexpr std::int32_t biases[2][2] = {{0x10000, 0xFFFF}, {-1, 0}}; // [leftwards][upwards]
-        const std::int32_t bias = biases[leftwards][ends.y1 > ends.y0 ? 1 : 0];
-        x = add(add(to_fraction<16>(ends.x0), bias), (slope + leftwards) >> 1);
-    }
+    Run_Stepper run(ends);
     if constexpr (Limits::cuts) {
         last = limits.last_row < rows ? limits.last_row : rows;
         if (limits.first_row > 0) {
             k = limits.first_row;
-            row += multiply(row_step, k);
-            x = add(x, multiply(k - 1, slope));
-            column = x >> 16;
-            x = add(x, slope);
+            run.skip(k);
         }
     }
     for (const std::int32_t end = last < rows ? last + 1 : rows; k < end; ++k) {
-        const std::int32_t next = x >> 16;
         if (k + rows_ahead < end) {
-            std::int32_t ahead = add(x, multiply(slope, rows_ahead - 1)) >> 16;
+            std::int32_t ahead = run.from_after(rows_ahead);
             if constexpr (Limits::cuts) {
                 ahead = (ahead < limits.left ? limits.left : ahead > limits.right ? limits.right : ahead) - limits.origin;
             }
-            pen.fetch_early(row + row_step * rows_ahead, ahead);
+            pen.fetch_early(run.row_after(rows_ahead), ahead);
         }
-        draw_run(row, column, next);
-        column = next;
-        x = add(x, slope);
-        row += row_step;
+        draw_run(run.row, run.from, run.to());
+        run.advance();
     }
     if (k == rows && last == rows) {
-        draw_run(row, column, ends.x1);
+        draw_run(run.row, run.from, ends.x1);
     }
 }
 
@@ -163,14 +102,11 @@ void draw_y_major(const Line_Target& target, const Ends& ends, const Line_Paint&
     if (rows == 0) {
         return;
     }
-    const std::int32_t row_step = ends.row_step();
-    const std::int32_t slope = ends.slope();
-    std::int32_t x = add(to_fraction<16>(ends.x0), 0x8000);
-    std::int32_t row = ends.y0;
+    Line_Stepper line(ends);
     Line_Paint start = paint;
     if constexpr (Limits::cuts) {
         const auto is_beside = [&](std::int32_t k) {
-            const std::int32_t column = add(x, multiply(k, slope)) >> 16;
+            const std::int32_t column = line.column_after(k);
             return column < limits.left || column > limits.right;
         };
         // A line may still cross a column's border while it is in the first and last of its rows.
@@ -183,25 +119,23 @@ void draw_y_major(const Line_Target& target, const Ends& ends, const Line_Paint&
             --end;
         }
         rows = end - skipped;
-        x = subtract(add(x, multiply(skipped, slope)), to_fraction<16>(limits.origin));
-        row += multiply(row_step, skipped);
-        const std::int32_t passed = multiply(row_step, subtract(row, ramps_from));
-        const auto move = [=](Line_Ramp& ramp) { ramp.value = add(ramp.value, multiply(passed, ramp.step)); };
-        move(start.depth);
-        move(start.blue);
-        move(start.green);
-        move(start.red);
-        move(start.alpha);
+        line.skip(skipped);
+        line.x.value = wrapping_subtract(line.x.value, wrapping_shift_left(limits.origin, 16));
+        const std::int32_t passed = wrapping_multiply(line.row_step, wrapping_subtract(line.row, ramps_from));
+        start.depth.skip(passed);
+        start.blue.skip(passed);
+        start.green.skip(passed);
+        start.red.skip(passed);
+        start.alpha.skip(passed);
     }
     single::Line_Pen<c> pen(target, start);
     for (std::int32_t k = 0; k < rows; ++k) {
         if (k + rows_ahead < rows) {
-            pen.fetch_early(row + row_step * rows_ahead, add(x, multiply(slope, rows_ahead)) >> 16);
+            pen.fetch_early(line.row_after(rows_ahead), line.column_after(rows_ahead));
         }
-        pen.draw_single(row, x >> 16);
+        pen.draw_single(line.row, line.column());
         pen.advance();
-        x = add(x, slope);
-        row += row_step;
+        line.advance();
     }
 }
 
@@ -218,14 +152,14 @@ void draw_segment(const Line_Target& target, const Ends& ends, const Line_Paint&
 template <Line_Configuration c>
 void set_ramps(Line_Paint& paint, const VT_DCI_Point* points, const VT_RGB32* colors, std::int32_t steps) {
     if constexpr (c.depth != Depth_Rule::none) {
-        paint.depth = ramp_between<15>(points[0].z, points[1].z, steps);
+        paint.depth = Fixed_Interpolator::between<15>(points[0].z, points[1].z, steps);
     }
     if constexpr (c.shading == Line_Shading::gouraud) {
-        paint.blue = ramp_between<16>(colors[0].blue, colors[1].blue, steps);
-        paint.green = ramp_between<16>(colors[0].green, colors[1].green, steps);
-        paint.red = ramp_between<16>(colors[0].red, colors[1].red, steps);
+        paint.blue = Fixed_Interpolator::between<16>(colors[0].blue, colors[1].blue, steps);
+        paint.green = Fixed_Interpolator::between<16>(colors[0].green, colors[1].green, steps);
+        paint.red = Fixed_Interpolator::between<16>(colors[0].red, colors[1].red, steps);
         if constexpr (c.pixel == Pixel_Rule::blend) {
-            paint.alpha = ramp_between<16>(colors[0].alpha, colors[1].alpha, steps);
+            paint.alpha = Fixed_Interpolator::between<16>(colors[0].alpha, colors[1].alpha, steps);
         }
     }
 }
@@ -243,8 +177,8 @@ inline bool is_in_window(const Pixel_Target& target, std::int32_t column, std::i
 inline Cut window_limits(const Pixel_Target& target, const Ends& ends) {
     const std::int32_t last = target.height - 1;
     const bool upwards = ends.y1 > ends.y0;
-    const std::int32_t to_first = upwards ? subtract(0, ends.y0) : subtract(ends.y0, last);
-    const std::int32_t to_last = upwards ? subtract(last, ends.y0) : ends.y0;
+    const std::int32_t to_first = upwards ? wrapping_subtract(0, ends.y0) : wrapping_subtract(ends.y0, last);
+    const std::int32_t to_last = upwards ? wrapping_subtract(last, ends.y0) : ends.y0;
     return {to_first < 0 ? 0 : to_first, to_last, 0, target.width - 1, 0};
 }
 
@@ -258,8 +192,8 @@ template <Line_Configuration c> void draw_last_point(const Line_Target& target, 
                                              c.depth == Depth_Rule::none ? Depth_Rule::none : Depth_Rule::less_or_equal,
                                              c.pixel,
                                              c.clip};
-    const std::int32_t row = subtract(point.y, target.origin_y);
-    const std::int32_t column = subtract(point.x, target.origin_x);
+    const std::int32_t row = wrapping_subtract(point.y, target.origin_y);
+    const std::int32_t column = wrapping_subtract(point.x, target.origin_x);
     if (!is_in_window(target, column, row)) {
         return;
     }
@@ -275,7 +209,7 @@ template <Line_Configuration c> void draw_last_point(const Line_Target& target, 
 // Whether the target has what the configuration reads.
 template <Line_Configuration c> bool is_complete(const Line_Target& target) {
     return target.color_rows && (c.depth == Depth_Rule::none || target.depth_rows) &&
-           (c.clip != Clip_Rule::masked || target.mask_rows) && (facts_of(c.format).stores_words || target.dither);
+           (c.clip != Clip_Rule::masked || target.mask_rows) && (Format_Type<c.format>::stores_words || target.dither);
 }
 
 template <Line_Configuration c> void draw_polyline(const Line_Target& target, const Polyline& polyline) {
@@ -287,10 +221,10 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
     const VT_DCI_Point* point = polyline.points;
     const VT_RGB32* color = polyline.colors;
     const std::int32_t segments = polyline.count - 1;
-    Ends ends{0, 0, subtract(point->x, target.origin_x), subtract(point->y, target.origin_y)};
+    Ends ends{0, 0, wrapping_subtract(point->x, target.origin_x), wrapping_subtract(point->y, target.origin_y)};
     bool ends_inside = is_in_window(target, ends.x1, ends.y1);
     for (std::int32_t i = 0; i < segments; ++i, ++point) {
-        ends = {ends.x1, ends.y1, subtract(point[1].x, target.origin_x), subtract(point[1].y, target.origin_y)};
+        ends = {ends.x1, ends.y1, wrapping_subtract(point[1].x, target.origin_x), wrapping_subtract(point[1].y, target.origin_y)};
         const bool starts_inside = ends_inside;
         ends_inside = is_in_window(target, ends.x1, ends.y1);
         if constexpr (c.shading != Line_Shading::index) {
@@ -330,11 +264,11 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
 template <Line_Configuration c> void draw_cut_segment(const Line_Target& target, const Cut_Segment& segment) {
     assert(is_complete<c>(target) && 0 <= segment.first_row && segment.first_row <= segment.last_row);
     assert(segment.left <= segment.right);
-    const Ends ends{segment.from.x, subtract(segment.from.y, target.origin_y), segment.to.x,
-                    subtract(segment.to.y, target.origin_y)};
+    const Ends ends{segment.from.x, wrapping_subtract(segment.from.y, target.origin_y), segment.to.x,
+                    wrapping_subtract(segment.to.y, target.origin_y)};
     const Cut cut{segment.first_row, segment.last_row, segment.left, segment.right, target.origin_x};
-    const VT_Int_Pair ramps_from{subtract(segment.ramps_from.x, target.origin_x),
-                                 subtract(segment.ramps_from.y, target.origin_y)};
+    const VT_Int_Pair ramps_from{wrapping_subtract(segment.ramps_from.x, target.origin_x),
+                                 wrapping_subtract(segment.ramps_from.y, target.origin_y)};
     draw_segment<c>(target, ends, segment.paint, ramps_from, cut);
     clear_upper_halves();
 }

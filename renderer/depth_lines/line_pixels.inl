@@ -8,7 +8,7 @@
 namespace krb::KRB_KERNEL_SET {
 namespace {
 
-inline Ramp ramp_of(Line_Ramp ramp) {
+inline Ramp ramp_of(const Fixed_Interpolator& ramp) {
     return Ramp::from(splat(ramp.value), splat(ramp.step));
 }
 

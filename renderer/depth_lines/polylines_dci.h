@@ -1,16 +1,15 @@
 // Members of the device polyline slots: one-pixel lines with depth, points inside the window.
 #pragma once
 
-#include "host/actions.h"
-#include "renderer/core/cases.h"
+#include "renderer/core/member.h"
 
 namespace krb {
 
 // In the rendition's colour; cased lines are drawn in two passes.
-template <Case c> VT_Draw_Points<VT_DCI_Point> draw_dci_polyline;
+KRB_MEMBERS(extern, slots::Draw_DCI_Polyline)
 // One colour a segment.
-template <Case c> VT_Draw_Colorized<VT_DCI_Point> draw_dci_colorized_polyline;
+KRB_MEMBERS(extern, slots::Draw_DCI_Colorized_Polyline)
 // One colour a point, interpolated.
-template <Case c> VT_Draw_Gouraud<VT_DCI_Point> draw_dci_gouraud_polyline;
+KRB_MEMBERS(extern, slots::Draw_DCI_Gouraud_Polyline)
 
 } // namespace krb

@@ -15,6 +15,12 @@ inline bool holds_pixels_of(Case c, const Software_Z_Buffer& renderer) noexcept 
                                         : renderer.color_buffer->format == facts_of(c).buffer;
 }
 
+// Without depth, members of formats that store no words draw lines and faces in the index of the rendition's attributes, and
+// indices may merge. With depth they dither colours.
+constexpr bool draws_indices(Case c) noexcept {
+    return !facts_of(c).stores_words && !has_depth(c);
+}
+
 // What a member's depth rule follows where the format follows depth modes. The default mode with writing on is the fixed rule.
 struct Depth_Rules {
     bool test_mode = false;

@@ -5,6 +5,7 @@
 
 #include "host/color.h"
 #include "renderer/core/cases.h"
+#include "renderer/core/fixed_point.h"
 #include "renderer/core/pixel_target.h"
 #include "renderer/kernels/configurations.h"
 #include "renderer/kernels/pixel_rules.h"
@@ -25,13 +26,9 @@ struct Mirrored_Rows {
 
 using Fill_Kernel = void(const Pixel_Target& target, const Mirrored_Rows& shape, VT_RGB32 color);
 
-// A depth in 17.15 at a span's first pixel, and its change from pixel to pixel.
-struct Depth_Ramp {
-    std::int32_t value, step;
-};
-
-// source: as many pixels of the buffer's format as the span has. depth: read by kernels with a depth rule.
-using Copy_Kernel = void(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* source, Depth_Ramp depth);
+// source: as many pixels of the buffer's format as the span has. depth: from the span's first pixel on; read by kernels with a
+// depth rule.
+using Copy_Kernel = void(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* source, Fixed_Interpolator depth);
 
 struct Span_Configuration {
     Pixel_Format format;

@@ -115,7 +115,7 @@ template <Span_Configuration c> void fill(const Pixel_Target& target, const Mirr
 }
 
 template <Span_Configuration c>
-void copy(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* source, Depth_Ramp depth) {
+void copy(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* source, Fixed_Interpolator depth) {
     using Rules = Copy_Rules<c>;
     using Source = Image_Source<typename Rules::Format>;
     assert(lies_in_window(target, span.row, span.column, span.count) && source);

@@ -103,23 +103,22 @@ Line_Ramps::Line_Ramps(const VT_DCI_Point& from, const VT_DCI_Point& to, const C
     }
 }
 
-Line_Ramp Line_Ramps::depth(std::int32_t from, std::int32_t to) const noexcept {
-    Fixed_Interpolator interpolator;
-    interpolator.setup_15(from, to, static_cast<std::int32_t>(std::min<std::int64_t>(length_, INT32_MAX)));
+Fixed_Interpolator Line_Ramps::depth(std::int32_t from, std::int32_t to) const noexcept {
+    const auto steps = static_cast<std::int32_t>(std::min<std::int64_t>(length_, INT32_MAX));
+    Fixed_Interpolator depth = Fixed_Interpolator::between<15>(from, to, steps);
     if (length_ > INT32_MAX) {
-        interpolator.step = static_cast<std::int32_t>(wrapping_shift_left(wrapping_subtract(to, from), 15) / length_);
+        depth.step = static_cast<std::int32_t>(wrapping_shift_left(wrapping_subtract(to, from), 15) / length_);
     }
-    return {interpolator.value, interpolator.step};
+    return depth;
 }
 
-Line_Ramp Line_Ramps::channel(std::int32_t from, std::int32_t to) const noexcept {
-    Fixed_Interpolator interpolator;
-    interpolator.setup_16(from, to, 1);
+Fixed_Interpolator Line_Ramps::channel(std::int32_t from, std::int32_t to) const noexcept {
+    Fixed_Interpolator channel = Fixed_Interpolator::between<16>(from, to, 1);
     // Channels of a fine colour cube differ by more than 16 bits.
     if (length_ > 0) {
-        interpolator.step = static_cast<std::int32_t>((std::int64_t{to} - from) * 65536 / length_);
+        channel.step = static_cast<std::int32_t>((std::int64_t{to} - from) * 65536 / length_);
     }
-    return {interpolator.value, interpolator.step};
+    return channel;
 }
 
 } // namespace krb

@@ -24,8 +24,8 @@ public:
     Line_Ramps(const VT_DCI_Point& from, const VT_DCI_Point& to, const Cut_Segment& cut) noexcept;
 
     VT_Int_Pair start() const noexcept { return start_; }
-    Line_Ramp depth(std::int32_t from, std::int32_t to) const noexcept;
-    Line_Ramp channel(std::int32_t from, std::int32_t to) const noexcept;
+    Fixed_Interpolator depth(std::int32_t from, std::int32_t to) const noexcept;
+    Fixed_Interpolator channel(std::int32_t from, std::int32_t to) const noexcept;
 
 private:
     VT_Int_Pair start_;

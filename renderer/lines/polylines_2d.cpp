@@ -7,9 +7,8 @@
 
 #include "host/clip.h"
 #include "renderer/core/scratch.h"
-#include "renderer/depth_lines/cased_lines.h"
+#include "renderer/depth_lines/line_entry.h"
 #include "renderer/depth_lines/line_target.h"
-#include "renderer/depth_lines/line_types.h"
 #include "renderer/depth_lines/polylines_dci.h"
 #include "renderer/lines/line_setup.h"
 #include "renderer/primitives/dots.h"
@@ -105,124 +104,94 @@ void draw_visible(Software_Z_Buffer& renderer, const VT_Rendition& rendition, st
 
 } // namespace
 
-template <Case c>
-void draw_2di_polyline(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points) {
-    Software_Z_Buffer& renderer = renderer_of(data);
-    if (!renderer.color_buffer || count < 2) {
-        return;
-    }
-    if (facts_of(c).stores_words && !is_alpha(c) && is_cased(rendition.line)) {
-        draw_in_two_passes(rendition, [&](const VT_Rendition& pass) { draw_2di_polyline<c>(data, pass, count, points); });
-        return;
-    }
-    if (has_line_types(rendition.line)) {
-        draw_by_line_types(rendition, renderer.window_rectangle(), count, points,
-                           [&data](const VT_Rendition* plain, int length, const VT_DCI_Point* piece) {
-                               draw_2di_polyline<c>(data, *plain, length, piece);
-                           });
-        return;
-    }
-    if (!drawn_by_renderer(rendition.line)) {
-        VD_Standard_Draw_2DI_Polyline(data, rendition, count, points);
-        return;
-    }
-    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
-        draw_2di_polyline<without_depth(c)>(data, rendition, count, points);
-        return;
-    }
-    // The only members whose cut segments merge.
-    const Pixel_Rule pixel = renderer.merges(rendition.line.mode) ? Pixel_Rule::merge : store_or_blend(c);
-    draw_visible<c>(
-        renderer, rendition, count, points, {Line_Shading::flat, pixel, true},
-        [&](std::int32_t, std::int32_t length, const VT_DCI_Point* stretch) {
-            draw_dci_polyline<c>(data, rendition, length, stretch);
-        },
-        [&] { draw_dci_dot<c>(data, rendition, points + count - 1, nullptr); },
-        [&](std::int32_t, const Line_Ramps&, Line_Paint& paint) { paint.color = rendition.line.color; });
-}
-
-template <Case c>
-void draw_2di_colorized_polyline(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
-                                 const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color) {
-    if constexpr (is_alpha(c)) {
-        constexpr Case opaque = has_depth(c) ? Case::depth_rgb32 : Case::rgb32;
-        if ((single_color || !colors) && (colors ? colors : &rendition.line.color)->alpha == 255) {
-            draw_2di_colorized_polyline<opaque>(data, rendition, count, points, colors, single_color);
-            return;
+template <Case c> struct Entry<slots::Draw_2DI_Polyline, c> : Line_Entry<c> {
+    // Opaque members that store words draw casings; all others cut cased lines by their line types too.
+    static bool draw_in_parts(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count,
+                              const VT_DCI_Point* points) {
+        if (facts_of(c).stores_words && !is_alpha(c) && is_cased(rendition.line)) {
+            draw_passes<slots::Draw_2DI_Polyline, c>(renderer, rendition, count, points);
+            return true;
         }
+        if (has_line_types(rendition.line)) {
+            draw_pieces<slots::Draw_2DI_Polyline, c>(renderer, rendition, count, points);
+            return true;
+        }
+        return false;
     }
-    Software_Z_Buffer& renderer = renderer_of(data);
-    if (!renderer.color_buffer || count < 2) {
-        return;
+    static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points) {
+        // The only members whose cut segments merge.
+        const Pixel_Rule pixel = renderer.merges(rendition.line.mode) ? Pixel_Rule::merge : store_or_blend(c);
+        draw_visible<c>(
+            renderer, rendition, count, points, {Line_Shading::flat, pixel, true},
+            [&](std::int32_t, std::int32_t length, const VT_DCI_Point* stretch) {
+                Member<slots::Draw_DCI_Polyline, c>::enter(renderer, rendition, length, stretch);
+            },
+            [&] { Member<slots::Draw_DCI_Dot, c>::enter(renderer, rendition, points + count - 1, nullptr); },
+            [&](std::int32_t, const Line_Ramps&, Line_Paint& paint) { paint.color = rendition.line.color; });
     }
-    if (!drawn_by_renderer(rendition.line)) {
-        VD_Standard_Draw_2DI_Colorized_Polyline(data, rendition, count, points, colors, single_color);
-        return;
-    }
-    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
-        draw_2di_colorized_polyline<without_depth(c)>(data, rendition, count, points, colors, single_color);
-        return;
-    }
-    if (!colors) {
-        colors = &rendition.line.color;
-        single_color = true;
-    }
-    // Cut segments with depth deliberately draw through the mask, as all dithered ones do.
-    const bool consults_mask = facts_of(c).stores_words && !has_depth(c);
-    draw_visible<c>(
-        renderer, rendition, count, points, {Line_Shading::flat, store_or_blend(c), consults_mask},
-        [&](std::int32_t k, std::int32_t length, const VT_DCI_Point* stretch) {
-            draw_dci_colorized_polyline<c>(data, rendition, length, stretch, single_color ? colors : colors + k, single_color);
-        },
-        [&] { draw_dci_dot<c>(data, rendition, points + count - 1, single_color ? colors : colors + count - 2); },
-        [&](std::int32_t k, const Line_Ramps&, Line_Paint& paint) { paint.color = colors[single_color ? 0 : k]; });
-}
+};
 
-template <Case c>
-void draw_2di_gouraud_polyline(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
-                               const VT_DCI_Point* points, const VT_RGB32* colors) {
-    Software_Z_Buffer& renderer = renderer_of(data);
-    if (!renderer.color_buffer || count < 2) {
-        return;
-    }
-    if (!drawn_by_renderer(rendition.line)) {
-        VD_Standard_Draw_2DI_Gouraud_Polyline(data, rendition, count, points, colors);
-        return;
-    }
-    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
-        draw_2di_gouraud_polyline<without_depth(c)>(data, rendition, count, points, colors);
-        return;
-    }
-    // Additive dithering takes channels in units of the colour cube's cells.
-    constexpr bool dithers = !facts_of(c).stores_words;
-    const auto scaled = [&](std::uint8_t value, std::int32_t multiplier) {
-        return dithers ? static_cast<std::int32_t>(std::uint32_t{value} * static_cast<std::uint32_t>(multiplier)) : value;
-    };
-    draw_visible<c>(
-        renderer, rendition, count, points, {Line_Shading::gouraud, store_or_blend(c), !dithers},
-        [&](std::int32_t k, std::int32_t length, const VT_DCI_Point* stretch) {
-            draw_dci_gouraud_polyline<c>(data, rendition, length, stretch, colors + k);
-        },
-        [&] { draw_dci_dot<c>(data, rendition, points + count - 1, colors + count - 1); },
-        [&](std::int32_t k, const Line_Ramps& ramps, Line_Paint& paint) {
-            const Dither& dither = renderer.dither;
-            const auto channel = [&](std::uint8_t from, std::uint8_t to, std::int32_t multiplier) {
-                return ramps.channel(scaled(from, multiplier), scaled(to, multiplier));
-            };
-            paint.blue = channel(colors[k].blue, colors[k + 1].blue, dither.blue_multiplier);
-            paint.green = channel(colors[k].green, colors[k + 1].green, dither.green_multiplier);
-            paint.red = channel(colors[k].red, colors[k + 1].red, dither.red_multiplier);
-            if constexpr (is_alpha(c)) {
-                paint.alpha = channel(colors[k].alpha, colors[k + 1].alpha, 1);
-            }
-        });
-}
+template <Case c> struct Entry<slots::Draw_2DI_Colorized_Polyline, c> : Line_Entry<c> {
+    // One opaque colour for all does not blend.
+    static constexpr Case other_case = without_alpha(c);
 
-#define KRB_FOR_CASE(c)                                                                                                          \
-    template VT_Draw_Points<VT_DCI_Point> draw_2di_polyline<c>;                                                                  \
-    template VT_Draw_Colorized<VT_DCI_Point> draw_2di_colorized_polyline<c>;                                                     \
-    template VT_Draw_Gouraud<VT_DCI_Point> draw_2di_gouraud_polyline<c>;
-KRB_FOR_EACH_CASE
-#undef KRB_FOR_CASE
+    static bool goes_to_other_case(const VT_Rendition& rendition, std::int32_t, const VT_DCI_Point*, const VT_RGB32* colors,
+                                   bool single_color) noexcept {
+        return (single_color || !colors) && (colors ? colors : &rendition.line.color)->alpha == 255;
+    }
+    static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
+                     const VT_RGB32* colors, bool single_color) {
+        if (!colors) {
+            colors = &rendition.line.color;
+            single_color = true;
+        }
+        // Cut segments with depth deliberately draw through the mask, as all dithered ones do.
+        const bool consults_mask = facts_of(c).stores_words && !has_depth(c);
+        draw_visible<c>(
+            renderer, rendition, count, points, {Line_Shading::flat, store_or_blend(c), consults_mask},
+            [&](std::int32_t k, std::int32_t length, const VT_DCI_Point* stretch) {
+                Member<slots::Draw_DCI_Colorized_Polyline, c>::enter(renderer, rendition, length, stretch,
+                                                                     single_color ? colors : colors + k, single_color);
+            },
+            [&] {
+                Member<slots::Draw_DCI_Dot, c>::enter(renderer, rendition, points + count - 1,
+                                                      single_color ? colors : colors + count - 2);
+            },
+            [&](std::int32_t k, const Line_Ramps&, Line_Paint& paint) { paint.color = colors[single_color ? 0 : k]; });
+    }
+};
+
+template <Case c> struct Entry<slots::Draw_2DI_Gouraud_Polyline, c> : Line_Entry<c> {
+    static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
+                     const VT_RGB32* colors) {
+        // Additive dithering takes channels in units of the colour cube's cells.
+        constexpr bool dithers = !facts_of(c).stores_words;
+        const auto scaled = [&](std::uint8_t value, std::int32_t multiplier) {
+            return dithers ? static_cast<std::int32_t>(std::uint32_t{value} * static_cast<std::uint32_t>(multiplier)) : value;
+        };
+        draw_visible<c>(
+            renderer, rendition, count, points, {Line_Shading::gouraud, store_or_blend(c), !dithers},
+            [&](std::int32_t k, std::int32_t length, const VT_DCI_Point* stretch) {
+                Member<slots::Draw_DCI_Gouraud_Polyline, c>::enter(renderer, rendition, length, stretch, colors + k);
+            },
+            [&] { Member<slots::Draw_DCI_Dot, c>::enter(renderer, rendition, points + count - 1, colors + count - 1); },
+            [&](std::int32_t k, const Line_Ramps& ramps, Line_Paint& paint) {
+                const Dither& dither = renderer.dither;
+                const auto channel = [&](std::uint8_t from, std::uint8_t to, std::int32_t multiplier) {
+                    return ramps.channel(scaled(from, multiplier), scaled(to, multiplier));
+                };
+                paint.blue = channel(colors[k].blue, colors[k + 1].blue, dither.blue_multiplier);
+                paint.green = channel(colors[k].green, colors[k + 1].green, dither.green_multiplier);
+                paint.red = channel(colors[k].red, colors[k + 1].red, dither.red_multiplier);
+                if constexpr (is_alpha(c)) {
+                    paint.alpha = channel(colors[k].alpha, colors[k + 1].alpha, 1);
+                }
+            });
+    }
+};
+
+KRB_MEMBERS(, slots::Draw_2DI_Polyline)
+KRB_MEMBERS(, slots::Draw_2DI_Colorized_Polyline)
+KRB_MEMBERS(, slots::Draw_2DI_Gouraud_Polyline)
 
 } // namespace krb

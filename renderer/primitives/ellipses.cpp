@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "renderer/core/compiler_hints.h"
+#include "renderer/core/entry.h"
 #include "renderer/core/fixed_point.h"
 #include "renderer/core/scratch.h"
 #include "renderer/depth_lines/line_target.h"
@@ -236,56 +237,51 @@ struct Flat_Ellipse {
 
 enum class Form { filled, outline };
 
-template <Form form>
-void draw(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point& center, const VT_DCI_Point& given,
-          double start, double end, double rotation, const VT_RGB32* given_color) {
-    Software_Z_Buffer& renderer = renderer_of(data);
-    const auto turn = static_cast<float>(rotation);
-    const bool whole = static_cast<float>(start) == 0 && static_cast<float>(end) == full_turn;
-    const bool smoothed = form == Form::outline && (rendition.line.flags & vorna::line_flag::smoothed) != 0;
-    if (given.x < 0 || given.y < 0 || !whole || !drawn_by_renderer(rendition.line) || smoothed ||
-        (given.x != given.y && !turns_axes_into_axes(turn)) ||
-        (renderer.color_buffer && !holds_pixels_of(Case::rgb32, renderer))) {
-        constexpr auto* standard = form == Form::filled ? VD_Standard_Draw_DCI_Ellipse : VD_Standard_Draw_DCI_Elliptical_Arc;
-        standard(data, rendition, &center, &given, start, end, rotation, given_color);
-        return;
+// The members serve the cases with and without alpha blending alike: shapes blend by their colour's alpha.
+template <Form form, Case c> struct Ellipse_Entry : Entry_Rules<c> {
+    static constexpr bool host_goes_first = true;
+
+    static bool is_hosts(const Software_Z_Buffer& renderer, const VT_Rendition& rendition, const VT_DCI_Point*,
+                         const VT_DCI_Point* radii, double start, double end, double rotation, const VT_RGB32*) {
+        const bool whole = static_cast<float>(start) == 0 && static_cast<float>(end) == full_turn;
+        const bool smoothed = form == Form::outline && (rendition.line.flags & vorna::line_flag::smoothed) != 0;
+        return radii->x < 0 || radii->y < 0 || !whole || !drawn_by_renderer(rendition.line) || smoothed ||
+               (radii->x != radii->y && !turns_axes_into_axes(static_cast<float>(rotation))) ||
+               (renderer.color_buffer && !holds_pixels_of(c, renderer));
     }
-    if (!renderer.color_buffer) {
-        return;
+    static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, const VT_DCI_Point* center,
+                     const VT_DCI_Point* given, double, double, double rotation, const VT_RGB32* given_color) {
+        const auto turn = static_cast<float>(rotation);
+        Radii radii{given->x, given->y};
+        if (turn == quarter_turn || turn == three_quarter_turn) {
+            std::swap(radii.x, radii.y);
+        }
+        const VT_RGB32 color = given_color ? *given_color : rendition.line.color;
+        if (radii.x == 0 || radii.y == 0) {
+            const Flat_Ellipse line(*center, radii, renderer.window_origin);
+            Member<slots::Draw_DCI_Colorized_Polyline, Case::rgb32_alpha>::enter(renderer, rendition, 2, line.ends, &color, true);
+            return;
+        }
+        const Frame_Buffer_Mask* mask = is_masked(renderer, rendition) ? renderer.mask_cache->newest : nullptr;
+        const Ellipse ellipse{center->x, center->y, radii, color};
+        if constexpr (form == Form::filled) {
+            draw_filled(renderer, ellipse, mask);
+        } else if (mask) {
+            color.alpha == 255 ? draw_outline<Pixel_Rule::store, Clip_Rule::masked>(renderer, ellipse, mask)
+                               : draw_outline<Pixel_Rule::blend, Clip_Rule::masked>(renderer, ellipse, mask);
+        } else {
+            color.alpha == 255 ? draw_outline<Pixel_Rule::store, Clip_Rule::open>(renderer, ellipse, mask)
+                               : draw_outline<Pixel_Rule::blend, Clip_Rule::open>(renderer, ellipse, mask);
+        }
     }
-    Radii radii{given.x, given.y};
-    if (turn == quarter_turn || turn == three_quarter_turn) {
-        std::swap(radii.x, radii.y);
-    }
-    const VT_RGB32 color = given_color ? *given_color : rendition.line.color;
-    if (radii.x == 0 || radii.y == 0) {
-        const Flat_Ellipse line(center, radii, renderer.window_origin);
-        draw_dci_colorized_polyline<Case::rgb32_alpha>(data, rendition, 2, line.ends, &color, true);
-        return;
-    }
-    const Frame_Buffer_Mask* mask = is_masked(renderer, rendition) ? renderer.mask_cache->newest : nullptr;
-    const Ellipse ellipse{center.x, center.y, radii, color};
-    if constexpr (form == Form::filled) {
-        draw_filled(renderer, ellipse, mask);
-    } else if (mask) {
-        color.alpha == 255 ? draw_outline<Pixel_Rule::store, Clip_Rule::masked>(renderer, ellipse, mask)
-                           : draw_outline<Pixel_Rule::blend, Clip_Rule::masked>(renderer, ellipse, mask);
-    } else {
-        color.alpha == 255 ? draw_outline<Pixel_Rule::store, Clip_Rule::open>(renderer, ellipse, mask)
-                           : draw_outline<Pixel_Rule::blend, Clip_Rule::open>(renderer, ellipse, mask);
-    }
-}
+};
 
 } // namespace
 
-void draw_dci_ellipse(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point* center,
-                      const VT_DCI_Point* radii, double start, double end, double rotation, const VT_RGB32* color) {
-    draw<Form::filled>(data, rendition, *center, *radii, start, end, rotation, color);
-}
+template <Case c> struct Entry<slots::Draw_DCI_Ellipse, c> : Ellipse_Entry<Form::filled, c> {};
+template <Case c> struct Entry<slots::Draw_DCI_Elliptical_Arc, c> : Ellipse_Entry<Form::outline, c> {};
 
-void draw_dci_elliptical_arc(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point* center,
-                             const VT_DCI_Point* radii, double start, double end, double rotation, const VT_RGB32* color) {
-    draw<Form::outline>(data, rendition, *center, *radii, start, end, rotation, color);
-}
+template struct Member<slots::Draw_DCI_Ellipse, Case::rgb32>;
+template struct Member<slots::Draw_DCI_Elliptical_Arc, Case::rgb32>;
 
 } // namespace krb

@@ -1,7 +1,7 @@
 // Members of the ellipse and elliptical arc slots for 32-bit buffers without depth.
 #pragma once
 
-#include "host/actions.h"
+#include "renderer/core/member.h"
 
 namespace krb {
 
@@ -11,7 +11,7 @@ namespace krb {
 //
 // A filled shape covers, in every row that its outline touches, the pixels from the outline's leftmost to its rightmost one, each
 // once.
-VT_Draw_Ellipse draw_dci_ellipse;
-VT_Draw_Ellipse draw_dci_elliptical_arc;
+extern template struct Member<slots::Draw_DCI_Ellipse, Case::rgb32>;
+extern template struct Member<slots::Draw_DCI_Elliptical_Arc, Case::rgb32>;
 
 } // namespace krb

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "renderer/core/entry.h"
 #include "renderer/core/fixed_point.h"
 #include "renderer/kernels/call_target.h"
 #include "renderer/kernels/kernel_sets.h"
@@ -22,7 +23,7 @@ public:
         : column_(start.x - renderer.window_origin.x), target_(pixel_target_of(c, renderer, {})) {
         const bool blends = facts_of(c).has_alpha && (rendition.drawing_flags & vorna::drawing_flag::translucent) != 0;
         const bool tests_depth = has_depth(c) && renderer.draws_with_depth(rendition);
-        depth_.setup_15(start.z, end.z, wrapping_subtract(end.x, start.x));
+        depth_ = Fixed_Interpolator::between<15, std::int64_t>(start.z, end.z, wrapping_subtract(end.x, start.x));
         target_.mask_rows = is_masked(renderer, rendition) ? renderer.mask_cache->newest->rows() : nullptr;
         kernel_ = renderer.kernels->spans->copy[Span_Configuration{
             format_of(c), tests_depth ? Depth_Rule::less_or_equal : Depth_Rule::none,
@@ -31,7 +32,7 @@ public:
 
     // The depth moves on from pixel to pixel and, deliberately, from the end of a row to the start of the next.
     void copy_row(std::int32_t row, std::int32_t count, const std::uint8_t* source) {
-        kernel_(target_, {row, column_, count}, source, {depth_.value, depth_.step});
+        kernel_(target_, {row, column_, count}, source, depth_);
         depth_.skip(count - 1);
     }
 
@@ -43,12 +44,11 @@ private:
 };
 
 template <Case c>
-void copy_image(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point& start, const VT_DCI_Point& end,
+void copy_image(Software_Z_Buffer& renderer, const VT_Rendition& rendition, const VT_DCI_Point& start, const VT_DCI_Point& end,
                 std::int32_t stride, const std::uint8_t* source) {
-    Software_Z_Buffer& renderer = renderer_of(data);
     const std::int64_t window_right = std::int64_t{renderer.window_origin.x} - 1 + renderer.window_size.x;
     const std::int64_t count = std::min<std::int64_t>(end.x, window_right) - start.x + 1;
-    if (!renderer.color_buffer || count < 1) {
+    if (count < 1) {
         return;
     }
     // Without a source every row is zeros.
@@ -65,19 +65,29 @@ void copy_image(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_
     }
 }
 
+// The member with depth draws images that are not depth-tested too.
+template <Case c> struct Image_Entry : Entry_Rules<c> { static constexpr bool has_sibling = false; };
+
 } // namespace
 
-template <Case c>
-void draw_dci_index8_image(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point* start,
-                           const VT_DCI_Point* end, std::int32_t stride, const std::uint8_t* pixels) {
-    copy_image<c>(data, rendition, *start, *end, stride, pixels);
-}
+template <Case c> struct Entry<slots::Draw_DCI_Index8_Image, c> : Image_Entry<c> {
+    static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, const VT_DCI_Point* start,
+                     const VT_DCI_Point* end, std::int32_t stride, const std::uint8_t* pixels) {
+        copy_image<c>(renderer, rendition, *start, *end, stride, pixels);
+    }
+};
 
-template <Case c>
-void draw_dci_rgb32_image(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point* start,
-                          const VT_DCI_Point* end, std::int32_t stride, const VT_RGB32* pixels, std::int32_t, const VT_Packing*) {
-    copy_image<c>(data, rendition, *start, *end, stride, reinterpret_cast<const std::uint8_t*>(pixels));
-}
+template <Case c> struct Entry<slots::Draw_DCI_RGB32_Image, c> : Image_Entry<c> {
+    static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, const VT_DCI_Point* start,
+                     const VT_DCI_Point* end, std::int32_t stride, const VT_RGB32* pixels, std::int32_t, const VT_Packing*) {
+        copy_image<c>(renderer, rendition, *start, *end, stride, reinterpret_cast<const std::uint8_t*>(pixels));
+    }
+};
+
+template struct Member<slots::Draw_DCI_Index8_Image, Case::index8>;
+template struct Member<slots::Draw_DCI_Index8_Image, Case::depth_index8>;
+template struct Member<slots::Draw_DCI_RGB32_Image, Case::rgb32>;
+template struct Member<slots::Draw_DCI_RGB32_Image, Case::depth_rgb32>;
 
 void draw_dci_image(VT_Renderer_Data& data, const VT_Rendition& rendition, const VT_DCI_Point* start,
                     const VT_Shared_Image* image) {
@@ -106,10 +116,5 @@ void draw_dci_image(VT_Renderer_Data& data, const VT_Rendition& rendition, const
                     std::size_t{4} * static_cast<std::size_t>(right - left + 1));
     }
 }
-
-template VT_Draw_Index8_Image draw_dci_index8_image<Case::index8>;
-template VT_Draw_Index8_Image draw_dci_index8_image<Case::depth_index8>;
-template VT_Draw_RGB32_Image draw_dci_rgb32_image<Case::rgb32>;
-template VT_Draw_RGB32_Image draw_dci_rgb32_image<Case::depth_rgb32>;
 
 } // namespace krb

@@ -3,6 +3,7 @@
 
 #include "host/contour.h"
 #include "host/strip.h"
+#include "renderer/core/member.h"
 #include "renderer/core/scratch.h"
 #include "renderer/core/software_z_buffer.h"
 
@@ -114,44 +115,41 @@ void draw_integer_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition,
     draw_triangulated(call, float_slots, count, floats.data());
 }
 
-bool is_drawn_by_host(const VT_Rendition& rendition) noexcept {
-    return rendition.face.pattern > vorna::face_pattern::last_drawn_by_renderers;
+template <class Slot, class... Arguments>
+bool handed_to_host(VT_Renderer_Data& data, const VT_Rendition& rendition, const Arguments&... arguments) {
+    if (rendition.face.pattern <= vorna::face_pattern::last_drawn_by_renderers) {
+        return false;
+    }
+    Slot::standard()(data, rendition, arguments...);
+    return true;
 }
 
 } // namespace
 
 void draw_2d_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_Point* points,
                      const VT_RGB32* color) {
-    if (is_drawn_by_host(rendition)) {
-        VD_Standard_Draw_2D_Polygon(data, rendition, count, points, color);
-    } else {
+    if (!handed_to_host<slots::Draw_2D_Polygon>(data, rendition, count, points, color)) {
         draw_float_polygon(data, rendition, count, points, color, slots_2d);
     }
 }
 
 void draw_dc_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_Point* points,
                      const VT_RGB32* color) {
-    if (is_drawn_by_host(rendition)) {
-        VD_Standard_Draw_DC_Polygon(data, rendition, count, points, color);
-    } else {
+    if (!handed_to_host<slots::Draw_DC_Polygon>(data, rendition, count, points, color)) {
         draw_float_polygon(data, rendition, count, points, color, slots_dc);
     }
 }
 
 void draw_2di_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
                       const VT_RGB32* color) {
-    if (is_drawn_by_host(rendition)) {
-        VD_Standard_Draw_2DI_Polygon(data, rendition, count, points, color);
-    } else {
+    if (!handed_to_host<slots::Draw_2DI_Polygon>(data, rendition, count, points, color)) {
         draw_integer_polygon(data, rendition, count, points, color, slots_2di, slots_2d);
     }
 }
 
 void draw_dci_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
                       const VT_RGB32* color) {
-    if (is_drawn_by_host(rendition)) {
-        VD_Standard_Draw_DCI_Polygon(data, rendition, count, points, color);
-    } else {
+    if (!handed_to_host<slots::Draw_DCI_Polygon>(data, rendition, count, points, color)) {
         draw_integer_polygon(data, rendition, count, points, color, slots_dci, slots_dc);
     }
 }

@@ -9,16 +9,13 @@
 #include "host/triangle_clipper.h"
 #include "renderer/kernels/call_target.h"
 #include "renderer/triangles/polytriangles.h"
+#include "renderer/triangles/strip_entry.h"
 #include "renderer/triangles/texture_coordinates.h"
 #include "renderer/triangles/triangle_target.h"
 
 namespace krb {
 
 namespace {
-
-bool has_standard_pattern(const VT_Rendition& rendition) noexcept {
-    return rendition.face.pattern > vorna::face_pattern::last_drawn_by_renderers;
-}
 
 // Patterns whose cells are all gaps draw nothing unless the gaps are filled.
 bool draws_nothing(const VT_Face_Attributes& face) noexcept {
@@ -60,199 +57,137 @@ void fill_flat_piece(const Triangle_Call& call, const VT_Int_Rectangle& rectangl
 
 } // namespace
 
-template <Case c>
-void draw_2di_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
-                           const VT_DCI_Point* points) {
-    if (has_standard_pattern(rendition)) {
-        VD_Standard_Draw_2DI_Polytriangle(data, rendition, count, points);
-        return;
+template <Case c> struct Entry<slots::Draw_2DI_Polytriangle, c> : Plane_Strip_Entry<c> {
+    static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points) {
+        const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
+        const Flat_Face face = flat_face(c, renderer, rendition);
+        Triangle_Call pieces(c, renderer, rendition, Shading::flat, face.pixel);
+        prepare_pieces(pieces.target);
+        draw_in_rectangle(
+            rendition, rectangle, count, points,
+            [&](std::int32_t first, std::int32_t length) {
+                Member<slots::Draw_DCI_Polytriangle, c>::enter(renderer, rendition, length, points + first);
+            },
+            [&](std::int32_t k) { fill_flat_piece(pieces, rectangle, points + k, face.color); });
     }
-    Software_Z_Buffer& renderer = renderer_of(data);
-    if (!renderer.color_buffer || count < 2) {
-        return;
-    }
-    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
-        draw_2di_polytriangle<without_depth(c)>(data, rendition, count, points);
-        return;
-    }
-    const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
-    const Flat_Face face = flat_face(c, renderer, rendition);
-    Triangle_Call pieces(c, renderer, rendition, Shading::flat, face.pixel);
-    prepare_pieces(pieces.target);
-    draw_in_rectangle(
-        rendition, rectangle, count, points,
-        [&](std::int32_t first, std::int32_t length) { draw_dci_polytriangle<c>(data, rendition, length, points + first); },
-        [&](std::int32_t k) { fill_flat_piece(pieces, rectangle, points + k, face.color); });
-}
+};
 
-template <Case c>
-void draw_2di_colorized_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
-                                     const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color) {
-    if (has_standard_pattern(rendition)) {
-        VD_Standard_Draw_2DI_Colorized_Polytriangle(data, rendition, count, points, colors, single_color);
-        return;
+template <Case c> struct Entry<slots::Draw_2DI_Colorized_Polytriangle, c> : Plane_Strip_Entry<c> {
+    static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
+                     const VT_RGB32* colors, bool single_color) {
+        const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
+        Triangle_Call pieces(c, renderer, rendition, Shading::flat, colorized_pixel_rule(c, renderer, rendition));
+        prepare_pieces(pieces.target);
+        draw_in_rectangle(
+            rendition, rectangle, count, points,
+            [&](std::int32_t first, std::int32_t length) {
+                Member<slots::Draw_DCI_Colorized_Polytriangle, c>::enter(renderer, rendition, length, points + first,
+                                                                         single_color ? colors : colors + first, single_color);
+            },
+            [&](std::int32_t k) { fill_flat_piece(pieces, rectangle, points + k, colors[single_color ? 0 : k]); });
     }
-    Software_Z_Buffer& renderer = renderer_of(data);
-    if (!renderer.color_buffer || count < 2) {
-        return;
-    }
-    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
-        draw_2di_colorized_polytriangle<without_depth(c)>(data, rendition, count, points, colors, single_color);
-        return;
-    }
-    const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
-    Triangle_Call pieces(c, renderer, rendition, Shading::flat, colorized_pixel_rule(c, renderer, rendition));
-    prepare_pieces(pieces.target);
-    draw_in_rectangle(
-        rendition, rectangle, count, points,
-        [&](std::int32_t first, std::int32_t length) {
-            draw_dci_colorized_polytriangle<c>(data, rendition, length, points + first, single_color ? colors : colors + first,
-                                               single_color);
-        },
-        [&](std::int32_t k) { fill_flat_piece(pieces, rectangle, points + k, colors[single_color ? 0 : k]); });
-}
+};
 
-template <Case c>
-void draw_2di_gouraud_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
-                                   const VT_DCI_Point* points, const VT_RGB32* colors) {
-    if (has_standard_pattern(rendition)) {
-        VD_Standard_Draw_2DI_Gouraud_Polytriangle(data, rendition, count, points, colors);
-        return;
-    }
-    Software_Z_Buffer& renderer = renderer_of(data);
-    if (!renderer.color_buffer || count < 2) {
-        return;
-    }
-    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
-        draw_2di_gouraud_polytriangle<without_depth(c)>(data, rendition, count, points, colors);
-        return;
-    }
-    if (c == Case::rgb32 && (rendition.face.flags & vorna::face_flag::translucent)) {
-        draw_2di_gouraud_polytriangle<Case::rgb32_alpha>(data, rendition, count, points, colors);
-        return;
-    }
-    const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
-    Triangle_Call pieces(c, renderer, rendition, Shading::gouraud, is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store);
-    prepare_pieces(pieces.target);
-    Strip_Kernel* near_flat = pieces.kernel(Shading::flat, colorized_pixel_rule(c, renderer, rendition));
-    draw_in_rectangle(
-        rendition, rectangle, count, points,
-        [&](std::int32_t first, std::int32_t length) {
-            draw_dci_gouraud_polytriangle<c>(data, rendition, length, points + first, colors + first);
-        },
-        [&](std::int32_t k) {
-            vorna::Clip_Vertex<VT_DCI_Point> triangle[3];
-            for (std::int32_t i = 0; i < 3; ++i) {
-                triangle[i] = {points[k + i], colors[k + i], 0, 0};
-            }
-            vorna::Clipped_Polygon polygon;
-            if (clip_triangle_to_rectangle(rectangle, triangle, polygon) >= 3) {
-                pieces.draw({polygon.count, polygon.points, polygon.colors, false, near_flat, nullptr});
-            }
-        });
-}
-
-template <Case c, Pixel_Rule texels>
-void draw_2di_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
-                                    const VT_DCI_Point* points, const VT_RGB32* colors, const VT_Parameter* parameters,
-                                    std::int32_t parameter_width, const float* weights, const VT_Vector* normals) {
-    Software_Z_Buffer& renderer = renderer_of(data);
-    const VT_Shared_Image* texture = vorna::drawable_texture(rendition.face);
-    if (has_standard_pattern(rendition) || !texture || (renderer.color_buffer && !holds_pixels_of(c, renderer))) {
-        VD_Standard_Draw_2DI_Textured_Polytriangle(data, rendition, count, points, colors, parameters, parameter_width, weights,
-                                                   normals);
-        return;
-    }
-    if (!renderer.color_buffer || count < 2) {
-        return;
-    }
-    if (has_depth(c) && !renderer.draws_with_depth(rendition)) {
-        draw_2di_textured_polytriangle<without_depth(c), texels>(data, rendition, count, points, colors, parameters,
-                                                                 parameter_width, weights, normals);
-        return;
-    }
-    const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
-    Texture_Parameters pairs = texture_parameters(rendition.face, count, parameters, parameter_width);
-    Triangle_Call pieces(c, renderer, rendition, Shading::textured, texels);
-    prepare_pieces(pieces.target);
-    set_texture(pieces.target, *texture);
-    draw_in_rectangle(
-        rendition, rectangle, count, points,
-        [&](std::int32_t first, std::int32_t length) {
-            draw_dci_textured_polytriangle<c, texels>(data, rendition, length, points + first, colors + first,
-                                                      parameters + std::int64_t{first} * parameter_width, parameter_width,
-                                                      weights ? weights + first : nullptr, normals ? normals + first : nullptr);
-        },
-        [&](std::int32_t k) {
-            vorna::Clip_Vertex<VT_DCI_Point> triangle[3];
-            for (std::int32_t i = 0; i < 3; ++i) {
-                triangle[i] = {points[k + i], colors[k + i], pairs[2 * (k + i)], pairs[2 * (k + i) + 1]};
-            }
-            vorna::Clipped_Polygon polygon;
-            if (clip_triangle_to_rectangle(rectangle, triangle, polygon) >= 3) {
-                Texel_Coordinates coordinates[vorna::Clipped_Polygon::most_vertices];
-                for (std::int32_t i = 0; i < polygon.count; ++i) {
-                    coordinates[i] = texel_coordinates(*texture, polygon.u[i], polygon.v[i]);
+template <Case c> struct Entry<slots::Draw_2DI_Gouraud_Polytriangle, c> : Gouraud_Entry<Plane_Strip_Entry<c>, c> {
+    static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
+                     const VT_RGB32* colors) {
+        const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
+        Triangle_Call pieces(c, renderer, rendition, Shading::gouraud, is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store);
+        prepare_pieces(pieces.target);
+        Strip_Kernel* near_flat = pieces.kernel(Shading::flat, colorized_pixel_rule(c, renderer, rendition));
+        draw_in_rectangle(
+            rendition, rectangle, count, points,
+            [&](std::int32_t first, std::int32_t length) {
+                Member<slots::Draw_DCI_Gouraud_Polytriangle, c>::enter(renderer, rendition, length, points + first,
+                                                                       colors + first);
+            },
+            [&](std::int32_t k) {
+                vorna::Clip_Vertex<VT_DCI_Point> triangle[3];
+                for (std::int32_t i = 0; i < 3; ++i) {
+                    triangle[i] = {points[k + i], colors[k + i], 0, 0};
                 }
-                pieces.draw({polygon.count, polygon.points, polygon.colors, false, nullptr, coordinates});
-            }
-        });
-}
+                vorna::Clipped_Polygon polygon;
+                if (clip_triangle_to_rectangle(rectangle, triangle, polygon) >= 3) {
+                    pieces.draw({polygon.count, polygon.points, polygon.colors, false, near_flat, nullptr});
+                }
+            });
+    }
+};
+
+template <Pixel_Rule texels, Case c>
+struct Entry<With_Texels<slots::Draw_2DI_Textured_Polytriangle, texels>, c> : Plane_Strip_Entry<c> {
+    template <class... Arguments>
+    static bool is_hosts(const Software_Z_Buffer& renderer, const VT_Rendition& rendition,
+                         const Arguments&... arguments) noexcept {
+        return Plane_Strip_Entry<c>::is_hosts(renderer, rendition, arguments...) || !vorna::drawable_texture(rendition.face) ||
+               (renderer.color_buffer && !holds_pixels_of(c, renderer));
+    }
+    static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
+                     const VT_RGB32* colors, const VT_Parameter* parameters, std::int32_t parameter_width, const float* weights,
+                     const VT_Vector* normals) {
+        const VT_Shared_Image& texture = *vorna::drawable_texture(rendition.face);
+        const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
+        Texture_Parameters pairs = texture_parameters(rendition.face, count, parameters, parameter_width);
+        Triangle_Call pieces(c, renderer, rendition, Shading::textured, texels);
+        prepare_pieces(pieces.target);
+        set_texture(pieces.target, texture);
+        draw_in_rectangle(
+            rendition, rectangle, count, points,
+            [&](std::int32_t first, std::int32_t length) {
+                Member<With_Texels<slots::Draw_DCI_Textured_Polytriangle, texels>, c>::enter(
+                    renderer, rendition, length, points + first, colors + first,
+                    parameters + std::int64_t{first} * parameter_width, parameter_width, weights ? weights + first : nullptr,
+                    normals ? normals + first : nullptr);
+            },
+            [&](std::int32_t k) {
+                vorna::Clip_Vertex<VT_DCI_Point> triangle[3];
+                for (std::int32_t i = 0; i < 3; ++i) {
+                    triangle[i] = {points[k + i], colors[k + i], pairs[2 * (k + i)], pairs[2 * (k + i) + 1]};
+                }
+                vorna::Clipped_Polygon polygon;
+                if (clip_triangle_to_rectangle(rectangle, triangle, polygon) >= 3) {
+                    Texel_Coordinates coordinates[vorna::Clipped_Polygon::most_vertices];
+                    for (std::int32_t i = 0; i < polygon.count; ++i) {
+                        coordinates[i] = texel_coordinates(texture, polygon.u[i], polygon.v[i]);
+                    }
+                    pieces.draw({polygon.count, polygon.points, polygon.colors, false, nullptr, coordinates});
+                }
+            });
+    }
+};
 
 template <Case c>
-void draw_2d_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_Point* points) {
-    if (has_standard_pattern(rendition)) {
-        VD_Standard_Draw_2D_Polytriangle(data, rendition, count, points);
-    } else if (renderer_of(data).color_buffer && count >= 2) {
-        draw_2di_polytriangle<c>(data, rendition, count, rounded_points(count, points).data());
-    }
-}
+struct Entry<slots::Draw_2D_Polytriangle, c> : Rounded_Entry<Plane_Strip_Entry<c>, slots::Draw_2DI_Polytriangle, c> {};
 
 template <Case c>
-void draw_2d_colorized_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
-                                    const VT_Point* points, const VT_RGB32* colors, bool single_color) {
-    if (has_standard_pattern(rendition)) {
-        VD_Standard_Draw_2D_Colorized_Polytriangle(data, rendition, count, points, colors, single_color);
-    } else if (renderer_of(data).color_buffer && count >= 2) {
-        draw_2di_colorized_polytriangle<c>(data, rendition, count, rounded_points(count, points).data(), colors, single_color);
-    }
-}
+struct Entry<slots::Draw_2D_Colorized_Polytriangle, c>
+    : Rounded_Entry<Plane_Strip_Entry<c>, slots::Draw_2DI_Colorized_Polytriangle, c> {};
 
 template <Case c>
-void draw_2d_gouraud_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
-                                  const VT_Point* points, const VT_RGB32* colors) {
-    if (has_standard_pattern(rendition)) {
-        VD_Standard_Draw_2D_Gouraud_Polytriangle(data, rendition, count, points, colors);
-    } else if (renderer_of(data).color_buffer && count >= 2) {
-        draw_2di_gouraud_polytriangle<c>(data, rendition, count, rounded_points(count, points).data(), colors);
-    }
-}
+struct Entry<slots::Draw_2D_Gouraud_Polytriangle, c>
+    : Rounded_Entry<Plane_Strip_Entry<c>, slots::Draw_2DI_Gouraud_Polytriangle, c> {};
 
-template <Case c, Pixel_Rule texels>
-void draw_2d_textured_polytriangle(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count,
-                                   const VT_Point* points, const VT_RGB32* colors, const VT_Parameter* parameters,
-                                   std::int32_t parameter_width, const float* weights, const VT_Vector* normals) {
-    if (has_standard_pattern(rendition) || !vorna::drawable_texture(rendition.face)) {
-        VD_Standard_Draw_2D_Textured_Polytriangle(data, rendition, count, points, colors, parameters, parameter_width, weights,
-                                                  normals);
-    } else if (renderer_of(data).color_buffer && count >= 2) {
-        draw_2di_textured_polytriangle<c, texels>(data, rendition, count, rounded_points(count, points).data(), colors,
-                                                  parameters, parameter_width, weights, normals);
+// The member of the integer slot looks at the buffer's format.
+template <Pixel_Rule texels, Case c>
+struct Entry<With_Texels<slots::Draw_2D_Textured_Polytriangle, texels>, c>
+    : Rounded_Entry<Plane_Strip_Entry<c>, With_Texels<slots::Draw_2DI_Textured_Polytriangle, texels>, c> {
+    template <class... Arguments>
+    static bool is_hosts(const Software_Z_Buffer& renderer, const VT_Rendition& rendition,
+                         const Arguments&... arguments) noexcept {
+        return Plane_Strip_Entry<c>::is_hosts(renderer, rendition, arguments...) || !vorna::drawable_texture(rendition.face);
     }
-}
+};
 
-#define KRB_FOR_CASE(c)                                                                                                          \
-    template VT_Draw_Points<VT_DCI_Point> draw_2di_polytriangle<c>;                                                              \
-    template VT_Draw_Colorized<VT_DCI_Point> draw_2di_colorized_polytriangle<c>;                                                 \
-    template VT_Draw_Gouraud<VT_DCI_Point> draw_2di_gouraud_polytriangle<c>;                                                     \
-    template VT_Draw_Textured<VT_DCI_Point> draw_2di_textured_polytriangle<c, Pixel_Rule::blend>;                                \
-    template VT_Draw_Points<VT_Point> draw_2d_polytriangle<c>;                                                                   \
-    template VT_Draw_Colorized<VT_Point> draw_2d_colorized_polytriangle<c>;                                                      \
-    template VT_Draw_Gouraud<VT_Point> draw_2d_gouraud_polytriangle<c>;                                                          \
-    template VT_Draw_Textured<VT_Point> draw_2d_textured_polytriangle<c, Pixel_Rule::blend>;
-KRB_FOR_EACH_CASE
-#undef KRB_FOR_CASE
-template VT_Draw_Textured<VT_DCI_Point> draw_2di_textured_polytriangle<Case::depth_index8, Pixel_Rule::store>;
-template VT_Draw_Textured<VT_Point> draw_2d_textured_polytriangle<Case::depth_index8, Pixel_Rule::store>;
+KRB_MEMBERS(, slots::Draw_2DI_Polytriangle)
+KRB_MEMBERS(, slots::Draw_2DI_Colorized_Polytriangle)
+KRB_MEMBERS(, slots::Draw_2DI_Gouraud_Polytriangle)
+KRB_MEMBERS(, Blended_Texels<slots::Draw_2DI_Textured_Polytriangle>)
+template struct Member<Stored_Texels<slots::Draw_2DI_Textured_Polytriangle>, Case::index8>;
+template struct Member<Stored_Texels<slots::Draw_2DI_Textured_Polytriangle>, Case::depth_index8>;
+KRB_MEMBERS(, slots::Draw_2D_Polytriangle)
+KRB_MEMBERS(, slots::Draw_2D_Colorized_Polytriangle)
+KRB_MEMBERS(, slots::Draw_2D_Gouraud_Polytriangle)
+KRB_MEMBERS(, Blended_Texels<slots::Draw_2D_Textured_Polytriangle>)
+template struct Member<Stored_Texels<slots::Draw_2D_Textured_Polytriangle>, Case::depth_index8>;
 
 } // namespace krb

@@ -217,7 +217,7 @@ inline bool has_limits_in_window(const Triangle_Target& target) {
 template <Triangle_Configuration c> bool can_be_drawn(const Triangle_Target& target, const Triangle_Strip& strip) {
     return strip.count >= 3 && strip.points && strip.colors &&
            (target.scissored ? has_limits_in_window(target) : lies_in_window(target, strip)) && target.color_rows &&
-           (c.depth == Depth_Rule::none || target.depth_rows) && (facts_of(c.format).stores_words || target.dither) &&
+           (c.depth == Depth_Rule::none || target.depth_rows) && (Format_Type<c.format>::stores_words || target.dither) &&
            (c.clip != Clip_Rule::masked || target.mask_rows) && (c.clip != Clip_Rule::patterned || target.pattern) &&
            (c.shading != Shading::textured || (target.texels && strip.coordinates));
 }

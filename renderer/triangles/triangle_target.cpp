@@ -270,7 +270,7 @@ Flat_Face flat_face(Case c, const Software_Z_Buffer& renderer, const VT_Renditio
     const bool merges = renderer.merges(rendition.face.mode);
     const bool translucent = (rendition.face.flags & vorna::face_flag::translucent) != 0;
     Flat_Face face{rendition.face.color, colorized_pixel_rule(c, renderer, rendition)};
-    if (c == Case::index8) {
+    if (draws_indices(c)) {
         face.pixel = merges ? Pixel_Rule::merge : Pixel_Rule::store;
     } else if (c == Case::rgb32 && (translucent || merges)) {
         // Drawn as the alpha member draws it; a face that only merges is opaque.

@@ -13,7 +13,7 @@ namespace {
 
 using replay_tests::Png_Pixels;
 using replay_tests::read_file;
-using replay_tests::read_png;
+using replay_tests::read_colors;
 using testing::HasSubstr;
 using testing::ThrowsMessage;
 
@@ -44,7 +44,7 @@ protected:
         EXPECT_EQ(outcome.output, digest + "\n");
         EXPECT_EQ(read_file(file), read_file(other));
         if (!settings.indexed) {
-            EXPECT_EQ(samples_of(make_image(drawn..., settings)), read_png(file).bytes);
+            EXPECT_EQ(samples_of(make_image(drawn..., settings)), read_colors(file).bytes);
         }
     }
 
@@ -128,7 +128,7 @@ TEST_F(Drawing_Library, the_program_of_the_page_draws_its_images) {
     const std::string knot = folder.file("knot.png"), islands = folder.file("islands.png");
     ASSERT_EQ(std::system(("'" DRAWING_PROGRAM "' '" + knot + "' '" + islands + "'").c_str()), 0);
     for (const auto& [drawn, shown] : {std::pair(knot, "knot.png"), {islands, "islands.png"}}) {
-        const Png_Pixels a = read_png(drawn), b = read_png(std::string(PAGE_IMAGES) + '/' + shown);
+        const Png_Pixels a = read_colors(drawn), b = read_colors(std::string(PAGE_IMAGES) + '/' + shown);
         EXPECT_EQ(a.width, b.width);
         EXPECT_EQ(a.bytes, b.bytes) << shown;
     }

@@ -1,4 +1,4 @@
-// PNG and JPEG images as vorna compare, palettes and textures read them, palettes as text, parts of pictures as vorna assemble
+// Images as vorna compare, palettes and textures read them, palettes as text, parts of pictures as vorna assemble
 // does, and compressed files. The first byte says which, and whether the check sums of a PNG file are made right, as fuzzers
 // cannot.
 #include <filesystem>

@@ -61,14 +61,14 @@ model::Mesh read(std::size_t format, std::string_view content) {
 
 void draw(const model::Mesh& mesh, std::uint8_t style) {
     Model_Options options;
-    constexpr model::Shading shadings[] = {model::Shading::gouraud, model::Shading::flat, model::Shading::textured,
+    constexpr model::Shading shadings[] = {model::Shading::automatic, model::Shading::flat, model::Shading::textured,
                                            model::Shading::wireframe, model::Shading::hidden_line};
     options.picture.shading = shadings[style % 5];
     options.edges = (style & 4) != 0 ? "all" : (style & 8) != 0 ? "feature" : "";
     options.colors = (style & 16) != 0 ? 8 : 32;
-    options.antialias = (style & 32) != 0 && options.colors == 32 && options.has_edges();
+    options.antialias = (style & 32) != 0 && options.colors == 32 && (options.has_edges() || !mesh.lines.empty());
     constexpr VT_Int_Pair size{48, 40};
-    const Model_Look look{model_look_of(options), edge_settings_of(options), palette_of(options).drawn};
+    const Model_Look look = look_of(options, !mesh.lines.empty(), palette_of(options).drawn);
     Model_Drawing drawing(make_model(options, mesh), look, camera_settings_of(options, mesh, size));
     const Tile_Grid grid({0, size.x, 0, size.y});
     drawing.prepare(grid, 1, 0);
@@ -83,7 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::uint8_t style = input.byte();
     fuzzing::try_out([&] {
         model::Mesh mesh = read(format, input.rest());
-        model::finish_mesh(mesh, "model");
+        model::finish_mesh(mesh, "model", (style & 64) != 0 ? std::optional(180.0) : std::nullopt);
         draw(mesh, style);
     });
     return 0;

@@ -149,15 +149,7 @@ private:
         Random random(input_.word());
         const Call call = random_call(random, slot, window_);
         if (random.chance(25)) {
-            const VT_Int_Rectangle area = window_.area();
-            std::vector<std::vector<VT_Point>> contours(static_cast<std::size_t>(random.number(0, 2)));
-            for (auto& contour : contours) {
-                for (int i = random.number(0, 5); i > 0; --i) {
-                    contour.push_back({static_cast<float>(random.number(area.left - 9, area.right + 9)),
-                                       static_cast<float>(random.number(area.bottom - 9, area.top + 9)), 0});
-                }
-            }
-            call.rendition->clip.complex_clip = new VT_Contour_Set(std::move(contours));
+            call.rendition->clip.complex_clip = random_region(random, window_.area());
             call.rendition->clip.window_offset = {random.number(-3, 3), random.number(-3, 3)};
         }
         if (established_) {

@@ -300,7 +300,7 @@ void fail_while_establishing(std::size_t from, std::size_t to) {
     Random random(from * 6 + to);
     Numbers numbers(random, window, false);
     std::vector<Slot_Call> calls;
-    for (const std::string_view slot : point_slots()) {
+    for (const std::string_view slot : point_slot_names()) {
         calls.push_back(make_call(slot, numbers, 5));
     }
     const VT_Reference<VT_Rendition> rendition = rendition_for(from % 2 == 0 ? Way::plain : Way::region);
@@ -375,7 +375,7 @@ TEST(Allocation_Failure, Drawing_Leaves_Nothing_Behind) {
     const int ways = std::min(scaled(1), static_cast<int>(Way::count));
     int turn = 0;
     for (std::size_t renderer_case = 0; renderer_case < std::size(renderer_cases); ++renderer_case) {
-        for (const std::string_view slot : point_slots()) {
+        for (const std::string_view slot : point_slot_names()) {
             for (int i = 0; i < ways; ++i) {
                 // All of them take turns, so that each meets every slot in some case.
                 const Way way = static_cast<Way>(turn++ % static_cast<int>(Way::count));

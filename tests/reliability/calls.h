@@ -1,19 +1,24 @@
-// Calls of every slot, made of numbers that somebody else chooses.
+// Calls of every slot with numbers around a window or at the limits of their types.
 #pragma once
 
 #include <cstdint>
-#include <functional>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "app/check/random.h"
-#include "host/renderer_data.h"
-#include "host/rendition.h"
+#include "app/check/call_maker.h"
 
+using vorna::app::check::Block;
+using vorna::app::check::Callee;
+using vorna::app::check::Coordinates;
+using vorna::app::check::Draw;
+using vorna::app::check::Ellipse;
+using vorna::app::check::Placed_Image;
+using vorna::app::check::point_slot_names;
 using vorna::app::check::Random;
 
-// Where coordinates come from: anywhere around a window, or from the ends of what their types hold.
+// Random numbers around a window, or hostile ones: at the limits of what their types hold.
 class Numbers {
 public:
     Numbers(Random& random, const VT_Int_Rectangle& window, bool are_hostile)
@@ -25,9 +30,9 @@ public:
 
     std::int32_t column() { return coordinate(window_.left, window_.right); }
     std::int32_t row() { return coordinate(window_.bottom, window_.top); }
-    // Line types measure depth too, so that ordinary depths keep to a few hundred.
+    // Line types measure depth too, so that ordinary depths stay below a few hundred.
     std::int32_t depth() { return coordinate(0, are_hostile_ ? 65535 : 300); }
-    // The same numbers as floats or doubles, among them infinite ones, none at all, and the smallest and the largest there are.
+    // The same numbers with fractions, and hostile ones that only the type has: infinities, NaN, the smallest and the largest.
     template <class Real> Real real(std::int32_t (Numbers::*whole)());
     // Any 32 bits, mostly those near powers of two.
     std::int32_t any();
@@ -43,21 +48,15 @@ private:
 struct Slot_Call {
     std::string_view slot;
     std::string description; // of the points
-    std::function<void(VT_Renderer_Data&, const VT_Rendition&)> draw;
+    Draw draw;
 };
 
-// The names of the slots that lists of points are drawn through, in the order of the action table.
-const std::vector<std::string_view>& point_slots();
+// A call as an application makes it, or of the standard function. count: the number of points that is passed to slots that take
+// lists of them.
+Slot_Call make_call(std::string_view slot, Numbers& numbers, std::int32_t count, Callee callee = Callee::drawing_function);
 
-// The names of all slots.
-const std::vector<std::string_view>& all_slots();
+// A random rendition, many of whose attributes are any number.
+VT_Reference<VT_Rendition> hostile_rendition(Numbers& numbers);
 
-// A call as an application makes it, or of the standard function, with count points where it takes as many as it is told.
-Slot_Call make_call(std::string_view slot, Numbers& numbers, std::int32_t count, bool is_standard = false);
-
-// Attributes at the ends of what their types hold.
-VT_Reference<VT_Rendition> hostile_rendition(Numbers& numbers, const VT_Int_Rectangle& window);
-std::string describe(const VT_Rendition& rendition);
-
-// A region that leaves out some of the window.
+// A triangular region that covers a part of the window.
 VT_Reference<const VT_Contour_Set> region_in(const VT_Int_Rectangle& window, std::int32_t inset);

@@ -107,21 +107,15 @@ vorna::Module::Renderer make_renderer(Buffer_Watch& buffers) {
 void draw_picture(VT_Renderer_Data& renderer, int number, const VT_Int_Rectangle& window) {
     Random random(static_cast<std::uint64_t>(number));
     Numbers numbers(random, window, false);
-    const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
-    rendition->clip.hard_clip = rendition->window.rectangle = window;
+    const VT_Reference<VT_Rendition> rendition = vorna::app::check::random_rendition(random, window);
+    rendition->window.rectangle = window;
     renderer.begin_picture_all();
     VD_Draw_Window(renderer, *rendition);
     VD_Clear_Depth_Rectangle(renderer, *rendition);
-    rendition->set_color({random.byte(), random.byte(), random.byte(), random.byte()});
-    rendition->face.pattern = random.chance(70) ? vorna::face_pattern::solid : random.number(0, 90);
-    rendition->line.weight = random.chance(70) ? 1 : random.number(2, 5);
-    rendition->line.style = random.chance(80) ? 0 : random.number(1, 5);
-    rendition->marker.symbol = random.number(0, 8);
-    rendition->marker.size = random.number(1, 9);
     if (random.chance(50)) {
         rendition->clip.complex_clip = region_in(window, random.number(0, 9));
     }
-    const auto& slots = point_slots();
+    const auto& slots = point_slot_names();
     for (int i = 0; i < 4; ++i) {
         const std::string_view slot = slots[static_cast<std::size_t>(number * 4 + i) % slots.size()];
         make_call(slot, numbers, random.number(3, 8)).draw(renderer, *rendition);

@@ -151,10 +151,6 @@ private:
     std::vector<std::vector<std::uint8_t>> before_;
 };
 
-bool cuts_to_hard_clip(std::string_view slot) {
-    return slot.starts_with("draw_2d_") || slot.starts_with("draw_2di_") || slot.starts_with("draw_3d_");
-}
-
 // Windows lie anywhere that integers can say, up to the very ends.
 std::int32_t random_origin(Random& random, std::int32_t size) {
     const std::int32_t places[] = {
@@ -186,11 +182,12 @@ int draw_hostile_calls(const std::string& kernels, std::size_t renderer_case, st
     int drawn = 0;
     for (int i = 0; i < rounds; ++i) {
         renderer.fill(random);
-        for (const std::string_view slot : all_slots()) {
+        for (const std::string_view slot : vorna::app::check::slot_names()) {
             const std::int32_t count = random.chance(10) ? random.number(-1, 2) : random.number(2, 9);
-            const Slot_Call call = make_call(slot, numbers, random.chance(3) ? 70 : count, random.chance(25));
+            const Slot_Call call = make_call(slot, numbers, random.chance(3) ? 70 : count,
+                                             random.chance(25) ? Callee::standard_function : Callee::drawing_function);
             // On the stack, where a reference that is taken and given up ends the process.
-            const VT_Rendition rendition(*hostile_rendition(numbers, window));
+            const VT_Rendition rendition(*hostile_rendition(numbers));
             const std::string rules = renderer.set_depth_rules(random, numbers.any());
             std::string words = "seed " + std::to_string(seed) + ", case " + std::to_string(renderer_case) + ", kernels " +
                                 kernels + ", window " + std::to_string(size.x) + " x " + std::to_string(size.y) + " at " +
@@ -202,7 +199,8 @@ int draw_hostile_calls(const std::string& kernels, std::size_t renderer_case, st
             call.draw(*renderer, rendition);
             EXPECT_LT(processor_seconds() - before, most_seconds) << words;
             EXPECT_TRUE(renderer.is_intact()) << words;
-            EXPECT_TRUE(!cuts_to_hard_clip(call.slot) || beside.are_untouched()) << "beside the hard clip, " << words;
+            EXPECT_TRUE(!vorna::app::check::clips_to_hard_clip(call.slot) || beside.are_untouched())
+                << "beside the hard clip, " << words;
             ++drawn;
             if (testing::Test::HasFailure()) {
                 return drawn;

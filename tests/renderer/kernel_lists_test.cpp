@@ -8,10 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include "renderer/depth_lines/line_kernels.h"
-#include "renderer/depth_lines/smoothed_kernels.h"
+#include "renderer/configuration_words.h"
 #include "renderer/kernels/kernel_sets.h"
-#include "renderer/kernels/span_kernels.h"
 #include "renderer/lines/line_setup.h"
 #include "tests/support/random_rules.h"
 
@@ -104,12 +102,12 @@ private:
     std::vector<const std::uint8_t*> mask_rows_;
 };
 
-// Calls test(configuration, its packed rules, call) for every configuration and seed.
+// Calls test(configuration, its words, call) for every configuration and seed.
 template <class List, class Test> void for_every(const List& list, Test test) {
     for (const auto& configuration : list.each) {
         for (std::uint32_t seed = 0; seed < 40; ++seed) {
             Call call(seed);
-            test(configuration, std::to_string(configuration.packed()), call);
+            test(configuration, krb::words_of(configuration), call);
         }
     }
 }
@@ -129,18 +127,18 @@ struct Random_Polyline {
 } // namespace
 
 TEST(Kernel_Lists, polylines_are_the_same_in_every_set) {
-    for_every(krb::polyline_configurations, [](const krb::Line_Configuration& c, const std::string& rules, Call& call) {
+    for_every(krb::polyline_configurations, [](const krb::Line_Configuration& c, const std::string& words, Call& call) {
         const Random_Polyline line(call);
         const auto target = call.target<krb::Line_Target>(c.clip);
         const krb::Polyline polyline{static_cast<std::int32_t>(line.points.size()), line.points.data(), line.colors.data(),
                                      c.shading == krb::Line_Shading::flat && call.below(2) == 0,
                                      static_cast<std::uint8_t>(call.below(256))};
-        call.expect_same_bytes(rules, [&](const krb::Kernel_Set& set) { set.lines->polylines[c](target, polyline); });
+        call.expect_same_bytes(words, [&](const krb::Kernel_Set& set) { set.lines->polylines[c](target, polyline); });
     });
 }
 
 TEST(Kernel_Lists, cut_segments_are_the_same_in_every_set) {
-    for_every(krb::cut_segment_configurations, [](const krb::Line_Configuration& c, const std::string& rules, Call& call) {
+    for_every(krb::cut_segment_configurations, [](const krb::Line_Configuration& c, const std::string& words, Call& call) {
         const auto target = call.target<krb::Line_Target>(c.clip);
         const VT_Int_Rectangle rectangle{call.below(20), width - 1 - call.below(20), call.below(15), height - 1 - call.below(15)};
         const VT_DCI_Point inside{rectangle.left + call.below(rectangle.right - rectangle.left + 1),
@@ -161,27 +159,28 @@ TEST(Kernel_Lists, cut_segments_are_the_same_in_every_set) {
         segment.ramps_from = ramps.start();
         segment.paint.color = call.color();
         segment.paint.depth = ramps.depth(segment.from.z, segment.to.z);
-        for (krb::Line_Ramp* channel : {&segment.paint.blue, &segment.paint.green, &segment.paint.red, &segment.paint.alpha}) {
+        for (krb::Fixed_Interpolator* channel :
+             {&segment.paint.blue, &segment.paint.green, &segment.paint.red, &segment.paint.alpha}) {
             *channel = ramps.channel(call.below(256), call.below(256));
         }
-        call.expect_same_bytes(rules, [&](const krb::Kernel_Set& set) { set.lines->cut_segments[c](target, segment); });
+        call.expect_same_bytes(words, [&](const krb::Kernel_Set& set) { set.lines->cut_segments[c](target, segment); });
     });
 }
 
 TEST(Kernel_Lists, smoothed_polylines_are_the_same_in_every_set) {
-    for_every(krb::smoothed_configurations, [](const krb::Smoothed_Configuration& c, const std::string& rules, Call& call) {
+    for_every(krb::smoothed_configurations, [](const krb::Smoothed_Configuration& c, const std::string& words, Call& call) {
         const Random_Polyline line(call);
         auto target = call.target<krb::Smoothed_Target>(c.clip);
         target.visible = {call.below(20), width - 1 - call.below(20), call.below(15), height - 1 - call.below(15)};
         target.clip = target.visible;
         const krb::Polyline polyline{static_cast<std::int32_t>(line.points.size()), line.points.data(), line.colors.data(),
                                      call.below(2) == 0, 0};
-        call.expect_same_bytes(rules, [&](const krb::Kernel_Set& set) { set.smoothed->polylines[c](target, polyline); });
+        call.expect_same_bytes(words, [&](const krb::Kernel_Set& set) { set.smoothed->polylines[c](target, polyline); });
     });
 }
 
 TEST(Kernel_Lists, filled_rows_are_the_same_in_every_set) {
-    for_every(krb::fill_configurations, [](const krb::Span_Configuration& c, const std::string& rules, Call& call) {
+    for_every(krb::fill_configurations, [](const krb::Span_Configuration& c, const std::string& words, Call& call) {
         const auto target = call.target<krb::Pixel_Target>(c.clip);
         const std::int32_t last = call.below(height / 2);
         const std::int32_t x = call.below(width);
@@ -191,12 +190,12 @@ TEST(Kernel_Lists, filled_rows_are_the_same_in_every_set) {
         }
         const krb::Mirrored_Rows shape{x, last + call.below(height - 2 * last), last, extents.data()};
         const VT_RGB32 color = call.color();
-        call.expect_same_bytes(rules, [&](const krb::Kernel_Set& set) { set.spans->fill[c](target, shape, color); });
+        call.expect_same_bytes(words, [&](const krb::Kernel_Set& set) { set.spans->fill[c](target, shape, color); });
     });
 }
 
 TEST(Kernel_Lists, copied_rows_are_the_same_in_every_set) {
-    for_every(krb::copy_configurations, [](const krb::Span_Configuration& c, const std::string& rules, Call& call) {
+    for_every(krb::copy_configurations, [](const krb::Span_Configuration& c, const std::string& words, Call& call) {
         const auto target = call.target<krb::Pixel_Target>(c.clip);
         const std::int32_t column = call.below(width);
         const krb::Pixel_Span span{call.below(height), column, 1 + call.below(width - column)};
@@ -205,8 +204,8 @@ TEST(Kernel_Lists, copied_rows_are_the_same_in_every_set) {
             source.push_back(call.color());
             source.back().alpha = call.below(4) == 0 ? std::uint8_t{0} : source.back().alpha;
         }
-        const krb::Depth_Ramp depth{call.below(65536) << 15, call.below(1 << 20) - (1 << 19)};
-        call.expect_same_bytes(rules, [&](const krb::Kernel_Set& set) {
+        const krb::Fixed_Interpolator depth{call.below(65536) << 15, call.below(1 << 20) - (1 << 19)};
+        call.expect_same_bytes(words, [&](const krb::Kernel_Set& set) {
             set.spans->copy[c](target, span, reinterpret_cast<const std::uint8_t*>(source.data()), depth);
         });
     });

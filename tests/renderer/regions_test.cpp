@@ -50,16 +50,6 @@ struct Strip {
     std::int32_t count() const { return static_cast<std::int32_t>(points.size()); }
 };
 
-VT_Reference<const VT_Basic_Material> random_texture(Random& random) {
-    VT_Reference<VT_Basic_Material> material(new VT_Basic_Material);
-    const VT_Reference<VT_Shared_Image> image(new VT_Shared_Image(8, 4, Buffer_Format::rgb32, 32, nullptr, false, true));
-    for (std::int32_t row = 0; row < 4; ++row) {
-        std::generate(image->row(row), image->row(row) + 32, [&random] { return random.byte(); });
-    }
-    material->texture = image;
-    return material;
-}
-
 enum class Form { device, plane, tiled };
 
 void draw(Test_Renderer& renderer, const VT_Rendition& rendition, Shading shading, const Strip& strip, Form form) {
@@ -90,13 +80,8 @@ void draw(Test_Renderer& renderer, const VT_Rendition& rendition, Shading shadin
 
 VT_Reference<VT_Rendition> random_rendition(Random& random, const Renderer_Setup& setup) {
     VT_Reference<VT_Rendition> rendition(new VT_Rendition);
-    rendition->set_color(random_color(random));
-    rendition->face.contrast_color = random_color(random);
-    rendition->face.pattern = random.chance(60) ? vorna::face_pattern::solid : random.number(0, 73);
-    rendition->face.flags = static_cast<std::uint32_t>(random.number(0, 3));
-    rendition->face.material = random_texture(random);
-    rendition->clip.hard_clip = {setup.origin.x, setup.origin.x + window_size.x - 1, setup.origin.y,
-                                 setup.origin.y + window_size.y - 1};
+    rendition->face = random_face(random);
+    rendition->clip.hard_clip = window_of(setup);
     return rendition;
 }
 
@@ -249,9 +234,8 @@ TEST_P(Regions, Strips_across_the_rectangle_stay_within_it) {
         std::size_t i = 0;
         for (std::int32_t row = 0; row < window_size.y; ++row) {
             for (std::int32_t column = 0; column < window_size.x; ++column, ++i) {
-                const bool inside = origin.x + column >= clip.left && origin.x + column <= clip.right &&
-                                    origin.y + row >= clip.bottom && origin.y + row <= clip.top;
-                ASSERT_TRUE(inside || (after.colors[i] == before.colors[i] && after.depths[i] == before.depths[i]))
+                ASSERT_TRUE(vorna::contains(clip, origin.x + column, origin.y + row) ||
+                            (after.colors[i] == before.colors[i] && after.depths[i] == before.depths[i]))
                     << "seed " << seed << " column " << column << " row " << row;
             }
         }

@@ -37,7 +37,7 @@ template <class Coordinate> Strip random_strip(Random& random, Coordinate coordi
     Strip strip;
     for (std::int32_t count = random.number(3, 12); count > 0; --count) {
         strip.points.push_back({coordinate(), coordinate(), random.number(0, 65535)});
-        strip.colors.push_back({random.byte(), random.byte(), random.byte(), random.byte()});
+        strip.colors.push_back(random_color(random));
         for (int k = 0; k < 2; ++k) {
             strip.parameters.push_back(static_cast<float>(random.number(0, 1000)) / 1000);
         }
@@ -47,17 +47,7 @@ template <class Coordinate> Strip random_strip(Random& random, Coordinate coordi
 
 VT_Reference<VT_Rendition> random_rendition(Random& random) {
     VT_Reference<VT_Rendition> rendition(new VT_Rendition);
-    rendition->face.color = {random.byte(), random.byte(), random.byte(), random.byte()};
-    rendition->face.pattern = random.chance(70) ? vorna::face_pattern::solid : random.number(0, 73);
-    rendition->face.flags = random.chance(20) ? vorna::face_flag::opaque_pattern : 0;
-    std::vector<VT_RGB32> texels;
-    for (int k = 0; k < 64; ++k) {
-        texels.push_back({random.byte(), random.byte(), random.byte(), random.byte()});
-    }
-    VT_Reference<VT_Basic_Material> material(new VT_Basic_Material);
-    material->texture =
-        new VT_Shared_Image(8, 8, Buffer_Format::rgb32, 32, reinterpret_cast<std::uint8_t*>(texels.data()), true, true);
-    rendition->face.material = material;
+    rendition->face = random_face(random);
     return rendition;
 }
 
@@ -98,11 +88,11 @@ void draw_transformed(VT_Renderer_Data& renderer, Family family, const VT_Rendit
 class Window {
 public:
     Window(std::size_t index, VT_Int_Pair origin, VT_Int_Pair size, const std::string& kernels)
-        : setup_(setup_of(index, origin, size)), renderer_(setup_, kernels) {
+        : setup_(setup_of_case(index, size, origin)), renderer_(setup_, kernels) {
         renderer_->current_table.find("Enable Tiling")->set(true);
         renderer_->establish();
         const VT_Reference<VT_Rendition> whole(new VT_Rendition);
-        whole->window.rectangle = {origin.x, origin.x + size.x - 1, origin.y, origin.y + size.y - 1};
+        whole->window.rectangle = window_of(setup_);
         VD_Clear_Depth_Rectangle(*renderer_, *whole);
     }
 
@@ -117,16 +107,6 @@ public:
     }
 
 private:
-    static Renderer_Setup setup_of(std::size_t index, VT_Int_Pair origin, VT_Int_Pair size) {
-        Renderer_Setup setup;
-        setup.color_system = renderer_cases[index].color_system;
-        setup.depth = renderer_cases[index].depth;
-        setup.alpha = renderer_cases[index].alpha;
-        setup.origin = origin;
-        setup.size = size;
-        return setup;
-    }
-
     Renderer_Setup setup_;
     Test_Renderer renderer_;
 };
@@ -192,8 +172,7 @@ TEST(Strips_anywhere, Look_in_tiles_as_in_one_piece_and_keep_to_the_hard_clip) {
                 EXPECT_EQ(tile.origin(), origin);
                 for (std::int32_t y = origin.y; y < std::min(origin.y + 64, 64); ++y) {
                     for (std::int32_t x = origin.x; x < std::min(origin.x + 48, 64); ++x) {
-                        const bool is_inside = x >= clip.left && x <= clip.right && y >= clip.bottom && y <= clip.top;
-                        ASSERT_EQ(tile.pixel(x, y), is_inside ? whole.pixel(x, y) : untouched)
+                        ASSERT_EQ(tile.pixel(x, y), vorna::contains(clip, x, y) ? whole.pixel(x, y) : untouched)
                             << "strip " << i << " at " << x << ", " << y;
                     }
                 }

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "renderer/configuration_words.h"
 #include "renderer/kernels/kernel_sets.h"
 #include "renderer/kernels/pixel_formats.h"
 #include "renderer/triangles/triangle_kernels.h"
@@ -170,12 +171,6 @@ private:
     }
 };
 
-std::string described(Triangle_Configuration c) {
-    return "shading " + std::to_string(static_cast<int>(c.shading)) + " format " + std::to_string(static_cast<int>(c.format)) +
-           " depth " + std::to_string(static_cast<int>(c.depth)) + " pixel " + std::to_string(static_cast<int>(c.pixel)) +
-           " clip " + std::to_string(static_cast<int>(c.clip));
-}
-
 // Inside the rectangle the bytes of the uncut drawing, everywhere else what was there before.
 Drawing cut(const Drawing& before, const Drawing& whole, const krb::Triangle_Target& to, std::int32_t pixel_bytes) {
     Drawing expected = before;
@@ -200,7 +195,7 @@ TEST(Triangle_Kernels, write_the_same_bytes_in_every_set_and_inside_a_scissor_re
                 scene.target.scissored = false;
                 const Drawing whole = scene.draw(*set, configuration, seed);
                 ASSERT_EQ(whole, scene.draw(krb::portable_kernel_set(), configuration, seed))
-                    << set->name << ' ' << described(configuration) << " seed " << seed;
+                    << set->name << ' ' << words_of(configuration) << " seed " << seed;
                 const Canvas canvas(seed);
                 const Drawing before{Canvas::color(), Canvas::depth()};
                 scene.target.scissored = true;
@@ -213,7 +208,7 @@ TEST(Triangle_Kernels, write_the_same_bytes_in_every_set_and_inside_a_scissor_re
                     static_cast<std::int32_t>(random() % static_cast<std::uint32_t>(Canvas::height - scene.target.first_row + 1));
                 const std::int32_t pixel_bytes = krb::facts_of(configuration.format).pixel_bytes;
                 ASSERT_EQ(scene.draw(*set, configuration, seed), cut(before, whole, scene.target, pixel_bytes))
-                    << set->name << ' ' << described(configuration) << " seed " << seed;
+                    << set->name << ' ' << words_of(configuration) << " seed " << seed;
             }
         }
     }

@@ -7,6 +7,7 @@
 #include <map>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 #include <zlib.h>
 
@@ -48,11 +49,15 @@ public:
         pixels.bit_depth = static_cast<int>(number_of(1));
         pixels.color_type = static_cast<int>(number_of(1));
         require(number_of(3) == 0, "unknown ways of storing");
-        require(pixels.bit_depth == 8 || pixels.bit_depth == 16, "samples of less than a byte");
+        require(pixels.bit_depth >= 8 || pixels.color_type == 3, "samples of less than a byte");
         const std::size_t samples[] = {1, 0, 3, 1, 2, 0, 4};
-        pixels.pixel_bytes = samples[pixels.color_type] * static_cast<std::size_t>(pixels.bit_depth / 8);
+        pixels.pixel_bytes = samples[pixels.color_type] * static_cast<std::size_t>(std::max(pixels.bit_depth / 8, 1));
         pixels.palette.assign(chunks_["PLTE"].begin(), chunks_["PLTE"].end());
+        pixels.alphas.assign(chunks_["tRNS"].begin(), chunks_["tRNS"].end());
         read_rows(pixels);
+        if (pixels.bit_depth < 8) {
+            unpack(pixels);
+        }
         return pixels;
     }
 
@@ -79,7 +84,8 @@ private:
 
     void read_rows(Png_Pixels& pixels) {
         const std::string& packed = chunks_["IDAT"];
-        const std::size_t row_bytes = pixels.width * pixels.pixel_bytes;
+        const std::size_t row_bytes = pixels.bit_depth < 8 ? (pixels.width * static_cast<std::size_t>(pixels.bit_depth) + 7) / 8
+                                                           : pixels.width * pixels.pixel_bytes;
         std::vector<std::uint8_t> filtered((row_bytes + 1) * pixels.height);
         auto size = static_cast<uLongf>(filtered.size());
         const int status =
@@ -95,6 +101,20 @@ private:
             pixels.bytes.insert(pixels.bytes.end(), row.begin() + static_cast<std::ptrdiff_t>(step), row.end());
             above = row;
         }
+    }
+
+    // The index of each pixel in a byte.
+    static void unpack(Png_Pixels& pixels) {
+        const auto bits = static_cast<std::size_t>(pixels.bit_depth);
+        const std::size_t row_bytes = pixels.bytes.size() / pixels.height;
+        std::vector<std::uint8_t> indices;
+        for (std::size_t row = 0; row < pixels.height; ++row) {
+            for (std::size_t bit = 0; bit < pixels.width * bits; bit += bits) {
+                const unsigned byte = pixels.bytes[row * row_bytes + bit / 8];
+                indices.push_back(static_cast<std::uint8_t>(byte >> (8 - bits - bit % 8) & ((1U << bits) - 1)));
+            }
+        }
+        pixels.bytes = std::move(indices);
     }
 
     static int predicted(int filter, int left, int up, int corner) {
@@ -130,6 +150,21 @@ std::string hex(const std::uint8_t* bytes, std::size_t count) {
     return text;
 }
 
+Png_Pixels colors_of(Png_Pixels pixels) {
+    const bool indexed = pixels.color_type == 3;
+    if (!indexed && pixels.color_type != 2) {
+        return pixels;
+    }
+    std::vector<std::uint8_t> colors;
+    for (std::size_t i = 0; i < pixels.bytes.size(); i += pixels.pixel_bytes) {
+        const std::size_t index = pixels.bytes[i];
+        const std::uint8_t* color = indexed ? &pixels.palette.at(3 * index) : &pixels.bytes[i];
+        colors.insert(colors.end(), color, color + 3);
+        colors.push_back(indexed && index < pixels.alphas.size() ? pixels.alphas[index] : std::uint8_t{255});
+    }
+    return {.width = pixels.width, .height = pixels.height, .bit_depth = 8, .color_type = 6, .pixel_bytes = 4, .bytes = colors};
+}
+
 } // namespace
 
 Png_Pixels read_png(const std::string& path) {
@@ -140,7 +175,12 @@ Png_Pixels read_png(const std::string& path) {
     }
 }
 
-std::string difference(const Png_Pixels& drawn, const Png_Pixels& expected) {
+Png_Pixels read_colors(const std::string& path) {
+    return colors_of(read_png(path));
+}
+
+std::string difference(const Png_Pixels& stored, const Png_Pixels& expected) {
+    const Png_Pixels drawn = expected.color_type == 6 ? colors_of(stored) : stored;
     const auto form = [](const Png_Pixels& pixels) {
         return std::to_string(pixels.width) + " x " + std::to_string(pixels.height) + ", " + std::to_string(pixels.bit_depth) +
                " bits, colour type " + std::to_string(pixels.color_type);

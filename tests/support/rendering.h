@@ -29,12 +29,21 @@ struct Picture {
     std::vector<std::array<int, 3>> pixels;
 };
 
+// The options, with the renderer's own pixels where they do not say how many are drawn for one.
+inline std::vector<std::string> with_drawn_pixels(std::vector<std::string> options) {
+    if (std::ranges::find(options, "--supersample") == options.end()) {
+        options.insert(options.end(), {"--supersample", "1"});
+    }
+    return options;
+}
+
 class Rendering : public testing::Test {
 protected:
+    // Draws the renderer's own pixels unless the options say otherwise.
     Picture render(const std::string& model, std::vector<std::string> options = {}, const std::string& expected_errors = "") {
         const std::string output = folder.file("out.png");
         options.insert(options.begin(), {"render", model, "-o", output});
-        const replay_tests::Outcome outcome = replay_tests::run_vorna(options);
+        const replay_tests::Outcome outcome = replay_tests::run_vorna(with_drawn_pixels(options));
         EXPECT_EQ(outcome.status, 0);
         EXPECT_EQ(outcome.errors, expected_errors);
         return Picture(replay_tests::read_png(output));

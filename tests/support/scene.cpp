@@ -1,4 +1,4 @@
-// Random drawing.
+// Random scenes for the comparison with the naive model.
 #include "tests/support/scene.h"
 
 #include <algorithm>
@@ -6,67 +6,14 @@
 #include <sstream>
 
 #include "tests/support/model/model.h"
-
-namespace {
-
-constexpr std::uint8_t telling_alphas[] = {0, 1, 127, 128, 254, 255, 255};
-
-} // namespace
-
-VT_RGB32 random_color(Random& random) {
-    const std::uint8_t alpha = random.chance(70) ? random.one_of(telling_alphas) : random.byte();
-    if (random.chance(40)) {
-        // Few colours, so that merging and blending meet equal ones and the background.
-        constexpr std::uint8_t levels[] = {0, 15, 240, 255};
-        return {random.one_of(levels), random.one_of(levels), random.one_of(levels), alpha};
-    }
-    return {random.byte(), random.byte(), random.byte(), alpha};
-}
+#include "tests/support/test_renderer.h"
 
 VT_Int_Rectangle window_of(const Renderer_Setup& setup) {
     return {setup.origin.x, setup.origin.x + setup.size.x - 1, setup.origin.y, setup.origin.y + setup.size.y - 1};
 }
 
-VT_Int_Rectangle random_rectangle(Random& random, const VT_Int_Rectangle& within) {
-    VT_Int_Rectangle rectangle{random.number(within.left, within.right), random.number(within.left, within.right),
-                               random.number(within.bottom, within.top), random.number(within.bottom, within.top)};
-    if (rectangle.left > rectangle.right) {
-        std::swap(rectangle.left, rectangle.right);
-    }
-    if (rectangle.bottom > rectangle.top) {
-        std::swap(rectangle.bottom, rectangle.top);
-    }
-    if (random.chance(30)) {
-        rectangle.left = within.left;
-        rectangle.right = within.right;
-    }
-    return rectangle;
-}
-
-std::vector<VT_RGB32> random_colors(Random& random, std::size_t count) {
-    std::vector<VT_RGB32> colors;
-    const bool nearly_flat = random.chance(40);
-    const VT_RGB32 base = random_color(random);
-    const auto near = [&](std::uint8_t value) {
-        return static_cast<std::uint8_t>(std::clamp(value + random.number(-2, 2), 0, 255));
-    };
-    while (colors.size() < count) {
-        colors.push_back(nearly_flat && random.chance(90)
-                             ? VT_RGB32{near(base.blue), near(base.green), near(base.red), random.one_of(telling_alphas)}
-                             : random_color(random));
-    }
-    return colors;
-}
-
 VT_Reference<const VT_Contour_Set> random_region(Random& random, const Renderer_Setup& setup) {
-    std::vector<VT_Contour_Set::Contour> contours(static_cast<std::size_t>(random.number(0, 3)));
-    for (auto& contour : contours) {
-        for (std::int32_t i = random.number(3, 9); i > 0; --i) {
-            contour.push_back({static_cast<float>(setup.origin.x + random.number(-20, setup.size.x + 20)),
-                               static_cast<float>(setup.origin.y + random.number(-20, setup.size.y + 20)), 0});
-        }
-    }
-    return new VT_Contour_Set(std::move(contours));
+    return vorna::app::check::random_region(random, window_of(setup));
 }
 
 namespace {
@@ -104,7 +51,7 @@ Renderer_Setup random_setup(Random& random, std::size_t renderer_case) {
     setup.force_merge = random.chance(15);
     setup.palette = random_palette(random);
     setup.palette_before = random.chance(20) ? random_palette(random) : nullptr;
-    // Pixels lie at multiples of their size, and nothing more is promised.
+    // Only multiples of the pixel size are guaranteed.
     const std::int32_t unit = setup.has_indices() ? 1 : 4;
     setup.color_layout = {random.number(0, 63 / unit) * unit, random.number(0, 40 / unit) * unit};
     setup.depth_layout = {random.number(0, 31) * 2, random.number(0, 20) * 2};
@@ -113,39 +60,22 @@ Renderer_Setup random_setup(Random& random, std::size_t renderer_case) {
 
 namespace {
 
-VT_Reference<const VT_Pattern_Bitmap> random_bitmap(Random& random) {
-    const std::int32_t width = random.number(1, 20), height = random.number(1, 12);
-    std::vector<std::uint8_t> cells;
-    cells.reserve(static_cast<std::size_t>(width * height));
-    for (std::int32_t i = 0; i < width * height; ++i) {
-        cells.push_back(random.chance(50) ? static_cast<std::uint8_t>(random.number(1, 255)) : std::uint8_t{0});
-    }
-    return VT_Reference<const VT_Pattern_Bitmap>(new VT_Pattern_Bitmap(width, height, std::move(cells)));
-}
-
 VT_Reference<VT_Rendition> random_rendition(Random& random, const Renderer_Setup& setup) {
     VT_Reference<VT_Rendition> rendition(new VT_Rendition);
-    rendition->set_color(random_color(random));
-    rendition->line.color = random_color(random);
-    rendition->set_contrast_color(random_color(random));
-    rendition->face.index = random.byte();
-    rendition->face.contrast_index = random.byte();
-    rendition->line.index = random.byte();
-
     VT_Face_Attributes& face = rendition->face;
-    if (random.chance(45)) {
-        face.pattern = random.chance(30) ? vorna::face_pattern::bitmap : random.number(0, 73);
+    face = random_face(random);
+    if (random.chance(15)) {
+        face.pattern = vorna::face_pattern::bitmap;
     } else if (random.chance(3)) {
         face.pattern = random.number(75, 80);
     }
-    face.bitmap = random_bitmap(random);
-    face.flags = (random.chance(30) ? vorna::face_flag::opaque_pattern : 0) |
-                 (random.chance(15) ? vorna::face_flag::inverted_pattern : 0) |
-                 (random.chance(20) ? vorna::face_flag::translucent : 0) |
-                 (random.chance(2) ? vorna::face_flag::special_shading : 0);
+    face.flags |= random.chance(20) ? vorna::face_flag::translucent : 0;
+    face.flags |= random.chance(2) ? vorna::face_flag::special_shading : 0;
+    rendition->line.color = random_color(random);
+    rendition->line.index = random.byte();
 
     const std::int32_t mode = random.chance(25) ? vorna::merge_drawing_mode : random.number(0, 30);
-    rendition->face.mode = mode;
+    face.mode = mode;
     rendition->line.mode = mode;
     rendition->marker.mode = mode;
 
@@ -154,55 +84,11 @@ VT_Reference<VT_Rendition> random_rendition(Random& random, const Renderer_Setup
     return rendition;
 }
 
-// Points of one call: where they lie and how far apart.
-class Point_Cloud {
-public:
-    Point_Cloud(Random& random, const VT_Int_Rectangle& window) : random_(random), area_(window) {
-        if (random.chance(40)) {
-            // Small triangles, as in a fine mesh.
-            const std::int32_t reach = random.number(1, 6);
-            const std::int32_t x = random.number(window.left, window.right), y = random.number(window.bottom, window.top);
-            area_ = {std::max(window.left, x - reach), std::min(window.right, x + reach), std::max(window.bottom, y - reach),
-                     std::min(window.top, y + reach)};
-        } else if (random.chance(25)) {
-            // Slivers.
-            area_.left = random.number(window.left, window.right);
-            area_.right = std::min(window.right, area_.left + random.number(0, 3));
-        }
-        z_least_ = random.chance(40) ? 0 : random.number(0, 65535);
-        z_most_ = random.chance(40) ? 65535 : random.number(z_least_, std::min(65535, z_least_ + 300));
-        z_most_ = std::max(z_most_, z_least_);
-        only_extreme_z_ = random.chance(15);
-    }
-
-    VT_DCI_Point next(const std::vector<VT_DCI_Point>& before) {
-        VT_DCI_Point point{random_.number(area_.left, area_.right), random_.number(area_.bottom, area_.top),
-                           random_.number(z_least_, z_most_)};
-        if (only_extreme_z_) {
-            point.z = random_.chance(50) ? z_least_ : z_most_;
-        }
-        // Repeated points, horizontal and vertical edges.
-        if (!before.empty() && random_.chance(20)) {
-            const VT_DCI_Point& earlier = random_.one_of(before);
-            const std::int32_t what = random_.number(1, 3);
-            point.x = (what & 1) ? earlier.x : point.x;
-            point.y = (what & 2) ? earlier.y : point.y;
-        }
-        return point;
-    }
-
-private:
-    Random& random_;
-    VT_Int_Rectangle area_;
-    std::int32_t z_least_ = 0, z_most_ = 0;
-    bool only_extreme_z_ = false;
-};
-
-// Floating points that round to somewhere in the window; many lie at the limits of rounding.
+// Floating points near the given ones that round into the window; many lie at the limits of rounding.
 std::vector<VT_Point> floating(Random& random, const std::vector<VT_DCI_Point>& points, const VT_Int_Rectangle& window) {
-    constexpr float telling_fractions[] = {0.0F, 0.25F, 0.4999F, 0.5F, 0.49999997F, 0.499999F, 0.75F, 0.9999F};
+    constexpr float limit_fractions[] = {0.0F, 0.25F, 0.4999F, 0.5F, 0.49999997F, 0.499999F, 0.75F, 0.9999F};
     const auto near = [&](std::int32_t value) {
-        const float fraction = random.one_of(telling_fractions);
+        const float fraction = random.one_of(limit_fractions);
         return static_cast<float>(value) + (random.chance(50) ? fraction : -fraction);
     };
     std::vector<VT_Point> result;
@@ -217,7 +103,7 @@ std::vector<VT_Point> floating(Random& random, const std::vector<VT_DCI_Point>& 
     return result;
 }
 
-// Single pixels follow regions; triangles are not modelled with them.
+// For single pixels: the model draws triangles without regions.
 void clip_to_region(Random& random, VT_Clip_Attributes& clip, const Renderer_Setup& setup) {
     if (random.chance(30)) {
         clip.complex_clip = random_region(random, setup);
@@ -225,12 +111,12 @@ void clip_to_region(Random& random, VT_Clip_Attributes& clip, const Renderer_Set
     }
 }
 
-// What is special to markers, of which some lie beside the window: points and hard clip may reach anywhere, depths have 32 bits.
+// Sets what markers add: points and hard clips beside the window, and depths of 32 bits.
 void set_markers(Random& random, Call& call, const Renderer_Setup& setup) {
     const VT_Int_Rectangle window = window_of(setup);
     VT_Clip_Attributes& clip = call.rendition->clip;
     if (random.chance(50)) {
-        clip.hard_clip = random_rectangle(random, {window.left - 3, window.right + 3, window.bottom - 3, window.top + 3});
+        clip.hard_clip = random_rectangle(random, grown(window, 3));
     }
     clip_to_region(random, clip, setup);
     VT_Marker_Attributes& marker = call.rendition->marker;
@@ -272,18 +158,12 @@ Call random_call(Random& random, const Renderer_Setup& setup) {
         call.kind = setup.depth && random.chance(60) ? Call_Kind::clear_depth : Call_Kind::draw_window;
     }
     if (call.kind == Call_Kind::draw_window || call.kind == Call_Kind::clear_depth) {
-        VT_Window_Attributes& painted = call.rendition->window;
-        const bool may_reach_out = call.kind == Call_Kind::draw_window;
-        const std::int32_t reach = may_reach_out ? 30 : 0;
-        painted.rectangle =
-            random_rectangle(random, {window.left - reach, window.right + reach, window.bottom - reach, window.top + reach});
-        painted.color = random_color(random);
-        painted.index = random.byte();
-        painted.fill = random.chance(15) ? random.number(0, 73) : vorna::face_pattern::solid;
+        const std::int32_t reach = call.kind == Call_Kind::draw_window ? 30 : 0;
+        call.rendition->window = vorna::app::check::random_window_attributes(random, grown(window, reach));
         return call;
     }
 
-    Point_Cloud cloud(random, window);
+    vorna::app::check::Point_Cloud cloud(random, window);
     std::int32_t count = random.chance(70) ? random.number(3, 8) : random.number(3, 40);
     if (random.chance(2)) {
         count = random.number(0, 2);
@@ -338,32 +218,20 @@ const char* name_of(Call_Kind kind) {
     return "";
 }
 
-std::ostream& operator<<(std::ostream& out, VT_RGB32 color) {
-    return out << std::hex << vorna::word_of(color) << std::dec;
-}
-
 } // namespace
 
 std::string describe(const Call& call) {
     std::ostringstream out;
-    const VT_Face_Attributes& face = call.rendition->face;
     const char* const shapes[] = {"", "device line, ", "plane line, "};
-    const VT_Int_Rectangle& clip = call.rendition->clip.hard_clip;
-    out << shapes[static_cast<int>(call.shape)] << (call.floating_points.empty() ? "" : "DC ") << name_of(call.kind) << ", clip "
-        << clip.left << ' ' << clip.right << ' ' << clip.bottom << ' ' << clip.top << ", region "
-        << static_cast<bool>(call.rendition->clip.complex_clip) << ", line flags " << call.rendition->line.flags << ", z test "
-        << call.z_test << ", z write " << call.z_write << ", depth switch " << call.rendition->clip.depth_test << ", pattern "
-        << face.pattern << ", flags " << face.flags << ", mode " << face.mode << ", face " << face.color << ", contrast "
-        << face.contrast_color << ", line " << call.rendition->line.color << " = " << int{call.rendition->line.index}
-        << ", marker " << call.rendition->marker.color << " = " << int{call.rendition->marker.index} << " of symbol "
-        << call.rendition->marker.symbol << " and size " << call.rendition->marker.size << ", single color " << call.single_color
-        << "\n  points";
+    out << shapes[static_cast<int>(call.shape)] << (call.floating_points.empty() ? "" : "DC ") << name_of(call.kind)
+        << ", z test " << call.z_test << ", z write " << call.z_write << ", single color " << call.single_color << "\n  "
+        << describe(*call.rendition) << "\n  points";
     for (const VT_DCI_Point& point : call.points) {
         out << " (" << point.x << ' ' << point.y << ' ' << point.z << ')';
     }
     out << "\n  colors";
     for (const VT_RGB32 color : call.colors) {
-        out << ' ' << color;
+        out << ' ' << std::hex << vorna::word_of(color);
     }
     return out.str();
 }

@@ -1,15 +1,21 @@
-// Random drawing: seeded scenes of calls for any configuration.
+// Random scenes for the comparison with the naive model. Their calls are data, not functions as those of app/check/call_maker.h,
+// because the model draws them too.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "app/check/random.h"
+#include "app/check/random_values.h"
 #include "host/rendition.h"
 #include "tests/support/renderer_setup.h"
 
+using vorna::app::check::grown;
 using vorna::app::check::Random;
+using vorna::app::check::random_color;
+using vorna::app::check::random_colors;
+using vorna::app::check::random_face;
+using vorna::app::check::random_rectangle;
 
 enum class Call_Kind { dot, marker, flat, colorized, gouraud, draw_window, clear_depth };
 enum class Shape { strip, device_line, plane_line }; // of calls that are flat, colorized or gouraud
@@ -36,14 +42,9 @@ struct Scene {
     std::vector<Call> calls;
 };
 
-VT_RGB32 random_color(Random& random);
-// Now and then nearly the same.
-std::vector<VT_RGB32> random_colors(Random& random, std::size_t count);
-// Contours with holes and overlaps; corners may lie outside the window.
 VT_Reference<const VT_Contour_Set> random_region(Random& random, const Renderer_Setup& setup);
 Renderer_Setup random_setup(Random& random, std::size_t renderer_case);
 VT_Int_Rectangle window_of(const Renderer_Setup& setup);
-VT_Int_Rectangle random_rectangle(Random& random, const VT_Int_Rectangle& within);
 
-// A scene of one renderer case with window, layouts, contents and calls by chance.
+// A scene of one renderer case with random window, layouts, contents and calls.
 Scene random_scene(std::size_t renderer_case, std::uint64_t seed);

@@ -8,6 +8,7 @@
 
 #include "app/check/guarded_buffer.h"
 #include "host/renderer_data.h"
+#include "host/rendition.h"
 #include "tests/support/renderer_setup.h"
 #include "vorna/module.h"
 
@@ -66,3 +67,5 @@ private:
 // How often a seeded property is tried: count times the environment variable VORNA_TEST_SCALE (1 when unset, less when
 // sanitizers slow everything down), at least once.
 int scaled(int count);
+
+std::string describe(const VT_Rendition& rendition);

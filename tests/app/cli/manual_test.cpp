@@ -85,7 +85,7 @@ TEST_F(Manual, has_examples_that_the_command_understands) {
             ASSERT_TRUE(line.starts_with("vorna ")) << line;
             own += line.starts_with(page.name + ' ') ? 1 : 0;
             try {
-                vorna::app::Parser(program).parse(arguments_of(line));
+                vorna::app::parsed(program, arguments_of(line));
             } catch (const std::exception& error) {
                 ADD_FAILURE() << line << ": " << error.what();
             }
@@ -98,7 +98,7 @@ TEST_F(Manual, has_examples_that_the_command_understands) {
 // One option for each input kind, and one for both.
 TEST_F(Manual, options_apply_to_the_kinds_of_input_that_their_table_names) {
     const auto rejected = [this](const std::string& option, bool is_map) {
-        const vorna::app::Request request = vorna::app::Parser(program).parse({"render", "a", "-o", "b.png", option});
+        const vorna::app::Request request = vorna::app::parsed(program, {"render", "a", "-o", "b.png", option});
         try {
             vorna::app::reject_options_of_other_kind(request.given, is_map, "a");
             return std::string();

@@ -164,9 +164,9 @@ TEST_F(Map_Tiles, large_images_do_not_depend_on_tiles) {
 TEST_F(Map_Tiles, a_mean_of_smaller_pixels_keeps_places_and_widths) {
     const Options options{"--size", "200x120", "--fill", "red", "--border", "none", "--marker", "block"};
     file_of(options);
-    const replay_tests::Png_Pixels plain = replay_tests::read_png(folder.file("out.png"));
+    const replay_tests::Png_Pixels plain = replay_tests::read_colors(folder.file("out.png"));
     file_of(options, {"--supersample", "4"});
-    const replay_tests::Png_Pixels fine = replay_tests::read_png(folder.file("out.png"));
+    const replay_tests::Png_Pixels fine = replay_tests::read_colors(folder.file("out.png"));
     ASSERT_EQ(plain.bytes.size(), fine.bytes.size());
     std::size_t mixed = 0, others = 0;
     for (std::size_t i = 0; i < plain.bytes.size(); i += 4) {

@@ -180,8 +180,8 @@ TEST_F(Render_Command, arguments_that_are_not_understood_are_answered_with_what_
         EXPECT_THAT(outcome.errors, HasSubstr(message));
         EXPECT_THAT(folder.names(), ElementsAre("corner.obj")) << message;
     }
-    EXPECT_THAT(replay_tests::run_vorna({"render", model, "-o", folder.file("out.JPG")}).errors,
-                HasSubstr("--output: expected a name that ends in .png, found "));
+    EXPECT_THAT(replay_tests::run_vorna({"render", model, "-o", folder.file("out.GIF")}).errors,
+                HasSubstr("--output: expected a name that ends in .png, .jpg, "));
     EXPECT_EQ(replay_tests::run_vorna({"render", model, "-o", output, "--up", "-z", "--size", "8x8"}).status, 0);
 }
 

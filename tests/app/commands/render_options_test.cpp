@@ -33,12 +33,14 @@ protected:
         Options arguments{"render", "-o", output};
         arguments.insert(arguments.end(), options.begin(), options.end());
         arguments.insert(arguments.end(), inputs.begin(), inputs.end());
-        const Outcome outcome = replay_tests::run_vorna(arguments, input);
+        const Outcome outcome = replay_tests::run_vorna(with_drawn_pixels(arguments), input);
         return outcome.status == 0 ? read_file(output) : outcome.errors;
     }
     Png_Pixels pixels(const Options& inputs, const Options& options) {
         const std::string file = drawn(inputs, options);
-        return replay_tests::read_png(folder.file("kept.png", file));
+        const std::string kept = folder.file("kept.png", file);
+        const bool indexed = std::ranges::any_of(options, [](const auto& o) { return o == "--colors" || o == "--palette"; });
+        return indexed ? replay_tests::read_png(kept) : replay_tests::read_colors(kept);
     }
 
     replay_tests::Temporary_Folder folder;
@@ -63,7 +65,7 @@ TEST_F(Render_Options, several_models_look_as_if_they_were_one_file) {
          {Options{"--shading", "textured", "--edges"}, {"--shading", "flat"}, {"--shading", "wireframe"}}) {
         EXPECT_TRUE(drawn({a, b}, options) == drawn({both}, options)) << testing::PrintToString(options);
     }
-    const std::string empty = folder.file("empty.obj", "v 0 0 0\n");
+    const std::string empty = folder.file("empty.obj", "o nothing\n");
     EXPECT_THAT(drawn({a, empty}, {}), HasSubstr("empty.obj: empty scene"));
     EXPECT_TRUE(drawn({empty, a}, {"--allow-empty"}) == drawn({a}, {}));
 }
@@ -85,7 +87,7 @@ TEST_F(Render_Options, standard_streams_carry_what_files_hold) {
         EXPECT_TRUE(drawn({"-"}, {"--size", "90x70"}, gzip(text)) == file) << name;
         EXPECT_TRUE(drawn({folder.file(name + std::string(".gz"), gzip(text))}, {"--size", "90x70"}) == file) << name;
         EXPECT_TRUE(drawn({folder.file("unnamed", text)}, {"--size", "90x70"}) == file) << name;
-        const Outcome piped = replay_tests::run_vorna({"render", "-", "--size", "90x70", "-o", "-"}, text);
+        const Outcome piped = replay_tests::run_vorna({"render", "-", "--size", "90x70", "-o", "-", "--supersample", "1"}, text);
         EXPECT_TRUE(piped.output == file) << name;
         EXPECT_EQ(piped.errors, "");
     }
@@ -213,7 +215,7 @@ TEST_F(Render_Options, turntables_begin_with_the_picture_and_go_round_to_the_rig
         Options arguments{"render", model, "-o", folder.file(names), "--turntable", "4", "--hash"};
         arguments.insert(arguments.end(), options.begin(), options.end());
         arguments.insert(arguments.end(), more.begin(), more.end());
-        return replay_tests::run_vorna(arguments);
+        return replay_tests::run_vorna(with_drawn_pixels(arguments));
     };
     const Outcome outcome = frames("f-%03d.png", {"--view", "front", "--threads", "3"});
     EXPECT_EQ(outcome.status, 0) << outcome.errors;
@@ -269,7 +271,7 @@ TEST_F(Render_Options, dry_runs_tell_and_write_nothing) {
                                                   "--dry-run", "--turntable", "12", "--threads", "2", "--supersample", "2"});
     EXPECT_EQ(told.status, 0) << told.errors;
     EXPECT_THAT(told.output,
-                testing::ContainsRegex("\ndrawn: 528 triangles in .*\nimage: 3000x2000, 32 bits a pixel\ntiles: 24 of "
+                testing::ContainsRegex("\ndrawn: 528 triangles in .*\nimage: 3000x2000, 32 bits a pixel, means of 2x2\ntiles: 24 of "
                                        "1024x1024 pixels, 2 threads\nframes: 12\nmemory: .* of 1024M"));
     EXPECT_THAT(told.output, HasSubstr("f-00.png to " + folder.file("f-11.png")));
     EXPECT_THAT(folder.names(), ElementsAre("ball.obj"));

@@ -56,7 +56,7 @@ TEST_F(Replay_Command, writes_what_the_buffers_hold) {
     EXPECT_EQ(nlohmann::json::parse(read_file(folder.file("r.json"))),
               nlohmann::json::parse(R"({"standard": [], "reads": [], "presented": []})"));
 
-    const Png_Pixels color = read_png(folder.file("c.png"));
+    const Png_Pixels color = replay_tests::read_colors(folder.file("c.png"));
     EXPECT_THAT(std::vector(color.bytes.end() - 8, color.bytes.end()), ElementsAre(200, 10, 20, 77, 1, 2, 3, 4));
     const Png_Pixels depth = read_png(folder.file("d.png"));
     EXPECT_EQ(depth.bit_depth, 16);

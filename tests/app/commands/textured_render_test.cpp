@@ -241,7 +241,8 @@ TEST_F(Textured_Render, the_nearest_translucent_surface_is_drawn_last_whatever_t
     folder.file("other.mtl", near_paint + far_paint + "newmtl back\nKd 1 1 1\n");
     const std::string back = "usemtl back\nf 9 10 11 12\n", far = "usemtl far\nf 1 2 3 4\n", near = "usemtl near\nf 5 6 7 8\n";
     const auto alone = [&](const std::string& faces) {
-        return render(folder.file("alone.obj", "mtllib paint.mtl\n" + places + faces), straight).at(60, 60);
+        const std::string model = folder.file("alone.obj", "mtllib paint.mtl\n" + places + faces);
+        return render(model, with(straight, {"--shading", "gouraud"})).at(60, 60);
     };
     const std::array<int, 3> of_back = alone(back), of_far = alone(far), of_near = alone(near);
     const std::pair<std::string, std::string> cases[] = {{"paint.mtl", near + back + far}, {"other.mtl", far + near + back}};
@@ -283,11 +284,14 @@ TEST_F(Textured_Render, a_texture_that_cannot_be_had_is_named_and_the_rest_is_dr
     folder.file("paint.mtl", "newmtl paint\nKd 0 1 0\nmap_Kd lost.png\n");
     const std::string lost = folder.file("lost.png");
     const std::vector<std::string> options = with(straight, {"--shading", "textured"});
+    const std::string left_out = "1 of 1 texture is left out: ",
+                      refusal = ": expected a PNG, JPEG, WebP, TGA, BMP or DDS image\n";
     EXPECT_EQ(
-        name_of(render(model, options, "vorna: warning: " + lost + ": cannot be read: No such file or directory\n").at(60, 60)),
+        name_of(render(model, options, "vorna: warning: " + left_out + lost + ": cannot be read: No such file or directory\n")
+                    .at(60, 60)),
         'G');
     folder.file("lost.png", "no image");
-    EXPECT_EQ(name_of(render(model, options, "vorna: warning: " + lost + ": expected a PNG or JPEG image\n").at(60, 60)), 'G');
+    EXPECT_EQ(name_of(render(model, options, "vorna: warning: " + left_out + lost + refusal).at(60, 60)), 'G');
     folder.file("lost.png", png_file(quarters(4, 4)));
     folder.file("paint.mtl", "newmtl paint\nmap_Kd C:\\work\\LOST.png\n");
     EXPECT_EQ(name_of(textured(model, straight).at(20, 20)), 'R'); // found by its name
@@ -297,13 +301,28 @@ TEST_F(Textured_Render, a_texture_that_cannot_be_had_is_named_and_the_rest_is_dr
     Outcome outcome =
         replay_tests::run_vorna(with({"render", model, "-o", output, "--strict", "--shading", "textured"}, straight));
     EXPECT_EQ(outcome.status, 2);
-    EXPECT_EQ(outcome.errors, "vorna: " + lost + ": expected a PNG or JPEG image\n");
+    EXPECT_EQ(outcome.errors, "vorna: " + left_out + lost + refusal);
     EXPECT_THAT(folder.names(), testing::Not(testing::Contains("strict.png")));
 
     const std::string glb = folder.file("square.glb", square_glb(0, 1, 10497, "no image"));
     outcome = replay_tests::run_vorna({"render", glb, "-o", output, "--shading", "textured"});
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_THAT(outcome.errors, HasSubstr("vorna: warning: " + glb + ": image *0: expected a PNG or JPEG image\n"));
+    EXPECT_THAT(outcome.errors, HasSubstr("vorna: warning: " + left_out + glb + ": image *0" + refusal));
+
+    // One line, however many there are and however many materials share them.
+    folder.file("good.png", png_file(quarters(4, 4)));
+    std::string materials, faces = "mtllib paint.mtl\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nvt 0 0\n";
+    for (int m = 0; m < 6; ++m) {
+        const std::string name = std::to_string(m);
+        materials += "newmtl " + name + "\nmap_Kd " + (m == 5 ? "good.png" : "gone" + name + ".png") + "\nnewmtl again" + name +
+                     "\nd 0.5\nmap_Kd gone0.png\n";
+        faces += "usemtl " + name + "\nf 1/1 2/1 3/1\nusemtl again" + name + "\nf 1/1 2/1 3/1\n";
+    }
+    folder.file("paint.mtl", materials);
+    outcome = replay_tests::run_vorna({"render", folder.file("many.obj", faces), "-o", output});
+    EXPECT_THAT(outcome.errors, testing::StartsWith("vorna: warning: 5 of 6 textures are left out: "));
+    EXPECT_THAT(outcome.errors, testing::EndsWith("gone2.png: cannot be read: No such file or directory; and 2 more\n"));
+    EXPECT_EQ(std::ranges::count(outcome.errors, '\n'), 1);
 }
 
 } // namespace

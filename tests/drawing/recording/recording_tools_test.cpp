@@ -112,7 +112,7 @@ TEST_F(Recording_Tools, info_counts_calls_points_and_pieces) {
 // Images of 5 x 4 pixels of which one sample of one pixel may be different.
 class Compare : public Recording_Tools {
 protected:
-    std::string image(const std::string& name, vorna::drawing::Png_Form form, std::uint32_t changed_row = 9,
+    std::string image(const std::string& name, vorna::drawing::Image_Form form, std::uint32_t changed_row = 9,
                       std::uint8_t by = 0) {
         form.width = 5;
         form.height = 4;
@@ -130,10 +130,10 @@ protected:
 
 TEST_F(Compare, one_changed_pixel_is_caught_in_every_kind_of_image) {
     const std::string colors(3 * 256, 'x');
-    const vorna::drawing::Png_Form forms[] = {{},
-                                              {.colors = vorna::drawing::Png_Form::Colors::palette, .palette = colors},
-                                              {.sample_bits = 16, .colors = vorna::drawing::Png_Form::Colors::grey}};
-    for (const vorna::drawing::Png_Form& form : forms) {
+    const vorna::drawing::Image_Form forms[] = {{},
+                                                {.colors = vorna::drawing::Image_Form::Colors::palette, .palette = colors},
+                                                {.sample_bits = 16, .colors = vorna::drawing::Image_Form::Colors::grey}};
+    for (const vorna::drawing::Image_Form& form : forms) {
         const std::string same = image("a.png", form), changed = image("b.png", form, 1, 1);
         EXPECT_EQ(run_vorna({"compare", same, image("c.png", form)}).status, 0);
         const Outcome outcome = run_vorna({"compare", same, changed, "--diff", folder.file("d.png")});
@@ -161,19 +161,26 @@ TEST_F(Compare, fuzz_limits_are_exact) {
 }
 
 TEST_F(Compare, sizes_kinds_and_palettes_count_and_wrong_input_is_said) {
-    const vorna::drawing::Png_Form one{.colors = vorna::drawing::Png_Form::Colors::palette, .palette = std::string(768, 'x')};
-    vorna::drawing::Png_Form other = one;
-    other.palette[5] = 'y'; // an index that no pixel has would do too
+    const vorna::drawing::Image_Form one{.colors = vorna::drawing::Image_Form::Colors::palette, .palette = std::string(768, 'x')};
+    vorna::drawing::Image_Form other = one;
+    other.palette[5] = 'y';
     const std::string a = image("a.png", one), b = image("b.png", other), rgba = image("c.png", {});
     const auto told = [](const Outcome& outcome) {
         EXPECT_EQ(outcome.status, 1) << outcome.errors;
         return outcome.output;
     };
-    EXPECT_EQ(told(run_vorna({"compare", a, b})), "different palettes\n");
+    EXPECT_THAT(told(run_vorna({"compare", a, b})), HasSubstr("by at most 1,"));
     EXPECT_THAT(told(run_vorna({"compare", a, b, "--fuzz", "0,0"})), HasSubstr("by at most 1,")) << "compares colours";
-    EXPECT_EQ(told(run_vorna({"compare", a, rgba})),
-              "different kinds of pixels: 5 x 4 pixels, palette of 8 bits, and 5 x 4 pixels, "
-              "RGBA of 8 bits\n");
+    other = one;
+    other.palette[767] = 'y'; // of an index that no pixel has
+    EXPECT_EQ(told(run_vorna({"compare", a, image("e.png", other)})), "different palettes\n");
+    const vorna::drawing::Image_Form grey{.sample_bits = 16, .colors = vorna::drawing::Image_Form::Colors::grey};
+    EXPECT_EQ(told(run_vorna({"compare", image("f.png", grey), rgba})),
+              "different kinds of pixels: 5 x 4 pixels, grey of 16 bits, and 5 x 4 pixels, RGBA of 8 bits\n");
+    vorna::drawing::Image_Form few{.reducible = true}; // stored with a palette
+    EXPECT_EQ(told(run_vorna({"compare", a, rgba})).substr(0, 24), "different: 20 of 20 pixe");
+    EXPECT_EQ(run_vorna({"compare", image("g.png", few), rgba}).status, 0);
+    EXPECT_THAT(told(run_vorna({"compare", image("h.png", few, 1, 1), rgba})), HasSubstr("1 of 20 pixels, by at most 1,"));
     EXPECT_THAT(told(run_vorna({"compare", rgba, std::string(VORNA_GOLDENS) + "/glass.color.png"})),
                 HasSubstr("different sizes"));
     EXPECT_EQ(run_vorna({"compare", "-", a}, read_file(a)).status, 0);

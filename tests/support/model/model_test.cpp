@@ -47,7 +47,7 @@ TEST(Model, Steps_shift_by_powers_of_two_and_truncate_otherwise) {
     EXPECT_EQ(model::steps_between(9, 4, 0, 15).step, -5);
 }
 
-// The renderer's own steppers, which its members ask for a few of these only.
+// The renderer's own interpolators; its members and kernels need few of these ends and counts.
 TEST(Fixed_Interpolator, Steps_as_the_model_does_for_any_ends_and_counts) {
     Random random(1);
     constexpr std::int32_t telling[] = {0, 1, -1, 3, 7, 255, 65535, 65536, -65536, INT32_MAX, INT32_MIN};
@@ -55,9 +55,8 @@ TEST(Fixed_Interpolator, Steps_as_the_model_does_for_any_ends_and_counts) {
         const auto any = [&] { return random.chance(50) ? random.one_of(telling) : random.number(INT32_MIN, INT32_MAX); };
         const std::int32_t from = any(), to = any(),
                            count = random.chance(80) ? random.number(0, 17) : random.number(0, INT32_MAX);
-        krb::Fixed_Interpolator of_depth, of_channel;
-        of_depth.setup_15(from, to, count);
-        of_channel.setup_16(from, to, count);
+        auto of_depth = krb::Fixed_Interpolator::between<15>(from, to, count);
+        const auto of_channel = krb::Fixed_Interpolator::between<16>(from, to, count);
         const model::Steps depth = model::steps_between(from, to, count, 15), channel = model::steps_between(from, to, count, 16);
         ASSERT_TRUE(of_depth.value == depth.start && of_depth.step == depth.step && of_channel.value == channel.start &&
                     of_channel.step == channel.step)

@@ -1,0 +1,95 @@
+// Which way the faces of a mesh look.
+#include "drawing/model/facing.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "drawing/files/hash_seed.h"
+#include "drawing/model/tuple_table.h"
+#include "drawing/model/vectors.h"
+
+namespace vorna::drawing::model {
+namespace {
+
+std::uint64_t mixed(std::uint64_t word) {
+    word = (word ^ word >> 32) * 0x9E3779B97F4A7C15;
+    return word ^ word >> 29;
+}
+
+// Whether each side of a triangle lies at the same side of another one, in the opposite direction: the sum of a hash over all
+// sides is then the one over all sides turned round. Another sum of hashes is the same by chance only, once in 2^64 cases.
+bool is_closed(const Mesh& mesh) {
+    std::vector<std::uint64_t> hashes(mesh.positions.size());
+    const std::uint64_t seed = hash_seed();
+    std::ranges::transform(mesh.positions, hashes.begin(), [=](const VT_Vector& position) {
+        const auto [x, y, z] = words_of(position);
+        return mixed(mixed(seed ^ x) ^ (std::uint64_t{y} << 32 | z));
+    });
+    std::uint64_t sum = 0;
+    for (std::size_t t = 0; t < mesh.triangle_count(); ++t) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            const std::uint64_t from = hashes[mesh.triangles[3 * t + i]], to = hashes[mesh.triangles[3 * t + (i + 1) % 3]];
+            sum += mixed(3 * from + to) - mixed(3 * to + from);
+        }
+    }
+    return sum == 0;
+}
+
+// The bodies of a closed mesh: triangles that are connected by vertices at the same places.
+class Bodies {
+public:
+    explicit Bodies(const Mesh& mesh) : mesh_(mesh), places_(mesh.positions.size()) {
+        Triple_Table table;
+        std::ranges::transform(mesh.positions, places_.begin(), [&](const VT_Vector& p) { return table.index_of(words_of(p)); });
+        parents_.resize(table.keys().size());
+        std::iota(parents_.begin(), parents_.end(), 0U);
+        for (std::size_t i = 0; i < mesh.triangles.size(); i += 3) {
+            join(i, i + 1);
+            join(i, i + 2);
+        }
+    }
+
+    // Whether each has a volume above 0.
+    bool all_look_outwards() {
+        std::vector<double> volumes(parents_.size());
+        const std::vector<std::uint32_t>& corners = mesh_.triangles;
+        for (std::size_t i = 0; i < corners.size(); i += 3) {
+            const auto place = [&](std::size_t corner) { return widened(mesh_.positions[corners[i + corner]]); };
+            volumes[root_of(places_[corners[i]])] += dot(cross(place(0), place(1)), place(2));
+        }
+        for (std::size_t i = 0; i < corners.size(); i += 3) {
+            if (!(volumes[root_of(places_[corners[i]])] > 0)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+private:
+    std::uint32_t root_of(std::uint32_t place) {
+        while (parents_[place] != place) {
+            place = parents_[place] = parents_[parents_[place]];
+        }
+        return place;
+    }
+
+    void join(std::size_t corner, std::size_t other) {
+        const std::uint32_t a = root_of(places_[mesh_.triangles[corner]]), b = root_of(places_[mesh_.triangles[other]]);
+        parents_[std::max(a, b)] = std::min(a, b);
+    }
+
+    const Mesh& mesh_;
+    std::vector<std::uint32_t> places_;  // by vertex
+    std::vector<std::uint32_t> parents_; // by place
+};
+
+} // namespace
+
+Facing::Facing(const Mesh& mesh) : mesh_(mesh), hides_backs_(is_closed(mesh) && Bodies(mesh).all_look_outwards()) {
+}
+
+VT_Vector Facing::normal(std::size_t triangle) const {
+    return hides_backs_ ? winding_normal(mesh_, triangle) : face_normal(mesh_, triangle);
+}
+
+} // namespace vorna::drawing::model

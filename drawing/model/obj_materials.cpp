@@ -1,0 +1,190 @@
+// The materials of an OBJ model, from the libraries that it names.
+#include "drawing/model/obj_materials.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <filesystem>
+
+#include "drawing/files/path.h"
+#include "drawing/model/model_reader.h"
+
+namespace vorna::drawing::model {
+namespace {
+
+// Up to three finite numbers; what follows is left alone, so that other ways to state a value do no harm.
+std::size_t read_numbers(Text_Cursor& cursor, std::array<float, 3>& into) {
+    for (std::size_t i = 0; i < into.size(); ++i) {
+        Text_Cursor ahead = cursor;
+        const std::string_view word = ahead.word();
+        float value = 0;
+        const auto [stop, error] = std::from_chars(word.data(), word.data() + word.size(), value);
+        if (error != std::errc{} || stop != word.data() + word.size() || !std::isfinite(value)) {
+            return i;
+        }
+        cursor = ahead;
+        into[i] = value;
+    }
+    return into.size();
+}
+
+// One number stands for all channels.
+std::optional<std::array<float, 3>> read_color(Text_Cursor& cursor) {
+    std::array<float, 3> color{};
+    const std::size_t count = read_numbers(cursor, color);
+    if (count == 1) {
+        color[1] = color[2] = color[0];
+    }
+    return count == 1 || count == 3 ? std::optional(color) : std::nullopt;
+}
+
+std::optional<float> read_number(Text_Cursor& cursor) {
+    std::array<float, 3> numbers{};
+    return read_numbers(cursor, numbers) > 0 ? std::optional(numbers[0]) : std::nullopt;
+}
+
+std::uint8_t channel(float value) {
+    return static_cast<std::uint8_t>(std::clamp(value, 0.0F, 1.0F) * 255.0F + 0.5F);
+}
+
+} // namespace
+
+void Obj_Materials::read_library(const std::string& name) {
+    const std::string library = named_path(model_, model_, name, limits_);
+    if (!libraries_.insert(library).second) {
+        return; // a short file can name a long library as often as it likes
+    }
+    const std::size_t first = materials_.size();
+    try {
+        const std::string content = read_reference(model_, library, limits_);
+        Text_Cursor cursor(library, content);
+        Entry* material = nullptr;
+        for (; !cursor.at_end(); cursor.next_line()) {
+            const std::string_view keyword = cursor.word();
+            if (keyword == "newmtl") {
+                numbers_[std::string(cursor.rest_of_line())] = static_cast<std::uint32_t>(materials_.size());
+                material = &materials_.emplace_back();
+            } else if (material) {
+                read_property(library, cursor, keyword, *material);
+            }
+        }
+    } catch (const Model_Error& error) {
+        mesh_.warnings.push_back(error.what());
+    }
+    for (std::size_t m = first; m < materials_.size(); ++m) {
+        materials_[m].material.finish = materials_[m].finish();
+    }
+}
+
+std::uint32_t Obj_Materials::find(const std::string& name) const {
+    const auto found = numbers_.find(name);
+    return found == numbers_.end() ? no_material : found->second;
+}
+
+void Obj_Materials::read_property(const std::string& library, Text_Cursor& cursor, std::string_view keyword, Entry& into) {
+    const auto read_vector = [&cursor] {
+        std::array<float, 3> vector{};
+        std::ranges::generate(vector, [&cursor] { return cursor.number("a colour channel"); });
+        return vector;
+    };
+    if (keyword == "Kd") {
+        into.phong.diffuse = read_vector();
+        into.has_color = true;
+    } else if (keyword == "Ks") {
+        into.phong.specular = read_color(cursor);
+    } else if (keyword == "Ke") {
+        into.phong.emission = read_color(cursor).value_or(into.phong.emission);
+    } else if (keyword == "Ns") {
+        into.phong.exponent = read_number(cursor);
+    } else if (keyword == "Pm") {
+        into.metal = read_number(cursor);
+    } else if (keyword == "Pr") {
+        into.roughness = read_number(cursor);
+    } else if (keyword == "illum") {
+        into.illumination = static_cast<int>(std::clamp(read_number(cursor).value_or(2), 0.0F, 10.0F));
+    } else if (keyword == "d") {
+        into.material.opacity = shown_opacity(cursor.number("an opacity"));
+    } else if (keyword == "Tr") {
+        into.material.opacity = shown_opacity(1 - cursor.number("a transparency"));
+    } else if (keyword == "map_Kd") {
+        read_map(library, cursor, into);
+    }
+}
+
+// Options, then the image's name, which may hold blanks.
+void Obj_Materials::read_map(const std::string& library, Text_Cursor& cursor, Entry& into) {
+    for (;;) {
+        cursor.skip_blanks();
+        Text_Cursor ahead = cursor;
+        const std::string_view option = ahead.word();
+        if (option.size() < 2 || option[0] != '-') {
+            break;
+        }
+        cursor = ahead;
+        if (option == "-clamp") {
+            if (cursor.word() == "on") {
+                into.material.wrap_u = into.material.wrap_v = Wrap::clamp;
+            }
+        } else if (option == "-s" || option == "-o" || option == "-t") {
+            std::array<float, 2>* const pair = option == "-s" ? &into.scale : option == "-o" ? &into.shift : nullptr;
+            std::array<float, 3> numbers{};
+            const std::size_t count = read_numbers(cursor, numbers);
+            if (pair) {
+                std::copy_n(numbers.begin(), std::min(count, pair->size()), pair->begin());
+            }
+        } else {
+            cursor.word();
+            if (option == "-mm") {
+                cursor.word();
+            }
+        }
+    }
+    if (const std::string name(cursor.rest_of_line()); !name.empty()) {
+        limits_.take_work(model_, mesh_.images.size());
+        into.material.image = image_number(mesh_, named_path(model_, library, name, limits_), model_);
+    }
+}
+
+Finish Obj_Materials::Entry::finish() {
+    constexpr float usual_roughness = 0.5F;
+    Phong shown = phong;
+    if (illumination <= 1) {
+        shown.specular = std::array<float, 3>{};
+    }
+    if (material.image != no_image || !has_color) {
+        shown.diffuse = {1, 1, 1}; // the image or the default colour
+    }
+    Finish finish = finish_of(shown);
+    if (metal || roughness) {
+        const std::array<float, 3> emission = finish.emission;
+        finish = finish_of_metal(metal.value_or(0), roughness.value_or(usual_roughness));
+        finish.emission = emission;
+    } else if (has_color && material.image == no_image) {
+        phong.diffuse = shown.diffuse;
+    }
+    return finish;
+}
+
+// Black under an image stands for no colour: exporters write it, and the image would not show.
+VT_RGB32 Obj_Materials::color_of(std::uint32_t material) const {
+    constexpr VT_RGB32 black{0, 0, 0, 255}, unknown{0, 0, 0, 0};
+    if (material == no_material || !materials_[material].has_color) {
+        return unknown;
+    }
+    const auto& [red, green, blue] = materials_[material].phong.diffuse;
+    const VT_RGB32 color{channel(blue), channel(green), channel(red), 255};
+    return has_image(material) && color == black ? unknown : color;
+}
+
+Texture_Point Obj_Materials::mapped(const Texture_Point& given, std::uint32_t material) const {
+    const Entry& known = materials_[material];
+    return {given.u * known.scale[0] + known.shift[0], given.v * known.scale[1] + known.shift[1]};
+}
+
+void Obj_Materials::finish() const {
+    for (const Entry& known : materials_) {
+        mesh_.materials.push_back(known.material);
+    }
+}
+
+} // namespace vorna::drawing::model

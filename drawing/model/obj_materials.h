@@ -1,0 +1,64 @@
+// The materials of an OBJ model, from the libraries that it names.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "drawing/files/load_limits.h"
+#include "drawing/model/mesh.h"
+#include "drawing/model/text_cursor.h"
+
+namespace vorna::drawing::model {
+
+class Obj_Materials {
+public:
+    // Images and warnings go into the mesh. All of them must outlive the object.
+    Obj_Materials(const std::string& model, Mesh& mesh, Load_Limits& limits) : model_(model), mesh_(mesh), limits_(limits) {}
+
+    // A library that is missing or damaged costs only the materials: a warning says so.
+    void read_library(const std::string& name);
+
+    bool empty() const noexcept { return materials_.empty(); }
+    // no_material when no library has it.
+    std::uint32_t find(const std::string& name) const;
+    bool has_image(std::uint32_t material) const {
+        return material != no_material && materials_[material].material.image != no_image;
+    }
+    // Alpha 0 when the material says nothing of it.
+    VT_RGB32 color_of(std::uint32_t material) const;
+    // A texture coordinate as the material's map scales and shifts it.
+    Texture_Point mapped(const Texture_Point& given, std::uint32_t material) const;
+    // Puts the materials into the mesh.
+    void finish() const;
+
+private:
+    struct Entry {
+        Material material;
+        Phong phong;
+        bool has_color = false;
+        std::optional<float> metal, roughness;
+        int illumination = 2;
+        std::array<float, 2> scale{1, 1}, shift{0, 0}; // of coordinates: scale, then shift
+
+        // What is drawn: with it, the colour of a metal becomes that of its reflection.
+        Finish finish();
+    };
+
+    void read_property(const std::string& library, Text_Cursor& cursor, std::string_view keyword, Entry& into);
+    void read_map(const std::string& library, Text_Cursor& cursor, Entry& into);
+
+    const std::string& model_;
+    Mesh& mesh_;
+    Load_Limits& limits_;
+    std::set<std::string> libraries_;
+    std::map<std::string, std::uint32_t> numbers_;
+    std::vector<Entry> materials_;
+};
+
+} // namespace vorna::drawing::model
