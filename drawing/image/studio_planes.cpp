@@ -5,15 +5,15 @@
 
 namespace vorna::drawing {
 
-void Studio_Planes::resize(std::int32_t columns, std::int32_t rows, std::int32_t room) {
-    if (columns == width && rows == height && room == reach) {
+void Studio_Planes::resize(std::int32_t columns, std::int32_t rows, std::int32_t room_around) {
+    if (columns == width && rows == height && room_around == room) {
         return;
     }
     width = columns;
     height = rows;
-    reach = room;
-    stride = static_cast<std::size_t>(width + 2 * reach + block);
-    const std::size_t count = stride * static_cast<std::size_t>(height + 2 * reach);
+    room = room_around;
+    stride = static_cast<std::size_t>(width + 2 * room + block);
+    const std::size_t count = stride * static_cast<std::size_t>(height + 2 * room);
     colors.assign(count, 0);
     normals.assign(count, 0);
     faces.assign(count, 0);

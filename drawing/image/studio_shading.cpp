@@ -54,9 +54,9 @@ Studio_Sizes Studio_Sizes::of(std::int32_t height, std::int32_t supersample) {
 }
 
 // Places on a spiral by the golden angle, so that they lie in all directions, denser and heavier near the pixel.
-Studio_Shading::Studio_Shading(const Studio_Sizes& sizes, const Studio_Lights& lights, std::vector<Studio_Face> faces,
-                               std::vector<float> pixels_per_step, Studio_Ground ground)
-    : sizes_(sizes), lights_(lights), faces_(std::move(faces)), pixels_per_step_(std::move(pixels_per_step)),
+Studio_Shading::Studio_Shading(const Studio_Sizes& sizes, const VT_Int_Rectangle& image, const Studio_Lights& lights,
+                               std::vector<Studio_Face> faces, std::vector<float> pixels_per_step, Studio_Ground ground)
+    : sizes_(sizes), image_(image), lights_(lights), faces_(std::move(faces)), pixels_per_step_(std::move(pixels_per_step)),
       ground_(std::move(ground)), samples_(static_cast<std::size_t>(sizes.row_sets)) {
     constexpr double cosine = -0.7373688780783197, sine = 0.6754902942615238;
     const int count = sizes.row_sets == 1 ? 32 : 48;
@@ -121,9 +121,9 @@ FOR_AVX2_TOO void Studio_Shading::add_occlusion(const Studio_Planes& planes, con
     }
 }
 
-// Outlines, where the patch or the depth changes; ridges and grooves, where the normal turns away or towards from one side to the
-// other.
-FOR_AVX2_TOO void Studio_Shading::add_lines(const Studio_Planes& planes, Block& block) const {
+// Outlines, where the patch or the depth changes; ridges and grooves, where the normals on both sides turn away from each other
+// or towards each other. The border of the image is no outline.
+FOR_AVX2_TOO void Studio_Shading::add_lines(const Studio_Planes& planes, std::int32_t x, std::int32_t y, Block& block) const {
     const std::int32_t before = sizes_.line / 2, after = sizes_.line - before;
     const auto line = static_cast<float>(sizes_.line);
     struct Neighbour {
@@ -149,17 +149,23 @@ FOR_AVX2_TOO void Studio_Shading::add_lines(const Studio_Planes& planes, Block& 
         // With lines of one pixel only one of both sides is drawn.
         const bool draws_creases = k % 2 == 0 || before > 0;
         const float crease = draws_creases ? 0.62F : 0.0F;
+        if (y + rows < image_.bottom || y + rows > image_.top) {
+            continue;
+        }
+        const std::int32_t first = image_.left - x - columns, last = image_.right - x - columns;
         for (std::size_t i = 0; i < block_size; ++i) {
             const float height = (block.depth[i] - depths[i]) * block.scale[i] + (block.across[i] * across + block.up[i] * up);
             const float jump = std::abs(height) - 4.0F * block.slack[i] - line;
             // Behind the edge of what is nearer lines are left to that.
             const float behind = clamped((-height - 5.0F * block.slack[i] - 2.0F * line) * 0.2F);
             const float other_patch = others[i] != patches[i] ? crease : 0.0F;
-            drawn[i] = most(drawn[i], most(behind, jump < 0.0F ? other_patch : 0.0F));
+            const auto lane = static_cast<std::int32_t>(i);
+            const float seen = lane >= first && lane <= last ? 1.0F : 0.0F;
+            drawn[i] = most(drawn[i], most(behind, jump < 0.0F ? other_patch : 0.0F) * seen);
             const float turned =
                 (static_cast<float>(static_cast<std::int32_t>(other_normals[i] >> 16 & 255)) - center_across[i]) * along_x +
                 (static_cast<float>(static_cast<std::int32_t>(other_normals[i] >> 8 & 255)) - center_up[i]) * along_y;
-            bend[i] += jump < 0.0F ? turned : 0.0F;
+            bend[i] += jump < 0.0F ? turned * seen : 0.0F;
         }
     }
     for (std::size_t i = 0; i < block_size; ++i) {
@@ -239,7 +245,7 @@ void Studio_Shading::shade(const Studio_Planes& planes, const VT_Int_Rectangle& 
             if (std::any_of(numbers, numbers + count, [](std::uint32_t number) { return number != 0; })) {
                 gather(planes, block);
                 add_occlusion(planes, samples, block);
-                add_lines(planes, block);
+                add_lines(planes, x, y, block);
                 light(planes, block);
             } else {
                 std::copy_n(&planes.colors[block.place], block_size, block.colors.begin());

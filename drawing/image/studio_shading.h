@@ -13,12 +13,14 @@ namespace vorna::drawing {
 
 // Distances in pixels as they are drawn.
 struct Studio_Sizes {
-    std::int32_t reach;    // of ambient occlusion; nothing farther away is looked at
+    std::int32_t reach;    // of ambient occlusion
     std::int32_t line;     // width of outlines
     std::int32_t row_sets; // how many sets of places the rows take in turn to look for occlusion
 
     // height: of the image. supersample: columns and rows of drawn pixels to one of its pixels.
     static Studio_Sizes of(std::int32_t height, std::int32_t supersample);
+    // Nothing farther away from a pixel is looked at.
+    std::int32_t margin() const noexcept { return reach > line ? reach : line; }
 };
 
 // Of one frame. Several threads may shade tiles at once.
@@ -27,9 +29,10 @@ struct Studio_Sizes {
 // multiplications, divisions and square roots in one order: tiles, threads and instruction sets make no difference.
 class Studio_Shading {
 public:
-    // faces: by number, see Studio_Face. pixels_per_step: by depth, how many pixels wide one step of the depth buffer is there.
-    Studio_Shading(const Studio_Sizes& sizes, const Studio_Lights& lights, std::vector<Studio_Face> faces,
-                   std::vector<float> pixels_per_step, Studio_Ground ground);
+    // image: all pixels that are shown, in tiles or not. faces: by number, see Studio_Face. pixels_per_step: by depth, how many
+    // pixels wide one step of the depth buffer is there.
+    Studio_Shading(const Studio_Sizes& sizes, const VT_Int_Rectangle& image, const Studio_Lights& lights,
+                   std::vector<Studio_Face> faces, std::vector<float> pixels_per_step, Studio_Ground ground);
 
     const std::vector<Studio_Face>& faces() const noexcept { return faces_; }
     const Studio_Sizes& sizes() const noexcept { return sizes_; }
@@ -50,10 +53,11 @@ private:
 
     void gather(const Studio_Planes& planes, Block& block) const;
     void add_occlusion(const Studio_Planes& planes, const std::vector<Sample>& samples, Block& block) const;
-    void add_lines(const Studio_Planes& planes, Block& block) const;
+    void add_lines(const Studio_Planes& planes, std::int32_t x, std::int32_t y, Block& block) const;
     void light(const Studio_Planes& planes, Block& block) const;
 
     Studio_Sizes sizes_;
+    VT_Int_Rectangle image_;
     const Studio_Lights& lights_;
     std::vector<Studio_Face> faces_;
     std::vector<float> pixels_per_step_;

@@ -158,7 +158,7 @@ Drawing_Needs Model_Drawing::needs(VT_Int_Pair size, std::int32_t supersample) c
                                 parts_.studio ? Studio::tile_margin(size.y, supersample) : 0}),
             .one_piece = {},
             .pixel_memory = 4 + 2 + 2 + (parts_.studio ? Studio_Planes::pixel_memory : 0),
-            .thread_memory = 0,
+            .thread_memory = parts_.studio ? Studio_Planes::other_memory : 0,
             .prepared_memory = prepared};
 }
 

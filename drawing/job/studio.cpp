@@ -41,12 +41,11 @@ Studio::Studio(const model::Mesh& mesh, const Module_Choice& module)
 }
 
 std::int32_t Studio::tile_margin(std::int32_t height, std::int32_t supersample) {
-    const Studio_Sizes sizes = Studio_Sizes::of(height, supersample);
-    return (std::max(sizes.reach, sizes.line) + 7) / 8 * 8;
+    return (Studio_Sizes::of(height, supersample).margin() + 7) / 8 * 8;
 }
 
 std::uint64_t Studio::prepared_memory() const noexcept {
-    constexpr std::uint64_t tables = std::uint64_t{4} << 20;
+    constexpr std::uint64_t tables = std::uint64_t{8} << 20;
     return geometry_.prepared_memory() + sizeof(Studio_Face) * geometry_.triangle_count() + tables;
 }
 
@@ -60,8 +59,10 @@ void Studio::prepare(const model::Tile_Grid& grid, const model::Camera& camera, 
     geometry_.prepare(grid, camera, normals);
     grid_ = grid;
     lights_.emplace(look.light.x, look.light.y, look.light.z);
-    shading_.emplace(sizes, *lights_, faces_.seen(camera, grid.frame, sizes.reach), model::pixels_per_step(camera, grid.frame),
-                     std::move(ground));
+    // Points lie in the frame, which has one column and one row more than the image.
+    const VT_Int_Rectangle image{grid.frame.left, grid.frame.right - 1, grid.frame.bottom, grid.frame.top - 1};
+    shading_.emplace(sizes, image, *lights_, faces_.seen(camera, grid.frame, sizes.reach),
+                     model::pixels_per_step(camera, grid.frame), std::move(ground));
 }
 
 Studio_Ground Studio::ground_seen(const model::Tile_Grid& grid, const model::Camera& camera, const model::Model_Look& look,
@@ -69,11 +70,14 @@ Studio_Ground Studio::ground_seen(const model::Tile_Grid& grid, const model::Cam
     const model::Ground_View view(geometry_.points(), up, camera, look.light);
     const model::Tile_Grid map({0, Studio_Ground::side - 1, 0, Studio_Ground::side - 1});
     geometry_.prepare(map, view.height_camera(), look);
-    Session session(module_);
-    session.set_window(map.frame);
-    session.options().set_color_system(1);
-    session.options().set_buffer_depth(16);
-    session.establish();
+    if (!ground_session_) {
+        ground_session_ = std::make_unique<Session>(module_);
+        ground_session_->set_window(map.frame);
+        ground_session_->options().set_color_system(1);
+        ground_session_->options().set_buffer_depth(16);
+        ground_session_->establish();
+    }
+    Session& session = *ground_session_;
     const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
     rendition->clip.hard_clip = map.frame;
     rendition->window.rectangle = map.frame;
@@ -111,7 +115,8 @@ void Studio::draw(const model::Scene& faces, Session& session, const VT_Renditio
     const Frame_Buffer& buffer = session.color_buffer();
     const VT_Int_Rectangle window = session.window();
     std::unique_ptr<Studio_Planes> planes = lend_planes();
-    planes->resize(window.right - window.left + 1, window.top - window.bottom + 1, shading_->sizes().reach);
+    planes->resize(window.right - window.left + 1, window.top - window.bottom + 1,
+                   std::max(shading_->sizes().margin() - grid_->margin, 0));
 
     VD_Clear_Depth_Rectangle(renderer, rendition);
     faces.draw(renderer, rendition, tile);

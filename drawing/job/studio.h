@@ -46,6 +46,7 @@ private:
     model::Scene_Renderer geometry_;
     model::Studio_Faces faces_;
     Module_Choice module_;
+    std::unique_ptr<Session> ground_session_; // made for the first frame
     // Of the prepared frame.
     std::optional<Studio_Lights> lights_;
     std::optional<Studio_Shading> shading_;
