@@ -12,6 +12,7 @@
 
 #include "bench/report.h"
 #include "bench/sizes.h"
+#include "bench/timing.h"
 
 namespace bench {
 

@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <regex>
 
-#include "bench/measure.h"
 #include "bench/random.h"
+#include "bench/timing.h"
 #include "renderer/configuration_words.h"
 #include "renderer/kernels/kernel_sets.h"
 #include "renderer/lines/line_setup.h"

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "bench/measure.h"
+#include "bench/timing.h"
 #include "bench/workloads.h"
 
 namespace bench {

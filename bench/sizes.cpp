@@ -9,6 +9,7 @@
 
 #include "bench/canvas.h"
 #include "bench/measure.h"
+#include "bench/timing.h"
 
 namespace bench {
 

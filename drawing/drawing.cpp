@@ -151,8 +151,10 @@ struct Image_Maker {
     Image_Maker(const Model& model, const Model_View& view, const Image_Settings& settings) {
         job = job_settings_of(settings, settings.size, supersample_of_model(settings), model.content_->name);
         const model::Mesh& mesh = model.content_->mesh;
-        const std::optional<VT_RGB32> background = settings.transparent ? std::nullopt : std::optional(settings.background);
-        Model_Style style{view.look, view.edges, view.edge_color, view.color, view.line_width, view.point_size};
+        const Background colors(settings.background, settings.lower_background.value_or(settings.background));
+        const std::optional<Background> background = settings.transparent ? std::nullopt : std::optional(colors);
+        Model_Style style{view.look,       view.edges,      view.edge_color, view.color,
+                          view.line_width, view.point_size, view.axes,       view.scale_bar};
         if (view.studio) {
             const auto shading = view.look.shading;
             if (settings.indexed || shading == model::Shading::wireframe || shading == model::Shading::hidden_line) {
@@ -164,11 +166,12 @@ struct Image_Maker {
         if (!camera) {
             throw Usage_Error("camera: expected two places apart and another direction that points up");
         }
+        job.background = colors;
         if (settings.indexed) {
             job.palette = new VT_Palette;
         }
         std::vector<std::string> warnings; // of textures, which stay out
-        Model_Parts parts = make_parts(mesh, style, *model.content_->limits, warnings);
+        Model_Parts parts = make_parts(mesh, style, background, *model.content_->limits, warnings);
         module = module_of(settings);
         if (view.studio) {
             parts.add_studio(mesh, module);

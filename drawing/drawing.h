@@ -62,6 +62,8 @@ struct Model_View {
     std::optional<VT_RGB32> color;           // none: the model's own
     std::int32_t line_width = 1;             // pixels, of the model's own lines
     std::int32_t point_size = 0;             // pixels, 0 = by the number of points
+    bool axes = false;                       // whether their directions are drawn
+    bool scale_bar = false;                  // whether a round length is drawn, without perspective
     bool studio = false;                     // soft light, dark corners, outlines and a shadow on the ground; 32 bits a pixel
 };
 
@@ -90,8 +92,9 @@ private:
 struct Image_Settings {
     VT_Int_Pair size{1280, 960}; // sides up to 262144; of maps a height of 0 is chosen
     VT_RGB32 background{255, 255, 255, 255};
-    bool transparent = false; // instead of the background
-    bool indexed = false;     // 8 bits a pixel, of the standard palette or one with the map's own colours
+    std::optional<VT_RGB32> lower_background; // of models: makes the background a gradient from the image's top to its bottom
+    bool transparent = false;                 // instead of the background
+    bool indexed = false;                     // 8 bits a pixel, of the standard palette or one with the map's own colours
     bool smooth_lines = false;
     // The mean of so many pixels each way, 1 to 8: smooth faces and lines. 0 = 2 for models that are neither indexed nor
     // smooth_lines nor larger than 2^24 pixels, else 1.

@@ -1,4 +1,4 @@
-// Checks of the buffers: made, kept, adopted, made anew, let go of.
+// Checks of the buffers: created, kept, adopted, recreated, released.
 #include <new>
 #include <string>
 
@@ -21,13 +21,13 @@ void expect_fitting_buffers(const Trial& trial, Tried_Renderer& renderer, const 
         return buffer && buffer->width == window.size.x && buffer->height == window.size.y;
     };
     const Guarded_Buffer* const color = renderer.buffers().latest(false);
-    trial.expect(color, "no colour buffer was asked for from the host's callback");
-    trial.expect(fits(color), "the colour buffer has not the window's size");
+    trial.expect(color, "no colour buffer was requested from the host's callback");
+    trial.expect(fits(color), "the colour buffer does not have the window's size");
     trial.expect(color->format == format, "the colour buffer has the wrong format");
     trial.expect(published_buffer(*renderer) == color, "\"Color Buffer\" of the current table does not hold the colour buffer");
     if (configuration.depth) {
-        trial.expect(renderer.depth(), "no depth buffer was asked for from the host's callback");
-        trial.expect(fits(renderer.depth()), "the depth buffer has not the window's size");
+        trial.expect(renderer.depth(), "no depth buffer was requested from the host's callback");
+        trial.expect(fits(renderer.depth()), "the depth buffer does not have the window's size");
     }
 }
 
@@ -45,11 +45,12 @@ void check_buffers_made(Trial& trial) {
         const Window window;
         Tried_Renderer renderer(trial, configuration, window);
         expect_fitting_buffers(trial, renderer, configuration, window);
-        trial.expect(configuration.depth || !renderer.buffers().latest(true), "a depth buffer was made although none is wanted");
+        trial.expect(configuration.depth || !renderer.buffers().latest(true),
+                     "a depth buffer was made in a configuration without depth");
     }
 }
 
-// An origin is not a size.
+// A new origin needs no new buffers.
 void check_buffers_kept(Trial& trial) {
     for (const Configuration& configuration : configurations) {
         trial.at(std::string(configuration.name));
@@ -61,7 +62,7 @@ void check_buffers_kept(Trial& trial) {
         for (const std::int32_t shift : {0, 37}) {
             renderer->current_renderer_options_for_update().set_window_origin({window.origin.x + shift, window.origin.y});
             renderer->establish_all();
-            trial.expect(renderer.buffers().made().size() == made, "a buffer that fits was made anew");
+            trial.expect(renderer.buffers().made().size() == made, "a buffer of the right size and format was made again");
             trial.expect(contents_of(renderer) == before, "establish changed pixels of a buffer that was kept");
         }
     }
@@ -110,7 +111,7 @@ void check_buffers_released(Trial& trial) {
         trial.at(std::string(configuration.name));
         Window window;
         Tried_Renderer renderer(trial, configuration, window);
-        const auto made = renderer.buffers().made(); // a second holder beside the maker
+        const auto made = renderer.buffers().made(); // a second reference beside that of the maker
         window.size.x += 1;
         renderer.establish(configuration, window);
         for (const auto& buffer : made) {
@@ -121,7 +122,8 @@ void check_buffers_released(Trial& trial) {
             without.depth = false;
             const VT_Reference<Guarded_Buffer> depth(renderer.depth());
             renderer.establish(without, window);
-            trial.expect(depth->reference_count() == 2, "the depth buffer is still held when none is wanted any more");
+            trial.expect(depth->reference_count() == 2,
+                         "the depth buffer is still held after a change to a configuration without depth");
         }
     }
 }
@@ -132,21 +134,18 @@ void check_buffer_failure(Trial& trial) {
         for (std::ptrdiff_t request = 0; request < (configuration.depth ? 2 : 1); ++request) {
             trial.at(std::string(configuration.name) + (request == 0 ? ", colour buffer" : ", depth buffer"));
             std::vector<VT_Reference<Guarded_Buffer>> made;
-            for (const bool is_used_again : {false, true}) {
+            for (const bool is_established_again : {false, true}) {
                 Buffer_Maker maker([](Buffer_Format) { return Buffer_Layout{}; }, Guard_Access::open);
                 maker.fail_at(request);
                 VT_Renderer_Data prototype;
                 prototype.buffer_creation = maker.callback();
-                prototype.current_options.set_color_system(configuration.color_system);
-                prototype.current_options.set_buffer_depth(configuration.depth ? 16 : 0);
-                prototype.current_options.set_window_size(window.size);
-                prototype.current_options.set_window_origin(window.origin);
+                configure(prototype.current_options, configuration, window.size, window.origin);
                 const auto renderer = trial.module().create_renderer(prototype);
                 try {
                     renderer->establish_all();
                 } catch (const std::bad_alloc&) {
                 }
-                if (is_used_again) {
+                if (is_established_again) {
                     renderer->establish_all();
                     trial.expect(published_buffer(*renderer), "there is no colour buffer after a second establish_all");
                     const VT_DCI_Point corner{window.origin.x, window.origin.y, 0};
@@ -155,7 +154,7 @@ void check_buffer_failure(Trial& trial) {
                 made.insert(made.end(), maker.made().begin(), maker.made().end());
             }
             for (const auto& buffer : made) {
-                trial.expect(buffer->reference_count() == 1, "a buffer is still held by a renderer that is gone");
+                trial.expect(buffer->reference_count() == 1, "a destroyed renderer still holds a buffer");
             }
         }
     }

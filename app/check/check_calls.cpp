@@ -7,14 +7,6 @@
 
 namespace vorna::app::check {
 
-namespace {
-
-std::string place_of(std::string_view slot, const Configuration& configuration) {
-    return std::string(slot) + ", " + std::string(configuration.name);
-}
-
-} // namespace
-
 void check_slot_calls(Trial& trial) {
     const Window window;
     for (const Configuration& configuration : configurations) {
@@ -41,18 +33,14 @@ void check_slot_calls(Trial& trial) {
     }
 }
 
-// A window without pixels gets no buffers.
+// The callback returns no buffers, as it does for a window without pixels.
 void check_calls_without_buffers(Trial& trial) {
     const Window window;
     for (const Configuration& configuration : configurations) {
         VT_Renderer_Data prototype;
         prototype.buffer_creation.function = [](void*, std::int32_t, std::int32_t, const Buffer_Format*,
                                                 VT_Reference<Frame_Buffer>& buffer) { buffer = nullptr; };
-        prototype.current_options.set_color_system(configuration.color_system);
-        prototype.current_options.set_buffer_depth(configuration.depth ? 16 : 0);
-        prototype.current_options.set_alpha_blending(configuration.alpha);
-        prototype.current_options.set_window_size(window.size);
-        prototype.current_options.set_window_origin(window.origin);
+        configure(prototype.current_options, configuration, window.size, window.origin);
         const auto renderer = trial.module().create_renderer(prototype);
         renderer->establish_all();
         for (const std::string_view slot : slot_names()) {
@@ -76,11 +64,12 @@ void check_depth_setters(Trial& trial) {
         trial.at(std::string(configuration.name));
         const auto set_write = renderer->current_table.find("ZBuffer Write")->as_setter<VT_Bool_Setter>();
         const auto set_test = renderer->current_table.find("ZBuffer Test")->as_setter<VT_Int_Setter>();
-        trial.expect(set_write && set_test, "the setters are gone after establish_all");
-        // The depth that a dot leaves behind on a depth of 1000.
+        trial.expect(set_write && set_test, "establish_all removed the setters");
+        // The stored depth after a dot is drawn on a depth of 1000.
         const auto depth_after = [&](std::int32_t z, bool write, std::int32_t test) {
             set_write(*renderer, write);
-            trial.expect(set_test(*renderer, &test) == test, "the setter of \"ZBuffer Test\" does not return what it was given");
+            trial.expect(set_test(*renderer, &test) == test,
+                         "the setter of \"ZBuffer Test\" does not return the value that was passed to it");
             renderer.depth()->set_pixel(5, 6, 1000);
             const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
             rendition->clip.hard_clip = window.area();

@@ -9,18 +9,14 @@ namespace vorna::app::check {
 
 namespace {
 
-bool is_inside(const VT_Int_Rectangle& rectangle, std::int64_t x, std::int64_t y) {
-    return x >= rectangle.left && x <= rectangle.right && y >= rectangle.bottom && y <= rectangle.top;
-}
-
-// What the contents should be after a rectangle has been filled with values.
+// The contents with a rectangle filled with value(x, y).
 template <class Value>
 Contents filled(Contents contents, const Window& window, const VT_Int_Rectangle& rectangle, bool depths, Value value) {
     std::vector<std::uint32_t>& plane = depths ? contents.depths : contents.colors;
     for (std::size_t i = 0; i < plane.size(); ++i) {
         const std::int64_t x = window.origin.x + static_cast<std::int64_t>(i) % window.size.x;
         const std::int64_t y = window.origin.y + static_cast<std::int64_t>(i) / window.size.x;
-        if (is_inside(rectangle, x, y)) {
+        if (contains(rectangle, x, y)) {
             plane[i] = value(x, y);
         }
     }
@@ -107,7 +103,7 @@ void check_depth_blocks(Trial& trial) {
 
 namespace {
 
-// The image of a plane of the contents in this rectangle, as bytes.
+// The bytes of the image that reading back this rectangle returns.
 std::vector<std::uint8_t> bytes_of(const std::vector<std::uint32_t>& plane, const Window& window, const VT_Int_Rectangle& area,
                                    int pixel_bytes) {
     std::vector<std::uint8_t> bytes;
@@ -141,7 +137,7 @@ void check_read_back(Trial& trial) {
                     trial.at(std::string(slot) + ", " + std::string(configuration.name) + ", " + text_of(part));
                     const VT_DCI_Point top_left{part.left, part.top, 0}, bottom_right{part.right, part.bottom, 0};
                     read(*renderer, *rendition, &top_left, &bottom_right, &format, image);
-                    trial.expect(static_cast<bool>(image), "no image");
+                    trial.expect(static_cast<bool>(image), "no image was returned");
                     const std::int32_t width = part.right - part.left + 1, height = part.top - part.bottom + 1;
                     trial.expect(image->width() == width && image->height() == height, "an image of another size");
                     trial.expect(image->format() == own, "an image of another format");
@@ -151,14 +147,14 @@ void check_read_back(Trial& trial) {
                         found.insert(found.end(), start, start + width * pixel_bytes);
                     }
                     trial.expect(found == bytes_of(plane, window, part, pixel_bytes),
-                                 "the image has other pixels than the buffer");
+                                 "the image's pixels differ from the buffer's");
                 }
             }
-            // A format that the buffer has not.
+            // A format that differs from the buffer's.
             const Buffer_Format other = own == Buffer_Format::depth16 ? Buffer_Format::rgb32 : Buffer_Format::depth16;
             const VT_DCI_Point corner{area.left, area.top, 0};
             read(*renderer, *rendition, &corner, &corner, &other, image);
-            trial.expect(!image, "an image although the format cannot be given");
+            trial.expect(!image, "an image was returned although the buffer cannot be read in the format");
         };
         look("read_color_image", VD_Read_Color_Image, contents.colors, renderer.color().format,
              configuration.has_indices() ? 1 : 4);
@@ -168,7 +164,7 @@ void check_read_back(Trial& trial) {
     }
 }
 
-// The origin is at 0, where device and window coordinates differ by their direction only.
+// With the origin at 0, device and window coordinates differ only in the direction of y.
 void check_update(Trial& trial) {
     struct Presented {
         int calls = 0;
@@ -193,7 +189,7 @@ void check_update(Trial& trial) {
         const std::int32_t result = renderer->update_all(rectangle);
         trial.expect(presented.calls == 1, "the presentation was not called once");
         trial.expect(result == 42, "the presentation's result is not returned");
-        trial.expect(presented.buffer == &renderer.color(), "another buffer than the colour buffer was presented");
+        trial.expect(presented.buffer == &renderer.color(), "a buffer other than the colour buffer was presented");
         trial.expect(presented.top_left.x == 5 && presented.top_left.y == 30 && presented.bottom_right.x == 20 &&
                          presented.bottom_right.y == 7,
                      "the presented corners are not the rectangle's top left and bottom right");

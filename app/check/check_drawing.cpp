@@ -1,4 +1,4 @@
-// Checks of what is drawn.
+// Checks of the pixels that calls draw.
 #include <algorithm>
 #include <set>
 #include <string>
@@ -9,10 +9,6 @@
 namespace vorna::app::check {
 
 namespace {
-
-std::string place_of(std::string_view slot, const Configuration& configuration) {
-    return std::string(slot) + ", " + std::string(configuration.name);
-}
 
 void expect_same(const Trial& trial, const Contents& expected, const Contents& found) {
     if (const std::string where = difference(expected, found); !where.empty()) {
@@ -26,7 +22,7 @@ std::vector<Call> scene_of(const Trial& trial, std::size_t part, const Window& w
     return random_scene(random, window, std::max(2, trial.scaled(3)));
 }
 
-// What the buffers hold after each call, noise before the first.
+// The buffers' contents after each call. Before the first call they hold noise.
 std::vector<Contents> contents_after_each(Trial& trial, const Configuration& configuration, Tried_Renderer& renderer,
                                           const std::vector<Call>& calls) {
     std::vector<Contents> contents;
@@ -39,9 +35,9 @@ std::vector<Contents> contents_after_each(Trial& trial, const Configuration& con
     return contents;
 }
 
-// Blames the first call after which the pixels differ.
-void expect_same_course(Trial& trial, const std::string& where, const std::vector<Call>& calls,
-                        const std::vector<Contents>& expected, const std::vector<Contents>& found) {
+// Fails at the first call after which the contents differ.
+void expect_same_contents(Trial& trial, const std::string& where, const std::vector<Call>& calls,
+                          const std::vector<Contents>& expected, const std::vector<Contents>& found) {
     for (std::size_t i = 0; i < calls.size(); ++i) {
         trial.at(std::string(calls[i].slot) + ", " + where + ", call " + std::to_string(i + 1));
         expect_same(trial, expected[i], found[i]);
@@ -66,7 +62,7 @@ void check_visible(Trial& trial) {
     }
 }
 
-// Windows of every width, because what reaches too far does so by a few pixels.
+// Many window sizes, because stray writes miss the window by a few pixels only.
 void check_sentinels(Trial& trial) {
     for (std::size_t i = 0; i < std::size(configurations); ++i) {
         Random random = trial.random(i);
@@ -103,38 +99,38 @@ void check_repeatable(Trial& trial) {
         Tried_Renderer renderer(trial, configuration, window), other(trial, configuration, window);
         const auto first = contents_after_each(trial, configuration, renderer, calls);
         const auto again = contents_after_each(trial, configuration, renderer, calls);
-        expect_same_course(trial, std::string(configuration.name) + " again", calls, first, again);
+        expect_same_contents(trial, std::string(configuration.name) + ", drawn again", calls, first, again);
         const auto others = contents_after_each(trial, configuration, other, calls);
-        expect_same_course(trial, std::string(configuration.name) + " by another renderer", calls, first, others);
+        expect_same_contents(trial, std::string(configuration.name) + ", another renderer", calls, first, others);
     }
 }
 
-// Hosts change one rendition from call to call, and free or reuse what they passed as soon as the call returns; or they keep a
-// list of calls with everything in it. A module that remembers addresses draws the two differently.
+// A host may change one rendition from call to call, and free or reuse arguments as soon as a call returns; or it may keep a list
+// of calls with all their arguments. A module that remembers addresses draws these two differently.
 void check_recorded(Trial& trial) {
     const Window window;
     for (std::size_t i = 0; i < std::size(configurations); ++i) {
         const Configuration& configuration = configurations[i];
         const std::vector<Call> calls = scene_of(trial, i, window);
-        Tried_Renderer at_once(trial, configuration, window), from_record(trial, configuration, window);
-        fill_with_noise(at_once, 1);
+        Tried_Renderer directly_drawn(trial, configuration, window), from_list(trial, configuration, window);
+        fill_with_noise(directly_drawn, 1);
         const VT_Reference<VT_Rendition> shared(new VT_Rendition);
         std::vector<Contents> direct;
         for (Call& next : scene_of(trial, i, window)) {
-            trial.at(place_of(next.slot, configuration) + " at once");
+            trial.at(place_of(next.slot, configuration) + ", drawn directly");
             *shared = *next.rendition;
-            next.draw(*at_once, *shared);
-            next = {}; // frees its points and images
-            direct.push_back(contents_of(at_once));
+            next.draw(*directly_drawn, *shared);
+            next = {}; // frees the call's points and images
+            direct.push_back(contents_of(directly_drawn));
         }
-        const auto replayed = contents_after_each(trial, configuration, from_record, calls);
-        expect_same_course(trial, std::string(configuration.name) + " recorded", calls, direct, replayed);
+        const auto replayed = contents_after_each(trial, configuration, from_list, calls);
+        expect_same_contents(trial, std::string(configuration.name) + ", from a list", calls, direct, replayed);
     }
 }
 
 void check_side_by_side(Trial& trial) {
     for (std::size_t i = 0; i < std::size(configurations); ++i) {
-        // Two that differ in format, depth or blending, with windows that differ in everything.
+        // Two renderers that differ in format, depth or blending, with windows that differ in size and origin.
         struct Side {
             const Configuration& configuration;
             Window window;
@@ -164,16 +160,16 @@ void check_side_by_side(Trial& trial) {
         }
         for (const Side* side : {&left, &right}) {
             const Side& neighbour = side == &left ? right : left;
-            expect_same_course(trial,
-                               std::string(side->configuration.name) + " beside " + std::string(neighbour.configuration.name),
-                               side->calls, side->alone, side->beside);
+            expect_same_contents(trial,
+                                 std::string(side->configuration.name) + " beside " + std::string(neighbour.configuration.name),
+                                 side->calls, side->alone, side->beside);
         }
     }
 }
 
 namespace {
 
-// A slot's name without its coordinate form.
+// A slot's name without "draw_" and the coordinate form.
 std::string_view primitive_of(std::string_view slot) {
     for (const std::string_view form : {"draw_2d_", "draw_dc_", "draw_2di_", "draw_dci_", "draw_3d_"}) {
         if (slot.starts_with(form)) {
@@ -183,7 +179,7 @@ std::string_view primitive_of(std::string_view slot) {
     return slot;
 }
 
-// Primitives with a slot that is filled here and empty in a new renderer.
+// Primitives with a slot that is filled in the changed renderer and empty in the fresh one.
 std::set<std::string_view> kept_primitives(VT_Renderer_Data& changed, VT_Renderer_Data& fresh) {
     std::set<std::string_view> kept;
     vorna::for_each_action([&](std::string_view name, auto slot, auto*) {
@@ -196,11 +192,11 @@ std::set<std::string_view> kept_primitives(VT_Renderer_Data& changed, VT_Rendere
 
 } // namespace
 
-// Slots that the new configuration has no use for may keep what they hold, and what draws through them is not compared.
+// Slots that the new configuration does not install may keep their functions. Primitives that use them are not compared.
 void check_reconfigured(Trial& trial) {
     const Window window, window_before{{33, 70}, {5, 5}, 0};
     for (std::size_t i = 0; i < std::size(configurations); ++i) {
-        // From configurations with another format, another depth and another blending.
+        // Before the change: another format, another depth, another blending.
         for (const std::size_t distance : {1U, 3U, 5U}) {
             const Configuration& configuration = configurations[i];
             const Configuration& before = configurations[(i + distance) % std::size(configurations)];
@@ -212,15 +208,15 @@ void check_reconfigured(Trial& trial) {
             std::erase_if(calls, [&kept](const Call& call) { return kept.count(primitive_of(call.slot)) != 0; });
             const auto expected = contents_after_each(trial, configuration, fresh, calls);
             const auto found = contents_after_each(trial, configuration, changed, calls);
-            expect_same_course(trial, std::string(configuration.name) + " after " + std::string(before.name), calls, expected,
-                               found);
+            expect_same_contents(trial, std::string(configuration.name) + " after " + std::string(before.name), calls, expected,
+                                 found);
         }
     }
 }
 
 namespace {
 
-// Fails when the call changes a pixel for which may_change(column, row) is false. The buffers hold noise before.
+// Fails when the call changes a pixel for which may_change(column, row) is false. before: the contents of the buffers.
 template <class May_Change>
 void expect_confined(Trial& trial, Tried_Renderer& renderer, const Contents& before, const Call& call, const char* reason,
                      May_Change&& may_change) {
@@ -259,8 +255,7 @@ void check_hard_clip(Trial& trial) {
                 restore(renderer, noise);
                 expect_confined(trial, renderer, noise, call, "outside the hard clip",
                                 [&](std::int32_t column, std::int32_t row) {
-                                    const std::int32_t x = window.origin.x + column, y = window.origin.y + row;
-                                    return x >= clip.left && x <= clip.right && y >= clip.bottom && y <= clip.top;
+                                    return contains(clip, window.origin.x + column, window.origin.y + row);
                                 });
             }
         }
@@ -289,7 +284,7 @@ void check_clip_region(Trial& trial) {
                 if (!draws_primitives(slot) || may_ignore) {
                     continue;
                 }
-                // A frame: the hole in the middle counts as outside, as everything around it does.
+                // A frame: its hole lies outside the region.
                 const auto left = static_cast<float>(window.origin.x + random.number(2, 15));
                 const auto bottom = static_cast<float>(window.origin.y + random.number(2, 10));
                 const auto rectangle = [&](float inset) {
@@ -318,14 +313,14 @@ void check_clip_region(Trial& trial) {
 
 namespace {
 
-struct Elaborate_Call {
+struct Handed_Over_Call {
     std::string_view primitive; // part of the slot's name
     const char* what;
     void (*change)(VT_Rendition&);
 };
 
-// What a renderer may hand back to the host, which then draws with the renderer's own slots.
-constexpr Elaborate_Call elaborate_calls[] = {
+// Calls that a renderer may hand over to the host's standard functions, which draw with the renderer's other slots.
+constexpr Handed_Over_Call handed_over_calls[] = {
     {"polyline", "a wide line", [](VT_Rendition& r) { r.line.weight = 7; }},
     {"polyline", "a dashed line", [](VT_Rendition& r) { r.line.style = vorna::line_style::dashed; }},
     {"polyline", "a smoothed line", [](VT_Rendition& r) { r.line.flags = vorna::line_flag::smoothed; }},
@@ -343,7 +338,7 @@ constexpr Elaborate_Call elaborate_calls[] = {
      [](VT_Rendition& r) { r.window.fill = vorna::face_pattern::last_drawn_by_renderers + 1; }},
 };
 
-// Draws through the standard function and not the slot.
+// Calls the standard function instead of the slot.
 void draw_standard(VT_Renderer_Data& renderer, const Call& call) {
     VT_Action_Table actions = renderer.actions;
     vorna::for_each_action([&](std::string_view name, auto slot, auto*) {
@@ -362,13 +357,13 @@ void check_fall_backs(Trial& trial) {
     for (const Configuration& configuration : configurations) {
         Tried_Renderer renderer(trial, configuration, window);
         for (const std::string_view slot : slot_names()) {
-            for (const Elaborate_Call& elaborate : elaborate_calls) {
-                if (!slot.starts_with("draw_") || slot.find(elaborate.primitive) == std::string_view::npos) {
+            for (const Handed_Over_Call& handed_over : handed_over_calls) {
+                if (!slot.starts_with("draw_") || slot.find(handed_over.primitive) == std::string_view::npos) {
                     continue;
                 }
-                trial.at(place_of(slot, configuration) + ", " + elaborate.what);
+                trial.at(place_of(slot, configuration) + ", " + handed_over.what);
                 const Call call = plain_call(slot, window);
-                elaborate.change(*call.rendition);
+                handed_over.change(*call.rendition);
                 clear(renderer);
                 const Contents before = contents_of(renderer);
                 call.draw_with(*renderer);
@@ -376,7 +371,7 @@ void check_fall_backs(Trial& trial) {
                 clear(renderer);
                 draw_standard(*renderer, call);
                 trial.expect(contents_of(renderer).colors != before.colors,
-                             "the host's standard function finds nothing in the other slots to draw with");
+                             "the host's standard function draws nothing with the other slots");
             }
         }
     }

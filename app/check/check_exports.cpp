@@ -16,7 +16,7 @@ namespace vorna::app::check {
 
 namespace {
 
-// The system's library loader; the host's own insists on all entry points. What is opened stays open.
+// Opens with the system's loader, because the host's loader requires all entry points. Libraries stay open.
 #if defined(_WIN32)
 
 void* open_library(const std::string& path) {
@@ -65,7 +65,7 @@ void check_entry_points(Trial& trial) {
     trial.expect(entry_point<VT_Create_Renderer>(trial.path(), "VD_Renderer"), "no entry point VD_Renderer");
     trial.expect(entry_point<VT_Unload_Renderer>(trial.path(), "VD_Unload_KRB_Renderer"),
                  "no entry point VD_Unload_KRB_Renderer");
-    // The first one under the name by which only hosts of krb.vrd ask.
+    // VD_Renderer under the name that hosts of krb.vrd look up.
     trial.expect(trial.profile() != Profile::krb || entry_point<VT_Create_Renderer>(trial.path(), "VD_KRB_Renderer"),
                  "no entry point VD_KRB_Renderer");
 }
@@ -84,7 +84,7 @@ void check_renderer(Trial& trial) {
         const VT_Renderer_Data prototype;
         const VT_Renderer_Data* const given = &prototype;
         VT_Renderer_Data* const renderer = entry_point<VT_Create_Renderer>(trial.path(), "VD_KRB_Renderer")(given);
-        trial.expect(renderer, "made no renderer");
+        trial.expect(renderer, "no renderer was made");
         entry_point<VT_Unload_Renderer>(trial.path(), "VD_Unload_KRB_Renderer")(renderer);
     }
 }

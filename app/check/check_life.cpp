@@ -1,4 +1,4 @@
-// Checks of what renderers leave behind.
+// Checks that renderers release what they use.
 #include <string>
 
 #include "app/check/checks.h"
@@ -10,14 +10,14 @@ namespace vorna::app::check {
 
 namespace {
 
-constexpr int renderers = 1000;
+constexpr int renderer_count = 1000;
 
-// How much the heap in use varies by itself, in bytes. The smallest leak, one allocation each time, is far more.
+// Bytes by which the heap in use varies without leaks. A leak of one allocation for each renderer is far more.
 constexpr std::size_t heap_noise = 8000;
 
-// The life of one renderer: configured, drawn with and presented. Clip regions make it keep masks.
-void live(Trial& trial, int number, const VT_Reference<const VT_Palette>& palette, const VT_Reference<VT_Rendition>& rendition,
-          std::vector<VT_Reference<Guarded_Buffer>>* buffers) {
+// Creates, configures, draws with, presents and destroys one renderer. The clip region makes it keep masks.
+void use_renderer(Trial& trial, int number, const VT_Reference<const VT_Palette>& palette,
+                  const VT_Reference<VT_Rendition>& rendition, std::vector<VT_Reference<Guarded_Buffer>>* buffers) {
     const Configuration& configuration = configurations[static_cast<std::size_t>(number) % std::size(configurations)];
     const Window window{{20, 9}, {3, 4}, 0};
     Tried_Renderer renderer(trial, configuration, window);
@@ -52,48 +52,45 @@ VT_Reference<VT_Rendition> rendition_with_region() {
 void check_references(Trial& trial) {
     const VT_Reference<const VT_Palette> palette(new VT_Palette);
     const VT_Reference<VT_Rendition> rendition = rendition_with_region();
-    for (int i = 0; i < trial.scaled(renderers); ++i) {
+    for (int i = 0; i < trial.scaled(renderer_count); ++i) {
         trial.at("renderer " + std::to_string(i + 1));
         std::vector<VT_Reference<Guarded_Buffer>> buffers;
-        live(trial, i, palette, rendition, &buffers);
+        use_renderer(trial, i, palette, rendition, &buffers);
         for (const auto& buffer : buffers) {
-            trial.expect(buffer->reference_count() == 1, "a buffer is still held");
+            trial.expect(buffer->reference_count() == 1, "a renderer still holds a buffer");
         }
-        trial.expect(palette->reference_count() == 1, "the palette is still held");
-        trial.expect(rendition->reference_count() == 1, "the rendition is still held");
-        trial.expect(rendition->clip.complex_clip->reference_count() == 1, "the clip region is still held");
+        trial.expect(palette->reference_count() == 1, "a renderer still holds the palette");
+        trial.expect(rendition->reference_count() == 1, "a renderer still holds the rendition");
+        trial.expect(rendition->clip.complex_clip->reference_count() == 1, "a renderer still holds the clip region");
     }
 }
 
 void check_heap(Trial& trial) {
     const VT_Reference<const VT_Palette> palette(new VT_Palette);
     const VT_Reference<VT_Rendition> rendition = rendition_with_region();
-    const int count = trial.scaled(renderers);
+    const int count = trial.scaled(renderer_count);
     trial.at("before");
     for (int i = 0; i < 100; ++i) {
-        live(trial, i, palette, rendition, nullptr);
+        use_renderer(trial, i, palette, rendition, nullptr);
     }
     trial.at(std::to_string(count) + " renderers");
     const std::size_t before = heap_in_use();
     for (int i = 0; i < count; ++i) {
-        live(trial, i, palette, rendition, nullptr);
+        use_renderer(trial, i, palette, rendition, nullptr);
     }
     const std::size_t after = heap_in_use();
     if (after > before + heap_noise) {
-        trial.fail(std::to_string(after - before) + " bytes are left behind, " +
-                   std::to_string((after - before) / static_cast<std::size_t>(count)) + " a renderer");
+        trial.fail(std::to_string(after - before) + " bytes are not freed, " +
+                   std::to_string((after - before) / static_cast<std::size_t>(count)) + " for each renderer");
     }
 }
 
-// Pictures with new clip regions and windows, as when an application is used for hours.
+// Draws many pictures, each with a new clip region and window, as a long-running application does.
 void check_growth(Trial& trial) {
     const int pictures = trial.scaled(600);
     for (const Configuration& configuration : configurations) {
         trial.at(std::string(configuration.name) + ", " + std::to_string(pictures) + " pictures");
-        VT_Renderer_Data prototype;
-        prototype.current_options.set_color_system(configuration.color_system);
-        prototype.current_options.set_buffer_depth(configuration.depth ? 16 : 0);
-        prototype.current_options.set_alpha_blending(configuration.alpha);
+        const VT_Renderer_Data prototype;
         const auto renderer = trial.module().create_renderer(prototype);
         if (VT_Option* use_mask = renderer->requested_table.find("Use Mask")) {
             use_mask->set(true);
@@ -101,8 +98,7 @@ void check_growth(Trial& trial) {
         const auto draw_picture = [&](int number) {
             Window window{{20, 9}, {3, 4}, 0};
             window.size.x += number % 2;
-            renderer->current_renderer_options_for_update().set_window_size(window.size);
-            renderer->current_renderer_options_for_update().set_window_origin(window.origin);
+            configure(renderer->current_renderer_options_for_update(), configuration, window.size, window.origin);
             renderer->establish_all();
             renderer->begin_picture_all();
             const VT_Reference<VT_Rendition> rendition = rendition_with_region();

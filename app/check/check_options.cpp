@@ -16,7 +16,7 @@ struct Named_Table {
     const VT_Option_Table* table;
 };
 
-void look_at_kind(const Trial& trial, const Named_Table& in, const Known_Option& known, const VT_Option& option) {
+void expect_kind(const Trial& trial, const Named_Table& in, const Known_Option& known, const VT_Option& option) {
     const std::size_t kind = option.value()->content.index();
     if (kind != known.initial.index()) {
         trial.fail(std::string(in.name) + " table: \"" + known.name + "\" is " + kind_names[kind] + " instead of " +
@@ -24,8 +24,8 @@ void look_at_kind(const Trial& trial, const Named_Table& in, const Known_Option&
     }
 }
 
-// All of them, in order, with their scopes.
-void look_at_registration(const Trial& trial, const Named_Table& in) {
+// Every known option, in the order of registration and with its scope, and no other.
+void expect_registration(const Trial& trial, const Named_Table& in) {
     for (std::size_t i = 0; i < std::max(std::size(known_options), in.table->size()); ++i) {
         const std::string place = std::string(in.name) + " table: option " + std::to_string(i + 1) + " is ";
         if (i >= std::size(known_options)) {
@@ -55,14 +55,14 @@ void check_known_options(Trial& trial) {
     for (const Named_Table in : {Named_Table{"requested", &renderer->requested_table}, {"current", &renderer->current_table}}) {
         for (const Known_Option& known : known_options) {
             if (const VT_Option* option = in.table->find(known.name)) {
-                look_at_kind(trial, in, known, *option);
+                expect_kind(trial, in, known, *option);
             } else if (std::string_view(known.name) == "Color Buffer" ||
                        (std::string_view(known.name).starts_with("ZBuffer ") && needs_depth_setters(*renderer))) {
                 trial.fail(std::string(in.name) + " table: \"" + known.name + "\" is missing");
             }
         }
         if (trial.profile() == Profile::krb) {
-            look_at_registration(trial, in);
+            expect_registration(trial, in);
         }
     }
 }
@@ -82,7 +82,7 @@ void check_defaults(Trial& trial) {
         const VT_Option* const current = current_table.find(known.name);
         const bool is_setter = std::string_view(known.name).starts_with("ZBuffer ");
         const std::string name = '"' + std::string(known.name) + '"';
-        // Only changes are carried over, so what is not equal at first never will be.
+        // Only changes are copied to the current table, so values that differ at first stay different.
         if (requested && current && !is_setter && requested->value()->content != current->value()->content) {
             trial.fail(name + " differs in the requested and the current table");
         }

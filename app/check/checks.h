@@ -1,4 +1,4 @@
-// Everything that is checked of a renderer module: named functions in a table.
+// The checks of a renderer module: named functions in a table.
 #pragma once
 
 #include <string>
@@ -11,20 +11,20 @@ namespace vorna::app::check {
 
 struct Check {
     std::string_view name;               // area.subject
-    std::string_view what;               // what a good module does
-    std::vector<std::string_view> needs; // checks that must have passed for this one to tell anything of its own
+    std::string_view what;               // what a correct module does
+    std::vector<std::string_view> needs; // this check runs only when these have passed
     void (*run)(Trial& trial);           // throws Check_Failed; any other exception is a failure too
 };
 
-// In the order in which they run; a check needs earlier ones only.
+// In the order in which they run. A check needs only earlier ones.
 const std::vector<Check>& all_checks();
 
 std::string_view area_of(std::string_view check);
 
-// The first check. Without it there is no module to talk of.
+// The first check: all others need it.
 inline constexpr std::string_view loads = "exports.loads";
 
-// Runs the named checks in this process. Those that need one that fails are left out.
+// Runs the named checks in this process. A check that needs a failed one is skipped.
 void run_checks(const Task& task, const std::vector<std::string>& names, Journal& journal);
 
 // exports

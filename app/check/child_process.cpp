@@ -1,4 +1,4 @@
-// This command, run once more beside itself.
+// Runs this command again in another process.
 #include "app/check/child_process.h"
 
 #include <algorithm>
@@ -33,7 +33,7 @@ namespace vorna::app::check {
 
 namespace {
 
-// As the run-time library takes a command line apart again: backslashes count before quotes only.
+// The inverse of how the run-time library splits a command line: backslashes are special only before quotes.
 std::wstring quoted(const std::wstring& argument) {
     std::wstring text = L"\"";
     std::size_t backslashes = 0;
@@ -70,7 +70,7 @@ Ending run_beside(const std::vector<std::string>& arguments, std::chrono::millis
     start.hStdOutput = start.hStdError;
     PROCESS_INFORMATION process{};
     if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process)) {
-        throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), "a process cannot be started");
+        throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), "no process could be started");
     }
     Ending ending;
     if (WaitForSingleObject(process.hProcess, static_cast<DWORD>(limit.count())) == WAIT_TIMEOUT) {
@@ -89,7 +89,7 @@ Ending run_beside(const std::vector<std::string>& arguments, std::chrono::millis
     return ending;
 }
 
-int own_number() {
+int own_process_id() {
     return static_cast<int>(GetCurrentProcessId());
 }
 
@@ -132,10 +132,10 @@ Ending run_beside(const std::vector<std::string>& arguments, std::chrono::millis
     const int error = posix_spawn(&process, program.c_str(), &files, nullptr, list.data(), environ);
     posix_spawn_file_actions_destroy(&files);
     if (error != 0) {
-        throw std::system_error(error, std::generic_category(), "a process cannot be started");
+        throw std::system_error(error, std::generic_category(), "no process could be started");
     }
 
-    // No system call waits for one process for a time; most are done within milliseconds.
+    // Polls, because no system call waits for a process with a time limit. Most processes end within milliseconds.
     const auto end = std::chrono::steady_clock::now() + limit;
     std::chrono::microseconds pause(200);
     int status = 0;
@@ -151,7 +151,7 @@ Ending run_beside(const std::vector<std::string>& arguments, std::chrono::millis
     return status == 0 ? Ending{} : Ending{Ending::Kind::died, described(status)};
 }
 
-int own_number() {
+int own_process_id() {
     return getpid();
 }
 
@@ -159,7 +159,7 @@ void end_with([[maybe_unused]] int parent) {
 #if defined(__linux__)
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) {
-        std::_Exit(1); // it came to its end before
+        std::_Exit(1); // the parent has ended before
     }
 #endif
 }

@@ -1,4 +1,4 @@
-// This command, run once more beside itself.
+// Runs this command again in another process.
 #pragma once
 
 #include <chrono>
@@ -9,20 +9,20 @@ namespace vorna::app::check {
 
 struct Ending {
     enum class Kind { done, died, out_of_time } kind = Kind::done; // done: with status 0
-    std::string how;                                               // it died, in words
+    std::string how;                                               // how it died: the signal or status
 };
 
-// Runs the command with these arguments, on this process's standard error and without its standard output, and waits. What is not
-// done by then is killed. Throws std::system_error when there can be no such process.
+// Runs the command with these arguments and waits. Its standard output and error go to this process's standard error. Kills the
+// process at the time limit. Throws std::system_error when the process cannot be started.
 Ending run_beside(const std::vector<std::string>& arguments, std::chrono::milliseconds limit);
 
-// The number of this process.
-int own_number();
+// The id of this process.
+int own_process_id();
 
-// What a process does first that must not outlive the one of this number.
+// Ends this process when the process with this id ends. To be called first.
 void end_with(int parent);
 
-// What a process that may crash does first: no core file, no dialog, and with quiet nothing on standard error either.
+// For a process that may crash: prevents core files and dialogs, and with quiet also all output. To be called first.
 void expect_to_crash(bool quiet);
 
 } // namespace vorna::app::check

@@ -16,11 +16,11 @@ namespace vorna::app::check {
 
 namespace {
 
-// Wider than two vectors of any processor, so that a stray store lands in a guard and not in foreign memory.
+// Wider than two vectors of any processor, so that a stray store hits a guard and no other object.
 constexpr std::size_t guard_size = 256;
 constexpr std::size_t alignment = 64;
 
-// Differs from byte to byte, so that a copy of one guard byte over another one shows.
+// Differs from byte to byte, so that a guard byte copied over another one is found.
 std::uint8_t guard_byte(std::size_t position) {
     return static_cast<std::uint8_t>(0xA5 ^ (position * 29));
 }

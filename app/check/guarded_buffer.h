@@ -19,7 +19,7 @@ struct Buffer_Layout {
     std::int32_t padding = 0; // bytes after the last pixel of each row
 };
 
-// What the address sanitizer makes of the guards around the buffer: nobody can even read them, or they are memory like any other.
+// Whether the address sanitizer reports accesses to the guards (trapped) or not (open).
 enum class Guard_Access { trapped, open };
 
 // Every byte that is not part of a pixel is a guard: before, after and between the rows. Pixels start as zeros.
@@ -33,9 +33,9 @@ public:
     std::uint32_t pixel(std::int32_t column, std::int32_t row) const noexcept;
     void set_pixel(std::int32_t column, std::int32_t row, std::uint32_t value) noexcept;
 
-    // Says which guard byte has changed; empty when all are intact.
+    // Names a guard byte that has changed; empty when all are intact.
     std::string broken_guard() const;
-    // Makes the guards between rows whole again: rows of full width may be filled as one block, padding included.
+    // Restores the guards between rows, for calls that may fill rows of full width as one block, padding included.
     void renew_padding() noexcept;
 
 private:
@@ -50,7 +50,7 @@ private:
     std::vector<std::uint8_t*> row_starts_;
 };
 
-// Gives guarded buffers to a renderer and keeps hold of them. layout_of tells how the rows of a buffer of a format lie.
+// Creates guarded buffers for a renderer and holds them. layout_of returns the layout for a format.
 class Buffer_Maker {
 public:
     using Layout_Of = std::function<Buffer_Layout(Buffer_Format)>;
@@ -60,9 +60,9 @@ public:
 
     VT_Buffer_Creation callback() noexcept { return {create, this}; }
     const std::vector<VT_Reference<Guarded_Buffer>>& made() const noexcept { return made_; }
-    // The latest one of colours or of depths; null when none was made.
+    // The latest colour or depth buffer; null when none was made.
     Guarded_Buffer* latest(bool depths) const noexcept;
-    // The request with this number throws std::bad_alloc; -1 = none.
+    // The number of the request that throws std::bad_alloc; -1 = none.
     void fail_at(std::ptrdiff_t request) noexcept { failing_ = request; }
 
 private:

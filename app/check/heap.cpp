@@ -1,4 +1,4 @@
-// How much memory this process has allocated.
+// The memory that this process has allocated.
 #include "app/check/heap.h"
 
 #include <algorithm>
@@ -24,7 +24,7 @@ std::size_t heap_in_use() {
 #if defined(HAS_ADDRESS_SANITIZER)
     return __sanitizer_get_current_allocated_bytes();
 #elif defined(_WIN32)
-    // Run-time libraries allocate from the process heap or from heaps of their own.
+    // Run-time libraries allocate from the process heap or from their own heaps.
     std::size_t bytes = 0;
     std::array<HANDLE, 64> heaps{};
     const DWORD count = GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data());
@@ -43,7 +43,7 @@ std::size_t heap_in_use() {
     const struct mallinfo2 info = mallinfo2();
     return info.uordblks + info.hblkhd;
 #else
-    // The resident pages: only large leaks show.
+    // The resident pages, which show only large leaks.
     unsigned long total = 0, resident = 0;
     if (std::FILE* file = std::fopen("/proc/self/statm", "r")) {
         if (std::fscanf(file, "%lu %lu", &total, &resident) != 2) {

@@ -1,4 +1,4 @@
-// The interface of krb.vrd: what --profile krb compares with.
+// The interface of krb.vrd, which --profile krb compares modules with.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@ struct Known_Option {
     VT_Option_Content initial;
 };
 
-// In the order of their registration. Pointers start empty, but for the two setters.
+// In the order of registration. Pointers are null at first, except for the two setters.
 inline const Known_Option known_options[] = {
     {"Margin", 0, 0},
     {"Color Buffer", 0, VT_Pointer(nullptr)},
@@ -40,7 +40,7 @@ inline const Known_Option known_options[] = {
     {"Hardcopy Mode", 0, false},
 };
 
-// What a new renderer holds in a slot: o = a function of its own, h = the host's standard function, - = nothing.
+// The contents of a new renderer's slot: o = a function of the renderer, h = the host's standard function, - = nothing.
 inline char krb_slot_letter(std::string_view slot, std::size_t configuration, bool tiling) {
     static const std::map<std::string_view, std::string_view> table{
         {"draw_2di_polymarker", "ooo-oo"},

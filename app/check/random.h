@@ -1,4 +1,4 @@
-// Seeded random numbers, the same on every machine.
+// Seeded random numbers.
 #pragma once
 
 #include <cstdint>
@@ -7,12 +7,12 @@
 
 namespace vorna::app::check {
 
-// Whole numbers that are the same for a seed everywhere.
+// The same integers for a seed on every machine, which the distributions of the standard library do not guarantee.
 class Random {
 public:
     explicit Random(std::uint64_t seed) : generator_(seed) {}
 
-    // least to most, both included.
+    // In [least, most].
     std::int32_t number(std::int32_t least, std::int32_t most) {
         const auto range = static_cast<std::uint64_t>(std::int64_t{most} - least) + 1;
         return static_cast<std::int32_t>(least + static_cast<std::int64_t>(generator_() % range));

@@ -1,4 +1,4 @@
-// What the checks have found.
+// The outcomes of checks as lines and as JUnit XML.
 #include "app/check/report.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// What the checks have found, in lines and as JUnit.
+// The outcomes of checks as lines and as JUnit XML.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 namespace vorna::app::check {
 
 std::string line_of(const Outcome& outcome);
-// How many there are of each kind.
+// The number of outcomes of each kind.
 std::string total_of(const std::vector<Outcome>& outcomes);
 // One suite for each area.
 std::string junit_of(const std::string& name, const std::vector<Outcome>& outcomes);

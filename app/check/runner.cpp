@@ -1,4 +1,4 @@
-// Checks run in processes of their own.
+// Runs checks in child processes.
 #include "app/check/runner.h"
 
 #include <algorithm>
@@ -46,13 +46,13 @@ private:
 
 #else
 
-// Without a name in any folder, so that nothing is left of it whatever becomes of this process. Those that it starts have it open
-// under the same number.
+// Has no name in any folder, so that nothing remains when this process is killed. Child processes inherit the open file under the
+// same number.
 class Temporary_File {
 public:
     Temporary_File() : file_(std::tmpfile()) {
         if (!file_) {
-            throw std::system_error(errno, std::generic_category(), "a temporary file cannot be written");
+            throw std::system_error(errno, std::generic_category(), "no temporary file could be created");
         }
     }
 
@@ -71,7 +71,7 @@ class Runner {
 public:
     explicit Runner(const Run& run) : run_(run) {}
 
-    // Outcomes of all checks of one area.
+    // Runs all checks of one area.
     void run_area(const std::vector<const Check*>& area) {
         const Clock::time_point end = Clock::now() + run_.limit;
         for (std::vector<std::string> pending = pending_of(area); !pending.empty(); pending = pending_of(area)) {
@@ -82,7 +82,7 @@ public:
     const Outcome& outcome_of(std::string_view check) const { return outcomes_.at(check); }
 
 private:
-    // What can be run; what cannot any more is noted.
+    // The checks without an outcome that can run. Notes the others as not run.
     std::vector<std::string> pending_of(const std::vector<const Check*>& area) {
         std::vector<std::string> pending;
         for (const Check* check : area) {
@@ -98,7 +98,7 @@ private:
         return pending;
     }
 
-    // The needed check that has not passed; empty when there is none.
+    // A needed check that has not passed; empty when all have.
     std::string_view blocker_of(const Check& check) const {
         for (const std::string_view need : check.needs) {
             if (const auto found = outcomes_.find(need);
@@ -115,23 +115,23 @@ private:
 
     void run_process(const std::vector<std::string>& pending, Clock::time_point end) {
         const Temporary_File file;
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
-        const Ending ending = run_beside(arguments_for(pending, file.name()), std::max(left, std::chrono::milliseconds(1)));
+        const auto remaining = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
+        const Ending ending = run_beside(arguments_for(pending, file.name()), std::max(remaining, std::chrono::milliseconds(1)));
         const Journal::Contents journal = Journal::read(file.name());
         for (const Journal::Entry& entry : journal.ended) {
             note(name_of(entry.check), entry.reason.empty() ? Outcome::Kind::passed : Outcome::Kind::failed, entry.reason);
         }
         if (ending.kind == Ending::Kind::done && !journal.running) {
-            return; // what is left needs a check that has just failed
+            return; // the remaining checks need one that has failed
         }
-        // A process that ends between two checks is blamed on the next one.
+        // When a process ends between two checks, the next one fails.
         const bool is_over = ending.kind == Ending::Kind::out_of_time;
-        const Journal::Entry running = journal.running.value_or(Journal::Entry{first_left(pending), ""});
+        const Journal::Entry running = journal.running.value_or(Journal::Entry{first_without_outcome(pending), ""});
         if (!running.check.empty()) {
             note(name_of(running.check), Outcome::Kind::failed,
                  (running.reason.empty() ? "" : running.reason + ": ") +
                      (is_over ? "still running when the time limit for the area was reached"
-                              : "the process came to its end: " + (ending.how.empty() ? "status 0" : ending.how)));
+                              : "the process ended: " + (ending.how.empty() ? "status 0" : ending.how)));
         }
         for (const std::string& check : pending) {
             if (is_over && outcomes_.count(check) == 0) {
@@ -140,13 +140,13 @@ private:
         }
     }
 
-    std::string first_left(const std::vector<std::string>& pending) const {
+    std::string first_without_outcome(const std::vector<std::string>& pending) const {
         const auto found = std::find_if(pending.begin(), pending.end(),
                                         [this](const std::string& check) { return outcomes_.count(check) == 0; });
         return found == pending.end() ? std::string() : *found;
     }
 
-    // The name as the table has it, which stays.
+    // The same name in the table, which has static lifetime.
     static std::string_view name_of(const std::string& check) {
         const auto& checks = all_checks();
         return std::find_if(checks.begin(), checks.end(), [&check](const Check& each) { return each.name == check; })->name;
@@ -156,7 +156,7 @@ private:
         const Task& task = run_.task;
         std::vector<std::string> arguments{"check",     task.module,
                                            "--journal", journal,
-                                           "--parent",  std::to_string(own_number()),
+                                           "--parent",  std::to_string(own_process_id()),
                                            "--seed",    std::to_string(task.seed),
                                            "--effort",  std::to_string(task.effort),
                                            "--profile", task.profile == Profile::krb ? "krb" : "host"};
@@ -175,7 +175,7 @@ private:
 
 } // namespace
 
-std::vector<Outcome> run_in_processes(const Run& run, const std::function<void(const Outcome&)>& tell) {
+std::vector<Outcome> run_in_processes(const Run& run, const std::function<void(const Outcome&)>& report) {
     Runner runner(run);
     std::vector<Outcome> outcomes;
     const auto& checks = all_checks();
@@ -190,7 +190,7 @@ std::vector<Outcome> run_in_processes(const Run& run, const std::function<void(c
         runner.run_area(area);
         for (const Check* check : area) {
             outcomes.push_back(runner.outcome_of(check->name));
-            tell(outcomes.back());
+            report(outcomes.back());
         }
     }
     return outcomes;

@@ -1,4 +1,4 @@
-// Checks run in processes of their own, so that a module may crash or hang.
+// Runs checks in child processes, so that a module may crash or hang.
 #pragma once
 
 #include <chrono>
@@ -22,10 +22,11 @@ struct Run {
     Task task;
     std::vector<std::string> checks;                           // names in the order of the table
     std::chrono::milliseconds limit{std::chrono::seconds(60)}; // for each area
-    bool quiet = false;                                        // without what the module writes to standard error
+    bool quiet = false;                                        // discards what the module writes to standard error
 };
 
-// Runs the checks area by area, and what a crash has left over once more. Tells of each outcome in the order of the table.
-std::vector<Outcome> run_in_processes(const Run& run, const std::function<void(const Outcome&)>& tell);
+// Runs the checks area by area. After a crash the remaining checks of the area run in another process. Passes each outcome to
+// report, in the order of the table.
+std::vector<Outcome> run_in_processes(const Run& run, const std::function<void(const Outcome&)>& report);
 
 } // namespace vorna::app::check

@@ -1,4 +1,4 @@
-// The checks checked: by modules that are wrong in one way each.
+// Tests the checks with faulty modules, each with one fault.
 #pragma once
 
 #include <functional>
@@ -9,11 +9,12 @@
 
 namespace vorna::app::check {
 
-// Where the build leaves the faulty modules: beside this command.
+// The folder of the faulty modules in a build, beside this command.
 std::string default_fault_folder();
 
-// Runs all checks on every faulty module of the folder. An outcome for each module: it has passed when the checks that should
-// find its fault fail for the right reason and no other check fails. Throws Usage_Error when there is no such folder.
-std::vector<Outcome> run_selftest(const std::string& folder, const Run& like, const std::function<void(const Outcome&)>& tell);
+// Runs all checks on every faulty module of the folder. A module's outcome is passed when the check for its fault fails for the
+// right reason and no other check fails. Throws Usage_Error when the folder does not exist.
+std::vector<Outcome> run_selftest(const std::string& folder, const Run& settings,
+                                  const std::function<void(const Outcome&)>& report);
 
 } // namespace vorna::app::check

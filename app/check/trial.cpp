@@ -1,4 +1,4 @@
-// What a check works with.
+// The module, renderers and messages of a running check.
 #include "app/check/trial.h"
 
 #include <algorithm>
@@ -26,15 +26,11 @@ std::FILE* opened(const std::string& path) {
 #endif
 }
 
-void configure(VT_Renderer_Options& options, const Configuration& configuration, const Window& window) {
-    options.set_color_system(configuration.color_system);
-    options.set_buffer_depth(configuration.depth ? 16 : 0);
-    options.set_alpha_blending(configuration.alpha);
-    options.set_window_size(window.size);
-    options.set_window_origin(window.origin);
-}
-
 } // namespace
+
+std::string place_of(std::string_view slot, const Configuration& configuration) {
+    return std::string(slot) + ", " + std::string(configuration.name);
+}
 
 Journal::Journal(const std::string& path) : file_(opened(path)) {
     if (!file_) {
@@ -56,7 +52,7 @@ void Journal::end(const std::string& reason) {
     write("ended\t" + check_ + '\t' + one_line(reason) + '\n', "");
 }
 
-// What runs is always the last line that counts: longer ones of before may stick out behind it.
+// Readers stop at the line of the running check, because bytes of longer, older lines may follow it.
 void Journal::write(const std::string& ended, const std::string& running) {
     const std::string text = ended + (running.empty() ? "idle\n" : running);
     std::fseek(file_.get(), end_, SEEK_SET);
@@ -101,7 +97,7 @@ void Trial::at(std::string place) {
 }
 
 Tried_Renderer::Tried_Renderer(Trial& trial, const Configuration& configuration, const Window& window)
-    // The guards stay memory like any other, so that the check of the guards can say which byte was hit.
+    // The guards stay accessible, so that the check of the guards can name the byte that was overwritten.
     : buffers_(
           [padding = window.padding](auto format) {
               return Buffer_Layout{0, padding * vorna::bytes_per_pixel(format)};
@@ -109,10 +105,10 @@ Tried_Renderer::Tried_Renderer(Trial& trial, const Configuration& configuration,
           Guard_Access::open) {
     VT_Renderer_Data prototype;
     prototype.buffer_creation = buffers_.callback();
-    configure(prototype.current_options, configuration, window);
+    configure(prototype.current_options, configuration, window.size, window.origin);
     renderer_ = trial.module().create_renderer(prototype);
     if (!renderer_) {
-        trial.fail("VD_Renderer made no renderer");
+        trial.fail("VD_Renderer returned no renderer");
     }
     establish_and_begin();
 }
@@ -123,7 +119,7 @@ Tried_Renderer::~Tried_Renderer() {
 
 void Tried_Renderer::establish(const Configuration& configuration, const Window& window) {
     renderer_->end_picture_all();
-    configure(renderer_->current_renderer_options_for_update(), configuration, window);
+    configure(renderer_->current_renderer_options_for_update(), configuration, window.size, window.origin);
     establish_and_begin();
 }
 
@@ -142,7 +138,7 @@ void Tried_Renderer::establish_and_begin() {
 
 namespace {
 
-// Whole rows at a time: checks do this after every call.
+// By rows, because checks read all pixels after every call.
 template <class Pixel> void append_row(const std::uint8_t* row, std::int32_t width, std::vector<std::uint32_t>& pixels) {
     for (std::int32_t column = 0; column < width; ++column) {
         Pixel pixel;

@@ -1,4 +1,4 @@
-// What a check works with: the module, renderers made by it that draw into guarded buffers, and the place that it has reached.
+// The module, renderers with guarded buffers, and messages of a running check.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/check/configuration.h"
 #include "app/check/guarded_buffer.h"
 #include "app/check/random.h"
 #include "host/renderer_data.h"
@@ -18,8 +19,8 @@
 
 namespace vorna::app::check {
 
-// How strictly a module is looked at: by what the host and its applications need of every renderer, or by the whole interface of
-// krb.vrd, whose place the module can then take.
+// The requirements on a module: those of the host and its applications on every renderer, or the whole interface of krb.vrd, for
+// modules that replace it.
 enum class Profile { host, krb };
 
 struct Task {
@@ -29,13 +30,13 @@ struct Task {
     int effort = 100; // percent of the usual number of random scenes and renderers
 };
 
-// A module that does not do what it should: the reason, and the place if there is one.
+// A module fails a check. The message is the reason, after the place if there is one.
 class Check_Failed : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// Keeps on file what a process is doing, so that another one can tell where it died.
+// Writes the current check and place of a process to a file, so that its parent knows where it died.
 class Journal {
 public:
     // Throws std::runtime_error when the file cannot be written.
@@ -43,7 +44,7 @@ public:
 
     void begin(std::string_view check);
     void at(const std::string& place);
-    // An empty reason: the check has passed.
+    // reason: empty when the check has passed.
     void end(const std::string& reason);
 
     struct Entry {
@@ -63,21 +64,7 @@ private:
     };
     std::unique_ptr<std::FILE, Close> file_;
     std::string check_;
-    long end_ = 0; // of what has ended
-};
-
-// The six cases that renderers tell apart.
-struct Configuration {
-    std::string_view name;
-    std::int32_t color_system;
-    bool depth, alpha;
-
-    bool has_indices() const noexcept { return color_system != 1; }
-};
-
-inline constexpr Configuration configurations[] = {
-    {"8-bit", 0, false, false},           {"32-bit", 1, false, false},           {"32-bit alpha", 1, false, true},
-    {"8-bit with depth", 0, true, false}, {"32-bit with depth", 1, true, false}, {"32-bit alpha with depth", 1, true, true},
+    long end_ = 0; // file position after the ended checks
 };
 
 struct Window {
@@ -89,6 +76,9 @@ struct Window {
     VT_Int_Rectangle area() const noexcept { return {origin.x, origin.x + size.x - 1, origin.y, origin.y + size.y - 1}; }
 };
 
+// The place of a call, for messages.
+std::string place_of(std::string_view slot, const Configuration& configuration);
+
 // One run of a check.
 class Trial {
 public:
@@ -96,17 +86,17 @@ public:
 
     const std::string& path() const noexcept { return task_.module; }
     Profile profile() const noexcept { return task_.profile; }
-    // A generator of its own for each part of a check.
+    // A generator for each part of a check.
     Random random(std::size_t part = 0) const { return Random(task_.seed * 1000003 + part); }
-    // This many, or fewer when less effort is asked for.
+    // The count in proportion to the effort, at least 1.
     int scaled(int count) const noexcept;
 
-    // Loaded when it is first asked for.
+    // Loads the module at the first call.
     const vorna::Module& module();
 
-    // The place that a failure, or the end of the process, is blamed on.
+    // Sets the place that is named when the check fails or the process dies.
     void at(std::string place);
-    // The reason behind the place.
+    // The reason, after the place.
     std::string placed(const std::string& reason) const { return place_.empty() ? reason : place_ + ": " + reason; }
     // Throws Check_Failed with place and reason.
     [[noreturn]] void fail(const std::string& reason) const { throw Check_Failed(placed(reason)); }
@@ -123,7 +113,7 @@ private:
     std::unique_ptr<vorna::Module> module_;
 };
 
-// A renderer of the module, established, with its picture begun.
+// An established renderer of the module with a begun picture.
 class Tried_Renderer {
 public:
     Tried_Renderer(Trial& trial, const Configuration& configuration, const Window& window = {});
@@ -135,13 +125,13 @@ public:
     VT_Renderer_Data* operator->() noexcept { return renderer_.get(); }
 
     Buffer_Maker& buffers() noexcept { return buffers_; }
-    // The buffers that it draws into; the depth buffer is null without depth.
+    // The renderer's buffers; the depth buffer is null without depth.
     Guarded_Buffer& color() noexcept { return *buffers_.latest(false); }
     Guarded_Buffer* depth() noexcept { return has_depth() ? buffers_.latest(true) : nullptr; }
 
-    // Ends the picture, changes configuration and window, and begins anew.
+    // Ends the picture, changes configuration and window, establishes and begins a picture.
     void establish(const Configuration& configuration, const Window& window);
-    // Sets a requested option if the module has it, and establishes.
+    // Sets a requested option if the module has it, establishes and begins a picture.
     void set_option(const char* name, const VT_Option_Content& content);
 
 private:
@@ -152,7 +142,7 @@ private:
     vorna::Module::Renderer renderer_;
 };
 
-// Every pixel of the buffers, from the lowest row up.
+// All pixels of the buffers, the lowest row first.
 struct Contents {
     std::int32_t width = 0;
     std::vector<std::uint32_t> colors, depths;
@@ -161,15 +151,15 @@ struct Contents {
 };
 
 Contents contents_of(Tried_Renderer& renderer);
-// The same noise in buffers of the same size and format.
+// Buffers of the same size and format get the same noise.
 void fill_with_noise(Tried_Renderer& renderer, std::uint64_t seed);
-// Puts contents back that the same buffers had.
+// Sets the buffers to contents that were read from them.
 void restore(Tried_Renderer& renderer, const Contents& contents);
-// Everything at zero and, with depth, as far away as can be.
+// Colours 0 and the farthest depth.
 void clear(Tried_Renderer& renderer);
-// Says where the contents differ; empty when they are the same.
+// The first pixel that differs, as text; empty when all are equal.
 std::string difference(const Contents& expected, const Contents& found);
-// The place of a pixel in words.
+// The place of a pixel as text.
 std::string pixel_name(const Contents& contents, std::size_t position, bool in_depths);
 
 } // namespace vorna::app::check

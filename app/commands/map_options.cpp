@@ -316,7 +316,7 @@ Map_Settings map_settings_of(const Map_Options& options) {
 
 std::unique_ptr<Map_Scene> load_map_scene(const Model_Options& options, const Map_Options& map_options,
                                           const drawing::Input& input) {
-    const VT_RGB32 background = options.is_transparent() ? VT_RGB32{255, 255, 255, 255} : background_of(options);
+    const VT_RGB32 background = options.is_transparent() ? VT_RGB32{255, 255, 255, 255} : map_background_of(options);
     const Map_Settings settings = map_settings_of(map_options);
     const auto overlay = drawing::open_overlay(settings, *options.limits);
     auto scene = std::make_unique<Map_Scene>(input, overlay, settings, background, options.limits);

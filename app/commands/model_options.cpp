@@ -11,55 +11,21 @@
 #include "app/cli/color_option.h"
 #include "app/cli/command.h"
 #include "app/cli/messages.h"
+#include "app/commands/option_choices.h"
 #include "drawing/files/memory.h"
 #include "drawing/image/palette.h"
 #include "drawing/job/formats.h"
 #include "drawing/model/model_reader.h"
-#include "drawing/model/vectors.h"
 
 namespace vorna::app {
 namespace {
 
-// The first one is the default.
-template <class Value> using Choices = std::vector<std::pair<std::string, Value>>;
-
-const Choices<drawing::model::View> views{{"iso", drawing::model::View::iso},      {"front", drawing::model::View::front},
-                                          {"back", drawing::model::View::back},    {"left", drawing::model::View::left},
-                                          {"right", drawing::model::View::right},  {"top", drawing::model::View::top},
-                                          {"bottom", drawing::model::View::bottom}};
-const Choices<drawing::model::Up_Axis> up_axes{
-    {"y", drawing::model::Up_Axis::y},        {"z", drawing::model::Up_Axis::z},        {"x", drawing::model::Up_Axis::x},
-    {"-y", drawing::model::Up_Axis::minus_y}, {"-z", drawing::model::Up_Axis::minus_z}, {"-x", drawing::model::Up_Axis::minus_x}};
 const Choices<drawing::model::Shading> shadings{
     {"auto", drawing::model::Shading::automatic},      {"gouraud", drawing::model::Shading::gouraud},
     {"flat", drawing::model::Shading::flat},           {"textured", drawing::model::Shading::textured},
     {"wireframe", drawing::model::Shading::wireframe}, {"hidden-line", drawing::model::Shading::hidden_line}};
 const Choices<drawing::model::Culling> cullings{{"none", drawing::model::Culling::none}, {"back", drawing::model::Culling::back}};
 const Choices<int> color_bits{{"32", 32}, {"8", 8}};
-
-template <class Chosen>
-Option choice(const char* name, Chosen& target, const char* text, const Choices<Chosen>& choices, const char* word) {
-    std::vector<std::string> names;
-    names.reserve(choices.size());
-    for (const auto& [known, value] : choices) {
-        names.push_back(known);
-    }
-    const auto choose = [&target, &choices](const std::string& given) {
-        target = std::ranges::find(choices, given, [](const auto& known) { return known.first; })->second;
-    };
-    return {.names = {name}, .value = choice_value(word, names), .text = text, .target = choose, .by_default = names.front()};
-}
-
-// An axis may be given as +y for y.
-Option up_axis(drawing::model::Up_Axis& target) {
-    const auto without_plus = [](const std::string& text) { return text.starts_with('+') ? text.substr(1) : text; };
-    Option option = choice("--up", target, "The model's axis that points up", up_axes, "AXIS");
-    option.value.problem = [=, problem = option.value.problem](const std::string& text) { return problem(without_plus(text)); };
-    option.target = [=, choose = std::get<std::function<void(const std::string&)>>(option.target)](const std::string& text) {
-        choose(without_plus(text));
-    };
-    return option;
-}
 
 VT_Vector_D parsed_direction(const std::string& text) {
     VT_Vector_D direction;
@@ -73,35 +39,6 @@ VT_Vector_D parsed_direction(const std::string& text) {
         throw drawing::Usage_Error("--light: expected a direction x,y,z, found '" + text + "'");
     }
     return direction;
-}
-
-// Eye and target, and the direction that points up, if given. Coordinates of more than a double's cube root are no place.
-drawing::model::Aim parsed_aim(const std::string& text) {
-    using drawing::model::operator-;
-    std::array<double, 9> numbers{};
-    std::size_t count = 0;
-    const char *next = text.data(), *const end = next + text.size();
-    for (; count < numbers.size(); ++count) {
-        const auto [stop, error] = std::from_chars(next, end, numbers[count]);
-        if (error != std::errc{} || !(std::abs(numbers[count]) < 1e100)) {
-            break;
-        }
-        next = stop;
-        if (next == end || *next != ',') {
-            ++count;
-            break;
-        }
-        ++next;
-    }
-    const auto vector = [&](std::size_t i) { return VT_Vector_D{numbers[i], numbers[i + 1], numbers[i + 2]}; };
-    const drawing::model::Aim aim{vector(0), vector(3), vector(6)};
-    if ((count != 6 && count != 9) || next != end || !(drawing::model::length(aim.eye - aim.target) > 0)) {
-        throw drawing::Usage_Error(
-            "--camera: expected two places x,y,z,x,y,z, of the eye and of what it looks at, and for a direction that "
-            "points up another x,y,z, found '" +
-            text + "'");
-    }
-    return aim;
 }
 
 // Levels of red, green and blue; nothing when the text has another form.
@@ -127,22 +64,6 @@ void warn(const Model_Options& options, const std::vector<std::string>& warnings
     }
 }
 
-// A number that reads back as the same.
-std::string text_of(double number) {
-    std::array<char, 32> text;
-    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
-}
-
-std::string text_of(const drawing::model::Aim& aim) {
-    std::string text;
-    for (const VT_Vector_D& v : {aim.eye, aim.target, aim.up}) {
-        for (const double coordinate : {v.x, v.y, v.z}) {
-            text += (text.empty() ? "" : ",") + text_of(coordinate);
-        }
-    }
-    return text;
-}
-
 } // namespace
 
 Option model_argument(Model_Options& options, const std::string& inputs) {
@@ -162,25 +83,7 @@ void add_model_options(std::vector<Option>& table, Model_Options& options) {
           .value = text_value("SUFFIX"),
           .text = "What the files are, as a suffix: obj, ply, stl, gltf, json and so on; by default their names or contents tell",
           .target = &options.input_format}});
-    add("Camera of models", Applies_To::models,
-        {choice("--view", options.camera.view, "Side to look at", views, "SIDE"),
-         {.names = {"--camera"},
-          .value = text_value("PLACES"),
-          .text = "Instead of a side: places of the eye and of the middle of the image, X,Y,Z,X,Y,Z in the model's "
-                  "coordinates, and three more numbers for the direction that points up if it is not the model's",
-          .target = [&options](const std::string& text) { options.aim = parsed_aim(text); },
-          .excludes = {"--view"}},
-         {.names = {"--perspective"}, .text = "Near things are larger, as without --ortho"},
-         {.names = {"--ortho"},
-          .text = "Parallel lines stay parallel",
-          .target = &options.orthographic,
-          .excludes = {"--perspective"}},
-         up_axis(options.camera.up),
-         {.names = {"--zoom"},
-          .value = number_value("N", 0.01, 1000),
-          .text = "Enlarge the middle of the image",
-          .target = &options.camera.zoom,
-          .by_default = text_of(options.camera.zoom)}});
+    add_camera_options(table, options);
     add("Drawing of models", Applies_To::models,
         {choice("--shading", options.picture.shading,
                 "How colours run over faces; auto: textured where the model has images or "
@@ -199,17 +102,22 @@ void add_model_options(std::vector<Option>& table, Model_Options& options) {
          {.names = {"--point-size"},
           .value = whole_value("PIXELS", 1, drawing::model::largest_point),
           .text = "Size of the model's points; 2 to 8 without it, fewer points are larger",
-          .target = &options.point_size}});
+          .target = &options.point_size},
+         {.names = {"--axes"}, .text = "Show where the model's axes point", .target = &options.axes},
+         {.names = {"--scale-bar"},
+          .text = "Show a round length in the model's units",
+          .target = &options.scale_bar,
+          .needs = {"--ortho"}}});
     add("Drawing", Applies_To::every_input,
         {{.names = {"--antialias"}, .text = "Smooth lines; --supersample smooths everything", .target = &options.antialias}});
     add("Drawing of models", Applies_To::models,
         {choice("--cull", options.picture.culling, "Faces to leave out, as seen by the viewer", cullings, "FACES")});
     add("Drawing", Applies_To::every_input,
         {{.names = {"--background"},
-          .value = text_value("COLOR"),
-          .text = "Colour behind what is drawn, or none: transparent",
-          .target = &options.background,
-          .by_default = options.background}});
+          .value = suggested_value("COLOR", {"none", "gradient"}),
+          .text = "Colour behind what is drawn; none is transparent, gradient light grey, TOP,BOTTOM a gradient of two colours; "
+                  "by default a gradient behind models, and white behind hidden lines, with a palette and behind maps",
+          .target = &options.background}});
     add("Drawing of models", Applies_To::models,
         {{.names = {"--color"},
           .value = text_value("COLOR"),
@@ -260,8 +168,7 @@ std::vector<std::string> arguments_of(const Model_Options& options) {
         }
     };
     const auto add_chosen = [&](const char* name, const auto& value, const auto& choices) {
-        const auto found = std::ranges::find(choices, value, [](const auto& choice) { return choice.second; });
-        add(name, found->first, choices.front().first);
+        add(name, name_of(value, choices), choices.front().first);
     };
     const auto add_flag = [&](const char* name, bool on) {
         if (on) {
@@ -270,14 +177,8 @@ std::vector<std::string> arguments_of(const Model_Options& options) {
     };
     arguments = options.models;
     add("--input-format", options.input_format, "");
-    if (options.aim) {
-        add("--camera", text_of(*options.aim), "");
-    } else {
-        add_chosen("--view", options.camera.view, views);
-    }
-    add_flag("--ortho", options.orthographic);
-    add_chosen("--up", options.camera.up, up_axes);
-    add("--zoom", text_of(options.camera.zoom), text_of(defaults.camera.zoom));
+    const std::vector<std::string> camera = camera_arguments_of(options);
+    arguments.insert(arguments.end(), camera.begin(), camera.end());
     add_chosen("--shading", options.picture.shading, shadings);
     add("--edges", options.edges, defaults.edges);
     add("--edge-color", options.edge_color, defaults.edge_color);
@@ -285,6 +186,8 @@ std::vector<std::string> arguments_of(const Model_Options& options) {
     if (options.point_size > 0) {
         add("--point-size", std::to_string(options.point_size), "");
     }
+    add_flag("--axes", options.axes);
+    add_flag("--scale-bar", options.scale_bar && options.orthographic);
     add_flag("--antialias", options.antialias);
     add_chosen("--cull", options.picture.culling, cullings);
     add("--background", options.background, defaults.background);
@@ -361,8 +264,29 @@ Palette_Choice palette_of(const Model_Options& options) {
     return choice;
 }
 
-VT_RGB32 background_of(const Model_Options& options) {
-    return parsed_color("--background", options.background, {"none"});
+// Gradients are dithered where pixels have palette indices, and drawings of lines have them on paper.
+drawing::Background background_of(const Model_Options& options) {
+    const std::string& text = options.background;
+    if (text.empty()) {
+        const bool is_white =
+            !options.palette.empty() || options.colors == 8 || options.picture.shading == drawing::model::Shading::hidden_line;
+        return is_white ? drawing::Background() : drawing::model_gradient;
+    }
+    if (text == "gradient") {
+        return drawing::model_gradient;
+    }
+    const std::vector<std::string> others{"none", "gradient", "TOP,BOTTOM"};
+    const std::size_t comma = text.find(',');
+    const VT_RGB32 top = parsed_color("--background", text.substr(0, comma), others);
+    return {top, comma == text.npos ? top : parsed_color("--background", text.substr(comma + 1), others)};
+}
+
+std::optional<drawing::Background> drawn_background_of(const Model_Options& options) {
+    return options.is_transparent() ? std::nullopt : std::optional(background_of(options));
+}
+
+VT_RGB32 map_background_of(const Model_Options& options) {
+    return parsed_color("--background", options.background.empty() ? "white" : options.background, {"none"});
 }
 
 drawing::Model_Style style_of(const Model_Options& options) {
@@ -371,6 +295,8 @@ drawing::Model_Style style_of(const Model_Options& options) {
     style.picture.light = parsed_direction(options.light);
     style.line_width = options.line_width;
     style.point_size = options.point_size;
+    style.axes = options.axes;
+    style.scale_bar = options.scale_bar;
     if (!options.edges.empty()) {
         if (options.edges != "all" && options.edges != "feature") {
             throw drawing::Usage_Error("--edges: expected all or feature, found '" + options.edges + "'");
@@ -400,26 +326,17 @@ drawing::Model_Look look_of(const Model_Options& options, bool has_lines, VT_Ref
         throw drawing::Usage_Error("--antialias: expected 32 bits a pixel, found " +
                                    (options.palette.empty() ? "--colors 8" : "--palette " + options.palette));
     }
-    const auto background = options.is_transparent() ? std::nullopt : std::optional(background_of(options));
-    return drawing::look_of(style_of(options), background, options.antialias, std::move(palette));
-}
-
-drawing::model::Camera_Settings camera_settings_of(const Model_Options& options, const drawing::model::Mesh& mesh,
-                                                   VT_Int_Pair size) {
-    using drawing::model::Projection;
-    drawing::model::Camera_Settings settings = options.camera;
-    settings.projection = options.orthographic ? Projection::orthographic : Projection::perspective;
-    settings.aim = options.aim;
-    if (const auto placed = drawing::camera_of_mesh(settings, mesh, size)) {
-        return *placed;
-    }
-    throw drawing::Usage_Error("--camera: expected two places apart and another direction that points up, found '" +
-                               text_of(*options.aim) + "'");
+    return drawing::look_of(style_of(options), drawn_background_of(options), options.antialias, std::move(palette));
 }
 
 drawing::model::Mesh load_mesh(const Model_Options& options, std::vector<drawing::Input> inputs, bool empty) {
+    const std::optional<drawing::model::Section> section = section_of(options);
+    const std::string name = inputs.front().name;
     drawing::model::Mesh mesh = drawing::model::load_models(inputs, *options.limits, empty, options.crease);
     warn(options, mesh.warnings);
+    if (section && !mesh.is_empty()) {
+        drawing::model::cut_open(mesh, *section, name, *options.limits);
+    }
     return mesh;
 }
 
@@ -432,7 +349,8 @@ std::unique_ptr<drawing::model::Scene> make_faces(const Model_Options& options, 
 
 drawing::Model_Parts make_model(const Model_Options& options, const drawing::model::Mesh& mesh) {
     std::vector<std::string> warnings;
-    drawing::Model_Parts parts = drawing::make_parts(mesh, style_of(options), *options.limits, warnings);
+    drawing::Model_Parts parts =
+        drawing::make_parts(mesh, style_of(options), drawn_background_of(options), *options.limits, warnings);
     warn(options, warnings);
     return parts;
 }

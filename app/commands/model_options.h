@@ -8,9 +8,10 @@
 #include <vector>
 
 #include "app/cli/options.h"
+#include "app/commands/camera_options.h"
 #include "drawing/files/input.h"
 #include "drawing/files/load_limits.h"
-#include "drawing/image/image_file.h"
+#include "drawing/image/background.h"
 #include "drawing/job/model_style.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/edge_renderer.h"
@@ -20,19 +21,18 @@
 
 namespace vorna::app {
 
-struct Model_Options {
+struct Model_Options : Camera_Options {
     std::vector<std::string> models; // files, drawn together
     std::string input_format;        // empty = as their names and contents say
-    drawing::model::Camera_Settings camera;
-    bool orthographic = false;
-    std::optional<drawing::model::Aim> aim; // in the file's coordinates; up 0, 0, 0 = the model's
     drawing::model::Model_Look picture;
-    std::string background = "white", light = "-0.5,0.65,0.7"; // background none: transparent
-    std::string color;                                         // empty = the model's own
-    std::optional<double> crease;                              // degrees; none = as the model says
-    std::string edges;                                         // empty = none
+    std::string background; // none = transparent, empty = by what is drawn
+    std::string light = "-0.5,0.65,0.7";
+    std::string color;            // empty = the model's own
+    std::optional<double> crease; // degrees; none = as the model says
+    std::string edges;            // empty = none
     std::string edge_color;
     int line_width = 1, point_size = 0; // pixels; 0 = by the number of points
+    bool axes = false, scale_bar = false;
     bool antialias = false;
     int colors = 0;      // bits a pixel of the file; 0 = as the palette needs, 32 without one
     std::string palette; // cube, levels as 8x8x4, or a file; empty = none
@@ -72,13 +72,13 @@ std::vector<drawing::Input> open_inputs(const Model_Options& options);
 Palette_Choice palette_of(const Model_Options& options);
 // Whether the renderer draws palette indices; palettes from files are for what it has drawn.
 bool draws_indices(const Model_Options& options);
-// Of what is not transparent.
-VT_RGB32 background_of(const Model_Options& options);
+// Of images that are not transparent: models may have a gradient.
+drawing::Background background_of(const Model_Options& options);
+std::optional<drawing::Background> drawn_background_of(const Model_Options& options); // none = transparent
+VT_RGB32 map_background_of(const Model_Options& options);
 drawing::Model_Style style_of(const Model_Options& options);
 // has_lines: whether the model itself has some.
 drawing::Model_Look look_of(const Model_Options& options, bool has_lines, VT_Reference<const VT_Palette> palette = {});
-drawing::model::Camera_Settings camera_settings_of(const Model_Options& options, const drawing::model::Mesh& mesh,
-                                                   VT_Int_Pair size);
 
 // What could not be read of materials and textures is said, or refused. empty: whether files without triangles are fine.
 drawing::model::Mesh load_mesh(const Model_Options& options, std::vector<drawing::Input> inputs, bool empty = false);

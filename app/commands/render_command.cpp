@@ -92,6 +92,7 @@ Command render_command() {
                 options->has_size = given.has("--size");
                 render_map(*options, *map_options, *map, chosen_module(given));
             } else {
+                choose_up_axis(*options, inputs);
                 render_models(*options, std::move(inputs), chosen_module(given));
             }
             return exit_status::done;

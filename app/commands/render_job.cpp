@@ -221,12 +221,6 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
     settings.max_memory = options.limits->memory();
     settings.transparent = options.is_transparent();
     settings.linear = options.studio;
-    if (!settings.transparent) {
-        settings.background = background_of(options);
-    }
-    if (!options.pass.empty()) {
-        settings.background = {0, 0, 0, 255};
-    }
     settings.depths = options.pass == "depth";
     settings.palette = palette.drawn;
     settings.mapped_palette = palette.mapped;

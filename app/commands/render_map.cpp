@@ -17,12 +17,14 @@ void render_map(const Render_Options& options, const Map_Options& map_options, c
     drawing::Job_Settings settings = job_settings_of(options, size, supersample_of_map(options), {});
     check_map_options(options, map_options, input);
     const auto start = Clock::now();
-    const drawing::Map_Look look{settings.background, options.colors == 8, options.antialias};
+    const VT_RGB32 background = options.is_transparent() ? VT_RGB32{255, 255, 255, 255} : map_background_of(options);
+    const drawing::Map_Look look{background, options.colors == 8, options.antialias};
     drawing::Map_Drawing drawing(load_map_scene(options, map_options, input), look);
     if (!options.has_size) {
         size = drawing.scene().fitted({size.x, 0}).size;
         settings = job_settings_of(options, size, supersample_of_map(options), {});
     }
+    settings.background = background;
     settings.palette = drawing.palette();
     const Load_Times times{std::chrono::duration<double, std::milli>(Clock::now() - start).count(), 0};
     run_job(options, std::move(settings), module, drawing, times, "map");

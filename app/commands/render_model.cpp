@@ -42,6 +42,9 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     const VT_Int_Pair size = image_size_of(options);
     const Palette_Choice palette = palette_of(options);
     drawing::Job_Settings settings = job_settings_of(options, size, supersample_of_model(options, size), palette);
+    if (!settings.transparent) {
+        settings.background = options.pass.empty() ? background_of(options) : drawing::Background({0, 0, 0, 255});
+    }
     look_of(options, true); // its faults are found before the model is read
     Load_Times times;
     const auto start = Clock::now();
@@ -64,6 +67,7 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     if (!options.pass.empty()) {
         parts.lines.reset();
         parts.points.reset();
+        parts.overlay.reset();
     }
     drawing::Model_Drawing drawing(std::move(parts), look, camera_settings_of(options, mesh, size),
                                    std::max(options.turntable, 1));

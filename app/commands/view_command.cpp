@@ -27,7 +27,6 @@ struct View_Options : Model_Options {
 
 void show(const View_Options& options, std::vector<drawing::Input> inputs, const Map_Options& map_options,
           const drawing::Module_Choice& module) {
-    background_of(options);
     const auto size = options.size.empty()
                           ? std::nullopt
                           : std::optional(parsed_pair(options.size, largest_picture_side,
@@ -43,7 +42,10 @@ void show(const View_Options& options, std::vector<drawing::Input> inputs, const
         throw drawing::Usage_Error(options.models.front() + ": expected a map or drawing alone, found others beside it");
     }
     const bool map = drawing::is_map(inputs.front());
-    if (!map) {
+    if (map) {
+        map_background_of(options);
+    } else {
+        background_of(options);
         look_of(options, true);
     }
     std::string title;
@@ -80,6 +82,7 @@ Command view_command() {
         .run = [options, map_options](const Given& given) {
             options->limits = limits_of(*options);
             std::vector<drawing::Input> inputs = open_inputs(*options);
+            choose_up_axis(*options, inputs);
             reject_options_of_other_kind(given, drawing::is_map(inputs.front()), inputs.front().name);
             show(*options, std::move(inputs), *map_options, chosen_module(given));
             return exit_status::done;

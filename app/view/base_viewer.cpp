@@ -1,4 +1,4 @@
-// What is common to pictures in a window.
+// The common base of viewers.
 #include "app/view/base_viewer.h"
 
 #include <algorithm>
@@ -90,7 +90,7 @@ void Base_Viewer::show() {
     }
 }
 
-// The renderer counts the window's margin above the picture.
+// The renderer's rows include the margin above the image.
 std::int32_t Base_Viewer::present(void* viewer, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
                                   const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y) {
     auto& self = *static_cast<Base_Viewer*>(viewer);
@@ -126,7 +126,7 @@ std::string Base_Viewer::free_name(const std::string& ending) {
     return name;
 }
 
-// Without the help, and in full.
+// Saves the image in full detail, without the help.
 void Base_Viewer::take_screenshot() {
     const bool help = std::exchange(shows_help_, false);
     refine();
@@ -151,7 +151,8 @@ void Base_Viewer::take_screenshot() {
     std::fflush(stdout);
 }
 
-// Through a renderer of its own: a recorder sees it from its start. The help is not recorded, nor are depths.
+// Draws with another renderer, because a recording includes all calls since its renderer was created. Neither the help nor the
+// image of depths is recorded.
 void Base_Viewer::record() {
     const std::string ending = ".json.gz", name = free_name(ending);
     try {

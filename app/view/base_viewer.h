@@ -1,4 +1,4 @@
-// What is common to pictures in a window: a renderer that draws them, the help over them, and files of what is shown.
+// The common base of viewers: the session that draws, the help panel, and files of the shown image.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 
 namespace vorna::app::view {
 
-// As a shell reads it back.
+// The word quoted for a shell.
 std::string shell_word(const std::string& word);
 std::string with_commas(std::size_t number);
 
@@ -24,7 +24,7 @@ public:
     void show() override;
 
 protected:
-    // What draws: a session with its window established, and renditions with and without depth test.
+    // A session with its window established, and renditions with and without depth test.
     struct Canvas {
         drawing::Session session;
         VT_Reference<VT_Rendition> rendition, flat_rendition;
@@ -32,35 +32,36 @@ protected:
         explicit Canvas(const drawing::Module_Choice& module) : session(module) {}
     };
 
-    // file: what is shown. folder: for files of it. margin: what the window has above and to the right of the picture.
+    // file: the input. folder: for screenshots and recordings. margin: pixels of the session's window above and to the right of
+    // the shown image.
     Base_Viewer(const drawing::Module_Choice& module, std::string file, std::string folder, std::int32_t margin, Screen& screen);
 
-    // What a key asks for, but for the help, files, the full screen and the end.
+    // Performs all commands but those that press handles: help, files, full screen and quit.
     virtual void perform(Command command) = 0;
-    // Fits the session and its renditions to the size and to what is to be drawn.
+    // Sets up the session and its renditions for the size and the current options.
     virtual void establish(Canvas& canvas) = 0;
-    // A whole picture, in full and without the help.
+    // Draws a picture in full detail, without the help.
     virtual void paint(Canvas& canvas) = 0;
-    // The command that draws what is shown into the image; empty when there is none.
+    // The command that draws the shown image into a file; empty when there is none.
     virtual std::string command_for(const std::string& image) const = 0;
 
     virtual std::vector<std::string> help() const { return help_lines(); }
 
     void draw_help();
-    std::string file_name() const; // of what is shown, without its folder
+    std::string file_name() const; // of the input, without its folder
     std::string speed_text() const;
 
     const drawing::Module_Choice module_;
     Canvas canvas_;
     VT_Int_Pair size_{1, 1};
     bool established_ = false, changed_ = true, shows_help_ = false;
-    double time_ = 0; // milliseconds that the last picture took, until it was shown
+    double time_ = 0; // milliseconds for drawing and showing the last picture
 
 private:
     static std::int32_t present(void* viewer, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
                                 const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y);
 
-    // A name for a file in the folder that no file has.
+    // The path of a file in the folder that does not exist.
     std::string free_name(const std::string& ending);
     void take_screenshot();
     void record();

@@ -1,4 +1,4 @@
-// How hands move a camera.
+// Camera moves for mouse and keys.
 #include "app/view/camera_moves.h"
 
 #include <algorithm>
@@ -41,14 +41,14 @@ Pose shifted(Pose pose, const VT_Vector_D& by) {
 } // namespace
 
 double pixel_length(const Pose& pose, VT_Int_Pair size) {
-    return 2 * drawing::model::half_view_tangent * length(pose.aim.eye - pose.aim.target) / (pose.zoom * size.y);
+    return 2 * pose.half_tangent * length(pose.aim.eye - pose.aim.target) / (pose.zoom * size.y);
 }
 
 Pose turned(const Pose& pose, const VT_Vector_D& vertical, double turn, double tilt) {
     const auto [right, up, toward] = axes_of(pose.aim);
     constexpr double quarter = std::numbers::pi / 2;
     const double elevation = std::atan2(dot(toward, vertical), dot(up, vertical));
-    // A camera that was put on its head, or lies on its side, may stay so.
+    // A camera that starts upside down or tilted beyond the vertical is not forced back.
     if (std::abs(elevation) <= quarter + 1e-9) {
         tilt = std::clamp(elevation + tilt, -quarter, quarter) - elevation;
     }

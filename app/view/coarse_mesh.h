@@ -1,4 +1,4 @@
-// A mesh with fewer triangles, for pictures in motion.
+// A mesh with fewer triangles, for drawing while the camera moves.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,8 @@
 
 namespace vorna::app::view {
 
-// About so many triangles of a finished mesh, in the same place: vertices in one cell of a grid become one (Rossignac and
-// Borrel), and triangles with corners in one cell go. Colours stay, materials do not.
+// Returns a mesh of about so many triangles with the same centre and radius. Vertices in the same cell of a grid become one
+// (Rossignac and Borrel), and triangles with two corners in the same cell are dropped. Colours are kept, materials are not.
 drawing::model::Mesh coarse_mesh(const drawing::model::Mesh& mesh, std::size_t triangles);
 
 } // namespace vorna::app::view

@@ -1,4 +1,4 @@
-// What the keys of a viewer do.
+// The commands of a viewer and their keys.
 #include "app/view/commands.h"
 
 #include <algorithm>
@@ -54,7 +54,7 @@ std::vector<std::string> help_lines() {
         "p              32 bits a pixel, palettes",
         "d              depth buffer",
         "c              screenshot",
-        "w              write a picture for vorna replay",
+        "w              write a recording for vorna replay",
         "r, home        as at the start",
         "f              full screen",
         "h, F1          this help",
@@ -69,7 +69,7 @@ std::vector<std::string> map_help_lines() {
         "a              smooth lines",
         "p              32 bits a pixel, a palette",
         "c              screenshot",
-        "w              write a picture for vorna replay",
+        "w              write a recording for vorna replay",
         "r, home        as at the start",
         "f              full screen",
         "h, F1          this help",

@@ -1,4 +1,4 @@
-// What the keys of a viewer do.
+// The commands of a viewer and their keys.
 #pragma once
 
 #include <optional>
@@ -30,10 +30,10 @@ enum class Command {
     quit,
 };
 
-// By a key's letter or sign; reversed: with shift or control.
+// The command of a key, a letter or sign. reversed: with shift or control.
 std::optional<Command> command_of(char key, bool reversed);
 
-// Lines that tell what mouse and keys do, for people.
+// The lines of the help panel.
 std::vector<std::string> help_lines();
 std::vector<std::string> map_help_lines();
 

@@ -1,4 +1,4 @@
-// A map or drawing that the mouse moves.
+// The viewer of maps and drawings.
 #include "app/view/map_viewer.h"
 
 #include <algorithm>
@@ -18,7 +18,7 @@ constexpr double smallest_map_zoom = 0.1, largest_map_zoom = 10000;
 Map_Viewer::Map_Viewer(const Model_Options& options, const Map_Options& map_options, const drawing::Input& input,
                        const drawing::Module_Choice& module, std::string folder, Screen& screen)
     : Base_Viewer(module, input.name, std::move(folder), 0, screen),
-      is_opaque_(map_options.opacity == 1), look_{background_of(options), options.colors == 8, options.antialias},
+      is_opaque_(map_options.opacity == 1), look_{map_background_of(options), options.colors == 8, options.antialias},
       drawing_(load_map_scene(options, map_options, input), look_), middle_(drawing_.scene().fitted({1, 1}).middle),
       antialias_(options.antialias) {
 }
@@ -36,12 +36,12 @@ void Map_Viewer::move(const Place& by) {
     changed_ = true;
 }
 
-// What lies under the pointer stays there.
+// The point under the pointer keeps its place.
 void Map_Viewer::zoom(double factor, const Place& pointer) {
     const double before = view().scale;
     zoom_ = std::clamp(zoom_ * factor, smallest_map_zoom, largest_map_zoom);
-    const double share = 1 / before - 1 / view().scale;
-    middle_ = {middle_.x + (pointer.x - size_.x / 2.0) * share, middle_.y + (size_.y / 2.0 - pointer.y) * share};
+    const double shift = 1 / before - 1 / view().scale; // per pixel
+    middle_ = {middle_.x + (pointer.x - size_.x / 2.0) * shift, middle_.y + (size_.y / 2.0 - pointer.y) * shift};
     changed_ = true;
 }
 

@@ -1,4 +1,4 @@
-// A map or drawing that the mouse moves. Knows no window system.
+// The viewer of maps and drawings. Independent of the window system.
 #pragma once
 
 #include "app/commands/map_options.h"
@@ -35,7 +35,7 @@ private:
     drawing::Map_Look look_;
     drawing::Map_Drawing drawing_;
     drawing::map::Position middle_; // of the window, on the projection's plane
-    double zoom_ = 1;               // 1: everything fills the window
+    double zoom_ = 1;               // 1: the whole drawing fits the window
     bool antialias_ = false;
 };
 

@@ -1,4 +1,4 @@
-// Scripts of mouse and keys.
+// Mouse and key events from a file.
 #include "app/view/script.h"
 
 #include <algorithm>
@@ -89,7 +89,7 @@ private:
         if (!(stream >> pair.x >> found >> pair.y) || found != separator || stream.peek() != EOF) {
             fail(expected, text);
         }
-        // Larger than any window; sums of moves stay in range.
+        // Beyond any window, and sums of coordinates do not overflow.
         constexpr std::int32_t farthest = 32767;
         if (std::min(pair.x, pair.y) < -farthest || std::max(pair.x, pair.y) > farthest) {
             fail(expected + " up to " + std::to_string(farthest), text);

@@ -1,4 +1,4 @@
-// Mouse and keys from a file, for tests and demonstrations.
+// Mouse and key events from a file, for tests and demonstrations.
 #pragma once
 
 #include <cstdint>
@@ -18,12 +18,12 @@ struct Script_Step {
     std::string key; // one letter or sign, or F1, Home or Escape
     bool shift = false, ctrl = false;
     Button button = Button::left;
-    VT_Int_Pair from, to; // drag: in the window, from its upper left; wheel: to is the pointer; resize: to is the size
+    VT_Int_Pair from, to; // drag: pixels from the window's upper left; wheel: to is the pointer; resize: to is the size
     std::int32_t clicks = 0;
 };
 
-// A step a line: "key [ctrl+|shift+]NAME", "drag [ctrl+|shift+]left|middle|right X,Y X,Y", "wheel CLICKS X,Y", "resize WxH";
-// empty lines and what follows # count for nothing. file: for messages. Throws Usage_Error.
+// A step for each line: "key [ctrl+|shift+]NAME", "drag [ctrl+|shift+]left|middle|right X,Y X,Y", "wheel CLICKS X,Y", "resize
+// WxH"; empty lines and text after # are ignored. file: for messages. Throws Usage_Error.
 std::vector<Script_Step> parsed_script(const std::string& file, std::string_view text);
 
 } // namespace vorna::app::view

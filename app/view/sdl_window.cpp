@@ -1,4 +1,4 @@
-// A window by SDL, as a module.
+// A module that opens windows with SDL.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -17,10 +17,10 @@ namespace vorna::app::view {
 namespace {
 
 constexpr VT_Int_Pair preferred_size{1280, 960};
-// A picture that was drawn in haste is drawn in full after so many milliseconds without mouse and keys.
-constexpr int rest = 150;
+// Milliseconds without events after which a draft is drawn in full detail.
+constexpr int draft_pause = 150;
 constexpr double wheel_step = 1.2;
-// What a scripted drag comes in.
+// The number of moves of a scripted drag.
 constexpr int drag_parts = 8;
 
 void check(bool good, const char* what) {
@@ -29,10 +29,10 @@ void check(bool good, const char* what) {
     }
 }
 
-// SDL from its start to its end.
+// Initialises SDL and shuts it down.
 struct Library {
     Library() {
-        // Without a display SDL would be content with a window that nobody sees, unless it was asked for by name.
+        // Without a display SDL opens an invisible window. That is wanted only when its driver is named.
         const bool named = std::getenv("SDL_VIDEODRIVER") != nullptr;
         if (!named && !std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY")) {
             throw std::runtime_error("no display to open a window on: neither DISPLAY nor WAYLAND_DISPLAY is set");
@@ -85,7 +85,7 @@ public:
                 continue;
             }
             SDL_Event event;
-            if (SDL_WaitEventTimeout(&event, controls.is_draft() || title_is_old_ ? rest : -1) != 0) {
+            if (SDL_WaitEventTimeout(&event, controls.is_draft() || title_is_old_ ? draft_pause : -1) != 0) {
                 do {
                     handle(event);
                 } while (!closed_ && SDL_PollEvent(&event) != 0);
@@ -93,7 +93,7 @@ public:
                 controls.refine();
                 show_title();
             }
-            if (SDL_GetTicks64() - title_time_ > 4 * rest) {
+            if (SDL_GetTicks64() - title_time_ > 4 * draft_pause) {
                 show_title();
             }
         }
@@ -146,13 +146,13 @@ private:
         return {std::max(size.x, 1), std::max(size.y, 1)};
     }
 
-    // Windows of displays with small pixels have more of them than they say.
+    // On displays with high resolution a window's unit covers several pixels.
     Place in_pixels(int x, int y) const { return {x * pixels_per_unit_, y * pixels_per_unit_}; }
 
     void fit() {
         const VT_Int_Pair size = size_in_pixels();
         pixels_per_unit_ = static_cast<double>(size.x) / size_in_window().x;
-        // Letters shrink before the help leaves the window.
+        // Letters are smaller in windows that are too small for the help panel.
         const int scale = std::min(size.x / 400, size.y / 250);
         controls_->resize(size, std::clamp(scale, 1, std::max(2, static_cast<int>(std::lround(2 * pixels_per_unit_)))));
     }
@@ -261,7 +261,7 @@ private:
         }
     }
 
-    // As if it came from mouse and keyboard.
+    // Sends the events of a step as if they came from mouse and keyboard.
     void push(const Script_Step& step) {
         const auto send = [this](SDL_EventType type, auto fill) {
             SDL_Event event{};
@@ -332,14 +332,14 @@ private:
     Controls* controls_ = nullptr;
     double pixels_per_unit_ = 1;
     Place pointer_;
-    int button_ = 0; // that is held
+    int button_ = 0; // the pressed mouse button
     bool closed_ = false, title_is_old_ = false;
     Uint64 title_time_ = 0;
 };
 
 } // namespace
 
-// No exception leaves the module: its types are not the command's.
+// Exceptions do not cross the module's border, because its types may differ from the command's.
 extern "C" VORNA_MODULE_EXPORT Window* vorna_open_window(const char* title, const VT_Int_Pair* size, std::string* error) {
     try {
         return new Sdl_Window(title, *size);

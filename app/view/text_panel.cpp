@@ -1,4 +1,4 @@
-// A few lines of text as an image.
+// Lines of text as an image.
 #include "app/view/text_panel.h"
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 namespace vorna::app::view {
 namespace {
 
-// Rows of five dots from the top, the seventh on the baseline; rows that are left out are empty.
+// Rows of five dots, the highest first; the seventh lies on the baseline. Missing rows are empty.
 struct Glyph {
     char letter;
     std::string_view rows;
@@ -61,9 +61,9 @@ constexpr std::array glyphs{
     Glyph{'-', "...../...../...../#####"},
 };
 
-// In dots: a letter with the gap behind it, a line with the gap below it, and the border around the text.
+// In dots: the width of a letter and its gap, the height of a line and its gap, and the border around the text.
 constexpr std::int32_t letter_width = 6, line_height = 11, border = 6;
-constexpr VT_RGB32 paper{48, 40, 32, 255}, ink{240, 240, 240, 255};
+constexpr VT_RGB32 background{48, 40, 32, 255}, foreground{240, 240, 240, 255};
 
 bool has_dot(char letter, std::int32_t x, std::int32_t y) {
     const auto* found = std::ranges::find(glyphs, letter, &Glyph::letter);
@@ -89,7 +89,7 @@ VT_Reference<VT_Shared_Image> text_panel(const std::vector<std::string>& lines, 
             const auto letter = static_cast<std::size_t>(x / letter_width);
             const bool dot = written && x >= 0 && letter < lines[static_cast<std::size_t>(line)].size() &&
                              has_dot(lines[static_cast<std::size_t>(line)][letter], x % letter_width, y % line_height);
-            pixels[column] = dot ? ink : paper;
+            pixels[column] = dot ? foreground : background;
         }
     }
     return image;

@@ -1,4 +1,4 @@
-// A few lines of text as an image.
+// Lines of text as an image.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,8 @@
 
 namespace vorna::app::view {
 
-// Light on dark, each dot of a letter scale pixels wide. Letters are small ones and F; what has no glyph is left blank.
+// Light text on dark ground; a dot of a letter is scale x scale pixels. There are glyphs for a to z, F, digits and the signs of
+// the help; all other characters are blank.
 VT_Reference<VT_Shared_Image> text_panel(const std::vector<std::string>& lines, std::int32_t scale);
 
 } // namespace vorna::app::view

@@ -1,4 +1,4 @@
-// A model that hands turn.
+// The viewer of models.
 #include "app/view/viewer.h"
 
 #include <algorithm>
@@ -19,11 +19,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Pictures that take longer are drawn coarsely while the camera moves, in milliseconds.
-constexpr double hasty_limit = 40;
+// In milliseconds. While the camera moves, models that take longer are drawn as coarse meshes.
+constexpr double draft_limit = 40;
 constexpr std::size_t coarse_triangles = 100000;
 
-// What the key for palettes goes through.
+// The pixel formats and palettes that the palette key cycles through.
 struct Pixel_Kind {
     std::string name;
     int colors;
@@ -33,7 +33,7 @@ struct Pixel_Kind {
 const std::array<Pixel_Kind, 4> pixel_kinds{
     {{"32 bits", 32, ""}, {"8 bits", 8, ""}, {"8 bits, 8 x 8 x 4 colours", 8, "8x8x4"}, {"8 bits, 8 colours", 8, "2x2x2"}}};
 
-// Which of them the options ask for.
+// The index of the options' pixel kind.
 std::size_t pixel_kind_of(const Model_Options& options) {
     const std::string palette = options.palette == "cube" ? "" : options.palette;
     const bool indexed = draws_indices(options);
@@ -56,10 +56,10 @@ Viewer::Viewer(const Model_Options& options, std::vector<drawing::Input> inputs,
     look_of(options_, !mesh_.lines.empty());
     camera_settings_of(options_, mesh_, size_);
     positions_ = drawing::model::drawn_positions(mesh_);
-    drawing::add_forms(forms_, mesh_, style_of(options_));
+    drawing::add_forms(forms_, mesh_, style_of(options_), background_of(options_));
 }
 
-// A drag across the picture's height is half a turn.
+// A drag across the window's height turns the camera by half a turn.
 void Viewer::turn(const Place& by) {
     const double angle = std::numbers::pi / size_.y;
     set_pose(turned(pose(), drawing::model::up_direction(options_.camera.up), -by.x * angle, by.y * angle));
@@ -69,7 +69,7 @@ void Viewer::move(const Place& by) {
     set_pose(moved(pose(), size_, by));
 }
 
-// What lies under the pointer stays there when it is known how far away it is.
+// When zooming in, the surface point under the pointer keeps its place.
 void Viewer::zoom(double factor, const Place& pointer) {
     Pose pose = this->pose();
     if (const auto distance = factor > 1 ? distance_at(pointer) : std::nullopt) {
@@ -158,7 +158,7 @@ void Viewer::set_palette(std::size_t choice) {
     established_ = false;
 }
 
-// Without what makes no sense at the moment: only edges can be smoothed, and only in 32 bits.
+// The options without those that have no effect now: only edges can be smoothed, and only in 32 bits.
 Model_Options Viewer::drawn_options() const {
     Model_Options options = options_;
     options.antialias = options.antialias && (options.has_edges() || !mesh_.lines.empty()) && options.colors == 32;
@@ -168,9 +168,9 @@ Model_Options Viewer::drawn_options() const {
     return options;
 }
 
-// In the file's coordinates, as the command line has it, so that a command draws the same.
+// In the file's coordinates, which the command line uses, so that a command can draw the same image.
 Pose Viewer::pose() const {
-    Pose pose{{}, options_.camera.zoom};
+    Pose pose{{}, options_.camera.zoom, camera_settings_of(options_, mesh_, size_).half_tangent};
     if (options_.aim) {
         pose.aim = *options_.aim;
         if (drawing::model::length(pose.aim.up) == 0) {
@@ -192,7 +192,7 @@ void Viewer::set_pose(const Pose& pose) {
     moving_ = true;
 }
 
-// From the eye to what the last picture shows at a place; nothing where that is the background.
+// The distance from the eye to the surface at a place of the last picture; none on the background.
 std::optional<double> Viewer::distance_at(const Place& place) {
     if (changed_ || !established_ || !(place.x >= 0 && place.x < size_.x && place.y >= 0 && place.y < size_.y)) {
         return std::nullopt;
@@ -212,10 +212,10 @@ std::optional<double> Viewer::distance_at(const Place& place) {
     const auto along = [this](const double(&row)[4]) { return drawing::model::dot({row[0], row[1], row[2]}, camera_.toward); };
     const double d = depth / 65535.0;
     const auto& m = camera_.clip_from_model.m;
-    const double way = (d * m[3][3] - m[2][3]) / (along(m[2]) - d * along(m[3]));
+    const double along_view = (d * m[3][3] - m[2][3]) / (along(m[2]) - d * along(m[3]));
     using drawing::model::operator-, drawing::model::operator*;
     const VT_Vector_D eye = (pose().aim.eye - mesh_.center) * (1 / mesh_.radius);
-    const double distance = drawing::model::dot(camera_.toward, eye) - way;
+    const double distance = drawing::model::dot(camera_.toward, eye) - along_view;
     return distance > 1e-6 ? std::optional(distance * mesh_.radius) : std::nullopt;
 }
 
@@ -232,8 +232,6 @@ void Viewer::establish(Canvas& canvas) {
     rendition = VT_Reference<VT_Rendition>(new VT_Rendition);
     rendition->clip.hard_clip = session.window();
     rendition->window.rectangle = session.window();
-    rendition->window.color = background_of(options_);
-    rendition->window.index = static_cast<std::uint8_t>(session.palette().closest_match(rendition->window.color, false));
     flat_rendition = VT_Reference<VT_Rendition>(new VT_Rendition(*rendition));
     flat_rendition->clip.depth_test = false;
 }
@@ -260,7 +258,7 @@ drawing::Model_Parts& Viewer::model_for(const Model_Options& options, bool draft
 void Viewer::draw_model(Canvas& canvas, bool draft) {
     Model_Options options = drawn_options();
     if (draft) {
-        // Edges of a coarse model are not the model's: it has none over its faces.
+        // A coarse mesh has other edges than the model, so drafts show none over faces.
         options.antialias = false;
         options.edges.clear();
         if (!options.has_edges()) {
@@ -273,11 +271,13 @@ void Viewer::draw_model(Canvas& canvas, bool draft) {
     const drawing::Drawn_Parts parts{.faces = options.has_faces() ? model.faces.get() : nullptr,
                                      .edges = options.has_edges() ? model.edges.get() : nullptr,
                                      .lines = forms_.lines.get(),
-                                     .points = forms_.points.get()};
+                                     .points = forms_.points.get(),
+                                     .overlay = forms_.overlay.get()};
     drawing::prepare_model(parts, drawing::Tile_Grid(canvas.session.window()), camera_, look);
     VT_Renderer_Data& renderer = canvas.session.renderer();
-    VD_Draw_Window(renderer, *canvas.rendition);
-    drawing::draw_model(parts, look, renderer, *canvas.rendition, 0);
+    const drawing::Background background = background_of(options);
+    drawing::paint_background(renderer, *canvas.rendition, background);
+    drawing::draw_model(parts, look, renderer, *canvas.rendition, 0, background);
 }
 
 void Viewer::paint(Canvas& canvas) {
@@ -286,7 +286,7 @@ void Viewer::paint(Canvas& canvas) {
     canvas.session.renderer().end_picture_all();
 }
 
-// The nearest depth is white, the farthest nearly black.
+// Shows depths as grey: the nearest is white, the farthest nearly black.
 void Viewer::draw_depths() {
     const VT_Reference<VT_Shared_Image> depths = canvas_.session.read_depth();
     const std::int32_t width = depths->width(), height = depths->height();
@@ -307,7 +307,7 @@ void Viewer::draw_depths() {
         for (std::int32_t x = 0; x < width; ++x) {
             const std::int32_t depth = row_of(r)[x];
             const auto grey = static_cast<std::uint8_t>(255 - 215 * std::clamp(depth - nearest, 0, range) / range);
-            pixels[x] = depth == 0xFFFF ? canvas_.rendition->window.color : VT_RGB32{grey, grey, grey, 255};
+            pixels[x] = depth == 0xFFFF ? VT_RGB32{255, 255, 255, 255} : VT_RGB32{grey, grey, grey, 255};
         }
     }
     const VT_Int_Rectangle window = canvas_.session.window();
@@ -322,7 +322,7 @@ void Viewer::draw() {
         establish(canvas_);
         established_ = true;
     }
-    const bool draft = moving_ && full_time_ > hasty_limit && mesh_.triangle_count() > coarse_triangles &&
+    const bool draft = moving_ && full_time_ > draft_limit && mesh_.triangle_count() > coarse_triangles &&
                        shading() != drawing::model::Shading::textured;
     VT_Renderer_Data& renderer = canvas_.session.renderer();
     renderer.begin_picture_all();

@@ -1,4 +1,4 @@
-// A model that hands turn: what is drawn, and what mouse and keys change about it. Knows no window system.
+// The viewer of models: draws a model and changes camera and options by mouse and keys. Independent of the window system.
 #pragma once
 
 #include <array>
@@ -18,7 +18,7 @@ namespace vorna::app::view {
 
 class Viewer final : public Base_Viewer {
 public:
-    // folder: for screenshots. Throws what reading, module and options throw.
+    // folder: for screenshots and recordings. Throws what reading, module and options throw.
     Viewer(const Model_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module,
            std::string folder, Screen& screen);
 
@@ -50,15 +50,15 @@ private:
     Model_Options options_;
     const Model_Options first_options_;
     drawing::model::Mesh mesh_;
-    std::vector<VT_Vector> positions_; // of what is drawn, for fitting cameras
-    // Made when they are first drawn: by shading, textured or not, in full and as drafts.
+    std::vector<VT_Vector> positions_; // of everything drawn, for fitting cameras
+    // Created when they are first drawn: for shading without and with textures, and for drafts.
     drawing::Model_Parts plain_, textured_, coarse_;
     drawing::Model_Parts forms_; // lines and points, which are never coarse
 
     std::size_t palette_choice_ = 0;
     bool shows_depth_ = false, moving_ = false, draft_shown_ = false;
     drawing::model::Camera camera_; // of the last picture
-    double full_time_ = 0;          // milliseconds that the last picture in full took
+    double full_time_ = 0;          // milliseconds for the last picture that was not a draft
 };
 
 } // namespace vorna::app::view

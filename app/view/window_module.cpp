@@ -1,4 +1,4 @@
-// Windows by the module beside the renderer's.
+// Opens windows with the module beside the renderer module.
 #include <stdexcept>
 
 #include <dlfcn.h>
@@ -8,7 +8,7 @@
 
 namespace vorna::app::view {
 
-// The module stays loaded: window systems do not like to be unloaded.
+// The module stays loaded, because window systems cannot be unloaded safely.
 std::unique_ptr<Window> open_window(const std::string& title, std::optional<VT_Int_Pair> size) {
     const std::string path = module_beside_renderer(window_module, "; it belongs to the package vorna-view");
     void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);

@@ -1,4 +1,4 @@
-// Builds without a window system.
+// For builds without a window system.
 #include <stdexcept>
 
 #include "app/view/window.h"
@@ -6,7 +6,7 @@
 namespace vorna::app::view {
 
 std::unique_ptr<Window> open_window(const std::string&, std::optional<VT_Int_Pair>) {
-    throw std::runtime_error("view: this vorna was built without SDL2 and opens no windows; render draws the same pictures");
+    throw std::runtime_error("view: this vorna was built without SDL2 and opens no windows; render draws the same images");
 }
 
 } // namespace vorna::app::view

@@ -29,6 +29,7 @@ struct Content_Probe {
 struct Format {
     std::string_view suffix; // in lower case, without the dot
     Input_Kind kind;
+    bool has_z_up = false; // whether z points up in the coordinates that its reader gives; y does otherwise
     // Whether contents are of the format; null: contents cannot tell.
     bool (*detect)(const Content_Probe& content) = nullptr;
     // The reader of the kind; of models null: the general reader, where there is one. Reading gives up the content.

@@ -16,17 +16,35 @@ void establish(Session& session, VT_Rendition& rendition, const Drawing& drawing
     drawing.set_attributes(rendition);
 }
 
-void draw_picture(Session& session, VT_Rendition& rendition, const Drawing& drawing, std::size_t tile, VT_RGB32 background) {
-    rendition.window.color = background;
-    rendition.window.index = static_cast<std::uint8_t>(session.palette().closest_match(background, false));
+// Rows of one colour are painted together.
+void paint_background(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Background& background) {
+    const VT_Int_Rectangle frame = rendition.clip.hard_clip, window = rendition.window.rectangle;
+    const VT_Reference<VT_Rendition> painted(new VT_Rendition(rendition));
+    VT_Window_Attributes& attributes = painted->window;
+    for (std::int32_t row = window.bottom, next = row; row <= window.top; row = next) {
+        const VT_RGB32 color = background.row_color(row, frame);
+        next = background.is_plain() ? window.top + 1 : row + 1;
+        while (next <= window.top && background.row_color(next, frame) == color) {
+            ++next;
+        }
+        attributes.rectangle.bottom = row;
+        attributes.rectangle.top = next - 1;
+        attributes.color = color;
+        attributes.index = static_cast<std::uint8_t>(renderer.current_renderer_options().palette().closest_match(color, false));
+        VD_Draw_Window(renderer, *painted);
+    }
+}
+
+void draw_picture(Session& session, VT_Rendition& rendition, const Drawing& drawing, std::size_t tile,
+                  const Background& background) {
     VT_Renderer_Data& renderer = session.renderer();
     renderer.begin_picture_all();
-    VD_Draw_Window(renderer, rendition);
-    drawing.draw(session, rendition, tile);
+    paint_background(renderer, rendition, background);
+    drawing.draw(session, rendition, tile, background);
     renderer.end_picture_all();
 }
 
-void Tile_Renderer::draw(const Drawing& drawing, const Tile_Grid& grid, std::size_t tile, VT_RGB32 background) {
+void Tile_Renderer::draw(const Drawing& drawing, const Tile_Grid& grid, std::size_t tile, const Background& background) {
     if (const VT_Int_Rectangle window = grid.window(tile); window != window_) {
         window_ = window;
         rendition_ = new VT_Rendition;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "drawing/image/background.h"
 #include "drawing/model/tiles.h"
 #include "drawing/recording/session.h"
 #include "host/rendition.h"
@@ -43,22 +44,25 @@ public:
     virtual void set_options(Session& session) const = 0;
     // Attributes of everything that is drawn; the rendition's clip and window are set.
     virtual void set_attributes(VT_Rendition& rendition) const = 0;
-    // Draws what touches a tile of the prepared frame, in a picture that has begun with an empty window. Several threads may draw
+    // Draws what touches a tile of the prepared frame, in a picture that has begun with this background. Several threads may draw
     // at once, each through a session and a rendition of its own.
-    virtual void draw(Session& session, const VT_Rendition& rendition, std::size_t tile) const = 0;
+    virtual void draw(Session& session, const VT_Rendition& rendition, std::size_t tile, const Background& background) const = 0;
 };
 
 // Fits a session and a rendition to a tile of a prepared drawing.
 void establish(Session& session, VT_Rendition& rendition, const Drawing& drawing, const Tile_Grid& grid, std::size_t tile);
+// Paints the rendition's window; a gradient spans the hard clip.
+void paint_background(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Background& background);
 // Draws the tile as a picture of its own.
-void draw_picture(Session& session, VT_Rendition& rendition, const Drawing& drawing, std::size_t tile, VT_RGB32 background);
+void draw_picture(Session& session, VT_Rendition& rendition, const Drawing& drawing, std::size_t tile,
+                  const Background& background);
 
 // A renderer with a window for one tile at a time. Every thread has its own.
 class Tile_Renderer {
 public:
     explicit Tile_Renderer(const Module_Choice& module) : session_(module) {}
 
-    void draw(const Drawing& drawing, const Tile_Grid& grid, std::size_t tile, VT_RGB32 background);
+    void draw(const Drawing& drawing, const Tile_Grid& grid, std::size_t tile, const Background& background);
     Session& session() noexcept { return session_; }
 
 private:

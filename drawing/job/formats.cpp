@@ -75,7 +75,7 @@ constexpr Format table[] = {
     {.suffix = "geojson", .kind = Input_Kind::map, .read_map = map::read_json_map},
     {.suffix = "topojson", .kind = Input_Kind::map, .read_map = map::read_json_map},
     {.suffix = "dxf", .kind = Input_Kind::map, .detect = is_dxf, .read_map = map::read_dxf_map},
-    {.suffix = "stl", .kind = Input_Kind::model, .detect = is_stl, .read_model = read_content<model::read_stl>},
+    {.suffix = "stl", .kind = Input_Kind::model, .has_z_up = true, .detect = is_stl, .read_model = read_content<model::read_stl>},
     {.suffix = "obj", .kind = Input_Kind::model, .detect = is_obj, .read_model = read_content<model::read_obj>},
     {.suffix = "wrl", .kind = Input_Kind::model, .detect = is_vrml, .read_model = read_vrml},
     // Others that the general reader knows, for completion.
@@ -83,7 +83,7 @@ constexpr Format table[] = {
     {.suffix = "dae", .kind = Input_Kind::model},
     {.suffix = "fbx", .kind = Input_Kind::model},
     {.suffix = "blend", .kind = Input_Kind::model},
-    {.suffix = "off", .kind = Input_Kind::model},
+    {.suffix = "off", .kind = Input_Kind::model, .has_z_up = true},
     {.suffix = "x3d", .kind = Input_Kind::model},
     {.suffix = "3mf", .kind = Input_Kind::model},
 };

@@ -21,8 +21,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr VT_RGB32 black{0, 0, 0, 255}, white{255, 255, 255, 255};
 
-VT_RGB32 drawn_background(const Job_Settings& settings) {
-    return settings.transparent ? white : settings.background;
+Background drawn_background(const Job_Settings& settings) {
+    return settings.transparent ? Background(white) : settings.background;
 }
 
 } // namespace
@@ -32,40 +32,31 @@ Job::Job(const Job_Settings& settings, const Module_Choice& module, Drawing& dra
       needs_(drawing.needs(settings.part.size, settings.supersample)), plan_{Tile_Grid({}), 1, {}, 0, 0} {
     const auto start = Clock::now();
     if (!settings.mapped_palette.empty()) {
-        std::vector<VT_RGB32> flat{drawn_background(settings)};
-        flat.insert(flat.end(), settings.flat_colors.begin(), settings.flat_colors.end());
+        std::vector<VT_RGB32> flat = settings.flat_colors;
+        if (const Background background = drawn_background(settings); background.is_plain()) {
+            flat.push_back(background.top);
+        }
         dither_.emplace(settings.mapped_palette, flat);
     }
     finish_ = {settings.supersample, settings.transparent, dither_ ? &*dither_ : nullptr, settings.linear};
     choose_form();
     add_workers(1);
     make_plan();
+    blank_check_.emplace(drawn_background(settings), plan_.grid.frame, settings.palette.get());
     times_.plan = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
-// Of the file, and of a pixel in it where nothing is drawn.
 void Job::choose_form() {
     const VT_Int_Rectangle area = settings_.part.area();
-    const VT_RGB32 background = drawn_background(settings_);
     form_.width = static_cast<std::uint32_t>(area.right - area.left + 1);
     form_.height = static_cast<std::uint32_t>(area.top - area.bottom + 1);
-    std::vector<std::uint8_t> sample{background.red, background.green, background.blue, background.alpha};
-    if (settings_.transparent) {
-        sample.assign(4, 0);
-    } else if (settings_.depths) {
+    if (settings_.depths) {
         form_.colors = Image_Form::Colors::grey;
         form_.sample_bits = 16;
         form_.linear = true;
-        sample = {255, 255};
-    } else if (dither_ || settings_.palette) {
+    } else if (!settings_.transparent && (dither_ || settings_.palette)) {
         form_.colors = Image_Form::Colors::palette;
-        if (dither_) {
-            form_.palette = png_palette_of(settings_.mapped_palette);
-            sample = {dither_->nearest(background)};
-        } else {
-            form_.palette = png_palette_of(*settings_.palette);
-            sample = {static_cast<std::uint8_t>(settings_.palette->closest_match(background, false))};
-        }
+        form_.palette = dither_ ? png_palette_of(settings_.mapped_palette) : png_palette_of(*settings_.palette);
     }
     form_.opaque = !settings_.transparent;
     form_.reducible = true;
@@ -74,7 +65,6 @@ void Job::choose_form() {
     if (!settings_.part.is_whole()) {
         form_.place = settings_.part.bytes();
     }
-    sight_.emplace(std::move(sample));
 }
 
 void Job::make_plan() {
@@ -171,14 +161,34 @@ void Job::store_tile(Worker& worker, std::size_t tile, const Row_Places& places)
     for (std::int32_t row = 0; row < drawn.height / n; ++row) {
         std::uint8_t* samples = places(static_cast<std::uint32_t>(first_row + row)) + start;
         worker.finish.store_row(drawn, row, {kept.left / n, kept.top / n - row}, samples);
-        sight_->look_at(samples, static_cast<std::size_t>(drawn.width / n));
     }
+    blank_check_->add(cut(raster_of(session.color_buffer()), grid.window(tile), kept), kept.top);
+}
+
+// Whether a frame covers a pixel, in an image that has the background's colours everywhere: what is drawn in just those colours
+// shows over another background.
+bool Job::is_covered() {
+    const VT_RGB32 drawn = drawn_background(settings_).top;
+    const auto contrast = [](std::uint8_t channel) { return static_cast<std::uint8_t>(channel < 128 ? 255 : 0); };
+    const Background other(VT_RGB32{contrast(drawn.blue), contrast(drawn.green), contrast(drawn.red), 255});
+    const Tile_Grid& grid = plan_.grid;
+    Blank_Check check(other, grid.frame, settings_.palette.get());
+    Tile_Renderer& renderer = workers_.front()->renderer;
+    for (std::int32_t frame = 0; frame < drawing_.frame_count(); ++frame) {
+        prepare(frame);
+        for (std::size_t tile = 0; tile < grid.count() && check.is_blank(); ++tile) {
+            renderer.draw(drawing_, grid, tile, other);
+            const VT_Int_Rectangle kept = grid.pixels(tile);
+            check.add(cut(raster_of(renderer.session().color_buffer()), grid.window(tile), kept), kept.top);
+        }
+    }
+    return !check.is_blank();
 }
 
 // Parts of an image may well be empty.
-void Job::check_sight() const {
-    if (sight_->is_empty() && settings_.part.is_whole() && !settings_.allow_empty) {
-        throw std::runtime_error(nothing_seen(settings_.input));
+void Job::refuse_blank() {
+    if (blank_check_->is_blank() && settings_.part.is_whole() && !settings_.allow_empty && !is_covered()) {
+        throw std::runtime_error(blank_message(settings_.input));
     }
 }
 
@@ -206,7 +216,7 @@ Image Job::make_image() {
     if (failure) {
         std::rethrow_exception(failure);
     }
-    check_sight();
+    refuse_blank();
     Image image(static_cast<std::int32_t>(form_.width), static_cast<std::int32_t>(form_.height));
     const bool indexed = form_.colors == Image_Form::Colors::palette;
     for (std::size_t i = 0; i < image.pixels.size(); ++i) {

@@ -8,11 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "drawing/image/background.h"
+#include "drawing/image/blank_check.h"
 #include "drawing/image/image.h"
 #include "drawing/image/image_form.h"
 #include "drawing/image/palette.h"
 #include "drawing/image/pixel_finish.h"
-#include "drawing/image/sight.h"
 #include "drawing/job/drawing.h"
 #include "drawing/job/image_part.h"
 #include "drawing/job/image_plan.h"
@@ -27,7 +28,7 @@ struct Job_Settings {
     std::int32_t supersample = 1; // columns and rows of drawn pixels for one
     unsigned threads = 0;         // 0 = as many as there are processors
     std::uint64_t max_memory = std::uint64_t{1} << 30;
-    VT_RGB32 background{255, 255, 255, 255};
+    Background background;
     bool transparent = false;               // instead of the background
     bool linear = false;                    // see Finish_Settings
     bool depths = false;                    // 16-bit grey: the depth buffer instead of colours; neither enlarged nor transparent
@@ -96,7 +97,8 @@ private:
     void draw_tile(Worker& worker, std::size_t tile) const;
     void draw_tiles();
     void store_tile(Worker& worker, std::size_t tile, const Row_Places& places);
-    void check_sight() const;
+    bool is_covered();
+    void refuse_blank();
     void write(Output_File& file, std::string& digest, unsigned threads, const std::vector<Worker*>& workers, bool is_drawn,
                std::function<void(double)> progress);
     void write_image(Job_Result& result);
@@ -111,7 +113,7 @@ private:
     std::optional<Palette_Dither> dither_;
     Finish_Settings finish_;
     Image_Form form_;
-    std::optional<Sight> sight_;
+    std::optional<Blank_Check> blank_check_;
     std::vector<std::unique_ptr<Worker>> workers_;
     std::optional<recording::Recorder> recorder_;
     Image_Plan plan_;

@@ -85,7 +85,7 @@ void Job::write_image(Job_Result& result) {
     const Interruption interruption;
     Output_File file(settings_.output);
     write(file, digest, plan_.threads, workers(), !several, settings_.progress);
-    check_sight();
+    refuse_blank();
     file.commit();
     recording.commit();
     if (settings_.hash) {
@@ -158,7 +158,7 @@ void Job::write_frames(Job_Result& result) {
             files[f]->close();
         }
     }
-    check_sight();
+    refuse_blank();
     for (const std::unique_ptr<Output_File>& file : files) {
         file->commit();
     }

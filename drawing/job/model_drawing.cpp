@@ -71,6 +71,9 @@ void prepare_model(const Drawn_Parts& parts, const Tile_Grid& grid, const model:
         settings.specular = look.picture.specular;
         parts.points->prepare(grid, camera, settings);
     }
+    if (parts.overlay) {
+        parts.overlay->prepare(grid, camera, enlarged);
+    }
 }
 
 namespace {
@@ -85,19 +88,22 @@ void draw_over_faces(const Drawn_Parts& parts, VT_Renderer_Data& renderer, const
             lines->draw(renderer, rendition, tile);
         }
     }
+    if (parts.overlay) {
+        parts.overlay->draw(renderer, rendition);
+    }
 }
 
 } // namespace
 
-// Hidden lines need the depths of the faces only: the window is painted over them.
+// Hidden lines need the depths of the faces only: the background is painted over them.
 void draw_model(const Drawn_Parts& parts, const Model_Look& look, VT_Renderer_Data& renderer, const VT_Rendition& rendition,
-                std::size_t tile) {
+                std::size_t tile, const Background& background) {
     VD_Clear_Depth_Rectangle(renderer, rendition);
     if (parts.faces) {
         parts.faces->draw(renderer, rendition, tile);
     }
     if (look.picture.shading == model::Shading::hidden_line) {
-        VD_Draw_Window(renderer, rendition);
+        paint_background(renderer, rendition, background);
     }
     draw_over_faces(parts, renderer, rendition, tile);
 }
@@ -180,12 +186,12 @@ void Model_Drawing::set_options(Session& session) const {
     session.options().set_buffer_depth(16);
 }
 
-void Model_Drawing::draw(Session& session, const VT_Rendition& rendition, std::size_t tile) const {
+void Model_Drawing::draw(Session& session, const VT_Rendition& rendition, std::size_t tile, const Background& background) const {
     if (parts_.studio) {
         parts_.studio->draw(*parts_.faces, session, rendition, tile);
         draw_over_faces(parts_.drawn(), session.renderer(), rendition, tile);
     } else {
-        draw_model(parts_.drawn(), look_, session.renderer(), rendition, tile);
+        draw_model(parts_.drawn(), look_, session.renderer(), rendition, tile, background);
     }
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "drawing/job/drawing.h"
+#include "drawing/job/model_overlay.h"
 #include "drawing/job/studio.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/edge_renderer.h"
@@ -30,6 +31,7 @@ struct Drawn_Parts {
     model::Scene* faces = nullptr;
     model::Edge_Renderer *edges = nullptr, *lines = nullptr;
     model::Point_Renderer* points = nullptr;
+    Model_Overlay* overlay = nullptr;
 };
 
 // What is drawn of a model. Each part may be missing.
@@ -37,12 +39,13 @@ struct Model_Parts {
     std::unique_ptr<model::Scene> faces;
     std::unique_ptr<model::Edge_Renderer> edges, lines;
     std::unique_ptr<model::Point_Renderer> points;
+    std::unique_ptr<Model_Overlay> overlay;
     std::unique_ptr<Studio> studio;       // shades the faces; none = they are drawn with their light
     std::vector<VT_Vector> own_positions; // of models with lines or points
 
     // Shades the faces, if there are any, in the studio look. They must have been made without light.
     void add_studio(const model::Mesh& mesh, const Module_Choice& module);
-    Drawn_Parts drawn() const { return {faces.get(), edges.get(), lines.get(), points.get()}; }
+    Drawn_Parts drawn() const { return {faces.get(), edges.get(), lines.get(), points.get(), overlay.get()}; }
     // For fitting a camera; none when there is nothing to draw.
     std::span<const VT_Vector> positions() const;
     std::string summary() const;
@@ -53,7 +56,7 @@ struct Model_Parts {
 void prepare_model(const Drawn_Parts& parts, const Tile_Grid& grid, const model::Camera& camera, const Model_Look& look,
                    std::int32_t enlarged = 1);
 void draw_model(const Drawn_Parts& parts, const Model_Look& look, VT_Renderer_Data& renderer, const VT_Rendition& rendition,
-                std::size_t tile);
+                std::size_t tile, const Background& background);
 
 class Model_Drawing final : public Drawing {
 public:
@@ -71,7 +74,7 @@ public:
     void prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t frame) override;
     void set_options(Session& session) const override;
     void set_attributes(VT_Rendition&) const override {}
-    void draw(Session& session, const VT_Rendition& rendition, std::size_t tile) const override;
+    void draw(Session& session, const VT_Rendition& rendition, std::size_t tile, const Background& background) const override;
 
 private:
     Model_Look scaled_look(std::int32_t supersample) const;

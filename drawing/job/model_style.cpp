@@ -10,9 +10,21 @@
 #include "drawing/model/vectors.h"
 
 namespace vorna::drawing {
+namespace {
 
-model::Edge_Settings edge_settings_of(const Model_Style& style, std::optional<VT_RGB32> background, bool smoothed) {
-    constexpr VT_RGB32 dark{51, 40, 30, 255}, light{235, 230, 225, 255};
+constexpr VT_RGB32 dark{51, 40, 30, 255}, light{235, 230, 225, 255};
+
+VT_RGB32 contrast_to(VT_RGB32 background) {
+    return 3 * background.red + 6 * background.green + background.blue < 1280 ? light : dark;
+}
+
+VT_RGB32 middle_of(const Background& background) {
+    return background.row_color(1, {0, 0, 0, 3});
+}
+
+} // namespace
+
+model::Edge_Settings edge_settings_of(const Model_Style& style, const std::optional<Background>& background, bool smoothed) {
     model::Edge_Settings settings;
     settings.choice = style.edges.value_or(model::Edge_Choice::all);
     settings.culling = style.picture.culling;
@@ -21,7 +33,7 @@ model::Edge_Settings edge_settings_of(const Model_Style& style, std::optional<VT
     if (style.edge_color) {
         settings.color = style.edge_color;
     } else if (style.picture.shading == model::Shading::hidden_line && background) {
-        settings.color = 3 * background->red + 6 * background->green + background->blue < 1280 ? light : dark;
+        settings.color = contrast_to(middle_of(*background));
     } else if (style.has_faces()) {
         settings.color = dark;
     }
@@ -36,7 +48,7 @@ model::Edge_Settings line_settings_of(const Model_Style& style, bool smoothed) {
     return settings;
 }
 
-Model_Look look_of(const Model_Style& style, std::optional<VT_RGB32> background, bool smoothed,
+Model_Look look_of(const Model_Style& style, const std::optional<Background>& background, bool smoothed,
                    VT_Reference<const VT_Palette> palette) {
     Model_Look look;
     look.picture = style.picture;
@@ -74,7 +86,8 @@ std::unique_ptr<model::Edge_Renderer> make_edges(const model::Mesh& mesh, const 
     return std::make_unique<model::Edge_Renderer>(mesh, style.color.value_or(default_model_color), !style.color);
 }
 
-void add_forms(Model_Parts& parts, const model::Mesh& mesh, const Model_Style& style) {
+void add_forms(Model_Parts& parts, const model::Mesh& mesh, const Model_Style& style,
+               const std::optional<Background>& background) {
     const VT_RGB32 color = style.color.value_or(default_model_color);
     parts.lines = model::make_line_renderer(mesh, color, !style.color);
     if (!mesh.points.empty()) {
@@ -83,12 +96,16 @@ void add_forms(Model_Parts& parts, const model::Mesh& mesh, const Model_Style& s
     if (parts.lines || parts.points) {
         parts.own_positions = model::drawn_positions(mesh);
     }
+    if (style.axes || style.scale_bar) {
+        const Overlay_Settings settings{style.axes, style.scale_bar, background ? contrast_to(background->bottom) : dark};
+        parts.overlay = std::make_unique<Model_Overlay>(settings, mesh.radius);
+    }
 }
 
-Model_Parts make_parts(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
-                       std::vector<std::string>& warnings) {
+Model_Parts make_parts(const model::Mesh& mesh, const Model_Style& style, const std::optional<Background>& background,
+                       Load_Limits& limits, std::vector<std::string>& warnings) {
     Model_Parts parts;
-    add_forms(parts, mesh, style);
+    add_forms(parts, mesh, style, background);
     if (mesh.triangles.empty()) {
         return parts;
     }

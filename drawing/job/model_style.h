@@ -21,6 +21,8 @@ struct Model_Style {
     std::optional<VT_RGB32> color;           // none: the model's own
     std::int32_t line_width = 1;             // pixels, of the model's own lines
     std::int32_t point_size = 0;             // pixels, 0 = by the number of points
+    bool axes = false;                       // whether their directions are drawn
+    bool scale_bar = false;                  // whether a round length is drawn, without perspective
 
     bool has_faces() const noexcept { return picture.shading != model::Shading::wireframe; }
     bool has_edges() const noexcept { return edges || !has_faces() || picture.shading == model::Shading::hidden_line; }
@@ -31,13 +33,13 @@ inline constexpr VT_RGB32 default_model_color{196, 169, 143, 255};
 
 // background: none = transparent. Wireframes have the model's colour, edges over faces a dark one; without the colours of faces
 // an image is a drawing, dark on light or light on dark.
-model::Edge_Settings edge_settings_of(const Model_Style& style, std::optional<VT_RGB32> background, bool smoothed);
+model::Edge_Settings edge_settings_of(const Model_Style& style, const std::optional<Background>& background, bool smoothed);
 
 // Of the model's own lines, which obey the depth buffer.
 model::Edge_Settings line_settings_of(const Model_Style& style, bool smoothed);
 
 // The look of all parts.
-Model_Look look_of(const Model_Style& style, std::optional<VT_RGB32> background, bool smoothed,
+Model_Look look_of(const Model_Style& style, const std::optional<Background>& background, bool smoothed,
                    VT_Reference<const VT_Palette> palette);
 
 // What the mesh is drawn with: never automatic.
@@ -47,11 +49,12 @@ model::Shading shading_of(const Model_Style& style, const model::Mesh& mesh);
 std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
                                          std::vector<std::string>& warnings);
 std::unique_ptr<model::Edge_Renderer> make_edges(const model::Mesh& mesh, const Model_Style& style);
-// Lines and points of the mesh itself, and where they lie.
-void add_forms(Model_Parts& parts, const model::Mesh& mesh, const Model_Style& style);
+// Lines and points of the mesh itself, and where they lie; axes and scale bar. background: none = transparent.
+void add_forms(Model_Parts& parts, const model::Mesh& mesh, const Model_Style& style,
+               const std::optional<Background>& background);
 // Faces, edges or both, as the style says, neither when the mesh has no triangles; lines and points.
-Model_Parts make_parts(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
-                       std::vector<std::string>& warnings);
+Model_Parts make_parts(const model::Mesh& mesh, const Model_Style& style, const std::optional<Background>& background,
+                       Load_Limits& limits, std::vector<std::string>& warnings);
 
 // Settings whose aim is in the coordinates of the file, for an image of that size and the finished mesh. None when the aim has no
 // direction, or none that points up.

@@ -25,7 +25,7 @@ struct Axes {
     VT_Vector_D up, toward;
 };
 
-Axes axes_of(View view) {
+Axes axes_of(View view, Projection projection) {
     switch (view) {
     case View::front:
         return {{0, 1, 0}, {0, 0, 1}};
@@ -42,7 +42,7 @@ Axes axes_of(View view) {
     case View::iso:
         break;
     }
-    return {{0, 1, 0}, {0.55, 0.42, 1}};
+    return {{0, 1, 0}, projection == Projection::orthographic ? VT_Vector_D{1, 1, 1} : VT_Vector_D{0.55, 0.42, 1}};
 }
 
 // Models with y up look along z. Others are turned around their x axis, so that those with z up stand on the x-y plane and look
@@ -82,7 +82,7 @@ Extent extent_of(std::span<const VT_Vector> points, const Camera& axes, double t
 
 // Of what lies between rays that spread as the picture's borders do, which the fitted camera sees at the borders.
 Extent seen_extent(const Camera_Settings& settings, std::span<const VT_Vector> points, const Camera& axes) {
-    const double tangent_y = settings.projection == Projection::perspective ? half_view_tangent * filled : 0;
+    const double tangent_y = settings.projection == Projection::perspective ? settings.half_tangent * filled : 0;
     return extent_of(points, axes, tangent_y * settings.aspect, tangent_y);
 }
 
@@ -111,18 +111,24 @@ struct Direction {
     double x, y;
 };
 
-// Cosine and sine of a part of a full turn. Parts of an eighth are summed up, for libraries differ in the last bit.
-Direction direction_of(std::int32_t part, std::int32_t parts) {
-    const std::int64_t eighths = 8 * std::int64_t{part} / parts, rest = 8 * std::int64_t{part} - eighths * parts;
-    const bool odd = eighths % 2 != 0; // measured from the next quarter back
-    constexpr double eighth_turn = 0.78539816339744830962;
-    const double angle = eighth_turn * static_cast<double>(odd ? parts - rest : rest) / parts;
+// Cosine and sine of an angle up to an eighth of a turn or a little more, summed up: those of libraries differ in the last bit.
+Direction direction_at(double angle) {
     double cosine = 1, sine = 0, term = 1;
     for (int i = 1; i < 20; ++i) {
         term *= angle / i;
         double& sum = i % 2 ? sine : cosine;
         sum += i / 2 % 2 ? -term : term;
     }
+    return {cosine, sine};
+}
+
+// Cosine and sine of a part of a full turn.
+Direction direction_of(std::int32_t part, std::int32_t parts) {
+    const std::int64_t eighths = 8 * std::int64_t{part} / parts, rest = 8 * std::int64_t{part} - eighths * parts;
+    const bool odd = eighths % 2 != 0; // measured from the next quarter back
+    constexpr double eighth_turn = 0.78539816339744830962;
+    const double angle = eighth_turn * static_cast<double>(odd ? parts - rest : rest) / parts;
+    const auto [cosine, sine] = direction_at(angle);
     const double x = odd ? sine : cosine, y = odd ? cosine : sine;
     switch (eighths / 2 % 4) {
     case 0:
@@ -137,6 +143,14 @@ Direction direction_of(std::int32_t part, std::int32_t parts) {
 }
 
 } // namespace
+
+// By the double angle, whose half is at most an eighth of a turn.
+double half_tangent_of(double degrees) {
+    constexpr double half_degree = 0.00872664625997164788;
+    const auto [cosine, sine] = direction_at(degrees * half_degree / 2);
+    const double tangent = sine / cosine;
+    return 2 * tangent / (1 - tangent * tangent);
+}
 
 VT_Vector_D up_direction(Up_Axis up) noexcept {
     return stand_up({0, 1, 0}, up);
@@ -166,7 +180,7 @@ double reach_of(const Camera& camera, std::span<const VT_Vector> points) {
 }
 
 Aim fitted_aim(const Camera_Settings& settings, std::span<const VT_Vector> points) {
-    const Axes axes = axes_of(settings.view);
+    const Axes axes = axes_of(settings.view, settings.projection);
     Camera camera;
     set_axes(camera, stand_up(axes.up, settings.up), stand_up(axes.toward, settings.up));
     const Extent extent = seen_extent(settings, points, camera);
@@ -174,7 +188,7 @@ Aim fitted_aim(const Camera_Settings& settings, std::span<const VT_Vector> point
     const VT_Vector_D target =
         camera.right * ((extent.right - extent.left) / 2) + camera.up * ((extent.above - extent.below) / 2);
     const double half_width = (extent.right + extent.left) / 2, half_height = (extent.above + extent.below) / 2;
-    const double slack = slack_of(extent), tangent = half_view_tangent * filled;
+    const double slack = slack_of(extent), tangent = settings.half_tangent * filled;
     double distance = std::max({half_width / settings.aspect, half_height, slack}) / tangent;
     if (settings.projection == Projection::perspective) {
         distance = std::max(distance, extent.nearest + 2 * slack);
@@ -193,7 +207,7 @@ Camera fit_camera(const Camera_Settings& settings, std::span<const VT_Vector> po
     if (settings.projection == Projection::perspective) {
         const double far = std::max(z - extent.farthest + slack, 2 * slack);
         const double near = std::max(z - extent.nearest - slack, far / largest_depth_ratio);
-        const double scale_y = settings.zoom / half_view_tangent, scale_x = scale_y / settings.aspect;
+        const double scale_y = settings.zoom / settings.half_tangent, scale_x = scale_y / settings.aspect;
         const double depth_scale = far / (far - near);
         set_row(camera.clip_from_model.m[0], camera.right * scale_x, -x * scale_x);
         set_row(camera.clip_from_model.m[1], camera.up * scale_y, -y * scale_y);
@@ -201,7 +215,7 @@ Camera fit_camera(const Camera_Settings& settings, std::span<const VT_Vector> po
         set_row(camera.clip_from_model.m[3], camera.toward * -1.0, z);
         camera.eye = aim.eye;
     } else {
-        const double scale_y = settings.zoom / (half_view_tangent * length(aim.eye - aim.target)),
+        const double scale_y = settings.zoom / (settings.half_tangent * length(aim.eye - aim.target)),
                      scale_x = scale_y / settings.aspect;
         const double near = extent.nearest + slack, depth_scale = 1 / (near - extent.farthest + slack);
         set_row(camera.clip_from_model.m[0], camera.right * scale_x, -x * scale_x);

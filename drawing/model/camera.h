@@ -15,6 +15,8 @@ enum class Projection { perspective, orthographic };
 
 // Tangent of half the vertical field of view at zoom 1, about 30 degrees in all.
 inline constexpr double half_view_tangent = 0.268;
+// That of a field of view in degrees, below 180. The same bit by bit on every machine.
+double half_tangent_of(double degrees);
 
 // Where a camera stands, what is in the middle of its picture, and what points up there. Parallel projection shows as much as
 // perspective does at the target's distance.
@@ -26,8 +28,9 @@ struct Camera_Settings {
     View view = View::iso;
     Up_Axis up = Up_Axis::y;
     Projection projection = Projection::perspective;
-    double aspect = 1;                     // width of the picture over its height
-    double zoom = 1;                       // above 1 enlarges the middle of the picture
+    double aspect = 1;                       // width of the picture over its height
+    double half_tangent = half_view_tangent; // of the vertical field of view, at zoom 1
+    double zoom = 1;                         // above 1 enlarges the middle of the picture
     std::optional<Aim> aim = std::nullopt; // instead of the view and the distance that fits; has a direction, and another one up
 };
 
@@ -42,7 +45,8 @@ struct Camera {
     bool eye_is_place = true;
 };
 
-// The aim of settings that have none: the closest one that shows every point, with a margin.
+// The aim of settings that have none, along the direction of their view; iso is isometric without perspective, where all three
+// axes are equally long: the closest one that shows every point, with a margin.
 Aim fitted_aim(const Camera_Settings& settings, std::span<const VT_Vector> points);
 
 // The aim turned around an axis through a place, counter-clockwise as seen from where the axis points: by part of so many parts

@@ -3,16 +3,15 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "drawing/model/clipper.h"
 #include "drawing/model/lighting.h"
 #include "drawing/model/mesh.h"
+#include "drawing/model/paints.h"
 #include "drawing/model/scene.h"
 #include "drawing/model/surface_tints.h"
-#include "drawing/model/texture.h"
 #include "drawing/model/viewport.h"
 
 namespace vorna::drawing::model {
@@ -41,14 +40,7 @@ public:
 private:
     struct Drawing;
     struct Corner;
-    // A material ready for drawing.
-    struct Paint {
-        Texture* texture = nullptr;
-        std::uint8_t alpha = 255;
-        bool translucent = false;
-    };
 
-    void load_paints(const Mesh& mesh, std::vector<std::string>& warnings, Load_Limits& limits);
     void order_triangles(const Mesh& mesh);
     std::vector<std::uint32_t> lay_out(const Mesh& mesh);
     // vertices: the mesh's own numbers of the vertices that are drawn.
@@ -60,7 +52,7 @@ private:
     void draw_triangle(Drawing& drawing, std::size_t triangle) const;
     void draw_piece(Drawing& drawing, const Corner& a, const Corner& b, const Corner& c) const;
 
-    std::vector<std::unique_ptr<Texture>> textures_;
+    Textures textures_;
     std::vector<Paint> paints_; // by material, and the plain one
 
     std::vector<VT_Vector> points_;

@@ -39,12 +39,3 @@ constexpr Case case_of(bool depth, bool rgb32, bool alpha) noexcept {
 }
 
 } // namespace krb
-
-// Instantiates what KRB_FOR_CASE(c) says for every case.
-#define KRB_FOR_EACH_CASE                                                                                                        \
-    KRB_FOR_CASE(Case::index8)                                                                                                   \
-    KRB_FOR_CASE(Case::rgb32)                                                                                                    \
-    KRB_FOR_CASE(Case::rgb32_alpha)                                                                                              \
-    KRB_FOR_CASE(Case::depth_index8)                                                                                             \
-    KRB_FOR_CASE(Case::depth_rgb32)                                                                                              \
-    KRB_FOR_CASE(Case::depth_rgb32_alpha)

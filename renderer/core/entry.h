@@ -8,12 +8,13 @@
 
 namespace krb {
 
-// Entry<Slot, c> has the rules of a slot in a case and derives from Entry_Rules, which has those of a slot without any. Members
-// are static:
-//   goes_to_other_case(rendition, arguments...)     where other_case is not c
-//   draw_in_parts(renderer, rendition, arguments...) draws a call as several calls of the same slot; false if it is not such a
-//   call is_hosts(renderer, rendition, arguments...)      the host's standard function draws the call draw(renderer, rendition,
-//   arguments...)          in a renderer with a colour buffer
+// Entry<Slot, c> has the rules of a slot in a case. It derives from Entry_Rules, which has those of a slot without any, and
+// declares as static functions what differs:
+//
+//   bool goes_to_other_case(rendition, arguments...)            for slots whose other_case is not c
+//   bool draw_in_parts(renderer, rendition, arguments...)       draws several calls of the same slot; false where it does not
+//   bool is_hosts(renderer, rendition, arguments...)            whether the host's standard function draws the call
+//   void draw(renderer, rendition, arguments...)                in a renderer with a colour buffer
 template <class Slot, Case c> struct Entry;
 
 // The same configuration without alpha blending.

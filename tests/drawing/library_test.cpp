@@ -1,4 +1,5 @@
 // The drawing library as a program uses it.
+#include <algorithm>
 #include <cstdlib>
 
 #include <gmock/gmock.h>
@@ -39,6 +40,9 @@ protected:
         const std::string digest = write_image(file, drawn..., settings);
         options.insert(options.begin(), {"render", input, "-o", other, "--hash", "--size",
                                          std::to_string(settings.size.x) + "x" + std::to_string(settings.size.y)});
+        if (std::ranges::find(options, "--background") == options.end()) {
+            options.insert(options.end(), {"--background", "white"});
+        }
         const replay_tests::Outcome outcome = replay_tests::run_vorna(options);
         ASSERT_EQ(outcome.status, 0) << outcome.errors;
         EXPECT_EQ(outcome.output, digest + "\n");
@@ -63,6 +67,11 @@ TEST_F(Drawing_Library, draws_models_as_the_command_does) {
     view.look.shading = model::Shading::hidden_line;
     expect_same(file, {.size = {90, 60}, .background = {40, 30, 20, 255}, .smooth_lines = true},
                 {"--shading", "hidden-line", "--antialias", "--background", "#141e28"}, model, view);
+    view = {};
+    view.axes = view.scale_bar = true;
+    view.camera.projection = model::Projection::orthographic;
+    expect_same(file, {.size = {90, 60}, .background = {30, 20, 10, 255}, .lower_background = VT_RGB32{0, 200, 100, 255}},
+                {"--ortho", "--axes", "--scale-bar", "--background", "#0a141e,#64c800"}, model, view);
     view = {};
     view.edges = model::Edge_Choice::features;
     view.color = VT_RGB32{30, 20, 200, 255};

@@ -57,12 +57,7 @@ int fail_each_allocation(const std::string& what, const std::function<void()>& o
 }
 
 void set_up(Canvas& canvas, std::size_t renderer_case, VT_Int_Pair size = window_size) {
-    VT_Renderer_Options& options = canvas.options();
-    options.set_window_size(size);
-    options.set_window_origin(window_origin);
-    options.set_color_system(renderer_cases[renderer_case].color_system);
-    options.set_buffer_depth(renderer_cases[renderer_case].depth ? 16 : 0);
-    options.set_alpha_blending(renderer_cases[renderer_case].alpha);
+    configure(canvas.options(), renderer_cases[renderer_case], size, window_origin);
     canvas.set_option("Use Mask", true);
     canvas.set_option("Enable Tiling", true);
 }

@@ -86,14 +86,6 @@ private:
     VT_Reference<Guarded_Buffer> in_use_[2];
 };
 
-void set_up(VT_Renderer_Options& options, std::size_t renderer_case, VT_Int_Pair size, VT_Int_Pair origin) {
-    options.set_color_system(renderer_cases[renderer_case].color_system);
-    options.set_buffer_depth(renderer_cases[renderer_case].depth ? 16 : 0);
-    options.set_alpha_blending(renderer_cases[renderer_case].alpha);
-    options.set_window_size(size);
-    options.set_window_origin(origin);
-}
-
 vorna::Module::Renderer make_renderer(Buffer_Watch& buffers) {
     VT_Renderer_Data prototype;
     prototype.buffer_creation = buffers.callback();
@@ -133,7 +125,7 @@ TEST(Endurance, Pictures_Leave_Nothing_Behind) {
     std::vector<vorna::Module::Renderer> renderers;
     for (std::size_t c = 0; c < std::size(renderer_cases); ++c) {
         renderers.push_back(make_renderer(buffers[c]));
-        set_up(renderers[c]->current_renderer_options_for_update(), c, {60, 40}, {window.left, window.bottom});
+        configure(renderers[c]->current_renderer_options_for_update(), renderer_cases[c], {60, 40}, {window.left, window.bottom});
         renderers[c]->establish_all();
     }
     Growth growth(count);
@@ -162,7 +154,7 @@ TEST(Endurance, Changing_Windows_Leave_Nothing_Behind) {
         const VT_Int_Pair size = is_looked_at ? VT_Int_Pair{50, 40} : VT_Int_Pair{random.number(1, 90), random.number(1, 70)};
         const VT_Int_Pair origin = is_looked_at ? VT_Int_Pair{} : VT_Int_Pair{random.number(-50, 50), random.number(-50, 50)};
         const auto c = is_looked_at ? std::size_t{5} : static_cast<std::size_t>(random.number(0, 5));
-        set_up(renderer->current_renderer_options_for_update(), c, size, origin);
+        configure(renderer->current_renderer_options_for_update(), renderer_cases[c], size, origin);
         renderer->establish_all();
         draw_picture(*renderer, is_looked_at ? 1 : i, {origin.x, origin.x + size.x - 1, origin.y, origin.y + size.y - 1});
         buffers.expect_intact();

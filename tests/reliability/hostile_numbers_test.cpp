@@ -43,12 +43,7 @@ public:
         : side_(random.chance(50) ? Fenced_Buffer::Side::back : Fenced_Buffer::Side::front) {
         VT_Renderer_Data prototype;
         prototype.buffer_creation = {create, this};
-        VT_Renderer_Options& options = prototype.current_options;
-        options.set_color_system(renderer_cases[renderer_case].color_system);
-        options.set_buffer_depth(renderer_cases[renderer_case].depth ? 16 : 0);
-        options.set_alpha_blending(renderer_cases[renderer_case].alpha);
-        options.set_window_size(size);
-        options.set_window_origin(origin);
+        configure(prototype.current_options, renderer_cases[renderer_case], size, origin);
         renderer_ = renderer_module().create_renderer(prototype);
         const auto set = [&](const char* option, const VT_Option_Content& value) {
             renderer_->requested_table.find(option)->set(value);

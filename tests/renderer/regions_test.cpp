@@ -98,20 +98,6 @@ struct Contents {
     }
 };
 
-// The same noise in the buffers of every renderer.
-void fill_with_noise(Test_Renderer& renderer, const Renderer_Setup& setup) {
-    Random random(7);
-    for (std::int32_t row = 0; row < window_size.y; ++row) {
-        for (std::int32_t column = 0; column < window_size.x; ++column) {
-            const std::uint32_t word = vorna::word_of(random_color(random));
-            renderer.color().set_pixel(column, row, setup.has_indices() ? word & 0xFF : word);
-            if (renderer.depth()) {
-                renderer.depth()->set_pixel(column, row, static_cast<std::uint32_t>(random.number(0, 65535)));
-            }
-        }
-    }
-}
-
 } // namespace
 
 class Regions : public testing::TestWithParam<std::size_t> {};
@@ -143,11 +129,11 @@ TEST_P(Regions, Masked_strips_are_open_strips_less_the_mask) {
             Test_Renderer renderer(setup, kernels);
             renderer->current_table.find("Enable Tiling")->set(form == Form::tiled);
             renderer->establish_all();
-            fill_with_noise(renderer, setup);
+            fill_with_noise(renderer);
             const Contents before(renderer);
             draw(renderer, *open, shading, strip, form);
             const Contents whole(renderer);
-            fill_with_noise(renderer, setup);
+            fill_with_noise(renderer);
             draw(renderer, *clipped, shading, strip, form);
             const Contents masked(renderer);
             std::size_t i = 0;
@@ -173,10 +159,10 @@ TEST_P(Regions, Strips_inside_the_rectangle_are_drawn_as_device_strips) {
         const Strip strip(random, origin, 0);
         const VT_Reference<VT_Rendition> rendition = random_rendition(random, setup);
         Test_Renderer renderer(setup);
-        fill_with_noise(renderer, setup);
+        fill_with_noise(renderer);
         draw(renderer, *rendition, shading, strip, Form::device);
         const Contents device(renderer);
-        fill_with_noise(renderer, setup);
+        fill_with_noise(renderer);
         draw(renderer, *rendition, shading, strip, Form::plane);
         const Contents plane(renderer);
         ASSERT_EQ(plane.colors, device.colors) << "seed " << seed;
@@ -199,10 +185,10 @@ TEST_P(Regions, Strips_far_beyond_the_tile_are_their_triangles) {
         Test_Renderer renderer(setup);
         renderer->current_table.find("Enable Tiling")->set(true);
         renderer->establish_all();
-        fill_with_noise(renderer, setup);
+        fill_with_noise(renderer);
         draw(renderer, *rendition, shading, strip, Form::tiled);
         const Contents whole(renderer);
-        fill_with_noise(renderer, setup);
+        fill_with_noise(renderer);
         for (std::int32_t k = 0; k + 2 < strip.count(); ++k) {
             draw(renderer, *rendition, shading, strip.part(k), Form::tiled);
         }
@@ -227,7 +213,7 @@ TEST_P(Regions, Strips_across_the_rectangle_stay_within_it) {
         clip = {origin.x + random.number(-9, 40), origin.x + random.number(20, 90), origin.y + random.number(-9, 30),
                 origin.y + random.number(15, 70)};
         Test_Renderer renderer(setup);
-        fill_with_noise(renderer, setup);
+        fill_with_noise(renderer);
         const Contents before(renderer);
         draw(renderer, *rendition, shading, strip, Form::plane);
         const Contents after(renderer);

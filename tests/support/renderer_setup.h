@@ -4,12 +4,14 @@
 #include <cstdint>
 #include <string>
 
+#include "app/check/configuration.h"
 #include "app/check/guarded_buffer.h"
 #include "host/color.h"
 #include "host/geometry.h"
 #include "host/object.h"
 
 using vorna::app::check::Buffer_Layout;
+using vorna::app::check::configure;
 using vorna::app::check::Guarded_Buffer;
 
 struct Renderer_Setup {
@@ -29,13 +31,7 @@ struct Renderer_Setup {
     bool has_indices() const noexcept { return color_system != 1; }
 };
 
-// The six cases that renderers install different members for.
-inline constexpr struct {
-    std::int32_t color_system;
-    bool depth, alpha;
-} renderer_cases[] = {
-    {0, false, false}, {1, false, false}, {1, false, true}, {0, true, false}, {1, true, false}, {1, true, true},
-};
+inline constexpr auto& renderer_cases = vorna::app::check::configurations;
 
 inline Renderer_Setup setup_of_case(std::size_t index, VT_Int_Pair size = {32, 32}, VT_Int_Pair origin = {}) {
     Renderer_Setup setup;

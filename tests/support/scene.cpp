@@ -6,7 +6,6 @@
 #include <sstream>
 
 #include "tests/support/model/model.h"
-#include "tests/support/test_renderer.h"
 
 VT_Int_Rectangle window_of(const Renderer_Setup& setup) {
     return {setup.origin.x, setup.origin.x + setup.size.x - 1, setup.origin.y, setup.origin.y + setup.size.y - 1};
@@ -234,6 +233,18 @@ std::string describe(const Call& call) {
         out << ' ' << std::hex << vorna::word_of(color);
     }
     return out.str();
+}
+
+void fill_with_noise(Test_Renderer& renderer) {
+    Random random(7);
+    for (std::int32_t row = 0; row < renderer.color().height; ++row) {
+        for (std::int32_t column = 0; column < renderer.color().width; ++column) {
+            renderer.color().set_pixel(column, row, vorna::word_of(random_color(random)));
+            if (renderer.depth()) {
+                renderer.depth()->set_pixel(column, row, static_cast<std::uint32_t>(random.number(0, 65535)));
+            }
+        }
+    }
 }
 
 Scene random_scene(std::size_t renderer_case, std::uint64_t seed) {

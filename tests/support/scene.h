@@ -8,7 +8,7 @@
 
 #include "app/check/random_values.h"
 #include "host/rendition.h"
-#include "tests/support/renderer_setup.h"
+#include "tests/support/test_renderer.h"
 
 using vorna::app::check::grown;
 using vorna::app::check::Random;
@@ -45,6 +45,9 @@ struct Scene {
 VT_Reference<const VT_Contour_Set> random_region(Random& random, const Renderer_Setup& setup);
 Renderer_Setup random_setup(Random& random, std::size_t renderer_case);
 VT_Int_Rectangle window_of(const Renderer_Setup& setup);
+
+// The same noise for every renderer with such buffers.
+void fill_with_noise(Test_Renderer& renderer);
 
 // A scene of one renderer case with random window, layouts, contents and calls.
 Scene random_scene(std::size_t renderer_case, std::uint64_t seed);

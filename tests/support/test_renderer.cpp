@@ -6,6 +6,7 @@
 #include <iostream>
 #include <sstream>
 #include <stdexcept>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -61,6 +62,9 @@ const vorna::Module& renderer_module() {
 
 const std::vector<std::string>& available_kernel_sets() {
     static const std::vector<std::string> available = find_kernel_sets();
+    if (std::getenv("VORNA_TEST_ONE_SET")) {
+        ADD_FAILURE() << "draws with every kernel set: list it in tests_with_every_set (tests/CMakeLists.txt)";
+    }
     return available;
 }
 
@@ -163,38 +167,32 @@ std::ostream& operator<<(std::ostream& out, const VT_Int_Rectangle& r) {
     return out << r.left << ' ' << r.right << ' ' << r.bottom << ' ' << r.top;
 }
 
-void add_line_types(std::ostream& out, const VT_Line_Type_Set& set) {
-    out << ", " << set.types.size() << " line types, scale " << set.scale << (set.per_segment ? " per segment" : "");
-    if (!set.types.empty()) {
-        const VT_Line_Type& type = *set.types.front();
-        out << " kind " << type.kind << " width " << type.width << " mode " << type.mode << " leading " << type.leading[0]
-            << " trailing " << type.trailing[0];
-        for (std::size_t i = 0; i < type.lengths.size(); ++i) {
-            out << ' ' << type.kinds[i] << ':' << type.lengths[i];
-        }
+std::ostream& operator<<(std::ostream& out, const VT_Line_Type_Set& set) {
+    out << set.types.size() << " line types, scale " << set.scale << (set.per_segment ? " per segment" : "");
+    if (set.types.empty()) {
+        return out;
     }
+    const VT_Line_Type& type = *set.types.front();
+    out << " kind " << type.kind << " width " << type.width << " mode " << type.mode << " leading " << type.leading[0]
+        << " trailing " << type.trailing[0];
+    for (std::size_t i = 0; i < type.lengths.size(); ++i) {
+        out << ' ' << type.kinds[i] << ':' << type.lengths[i];
+    }
+    return out;
 }
 
 } // namespace
 
 std::string describe(const VT_Rendition& rendition) {
+    const auto& [face, line, marker] = std::tie(rendition.face, rendition.line, rendition.marker);
     std::ostringstream out;
-    const VT_Face_Attributes& face = rendition.face;
     out << "face " << face.color << " = " << int{face.index} << ", contrast " << face.contrast_color << ", pattern "
-        << face.pattern << ", flags " << face.flags << ", mode " << face.mode;
-    const VT_Line_Attributes& line = rendition.line;
-    out << "; line " << line.color << " = " << int{line.index} << ", weight " << line.weight << ", style " << line.style
-        << ", flags " << line.flags << ", mode " << line.mode << ", cap " << line.cap << ", join " << line.join;
-    if (!(line.line_types == VT_Line_Type_Set::None)) {
-        add_line_types(out, *line.line_types);
-    }
-    const VT_Marker_Attributes& marker = rendition.marker;
-    out << "; marker " << marker.color << " = " << int{marker.index} << ", symbol " << marker.symbol << ", size " << marker.size
-        << ", mode " << marker.mode;
-    const VT_Clip_Attributes& clip = rendition.clip;
-    out << "; clip " << clip.hard_clip << ", region " << static_cast<bool>(clip.complex_clip) << " moved by "
-        << clip.window_offset.x << ' ' << clip.window_offset.y << ", depth test " << clip.depth_test;
-    out << "; window " << rendition.window.rectangle << ", fill " << rendition.window.fill << "; flags "
-        << rendition.drawing_flags;
+        << face.pattern << ", flags " << face.flags << ", mode " << face.mode << "; line " << line.color << " = "
+        << int{line.index} << ", weight " << line.weight << ", style " << line.style << ", flags " << line.flags << ", mode "
+        << line.mode << ", cap " << line.cap << ", join " << line.join << ", " << *line.line_types << "; marker " << marker.color
+        << " = " << int{marker.index} << ", symbol " << marker.symbol << ", size " << marker.size << ", mode " << marker.mode
+        << "; clip " << rendition.clip.hard_clip << ", region " << static_cast<bool>(rendition.clip.complex_clip)
+        << ", depth test " << rendition.clip.depth_test << "; window " << rendition.window.rectangle << ", fill "
+        << rendition.window.fill << "; flags " << rendition.drawing_flags;
     return out.str();
 }

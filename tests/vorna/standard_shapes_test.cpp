@@ -30,20 +30,6 @@ Pixels pixels_of(const Guarded_Buffer& buffer) {
     return result;
 }
 
-void fill_with_noise(Test_Renderer& renderer, bool has_indices) {
-    Random random(11);
-    for (std::int32_t row = 0; row < window_size.y; ++row) {
-        for (std::int32_t column = 0; column < window_size.x; ++column) {
-            const std::uint32_t word = vorna::word_of(random_color(random));
-            renderer.color().set_pixel(column, row, has_indices ? word & 0xFF : word);
-            const auto depth = static_cast<std::uint32_t>(random.number(0, 65535));
-            if (renderer.depth()) {
-                renderer.depth()->set_pixel(column, row, depth);
-            }
-        }
-    }
-}
-
 VT_Reference<VT_Rendition> rendition_for(const Renderer_Setup& setup) {
     VT_Reference<VT_Rendition> rendition(new VT_Rendition);
     rendition->set_color({200, 90, 30, 255});
@@ -135,8 +121,8 @@ TEST_P(Standard_Shapes, Textures_without_depth_buffer_look_as_the_renderers) {
         Test_Renderer kept(with);
         kept->current_options.set_buffer_depth(0);
         kept->establish_all();
-        fill_with_noise(fresh, without.has_indices());
-        fill_with_noise(kept, without.has_indices());
+        fill_with_noise(fresh);
+        fill_with_noise(kept);
         const bool is_cut = random.chance(60);
         if (is_cut) {
             rendition->clip.hard_clip.left += 11;
@@ -297,7 +283,7 @@ TEST_P(Standard_Shapes, Ellipses_combine_as_the_renderers_own) {
         const VT_DCI_Point center{20, 20, 0};
         const VT_DCI_Point radii{15, 9, 0};
         for (const bool is_arc : {false, true}) {
-            fill_with_noise(renderer, false);
+            fill_with_noise(renderer);
             const Pixels before = pixels_of(renderer.color());
             if (is_arc) {
                 VD_Draw_DCI_Elliptical_Arc(*renderer, *rendition, &center, &radii, 0.5, 3.0, 0.3, &color);
@@ -384,7 +370,7 @@ TEST_P(Standard_Shapes, Patterned_windows_store_their_colour) {
         rendition->window = {window_of(of_case), 0, {1, 2, 3, 100}, 55};
         for (const std::int32_t fill : {64, 20, 75}) {
             rendition->window.fill = fill;
-            fill_with_noise(renderer, of_case.has_indices());
+            fill_with_noise(renderer);
             const Pixels before = pixels_of(renderer.color());
             VD_Draw_Window(*renderer, *rendition);
             const Pixels after = pixels_of(renderer.color());
@@ -417,7 +403,7 @@ TEST_P(Standard_Shapes, Faces_combine_as_those_of_slots) {
         const auto count = static_cast<std::int32_t>(strip.points.size());
         const auto picture = [&](bool is_standard, bool is_colorized) {
             Test_Renderer renderer(of_case);
-            fill_with_noise(renderer, of_case.has_indices());
+            fill_with_noise(renderer);
             if (is_colorized) {
                 (is_standard ? VD_Standard_Draw_DCI_Colorized_Polytriangle
                              : renderer->actions.draw_dci_colorized_polytriangle.function)(

@@ -23,7 +23,7 @@ expect() {
         done
     done
 }
-expect 0be8d006f034d60d5d26ccea66315b1a3565325788892589a528f333ee975235 bunny.obj
-expect eedf7c8ee09d250875844b84ff94ab3e245bbeb5a5729b09ab85a52df1af145d horse.3ds
+expect 411cd9f1e510bf2e3f7bad86ef5edce7fca27ad8d07d0bd1efd029c4d8f8a9d3 bunny.obj
+expect a7313a022e13bbf517cef8a737d75088ed8c523042d02b8c010965dac4a66652 horse.3ds
 echo "$failures digests differ"
 [ $failures -eq 0 ]

@@ -166,6 +166,54 @@ TEST(Obj_Reader, understands_every_form_of_a_face) {
     EXPECT_EQ(mesh.positions[3].z, 0);
 }
 
+// Slashes without a number behind them say nothing.
+TEST(Obj_Reader, reads_corners_whose_numbers_are_left_out) {
+    const std::string places = "v 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nvn 0 0 1\n";
+    for (const char* face : {"f 1/ 2/ 3/", "f 1// 2// 3//", "f 1/1/ 2/1/ 3/1/\r\n", "f 1 2/ 3//"}) {
+        const Mesh mesh = read(read_obj, "m", places + face);
+        EXPECT_EQ(mesh.triangles, (std::vector<std::uint32_t>{0, 1, 2})) << face;
+        EXPECT_EQ(mesh.positions.size(), 3U) << face;
+    }
+}
+
+TEST(Obj_Reader, shares_corners_however_many_a_position_has) {
+    constexpr std::size_t normals = 40;
+    std::string text = "v 0 0 0\nv 1 0 0\nv 0 1 0\n", faces;
+    for (std::size_t n = 1; n <= normals; ++n) {
+        const std::string number = std::to_string(n);
+        text += "vn 0 " + number + " 1\n";
+        faces += "f 1//" + number + " 2//" + number + " 3//" + number + '\n';
+    }
+    const Mesh mesh = read(read_obj, "m", text + faces + faces);
+    ASSERT_EQ(mesh.triangle_count(), 2 * normals);
+    EXPECT_EQ(mesh.positions.size(), 3 * normals);
+    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+        EXPECT_EQ(mesh.triangles[i], i % (3 * normals));
+    }
+}
+
+TEST(Ply_Reader, understands_headers_of_old_programs_and_normals_that_are_no_numbers) {
+    const Mesh mesh = read(read_ply, "m",
+                           "ply\r\nformat ascii 1.0\r\nCreated by a program\r\nobj_info\tnum_cols 2\r\nelement\tvertex 3\r\n"
+                           "property float32 x\r\nproperty float y\r\nproperty float z\r\nproperty float nx\r\n"
+                           "property float ny\r\nproperty float nz\r\nproperty float quality\r\nelement face 1\r\n"
+                           "property list uint8_t int32_t vertex_index\r\nend_header\r\n"
+                           "0 0 0 nan 0 1 inf\r\n1 0 0 0 0 1 nan\r\n0 1 0 0 1 0 7\r\n3 0 1 2\r\n");
+    EXPECT_EQ(mesh.triangles, (std::vector<std::uint32_t>{0, 1, 2}));
+    ASSERT_EQ(mesh.normals.size(), 3U);
+    EXPECT_EQ(mesh.normals[0].z, 0); // computed later
+    EXPECT_EQ(mesh.normals[1].z, 1);
+}
+
+TEST_F(Reader_Files, libraries_of_materials_are_found_whatever_the_capitals_of_their_names) {
+    folder.file("Paints.MTL", "newmtl blue\nKd 0 0 1\n");
+    const Mesh mesh =
+        read(read_obj, folder.file("m.obj"), "mtllib paints.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl blue\nf 1 2 3\n");
+    EXPECT_TRUE(mesh.warnings.empty());
+    ASSERT_EQ(mesh.colors.size(), 3U);
+    EXPECT_EQ(mesh.colors[0], (VT_RGB32{255, 0, 0, 255}));
+}
+
 TEST_F(Reader_Files, obj_materials_give_vertices_their_diffuse_colour) {
     folder.file("two paints.mtl", "newmtl dark red\nKd 0.5 0 0\nnewmtl blue\nNs 5\nKd 0 0 1\n");
     const std::string shape =
@@ -193,7 +241,7 @@ TEST(Readers, a_broken_file_is_refused_with_its_place_and_what_was_expected) {
         {read_obj, "v 0 0 0\nf 1 1 99999999999999999999", "expected a vertex index, found '99999999999999999999'"},
         {read_ply, "plain", "m:1: expected 'ply', found 'plain'"},
         {read_ply, "ply\nelement vertex 1\nproperty half x\n", "m:3: expected a property type, found 'half'"},
-        {read_ply, text + two_vertices + end + "0 0 0\n0 0", "m:9: expected a vertex property, found the end of the file"},
+        {read_ply, text + two_vertices + end + "0 0 0\n0 0", "m:9: expected a vertex coordinate, found the end of the file"},
         {read_ply, text + two_vertices + one_face + end + "0 0 0\n1 1 1\n3 0 1 2\n",
          "m:12: expected a vertex index below 2, found '2'"},
         {read_ply, binary + two_vertices + one_face + end + std::string(24, '\0') + "\x01\xFF\xFF\xFF\xFF",

@@ -21,6 +21,7 @@
 
 #include "drawing/files/address_sanitizer.h"
 #include "drawing/model/mesh.h"
+#include "drawing/model/model_reader.h"
 #include "drawing/model/separate_process.h"
 
 namespace {
@@ -199,4 +200,33 @@ TEST(Separate_Process, is_not_believed) {
         spoilers[i](mesh);
         EXPECT_FALSE(is_consistent(mesh)) << "spoiler " << i;
     }
+}
+
+// The model has two triangles, each with a material whose image is inside the model. Without the key it has no images.
+TEST(Separate_Process, images_inside_models_are_taken_from_the_memory) {
+    constexpr std::size_t image_bytes = 60'000;
+    const auto taken_by = [](const char* texture_key) {
+        const auto image = [](const char* end) {
+            return R"({"uri":"data:image/png;base64,)" + std::string(image_bytes / 3 * 4 - 4, 'A') + end + "\"}";
+        };
+        const auto mesh = [](const char* number) {
+            return R"({"primitives":[{"attributes":{"POSITION":0},"material":)" + std::string(number) + "}]}";
+        };
+        const auto material = [texture_key](const char* number) {
+            return R"({"pbrMetallicRoughness":{")" + std::string(texture_key) + R"(":{"index":)" + number + "}}}";
+        };
+        vorna::drawing::Input input{.name = "m.gltf", .suffix = "gltf"};
+        input.content = R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[0,1]}],"nodes":[{"mesh":0},{"mesh":1}],"meshes":[)" +
+                        mesh("0") + "," + mesh("1") + R"(],"materials":[)" + material("0") + "," + material("1") +
+                        R"(],"textures":[{"source":0},{"source":1}],"images":[)" + image("AAAA") + "," + image("AAAB") +
+                        R"(],"buffers":[{"byteLength":36,"uri":"data:application/octet-stream;base64,)"
+                        "AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAA"
+                        R"("}],"bufferViews":[{"buffer":0,"byteLength":36}],"accessors":[{"bufferView":0,"componentType":5126,)"
+                        R"("count":3,"type":"VEC3","min":[0,0,0],"max":[1,1,0]}]})";
+        vorna::drawing::Load_Limits memory(std::uint64_t{1} << 30);
+        const std::uint64_t before = memory.memory_left();
+        read_with_assimp(input, memory);
+        return before - memory.memory_left();
+    };
+    EXPECT_EQ(taken_by("baseColorTexture") - taken_by("unknown"), 2 * image_bytes);
 }
