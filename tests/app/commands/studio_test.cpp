@@ -60,7 +60,7 @@ protected:
         return outcome.output.substr(0, 64);
     }
     Picture studio(const std::string& model, Options options) {
-        options.insert(options.end(), {"--look", "studio"});
+        options.insert(options.end(), {"--look", "studio", "--supersample", "1", "--background", "white"});
         return render(model, options);
     }
 };
@@ -136,7 +136,8 @@ TEST_F(Studio, objects_cast_a_shadow_on_the_ground_for_who_stands_above_it) {
     const std::string box = folder.file("box.obj", Boxes().add({0, 0, 0}, {2, 2, 2}).text());
     const Picture above = studio(box, {"--camera", "4,6,8,1,1,1", "--size", "160x160"}),
                   below = studio(box, {"--camera", "4,-6,8,1,1,1", "--size", "160x160"}),
-                  plain = render(box, {"--camera", "4,-6,8,1,1,1", "--size", "160x160"});
+                  plain = render(
+                      box, {"--camera", "4,-6,8,1,1,1", "--size", "160x160", "--supersample", "1", "--background", "white"});
     EXPECT_EQ(below.count(white), plain.count(white));
     EXPECT_LT(above.count(white), 160 * 160 - 6000); // the box has some 5000 pixels
     // Shadows darken what lies behind them, and add nothing to a transparent image but their darkness.
@@ -144,6 +145,7 @@ TEST_F(Studio, objects_cast_a_shadow_on_the_ground_for_who_stands_above_it) {
         render(box, {"--camera", "4,6,8,1,1,1", "--size", "160x160", "--look", "studio", "--background", "none"});
         return replay_tests::read_png(folder.file("out.png"));
     }();
+    ASSERT_EQ(shadow.color_type, 6);
     int shaded = 0;
     for (std::size_t i = 0; i < shadow.bytes.size(); i += 4) {
         if (shadow.bytes[i + 3] > 0 && shadow.bytes[i + 3] < 255) {
