@@ -99,7 +99,7 @@ struct Image_Settings {
     // The mean of so many pixels each way, 1 to 8: smooth faces and lines. 0 = 2 for models that are neither indexed nor
     // smooth_lines nor larger than 2^24 pixels, else 1.
     std::int32_t supersample = 0;
-    unsigned threads = 0;         // 0 = as many as there are processors
+    unsigned threads = 0; // 0 = as many as there are processors
     std::uint64_t max_memory = std::uint64_t{1} << 30;
     bool allow_empty = true; // whether an image may show nothing but the background
     std::string module;      // path of the renderer; empty = the installed one

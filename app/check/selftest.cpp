@@ -53,7 +53,7 @@ constexpr Fault faults[] = {
     {"draws_nothing", "drawing.visible", ", 8-bit: a plain call draws nothing"},
     {"writes_past_rows", "drawing.sentinels", "after row"},
     {"writes_before_buffer", "drawing.sentinels", "before the buffer"},
-    {"restless", "drawing.repeatable", "polytriangle"},
+    {"restless", "drawing.repeatable", ", drawn again, call"},
     {"remembers_addresses", "drawing.recorded", "of the colour buffer is"},
     {"shares_state", "drawing.side_by_side", "beside"},
     {"keeps_old_slots", "drawing.reconfigured", "after"},

@@ -56,6 +56,7 @@ struct Option {
     Applies_To applies_to = Applies_To::every_input;
     std::string by_default = {}; // as the help shows it
     bool is_required = false;
+    std::string unless = {};                            // long name of an option that takes the place of a required one
     std::vector<std::string> needs = {}, excludes = {}; // long names of options of the same table
 };
 

@@ -82,9 +82,14 @@ void reject_malformed_values(CLI::App& parser, CLI::Option& added, const Option&
     });
 }
 
-void add_option(CLI::App& parser, const Option& option) {
+bool is_given(const std::vector<std::string>& arguments, const std::string& name) {
+    return std::ranges::any_of(arguments, [&](const std::string& text) { return text == name || text.starts_with(name + "="); });
+}
+
+void add_option(CLI::App& parser, const Option& option, const std::vector<std::string>& arguments) {
     CLI::Option& added = takes_no_value(option) ? *add_flag(parser, option) : *add_value(parser, option);
-    added.type_name(option.value.word)->required(option.is_required);
+    added.type_name(option.value.word)
+        ->required(option.is_required && (option.unless.empty() || !is_given(arguments, option.unless)));
     if (option.names.back().starts_with('-') && std::holds_alternative<std::vector<std::string>*>(option.target)) {
         added.take_all()->expected(1);
     }
@@ -94,13 +99,13 @@ void add_option(CLI::App& parser, const Option& option) {
     reject_malformed_values(parser, added, option);
 }
 
-void add_options(CLI::App& parser, const Command& command) {
+void add_options(CLI::App& parser, const Command& command, const std::vector<std::string>& arguments) {
     for (const Option& argument : command.arguments) {
-        add_option(parser, argument);
+        add_option(parser, argument, arguments);
     }
     for (const Option& option : command.options) {
         if (!parser.get_option_no_throw(option.names.back())) { // help and version are the parser's own
-            add_option(parser, option);
+            add_option(parser, option, arguments);
         }
     }
     for (const Option& option : command.options) {
@@ -280,14 +285,14 @@ public:
         application_.set_version_flag("--version", program.itself.name + " " + VORNA_VERSION_TEXT);
         application_.allow_windows_style_options(false); // a path may begin with a slash there too
         application_.require_subcommand(1);
-        add_options(application_, program.itself);
+        add_options(application_, program.itself, arguments);
         reject_malformed_values(application_, *application_.get_option("--version"), {});
         reject_malformed_values(application_, *application_.get_option("--help"), {});
         for (const Command& command : program.commands) {
             CLI::App& parser = *application_.add_subcommand(command.name, command.summary);
             parser.fallthrough();
             if (std::ranges::find(arguments, command.name) != arguments.end()) {
-                add_options(parser, command);
+                add_options(parser, command, arguments);
                 reject_malformed_values(parser, *parser.get_option("--help"), {});
             }
         }

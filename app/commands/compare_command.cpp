@@ -94,7 +94,7 @@ Command compare_command() {
                         memory_option(arguments->max_memory)},
             .examples = {{"vorna compare bunny.png yours.png --diff difference.png", "every bit of every pixel"},
                          {"vorna compare bunny.png yours.png --fuzz 2,100", "but for 100 pixels that differ by 2 at most"}},
-            .sections = {{"What counts", {"Without --fuzz size, kind of pixels, palette and every bit of every pixel."}}},
+            .sections = {{"What counts", {"Without --fuzz size, palette and every bit of every pixel, but not how a file stores colours."}}},
             .statuses = "0 the same, 1 different, 2 one of them cannot be read.",
             // Status 1 means that they differ, so any other failure is wrong input.
             .run = [arguments](const Given&) {

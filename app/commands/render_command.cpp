@@ -9,6 +9,7 @@
 
 #include "app/cli/command.h"
 #include "app/commands/map_options.h"
+#include "app/commands/render_batch.h"
 #include "app/commands/render_map.h"
 #include "app/commands/render_model.h"
 #include "drawing/files/input.h"
@@ -29,6 +30,25 @@ void refuse_several(const std::vector<drawing::Input>& inputs, const drawing::In
     if (inputs.size() > 1) {
         throw drawing::Usage_Error(inputs[1].name +
                                    ": expected one map or drawing, found another one; --overlay draws it over the first");
+    }
+}
+
+// The files as one image.
+void draw_together(Render_Options& options, const Map_Options& map_options, const Given& given) {
+    // A user easily puts -o before the wrong name.
+    std::vector<std::string> read = options.models;
+    read.insert(read.end(), {options.palette, map_options.overlay, map_options.font});
+    drawing::refuse_same_files(read, {options.image.output, options.record});
+    options.limits = limits_of(options);
+    std::vector<drawing::Input> inputs = open_inputs(options);
+    const auto map = std::ranges::find_if(inputs, drawing::is_map);
+    reject_options_of_other_kind(given, map != inputs.end(), map == inputs.end() ? inputs.front().name : map->name);
+    if (map != inputs.end()) {
+        refuse_several(inputs, *map);
+        render_map(options, map_options, *map, chosen_module(given));
+    } else {
+        choose_up_axis(options, inputs);
+        render_models(options, std::move(inputs), chosen_module(given));
     }
 }
 
@@ -75,30 +95,24 @@ Command render_command() {
                      {"vorna render house.obj tree.ply -o both.png --supersample 4 --background none",
                       "two models, smooth and transparent"},
                      {"vorna render bunny.obj -o poster.png --size 40000x20000", "a poster, within 1 GiB of memory"},
+                     {"vorna render parts/*.stl --output-folder images", "each file by itself"},
                      {"vorna render bunny.obj -o bunny.png --record bunny.json.gz",
                       "and the calls that drew it, for vorna replay"}},
         .sections = {{"Colours", color_lines()}},
         .run = [options, map_options](const Given& given) {
-            // A user easily puts -o before the wrong name.
-            std::vector<std::string> read = options->models;
-            read.insert(read.end(), {options->palette, map_options->overlay, map_options->font});
-            drawing::refuse_same_files(read, {options->image.output, options->record});
-            options->limits = limits_of(*options);
-            std::vector<drawing::Input> inputs = open_inputs(*options);
-            const auto map = std::ranges::find_if(inputs, drawing::is_map);
-            reject_options_of_other_kind(given, map != inputs.end(), map == inputs.end() ? inputs.front().name : map->name);
-            if (map != inputs.end()) {
-                refuse_several(inputs, *map);
-                options->has_size = given.has("--size");
-                render_map(*options, *map_options, *map, chosen_module(given));
-            } else {
-                choose_up_axis(*options, inputs);
-                render_models(*options, std::move(inputs), chosen_module(given));
+            options->has_size = given.has("--size");
+            const auto draw = [&](Render_Options& one) { draw_together(one, *map_options, given); };
+            if (!options->output_folder.empty()) {
+                return render_batch(*options, draw);
             }
+            draw(*options);
             return exit_status::done;
         }};
     add_model_options(command.options, *options);
     add_output_options(command.options, options->image, output);
+    Option& single = *std::ranges::find(command.options, "--output", [](const Option& option) { return option.names.back(); });
+    single.unless = "--output-folder";
+    single.excludes = {"--output-folder"};
     const std::vector<Option> own{
         {.names = {"--look"},
          .value = choice_value("LOOK", {"plain", "studio"}),
@@ -115,6 +129,18 @@ Command render_command() {
          .group = drawing_of_models,
          .applies_to = Applies_To::models,
          .excludes = {"--look"}},
+        {.names = {"--output-folder"},
+         .value = text_value("FOLDER"),
+         .text =
+             "Draw each file by itself, into this folder under its own name, on all processors; failures are listed in the end",
+         .target = &options->output_folder,
+         .group = output,
+         .excludes = {"--record", "--turntable", "--tiles-of", "--dry-run", "--repeat", "--stats"}},
+        {.names = {"--resume"},
+         .text = "Leave out files whose images are there",
+         .target = &options->resume,
+         .group = output,
+         .needs = {"--output-folder"}},
         {.names = {"--record"},
          .value = output_value("RECORDING", {"json", "gz"}),
          .text = "Write what is drawn as a recording for replay, too, compressed as FILE.gz",

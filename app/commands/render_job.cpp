@@ -239,7 +239,9 @@ void run_job(const Render_Options& options, drawing::Job_Settings settings, cons
              drawing::Drawing& drawing, const Load_Times& times, const std::string& kind) {
     settings.max_memory = options.limits->memory(); // which grows with the files that have been read
     Progress progress;
-    settings.progress = [&progress](double done) { progress.show(done); };
+    if (options.output_folder.empty()) { // else the files count
+        settings.progress = [&progress](double done) { progress.show(done); };
+    }
     drawing::Job job(settings, module, drawing);
     if (options.dry_run) {
         job.check_files();

@@ -25,6 +25,8 @@ struct Render_Options : Model_Options {
     std::int32_t turntable = 0;   // frames; 0 = a single image
     unsigned threads = 0;
     int repeat = 1;
+    std::string output_folder; // empty = all files are one image
+    bool resume = false;
     bool stats = false, hash = false, dry_run = false, allow_empty = false;
 };
 

@@ -158,7 +158,8 @@ void Viewer::set_palette(std::size_t choice) {
     established_ = false;
 }
 
-// The options without those that have no effect now: only edges can be smoothed, and only in 32 bits.
+// The options without those that have no effect now: only edges and lines can be smoothed, and only in
+// 32 bits.
 Model_Options Viewer::drawn_options() const {
     Model_Options options = options_;
     options.antialias = options.antialias && (options.has_edges() || !mesh_.lines.empty()) && options.colors == 32;
@@ -356,7 +357,8 @@ std::string Viewer::command_for(const std::string& image) const {
     for (const std::string& word : arguments_of(drawn_options())) {
         line += " " + shell_word(word);
     }
-    return line + " --size=" + std::to_string(size_.x) + "x" + std::to_string(size_.y) + " --supersample=1 -o " + shell_word(image);
+    return line + " --size=" + std::to_string(size_.x) + "x" + std::to_string(size_.y) + " --supersample=1 -o " +
+           shell_word(image);
 }
 
 std::string Viewer::title() const {

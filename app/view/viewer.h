@@ -50,7 +50,7 @@ private:
     Model_Options options_;
     const Model_Options first_options_;
     drawing::model::Mesh mesh_;
-    std::vector<VT_Vector> positions_; // of everything drawn, for fitting cameras
+    std::vector<VT_Vector> positions_; // the positions that are drawn, for fitting cameras
     // Created when they are first drawn: for shading without and with textures, and for drafts.
     drawing::Model_Parts plain_, textured_, coarse_;
     drawing::Model_Parts forms_; // lines and points, which are never coarse

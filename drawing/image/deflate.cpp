@@ -2,7 +2,9 @@
 #include "drawing/image/deflate.h"
 
 #include <memory>
+#include <optional>
 #include <stdexcept>
+#include <utility>
 
 #if defined(VORNA_WITH_IMAGE_LIBRARIES)
 #include <libdeflate.h>
@@ -11,6 +13,23 @@
 #endif
 
 namespace vorna::drawing {
+
+namespace {
+
+// None when the piece is to be searched.
+std::optional<std::string> piece_of_runs(std::span<const std::uint8_t> bytes, Compression compression, std::size_t step,
+                                         bool last, bool prefers_runs) {
+    constexpr std::size_t least_ratio = 40;
+    if (compression == Compression::fast || (compression == Compression::standard && prefers_runs)) {
+        std::string runs = deflate_runs(bytes, step, last);
+        if (compression == Compression::fast || runs.size() * least_ratio < bytes.size()) {
+            return runs;
+        }
+    }
+    return {};
+}
+
+} // namespace
 
 #if defined(VORNA_WITH_IMAGE_LIBRARIES)
 
@@ -35,11 +54,14 @@ libdeflate_compressor* compressor_of(int level) {
 
 } // namespace
 
-std::string deflate_piece(std::span<const std::uint8_t> bytes, Compression compression, std::size_t step, bool last) {
-    if (compression == Compression::fast) {
-        return deflate_runs(bytes, step, last);
+std::string deflate_piece(std::span<const std::uint8_t> bytes, Compression compression, std::size_t step, bool last,
+                          bool prefers_runs) {
+    if (std::optional<std::string> runs = piece_of_runs(bytes, compression, step, last, prefers_runs)) {
+        return std::move(*runs);
     }
-    libdeflate_compressor* compressor = compressor_of(compression == Compression::best ? 9 : 4);
+    // Indices have fewer bytes, and more to find among them.
+    const int standard_level = step == 1 ? 6 : 4;
+    libdeflate_compressor* compressor = compressor_of(compression == Compression::best ? 9 : standard_level);
     const std::size_t bound = libdeflate_deflate_compress_bound(compressor, bytes.size());
     const auto buffer = std::make_unique_for_overwrite<char[]>(bound);
     const std::size_t size = libdeflate_deflate_compress(compressor, bytes.data(), bytes.size(), buffer.get(), bound);
@@ -63,9 +85,10 @@ std::uint32_t crc32_of(std::span<const std::uint8_t> bytes) {
 
 #else
 
-std::string deflate_piece(std::span<const std::uint8_t> bytes, Compression compression, std::size_t step, bool last) {
-    if (compression == Compression::fast) {
-        return deflate_runs(bytes, step, last);
+std::string deflate_piece(std::span<const std::uint8_t> bytes, Compression compression, std::size_t step, bool last,
+                          bool prefers_runs) {
+    if (std::optional<std::string> runs = piece_of_runs(bytes, compression, step, last, prefers_runs)) {
+        return std::move(*runs);
     }
     struct Stream : z_stream {
         explicit Stream(int level) : z_stream{} {

@@ -12,8 +12,10 @@ namespace vorna::drawing {
 
 // Raw deflate data of a piece, without references to other pieces: pieces one after the other are one stream. All but the last
 // end on a byte and without the stream's end. step: bytes from a sample to the same sample of the next pixel, 1 to 4. The bytes
-// depend on the arguments and on the library only, not on the processor. Throws std::runtime_error when the library fails.
-std::string deflate_piece(std::span<const std::uint8_t> bytes, Compression compression, std::size_t step, bool last);
+// depend on the arguments and on the library only, not on the processor. prefers_runs: whether repetitions are mostly runs; then
+// a search is left out where runs alone compress well. Throws std::runtime_error when the library fails.
+std::string deflate_piece(std::span<const std::uint8_t> bytes, Compression compression, std::size_t step, bool last,
+                          bool prefers_runs = false);
 
 // The checksums of zlib streams and of PNG chunks.
 std::uint32_t adler32_of(std::span<const std::uint8_t> bytes);

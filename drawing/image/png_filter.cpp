@@ -37,18 +37,39 @@ template <std::size_t step> std::uint32_t pixel_at(const std::uint8_t* bytes) no
     return pixel;
 }
 
-template <std::size_t step> std::uint32_t bits_between(std::uint32_t a, std::uint32_t b) noexcept {
-    std::uint32_t bits = 0;
+// The difference of each byte.
+template <std::size_t step> std::uint32_t difference(std::uint32_t a, std::uint32_t b) noexcept {
+    std::uint32_t differences = 0;
     for (std::size_t i = 0; i < 8 * step; i += 8) {
-        bits += difference_bits[((a >> i) - (b >> i)) & 0xFF];
+        differences |= (((a >> i) - (b >> i)) & 0xFF) << i;
     }
-    return bits;
+    return differences;
 }
+
+// What a filter leaves of a pixel costs the bits of its differences, and little when the pixel before has left the same: then it
+// is found.
+template <std::size_t step> class Residue {
+public:
+    std::uint32_t cost(std::uint32_t differences) noexcept {
+        if (differences == last_) {
+            return differences == 0 ? 0 : 2;
+        }
+        last_ = differences;
+        std::uint32_t bits = 2;
+        for (std::size_t i = 0; i < 8 * step; i += 8) {
+            bits += difference_bits[differences >> i & 0xFF];
+        }
+        return bits;
+    }
+
+private:
+    std::uint32_t last_ = 0;
+};
 
 // What filters leave of the sampled pixels of a group.
 template <std::size_t step> class Choice {
 public:
-    explicit Choice(Compression compression) : known_color_bits_(compression == Compression::fast ? 20 : 10) {}
+    explicit Choice(Compression compression) : known_color_bits_(compression == Compression::fast ? new_color_bits : 12) {}
 
     void add(const std::uint8_t* row, const std::uint8_t* above, std::size_t pixels, std::size_t number) {
         const std::size_t first = number * sample_pixels % sample_period;
@@ -65,17 +86,16 @@ public:
     }
 
 private:
-    static constexpr std::uint32_t new_color_bits = 20;
+    static constexpr std::uint32_t new_color_bits = 22;
 
     void add_pixels(const std::uint8_t* row, const std::uint8_t* above, std::size_t start, std::size_t end) {
         std::uint32_t left = pixel_at<step>(row + (start - 1) * step);
+        Residue<step> after_sub, after_up;
         for (std::size_t i = start; i < end; ++i) {
             const std::uint32_t pixel = pixel_at<step>(row + i * step), up = pixel_at<step>(above + i * step);
-            if (pixel != up) {
-                up_ += bits_between<step>(pixel, up);
-            }
+            sub_ += after_sub.cost(difference<step>(pixel, left));
+            up_ += after_up.cost(difference<step>(pixel, up));
             if (pixel != left) {
-                sub_ += bits_between<step>(pixel, left);
                 std::uint64_t& known = colors_[pixel * 2654435761U >> 22];
                 none_ += known == pixel + std::uint64_t{1} ? known_color_bits_ : new_color_bits;
                 known = pixel + std::uint64_t{1};
@@ -107,30 +127,33 @@ void apply(Filter filter, const std::uint8_t* row, const std::uint8_t* above, st
 }
 
 template <std::size_t step>
-void filter_pixels(const std::uint8_t* bytes, const std::uint8_t* above, std::size_t row_bytes, std::size_t rows,
+bool filter_pixels(const std::uint8_t* bytes, const std::uint8_t* above, std::size_t row_bytes, std::size_t rows,
                    Compression compression, std::uint8_t* filtered) {
     const std::size_t group = std::max<std::size_t>(group_bytes / row_bytes, 1);
     const auto above_row = [=](std::size_t row) { return row == 0 ? above : bytes + (row - 1) * row_bytes; };
     Choice<step> choice(compression);
+    bool all_differences = true;
     for (std::size_t start = 0; start < rows; start += group) {
         const std::size_t end = std::min(start + group, rows);
         for (std::size_t row = start; row < end; ++row) {
             choice.add(bytes + row * row_bytes, above_row(row), row_bytes / step, row);
         }
         const Filter filter = choice.take();
+        all_differences &= filter != Filter::none;
         for (std::size_t row = start; row < end; ++row) {
             apply(filter, bytes + row * row_bytes, above_row(row), row_bytes, step, filtered + row * (row_bytes + 1));
         }
     }
+    return all_differences;
 }
 
 } // namespace
 
-void filter_rows(const std::uint8_t* bytes, const std::uint8_t* above, std::size_t row_bytes, std::size_t rows, std::size_t step,
+bool filter_rows(const std::uint8_t* bytes, const std::uint8_t* above, std::size_t row_bytes, std::size_t rows, std::size_t step,
                  Compression compression, std::uint8_t* filtered) {
     const std::vector<std::uint8_t> zeros(above ? 0 : row_bytes);
     constexpr decltype(&filter_pixels<1>) by_step[] = {filter_pixels<1>, filter_pixels<2>, filter_pixels<3>, filter_pixels<4>};
-    by_step[step - 1](bytes, above ? above : zeros.data(), row_bytes, rows, compression, filtered);
+    return by_step[step - 1](bytes, above ? above : zeros.data(), row_bytes, rows, compression, filtered);
 }
 
 } // namespace vorna::drawing

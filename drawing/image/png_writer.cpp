@@ -55,6 +55,7 @@ Packed_Rows Row_Packer::pack(const Sample_Rows& rows) const {
     const bool is_plain = layout_.colors() == Png_Layout::Colors::palette;
     const std::size_t size = row_bytes + 1;
     auto filtered = std::make_unique_for_overwrite<std::uint8_t[]>(count * size);
+    bool all_differences = false;
     if (is_plain) {
         for (std::size_t row = 0; row < count; ++row) {
             filtered[row * size] = 0;
@@ -69,11 +70,12 @@ Packed_Rows Row_Packer::pack(const Sample_Rows& rows) const {
         for (std::size_t row = 0; row < count; ++row) {
             layout_.store_row(rows.samples + row * form_.row_bytes(), &stored[(row + 1) * row_bytes]);
         }
-        filter_rows(&stored[row_bytes], rows.above ? stored.get() : nullptr, row_bytes, count, layout_.step(), form_.compression,
-                    filtered.get());
+        all_differences = filter_rows(&stored[row_bytes], rows.above ? stored.get() : nullptr, row_bytes, count, layout_.step(),
+                                      form_.compression, filtered.get());
     }
     const std::span<const std::uint8_t> bytes(filtered.get(), count * size);
-    return {deflate_piece(bytes, form_.compression, layout_.step(), rows.end == form_.height), adler32_of(bytes)};
+    return {deflate_piece(bytes, form_.compression, layout_.step(), rows.end == form_.height, all_differences),
+            adler32_of(bytes)};
 }
 
 std::string Row_Packer::joined(const Sample_Rows& rows, Packed_Rows packed) {

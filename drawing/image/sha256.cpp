@@ -2,6 +2,7 @@
 #include "drawing/image/sha256.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 
 namespace vorna::drawing {

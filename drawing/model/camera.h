@@ -28,10 +28,10 @@ struct Camera_Settings {
     View view = View::iso;
     Up_Axis up = Up_Axis::y;
     Projection projection = Projection::perspective;
-    double aspect = 1;                       // width of the picture over its height
-    double half_tangent = half_view_tangent; // of the vertical field of view, at zoom 1
-    double zoom = 1;                         // above 1 enlarges the middle of the picture
+    double aspect = 1;                     // width of the picture over its height
+    double zoom = 1;                       // above 1 enlarges the middle of the picture
     std::optional<Aim> aim = std::nullopt; // instead of the view and the distance that fits; has a direction, and another one up
+    double half_tangent = half_view_tangent; // of the vertical field of view, at zoom 1
 };
 
 // The direction of the model's axis that points up.

@@ -2,16 +2,14 @@
 #include "drawing/model/edge_renderer.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstring>
 #include <utility>
 
 #include "drawing/model/clipper.h"
+#include "drawing/model/edge_pen.h"
 #include "drawing/model/facing.h"
 #include "drawing/model/vectors.h"
 #include "drawing/model/window_depths.h"
-#include "vorna/draw.h"
 
 namespace vorna::drawing::model {
 namespace {
@@ -23,10 +21,6 @@ constexpr float crease_cosine = 0.8660254F;
 constexpr std::int32_t least_lift = 2;
 // Edges of a run in pictures of several tiles: a tile draws whole runs.
 constexpr std::size_t longest_run = 32;
-// Steps of a line: columns of more would not fit the renderer's 16 bits, counted from a tile.
-constexpr std::int32_t longest_line = 16384;
-// Steps of smoothed edges over faces of which a tile that they touch sees all.
-constexpr std::int32_t longest_seen_whole = 64;
 
 std::uint8_t mean(std::uint8_t a, std::uint8_t b) {
     return static_cast<std::uint8_t>((a + b + 1) / 2);
@@ -36,283 +30,7 @@ VT_DCI_Point device_point(const Viewport& viewport, const Clip_Point& p) {
     return viewport.device_point(static_cast<float>(p.x / p.w), static_cast<float>(p.y / p.w), static_cast<float>(p.z / p.w));
 }
 
-bool same(const VT_DCI_Point& a, const VT_DCI_Point& b) {
-    return a.x == b.x && a.y == b.y && a.z == b.z;
-}
-
-// Calls piece(from, to) for the parts of a segment that are drawn one by one, so many steps long at most: where they end does not
-// depend on the tile. Parts end where the segment passes nearest to a pixel's middle.
-template <class Piece> void cut_in_pieces(const VT_DCI_Point& from, const VT_DCI_Point& to, std::int32_t longest, Piece piece) {
-    const std::int64_t dx = to.x - from.x, dy = to.y - from.y, dz = to.z - from.z;
-    const std::int64_t steps = std::max(std::abs(dx), std::abs(dy)), movement = std::min(std::abs(dx), std::abs(dy));
-    const auto point_at = [&](std::int64_t i) {
-        const auto moved = [=](std::int32_t start, std::int64_t change) {
-            return start +
-                   static_cast<std::int32_t>(std::floor(static_cast<double>(change * i) / static_cast<double>(steps) + 0.5));
-        };
-        return VT_DCI_Point{moved(from.x, dx), moved(from.y, dy), moved(from.z, dz)};
-    };
-    VT_DCI_Point start = from;
-    for (std::int64_t first = 0; steps - first > longest;) {
-        std::int64_t best = first + longest, least = steps;
-        for (std::int64_t i = best; i >= first + longest / 2; --i) {
-            const std::int64_t beside = movement * i % steps, distance = std::min(beside, steps - beside);
-            if (distance < least) {
-                least = distance;
-                best = i;
-            }
-        }
-        const VT_DCI_Point end = point_at(best);
-        piece(start, end);
-        start = end;
-        first = best;
-    }
-    piece(start, to);
-}
-
-// How far the pixels of a line lie beside its points.
-std::int32_t pixels_beside(const Edge_Settings& settings) {
-    return settings.width / 2 + (settings.smoothed ? 1 : 0);
-}
-
 } // namespace
-
-// Colours of a window, kept while something is drawn over them.
-class Kept_Pixels {
-public:
-    Kept_Pixels(VT_Renderer_Data& renderer, const VT_Int_Rectangle& window) : window_(window) {
-        const VT_Option* option = renderer.current_table.find("Color Buffer");
-        buffer_ = option ? option->as_object<Frame_Buffer>() : nullptr;
-        origin_ = renderer.current_options.window_origin();
-    }
-
-    void keep(std::int32_t x, std::int32_t y) {
-        if (buffer_ && contains(window_, x, y)) {
-            std::uint8_t* pixel = buffer_->rows[y - origin_.y] + 4 * std::ptrdiff_t{x - origin_.x};
-            std::uint32_t color;
-            std::memcpy(&color, pixel, 4);
-            pixels_.emplace_back(pixel, color);
-        }
-    }
-
-    void restore() {
-        for (const auto& [pixel, color] : pixels_) {
-            std::memcpy(pixel, &color, 4);
-        }
-        pixels_.clear();
-    }
-
-private:
-    VT_Int_Rectangle window_;
-    const Frame_Buffer* buffer_;
-    VT_Int_Pair origin_;
-    std::vector<std::pair<std::uint8_t*, std::uint32_t>> pixels_;
-};
-
-// Joins segments to polylines and draws them. Smoothed lines know no depth buffer: what is visible of a segment over faces is
-// found pixel by pixel along it first.
-class Edge_Renderer::Pen {
-public:
-    // window: of the renderer, as far as there is something of the picture in it. is_whole: that is all of it.
-    Pen(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, bool is_whole,
-        const Edge_Settings& settings, VT_RGB32 color)
-        : renderer_(renderer), rendition_(new VT_Rendition(rendition)), window_(window), is_whole_(is_whole),
-          width_(settings.width), beside_(pixels_beside(settings)) {
-        VT_Line_Attributes& line = rendition_->line;
-        line = {};
-        line.color = color;
-        line.index = static_cast<std::uint8_t>(renderer.current_options.palette().closest_match(color, false));
-        line.flags = settings.smoothed ? vorna::line_flag::smoothed : 0;
-        rendition_->clip.depth_test = settings.over_faces && !settings.smoothed;
-        if (settings.over_faces && settings.smoothed) {
-            depths_.emplace(renderer, rendition, window);
-            kept_.emplace(renderer, window);
-        }
-    }
-    Pen(const Pen&) = delete;
-    Pen& operator=(const Pen&) = delete;
-    ~Pen() { finish_polyline(); }
-
-    // To be called where segments that are not drawn lie between: other tiles may draw them, and all must join the same ones.
-    void lift() { finish_polyline(); }
-
-    // color: null = that of the pen, as for all other segments.
-    void draw(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
-        if (!depths_ && is_whole_) {
-            append(from, to, color);
-        } else if (!depths_) {
-            cut_in_pieces(from, to, longest_line, [&](const VT_DCI_Point& start, const VT_DCI_Point& end) {
-                if (touches_window(start, end)) {
-                    append(start, end, color);
-                } else {
-                    finish_polyline();
-                }
-            });
-        } else if (std::max(std::abs(to.x - from.x), std::abs(to.y - from.y)) > longest_seen_whole) {
-            finish_polyline();
-            draw_visible_part(from, to, color);
-        } else if (contains(window_, from.x, from.y) && contains(window_, to.x, to.y)) {
-            draw_visible(from, to, color);
-        } else {
-            finish_polyline(); // too far from the tile to be seen in it
-        }
-    }
-
-private:
-    bool touches_window(const VT_DCI_Point& from, const VT_DCI_Point& to) const {
-        Extent extent;
-        extent.include(from);
-        extent.include(to);
-        const VT_Int_Rectangle box{extent.box.left - beside_, extent.box.right + beside_, extent.box.bottom - beside_,
-                                   extent.box.top + beside_};
-        const VT_Int_Rectangle common = common_part(box, window_);
-        return common.left <= common.right && common.bottom <= common.top;
-    }
-
-    void append(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
-        if (width_ > 1) {
-            draw_wide(from, to, color);
-            return;
-        }
-        if (points_.empty() || !same(points_.back(), from)) {
-            finish_polyline();
-            points_.push_back(from);
-        }
-        points_.push_back(to);
-        if (color) {
-            colors_.push_back(*color);
-        }
-    }
-
-    // Lines of one pixel side by side, which are the same in every tile. Nothing is joined: later segments lie over earlier ones.
-    void draw_wide(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
-        const bool by_columns = std::abs(to.x - from.x) > std::abs(to.y - from.y);
-        for (std::int32_t shift = -(width_ - 1) / 2; shift <= width_ / 2; ++shift) {
-            VT_DCI_Point points[2] = {from, to};
-            for (VT_DCI_Point& p : points) {
-                (by_columns ? p.y : p.x) += shift;
-            }
-            if (color) {
-                VD_Draw_DCI_Colorized_Polyline(renderer_, *rendition_, 2, points, color, true);
-            } else {
-                VD_Draw_DCI_Polyline(renderer_, *rendition_, 2, points);
-            }
-        }
-    }
-
-    // Of a segment too long to be seen whole from a tile. All of it is drawn, for the pixels of a part depend on where it begins
-    // and ends, and what is hidden gets its colours back. No polyline: whether it is joined to others may not depend on the tile.
-    void draw_visible_part(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
-        if (!touches_window(from, to)) {
-            return;
-        }
-        const std::int64_t dx = to.x - from.x, dy = to.y - from.y, dz = to.z - from.z;
-        const bool by_columns = std::abs(dx) > std::abs(dy);
-        const auto steps = static_cast<std::int32_t>(std::max(std::abs(dx), std::abs(dy)));
-        // The steps inside the window.
-        const std::int32_t start = by_columns ? from.x : from.y, direction = (by_columns ? dx : dy) > 0 ? 1 : -1;
-        const std::int32_t low = (by_columns ? window_.left : window_.bottom) - start,
-                           high = (by_columns ? window_.right : window_.top) - start;
-        const std::int32_t first = std::max(direction > 0 ? low : -high, 0),
-                           end = std::min(direction > 0 ? high : -low, steps) + 1;
-        const auto place = [&](std::int32_t i) {
-            const auto moved = [=](std::int32_t from_here, std::int64_t change) {
-                return from_here + static_cast<std::int32_t>(std::floor(static_cast<double>(change * i) / steps + 0.5));
-            };
-            return VT_DCI_Point{moved(from.x, dx), moved(from.y, dy), moved(from.z, dz)};
-        };
-        const auto keep = [&](std::int32_t begin, std::int32_t stop) {
-            // One more to each side than a line has.
-            constexpr std::int32_t reach = 2;
-            for (std::int32_t i = begin; i < stop; ++i) {
-                const VT_DCI_Point p = place(i);
-                for (std::int32_t across = -reach; across <= reach; ++across) {
-                    kept_->keep(p.x + (by_columns ? 0 : across), p.y + (by_columns ? across : 0));
-                }
-                if (i == steps) { // The last pixel is drawn with those beside it in its row.
-                    kept_->keep(p.x + direction, p.y);
-                }
-            }
-        };
-        std::int32_t shown = first; // where the next hidden stretch may begin
-        for (std::int32_t i = first; i < end; ++i) {
-            const VT_DCI_Point p = place(i);
-            if (!contains(window_, p.x, p.y) || p.z > depths_->at(p.x, p.y)) {
-                continue;
-            }
-            if (i - shown > longest_gap || shown == first) {
-                keep(shown, i);
-            }
-            shown = i + 1;
-        }
-        keep(shown, end);
-        if (end - shown < end - first) {
-            const VT_DCI_Point points[2] = {from, to};
-            if (color) {
-                VD_Draw_DCI_Colorized_Polyline(renderer_, *rendition_, 2, points, color, true);
-            } else {
-                VD_Draw_DCI_Polyline(renderer_, *rendition_, 2, points);
-            }
-        }
-        kept_->restore();
-    }
-
-    void draw_visible(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {
-        const std::int32_t dx = to.x - from.x, dy = to.y - from.y, dz = to.z - from.z;
-        const std::int32_t steps = std::max(std::abs(dx), std::abs(dy));
-        const auto point_at = [&](std::int32_t i) {
-            const auto moved = [=](std::int32_t start, std::int32_t change) {
-                return start + static_cast<std::int32_t>(std::floor(static_cast<double>(change) * i / steps + 0.5));
-            };
-            return i == 0 ? from : VT_DCI_Point{moved(from.x, dx), moved(from.y, dy), moved(from.z, dz)};
-        };
-        std::int32_t first = -1, last = -1; // of the stretch under way
-        for (std::int32_t i = 0; i <= steps; ++i) {
-            const VT_DCI_Point p = point_at(i);
-            if (p.z > depths_->at(p.x, p.y)) {
-                continue;
-            }
-            if (first >= 0 && i - last > longest_gap + 1) {
-                append(point_at(first), point_at(last), color);
-                first = i;
-            }
-            first = first < 0 ? i : first;
-            last = i;
-        }
-        if (first >= 0) {
-            append(point_at(first), point_at(last), color);
-        }
-        if (last != steps) {
-            // A later edge may begin at the pixel seen last by chance: whether those between come along depends on the tile.
-            finish_polyline();
-        }
-    }
-
-    // Rounding hides a pixel here and there of an edge that can be seen: gaps as short as that are closed.
-    static constexpr std::int32_t longest_gap = 2;
-
-    void finish_polyline() {
-        const auto count = static_cast<std::int32_t>(points_.size());
-        if (count > 1 && colors_.empty()) {
-            VD_Draw_DCI_Polyline(renderer_, *rendition_, count, points_.data());
-        } else if (count > 1) {
-            VD_Draw_DCI_Colorized_Polyline(renderer_, *rendition_, count, points_.data(), colors_.data(), false);
-        }
-        points_.clear();
-        colors_.clear();
-    }
-
-    VT_Renderer_Data& renderer_;
-    VT_Reference<VT_Rendition> rendition_;
-    const VT_Int_Rectangle window_;
-    const bool is_whole_;
-    const std::int32_t width_;
-    const std::int32_t beside_; // see pixels_beside
-    std::optional<Window_Depths> depths_;
-    std::optional<Kept_Pixels> kept_;
-    std::vector<VT_DCI_Point> points_;
-    std::vector<VT_RGB32> colors_; // of the segments
-};
 
 Edge_Renderer::Edge_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors)
     : edges_(make_edges(mesh)), positions_(edges_.points.size()), base_color_(base_color) {
@@ -387,7 +105,7 @@ void Edge_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const E
     if (settings.over_faces) {
         lift_points();
     }
-    bins_.start(grid, pixels_beside(settings));
+    bins_.start(grid, Edge_Pen::pixels_beside(settings));
     gather_runs();
     if (bins_.sorts()) {
         for (std::size_t r = 0; r < runs_.size(); ++r) {
@@ -421,23 +139,24 @@ void Edge_Renderer::gather_runs() {
 void Edge_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
     if (settings_.over_faces) {
         // Without the frame's last column and row, which lie beyond the image and are empty.
-        const VT_Int_Rectangle area = common_part(rendition.window.rectangle, {frame_.left, std::max(frame_.right - 1, frame_.left),
-                                                                              frame_.bottom, std::max(frame_.top - 1, frame_.bottom)});
+        const VT_Int_Rectangle area =
+            common_part(rendition.window.rectangle, {frame_.left, std::max(frame_.right - 1, frame_.left), frame_.bottom,
+                                                     std::max(frame_.top - 1, frame_.bottom)});
         if (area.left <= area.right && area.bottom <= area.top) {
             Window_Depths depths(renderer, rendition, area);
             depths.recede(1 + settings_.width / 2);
             depths.write(renderer, rendition);
         }
     }
-    Pen pen(renderer, rendition, common_part(rendition.window.rectangle, frame_), !bins_.sorts(), settings_,
-            settings_.color.value_or(base_color_));
+    Edge_Pen pen(renderer, rendition, common_part(rendition.window.rectangle, frame_), !bins_.sorts(), settings_,
+                 settings_.color.value_or(base_color_));
     const bool colored = !settings_.color && !colors_.empty();
     std::size_t next = 0; // to the edge drawn last
     bins_.for_each(tile, runs_.size(), [&](std::size_t run) {
         for (std::size_t edge = runs_[run].first; edge < runs_[run].end; ++edge) {
             const std::optional<Segment> segment = segment_of(edge);
             if (edge != next || !segment) {
-                pen.lift();
+                pen.end_polyline();
             }
             next = edge + 1;
             if (segment) {
@@ -448,7 +167,9 @@ void Edge_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& renditi
 }
 
 void Edge_Renderer::choose_edges() {
-    const bool culls = settings_.culling == Culling::back, only_features = settings_.choice == Edge_Choice::features;
+    // What a closed body hides need not be tested against depths.
+    const bool hides = settings_.over_faces && hides_backs_ && !projection_.any_before;
+    const bool culls = settings_.culling == Culling::back || hides, only_features = settings_.choice == Edge_Choice::features;
     drawn_.assign(edges_.chains.size(), !culls && !only_features);
     if (culls || only_features) {
         constexpr std::uint8_t front = 1, back = 2;
@@ -476,7 +197,7 @@ void Edge_Renderer::choose_edges() {
 void Edge_Renderer::lift_points() {
     std::vector<double> rises(edges_.chains.size());
     std::vector<std::uint8_t> sides(edges_.chains.size());
-    const bool sees_backs = !hides_backs_ && settings_.culling == Culling::none;
+    const bool sees_backs = settings_.culling == Culling::none && (!hides_backs_ || projection_.any_before);
     for (std::size_t t = 0; t < faces_.size(); ++t) {
         if (!sees_backs && !faces_.face_viewer(t, camera_)) {
             continue;

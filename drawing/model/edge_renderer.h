@@ -47,7 +47,6 @@ public:
     std::uint64_t prepared_memory() const noexcept { return 32 * edges_.points.size() + 16 * edges_.chains.size(); }
 
 private:
-    class Pen;
     // Edges that are drawn, one after the other in a chain.
     struct Run {
         std::uint32_t first, end;
@@ -83,8 +82,8 @@ private:
     VT_Int_Rectangle frame_;
     Edge_Settings settings_;
     Projected_Points projection_;
-    std::vector<std::uint8_t> drawn_;  // by edge; the last place of a chain is none
-    std::vector<std::int32_t> lifts_;  // by point, see lift_points
+    std::vector<std::uint8_t> drawn_; // by edge; the last place of a chain is none
+    std::vector<std::int32_t> lifts_; // by point, see lift_points
     std::vector<Run> runs_;
     Tile_Bins bins_;
 };

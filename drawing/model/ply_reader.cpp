@@ -160,7 +160,8 @@ Header read_header(Text_Cursor& cursor) {
 template <class Values> class Body_Reader {
 public:
     Body_Reader(Values values, const std::string& file, const Header& header, Load_Limits& limits)
-        : values_(values), file_(file), limits_(limits), memory_(limits, file), textures_(mesh_, file_, header.textures, limits) {}
+        : values_(values), file_(file), limits_(limits), memory_(limits, file), textures_(mesh_, file_, header.textures, limits) {
+    }
 
     Mesh read(const Header& header) {
         for (const Element& element : header.elements) {

@@ -11,8 +11,8 @@
 namespace vorna::drawing::model {
 
 struct Projected_Points {
-    std::vector<VT_DCI_Point> device_points; // at the window's border for points outside the view volume
-    std::vector<std::uint8_t> planes;        // that each point lies beyond, see clipper.h
+    std::vector<VT_DCI_Point> device_points;     // at the window's border for points outside the view volume
+    std::vector<std::uint8_t> planes;            // that each point lies beyond, see clipper.h
     bool any_beyond = false, any_before = false; // the view volume at all, its near plane
 
     void project(const Vector_Columns& positions, const Camera& camera, const VT_Int_Rectangle& window);

@@ -12,14 +12,13 @@
 #include "drawing/model/paints.h"
 #include "drawing/model/scene.h"
 #include "drawing/model/surface_tints.h"
+#include "drawing/model/textured_triangles.h"
 #include "drawing/model/viewport.h"
 
 namespace vorna::drawing::model {
 
 // Opaque triangles come first, those seen from behind before the others, which are seen where depths are equal; then translucent
-// ones from the farthest to the nearest. The renderer runs colours and textures
-// evenly over the screen; in perspective, edges on which the middle would be wrong by half a pixel or more are halved there. That
-// is decided for each edge by its two ends alone, so that triangles that share one agree and no crack opens between them.
+// ones from the farthest to the nearest.
 class Textured_Scene final : public Scene {
 public:
     // The mesh may be gone afterwards. base_color: of what has neither a colour nor a texture; of all, with own_colors off. The
@@ -38,9 +37,6 @@ public:
     std::uint64_t prepared_memory() const noexcept override { return 64 * points_.size() + 40 * triangles_.size(); }
 
 private:
-    struct Drawing;
-    struct Corner;
-
     void order_triangles(const Mesh& mesh);
     std::vector<std::uint32_t> lay_out(const Mesh& mesh);
     // vertices: the mesh's own numbers of the vertices that are drawn.
@@ -49,8 +45,7 @@ private:
     void order_drawing(const Camera& camera);
     Clip_Polygon clipped(std::size_t triangle) const;
     Extent extent_of(std::size_t triangle) const;
-    void draw_triangle(Drawing& drawing, std::size_t triangle) const;
-    void draw_piece(Drawing& drawing, const Corner& a, const Corner& b, const Corner& c) const;
+    void draw_triangle(Textured_Triangles& triangles, std::size_t triangle) const;
 
     Textures textures_;
     std::vector<Paint> paints_; // by material, and the plain one

@@ -67,7 +67,8 @@ void Window_Depths::recede_upwards(std::int32_t reach) {
 
 void Window_Depths::write(VT_Renderer_Data& renderer, const VT_Rendition& rendition) const {
     const VT_DCI_Point top_left{area_.left, area_.top, 0}, bottom_right{area_.right, area_.bottom, 0};
-    VD_Write_Depth_Rectangle(renderer, rendition, &top_left, &bottom_right, static_cast<std::int32_t>(2 * width_), depths_.data());
+    VD_Write_Depth_Rectangle(renderer, rendition, &top_left, &bottom_right, static_cast<std::int32_t>(2 * width_),
+                             depths_.data());
 }
 
 } // namespace vorna::drawing::model

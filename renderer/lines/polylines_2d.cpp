@@ -6,6 +6,7 @@
 #include "renderer/lines/polylines_2d.h"
 
 #include "host/clip.h"
+#include "renderer/core/compiler_hints.h"
 #include "renderer/core/scratch.h"
 #include "renderer/depth_lines/line_entry.h"
 #include "renderer/depth_lines/line_target.h"
@@ -33,10 +34,10 @@ constexpr Pixel_Rule store_or_blend(Case c) noexcept {
 
 // Draws what the rectangle leaves of a polyline of 2 or more points, in order: inside(k, count, points) polylines whose first
 // colour is that of vertex k, dot() the last vertex when its segment is cut, and cut segments, for which paint(k, ramps, paint)
-// sets the colour of segment k.
+// sets the colour of segment k. Inlined, since copies of these functions take as long as a short line.
 template <Case c, class Inside, class Dot, class Paint>
-void draw_visible(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
-                  const Cut_Rules& rules, Inside inside, Dot dot, Paint paint) {
+KRB_ALWAYS_INLINE void draw_visible(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                    const VT_DCI_Point* points, const Cut_Rules& rules, Inside inside, Dot dot, Paint paint) {
     const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
     if (rectangle.left > rectangle.right || rectangle.bottom > rectangle.top) {
         return;

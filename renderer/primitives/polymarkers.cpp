@@ -1,6 +1,7 @@
 // Members of the polymarker slots.
 #include "renderer/primitives/polymarkers.h"
 
+#include "renderer/core/compiler_hints.h"
 #include "renderer/core/entry.h"
 #include "renderer/primitives/single_pixels.h"
 
@@ -10,8 +11,8 @@ namespace {
 
 // Calls draw(row, column, index of the point) for every point that lies in the hard clip and in the window.
 template <class Draw>
-void for_each_pixel(const Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count,
-                    const VT_DCI_Point* points, Draw draw) {
+KRB_ALWAYS_INLINE void for_each_pixel(const Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                      const VT_DCI_Point* points, Draw draw) {
     const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
     for (std::int32_t i = 0; i < count; ++i) {
         const VT_DCI_Point& point = points[i];

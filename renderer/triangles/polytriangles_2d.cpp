@@ -7,6 +7,7 @@
 #include "host/clip.h"
 #include "host/strip.h"
 #include "host/triangle_clipper.h"
+#include "renderer/core/compiler_hints.h"
 #include "renderer/kernels/call_target.h"
 #include "renderer/triangles/polytriangles.h"
 #include "renderer/triangles/strip_entry.h"
@@ -26,8 +27,8 @@ bool draws_nothing(const VT_Face_Attributes& face) noexcept {
 // Calls run(first point, count of points) for stretches inside the rectangle and piece(first point of a triangle) for triangles
 // that cross it. Each returns nothing.
 template <class Run, class Piece>
-void draw_in_rectangle(const VT_Rendition& rendition, const VT_Int_Rectangle& rectangle, std::int32_t count,
-                       const VT_DCI_Point* points, Run run, Piece piece) {
+KRB_ALWAYS_INLINE void draw_in_rectangle(const VT_Rendition& rendition, const VT_Int_Rectangle& rectangle, std::int32_t count,
+                                         const VT_DCI_Point* points, Run run, Piece piece) {
     if (vorna::is_empty(rectangle)) {
         return;
     }

@@ -13,8 +13,8 @@ namespace vorna::drawing {
 namespace {
 
 using replay_tests::Png_Pixels;
-using replay_tests::read_file;
 using replay_tests::read_colors;
+using replay_tests::read_file;
 using testing::HasSubstr;
 using testing::ThrowsMessage;
 

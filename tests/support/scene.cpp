@@ -197,34 +197,15 @@ Call random_call(Random& random, const Renderer_Setup& setup) {
     return call;
 }
 
-const char* name_of(Call_Kind kind) {
-    switch (kind) {
-    case Call_Kind::dot:
-        return "dot";
-    case Call_Kind::marker:
-        return "polymarker";
-    case Call_Kind::flat:
-        return "flat polytriangle";
-    case Call_Kind::colorized:
-        return "colorized polytriangle";
-    case Call_Kind::gouraud:
-        return "gouraud polytriangle";
-    case Call_Kind::draw_window:
-        return "draw window";
-    case Call_Kind::clear_depth:
-        return "clear depth";
-    }
-    return "";
-}
-
 } // namespace
 
 std::string describe(const Call& call) {
     std::ostringstream out;
-    const char* const shapes[] = {"", "device line, ", "plane line, "};
-    out << shapes[static_cast<int>(call.shape)] << (call.floating_points.empty() ? "" : "DC ") << name_of(call.kind)
-        << ", z test " << call.z_test << ", z write " << call.z_write << ", single color " << call.single_color << "\n  "
-        << describe(*call.rendition) << "\n  points";
+    constexpr const char* shapes[] = {"", "device line, ", "plane line, "};
+    constexpr const char* kinds[] = {"dot", "markers", "flat", "colorized", "gouraud", "draw window", "clear depth"};
+    out << shapes[static_cast<int>(call.shape)] << (call.floating_points.empty() ? "" : "DC ")
+        << kinds[static_cast<int>(call.kind)] << ", z test " << call.z_test << ", z write " << call.z_write << ", single color "
+        << call.single_color << "\n  " << describe(*call.rendition) << "\n  points";
     for (const VT_DCI_Point& point : call.points) {
         out << " (" << point.x << ' ' << point.y << ' ' << point.z << ')';
     }

@@ -7,9 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "drawing/model/model_reader.h"
-#include "tests/support/command_line.h"
 #include "tests/support/meshes.h"
-#include "tests/support/png_pixels.h"
+#include "tests/support/rendering.h"
 
 namespace vorna::drawing::model {
 namespace {
@@ -29,7 +28,7 @@ struct Spot {
     int left = 1 << 20, right = -1, top = 1 << 20, bottom = -1;
 };
 
-class Forms_Render : public testing::Test {
+class Forms_Render : public Rendering {
 protected:
     std::string digest(const std::string& input, Options options) {
         options.insert(options.begin(), {"render", input, "-o", folder.file("out.png"), "--hash"});
@@ -38,15 +37,17 @@ protected:
         return outcome.output;
     }
 
-    // Of a drawing seen from the front without perspective, 80 x 60 pixels.
-    Spot spot(const std::string& input, Options options, std::array<int, 3> color) {
+    // Seen from the front without perspective, 80 x 60 pixels.
+    Picture front(const std::string& input, Options options) {
         options.insert(options.end(), {"--view", "front", "--ortho", "--size", "80x60", "--supersample", "1"});
-        digest(input, options);
-        const replay_tests::Png_Pixels image = replay_tests::read_png(folder.file("out.png"));
+        return render(input, options);
+    }
+
+    Spot spot(const std::string& input, const Options& options, std::array<int, 3> color) {
+        const Picture picture = front(input, options);
         Spot found;
         for (int i = 0; i < 80 * 60; ++i) {
-            const std::uint8_t* sample = &image.bytes[4 * static_cast<std::size_t>(i)];
-            if (std::equal(color.begin(), color.end(), sample)) {
+            if (picture.pixels[static_cast<std::size_t>(i)] == color) {
                 ++found.count;
                 found.left = std::min(found.left, i % 80);
                 found.right = std::max(found.right, i % 80);
@@ -56,8 +57,6 @@ protected:
         }
         return found;
     }
-
-    replay_tests::Temporary_Folder folder;
 };
 
 TEST(Forms, obj_and_ply_files_give_points_and_lines) {
@@ -145,12 +144,10 @@ TEST_F(Forms_Render, light_and_distance_give_points_without_a_colour_form) {
     const Options red{"--color", "#ff0000", "--point-size", "8"};
     EXPECT_EQ(spot(plain, red, {255, 0, 0}).count, 0); // The nearest point is not at depth 0.
     const auto reds_of = [&](const std::string& file) {
-        spot(file, red, {});
         std::vector<int> reds;
-        const replay_tests::Png_Pixels image = replay_tests::read_png(folder.file("out.png"));
-        for (std::size_t i = 0; i < image.bytes.size(); i += 4) {
-            if (image.bytes[i] > image.bytes[i + 1] + 60) {
-                reds.push_back(image.bytes[i]);
+        for (const std::array<int, 3>& pixel : front(file, red).pixels) {
+            if (pixel[0] > pixel[1] + 60) {
+                reds.push_back(pixel[0]);
             }
         }
         std::ranges::sort(reds);
@@ -201,24 +198,24 @@ TEST_F(Forms_Render, tiles_and_threads_draw_the_same_pixels) {
 }
 
 TEST_F(Forms_Render, statistics_count_them_and_files_without_any_are_refused) {
-    const auto render = [&](const std::string& input, const Options& options) {
+    const auto outcome = [&](const std::string& input, const Options& options) {
         Options arguments{"render", input, "-o", folder.file("out.png")};
         arguments.insert(arguments.end(), options.begin(), options.end());
         return replay_tests::run_vorna(arguments);
     };
     const std::string file = folder.file("m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\np 1 2\nl 1 2 3\np 3\n");
-    EXPECT_THAT(render(file, {"--stats"}).errors, testing::StartsWith("2 lines, 3 points, load "));
-    EXPECT_THAT(render(file, {"--dry-run"}).output, HasSubstr("\ndrawn: 2 lines, 3 points\n"));
-    EXPECT_EQ(render(file, {"--antialias"}).errors, "");
-    EXPECT_THAT(render(folder.file("p.obj", "v 0 0 0\n"), {"--stats"}).errors, testing::StartsWith("1 point, load "));
-    EXPECT_THAT(render(folder.file("e.obj", "o nothing\n"), {}).errors,
+    EXPECT_THAT(outcome(file, {"--stats"}).errors, testing::StartsWith("2 lines, 3 points, load "));
+    EXPECT_THAT(outcome(file, {"--dry-run"}).output, HasSubstr("\ndrawn: 2 lines, 3 points\n"));
+    EXPECT_EQ(outcome(file, {"--antialias"}).errors, "");
+    EXPECT_THAT(outcome(folder.file("p.obj", "v 0 0 0\n"), {"--stats"}).errors, testing::StartsWith("1 point, load "));
+    EXPECT_THAT(outcome(folder.file("e.obj", "o nothing\n"), {}).errors,
                 HasSubstr("e.obj: empty scene: expected triangles, lines or points, found none"));
     std::ostringstream many;
     many << "ply\nformat ascii 1.0\nelement vertex 30000\nproperty float x\nproperty float y\nproperty float z\nend_header\n";
     for (int i = 0; i < 30000; ++i) {
         many << "0 0 0\n";
     }
-    EXPECT_THAT(render(folder.file("many.ply", many.str()), {"--max-memory", "2M"}).errors, HasSubstr("--max-memory"));
+    EXPECT_THAT(outcome(folder.file("many.ply", many.str()), {"--max-memory", "2M"}).errors, HasSubstr("--max-memory"));
 }
 
 } // namespace

@@ -7,8 +7,8 @@ trap 'rm -rf "$output"' EXIT
 failures=0
 for suffix in png tif webp jpg; do
     for compress in fast default; do
-        set -- render "$model" -o "$output/own.$suffix" --size 640x480 --edges --antialias --compress $compress --kernels portable
-        "$vorna" "$@" || exit 1
+        set -- render "$model" --size 320x240 --edges --antialias --compress $compress --kernels portable
+        "$vorna" "$@" -o "$output/own.$suffix" || exit 1
         for processor in Nehalem Haswell; do
             "$qemu" -cpu $processor "$vorna" "$@" -o "$output/other.$suffix" 2>"$output/errors" || { cat "$output/errors"; exit 1; }
             cmp "$output/own.$suffix" "$output/other.$suffix" || failures=$((failures + 1))

@@ -270,9 +270,9 @@ TEST_F(Render_Options, dry_runs_tell_and_write_nothing) {
     const Outcome told = replay_tests::run_vorna({"render", ball_file, "-o", folder.file("f-{}.png"), "--size", "3000x2000",
                                                   "--dry-run", "--turntable", "12", "--threads", "2", "--supersample", "2"});
     EXPECT_EQ(told.status, 0) << told.errors;
-    EXPECT_THAT(told.output,
-                testing::ContainsRegex("\ndrawn: 528 triangles in .*\nimage: 3000x2000, 32 bits a pixel, means of 2x2\ntiles: 24 of "
-                                       "1024x1024 pixels, 2 threads\nframes: 12\nmemory: .* of 1024M"));
+    EXPECT_THAT(told.output, testing::ContainsRegex(
+                                 "\ndrawn: 528 triangles in .*\nimage: 3000x2000, 32 bits a pixel, means of 2x2\ntiles: 24 of "
+                                 "1024x1024 pixels, 2 threads\nframes: 12\nmemory: .* of 1024M"));
     EXPECT_THAT(told.output, HasSubstr("f-00.png to " + folder.file("f-11.png")));
     EXPECT_THAT(folder.names(), ElementsAre("ball.obj"));
     for (const auto& [output, more, status] : {std::tuple(folder.file("none") + "/out.png", "--stats", 1),

@@ -111,7 +111,7 @@ protected:
     }
 };
 
-const std::vector<std::string> straight{"--view", "front", "--ortho", "--size", "120x120"};
+const std::vector<std::string> straight{"--view", "front", "--ortho", "--size", "120x120", "--background", "white"};
 
 std::vector<std::string> with(std::vector<std::string> options, const std::vector<std::string>& more) {
     options.insert(options.end(), more.begin(), more.end());

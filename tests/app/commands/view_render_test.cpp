@@ -10,9 +10,8 @@
 #include "drawing/model/camera.h"
 #include "drawing/model/section.h"
 #include "drawing/model/vectors.h"
-#include "tests/support/command_line.h"
 #include "tests/support/meshes.h"
-#include "tests/support/png_pixels.h"
+#include "tests/support/rendering.h"
 
 namespace vorna::drawing::model {
 namespace {
@@ -21,69 +20,66 @@ using testing::HasSubstr;
 using Options = std::vector<std::string>;
 using Color = std::array<int, 3>;
 
+constexpr Color white{255, 255, 255};
+
 const std::string square = "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nf 1 2 3 4\n";
 const std::string cube = "v -1 -1 -1\nv 1 -1 -1\nv 1 1 -1\nv -1 1 -1\nv -1 -1 1\nv 1 -1 1\nv 1 1 1\nv -1 1 1\n"
                          "f 1 4 3 2\nf 5 6 7 8\nf 1 2 6 5\nf 3 4 8 7\nf 1 5 8 4\nf 2 3 7 6\n";
 
-struct Picture {
-    int width, height;
-    std::vector<Color> pixels;
-
-    Color at(int column, int row) const { return pixels[static_cast<std::size_t>(row * width + column)]; }
-    // Columns and rows from the first to the last pixel that is of the color, or that is not.
-    std::array<int, 2> extent(Color color, bool is_of_it) const {
-        int left = width, right = -1, top = height, bottom = -1;
-        for (int row = 0; row < height; ++row) {
-            for (int column = 0; column < width; ++column) {
-                if ((at(column, row) == color) == is_of_it) {
-                    left = std::min(left, column);
-                    right = std::max(right, column);
-                    top = std::min(top, row);
-                    bottom = std::max(bottom, row);
-                }
-            }
+// Columns and rows from the first to the last pixel that is of the color, or that is not.
+std::array<int, 2> extent(const Picture& picture, const Color& color, bool is_of_it) {
+    const auto width = static_cast<int>(picture.width), height = static_cast<int>(picture.height);
+    int left = width, right = -1, top = height, bottom = -1;
+    for (int i = 0; i < width * height; ++i) {
+        if ((picture.pixels[static_cast<std::size_t>(i)] == color) == is_of_it) {
+            left = std::min(left, i % width);
+            right = std::max(right, i % width);
+            top = std::min(top, i / width);
+            bottom = std::max(bottom, i / width);
         }
-        return {right - left + 1, bottom - top + 1};
     }
-};
+    return {right - left + 1, bottom - top + 1};
+}
 
-class View_Render : public testing::Test {
+// Of what is drawn over white.
+std::array<int, 2> drawn_extent(const Picture& picture) {
+    return extent(picture, white, false);
+}
+
+class View_Render : public Rendering {
 protected:
-    replay_tests::Outcome render(const std::string& input, Options options) {
-        options.insert(options.begin(), {"render", input, "-o", folder.file("out.png")});
-        return replay_tests::run_vorna(options);
-    }
+    std::string errors(const std::string& input, Options options) { return run(input, std::move(options)).errors; }
     std::string digest(const std::string& input, Options options) {
         options.push_back("--hash");
-        const replay_tests::Outcome outcome = render(input, options);
+        const replay_tests::Outcome outcome = run(input, std::move(options));
         EXPECT_EQ(outcome.errors, "");
         return outcome.output;
     }
+    // With pixels as the renderer draws them.
     Picture picture(const std::string& input, Options options) {
         options.insert(options.end(), {"--supersample", "1"});
-        digest(input, options);
-        const replay_tests::Png_Pixels image = replay_tests::read_png(folder.file("out.png"));
-        Picture result{static_cast<int>(image.width), static_cast<int>(image.height), {}};
-        for (std::size_t i = 0; i < image.bytes.size(); i += 4) {
-            result.pixels.push_back({image.bytes[i], image.bytes[i + 1], image.bytes[i + 2]});
-        }
-        return result;
+        return render(input, std::move(options));
     }
 
-    replay_tests::Temporary_Folder folder;
+private:
+    replay_tests::Outcome run(const std::string& input, Options options) {
+        options.insert(options.begin(), {"render", input, "-o", folder.file("out.png")});
+        return replay_tests::run_vorna(options);
+    }
+
+protected:
     const std::string square_file = folder.file("square.obj", square), cube_file = folder.file("cube.obj", cube);
 };
 
 const Options beside{"--camera", "9,0,0,20,0,0"};
-constexpr Color white{255, 255, 255};
 
 TEST_F(View_Render, a_gradient_is_exact_in_every_row) {
     Options options = beside;
     options.insert(options.end(), {"--allow-empty", "--background", "#000000,#ff2864", "--size", "30x51"});
     const Picture drawn = picture(square_file, options);
-    for (int row = 0; row < 51; ++row) {
-        const auto channel = [&](int full) { return static_cast<int>(std::floor(full * (2 * row + 1) / 102.0 + 0.5)); };
-        for (int column = 0; column < 30; ++column) {
+    for (std::uint32_t row = 0; row < 51; ++row) {
+        const auto channel = [&](int full) { return static_cast<int>(std::floor(full * (2.0 * row + 1) / 102 + 0.5)); };
+        for (std::uint32_t column = 0; column < 30; ++column) {
             ASSERT_EQ(drawn.at(column, row), (Color{channel(255), channel(40), channel(100)})) << column << ", " << row;
         }
     }
@@ -91,7 +87,7 @@ TEST_F(View_Render, a_gradient_is_exact_in_every_row) {
     const Picture plain = picture(square_file, {"--size", "60x40"});
     EXPECT_LT(plain.at(0, 0)[0] + 30, plain.at(0, 39)[0]);
     EXPECT_EQ(picture(square_file, {"--size", "60x40", "--shading", "hidden-line"}).at(0, 0), white);
-    EXPECT_THAT(render(square_file, {"--background", "red,"}).errors,
+    EXPECT_THAT(errors(square_file, {"--background", "red,"}),
                 HasSubstr("--background: expected none, gradient, TOP,BOTTOM, #rgb, #rrggbb or a colour's name, found ''"));
 }
 
@@ -120,14 +116,13 @@ TEST_F(View_Render, a_model_in_the_colour_of_its_background_is_something) {
     for (const Options& more : std::vector<Options>{{}, {"--colors", "8"}, {"--supersample", "2"}, {"--tile-size", "64"}}) {
         Options options = white_on_white, empty = beside;
         options.insert(options.end(), more.begin(), more.end());
-        EXPECT_EQ(render(square_file, options).errors, "") << testing::PrintToString(more);
+        EXPECT_EQ(errors(square_file, options), "") << testing::PrintToString(more);
         empty.insert(empty.end(), more.begin(), more.end());
-        EXPECT_THAT(render(square_file, empty).errors, HasSubstr("square.obj: nothing to be seen"))
-            << testing::PrintToString(more);
+        EXPECT_THAT(errors(square_file, empty), HasSubstr("square.obj: nothing to be seen")) << testing::PrintToString(more);
     }
-    EXPECT_EQ(picture(square_file, white_on_white).extent(white, false)[1], -1 - 960 + 1); // white everywhere
-    EXPECT_EQ(render(square_file, {"--shading", "wireframe", "--color", "white", "--background", "none"}).errors, "");
-    EXPECT_EQ(render(square_file, {"--shading", "wireframe", "--color", "black", "--background", "none"}).errors, "");
+    EXPECT_EQ(drawn_extent(picture(square_file, white_on_white))[1], -1 - 960 + 1); // white everywhere
+    EXPECT_EQ(errors(square_file, {"--shading", "wireframe", "--color", "white", "--background", "none"}), "");
+    EXPECT_EQ(errors(square_file, {"--shading", "wireframe", "--color", "black", "--background", "none"}), "");
 }
 
 TEST_F(View_Render, z_points_up_where_the_format_says_so) {
@@ -142,8 +137,7 @@ TEST_F(View_Render, z_points_up_where_the_format_says_so) {
 }
 
 TEST_F(View_Render, iso_without_perspective_is_isometric) {
-    const auto [width, height] =
-        picture(cube_file, {"--ortho", "--size", "300x300", "--background", "white"}).extent(white, false);
+    const auto [width, height] = drawn_extent(picture(cube_file, {"--ortho", "--size", "300x300", "--background", "white"}));
     EXPECT_NEAR(width, height * std::sqrt(0.75), 1.5); // a regular hexagon on its corner
     EXPECT_NEAR(height, 300 * 0.94, 2);
 }
@@ -157,7 +151,7 @@ TEST_F(View_Render, the_field_of_view_is_that_between_upper_and_lower_border) {
     for (const auto& [degrees, rows] : {std::pair("90", 20), {"2.5", 200}, {"30", 75}}) {
         Options options = from_afar;
         options.insert(options.end(), {"--fov", degrees});
-        EXPECT_NEAR(picture(square_file, options).extent(white, false)[1], rows, 1) << degrees;
+        EXPECT_NEAR(drawn_extent(picture(square_file, options))[1], rows, 1) << degrees;
     }
 }
 
@@ -168,18 +162,18 @@ TEST_F(View_Render, a_section_opens_the_model) {
         options.insert(options.end(), {"--section", section});
         return picture(file, options);
     };
-    const int side = picture(square_file, front).extent(white, false)[0];
-    EXPECT_NEAR(cut(square_file, "x=0.5").extent(white, false)[0], side * 3 / 4, 1);
-    EXPECT_NEAR(cut(square_file, "-y=0.5").extent(white, false)[1], side / 4, 1);
-    EXPECT_NEAR(cut(square_file, "0,10,0,5").extent(white, false)[1], side * 3 / 4, 1);
+    const int side = drawn_extent(picture(square_file, front))[0];
+    EXPECT_NEAR(drawn_extent(cut(square_file, "x=0.5"))[0], side * 3 / 4, 1);
+    EXPECT_NEAR(drawn_extent(cut(square_file, "-y=0.5"))[1], side / 4, 1);
+    EXPECT_NEAR(drawn_extent(cut(square_file, "0,10,0,5"))[1], side * 3 / 4, 1);
     // Through the open side of the cube its back is seen from inside.
     const Color outside = picture(cube_file, front).at(100, 100), inside = cut(cube_file, "z=0").at(100, 100);
     EXPECT_NE(inside, white);
     EXPECT_EQ(cut(cube_file, "z=2").at(100, 100), outside);
     EXPECT_EQ(cut(cube_file, "-z=-0.5").at(100, 100), outside);
-    EXPECT_THAT(render(cube_file, {"--section", "x=-2"}).errors, HasSubstr("found all of it removed"));
+    EXPECT_THAT(errors(cube_file, {"--section", "x=-2"}), HasSubstr("found all of it removed"));
     for (const char* wrong : {"x", "x=", "a=1", "1,2,3", "0,0,0,1", "x=1,2", "--x=1"}) {
-        EXPECT_THAT(render(cube_file, {std::string("--section=") + wrong}).errors,
+        EXPECT_THAT(errors(cube_file, {std::string("--section=") + wrong}),
                     HasSubstr("--section: expected an axis and a place as x=2 or -z=0.5"))
             << wrong;
     }
@@ -238,20 +232,20 @@ TEST_F(View_Render, a_scale_bar_has_the_length_that_it_states) {
     Options options = front;
     options.push_back("--scale-bar");
     const Picture with = picture(square_file, options), without = picture(square_file, front);
-    const int unit = without.extent(white, false)[0] / 2;
+    const int unit = drawn_extent(without)[0] / 2;
     // A square of 2 fills the height: half a unit is a quarter of the width or less, a whole one is more.
     const Color dark{30, 40, 51};
-    EXPECT_NEAR(with.extent(dark, true)[0], unit / 2, 1);
+    EXPECT_NEAR(extent(with, dark, true)[0], unit / 2, 1);
     EXPECT_EQ(digest(square_file, {"--axes", "--size", "200x150"}).size(), 65U);
-    EXPECT_THAT(render(square_file, {"--scale-bar"}).errors, HasSubstr("--scale-bar: expected --ortho beside it"));
+    EXPECT_THAT(errors(square_file, {"--scale-bar"}), HasSubstr("--scale-bar: expected --ortho beside it"));
     const Picture axes = picture(cube_file, {"--axes", "--size", "400x300", "--background", "white", "--view", "front"});
     const auto is_below_and_left = [&](Color color) {
-        const auto [width, height] = axes.extent(color, true);
+        const auto [width, height] = extent(axes, color, true);
         return width > 0 && width < 60 && height > 0 && height < 60;
     };
     EXPECT_TRUE(is_below_and_left({205, 48, 48}));
     EXPECT_TRUE(is_below_and_left({40, 140, 40}));
-    EXPECT_GT(axes.extent({205, 48, 48}, true)[0], axes.extent({40, 140, 40}, true)[0]);
+    EXPECT_GT(extent(axes, {205, 48, 48}, true)[0], extent(axes, {40, 140, 40}, true)[0]);
 }
 
 } // namespace

@@ -127,7 +127,7 @@ TEST_F(View_Command, shows_the_depth_buffer_and_never_writes_over_a_file) {
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_EQ(outcome.output, folder.file("ball-002.png") + "\n");
     EXPECT_EQ(replay_tests::read_file(folder.file("ball-001.png")), "mine");
-    const replay_tests::Png_Pixels depth = replay_tests::read_png(folder.file("ball-002.png"));
+    const replay_tests::Png_Pixels depth = replay_tests::read_colors(folder.file("ball-002.png"));
     const auto level = [&](std::size_t x, std::size_t y) { return int{depth.bytes[(y * depth.width + x) * depth.pixel_bytes]}; };
     EXPECT_EQ(level(0, 0), 255) << "the background";
     EXPECT_GT(level(32, 32), 240);

@@ -102,8 +102,8 @@ Bytes samples_of(const Case& image) {
     Bytes samples;
     for (std::uint32_t y = 0; y < image.height; ++y) {
         for (std::uint32_t x = 0; x < image.width; ++x) {
-            const unsigned n =
-                image.colors > 0 ? (x / 3 + y * 5) % static_cast<unsigned>(image.colors) : x * 3 + y + random() % 3;
+            const unsigned n = image.colors > 0 ? (x / 3 + y * 5) % static_cast<unsigned>(image.colors)
+                                                : x * 3 + y + static_cast<unsigned>(random() % 3);
             const std::uint8_t alpha = image.opaque ? 255 : static_cast<std::uint8_t>(n * 40);
             samples.insert(samples.end(), {static_cast<std::uint8_t>(n), static_cast<std::uint8_t>(n * 7),
                                            static_cast<std::uint8_t>(n >> 3), alpha});

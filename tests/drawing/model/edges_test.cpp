@@ -175,5 +175,55 @@ TEST_F(Edge_Pictures, features_leave_out_edges_within_even_surfaces) {
     EXPECT_NE(border.at(100, 80), red);
 }
 
+// A plate in front of an open sheet that is bent to steps: flat ones, and risers a pixel wide.
+TEST_F(Edge_Pictures, edges_close_behind_a_face_stay_hidden) {
+    std::string text = "v -1 -0.8 0\nv 1 -0.8 0\nv 1 0.8 0\nv -1 0.8 0\n", faces = "f 1 2 3 4\n";
+    int count = 4;
+    for (int step = 0; step < 12; ++step) {
+        const double x = -0.9 + 0.15 * step;
+        for (const auto& [shift, z] : {std::pair(0.0, -0.06), {0.14, -0.06}, {0.15, -0.3}}) {
+            text += "v " + std::to_string(x + shift) + " -0.7 " + std::to_string(z - 0.24 * (step % 2) * (shift == 0)) + "\nv " +
+                    std::to_string(x + shift) + " 0.7 " + std::to_string(z) + "\n";
+            if (count > 4) {
+                faces += "f " + std::to_string(count - 1) + ' ' + std::to_string(count + 1) + ' ' + std::to_string(count + 2) +
+                         ' ' + std::to_string(count) + '\n';
+            }
+            count += 2;
+        }
+    }
+    const std::string model = folder.file("steps.obj", text + faces);
+    for (const std::vector<std::string>& options : {std::vector<std::string>{}, {"--antialias"}, {"--supersample", "2"}}) {
+        std::vector<std::string> all = options;
+        all.insert(all.end(), {"--edges", "--ortho"});
+        const Picture picture = draw(model, all);
+        const auto is_plain = [](const std::array<int, 3>& pixel) { return pixel[0] == pixel[1] && pixel[1] == pixel[2]; };
+        int plain = 0;
+        for (std::uint32_t y = 30; y < 130; ++y) {
+            for (std::uint32_t x = 20; x < 180; ++x) {
+                EXPECT_TRUE(is_plain(picture.at(x, y))) << x << ", " << y << ' ' << testing::PrintToString(options);
+                plain += picture.at(x, y) != std::array<int, 3>{255, 255, 255};
+            }
+        }
+        EXPECT_GT(plain, 15000);
+    }
+}
+
+TEST_F(Edge_Pictures, of_equal_depths_the_face_that_looks_at_the_viewer_is_seen) {
+    folder.file("m.mtl", "newmtl red\nKd 1 0 0\nnewmtl blue\nKd 0 0 1\n");
+    const std::string corners = "v 0 0 0\nv 2 0 0\nv 0 2 0\n";
+    const std::string front = "usemtl red\nf 1 2 3\n", back = "usemtl blue\nf 6 5 4\n";
+    for (const std::string& faces : {front + back, back + front}) {
+        const std::string model = folder.file("m.obj", "mtllib m.mtl\n" + corners + corners + faces);
+        for (const char* shading : {"gouraud", "flat"}) {
+            const Picture picture = render(model, {"--view", "front", "--size", "80x80", "--shading", shading});
+            const auto is = [&](std::size_t strong) {
+                return std::ranges::count_if(picture.pixels, [=](const auto& p) { return p[strong] > p[2 - strong] + 30; });
+            };
+            EXPECT_GT(is(0), 1500);
+            EXPECT_EQ(is(2), 0);
+        }
+    }
+}
+
 } // namespace
 } // namespace vorna::drawing::model

@@ -10,8 +10,10 @@
 #include "drawing/image/color_name.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/clipper.h"
+#include "drawing/model/facing.h"
 #include "drawing/model/scene_renderer.h"
 #include "drawing/model/strips.h"
+#include "drawing/model/vectors.h"
 #include "tests/support/meshes.h"
 
 namespace vorna::drawing::model {
@@ -220,11 +222,73 @@ protected:
     VT_Int_Rectangle window_{10, 409, -20, 279};
 };
 
+// Without its last triangle.
+Mesh opened(Mesh mesh) {
+    mesh.triangles.resize(mesh.triangles.size() - 3);
+    return mesh;
+}
+
+Mesh turned_inside_out(Mesh mesh) {
+    for (std::size_t i = 0; i < mesh.triangles.size(); i += 3) {
+        std::swap(mesh.triangles[i], mesh.triangles[i + 1]);
+    }
+    return mesh;
+}
+
+// Each triangle with vertices of its own.
+Mesh parted(const Mesh& mesh) {
+    Mesh result;
+    for (const std::uint32_t vertex : mesh.triangles) {
+        result.triangles.push_back(static_cast<std::uint32_t>(result.positions.size()));
+        result.positions.push_back(mesh.positions[vertex]);
+    }
+    return result;
+}
+
+// Beside each other.
+Mesh pair_of(const Mesh& left, Mesh right) {
+    for (VT_Vector& position : right.positions) {
+        position.x += 5;
+    }
+    return joined_mesh({left, std::move(right)}, {"left", "right"}, false);
+}
+
+TEST(Facing, closed_bodies_hide_backs_and_nothing_else_does) {
+    const Mesh body = ball(16, 8);
+    Mesh one_turned = body;
+    std::swap(one_turned.triangles[0], one_turned.triangles[1]);
+    Mesh inward_normals = body;
+    for (const VT_Vector& position : body.positions) {
+        inward_normals.normals.push_back({-position.x, -position.y, -position.z});
+    }
+    const struct {
+        const char* what;
+        Mesh mesh;
+        bool hides;
+    } cases[] = {{"a ball", body, true},
+                 {"with parted vertices", parted(body), true},
+                 {"two balls", pair_of(body, parted(body)), true},
+                 {"whose normals are wrong", inward_normals, true},
+                 {"with a hole", opened(body), false},
+                 {"with a triangle turned over", one_turned, false},
+                 {"inside out", turned_inside_out(body), false},
+                 {"one of two inside out", pair_of(body, turned_inside_out(body)), false},
+                 {"with a hole in one of two", pair_of(opened(body), body), false}};
+    for (auto [what, mesh, hides] : cases) {
+        finish_mesh(mesh, "m");
+        const Facing facing(mesh);
+        EXPECT_EQ(facing.hides_backs(), hides) << what;
+        if (hides) {
+            EXPECT_GT(dot(facing.normal(0), winding_normal(mesh, 0)), 0.99F) << what;
+        }
+    }
+}
+
 TEST_F(Recording, a_fitted_model_arrives_whole_and_fills_the_window) {
+    const Camera_Settings camera{View::iso, Up_Axis::y, Projection::perspective, 4.0 / 3, 1};
     for (const Shading shading : {Shading::flat, Shading::gouraud}) {
-        const Mesh mesh = ball(32, 16);
-        const Recorded result =
-            draw(mesh, {View::iso, Up_Axis::y, Projection::perspective, 4.0 / 3, 1}, {shading, Culling::none, {0, 0, 1}});
+        const Mesh mesh = opened(ball(32, 16));
+        const Recorded result = draw(mesh, camera, {shading, Culling::none, {0, 0, 1}});
         EXPECT_EQ(result.triangles, mesh.triangle_count());
         const auto [low, high] = std::ranges::minmax(result.points, {}, &VT_DCI_Point::y);
         EXPECT_NEAR(low.y, -20 + 0.03 * 299, 2);
@@ -233,6 +297,16 @@ TEST_F(Recording, a_fitted_model_arrives_whole_and_fills_the_window) {
         EXPECT_LT(near.z, 200);
         EXPECT_GT(far.z, 65335);
     }
+    // Of closed bodies what is seen arrives, from inside all of it.
+    const Model_Look look{Shading::gouraud, Culling::none, {0, 0, 1}};
+    const Mesh closed = ball(32, 16);
+    const std::size_t seen = draw(closed, camera, look).triangles;
+    Model_Look culled = look;
+    culled.culling = Culling::back;
+    EXPECT_EQ(seen, draw(closed, camera, culled).triangles);
+    Camera_Settings inside = camera;
+    inside.aim = Aim{{0, 0, 0.2}, {0, 0, -1}, {0, 1, 0}};
+    EXPECT_GT(draw(closed, inside, look).triangles, 0U);
 }
 
 TEST_F(Recording, light_comes_from_where_it_is_said_to_come) {

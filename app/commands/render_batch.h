@@ -1,0 +1,18 @@
+// What `render` does with --output-folder: an image of each file by itself.
+#pragma once
+
+#include <functional>
+
+#include "app/commands/render_job.h"
+
+namespace vorna::app {
+
+// Draws one file as the options say, into options.image.output.
+using Draw_One = std::function<void(Render_Options& options)>;
+
+// Draws the files on as many threads as the options say, one thread each while there are as many files left. Failures are listed
+// in the end, in the order of the files. Returns the exit status. Throws Usage_Error, before anything is drawn, for two files
+// with the same name of the image, and Interrupted.
+int render_batch(const Render_Options& options, const Draw_One& draw_one);
+
+} // namespace vorna::app

@@ -1,0 +1,72 @@
+// Draws segments of edges in a window.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "drawing/model/model_look.h"
+#include "drawing/model/window_depths.h"
+#include "host/frame_buffer.h"
+#include "host/renderer_data.h"
+#include "host/rendition.h"
+
+namespace vorna::drawing::model {
+
+// Colours of a window, kept while something is drawn over them.
+class Kept_Pixels {
+public:
+    Kept_Pixels(VT_Renderer_Data& renderer, const VT_Int_Rectangle& window);
+
+    void keep(std::int32_t x, std::int32_t y);
+    void restore();
+
+private:
+    VT_Int_Rectangle window_;
+    const Frame_Buffer* buffer_;
+    VT_Int_Pair origin_;
+    std::vector<std::pair<std::uint8_t*, std::uint32_t>> pixels_;
+};
+
+// Joins segments to polylines and draws them. Smoothed lines know no depth buffer: what is visible of a segment over faces is
+// found pixel by pixel along it first.
+class Edge_Pen {
+public:
+    // How far the pixels of a line lie beside its points.
+    static std::int32_t pixels_beside(const Edge_Settings& settings) noexcept {
+        return settings.width / 2 + (settings.smoothed ? 1 : 0);
+    }
+
+    // window: of the renderer, as far as there is something of the image in it. is_whole: that is all of it.
+    Edge_Pen(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, bool is_whole,
+             const Edge_Settings& settings, VT_RGB32 color);
+    Edge_Pen(const Edge_Pen&) = delete;
+    Edge_Pen& operator=(const Edge_Pen&) = delete;
+    ~Edge_Pen() { end_polyline(); }
+
+    // color: null = that of the pen, as for all other segments.
+    void draw(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color);
+    // To be called where segments that are not drawn lie between: other tiles may draw them, and all must join the same ones.
+    void end_polyline();
+
+private:
+    bool touches_window(const VT_DCI_Point& from, const VT_DCI_Point& to) const;
+    void append(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color);
+    void draw_wide(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color);
+    void draw_visible_part(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color);
+    void draw_visible(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color);
+
+    VT_Renderer_Data& renderer_;
+    VT_Reference<VT_Rendition> rendition_;
+    const VT_Int_Rectangle window_;
+    const bool is_whole_;
+    const std::int32_t width_;
+    const std::int32_t beside_; // see pixels_beside
+    std::optional<Window_Depths> depths_;
+    std::optional<Kept_Pixels> kept_;
+    std::vector<VT_DCI_Point> points_;
+    std::vector<VT_RGB32> colors_; // of the segments
+};
+
+} // namespace vorna::drawing::model

@@ -1,0 +1,91 @@
+// Many files drawn each by itself.
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/command_line.h"
+
+namespace {
+
+using replay_tests::Outcome;
+using testing::HasSubstr;
+
+const std::string corner = "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nf 1 2 3\nf 1 3 4\nf 1 4 2\n";
+
+class Render_Batch : public testing::Test {
+protected:
+    Outcome render(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "render");
+        arguments.insert(arguments.end(), {"--output-folder", images, "--size", "32x32"});
+        return replay_tests::run_vorna(arguments);
+    }
+    std::string image(const std::string& name) const { return images + "/" + name; }
+
+    replay_tests::Temporary_Folder folder;
+    std::string images = folder.file("images") + "/new";
+};
+
+TEST_F(Render_Batch, every_file_becomes_the_image_that_it_becomes_alone) {
+    std::vector<std::string> files;
+    for (int i = 0; i < 9; ++i) {
+        files.push_back(
+            folder.file("part" + std::to_string(i) + ".obj", corner + "v " + std::to_string(i + 1) + " 2 3\nf 5 1 2\n"));
+    }
+    files.push_back(folder.file("line.json", R"({"type":"LineString","coordinates":[[0,0],[9,9]]})"));
+    const Outcome outcome = render(files);
+    EXPECT_EQ(outcome.status, 0) << outcome.errors;
+    for (const std::string& file : files) {
+        const std::string alone = folder.file("alone.png");
+        ASSERT_EQ(replay_tests::run_vorna({"render", file, "-o", alone, "--size", "32x32"}).status, 0);
+        const std::string name = std::filesystem::path(file).stem().string() + ".png";
+        EXPECT_EQ(replay_tests::run_vorna({"compare", alone, image(name)}).status, 0) << name;
+    }
+}
+
+TEST_F(Render_Batch, failures_are_listed_in_the_order_of_the_files_and_stop_nothing) {
+    const std::string good = folder.file("good.obj", corner), broken = folder.file("broken.obj", "v 0\n"),
+                      other = folder.file("other.stl", "solid\n");
+    const Outcome outcome = render({broken, good, other, "--threads", "2"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.errors, testing::MatchesRegex("vorna: .*broken.obj:1: .*\nvorna: .*other.stl: .*\n"));
+    EXPECT_TRUE(std::filesystem::exists(image("good.png")));
+    EXPECT_FALSE(std::filesystem::exists(image("broken.png")));
+    EXPECT_FALSE(std::filesystem::exists(image("other.png")));
+}
+
+TEST_F(Render_Batch, resume_leaves_out_images_that_are_there) {
+    const std::string first = folder.file("first.obj", corner), second = folder.file("second.obj", corner);
+    ASSERT_EQ(render({first}).status, 0);
+    std::filesystem::resize_file(image("first.png"), 5);
+    ASSERT_EQ(render({first, second, "--resume"}).status, 0);
+    EXPECT_EQ(std::filesystem::file_size(image("first.png")), 5U);
+    EXPECT_GT(std::filesystem::file_size(image("second.png")), 5U);
+    ASSERT_EQ(render({first, second}).status, 0);
+    EXPECT_GT(std::filesystem::file_size(image("first.png")), 5U);
+}
+
+TEST_F(Render_Batch, wrong_usage_draws_nothing) {
+    const std::string one = folder.file("a.obj", corner), same = folder.file("a.stl", "solid\n");
+    const struct {
+        std::vector<std::string> arguments;
+        std::string message;
+    } cases[] = {
+        {{one, same}, "--output-folder: expected files with different names"},
+        {{one, "-"}, "--output-folder: expected files with names, found standard input"},
+        {{one, "-o", folder.file("b.png")}, "expected no --output-folder beside it, found both"},
+        {{one, "--turntable", "3"}, "expected no --turntable beside it, found both"},
+    };
+    for (const auto& [arguments, message] : cases) {
+        const Outcome outcome = render(arguments);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_THAT(outcome.errors, HasSubstr(message));
+        EXPECT_FALSE(std::filesystem::exists(images));
+    }
+    EXPECT_THAT(replay_tests::run_vorna({"render", one, "-o", folder.file("b.png"), "--resume"}).errors,
+                HasSubstr("--resume: expected --output-folder beside it, found none"));
+}
+
+} // namespace
