@@ -29,7 +29,7 @@ public:
     void shade(std::int32_t x, std::int32_t y, std::int32_t count, float* light) const;
 
 private:
-    std::vector<float> map_; // what is taken away, 0 to 1; 0 in the outermost rows and columns
+    std::vector<float> map_; // the part of the light that is taken away; 0 in the outermost rows and columns
     Homography map_from_image_{};
     VT_Int_Rectangle visible_{0, -1, 0, -1}, frame_;
     float per_pixel_ = 0; // by how much the shadow grows from the frame inwards, until it is whole

@@ -31,19 +31,19 @@ float clamped(float value) {
 
 } // namespace
 
-// Loops over the lanes of a block are compiled twice where the linker can choose; both do the same to each lane.
+// These functions are compiled for AVX2 too where the loader can choose. Either way a lane gets the same operations.
 #if defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__) && defined(__linux__) && !defined(__SANITIZE_THREAD__)
 #define FOR_AVX2_TOO [[gnu::target_clones("avx2", "default")]]
 #else
 #define FOR_AVX2_TOO
 #endif
 
-// Up to so many pixels of a row, of which the first stands at a place of the planes.
+// Neighbouring pixels of a row. place: of the first one in the planes.
 struct Studio_Shading::Block {
     std::size_t place;
     Lane_Floats depth, scale, across, up; // slopes in pixels
     Lane_Floats slack;            // heights up to which a neighbour may still lie in the plane: points are rounded to pixels
-    Lane_Floats occlusion, light; // light: what lines and creases leave of it, or add
+    Lane_Floats occlusion, light; // light: a factor, of lines, ridges and grooves
     std::array<std::uint32_t, block_size> colors;
 };
 
@@ -146,7 +146,7 @@ FOR_AVX2_TOO void Studio_Shading::add_lines(const Studio_Planes& planes, std::in
         const std::uint32_t *others = &planes.patches[place], *other_normals = &planes.normals[place];
         const auto across = static_cast<float>(columns), up = static_cast<float>(rows);
         const float along_x = across > 0 ? 1.0F : across < 0 ? -1.0F : 0.0F, along_y = up > 0 ? 1.0F : up < 0 ? -1.0F : 0.0F;
-        // With lines of one pixel only one of both sides is drawn.
+        // Lines of one pixel lie on one side of a crease only.
         const bool draws_creases = k % 2 == 0 || before > 0;
         const float crease = draws_creases ? 0.62F : 0.0F;
         if (y + rows < image_.bottom || y + rows > image_.top) {
@@ -156,7 +156,7 @@ FOR_AVX2_TOO void Studio_Shading::add_lines(const Studio_Planes& planes, std::in
         for (std::size_t i = 0; i < block_size; ++i) {
             const float height = (block.depth[i] - depths[i]) * block.scale[i] + (block.across[i] * across + block.up[i] * up);
             const float jump = std::abs(height) - 4.0F * block.slack[i] - line;
-            // Behind the edge of what is nearer lines are left to that.
+            // Of a step in depth only the nearer side has a line.
             const float behind = clamped((-height - 5.0F * block.slack[i] - 2.0F * line) * 0.2F);
             const float other_patch = others[i] != patches[i] ? crease : 0.0F;
             const auto lane = static_cast<std::int32_t>(i);
@@ -212,7 +212,7 @@ FOR_AVX2_TOO void Studio_Shading::light(const Studio_Planes& planes, Block& bloc
 
 namespace {
 
-// What is no object lies on the ground.
+// Darkens the pixels without a face.
 void shade_ground(const Studio_Ground& ground, const std::uint32_t* numbers, std::int32_t x, std::int32_t y, std::int32_t count,
                   std::uint32_t* colors) {
     Lane_Floats light;

@@ -1,4 +1,4 @@
-// What a camera makes of depths, faces and the ground.
+// Depths, faces and the ground as a camera sees them.
 #include "drawing/model/studio_view.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// What a camera makes of depths, faces and the ground, for the studio look.
+// Depths, faces and the ground as a camera sees them, for the studio look.
 #pragma once
 
 #include <cstdint>

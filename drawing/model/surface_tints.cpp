@@ -47,7 +47,7 @@ void Surface_Tints::set(const Surfaces& surfaces, bool has_backs, const Camera& 
         }
         break;
     }
-    case Tint::numbers: // have no place here
+    case Tint::numbers: // drawn without tints
     case Tint::own:
         set_own_colors(surfaces, front);
         set_own_colors(surfaces, back);

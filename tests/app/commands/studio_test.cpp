@@ -143,9 +143,8 @@ TEST_F(Studio, objects_cast_a_shadow_on_the_ground_for_who_stands_above_it) {
     // Shadows darken what lies behind them, and add nothing to a transparent image but their darkness.
     const replay_tests::Png_Pixels shadow = [&] {
         render(box, {"--camera", "4,6,8,1,1,1", "--size", "160x160", "--look", "studio", "--background", "none"});
-        return replay_tests::read_png(folder.file("out.png"));
+        return replay_tests::read_colors(folder.file("out.png"));
     }();
-    ASSERT_EQ(shadow.color_type, 6);
     int shaded = 0;
     for (std::size_t i = 0; i < shadow.bytes.size(); i += 4) {
         if (shadow.bytes[i + 3] > 0 && shadow.bytes[i + 3] < 255) {
