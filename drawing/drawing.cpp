@@ -153,8 +153,15 @@ struct Image_Maker {
         const model::Mesh& mesh = model.content_->mesh;
         const Background colors(settings.background, settings.lower_background.value_or(settings.background));
         const std::optional<Background> background = settings.transparent ? std::nullopt : std::optional(colors);
-        const Model_Style style{view.look,       view.edges,      view.edge_color, view.color,
-                                view.line_width, view.point_size, view.axes,       view.scale_bar};
+        Model_Style style{view.look,       view.edges,      view.edge_color, view.color,
+                          view.line_width, view.point_size, view.axes,       view.scale_bar};
+        if (view.studio) {
+            const auto shading = view.look.shading;
+            if (settings.indexed || shading == model::Shading::wireframe || shading == model::Shading::hidden_line) {
+                throw Usage_Error("studio: expected shaded faces and 32 bits a pixel");
+            }
+            style.picture.tint = model::Tint::own;
+        }
         const auto camera = camera_of_mesh(view.camera, mesh, settings.size);
         if (!camera) {
             throw Usage_Error("camera: expected two places apart and another direction that points up");
@@ -164,9 +171,14 @@ struct Image_Maker {
             job.palette = new VT_Palette;
         }
         std::vector<std::string> warnings; // of textures, which stay out
-        drawing = std::make_unique<Model_Drawing>(make_parts(mesh, style, background, *model.content_->limits, warnings),
-                                                  look_of(style, background, settings.smooth_lines, job.palette), *camera);
+        Model_Parts parts = make_parts(mesh, style, background, *model.content_->limits, warnings);
         module = module_of(settings);
+        if (view.studio) {
+            parts.add_studio(mesh, module);
+            job.linear = true;
+        }
+        drawing = std::make_unique<Model_Drawing>(std::move(parts),
+                                                  look_of(style, background, settings.smooth_lines, job.palette), *camera);
     }
 
     Image_Maker(const Map& map, const Image_Settings& settings) {

@@ -64,6 +64,7 @@ struct Model_View {
     std::int32_t point_size = 0;             // pixels, 0 = by the number of points
     bool axes = false;                       // whether their directions are drawn
     bool scale_bar = false;                  // whether a round length is drawn, without perspective
+    bool studio = false;                     // soft light, dark corners, outlines and a shadow on the ground; 32 bits a pixel
 };
 
 // A map (GeoJSON, TopoJSON) or a drawing (DXF).

@@ -64,13 +64,25 @@ std::vector<std::string> color_lines() {
     return lines;
 }
 
+void choose_look(Render_Options& options, const std::string& look) {
+    options.studio = look == "studio";
+    options.picture.tint = options.studio ? drawing::model::Tint::own : drawing::model::Tint::lit;
+}
+
+void choose_pass(Render_Options& options, const std::string& pass) {
+    options.pass = pass;
+    options.picture.tint = pass == "normals" ? drawing::model::Tint::normals
+                           : pass == "faces" ? drawing::model::Tint::numbers
+                                             : drawing::model::Tint::lit;
+}
+
 } // namespace
 
 Command render_command() {
     const auto options = std::make_shared<Render_Options>();
     const auto map_options = std::make_shared<Map_Options>();
     constexpr const char *output = "Output", *output_of_models = "Output of models", *large = "Large images",
-                         *measuring = "Measuring";
+                         *measuring = "Measuring", *drawing_of_models = "Drawing of models";
     Command command{
         .name = "render",
         .summary = "Draw models, a map or a drawing as an image.",
@@ -102,6 +114,21 @@ Command render_command() {
     single.unless = "--output-folder";
     single.excludes = {"--output-folder"};
     const std::vector<Option> own{
+        {.names = {"--look"},
+         .value = choice_value("LOOK", {"plain", "studio"}),
+         .text = "How models are shaded: plain, or studio: soft light, dark corners, outlines and a shadow on the ground",
+         .target = [options](const std::string& look) { choose_look(*options, look); },
+         .group = drawing_of_models,
+         .applies_to = Applies_To::models,
+         .by_default = "plain"},
+        {.names = {"--pass"},
+         .value = choice_value("PASS", {"depth", "normals", "faces"}),
+         .text = "Instead of the colours: the depth buffer as 16-bit grey, normals of surfaces in view space as colours, or a "
+                 "colour for each face, its number from 1 on; black, of depths white, is nothing",
+         .target = [options](const std::string& pass) { choose_pass(*options, pass); },
+         .group = drawing_of_models,
+         .applies_to = Applies_To::models,
+         .excludes = {"--look"}},
         {.names = {"--output-folder"},
          .value = text_value("FOLDER"),
          .text =

@@ -58,6 +58,22 @@ void check_combinations(const Render_Options& options, VT_Int_Pair size, std::in
     refuse(options.tile_size % 8 != 0, "--tile-size", "a multiple of 8", std::to_string(options.tile_size));
     refuse(options.tile_size > drawing::largest_tile / count, "--tile-size",
            "tiles that enlarged have sides of " + std::to_string(drawing::largest_tile) + " pixels at most", supersample);
+    if (options.studio) {
+        const std::string look = "--look studio";
+        refuse(drawn, look, "32 bits a pixel or a palette from a file", indexed);
+        refuse(!options.has_faces() || options.picture.shading == drawing::model::Shading::hidden_line, look, "shaded faces",
+               "--shading wireframe or hidden-line");
+        refuse(!options.record.empty(), "--record", "pixels as the renderer draws them", look);
+    }
+    if (!options.pass.empty()) {
+        const std::string pass = "--pass " + options.pass;
+        refuse(count > 1, pass, "pixels as the renderer draws them", supersample);
+        refuse(drawn || mapped, pass, "32 bits a pixel", indexed);
+        refuse(transparent, pass, "no background", "--background none");
+        refuse(options.has_edges(), pass, "shaded faces alone", "edges");
+        refuse(options.pass == "depth" && output_file_of(options.image) != drawing::Image_File::png, pass, "a PNG file",
+               "-o " + options.image.output);
+    }
     if (!options.record.empty()) {
         const std::string pixels = "pixels as the renderer draws them";
         refuse(count > 1, "--record", pixels, supersample);
@@ -101,7 +117,8 @@ void describe(const Render_Options& options, const drawing::Job_Settings& settin
     const bool indexed = form.colors == drawing::Image_Form::Colors::palette;
     const drawing::Image_Part& part = settings.part;
     print("image", sides(form.width, form.height) + (part.is_whole() ? "" : " of " + sides(part.size.x, part.size.y)) +
-                       (indexed                    ? ", " + std::to_string(form.palette.size() / 3) + " colours"
+                       (settings.depths            ? ", depths of 16 bits"
+                        : indexed                  ? ", " + std::to_string(form.palette.size() / 3) + " colours"
                         : options.is_transparent() ? ", 32 bits a pixel, transparent"
                                                    : ", 32 bits a pixel") +
                        (settings.supersample > 1 ? ", means of " + sides(settings.supersample, settings.supersample) : ""));
@@ -169,7 +186,7 @@ std::int32_t supersample_of_model(const Render_Options& options, VT_Int_Pair siz
         return options.supersample;
     }
     const bool wants_drawn_pixels =
-        !options.record.empty() || !options.palette.empty() || options.colors == 8 || options.antialias;
+        !options.record.empty() || !options.pass.empty() || !options.palette.empty() || options.colors == 8 || options.antialias;
     const bool fits_tile = options.tile_size <= drawing::largest_tile / 2;
     return wants_drawn_pixels || !fits_tile ? 1 : drawing::default_supersample(size);
 }
@@ -203,6 +220,8 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
     settings.threads = options.threads;
     settings.max_memory = options.limits->memory();
     settings.transparent = options.is_transparent();
+    settings.linear = options.studio;
+    settings.depths = options.pass == "depth";
     settings.palette = palette.drawn;
     settings.mapped_palette = palette.mapped;
     settings.input = drawing::name_of_input(options.models.front()) + (options.models.size() > 1 ? " and others" : "");

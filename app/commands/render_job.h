@@ -20,6 +20,8 @@ struct Render_Options : Model_Options {
     std::string tiles_of;  // empty = the whole image
     std::int32_t tile = -1, tile_size = 0;
     std::int32_t supersample = 0; // 0 = not given
+    bool studio = false;          // --look studio
+    std::string pass;             // depth, normals or faces instead of the colours; empty = colours
     std::int32_t turntable = 0;   // frames; 0 = a single image
     unsigned threads = 0;
     int repeat = 1;

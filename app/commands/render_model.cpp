@@ -43,7 +43,7 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     const Palette_Choice palette = palette_of(options);
     drawing::Job_Settings settings = job_settings_of(options, size, supersample_of_model(options, size), palette);
     if (!settings.transparent) {
-        settings.background = background_of(options);
+        settings.background = options.pass.empty() ? background_of(options) : drawing::Background({0, 0, 0, 255});
     }
     look_of(options, true); // its faults are found before the model is read
     Load_Times times;
@@ -60,7 +60,16 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     }
     drawing::refuse_same_files(images, {options.image.output, options.record});
     const auto setup_start = Clock::now();
-    drawing::Model_Drawing drawing(make_model(options, mesh), look, camera_settings_of(options, mesh, size),
+    drawing::Model_Parts parts = make_model(options, mesh);
+    if (options.studio) {
+        parts.add_studio(mesh, module);
+    }
+    if (!options.pass.empty()) {
+        parts.lines.reset();
+        parts.points.reset();
+        parts.overlay.reset();
+    }
+    drawing::Model_Drawing drawing(std::move(parts), look, camera_settings_of(options, mesh, size),
                                    std::max(options.turntable, 1));
     times.setup = milliseconds_since(setup_start);
     if (options.turntable > 0 && !options.dry_run) {

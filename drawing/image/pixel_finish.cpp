@@ -10,6 +10,15 @@ Pixel_Finish::Pixel_Finish(const Finish_Settings& settings) : settings_(settings
     if (settings.palette) {
         palette_ = std::make_unique<Palette_Dither>(*settings.palette);
     }
+    settings_.linear = settings.linear && settings.supersample > 1 && !settings.transparent;
+    if (settings_.linear) {
+        roots_.resize(255 * 255 + 1);
+        std::uint32_t root = 0;
+        for (std::uint32_t square = 0; square < roots_.size(); ++square) {
+            root += square > root * root + root; // the next one is nearer
+            roots_[square] = static_cast<std::uint8_t>(root);
+        }
+    }
 }
 
 void Pixel_Finish::keep(const Raster& over_black) {
@@ -31,7 +40,8 @@ void Pixel_Finish::add_up(const std::uint8_t* top, std::ptrdiff_t row_bytes, std
             std::uint32_t* sum = &sums[4 * pixel];
             for (std::size_t i = 0; i < n; ++i, drawn += 4) {
                 for (std::size_t channel = 0; channel < 4; ++channel) {
-                    sum[channel] += drawn[channel];
+                    const std::uint32_t value = drawn[channel];
+                    sum[channel] += settings_.linear ? value * value : value;
                 }
             }
         }
@@ -41,6 +51,12 @@ void Pixel_Finish::add_up(const std::uint8_t* top, std::ptrdiff_t row_bytes, std
 VT_RGB32 Pixel_Finish::mean(std::size_t pixel) const {
     const auto count = static_cast<std::uint32_t>(settings_.supersample * settings_.supersample);
     const auto channel = [&](std::size_t i) { return static_cast<std::uint8_t>((sums_[4 * pixel + i] + count / 2) / count); };
+    return {channel(0), channel(1), channel(2), channel(3)};
+}
+
+VT_RGB32 Pixel_Finish::mean_of_light(std::size_t pixel) const {
+    const auto count = static_cast<std::uint32_t>(settings_.supersample * settings_.supersample);
+    const auto channel = [&](std::size_t i) { return roots_[(sums_[4 * pixel + i] + count / 2) / count]; };
     return {channel(0), channel(1), channel(2), channel(3)};
 }
 
@@ -77,7 +93,9 @@ void Pixel_Finish::store_row(const Raster& drawn, std::int32_t row, VT_Int_Pair 
         add_up(&kept_[static_cast<std::size_t>(first * kept_bytes)], kept_bytes, width, black_sums_);
     }
     for (std::size_t pixel = 0; pixel < width; ++pixel) {
-        const VT_RGB32 color = settings_.transparent ? transparent_color(pixel) : mean(pixel);
+        const VT_RGB32 color = settings_.transparent ? transparent_color(pixel)
+                               : settings_.linear    ? mean_of_light(pixel)
+                                                     : mean(pixel);
         if (palette_) {
             *samples++ = palette_->index(color, place.x + static_cast<std::int32_t>(pixel), place.y);
             continue;

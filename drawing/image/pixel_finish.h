@@ -14,6 +14,7 @@ struct Finish_Settings {
     std::int32_t supersample = 1;            // columns and rows of drawn pixels to a pixel
     bool transparent = false;                // pixels are drawn twice, over black and over white
     const Palette_Dither* palette = nullptr; // of the file, null = as the buffer has it
+    bool linear = false;                     // the mean of smaller pixels is that of their light; not of transparent ones
 
     // Whether pixels are stored as they are drawn.
     bool is_plain() const noexcept { return supersample == 1 && !transparent && !palette; }
@@ -22,8 +23,9 @@ struct Finish_Settings {
 // Every thread has its own.
 //
 // A pixel is the mean of all drawn pixels in it, channel by channel in the values that files hold, rounded to the nearest, halves
-// up. What is transparent shows the background: what was drawn lets through 255 - alpha of 255 when over white it is by that much
-// lighter than over black. That is exact for what hides all or nothing, and else as exact as eight bits tell.
+// up. The mean of light is that of the values' squares, see Surfaces of models. What is transparent shows the background: what
+// was drawn lets through 255 - alpha of 255 when over white it is by that much lighter than over black. That is exact for what
+// hides all or nothing, and else as exact as eight bits tell.
 class Pixel_Finish {
 public:
     explicit Pixel_Finish(const Finish_Settings& settings);
@@ -36,12 +38,14 @@ public:
 private:
     void add_up(const std::uint8_t* top, std::ptrdiff_t row_bytes, std::size_t width, std::vector<std::uint32_t>& sums) const;
     VT_RGB32 mean(std::size_t pixel) const;
+    VT_RGB32 mean_of_light(std::size_t pixel) const;
     VT_RGB32 transparent_color(std::size_t pixel) const;
 
     Finish_Settings settings_;
     std::unique_ptr<Palette_Dither> palette_;
     std::vector<std::uint8_t> kept_; // drawn over black, rows from the top down
     std::vector<std::uint32_t> sums_, black_sums_;
+    std::vector<std::uint8_t> roots_; // of the means of squares, for linear
 };
 
 } // namespace vorna::drawing

@@ -40,7 +40,7 @@ void draw_picture(Session& session, VT_Rendition& rendition, const Drawing& draw
     VT_Renderer_Data& renderer = session.renderer();
     renderer.begin_picture_all();
     paint_background(renderer, rendition, background);
-    drawing.draw(renderer, rendition, tile, background);
+    drawing.draw(session, rendition, tile, background);
     renderer.end_picture_all();
 }
 

@@ -45,9 +45,8 @@ public:
     // Attributes of everything that is drawn; the rendition's clip and window are set.
     virtual void set_attributes(VT_Rendition& rendition) const = 0;
     // Draws what touches a tile of the prepared frame, in a picture that has begun with this background. Several threads may draw
-    // at once, each through a renderer and a rendition of its own.
-    virtual void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile,
-                      const Background& background) const = 0;
+    // at once, each through a session and a rendition of its own.
+    virtual void draw(Session& session, const VT_Rendition& rendition, std::size_t tile, const Background& background) const = 0;
 };
 
 // Fits a session and a rendition to a tile of a prepared drawing.

@@ -38,7 +38,7 @@ Job::Job(const Job_Settings& settings, const Module_Choice& module, Drawing& dra
         }
         dither_.emplace(settings.mapped_palette, flat);
     }
-    finish_ = {settings.supersample, settings.transparent, dither_ ? &*dither_ : nullptr};
+    finish_ = {settings.supersample, settings.transparent, dither_ ? &*dither_ : nullptr, settings.linear};
     choose_form();
     add_workers(1);
     make_plan();
@@ -50,7 +50,11 @@ void Job::choose_form() {
     const VT_Int_Rectangle area = settings_.part.area();
     form_.width = static_cast<std::uint32_t>(area.right - area.left + 1);
     form_.height = static_cast<std::uint32_t>(area.top - area.bottom + 1);
-    if (!settings_.transparent && (dither_ || settings_.palette)) {
+    if (settings_.depths) {
+        form_.colors = Image_Form::Colors::grey;
+        form_.sample_bits = 16;
+        form_.linear = true;
+    } else if (!settings_.transparent && (dither_ || settings_.palette)) {
         form_.colors = Image_Form::Colors::palette;
         form_.palette = dither_ ? png_palette_of(settings_.mapped_palette) : png_palette_of(*settings_.palette);
     }
@@ -148,7 +152,9 @@ void Job::draw_tiles() {
 void Job::store_tile(Worker& worker, std::size_t tile, const Row_Places& places) {
     const Tile_Grid& grid = plan_.grid;
     const VT_Int_Rectangle kept = grid.pixels(tile);
-    const Raster drawn = cut(raster_of(worker.renderer.session().color_buffer()), grid.window(tile), kept);
+    Session& session = worker.renderer.session();
+    const VT_Reference<VT_Shared_Image> depths = settings_.depths ? session.read_depth() : VT_Reference<VT_Shared_Image>();
+    const Raster drawn = cut(depths ? raster_of(*depths) : raster_of(session.color_buffer()), grid.window(tile), kept);
     const std::int32_t n = settings_.supersample;
     const std::size_t start = static_cast<std::size_t>((kept.left - grid.area.left) / n) * form_.pixel_bytes();
     const std::int32_t first_row = (grid.area.top - kept.top) / n;
@@ -156,7 +162,7 @@ void Job::store_tile(Worker& worker, std::size_t tile, const Row_Places& places)
         std::uint8_t* samples = places(static_cast<std::uint32_t>(first_row + row)) + start;
         worker.finish.store_row(drawn, row, {kept.left / n, kept.top / n - row}, samples);
     }
-    blank_check_->add(drawn, kept.top);
+    blank_check_->add(cut(raster_of(session.color_buffer()), grid.window(tile), kept), kept.top);
 }
 
 // Whether a frame covers a pixel, in an image that has the background's colours everywhere: what is drawn in just those colours

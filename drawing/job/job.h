@@ -30,6 +30,8 @@ struct Job_Settings {
     std::uint64_t max_memory = std::uint64_t{1} << 30;
     Background background;
     bool transparent = false;               // instead of the background
+    bool linear = false;                    // see Finish_Settings
+    bool depths = false;                    // 16-bit grey: the depth buffer instead of colours; neither enlarged nor transparent
     VT_Reference<const VT_Palette> palette; // that the renderer draws with; null = 32 bits a pixel
     std::vector<VT_RGB32> mapped_palette;   // that 32-bit pixels are mapped to; empty = none
     std::vector<VT_RGB32> flat_colors;      // that mapping does not dither, besides the background

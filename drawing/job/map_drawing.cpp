@@ -193,7 +193,8 @@ void Map_Drawing::set_attributes(VT_Rendition& rendition) const {
     }
 }
 
-void Map_Drawing::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile, const Background&) const {
+void Map_Drawing::draw(Session& session, const VT_Rendition& rendition, std::size_t tile, const Background&) const {
+    VT_Renderer_Data& renderer = session.renderer();
     const View& view = scene_->view();
     Map_Painter painter(renderer, rendition, view);
     draw_items(scene_->items(), items_, tile, supersample_, painter);

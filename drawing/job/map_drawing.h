@@ -36,8 +36,7 @@ public:
     void prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t frame) override;
     void set_options(Session& session) const override;
     void set_attributes(VT_Rendition& rendition) const override;
-    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile,
-              const Background& background) const override;
+    void draw(Session& session, const VT_Rendition& rendition, std::size_t tile, const Background& background) const override;
 
 private:
     map::View view_of(VT_Int_Pair size) const { return view_ ? *view_ : scene_->fitted(size); }

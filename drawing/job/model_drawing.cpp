@@ -9,6 +9,9 @@
 namespace vorna::drawing {
 namespace {
 
+// By how much a fitted model is smaller where a shadow lies beside it.
+constexpr double room_for_shadow = 0.92;
+
 std::string counted(std::size_t count, const std::string& what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
@@ -23,6 +26,12 @@ std::span<const VT_Vector> Model_Parts::positions() const {
         return faces->points();
     }
     return edges ? std::span(edges->points()) : std::span<const VT_Vector>();
+}
+
+void Model_Parts::add_studio(const model::Mesh& mesh, const Module_Choice& module) {
+    if (faces) {
+        studio = std::make_unique<Studio>(mesh, module);
+    }
 }
 
 std::string Model_Parts::summary() const {
@@ -67,17 +76,10 @@ void prepare_model(const Drawn_Parts& parts, const Tile_Grid& grid, const model:
     }
 }
 
-// Hidden lines need the depths of the faces only: the background is painted over them. Smoothed lines neither test nor write
-// depths in the buffer: they come after the points, which could lie over them otherwise.
-void draw_model(const Drawn_Parts& parts, const Model_Look& look, VT_Renderer_Data& renderer, const VT_Rendition& rendition,
-                std::size_t tile, const Background& background) {
-    VD_Clear_Depth_Rectangle(renderer, rendition);
-    if (parts.faces) {
-        parts.faces->draw(renderer, rendition, tile);
-    }
-    if (look.picture.shading == model::Shading::hidden_line) {
-        paint_background(renderer, rendition, background);
-    }
+namespace {
+
+// Smoothed lines neither test nor write depths in the buffer: they come after the points, which could lie over them otherwise.
+void draw_over_faces(const Drawn_Parts& parts, VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) {
     const model::Edge_Renderer* widest = nullptr;
     for (const model::Edge_Renderer* lines : {parts.lines, parts.edges}) {
         if (lines && lines->reach() > (widest ? widest->reach() : 0)) {
@@ -100,13 +102,31 @@ void draw_model(const Drawn_Parts& parts, const Model_Look& look, VT_Renderer_Da
     }
 }
 
+} // namespace
+
+// Hidden lines need the depths of the faces only: the background is painted over them.
+void draw_model(const Drawn_Parts& parts, const Model_Look& look, VT_Renderer_Data& renderer, const VT_Rendition& rendition,
+                std::size_t tile, const Background& background) {
+    VD_Clear_Depth_Rectangle(renderer, rendition);
+    if (parts.faces) {
+        parts.faces->draw(renderer, rendition, tile);
+    }
+    if (look.picture.shading == model::Shading::hidden_line) {
+        paint_background(renderer, rendition, background);
+    }
+    draw_over_faces(parts, renderer, rendition, tile);
+}
+
 Model_Drawing::Model_Drawing(Model_Parts parts, const Model_Look& look, const model::Camera_Settings& camera)
     : Model_Drawing(std::move(parts), look, camera, 1) {
 }
 
 Model_Drawing::Model_Drawing(Model_Parts parts, const Model_Look& look, const model::Camera_Settings& camera, std::int32_t frames)
-    : parts_(std::move(parts)), look_(look) {
+    : parts_(std::move(parts)), look_(look), up_(model::up_direction(camera.up)) {
     model::Camera_Settings settings = camera;
+    if (parts_.studio && !settings.aim) {
+        settings.zoom *= room_for_shadow;
+    }
     cameras_.push_back(model::fit_camera(settings, parts_.positions()));
     if (frames == 1) {
         return;
@@ -140,23 +160,31 @@ Model_Look Model_Drawing::scaled_look(std::int32_t supersample) const {
 
 // Spans leave out their last pixel, and a model that is cut off at the image's right or upper edge reaches the far side of its
 // last pixel: the frame has one column and one row more than the image.
-Drawing_Needs Model_Drawing::needs(VT_Int_Pair, std::int32_t supersample) const {
+Drawing_Needs Model_Drawing::needs(VT_Int_Pair size, std::int32_t supersample) const {
     const Model_Look look = scaled_look(supersample);
     const auto memory = [](const auto& part) { return part ? part->prepared_memory() : 0; };
     const auto margin = [](const auto& lines, const model::Edge_Settings& settings) {
         return lines ? model::Edge_Renderer::tile_margin(settings) : 0;
     };
-    const std::uint64_t prepared = memory(parts_.faces) + memory(parts_.edges) + memory(parts_.lines) + memory(parts_.points);
+    const std::uint64_t prepared =
+        memory(parts_.faces) + memory(parts_.edges) + memory(parts_.lines) + memory(parts_.points) + memory(parts_.studio);
     return {.beyond = 1,
-            .margin = std::max(margin(parts_.edges, look.edges), margin(parts_.lines, look.lines)),
+            .margin = std::max({margin(parts_.edges, look.edges), margin(parts_.lines, look.lines),
+                                parts_.studio ? Studio::tile_margin(size.y, supersample) : 0}),
             .one_piece = {},
-            .pixel_memory = 4 + 2 + 2 + (parts_.edges || parts_.lines ? 4U : 0U), // with depths that are read and receded
-            .thread_memory = 0,
+            .pixel_memory = 4 + 2 + 2 + (parts_.edges || parts_.lines ? 4U : 0U) + // with depths that are read and receded
+                            (parts_.studio ? Studio_Planes::pixel_memory : 0),
+            .thread_memory = parts_.studio ? Studio_Planes::other_memory : 0,
             .prepared_memory = prepared};
 }
 
 void Model_Drawing::prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t frame) {
-    prepare_model(parts_.drawn(), grid, cameras_[static_cast<std::size_t>(frame)], scaled_look(supersample), supersample);
+    const model::Camera& camera = cameras_[static_cast<std::size_t>(frame)];
+    const Model_Look look = scaled_look(supersample);
+    prepare_model(parts_.drawn(), grid, camera, look, supersample);
+    if (parts_.studio) {
+        parts_.studio->prepare(grid, camera, look.picture, up_, supersample);
+    }
 }
 
 void Model_Drawing::set_options(Session& session) const {
@@ -168,9 +196,13 @@ void Model_Drawing::set_options(Session& session) const {
     session.options().set_buffer_depth(16);
 }
 
-void Model_Drawing::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile,
-                         const Background& background) const {
-    draw_model(parts_.drawn(), look_, renderer, rendition, tile, background);
+void Model_Drawing::draw(Session& session, const VT_Rendition& rendition, std::size_t tile, const Background& background) const {
+    if (parts_.studio) {
+        parts_.studio->draw(*parts_.faces, session, rendition, tile);
+        draw_over_faces(parts_.drawn(), session.renderer(), rendition, tile);
+    } else {
+        draw_model(parts_.drawn(), look_, session.renderer(), rendition, tile, background);
+    }
 }
 
 } // namespace vorna::drawing

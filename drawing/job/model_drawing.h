@@ -9,6 +9,7 @@
 
 #include "drawing/job/drawing.h"
 #include "drawing/job/model_overlay.h"
+#include "drawing/job/studio.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/edge_renderer.h"
 #include "drawing/model/point_renderer.h"
@@ -39,8 +40,11 @@ struct Model_Parts {
     std::unique_ptr<model::Edge_Renderer> edges, lines;
     std::unique_ptr<model::Point_Renderer> points;
     std::unique_ptr<Model_Overlay> overlay;
+    std::unique_ptr<Studio> studio;       // shades the faces; none = they are drawn with their light
     std::vector<VT_Vector> own_positions; // of models with lines or points
 
+    // Shades the faces, if there are any, in the studio look. They must have been made without light.
+    void add_studio(const model::Mesh& mesh, const Module_Choice& module);
     Drawn_Parts drawn() const { return {faces.get(), edges.get(), lines.get(), points.get(), overlay.get()}; }
     // For fitting a camera; none when there is nothing to draw.
     std::span<const VT_Vector> positions() const;
@@ -70,14 +74,14 @@ public:
     void prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t frame) override;
     void set_options(Session& session) const override;
     void set_attributes(VT_Rendition&) const override {}
-    void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile,
-              const Background& background) const override;
+    void draw(Session& session, const VT_Rendition& rendition, std::size_t tile, const Background& background) const override;
 
 private:
     Model_Look scaled_look(std::int32_t supersample) const;
 
     Model_Parts parts_;
     Model_Look look_;
+    VT_Vector_D up_; // the direction of the model's space that points up
     std::vector<model::Camera> cameras_;
 };
 

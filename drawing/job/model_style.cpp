@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "drawing/job/studio.h"
 #include "drawing/model/mesh_lines.h"
 #include "drawing/model/scene_renderer.h"
 #include "drawing/model/textured_scene.h"
@@ -68,6 +69,13 @@ model::Shading shading_of(const Model_Style& style, const model::Mesh& mesh) {
 std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
                                          std::vector<std::string>& warnings) {
     const VT_RGB32 color = style.color.value_or(default_model_color);
+    const bool is_numbered = style.picture.tint == model::Tint::numbers;
+    if (is_numbered) {
+        check_countable(mesh);
+    }
+    if (is_numbered || style.picture.tint == model::Tint::normals) {
+        return std::make_unique<model::Scene_Renderer>(mesh, color, false, is_numbered);
+    }
     if (shading_of(style, mesh) == model::Shading::textured && model::Textured_Scene::has_work(mesh)) {
         return std::make_unique<model::Textured_Scene>(mesh, color, !style.color, warnings, limits);
     }

@@ -18,12 +18,20 @@ enum class Shading {
     automatic,   // textured where the model has materials and no other colour is given, else gouraud
 };
 enum class Culling { none, back };
+// The colours of faces.
+enum class Tint {
+    lit,
+    own,     // without light
+    normals, // of the surface, in view space
+    numbers, // each triangle has a colour of its own, see Scene_Renderer::draw_numbers
+};
 
 struct Model_Look {
     Shading shading = Shading::automatic;
     Culling culling = Culling::none;
     VT_Vector_D light{-0.5, 0.65, 0.7}; // towards it, in view space
     double specular = 1;                // strength of highlights: a factor
+    Tint tint = Tint::lit;
 };
 
 enum class Edge_Choice {

@@ -17,12 +17,18 @@ constexpr std::size_t longest_run = 32;
 
 } // namespace
 
-Scene_Renderer::Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors) : triangle_count_(mesh.triangle_count()) {
+Scene_Renderer::Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, bool numbered)
+    : triangle_count_(mesh.triangle_count()) {
     const Facing facing(mesh);
     hides_backs_ = facing.hides_backs();
     const Strips strips = make_strips(mesh.triangles, static_cast<std::uint32_t>(mesh.positions.size()));
     strip_starts_ = strips.starts;
     lay_out(mesh, facing, strips);
+    if (numbered) {
+        numbers_.resize(strips.triangle_order.size());
+        std::ranges::transform(strips.triangle_order, numbers_.begin(),
+                               [](std::uint32_t triangle) { return color_of(0xFF000000U | (triangle + 1)); });
+    }
     const std::vector<std::uint32_t> finishes = own_colors ? vertex_finishes(mesh) : std::vector<std::uint32_t>();
     if (own_colors && (!mesh.colors.empty() || !finishes.empty())) {
         std::vector<std::uint32_t> numbers(points_.size()); // in the mesh
@@ -82,17 +88,6 @@ void Scene_Renderer::lay_out(const Mesh& mesh, const Facing& facing, const Strip
     }
 }
 
-void Scene_Renderer::light(const Camera& camera, const Model_Look& settings) {
-    const Lighting lighting(camera, settings.light, settings.specular);
-    const Surfaces& surfaces = settings.shading == Shading::flat ? faces_ : vertices_;
-    front_colors_.resize(surfaces.size());
-    lighting.shade_fronts(surfaces, front_colors_);
-    if (!cull_backs_) {
-        back_colors_.resize(surfaces.size());
-        lighting.shade_backs(surfaces, back_colors_);
-    }
-}
-
 Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place) const noexcept {
     const bool front = faces_.face_viewer(place, camera_);
     if (!front && cull_backs_) {
@@ -116,10 +111,11 @@ void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const 
     viewport_ = Viewport(grid.frame);
     flat_ = settings.shading == Shading::flat;
     unlit_ = settings.shading == Shading::hidden_line;
+    numbers_only_ = settings.tint == Tint::numbers;
     projection_.project(positions_, camera, grid.frame);
     cull_backs_ = settings.culling == Culling::back || (hides_backs_ && !projection_.any_before);
     if (!unlit_) {
-        light(camera, settings);
+        tints_.set(flat_ ? faces_ : vertices_, !cull_backs_, camera, settings);
     }
     bins_.start(grid);
     cut_strips();
@@ -165,7 +161,7 @@ Extent Scene_Renderer::extent_of(const Run& run) const {
     Extent extent;
     if (is_clipped(run.manner)) {
         for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
-            const Clip_Polygon polygon = clipped(place);
+            const Clip_Polygon polygon = clipped(place, painting());
             for (std::size_t i = 0; i < polygon.count; ++i) {
                 extent.include(device_point(polygon.vertices[i], place));
             }
@@ -179,14 +175,14 @@ Extent Scene_Renderer::extent_of(const Run& run) const {
 }
 
 // What is inside the view volume of a triangle that crosses it.
-Clip_Polygon Scene_Renderer::clipped(std::size_t place) const {
-    const std::vector<VT_RGB32>& colors = faces_.face_viewer(place, camera_) ? front_colors_ : back_colors_;
+Clip_Polygon Scene_Renderer::clipped(std::size_t place, const Painting& painting) const {
+    const std::vector<VT_RGB32>& colors = faces_.face_viewer(place, camera_) ? painting.front : painting.back;
     std::array<Clip_Vertex, 3> triangle;
     std::uint8_t planes = 0;
     for (std::size_t i = 0; i < 3; ++i) {
         const std::uint32_t vertex = strip_vertices_[place + i];
         triangle[i] = {transformed(camera_.clip_from_model, points_[vertex]),
-                       unlit_ ? VT_RGB32{} : colors[flat_ ? place : vertex], static_cast<int>(i)};
+                       painting.unlit ? VT_RGB32{} : colors[painting.flat ? place : vertex], static_cast<int>(i)};
         planes |= projection_.planes[vertex];
     }
     return clip_triangle(triangle, planes);
@@ -203,8 +199,8 @@ VT_DCI_Point Scene_Renderer::device_point(const Clip_Vertex& vertex, std::size_t
 // Gathers the points and colours of runs and hands them over.
 class Scene_Renderer::Drawing {
 public:
-    Drawing(const Scene_Renderer& scene, VT_Renderer_Data& renderer, const VT_Rendition& rendition)
-        : scene_(scene), renderer_(renderer), rendition_(rendition) {}
+    Drawing(const Scene_Renderer& scene, const Painting& painting, VT_Renderer_Data& renderer, const VT_Rendition& rendition)
+        : scene_(scene), painting_(painting), renderer_(renderer), rendition_(rendition) {}
 
     void draw(const Run& run) {
         if (is_clipped(run.manner)) {
@@ -218,7 +214,7 @@ public:
 
 private:
     void draw_whole(const Run& run) {
-        const std::vector<VT_RGB32>& colors = run.manner == Manner::front ? scene_.front_colors_ : scene_.back_colors_;
+        const std::vector<VT_RGB32>& colors = run.manner == Manner::front ? painting_.front : painting_.back;
         const std::size_t count = std::size_t{run.triangles} + 2;
         if (points_.size() < count) {
             points_.resize(count);
@@ -229,11 +225,11 @@ private:
             points_[i] = scene_.projection_.device_points[vertices[i]];
         }
         const auto point_count = static_cast<std::int32_t>(count);
-        if (scene_.unlit_) {
+        if (painting_.unlit) {
             VD_Draw_DCI_Polytriangle(renderer_, rendition_, point_count, points_.data());
             return;
         }
-        if (scene_.flat_) {
+        if (painting_.flat) {
             VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, point_count, points_.data(), colors.data() + run.first,
                                                false);
             return;
@@ -245,7 +241,7 @@ private:
     }
 
     void draw_clipped(std::size_t place) {
-        const Clip_Polygon polygon = scene_.clipped(place);
+        const Clip_Polygon polygon = scene_.clipped(place, painting_);
         if (polygon.count < 3) {
             return;
         }
@@ -257,9 +253,9 @@ private:
             points[static_cast<std::size_t>(i)] = scene_.device_point(vertex, place);
             colors[static_cast<std::size_t>(i)] = vertex.color;
         }
-        if (scene_.unlit_) {
+        if (painting_.unlit) {
             VD_Draw_DCI_Polytriangle(renderer_, rendition_, count, points.data());
-        } else if (scene_.flat_) {
+        } else if (painting_.flat) {
             VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, count, points.data(), colors.data(), true);
         } else {
             VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, count, points.data(), colors.data());
@@ -267,15 +263,25 @@ private:
     }
 
     const Scene_Renderer& scene_;
+    const Painting painting_;
     VT_Renderer_Data& renderer_;
     const VT_Rendition& rendition_;
     std::vector<VT_DCI_Point> points_;
     std::vector<VT_RGB32> colors_;
 };
 
-void Scene_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
-    Drawing drawing(*this, renderer, rendition);
+void Scene_Renderer::draw_as(const Painting& painting, VT_Renderer_Data& renderer, const VT_Rendition& rendition,
+                             std::size_t tile) const {
+    Drawing drawing(*this, painting, renderer, rendition);
     bins_.for_each(tile, runs_.size(), [&](std::size_t run) { drawing.draw(runs_[run]); });
+}
+
+void Scene_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
+    draw_as(painting(), renderer, rendition, tile);
+}
+
+void Scene_Renderer::draw_numbers(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
+    draw_as(number_painting(), renderer, rendition, tile);
 }
 
 } // namespace vorna::drawing::model

@@ -14,14 +14,16 @@
 #include "drawing/model/projected_points.h"
 #include "drawing/model/scene.h"
 #include "drawing/model/strips.h"
+#include "drawing/model/surface_tints.h"
 #include "drawing/model/viewport.h"
 
 namespace vorna::drawing::model {
 
 class Scene_Renderer final : public Scene {
 public:
-    // base_color: of vertices without a colour of their own; of all with own_colors off.
-    Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors);
+    // base_color: of vertices without a colour of their own; of all with own_colors off. numbered: whether draw_numbers is
+    // called.
+    Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, bool numbered = false);
 
     const std::vector<VT_Vector>& points() const noexcept override { return points_; }
     std::size_t triangle_count() const noexcept { return triangle_count_; }
@@ -30,9 +32,17 @@ public:
 
     void prepare(const Tile_Grid& grid, const Camera& camera, const Model_Look& settings) override;
     void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const override;
+    // Draws each triangle of the prepared picture in a colour of its own, 1 + its number in the mesh; red is the high byte.
+    // That fits 2^24 - 2 triangles.
+    void draw_numbers(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const;
     std::uint64_t prepared_memory() const noexcept override { return 40 * points_.size() + 24 * strip_vertices_.size(); }
 
 private:
+    // The colours of faces or of vertices.
+    struct Painting {
+        bool flat, unlit;
+        const std::vector<VT_RGB32>&front, &back; // by vertex, or by place in flat shading
+    };
     // How a triangle is drawn. Clipped ones cross the view volume.
     enum class Manner : std::uint8_t { back, clipped_back, front, clipped_front, hidden };
     static bool is_back(Manner manner) noexcept { return manner <= Manner::clipped_back; }
@@ -45,11 +55,15 @@ private:
     class Drawing;
 
     void lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips);
-    void light(const Camera& camera, const Model_Look& settings);
     Manner manner_of(std::size_t place) const noexcept;
     void cut_strips();
     Extent extent_of(const Run& run) const;
-    Clip_Polygon clipped(std::size_t place) const;
+    Painting painting() const noexcept {
+        return numbers_only_ ? number_painting() : Painting{flat_, unlit_, tints_.front, tints_.back};
+    }
+    Painting number_painting() const noexcept { return {true, false, numbers_, numbers_}; }
+    Clip_Polygon clipped(std::size_t place, const Painting& painting) const;
+    void draw_as(const Painting& painting, VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const;
     VT_DCI_Point device_point(const Clip_Vertex& vertex, std::size_t place) const;
 
     // Vertices in the order in which strips first use them.
@@ -59,15 +73,16 @@ private:
     // By place in the strips: the vertex, and the face that begins there.
     std::vector<std::uint32_t> strip_vertices_, strip_starts_;
     Surfaces faces_;
+    std::vector<VT_RGB32> numbers_; // by place, see draw_numbers
     std::size_t triangle_count_ = 0;
     bool hides_backs_ = false;
 
     // Of the prepared picture.
     Camera camera_;
     Viewport viewport_{{}};
-    bool flat_ = false, unlit_ = false, cull_backs_ = false;
-    Projected_Points projection_;                      // of vertices
-    std::vector<VT_RGB32> front_colors_, back_colors_; // by vertex, or by place in flat shading
+    bool flat_ = false, unlit_ = false, numbers_only_ = false, cull_backs_ = false;
+    Projected_Points projection_; // of vertices
+    Surface_Tints tints_;         // see Painting
     std::vector<Run> runs_;
     Tile_Bins bins_;
 };

@@ -124,16 +124,6 @@ void Textured_Scene::transform(const Camera& camera) {
     }
 }
 
-void Textured_Scene::light(const Camera& camera, const Model_Look& settings) {
-    const Lighting lighting(camera, settings.light, settings.specular);
-    front_colors_.resize(vertices_.size());
-    lighting.shade_fronts(vertices_, front_colors_);
-    if (!cull_backs_) {
-        back_colors_.resize(vertices_.size());
-        lighting.shade_backs(vertices_, back_colors_);
-    }
-}
-
 // Opaque triangles seen from behind come first: at the outline of a body they have depths like those of the ones that hide them,
 // and of equal depths the one drawn last is seen. Translucent ones are sorted by the distance of their centroids.
 void Textured_Scene::order_drawing(const Camera& camera) {
@@ -158,7 +148,7 @@ void Textured_Scene::prepare(const Tile_Grid& grid, const Camera& camera, const 
     transform(camera);
     const bool stands_outside = std::ranges::none_of(beyond_, [](std::uint8_t planes) { return (planes & beyond::near) != 0; });
     cull_backs_ = settings.culling == Culling::back || (hides_backs_ && stands_outside);
-    light(camera, settings);
+    tints_.set(vertices_, !cull_backs_, camera, settings);
     order_drawing(camera);
     bins_.start(grid);
     if (bins_.sorts()) {
@@ -186,8 +176,7 @@ Clip_Polygon Textured_Scene::clipped(std::size_t triangle) const {
     for (std::size_t i = 0; i < 3; ++i) {
         const std::uint32_t vertex = triangles_[triangle][i];
         const Texture_Point& place = coordinates_[vertex];
-        vertices[i] = {clip_points_[vertex], (front ? front_colors_ : back_colors_)[vertex], static_cast<int>(i), place.u,
-                       place.v};
+        vertices[i] = {clip_points_[vertex], (front ? tints_.front : tints_.back)[vertex], static_cast<int>(i), place.u, place.v};
         planes |= beyond_[vertex];
         common &= beyond_[vertex];
     }

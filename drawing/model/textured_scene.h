@@ -11,6 +11,7 @@
 #include "drawing/model/mesh.h"
 #include "drawing/model/paints.h"
 #include "drawing/model/scene.h"
+#include "drawing/model/surface_tints.h"
 #include "drawing/model/textured_triangles.h"
 #include "drawing/model/viewport.h"
 
@@ -41,7 +42,6 @@ private:
     // vertices: the mesh's own numbers of the vertices that are drawn.
     void set_colors(const Mesh& mesh, const std::vector<std::uint32_t>& vertices, VT_RGB32 base_color, bool own_colors);
     void transform(const Camera& camera);
-    void light(const Camera& camera, const Model_Look& settings);
     void order_drawing(const Camera& camera);
     Clip_Polygon clipped(std::size_t triangle) const;
     Extent extent_of(std::size_t triangle) const;
@@ -66,7 +66,7 @@ private:
     bool cull_backs_ = false;
     std::vector<Clip_Point> clip_points_;
     std::vector<std::uint8_t> beyond_;
-    std::vector<VT_RGB32> front_colors_, back_colors_;
+    Surface_Tints tints_;              // of vertices
     std::vector<std::uint32_t> order_; // triangles as they are drawn: opaque ones, then translucent ones
     Tile_Bins bins_;                   // of places in the order
 };
