@@ -419,7 +419,7 @@ if [ -e /dev/full ]; then
 fi
 # shellcheck disable=SC2016
 for arguments in "${model[*]} -o out/picture.png" "replay $recordings/gallery.json --depth out/picture.png --color-raw out/picture.raw" \
-    "render map.geojson -o out/picture.png --size 900x900" "replay $recordings/boat.json --record out/picture.json"; do
+    "render map.geojson -o out/picture.png --size 900x900 --output-format ppm" "replay $recordings/boat.json --record out/picture.json"; do
     expect 1 "out/picture.[a-z]*: cannot be written: File too large" bash -c 'ulimit -f 1; exec "$@"' bash "$vorna" $arguments
 done
 closed="standard output: cannot be written: Bad file descriptor"
