@@ -18,7 +18,7 @@ inline void draw_map(std::string_view content, std::size_t style, bool is_drawin
     const std::string suffix = is_drawing ? "dxf" : "json";
     const vorna::drawing::Input input{"map", suffix, vorna::drawing::find_format(suffix), std::string(content)};
     render.models = {"map"};
-    render.output = "/dev/null";
+    render.image.output = "/dev/null";
     render.has_size = (style & 1) != 0;
     render.size = "40x30";
     render.colors = (style & 2) != 0 ? 8 : 32;
