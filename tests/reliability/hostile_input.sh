@@ -160,7 +160,7 @@ fi
 # Sizes that no file has.
 for count in 2147483648 4294967295 4611686018427387904 9223372036854775807; do
     printf 'ply\nformat ascii 1.0\nelement vertex %s\nproperty float x\nproperty float y\nproperty float z\nend_header\n0 0 0\n' $count >huge.ply
-    render 2 "huge.ply:9: expected a vertex property, found the end of the file" huge.ply
+    render 2 "huge.ply:9: expected a vertex coordinate, found the end of the file" huge.ply
     printf 'ply\nformat ascii 1.0\nelement vertex 1\nproperty int x\nelement face 1\nproperty list int int vertex_indices\nend_header\n0\n%s 0 0 0\n' $count >huge.ply
     render 2 "huge.ply:[0-9]*: expected a vertex index" huge.ply
 done

@@ -30,7 +30,7 @@ run() {
 }
 
 printf 'v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n' >good.obj
-printf 'v 0 0 0\n' >bad.obj
+printf 'f 1 2 3\n' >bad.obj
 draw=("$vorna" render good.obj --size 400x300)
 "${draw[@]}" -o plain.png
 printf 'kept' | cat - plain.png >appended

@@ -27,7 +27,7 @@ TEST(Check_Command, Says_in_one_line_what_is_wrong_with_the_input) {
     expect_wrong_usage({"check", folder.file("text.vrd", "no module")}, "text.vrd: not loadable as a renderer module: ");
     expect_wrong_usage({"check", KRB_MODULE, "--only", "drawing.everything"}, "--only drawing.everything: no check and no area");
     expect_wrong_usage({"check", KRB_MODULE, "--profile", "strict"}, "--profile");
-    expect_wrong_usage({"check", "--selftest", folder.file("none")}, "none: no folder of faulty modules");
+    expect_wrong_usage({"check", "--selftest", folder.file("none")}, "none: expected a folder of faulty modules");
 }
 
 TEST(Check_Command, Reports_failures_and_what_could_not_run_as_junit) {
