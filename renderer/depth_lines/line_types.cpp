@@ -37,6 +37,9 @@ constexpr double shortest_pattern = 1.0 / 1024;
 // Every other segment is walked as a whole, so that its pieces do not depend on the window. Wide dashes take longer.
 constexpr double most_elements = 1 << 18;
 constexpr double most_wide_elements = 1 << 15;
+// In a polyline as long as more than this many segments of so many elements, every segment is walked near the window only: arcs of
+// the largest radii have a hundred thousand segments.
+constexpr double most_full_segments = 16;
 
 // Gathers pieces and draws them in batches, so that a long polyline needs no more memory than a short one.
 class Pieces {
@@ -189,7 +192,7 @@ private:
     // Continues with the element at which the last segment ended. Returns the place where the elements end.
     Place repeat(const Place& at, const VT_Vector_D& unit, double distance, Pieces& pieces) {
         const double longest = pieces.most_elements_walked() / static_cast<double>(element_count_) * repetition_;
-        if (distance <= longest) {
+        if (distance <= longest && total_ <= most_full_segments * longest) {
             return repeat_all(at, unit, distance, pieces);
         }
         const vorna::Segment_Part part = pieces.visible_part(at, unit, distance);

@@ -145,6 +145,12 @@ TEST(Line_Types, End_on_lines_of_any_length) {
               "-8,0--6,0 -4,0--2,0 0,0-2,0 4,0-6,0 8,0-10,0 12,0-14,0 16,0-17,0");
     EXPECT_EQ(pieces_of(*rendition_of({dashed}), {{INT32_MIN, 99, 0}, {INT32_MAX, 99, 0}}, window), "") << "beside the window";
     EXPECT_EQ(pieces_along(dashed, {{INT32_MIN, 0, 0}, {1, 0, 0}, {7, 0, 0}}), "1,0-2,0 4,0-6,0") << "too many dashes, then few";
+    // A hundred segments, none of which is too long by itself.
+    std::vector<VT_DCI_Point> zigzag;
+    for (std::int32_t i = 0; i <= 100; ++i) {
+        zigzag.push_back({i % 2 * 400000, i == 100 ? 0 : 99, 0});
+    }
+    EXPECT_EQ(pieces_of(*rendition_of({dashed}), zigzag, window).find("200000"), std::string::npos);
 }
 
 // Adding up the lengths leads a little beyond the last vertex, which lies in the window's last column, and cutting off into the
