@@ -169,7 +169,7 @@ drawing::model::Camera_Settings camera_settings_of(const Camera_Options& options
     drawing::model::Camera_Settings settings = options.camera;
     settings.projection = options.orthographic ? Projection::orthographic : Projection::perspective;
     settings.aim = options.aim;
-    if (options.field_of_view > 0) {
+    if (options.field_of_view > 0 && !options.orthographic) {
         settings.half_tangent = drawing::model::half_tangent_of(options.field_of_view);
     }
     if (const auto placed = drawing::camera_of_mesh(settings, mesh, size)) {

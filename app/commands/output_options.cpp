@@ -28,12 +28,11 @@ const drawing::Image_Format& format_of(const Output_Options& options) {
     return format ? *format : drawing::image_format(drawing::Image_File::png);
 }
 
-// The option that decides the format, as it was given.
-std::string choice_of(const Output_Options& options) {
+} // namespace
+
+std::string output_choice(const Output_Options& options) {
     return options.format.empty() ? "-o " + options.output : "--output-format " + options.format;
 }
-
-} // namespace
 
 void add_output_options(std::vector<Option>& table, Output_Options& options, const std::string& group) {
     table.insert(table.end(), {{.names = {"-o", "--output"},
@@ -58,7 +57,7 @@ void add_output_options(std::vector<Option>& table, Output_Options& options, con
 drawing::Image_File output_file_of(const Output_Options& options) {
     const drawing::Image_Format& format = format_of(options);
     if (!format.encoder) {
-        throw drawing::Usage_Error(choice_of(options) + ": expected a format that this build writes (" +
+        throw drawing::Usage_Error(output_choice(options) + ": expected a format that this build writes (" +
                                    list_of(drawing::written_image_suffixes()) + "), found " + std::string(format.suffix));
     }
     return format.file;
@@ -73,12 +72,12 @@ drawing::Compression compression_of(const Output_Options& options) {
 void check_output(const Output_Options& options, std::uint32_t width, std::uint32_t height, bool transparent) {
     const drawing::Image_Format& format = format_of(options);
     if (std::max(width, height) > format.largest_side) {
-        throw drawing::Usage_Error(choice_of(options) + ": expected sides of up to " + std::to_string(format.largest_side) +
+        throw drawing::Usage_Error(output_choice(options) + ": expected sides of up to " + std::to_string(format.largest_side) +
                                    " pixels in " + std::string(format.name) + " files, found " + std::to_string(width) + 'x' +
                                    std::to_string(height));
     }
     if (transparent && !format.keeps_alpha) {
-        throw drawing::Usage_Error(choice_of(options) + ": expected an opaque image in " + std::string(format.name) +
+        throw drawing::Usage_Error(output_choice(options) + ": expected an opaque image in " + std::string(format.name) +
                                    " files, found --background none");
     }
 }

@@ -21,6 +21,9 @@ void add_output_options(std::vector<Option>& table, Output_Options& options, con
 // The format that the options name; PNG without one. Throws Usage_Error for one that this build does not write.
 drawing::Image_File output_file_of(const Output_Options& options);
 
+// The option that decides the format, as it was given.
+std::string output_choice(const Output_Options& options);
+
 drawing::Compression compression_of(const Output_Options& options);
 
 // Throws Usage_Error when the format cannot hold an image of this size, or one with transparent pixels.

@@ -71,8 +71,10 @@ void check_combinations(const Render_Options& options, VT_Int_Pair size, std::in
         refuse(drawn || mapped, pass, "32 bits a pixel", indexed);
         refuse(transparent, pass, "no background", "--background none");
         refuse(options.has_edges(), pass, "shaded faces alone", "edges");
-        refuse(options.pass == "depth" && output_file_of(options.image) != drawing::Image_File::png, pass, "a PNG file",
-               "-o " + options.image.output);
+        refuse(options.axes || options.scale_bar, pass, "shaded faces alone", options.axes ? "--axes" : "--scale-bar");
+        const drawing::Image_File file = output_file_of(options.image);
+        refuse(options.pass == "depth" && file != drawing::Image_File::png, pass, "a PNG file", output_choice(options.image));
+        refuse(file == drawing::Image_File::jpeg, pass, "a file that keeps every pixel", output_choice(options.image));
     }
     if (!options.record.empty()) {
         const std::string pixels = "pixels as the renderer draws them";
@@ -80,6 +82,7 @@ void check_combinations(const Render_Options& options, VT_Int_Pair size, std::in
         refuse(mapped, "--record", pixels, indexed);
         refuse(transparent, "--record", "a colour behind what is drawn", "--background none");
         refuse(options.turntable > 0, "--record", "a single image", turntable);
+        refuse(!options.tiles_of.empty(), "--record", "a whole image", "--tiles-of " + options.tiles_of);
         refuse(drawing::is_standard_output(options.record) && drawing::is_standard_output(options.image.output),
                "--record " + options.record, "another file", "-o " + options.image.output);
     }

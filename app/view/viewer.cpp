@@ -227,6 +227,7 @@ void Viewer::establish(Canvas& canvas) {
     if (palette) {
         session.options().set_palette(palette);
     }
+    session.options().set_alpha_blending(palette.get() != nullptr); // as images of models are drawn
     session.options().set_buffer_depth(16);
     session.establish();
     rendition = VT_Reference<VT_Rendition>(new VT_Rendition);

@@ -126,6 +126,11 @@ void Part_Reader::read_head() {
             form_.opaque = colors != Png_Layout::Colors::red_green_blue_alpha;
             form_.colors =
                 colors == Png_Layout::Colors::palette ? Image_Form::Colors::palette : Image_Form::Colors::red_green_blue_alpha;
+            if (colors == Png_Layout::Colors::grey && sample_bits == 16) { // depths
+                form_.colors = Image_Form::Colors::grey;
+                form_.sample_bits = 16;
+                form_.linear = true;
+            }
         } else if (type_ == "PLTE") {
             form_.palette = content;
         } else if (type_ == png_place_type) {

@@ -84,9 +84,11 @@ Edge_Pen::Edge_Pen(VT_Renderer_Data& renderer, const VT_Rendition& rendition, co
     line = {};
     line.color = color;
     line.index = static_cast<std::uint8_t>(renderer.current_options.palette().closest_match(color, false));
-    line.flags = settings.smoothed ? vorna::line_flag::smoothed : 0;
-    rendition_->clip.depth_test = settings.over_faces && !settings.smoothed;
-    if (settings.over_faces && settings.smoothed) {
+    // A wide line consists of lines side by side, which smoothing would make translucent.
+    const bool smoothed = settings.smoothed && settings.width == 1;
+    line.flags = smoothed ? vorna::line_flag::smoothed : 0;
+    rendition_->clip.depth_test = settings.over_faces && !smoothed;
+    if (settings.over_faces && smoothed) {
         depths_.emplace(renderer, rendition, window);
         kept_.emplace(renderer, window);
     }

@@ -171,6 +171,16 @@ TEST_F(Studio, passes_are_depths_normals_and_numbers_of_faces) {
     EXPECT_EQ(depth_at(0), 65535);
     EXPECT_LT(depth_at(20), 100);
     EXPECT_NEAR(depth_at(44), 65535 / 2, 100); // behind the box in front by half of the depth of all
+    Options assemble{"assemble", "-o", folder.file("assembled.png")};
+    for (const char* part : {"0", "1"}) {
+        assemble.push_back(folder.file(std::string(part) + ".png"));
+        Options options = view;
+        options.insert(options.begin(), {"render", box, "-o", assemble.back(), "--pass", "depth"});
+        options.insert(options.end(), {"--tiles-of", "2x1", "--tile", part});
+        EXPECT_EQ(replay_tests::run_vorna(options).errors, "");
+    }
+    EXPECT_EQ(replay_tests::run_vorna(assemble).errors, "");
+    EXPECT_EQ(replay_tests::read_png(folder.file("assembled.png")).bytes, depth.bytes);
     const Picture normals(pass("normals"));
     EXPECT_EQ(normals.at(20, 32), (std::array{128, 128, 255}));
     EXPECT_EQ(normals.at(0, 32), (std::array{0, 0, 0}));
@@ -197,6 +207,11 @@ TEST_F(Studio, what_does_not_go_with_it_is_said_in_one_line) {
         {{"--pass", "depth", "--background", "none"}, "--pass depth: expected no background, found --background none"},
         {{"--pass", "faces", "--supersample", "2"},
          "--pass faces: expected pixels as the renderer draws them, found --supersample 2"},
+        {{"--pass", "faces", "--output-format", "jpg"},
+         "--pass faces: expected a file that keeps every pixel, found --output-format jpg"},
+        {{"--pass", "normals", "--axes"}, "--pass normals: expected shaded faces alone, found --axes"},
+        {{"--record", folder.file("r.json"), "--tiles-of", "2x1", "--tile", "0"},
+         "--record: expected a whole image, found --tiles-of 2x1"},
     };
     for (const auto& [options, message] : cases) {
         Options arguments{"render", box, "-o", folder.file("out.png")};
