@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <iostream>
 #include <memory>
+#include <new>
 #include <optional>
 
 #include "app/cli/command.h"
@@ -100,6 +101,8 @@ Command compare_command() {
             .run = [arguments](const Given&) {
                 try {
                     return are_same(*arguments) ? exit_status::done : exit_status::failed;
+                } catch (const std::bad_alloc&) {
+                    throw drawing::Usage_Error("out of memory"); // status 1 means different images
                 } catch (const std::runtime_error& error) {
                     throw drawing::Usage_Error(error.what());
                 }

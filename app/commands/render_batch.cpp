@@ -17,6 +17,7 @@
 #include "app/cli/progress.h"
 #include "drawing/files/helpers.h"
 #include "drawing/files/interruption.h"
+#include "drawing/files/memory.h"
 #include "drawing/files/path.h"
 
 namespace vorna::app {
@@ -84,24 +85,31 @@ public:
 private:
     void draw(std::size_t file, unsigned threads) {
         std::error_code none;
-        if (options_.resume && fs::exists(drawing::path_of(names_[file]), none)) {
+        if (const fs::path image = drawing::path_of(names_[file]);
+            options_.resume && fs::is_regular_file(image, none) && fs::file_size(image, none) > 0) {
             return;
         }
         Render_Options own = options_;
         own.models = {options_.models[file]};
         own.image.output = names_[file];
         own.threads = threads;
+        own.base_memory = base_memory_;
         try {
-            draw_one_(own);
+            try {
+                draw_one_(own);
+            } catch (const std::exception& error) {
+                drawing::Interruption::check(); // else the reason may be a call that the signal ended
+                const std::string message = ending_of(error).message, &name = own.models.front();
+                messages_[file] = message.starts_with(name) ? message : name + ": " + message;
+            }
         } catch (const drawing::Interrupted& interrupted) {
             interrupted_ = interrupted.signal;
-        } catch (const std::exception& error) {
-            messages_[file] = ending_of(error).message;
         }
     }
 
     const Render_Options& options_;
     const Draw_One& draw_one_;
+    const std::uint64_t base_memory_ = drawing::resident_memory();
     std::vector<std::string> names_;
     std::vector<std::optional<std::string>> messages_; // by file: why it failed
     std::atomic<std::size_t> next_ = 0, done_ = 0;

@@ -140,6 +140,11 @@ void describe(const Render_Options& options, const drawing::Job_Settings& settin
 }
 
 void print_digests(const Render_Options& options, const std::vector<std::string>& digests) {
+    if (!options.output_folder.empty()) {
+        print(stdout, digests.front() + "  " + drawing::printable(options.image.output) + '\n');
+        std::fflush(stdout); // an interrupt ends the process without it
+        return;
+    }
     if (options.turntable == 0) {
         print_line(drawing::is_standard_output(options.record) ? options.record : options.image.output, digests.front());
         return;
@@ -241,6 +246,9 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
 void run_job(const Render_Options& options, drawing::Job_Settings settings, const drawing::Module_Choice& module,
              drawing::Drawing& drawing, const Load_Times& times, const std::string& kind) {
     settings.max_memory = options.limits->memory(); // which grows with the files that have been read
+    if (options.base_memory > 0) {                  // without the memory of the files that other threads draw
+        settings.other_memory = options.base_memory + options.limits->memory() - options.limits->memory_left();
+    }
     Progress progress;
     if (options.output_folder.empty()) { // else the files count
         settings.progress = [&progress](double done) { progress.show(done); };

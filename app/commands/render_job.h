@@ -27,6 +27,7 @@ struct Render_Options : Model_Options {
     int repeat = 1;
     std::string output_folder; // empty = all files are one image
     bool resume = false;
+    std::uint64_t base_memory = 0; // bytes that the process had before it drew the first of several files
     bool stats = false, hash = false, dry_run = false, allow_empty = false;
 };
 

@@ -59,6 +59,10 @@ Interruption::~Interruption() {
 
 #endif
 
+bool Interruption::is_asked() noexcept {
+    return received != 0;
+}
+
 void Interruption::check() {
     if (const int signal = received) {
         throw Interrupted{signal};

@@ -21,6 +21,7 @@ public:
 
     // Throws Interrupted when the program has been asked to stop. For any thread.
     static void check();
+    static bool is_asked() noexcept; // where nothing may be thrown
 
 private:
 #if defined(_WIN32)

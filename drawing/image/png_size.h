@@ -12,7 +12,7 @@ namespace vorna::drawing {
 inline bool png_can_hold(std::string_view file) noexcept {
     constexpr std::size_t header = 33, width_place = 16, height_place = 20, bits_place = 24, colors_place = 25;
     constexpr std::uint64_t densest = 1032;
-    if (file.size() < header) {
+    if (file.size() < header || !file.starts_with("\x89PNG")) {
         return true;
     }
     const auto number_at = [&](std::size_t place) {

@@ -5,6 +5,7 @@
 
 #include <webp/encode.h>
 
+#include "drawing/files/interruption.h"
 #include "drawing/image/color_rows.h"
 #include "drawing/image/image_encoders.h"
 #include "drawing/image/loaded_library.h"
@@ -92,7 +93,10 @@ public:
             static_cast<std::string*>(written->custom_ptr)->append(reinterpret_cast<const char*>(bytes), count);
             return 1;
         };
-        check(webp().WebPEncode(&settings, &image) != 0);
+        image.progress_hook = [](int, const WebPPicture*) { return Interruption::is_asked() ? 0 : 1; };
+        const bool is_done = webp().WebPEncode(&settings, &image) != 0;
+        Interruption::check();
+        check(is_done);
         return file;
     }
 

@@ -80,7 +80,8 @@ void Job::make_plan() {
                          .thread_memory = needs_.thread_memory + (dither_ ? Palette_Dither::memory : 0),
                          .threads = settings_.threads > 0 ? settings_.threads : std::max(1U, std::thread::hardware_concurrency()),
                          .max_memory = settings_.max_memory,
-                         .other_memory = resident_memory() + needs_.prepared_memory};
+                         .other_memory =
+                             (settings_.other_memory > 0 ? settings_.other_memory : resident_memory()) + needs_.prepared_memory};
     if (settings_.tile_size > 0) {
         request.tile_size = settings_.tile_size;
     }

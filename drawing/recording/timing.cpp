@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
+#include "drawing/files/interruption.h"
 #include "drawing/image/image_file.h"
 #include "drawing/recording/call_kinds.h"
 #include "drawing/recording/summary.h"
@@ -101,6 +102,7 @@ void measure(const Recording& recording, const Module_Choice& module, const Repl
              std::vector<Call_Cost>& costs) {
     using Clock = std::chrono::steady_clock;
     for (int i = 0; i < repetitions; ++i) {
+        Interruption::check();
         Session session(module);
         Clock::time_point start;
         auto cost = costs.begin();
