@@ -79,11 +79,12 @@ bool is_dxf_model(std::string_view text) {
     constexpr std::array shapes{"LINE",  "LWPOLYLINE", "CIRCLE", "ARC",  "ELLIPSE", "SPLINE",
                                 "POINT", "SOLID",      "HATCH",  "TEXT", "MTEXT",   "DIMENSION"};
     std::size_t faces = 0, others = 0;
-    bool in_polyline = false;
+    bool in_polyline = false, is_whole = false;
     while (!text.empty()) {
         const std::string_view code = take_line(text), value = take_line(text);
         if (code == "0") {
             in_polyline = value == "POLYLINE";
+            is_whole = is_whole || value == "EOF";
             faces += value == "3DFACE";
             others += std::ranges::find(shapes, value) != shapes.end();
         } else if (in_polyline && code == "70") {
@@ -93,7 +94,7 @@ bool is_dxf_model(std::string_view text) {
             ++((flags & (mesh | faces_of_vertices)) != 0 ? faces : others);
         }
     }
-    return faces > others;
+    return is_whole && faces > others; // the reader of drawings says where a file is cut off
 }
 
 } // namespace vorna::drawing

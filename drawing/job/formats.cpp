@@ -51,10 +51,13 @@ bool is_plain(const std::string& path) {
     return stream.is_open() && !is_gzip(start) && !is_utf16(start);
 }
 
-// Readers that take the whole content, which stays for another reader.
-template <auto& read> model::Mesh read_content(Input& input, Load_Limits& limits) {
+// Readers that take the whole content, which stays for another reader. is_text: lines may end as old systems end them.
+template <auto& read, bool is_text = false> model::Mesh read_content(Input& input, Load_Limits& limits) {
     if (!input.content) {
         input.content = model::read_file(input.name, limits);
+    }
+    if (is_text && input.content->find('\n') == std::string::npos) {
+        std::ranges::replace(*input.content, '\r', '\n');
     }
     return read(input.name, without_byte_order_mark(*input.content), limits);
 }
@@ -76,7 +79,7 @@ constexpr Format table[] = {
     {.suffix = "topojson", .kind = Input_Kind::map, .read_map = map::read_json_map},
     {.suffix = "dxf", .kind = Input_Kind::map, .detect = is_dxf, .read_map = map::read_dxf_map},
     {.suffix = "stl", .kind = Input_Kind::model, .has_z_up = true, .detect = is_stl, .read_model = read_content<model::read_stl>},
-    {.suffix = "obj", .kind = Input_Kind::model, .detect = is_obj, .read_model = read_content<model::read_obj>},
+    {.suffix = "obj", .kind = Input_Kind::model, .detect = is_obj, .read_model = read_content<model::read_obj, true>},
     {.suffix = "wrl", .kind = Input_Kind::model, .detect = is_vrml, .read_model = read_vrml},
     // Others that the general reader knows, for completion.
     {.suffix = "3ds", .kind = Input_Kind::model},

@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "drawing/files/path.h"
+#include "drawing/files/text_encoding.h"
 #include "drawing/model/model_reader.h"
 
 namespace vorna::drawing::model {
@@ -56,8 +57,12 @@ void Obj_Materials::read_library(const std::string& name) {
     }
     const std::size_t first = materials_.size();
     try {
-        const std::string content = read_reference(model_, library, limits_);
-        Text_Cursor cursor(library, content);
+        std::string content = read_reference(model_, library, limits_);
+        if (is_utf16(content)) {
+            limits_.take_memory(library, content.size() / 2 * 3);
+            content = utf8_from_utf16(content);
+        }
+        Text_Cursor cursor(library, without_byte_order_mark(content));
         Entry* material = nullptr;
         for (; !cursor.at_end(); cursor.next_line()) {
             const std::string_view keyword = cursor.word();

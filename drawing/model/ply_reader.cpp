@@ -144,6 +144,10 @@ Header read_header(Text_Cursor& cursor) {
             if (element.count < 0) {
                 at_count.fail("a count");
             }
+            if (element.name == "vertex" &&
+                std::ranges::find(header.elements, element.name, &Element::name) != header.elements.end()) {
+                before.fail("a single element 'vertex'"); // lists of attributes must be as long as that of positions
+            }
             header.elements.push_back(std::move(element));
         } else if (keyword == "property") {
             if (header.elements.empty()) {

@@ -173,8 +173,8 @@ public:
             shown += c >= ' ' && c <= '~' ? c : '?';
         }
         const std::string start = *file_ + ":" + std::to_string(line_) + ": expected " + expected + ", found ";
-        if (found.empty() && place_ == end_) {
-            throw Cut_Off_Error(start + "the end of the file");
+        if (place_ == end_) { // also a word that is cut off
+            throw Cut_Off_Error(start + (found.empty() ? "the end of the file" : "'" + shown + "'"));
         }
         throw Model_Error(start + (found.empty() ? "the end of the line" : "'" + shown + "'"));
     }

@@ -37,8 +37,8 @@ constexpr double shortest_pattern = 1.0 / 1024;
 // Every other segment is walked as a whole, so that its pieces do not depend on the window. Wide dashes take longer.
 constexpr double most_elements = 1 << 18;
 constexpr double most_wide_elements = 1 << 15;
-// In a polyline as long as more than this many segments of so many elements, every segment is walked near the window only: arcs of
-// the largest radii have a hundred thousand segments.
+// In a polyline as long as more than this many segments of so many elements, every segment is walked near the window only: arcs
+// of the largest radii have a hundred thousand segments.
 constexpr double most_full_segments = 16;
 
 // Gathers pieces and draws them in batches, so that a long polyline needs no more memory than a short one.

@@ -157,6 +157,22 @@ if [ -e "$module" ]; then
     done
 fi
 
+# Lists of one length by their attributes and of another by their positions; a header that ends within a word; old line ends.
+xyz='property float x\nproperty float y\nproperty float z\n'
+printf "ply\nformat ascii 1.0\nelement vertex 1\n${xyz}property uchar red\nproperty uchar green\nproperty uchar blue\nelement vertex 1\n${xyz}end_header\n0 0 0 1 2 3\n0 1 0\n" >twice.ply
+render 2 "twice.ply:[0-9]*: expected a single element 'vertex', found 'element'" twice.ply
+printf "ply\nformat binary_little_endian 1.0\nelement vertex 1\n${xyz}element edge 1\nproperty i" >word.ply
+expect 2 "word.ply:8: expected a property type, found 'i'" timeout 2 "$vorna" render word.ply -o out/picture.png
+printf "$triangle" | tr '\n' '\r' >old.obj
+cases=$((cases + 1))
+{ "$vorna" render old.obj -o old.png && "$vorna" render good.obj -o new.png && cmp -s old.png new.png; } || fail "another image" "render old.obj"
+{
+    printf '0\nSECTION\n2\nENTITIES\n'
+    printf '0\n3DFACE\n10\n0\n20\n0\n30\n0\n11\n1\n21\n0\n31\n0\n12\n0\n22\n1\n32\n0\n13\n0\n23\n1\n33\n0\n'
+    printf '0\n3DFACE\n10\n'
+} >faces.dxf
+render 2 "faces.dxf:[0-9]*: expected a value after its code, found the end of the file" faces.dxf
+
 # Sizes that no file has.
 for count in 2147483648 4294967295 4611686018427387904 9223372036854775807; do
     printf 'ply\nformat ascii 1.0\nelement vertex %s\nproperty float x\nproperty float y\nproperty float z\nend_header\n0 0 0\n' $count >huge.ply
