@@ -187,9 +187,11 @@ template <Pixel_Rule rule, class Clip>
 void draw_column(const Smoothed_Target& target, VT_Int_Pair lowest, std::int32_t count, const Segment& segment) {
     const Upright<rule, Clip> upright(target, lowest.x, segment);
     const std::int32_t end = lowest.y + count;
+    // The column may lie beside the window, with neighbours in it.
+    const std::int32_t fetched = most(least(lowest.x, target.width - 1), 0);
     for (std::int32_t row = lowest.y; row < end; ++row) {
         if (row + steps_ahead < end) {
-            KRB_FETCH_EARLY(pixel_at(target, {lowest.x, row + steps_ahead}));
+            KRB_FETCH_EARLY(pixel_at(target, {fetched, row + steps_ahead}));
         }
         upright.draw(row);
     }
@@ -200,7 +202,8 @@ template <class Clip>
 void blend_run(const Smoothed_Target& target, VT_Int_Pair first, std::int32_t count, std::uint16_t weight, const Ink& ink) {
     std::int32_t i = 0;
     if constexpr (!Clip::clips) {
-        std::uint8_t* pixels = pixel_at(target, first);
+        // Without pixels the first one may lie beside the window.
+        std::uint8_t* pixels = count > 0 ? pixel_at(target, first) : nullptr;
         for (; i + 4 <= count; i += 4) {
             store_pixels(pixels + i * 4, blended(load_pixels<4>(pixels + i * 4), same_weights(weight), ink));
         }
