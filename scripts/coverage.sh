@@ -17,6 +17,8 @@ for folder in "$@"; do
     }
 done
 
+# Objects from a compiler cache count into the files of the build that they were made for.
+export CCACHE_DISABLE=1
 build=build/gcc-coverage
 jobs=$(nproc)
 step "gcc-coverage"

