@@ -35,6 +35,8 @@ public:
 
     std::size_t count() const noexcept { return positions_.size(); }
 
+    // Pixels of a point in an image of that size that is not enlarged.
+    std::int32_t size_in(VT_Int_Pair image, const Point_Settings& settings) const;
     void prepare(const Tile_Grid& grid, const Camera& camera, const Point_Settings& settings);
     // Draws what touches a tile of the prepared image against the depth buffer; the renderer's window is the tile's. Several
     // threads may draw at once, each through a renderer and a rendition of its own.
