@@ -22,8 +22,6 @@ struct Point_Settings {
     double specular = 1;        // strength of highlights: a factor
 };
 
-inline constexpr std::int32_t largest_point = 64; // pixels
-
 // A point covers a square up to two pixels wide, or an octagon, around its place, all of it at its own depth. Points with normals
 // are lit from the side that faces the viewer. Others keep their colours. In models without faces those without a colour grow
 // darker with distance, since nothing else would show their form.
