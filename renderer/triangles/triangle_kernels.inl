@@ -7,8 +7,9 @@
 #include "renderer/triangles/small_triangles.h"
 #include "renderer/triangles/triangle_kernels.h"
 #include "renderer/triangles/triangle_setup.inl"
-#ifdef KRB_SMALL_TRIANGLES
-#include KRB_SMALL_TRIANGLES
+#ifdef KRB_BATCH_LANES
+#include KRB_BATCH_LANES
+#include "renderer/triangles/small_triangles.inl"
 #endif
 
 namespace krb::KRB_KERNEL_SET {
