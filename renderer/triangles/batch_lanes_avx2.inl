@@ -8,7 +8,8 @@ namespace krb::KRB_KERNEL_SET {
 namespace {
 namespace batch {
 
-inline constexpr int part_columns = 8;
+inline constexpr std::int32_t least_run = 1;
+inline constexpr std::int32_t rows_ahead = 2 * lane_count;
 
 // ---- lanes
 
@@ -44,10 +45,6 @@ inline Int difference_or_reverse(Int a, Int b, Active backwards) {
 
 inline Int least(Int a, Int b) {
     return {_mm256_min_epi32(a.lanes, b.lanes)};
-}
-
-inline Int greatest(Int a, Int b) {
-    return {_mm256_max_epi32(a.lanes, b.lanes)};
 }
 
 inline Active less(Int a, Int b) {
@@ -181,27 +178,39 @@ struct Part_Lanes {
     }
 };
 
-struct Part_Colors {
-    Int pixels;
+template <int> inline __m256i same_colors(std::int32_t pixel) {
+    return _mm256_set1_epi32(pixel);
+}
 
-    explicit Part_Colors(std::int32_t pixel) : pixels(splat(pixel)) {}
-    Part_Colors(const Quads* quads, int row)
-        : pixels{_mm256_inserti128_si256(
-              _mm256_castsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(quads[0].color[row]))),
-              _mm_load_si128(reinterpret_cast<const __m128i*>(quads[1].color[row])), 1)} {}
-};
+template <int count> inline __m256i colors_of(const Quads* quads, int row) {
+    const __m256i first = _mm256_zextsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(quads[0].color[row])));
+    if constexpr (count == 1) {
+        return first;
+    } else {
+        return _mm256_inserti128_si256(first, _mm_load_si128(reinterpret_cast<const __m128i*>(quads[1].color[row])), 1);
+    }
+}
 
-inline void store_nearer(std::uint8_t* at, const Quads* quads, int row, Part_Lanes& lanes) {
+template <int count> inline __m128i depths_of(const Quads* quads, int row) {
+    const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(quads[0].depth[row]));
+    if constexpr (count == 1) {
+        return first;
+    } else {
+        return _mm_unpacklo_epi64(first, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(quads[1].depth[row])));
+    }
+}
+
+inline void store_nearer(std::uint8_t* at, __m128i depths, Part_Lanes& lanes) {
     __m128i* const to = reinterpret_cast<__m128i*>(at);
     const __m128i stored = _mm_loadu_si128(to);
-    const __m128i depths = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(quads[0].depth[row])),
-                                              _mm_loadl_epi64(reinterpret_cast<const __m128i*>(quads[1].depth[row])));
     lanes.halves = _mm_and_si128(lanes.halves, _mm_cmpeq_epi16(_mm_min_epu16(depths, stored), depths));
     _mm_storeu_si128(to, _mm_blendv_epi8(stored, depths, lanes.halves));
 }
 
-inline void store_colors(std::uint8_t* at, Part_Colors colors, Part_Lanes lanes) {
-    store_pixels(at, colors.pixels, Active{_mm256_cvtepi16_epi32(lanes.halves)});
+inline void store_colors(std::uint8_t* at, __m256i colors, Part_Lanes lanes) {
+    // What is stored is not loaded first: the pixels beside it have often been stored just before, and a load that overlaps such
+    // a store waits until it is in the cache.
+    _mm256_maskstore_epi32(reinterpret_cast<int*>(at), _mm256_cvtepi16_epi32(lanes.halves), colors);
 }
 
 } // namespace batch

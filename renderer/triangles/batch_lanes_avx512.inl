@@ -8,7 +8,8 @@ namespace krb::KRB_KERNEL_SET {
 namespace {
 namespace batch {
 
-inline constexpr int part_columns = 8;
+inline constexpr std::int32_t least_run = 3;
+inline constexpr std::int32_t rows_ahead = lane_count;
 
 // ---- lanes
 
@@ -43,10 +44,6 @@ inline Int difference_or_reverse(Int a, Int b, Active backwards) {
 
 inline Int least(Int a, Int b) {
     return {_mm512_min_epi32(a.lanes, b.lanes)};
-}
-
-inline Int greatest(Int a, Int b) {
-    return {_mm512_max_epi32(a.lanes, b.lanes)};
 }
 
 inline Active less(Int a, Int b) {
@@ -179,28 +176,37 @@ struct Part_Lanes {
     void limit_to(std::uint32_t mask_bits) { bits = static_cast<__mmask8>(bits & mask_bits); }
 };
 
-struct Part_Colors {
-    __m256i pixels;
+template <int> inline __m256i same_colors(std::int32_t pixel) {
+    return _mm256_set1_epi32(pixel);
+}
 
-    explicit Part_Colors(std::int32_t pixel) : pixels(_mm256_set1_epi32(pixel)) {}
-    Part_Colors(const Quads* quads, int row)
-        : pixels(_mm256_inserti128_si256(
-              _mm256_castsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(quads[0].color[row]))),
-              _mm_load_si128(reinterpret_cast<const __m128i*>(quads[1].color[row])), 1)) {}
-};
+template <int count> inline __m256i colors_of(const Quads* quads, int row) {
+    const __m256i first = _mm256_zextsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(quads[0].color[row])));
+    if constexpr (count == 1) {
+        return first;
+    } else {
+        return _mm256_inserti128_si256(first, _mm_load_si128(reinterpret_cast<const __m128i*>(quads[1].color[row])), 1);
+    }
+}
 
-inline void store_nearer(std::uint8_t* at, const Quads* quads, int row, Part_Lanes& lanes) {
-    const __m128i stored = _mm_maskz_loadu_epi16(lanes.bits, at);
-    const __m128i depths = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(quads[0].depth[row])),
-                                              _mm_loadl_epi64(reinterpret_cast<const __m128i*>(quads[1].depth[row])));
-    lanes.bits = _mm_mask_cmple_epu16_mask(lanes.bits, depths, stored);
+template <int count> inline __m128i depths_of(const Quads* quads, int row) {
+    const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(quads[0].depth[row]));
+    if constexpr (count == 1) {
+        return first;
+    } else {
+        return _mm_unpacklo_epi64(first, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(quads[1].depth[row])));
+    }
+}
+
+inline void store_nearer(std::uint8_t* at, __m128i depths, Part_Lanes& lanes) {
+    lanes.bits = _mm_mask_cmple_epu16_mask(lanes.bits, depths, _mm_maskz_loadu_epi16(lanes.bits, at));
     _mm_mask_storeu_epi16(at, lanes.bits, depths);
 }
 
-inline void store_colors(std::uint8_t* at, Part_Colors colors, Part_Lanes lanes) {
+inline void store_colors(std::uint8_t* at, __m256i colors, Part_Lanes lanes) {
     // The lower half of a longer vector would be stored by an instruction that faults on pixels it does not write (GCC 12).
-    KRB_HIDE_ORIGIN(colors.pixels);
-    _mm256_mask_storeu_epi32(at, lanes.bits, colors.pixels);
+    KRB_HIDE_ORIGIN(colors);
+    _mm256_mask_storeu_epi32(at, lanes.bits, colors);
 }
 
 } // namespace batch

@@ -11,7 +11,8 @@ namespace {
 namespace batch {
 
 inline constexpr int lane_count = 8;
-inline constexpr int part_columns = 4;
+inline constexpr std::int32_t least_run = 1;
+inline constexpr std::int32_t rows_ahead = 2 * lane_count;
 
 using Half = krb::KRB_KERNEL_SET::Int;
 
@@ -312,25 +313,53 @@ private:
     }
 };
 
+// Start and step of an edge are neighbours.
 template <> struct Edge_Tables<1> {
-    alignas(16) std::int32_t start[16], step[16];
+    alignas(16) std::int32_t edges[16][2];
 
-    void set(int, int table, Int start_of_lanes, Int step_of_lanes) {
-        store_ints(start + 8 * table, start_of_lanes);
-        store_ints(step + 8 * table, step_of_lanes);
+    void set(int, int table, Int start, Int step) {
+        const auto store_four = [this](int first, __m128i starts_of_four, __m128i steps_of_four) {
+            _mm_store_si128(vector_at(edges[first]), _mm_unpacklo_epi32(starts_of_four, steps_of_four));
+            _mm_store_si128(vector_at(edges[first + 2]), _mm_unpackhi_epi32(starts_of_four, steps_of_four));
+        };
+        store_four(8 * table, start.low, step.low);
+        store_four(8 * table + 4, start.high, step.high);
     }
     void finish() {}
-    template <int> Int starts(Int edges) const { return looked_up(start, edges); }
-    template <int> Int steps(Int edges) const { return looked_up(step, edges); }
+    template <int> Int starts(Int edge_of_lanes) const;
+    template <int> Int steps(Int edge_of_lanes) const;
 };
 
 template <> struct Edge_Values<1> {
-    Int value;
+    Int start, step, value;
 
-    Edge_Values(const Edge_Tables<1>& tables, Int edges, Int rows)
-        : value(tables.starts<0>(edges) + rows * tables.steps<0>(edges)) {}
+    Edge_Values(const Edge_Tables<1>& tables, Int edges, Int rows) {
+        alignas(16) std::int32_t at[8];
+        store_ints(at, edges & splat(15));
+        const auto load_four = [&](int first, __m128i& starts, __m128i& steps) {
+            const auto two = [&](int lane) {
+                return _mm_castsi128_ps(_mm_unpacklo_epi64(_mm_loadl_epi64(vector_at(tables.edges[at[lane]])),
+                                                           _mm_loadl_epi64(vector_at(tables.edges[at[lane + 1]]))));
+            };
+            const __m128 low = two(first);
+            const __m128 high = two(first + 2);
+            starts = _mm_castps_si128(_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)));
+            steps = _mm_castps_si128(_mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1)));
+        };
+        load_four(0, start.low, step.low);
+        load_four(4, start.high, step.high);
+        value = start + rows * step;
+    }
     template <int> Int get() const { return value; }
 };
+
+template <int> inline Int Edge_Tables<1>::starts(Int edge_of_lanes) const {
+    return Edge_Values<1>(*this, edge_of_lanes, splat(0)).start;
+}
+
+template <int> inline Int Edge_Tables<1>::steps(Int edge_of_lanes) const {
+    return Edge_Values<1>(*this, edge_of_lanes, splat(0)).step;
+}
 
 // ---- rows of pixels
 
@@ -362,37 +391,57 @@ struct Row_Lanes {
     explicit Row_Lanes(Int counts) { store_ints(columns, counts); }
 };
 
-// Half as wide as the lanes of colours, in the low half.
+// Half as wide as the lanes of colours.
 struct Part_Lanes {
     __m128i halves;
 
     Part_Lanes(const Row_Lanes& rows, int row, int skipped)
-        : halves(_mm_cmpgt_epi16(_mm_shufflelo_epi16(_mm_cvtsi32_si128(rows.columns[row] - skipped), 0),
-                                 _mm_setr_epi16(0, 1, 2, 3, 0, 0, 0, 0))) {}
+        : halves(_mm_cmpgt_epi16(_mm_set1_epi16(static_cast<std::int16_t>(rows.columns[row] - skipped)),
+                                 _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7))) {}
     void limit_to(std::uint32_t mask_bits) {
-        const __m128i own_bit = _mm_setr_epi16(1, 2, 4, 8, 1, 1, 1, 1);
+        const __m128i own_bit = _mm_setr_epi16(1, 2, 4, 8, 16, 32, 64, 128);
         const __m128i all = _mm_set1_epi16(static_cast<std::int16_t>(mask_bits));
         halves = _mm_and_si128(halves, _mm_cmpeq_epi16(_mm_and_si128(all, own_bit), own_bit));
     }
 };
 
-struct Part_Colors {
-    __m128i pixels;
+template <int quads> struct Part_Colors { __m128i of[std::size_t{quads}]; };
 
-    explicit Part_Colors(std::int32_t pixel) : pixels(_mm_set1_epi32(pixel)) {}
-    Part_Colors(const Quads* quads, int row) : pixels(_mm_load_si128(vector_at(quads[0].color[row]))) {}
-};
-
-inline void store_nearer(std::uint8_t* at, const Quads* quads, int row, Part_Lanes& lanes) {
-    const __m128i stored = _mm_loadl_epi64(vector_at(at));
-    const __m128i depths = _mm_loadl_epi64(vector_at(quads[0].depth[row]));
-    lanes.halves = _mm_and_si128(lanes.halves, _mm_cmpeq_epi16(_mm_min_epu16(depths, stored), depths));
-    _mm_storel_epi64(vector_at(at), _mm_blendv_epi8(stored, depths, lanes.halves));
+template <int quads> inline Part_Colors<quads> same_colors(std::int32_t pixel) {
+    Part_Colors<quads> colors;
+    for (__m128i& quad : colors.of) {
+        quad = _mm_set1_epi32(pixel);
+    }
+    return colors;
 }
 
-inline void store_colors(std::uint8_t* at, Part_Colors colors, Part_Lanes lanes) {
-    const krb::KRB_KERNEL_SET::Active wide{_mm_cvtepi16_epi32(lanes.halves)};
-    store_pixels(at, Half{colors.pixels}, wide);
+template <int count> inline Part_Colors<count> colors_of(const Quads* quads, int row) {
+    Part_Colors<count> colors;
+    for (int i = 0; i < count; ++i) {
+        colors.of[i] = _mm_load_si128(vector_at(quads[i].color[row]));
+    }
+    return colors;
+}
+
+template <int count> inline __m128i depths_of(const Quads* quads, int row) {
+    const __m128i first = _mm_loadl_epi64(vector_at(quads[0].depth[row]));
+    return count == 1 ? first : _mm_unpacklo_epi64(first, _mm_loadl_epi64(vector_at(quads[count - 1].depth[row])));
+}
+
+inline void store_nearer(std::uint8_t* at, __m128i depths, Part_Lanes& lanes) {
+    const __m128i stored = _mm_loadu_si128(vector_at(at));
+    lanes.halves = _mm_and_si128(lanes.halves, _mm_cmpeq_epi16(_mm_min_epu16(depths, stored), depths));
+    _mm_storeu_si128(vector_at(at), _mm_blendv_epi8(stored, depths, lanes.halves));
+}
+
+template <int quads> inline void store_colors(std::uint8_t* at, Part_Colors<quads> colors, Part_Lanes lanes) {
+    const auto store = [](std::uint8_t* to, __m128i pixels, __m128i wide) {
+        store_pixels(to, Half{pixels}, krb::KRB_KERNEL_SET::Active{wide});
+    };
+    store(at, colors.of[0], _mm_unpacklo_epi16(lanes.halves, lanes.halves));
+    if constexpr (quads > 1) {
+        store(at + 16, colors.of[1], _mm_unpackhi_epi16(lanes.halves, lanes.halves));
+    }
 }
 
 } // namespace batch

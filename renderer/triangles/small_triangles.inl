@@ -20,9 +20,6 @@ constexpr bool can_draw(Triangle_Configuration c) {
 
 template <Triangle_Configuration c> struct Small_Triangles {
     static constexpr bool exist = true;
-    // With fewer than that, lanes would stay empty.
-    static constexpr std::int32_t least_run = 3;
-
     // Whether the strip is long enough, and places in a batch's rows fit 32 bits. Only buffers with much unused room in their
     // rows have rows farther apart.
     static bool can_draw(const Triangle_Target& target, const Triangle_Strip& strip) {
@@ -54,7 +51,6 @@ template <Triangle_Configuration c> struct Small_Triangles {
 private:
     static constexpr bool is_gouraud = c.shading == Shading::gouraud;
     static constexpr bool has_depths = c.depth != Depth_Rule::none;
-    static constexpr int quads_in_part = part_columns / 4;
     // What edges and rows have besides x, in this order.
     static constexpr int z = 0, blue = has_depths ? 1 : 0, green = blue + 1, red = blue + 2;
     static constexpr int values = is_gouraud ? red + 1 : 1;
@@ -69,7 +65,7 @@ private:
             return bits_of(narrow & low);
         } else {
             // Whole parts are loaded and stored, which must lie in their rows.
-            return bits_of(narrow & low & less_or_equal(end, splat(target.width - part_columns)));
+            return bits_of(narrow & low & less_or_equal(end, splat(target.width - 8)));
         }
     }
 
@@ -82,9 +78,10 @@ private:
         Batch_Rows rows(Triangle_Rows(points.y, edges.x, is_gouraud ? near_flat(words) : no_lanes()), triangles);
         rows.place(edges.x, target.color_row_bytes, target.depth_row_bytes);
         const Place place(target, strip.points[0].y - target.origin_y);
-        fetch_early(place, rows, 0);
+        fetch_next_points(strip);
+        fetch_early(place, rows, 0, rows_ahead);
         for (std::int32_t first = 0; first < rows.count; first += lane_count) {
-            fetch_early(place, rows, first + lane_count);
+            fetch_early(place, rows, first + rows_ahead, lane_count);
             draw_group(place, rows, edges, words, first);
         }
     }
@@ -122,9 +119,19 @@ private:
               mask_rows(c.clip == Clip_Rule::masked ? target.mask_rows + row : nullptr) {}
     };
 
-    // Prefetches the memory of a group of rows.
-    static void fetch_early(const Place& place, const Batch_Rows& rows, std::int32_t first) {
-        const std::int32_t end = first + lane_count < rows.count ? first + lane_count : rows.count;
+    // Prefetches the points and colours of the strip's next batch, or those that lie behind the strip in memory.
+    static void fetch_next_points(const Triangle_Strip& strip) {
+        constexpr std::int32_t cache_line = 64;
+        const auto* const points = reinterpret_cast<const std::uint8_t*>(strip.points + lane_count);
+        for (std::int32_t byte = 0; byte < lane_count * std::int32_t{sizeof *strip.points}; byte += cache_line) {
+            KRB_FETCH_EARLY(points + byte);
+        }
+        KRB_FETCH_EARLY(strip.colors + 2 * lane_count);
+    }
+
+    // Prefetches the memory of so many rows.
+    static void fetch_early(const Place& place, const Batch_Rows& rows, std::int32_t first, std::int32_t count) {
+        const std::int32_t end = first + count < rows.count ? first + count : rows.count;
         for (std::int32_t i = first; i < end; ++i) {
             KRB_FETCH_TO_WRITE(place.color + rows.color_place[i]);
             if constexpr (has_depths) {
@@ -143,22 +150,22 @@ private:
 
     static void draw_group(const Place& place, const Batch_Rows& rows, const Batch_Edges& edges, Int words, std::int32_t first) {
         const Int columns = load_ints(rows.columns + first);
-        const auto any_beyond = [columns](int parts) { return !none(less(splat(parts * part_columns), columns)); };
         Row_Pixels pixels(columns);
-        const auto draw = [&](auto parts) {
-            shade(pixels, edges, words, load_ints(rows.word + first), columns, parts.value * quads_in_part);
-            draw_rows<parts.value>(place, rows, pixels, first);
+        const auto any_beyond = [columns](std::int32_t count) { return !none(less(splat(count), columns)); };
+        const auto draw = [&](auto quads) {
+            shade(pixels, edges, words, load_ints(rows.word + first), columns, quads.value);
+            draw_rows<quads.value>(place, rows, pixels, first);
         };
-        if (!any_beyond(1)) {
-            draw(Parts<1>{});
-        } else if (most_columns == 2 * part_columns || !any_beyond(2)) {
-            draw(Parts<2>{});
+        if (!any_beyond(4)) {
+            draw(Constant<1>{});
+        } else if (!any_beyond(8)) {
+            draw(Constant<2>{});
         } else {
-            draw(Parts<most_columns / part_columns>{});
+            draw(Constant<4>{});
         }
     }
 
-    template <int parts> struct Parts { static constexpr int value = parts; };
+    template <int of> struct Constant { static constexpr int value = of; };
 
     static void shade(Row_Pixels& pixels, const Batch_Edges& edges, Int words, Int word, Int columns, int quads) {
         const Row_Divisors divisors(columns);
@@ -176,7 +183,7 @@ private:
                     return Row_Values::between<16, 0>(left.template get<value.value>(), right.template get<value.value>(),
                                                       divisors);
                 };
-                set_colors(pixels, color(Parts<blue>{}), color(Parts<green>{}), color(Parts<red>{}),
+                set_colors(pixels, color(Constant<blue>{}), color(Constant<green>{}), color(Constant<red>{}),
                            has_any(word, splat(1 << 14)), flat_pixels, quads);
             }
         }
@@ -213,33 +220,34 @@ private:
         }
     }
 
-    template <int parts>
+    template <int quads>
     static void draw_rows(const Place& place, const Batch_Rows& rows, const Row_Pixels& pixels, std::int32_t first) {
+        constexpr int in_part = quads == 1 ? 1 : 2;
         const std::int32_t end = first + lane_count < rows.count ? first + lane_count : rows.count;
         for (std::int32_t row = first; row < end; ++row) {
-            for (int part = 0; part < parts; ++part) {
-                draw_part(place, rows, row, pixels, row - first, part);
+            for (int quad = 0; quad < quads; quad += in_part) {
+                draw_part<in_part>(place, rows, row, pixels, row - first, quad);
             }
         }
     }
 
-    // i: the row's lane.
+    // Of so many quads, from one on. i: the row's lane.
+    template <int quads>
     KRB_ALWAYS_INLINE static void draw_part(const Place& place, const Batch_Rows& rows, std::int32_t row,
-                                            const Row_Pixels& pixels, std::int32_t i, int part) {
-        const int skipped = part * part_columns;
-        const Quads* quads = pixels.quads + part * quads_in_part;
+                                            const Row_Pixels& pixels, std::int32_t i, int quad) {
+        const int skipped = 4 * quad;
         Part_Lanes lanes(pixels.lanes, i, skipped);
         if constexpr (c.clip == Clip_Rule::masked) {
             lanes.limit_to(mask_bits_of_8(place.mask_rows[rows.row[row]], rows.first[row] + skipped));
         }
         if constexpr (has_depths) {
-            store_nearer(place.depth + rows.depth_place[row] + 2 * skipped, quads, i, lanes);
+            store_nearer(place.depth + rows.depth_place[row] + 2 * skipped, depths_of<quads>(pixels.quads + quad, i), lanes);
         }
         std::uint8_t* const at = place.color + rows.color_place[row] + 4 * skipped;
         if constexpr (is_gouraud) {
-            store_colors(at, Part_Colors(quads, i), lanes);
+            store_colors(at, colors_of<quads>(pixels.quads + quad, i), lanes);
         } else {
-            store_colors(at, Part_Colors(pixels.flat[i]), lanes);
+            store_colors(at, same_colors<quads>(pixels.flat[i]), lanes);
         }
     }
 };

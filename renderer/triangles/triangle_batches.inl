@@ -18,12 +18,14 @@
 //   Edge_Tables<n>, Edge_Values<n>       n values on edges, see edge_tables.inl; an edge is numbered by its lane, plus lane_count
 //                                        in the second table, in the low bits of a lane. finish comes after the last set; starts
 //                                        and steps exist for one value only
-// Rows are stored in parts of part_columns columns, 4 or 8:
+//   least_run                            fewer triangles are drawn one by one
+//   rows_ahead                           how long before a row is drawn its memory is prefetched
+// Rows are stored in parts of eight columns, or four:
 //   Quads                                four columns of lane_count rows, row after row
 //   Row_Lanes                            how many columns each row has, which may be less than none
 //   Part_Lanes                           the columns of a part of a row that take part; limit_to(bits) takes away others
-//   Part_Colors                          its pixels, of quads or all the same
-//   store_nearer, store_colors           what is stored; store_nearer takes away the columns that do not pass
+//   depths_of<n>, colors_of<n>           a row of one or two quads; same_colors<n>
+//   store_nearer, store_colors           store a part; store_nearer takes away the columns that do not pass
 #pragma once
 
 #include "renderer/triangles/triangle_kernels.h"
