@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Measures the renderer beside memory and its peers, then image files, digests and whole processes, writes the tables into
-# docs/performance.md and draws the plots of cost against size. Takes ten minutes; the machine should have nothing else to do. usage: bench.sh [BENCH-OPTION...]
+# docs/performance.md and draws the plots of cost against size. Takes a quarter of an hour; the machine should have nothing else to do. usage: bench.sh [BENCH-OPTION...]
 # --only REGEX chooses what is measured, --rounds N how often. With options the table is only printed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
