@@ -2,7 +2,7 @@
 // and alpha in another. The names are documented in lanes_portable.inl. Included by such a vocabulary, which besides what kernels
 // use defines
 //   lanes_of, widened_bytes          four integers as lanes; the four bytes of a word as lanes, the lowest first
-//   absolute, larger_of              signed
+//   absolute                         signed
 //   shift_right_signed<bits>         arithmetic; shift_right_signed_by and shift_left_by for counts known at run time only
 //   with_lane_1, with_lanes_0_and_1  the lanes of the first argument but for these, which are the second one's
 //   spread_lane<lane>                one lane in all
@@ -123,7 +123,7 @@ template <int lane, int size> inline Int spread(Attributes<size> a) {
 }
 
 inline bool colors_differ(Attributes<8> a, Attributes<8> b, Attributes<8> c, std::int32_t limit) {
-    const Int difference = larger_of(absolute(b.high - a.high), absolute(c.high - a.high));
+    const Int difference = greatest(absolute(b.high - a.high), absolute(c.high - a.high));
     return !none(without(first_lanes(3), less_or_equal(difference, splat(limit))));
 }
 

@@ -84,6 +84,16 @@ inline Int multiply_halves(Int a, Int b) {
     return {vreinterpretq_u32_u16(vmulq_u16(halves(a), halves(b)))};
 }
 
+inline Int multiply_halves_high(Int a, Int b) {
+    const uint16x8_t first = vreinterpretq_u16_u32(vmull_u16(vget_low_u16(halves(a)), vget_low_u16(halves(b))));
+    const uint16x8_t second = vreinterpretq_u16_u32(vmull_high_u16(halves(a), halves(b)));
+    return {vreinterpretq_u32_u16(vuzp2q_u16(first, second))};
+}
+
+inline Int greatest(Int a, Int b) {
+    return {vreinterpretq_u32_s32(vmaxq_s32(signed_lanes(a), signed_lanes(b)))};
+}
+
 template <int bits> inline Int shift_halves_right(Int a) {
     return {vreinterpretq_u32_u16(vshrq_n_u16(halves(a), bits))};
 }
@@ -224,10 +234,6 @@ inline void store_first_pixels(std::uint8_t* to, Int pixels, std::int32_t count)
 
 inline Int absolute(Int a) {
     return {vreinterpretq_u32_s32(vabsq_s32(signed_lanes(a)))};
-}
-
-inline Int larger_of(Int a, Int b) {
-    return {vreinterpretq_u32_s32(vmaxq_s32(signed_lanes(a), signed_lanes(b)))};
 }
 
 template <int bits> inline Int shift_right_signed(Int a) {
