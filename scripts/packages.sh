@@ -31,6 +31,9 @@ test_packages=(binutils clang-format fish fonts-dejavu-core glmark2-data libgmoc
 windows_packages=(binutils-mingw-w64-x86-64 g++-mingw-w64-x86-64-posix libstb-dev libz-mingw-w64-dev)
 windows_test_packages=(googletest wine64)
 
+# What is needed besides to cross-build for other processors, and to test what was built. apt's keyring verifies the source of zlib.
+foreign_packages=(debian-archive-keyring g++-aarch64-linux-gnu g++-arm-linux-gnueabihf g++-riscv64-linux-gnu g++-s390x-linux-gnu glmark2-data googletest libstb-dev make qemu-user)
+
 # Developers who have ccache build faster.
 if command -v ccache >/dev/null; then
     export CMAKE_CXX_COMPILER_LAUNCHER=ccache

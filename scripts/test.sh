@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # usage: scripts/test.sh [all]
 # Formatting and every test in a release build, with each kernel set: under ten minutes on two processors. With "all" everything else too that
-# must hold before a release: the tests with sanitizers, clang-tidy, and the tests for Windows on Wine, half an hour more.
+# must hold before a release: the tests with sanitizers, clang-tidy, the tests for Windows on Wine, and those for other processors
+# under QEMU, an hour more.
 # Works on a fresh Debian 12 as root, without a display. The last words are those of the test runner.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -42,10 +43,12 @@ if [ "$everything" ]; then
 
     # The sources of the kernel sets are the same but for their vocabulary of lanes.
     step "clang-tidy"
-    run-clang-tidy -p build/clang-asan -j "$jobs" -quiet "^$PWD/(app|renderer|vorna)/(?!.*_(portable|baseline|avx512)\.cpp)" 2>/dev/null
+    run-clang-tidy -p build/clang-asan -j "$jobs" -quiet "^$PWD/(app|renderer|vorna)/(?!.*_(portable|baseline|avx512|neon)\.cpp)" 2>/dev/null
 
     # Seeded properties have no more to find there than what compilers and run-time libraries do differently.
     VORNA_TEST_SCALE=${VORNA_TEST_SCALE:-0.2} check windows-mingw
+
+    scripts/test-foreign.sh
 fi
 
 check gcc-release

@@ -25,7 +25,7 @@ Program make_program() {
                                    .target = &program.module->path,
                                    .group = group},
                                   {.names = {"--kernels"},
-                                   .value = choice_value("NAME", {"portable", "baseline", "avx2", "avx512"}),
+                                   .value = choice_value("NAME", {"portable", "baseline", "avx2", "avx512", "neon"}),
                                    .text = "Instruction set to draw with; by default the best that runs here",
                                    .target = &program.module->kernels,
                                    .group = group}},

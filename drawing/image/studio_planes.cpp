@@ -1,6 +1,7 @@
-// The pictures of a tile that the studio look is made of.
+// The images of a tile that the studio look is made of.
 #include "drawing/image/studio_planes.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace vorna::drawing {
@@ -23,7 +24,9 @@ void Studio_Planes::resize(std::int32_t columns, std::int32_t rows, std::int32_t
 
 void Studio_Planes::take_words(const Raster& drawn, std::vector<std::uint32_t>& plane) {
     for (std::int32_t row = 0; row < height; ++row) {
-        std::memcpy(&plane[place(0, row)], drawn.top + row * drawn.row_bytes, 4 * static_cast<std::size_t>(width));
+        std::uint32_t* const words = &plane[place(0, row)];
+        std::memcpy(words, drawn.top + row * drawn.row_bytes, 4 * static_cast<std::size_t>(width));
+        std::transform(words, words + width, words, pixel_word);
     }
 }
 

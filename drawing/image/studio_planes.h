@@ -1,6 +1,7 @@
-// The pictures of a tile that the studio look is made of.
+// The images of a tile that the studio look is made of.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -10,6 +11,14 @@
 namespace vorna::drawing {
 
 inline constexpr std::uint32_t no_patch = 0xFFFFFFFF;
+
+// The word of a pixel, blue in its low byte, from its four bytes as they are in memory, or these from the word.
+inline std::uint32_t pixel_word(std::uint32_t native) noexcept {
+    if constexpr (std::endian::native == std::endian::big) {
+        return native >> 24 | (native >> 8 & 0xFF00) | (native << 8 & 0xFF0000) | native << 24;
+    }
+    return native;
+}
 
 // A face as the camera of an image sees it, by the number that is drawn for it; number 0 is no face.
 struct Studio_Face {
@@ -29,7 +38,7 @@ struct Studio_Planes {
     std::size_t place(std::int32_t column, std::int32_t row) const noexcept {
         return static_cast<std::size_t>(row + room) * stride + static_cast<std::size_t>(column + room);
     }
-    // What has been drawn, one picture after the other. The window's size is that of the planes.
+    // What has been drawn, one image after the other. The window's size is that of the planes.
     void take_colors(const Raster& drawn) { take_words(drawn, colors); }
     void take_normals(const Raster& drawn) { take_words(drawn, normals); }
     void take_faces(const Raster& drawn, const Raster& drawn_depths, const std::vector<Studio_Face>& by_number);

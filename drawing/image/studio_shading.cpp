@@ -251,6 +251,7 @@ void Studio_Shading::shade(const Studio_Planes& planes, const VT_Int_Rectangle& 
                 std::copy_n(&planes.colors[block.place], block_size, block.colors.begin());
             }
             shade_ground(ground_, numbers, x, y, count, block.colors.data());
+            std::ranges::transform(block.colors, block.colors.begin(), pixel_word);
             std::memcpy(top + row * row_bytes + 4 * std::ptrdiff_t{column}, block.colors.data(),
                         4 * static_cast<std::size_t>(count));
         }

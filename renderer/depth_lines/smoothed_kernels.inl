@@ -6,6 +6,7 @@
 #include "renderer/core/compiler_hints.h"
 #include "renderer/depth_lines/smooth_stepper.inl"
 #include "renderer/depth_lines/smoothed_kernels.h"
+#include "renderer/kernels/pixel_words.inl"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -139,7 +140,7 @@ template <Pixel_Rule rule, class Clip>
 inline void draw_on_line(const Smoothed_Target& target, VT_Int_Pair place, const Segment& segment) {
     if constexpr (rule == Pixel_Rule::store) {
         if (!Clip::clipped(target, place)) {
-            std::memcpy(pixel_at(target, place), &segment.color, 4);
+            store_word(pixel_at(target, place), segment.color);
         }
     } else if (!Clip::clipped(target, place)) {
         blend_pixel(target, place, weights_on_pixel.weight[1], segment.ink);
@@ -284,8 +285,7 @@ template <Pixel_Rule rule> Ink ink_of(VT_RGB32 color, std::uint32_t word) {
 }
 
 template <Pixel_Rule rule> Segment segment_from(VT_Int_Pair point, VT_RGB32 color) {
-    std::uint32_t word;
-    std::memcpy(&word, &color, 4);
+    const std::uint32_t word = load_word(&color);
     return {point, point, word, ink_of<rule>(color, word)};
 }
 

@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "renderer/kernels/pixel_words.inl"
+
 namespace krb::KRB_KERNEL_SET {
 namespace {
 
@@ -36,26 +38,26 @@ struct Ink {
 // Neighbours in a row.
 template <int count> inline Pixels<count> load_pixels(const std::uint8_t* from) {
     Pixels<count> pixels;
-    std::memcpy(pixels.pixel, from, sizeof pixels);
+    for (int i = 0; i < count; ++i) {
+        pixels.pixel[i] = load_word(from + 4 * i);
+    }
     return pixels;
 }
 
 inline Pixels<3> load_pixels(const std::uint8_t* a, const std::uint8_t* b, const std::uint8_t* c) {
-    Pixels<3> pixels;
-    std::memcpy(&pixels.pixel[0], a, 4);
-    std::memcpy(&pixels.pixel[1], b, 4);
-    std::memcpy(&pixels.pixel[2], c, 4);
-    return pixels;
+    return {{load_word(a), load_word(b), load_word(c)}};
 }
 
 template <int count> inline void store_pixels(std::uint8_t* to, Pixels<count> pixels) {
-    std::memcpy(to, pixels.pixel, sizeof pixels);
+    for (int i = 0; i < count; ++i) {
+        store_word(to + 4 * i, pixels.pixel[i]);
+    }
 }
 
 inline void store_pixels(std::uint8_t* a, std::uint8_t* b, std::uint8_t* c, Pixels<3> pixels) {
-    std::memcpy(a, &pixels.pixel[0], 4);
-    std::memcpy(b, &pixels.pixel[1], 4);
-    std::memcpy(c, &pixels.pixel[2], 4);
+    store_word(a, pixels.pixel[0]);
+    store_word(b, pixels.pixel[1]);
+    store_word(c, pixels.pixel[2]);
 }
 
 inline Weights load_weights(const std::uint16_t* four) {

@@ -1,7 +1,9 @@
 // Choice of the kernel set. This file is compiled for the oldest processor, since it runs before the choice.
 #include "renderer/kernels/kernel_sets.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -26,6 +28,8 @@ namespace krb {
 KRB_DECLARE_SET(baseline)
 KRB_DECLARE_SET(avx2)
 KRB_DECLARE_SET(avx512)
+#elif defined(KRB_AARCH64)
+KRB_DECLARE_SET(neon)
 #endif
 KRB_DECLARE_SET(portable)
 
@@ -93,9 +97,14 @@ constexpr Candidate candidates[] = {
     {KRB_SET(avx512, 1), has_avx512},
     {KRB_SET(avx2, 8), has_avx2},
     {KRB_SET(baseline, 4), has_baseline},
+#elif defined(KRB_AARCH64)
+    {KRB_SET(neon, 4), always},
 #endif
     {KRB_SET(portable, 1), always},
 };
+
+// Of all builds.
+constexpr std::string_view known_names[] = {"portable", "baseline", "avx2", "avx512", "neon"};
 
 } // namespace
 
@@ -114,7 +123,10 @@ const Kernel_Set& chosen_kernel_set() {
         }
         names.insert(0, std::string(names.empty() ? "" : ", ").insert(0, candidate.set.name));
     }
-    throw std::invalid_argument("KRB_KERNELS: there is no kernel set '" + std::string(forced) + "', expected one of: " + names);
+    const bool is_known = std::find(std::begin(known_names), std::end(known_names), forced) != std::end(known_names);
+    throw std::invalid_argument(std::string("KRB_KERNELS: ") +
+                                (is_known ? "this build cannot run the kernel set '" : "there is no kernel set '") + forced +
+                                "', expected one of: " + names);
 }
 
 const Kernel_Set& portable_kernel_set() noexcept {

@@ -23,8 +23,9 @@ struct Kernel_Set {
     const Span_Kernel_Table* spans;
 };
 
-// The best set that this processor runs, or the one that the environment variable KRB_KERNELS names: portable, baseline, avx2 or
-// avx512. Throws std::invalid_argument for a name that does not exist here and for a set that the processor lacks.
+// The best set that this processor runs, or the one that the environment variable KRB_KERNELS names: portable, on x86-64
+// baseline, avx2 or avx512, on AArch64 neon. Throws std::invalid_argument for a name that does not exist here and for a set that
+// the processor lacks.
 const Kernel_Set& chosen_kernel_set();
 
 const Kernel_Set& portable_kernel_set() noexcept;

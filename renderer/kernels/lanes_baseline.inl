@@ -8,7 +8,6 @@
 #include <immintrin.h>
 
 #include "renderer/kernels/gather_4.inl"
-#include "renderer/kernels/reciprocals.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -226,132 +225,52 @@ inline void store_indices(std::uint8_t* to, Int indices, All) {
     std::memcpy(to, &word, 4);
 }
 
-template <int size> struct Attributes;
+// ---- what attributes_of_4_lanes.inl needs
 
-template <> struct Attributes<4> { __m128i low; };
-
-template <> struct Attributes<8> {
-    __m128i low;  // x, z
-    __m128i high; // blue, green, red, alpha
-};
-
-inline Attributes<4> attributes_of(std::int32_t x, std::int32_t z) {
-    return {_mm_setr_epi32(x, z, 0, 0)};
+inline Int lanes_of(std::int32_t a, std::int32_t b, std::int32_t c, std::int32_t d) {
+    return {_mm_setr_epi32(a, b, c, d)};
 }
 
-inline Attributes<8> attributes_of(std::int32_t x, std::int32_t z, std::uint32_t color) {
-    return {_mm_setr_epi32(x, z, 0, 0), _mm_cvtepu8_epi32(_mm_cvtsi32_si128(static_cast<int>(color)))};
+inline Int widened_bytes(std::uint32_t bytes) {
+    return {_mm_cvtepu8_epi32(_mm_cvtsi32_si128(static_cast<int>(bytes)))};
 }
 
-inline Attributes<8> textured_attributes_of(std::int32_t x, std::int32_t z, std::int32_t s, std::int32_t t, std::uint32_t color) {
-    const __m128i channels = _mm_cvtepu8_epi32(_mm_cvtsi32_si128(static_cast<int>(color)));
-    return {_mm_setr_epi32(x, z, s, t), _mm_add_epi32(channels, _mm_slli_epi32(channels, 8))};
+inline Int absolute(Int a) {
+    return {_mm_abs_epi32(a.lanes)};
 }
 
-// Most operations treat the eight attributes as two vectors of four; positions says which of the two holds the depth.
-enum class Positions_Of { low, high };
-
-template <class Operation> inline Attributes<4> in_parts(Operation operation, Attributes<4> a, Attributes<4> b) {
-    return {operation(a.low, b.low, Positions_Of::low)};
+template <int bits> inline Int shift_right_signed(Int a) {
+    return {_mm_srai_epi32(a.lanes, bits)};
 }
 
-template <class Operation> inline Attributes<8> in_parts(Operation operation, Attributes<8> a, Attributes<8> b) {
-    return {operation(a.low, b.low, Positions_Of::low), operation(a.high, b.high, Positions_Of::high)};
+inline Int shift_right_signed_by(Int a, int bits) {
+    return {_mm_sra_epi32(a.lanes, _mm_cvtsi32_si128(bits))};
 }
 
-template <int size> inline Attributes<size> operator+(Attributes<size> a, Attributes<size> b) {
-    return in_parts([](__m128i x, __m128i y, Positions_Of) { return _mm_add_epi32(x, y); }, a, b);
+inline Int shift_left_by(Int a, int bits) {
+    return {_mm_sll_epi32(a.lanes, _mm_cvtsi32_si128(bits))};
 }
 
-template <int size> inline Attributes<size> operator-(Attributes<size> a, Attributes<size> b) {
-    return in_parts([](__m128i x, __m128i y, Positions_Of) { return _mm_sub_epi32(x, y); }, a, b);
+inline Int with_lane_1(Int others, Int lane_1) {
+    return {_mm_blend_epi16(others.lanes, lane_1.lanes, 0x0C)};
 }
 
-template <int size> inline Attributes<size> scaled(Attributes<size> a, std::int32_t factor) {
-    return in_parts([factor](__m128i x, __m128i, Positions_Of) { return _mm_mullo_epi32(x, _mm_set1_epi32(factor)); }, a, a);
+inline Int with_lanes_0_and_1(Int others, Int first_two) {
+    return {_mm_blend_epi16(others.lanes, first_two.lanes, 0x0F)};
 }
 
-// The depth's lane of one vector, every other lane of the other.
-inline __m128i with_depth(__m128i others, __m128i depth, Positions_Of part) {
-    return part == Positions_Of::low ? _mm_blend_epi16(others, depth, 0x0C) : others;
+template <int lane> inline Int spread_lane(Int a) {
+    return {_mm_shuffle_epi32(a.lanes, lane * 0x55)};
 }
 
-template <int size> inline Attributes<size> to_fixed(Attributes<size> a, int drop = 0) {
-    const __m128i by_16 = _mm_cvtsi32_si128(16 - drop);
-    const __m128i by_15 = _mm_cvtsi32_si128(15 - drop);
-    return in_parts(
-        [by_16, by_15](__m128i x, __m128i, Positions_Of part) {
-            return with_depth(_mm_sll_epi32(x, by_16), _mm_sll_epi32(x, by_15), part);
-        },
-        a, a);
-}
-
-inline Attributes<8> shifted_right(Attributes<8> a, int bits) {
-    const __m128i by = _mm_cvtsi32_si128(bits);
-    return {_mm_sra_epi32(a.low, by), _mm_sra_epi32(a.high, by)};
-}
-
-inline Attributes<8> with_positions(Attributes<8> positions, Attributes<8> others) {
-    return {_mm_blend_epi16(others.low, positions.low, 0x0F), others.high};
-}
-
-template <int size> inline Attributes<size> half_units() {
-    return in_parts(
-        [](__m128i, __m128i, Positions_Of part) { return with_depth(_mm_set1_epi32(0x8000), _mm_set1_epi32(0x4000), part); },
-        Attributes<size>{}, Attributes<size>{});
-}
-
-template <int size> inline Attributes<size> integer_parts(Attributes<size> a) {
-    return in_parts(
-        [](__m128i x, __m128i, Positions_Of part) {
-            return _mm_and_si128(with_depth(_mm_srli_epi32(x, 16), _mm_srli_epi32(x, 15), part), _mm_set1_epi32(0xFFFF));
-        },
-        a, a);
-}
-
-template <int size> inline Attributes<size> mean_of_edges(Attributes<size> a, Attributes<size> b) {
-    return in_parts(
-        [](__m128i x, __m128i y, Positions_Of part) {
-            const __m128i halved_first = _mm_add_epi32(_mm_srai_epi32(x, 1), _mm_srai_epi32(y, 1));
-            return with_depth(_mm_srai_epi32(_mm_add_epi32(x, y), 17), _mm_srai_epi32(halved_first, 15), part);
-        },
-        a, b);
-}
-
-template <int size> inline Attributes<size> quotient(Attributes<size> a, std::int32_t divisor) {
-    const __m128d by = _mm_set1_pd(reciprocal(divisor));
-    return in_parts(
-        [by](__m128i x, __m128i, Positions_Of) {
-            const __m128i first = _mm_cvttpd_epi32(_mm_mul_pd(_mm_cvtepi32_pd(x), by));
-            const __m128i second = _mm_cvttpd_epi32(_mm_mul_pd(_mm_cvtepi32_pd(_mm_srli_si128(x, 8)), by));
-            return _mm_unpacklo_epi64(first, second);
-        },
-        a, a);
-}
-
-template <int size> inline Attributes<size> select(bool condition, Attributes<size> yes, Attributes<size> no) {
-    const __m128i lanes = _mm_set1_epi32(-static_cast<int>(condition));
-    return in_parts([lanes](__m128i x, __m128i y, Positions_Of) { return _mm_blendv_epi8(y, x, lanes); }, yes, no);
-}
-
-template <int size> inline std::int32_t x_of(Attributes<size> a) {
-    return _mm_cvtsi128_si32(a.low);
-}
-
-template <int lane, int size> inline Int spread(Attributes<size> a) {
-    if constexpr (lane < 4) {
-        return {_mm_shuffle_epi32(a.low, lane * 0x55)};
-    } else {
-        return {_mm_shuffle_epi32(a.high, (lane - 4) * 0x55)};
-    }
-}
-
-inline bool colors_differ(Attributes<8> a, Attributes<8> b, Attributes<8> c, std::int32_t limit) {
-    const __m128i to_b = _mm_abs_epi32(_mm_sub_epi32(b.high, a.high));
-    const __m128i to_c = _mm_abs_epi32(_mm_sub_epi32(c.high, a.high));
-    const __m128i beyond = _mm_cmpgt_epi32(_mm_max_epi32(to_b, to_c), _mm_set1_epi32(limit));
-    return (_mm_movemask_ps(_mm_castsi128_ps(beyond)) & 7) != 0;
+inline Int truncated_products(Int a, double by) {
+    const __m128d factor = _mm_set1_pd(by);
+    const __m128i first = _mm_cvttpd_epi32(_mm_mul_pd(_mm_cvtepi32_pd(a.lanes), factor));
+    const __m128i second = _mm_cvttpd_epi32(_mm_mul_pd(_mm_cvtepi32_pd(_mm_srli_si128(a.lanes, 8)), factor));
+    return {_mm_unpacklo_epi64(first, second)};
 }
 
 } // namespace
 } // namespace krb::KRB_KERNEL_SET
+
+#include "renderer/kernels/attributes_of_4_lanes.inl"

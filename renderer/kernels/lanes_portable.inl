@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "renderer/kernels/pixel_words.inl"
+
 namespace krb::KRB_KERNEL_SET {
 namespace {
 
@@ -166,11 +168,9 @@ inline Int load_indices(const std::uint8_t* from, All) {
     return {*from};
 }
 
-// Entry of every lane in a table of 32-bit words, wherever it starts.
+// The pixel of every lane in a table of 32-bit pixels, wherever it starts.
 inline Int gather(const std::uint8_t* table, Int positions) {
-    Int word;
-    std::memcpy(&word.lane, table + std::size_t{4} * positions.lane, 4);
-    return word;
+    return {load_word(table + std::size_t{4} * positions.lane)};
 }
 
 inline void store_depths(std::uint8_t* to, Int depths, Active active) {
@@ -181,16 +181,12 @@ inline void store_depths(std::uint8_t* to, Int depths, Active active) {
 }
 
 inline Int load_pixels(const std::uint8_t* from, Active active) {
-    Int pixel{0};
-    if (active.lane) {
-        std::memcpy(&pixel.lane, from, 4);
-    }
-    return pixel;
+    return {active.lane ? load_word(from) : 0};
 }
 
 inline void store_pixels(std::uint8_t* to, Int pixels, Active active) {
     if (active.lane) {
-        std::memcpy(to, &pixels.lane, 4);
+        store_word(to, pixels.lane);
     }
 }
 

@@ -3,7 +3,6 @@
 //
 // A value at pixel i is start + i * step however it is computed, so lanes may start at any pixel.
 
-#include <bit>
 #include <concepts>
 #include <cstring>
 
@@ -11,6 +10,7 @@
 #include "renderer/core/pixel_combine.inl"
 #include "renderer/core/pixel_target.h"
 #include "renderer/kernels/pixel_rules.h"
+#include "renderer/kernels/pixel_words.inl"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -31,15 +31,9 @@ struct Ramp {
 
 // ---- colour sources
 
+// Loaded as a whole: compilers would split and reassemble the bytes for every line.
 inline std::uint32_t word_of_color(VT_RGB32 color) {
-    if constexpr (std::endian::native == std::endian::little) {
-        // Compilers would otherwise split and reassemble the bytes for every line.
-        std::uint32_t word;
-        std::memcpy(&word, &color, sizeof word);
-        return word;
-    }
-    return std::uint32_t{color.blue} | std::uint32_t{color.green} << 8 | std::uint32_t{color.red} << 16 |
-           std::uint32_t{color.alpha} << 24;
+    return load_word(&color);
 }
 
 inline Int pixel_word(VT_RGB32 color) {

@@ -48,9 +48,12 @@ std::vector<std::uint32_t> pixels_of(const VT_Shared_Image& image) {
             case Buffer_Format::index8:
                 pixels.push_back(at[column]);
                 break;
-            case Buffer_Format::depth16:
-                pixels.push_back(at[2 * column] | std::uint32_t{at[2 * column + 1]} << 8);
+            case Buffer_Format::depth16: {
+                std::uint16_t depth;
+                std::memcpy(&depth, at + 2 * column, sizeof depth);
+                pixels.push_back(depth);
                 break;
+            }
             default:
                 pixels.push_back(vorna::word_of({at[4 * column], at[4 * column + 1], at[4 * column + 2], at[4 * column + 3]}));
             }

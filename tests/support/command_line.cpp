@@ -65,7 +65,7 @@ std::string quoted(const std::string& argument) {
 }
 
 int run(const std::vector<std::string>& arguments, const std::string& in, const std::string& out, const std::string& err) {
-    std::string line = quoted(VORNA_COMMAND);
+    std::string line = VORNA_EMULATOR + quoted(VORNA_COMMAND); // a cross-built command needs an emulator
     for (const std::string& argument : arguments) {
         line += ' ' + quoted(argument);
     }

@@ -35,7 +35,7 @@ std::vector<std::string> find_kernel_sets() {
         return {forced};
     }
     std::vector<std::string> available;
-    for (const char* kernels : {"portable", "baseline", "avx2", "avx512"}) {
+    for (const char* kernels : {"portable", "baseline", "avx2", "avx512", "neon"}) {
         try {
             const Kernel_Choice choice(kernels);
             const VT_Renderer_Data prototype;

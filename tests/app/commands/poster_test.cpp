@@ -175,7 +175,7 @@ TEST_F(Poster, hashes_do_not_depend_on_the_kernel_set) {
     for (const Options& options : {Options{}, {"--colors", "8", "--edges"}, {"--edges", "--antialias"}}) {
         const std::string hash = render("grid.obj", options, {"--kernels", "portable", "--tile-size", "128"}).second;
         int others = 0;
-        for (const char* set : {"baseline", "avx2", "avx512"}) {
+        for (const char* set : {"baseline", "avx2", "avx512", "neon"}) {
             Options arguments{"render", folder.file("grid.obj"), "-o", folder.file("out.png"), "--hash", "--kernels", set};
             arguments.insert(arguments.end(), options.begin(), options.end());
             if (const Outcome outcome = replay_tests::run_vorna(arguments); outcome.status == 0) {

@@ -170,7 +170,7 @@ TEST_F(Render_Command, arguments_that_are_not_understood_are_answered_with_what_
         {{"--background", "None"},
          "--background: expected none, gradient, TOP,BOTTOM, #rgb, #rrggbb or a colour's name, found 'None'; did you mean none?"},
         {{"--max-memory", "1M"}, "M or more for this image, found 1M"},
-        {{"--kernels", "sse"}, "--kernels: expected portable, baseline, avx2 or avx512, found 'sse'"},
+        {{"--kernels", "sse"}, "--kernels: expected portable, baseline, avx2, avx512 or neon, found 'sse'"},
         {{"--", "--nosuch.obj"}, "./--nosuch.obj: cannot be read: No such file or directory"},
     };
     for (const auto& [arguments, message] : cases) {

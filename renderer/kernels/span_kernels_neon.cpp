@@ -1,0 +1,4 @@
+// Span kernels of the neon set.
+#define KRB_KERNEL_SET neon
+#include "renderer/kernels/lanes_neon.inl"
+#include "renderer/kernels/span_kernels.inl"
