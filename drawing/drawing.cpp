@@ -19,7 +19,7 @@ namespace {
 
 std::shared_ptr<Load_Limits> limits_of(const Reading& reading) {
     return std::make_shared<Load_Limits>(reading.max_memory > 0 ? std::optional(reading.max_memory) : std::nullopt,
-                                         reading.outside_of_folder);
+                                         reading.outside_of_folder, reading.threads);
 }
 
 std::int32_t supersample_of_model(const Image_Settings& settings) {
@@ -174,7 +174,7 @@ struct Image_Maker {
         Model_Parts parts = make_parts(mesh, style, background, *model.content_->limits, warnings);
         module = module_of(settings);
         if (view.studio) {
-            parts.add_studio(mesh, module);
+            parts.add_studio(mesh, module, limits->threads());
             job.linear = true;
         }
         drawing = std::make_unique<Model_Drawing>(std::move(parts),

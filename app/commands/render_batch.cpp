@@ -126,7 +126,7 @@ int render_batch(const Render_Options& options, const Draw_One& draw_one) {
     if (error) {
         throw std::runtime_error(options.output_folder + ": cannot be made: " + error.message());
     }
-    const unsigned threads = options.threads > 0 ? options.threads : std::max(1U, std::thread::hardware_concurrency());
+    const unsigned threads = options.threads > 0 ? options.threads : drawing::processor_count();
     // It outlives those of the single files, whose beginnings and ends overlap.
     const drawing::Interruption interruption;
     drawing::run_on_threads(std::min<std::size_t>(threads, options.models.size()),
