@@ -1,8 +1,6 @@
 // The command's operator new. Large blocks lie in pages of 2 MB where the system has them: a page is mapped and cleared when it
 // is first written, which takes a tenth of the time for 2 MB at once. Only the command does so: a library leaves the choice to
 // its program. Sanitizers have an operator new of their own, and other systems keep the standard library's.
-#include "app/large_pages.h"
-
 #include <algorithm>
 #include <cstdlib>
 #include <new>
@@ -10,7 +8,6 @@
 #include "drawing/files/address_sanitizer.h"
 
 #if defined(__linux__) && defined(__GLIBC__) && !defined(HAS_ADDRESS_SANITIZER) && !defined(HAS_THREAD_SANITIZER)
-#include <malloc.h>
 #include <sys/mman.h>
 
 namespace {
@@ -41,12 +38,6 @@ template <class Allocate> void* allocated(std::size_t size, std::size_t alignmen
 
 } // namespace
 
-void vorna::app::keep_freed_memory() noexcept {
-    mallopt(M_MMAP_THRESHOLD, 32 << 20); // the most that it takes
-    mallopt(M_TRIM_THRESHOLD, 1 << 30);
-    mallopt(M_TOP_PAD, 16 << 20);
-}
-
 // operator delete is the standard library's, which calls std::free for both.
 void* operator new(std::size_t size) {
     return allocated(size, 1, [size] { return std::malloc(std::max<std::size_t>(size, 1)); });
@@ -55,11 +46,6 @@ void* operator new(std::size_t size) {
 void* operator new(std::size_t size, std::align_val_t alignment) {
     const auto unit = static_cast<std::size_t>(alignment);
     return allocated(size, unit, [=] { return std::aligned_alloc(unit, (size + unit - 1) / unit * unit); });
-}
-
-#else
-
-void vorna::app::keep_freed_memory() noexcept {
 }
 
 #endif

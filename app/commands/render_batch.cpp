@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "app/cli/command.h"
+#include "app/cli/heap.h"
 #include "app/cli/messages.h"
 #include "app/cli/progress.h"
 #include "drawing/files/helpers.h"
@@ -129,6 +130,7 @@ int render_batch(const Render_Options& options, const Draw_One& draw_one) {
     const unsigned threads = options.threads > 0 ? options.threads : drawing::processor_count();
     // It outlives those of the single files, whose beginnings and ends overlap.
     const drawing::Interruption interruption;
+    allow_several_heaps();
     drawing::run_on_threads(std::min<std::size_t>(threads, options.models.size()),
                             [&](std::size_t thread) { batch.work(threads, thread == 0); });
     return batch.finish();

@@ -188,8 +188,15 @@ void add_lengths(Bit_Writer& bits, std::span<const std::uint8_t> literals, std::
 
 } // namespace
 
-std::string deflate_runs(std::span<const std::uint8_t> bytes, std::size_t step, bool last) {
+std::string deflate_runs(std::span<const std::uint8_t> bytes, std::size_t step, bool last, std::size_t most) {
     const std::vector<Stretch> stretches = stretches_of(bytes, step);
+    std::size_t literals = 0;
+    for (const Stretch& stretch : stretches) {
+        literals += stretch.literals;
+    }
+    if (literals / 8 > most) { // a bit each at the least
+        return {};
+    }
     std::array<std::uint32_t, literal_codes> counts{};
     counts[end_of_block] = 1;
     const std::uint8_t* next = bytes.data();
@@ -199,6 +206,13 @@ std::string deflate_runs(std::span<const std::uint8_t> bytes, std::size_t step, 
         for_matches(stretch.run, [&](std::size_t length) { ++counts[length_table[length].symbol]; });
     }
     const std::vector<std::uint8_t> lengths = code_lengths(counts, longest_code);
+    std::size_t bits_of_codes = 0;
+    for (std::size_t symbol = 0; symbol < counts.size(); ++symbol) {
+        bits_of_codes += std::size_t{counts[symbol]} * lengths[symbol];
+    }
+    if (bits_of_codes / 8 > most) {
+        return {};
+    }
     const std::vector<std::uint16_t> codes = codes_of(lengths);
     std::vector<std::uint8_t> distances(step); // the codes up to a distance of 4 stand for one distance each
     distances.back() = 1;
@@ -232,7 +246,7 @@ std::string deflate_runs(std::span<const std::uint8_t> bytes, std::size_t step, 
     if (!last) {
         result.append("\0\0\xFF\xFF", 4);
     }
-    return result;
+    return result.size() <= most ? result : std::string();
 }
 
 } // namespace vorna::drawing

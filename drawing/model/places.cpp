@@ -7,6 +7,7 @@
 #include <array>
 #include <bit>
 #include <memory>
+#include <utility>
 
 #include "drawing/files/hash_seed.h"
 #include "drawing/model/tuple_table.h"
@@ -54,8 +55,8 @@ private:
     std::vector<std::uint32_t> slots_;
 };
 
-} // namespace
-
+// counts: how many elements each block of a list has for each range, block after block. They become the places where the block's
+// elements go when the list is sorted by ranges. Gives where the ranges begin and where the last one ends.
 std::vector<std::uint32_t> starts_of_ranges(std::span<std::uint32_t> counts, std::size_t ranges) {
     std::vector<std::uint32_t> starts(ranges + 1);
     std::uint32_t total = 0;
@@ -68,6 +69,8 @@ std::vector<std::uint32_t> starts_of_ranges(std::span<std::uint32_t> counts, std
     starts[ranges] = total;
     return starts;
 }
+
+} // namespace
 
 Places find_places(std::span<const VT_Vector> points, unsigned threads) {
     constexpr std::size_t least_block = std::size_t{1} << 14, points_of_range = 8192, most_ranges = 256;

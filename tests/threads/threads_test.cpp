@@ -197,18 +197,25 @@ TEST(Threads, read_and_prepare_models) {
         ASSERT_EQ(fuzzing::run_command(arguments).status, 0);
         const std::string expected = content_of("out.png");
         arguments.back() = "4";
-        std::optional<Failing_Allocations> none;
-        ASSERT_EQ(fuzzing::run_command(arguments, [&] { none.emplace(INT64_MAX, 1); }).status, 0);
+        const auto allocations_of = [](const std::vector<std::string>& line) {
+            std::optional<Failing_Allocations> none;
+            const int status = fuzzing::run_command(line, [&] { none.emplace(INT64_MAX, 1); }).status;
+            return std::pair(none->passed(), status);
+        };
+        const auto [all, status] = allocations_of(arguments);
+        ASSERT_EQ(status, 0);
         EXPECT_EQ(content_of("out.png") == expected, true) << input;
         std::remove("out.png");
-        const std::int64_t all = none->passed();
-        none.reset();
+        std::vector<std::string> missing = arguments;
+        missing[1] = "missing";
+        const std::int64_t before = allocations_of(missing).first; // for the options and the message
         constexpr int moments = 20;
         int failures = 0;
         for (int i = 0; i < moments; ++i) {
             std::optional<Failing_Allocations> failing;
             try {
-                const auto outcome = fuzzing::run_command(arguments, [&] { failing.emplace(all * i / moments, thread_count); });
+                const auto outcome = fuzzing::run_command(
+                    arguments, [&] { failing.emplace(before + (all - before) * i / moments, thread_count); });
                 failures += outcome.status != 0;
             } catch (const std::bad_alloc&) {
                 ++failures;

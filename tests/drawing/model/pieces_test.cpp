@@ -176,7 +176,7 @@ TEST(Pieces, of_a_ply_file_make_the_same_mesh_as_its_values) {
         }
         faces[25000] = "3 1 2 99999 0";
         EXPECT_EQ(outcome(read_ply, text(), 2),
-                  "m:" + std::to_string(18 + 15251 + 4 + 25000) + ": expected a vertex index below 15251, found '99999'");
+                  "m:" + std::to_string(16 + 15251 + 25000 + 4 + 1) + ": expected a vertex index below 15251, found '99999'");
     }
 }
 
