@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::size_t binary_header = 84;
 constexpr std::size_t binary_facet = 50;
+constexpr std::string_view solid = "solid";
 constexpr std::uint64_t facet_memory = vertex_memory + triangle_memory; // most share two corners with others
 
 // Joins corners at equal places.
@@ -129,7 +130,7 @@ public:
 
     // Threads read the facets of pieces side by side, as long as each piece begins where the one before has ended.
     Mesh read() {
-        expect("solid");
+        expect(solid);
         cursor_.next_line();
         constexpr std::uint64_t memory_ratio = 4; // corners for bytes of a text, with the room that growing lists have
         const Text_Pieces pieces(content_);
@@ -171,9 +172,9 @@ private:
         for (cursor_.skip_space(); cursor_.place() < end && !cursor_.at_end(); cursor_.skip_space()) {
             const Text_Cursor before = cursor_;
             const std::string_view keyword = cursor_.word();
-            if (keyword == "facet") {
+            if (is_keyword(keyword, "facet")) {
                 read_facet();
-            } else if (keyword == "endsolid" || keyword == "solid") {
+            } else if (is_keyword(keyword, "endsolid") || is_keyword(keyword, "solid")) {
                 cursor_.next_line();
             } else {
                 Text_Cursor(before).fail("'facet' or 'endsolid'");
@@ -184,7 +185,7 @@ private:
     void expect(std::string_view keyword) {
         cursor_.skip_space();
         const Text_Cursor before = cursor_;
-        if (cursor_.word() != keyword) {
+        if (!is_keyword(cursor_.word(), keyword)) {
             Text_Cursor(before).fail(std::string("'").append(keyword).append("'"));
         }
     }
@@ -221,7 +222,7 @@ bool is_text(std::string_view content) {
         return false;
     }
     const std::size_t start = content.find_first_not_of(" \t\r\n");
-    return start != std::string_view::npos && content.substr(start).starts_with("solid");
+    return start != std::string_view::npos && is_keyword(content.substr(start, solid.size()), solid);
 }
 
 } // namespace
