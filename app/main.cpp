@@ -16,6 +16,7 @@
 
 #include "app/cli/command.h"
 #include "app/cli/command_line.h"
+#include "app/cli/heap.h"
 #include "app/cli/messages.h"
 #include "app/cli/parser.h"
 #include "drawing/files/interruption.h"
@@ -55,6 +56,7 @@ int finish_output(int status) {
 } // namespace
 
 int main(int count, char** arguments) {
+    vorna::app::keep_one_heap();
     vorna::app::report_lack_of_memory();
     prepare_streams();
     try {

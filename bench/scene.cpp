@@ -186,7 +186,8 @@ Scene model_in_front(const std::string& file, const Variation& variation) {
                            std::min(random.varied(window_size.y), window_size.y)};
     const VT_Reference<Recorder> recorder(new Recorder(scene));
     const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
-    vorna::drawing::model::Scene_Renderer renderer(vorna::drawing::load_model(file), {143, 169, 196, 255}, false);
+    const vorna::drawing::model::Mesh mesh = vorna::drawing::load_model(file);
+    vorna::drawing::model::Scene_Renderer renderer(mesh, vorna::drawing::model::Facing(mesh), {143, 169, 196, 255}, false);
     vorna::drawing::model::Camera_Settings settings;
     settings.view = vorna::drawing::model::View::front;
     settings.aspect = static_cast<double>(size.x - 1) / (size.y - 1);

@@ -22,7 +22,7 @@ namespace {
 std::shared_ptr<Load_Limits> limits_of(const Reading& reading) {
     check(reading);
     return std::make_shared<Load_Limits>(reading.max_memory > 0 ? std::optional(reading.max_memory) : std::nullopt,
-                                         reading.outside_of_folder);
+                                         reading.outside_of_folder, reading.threads);
 }
 
 std::int32_t supersample_of_model(const Image_Settings& settings) {
@@ -164,7 +164,7 @@ struct Image_Maker {
         Model_Parts parts = make_parts(mesh, style, background, *model.content_->limits, warnings ? *warnings : untold);
         module = module_of(settings);
         if (view.studio) {
-            parts.add_studio(mesh, module);
+            parts.add_studio(mesh, module, model.content_->limits->threads());
             job.linear = true;
         }
         drawing = std::make_unique<Model_Drawing>(std::move(parts),

@@ -25,6 +25,7 @@ namespace vorna::drawing {
 struct Reading {
     std::uint64_t max_memory = 0;      // bytes; 0 = 1 GiB, or 64 times what the files have where that is more
     bool outside_of_folder = false;    // whether files that models name may lie outside of the models' folders
+    unsigned threads = 0;              // 0 = as many as there are processors
     bool accepts_no_triangles = false; // whether models may be empty, without triangles, lines and points
     // Degrees, 0 to 180, between faces that are shaded as one surface where a model gives no normals. None: 30, or the file's
     // smoothing groups.

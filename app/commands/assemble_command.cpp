@@ -15,6 +15,7 @@
 #include "app/cli/messages.h"
 #include "app/cli/progress.h"
 #include "app/commands/output_options.h"
+#include "drawing/files/helpers.h"
 #include "drawing/files/interruption.h"
 #include "drawing/files/load_limits.h"
 #include "drawing/files/memory.h"
@@ -151,7 +152,7 @@ void assemble(const Assemble_Options& options) {
     check_output(options.image, files.form.width, files.form.height, !files.form.opaque);
     Part_Source parts(files);
     drawing::Stream_Settings settings;
-    settings.threads = options.threads > 0 ? options.threads : std::max(1U, std::thread::hardware_concurrency());
+    settings.threads = options.threads > 0 ? options.threads : drawing::processor_count();
     settings.rows_ahead = (2 * settings.threads + 2) * drawing::image_encoder(files.form)->block_rows();
     drawing::Load_Limits limits(drawing::parsed_limit(options.max_memory));
     for (const auto& [number, name] : files.names) {

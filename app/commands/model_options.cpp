@@ -207,8 +207,8 @@ std::vector<std::string> arguments_of(const Model_Options& options) {
     return arguments;
 }
 
-std::shared_ptr<drawing::Load_Limits> limits_of(const Model_Options& options) {
-    return std::make_shared<drawing::Load_Limits>(drawing::parsed_limit(options.max_memory), options.allow_outside);
+std::shared_ptr<drawing::Load_Limits> limits_of(const Model_Options& options, unsigned threads) {
+    return std::make_shared<drawing::Load_Limits>(drawing::parsed_limit(options.max_memory), options.allow_outside, threads);
 }
 
 VT_Int_Pair parsed_pair(const std::string& text, std::int32_t most, const std::string& expected) {
@@ -343,7 +343,8 @@ drawing::model::Mesh load_mesh(const Model_Options& options, std::vector<drawing
 
 std::unique_ptr<drawing::model::Scene> make_faces(const Model_Options& options, const drawing::model::Mesh& mesh) {
     std::vector<std::string> warnings;
-    auto faces = drawing::make_faces(mesh, style_of(options), *options.limits, warnings);
+    const drawing::model::Facing facing(mesh, options.limits->threads());
+    auto faces = drawing::make_faces(mesh, facing, style_of(options), *options.limits, warnings);
     warn(options, warnings);
     return faces;
 }

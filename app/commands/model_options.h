@@ -53,7 +53,7 @@ Option model_argument(Model_Options& options, const std::string& inputs);
 void add_model_options(std::vector<Option>& table, Model_Options& options);
 
 // Limits as the options say. Throws Usage_Error.
-std::shared_ptr<drawing::Load_Limits> limits_of(const Model_Options& options);
+std::shared_ptr<drawing::Load_Limits> limits_of(const Model_Options& options, unsigned threads = 0);
 
 // The options as a shell's words, as far as they differ from the defaults.
 std::vector<std::string> arguments_of(const Model_Options& options);

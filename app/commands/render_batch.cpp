@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "app/cli/command.h"
+#include "app/cli/heap.h"
 #include "app/cli/messages.h"
 #include "app/cli/progress.h"
 #include "drawing/files/helpers.h"
@@ -172,9 +173,10 @@ int render_batch(const Render_Options& options, const Draw_One& check, const Dra
     if (error) {
         throw std::runtime_error(options.output_folder + ": cannot be made: " + error.message());
     }
-    const unsigned threads = options.threads > 0 ? options.threads : std::max(1U, std::thread::hardware_concurrency());
+    const unsigned threads = options.threads > 0 ? options.threads : drawing::processor_count();
     // It outlives those of the single files, whose beginnings and ends overlap.
     const drawing::Interruption interruption;
+    allow_several_heaps();
     const Signal_Watch watch;
     drawing::run_on_threads(std::min<std::size_t>(threads, options.models.size()),
                             [&](std::size_t thread) { batch.work(threads, thread == 0); });

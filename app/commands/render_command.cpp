@@ -41,7 +41,7 @@ void draw_together(Render_Options& options, const Map_Options& map_options, cons
     std::vector<std::string> read = options.models;
     read.insert(read.end(), {options.palette, map_options.overlay, map_options.font});
     drawing::refuse_same_files(read, {options.image.output, options.record});
-    options.limits = limits_of(options);
+    options.limits = limits_of(options, options.threads);
     std::vector<drawing::Input> inputs = open_inputs(options);
     const auto map = std::ranges::find_if(inputs, drawing::is_map);
     reject_options_of_other_kind(given, map != inputs.end(), map == inputs.end() ? inputs.front().name : map->name);
@@ -213,7 +213,7 @@ Command render_command() {
         {.names = {"--stats"}, .text = "Print sizes and times", .target = &options->stats, .group = measuring},
         {.names = {"--threads"},
          .value = whole_value("N", 1, 1024),
-         .text = "Threads that draw and compress; as many as there are processors if not given",
+         .text = "Threads that read, draw and compress; as many as there are processors if not given",
          .target = &options->threads,
          .group = large},
         {.names = {"--tile-size"},

@@ -62,7 +62,7 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     const auto setup_start = Clock::now();
     drawing::Model_Parts parts = make_model(options, mesh);
     if (options.studio) {
-        parts.add_studio(mesh, module);
+        parts.add_studio(mesh, module, options.limits->threads());
     }
     if (!options.pass.empty()) {
         parts.lines.reset();

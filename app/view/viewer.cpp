@@ -250,7 +250,8 @@ drawing::Model_Parts& Viewer::model_for(const Model_Options& options, bool draft
             model.faces = make_faces(options, mesh);
         }
         if (needs_edges) {
-            model.edges = drawing::make_edges(mesh, style_of(options));
+            const drawing::model::Facing facing(mesh, options.limits->threads());
+            model.edges = drawing::make_edges(mesh, facing, style_of(options), options.limits->threads());
         }
     }
     return model;

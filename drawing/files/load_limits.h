@@ -9,6 +9,7 @@
 #include <string>
 #include <utility>
 
+#include "drawing/files/helpers.h"
 #include "drawing/files/usage_error.h"
 
 namespace vorna::drawing {
@@ -23,9 +24,9 @@ struct Load_Error : Usage_Error {
 class Load_Limits {
 public:
     // memory: bytes; none = 1 GiB, or 64 times what the files have where that is more. outside: whether files that models name
-    // may lie outside of the models' folders.
-    explicit Load_Limits(std::optional<std::uint64_t> memory = std::nullopt, bool outside = false) noexcept
-        : given_(memory), outside_(outside) {}
+    // may lie outside of the models' folders. threads: that readers may use, 0 = as many as there are processors.
+    explicit Load_Limits(std::optional<std::uint64_t> memory = std::nullopt, bool outside = false, unsigned threads = 1) noexcept
+        : given_(memory), outside_(outside), threads_(threads > 0 ? threads : processor_count()) {}
     Load_Limits(const Load_Limits&) = delete;
     Load_Limits& operator=(const Load_Limits&) = delete;
 
@@ -34,6 +35,7 @@ public:
 
     std::uint64_t memory() const noexcept { return given_.value_or(std::max(least_memory, times * size_)); }
     std::uint64_t memory_left() const noexcept;
+    unsigned threads() const noexcept { return threads_; }
 
     // Bytes of a file whose size is known only when it has been read.
     std::uint64_t most_of_a_file() const noexcept { return given_ ? memory_left() : UINT64_MAX; }
@@ -91,6 +93,7 @@ private:
 
     std::optional<std::uint64_t> given_;
     bool outside_;
+    unsigned threads_;
     std::set<std::string> files_;
     std::uint64_t size_ = 0; // of all files
     std::atomic<std::uint64_t> taken_ = 0, worked_ = 0;

@@ -1,6 +1,7 @@
 // Deflate streams that are made of pieces.
 #include "drawing/image/deflate.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -21,8 +22,10 @@ std::optional<std::string> piece_of_runs(std::span<const std::uint8_t> bytes, Co
                                          bool last, bool prefers_runs) {
     constexpr std::size_t least_ratio = 40;
     if (compression == Compression::fast || (compression == Compression::standard && prefers_runs)) {
-        std::string runs = deflate_runs(bytes, step, last);
-        if (compression == Compression::fast || runs.size() * least_ratio < bytes.size()) {
+        const bool is_fast = compression == Compression::fast;
+        const std::size_t most = is_fast ? SIZE_MAX : (std::max<std::size_t>(bytes.size(), 1) - 1) / least_ratio;
+        std::string runs = deflate_runs(bytes, step, last, most);
+        if (!runs.empty()) {
             return runs;
         }
     }

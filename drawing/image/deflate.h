@@ -23,8 +23,9 @@ std::uint32_t crc32_of(std::span<const std::uint8_t> bytes);
 
 // Parts of deflate_piece, for tests.
 
-// Literals and repetitions of the pixel before, with Huffman codes of the piece's own.
-std::string deflate_runs(std::span<const std::uint8_t> bytes, std::size_t step, bool last);
+// Literals and repetitions of the pixel before, with Huffman codes of the piece's own. Empty when that takes more than `most`
+// bytes.
+std::string deflate_runs(std::span<const std::uint8_t> bytes, std::size_t step, bool last, std::size_t most = SIZE_MAX);
 
 // Where raw deflate data ends, in bits.
 struct Deflate_End {

@@ -24,36 +24,51 @@ struct Stretch {
     std::uint32_t literals, run;
 };
 
+// Writes into a string that grows by large steps.
 class Bit_Writer {
 public:
     explicit Bit_Writer(std::string& bytes) : bytes_(bytes) {}
 
+    // Room for so many bytes more, which following calls fill.
+    void reserve(std::size_t count) {
+        constexpr std::size_t end = 2 * sizeof waiting_; // of a block, and what is stored behind the last byte
+        if (bytes_.size() - size_ < count + end) {
+            bytes_.resize(2 * bytes_.size() + count + end);
+        }
+    }
     // Up to 32 bits, the lowest first.
-    void add(std::uint32_t bits, int count) {
+    void add(std::uint32_t bits, int count) noexcept {
         waiting_ |= std::uint64_t{bits} << count_;
         count_ += count;
         if (count_ >= 32) {
-            flush(4);
+            store();
+            size_ += 4;
+            waiting_ >>= 32;
+            count_ -= 32;
         }
     }
     void fill_byte() {
-        flush((count_ + 7) / 8);
+        store();
+        size_ += static_cast<std::size_t>(count_ + 7) / 8;
         count_ = 0;
         waiting_ = 0;
     }
+    void finish() { bytes_.resize(size_); }
 
 private:
-    void flush(int count) {
-        std::array<char, 8> bytes;
-        for (int i = 0; i < count; ++i) {
-            bytes[static_cast<std::size_t>(i)] = static_cast<char>(waiting_ >> 8 * i & 0xFF);
+    void store() noexcept {
+        char* const place = bytes_.data() + size_;
+        if constexpr (std::endian::native == std::endian::little) {
+            std::memcpy(place, &waiting_, sizeof waiting_);
+        } else {
+            for (std::size_t i = 0; i < sizeof waiting_; ++i) {
+                place[i] = static_cast<char>(waiting_ >> 8 * i & 0xFF);
+            }
         }
-        bytes_.append(bytes.data(), static_cast<std::size_t>(count));
-        waiting_ >>= 8 * count;
-        count_ -= 8 * count;
     }
 
     std::string& bytes_;
+    std::size_t size_ = 0; // that is filled
     std::uint64_t waiting_ = 0;
     int count_ = 0;
 };
@@ -173,8 +188,15 @@ void add_lengths(Bit_Writer& bits, std::span<const std::uint8_t> literals, std::
 
 } // namespace
 
-std::string deflate_runs(std::span<const std::uint8_t> bytes, std::size_t step, bool last) {
+std::string deflate_runs(std::span<const std::uint8_t> bytes, std::size_t step, bool last, std::size_t most) {
     const std::vector<Stretch> stretches = stretches_of(bytes, step);
+    std::size_t literals = 0;
+    for (const Stretch& stretch : stretches) {
+        literals += stretch.literals;
+    }
+    if (literals / 8 > most) { // a bit each at the least
+        return {};
+    }
     std::array<std::uint32_t, literal_codes> counts{};
     counts[end_of_block] = 1;
     const std::uint8_t* next = bytes.data();
@@ -184,17 +206,28 @@ std::string deflate_runs(std::span<const std::uint8_t> bytes, std::size_t step, 
         for_matches(stretch.run, [&](std::size_t length) { ++counts[length_table[length].symbol]; });
     }
     const std::vector<std::uint8_t> lengths = code_lengths(counts, longest_code);
+    std::size_t bits_of_codes = 0;
+    for (std::size_t symbol = 0; symbol < counts.size(); ++symbol) {
+        bits_of_codes += std::size_t{counts[symbol]} * lengths[symbol];
+    }
+    if (bits_of_codes / 8 > most) {
+        return {};
+    }
     const std::vector<std::uint16_t> codes = codes_of(lengths);
     std::vector<std::uint8_t> distances(step); // the codes up to a distance of 4 stand for one distance each
     distances.back() = 1;
 
     std::string result;
     Bit_Writer bits(result);
+    constexpr std::size_t header = 1024; // more than the lengths of all codes take
+    bits.reserve(header);
     bits.add(last ? 1 : 0, 1);
     bits.add(2, 2); // a block with codes of its own
     add_lengths(bits, lengths, distances);
     next = bytes.data();
     for (const Stretch& stretch : stretches) {
+        // A code has 15 bits at the most, a match 21.
+        bits.reserve(2 * stretch.literals + 3 * (stretch.run / longest_match + 2));
         std::for_each_n(next, stretch.literals, [&](std::uint8_t literal) { bits.add(codes[literal], lengths[literal]); });
         next += stretch.literals + stretch.run;
         for_matches(stretch.run, [&](std::size_t length) {
@@ -209,10 +242,11 @@ std::string deflate_runs(std::span<const std::uint8_t> bytes, std::size_t step, 
         bits.add(0, 3); // an empty block of plain bytes, which ends on a byte
     }
     bits.fill_byte();
+    bits.finish();
     if (!last) {
         result.append("\0\0\xFF\xFF", 4);
     }
-    return result;
+    return result.size() <= most ? result : std::string();
 }
 
 } // namespace vorna::drawing

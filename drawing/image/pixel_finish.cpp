@@ -2,9 +2,34 @@
 #include "drawing/image/pixel_finish.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstring>
 
 namespace vorna::drawing {
+namespace {
+
+// Red, green, blue and alpha of pixels that are the means of two by two. A word holds two channels with room for their sums.
+void store_means_of_four(const std::uint8_t* upper, const std::uint8_t* lower, std::size_t width, std::uint8_t* samples) {
+    constexpr std::uint32_t channels = 0x00FF00FF, half = 0x00020002;
+    constexpr int blue_and_red = std::endian::native == std::endian::little ? 0 : 8, green_and_alpha = 8 - blue_and_red;
+    for (std::size_t pixel = 0; pixel < width; ++pixel) {
+        std::array<std::uint32_t, 4> drawn;
+        std::memcpy(drawn.data(), upper + 8 * pixel, 8);
+        std::memcpy(drawn.data() + 2, lower + 8 * pixel, 8);
+        const auto mean = [&](int shift) {
+            std::uint32_t sum = half;
+            for (const std::uint32_t word : drawn) {
+                sum += word >> shift & channels;
+            }
+            return sum >> 2 & channels;
+        };
+        const std::uint32_t color = std::rotl(mean(blue_and_red), 16) << blue_and_red | mean(green_and_alpha) << green_and_alpha;
+        std::memcpy(samples + 4 * pixel, &color, sizeof color);
+    }
+}
+
+} // namespace
 
 Pixel_Finish::Pixel_Finish(const Finish_Settings& settings) : settings_(settings) {
     if (settings.palette) {
@@ -87,6 +112,10 @@ void Pixel_Finish::store_row(const Raster& drawn, std::int32_t row, VT_Int_Pair 
         return;
     }
     const auto width = static_cast<std::size_t>(drawn.width / settings_.supersample);
+    if (settings_.supersample == 2 && !settings_.transparent && !settings_.linear && !palette_) {
+        store_means_of_four(top, top + drawn.row_bytes, width, samples);
+        return;
+    }
     add_up(top, drawn.row_bytes, width, sums_);
     if (settings_.transparent) {
         const std::ptrdiff_t kept_bytes = 4 * std::ptrdiff_t{drawn.width};

@@ -2,7 +2,6 @@
 #include "drawing/job/image_stream.h"
 
 #include <algorithm>
-#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <exception>
@@ -300,28 +299,14 @@ public:
 private:
     // Calls work(task, thread) for all tasks. before: how much of the whole image is done.
     template <class Work> void share(std::size_t tasks, unsigned threads, double before, const Work& work) {
-        std::atomic<std::size_t> next{0};
         std::mutex mutex;
-        std::exception_ptr failure;
-        run_on_threads(std::min<std::size_t>(threads, tasks), [&](std::size_t thread) {
-            try {
-                for (std::size_t task = next++; task < tasks; task = next++) {
-                    Interruption::check();
-                    work(task, static_cast<unsigned>(thread));
-                    if (settings_.progress) {
-                        const std::lock_guard lock(mutex);
-                        settings_.progress(before + 0.5 * static_cast<double>(task) / static_cast<double>(tasks));
-                    }
-                }
-            } catch (...) {
+        share_tasks(tasks, threads, [&](std::size_t task, std::size_t thread) {
+            work(task, static_cast<unsigned>(thread));
+            if (settings_.progress) {
                 const std::lock_guard lock(mutex);
-                failure = std::current_exception();
-                next = tasks;
+                settings_.progress(before + 0.5 * static_cast<double>(task) / static_cast<double>(tasks));
             }
         });
-        if (failure) {
-            std::rethrow_exception(failure);
-        }
     }
 
     const Image_Form& form_;

@@ -2,12 +2,8 @@
 #include "drawing/job/job.h"
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
-#include <exception>
-#include <mutex>
 #include <stdexcept>
-#include <thread>
 #include <utility>
 
 #include "drawing/files/helpers.h"
@@ -80,7 +76,7 @@ void Job::make_plan() {
                          .supersample = settings_.supersample,
                          .pixel_memory = needs_.pixel_memory + (settings_.transparent ? 4 : 0),
                          .thread_memory = needs_.thread_memory + (dither_ ? Palette_Dither::memory : 0),
-                         .threads = settings_.threads > 0 ? settings_.threads : std::max(1U, std::thread::hardware_concurrency()),
+                         .threads = settings_.threads > 0 ? settings_.threads : processor_count(),
                          .max_memory = settings_.max_memory,
                          .other_memory =
                              (settings_.other_memory > 0 ? settings_.other_memory : resident_memory()) + needs_.prepared_memory};
@@ -131,25 +127,8 @@ void Job::draw_tile(Worker& worker, std::size_t tile) const {
 
 // Draws all tiles and keeps none, for measuring; a single tile stays in its renderer.
 void Job::draw_tiles() {
-    const std::size_t count = plan_.grid.count();
-    std::atomic<std::size_t> next{0};
-    std::mutex mutex;
-    std::exception_ptr failure;
-    const auto work = [&](Worker& worker) {
-        try {
-            for (std::size_t tile = next++; tile < count; tile = next++) {
-                draw_tile(worker, tile);
-            }
-        } catch (...) {
-            const std::lock_guard lock(mutex);
-            failure = std::current_exception();
-            next = count;
-        }
-    };
-    run_on_threads(std::min(workers_.size(), count), [&](std::size_t i) { work(*workers_[i]); });
-    if (failure) {
-        std::rethrow_exception(failure);
-    }
+    share_tasks(plan_.grid.count(), workers_.size(),
+                [this](std::size_t tile, std::size_t thread) { draw_tile(*workers_[thread], tile); });
 }
 
 // The pixels of a tile in the rows of the image.
@@ -201,25 +180,10 @@ Image Job::make_image() {
     prepare(0);
     std::vector<std::uint8_t> samples(form_.height * form_.row_bytes());
     const Row_Places places(samples.data(), form_.row_bytes(), form_.height);
-    const std::size_t count = plan_.grid.count();
-    std::atomic<std::size_t> next{0};
-    std::mutex mutex;
-    std::exception_ptr failure;
-    run_on_threads(std::min(workers_.size(), count), [&](std::size_t i) {
-        try {
-            for (std::size_t tile = next++; tile < count; tile = next++) {
-                draw_tile(*workers_[i], tile);
-                store_tile(*workers_[i], tile, places);
-            }
-        } catch (...) {
-            const std::lock_guard lock(mutex);
-            failure = std::current_exception();
-            next = count;
-        }
+    share_tasks(plan_.grid.count(), workers_.size(), [&](std::size_t tile, std::size_t thread) {
+        draw_tile(*workers_[thread], tile);
+        store_tile(*workers_[thread], tile, places);
     });
-    if (failure) {
-        std::rethrow_exception(failure);
-    }
     refuse_blank();
     Image image(static_cast<std::int32_t>(form_.width), static_cast<std::int32_t>(form_.height));
     const bool indexed = form_.colors == Image_Form::Colors::palette;

@@ -29,9 +29,9 @@ std::span<const VT_Vector> Model_Parts::positions() const {
     return edges ? std::span(edges->points()) : std::span<const VT_Vector>();
 }
 
-void Model_Parts::add_studio(const model::Mesh& mesh, const Module_Choice& module) {
+void Model_Parts::add_studio(const model::Mesh& mesh, const Module_Choice& module, unsigned threads) {
     if (faces) {
-        studio = std::make_unique<Studio>(mesh, module);
+        studio = std::make_unique<Studio>(mesh, model::Facing(mesh, threads), module, threads);
     }
 }
 

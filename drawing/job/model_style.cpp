@@ -66,24 +66,25 @@ model::Shading shading_of(const Model_Style& style, const model::Mesh& mesh) {
     return !style.color && model::Textured_Scene::has_work(mesh) ? model::Shading::textured : model::Shading::gouraud;
 }
 
-std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
-                                         std::vector<std::string>& warnings) {
+std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const model::Facing& facing, const Model_Style& style,
+                                         Load_Limits& limits, std::vector<std::string>& warnings) {
     const VT_RGB32 color = style.color.value_or(default_model_color);
     const bool is_numbered = style.look.tint == model::Tint::numbers;
     if (is_numbered) {
         check_countable(mesh);
     }
     if (is_numbered || style.look.tint == model::Tint::normals) {
-        return std::make_unique<model::Scene_Renderer>(mesh, color, false, is_numbered);
+        return std::make_unique<model::Scene_Renderer>(mesh, facing, color, false, is_numbered, limits.threads());
     }
     if (shading_of(style, mesh) == model::Shading::textured && model::Textured_Scene::has_work(mesh)) {
-        return std::make_unique<model::Textured_Scene>(mesh, color, !style.color, warnings, limits);
+        return std::make_unique<model::Textured_Scene>(mesh, facing, color, !style.color, warnings, limits);
     }
-    return std::make_unique<model::Scene_Renderer>(mesh, color, !style.color);
+    return std::make_unique<model::Scene_Renderer>(mesh, facing, color, !style.color, false, limits.threads());
 }
 
-std::unique_ptr<model::Edge_Renderer> make_edges(const model::Mesh& mesh, const Model_Style& style) {
-    return std::make_unique<model::Edge_Renderer>(mesh, style.color.value_or(default_model_color), !style.color);
+std::unique_ptr<model::Edge_Renderer> make_edges(const model::Mesh& mesh, const model::Facing& facing, const Model_Style& style,
+                                                 unsigned threads) {
+    return std::make_unique<model::Edge_Renderer>(mesh, facing, style.color.value_or(default_model_color), !style.color, threads);
 }
 
 void add_forms(Model_Parts& parts, const model::Mesh& mesh, const Model_Style& style,
@@ -109,11 +110,12 @@ Model_Parts make_parts(const model::Mesh& mesh, const Model_Style& style, const 
     if (mesh.triangles.empty()) {
         return parts;
     }
+    const model::Facing facing(mesh, limits.threads());
     if (style.has_faces()) {
-        parts.faces = make_faces(mesh, style, limits, warnings);
+        parts.faces = make_faces(mesh, facing, style, limits, warnings);
     }
     if (style.has_edges()) {
-        parts.edges = make_edges(mesh, style);
+        parts.edges = make_edges(mesh, facing, style, limits.threads());
     }
     return parts;
 }

@@ -9,6 +9,7 @@
 #include "drawing/files/load_limits.h"
 #include "drawing/job/model_drawing.h"
 #include "drawing/model/camera.h"
+#include "drawing/model/facing.h"
 #include "drawing/model/mesh.h"
 #include "drawing/model/model_look.h"
 
@@ -34,9 +35,11 @@ Model_Look look_of(const Model_Style& style, const std::optional<Background>& ba
 model::Shading shading_of(const Model_Style& style, const model::Mesh& mesh);
 
 // Textures are drawn where the shading is textured and the mesh has any; warnings gets one line for those that cannot be read.
-std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
-                                         std::vector<std::string>& warnings);
-std::unique_ptr<model::Edge_Renderer> make_edges(const model::Mesh& mesh, const Model_Style& style);
+// facing: of the mesh.
+std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const model::Facing& facing, const Model_Style& style,
+                                         Load_Limits& limits, std::vector<std::string>& warnings);
+std::unique_ptr<model::Edge_Renderer> make_edges(const model::Mesh& mesh, const model::Facing& facing, const Model_Style& style,
+                                                 unsigned threads);
 // Lines and points of the mesh itself, and where they lie; axes and scale bar. background: none = transparent.
 void add_forms(Model_Parts& parts, const model::Mesh& mesh, const Model_Style& style,
                const std::optional<Background>& background);

@@ -36,8 +36,8 @@ void check_countable(const model::Mesh& mesh) {
     }
 }
 
-Studio::Studio(const model::Mesh& mesh, const Module_Choice& module)
-    : geometry_(checked(mesh), {}, false, true), faces_(mesh), module_(module) {
+Studio::Studio(const model::Mesh& mesh, const model::Facing& facing, const Module_Choice& module, unsigned threads)
+    : geometry_(checked(mesh), facing, {}, false, true, threads), faces_(mesh, facing), module_(module) {
 }
 
 std::int32_t Studio::tile_margin(std::int32_t height, std::int32_t supersample) {

@@ -25,7 +25,7 @@ void check_countable(const model::Mesh& mesh);
 class Studio {
 public:
     // The mesh may be gone afterwards. module: draws the picture for the ground's shadow. Throws as check_countable does.
-    Studio(const model::Mesh& mesh, const Module_Choice& module);
+    Studio(const model::Mesh& mesh, const model::Facing& facing, const Module_Choice& module, unsigned threads = 1);
 
     // Columns and rows that tiles need around them, see Tile_Grid. supersample, height: of the image.
     static std::int32_t tile_margin(std::int32_t height, std::int32_t supersample);

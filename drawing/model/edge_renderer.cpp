@@ -5,9 +5,9 @@
 #include <cmath>
 #include <utility>
 
+#include "drawing/files/helpers.h"
 #include "drawing/model/clipper.h"
 #include "drawing/model/edge_pen.h"
-#include "drawing/model/facing.h"
 #include "drawing/model/vectors.h"
 #include "drawing/model/window_depths.h"
 
@@ -32,17 +32,19 @@ VT_DCI_Point device_point(const Viewport& viewport, const Clip_Point& p) {
 
 } // namespace
 
-Edge_Renderer::Edge_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors)
-    : edges_(make_edges(mesh)), positions_(edges_.points.size()), base_color_(base_color) {
+Edge_Renderer::Edge_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 base_color, bool own_colors, unsigned threads)
+    : edges_(make_edges(mesh, threads)), positions_(edges_.points.size()), base_color_(base_color) {
     for (std::size_t p = 0; p < edges_.points.size(); ++p) {
         positions_.set(p, edges_.points[p]);
     }
-    const Facing facing(mesh);
     hides_backs_ = facing.hides_backs();
     faces_.resize(mesh.triangle_count());
-    for (std::size_t t = 0; t < mesh.triangle_count(); ++t) {
-        faces_.set(t, facing.normal(t), mesh.positions[mesh.triangles[3 * t]]);
-    }
+    const std::vector<VT_Vector>& normals = facing.normals();
+    share_range(normals.size(), threads, [&](std::size_t first, std::size_t end) {
+        for (std::size_t t = first; t < end; ++t) {
+            faces_.set(t, normals[t], mesh.positions[mesh.triangles[3 * t]]);
+        }
+    });
     set_features(mesh);
     if (own_colors && !mesh.colors.empty()) {
         set_colors(mesh, base_color);

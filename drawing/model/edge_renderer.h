@@ -8,6 +8,7 @@
 
 #include "drawing/model/camera.h"
 #include "drawing/model/edges.h"
+#include "drawing/model/facing.h"
 #include "drawing/model/lighting.h"
 #include "drawing/model/mesh.h"
 #include "drawing/model/projected_points.h"
@@ -21,7 +22,8 @@ namespace vorna::drawing::model {
 class Edge_Renderer {
 public:
     // The mesh may be gone afterwards. base_color: of vertices without a colour of their own; of all with own_colors off.
-    Edge_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors);
+    // facing: of the mesh.
+    Edge_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 base_color, bool own_colors, unsigned threads = 1);
 
     // Lines that bound no faces. colors: none, or by edge.
     Edge_Renderer(Edges lines, std::vector<VT_RGB32> colors, VT_RGB32 base_color);

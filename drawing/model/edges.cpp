@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "drawing/model/tuple_table.h"
+#include "drawing/model/places.h"
 
 namespace vorna::drawing::model {
 namespace {
@@ -13,70 +13,87 @@ constexpr std::uint32_t next_side(std::uint32_t side) noexcept {
     return side % 3 == 2 ? side - 2 : side + 1;
 }
 
-void join_places(const Mesh& mesh, Edges& edges) {
+// Places are numbered in the order in which triangles use them, which is not that of the vertices.
+void join_places(const Mesh& mesh, Edges& edges, unsigned threads) {
     constexpr std::uint32_t unknown = 0xFFFFFFFF;
-    std::vector<std::uint32_t> places(mesh.positions.size(), unknown);
-    Triple_Table table;
-    edges.triangles.reserve(mesh.triangles.size());
-    for (const std::uint32_t vertex : mesh.triangles) {
-        if (places[vertex] == unknown) {
-            places[vertex] = table.index_of(words_of(mesh.positions[vertex]));
-            if (places[vertex] == edges.points.size()) {
-                edges.points.push_back(mesh.positions[vertex]);
-            }
+    const Places places = find_places(mesh.positions, threads);
+    std::vector<std::uint32_t> numbers(places.count(), unknown);
+    edges.triangles.resize(mesh.triangles.size());
+    for (std::size_t corner = 0; corner < mesh.triangles.size(); ++corner) {
+        const std::uint32_t vertex = mesh.triangles[corner];
+        std::uint32_t& number = numbers[places.numbers[vertex]];
+        if (number == unknown) {
+            number = static_cast<std::uint32_t>(edges.points.size());
+            edges.points.push_back(mesh.positions[vertex]);
         }
-        edges.triangles.push_back(places[vertex]);
+        edges.triangles[corner] = number;
     }
 }
 
 using Ends = std::pair<std::uint32_t, std::uint32_t>; // the lower point first
 
-// Lists the edges, numbered in order of their ends, and gives the triangles' sides those numbers. Sides are sorted into buckets
-// by their lower point, and within a bucket by their higher one, so that those between the same points lie side by side.
-std::vector<Ends> list_edges(const Mesh& mesh, Edges& edges) {
+// Lists the edges, numbered in order of their ends, and gives the triangles' sides those numbers. Sides are grouped by their
+// lower point, and sorted within a group by their higher one, so that those between the same points lie side by side. Each part
+// of the points lists its own edges.
+std::vector<Ends> list_edges(const Mesh& mesh, Edges& edges, unsigned threads) {
+    constexpr std::size_t least = 4096;
     const std::vector<std::uint32_t>& corners = edges.triangles;
     const auto count = static_cast<std::uint32_t>(corners.size());
-    const auto ends = [&](std::uint32_t side) -> Ends { return std::minmax(corners[side], corners[next_side(side)]); };
-    const auto has_length = [&](std::uint32_t side) { return corners[side] != corners[next_side(side)]; };
     const auto is_diagonal = [&](std::uint32_t side) {
         return !mesh.diagonals.empty() && (mesh.diagonals[side / 3] >> side % 3 & 1) != 0;
     };
-    std::vector<std::uint32_t> bucket_ends(edges.points.size() + 1);
-    for (std::uint32_t side = 0; side < count; ++side) {
-        bucket_ends[ends(side).first + 1] += has_length(side);
-    }
-    for (std::size_t p = 1; p < bucket_ends.size(); ++p) {
-        bucket_ends[p] += bucket_ends[p - 1];
-    }
-    std::vector<std::uint64_t> sorted(bucket_ends.back());
-    for (std::uint32_t side = 0; side < count; ++side) {
-        if (has_length(side)) {
-            const auto [low, high] = ends(side);
-            sorted[bucket_ends[low]++] = std::uint64_t{high} << 32 | side;
-        }
-    }
-    std::vector<Ends> list;
-    edges.closed = true;
+    // Sides without length are no edges.
+    auto sides = grouped(
+        count, static_cast<std::uint32_t>(edges.points.size()), threads,
+        [&](std::uint32_t side) {
+            const std::uint32_t from = corners[side], to = corners[next_side(side)];
+            return from == to ? no_group : std::min(from, to);
+        },
+        [&](std::uint32_t side) { return std::uint64_t{std::max(corners[side], corners[next_side(side)])} << 32 | side; });
+    struct Part {
+        std::vector<Ends> list;
+        bool closed = true;
+    };
     edges.triangle_edges.assign(count, no_edge);
-    std::uint32_t start = 0;
-    for (std::uint32_t low = 0; low < edges.points.size(); start = bucket_ends[low++]) {
-        std::sort(sorted.begin() + start, sorted.begin() + bucket_ends[low]);
-        for (std::uint32_t i = start, end = start; i < bucket_ends[low]; i = end) {
-            const auto high = static_cast<std::uint32_t>(sorted[i] >> 32);
-            bool is_edge = false;
-            for (; end < bucket_ends[low] && sorted[end] >> 32 == high; ++end) {
-                const auto side = static_cast<std::uint32_t>(sorted[end]);
-                if (!is_diagonal(side)) {
-                    edges.triangle_edges[side] = static_cast<std::uint32_t>(list.size());
-                    is_edge = true;
+    const std::size_t part_number = part_count(sides.count(), threads, least);
+    std::vector<Part> parts(part_number);
+    const auto start_of = [&](std::size_t part) { return sides.count() * part / part_number; };
+    share_tasks(part_number, threads, [&](std::size_t number, std::size_t) {
+        Part& part = parts[number];
+        for (std::size_t low = start_of(number); low < start_of(number + 1); ++low) {
+            const std::span<std::uint64_t> sorted = sides[low];
+            std::sort(sorted.begin(), sorted.end());
+            for (std::size_t i = 0, end = 0; i < sorted.size(); i = end) {
+                const auto high = static_cast<std::uint32_t>(sorted[i] >> 32);
+                bool is_edge = false;
+                for (; end < sorted.size() && sorted[end] >> 32 == high; ++end) {
+                    const auto side = static_cast<std::uint32_t>(sorted[end]);
+                    if (!is_diagonal(side)) {
+                        edges.triangle_edges[side] = static_cast<std::uint32_t>(part.list.size());
+                        is_edge = true;
+                    }
+                }
+                part.closed = part.closed && end - i == 2;
+                if (is_edge) {
+                    part.list.emplace_back(static_cast<std::uint32_t>(low), high);
                 }
             }
-            edges.closed = edges.closed && end - i == 2;
-            if (is_edge) {
-                list.emplace_back(low, high);
-            }
         }
+    });
+    // What each part has counted from 0 is counted through.
+    std::vector<std::uint32_t> firsts;
+    std::vector<Ends> list;
+    for (const Part& part : parts) {
+        firsts.push_back(static_cast<std::uint32_t>(list.size()));
+        list.insert(list.end(), part.list.begin(), part.list.end());
     }
+    edges.closed = std::ranges::all_of(parts, &Part::closed);
+    share_tasks(part_number, threads, [&](std::size_t number, std::size_t) {
+        for (std::size_t i = sides.starts[start_of(number)]; i < sides.starts[start_of(number + 1)]; ++i) {
+            std::uint32_t& edge = edges.triangle_edges[static_cast<std::uint32_t>(sides.members[i])];
+            edge += edge == no_edge ? 0 : firsts[number];
+        }
+    });
     return list;
 }
 
@@ -153,15 +170,18 @@ private:
 
 } // namespace
 
-Edges make_edges(const Mesh& mesh) {
+Edges make_edges(const Mesh& mesh, unsigned threads) {
     Edges edges;
-    join_places(mesh, edges);
-    const std::vector<Ends> list = list_edges(mesh, edges);
+    join_places(mesh, edges, threads);
+    const std::vector<Ends> list = list_edges(mesh, edges, threads);
     edges.count = list.size();
     const std::vector<std::uint32_t> place_of = Chain_Maker(list, edges.points.size()).make(edges);
-    for (std::uint32_t& edge : edges.triangle_edges) {
-        edge = edge == no_edge ? no_edge : place_of[edge];
-    }
+    share_range(edges.triangle_edges.size(), threads, [&](std::size_t first, std::size_t end) {
+        for (std::size_t side = first; side < end; ++side) {
+            std::uint32_t& edge = edges.triangle_edges[side];
+            edge = edge == no_edge ? no_edge : place_of[edge];
+        }
+    });
     return edges;
 }
 

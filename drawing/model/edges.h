@@ -23,6 +23,7 @@ struct Edges {
 };
 
 // mesh: a finished one.
-Edges make_edges(const Mesh& mesh);
+// The result does not depend on the number of threads.
+Edges make_edges(const Mesh& mesh, unsigned threads = 1);
 
 } // namespace vorna::drawing::model

@@ -2,9 +2,12 @@
 #include "drawing/model/facing.h"
 
 #include <algorithm>
+#include <atomic>
 #include <numeric>
+#include <utility>
 
 #include "drawing/files/hash_seed.h"
+#include "drawing/model/places.h"
 #include "drawing/model/tuple_table.h"
 #include "drawing/model/vectors.h"
 
@@ -18,30 +21,36 @@ std::uint64_t mixed(std::uint64_t word) {
 
 // Whether each side of a triangle lies at the same side of another one, in the opposite direction: the sum of a hash over all
 // sides is then the one over all sides turned round. Another sum of hashes is the same by chance only, once in 2^64 cases.
-bool is_closed(const Mesh& mesh) {
+bool is_closed(const Mesh& mesh, unsigned threads) {
     std::vector<std::uint64_t> hashes(mesh.positions.size());
     const std::uint64_t seed = hash_seed();
-    std::ranges::transform(mesh.positions, hashes.begin(), [=](const VT_Vector& position) {
-        const auto [x, y, z] = words_of(position);
-        return mixed(mixed(seed ^ x) ^ (std::uint64_t{y} << 32 | z));
-    });
-    std::uint64_t sum = 0;
-    for (std::size_t t = 0; t < mesh.triangle_count(); ++t) {
-        for (std::size_t i = 0; i < 3; ++i) {
-            const std::uint64_t from = hashes[mesh.triangles[3 * t + i]], to = hashes[mesh.triangles[3 * t + (i + 1) % 3]];
-            sum += mixed(3 * from + to) - mixed(3 * to + from);
+    share_range(hashes.size(), threads, [&](std::size_t first, std::size_t end) {
+        for (std::size_t p = first; p < end; ++p) {
+            const auto [x, y, z] = words_of(mesh.positions[p]);
+            hashes[p] = mixed(mixed(seed ^ x) ^ (std::uint64_t{y} << 32 | z));
         }
-    }
-    return sum == 0;
+    });
+    std::atomic<std::uint64_t> all = 0;
+    share_range(mesh.triangle_count(), threads, [&](std::size_t first, std::size_t end) {
+        std::uint64_t sum = 0;
+        for (std::size_t t = first; t < end; ++t) {
+            for (std::size_t i = 0; i < 3; ++i) {
+                const std::uint64_t from = hashes[mesh.triangles[3 * t + i]], to = hashes[mesh.triangles[3 * t + (i + 1) % 3]];
+                sum += mixed(3 * from + to) - mixed(3 * to + from);
+            }
+        }
+        all += sum;
+    });
+    return all == 0;
 }
 
 // The bodies of a closed mesh: triangles that are connected by vertices at the same places.
 class Bodies {
 public:
-    explicit Bodies(const Mesh& mesh) : mesh_(mesh), places_(mesh.positions.size()) {
-        Triple_Table table;
-        std::ranges::transform(mesh.positions, places_.begin(), [&](const VT_Vector& p) { return table.index_of(words_of(p)); });
-        parents_.resize(table.keys().size());
+    Bodies(const Mesh& mesh, unsigned threads) : mesh_(mesh) {
+        Places places = find_places(mesh.positions, threads);
+        parents_.resize(places.count());
+        places_ = std::move(places.numbers);
         std::iota(parents_.begin(), parents_.end(), 0U);
         for (std::size_t i = 0; i < mesh.triangles.size(); i += 3) {
             join(i, i + 1);
@@ -85,11 +94,17 @@ private:
 
 } // namespace
 
-Facing::Facing(const Mesh& mesh) : mesh_(mesh), hides_backs_(is_closed(mesh) && Bodies(mesh).all_look_outwards()) {
+Facing::Facing(const Mesh& mesh, unsigned threads) : mesh_(mesh), threads_(threads) {
 }
 
-VT_Vector Facing::normal(std::size_t triangle) const {
-    return hides_backs_ ? winding_normal(mesh_, triangle) : face_normal(mesh_, triangle);
+void Facing::find() const {
+    hides_backs_ = is_closed(mesh_, threads_) && Bodies(mesh_, threads_).all_look_outwards();
+    normals_.resize(mesh_.triangle_count());
+    share_range(normals_.size(), threads_, [this](std::size_t first, std::size_t end) {
+        for (std::size_t t = first; t < end; ++t) {
+            normals_[t] = hides_backs_ ? winding_normal(mesh_, t) : face_normal(mesh_, t);
+        }
+    });
 }
 
 } // namespace vorna::drawing::model

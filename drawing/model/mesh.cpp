@@ -7,6 +7,7 @@
 #include <limits>
 #include <utility>
 
+#include "drawing/files/helpers.h"
 #include "drawing/model/normals.h"
 #include "drawing/model/vectors.h"
 
@@ -55,19 +56,52 @@ void drop_degenerate_lines(Mesh& mesh) {
     mesh.lines.resize(kept);
 }
 
-// Only vertices that are drawn count: unused ones must not shrink the image of the model.
-void move_into_unit_sphere(std::vector<Mesh>& meshes, const std::string& files) {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
+// Of equal values the first one stays, so that parts joined in order have the bounds of the whole, to the sign of a zero.
+struct Bounds {
+    static constexpr double infinity = std::numeric_limits<double>::infinity();
+
     VT_Vector_D low{infinity, infinity, infinity}, high{-infinity, -infinity, -infinity};
+
+    void add(const VT_Vector_D& p) {
+        low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+        high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+    }
+};
+
+// Of vertices in a list.
+Bounds bounds_of(const Mesh& mesh, const std::vector<std::uint32_t>& list, unsigned threads) {
+    constexpr std::size_t least = std::size_t{1} << 14;
+    std::vector<Bounds> parts(part_count(list.size(), threads, least));
+    share_tasks(parts.size(), threads, [&](std::size_t part, std::size_t) {
+        Bounds bounds;
+        const std::size_t end = list.size() * (part + 1) / parts.size();
+        for (std::size_t i = list.size() * part / parts.size(); i < end; ++i) {
+            bounds.add(widened(mesh.positions[list[i]]));
+        }
+        parts[part] = bounds;
+    });
+    for (std::size_t part = 1; part < parts.size(); ++part) {
+        parts.front().add(parts[part].low);
+        parts.front().add(parts[part].high);
+    }
+    return parts.front();
+}
+
+// Only vertices that are drawn count: unused ones must not shrink the image of the model.
+void move_into_unit_sphere(std::vector<Mesh>& meshes, const std::string& files, unsigned threads) {
+    Bounds all;
     bool has_points = false;
     for (const Mesh& mesh : meshes) {
         has_points = has_points || !mesh.points.empty();
-        for_each_drawn_vertex(mesh, [&](std::uint32_t vertex) {
-            const VT_Vector& p = mesh.positions[vertex];
-            low = {std::min<double>(low.x, p.x), std::min<double>(low.y, p.y), std::min<double>(low.z, p.z)};
-            high = {std::max<double>(high.x, p.x), std::max<double>(high.y, p.y), std::max<double>(high.z, p.z)};
-        });
+        for (const std::vector<std::uint32_t>* list : {&mesh.triangles, &mesh.lines, &mesh.points}) {
+            if (!list->empty()) {
+                const Bounds bounds = bounds_of(mesh, *list, threads);
+                all.add(bounds.low);
+                all.add(bounds.high);
+            }
+        }
     }
+    const auto& [low, high] = all;
     if (low.x > high.x) {
         return; // nothing is drawn
     }
@@ -82,9 +116,11 @@ void move_into_unit_sphere(std::vector<Mesh>& meshes, const std::string& files) 
     for (Mesh& mesh : meshes) {
         mesh.center = center;
         mesh.radius = radius;
-        for (VT_Vector& p : mesh.positions) {
-            p = narrowed((widened(p) - center) * (1 / radius));
-        }
+        share_range(mesh.positions.size(), threads, [&](std::size_t first, std::size_t end) {
+            for (std::size_t p = first; p < end; ++p) {
+                mesh.positions[p] = narrowed((widened(mesh.positions[p]) - center) * (1 / radius));
+            }
+        });
     }
 }
 
@@ -197,7 +233,8 @@ bool is_consistent(const Mesh& mesh) {
 }
 
 // Normals come before joining: corners of different files do not smooth each other.
-Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty, std::optional<double> crease) {
+Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty, std::optional<double> crease,
+                 unsigned threads) {
     std::size_t corners = 0, vertices = 0;
     for (std::size_t m = 0; m < meshes.size(); ++m) {
         drop_degenerate_triangles(meshes[m]);
@@ -218,11 +255,11 @@ Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files
     if (vertices >= std::numeric_limits<std::uint32_t>::max()) {
         throw Model_Error(all_files + ": expected fewer than 4294967295 vertices, found " + std::to_string(vertices));
     }
-    move_into_unit_sphere(meshes, all_files);
+    move_into_unit_sphere(meshes, all_files, threads);
     for (Mesh& mesh : meshes) {
         keep_point_normals(mesh);
         drop_wild_coordinates(mesh.coordinates);
-        complete_normals(mesh, crease);
+        complete_normals(mesh, crease, threads);
     }
     Mesh mesh = std::move(meshes.front());
     for (std::size_t m = 1; m < meshes.size(); ++m) {
@@ -243,10 +280,10 @@ std::vector<VT_Vector> drawn_positions(const Mesh& mesh) {
     return positions;
 }
 
-void finish_mesh(Mesh& mesh, const std::string& file, std::optional<double> crease) {
+void finish_mesh(Mesh& mesh, const std::string& file, std::optional<double> crease, unsigned threads) {
     std::vector<Mesh> one;
     one.push_back(std::move(mesh));
-    mesh = joined_mesh(std::move(one), {file}, false, crease);
+    mesh = joined_mesh(std::move(one), {file}, false, crease, threads);
 }
 
 VT_Vector winding_normal(const Mesh& mesh, std::size_t triangle) {

@@ -84,12 +84,14 @@ bool is_consistent(const Mesh& mesh);
 
 // Makes a mesh fit for drawing: drops triangles and lines that repeat a vertex, moves the rest into the unit sphere around the
 // origin, so that floats serve models of any size and place, and gives every vertex a normal of length 1. file: for messages.
-// crease: see complete_normals. Throws Model_Error when nothing is left to draw.
-void finish_mesh(Mesh& mesh, const std::string& file, std::optional<double> crease = {});
+// crease: see complete_normals. The result does not depend on the number of threads. Throws Model_Error when nothing is left to
+// draw.
+void finish_mesh(Mesh& mesh, const std::string& file, std::optional<double> crease = {}, unsigned threads = 1);
 
 // Several meshes as one that is finished, each where its file has it. Each keeps its colours, materials and normals. files: their
 // names, for messages. empty: whether empty meshes are accepted. Throws Model_Error.
-Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty, std::optional<double> crease = {});
+Mesh joined_mesh(std::vector<Mesh> meshes, const std::vector<std::string>& files, bool empty, std::optional<double> crease = {},
+                 unsigned threads = 1);
 
 // Of a finished mesh's triangle, length 1: where it is seen to be wound counter-clockwise.
 VT_Vector winding_normal(const Mesh& mesh, std::size_t triangle);

@@ -119,7 +119,7 @@ Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty, st
             }
             input.content.reset();
         }
-        return joined_mesh(std::move(meshes), names, empty, crease);
+        return joined_mesh(std::move(meshes), names, empty, crease, limits.threads());
     } catch (const std::bad_alloc&) {
         throw std::runtime_error(reading + ": not enough memory to read it");
     }

@@ -9,10 +9,11 @@
 #include <array>
 #include <cmath>
 #include <numbers>
-#include <numeric>
 #include <span>
 #include <utility>
 
+#include "drawing/files/helpers.h"
+#include "drawing/model/places.h"
 #include "drawing/model/tuple_table.h"
 #include "drawing/model/vectors.h"
 
@@ -52,31 +53,9 @@ Face face_of(const VT_Vector& a, const VT_Vector& b, const VT_Vector& c) {
             area > longest * std::min(rounding, longest * needle)};
 }
 
-// The corners of triangles by their places: corner 3 t + k is that of triangle t at its vertex k.
-struct Corners_By_Place {
-    std::vector<std::uint32_t> starts, corners;
-
-    explicit Corners_By_Place(const Mesh& mesh) {
-        Triple_Table table;
-        std::vector<std::uint32_t> places(mesh.positions.size());
-        table.reserve(places.size());
-        std::ranges::transform(mesh.positions, places.begin(), [&](const VT_Vector& p) { return table.index_of(words_of(p)); });
-        starts.resize(table.keys().size() + 1);
-        for (const std::uint32_t vertex : mesh.triangles) {
-            ++starts[places[vertex] + 1];
-        }
-        std::partial_sum(starts.begin(), starts.end(), starts.begin());
-        corners.resize(mesh.triangles.size());
-        std::vector<std::uint32_t> next(starts.begin(), starts.end() - 1);
-        for (std::uint32_t corner = 0; corner < corners.size(); ++corner) {
-            corners[next[places[mesh.triangles[corner]]]++] = corner;
-        }
-    }
-};
-
 class Normal_Maker {
 public:
-    Normal_Maker(Mesh& mesh, std::optional<double> crease) : mesh_(mesh) {
+    Normal_Maker(Mesh& mesh, std::optional<double> crease, unsigned threads) : mesh_(mesh), threads_(threads) {
         // A bend of exactly the crease angle counts as smooth, however it is rounded.
         constexpr double tolerance = 0.05;
         const double degrees = crease.value_or(default_crease) + tolerance;
@@ -89,31 +68,75 @@ public:
     }
 
     void make() {
-        is_given_.resize(mesh_.positions.size());
-        mesh_.normals.resize(mesh_.positions.size());
-        for (std::size_t v = 0; v < mesh_.normals.size(); ++v) {
-            const std::optional<VT_Vector> given = unit(mesh_.normals[v]);
-            mesh_.normals[v] = given.value_or(VT_Vector{0, 0, 1});
-            is_given_[v] = given.has_value();
-        }
-        if (std::ranges::all_of(mesh_.triangles, [this](std::uint32_t vertex) { return is_given_[vertex]; })) {
+        if (keep_given()) {
             return;
         }
-        faces_.reserve(mesh_.triangle_count());
-        for (std::size_t i = 0; i < mesh_.triangles.size(); i += 3) {
-            faces_.push_back(face_of(mesh_.positions[mesh_.triangles[i]], mesh_.positions[mesh_.triangles[i + 1]],
-                                     mesh_.positions[mesh_.triangles[i + 2]]));
-        }
+        faces_.resize(mesh_.triangle_count());
+        share_range(faces_.size(), threads_, [this](std::size_t first, std::size_t end) {
+            for (std::size_t t = first; t < end; ++t) {
+                const std::uint32_t* corners = &mesh_.triangles[3 * t];
+                faces_[t] = face_of(mesh_.positions[corners[0]], mesh_.positions[corners[1]], mesh_.positions[corners[2]]);
+            }
+        });
         next_split_.assign(mesh_.positions.size(), unused);
-        Corners_By_Place places(mesh_);
-        for (std::size_t p = 0; p + 1 < places.starts.size(); ++p) {
-            shade_place({places.corners.begin() + places.starts[p], places.corners.begin() + places.starts[p + 1]});
-        }
+        const Places places = find_places(mesh_.positions, threads_);
+        auto corners = grouped(
+            static_cast<std::uint32_t>(mesh_.triangles.size()), static_cast<std::uint32_t>(places.count()), threads_,
+            [&](std::uint32_t corner) { return places.numbers[mesh_.triangles[corner]]; },
+            [](std::uint32_t corner) { return corner; });
+        // A vertex belongs to one place, so that parts of the places share no vertices but those that they add in the end.
+        constexpr std::size_t least = 4096;
+        const std::size_t parts = part_count(places.count(), threads_, least);
+        std::vector<Part> added(parts);
+        share_tasks(parts, threads_, [&](std::size_t part, std::size_t) {
+            const std::size_t end = places.count() * (part + 1) / parts;
+            for (std::size_t p = places.count() * part / parts; p < end; ++p) {
+                shade_place(corners[p], added[part]);
+            }
+        });
+        std::ranges::for_each(added, [this](const Part& part) { add_splits(part); });
     }
 
 private:
-    // Chains of the vertices that a vertex is split into.
+    // Vertices that are split off from others at the places of a part, and the corners that get them instead of theirs.
+    struct Split {
+        std::uint32_t vertex; // that it is like, but for the normal
+        std::uint32_t next;   // the next one of this vertex
+        VT_Vector normal;
+    };
+    struct Corner_Split {
+        std::uint32_t corner, split;
+    };
+    // Faces around a place that are looked at as one: one face, or several of about the same direction.
+    struct Side {
+        VT_Vector normal, share;
+    };
+    struct Part {
+        std::vector<Split> splits;
+        std::vector<Corner_Split> moved;
+        std::vector<Side> sides; // of a place
+    };
+
+    // Ends of the chains of splits.
     static constexpr std::uint32_t unused = 0xFFFFFFFF, last = 0xFFFFFFFE;
+
+    // Gives normals that the mesh has the length 1. True when no triangle needs another one.
+    bool keep_given() {
+        const bool has_any = !mesh_.normals.empty();
+        is_given_.resize(mesh_.positions.size());
+        mesh_.normals.resize(mesh_.positions.size(), {0, 0, 1});
+        if (!has_any) {
+            return mesh_.triangles.empty();
+        }
+        share_range(mesh_.normals.size(), threads_, [this](std::size_t first, std::size_t end) {
+            for (std::size_t v = first; v < end; ++v) {
+                const std::optional<VT_Vector> given = unit(mesh_.normals[v]);
+                mesh_.normals[v] = given.value_or(VT_Vector{0, 0, 1});
+                is_given_[v] = given.has_value();
+            }
+        });
+        return std::ranges::all_of(mesh_.triangles, [this](std::uint32_t vertex) { return is_given_[vertex] != 0; });
+    }
 
     static float cosine_of(double degrees) { return static_cast<float>(std::cos(degrees * (std::numbers::pi / 180))); }
 
@@ -122,7 +145,7 @@ private:
     std::uint32_t group(std::uint32_t corner) const { return mesh_.smoothing.empty() ? by_angle : mesh_.smoothing[corner / 3]; }
 
     // Corners of one place, in the order of their triangles. Reorders them by groups.
-    void shade_place(std::span<std::uint32_t> corners) {
+    void shade_place(std::span<std::uint32_t> corners, Part& part) {
         if (!mesh_.smoothing.empty()) {
             std::ranges::stable_sort(corners, {}, [this](std::uint32_t corner) { return group(corner); });
         }
@@ -133,11 +156,11 @@ private:
             }
             const auto same = corners.subspan(start, end - start);
             if (of_group == by_angle) {
-                shade_by_angle(same);
+                shade_by_angle(same, part);
             } else if (of_group == not_smooth) {
-                std::ranges::for_each(same, [this](std::uint32_t corner) { set(corner, normal_of(corner, {})); });
+                std::ranges::for_each(same, [&](std::uint32_t corner) { set(corner, normal_of(corner, {}), part); });
             } else {
-                shade_as_one(same, sum(same));
+                shade_as_one(same, sum(same), part);
             }
         }
     }
@@ -150,14 +173,14 @@ private:
         return total;
     }
 
-    void shade_as_one(std::span<const std::uint32_t> corners, const VT_Vector& sum) {
+    void shade_as_one(std::span<const std::uint32_t> corners, const VT_Vector& sum, Part& part) {
         const std::optional<VT_Vector> normal = unit(sum);
         std::uint32_t done = unused; // the vertex before, when it has this normal itself
         for (const std::uint32_t corner : corners) {
             const std::uint32_t vertex = mesh_.triangles[corner];
             if (vertex != done) {
-                set(corner, normal ? *normal : normal_of(corner, {}));
-                done = normal && mesh_.triangles[corner] == vertex ? vertex : unused;
+                const bool keeps_vertex = set(corner, normal ? *normal : normal_of(corner, {}), part);
+                done = normal && keeps_vertex ? vertex : unused;
             }
         }
     }
@@ -168,7 +191,7 @@ private:
         return unit(sum).value_or(dot(own, own) > 0 ? own : VT_Vector{0, 0, 1});
     }
 
-    void shade_by_angle(std::span<const std::uint32_t> corners) {
+    void shade_by_angle(std::span<const std::uint32_t> corners, Part& part) {
         constexpr std::size_t most_pairs_of = 512;
         const VT_Vector all = sum(corners);
         // Normals within half the angle of one direction are within the angle of each other.
@@ -176,105 +199,113 @@ private:
         if (std::ranges::all_of(corners, [&](std::uint32_t c) {
                 return !face(c).has_direction || dot(face(c).normal, all) > surely_all_ * all_size;
             })) {
-            shade_as_one(corners, all);
+            shade_as_one(corners, all, part);
             return;
         }
-        sides_.clear();
+        std::vector<Side>& sides = part.sides;
+        sides.clear();
         if (corners.size() <= most_pairs_of) {
             for (const std::uint32_t corner : corners) {
-                sides_.push_back({face(corner).normal, share(corner)});
+                sides.push_back({face(corner).normal, share(corner)});
             }
         } else {
-            gather(corners);
+            gather(corners, sides);
         }
         for (const std::uint32_t corner : corners) {
             const Face& own = face(corner);
             VT_Vector total;
-            for (const Side& side : sides_) {
+            for (const Side& side : sides) {
                 if (dot(own.normal, side.normal) >= least_cosine_) {
                     total = total + side.share;
                 }
             }
-            set(corner, normal_of(corner, own.has_direction ? total : all));
+            set(corner, normal_of(corner, own.has_direction ? total : all), part);
         }
     }
 
     // Where very many faces meet, those of about the same direction are taken together, which keeps the work in proportion to
     // their number.
-    void gather(std::span<const std::uint32_t> corners) {
+    void gather(std::span<const std::uint32_t> corners, std::vector<Side>& sides) const {
         constexpr float cells = 8; // in each unit of an axis
         const auto cell = [](float coordinate) { return static_cast<std::uint32_t>((coordinate + 1.5F) * cells); };
         Triple_Table table;
         for (const std::uint32_t corner : corners) {
             const VT_Vector& normal = face(corner).normal;
             const std::uint32_t number = table.index_of({cell(normal.x), cell(normal.y), cell(normal.z)});
-            if (number == sides_.size()) {
-                sides_.emplace_back();
+            if (number == sides.size()) {
+                sides.emplace_back();
             }
-            sides_[number].normal = sides_[number].normal + normal;
-            sides_[number].share = sides_[number].share + share(corner);
+            sides[number].normal = sides[number].normal + normal;
+            sides[number].share = sides[number].share + share(corner);
         }
-        for (Side& side : sides_) {
+        for (Side& side : sides) {
             side.normal = unit(side.normal).value_or(VT_Vector{});
         }
     }
 
-    void set(std::uint32_t corner, const VT_Vector& wanted) {
-        constexpr int most_steps = 512; // after which vertices may have equals
+    // False when the corner gets a split of its vertex.
+    bool set(std::uint32_t corner, const VT_Vector& wanted, Part& part) {
+        constexpr int most_steps = 510; // after which vertices may have equals
         const std::uint32_t vertex = mesh_.triangles[corner];
         if (is_given_[vertex]) {
-            return;
+            return true;
         }
         if (next_split_[vertex] == unused) {
             next_split_[vertex] = last;
             mesh_.normals[vertex] = wanted;
-            return;
+            return true;
         }
-        std::uint32_t split = vertex;
-        for (int step = 0; split != last && step < most_steps; ++step, split = next_split_[split]) {
-            const VT_Vector& known = mesh_.normals[split];
-            if (known.x == wanted.x && known.y == wanted.y && known.z == wanted.z) {
-                mesh_.triangles[corner] = split;
-                return;
-            }
+        const auto is_wanted = [&](const VT_Vector& known) {
+            return known.x == wanted.x && known.y == wanted.y && known.z == wanted.z;
+        };
+        if (is_wanted(mesh_.normals[vertex])) {
+            return true;
         }
-        mesh_.triangles[corner] = add_split(vertex, wanted);
+        std::uint32_t split = next_split_[vertex];
+        for (int step = 0; split != last && step < most_steps && !is_wanted(part.splits[split].normal); ++step) {
+            split = part.splits[split].next;
+        }
+        if (split == last || !is_wanted(part.splits[split].normal)) {
+            split = static_cast<std::uint32_t>(part.splits.size());
+            part.splits.push_back({vertex, std::exchange(next_split_[vertex], split), wanted});
+        }
+        part.moved.push_back({corner, split});
+        return false;
     }
 
-    std::uint32_t add_split(std::uint32_t vertex, const VT_Vector& normal) {
-        const auto added = static_cast<std::uint32_t>(mesh_.positions.size());
-        const auto repeat = [vertex](auto& list) {
+    void add_splits(const Part& part) {
+        const auto first = static_cast<std::uint32_t>(mesh_.positions.size());
+        const auto repeat = [&part](auto& list) {
             if (!list.empty()) {
-                const auto element = list[vertex];
-                list.push_back(element);
+                for (const Split& split : part.splits) {
+                    const auto element = list[split.vertex];
+                    list.push_back(element);
+                }
             }
         };
         repeat(mesh_.positions);
         repeat(mesh_.colors);
         repeat(mesh_.coordinates);
-        mesh_.normals.push_back(normal);
-        is_given_.push_back(false);
-        next_split_.push_back(std::exchange(next_split_[vertex], added));
-        return added;
+        for (const Split& split : part.splits) {
+            mesh_.normals.push_back(split.normal);
+        }
+        for (const Corner_Split& moved : part.moved) {
+            mesh_.triangles[moved.corner] = first + moved.split;
+        }
     }
 
-    // Faces around a place that are looked at as one: one face, or several of about the same direction.
-    struct Side {
-        VT_Vector normal, share;
-    };
-
     Mesh& mesh_;
+    unsigned threads_;
     float least_cosine_, surely_all_;
     std::vector<Face> faces_;
-    std::vector<bool> is_given_;
-    std::vector<std::uint32_t> next_split_;
-    std::vector<Side> sides_;
+    std::vector<std::uint8_t> is_given_;    // by vertex
+    std::vector<std::uint32_t> next_split_; // by vertex: the split of it that was made last, unused or last
 };
 
 } // namespace
 
-void complete_normals(Mesh& mesh, std::optional<double> crease) {
-    Normal_Maker(mesh, crease).make();
+void complete_normals(Mesh& mesh, std::optional<double> crease, unsigned threads) {
+    Normal_Maker(mesh, crease, threads).make();
     mesh.smoothing = {};
 }
 

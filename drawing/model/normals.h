@@ -15,6 +15,7 @@ inline constexpr double default_crease = 30;
 // positions belong to one place, whatever vertices they are. The smoothing groups are given up.
 // crease: faces that meet belong to one surface where their normals are at most so many degrees apart. None: the default, and
 // smoothing groups go before it.
-void complete_normals(Mesh& mesh, std::optional<double> crease);
+// The result does not depend on the number of threads.
+void complete_normals(Mesh& mesh, std::optional<double> crease, unsigned threads = 1);
 
 } // namespace vorna::drawing::model

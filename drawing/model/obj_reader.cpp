@@ -4,13 +4,17 @@
 #include <charconv>
 #include <cmath>
 #include <optional>
+#include <span>
 
+#include "drawing/files/helpers.h"
 #include "drawing/files/memory_allowance.h"
 #include "drawing/model/corner_table.h"
 #include "drawing/model/model_reader.h"
+#include "drawing/model/obj_lines.h"
 #include "drawing/model/obj_materials.h"
 #include "drawing/model/polygon.h"
 #include "drawing/model/text_cursor.h"
+#include "drawing/model/text_pieces.h"
 
 namespace vorna::drawing::model {
 namespace {
@@ -27,35 +31,26 @@ VT_Vector read_vector(Text_Cursor& cursor, const char* expected) {
 class Obj_Reader {
 public:
     Obj_Reader(const std::string& file, std::string_view content, Load_Limits& limits)
-        : file_(file), limits_(limits), memory_(limits, file_), cursor_(file, content), materials_(file_, mesh_, limits) {}
+        : file_(file), content_(content), limits_(limits), memory_(limits, file_), cursor_(file, content),
+          materials_(file_, mesh_, limits) {}
 
+    // Threads read the plain lines of pieces side by side. What their faces name is known when all before them has been joined.
     Mesh read() {
-        for (; !cursor_.at_end(); cursor_.next_line()) {
-            const std::string_view keyword = cursor_.word();
-            if (keyword.starts_with('v')) {
-                memory_.take(position_memory);
-            }
-            if (keyword == "v") {
-                read_position();
-            } else if (keyword == "vn") {
-                normals_.push_back(read_vector(cursor_, "a normal's component"));
-            } else if (keyword == "vt") {
-                read_coordinate();
-            } else if (keyword == "f") {
-                read_face();
-            } else if (keyword == "l") {
-                read_line();
-            } else if (keyword == "p") {
-                read_points();
-            } else if (keyword == "usemtl") {
-                use_material(cursor_.rest_of_line());
-            } else if (keyword == "s") {
-                use_smoothing_group(cursor_.word());
-            } else if (keyword == "mtllib") {
-                materials_.read_libraries(cursor_.rest_of_line());
-            } else if (!foreign_ && is_foreign(keyword)) {
-                foreign_ = cursor_.at(keyword.data());
-            }
+        const Text_Pieces pieces(content_);
+        const std::size_t places = places_in_order(limits_.threads());
+        const std::uint64_t memory = places * std::min(2 * Text_Pieces::usual_size, content_.size()) * Obj_Lines::memory_ratio;
+        if (memory > limits_.memory_left()) {
+            read_statements(content_.data() + content_.size());
+        } else {
+            const Load_Limits::Loan loan(limits_, file_, memory);
+            std::vector<Obj_Lines> lines(places);
+            share_in_order(
+                pieces.count(), limits_.threads(),
+                [&](std::size_t piece, std::size_t place) { lines[place].read(pieces[piece]); },
+                [&](std::size_t piece, std::size_t place) {
+                    join(lines[place], pieces[piece]);
+                    return true;
+                });
         }
         if (positions_.empty() && foreign_) {
             foreign_->fail("lines of an OBJ model, as v X Y Z");
@@ -64,6 +59,96 @@ public:
     }
 
 private:
+    void read_statements(const char* end) {
+        for (; cursor_.place() < end; cursor_.next_line()) {
+            read_statement();
+        }
+    }
+
+    void read_statement() {
+        const std::string_view keyword = cursor_.word();
+        if (keyword.starts_with('v')) {
+            memory_.take(position_memory);
+        }
+        if (keyword == "v") {
+            read_position();
+        } else if (keyword == "vn") {
+            normals_.push_back(read_vector(cursor_, "a normal's component"));
+        } else if (keyword == "vt") {
+            read_coordinate();
+        } else if (keyword == "f") {
+            read_face();
+        } else if (keyword == "l") {
+            read_line();
+        } else if (keyword == "p") {
+            read_points();
+        } else if (keyword == "usemtl") {
+            use_material(cursor_.rest_of_line());
+        } else if (keyword == "s") {
+            use_smoothing_group(cursor_.word());
+        } else if (keyword == "mtllib") {
+            materials_.read_libraries(cursor_.rest_of_line());
+        } else if (!foreign_ && is_foreign(keyword)) {
+            foreign_ = cursor_.at(keyword.data());
+        }
+    }
+
+    // The cursor is at the beginning of the piece, and behind it afterwards. Pieces that are not plain, or whose faces name what
+    // is not there, are read by statements, which tell what is wrong.
+    void join(const Obj_Lines& lines, std::string_view piece) {
+        const auto are_enough = [](const auto& list, std::int64_t needed) {
+            return needed <= static_cast<std::int64_t>(list.size());
+        };
+        if (!lines.is_plain || !are_enough(positions_, lines.needed_positions) || !are_enough(normals_, lines.needed_normals) ||
+            !are_enough(coordinates_, lines.needed_coordinates)) {
+            read_statements(piece.data() + piece.size());
+            return;
+        }
+        const std::int64_t first_line = cursor_.line();
+        Obj_Counts done;
+        for (const Obj_Lines::Other& other : lines.others) {
+            append(lines, done, other.before);
+            done = other.before;
+            cursor_ = cursor_.at(other.start, first_line + other.line);
+            read_statement();
+        }
+        append(lines, done, lines.counts());
+        cursor_ = cursor_.at(piece.data() + piece.size(), first_line + lines.lines);
+    }
+
+    // Vertices and faces from one place in a piece to another.
+    void append(const Obj_Lines& lines, const Obj_Counts& from, const Obj_Counts& to) {
+        memory_.take(position_memory * (std::uint64_t{to.positions} - from.positions + to.normals - from.normals +
+                                        to.coordinates - from.coordinates));
+        const auto add = [](auto& list, const auto& more, std::uint32_t first, std::uint32_t end) {
+            list.insert(list.end(), more.begin() + first, more.begin() + end);
+        };
+        add(positions_, lines.positions, from.positions, to.positions);
+        add(normals_, lines.normals, from.normals, to.normals);
+        add(coordinates_, lines.coordinates, from.coordinates, to.coordinates);
+        const Obj_Corner* next = lines.corners.data() + from.corners;
+        for (std::uint32_t face = from.faces; face < to.faces; ++face) {
+            add_face({next, lines.face_sizes[face]});
+            next += lines.face_sizes[face];
+        }
+    }
+
+    void add_face(std::span<const Obj_Corner> corners) {
+        const bool has_image = materials_.has_image(material_);
+        const std::size_t vertices = corners_.corners().size();
+        polygon_.clear();
+        for (const Obj_Corner& corner : corners) {
+            polygon_.push_back(
+                corners_.index_of({corner.position, corner.normal, material_, has_image ? corner.coordinate : none}));
+        }
+        places_.clear();
+        for (std::size_t i = 0; polygon_.size() > 3 && i < polygon_.size(); ++i) {
+            places_.push_back(positions_[corners[i].position]);
+        }
+        memory_.take(vertex_memory * (corners_.corners().size() - vertices) + triangle_memory * polygon_.size());
+        append_polygon(mesh_, polygon_, places_, file_, limits_);
+    }
+
     // Exporters have statements of their own, so that a line that nobody knows is an error only where no vertex is.
     static bool is_foreign(std::string_view keyword) {
         constexpr std::array<std::string_view, 4> known{"o", "g", "s", "vp"};
@@ -125,7 +210,7 @@ private:
     }
 
     // Both numbers behind slashes may be left out, the slashes too.
-    std::uint32_t read_corner() {
+    Obj_Corner read_corner() {
         const std::uint32_t position = read_index(positions_.size(), "a vertex index");
         std::uint32_t normal = none, coordinate = none;
         if (cursor_.accept('/') && !cursor_.at_word_end()) {
@@ -134,21 +219,15 @@ private:
                 normal = read_index(normals_.size(), "a normal index");
             }
         }
-        return corners_.index_of({position, normal, material_, coordinate});
+        return {position, coordinate, normal};
     }
 
     void read_face() {
-        const std::size_t vertices = corners_.corners().size();
-        polygon_.clear();
+        face_.clear();
         do {
-            polygon_.push_back(read_corner());
-        } while (polygon_.size() < 3 || !cursor_.at_statement_end());
-        places_.clear();
-        for (std::size_t i = 0; polygon_.size() > 3 && i < polygon_.size(); ++i) {
-            places_.push_back(positions_[corners_.corners()[polygon_[i]][0]]);
-        }
-        memory_.take(vertex_memory * (corners_.corners().size() - vertices) + triangle_memory * polygon_.size());
-        append_polygon(mesh_, polygon_, places_, file_, limits_);
+            face_.push_back(read_corner());
+        } while (face_.size() < 3 || !cursor_.at_statement_end());
+        add_face(face_);
     }
 
     // A vertex of a line or point: normals and texture coordinates mean nothing there.
@@ -257,6 +336,7 @@ private:
     }
 
     const std::string& file_;
+    std::string_view content_;
     Load_Limits& limits_;
     Memory_Allowance memory_;
     Text_Cursor cursor_;
@@ -265,7 +345,8 @@ private:
         colors_; // by position: red, green, blue, or -1 where the file has none; shorter when the last have none
     float largest_channel_ = 0;
     std::vector<Texture_Point> coordinates_;
-    std::vector<std::uint32_t> polygon_; // being read
+    std::vector<Obj_Corner> face_;       // being read
+    std::vector<std::uint32_t> polygon_; // vertices of a face
     std::vector<VT_Vector> places_;      // of its corners
     std::vector<std::uint32_t> triangle_materials_, smoothing_;
     Corner_Table corners_;

@@ -1,174 +1,29 @@
 // PLY: text, and binary of either byte order.
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <numeric>
-#include <optional>
 
+#include "drawing/files/helpers.h"
 #include "drawing/files/memory_allowance.h"
 #include "drawing/model/model_reader.h"
+#include "drawing/model/ply_header.h"
+#include "drawing/model/ply_pieces.h"
 #include "drawing/model/ply_textures.h"
-#include "drawing/model/ply_values.h"
+#include "drawing/model/ply_vertices.h"
 #include "drawing/model/polygon.h"
 #include "drawing/model/text_cursor.h"
 
 namespace vorna::drawing::model {
 namespace {
 
-struct Scalar_Name {
-    std::string_view name;
-    Scalar scalar;
-};
-
-constexpr std::array scalar_names{
-    Scalar_Name{"char", Scalar::int8},       Scalar_Name{"int8", Scalar::int8},       Scalar_Name{"uchar", Scalar::uint8},
-    Scalar_Name{"uint8", Scalar::uint8},     Scalar_Name{"short", Scalar::int16},     Scalar_Name{"int16", Scalar::int16},
-    Scalar_Name{"ushort", Scalar::uint16},   Scalar_Name{"uint16", Scalar::uint16},   Scalar_Name{"int", Scalar::int32},
-    Scalar_Name{"int32", Scalar::int32},     Scalar_Name{"uint", Scalar::uint32},     Scalar_Name{"uint32", Scalar::uint32},
-    Scalar_Name{"float", Scalar::float32},   Scalar_Name{"float32", Scalar::float32}, Scalar_Name{"double", Scalar::float64},
-    Scalar_Name{"float64", Scalar::float64}, Scalar_Name{"int8_t", Scalar::int8},     Scalar_Name{"uint8_t", Scalar::uint8},
-    Scalar_Name{"int16_t", Scalar::int16},   Scalar_Name{"uint16_t", Scalar::uint16}, Scalar_Name{"int32_t", Scalar::int32},
-    Scalar_Name{"uint32_t", Scalar::uint32}};
-
-// Where a vertex property goes.
-enum Attribute : std::size_t { x, y, z, nx, ny, nz, red, green, blue, u, v, attribute_count };
-
-// The names that programs give to a property.
-struct Attribute_Name {
-    std::string_view name;
-    Attribute attribute;
-};
-
-constexpr std::array attribute_names{Attribute_Name{"x", x},
-                                     Attribute_Name{"y", y},
-                                     Attribute_Name{"z", z},
-                                     Attribute_Name{"nx", nx},
-                                     Attribute_Name{"ny", ny},
-                                     Attribute_Name{"nz", nz},
-                                     Attribute_Name{"red", red},
-                                     Attribute_Name{"green", green},
-                                     Attribute_Name{"blue", blue},
-                                     Attribute_Name{"r", red},
-                                     Attribute_Name{"g", green},
-                                     Attribute_Name{"b", blue},
-                                     Attribute_Name{"diffuse_red", red},
-                                     Attribute_Name{"diffuse_green", green},
-                                     Attribute_Name{"diffuse_blue", blue},
-                                     Attribute_Name{"u", u},
-                                     Attribute_Name{"v", v},
-                                     Attribute_Name{"s", u},
-                                     Attribute_Name{"t", v},
-                                     Attribute_Name{"texture_u", u},
-                                     Attribute_Name{"texture_v", v}};
-
-struct Property {
-    std::string name;
-    Scalar scalar = Scalar::float32;
-    std::optional<Scalar> count; // of a list
-};
-
-struct Element {
-    std::string name;
-    std::int64_t count = 0;
-    std::vector<Property> properties;
-
-    std::size_t find(std::string_view property) const {
-        const auto found = std::ranges::find(properties, property, &Property::name);
-        return static_cast<std::size_t>(found - properties.begin());
-    }
-    bool has(std::string_view property) const { return find(property) < properties.size(); }
-};
-
-enum class Encoding { text, little_endian, big_endian };
-
-struct Header {
-    Encoding encoding = Encoding::text;
-    std::vector<std::string> textures; // names of images
-    std::vector<Element> elements;
-};
-
-Scalar read_scalar_name(Text_Cursor& cursor) {
-    cursor.skip_blanks();
-    Text_Cursor before = cursor;
-    const auto found = std::ranges::find(scalar_names, cursor.word(), &Scalar_Name::name);
-    if (found == scalar_names.end()) {
-        before.fail("a property type");
-    }
-    return found->scalar;
-}
-
-Property read_property(Text_Cursor& cursor) {
-    Property property;
-    Text_Cursor before = cursor;
-    if (cursor.word() == "list") {
-        property.count = read_scalar_name(cursor);
-    } else {
-        cursor = before;
-    }
-    property.scalar = read_scalar_name(cursor);
-    property.name = cursor.word();
-    return property;
-}
-
-// Lines that begin with another word are comments: old exporters write some without saying so.
-Header read_header(Text_Cursor& cursor) {
-    Header header;
-    if (Text_Cursor before = cursor; cursor.word() != "ply") {
-        before.fail("'ply'");
-    }
-    for (cursor.next_line(); !cursor.at_end(); cursor.next_line()) {
-        cursor.skip_blanks();
-        Text_Cursor before = cursor;
-        const std::string_view keyword = cursor.word();
-        if (keyword == "end_header") {
-            cursor.next_line();
-            return header;
-        }
-        if (keyword == "format") {
-            Text_Cursor at_format = cursor;
-            const std::string_view format = cursor.word();
-            if (format == "ascii") {
-                header.encoding = Encoding::text;
-            } else if (format == "binary_little_endian") {
-                header.encoding = Encoding::little_endian;
-            } else if (format == "binary_big_endian") {
-                header.encoding = Encoding::big_endian;
-            } else {
-                at_format.fail("'ascii', 'binary_little_endian' or 'binary_big_endian'");
-            }
-        } else if (keyword == "element") {
-            Element element;
-            element.name = cursor.word();
-            Text_Cursor at_count = cursor;
-            element.count = cursor.integer("a count");
-            if (element.count < 0) {
-                at_count.fail("a count");
-            }
-            if (element.name == "vertex" &&
-                std::ranges::find(header.elements, element.name, &Element::name) != header.elements.end()) {
-                before.fail("a single element 'vertex'"); // lists of attributes must be as long as that of positions
-            }
-            header.elements.push_back(std::move(element));
-        } else if (keyword == "property") {
-            if (header.elements.empty()) {
-                before.fail("'element' before the first property");
-            }
-            header.elements.back().properties.push_back(read_property(cursor));
-        } else if (Text_Cursor words = cursor; keyword == "comment" && words.word() == "TextureFile") {
-            header.textures.emplace_back(words.rest_of_line());
-        }
-    }
-    cursor.fail("'end_header'");
-}
-
 template <class Values> class Body_Reader {
 public:
-    Body_Reader(Values values, const std::string& file, const Header& header, Load_Limits& limits)
+    Body_Reader(Values values, const std::string& file, const Ply_Header& header, Load_Limits& limits)
         : values_(values), file_(file), limits_(limits), memory_(limits, file), textures_(mesh_, file_, header.textures, limits) {
     }
 
-    Mesh read(const Header& header) {
-        for (const Element& element : header.elements) {
+    Mesh read(const Ply_Header& header) {
+        for (const Ply_Element& element : header.elements) {
             if (element.properties.empty()) {
                 continue;
             }
@@ -195,61 +50,177 @@ private:
     // A declared count is believed only as far as the file could hold it.
     std::size_t credible(std::int64_t count) const { return std::min(static_cast<std::size_t>(count), values_.remaining()); }
 
-    void read_vertices(const Element& element) {
-        std::vector<std::size_t> attribute_of(element.properties.size());
-        std::ranges::transform(element.properties, attribute_of.begin(), [](const Property& property) {
-            const auto found = std::ranges::find(attribute_names, std::string_view(property.name), &Attribute_Name::name);
-            return found == attribute_names.end() ? attribute_count : std::size_t{found->attribute};
-        });
-        const auto has = [&attribute_of](std::initializer_list<Attribute> attributes) {
-            return std::ranges::all_of(attributes,
-                                       [&](Attribute one) { return std::ranges::find(attribute_of, one) != attribute_of.end(); });
+    struct Polygons {
+        std::vector<std::uint32_t> corners, sizes;
+
+        void clear() {
+            corners.clear();
+            sizes.clear();
+        }
+    };
+
+    // Threads read pieces side by side, as far as records have the usual form. read_record(reader, list) appends a record, or is
+    // false; append(list, records) takes so many of them. Gives how many have been read.
+    template <class List, class Read_Record, class Append>
+    std::int64_t read_pieces(const Ply_Element& element, std::uint32_t list_length, const Read_Record& read_record,
+                             const Append& append) {
+        constexpr std::uint64_t memory_ratio = 16; // of lists for bytes of the file, with the room that growing lists have
+        const std::size_t places = places_in_order(limits_.threads());
+        const std::uint64_t memory =
+            places * std::min<std::uint64_t>(Ply_Pieces<Values>::piece_bytes, values_.remaining()) * memory_ratio;
+        if (memory > limits_.memory_left()) {
+            return 0;
+        }
+        const Load_Limits::Loan loan(limits_, file_, memory);
+        const Ply_Pieces<Values> pieces(values_, element, list_length);
+        struct Piece {
+            List list;
+            std::int64_t records = 0;
+            bool is_whole = false;
         };
-        has_places_ = has({x, y, z});
-        const bool has_normals = has({nx, ny, nz}), has_colors = has({red, green, blue}),
-                   has_coordinates = has({u, v}) && !textures_.empty();
-        const auto red_place = static_cast<std::size_t>(std::ranges::find(attribute_of, red) - attribute_of.begin());
-        const bool unit_colors = has_colors && element.properties[red_place].scalar >= Scalar::float32;
-        const double color_scale = unit_colors ? 255 : 1;
+        std::vector<Piece> read(places);
+        std::int64_t done = 0;
+        share_in_order(
+            pieces.count(), limits_.threads(),
+            [&](std::size_t number, std::size_t place) {
+                Piece& piece = read[place];
+                auto reader = pieces.reader(number);
+                piece.list.clear();
+                piece.records = 0;
+                while (!reader.at_end() && read_record(reader, piece.list)) {
+                    ++piece.records;
+                }
+                piece.is_whole = reader.at_end();
+            },
+            [&](std::size_t number, std::size_t place) {
+                const Piece& piece = read[place];
+                const std::int64_t records = std::min(piece.records, element.count - done);
+                append(piece.list, static_cast<std::size_t>(records));
+                pieces.move(values_, number, static_cast<std::size_t>(records));
+                done += records;
+                return piece.is_whole && records == piece.records;
+            });
+        return done;
+    }
+
+    void read_vertices(const Ply_Element& element) {
+        const ply::Vertex_Form form = ply::vertex_form(element, !textures_.empty());
+        has_places_ = form.has_places;
         mesh_.positions.reserve(credible(element.count) / element.properties.size());
-        std::array<double, attribute_count + 1> record{}; // The last one takes what is not wanted.
-        for (std::int64_t vertex = 0; vertex < element.count; ++vertex) {
+        std::int64_t vertex = std::ranges::any_of(element.properties, &has_list) ? 0 : read_plain_vertices(element, form);
+        ply::Record record{};
+        for (; vertex < element.count; ++vertex) {
             memory_.take(vertex_memory);
             for (std::size_t p = 0; p < element.properties.size(); ++p) {
                 if (element.properties[p].count) {
                     skip_list(element.properties[p]);
                 } else {
                     const Scalar scalar = element.properties[p].scalar;
-                    record[attribute_of[p]] = attribute_of[p] <= z ? values_.number(scalar, "a vertex coordinate")
-                                                                   : values_.any_number(scalar, "a vertex property");
+                    record[form.attribute_of[p]] = form.attribute_of[p] <= ply::z
+                                                       ? values_.number(scalar, "a vertex coordinate")
+                                                       : values_.any_number(scalar, "a vertex property");
                 }
             }
-            mesh_.positions.push_back(vector(record[x], record[y], record[z]));
-            if (has_normals) {
-                mesh_.normals.push_back(normal(record[nx], record[ny], record[nz]));
-            }
-            if (has_colors) {
-                mesh_.colors.push_back({channel(record[blue] * color_scale), channel(record[green] * color_scale),
-                                        channel(record[red] * color_scale), 255});
-            }
-            if (has_coordinates) {
-                mesh_.coordinates.push_back({static_cast<float>(record[u]), static_cast<float>(record[v])});
+            if (!ply::append_vertex(form, record, mesh_)) {
+                values_.fail("numbers in the range of a float");
             }
         }
         vertex_count_ = mesh_.positions.size();
     }
 
-    void read_faces(const Element& element) {
+    std::int64_t read_plain_vertices(const Ply_Element& element, const ply::Vertex_Form& form) {
+        return read_pieces<ply::Vertices>(
+            element, 0,
+            [&](auto& reader, ply::Vertices& list) {
+                ply::Record record{};
+                for (std::size_t p = 0; p < element.properties.size(); ++p) {
+                    if (!reader.number(element.properties[p].scalar, record[form.attribute_of[p]])) {
+                        return false;
+                    }
+                }
+                return reader.finish_record() && ply::append_vertex(form, record, list);
+            },
+            [&](const ply::Vertices& list, std::size_t count) {
+                memory_.take(vertex_memory * count);
+                const auto add = [count](auto& all, const auto& more) {
+                    all.insert(all.end(), more.begin(), more.begin() + static_cast<std::ptrdiff_t>(std::min(more.size(), count)));
+                };
+                add(mesh_.positions, list.positions);
+                add(mesh_.normals, list.normals);
+                add(mesh_.colors, list.colors);
+                add(mesh_.coordinates, list.coordinates);
+            });
+    }
+
+    // Faces that consist of a list of corners and of numbers. Binary ones are as long as the first one.
+    std::int64_t read_plain_faces(const Ply_Element& element, std::size_t corners) {
+        if (!textures_.empty() || element.count == 0 || corners == element.properties.size() ||
+            !element.properties[corners].count || std::ranges::count_if(element.properties, &has_list) != 1) {
+            return 0;
+        }
+        Values first = values_;
+        for (std::size_t p = 0; p < corners; ++p) {
+            first.number(element.properties[p].scalar, "a face property");
+        }
+        const std::int64_t length = first.integer(*element.properties[corners].count, "the length of a list");
+        constexpr std::int64_t longest = 1000;
+        if (length < 3 || length > longest) {
+            return 0;
+        }
+        return read_pieces<Polygons>(
+            element, static_cast<std::uint32_t>(length),
+            [&](auto& reader, Polygons& list) {
+                const std::size_t before = list.corners.size();
+                std::uint32_t size = 0;
+                for (std::size_t p = 0; p < element.properties.size(); ++p) {
+                    const Ply_Property& property = element.properties[p];
+                    double value = 0;
+                    const bool is_read = p == corners ? reader.count(*property.count, size) &&
+                                                            reader.indices(property.scalar, size, vertex_count_, list.corners)
+                                                      : reader.number(property.scalar, value) && std::isfinite(value);
+                    if (!is_read) {
+                        list.corners.resize(before);
+                        return false;
+                    }
+                }
+                if (!reader.finish_record()) {
+                    list.corners.resize(before);
+                    return false;
+                }
+                list.sizes.push_back(size);
+                return true;
+            },
+            [&](const Polygons& list, std::size_t count) { append_polygons(list, count); });
+    }
+
+    void append_polygons(const Polygons& list, std::size_t count) {
+        auto next = list.corners.begin();
+        if (list.corners.size() == 3 * list.sizes.size() &&
+            std::ranges::all_of(list.sizes, [](auto size) { return size == 3; })) {
+            memory_.take(triangle_memory * 3 * count);
+            mesh_.triangles.insert(mesh_.triangles.end(), next, next + static_cast<std::ptrdiff_t>(3 * count));
+            return;
+        }
+        corner_places_.clear();
+        for (std::size_t i = 0; i < count; ++i) {
+            polygon_.assign(next, next + list.sizes[i]);
+            next += list.sizes[i];
+            memory_.take(triangle_memory * polygon_.size());
+            add_polygon();
+        }
+    }
+
+    void read_faces(const Ply_Element& element) {
         const std::size_t corners = element.has("vertex_indices") ? element.find("vertex_indices") : element.find("vertex_index");
         const std::size_t corner_coordinates = textures_.empty() ? element.properties.size() : element.find("texcoord");
         const std::size_t texture = element.find("texnumber");
         mesh_.triangles.reserve(credible(element.count) * 3 / 4);
-        for (std::int64_t f = 0; f < element.count; ++f) {
+        for (std::int64_t f = read_plain_faces(element, corners); f < element.count; ++f) {
             std::int64_t texture_number = 0;
             polygon_.clear();
             corner_places_.clear();
             for (std::size_t p = 0; p < element.properties.size(); ++p) {
-                const Property& property = element.properties[p];
+                const Ply_Property& property = element.properties[p];
                 if (p == corners && property.count) {
                     read_corners(property);
                 } else if (p == corner_coordinates && property.count) {
@@ -269,13 +240,13 @@ private:
         }
     }
 
-    void read_edges(const Element& element) {
+    void read_edges(const Ply_Element& element) {
         const std::size_t first = element.find("vertex1"), second = element.find("vertex2");
         for (std::int64_t e = 0; e < element.count; ++e) {
             limits_.take_memory(file_, 2 * sizeof(std::uint32_t));
             std::array<std::uint32_t, 2> ends{};
             for (std::size_t p = 0; p < element.properties.size(); ++p) {
-                const Property& property = element.properties[p];
+                const Ply_Property& property = element.properties[p];
                 if (property.count) {
                     skip_list(property);
                 } else if (p == first || p == second) {
@@ -288,7 +259,7 @@ private:
         }
     }
 
-    void read_corners(const Property& property) {
+    void read_corners(const Ply_Property& property) {
         for (std::int64_t left = read_list_count(property); left > 0; --left) {
             polygon_.push_back(read_vertex_index(property.scalar));
         }
@@ -296,7 +267,7 @@ private:
     }
 
     // u and v of each corner.
-    void read_corner_coordinates(const Property& property) {
+    void read_corner_coordinates(const Ply_Property& property) {
         const std::int64_t count = read_list_count(property);
         for (std::int64_t i = 0; i < count; ++i) {
             const auto value = static_cast<float>(values_.number(property.scalar, "a texture coordinate"));
@@ -330,7 +301,7 @@ private:
         return static_cast<std::uint32_t>(index);
     }
 
-    std::int64_t read_list_count(const Property& property) {
+    std::int64_t read_list_count(const Ply_Property& property) {
         const std::int64_t count = values_.integer(*property.count, "the length of a list");
         if (count < 0) {
             values_.fail("the length of a list");
@@ -338,14 +309,14 @@ private:
         return count;
     }
 
-    void skip_list(const Property& property) {
+    void skip_list(const Ply_Property& property) {
         for (std::int64_t left = read_list_count(property); left > 0; --left) {
             values_.number(property.scalar, "a list's value");
         }
     }
 
-    void skip_record(const Element& element) {
-        for (const Property& property : element.properties) {
+    void skip_record(const Ply_Element& element) {
+        for (const Ply_Property& property : element.properties) {
             if (property.count) {
                 skip_list(property);
             } else {
@@ -354,23 +325,7 @@ private:
         }
     }
 
-    VT_Vector vector(double a, double b, double c) {
-        const VT_Vector result{static_cast<float>(a), static_cast<float>(b), static_cast<float>(c)};
-        if (!std::isfinite(result.x) || !std::isfinite(result.y) || !std::isfinite(result.z)) {
-            values_.fail("numbers in the range of a float");
-        }
-        return result;
-    }
-
-    // Computed later where the file has none: scanners write what is no number for it.
-    static VT_Vector normal(double a, double b, double c) {
-        const VT_Vector result{static_cast<float>(a), static_cast<float>(b), static_cast<float>(c)};
-        return std::isfinite(result.x) && std::isfinite(result.y) && std::isfinite(result.z) ? result : VT_Vector{};
-    }
-
-    static std::uint8_t channel(double value) {
-        return value > 0 ? static_cast<std::uint8_t>(std::min(value, 255.0) + 0.5) : std::uint8_t{0}; // for no number, too
-    }
+    static bool has_list(const Ply_Property& property) { return property.count.has_value(); }
 
     Values values_;
     const std::string& file_;
@@ -389,14 +344,14 @@ private:
 
 Mesh read_ply(const std::string& file, std::string_view content, Load_Limits& limits) {
     Text_Cursor cursor(file, content);
-    const Header header = read_header(cursor);
+    const Ply_Header header = read_ply_header(cursor);
     const auto start = static_cast<std::size_t>(cursor.place() - content.data());
     switch (header.encoding) {
-    case Encoding::text:
+    case Ply_Encoding::text:
         return Body_Reader(Text_Values(cursor), file, header, limits).read(header);
-    case Encoding::little_endian:
+    case Ply_Encoding::little_endian:
         return Body_Reader(Binary_Values<std::endian::little>(file, content, start), file, header, limits).read(header);
-    case Encoding::big_endian:
+    case Ply_Encoding::big_endian:
         break;
     }
     return Body_Reader(Binary_Values<std::endian::big>(file, content, start), file, header, limits).read(header);

@@ -15,6 +15,34 @@ namespace vorna::drawing::model {
 
 enum class Scalar { int8, uint8, int16, uint16, int32, uint32, float32, float64 };
 
+// Calls visit with a value of the type.
+template <class Visit> auto with_type(Scalar scalar, const Visit& visit) {
+    switch (scalar) {
+    case Scalar::int8:
+        return visit(std::int8_t{});
+    case Scalar::uint8:
+        return visit(std::uint8_t{});
+    case Scalar::int16:
+        return visit(std::int16_t{});
+    case Scalar::uint16:
+        return visit(std::uint16_t{});
+    case Scalar::int32:
+        return visit(std::int32_t{});
+    case Scalar::uint32:
+        return visit(std::uint32_t{});
+    case Scalar::float32:
+        return visit(float{});
+    case Scalar::float64:
+        break;
+    }
+    return visit(double{});
+}
+
+// In bytes.
+inline std::size_t size_of(Scalar scalar) {
+    return with_type(scalar, [](auto type) { return sizeof type; });
+}
+
 // Values one after the other, for either encoding. A value of another form fails at the place it was read from.
 class Text_Values {
 public:
@@ -33,6 +61,13 @@ public:
         return cursor_.integer(expected);
     }
     std::size_t remaining() const { return cursor_.remaining(); }
+    // From the next value on.
+    std::string_view rest() {
+        cursor_.skip_space();
+        return {cursor_.place(), cursor_.remaining()};
+    }
+    // To the beginning of a line, so many lines farther.
+    void move(const char* place, std::int64_t lines) { cursor_ = cursor_.at(place, cursor_.line() + lines); }
     [[noreturn]] void fail(const std::string& expected) { cursor_.at(start_).fail(expected); }
 
 private:
@@ -70,6 +105,8 @@ public:
         return take<std::int64_t>(scalar, expected);
     }
     std::size_t remaining() const { return content_.size() - next_; }
+    std::string_view rest() const { return content_.substr(next_); }
+    void skip(std::size_t bytes) { next_ += bytes; }
     [[noreturn]] void fail(const std::string& expected) {
         const std::string message = file_ + ": byte " + std::to_string(place_) + ": expected " + expected;
         if (place_ == content_.size()) {
@@ -80,25 +117,7 @@ public:
 
 private:
     template <class Result> Result take(Scalar scalar, const char* expected) {
-        switch (scalar) {
-        case Scalar::int8:
-            return static_cast<Result>(bytes_as<std::int8_t>(expected));
-        case Scalar::uint8:
-            return static_cast<Result>(bytes_as<std::uint8_t>(expected));
-        case Scalar::int16:
-            return static_cast<Result>(bytes_as<std::int16_t>(expected));
-        case Scalar::uint16:
-            return static_cast<Result>(bytes_as<std::uint16_t>(expected));
-        case Scalar::int32:
-            return static_cast<Result>(bytes_as<std::int32_t>(expected));
-        case Scalar::uint32:
-            return static_cast<Result>(bytes_as<std::uint32_t>(expected));
-        case Scalar::float32:
-            return static_cast<Result>(bytes_as<float>(expected));
-        case Scalar::float64:
-            break;
-        }
-        return static_cast<Result>(bytes_as<double>(expected));
+        return with_type(scalar, [&](auto type) { return static_cast<Result>(bytes_as<decltype(type)>(expected)); });
     }
 
     template <class Number> Number bytes_as(const char* expected) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "drawing/files/helpers.h"
 #include "drawing/model/vectors.h"
 #include "host/strip.h"
 #include "vorna/draw.h"
@@ -17,13 +18,13 @@ constexpr std::size_t longest_run = 32;
 
 } // namespace
 
-Scene_Renderer::Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, bool numbered)
+Scene_Renderer::Scene_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 base_color, bool own_colors, bool numbered,
+                               unsigned threads)
     : triangle_count_(mesh.triangle_count()) {
-    const Facing facing(mesh);
-    hides_backs_ = facing.hides_backs();
-    const Strips strips = make_strips(mesh.triangles, static_cast<std::uint32_t>(mesh.positions.size()));
+    const Strips strips = make_strips(mesh.triangles, static_cast<std::uint32_t>(mesh.positions.size()), threads,
+                                      [&] { hides_backs_ = facing.hides_backs(); });
     strip_starts_ = strips.starts;
-    lay_out(mesh, facing, strips);
+    lay_out(mesh, facing, strips, threads);
     if (numbered) {
         numbers_.resize(strips.triangle_order.size());
         std::ranges::transform(strips.triangle_order, numbers_.begin(),
@@ -58,7 +59,7 @@ std::string Scene_Renderer::summary() const {
     return std::to_string(triangle_count()) + " triangles in " + std::to_string(strip_count()) + " strips";
 }
 
-void Scene_Renderer::lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips) {
+void Scene_Renderer::lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips, unsigned threads) {
     std::vector<std::uint32_t> new_number(mesh.positions.size(), none);
     std::vector<VT_Vector> normals;
     strip_vertices_.reserve(strips.vertices.size());
@@ -74,18 +75,22 @@ void Scene_Renderer::lay_out(const Mesh& mesh, const Facing& facing, const Strip
     }
     positions_ = Vector_Columns(points_.size());
     vertices_.resize(points_.size());
-    for (std::size_t v = 0; v < points_.size(); ++v) {
-        positions_.set(v, points_[v]);
-        vertices_.set(v, normals[v], points_[v]);
-    }
-    faces_.resize(strip_vertices_.size());
-    for (std::size_t place = 0; place < strips.triangle_order.size(); ++place) {
-        const std::uint32_t triangle = strips.triangle_order[place];
-        if (triangle == no_triangle) {
-            continue;
+    share_range(points_.size(), threads, [&](std::size_t first, std::size_t end) {
+        for (std::size_t v = first; v < end; ++v) {
+            positions_.set(v, points_[v]);
+            vertices_.set(v, normals[v], points_[v]);
         }
-        faces_.set(place, facing.normal(triangle), mesh.positions[mesh.triangles[3 * std::size_t{triangle}]]);
-    }
+    });
+    faces_.resize(strip_vertices_.size());
+    const std::vector<VT_Vector>& face_normals = facing.normals();
+    share_range(strips.triangle_order.size(), threads, [&](std::size_t first, std::size_t end) {
+        for (std::size_t place = first; place < end; ++place) {
+            const std::uint32_t triangle = strips.triangle_order[place];
+            if (triangle != no_triangle) {
+                faces_.set(place, face_normals[triangle], mesh.positions[mesh.triangles[3 * std::size_t{triangle}]]);
+            }
+        }
+    });
 }
 
 Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place) const noexcept {

@@ -22,8 +22,9 @@ namespace vorna::drawing::model {
 class Scene_Renderer final : public Scene {
 public:
     // base_color: of vertices without a colour of their own; of all with own_colors off. numbered: whether draw_numbers is
-    // called.
-    Scene_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, bool numbered = false);
+    // called. facing: of the mesh. The result does not depend on the number of threads.
+    Scene_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 base_color, bool own_colors, bool numbered = false,
+                   unsigned threads = 1);
 
     const std::vector<VT_Vector>& points() const noexcept override { return points_; }
     std::size_t triangle_count() const noexcept { return triangle_count_; }
@@ -54,7 +55,7 @@ private:
     };
     class Drawing;
 
-    void lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips);
+    void lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips, unsigned threads);
     Manner manner_of(std::size_t place) const noexcept;
     void cut_strips();
     Extent extent_of(const Run& run) const;

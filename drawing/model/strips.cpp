@@ -2,7 +2,8 @@
 #include "drawing/model/strips.h"
 
 #include <algorithm>
-#include <array>
+
+#include "drawing/model/places.h"
 
 namespace vorna::drawing::model {
 namespace {
@@ -18,44 +19,37 @@ constexpr std::uint32_t previous_in_triangle(std::uint32_t half_edge) noexcept {
     return half_edge % 3 == 0 ? half_edge + 2 : half_edge - 1;
 }
 
-// The half-edge on the other side of each one, or none. Half-edges are sorted into buckets by their lower vertex, and within a
-// bucket by their higher one, so that the two sides of an edge lie side by side. Where more than two triangles share an edge,
-// they are paired as they come.
-std::vector<std::uint32_t> pair_half_edges(std::span<const std::uint32_t> triangles, std::uint32_t vertex_count) {
+// The half-edge on the other side of each one, or none. Half-edges are grouped by their lower vertex, and sorted within a group
+// by their higher one, so that the two sides of an edge lie side by side. Where more than two triangles share an edge, they are
+// paired as they come.
+std::vector<std::uint32_t> pair_half_edges(std::span<const std::uint32_t> triangles, std::uint32_t vertex_count,
+                                           unsigned threads) {
     const auto count = static_cast<std::uint32_t>(triangles.size());
-    const auto ends = [&](std::uint32_t h) { return std::minmax(triangles[h], triangles[next_in_triangle(h)]); };
-    std::vector<std::uint32_t> bucket_ends(std::size_t{vertex_count} + 1);
-    for (std::uint32_t h = 0; h < count; ++h) {
-        ++bucket_ends[ends(h).first + 1];
-    }
-    for (std::size_t v = 1; v < bucket_ends.size(); ++v) {
-        bucket_ends[v] += bucket_ends[v - 1];
-    }
-    std::vector<std::uint64_t> sorted(count);
-    for (std::uint32_t h = 0; h < count; ++h) {
-        const auto [low, high] = ends(h);
-        sorted[bucket_ends[low]++] = std::uint64_t{high} << 32 | h;
-    }
+    auto groups = grouped(
+        count, vertex_count, threads, [&](std::uint32_t h) { return std::min(triangles[h], triangles[next_in_triangle(h)]); },
+        [&](std::uint32_t h) { return std::uint64_t{std::max(triangles[h], triangles[next_in_triangle(h)])} << 32 | h; });
     std::vector<std::uint32_t> across(count, none);
-    std::uint32_t start = 0;
-    for (std::uint32_t v = 0; v < vertex_count; start = bucket_ends[v++]) {
-        std::sort(sorted.begin() + start, sorted.begin() + bucket_ends[v]);
-        for (std::uint32_t i = start; i + 1 < bucket_ends[v]; ++i) {
-            if (sorted[i] >> 32 == sorted[i + 1] >> 32) {
-                const auto a = static_cast<std::uint32_t>(sorted[i]), b = static_cast<std::uint32_t>(sorted[i + 1]);
-                across[a] = b;
-                across[b] = a;
-                ++i;
+    share_range(groups.count(), threads, [&](std::size_t first, std::size_t end) {
+        for (std::size_t group = first; group < end; ++group) {
+            const std::span<std::uint64_t> sorted = groups[group];
+            std::sort(sorted.begin(), sorted.end());
+            for (std::size_t i = 0; i + 1 < sorted.size(); ++i) {
+                if (sorted[i] >> 32 == sorted[i + 1] >> 32) {
+                    const auto a = static_cast<std::uint32_t>(sorted[i]), b = static_cast<std::uint32_t>(sorted[i + 1]);
+                    across[a] = b;
+                    across[b] = a;
+                    ++i;
+                }
             }
         }
-    }
+    });
     return across;
 }
 
 class Strip_Maker {
 public:
-    Strip_Maker(std::span<const std::uint32_t> triangles, std::uint32_t vertex_count)
-        : triangles_(triangles), across_(pair_half_edges(triangles, vertex_count)), visit_(triangles.size() / 3) {}
+    Strip_Maker(std::span<const std::uint32_t> triangles, std::uint32_t vertex_count, unsigned threads)
+        : triangles_(triangles), across_(pair_half_edges(triangles, vertex_count, threads)), visit_(triangles.size() / 3) {}
 
     Strips make() {
         strips_.starts.push_back(0);
@@ -173,8 +167,18 @@ private:
 
 } // namespace
 
-Strips make_strips(std::span<const std::uint32_t> triangles, std::uint32_t vertex_count) {
-    return Strip_Maker(triangles, vertex_count).make();
+Strips make_strips(std::span<const std::uint32_t> triangles, std::uint32_t vertex_count, unsigned threads,
+                   const std::function<void()>& beside) {
+    Strip_Maker maker(triangles, vertex_count, threads);
+    Strips strips;
+    share_tasks(beside ? 2 : 1, threads, [&](std::size_t task, std::size_t) {
+        if (task == 0) {
+            strips = maker.make();
+        } else {
+            beside();
+        }
+    });
+    return strips;
 }
 
 } // namespace vorna::drawing::model

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -19,6 +20,9 @@ struct Strips {
 inline constexpr std::uint32_t no_triangle = 0xFFFFFFFF;
 
 // Every triangle exactly once. triangles: three different vertices below vertex_count each.
-Strips make_strips(std::span<const std::uint32_t> triangles, std::uint32_t vertex_count);
+// The strips do not depend on the number of threads. Half of the time goes into a walk through the mesh on one thread; beside, if
+// there is any, is called meanwhile on another one.
+Strips make_strips(std::span<const std::uint32_t> triangles, std::uint32_t vertex_count, unsigned threads = 1,
+                   const std::function<void()>& beside = {});
 
 } // namespace vorna::drawing::model

@@ -58,13 +58,12 @@ std::vector<float> pixels_per_step(const Camera& camera, const VT_Int_Rectangle&
     return sizes;
 }
 
-Studio_Faces::Studio_Faces(const Mesh& mesh) : faces_(mesh.triangle_count()) {
+Studio_Faces::Studio_Faces(const Mesh& mesh, const Facing& facing) : faces_(mesh.triangle_count()) {
     const std::vector<std::uint32_t> patches = patches_of(mesh);
-    const Facing facing(mesh);
     for (std::size_t t = 0; t < faces_.size(); ++t) {
         const std::uint32_t* corners = &mesh.triangles[3 * t];
         const VT_Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]], &c = mesh.positions[corners[2]];
-        const VT_Vector normal = facing.normal(t);
+        const VT_Vector normal = facing.normals()[t];
         const VT_Vector around = mesh.normals[corners[0]] + mesh.normals[corners[1]] + mesh.normals[corners[2]];
         faces_[t] = {a, normal, unit(around).value_or(normal), std::max({length(b - a), length(c - b), length(a - c)}),
                      patches[t]};

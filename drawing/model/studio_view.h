@@ -9,6 +9,7 @@
 #include "drawing/image/studio_ground.h"
 #include "drawing/image/studio_planes.h"
 #include "drawing/model/camera.h"
+#include "drawing/model/facing.h"
 #include "drawing/model/mesh.h"
 
 namespace vorna::drawing::model {
@@ -16,7 +17,7 @@ namespace vorna::drawing::model {
 // The triangles of a mesh, as far as slopes and outlines need them.
 class Studio_Faces {
 public:
-    explicit Studio_Faces(const Mesh& mesh);
+    Studio_Faces(const Mesh& mesh, const Facing& facing);
 
     // By number of the triangle + 1. frame: see Tile_Grid. flat_size: triangles of so many pixels have the slope of their own
     // plane, which is what their pixels' depths have. Much smaller ones have that of their vertices' normals: a surface that is

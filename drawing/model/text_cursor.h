@@ -78,6 +78,13 @@ public:
         return cursor;
     }
 
+    // The cursor at a place of another line.
+    Text_Cursor at(const char* place, std::int64_t line) const noexcept {
+        Text_Cursor cursor = at(place);
+        cursor.line_ = line;
+        return cursor;
+    }
+
     // The next word of the line, empty at its end.
     std::string_view word() noexcept {
         skip_blanks();

@@ -21,10 +21,10 @@ std::uint8_t planes_beyond(const Clip_Point& p) noexcept {
 
 } // namespace
 
-Textured_Scene::Textured_Scene(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, std::vector<std::string>& warnings,
-                               Load_Limits& limits) {
+Textured_Scene::Textured_Scene(const Mesh& mesh, const Facing& facing, VT_RGB32 base_color, bool own_colors,
+                               std::vector<std::string>& warnings, Load_Limits& limits) {
     std::tie(textures_, paints_) = load_paints(mesh, warnings, limits);
-    order_triangles(mesh);
+    order_triangles(mesh, facing);
     set_colors(mesh, lay_out(mesh), base_color, own_colors);
 }
 
@@ -34,7 +34,7 @@ bool Textured_Scene::has_work(const Mesh& mesh) {
 }
 
 // By material, for few changes between them.
-void Textured_Scene::order_triangles(const Mesh& mesh) {
+void Textured_Scene::order_triangles(const Mesh& mesh, const Facing& facing) {
     const auto plain = static_cast<std::uint32_t>(mesh.materials.size());
     std::vector<std::uint32_t> paints(mesh.triangle_count(), plain);
     std::ranges::transform(mesh.triangle_materials, paints.begin(),
@@ -43,13 +43,12 @@ void Textured_Scene::order_triangles(const Mesh& mesh) {
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::ranges::stable_sort(order, {}, [&](std::size_t t) { return std::pair(paints_[paints[t]].translucent, paints[t]); });
     faces_.resize(order.size());
-    const Facing facing(mesh);
     hides_backs_ = facing.hides_backs() && std::ranges::none_of(paints_, [](const Paint& paint) {
                        return paint.texture && paint.texture->transparency() != Transparency::none;
                    });
     for (const std::size_t t : order) {
         const std::uint32_t* corners = &mesh.triangles[3 * t];
-        faces_.set(triangles_.size(), facing.normal(t), mesh.positions[corners[0]]);
+        faces_.set(triangles_.size(), facing.normals()[t], mesh.positions[corners[0]]);
         triangles_.push_back({corners[0], corners[1], corners[2]});
         triangle_paints_.push_back(paints[t]);
         opaque_count_ += !paints_[paints[t]].translucent;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "drawing/model/clipper.h"
+#include "drawing/model/facing.h"
 #include "drawing/model/lighting.h"
 #include "drawing/model/mesh.h"
 #include "drawing/model/paints.h"
@@ -23,8 +24,8 @@ class Textured_Scene final : public Scene {
 public:
     // The mesh may be gone afterwards. base_color: of what has neither a colour nor a texture; of all, with own_colors off. The
     // surfaces of textures that cannot be read are plain, and one line in warnings names these textures.
-    Textured_Scene(const Mesh& mesh, VT_RGB32 base_color, bool own_colors, std::vector<std::string>& warnings,
-                   Load_Limits& limits);
+    Textured_Scene(const Mesh& mesh, const Facing& facing, VT_RGB32 base_color, bool own_colors,
+                   std::vector<std::string>& warnings, Load_Limits& limits);
 
     // Whether a mesh has materials that make a difference.
     static bool has_work(const Mesh& mesh);
@@ -37,7 +38,7 @@ public:
     std::uint64_t prepared_memory() const noexcept override { return 64 * points_.size() + 40 * triangles_.size(); }
 
 private:
-    void order_triangles(const Mesh& mesh);
+    void order_triangles(const Mesh& mesh, const Facing& facing);
     std::vector<std::uint32_t> lay_out(const Mesh& mesh);
     // vertices: the mesh's own numbers of the vertices that are drawn.
     void set_colors(const Mesh& mesh, const std::vector<std::uint32_t>& vertices, VT_RGB32 base_color, bool own_colors);

@@ -148,6 +148,86 @@ TEST(Threads, share_posters_turntables_and_parts) {
     EXPECT_EQ(content_of("one"), content_of("four"));
 }
 
+// A surface with creases of some pieces of text, as OBJ, PLY and STL.
+fuzzing::Command_Script creases() {
+    constexpr int side = 110;
+    std::ostringstream obj, ply, stl;
+    const auto vertex = [](int x, int z) {
+        return std::to_string(x) + ' ' + std::to_string(x * z % 7) + ' ' + std::to_string(z);
+    };
+    ply << "ply\nformat ascii 1.0\nelement vertex " << side * side
+        << "\nproperty float x\nproperty float y\nproperty float z\nelement face " << 2 * (side - 1) * (side - 1)
+        << "\nproperty list uchar int vertex_index\nend_header\n";
+    for (int z = 0; z < side; ++z) {
+        for (int x = 0; x < side; ++x) {
+            obj << "v " << vertex(x, z) << '\n';
+            ply << vertex(x, z) << '\n';
+        }
+    }
+    stl << "solid creases\n";
+    for (int z = 0; z + 1 < side; ++z) {
+        for (int x = 0; x + 1 < side; ++x) {
+            for (const int turn : {0, 1}) {
+                const int corners[3][2] = {{x, z}, {x + turn, z + 1}, {x + 1, z + 1 - turn}};
+                obj << 'f';
+                ply << 3;
+                stl << "facet normal 0 1 0\nouter loop\n";
+                for (const auto& [column, row] : corners) {
+                    obj << ' ' << row * side + column + 1;
+                    ply << ' ' << row * side + column;
+                    stl << "vertex " << vertex(column, row) << '\n';
+                }
+                obj << '\n';
+                ply << '\n';
+                stl << "endloop\nendfacet\n";
+            }
+        }
+    }
+    stl << "endsolid\n";
+    return {{}, {{"creases.obj", obj.str()}, {"creases.ply", ply.str()}, {"creases.stl", stl.str()}}};
+}
+
+// Several threads read and prepare the models, also when allocations fail in some of them.
+TEST(Threads, read_and_prepare_models) {
+    const fuzzing::Command_Folder folder;
+    folder.write_files(creases());
+    const std::vector<std::string> inputs = folder.names();
+    for (const std::string& input : inputs) {
+        std::vector<std::string> arguments{"render", input, "-o", "out.png", "--size", "60x40", "--edges", "--threads", "1"};
+        ASSERT_EQ(fuzzing::run_command(arguments).status, 0);
+        const std::string expected = content_of("out.png");
+        arguments.back() = "4";
+        const auto allocations_of = [](const std::vector<std::string>& line) {
+            std::optional<Failing_Allocations> none;
+            const int status = fuzzing::run_command(line, [&] { none.emplace(INT64_MAX, 1); }).status;
+            return std::pair(none->passed(), status);
+        };
+        const auto [all, status] = allocations_of(arguments);
+        ASSERT_EQ(status, 0);
+        EXPECT_EQ(content_of("out.png") == expected, true) << input;
+        std::remove("out.png");
+        std::vector<std::string> missing = arguments;
+        missing[1] = "missing";
+        const std::int64_t before = allocations_of(missing).first; // for the options and the message
+        constexpr int moments = 20;
+        int failures = 0;
+        for (int i = 0; i < moments; ++i) {
+            std::optional<Failing_Allocations> failing;
+            try {
+                const auto outcome = fuzzing::run_command(
+                    arguments, [&] { failing.emplace(before + (all - before) * i / moments, thread_count); });
+                failures += outcome.status != 0;
+            } catch (const std::bad_alloc&) {
+                ++failures;
+            }
+            failing.reset();
+            std::remove("out.png"); // of drawings that have found another way
+            EXPECT_EQ(folder.names(), inputs) << i;
+        }
+        EXPECT_GT(failures, moments / 2) << input;
+    }
+}
+
 // As many allocations fail as there are threads, at moments spread over the drawing, so that several threads fail at once.
 TEST(Threads, fail_while_they_draw) {
     const fuzzing::Command_Folder folder;

@@ -211,7 +211,7 @@ protected:
         Recorded result;
         recorded = &result;
         finish_mesh(mesh, "m");
-        Scene_Renderer scene(mesh, {200, 200, 200, 255}, true);
+        Scene_Renderer scene(mesh, Facing(mesh), {200, 200, 200, 255}, true);
         scene.prepare(Tile_Grid(window_), fit_camera(camera_settings, scene.points()), settings);
         scene.draw(*renderer_, *rendition_, 0);
         return result;
@@ -279,7 +279,7 @@ TEST(Facing, closed_bodies_hide_backs_and_nothing_else_does) {
         const Facing facing(mesh);
         EXPECT_EQ(facing.hides_backs(), hides) << what;
         if (hides) {
-            EXPECT_GT(dot(facing.normal(0), winding_normal(mesh, 0)), 0.99F) << what;
+            EXPECT_GT(dot(facing.normals()[0], winding_normal(mesh, 0)), 0.99F) << what;
         }
     }
 }

@@ -57,7 +57,7 @@ TEST(Patches, end_at_sharp_edges_only) {
 TEST(Studio_Faces, have_the_slopes_and_sizes_that_the_depth_buffer_has) {
     Mesh mesh = bumpy_grid(9, 7, 5);
     finish_mesh(mesh, "m");
-    const Studio_Faces faces(mesh);
+    const Studio_Faces faces(mesh, Facing(mesh));
     const VT_Int_Rectangle frame{0, 800, 0, 600};
     for (const Projection projection : {Projection::perspective, Projection::orthographic}) {
         const Camera camera = fit_camera({.projection = projection, .aspect = 4.0 / 3}, mesh.positions);
