@@ -201,7 +201,7 @@ Mesh faces_with_attributes(bool parted) {
     }
     // Diagonals are any side of a triangle.
     for (std::size_t t = 0; t < mesh.triangle_count(); ++t) {
-        const unsigned first = t / 2 % 3, bits = mesh.diagonals[t] * 9U; // once more above the three
+        const unsigned first = static_cast<unsigned>(t / 2 % 3), bits = mesh.diagonals[t] * 9U; // once more above the three
         std::rotate(&mesh.triangles[3 * t], &mesh.triangles[3 * t] + first, &mesh.triangles[3 * t] + 3);
         mesh.diagonals[t] = static_cast<std::uint8_t>(bits >> first & 7);
     }
