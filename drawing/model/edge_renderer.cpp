@@ -261,7 +261,7 @@ Edge_Renderer::Plane Edge_Renderer::plane_of(std::size_t triangle) const {
 }
 
 // How far a triangle rises towards the viewer from the side that begins at a corner, over the pixels that may lie between an edge
-// and the depths that it is tested against; never more than there is between its nearest and its farthest point.
+// and the depths that it is tested against, but not beyond the triangle: edges of narrow faces close behind others would be seen.
 double Edge_Renderer::rise_beside(std::size_t corner, const Plane& plane) const {
     const std::size_t first = corner - corner % 3;
     const auto point = [&](std::size_t i) { return projection_.device_points[edges_.triangles[first + (corner + i) % 3]]; };
@@ -270,9 +270,14 @@ double Edge_Renderer::rise_beside(std::size_t corner, const Plane& plane) const 
     if (length == 0) {
         return 0;
     }
-    const double side = dx * (opposite.y - from.y) - dy * (opposite.x - from.x) < 0 ? -1 : 1;
-    const double nearer = (plane.along_x * dy - plane.along_y * dx) * side / length;
-    return std::clamp(nearer * (2 + settings_.width / 2), 0.0, plane.range);
+    const double twice_area = dx * (opposite.y - from.y) - dy * (opposite.x - from.x);
+    const double nearer = (plane.along_x * dy - plane.along_y * dx) * (twice_area < 0 ? -1 : 1) / length;
+    // Corners outside of the view volume are not where the plane has them.
+    const std::uint32_t* corners = &edges_.triangles[first];
+    const bool is_inside =
+        (projection_.planes[corners[0]] | projection_.planes[corners[1]] | projection_.planes[corners[2]]) == 0;
+    const double reached = 2.0 + settings_.width / 2, height = is_inside ? std::abs(twice_area) / length : reached;
+    return std::clamp(nearer * std::min(reached, height), 0.0, plane.range);
 }
 
 // Where an edge is drawn, if it is seen.

@@ -162,6 +162,60 @@ TEST_F(Forms_Render, light_and_distance_give_points_without_a_colour_form) {
     }
 }
 
+TEST_F(Forms_Render, points_are_chosen_as_large_as_there_is_room_and_stand_around_their_place) {
+    const std::string head = "property float x\nproperty float y\nproperty float z\nproperty uchar red\nproperty uchar green\n"
+                             "property uchar blue\nend_header\n";
+    const auto cloud = [&](int count) {
+        std::string text = "ply\nformat ascii 1.0\nelement vertex " + std::to_string(count) + "\n" + head;
+        for (int i = 0; i < count; ++i) {
+            text += "0 0 " + std::to_string(i % 2) + " 255 0 0\n";
+        }
+        return folder.file("cloud.ply", text);
+    };
+    for (const auto& [count, size] : {std::pair(2, 8), {100, 4}, {2000, 2}}) {
+        const Spot chosen = spot(cloud(count), {}, {255, 0, 0}); // colours of the model do not depend on the depth
+        EXPECT_EQ(chosen.right - chosen.left + 1, size);
+        EXPECT_EQ(chosen.bottom - chosen.top + 1, size);
+    }
+    const Spot one = spot(cloud(1), {"--point-size", "1"}, {255, 0, 0});
+    EXPECT_EQ(spot(cloud(1), {"--point-size", "2"}, {255, 0, 0}).left + 1, one.left);
+    for (const int size : {3, 5, 9}) {
+        const Spot odd = spot(cloud(1), {"--point-size", std::to_string(size)}, {255, 0, 0});
+        EXPECT_EQ(odd.left + size / 2, one.left);
+        EXPECT_EQ(odd.top + size / 2, one.top);
+    }
+}
+
+TEST_F(Forms_Render, points_lie_on_faces_whole_and_turn_to_the_viewer) {
+    folder.file("m.mtl", "newmtl red\nKd 1 0 0\nnewmtl green\nKd 0 1 0\n");
+    const std::string slope = "v -4 -3 -3\nv 4 -3 3\nv 4 3 3\nv -4 3 -3\n";
+    const std::string file = folder.file("m.obj", "mtllib m.mtl\n" + slope +
+                                                      "v 0 0 0\nv 1 5 3\nv -1 5 -3\nusemtl red\nf 1 2 3 4\n"
+                                                      "usemtl green\np 5\nusemtl none\np 6 7\n");
+    const Spot on_face = spot(file, {"--point-size", "6"}, {0, 255, 0});
+    EXPECT_EQ(on_face.right - on_face.left, 5);
+    EXPECT_GT(on_face.count, 24);
+    // A material that is not there leaves the usual colour, and faces keep it from growing darker with the distance.
+    const Spot plain = spot(file, {"--point-size", "2"}, {143, 169, 196});
+    EXPECT_EQ(plain.count, 2 * 4);
+    const std::string colorless = folder.file("c.obj", slope + "v 1 5 3\nv -1 5 -3\nf 1 2 3 4\np 5 6\n");
+    EXPECT_EQ(spot(colorless, {"--point-size", "2", "--color", "#ff0000", "--shading", "hidden-line"}, {255, 0, 0}).count, 2 * 4);
+    const auto lit = [&](const std::string& normal) {
+        const std::string properties =
+            "property float x\nproperty float y\nproperty float z\nproperty float nx\nproperty float ny\n"
+            "property float nz\nproperty uchar red\nproperty uchar green\nproperty uchar blue\n";
+        return front(folder.file("lit.ply", "ply\nformat ascii 1.0\nelement vertex 2\n" + properties +
+                                                "end_header\n0 0 0 0 0 1 9 9 9\n"
+                                                "1 0 0 " +
+                                                normal + " 200 100 50\n"),
+                     {"--point-size", "5"})
+            .pixels;
+    };
+    EXPECT_EQ(lit("0 0.6 0.8"), lit("0 -0.6 -0.8"));
+    EXPECT_NE(lit("0 0.6 0.8"), lit("0 0.8 0.6"));
+    EXPECT_GT(std::ranges::count(lit("0 0 0"), std::array<int, 3>{200, 100, 50}), 12); // neither lit nor dark
+}
+
 // Points, lines and faces that cross the borders of tiles and of the image.
 TEST_F(Forms_Render, tiles_and_threads_draw_the_same_pixels) {
     std::mt19937 random(7);

@@ -173,6 +173,15 @@ TEST_F(Edge_Pictures, features_leave_out_edges_within_even_surfaces) {
     EXPECT_GT(border.count(red), 500);
     EXPECT_GT(all.count(red), 4 * border.count(red));
     EXPECT_NE(border.at(100, 80), red);
+    // Every edge of a box is a bend. A ball of many faces has an outline only.
+    const std::string box = folder.file("box.obj", box_text({1, 1, 1}, 0.6, 0.4)),
+                      round = folder.file("ball.obj", obj_text(ball(60, 30)));
+    EXPECT_EQ(draw(box, {"--edges"}).pixels, draw(box, {"--edges=feature"}).pixels);
+    const Picture outline = draw(round, {"--edges=feature"});
+    EXPECT_GT(outline.count(red), 200);
+    for (std::uint32_t y = 50; y < 110; ++y) {
+        EXPECT_NE(outline.at(100, y), red);
+    }
 }
 
 // A plate in front of an open sheet that is bent to steps: flat ones, and risers a pixel wide.
@@ -205,6 +214,105 @@ TEST_F(Edge_Pictures, edges_close_behind_a_face_stay_hidden) {
             }
         }
         EXPECT_GT(plain, 15000);
+    }
+}
+
+// Strips across the picture from x to x, with the depth of each; 80 pixels are 1.
+std::string strips_text(const std::vector<std::pair<double, double>>& places, double low, double high, int& count) {
+    std::ostringstream text, faces;
+    for (const auto& [x, z] : places) {
+        text << "v " << x << ' ' << low << ' ' << z << "\nv " << x << ' ' << high << ' ' << z << '\n';
+        if (&x != &places.front().first) {
+            faces << "f " << count - 1 << ' ' << count + 1 << ' ' << count + 2 << ' ' << count << '\n';
+        }
+        count += 2;
+    }
+    return text.str() + faces.str();
+}
+
+// Folds whose sides rise towards the viewer from their lower edges, with this many pixels between edges.
+std::vector<std::pair<double, double>> folds(double pixels, double top, double depth) {
+    std::vector<std::pair<double, double>> places;
+    for (double x = -0.9; x < 0.9; x += pixels / 80) {
+        places.emplace_back(x, places.size() % 2 == 0 ? top - depth : top);
+    }
+    return places;
+}
+
+class Fixed_Edge_Pictures : public Edge_Pictures {
+protected:
+    Picture draw(const std::string& text, std::vector<std::string> options) {
+        options.insert(options.end(), {"--camera", "0,0,10,0,0,0", "--ortho", "--zoom", "2.68", "--size", "200x160", "--color",
+                                       "white", "--edge-color", "red"});
+        return render(folder.file("m.obj", text), options);
+    }
+    static int reds_within(const Picture& picture, std::uint32_t left, std::uint32_t right, std::uint32_t top,
+                           std::uint32_t bottom) {
+        int reds = 0;
+        for (std::uint32_t y = top; y < bottom; ++y) {
+            for (std::uint32_t x = left; x < right; ++x) {
+                reds += picture.at(x, y)[0] > picture.at(x, y)[1] + 8;
+            }
+        }
+        return reds;
+    }
+};
+
+TEST_F(Fixed_Edge_Pictures, edges_in_grooves_are_seen) {
+    for (const double pixels : {3.0, 8.0, 20.0}) {
+        for (const double depth : {0.05, 0.4, 2.0}) {
+            int count = 0;
+            const std::string text = strips_text(folds(pixels, 0, depth), -0.8, 0.8, count);
+            const Picture faces = draw(text, {"--edges"}), alone = draw(text, {"--shading", "wireframe"});
+            int seen = 0, lost = 0;
+            for (std::size_t i = 0; i < faces.pixels.size(); ++i) {
+                seen += alone.pixels[i] == red;
+                lost += alone.pixels[i] == red && faces.pixels[i] != red;
+            }
+            EXPECT_GT(seen, 1000);
+            EXPECT_LT(lost * 1000, seen) << pixels << ' ' << depth;
+        }
+    }
+}
+
+TEST_F(Fixed_Edge_Pictures, grooves_and_slopes_close_behind_a_face_stay_hidden) {
+    const std::vector<std::vector<std::string>> looks{{"--edges"}, {"--edges", "--antialias"}};
+    for (const std::vector<std::string>& look : looks) {
+        for (const double pixels : {1.0, 2.0, 6.0}) {
+            int count = 0;
+            const std::string plate = strips_text({{-1, 0}, {1, 0}}, -0.9, 0.9, count),
+                              behind = strips_text(folds(pixels, -0.02, 0.5), -0.7, 0.7, count);
+            EXPECT_EQ(reds_within(draw(plate + behind, look), 22, 178, 12, 148), 0) << pixels;
+        }
+        // Both slope, three pixels' fall apart.
+        int count = 0;
+        const std::string plate = strips_text({{-1, -1}, {1, 1}}, -0.9, 0.9, count);
+        std::vector<std::pair<double, double>> places;
+        for (int i = -8; i <= 8; ++i) {
+            places.emplace_back(i * 0.1, i * 0.1 - 3.0 / 80);
+        }
+        EXPECT_EQ(reds_within(draw(plate + strips_text(places, -0.7, 0.7, count), look), 22, 178, 12, 148), 0);
+    }
+}
+
+// Long and short edges that pass behind bars.
+TEST_F(Fixed_Edge_Pictures, bars_hide_parts_of_edges) {
+    int count = 0;
+    std::string text;
+    for (const double bar : {-0.6, 0.0, 0.6}) {
+        text += strips_text({{bar - 0.08, 0}, {bar + 0.08, 0}}, -0.9, 0.9, count);
+    }
+    text += strips_text({{-0.9, -0.5}, {0.9, -0.5}}, -0.6, -0.3, count);
+    text += strips_text({{-0.9, -0.4}, {0.9, -0.6}}, -0.1, 0, count);
+    text += strips_text({{-0.9, -0.5}, {-0.3, -0.5}, {0.3, -0.5}, {0.9, -0.5}}, 0.2, 0.5, count);
+    for (const std::vector<std::string>& look : {std::vector<std::string>{"--edges"}, {"--edges", "--antialias"}}) {
+        const Picture picture = draw(text, look);
+        for (const std::uint32_t bar : {52U, 100U, 148U}) {
+            EXPECT_EQ(reds_within(picture, bar - 4, bar + 4, 12, 148), 0) << bar << ' ' << look.size();
+        }
+        for (const std::uint32_t gap : {76U, 124U}) {
+            EXPECT_GE(reds_within(picture, gap - 10, gap + 10, 12, 148), 6 * 20) << gap;
+        }
     }
 }
 

@@ -245,12 +245,35 @@ Mesh parted(const Mesh& mesh) {
     return result;
 }
 
+Mesh scaled(Mesh mesh, float factor) {
+    std::ranges::transform(mesh.positions, mesh.positions.begin(), [=](const VT_Vector& p) { return p * factor; });
+    return mesh;
+}
+
 // Beside each other.
 Mesh pair_of(const Mesh& left, Mesh right) {
     for (VT_Vector& position : right.positions) {
         position.x += 5;
     }
     return joined_mesh({left, std::move(right)}, {"left", "right"}, false);
+}
+
+// A prism around an axis, without its ends unless it is closed. Its sides' triangles begin with sides around the axis.
+Mesh prism(std::size_t axis, bool closed, float moved = 0) {
+    constexpr std::uint32_t n = 4;
+    Mesh mesh;
+    for (std::uint32_t v = 0; v < 2 * n; ++v) {
+        const std::array<float, 3> place{v % n % 3 == 0 ? 0.0F : 1.0F, v % n < 2 ? 0.0F : 1.0F, (v < n ? 0.0F : 1.0F) + moved};
+        mesh.positions.push_back({place[(2 + 3 - axis) % 3], place[(3 + 3 - axis) % 3], place[(4 + 3 - axis) % 3]});
+    }
+    for (std::uint32_t v = 0; v < n; ++v) {
+        const std::uint32_t next = (v + 1) % n;
+        mesh.triangles.insert(mesh.triangles.end(), {v, next, next + n, next + n, v + n, v});
+    }
+    if (closed) {
+        mesh.triangles.insert(mesh.triangles.end(), {0, 2, 1, 0, 3, 2, n, n + 1, n + 2, n, n + 2, n + 3});
+    }
+    return mesh;
 }
 
 TEST(Facing, closed_bodies_hide_backs_and_nothing_else_does) {
@@ -273,7 +296,14 @@ TEST(Facing, closed_bodies_hide_backs_and_nothing_else_does) {
                  {"with a triangle turned over", one_turned, false},
                  {"inside out", turned_inside_out(body), false},
                  {"one of two inside out", pair_of(body, turned_inside_out(body)), false},
-                 {"with a hole in one of two", pair_of(opened(body), body), false}};
+                 {"with a hole in one of two", pair_of(opened(body), body), false},
+                 {"a large one and a small one inside out", pair_of(turned_inside_out(body), scaled(body, 3)), false},
+                 {"a prism", prism(2, true), true},
+                 // Seen from the middle of both, the sides of each that are near have the volume of the other sign.
+                 {"two prisms", joined_mesh({prism(2, true), prism(2, true, 9)}, {"a", "b"}, false), true},
+                 {"a tube along x", prism(0, false), false},
+                 {"a tube along y", prism(1, false), false},
+                 {"a tube along z", prism(2, false), false}};
     for (auto [what, mesh, hides] : cases) {
         finish_mesh(mesh, "m");
         const Facing facing(mesh);

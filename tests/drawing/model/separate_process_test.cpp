@@ -202,10 +202,11 @@ TEST(Separate_Process, is_not_believed) {
     }
 }
 
-// The model has two triangles, each with a material whose image is inside the model. Without the key it has no images.
+// The model has two triangles, each with a material whose image is inside the model. Without the key it has no images. Images of
+// the same bytes are one.
 TEST(Separate_Process, images_inside_models_are_taken_from_the_memory) {
-    constexpr std::size_t image_bytes = 60'000;
-    const auto taken_by = [](const char* texture_key) {
+    static constexpr std::size_t image_bytes = 60'000;
+    const auto taken_by = [](const char* texture_key, std::size_t images, const char* second_end = "AAAB") {
         const auto image = [](const char* end) {
             return R"({"uri":"data:image/png;base64,)" + std::string(image_bytes / 3 * 4 - 4, 'A') + end + "\"}";
         };
@@ -218,15 +219,22 @@ TEST(Separate_Process, images_inside_models_are_taken_from_the_memory) {
         vorna::drawing::Input input{.name = "m.gltf", .suffix = "gltf"};
         input.content = R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[0,1]}],"nodes":[{"mesh":0},{"mesh":1}],"meshes":[)" +
                         mesh("0") + "," + mesh("1") + R"(],"materials":[)" + material("0") + "," + material("1") +
-                        R"(],"textures":[{"source":0},{"source":1}],"images":[)" + image("AAAA") + "," + image("AAAB") +
+                        R"(],"textures":[{"source":0},{"source":1}],"images":[)" + image("AAAA") + "," + image(second_end) +
                         R"(],"buffers":[{"byteLength":36,"uri":"data:application/octet-stream;base64,)"
                         "AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAA"
                         R"("}],"bufferViews":[{"buffer":0,"byteLength":36}],"accessors":[{"bufferView":0,"componentType":5126,)"
                         R"("count":3,"type":"VEC3","min":[0,0,0],"max":[1,1,0]}]})";
         vorna::drawing::Load_Limits memory(std::uint64_t{1} << 30);
         const std::uint64_t before = memory.memory_left();
-        read_with_assimp(input, memory);
+        const Mesh read = read_with_assimp(input, memory);
+        EXPECT_EQ(read.images.size(), images);
+        for (const Image_Source& found : read.images) {
+            EXPECT_TRUE(found.embedded);
+            EXPECT_EQ(found.bytes.size(), image_bytes);
+        }
         return before - memory.memory_left();
     };
-    EXPECT_EQ(taken_by("baseColorTexture") - taken_by("unknown"), 2 * image_bytes);
+    const std::uint64_t without = taken_by("unknown", 0);
+    EXPECT_EQ(taken_by("baseColorTexture", 2) - without, 2 * image_bytes);
+    EXPECT_EQ(taken_by("baseColorTexture", 1, "AAAA") - without, image_bytes);
 }
