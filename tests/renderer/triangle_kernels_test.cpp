@@ -214,4 +214,51 @@ TEST(Triangle_Kernels, write_the_same_bytes_in_every_set_and_inside_a_scissor_re
     }
 }
 
+// Two edges' blue and a texel's, whose product in the second pixel of a span of two depends on the half unit of the edges' mean.
+struct Pair_Case {
+    std::uint8_t left, right, texel;
+
+    std::uint32_t product() const { return static_cast<std::uint32_t>((left + right) * 257 * texel) >> 17; }
+    bool depends_on_half() const { return product() != static_cast<std::uint32_t>((left + right) * 257 / 2 * texel) >> 16; }
+};
+
+std::vector<Pair_Case> pairs_that_depend_on_half() {
+    std::vector<Pair_Case> cases;
+    for (unsigned all = 0; all < 1U << 24; all += 7) {
+        const Pair_Case one{static_cast<std::uint8_t>(all), static_cast<std::uint8_t>(all >> 8),
+                            static_cast<std::uint8_t>(all >> 16)};
+        if (one.depends_on_half()) {
+            cases.push_back(one);
+        }
+    }
+    return cases;
+}
+
+TEST(Triangle_Kernels, multiply_texels_by_the_exact_mean_in_spans_of_two) {
+    const std::vector<Pair_Case> cases = pairs_that_depend_on_half();
+    ASSERT_GT(cases.size(), 20U);
+    for (const krb::Kernel_Set* set : krb::supported_kernel_sets()) {
+        for (const Pair_Case& one : cases) {
+            std::uint8_t pixels[16][4] = {};
+            std::uint8_t* const row = pixels[0];
+            const std::uint8_t texel[4] = {one.texel, 0, 0, 255};
+            krb::Triangle_Target target{};
+            target.color_rows = &row;
+            target.width = 16;
+            target.height = 1;
+            target.texels = texel;
+            const VT_DCI_Point points[] = {{0, 0, 0}, {2, 0, 0}, {0, 1, 0}};
+            const auto blue = [](std::uint8_t of) { return vorna::color_of(0xFF000000U | of); };
+            const VT_RGB32 colors[] = {blue(one.left), blue(one.right), blue(one.left)};
+            const krb::Texel_Coordinates coordinates[3] = {};
+            const Triangle_Configuration blended{krb::Shading::textured, krb::Pixel_Format::rgb32, krb::Depth_Rule::none,
+                                                 krb::Pixel_Rule::blend, krb::Clip_Rule::open};
+            set->triangles->strips[blended](target, {3, points, colors, false, nullptr, coordinates});
+            // The product of two full alphas is 254.
+            ASSERT_EQ(pixels[1][0], one.product() * 254 / 255)
+                << set->name << ' ' << int{one.left} << ' ' << int{one.right} << ' ' << int{one.texel};
+        }
+    }
+}
+
 } // namespace
