@@ -16,6 +16,9 @@
 
 namespace vorna::app::view {
 
+// The values of --palette that a window shows.
+std::vector<std::string> window_palettes();
+
 class Viewer final : public Base_Viewer {
 public:
     // folder: for screenshots and recordings. Throws what reading, module and options throw.

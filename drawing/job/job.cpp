@@ -12,6 +12,7 @@
 
 #include "drawing/files/helpers.h"
 #include "drawing/files/memory.h"
+#include "drawing/files/setting_names.h"
 #include "drawing/image/image_file.h"
 
 namespace vorna::drawing {
@@ -62,7 +63,7 @@ void Job::choose_form() {
     form_.reducible = true;
     form_.file = settings_.file;
     form_.compression = settings_.compression;
-    if (!settings_.part.is_whole()) {
+    if (!settings_.part.is_whole) {
         form_.place = settings_.part.bytes();
     }
 }
@@ -97,7 +98,7 @@ void Job::make_plan() {
                                     static_cast<unsigned>(std::clamp<std::uint64_t>(room, 1, threads))});
     }
     if (!settings_.record.empty() && plan_.grid.count() > 1) {
-        throw Usage_Error("--record: expected an image that is drawn in one piece, found one of " +
+        throw Usage_Error(name_of(Setting::record) + ": expected an image that is drawn in one piece, found one of " +
                           std::to_string(plan_.grid.count()) + " tiles");
     }
 }
@@ -188,7 +189,7 @@ bool Job::is_covered() {
 
 // Parts of an image may well be empty.
 void Job::refuse_blank() {
-    if (blank_check_->is_blank() && settings_.part.is_whole() && !settings_.allow_empty && !is_covered()) {
+    if (blank_check_->is_blank() && settings_.part.is_whole && !settings_.allow_empty && !is_covered()) {
         throw std::runtime_error(blank_message(settings_.input));
     }
 }

@@ -106,8 +106,9 @@ private:
         const auto limit = static_cast<std::int64_t>(count);
         const std::int64_t index = given < 0 ? limit + given : given - 1;
         if (index < 0 || index >= limit || given == 0) {
-            cursor_.at(start).fail(std::string(kind) + " from 1 to " + std::to_string(limit) + " or from -" +
-                                   std::to_string(limit) + " to -1");
+            const std::string last = std::to_string(limit);
+            cursor_.at(start).fail(kind +
+                                   (limit == 0 ? " of a line above it" : " from 1 to " + last + " or from -" + last + " to -1"));
         }
         return static_cast<std::uint32_t>(index);
     }
