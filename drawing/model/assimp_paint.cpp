@@ -64,7 +64,7 @@ std::uint32_t embedded_image_number(Mesh& mesh, const std::string& name, const a
     return static_cast<std::uint32_t>(mesh.images.size() - 1);
 }
 
-void read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file, Paint& paint) {
+void read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file, Assimp_Paint& paint) {
     for (const aiTextureType type : {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE}) {
         aiString path;
         if (from.GetTexture(type, 0, &path) != AI_SUCCESS || path.length == 0) {
@@ -88,7 +88,7 @@ void read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const 
 
 // Metal and roughness where glTF and others state them, else the specular colour of older formats. An image that says where
 // metal is makes the numbers useless, and one that glows in places the colour of the glow.
-void read_finish(const aiMaterial& from, Paint& paint) {
+void read_finish(const aiMaterial& from, Assimp_Paint& paint) {
     constexpr float usual_roughness = 0.5F;
     const auto number_of = [&from](const char* key, unsigned type, unsigned index) -> std::optional<float> {
         float number = 0;
@@ -143,8 +143,8 @@ bool is_gltf(const aiMaterial& material) {
     return material.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == AI_SUCCESS;
 }
 
-Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file) {
-    Paint paint;
+Assimp_Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file) {
+    Assimp_Paint paint;
     read_image(mesh, scene, from, file, paint);
     const bool textured = paint.material.image != no_image;
     aiColor4D color;
@@ -179,7 +179,7 @@ Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const
     return paint;
 }
 
-VT_RGB32 vertex_color(const aiMesh& part, unsigned v, const Paint& paint) {
+VT_RGB32 vertex_color(const aiMesh& part, unsigned v, const Assimp_Paint& paint) {
     if (!part.HasVertexColors(0)) {
         return paint.color;
     }
@@ -193,7 +193,7 @@ VT_RGB32 vertex_color(const aiMesh& part, unsigned v, const Paint& paint) {
     return {product(own.blue, paint.color.blue), product(own.green, paint.color.green), product(own.red, paint.color.red), 255};
 }
 
-Texture_Point coordinate(const aiMesh& part, unsigned v, const Paint& paint) {
+Texture_Point coordinate(const aiMesh& part, unsigned v, const Assimp_Paint& paint) {
     if (paint.channel >= AI_MAX_NUMBER_OF_TEXTURECOORDS || !part.HasTextureCoords(paint.channel)) {
         return {};
     }
