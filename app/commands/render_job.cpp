@@ -33,7 +33,9 @@ drawing::Image_Part part_of(const Render_Options& options, VT_Int_Pair size) {
                                        " for --size " + std::to_string(size.x) + 'x' + std::to_string(size.y));
         }
         if (part.number >= parts.x * parts.y) {
-            throw drawing::Usage_Error("--tile: expected a number from 0 to " + std::to_string(parts.x * parts.y - 1) +
+            const std::int32_t last = parts.x * parts.y - 1;
+            throw drawing::Usage_Error("--tile: expected " +
+                                       (last == 0 ? "0, the only part" : "a number from 0 to " + std::to_string(last)) +
                                        ", found " + std::to_string(part.number));
         }
     }

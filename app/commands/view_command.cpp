@@ -50,6 +50,7 @@ void show(const View_Options& options, std::vector<drawing::Input> inputs, const
     } else {
         background_of(options);
         look_of(options, true);
+        view::check_window_palette(options);
     }
     std::string title;
     for (const std::string& file : options.models) {

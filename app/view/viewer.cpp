@@ -58,6 +58,10 @@ std::vector<std::string> window_palettes() {
     return names;
 }
 
+void check_window_palette(const Model_Options& options) {
+    pixel_kind_of(options);
+}
+
 Viewer::Viewer(const Model_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module,
                std::string folder, Screen& screen)
     : Base_Viewer(module, options.models.front() == "-" ? "model" : options.models.front(), std::move(folder), window_margin,

@@ -187,6 +187,7 @@ TEST_F(View_Command, says_in_one_line_what_is_wrong) {
         const Outcome outcome = view("key q\n");
         EXPECT_EQ(outcome.status, 1);
         EXPECT_THAT(outcome.errors, HasSubstr("vorna: view: no display to open a window on: "));
+        EXPECT_THAT(view("key q\n", {"--palette", "3x3x3"}).errors, HasSubstr("--palette: expected cube"));
         EXPECT_THAT(replay_tests::run_vorna({"view", nowhere + ".obj"}).errors, HasSubstr("nowhere.obj: cannot be read: "));
     }
 }
