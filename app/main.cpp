@@ -59,6 +59,7 @@ int main(int count, char** arguments) {
     vorna::app::keep_one_heap();
     vorna::app::report_lack_of_memory();
     prepare_streams();
+    vorna::drawing::call_settings(vorna::app::setting_options());
     try {
         const vorna::app::Program program = vorna::app::make_program();
         return finish_output(vorna::app::run_command_line(program, {arguments + std::min(count, 1), arguments + count}));

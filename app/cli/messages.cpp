@@ -68,6 +68,14 @@ void refuse_standard_output(const char* option, const std::string& folder) {
     }
 }
 
+const drawing::Setting_Names& setting_options() noexcept {
+    static constexpr drawing::Setting_Names names{"--allow-empty",   "--bbox",      "--center",   "--clip-to",    "--font",
+                                                  "--input-format",  "--graticule", "--kernels",  "--layer",      "--max-memory",
+                                                  "--allow-outside", "--overlay",   "--tiles-of", "--projection", "--record",
+                                                  "--size",          "--water"};
+    return names;
+}
+
 Ending ending_of(const std::exception& error) {
     if (dynamic_cast<const std::bad_alloc*>(&error)) {
         return {exit_status::failed, "out of memory"};

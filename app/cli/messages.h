@@ -6,6 +6,7 @@
 #include <string>
 
 #include "drawing/files/printable.h"
+#include "drawing/files/setting_names.h"
 
 namespace vorna::app {
 
@@ -23,6 +24,9 @@ void refuse_terminal(const char* option, const std::string& name);
 
 // Throws Usage_Error for "-" as the name of a folder. option: its name.
 void refuse_standard_output(const char* option, const std::string& folder);
+
+// The options by which users of the command know the library's settings.
+const drawing::Setting_Names& setting_options() noexcept;
 
 // How a command ends that has thrown: a line, and its exit status.
 struct Ending {

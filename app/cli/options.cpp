@@ -10,6 +10,7 @@
 #include "app/cli/nearest_name.h"
 #include "drawing/files/path.h"
 #include "drawing/files/usage_error.h"
+#include "drawing/job/formats.h"
 
 namespace vorna::app {
 namespace {
@@ -68,15 +69,16 @@ Value number_value(std::string word, double least, double most) {
 }
 
 Value output_value(std::string word, std::vector<std::string> endings) {
-    static const std::vector<std::string> known{
-        "png",  "jpg", "jpeg", "gif", "bmp",  "tif", "tiff", "webp", "svg", "pdf", "ps",  "eps",  "ppm",     "pgm",
-        "pnm",  "tga", "exr",  "hdr", "avif", "jxl", "heic", "ico",  "qoi", "gz",  "zip", "json", "geojson", "topojson",
-        "gltf", "glb", "obj",  "ply", "stl",  "dxf", "mtl",  "dae",  "fbx", "3ds", "xml", "txt"};
+    static const std::vector<std::string> known{// besides the formats that can be read
+                                                "png",  "jpg", "jpeg", "gif", "bmp", "tif", "tiff", "webp", "svg",  "pdf",
+                                                "ps",   "eps", "ppm",  "pgm", "pnm", "tga", "exr",  "hdr",  "avif", "jxl",
+                                                "heic", "ico", "qoi",  "gz",  "zip", "mtl", "xml",  "txt"};
     const auto problem = [endings = std::move(endings)](const std::string& text) -> std::string {
         std::string ending = drawing::path_of(text).extension().string();
         ending.erase(0, 1); // the dot
         std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        if (!contains(known, ending) || contains(endings, ending)) {
+        const bool is_known = contains(known, ending) || drawing::find_format(ending);
+        if (!is_known || contains(endings, ending)) {
             return {};
         }
         std::vector<std::string> shown = endings;
@@ -107,6 +109,10 @@ void reject_options_of_other_kind(const Given& given, bool is_map, const std::st
                                        (is_map ? ": expected a model, found " : ": expected a map or drawing, found ") + input);
         }
     }
+}
+
+Option& option_named(std::vector<Option>& table, std::string_view name) {
+    return *std::ranges::find(table, name, [](const Option& option) { return std::string_view(option.names.back()); });
 }
 
 std::string list_of(const std::vector<std::string>& names) {

@@ -105,6 +105,9 @@ Option memory_option(std::string& text);
 // Throws Usage_Error for an option that does not apply to the input.
 void reject_options_of_other_kind(const Given& given, bool is_map, const std::string& input);
 
+// The option of a table that has this long name. It must be there.
+Option& option_named(std::vector<Option>& table, std::string_view name);
+
 // iso, front or back
 std::string list_of(const std::vector<std::string>& names);
 

@@ -52,6 +52,9 @@ struct Part_Files {
 
     explicit Part_Files(const std::vector<std::string>& files) {
         for (const std::string& file : files) {
+            if (file == "-") {
+                throw drawing::Usage_Error("assemble: expected files with names, found standard input");
+            }
             add(drawing::Part_Reader(file));
         }
         std::int32_t missing = 0;

@@ -71,12 +71,20 @@ Aim parsed_aim(const std::string& text) {
             "points up another x,y,z, found '" +
             text + "'");
     }
+    if (count == 9 && !drawing::model::is_upright(aim)) {
+        throw drawing::Usage_Error("--camera: expected a direction that points up across the line of sight, found '" + text +
+                                   "'");
+    }
     return aim;
 }
 
 std::string aim_text(const Aim& aim) {
     std::string text;
-    for (const VT_Vector_D& v : {aim.eye, aim.target, aim.up}) {
+    std::vector<VT_Vector_D> vectors{aim.eye, aim.target};
+    if (drawing::model::length(aim.up) > 0) {
+        vectors.push_back(aim.up);
+    }
+    for (const VT_Vector_D& v : vectors) {
         for (const double coordinate : {v.x, v.y, v.z}) {
             text += (text.empty() ? "" : ",") + text_of(coordinate);
         }
@@ -175,8 +183,10 @@ drawing::model::Camera_Settings camera_settings_of(const Camera_Options& options
     if (const auto placed = drawing::camera_of_mesh(settings, mesh, size)) {
         return *placed;
     }
-    throw drawing::Usage_Error("--camera: expected two places apart and another direction that points up, found '" +
-                               aim_text(*options.aim) + "'");
+    throw drawing::Usage_Error(
+        "--camera: expected two places apart, not one above the other, or another direction that points up "
+        "behind them, found '" +
+        aim_text(*options.aim) + "'");
 }
 
 std::optional<drawing::model::Section> section_of(const Camera_Options& options) {

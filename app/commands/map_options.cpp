@@ -121,7 +121,7 @@ std::optional<Extent> parsed_extent(const std::string& text) {
     }
     const std::vector<double> n = parsed_numbers(text);
     if (n.size() != 4 || n[1] >= n[3] || n[0] == n[2]) {
-        throw drawing::Usage_Error("--bbox: expected west,south,east,north, found '" + text + "'");
+        throw drawing::Usage_Error("--bbox: expected west,south,east,north with south below north, found '" + text + "'");
     }
     return Extent{n[0], n[1], n[2], n[3]};
 }

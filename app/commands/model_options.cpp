@@ -13,6 +13,7 @@
 #include "app/cli/messages.h"
 #include "app/commands/option_choices.h"
 #include "drawing/files/memory.h"
+#include "drawing/image/color_name.h"
 #include "drawing/image/palette.h"
 #include "drawing/job/formats.h"
 #include "drawing/model/model_reader.h"
@@ -175,7 +176,10 @@ std::vector<std::string> arguments_of(const Model_Options& options) {
             arguments.emplace_back(name);
         }
     };
-    arguments = options.models;
+    for (const std::string& file : options.models) {
+        const bool is_like_option = file.size() > 1 && file.front() == '-';
+        arguments.push_back((is_like_option ? "./" : "") + file);
+    }
     add("--input-format", options.input_format, "");
     const std::vector<std::string> camera = camera_arguments_of(options);
     arguments.insert(arguments.end(), camera.begin(), camera.end());
@@ -256,6 +260,9 @@ Palette_Choice palette_of(const Model_Options& options) {
         }
         choice.drawn = drawing::cube_palette(*levels);
     } else {
+        if (options.palette == "-" && std::ranges::count(options.models, "-") > 0) {
+            throw drawing::Usage_Error("--palette -: expected a file, found standard input, which is a model");
+        }
         choice.mapped = drawing::read_palette(options.palette, *options.limits);
     }
     if (options.colors == 32 && !options.palette.empty()) {
@@ -275,10 +282,16 @@ drawing::Background background_of(const Model_Options& options) {
     if (text == "gradient") {
         return drawing::model_gradient;
     }
-    const std::vector<std::string> others{"none", "gradient", "TOP,BOTTOM"};
     const std::size_t comma = text.find(',');
-    const VT_RGB32 top = parsed_color("--background", text.substr(0, comma), others);
-    return {top, comma == text.npos ? top : parsed_color("--background", text.substr(comma + 1), others)};
+    if (comma == text.npos) {
+        return parsed_color("--background", text, {"none", "gradient", "TOP,BOTTOM"});
+    }
+    const auto top = drawing::color_named(text.substr(0, comma)), bottom = drawing::color_named(text.substr(comma + 1));
+    if (!top || !bottom) {
+        throw drawing::Usage_Error(
+            "--background: expected two colours TOP,BOTTOM, each #rgb, #rrggbb or a colour's name, found '" + text + "'");
+    }
+    return {*top, *bottom};
 }
 
 std::optional<drawing::Background> drawn_background_of(const Model_Options& options) {
@@ -286,6 +299,10 @@ std::optional<drawing::Background> drawn_background_of(const Model_Options& opti
 }
 
 VT_RGB32 map_background_of(const Model_Options& options) {
+    if (options.background == "gradient" || options.background.find(',') != std::string::npos) {
+        throw drawing::Usage_Error("--background: expected one colour or none behind a map or drawing, found '" +
+                                   options.background + "'");
+    }
     return parsed_color("--background", options.background.empty() ? "white" : options.background, {"none"});
 }
 

@@ -139,7 +139,7 @@ Command render_command() {
         }};
     add_model_options(command.options, *options);
     add_output_options(command.options, options->image, output);
-    Option& single = *std::ranges::find(command.options, "--output", [](const Option& option) { return option.names.back(); });
+    Option& single = option_named(command.options, "--output");
     single.unless = "--output-folder";
     single.excludes = {"--output-folder"};
     const std::vector<Option> own{
@@ -153,11 +153,13 @@ Command render_command() {
         {.names = {"--pass"},
          .value = choice_value("PASS", {"depth", "normals", "faces"}),
          .text = "Instead of the colours: the depth buffer as 16-bit grey, normals of surfaces in view space as colours, or a "
-                 "colour for each face, its number from 1 on; black, of depths white, is nothing",
+                 "colour for each face, its number from 1 on; black, of depths white, is nothing; faces alone, without edges, "
+                 "points and "
+                 "lines",
          .target = [options](const std::string& pass) { choose_pass(*options, pass); },
          .group = drawing_of_models,
          .applies_to = Applies_To::models,
-         .excludes = {"--look"}},
+         .excludes = {"--look", "--background", "--line-width", "--point-size"}},
         {.names = {"--output-folder"},
          .value = text_value("FOLDER"),
          .text =

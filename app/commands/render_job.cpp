@@ -1,4 +1,4 @@
-// What `render` does with models and maps alike.
+// `render`: from options to a job, for models and maps alike.
 #include "app/commands/render_job.h"
 
 #include <algorithm>
@@ -24,6 +24,7 @@ drawing::Image_Part part_of(const Render_Options& options, VT_Int_Pair size) {
     if (!options.tiles_of.empty()) {
         const VT_Int_Pair parts =
             parsed_pair(options.tiles_of, 1 << 10, "--tiles-of: expected COLUMNSxROWS with numbers from 1 to 1024");
+        part.is_whole = false;
         part.columns = parts.x;
         part.rows = parts.y;
         part.number = options.tile;
@@ -32,7 +33,9 @@ drawing::Image_Part part_of(const Render_Options& options, VT_Int_Pair size) {
                                        " for --size " + std::to_string(size.x) + 'x' + std::to_string(size.y));
         }
         if (part.number >= parts.x * parts.y) {
-            throw drawing::Usage_Error("--tile: expected a number from 0 to " + std::to_string(parts.x * parts.y - 1) +
+            const std::int32_t last = parts.x * parts.y - 1;
+            throw drawing::Usage_Error("--tile: expected " +
+                                       (last == 0 ? "0, the only part" : "a number from 0 to " + std::to_string(last)) +
                                        ", found " + std::to_string(part.number));
         }
     }
@@ -69,7 +72,6 @@ void check_combinations(const Render_Options& options, VT_Int_Pair size, std::in
         const std::string pass = "--pass " + options.pass;
         refuse(count > 1, pass, "pixels as the renderer draws them", supersample);
         refuse(drawn || mapped, pass, "32 bits a pixel", indexed);
-        refuse(transparent, pass, "no background", "--background none");
         refuse(options.has_edges(), pass, "shaded faces alone", "edges");
         refuse(options.axes || options.scale_bar, pass, "shaded faces alone", options.axes ? "--axes" : "--scale-bar");
         const drawing::Image_File file = output_file_of(options.image);
@@ -119,7 +121,7 @@ void describe(const Render_Options& options, const drawing::Job_Settings& settin
     print("drawn", drawing.summary());
     const bool indexed = form.colors == drawing::Image_Form::Colors::palette;
     const drawing::Image_Part& part = settings.part;
-    print("image", sides(form.width, form.height) + (part.is_whole() ? "" : " of " + sides(part.size.x, part.size.y)) +
+    print("image", sides(form.width, form.height) + (part.is_whole ? "" : " of " + sides(part.size.x, part.size.y)) +
                        (settings.depths            ? ", depths of 16 bits"
                         : indexed                  ? ", " + std::to_string(form.palette.size() / 3) + " colours"
                         : options.is_transparent() ? ", 32 bits a pixel, transparent"
@@ -219,7 +221,7 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
     const VT_Int_Rectangle area = settings.part.area();
     check_output(options.image, static_cast<std::uint32_t>(area.right - area.left + 1),
                  static_cast<std::uint32_t>(area.top - area.bottom + 1), options.is_transparent());
-    if (!settings.part.is_whole() && settings.file != drawing::Image_File::png) {
+    if (!settings.part.is_whole && settings.file != drawing::Image_File::png) {
         throw drawing::Usage_Error("--tiles-of: expected PNG files, found " +
                                    std::string(drawing::image_format(settings.file).name));
     }
@@ -241,6 +243,14 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
     settings.hash = options.hash;
     settings.allow_empty = options.allow_empty;
     return settings;
+}
+
+void refuse_to_replace(const std::vector<std::string>& read, const Render_Options& options) {
+    for (std::int32_t frame = 0; frame < std::max(options.turntable, 1); ++frame) {
+        const std::string& output = options.image.output;
+        drawing::refuse_same_files(
+            read, {options.turntable > 0 ? drawing::frame_name(output, frame, options.turntable) : output, options.record});
+    }
 }
 
 void run_job(const Render_Options& options, drawing::Job_Settings settings, const drawing::Module_Choice& module,

@@ -42,6 +42,9 @@ std::int32_t supersample_of_map(const Render_Options& options);
 drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair size, std::int32_t supersample,
                                       const Palette_Choice& palette);
 
+// Throws Usage_Error when an image, a frame or the recording would replace one of these files, or one of them another one.
+void refuse_to_replace(const std::vector<std::string>& read, const Render_Options& options);
+
 // Milliseconds before the job.
 struct Load_Times {
     double load = 0, setup = 0;

@@ -1,4 +1,4 @@
-// What `render` does with models.
+// `render` with models.
 #include "app/commands/render_model.h"
 
 #include <algorithm>
@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "app/cli/messages.h"
-#include "drawing/files/output_files.h"
 #include "drawing/job/model_drawing.h"
 
 namespace vorna::app {
@@ -50,15 +49,20 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     const auto start = Clock::now();
     const drawing::model::Mesh mesh = load_mesh(options, std::move(inputs), options.allow_empty);
     times.load = milliseconds_since(start);
+    if (!options.pass.empty() && mesh.triangles.empty() && !options.allow_empty) {
+        throw drawing::Usage_Error(settings.input + ": expected faces for --pass " + options.pass + ", found " +
+                                   (mesh.lines.empty() ? "points" : "points or lines") + " only");
+    }
     const drawing::Model_Look look = look_of(options, !mesh.lines.empty(), palette.drawn);
     if (options.has_edges() && look.edges.color) {
         settings.flat_colors.push_back(*look.edges.color);
     }
-    std::vector<std::string> images;
+    std::vector<std::string> read = options.models;
+    read.push_back(options.palette);
     for (const drawing::model::Image_Source& image : mesh.images) {
-        images.push_back(image.embedded ? std::string() : image.name);
+        read.push_back(image.embedded ? std::string() : image.name);
     }
-    drawing::refuse_same_files(images, {options.image.output, options.record});
+    refuse_to_replace(read, options);
     const auto setup_start = Clock::now();
     drawing::Model_Parts parts = make_model(options, mesh);
     if (options.studio) {

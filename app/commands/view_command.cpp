@@ -27,6 +27,9 @@ struct View_Options : Model_Options {
 
 void show(const View_Options& options, std::vector<drawing::Input> inputs, const Map_Options& map_options,
           const drawing::Module_Choice& module) {
+    if (options.is_transparent()) {
+        throw drawing::Usage_Error("--background: expected a colour in a window, found 'none'");
+    }
     const auto size = options.size.empty()
                           ? std::nullopt
                           : std::optional(parsed_pair(options.size, largest_picture_side,
@@ -47,6 +50,7 @@ void show(const View_Options& options, std::vector<drawing::Input> inputs, const
     } else {
         background_of(options);
         look_of(options, true);
+        view::check_window_palette(options);
     }
     std::string title;
     for (const std::string& file : options.models) {
@@ -88,6 +92,14 @@ Command view_command() {
             return exit_status::done;
         }};
     add_model_options(command.options, *options);
+    Option& background = option_named(command.options, "--background");
+    background.value = suggested_value("COLOR", {"gradient"});
+    background.text =
+        "Colour behind what is drawn; gradient light grey, TOP,BOTTOM a gradient of two colours; by default a gradient "
+        "behind models, and white behind hidden lines, with a palette and behind maps";
+    Option& palette = option_named(command.options, "--palette");
+    palette.value = suggested_value("PALETTE", view::window_palettes());
+    palette.text = "Palette of 8-bit pixels: cube (6x6x6 and greys), or levels of red, green and blue";
     command.options.insert(command.options.end(), {{.names = {"--size"},
                                                     .value = text_value("WxH"),
                                                     .text = "Width and height of the window; by default what suits the display",

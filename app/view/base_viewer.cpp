@@ -126,6 +126,14 @@ std::string Base_Viewer::free_name(const std::string& ending) {
     return name;
 }
 
+drawing::Raster Base_Viewer::shown() const {
+    drawing::Raster raster = drawing::raster_of(canvas_.session.color_buffer());
+    raster.top += margin_ * raster.row_bytes;
+    raster.height -= margin_;
+    raster.width -= margin_;
+    return raster;
+}
+
 // Saves the image in full detail, without the help.
 void Base_Viewer::take_screenshot() {
     const bool help = std::exchange(shows_help_, false);
@@ -135,11 +143,7 @@ void Base_Viewer::take_screenshot() {
     changed_ = help;
     const std::string name = free_name(".png");
     try {
-        drawing::Raster raster = drawing::raster_of(canvas_.session.color_buffer());
-        raster.top += margin_ * raster.row_bytes;
-        raster.height -= margin_;
-        raster.width -= margin_;
-        drawing::write_file(name, drawing::png_of(raster, canvas_.session.palette()));
+        drawing::write_file(name, drawing::png_of(shown(), canvas_.session.palette()));
     } catch (const std::runtime_error& error) {
         print(stderr, "vorna: " + drawing::printable(error.what()) + '\n');
         return;

@@ -48,6 +48,7 @@ protected:
     virtual std::vector<std::string> help() const { return help_lines(); }
 
     void draw_help();
+    drawing::Raster shown() const; // the last image, without the margin
     std::string file_name() const; // of the input, without its folder
     std::string speed_text() const;
 

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "app/view/coarse_mesh.h"
+#include "drawing/image/blank_check.h"
 #include "drawing/model/model_reader.h"
 #include "drawing/model/textured_scene.h"
 #include "drawing/model/vectors.h"
@@ -40,12 +41,26 @@ std::size_t pixel_kind_of(const Model_Options& options) {
     const auto found = std::ranges::find_if(
         pixel_kinds, [&](const Pixel_Kind& kind) { return kind.palette == palette && (kind.colors == 8) == indexed; });
     if (found == pixel_kinds.end()) {
-        throw drawing::Usage_Error("--palette: expected cube, 8x8x4 or 2x2x2 in a window, found '" + palette + "'");
+        throw drawing::Usage_Error("--palette: expected " + list_of(window_palettes()) + " in a window, found '" + palette + "'");
     }
     return static_cast<std::size_t>(found - pixel_kinds.begin());
 }
 
 } // namespace
+
+std::vector<std::string> window_palettes() {
+    std::vector<std::string> names;
+    for (const Pixel_Kind& kind : pixel_kinds) {
+        if (kind.colors == 8) {
+            names.push_back(kind.palette.empty() ? "cube" : kind.palette);
+        }
+    }
+    return names;
+}
+
+void check_window_palette(const Model_Options& options) {
+    pixel_kind_of(options);
+}
 
 Viewer::Viewer(const Model_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module,
                std::string folder, Screen& screen)
@@ -358,6 +373,11 @@ std::string Viewer::command_for(const std::string& image) const {
     for (const std::string& word : arguments_of(drawn_options())) {
         line += " " + shell_word(word);
     }
+    const VT_Int_Rectangle window = canvas_.session.window();
+    const VT_Reference<const VT_Palette> palette = palette_of(options_).drawn;
+    drawing::Blank_Check check(background_of(options_), window, palette.get());
+    check.add(shown(), window.top - window_margin);
+    line += check.is_blank() ? " --allow-empty" : "";
     return line + " --size=" + std::to_string(size_.x) + "x" + std::to_string(size_.y) + " --supersample=1 -o " +
            shell_word(image);
 }

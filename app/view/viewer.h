@@ -16,6 +16,11 @@
 
 namespace vorna::app::view {
 
+// The values of --palette that a window shows.
+std::vector<std::string> window_palettes();
+// Throws Usage_Error for another value.
+void check_window_palette(const Model_Options& options);
+
 class Viewer final : public Base_Viewer {
 public:
     // folder: for screenshots and recordings. Throws what reading, module and options throw.

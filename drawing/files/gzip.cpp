@@ -87,7 +87,7 @@ std::string gunzip(std::string_view packed, std::size_t most, const std::functio
         }
         content.append(block.data(), unpacked);
         if (content.size() > most) {
-            throw std::runtime_error("longer than " + std::to_string(most >> 20) + " MiB when unpacked");
+            throw std::runtime_error("expected at most " + std::to_string(most >> 20) + " MiB when unpacked, found more");
         }
     }
     if (stream.avail_in > 0 || !packed.empty()) {

@@ -36,7 +36,7 @@ std::string read_input(const std::string& path, Load_Limits& limits, std::size_t
     while (stream.read(block.data(), static_cast<std::streamsize>(block.size())) || stream.gcount() > 0) {
         bytes.append(block.data(), static_cast<std::size_t>(stream.gcount()));
         if (bytes.size() > most) {
-            throw Usage_Error(name_of_input(path) + ": longer than " + std::to_string(most >> 20) + " MiB");
+            throw Usage_Error(name_of_input(path) + ": expected at most " + std::to_string(most >> 20) + " MiB, found more");
         }
     }
     // Of standard input the stream knows only that nothing comes any more.

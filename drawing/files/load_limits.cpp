@@ -1,4 +1,4 @@
-// What reading files may cost and touch.
+// What reading files may cost, and which files may be read.
 #include "drawing/files/load_limits.h"
 
 #include <algorithm>
@@ -7,6 +7,7 @@
 
 #include "drawing/files/memory.h"
 #include "drawing/files/path.h"
+#include "drawing/files/setting_names.h"
 
 namespace vorna::drawing {
 
@@ -29,14 +30,19 @@ void Load_Limits::fail_memory(const std::string& file, std::uint64_t bytes) {
 }
 
 std::string Load_Limits::memory_refusal(const std::string& file) const {
-    return file + ": expected what can be read within " + memory_text(memory()) +
-           " of memory, found more; --max-memory sets how much";
+    return file + ": expected what can be read within " + memory_text(memory()) + " of memory, found more; " +
+           name_of(Setting::max_memory) + " sets how much";
 }
 
 void Load_Limits::fail_work(const std::string& file, std::uint64_t steps) {
     worked_ -= steps;
     throw Load_Error(file + ": expected what can be read in " + std::to_string(work() / 1000000) +
-                     " million steps, found more; a larger --max-memory than " + memory_text(memory()) + " allows more");
+                     " million steps, found more; a larger " + name_of(Setting::max_memory) + " than " + memory_text(memory()) +
+                     " allows more");
+}
+
+std::string outside_message(const std::string& file) {
+    return file + ": lies outside the model's folder and is not read; " + name_of(Setting::outside_of_folder) + " reads it";
 }
 
 bool Load_Limits::allows(const std::string& model, const std::string& file) const {

@@ -99,7 +99,7 @@ private:
     std::atomic<std::uint64_t> taken_ = 0, worked_ = 0;
 };
 
-// What is said of a file that Load_Limits does not allow.
-inline constexpr const char* outside_text = ": lies outside the model's folder and is not read; --allow-outside reads it";
+// The message for a file that Load_Limits does not allow.
+std::string outside_message(const std::string& file);
 
 } // namespace vorna::drawing

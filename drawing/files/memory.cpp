@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+#include "drawing/files/setting_names.h"
 #include "drawing/files/usage_error.h"
 
 #if defined(_WIN32)
@@ -59,7 +60,7 @@ std::uint64_t address_space() {
 }
 #endif
 
-std::uint64_t parsed_memory(const char* option, const std::string& text) {
+std::uint64_t parsed_memory(const std::string& option, const std::string& text) {
     std::uint64_t number = 0;
     const char* end = text.data() + text.size();
     const auto [unit, error] = std::from_chars(text.data(), end, number);
@@ -72,12 +73,11 @@ std::uint64_t parsed_memory(const char* option, const std::string& text) {
             return number << shift;
         }
     }
-    throw Usage_Error(std::string(option) + ": expected a number of bytes, or one with K, M, G or T as 512M or 2G, found '" +
-                      text + "'");
+    throw Usage_Error(option + ": expected a number of bytes, or one with K, M, G or T as 512M or 2G, found '" + text + "'");
 }
 
 std::optional<std::uint64_t> parsed_limit(const std::string& text) {
-    return text.empty() ? std::nullopt : std::optional(parsed_memory("--max-memory", text));
+    return text.empty() ? std::nullopt : std::optional(parsed_memory(name_of(Setting::max_memory), text));
 }
 
 std::string memory_text(std::uint64_t bytes) {

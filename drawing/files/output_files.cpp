@@ -57,10 +57,14 @@ void refuse_same_files(const std::vector<std::string>& read, const std::vector<s
             (fs::exists(path, none) && !fs::is_regular_file(path, none))) {
             return false;
         }
+        // Empty for names that lead nowhere; whoever opens the file reports those.
         const auto target_of = [&none](const std::string& name) {
-            return fs::weakly_canonical(fs::absolute(output_place_of(path_of(name)).target, none), none);
+            try {
+                return fs::weakly_canonical(fs::absolute(output_place_of(path_of(name)).target, none), none);
+            } catch (const std::runtime_error&) {
+                return fs::path();
+            }
         };
-        // Empty where it cannot be known.
         const fs::path target = target_of(one);
         return fs::equivalent(path, path_of(other), none) || (!target.empty() && target == target_of(other));
     };

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string>
 
+#include "drawing/files/setting_names.h"
 #include "drawing/image/background.h"
 #include "drawing/image/image_file.h"
 #include "host/color.h"
@@ -45,7 +46,8 @@ private:
 };
 
 inline std::string blank_message(const std::string& input) {
-    return input + ": nothing to be seen: nothing of it lies in the image; --allow-empty writes such images";
+    return input + ": nothing to be seen: nothing of it lies in the image; " + name_of(Setting::allow_empty) +
+           " writes such images";
 }
 
 } // namespace vorna::drawing

@@ -112,7 +112,7 @@ VT_Reference<const VT_Palette> cube_palette(VT_Int_RGB levels) {
 }
 
 std::vector<VT_RGB32> read_palette(const std::string& file, Load_Limits& limits) {
-    return palette_colors(file, read_input(file, limits, std::size_t{64} << 20), limits);
+    return palette_colors(name_of_input(file), read_input(file, limits, std::size_t{64} << 20), limits);
 }
 
 std::vector<VT_RGB32> palette_colors(const std::string& file, std::string_view content, Load_Limits& limits) {

@@ -124,6 +124,9 @@ private:
 } // namespace
 
 Png_Image read_png(const std::string& name, std::string_view file, Load_Limits& limits) {
+    if (!file.starts_with("\x89PNG")) {
+        throw Png_Error("expected a PNG file, found another kind of file");
+    }
     if (!png_can_hold(file)) {
         throw Png_Error("expected a PNG file: it is too short for the size that it states");
     }

@@ -60,7 +60,7 @@ Png_Image read_png(const std::string& name, std::string_view file, Load_Limits& 
     constexpr std::size_t header_end = 33, bits_place = 24, colors_place = 25;
     if (!file.starts_with("\x89PNG\r\n\x1A\n") || file.size() < header_end || file.substr(12, 4) != "IHDR" ||
         file.size() > 0x7FFFFFFF) {
-        fail("Not a PNG file");
+        throw Png_Error("expected a PNG file, found another kind of file");
     }
     if (!png_can_hold(file)) {
         fail("it is too short for the size that it states");

@@ -16,6 +16,7 @@
 #include "drawing/files/input_file.h"
 #include "drawing/files/json_memory.h"
 #include "drawing/files/path.h"
+#include "drawing/files/setting_names.h"
 #include "drawing/files/text_encoding.h"
 #include "drawing/files/usage_error.h"
 #include "drawing/job/content_tests.h"
@@ -125,8 +126,8 @@ const Format* find_format(std::string_view suffix) {
 
 void check_input_format(const std::string& suffix) {
     if (!suffix.empty() && !is_readable(suffix)) {
-        throw Usage_Error("--input-format: expected a suffix of files that can be read, as obj, ply, stl, json or dxf, found '" +
-                          suffix + "'");
+        throw Usage_Error(name_of(Setting::format) +
+                          ": expected a suffix of files that can be read, as obj, ply, stl, json or dxf, found '" + suffix + "'");
     }
 }
 

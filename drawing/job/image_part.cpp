@@ -37,6 +37,7 @@ bool Image_Part::read(const std::string& bytes) {
     if (bytes.size() != 4 * std::size(values)) {
         return false;
     }
+    is_whole = false;
     std::size_t place = 0;
     for (std::int32_t* value : values) {
         std::uint32_t read = 0;

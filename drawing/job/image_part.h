@@ -13,8 +13,7 @@ namespace vorna::drawing {
 struct Image_Part {
     VT_Int_Pair size; // of the whole image
     std::int32_t columns = 1, rows = 1, number = 0;
-
-    bool is_whole() const noexcept { return columns == 1 && rows == 1; }
+    bool is_whole = true; // whether it is an image by itself; false also for a part that is the only one of its image
     // Whether every part has pixels.
     bool is_possible() const noexcept { return columns <= (size.x + 7) / 8 && rows <= (size.y + 7) / 8; }
     // Its pixels, with the image's lower left one at (0, 0).
@@ -22,7 +21,7 @@ struct Image_Part {
 
     // As the content of a file's chunk.
     std::string bytes() const;
-    // False for what bytes never makes.
+    // False for bytes that do not describe a part.
     bool read(const std::string& bytes);
 };
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "drawing/files/memory.h"
+#include "drawing/files/setting_names.h"
 #include "drawing/files/usage_error.h"
 #include "drawing/image/image_formats.h"
 #include "drawing/job/image_stream.h"
@@ -65,8 +66,8 @@ Image_Plan plan_image(const Plan_Request& request) {
     const bool fits_one_buffer = std::max(size.x, size.y) + request.beyond + 2 * request.single_margin <= largest_buffer_side;
     std::vector<std::int32_t> sizes;
     if (!request.one_piece.empty()) {
-        if (!fits_one_buffer || !request.part.is_whole() || request.tile_size) {
-            throw Usage_Error("--size: expected an image of " + std::to_string(largest_buffer_side) +
+        if (!fits_one_buffer || !request.part.is_whole || request.tile_size) {
+            throw Usage_Error(name_of(Setting::size) + ": expected an image of " + std::to_string(largest_buffer_side) +
                               " pixels each way at most, drawn in one piece, since " + request.one_piece);
         }
         sizes.push_back(0);
@@ -74,7 +75,7 @@ Image_Plan plan_image(const Plan_Request& request) {
         sizes.push_back(*request.tile_size);
     } else {
         const bool is_small = std::int64_t{size.x} * size.y <= largest_single_tile;
-        if (request.part.is_whole() && fits_one_buffer && (is_small || request.prefers_one_piece)) {
+        if (request.part.is_whole && fits_one_buffer && (is_small || request.prefers_one_piece)) {
             sizes.push_back(0);
         }
         for (const std::int32_t drawn_size : tile_sizes) {
@@ -94,7 +95,7 @@ Image_Plan plan_image(const Plan_Request& request) {
             }
         }
     }
-    throw Usage_Error("--max-memory: expected " + memory_text(least) + " or more for this image, found " +
+    throw Usage_Error(name_of(Setting::max_memory) + ": expected " + memory_text(least) + " or more for this image, found " +
                       memory_text(request.max_memory));
 }
 

@@ -8,6 +8,7 @@
 
 #include "drawing/files/helpers.h"
 #include "drawing/files/memory.h"
+#include "drawing/files/setting_names.h"
 #include "drawing/image/image_file.h"
 
 namespace vorna::drawing {
@@ -58,7 +59,7 @@ void Job::choose_form() {
     form_.reducible = true;
     form_.file = settings_.file;
     form_.compression = settings_.compression;
-    if (!settings_.part.is_whole()) {
+    if (!settings_.part.is_whole) {
         form_.place = settings_.part.bytes();
     }
 }
@@ -96,8 +97,9 @@ void Job::make_plan() {
     }
     if (!settings_.record.empty() && plan_.grid.count() > 1) {
         const std::int32_t most = largest_buffer_side - request.beyond - 2 * request.single_margin;
-        throw Usage_Error("--record: expected an image that is drawn in one piece, of up to " + std::to_string(most) +
-                          " pixels each way, found one of " + std::to_string(plan_.grid.count()) + " tiles");
+        throw Usage_Error(name_of(Setting::record) + ": expected an image that is drawn in one piece, of up to " +
+                          std::to_string(most) + " pixels each way, found one of " + std::to_string(plan_.grid.count()) +
+                          " tiles");
     }
 }
 
@@ -170,7 +172,7 @@ bool Job::is_covered() {
 
 // Parts of an image may well be empty.
 void Job::refuse_blank() {
-    if (blank_check_->is_blank() && settings_.part.is_whole() && !settings_.allow_empty && !is_covered()) {
+    if (blank_check_->is_blank() && settings_.part.is_whole && !settings_.allow_empty && !is_covered()) {
         throw std::runtime_error(blank_message(settings_.input));
     }
 }

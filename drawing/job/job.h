@@ -105,7 +105,7 @@ private:
     void write_image(Job_Result& result);
     void write_frames(Job_Result& result);
     void write_frames_side_by_side(std::vector<std::unique_ptr<Output_File>>& files, std::vector<std::string>& digests);
-    std::string name_of(std::int32_t frame) const;
+    std::string file_of(std::int32_t frame) const;
 
     const Job_Settings& settings_;
     const Module_Choice module_;

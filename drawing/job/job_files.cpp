@@ -26,13 +26,13 @@ double milliseconds_since(Clock::time_point start) {
 
 } // namespace
 
-std::string Job::name_of(std::int32_t frame) const {
+std::string Job::file_of(std::int32_t frame) const {
     return settings_.is_numbered ? frame_name(settings_.output, frame, drawing_.frame_count()) : settings_.output;
 }
 
 void Job::check_files() const {
     for (std::int32_t frame = 0; frame < (settings_.is_numbered ? drawing_.frame_count() : 1); ++frame) {
-        Output_File::check(name_of(frame));
+        Output_File::check(file_of(frame));
     }
     if (!settings_.record.empty()) {
         Output_File::check(settings_.record);
@@ -114,7 +114,7 @@ void Job::write_frames_side_by_side(std::vector<std::unique_ptr<Output_File>>& f
                     draw_tile(worker, 0);
                     times_.draws.push_back(milliseconds_since(start));
                 }
-                files[f] = std::make_unique<Output_File>(name_of(frame));
+                files[f] = std::make_unique<Output_File>(file_of(frame));
                 write(*files[f], digests[f], 1, {&worker}, true, {});
                 files[f]->close();
                 const std::lock_guard lock(noting);
@@ -151,7 +151,7 @@ void Job::write_frames(Job_Result& result) {
             const auto prepare_start = Clock::now();
             prepare(frame);
             times_.prepare = milliseconds_since(prepare_start);
-            files[f] = std::make_unique<Output_File>(name_of(frame));
+            files[f] = std::make_unique<Output_File>(file_of(frame));
             write(*files[f], digests[f], plan_.threads, workers(), false, [&](double done) {
                 if (settings_.progress) {
                     settings_.progress((static_cast<double>(f) + done) / static_cast<double>(count));

@@ -129,8 +129,7 @@ std::optional<model::Camera_Settings> camera_of_mesh(model::Camera_Settings sett
         if (length(aim.up) == 0) {
             aim.up = up_direction(settings.up);
         }
-        const VT_Vector_D toward = aim.eye - aim.target;
-        if (!(length(cross(aim.up, toward)) > 1e-9 * length(aim.up) * length(toward))) {
+        if (!is_upright(aim)) {
             return std::nullopt;
         }
         settings.aim = aim;

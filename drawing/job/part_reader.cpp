@@ -13,6 +13,7 @@
 #include <zlib.h>
 
 #include "drawing/files/path.h"
+#include "drawing/files/setting_names.h"
 #include "drawing/files/usage_error.h"
 #include "drawing/image/png_writer.h"
 
@@ -63,7 +64,7 @@ Part_Reader::Part_Reader(const std::string& name) : name_(name), file_(std::fope
 Part_Reader::~Part_Reader() = default;
 
 void Part_Reader::fail(const std::string& reason) const {
-    throw Usage_Error(name_ + ": expected a part drawn with --tiles-of, found " + reason);
+    throw Usage_Error(name_ + ": expected a part drawn with " + name_of(Setting::part) + ", found " + reason);
 }
 
 void Part_Reader::read(void* bytes, std::size_t count) {

@@ -11,6 +11,7 @@
 #include FT_OUTLINE_H
 
 #include "drawing/files/path.h"
+#include "drawing/files/setting_names.h"
 #include "drawing/map/label_font.h"
 
 namespace vorna::drawing::map {
@@ -85,7 +86,7 @@ public:
     Freetype_Font(const std::string& file, int size) {
         const std::string name = file.empty() ? default_font : file;
         if (std::error_code error; !std::filesystem::exists(path_of(name), error)) {
-            throw Usage_Error("--font: " + name + ": cannot be read: No such file or directory");
+            throw Usage_Error(name_of(Setting::font) + ": " + name + ": cannot be read: No such file or directory");
         }
         if (FT_Init_FreeType(&library_) != 0) {
             throw std::runtime_error("FreeType cannot be used");
@@ -93,7 +94,7 @@ public:
         if (FT_New_Face(library_, name.c_str(), 0, &face_) != 0 || !FT_IS_SCALABLE(face_) ||
             FT_Set_Pixel_Sizes(face_, 0, static_cast<FT_UInt>(size)) != 0) {
             FT_Done_FreeType(library_); // and all its faces
-            throw Usage_Error("--font: expected a font with outlines, found none in " + name);
+            throw Usage_Error(name_of(Setting::font) + ": expected a font with outlines, found none in " + name);
         }
     }
     Freetype_Font(const Freetype_Font&) = delete;

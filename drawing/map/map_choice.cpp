@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "drawing/files/setting_names.h"
 #include "drawing/map/globe_cutter.h"
 
 namespace vorna::drawing::map {
@@ -54,8 +55,13 @@ std::size_t chosen_shape(const Map& map, const std::string& file, const std::str
     std::size_t number = 0;
     const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc{} || stop != text.data() + text.size() || number >= map.shapes.size()) {
-        throw Usage_Error("--clip-to: expected the name, the id or the number of one of " + std::to_string(map.shapes.size()) +
-                          " shapes of " + file + ", found '" + text + "'");
+        const std::size_t count = map.shapes.size();
+        const std::string setting = name_of(Setting::clip_to);
+        if (count == 0) {
+            throw Usage_Error(setting + ": expected a file with shapes, found none in " + file);
+        }
+        throw Usage_Error(setting + ": expected a shape of " + file + " by its name, its id or its number" +
+                          (count == 1 ? ", 0" : " from 0 to " + std::to_string(count - 1)) + ", found '" + text + "'");
     }
     return number;
 }

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "drawing/files/setting_names.h"
 #include "drawing/map/globe_cutter.h"
 
 namespace vorna::drawing::map {
@@ -21,8 +22,8 @@ void check_degrees(const std::string& file, const Map& map) {
                 if (!(std::abs(p.x) <= farthest_east && std::abs(p.y) <= farthest_north)) {
                     std::array<char, 80> found;
                     std::snprintf(found.data(), found.size(), ", found %.10g, %.10g", p.x, p.y);
-                    throw Map_Error(file + ": shape " + std::to_string(s) + ": expected degrees" + found.data() +
-                                    "; --projection plane draws coordinates as they are");
+                    throw Map_Error(file + ": shape " + std::to_string(s) + ": expected degrees" + found.data() + "; " +
+                                    name_of(Setting::projection) + " plane draws coordinates as they are");
                 }
             }
         });

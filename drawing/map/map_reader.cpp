@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "drawing/files/json_memory.h"
+#include "drawing/files/setting_names.h"
 #include "drawing/model/model_reader.h"
 
 namespace vorna::drawing::map {
@@ -35,7 +36,7 @@ const std::string& content_of(const Input& input, std::string& read, Load_Limits
 // layer: empty, or an object of a TopoJSON file.
 void check_layer(const Input& input, const std::string& layer, bool is_topology) {
     if (!layer.empty() && !is_topology) {
-        throw Map_Error("--layer: expected TopoJSON, found " + input.name);
+        throw Map_Error(name_of(Setting::layer) + ": expected TopoJSON, found " + input.name);
     }
 }
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "drawing/files/setting_names.h"
 #include "drawing/map/globe_cutter.h"
 #include "drawing/map/graticule.h"
 #include "drawing/map/label_font.h"
@@ -66,7 +67,9 @@ Map_Scene::Map_Scene(const Input& input, const std::optional<Input>& overlay, co
       map_(load_map(input, settings.layer, *limits_)), extent_(settings.bbox) {
     if (extent_ && extent_->west > extent_->east) {
         if (map_.drawing) {
-            throw Usage_Error("--bbox: expected west,south,east,north, found '" + text_of(*extent_) + "'");
+            throw Usage_Error(name_of(Setting::bbox) +
+                              ": expected west,south,east,north with west below east in a drawing, found '" + text_of(*extent_) +
+                              "'");
         }
         extent_->east += full_circle;
     }
@@ -78,7 +81,7 @@ Map_Scene::Map_Scene(const Input& input, const std::optional<Input>& overlay, co
     style_ = style_of(map_, *layer_);
     if (overlay) {
         if (!is_map(*overlay)) {
-            throw Usage_Error("--overlay: expected a map or drawing, found " + overlay->name);
+            throw Usage_Error(name_of(Setting::overlay) + ": expected a map or drawing, found " + overlay->name);
         }
         overlay_map_ = load_map(*overlay, "", *limits_);
         overlay_.emplace(overlay->name, overlay_map_, *projection_, *limits_);
@@ -112,13 +115,13 @@ void Map_Scene::choose_projection(const Input& input) {
     const std::string name = settings_.projection.empty() ? map_.drawing ? "plane" : "equirectangular" : settings_.projection;
     std::optional<Position> center = settings_.center;
     if (map_.drawing && name != "plane") {
-        throw Usage_Error("--projection: expected a map, found the drawing " + input.name);
+        throw Usage_Error(name_of(Setting::projection) + ": expected a map, found the drawing " + input.name);
     }
     if (name == "plane") {
-        for (const auto& [given, option] :
-             {std::pair(settings_.water.has_value(), "--water"), {settings_.graticule > 0, "--graticule"}}) {
+        for (const auto& [given, setting] :
+             {std::pair(settings_.water.has_value(), Setting::water), {settings_.graticule > 0, Setting::graticule}}) {
             if (given) {
-                throw Usage_Error(std::string(option) + ": expected a projection of the globe, found a plane");
+                throw Usage_Error(name_of(setting) + ": expected a projection of the globe, found a plane");
             }
         }
     }
@@ -126,7 +129,7 @@ void Map_Scene::choose_projection(const Input& input) {
         extent_ = stated_extent(map_, name != "plane");
     }
     if (extent_) {
-        check_extent(*extent_, !settings_.bbox ? input.name + ": bbox" : "--bbox", name != "plane");
+        check_extent(*extent_, !settings_.bbox ? input.name + ": bbox" : name_of(Setting::bbox), name != "plane");
     }
     const bool says_its_middle = name == "plane" || name.find(':') != std::string::npos || name.starts_with('+');
     if (!center && !says_its_middle) {
@@ -145,9 +148,9 @@ void Map_Scene::choose_bounds(const Input& input) {
                                   : layer_->bounds();
     const bool is_given = settings_.bbox.has_value();
     if (bounds.empty()) {
-        throw Usage_Error(is_given
-                              ? "--bbox: expected a part of what the projection shows, found '" + text_of(*settings_.bbox) + "'"
-                              : input.name + ": expected shapes to draw, found none that the projection shows");
+        throw Usage_Error(is_given ? name_of(Setting::bbox) + ": expected a part of what the projection shows, found '" +
+                                         text_of(*settings_.bbox) + "'"
+                                   : input.name + ": expected shapes to draw, found none that the projection shows");
     }
     const Bounds globe = bounds_of(globe_);
     const bool shows_globe = settings_.water || !graticule_.empty();

@@ -11,6 +11,7 @@
 #include <dlfcn.h>
 #include <proj.h>
 
+#include "drawing/files/setting_names.h"
 #include "drawing/map/projection.h"
 
 namespace vorna::drawing::map {
@@ -110,7 +111,8 @@ Proj_Library load_library() {
     const auto load = [handle](auto& function, const char* name) {
         function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(handle ? dlsym(handle, name) : nullptr);
         if (!function) {
-            throw std::runtime_error("--projection: PROJ is needed and cannot be loaded: " + std::string(dlerror()));
+            throw std::runtime_error(name_of(Setting::projection) +
+                                     ": PROJ is needed and cannot be loaded: " + std::string(dlerror()));
         }
     };
     Proj_Library library;
@@ -176,7 +178,7 @@ private:
     const int error = proj().proj_context_errno(context.handle);
     const std::string reason = error ? proj().proj_context_errno_string(context.handle, error) : "";
     const bool says_something = !reason.empty() && !reason.starts_with("Unknown");
-    throw Map_Error("--projection: PROJ cannot use '" + name + "'" + (says_something ? ": " + reason : ""));
+    throw Map_Error(name_of(Setting::projection) + ": PROJ cannot use '" + name + "'" + (says_something ? ": " + reason : ""));
 }
 
 // A coordinate system by its code: from longitude and latitude, in this order.
@@ -197,7 +199,8 @@ std::unique_ptr<Projection> coordinate_system(const std::string& code) {
 std::unique_ptr<Projection> projection_of(const std::string& text) {
     for (const std::string_view interrupted : {"igh", "igh_o", "imoll", "imoll_o", "healpix", "rhealpix", "isea", "s2", "qsc"}) {
         if (parameter(text, "proj") == interrupted) {
-            throw Map_Error("--projection: expected one that cuts the globe open along one meridian, found '" + text + "'");
+            throw Map_Error(name_of(Setting::projection) + ": expected one that cuts the globe open along one meridian, found '" +
+                            text + "'");
         }
     }
     auto context = std::make_unique<Context>();
@@ -225,7 +228,7 @@ std::unique_ptr<Projection> make_proj_projection(const std::string& name, std::o
         return nullptr;
     }
     if (center) {
-        throw Map_Error("--center: expected a projection with a name of its own, found '" + name +
+        throw Map_Error(name_of(Setting::center) + ": expected a projection with a name of its own, found '" + name +
                         "', which says its middle itself");
     }
     return code ? coordinate_system(name) : projection_of(name);

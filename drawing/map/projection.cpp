@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "drawing/files/setting_names.h"
+
 namespace vorna::drawing::map {
 namespace {
 
@@ -40,7 +42,8 @@ std::unique_ptr<Projection> make_projection(const std::string& name, std::option
     const double meridian = center ? center->x : 0;
     if (name == "plane") {
         if (center) {
-            throw Map_Error("--center: expected a projection of the globe, found --projection plane");
+            throw Map_Error(name_of(Setting::center) + ": expected a projection of the globe, found " +
+                            name_of(Setting::projection) + " plane");
         }
         return std::make_unique<Plane>();
     }
@@ -59,7 +62,7 @@ std::unique_ptr<Projection> make_projection(const std::string& name, std::option
     }
     expected += proj_projection_names().empty() ? "or with PROJ, which this build is without, another one"
                                                 : "a PROJ string or a code as EPSG:3035";
-    throw Map_Error("--projection: expected " + expected + ", found '" + name + "'");
+    throw Map_Error(name_of(Setting::projection) + ": expected " + expected + ", found '" + name + "'");
 }
 
 std::vector<std::string> projection_names() {

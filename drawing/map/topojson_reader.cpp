@@ -2,6 +2,7 @@
 #include <span>
 #include <utility>
 
+#include "drawing/files/setting_names.h"
 #include "drawing/map/json_geometry.h"
 #include "drawing/map/map_reader.h"
 
@@ -96,7 +97,7 @@ const Json& chosen_object(const Json& objects, const std::string& layer, const s
     for (const auto& [name, object] : objects.items()) {
         names += (names.empty() ? "" : ", ") + name;
     }
-    throw Map_Error("--layer: expected one of " + names + ", found '" + layer + "'");
+    throw Map_Error(name_of(Setting::layer) + ": expected one of " + names + ", found '" + layer + "'");
 }
 
 } // namespace

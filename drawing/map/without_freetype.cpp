@@ -4,7 +4,7 @@
 namespace vorna::drawing::map {
 
 std::unique_ptr<Label_Font> load_label_font(const std::string&, int) {
-    throw Usage_Error("--labels: expected a build with FreeType, found one without");
+    throw Usage_Error("expected a build with FreeType, which letters need, found one without");
 }
 
 } // namespace vorna::drawing::map

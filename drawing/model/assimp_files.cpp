@@ -103,7 +103,7 @@ aiFile* Requested_Files::open(const char* name, const char* mode) {
 
 int Files_Of_Model::open_file(const std::string& name) {
     if (!limits_.allows(model_, name)) {
-        refuse(name + outside_text);
+        refuse(outside_message(name));
         return -1;
     }
     std::error_code none;

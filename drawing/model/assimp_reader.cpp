@@ -18,6 +18,7 @@
 
 #include "drawing/files/memory.h"
 #include "drawing/files/path.h"
+#include "drawing/files/setting_names.h"
 #include "drawing/model/assimp_files.h"
 #include "drawing/model/assimp_library.h"
 #include "drawing/model/assimp_paint.h"
@@ -115,8 +116,10 @@ Mesh read_with(aiFileIO* files, const std::string& name, const Input& input, Loa
     constexpr unsigned steps = aiProcess_PreTransformVertices | aiProcess_SortByPType | aiProcess_GenUVCoords;
     const aiScene* scene = library.aiImportFileEx(name.c_str(), steps, files);
     if (!scene && input.content && !is_assimp_format(input.suffix)) {
-        throw Model_Error(file + ": expected a model, map or drawing that its content makes known, found " +
-                          (input.content->empty() ? "nothing" : "another one; --input-format names it"));
+        throw Model_Error(file + ": expected a model, map or drawing, found " +
+                          (input.content->empty()
+                               ? "an empty file"
+                               : "a file of another kind, or of one that only " + name_of(Setting::format) + " tells"));
     }
     if (!scene) {
         std::string reason = library.aiGetErrorString();

@@ -156,6 +156,11 @@ VT_Vector_D up_direction(Up_Axis up) noexcept {
     return stand_up({0, 1, 0}, up);
 }
 
+bool is_upright(const Aim& aim) noexcept {
+    const VT_Vector_D toward = aim.eye - aim.target;
+    return length(cross(aim.up, toward)) > 1e-9 * length(aim.up) * length(toward);
+}
+
 Aim turned_aim(const Aim& aim, const VT_Vector_D& place, const VT_Vector_D& axis, std::int32_t part, std::int32_t parts) {
     const Direction turn = direction_of(part, parts);
     VT_Vector_D k = axis;

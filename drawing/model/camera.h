@@ -24,6 +24,9 @@ struct Aim {
     VT_Vector_D eye, target, up;
 };
 
+// Whether the direction that points up leads away from the line of sight, so that it has a place in the image.
+bool is_upright(const Aim& aim) noexcept;
+
 struct Camera_Settings {
     View view = View::iso;
     Up_Axis up = Up_Axis::y;

@@ -86,7 +86,7 @@ std::string read_file(const std::string& file, Load_Limits& limits) {
 
 std::string read_reference(const std::string& model, const std::string& file, Load_Limits& limits) {
     if (!limits.allows(model, file)) {
-        throw Model_Error(file + outside_text);
+        throw Model_Error(outside_message(file));
     }
     return read_file(file, limits);
 }

@@ -107,6 +107,10 @@ private:
 } // namespace
 
 json parse_document(std::string_view text) {
+    const std::size_t first = text.find_first_not_of("\xEF\xBB\xBF \t\r\n");
+    if (first != text.npos && text[first] != '{' && text[first] != '[') {
+        throw Recording_Error("expected a recording, which is a JSON document, found another kind of file");
+    }
     Document_Builder builder;
     json::sax_parse(text, &builder);
     return builder.take();

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "drawing/files/setting_names.h"
 #include "drawing/files/usage_error.h"
 #include "drawing/recording/recorder.h"
 #include "host/rendition.h"
@@ -22,7 +23,9 @@ const std::string& with_kernels_forced(const Module_Choice& choice) {
 // The module reports the variable; the option stands in its place in the message.
 std::string kernels_message(const Module_Choice& choice, std::string message) {
     constexpr std::string_view variable = "KRB_KERNELS";
-    return !choice.kernels.empty() && message.starts_with(variable) ? message.replace(0, variable.size(), "--kernels") : message;
+    return !choice.kernels.empty() && message.starts_with(variable)
+               ? message.replace(0, variable.size(), name_of(Setting::kernels))
+               : message;
 }
 
 } // namespace

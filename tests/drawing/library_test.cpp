@@ -127,6 +127,10 @@ TEST_F(Drawing_Library, tells_what_is_wrong) {
     EXPECT_THAT([&] { make({.module = folder.file("none.vrd")}); }, ThrowsMessage<std::exception>(HasSubstr("none.vrd")));
     EXPECT_THAT([&] { Model({folder.file("none.obj")}); }, ThrowsMessage<Usage_Error>(HasSubstr("none.obj")));
     EXPECT_THAT([&] { Map(folder.file("box.obj")); }, ThrowsMessage<Usage_Error>(HasSubstr("expected a map")));
+    // By the names of the library's members, which are not those of the command's options.
+    const std::string point = folder.file("point.json", R"({"type":"Point","coordinates":[1,2]})");
+    EXPECT_THAT([&] { Map(point, {.clip_to = "sea"}); }, ThrowsMessage<Usage_Error>(testing::StartsWith("clip_to: expected ")));
+    EXPECT_THAT([&] { make({.max_memory = 1}); }, ThrowsMessage<Usage_Error>(testing::StartsWith("max_memory: expected ")));
     model::Mesh mesh;
     mesh.positions.resize(3);
     mesh.triangles = {0, 1, 7};

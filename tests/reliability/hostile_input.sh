@@ -190,7 +190,7 @@ truncate -s 100G huge.obj
 render 2 "huge.obj: expected at most 4096 MiB" huge.obj
 truncate -s 100G huge.json
 render 2 "huge.json: expected at most 4096 MiB" huge.json
-expect 2 "huge.json: longer than 256 MiB" "$vorna" replay huge.json
+expect 2 "huge.json: expected at most 256 MiB, found more" "$vorna" replay huge.json
 rm huge.obj huge.json
 printf '\211PNG\r\n\032\n\0\0\0\rIHDR\177\377\377\377\177\377\377\377\10\6\0\0\0\0\0\0\0' >huge.png
 expect 2 "huge.png: expected a PNG file" "$vorna" compare huge.png huge.png
@@ -204,7 +204,7 @@ mesh='"meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],"nodes":[{"mesh"
 printf '{"asset":{"version":"2.0"},%s,%s,%s}' "$buffer" "$views" "$mesh" >huge.gltf
 render 2 "huge.gltf: expected a model file: " huge.gltf
 gzip -c < <(head -c 300000000 /dev/zero) >bomb.json.gz
-expect 2 "bomb.json.gz: longer than 256 MiB when unpacked" "$vorna" info bomb.json.gz --max-memory 8G
+expect 2 "bomb.json.gz: expected at most 256 MiB when unpacked, found more" "$vorna" info bomb.json.gz --max-memory 8G
 
 # What is no number, or none that fits.
 for number in nan inf -inf 1e39; do
@@ -460,6 +460,10 @@ expect 2 "part1.png: expected another file to write than those to read" "$vorna"
 printf 'newmtl a\nmap_Kd whole.png\n' >wood.mtl
 printf 'mtllib wood.mtl\nusemtl a\n%b' "$triangle" >wood.obj
 expect 2 "\./whole.png: expected another file to write than those to read" "$vorna" render wood.obj -o ./whole.png
+printf 'newmtl a\nmap_Kd turn-1.png\n' >wood.mtl
+expect 2 "turn-1.png: expected another file to write than those to read" "$vorna" render wood.obj -o turn-%d.png --turntable 2
+expect 2 "assemble: expected files with names, found standard input" "$vorna" assemble part0.png - -o out/picture.png
+expect 2 "--palette -: expected a file, found standard input" "$vorna" render - --palette - -o out/picture.png <wood.obj
 for output in out/picture.png ./out/picture.png soft.png; do
     expect 2 "$output: expected a file of its own for each output" "$vorna" replay good.json --color out/picture.png --color-raw "$output"
 done

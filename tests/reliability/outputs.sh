@@ -64,6 +64,13 @@ run "${draw[@]}" -o /proc/$!/fd/7
 kill $!
 judge "appended to what another process has open" holds file appended
 
+# A link that leads to itself is reported as what it is: a file to read or one to write.
+ln -s loop loop
+run "$vorna" render loop -o out/x.png
+judge "a loop to read" says "loop: cannot be read: Too many levels of symbolic links"
+run "${draw[@]}" -o loop
+judge "a loop to write" says "loop: cannot be written: Too many levels of symbolic links"
+
 # Where everybody may lay links, those of others are not followed, not by the administrator either.
 if [ "$(id -u)" = 0 ]; then
     mkdir -m 1777 shared

@@ -16,8 +16,10 @@ _arguments() {
     return 1
 }
 setopt extendedglob
-for command in render view replay info compare assemble check; do
-    line=($command)
+pages=($1/man/man1/vorna-*.1.gz)
+for page in $pages; do
+    line=(${${page:t}#vorna-})
+    line=(${line%.1.gz})
     source $source_file
 done
 exit $((failures > 0))

@@ -7,6 +7,7 @@
 
 #include "app/cli/command_line.h"
 #include "app/cli/help.h"
+#include "app/cli/messages.h"
 #include "app/cli/page.h"
 #include "app/cli/parser.h"
 #include "drawing/files/usage_error.h"
@@ -111,6 +112,23 @@ TEST_F(Manual, options_apply_to_the_kinds_of_input_that_their_table_names) {
     EXPECT_EQ(rejected("--labels", false), "--labels: expected a map or drawing, found a");
     EXPECT_EQ(rejected("--labels", true), "");
     EXPECT_EQ(rejected("--antialias", true) + rejected("--antialias", false), "");
+}
+
+// The command's names for the library's settings, of which each is that of the same place in the enumeration.
+TEST_F(Manual, messages_name_options_that_there_are) {
+    const vorna::app::Command& render = *std::ranges::find(program.commands, "render", &vorna::app::Command::name);
+    const vorna::drawing::Setting_Names& names = vorna::app::setting_options();
+    for (const std::string name : names) {
+        const auto has_name = [&](const vorna::app::Option& option) { return option.names.back() == name; };
+        EXPECT_TRUE(std::ranges::any_of(render.options, has_name) || std::ranges::any_of(program.itself.options, has_name))
+            << name;
+    }
+    using vorna::drawing::Setting;
+    for (const Setting setting : {Setting::bbox, Setting::clip_to, Setting::max_memory, Setting::overlay, Setting::water}) {
+        std::string name = "--" + vorna::drawing::name_of(setting);
+        std::ranges::replace(name, '_', '-');
+        EXPECT_EQ(names[static_cast<std::size_t>(setting)], name);
+    }
 }
 
 // Names in `needs` and `excludes` that no option has stop the parser from being made; every other mistake shows here.

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# usage: pages.sh MANDOC FOLDER
-# The manual pages are sound, there is one for each command, and the checker finds what is not.
+# usage: pages.sh MANDOC FOLDER SOURCES
+# All manual pages in FOLDER are sound, there is one for the program and one for each source NAME_command.cpp, and the checker finds
+# faults.
 set -euo pipefail
-mandoc=$1 folder=$2
+mandoc=$1 folder=$2 sources=$3
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -11,7 +12,11 @@ complaints() {
     "$mandoc" -T lint -W warning "$1" | grep -v 'missing date' || true
 }
 
-for name in vorna vorna-{render,view,replay,info,compare,assemble,check,help}; do
+for name in vorna $(cd "$sources" && ls -- *_command.cpp | sed 's/\(.*\)_command.cpp/vorna-\1/'); do
+    [ -e "$folder/$name.1.gz" ] || { echo "$name: expected a page"; exit 1; }
+done
+for page in "$folder"/*.1.gz; do
+    name=$(basename "$page" .1.gz)
     gunzip -c "$folder/$name.1.gz" >"$work/$name.1"
     found=$(complaints "$work/$name.1")
     [ -z "$found" ] || { echo "$found"; exit 1; }

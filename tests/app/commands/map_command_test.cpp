@@ -221,11 +221,11 @@ TEST_F(Map_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_file
     } cases[] = {
         {{map, "--view", "front"}, "--view: expected a model, found " + map},
         {{model, "--bbox", "0,0,1,1"}, "--bbox: expected a map or drawing, found " + model},
-        {{map, "--bbox", "0,1,2"}, "--bbox: expected west,south,east,north, found '0,1,2'"},
+        {{map, "--bbox", "0,1,2"}, "--bbox: expected west,south,east,north with south below north, found '0,1,2'"},
         {{map, "--border", "wavy"}, "--border: expected none, solid, dashed"},
         {{map, "--border", "0,0"}, "--border: expected none"},
         {{map, "--fill", "puce"}, "--fill: expected palette, none"},
-        {{map, "--clip-to", "1"}, "--clip-to: expected the name, the id or the number of one of 1 shapes"},
+        {{map, "--clip-to", "1"}, "--clip-to: expected a shape of " + map + " by its name, its id or its number, 0, found '1'"},
         {{map, "--projection", "flat"}, "--projection: expected equirectangular, mercator, plane"},
         {{map, "--projection", "plane", "--graticule", "10"}, "--graticule: expected a projection of the globe"},
         {{map, "--font", "x.ttf"}, "--font: expected --labels beside it"},

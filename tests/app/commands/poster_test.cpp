@@ -171,6 +171,13 @@ TEST_F(Poster, bytes_do_not_depend_on_tiles_threads_and_parts) {
     }
 }
 
+TEST_F(Poster, a_single_part_is_a_part) {
+    const auto whole = render("ball.obj", {"--size", "101x70"}, {});
+    const Outcome joined = assemble(render_parts("ball.obj", {"--size", "101x70"}, 1, 1));
+    EXPECT_EQ(joined.errors, "");
+    EXPECT_EQ(read_file(folder.file("joined.png")), whole.first);
+}
+
 TEST_F(Poster, hashes_do_not_depend_on_the_kernel_set) {
     for (const Options& options : {Options{}, {"--colors", "8", "--edges"}, {"--edges", "--antialias"}}) {
         const std::string hash = render("grid.obj", options, {"--kernels", "portable", "--tile-size", "128"}).second;

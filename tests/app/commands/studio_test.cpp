@@ -205,12 +205,14 @@ TEST_F(Studio, what_does_not_go_with_it_is_said_in_one_line) {
          "--look studio: expected 32 bits a pixel or a palette from a file, found --colors 8"},
         {{"--look", "studio", "--shading", "wireframe"},
          "--look studio: expected shaded faces, found --shading wireframe or hidden-line"},
-        {{"--pass", "depth", "--background", "none"}, "--pass depth: expected no background, found --background none"},
+        {{"--pass", "depth", "--background", "none"}, "--background: expected no --pass beside it, found both"},
+        {{"--pass", "depth", "--point-size", "3"}, "--point-size: expected no --pass beside it, found both"},
         {{"--pass", "faces", "--supersample", "2"},
          "--pass faces: expected pixels as the renderer draws them, found --supersample 2"},
         {{"--pass", "faces", "--output-format", "jpg"},
          "--pass faces: expected a file that keeps every pixel, found --output-format jpg"},
         {{"--pass", "normals", "--axes"}, "--pass normals: expected shaded faces alone, found --axes"},
+        {{"--pass", "normals", "--background", "red"}, "--background: expected no --pass beside it, found both"},
         {{"--record", folder.file("r.json"), "--tiles-of", "2x1", "--tile", "0"},
          "--record: expected a whole image, found --tiles-of 2x1"},
     };
@@ -221,6 +223,9 @@ TEST_F(Studio, what_does_not_go_with_it_is_said_in_one_line) {
         EXPECT_EQ(outcome.status, 2);
         EXPECT_EQ(outcome.errors, "vorna: " + message + "\n");
     }
+    const std::string cloud = folder.file("cloud.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\n");
+    EXPECT_EQ(replay_tests::run_vorna({"render", cloud, "-o", folder.file("out.png"), "--pass", "depth"}).errors,
+              "vorna: " + cloud + ": expected faces for --pass depth, found points only\n");
 }
 
 } // namespace

@@ -88,7 +88,7 @@ TEST_F(View_Render, a_gradient_is_exact_in_every_row) {
     EXPECT_LT(plain.at(0, 0)[0] + 30, plain.at(0, 39)[0]);
     EXPECT_EQ(picture(square_file, {"--size", "60x40", "--shading", "hidden-line"}).at(0, 0), white);
     EXPECT_THAT(errors(square_file, {"--background", "red,"}),
-                HasSubstr("--background: expected none, gradient, TOP,BOTTOM, #rgb, #rrggbb or a colour's name, found ''"));
+                HasSubstr("--background: expected two colours TOP,BOTTOM, each #rgb, #rrggbb or a colour's name, found 'red,'"));
 }
 
 TEST_F(View_Render, tiles_and_threads_make_no_difference) {

@@ -135,6 +135,27 @@ TEST_F(View_Command, shows_the_depth_buffer_and_never_writes_over_a_file) {
     EXPECT_LT(level(32, 16), level(32, 32));
 }
 
+TEST_F(View_Command, prints_commands_that_draw_views_without_a_model_too) {
+    const Outcome outcome = view("key c\ndrag right 32,32 3200,32\nkey c\nkey p\nkey c\nkey q\n",
+                                 {"--size", "64x64", "--camera", "0,0,9,0,0,0", "--edges"});
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    std::istringstream lines(outcome.output);
+    std::string shot, command;
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(std::getline(lines, shot) && std::getline(lines, command));
+        EXPECT_EQ(command.find("--allow-empty") != command.npos, i > 0) << command;
+        std::vector<std::string> words;
+        std::istringstream stream(command);
+        for (std::string word; stream >> word;) {
+            words.push_back(word);
+        }
+        const std::string again = words.back() = folder.file("again.png");
+        const Outcome drawn = replay_tests::run_vorna({words.begin() + 1, words.end()});
+        EXPECT_EQ(drawn.errors, "") << command;
+        EXPECT_EQ(replay_tests::read_file(again) == replay_tests::read_file(shot), true) << command;
+    }
+}
+
 TEST_F(View_Command, says_in_one_line_what_is_wrong) {
     const std::string script = folder.file("script");
     const struct {
@@ -151,7 +172,11 @@ TEST_F(View_Command, says_in_one_line_what_is_wrong) {
         EXPECT_EQ(outcome.errors, "vorna: " + message + "\n");
     }
     EXPECT_THAT(view("key q\n", {"--camera", "1,2,3"}).errors, HasSubstr("--camera: expected two places"));
-    EXPECT_THAT(view("key q\n", {"--camera", "0,5,0,0,0,0"}).errors, HasSubstr("another direction that points up"));
+    EXPECT_THAT(view("key q\n", {"--camera", "0,5,0,0,0,0"}).errors, HasSubstr("or another direction that points up"));
+    EXPECT_EQ(view("key q\n", {"--background", "none"}).errors,
+              "vorna: --background: expected a colour in a window, found 'none'\n");
+    EXPECT_EQ(view("key q\n", {"--palette", "3x3x3"}).errors,
+              "vorna: --palette: expected cube, 8x8x4 or 2x2x2 in a window, found '3x3x3'\n");
     const std::string nowhere = folder.file("nowhere");
     EXPECT_EQ(replay_tests::run_vorna({"view", model, "--screenshots", nowhere}).errors,
               "vorna: --screenshots: expected a folder, found none called '" + nowhere + "'\n");
@@ -162,6 +187,7 @@ TEST_F(View_Command, says_in_one_line_what_is_wrong) {
         const Outcome outcome = view("key q\n");
         EXPECT_EQ(outcome.status, 1);
         EXPECT_THAT(outcome.errors, HasSubstr("vorna: view: no display to open a window on: "));
+        EXPECT_THAT(view("key q\n", {"--palette", "3x3x3"}).errors, HasSubstr("--palette: expected cube"));
         EXPECT_THAT(replay_tests::run_vorna({"view", nowhere + ".obj"}).errors, HasSubstr("nowhere.obj: cannot be read: "));
     }
 }

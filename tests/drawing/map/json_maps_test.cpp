@@ -91,8 +91,8 @@ TEST_F(Json_Maps, errors_name_the_place_and_what_was_expected) {
     EXPECT_THAT(error_of(with(features, "[0, 0, -5, 9, 9, 5]", "[0]")), HasSubstr("bbox: expected four or six numbers"));
     EXPECT_THAT(error_of(with(topology, "[-2, -4]", "[-2, -5]")),
                 HasSubstr("objects.lands.geometries[1].arcs[0][0][1]: expected the number of one of 4 arcs"));
-    EXPECT_THAT(error_of(topology, "seas"), HasSubstr("--layer: expected one of lands, way, town, found 'seas'"));
-    EXPECT_THAT(error_of(features, "seas"), HasSubstr("--layer: expected TopoJSON"));
+    EXPECT_THAT(error_of(topology, "seas"), HasSubstr("layer: expected one of lands, way, town, found 'seas'"));
+    EXPECT_THAT(error_of(features, "seas"), HasSubstr("layer: expected TopoJSON"));
 }
 
 // A height that is chosen is never less than an eighth of the width, not even of images wider than eight times the largest

@@ -188,7 +188,7 @@ TEST_F(Compare, sizes_kinds_and_palettes_count_and_wrong_input_is_said) {
     const std::string whole = read_file(a);
     EXPECT_THAT(error_of({"compare", a, "-"}, whole.substr(0, whole.size() / 2)),
                 HasSubstr("standard input: expected a PNG file: "));
-    EXPECT_THAT(error_of({"compare", a, picture}), HasSubstr("steps.json: expected a PNG file: "));
+    EXPECT_THAT(error_of({"compare", a, picture}), HasSubstr("steps.json: expected a PNG file, found another kind of file"));
     EXPECT_THAT(error_of({"compare", a, folder.file("missing.png")}), HasSubstr("missing.png: cannot be read: "));
     EXPECT_THAT(error_of({"compare", a, b, "--diff", folder.file("no") + "/d.png"}), HasSubstr("cannot be written"));
 }
