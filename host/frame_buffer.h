@@ -80,8 +80,9 @@ public:
 
     // Row r of the mask, counted upwards.
     const std::uint8_t* row(std::int32_t r) const noexcept;
-    // All rows. Four bytes can be read from the byte of any pixel on; bits beyond the window are unspecified.
-    const std::uint8_t* const* rows() const noexcept { return raster_->rows; }
+    // All rows, or null for a window without pixels. Four bytes can be read from the byte of any pixel on; bits beyond the window
+    // are unspecified.
+    const std::uint8_t* const* rows() const noexcept { return raster_ ? raster_->rows : nullptr; }
     // The serial number of the contours that the mask was made from.
     std::uint32_t key() const noexcept { return key_; }
     // Whether the mask was made for this window.

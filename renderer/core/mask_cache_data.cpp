@@ -6,9 +6,7 @@
 namespace krb {
 
 Mask_Cache_Data::~Mask_Cache_Data() {
-    if (owns_list_) {
-        empty_mask_cache(*this);
-    }
+    empty_mask_cache(*this);
 }
 
 VT_Counted* Mask_Cache_Data::clone() const {
@@ -18,12 +16,15 @@ VT_Counted* Mask_Cache_Data::clone() const {
 }
 
 void empty_mask_cache(Mask_Cache_Data& cache) noexcept {
-    while (Frame_Buffer_Mask* mask = cache.newest) {
+    while (cache.owns_list_ && cache.newest) {
+        Frame_Buffer_Mask* const mask = cache.newest;
         cache.newest = mask->older;
         delete mask;
     }
+    cache.newest = nullptr;
     cache.oldest = nullptr;
     cache.count = 0;
+    cache.owns_list_ = true;
 }
 
 } // namespace krb

@@ -9,7 +9,7 @@
 namespace krb {
 
 // The most recently used masks in a list from newest to oldest, shared between the renderers of an application. A clone shares
-// the list and does not own it.
+// the list and does not own it, until it is emptied: then it begins a list of its own.
 class Mask_Cache_Data final : public VT_Counted {
 public:
     Mask_Cache_Data() = default;
@@ -24,10 +24,12 @@ public:
     std::int32_t capacity = 4;
 
 private:
+    friend void empty_mask_cache(Mask_Cache_Data& cache) noexcept;
+
     bool owns_list_ = true;
 };
 
-// Deletes every mask.
+// Forgets every mask; masks of the cache's own are deleted.
 void empty_mask_cache(Mask_Cache_Data& cache) noexcept;
 
 } // namespace krb

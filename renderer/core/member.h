@@ -26,6 +26,17 @@ struct Member<Slot, c, void(VT_Renderer_Data&, const VT_Rendition&, Arguments...
     static void enter(VT_Renderer_Data& data, const VT_Rendition& rendition, Arguments... arguments);
 };
 
+// Draws through a slot as an application does: by the standard function when the slot is empty.
+template <class Function, class... Arguments>
+void draw_through(const Action_Slot<Function>& slot, Function* standard, VT_Renderer_Data& data, const VT_Rendition& rendition,
+                  const Arguments&... arguments) {
+    if (slot.enabled) {
+        slot.function(*slot.owner, rendition, arguments...);
+    } else {
+        standard(data, rendition, arguments...);
+    }
+}
+
 } // namespace krb
 
 // Declares or, without extern, defines the members of a slot in all cases: KRB_MEMBERS(extern, slot).

@@ -46,15 +46,4 @@ private:
     VT_Int_Rectangle guard_band_;
 };
 
-// Draws through a slot as an application does: by the standard function when the slot is empty.
-template <class Function, class... Arguments>
-void draw_through(const Action_Slot<Function>& slot, Function* standard, VT_Renderer_Data& data, const VT_Rendition& rendition,
-                  const Arguments&... arguments) {
-    if (slot.enabled) {
-        slot.function(*slot.owner, rendition, arguments...);
-    } else {
-        standard(data, rendition, arguments...);
-    }
-}
-
 } // namespace krb

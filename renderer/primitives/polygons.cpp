@@ -15,19 +15,15 @@ constexpr std::int32_t longest_fan = 64;
 constexpr VT_Vector view_direction{0, 0, 1};
 
 // The slots that a kind of polygon draws through, as they are installed when it is drawn.
-template <class Point> struct Triangle_Slots {
-    Action_Slot<VT_Draw_Points<Point>> VT_Action_Table::*plain;
-    Action_Slot<VT_Draw_Colorized<Point>> VT_Action_Table::*colorized;
+template <class Plain_Slot, class Colorized_Slot> struct Triangle_Slots {
+    using Plain = Plain_Slot;
+    using Colorized = Colorized_Slot;
 };
 
-constexpr Triangle_Slots<VT_Point> slots_2d{&VT_Action_Table::draw_2d_polytriangle,
-                                            &VT_Action_Table::draw_2d_colorized_polytriangle};
-constexpr Triangle_Slots<VT_Point> slots_dc{&VT_Action_Table::draw_dc_polytriangle,
-                                            &VT_Action_Table::draw_dc_colorized_polytriangle};
-constexpr Triangle_Slots<VT_DCI_Point> slots_2di{&VT_Action_Table::draw_2di_polytriangle,
-                                                 &VT_Action_Table::draw_2di_colorized_polytriangle};
-constexpr Triangle_Slots<VT_DCI_Point> slots_dci{&VT_Action_Table::draw_dci_polytriangle,
-                                                 &VT_Action_Table::draw_dci_colorized_polytriangle};
+constexpr Triangle_Slots<slots::Draw_2D_Polytriangle, slots::Draw_2D_Colorized_Polytriangle> slots_2d;
+constexpr Triangle_Slots<slots::Draw_DC_Polytriangle, slots::Draw_DC_Colorized_Polytriangle> slots_dc;
+constexpr Triangle_Slots<slots::Draw_2DI_Polytriangle, slots::Draw_2DI_Colorized_Polytriangle> slots_2di;
+constexpr Triangle_Slots<slots::Draw_DCI_Polytriangle, slots::Draw_DCI_Colorized_Polytriangle> slots_dci;
 
 struct Polygon_Call {
     VT_Renderer_Data& renderer;
@@ -35,18 +31,19 @@ struct Polygon_Call {
     const VT_RGB32* color; // null = the rendition's
 };
 
-template <class Point>
-void draw_strip(const Polygon_Call& call, const Triangle_Slots<Point>& slots, std::int32_t count, const Point* points) {
+template <class Slots, class Point> void draw_strip(const Polygon_Call& call, Slots, std::int32_t count, const Point* points) {
+    using Plain = typename Slots::Plain;
+    using Colorized = typename Slots::Colorized;
+    const VT_Action_Table& actions = call.renderer.actions;
     if (call.color) {
-        const auto& slot = call.renderer.actions.*slots.colorized;
-        slot.function(*slot.owner, call.rendition, count, points, call.color, true);
+        draw_through(actions.*Colorized::place, Colorized::standard(), call.renderer, call.rendition, count, points, call.color,
+                     true);
     } else {
-        const auto& slot = call.renderer.actions.*slots.plain;
-        slot.function(*slot.owner, call.rendition, count, points);
+        draw_through(actions.*Plain::place, Plain::standard(), call.renderer, call.rendition, count, points);
     }
 }
 
-void draw_fan(const Polygon_Call& call, const Triangle_Slots<VT_Point>& slots, std::int32_t count, const VT_Point* points) {
+template <class Slots> void draw_fan(const Polygon_Call& call, Slots slots, std::int32_t count, const VT_Point* points) {
     VT_Point strip[static_cast<std::size_t>(longest_fan)];
     for (std::int32_t i = 0; i < count; ++i) {
         strip[i] = points[vorna::strip_order(i, count)];
@@ -54,20 +51,11 @@ void draw_fan(const Polygon_Call& call, const Triangle_Slots<VT_Point>& slots, s
     draw_strip(call, slots, count, strip);
 }
 
-void draw_triangulated(const Polygon_Call& call, const Triangle_Slots<VT_Point>& slots, std::int32_t count,
-                       const VT_Point* points) {
-    struct Context {
-        const Polygon_Call& call;
-        const Triangle_Slots<VT_Point>& slots;
-    } context{call, slots};
+template <class Slots> void draw_triangulated(Polygon_Call call, Slots, std::int32_t count, const VT_Point* points) {
     VT_Reference<VT_Contour_Set> contours(new VT_Contour_Set(count, points, false));
     vorna::make_unique(contours).force_projection(view_direction);
     contours->triangulate(
-        [](void* of, const VT_Point* corners) {
-            const auto& to = *static_cast<const Context*>(of);
-            draw_strip(to.call, to.slots, 3, corners);
-        },
-        &context);
+        [](void* of, const VT_Point* corners) { draw_strip(*static_cast<const Polygon_Call*>(of), Slots{}, 3, corners); }, &call);
 }
 
 // While another operation overrides the face pattern, the rendition that polygons are drawn with has that pattern. Null = the
@@ -81,8 +69,9 @@ VT_Reference<const VT_Rendition> overridden(const Software_Z_Buffer& renderer, c
     return changed;
 }
 
+template <class Slots>
 void draw_float_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_Point* points,
-                        const VT_RGB32* color, const Triangle_Slots<VT_Point>& slots) {
+                        const VT_RGB32* color, Slots slots) {
     if (count < 3) {
         return;
     }
@@ -97,9 +86,9 @@ void draw_float_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition, s
     }
 }
 
+template <class Slots, class Float_Slots>
 void draw_integer_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
-                          const VT_RGB32* color, const Triangle_Slots<VT_DCI_Point>& slots,
-                          const Triangle_Slots<VT_Point>& float_slots) {
+                          const VT_RGB32* color, Slots slots, Float_Slots float_slots) {
     if (count < 3) {
         return;
     }

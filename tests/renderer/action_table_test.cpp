@@ -56,6 +56,22 @@ void expect_case(VT_Renderer_Data& renderer, std::size_t index, bool is_tiled) {
     }
 }
 
+// An application may empty slots: polygons then draw through the host's standard strips, as drawing functions do.
+TEST(Action_Table, Polygons_draw_through_the_standard_function_of_an_empty_slot) {
+    Test_Renderer renderer(setup_of_case(1));
+    const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+    rendition->clip.hard_clip = {0, 31, 0, 31};
+    const VT_Point corners[] = {{2, 2, 0}, {20, 2, 0}, {2, 20, 0}};
+    renderer->actions.draw_2d_polytriangle = {};
+    VD_Draw_2D_Polygon(*renderer, *rendition, 3, corners, nullptr);
+    EXPECT_EQ(renderer.take_handed_over(), std::vector<std::string>{"VD_Standard_Draw_2D_Polytriangle"});
+    renderer->actions.draw_2d_colorized_polytriangle.enabled = 0;
+    const VT_RGB32 color{1, 2, 3, 255};
+    VD_Draw_2D_Polygon(*renderer, *rendition, 3, corners, &color);
+    EXPECT_EQ(renderer.take_handed_over(), std::vector<std::string>{"VD_Standard_Draw_2D_Colorized_Polytriangle"});
+    EXPECT_EQ(renderer.color().pixel(4, 4), vorna::word_of(color));
+}
+
 } // namespace
 
 TEST(Action_table, Holds_what_each_case_needs_and_leaves_the_rest_alone) {

@@ -3,6 +3,7 @@
 
 #include "renderer/core/software_z_buffer.h"
 #include "renderer/mask/mask_cache.h"
+#include "vorna/draw.h"
 
 namespace {
 
@@ -108,6 +109,44 @@ TEST_F(Mask_Cache, is_shared_through_the_option_emptied_at_establish_and_gone_wi
     renderer.establish_all();
     EXPECT_FALSE(renderer.mask_cache);
     EXPECT_FALSE(krb::find_mask(renderer, *clipped_to(7)));
+}
+
+// What a renderer with a clone forgets, the cache's own renderer still draws through.
+TEST_F(Mask_Cache, survives_that_a_renderer_with_its_clone_is_established) {
+    const VT_Reference<VT_Rendition> rendition = clipped_to(7);
+    ASSERT_TRUE(krb::find_mask(renderer, *rendition));
+    const VT_Reference<VT_Counted> clone(renderer.mask_cache->clone());
+    krb::Software_Z_Buffer other{VT_Renderer_Data()};
+    other.requested_table.find("Use Mask")->set(true);
+    other.requested_table.find("Mask Cache")->set(clone);
+    other.current_options.set_window_size({9, 9});
+    other.establish_all();
+    ASSERT_TRUE(krb::find_mask(other, *clipped_to(3)));
+    EXPECT_EQ(open_pixels(), 7);
+    renderer.establish_all();
+    ASSERT_TRUE(krb::find_mask(renderer, *rendition));
+    EXPECT_EQ(open_pixels(), 7);
+}
+
+// The host's own buffers have pixels, an application's may have none; a mask of such a window has no rows.
+TEST_F(Mask_Cache, draws_nothing_in_a_window_without_pixels) {
+    struct Empty_Buffer final : Frame_Buffer {
+        Empty_Buffer() {
+            height = 5;
+            format = Buffer_Format::rgb32;
+            rows = starts;
+        }
+        std::uint8_t* starts[5]{};
+    };
+    renderer.current_options.set_window_size({0, 5});
+    renderer.current_options.set_color_system(1);
+    renderer.requested_table.find("Color Buffer")->set(VT_Pointer(VT_Reference<VT_Counted>(new Empty_Buffer)));
+    renderer.establish_all();
+    const VT_Reference<VT_Rendition> rendition = clipped_to(7);
+    const VT_DCI_Point points[] = {{0, 0, 0}, {0, 4, 0}, {3, 2, 0}};
+    VD_Draw_2DI_Polymarker(renderer, *rendition, 3, points);
+    VD_Draw_DCI_Polytriangle(renderer, *rendition, 3, points);
+    VD_Draw_2DI_Polyline(renderer, *rendition, 3, points);
 }
 
 } // namespace
