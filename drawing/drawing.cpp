@@ -95,7 +95,7 @@ Model::Model(model::Mesh mesh) : content_(new Content{limits_of({}), "mesh", std
     if (!model::is_consistent(content_->mesh)) {
         throw Usage_Error("mesh: expected lists that belong together and finite places");
     }
-    model::finish_mesh(content_->mesh, "mesh");
+    model::finish_mesh(content_->mesh, "mesh", {}, content_->limits->threads());
 }
 
 Model::Model(Model&&) noexcept = default;

@@ -202,8 +202,9 @@ TEST(Threads, read_and_prepare_models) {
             const int status = fuzzing::run_command(line, [&] { none.emplace(INT64_MAX, 1); }).status;
             return std::pair(none->passed(), status);
         };
-        const auto [all, status] = allocations_of(arguments);
-        ASSERT_EQ(status, 0);
+        const std::pair<std::int64_t, int> outcome = allocations_of(arguments);
+        ASSERT_EQ(outcome.second, 0);
+        const std::int64_t all = outcome.first;
         EXPECT_EQ(content_of("out.png") == expected, true) << input;
         std::remove("out.png");
         std::vector<std::string> missing = arguments;
@@ -214,9 +215,9 @@ TEST(Threads, read_and_prepare_models) {
         for (int i = 0; i < moments; ++i) {
             std::optional<Failing_Allocations> failing;
             try {
-                const auto outcome = fuzzing::run_command(
+                const auto ending = fuzzing::run_command(
                     arguments, [&] { failing.emplace(before + (all - before) * i / moments, thread_count); });
-                failures += outcome.status != 0;
+                failures += ending.status != 0;
             } catch (const std::bad_alloc&) {
                 ++failures;
             }
