@@ -114,7 +114,7 @@ Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty, st
         for (Input& input : inputs) {
             reading = input.name;
             meshes.push_back(read_model(input, limits));
-            if (crease && has_made_normals(input.suffix)) {
+            if (has_made_normals(input.suffix) && crease) {
                 meshes.back().normals.clear();
             }
             input.content.reset();
