@@ -3,6 +3,7 @@
 #pragma once
 
 #include "renderer/kernels/reciprocals.h"
+#include "renderer/triangles/quads_avx2.inl"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -127,34 +128,29 @@ inline Lane_Reciprocals column_reciprocals(Int counts) {
 
 // ---- rows of pixels
 
-struct Quads {
-    alignas(32) std::uint32_t color[8][4];
-    alignas(32) std::uint16_t depth[8][4];
+inline void Quads::set_colors(const Int (&columns)[4]) {
+    const auto store = [&](int row, __m256i rows) {
+        _mm_store_si128(reinterpret_cast<__m128i*>(color[row]), _mm256_castsi256_si128(rows));
+        _mm_store_si128(reinterpret_cast<__m128i*>(color[row + 4]), _mm256_extracti128_si256(rows, 1));
+    };
+    const __m256i first_low = _mm256_unpacklo_epi32(columns[0].lanes, columns[1].lanes);
+    const __m256i second_low = _mm256_unpacklo_epi32(columns[2].lanes, columns[3].lanes);
+    store(0, _mm256_unpacklo_epi64(first_low, second_low));
+    store(1, _mm256_unpackhi_epi64(first_low, second_low));
+    const __m256i first_high = _mm256_unpackhi_epi32(columns[0].lanes, columns[1].lanes);
+    const __m256i second_high = _mm256_unpackhi_epi32(columns[2].lanes, columns[3].lanes);
+    store(2, _mm256_unpacklo_epi64(first_high, second_high));
+    store(3, _mm256_unpackhi_epi64(first_high, second_high));
+}
 
-    void set_colors(const Int (&columns)[4]) {
-        const auto store = [&](int row, __m256i rows) {
-            _mm_store_si128(reinterpret_cast<__m128i*>(color[row]), _mm256_castsi256_si128(rows));
-            _mm_store_si128(reinterpret_cast<__m128i*>(color[row + 4]), _mm256_extracti128_si256(rows, 1));
-        };
-        const __m256i first_low = _mm256_unpacklo_epi32(columns[0].lanes, columns[1].lanes);
-        const __m256i second_low = _mm256_unpacklo_epi32(columns[2].lanes, columns[3].lanes);
-        store(0, _mm256_unpacklo_epi64(first_low, second_low));
-        store(1, _mm256_unpackhi_epi64(first_low, second_low));
-        const __m256i first_high = _mm256_unpackhi_epi32(columns[0].lanes, columns[1].lanes);
-        const __m256i second_high = _mm256_unpackhi_epi32(columns[2].lanes, columns[3].lanes);
-        store(2, _mm256_unpacklo_epi64(first_high, second_high));
-        store(3, _mm256_unpackhi_epi64(first_high, second_high));
-    }
-
-    void set_depths(Int columns_01, Int columns_23) {
-        const auto store = [&](int row, __m256i rows) {
-            _mm_store_si128(reinterpret_cast<__m128i*>(depth[row]), _mm256_castsi256_si128(rows));
-            _mm_store_si128(reinterpret_cast<__m128i*>(depth[row + 4]), _mm256_extracti128_si256(rows, 1));
-        };
-        store(0, _mm256_unpacklo_epi32(columns_01.lanes, columns_23.lanes));
-        store(2, _mm256_unpackhi_epi32(columns_01.lanes, columns_23.lanes));
-    }
-};
+inline void Quads::set_depths(Int columns_01, Int columns_23) {
+    const auto store = [&](int row, __m256i rows) {
+        _mm_store_si128(reinterpret_cast<__m128i*>(depth[row]), _mm256_castsi256_si128(rows));
+        _mm_store_si128(reinterpret_cast<__m128i*>(depth[row + 4]), _mm256_extracti128_si256(rows, 1));
+    };
+    store(0, _mm256_unpacklo_epi32(columns_01.lanes, columns_23.lanes));
+    store(2, _mm256_unpackhi_epi32(columns_01.lanes, columns_23.lanes));
+}
 
 // Numbers of columns.
 struct Row_Lanes {
@@ -177,28 +173,6 @@ struct Part_Lanes {
         halves = _mm_and_si128(halves, _mm_cmpeq_epi16(_mm_and_si128(all, own_bit), own_bit));
     }
 };
-
-template <int> inline __m256i same_colors(std::int32_t pixel) {
-    return _mm256_set1_epi32(pixel);
-}
-
-template <int count> inline __m256i colors_of(const Quads* quads, int row) {
-    const __m256i first = _mm256_zextsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(quads[0].color[row])));
-    if constexpr (count == 1) {
-        return first;
-    } else {
-        return _mm256_inserti128_si256(first, _mm_load_si128(reinterpret_cast<const __m128i*>(quads[1].color[row])), 1);
-    }
-}
-
-template <int count> inline __m128i depths_of(const Quads* quads, int row) {
-    const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(quads[0].depth[row]));
-    if constexpr (count == 1) {
-        return first;
-    } else {
-        return _mm_unpacklo_epi64(first, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(quads[1].depth[row])));
-    }
-}
 
 inline void store_nearer(std::uint8_t* at, __m128i depths, Part_Lanes& lanes) {
     __m128i* const to = reinterpret_cast<__m128i*>(at);

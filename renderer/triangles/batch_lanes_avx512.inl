@@ -3,6 +3,7 @@
 #pragma once
 
 #include "renderer/kernels/reciprocals.h"
+#include "renderer/triangles/quads_avx2.inl"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -126,38 +127,33 @@ inline Lane_Reciprocals row_reciprocals(Int counts) {
 
 // ---- rows of pixels
 
-struct Quads {
-    alignas(64) std::uint32_t color[16][4];
-    alignas(64) std::uint16_t depth[16][4];
+inline void Quads::set_colors(const Int (&columns)[4]) {
+    const __m512i low = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    const __m512i high = _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+    const __m512i low_pairs = _mm512_setr_epi64(0, 8, 1, 9, 2, 10, 3, 11);
+    const __m512i high_pairs = _mm512_setr_epi64(4, 12, 5, 13, 6, 14, 7, 15);
+    const auto interleaved = [&](__m512i by, __m512i first, __m512i second) {
+        return _mm512_permutex2var_epi32(first, by, second);
+    };
+    const auto store = [&](int row, __m512i by, __m512i first, __m512i second) {
+        _mm512_store_si512(color[row], _mm512_permutex2var_epi64(first, by, second));
+    };
+    const __m512i first_low = interleaved(low, columns[0].lanes, columns[1].lanes);
+    const __m512i second_low = interleaved(low, columns[2].lanes, columns[3].lanes);
+    store(0, low_pairs, first_low, second_low);
+    store(4, high_pairs, first_low, second_low);
+    const __m512i first_high = interleaved(high, columns[0].lanes, columns[1].lanes);
+    const __m512i second_high = interleaved(high, columns[2].lanes, columns[3].lanes);
+    store(8, low_pairs, first_high, second_high);
+    store(12, high_pairs, first_high, second_high);
+}
 
-    void set_colors(const Int (&columns)[4]) {
-        const __m512i low = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
-        const __m512i high = _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
-        const __m512i low_pairs = _mm512_setr_epi64(0, 8, 1, 9, 2, 10, 3, 11);
-        const __m512i high_pairs = _mm512_setr_epi64(4, 12, 5, 13, 6, 14, 7, 15);
-        const auto interleaved = [&](__m512i by, __m512i first, __m512i second) {
-            return _mm512_permutex2var_epi32(first, by, second);
-        };
-        const auto store = [&](int row, __m512i by, __m512i first, __m512i second) {
-            _mm512_store_si512(color[row], _mm512_permutex2var_epi64(first, by, second));
-        };
-        const __m512i first_low = interleaved(low, columns[0].lanes, columns[1].lanes);
-        const __m512i second_low = interleaved(low, columns[2].lanes, columns[3].lanes);
-        store(0, low_pairs, first_low, second_low);
-        store(4, high_pairs, first_low, second_low);
-        const __m512i first_high = interleaved(high, columns[0].lanes, columns[1].lanes);
-        const __m512i second_high = interleaved(high, columns[2].lanes, columns[3].lanes);
-        store(8, low_pairs, first_high, second_high);
-        store(12, high_pairs, first_high, second_high);
-    }
-
-    void set_depths(Int columns_01, Int columns_23) {
-        const __m512i low = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
-        const __m512i high = _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
-        _mm512_store_si512(depth[0], _mm512_permutex2var_epi32(columns_01.lanes, low, columns_23.lanes));
-        _mm512_store_si512(depth[8], _mm512_permutex2var_epi32(columns_01.lanes, high, columns_23.lanes));
-    }
-};
+inline void Quads::set_depths(Int columns_01, Int columns_23) {
+    const __m512i low = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    const __m512i high = _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+    _mm512_store_si512(depth[0], _mm512_permutex2var_epi32(columns_01.lanes, low, columns_23.lanes));
+    _mm512_store_si512(depth[8], _mm512_permutex2var_epi32(columns_01.lanes, high, columns_23.lanes));
+}
 
 // One bit a column.
 struct Row_Lanes {
@@ -175,28 +171,6 @@ struct Part_Lanes {
     Part_Lanes(const Row_Lanes& rows, int row, int skipped) : bits(static_cast<__mmask8>(rows.bits[row] >> skipped)) {}
     void limit_to(std::uint32_t mask_bits) { bits = static_cast<__mmask8>(bits & mask_bits); }
 };
-
-template <int> inline __m256i same_colors(std::int32_t pixel) {
-    return _mm256_set1_epi32(pixel);
-}
-
-template <int count> inline __m256i colors_of(const Quads* quads, int row) {
-    const __m256i first = _mm256_zextsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(quads[0].color[row])));
-    if constexpr (count == 1) {
-        return first;
-    } else {
-        return _mm256_inserti128_si256(first, _mm_load_si128(reinterpret_cast<const __m128i*>(quads[1].color[row])), 1);
-    }
-}
-
-template <int count> inline __m128i depths_of(const Quads* quads, int row) {
-    const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(quads[0].depth[row]));
-    if constexpr (count == 1) {
-        return first;
-    } else {
-        return _mm_unpacklo_epi64(first, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(quads[1].depth[row])));
-    }
-}
 
 inline void store_nearer(std::uint8_t* at, __m128i depths, Part_Lanes& lanes) {
     lanes.bits = _mm_mask_cmple_epu16_mask(lanes.bits, depths, _mm_maskz_loadu_epi16(lanes.bits, at));
