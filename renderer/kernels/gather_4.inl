@@ -1,5 +1,5 @@
-// Four lanes' entries of a table, for the sets of x86-64. Lane by lane: the instruction that gathers takes 1.6 times as long on some
-// processors, and longer still where it is kept from speculation.
+// Four lanes' entries of a table, for the sets of x86-64. Lane by lane: the instruction that gathers takes 1.6 times as long on
+// some processors, and longer still where it is kept from speculation.
 #pragma once
 
 #include <cstdint>
