@@ -1,4 +1,5 @@
 // Images: every pixel follows the copy, blend or depth rule, whatever the width, the place and the mask.
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -87,9 +88,7 @@ struct Drawing {
         const std::size_t pixel_bytes = setup.has_indices() ? 1 : 4;
         const auto source = std::make_unique<std::uint8_t[]>(pixels.size() * pixel_bytes);
         for (std::size_t i = 0; i < pixels.size(); ++i) {
-            for (std::size_t byte = 0; byte < pixel_bytes; ++byte) {
-                source[i * pixel_bytes + byte] = static_cast<std::uint8_t>(pixels[i] >> 8 * byte);
-            }
+            std::memcpy(&source[i * pixel_bytes], &pixels[i], pixel_bytes);
         }
         const VT_DCI_Point start{setup.origin.x + first, setup.origin.y + top, from_z};
         const VT_DCI_Point end{setup.origin.x + last, setup.origin.y + bottom, to_z};

@@ -152,7 +152,8 @@ TEST_F(Replay_Command, tells_wrong_usage_in_one_line) {
     expect({"replay", "missing.json"}, 2, "missing.json: cannot be read: No such file or directory");
     expect({"replay", "/"}, 2, "/: cannot be read: " + folder_reason);
     expect({"replay", "-", "--module", "missing.vrd"}, 1, "missing.vrd");
-    expect({"replay", "-", "--kernels", "abacus"}, 2, "--kernels: expected portable, baseline, avx2, avx512 or neon, found 'abacus'");
+    expect({"replay", "-", "--kernels", "abacus"}, 2,
+           "--kernels: expected portable, baseline, avx2, avx512 or neon, found 'abacus'");
     expect({"replay", "-", "--color", folder.file("none/c.png")}, 1, "none/c.png: cannot be written: No such file or directory");
     EXPECT_EQ(run_vorna({"--version"}).status, 0);
     EXPECT_EQ(run_vorna({"help"}).output, run_vorna({"--help"}).output);
