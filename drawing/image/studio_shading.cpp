@@ -31,11 +31,11 @@ float clamped(float value) {
 
 } // namespace
 
-// These functions are compiled for AVX2 too where the loader can choose. Either way a lane gets the same operations.
+// These functions are compiled for AVX2 and AVX-512 too where the loader can choose. Either way a lane gets the same operations.
 #if defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__) && defined(__linux__) && !defined(__SANITIZE_THREAD__)
-#define FOR_AVX2_TOO [[gnu::target_clones("avx2", "default")]]
+#define FOR_WIDER_LANES_TOO [[gnu::target_clones("avx512f", "avx2", "default")]]
 #else
-#define FOR_AVX2_TOO
+#define FOR_WIDER_LANES_TOO
 #endif
 
 // Neighbouring pixels of a row. place: of the first one in the planes.
@@ -86,7 +86,7 @@ Studio_Shading::Studio_Shading(const Studio_Sizes& sizes, std::int32_t supersamp
     }
 }
 
-FOR_AVX2_TOO void Studio_Shading::gather(const Studio_Planes& planes, Block& block) const {
+FOR_WIDER_LANES_TOO void Studio_Shading::gather(const Studio_Planes& planes, Block& block) const {
     const std::uint32_t* numbers = &planes.faces[block.place];
     for (std::size_t i = 0; i < block_size; ++i) {
         const float depth = planes.depths[block.place + i];
@@ -104,8 +104,8 @@ FOR_AVX2_TOO void Studio_Shading::gather(const Studio_Planes& planes, Block& blo
 
 // A neighbour occludes by the angle at which it rises above the plane, and less when it rises so high that it is rather something
 // else far in front.
-FOR_AVX2_TOO void Studio_Shading::add_occlusion(const Studio_Planes& planes, const std::vector<Sample>& samples,
-                                                Block& block) const {
+FOR_WIDER_LANES_TOO void Studio_Shading::add_occlusion(const Studio_Planes& planes, const std::vector<Sample>& samples,
+                                                       Block& block) const {
     block.occlusion.fill(0);
     const float over_range = 1.0F / (1.2F * static_cast<float>(sizes_.reach));
     for (const Sample& sample : samples) {
@@ -125,7 +125,8 @@ FOR_AVX2_TOO void Studio_Shading::add_occlusion(const Studio_Planes& planes, con
 
 // Outlines, where the patch or the depth changes; ridges and grooves, where the normals on both sides turn away from each other
 // or towards each other. The border of the image is no outline.
-FOR_AVX2_TOO void Studio_Shading::add_lines(const Studio_Planes& planes, std::int32_t x, std::int32_t y, Block& block) const {
+FOR_WIDER_LANES_TOO void Studio_Shading::add_lines(const Studio_Planes& planes, std::int32_t x, std::int32_t y,
+                                                   Block& block) const {
     const std::int32_t before = sizes_.line / 2, after = sizes_.line - before;
     const auto line = static_cast<float>(sizes_.line);
     struct Neighbour {
@@ -176,7 +177,7 @@ FOR_AVX2_TOO void Studio_Shading::add_lines(const Studio_Planes& planes, std::in
     }
 }
 
-FOR_AVX2_TOO void Studio_Shading::light(const Studio_Planes& planes, Block& block) const {
+FOR_WIDER_LANES_TOO void Studio_Shading::light(const Studio_Planes& planes, Block& block) const {
     Lane_Floats red, green, blue, highlight;
     std::array<std::int32_t, block_size> columns, rows;
     const std::uint32_t *normals = &planes.normals[block.place], *numbers = &planes.faces[block.place];

@@ -24,9 +24,11 @@ model::Tile_Grid grid_of(const Plan_Request& request, std::int32_t tile_size) {
     const VT_Int_Rectangle area = request.part.area();
     grid.area = {area.left * n, (area.right + 1) * n - 1, area.bottom * n, (area.top + 1) * n - 1};
     if (tile_size > 0) {
+        // Tiles with margins that no one has asked for are about equally large: what they draw for nothing is least then.
+        const bool even = request.margin > 0 && !request.tile_size;
         const auto side = [=](std::int32_t first, std::int32_t last) {
-            const std::int32_t eight = 8 * n;
-            return std::min(tile_size * n, (last - first + eight) / eight * eight);
+            const std::int32_t eight = 8 * n, length = last - first + 1, count = even ? (length - 1) / (tile_size * n) + 1 : 1;
+            return std::min(tile_size * n, ((length - 1) / count / eight + 1) * eight);
         };
         grid.tile_size = {side(grid.area.left, grid.area.right), side(grid.area.bottom, grid.area.top)};
         grid.margin = request.margin;

@@ -122,6 +122,13 @@ void Studio::draw(const model::Scene& faces, Session& session, const VT_Renditio
     planes->resize(window.right - window.left + 1, window.top - window.bottom + 1,
                    std::max(shading_->sizes().margin() - grid_->margin, 0));
 
+    // Of the margin, numbers and depths are looked at everywhere, normals beside lines only, and colours nowhere.
+    const VT_Int_Rectangle kept = grid_->pixels(tile);
+    const std::int32_t beside = shading_->sizes().line;
+    const VT_Reference<VT_Rendition> clipped(new VT_Rendition(rendition));
+    clipped->clip.hard_clip =
+        common_part(rendition.clip.hard_clip, {kept.left - beside, kept.right + beside, kept.bottom - beside, kept.top + beside});
+
     VD_Clear_Depth_Rectangle(renderer, rendition);
     fill_with_zeros(buffer);
     geometry_.draw_numbers(renderer, rendition, tile);
@@ -131,13 +138,13 @@ void Studio::draw(const model::Scene& faces, Session& session, const VT_Renditio
         const VT_Reference<VT_Shared_Image> depths =
             session.read_depth({window.left + box.left, window.left + box.right, window.top - box.top, window.top - box.bottom});
         planes->take_faces(raster_of(*depths), shading_->faces());
-        geometry_.draw(renderer, rendition, tile);
+        geometry_.draw(renderer, *clipped, tile);
         planes->take_normals(raster_of(buffer));
     }
     paint_background(renderer, rendition, background);
     VD_Clear_Depth_Rectangle(renderer, rendition);
-    faces.draw(renderer, rendition, tile);
-    shading_->shade(*planes, window, grid_->pixels(tile), buffer.rows[window.top - window.bottom], buffer.bytes_per_row);
+    faces.draw(renderer, *clipped, tile);
+    shading_->shade(*planes, window, kept, buffer.rows[window.top - window.bottom], buffer.bytes_per_row);
     give_back(std::move(planes));
 }
 
