@@ -15,7 +15,7 @@ bool is_big_endian(std::string_view bytes) noexcept {
 
 // Unit of 16 bits at a place.
 std::uint32_t unit_at(std::string_view bytes, std::size_t place, bool big_endian) noexcept {
-    const auto first = static_cast<unsigned char>(bytes[place]), second = static_cast<unsigned char>(bytes[place + 1]);
+    const std::uint32_t first = static_cast<unsigned char>(bytes[place]), second = static_cast<unsigned char>(bytes[place + 1]);
     return big_endian ? first << 8U | second : second << 8U | first;
 }
 

@@ -67,7 +67,7 @@ std::uint32_t embedded_image_number(Mesh& mesh, const std::string& name, const a
 
 // The image of the first of the types that has one. The first image of a material says where all of them lie; one that takes
 // other texture coordinates is left out.
-std::uint32_t read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file, Paint& paint,
+std::uint32_t read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file, Assimp_Paint& paint,
                          std::initializer_list<aiTextureType> types) {
     for (const aiTextureType type : types) {
         aiString path;
@@ -95,7 +95,7 @@ std::uint32_t read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& fro
 }
 
 // In glTF one image holds metal and roughness, and assimp calls that of occlusion a light map. Elsewhere light maps hold light.
-void read_images(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file, Paint& paint) {
+void read_images(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file, Assimp_Paint& paint) {
     const auto read = [&](std::initializer_list<aiTextureType> types) {
         return read_image(mesh, scene, from, file, paint, types);
     };
@@ -116,7 +116,7 @@ void read_images(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const
 
 // Metal and roughness where glTF and others state them, else the specular colour of older formats. What images hold is multiplied
 // with the numbers; a surface that is drawn without its images is no metal and does not glow.
-void read_finish(const aiMaterial& from, Paint& paint) {
+void read_finish(const aiMaterial& from, Assimp_Paint& paint) {
     constexpr float usual_roughness = 0.5F;
     const auto number_of = [&from](const char* key, unsigned type, unsigned index) -> std::optional<float> {
         float number = 0;
@@ -181,8 +181,8 @@ bool is_gltf(const aiMaterial& material) {
     return material.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == AI_SUCCESS;
 }
 
-Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file) {
-    Paint paint;
+Assimp_Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file) {
+    Assimp_Paint paint;
     paint.gltf = is_gltf(from);
     read_images(mesh, scene, from, file, paint);
     const bool textured = paint.material.image != no_image;
@@ -217,7 +217,7 @@ Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const
     return paint;
 }
 
-VT_RGB32 vertex_color(const aiMesh& part, unsigned v, const Paint& paint) {
+VT_RGB32 vertex_color(const aiMesh& part, unsigned v, const Assimp_Paint& paint) {
     if (!part.HasVertexColors(0)) {
         return paint.color;
     }
@@ -231,7 +231,7 @@ VT_RGB32 vertex_color(const aiMesh& part, unsigned v, const Paint& paint) {
     return {product(own.blue, paint.color.blue), product(own.green, paint.color.green), product(own.red, paint.color.red), 255};
 }
 
-Texture_Point coordinate(const aiMesh& part, unsigned v, const Paint& paint) {
+Texture_Point coordinate(const aiMesh& part, unsigned v, const Assimp_Paint& paint) {
     if (paint.channel >= AI_MAX_NUMBER_OF_TEXTURECOORDS || !part.HasTextureCoords(paint.channel)) {
         return {};
     }

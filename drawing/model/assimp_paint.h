@@ -34,7 +34,7 @@ struct Coordinate_Transform {
 };
 
 // What a material says, beyond what the mesh needs to know of it.
-struct Paint {
+struct Assimp_Paint {
     Material material;
     VT_RGB32 color{0, 0, 0, 0};
     unsigned channel = 0; // of texture coordinates
@@ -45,10 +45,10 @@ struct Paint {
 bool is_gltf(const aiMaterial& material);
 
 // Adds the material's images to those of the mesh, under the names that the model gives them. file: of the model.
-Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file);
+Assimp_Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file);
 
 // Of a vertex: its colour, and its place in the material's images.
-VT_RGB32 vertex_color(const aiMesh& part, unsigned v, const Paint& paint);
-Texture_Point coordinate(const aiMesh& part, unsigned v, const Paint& paint);
+VT_RGB32 vertex_color(const aiMesh& part, unsigned v, const Assimp_Paint& paint);
+Texture_Point coordinate(const aiMesh& part, unsigned v, const Assimp_Paint& paint);
 
 } // namespace vorna::drawing::model

@@ -31,7 +31,7 @@ namespace {
 
 // Adds the vertices of a part, those that are equal once, and returns their numbers. assimp's own step for it takes most of the
 // time of reading.
-std::vector<std::uint32_t> append_vertices(Mesh& mesh, const aiMesh& part, const Paint& paint, const std::string& file) {
+std::vector<std::uint32_t> append_vertices(Mesh& mesh, const aiMesh& part, const Assimp_Paint& paint, const std::string& file) {
     using Vertex_Table = Tuple_Table<9>;
     std::vector<Vertex_Table::Tuple> vertices(part.mNumVertices); // position, normal, texture coordinates, colour
     for (unsigned v = 0; v < part.mNumVertices; ++v) {
@@ -71,9 +71,10 @@ std::vector<std::uint32_t> append_vertices(Mesh& mesh, const aiMesh& part, const
     return numbers;
 }
 
-void append(Mesh& mesh, const aiMesh& part, const std::vector<Paint>& paints, const std::string& file, Load_Limits& limits) {
+void append(Mesh& mesh, const aiMesh& part, const std::vector<Assimp_Paint>& paints, const std::string& file,
+            Load_Limits& limits) {
     const bool known = part.mMaterialIndex < paints.size();
-    const Paint paint = known ? paints[part.mMaterialIndex] : Paint{};
+    const Assimp_Paint paint = known ? paints[part.mMaterialIndex] : Assimp_Paint{};
     const std::vector<std::uint32_t> numbers = append_vertices(mesh, part, paint, file);
     std::vector<std::uint32_t> corners;
     std::vector<VT_Vector> places;
@@ -125,7 +126,7 @@ Mesh read_with(aiFileIO* files, const std::string& name, const Input& input, Loa
         library.aiApplyPostProcessing(scene, aiProcess_TransformUVCoords);
     }
     Mesh mesh;
-    std::vector<Paint> paints;
+    std::vector<Assimp_Paint> paints;
     for (unsigned m = 0; m < scene->mNumMaterials; ++m) {
         paints.push_back(read_paint(mesh, *scene, *scene->mMaterials[m], file));
         mesh.materials.push_back(paints.back().material);

@@ -155,7 +155,7 @@ void Scene_Renderer::cut_strips() {
         }
         finish(end);
     }
-    std::ranges::stable_partition(runs_, [](const Run& run) { return is_back(run.manner); });
+    std::stable_partition(runs_.begin(), runs_.end(), [](const Run& run) { return is_back(run.manner); });
 }
 
 Extent Scene_Renderer::extent_of(const Run& run) const {
