@@ -2,6 +2,7 @@
 #include "drawing/job/image_plan.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "drawing/files/memory.h"
 #include "drawing/files/usage_error.h"
@@ -14,6 +15,9 @@ namespace vorna::drawing {
 namespace {
 
 constexpr std::int64_t largest_single_tile = std::int64_t{1} << 22; // pixels
+// Of drawings with margins, on one thread: larger tiles draw less twice.
+constexpr std::int64_t largest_single_tile_with_margin = std::int64_t{1} << 23;
+constexpr std::int32_t tile_size_with_margin = 2048; // where there are as many tiles as threads
 constexpr std::int32_t tile_sizes[] = {1024, 512, 256, 128, 64};
 // Of a renderer, besides its buffers.
 constexpr std::uint64_t renderer_memory = std::uint64_t{1} << 20;
@@ -73,13 +77,17 @@ Image_Plan plan_image(const Plan_Request& request) {
     } else if (request.tile_size) {
         sizes.push_back(*request.tile_size);
     } else {
-        const bool is_small = std::int64_t{size.x} * size.y <= largest_single_tile;
+        const bool is_small =
+            std::int64_t{size.x} * size.y <=
+            (request.margin > 0 && request.threads == 1 ? largest_single_tile_with_margin : largest_single_tile);
         if (request.part.is_whole() && fits_one_buffer && (is_small || request.prefers_one_piece)) {
             sizes.push_back(0);
         }
-        for (const std::int32_t drawn_size : tile_sizes) {
-            sizes.push_back(std::max(drawn_size / request.supersample / 8 * 8, 8));
+        const auto file_size = [&](std::int32_t drawn_size) { return std::max(drawn_size / request.supersample / 8 * 8, 8); };
+        if (request.margin > 0 && grid_of(request, file_size(tile_size_with_margin)).count() >= request.threads) {
+            sizes.push_back(file_size(tile_size_with_margin));
         }
+        std::ranges::transform(tile_sizes, std::back_inserter(sizes), file_size);
     }
     std::uint64_t least = UINT64_MAX;
     for (unsigned threads = request.threads; threads > 0; threads /= 2) {
