@@ -61,10 +61,7 @@ int main(int count, char** arguments) {
         const vorna::app::Program program = vorna::app::make_program();
         return finish_output(vorna::app::run_command_line(program, {arguments + std::min(count, 1), arguments + count}));
     } catch (const vorna::drawing::Interrupted& interrupted) {
-        // Unfinished files are removed; the signal now has its default effect.
-        std::signal(interrupted.signal, SIG_DFL);
-        std::raise(interrupted.signal);
-        return vorna::app::exit_status::failed;
+        vorna::drawing::end_by_signal(interrupted.signal);
     } catch (const std::exception& error) {
         return complain(vorna::app::ending_of(error));
     }

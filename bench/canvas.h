@@ -16,6 +16,9 @@ namespace bench {
 
 enum class Shading { flat, gouraud, textured };
 
+// Of the slots that points go through: device points, whole or not, with depth or without, or transformed points in space.
+enum class Form { dci, dc, plane_di, plane, space };
+
 struct Surface {
     Shading shading = Shading::flat;
     bool depth = false;
@@ -23,7 +26,7 @@ struct Surface {
     bool palette = false;         // 8-bit indices instead of colours
     std::optional<Circle> clip{}; // drawn through the complex clip of a mask
     bool smoothed = false;        // lines
-    bool plane = false;           // lines go through the slots whose points have no depth
+    Form form = Form::dci;        // of flat strips and lines
     VT_Int_Pair size = window_size;
 };
 

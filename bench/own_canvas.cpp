@@ -58,6 +58,11 @@ public:
             rendition_.face.material = noise_material();
         }
         rendition_.line.flags = surface.smoothed ? vorna::line_flag::smoothed : 0;
+        if (const auto* scene = std::get_if<Scene>(&subject)) {
+            convert(scene->points);
+        } else if (const auto* lines = std::get_if<Lines>(&subject)) {
+            convert(lines->points);
+        }
         const auto* polylines = std::get_if<Polylines>(&subject);
         if (polylines && polylines->dashed) {
             rendition_.line.line_types = dashes();
@@ -98,8 +103,23 @@ public:
     }
 
 private:
+    // The points of forms that do not take device points; nothing of this is timed.
+    void convert(const std::vector<VT_DCI_Point>& points) {
+        for (const VT_DCI_Point& point : points) {
+            if (surface_.form == Form::dc || surface_.form == Form::plane) {
+                float_points_.push_back({static_cast<float>(point.x), static_cast<float>(point.y), static_cast<float>(point.z)});
+            } else if (surface_.form == Form::space) {
+                double_points_.push_back({1.0 * point.x, 1.0 * point.y, 1.0 * point.z});
+            }
+        }
+    }
+
     void draw_all(const Scene& scene) {
-        scene.for_each_strip([this](const Strip& strip) { draw_strip(strip); });
+        if (surface_.form == Form::dci) {
+            scene.for_each_strip([this](const Strip& strip) { draw_strip(strip); });
+        } else {
+            draw_flat_strips(scene);
+        }
         if (!scene.polygon.empty()) {
             VD_Draw_2D_Polygon(renderer_, rendition_, static_cast<std::int32_t>(scene.polygon.size()), scene.polygon.data(),
                                nullptr);
@@ -121,22 +141,55 @@ private:
         }
     }
 
+    void draw_flat_strips(const Scene& scene) {
+        const auto draw = [&](const auto& slot, const auto& points) {
+            scene.for_each_strip([&](const Strip& strip) {
+                slot(renderer_, rendition_, strip.length, points.data() + (strip.points - scene.points.data()), strip.colors + 2,
+                     false);
+            });
+        };
+        switch (surface_.form) {
+        case Form::dci:
+            return draw(VD_Draw_DCI_Colorized_Polytriangle, scene.points);
+        case Form::dc:
+            return draw(VD_Draw_DC_Colorized_Polytriangle, float_points_);
+        case Form::plane_di:
+            return draw(VD_Draw_2DI_Colorized_Polytriangle, scene.points);
+        case Form::plane:
+            return draw(VD_Draw_2D_Colorized_Polytriangle, float_points_);
+        case Form::space:
+            return draw(VD_Draw_3D_Colorized_Polytriangle, double_points_);
+        }
+    }
+
+    void draw_flat_lines(const Lines& lines) {
+        // Every line is a polyline of its own: the points of one call would be joined.
+        const auto draw = [&](const auto& slot, const auto& points) {
+            for (std::size_t i = 0; i < points.size(); i += 2) {
+                slot(renderer_, rendition_, 2, &points[i], &lines.colors[i], true);
+            }
+        };
+        switch (surface_.form) {
+        case Form::dci:
+            return draw(VD_Draw_DCI_Colorized_Polyline, lines.points);
+        case Form::dc:
+            return draw(VD_Draw_DC_Colorized_Polyline, float_points_);
+        case Form::plane_di:
+            return draw(VD_Draw_2DI_Colorized_Polyline, lines.points);
+        case Form::plane:
+            return draw(VD_Draw_2D_Colorized_Polyline, float_points_);
+        case Form::space:
+            return draw(VD_Draw_3D_Colorized_Polyline, double_points_);
+        }
+    }
+
     void draw_all(const Lines& lines) {
-        if (surface_.plane) {
-            draw_colorized(VD_Draw_2DI_Colorized_Polyline, lines);
-        } else if (surface_.shading == Shading::flat) {
-            draw_colorized(VD_Draw_DCI_Colorized_Polyline, lines);
+        if (surface_.shading == Shading::flat) {
+            draw_flat_lines(lines);
         } else {
             for (std::size_t i = 0; i < lines.points.size(); i += 2) {
                 VD_Draw_DCI_Gouraud_Polyline(renderer_, rendition_, 2, &lines.points[i], &lines.colors[i]);
             }
-        }
-    }
-
-    // Every line is a polyline of its own: the points of one call would be joined.
-    void draw_colorized(const auto& slot, const Lines& lines) {
-        for (std::size_t i = 0; i < lines.points.size(); i += 2) {
-            slot(renderer_, rendition_, 2, &lines.points[i], &lines.colors[i], true);
         }
     }
 
@@ -166,6 +219,8 @@ private:
 
     Surface surface_;
     const Subject& subject_;
+    std::vector<VT_Point> float_points_;
+    std::vector<VT_Point_D> double_points_;
     VT_Reference<VT_Renderer_Data> prototype_{new VT_Renderer_Data};
     VT_Reference<VT_Rendition> rendition_holder_{new VT_Rendition};
     vorna::Module::Renderer owner_;

@@ -11,7 +11,7 @@ namespace {
 constexpr const char* nothing = "–";
 
 template <class... Arguments> std::string formatted(const char* format, Arguments... arguments) {
-    char text[64];
+    char text[96];
     std::snprintf(text, sizeof text, format, arguments...);
     return text;
 }
@@ -41,21 +41,31 @@ const Timed_Side* best_peer(const Result& result) {
 // In the workload's unit.
 std::optional<double> goal_of(const Result& result) {
     const Goal& goal = result.workload->goal;
+    const double value = goal.value_for(result.kernel_set);
+    if (value == 0) {
+        return std::nullopt;
+    }
     const auto from_memory = [&](const Time& time) {
         const double pixel_bytes = 4;
-        return goal.value * result.block_bytes / time.median / pixel_bytes / unit_of(result.workload->counts).size;
+        return value * result.block_bytes / time.median / pixel_bytes / unit_of(result.workload->counts).size;
     };
     switch (goal.of) {
     case Goal::Of::none:
         break;
     case Goal::Of::rate:
-        return goal.value;
+        return value;
     case Goal::Of::memset:
         return from_memory(result.memset);
     case Goal::Of::memcpy:
         return from_memory(result.memcpy);
     case Goal::Of::reference:
-        return result.reference ? std::optional(goal.value * value_of(result, *result.reference)) : std::nullopt;
+        return result.reference ? std::optional(value * value_of(result, *result.reference)) : std::nullopt;
+    case Goal::Of::best_peer:
+        if (const Timed_Side* best = best_peer(result)) {
+            const double peers = value_of(result, best->time);
+            return result.workload->counts == Counts::frames ? peers / value : peers * value;
+        }
+        break;
     }
     return std::nullopt;
 }
@@ -90,14 +100,16 @@ std::string markdown(const Context& context, const std::vector<Result>& results)
         text += text.empty() ? "" : "; ";
         text.append(name).append(": ").append(value);
     }
-    text += ".\n\n|  | workload | unit | krb.vrd | best peer |  | krb.vrd ÷ peer | goal | of the goal | of the limit |";
+    text +=
+        ".\n\n|  | workload | kernel set | unit | krb.vrd | best peer |  | krb.vrd ÷ peer | goal | of the goal | of the limit |";
     text += varied ? " varied ÷ exact |" : "";
     text += beside ? " ÷ other build |" : "";
-    text += "\n|---|---|---|---:|---:|---|---:|---:|---:|---:|";
+    text += "\n|---|---|---|---|---:|---:|---|---:|---:|---:|---:|";
     text += std::string(varied ? "---:|" : "") + (beside ? "---:|" : "") + '\n';
     for (const Result& result : results) {
         const Workload& workload = *result.workload;
-        text += "| " + workload.group + " | " + workload.title + " | " + unit_of(workload.counts).title + " | ";
+        text += "| " + workload.group + " | " + workload.title + " | " + result.kernel_set + " | " +
+                unit_of(workload.counts).title + " | ";
         if (!result.failure.empty()) {
             text += "not measured | – | – | – | – | – | – |";
             text += std::string(varied ? " – |" : "") + (beside ? " – |" : "") + '\n';
@@ -133,6 +145,7 @@ std::string json(const Context& context, const std::vector<Result>& results) {
         nlohmann::ordered_json row{{"group", result.workload->group},
                                    {"name", result.workload->name},
                                    {"title", result.workload->title},
+                                   {"kernel_set", result.kernel_set},
                                    {"unit", unit_of(result.workload->counts).title}};
         if (!result.failure.empty()) {
             row["failure"] = result.failure;
@@ -149,7 +162,8 @@ std::string json(const Context& context, const std::vector<Result>& results) {
         }
         for (const auto& [who, time, amount] : {std::tuple{"reference", result.reference, result.amount},
                                                 {"varied", result.varied, result.varied_amount},
-                                                {"other build", result.beside, result.amount}}) {
+                                                {"other build", result.beside, result.amount},
+                                                {"portable", result.portable, result.amount}}) {
             if (time) {
                 add(who, *time, amount);
             }
@@ -171,10 +185,10 @@ std::string json(const Context& context, const std::vector<Result>& results) {
 
 std::string summary(const Result& result) {
     if (!result.failure.empty()) {
-        return result.workload->name + ": " + result.failure;
+        return result.workload->name + " (" + result.kernel_set + "): " + result.failure;
     }
-    std::string text = formatted("%-20s %9s %-10s", result.workload->name.c_str(), digits(value_of(result, result.ours)).c_str(),
-                                 unit_of(result.workload->counts).title);
+    std::string text = formatted("%-22s %-8s %9s %-10s", result.workload->name.c_str(), result.kernel_set.c_str(),
+                                 digits(value_of(result, result.ours)).c_str(), unit_of(result.workload->counts).title);
     const auto add = [&text](const char* name, const std::optional<double>& value) {
         text += value ? formatted(" %s %.2f", name, *value) : "";
     };

@@ -17,15 +17,17 @@ struct Timed_Side {
     Time time;
 };
 
-// The times of one workload. Those that were not measured are nothing.
+// The times of one workload with one kernel set. Those that were not measured are nothing.
 struct Result {
-    const Workload* workload;
-    double amount, varied_amount, bytes, image_bytes; // image_bytes: of one copied image, else 0
-    double block_bytes;                               // that memset sets and memcpy copies
+    const Workload* workload = nullptr;
+    std::string kernel_set;
+    double amount = 0, varied_amount = 0, bytes = 0;
+    double image_bytes = 0; // of one copied image, else 0
+    double block_bytes = 0; // that memset sets and memcpy copies
     Time ours, memset, memcpy;
     std::vector<Timed_Side> peers;
-    std::optional<Time> reference, varied, beside;
-    std::string failure; // why it was not measured; empty = it was
+    std::optional<Time> reference, varied, beside, portable; // portable: the same with plain C++
+    std::string failure;                                     // why it was not measured; empty = it was
 };
 
 // Names and values of what the figures depend on.

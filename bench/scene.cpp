@@ -88,23 +88,57 @@ Scene scattered_triangles(std::int32_t legs, std::int32_t count, const Variation
     return scene;
 }
 
+namespace {
+
+// A layer of strips that tile the window.
+void add_layer(Scene& scene, std::int32_t legs, Random& random, const auto& depth) {
+    for (std::int32_t y = 0, height = random.varied(legs); y + height < window_size.y; y += height) {
+        std::int32_t points = 0;
+        for (std::int32_t x = 0; x < window_size.x; x += random.varied(legs)) {
+            for (const std::int32_t row : {y, y + height}) {
+                scene.points.push_back({x, row, depth()});
+                scene.colors.push_back(random.color());
+                ++points;
+            }
+        }
+        scene.lengths.push_back(points);
+    }
+}
+
+} // namespace
+
 Scene tiled_triangles(std::int32_t legs, std::int32_t layers, const Variation& variation) {
     Random random(variation);
     Scene scene;
     for (std::int32_t layer = 0; layer < layers; ++layer) {
-        for (std::int32_t y = 0, height = random.varied(legs); y + height < window_size.y; y += height) {
-            std::int32_t points = 0;
-            for (std::int32_t x = 0; x < window_size.x; x += random.varied(legs)) {
-                for (const std::int32_t row : {y, y + height}) {
-                    scene.points.push_back({x, row, random.depth()});
-                    scene.colors.push_back(random.color());
-                    ++points;
-                }
-            }
-            scene.lengths.push_back(points);
-        }
+        add_layer(scene, legs, random, [&random] { return random.depth(); });
     }
     return scene;
+}
+
+Scene layered_triangles(std::int32_t legs, std::int32_t layers, Layer_Order order, const Variation& variation) {
+    Random random(variation);
+    Scene sorted;
+    const std::int32_t range = 65536 / layers;
+    for (std::int32_t layer = 0; layer < layers; ++layer) {
+        const std::int32_t place = order == Layer_Order::front_first ? layer : layers - 1 - layer;
+        add_layer(sorted, legs, random, [&, nearest = place * range] { return nearest + random.below(range); });
+    }
+    if (order != Layer_Order::shuffled) {
+        return sorted;
+    }
+    std::vector<Strip> strips;
+    sorted.for_each_strip([&strips](const Strip& strip) { strips.push_back(strip); });
+    Scene shuffled;
+    while (!strips.empty()) {
+        const auto chosen = strips.begin() + random.below(static_cast<std::int32_t>(strips.size()));
+        shuffled.points.insert(shuffled.points.end(), chosen->points, chosen->points + chosen->length);
+        shuffled.colors.insert(shuffled.colors.end(), chosen->colors, chosen->colors + chosen->length);
+        shuffled.lengths.push_back(chosen->length);
+        *chosen = strips.back();
+        strips.pop_back();
+    }
+    return shuffled;
 }
 
 Scene long_strip(std::int32_t count) {

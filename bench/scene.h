@@ -61,6 +61,12 @@ Scene scattered_triangles(std::int32_t legs, std::int32_t count, const Variation
 // The window tiled with right triangles in strips, so many layers deep, with random depths.
 Scene tiled_triangles(std::int32_t legs, std::int32_t layers, const Variation& variation = {});
 
+enum class Layer_Order { front_first, back_first, shuffled };
+
+// The same, but every layer has depths of its own, nearer or farther than all of another layer's, and layers come in that order;
+// shuffled, the strips of all layers do.
+Scene layered_triangles(std::int32_t legs, std::int32_t layers, Layer_Order order, const Variation& variation = {});
+
 // One strip of so many points, 10 pixels high, along the rows of the window and back to its beginning.
 Scene long_strip(std::int32_t count);
 

@@ -94,7 +94,7 @@ void add_triangles(List& list, const std::string& model) {
          with,
          Counts::pixels,
          with_depth,
-         {Of::rate, 3300}},
+         {Of::best_peer, 5.5, 5, 3.5}},
         {"W3",
          "gouraud_512",
          "Gouraud, depth, legs 512",
@@ -104,7 +104,7 @@ void add_triangles(List& list, const std::string& model) {
          with,
          Counts::pixels,
          with_depth,
-         {Of::rate, 1300}},
+         {Of::best_peer, 6, 4.5, 3}},
         {"W4",
          "blended_512",
          "Gouraud colour and alpha, blended, legs 512",
@@ -114,7 +114,7 @@ void add_triangles(List& list, const std::string& model) {
          Clears::none,
          Counts::pixels,
          {llvmpipe(triangle_edge), sdl(triangle_edge), agg(triangle_edge)},
-         {Of::rate, 1060}},
+         {Of::best_peer, 6.5, 5, 3}},
         {"W5",
          "textured_512",
          "texture × Gouraud, depth, legs 512",
@@ -124,7 +124,7 @@ void add_triangles(List& list, const std::string& model) {
          with,
          Counts::pixels,
          with_depth,
-         {Of::rate, 650}},
+         {Of::best_peer, 4.5, 3, 2}},
         {"W6",
          "flat_8",
          "strips, flat, depth, legs 8",
@@ -134,7 +134,7 @@ void add_triangles(List& list, const std::string& model) {
          with,
          Counts::triangles,
          small,
-         {Of::rate, 14}},
+         {Of::best_peer, 9, 5, 3.5}},
         {"W6",
          "gouraud_3",
          "strips, Gouraud, depth, legs 3",
@@ -144,7 +144,7 @@ void add_triangles(List& list, const std::string& model) {
          with,
          Counts::triangles,
          small,
-         {Of::rate, 17}},
+         {Of::best_peer, 8, 5, 3.5}},
     };
     for (const Workload& row : rows) {
         list.add(row);
@@ -158,7 +158,7 @@ void add_triangles(List& list, const std::string& model) {
               Clears::all,
               Counts::frames,
               small,
-              {Of::rate, 6}});
+              {Of::best_peer, 6, 4, 3}});
     for (const int i : {0, 1, 2}) {
         list.add_palette(rows[i], i < 2 ? 0.8 : 0.5);
     }
@@ -171,11 +171,14 @@ void add_lines(List& list) {
     static constexpr std::int32_t count = 20000;
     struct Length {
         std::int32_t pixels;
-        double goal, smoothed_goal;
+        Goal goal, smoothed_goal;
     };
+    using Of = Goal::Of;
     std::vector<Workload> siblings;
     for (const bool smoothed : {false, true}) {
-        for (const Length& length : {Length{10, 22, 4}, Length{50, 8.5, 1.5}, Length{300, 2.5, 0.4}}) {
+        for (const Length& length : {Length{10, {Of::best_peer, 1.8, 1.5, 1.3}, {Of::rate, 4}},
+                                     Length{50, {Of::best_peer, 2.2, 2, 1.7}, {Of::rate, 1.5}},
+                                     Length{300, {Of::best_peer, 1.8, 1.8, 1.8}, {Of::rate, 0.4}}}) {
             const std::int32_t pixels = length.pixels;
             const std::string size = std::to_string(pixels);
             Workload row{smoothed ? "W8" : "W7",
@@ -187,7 +190,7 @@ void add_lines(List& list) {
                          Clears::none,
                          Counts::lines,
                          {},
-                         {Goal::Of::rate, smoothed ? length.smoothed_goal : length.goal}};
+                         smoothed ? length.smoothed_goal : length.goal};
             row.peers = smoothed ? std::vector{llvmpipe(smooth_edge), cairo(smooth_edge), agg(smooth_edge)}
                                  : std::vector{llvmpipe(step_edge), sdl(step_edge), cairo(band_edge), agg(step_edge)};
             list.add(row);
@@ -218,7 +221,7 @@ void add_images(List& list) {
                      Clears::none,
                      Counts::pixels,
                      {sdl(0), cairo(0), pixman(), agg(0)},
-                     blended ? Goal{Goal::Of::rate, 2600} : Goal{Goal::Of::memcpy, 1}};
+                     blended ? Goal{Goal::Of::best_peer, 2.2, 1.8, 1.2} : Goal{Goal::Of::best_peer, 1, 1, 1}};
         if (!blended) {
             row.peers.push_back({"memcpy by rows", make_memcpy_canvas, 0});
         }
@@ -233,11 +236,15 @@ void add_images(List& list) {
 void add_circles(List& list) {
     struct Radius {
         std::int32_t pixels, count;
-        double filled_goal, outline_goal;
+        double filled_goal;
+        Goal outline_goal;
     };
+    using Of = Goal::Of;
     std::vector<Workload> siblings;
     for (const bool filled : {true, false}) {
-        for (const Radius& radius : {Radius{5, 20000, 5500, 10000}, Radius{50, 1000, 250, 1200}, Radius{300, 50, 16, 200}}) {
+        for (const Radius& radius :
+             {Radius{5, 20000, 5500, {Of::best_peer, 2, 2, 2}}, Radius{50, 1000, 250, {Of::best_peer, 2, 2, 2}},
+              Radius{300, 50, 16, {Of::best_peer, 1.5, 1.4, 1.3}}}) {
             const std::int32_t r = radius.pixels, count = radius.count;
             const std::int32_t pixels = filled ? 3 * r * r : 6 * r;
             // Filled, a quarter of a pixel along the edge; AGG's circles are a pixel lower and narrower.
@@ -252,7 +259,7 @@ void add_circles(List& list) {
                          Clears::none,
                          Counts::circles,
                          {},
-                         {Goal::Of::rate, filled ? radius.filled_goal : radius.outline_goal}};
+                         filled ? Goal{Of::rate, radius.filled_goal} : radius.outline_goal};
             row.peers = filled ? std::vector{llvmpipe(edge), sdl(edge), cairo(edge), agg(2 * edge)}
                                : std::vector{llvmpipe(band_edge), sdl(band_edge), cairo(band_edge), agg(2 * band_edge)};
             list.add(row);
@@ -291,8 +298,6 @@ void add_others(List& list) {
               Clears::none,
               Counts::lines,
               {llvmpipe(step_edge)}});
-    list.add(
-        {"–", "plane_lines_50", "lines in 2D form, length 50", lines, sparse, {.plane = true}, Clears::none, Counts::lines, {}});
     list.add(polylines("dashed", "dashed polyline of 100,000 points", [] { return wandering_polyline(100000, true); }));
     list.add(polylines("dashes", "its dashes as plain lines", [] { return dashes_of(wandering_polyline(100000, true)); }));
     list.add({"–",
@@ -306,7 +311,67 @@ void add_others(List& list) {
               {}});
 }
 
+// What a call costs through each form, beside the form DCI: one line or one triangle a call, all inside the window.
+void add_forms(List& list) {
+    const auto lines = [](const Variation& variation) -> Subject { return scattered_lines(10, 20000, variation); };
+    const auto triangles = [](const Variation& variation) -> Subject { return scattered_triangles(8, 20000, variation); };
+    struct Kind {
+        const char *name, *title;
+        Form form;
+    };
+    for (const Kind& kind : {Kind{"dc", "DC", Form::dc}, Kind{"2di", "2DI", Form::plane_di}, Kind{"2d", "2D", Form::plane},
+                             Kind{"3d", "3D", Form::space}}) {
+        const auto add = [&](const char* name, const char* title, const auto& make, Counts counts) {
+            list.add({"forms",
+                      std::string("form_") + kind.name + name,
+                      std::string(title) + ", form " + kind.title,
+                      make,
+                      {},
+                      {.form = kind.form},
+                      Clears::none,
+                      counts,
+                      {},
+                      {Goal::Of::reference, 1 / 1.3},
+                      Surface{}});
+        };
+        add("_line", "line of 2 points, length 10", lines, Counts::lines);
+        add("_strip", "strip of 3 points, legs 8", triangles, Counts::triangles);
+    }
+}
+
+// Layers that hide one another: what a look at the depths of whole blocks saves.
+void add_layers(List& list) {
+    struct Order {
+        const char *name, *title;
+        Layer_Order order;
+    };
+    for (const Order& order : {Order{"layers_front_first", "16 layers, front to back", Layer_Order::front_first},
+                               Order{"layers_back_first", "16 layers, back to front", Layer_Order::back_first},
+                               Order{"layers_shuffled", "16 layers, shuffled", Layer_Order::shuffled}}) {
+        list.add({"layers",
+                  order.name,
+                  order.title,
+                  [order](const Variation& variation) -> Subject { return layered_triangles(64, 16, order.order, variation); },
+                  {},
+                  {Shading::gouraud, true},
+                  Clears::depth,
+                  Counts::pixels,
+                  {llvmpipe(triangle_edge)}});
+    }
+}
+
 } // namespace
+
+double Goal::value_for(std::string_view kernel_set) const noexcept {
+    switch (of) {
+    case Of::rate:
+        return kernel_set == "avx512" ? value : 0;
+    case Of::best_peer:
+        return kernel_set == "avx512" ? value : kernel_set == "avx2" ? avx2 : kernel_set == "baseline" ? baseline : 0;
+    default:
+        return value;
+    }
+}
 
 Unit unit_of(Counts counts) {
     switch (counts) {
@@ -385,6 +450,8 @@ std::vector<Workload> workloads(const std::string& model) {
     add_images(list);
     add_circles(list);
     add_others(list);
+    add_forms(list);
+    add_layers(list);
     return list.all;
 }
 

@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "bench/canvas.h"
@@ -29,10 +30,15 @@ struct Peer {
     double edge_share; // largest difference in the number of painted pixels
 };
 
-// A rate, or a share of the rate that is measured for something else; of frames, a time in milliseconds.
+// A rate, for the kernel set avx512 only; or a share of the rate that is measured for something else.
 struct Goal {
-    enum class Of { none, rate, memset, memcpy, reference } of = Of::none;
+    enum class Of { none, rate, memset, memcpy, reference, best_peer } of = Of::none;
     double value = 0;
+    // Shares of the best peer's rate with narrower kernel sets; value is that of avx512.
+    double avx2 = 0, baseline = 0;
+
+    // 0 = none.
+    double value_for(std::string_view kernel_set) const noexcept;
 };
 
 struct Workload {

@@ -1,6 +1,7 @@
 // The drawing library: models and maps, from files or arrays, as images.
 #include "drawing/drawing.h"
 
+#include <algorithm>
 #include <csignal>
 #include <stdexcept>
 #include <utility>
@@ -12,12 +13,14 @@
 #include "drawing/job/map_drawing.h"
 #include "drawing/job/model_style.h"
 #include "drawing/model/model_reader.h"
+#include "drawing/settings_checks.h"
 #include "vorna/module.h"
 
 namespace vorna::drawing {
 namespace {
 
 std::shared_ptr<Load_Limits> limits_of(const Reading& reading) {
+    check(reading);
     return std::make_shared<Load_Limits>(reading.max_memory > 0 ? std::optional(reading.max_memory) : std::nullopt,
                                          reading.outside_of_folder);
 }
@@ -31,21 +34,6 @@ std::int32_t supersample_of_model(const Image_Settings& settings) {
 
 std::int32_t supersample_of_map(const Image_Settings& settings) {
     return settings.supersample != 0 ? settings.supersample : 1;
-}
-
-void check(const Image_Settings& settings, VT_Int_Pair size, std::int32_t supersample) {
-    const auto expect = [](bool right, const char* what) {
-        if (!right) {
-            throw Usage_Error(what);
-        }
-    };
-    expect(supersample >= 1 && supersample <= 8, "supersample: expected 1 to 8");
-    const std::int32_t most = largest_side / supersample;
-    expect(size.x >= 1 && size.x <= most && size.y >= 1 && size.y <= most,
-           "size: expected sides from 1 to 262144, divided by supersample");
-    expect(!settings.indexed || !settings.transparent, "transparent: expected 32 bits a pixel");
-    expect(!settings.indexed || supersample == 1, "supersample: expected 32 bits a pixel");
-    expect(!settings.indexed || !settings.smooth_lines, "smooth_lines: expected 32 bits a pixel");
 }
 
 Job_Settings job_settings_of(const Image_Settings& settings, VT_Int_Pair size, std::int32_t supersample, std::string input) {
@@ -80,6 +68,7 @@ struct Map::Content {
         if (!is_map(input)) {
             throw Usage_Error(name + ": expected a map or drawing");
         }
+        check(settings);
         const auto overlay = open_overlay(settings, *limits);
         scene = std::make_shared<map::Map_Scene>(input, overlay, settings, VT_RGB32{255, 255, 255, 255}, limits);
     }
@@ -97,7 +86,9 @@ Model::Model(const std::vector<std::string>& files, const Reading& reading)
     for (const std::string& file : files) {
         inputs.push_back(open_input(file, "", *content_->limits));
     }
-    content_->mesh = model::load_models(inputs, *content_->limits, reading.accepts_no_triangles, reading.crease);
+    model::Mesh& mesh = content_->mesh;
+    mesh = model::load_models(inputs, *content_->limits, reading.accepts_no_triangles, reading.crease);
+    mesh.warnings.insert(mesh.warnings.begin(), mesh.notes.begin(), mesh.notes.end());
 }
 
 Model::Model(model::Mesh mesh) : content_(new Content{limits_of({}), "mesh", std::move(mesh)}) {
@@ -148,19 +139,18 @@ std::vector<std::string> Map::warnings() const {
 
 // A drawing and its job, for one image.
 struct Image_Maker {
-    Image_Maker(const Model& model, const Model_View& view, const Image_Settings& settings) {
+    Image_Maker(const Model& model, const Model_View& view, const Image_Settings& settings, std::vector<std::string>* warnings) {
+        check(view);
         job = job_settings_of(settings, settings.size, supersample_of_model(settings), model.content_->name);
         const model::Mesh& mesh = model.content_->mesh;
         const Background colors(settings.background, settings.lower_background.value_or(settings.background));
         const std::optional<Background> background = settings.transparent ? std::nullopt : std::optional(colors);
-        Model_Style style{view.look,       view.edges,      view.edge_color, view.color,
-                          view.line_width, view.point_size, view.axes,       view.scale_bar};
+        Model_Style style = view;
         if (view.studio) {
-            const auto shading = view.look.shading;
-            if (settings.indexed || shading == model::Shading::wireframe || shading == model::Shading::hidden_line) {
-                throw Usage_Error("studio: expected shaded faces and 32 bits a pixel");
+            if (settings.indexed) {
+                throw Usage_Error("studio: expected 32 bits a pixel");
             }
-            style.picture.tint = model::Tint::own;
+            style.look.tint = model::Tint::own;
         }
         const auto camera = camera_of_mesh(view.camera, mesh, settings.size);
         if (!camera) {
@@ -170,8 +160,8 @@ struct Image_Maker {
         if (settings.indexed) {
             job.palette = new VT_Palette;
         }
-        std::vector<std::string> warnings; // of textures, which stay out
-        Model_Parts parts = make_parts(mesh, style, background, *model.content_->limits, warnings);
+        std::vector<std::string> untold;
+        Model_Parts parts = make_parts(mesh, style, background, *model.content_->limits, warnings ? *warnings : untold);
         module = module_of(settings);
         if (view.studio) {
             parts.add_studio(mesh, module);
@@ -186,10 +176,12 @@ struct Image_Maker {
         const VT_RGB32 background = settings.transparent ? VT_RGB32{255, 255, 255, 255} : settings.background;
         scene.set_background(background);
         VT_Int_Pair size = settings.size;
-        if (size.y == 0 && size.x > 0) {
+        const std::int32_t supersample = supersample_of_map(settings);
+        check(settings, {size.x, std::max(size.y, 1)}, supersample);
+        if (size.y == 0) {
             size = scene.fitted(size).size;
         }
-        job = job_settings_of(settings, size, supersample_of_map(settings), map.content_->name);
+        job = job_settings_of(settings, size, supersample, map.content_->name);
         auto found =
             std::make_unique<Map_Drawing>(map.content_->scene, Map_Look{background, settings.indexed, settings.smooth_lines});
         job.palette = found->palette();
@@ -216,16 +208,17 @@ struct Image_Maker {
     std::unique_ptr<Drawing> drawing;
 };
 
-Image make_image(const Model& model, const Model_View& view, const Image_Settings& settings) {
-    return Image_Maker(model, view, settings).image();
+Image make_image(const Model& model, const Model_View& view, const Image_Settings& settings, std::vector<std::string>* warnings) {
+    return Image_Maker(model, view, settings, warnings).image();
 }
 
 Image make_image(const Map& map, const Image_Settings& settings) {
     return Image_Maker(map, settings).image();
 }
 
-std::string write_image(const std::string& file, const Model& model, const Model_View& view, const Image_Settings& settings) {
-    return Image_Maker(model, view, settings).write(file);
+std::string write_image(const std::string& file, const Model& model, const Model_View& view, const Image_Settings& settings,
+                        std::vector<std::string>* warnings) {
+    return Image_Maker(model, view, settings, warnings).write(file);
 }
 
 std::string write_image(const std::string& file, const Map& map, const Image_Settings& settings) {

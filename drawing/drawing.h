@@ -1,7 +1,8 @@
 // The drawing library: models and maps, from files or arrays, as images.
 //
 // Everything throws std::exception with a message of one line: Usage_Error for input and settings that the caller can mend, any
-// other for failures. Different threads may use different objects at the same time.
+// other for failures. Settings outside of their ranges, which are those of the command's options, are wrong input. Different
+// threads may use different objects at the same time.
 #pragma once
 
 #include <cstdint>
@@ -25,8 +26,8 @@ struct Reading {
     std::uint64_t max_memory = 0;      // bytes; 0 = 1 GiB, or 64 times what the files have where that is more
     bool outside_of_folder = false;    // whether files that models name may lie outside of the models' folders
     bool accepts_no_triangles = false; // whether models may be empty, without triangles, lines and points
-    // Degrees between faces that are shaded as one surface where a model gives no normals. None: 30, or the file's smoothing
-    // groups.
+    // Degrees, 0 to 180, between faces that are shaded as one surface where a model gives no normals. None: 30, or the file's
+    // smoothing groups.
     std::optional<double> crease;
 };
 
@@ -44,7 +45,7 @@ public:
     std::size_t triangle_count() const;
     std::size_t line_count() const;
     std::size_t point_count() const;
-    // What of the materials could not be read, a line each.
+    // What of the materials could not be read, and which files were not read as their names say, a line each.
     const std::vector<std::string>& warnings() const;
 
 private:
@@ -53,18 +54,10 @@ private:
     std::unique_ptr<Content> content_;
 };
 
-// What of a model is drawn, and how.
-struct Model_View {
+// What of a model is drawn, how, and from where.
+struct Model_View : model::Model_Style {
     model::Camera_Settings camera; // its aspect is the image's; an aim is in the model's coordinates
-    model::Model_Look look;
-    std::optional<model::Edge_Choice> edges; // over faces; wireframes and hidden lines have all unless it says features
-    std::optional<VT_RGB32> edge_color;      // none: one that stands out
-    std::optional<VT_RGB32> color;           // none: the model's own
-    std::int32_t line_width = 1;             // pixels, of the model's own lines
-    std::int32_t point_size = 0;             // pixels, 0 = by the number of points
-    bool axes = false;                       // whether their directions are drawn
-    bool scale_bar = false;                  // whether a round length is drawn, without perspective
-    bool studio = false;                     // soft light, dark corners, outlines and a shadow on the ground; 32 bits a pixel
+    bool studio = false;           // soft light, dark corners, outlines and a shadow on the ground; 32 bits a pixel
 };
 
 // A map (GeoJSON, TopoJSON) or a drawing (DXF).
@@ -99,20 +92,22 @@ struct Image_Settings {
     // The mean of so many pixels each way, 1 to 8: smooth faces and lines. 0 = 2 for models that are neither indexed nor
     // smooth_lines nor larger than 2^24 pixels, else 1.
     std::int32_t supersample = 0;
-    unsigned threads = 0; // 0 = as many as there are processors
+    unsigned threads = 0; // at most 1024; 0 = as many as there are processors
     std::uint64_t max_memory = std::uint64_t{1} << 30;
     bool allow_empty = true; // whether an image may show nothing but the background
     std::string module;      // path of the renderer; empty = the installed one
 };
 
 // An image in memory, four bytes a pixel. Of settings with 8 bits it has the colours of the palette.
-VORNA_DRAWING_API Image make_image(const Model& model, const Model_View& view, const Image_Settings& settings);
+// warnings: gets a line for the textures that are left out because they cannot be read; null = nobody is told.
+VORNA_DRAWING_API Image make_image(const Model& model, const Model_View& view, const Image_Settings& settings,
+                                   std::vector<std::string>* warnings = nullptr);
 VORNA_DRAWING_API Image make_image(const Map& map, const Image_Settings& settings);
 
 // A PNG file, which appears whole or not at all; larger than memory, if need be. Returns the SHA-256 of its samples. While it is
 // written a signal that asks the program to end waits until what is unfinished is removed.
 VORNA_DRAWING_API std::string write_image(const std::string& file, const Model& model, const Model_View& view,
-                                          const Image_Settings& settings);
+                                          const Image_Settings& settings, std::vector<std::string>* warnings = nullptr);
 VORNA_DRAWING_API std::string write_image(const std::string& file, const Map& map, const Image_Settings& settings);
 
 } // namespace vorna::drawing

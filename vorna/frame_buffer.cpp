@@ -4,11 +4,16 @@
 #include <cstddef>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "vorna/raster.h"
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
 
 namespace {
 
@@ -22,6 +27,39 @@ constexpr std::int32_t row_bytes(std::int32_t pixel_bytes) {
     return (cache_lines | 1) * row_alignment;
 }
 
+// Memory of a buffer, zeroed. Large ones get huge pages where the system has them on request: pixels that lie apart, as those of
+// steep lines, would each need an entry of their own in the processor's table of pages, and each page an interruption when it is
+// touched first.
+class Block {
+public:
+    explicit Block(std::size_t size)
+        : alignment_(size < huge_page ? row_alignment : huge_page),
+          bytes_(static_cast<std::uint8_t*>(::operator new (size, std::align_val_t{alignment_}))) {
+#if defined(MADV_HUGEPAGE)
+        if (size >= huge_page) {
+            // Whole pages only, so that no more memory is taken. Where the system refuses, pages stay small.
+            madvise(bytes_, size / huge_page * huge_page, MADV_HUGEPAGE);
+        }
+#endif
+        std::memset(bytes_, 0, size);
+    }
+    Block(const Block&) = delete;
+    Block& operator=(const Block&) = delete;
+    ~Block() {
+        ::operator delete (bytes_, std::align_val_t{alignment_});
+    }
+
+    std::uint8_t* bytes() const noexcept {
+        return bytes_;
+    }
+
+private:
+    static constexpr std::size_t huge_page = std::size_t{1} << 21;
+
+    std::size_t alignment_;
+    std::uint8_t* bytes_;
+};
+
 class Host_Frame_Buffer final : public Frame_Buffer {
 public:
     Host_Frame_Buffer(std::int32_t buffer_width, std::int32_t buffer_height, Buffer_Format buffer_format)
@@ -30,10 +68,8 @@ public:
         height = buffer_height;
         format = buffer_format;
         bytes_per_row = row_bytes(width * vorna::bytes_per_pixel(format));
-        const std::size_t size = static_cast<std::size_t>(bytes_per_row) * static_cast<std::size_t>(height);
-        block_.reset(static_cast<std::uint8_t*>(::operator new (size, std::align_val_t{row_alignment})));
-        std::memset(block_.get(), 0, size);
-        std::uint8_t* row = block_.get();
+        block_.emplace(static_cast<std::size_t>(bytes_per_row) * static_cast<std::size_t>(height));
+        std::uint8_t* row = block_->bytes();
         for (auto start = row_starts_.rbegin(); start != row_starts_.rend(); ++start) {
             *start = row;
             row += bytes_per_row;
@@ -42,11 +78,7 @@ public:
     }
 
 private:
-    struct Free {
-        void operator()(std::uint8_t* block) const noexcept { ::operator delete (block, std::align_val_t{row_alignment}); }
-    };
-
-    std::unique_ptr<std::uint8_t, Free> block_;
+    std::optional<Block> block_;
     std::vector<std::uint8_t*> row_starts_;
 };
 

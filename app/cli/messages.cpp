@@ -62,6 +62,12 @@ void refuse_terminal(const char* option, const std::string& name) {
     }
 }
 
+void refuse_standard_output(const char* option, const std::string& folder) {
+    if (folder == "-") {
+        throw drawing::Usage_Error(std::string(option) + ": expected a folder, found - for standard output; ./- is a folder");
+    }
+}
+
 Ending ending_of(const std::exception& error) {
     if (dynamic_cast<const std::bad_alloc*>(&error)) {
         return {exit_status::failed, "out of memory"};

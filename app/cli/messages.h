@@ -21,6 +21,9 @@ void print_line(const std::string& output, const std::string& line);
 // Throws Usage_Error when an image would go to a terminal. option: its name.
 void refuse_terminal(const char* option, const std::string& name);
 
+// Throws Usage_Error for "-" as the name of a folder. option: its name.
+void refuse_standard_output(const char* option, const std::string& folder);
+
 // How a command ends that has thrown: a line, and its exit status.
 struct Ending {
     int status;

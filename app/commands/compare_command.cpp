@@ -54,6 +54,9 @@ bool are_same(const Compare_Arguments& arguments) {
         throw drawing::Usage_Error("expected two images, found standard input twice");
     }
     drawing::refuse_same_files({arguments.first, arguments.second}, {arguments.difference});
+    if (!arguments.difference.empty()) {
+        drawing::Output_File::check(arguments.difference);
+    }
     drawing::Load_Limits limits(drawing::parsed_limit(arguments.max_memory));
     const drawing::Png_Image first = image_at(arguments.first, limits), second = image_at(arguments.second, limits);
     const drawing::Image_Difference difference = drawing::compare(first, second, fuzz);
@@ -95,7 +98,11 @@ Command compare_command() {
                         memory_option(arguments->max_memory)},
             .examples = {{"vorna compare bunny.png yours.png --diff difference.png", "every bit of every pixel"},
                          {"vorna compare bunny.png yours.png --fuzz 2,100", "but for 100 pixels that differ by 2 at most"}},
-            .sections = {{"What counts", {"Without --fuzz size, kind of pixels, palette and every bit of every pixel."}}},
+            .sections = {{"What counts",
+                          {"Without --fuzz every bit of every pixel, palette and transparency of",
+                           "images of one kind, and the colours of images of unlike kinds. With",
+                           "--fuzz colours with alpha, from 0 to 255, or to 65535 in samples of 16",
+                           "bits; greys of fewer bits than 8 are scaled."}}},
             .statuses = "0 the same, 1 different, 2 one of them cannot be read.",
             // Status 1 means that they differ, so any other failure is wrong input.
             .run = [arguments](const Given&) {

@@ -11,7 +11,6 @@
 #include "app/cli/color_option.h"
 #include "app/cli/command.h"
 #include "app/cli/messages.h"
-#include "drawing/files/input_file.h"
 #include "drawing/job/formats.h"
 #include "drawing/map/map_choice.h"
 #include "drawing/map/projection.h"
@@ -267,7 +266,7 @@ void add_map_options(std::vector<Option>& table, Map_Options& options) {
     }
 }
 
-void check_map_options(const Model_Options& options, const Map_Options& map_options, const drawing::Input& input) {
+void check_map_options(const Model_Options& options, const Map_Options& map_options) {
     const bool indexed = options.colors == 8;
     if (options.antialias && indexed) {
         throw drawing::Usage_Error("--antialias: expected 32 bits a pixel, found --colors 8");
@@ -281,7 +280,7 @@ void check_map_options(const Model_Options& options, const Map_Options& map_opti
             throw drawing::Usage_Error("--background none: expected " + std::string(expected) + ", found " + name);
         }
     }
-    if (map_options.overlay == "-" && input.name == drawing::name_of_input("-")) {
+    if (map_options.overlay == "-" && options.models.front() == "-") {
         throw drawing::Usage_Error("--overlay -: expected a file, found standard input, which is the map");
     }
 }

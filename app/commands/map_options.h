@@ -27,7 +27,7 @@ struct Map_Options {
 void add_map_options(std::vector<Option>& table, Map_Options& options);
 
 // Throws Usage_Error for options that exclude each other.
-void check_map_options(const Model_Options& options, const Map_Options& map_options, const drawing::Input& input);
+void check_map_options(const Model_Options& options, const Map_Options& map_options);
 
 // Throws Usage_Error for texts that say nothing.
 drawing::map::Map_Settings map_settings_of(const Map_Options& options);

@@ -291,8 +291,8 @@ VT_RGB32 map_background_of(const Model_Options& options) {
 
 drawing::Model_Style style_of(const Model_Options& options) {
     drawing::Model_Style style;
-    style.picture = options.picture;
-    style.picture.light = parsed_direction(options.light);
+    style.look = options.picture;
+    style.look.light = parsed_direction(options.light);
     style.line_width = options.line_width;
     style.point_size = options.point_size;
     style.axes = options.axes;
@@ -333,6 +333,7 @@ drawing::model::Mesh load_mesh(const Model_Options& options, std::vector<drawing
     const std::optional<drawing::model::Section> section = section_of(options);
     const std::string name = inputs.front().name;
     drawing::model::Mesh mesh = drawing::model::load_models(inputs, *options.limits, empty, options.crease);
+    std::ranges::for_each(mesh.notes, [](const std::string& note) { app::warn(note); });
     warn(options, mesh.warnings);
     if (section && !mesh.is_empty()) {
         drawing::model::cut_open(mesh, *section, name, *options.limits);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "drawing/files/output_file.h"
 #include "drawing/files/usage_error.h"
 #include "drawing/image/image_formats.h"
 
@@ -75,6 +76,10 @@ void check_output(const Output_Options& options, std::uint32_t width, std::uint3
         throw drawing::Usage_Error(output_choice(options) + ": expected sides of up to " + std::to_string(format.largest_side) +
                                    " pixels in " + std::string(format.name) + " files, found " + std::to_string(width) + 'x' +
                                    std::to_string(height));
+    }
+    if (format.is_rewritten && !drawing::Output_File::can_rewrite(options.output)) {
+        throw drawing::Usage_Error("-o " + options.output + ": expected a file or standard output for " +
+                                   std::string(format.name) + ", found a device or a pipe");
     }
     if (transparent && !format.keeps_alpha) {
         throw drawing::Usage_Error(output_choice(options) + ": expected an opaque image in " + std::string(format.name) +

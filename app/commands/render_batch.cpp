@@ -1,12 +1,17 @@
-// What `render` does with --output-folder.
+// `render` with --output-folder.
 #include "app/commands/render_batch.h"
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <map>
+#include <mutex>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -18,7 +23,9 @@
 #include "drawing/files/helpers.h"
 #include "drawing/files/interruption.h"
 #include "drawing/files/memory.h"
+#include "drawing/files/output_file.h"
 #include "drawing/files/path.h"
+#include "drawing/files/standard_streams.h"
 
 namespace vorna::app {
 namespace {
@@ -51,13 +58,48 @@ std::vector<std::string> image_names(const Render_Options& options) {
     return names;
 }
 
-// Files that threads take one after the other, and what became of them.
+// A thread that ends the process when a signal asks for it, whatever the other threads do: those that read a file do not look for
+// signals. Where the system gives no thread, a signal takes effect at the end of a file.
+class Signal_Watch {
+public:
+    Signal_Watch() {
+        try {
+            thread_ = std::jthread([](const std::stop_token& stop) { wait(stop); });
+        } catch (const std::system_error&) {
+        }
+    }
+
+private:
+    static void wait(const std::stop_token& stop) {
+        constexpr std::chrono::milliseconds period(50);
+        std::mutex mutex;
+        std::unique_lock lock(mutex);
+        std::condition_variable_any stopped;
+        try {
+            while (!stop.stop_requested()) {
+                stopped.wait_for(lock, stop, period, [] { return false; });
+                drawing::Interruption::check();
+            }
+        } catch (const drawing::Interrupted& interrupted) {
+            drawing::Output_File::remove_unfinished();
+            if (drawing::is_terminal(stderr)) {
+                std::fputc('\n', stderr); // below the line of progress
+            }
+            drawing::end_by_signal(interrupted.signal);
+        }
+    }
+
+    std::jthread thread_;
+};
+
+// Files that threads take one after the other, with a message for each that cannot be drawn.
 class Batch {
 public:
     Batch(const Render_Options& options, const Draw_One& draw_one)
         : options_(options), draw_one_(draw_one), names_(image_names(options)), messages_(names_.size()) {}
 
-    // A thread's part of the work.
+    const std::string& first_image() const { return names_.front(); }
+    // The work of one thread.
     void work(unsigned threads, bool shows_progress) {
         for (std::size_t i = next_++; i < names_.size() && !interrupted_; i = next_++) {
             draw(i, std::max<unsigned>(1, threads / static_cast<unsigned>(std::min<std::size_t>(names_.size(), threads))));
@@ -119,8 +161,12 @@ private:
 
 } // namespace
 
-int render_batch(const Render_Options& options, const Draw_One& draw_one) {
+int render_batch(const Render_Options& options, const Draw_One& check, const Draw_One& draw_one) {
+    refuse_standard_output("--output-folder", options.output_folder);
     Batch batch(options, draw_one);
+    Render_Options first = options;
+    first.image.output = batch.first_image();
+    check(first);
     std::error_code error;
     fs::create_directories(drawing::path_of(options.output_folder), error);
     if (error) {
@@ -129,6 +175,7 @@ int render_batch(const Render_Options& options, const Draw_One& draw_one) {
     const unsigned threads = options.threads > 0 ? options.threads : std::max(1U, std::thread::hardware_concurrency());
     // It outlives those of the single files, whose beginnings and ends overlap.
     const drawing::Interruption interruption;
+    const Signal_Watch watch;
     drawing::run_on_threads(std::min<std::size_t>(threads, options.models.size()),
                             [&](std::size_t thread) { batch.work(threads, thread == 0); });
     return batch.finish();

@@ -15,7 +15,9 @@
 #include "drawing/files/input.h"
 #include "drawing/files/output_files.h"
 #include "drawing/image/color_name.h"
+#include "drawing/job/formats.h"
 #include "drawing/job/image_plan.h"
+#include "drawing/map/label_font.h"
 
 namespace vorna::app {
 namespace {
@@ -50,6 +52,32 @@ void draw_together(Render_Options& options, const Map_Options& map_options, cons
         choose_up_axis(options, inputs);
         render_models(options, std::move(inputs), chosen_module(given));
     }
+}
+
+// Throws for options that are wrong whatever the files of a batch are: models or maps.
+void check_without_files(Render_Options& options, const Map_Options& map_options, const drawing::Module_Choice& module) {
+    for (const auto& [file, option] : {std::pair(options.palette, "--palette"), {map_options.overlay, "--overlay"}}) {
+        if (file == "-") {
+            throw drawing::Usage_Error(std::string(option) + " -: expected a file with --output-folder, found standard input");
+        }
+    }
+    options.limits = limits_of(options);
+    drawing::check_input_format(options.input_format);
+    const VT_Int_Pair size = image_size_of(options);
+    const Palette_Choice palette = palette_of(options);
+    job_settings_of(options, size, supersample_of_model(options, size), palette);
+    if (!options.is_transparent()) {
+        background_of(options); // maps take fewer words than models
+    }
+    look_of(options, true, palette.drawn);
+    section_of(options);
+    check_map_options(options, map_options);
+    const drawing::map::Map_Settings settings = map_settings_of(map_options);
+    drawing::open_overlay(settings, *options.limits);
+    if (settings.labels) {
+        drawing::map::load_label_font(settings.font, settings.label_size);
+    }
+    drawing::Session{module};
 }
 
 // Names of colours, in lines of up to 76 columns.
@@ -103,7 +131,8 @@ Command render_command() {
             options->has_size = given.has("--size");
             const auto draw = [&](Render_Options& one) { draw_together(one, *map_options, given); };
             if (!options->output_folder.empty()) {
-                return render_batch(*options, draw);
+                const auto check = [&](Render_Options& one) { check_without_files(one, *map_options, chosen_module(given)); };
+                return render_batch(*options, check, draw);
             }
             draw(*options);
             return exit_status::done;

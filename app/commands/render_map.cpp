@@ -15,7 +15,7 @@ void render_map(const Render_Options& options, const Map_Options& map_options, c
     // Without --size the image is as high as it needs to be.
     VT_Int_Pair size = image_size_of(options);
     drawing::Job_Settings settings = job_settings_of(options, size, supersample_of_map(options), {});
-    check_map_options(options, map_options, input);
+    check_map_options(options, map_options);
     const auto start = Clock::now();
     const VT_RGB32 background = options.is_transparent() ? VT_RGB32{255, 255, 255, 255} : map_background_of(options);
     const drawing::Map_Look look{background, options.colors == 8, options.antialias};

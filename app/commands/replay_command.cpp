@@ -192,13 +192,20 @@ void print_drawn(const Replay_Arguments& arguments, const drawing::recording::Re
 }
 
 void replay(const Replay_Arguments& arguments, const drawing::Module_Choice& module) {
-    cost_order_of(arguments); // wrong options are told before anything is read
-    drawing::refuse_same_files({arguments.recording}, {arguments.color, arguments.depth, arguments.color_raw, arguments.depth_raw,
-                                                       arguments.report, arguments.record});
+    cost_order_of(arguments); // throws for wrong options before anything is read
+    refuse_standard_output("--every-call", arguments.every_call);
+    const std::vector<std::string> outputs{arguments.color,     arguments.depth,  arguments.color_raw,
+                                           arguments.depth_raw, arguments.report, arguments.record};
+    drawing::refuse_same_files({arguments.recording}, outputs);
     drawing::Load_Limits limits(drawing::parsed_limit(arguments.max_memory));
     const drawing::recording::Recording recording = drawing::recording::load(arguments.recording, limits);
     const drawing::recording::Replay_Settings settings = settings_of(arguments, recording.calls.size());
     refuse_many_files(arguments, recording.calls.size());
+    for (const std::string& output : outputs) {
+        if (!output.empty()) {
+            drawing::Output_File::check(output);
+        }
+    }
     drawing::Session session(module);
     std::optional<drawing::recording::Recorder> recorder;
     std::optional<drawing::recording::Change_Counter> counter;

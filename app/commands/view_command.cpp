@@ -55,7 +55,7 @@ void show(const View_Options& options, std::vector<drawing::Input> inputs, const
     const std::unique_ptr<view::Window> window = view::open_window(title, size);
     std::unique_ptr<view::Base_Viewer> viewer;
     if (map) {
-        check_map_options(options, map_options, inputs.front());
+        check_map_options(options, map_options);
         viewer = std::make_unique<view::Map_Viewer>(options, map_options, inputs.front(), module, options.folder, *window);
     } else {
         viewer = std::make_unique<view::Viewer>(options, std::move(inputs), module, options.folder, *window);

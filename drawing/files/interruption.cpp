@@ -1,8 +1,9 @@
-// Being asked to stop while a file is being written.
+// Signals that ask the process to stop while a file is being written.
 #include "drawing/files/interruption.h"
 
 #include <atomic>
 #include <cstddef>
+#include <cstdlib>
 #include <iterator>
 
 namespace vorna::drawing {
@@ -67,6 +68,12 @@ void Interruption::check() {
     if (const int signal = received) {
         throw Interrupted{signal};
     }
+}
+
+void end_by_signal(int signal) noexcept {
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+    std::_Exit(1); // a signal that is blocked has no effect yet
 }
 
 } // namespace vorna::drawing

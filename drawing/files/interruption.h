@@ -1,17 +1,18 @@
-// Being asked to stop while a file is being written.
+// Signals that ask the process to stop while a file is being written.
 #pragma once
 
 #include <csignal>
 
 namespace vorna::drawing {
 
-// Thrown where work stops because a signal has asked for it, so that what is unfinished is removed. Then the signal has its way.
+// Thrown where work stops because of a signal, so that destructors remove unfinished files. Whoever catches it last calls
+// end_by_signal.
 struct Interrupted {
     int signal;
 };
 
-// While it lives, an interrupt from the keyboard, a request to end, the terminal's closing or a pipe that nobody reads is noted
-// and does not end the program. System calls that wait end early. One at a time.
+// While an object exists, an interrupt from the keyboard, a request to end, the terminal's closing or a pipe that nobody reads is
+// noted and does not end the process. System calls that wait return early. One at a time, or any number within the life of one.
 class Interruption {
 public:
     Interruption();
@@ -19,9 +20,9 @@ public:
     Interruption& operator=(const Interruption&) = delete;
     ~Interruption();
 
-    // Throws Interrupted when the program has been asked to stop. For any thread.
+    // Throws Interrupted after a signal. For any thread.
     static void check();
-    static bool is_asked() noexcept; // where nothing may be thrown
+    static bool is_asked() noexcept; // for functions that must not throw
 
 private:
 #if defined(_WIN32)
@@ -39,5 +40,8 @@ private:
     };
     Handler before_[sizeof signals / sizeof *signals];
 };
+
+// Ends the process as the signal does by default, at once and without destructors.
+[[noreturn]] void end_by_signal(int signal) noexcept;
 
 } // namespace vorna::drawing

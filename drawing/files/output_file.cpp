@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <mutex>
 #include <random>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -37,6 +39,17 @@ fs::path temporary_beside(const fs::path& target) {
     return temporary += ending;
 }
 
+// Temporary files that exist, of all threads. The mutex is locked while one is created, moved or removed.
+struct Unfinished {
+    std::mutex mutex;
+    std::set<fs::path> files;
+};
+
+Unfinished& unfinished() {
+    static auto& all = *new Unfinished; // never destroyed, because other threads may still write while the process ends
+    return all;
+}
+
 } // namespace
 
 Output_File::Output_File(const std::string& name) : path_(path_of(name)) {
@@ -59,13 +72,8 @@ Output_File::Output_File(const std::string& name) : path_(path_of(name)) {
         const fs::file_status replaced = fs::status(target_, error);
         const bool is_replaced = fs::exists(replaced);
         const fs::perms permissions = is_replaced ? replaced.permissions() & fs::perms::all : fs::perms::none;
-        do {
-            temporary_ = temporary_beside(target_);
-            channel_ = Output_Channel::created(temporary_, is_replaced ? static_cast<unsigned>(permissions) : 0666, error);
-        } while (error == std::errc::file_exists);
-        if (error) {
-            temporary_.clear();
-        } else if (is_replaced) {
+        create(is_replaced ? static_cast<unsigned>(permissions) : 0666, error);
+        if (!error && is_replaced) {
             std::error_code none; // the user's mask may have taken some away
             fs::permissions(temporary_, permissions, none);
         }
@@ -78,8 +86,31 @@ Output_File::Output_File(const std::string& name) : path_(path_of(name)) {
 Output_File::~Output_File() {
     channel_.close();
     if (!temporary_.empty()) {
+        const std::lock_guard lock(unfinished().mutex);
         std::error_code ignored;
         fs::remove(temporary_, ignored);
+        unfinished().files.erase(temporary_);
+    }
+}
+
+void Output_File::create(unsigned permissions, std::error_code& error) {
+    const std::lock_guard lock(unfinished().mutex);
+    do {
+        temporary_ = temporary_beside(target_);
+        channel_ = Output_Channel::created(temporary_, permissions, error);
+    } while (error == std::errc::file_exists);
+    if (error) {
+        temporary_.clear();
+    } else {
+        unfinished().files.insert(temporary_);
+    }
+}
+
+void Output_File::remove_unfinished() {
+    unfinished().mutex.lock();
+    for (const fs::path& file : unfinished().files) {
+        std::error_code ignored;
+        fs::remove(file, ignored);
     }
 }
 
@@ -147,6 +178,16 @@ void Output_File::check(const std::string& name) {
     }
 }
 
+bool Output_File::can_rewrite(const std::string& name) {
+    if (name == "-") {
+        return true;
+    }
+    std::error_code none;
+    const fs::path path = path_of(name);
+    const Output_Place place = output_place_of(path);
+    return place.number >= 0 || (!place.is_open && (!fs::exists(path, none) || fs::is_regular_file(path, none)));
+}
+
 void Output_File::close() {
     if (is_held_ || !channel_.is_open()) {
         return;
@@ -165,11 +206,16 @@ void Output_File::commit() {
     close();
     if (!temporary_.empty()) {
         std::error_code reason;
-        fs::rename(temporary_, target_, reason);
+        {
+            const std::lock_guard lock(unfinished().mutex);
+            fs::rename(temporary_, target_, reason);
+            if (!reason) {
+                unfinished().files.erase(std::exchange(temporary_, {}));
+            }
+        }
         if (reason) {
             fail_to_write(target_, reason);
         }
-        temporary_.clear();
         sync_folder(target_.parent_path());
     }
 }

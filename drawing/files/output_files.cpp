@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "drawing/files/output_place.h"
 #include "drawing/files/path.h"
@@ -17,36 +18,35 @@ namespace fs = std::filesystem;
 
 void Output_Files::add(const std::string& name, std::string_view bytes) {
     if (is_standard_output(name)) {
-        if (standard_output_) {
+        if (has_standard_output_) {
             throw Usage_Error("-: expected standard output for one file, found it for two");
         }
-        standard_output_ = std::make_unique<Output_File>(name);
-        standard_output_->write(bytes);
-        return;
-    }
-    if (!interruption_) {
+        has_standard_output_ = true;
+    } else if (!interruption_) {
         interruption_.emplace();
     }
     auto file = std::make_unique<Output_File>(name);
     if (std::ranges::any_of(files_, [&](const auto& other) { return file->replaces_same_as(*other); })) {
         throw Usage_Error(name + ": expected a name for one file, found it for two");
     }
+    file->write(bytes);
+    add(std::move(file));
+}
+
+void Output_Files::add(std::unique_ptr<Output_File> file) {
+    file->close();
     files_.push_back(std::move(file));
-    files_.back()->write(bytes);
-    files_.back()->close();
     Interruption::check();
 }
 
 void Output_Files::commit() {
     Interruption::check();
+    std::ranges::stable_partition(files_, [](const auto& file) { return file->is_held(); });
     for (const auto& file : files_) {
         file->commit();
     }
     files_.clear();
-    if (standard_output_) {
-        standard_output_->commit();
-        standard_output_ = nullptr;
-    }
+    has_standard_output_ = false;
 }
 
 void refuse_same_files(const std::vector<std::string>& read, const std::vector<std::string>& written) {

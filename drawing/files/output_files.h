@@ -12,19 +12,20 @@
 
 namespace vorna::drawing {
 
-// Files written together: all of them are complete beside their places before the first one moves there. From the first one on an
-// interrupt waits until add or commit look at it, and throws Interrupted there.
+// Files written together: all of them are complete beside their places before the first one moves there. After the first file of
+// which that is true, an interrupt takes effect in add and commit, which throw Interrupted.
 class Output_Files {
 public:
-    // Throws std::runtime_error that names the file, and Usage_Error for one that is written already. Standard output is written
-    // last.
+    // Throw std::runtime_error that names the file, and Usage_Error for one that is written already.
     void add(const std::string& name, std::string_view bytes);
+    void add(std::unique_ptr<Output_File> file); // that has all its bytes
+    // Writes standard output and the like first, because that fails more often than moving files does: then no file appears.
     void commit();
 
 private:
     std::optional<Interruption> interruption_;
     std::vector<std::unique_ptr<Output_File>> files_;
-    std::unique_ptr<Output_File> standard_output_;
+    bool has_standard_output_ = false;
 };
 
 // Throws Usage_Error when a file to be written is one of those that are read, whatever links lead to it, or two of those to be

@@ -20,9 +20,10 @@ struct Image_Difference {
     std::string text; // one line
 };
 
-// Without fuzz everything counts: size, kind of pixels, palette and samples; but for colours of 8 bits, which files may store
-// with a palette, with alpha or without: images of unlike storage are the same when their colours are. With fuzz the colours of
-// palettes are compared instead of indices, size and kind still count.
+// Without fuzz all of two images of one kind counts: size, palette, transparency and samples. Images of unlike kinds of up to 8
+// bits a sample - grey, RGB, with alpha, with a transparent colour, with a palette - are the same when their colours are. With
+// fuzz colours are compared in all kinds, with alpha, greys of fewer bits scaled to 8; images of 16 bits a sample in steps of 16
+// bits.
 Image_Difference compare(const Png_Image& a, const Png_Image& b, const std::optional<Fuzz>& fuzz);
 
 // A PNG file of the first image in pale grey with the pixels in red that differ in colour or sample, the brighter the less they

@@ -29,13 +29,13 @@ constexpr decltype(&raw_encoder) jpeg = nullptr, webp = nullptr, tiff = nullptr;
 constexpr std::uint32_t any_side = UINT32_MAX;
 
 constexpr Image_Format table[] = {
-    {Image_File::png, "png", "", "PNG", true, any_side, packer<Png_Encoder>},
-    {Image_File::jpeg, "jpg", "jpeg", "JPEG", false, 65500, jpeg},
-    {Image_File::webp, "webp", "", "WebP", true, 16383, webp},
-    {Image_File::tiff, "tif", "tiff", "TIFF", true, any_side, tiff},
-    {Image_File::pdf, "pdf", "", "PDF", false, any_side, packer<Pdf_Encoder>},
-    {Image_File::ppm, "ppm", "pnm", "PPM", false, any_side, ppm_encoder},
-    {Image_File::raw, "raw", "", "raw", true, any_side, raw_encoder},
+    {Image_File::png, "png", "", "PNG", true, any_side, false, packer<Png_Encoder>},
+    {Image_File::jpeg, "jpg", "jpeg", "JPEG", false, 65500, false, jpeg},
+    {Image_File::webp, "webp", "", "WebP", true, 16383, false, webp},
+    {Image_File::tiff, "tif", "tiff", "TIFF", true, any_side, true, tiff},
+    {Image_File::pdf, "pdf", "", "PDF", false, any_side, false, packer<Pdf_Encoder>},
+    {Image_File::ppm, "ppm", "pnm", "PPM", false, any_side, false, ppm_encoder},
+    {Image_File::raw, "raw", "", "raw", true, any_side, false, raw_encoder},
 };
 
 } // namespace

@@ -20,6 +20,7 @@ struct Image_Format {
     std::string_view name;
     bool keeps_alpha;
     std::uint32_t largest_side;
+    bool is_rewritten; // whether the beginning is written last, which devices and pipes do not allow
     // Null: this build does not write the format. Throws std::runtime_error.
     std::unique_ptr<Image_Encoder> (*encoder)(const Image_Form& form) = nullptr;
 };

@@ -41,7 +41,7 @@ public:
         image.width = static_cast<std::int32_t>(png_get_image_width(png_, info_));
         image.height = static_cast<std::int32_t>(png_get_image_height(png_, info_));
         image.colors = static_cast<Png_Image::Colors>(png_get_color_type(png_, info_));
-        image.sample_bits = png_get_bit_depth(png_, info_);
+        image.sample_bits = sample_bits_;
         png_colorp colors = nullptr;
         int count = 0;
         if (png_get_PLTE(png_, info_, &colors, &count) != 0) {
@@ -56,7 +56,8 @@ public:
             if (image.colors == Png_Image::Colors::palette) {
                 image.transparency.assign(reinterpret_cast<const char*>(alphas), static_cast<std::size_t>(count));
             } else {
-                for (const png_uint_16 level : {key->red, key->green, key->blue, key->gray}) {
+                const bool is_grey = image.colors == Png_Image::Colors::grey;
+                for (const png_uint_16 level : is_grey ? std::vector{key->gray} : std::vector{key->red, key->green, key->blue}) {
                     image.transparency.append({static_cast<char>(level >> 8), static_cast<char>(level & 0xFF)});
                 }
             }
@@ -84,6 +85,7 @@ private:
             return false;
         }
         png_read_info(png_, info_);
+        sample_bits_ = png_get_bit_depth(png_, info_); // packing changes it
         png_set_packing(png_);
         png_set_interlace_handling(png_);
         png_read_update_info(png_, info_);
@@ -115,6 +117,7 @@ private:
     std::string_view rest_;
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
+    int sample_bits_ = 0;
     std::array<char, 200> message_ = {};
 };
 

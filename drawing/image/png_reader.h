@@ -18,9 +18,9 @@ struct Png_Image {
 
     std::int32_t width = 0, height = 0;
     Colors colors = Colors::rgb_alpha;
-    int sample_bits = 8;               // as the file says; samples of less than 8 bits take a byte each
-    std::string palette;               // red, green, blue
-    std::string transparency;          // what the file says of it besides samples, as it is stored
+    int sample_bits = 8;      // as the file says; samples of less than 8 bits take a byte each
+    std::string palette;      // red, green, blue
+    std::string transparency; // as it is stored: an alpha for each colour of the palette, or the transparent grey or RGB samples
     std::vector<std::uint8_t> samples; // rows from the top down; of 16 bits the high byte first
 
     int channels() const noexcept {

@@ -123,11 +123,15 @@ const Format* find_format(std::string_view suffix) {
     return found == std::end(table) ? nullptr : found;
 }
 
-Input open_input(const std::string& path, const std::string& suffix, Load_Limits& limits) {
+void check_input_format(const std::string& suffix) {
     if (!suffix.empty() && !is_readable(suffix)) {
         throw Usage_Error("--input-format: expected a suffix of files that can be read, as obj, ply, stl, json or dxf, found '" +
                           suffix + "'");
     }
+}
+
+Input open_input(const std::string& path, const std::string& suffix, Load_Limits& limits) {
+    check_input_format(suffix);
     const bool is_named = path != "-";
     const std::string own_suffix = is_named ? suffix_of(path_of(path)) : "";
     Input input{.name = name_of_input(path), .suffix = suffix.empty() ? own_suffix : suffix, .content = {}};

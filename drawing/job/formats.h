@@ -18,6 +18,9 @@ std::span<const Format> formats();
 // Null when no format has the suffix.
 const Format* find_format(std::string_view suffix);
 
+// Throws Usage_Error for a suffix of files that cannot be read; none is given when it is empty.
+void check_input_format(const std::string& suffix);
+
 // Finds out about a file; "-" is standard input. suffix: the format that the user names, empty = none; then the name's suffix
 // decides, and the content where no format has that suffix. Compressed files (gzip) are unpacked. Throws Usage_Error.
 Input open_input(const std::string& path, const std::string& suffix, Load_Limits& limits);

@@ -36,6 +36,8 @@ model::Tile_Grid grid_of(const Plan_Request& request, std::int32_t tile_size) {
         };
         grid.tile_size = {side(grid.area.left, grid.area.right), side(grid.area.bottom, grid.area.top)};
         grid.margin = request.margin;
+    } else {
+        grid.margin = request.single_margin;
     }
     return grid;
 }
@@ -66,7 +68,7 @@ std::int32_t default_supersample(VT_Int_Pair size) noexcept {
 
 Image_Plan plan_image(const Plan_Request& request) {
     const VT_Int_Pair size{request.part.size.x * request.supersample, request.part.size.y * request.supersample};
-    const bool fits_one_buffer = std::max(size.x, size.y) + request.beyond <= largest_buffer_side;
+    const bool fits_one_buffer = std::max(size.x, size.y) + request.beyond + 2 * request.single_margin <= largest_buffer_side;
     std::vector<std::int32_t> sizes;
     if (!request.one_piece.empty()) {
         if (!fits_one_buffer || !request.part.is_whole() || request.tile_size) {

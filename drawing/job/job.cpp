@@ -72,6 +72,8 @@ void Job::make_plan() {
                          .form = form_,
                          .beyond = needs_.beyond,
                          .margin = needs_.margin,
+                         // Replays accept device points in the window only.
+                         .single_margin = settings_.record.empty() ? 0 : (needs_.overhang + 7) / 8 * 8,
                          .tile_size = std::nullopt,
                          .one_piece = needs_.one_piece,
                          .prefers_one_piece = !settings_.record.empty(),
@@ -97,8 +99,9 @@ void Job::make_plan() {
                                     static_cast<unsigned>(std::clamp<std::uint64_t>(room, 1, threads))});
     }
     if (!settings_.record.empty() && plan_.grid.count() > 1) {
-        throw Usage_Error("--record: expected an image that is drawn in one piece, found one of " +
-                          std::to_string(plan_.grid.count()) + " tiles");
+        const std::int32_t most = largest_buffer_side - request.beyond - 2 * request.single_margin;
+        throw Usage_Error("--record: expected an image that is drawn in one piece, of up to " + std::to_string(most) +
+                          " pixels each way, found one of " + std::to_string(plan_.grid.count()) + " tiles");
     }
 }
 

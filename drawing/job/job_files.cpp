@@ -31,7 +31,9 @@ std::string Job::name_of(std::int32_t frame) const {
 }
 
 void Job::check_files() const {
-    Output_File::check(name_of(0));
+    for (std::int32_t frame = 0; frame < (settings_.is_numbered ? drawing_.frame_count() : 1); ++frame) {
+        Output_File::check(name_of(frame));
+    }
     if (!settings_.record.empty()) {
         Output_File::check(settings_.record);
     }
@@ -61,7 +63,7 @@ void Job::write(Output_File& file, std::string& digest, unsigned threads, const 
 }
 
 void Job::write_image(Job_Result& result) {
-    Output_Files recording;
+    Output_Files files;
     const bool several = plan_.grid.count() > 1;
     const bool measured = !several || settings_.measures || settings_.repeat > 1;
     add_workers(several ? plan_.threads : 1);
@@ -77,17 +79,17 @@ void Job::write_image(Job_Result& result) {
             // The window may be larger than the image.
             const VT_Int_Rectangle pixels = plan_.grid.pixels(0);
             const auto shown = pixels == plan_.grid.window(0) ? std::nullopt : std::optional(pixels);
-            recording.add(settings_.record, recording::file_of(recorder_->finish(shown), settings_.record));
+            files.add(settings_.record, recording::file_of(recorder_->finish(shown), settings_.record));
         }
     }
     const auto start = Clock::now();
     std::string digest;
     const Interruption interruption;
-    Output_File file(settings_.output);
-    write(file, digest, plan_.threads, workers(), !several, settings_.progress);
+    auto file = std::make_unique<Output_File>(settings_.output);
+    write(*file, digest, plan_.threads, workers(), !several, settings_.progress);
     refuse_blank();
-    file.commit();
-    recording.commit();
+    files.add(std::move(file));
+    files.commit();
     if (settings_.hash) {
         result.digests.push_back(std::move(digest));
     }
@@ -169,6 +171,7 @@ void Job::write_frames(Job_Result& result) {
 }
 
 Job_Result Job::write_files() {
+    check_files();
     Job_Result result;
     if (settings_.is_numbered) {
         write_frames(result);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "drawing/model/edge_pen.h"
 #include "vorna/draw.h"
 
 namespace vorna::drawing {
@@ -171,6 +172,9 @@ Drawing_Needs Model_Drawing::needs(VT_Int_Pair size, std::int32_t supersample) c
     return {.beyond = 1,
             .margin = std::max({margin(parts_.edges, look.edges), margin(parts_.lines, look.lines),
                                 parts_.studio ? Studio::tile_margin(size.y, supersample) : 0}),
+            .overhang = std::max({parts_.points ? parts_.points->size_in(size, look.points) * supersample : 0,
+                                  parts_.lines ? model::Edge_Pen::points_beside(look.lines) : 0,
+                                  parts_.edges ? model::Edge_Pen::points_beside(look.edges) : 0}),
             .one_piece = {},
             .pixel_memory = 4 + 2 + 2 + (parts_.edges || parts_.lines ? 4U : 0U) + // with depths that are read and receded
                             (parts_.studio ? Studio_Planes::pixel_memory : 0),

@@ -27,12 +27,12 @@ VT_RGB32 middle_of(const Background& background) {
 model::Edge_Settings edge_settings_of(const Model_Style& style, const std::optional<Background>& background, bool smoothed) {
     model::Edge_Settings settings;
     settings.choice = style.edges.value_or(model::Edge_Choice::all);
-    settings.culling = style.picture.culling;
+    settings.culling = style.look.culling;
     settings.over_faces = style.has_faces();
     settings.smoothed = smoothed;
     if (style.edge_color) {
         settings.color = style.edge_color;
-    } else if (style.picture.shading == model::Shading::hidden_line && background) {
+    } else if (style.look.shading == model::Shading::hidden_line && background) {
         settings.color = contrast_to(middle_of(*background));
     } else if (style.has_faces()) {
         settings.color = dark;
@@ -51,7 +51,7 @@ model::Edge_Settings line_settings_of(const Model_Style& style, bool smoothed) {
 Model_Look look_of(const Model_Style& style, const std::optional<Background>& background, bool smoothed,
                    VT_Reference<const VT_Palette> palette) {
     Model_Look look;
-    look.picture = style.picture;
+    look.picture = style.look;
     look.edges = edge_settings_of(style, background, smoothed);
     look.lines = line_settings_of(style, smoothed);
     look.points.size = style.point_size;
@@ -60,8 +60,8 @@ Model_Look look_of(const Model_Style& style, const std::optional<Background>& ba
 }
 
 model::Shading shading_of(const Model_Style& style, const model::Mesh& mesh) {
-    if (style.picture.shading != model::Shading::automatic) {
-        return style.picture.shading;
+    if (style.look.shading != model::Shading::automatic) {
+        return style.look.shading;
     }
     return !style.color && model::Textured_Scene::has_work(mesh) ? model::Shading::textured : model::Shading::gouraud;
 }
@@ -69,11 +69,11 @@ model::Shading shading_of(const Model_Style& style, const model::Mesh& mesh) {
 std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const Model_Style& style, Load_Limits& limits,
                                          std::vector<std::string>& warnings) {
     const VT_RGB32 color = style.color.value_or(default_model_color);
-    const bool is_numbered = style.picture.tint == model::Tint::numbers;
+    const bool is_numbered = style.look.tint == model::Tint::numbers;
     if (is_numbered) {
         check_countable(mesh);
     }
-    if (is_numbered || style.picture.tint == model::Tint::normals) {
+    if (is_numbered || style.look.tint == model::Tint::normals) {
         return std::make_unique<model::Scene_Renderer>(mesh, color, false, is_numbered);
     }
     if (shading_of(style, mesh) == model::Shading::textured && model::Textured_Scene::has_work(mesh)) {

@@ -14,19 +14,7 @@
 
 namespace vorna::drawing {
 
-struct Model_Style {
-    model::Model_Look picture;
-    std::optional<model::Edge_Choice> edges; // none: only those of wireframes and hidden lines, which have all
-    std::optional<VT_RGB32> edge_color;      // none: one that stands out
-    std::optional<VT_RGB32> color;           // none: the model's own
-    std::int32_t line_width = 1;             // pixels, of the model's own lines
-    std::int32_t point_size = 0;             // pixels, 0 = by the number of points
-    bool axes = false;                       // whether their directions are drawn
-    bool scale_bar = false;                  // whether a round length is drawn, without perspective
-
-    bool has_faces() const noexcept { return picture.shading != model::Shading::wireframe; }
-    bool has_edges() const noexcept { return edges || !has_faces() || picture.shading == model::Shading::hidden_line; }
-};
+using model::Model_Style;
 
 // Of models without a colour of their own.
 inline constexpr VT_RGB32 default_model_color{196, 169, 143, 255};

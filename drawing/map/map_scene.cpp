@@ -168,8 +168,8 @@ View Map_Scene::fitted(VT_Int_Pair size) const {
     view.size = size;
     const double room = settings_.bbox ? 1 : 0.96;
     if (size.y == 0) {
-        view.size.y = static_cast<std::int32_t>(
-            std::clamp(std::ceil(size.x * height / std::max(width, 1e-300)), size.x / 8.0, double{largest_height}));
+        const double least = size.x / 8.0, most = std::max(double{largest_height}, least);
+        view.size.y = static_cast<std::int32_t>(std::clamp(std::ceil(size.x * height / std::max(width, 1e-300)), least, most));
     }
     view.scale = room * std::min(view.size.x / std::max(width, 1e-300), view.size.y / std::max(height, 1e-300));
     return view;

@@ -22,6 +22,7 @@
 #include "drawing/model/assimp_library.h"
 #include "drawing/model/assimp_paint.h"
 #include "drawing/model/model_reader.h"
+#include "drawing/model/named_files.h"
 #include "drawing/model/polygon.h"
 #include "drawing/model/separate_process.h"
 #include "drawing/model/tuple_table.h"
@@ -119,6 +120,9 @@ Mesh read_with(aiFileIO* files, const std::string& name, const Input& input, Loa
     }
     if (!scene) {
         std::string reason = library.aiGetErrorString();
+        if (reason.find("std::bad_alloc") != reason.npos || reason.find("std::bad_array_new_length") != reason.npos) {
+            throw std::bad_alloc();
+        }
         std::ranges::replace(reason, '\n', ' ');
         throw Model_Error(file + ": expected a model file: " + reason);
     }
@@ -142,10 +146,11 @@ Mesh read_with(aiFileIO* files, const std::string& name, const Input& input, Loa
 
 // Finds the images, which may have several names each.
 void find_images(Mesh& mesh, const std::string& file, Load_Limits& limits) {
+    Named_Files files(file, limits);
     std::vector<Image_Source> named = std::exchange(mesh.images, {});
     std::vector<std::uint32_t> numbers;
     for (Image_Source& image : named) {
-        numbers.push_back(image_number(mesh, image.embedded ? image.name : named_path(file, file, image.name, limits), file));
+        numbers.push_back(image_number(mesh, image.embedded ? image.name : files.path(file, image.name), file));
         if (image.embedded) {
             mesh.images[numbers.back()] = std::move(image);
         }
@@ -301,6 +306,10 @@ Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
     }
     if (!is_consistent(mesh)) {
         throw Model_Error(file + ": expected a model file: the library for its format has made no model of it");
+    }
+    // Of its own formats the library looks for files in several places, the right one last.
+    if (!files.refusal().empty() && input.format && input.format->read_model) {
+        mesh.warnings.push_back(files.refusal());
     }
     find_images(mesh, file, limits);
     return mesh;

@@ -54,26 +54,36 @@ template <class Piece> void cut_in_pieces(const VT_DCI_Point& from, const VT_DCI
 
 } // namespace
 
-Kept_Pixels::Kept_Pixels(VT_Renderer_Data& renderer, const VT_Int_Rectangle& window) : window_(window) {
+Kept_Pixels::Kept_Pixels(VT_Renderer_Data& renderer, const VT_Int_Rectangle& window) : renderer_(renderer), window_(window) {
     const VT_Option* option = renderer.current_table.find("Color Buffer");
     buffer_ = option ? option->as_object<Frame_Buffer>() : nullptr;
     origin_ = renderer.current_options.window_origin();
 }
 
-void Kept_Pixels::keep(std::int32_t x, std::int32_t y) {
-    if (buffer_ && contains(window_, x, y)) {
-        std::uint8_t* pixel = buffer_->rows[y - origin_.y] + 4 * std::ptrdiff_t{x - origin_.x};
-        std::uint32_t color;
-        std::memcpy(&color, pixel, 4);
-        pixels_.emplace_back(pixel, color);
+void Kept_Pixels::keep(const VT_Int_Rectangle& rectangle) {
+    const VT_Int_Rectangle area = common_part(rectangle, window_);
+    if (!buffer_ || area.left > area.right || area.bottom > area.top) {
+        return;
+    }
+    const auto width = static_cast<std::size_t>(area.right - area.left + 1);
+    areas_.push_back(area);
+    for (std::int32_t y = area.top; y >= area.bottom; --y) {
+        const std::uint8_t* row = buffer_->rows[y - origin_.y] + 4 * std::ptrdiff_t{area.left - origin_.x};
+        colors_.resize(colors_.size() + width);
+        std::memcpy(colors_.data() + colors_.size() - width, row, 4 * width);
     }
 }
 
-void Kept_Pixels::restore() {
-    for (const auto& [pixel, color] : pixels_) {
-        std::memcpy(pixel, &color, 4);
+void Kept_Pixels::restore(const VT_Rendition& rendition) {
+    const VT_RGB32* colors = colors_.data();
+    for (const VT_Int_Rectangle& area : areas_) {
+        const VT_DCI_Point top_left{area.left, area.top, 0}, bottom_right{area.right, area.bottom, 0};
+        const std::int32_t width = area.right - area.left + 1;
+        VD_Draw_DCI_RGB32_Image(renderer_, rendition, &top_left, &bottom_right, 4 * width, colors, 0, nullptr);
+        colors += std::ptrdiff_t{width} * (area.top - area.bottom + 1);
     }
-    pixels_.clear();
+    areas_.clear();
+    colors_.clear();
 }
 
 Edge_Pen::Edge_Pen(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, bool is_whole,
@@ -176,17 +186,22 @@ void Edge_Pen::draw_visible_part(const VT_DCI_Point& from, const VT_DCI_Point& t
         };
         return VT_DCI_Point{moved(from.x, dx), moved(from.y, dy), moved(from.z, dz)};
     };
+    // In blocks of few steps, whose rectangles are small. All pixels of a step lie in its column, or in its row for steep
+    // segments.
     const auto keep = [&](std::int32_t begin, std::int32_t stop) {
         // One more to each side than a line has.
-        constexpr std::int32_t reach = 2;
-        for (std::int32_t i = begin; i < stop; ++i) {
-            const VT_DCI_Point p = place(i);
-            for (std::int32_t across = -reach; across <= reach; ++across) {
-                kept_->keep(p.x + (by_columns ? 0 : across), p.y + (by_columns ? across : 0));
+        constexpr std::int32_t reach = 2, longest_block = 8;
+        for (std::int32_t i = begin; i < stop; i += longest_block) {
+            const std::int32_t last = std::min(i + longest_block, stop) - 1;
+            Extent block;
+            block.include(place(i));
+            block.include(place(last));
+            if (last == steps) { // The last pixel is drawn with those beside it in its row.
+                block.include({to.x + direction, to.y, 0});
             }
-            if (i == steps) { // The last pixel is drawn with those beside it in its row.
-                kept_->keep(p.x + direction, p.y);
-            }
+            (by_columns ? block.box.bottom : block.box.left) -= reach;
+            (by_columns ? block.box.top : block.box.right) += reach;
+            kept_->keep(block.box);
         }
     };
     std::int32_t shown = first; // where the next hidden stretch may begin
@@ -209,7 +224,7 @@ void Edge_Pen::draw_visible_part(const VT_DCI_Point& from, const VT_DCI_Point& t
             VD_Draw_DCI_Polyline(renderer_, *rendition_, 2, points);
         }
     }
-    kept_->restore();
+    kept_->restore(*rendition_);
 }
 
 void Edge_Pen::draw_visible(const VT_DCI_Point& from, const VT_DCI_Point& to, const VT_RGB32* color) {

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <utility>
 #include <vector>
 
 #include "drawing/model/model_look.h"
@@ -14,19 +13,24 @@
 
 namespace vorna::drawing::model {
 
-// Colours of a window, kept while something is drawn over them.
+// Colours of a window, kept while a line is drawn over them. They are restored by drawing images, so that a recording has that
+// too.
 class Kept_Pixels {
 public:
     Kept_Pixels(VT_Renderer_Data& renderer, const VT_Int_Rectangle& window);
 
-    void keep(std::int32_t x, std::int32_t y);
-    void restore();
+    // Keeps what of the rectangle lies in the window.
+    void keep(const VT_Int_Rectangle& rectangle);
+    // Stores the kept colours again, with a rendition that tests no depths, and forgets them.
+    void restore(const VT_Rendition& rendition);
 
 private:
+    VT_Renderer_Data& renderer_;
     VT_Int_Rectangle window_;
     const Frame_Buffer* buffer_;
     VT_Int_Pair origin_;
-    std::vector<std::pair<std::uint8_t*, std::uint32_t>> pixels_;
+    std::vector<VT_Int_Rectangle> areas_;
+    std::vector<VT_RGB32> colors_; // of the areas, one after the other, rows from the top
 };
 
 // Joins segments to polylines and draws them. Smoothed lines know no depth buffer: what is visible of a segment over faces is
@@ -37,6 +41,8 @@ public:
     static std::int32_t pixels_beside(const Edge_Settings& settings) noexcept {
         return settings.width / 2 + (settings.smoothed ? 1 : 0);
     }
+    // How far the points of device lines that are drawn lie beside those of a line.
+    static std::int32_t points_beside(const Edge_Settings& settings) noexcept { return settings.width / 2; }
 
     // window: of the renderer, as far as there is something of the image in it. is_whole: that is all of it.
     Edge_Pen(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& window, bool is_whole,

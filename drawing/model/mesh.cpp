@@ -148,6 +148,7 @@ void append(Mesh& mesh, Mesh&& other) {
     move_to_end(mesh.materials, other.materials);
     move_to_end(mesh.images, other.images);
     move_to_end(mesh.warnings, other.warnings);
+    move_to_end(mesh.notes, other.notes);
 }
 
 } // namespace

@@ -50,6 +50,7 @@ struct Mesh {
     std::vector<Material> materials;
     std::vector<Image_Source> images;
     std::vector<std::string> warnings; // what of the materials could not be read, a line each
+    std::vector<std::string> notes;    // how the file is read, where that is unusual, a line each
 
     // Of a finished mesh: a position is at center + radius * position in the file.
     VT_Vector_D center;

@@ -39,6 +39,24 @@ enum class Edge_Choice {
     features, // where the surface ends or bends sharply, and its outline as seen by the viewer
 };
 
+// Sides of points and widths of lines, in pixels of an image that is not enlarged.
+inline constexpr std::int32_t largest_point = 64;
+
+// What of a model is drawn, and how.
+struct Model_Style {
+    Model_Look look;
+    std::optional<Edge_Choice> edges;   // over faces; wireframes and hidden lines have all unless it says features
+    std::optional<VT_RGB32> edge_color; // none: one that stands out
+    std::optional<VT_RGB32> color;      // none: the model's own
+    std::int32_t line_width = 1;        // pixels, of the model's own lines
+    std::int32_t point_size = 0;        // pixels, 0 = by the number of points
+    bool axes = false;                  // whether their directions are drawn
+    bool scale_bar = false;             // whether a round length is drawn, without perspective
+
+    bool has_faces() const noexcept { return look.shading != Shading::wireframe; }
+    bool has_edges() const noexcept { return edges || !has_faces() || look.shading == Shading::hidden_line; }
+};
+
 struct Edge_Settings {
     Edge_Choice choice = Edge_Choice::all;
     Culling culling = Culling::none; // edges of which all faces are left out are left out too

@@ -2,7 +2,7 @@
 #include "drawing/model/model_reader.h"
 
 #include <algorithm>
-#include <cctype>
+#include <array>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -19,9 +19,10 @@ namespace {
 
 constexpr std::uintmax_t most_bytes = std::uintmax_t{1} << 32; // of a file
 
-std::string lower_case(std::string text) {
-    std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
+// Formats that give smoothing groups or angles instead of normals, of which assimp makes normals.
+bool has_made_normals(const std::string& suffix) {
+    constexpr std::array<std::string_view, 8> suffixes{"3ds", "ase", "ask", "lwo", "lws", "lxo", "prj", "sib"};
+    return std::ranges::find(suffixes, suffix) != suffixes.end();
 }
 
 // What was wrong, without the file and what every message of assimp's reader begins with.
@@ -50,7 +51,7 @@ Mesh read_model(Input& input, Load_Limits& limits) {
         try {
             Mesh mesh = read_with_assimp(input, limits);
             if (!mesh.is_empty()) {
-                mesh.warnings.push_back(std::string(own.what()) + "; read by assimp instead");
+                mesh.notes.push_back(std::string(own.what()) + "; read by assimp instead");
                 return mesh;
             }
             reason = "found nothing to draw";
@@ -90,27 +91,6 @@ std::string read_reference(const std::string& model, const std::string& file, Lo
     return read_file(file, limits);
 }
 
-// What lies outside is not even looked for.
-std::string named_path(const std::string& model, const std::string& file, std::string name, Load_Limits& limits) {
-    constexpr std::uint64_t file_steps = 1000, neighbour_steps = 100;
-    limits.take_work(model, file_steps);
-    namespace fs = std::filesystem;
-    std::ranges::replace(name, '\\', '/');
-    const fs::path folder = path_of(file).parent_path(), given = (folder / path_of(name)).lexically_normal();
-    std::error_code error;
-    if (limits.allows(model, given.string()) && fs::exists(given, error)) {
-        return given.string();
-    }
-    const std::string wanted = lower_case(path_of(name).filename().string());
-    for (const fs::directory_entry& beside : fs::directory_iterator(folder.empty() ? "." : folder, error)) {
-        limits.take_work(model, neighbour_steps);
-        if (lower_case(beside.path().filename().string()) == wanted) {
-            return (folder / beside.path().filename()).string();
-        }
-    }
-    return given.string();
-}
-
 std::uint32_t image_number(Mesh& mesh, const std::string& path, const std::string& model) {
     const auto found = std::ranges::find(mesh.images, path, &Image_Source::name);
     const auto number = static_cast<std::uint32_t>(found - mesh.images.begin());
@@ -134,6 +114,9 @@ Mesh load_models(std::vector<Input>& inputs, Load_Limits& limits, bool empty, st
         for (Input& input : inputs) {
             reading = input.name;
             meshes.push_back(read_model(input, limits));
+            if (crease && has_made_normals(input.suffix)) {
+                meshes.back().normals.clear();
+            }
             input.content.reset();
         }
         return joined_mesh(std::move(meshes), names, empty, crease);

@@ -25,10 +25,6 @@ Mesh read_stl(const std::string& file, std::string_view content, Load_Limits& li
 Mesh read_with_assimp(const Input& input, Load_Limits& limits);
 bool is_assimp_format(const std::string& suffix);
 
-// The path of an image or a library of materials that a model or material file names: relative to that file, else beside it under
-// the same name whatever its capitals, as on the machine that it was written on. Folders may be parted by either slash. model:
-// whose folder it must lie in, unless the limits allow more.
-std::string named_path(const std::string& model, const std::string& file, std::string name, Load_Limits& limits);
 // The number of an image file among a mesh's images, which the model names.
 std::uint32_t image_number(Mesh& mesh, const std::string& path, const std::string& model);
 

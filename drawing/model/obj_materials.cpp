@@ -4,9 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <filesystem>
 
-#include "drawing/files/path.h"
 #include "drawing/files/text_encoding.h"
 #include "drawing/model/model_reader.h"
 
@@ -44,16 +42,54 @@ std::optional<float> read_number(Text_Cursor& cursor) {
     return read_numbers(cursor, numbers) > 0 ? std::optional(numbers[0]) : std::nullopt;
 }
 
+// Names may hold "#" themselves, so that the whole of a line's end is tried first.
+std::string_view without_comment(std::string_view name) {
+    const std::size_t comment = std::min(name.find(" #"), name.find("\t#"));
+    const std::string_view before = name.substr(0, comment);
+    return before.substr(0, before.find_last_not_of(" \t") + 1);
+}
+
+bool has_library_suffix(std::string_view name) {
+    constexpr std::string_view suffix = ".mtl";
+    return name.size() > suffix.size() && is_keyword(name.substr(name.size() - suffix.size()), suffix);
+}
+
 std::uint8_t channel(float value) {
     return static_cast<std::uint8_t>(std::clamp(value, 0.0F, 1.0F) * 255.0F + 0.5F);
 }
 
 } // namespace
 
-void Obj_Materials::read_library(const std::string& name) {
-    const std::string library = named_path(model_, model_, name, limits_);
+// A name ends where a file of that name is there, or with the libraries' suffix.
+void Obj_Materials::read_libraries(std::string_view names) {
+    constexpr std::size_t longest_name = 4096;
+    if (lists_.contains(names)) {
+        return; // a short file can name long libraries as often as it likes
+    }
+    lists_.emplace(names);
+    if (const auto whole = files_.find(model_, std::string(names))) {
+        read_library(*whole);
+        return;
+    }
+    std::string name;
+    Text_Cursor cursor(model_, names);
+    for (std::string_view word = cursor.word(); !word.empty() && word[0] != '#' && name.size() <= longest_name;
+         word = cursor.word()) {
+        name.append(name.empty() ? "" : " ").append(word);
+        const auto found = files_.find(model_, name);
+        if (found || has_library_suffix(name)) {
+            read_library(found ? *found : files_.path(model_, name));
+            name.clear();
+        }
+    }
+    if (!name.empty()) {
+        read_library(files_.path(model_, name));
+    }
+}
+
+void Obj_Materials::read_library(const std::string& library) {
     if (!libraries_.insert(library).second) {
-        return; // a short file can name a long library as often as it likes
+        return;
     }
     const std::size_t first = materials_.size();
     try {
@@ -62,17 +98,7 @@ void Obj_Materials::read_library(const std::string& name) {
             limits_.take_memory(library, content.size() / 2 * 3);
             content = utf8_from_utf16(content);
         }
-        Text_Cursor cursor(library, without_byte_order_mark(content));
-        Entry* material = nullptr;
-        for (; !cursor.at_end(); cursor.next_line()) {
-            const std::string_view keyword = cursor.word();
-            if (keyword == "newmtl") {
-                numbers_[std::string(cursor.rest_of_line())] = static_cast<std::uint32_t>(materials_.size());
-                material = &materials_.emplace_back();
-            } else if (material) {
-                read_property(library, cursor, keyword, *material);
-            }
-        }
+        read_materials(library, without_byte_order_mark(content));
     } catch (const Model_Error& error) {
         mesh_.warnings.push_back(error.what());
     }
@@ -81,8 +107,46 @@ void Obj_Materials::read_library(const std::string& name) {
     }
 }
 
-std::uint32_t Obj_Materials::find(const std::string& name) const {
-    const auto found = numbers_.find(name);
+// The first of the lines that cannot be read stands for all.
+void Obj_Materials::read_materials(const std::string& library, std::string_view content) {
+    std::string problem;
+    std::size_t others = 0;
+    bool is_begun = false;
+    for (Text_Cursor cursor(library, content); !cursor.at_end(); cursor.next_line()) {
+        const std::string_view keyword = cursor.word();
+        if (keyword == "newmtl") {
+            add(cursor.rest_of_line());
+            is_begun = true;
+        } else if (is_begun) {
+            try {
+                read_property(library, cursor, keyword, materials_.back());
+            } catch (const Model_Error& error) {
+                if (problem.empty()) {
+                    problem = error.what();
+                } else {
+                    ++others;
+                }
+            }
+        }
+    }
+    if (!problem.empty()) {
+        const std::string more = others > 0 ? " and " + std::to_string(others) + " more" : "";
+        mesh_.warnings.push_back(problem + "; this line" + more + " left out");
+    }
+}
+
+void Obj_Materials::add(std::string_view name) {
+    const auto number = static_cast<std::uint32_t>(materials_.size());
+    materials_.emplace_back();
+    numbers_[std::string(name)] = number;
+    numbers_.try_emplace(std::string(without_comment(name)), number);
+}
+
+std::uint32_t Obj_Materials::find(std::string_view name) const {
+    auto found = numbers_.find(name);
+    if (found == numbers_.end()) {
+        found = numbers_.find(without_comment(name));
+    }
     return found == numbers_.end() ? no_material : found->second;
 }
 
@@ -153,9 +217,11 @@ void Obj_Materials::read_map(const std::string& library, Text_Cursor& cursor, En
             }
         }
     }
-    if (const std::string name(cursor.rest_of_line()); !name.empty()) {
+    if (const std::string_view name = cursor.rest_of_line(); !name.empty()) {
         limits_.take_work(model_, mesh_.images.size());
-        image = image_number(mesh_, named_path(model_, library, name, limits_), model_);
+        const auto whole = files_.find(library, std::string(name));
+        const std::string path = whole ? *whole : files_.path(library, std::string(without_comment(name)));
+        image = image_number(mesh_, path, model_);
     }
 }
 

@@ -48,11 +48,11 @@ public:
             } else if (keyword == "p") {
                 read_points();
             } else if (keyword == "usemtl") {
-                use_material(std::string(cursor_.rest_of_line()));
+                use_material(cursor_.rest_of_line());
             } else if (keyword == "s") {
-                use_smoothing_group(cursor_.rest_of_line());
+                use_smoothing_group(cursor_.word());
             } else if (keyword == "mtllib") {
-                materials_.read_library(std::string(cursor_.rest_of_line()));
+                materials_.read_libraries(cursor_.rest_of_line());
             } else if (!foreign_ && is_foreign(keyword)) {
                 foreign_ = cursor_.at(keyword.data());
             }
@@ -73,7 +73,7 @@ private:
     // Three numbers behind the coordinates are the vertex's colour.
     void read_position() {
         positions_.push_back(read_vector(cursor_, "a vertex coordinate"));
-        if (cursor_.at_line_end()) {
+        if (cursor_.at_statement_end()) {
             return;
         }
         std::array<float, 3> color{};
@@ -105,6 +105,9 @@ private:
         const std::int64_t given = cursor_.integer(kind);
         const auto limit = static_cast<std::int64_t>(count);
         const std::int64_t index = given < 0 ? limit + given : given - 1;
+        if (limit == 0) {
+            cursor_.at(start).fail("no " + std::string(kind + 2) + ", since nothing comes before that it could name");
+        }
         if (index < 0 || index >= limit || given == 0) {
             cursor_.at(start).fail(std::string(kind) + " from 1 to " + std::to_string(limit) + " or from -" +
                                    std::to_string(limit) + " to -1");
@@ -139,7 +142,7 @@ private:
         polygon_.clear();
         do {
             polygon_.push_back(read_corner());
-        } while (polygon_.size() < 3 || !cursor_.at_line_end());
+        } while (polygon_.size() < 3 || !cursor_.at_statement_end());
         places_.clear();
         for (std::size_t i = 0; polygon_.size() > 3 && i < polygon_.size(); ++i) {
             places_.push_back(positions_[corners_.corners()[polygon_[i]][0]]);
@@ -164,13 +167,13 @@ private:
             const std::uint32_t to = read_plain_corner();
             mesh_.lines.insert(mesh_.lines.end(), {from, to});
             from = to;
-        } while (!cursor_.at_line_end());
+        } while (!cursor_.at_statement_end());
     }
 
     void read_points() {
         do {
             mesh_.points.push_back(read_plain_corner());
-        } while (!cursor_.at_line_end());
+        } while (!cursor_.at_statement_end());
     }
 
     // Vertices without any element are a cloud, in which the normals are those of the vertices when there are as many.
@@ -184,7 +187,7 @@ private:
 
     void read_coordinate() {
         const float u = cursor_.number("a texture coordinate");
-        coordinates_.push_back({u, cursor_.at_line_end() ? 0 : cursor_.number("a texture coordinate")});
+        coordinates_.push_back({u, cursor_.at_statement_end() ? 0 : cursor_.number("a texture coordinate")});
     }
 
     // The triangles since the last change are of the group in use.
@@ -208,7 +211,7 @@ private:
     // The triangles since the last change are of the material in use.
     void note_material() { triangle_materials_.resize(mesh_.triangle_count(), material_); }
 
-    void use_material(const std::string& name) {
+    void use_material(std::string_view name) {
         note_material();
         material_ = materials_.find(name);
     }

@@ -8,6 +8,7 @@
 
 #include "drawing/model/mesh.h"
 #include "drawing/model/model_reader.h"
+#include "drawing/model/named_files.h"
 #include "drawing/model/tuple_table.h"
 
 namespace vorna::drawing::model {
@@ -17,9 +18,10 @@ public:
     // names: of the images, relative to the file. mesh: being read; it must outlive the object.
     Ply_Textures(Mesh& mesh, const std::string& file, const std::vector<std::string>& names, Load_Limits& limits)
         : mesh_(mesh), file_(file), limits_(limits) {
+        Named_Files files(file, limits);
         for (const std::string& name : names) {
             limits.take_work(file, mesh.images.size());
-            mesh.materials.emplace_back().image = image_number(mesh, named_path(file, file, name, limits), file);
+            mesh.materials.emplace_back().image = image_number(mesh, files.path(file, name), file);
         }
     }
 

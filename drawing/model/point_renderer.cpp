@@ -64,10 +64,14 @@ Point_Renderer::Point_Renderer(const Mesh& mesh, VT_RGB32 base_color, bool own_c
     }
 }
 
+std::int32_t Point_Renderer::size_in(VT_Int_Pair image, const Point_Settings& settings) const {
+    return settings.size > 0 ? settings.size : chosen_size(image.x, image.y, count());
+}
+
 void Point_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const Point_Settings& settings) {
     const std::int32_t width = grid.frame.right - grid.frame.left, height = grid.frame.top - grid.frame.bottom;
     const std::int32_t n = settings.enlarged;
-    size_ = n * (settings.size > 0 ? settings.size : chosen_size(width / n, height / n, count()));
+    size_ = n * size_in({width / n, height / n}, settings);
     projection_.project(positions_, camera, grid.frame);
     set_colors(camera, settings);
     if (settings.over_faces) {

@@ -22,8 +22,6 @@ struct Point_Settings {
     double specular = 1;        // strength of highlights: a factor
 };
 
-inline constexpr std::int32_t largest_point = 64; // pixels
-
 // A point covers a square up to two pixels wide, or an octagon, around its place, all of it at its own depth. Points with normals
 // are lit from the side that faces the viewer. Others keep their colours. In models without faces those without a colour grow
 // darker with distance, since nothing else would show their form.
@@ -35,6 +33,8 @@ public:
 
     std::size_t count() const noexcept { return positions_.size(); }
 
+    // Pixels of a point in an image of that size that is not enlarged.
+    std::int32_t size_in(VT_Int_Pair image, const Point_Settings& settings) const;
     void prepare(const Tile_Grid& grid, const Camera& camera, const Point_Settings& settings);
     // Draws what touches a tile of the prepared image against the depth buffer; the renderer's window is the tile's. Several
     // threads may draw at once, each through a renderer and a rendition of its own.

@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::size_t binary_header = 84;
 constexpr std::size_t binary_facet = 50;
+constexpr std::string_view solid = "solid";
 constexpr std::uint64_t facet_memory = vertex_memory + triangle_memory; // most share two corners with others
 
 class Corner_Joiner {
@@ -85,7 +86,7 @@ public:
         : memory_(limits, file), cursor_(file, content) {}
 
     Mesh read() {
-        expect("solid");
+        expect(solid);
         cursor_.next_line();
         for (;;) {
             cursor_.skip_space();
@@ -94,9 +95,9 @@ public:
             }
             const Text_Cursor before = cursor_;
             const std::string_view keyword = cursor_.word();
-            if (keyword == "facet") {
+            if (is_keyword(keyword, "facet")) {
                 read_facet();
-            } else if (keyword == "endsolid" || keyword == "solid") {
+            } else if (is_keyword(keyword, "endsolid") || is_keyword(keyword, "solid")) {
                 cursor_.next_line();
             } else {
                 Text_Cursor(before).fail("'facet' or 'endsolid'");
@@ -108,7 +109,7 @@ private:
     void expect(std::string_view keyword) {
         cursor_.skip_space();
         const Text_Cursor before = cursor_;
-        if (cursor_.word() != keyword) {
+        if (!is_keyword(cursor_.word(), keyword)) {
             Text_Cursor(before).fail(std::string("'").append(keyword).append("'"));
         }
     }
@@ -142,7 +143,7 @@ bool is_text(std::string_view content) {
         return false;
     }
     const std::size_t start = content.find_first_not_of(" \t\r\n");
-    return start != std::string_view::npos && content.substr(start).starts_with("solid");
+    return start != std::string_view::npos && is_keyword(content.substr(start, solid.size()), solid);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // Reads words and numbers from a text in memory and knows the line it is in.
 #pragma once
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -12,6 +13,11 @@
 #include "drawing/model/mesh.h"
 
 namespace vorna::drawing::model {
+
+// Whether a word is this keyword of small letters, whatever its capitals.
+inline bool is_keyword(std::string_view word, std::string_view keyword) noexcept {
+    return std::ranges::equal(word, keyword, [](char a, char b) { return a == b || (a >= 'A' && a <= 'Z' && a + 0x20 == b); });
+}
 
 class Text_Cursor {
 public:
@@ -42,6 +48,9 @@ public:
         skip_blanks();
         return place_ == end_ || *place_ == '\n';
     }
+
+    // True when only blanks or a comment are left in the line.
+    bool at_statement_end() noexcept { return at_line_end() || *place_ == '#'; }
 
     void next_line() noexcept {
         if (place_ != end_ && *place_ != '\n') {

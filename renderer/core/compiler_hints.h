@@ -8,11 +8,14 @@
 #define KRB_FETCH_TO_WRITE(address) __builtin_prefetch(address, 1)
 // Hides from the compiler how the vector was computed.
 #define KRB_HIDE_ORIGIN(vector) __asm__("" : "+v"(vector))
+// The number of the lowest bit that is set; there is one. The library's function would be a weak symbol in Debug builds.
+#define KRB_LOWEST_BIT(bits) __builtin_ctz(bits)
 // For small functions in kernels that compilers would not inline otherwise, because there are many of them.
 #define KRB_ALWAYS_INLINE [[gnu::always_inline]] inline
 #else
 #define KRB_FETCH_EARLY(address) static_cast<void>(address)
 #define KRB_FETCH_TO_WRITE(address) static_cast<void>(address)
 #define KRB_HIDE_ORIGIN(vector) static_cast<void>(vector)
+#define KRB_LOWEST_BIT(bits) static_cast<int>(_tzcnt_u32(bits))
 #define KRB_ALWAYS_INLINE __forceinline
 #endif

@@ -65,16 +65,14 @@ struct Blend {
         const Int even = splat(0x00FF00FF);
         const Int weights = alphas | shift_left<16>(alphas);
         const Int rest = even - weights;
-        const Int red_blue = divided_by_255(multiply_halves(source & even, weights) + multiply_halves(stored & even, rest));
-        const Int green = divided_by_255(multiply_halves(shift_right<8>(source) & even, weights) +
-                                         multiply_halves(shift_right<8>(stored) & even, rest));
-        return red_blue | (shift_left<8>(green) & splat(0xFF00)) | splat(static_cast<std::int32_t>(0xFF000000));
-    }
-
-private:
-    // Exact for what two weighted bytes add up to, 0 to 65025: floor(v / 255) = (v + 1 + (v >> 8)) >> 8.
-    static Int divided_by_255(Int halves) {
-        return shift_halves_right<8>(halves + splat(0x00010001) + shift_halves_right<8>(halves));
+        // 128 times the quotients. Of 16-bit numbers floor(v / 255) = v * 0x8081 >> 23.
+        const auto blended = [weights, rest](Int source_bytes, Int stored_bytes) {
+            return multiply_halves_high(multiply_halves(source_bytes, weights) + multiply_halves(stored_bytes, rest),
+                                        splat(static_cast<std::int32_t>(0x80818081)));
+        };
+        const Int red_blue = shift_halves_right<7>(blended(source & even, stored & even));
+        const Int alpha_green = blended(shift_halves_right<8>(source), shift_halves_right<8>(stored));
+        return red_blue | (shift_left<1>(alpha_green) & splat(0xFF00)) | splat(static_cast<std::int32_t>(0xFF000000));
     }
 };
 
@@ -90,9 +88,9 @@ struct Line_Blend {
         const Int rest = splat(0x01000100) - weights;
         const Int red_blue =
             shift_halves_right<8>(multiply_halves(source & even, weights) + multiply_halves(stored & even, rest));
-        const Int green =
-            multiply_halves(shift_right<8>(source) & even, weights) + multiply_halves(shift_right<8>(stored) & even, rest);
-        return red_blue | (green & splat(0xFF00)) | splat(static_cast<std::int32_t>(0xFF000000));
+        const Int alpha_green =
+            multiply_halves(shift_halves_right<8>(source), weights) + multiply_halves(shift_halves_right<8>(stored), rest);
+        return red_blue | (alpha_green & splat(0xFF00)) | splat(static_cast<std::int32_t>(0xFF000000));
     }
 };
 

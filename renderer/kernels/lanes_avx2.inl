@@ -2,6 +2,7 @@
 #pragma once
 
 #include "renderer/kernels/attributes_avx2.inl"
+#include "renderer/kernels/gather_4.inl"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -64,6 +65,14 @@ template <int bits> inline Int shift_right(Int a) {
 
 inline Int multiply_halves(Int a, Int b) {
     return {_mm256_mullo_epi16(a.lanes, b.lanes)};
+}
+
+inline Int multiply_halves_high(Int a, Int b) {
+    return {_mm256_mulhi_epu16(a.lanes, b.lanes)};
+}
+
+inline Int greatest(Int a, Int b) {
+    return {_mm256_max_epi32(a.lanes, b.lanes)};
 }
 
 template <int bits> inline Int shift_halves_right(Int a) {
@@ -156,7 +165,9 @@ inline Int load_indices(const std::uint8_t* from, Active) {
 }
 
 inline Int gather(const std::uint8_t* table, Int positions) {
-    return {_mm256_i32gather_epi32(reinterpret_cast<const int*>(table), positions.lanes, 4)};
+    const __m128i low = gather_4(table, _mm256_castsi256_si128(positions.lanes));
+    const __m128i high = gather_4(table, _mm256_extracti128_si256(positions.lanes, 1));
+    return {_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1)};
 }
 
 inline void store_depths(std::uint8_t* to, Int depths, Active active) {

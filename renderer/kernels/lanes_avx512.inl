@@ -64,6 +64,14 @@ inline Int multiply_halves(Int a, Int b) {
     return {_mm512_mullo_epi16(a.lanes, b.lanes)};
 }
 
+inline Int multiply_halves_high(Int a, Int b) {
+    return {_mm512_mulhi_epu16(a.lanes, b.lanes)};
+}
+
+inline Int greatest(Int a, Int b) {
+    return {_mm512_max_epi32(a.lanes, b.lanes)};
+}
+
 template <int bits> inline Int shift_halves_right(Int a) {
     return {_mm512_srli_epi16(a.lanes, bits)};
 }

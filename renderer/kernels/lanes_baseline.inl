@@ -7,6 +7,7 @@
 
 #include <immintrin.h>
 
+#include "renderer/kernels/gather_4.inl"
 #include "renderer/kernels/reciprocals.h"
 
 namespace krb::KRB_KERNEL_SET {
@@ -68,6 +69,14 @@ template <int bits> inline Int shift_right(Int a) {
 
 inline Int multiply_halves(Int a, Int b) {
     return {_mm_mullo_epi16(a.lanes, b.lanes)};
+}
+
+inline Int multiply_halves_high(Int a, Int b) {
+    return {_mm_mulhi_epu16(a.lanes, b.lanes)};
+}
+
+inline Int greatest(Int a, Int b) {
+    return {_mm_max_epi32(a.lanes, b.lanes)};
 }
 
 template <int bits> inline Int shift_halves_right(Int a) {
@@ -162,13 +171,7 @@ inline Int load_indices(const std::uint8_t* from, Active) {
 }
 
 inline Int gather(const std::uint8_t* table, Int positions) {
-    std::uint32_t lanes[4];
-    std::memcpy(lanes, &positions.lanes, sizeof lanes);
-    for (std::uint32_t& lane : lanes) {
-        std::memcpy(&lane, table + std::size_t{4} * lane, 4);
-    }
-    std::memcpy(&positions.lanes, lanes, sizeof lanes);
-    return positions;
+    return {gather_4(table, positions.lanes)};
 }
 
 inline void store_depths(std::uint8_t* to, Int depths, Active active) {

@@ -74,6 +74,16 @@ inline Int multiply_halves(Int a, Int b) {
     return {((a.lane & 0xFFFF) * (b.lane & 0xFFFF) & 0xFFFF) | ((a.lane >> 16) * (b.lane >> 16) << 16)};
 }
 
+// The upper 16 bits of the products of the 16-bit halves, without sign.
+inline Int multiply_halves_high(Int a, Int b) {
+    return {(a.lane & 0xFFFF) * (b.lane & 0xFFFF) >> 16 | ((a.lane >> 16) * (b.lane >> 16) & 0xFFFF0000)};
+}
+
+// The greater one, with sign.
+inline Int greatest(Int a, Int b) {
+    return static_cast<std::int32_t>(a.lane) < static_cast<std::int32_t>(b.lane) ? b : a;
+}
+
 template <int bits> inline Int shift_halves_right(Int a) {
     return {(a.lane & 0xFFFF) >> bits | (a.lane >> 16 >> bits << 16)};
 }

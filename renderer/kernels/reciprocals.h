@@ -15,8 +15,10 @@ struct Reciprocals {
 // Larger than 1 / divisor by a factor of 1 + 2^-50, less rounding. The product with a 32-bit integer is therefore not below the
 // exact quotient and exceeds it by less than 1 / (2 * divisor). Truncated, it is the quotient of integers: exact quotients are
 // whole numbers or at least 1 / divisor below the next one.
+inline constexpr double above_one = 1 + 0x1p-50;
+
 constexpr double reciprocal_above(std::int32_t divisor) {
-    return 1.0 / divisor * (1 + 0x1p-50);
+    return 1.0 / divisor * above_one;
 }
 
 constexpr Reciprocals make_reciprocals() {

@@ -6,8 +6,8 @@
 #include "renderer/lines/polylines_2d.h"
 
 #include "host/clip.h"
+#include "host/scratch.h"
 #include "renderer/core/compiler_hints.h"
-#include "renderer/core/scratch.h"
 #include "renderer/depth_lines/line_entry.h"
 #include "renderer/depth_lines/line_target.h"
 #include "renderer/depth_lines/polylines_dci.h"
@@ -42,7 +42,7 @@ KRB_ALWAYS_INLINE void draw_visible(Software_Z_Buffer& renderer, const VT_Rendit
     if (rectangle.left > rectangle.right || rectangle.bottom > rectangle.top) {
         return;
     }
-    Scratch<std::uint16_t, 65> scratch(std::int64_t{count} + 1);
+    vorna::Scratch<std::uint16_t, 65> scratch(std::int64_t{count} + 1);
     std::uint16_t* outcodes = scratch.data();
     const std::int32_t visible = VD_Clip(rectangle, count, points, outcodes);
     if (visible == count) {

@@ -3,7 +3,7 @@
 #include "renderer/lines/polylines_3d.h"
 
 #include "host/polyline_clip.h"
-#include "renderer/core/scratch.h"
+#include "host/scratch.h"
 #include "renderer/core/tile.h"
 
 namespace krb {
@@ -19,9 +19,9 @@ void draw_in_tile(VT_Renderer_Data& data, const VT_Rendition& rendition, std::in
         return;
     }
     const Tile tile(renderer_of(data), rendition);
-    Scratch<std::uint16_t> outcodes(count);
-    Scratch<VT_DCI_Point> piece(count);
-    Scratch<VT_RGB32> piece_colors(colors ? count : 0);
+    vorna::Scratch<std::uint16_t> outcodes(count);
+    vorna::Scratch<VT_DCI_Point> piece(count);
+    vorna::Scratch<VT_RGB32> piece_colors(colors ? count : 0);
     vorna::clip_polyline(
         tile.guard_band(), count, points, colors, {outcodes.data(), piece.data(), piece_colors.data()},
         [&tile](const auto& point) { return tile.to_tile(point); },

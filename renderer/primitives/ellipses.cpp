@@ -6,10 +6,10 @@
 #include <cstdlib>
 #include <utility>
 
+#include "host/scratch.h"
 #include "renderer/core/compiler_hints.h"
 #include "renderer/core/entry.h"
 #include "renderer/core/fixed_point.h"
-#include "renderer/core/scratch.h"
 #include "renderer/depth_lines/line_target.h"
 #include "renderer/depth_lines/polylines_dci.h"
 #include "renderer/kernels/call_target.h"
@@ -175,7 +175,7 @@ public:
     const std::int32_t* data() { return extents_.data(); }
 
 private:
-    Scratch<std::int32_t, 512> extents_;
+    vorna::Scratch<std::int32_t, 512> extents_;
 };
 
 // A shape that is drawn here, with both radii above 0.

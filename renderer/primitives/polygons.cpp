@@ -2,9 +2,9 @@
 #include "renderer/primitives/polygons.h"
 
 #include "host/contour.h"
+#include "host/scratch.h"
 #include "host/strip.h"
 #include "renderer/core/member.h"
-#include "renderer/core/scratch.h"
 #include "renderer/core/software_z_buffer.h"
 
 namespace krb {
@@ -108,7 +108,7 @@ void draw_integer_polygon(VT_Renderer_Data& data, const VT_Rendition& rendition,
         draw_strip(call, slots, 3, points);
         return;
     }
-    Scratch<VT_Point> floats(count);
+    vorna::Scratch<VT_Point> floats(count);
     for (std::int32_t i = 0; i < count; ++i) {
         floats[i] = {static_cast<float>(points[i].x), static_cast<float>(points[i].y), static_cast<float>(points[i].z)};
     }

@@ -24,20 +24,20 @@ bool draws_nothing(const VT_Face_Attributes& face) noexcept {
     return !(face.flags & vorna::face_flag::opaque_pattern) && face.pattern == (inverted ? vorna::face_pattern::solid : 0);
 }
 
-// Calls run(first point, count of points) for stretches inside the rectangle and piece(first point of a triangle) for triangles
-// that cross it. Each returns nothing.
-template <class Run, class Piece>
+// Calls run(first point, count of points) for stretches inside the rectangle. Only where triangles cross it, with_pieces(walk) is
+// called, which makes what pieces need and calls walk(piece) once: piece(first point of a triangle) draws such a triangle.
+template <class Run, class With_Pieces>
 KRB_ALWAYS_INLINE void draw_in_rectangle(const VT_Rendition& rendition, const VT_Int_Rectangle& rectangle, std::int32_t count,
-                                         const VT_DCI_Point* points, Run run, Piece piece) {
+                                         const VT_DCI_Point* points, Run run, With_Pieces with_pieces) {
     if (vorna::is_empty(rectangle)) {
         return;
     }
-    Scratch<std::uint16_t, 66> outcodes(std::int64_t{count} + 2);
+    vorna::Scratch<std::uint16_t, 66> outcodes(std::int64_t{count} + 2);
     const std::int32_t inside = VD_Clip(rectangle, count, points, outcodes.data());
     if (inside == count) {
         run(0, count);
     } else if (inside != 0 && !draws_nothing(rendition.face)) {
-        vorna::walk_strip(count, vorna::placements_by(outcodes.data()), run, piece);
+        with_pieces([&](auto piece) { vorna::walk_strip(count, vorna::placements_by(outcodes.data()), run, piece); });
     }
 }
 
@@ -62,14 +62,16 @@ template <Case c> struct Entry<slots::Draw_2DI_Polytriangle, c> : Plane_Strip_En
     static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points) {
         const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
         const Flat_Face face = flat_face(c, renderer, rendition);
-        Triangle_Call pieces(c, renderer, rendition, Shading::flat, face.pixel);
-        prepare_pieces(pieces.target);
         draw_in_rectangle(
             rendition, rectangle, count, points,
             [&](std::int32_t first, std::int32_t length) {
                 Member<slots::Draw_DCI_Polytriangle, c>::enter(renderer, rendition, length, points + first);
             },
-            [&](std::int32_t k) { fill_flat_piece(pieces, rectangle, points + k, face.color); });
+            [&](auto walk) {
+                Triangle_Call pieces(c, renderer, rendition, Shading::flat, face.pixel);
+                prepare_pieces(pieces.target);
+                walk([&](std::int32_t k) { fill_flat_piece(pieces, rectangle, points + k, face.color); });
+            });
     }
 };
 
@@ -77,15 +79,17 @@ template <Case c> struct Entry<slots::Draw_2DI_Colorized_Polytriangle, c> : Plan
     static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
                      const VT_RGB32* colors, bool single_color) {
         const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
-        Triangle_Call pieces(c, renderer, rendition, Shading::flat, colorized_pixel_rule(c, renderer, rendition));
-        prepare_pieces(pieces.target);
         draw_in_rectangle(
             rendition, rectangle, count, points,
             [&](std::int32_t first, std::int32_t length) {
                 Member<slots::Draw_DCI_Colorized_Polytriangle, c>::enter(renderer, rendition, length, points + first,
                                                                          single_color ? colors : colors + first, single_color);
             },
-            [&](std::int32_t k) { fill_flat_piece(pieces, rectangle, points + k, colors[single_color ? 0 : k]); });
+            [&](auto walk) {
+                Triangle_Call pieces(c, renderer, rendition, Shading::flat, colorized_pixel_rule(c, renderer, rendition));
+                prepare_pieces(pieces.target);
+                walk([&](std::int32_t k) { fill_flat_piece(pieces, rectangle, points + k, colors[single_color ? 0 : k]); });
+            });
     }
 };
 
@@ -93,24 +97,27 @@ template <Case c> struct Entry<slots::Draw_2DI_Gouraud_Polytriangle, c> : Gourau
     static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
                      const VT_RGB32* colors) {
         const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
-        Triangle_Call pieces(c, renderer, rendition, Shading::gouraud, is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store);
-        prepare_pieces(pieces.target);
-        Strip_Kernel* near_flat = pieces.kernel(Shading::flat, colorized_pixel_rule(c, renderer, rendition));
         draw_in_rectangle(
             rendition, rectangle, count, points,
             [&](std::int32_t first, std::int32_t length) {
                 Member<slots::Draw_DCI_Gouraud_Polytriangle, c>::enter(renderer, rendition, length, points + first,
                                                                        colors + first);
             },
-            [&](std::int32_t k) {
-                vorna::Clip_Vertex<VT_DCI_Point> triangle[3];
-                for (std::int32_t i = 0; i < 3; ++i) {
-                    triangle[i] = {points[k + i], colors[k + i], 0, 0};
-                }
-                vorna::Clipped_Polygon polygon;
-                if (clip_triangle_to_rectangle(rectangle, triangle, polygon) >= 3) {
-                    pieces.draw({polygon.count, polygon.points, polygon.colors, false, near_flat, nullptr});
-                }
+            [&](auto walk) {
+                Triangle_Call pieces(c, renderer, rendition, Shading::gouraud,
+                                     is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store);
+                prepare_pieces(pieces.target);
+                Strip_Kernel* near_flat = pieces.kernel(Shading::flat, colorized_pixel_rule(c, renderer, rendition));
+                walk([&](std::int32_t k) {
+                    vorna::Clip_Vertex<VT_DCI_Point> triangle[3];
+                    for (std::int32_t i = 0; i < 3; ++i) {
+                        triangle[i] = {points[k + i], colors[k + i], 0, 0};
+                    }
+                    vorna::Clipped_Polygon polygon;
+                    if (clip_triangle_to_rectangle(rectangle, triangle, polygon) >= 3) {
+                        pieces.draw({polygon.count, polygon.points, polygon.colors, false, near_flat, nullptr});
+                    }
+                });
             });
     }
 };
@@ -128,10 +135,6 @@ struct Entry<With_Texels<slots::Draw_2DI_Textured_Polytriangle, texels>, c> : Pl
                      const VT_Vector* normals) {
         const VT_Shared_Image& texture = *vorna::drawable_texture(rendition.face);
         const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
-        Texture_Parameters pairs = texture_parameters(rendition.face, count, parameters, parameter_width);
-        Triangle_Call pieces(c, renderer, rendition, Shading::textured, texels);
-        prepare_pieces(pieces.target);
-        set_texture(pieces.target, texture);
         draw_in_rectangle(
             rendition, rectangle, count, points,
             [&](std::int32_t first, std::int32_t length) {
@@ -140,19 +143,25 @@ struct Entry<With_Texels<slots::Draw_2DI_Textured_Polytriangle, texels>, c> : Pl
                     parameters + std::int64_t{first} * parameter_width, parameter_width, weights ? weights + first : nullptr,
                     normals ? normals + first : nullptr);
             },
-            [&](std::int32_t k) {
-                vorna::Clip_Vertex<VT_DCI_Point> triangle[3];
-                for (std::int32_t i = 0; i < 3; ++i) {
-                    triangle[i] = {points[k + i], colors[k + i], pairs[2 * (k + i)], pairs[2 * (k + i) + 1]};
-                }
-                vorna::Clipped_Polygon polygon;
-                if (clip_triangle_to_rectangle(rectangle, triangle, polygon) >= 3) {
-                    Texel_Coordinates coordinates[vorna::Clipped_Polygon::most_vertices];
-                    for (std::int32_t i = 0; i < polygon.count; ++i) {
-                        coordinates[i] = texel_coordinates(texture, polygon.u[i], polygon.v[i]);
+            [&](auto walk) {
+                Texture_Parameters pairs = texture_parameters(rendition.face, count, parameters, parameter_width);
+                Triangle_Call pieces(c, renderer, rendition, Shading::textured, texels);
+                prepare_pieces(pieces.target);
+                set_texture(pieces.target, texture);
+                walk([&](std::int32_t k) {
+                    vorna::Clip_Vertex<VT_DCI_Point> triangle[3];
+                    for (std::int32_t i = 0; i < 3; ++i) {
+                        triangle[i] = {points[k + i], colors[k + i], pairs[2 * (k + i)], pairs[2 * (k + i) + 1]};
                     }
-                    pieces.draw({polygon.count, polygon.points, polygon.colors, false, nullptr, coordinates});
-                }
+                    vorna::Clipped_Polygon polygon;
+                    if (clip_triangle_to_rectangle(rectangle, triangle, polygon) >= 3) {
+                        Texel_Coordinates coordinates[vorna::Clipped_Polygon::most_vertices];
+                        for (std::int32_t i = 0; i < polygon.count; ++i) {
+                            coordinates[i] = texel_coordinates(texture, polygon.u[i], polygon.v[i]);
+                        }
+                        pieces.draw({polygon.count, polygon.points, polygon.colors, false, nullptr, coordinates});
+                    }
+                });
             });
     }
 };

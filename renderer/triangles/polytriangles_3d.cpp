@@ -3,9 +3,9 @@
 #include "renderer/triangles/polytriangles_3d.h"
 
 #include "host/clip.h"
+#include "host/scratch.h"
 #include "host/strip.h"
 #include "host/triangle_clipper.h"
-#include "renderer/core/scratch.h"
 #include "renderer/core/tile.h"
 
 namespace krb {
@@ -42,12 +42,12 @@ void draw_in_tile(VT_Renderer_Data& data, const VT_Rendition& rendition, std::in
         return;
     }
     const Tile tile(renderer_of(data), rendition);
-    Scratch<std::uint16_t, 66> outcodes(std::int64_t{count} + 2);
+    vorna::Scratch<std::uint16_t, 66> outcodes(std::int64_t{count} + 2);
     const std::int32_t inside = VD_Clip(tile.guard_band(), count, points, outcodes.data());
     if (inside == 0) {
         return;
     }
-    Scratch<VT_DCI_Point> moved(count);
+    vorna::Scratch<VT_DCI_Point> moved(count);
     const auto draw_run = [&](std::int32_t first, std::int32_t length) {
         tile.to_tile(length, points + first, moved.data());
         run(tile.rendition(), first, length, moved.data());

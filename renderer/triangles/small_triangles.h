@@ -1,4 +1,4 @@
-// Runs of small triangles, many at once; see small_triangles_avx512.h.
+// Runs of small triangles, many at once; see small_triangles.inl.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ struct Strip_Beginning {
     std::int32_t left;  // those after them that are to be drawn one by one
 };
 
-// Sets that have no better way to draw small triangles than large ones.
+// Configurations and sets without a faster way to draw small triangles than large ones.
 template <Triangle_Configuration configuration> struct Small_Triangles { static constexpr bool exist = false; };
 
 } // namespace

@@ -4,13 +4,13 @@
 #include <cstdint>
 
 #include "host/rendition.h"
+#include "host/scratch.h"
 #include "host/texture.h"
-#include "renderer/core/scratch.h"
 #include "renderer/triangles/triangle_kernels.h"
 
 namespace krb {
 
-using Texture_Parameters = Scratch<float, 128>;
+using Texture_Parameters = vorna::Scratch<float, 128>;
 
 // Texture parameters of count points, u and v for each: u grows with the columns, v upwards.
 Texture_Parameters texture_parameters(const VT_Face_Attributes& face, std::int32_t count, const VT_Parameter* parameters,

@@ -44,7 +44,7 @@ struct Entry<With_Texels<slots::Draw_DCI_Textured_Polytriangle, texels>, c> : Te
                      const VT_Vector*) {
         const VT_Shared_Image& texture = *vorna::drawable_texture(rendition.face);
         Texture_Parameters pairs = texture_parameters(rendition.face, count, parameters, parameter_width);
-        Scratch<Texel_Coordinates> coordinates(count);
+        vorna::Scratch<Texel_Coordinates> coordinates(count);
         for (std::int32_t i = 0; i < count; ++i) {
             coordinates[i] = texel_coordinates(texture, pairs[2 * i], pairs[2 * i + 1]);
         }

@@ -7,8 +7,9 @@
 #include "renderer/triangles/small_triangles.h"
 #include "renderer/triangles/triangle_kernels.h"
 #include "renderer/triangles/triangle_setup.inl"
-#ifdef KRB_SMALL_TRIANGLES
-#include KRB_SMALL_TRIANGLES
+#ifdef KRB_BATCH_LANES
+#include KRB_BATCH_LANES
+#include "renderer/triangles/small_triangles.inl"
 #endif
 
 namespace krb::KRB_KERNEL_SET {
@@ -18,22 +19,25 @@ constexpr bool is_flat(Triangle_Configuration c) {
     return c.shading == Shading::flat;
 }
 
-// Texels times a colour that moves along the span. Colour channels are held twice as large as their 16 bits, so that the half
-// unit of a two-pixel span's mean is not lost before the product. Alpha is not: its mean is rounded down first.
+// Texels times a colour that moves along the span, channels of 16 bits. Steps that were rounded down can lead a little below 0 at
+// the end of a span, which counts as 0. In spans of two pixels the colour channels, but not alpha, are twice as large, so that
+// the half unit of the mean is not lost before the product.
 struct Texture_Source {
     static constexpr bool moves = true;
     Gouraud_Source color;
     Ramp s, t;
     const std::uint8_t* texels;
     std::int32_t width_mask, height_mask;
+    bool is_doubled;
     Int pixels, alphas;
 
-    Texture_Source(const Triangle_Target& target, Attributes<8> start, Attributes<8> step, Attributes<8> doubled_start,
-                   Attributes<8> doubled_step)
-        : color(doubled_start, doubled_step), s(Ramp::from(spread<2>(start), spread<2>(step))),
-          t(Ramp::from(spread<3>(start), spread<3>(step))), texels(target.texels), width_mask(target.texture_width_mask),
-          height_mask(target.texture_height_mask), pixels(splat(0)), alphas(splat(0)) {
-        color.alpha = Ramp::from(spread<7>(start), spread<7>(step));
+    Texture_Source(const Triangle_Target& target, const Texture_Span_Values& values)
+        : color(values.is_doubled ? values.doubled_start : values.start, values.is_doubled ? values.doubled_step : values.step),
+          s(Ramp::from(spread<2>(values.start), spread<2>(values.step))),
+          t(Ramp::from(spread<3>(values.start), spread<3>(values.step))), texels(target.texels),
+          width_mask(target.texture_width_mask), height_mask(target.texture_height_mask), is_doubled(values.is_doubled),
+          pixels(splat(0)), alphas(splat(0)) {
+        color.alpha = Ramp::from(spread<7>(values.start), spread<7>(values.step));
     }
 
     // Pixels off the texture are not drawn; it does not repeat. The first texel row is the top one.
@@ -42,14 +46,7 @@ struct Texture_Source {
         const Int row = shift_right<16>(t.value);
         const Int outside = (column & splat(~width_mask)) | (row & splat(~height_mask));
         const Int stored_row = splat(height_mask) - (row & splat(height_mask));
-        const Int texel = gather(texels, stored_row * splat(width_mask + 1) + (column & splat(width_mask)));
-        // Steps that were rounded down can lead a little below 0 at the end of a span.
-        const auto product = [](Int byte, const Ramp& by) { return byte * where(less_or_equal(splat(0), by.value), by.value); };
-        const auto modulated = [product](Int byte, const Ramp& by) { return shift_right<17>(product(byte, by)); };
-        pixels = modulated(texel & splat(0xFF), color.blue) |
-                 shift_left<8>(modulated(shift_right<8>(texel) & splat(0xFF), color.green)) |
-                 shift_left<16>(modulated(shift_right<16>(texel) & splat(0xFF), color.red));
-        alphas = shift_right<16>(product(shift_right<24>(texel), color.alpha));
+        modulate(gather(texels, stored_row * splat(width_mask + 1) + (column & splat(width_mask))));
         return lanes & equal(outside, splat(0));
     }
     Int pixel_lanes() const { return pixels; }
@@ -66,6 +63,29 @@ struct Texture_Source {
         color.advance_group(lanes);
         s.advance_group(lanes);
         t.advance_group(lanes);
+    }
+
+private:
+    // Two channels a product, in the halves of a lane.
+    void modulate(Int texel) {
+        const Int red_blue = texel & splat(0x00FF00FF);
+        const Int alpha_green = shift_right<8>(texel) & splat(0x00FF00FF);
+        const auto level = [](const Ramp& channel) { return greatest(channel.value, splat(0)); };
+        const auto modulated = [](Int bytes, Int upper, Int lower) {
+            return multiply_halves_high(bytes, shift_left<16>(upper) | lower);
+        };
+        if (is_doubled) {
+            const Int byte = splat(0xFF);
+            const Int blue = shift_right<17>((texel & byte) * level(color.blue));
+            const Int red = shift_right<17>(shift_right<16>(red_blue) * level(color.red));
+            const Int green = shift_right<17>((alpha_green & byte) * level(color.green));
+            pixels = blue | shift_left<8>(green) | shift_left<16>(red);
+            alphas = shift_right<16>(shift_right<24>(texel) * level(color.alpha));
+        } else {
+            const Int products = modulated(alpha_green, level(color.alpha), level(color.green));
+            pixels = modulated(red_blue, level(color.red), level(color.blue)) | shift_left<8>(products);
+            alphas = shift_right<16>(products);
+        }
     }
 };
 
@@ -142,8 +162,7 @@ template <Triangle_Configuration c, int size> struct Filler {
             draw(row, column, skipped, drawn, flat, Ramp{splat(0), splat(0)});
         } else if constexpr (c.shading == Shading::textured) {
             const Texture_Span_Values values(left, right, count);
-            draw(row, column, skipped, drawn,
-                 Texture_Source(target, values.start, values.step, values.doubled_start, values.doubled_step),
+            draw(row, column, skipped, drawn, Texture_Source(target, values),
                  Ramp::from(spread<1>(values.start), spread<1>(values.step)));
         } else {
             const Span_Values<size> values(left, right, count);

@@ -1,5 +1,5 @@
 // Triangle kernels of the AVX-512 set.
 #define KRB_KERNEL_SET avx512
-#define KRB_SMALL_TRIANGLES "renderer/triangles/small_triangles_avx512.h"
+#define KRB_BATCH_LANES "renderer/triangles/batch_lanes_avx512.inl"
 #include "renderer/kernels/lanes_avx512.inl"
 #include "renderer/triangles/triangle_kernels.inl"

@@ -144,11 +144,12 @@ template <int size> struct Span_Values {
     }
 };
 
-// The same for a textured span. Colours come doubled as well.
+// The same for a textured span. Of two pixels, colours come doubled as well.
 struct Texture_Span_Values {
     Attributes<8> start, step, doubled_start, doubled_step;
+    bool is_doubled;
 
-    Texture_Span_Values(Attributes<8> left, Attributes<8> right, std::int32_t count) {
+    Texture_Span_Values(Attributes<8> left, Attributes<8> right, std::int32_t count) : is_doubled(count == 2) {
         const Attributes<8> from = integer_parts(left);
         const Attributes<8> difference = right - left;
         const Division division = Division::by(count);
@@ -158,7 +159,7 @@ struct Texture_Span_Values {
                         division.divisor);
         step = select(count == 2, with_positions(to_fixed(mean_of_edges(left, right) - from), step), step);
         doubled_start = start + start;
-        doubled_step = select(count == 2, difference, step + step);
+        doubled_step = difference;
     }
 };
 

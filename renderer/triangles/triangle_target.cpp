@@ -205,7 +205,7 @@ void Triangle_Call::draw_scissored(const Triangle_Strip& strip) const {
     if (target.first_column == target.end_column || target.first_row == target.end_row) {
         return;
     }
-    Scratch<std::uint16_t> outcodes(strip.count);
+    vorna::Scratch<std::uint16_t> outcodes(strip.count);
     if (VD_Clip(device_rectangle(target, target.first_column, target.end_column - 1, target.first_row, target.end_row - 1),
                 strip.count, strip.points, outcodes.data()) == 0) {
         return;
@@ -280,8 +280,8 @@ Flat_Face flat_face(Case c, const Software_Z_Buffer& renderer, const VT_Renditio
     return face;
 }
 
-Scratch<VT_DCI_Point> rounded_points(std::int32_t count, const VT_Point* points) {
-    Scratch<VT_DCI_Point> rounded(count);
+vorna::Scratch<VT_DCI_Point> rounded_points(std::int32_t count, const VT_Point* points) {
+    vorna::Scratch<VT_DCI_Point> rounded(count);
     for (std::int32_t i = 0; i < count; ++i) {
         rounded[i] = vorna::rounded_point(points[i]);
     }

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "host/attributes.h"
+#include "host/scratch.h"
 #include "renderer/core/cases.h"
-#include "renderer/core/scratch.h"
 #include "renderer/core/software_z_buffer.h"
 #include "renderer/triangles/triangle_kernels.h"
 
@@ -62,6 +62,6 @@ struct Flat_Face {
 Flat_Face flat_face(Case c, const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept;
 
 // Device points from floats, rounded to whole pixels.
-Scratch<VT_DCI_Point> rounded_points(std::int32_t count, const VT_Point* points);
+vorna::Scratch<VT_DCI_Point> rounded_points(std::int32_t count, const VT_Point* points);
 
 } // namespace krb

@@ -1,4 +1,6 @@
 // How files to draw are recognised, and who reads them.
+#include <array>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -71,14 +73,51 @@ TEST_F(Formats, vrml_is_named_in_the_refusal) {
 TEST_F(Formats, assimp_is_asked_for_what_a_reader_refuses) {
     const model::Mesh mesh = load("edge.obj", shape + triangle + "f 1 2\n");
     EXPECT_EQ(mesh.triangle_count(), 1U);
-    ASSERT_EQ(mesh.warnings.size(), 1U);
-    EXPECT_THAT(mesh.warnings[0],
-                HasSubstr("edge.obj:5: expected a vertex index, found the end of the line; read by assimp instead"));
+    // That is no damage, and so no warning.
+    EXPECT_TRUE(mesh.warnings.empty());
+    EXPECT_THAT(mesh.notes, testing::ElementsAre(HasSubstr(
+                                "edge.obj:5: expected a vertex index, found the end of the line; read by assimp instead")));
+    EXPECT_THAT(load("far.obj", "mtllib ../out.mtl\n" + shape + triangle + "f 1 2\n").warnings,
+                testing::ElementsAre(HasSubstr("out.mtl: lies outside the model's folder and is not read")));
     const std::string both = refusal("wrong.obj", shape + "f 1 2 9\n");
     EXPECT_THAT(both, HasSubstr("wrong.obj:4: expected a vertex index from 1 to 3 or from -3 to -1, found '9'; assimp: "));
     EXPECT_EQ(both.find("expected a model file"), both.npos);
     // Half of a model is not drawn.
     EXPECT_THAT(refusal("cut.obj", shape + triangle + "f 1 2"), testing::EndsWith("found the end of the file"));
+}
+
+// ASE files have smoothing groups, of which assimp makes normals.
+TEST_F(Formats, a_crease_angle_counts_for_normals_that_assimp_makes) {
+    const std::string vertices = "*MESH_VERTEX_LIST {\n*MESH_VERTEX 0 0 0 0\n*MESH_VERTEX 1 1 0 0\n*MESH_VERTEX 2 0 1 0\n"
+                                 "*MESH_VERTEX 3 1 0 1\n}\n",
+                      rest = " AB: 1 BC: 1 CA: 1 *MESH_SMOOTHING *MESH_MTLID 0\n";
+    const std::string file = folder.file(
+        "fold.ase",
+        "*3DSMAX_ASCIIEXPORT 200\n*GEOMOBJECT {\n*NODE_NAME \"fold\"\n*MESH {\n*MESH_NUMVERTEX 4\n*MESH_NUMFACES 2\n" + vertices +
+            "*MESH_FACE_LIST {\n*MESH_FACE 0: A: 0 B: 1 C: 2" + rest + "*MESH_FACE 1: A: 2 B: 1 C: 3" + rest + "}\n}\n}\n");
+    const auto bends = [&](std::optional<double> crease) {
+        std::vector<Input> inputs{open_input(file, "", limits)};
+        const model::Mesh mesh = model::load_models(inputs, limits, false, crease);
+        // Both faces have corners at the second and the third vertex.
+        int bent = 0;
+        for (std::size_t i = 0; i < 3; ++i) {
+            for (std::size_t j = 3; j < 6; ++j) {
+                const auto a = mesh.triangles.at(i), b = mesh.triangles.at(j);
+                const auto x_of = [](const VT_Vector& v) { return std::array{v.x, v.y, v.z}; };
+                bent += x_of(mesh.positions[a]) == x_of(mesh.positions[b]) && x_of(mesh.normals[a]) != x_of(mesh.normals[b]);
+            }
+        }
+        return bent;
+    };
+    EXPECT_EQ(bends({}), 0); // both are of no group
+    EXPECT_EQ(bends(0), 2);
+    EXPECT_EQ(bends(180), 0);
+}
+
+TEST_F(Formats, a_library_that_lacks_memory_is_told_as_that) {
+    const std::string message = refusal("large.off", "OFF\n1000000000 1 0\n0 0 0\n");
+    EXPECT_THAT(message,
+                testing::AllOf(HasSubstr("large.off: expected what can be read within"), testing::Not(HasSubstr("alloc"))));
 }
 
 TEST_F(Formats, dxf_files_with_more_faces_than_lines_are_models) {

@@ -1,6 +1,7 @@
 // The drawing library as a program uses it.
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -105,7 +106,8 @@ TEST_F(Drawing_Library, meshes_of_arrays_are_drawn_like_files) {
     model::Mesh mesh;
     mesh.positions = {{0, 0, 0}, {2, 0, 0}, {2, 1, 0}, {0, 1, 0}, {0, 0, -1}, {2, 0, -1}};
     mesh.triangles = {0, 1, 2, 0, 2, 3, 0, 4, 5, 0, 5, 1};
-    const Model_View view{.look = {.shading = model::Shading::flat}};
+    Model_View view;
+    view.look.shading = model::Shading::flat;
     const Image_Settings settings{.size = {90, 60}};
     EXPECT_EQ(samples_of(make_image(Model(mesh), view, settings)),
               samples_of(make_image(Model({folder.file("box.obj", box)}), view, settings)));
@@ -114,7 +116,7 @@ TEST_F(Drawing_Library, meshes_of_arrays_are_drawn_like_files) {
 TEST_F(Drawing_Library, tells_what_is_wrong) {
     const Model model({folder.file("box.obj", box)});
     const auto make = [&](const Image_Settings& settings) { return make_image(model, {}, settings); };
-    EXPECT_THAT([&] { make({.size = {0, 10}}); }, ThrowsMessage<Usage_Error>(HasSubstr("size: expected sides from 1")));
+    EXPECT_THAT([&] { make({.size = {0, 10}}); }, ThrowsMessage<Usage_Error>(HasSubstr("size.x: expected 1 to 131072, found 0")));
     EXPECT_THAT([&] { make({.supersample = 9}); }, ThrowsMessage<Usage_Error>(HasSubstr("supersample: expected 1 to 8")));
     EXPECT_THAT([&] { make({.transparent = true, .indexed = true}); }, ThrowsMessage<Usage_Error>(HasSubstr("transparent")));
     EXPECT_THAT(
@@ -131,6 +133,73 @@ TEST_F(Drawing_Library, tells_what_is_wrong) {
     EXPECT_THAT([&] { Model{mesh}; }, ThrowsMessage<Usage_Error>(HasSubstr("mesh: expected lists that belong together")));
     EXPECT_THAT([&] { write_image(folder.file("no") + "/x.png", model, {}, {}); },
                 ThrowsMessage<std::exception>(HasSubstr("x.png")));
+}
+
+// Nothing is drawn otherwise than it is asked for: no setting is ignored, and none makes a drawing run without end.
+TEST_F(Drawing_Library, refuses_settings_outside_of_their_ranges) {
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN(), infinite = std::numeric_limits<double>::infinity();
+    const std::string file = folder.file("box.obj", box);
+    for (const double crease : {-1.0, 181.0, nan}) {
+        EXPECT_THAT([&] { Model({file}, {.crease = crease}); },
+                    ThrowsMessage<Usage_Error>(HasSubstr("crease: expected 0 to 180")));
+    }
+    const Model model({file});
+    const auto refused = [&](const char* message, auto change) {
+        Model_View view;
+        change(view);
+        EXPECT_THAT([&] { make_image(model, view, {.size = {9, 9}}); }, ThrowsMessage<Usage_Error>(HasSubstr(message)));
+    };
+    for (const std::int32_t pixels : {-1, 65, INT32_MAX}) {
+        refused("line_width: expected 1 to 64", [=](Model_View& view) { view.line_width = pixels; });
+        refused("point_size: expected 0 to 64", [=](Model_View& view) { view.point_size = pixels; });
+    }
+    for (const double number : {nan, infinite, -1.0}) {
+        refused("camera.zoom: expected 0.01 to 1000", [=](Model_View& view) { view.camera.zoom = number; });
+        refused("camera.half_tangent: expected", [=](Model_View& view) { view.camera.half_tangent = number; });
+        refused("look.specular: expected 0 to 10", [=](Model_View& view) { view.look.specular = number; });
+    }
+    refused("look.light: expected a direction", [](Model_View& view) { view.look.light = {0, 0, 0}; });
+    refused("look.light: expected a direction", [=](Model_View& view) { view.look.light.y = nan; });
+    refused("camera: expected two places", [=](Model_View& view) { view.camera.aim = model::Aim{{nan, 0, 0}, {}, {}}; });
+    refused("scale_bar: expected a camera without", [](Model_View& view) { view.scale_bar = true; });
+    refused("studio: expected lit", [](Model_View& view) {
+        view.studio = true;
+        view.look.tint = model::Tint::numbers;
+    });
+    EXPECT_THAT([&] { make_image(model, {}, {.threads = 1025}); },
+                ThrowsMessage<Usage_Error>(HasSubstr("threads: expected 0 to")));
+
+    const auto refused_map = [](const char* message, auto change) {
+        map::Map_Settings settings;
+        change(settings);
+        EXPECT_THAT([&] { Map("land", "json", land, settings); }, ThrowsMessage<Usage_Error>(HasSubstr(message)));
+    };
+    refused_map("bbox: expected", [=](map::Map_Settings& s) { s.bbox = map::Extent{0, 0, nan, 1}; });
+    refused_map("bbox: expected", [](map::Map_Settings& s) { s.bbox = map::Extent{0, 1, 1, 0}; });
+    refused_map("center.y: expected -90 to 90", [](map::Map_Settings& s) { s.center = map::Position{0, 91}; });
+    refused_map("opacity: expected 0 to 1", [=](map::Map_Settings& s) { s.opacity = nan; });
+    refused_map("graticule: expected 0.1 to 90", [](map::Map_Settings& s) { s.graticule = 1e-9; });
+    refused_map("border: expected lengths", [](map::Map_Settings& s) { s.border = map::Dashes{3}; });
+    refused_map("outline: expected lengths", [](map::Map_Settings& s) { s.outline = map::Dashes{3, 0}; });
+    refused_map("border_width: expected 1 to 1000", [](map::Map_Settings& s) { s.border_width = 0; });
+    refused_map("marker.size: expected", [](map::Map_Settings& s) { s.marker.size = INT32_MAX; });
+    refused_map("label_size: expected", [](map::Map_Settings& s) { s.label_size = 3; });
+    const Map map("land", "json", land);
+    EXPECT_THAT(
+        [&] {
+            make_image(map, {.size = {INT32_MAX, 0}});
+        },
+        ThrowsMessage<Usage_Error>(HasSubstr("size.x: expected 1 to")));
+}
+
+TEST_F(Drawing_Library, tells_of_textures_that_are_left_out) {
+    folder.file("paint.mtl", "newmtl paint\nKd 1 x 1\nmap_Kd gone.png\n");
+    const Model model(
+        {folder.file("m.obj", "mtllib paint.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nusemtl paint\nf 1/1 2/1 3/1\n")});
+    EXPECT_THAT(model.warnings(), testing::ElementsAre(HasSubstr("paint.mtl:2: expected a colour channel, found 'x'")));
+    std::vector<std::string> warnings;
+    make_image(model, {}, {.size = {9, 9}}, &warnings);
+    EXPECT_THAT(warnings, testing::ElementsAre(HasSubstr("gone.png")));
 }
 
 TEST_F(Drawing_Library, the_program_of_the_page_draws_its_images) {

@@ -80,7 +80,7 @@ if [ "$(id -u)" = 0 ]; then
     judge "a link of one's own" holds new plain.png
 fi
 
-# Pipes with a name: what comes through is whole, and who waits can be stopped.
+# Named pipes: what comes through is whole, and a process that waits can be stopped.
 mkfifo pipe
 cat pipe >file &
 run "${large[@]}" -o pipe
@@ -95,6 +95,40 @@ for signal in INT TERM HUP; do
     judge "SIG$signal while nobody reads" is $status $number
     kill $!
     judge "SIG$signal: no message" [ ! -s errors ]
+done
+
+# A file whose beginning is written last is refused before anything is read.
+for device in pipe /dev/null; do
+    run "$vorna" render bad.obj -o $device --output-format tif
+    judge "TIFF into $device" says "-o $device: expected a file or standard output for TIFF, found a device or a pipe"
+    judge "TIFF into $device" is $status 2
+done
+
+# Frames and recordings that cannot be written are refused before anything is drawn.
+mkdir out/frame-2.png
+for more in --dry-run ""; do
+    run "${draw[@]}" -o out/frame-%d.png --turntable 3 --zoom 0.5 $more
+    judge "a frame that is a folder $more" says "out/frame-2.png: cannot be written: Is a directory"
+    judge "a frame that is a folder $more" is "$status $(ls out)" "1 frame-2.png"
+done
+rmdir out/frame-2.png
+
+# Many files: a signal ends the command while files are read, and leaves no file.
+mkfifo first.obj second.obj
+sleep 60 >first.obj &
+writers=$!
+sleep 60 >second.obj &
+writers="$writers $!"
+run timeout --preserve-status -s TERM 1 "$vorna" render first.obj second.obj --output-folder out --threads 2
+judge "SIGTERM while files are read" is $status 143
+judge "SIGTERM while files are read" is "$(cat errors; ls out)" ""
+kill $writers
+
+# Of an image and a recording none appears when the other one cannot be written.
+for outputs in "-o /dev/full --record out/all.json" "-o out/all.png --record -" "-o - --record out/all.json"; do
+    run "${draw[@]}" $outputs >/dev/full
+    judge "one of two outputs fails: $outputs" says "(standard output|/dev/full): cannot be written: No space left on device"
+    judge "one of two outputs fails: $outputs" is "$status$(ls out)" 1
 done
 
 # Nobody reads: the end of a program that writes, without a word, and nothing half done.

@@ -1,14 +1,13 @@
 // Conversion from one coordinate form to another.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
-#include <vector>
 
 #include "host/polyline_clip.h"
 #include "host/renderer_data.h"
 #include "host/rendition.h"
 #include "host/rounding.h"
+#include "host/scratch.h"
 #include "vorna/standard/drawing_area.h"
 
 namespace vorna {
@@ -25,11 +24,10 @@ template <class Point> constexpr VT_DCI_Point nearest_point(const Point& point) 
     return {nearest_coordinate(point.x), nearest_coordinate(point.y), nearest_coordinate(point.z)};
 }
 
-template <class Point> std::vector<VT_DCI_Point> rounded_points(std::int32_t count, const Point* points) {
-    std::vector<VT_DCI_Point> whole;
-    whole.reserve(static_cast<std::size_t>(count > 0 ? count : 0));
+template <class Point> Scratch<VT_DCI_Point> rounded_points(std::int32_t count, const Point* points) {
+    Scratch<VT_DCI_Point> whole(count);
     for (std::int32_t i = 0; i < count; ++i) {
-        whole.push_back(nearest_point(points[i]));
+        whole[i] = nearest_point(points[i]);
     }
     return whole;
 }
@@ -46,11 +44,11 @@ void draw_rounded(const Slot& slot, VT_Renderer_Data& renderer, const VT_Renditi
 template <class Device_Slot, class Slot, class... Arguments>
 void draw_rounded_inside(const Device_Slot& device_slot, const Slot& slot, VT_Renderer_Data& renderer,
                          const VT_Rendition& rendition, std::int32_t count, const VT_Point* points, Arguments... arguments) {
-    const std::vector<VT_DCI_Point> whole = rounded_points(count, points);
+    Scratch<VT_DCI_Point> whole = rounded_points(count, points);
     const VT_Int_Rectangle window = window_rectangle(renderer.current_renderer_options());
     bool is_inside = true;
-    for (const VT_DCI_Point& point : whole) {
-        is_inside = is_inside && contains(window, point.x, point.y);
+    for (std::int32_t i = 0; i < count; ++i) {
+        is_inside = is_inside && contains(window, whole[i].x, whole[i].y);
     }
     if (is_inside) {
         device_slot(renderer, rendition, count, whole.data(), arguments...);
@@ -63,10 +61,9 @@ void draw_rounded_inside(const Device_Slot& device_slot, const Slot& slot, VT_Re
 // piece. colors: one for each point, or null.
 template <class Draw> void cut_3d_polyline(std::int32_t count, const VT_Point_D* points, const VT_RGB32* colors, Draw draw) {
     constexpr VT_Int_Rectangle guard{-farthest_coordinate, farthest_coordinate, -farthest_coordinate, farthest_coordinate};
-    const auto size = static_cast<std::size_t>(std::max(count, 0));
-    std::vector<std::uint16_t> outcodes(size);
-    std::vector<VT_DCI_Point> piece(size);
-    std::vector<VT_RGB32> piece_colors(colors ? size : 0);
+    Scratch<std::uint16_t> outcodes(count);
+    Scratch<VT_DCI_Point> piece(count);
+    Scratch<VT_RGB32> piece_colors(colors ? count : 0);
     struct To_Whole {
         VT_DCI_Point operator()(const VT_Point_D& point) const noexcept { return nearest_point(point); }
         VT_DCI_Point operator()(const VT_DCI_Point& point) const noexcept { return point; }

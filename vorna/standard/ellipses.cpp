@@ -307,7 +307,7 @@ void draw_polyline(VT_Renderer_Data& renderer, const VT_Rendition& rendition, co
     if (curve.is_whole()) {
         points.back() = points.front();
     }
-    vorna::draw_arc(renderer, rendition, vorna::rounded_points(segments + 1, points.data()), color);
+    vorna::draw_arc(renderer, rendition, segments + 1, vorna::rounded_points(segments + 1, points.data()).data(), color);
 }
 
 void draw_ellipse(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_DCI_Point& center,

@@ -11,7 +11,7 @@ namespace vorna {
 
 // Draws a polyline in the given colour, or in that of the rendition when color is null. Unlike colorized polylines it has line
 // types, and it keeps to the clip region in every configuration.
-void draw_arc(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const std::vector<VT_DCI_Point>& points,
+void draw_arc(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
               const VT_RGB32* color);
 
 // Draws the pixels of a row from start to end, with depth. All follow the depth rule of pixels inside a line; the last pixel of a

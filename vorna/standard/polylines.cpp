@@ -184,7 +184,7 @@ void draw_paths(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const
     std::vector<VT_RGB32> colors;
     for (const Stroke_Path& path : paths) {
         const auto count = static_cast<std::int32_t>(path.size());
-        const std::vector<VT_DCI_Point> points = rounded_points(count, path.data());
+        Scratch<VT_DCI_Point> points = rounded_points(count, path.data());
         colors.clear();
         for (const Stroke_Point& point : path) {
             colors.push_back(point.color);
@@ -279,21 +279,20 @@ private:
 
 // In 32-bit colours the slots for one colour draw arcs. The slots for given colours have no line types, and for palette indices
 // without depth they ignore clip regions; dots do not.
-void draw_arc(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const std::vector<VT_DCI_Point>& points,
+void draw_arc(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
               const VT_RGB32* color) {
-    const auto count = static_cast<std::int32_t>(points.size());
     if (color && renderer.current_renderer_options().color_system() != 1) {
         const bool is_dotted = rendition.clip.complex_clip && !has_depth_in_force(renderer, rendition);
         if (is_dotted || has_line_types(rendition.line)) {
-            draw_line(renderer, rendition, {count, points.data(), Stroke_Colors::one, color, true, true, is_dotted});
+            draw_line(renderer, rendition, {count, points, Stroke_Colors::one, color, true, true, is_dotted});
         } else {
-            VD_Draw_2DI_Colorized_Polyline(renderer, rendition, count, points.data(), color, true);
+            VD_Draw_2DI_Colorized_Polyline(renderer, rendition, count, points, color, true);
         }
         return;
     }
     const VT_Reference<VT_Rendition> colored = copy_of(rendition);
     colored->line.color = color ? *color : rendition.line.color;
-    VD_Draw_2DI_Polyline(renderer, *colored, count, points.data());
+    VD_Draw_2DI_Polyline(renderer, *colored, count, points);
 }
 
 // The line is one pixel longer and ends there at a depth that no depth test passes.

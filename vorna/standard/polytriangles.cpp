@@ -8,6 +8,7 @@
 #include "host/attributes.h"
 #include "host/clip.h"
 #include "host/rounding.h"
+#include "host/scratch.h"
 #include "host/strip.h"
 #include "host/texture.h"
 #include "host/triangle_clipper.h"
@@ -58,13 +59,16 @@ void draw_retextured(VT_Renderer_Data& renderer, const VT_Rendition& rendition, 
     Form::draw(renderer, *changed, changed_strip);
 }
 
-template <class Form> void draw_rounded(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_Point>& strip) {
-    std::vector<VT_DCI_Point> points;
-    points.reserve(static_cast<std::size_t>(strip.count));
+template <class Point> vorna::Scratch<VT_DCI_Point> rounded_points(const Strip<Point>& strip) {
+    vorna::Scratch<VT_DCI_Point> points(strip.count);
     for (std::int32_t i = 0; i < strip.count; ++i) {
-        points.push_back(vorna::rounded_point(strip.points[i]));
+        points[i] = vorna::rounded_point(strip.points[i]);
     }
-    Form::draw(renderer, rendition, strip.with(points.data()));
+    return points;
+}
+
+template <class Form> void draw_rounded(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_Point>& strip) {
+    Form::draw(renderer, rendition, strip.with(rounded_points(strip).data()));
 }
 
 void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_Point>& strip, vorna::Form_2D) {
@@ -113,16 +117,12 @@ void draw_cut(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const V
 void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_Point_D>& strip, vorna::Form_3D) {
     constexpr std::int32_t guard = vorna::farthest_window_side;
     const VT_Int_Rectangle visible = vorna::visible_rectangle(renderer, rendition);
-    std::vector<std::uint16_t> outcodes(static_cast<std::size_t>(strip.count));
+    vorna::Scratch<std::uint16_t> outcodes(strip.count);
     const std::int32_t inside = VD_Clip({-guard, guard, -guard, guard}, strip.count, strip.points, outcodes.data());
     if (inside == 0 || vorna::is_empty(visible)) {
         return;
     }
-    std::vector<VT_DCI_Point> points;
-    points.reserve(outcodes.size());
-    for (std::int32_t i = 0; i < strip.count; ++i) {
-        points.push_back(vorna::rounded_point(strip.points[i]));
-    }
+    vorna::Scratch<VT_DCI_Point> points = rounded_points(strip);
     const Strip<VT_DCI_Point> whole = strip.with(points.data());
     if (inside == strip.count) {
         vorna::Form_2DI::draw(renderer, rendition, whole);

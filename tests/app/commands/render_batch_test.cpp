@@ -1,4 +1,5 @@
 // Many files drawn each by itself.
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -68,7 +69,8 @@ TEST_F(Render_Batch, resume_leaves_out_images_that_are_there) {
 }
 
 TEST_F(Render_Batch, wrong_usage_draws_nothing) {
-    const std::string one = folder.file("a.obj", corner), same = folder.file("a.stl", "solid\n");
+    const std::string one = folder.file("a.obj", corner), other = folder.file("b.obj", corner),
+                      same = folder.file("a.stl", "solid\n");
     const struct {
         std::vector<std::string> arguments;
         std::string message;
@@ -77,13 +79,29 @@ TEST_F(Render_Batch, wrong_usage_draws_nothing) {
         {{one, "-"}, "--output-folder: expected files with names, found standard input"},
         {{one, "-o", folder.file("b.png")}, "expected no --output-folder beside it, found both"},
         {{one, "--turntable", "3"}, "expected no --turntable beside it, found both"},
+        // What is wrong whatever the file is told once.
+        {{one, other, "--tile-size", "9"}, "--tile-size: expected a multiple of 8"},
+        {{one, other, "--output-format", "jpg", "--background", "none"}, "expected an opaque image in JPEG files"},
+        {{one, other, "--background", "mud"}, "--background: expected none"},
+        {{one, other, "--edges=some"}, "--edges: expected all or feature"},
+        {{one, other, "--section", "q"}, "--section: expected an axis"},
+        {{one, other, "--palette", folder.file("none.gpl")}, "none.gpl: cannot be read"},
+        {{one, other, "--palette", "-"}, "--palette -: expected a file with --output-folder"},
+        {{one, other, "--input-format", "q"}, "--input-format: expected a suffix"},
+        {{one, other, "--kernels", "q"}, "--kernels: expected"},
+        {{one, other, "--border", "q"}, "--border: expected none, solid"},
+        {{one, other, "--overlay", folder.file("none.json")}, "none.json: cannot be read"},
+        {{one, other, "--overlay", "-"}, "--overlay -: expected a file with --output-folder"},
     };
     for (const auto& [arguments, message] : cases) {
         const Outcome outcome = render(arguments);
         EXPECT_EQ(outcome.status, 2);
-        EXPECT_THAT(outcome.errors, HasSubstr(message));
+        EXPECT_THAT(outcome.errors, testing::AllOf(HasSubstr(message), testing::EndsWith("\n")));
+        EXPECT_EQ(std::ranges::count(outcome.errors, '\n'), 1) << outcome.errors;
         EXPECT_FALSE(std::filesystem::exists(images));
     }
+    EXPECT_THAT(replay_tests::run_vorna({"render", one, "--output-folder", "-"}).errors,
+                HasSubstr("--output-folder: expected a folder, found - for standard output"));
     EXPECT_THAT(replay_tests::run_vorna({"render", one, "-o", folder.file("b.png"), "--resume"}).errors,
                 HasSubstr("--resume: expected --output-folder beside it, found none"));
 }

@@ -4,6 +4,7 @@
 
 #include "drawing/job/formats.h"
 #include "drawing/map/map_reader.h"
+#include "drawing/map/map_scene.h"
 #include "tests/support/command_line.h"
 
 namespace vorna::drawing::map {
@@ -92,6 +93,17 @@ TEST_F(Json_Maps, errors_name_the_place_and_what_was_expected) {
                 HasSubstr("objects.lands.geometries[1].arcs[0][0][1]: expected the number of one of 4 arcs"));
     EXPECT_THAT(error_of(topology, "seas"), HasSubstr("--layer: expected one of lands, way, town, found 'seas'"));
     EXPECT_THAT(error_of(features, "seas"), HasSubstr("--layer: expected TopoJSON"));
+}
+
+// A height that is chosen is never less than an eighth of the width, not even of images wider than eight times the largest
+// height.
+TEST(Map_Scene, chooses_heights_of_images_of_any_width) {
+    const std::string line = R"({"type": "LineString", "coordinates": [[0, 0], [10, 0.1]]})";
+    const Map_Scene scene({"map.json", "json", find_format("json"), line}, {}, {}, {255, 255, 255, 255},
+                          std::make_shared<Load_Limits>());
+    for (const auto& [width, height] : {std::pair(800, 100), {65536, 8192}, {262144, 32768}}) {
+        EXPECT_EQ(scene.fitted({width, 0}).size.y, height);
+    }
 }
 
 } // namespace

@@ -237,7 +237,7 @@ TEST(Readers, a_broken_file_is_refused_with_its_place_and_what_was_expected) {
         {read_obj, "v 0 0\n", "m:1: expected a vertex coordinate, found the end of the line"},
         {read_obj, "v 0 0 0\nv 0 x\x01y 0\n", "m:2: expected a vertex coordinate, found 'x?y'"},
         {read_obj, "v 0 0 0\n\nf 1 1 2\n", "m:3: expected a vertex index from 1 to 1 or from -1 to -1, found '2'"},
-        {read_obj, "v 0 0 0\nf 1//1 1 1\n", "expected a normal index from 1 to 0"},
+        {read_obj, "v 0 0 0\nf 1//1 1 1\n", "m:2: expected no normal index, since nothing comes before"},
         {read_obj, "v 0 0 0\nf 1 1 99999999999999999999", "expected a vertex index, found '99999999999999999999'"},
         {read_ply, "plain", "m:1: expected 'ply', found 'plain'"},
         {read_ply, "ply\nelement vertex 1\nproperty half x\n", "m:3: expected a property type, found 'half'"},

@@ -75,6 +75,7 @@ TEST_F(Recording_Tools, many_files_are_written_only_when_it_is_said_how_many) {
         error_of({"replay", "-", "--every-call", folder.file("all")}, long_one),
         HasSubstr("--every-call: expected --until or --only beside it for more than 1000 files, found neither for 1001 calls"));
     EXPECT_EQ(run_vorna({"replay", "-", "--every-call", folder.file("two"), "--until", "1"}, long_one).status, 0);
+    EXPECT_THAT(error_of({"replay", "-", "--every-call", "-"}, long_one), HasSubstr("--every-call: expected a folder, found -"));
 }
 
 TEST_F(Recording_Tools, timing_counts_the_pixels_that_calls_change) {
