@@ -2,39 +2,36 @@
 #include "drawing/image/image.h"
 
 #include <algorithm>
-#include <cmath>
 #include <string>
 
 #include "drawing/image/image_decoders.h"
+#include "drawing/image/light_roots.h"
 #include "drawing/image/png_size.h"
 
 namespace vorna::drawing {
 namespace {
 
-// The pixels that one pixel of the other size is made of, along one axis.
+// The pixels that one pixel of the other size is made of, along one axis. Their weights add up to 65536.
 struct Taps {
     struct Tap {
         std::int32_t place;
-        float weight;
+        std::uint32_t weight;
     };
+    static constexpr std::int64_t whole = 65536;
     std::vector<Tap> taps;
     std::vector<std::size_t> starts{0}; // by target pixel, and the end
 
     Taps(std::int32_t source, std::int32_t target, Wrap wrap) {
-        const double ratio = static_cast<double>(source) / target;
         for (std::int32_t i = 0; i < target; ++i) {
             if (target < source) {
-                const double first = i * ratio, last = first + ratio;
-                for (auto place = static_cast<std::int32_t>(first); place < source && place < last; ++place) {
-                    const double covered = std::min(last, place + 1.0) - std::max(first, static_cast<double>(place));
-                    add(place, covered / ratio);
-                }
+                add_covered(source, target, i);
             } else {
-                const double center = (i + 0.5) * ratio - 0.5;
-                const double before = std::floor(center);
-                const auto place = static_cast<std::int32_t>(before);
-                add(beyond_border(place, source, wrap), 1 - (center - before));
-                add(beyond_border(place + 1, source, wrap), center - before);
+                // The pixel's centre, in halves of target pixels from the centre of the first source pixel.
+                const std::int64_t center = (2 * std::int64_t{i} + 1) * source - target, side = 2 * std::int64_t{target};
+                const auto place = static_cast<std::int32_t>((center + side) / side - 1); // rounded down
+                const std::int64_t after = (center - place * side) * whole / side;
+                add(beyond_border(place, source, wrap), whole - after);
+                add(beyond_border(place + 1, source, wrap), after);
             }
             starts.push_back(taps.size());
         }
@@ -43,9 +40,21 @@ struct Taps {
     std::size_t size() const noexcept { return starts.size() - 1; }
 
 private:
-    void add(std::int32_t place, double weight) {
+    void add(std::int32_t place, std::int64_t weight) {
         if (weight > 0) {
-            taps.push_back({place, static_cast<float>(weight)});
+            taps.push_back({place, static_cast<std::uint32_t>(weight)});
+        }
+    }
+
+    // Target pixel i covers i * source to (i + 1) * source, where a source pixel is target wide.
+    void add_covered(std::int32_t source, std::int32_t target, std::int32_t i) {
+        const std::int64_t first = std::int64_t{i} * source, last = first + source;
+        std::int64_t before = 0; // weight of what is covered so far
+        for (std::int64_t place = first / target; place * target < last; ++place) {
+            const std::int64_t covered = std::min(last, (place + 1) * target) - first;
+            const std::int64_t weight = covered * whole / source;
+            add(static_cast<std::int32_t>(place), weight - before);
+            before = weight;
         }
     }
 
@@ -54,27 +63,29 @@ private:
     }
 };
 
-// Colours times alpha, and alpha.
+// Light, the squares of channels, times alpha; and alpha. Both times weights of one or two axes: below 2^56.
 struct Sum {
-    float blue = 0, green = 0, red = 0, alpha = 0;
+    std::uint64_t blue = 0, green = 0, red = 0, alpha = 0;
 
-    void add(VT_RGB32 color, float weight) {
-        const float weighted = weight * static_cast<float>(color.alpha);
-        blue += weighted * static_cast<float>(color.blue);
-        green += weighted * static_cast<float>(color.green);
-        red += weighted * static_cast<float>(color.red);
+    void add(VT_RGB32 color, std::uint32_t weight) {
+        const std::uint64_t weighted = std::uint64_t{weight} * color.alpha;
+        blue += weighted * static_cast<std::uint32_t>(color.blue * color.blue);
+        green += weighted * static_cast<std::uint32_t>(color.green * color.green);
+        red += weighted * static_cast<std::uint32_t>(color.red * color.red);
         alpha += weighted;
     }
-    void add(const Sum& other, float weight) {
+    void add(const Sum& other, std::uint32_t weight) {
         blue += weight * other.blue;
         green += weight * other.green;
         red += weight * other.red;
         alpha += weight * other.alpha;
     }
-    VT_RGB32 color() const {
-        const auto byte = [](float value) { return static_cast<std::uint8_t>(std::min(value + 0.5F, 255.0F)); };
-        const float scale = alpha > 0 ? 1 / alpha : 0.0F;
-        return {byte(blue * scale), byte(green * scale), byte(red * scale), byte(alpha)};
+    VT_RGB32 color(const std::vector<std::uint8_t>& roots) const {
+        if (alpha == 0) {
+            return {0, 0, 0, 0};
+        }
+        const auto root = [&](std::uint64_t light) { return roots[(light + alpha / 2) / alpha]; };
+        return {root(blue), root(green), root(red), static_cast<std::uint8_t>((alpha + (std::uint64_t{1} << 31)) >> 32)};
     }
 };
 
@@ -118,6 +129,7 @@ Image resampled(const Image& image, std::int32_t width, std::int32_t height, Wra
     }
     const Taps columns(image.width, width, across), rows(image.height, height, along);
     Image result(width, height);
+    static const std::vector<std::uint8_t> roots = make_light_roots();
     std::vector<Sum> sums(static_cast<std::size_t>(image.width));
     for (std::size_t r = 0; r < rows.size(); ++r) {
         std::ranges::fill(sums, Sum{});
@@ -133,7 +145,7 @@ Image resampled(const Image& image, std::int32_t width, std::int32_t height, Wra
             for (std::size_t tap = columns.starts[c]; tap < columns.starts[c + 1]; ++tap) {
                 sum.add(sums[static_cast<std::size_t>(columns.taps[tap].place)], columns.taps[tap].weight);
             }
-            target[c] = sum.color();
+            target[c] = sum.color(roots);
         }
     }
     return result;

@@ -39,8 +39,8 @@ using Before_Pixels = std::function<void(std::uint64_t pixels)>;
 Image decode_image(std::string_view bytes, const Before_Pixels& before = {});
 
 // The image in another size, side by side: the mean of what a pixel covers where it shrinks, linear between pixel centres where
-// it grows. Pixels count by their alpha, so that the colour of invisible ones does not bleed. The wraps say what lies beyond the
-// borders.
+// it grows. Means are of light, the squares of channels, in integers: every machine gets the same. Pixels count by their alpha,
+// so that the colour of invisible ones does not bleed. The wraps say what lies beyond the borders.
 Image resampled(const Image& image, std::int32_t width, std::int32_t height, Wrap across, Wrap along);
 
 } // namespace vorna::drawing

@@ -6,6 +6,8 @@
 #include <bit>
 #include <cstring>
 
+#include "drawing/image/light_roots.h"
+
 namespace vorna::drawing {
 namespace {
 
@@ -37,12 +39,7 @@ Pixel_Finish::Pixel_Finish(const Finish_Settings& settings) : settings_(settings
     }
     settings_.linear = settings.linear && settings.supersample > 1 && !settings.transparent;
     if (settings_.linear) {
-        roots_.resize(255 * 255 + 1);
-        std::uint32_t root = 0;
-        for (std::uint32_t square = 0; square < roots_.size(); ++square) {
-            root += square > root * root + root; // the next one is nearer
-            roots_[square] = static_cast<std::uint8_t>(root);
-        }
+        roots_ = make_light_roots();
     }
 }
 

@@ -95,22 +95,27 @@ Studio_Ground::Studio_Ground(const std::vector<std::uint16_t>& heights, const Ho
     }
 }
 
-void Studio_Ground::shade(std::int32_t x, std::int32_t y, std::int32_t count, float* light) const {
-    if (y < visible_.bottom || y > visible_.top) {
-        return;
+Column_Range Studio_Ground::shade(std::int32_t x, std::int32_t y, std::int32_t step, std::vector<float>& light) const {
+    if (y + step <= visible_.bottom || y > visible_.top) {
+        return {};
     }
     const auto& m = map_from_image_;
-    const std::int32_t first = std::max(x, visible_.left), end = std::min(x + count - 1, visible_.right) + 1;
-    const double middle = y + 0.5;
-    for (std::int32_t column = first; column < end; ++column) {
-        const double across = column + 0.5;
-        const double w = m[2][0] * across + (m[2][1] * middle + m[2][2]);
+    const Column_Range seen{std::max(visible_.left - x, 0) / step,
+                            std::min(static_cast<std::int32_t>(light.size()), (visible_.right - x + step) / step)};
+    Column_Range darkened{seen.end, seen.first};
+    const double half = 0.5 * step, middle = y + half;
+    const double u0 = m[0][1] * middle + m[0][2], v0 = m[1][1] * middle + m[1][2], w0 = m[2][1] * middle + m[2][2];
+    const std::int32_t above = std::min(y - frame_.bottom, frame_.top - y);
+    for (std::int32_t square = seen.first; square < seen.end; ++square) {
+        light[static_cast<std::size_t>(square)] = 1;
+        const std::int32_t column = x + square * step;
+        const double across = column + half;
+        const double w = m[2][0] * across + w0;
         if (!(w > 0)) {
             continue;
         }
         const double scale = 1 / w;
-        const double u = (m[0][0] * across + (m[0][1] * middle + m[0][2])) * scale - 0.5,
-                     v = (m[1][0] * across + (m[1][1] * middle + m[1][2])) * scale - 0.5;
+        const double u = (m[0][0] * across + u0) * scale - 0.5, v = (m[1][0] * across + v0) * scale - 0.5;
         if (!(u >= 0 && u < side - 1 && v >= 0 && v < side - 1)) {
             continue;
         }
@@ -118,10 +123,15 @@ void Studio_Ground::shade(std::int32_t x, std::int32_t y, std::int32_t count, fl
         const auto right_part = static_cast<float>(u - left), top_part = static_cast<float>(v - bottom);
         const float* map = &map_[static_cast<std::size_t>(bottom * side + left)];
         const float low = map[0] + (map[1] - map[0]) * right_part, high = map[side] + (map[side + 1] - map[side]) * right_part;
-        const std::int32_t to_border = std::min({column - frame_.left, frame_.right - column, y - frame_.bottom, frame_.top - y});
+        const std::int32_t to_border = std::min({column - frame_.left, frame_.right - column, above});
         const float whole = std::min(static_cast<float>(to_border) * per_pixel_, 1.0F);
-        light[column - x] *= 1 - (low + (high - low) * top_part) * whole;
+        const float taken = (low + (high - low) * top_part) * whole;
+        if (taken > 0) {
+            light[static_cast<std::size_t>(square)] = 1 - taken;
+            darkened = {std::min(darkened.first, square), square + 1};
+        }
     }
+    return darkened;
 }
 
 } // namespace vorna::drawing

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "drawing/image/studio_planes.h"
 #include "host/geometry.h"
 
 namespace vorna::drawing {
@@ -25,8 +26,9 @@ public:
     Studio_Ground(const std::vector<std::uint16_t>& heights, const Homography& map_from_image, const VT_Int_Rectangle& visible,
                   const VT_Int_Rectangle& frame);
 
-    // Multiplies light by what the shadow leaves of it at pixels of a row, from (x, y) rightwards.
-    void shade(std::int32_t x, std::int32_t y, std::int32_t count, float* light) const;
+    // What the shadow leaves of the light in squares of step x step pixels, from the one with its lower left corner at (x, y)
+    // rightwards. Gives those that it darkens.
+    Column_Range shade(std::int32_t x, std::int32_t y, std::int32_t step, std::vector<float>& light) const;
 
 private:
     std::vector<float> map_; // the part of the light that is taken away; 0 in the outermost rows and columns

@@ -31,11 +31,11 @@ float clamped(float value) {
 
 } // namespace
 
-// These functions are compiled for AVX2 too where the loader can choose. Either way a lane gets the same operations.
+// These functions are compiled for AVX2 and AVX-512 too where the loader can choose. Either way a lane gets the same operations.
 #if defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__) && defined(__linux__) && !defined(__SANITIZE_THREAD__)
-#define FOR_AVX2_TOO [[gnu::target_clones("avx2", "default")]]
+#define FOR_WIDER_LANES_TOO [[gnu::target_clones("avx512f", "avx2", "default")]]
 #else
-#define FOR_AVX2_TOO
+#define FOR_WIDER_LANES_TOO
 #endif
 
 // Neighbouring pixels of a row. place: of the first one in the planes.
@@ -54,12 +54,14 @@ Studio_Sizes Studio_Sizes::of(std::int32_t height, std::int32_t supersample) {
 }
 
 // Places on a spiral by the golden angle, so that they lie in all directions, denser and heavier near the pixel.
-Studio_Shading::Studio_Shading(const Studio_Sizes& sizes, const VT_Int_Rectangle& image, const Studio_Lights& lights,
-                               std::vector<Studio_Face> faces, std::vector<float> pixels_per_step, Studio_Ground ground)
-    : sizes_(sizes), image_(image), lights_(lights), faces_(std::move(faces)), pixels_per_step_(std::move(pixels_per_step)),
-      ground_(std::move(ground)), samples_(static_cast<std::size_t>(sizes.row_sets)) {
+Studio_Shading::Studio_Shading(const Studio_Sizes& sizes, std::int32_t supersample, const VT_Int_Rectangle& image,
+                               const Studio_Lights& lights, std::vector<Studio_Face> faces, std::vector<float> pixels_per_step,
+                               Studio_Ground ground)
+    : sizes_(sizes), supersample_(supersample), image_(image), lights_(lights), faces_(std::move(faces)),
+      pixels_per_step_(std::move(pixels_per_step)), ground_(std::move(ground)),
+      samples_(static_cast<std::size_t>(sizes.row_sets)) {
     constexpr double cosine = -0.7373688780783197, sine = 0.6754902942615238;
-    const int count = sizes.row_sets == 1 ? 32 : 48;
+    constexpr int count = 32; // of all sets
     std::vector<float> totals(samples_.size());
     double x = 1, y = 0;
     for (int i = 0; i < count; ++i) {
@@ -84,7 +86,7 @@ Studio_Shading::Studio_Shading(const Studio_Sizes& sizes, const VT_Int_Rectangle
     }
 }
 
-FOR_AVX2_TOO void Studio_Shading::gather(const Studio_Planes& planes, Block& block) const {
+FOR_WIDER_LANES_TOO void Studio_Shading::gather(const Studio_Planes& planes, Block& block) const {
     const std::uint32_t* numbers = &planes.faces[block.place];
     for (std::size_t i = 0; i < block_size; ++i) {
         const float depth = planes.depths[block.place + i];
@@ -102,8 +104,8 @@ FOR_AVX2_TOO void Studio_Shading::gather(const Studio_Planes& planes, Block& blo
 
 // A neighbour occludes by the angle at which it rises above the plane, and less when it rises so high that it is rather something
 // else far in front.
-FOR_AVX2_TOO void Studio_Shading::add_occlusion(const Studio_Planes& planes, const std::vector<Sample>& samples,
-                                                Block& block) const {
+FOR_WIDER_LANES_TOO void Studio_Shading::add_occlusion(const Studio_Planes& planes, const std::vector<Sample>& samples,
+                                                       Block& block) const {
     block.occlusion.fill(0);
     const float over_range = 1.0F / (1.2F * static_cast<float>(sizes_.reach));
     for (const Sample& sample : samples) {
@@ -123,7 +125,8 @@ FOR_AVX2_TOO void Studio_Shading::add_occlusion(const Studio_Planes& planes, con
 
 // Outlines, where the patch or the depth changes; ridges and grooves, where the normals on both sides turn away from each other
 // or towards each other. The border of the image is no outline.
-FOR_AVX2_TOO void Studio_Shading::add_lines(const Studio_Planes& planes, std::int32_t x, std::int32_t y, Block& block) const {
+FOR_WIDER_LANES_TOO void Studio_Shading::add_lines(const Studio_Planes& planes, std::int32_t x, std::int32_t y,
+                                                   Block& block) const {
     const std::int32_t before = sizes_.line / 2, after = sizes_.line - before;
     const auto line = static_cast<float>(sizes_.line);
     struct Neighbour {
@@ -174,11 +177,11 @@ FOR_AVX2_TOO void Studio_Shading::add_lines(const Studio_Planes& planes, std::in
     }
 }
 
-FOR_AVX2_TOO void Studio_Shading::light(const Studio_Planes& planes, Block& block) const {
+FOR_WIDER_LANES_TOO void Studio_Shading::light(const Studio_Planes& planes, Block& block) const {
     Lane_Floats red, green, blue, highlight;
     std::array<std::int32_t, block_size> columns, rows;
-    const std::uint32_t *normals = &planes.normals[block.place], *colors = &planes.colors[block.place],
-                        *numbers = &planes.faces[block.place];
+    const std::uint32_t *normals = &planes.normals[block.place], *numbers = &planes.faces[block.place];
+    std::array<std::uint32_t, block_size>& colors = block.colors;
     for (std::size_t i = 0; i < block_size; ++i) {
         const auto part = [&](int shift) {
             return static_cast<float>(static_cast<std::int32_t>(normals[i] >> shift & 255) - 128);
@@ -206,55 +209,73 @@ FOR_AVX2_TOO void Studio_Shading::light(const Studio_Planes& planes, Block& bloc
         };
         const std::uint32_t shaded =
             (colors[i] & 0xFF000000U) | channel(16, red[i]) << 16 | channel(8, green[i]) << 8 | channel(0, blue[i]);
-        block.colors[i] = numbers[i] != 0 ? shaded : colors[i];
+        colors[i] = numbers[i] != 0 ? shaded : colors[i];
+    }
+}
+
+void Studio_Shading::shade_row(const Studio_Planes& planes, std::int32_t x, std::int32_t y, const Column_Range& columns,
+                               Block& block, std::uint8_t* pixels) const {
+    const std::vector<Sample>& samples = samples_[static_cast<std::size_t>(y % sizes_.row_sets)];
+    for (std::int32_t column = columns.first; column < columns.end; column += Studio_Planes::block) {
+        const std::size_t bytes = 4 * static_cast<std::size_t>(std::min(Studio_Planes::block, columns.end - column));
+        std::uint8_t* shown = pixels + 4 * std::ptrdiff_t{column};
+        std::memcpy(block.colors.data(), shown, bytes);
+        std::ranges::transform(block.colors, block.colors.begin(), pixel_word);
+        gather(planes, block);
+        add_occlusion(planes, samples, block);
+        add_lines(planes, x + column, y, block);
+        light(planes, block);
+        std::ranges::transform(block.colors, block.colors.begin(), pixel_word);
+        std::memcpy(shown, block.colors.data(), bytes);
+        block.place += block_size;
     }
 }
 
 namespace {
 
-// Darkens the pixels without a face.
-void shade_ground(const Studio_Ground& ground, const std::uint32_t* numbers, std::int32_t x, std::int32_t y, std::int32_t count,
-                  std::uint32_t* colors) {
-    Lane_Floats light;
-    light.fill(1);
-    ground.shade(x, y, count, light.data());
-    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-        if (numbers[i] == 0 && light[i] < 1.0F) {
-            const float scale = std::sqrt(light[i]);
-            const auto channel = [&](int shift) {
-                const auto own = static_cast<float>(static_cast<std::int32_t>(colors[i] >> shift & 255));
-                return static_cast<std::uint32_t>(static_cast<std::int32_t>(own * scale + 0.5F)) << shift;
-            };
-            colors[i] = (colors[i] & 0xFF000000U) | channel(16) | channel(8) | channel(0);
+// Darkens the pixels without a face. scales: by square of so many columns, of the values that pixels hold.
+void shade_ground(const std::uint32_t* numbers, const std::vector<float>& scales, const Column_Range& squares,
+                  std::int32_t columns, std::uint8_t* pixels) {
+    for (std::int32_t square = squares.first; square < squares.end; ++square) {
+        const float scale = scales[static_cast<std::size_t>(square)];
+        for (std::int32_t column = square * columns; column < (square + 1) * columns; ++column) {
+            if (numbers[column] == 0) {
+                std::uint8_t* pixel = pixels + 4 * std::ptrdiff_t{column};
+                for (int channel = 0; channel < 3; ++channel) {
+                    pixel[channel] = static_cast<std::uint8_t>(static_cast<float>(pixel[channel]) * scale + 0.5F);
+                }
+            }
         }
     }
 }
 
 } // namespace
 
+// The ground's light changes slowly: it is that of whole pixels of the image.
 void Studio_Shading::shade(const Studio_Planes& planes, const VT_Int_Rectangle& window, const VT_Int_Rectangle& kept,
                            std::uint8_t* top, std::ptrdiff_t row_bytes) const {
-    Block block;
+    Block block{};
+    const std::int32_t n = supersample_, first_column = kept.left - window.left;
+    std::vector<float> ground(static_cast<std::size_t>((kept.right - kept.left + 1) / n));
+    Column_Range darkened;
     for (std::int32_t y = kept.top; y >= kept.bottom; --y) {
         const std::int32_t row = window.top - y;
-        const std::vector<Sample>& samples = samples_[static_cast<std::size_t>(y % sizes_.row_sets)];
-        for (std::int32_t x = kept.left; x <= kept.right; x += Studio_Planes::block) {
-            const std::int32_t count = std::min(Studio_Planes::block, kept.right - x + 1), column = x - window.left;
-            block.place = planes.place(column, row);
-            const std::uint32_t* numbers = &planes.faces[block.place];
-            if (std::any_of(numbers, numbers + count, [](std::uint32_t number) { return number != 0; })) {
-                gather(planes, block);
-                add_occlusion(planes, samples, block);
-                add_lines(planes, x, y, block);
-                light(planes, block);
-            } else {
-                std::copy_n(&planes.colors[block.place], block_size, block.colors.begin());
-            }
-            shade_ground(ground_, numbers, x, y, count, block.colors.data());
-            std::ranges::transform(block.colors, block.colors.begin(), pixel_word);
-            std::memcpy(top + row * row_bytes + 4 * std::ptrdiff_t{column}, block.colors.data(),
-                        4 * static_cast<std::size_t>(count));
+        std::uint8_t* pixels = top + row * row_bytes;
+        const Column_Range& faces = planes.rows[static_cast<std::size_t>(row)];
+        const Column_Range columns{std::max(faces.first, first_column), std::min(faces.end, kept.right - window.left + 1)};
+        if (!columns.is_empty()) {
+            block.place = planes.place(columns.first, row);
+            shade_row(planes, window.left, y, columns, block, pixels);
         }
+        if (y == kept.top || y % n == n - 1) {
+            darkened = ground_.shade(kept.left, y - y % n, n, ground);
+            for (std::int32_t square = darkened.first; square < darkened.end; ++square) {
+                float& scale = ground[static_cast<std::size_t>(square)];
+                scale = std::sqrt(scale);
+            }
+        }
+        shade_ground(&planes.faces[planes.place(first_column, row)], ground, darkened, n,
+                     pixels + 4 * std::ptrdiff_t{first_column});
     }
 }
 

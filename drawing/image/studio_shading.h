@@ -29,16 +29,17 @@ struct Studio_Sizes {
 // multiplications, divisions and square roots in one order: tiles, threads and instruction sets make no difference.
 class Studio_Shading {
 public:
-    // image: all pixels that are shown, in tiles or not. faces: by number, see Studio_Face. pixels_per_step: by depth, how many
-    // pixels wide one step of the depth buffer is there.
-    Studio_Shading(const Studio_Sizes& sizes, const VT_Int_Rectangle& image, const Studio_Lights& lights,
-                   std::vector<Studio_Face> faces, std::vector<float> pixels_per_step, Studio_Ground ground);
+    // supersample: columns and rows of drawn pixels to a pixel of the image. image: all pixels that are shown, in tiles or not.
+    // faces: by number, see Studio_Face. pixels_per_step: by depth, how many pixels wide one step of the depth buffer is there.
+    Studio_Shading(const Studio_Sizes& sizes, std::int32_t supersample, const VT_Int_Rectangle& image,
+                   const Studio_Lights& lights, std::vector<Studio_Face> faces, std::vector<float> pixels_per_step,
+                   Studio_Ground ground);
 
     const std::vector<Studio_Face>& faces() const noexcept { return faces_; }
     const Studio_Sizes& sizes() const noexcept { return sizes_; }
 
-    // Shades a rectangle of the planes' window, whose place in the image is given, into rows of a 32-bit buffer; top: the row of
-    // the window's highest pixels.
+    // Shades a rectangle of the planes' window, whose place in the image is given, in rows of a 32-bit buffer that hold colours
+    // without light; top: the row of the window's highest pixels.
     void shade(const Studio_Planes& planes, const VT_Int_Rectangle& window, const VT_Int_Rectangle& kept, std::uint8_t* top,
                std::ptrdiff_t row_bytes) const;
 
@@ -55,8 +56,11 @@ private:
     void add_occlusion(const Studio_Planes& planes, const std::vector<Sample>& samples, Block& block) const;
     void add_lines(const Studio_Planes& planes, std::int32_t x, std::int32_t y, Block& block) const;
     void light(const Studio_Planes& planes, Block& block) const;
+    void shade_row(const Studio_Planes& planes, std::int32_t x, std::int32_t y, const Column_Range& columns, Block& block,
+                   std::uint8_t* pixels) const;
 
     Studio_Sizes sizes_;
+    std::int32_t supersample_;
     VT_Int_Rectangle image_;
     const Studio_Lights& lights_;
     std::vector<Studio_Face> faces_;

@@ -86,7 +86,7 @@ constexpr Format table[] = {
     {.suffix = "3ds", .kind = Input_Kind::model},
     {.suffix = "dae", .kind = Input_Kind::model},
     {.suffix = "fbx", .kind = Input_Kind::model},
-    {.suffix = "blend", .kind = Input_Kind::model},
+    {.suffix = "blend", .kind = Input_Kind::model, .has_z_up = true},
     {.suffix = "off", .kind = Input_Kind::model, .has_z_up = true},
     {.suffix = "x3d", .kind = Input_Kind::model},
     {.suffix = "3mf", .kind = Input_Kind::model},

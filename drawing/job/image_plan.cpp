@@ -2,6 +2,7 @@
 #include "drawing/job/image_plan.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "drawing/files/memory.h"
 #include "drawing/files/setting_names.h"
@@ -15,6 +16,9 @@ namespace vorna::drawing {
 namespace {
 
 constexpr std::int64_t largest_single_tile = std::int64_t{1} << 22; // pixels
+// Of drawings with margins, on one thread: larger tiles draw less twice.
+constexpr std::int64_t largest_single_tile_with_margin = std::int64_t{1} << 23;
+constexpr std::int32_t tile_size_with_margin = 2048; // where there are as many tiles as threads
 constexpr std::int32_t tile_sizes[] = {1024, 512, 256, 128, 64};
 // Of a renderer, besides its buffers.
 constexpr std::uint64_t renderer_memory = std::uint64_t{1} << 20;
@@ -25,9 +29,11 @@ model::Tile_Grid grid_of(const Plan_Request& request, std::int32_t tile_size) {
     const VT_Int_Rectangle area = request.part.area();
     grid.area = {area.left * n, (area.right + 1) * n - 1, area.bottom * n, (area.top + 1) * n - 1};
     if (tile_size > 0) {
+        // Tiles with margins that no one has asked for are about equally large: what they draw for nothing is least then.
+        const bool even = request.margin > 0 && !request.tile_size;
         const auto side = [=](std::int32_t first, std::int32_t last) {
-            const std::int32_t eight = 8 * n;
-            return std::min(tile_size * n, (last - first + eight) / eight * eight);
+            const std::int32_t eight = 8 * n, length = last - first + 1, count = even ? (length - 1) / (tile_size * n) + 1 : 1;
+            return std::min(tile_size * n, ((length - 1) / count / eight + 1) * eight);
         };
         grid.tile_size = {side(grid.area.left, grid.area.right), side(grid.area.bottom, grid.area.top)};
         grid.margin = request.margin;
@@ -74,13 +80,17 @@ Image_Plan plan_image(const Plan_Request& request) {
     } else if (request.tile_size) {
         sizes.push_back(*request.tile_size);
     } else {
-        const bool is_small = std::int64_t{size.x} * size.y <= largest_single_tile;
+        const bool is_small =
+            std::int64_t{size.x} * size.y <=
+            (request.margin > 0 && request.threads == 1 ? largest_single_tile_with_margin : largest_single_tile);
         if (request.part.is_whole && fits_one_buffer && (is_small || request.prefers_one_piece)) {
             sizes.push_back(0);
         }
-        for (const std::int32_t drawn_size : tile_sizes) {
-            sizes.push_back(std::max(drawn_size / request.supersample / 8 * 8, 8));
+        const auto file_size = [&](std::int32_t drawn_size) { return std::max(drawn_size / request.supersample / 8 * 8, 8); };
+        if (request.margin > 0 && grid_of(request, file_size(tile_size_with_margin)).count() >= request.threads) {
+            sizes.push_back(file_size(tile_size_with_margin));
         }
+        std::ranges::transform(tile_sizes, std::back_inserter(sizes), file_size);
     }
     std::uint64_t least = UINT64_MAX;
     for (unsigned threads = request.threads; threads > 0; threads /= 2) {

@@ -202,7 +202,7 @@ void Model_Drawing::set_options(Session& session) const {
 
 void Model_Drawing::draw(Session& session, const VT_Rendition& rendition, std::size_t tile, const Background& background) const {
     if (parts_.studio) {
-        parts_.studio->draw(*parts_.faces, session, rendition, tile);
+        parts_.studio->draw(*parts_.faces, session, rendition, tile, background);
         draw_over_faces(parts_.drawn(), session.renderer(), rendition, tile);
     } else {
         draw_model(parts_.drawn(), look_, session.renderer(), rendition, tile, background);

@@ -8,6 +8,7 @@
 
 #include "drawing/files/usage_error.h"
 #include "drawing/image/image_file.h"
+#include "drawing/job/drawing.h"
 #include "vorna/draw.h"
 
 namespace vorna::drawing {
@@ -61,7 +62,7 @@ void Studio::prepare(const model::Tile_Grid& grid, const model::Camera& camera, 
     lights_.emplace(look.light.x, look.light.y, look.light.z);
     // Points lie in the frame, which has one column and one row more than the image.
     const VT_Int_Rectangle image{grid.frame.left, grid.frame.right - 1, grid.frame.bottom, grid.frame.top - 1};
-    shading_.emplace(sizes, image, *lights_, faces_.seen(camera, grid.frame, sizes.reach),
+    shading_.emplace(sizes, supersample, image, *lights_, faces_.seen(camera, grid.frame, sizes.reach),
                      model::pixels_per_step(camera, grid.frame), std::move(ground));
 }
 
@@ -110,7 +111,10 @@ void Studio::give_back(std::unique_ptr<Studio_Planes> planes) {
     planes_.push_back(std::move(planes));
 }
 
-void Studio::draw(const model::Scene& faces, Session& session, const VT_Rendition& rendition, std::size_t tile) {
+// Numbers come first: they say where the other pictures have to be looked at. All pictures of the geometry have the same depths,
+// so that the second one needs no cleared buffer.
+void Studio::draw(const model::Scene& faces, Session& session, const VT_Rendition& rendition, std::size_t tile,
+                  const Background& background) {
     VT_Renderer_Data& renderer = session.renderer();
     const Frame_Buffer& buffer = session.color_buffer();
     const VT_Int_Rectangle window = session.window();
@@ -118,22 +122,29 @@ void Studio::draw(const model::Scene& faces, Session& session, const VT_Renditio
     planes->resize(window.right - window.left + 1, window.top - window.bottom + 1,
                    std::max(shading_->sizes().margin() - grid_->margin, 0));
 
-    VD_Clear_Depth_Rectangle(renderer, rendition);
-    faces.draw(renderer, rendition, tile);
-    planes->take_colors(raster_of(buffer));
-
-    VD_Clear_Depth_Rectangle(renderer, rendition);
-    fill_with_zeros(buffer);
-    geometry_.draw(renderer, rendition, tile);
-    planes->take_normals(raster_of(buffer));
+    // Of the margin, numbers and depths are looked at everywhere, normals beside lines only, and colours nowhere.
+    const VT_Int_Rectangle kept = grid_->pixels(tile);
+    const std::int32_t beside = shading_->sizes().line;
+    const VT_Reference<VT_Rendition> clipped(new VT_Rendition(rendition));
+    clipped->clip.hard_clip =
+        common_part(rendition.clip.hard_clip, {kept.left - beside, kept.right + beside, kept.bottom - beside, kept.top + beside});
 
     VD_Clear_Depth_Rectangle(renderer, rendition);
     fill_with_zeros(buffer);
     geometry_.draw_numbers(renderer, rendition, tile);
-    planes->take_faces(raster_of(buffer), raster_of(*session.read_depth()), shading_->faces());
-
-    std::uint8_t* top = buffer.rows[window.top - window.bottom];
-    shading_->shade(*planes, window, grid_->pixels(tile), top, buffer.bytes_per_row);
+    planes->take_numbers(raster_of(buffer));
+    if (!planes->is_empty()) {
+        const VT_Int_Rectangle box = planes->box();
+        const VT_Reference<VT_Shared_Image> depths =
+            session.read_depth({window.left + box.left, window.left + box.right, window.top - box.top, window.top - box.bottom});
+        planes->take_faces(raster_of(*depths), shading_->faces());
+        geometry_.draw(renderer, *clipped, tile);
+        planes->take_normals(raster_of(buffer));
+    }
+    paint_background(renderer, rendition, background);
+    VD_Clear_Depth_Rectangle(renderer, rendition);
+    faces.draw(renderer, *clipped, tile);
+    shading_->shade(*planes, window, kept, buffer.rows[window.top - window.bottom], buffer.bytes_per_row);
     give_back(std::move(planes));
 }
 

@@ -8,6 +8,7 @@
 #include <optional>
 #include <vector>
 
+#include "drawing/image/background.h"
 #include "drawing/image/studio_shading.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/mesh.h"
@@ -34,8 +35,10 @@ public:
     // up: the direction of the model's space that points up, of length 1.
     void prepare(const model::Tile_Grid& grid, const model::Camera& camera, const model::Model_Look& look, const VT_Vector_D& up,
                  std::int32_t supersample);
-    // Draws a tile of the prepared frame. faces: the model without light, prepared for the same camera and grid.
-    void draw(const model::Scene& faces, Session& session, const VT_Rendition& rendition, std::size_t tile);
+    // Draws a tile of the prepared frame over the background. faces: the model without light, prepared for the same camera and
+    // grid.
+    void draw(const model::Scene& faces, Session& session, const VT_Rendition& rendition, std::size_t tile,
+              const Background& background);
 
 private:
     Studio_Ground ground_seen(const model::Tile_Grid& grid, const model::Camera& camera, const model::Model_Look& look,

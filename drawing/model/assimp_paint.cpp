@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string_view>
 #include <utility>
 
@@ -64,30 +65,57 @@ std::uint32_t embedded_image_number(Mesh& mesh, const std::string& name, const a
     return static_cast<std::uint32_t>(mesh.images.size() - 1);
 }
 
-void read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file, Assimp_Paint& paint) {
-    for (const aiTextureType type : {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE}) {
+// The image of the first of the types that has one. The first image of a material says where all of them lie; one that takes
+// other texture coordinates is left out.
+std::uint32_t read_image(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file, Assimp_Paint& paint,
+                         std::initializer_list<aiTextureType> types) {
+    for (const aiTextureType type : types) {
         aiString path;
         if (from.GetTexture(type, 0, &path) != AI_SUCCESS || path.length == 0) {
             continue;
         }
-        const aiTexture* embedded = scene.GetEmbeddedTexture(path.C_Str());
-        paint.material.image = embedded ? embedded_image_number(mesh, file + ": image " + path.C_Str(), *embedded)
-                                        : image_number(mesh, path.C_Str(), file);
-        paint.material.wrap_u = wrap_of(from, "$tex.mapmodeu", type);
-        paint.material.wrap_v = wrap_of(from, "$tex.mapmodev", type);
         int channel_number = 0;
         from.Get("$tex.uvwsrc", static_cast<unsigned>(type), 0, channel_number);
-        paint.channel = static_cast<unsigned>(channel_number);
-        aiUVTransform transform;
-        if (is_gltf(from) && from.Get("$tex.uvtrafo", static_cast<unsigned>(type), 0, transform) == AI_SUCCESS) {
-            paint.transform = Coordinate_Transform::of_gltf(transform);
+        if (!paint.material.has_image()) {
+            paint.material.wrap_u = wrap_of(from, "$tex.mapmodeu", type);
+            paint.material.wrap_v = wrap_of(from, "$tex.mapmodev", type);
+            paint.channel = static_cast<unsigned>(channel_number);
+            aiUVTransform transform;
+            if (is_gltf(from) && from.Get("$tex.uvtrafo", static_cast<unsigned>(type), 0, transform) == AI_SUCCESS) {
+                paint.transform = Coordinate_Transform::of_gltf(transform);
+            }
+        } else if (paint.channel != static_cast<unsigned>(channel_number)) {
+            continue;
         }
-        return;
+        const aiTexture* embedded = scene.GetEmbeddedTexture(path.C_Str());
+        return embedded ? embedded_image_number(mesh, file + ": image " + path.C_Str(), *embedded)
+                        : image_number(mesh, path.C_Str(), file);
+    }
+    return no_image;
+}
+
+// In glTF one image holds metal and roughness, and assimp calls that of occlusion a light map. Elsewhere light maps hold light.
+void read_images(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file, Assimp_Paint& paint) {
+    const auto read = [&](std::initializer_list<aiTextureType> types) {
+        return read_image(mesh, scene, from, file, paint, types);
+    };
+    Material& material = paint.material;
+    material.image = read({aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE});
+    Surface_Images& images = material.images;
+    images.emission = read({aiTextureType_EMISSION_COLOR, aiTextureType_EMISSIVE});
+    if (paint.gltf) {
+        images.metal = images.roughness = read({aiTextureType_UNKNOWN, aiTextureType_METALNESS});
+        images.occlusion = read({aiTextureType_LIGHTMAP});
+    } else {
+        images.metal = read({aiTextureType_METALNESS});
+        images.roughness = read({aiTextureType_DIFFUSE_ROUGHNESS});
+        images.occlusion = read({aiTextureType_AMBIENT_OCCLUSION});
+        images.opacity = read({aiTextureType_OPACITY});
     }
 }
 
-// Metal and roughness where glTF and others state them, else the specular colour of older formats. An image that says where
-// metal is makes the numbers useless, and one that glows in places the colour of the glow.
+// Metal and roughness where glTF and others state them, else the specular colour of older formats. What images hold is multiplied
+// with the numbers; a surface that is drawn without its images is no metal and does not glow.
 void read_finish(const aiMaterial& from, Assimp_Paint& paint) {
     constexpr float usual_roughness = 0.5F;
     const auto number_of = [&from](const char* key, unsigned type, unsigned index) -> std::optional<float> {
@@ -99,13 +127,23 @@ void read_finish(const aiMaterial& from, Assimp_Paint& paint) {
         const bool known = from.Get(key, type, index, color) == AI_SUCCESS && std::isfinite(color.r + color.g + color.b);
         return known ? std::optional(std::array{color.r, color.g, color.b}) : std::nullopt;
     };
-    const auto has_image = [&from](aiTextureType type) { return from.GetTextureCount(type) > 0; };
-    const bool textured = paint.material.image != no_image;
-    Finish& finish = paint.material.finish;
-    const auto emission = has_image(aiTextureType_EMISSIVE) ? std::nullopt : color_of(AI_MATKEY_COLOR_EMISSIVE);
+    Material& material = paint.material;
+    const bool textured = material.image != no_image;
+    Finish& finish = material.finish;
+    auto emission = color_of(AI_MATKEY_COLOR_EMISSIVE);
+    if (material.images.emission != no_image) {
+        // Black beside an image stands for nothing said where exporters write it so.
+        const bool is_black = !emission || std::ranges::all_of(*emission, [](float light) { return !(light > 0); });
+        material.emission = is_black && !paint.gltf ? std::array{1.0F, 1.0F, 1.0F} : emission.value_or(material.emission);
+        emission.reset();
+    }
+    material.occlusion = number_of("$tex.strength", aiTextureType_LIGHTMAP, 0).value_or(1);
     const auto metal = number_of(AI_MATKEY_METALLIC_FACTOR), roughness = number_of(AI_MATKEY_ROUGHNESS_FACTOR);
     if (paint.gltf || metal || roughness) {
+        const auto has_image = [&from](aiTextureType type) { return from.GetTextureCount(type) > 0; };
         const bool mapped = has_image(aiTextureType_METALNESS) || has_image(aiTextureType_UNKNOWN);
+        material.metal = metal.value_or(1);
+        material.roughness = roughness.value_or(1);
         finish = mapped ? finish_of_metal(0, usual_roughness)
                         : finish_of_metal(metal.value_or(0), roughness.value_or(usual_roughness));
         if (emission) {
@@ -145,10 +183,10 @@ bool is_gltf(const aiMaterial& material) {
 
 Assimp_Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file) {
     Assimp_Paint paint;
-    read_image(mesh, scene, from, file, paint);
+    paint.gltf = is_gltf(from);
+    read_images(mesh, scene, from, file, paint);
     const bool textured = paint.material.image != no_image;
     aiColor4D color;
-    paint.gltf = is_gltf(from);
     const bool has_base = from.Get(AI_MATKEY_BASE_COLOR, color) == AI_SUCCESS;
     if (has_base) {
         paint.material.opacity = color.a;

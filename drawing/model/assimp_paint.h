@@ -44,10 +44,10 @@ struct Assimp_Paint {
 
 bool is_gltf(const aiMaterial& material);
 
-// Adds the material's image to those of the mesh, under the name that the model gives it. file: of the model.
+// Adds the material's images to those of the mesh, under the names that the model gives them. file: of the model.
 Assimp_Paint read_paint(Mesh& mesh, const aiScene& scene, const aiMaterial& from, const std::string& file);
 
-// Of a vertex: its colour, and its place in the material's image.
+// Of a vertex: its colour, and its place in the material's images.
 VT_RGB32 vertex_color(const aiMesh& part, unsigned v, const Assimp_Paint& paint);
 Texture_Point coordinate(const aiMesh& part, unsigned v, const Assimp_Paint& paint);
 

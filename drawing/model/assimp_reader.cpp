@@ -46,7 +46,7 @@ std::vector<std::uint32_t> append_vertices(Mesh& mesh, const aiMesh& part, const
         const bool finite_normal = std::isfinite(n.x) && std::isfinite(n.y) && std::isfinite(n.z);
         const Triple_Table::Tuple place = words_of({p.x, p.y, p.z}),
                                   normal = words_of(finite_normal ? VT_Vector{n.x, n.y, n.z} : VT_Vector{});
-        const Texture_Point at = paint.material.image == no_image ? Texture_Point{} : coordinate(part, v, paint);
+        const Texture_Point at = paint.material.has_image() ? coordinate(part, v, paint) : Texture_Point{};
         vertices[v] = {place[0],
                        place[1],
                        place[2],
@@ -159,7 +159,7 @@ void find_images(Mesh& mesh, const std::string& file, Load_Limits& limits) {
         }
     }
     for (Material& material : mesh.materials) {
-        material.image = material.image == no_image ? no_image : numbers[material.image];
+        material.renumber_images([&](std::uint32_t image) { return numbers[image]; });
     }
 }
 

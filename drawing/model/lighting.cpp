@@ -37,6 +37,15 @@ std::uint32_t channel(float light) {
     return static_cast<std::uint32_t>(static_cast<std::int32_t>(std::sqrt(light < 1.0F ? light : 1.0F) * 255.0F + 0.5F));
 }
 
+// The alpha of white that turns a pixel of so much light into one with the added light too. Not more than it takes on black:
+// dark places of light textures stay dark.
+std::uint32_t overlay(float added, float light) {
+    const float below = light < 1.0F ? light : 1.0F, value = std::sqrt(below);
+    const float share = (std::sqrt(below + added) - value) / (1.0F - value + 1e-6F), most = std::sqrt(added);
+    const float alpha = share < most ? share : most;
+    return static_cast<std::uint32_t>(static_cast<std::int32_t>((alpha < 1.0F ? alpha : 1.0F) * 255.0F + 0.5F));
+}
+
 // cosine to the power of 4 n, nearly, by a division instead.
 float power(float cosine, float n) {
     const float lobe = cosine / (n - n * cosine + cosine), squared = lobe * lobe;
@@ -49,7 +58,7 @@ struct Plain_Finish {
 
 struct Finish_Each {
     static constexpr bool is_plain = false;
-    const float *lit, *mirror, *highlight, *sharpness, *red, *green, *blue;
+    const float *lit, *mirror, *highlight, *sharpness, *red, *green, *blue, *texture_lightness;
 };
 
 struct One_Color {
@@ -116,7 +125,7 @@ void Surfaces::add_color(VT_RGB32 color) {
 }
 
 // A colour that is not lit becomes emission.
-void Surfaces::add_finish(const Finish& finish, VT_RGB32 color) {
+void Surfaces::add_finish(const Finish& finish, VT_RGB32 color, float lightness_of_texture) {
     const float shown = finish.lit ? 0.0F : 1.0F;
     lit.push_back(1.0F - shown);
     mirror.push_back(finish.mirror);
@@ -125,6 +134,7 @@ void Surfaces::add_finish(const Finish& finish, VT_RGB32 color) {
     red_emission.push_back(finish.emission[0] + shown * intensity(color.red));
     green_emission.push_back(finish.emission[1] + shown * intensity(color.green));
     blue_emission.push_back(finish.emission[2] + shown * intensity(color.blue));
+    texture_lightness.push_back(lightness_of_texture);
 }
 
 bool Surfaces::face_viewer(std::size_t i, const Camera& camera) const noexcept {
@@ -187,9 +197,9 @@ void Lighting::shade_with(const Surfaces& surfaces, const Seen_Normal& seen_norm
             const float r = base.red(start + i), g = base.green(start + i), b = base.blue(start + i);
             const float lightest = std::max(r, std::max(g, b));
             const float away = positive(1.0F - facing);
-            const float rim = rim_light * upward * positive(1.0F - lightest) * (away * away * away);
+            const float outline = rim_light * upward * (away * away * away);
             if constexpr (Finishes::is_plain) {
-                const float added = highlights * power(toward_half_way, plain_power) + rim;
+                const float added = highlights * power(toward_half_way, plain_power) + outline * positive(1.0F - lightest);
                 words[i] = word_of(r * diffuse + added, g * diffuse + added, b * diffuse + added);
             } else {
                 const std::size_t at = start + i;
@@ -204,9 +214,15 @@ void Lighting::shade_with(const Surfaces& surfaces, const Seen_Normal& seen_norm
                 const float glossy = highlights * finishes.highlight[at] * power(toward_half_way, 0.25F * finishes.sharpness[at]);
                 // Of metal the highlight has the surface's colour.
                 const float reflected = lit_share * (diffuse + mirror * (surroundings - diffuse) + mirror * glossy);
-                const float added = lit_share * ((1.0F - mirror) * glossy + rim);
-                words[i] = word_of(r * reflected + added + finishes.red[at], g * reflected + added + finishes.green[at],
-                                   b * reflected + added + finishes.blue[at]);
+                const float texture = finishes.texture_lightness[at],
+                            shown = texture < 0.0F ? lightest : lightest * texture * texture;
+                const float light = lit_share * ((1.0F - mirror) * glossy + outline * positive(1.0F - shown));
+                const float added = texture < 0.0F ? light : 0.0F;
+                const std::uint32_t alpha = texture < 0.0F ? 255 : overlay(light, shown * reflected);
+                words[i] = (word_of(r * reflected + added + finishes.red[at], g * reflected + added + finishes.green[at],
+                                    b * reflected + added + finishes.blue[at]) &
+                            0xFFFFFFU) |
+                           alpha << 24;
             }
         }
         std::transform(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(count),
@@ -226,7 +242,8 @@ void Lighting::shade(const Surfaces& surfaces, const Seen_Normal& seen, std::spa
     } else {
         shade_with(surfaces, seen, base,
                    Finish_Each{surfaces.lit.data(), surfaces.mirror.data(), surfaces.highlight.data(), surfaces.sharpness.data(),
-                               surfaces.red_emission.data(), surfaces.green_emission.data(), surfaces.blue_emission.data()},
+                               surfaces.red_emission.data(), surfaces.green_emission.data(), surfaces.blue_emission.data(),
+                               surfaces.texture_lightness.data()},
                    colors);
     }
 }

@@ -34,6 +34,9 @@ struct Surfaces {
     std::vector<float> red, green, blue; // one for all, or one each
     // What finishes say, none or one each, when there is one colour each: 1 for what is lit, else 0, and so on.
     std::vector<float> lit, mirror, highlight, sharpness, red_emission, green_emission, blue_emission;
+    // Lightness of the texture that is multiplied with a surface's colour, 0 to 1; less than 0 where there is none. With one,
+    // highlights are not in the colour: its alpha is that of white which is to be drawn over the texture.
+    std::vector<float> texture_lightness;
 
     std::size_t size() const noexcept { return normals.size(); }
     void resize(std::size_t count);
@@ -41,7 +44,7 @@ struct Surfaces {
     // Black gets a little lighter, so that its form shows.
     void add_color(VT_RGB32 color);
     // The finish of the colour that was added last.
-    void add_finish(const Finish& finish, VT_RGB32 color);
+    void add_finish(const Finish& finish, VT_RGB32 color, float lightness_of_texture = -1);
     bool has_one_color() const noexcept { return red.size() == 1; }
     // Whether a face is seen from the side that its normal points to.
     bool face_viewer(std::size_t i, const Camera& camera) const noexcept;

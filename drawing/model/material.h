@@ -1,6 +1,7 @@
 // What surfaces are made of, as model files say it.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -58,13 +59,43 @@ struct Phong {
 // A surface that reflects more than it scatters is drawn as metal: diffuse becomes the metal's colour.
 Finish finish_of(Phong& phong);
 
+// Images of a surface besides that of its colour, by number of the mesh's images. All are placed and wrapped as the colour is.
+struct Surface_Images {
+    std::uint32_t metal = no_image;     // blue: a factor for metal
+    std::uint32_t roughness = no_image; // green: a factor for roughness
+    std::uint32_t emission = no_image;
+    std::uint32_t occlusion = no_image; // red: the part of the light of the surroundings that reaches the surface
+    std::uint32_t opacity = no_image;   // its alpha, or its green where it has none
+};
+
 struct Material {
-    std::uint32_t image = no_image; // of the mesh's images
+    std::uint32_t image = no_image; // the colour, of the mesh's images
+    Surface_Images images;
+    float metal = 0, roughness = 1;  // with an image for them
+    std::array<float, 3> emission{}; // with an image for it: intensities that are multiplied with the image's
+    float occlusion = 1;             // strength of the image, 0 to 1
     Wrap wrap_u = Wrap::repeat, wrap_v = Wrap::repeat;
     Transparency transparency = Transparency::by_image;
     float opacity = 1;
     float cut_off = 0.5F; // the least alpha of a cut-out texel that is there
-    Finish finish;
+    Finish finish;        // without the images
+
+    // All numbers of images.
+    std::array<std::uint32_t*, 6> image_numbers() {
+        return {&image, &images.metal, &images.roughness, &images.emission, &images.occlusion, &images.opacity};
+    }
+    std::array<std::uint32_t, 6> all_images() const {
+        return {image, images.metal, images.roughness, images.emission, images.occlusion, images.opacity};
+    }
+    bool has_image() const {
+        return std::ranges::any_of(all_images(), [](std::uint32_t number) { return number != no_image; });
+    }
+    // Calls renumber(number) for each image, and takes the number that it returns.
+    template <class Renumber> void renumber_images(Renumber renumber) {
+        for (std::uint32_t* number : image_numbers()) {
+            *number = *number == no_image ? no_image : renumber(*number);
+        }
+    }
 };
 
 } // namespace vorna::drawing::model

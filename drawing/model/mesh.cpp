@@ -167,7 +167,7 @@ void append(Mesh& mesh, Mesh&& other) {
         material = material == no_material ? no_material : material + first_material;
     }
     for (Material& material : other.materials) {
-        material.image = material.image == no_image ? no_image : material.image + first_image;
+        material.renumber_images([=](std::uint32_t image) { return image + first_image; });
     }
     const std::size_t vertices = other.positions.size(), triangles = other.triangle_count();
     join(mesh.colors, base, other.colors, vertices, VT_RGB32{0, 0, 0, 0});
@@ -189,24 +189,27 @@ void append(Mesh& mesh, Mesh&& other) {
 
 } // namespace
 
-std::vector<std::uint32_t> vertex_finishes(const Mesh& mesh) {
-    std::vector<std::uint32_t> materials;
-    if (std::ranges::any_of(mesh.materials, [](const Material& material) { return material.finish != Finish{}; })) {
-        materials.resize(mesh.positions.size(), no_material);
-        for (std::size_t corner = 0; corner < 3 * mesh.triangle_materials.size(); ++corner) {
-            materials[mesh.triangles[corner]] = mesh.triangle_materials[corner / 3];
-        }
+std::vector<std::uint32_t> vertex_materials(const Mesh& mesh) {
+    std::vector<std::uint32_t> materials(mesh.positions.size(), no_material);
+    for (std::size_t corner = 0; corner < 3 * mesh.triangle_materials.size(); ++corner) {
+        materials[mesh.triangles[corner]] = mesh.triangle_materials[corner / 3];
     }
     return materials;
+}
+
+bool has_finishes(const Mesh& mesh) {
+    return std::ranges::any_of(mesh.materials, [](const Material& material) { return material.finish != Finish{}; });
 }
 
 bool is_consistent(const Mesh& mesh) {
     const auto are_finite = [](auto... numbers) { return (std::isfinite(numbers) && ...); };
     const auto is_finite = [&](const VT_Vector& v) { return are_finite(v.x, v.y, v.z); };
     const auto is_material = [&](const Material& m) {
-        return (m.image == no_image || m.image < mesh.images.size()) && m.wrap_u >= Wrap::repeat && m.wrap_u <= Wrap::clamp &&
+        const auto is_known = [&](std::uint32_t image) { return image == no_image || image < mesh.images.size(); };
+        return std::ranges::all_of(m.all_images(), is_known) && m.wrap_u >= Wrap::repeat && m.wrap_u <= Wrap::clamp &&
                m.wrap_v >= Wrap::repeat && m.wrap_v <= Wrap::clamp && m.transparency >= Transparency::none &&
                m.transparency <= Transparency::by_image && are_finite(m.opacity, m.cut_off) &&
+               are_finite(m.metal, m.roughness, m.occlusion, m.emission[0], m.emission[1], m.emission[2]) &&
                are_finite(m.finish.mirror, m.finish.highlight, m.finish.sharpness) &&
                are_finite(m.finish.emission[0], m.finish.emission[1], m.finish.emission[2]);
     };

@@ -74,9 +74,10 @@ template <class Visit> void for_each_drawn_vertex(const Mesh& mesh, Visit visit)
 // The positions of those vertices, each once.
 std::vector<VT_Vector> drawn_positions(const Mesh& mesh);
 
-// By vertex the material of a triangle that uses it, no_material for a plain one. Empty when the materials' finishes make no
-// difference.
-std::vector<std::uint32_t> vertex_finishes(const Mesh& mesh);
+// By vertex the material of a triangle that uses it, no_material for a plain one.
+std::vector<std::uint32_t> vertex_materials(const Mesh& mesh);
+// Whether the materials' finishes make a difference.
+bool has_finishes(const Mesh& mesh);
 
 // Whether its lists belong together, name nothing that is not there, and lie in finite places: of meshes that nobody here has
 // made.

@@ -176,12 +176,21 @@ void Obj_Materials::read_property(const std::string& library, Text_Cursor& curso
     } else if (keyword == "Tr") {
         into.material.opacity = shown_opacity(1 - cursor.number("a transparency"));
     } else if (keyword == "map_Kd") {
-        read_map(library, cursor, into);
+        read_map(library, cursor, into, into.material.image);
+    } else if (keyword == "map_Ke") {
+        read_map(library, cursor, into, into.material.images.emission);
+    } else if (keyword == "map_Pm") {
+        read_map(library, cursor, into, into.material.images.metal);
+    } else if (keyword == "map_Pr") {
+        read_map(library, cursor, into, into.material.images.roughness);
+    } else if (keyword == "map_d") {
+        read_map(library, cursor, into, into.material.images.opacity);
     }
 }
 
 // Options, then the image's name, which may hold blanks.
-void Obj_Materials::read_map(const std::string& library, Text_Cursor& cursor, Entry& into) {
+void Obj_Materials::read_map(const std::string& library, Text_Cursor& cursor, Entry& into, std::uint32_t& image) {
+    const bool is_color = &image == &into.material.image;
     for (;;) {
         cursor.skip_blanks();
         Text_Cursor ahead = cursor;
@@ -191,14 +200,14 @@ void Obj_Materials::read_map(const std::string& library, Text_Cursor& cursor, En
         }
         cursor = ahead;
         if (option == "-clamp") {
-            if (cursor.word() == "on") {
+            if (cursor.word() == "on" && is_color) {
                 into.material.wrap_u = into.material.wrap_v = Wrap::clamp;
             }
         } else if (option == "-s" || option == "-o" || option == "-t") {
             std::array<float, 2>* const pair = option == "-s" ? &into.scale : option == "-o" ? &into.shift : nullptr;
             std::array<float, 3> numbers{};
             const std::size_t count = read_numbers(cursor, numbers);
-            if (pair) {
+            if (pair && is_color) {
                 std::copy_n(numbers.begin(), std::min(count, pair->size()), pair->begin());
             }
         } else {
@@ -212,7 +221,7 @@ void Obj_Materials::read_map(const std::string& library, Text_Cursor& cursor, En
         limits_.take_work(model_, mesh_.images.size());
         const auto whole = files_.find(library, std::string(name));
         const std::string path = whole ? *whole : files_.path(library, std::string(without_comment(name)));
-        into.material.image = image_number(mesh_, path, model_);
+        image = image_number(mesh_, path, model_);
     }
 }
 
@@ -226,9 +235,20 @@ Finish Obj_Materials::Entry::finish() {
         shown.diffuse = {1, 1, 1}; // the image or the default colour
     }
     Finish finish = finish_of(shown);
-    if (metal || roughness) {
+    const Surface_Images& images = material.images;
+    if (images.emission != no_image) {
+        // Black beside an image stands for nothing said, as for colours.
+        const bool is_black = finish.emission == std::array<float, 3>{};
+        material.emission = is_black ? std::array{1.0F, 1.0F, 1.0F} : finish.emission;
+        finish.emission = {};
+    }
+    const bool has_images = images.metal != no_image || images.roughness != no_image;
+    if (metal || roughness || has_images) {
         const std::array<float, 3> emission = finish.emission;
-        finish = finish_of_metal(metal.value_or(0), roughness.value_or(usual_roughness));
+        material.metal = metal.value_or(images.metal != no_image ? 1.0F : 0.0F);
+        material.roughness = roughness.value_or(images.roughness != no_image ? 1.0F : usual_roughness);
+        finish = finish_of_metal(images.metal != no_image ? 0 : material.metal,
+                                 images.roughness != no_image ? usual_roughness : material.roughness);
         finish.emission = emission;
     } else if (has_color && material.image == no_image) {
         phong.diffuse = shown.diffuse;
@@ -244,7 +264,7 @@ VT_RGB32 Obj_Materials::color_of(std::uint32_t material) const {
     }
     const auto& [red, green, blue] = materials_[material].phong.diffuse;
     const VT_RGB32 color{channel(blue), channel(green), channel(red), 255};
-    return has_image(material) && color == black ? unknown : color;
+    return materials_[material].material.image != no_image && color == black ? unknown : color;
 }
 
 Texture_Point Obj_Materials::mapped(const Texture_Point& given, std::uint32_t material) const {

@@ -30,9 +30,7 @@ public:
     bool empty() const noexcept { return materials_.empty(); }
     // no_material when no library has it. A comment may follow the name.
     std::uint32_t find(std::string_view name) const;
-    bool has_image(std::uint32_t material) const {
-        return material != no_material && materials_[material].material.image != no_image;
-    }
+    bool has_image(std::uint32_t material) const { return material != no_material && materials_[material].material.has_image(); }
     // Alpha 0 when the material says nothing of it.
     VT_RGB32 color_of(std::uint32_t material) const;
     // A texture coordinate as the material's map scales and shifts it.
@@ -57,7 +55,8 @@ private:
     void read_materials(const std::string& library, std::string_view content);
     void add(std::string_view name);
     void read_property(const std::string& library, Text_Cursor& cursor, std::string_view keyword, Entry& into);
-    void read_map(const std::string& library, Text_Cursor& cursor, Entry& into);
+    // image: of the material, to be set. Only the map of the colour moves texture coordinates.
+    void read_map(const std::string& library, Text_Cursor& cursor, Entry& into, std::uint32_t& image);
 
     const std::string& model_;
     Mesh& mesh_;

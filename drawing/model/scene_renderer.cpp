@@ -30,7 +30,8 @@ Scene_Renderer::Scene_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 
         std::ranges::transform(strips.triangle_order, numbers_.begin(),
                                [](std::uint32_t triangle) { return color_of(0xFF000000U | (triangle + 1)); });
     }
-    const std::vector<std::uint32_t> finishes = own_colors ? vertex_finishes(mesh) : std::vector<std::uint32_t>();
+    const std::vector<std::uint32_t> finishes =
+        own_colors && has_finishes(mesh) ? vertex_materials(mesh) : std::vector<std::uint32_t>();
     if (own_colors && (!mesh.colors.empty() || !finishes.empty())) {
         std::vector<std::uint32_t> numbers(points_.size()); // in the mesh
         for (std::size_t place = 0; place < strips.vertices.size(); ++place) {

@@ -23,14 +23,14 @@ std::uint8_t planes_beyond(const Clip_Point& p) noexcept {
 
 Textured_Scene::Textured_Scene(const Mesh& mesh, const Facing& facing, VT_RGB32 base_color, bool own_colors,
                                std::vector<std::string>& warnings, Load_Limits& limits) {
-    std::tie(textures_, paints_) = load_paints(mesh, warnings, limits);
+    paints_ = load_paints(mesh, warnings, limits);
     order_triangles(mesh, facing);
     set_colors(mesh, lay_out(mesh), base_color, own_colors);
 }
 
 bool Textured_Scene::has_work(const Mesh& mesh) {
     return std::ranges::any_of(mesh.materials,
-                               [](const Material& material) { return material.image != no_image || material.opacity < 1; });
+                               [](const Material& material) { return material.has_image() || material.opacity < 1; });
 }
 
 // By material, for few changes between them.
@@ -41,9 +41,10 @@ void Textured_Scene::order_triangles(const Mesh& mesh, const Facing& facing) {
                            [=](std::uint32_t m) { return m == no_material ? plain : m; });
     std::vector<std::size_t> order(mesh.triangle_count());
     std::iota(order.begin(), order.end(), std::size_t{0});
-    std::ranges::stable_sort(order, {}, [&](std::size_t t) { return std::pair(paints_[paints[t]].translucent, paints[t]); });
+    std::ranges::stable_sort(order, {},
+                             [&](std::size_t t) { return std::pair(paints_.by_material[paints[t]].translucent, paints[t]); });
     faces_.resize(order.size());
-    hides_backs_ = facing.hides_backs() && std::ranges::none_of(paints_, [](const Paint& paint) {
+    hides_backs_ = facing.hides_backs() && std::ranges::none_of(paints_.by_material, [](const Paint& paint) {
                        return paint.texture && paint.texture->transparency() != Transparency::none;
                    });
     for (const std::size_t t : order) {
@@ -51,7 +52,7 @@ void Textured_Scene::order_triangles(const Mesh& mesh, const Facing& facing) {
         faces_.set(triangles_.size(), facing.normals()[t], mesh.positions[corners[0]]);
         triangles_.push_back({corners[0], corners[1], corners[2]});
         triangle_paints_.push_back(paints[t]);
-        opaque_count_ += !paints_[paints[t]].translucent;
+        opaque_count_ += !paints_.by_material[paints[t]].translucent;
     }
 }
 
@@ -86,7 +87,7 @@ void Textured_Scene::set_colors(const Mesh& mesh, const std::vector<std::uint32_
     std::vector<VT_RGB32> colors(points_.size(), base_color);
     if (own_colors) {
         for (std::size_t t = 0; t < triangles_.size(); ++t) {
-            const Texture* texture = paints_[triangle_paints_[t]].texture;
+            const Texture* texture = paints_.by_material[triangle_paints_[t]].texture;
             const bool textured = texture && !texture->name().empty();
             for (const std::uint32_t vertex : triangles_[t]) {
                 const VT_RGB32 own = mesh.colors.empty() ? VT_RGB32{0, 0, 0, 0} : mesh.colors[vertices[vertex]];
@@ -94,19 +95,29 @@ void Textured_Scene::set_colors(const Mesh& mesh, const std::vector<std::uint32_
             }
         }
     }
-    const std::vector<std::uint32_t> finishes = own_colors ? vertex_finishes(mesh) : std::vector<std::uint32_t>();
+    const std::vector<std::uint32_t> materials = own_colors ? vertex_materials(mesh) : std::vector<std::uint32_t>();
+    const bool has_images = std::ranges::any_of(mesh.materials, &Material::has_image);
+    const std::vector<Texture_Area> areas = own_colors && has_images ? vertex_areas(mesh) : std::vector<Texture_Area>();
     for (std::size_t v = 0; v < colors.size(); ++v) {
         vertices_.add_color(colors[v]);
-        if (!finishes.empty()) {
-            const std::uint32_t material = finishes[vertices[v]];
-            vertices_.add_finish(material == no_material ? Finish{} : mesh.materials[material].finish, colors[v]);
+        if (materials.empty()) {
+            continue;
         }
+        const std::uint32_t material = materials[vertices[v]];
+        if (material == no_material) {
+            vertices_.add_finish({}, colors[v]);
+            continue;
+        }
+        const Paint& paint = paints_.by_material[material];
+        const Texture_Area area = areas.empty() ? Texture_Area() : areas[vertices[v]];
+        const float lightness = !paint.highlights_apart ? -1.0F : paint.lightness ? paint.lightness->of(area) : 1.0F;
+        vertices_.add_finish(finish_at(mesh.materials[material], paint, area), colors[v], lightness);
     }
 }
 
 std::string Textured_Scene::summary() const {
     std::string text = std::to_string(triangles_.size()) + " triangles";
-    for (const auto& texture : textures_) {
+    for (const auto& texture : paints_.textures) {
         if (!texture->name().empty()) {
             text += ", texture " + texture->name() + " " + texture->summary();
         }
@@ -148,6 +159,7 @@ void Textured_Scene::prepare(const Tile_Grid& grid, const Camera& camera, const 
     const bool stands_outside = std::ranges::none_of(beyond_, [](std::uint8_t planes) { return (planes & beyond::near) != 0; });
     cull_backs_ = settings.culling == Culling::back || (hides_backs_ && stands_outside);
     tints_.set(vertices_, !cull_backs_, camera, settings);
+    has_highlights_ = settings.tint == Tint::lit && !vertices_.texture_lightness.empty();
     order_drawing(camera);
     bins_.start(grid);
     if (bins_.sorts()) {
@@ -194,23 +206,39 @@ Extent Textured_Scene::extent_of(std::size_t triangle) const {
 
 void Textured_Scene::draw_triangle(Textured_Triangles& triangles, std::size_t triangle) const {
     const Clip_Polygon polygon = clipped(triangle);
-    triangles.set_paint(paints_[triangle_paints_[triangle]]);
+    const Paint& paint = paints_.by_material[triangle_paints_[triangle]];
     std::array<Textured_Corner, 9> corners;
-    for (std::size_t i = 0; i < polygon.count; ++i) {
-        const Clip_Vertex& vertex = polygon.vertices[i];
-        corners[i] = {vertex.point,
-                      vertex.u,
-                      vertex.v,
-                      static_cast<float>(vertex.color.blue),
-                      static_cast<float>(vertex.color.green),
-                      static_cast<float>(vertex.color.red),
-                      0,
-                      0,
-                      {}};
-        corners[i].place(viewport_);
+    // color(vertex): of a corner.
+    const auto draw_with = [&](Texture* texture, const auto& color) {
+        triangles.set_texture(texture);
+        for (std::size_t i = 0; i < polygon.count; ++i) {
+            const Clip_Vertex& vertex = polygon.vertices[i];
+            const VT_RGB32 shown = color(vertex.color);
+            corners[i] = {vertex.point,
+                          vertex.u,
+                          vertex.v,
+                          static_cast<float>(shown.blue),
+                          static_cast<float>(shown.green),
+                          static_cast<float>(shown.red),
+                          static_cast<float>(shown.alpha),
+                          0,
+                          0,
+                          {}};
+            corners[i].place(viewport_);
+        }
+        for (std::size_t i = 2; i < polygon.count; ++i) {
+            triangles.draw(corners[0], corners[i - 1], corners[i]);
+        }
+    };
+    draw_with(paint.texture, [&](const VT_RGB32& lit) { return VT_RGB32{lit.blue, lit.green, lit.red, paint.alpha}; });
+    if (paint.emission) {
+        draw_with(paint.emission, [&](const VT_RGB32&) { return paint.emission_color; });
     }
-    for (std::size_t i = 2; i < polygon.count; ++i) {
-        triangles.draw(corners[0], corners[i - 1], corners[i]);
+    constexpr std::uint8_t least_seen = 4; // fainter highlights are left out
+    const auto end = polygon.vertices.begin() + static_cast<std::ptrdiff_t>(polygon.count);
+    if (paint.highlights_apart && has_highlights_ &&
+        std::any_of(polygon.vertices.begin(), end, [](const Clip_Vertex& vertex) { return vertex.color.alpha >= least_seen; })) {
+        draw_with(paints_.white, [](const VT_RGB32& lit) { return VT_RGB32{255, 255, 255, lit.alpha}; });
     }
 }
 

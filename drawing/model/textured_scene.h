@@ -48,8 +48,7 @@ private:
     Extent extent_of(std::size_t triangle) const;
     void draw_triangle(Textured_Triangles& triangles, std::size_t triangle) const;
 
-    Textures textures_;
-    std::vector<Paint> paints_; // by material, and the plain one
+    Paints paints_;
 
     std::vector<VT_Vector> points_;
     std::vector<Texture_Point> coordinates_;
@@ -62,6 +61,7 @@ private:
     bool hides_backs_ = false; // see Facing; never with materials that let through what is behind them
 
     // Of the prepared picture.
+    bool has_highlights_ = false; // see Paint::highlights_apart
     Camera camera_;
     Viewport viewport_{{}};
     bool cull_backs_ = false;

@@ -31,6 +31,7 @@ Textured_Corner middle_of(const Textured_Corner& a, const Textured_Corner& b, co
         channel(a.blue, b.blue),
         channel(a.green, b.green),
         channel(a.red, b.red),
+        channel(a.alpha, b.alpha),
         0,
         0,
         {}};
@@ -47,9 +48,9 @@ void Textured_Corner::place(const Viewport& viewport) {
                                    static_cast<float>(clip.z / clip.w));
 }
 
-VT_RGB32 Textured_Corner::color(std::uint8_t alpha) const {
+VT_RGB32 Textured_Corner::color() const {
     const auto byte = [](float value) { return static_cast<std::uint8_t>(value + 0.5F); };
-    return {byte(blue), byte(green), byte(red), alpha};
+    return {byte(blue), byte(green), byte(red), byte(alpha)};
 }
 
 // Whether a triangle may touch the window_. Pieces of a triangle lie in it but for rounding.
@@ -110,7 +111,7 @@ void Textured_Triangles::draw_piece(const std::array<const Textured_Corner*, 3>&
     std::array<VT_RGB32, 3> colors;
     for (std::size_t i = 0; i < 3; ++i) {
         points[i] = corners[i]->device;
-        colors[i] = corners[i]->color(paint_->alpha);
+        colors[i] = corners[i]->color();
     }
     const auto extent = [&](const VT_DCI_Point& p, const VT_DCI_Point& q) {
         return std::int64_t{p.x - points[0].x} * (q.y - points[0].y) - std::int64_t{p.y - points[0].y} * (q.x - points[0].x);
@@ -118,7 +119,7 @@ void Textured_Triangles::draw_piece(const std::array<const Textured_Corner*, 3>&
     if (extent(points[1], points[2]) == 0) {
         return; // Rounded to a line, of which nothing is drawn.
     }
-    if (!paint_->texture) {
+    if (!texture_) {
         VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, 3, points.data(), colors.data());
         return;
     }
@@ -149,7 +150,7 @@ Texture::Cut Textured_Triangles::choose_texture(const std::array<const Textured_
         covered[axis] = needle ? (high[axis] - low[axis]) / std::sqrt(std::max(longest, 1.0))
                                : std::sqrt(across[axis] * across[axis] + up[axis] * up[axis]);
     }
-    Texture::Cut cut = paint_->texture->cut(covered, low, high);
+    Texture::Cut cut = texture_->cut(covered, low, high);
     for (std::size_t i = 0; i < 3; ++i) {
         const Textured_Corner& corner = *corners[i];
         const double dx = corner.device.x - viewport_.left + 0.5 - corner.x,

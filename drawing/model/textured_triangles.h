@@ -5,7 +5,6 @@
 #include <cstdint>
 
 #include "drawing/model/clipper.h"
-#include "drawing/model/paints.h"
 #include "drawing/model/texture.h"
 #include "drawing/model/viewport.h"
 #include "host/renderer_data.h"
@@ -17,12 +16,12 @@ namespace vorna::drawing::model {
 struct Textured_Corner {
     Clip_Point clip;
     double u, v;
-    float blue, green, red;
+    float blue, green, red, alpha;
     double x, y; // pixels from the window's corner, not rounded
     VT_DCI_Point device;
 
     void place(const Viewport& viewport);
-    VT_RGB32 color(std::uint8_t alpha) const;
+    VT_RGB32 color() const;
 };
 
 // Draws triangles in the window of a tile. The renderer runs colours and textures evenly over the screen; in perspective, edges
@@ -34,8 +33,8 @@ public:
     Textured_Triangles(VT_Renderer_Data& renderer, VT_Rendition& rendition, const Viewport& viewport)
         : renderer_(renderer), rendition_(rendition), viewport_(viewport), window_(rendition.window.rectangle) {}
 
-    // paint: of the triangles to come; must outlive them.
-    void set_paint(const Paint& paint) { paint_ = &paint; }
+    // Of the triangles to come, null for none; must outlive them.
+    void set_texture(Texture* texture) { texture_ = texture; }
     // In pieces that can be drawn evenly.
     void draw(const Textured_Corner& a, const Textured_Corner& b, const Textured_Corner& c);
 
@@ -49,7 +48,7 @@ private:
     VT_Rendition& rendition_;
     const Viewport& viewport_;
     VT_Int_Rectangle window_;
-    const Paint* paint_ = nullptr;
+    Texture* texture_ = nullptr;
 };
 
 } // namespace vorna::drawing::model

@@ -8,6 +8,7 @@
 #include "tests/support/images.h"
 #include "tests/support/meshes.h"
 #include "tests/support/rendering.h"
+#include "tests/support/textured_square.h"
 
 namespace vorna::drawing::model {
 namespace {
@@ -49,55 +50,6 @@ Image quarters(std::int32_t width, std::int32_t height) {
     });
 }
 
-// A square whose texture coordinates run from low to high along both sides.
-std::string square_obj(float low, float high) {
-    std::ostringstream text;
-    text << "mtllib paint.mtl\nusemtl paint\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n";
-    text << "vt " << low << ' ' << low << "\nvt " << high << ' ' << low << "\nvt " << high << ' ' << high << "\nvt " << low << ' '
-         << high << "\nf 1/1 2/2 3/3 4/4\n";
-    return text.str();
-}
-
-// The same square as a binary glTF file that holds its image. v runs downwards there.
-std::string square_glb(float low, float high, int wrap, const std::string& image, const std::string& material = "") {
-    const float numbers[] = {-1, -1, 0, 1, -1, 0, 1, 1, 0, -1, 1, 0, low, 1 - low, high, 1 - low, high, 1 - high, low, 1 - high};
-    const std::uint16_t indices[] = {0, 1, 2, 0, 2, 3};
-    std::string binary(reinterpret_cast<const char*>(numbers), sizeof numbers);
-    binary.append(reinterpret_cast<const char*>(indices), sizeof indices);
-    binary += image;
-    binary.resize((binary.size() + 3) / 4 * 4);
-    const auto view = [](std::size_t offset, std::size_t size) {
-        return R"({"buffer":0,"byteOffset":)" + std::to_string(offset) + R"(,"byteLength":)" + std::to_string(size) + "}";
-    };
-    std::string json =
-        R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],"meshes":[{"primitives":[{)"
-        R"("attributes":{"POSITION":0,"TEXCOORD_0":1},"indices":2,"material":0}]}],"buffers":[{"byteLength":)" +
-        std::to_string(binary.size()) + R"(}],"bufferViews":[)" + view(0, 48) + "," + view(48, 32) + "," + view(80, 12) + "," +
-        view(92, image.size()) +
-        R"(],"accessors":[{"bufferView":0,"componentType":5126,"count":4,"type":"VEC3","min":[-1,-1,0],"max":[1,1,0]},)"
-        R"({"bufferView":1,"componentType":5126,"count":4,"type":"VEC2"},)"
-        R"({"bufferView":2,"componentType":5123,"count":6,"type":"SCALAR"}],"images":[{"bufferView":3,"mimeType":"image/png"}],)"
-        R"("samplers":[{"wrapS":)" +
-        std::to_string(wrap) + R"(,"wrapT":)" + std::to_string(wrap) +
-        R"(}],"textures":[{"sampler":0,"source":0}],"materials":[{)" + material +
-        R"("pbrMetallicRoughness":{"baseColorFactor":[1,1,1,1],"baseColorTexture":{"index":0}}}]})";
-    json.resize((json.size() + 3) / 4 * 4, ' ');
-    std::string file;
-    const auto word = [&](std::size_t value) {
-        for (int shift = 0; shift < 32; shift += 8) {
-            file += static_cast<char>(value >> shift);
-        }
-    };
-    file += "glTF";
-    word(2);
-    word(12 + 8 + json.size() + 8 + binary.size());
-    word(json.size());
-    file += "JSON" + json;
-    word(binary.size());
-    file += std::string("BIN\0", 4) + binary;
-    return file;
-}
-
 class Textured_Render : public Rendering {
 protected:
     std::string paint(const Image& image, const std::string& options = "", const std::string& more = "") {
@@ -106,17 +58,10 @@ protected:
     }
 
     Picture textured(const std::string& model, std::vector<std::string> options = {}) {
-        options.insert(options.begin(), {"--shading", "textured", "--light", "0,0,1"});
+        options.insert(options.begin(), {"--shading", "textured", "--light", "0,0,1", "--specular", "0"});
         return render(model, options);
     }
 };
-
-const std::vector<std::string> straight{"--view", "front", "--ortho", "--size", "120x120", "--background", "white"};
-
-std::vector<std::string> with(std::vector<std::string> options, const std::vector<std::string>& more) {
-    options.insert(options.end(), more.begin(), more.end());
-    return options;
-}
 
 TEST_F(Textured_Render, textures_are_neither_mirrored_nor_upside_down_and_reach_the_last_pixel) {
     for (const auto& [width, height] : {std::pair(30, 22), std::pair(64, 16), std::pair(2, 2)}) {
@@ -161,11 +106,11 @@ TEST_F(Textured_Render, a_texture_goes_on_beyond_its_borders_as_its_sampler_says
     EXPECT_EQ(names_across(textured(folder.file("square.obj", square_obj(-1, 3)), straight), 60, 8), "RRRGGGGG");
     paint(halves, "-s 2 2 1 -o 0.5");
     EXPECT_EQ(names_across(textured(folder.file("square.obj", square_obj(0, 1)), straight), 60, 4), "GRGR");
-    // Thousands of repetitions are more than pixels: all that is left is their mean.
+    // Thousands of repetitions are more than pixels: all that is left is their mean light.
     paint(halves);
     const Picture mean = textured(folder.file("square.obj", square_obj(-5000, 5000)), straight);
-    EXPECT_NEAR(mean.at(60, 60)[0], 128, 8);
-    EXPECT_NEAR(mean.at(61, 60)[1], 128, 8);
+    EXPECT_NEAR(mean.at(60, 60)[0], 180, 8);
+    EXPECT_NEAR(mean.at(61, 60)[1], 180, 8);
 }
 
 // A long floor of parts by parts squares under a texture three times as long.
@@ -242,14 +187,14 @@ TEST_F(Textured_Render, the_nearest_translucent_surface_is_drawn_last_whatever_t
     const std::string back = "usemtl back\nf 9 10 11 12\n", far = "usemtl far\nf 1 2 3 4\n", near = "usemtl near\nf 5 6 7 8\n";
     const auto alone = [&](const std::string& faces) {
         const std::string model = folder.file("alone.obj", "mtllib paint.mtl\n" + places + faces);
-        return render(model, with(straight, {"--shading", "gouraud"})).at(60, 60);
+        return render(model, with(straight, {"--shading", "gouraud", "--specular", "0"})).at(60, 60);
     };
     const std::array<int, 3> of_back = alone(back), of_far = alone(far), of_near = alone(near);
     const std::pair<std::string, std::string> cases[] = {{"paint.mtl", near + back + far}, {"other.mtl", far + near + back}};
     for (const auto& [library, faces] : cases) {
         const std::string model = folder.file("glass.obj", "mtllib " + library + "\n" + places + faces);
-        const std::array<int, 3> pixel = render(model, with(straight, {"--shading", "textured"})).at(60, 60);
-        const Picture palette = render(model, with(straight, {"--shading", "textured", "--colors", "8"}));
+        const std::array<int, 3> pixel = render(model, with(straight, {"--shading", "textured", "--specular", "0"})).at(60, 60);
+        const Picture palette = render(model, with(straight, {"--shading", "textured", "--specular", "0", "--colors", "8"}));
         for (std::size_t channel = 0; channel < 3; ++channel) {
             const int expected = of_near[channel] / 2 + of_far[channel] / 4 + of_back[channel] / 4;
             EXPECT_NEAR(pixel[channel], expected, 4) << faces;

