@@ -4,6 +4,7 @@
 
 #include "host/polyline_clip.h"
 #include "host/scratch.h"
+#include "renderer/core/member.h"
 #include "renderer/core/tile.h"
 
 namespace krb {

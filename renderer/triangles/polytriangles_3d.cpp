@@ -6,6 +6,7 @@
 #include "host/scratch.h"
 #include "host/strip.h"
 #include "host/triangle_clipper.h"
+#include "renderer/core/member.h"
 #include "renderer/core/tile.h"
 
 namespace krb {
