@@ -97,12 +97,15 @@ void Output_File::create(unsigned permissions, std::error_code& error) {
     const std::lock_guard lock(unfinished().mutex);
     do {
         temporary_ = temporary_beside(target_);
+        // Before there is a file: a lack of memory leaves none.
+        const auto known = unfinished().files.insert(temporary_).first;
         channel_ = Output_Channel::created(temporary_, permissions, error);
+        if (error) {
+            unfinished().files.erase(known);
+        }
     } while (error == std::errc::file_exists);
     if (error) {
         temporary_.clear();
-    } else {
-        unfinished().files.insert(temporary_);
     }
 }
 
