@@ -41,7 +41,7 @@ void Output_Files::add(std::unique_ptr<Output_File> file) {
 
 void Output_Files::commit() {
     Interruption::check();
-    std::ranges::stable_partition(files_, [](const auto& file) { return file->is_held(); });
+    std::stable_partition(files_.begin(), files_.end(), [](const auto& file) { return file->is_held(); });
     for (const auto& file : files_) {
         file->commit();
     }
