@@ -38,6 +38,7 @@ void check_dashes(const char* member, const std::optional<map::Dashes>& dashes) 
 } // namespace
 
 void check(const Reading& reading) {
+    expect_range("threads", reading.threads, 0U, 1024U);
     if (reading.crease) {
         expect_range("crease", *reading.crease, 0.0, 180.0);
     }

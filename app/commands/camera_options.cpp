@@ -25,8 +25,8 @@ const Choices<Up_Axis> up_axes{{"y", Up_Axis::y},        {"z", Up_Axis::z},     
 // An axis may be given as +y for y.
 Option up_axis(Camera_Options& options) {
     const auto without_plus = [](const std::string& text) { return text.starts_with('+') ? text.substr(1) : text; };
-    Option option = choice("--up", options.camera.up, "The model's axis that points up; by default z for STL and OFF, else y",
-                           up_axes, "AXIS");
+    Option option = choice("--up", options.camera.up,
+                           "The model's axis that points up; by default z for STL, OFF and Blender, else y", up_axes, "AXIS");
     option.value.problem = [=, problem = option.value.problem](const std::string& text) { return problem(without_plus(text)); };
     option.target = [=, &options,
                      choose = std::get<std::function<void(const std::string&)>>(option.target)](const std::string& text) {

@@ -102,6 +102,9 @@ Column_Range Studio_Ground::shade(std::int32_t x, std::int32_t y, std::int32_t s
     const auto& m = map_from_image_;
     const Column_Range seen{std::max(visible_.left - x, 0) / step,
                             std::min(static_cast<std::int32_t>(light.size()), (visible_.right - x + step) / step)};
+    if (seen.is_empty()) {
+        return {}; // beside the columns of the light
+    }
     Column_Range darkened{seen.end, seen.first};
     const double half = 0.5 * step, middle = y + half;
     const double u0 = m[0][1] * middle + m[0][2], v0 = m[1][1] * middle + m[1][2], w0 = m[2][1] * middle + m[2][2];

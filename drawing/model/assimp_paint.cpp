@@ -151,6 +151,12 @@ void read_finish(const aiMaterial& from, Assimp_Paint& paint) {
         }
         int mode = 0;
         finish.lit = from.Get(AI_MATKEY_SHADING_MODEL, mode) != AI_SUCCESS || mode != aiShadingMode_NoShading || !paint.gltf;
+        if (!finish.lit) {
+            // Shown in its own colour: nothing else that the file says of the surface counts.
+            material.images = {};
+            material.emission = {};
+            finish.emission = {};
+        }
         return;
     }
     Phong phong;

@@ -37,16 +37,16 @@ public:
     // Threads read the plain lines of pieces side by side. What their faces name is known when all before them has been joined.
     Mesh read() {
         const Text_Pieces pieces(content_);
-        const std::size_t places = places_in_order(limits_.threads());
-        const std::uint64_t memory = places * std::min(2 * Text_Pieces::usual_size, content_.size()) * Obj_Lines::memory_ratio;
+        const std::uint64_t place_bytes = std::min(2 * Text_Pieces::usual_size, content_.size()) * Obj_Lines::memory_ratio;
+        const std::size_t threads = threads_for_pieces(limits_, place_bytes), places = places_in_order(threads);
+        const std::uint64_t memory = places * place_bytes;
         if (memory > limits_.memory_left()) {
             read_statements(content_.data() + content_.size());
         } else {
             const Load_Limits::Loan loan(limits_, file_, memory);
             std::vector<Obj_Lines> lines(places);
             share_in_order(
-                pieces.count(), limits_.threads(),
-                [&](std::size_t piece, std::size_t place) { lines[place].read(pieces[piece]); },
+                pieces.count(), threads, [&](std::size_t piece, std::size_t place) { lines[place].read(pieces[piece]); },
                 [&](std::size_t piece, std::size_t place) {
                     join(lines[place], pieces[piece]);
                     return true;

@@ -105,12 +105,19 @@ VT_RGB32 overlay_color(const std::array<float, 3>& light) {
 
 class Paint_Loader {
 public:
-    Paint_Loader(const Mesh& mesh, Load_Limits& limits) : mesh_(mesh), limits_(limits) {}
+    Paint_Loader(const Mesh& mesh, Load_Limits& limits)
+        : mesh_(mesh), limits_(limits), is_used_(mesh.materials.size(), mesh.triangle_materials.empty()) {
+        for (const std::uint32_t material : mesh.triangle_materials) {
+            if (material != no_material) {
+                is_used_[material] = true;
+            }
+        }
+    }
 
     void load() {
-        for (const Material& material : mesh_.materials) {
+        for (std::size_t m = 0; m < mesh_.materials.size(); ++m) {
             images_.clear();
-            paints_.by_material.push_back(paint_of(material));
+            paints_.by_material.push_back(is_used_[m] ? paint_of(mesh_.materials[m]) : Paint());
         }
         paints_.by_material.emplace_back();
         const bool apart = std::ranges::any_of(paints_.by_material, &Paint::highlights_apart);
@@ -120,8 +127,10 @@ public:
 
     std::string warning() const {
         std::set<std::uint32_t> named;
-        for (const Material& material : mesh_.materials) {
-            std::ranges::for_each(material.all_images(), [&](std::uint32_t image) { named.insert(image); });
+        for (std::size_t m = 0; m < mesh_.materials.size(); ++m) {
+            if (is_used_[m]) {
+                std::ranges::for_each(mesh_.materials[m].all_images(), [&](std::uint32_t image) { named.insert(image); });
+            }
         }
         named.erase(no_image);
         return left_out_.empty() ? "" : left_out_text(left_out_, named.size());
@@ -247,6 +256,7 @@ private:
 
     const Mesh& mesh_;
     Load_Limits& limits_;
+    std::vector<bool> is_used_; // by faces, of the materials
     Paints paints_;
     std::map<std::uint32_t, std::pair<Image, Load_Limits::Loan>> images_; // of one material, by number
     std::map<std::uint32_t, std::string> left_out_;                       // why, by image

@@ -65,9 +65,10 @@ private:
     std::int64_t read_pieces(const Ply_Element& element, std::uint32_t list_length, const Read_Record& read_record,
                              const Append& append) {
         constexpr std::uint64_t memory_ratio = 16; // of lists for bytes of the file, with the room that growing lists have
-        const std::size_t places = places_in_order(limits_.threads());
-        const std::uint64_t memory =
-            places * std::min<std::uint64_t>(Ply_Pieces<Values>::piece_bytes, values_.remaining()) * memory_ratio;
+        const std::uint64_t place_bytes =
+            std::min<std::uint64_t>(Ply_Pieces<Values>::piece_bytes, values_.remaining()) * memory_ratio;
+        const std::size_t threads = threads_for_pieces(limits_, place_bytes), places = places_in_order(threads);
+        const std::uint64_t memory = places * place_bytes;
         if (memory > limits_.memory_left()) {
             return 0;
         }
@@ -81,7 +82,7 @@ private:
         std::vector<Piece> read(places);
         std::int64_t done = 0;
         share_in_order(
-            pieces.count(), limits_.threads(),
+            pieces.count(), threads,
             [&](std::size_t number, std::size_t place) {
                 Piece& piece = read[place];
                 auto reader = pieces.reader(number);

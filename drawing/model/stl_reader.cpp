@@ -134,13 +134,14 @@ public:
         cursor_.next_line();
         constexpr std::uint64_t memory_ratio = 4; // corners for bytes of a text, with the room that growing lists have
         const Text_Pieces pieces(content_);
-        const std::size_t places = places_in_order(limits_.threads());
-        const std::uint64_t memory = places * std::min(2 * Text_Pieces::usual_size, content_.size()) * memory_ratio;
+        const std::uint64_t place_bytes = std::min(2 * Text_Pieces::usual_size, content_.size()) * memory_ratio;
+        const std::size_t threads = threads_for_pieces(limits_, place_bytes), places = places_in_order(threads);
+        const std::uint64_t memory = places * place_bytes;
         if (memory <= limits_.memory_left()) {
             const Load_Limits::Loan loan(limits_, file_, memory);
             std::vector<Facets> facets(places);
             share_in_order(
-                pieces.count(), limits_.threads(),
+                pieces.count(), threads,
                 [&](std::size_t piece, std::size_t place) {
                     const std::string_view text = pieces[piece];
                     const auto start = static_cast<std::size_t>(text.data() - content_.data());

@@ -164,13 +164,13 @@ public:
         skip_blanks();
         constexpr std::ptrdiff_t most_digits = 18;
         const char* place = place_;
-        std::int64_t digits = 0;
+        std::uint64_t digits = 0; // of one digit more than is taken here
         for (; place != end_ && *place >= '0' && *place <= '9' && place - place_ <= most_digits; ++place) {
-            digits = digits * 10 + (*place - '0');
+            digits = digits * 10 + static_cast<std::uint64_t>(*place - '0');
         }
         if (place != place_ && place - place_ <= most_digits) {
             place_ = place;
-            return digits;
+            return static_cast<std::int64_t>(digits);
         }
         const char* start = place_ != end_ && *place_ == '+' ? place_ + 1 : place_;
         std::int64_t value = 0;

@@ -6,6 +6,9 @@
 #include <cstring>
 #include <string_view>
 
+#include "drawing/files/helpers.h"
+#include "drawing/files/load_limits.h"
+
 namespace vorna::drawing::model {
 
 class Text_Pieces {
@@ -45,5 +48,15 @@ private:
     std::string_view text_;
     std::size_t size_;
 };
+
+// As many of the threads as may hold pieces at once in an eighth of the memory that is left, at least one: whether a file can be
+// read must not depend on their number. place_bytes: memory of a piece.
+inline std::size_t threads_for_pieces(const Load_Limits& limits, std::uint64_t place_bytes) {
+    std::size_t threads = limits.threads();
+    while (threads > 1 && places_in_order(threads) * place_bytes > limits.memory_left() / 8) {
+        threads /= 2;
+    }
+    return threads;
+}
 
 } // namespace vorna::drawing::model

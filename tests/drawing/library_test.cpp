@@ -143,6 +143,7 @@ TEST_F(Drawing_Library, tells_what_is_wrong) {
 TEST_F(Drawing_Library, refuses_settings_outside_of_their_ranges) {
     constexpr double nan = std::numeric_limits<double>::quiet_NaN(), infinite = std::numeric_limits<double>::infinity();
     const std::string file = folder.file("box.obj", box);
+    EXPECT_THAT([&] { Model({file}, {.threads = 1025}); }, ThrowsMessage<Usage_Error>(HasSubstr("threads: expected 0 to 1024")));
     for (const double crease : {-1.0, 181.0, nan}) {
         EXPECT_THAT([&] { Model({file}, {.crease = crease}); },
                     ThrowsMessage<Usage_Error>(HasSubstr("crease: expected 0 to 180")));

@@ -59,6 +59,12 @@ TEST_F(Surface_Images, emission_is_added_to_what_is_dark_and_is_not_lit) {
     EXPECT_NEAR(pixel("Kd 1 1 1\nmap_Ke dim.png\n", 90, dull)[1], plain[1], 1);
 }
 
+TEST_F(Surface_Images, of_materials_that_no_face_has_are_not_missed) {
+    const std::string other = "newmtl other\nmap_Kd missing.png\nmap_Ke missing.png\n";
+    file("red.png", even({0, 0, 255, 255}));
+    EXPECT_GT(pixel("map_Kd red.png\n" + other, 60, {"--strict"})[0], 100);
+}
+
 TEST_F(Surface_Images, highlights_lie_over_textures_and_not_in_their_holes) {
     file("black.png", even(black));
     const Color dull = pixel("map_Kd black.png\n", 60, {"--specular", "0"}), glossy = pixel("map_Kd black.png\n");

@@ -115,9 +115,17 @@ TEST(Pieces, of_an_obj_file_make_the_same_mesh_as_its_lines) {
 TEST(Pieces, of_an_obj_file_fail_as_its_lines_do) {
     std::mt19937 random(4);
     const std::vector<std::string> lines = obj_lines(random);
-    const std::vector<std::string> wrong_lines{"f 1 2 900000", "f 1 2",    "f 1//900000 2 3", "f 1 2 12345678901234567890",
-                                               "f 0 1 2",      "v 1 2",    "v 1 2 1e99",      "f 1 2 3\\",
-                                               "f 1/ 2/ 3/x",  "f 1 2 3/0"};
+    const std::vector<std::string> wrong_lines{"f 1 2 900000",
+                                               "f 1 2",
+                                               "f 1//900000 2 3",
+                                               "f 1 2 12345678901234567890",
+                                               "f 1 2 9999999999999999999",
+                                               "f 0 1 2",
+                                               "v 1 2",
+                                               "v 1 2 1e99",
+                                               "f 1 2 3\\",
+                                               "f 1/ 2/ 3/x",
+                                               "f 1 2 3/0"};
     for (const std::string& wrong : wrong_lines) {
         std::vector<std::string> damaged = lines;
         const std::size_t place = random() % lines.size();
@@ -134,6 +142,30 @@ TEST(Pieces, of_an_obj_file_fail_as_its_lines_do) {
         early.insert(early.end(), static_cast<std::size_t>(faces), "v 0 1 0");
         EXPECT_EQ(outcome(read_obj, joined(early, ""), 2),
                   "m:3: expected a vertex index from 1 to 2 or from -2 to -1, found '3'");
+    }
+}
+
+// Pieces take memory of each thread, but whether a file can be read does not depend on their number.
+TEST(Pieces, leave_memory_for_the_mesh_whatever_the_number_of_threads) {
+    std::mt19937 random(5);
+    const std::string text = joined(obj_lines(random), "");
+    const auto is_read = [&](std::uint64_t memory, unsigned threads) {
+        Load_Limits limits(memory, false, threads);
+        try {
+            read_obj("m", text, limits);
+            return true;
+        } catch (const std::exception&) {
+            return false;
+        }
+    };
+    std::uint64_t least = text.size();
+    while (!is_read(least, 1)) {
+        least += least / 8;
+    }
+    for (const unsigned threads : {2U, 8U, 79U, 1024U}) {
+        for (std::uint64_t memory = least; memory < 16 * least; memory += memory / 4) {
+            EXPECT_TRUE(is_read(memory + memory / 4, threads)) << memory << " bytes, " << threads << " threads";
+        }
     }
 }
 
