@@ -115,12 +115,13 @@ int main(int argc, char** argv) {
     app.add_option("MODULE", settings.session.module, "The renderer, krb.vrd")->required();
     app.add_option("MODEL", settings.model, "The model of the frame that is drawn whole, bunny.obj")->required();
     app.add_option("--only", settings.only, "Regular expression of the workloads, or of the plots of sizes, that are measured");
-    app.add_option("--rounds", settings.session.rounds, "How often each side is timed")->check(CLI::Range(1, 1000));
+    app.add_option("--rounds", settings.session.rounds, "How often each side is timed")->check(CLI::Range(1, 1000))->take_last();
     app.add_option("--vary", settings.session.vary,
-                   "Draw with other places, colours and sizes, up to 30 % off, too: their random seed");
+                   "Draw with other places, colours and sizes, up to 30 % off, too: their random seed")
+        ->take_last();
     app.add_option("--beside", settings.session.beside, "Another build of the renderer to measure");
-    app.add_option("--table", settings.table, "Markdown file to write");
-    app.add_option("--json", settings.json, "JSON file to write");
+    app.add_option("--table", settings.table, "Markdown file to write")->take_last();
+    app.add_option("--json", settings.json, "JSON file to write")->take_last();
     app.add_option("--kernels", settings.session.kernel_sets, "Kernel sets to measure, with commas between")->delimiter(',');
     app.add_option("--store", settings.store, "Write the ratios to memset and to the kernel set portable into this JSON file");
     app.add_option("--check", settings.check, "Compare them with such a file and name what fell by more than 15 %");

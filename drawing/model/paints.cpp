@@ -205,23 +205,52 @@ private:
         return texture(name, joined, material);
     }
 
-    Texture* emission_texture(const Material& material) {
-        const auto [found, is_new] = textures_.try_emplace({{material.images.emission, no_image, material.images.emission},
-                                                            0,
-                                                            {material.wrap_u, material.wrap_v},
-                                                            Transparency::blended,
-                                                            false,
-                                                            0});
+    // What is not there, or lets light through, shines so much less. holes: how the colour's texture is drawn.
+    Texture* emission_texture(const Material& material, Transparency holes) {
+        const bool covers = holes == Transparency::none;
+        constexpr float no_occlusion = -1; // tells these keys from those of colours
+        const auto [found, is_new] = textures_.try_emplace(
+            {{material.images.emission, covers ? no_image : material.image, covers ? no_image : material.images.opacity},
+             no_occlusion,
+             {material.wrap_u, material.wrap_v},
+             holes,
+             false,
+             covers ? 0 : material.cut_off});
         if (is_new) {
             if (const Image* const light = image(material.images.emission)) {
                 Material overlay = material;
                 overlay.transparency = Transparency::blended;
                 const std::string& name = mesh_.images[material.images.emission].name;
-                const Load_Limits::Loan memory(limits_, name, 4 * light->pixels.size());
-                found->second = texture(name, as_overlay(*light), overlay);
+                const Load_Limits::Loan memory(limits_, name, (covers ? 4 : 12) * light->pixels.size());
+                Image shown = as_overlay(*light);
+                if (!covers) {
+                    limits_.take_work(name, 4 * light->pixels.size());
+                    make_holes(shown, material, holes);
+                }
+                found->second = texture(name, shown, overlay);
             }
         }
         return found->second;
+    }
+
+    // Multiplies alpha by that of the material's colour and opacity images.
+    void make_holes(Image& shown, const Material& material, Transparency holes) {
+        Image cover = white_image(shown.width, shown.height);
+        const auto sized = [&](const Image& part) {
+            return resampled(part, shown.width, shown.height, material.wrap_u, material.wrap_v);
+        };
+        if (const Image* const base = image(material.image)) {
+            cover = sized(*base);
+        }
+        if (const Image* const opacity = material.images.opacity != material.image ? image(material.images.opacity) : nullptr) {
+            make_transparent(cover, sized(*opacity));
+        }
+        const float least = 255 * material.cut_off;
+        for (std::size_t i = 0; i < shown.pixels.size(); ++i) {
+            const std::uint8_t stated = cover.pixels[i].alpha;
+            const int alpha = holes == Transparency::blended ? stated : static_cast<float>(stated) < least ? 0 : 255;
+            shown.pixels[i].alpha = static_cast<std::uint8_t>((shown.pixels[i].alpha * alpha + 127) / 255);
+        }
     }
 
     const Area_Means* means(std::uint32_t number, Area_Means::Channel channel, const Material& material) {
@@ -245,8 +274,9 @@ private:
         paint.highlights_apart =
             paint.texture && material.finish.lit && (transparency == Transparency::none || paint.texture->name().empty());
         paint.emission_color = overlay_color(material.emission);
+        paint.emission_color.alpha = static_cast<std::uint8_t>((paint.emission_color.alpha * paint.alpha + 127) / 255);
         if (paint.emission_color.alpha > 0) {
-            paint.emission = emission_texture(material);
+            paint.emission = emission_texture(material, transparency);
         }
         paint.lightness = means(material.image, Area_Means::Channel::lightest, material);
         paint.metal = means(material.images.metal, Area_Means::Channel::blue, material);

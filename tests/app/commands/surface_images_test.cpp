@@ -59,6 +59,19 @@ TEST_F(Surface_Images, emission_is_added_to_what_is_dark_and_is_not_lit) {
     EXPECT_NEAR(pixel("Kd 1 1 1\nmap_Ke dim.png\n", 90, dull)[1], plain[1], 1);
 }
 
+TEST_F(Surface_Images, emission_keeps_to_holes_and_opacity) {
+    file("holes.png", halves({255, 255, 255, 0}, black));
+    file("green.png", even({0, 255, 0, 255}));
+    const Options dull{"--specular", "0"};
+    for (const char* cover : {"map_Kd holes.png\n", "map_Kd green.png\nmap_d holes.png\n"}) {
+        const std::string material = cover + std::string("Ke 1 1 1\nmap_Ke green.png\n");
+        EXPECT_EQ(pixel(material, 30, dull), pixel(cover, 30, dull)) << cover;
+        EXPECT_GT(pixel(material, 90, dull)[1], 200) << cover;
+    }
+    const Color faint = pixel("Kd 0 0 0\nd 0.2\nKe 1 1 1\nmap_Ke green.png\n", 60, dull);
+    EXPECT_LT(faint[1] - faint[0], 80);
+}
+
 TEST_F(Surface_Images, of_materials_that_no_face_has_are_not_missed) {
     const std::string other = "newmtl other\nmap_Kd missing.png\nmap_Ke missing.png\n";
     file("red.png", even({0, 0, 255, 255}));
