@@ -9,7 +9,7 @@ namespace krb::KRB_KERNEL_SET {
 namespace {
 namespace batch {
 
-inline constexpr std::int32_t least_run = 1;
+inline constexpr std::int32_t least_run = 2;
 inline constexpr std::int32_t rows_ahead = 2 * lane_count;
 
 // ---- lanes

@@ -11,7 +11,7 @@ namespace {
 namespace batch {
 
 inline constexpr int lane_count = 8;
-inline constexpr std::int32_t least_run = 1;
+inline constexpr std::int32_t least_run = 3;
 inline constexpr std::int32_t rows_ahead = 2 * lane_count;
 
 using Half = krb::KRB_KERNEL_SET::Int;
