@@ -141,6 +141,23 @@ private:
         }
     }
 
+    // Calls draw(slot, points) with the slot of the surface's form and the points as it takes them.
+    void in_form(const std::vector<VT_DCI_Point>& points, const auto& draw, const auto& dci, const auto& dc, const auto& plane_di,
+                 const auto& plane, const auto& space) {
+        switch (surface_.form) {
+        case Form::dci:
+            return draw(dci, points);
+        case Form::dc:
+            return draw(dc, float_points_);
+        case Form::plane_di:
+            return draw(plane_di, points);
+        case Form::plane:
+            return draw(plane, float_points_);
+        case Form::space:
+            return draw(space, double_points_);
+        }
+    }
+
     void draw_flat_strips(const Scene& scene) {
         const auto draw = [&](const auto& slot, const auto& points) {
             scene.for_each_strip([&](const Strip& strip) {
@@ -148,18 +165,8 @@ private:
                      false);
             });
         };
-        switch (surface_.form) {
-        case Form::dci:
-            return draw(VD_Draw_DCI_Colorized_Polytriangle, scene.points);
-        case Form::dc:
-            return draw(VD_Draw_DC_Colorized_Polytriangle, float_points_);
-        case Form::plane_di:
-            return draw(VD_Draw_2DI_Colorized_Polytriangle, scene.points);
-        case Form::plane:
-            return draw(VD_Draw_2D_Colorized_Polytriangle, float_points_);
-        case Form::space:
-            return draw(VD_Draw_3D_Colorized_Polytriangle, double_points_);
-        }
+        in_form(scene.points, draw, VD_Draw_DCI_Colorized_Polytriangle, VD_Draw_DC_Colorized_Polytriangle,
+                VD_Draw_2DI_Colorized_Polytriangle, VD_Draw_2D_Colorized_Polytriangle, VD_Draw_3D_Colorized_Polytriangle);
     }
 
     void draw_flat_lines(const Lines& lines) {
@@ -169,18 +176,8 @@ private:
                 slot(renderer_, rendition_, 2, &points[i], &lines.colors[i], true);
             }
         };
-        switch (surface_.form) {
-        case Form::dci:
-            return draw(VD_Draw_DCI_Colorized_Polyline, lines.points);
-        case Form::dc:
-            return draw(VD_Draw_DC_Colorized_Polyline, float_points_);
-        case Form::plane_di:
-            return draw(VD_Draw_2DI_Colorized_Polyline, lines.points);
-        case Form::plane:
-            return draw(VD_Draw_2D_Colorized_Polyline, float_points_);
-        case Form::space:
-            return draw(VD_Draw_3D_Colorized_Polyline, double_points_);
-        }
+        in_form(lines.points, draw, VD_Draw_DCI_Colorized_Polyline, VD_Draw_DC_Colorized_Polyline, VD_Draw_2DI_Colorized_Polyline,
+                VD_Draw_2D_Colorized_Polyline, VD_Draw_3D_Colorized_Polyline);
     }
 
     void draw_all(const Lines& lines) {
