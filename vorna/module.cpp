@@ -147,33 +147,33 @@ Module::Module(const std::string& path) {
     if (is_cut_off(absolute_path(path))) {
         throw std::runtime_error(path + ": not loadable as a renderer module: the file is cut off");
     }
-    library_ = open_library(path);
-    if (!library_) {
+    handle_ = open_library(path);
+    if (!handle_) {
         throw std::runtime_error(path + ": not loadable as a renderer module: " + last_error());
     }
-    create_ = find_entry_point<VT_Create_Renderer>(library_, create_name);
-    unload_ = find_entry_point<VT_Unload_Renderer>(library_, unload_name);
+    create_ = find_entry_point<VT_Create_Renderer>(handle_, create_name);
+    unload_ = find_entry_point<VT_Unload_Renderer>(handle_, unload_name);
     if (!create_ || !unload_) {
         const std::string missing = create_ ? unload_name : create_name;
-        close_library(library_);
+        close_library(handle_);
         throw std::runtime_error(path + ": not a renderer module: it has no entry point " + missing);
     }
 }
 
 Module::Module(Module&& other) noexcept
-    : library_(std::exchange(other.library_, nullptr)), create_(other.create_), unload_(other.unload_) {
+    : handle_(std::exchange(other.handle_, nullptr)), create_(other.create_), unload_(other.unload_) {
 }
 
 Module& Module::operator=(Module&& other) noexcept {
-    std::swap(library_, other.library_);
+    std::swap(handle_, other.handle_);
     create_ = other.create_;
     unload_ = other.unload_;
     return *this;
 }
 
 Module::~Module() {
-    if (library_) {
-        close_library(library_);
+    if (handle_) {
+        close_library(handle_);
     }
 }
 

@@ -38,7 +38,7 @@ public:
     static std::string installed_path();
 
 private:
-    void* library_ = nullptr;
+    void* handle_ = nullptr;
     VT_Create_Renderer* create_ = nullptr;
     VT_Unload_Renderer* unload_ = nullptr;
 };
