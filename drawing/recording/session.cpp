@@ -41,7 +41,8 @@ void force_kernels(const Module_Choice& choice) {
     }
 }
 
-Session::Session(const Module_Choice& choice) try : module_(with_kernels_forced(choice)), canvas_(module_) {
+Session::Session(const Module_Choice& choice, unsigned threads) try
+    : module_(with_kernels_forced(choice)), canvas_(module_, threads) {
 } catch (const std::invalid_argument& error) {
     throw Usage_Error(kernels_message(choice, error.what()));
 }
