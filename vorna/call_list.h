@@ -23,9 +23,10 @@ public:
     // Draws a call with one of the renderers.
     using Draw = void (*)(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const void* arguments);
 
-    // Bytes of arguments that a list holds, and calls.
-    static constexpr std::size_t most_bytes = std::size_t{4} << 20;
-    static constexpr std::size_t most_calls = std::size_t{1} << 16;
+    // Bytes of arguments that a list holds, and calls. Not more, since every band reads some of them, which should still lie in a
+    // cache.
+    static constexpr std::size_t most_bytes = std::size_t{1} << 20;
+    static constexpr std::size_t most_calls = std::size_t{1} << 14;
     // Larger arguments are not worth a copy.
     static constexpr std::size_t most_bytes_of_call = most_bytes / 4;
 

@@ -58,13 +58,16 @@ private:
     bool is_known_ = true;
 };
 
-// Rounding moves a point by less than a row, and smoothed lines touch the rows beside it.
-inline constexpr std::int64_t rounding_margin = 3;
+// Rounding moves a point by less than a row, and cuts by less than another one; smoothed lines touch the rows beside them.
+inline constexpr std::int64_t rounding_margin = 2;
 
 // How far a line reaches beyond its points: tips of miter joins lie as far as twice the weight from a vertex, and casings are
 // wider than the line.
 inline std::int64_t line_margin(const VT_Line_Attributes& line) noexcept {
     std::int64_t weight = std::max(line.weight, 1);
+    if (weight == 1 && !has_line_types(line)) {
+        return rounding_margin;
+    }
     if (has_line_types(line)) {
         double casing = 0;
         for (const VT_Reference<const VT_Line_Type>& type : line.line_types->types) {

@@ -213,13 +213,20 @@ void Canvas_Threads::keep(const VT_Rendition& rendition, Arguments&... arguments
             List_Counter counter;
             const auto given = Kept::arguments(counter, window_, arguments...);
             const std::size_t calls = run_count<primitive>(rendition, given);
-            const std::size_t bytes = counter.bytes() + calls * Call_List::rounded(sizeof given);
-            if (bytes <= Call_List::most_bytes_of_call) {
-                if (!list_.has_room(bytes, calls)) {
-                    flush();
-                }
+            const std::size_t bytes = calls * Call_List::rounded(sizeof given);
+            const bool copies = counter.bytes() + bytes <= Call_List::most_bytes_of_call;
+            if (!list_.has_room(copies ? counter.bytes() + bytes : bytes, calls)) {
+                flush();
+            }
+            if (copies) {
                 List_Copier copier(list_);
                 add<Draw, primitive>(rendition, Kept::arguments(copier, window_, arguments...));
+                return;
+            }
+            // Large lists are drawn as they are, before the caller takes them back.
+            if (list_.has_room(bytes, calls)) {
+                add<Draw, primitive>(rendition, given);
+                flush();
                 return;
             }
         }
@@ -276,13 +283,14 @@ template <class Call> void Canvas_Threads::draw_alone(Call call) {
 
 // Lines gain nothing from bands that fit the cache, and lose by each border that they cross.
 std::int32_t Canvas_Threads::band_height() const noexcept {
-    constexpr std::size_t bands_of_thread = 4, least_height = 8;
+    constexpr std::size_t bands_of_thread = 4, most_bands_of_thread = 8, least_height = 8;
     const auto height = static_cast<std::size_t>(window_.top - window_.bottom + 1);
     const auto width = static_cast<std::size_t>(window_.right - window_.left + 1);
     std::size_t rows = (height + bands_of_thread * thread_count_ - 1) / (bands_of_thread * thread_count_);
     if (2 * kept_lines_ < kept_points_) {
         constexpr std::size_t pixel_bytes = 6; // colour and depth
-        rows = std::min(rows, bytes_of_second_level_cache() / 2 / (pixel_bytes * width));
+        const std::size_t rows_in_cache = bytes_of_second_level_cache() / 2 / (pixel_bytes * width);
+        rows = std::min(rows, std::max(rows_in_cache, height / (most_bands_of_thread * thread_count_)));
     }
     return static_cast<std::int32_t>(std::max(rows, least_height));
 }

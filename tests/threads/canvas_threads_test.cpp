@@ -60,6 +60,15 @@ void draw_long_lists(Random& random, const Window& window, vorna::Canvas& canvas
     VD_Draw_DCI_Gouraud_Polyline(canvas, points, colors);
 }
 
+// A strip that is too long to be copied.
+void draw_longest_list(const Window& window, vorna::Canvas& canvas) {
+    std::vector<VT_DCI_Point> points;
+    for (int i = 0; i < 30000; ++i) {
+        points.push_back({window.origin.x + i % 60, window.origin.y + i * 7 % 90, i});
+    }
+    VD_Draw_2DI_Colorized_Polytriangle(canvas, points, vorna::rgb(10, 200, 90));
+}
+
 Drawn drawn(const vorna::Module& module, const Configuration& configuration, std::uint64_t seed, unsigned threads) {
     Random random(seed);
     Window window{{random.number(1, 90), random.number(1, 90)}, {random.number(-30, 30), random.number(-30, 30)}, 0};
@@ -86,6 +95,9 @@ Drawn drawn(const vorna::Module& module, const Configuration& configuration, std
             }
         }
         draw_long_lists(random, window, canvas);
+        if (seed == 1 && picture == 0) {
+            draw_longest_list(window, canvas);
+        }
         canvas.end_picture();
         const auto colors = canvas.read_pixels();
         result.colors.insert(result.colors.end(), colors.begin(), colors.end());
@@ -113,6 +125,48 @@ TEST(Canvas_Threads, draw_the_bytes_of_one) {
             }
         }
     }
+}
+
+// Allocations fail at moments spread over the drawing of a picture, in whichever thread makes them: the exception arrives,
+// nothing is presented, and the next picture is whole.
+TEST(Canvas_Threads, present_no_picture_that_one_of_them_could_not_draw) {
+    const vorna::Module module(KRB_MODULE);
+    vorna::Canvas canvas(module, {.size = {60, 200}, .depth_buffer = true, .threads = 3});
+    int presented = 0;
+    canvas.on_present([&](const vorna::Presentation&) { ++presented; });
+    // Wide lines and 3D forms allocate while they are drawn.
+    std::vector<VT_Point_D> points;
+    for (int i = 0; i < 300; ++i) {
+        points.push_back({double(i % 60), double(i * 37 % 200), 5});
+    }
+    const auto draw = [&] {
+        canvas.begin_picture(vorna::rgb(1, 2, 3));
+        canvas.rendition().line.weight = 3;
+        VD_Draw_3D_Polyline(canvas, points);
+        VD_Draw_3D_Colorized_Polytriangle(canvas, points, vorna::rgb(200, 100, 50));
+        canvas.end_picture();
+        return canvas.read_pixels();
+    };
+    const std::vector<VT_RGB32> whole = draw();
+    bool has_failed = true;
+    int failures = 0;
+    for (std::int64_t before = 0; has_failed; before += before / 8 + 1) {
+        presented = 0;
+        has_failed = false;
+        try {
+            const Failing_Allocations failing(before, 1);
+            canvas.begin_picture();
+            VD_Draw_3D_Polyline(canvas, points);
+            VD_Draw_3D_Colorized_Polytriangle(canvas, points, vorna::rgb(200, 100, 50));
+            canvas.end_picture();
+        } catch (const std::bad_alloc&) {
+            has_failed = true;
+            ++failures;
+        }
+        EXPECT_EQ(presented, has_failed ? 0 : 1) << before;
+        EXPECT_EQ(draw(), whole) << before;
+    }
+    EXPECT_GT(failures, 20);
 }
 
 } // namespace
