@@ -49,7 +49,7 @@ void add_output_options(std::vector<Option>& table, Output_Options& options, con
                                 .group = group},
                                {.names = {"--compress"},
                                 .value = choice_value("SPEED", {"fast", "default", "best"}),
-                                .text = "Larger files in less time, or smaller ones in more; the pixels are the same",
+                                .text = "Larger PNG, TIFF, PDF and WebP files in less time, or smaller ones in more; the pixels are the same",
                                 .target = &options.compress,
                                 .group = group,
                                 .by_default = options.compress}});
