@@ -10,6 +10,7 @@
 #include "renderer/core/dither.h"
 #include "renderer/core/mask_cache_data.h"
 #include "renderer/core/pixel_target.h"
+#include "renderer/core/row_scissor.h"
 
 namespace krb {
 
@@ -66,9 +67,13 @@ public:
     // The hard clip, as far as it lies in the window, in device coordinates; may be empty.
     VT_Int_Rectangle visible_rectangle(const VT_Rendition& rendition) const noexcept;
 
+    // Draws in rows first to last of the buffers only, until the next establish. Throws std::bad_alloc; the rows stay as they
+    // were then.
+    void set_scissor_rows(std::int32_t first, std::int32_t last);
+
     const VT_Palette& palette() const noexcept { return current_options.palette(); }
 
-    // State that members read. Only establish() and the setters of the two depth options write it.
+    // State that members read. Only establish() and the setters that the options publish write it.
     Option_Handles requested;
     Option_Handles current;
     VT_Reference<Frame_Buffer> color_buffer;
@@ -104,6 +109,7 @@ private:
     void establish_target();
 
     const Kernel_Set* chosen_kernels_;
+    Row_Scissor scissor_;
 };
 
 // The renderer behind a slot.
