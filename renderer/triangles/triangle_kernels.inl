@@ -5,6 +5,7 @@
 #include "renderer/kernels/pixel_formats.inl"
 #include "renderer/kernels/span.inl"
 #include "renderer/triangles/small_triangles.h"
+#include "renderer/triangles/hidden_parts.inl"
 #include "renderer/triangles/triangle_kernels.h"
 #include "renderer/triangles/triangle_setup.inl"
 #ifdef KRB_BATCH_LANES
@@ -140,19 +141,39 @@ template <Triangle_Configuration c, int size> struct Filler {
     const Triangle_Target& target;
     Flat flat;     // of flat triangles
     Flat contrast; // of a pattern's gaps
+    // Whether only a part of a span may be drawn.
+    bool is_limited;
+    // Where the triangle that is being filled may be visible.
+    bool is_in_part = false;
+    Visible_Part visible;
 
     Filler(const Triangle_Target& where, VT_RGB32 color)
-        : target(where), flat(where, color), contrast(where, c.clip == Clip_Rule::patterned ? where.pattern->contrast : color) {}
+        : target(where), flat(where, color), contrast(where, c.clip == Clip_Rule::patterned ? where.pattern->contrast : color),
+          is_limited(where.scissored) {}
 
     void set_color(VT_RGB32 color) { flat = Flat(target, color); }
+
+    // Before a triangle is filled; false when no pixel of it would be drawn.
+    KRB_ALWAYS_INLINE bool is_visible(const VT_DCI_Point* points) {
+        if constexpr (c.depth != Depth_Rule::none) {
+            if (target.block_depths) {
+                const Visibility visibility = visibility_of(target, points, visible);
+                is_in_part = visibility == Visibility::in_part;
+                is_limited = target.scissored || is_in_part;
+                return visibility != Visibility::hidden;
+            }
+        }
+        return true;
+    }
 
     void fill(std::int32_t row, std::int32_t column, std::int32_t count, Attributes<size> left, Attributes<size> right) {
         std::int32_t skipped = 0;
         std::int32_t drawn = count;
-        if (target.scissored) {
+        if (is_limited) {
             column -= target.column_bias;
-            const std::int32_t end = column + count < target.end_column ? column + count : target.end_column;
-            skipped = column < target.first_column ? target.first_column - column : 0;
+            const Visible_Columns limits = limits_of(row);
+            const std::int32_t end = column + count < limits.end ? column + count : limits.end;
+            skipped = column < limits.first ? limits.first - column : 0;
             drawn = end - column - skipped;
             if (drawn <= 0) {
                 return;
@@ -176,6 +197,18 @@ template <Triangle_Configuration c, int size> struct Filler {
     }
 
 private:
+    Visible_Columns limits_of(std::int32_t row) const {
+        Visible_Columns limits{0, target.width};
+        if (target.scissored) {
+            limits = {target.first_column, target.end_column};
+        }
+        if (is_in_part) {
+            const Visible_Columns& part = visible.columns[(row >> block_row_bits) - visible.first_block_row];
+            limits = {limits.first < part.first ? part.first : limits.first, limits.end < part.end ? limits.end : part.end};
+        }
+        return limits;
+    }
+
     template <class Source>
     void draw(std::int32_t row, std::int32_t column, std::int32_t skipped, std::int32_t count, const Source& source, Ramp depth) {
         draw_pixels(row, column, skipped, count, source, depth, false);
@@ -270,7 +303,9 @@ template <Triangle_Configuration c> void draw_flat_triangles(const Triangle_Targ
         if (k > 0 && !strip.single_color) {
             filler.set_color(strip.colors[k]);
         }
-        fill_triangle<Whole_Attributes>(target, filler, vertices);
+        if (filler.is_visible(strip.points + k)) {
+            fill_triangle<Whole_Attributes>(target, filler, vertices);
+        }
         vertices[0] = vertices[1];
         vertices[1] = vertices[2];
     }
@@ -301,7 +336,9 @@ template <Triangle_Configuration c> void draw_gouraud_triangles(const Triangle_T
         vertices[2] = vertex_of(target, strip.points[k + 2], strip.colors[k + 2]);
         if (colors_differ(vertices[0].values, vertices[1].values, vertices[2].values, near_flat_limit)) {
             draw_pending(k);
-            fill_triangle<Whole_Attributes>(target, filler, vertices);
+            if (filler.is_visible(strip.points + k)) {
+                fill_triangle<Whole_Attributes>(target, filler, vertices);
+            }
         } else {
             ++pending;
         }
@@ -334,7 +371,9 @@ template <Triangle_Configuration c> void draw_textured_strip(const Triangle_Targ
     Vertex<8> vertices[3] = {vertex(0), vertex(1)};
     for (std::int32_t k = 0; k < strip.count - 2; ++k) {
         vertices[2] = vertex(k + 2);
-        fill_triangle<Texture_Attributes>(target, filler, vertices);
+        if (filler.is_visible(strip.points + k)) {
+            fill_triangle<Texture_Attributes>(target, filler, vertices);
+        }
         vertices[0] = vertices[1];
         vertices[1] = vertices[2];
     }
