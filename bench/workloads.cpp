@@ -49,9 +49,7 @@ public:
     // Whatever is measured for the time of a frame: 1.3 times as long is 0.77 of the rate.
     void add_masked(const Workload& open) { add_sibling(open, "masked_", "masked", 1 / 1.3, {.clip = clip}); }
     // share: of the rate without them.
-    void add_blocks(const Workload& open, double share) {
-        add_sibling(open, "blocks_", "blocks", share, {.depth_blocks = true});
-    }
+    void add_blocks(const Workload& open, double share) { add_sibling(open, "blocks_", "blocks", share, {.depth_blocks = true}); }
 
 private:
     void add_sibling(const Workload& open, const char* prefix, const char* kind, double share, const Surface& change) {

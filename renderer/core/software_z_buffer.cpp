@@ -244,6 +244,7 @@ void Software_Z_Buffer::establish_depth_blocks() {
 void Software_Z_Buffer::publish_depth_blocks() noexcept {
     target.block_depths = z_test == greater_test ? nullptr : depth_blocks.entries();
     target.blocks_in_row = depth_blocks.in_row();
+    target.block_looks = depth_blocks.looks();
 }
 
 void Software_Z_Buffer::change_z_test(std::int32_t mode) noexcept {

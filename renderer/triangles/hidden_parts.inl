@@ -1,8 +1,8 @@
 // What of a triangle lies behind the farthest depths of blocks, see Depth_Blocks. Included after kernels/span.inl.
 //
 // Depths along edges and spans start half a unit above a whole number and move by steps that are truncated towards 0. So the
-// depth of a pixel lies between the least and the greatest depth of the triangle's points, as long as these have 16 bits, and in a
-// block whose farthest depth is nearer than the least one no pixel passes the test less or equal, nor the test less.
+// depth of a pixel lies between the least and the greatest depth of the triangle's points, as long as these have 16 bits, and in
+// a block whose farthest depth is nearer than the least one no pixel passes the test less or equal, nor the test less.
 #pragma once
 
 #include <cassert>
@@ -113,12 +113,12 @@ struct Covered {
     std::int32_t end_block_row() const { return ((end_row - 1) >> block_row_bits) + 1; }
 };
 
-// The columns of a row of blocks in which a triangle may be visible, half-open.
+// The columns of a row, or of a row of blocks, in which a triangle may be visible, half-open.
 struct Visible_Columns {
     std::int32_t first, end;
 };
 
-// Rows of blocks of the highest triangle that is drawn in part; higher ones are drawn whole unless they are hidden.
+// Rows of blocks of the tallest triangle that is looked at.
 inline constexpr std::int32_t most_block_rows = 256;
 
 struct Visible_Part {
@@ -128,11 +128,35 @@ struct Visible_Part {
 
 enum class Visibility { hidden, in_part, whole };
 
-KRB_NEVER_INLINE Visibility visibility_by_blocks(const Pixel_Target& target, const Covered& covered, Visible_Part& part) {
+// Notes whether looking at blocks was worth it. After looks that were not, more and more chances are passed up.
+inline void note_look(const Pixel_Target& target, bool is_worth_it) {
+    constexpr std::int32_t longest_pause = 64;
+    Block_Looks& looks = *target.block_looks;
+    looks.pause_after_next = is_worth_it ? looks.pause_after_next / 4 : 2 * looks.pause_after_next + 1;
+    looks.pause_after_next = looks.pause_after_next < longest_pause ? looks.pause_after_next : longest_pause;
+    looks.pause = is_worth_it ? 0 : looks.pause_after_next;
+}
+
+KRB_ALWAYS_INLINE bool takes_chance(const Pixel_Target& target) {
+    Block_Looks& looks = *target.block_looks;
+    if (looks.pause > 0) {
+        --looks.pause;
+        return false;
+    }
+    return true;
+}
+
+KRB_NEVER_INLINE Visibility visibility_by_blocks(const Triangle_Target& target, const VT_DCI_Point* points, Visible_Part& part) {
+    const Covered covered(target, points, 3);
+    if (covered.is_empty() || !covered.bounds_depths) {
+        return Visibility::whole;
+    }
     const std::int32_t rows = covered.end_block_row() - covered.first_block_row();
-    const bool is_too_high = rows > most_block_rows;
-    bool any_visible = false;
-    bool any_hidden = false;
+    const std::int32_t columns = covered.end_block() - covered.first_block();
+    if (rows > most_block_rows) {
+        return Visibility::whole;
+    }
+    std::int32_t visible_blocks = 0;
     part.first_block_row = covered.first_block_row();
     for (std::int32_t i = 0; i < rows; ++i) {
         const std::int32_t row = covered.first_block_row() + i;
@@ -141,33 +165,35 @@ KRB_NEVER_INLINE Visibility visibility_by_blocks(const Pixel_Target& target, con
         while (first < end && block_hides(target, first, row, covered.nearest)) {
             ++first;
         }
-        if (first < end) {
-            any_visible = true;
-            while (first < end - 1 && block_hides(target, end - 1, row, covered.nearest)) {
-                --end;
-            }
-            if (is_too_high) {
-                return Visibility::whole;
-            }
+        while (first < end - 1 && block_hides(target, end - 1, row, covered.nearest)) {
+            --end;
         }
-        any_hidden = any_hidden || first > covered.first_block() || end < covered.end_block();
-        if (!is_too_high) {
-            part.columns[i] = {first << block_column_bits, end << block_column_bits};
-        }
+        visible_blocks += end - first;
+        part.columns[i] = {first << block_column_bits, end << block_column_bits};
     }
-    return !any_visible ? Visibility::hidden : any_hidden ? Visibility::in_part : Visibility::whole;
+    const std::int32_t blocks = rows * columns;
+    const bool is_worth_it = 4 * visible_blocks <= 3 * blocks;
+    note_look(target, is_worth_it);
+    return visible_blocks == 0 ? Visibility::hidden : is_worth_it ? Visibility::in_part : Visibility::whole;
 }
 
 // Blocks are looked at only where a few pixels of the triangle are hidden: for most triangles nothing else would come of it.
 inline Visibility visibility_of(const Triangle_Target& target, const VT_DCI_Point* points, Visible_Part& part) {
-    constexpr std::int32_t least_rows = 4;
-    constexpr std::int32_t tall = 2 * block_rows;
-    const Covered covered(target, points, 3);
-    const std::int32_t rows = covered.end_row - covered.first_row;
-    if (covered.is_empty() || !covered.bounds_depths || rows < least_rows) {
+    constexpr std::int32_t least_rows = block_rows, tall = 2 * block_rows;
+    if (!takes_chance(target)) {
         return Visibility::whole;
     }
     if (!target.scissored) {
+        const auto least = [](std::int32_t a, std::int32_t b) { return a < b ? a : b; };
+        const auto most = [](std::int32_t a, std::int32_t b) { return a > b ? a : b; };
+        const auto of_three = [&](std::int32_t VT_DCI_Point::*axis, auto choice) {
+            return choice(choice(points[0].*axis, points[1].*axis), points[2].*axis);
+        };
+        const std::int32_t rows = of_three(&VT_DCI_Point::y, most) - of_three(&VT_DCI_Point::y, least);
+        if (rows < least_rows || of_three(&VT_DCI_Point::x, most) == of_three(&VT_DCI_Point::x, least)) {
+            return Visibility::whole;
+        }
+        const std::int32_t nearest = of_three(&VT_DCI_Point::z, least);
         // Halfway between a point and the middle of the other two: inside, since the last column and row are left out.
         const auto hides_near = [&](int k) {
             const auto between = [&](std::int32_t VT_DCI_Point::*axis, std::int32_t origin) {
@@ -176,34 +202,69 @@ inline Visibility visibility_of(const Triangle_Target& target, const VT_DCI_Poin
                        2;
             };
             return depth_at(target, between(&VT_DCI_Point::x, target.origin_x), between(&VT_DCI_Point::y, target.origin_y)) <
-                   covered.nearest;
+                   nearest;
         };
         if (!hides_near(1) && (rows < tall || (!hides_near(0) && !hides_near(2)))) {
             return Visibility::whole;
         }
     }
-    return visibility_by_blocks(target, covered, part);
+    return visibility_by_blocks(target, points, part);
 }
 
-// Whether all of so many points' triangles are hidden.
-inline bool are_hidden(const Triangle_Target& target, const VT_DCI_Point* points, std::int32_t count) {
-    const std::int32_t column = points[1].x - target.origin_x;
-    const std::int32_t row = points[1].y - target.origin_y;
-    if (column < target.width && row < target.height && depth_at(target, column, row) >= points[1].z) {
-        return false;
+// Which columns of the rows of the triangle that is being filled may be drawn.
+struct Span_Limits {
+    bool exist;
+
+    explicit Span_Limits(const Triangle_Target& target) : exist(target.scissored) {}
+
+    // For a target with blocks; false when the triangle is hidden.
+    KRB_ALWAYS_INLINE bool find(const Triangle_Target& target, const VT_DCI_Point* points) {
+        const Visibility visibility = visibility_of(target, points, visible_);
+        is_in_part_ = visibility == Visibility::in_part;
+        exist = target.scissored || is_in_part_;
+        return visibility != Visibility::hidden;
     }
+
+    Visible_Columns in_row(const Triangle_Target& target, std::int32_t row) const {
+        Visible_Columns limits{0, target.width};
+        if (target.scissored) {
+            limits = {target.first_column, target.end_column};
+        }
+        if (is_in_part_) {
+            const Visible_Columns& part = visible_.columns[(row >> block_row_bits) - visible_.first_block_row];
+            limits = {limits.first < part.first ? part.first : limits.first, limits.end < part.end ? limits.end : part.end};
+        }
+        return limits;
+    }
+
+private:
+    bool is_in_part_ = false;
+    Visible_Part visible_;
+};
+
+// ---- batches
+
+KRB_NEVER_INLINE bool are_hidden_by_blocks(const Triangle_Target& target, const VT_DCI_Point* points, std::int32_t count) {
     const Covered covered(target, points, count);
-    if (covered.is_empty() || !covered.bounds_depths) {
-        return false;
-    }
-    for (std::int32_t block_row = covered.first_block_row(); block_row < covered.end_block_row(); ++block_row) {
-        for (std::int32_t block = covered.first_block(); block < covered.end_block(); ++block) {
-            if (!block_hides(target, block, block_row, covered.nearest)) {
-                return false;
-            }
+    bool hides = !covered.is_empty() && covered.bounds_depths;
+    for (std::int32_t row = covered.first_block_row(); hides && row < covered.end_block_row(); ++row) {
+        for (std::int32_t block = covered.first_block(); hides && block < covered.end_block(); ++block) {
+            hides = block_hides(target, block, row, covered.nearest);
         }
     }
-    return true;
+    note_look(target, hides);
+    return hides;
+}
+
+// Whether the triangles of so many points, which lie in the window, are all hidden.
+inline bool are_hidden(const Triangle_Target& target, const VT_DCI_Point* points, std::int32_t count) {
+    if (!takes_chance(target)) {
+        return false;
+    }
+    const std::int32_t column = points[1].x - target.origin_x;
+    const std::int32_t row = points[1].y - target.origin_y;
+    return column < target.width && row < target.height && depth_at(target, column, row) < points[1].z &&
+           are_hidden_by_blocks(target, points, count);
 }
 
 } // namespace

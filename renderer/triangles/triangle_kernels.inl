@@ -4,8 +4,8 @@
 
 #include "renderer/kernels/pixel_formats.inl"
 #include "renderer/kernels/span.inl"
-#include "renderer/triangles/small_triangles.h"
 #include "renderer/triangles/hidden_parts.inl"
+#include "renderer/triangles/small_triangles.h"
 #include "renderer/triangles/triangle_kernels.h"
 #include "renderer/triangles/triangle_setup.inl"
 #ifdef KRB_BATCH_LANES
@@ -141,27 +141,18 @@ template <Triangle_Configuration c, int size> struct Filler {
     const Triangle_Target& target;
     Flat flat;     // of flat triangles
     Flat contrast; // of a pattern's gaps
-    // Whether only a part of a span may be drawn.
-    bool is_limited;
-    // Where the triangle that is being filled may be visible.
-    bool is_in_part = false;
-    Visible_Part visible;
+    Span_Limits limits;
 
     Filler(const Triangle_Target& where, VT_RGB32 color)
         : target(where), flat(where, color), contrast(where, c.clip == Clip_Rule::patterned ? where.pattern->contrast : color),
-          is_limited(where.scissored) {}
+          limits(where) {}
 
     void set_color(VT_RGB32 color) { flat = Flat(target, color); }
 
     // Before a triangle is filled; false when no pixel of it would be drawn.
     KRB_ALWAYS_INLINE bool is_visible(const VT_DCI_Point* points) {
         if constexpr (c.depth != Depth_Rule::none) {
-            if (target.block_depths) {
-                const Visibility visibility = visibility_of(target, points, visible);
-                is_in_part = visibility == Visibility::in_part;
-                is_limited = target.scissored || is_in_part;
-                return visibility != Visibility::hidden;
-            }
+            return !target.block_depths || limits.find(target, points);
         }
         return true;
     }
@@ -169,11 +160,11 @@ template <Triangle_Configuration c, int size> struct Filler {
     void fill(std::int32_t row, std::int32_t column, std::int32_t count, Attributes<size> left, Attributes<size> right) {
         std::int32_t skipped = 0;
         std::int32_t drawn = count;
-        if (is_limited) {
+        if (limits.exist) {
             column -= target.column_bias;
-            const Visible_Columns limits = limits_of(row);
-            const std::int32_t end = column + count < limits.end ? column + count : limits.end;
-            skipped = column < limits.first ? limits.first - column : 0;
+            const Visible_Columns visible = limits.in_row(target, row);
+            const std::int32_t end = column + count < visible.end ? column + count : visible.end;
+            skipped = column < visible.first ? visible.first - column : 0;
             drawn = end - column - skipped;
             if (drawn <= 0) {
                 return;
@@ -197,18 +188,6 @@ template <Triangle_Configuration c, int size> struct Filler {
     }
 
 private:
-    Visible_Columns limits_of(std::int32_t row) const {
-        Visible_Columns limits{0, target.width};
-        if (target.scissored) {
-            limits = {target.first_column, target.end_column};
-        }
-        if (is_in_part) {
-            const Visible_Columns& part = visible.columns[(row >> block_row_bits) - visible.first_block_row];
-            limits = {limits.first < part.first ? part.first : limits.first, limits.end < part.end ? limits.end : part.end};
-        }
-        return limits;
-    }
-
     template <class Source>
     void draw(std::int32_t row, std::int32_t column, std::int32_t skipped, std::int32_t count, const Source& source, Ramp depth) {
         draw_pixels(row, column, skipped, count, source, depth, false);
