@@ -12,10 +12,13 @@
 #define KRB_LOWEST_BIT(bits) __builtin_ctz(bits)
 // For small functions in kernels that compilers would not inline otherwise, because there are many of them.
 #define KRB_ALWAYS_INLINE [[gnu::always_inline]] inline
+// For what is rare, so that it takes no registers and no room where it is called.
+#define KRB_NEVER_INLINE [[gnu::noinline]]
 #else
 #define KRB_FETCH_EARLY(address) static_cast<void>(address)
 #define KRB_FETCH_TO_WRITE(address) static_cast<void>(address)
 #define KRB_HIDE_ORIGIN(vector) static_cast<void>(vector)
 #define KRB_LOWEST_BIT(bits) static_cast<int>(_tzcnt_u32(bits))
 #define KRB_ALWAYS_INLINE __forceinline
+#define KRB_NEVER_INLINE __declspec(noinline)
 #endif
