@@ -85,8 +85,8 @@ Model::Model(std::vector<model::Mesh> meshes, const Reading& reading)
         }
     }
     content_->given_numbers = kept_triangles(meshes);
-    content_->mesh = model::joined_mesh(std::move(meshes), names, reading.accepts_no_triangles, reading.crease,
-                                        content_->limits->threads());
+    content_->mesh =
+        model::joined_mesh(std::move(meshes), names, reading.accepts_no_triangles, reading.crease, content_->limits->threads());
 }
 
 Model::Model(Model&&) noexcept = default;
@@ -126,6 +126,10 @@ Map::~Map() = default;
 
 std::vector<std::string> Map::warnings() const {
     return content_->scene->warnings();
+}
+
+double half_tangent_of_view(double degrees) {
+    return model::half_tangent_of(degrees);
 }
 
 Image make_image(const Model& model, const Model_View& view, const Image_Settings& settings, std::vector<std::string>* warnings) {

@@ -88,6 +88,9 @@ private:
     std::unique_ptr<Content> content_;
 };
 
+// Camera_Settings::half_tangent of a vertical field of view in degrees, below 180; the same bit by bit on every machine.
+VORNA_DRAWING_API double half_tangent_of_view(double degrees);
+
 // How an image is made. Its bytes depend neither on threads nor on memory.
 struct Image_Settings {
     VT_Int_Pair size{1280, 960}; // sides up to 262144; of maps a height of 0 is chosen
@@ -102,8 +105,8 @@ struct Image_Settings {
     unsigned threads = 0; // at most 1024; 0 = as many as there are processors
     std::uint64_t max_memory = std::uint64_t{1} << 30;
     std::uint64_t other_memory = 0; // bytes of it that are not the image's; 0 = all memory of the process
-    bool allow_empty = true; // whether an image may show nothing but the background
-    std::string module;      // path of the renderer; empty = the installed one
+    bool allow_empty = true;        // whether an image may show nothing but the background
+    std::string module;             // path of the renderer; empty = the installed one
 };
 
 // An image in memory, four bytes a pixel. Of settings with 8 bits it has the colours of the palette.

@@ -122,9 +122,8 @@ Image_Samples Image_Maker::samples() {
     Job made(job, module, *drawing);
     const Image_Form& form = made.form();
     const bool indexed = form.colors == Image_Form::Colors::palette;
-    Image_Samples image =
-        drawing::make_samples(indexed ? Image_Samples::Kind::indices : Image_Samples::Kind::colors,
-                              static_cast<std::int32_t>(form.width), static_cast<std::int32_t>(form.height));
+    Image_Samples image = drawing::make_samples(indexed ? Image_Samples::Kind::indices : Image_Samples::Kind::colors,
+                                                static_cast<std::int32_t>(form.width), static_cast<std::int32_t>(form.height));
     image.palette = colors_of_rows(form.palette);
     made.make_samples(image.bytes.get());
     return image;

@@ -28,7 +28,8 @@ struct Replay_Image {
 // std::runtime_error for calls that are recorded but cannot be drawn.
 VORNA_DRAWING_API Replay_Image replay_file(const std::string& file, const Replay_Settings& settings = {});
 // The same of a document; name: what messages call it.
-VORNA_DRAWING_API Replay_Image replay_text(const std::string& name, const std::string& text, const Replay_Settings& settings = {});
+VORNA_DRAWING_API Replay_Image replay_text(const std::string& name, const std::string& text,
+                                           const Replay_Settings& settings = {});
 
 // A canvas whose calls are recorded, from its first picture on.
 class VORNA_DRAWING_API Recorded_Canvas {

@@ -171,9 +171,10 @@ Image_Difference compare(const Png_Image& a, const Png_Image& b, const std::opti
     }
     const bool is_same = fuzz && most <= fuzz->difference && count <= fuzz->count;
     const std::int64_t all = std::int64_t{a.width} * a.height;
-    return {is_same, std::string(is_same ? "near enough: " : "different: ") + std::to_string(count) + " of " +
-                         std::to_string(all) + " pixels, by at most " + std::to_string(most) + ", in columns " +
-                         range_of(left, right) + ", rows " + range_of(top, bottom) + "; " + first,
+    return {is_same,
+            std::string(is_same ? "near enough: " : "different: ") + std::to_string(count) + " of " + std::to_string(all) +
+                " pixels, by at most " + std::to_string(most) + ", in columns " + range_of(left, right) + ", rows " +
+                range_of(top, bottom) + "; " + first,
             count, most};
 }
 
