@@ -283,7 +283,9 @@ template <class Call> void Canvas_Threads::draw_alone(Call call) {
 
 // Lines gain nothing from bands that fit the cache, and lose by each border that they cross.
 std::int32_t Canvas_Threads::band_height() const noexcept {
-    constexpr std::size_t bands_of_thread = 4, most_bands_of_thread = 8, least_height = 8;
+    constexpr std::size_t bands_of_thread = 4, most_bands_of_thread = 8;
+    // Renderers may keep values of blocks of up to so many rows, which no two of them should share.
+    constexpr std::size_t block_height = 16;
     const auto height = static_cast<std::size_t>(window_.top - window_.bottom + 1);
     const auto width = static_cast<std::size_t>(window_.right - window_.left + 1);
     std::size_t rows = (height + bands_of_thread * thread_count_ - 1) / (bands_of_thread * thread_count_);
@@ -292,7 +294,7 @@ std::int32_t Canvas_Threads::band_height() const noexcept {
         const std::size_t rows_in_cache = bytes_of_second_level_cache() / 2 / (pixel_bytes * width);
         rows = std::min(rows, std::max(rows_in_cache, height / (most_bands_of_thread * thread_count_)));
     }
-    return static_cast<std::int32_t>(std::max(rows, least_height));
+    return static_cast<std::int32_t>((std::max<std::size_t>(rows, 1) + block_height - 1) / block_height * block_height);
 }
 
 void Canvas_Threads::flush() {

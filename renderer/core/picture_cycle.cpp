@@ -109,9 +109,11 @@ void draw_window_rgb32(VT_Renderer_Data& data, const VT_Rendition& rendition) {
 }
 
 void clear_depth_rectangle(VT_Renderer_Data& data, const VT_Rendition& rendition) {
-    const Software_Z_Buffer& renderer = renderer_of(data);
+    Software_Z_Buffer& renderer = renderer_of(data);
     if (renderer.depth_buffer) {
-        fill_cells(renderer, *renderer.depth_buffer, cells_of(renderer, rendition.window.rectangle), std::uint16_t{0xFFFF});
+        const Cells cells = cells_of(renderer, rendition.window.rectangle);
+        fill_cells(renderer, *renderer.depth_buffer, cells, farthest_depth);
+        renderer.depth_blocks.raise(cells.first_column, cells.last_column, cells.first_row, cells.last_row);
     }
 }
 
@@ -120,7 +122,7 @@ void clear_no_depth(VT_Renderer_Data&, const VT_Rendition&) {
 
 void write_depth_rectangle(VT_Renderer_Data& data, const VT_Rendition&, const VT_DCI_Point* top_left,
                            const VT_DCI_Point* bottom_right, std::int32_t stride, const std::uint16_t* depths) {
-    const Software_Z_Buffer& renderer = renderer_of(data);
+    Software_Z_Buffer& renderer = renderer_of(data);
     const std::int64_t left = top_left->x;
     const std::int64_t right =
         std::min<std::int64_t>(bottom_right->x, std::int64_t{renderer.window_origin.x} + renderer.window_size.x - 1);
@@ -139,6 +141,8 @@ void write_depth_rectangle(VT_Renderer_Data& data, const VT_Rendition&, const VT
             std::memset(row, 0, static_cast<std::size_t>(bytes));
         }
     }
+    const std::int64_t bottom = renderer.window_origin.y;
+    renderer.depth_blocks.raise(column, column + (right - left), bottom_right->y - bottom, top_left->y - bottom);
 }
 
 void read_depth_image(VT_Renderer_Data& data, const VT_Rendition&, const VT_DCI_Point* top_left, const VT_DCI_Point* bottom_right,

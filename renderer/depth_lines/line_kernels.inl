@@ -10,7 +10,7 @@
 
 #include "renderer/depth_lines/line_kernels.h"
 #include "renderer/depth_lines/line_pixels.inl"
-#include "renderer/depth_lines/line_steppers.inl"
+#include "renderer/depth_lines/short_segments.inl"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -213,9 +213,54 @@ template <Line_Configuration c> bool is_complete(const Line_Target& target) {
            (c.clip != Clip_Rule::masked || target.mask_rows) && (Format_Type<c.format>::stores_words || target.dither);
 }
 
+// Whether the pixels of a segment are one word that is stored.
+template <Line_Configuration c>
+constexpr bool is_plain = c.shading == Line_Shading::flat && c.format == Pixel_Format::rgb32 && c.depth == Depth_Rule::none &&
+                          c.pixel == Pixel_Rule::store && c.clip == Clip_Rule::open;
+
+// Without the last pixel.
+template <Line_Configuration c>
+KRB_NEVER_INLINE void draw_other_segment(const Line_Target& target, const Ends& ends, VT_RGB32 color) {
+    Line_Paint paint{};
+    paint.color = color;
+    if (is_drawable(target, ends.x0, ends.y0) && is_drawable(target, ends.x1, ends.y1)) {
+        draw_segment<c>(target, ends, paint, {ends.x0, ends.y0}, Whole{});
+    } else if (const Cut limits = window_limits(target, ends); limits.first_row <= limits.last_row) {
+        draw_segment<c>(target, ends, paint, {ends.x0, ends.y0}, limits);
+    }
+}
+
+template <Line_Configuration c> void draw_plain_polyline(const Line_Target& target, const Polyline& polyline) {
+    const VT_DCI_Point* point = polyline.points;
+    const VT_DCI_Point* const last = point + (polyline.count - 1);
+    const VT_RGB32* color = polyline.colors;
+    for (;;) {
+        const Ends ends{wrapping_subtract(point[0].x, target.origin_x), wrapping_subtract(point[0].y, target.origin_y),
+                        wrapping_subtract(point[1].x, target.origin_x), wrapping_subtract(point[1].y, target.origin_y)};
+        const bool is_inside = is_drawable(target, ends.x0, ends.y0) && is_drawable(target, ends.x1, ends.y1);
+        if (is_inside && is_short(ends)) {
+            draw_short_segment(target, ends, word_of_color(*color));
+        } else {
+            draw_other_segment<c>(target, ends, *color);
+        }
+        if (++point == last) {
+            break;
+        }
+        color += polyline.single_color ? 0 : 1;
+    }
+    Line_Paint paint{};
+    paint.color = *color;
+    draw_last_point<c>(target, *point, paint);
+    clear_upper_halves();
+}
+
 template <Line_Configuration c> void draw_polyline(const Line_Target& target, const Polyline& polyline) {
     assert(is_complete<c>(target) && polyline.count >= 2 && polyline.points);
     assert(c.shading == Line_Shading::index || polyline.colors);
+    if constexpr (lane_count > 1 && is_plain<c>) {
+        draw_plain_polyline<c>(target, polyline);
+        return;
+    }
     constexpr bool shaded = c.shading == Line_Shading::gouraud;
     Line_Paint paint{};
     paint.index = polyline.index;

@@ -29,6 +29,7 @@ vorna::Canvas canvas_of(const vorna::Module& module, const Configuration& config
     configure(canvas.options(), configuration, window.size, window.origin);
     canvas.set_option("Use Mask", true);
     canvas.set_option("Enable Tiling", true);
+    canvas.renderer().requested_table.add(VT_Option("Depth Blocks", 0, true));
     canvas.establish();
     return canvas;
 }
