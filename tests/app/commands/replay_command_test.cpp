@@ -63,6 +63,29 @@ TEST_F(Replay_Command, writes_what_the_buffers_hold) {
     EXPECT_THAT(std::vector(depth.bytes.end() - 4, depth.bytes.end()), ElementsAre(255, 255, 1, 2));
 }
 
+// Presenting and reading come in between, and the report is that of one thread.
+TEST_F(Replay_Command, draws_the_same_with_several_threads) {
+    const std::string text = with_call(R"(
+        {"call": "draw_window", "rectangle": [100, 107, -4, 3], "color": [9, 8, 7, 255]},
+        {"call": "draw_2di_polytriangle", "points": [[90, -9, 5], [120, -2, 5], [101, 9, 5]]},
+        {"call": "present", "rectangle": [100, 107, -4, 3]},
+        {"call": "set_zbuffer_write", "value": false},
+        {"call": "draw_2d_polyline", "points": [[95, -4, 1], [109, 3.5, 1], [103, -9, 2]]},
+        {"call": "read_depth_image", "top_left": [100, 3], "bottom_right": [107, -4], "format": 3},
+        {"call": "draw_dci_dot", "point": [104, 0, 1], "color": [1, 2, 3, 4]})");
+    for (const std::string threads : {"1", "3"}) {
+        const Outcome drawn = run_vorna({"replay", "-", "--threads", threads, "--color-raw", folder.file("c" + threads),
+                                         "--depth-raw", folder.file("d" + threads)},
+                                        text);
+        EXPECT_EQ(drawn.errors, "");
+        EXPECT_EQ(run_vorna({"replay", "-", "--threads", threads, "--report", folder.file("r" + threads)}, text).status, 0);
+    }
+    EXPECT_EQ(read_file(folder.file("c1")).size(), 8U * 8 * 4);
+    EXPECT_EQ(read_file(folder.file("c1")), read_file(folder.file("c3")));
+    EXPECT_EQ(read_file(folder.file("d1")), read_file(folder.file("d3")));
+    EXPECT_EQ(read_file(folder.file("r1")), read_file(folder.file("r3")));
+}
+
 TEST_F(Replay_Command, writes_palette_indices_as_stored) {
     const std::string text = R"({"picture": 1, "window": {"width": 3, "height": 1}, "color_system": 0, "buffer_depth": 0,
         "palette": {"colors": [[9, 8, 7], [255, 0, 0]]},
