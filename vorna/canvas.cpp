@@ -133,6 +133,10 @@ void Canvas::draw_with(const Module& module, unsigned threads) {
     threads_ = std::make_shared<Canvas_Threads>(module.maker(), *renderer_, threads);
 }
 
+const VT_Action_Table& Canvas::actions_of_kept_calls() const noexcept {
+    return threads_->own_actions();
+}
+
 void Canvas::draw_kept_calls() const {
     threads_->flush();
 }

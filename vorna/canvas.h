@@ -175,6 +175,10 @@ public:
         }
     }
 
+    // The slots that the renderer has installed; those of renderer() keep calls when several threads draw. What they draw or read
+    // does not wait for what was kept.
+    const VT_Action_Table& own_actions() const noexcept { return threads_ ? actions_of_kept_calls() : renderer_->actions; }
+
     // Sets the function that shows a presented area; it must not throw. Empty, as at first: nothing is shown.
     void on_present(std::function<void(const Presentation&)> show) {
         auto presenter = std::make_unique<Presenter>(Presenter{std::move(show), renderer_.get()});
@@ -245,6 +249,7 @@ public:
 private:
     VORNA_API void draw_with(const Module& module, unsigned threads);
     VORNA_API void draw_kept_calls() const;
+    VORNA_API const VT_Action_Table& actions_of_kept_calls() const noexcept;
 
     Frame_Buffer* find_color_buffer() const noexcept {
         const VT_Option* const option = renderer_->current_table.find("Color Buffer");

@@ -47,6 +47,8 @@ public:
     };
     // Renderers with the options of the canvas's, for its buffers; depth may be null. Throws std::bad_alloc.
     Workers make_workers(VT_Reference<Frame_Buffer> color, VT_Reference<Frame_Buffer> depth) const;
+    // Those that the canvas's renderer has installed.
+    const VT_Action_Table& own_actions() const noexcept { return workers_.empty() ? front_.actions : own_actions_; }
     // With no workers the canvas's renderer draws.
     void use(Workers workers) noexcept { workers_ = std::move(workers); }
 

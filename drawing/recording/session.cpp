@@ -65,7 +65,8 @@ void Session::establish() {
 }
 
 const VT_Action_Table& Session::actions() const noexcept {
-    return recorder_ ? recorder_->own_actions() : canvas_.renderer().actions;
+    const bool are_replaced = &canvas_.own_actions() != &canvas_.renderer().actions; // by the canvas's threads
+    return recorder_ && !are_replaced ? recorder_->own_actions() : canvas_.own_actions();
 }
 
 // Through the renderer's own slot: only calls of the application are recorded.
@@ -75,6 +76,7 @@ VT_Reference<VT_Shared_Image> Session::read_depth(const VT_Int_Rectangle& area) 
     const Buffer_Format format = Buffer_Format::depth16;
     VT_Reference<VT_Shared_Image> image;
     const VT_Reference<const VT_Rendition> rendition(new VT_Rendition);
+    canvas_.flush();
     const auto& slot = actions().read_depth_image;
     if (slot.enabled) {
         slot.function(*slot.owner, *rendition, &top_left, &bottom_right, &format, image);
