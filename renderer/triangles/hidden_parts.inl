@@ -62,6 +62,7 @@ KRB_NEVER_INLINE bool pixels_hide(const Pixel_Target& target, std::int32_t block
         depth_at(target, last_column, row) >= nearest || depth_at(target, column, last_row) >= nearest) {
         return false;
     }
+    ++target.block_looks->blocks_read;
     const std::uint16_t farthest = farthest_depth_in(target, column, row);
     target.block_depths[std::int64_t{block_row} * target.blocks_in_row + block] = farthest;
     return farthest < nearest;
@@ -157,6 +158,7 @@ KRB_NEVER_INLINE Visibility visibility_by_blocks(const Triangle_Target& target, 
         return Visibility::whole;
     }
     std::int32_t visible_blocks = 0;
+    target.block_looks->blocks_read = 0;
     part.first_block_row = covered.first_block_row();
     for (std::int32_t i = 0; i < rows; ++i) {
         const std::int32_t row = covered.first_block_row() + i;
@@ -172,7 +174,8 @@ KRB_NEVER_INLINE Visibility visibility_by_blocks(const Triangle_Target& target, 
         part.columns[i] = {first << block_column_bits, end << block_column_bits};
     }
     const std::int32_t blocks = rows * columns;
-    const bool is_worth_it = 4 * visible_blocks <= 3 * blocks;
+    // Reading a block takes as long as drawing half of one, or a whole one that is flat.
+    const bool is_worth_it = 2 * (blocks - visible_blocks) >= target.block_looks->blocks_read + blocks / 2 + 1;
     note_look(target, is_worth_it);
     return visible_blocks == 0 ? Visibility::hidden : is_worth_it ? Visibility::in_part : Visibility::whole;
 }

@@ -36,6 +36,13 @@ public:
         for_both([mode](Test_Renderer& renderer) { renderer.set_z_test(mode); });
         is_greater_ = mode == 5;
     }
+    // After calls that may fill whole rows, padding included.
+    void renew_padding() {
+        for_both([](Test_Renderer& renderer) {
+            renderer.color().renew_padding();
+            renderer.depth()->renew_padding();
+        });
+    }
     bool has_same_pixels() {
         for (std::int32_t row = 0; row < size_.y; ++row) {
             for (std::int32_t column = 0; column < size_.x; ++column) {
@@ -132,10 +139,12 @@ void take_step(Random& random, const VT_Int_Rectangle& window, Blocks_Beside_Non
                                               {window.left, window.bottom}};
         const vorna::app::check::Call call = vorna::app::check::random_call(random, slot, place);
         both.for_both([&](Test_Renderer& renderer) { call.draw_with(*renderer); });
+        both.renew_padding();
     } else if (random.chance(40)) {
         const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
         rendition->window.rectangle = random.chance(30) ? window : random_rectangle(random, window);
         both.for_both([&](Test_Renderer& renderer) { VD_Clear_Depth_Rectangle(*renderer, *rendition); });
+        both.renew_padding();
     } else if (random.chance(20)) {
         both.for_both([](Test_Renderer& renderer) { renderer->establish_all(); });
     } else if (random.chance(50)) {
