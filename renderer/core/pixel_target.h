@@ -28,6 +28,7 @@ struct Pixel_Target {
     std::int32_t color_row_bytes, depth_row_bytes; // from the start of a row to that of the row above, negative
     std::int32_t width;                            // pixels in a row of either buffer
     std::int32_t height;
+    std::int32_t first_row, end_row; // the rows that may be drawn, half-open
     std::int32_t origin_x, origin_y;
     // For depth by test mode: a pixel passes when new <= stored + depth_bias, or exactly when not, with depth_inverted.
     std::int32_t depth_bias;

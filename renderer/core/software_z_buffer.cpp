@@ -21,6 +21,12 @@ std::int32_t set_z_test(VT_Renderer_Data& renderer, const std::int32_t* value) {
     return *value;
 }
 
+// rows: the first and the last one.
+std::int32_t set_scissor_rows(VT_Renderer_Data& renderer, const std::int32_t* rows) {
+    renderer_of(renderer).set_scissor_rows(rows[0], rows[1]);
+    return 0;
+}
+
 // Registers the renderer's options in a table, in this order. A mask cache that the table already holds stays.
 void build_option_table(VT_Option_Table& table, Option_Handles& handles) {
     const auto add = [&table](const char* name, VT_Option_Content initial, std::int32_t scope = 0) {
@@ -134,6 +140,10 @@ std::int32_t Software_Z_Buffer::establish() {
     establish_mask_cache();
     establish_merge_colors();
     establish_target();
+    // Only for hosts that ask for it.
+    if (VT_Option* const scissor_rows = current_table.find("Scissor Rows")) {
+        scissor_rows->set(VT_Pointer(VT_Int_Setter{krb::set_scissor_rows}));
+    }
     establish_depth_blocks();
     force_merge_control = current[Handle::force_merge_control_on]->as_bool() ? 1 : 0;
     kernels = &kernels_for_window(*chosen_kernels_, window_size.x);
@@ -212,6 +222,7 @@ void Software_Z_Buffer::establish_merge_colors() {
 
 void Software_Z_Buffer::establish_target() {
     target = {};
+    scissor_.clear();
     if (!color_buffer) {
         return;
     }
@@ -221,6 +232,7 @@ void Software_Z_Buffer::establish_target() {
     target.depth_row_bytes = depth_buffer ? -depth_buffer->bytes_per_row : 0;
     target.width = window_size.x;
     target.height = window_size.y;
+    target.end_row = window_size.y;
     target.background = vorna::word_of(background_color);
     target.alternate_background = vorna::word_of(alternate_background_color);
     target.merged_index8 = [](const void* renderer, std::uint8_t stored, std::uint8_t index) {
@@ -228,6 +240,13 @@ void Software_Z_Buffer::establish_target() {
     };
     target.renderer = this;
     target.dither = &dither;
+}
+
+void Software_Z_Buffer::set_scissor_rows(std::int32_t first, std::int32_t last) {
+    if (color_buffer) {
+        scissor_.limit(target, *color_buffer, depth_buffer.get(), first, last);
+    }
+    depth_blocks.raise_all(); // blocks across the old borders know some of their rows only
 }
 
 // An option of the application's: only it knows whether anything but the renderer writes the depth buffer.

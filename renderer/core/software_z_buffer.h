@@ -11,6 +11,7 @@
 #include "renderer/core/dither.h"
 #include "renderer/core/mask_cache_data.h"
 #include "renderer/core/pixel_target.h"
+#include "renderer/core/row_scissor.h"
 
 namespace krb {
 
@@ -67,12 +68,16 @@ public:
     // The hard clip, as far as it lies in the window, in device coordinates; may be empty.
     VT_Int_Rectangle visible_rectangle(const VT_Rendition& rendition) const noexcept;
 
+    // Draws in rows first to last of the buffers only, until the next establish. Throws std::bad_alloc; the rows stay as they
+    // were then.
+    void set_scissor_rows(std::int32_t first, std::int32_t last);
+
     const VT_Palette& palette() const noexcept { return current_options.palette(); }
 
     // The test greater makes depths farther: kernels neither use nor lower the entries of blocks while it is in force.
     void change_z_test(std::int32_t mode) noexcept;
 
-    // State that members read. Only establish() and the setters of the two depth options write it.
+    // State that members read. Only establish() and the setters that the options publish write it.
     Option_Handles requested;
     Option_Handles current;
     VT_Reference<Frame_Buffer> color_buffer;
@@ -112,6 +117,7 @@ private:
     void publish_depth_blocks() noexcept;
 
     const Kernel_Set* chosen_kernels_;
+    Row_Scissor scissor_;
 };
 
 // The renderer behind a slot.
