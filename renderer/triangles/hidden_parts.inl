@@ -174,10 +174,11 @@ KRB_NEVER_INLINE Visibility visibility_by_blocks(const Triangle_Target& target, 
         part.columns[i] = {first << block_column_bits, end << block_column_bits};
     }
     const std::int32_t blocks = rows * columns;
-    // Reading a block takes as long as drawing half of one, or a whole one that is flat.
-    const bool is_worth_it = 2 * (blocks - visible_blocks) >= target.block_looks->blocks_read + blocks / 2 + 1;
-    note_look(target, is_worth_it);
-    return visible_blocks == 0 ? Visibility::hidden : is_worth_it ? Visibility::in_part : Visibility::whole;
+    // A block that is read counts as half a hidden one.
+    note_look(target, 2 * (blocks - visible_blocks) > target.block_looks->blocks_read + blocks / 2);
+    return visible_blocks == 0                ? Visibility::hidden
+           : 4 * visible_blocks <= 3 * blocks ? Visibility::in_part
+                                              : Visibility::whole;
 }
 
 // Blocks are looked at only where a few pixels of the triangle are hidden: for most triangles nothing else would come of it.
