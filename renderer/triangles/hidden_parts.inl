@@ -176,9 +176,10 @@ KRB_NEVER_INLINE Visibility visibility_by_blocks(const Triangle_Target& target, 
     const std::int32_t blocks = rows * columns;
     // A block that is read counts as half a hidden one.
     note_look(target, 2 * (blocks - visible_blocks) > target.block_looks->blocks_read + blocks / 2);
-    return visible_blocks == 0                ? Visibility::hidden
-           : 4 * visible_blocks <= 3 * blocks ? Visibility::in_part
-                                              : Visibility::whole;
+    if (visible_blocks == 0) {
+        return Visibility::hidden;
+    }
+    return 4 * visible_blocks <= 3 * blocks ? Visibility::in_part : Visibility::whole;
 }
 
 // Blocks are looked at only where a few pixels of the triangle are hidden: for most triangles nothing else would come of it.
