@@ -245,6 +245,9 @@ void Software_Z_Buffer::establish_target() {
 void Software_Z_Buffer::set_scissor_rows(std::int32_t first, std::int32_t last) {
     if (color_buffer) {
         scissor_.limit(target, *color_buffer, depth_buffer.get(), first, last);
+        // Other renderers draw the other rows.
+        depth_blocks.remove();
+        publish_depth_blocks();
     }
     depth_blocks.raise_all(); // blocks across the old borders know some of their rows only
 }

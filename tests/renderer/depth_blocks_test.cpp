@@ -158,6 +158,21 @@ void take_step(Random& random, const VT_Int_Rectangle& window, Blocks_Beside_Non
 
 } // namespace
 
+// With a row scissor several renderers share the depth buffer.
+TEST(Depth_Blocks, Are_off_while_rows_are_scissored) {
+    Test_Renderer renderer(setup_of_case(4));
+    krb::Software_Z_Buffer& own = krb::renderer_of(*renderer);
+    EXPECT_FALSE(own.target.block_depths);
+    renderer->requested_table.add(VT_Option("Depth Blocks", 0, true));
+    renderer->establish_all();
+    EXPECT_TRUE(own.target.block_depths);
+    own.set_scissor_rows(8, 15);
+    renderer.set_z_test(1);
+    EXPECT_FALSE(own.target.block_depths);
+    renderer->establish_all();
+    EXPECT_TRUE(own.target.block_depths);
+}
+
 TEST(Depth_Blocks, Change_no_pixel_and_bound_every_depth) {
     constexpr std::size_t cases_with_depth[] = {3, 4, 5};
     for (const std::string& kernels : available_kernel_sets()) {
