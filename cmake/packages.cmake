@@ -42,6 +42,9 @@ endif()
 if(TARGET vorna_drawing_library)
   list(APPEND CPACK_COMPONENTS_ALL drawing)
 endif()
+if(TARGET vorna_c)
+  list(APPEND CPACK_COMPONENTS_ALL c)
+endif()
 if(VORNA_WITH_VIEWER)
   list(APPEND CPACK_COMPONENTS_ALL viewer)
 endif()
@@ -80,6 +83,10 @@ component_package(development libvorna15-dev libdevel "exact software rasterizer
 if(TARGET vorna_drawing_library)
   component_package(drawing libvorna-drawing-dev libdevel "models and maps as images, for programs"
                     "The drawing library, its headers and its CMake package." "libvorna15-dev (= ${PROJECT_VERSION})${of_models}")
+endif()
+if(TARGET vorna_c)
+  component_package(c libvorna-c-dev libdevel "exact software rasterizer (C interface)"
+                    "The C interface: library, headers and CMake package." "libvorna15-dev (= ${PROJECT_VERSION})${of_models}")
 endif()
 component_package(command vorna graphics "renders models, maps and drawings to the same bytes everywhere"
                   "The command vorna draws, replays and compares pictures and checks modules." "${this_library}${of_models}")

@@ -199,7 +199,7 @@ struct Image_Maker {
             return Job(job, module, *drawing).write_files().digests.front();
         } catch (const Interrupted& interrupted) {
             std::raise(interrupted.signal);
-            throw std::runtime_error(file + ": interrupted by a signal");
+            throw Interruption_Error(file + ": interrupted by a signal");
         }
     }
 
