@@ -94,7 +94,7 @@ list_files() {
 before=$(list_files)
 run_dpkg --install out/*vorna*.deb
 try_tree "$root/usr" "$work/project"
-run_dpkg --purge vorna-view vorna libvorna-drawing-dev libvorna15-dev libvorna15
+run_dpkg --purge vorna-view vorna libvorna-c-dev libvorna-drawing-dev libvorna15-dev libvorna15
 diff <(echo "$before") <(list_files)
 
 if [ $# -eq 0 ]; then
@@ -121,7 +121,7 @@ install_there "${packages[@]/#out//packages}"
 chroot "$root" vorna --version
 install_there cmake g++ libpng-dev make pkgconf
 try_tree /usr /project chroot "$root"
-chroot "$root" apt-get -qq --yes purge vorna-view vorna libvorna-drawing-dev libvorna15-dev libvorna15 >/dev/null
+chroot "$root" apt-get -qq --yes purge vorna-view vorna libvorna-c-dev libvorna-drawing-dev libvorna15-dev libvorna15 >/dev/null
 if chroot "$root" dpkg -S vorna 2>/dev/null; then
     exit 1
 fi
