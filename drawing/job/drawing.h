@@ -23,6 +23,7 @@ struct Drawing_Needs {
     std::uint64_t pixel_memory = 4;    // bytes of a renderer's buffers for each pixel of the window
     std::uint64_t thread_memory = 0;   // bytes that drawing takes in each thread, roughly
     std::uint64_t prepared_memory = 0; // bytes that prepare takes, roughly
+    double work = 0;                   // nanoseconds that one thread takes to draw it, roughly
 };
 
 class Drawing {
@@ -64,6 +65,8 @@ public:
     explicit Tile_Renderer(const Module_Choice& module) : session_(module) {}
 
     void draw(const Drawing& drawing, const Tile_Grid& grid, std::size_t tile, const Background& background);
+    // The drawing's options or attributes have changed.
+    void forget_options() noexcept { window_ = {0, -1, 0, -1}; }
     Session& session() noexcept { return session_; }
 
 private:

@@ -15,12 +15,17 @@ namespace {
 constexpr std::uint32_t none = 0xFFFFFFFF;
 // Triangles of a run in pictures of several tiles: a tile draws whole runs.
 constexpr std::size_t longest_run = 32;
+// Of a group of runs, but for longer runs: triangles, and pixels each way.
+constexpr std::uint32_t most_grouped = 64;
+constexpr std::int32_t widest_group = 48;
+// Vertices or triangles that threads prepare at a time.
+constexpr std::size_t least_part = 8192;
 
 } // namespace
 
 Scene_Renderer::Scene_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 base_color, bool own_colors, bool numbered,
                                unsigned threads)
-    : triangle_count_(mesh.triangle_count()) {
+    : triangle_count_(mesh.triangle_count()), threads_(threads) {
     const Strips strips = make_strips(mesh.triangles, static_cast<std::uint32_t>(mesh.positions.size()), threads,
                                       [&] { hides_backs_ = facing.hides_backs(); });
     strip_starts_ = strips.starts;
@@ -94,8 +99,7 @@ void Scene_Renderer::lay_out(const Mesh& mesh, const Facing& facing, const Strip
     });
 }
 
-Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place) const noexcept {
-    const bool front = faces_.face_viewer(place, camera_);
+Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place, bool front) const noexcept {
     if (!front && cull_backs_) {
         return Manner::hidden;
     }
@@ -115,44 +119,103 @@ Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place) const noexce
 void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const Model_Look& settings) {
     camera_ = camera;
     viewport_ = Viewport(grid.frame);
+    is_tiled_ = grid.count() > 1;
     flat_ = settings.shading == Shading::flat;
     unlit_ = settings.shading == Shading::hidden_line;
     numbers_only_ = settings.tint == Tint::numbers;
-    projection_.project(positions_, camera, grid.frame);
+    projection_.project(positions_, camera, grid.frame, threads_);
     cull_backs_ = settings.culling == Culling::back || (hides_backs_ && !projection_.any_before);
+    const Surfaces& tinted = flat_ ? faces_ : vertices_;
     if (!unlit_) {
-        tints_.set(flat_ ? faces_ : vertices_, !cull_backs_, camera, settings);
+        tints_.resize(tinted, !cull_backs_);
     }
-    bins_.start(grid);
-    cut_strips();
-    if (bins_.sorts()) {
-        for (std::size_t r = 0; r < runs_.size(); ++r) {
-            bins_.add(static_cast<std::uint32_t>(r), extent_of(runs_[r]));
+    // Tints and strips need the projection but not each other.
+    const std::size_t tints = unlit_ ? 0 : part_count(tinted.size(), threads_, least_part);
+    parts_.resize(part_count(strip_vertices_.size(), threads_, least_part));
+    const auto strip_at = [&](std::size_t part) {
+        const std::size_t place = strip_vertices_.size() * part / parts_.size();
+        return static_cast<std::size_t>(std::ranges::lower_bound(strip_starts_, place) - strip_starts_.begin());
+    };
+    share_tasks(parts_.size() + tints, threads_, [&](std::size_t task, std::size_t) {
+        if (task < parts_.size()) {
+            cut_strips(strip_at(task), strip_at(task + 1), grid, parts_[task]);
+        } else {
+            const std::size_t part = task - parts_.size();
+            tints_.set(tinted, tinted.size() * part / tints, tinted.size() * (part + 1) / tints, camera, settings);
         }
-        bins_.finish();
-    }
+    });
 }
 
-// Into runs of triangles of one manner. Faces seen from behind come first: at the outline of a body they have depths like those
-// of the faces that hide them, and of equal depths the one drawn last is seen.
-void Scene_Renderer::cut_strips() {
-    runs_.clear();
-    for (std::size_t s = 0; s < strip_count(); ++s) {
+void Scene_Renderer::Layer::start(const Tile_Grid& grid) {
+    runs.clear();
+    groups.clear();
+    bins.start(grid);
+    extent = {};
+    triangles = 0;
+}
+
+void Scene_Renderer::Layer::add(const Run& run, const Extent& reach) {
+    if (reach.is_empty()) {
+        return;
+    }
+    Extent both = extent;
+    both.join(reach);
+    if (triangles > 0 &&
+        (triangles + run.triangles > most_grouped || both.width() > widest_group || both.height() > widest_group)) {
+        close_group();
+        both = reach;
+    }
+    if (triangles == 0) {
+        groups.push_back({static_cast<std::uint32_t>(runs.size())});
+    }
+    runs.push_back(run);
+    extent = both;
+    triangles += run.triangles;
+}
+
+void Scene_Renderer::Layer::close_group() {
+    if (triangles > 0) {
+        groups.back().lies_in_one_tile = bins.add(static_cast<std::uint32_t>(groups.size() - 1), extent);
+    }
+    extent = {};
+    triangles = 0;
+}
+
+void Scene_Renderer::Layer::finish() {
+    close_group();
+    groups.push_back({static_cast<std::uint32_t>(runs.size())});
+    bins.finish();
+}
+
+// Into runs of triangles of one manner, those of faces seen from behind apart.
+void Scene_Renderer::cut_strips(std::size_t first_strip, std::size_t end_strip, const Tile_Grid& grid, Part& part) const {
+    for (Layer* layer : {&part.backs, &part.fronts}) {
+        layer->start(grid);
+    }
+    std::vector<std::uint8_t> fronts(strip_starts_[end_strip] - strip_starts_[first_strip]);
+    const std::size_t start = strip_starts_[first_strip];
+    faces_.face_viewer(start, fronts.size(), camera_, fronts.data());
+    const auto manner_at = [&](std::size_t place) { return manner_of(place, fronts[place - start] != 0); };
+    for (std::size_t s = first_strip; s < end_strip; ++s) {
         const std::size_t end = strip_starts_[s + 1] - 2;
         std::size_t first = strip_starts_[s];
-        Manner manner = manner_of(first);
+        Manner manner = manner_at(first);
         const auto finish = [&](std::size_t place) {
-            const std::size_t longest = !bins_.sorts() ? place - first : is_clipped(manner) ? 1 : longest_run;
-            for (; first < place; first += longest) {
-                if (manner != Manner::hidden) {
-                    runs_.push_back({static_cast<std::uint32_t>(first),
-                                     static_cast<std::uint32_t>(std::min(longest, place - first)), manner});
+            Layer& layer = is_back(manner) ? part.backs : part.fronts;
+            const std::size_t longest = !is_tiled_ ? place - first : is_clipped(manner) ? 1 : longest_run;
+            for (; first < place && manner != Manner::hidden; first += longest) {
+                const Run run{static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(std::min(longest, place - first)),
+                              manner};
+                if (is_tiled_) {
+                    layer.add(run, extent_of(run));
+                } else {
+                    layer.runs.push_back(run);
                 }
             }
             first = place;
         };
         for (std::size_t place = first + 1; place < end; ++place) {
-            const Manner next = manner_of(place);
+            const Manner next = manner_at(place);
             if (next != manner) {
                 finish(place);
                 manner = next;
@@ -160,14 +223,17 @@ void Scene_Renderer::cut_strips() {
         }
         finish(end);
     }
-    std::stable_partition(runs_.begin(), runs_.end(), [](const Run& run) { return is_back(run.manner); });
+    for (Layer* layer : {&part.backs, &part.fronts}) {
+        layer->finish();
+    }
 }
 
 Extent Scene_Renderer::extent_of(const Run& run) const {
     Extent extent;
     if (is_clipped(run.manner)) {
+        const Painting without_colors{false, true, numbers_, numbers_}; // which may not be there yet
         for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
-            const Clip_Polygon polygon = clipped(place, painting());
+            const Clip_Polygon polygon = clipped(place, without_colors);
             for (std::size_t i = 0; i < polygon.count; ++i) {
                 extent.include(device_point(polygon.vertices[i], place));
             }
@@ -202,48 +268,88 @@ VT_DCI_Point Scene_Renderer::device_point(const Clip_Vertex& vertex, std::size_t
                                                        static_cast<float>(p.z / p.w));
 }
 
-// Gathers the points and colours of runs and hands them over.
+// Gathers the points and colours of runs and draws them.
 class Scene_Renderer::Drawing {
 public:
     Drawing(const Scene_Renderer& scene, const Painting& painting, VT_Renderer_Data& renderer, const VT_Rendition& rendition)
-        : scene_(scene), painting_(painting), renderer_(renderer), rendition_(rendition) {}
+        : scene_(scene), painting_(painting), renderer_(renderer), rendition_(rendition), window_(rendition.window.rectangle) {}
 
-    void draw(const Run& run) {
+    // is_inside: the window.
+    void draw(const Run& run, bool is_inside) {
         if (is_clipped(run.manner)) {
             for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
                 draw_clipped(place);
             }
         } else {
-            draw_whole(run);
+            draw_whole(run, is_inside);
         }
     }
 
 private:
-    void draw_whole(const Run& run) {
-        const std::vector<VT_RGB32>& colors = run.manner == Manner::front ? painting_.front : painting_.back;
+    // The sides of the window that a point lies beyond. Points on the far edges of the last pixels lie inside.
+    std::uint16_t outcode(const VT_DCI_Point& p) const noexcept {
+        return static_cast<std::uint16_t>((p.x < window_.left) | (p.x > window_.right + 1) << 1 | (p.y < window_.bottom) << 2 |
+                                          (p.y > window_.top + 1) << 3);
+    }
+
+    void draw_whole(const Run& run, bool is_inside) {
         const std::size_t count = std::size_t{run.triangles} + 2;
         if (points_.size() < count) {
             points_.resize(count);
+            outcodes_.resize(count);
             colors_.resize(count);
         }
         const std::uint32_t* vertices = &scene_.strip_vertices_[run.first];
+        std::uint16_t outside = 0;
         for (std::size_t i = 0; i < count; ++i) {
             points_[i] = scene_.projection_.device_points[vertices[i]];
         }
-        const auto point_count = static_cast<std::int32_t>(count);
+        for (std::size_t i = 0; !is_inside && i < count; ++i) {
+            outcodes_[i] = outcode(points_[i]);
+            outside |= outcodes_[i];
+        }
+        if (!painting_.unlit && !painting_.flat) {
+            const std::vector<VT_RGB32>& colors = run.manner == Manner::front ? painting_.front : painting_.back;
+            for (std::size_t i = 0; i < count; ++i) {
+                colors_[i] = colors[vertices[i]];
+            }
+        }
+        if (outside == 0) {
+            draw_strip(run, 0, run.triangles);
+        } else {
+            draw_seen(run);
+        }
+    }
+
+    // The triangles that touch the window. Those that cross its border are drawn apart: of a strip that does, the renderer draws
+    // all triangles one by one.
+    void draw_seen(const Run& run) {
+        using vorna::Placement;
+        std::size_t first = 0;
+        Placement placement = vorna::placement_of(outcodes_.data());
+        for (std::size_t k = 1; k <= run.triangles; ++k) {
+            const Placement next = k < run.triangles ? vorna::placement_of(&outcodes_[k]) : placement;
+            if (next != placement || k == run.triangles) {
+                if (placement != Placement::outside) {
+                    draw_strip(run, first, k - first);
+                }
+                first = k;
+                placement = next;
+            }
+        }
+    }
+
+    void draw_strip(const Run& run, std::size_t first, std::size_t triangles) {
+        const auto count = static_cast<std::int32_t>(triangles + 2);
+        const VT_DCI_Point* points = &points_[first];
         if (painting_.unlit) {
-            VD_Draw_DCI_Polytriangle(renderer_, rendition_, point_count, points_.data());
-            return;
+            VD_Draw_DCI_Polytriangle(renderer_, rendition_, count, points);
+        } else if (painting_.flat) {
+            const std::vector<VT_RGB32>& colors = run.manner == Manner::front ? painting_.front : painting_.back;
+            VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, count, points, &colors[run.first + first], false);
+        } else {
+            VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, count, points, &colors_[first]);
         }
-        if (painting_.flat) {
-            VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, point_count, points_.data(), colors.data() + run.first,
-                                               false);
-            return;
-        }
-        for (std::size_t i = 0; i < count; ++i) {
-            colors_[i] = colors[vertices[i]];
-        }
-        VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, point_count, points_.data(), colors_.data());
     }
 
     void draw_clipped(std::size_t place) {
@@ -272,14 +378,32 @@ private:
     const Painting painting_;
     VT_Renderer_Data& renderer_;
     const VT_Rendition& rendition_;
+    const VT_Int_Rectangle window_;
     std::vector<VT_DCI_Point> points_;
+    std::vector<std::uint16_t> outcodes_;
     std::vector<VT_RGB32> colors_;
 };
 
+// Faces seen from behind come first: at the outline of a body they have depths like those of the faces that hide them, and of
+// equal depths the one drawn last is seen.
 void Scene_Renderer::draw_as(const Painting& painting, VT_Renderer_Data& renderer, const VT_Rendition& rendition,
                              std::size_t tile) const {
     Drawing drawing(*this, painting, renderer, rendition);
-    bins_.for_each(tile, runs_.size(), [&](std::size_t run) { drawing.draw(runs_[run]); });
+    for (Layer Part::*side : {&Part::backs, &Part::fronts}) {
+        for (const Part& part : parts_) {
+            const Layer& layer = part.*side;
+            if (!is_tiled_) {
+                std::ranges::for_each(layer.runs, [&](const Run& run) { drawing.draw(run, true); });
+                continue;
+            }
+            layer.bins.for_each(tile, layer.groups.size() - 1, [&](std::size_t group) {
+                const Layer::Group &first = layer.groups[group], &end = layer.groups[group + 1];
+                for (std::size_t run = first.first; run < end.first; ++run) {
+                    drawing.draw(layer.runs[run], first.lies_in_one_tile);
+                }
+            });
+        }
+    }
 }
 
 void Scene_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {

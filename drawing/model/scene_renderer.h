@@ -1,5 +1,4 @@
-// Draws a model through a renderer: transforms and lights its vertices, clips what crosses the view volume, and hands strips
-// over.
+// Draws a model through a renderer: transforms and lights its vertices, clips what crosses the view volume, and draws strips.
 #pragma once
 
 #include <array>
@@ -22,12 +21,12 @@ namespace vorna::drawing::model {
 class Scene_Renderer final : public Scene {
 public:
     // base_color: of vertices without a colour of their own; of all with own_colors off. numbered: whether draw_numbers is
-    // called. facing: of the mesh. The result does not depend on the number of threads.
+    // called. facing: of the mesh. threads: of the constructor and of prepare; the result does not depend on their number.
     Scene_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 base_color, bool own_colors, bool numbered = false,
                    unsigned threads = 1);
 
     const std::vector<VT_Vector>& points() const noexcept override { return points_; }
-    std::size_t triangle_count() const noexcept { return triangle_count_; }
+    std::size_t triangle_count() const noexcept override { return triangle_count_; }
     std::size_t strip_count() const noexcept { return strip_starts_.size() - 1; }
     std::string summary() const override;
 
@@ -53,11 +52,36 @@ private:
         std::uint32_t first, triangles;
         Manner manner;
     };
+    // Runs that are drawn one after the other. Tiles draw groups of them.
+    struct Layer {
+        struct Group {
+            std::uint32_t first; // run; the last group has none
+            bool lies_in_one_tile = false;
+        };
+
+        std::vector<Run> runs;
+        std::vector<Group> groups;
+        Tile_Bins bins; // of the groups
+
+        void start(const Tile_Grid& grid);
+        void finish();
+        // Adds a run to the last group, or to a new one.
+        void add(const Run& run, const Extent& extent);
+        void close_group();
+
+        // The last group.
+        Extent extent;
+        std::uint32_t triangles = 0;
+    };
+    // What some of the strips are cut into.
+    struct Part {
+        Layer backs, fronts;
+    };
     class Drawing;
 
     void lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips, unsigned threads);
-    Manner manner_of(std::size_t place) const noexcept;
-    void cut_strips();
+    Manner manner_of(std::size_t place, bool front) const noexcept;
+    void cut_strips(std::size_t first_strip, std::size_t end_strip, const Tile_Grid& grid, Part& part) const;
     Extent extent_of(const Run& run) const;
     Painting painting() const noexcept {
         return numbers_only_ ? number_painting() : Painting{flat_, unlit_, tints_.front, tints_.back};
@@ -76,16 +100,16 @@ private:
     Surfaces faces_;
     std::vector<VT_RGB32> numbers_; // by place, see draw_numbers
     std::size_t triangle_count_ = 0;
+    unsigned threads_;
     bool hides_backs_ = false;
 
     // Of the prepared picture.
     Camera camera_;
     Viewport viewport_{{}};
-    bool flat_ = false, unlit_ = false, numbers_only_ = false, cull_backs_ = false;
+    bool is_tiled_ = false, flat_ = false, unlit_ = false, numbers_only_ = false, cull_backs_ = false;
     Projected_Points projection_; // of vertices
     Surface_Tints tints_;         // see Painting
-    std::vector<Run> runs_;
-    Tile_Bins bins_;
+    std::vector<Part> parts_;     // in the order of the strips
 };
 
 } // namespace vorna::drawing::model

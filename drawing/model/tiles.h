@@ -41,7 +41,14 @@ struct Extent {
     void include(const VT_DCI_Point& p) noexcept {
         box = {std::min(box.left, p.x), std::max(box.right, p.x), std::min(box.bottom, p.y), std::max(box.top, p.y)};
     }
+    void join(const Extent& other) noexcept {
+        box = {std::min(box.left, other.box.left), std::max(box.right, other.box.right), std::min(box.bottom, other.box.bottom),
+               std::max(box.top, other.box.top)};
+    }
     bool is_empty() const noexcept { return box.left > box.right; }
+    // Of an extent that is not empty.
+    std::int32_t width() const noexcept { return box.right - box.left; }
+    std::int32_t height() const noexcept { return box.top - box.bottom; }
 };
 
 // Numbered things, sorted by the tiles whose windows they touch. In every tile they keep the order in which they were added.
@@ -50,7 +57,8 @@ public:
     // Forgets what was there. A single tile needs no sorting: it has everything. beside: how far pixels may lie outside extents.
     void start(const Tile_Grid& grid, std::int32_t beside = 0);
     bool sorts() const noexcept { return tile_count_ > 1; }
-    void add(std::uint32_t item, const Extent& extent);
+    // Returns whether the item lies wholly in one tile.
+    bool add(std::uint32_t item, const Extent& extent);
     void finish();
 
     // Calls visit(item) for the items of a tile; total: how many there are in all.
