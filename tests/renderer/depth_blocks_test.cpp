@@ -25,9 +25,8 @@ public:
     Blocks_Beside_None(const Renderer_Setup& setup, const std::string& kernels)
         : size_(setup.size), with_(setup, kernels), without_(setup, kernels) {
         with_->requested_table.add(VT_Option("Depth Blocks", 0, true));
-        for_both([](Test_Renderer& renderer) {
-            renderer->requested_table.add(VT_Option("Scissor Rows", 0, VT_Pointer(nullptr)));
-        });
+        for_both(
+            [](Test_Renderer& renderer) { renderer->requested_table.add(VT_Option("Scissor Rows", 0, VT_Pointer(nullptr))); });
         establish();
     }
 
