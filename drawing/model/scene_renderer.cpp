@@ -6,8 +6,6 @@
 
 #include "drawing/files/helpers.h"
 #include "drawing/model/vectors.h"
-#include "host/strip.h"
-#include "vorna/draw.h"
 
 namespace vorna::drawing::model {
 namespace {
@@ -119,7 +117,7 @@ Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place, bool front) 
 void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const Model_Look& settings) {
     camera_ = camera;
     viewport_ = Viewport(grid.frame);
-    is_tiled_ = grid.count() > 1;
+    grid_ = grid.count() > 1 ? std::optional(grid) : std::nullopt;
     flat_ = settings.shading == Shading::flat;
     unlit_ = settings.shading == Shading::hidden_line;
     numbers_only_ = settings.tint == Tint::numbers;
@@ -146,51 +144,50 @@ void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const 
     });
 }
 
-void Scene_Renderer::Layer::start(const Tile_Grid& grid) {
-    runs.clear();
-    groups.clear();
-    bins.start(grid);
-    extent = {};
-    triangles = 0;
+void Scene_Renderer::add(Layer& layer, const Run& run) const {
+    if (layer.last_triangles == 0) {
+        layer.groups.push_back({static_cast<std::uint32_t>(layer.runs.size())});
+    }
+    layer.runs.push_back(run);
+    layer.last_triangles += run.triangles;
+    if (layer.last_triangles >= most_grouped) {
+        close_group(layer);
+    }
 }
 
-void Scene_Renderer::Layer::add(const Run& run, const Extent& reach) {
-    if (reach.is_empty()) {
+// Runs that lie far apart become groups of their own.
+void Scene_Renderer::close_group(Layer& layer) const {
+    if (layer.last_triangles == 0) {
         return;
     }
-    Extent both = extent;
-    both.join(reach);
-    if (triangles > 0 &&
-        (triangles + run.triangles > most_grouped || both.width() > widest_group || both.height() > widest_group)) {
-        close_group();
-        both = reach;
+    layer.last_triangles = 0;
+    const auto sort_group = [&layer](const Extent& extent) {
+        layer.groups.back().lies_in_one_tile = layer.bins.add(static_cast<std::uint32_t>(layer.groups.size() - 1), extent);
+    };
+    const std::uint32_t first = layer.groups.back().first;
+    Extent extent;
+    for (std::size_t run = first; run < layer.runs.size(); ++run) {
+        include(extent, layer.runs[run]);
     }
-    if (triangles == 0) {
-        groups.push_back({static_cast<std::uint32_t>(runs.size())});
+    if (extent.is_empty() || std::max(extent.width(), extent.height()) <= widest_group) {
+        sort_group(extent);
+        return;
     }
-    runs.push_back(run);
-    extent = both;
-    triangles += run.triangles;
-}
-
-void Scene_Renderer::Layer::close_group() {
-    if (triangles > 0) {
-        groups.back().lies_in_one_tile = bins.add(static_cast<std::uint32_t>(groups.size() - 1), extent);
+    layer.groups.pop_back();
+    for (std::uint32_t run = first; run < layer.runs.size(); ++run) {
+        Extent own;
+        include(own, layer.runs[run]);
+        layer.groups.push_back({run});
+        sort_group(own);
     }
-    extent = {};
-    triangles = 0;
-}
-
-void Scene_Renderer::Layer::finish() {
-    close_group();
-    groups.push_back({static_cast<std::uint32_t>(runs.size())});
-    bins.finish();
 }
 
 // Into runs of triangles of one manner, those of faces seen from behind apart.
 void Scene_Renderer::cut_strips(std::size_t first_strip, std::size_t end_strip, const Tile_Grid& grid, Part& part) const {
     for (Layer* layer : {&part.backs, &part.fronts}) {
-        layer->start(grid);
+        layer->runs.clear();
+        layer->groups.clear();
+        layer->bins.start(grid);
     }
     std::vector<std::uint8_t> fronts(strip_starts_[end_strip] - strip_starts_[first_strip]);
     const std::size_t start = strip_starts_[first_strip];
@@ -202,12 +199,12 @@ void Scene_Renderer::cut_strips(std::size_t first_strip, std::size_t end_strip, 
         Manner manner = manner_at(first);
         const auto finish = [&](std::size_t place) {
             Layer& layer = is_back(manner) ? part.backs : part.fronts;
-            const std::size_t longest = !is_tiled_ ? place - first : is_clipped(manner) ? 1 : longest_run;
+            const std::size_t longest = !grid_ ? place - first : is_clipped(manner) ? 1 : longest_run;
             for (; first < place && manner != Manner::hidden; first += longest) {
                 const Run run{static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(std::min(longest, place - first)),
                               manner};
-                if (is_tiled_) {
-                    layer.add(run, extent_of(run));
+                if (grid_) {
+                    add(layer, run);
                 } else {
                     layer.runs.push_back(run);
                 }
@@ -224,26 +221,27 @@ void Scene_Renderer::cut_strips(std::size_t first_strip, std::size_t end_strip, 
         finish(end);
     }
     for (Layer* layer : {&part.backs, &part.fronts}) {
-        layer->finish();
+        close_group(*layer);
+        layer->groups.push_back({static_cast<std::uint32_t>(layer->runs.size())});
+        layer->bins.finish();
     }
 }
 
-Extent Scene_Renderer::extent_of(const Run& run) const {
-    Extent extent;
-    if (is_clipped(run.manner)) {
-        const Painting without_colors{false, true, numbers_, numbers_}; // which may not be there yet
-        for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
-            const Clip_Polygon polygon = clipped(place, without_colors);
-            for (std::size_t i = 0; i < polygon.count; ++i) {
-                extent.include(device_point(polygon.vertices[i], place));
-            }
+void Scene_Renderer::include(Extent& extent, const Run& run) const {
+    if (!is_clipped(run.manner)) {
+        const std::uint32_t* vertices = &strip_vertices_[run.first];
+        for (std::size_t i = 0; i < std::size_t{run.triangles} + 2; ++i) {
+            extent.include(projection_.device_points[vertices[i]]);
         }
-    } else {
-        for (std::size_t place = run.first; place < run.first + run.triangles + 2; ++place) {
-            extent.include(projection_.device_points[strip_vertices_[place]]);
+        return;
+    }
+    const Painting without_colors{false, true, numbers_, numbers_}; // which may not be there yet
+    for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
+        const Clip_Polygon polygon = clipped(place, without_colors);
+        for (std::size_t i = 0; i < polygon.count; ++i) {
+            extent.include(device_point(polygon.vertices[i], place));
         }
     }
-    return extent;
 }
 
 // What is inside the view volume of a triangle that crosses it.
@@ -266,152 +264,6 @@ VT_DCI_Point Scene_Renderer::device_point(const Clip_Vertex& vertex, std::size_t
     return vertex.corner >= 0 ? projection_.device_points[strip_vertices_[place + static_cast<std::size_t>(vertex.corner)]]
                               : viewport_.device_point(static_cast<float>(p.x / p.w), static_cast<float>(p.y / p.w),
                                                        static_cast<float>(p.z / p.w));
-}
-
-// Gathers the points and colours of runs and draws them.
-class Scene_Renderer::Drawing {
-public:
-    Drawing(const Scene_Renderer& scene, const Painting& painting, VT_Renderer_Data& renderer, const VT_Rendition& rendition)
-        : scene_(scene), painting_(painting), renderer_(renderer), rendition_(rendition), window_(rendition.window.rectangle) {}
-
-    // is_inside: the window.
-    void draw(const Run& run, bool is_inside) {
-        if (is_clipped(run.manner)) {
-            for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
-                draw_clipped(place);
-            }
-        } else {
-            draw_whole(run, is_inside);
-        }
-    }
-
-private:
-    // The sides of the window that a point lies beyond. Points on the far edges of the last pixels lie inside.
-    std::uint16_t outcode(const VT_DCI_Point& p) const noexcept {
-        return static_cast<std::uint16_t>((p.x < window_.left) | (p.x > window_.right + 1) << 1 | (p.y < window_.bottom) << 2 |
-                                          (p.y > window_.top + 1) << 3);
-    }
-
-    void draw_whole(const Run& run, bool is_inside) {
-        const std::size_t count = std::size_t{run.triangles} + 2;
-        if (points_.size() < count) {
-            points_.resize(count);
-            outcodes_.resize(count);
-            colors_.resize(count);
-        }
-        const std::uint32_t* vertices = &scene_.strip_vertices_[run.first];
-        std::uint16_t outside = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            points_[i] = scene_.projection_.device_points[vertices[i]];
-        }
-        for (std::size_t i = 0; !is_inside && i < count; ++i) {
-            outcodes_[i] = outcode(points_[i]);
-            outside |= outcodes_[i];
-        }
-        if (!painting_.unlit && !painting_.flat) {
-            const std::vector<VT_RGB32>& colors = run.manner == Manner::front ? painting_.front : painting_.back;
-            for (std::size_t i = 0; i < count; ++i) {
-                colors_[i] = colors[vertices[i]];
-            }
-        }
-        if (outside == 0) {
-            draw_strip(run, 0, run.triangles);
-        } else {
-            draw_seen(run);
-        }
-    }
-
-    // The triangles that touch the window. Those that cross its border are drawn apart: of a strip that does, the renderer draws
-    // all triangles one by one.
-    void draw_seen(const Run& run) {
-        using vorna::Placement;
-        std::size_t first = 0;
-        Placement placement = vorna::placement_of(outcodes_.data());
-        for (std::size_t k = 1; k <= run.triangles; ++k) {
-            const Placement next = k < run.triangles ? vorna::placement_of(&outcodes_[k]) : placement;
-            if (next != placement || k == run.triangles) {
-                if (placement != Placement::outside) {
-                    draw_strip(run, first, k - first);
-                }
-                first = k;
-                placement = next;
-            }
-        }
-    }
-
-    void draw_strip(const Run& run, std::size_t first, std::size_t triangles) {
-        const auto count = static_cast<std::int32_t>(triangles + 2);
-        const VT_DCI_Point* points = &points_[first];
-        if (painting_.unlit) {
-            VD_Draw_DCI_Polytriangle(renderer_, rendition_, count, points);
-        } else if (painting_.flat) {
-            const std::vector<VT_RGB32>& colors = run.manner == Manner::front ? painting_.front : painting_.back;
-            VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, count, points, &colors[run.first + first], false);
-        } else {
-            VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, count, points, &colors_[first]);
-        }
-    }
-
-    void draw_clipped(std::size_t place) {
-        const Clip_Polygon polygon = scene_.clipped(place, painting_);
-        if (polygon.count < 3) {
-            return;
-        }
-        std::array<VT_DCI_Point, 9> points;
-        std::array<VT_RGB32, 9> colors;
-        const auto count = static_cast<std::int32_t>(polygon.count);
-        for (std::int32_t i = 0; i < count; ++i) {
-            const Clip_Vertex& vertex = polygon.vertices[static_cast<std::size_t>(strip_order(i, count))];
-            points[static_cast<std::size_t>(i)] = scene_.device_point(vertex, place);
-            colors[static_cast<std::size_t>(i)] = vertex.color;
-        }
-        if (painting_.unlit) {
-            VD_Draw_DCI_Polytriangle(renderer_, rendition_, count, points.data());
-        } else if (painting_.flat) {
-            VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, count, points.data(), colors.data(), true);
-        } else {
-            VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, count, points.data(), colors.data());
-        }
-    }
-
-    const Scene_Renderer& scene_;
-    const Painting painting_;
-    VT_Renderer_Data& renderer_;
-    const VT_Rendition& rendition_;
-    const VT_Int_Rectangle window_;
-    std::vector<VT_DCI_Point> points_;
-    std::vector<std::uint16_t> outcodes_;
-    std::vector<VT_RGB32> colors_;
-};
-
-// Faces seen from behind come first: at the outline of a body they have depths like those of the faces that hide them, and of
-// equal depths the one drawn last is seen.
-void Scene_Renderer::draw_as(const Painting& painting, VT_Renderer_Data& renderer, const VT_Rendition& rendition,
-                             std::size_t tile) const {
-    Drawing drawing(*this, painting, renderer, rendition);
-    for (Layer Part::*side : {&Part::backs, &Part::fronts}) {
-        for (const Part& part : parts_) {
-            const Layer& layer = part.*side;
-            if (!is_tiled_) {
-                std::ranges::for_each(layer.runs, [&](const Run& run) { drawing.draw(run, true); });
-                continue;
-            }
-            layer.bins.for_each(tile, layer.groups.size() - 1, [&](std::size_t group) {
-                const Layer::Group &first = layer.groups[group], &end = layer.groups[group + 1];
-                for (std::size_t run = first.first; run < end.first; ++run) {
-                    drawing.draw(layer.runs[run], first.lies_in_one_tile);
-                }
-            });
-        }
-    }
-}
-
-void Scene_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
-    draw_as(painting(), renderer, rendition, tile);
-}
-
-void Scene_Renderer::draw_numbers(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
-    draw_as(number_painting(), renderer, rendition, tile);
 }
 
 } // namespace vorna::drawing::model

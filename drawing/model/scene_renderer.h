@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "drawing/model/camera.h"
@@ -63,15 +64,7 @@ private:
         std::vector<Group> groups;
         Tile_Bins bins; // of the groups
 
-        void start(const Tile_Grid& grid);
-        void finish();
-        // Adds a run to the last group, or to a new one.
-        void add(const Run& run, const Extent& extent);
-        void close_group();
-
-        // The last group.
-        Extent extent;
-        std::uint32_t triangles = 0;
+        std::uint32_t last_triangles = 0; // of the last group
     };
     // What some of the strips are cut into.
     struct Part {
@@ -82,7 +75,9 @@ private:
     void lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips, unsigned threads);
     Manner manner_of(std::size_t place, bool front) const noexcept;
     void cut_strips(std::size_t first_strip, std::size_t end_strip, const Tile_Grid& grid, Part& part) const;
-    Extent extent_of(const Run& run) const;
+    void add(Layer& layer, const Run& run) const;
+    void close_group(Layer& layer) const;
+    void include(Extent& extent, const Run& run) const;
     Painting painting() const noexcept {
         return numbers_only_ ? number_painting() : Painting{flat_, unlit_, tints_.front, tints_.back};
     }
@@ -106,7 +101,8 @@ private:
     // Of the prepared picture.
     Camera camera_;
     Viewport viewport_{{}};
-    bool is_tiled_ = false, flat_ = false, unlit_ = false, numbers_only_ = false, cull_backs_ = false;
+    std::optional<Tile_Grid> grid_; // none = a single tile
+    bool flat_ = false, unlit_ = false, numbers_only_ = false, cull_backs_ = false;
     Projected_Points projection_; // of vertices
     Surface_Tints tints_;         // see Painting
     std::vector<Part> parts_;     // in the order of the strips
