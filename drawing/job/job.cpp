@@ -190,18 +190,33 @@ void Job::refuse_blank() {
     }
 }
 
-Image Job::make_image() {
+void Job::draw_all_tiles(const std::function<void(Worker&, std::size_t)>& take) {
     add_workers(plan_.threads);
     prepare(0);
-    std::vector<std::uint8_t> samples(form_.height * form_.row_bytes());
-    const Row_Places places(samples.data(), form_.row_bytes(), form_.height);
     const std::vector<std::size_t> order = model::tiles_from_middle(plan_.grid);
     share_tasks(order.size(), plan_.threads, [&](std::size_t task, std::size_t thread) {
         const std::size_t tile = order[task];
-        draw_tile(worker_of(thread), tile);
-        store_tile(worker_of(thread), tile, places);
+        Worker& worker = worker_of(thread);
+        draw_tile(worker, tile);
+        take(worker, tile);
     });
+}
+
+void Job::draw_frame(const Take_Tile& take) {
+    draw_all_tiles([&](Worker& worker, std::size_t tile) {
+        take(worker.renderer.session(), plan_.grid.window(tile), plan_.grid.pixels(tile));
+    });
+}
+
+void Job::make_samples(std::uint8_t* samples) {
+    const Row_Places places(samples, form_.row_bytes(), form_.height);
+    draw_all_tiles([&](Worker& worker, std::size_t tile) { store_tile(worker, tile, places); });
     refuse_blank();
+}
+
+Image Job::make_image() {
+    std::vector<std::uint8_t> samples(form_.height * form_.row_bytes());
+    make_samples(samples.data());
     Image image(static_cast<std::int32_t>(form_.width), static_cast<std::int32_t>(form_.height));
     const bool indexed = form_.colors == Image_Form::Colors::palette;
     for (std::size_t i = 0; i < image.pixels.size(); ++i) {

@@ -13,9 +13,8 @@ namespace {
 constexpr std::uint32_t none = 0xFFFFFFFF;
 // Triangles of a run in pictures of several tiles: a tile draws whole runs.
 constexpr std::size_t longest_run = 32;
-// Of a group of runs, but for longer runs: triangles, and pixels each way.
-constexpr std::uint32_t most_grouped = 64;
-constexpr std::int32_t widest_group = 48;
+// Places of a block, see Layer.
+constexpr std::size_t block_places = 64;
 // Vertices or triangles that threads prepare at a time.
 constexpr std::size_t least_part = 8192;
 
@@ -28,6 +27,7 @@ Scene_Renderer::Scene_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 
                                       [&] { hides_backs_ = facing.hides_backs(); });
     strip_starts_ = strips.starts;
     lay_out(mesh, facing, strips, threads);
+    make_boxes(threads);
     if (numbered) {
         numbers_.resize(strips.triangle_order.size());
         std::ranges::transform(strips.triangle_order, numbers_.begin(),
@@ -144,32 +144,80 @@ void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const 
     });
 }
 
-void Scene_Renderer::add(Layer& layer, const Run& run) const {
-    if (layer.last_triangles == 0) {
-        layer.groups.push_back({static_cast<std::uint32_t>(layer.runs.size())});
-    }
-    layer.runs.push_back(run);
-    layer.last_triangles += run.triangles;
-    if (layer.last_triangles >= most_grouped) {
-        close_group(layer);
-    }
+void Scene_Renderer::make_boxes(unsigned threads) {
+    boxes_.resize((strip_vertices_.size() + block_places - 1) / block_places);
+    share_range(boxes_.size(), threads, [&](std::size_t first, std::size_t end) {
+        for (std::size_t b = first; b < end; ++b) {
+            const std::size_t last_place = std::min((b + 1) * block_places + longest_run + 1, strip_vertices_.size());
+            Box box{points_[strip_vertices_[b * block_places]], points_[strip_vertices_[b * block_places]]};
+            for (std::size_t place = b * block_places; place < last_place; ++place) {
+                const VT_Vector& p = points_[strip_vertices_[place]];
+                box.low = {std::min(box.low.x, p.x), std::min(box.low.y, p.y), std::min(box.low.z, p.z)};
+                box.high = {std::max(box.high.x, p.x), std::max(box.high.y, p.y), std::max(box.high.z, p.z)};
+            }
+            boxes_[b] = box;
+        }
+    });
 }
 
-// Runs that lie far apart become groups of their own.
+// Of a box inside the view volume, else empty. A pixel more to each side for rounding.
+Extent Scene_Renderer::extent_of(const Box& box) const {
+    const auto& m = camera_.clip_from_model.m;
+    double parts[4][3][2]; // of each clip coordinate: by axis, at the low and the high end
+    for (int r = 0; r < 4; ++r) {
+        parts[r][0][0] = m[r][0] * box.low.x;
+        parts[r][0][1] = m[r][0] * box.high.x;
+        parts[r][1][0] = m[r][1] * box.low.y;
+        parts[r][1][1] = m[r][1] * box.high.y;
+        parts[r][2][0] = m[r][2] * box.low.z + m[r][3];
+        parts[r][2][1] = m[r][2] * box.high.z + m[r][3];
+    }
+    double left = 1, right = -1, bottom = 1, top = -1;
+    for (unsigned corner = 0; corner < 8; ++corner) {
+        const auto clip = [&](int r) {
+            return parts[r][0][corner & 1] + parts[r][1][corner >> 1 & 1] + parts[r][2][corner >> 2];
+        };
+        const double w = clip(3), x = clip(0) / w, y = clip(1) / w, z = clip(2) / w;
+        if (!(w > 0 && x >= -1 && x <= 1 && y >= -1 && y <= 1 && z >= 0 && z <= 1)) {
+            return {};
+        }
+        left = std::min(left, x);
+        right = std::max(right, x);
+        bottom = std::min(bottom, y);
+        top = std::max(top, y);
+    }
+    const auto point = [&](double x, double y) {
+        return viewport_.device_point(static_cast<float>(x), static_cast<float>(y), 0);
+    };
+    const VT_DCI_Point low = point(left, bottom), high = point(right, top);
+    Extent extent;
+    extent.box = {low.x - 1, high.x + 1, low.y - 1, high.y + 1};
+    return extent;
+}
+
+void Scene_Renderer::add(Layer& layer, const Run& run) const {
+    const std::size_t block = run.first / block_places;
+    if (block != layer.open_block) {
+        close_group(layer);
+        layer.groups.push_back({static_cast<std::uint32_t>(layer.runs.size())});
+        layer.open_block = block;
+    }
+    layer.runs.push_back(run);
+}
+
+// Runs whose box is large or reaches out of the view volume become groups of their own.
 void Scene_Renderer::close_group(Layer& layer) const {
-    if (layer.last_triangles == 0) {
+    if (layer.open_block == Layer::no_block) {
         return;
     }
-    layer.last_triangles = 0;
     const auto sort_group = [&layer](const Extent& extent) {
         layer.groups.back().lies_in_one_tile = layer.bins.add(static_cast<std::uint32_t>(layer.groups.size() - 1), extent);
     };
     const std::uint32_t first = layer.groups.back().first;
-    Extent extent;
-    for (std::size_t run = first; run < layer.runs.size(); ++run) {
-        include(extent, layer.runs[run]);
-    }
-    if (extent.is_empty() || std::max(extent.width(), extent.height()) <= widest_group) {
+    const Extent extent = extent_of(boxes_[layer.open_block]);
+    layer.open_block = Layer::no_block;
+    const std::int32_t widest = std::min(grid_->tile_size.x, grid_->tile_size.y) / 4;
+    if (!extent.is_empty() && std::max(extent.width(), extent.height()) <= widest) {
         sort_group(extent);
         return;
     }

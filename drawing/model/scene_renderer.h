@@ -53,8 +53,9 @@ private:
         std::uint32_t first, triangles;
         Manner manner;
     };
-    // Runs that are drawn one after the other. Tiles draw groups of them.
+    // Runs that are drawn one after the other. Tiles draw groups of them, each of runs that begin in one block of places.
     struct Layer {
+        static constexpr std::size_t no_block = SIZE_MAX;
         struct Group {
             std::uint32_t first; // run; the last group has none
             bool lies_in_one_tile = false;
@@ -64,7 +65,7 @@ private:
         std::vector<Group> groups;
         Tile_Bins bins; // of the groups
 
-        std::uint32_t last_triangles = 0; // of the last group
+        std::size_t open_block = no_block; // that the runs of the last group begin in
     };
     // What some of the strips are cut into.
     struct Part {
@@ -75,6 +76,13 @@ private:
     void lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips, unsigned threads);
     Manner manner_of(std::size_t place, bool front) const noexcept;
     void cut_strips(std::size_t first_strip, std::size_t end_strip, const Tile_Grid& grid, Part& part) const;
+    // Around the points of the runs that begin in a block of places.
+    struct Box {
+        VT_Vector low, high;
+    };
+
+    void make_boxes(unsigned threads);
+    Extent extent_of(const Box& box) const;
     void add(Layer& layer, const Run& run) const;
     void close_group(Layer& layer) const;
     void include(Extent& extent, const Run& run) const;
@@ -93,6 +101,7 @@ private:
     // By place in the strips: the vertex, and the face that begins there.
     std::vector<std::uint32_t> strip_vertices_, strip_starts_;
     Surfaces faces_;
+    std::vector<Box> boxes_;
     std::vector<VT_RGB32> numbers_; // by place, see draw_numbers
     std::size_t triangle_count_ = 0;
     unsigned threads_;
