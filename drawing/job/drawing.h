@@ -18,6 +18,7 @@ using model::Tile_Grid;
 struct Drawing_Needs {
     std::int32_t beyond = 0;           // columns and rows of the frame to the right of the image and above it
     std::int32_t margin = 0;           // of tiles, see Tile_Grid
+    std::int32_t spare = 0;            // with it, for what reaches over the border of a tile; a multiple of 8
     std::int32_t overhang = 0;         // columns and rows by which points of device shapes may lie outside the frame
     std::string one_piece;             // why it can be drawn as one tile only; empty = it can be cut
     std::uint64_t pixel_memory = 4;    // bytes of a renderer's buffers for each pixel of the window

@@ -20,6 +20,7 @@ std::optional<Tile_Grid> Frame_Drawer::shared_grid(const Drawing& drawing, VT_In
     request.part.size = size;
     request.beyond = needs.beyond;
     request.margin = needs.margin;
+    request.spare = needs.spare;
     request.threads = threads_;
     request.work = needs.one_piece.empty() ? needs.work : 0;
     return drawing::shared_grid(request);
@@ -31,7 +32,9 @@ void Frame_Drawer::draw(const Drawing& drawing, const Tile_Grid& grid, const Bac
     for (std::size_t thread = 0; thread < threads_used_; ++thread) {
         renderer_of(thread);
     }
-    share_tasks(grid.count(), threads_used_, [&](std::size_t tile, std::size_t thread) {
+    const std::vector<std::size_t> order = model::tiles_from_middle(grid);
+    share_tasks(order.size(), threads_used_, [&](std::size_t task, std::size_t thread) {
+        const std::size_t tile = order[task];
         Tile_Renderer& renderer = *renderers_[thread];
         renderer.draw(drawing, grid, tile, background);
         const VT_Int_Rectangle kept = grid.pixels(tile);

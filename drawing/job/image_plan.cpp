@@ -39,7 +39,10 @@ model::Tile_Grid grid_of(const Plan_Request& request, VT_Int_Pair tile_size) {
             return std::min(most * n, ((length - 1) / count / eight + 1) * eight);
         };
         grid.tile_size = {side(grid.area.left, grid.area.right, tile_size.x), side(grid.area.bottom, grid.area.top, tile_size.y)};
-        grid.margin = request.margin;
+        // Of small tiles it would be too large a part.
+        constexpr std::int32_t least_side = 256;
+        grid.spare = !request.tile_size && std::min(grid.tile_size.x, grid.tile_size.y) >= least_side ? request.spare : 0;
+        grid.margin = request.margin + grid.spare;
     } else {
         grid.margin = request.single_margin;
     }

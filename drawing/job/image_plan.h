@@ -25,6 +25,7 @@ struct Plan_Request {
     Image_Form form;                       // of the file with it
     std::int32_t beyond = 0;               // columns and rows of the frame to the right of the image and above it
     std::int32_t margin = 0;               // that tiles need
+    std::int32_t spare = 0;                // of tiles besides, see Tile_Grid
     std::int32_t single_margin = 0;        // of an image that is a single tile; a multiple of 8
     std::optional<std::int32_t> tile_size; // in pixels of the image, a multiple of 8
     std::string one_piece;                 // why only one tile will do; empty = any number

@@ -70,6 +70,7 @@ void Job::make_plan() {
                          .form = form_,
                          .beyond = needs_.beyond,
                          .margin = needs_.margin,
+                         .spare = needs_.spare,
                          // Replays accept device points in the window only.
                          .single_margin = settings_.record.empty() ? 0 : (needs_.overhang + 7) / 8 * 8,
                          .tile_size = std::nullopt,
@@ -135,7 +136,9 @@ void Job::draw_tile(Worker& worker, std::size_t tile) const {
 // Draws all tiles and keeps none; a single tile stays in its renderer.
 void Job::draw_tiles_for_measuring() {
     times_.tiles.resize(plan_.grid.count(), std::numeric_limits<double>::infinity());
-    share_tasks(plan_.grid.count(), plan_.threads, [this](std::size_t tile, std::size_t thread) {
+    const std::vector<std::size_t> order = model::tiles_from_middle(plan_.grid);
+    share_tasks(order.size(), plan_.threads, [&](std::size_t task, std::size_t thread) {
+        const std::size_t tile = order[task];
         const auto start = Clock::now();
         draw_tile(worker_of(thread), tile);
         const double taken = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
@@ -187,24 +190,27 @@ void Job::refuse_blank() {
     }
 }
 
-void Job::draw_frame(const Take_Tile& take) {
+void Job::draw_all_tiles(const std::function<void(Worker&, std::size_t)>& take) {
     add_workers(plan_.threads);
     prepare(0);
-    share_tasks(plan_.grid.count(), plan_.threads, [&](std::size_t tile, std::size_t thread) {
+    const std::vector<std::size_t> order = model::tiles_from_middle(plan_.grid);
+    share_tasks(order.size(), plan_.threads, [&](std::size_t task, std::size_t thread) {
+        const std::size_t tile = order[task];
         Worker& worker = worker_of(thread);
         draw_tile(worker, tile);
+        take(worker, tile);
+    });
+}
+
+void Job::draw_frame(const Take_Tile& take) {
+    draw_all_tiles([&](Worker& worker, std::size_t tile) {
         take(worker.renderer.session(), plan_.grid.window(tile), plan_.grid.pixels(tile));
     });
 }
 
 void Job::make_samples(std::uint8_t* samples) {
-    add_workers(plan_.threads);
-    prepare(0);
     const Row_Places places(samples, form_.row_bytes(), form_.height);
-    share_tasks(plan_.grid.count(), plan_.threads, [&](std::size_t tile, std::size_t thread) {
-        draw_tile(worker_of(thread), tile);
-        store_tile(worker_of(thread), tile, places);
-    });
+    draw_all_tiles([&](Worker& worker, std::size_t tile) { store_tile(worker, tile, places); });
     refuse_blank();
 }
 

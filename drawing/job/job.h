@@ -106,6 +106,8 @@ private:
     void prepare(std::int32_t frame) { drawing_.prepare(plan_.grid, settings_.supersample, frame); }
     void draw_tile(Worker& worker, std::size_t tile) const;
     void draw_tiles_for_measuring();
+    // Calls take for each tile of the only frame in the thread that has drawn it.
+    void draw_all_tiles(const std::function<void(Worker&, std::size_t)>& take);
     void store_tile(Worker& worker, std::size_t tile, const Row_Places& places);
     bool is_covered();
     void refuse_blank();

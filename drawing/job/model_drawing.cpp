@@ -67,6 +67,7 @@ Drawing_Needs model_needs(const Drawn_Parts& parts, const Model_Look& look, VT_I
     const double pixels = static_cast<double>(size.x) * size.y * enlarged * enlarged;
     return {.beyond = 1,
             .margin = std::max(margin(parts.edges, look.edges), margin(parts.lines, look.lines)),
+            .spare = parts.faces ? 16 : 0,
             .overhang = std::max({parts.points ? parts.points->size_in(size, look.points) * enlarged : 0,
                                   parts.lines ? model::Edge_Pen::points_beside(look.lines) : 0,
                                   parts.edges ? model::Edge_Pen::points_beside(look.edges) : 0}),
@@ -207,6 +208,7 @@ Drawing_Needs Model_Drawing::needs(VT_Int_Pair size, std::int32_t supersample) c
     if (parts_.studio) {
         const double pixels = static_cast<double>(size.x) * size.y * supersample * supersample;
         needs.margin = std::max(needs.margin, Studio::tile_margin(size.y, supersample));
+        needs.spare = 0; // the margin is large
         needs.pixel_memory += Studio_Planes::pixel_memory;
         needs.thread_memory = Studio_Planes::other_memory;
         needs.prepared_memory += parts_.studio->prepared_memory();

@@ -6,8 +6,6 @@
 
 #include "drawing/files/helpers.h"
 #include "drawing/model/vectors.h"
-#include "host/strip.h"
-#include "vorna/draw.h"
 
 namespace vorna::drawing::model {
 namespace {
@@ -15,9 +13,8 @@ namespace {
 constexpr std::uint32_t none = 0xFFFFFFFF;
 // Triangles of a run in pictures of several tiles: a tile draws whole runs.
 constexpr std::size_t longest_run = 32;
-// Of a group of runs, but for longer runs: triangles, and pixels each way.
-constexpr std::uint32_t most_grouped = 64;
-constexpr std::int32_t widest_group = 48;
+// Places of a block, see Layer.
+constexpr std::size_t block_places = 64;
 // Vertices or triangles that threads prepare at a time.
 constexpr std::size_t least_part = 8192;
 
@@ -30,6 +27,7 @@ Scene_Renderer::Scene_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 
                                       [&] { hides_backs_ = facing.hides_backs(); });
     strip_starts_ = strips.starts;
     lay_out(mesh, facing, strips, threads);
+    make_boxes(threads);
     if (numbered) {
         numbers_.resize(strips.triangle_order.size());
         std::ranges::transform(strips.triangle_order, numbers_.begin(),
@@ -119,7 +117,7 @@ Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place, bool front) 
 void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const Model_Look& settings) {
     camera_ = camera;
     viewport_ = Viewport(grid.frame);
-    is_tiled_ = grid.count() > 1;
+    grid_ = grid.count() > 1 ? std::optional(grid) : std::nullopt;
     flat_ = settings.shading == Shading::flat;
     unlit_ = settings.shading == Shading::hidden_line;
     numbers_only_ = settings.tint == Tint::numbers;
@@ -146,51 +144,98 @@ void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const 
     });
 }
 
-void Scene_Renderer::Layer::start(const Tile_Grid& grid) {
-    runs.clear();
-    groups.clear();
-    bins.start(grid);
-    extent = {};
-    triangles = 0;
+void Scene_Renderer::make_boxes(unsigned threads) {
+    boxes_.resize((strip_vertices_.size() + block_places - 1) / block_places);
+    share_range(boxes_.size(), threads, [&](std::size_t first, std::size_t end) {
+        for (std::size_t b = first; b < end; ++b) {
+            const std::size_t last_place = std::min((b + 1) * block_places + longest_run + 1, strip_vertices_.size());
+            Box box{points_[strip_vertices_[b * block_places]], points_[strip_vertices_[b * block_places]]};
+            for (std::size_t place = b * block_places; place < last_place; ++place) {
+                const VT_Vector& p = points_[strip_vertices_[place]];
+                box.low = {std::min(box.low.x, p.x), std::min(box.low.y, p.y), std::min(box.low.z, p.z)};
+                box.high = {std::max(box.high.x, p.x), std::max(box.high.y, p.y), std::max(box.high.z, p.z)};
+            }
+            boxes_[b] = box;
+        }
+    });
 }
 
-void Scene_Renderer::Layer::add(const Run& run, const Extent& reach) {
-    if (reach.is_empty()) {
+// Of a box inside the view volume, else empty. A pixel more to each side for rounding.
+Extent Scene_Renderer::extent_of(const Box& box) const {
+    const auto& m = camera_.clip_from_model.m;
+    double parts[4][3][2]; // of each clip coordinate: by axis, at the low and the high end
+    for (int r = 0; r < 4; ++r) {
+        parts[r][0][0] = m[r][0] * box.low.x;
+        parts[r][0][1] = m[r][0] * box.high.x;
+        parts[r][1][0] = m[r][1] * box.low.y;
+        parts[r][1][1] = m[r][1] * box.high.y;
+        parts[r][2][0] = m[r][2] * box.low.z + m[r][3];
+        parts[r][2][1] = m[r][2] * box.high.z + m[r][3];
+    }
+    double left = 1, right = -1, bottom = 1, top = -1;
+    for (unsigned corner = 0; corner < 8; ++corner) {
+        const auto clip = [&](int r) {
+            return parts[r][0][corner & 1] + parts[r][1][corner >> 1 & 1] + parts[r][2][corner >> 2];
+        };
+        const double w = clip(3), x = clip(0) / w, y = clip(1) / w, z = clip(2) / w;
+        if (!(w > 0 && x >= -1 && x <= 1 && y >= -1 && y <= 1 && z >= 0 && z <= 1)) {
+            return {};
+        }
+        left = std::min(left, x);
+        right = std::max(right, x);
+        bottom = std::min(bottom, y);
+        top = std::max(top, y);
+    }
+    const auto point = [&](double x, double y) {
+        return viewport_.device_point(static_cast<float>(x), static_cast<float>(y), 0);
+    };
+    const VT_DCI_Point low = point(left, bottom), high = point(right, top);
+    Extent extent;
+    extent.box = {low.x - 1, high.x + 1, low.y - 1, high.y + 1};
+    return extent;
+}
+
+void Scene_Renderer::add(Layer& layer, const Run& run) const {
+    const std::size_t block = run.first / block_places;
+    if (block != layer.open_block) {
+        close_group(layer);
+        layer.groups.push_back({static_cast<std::uint32_t>(layer.runs.size())});
+        layer.open_block = block;
+    }
+    layer.runs.push_back(run);
+}
+
+// Runs whose box is large or reaches out of the view volume become groups of their own.
+void Scene_Renderer::close_group(Layer& layer) const {
+    if (layer.open_block == Layer::no_block) {
         return;
     }
-    Extent both = extent;
-    both.join(reach);
-    if (triangles > 0 &&
-        (triangles + run.triangles > most_grouped || both.width() > widest_group || both.height() > widest_group)) {
-        close_group();
-        both = reach;
+    const auto sort_group = [&layer](const Extent& extent) {
+        layer.groups.back().lies_in_one_tile = layer.bins.add(static_cast<std::uint32_t>(layer.groups.size() - 1), extent);
+    };
+    const std::uint32_t first = layer.groups.back().first;
+    const Extent extent = extent_of(boxes_[layer.open_block]);
+    layer.open_block = Layer::no_block;
+    const std::int32_t widest = std::min(grid_->tile_size.x, grid_->tile_size.y) / 4;
+    if (!extent.is_empty() && std::max(extent.width(), extent.height()) <= widest) {
+        sort_group(extent);
+        return;
     }
-    if (triangles == 0) {
-        groups.push_back({static_cast<std::uint32_t>(runs.size())});
+    layer.groups.pop_back();
+    for (std::uint32_t run = first; run < layer.runs.size(); ++run) {
+        Extent own;
+        include(own, layer.runs[run]);
+        layer.groups.push_back({run});
+        sort_group(own);
     }
-    runs.push_back(run);
-    extent = both;
-    triangles += run.triangles;
-}
-
-void Scene_Renderer::Layer::close_group() {
-    if (triangles > 0) {
-        groups.back().lies_in_one_tile = bins.add(static_cast<std::uint32_t>(groups.size() - 1), extent);
-    }
-    extent = {};
-    triangles = 0;
-}
-
-void Scene_Renderer::Layer::finish() {
-    close_group();
-    groups.push_back({static_cast<std::uint32_t>(runs.size())});
-    bins.finish();
 }
 
 // Into runs of triangles of one manner, those of faces seen from behind apart.
 void Scene_Renderer::cut_strips(std::size_t first_strip, std::size_t end_strip, const Tile_Grid& grid, Part& part) const {
     for (Layer* layer : {&part.backs, &part.fronts}) {
-        layer->start(grid);
+        layer->runs.clear();
+        layer->groups.clear();
+        layer->bins.start(grid);
     }
     std::vector<std::uint8_t> fronts(strip_starts_[end_strip] - strip_starts_[first_strip]);
     const std::size_t start = strip_starts_[first_strip];
@@ -202,12 +247,12 @@ void Scene_Renderer::cut_strips(std::size_t first_strip, std::size_t end_strip, 
         Manner manner = manner_at(first);
         const auto finish = [&](std::size_t place) {
             Layer& layer = is_back(manner) ? part.backs : part.fronts;
-            const std::size_t longest = !is_tiled_ ? place - first : is_clipped(manner) ? 1 : longest_run;
+            const std::size_t longest = !grid_ ? place - first : is_clipped(manner) ? 1 : longest_run;
             for (; first < place && manner != Manner::hidden; first += longest) {
                 const Run run{static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(std::min(longest, place - first)),
                               manner};
-                if (is_tiled_) {
-                    layer.add(run, extent_of(run));
+                if (grid_) {
+                    add(layer, run);
                 } else {
                     layer.runs.push_back(run);
                 }
@@ -224,26 +269,27 @@ void Scene_Renderer::cut_strips(std::size_t first_strip, std::size_t end_strip, 
         finish(end);
     }
     for (Layer* layer : {&part.backs, &part.fronts}) {
-        layer->finish();
+        close_group(*layer);
+        layer->groups.push_back({static_cast<std::uint32_t>(layer->runs.size())});
+        layer->bins.finish();
     }
 }
 
-Extent Scene_Renderer::extent_of(const Run& run) const {
-    Extent extent;
-    if (is_clipped(run.manner)) {
-        const Painting without_colors{false, true, numbers_, numbers_}; // which may not be there yet
-        for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
-            const Clip_Polygon polygon = clipped(place, without_colors);
-            for (std::size_t i = 0; i < polygon.count; ++i) {
-                extent.include(device_point(polygon.vertices[i], place));
-            }
+void Scene_Renderer::include(Extent& extent, const Run& run) const {
+    if (!is_clipped(run.manner)) {
+        const std::uint32_t* vertices = &strip_vertices_[run.first];
+        for (std::size_t i = 0; i < std::size_t{run.triangles} + 2; ++i) {
+            extent.include(projection_.device_points[vertices[i]]);
         }
-    } else {
-        for (std::size_t place = run.first; place < run.first + run.triangles + 2; ++place) {
-            extent.include(projection_.device_points[strip_vertices_[place]]);
+        return;
+    }
+    const Painting without_colors{false, true, numbers_, numbers_}; // which may not be there yet
+    for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
+        const Clip_Polygon polygon = clipped(place, without_colors);
+        for (std::size_t i = 0; i < polygon.count; ++i) {
+            extent.include(device_point(polygon.vertices[i], place));
         }
     }
-    return extent;
 }
 
 // What is inside the view volume of a triangle that crosses it.
@@ -266,152 +312,6 @@ VT_DCI_Point Scene_Renderer::device_point(const Clip_Vertex& vertex, std::size_t
     return vertex.corner >= 0 ? projection_.device_points[strip_vertices_[place + static_cast<std::size_t>(vertex.corner)]]
                               : viewport_.device_point(static_cast<float>(p.x / p.w), static_cast<float>(p.y / p.w),
                                                        static_cast<float>(p.z / p.w));
-}
-
-// Gathers the points and colours of runs and draws them.
-class Scene_Renderer::Drawing {
-public:
-    Drawing(const Scene_Renderer& scene, const Painting& painting, VT_Renderer_Data& renderer, const VT_Rendition& rendition)
-        : scene_(scene), painting_(painting), renderer_(renderer), rendition_(rendition), window_(rendition.window.rectangle) {}
-
-    // is_inside: the window.
-    void draw(const Run& run, bool is_inside) {
-        if (is_clipped(run.manner)) {
-            for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
-                draw_clipped(place);
-            }
-        } else {
-            draw_whole(run, is_inside);
-        }
-    }
-
-private:
-    // The sides of the window that a point lies beyond. Points on the far edges of the last pixels lie inside.
-    std::uint16_t outcode(const VT_DCI_Point& p) const noexcept {
-        return static_cast<std::uint16_t>((p.x < window_.left) | (p.x > window_.right + 1) << 1 | (p.y < window_.bottom) << 2 |
-                                          (p.y > window_.top + 1) << 3);
-    }
-
-    void draw_whole(const Run& run, bool is_inside) {
-        const std::size_t count = std::size_t{run.triangles} + 2;
-        if (points_.size() < count) {
-            points_.resize(count);
-            outcodes_.resize(count);
-            colors_.resize(count);
-        }
-        const std::uint32_t* vertices = &scene_.strip_vertices_[run.first];
-        std::uint16_t outside = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            points_[i] = scene_.projection_.device_points[vertices[i]];
-        }
-        for (std::size_t i = 0; !is_inside && i < count; ++i) {
-            outcodes_[i] = outcode(points_[i]);
-            outside |= outcodes_[i];
-        }
-        if (!painting_.unlit && !painting_.flat) {
-            const std::vector<VT_RGB32>& colors = run.manner == Manner::front ? painting_.front : painting_.back;
-            for (std::size_t i = 0; i < count; ++i) {
-                colors_[i] = colors[vertices[i]];
-            }
-        }
-        if (outside == 0) {
-            draw_strip(run, 0, run.triangles);
-        } else {
-            draw_seen(run);
-        }
-    }
-
-    // The triangles that touch the window. Those that cross its border are drawn apart: of a strip that does, the renderer draws
-    // all triangles one by one.
-    void draw_seen(const Run& run) {
-        using vorna::Placement;
-        std::size_t first = 0;
-        Placement placement = vorna::placement_of(outcodes_.data());
-        for (std::size_t k = 1; k <= run.triangles; ++k) {
-            const Placement next = k < run.triangles ? vorna::placement_of(&outcodes_[k]) : placement;
-            if (next != placement || k == run.triangles) {
-                if (placement != Placement::outside) {
-                    draw_strip(run, first, k - first);
-                }
-                first = k;
-                placement = next;
-            }
-        }
-    }
-
-    void draw_strip(const Run& run, std::size_t first, std::size_t triangles) {
-        const auto count = static_cast<std::int32_t>(triangles + 2);
-        const VT_DCI_Point* points = &points_[first];
-        if (painting_.unlit) {
-            VD_Draw_DCI_Polytriangle(renderer_, rendition_, count, points);
-        } else if (painting_.flat) {
-            const std::vector<VT_RGB32>& colors = run.manner == Manner::front ? painting_.front : painting_.back;
-            VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, count, points, &colors[run.first + first], false);
-        } else {
-            VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, count, points, &colors_[first]);
-        }
-    }
-
-    void draw_clipped(std::size_t place) {
-        const Clip_Polygon polygon = scene_.clipped(place, painting_);
-        if (polygon.count < 3) {
-            return;
-        }
-        std::array<VT_DCI_Point, 9> points;
-        std::array<VT_RGB32, 9> colors;
-        const auto count = static_cast<std::int32_t>(polygon.count);
-        for (std::int32_t i = 0; i < count; ++i) {
-            const Clip_Vertex& vertex = polygon.vertices[static_cast<std::size_t>(strip_order(i, count))];
-            points[static_cast<std::size_t>(i)] = scene_.device_point(vertex, place);
-            colors[static_cast<std::size_t>(i)] = vertex.color;
-        }
-        if (painting_.unlit) {
-            VD_Draw_DCI_Polytriangle(renderer_, rendition_, count, points.data());
-        } else if (painting_.flat) {
-            VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, count, points.data(), colors.data(), true);
-        } else {
-            VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, count, points.data(), colors.data());
-        }
-    }
-
-    const Scene_Renderer& scene_;
-    const Painting painting_;
-    VT_Renderer_Data& renderer_;
-    const VT_Rendition& rendition_;
-    const VT_Int_Rectangle window_;
-    std::vector<VT_DCI_Point> points_;
-    std::vector<std::uint16_t> outcodes_;
-    std::vector<VT_RGB32> colors_;
-};
-
-// Faces seen from behind come first: at the outline of a body they have depths like those of the faces that hide them, and of
-// equal depths the one drawn last is seen.
-void Scene_Renderer::draw_as(const Painting& painting, VT_Renderer_Data& renderer, const VT_Rendition& rendition,
-                             std::size_t tile) const {
-    Drawing drawing(*this, painting, renderer, rendition);
-    for (Layer Part::*side : {&Part::backs, &Part::fronts}) {
-        for (const Part& part : parts_) {
-            const Layer& layer = part.*side;
-            if (!is_tiled_) {
-                std::ranges::for_each(layer.runs, [&](const Run& run) { drawing.draw(run, true); });
-                continue;
-            }
-            layer.bins.for_each(tile, layer.groups.size() - 1, [&](std::size_t group) {
-                const Layer::Group &first = layer.groups[group], &end = layer.groups[group + 1];
-                for (std::size_t run = first.first; run < end.first; ++run) {
-                    drawing.draw(layer.runs[run], first.lies_in_one_tile);
-                }
-            });
-        }
-    }
-}
-
-void Scene_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
-    draw_as(painting(), renderer, rendition, tile);
-}
-
-void Scene_Renderer::draw_numbers(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
-    draw_as(number_painting(), renderer, rendition, tile);
 }
 
 } // namespace vorna::drawing::model

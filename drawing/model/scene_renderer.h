@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "drawing/model/camera.h"
@@ -52,8 +53,9 @@ private:
         std::uint32_t first, triangles;
         Manner manner;
     };
-    // Runs that are drawn one after the other. Tiles draw groups of them.
+    // Runs that are drawn one after the other. Tiles draw groups of them, each of runs that begin in one block of places.
     struct Layer {
+        static constexpr std::size_t no_block = SIZE_MAX;
         struct Group {
             std::uint32_t first; // run; the last group has none
             bool lies_in_one_tile = false;
@@ -63,15 +65,7 @@ private:
         std::vector<Group> groups;
         Tile_Bins bins; // of the groups
 
-        void start(const Tile_Grid& grid);
-        void finish();
-        // Adds a run to the last group, or to a new one.
-        void add(const Run& run, const Extent& extent);
-        void close_group();
-
-        // The last group.
-        Extent extent;
-        std::uint32_t triangles = 0;
+        std::size_t open_block = no_block; // that the runs of the last group begin in
     };
     // What some of the strips are cut into.
     struct Part {
@@ -82,7 +76,16 @@ private:
     void lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips, unsigned threads);
     Manner manner_of(std::size_t place, bool front) const noexcept;
     void cut_strips(std::size_t first_strip, std::size_t end_strip, const Tile_Grid& grid, Part& part) const;
-    Extent extent_of(const Run& run) const;
+    // Around the points of the runs that begin in a block of places.
+    struct Box {
+        VT_Vector low, high;
+    };
+
+    void make_boxes(unsigned threads);
+    Extent extent_of(const Box& box) const;
+    void add(Layer& layer, const Run& run) const;
+    void close_group(Layer& layer) const;
+    void include(Extent& extent, const Run& run) const;
     Painting painting() const noexcept {
         return numbers_only_ ? number_painting() : Painting{flat_, unlit_, tints_.front, tints_.back};
     }
@@ -98,6 +101,7 @@ private:
     // By place in the strips: the vertex, and the face that begins there.
     std::vector<std::uint32_t> strip_vertices_, strip_starts_;
     Surfaces faces_;
+    std::vector<Box> boxes_;
     std::vector<VT_RGB32> numbers_; // by place, see draw_numbers
     std::size_t triangle_count_ = 0;
     unsigned threads_;
@@ -106,7 +110,8 @@ private:
     // Of the prepared picture.
     Camera camera_;
     Viewport viewport_{{}};
-    bool is_tiled_ = false, flat_ = false, unlit_ = false, numbers_only_ = false, cull_backs_ = false;
+    std::optional<Tile_Grid> grid_; // none = a single tile
+    bool flat_ = false, unlit_ = false, numbers_only_ = false, cull_backs_ = false;
     Projected_Points projection_; // of vertices
     Surface_Tints tints_;         // see Painting
     std::vector<Part> parts_;     // in the order of the strips

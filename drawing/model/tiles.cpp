@@ -1,6 +1,8 @@
 // An image cut into tiles.
 #include "drawing/model/tiles.h"
 
+#include <numeric>
+
 namespace vorna::drawing::model {
 
 VT_Int_Rectangle Tile_Grid::window(std::size_t tile) const noexcept {
@@ -10,16 +12,33 @@ VT_Int_Rectangle Tile_Grid::window(std::size_t tile) const noexcept {
     return {left, left + tile_size.x + 2 * margin - 1, bottom, bottom + tile_size.y + 2 * margin - 1};
 }
 
+VT_Int_Rectangle Tile_Grid::needed(std::size_t tile) const noexcept {
+    const VT_Int_Rectangle drawn = window(tile);
+    return {drawn.left + spare, drawn.right - spare, drawn.bottom + spare, drawn.top - spare};
+}
+
 VT_Int_Rectangle Tile_Grid::pixels(std::size_t tile) const noexcept {
     const VT_Int_Rectangle drawn = window(tile);
     return common_part(area, {drawn.left + margin, drawn.right - margin, drawn.bottom + margin, drawn.top - margin});
+}
+
+std::vector<std::size_t> tiles_from_middle(const Tile_Grid& grid) {
+    std::vector<std::size_t> order(grid.count());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    const auto columns = static_cast<std::int64_t>(grid.columns()), rows = static_cast<std::int64_t>(grid.rows());
+    std::ranges::stable_sort(order, {}, [&](std::size_t tile) {
+        const std::int64_t x = 2 * (static_cast<std::int64_t>(tile) % columns) + 1 - columns,
+                           y = 2 * (static_cast<std::int64_t>(tile) / columns) + 1 - rows;
+        return x * x + y * y;
+    });
+    return order;
 }
 
 void Tile_Bins::start(const Tile_Grid& grid, std::int32_t beside) {
     area_ = grid.area;
     tile_size_ = grid.tile_size;
     // A pixel more to each side for rounding.
-    reach_ = grid.margin + beside + 1;
+    reach_ = grid.margin - grid.spare + beside + 1;
     columns_ = grid.columns();
     rows_ = grid.rows();
     tile_count_ = grid.count();
