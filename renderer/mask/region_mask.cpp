@@ -9,12 +9,13 @@ void Region_Mask::rasterize(VT_Int_Pair size, VT_Int_Pair origin, const VT_Conto
     constexpr std::int32_t side = 1 << Clipped_Cells::side_bits;
     static_assert(side == 32, "a row of a cell is four bytes of the mask");
     establish_configuration(size.x, size.y, origin.x, origin.y);
-    clear_and_rasterize_mask(contours);
     // A window without pixels has no rows.
     const std::int32_t columns = rows() ? (size.x + side - 1) / side : 0;
     const std::int32_t cell_rows = rows() ? (size.y + side - 1) / side : 0;
     row_ = columns + 1;
     before_.assign(static_cast<std::size_t>(row_) * static_cast<std::size_t>(cell_rows + 1), 0);
+    // Last, since it makes the mask one that is found.
+    clear_and_rasterize_mask(contours);
     // Bits beyond the window do not count.
     const std::int32_t beyond = columns * side - size.x;
     for (std::int32_t y = 0; y < cell_rows; ++y) {

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/contour.h"
 #include "renderer/configuration_words.h"
 #include "renderer/kernels/kernel_sets.h"
 #include "renderer/lines/line_setup.h"

@@ -88,7 +88,9 @@ TEST(Region_Mask, counts_the_cells_with_excluded_pixels_in_the_window) {
     std::uint32_t sum = 0;
     for (std::int32_t y = 0; y < size.y; ++y) {
         for (std::int32_t x = 0; x < size.x; ++x) {
-            clipped[y / 32][x / 32] |= (mask.row(y)[x >> 3] & 0x80U >> (x & 7)) != 0 ? 1 : 0;
+            if ((mask.row(y)[x >> 3] & 0x80 >> (x & 7)) != 0) {
+                clipped[y / 32][x / 32] = 1;
+            }
         }
     }
     const krb::Clipped_Cells cells = mask.clipped_cells();
