@@ -3,6 +3,7 @@
 #pragma once
 
 #include "renderer/kernels/attributes_avx2.inl"
+#include "renderer/kernels/gather_4.inl"
 #include "renderer/kernels/texel_shape.h"
 
 namespace krb::KRB_KERNEL_SET {
@@ -181,7 +182,13 @@ inline Int load_indices(const std::uint8_t* from, All) {
 }
 
 inline Int gather(const std::uint8_t* table, Int positions) {
-    return {_mm512_i32gather_epi32(positions.lanes, table, 4)};
+    const __m128i first = gather_4(table, _mm512_castsi512_si128(positions.lanes));
+    const __m128i second = gather_4(table, _mm512_extracti32x4_epi32(positions.lanes, 1));
+    const __m128i third = gather_4(table, _mm512_extracti32x4_epi32(positions.lanes, 2));
+    const __m128i fourth = gather_4(table, _mm512_extracti32x4_epi32(positions.lanes, 3));
+    const __m256i low = _mm256_inserti128_si256(_mm256_castsi128_si256(first), second, 1);
+    const __m256i high = _mm256_inserti128_si256(_mm256_castsi128_si256(third), fourth, 1);
+    return {_mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1)};
 }
 
 inline constexpr Texel_Shape texel_shapes[] = {{2, 16}, {4, 8}, {8, 8}};

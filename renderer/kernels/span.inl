@@ -116,6 +116,9 @@ private:
         draw_whole_groups(column, whole);
         if (count > whole) {
             const Tail tail = tail_of(column + whole, count - whole, target.width);
+            if constexpr (Rules::fetches_ahead) {
+                fetch_group(rows_to_come(), tail.column);
+            }
             rewind(tail);
             draw_drawable(tail.column, tail.lanes);
         }
@@ -185,21 +188,15 @@ private:
         } else if constexpr (is_copy) {
             copy_pixels(column, count);
         } else if (count > 0) {
-            const std::uint8_t* color_ahead = color_row;
-            const std::uint8_t* depth_ahead = depth_row;
+            [[maybe_unused]] Rows ahead{};
             if constexpr (Rules::fetches_ahead) {
-                const std::int32_t later = Rules::row_to_come(target, row);
-                color_ahead = target.color_rows[later];
-                depth_ahead = Depth::reads ? target.depth_rows[later] : nullptr;
+                ahead = rows_to_come();
             }
             // In short spans a group without a partner would be too frequent.
             const bool in_pairs = count >= 12 * lane_count;
             for (; count > 0; count -= lane_count, column += lane_count) {
                 if constexpr (Rules::fetches_ahead) {
-                    KRB_FETCH_TO_WRITE(color_ahead + std::int64_t{pixel_bytes} * column);
-                    if constexpr (Depth::reads) {
-                        KRB_FETCH_TO_WRITE(depth_ahead + std::int64_t{2} * column);
-                    }
+                    fetch_group(ahead, column);
                 }
                 if constexpr (tests_pairs<Int>) {
                     if (in_pairs && count >= 2 * lane_count && draw_pair(column, depth.value)) {
@@ -211,6 +208,23 @@ private:
                 draw_drawable(column, All{});
                 advance_group();
             }
+        }
+    }
+
+    struct Rows {
+        const std::uint8_t* color;
+        const std::uint8_t* depth;
+    };
+
+    KRB_ALWAYS_INLINE Rows rows_to_come() const {
+        const std::int32_t later = Rules::row_to_come(target, row);
+        return {target.color_rows[later], Depth::reads ? target.depth_rows[later] : nullptr};
+    }
+
+    KRB_ALWAYS_INLINE static void fetch_group(const Rows& rows, std::int32_t column) {
+        KRB_FETCH_TO_WRITE(rows.color + std::int64_t{pixel_bytes} * column);
+        if constexpr (Depth::reads) {
+            KRB_FETCH_TO_WRITE(rows.depth + std::int64_t{2} * column);
         }
     }
 
@@ -261,14 +275,21 @@ private:
         constexpr std::int64_t line_bytes = 64;
         std::uint8_t* to = color_row + std::int64_t{pixel_bytes} * column;
         const std::uint8_t* from = source.bytes();
-        const std::int64_t ahead = target.color_rows[Rules::row_to_come(target, row)] - color_row;
+        const std::int64_t ahead = rows_to_come().color - color_row;
         std::int64_t bytes = std::int64_t{pixel_bytes} * count;
-        for (; bytes >= line_bytes; bytes -= line_bytes) {
+        const auto copy_line = [&] {
             KRB_FETCH_TO_WRITE(to + ahead);
             KRB_FETCH_EARLY(from + source.row_bytes());
             std::memcpy(to, from, std::size_t{line_bytes});
             to += line_bytes;
             from += line_bytes;
+        };
+        // Four at once, since processors foresee the end of a short loop only.
+        for (; bytes >= 4 * line_bytes; bytes -= 4 * line_bytes) {
+            copy_line();
+            copy_line();
+            copy_line();
+            copy_line();
         }
         if (bytes > 0) {
             std::memcpy(to, from, static_cast<std::size_t>(bytes));

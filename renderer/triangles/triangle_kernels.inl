@@ -97,7 +97,8 @@ template <Triangle_Configuration c, int size> struct Filler {
         } else if constexpr (c.shading == Shading::textured) {
             const Texture_Span_Values values(left, right, count);
             const Ramp depth = Ramp::from(spread<1>(values.start), spread<1>(values.step));
-            if (range.holds(values, count)) {
+            // Spans of one group would not make up for the longer set-up.
+            if (count > lane_count && range.holds(values, count)) {
                 draw(row, column, skipped, drawn, Inner_Texture_Source(target, values), depth);
             } else {
                 draw(row, column, skipped, drawn, Texture_Source(target, values), depth);
