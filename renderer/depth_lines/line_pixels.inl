@@ -56,7 +56,7 @@ struct Additive_Gouraud_Source {
 
     Additive_Gouraud_Source(const Line_Target&, const Line_Paint& paint)
         : blue(ramp_of(paint.blue)), green(ramp_of(paint.green)), red(ramp_of(paint.red)) {}
-    template <class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
+    template <class Group, class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
     Int index_lanes(const Line_Target& target, Int thresholds) const {
         return additive_indices(*target.dither, shift_right<8>(blue.value), shift_right<8>(green.value),
                                 shift_right<8>(red.value), thresholds);
