@@ -204,6 +204,13 @@ public:
         }
         return *buffer;
     }
+    // The depth buffer, in the same order. establish() replaces it likewise. Throws std::runtime_error when there is none.
+    const Frame_Buffer& depth_buffer() const {
+        if (!depth_buffer_) {
+            throw std::runtime_error("the renderer has no depth buffer");
+        }
+        return *depth_buffer_;
+    }
     // A copy of the depth buffer, or of an area of it in device pixels. Throws std::runtime_error when there is none, and
     // std::invalid_argument for an area that is not inside the window.
     VT_Reference<VT_Shared_Image> read_depth_image() { return read_depth_image(window()); }
