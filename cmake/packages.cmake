@@ -45,6 +45,9 @@ endif()
 if(TARGET vorna_c)
   list(APPEND CPACK_COMPONENTS_ALL c)
 endif()
+if(TARGET vorna_python)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 if(VORNA_WITH_VIEWER)
   list(APPEND CPACK_COMPONENTS_ALL viewer)
 endif()
@@ -68,6 +71,9 @@ function(component_package component package section summary description)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} RENAME copyright COMPONENT ${component})
 endfunction()
 set(this_library "libvorna15 (= ${PROJECT_VERSION})")
+if(TARGET vorna_python)
+  math(EXPR next_python "${Python_VERSION_MINOR} + 1") # extension modules are for one minor version
+endif()
 # Libraries that are loaded at run time. Debian names a package after its library.
 foreach(library assimp proj)
   string(REPLACE ".so." "" ${library}_package "${${library}_library}")
@@ -87,6 +93,11 @@ endif()
 if(TARGET vorna_c)
   component_package(c libvorna-c-dev libdevel "exact software rasterizer (C interface)"
                     "The C interface: library, headers and CMake package." "libvorna15-dev (= ${PROJECT_VERSION})${of_models}")
+endif()
+if(TARGET vorna_python)
+  component_package(python python3-vorna python "models, maps and drawings as exact images, for Python"
+                    "The package vorna: models, maps and canvases as numpy arrays."
+                    "${this_library}, libvorna-drawing-dev (= ${PROJECT_VERSION}), python3-numpy, python3 (>= ${Python_VERSION_MAJOR}.${Python_VERSION_MINOR}), python3 (<< ${Python_VERSION_MAJOR}.${next_python})")
 endif()
 component_package(command vorna graphics "renders models, maps and drawings to the same bytes everywhere"
                   "The command vorna draws, replays and compares pictures and checks modules." "${this_library}${of_models}")

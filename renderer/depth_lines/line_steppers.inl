@@ -13,7 +13,7 @@
 namespace krb::KRB_KERNEL_SET {
 namespace {
 
-inline std::int32_t magnitude(std::int32_t a) {
+constexpr std::int32_t magnitude(std::int32_t a) {
     return a < 0 ? wrapping_subtract(0, a) : a;
 }
 
@@ -21,14 +21,14 @@ inline std::int32_t magnitude(std::int32_t a) {
 struct Ends {
     std::int32_t x0, y0, x1, y1;
 
-    std::int32_t columns() const { return magnitude(wrapping_subtract(x1, x0)); }
-    std::int32_t rows() const { return magnitude(wrapping_subtract(y1, y0)); }
-    bool is_x_major() const { return columns() > rows(); }
-    bool goes_right() const { return x1 > x0; }
+    constexpr std::int32_t columns() const { return magnitude(wrapping_subtract(x1, x0)); }
+    constexpr std::int32_t rows() const { return magnitude(wrapping_subtract(y1, y0)); }
+    constexpr bool is_x_major() const { return columns() > rows(); }
+    constexpr bool goes_right() const { return x1 > x0; }
     // Without a branch, which would be mispredicted half the time.
-    std::int32_t row_step() const { return (wrapping_subtract(y1, y0) >> 31) | 1; }
+    constexpr std::int32_t row_step() const { return (wrapping_subtract(y1, y0) >> 31) | 1; }
     // Change of x from row to row, 16.16.
-    std::int32_t slope() const {
+    constexpr std::int32_t slope() const {
         assert(rows() != 0);
         return wrapping_shift_left(wrapping_subtract(x1, x0), 16) / rows();
     }
@@ -39,14 +39,14 @@ struct Line_Stepper {
     std::int32_t row, row_step;
     Fixed_Interpolator x;
 
-    explicit Line_Stepper(const Ends& ends)
+    constexpr explicit Line_Stepper(const Ends& ends)
         : row(ends.y0), row_step(ends.row_step()), x{wrapping_add(wrapping_shift_left(ends.x0, 16), 0x8000), ends.slope()} {}
 
-    std::int32_t column() const { return x.value >> 16; }
+    constexpr std::int32_t column() const { return x.value >> 16; }
     // So many rows on.
     std::int32_t row_after(std::int32_t rows) const { return row + row_step * rows; }
     std::int32_t column_after(std::int32_t rows) const { return x.at(rows) >> 16; }
-    void advance() {
+    constexpr void advance() {
         x.advance();
         row += row_step;
     }
@@ -62,9 +62,9 @@ struct Run_Stepper {
     std::int32_t from;    // the run's first column
     Fixed_Interpolator x; // where the line leaves the row
 
-    explicit Run_Stepper(const Ends& ends) : row(ends.y0), row_step(ends.row_step()), from(ends.x0), x{0, 0} {
+    constexpr explicit Run_Stepper(const Ends& ends) : row(ends.y0), row_step(ends.row_step()), from(ends.x0), x{0, 0} {
         if (ends.y0 != ends.y1) {
-            static constexpr std::int32_t biases[2][2] = {{0x10000, 0xFFFF}, {-1, 0}}; // [leftwards][upwards]
+            constexpr std::int32_t biases[2][2] = {{0x10000, 0xFFFF}, {-1, 0}}; // [leftwards][upwards]
             const std::int32_t leftwards = ends.goes_right() ? 0 : 1;
             const std::int32_t bias = biases[leftwards][ends.y1 > ends.y0 ? 1 : 0];
             x.step = ends.slope();
@@ -73,11 +73,11 @@ struct Run_Stepper {
     }
 
     // The next run's first column, which is one behind this run's last.
-    std::int32_t to() const { return x.value >> 16; }
+    constexpr std::int32_t to() const { return x.value >> 16; }
     // So many rows on, above 0.
     std::int32_t row_after(std::int32_t rows) const { return row + row_step * rows; }
     std::int32_t from_after(std::int32_t rows) const { return x.at(rows - 1) >> 16; }
-    void advance() {
+    constexpr void advance() {
         from = to();
         x.advance();
         row += row_step;
