@@ -42,11 +42,11 @@ endif()
 if(TARGET vorna_drawing_library)
   list(APPEND CPACK_COMPONENTS_ALL drawing)
 endif()
-if(TARGET vorna_c)
-  list(APPEND CPACK_COMPONENTS_ALL c)
-endif()
 if(TARGET vorna_python)
   list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
+if(TARGET vorna_c)
+  list(APPEND CPACK_COMPONENTS_ALL c)
 endif()
 if(VORNA_WITH_VIEWER)
   list(APPEND CPACK_COMPONENTS_ALL viewer)
@@ -90,14 +90,14 @@ if(TARGET vorna_drawing_library)
   component_package(drawing libvorna-drawing-dev libdevel "models and maps as images, for programs"
                     "The drawing library, its headers and its CMake package." "libvorna15-dev (= ${PROJECT_VERSION})${of_models}")
 endif()
-if(TARGET vorna_c)
-  component_package(c libvorna-c-dev libdevel "exact software rasterizer (C interface)"
-                    "The C interface: library, headers and CMake package." "libvorna15-dev (= ${PROJECT_VERSION})${of_models}")
-endif()
 if(TARGET vorna_python)
   component_package(python python3-vorna python "models, maps and drawings as exact images, for Python"
                     "The package vorna: models, maps and canvases as numpy arrays."
                     "${this_library}, libvorna-drawing-dev (= ${PROJECT_VERSION}), python3-numpy, python3 (>= ${Python_VERSION_MAJOR}.${Python_VERSION_MINOR}), python3 (<< ${Python_VERSION_MAJOR}.${next_python})")
+endif()
+if(TARGET vorna_c)
+  component_package(c libvorna-c-dev libdevel "exact software rasterizer (C interface)"
+                    "The C interface: library, headers and CMake package." "libvorna15-dev (= ${PROJECT_VERSION})${of_models}")
 endif()
 component_package(command vorna graphics "renders models, maps and drawings to the same bytes everywhere"
                   "The command vorna draws, replays and compares pictures and checks modules." "${this_library}${of_models}")
