@@ -126,8 +126,8 @@ struct Scene {
         // The whole texture or a small part of it, at an edge or between them, so that neighbouring pixels take texels that lie
         // far apart, close together or next to the end of the texture. Half of the scenes have pixels that lie off the texture.
         const std::int32_t outside = 0x8000 * below(2);
-        const auto coordinate_along = [&](std::int32_t mask) {
-            const std::int32_t size = ((mask + 1) << 16) + 2 * outside;
+        const auto coordinate_along = [&](std::int32_t last_texel) {
+            const std::int32_t size = ((last_texel + 1) << 16) + 2 * outside;
             return [&below, size, outside, part = size >> below(6), place = below(3)] {
                 return (size - part) / 2 * place + below(static_cast<std::uint32_t>(part)) - outside;
             };
