@@ -1,25 +1,17 @@
 // Images: pixels in memory and in files.
 #include "drawing/image/image.h"
 
-#include <algorithm>
 #include <cstring>
 #include <optional>
-#include <string_view>
+#include <utility>
 
 #include "c/call.h"
 #include "c/handles.h"
 #include "c/reading.h"
-#include "drawing/files/input_file.h"
-#include "drawing/files/output_file.h"
-#include "drawing/image/image_comparison.h"
-#include "drawing/image/image_formats.h"
-#include "drawing/image/png_reader.h"
-#include "drawing/image/sha256.h"
-#include "vorna/c_image.h"
+#include "c/rendering.h"
+#include "drawing/image_samples.h"
 
 namespace vorna::c {
-
-using drawing::Png_Image;
 
 namespace {
 
@@ -41,109 +33,28 @@ std::unique_ptr<vorna_image> make_image(std::int32_t width, std::int32_t height,
     return image;
 }
 
-// The depths of a PNG file with 16 bits of grey; null for all others.
-std::unique_ptr<vorna_image> depths_of(const Png_Image& png) {
-    if (png.colors != Png_Image::Colors::grey || png.sample_bits != 16) {
-        return nullptr;
-    }
-    auto image = make_image(png.width, png.height, Buffer_Format::depth16, 0, nullptr);
-    const std::size_t width = static_cast<std::size_t>(png.width);
-    for (std::int32_t r = 0; r < png.height; ++r) {
-        const std::uint8_t* const samples = png.samples.data() + static_cast<std::size_t>(r) * 2 * width;
-        std::uint8_t* const row = image->pixels->row(r);
-        for (std::size_t i = 0; i < width; ++i) {
-            const auto depth = static_cast<std::uint16_t>(samples[2 * i] << 8 | samples[2 * i + 1]);
-            std::memcpy(row + 2 * i, &depth, sizeof depth);
+// As the drawing library has images: colours as red, green, blue and alpha.
+drawing::Image_Samples samples_of(const vorna_image& image) {
+    using Kind = drawing::Image_Samples::Kind;
+    const drawing::Raster raster = drawing::raster_of(*image.pixels);
+    const Kind kind = raster.format == Buffer_Format::index8    ? Kind::indices
+                      : raster.format == Buffer_Format::depth16 ? Kind::depths
+                                                                : Kind::colors;
+    drawing::Image_Samples samples = drawing::make_samples(kind, raster.width, raster.height);
+    const std::size_t row_bytes = static_cast<std::size_t>(samples.width) * samples.pixel_bytes();
+    for (std::int32_t r = 0; r < raster.height; ++r) {
+        const std::uint8_t* const row = raster.top + r * raster.row_bytes;
+        std::uint8_t* const stored = samples.bytes.get() + static_cast<std::size_t>(r) * row_bytes;
+        if (kind == Kind::colors) {
+            drawing::store_samples(row, raster.width, raster.format, stored);
+        } else {
+            std::memcpy(stored, row, row_bytes);
         }
     }
-    return image;
-}
-
-std::unique_ptr<vorna_image> decoded(const std::string& name, std::string_view bytes, drawing::Load_Limits& limits) {
-    try {
-        if (bytes.starts_with("\x89PNG")) {
-            if (auto depths = depths_of(drawing::read_png(name, bytes, limits))) {
-                return depths;
-            }
-        }
-        const drawing::Image image =
-            drawing::decode_image(bytes, [&](std::uint64_t pixels) { limits.take_memory(name, 2 * sizeof(VT_RGB32) * pixels); });
-        const std::ptrdiff_t row_bytes = std::ptrdiff_t{image.width} * 4;
-        return image_of({reinterpret_cast<const std::uint8_t*>(image.pixels.data()), row_bytes, image.width, image.height},
-                        new VT_Palette);
-    } catch (const drawing::Png_Error& error) {
-        throw drawing::Usage_Error(name + ": " + error.what());
-    } catch (const drawing::Image_Error& error) {
-        throw drawing::Usage_Error(name + ": " + error.what());
+    for (std::size_t i = 0; kind == Kind::indices && i < 256; ++i) {
+        samples.palette.push_back(image.palette->color(static_cast<std::uint8_t>(i)));
     }
-}
-
-drawing::Image_Format written_format(const drawing::Image_Format* format, const vorna_image& image, const std::string& name) {
-    std::string suffixes;
-    for (const std::string& suffix : drawing::written_image_suffixes()) {
-        suffixes += (suffixes.empty() ? "" : ", ") + suffix;
-    }
-    require(format != nullptr, [&] { return name + ": expected a suffix of " + suffixes; });
-    require(format->file == drawing::Image_File::png || bytes_per_pixel(image.pixels->format()) == 4,
-            [&] { return name + ": expected png for palette indices and depths"; });
-    const auto longest = static_cast<std::uint32_t>(std::max(image.pixels->width(), image.pixels->height()));
-    require(longest <= format->largest_side, [&] {
-        return name + ": expected at most " + std::to_string(format->largest_side) + " columns and rows, found " +
-               std::to_string(longest);
-    });
-    return *format;
-}
-
-// The bytes of a file.
-std::string encoded(const vorna_image& image, const drawing::Image_Format& format) {
-    const drawing::Raster raster = drawing::raster_of(*image.pixels);
-    if (format.file == drawing::Image_File::png) {
-        return drawing::png_of(raster, *image.palette);
-    }
-    drawing::Image_Form form = drawing::image_form_of(raster, *image.palette);
-    form.file = format.file;
-    const std::size_t row_bytes = form.row_bytes();
-    std::vector<std::uint8_t> samples(form.height * row_bytes);
-    for (std::uint32_t r = 0; r < form.height; ++r) {
-        drawing::store_samples(raster.top + std::ptrdiff_t{r} * raster.row_bytes, raster.width, raster.format,
-                               samples.data() + r * row_bytes);
-    }
-    const std::unique_ptr<drawing::Image_Encoder> encoder = drawing::image_encoder(form, samples.data());
-    std::string file = encoder->head();
-    for (std::uint32_t first = 0; first < form.height;) {
-        const std::uint32_t end = std::min(form.height, first + encoder->block_rows());
-        const drawing::Sample_Rows rows{first, end, samples.data() + first * row_bytes,
-                                        first > 0 ? samples.data() + (first - 1) * row_bytes : nullptr};
-        file += encoder->join(rows, encoder->pack(rows));
-        first = end;
-    }
-    file += encoder->tail();
-    for (const drawing::Patch& patch : encoder->patches()) {
-        file.replace(patch.place, patch.bytes.size(), patch.bytes);
-    }
-    return file;
-}
-
-// As a file has the image.
-Png_Image png_image_of(const vorna_image& image) {
-    const drawing::Raster raster = drawing::raster_of(*image.pixels);
-    Png_Image png;
-    png.width = raster.width;
-    png.height = raster.height;
-    if (raster.format == Buffer_Format::index8) {
-        png.colors = Png_Image::Colors::palette;
-        png.palette = drawing::png_palette_of(*image.palette);
-    } else if (raster.format == Buffer_Format::depth16) {
-        png.colors = Png_Image::Colors::grey;
-        png.sample_bits = 16;
-    }
-    const std::size_t row_bytes = static_cast<std::size_t>(png.width) * png.pixel_bytes();
-    png.samples.resize(static_cast<std::size_t>(png.height) * row_bytes);
-    for (std::int32_t r = 0; r < png.height; ++r) {
-        drawing::store_samples(raster.top + r * raster.row_bytes, raster.width, raster.format,
-                               png.samples.data() + static_cast<std::size_t>(r) * row_bytes);
-    }
-    return png;
+    return samples;
 }
 
 } // namespace
@@ -155,6 +66,24 @@ std::unique_ptr<vorna_image> image_of(const drawing::Raster& raster, VT_Referenc
                     static_cast<std::size_t>(image->pixels->row_bytes()));
     }
     image->palette = std::move(palette);
+    return image;
+}
+
+std::unique_ptr<vorna_image> image_of(const drawing::Image_Samples& samples) {
+    using Kind = drawing::Image_Samples::Kind;
+    const auto format = samples.kind == Kind::indices  ? Buffer_Format::index8
+                        : samples.kind == Kind::depths ? Buffer_Format::depth16
+                                                       : Buffer_Format::rgb32;
+    const std::ptrdiff_t row_bytes = std::ptrdiff_t{samples.width} * bytes_per_pixel(format);
+    auto image = image_of({samples.bytes.get(), row_bytes, samples.width, samples.height, format},
+                          samples.kind == Kind::indices ? new VT_Palette(samples.palette) : new VT_Palette);
+    if (format == Buffer_Format::rgb32) {
+        // The exchange of red and blue is its own inverse.
+        std::uint8_t* const pixels = image->pixels->row(0);
+        for (std::size_t i = 0; i < samples.size(); i += 4) {
+            std::swap(pixels[i], pixels[i + 2]);
+        }
+    }
     return image;
 }
 
@@ -176,10 +105,7 @@ vorna_status vorna_image_wrap(const vorna_buffer* buffer, vorna_image** image) {
 
 vorna_status vorna_image_read(const char* file, const vorna_reading* reading, vorna_image** image) {
     return make_handle(image, "image", [&] {
-        const std::string path = &required(file, "file");
-        auto limits = limits_of(reading);
-        const std::string bytes = vorna::drawing::read_input(path, limits);
-        return decoded(vorna::drawing::name_of_input(path), bytes, limits);
+        return image_of(vorna::drawing::read_samples(&required(file, "file"), reading_of(reading).max_memory));
     });
 }
 
@@ -187,8 +113,7 @@ vorna_status vorna_image_decode(const void* bytes, size_t size, const vorna_read
     return make_handle(image, "image", [&] {
         const auto* const file = static_cast<const char*>(bytes);
         require_list(file, size, "bytes");
-        auto limits = limits_of(reading);
-        return decoded("image", {file, size}, limits);
+        return image_of(vorna::drawing::decode_samples("image", {file, size}, reading_of(reading).max_memory));
     });
 }
 
@@ -223,20 +148,15 @@ vorna_status vorna_image_set_palette(vorna_image* image, size_t count, const vor
 vorna_status vorna_image_write(const vorna_image* image, const char* file) {
     return guarded([&] {
         const vorna_image& written = required(image, "image");
-        const std::string path = &required(file, "file");
-        const auto format = written_format(vorna::drawing::image_format_of(path), written, path);
-        vorna::drawing::Output_File::check(path);
-        vorna::drawing::write_file(path, encoded(written, format));
+        vorna::drawing::write_samples(&required(file, "file"), samples_of(written));
     });
 }
 
-vorna_status vorna_image_encode(const vorna_image* image, const char* suffix, void** bytes, size_t* size) {
+vorna_status vorna_image_encode(const vorna_image* image, void** bytes, size_t* size) {
     return guarded([&] {
         required(bytes, "bytes") = nullptr;
         required(size, "size") = 0;
-        const vorna_image& written = required(image, "image");
-        const std::string name = &required(suffix, "suffix");
-        const std::string file = encoded(written, written_format(vorna::drawing::find_image_format(name), written, name));
+        const std::string file = vorna::drawing::png_of(samples_of(required(image, "image")));
         *bytes = copied(file.data(), file.size());
         *size = file.size();
     });
@@ -244,30 +164,26 @@ vorna_status vorna_image_encode(const vorna_image* image, const char* suffix, vo
 
 vorna_status vorna_image_digest(const vorna_image* image, char* digest) {
     return guarded([&] {
-        const Png_Image png = png_image_of(required(image, "image"));
         required(digest, "digest");
-        vorna::drawing::Sha256 sum;
-        sum.add(png.samples.data(), png.samples.size());
-        const std::string digits = sum.finish();
-        std::memcpy(digest, digits.c_str(), digits.size() + 1);
+        give_digest(vorna::drawing::digest_of(samples_of(required(image, "image"))), digest);
     });
 }
 
 vorna_status vorna_image_compare(const vorna_image* first, const vorna_image* second, const vorna_tolerance* tolerance,
-                                 int32_t* is_same, const char** text) {
+                                 vorna_comparison* result, const char** text) {
     return guarded([&] {
-        required(is_same, "is_same") = 0;
+        required(result, "result") = {};
         const vorna_image &a = required(first, "first"), &b = required(second, "second");
-        std::optional<vorna::drawing::Fuzz> fuzz;
+        std::optional<vorna::drawing::Tolerance> given;
         if (tolerance) {
             require_range("difference", tolerance->difference, 0, INT32_MAX);
             require_range("count", tolerance->count, std::int64_t{0}, INT64_MAX);
-            fuzz = {tolerance->difference, tolerance->count};
+            given = {tolerance->difference, tolerance->count};
         }
         thread_local std::string line;
-        vorna::drawing::Image_Difference difference = vorna::drawing::compare(png_image_of(a), png_image_of(b), fuzz);
-        line = std::move(difference.text);
-        *is_same = difference.is_same ? 1 : 0;
+        vorna::drawing::Comparison comparison = vorna::drawing::compare_samples(samples_of(a), samples_of(b), given);
+        line = std::move(comparison.text);
+        *result = {comparison.is_same ? 1 : 0, comparison.most, comparison.count};
         if (text) {
             *text = line.c_str();
         }

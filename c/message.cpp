@@ -7,8 +7,6 @@
 #include "c/reading.h"
 #include "drawing/files/interruption.h"
 #include "drawing/files/usage_error.h"
-#include "drawing/image/image.h"
-#include "drawing/image/png_reader.h"
 
 namespace vorna::c {
 namespace {

@@ -9,10 +9,6 @@
 #include "drawing/drawing.h"
 #include "vorna/c_model.h"
 
-struct vorna_model {
-    vorna::drawing::Model content;
-};
-
 namespace vorna::c {
 
 using namespace drawing::model;
@@ -51,39 +47,6 @@ VT_Vector_D vector_of(const char* name, const vorna_point_d& point) {
     require_finite(name, point.y);
     require_finite(name, point.z);
     return {point.x, point.y, point.z};
-}
-
-drawing::Model_View view_of(const vorna_view* view) {
-    const vorna_view given = settings_or(view, default_view());
-    drawing::Model_View result;
-    result.look.shading = choice("shading", given.shading, Shading::automatic);
-    result.look.tint = choice("tint", given.tint, Tint::normals);
-    result.look.culling = given.culls_back_faces ? Culling::back : Culling::none;
-    result.look.light = {given.light.x, given.light.y, given.light.z};
-    result.look.specular = given.specular;
-    result.studio = given.studio != 0;
-    require_range("edges", given.edges, VORNA_NO_EDGES + 0, VORNA_FEATURE_EDGES + 0);
-    if (given.edges != VORNA_NO_EDGES) {
-        result.edges = given.edges == VORNA_ALL_EDGES ? Edge_Choice::all : Edge_Choice::features;
-    }
-    result.edge_color = color_or_none(given.edge_color);
-    result.color = color_or_none(given.color);
-    result.line_width = given.line_width;
-    result.point_size = given.point_size;
-    result.axes = given.axes != 0;
-    result.scale_bar = given.scale_bar != 0;
-    result.camera.view = choice("view", given.view, View::iso);
-    result.camera.up = choice("up", given.up, Up_Axis::minus_x);
-    result.camera.projection = given.orthographic ? Projection::orthographic : Projection::perspective;
-    result.camera.zoom = given.zoom;
-    if (given.field_of_view != 0) {
-        require(given.field_of_view >= 1 && given.field_of_view <= 150, "field_of_view: expected 0, or 1 to 150 degrees");
-        result.camera.half_tangent = half_tangent_of(given.field_of_view);
-    }
-    if (given.has_aim) {
-        result.camera.aim = {vector_of("eye", given.eye), vector_of("target", given.target), vector_of("upward", given.upward)};
-    }
-    return result;
 }
 
 const vorna_image_settings& default_image_settings() noexcept {
@@ -149,6 +112,39 @@ Mesh mesh_of(const vorna_mesh& given) {
 }
 
 } // namespace
+
+drawing::Model_View view_of(const vorna_view* view) {
+    const vorna_view given = settings_or(view, default_view());
+    drawing::Model_View result;
+    result.look.shading = choice("shading", given.shading, Shading::automatic);
+    result.look.tint = choice("tint", given.tint, Tint::normals);
+    result.look.culling = given.culls_back_faces ? Culling::back : Culling::none;
+    result.look.light = {given.light.x, given.light.y, given.light.z};
+    result.look.specular = given.specular;
+    result.studio = given.studio != 0;
+    require_range("edges", given.edges, VORNA_NO_EDGES + 0, VORNA_FEATURE_EDGES + 0);
+    if (given.edges != VORNA_NO_EDGES) {
+        result.edges = given.edges == VORNA_ALL_EDGES ? Edge_Choice::all : Edge_Choice::features;
+    }
+    result.edge_color = color_or_none(given.edge_color);
+    result.color = color_or_none(given.color);
+    result.line_width = given.line_width;
+    result.point_size = given.point_size;
+    result.axes = given.axes != 0;
+    result.scale_bar = given.scale_bar != 0;
+    result.camera.view = choice("view", given.view, View::iso);
+    result.camera.up = choice("up", given.up, Up_Axis::minus_x);
+    result.camera.projection = given.orthographic ? Projection::orthographic : Projection::perspective;
+    result.camera.zoom = given.zoom;
+    if (given.field_of_view != 0) {
+        require(given.field_of_view >= 1 && given.field_of_view <= 150, "field_of_view: expected 0, or 1 to 150 degrees");
+        result.camera.half_tangent = half_tangent_of(given.field_of_view);
+    }
+    if (given.has_aim) {
+        result.camera.aim = {vector_of("eye", given.eye), vector_of("target", given.target), vector_of("upward", given.upward)};
+    }
+    return result;
+}
 
 drawing::Image_Settings image_settings_of(const vorna_image_settings* settings) {
     const vorna_image_settings given = settings_or(settings, default_image_settings());

@@ -2,9 +2,7 @@
 #include "c/call.h"
 #include "c/handles.h"
 #include "c/reading.h"
-#include "drawing/files/gzip.h"
 #include "drawing/files/input_file.h"
-#include "drawing/files/json_memory.h"
 #include "drawing/files/output_file.h"
 #include "drawing/recording/document.h"
 #include "drawing/recording/recording_file.h"
@@ -87,16 +85,14 @@ vorna_status vorna_recording_parse(const char* text, size_t size, const vorna_re
         require_list(text, size, "text");
         auto limits = limits_of(reading);
         return read(unnamed, [&] {
-            std::string document(text ? text : "", size);
             limits.add_file(unnamed, size);
-            if (vorna::drawing::is_gzip(document)) {
-                document = vorna::drawing::unpacked_input(unnamed, document, limits, most_bytes);
-            }
+            const std::string document =
+                vorna::drawing::unpacked_input(unnamed, std::string(text ? text : "", size), limits, most_bytes);
             if (document.size() > most_bytes) {
                 throw Recording_Error("expected at most " + std::to_string(most_bytes >> 20) + " MiB");
             }
-            limits.take_memory(unnamed, vorna::drawing::json_memory(document) + 2 * document.size());
-            return read_recording(document);
+            limits.take_memory(unnamed, 2 * document.size());
+            return read_recording(document, [&](std::size_t more) { limits.take_memory(unnamed, more); });
         });
     });
 }

@@ -7,7 +7,12 @@
 
 #include "c/handles.h"
 #include "drawing/drawing.h"
+#include "drawing/image_samples.h"
 #include "vorna/c_model.h"
+
+struct vorna_model {
+    vorna::drawing::Model content;
+};
 
 namespace vorna::c {
 
@@ -16,9 +21,11 @@ inline std::optional<VT_RGB32> color_or_none(const vorna_color* color) {
 }
 
 // Null stands for the defaults.
+drawing::Model_View view_of(const vorna_view* view);
 drawing::Image_Settings image_settings_of(const vorna_image_settings* settings);
 
 std::unique_ptr<vorna_image> image_of(const drawing::Image& image);
+std::unique_ptr<vorna_image> image_of(const drawing::Image_Samples& samples);
 
 // digest: null, or 65 bytes.
 void give_digest(const std::string& digits, char* digest);

@@ -132,6 +132,27 @@ std::optional<Image_Samples> samples_of(const Png_Image& png) {
     return {};
 }
 
+Image_Samples decoded_samples(const std::string& name, std::string_view content, Load_Limits& limits) {
+    if (content.starts_with("\x89PNG")) {
+        try {
+            if (std::optional<Image_Samples> image = samples_of(read_png(name, content, limits))) {
+                return *std::move(image);
+            }
+        } catch (const Png_Error& error) {
+            throw Usage_Error(name + ": " + error.what());
+        }
+    }
+    try {
+        const Image decoded = decode_image(content, [&](std::uint64_t pixels) { limits.take_memory(name, 8 * pixels); });
+        Image_Samples image = make_samples(Kind::colors, decoded.width, decoded.height);
+        store_samples(reinterpret_cast<const std::uint8_t*>(decoded.pixels.data()),
+                      static_cast<std::int32_t>(decoded.pixels.size()), Buffer_Format::rgb32, image.bytes.get());
+        return image;
+    } catch (const Image_Error& error) {
+        throw Usage_Error(name + ": " + error.what());
+    }
+}
+
 } // namespace
 
 Image_Samples make_samples(Image_Samples::Kind kind, std::int32_t width, std::int32_t height) {
@@ -205,25 +226,12 @@ std::string digest_of(const Image_Samples& image) {
 
 Image_Samples read_samples(const std::string& file, std::uint64_t max_memory) {
     Load_Limits limits(max_memory > 0 ? std::optional(max_memory) : std::nullopt);
-    const std::string content = read_input(file, limits);
-    if (content.starts_with("\x89PNG")) {
-        try {
-            if (std::optional<Image_Samples> image = samples_of(read_png(name_of_input(file), content, limits))) {
-                return *std::move(image);
-            }
-        } catch (const Png_Error& error) {
-            throw Usage_Error(name_of_input(file) + ": " + error.what());
-        }
-    }
-    try {
-        const Image decoded = decode_image(content, [&](std::uint64_t pixels) { limits.take_memory(file, 8 * pixels); });
-        Image_Samples image = make_samples(Kind::colors, decoded.width, decoded.height);
-        store_samples(reinterpret_cast<const std::uint8_t*>(decoded.pixels.data()),
-                      static_cast<std::int32_t>(decoded.pixels.size()), Buffer_Format::rgb32, image.bytes.get());
-        return image;
-    } catch (const Image_Error& error) {
-        throw Usage_Error(name_of_input(file) + ": " + error.what());
-    }
+    return decoded_samples(name_of_input(file), read_input(file, limits), limits);
+}
+
+Image_Samples decode_samples(const std::string& name, std::string_view content, std::uint64_t max_memory) {
+    Load_Limits limits(max_memory > 0 ? std::optional(max_memory) : std::nullopt);
+    return decoded_samples(name, content, limits);
 }
 
 Comparison compare_samples(const Image_Samples& a, const Image_Samples& b, const std::optional<Tolerance>& tolerance) {

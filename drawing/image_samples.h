@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "drawing/export.h"
@@ -46,6 +47,8 @@ VORNA_DRAWING_API std::string digest_of(const Image_Samples& image);
 // A PNG file in its own kind, or the colours of a file in another format that textures may have. max_memory: bytes; 0 = as
 // Reading has it.
 VORNA_DRAWING_API Image_Samples read_samples(const std::string& file, std::uint64_t max_memory = 0);
+// The same of a file's bytes. name: what messages call it.
+VORNA_DRAWING_API Image_Samples decode_samples(const std::string& name, std::string_view content, std::uint64_t max_memory = 0);
 
 // Pixels that may differ: no channel by more than `difference`, no more pixels than `count`.
 struct Tolerance {

@@ -20,8 +20,9 @@ vorna_status vorna_image_create(int32_t width, int32_t height, int32_t format, v
 // The caller's pixels, without a copy. They must stay until the image is freed and no canvas draws with it.
 vorna_status vorna_image_wrap(const vorna_buffer* buffer, vorna_image** image);
 
-// A file in PNG, JPEG, WebP, TGA, BMP or DDS, told apart by the content; sides of up to 16384 pixels. PNG files with 16 bits of
-// grey become VORNA_DEPTH16, all others VORNA_RGB32. VORNA_INVALID_INPUT when the file cannot be read. reading: may be null.
+// A file in PNG, JPEG, WebP, TGA, BMP or DDS, told apart by the content; sides of up to 16384 pixels. Opaque PNG files with a
+// palette become VORNA_INDEX8, those with 16 bits of grey VORNA_DEPTH16, all others VORNA_RGB32. VORNA_INVALID_INPUT when the
+// file cannot be read. reading: may be null.
 vorna_status vorna_image_read(const char* file, const vorna_reading* reading, vorna_image** image);
 
 // The same of a file's bytes. size: their number.
@@ -35,12 +36,13 @@ vorna_status vorna_image_palette(const vorna_image* image, vorna_color* colors);
 // colors: 1 to 256 of them; indices beyond mean black.
 vorna_status vorna_image_set_palette(vorna_image* image, size_t count, const vorna_color* colors);
 
-// Writes a file, which appears whole or not at all. The suffix chooses the format: png, jpg, webp, tif, pdf, ppm or raw; formats
-// other than png are for VORNA_RGB32. VORNA_INVALID_INPUT for other suffixes, VORNA_FAILED when the file cannot be written.
+// Writes a file, which appears whole or not at all. The suffix chooses the format: jpg, webp, tif, pdf, ppm, raw, or PNG for all
+// others. Small PNG files of few colours have a palette. VORNA_INVALID_INPUT for formats that cannot hold the image: only PNG
+// holds depths, and some hold opaque colours only. VORNA_FAILED when the file cannot be written.
 vorna_status vorna_image_write(const vorna_image* image, const char* file);
 
-// The bytes of such a file, to be freed with vorna_free. suffix: as above, without a dot.
-vorna_status vorna_image_encode(const vorna_image* image, const char* suffix, void** bytes, size_t* size);
+// The bytes of a PNG file, to be freed with vorna_free.
+vorna_status vorna_image_encode(const vorna_image* image, void** bytes, size_t* size);
 
 // SHA-256 of the samples of the image's PNG file, in 64 hexadecimal digits and a zero byte. digest: 65 bytes. Depths count with
 // their high byte first, colours as red, green, blue and alpha.
@@ -52,10 +54,16 @@ typedef struct vorna_tolerance {
     int64_t count;
 } vorna_tolerance;
 
-// Compares two images as `vorna compare` does. tolerance: null = every bit counts. is_same: becomes 1 or 0. text: null, or
-// becomes one line that says how they differ, valid until this thread's next comparison.
+typedef struct vorna_comparison {
+    int32_t is_same; // 1 or 0
+    int32_t most;    // the largest difference of a channel
+    int64_t count;   // pixels that differ
+} vorna_comparison;
+
+// Compares two images as `vorna compare` does. tolerance: null = every bit counts. text: null, or becomes one line that says how
+// they differ, valid until this thread's next comparison.
 vorna_status vorna_image_compare(const vorna_image* first, const vorna_image* second, const vorna_tolerance* tolerance,
-                                 int32_t* is_same, const char** text);
+                                 vorna_comparison* result, const char** text);
 
 void vorna_image_free(vorna_image* image);
 

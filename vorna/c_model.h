@@ -123,6 +123,25 @@ vorna_status vorna_model_render_file(const vorna_model* model, const vorna_view*
 
 void vorna_model_free(vorna_model* model);
 
+// A model that is drawn from many cameras: what depends on the model alone is done once. The model must outlive the scene.
+typedef struct vorna_scene vorna_scene;
+
+// view: its camera is not used. settings: their size is not used. null = the defaults.
+vorna_status vorna_scene_create(const vorna_model* model, const vorna_view* view, const vorna_image_settings* settings,
+                                vorna_scene** scene);
+
+// One image from the camera of a view. Null pointers stand for results that are not wanted; one at least must be.
+// color: VORNA_RGB32, or VORNA_INDEX8 with indexed settings.
+// depth: VORNA_DEPTH16 of the faces, neither supersampled nor smoothed: from 0 at the distance `nearest` from the eye along the
+// line of sight to 65535 at `farthest`, and where no face is. Linear without perspective; with it 65535 * (1 - nearest /
+// distance) / (1 - nearest / farthest). Distances are in the model's unit. faces: width * height numbers of triangles, rows from
+// the top down, by the order of the arrays, of files as they are drawn; -1 where no face is. For models of at most 2^24 - 2
+// triangles.
+vorna_status vorna_scene_draw(vorna_scene* scene, const vorna_view* camera, int32_t width, int32_t height, vorna_image** color,
+                              vorna_image** depth, int32_t* faces, double* nearest, double* farthest);
+
+void vorna_scene_free(vorna_scene* scene);
+
 #if defined(__GNUC__)
 #pragma GCC visibility pop
 #endif

@@ -10,16 +10,18 @@ extern "C" {
 #pragma GCC visibility push(default)
 #endif
 
-// A file, plain or compressed by gzip. reading: may be null. VORNA_INVALID_INPUT names the file and the place in it.
+// A file, JSON or CBOR, plain or compressed by gzip or zstd. reading: may be null. VORNA_INVALID_INPUT names the file and the
+// place in it.
 vorna_status vorna_recording_read(const char* file, const vorna_reading* reading, vorna_recording** recording);
 
 // The same of a document in memory, size bytes of it. Messages call it "recording".
 vorna_status vorna_recording_parse(const char* text, size_t size, const vorna_reading* reading, vorna_recording** recording);
 
-// Writes a file, which appears whole or not at all; compressed when its name ends in .gz.
+// Writes a file, which appears whole or not at all; compressed when its name ends in .gz or .zst, CBOR when it ends in .cbor
+// before that, else JSON.
 vorna_status vorna_recording_write(const vorna_recording* recording, const char* file);
 
-// The document, to be freed with vorna_free. size: its bytes without the zero byte that ends it.
+// The document as JSON, to be freed with vorna_free. size: its bytes without the zero byte that ends it.
 vorna_status vorna_recording_text(const vorna_recording* recording, char** text, size_t* size);
 
 // The number of its calls.

@@ -1,6 +1,8 @@
 // Wrong arguments, wrong input and lack of memory give a status and a line, and leave everything usable.
 #include <cmath>
+#include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <limits>
 #include <random>
 #include <string>
@@ -8,6 +10,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/time.h>
 
 #include "tests/c_api/c_support.h"
 #include "tests/reliability/counted_heap.h"
@@ -229,6 +232,40 @@ TEST(C_Errors, lack_of_memory_is_a_status) {
         vorna_image_free(image);
         return status;
     });
+}
+
+volatile std::sig_atomic_t interrupts = 0;
+
+// The signal waits until the unfinished file is removed, and is raised again then.
+TEST(C_Errors, an_interrupt_ends_a_file_that_is_being_written) {
+    vorna_mesh mesh;
+    EXPECT_OK(vorna_mesh_init(&mesh, sizeof mesh));
+    const vorna_point corners[] = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    const uint32_t triangle[] = {0, 1, 2};
+    mesh.positions = corners;
+    mesh.vertex_count = 3;
+    mesh.triangles = triangle;
+    mesh.triangle_count = 1;
+    vorna_model* model = nullptr;
+    EXPECT_OK(vorna_model_create(&mesh, &model));
+    vorna_image_settings settings;
+    EXPECT_OK(vorna_image_settings_init(&settings, sizeof settings));
+    settings.width = settings.height = 16000;
+    settings.threads = 1;
+    const auto before = std::signal(SIGINT, [](int) { interrupts = interrupts + 1; });
+    const auto alarm_before = std::signal(SIGALRM, [](int) { std::raise(SIGINT); });
+    const itimerval often{{0, 30000}, {0, 30000}}, never{};
+    setitimer(ITIMER_REAL, &often, nullptr);
+    const std::string file = testing::TempDir() + "c_api_interrupted.png";
+    const vorna_status status = vorna_model_render_file(model, nullptr, &settings, file.c_str(), nullptr);
+    setitimer(ITIMER_REAL, &never, nullptr);
+    std::signal(SIGINT, before);
+    std::signal(SIGALRM, alarm_before);
+    EXPECT_EQ(status, VORNA_INTERRUPTED) << vorna_last_message();
+    EXPECT_EQ(vorna_last_message(), file + ": interrupted by a signal");
+    EXPECT_GE(interrupts, 1);
+    EXPECT_FALSE(std::filesystem::exists(file));
+    vorna_model_free(model);
 }
 
 // Random arguments: every call gives one of the statuses, and the canvas still draws in the end.
