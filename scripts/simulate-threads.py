@@ -3,7 +3,7 @@
 Records what the tiles of a frame take on one thread and computes how long the frame takes on more threads than the machine has.
 
 A computed frame is the part of preparing that no second thread shortens, the rest of preparing divided by the threads, the start
-of each thread, and the tiles in order, each taken by the thread that is first without one. Memory that threads share is not in
+of each thread, and the tiles from the middle of the image outwards, each taken by the thread that is first without one. Memory that threads share is not in
 it, nor is a processor that runs slower when all its cores work."""
 import argparse
 import heapq
@@ -52,6 +52,17 @@ def schedule(tiles, threads):
     return max(free), 1 - sum(tiles) / (threads * max(free))
 
 
+def from_middle(tiles, side):
+    """The tiles, listed row by row, in the order in which the command draws them."""
+    width, height = map(int, arguments.size.split('x'))
+    columns, rows = -(-width // side), -(-height // side)
+
+    def distance(number):
+        return (2 * (number % columns) + 1 - columns) ** 2 + (2 * (number // columns) + 1 - rows) ** 2
+
+    return [tiles[number] for number in sorted(range(len(tiles)), key=distance)]
+
+
 def side_for(threads):
     """Of a square as large as the tiles that the command plans for so many threads; 0: a single tile."""
     text = render('--threads', threads, '--dry-run').stdout
@@ -72,7 +83,7 @@ for count in counts:
     prepare, tiles = recorded(sides[count], 1)
     prepare_by_two, _ = recorded(sides[count], 2)
     alone = min(max(2 * prepare_by_two - prepare, 0), prepare)
-    end, waits = schedule(tiles, count)
+    end, waits = schedule(from_middle(tiles, sides[count]), count)
     frame = alone + (prepare - alone) / count + 3 * (count - 1) * arguments.start / 2 + end
     clock = f'{measured[count]:.2f}' if count in measured else '–'
     print(f'| {count} | {sides[count]} | {alone:.2f} | {prepare - alone:.2f} | {sum(tiles):.2f} | {100 * waits:.0f} % | '
