@@ -38,8 +38,8 @@ def main(folder):
     wrong = mypy(folder, "mypy", "wrong.py").stdout.splitlines()
     for number, (line, error) in enumerate(WRONG.items(), 2):
         assert any(text.startswith(f"wrong.py:{number}:") and f"[{error}]" in text for text in wrong), (line, wrong)
-    # The package's own files have no types.
-    (folder / "own.txt").write_text("vorna\\._[a-z]+.*\n")
+    # The package's own files have no types; what pybind11 makes has a metaclass of its own, which is told by the name of the class.
+    (folder / "own.txt").write_text("vorna\\._[a-z]+.*\nvorna\\.(Canvas|Texture)\n")
     stubs = mypy(folder, "mypy.stubtest", "vorna", "--ignore-missing-stub", "--allowlist", "own.txt", "--ignore-unused-allowlist")
     assert stubs.returncode == 0, stubs.stdout + stubs.stderr
 
