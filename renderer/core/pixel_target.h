@@ -18,6 +18,8 @@ inline constexpr std::uint16_t farthest_depth = 0xFFFF;
 // vain.
 struct Block_Looks {
     std::int32_t pause = 0, pause_after_next = 0;
+    std::int32_t first_row = 0, end_row = 0; // that bounds know of, half-open: those that the renderer may draw
+    std::int32_t blocks_read = 0;            // in the last look, for lack of a bound that told enough
 };
 
 // The renderer keeps one with its buffers; a call copies it and adds what its rendition says.

@@ -247,6 +247,7 @@ void Software_Z_Buffer::set_scissor_rows(std::int32_t first, std::int32_t last) 
         scissor_.limit(target, *color_buffer, depth_buffer.get(), first, last);
     }
     depth_blocks.raise_all(); // blocks across the old borders know some of their rows only
+    publish_depth_blocks();
 }
 
 // An option of the application's: only it knows whether anything but the renderer writes the depth buffer.
@@ -264,6 +265,8 @@ void Software_Z_Buffer::publish_depth_blocks() noexcept {
     target.block_depths = z_test == greater_test ? nullptr : depth_blocks.entries();
     target.blocks_in_row = depth_blocks.in_row();
     target.block_looks = depth_blocks.looks();
+    target.block_looks->first_row = target.first_row;
+    target.block_looks->end_row = target.end_row;
 }
 
 void Software_Z_Buffer::change_z_test(std::int32_t mode) noexcept {

@@ -17,12 +17,11 @@ namespace {
 
 // ---- blocks
 
-// The farthest depth in a block's pixels of the window.
-inline std::uint16_t farthest_depth_in(const Pixel_Target& target, std::int32_t column, std::int32_t row) {
-    const std::int32_t end_row = row + block_rows < target.height ? row + block_rows : target.height;
+// The farthest depth from a column on, block_columns of them as far as the window has them, in rows first to last.
+inline std::uint16_t farthest_depth_in(const Pixel_Target& target, std::int32_t column, std::int32_t row, std::int32_t last_row) {
     std::uint16_t farthest[block_columns] = {};
     if (column + block_columns <= target.width) {
-        for (; row < end_row; ++row) {
+        for (; row <= last_row; ++row) {
             std::uint16_t depths[block_columns];
             std::memcpy(depths, target.depth_rows[row] + std::int64_t{2} * column, sizeof depths);
             for (int i = 0; i < block_columns; ++i) {
@@ -30,7 +29,7 @@ inline std::uint16_t farthest_depth_in(const Pixel_Target& target, std::int32_t 
             }
         }
     } else {
-        for (; row < end_row; ++row) {
+        for (; row <= last_row; ++row) {
             for (int i = 0; i < target.width - column; ++i) {
                 std::uint16_t depth;
                 std::memcpy(&depth, target.depth_rows[row] + std::int64_t{2} * (column + i), sizeof depth);
@@ -55,14 +54,17 @@ inline std::int32_t depth_at(const Pixel_Target& target, std::int32_t column, st
 // Whether the block hides what is not nearer than that depth, by its pixels. Most that do not are found out by a corner.
 KRB_NEVER_INLINE bool pixels_hide(const Pixel_Target& target, std::int32_t block, std::int32_t block_row, std::int32_t nearest) {
     const std::int32_t column = block << block_column_bits;
-    const std::int32_t row = block_row << block_row_bits;
     const std::int32_t last_column = (column + block_columns < target.width ? column + block_columns : target.width) - 1;
-    const std::int32_t last_row = (row + block_rows < target.height ? row + block_rows : target.height) - 1;
+    Block_Looks& looks = *target.block_looks;
+    const std::int32_t first = block_row << block_row_bits;
+    const std::int32_t row = first < looks.first_row ? looks.first_row : first;
+    const std::int32_t last_row = (first + block_rows < looks.end_row ? first + block_rows : looks.end_row) - 1;
     if (depth_at(target, column, row) >= nearest || depth_at(target, last_column, last_row) >= nearest ||
         depth_at(target, last_column, row) >= nearest || depth_at(target, column, last_row) >= nearest) {
         return false;
     }
-    const std::uint16_t farthest = farthest_depth_in(target, column, row);
+    ++looks.blocks_read;
+    const std::uint16_t farthest = farthest_depth_in(target, column, row, last_row);
     target.block_depths[std::int64_t{block_row} * target.blocks_in_row + block] = farthest;
     return farthest < nearest;
 }
@@ -157,6 +159,7 @@ KRB_NEVER_INLINE Visibility visibility_by_blocks(const Triangle_Target& target, 
         return Visibility::whole;
     }
     std::int32_t visible_blocks = 0;
+    target.block_looks->blocks_read = 0;
     part.first_block_row = covered.first_block_row();
     for (std::int32_t i = 0; i < rows; ++i) {
         const std::int32_t row = covered.first_block_row() + i;
@@ -172,9 +175,12 @@ KRB_NEVER_INLINE Visibility visibility_by_blocks(const Triangle_Target& target, 
         part.columns[i] = {first << block_column_bits, end << block_column_bits};
     }
     const std::int32_t blocks = rows * columns;
-    const bool is_worth_it = 4 * visible_blocks <= 3 * blocks;
-    note_look(target, is_worth_it);
-    return visible_blocks == 0 ? Visibility::hidden : is_worth_it ? Visibility::in_part : Visibility::whole;
+    // A block that is read counts as half a hidden one.
+    note_look(target, 2 * (blocks - visible_blocks) > target.block_looks->blocks_read + blocks / 2);
+    if (visible_blocks == 0) {
+        return Visibility::hidden;
+    }
+    return 4 * visible_blocks <= 3 * blocks ? Visibility::in_part : Visibility::whole;
 }
 
 // Blocks are looked at only where a few pixels of the triangle are hidden: for most triangles nothing else would come of it.

@@ -25,16 +25,38 @@ public:
     Blocks_Beside_None(const Renderer_Setup& setup, const std::string& kernels)
         : size_(setup.size), with_(setup, kernels), without_(setup, kernels) {
         with_->requested_table.add(VT_Option("Depth Blocks", 0, true));
-        for_both([](Test_Renderer& renderer) { renderer->establish_all(); });
+        for_both(
+            [](Test_Renderer& renderer) { renderer->requested_table.add(VT_Option("Scissor Rows", 0, VT_Pointer(nullptr))); });
+        establish();
     }
 
     template <class Step> void for_both(Step step) {
         step(with_);
         step(without_);
     }
+    void establish() {
+        for_both([](Test_Renderer& renderer) { renderer->establish_all(); });
+        first_row_ = 0;
+        last_row_ = size_.y - 1;
+    }
+    void set_scissor_rows(std::int32_t first, std::int32_t last) {
+        const std::int32_t rows[] = {first, last};
+        for_both([&](Test_Renderer& renderer) {
+            renderer->current_table.find("Scissor Rows")->as_setter<VT_Int_Setter>()(*renderer, rows);
+        });
+        first_row_ = first;
+        last_row_ = last;
+    }
     void set_z_test(std::int32_t mode) {
         for_both([mode](Test_Renderer& renderer) { renderer.set_z_test(mode); });
         is_greater_ = mode == 5;
+    }
+    // After calls that may fill whole rows, padding included.
+    void renew_padding() {
+        for_both([](Test_Renderer& renderer) {
+            renderer.color().renew_padding();
+            renderer.depth()->renew_padding();
+        });
     }
     bool has_same_pixels() {
         for (std::int32_t row = 0; row < size_.y; ++row) {
@@ -50,7 +72,7 @@ public:
     // Where a depth is farther than its block's entry; empty when none is.
     std::string depth_beyond_entry() {
         krb::Depth_Blocks& blocks = krb::renderer_of(*with_).depth_blocks;
-        for (std::int32_t row = 0; row < size_.y && !is_greater_; ++row) {
+        for (std::int32_t row = first_row_; row <= last_row_ && !is_greater_; ++row) {
             for (std::int32_t column = 0; column < size_.x; ++column) {
                 const std::uint16_t entry =
                     blocks.entries()[row / krb::block_rows * blocks.in_row() + column / krb::block_columns];
@@ -71,6 +93,7 @@ public:
 private:
     VT_Int_Pair size_;
     Test_Renderer with_, without_;
+    std::int32_t first_row_ = 0, last_row_ = 0; // of the scissor
     bool is_greater_ = false;
 };
 
@@ -132,12 +155,17 @@ void take_step(Random& random, const VT_Int_Rectangle& window, Blocks_Beside_Non
                                               {window.left, window.bottom}};
         const vorna::app::check::Call call = vorna::app::check::random_call(random, slot, place);
         both.for_both([&](Test_Renderer& renderer) { call.draw_with(*renderer); });
+        both.renew_padding();
     } else if (random.chance(40)) {
         const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
         rendition->window.rectangle = random.chance(30) ? window : random_rectangle(random, window);
         both.for_both([&](Test_Renderer& renderer) { VD_Clear_Depth_Rectangle(*renderer, *rendition); });
+        both.renew_padding();
     } else if (random.chance(20)) {
-        both.for_both([](Test_Renderer& renderer) { renderer->establish_all(); });
+        both.establish();
+    } else if (random.chance(20)) {
+        const std::int32_t last = random.number(0, window.top - window.bottom);
+        both.set_scissor_rows(random.number(0, last), last);
     } else if (random.chance(50)) {
         constexpr std::int32_t modes[] = {1, 2, 5};
         both.set_z_test(random.one_of(modes));
