@@ -91,6 +91,10 @@ class Canvas(_vorna.Canvas):
         finally:
             recording._text = self._finish_recording()
 
+    def __repr__(self):
+        height, width = self.pixels.shape[:2]
+        return f"<vorna.Canvas {width} x {height}>"
+
     def _repr_png_(self):
         return self.to_image().png()
 

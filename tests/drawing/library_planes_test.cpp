@@ -55,17 +55,22 @@ TEST_F(Library_Planes, are_the_images_and_passes_of_the_command_from_every_camer
             const Model_Image image = images.draw({.view = view}, {90, 60}, {true, true, true});
             EXPECT_EQ(values_of<std::uint8_t>(image.depths),
                       values_of<std::uint8_t>(drawn_by_command({"--view", name, "--pass", "depth"})));
-            EXPECT_TRUE(
-                compare_samples(image.colors, drawn_by_command({"--view", name, "--background", "white"})).is_same);
+            EXPECT_TRUE(compare_samples(image.colors, drawn_by_command({"--view", name, "--background", "white"})).is_same);
             EXPECT_THAT(values_of<std::int32_t>(image.faces), testing::IsSupersetOf({-1, 0, 1}));
             EXPECT_LT(image.near, image.far);
         }
     }
     EXPECT_EQ(Model_Images(model, {}, {}).draw({}, {9, 6}, {false, true, false}).colors.bytes, nullptr);
-    EXPECT_THAT([&] { Model_Images(model, {}, {}).draw({}, {0, 6}); },
-                ThrowsMessage<Usage_Error>(HasSubstr("size.x: expected 1 to")));
-    EXPECT_THAT([&] { Model_Images(model, {}, {}).draw({.lens = model::Lens{0, 1, 2, 3}}, {9, 6}); },
-                ThrowsMessage<Usage_Error>(HasSubstr("camera.lens.focal_x: expected 1 to")));
+    EXPECT_THAT(
+        [&] {
+            Model_Images(model, {}, {}).draw({}, {0, 6});
+        },
+        ThrowsMessage<Usage_Error>(HasSubstr("size.x: expected 1 to")));
+    EXPECT_THAT(
+        [&] {
+            Model_Images(model, {}, {}).draw({.lens = model::Lens{0, 1, 2, 3}}, {9, 6});
+        },
+        ThrowsMessage<Usage_Error>(HasSubstr("camera.lens.focal_x: expected 1 to")));
 }
 
 TEST_F(Library_Planes, faces_have_the_numbers_that_they_were_given_with) {

@@ -1,4 +1,4 @@
-# Executes a notebook and compares its outputs with those that it holds. usage: notebook.py NOTEBOOK FOLDER; with --update as a third
+# Executes a notebook and compares its outputs with those that it holds. usage: check_notebook.py NOTEBOOK FOLDER; with --update as a third
 # argument the notebook gets the outputs instead.
 import json
 import pathlib

@@ -1,4 +1,4 @@
-# Runs each block of Python of a page by itself, in a folder with the files that the page names. usage: page.py PAGE FOLDER
+# Runs each block of Python of a page by itself, in a folder with the files that the page names. usage: check_page.py PAGE FOLDER
 import importlib.util
 import os
 import pathlib

@@ -1,4 +1,4 @@
-# Makes the wheel of what is built, installs it into a fresh environment and draws there. usage: wheel.py SOURCE BUILD FOLDER
+# Makes the wheel of what is built, installs it into a fresh environment and draws there. usage: check_wheel.py SOURCE BUILD FOLDER
 import os
 import pathlib
 import shutil

@@ -1,4 +1,4 @@
-# Checks that the types of the package are those of its objects, and that mypy finds wrong use. usage: types.py FOLDER
+# Checks that the types of the package are those of its objects, and that mypy finds wrong use. usage: check_types.py FOLDER
 import os
 import pathlib
 import subprocess
@@ -38,7 +38,9 @@ def main(folder):
     wrong = mypy(folder, "mypy", "wrong.py").stdout.splitlines()
     for number, (line, error) in enumerate(WRONG.items(), 2):
         assert any(text.startswith(f"wrong.py:{number}:") and f"[{error}]" in text for text in wrong), (line, wrong)
-    stubs = mypy(folder, "mypy.stubtest", "vorna", "--ignore-missing-stub")
+    # The package's own files have no types; what pybind11 makes has a metaclass of its own, which is told by the name of the class.
+    (folder / "own.txt").write_text("vorna\\._[a-z]+.*\nvorna\\.(Canvas|Texture)\n")
+    stubs = mypy(folder, "mypy.stubtest", "vorna", "--ignore-missing-stub", "--allowlist", "own.txt", "--ignore-unused-allowlist")
     assert stubs.returncode == 0, stubs.stdout + stubs.stderr
 
 
