@@ -28,6 +28,7 @@ struct Surface {
     bool smoothed = false;        // lines
     Form form = Form::dci;        // of flat strips and lines
     VT_Int_Pair size = window_size;
+    bool depth_blocks = false; // hidden triangles are left out by the depths of blocks
 };
 
 using Subject = std::variant<Scene, Lines, Circles, Image, Polylines>;

@@ -71,7 +71,7 @@ public:
         target.color_row_bytes = -color_.stride;
         target.depth_row_bytes = -depth_.stride;
         target.width = size;
-        target.height = size;
+        target.height = target.end_row = size;
         target.depth_written = true;
         target.background = 0xFF000001U;
         target.alternate_background = 0xFF000002U;
@@ -86,7 +86,6 @@ public:
     krb::Triangle_Target triangle_target(krb::Clip_Rule clip) {
         auto triangles = target<krb::Triangle_Target>(clip);
         triangles.end_column = size;
-        triangles.end_row = size;
         triangles.palette = reinterpret_cast<const std::uint8_t*>(texels_);
         triangles.pattern = &pattern_;
         triangles.texels = reinterpret_cast<const std::uint8_t*>(texels_);

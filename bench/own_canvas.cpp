@@ -43,6 +43,9 @@ public:
         options.set_buffer_depth(surface.depth ? 16 : 0);
         options.set_alpha_blending(surface.alpha);
         renderer_.requested_table.find("Use Mask")->set(surface.clip.has_value());
+        if (surface.depth_blocks) {
+            renderer_.requested_table.add(VT_Option("Depth Blocks", 0, true));
+        }
         renderer_.establish_all();
         const VT_Int_Rectangle whole_window{0, surface.size.x - 1, 0, surface.size.y - 1};
         rendition_.clip.hard_clip = whole_window;

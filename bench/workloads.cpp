@@ -48,6 +48,8 @@ public:
     void add_palette(const Workload& open, double share) { add_sibling(open, "palette_", "8-bit", share, {.palette = true}); }
     // Whatever is measured for the time of a frame: 1.3 times as long is 0.77 of the rate.
     void add_masked(const Workload& open) { add_sibling(open, "masked_", "masked", 1 / 1.3, {.clip = clip}); }
+    // share: of the rate without them.
+    void add_blocks(const Workload& open, double share) { add_sibling(open, "blocks_", "blocks", share, {.depth_blocks = true}); }
 
 private:
     void add_sibling(const Workload& open, const char* prefix, const char* kind, double share, const Surface& change) {
@@ -60,6 +62,7 @@ private:
         sibling.goal = {Goal::Of::reference, share};
         sibling.surface.palette = change.palette;
         sibling.surface.clip = change.clip;
+        sibling.surface.depth_blocks = change.depth_blocks;
         all.push_back(std::move(sibling));
     }
 };
@@ -164,6 +167,11 @@ void add_triangles(List& list, const std::string& model) {
     }
     for (const Workload& row : rows) {
         list.add_masked(row);
+    }
+    for (const Workload& row : rows) {
+        if (row.surface.depth) {
+            list.add_blocks(row, 0.98);
+        }
     }
 }
 
@@ -344,19 +352,23 @@ void add_layers(List& list) {
     struct Order {
         const char *name, *title;
         Layer_Order order;
+        double share; // with blocks
     };
-    for (const Order& order : {Order{"layers_front_first", "16 layers, front to back", Layer_Order::front_first},
-                               Order{"layers_back_first", "16 layers, back to front", Layer_Order::back_first},
-                               Order{"layers_shuffled", "16 layers, shuffled", Layer_Order::shuffled}}) {
-        list.add({"layers",
-                  order.name,
-                  order.title,
-                  [order](const Variation& variation) -> Subject { return layered_triangles(64, 16, order.order, variation); },
-                  {},
-                  {Shading::gouraud, true},
-                  Clears::depth,
-                  Counts::pixels,
-                  {llvmpipe(triangle_edge)}});
+    for (const Order& order : {Order{"layers_front_first", "16 layers, front to back", Layer_Order::front_first, 4},
+                               Order{"layers_back_first", "16 layers, back to front", Layer_Order::back_first, 0.98},
+                               Order{"layers_shuffled", "16 layers, shuffled", Layer_Order::shuffled, 2}}) {
+        const Workload row{
+            "layers",
+            order.name,
+            order.title,
+            [order](const Variation& variation) -> Subject { return layered_triangles(64, 16, order.order, variation); },
+            {},
+            {Shading::gouraud, true},
+            Clears::depth,
+            Counts::pixels,
+            {llvmpipe(triangle_edge)}};
+        list.add(row);
+        list.add_blocks(row, order.share);
     }
 }
 

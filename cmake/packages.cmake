@@ -42,6 +42,9 @@ endif()
 if(TARGET vorna_drawing_library)
   list(APPEND CPACK_COMPONENTS_ALL drawing)
 endif()
+if(TARGET vorna_python)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 if(VORNA_WITH_VIEWER)
   list(APPEND CPACK_COMPONENTS_ALL viewer)
 endif()
@@ -65,6 +68,9 @@ function(component_package component package section summary description)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} RENAME copyright COMPONENT ${component})
 endfunction()
 set(this_library "libvorna15 (= ${PROJECT_VERSION})")
+if(TARGET vorna_python)
+  math(EXPR next_python "${Python_VERSION_MINOR} + 1") # extension modules are for one minor version
+endif()
 # Libraries that are loaded at run time. Debian names a package after its library.
 foreach(library assimp proj)
   string(REPLACE ".so." "" ${library}_package "${${library}_library}")
@@ -80,6 +86,11 @@ component_package(development libvorna15-dev libdevel "exact software rasterizer
 if(TARGET vorna_drawing_library)
   component_package(drawing libvorna-drawing-dev libdevel "models and maps as images, for programs"
                     "The drawing library, its headers and its CMake package." "libvorna15-dev (= ${PROJECT_VERSION})${of_models}")
+endif()
+if(TARGET vorna_python)
+  component_package(python python3-vorna python "models, maps and drawings as exact images, for Python"
+                    "The package vorna: models, maps and canvases as numpy arrays."
+                    "${this_library}, libvorna-drawing-dev (= ${PROJECT_VERSION}), python3-numpy, python3 (>= ${Python_VERSION_MAJOR}.${Python_VERSION_MINOR}), python3 (<< ${Python_VERSION_MAJOR}.${next_python})")
 endif()
 component_package(command vorna graphics "renders models, maps and drawings to the same bytes everywhere"
                   "The command vorna draws, replays and compares pictures and checks modules." "${this_library}${of_models}")

@@ -14,10 +14,12 @@
 #include "drawing/export.h"
 #include "drawing/files/usage_error.h"
 #include "drawing/image/image.h"
+#include "drawing/image_samples.h"
 #include "drawing/map/map_settings.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/mesh.h"
 #include "drawing/model/model_look.h"
+#include "drawing/recordings.h"
 
 namespace vorna::drawing {
 
@@ -39,6 +41,9 @@ public:
     explicit Model(const std::vector<std::string>& files, const Reading& reading = {});
     // Arrays. The lists that a mesh may leave out may be empty; normals that are missing are computed.
     explicit Model(model::Mesh mesh);
+    // Meshes of arrays that are drawn together: normals are computed for each by itself. Of reading everything but memory and
+    // folders counts.
+    explicit Model(std::vector<model::Mesh> meshes, const Reading& reading = {});
     Model(Model&&) noexcept;
     Model& operator=(Model&&) noexcept;
     ~Model();
@@ -51,6 +56,7 @@ public:
 
 private:
     friend struct Image_Maker;
+    friend class Model_Images;
     struct Content;
     std::unique_ptr<Content> content_;
 };
@@ -82,6 +88,9 @@ private:
     std::unique_ptr<Content> content_;
 };
 
+// Camera_Settings::half_tangent of a vertical field of view in degrees, below 180; the same bit by bit on every machine.
+VORNA_DRAWING_API double half_tangent_of_view(double degrees);
+
 // How an image is made. Its bytes depend neither on threads nor on memory.
 struct Image_Settings {
     VT_Int_Pair size{1280, 960}; // sides up to 262144; of maps a height of 0 is chosen
@@ -95,8 +104,9 @@ struct Image_Settings {
     std::int32_t supersample = 0;
     unsigned threads = 0; // at most 1024; 0 = as many as there are processors
     std::uint64_t max_memory = std::uint64_t{1} << 30;
-    bool allow_empty = true; // whether an image may show nothing but the background
-    std::string module;      // path of the renderer; empty = the installed one
+    std::uint64_t other_memory = 0; // bytes of it that are not the image's; 0 = all memory of the process
+    bool allow_empty = true;        // whether an image may show nothing but the background
+    std::string module;             // path of the renderer; empty = the installed one
 };
 
 // An image in memory, four bytes a pixel. Of settings with 8 bits it has the colours of the palette.
@@ -104,6 +114,44 @@ struct Image_Settings {
 VORNA_DRAWING_API Image make_image(const Model& model, const Model_View& view, const Image_Settings& settings,
                                    std::vector<std::string>* warnings = nullptr);
 VORNA_DRAWING_API Image make_image(const Map& map, const Image_Settings& settings);
+// The same with 8 bits a pixel as indices.
+VORNA_DRAWING_API Image_Samples make_samples(const Map& map, const Image_Settings& settings);
+
+// Parts of an image of a model.
+struct Planes {
+    bool colors = true;
+    bool depths = false; // of faces, as the renderer draws them: neither supersampled nor smoothed
+    bool faces = false;  // numbers of triangles
+};
+
+// Of the planes that are not asked for the samples are null.
+struct Model_Image {
+    Image_Samples colors; // of settings with 8 bits indices
+    // From 0 at the distance `near` from the eye along the line of sight to 65535 at `far`, and where no face is. Linear without
+    // perspective; with it 65535 * (1 - near / distance) / (1 - near / far). Distances are in the model's unit.
+    Image_Samples depths;
+    Image_Samples faces; // by the order of the mesh's or all meshes' triangles, of files as they are drawn; at most 2^24 - 2
+    double near = 0, far = 0;
+};
+
+// Images of a model from any number of cameras. What depends on the model alone is done once.
+class VORNA_DRAWING_API Model_Images {
+public:
+    // The model must outlive the object. The camera of the view and the size of the settings are not used.
+    Model_Images(const Model& model, const Model_View& view, const Image_Settings& settings);
+    Model_Images(Model_Images&&) noexcept;
+    Model_Images& operator=(Model_Images&&) noexcept;
+    ~Model_Images();
+
+    // One thread at a time.
+    Model_Image draw(const model::Camera_Settings& camera, VT_Int_Pair size, const Planes& planes = {});
+    // Textures that are left out because they cannot be read, once colours or the depths of textured faces were drawn.
+    const std::vector<std::string>& warnings() const;
+
+private:
+    struct Content;
+    std::unique_ptr<Content> content_;
+};
 
 // A PNG file, which appears whole or not at all; larger than memory, if need be. Returns the SHA-256 of its samples. While it is
 // written a signal that asks the program to end waits until what is unfinished is removed.

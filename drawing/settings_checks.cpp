@@ -44,6 +44,22 @@ void check(const Reading& reading) {
     }
 }
 
+void check(const model::Camera_Settings& camera) {
+    using namespace model;
+    expect_range("camera.zoom", camera.zoom, 0.01, 1000.0);
+    expect_range("camera.half_tangent", camera.half_tangent, half_tangent_of(1), half_tangent_of(150));
+    constexpr double farthest_shift = 100, longest_focal = 1e7;
+    expect_range("camera.shift_x", camera.shift_x, -farthest_shift, farthest_shift);
+    expect_range("camera.shift_y", camera.shift_y, -farthest_shift, farthest_shift);
+    if (camera.lens) {
+        expect(camera.projection == Projection::perspective, "camera.lens: expected a camera with perspective");
+        expect_range("camera.lens.focal_x", camera.lens->focal_x, 1.0, longest_focal);
+        expect_range("camera.lens.focal_y", camera.lens->focal_y, 1.0, longest_focal);
+        expect_range("camera.lens.center_x", camera.lens->center_x, -longest_focal, longest_focal);
+        expect_range("camera.lens.center_y", camera.lens->center_y, -longest_focal, longest_focal);
+    }
+}
+
 void check(const Model_View& view) {
     using namespace model;
     const VT_Vector_D& light = view.look.light;
@@ -52,8 +68,7 @@ void check(const Model_View& view) {
     expect_range("look.specular", view.look.specular, 0.0, 10.0);
     expect_range("line_width", view.line_width, 1, largest_point);
     expect_range("point_size", view.point_size, 0, largest_point);
-    expect_range("camera.zoom", view.camera.zoom, 0.01, 1000.0);
-    expect_range("camera.half_tangent", view.camera.half_tangent, half_tangent_of(1), half_tangent_of(150));
+    check(view.camera);
     expect(!view.scale_bar || view.camera.projection == Projection::orthographic,
            "scale_bar: expected a camera without perspective");
     const bool is_shaded = view.has_faces() && view.look.shading != Shading::hidden_line && view.look.tint == Tint::lit;

@@ -6,6 +6,7 @@
 namespace vorna::drawing {
 
 void check(const Reading& reading);
+void check(const model::Camera_Settings& camera);
 void check(const Model_View& view);
 void check(const map::Map_Settings& settings);
 // size and supersample: as they follow from the settings.

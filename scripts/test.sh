@@ -28,7 +28,7 @@ check() {
     ctest --preset "$preset" -j "$jobs"
 }
 
-install_packages "${build_packages[@]}" "${test_packages[@]}"
+install_packages "${build_packages[@]}" "${python_packages[@]}" "${test_packages[@]}"
 step "clang-format"
 scripts/check-format.sh clang-format
 

@@ -64,16 +64,7 @@ public:
 
     // Has buffers. Throws as Module::create_renderer and establish() do.
     Canvas(const Module& module, const Canvas_Settings& settings) : Canvas(module) {
-        options().set_window_size(settings.size);
-        options().set_color_system(settings.indexed ? 0 : 1);
-        options().set_buffer_depth(settings.depth_buffer ? 16 : 0);
-        options().set_alpha_blending(settings.alpha_blending);
-        if (settings.palette) {
-            options().set_palette(settings.palette);
-        }
-        if (settings.clip_regions) {
-            set_option("Use Mask", true);
-        }
+        request(settings);
         establish();
     }
 
@@ -101,6 +92,19 @@ public:
             throw std::invalid_argument(name + ": expected " + kinds[kind]);
         }
         option->set(std::move(value));
+    }
+    // Requests all that the settings say. Throws as set_option does.
+    void request(const Canvas_Settings& settings) {
+        options().set_window_size(settings.size);
+        options().set_color_system(settings.indexed ? 0 : 1);
+        options().set_buffer_depth(settings.depth_buffer ? 16 : 0);
+        options().set_alpha_blending(settings.alpha_blending);
+        if (settings.palette) {
+            options().set_palette(settings.palette);
+        }
+        if (settings.clip_regions) {
+            set_option("Use Mask", true);
+        }
     }
     // Puts the requested options into force: makes buffers, installs slots, sets the hard clip to the window. Buffers keep their
     // pixels when size and format stay the same; new ones are zero. Throws std::invalid_argument for a window outside 1 to 16384

@@ -36,7 +36,7 @@ Candidates candidates_of(const Option_Entry& option) {
     static const std::array<std::pair<std::string_view, std::vector<std::string>>, 5> kinds{{
         {"MODEL", suffixes_of([](const drawing::Format&) { return true; })}, // commands that draw models draw maps too
         {"MAP", suffixes_of([](const drawing::Format& format) { return format.kind == drawing::Input_Kind::map; })},
-        {"RECORDING", {"json", "json.gz", "gz"}},
+        {"RECORDING", {"json", "gz", "zst", "cbor"}},
         {"MODULE", {"vrd"}},
         {"FONT", {"ttf", "otf", "ttc", "pfb"}},
     }};

@@ -70,9 +70,9 @@ Value number_value(std::string word, double least, double most) {
 
 Value output_value(std::string word, std::vector<std::string> endings) {
     static const std::vector<std::string> known{// besides the formats that can be read
-                                                "png",  "jpg", "jpeg", "gif", "bmp", "tif", "tiff", "webp", "svg",  "pdf",
-                                                "ps",   "eps", "ppm",  "pgm", "pnm", "tga", "exr",  "hdr",  "avif", "jxl",
-                                                "heic", "ico", "qoi",  "gz",  "zip", "mtl", "xml",  "txt"};
+                                                "png",  "jpg", "jpeg", "gif", "bmp", "tif",  "tiff", "webp", "svg",  "pdf",
+                                                "ps",   "eps", "ppm",  "pgm", "pnm", "tga",  "exr",  "hdr",  "avif", "jxl",
+                                                "heic", "ico", "qoi",  "gz",  "zst", "cbor", "zip",  "mtl",  "xml",  "txt"};
     const auto problem = [endings = std::move(endings)](const std::string& text) -> std::string {
         std::string ending = drawing::path_of(text).extension().string();
         ending.erase(0, 1); // the dot

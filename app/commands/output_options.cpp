@@ -36,23 +36,24 @@ std::string output_choice(const Output_Options& options) {
 }
 
 void add_output_options(std::vector<Option>& table, Output_Options& options, const std::string& group) {
-    table.insert(table.end(), {{.names = {"-o", "--output"},
-                                .value = output_value("FILE.png", endings()),
-                                .text = "Image file to write, in the format of its suffix; - is standard output",
-                                .target = &options.output,
-                                .group = group,
-                                .is_required = true},
-                               {.names = {"--output-format"},
-                                .value = choice_value("SUFFIX", drawing::written_image_suffixes()),
-                                .text = "Format of the image whatever its name",
-                                .target = &options.format,
-                                .group = group},
-                               {.names = {"--compress"},
-                                .value = choice_value("SPEED", {"fast", "default", "best"}),
-                                .text = "Larger files in less time, or smaller ones in more; the pixels are the same",
-                                .target = &options.compress,
-                                .group = group,
-                                .by_default = options.compress}});
+    table.insert(table.end(),
+                 {{.names = {"-o", "--output"},
+                   .value = output_value("FILE.png", endings()),
+                   .text = "Image file to write, in the format of its suffix; - is standard output",
+                   .target = &options.output,
+                   .group = group,
+                   .is_required = true},
+                  {.names = {"--output-format"},
+                   .value = choice_value("SUFFIX", drawing::written_image_suffixes()),
+                   .text = "Format of the image whatever its name",
+                   .target = &options.format,
+                   .group = group},
+                  {.names = {"--compress"},
+                   .value = choice_value("SPEED", {"fast", "default", "best"}),
+                   .text = "Larger PNG, TIFF, PDF and WebP files in less time, or smaller ones in more; the pixels are the same",
+                   .target = &options.compress,
+                   .group = group,
+                   .by_default = options.compress}});
 }
 
 drawing::Image_File output_file_of(const Output_Options& options) {

@@ -14,6 +14,7 @@
 #include "drawing/files/path.h"
 #include "drawing/files/standard_streams.h"
 #include "drawing/files/usage_error.h"
+#include "drawing/files/zstd.h"
 
 namespace vorna::drawing {
 
@@ -48,9 +49,12 @@ std::string read_input(const std::string& path, Load_Limits& limits, std::size_t
     return bytes;
 }
 
-std::string unpacked_input(const std::string& name, const std::string& packed, Load_Limits& limits, std::size_t most) {
+std::string unpacked_input(const std::string& name, std::string packed, Load_Limits& limits, std::size_t most) {
+    if (!is_gzip(packed) && !is_zstd(packed)) {
+        return packed;
+    }
     try {
-        std::string content = gunzip(packed, most, [&](std::size_t bytes) {
+        std::string content = (is_gzip(packed) ? gunzip : unzstd)(packed, most, [&](std::size_t bytes) {
             limits.take_memory(name, bytes);
             limits.take_work(name, bytes);
         });

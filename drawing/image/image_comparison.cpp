@@ -127,11 +127,11 @@ bool have_like_colors(const Png_Image& a, const Png_Image& b) noexcept {
 
 Image_Difference compare(const Png_Image& a, const Png_Image& b, const std::optional<Fuzz>& fuzz) {
     if (a.width != b.width || a.height != b.height) {
-        return {false, "different sizes: " + text_of(a) + ", and " + text_of(b)};
+        return {.text = "different sizes: " + text_of(a) + ", and " + text_of(b)};
     }
     const bool of_one_kind = are_of_one_kind(a, b);
     if (!have_like_colors(a, b)) {
-        return {false, "different kinds of pixels: " + text_of(a) + ", and " + text_of(b)};
+        return {.text = "different kinds of pixels: " + text_of(a) + ", and " + text_of(b)};
     }
     const bool are_alike = of_one_kind && a.palette == b.palette && a.transparency == b.transparency;
     const bool as_colors = fuzz || !are_alike;
@@ -164,16 +164,18 @@ Image_Difference compare(const Png_Image& a, const Png_Image& b, const std::opti
         }
     }
     if (count == 0 && !fuzz && of_one_kind && !are_alike) {
-        return {false, a.palette != b.palette ? "different palettes" : "different transparency"};
+        return {.text = a.palette != b.palette ? "different palettes" : "different transparency"};
     }
     if (count == 0) {
-        return {true, "same: " + text_of(a)};
+        return {.is_same = true, .text = "same: " + text_of(a)};
     }
     const bool is_same = fuzz && most <= fuzz->difference && count <= fuzz->count;
     const std::int64_t all = std::int64_t{a.width} * a.height;
-    return {is_same, std::string(is_same ? "near enough: " : "different: ") + std::to_string(count) + " of " +
-                         std::to_string(all) + " pixels, by at most " + std::to_string(most) + ", in columns " +
-                         range_of(left, right) + ", rows " + range_of(top, bottom) + "; " + first};
+    return {is_same,
+            std::string(is_same ? "near enough: " : "different: ") + std::to_string(count) + " of " + std::to_string(all) +
+                " pixels, by at most " + std::to_string(most) + ", in columns " + range_of(left, right) + ", rows " +
+                range_of(top, bottom) + "; " + first,
+            count, most};
 }
 
 std::string difference_png(const Png_Image& a, const Png_Image& b) {

@@ -17,7 +17,9 @@ struct Fuzz {
 
 struct Image_Difference {
     bool is_same = false;
-    std::string text; // one line
+    std::string text;       // one line
+    std::int64_t count = 0; // pixels that differ
+    std::int32_t most = 0;  // the largest difference of a channel
 };
 
 // Without fuzz all of two images of one kind counts: size, palette, transparency and samples. Images of unlike kinds of up to 8

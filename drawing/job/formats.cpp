@@ -137,15 +137,12 @@ Input open_input(const std::string& path, const std::string& suffix, Load_Limits
     const std::string own_suffix = is_named ? suffix_of(path_of(path)) : "";
     Input input{.name = name_of_input(path), .suffix = suffix.empty() ? own_suffix : suffix, .content = {}};
     if (!is_named || input.suffix != own_suffix || !is_readable(own_suffix) || is_stream(path) || !is_plain(path)) {
-        input.content = read_input(path, limits, largest_input);
-        if (is_gzip(*input.content)) {
-            input.content = unpacked_input(input.name, *input.content, limits, largest_input);
-        }
+        input.content = unpacked_input(input.name, read_input(path, limits, largest_input), limits, largest_input);
         if (is_utf16(*input.content)) {
             limits.take_memory(input.name, input.content->size() / 2 * 3); // of UTF-8, at the most
             input.content = utf8_from_utf16(*input.content);
         }
-        if (input.suffix == "gz") {
+        if (input.suffix == "gz" || input.suffix == "zst") {
             input.suffix = suffix_of(path_of(path).stem());
         }
         if (suffix.empty() && !is_readable(input.suffix)) {

@@ -177,16 +177,29 @@ void Job::refuse_blank() {
     }
 }
 
-Image Job::make_image() {
+void Job::draw_frame(const Take_Tile& take) {
     add_workers(plan_.threads);
     prepare(0);
-    std::vector<std::uint8_t> samples(form_.height * form_.row_bytes());
-    const Row_Places places(samples.data(), form_.row_bytes(), form_.height);
+    share_tasks(plan_.grid.count(), workers_.size(), [&](std::size_t tile, std::size_t thread) {
+        draw_tile(*workers_[thread], tile);
+        take(workers_[thread]->renderer.session(), plan_.grid.window(tile), plan_.grid.pixels(tile));
+    });
+}
+
+void Job::make_samples(std::uint8_t* samples) {
+    add_workers(plan_.threads);
+    prepare(0);
+    const Row_Places places(samples, form_.row_bytes(), form_.height);
     share_tasks(plan_.grid.count(), workers_.size(), [&](std::size_t tile, std::size_t thread) {
         draw_tile(*workers_[thread], tile);
         store_tile(*workers_[thread], tile, places);
     });
     refuse_blank();
+}
+
+Image Job::make_image() {
+    std::vector<std::uint8_t> samples(form_.height * form_.row_bytes());
+    make_samples(samples.data());
     Image image(static_cast<std::int32_t>(form_.width), static_cast<std::int32_t>(form_.height));
     const bool indexed = form_.colors == Image_Form::Colors::palette;
     for (std::size_t i = 0; i < image.pixels.size(); ++i) {

@@ -80,6 +80,12 @@ public:
     Job_Result write_files();
     // The only frame, in memory. Of images with palette indices their colours.
     Image make_image();
+    // The samples of the only frame as form() says, rows from the top down without gaps, into memory of the caller.
+    void make_samples(std::uint8_t* samples);
+    // Draws the only frame and calls take for each tile in the thread that has drawn it: the session, the tile's window, and the
+    // pixels of the image that the tile is for. Several threads may call it at once.
+    using Take_Tile = std::function<void(Session& session, const VT_Int_Rectangle& window, const VT_Int_Rectangle& kept)>;
+    void draw_frame(const Take_Tile& take);
 
 private:
     // A thread's renderer, and what becomes of its pixels.

@@ -123,15 +123,12 @@ Model_Drawing::Model_Drawing(Model_Parts parts, const Model_Look& look, const mo
 }
 
 Model_Drawing::Model_Drawing(Model_Parts parts, const Model_Look& look, const model::Camera_Settings& camera, std::int32_t frames)
-    : parts_(std::move(parts)), look_(look), up_(model::up_direction(camera.up)) {
-    model::Camera_Settings settings = camera;
-    if (parts_.studio && !settings.aim) {
-        settings.zoom *= room_for_shadow;
-    }
-    cameras_.push_back(model::fit_camera(settings, parts_.positions()));
+    : parts_(std::move(parts)), look_(look) {
+    set_camera(camera);
     if (frames == 1) {
         return;
     }
+    model::Camera_Settings settings = with_room(camera);
     // A model whose camera is fitted is turned around its middle.
     const VT_Vector_D place = camera.aim ? camera.aim->target : VT_Vector_D{};
     const model::Aim first = camera.aim ? *camera.aim : model::fitted_aim(settings, parts_.positions());
@@ -139,6 +136,18 @@ Model_Drawing::Model_Drawing(Model_Parts parts, const Model_Look& look, const mo
         settings.aim = model::turned_aim(first, place, model::up_direction(settings.up), frame, frames);
         cameras_.push_back(model::fit_camera(settings, parts_.positions()));
     }
+}
+
+model::Camera_Settings Model_Drawing::with_room(model::Camera_Settings settings) const {
+    if (parts_.studio && !settings.aim) {
+        settings.zoom *= room_for_shadow;
+    }
+    return settings;
+}
+
+void Model_Drawing::set_camera(const model::Camera_Settings& camera) {
+    up_ = model::up_direction(camera.up);
+    cameras_.assign(1, model::fit_camera(with_room(camera), parts_.positions()));
 }
 
 std::vector<double> Model_Drawing::reach() const {

@@ -65,6 +65,10 @@ public:
     // A turntable: the camera of each frame is turned around the axis that points up, through what the camera looks at.
     Model_Drawing(Model_Parts parts, const Model_Look& look, const model::Camera_Settings& camera, std::int32_t frames);
 
+    // Another camera for the first frame, and no other frames.
+    void set_camera(const model::Camera_Settings& camera);
+    const model::Camera& camera() const noexcept { return cameras_.front(); }
+
     // How far the model reaches towards the border of each frame, see model::reach_of.
     std::vector<double> reach() const;
 
@@ -78,6 +82,8 @@ public:
 
 private:
     Model_Look scaled_look(std::int32_t supersample) const;
+    // Smaller where a fitted model casts a shadow.
+    model::Camera_Settings with_room(model::Camera_Settings settings) const;
 
     Model_Parts parts_;
     Model_Look look_;

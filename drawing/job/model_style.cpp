@@ -123,6 +123,13 @@ Model_Parts make_parts(const model::Mesh& mesh, const Model_Style& style, const 
 std::optional<model::Camera_Settings> camera_of_mesh(model::Camera_Settings settings, const model::Mesh& mesh, VT_Int_Pair size) {
     using namespace model;
     settings.aspect = static_cast<double>(size.x) / size.y;
+    if (settings.lens) {
+        const Lens& lens = *settings.lens;
+        settings.half_tangent = size.y / (2 * lens.focal_y);
+        settings.aspect *= lens.focal_y / lens.focal_x;
+        settings.shift_x = 2 * lens.center_x / size.x - 1;
+        settings.shift_y = 1 - 2 * lens.center_y / size.y;
+    }
     if (settings.aim) {
         const auto moved = [&mesh](const VT_Vector_D& place) { return (place - mesh.center) * (1 / mesh.radius); };
         Aim aim{moved(settings.aim->eye), moved(settings.aim->target), settings.aim->up};

@@ -214,19 +214,26 @@ Camera fit_camera(const Camera_Settings& settings, std::span<const VT_Vector> po
         const double near = std::max(z - extent.nearest - slack, far / largest_depth_ratio);
         const double scale_y = settings.zoom / settings.half_tangent, scale_x = scale_y / settings.aspect;
         const double depth_scale = far / (far - near);
-        set_row(camera.clip_from_model.m[0], camera.right * scale_x, -x * scale_x);
-        set_row(camera.clip_from_model.m[1], camera.up * scale_y, -y * scale_y);
+        // A place at the distance w from the eye moves by w halves of the image for a shift of 1.
+        set_row(camera.clip_from_model.m[0], camera.right * scale_x - camera.toward * settings.shift_x,
+                -x * scale_x + z * settings.shift_x);
+        set_row(camera.clip_from_model.m[1], camera.up * scale_y - camera.toward * settings.shift_y,
+                -y * scale_y + z * settings.shift_y);
         set_row(camera.clip_from_model.m[2], camera.toward * -depth_scale, (z - near) * depth_scale);
         set_row(camera.clip_from_model.m[3], camera.toward * -1.0, z);
         camera.eye = aim.eye;
+        camera.near = near;
+        camera.far = far;
     } else {
         const double scale_y = settings.zoom / (settings.half_tangent * length(aim.eye - aim.target)),
                      scale_x = scale_y / settings.aspect;
         const double near = extent.nearest + slack, depth_scale = 1 / (near - extent.farthest + slack);
-        set_row(camera.clip_from_model.m[0], camera.right * scale_x, -x * scale_x);
-        set_row(camera.clip_from_model.m[1], camera.up * scale_y, -y * scale_y);
+        set_row(camera.clip_from_model.m[0], camera.right * scale_x, settings.shift_x - x * scale_x);
+        set_row(camera.clip_from_model.m[1], camera.up * scale_y, settings.shift_y - y * scale_y);
         set_row(camera.clip_from_model.m[2], camera.toward * -depth_scale, near * depth_scale);
         set_row(camera.clip_from_model.m[3], {}, 1);
+        camera.near = z - near;
+        camera.far = camera.near + 1 / depth_scale;
         camera.eye = camera.toward;
         camera.eye_is_place = false;
     }

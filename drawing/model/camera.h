@@ -27,6 +27,12 @@ struct Aim {
 // Whether the direction that points up leads away from the line of sight, so that it has a place in the image.
 bool is_upright(const Aim& aim) noexcept;
 
+// The perspective of a measured camera, in pixels of the image: focal lengths, and the place on the line of sight, counted from
+// the image's upper left corner to the right and down.
+struct Lens {
+    double focal_x = 0, focal_y = 0, center_x = 0, center_y = 0;
+};
+
 struct Camera_Settings {
     View view = View::iso;
     Up_Axis up = Up_Axis::y;
@@ -35,6 +41,9 @@ struct Camera_Settings {
     double zoom = 1;                       // above 1 enlarges the middle of the picture
     std::optional<Aim> aim = std::nullopt; // instead of the view and the distance that fits; has a direction, and another one up
     double half_tangent = half_view_tangent; // of the vertical field of view, at zoom 1
+    // Where the line of sight meets the image, from its middle, in halves of its width to the right and of its height upwards.
+    double shift_x = 0, shift_y = 0;
+    std::optional<Lens> lens; // instead of half_tangent, aspect and the shift, which follow from it and the image's size
 };
 
 // The direction of the model's axis that points up.
@@ -46,6 +55,7 @@ struct Camera {
     VT_Vector_D right, up, toward; // axes of view space in model space; toward points at the viewer
     VT_Vector_D eye;               // perspective: a place; orthographic: the direction towards the viewer
     bool eye_is_place = true;
+    double near = 0, far = 0; // distances of the planes of the least and the largest depth from the aim's eye
 };
 
 // The aim of settings that have none, along the direction of their view; iso is isometric without perspective, where all three

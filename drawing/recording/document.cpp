@@ -1,4 +1,4 @@
-// JSON documents from untrusted sources.
+// Documents, JSON or CBOR, from untrusted sources.
 #include "drawing/recording/document.h"
 
 #include <utility>
@@ -17,6 +17,8 @@ class Document_Builder {
 public:
     using Exception = nlohmann::detail::exception;
 
+    explicit Document_Builder(const std::function<void(std::size_t)>& take_memory) : take_memory_(take_memory) {}
+
     json take() { return std::move(document_); }
 
     bool null() { return add(nullptr); }
@@ -25,7 +27,10 @@ public:
     bool number_unsigned(json::number_unsigned_t value) { return add(value); }
     bool number_float(json::number_float_t value, const std::string&) { return add(value); }
     bool string(std::string& value) { return add(std::move(value)); }
-    bool binary(json::binary_t&) { return false; }
+    bool binary(json::binary_t& bytes) {
+        count(bytes.size());
+        return add(std::move(bytes));
+    }
 
     bool start_object(std::size_t) { return open(json::object()); }
     bool start_array(std::size_t) { return open(json::array()); }
@@ -35,6 +40,7 @@ public:
     bool key(std::string& name) {
         Level& level = open_.back();
         level.key = name;
+        count(member_bytes + name.size());
         if (level.value->contains(name)) {
             throw Recording_Error(path() + ": given twice");
         }
@@ -55,7 +61,20 @@ private:
         std::string key; // of an object: the member that is being read
     };
 
+    // Bytes beside those of the value itself, with the room that growing lists keep ready.
+    static constexpr std::size_t value_bytes = 28, container_bytes = 72, member_bytes = 112;
+
+    // In blocks, since most values are small.
+    void count(std::size_t bytes) {
+        constexpr std::size_t block = std::size_t{1} << 20;
+        counted_ += bytes;
+        if (counted_ >= block && take_memory_) {
+            take_memory_(std::exchange(counted_, 0));
+        }
+    }
+
     bool add(json value) {
+        count(value_bytes + (value.is_string() ? value.get_ref<const std::string&>().size() : 0));
         place(std::move(value));
         return true;
     }
@@ -64,6 +83,7 @@ private:
         if (open_.size() == deepest_nesting) {
             throw Recording_Error(path() + ": nested too deeply");
         }
+        count(container_bytes);
         open_.push_back({place(std::move(value)), {}});
         return true;
     }
@@ -100,19 +120,31 @@ private:
         return path;
     }
 
+    const std::function<void(std::size_t)>& take_memory_;
+    std::size_t counted_ = 0;
     json document_;
     std::vector<Level> open_;
 };
 
 } // namespace
 
-json parse_document(std::string_view text) {
-    const std::size_t first = text.find_first_not_of("\xEF\xBB\xBF \t\r\n");
-    if (first != text.npos && text[first] != '{' && text[first] != '[') {
-        throw Recording_Error("expected a recording, which is a JSON document, found another kind of file");
+bool is_cbor(std::string_view bytes) noexcept {
+    // The major type of maps; the text of a JSON document does not begin so.
+    constexpr unsigned map = 5;
+    return !bytes.empty() && static_cast<std::uint8_t>(bytes.front()) >> 5 == map;
+}
+
+json parse_document(std::string_view bytes, const std::function<void(std::size_t)>& take_memory) {
+    Document_Builder builder(take_memory);
+    if (is_cbor(bytes)) {
+        json::sax_parse(bytes, &builder, json::input_format_t::cbor);
+        return builder.take();
     }
-    Document_Builder builder;
-    json::sax_parse(text, &builder);
+    const std::size_t first = bytes.find_first_not_of("\xEF\xBB\xBF \t\r\n");
+    if (first != bytes.npos && bytes[first] != '{' && bytes[first] != '[') {
+        throw Recording_Error("expected a recording, which is a JSON or CBOR document, found another kind of file");
+    }
+    json::sax_parse(bytes, &builder);
     return builder.take();
 }
 

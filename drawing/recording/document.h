@@ -1,7 +1,8 @@
-// JSON documents from untrusted sources.
+// Documents, JSON or CBOR, from untrusted sources.
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -19,8 +20,12 @@ public:
 // Largest size of an unpacked document in bytes.
 inline constexpr std::size_t most_bytes = std::size_t{1} << 28;
 
-// Throws Recording_Error for text that is not JSON, for keys that an object gives twice, for numbers beyond all types, and for
-// values nested deeper than a recording ever is.
-nlohmann::json parse_document(std::string_view text);
+// Whether the bytes begin as a CBOR document does that is an object.
+bool is_cbor(std::string_view bytes) noexcept;
+
+// The document, CBOR where is_cbor says so, else JSON. take_memory: is told of the bytes that values of a CBOR document take, as
+// it grows; it throws where they are too many. Throws Recording_Error for bytes that are neither, for keys that an object gives
+// twice, for numbers beyond all types, and for values nested deeper than a recording ever is.
+nlohmann::json parse_document(std::string_view bytes, const std::function<void(std::size_t)>& take_memory = {});
 
 } // namespace vorna::drawing::recording

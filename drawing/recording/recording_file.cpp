@@ -1,13 +1,14 @@
-// Recordings in files, plain or compressed.
+// Recordings in files.
 #include "drawing/recording/recording_file.h"
 
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "drawing/files/gzip.h"
 #include "drawing/files/input_file.h"
-#include "drawing/files/json_memory.h"
+#include "drawing/files/zstd.h"
 #include "drawing/recording/document.h"
 #include "drawing/recording/recording_reader.h"
 #include "drawing/recording/recording_writer.h"
@@ -17,24 +18,28 @@ namespace vorna::drawing::recording {
 Recording load(const std::string& path, Load_Limits& limits) {
     const std::string name = name_of_input(path);
     try {
-        std::string text = read_input(path, limits, most_bytes);
-        if (is_gzip(text)) {
-            text = unpacked_input(name, text, limits, most_bytes);
-        }
-        limits.take_memory(name, json_memory(text) + 2 * text.size());
-        return read_recording(text);
+        const std::string bytes = unpacked_input(name, read_input(path, limits, most_bytes), limits, most_bytes);
+        limits.take_memory(name, 2 * bytes.size());
+        return read_recording(bytes, [&](std::size_t more) { limits.take_memory(name, more); });
     } catch (const std::bad_alloc&) {
         throw std::runtime_error(name + ": not enough memory to read it");
     }
 }
 
 std::string file_of(const Recording& recording, const std::string& path) {
-    std::string text = json_of(recording);
-    if (text.size() > most_bytes) {
+    std::string_view name = path;
+    const auto take_ending = [&name](std::string_view ending) {
+        const bool has_it = name.ends_with(ending);
+        name.remove_suffix(has_it ? ending.size() : 0);
+        return has_it;
+    };
+    const bool by_gzip = take_ending(".gz"), by_zstd = take_ending(".zst");
+    std::string bytes = name.ends_with(".cbor") ? cbor_of(recording) : json_of(recording);
+    if (bytes.size() > most_bytes) {
         throw std::runtime_error(path + ": the recording would be longer than the " + std::to_string(most_bytes >> 20) +
                                  " MiB that a recording may have");
     }
-    return path.ends_with(".gz") ? gzip(text) : text;
+    return by_gzip ? gzip(bytes) : by_zstd ? zstd(bytes) : bytes;
 }
 
 } // namespace vorna::drawing::recording

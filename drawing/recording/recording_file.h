@@ -1,4 +1,4 @@
-// Recordings in files, plain or compressed.
+// Recordings in files: JSON or CBOR, plain or compressed.
 #pragma once
 
 #include <string>
@@ -8,11 +8,12 @@
 
 namespace vorna::drawing::recording {
 
-// Reads the recording; "-" is standard input. The content tells whether it is compressed. Throws Usage_Error, which names the
+// Reads the recording; "-" is standard input. The content tells its form. Throws Usage_Error, which names the
 // file, when it cannot be read, and Recording_Error, which does not, for errors in it.
 Recording load(const std::string& path, Load_Limits& limits);
 
-// The document as the file holds it: compressed when the name ends in .gz. Throws std::runtime_error when it is longer than a
+// The document as the file holds it: compressed when the name ends in .gz or .zst, CBOR when it ends in .cbor before that, else
+// JSON. Throws std::runtime_error when it is longer than a
 // recording may be.
 std::string file_of(const Recording& recording, const std::string& path);
 

@@ -1,4 +1,4 @@
-// Recordings from JSON documents.
+// Recordings from documents.
 #include "drawing/recording/recording_reader.h"
 
 #include <algorithm>
@@ -387,8 +387,8 @@ Call call(const Reader& reader) {
 
 } // namespace
 
-Recording read_recording(std::string_view text) {
-    const json document = parse_document(text);
+Recording read_recording(std::string_view bytes, const std::function<void(std::size_t)>& take_memory) {
+    const json document = parse_document(bytes, take_memory);
     Shared_Values shared;
     const Reader reader(document, shared);
     const auto read_shared = [&](const char* name, auto& list, auto form) {

@@ -41,7 +41,9 @@ void force_kernels(const Module_Choice& choice) {
     }
 }
 
+// Nothing but the renderer writes the canvas's depth buffer.
 Session::Session(const Module_Choice& choice) try : module_(with_kernels_forced(choice)), canvas_(module_) {
+    renderer().requested_table.add(VT_Option("Depth Blocks", 0, true));
 } catch (const std::invalid_argument& error) {
     throw Usage_Error(kernels_message(choice, error.what()));
 }

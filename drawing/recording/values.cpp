@@ -1,4 +1,4 @@
-// The values of recordings, from JSON.
+// The values of recordings, from documents.
 #include "drawing/recording/values.h"
 
 #include <algorithm>
@@ -44,10 +44,22 @@ VT_Point contour_point(const Reader& reader) {
 } // namespace
 
 bool is_flat(const Reader& reader) {
-    return reader.value().is_array() && !reader.value().empty() && reader.value()[0].is_number();
+    const json& value = reader.value();
+    return value.is_binary() || (value.is_array() && !value.empty() && value[0].is_number());
+}
+
+bool has_digits(const Reader& reader) {
+    return reader.value().is_binary() || reader.value().is_string();
 }
 
 std::vector<std::uint8_t> hexadecimal(const Reader& reader, std::size_t width) {
+    if (reader.value().is_binary()) {
+        const std::vector<std::uint8_t>& bytes = reader.value().get_binary();
+        if (bytes.size() % width != 0) {
+            reader.expected(std::to_string(width) + " bytes for each, not " + std::to_string(bytes.size()) + " in all");
+        }
+        return bytes;
+    }
     const auto& text = reader.value().get_ref<const std::string&>();
     std::vector<std::uint8_t> bytes(text.size() / 2);
     bool is_right = text.size() % (2 * width) == 0;
@@ -85,7 +97,7 @@ VT_RGB32 opaque_color(const Reader& reader) {
 }
 
 std::vector<VT_RGB32> colors(const Reader& reader) {
-    if (!reader.value().is_string()) {
+    if (!has_digits(reader)) {
         return list_of(color)(reader);
     }
     const std::vector<std::uint8_t> bytes = hexadecimal(reader, 4);

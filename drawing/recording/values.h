@@ -1,9 +1,13 @@
-// The values of recordings, from JSON: forms for single values, and for lists that a document may write in a short form, as
-// numbers in a row or as hexadecimal digits.
+// The values of recordings, from documents: forms for single values, and for lists that a document may write in a short form: in
+// JSON as numbers in a row or as hexadecimal digits, in CBOR as bytes.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <bit>
+#include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -51,13 +55,43 @@ template <class Point> Point point(const Reader& reader) {
 // Whether the value is a list in its short form.
 bool is_flat(const Reader& reader);
 
+// Little-endian numbers in a row of bytes, width of them for each element. Whole numbers count from those of the element before.
+template <class Number> std::vector<Number> numbers_of_bytes(const Reader& reader, std::size_t width) {
+    std::vector<std::uint8_t> bytes = reader.value().get_binary();
+    if (bytes.size() % sizeof(Number) != 0) {
+        reader.expected("numbers of " + std::to_string(sizeof(Number)) + " bytes, not " + std::to_string(bytes.size()) +
+                        " bytes in all");
+    }
+    if constexpr (std::endian::native == std::endian::big) {
+        for (std::size_t i = 0; i < bytes.size(); i += sizeof(Number)) {
+            std::reverse(bytes.data() + i, bytes.data() + i + sizeof(Number));
+        }
+    }
+    std::vector<Number> numbers(bytes.size() / sizeof(Number));
+    std::memcpy(numbers.data(), bytes.data(), bytes.size());
+    if constexpr (std::is_integral_v<Number>) {
+        for (std::size_t i = width; i < numbers.size(); ++i) {
+            using Unsigned = std::make_unsigned_t<Number>;
+            numbers[i] = static_cast<Number>(static_cast<Unsigned>(numbers[i]) + static_cast<Unsigned>(numbers[i - width]));
+        }
+    } else {
+        if (!std::ranges::all_of(numbers, [](Number number) { return std::isfinite(number); })) {
+            reader.expected("finite numbers");
+        }
+    }
+    return numbers;
+}
+
 // A list in its short form: width numbers for each element.
 template <class Number> std::vector<Number> flat_numbers(const Reader& reader, std::size_t width) {
     const nlohmann::json& value = reader.value();
-    if (value.size() % width != 0) {
-        reader.expected(std::to_string(width) + " numbers for each, not " + std::to_string(value.size()) + " in all");
+    std::vector<Number> numbers = value.is_binary() ? numbers_of_bytes<Number>(reader, width) : std::vector<Number>();
+    if (const std::size_t given = value.is_binary() ? numbers.size() : value.size(); given % width != 0) {
+        reader.expected(std::to_string(width) + " numbers for each, not " + std::to_string(given) + " in all");
     }
-    std::vector<Number> numbers;
+    if (value.is_binary()) {
+        return numbers;
+    }
     numbers.reserve(value.size());
     for (std::size_t i = 0; i < value.size(); ++i) {
         const auto number = coordinate_or_none<Number>(value[i]);
@@ -94,14 +128,16 @@ std::vector<VT_Point> contour(const Reader& reader);
 
 // Digits.
 
-// The bytes of a string of hexadecimal digits: width bytes for each element.
+// Whether the value is bytes, or a string of digits that stands for some.
+bool has_digits(const Reader& reader);
+// The bytes, width of them for each element.
 std::vector<std::uint8_t> hexadecimal(const Reader& reader, std::size_t width);
 // A string of 0 and 1.
 std::string bitmap_row(const Reader& reader);
 
-// A row of pixels: a list of numbers, or a string of hexadecimal digits, the high digit first.
+// A row of pixels: a list of numbers, or digits, the high one first.
 template <class Number> std::vector<Number> row_of_numbers(const Reader& reader) {
-    if (!reader.value().is_string()) {
+    if (!has_digits(reader)) {
         return list_of(whole<Number>())(reader);
     }
     const std::vector<std::uint8_t> bytes = hexadecimal(reader, sizeof(Number));

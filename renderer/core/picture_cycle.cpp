@@ -27,13 +27,15 @@ template <class Value> bool has_equal_bytes(const Value& value) noexcept {
     return std::all_of(bytes, bytes + sizeof value, [&](std::uint8_t byte) { return byte == bytes[0]; });
 }
 
-// Fills cells with one value. Whole rows are one block that starts at the highest row, with what lies between the rows. Where a
-// value's bytes differ, the first row is written value by value and copied from there.
-template <class Value> void fill_cells(const Frame_Buffer& buffer, std::int32_t width, const Cells& cells, Value value) {
+// Fills the cells in drawable rows with one value. Whole rows are one block that starts at the highest row, with what lies
+// between the rows. Where a value's bytes differ, the first row is written value by value and copied from there.
+template <class Value> void fill_cells(const Software_Z_Buffer& renderer, const Frame_Buffer& buffer, Cells cells, Value value) {
+    cells.first_row = std::max<std::int64_t>(cells.first_row, renderer.target.first_row);
+    cells.last_row = std::min<std::int64_t>(cells.last_row, renderer.target.end_row - 1);
     if (cells.first_column > cells.last_column || cells.first_row > cells.last_row) {
         return;
     }
-    const bool whole_rows = cells.first_column == 0 && cells.last_column == width - 1;
+    const bool whole_rows = cells.first_column == 0 && cells.last_column == renderer.window_size.x - 1;
     if (whole_rows && has_equal_bytes(value)) {
         std::uint8_t byte;
         std::memcpy(&byte, &value, 1);
@@ -69,16 +71,15 @@ template <class Value> void draw_window(VT_Renderer_Data& data, const VT_Renditi
     Cells cells = cells_of(renderer, window.rectangle);
     cells.first_column = std::max<std::int64_t>(cells.first_column, 0);
     cells.last_column = std::min<std::int64_t>(cells.last_column, renderer.window_size.x - 1);
-    cells.first_row = std::max<std::int64_t>(cells.first_row, 0);
-    cells.last_row = std::min<std::int64_t>(cells.last_row, renderer.window_size.y - 1);
-    fill_cells(*renderer.color_buffer, renderer.window_size.x, cells, value);
+    fill_cells(renderer, *renderer.color_buffer, cells, value);
 }
 
-// Copies a rectangle of a buffer into an image of the given format. Sets the image to null when another format is requested.
-void read_image(const Software_Z_Buffer& renderer, const VT_Reference<Frame_Buffer>& buffer, Buffer_Format format, bool requested,
+// Copies a rectangle of a buffer's rows into an image of the given format. Sets the image to null when another format is
+// requested.
+void read_image(const Software_Z_Buffer& renderer, std::uint8_t* const* rows, Buffer_Format format, bool requested,
                 const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right, VT_Reference<VT_Shared_Image>& image) {
     const std::int32_t pixel_bytes = format == Buffer_Format::rgb32 ? 4 : format == Buffer_Format::depth16 ? 2 : 1;
-    if (!requested || !buffer || bottom_right.x < top_left.x || top_left.y < bottom_right.y) {
+    if (!requested || !rows || bottom_right.x < top_left.x || top_left.y < bottom_right.y) {
         image = nullptr;
         return;
     }
@@ -92,7 +93,7 @@ void read_image(const Software_Z_Buffer& renderer, const VT_Reference<Frame_Buff
     const std::int64_t column = std::int64_t{top_left.x} - renderer.window_origin.x;
     const std::int32_t top_row = top_left.y - renderer.window_origin.y;
     for (std::int32_t i = 0; i < height; ++i) {
-        std::memcpy(image->row(i), buffer->rows[top_row - i] + column * pixel_bytes,
+        std::memcpy(image->row(i), rows[top_row - i] + column * pixel_bytes,
                     static_cast<std::size_t>(pixel_bytes) * static_cast<std::size_t>(width));
     }
 }
@@ -108,10 +109,11 @@ void draw_window_rgb32(VT_Renderer_Data& data, const VT_Rendition& rendition) {
 }
 
 void clear_depth_rectangle(VT_Renderer_Data& data, const VT_Rendition& rendition) {
-    const Software_Z_Buffer& renderer = renderer_of(data);
+    Software_Z_Buffer& renderer = renderer_of(data);
     if (renderer.depth_buffer) {
-        fill_cells(*renderer.depth_buffer, renderer.window_size.x, cells_of(renderer, rendition.window.rectangle),
-                   std::uint16_t{0xFFFF});
+        const Cells cells = cells_of(renderer, rendition.window.rectangle);
+        fill_cells(renderer, *renderer.depth_buffer, cells, farthest_depth);
+        renderer.depth_blocks.raise(cells.first_column, cells.last_column, cells.first_row, cells.last_row);
     }
 }
 
@@ -120,7 +122,7 @@ void clear_no_depth(VT_Renderer_Data&, const VT_Rendition&) {
 
 void write_depth_rectangle(VT_Renderer_Data& data, const VT_Rendition&, const VT_DCI_Point* top_left,
                            const VT_DCI_Point* bottom_right, std::int32_t stride, const std::uint16_t* depths) {
-    const Software_Z_Buffer& renderer = renderer_of(data);
+    Software_Z_Buffer& renderer = renderer_of(data);
     const std::int64_t left = top_left->x;
     const std::int64_t right =
         std::min<std::int64_t>(bottom_right->x, std::int64_t{renderer.window_origin.x} + renderer.window_size.x - 1);
@@ -131,7 +133,7 @@ void write_depth_rectangle(VT_Renderer_Data& data, const VT_Rendition&, const VT
     const std::int64_t column = left - renderer.window_origin.x;
     const auto* source = reinterpret_cast<const std::uint8_t*>(depths);
     for (std::int32_t y = top_left->y; y >= bottom_right->y; --y) {
-        std::uint8_t* row = renderer.depth_buffer->rows[y - renderer.window_origin.y] + 2 * column;
+        std::uint8_t* row = renderer.target.depth_rows[y - renderer.window_origin.y] + 2 * column;
         if (source) {
             std::memcpy(row, source, static_cast<std::size_t>(bytes));
             source += stride;
@@ -139,13 +141,15 @@ void write_depth_rectangle(VT_Renderer_Data& data, const VT_Rendition&, const VT
             std::memset(row, 0, static_cast<std::size_t>(bytes));
         }
     }
+    const std::int64_t bottom = renderer.window_origin.y;
+    renderer.depth_blocks.raise(column, column + (right - left), bottom_right->y - bottom, top_left->y - bottom);
 }
 
 void read_depth_image(VT_Renderer_Data& data, const VT_Rendition&, const VT_DCI_Point* top_left, const VT_DCI_Point* bottom_right,
                       const Buffer_Format* format, VT_Reference<VT_Shared_Image>& image) {
     const Software_Z_Buffer& renderer = renderer_of(data);
     const bool fits = *format == Buffer_Format::depth16 || *format == Buffer_Format::whatever_is_there;
-    read_image(renderer, renderer.depth_buffer, Buffer_Format::depth16, fits, *top_left, *bottom_right, image);
+    read_image(renderer, renderer.target.depth_rows, Buffer_Format::depth16, fits, *top_left, *bottom_right, image);
 }
 
 void read_color_image_index8(VT_Renderer_Data& data, const VT_Rendition&, const VT_DCI_Point* top_left,
@@ -153,7 +157,7 @@ void read_color_image_index8(VT_Renderer_Data& data, const VT_Rendition&, const 
                              VT_Reference<VT_Shared_Image>& image) {
     const Software_Z_Buffer& renderer = renderer_of(data);
     const bool fits = *format == Buffer_Format::index8 || *format == Buffer_Format::whatever_is_there;
-    read_image(renderer, renderer.color_buffer, Buffer_Format::index8, fits, *top_left, *bottom_right, image);
+    read_image(renderer, renderer.target.color_rows, Buffer_Format::index8, fits, *top_left, *bottom_right, image);
 }
 
 void read_color_image_rgb32(VT_Renderer_Data& data, const VT_Rendition&, const VT_DCI_Point* top_left,
@@ -161,7 +165,7 @@ void read_color_image_rgb32(VT_Renderer_Data& data, const VT_Rendition&, const V
     const Software_Z_Buffer& renderer = renderer_of(data);
     const bool fits = *format == Buffer_Format::rgb32 || *format == Buffer_Format::whatever_is_there ||
                       *format == Buffer_Format::presentation_rgb32;
-    read_image(renderer, renderer.color_buffer, Buffer_Format::rgb32, fits, *top_left, *bottom_right, image);
+    read_image(renderer, renderer.target.color_rows, Buffer_Format::rgb32, fits, *top_left, *bottom_right, image);
 }
 
 } // namespace krb

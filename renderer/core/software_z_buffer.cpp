@@ -14,8 +14,17 @@ void set_z_write(VT_Renderer_Data& renderer, bool value) {
     renderer_of(renderer).z_write = value ? 1 : 0;
 }
 
+constexpr std::int32_t greater_test = 5;
+
 std::int32_t set_z_test(VT_Renderer_Data& renderer, const std::int32_t* value) {
-    return renderer_of(renderer).z_test = *value;
+    renderer_of(renderer).change_z_test(*value);
+    return *value;
+}
+
+// rows: the first and the last one.
+std::int32_t set_scissor_rows(VT_Renderer_Data& renderer, const std::int32_t* rows) {
+    renderer_of(renderer).set_scissor_rows(rows[0], rows[1]);
+    return 0;
 }
 
 // Registers the renderer's options in a table, in this order. A mask cache that the table already holds stays.
@@ -113,6 +122,7 @@ public:
         if (!is_whole_) {
             renderer_.color_buffer = nullptr;
             renderer_.depth_buffer = nullptr;
+            renderer_.depth_blocks.remove();
             renderer_.target = {};
         }
     }
@@ -130,6 +140,11 @@ std::int32_t Software_Z_Buffer::establish() {
     establish_mask_cache();
     establish_merge_colors();
     establish_target();
+    // Only for hosts that ask for it.
+    if (VT_Option* const scissor_rows = current_table.find("Scissor Rows")) {
+        scissor_rows->set(VT_Pointer(VT_Int_Setter{krb::set_scissor_rows}));
+    }
+    establish_depth_blocks();
     force_merge_control = current[Handle::force_merge_control_on]->as_bool() ? 1 : 0;
     kernels = &kernels_for_window(*chosen_kernels_, window_size.x);
     all.keep();
@@ -207,6 +222,7 @@ void Software_Z_Buffer::establish_merge_colors() {
 
 void Software_Z_Buffer::establish_target() {
     target = {};
+    scissor_.clear();
     if (!color_buffer) {
         return;
     }
@@ -216,6 +232,7 @@ void Software_Z_Buffer::establish_target() {
     target.depth_row_bytes = depth_buffer ? -depth_buffer->bytes_per_row : 0;
     target.width = window_size.x;
     target.height = window_size.y;
+    target.end_row = window_size.y;
     target.background = vorna::word_of(background_color);
     target.alternate_background = vorna::word_of(alternate_background_color);
     target.merged_index8 = [](const void* renderer, std::uint8_t stored, std::uint8_t index) {
@@ -223,6 +240,38 @@ void Software_Z_Buffer::establish_target() {
     };
     target.renderer = this;
     target.dither = &dither;
+}
+
+void Software_Z_Buffer::set_scissor_rows(std::int32_t first, std::int32_t last) {
+    if (color_buffer) {
+        scissor_.limit(target, *color_buffer, depth_buffer.get(), first, last);
+    }
+    depth_blocks.raise_all(); // blocks across the old borders know some of their rows only
+}
+
+// An option of the application's: only it knows whether anything but the renderer writes the depth buffer.
+void Software_Z_Buffer::establish_depth_blocks() {
+    const VT_Option* const option = current_table.find("Depth Blocks");
+    if (depth_buffer && option && option->as_bool()) {
+        depth_blocks.cover(window_size.x, window_size.y);
+    } else {
+        depth_blocks.remove();
+    }
+    publish_depth_blocks();
+}
+
+void Software_Z_Buffer::publish_depth_blocks() noexcept {
+    target.block_depths = z_test == greater_test ? nullptr : depth_blocks.entries();
+    target.blocks_in_row = depth_blocks.in_row();
+    target.block_looks = depth_blocks.looks();
+}
+
+void Software_Z_Buffer::change_z_test(std::int32_t mode) noexcept {
+    if (z_test == greater_test) {
+        depth_blocks.raise_all();
+    }
+    z_test = mode;
+    publish_depth_blocks();
 }
 
 VT_Int_Rectangle Software_Z_Buffer::window_rectangle() const noexcept {

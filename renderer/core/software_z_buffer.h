@@ -7,9 +7,11 @@
 #include "host/renderer_data.h"
 #include "host/rendition.h"
 #include "renderer/core/cases.h"
+#include "renderer/core/depth_blocks.h"
 #include "renderer/core/dither.h"
 #include "renderer/core/mask_cache_data.h"
 #include "renderer/core/pixel_target.h"
+#include "renderer/core/row_scissor.h"
 
 namespace krb {
 
@@ -66,9 +68,16 @@ public:
     // The hard clip, as far as it lies in the window, in device coordinates; may be empty.
     VT_Int_Rectangle visible_rectangle(const VT_Rendition& rendition) const noexcept;
 
+    // Draws in rows first to last of the buffers only, until the next establish. Throws std::bad_alloc; the rows stay as they
+    // were then.
+    void set_scissor_rows(std::int32_t first, std::int32_t last);
+
     const VT_Palette& palette() const noexcept { return current_options.palette(); }
 
-    // State that members read. Only establish() and the setters of the two depth options write it.
+    // The test greater makes depths farther: kernels neither use nor lower the entries of blocks while it is in force.
+    void change_z_test(std::int32_t mode) noexcept;
+
+    // State that members read. Only establish() and the setters that the options publish write it.
     Option_Handles requested;
     Option_Handles current;
     VT_Reference<Frame_Buffer> color_buffer;
@@ -79,6 +88,8 @@ public:
     VT_Color_Cube color_cube{{2, 2, 2}, 1.0F, 0};
     std::uint8_t z_write = 1;
     std::int32_t z_test = 2; // 1 less, 5 greater, any other value less or equal
+    // Of the depth buffer, when the application asks for them by a "Depth Blocks" option that is true.
+    Depth_Blocks depth_blocks;
     std::uint8_t background_index = 255;
     std::uint8_t alternate_background_index = 255;
     VT_RGB32 background_color{0, 0, 0, 253};
@@ -102,8 +113,11 @@ private:
     void establish_mask_cache();
     void establish_merge_colors();
     void establish_target();
+    void establish_depth_blocks();
+    void publish_depth_blocks() noexcept;
 
     const Kernel_Set* chosen_kernels_;
+    Row_Scissor scissor_;
 };
 
 // The renderer behind a slot.

@@ -168,17 +168,18 @@ inline bool is_near_flat(VT_RGB32 a, VT_RGB32 b) {
     return magnitude(a.blue - b.blue) < 4 && magnitude(a.green - b.green) < 4 && magnitude(a.red - b.red) < 4;
 }
 
-inline bool is_in_window(const Pixel_Target& target, std::int32_t column, std::int32_t row) {
+inline bool is_drawable(const Pixel_Target& target, std::int32_t column, std::int32_t row) {
     return static_cast<std::uint32_t>(column) < static_cast<std::uint32_t>(target.width) &&
-           static_cast<std::uint32_t>(row) < static_cast<std::uint32_t>(target.height);
+           static_cast<std::uint32_t>(row) - static_cast<std::uint32_t>(target.first_row) <
+               static_cast<std::uint32_t>(target.end_row - target.first_row);
 }
 
-// The window as the limits of a segment. Columns and rows count from it.
+// The window's columns and drawable rows as the limits of a segment. Columns and rows count from the window.
 inline Cut window_limits(const Pixel_Target& target, const Ends& ends) {
-    const std::int32_t last = target.height - 1;
+    const std::int32_t last = target.end_row - 1;
     const bool upwards = ends.y1 > ends.y0;
-    const std::int32_t to_first = upwards ? wrapping_subtract(0, ends.y0) : wrapping_subtract(ends.y0, last);
-    const std::int32_t to_last = upwards ? wrapping_subtract(last, ends.y0) : ends.y0;
+    const std::int32_t to_first = upwards ? wrapping_subtract(target.first_row, ends.y0) : wrapping_subtract(ends.y0, last);
+    const std::int32_t to_last = upwards ? wrapping_subtract(last, ends.y0) : wrapping_subtract(ends.y0, target.first_row);
     return {to_first < 0 ? 0 : to_first, to_last, 0, target.width - 1, 0};
 }
 
@@ -194,7 +195,7 @@ template <Line_Configuration c> void draw_last_point(const Line_Target& target, 
                                              c.clip};
     const std::int32_t row = wrapping_subtract(point.y, target.origin_y);
     const std::int32_t column = wrapping_subtract(point.x, target.origin_x);
-    if (!is_in_window(target, column, row)) {
+    if (!is_drawable(target, column, row)) {
         return;
     }
     if constexpr (is_shaded) {
@@ -248,7 +249,7 @@ template <Line_Configuration c> void draw_whole_segment(const Line_Target& targe
 template <Line_Configuration c>
 KRB_NEVER_INLINE void draw_other_segment(const Line_Target& target, const Ends& ends, const Plain_Color& plain) {
     const Line_Paint paint = paint_of(plain);
-    if (is_in_window(target, ends.x0, ends.y0) && is_in_window(target, ends.x1, ends.y1)) {
+    if (is_drawable(target, ends.x0, ends.y0) && is_drawable(target, ends.x1, ends.y1)) {
         draw_whole_segment<c>(target, ends, paint);
     } else if (const Cut limits = window_limits(target, ends); limits.first_row <= limits.last_row) {
         draw_segment<c>(target, ends, paint, {ends.x0, ends.y0}, limits);
@@ -271,7 +272,7 @@ template <Line_Configuration c> void draw_plain_polyline(const Line_Target& targ
     for (;;) {
         const Ends ends{wrapping_subtract(point[0].x, target.origin_x), wrapping_subtract(point[0].y, target.origin_y),
                         wrapping_subtract(point[1].x, target.origin_x), wrapping_subtract(point[1].y, target.origin_y)};
-        if (is_in_window(target, ends.x0, ends.y0) && is_in_window(target, ends.x1, ends.y1) && is_short(ends) &&
+        if (is_drawable(target, ends.x0, ends.y0) && is_drawable(target, ends.x1, ends.y1) && is_short(ends) &&
             (c.clip == Clip_Rule::open || is_unclipped(target, ends))) {
             draw_short_segment<unmasked(c)>(target, ends, plain);
         } else {
@@ -303,11 +304,11 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
     const VT_RGB32* color = polyline.colors;
     const std::int32_t segments = polyline.count - 1;
     Ends ends{0, 0, wrapping_subtract(point->x, target.origin_x), wrapping_subtract(point->y, target.origin_y)};
-    bool ends_inside = is_in_window(target, ends.x1, ends.y1);
+    bool ends_inside = is_drawable(target, ends.x1, ends.y1);
     for (std::int32_t i = 0; i < segments; ++i, ++point) {
         ends = {ends.x1, ends.y1, wrapping_subtract(point[1].x, target.origin_x), wrapping_subtract(point[1].y, target.origin_y)};
         const bool starts_inside = ends_inside;
-        ends_inside = is_in_window(target, ends.x1, ends.y1);
+        ends_inside = is_drawable(target, ends.x1, ends.y1);
         if constexpr (c.shading != Line_Shading::index) {
             paint.color = *color;
             if (i == 0 || !polyline.single_color) {

@@ -4,8 +4,16 @@
 #include <cassert>
 #include <cstdint>
 
+#include "renderer/core/pixel_target.h"
+
 namespace krb::KRB_KERNEL_SET {
 namespace {
+
+// The low 16 bits of a negative depth may be farther than what they replace.
+inline void raise_block(const Pixel_Target& target, std::int32_t row, std::int32_t column) {
+    target.block_depths[std::int64_t{row >> block_row_bits} * target.blocks_in_row + (column >> block_column_bits)] =
+        farthest_depth;
+}
 
 // By the rules that span.inl describes. The pixel lies in the window. Its whole depth is compared; the low 16 bits are written.
 template <class Rules, class Source>
@@ -28,6 +36,9 @@ KRB_ALWAYS_INLINE void draw_pixel(const typename Rules::Target& target, std::int
         }
         if (Depth::writes(target)) {
             store_depths(at, depth, passed);
+            if (z < 0 && target.block_depths) {
+                raise_block(target, row, column);
+            }
         }
     }
     Format::template write<typename Rules::Pixel>(target, row, target.color_rows[row] + std::int64_t{Format::bytes} * column,

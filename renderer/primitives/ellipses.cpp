@@ -189,7 +189,7 @@ template <Pixel_Rule pixel, Clip_Rule clip>
 void draw_outline(const Software_Z_Buffer& renderer, const Ellipse& ellipse, const Frame_Buffer_Mask* mask) {
     using Rules = Single_Rules<format_of(Case::rgb32), Depth_Rule::none, pixel, clip>;
     const auto draw = [&]<bool fetches>() {
-        Outline<Rules, fetches> outline{renderer.color_buffer->rows,
+        Outline<Rules, fetches> outline{renderer.target.color_rows,
                                         mask ? mask->rows() : nullptr,
                                         renderer.window_size,
                                         ellipse.x,

@@ -32,7 +32,9 @@ public:
 
     // The depth moves on from pixel to pixel and, deliberately, from the end of a row to the start of the next.
     void copy_row(std::int32_t row, std::int32_t count, const std::uint8_t* source) {
-        kernel_(target_, {row, column_, count}, source, depth_);
+        if (target_.first_row <= row && row < target_.end_row) {
+            kernel_(target_, {row, column_, count}, source, depth_);
+        }
         depth_.skip(count - 1);
     }
 
@@ -109,8 +111,8 @@ void draw_dci_image(VT_Renderer_Data& data, const VT_Rendition& rendition, const
     const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
     const std::int32_t left = std::max({start->x, 0, clip.left});
     const std::int32_t right = std::min(clip.right, image->width() - 1);
-    const std::int32_t top = std::min({clip.top, start->y, image->height() - 1});
-    for (std::int32_t row = std::max(clip.bottom, 0); row <= top && left <= right; ++row) {
+    const std::int32_t top = std::min({clip.top, start->y, renderer.target.end_row - 1});
+    for (std::int32_t row = std::max(clip.bottom, renderer.target.first_row); row <= top && left <= right; ++row) {
         const std::uint8_t* source = image->row(image->bottom_up() ? row : image->height() - 1 - row);
         std::memcpy(renderer.color_buffer->rows[row] + std::int64_t{4} * left, source + std::int64_t{4} * left,
                     std::size_t{4} * static_cast<std::size_t>(right - left + 1));

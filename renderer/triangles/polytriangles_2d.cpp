@@ -52,7 +52,7 @@ void fill_flat_piece(const Triangle_Call& call, const VT_Int_Rectangle& rectangl
         {points[0], color, 0, 0}, {points[1], color, 0, 0}, {points[2], color, 0, 0}};
     vorna::Clipped_Polygon polygon;
     if (clip_triangle_to_rectangle(rectangle, triangle, polygon) >= 3) {
-        call.draw({polygon.count, polygon.points, &color, true, nullptr, nullptr});
+        call.draw_any({polygon.count, polygon.points, &color, true, nullptr, nullptr});
     }
 }
 
@@ -115,7 +115,7 @@ template <Case c> struct Entry<slots::Draw_2DI_Gouraud_Polytriangle, c> : Gourau
                     }
                     vorna::Clipped_Polygon polygon;
                     if (clip_triangle_to_rectangle(rectangle, triangle, polygon) >= 3) {
-                        pieces.draw({polygon.count, polygon.points, polygon.colors, false, near_flat, nullptr});
+                        pieces.draw_any({polygon.count, polygon.points, polygon.colors, false, near_flat, nullptr});
                     }
                 });
             });
@@ -159,7 +159,7 @@ struct Entry<With_Texels<slots::Draw_2DI_Textured_Polytriangle, texels>, c> : Pl
                         for (std::int32_t i = 0; i < polygon.count; ++i) {
                             coordinates[i] = texel_coordinates(texture, polygon.u[i], polygon.v[i]);
                         }
-                        pieces.draw({polygon.count, polygon.points, polygon.colors, false, nullptr, coordinates});
+                        pieces.draw_any({polygon.count, polygon.points, polygon.colors, false, nullptr, coordinates});
                     }
                 });
             });

@@ -44,7 +44,9 @@ template <Triangle_Configuration c> struct Small_Triangles {
             const std::int32_t large = KRB_LOWEST_BIT(small >> run | 1U << (triangles - run));
             return {0, run + large};
         }
-        draw_run(target, strip, run, points);
+        if (!has_depths || !target.block_depths || !are_hidden(target, strip.points, run + 2)) {
+            draw_run(target, strip, run, points);
+        }
         return {run, 0};
     }
 

@@ -65,11 +65,11 @@ struct Face_Pattern {
 };
 
 struct Triangle_Target : Pixel_Target {
-    // Columns and rows that may be drawn, half-open. Looked at only when scissored is set; a caller whose triangles lie inside
-    // leaves it clear. The walk's columns then start column_bias before column 0, and origin_x lies as far to the left: points
-    // may lie there, in columns 0 to 32767 of the walk.
+    // Columns that may be drawn, half-open. They and the drawable rows are looked at only when scissored is set; a caller whose
+    // triangles lie inside leaves it clear. The walk's columns then start column_bias before column 0, and origin_x lies as far
+    // to the left: points may lie there, in columns 0 to 32767 of the walk.
     bool scissored;
-    std::int32_t first_column, end_column, first_row, end_row;
+    std::int32_t first_column, end_column;
     std::int32_t column_bias;
     // For 8-bit textures: the palette's pixels.
     const std::uint8_t* palette;

@@ -4,6 +4,7 @@
 
 #include "renderer/kernels/pixel_formats.inl"
 #include "renderer/kernels/span.inl"
+#include "renderer/triangles/hidden_parts.inl"
 #include "renderer/triangles/small_triangles.h"
 #include "renderer/triangles/triangle_kernels.h"
 #include "renderer/triangles/triangle_setup.inl"
@@ -140,19 +141,30 @@ template <Triangle_Configuration c, int size> struct Filler {
     const Triangle_Target& target;
     Flat flat;     // of flat triangles
     Flat contrast; // of a pattern's gaps
+    Span_Limits limits;
 
     Filler(const Triangle_Target& where, VT_RGB32 color)
-        : target(where), flat(where, color), contrast(where, c.clip == Clip_Rule::patterned ? where.pattern->contrast : color) {}
+        : target(where), flat(where, color), contrast(where, c.clip == Clip_Rule::patterned ? where.pattern->contrast : color),
+          limits(where) {}
 
     void set_color(VT_RGB32 color) { flat = Flat(target, color); }
+
+    // Before a triangle is filled; false when no pixel of it would be drawn.
+    KRB_ALWAYS_INLINE bool is_visible(const VT_DCI_Point* points) {
+        if constexpr (c.depth != Depth_Rule::none) {
+            return !target.block_depths || limits.find(target, points);
+        }
+        return true;
+    }
 
     void fill(std::int32_t row, std::int32_t column, std::int32_t count, Attributes<size> left, Attributes<size> right) {
         std::int32_t skipped = 0;
         std::int32_t drawn = count;
-        if (target.scissored) {
+        if (limits.exist) {
             column -= target.column_bias;
-            const std::int32_t end = column + count < target.end_column ? column + count : target.end_column;
-            skipped = column < target.first_column ? target.first_column - column : 0;
+            const Visible_Columns visible = limits.in_row(target, row);
+            const std::int32_t end = column + count < visible.end ? column + count : visible.end;
+            skipped = column < visible.first ? visible.first - column : 0;
             drawn = end - column - skipped;
             if (drawn <= 0) {
                 return;
@@ -270,7 +282,9 @@ template <Triangle_Configuration c> void draw_flat_triangles(const Triangle_Targ
         if (k > 0 && !strip.single_color) {
             filler.set_color(strip.colors[k]);
         }
-        fill_triangle<Whole_Attributes>(target, filler, vertices);
+        if (filler.is_visible(strip.points + k)) {
+            fill_triangle<Whole_Attributes>(target, filler, vertices);
+        }
         vertices[0] = vertices[1];
         vertices[1] = vertices[2];
     }
@@ -301,7 +315,9 @@ template <Triangle_Configuration c> void draw_gouraud_triangles(const Triangle_T
         vertices[2] = vertex_of(target, strip.points[k + 2], strip.colors[k + 2]);
         if (colors_differ(vertices[0].values, vertices[1].values, vertices[2].values, near_flat_limit)) {
             draw_pending(k);
-            fill_triangle<Whole_Attributes>(target, filler, vertices);
+            if (filler.is_visible(strip.points + k)) {
+                fill_triangle<Whole_Attributes>(target, filler, vertices);
+            }
         } else {
             ++pending;
         }
@@ -334,7 +350,9 @@ template <Triangle_Configuration c> void draw_textured_strip(const Triangle_Targ
     Vertex<8> vertices[3] = {vertex(0), vertex(1)};
     for (std::int32_t k = 0; k < strip.count - 2; ++k) {
         vertices[2] = vertex(k + 2);
-        fill_triangle<Texture_Attributes>(target, filler, vertices);
+        if (filler.is_visible(strip.points + k)) {
+            fill_triangle<Texture_Attributes>(target, filler, vertices);
+        }
         vertices[0] = vertices[1];
         vertices[1] = vertices[2];
     }

@@ -55,10 +55,9 @@ Depth_Rules depth_rules_of(Case c, Shading shading) noexcept {
     return {c == Case::depth_rgb32 || (c == Case::depth_rgb32_alpha && shading == Shading::textured), true};
 }
 
-// Columns and rows of the window, or of the hard clip where that counts for device strips too.
+// Columns of the window and drawable rows, or those of them in the hard clip where that counts for device strips too.
 void set_limits(Triangle_Target& target, const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {
     target.end_column = renderer.window_size.x;
-    target.end_row = renderer.window_size.y;
     if (renderer.keeps_to_hard_clip) {
         const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
         const auto limit = [](std::int64_t side, std::int32_t origin, std::int32_t least, std::int32_t most) {
@@ -66,7 +65,7 @@ void set_limits(Triangle_Target& target, const Software_Z_Buffer& renderer, cons
         };
         target.first_column = limit(clip.left, renderer.window_origin.x, 0, target.end_column);
         target.end_column = limit(std::int64_t{clip.right} + 1, renderer.window_origin.x, target.first_column, target.end_column);
-        target.first_row = limit(clip.bottom, renderer.window_origin.y, 0, target.end_row);
+        target.first_row = limit(clip.bottom, renderer.window_origin.y, target.first_row, target.end_row);
         target.end_row = limit(std::int64_t{clip.top} + 1, renderer.window_origin.y, target.first_row, target.end_row);
     }
 }
@@ -75,6 +74,9 @@ Triangle_Target target_of(Case c, Shading shading, const Software_Z_Buffer& rend
     Triangle_Target target{};
     static_cast<Pixel_Target&>(target) = pixel_target_of(c, renderer, depth_rules_of(c, shading));
     set_limits(target, renderer, rendition);
+    // Kernels keep to the drawable rows by these limits, and find rows by their distance.
+    target.color_rows = renderer.color_buffer->rows;
+    target.depth_rows = renderer.depth_buffer ? renderer.depth_buffer->rows : nullptr;
     target.palette = reinterpret_cast<const std::uint8_t*>(renderer.palette_pixels);
     return target;
 }

@@ -21,8 +21,6 @@ public:
 
     // The kernel of the same case and clip for another shading and pixel rule.
     Strip_Kernel* kernel(Shading shading, Pixel_Rule pixel) const noexcept;
-    // The strip must lie inside the window.
-    void draw(const Triangle_Strip& strip) const { kernel_(target, strip); }
     // The strip may reach anywhere: what lies outside the target's columns and rows is cut off, and inside them appears what the
     // whole strip would show there. Triangles of more than 32767 columns or 2^30 rows are cut first, at the same places whichever
     // part of the picture is drawn; cuts move their edges by less than a pixel.
@@ -31,6 +29,8 @@ public:
     Triangle_Target target;
 
 private:
+    // The strip lies inside the target's columns and rows.
+    void draw(const Triangle_Strip& strip) const { kernel_(target, strip); }
     void draw_scissored(const Triangle_Strip& strip) const;
     // A strip that is not too large, wherever it lies.
     void draw_apart(const Triangle_Strip& strip) const;

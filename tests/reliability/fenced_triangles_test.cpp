@@ -41,7 +41,7 @@ struct Fenced_Strip {
         target.color_row_bytes = -color->bytes_per_row;
         target.depth_row_bytes = -depth->bytes_per_row;
         target.width = color->width;
-        target.height = height;
+        target.height = target.end_row = height;
         set.triangles->strips[configuration(shading)](target,
                                                       {static_cast<std::int32_t>(points.size()), points.data(), colors.data(),
                                                        false, set.triangles->strips[configuration(krb::Shading::flat)], nullptr});

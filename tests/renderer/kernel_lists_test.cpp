@@ -65,7 +65,7 @@ public:
         target.color_row_bytes = -color_rows().stride;
         target.depth_row_bytes = -depth_rows().stride;
         target.width = width;
-        target.height = height;
+        target.height = target.end_row = height;
         set_random_rules(target, [this](std::int32_t end) { return below(end); });
         target.dither = &dither_;
         target.dither_row = below(8);

@@ -193,6 +193,8 @@ TEST(Triangle_Kernels, write_the_same_bytes_in_every_set_and_inside_a_scissor_re
             std::mt19937 random(~seed);
             for (const krb::Kernel_Set* set : krb::supported_kernel_sets()) {
                 scene.target.scissored = false;
+                scene.target.first_row = 0;
+                scene.target.end_row = Canvas::height;
                 const Drawing whole = scene.draw(*set, configuration, seed);
                 ASSERT_EQ(whole, scene.draw(krb::portable_kernel_set(), configuration, seed))
                     << set->name << ' ' << words_of(configuration) << " seed " << seed;

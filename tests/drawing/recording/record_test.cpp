@@ -10,6 +10,7 @@
 
 #include "drawing/files/gzip.h"
 #include "drawing/recording/call_kinds.h"
+#include "drawing/recording/document.h"
 #include "drawing/recording/recording_reader.h"
 #include "drawing/recording/recording_writer.h"
 #include "tests/support/command_line.h"
@@ -92,6 +93,13 @@ TEST_F(Record, keeps_what_is_rarely_used) {
     EXPECT_EQ(recorded, read_file(folder.file("second.json")));
     EXPECT_THAT(recorded, HasSubstr("\"texels\": [\"ff0000ff00ff00800000ffff808080ff0a141eff28323cff\"],")) << "shared";
     EXPECT_THAT(recorded, HasSubstr("\"options\": {\"Use Mask\": false}"));
+
+    // Other forms hold the same.
+    for (const char* form : {"p.cbor", "p.cbor.gz", "p.cbor.zst", "p.json.zst", "p.gz"}) {
+        EXPECT_TRUE(drawn == replay(folder.file("first.json"), {"--record", folder.file(form)})) << form;
+        EXPECT_TRUE(drawn == replay(folder.file(form), {"--record", folder.file("back.json")})) << form;
+        EXPECT_EQ(recorded, read_file(folder.file("back.json"))) << form;
+    }
 }
 
 TEST_F(Record, floats_come_back_to_the_last_bit) {
@@ -110,16 +118,44 @@ TEST_F(Record, floats_come_back_to_the_last_bit) {
     Recording recording;
     recording.calls.push_back({find_call_kind("draw_2d_polyline"), floats, nullptr});
     recording.calls.push_back({find_call_kind("draw_3d_polyline"), doubles, nullptr});
-    const Recording read = read_recording(json_of(recording));
     const auto same = [](const auto& a, const auto& b) {
         return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof a[0]) == 0;
     };
-    EXPECT_TRUE(same(std::get<Points<VT_Point>>(read.calls[0].arguments).points, floats.points));
-    EXPECT_TRUE(same(std::get<Points<VT_Point_D>>(read.calls[1].arguments).points, doubles.points));
+    for (const std::string& document : {json_of(recording), cbor_of(recording)}) {
+        const Recording read = read_recording(document);
+        EXPECT_TRUE(same(std::get<Points<VT_Point>>(read.calls[0].arguments).points, floats.points));
+        EXPECT_TRUE(same(std::get<Points<VT_Point_D>>(read.calls[1].arguments).points, doubles.points));
+    }
 
     doubles.points[7].y = std::numeric_limits<double>::infinity();
     recording.calls[1].arguments = doubles;
     EXPECT_THROW(json_of(recording), std::runtime_error);
+    EXPECT_THROW(cbor_of(recording), std::runtime_error);
+}
+
+// Device points are stored as differences that wrap. Damaged documents give one error and no crash, whatever byte is wrong.
+TEST_F(Record, cbor_is_exact_and_refuses_damage) {
+    using namespace vorna::drawing::recording;
+    Recording recording;
+    const Points<VT_DCI_Point> points{{{INT32_MIN, INT32_MAX, 0}, {INT32_MAX, INT32_MIN, -1}, {5, -5, INT32_MIN}}};
+    recording.calls.push_back({find_call_kind("draw_dci_polyline"), points, nullptr});
+    const std::string document = cbor_of(recording);
+    const Recording read = read_recording(document);
+    const auto& same = std::get<Points<VT_DCI_Point>>(read.calls[0].arguments).points;
+    ASSERT_EQ(same.size(), points.points.size());
+    EXPECT_EQ(std::memcmp(same.data(), points.points.data(), same.size() * sizeof same[0]), 0);
+    for (std::size_t place = 0; place < document.size(); ++place) {
+        std::string damaged = document;
+        for (int value = 0; value < 256; ++value) {
+            damaged[place] = static_cast<char>(value);
+            try {
+                read_recording(damaged);
+            } catch (const Recording_Error&) {
+            }
+        }
+        EXPECT_THROW(read_recording(document.substr(0, place)), Recording_Error) << place;
+    }
+    EXPECT_THROW(read_recording(std::string(1000000, '\xA1')), Recording_Error) << "nested";
 }
 
 TEST_F(Record, goes_through_standard_streams) {

@@ -42,7 +42,7 @@ std::string calling(const std::string& call, const std::string& more = "") {
 TEST(Recording_Reader, refuses_what_is_no_document) {
     EXPECT_EQ(message_of(""), "parse error at line 1, column 1: syntax error while parsing value - unexpected end of input; "
                               "expected '[', '{', or a literal");
-    EXPECT_EQ(message_of("v 0 0 0\n"), "expected a recording, which is a JSON document, found another kind of file");
+    EXPECT_EQ(message_of("v 0 0 0\n"), "expected a recording, which is a JSON or CBOR document, found another kind of file");
     EXPECT_EQ(message_of(R"({"picture": 1, "calls": [{"call": 1e999}]})"), "calls[0].call: number overflow parsing '1e999'");
     EXPECT_THAT(message_of(R"({"picture": 1, "calls": [[1, 2], [3, ]]})"),
                 testing::StartsWith("calls[1][1]: parse error at line 1"));

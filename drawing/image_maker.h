@@ -1,0 +1,53 @@
+// One image of the library: settings of the public interface as a job.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "drawing/drawing.h"
+#include "drawing/files/input.h"
+#include "drawing/files/load_limits.h"
+#include "drawing/job/job.h"
+#include "drawing/job/map_drawing.h"
+#include "drawing/job/model_drawing.h"
+
+namespace vorna::drawing {
+
+struct Model::Content {
+    std::shared_ptr<Load_Limits> limits;
+    std::string name;
+    model::Mesh mesh;
+    // By number of a triangle that is drawn its number among those that were given; empty = the same.
+    std::vector<std::uint32_t> given_numbers;
+};
+
+struct Map::Content {
+    Content(const Input& input, const map::Map_Settings& settings, const std::shared_ptr<Load_Limits>& limits);
+
+    std::string name;
+    std::shared_ptr<map::Map_Scene> scene;
+};
+
+Module_Choice module_of(const Image_Settings& settings);
+// Throws Usage_Error for a camera that looks nowhere.
+model::Camera_Settings checked_camera(const model::Camera_Settings& camera, const model::Mesh& mesh, VT_Int_Pair size);
+
+// A drawing and its job.
+struct Image_Maker {
+    Image_Maker(const Model& model, const Model_View& view, const Image_Settings& settings, std::vector<std::string>* warnings);
+    Image_Maker(const Map& map, const Image_Settings& settings);
+
+    // Of the next image of a model; for images without an own number of pixels to average.
+    void set_size(const Image_Settings& settings, VT_Int_Pair size);
+    Image image() { return Job(job, module, *drawing).make_image(); }
+    Image_Samples samples();
+    // A signal that waits while the file is written comes afterwards.
+    std::string write(const std::string& file);
+
+    Job_Settings job;
+    Module_Choice module;
+    std::unique_ptr<Drawing> drawing;
+};
+
+} // namespace vorna::drawing

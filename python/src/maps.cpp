@@ -1,0 +1,144 @@
+// Maps and drawings.
+#include <mutex>
+
+#include <pybind11/stl.h>
+
+#include "python/src/module.h"
+#include "python/src/options.h"
+
+namespace vorna::python {
+namespace {
+
+using drawing::map::Dashes;
+using drawing::map::Map_Fill;
+using drawing::map::Map_Settings;
+
+constexpr Choice<Map_Fill::Kind> fills[] = {{"auto", Map_Fill::Kind::automatic},
+                                            {"palette", Map_Fill::Kind::palette},
+                                            {"own", Map_Fill::Kind::own},
+                                            {"none", Map_Fill::Kind::none}};
+struct Border_Style {
+    const char* name;
+    Dashes dashes;
+};
+
+// A name, numbers, or False for no line.
+void take_dashes(const Options& options, const char* name, std::optional<Dashes>& member) {
+    static const std::vector<Border_Style> styles{{"solid", {}},
+                                                  {"dashed", {6, 4}},
+                                                  {"dotted", {0, 3}},
+                                                  {"dash-dot", {8, 3, 0, 3}},
+                                                  {"dash-dot-dot", {8, 3, 0, 3, 0, 3}},
+                                                  {"long-dashed", {14, 5}}};
+    const py::object value = options[name];
+    if (value.is_none()) {
+        return;
+    }
+    if (value.is(py::bool_(false))) {
+        member.reset();
+        return;
+    }
+    if (py::isinstance<py::str>(value)) {
+        const auto text = value.cast<std::string>();
+        for (const Border_Style& style : styles) {
+            if (text == style.name) {
+                member = style.dashes;
+                return;
+            }
+        }
+    } else {
+        try {
+            member = value.cast<Dashes>();
+            return;
+        } catch (const py::cast_error&) {
+        }
+    }
+    refuse(name, "False, solid, dashed, dotted, dash-dot, dash-dot-dot, long-dashed or lengths of dashes and gaps",
+           py::repr(value).cast<std::string>());
+}
+
+Map_Settings map_settings_of(const Options& options) {
+    Map_Settings settings;
+    options.text("layer", settings.layer);
+    options.text("projection", settings.projection);
+    options.text("clip_to", settings.clip_to);
+    options.text("overlay", settings.overlay);
+    options.text("font", settings.font);
+    if (const auto box = options.numbers<4>("bbox")) {
+        settings.bbox = drawing::map::Extent{(*box)[0], (*box)[1], (*box)[2], (*box)[3]};
+    }
+    if (const auto center = options.numbers<2>("center")) {
+        settings.center = drawing::map::Position{(*center)[0], (*center)[1]};
+    }
+    if (const py::object fill = options["fill"]; py::isinstance<py::str>(fill)) {
+        const auto text = fill.cast<std::string>();
+        const bool is_kind = text == "auto" || text == "palette" || text == "own" || text == "none";
+        settings.fill = is_kind ? Map_Fill{Options::chosen("fill", fill, fills), {}}
+                                : Map_Fill{Map_Fill::Kind::color, color_of("fill", fill)};
+    } else if (!fill.is_none()) {
+        settings.fill = {Map_Fill::Kind::color, color_of("fill", fill)};
+    }
+    options.number("opacity", settings.opacity);
+    options.color("water", settings.water);
+    options.number("graticule", settings.graticule);
+    take_dashes(options, "border", settings.border);
+    settings.outline = settings.border;
+    take_dashes(options, "outline", settings.outline);
+    options.color("border_color", settings.border_color);
+    options.number("border_width", settings.border_width);
+    options.color("casing", settings.casing);
+    options.number("casing_width", settings.casing_width);
+    options.color("marker_color", settings.marker.color);
+    options.number("marker_size", settings.marker.size);
+    options.flag("labels", settings.labels);
+    options.number("label_size", settings.label_size);
+    options.color("label_color", settings.label_color);
+    options.color("overlay_color", settings.overlay_color);
+    return settings;
+}
+
+// One thread at a time lays out and draws.
+class Map_Object {
+public:
+    explicit Map_Object(drawing::Map map) : map_(std::move(map)) {}
+
+    // (pixels, palette)
+    py::tuple draw(const py::dict& options) {
+        const drawing::Image_Settings settings = image_settings_of(Options(options));
+        const drawing::Image_Samples image = unlocked({}, [&] {
+            const std::lock_guard lock(mutex_);
+            return drawing::make_samples(map_, settings);
+        });
+        return py::make_tuple(array_of(image), palette_array(image.palette));
+    }
+    std::vector<std::string> warnings() const { return map_.warnings(); }
+
+private:
+    std::mutex mutex_;
+    drawing::Map map_;
+};
+
+} // namespace
+
+void add_maps(py::module_& module) {
+    py::class_<Map_Object>(module, "Map")
+        .def_static("of_file",
+                    [](const std::string& file, const py::dict& options) {
+                        const Map_Settings settings = map_settings_of(Options(options));
+                        std::vector<std::string> files{file};
+                        if (!settings.overlay.empty()) {
+                            files.push_back(settings.overlay);
+                        }
+                        return unlocked(files, [&] { return std::make_unique<Map_Object>(drawing::Map(file, settings)); });
+                    })
+        .def_static("of_text",
+                    [](const std::string& name, const std::string& format, const std::string& text, const py::dict& options) {
+                        const Map_Settings settings = map_settings_of(Options(options));
+                        return unlocked({},
+                                        [&] { return std::make_unique<Map_Object>(drawing::Map(name, format, text, settings)); });
+                    })
+        .def("draw", &Map_Object::draw)
+        .def_property_readonly("warnings", &Map_Object::warnings);
+}
+
+} // namespace vorna::python

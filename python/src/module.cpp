@@ -1,0 +1,105 @@
+// The extension module: exceptions, images and recordings.
+#include "python/src/module.h"
+
+#include <pybind11/stl.h>
+
+#include "vorna/version.h"
+
+namespace vorna::python {
+namespace {
+
+using drawing::Comparison;
+using drawing::Tolerance;
+
+std::optional<Tolerance> tolerance_of(const py::object& value) {
+    if (value.is_none()) {
+        return {};
+    }
+    try {
+        if (py::isinstance<py::int_>(value)) {
+            return Tolerance{value.cast<std::int32_t>(), std::numeric_limits<std::int64_t>::max()};
+        }
+        const auto [difference, count] = value.cast<std::pair<std::int32_t, std::int64_t>>();
+        return Tolerance{difference, count};
+    } catch (const py::cast_error&) {
+        refuse("tolerance", "a largest difference, or a pair of it and a number of pixels", py::repr(value).cast<std::string>());
+    }
+}
+
+// (same, text, count, most)
+py::tuple tuple_of(const Comparison& comparison) {
+    return py::make_tuple(comparison.is_same, comparison.text, comparison.count, comparison.most);
+}
+
+// (pixels, palette, depths, report)
+py::tuple tuple_of(const drawing::Replay_Image& image) {
+    return py::make_tuple(array_of(image.colors), palette_array(image.colors.palette), array_of(image.depths), image.report);
+}
+
+} // namespace
+
+void add_images(py::module_& module) {
+    module.def("png_of", [](const py::array& array, const py::object& palette) {
+        const drawing::Image_Samples image = samples_of(array, palette);
+        return py::bytes(unlocked({}, [&] { return drawing::png_of(image); }));
+    });
+    module.def("write_image", [](const std::string& file, const py::array& array, const py::object& palette) {
+        const drawing::Image_Samples image = samples_of(array, palette);
+        unlocked({}, [&] { drawing::write_samples(file, image); });
+    });
+    module.def("digest_of", [](const py::array& array) {
+        const drawing::Image_Samples image = samples_of(array, py::none());
+        return unlocked({}, [&] { return drawing::digest_of(image); });
+    });
+    module.def("read_image", [](const std::string& file, std::uint64_t max_memory) {
+        const drawing::Image_Samples image = unlocked({file}, [&] { return drawing::read_samples(file, max_memory); });
+        return py::make_tuple(array_of(image), palette_array(image.palette));
+    });
+    module.def("compare_arrays", [](const py::array& a, const py::object& palette_a, const py::array& b,
+                                    const py::object& palette_b, const py::object& tolerance) {
+        const drawing::Image_Samples first = samples_of(a, palette_a), second = samples_of(b, palette_b);
+        const std::optional<Tolerance> allowed = tolerance_of(tolerance);
+        return tuple_of(unlocked({}, [&] { return drawing::compare_samples(first, second, allowed); }));
+    });
+    module.def("compare_files", [](const std::string& a, const std::string& b, const py::object& tolerance) {
+        const std::optional<Tolerance> allowed = tolerance_of(tolerance);
+        return tuple_of(unlocked({a, b}, [&] { return drawing::compare_files(a, b, allowed); }));
+    });
+    module.def("replay_file", [](const std::string& file, std::uint64_t max_memory) {
+        return tuple_of(unlocked({file}, [&] { return drawing::replay_file(file, {max_memory, {}}); }));
+    });
+    module.def("replay_text", [](const std::string& name, const std::string& text, std::uint64_t max_memory) {
+        return tuple_of(unlocked({}, [&] { return drawing::replay_text(name, text, {max_memory, {}}); }));
+    });
+}
+
+} // namespace vorna::python
+
+PYBIND11_MODULE(_vorna, module) {
+    using namespace vorna::python;
+    module.doc() = "The compiled part of the package vorna.";
+    module.attr("version") = vorna::version();
+    static py::exception<std::runtime_error> failure(module, "Error");
+    failure.attr("__module__") = "vorna";
+    failure.attr("__doc__") =
+        "A failure that is no wrong input: a file that cannot be written, a canvas that cannot be drawn on.";
+    py::register_exception_translator([](std::exception_ptr exception) {
+        try {
+            std::rethrow_exception(std::move(exception));
+        } catch (const File_Not_Found& error) {
+            PyErr_SetString(PyExc_FileNotFoundError, error.what());
+        } catch (const vorna::drawing::Usage_Error& error) {
+            PyErr_SetString(PyExc_ValueError, error.what());
+        } catch (const std::invalid_argument& error) {
+            PyErr_SetString(PyExc_ValueError, error.what());
+        } catch (const py::builtin_exception&) {
+            throw;
+        } catch (const std::runtime_error& error) {
+            failure(error.what());
+        }
+    });
+    add_images(module);
+    add_models(module);
+    add_maps(module);
+    add_canvas(module);
+}

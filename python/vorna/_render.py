@@ -1,0 +1,28 @@
+"""Images of models."""
+
+from ._mesh import Model
+
+
+def render(mesh, *, size=(1280, 960), camera=None, shading="auto", threads=None, pixels=True, depth=False, ids=False,
+           background="white", colors=32, color=None, edges=False, edge_color=None, line_width=1, point_size=0, cull=False,
+           tint="lit", light=(-0.5, 0.65, 0.7), specular=1.0, look="plain", supersample=0, smooth_lines=False, axes=False,
+           scale_bar=False, max_memory=1 << 30, crease=None):
+    """An Image of a model, from a file or from arrays. A Model is faster for several images of the same one.
+
+    mesh: a Model, or what Model takes. size: (width, height) in pixels. camera: a Camera, or the name of a view. threads: None = as
+    many as there are processors; the bytes do not depend on them. max_memory: bytes for the image.
+
+    What is made: pixels, the colours; depth, image.depth; ids, image.ids, the numbers of faces through all meshes of a list. Depths
+    and numbers are of faces alone, neither supersampled nor smoothed; a numbered model has at most 16,777,214 triangles.
+
+    shading: auto, flat, gouraud, textured, wireframe or hidden-line. look: plain or studio. background: a colour, a pair of them for a
+    gradient from the top down, or None for a transparent image. colors: bits a pixel; with 8 the image has indices and a palette.
+    color: of the model instead of its own. edges: True or all, or feature, over the faces. cull: leaves out faces seen from behind.
+    tint: lit; own, colours without light; or normals. light: direction towards the light, in view space. supersample: 1 to 8 drawn
+    pixels each way for one; 0 = 2 where that is possible. Colours are names, #rrggbb or (red, green, blue) from 0 to 255.
+
+    Raises ValueError for wrong input, FileNotFoundError for a missing file and vorna.Error for other failures.
+    """
+    options = {name: value for name, value in locals().items() if name not in ("mesh", "crease")}
+    model = mesh if isinstance(mesh, Model) else Model(mesh, crease=crease, threads=threads)
+    return model.render(**options)

@@ -1,0 +1,128 @@
+// Planes of images, samples and recordings of the drawing library.
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "drawing/drawing.h"
+#include "tests/support/command_line.h"
+#include "tests/support/png_pixels.h"
+
+namespace vorna::drawing {
+namespace {
+
+using testing::HasSubstr;
+using testing::ThrowsMessage;
+using Kind = Image_Samples::Kind;
+
+const std::string box = "v 0 0 0\nv 2 0 0\nv 2 1 0\nv 0 1 0\nv 0 0 -1\nv 2 0 -1\nf 1 2 3 4\nf 1 5 6 2\n";
+
+template <class Value> std::vector<Value> values_of(const Image_Samples& image) {
+    std::vector<Value> values(image.size() / sizeof(Value));
+    std::memcpy(values.data(), image.bytes.get(), image.size());
+    return values;
+}
+
+model::Mesh box_mesh() {
+    model::Mesh mesh;
+    mesh.positions = {{0, 0, 0}, {2, 0, 0}, {2, 1, 0}, {0, 1, 0}, {0, 0, -1}, {2, 0, -1}};
+    mesh.triangles = {0, 1, 2, 0, 2, 3, 0, 4, 5, 0, 5, 1};
+    return mesh;
+}
+
+class Library_Planes : public testing::Test {
+protected:
+    // The samples of the command's image.
+    Image_Samples drawn_by_command(std::vector<std::string> options) {
+        const std::string file = folder.file("command.png");
+        options.insert(options.begin(), {"render", folder.file("box.obj", box), "-o", file, "--size", "90x60"});
+        const replay_tests::Outcome outcome = replay_tests::run_vorna(options);
+        EXPECT_EQ(outcome.status, 0) << outcome.errors;
+        return read_samples(file);
+    }
+
+    replay_tests::Temporary_Folder folder;
+};
+
+TEST_F(Library_Planes, are_the_images_and_passes_of_the_command_from_every_camera) {
+    const Model model({folder.file("box.obj", box)});
+    for (const unsigned threads : {1U, 3U}) {
+        Model_Images images(model, {}, {.threads = threads});
+        for (const auto& [view, name] : {std::pair(model::View::front, "front"), std::pair(model::View::iso, "iso")}) {
+            const Model_Image image = images.draw({.view = view}, {90, 60}, {true, true, true});
+            EXPECT_EQ(values_of<std::uint8_t>(image.depths),
+                      values_of<std::uint8_t>(drawn_by_command({"--view", name, "--pass", "depth"})));
+            EXPECT_TRUE(
+                compare_samples(image.colors, drawn_by_command({"--view", name, "--background", "white"})).is_same);
+            EXPECT_THAT(values_of<std::int32_t>(image.faces), testing::IsSupersetOf({-1, 0, 1}));
+            EXPECT_LT(image.near, image.far);
+        }
+    }
+    EXPECT_EQ(Model_Images(model, {}, {}).draw({}, {9, 6}, {false, true, false}).colors.bytes, nullptr);
+    EXPECT_THAT([&] { Model_Images(model, {}, {}).draw({}, {0, 6}); },
+                ThrowsMessage<Usage_Error>(HasSubstr("size.x: expected 1 to")));
+    EXPECT_THAT([&] { Model_Images(model, {}, {}).draw({.lens = model::Lens{0, 1, 2, 3}}, {9, 6}); },
+                ThrowsMessage<Usage_Error>(HasSubstr("camera.lens.focal_x: expected 1 to")));
+}
+
+TEST_F(Library_Planes, faces_have_the_numbers_that_they_were_given_with) {
+    model::Mesh first = box_mesh(), second = box_mesh();
+    first.triangles = {0, 1, 2, 1, 1, 2, 0, 2, 3};
+    second.triangles.erase(second.triangles.begin(), second.triangles.begin() + 6);
+    const auto faces_of = [](const Model& model) {
+        return values_of<std::int32_t>(Model_Images(model, {}, {}).draw({}, {90, 60}, {false, false, true}).faces);
+    };
+    std::vector<std::int32_t> expected = faces_of(Model(box_mesh()));
+    std::ranges::transform(expected, expected.begin(), [](std::int32_t face) { return face > 0 ? face + 1 : face; });
+    std::vector<model::Mesh> meshes{first, second};
+    EXPECT_EQ(faces_of(Model(std::move(meshes))), expected);
+}
+
+TEST_F(Library_Planes, samples_survive_files_and_differ_where_they_differ) {
+    for (const Kind kind : {Kind::colors, Kind::indices, Kind::depths}) {
+        Image_Samples image = make_samples(kind, 7, 5);
+        for (std::size_t i = 0; i < image.size(); ++i) {
+            image.bytes.get()[i] = static_cast<std::uint8_t>(kind == Kind::indices ? i % 2 : 7 * i);
+        }
+        image.palette = kind == Kind::indices ? std::vector<VT_RGB32>{{1, 2, 3, 255}, {200, 100, 50, 255}} : image.palette;
+        const std::string file = folder.file("samples.png");
+        write_samples(file, image);
+        EXPECT_EQ(png_of(image), replay_tests::read_file(file));
+        const Image_Samples again = read_samples(file);
+        EXPECT_TRUE(compare_samples(image, again).is_same);
+        EXPECT_EQ(digest_of(image), digest_of(again));
+        again.bytes.get()[0] ^= 1;
+        const Comparison comparison = compare_samples(image, again);
+        EXPECT_FALSE(comparison.is_same);
+        EXPECT_EQ(comparison.count, 1);
+        EXPECT_TRUE(compare_samples(image, again, Tolerance{256, 1}).is_same);
+    }
+    EXPECT_THROW(png_of(make_samples(Kind::faces, 2, 2)), Usage_Error);
+    EXPECT_THROW(make_samples(Kind::colors, 0, 2), Usage_Error);
+    EXPECT_THAT([&] { read_samples(folder.file("none.png")); }, ThrowsMessage<Usage_Error>(HasSubstr("none.png")));
+    EXPECT_EQ(parsed_color("#ff8000"), (VT_RGB32{0, 128, 255, 255}));
+}
+
+TEST_F(Library_Planes, recordings_of_a_canvas_show_what_was_drawn) {
+    Recorded_Canvas recorded({.size = {40, 30}, .depth_buffer = true});
+    Canvas& canvas = recorded.canvas();
+    const std::vector<VT_DCI_Point> points{{3, 3, 100}, {35, 5, 2000}, {10, 25, 60000}};
+    canvas.begin_picture(rgb(255, 255, 255));
+    canvas.set_color(rgb(200, 30, 30));
+    VD_Draw_2DI_Polytriangle(canvas, points);
+    canvas.end_picture();
+    const std::string text = recorded.finish();
+    const Replay_Image again = replay_text("triangle", text);
+    EXPECT_EQ(values_of<std::uint16_t>(again.depths), canvas.read_depths());
+    const std::vector<VT_RGB32> pixels = canvas.read_pixels();
+    EXPECT_EQ(again.colors.bytes.get()[0], pixels[0].red);
+    EXPECT_EQ(digest_of(replay_file(folder.file("triangle.json", text)).colors), digest_of(again.colors));
+    EXPECT_THROW(recorded.finish(), std::logic_error);
+    EXPECT_THAT([] { replay_text("empty", "{"); }, ThrowsMessage<Usage_Error>(HasSubstr("empty: ")));
+}
+
+} // namespace
+} // namespace vorna::drawing

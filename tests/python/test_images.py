@@ -1,0 +1,119 @@
+# Images as arrays and files; comparisons; maps; recordings.
+import json
+
+import numpy as np
+import pytest
+
+import vorna
+
+
+def test_images_are_arrays_without_a_copy():
+    image = vorna.render((np.eye(3), [[0, 1, 2]]), size=(40, 30))
+    array = np.asarray(image)
+    assert array.shape == image.shape == (30, 40, 4) and array.dtype == image.dtype == np.uint8
+    assert np.shares_memory(array, image.pixels) and image.size == (40, 30) and len(image) == 30
+    array[0, 0] = 7
+    assert image[0, 0].tolist() == [7] * 4
+    kept = array[3]
+    del image, array  # the memory lives as long as a part of it
+    assert kept.shape == (40, 4)
+    wrapped = np.arange(12, dtype=np.uint8).reshape(1, 3, 4)
+    assert np.shares_memory(np.asarray(vorna.Image(wrapped)), wrapped)
+    assert vorna.Image(wrapped[..., :3])[0, 1].tolist() == [4, 5, 6, 255]
+
+
+@pytest.mark.parametrize("pixels, palette", [
+    (np.random.default_rng(1).integers(0, 256, (5, 7, 4), np.uint8), None),
+    (np.random.default_rng(2).integers(0, 3, (5, 7), np.uint8), np.array([[1, 2, 3], [255, 0, 0], [9, 9, 9]], np.uint8)),
+    (np.random.default_rng(3).integers(0, 65536, (5, 7), np.uint16), None),
+])
+def test_images_survive_files(tmp_path, pixels, palette):
+    image = vorna.Image(pixels, palette)
+    image.save(tmp_path / "a.png")
+    again = vorna.read(tmp_path / "a.png")
+    assert image.compare(again) and image.compare(tmp_path / "a.png") and again.digest() == image.digest()
+    assert image.png() == (tmp_path / "a.png").read_bytes() == image._repr_png_()
+    assert vorna.Image(pixels[::-1][::-1], palette).digest() == image.digest()
+
+
+def test_comparisons_find_what_differs(tmp_path, command):
+    a = np.full((6, 8, 4), 100, np.uint8)
+    b = a.copy()
+    b[2, 3] = (103, 100, 98, 100)
+    b[5, 7, 0] = 101
+    for name, pixels in (("a", a), ("b", b)):
+        vorna.Image(pixels).save(tmp_path / f"{name}.png")
+    found = vorna.compare(a, b)
+    assert not found and (found.count, found.most) == (2, 3)
+    line = command("compare", tmp_path / "a.png", tmp_path / "b.png") or str(found)
+    assert vorna.compare(tmp_path / "a.png", tmp_path / "b.png") == found and line.strip() in (found.text, "")
+    assert vorna.compare(a, b, 3) and not vorna.compare(a, b, 2)
+    assert vorna.compare(a, b, (3, 2)) and not vorna.compare(a, b, (3, 1))
+    assert vorna.compare(a, a.copy()).text.startswith("same: 8 x 6 pixels")
+    assert "different sizes" in vorna.compare(a, a[:3]).text
+    ids = np.array([[0, 1], [2, -1]], np.int32)
+    assert vorna.compare(ids, ids) and vorna.compare(ids, ids + 1).count == 4
+    with pytest.raises(ValueError, match="tolerance: expected"):
+        vorna.compare(a, b, "much")
+    with pytest.raises(ValueError, match=r"image: expected .*found \(3,\) float64"):
+        vorna.compare(np.zeros(3), b)
+    with pytest.raises(FileNotFoundError):
+        vorna.compare(tmp_path / "a.png", tmp_path / "c.png")
+    with pytest.raises(ValueError, match="face numbers"):
+        vorna.Image(None, ids=ids).save(tmp_path / "ids.png")
+
+
+LAND = {"type": "Feature", "properties": {"name": "Land"},
+        "geometry": {"type": "Polygon", "coordinates": [[[-20, -10], [30, -12], [25, 14], [-12, 18], [-20, -10]]]}}
+
+
+def test_maps_give_the_bytes_of_the_command(tmp_path, command):
+    path = tmp_path / "land.json"
+    path.write_text(json.dumps(LAND))
+    for arguments, options in (
+        (dict(), []),
+        (dict(border="dashed", water="#b4c8fa", bbox=(-10, -10, 40, 20), smooth_lines=True),
+         ["--border", "dashed", "--water", "#b4c8fa", "--bbox=-10,-10,40,20", "--antialias"]),
+        (dict(colors=8, fill=(200, 100, 50), graticule=10), ["--colors", "8", "--fill", "#c86432", "--graticule", "10"]),
+    ):
+        image = vorna.map(LAND, size=(90, 60), **arguments)
+        line = command("render", path, "-o", tmp_path / "x.png", "--size", "90x60", "--hash", "--background", "white", *options)
+        assert line.strip() == image.digest() == vorna.map(path, size=(90, 60), **arguments).digest()
+    assert vorna.map(LAND, size=(100, 0)).shape == (60, 100, 4)
+    with pytest.raises(ValueError, match="map: .*type"):
+        vorna.map({"type": "Nothing"})
+    with pytest.raises(ValueError, match="border: expected False, solid"):
+        vorna.map(LAND, border="wavy")
+    with pytest.raises(TypeError, match="colour"):
+        vorna.map(LAND, colour="red")
+    with pytest.raises(FileNotFoundError):
+        vorna.map(tmp_path / "sea.json")
+
+
+def test_recordings_are_drawn_again(tmp_path, command):
+    canvas = vorna.Canvas((60, 40), depth=True)
+    with canvas.record() as recording:
+        with pytest.raises(ValueError, match="text: expected the end"):
+            recording.text
+        with canvas.picture("white"):
+            canvas.strip([[5, 5, 100], [50, 8, 9000], [20, 35, 40000]], color="navy")
+            canvas.polyline(np.array([[0, 0, 0], [59, 39, 65535]], np.int32), color=(200, 0, 0), width=3)
+    drawn = canvas.to_image()
+    for document in (recording, json.loads(recording.text)):
+        again = vorna.replay(document)
+        assert again.compare(drawn) and np.array_equal(again.depth, drawn.depth) and again.report["standard"] is not None
+    for name in ("a.json", "a.json.gz"):
+        recording.save(tmp_path / name)
+        command("replay", tmp_path / name, "--color", tmp_path / "a.png")
+        assert drawn.compare(tmp_path / "a.png") and vorna.replay(tmp_path / name).compare(drawn)
+    with canvas.picture("black"):
+        canvas.dots([[1, 1]], color="white")  # the canvas goes on, and is not recorded
+    assert canvas.rgb[38, 1].tolist() == [255] * 3 and not vorna.replay(recording).compare(canvas.to_image())
+    with pytest.raises(ValueError, match="document: .*calls"):
+        vorna.replay({"calls": 3})
+    with pytest.raises(FileNotFoundError):
+        vorna.replay(tmp_path / "b.json")
+    with canvas.picture():
+        with pytest.raises(vorna.Error, match="record: expected no picture"):
+            with canvas.record():
+                pass
