@@ -34,17 +34,16 @@ void move_complex_clip(VT_Clip_Attributes& clip, VT_Int_Pair origin) {
 
 } // namespace
 
-// The rendition is copied only where a clip changes, since a copy takes longer than a short line. Nothing holds a reference to the
-// caller's: hosts keep renditions on the stack too, and the release of the last reference would delete them. The caller's
+// The rendition is copied only where a clip changes, since a copy takes longer than a short line. Nothing holds a reference to
+// the caller's: hosts keep renditions on the stack too, and the release of the last reference would delete them. The caller's
 // rendition outlives the call.
 Tile::Tile(Software_Z_Buffer& renderer, const VT_Rendition& rendition)
     : renderer_(renderer), origin_(renderer.window_origin), outer_origin_(renderer.tile_origin),
       keeps_to_hard_clip_(renderer.keeps_to_hard_clip),
       has_local_coordinates_(renderer.current_renderer_options().local_coordinates()),
-      rendition_(&rendition), guard_band_{clamped_to_int32(origin_.x - guard_distance),
-                                          clamped_to_int32(origin_.x + guard_distance),
-                                          clamped_to_int32(origin_.y - guard_distance),
-                                          clamped_to_int32(origin_.y + guard_distance)} {
+      rendition_(&rendition), guard_band_{
+                                  clamped_to_int32(origin_.x - guard_distance), clamped_to_int32(origin_.x + guard_distance),
+                                  clamped_to_int32(origin_.y - guard_distance), clamped_to_int32(origin_.y + guard_distance)} {
     const VT_Int_Pair size = renderer.window_size;
     const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
     const VT_Int_Rectangle of_tile{clamped_side(clip.left, origin_.x, size.x), clamped_side(clip.right, origin_.x, size.x),

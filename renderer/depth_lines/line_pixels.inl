@@ -17,7 +17,8 @@ struct Index_Line_Source : Index_Source {
 };
 
 template <class Format> struct Flat_Line_Source : Format::Flat {
-    Flat_Line_Source(const Line_Target& target, const Line_Paint& paint) : Flat_Line_Source(target, paint.color, paint.prepared) {}
+    Flat_Line_Source(const Line_Target& target, const Line_Paint& paint)
+        : Flat_Line_Source(target, paint.color, paint.prepared) {}
     Flat_Line_Source(const Line_Target& target, VT_RGB32 color, const Prepared_Color& prepared)
         : Format::Flat(target, color, prepared) {}
 };

@@ -20,9 +20,7 @@ struct Step_Table {
     static constexpr std::int32_t sides = 2 * most_steps + 1;
     std::uint8_t minor[sides * sides][most_steps + 1];
 
-    static constexpr std::int32_t entry(std::int32_t dx, std::int32_t dy) {
-        return (dy + most_steps) * sides + dx + most_steps;
-    }
+    static constexpr std::int32_t entry(std::int32_t dx, std::int32_t dy) { return (dy + most_steps) * sides + dx + most_steps; }
 };
 
 constexpr Step_Table make_step_table() {
@@ -84,8 +82,8 @@ inline Line_Paint paint_of(const Plain_Color& plain) {
 
 // Whether segments are stored without looking at what was there. Where a mask clips them they are drawn in another way.
 template <Line_Configuration c>
-constexpr bool is_plain = lane_count > 1 && c.shading != Line_Shading::gouraud && c.dither == Line_Dither::ordered &&
-                          c.depth == Depth_Rule::none && c.pixel == Pixel_Rule::store;
+constexpr bool is_plain = lane_count > 1 && c.shading != Line_Shading::gouraud&& c.dither == Line_Dither::ordered&& c.depth ==
+                                                Depth_Rule::none&& c.pixel == Pixel_Rule::store;
 
 // The pixels of an open or unclipped segment in the window, with the last one.
 template <Line_Configuration c>
@@ -116,7 +114,8 @@ KRB_ALWAYS_INLINE void draw_short_segment(const Line_Target& target, const Ends&
         const Int place = major * major_bytes + minor * minor_bytes;
         store_pixels(reinterpret_cast<std::uint8_t*>(places + i), place, All{});
         if constexpr (is_dithered) {
-            const Int row = splat(ends.y0 + target.dither_row) + major * splat(row_step & ~x_major) + minor * splat(row_step & x_major);
+            const Int row =
+                splat(ends.y0 + target.dither_row) + major * splat(row_step & ~x_major) + minor * splat(row_step & x_major);
             const Int column = splat(static_cast<std::int32_t>(reinterpret_cast<std::uintptr_t>(start) & 7)) + place;
             constexpr std::int32_t in_row = sizeof target.dither->thresholds[0] / sizeof target.dither->thresholds[0][0];
             const Int thresholds = gather(reinterpret_cast<const std::uint8_t*>(target.dither->thresholds),
