@@ -21,7 +21,7 @@ using krb::Triangle_Configuration;
 // Buffers of one drawing, filled with noise. Rows start at odd places, and what lies between them must never change. All drawings
 // go to the same memory, since the dither phase follows addresses.
 struct Canvas {
-    static constexpr std::int32_t width = 61, height = 40, guard = 96;
+    static constexpr std::int32_t width = 333, height = 16, guard = 96;
     static constexpr std::int32_t color_stride = width * 4 + guard, depth_stride = width * 2 + guard;
 
     using Bytes = std::vector<std::uint8_t>;
@@ -32,6 +32,10 @@ struct Canvas {
             for (std::uint8_t& byte : *bytes) {
                 byte = static_cast<std::uint8_t>(random());
             }
+        }
+        // In half of the drawings whole groups of pixels pass the depth test, or fail behind another triangle.
+        if (seed % 2 == 0) {
+            std::fill(depth().begin(), depth().end(), std::uint8_t{0xFF});
         }
     }
 
