@@ -9,16 +9,18 @@
 #include <GL/osmesa.h>
 
 #include "bench/canvas.h"
+#include "bench/timing.h"
 
 namespace bench {
 
 namespace {
 
-// One context for every canvas: no threads of its own, so that both sides have one processor.
+// One context for every canvas: no threads of its own unless asked for, so that both sides have one processor.
 class Context {
 public:
     Context() {
-        setenv("LP_NUM_THREADS", "0", 1);
+        const char* const threads = std::getenv(peer_threads);
+        setenv("LP_NUM_THREADS", threads ? threads : "0", 1);
         setenv("GALLIUM_DRIVER", "llvmpipe", 1);
         constexpr std::array attributes{OSMESA_FORMAT,
                                         OSMESA_BGRA,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <ctime>
 #include <numeric>
 #include <random>
@@ -10,19 +11,20 @@ namespace bench {
 
 namespace {
 
-double processor_seconds() {
+double seconds_now() {
+    static const clockid_t clock = std::getenv(peer_threads) ? CLOCK_MONOTONIC : CLOCK_PROCESS_CPUTIME_ID;
     std::timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    clock_gettime(clock, &time);
     return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
 // Of one frame.
 double seconds_of(const Side& side, std::int64_t frames) {
-    const double start = processor_seconds();
+    const double start = seconds_now();
     for (std::int64_t i = 0; i < frames; ++i) {
         side.frame();
     }
-    return (processor_seconds() - start) / static_cast<double>(frames);
+    return (seconds_now() - start) / static_cast<double>(frames);
 }
 
 } // namespace

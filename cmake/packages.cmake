@@ -45,6 +45,9 @@ endif()
 if(TARGET vorna_python)
   list(APPEND CPACK_COMPONENTS_ALL python)
 endif()
+if(TARGET vorna_c)
+  list(APPEND CPACK_COMPONENTS_ALL c)
+endif()
 if(VORNA_WITH_VIEWER)
   list(APPEND CPACK_COMPONENTS_ALL viewer)
 endif()
@@ -91,6 +94,10 @@ if(TARGET vorna_python)
   component_package(python python3-vorna python "models, maps and drawings as exact images, for Python"
                     "The package vorna: models, maps and canvases as numpy arrays."
                     "${this_library}, libvorna-drawing-dev (= ${PROJECT_VERSION}), python3-numpy, python3 (>= ${Python_VERSION_MAJOR}.${Python_VERSION_MINOR}), python3 (<< ${Python_VERSION_MAJOR}.${next_python})")
+endif()
+if(TARGET vorna_c)
+  component_package(c libvorna-c-dev libdevel "exact software rasterizer (C interface)"
+                    "The C interface: library, headers and CMake package." "libvorna15-dev (= ${PROJECT_VERSION})${of_models}")
 endif()
 component_package(command vorna graphics "renders models, maps and drawings to the same bytes everywhere"
                   "The command vorna draws, replays and compares pictures and checks modules." "${this_library}${of_models}")

@@ -136,7 +136,7 @@ std::string Image_Maker::write(const std::string& file) {
         return Job(job, module, *drawing).write_files().digests.front();
     } catch (const Interrupted& interrupted) {
         std::raise(interrupted.signal);
-        throw std::runtime_error(file + ": interrupted by a signal");
+        throw Interruption_Error(file + ": interrupted by a signal");
     }
 }
 

@@ -118,6 +118,8 @@ struct VT_Face_Attributes {
     std::int32_t mode = 0; // drawing-mode code
     VT_Reference<const VT_Pattern_Bitmap> bitmap;
     VT_Reference<const VT_Basic_Material> material;
+
+    friend bool operator==(const VT_Face_Attributes&, const VT_Face_Attributes&) = default;
 };
 
 struct VT_Line_Attributes {
@@ -131,6 +133,8 @@ struct VT_Line_Attributes {
     VT_Reference<const VT_Line_Type_Set> line_types = VT_Line_Type_Set::None;
     std::int32_t cap = vorna::line_cap::butt;
     std::int32_t join = vorna::line_join::round;
+
+    friend bool operator==(const VT_Line_Attributes&, const VT_Line_Attributes&) = default;
 };
 
 struct VT_Marker_Attributes {
@@ -139,6 +143,8 @@ struct VT_Marker_Attributes {
     std::int32_t symbol = 0; // vorna::marker_symbol
     std::int32_t size = 1;   // pixels
     std::int32_t mode = 0;   // drawing-mode code
+
+    friend bool operator==(const VT_Marker_Attributes&, const VT_Marker_Attributes&) = default;
 };
 
 struct VT_Clip_Attributes {
@@ -146,6 +152,8 @@ struct VT_Clip_Attributes {
     bool depth_test = true;                          // off: primitives neither test nor write depth
     VT_Reference<const VT_Contour_Set> complex_clip; // null = none
     VT_Int_Pair window_offset;
+
+    friend bool operator==(const VT_Clip_Attributes&, const VT_Clip_Attributes&) = default;
 };
 
 // Attributes of painting a window and of clearing its depths.
@@ -154,6 +162,8 @@ struct VT_Window_Attributes {
     std::int32_t fill = vorna::face_pattern::solid; // a face pattern
     VT_RGB32 color;
     std::uint8_t index = 0;
+
+    friend bool operator==(const VT_Window_Attributes&, const VT_Window_Attributes&) = default;
 };
 
 class VORNA_API VT_Rendition final : public VT_Counted {

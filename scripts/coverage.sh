@@ -29,6 +29,6 @@ ctest --preset gcc-coverage -j "$jobs"
 
 step "counters"
 # Of a member of a template each instance has branches of its own.
-gcovr --root . --object-directory "$build" --filter '(host|renderer|vorna|drawing|app)/' --exclude-throw-branches \
+gcovr --root . --object-directory "$build" --filter '(host|renderer|vorna|drawing|c|app)/' --exclude-throw-branches \
     --exclude-unreachable-branches --json "$build/coverage.json" -j "$jobs" "$build"
 python3 scripts/coverage_table.py "$build/coverage.json" "$@"

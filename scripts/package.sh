@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
 
-install_packages "${build_packages[@]}" "${windows_packages[@]}" dpkg-dev file
+install_packages "${build_packages[@]}" "${windows_packages[@]}" dpkg-dev file pybind11-dev python3-dev python3-numpy
 if [ -z "${SOURCE_DATE_EPOCH-}" ]; then
     SOURCE_DATE_EPOCH=$(git log -1 --format=%ct 2>/dev/null || date +%s)
 fi

@@ -1,27 +1,36 @@
 #!/usr/bin/env bash
 # usage: scripts/test-foreign.sh [PRESET...]
 # Cross-builds for other processors and runs the tests of renderer, host library and drawing library there, under QEMU's user mode:
-# AArch64 with each of its kernel sets, and with the portable one s390x, which is big-endian, RISC-V and ARM, which has 32 bits. The
-# images must have the same bytes everywhere. Presets choose some of linux-aarch64, linux-s390x, linux-riscv64 and linux-arm.
+# AArch64 with each of its kernel sets, and with the portable one s390x, which is big-endian, RISC-V and ARM, which has 32 bits. Then
+# the digests of images are compared with docs/receipt.json. Presets choose some of linux-aarch64, linux-s390x, linux-riscv64 and
+# linux-arm.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
 
 presets=("$@")
 [ $# -gt 0 ] || presets=(linux-aarch64 linux-s390x linux-riscv64 linux-arm)
+# usage: target_of PRESET, the system that it builds for, as the compiler names it; nothing for other presets
+target_of() {
+    awk -v name="\"name\": \"$1\"," 'index($0, name) && match($0, /"VORNA_TARGET": "[^"]*"/) {
+        print substr($0, RSTART + 17, RLENGTH - 18)}' CMakePresets.json
+}
+# Before anything is built.
+for preset in "${presets[@]}"; do
+    if [ -z "$(target_of "$preset")" ]; then
+        echo "scripts/test-foreign.sh: found '$preset', expected linux-aarch64, linux-s390x, linux-riscv64 or linux-arm" >&2
+        exit 2
+    fi
+done
 # Emulated programs are some ten times slower.
 export VORNA_TEST_SCALE=${VORNA_TEST_SCALE:-0.1}
 
 install_packages "${build_packages[@]}" "${foreign_packages[@]}"
 for preset in "${presets[@]}"; do
-    target=$(sed -n "s/.*\"name\": \"$preset\".*\"VORNA_TARGET\": \"\([^\"]*\)\".*/\1/p" CMakePresets.json)
-    if [ -z "$target" ]; then
-        echo "usage: scripts/test-foreign.sh [PRESET...]; found '$preset', expected a preset of CMakePresets.json with VORNA_TARGET" >&2
-        exit 2
-    fi
     step "$preset"
-    scripts/zlib-for.sh "$target"
+    scripts/zlib-for.sh "$(target_of "$preset")"
     cmake --preset "$preset" >/dev/null
     cmake --build --preset "$preset" -j "$(nproc)" --target vorna vorna_tests drawing_tests
     ctest --preset "$preset" -j "$(nproc)"
+    scripts/receipt.py --check "$preset"
 done

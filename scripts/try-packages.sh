@@ -94,7 +94,11 @@ list_files() {
 before=$(list_files)
 run_dpkg --install out/*vorna*.deb
 try_tree "$root/usr" "$work/project"
-run_dpkg --purge vorna-view vorna libvorna-drawing-dev libvorna15-dev libvorna15
+(cd "$work" && PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=$root/usr/lib/python3/dist-packages /usr/bin/python3 -c "
+import numpy, vorna
+assert vorna.__file__.startswith('$root'), vorna.__file__
+vorna.render((numpy.eye(3), [[0, 1, 2]]), size=(64, 48)).save('python.png')")
+run_dpkg --purge vorna-view vorna python3-vorna libvorna-c-dev libvorna-drawing-dev libvorna15-dev libvorna15
 diff <(echo "$before") <(list_files)
 
 if [ $# -eq 0 ]; then
@@ -121,7 +125,7 @@ install_there "${packages[@]/#out//packages}"
 chroot "$root" vorna --version
 install_there cmake g++ libpng-dev make pkgconf
 try_tree /usr /project chroot "$root"
-chroot "$root" apt-get -qq --yes purge vorna-view vorna libvorna-drawing-dev libvorna15-dev libvorna15 >/dev/null
+chroot "$root" apt-get -qq --yes purge vorna-view vorna python3-vorna libvorna-c-dev libvorna-drawing-dev libvorna15-dev libvorna15 >/dev/null
 if chroot "$root" dpkg -S vorna 2>/dev/null; then
     exit 1
 fi

@@ -1,6 +1,8 @@
 // Canvas::establish: puts all requested options into force, or none.
 #include "vorna/canvas.h"
 
+#include "vorna/canvas_threads.h"
+
 namespace vorna {
 
 namespace {
@@ -127,8 +129,18 @@ private:
 
 } // namespace
 
+void Canvas::draw_with(const Module& module, unsigned threads) {
+    threads_ = std::make_shared<Canvas_Threads>(module.maker(), *renderer_, threads);
+}
+
+void Canvas::draw_kept_calls() const {
+    threads_->flush();
+}
+
 void Canvas::establish() {
     require_possible_window(requested_);
+    flush();
+    const Canvas_Threads::Own_Slots own_slots(threads_.get());
     Attempt attempt(*renderer_, depth_buffer_, find_color_buffer() != nullptr);
     renderer_->current_renderer_options_for_update() = requested_;
     renderer_->establish_all();
@@ -136,8 +148,12 @@ void Canvas::establish() {
     if (const Frame_Buffer& buffer = color_buffer(); !has_pixels(&buffer, requested_.window_size(), buffer.format)) {
         refuse_buffer(requested_.window_size(), buffer.format);
     }
+    const VT_Reference<Frame_Buffer> depth_buffer = has_depth_buffer() ? attempt.depth_buffer() : nullptr;
+    if (threads_) {
+        threads_->use(threads_->make_workers(find_color_buffer(), depth_buffer));
+    }
     attempt.keep();
-    depth_buffer_ = has_depth_buffer() ? attempt.depth_buffer() : nullptr;
+    depth_buffer_ = depth_buffer;
     rendition_->clip.hard_clip = window();
 }
 

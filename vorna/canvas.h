@@ -42,6 +42,7 @@ struct Canvas_Settings {
     bool alpha_blending = false;                 // of translucent 32-bit colours
     bool clip_regions = false;                   // rendition().clip.complex_clip is in force
     VT_Reference<const VT_Palette> palette = {}; // null = the default: a 6 x 6 x 6 cube and forty greys
+    unsigned threads = 1;                        // that draw; 0 = as many as processors. See flush()
 };
 
 // Which pixels pass the depth test. Smaller depths are nearer.
@@ -54,16 +55,23 @@ struct Presentation {
     const Frame_Buffer& buffer; // the whole colour buffer
 };
 
+class Canvas_Threads;
+
 // Owns a renderer and its buffers. The module must outlive it. One thread at a time may use a canvas; different canvases of one
 // module may be used by several threads at once. A canvas that was moved from may only be assigned to or destroyed.
 class Canvas {
 public:
-    // Has no buffers yet: set options(), then call establish(). Throws as Module::create_renderer does.
-    explicit Canvas(const Module& module)
-        : renderer_(module.create_renderer()), rendition_(new VT_Rendition), requested_(renderer_->current_options) {}
+    // Has no buffers yet: set options(), then call establish(). threads: as in Canvas_Settings. Throws as Module::create_renderer
+    // does.
+    explicit Canvas(const Module& module, unsigned threads = 1)
+        : renderer_(module.create_renderer()), rendition_(new VT_Rendition), requested_(renderer_->current_options) {
+        if (threads != 1) {
+            draw_with(module, threads);
+        }
+    }
 
     // Has buffers. Throws as Module::create_renderer and establish() do.
-    Canvas(const Module& module, const Canvas_Settings& settings) : Canvas(module) {
+    Canvas(const Module& module, const Canvas_Settings& settings) : Canvas(module, settings.threads) {
         request(settings);
         establish();
     }
@@ -151,8 +159,20 @@ public:
     }
     // Ends the picture and presents the window.
     void end_picture() {
+        flush();
         renderer_->end_picture_all();
         present(window());
+    }
+
+    // With several threads, drawing functions keep copies of what they are given, and the threads draw all of it, each in rows of
+    // the window of its own, when the picture ends, is presented, is read or is flushed, and from time to time in between. The
+    // pixels are those of one thread. Objects that the rendition refers to are not copied: change none in place before then. Who
+    // looks at the buffers without a function of the canvas calls flush() first. Drawing functions may throw what earlier ones
+    // would have thrown, and so may flush(). Only modules that let several renderers draw one buffer draw with several threads.
+    void flush() const {
+        if (threads_) {
+            draw_kept_calls();
+        }
     }
 
     // Sets the function that shows a presented area; it must not throw. Empty, as at first: nothing is shown.
@@ -165,6 +185,7 @@ public:
     void present(const VT_Int_Rectangle& area) {
         const VT_Int_Rectangle shown = common_part(area, window());
         if (!is_empty(shown)) {
+            flush();
             renderer_->update_all(shown);
         }
     }
@@ -172,11 +193,19 @@ public:
     // The colour buffer: row r, counted upwards from the lowest, begins at rows[r]. establish() replaces it when size or format
     // change. Throws std::runtime_error when there is none.
     const Frame_Buffer& color_buffer() const {
+        flush();
         const Frame_Buffer* const buffer = find_color_buffer();
         if (!buffer) {
             throw std::runtime_error("the renderer has no colour buffer");
         }
         return *buffer;
+    }
+    // The depth buffer, in the same order. establish() replaces it likewise. Throws std::runtime_error when there is none.
+    const Frame_Buffer& depth_buffer() const {
+        if (!depth_buffer_) {
+            throw std::runtime_error("the renderer has no depth buffer");
+        }
+        return *depth_buffer_;
     }
     // A copy of the depth buffer, or of an area of it in device pixels. Throws std::runtime_error when there is none, and
     // std::invalid_argument for an area that is not inside the window.
@@ -221,7 +250,10 @@ public:
     }
 
 private:
-    const Frame_Buffer* find_color_buffer() const noexcept {
+    VORNA_API void draw_with(const Module& module, unsigned threads);
+    VORNA_API void draw_kept_calls() const;
+
+    Frame_Buffer* find_color_buffer() const noexcept {
         const VT_Option* const option = renderer_->current_table.find("Color Buffer");
         return option ? option->as_object<Frame_Buffer>() : nullptr;
     }
@@ -259,6 +291,7 @@ private:
     VT_Renderer_Options requested_;
     VT_Reference<Frame_Buffer> depth_buffer_; // the renderer's; kept here because a failed establish may make it drop its own
     std::unique_ptr<Presenter> presenter_;
+    std::shared_ptr<Canvas_Threads> threads_; // null = the renderer draws by itself
 };
 
 } // namespace vorna

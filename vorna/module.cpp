@@ -151,23 +151,21 @@ Module::Module(const std::string& path) {
     if (!handle_) {
         throw std::runtime_error(path + ": not loadable as a renderer module: " + last_error());
     }
-    create_ = find_entry_point<VT_Create_Renderer>(handle_, create_name);
-    unload_ = find_entry_point<VT_Unload_Renderer>(handle_, unload_name);
-    if (!create_ || !unload_) {
-        const std::string missing = create_ ? unload_name : create_name;
+    maker_.create_ = find_entry_point<VT_Create_Renderer>(handle_, create_name);
+    maker_.unload_ = find_entry_point<VT_Unload_Renderer>(handle_, unload_name);
+    if (!maker_.create_ || !maker_.unload_) {
+        const std::string missing = maker_.create_ ? unload_name : create_name;
         close_library(handle_);
         throw std::runtime_error(path + ": not a renderer module: it has no entry point " + missing);
     }
 }
 
-Module::Module(Module&& other) noexcept
-    : handle_(std::exchange(other.handle_, nullptr)), create_(other.create_), unload_(other.unload_) {
+Module::Module(Module&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)), maker_(other.maker_) {
 }
 
 Module& Module::operator=(Module&& other) noexcept {
     std::swap(handle_, other.handle_);
-    create_ = other.create_;
-    unload_ = other.unload_;
+    maker_ = other.maker_;
     return *this;
 }
 
@@ -178,6 +176,10 @@ Module::~Module() {
 }
 
 Module::Renderer Module::create_renderer(const VT_Renderer_Data& prototype) const {
+    return maker_(prototype);
+}
+
+Module::Renderer Module::Maker::operator()(const VT_Renderer_Data& prototype) const {
     const VT_Renderer_Data* const given = &prototype;
     // Exceptions thrown by the module refer to its code, and the module may be closed while they are alive.
     std::string message;

@@ -27,6 +27,18 @@ public:
     };
     using Renderer = std::unique_ptr<VT_Renderer_Data, Unload>;
 
+    // Creates renderers as the module does, wherever the module is moved.
+    class Maker {
+    public:
+        Renderer operator()(const VT_Renderer_Data& prototype) const;
+
+    private:
+        friend class Module;
+        VT_Create_Renderer* create_ = nullptr;
+        VT_Unload_Renderer* unload_ = nullptr;
+    };
+    Maker maker() const noexcept { return maker_; }
+
     // A renderer with the options and callbacks of the prototype, or with the defaults. Throws std::bad_alloc, and
     // std::invalid_argument when the environment variable KRB_KERNELS names a kernel set that cannot run here.
     Renderer create_renderer(const VT_Renderer_Data& prototype) const;
@@ -39,8 +51,7 @@ public:
 
 private:
     void* handle_ = nullptr;
-    VT_Create_Renderer* create_ = nullptr;
-    VT_Unload_Renderer* unload_ = nullptr;
+    Maker maker_;
 };
 
 } // namespace vorna

@@ -37,24 +37,24 @@ Call plain_call(std::string_view slot, const Window& window) {
     return {slot, plain_rendition(window.area()), make_draw(slot, arguments, Callee::slot)};
 }
 
-Call random_call(Random& random, std::string_view slot, const Window& window) {
+Call random_call(Random& random, std::string_view slot, const Window& window, Callee callee) {
     const VT_Reference<VT_Rendition> rendition = random_rendition(random, window.area());
     // Painting is cut to the window, clearing is not.
     if (slot == "draw_window") {
         rendition->window = random_window_attributes(random, grown(window.area(), 20));
     }
     Random_Arguments arguments(random, slot, window.area());
-    return {slot, rendition, make_draw(slot, arguments, Callee::slot)};
+    return {slot, rendition, make_draw(slot, arguments, callee)};
 }
 
-std::vector<Call> random_scene(Random& random, const Window& window, int rounds) {
+std::vector<Call> random_scene(Random& random, const Window& window, int rounds, Callee callee) {
     std::vector<Call> calls;
     std::vector<std::string_view> order = slot_names();
     for (int round = 0; round < rounds; ++round) {
         for (std::size_t remaining = order.size(); remaining > 0; --remaining) {
             const std::int32_t chosen = random.number(0, static_cast<std::int32_t>(remaining) - 1);
             std::swap(order[static_cast<std::size_t>(chosen)], order[remaining - 1]);
-            calls.push_back(random_call(random, order[remaining - 1], window));
+            calls.push_back(random_call(random, order[remaining - 1], window, callee));
         }
     }
     return calls;

@@ -24,8 +24,8 @@ bool draws_primitives(std::string_view slot);
 // A plain call that draws something bright in the middle of the window, or works on the whole window.
 Call plain_call(std::string_view slot, const Window& window);
 // A random call of the slot.
-Call random_call(Random& random, std::string_view slot, const Window& window);
+Call random_call(Random& random, std::string_view slot, const Window& window, Callee callee = Callee::slot);
 // `rounds` random calls of every slot, each round in a random order.
-std::vector<Call> random_scene(Random& random, const Window& window, int rounds);
+std::vector<Call> random_scene(Random& random, const Window& window, int rounds, Callee callee = Callee::slot);
 
 } // namespace vorna::app::check

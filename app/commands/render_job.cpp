@@ -10,6 +10,7 @@
 #include "app/cli/progress.h"
 #include "drawing/files/input_file.h"
 #include "drawing/files/memory.h"
+#include "drawing/files/output_file.h"
 #include "drawing/files/output_files.h"
 #include "drawing/image/image_formats.h"
 #include "drawing/job/frame_names.h"
@@ -184,6 +185,19 @@ void print_stats(const Render_Options& options, const drawing::Job& job, const d
     std::fputc('\n', stderr);
 }
 
+// The time of preparing, then a line for each tile, in milliseconds.
+void write_tile_times(const std::string& file, const drawing::Job_Times& times) {
+    std::string text;
+    const auto add = [&text](double milliseconds) {
+        char line[32];
+        std::snprintf(line, sizeof line, "%.6f\n", milliseconds);
+        text += line;
+    };
+    add(times.prepare);
+    std::ranges::for_each(times.tiles, add);
+    drawing::write_file(file, text);
+}
+
 } // namespace
 
 VT_Int_Pair image_size_of(const Render_Options& options) {
@@ -239,7 +253,7 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
     settings.is_numbered = options.turntable > 0;
     settings.record = options.record;
     settings.repeat = options.repeat;
-    settings.measures = options.stats;
+    settings.measures = options.stats || !options.tile_times.empty();
     settings.hash = options.hash;
     settings.allow_empty = options.allow_empty;
     return settings;
@@ -275,6 +289,9 @@ void run_job(const Render_Options& options, drawing::Job_Settings settings, cons
     }
     if (options.stats) {
         print_stats(options, job, drawing, times, result.times);
+    }
+    if (!options.tile_times.empty()) {
+        write_tile_times(options.tile_times, result.times);
     }
 }
 

@@ -28,6 +28,7 @@ struct Render_Options : Model_Options {
     std::string output_folder; // empty = all files are one image
     bool resume = false;
     std::uint64_t base_memory = 0; // bytes that the process had before it drew the first of several files
+    std::string tile_times;        // file for what each tile takes; empty = not asked for
     bool stats = false, hash = false, dry_run = false, allow_empty = false;
 };
 

@@ -41,6 +41,7 @@ struct Replay_Arguments {
     std::string timing; // empty, table or json
     std::string sort = "call";
     int repeat = 3;
+    unsigned threads = 1;
     bool unchecked = false;
     std::string max_memory;
 
@@ -102,6 +103,7 @@ std::size_t parsed_call(const char* option, const std::string& whole, std::strin
 drawing::recording::Replay_Settings settings_of(const Replay_Arguments& arguments, std::size_t calls) {
     drawing::recording::Replay_Settings settings;
     settings.unchecked = arguments.unchecked;
+    settings.reports_standard = !arguments.report.empty();
     if (!arguments.until.empty()) {
         settings.last = parsed_call("--until", arguments.until, arguments.until, calls);
     }
@@ -206,7 +208,7 @@ void replay(const Replay_Arguments& arguments, const drawing::Module_Choice& mod
             drawing::Output_File::check(output);
         }
     }
-    drawing::Session session(module);
+    drawing::Session session(module, arguments.threads);
     std::optional<drawing::recording::Recorder> recorder;
     std::optional<drawing::recording::Change_Counter> counter;
     std::optional<Every_Call> every_call;
@@ -323,6 +325,13 @@ Command replay_command() {
                              std::to_string(most_files_unasked) + " files only with --until or --only",
                      .target = &arguments->every_call,
                      .group = calls},
+                    {.names = {"--threads"},
+                     .value = whole_value("N", 1, 1024),
+                     .text = "Threads that draw, each in rows of its own, with the same result; one does for --report",
+                     .target = &arguments->threads,
+                     .group = measuring,
+                     .by_default = std::to_string(arguments->threads),
+                     .excludes = {"--timing"}},
                     {.names = {"--timing"},
                      .value = optional_value("table", suggested_value("FORM", {"table", "json"})),
                      .text = "Print for each call the pixels that it changed and its time, or the same for programs",

@@ -23,6 +23,7 @@ namespace {
 
 struct View_Options : Model_Options {
     std::string size, folder = ".", script;
+    unsigned threads = 0;
 };
 
 void show(const View_Options& options, std::vector<drawing::Input> inputs, const Map_Options& map_options,
@@ -84,7 +85,7 @@ Command view_command() {
         .sections = {{"Mouse and keys", view::help_lines()},
                      {"Maps and drawings", {"Every drag moves them; the keys + - a p c w r f h q do the same."}}},
         .run = [options, map_options](const Given& given) {
-            options->limits = limits_of(*options);
+            options->limits = limits_of(*options, options->threads);
             std::vector<drawing::Input> inputs = open_inputs(*options);
             choose_up_axis(*options, inputs);
             reject_options_of_other_kind(given, drawing::is_map(inputs.front()), inputs.front().name);
@@ -104,6 +105,12 @@ Command view_command() {
                                                     .value = text_value("WxH"),
                                                     .text = "Width and height of the window; by default what suits the display",
                                                     .target = &options->size,
+                                                    .group = window},
+                                                   {.names = {"--threads"},
+                                                    .value = whole_value("N", 1, 1024),
+                                                    .text = "Threads that read and draw; as many as there are processors if "
+                                                            "not given",
+                                                    .target = &options->threads,
                                                     .group = window},
                                                    {.names = {"--screenshots"},
                                                     .value = text_value("FOLDER"),

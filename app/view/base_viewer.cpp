@@ -43,8 +43,9 @@ std::string with_commas(std::size_t number) {
 }
 
 Base_Viewer::Base_Viewer(const drawing::Module_Choice& module, std::string file, std::string folder, std::int32_t margin,
-                         Screen& screen)
-    : module_(module), canvas_(module), file_(std::move(file)), folder_(std::move(folder)), margin_(margin), screen_(screen) {
+                         unsigned threads, Screen& screen)
+    : module_(module), canvas_(module), frames_(module, threads), file_(std::move(file)), folder_(std::move(folder)),
+      margin_(margin), screen_(screen) {
     canvas_.session.renderer().presentation = {present, this};
 }
 
@@ -100,6 +101,16 @@ std::int32_t Base_Viewer::present(void* viewer, const VT_DCI_Point& top_left, co
     raster.height = top_left.y - bottom_right.y + 1;
     self.screen_.show(raster, self.canvas_.session.palette(), {x, y - self.margin_});
     return 0;
+}
+
+bool Base_Viewer::draw_by_threads(drawing::Drawing& drawing, const drawing::Background& background) {
+    shared_grid_ = frames_.shared_grid(drawing, size_);
+    if (!shared_grid_) {
+        return false;
+    }
+    drawing.prepare(*shared_grid_, 1, 0);
+    frames_.draw(drawing, *shared_grid_, background, canvas_.session.color_buffer());
+    return true;
 }
 
 void Base_Viewer::draw_help() {
@@ -182,9 +193,9 @@ std::string Base_Viewer::file_name() const {
 }
 
 std::string Base_Viewer::speed_text() const {
-    char speed[64];
+    char speed[96];
     std::snprintf(speed, sizeof speed, ", %.1f ms, %.0f frames/s", time_, 1000 / std::max(time_, 0.01));
-    return speed;
+    return speed + (shared_grid_ ? ", " + std::to_string(frames_.threads_used()) + " threads" : std::string());
 }
 
 } // namespace vorna::app::view

@@ -2,11 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "app/view/commands.h"
 #include "app/view/window.h"
+#include "drawing/job/frame_drawer.h"
 #include "drawing/recording/session.h"
 #include "host/rendition.h"
 
@@ -33,8 +35,9 @@ protected:
     };
 
     // file: the input. folder: for screenshots and recordings. margin: pixels of the session's window above and to the right of
-    // the shown image.
-    Base_Viewer(const drawing::Module_Choice& module, std::string file, std::string folder, std::int32_t margin, Screen& screen);
+    // the shown image. threads: that draw, see Frame_Drawer.
+    Base_Viewer(const drawing::Module_Choice& module, std::string file, std::string folder, std::int32_t margin, unsigned threads,
+                Screen& screen);
 
     // Performs all commands but those that press handles: help, files, full screen and quit.
     virtual void perform(Command command) = 0;
@@ -47,6 +50,8 @@ protected:
 
     virtual std::vector<std::string> help() const { return help_lines(); }
 
+    // Draws a frame into the canvas' pixels by all threads. Returns false, and draws nothing, where one thread alone is faster.
+    bool draw_by_threads(drawing::Drawing& drawing, const drawing::Background& background);
     void draw_help();
     drawing::Raster shown() const; // the last image, without the margin
     std::string file_name() const; // of the input, without its folder
@@ -54,6 +59,8 @@ protected:
 
     const drawing::Module_Choice module_;
     Canvas canvas_;
+    drawing::Frame_Drawer frames_;
+    std::optional<drawing::Tile_Grid> shared_grid_; // of the last frame; none = the canvas' renderer has drawn it
     VT_Int_Pair size_{1, 1};
     bool established_ = false, changed_ = true, shows_help_ = false;
     double time_ = 0; // milliseconds for drawing and showing the last picture

@@ -17,7 +17,7 @@ constexpr double smallest_map_zoom = 0.1, largest_map_zoom = 10000;
 
 Map_Viewer::Map_Viewer(const Model_Options& options, const Map_Options& map_options, const drawing::Input& input,
                        const drawing::Module_Choice& module, std::string folder, Screen& screen)
-    : Base_Viewer(module, input.name, std::move(folder), 0, screen),
+    : Base_Viewer(module, input.name, std::move(folder), 0, options.limits->threads(), screen),
       is_opaque_(map_options.opacity == 1), look_{map_background_of(options), options.colors == 8, options.antialias},
       drawing_(load_map_scene(options, map_options, input), look_), middle_(drawing_.scene().fitted({1, 1}).middle),
       antialias_(options.antialias) {
@@ -78,13 +78,16 @@ void Map_Viewer::establish(Canvas& canvas) {
     drawing_.prepare(grid, 1, 0);
     canvas.rendition = VT_Reference<VT_Rendition>(new VT_Rendition);
     drawing::establish(canvas.session, *canvas.rendition, drawing_, grid, 0);
+    frames_.forget_options();
 }
 
 void Map_Viewer::draw() {
     const auto start = Clock::now();
     establish(canvas_);
     established_ = true;
-    paint(canvas_);
+    if (!draw_by_threads(drawing_, look_.background)) {
+        paint(canvas_);
+    }
     if (shows_help_) {
         VT_Renderer_Data& renderer = canvas_.session.renderer();
         renderer.begin_picture_all();

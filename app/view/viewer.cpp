@@ -65,7 +65,7 @@ void check_window_palette(const Model_Options& options) {
 Viewer::Viewer(const Model_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module,
                std::string folder, Screen& screen)
     : Base_Viewer(module, options.models.front() == "-" ? "model" : options.models.front(), std::move(folder), window_margin,
-                  screen),
+                  options.limits->threads(), screen),
       options_(options), first_options_(options), mesh_(load_mesh(options, std::move(inputs))) {
     set_palette(pixel_kind_of(options));
     look_of(options_, !mesh_.lines.empty());
@@ -171,6 +171,7 @@ void Viewer::set_palette(std::size_t choice) {
     options_.colors = pixel_kinds[choice].colors;
     options_.palette = pixel_kinds[choice].palette;
     established_ = false;
+    frames_.forget_options();
 }
 
 // The options without those that have no effect now: only edges and lines can be smoothed, and only in 32 bits.
@@ -214,9 +215,13 @@ std::optional<double> Viewer::distance_at(const Place& place) {
     }
     const VT_DCI_Point pixel{static_cast<std::int32_t>(place.x), size_.y - 1 - static_cast<std::int32_t>(place.y), 0};
     const Buffer_Format format = Buffer_Format::depth16;
-    VT_Reference<VT_Shared_Image> image;
-    VD_Read_Depth_Image(canvas_.session.renderer(), *canvas_.rendition, &pixel, &pixel, &format, image);
     std::uint16_t depth = 0xFFFF;
+    VT_Reference<VT_Shared_Image> image;
+    if (shared_grid_) {
+        depth = frames_.depth_at(viewed_, *shared_grid_, background_of(drawn_options()), {pixel.x, pixel.y});
+    } else {
+        VD_Read_Depth_Image(canvas_.session.renderer(), *canvas_.rendition, &pixel, &pixel, &format, image);
+    }
     if (image) {
         std::memcpy(&depth, image->row(0), sizeof depth);
     }
@@ -272,7 +277,7 @@ drawing::Model_Parts& Viewer::model_for(const Model_Options& options, bool draft
     return model;
 }
 
-void Viewer::draw_model(Canvas& canvas, bool draft) {
+void Viewer::look_at_model(bool draft) {
     Model_Options options = drawn_options();
     if (draft) {
         // A coarse mesh has other edges than the model, so drafts show none over faces.
@@ -284,23 +289,29 @@ void Viewer::draw_model(Canvas& canvas, bool draft) {
     }
     const drawing::Model_Parts& model = model_for(options, draft);
     camera_ = drawing::model::fit_camera(camera_settings_of(options, mesh_, size_), positions_);
-    const drawing::Model_Look look = look_of(options, !mesh_.lines.empty());
+    drawing::Model_Look look = look_of(options, !mesh_.lines.empty(), palette_of(options_).drawn);
     const drawing::Drawn_Parts parts{.faces = options.has_faces() ? model.faces.get() : nullptr,
                                      .edges = options.has_edges() ? model.edges.get() : nullptr,
                                      .lines = forms_.lines.get(),
                                      .points = forms_.points.get(),
                                      .overlay = forms_.overlay.get()};
-    drawing::prepare_model(parts, drawing::Tile_Grid(canvas.session.window()), camera_, look);
-    VT_Renderer_Data& renderer = canvas.session.renderer();
-    const drawing::Background background = background_of(options);
-    drawing::paint_background(renderer, *canvas.rendition, background);
-    drawing::draw_model(parts, look, renderer, *canvas.rendition, 0, background);
+    viewed_.set(parts, std::move(look), camera_);
 }
 
+void Viewer::draw_model(Canvas& canvas) {
+    viewed_.prepare(drawing::Tile_Grid(canvas.session.window()), 1, 0);
+    const drawing::Background background = background_of(drawn_options());
+    drawing::paint_background(canvas.session.renderer(), *canvas.rendition, background);
+    viewed_.draw(canvas.session, *canvas.rendition, 0, background);
+}
+
+// Tiles of the last frame cannot be drawn again afterwards: the parts are prepared for one tile.
 void Viewer::paint(Canvas& canvas) {
+    look_at_model(false);
     canvas.session.renderer().begin_picture_all();
-    draw_model(canvas, false);
+    draw_model(canvas);
     canvas.session.renderer().end_picture_all();
+    changed_ = changed_ || shared_grid_;
 }
 
 // Shows depths as grey: the nearest is white, the farthest nearly black.
@@ -343,7 +354,11 @@ void Viewer::draw() {
                        shading() != drawing::model::Shading::textured;
     VT_Renderer_Data& renderer = canvas_.session.renderer();
     renderer.begin_picture_all();
-    draw_model(canvas_, draft);
+    look_at_model(draft);
+    shared_grid_.reset();
+    if (shows_depth_ || !draw_by_threads(viewed_, background_of(drawn_options()))) {
+        draw_model(canvas_);
+    }
     if (!draft) {
         full_time_ = elapsed();
     }

@@ -11,6 +11,7 @@
 #include "app/commands/model_options.h"
 #include "app/view/base_viewer.h"
 #include "app/view/camera_moves.h"
+#include "app/view/viewed_model.h"
 #include "drawing/model/mesh.h"
 #include "drawing/recording/session.h"
 
@@ -49,7 +50,9 @@ private:
     void next_shading();
     void next_edges();
     drawing::Model_Parts& model_for(const Model_Options& options, bool draft);
-    void draw_model(Canvas& canvas, bool draft);
+    // Makes the viewed model what the next picture shows.
+    void look_at_model(bool draft);
+    void draw_model(Canvas& canvas);
     void draw_depths();
     std::optional<double> distance_at(const Place& place);
     Model_Options options_;
@@ -59,6 +62,7 @@ private:
     // Created when they are first drawn: for shading without and with textures, and for drafts.
     drawing::Model_Parts plain_, textured_, coarse_;
     drawing::Model_Parts forms_; // lines and points, which are never coarse
+    Viewed_Model viewed_;
 
     std::size_t palette_choice_ = 0;
     bool shows_depth_ = false, moving_ = false, draft_shown_ = false;

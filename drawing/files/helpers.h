@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <exception>
@@ -18,6 +19,33 @@ namespace vorna::drawing {
 // At least 1.
 inline unsigned processor_count() noexcept {
     return std::max(1U, std::thread::hardware_concurrency());
+}
+
+// Nanoseconds to start a thread and wait for its end: the least of a few that are started when it is first asked for.
+inline double thread_cost() {
+    static const double cost = [] {
+        using Clock = std::chrono::steady_clock;
+        double least = 1e6;
+        try {
+            for (int i = 0; i < 4; ++i) {
+                const auto start = Clock::now();
+                std::jthread([] {}).join();
+                least = std::min(least, std::chrono::duration<double, std::nano>(Clock::now() - start).count());
+            }
+        } catch (const std::system_error&) {
+        }
+        return least;
+    }();
+    return cost;
+}
+
+// How many of the threads pay for their start, where one thread takes so many nanoseconds. At least 1.
+inline unsigned threads_worth(double nanoseconds, unsigned threads) {
+    constexpr double least_gain = 4; // of the time that starting it takes
+    if (threads <= 1 || nanoseconds < 1e4) {
+        return 1;
+    }
+    return static_cast<unsigned>(std::clamp(nanoseconds / (least_gain * thread_cost()), 1.0, static_cast<double>(threads)));
 }
 
 // Calls work(i) for every i below count, 0 in this thread and the others in threads of their own, and returns when all have

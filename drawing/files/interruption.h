@@ -2,6 +2,7 @@
 #pragma once
 
 #include <csignal>
+#include <stdexcept>
 
 namespace vorna::drawing {
 
@@ -9,6 +10,11 @@ namespace vorna::drawing {
 // end_by_signal.
 struct Interrupted {
     int signal;
+};
+
+// Thrown to applications after the signal was raised again and has not ended the process.
+struct Interruption_Error : std::runtime_error {
+    using std::runtime_error::runtime_error;
 };
 
 // While an object exists, an interrupt from the keyboard, a request to end, the terminal's closing or a pipe that nobody reads is

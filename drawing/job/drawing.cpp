@@ -16,9 +16,10 @@ void establish(Session& session, VT_Rendition& rendition, const Drawing& drawing
     drawing.set_attributes(rendition);
 }
 
-// Rows of one colour are painted together.
+// Rows of one colour are painted together. Pixels of 32 bits have no use for indices.
 void paint_background(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Background& background) {
     const VT_Int_Rectangle frame = rendition.clip.hard_clip, window = rendition.window.rectangle;
+    const VT_Renderer_Options& options = renderer.current_renderer_options();
     const VT_Reference<VT_Rendition> painted(new VT_Rendition(rendition));
     VT_Window_Attributes& attributes = painted->window;
     for (std::int32_t row = window.bottom, next = row; row <= window.top; row = next) {
@@ -30,7 +31,9 @@ void paint_background(VT_Renderer_Data& renderer, const VT_Rendition& rendition,
         attributes.rectangle.bottom = row;
         attributes.rectangle.top = next - 1;
         attributes.color = color;
-        attributes.index = static_cast<std::uint8_t>(renderer.current_renderer_options().palette().closest_match(color, false));
+        if (options.color_system() != 1) {
+            attributes.index = static_cast<std::uint8_t>(options.palette().closest_match(color, false));
+        }
         VD_Draw_Window(renderer, *painted);
     }
 }

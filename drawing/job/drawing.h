@@ -18,11 +18,13 @@ using model::Tile_Grid;
 struct Drawing_Needs {
     std::int32_t beyond = 0;           // columns and rows of the frame to the right of the image and above it
     std::int32_t margin = 0;           // of tiles, see Tile_Grid
+    std::int32_t spare = 0;            // with it, for what reaches over the border of a tile; a multiple of 8
     std::int32_t overhang = 0;         // columns and rows by which points of device shapes may lie outside the frame
     std::string one_piece;             // why it can be drawn as one tile only; empty = it can be cut
     std::uint64_t pixel_memory = 4;    // bytes of a renderer's buffers for each pixel of the window
     std::uint64_t thread_memory = 0;   // bytes that drawing takes in each thread, roughly
     std::uint64_t prepared_memory = 0; // bytes that prepare takes, roughly
+    double work = 0;                   // nanoseconds that one thread takes to draw it, roughly
 };
 
 class Drawing {
@@ -64,6 +66,8 @@ public:
     explicit Tile_Renderer(const Module_Choice& module) : session_(module) {}
 
     void draw(const Drawing& drawing, const Tile_Grid& grid, std::size_t tile, const Background& background);
+    // The drawing's options or attributes have changed.
+    void forget_options() noexcept { window_ = {0, -1, 0, -1}; }
     Session& session() noexcept { return session_; }
 
 private:

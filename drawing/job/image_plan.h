@@ -25,6 +25,7 @@ struct Plan_Request {
     Image_Form form;                       // of the file with it
     std::int32_t beyond = 0;               // columns and rows of the frame to the right of the image and above it
     std::int32_t margin = 0;               // that tiles need
+    std::int32_t spare = 0;                // of tiles besides, see Tile_Grid
     std::int32_t single_margin = 0;        // of an image that is a single tile; a multiple of 8
     std::optional<std::int32_t> tile_size; // in pixels of the image, a multiple of 8
     std::string one_piece;                 // why only one tile will do; empty = any number
@@ -33,6 +34,7 @@ struct Plan_Request {
     std::uint64_t pixel_memory = 0;        // bytes for each drawn pixel of a tile
     std::uint64_t thread_memory = 0;       // bytes for each thread, besides
     unsigned threads = 1;                  // at most
+    double work = 0;                       // nanoseconds that one thread takes to draw the image, roughly; 0 = not to be shared
     std::uint64_t max_memory = 0;          // bytes
     std::uint64_t other_memory = 0;        // of it, what everything but the image takes
 };
@@ -45,8 +47,11 @@ struct Image_Plan {
     std::uint64_t memory; // bytes that the image takes at most, without what is drawn
 };
 
-// Images up to some size are one tile; larger ones have tiles as large as memory allows, up to the size that is drawn fastest.
-// Threads are given up last. Throws Usage_Error that says what is needed.
+// Images that one thread draws are one tile up to some size. Others have several tiles for each thread that pays for its start,
+// and tiles as large as memory allows, up to the size that is drawn fastest. Threads are given up last. Throws Usage_Error that
+// says what is needed.
 Image_Plan plan_image(const Plan_Request& request);
+// The tiles that threads share, of an image of any size that is kept in memory; none where one thread alone is faster.
+std::optional<model::Tile_Grid> shared_grid(const Plan_Request& request);
 
 } // namespace vorna::drawing

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -69,6 +70,7 @@ void Job::make_plan() {
                          .form = form_,
                          .beyond = needs_.beyond,
                          .margin = needs_.margin,
+                         .spare = needs_.spare,
                          // Replays accept device points in the window only.
                          .single_margin = settings_.record.empty() ? 0 : (needs_.overhang + 7) / 8 * 8,
                          .tile_size = std::nullopt,
@@ -78,6 +80,8 @@ void Job::make_plan() {
                          .pixel_memory = needs_.pixel_memory + (settings_.transparent ? 4 : 0),
                          .thread_memory = needs_.thread_memory + (dither_ ? Palette_Dither::memory : 0),
                          .threads = settings_.threads > 0 ? settings_.threads : processor_count(),
+                         // Threads compress numbered frames side by side.
+                         .work = settings_.is_numbered ? 0 : needs_.work,
                          .max_memory = settings_.max_memory,
                          .other_memory =
                              (settings_.other_memory > 0 ? settings_.other_memory : resident_memory()) + needs_.prepared_memory};
@@ -104,18 +108,20 @@ void Job::make_plan() {
 }
 
 void Job::add_workers(std::size_t count) {
-    while (workers_.size() < count) {
-        workers_.push_back(std::make_unique<Worker>(module_, finish_));
-    }
+    workers_.resize(std::max(workers_.size(), count));
+    worker_of(0);
     if (!settings_.record.empty() && !recorder_) {
         recorder_.emplace(workers_.front()->renderer.session());
     }
 }
 
-std::vector<Job::Worker*> Job::workers() const {
-    std::vector<Worker*> all;
-    std::ranges::transform(workers_, std::back_inserter(all), [](const auto& worker) { return worker.get(); });
-    return all;
+// One after the other, since loading a module sets a variable of the process.
+Job::Worker& Job::worker_of(std::size_t thread) {
+    if (!workers_[thread]) {
+        const std::lock_guard lock(making_workers_);
+        workers_[thread] = std::make_unique<Worker>(module_, finish_);
+    }
+    return *workers_[thread];
 }
 
 void Job::draw_tile(Worker& worker, std::size_t tile) const {
@@ -127,10 +133,17 @@ void Job::draw_tile(Worker& worker, std::size_t tile) const {
     worker.renderer.draw(drawing_, grid, tile, drawn_background(settings_));
 }
 
-// Draws all tiles and keeps none, for measuring; a single tile stays in its renderer.
-void Job::draw_tiles() {
-    share_tasks(plan_.grid.count(), workers_.size(),
-                [this](std::size_t tile, std::size_t thread) { draw_tile(*workers_[thread], tile); });
+// Draws all tiles and keeps none; a single tile stays in its renderer.
+void Job::draw_tiles_for_measuring() {
+    times_.tiles.resize(plan_.grid.count(), std::numeric_limits<double>::infinity());
+    const std::vector<std::size_t> order = model::tiles_from_middle(plan_.grid);
+    share_tasks(order.size(), plan_.threads, [&](std::size_t task, std::size_t thread) {
+        const std::size_t tile = order[task];
+        const auto start = Clock::now();
+        draw_tile(worker_of(thread), tile);
+        const double taken = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+        times_.tiles[tile] = std::min(times_.tiles[tile], taken);
+    });
 }
 
 // The pixels of a tile in the rows of the image.
@@ -177,23 +190,27 @@ void Job::refuse_blank() {
     }
 }
 
-void Job::draw_frame(const Take_Tile& take) {
+void Job::draw_all_tiles(const std::function<void(Worker&, std::size_t)>& take) {
     add_workers(plan_.threads);
     prepare(0);
-    share_tasks(plan_.grid.count(), workers_.size(), [&](std::size_t tile, std::size_t thread) {
-        draw_tile(*workers_[thread], tile);
-        take(workers_[thread]->renderer.session(), plan_.grid.window(tile), plan_.grid.pixels(tile));
+    const std::vector<std::size_t> order = model::tiles_from_middle(plan_.grid);
+    share_tasks(order.size(), plan_.threads, [&](std::size_t task, std::size_t thread) {
+        const std::size_t tile = order[task];
+        Worker& worker = worker_of(thread);
+        draw_tile(worker, tile);
+        take(worker, tile);
+    });
+}
+
+void Job::draw_frame(const Take_Tile& take) {
+    draw_all_tiles([&](Worker& worker, std::size_t tile) {
+        take(worker.renderer.session(), plan_.grid.window(tile), plan_.grid.pixels(tile));
     });
 }
 
 void Job::make_samples(std::uint8_t* samples) {
-    add_workers(plan_.threads);
-    prepare(0);
     const Row_Places places(samples, form_.row_bytes(), form_.height);
-    share_tasks(plan_.grid.count(), workers_.size(), [&](std::size_t tile, std::size_t thread) {
-        draw_tile(*workers_[thread], tile);
-        store_tile(*workers_[thread], tile, places);
-    });
+    draw_all_tiles([&](Worker& worker, std::size_t tile) { store_tile(worker, tile, places); });
     refuse_blank();
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -53,6 +54,7 @@ struct Job_Times { // milliseconds
     double plan = 0;
     double prepare = 0;        // of the last image
     std::vector<double> draws; // with preparing
+    std::vector<double> tiles; // by tile, the least of what drawing it has taken; empty unless tiles are drawn for measuring
     double written = 0;        // drawing and writing together, in images of several tiles
 };
 
@@ -99,15 +101,18 @@ private:
     void choose_form();
     void make_plan();
     void add_workers(std::size_t count);
-    std::vector<Worker*> workers() const;
+    // That of a thread, which makes it when it first needs it.
+    Worker& worker_of(std::size_t thread);
     void prepare(std::int32_t frame) { drawing_.prepare(plan_.grid, settings_.supersample, frame); }
     void draw_tile(Worker& worker, std::size_t tile) const;
-    void draw_tiles();
+    void draw_tiles_for_measuring();
+    // Calls take for each tile of the only frame in the thread that has drawn it.
+    void draw_all_tiles(const std::function<void(Worker&, std::size_t)>& take);
     void store_tile(Worker& worker, std::size_t tile, const Row_Places& places);
     bool is_covered();
     void refuse_blank();
-    void write(Output_File& file, std::string& digest, unsigned threads, const std::vector<Worker*>& workers, bool is_drawn,
-               std::function<void(double)> progress);
+    // drawn: the worker that has drawn the only tile; null = threads draw the tiles.
+    void write(Output_File& file, std::string& digest, unsigned threads, Worker* drawn, std::function<void(double)> progress);
     void write_image(Job_Result& result);
     void write_frames(Job_Result& result);
     void write_frames_side_by_side(std::vector<std::unique_ptr<Output_File>>& files, std::vector<std::string>& digests);
@@ -121,7 +126,8 @@ private:
     Finish_Settings finish_;
     Image_Form form_;
     std::optional<Blank_Check> blank_check_;
-    std::vector<std::unique_ptr<Worker>> workers_;
+    std::vector<std::unique_ptr<Worker>> workers_; // by thread
+    std::mutex making_workers_;
     std::optional<recording::Recorder> recorder_;
     Image_Plan plan_;
     std::uint64_t other_memory_ = 0;

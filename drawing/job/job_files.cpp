@@ -40,8 +40,7 @@ void Job::check_files() const {
 }
 
 // The same file whatever the plan.
-void Job::write(Output_File& file, std::string& digest, unsigned threads, const std::vector<Worker*>& workers, bool is_drawn,
-                std::function<void(double)> progress) {
+void Job::write(Output_File& file, std::string& digest, unsigned threads, Worker* drawn, std::function<void(double)> progress) {
     const Tile_Grid& grid = plan_.grid;
     Row_Source source;
     source.band_ends = plan_.band_ends;
@@ -49,8 +48,8 @@ void Job::write(Output_File& file, std::string& digest, unsigned threads, const 
     source.make = [&](unsigned thread, std::uint32_t band, std::uint32_t part, const Row_Places& places) {
         const auto row = static_cast<std::size_t>(grid.rows()) - 1 - band;
         const std::size_t tile = row * source.parts + part;
-        Worker& worker = grid.count() == 1 ? *workers.front() : *workers[thread];
-        if (!is_drawn) {
+        Worker& worker = drawn ? *drawn : worker_of(thread);
+        if (!drawn) {
             draw_tile(worker, tile);
         }
         store_tile(worker, tile, places);
@@ -72,7 +71,7 @@ void Job::write_image(Job_Result& result) {
         prepare(0);
         times_.prepare = milliseconds_since(start);
         if (measured) {
-            draw_tiles();
+            draw_tiles_for_measuring();
         }
         times_.draws.push_back(milliseconds_since(start));
         if (recorder_ && i == 0) {
@@ -86,7 +85,7 @@ void Job::write_image(Job_Result& result) {
     std::string digest;
     const Interruption interruption;
     auto file = std::make_unique<Output_File>(settings_.output);
-    write(*file, digest, plan_.threads, workers(), !several, settings_.progress);
+    write(*file, digest, plan_.threads, several ? nullptr : workers_.front().get(), settings_.progress);
     refuse_blank();
     files.add(std::move(file));
     files.commit();
@@ -103,8 +102,9 @@ void Job::write_frames_side_by_side(std::vector<std::unique_ptr<Output_File>>& f
     const std::int32_t count = drawing_.frame_count();
     std::atomic<std::int32_t> next{0};
     std::int32_t done = 0;
-    const auto work = [&](Worker& worker) {
+    const auto work = [&](std::size_t thread) {
         try {
+            Worker& worker = worker_of(thread);
             for (std::int32_t frame = next++; frame < count; frame = next++) {
                 const auto f = static_cast<std::size_t>(frame);
                 {
@@ -115,7 +115,7 @@ void Job::write_frames_side_by_side(std::vector<std::unique_ptr<Output_File>>& f
                     times_.draws.push_back(milliseconds_since(start));
                 }
                 files[f] = std::make_unique<Output_File>(file_of(frame));
-                write(*files[f], digests[f], 1, {&worker}, true, {});
+                write(*files[f], digests[f], 1, &worker, {});
                 files[f]->close();
                 const std::lock_guard lock(noting);
                 ++done;
@@ -129,7 +129,7 @@ void Job::write_frames_side_by_side(std::vector<std::unique_ptr<Output_File>>& f
             next = count;
         }
     };
-    run_on_threads(frames_at_once_, [&](std::size_t i) { work(*workers_[i]); });
+    run_on_threads(frames_at_once_, work);
     if (failure) {
         std::rethrow_exception(failure);
     }
@@ -152,7 +152,7 @@ void Job::write_frames(Job_Result& result) {
             prepare(frame);
             times_.prepare = milliseconds_since(prepare_start);
             files[f] = std::make_unique<Output_File>(file_of(frame));
-            write(*files[f], digests[f], plan_.threads, workers(), false, [&](double done) {
+            write(*files[f], digests[f], plan_.threads, nullptr, [&](double done) {
                 if (settings_.progress) {
                     settings_.progress((static_cast<double>(f) + done) / static_cast<double>(count));
                 }

@@ -13,6 +13,9 @@ namespace {
 // By how much a fitted model is smaller where a shadow lies beside it.
 constexpr double room_for_shadow = 0.92;
 
+// Nanoseconds, roughly.
+constexpr double triangle_work = 25, line_work = 40, point_work = 25, pixel_work = 0.5, studio_pixel_work = 14;
+
 std::string counted(std::size_t count, const std::string& what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
@@ -51,6 +54,38 @@ std::string Model_Parts::summary() const {
         add(counted(points->count(), "point"));
     }
     return text.empty() ? "0 triangles" : text;
+}
+
+// Spans leave out their last pixel, and a model that is cut off at the image's right or upper edge reaches the far side of its
+// last pixel: the frame has one column and one row more than the image.
+Drawing_Needs model_needs(const Drawn_Parts& parts, const Model_Look& look, VT_Int_Pair size, std::int32_t enlarged) {
+    const auto memory = [](const auto* part) { return part ? part->prepared_memory() : 0; };
+    const auto count = [](const auto* part) { return part ? static_cast<double>(part->count()) : 0.0; };
+    const auto margin = [](const model::Edge_Renderer* lines, const model::Edge_Settings& settings) {
+        return lines ? model::Edge_Renderer::tile_margin(settings) : 0;
+    };
+    const double pixels = static_cast<double>(size.x) * size.y * enlarged * enlarged;
+    return {.beyond = 1,
+            .margin = std::max(margin(parts.edges, look.edges), margin(parts.lines, look.lines)),
+            .spare = parts.faces ? 16 : 0,
+            .overhang = std::max({parts.points ? parts.points->size_in(size, look.points) * enlarged : 0,
+                                  parts.lines ? model::Edge_Pen::points_beside(look.lines) : 0,
+                                  parts.edges ? model::Edge_Pen::points_beside(look.edges) : 0}),
+            .one_piece = {},
+            .pixel_memory = 4 + 2 + 2 + (parts.edges || parts.lines ? 4U : 0U), // with depths that are read and receded
+            .prepared_memory = memory(parts.faces) + memory(parts.edges) + memory(parts.lines) + memory(parts.points),
+            .work = triangle_work * (parts.faces ? static_cast<double>(parts.faces->triangle_count()) : 0) +
+                    line_work * (count(parts.edges) + count(parts.lines)) + point_work * count(parts.points) +
+                    pixel_work * pixels};
+}
+
+void set_model_options(Session& session, const Model_Look& look) {
+    session.options().set_color_system(look.palette ? 0 : 1);
+    if (look.palette) {
+        session.options().set_palette(look.palette);
+    }
+    session.options().set_alpha_blending(look.palette.get() != nullptr); // of textures: nothing else in 8 bits follows it
+    session.options().set_buffer_depth(16);
 }
 
 void prepare_model(const Drawn_Parts& parts, const Tile_Grid& grid, const model::Camera& camera, const Model_Look& look,
@@ -168,27 +203,18 @@ Model_Look Model_Drawing::scaled_look(std::int32_t supersample) const {
     return look;
 }
 
-// Spans leave out their last pixel, and a model that is cut off at the image's right or upper edge reaches the far side of its
-// last pixel: the frame has one column and one row more than the image.
 Drawing_Needs Model_Drawing::needs(VT_Int_Pair size, std::int32_t supersample) const {
-    const Model_Look look = scaled_look(supersample);
-    const auto memory = [](const auto& part) { return part ? part->prepared_memory() : 0; };
-    const auto margin = [](const auto& lines, const model::Edge_Settings& settings) {
-        return lines ? model::Edge_Renderer::tile_margin(settings) : 0;
-    };
-    const std::uint64_t prepared =
-        memory(parts_.faces) + memory(parts_.edges) + memory(parts_.lines) + memory(parts_.points) + memory(parts_.studio);
-    return {.beyond = 1,
-            .margin = std::max({margin(parts_.edges, look.edges), margin(parts_.lines, look.lines),
-                                parts_.studio ? Studio::tile_margin(size.y, supersample) : 0}),
-            .overhang = std::max({parts_.points ? parts_.points->size_in(size, look.points) * supersample : 0,
-                                  parts_.lines ? model::Edge_Pen::points_beside(look.lines) : 0,
-                                  parts_.edges ? model::Edge_Pen::points_beside(look.edges) : 0}),
-            .one_piece = {},
-            .pixel_memory = 4 + 2 + 2 + (parts_.edges || parts_.lines ? 4U : 0U) + // with depths that are read and receded
-                            (parts_.studio ? Studio_Planes::pixel_memory : 0),
-            .thread_memory = parts_.studio ? Studio_Planes::other_memory : 0,
-            .prepared_memory = prepared};
+    Drawing_Needs needs = model_needs(parts_.drawn(), scaled_look(supersample), size, supersample);
+    if (parts_.studio) {
+        const double pixels = static_cast<double>(size.x) * size.y * supersample * supersample;
+        needs.margin = std::max(needs.margin, Studio::tile_margin(size.y, supersample));
+        needs.spare = 0; // the margin is large
+        needs.pixel_memory += Studio_Planes::pixel_memory;
+        needs.thread_memory = Studio_Planes::other_memory;
+        needs.prepared_memory += parts_.studio->prepared_memory();
+        needs.work += studio_pixel_work * pixels;
+    }
+    return needs;
 }
 
 void Model_Drawing::prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t frame) {
@@ -201,12 +227,7 @@ void Model_Drawing::prepare(const Tile_Grid& grid, std::int32_t supersample, std
 }
 
 void Model_Drawing::set_options(Session& session) const {
-    session.options().set_color_system(look_.palette ? 0 : 1);
-    if (look_.palette) {
-        session.options().set_palette(look_.palette);
-        session.options().set_alpha_blending(true); // of textures: nothing else in 8 bits follows it
-    }
-    session.options().set_buffer_depth(16);
+    set_model_options(session, look_);
 }
 
 void Model_Drawing::draw(Session& session, const VT_Rendition& rendition, std::size_t tile, const Background& background) const {

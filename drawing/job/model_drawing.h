@@ -51,6 +51,8 @@ struct Model_Parts {
     std::string summary() const;
 };
 
+Drawing_Needs model_needs(const Drawn_Parts& parts, const Model_Look& look, VT_Int_Pair size, std::int32_t enlarged);
+void set_model_options(Session& session, const Model_Look& look);
 // Prepares and draws parts. enlarged: pixels of the grid for one of the image. The renderer's window is empty and has a depth
 // buffer.
 void prepare_model(const Drawn_Parts& parts, const Tile_Grid& grid, const model::Camera& camera, const Model_Look& look,

@@ -141,6 +141,16 @@ bool Surfaces::face_viewer(std::size_t i, const Camera& camera) const noexcept {
     return dot(normals[i], narrowed(camera.eye)) > (camera.eye_is_place ? distances[i] : 0.0F);
 }
 
+void Surfaces::face_viewer(std::size_t first, std::size_t count, const Camera& camera, std::uint8_t* facing) const noexcept {
+    const VT_Vector eye = narrowed(camera.eye);
+    const float *nx = normals.x.data() + first, *ny = normals.y.data() + first, *nz = normals.z.data() + first,
+                *distance = distances.data() + first;
+    const float weight = camera.eye_is_place ? 1.0F : 0.0F;
+    for (std::size_t i = 0; i < count; ++i) {
+        facing[i] = nx[i] * eye.x + ny[i] * eye.y + nz[i] * eye.z > weight * distance[i];
+    }
+}
+
 Lighting::Lighting(const Camera& camera, VT_Vector_D direction, double specular)
     : highlight_(static_cast<float>(highlight * specular)) {
     direction.normalize();
@@ -166,8 +176,8 @@ Lighting::Lighting(const Camera& camera, VT_Vector_D direction, double specular)
 }
 
 template <class Seen_Normal, class Base, class Finishes>
-void Lighting::shade_with(const Surfaces& surfaces, const Seen_Normal& seen_normal, const Base& base, const Finishes& finishes,
-                          std::span<VT_RGB32> colors) const {
+void Lighting::shade_with(const Surfaces& surfaces, Stretch stretch, const Seen_Normal& seen_normal, const Base& base,
+                          const Finishes& finishes, std::span<VT_RGB32> colors) const {
     // Words are gathered in blocks: a loop over floats and words alone is one that compilers vectorise.
     constexpr std::size_t block = 256;
     std::array<std::uint32_t, block> words;
@@ -175,8 +185,8 @@ void Lighting::shade_with(const Surfaces& surfaces, const Seen_Normal& seen_norm
     const float key_toward_viewer = key_toward_viewer_, fill_toward_viewer = fill_toward_viewer_,
                 half_way_toward_viewer = half_way_toward_viewer_, highlights = highlight_;
     constexpr float plain_power = 24.0F / 4;
-    for (std::size_t start = 0; start < colors.size(); start += block) {
-        const std::size_t count = std::min(block, colors.size() - start);
+    for (std::size_t start = stretch.first; start < stretch.end; start += block) {
+        const std::size_t count = std::min(block, stretch.end - start);
         const float *nx = surfaces.normals.x.data() + start, *ny = surfaces.normals.y.data() + start,
                     *nz = surfaces.normals.z.data() + start;
         for (std::size_t i = 0; i < count; ++i) {
@@ -231,16 +241,17 @@ void Lighting::shade_with(const Surfaces& surfaces, const Seen_Normal& seen_norm
 }
 
 template <class Seen_Normal>
-void Lighting::shade(const Surfaces& surfaces, const Seen_Normal& seen, std::span<VT_RGB32> colors) const {
+void Lighting::shade(const Surfaces& surfaces, Stretch stretch, const Seen_Normal& seen, std::span<VT_RGB32> colors) const {
     if (surfaces.has_one_color()) {
-        shade_with(surfaces, seen, One_Color{surfaces.red[0], surfaces.green[0], surfaces.blue[0]}, Plain_Finish{}, colors);
+        shade_with(surfaces, stretch, seen, One_Color{surfaces.red[0], surfaces.green[0], surfaces.blue[0]}, Plain_Finish{},
+                   colors);
         return;
     }
     const Color_Each base{surfaces.red.data(), surfaces.green.data(), surfaces.blue.data()};
     if (surfaces.lit.empty()) {
-        shade_with(surfaces, seen, base, Plain_Finish{}, colors);
+        shade_with(surfaces, stretch, seen, base, Plain_Finish{}, colors);
     } else {
-        shade_with(surfaces, seen, base,
+        shade_with(surfaces, stretch, seen, base,
                    Finish_Each{surfaces.lit.data(), surfaces.mirror.data(), surfaces.highlight.data(), surfaces.sharpness.data(),
                                surfaces.red_emission.data(), surfaces.green_emission.data(), surfaces.blue_emission.data(),
                                surfaces.texture_lightness.data()},
@@ -248,12 +259,12 @@ void Lighting::shade(const Surfaces& surfaces, const Seen_Normal& seen, std::spa
     }
 }
 
-void Lighting::shade_fronts(const Surfaces& surfaces, std::span<VT_RGB32> colors) const {
-    shade(surfaces, Front_Normals{}, colors);
+void Lighting::shade_fronts(const Surfaces& surfaces, std::size_t first, std::size_t end, std::span<VT_RGB32> colors) const {
+    shade(surfaces, {first, end}, Front_Normals{}, colors);
 }
 
-void Lighting::shade_backs(const Surfaces& surfaces, std::span<VT_RGB32> colors) const {
-    shade(surfaces, Back_Normals{eye_, eye_weight_, surfaces.distances.data()}, colors);
+void Lighting::shade_backs(const Surfaces& surfaces, std::size_t first, std::size_t end, std::span<VT_RGB32> colors) const {
+    shade(surfaces, {first, end}, Back_Normals{eye_, eye_weight_, surfaces.distances.data()}, colors);
 }
 
 } // namespace vorna::drawing::model

@@ -48,6 +48,8 @@ struct Surfaces {
     bool has_one_color() const noexcept { return red.size() == 1; }
     // Whether a face is seen from the side that its normal points to.
     bool face_viewer(std::size_t i, const Camera& camera) const noexcept;
+    // The same for the faces [first, first + count).
+    void face_viewer(std::size_t first, std::size_t count, const Camera& camera, std::uint8_t* facing) const noexcept;
 };
 
 class Lighting {
@@ -55,17 +57,22 @@ public:
     // direction: towards the key light, in view space. specular: a factor for highlights.
     Lighting(const Camera& camera, VT_Vector_D direction, double specular);
 
-    // The colours of surfaces seen from the side that their normals point to.
-    void shade_fronts(const Surfaces& surfaces, std::span<VT_RGB32> colors) const;
+    // The colours of the surfaces [first, end), seen from the side that their normals point to. colors: of all surfaces.
+    void shade_fronts(const Surfaces& surfaces, std::size_t first, std::size_t end, std::span<VT_RGB32> colors) const;
     // Seen from behind. Right at the horizon of a form the light of its front is kept, mirrored: faces there are behind by a
     // hair, and the light of the other side would show as a dark fringe.
-    void shade_backs(const Surfaces& surfaces, std::span<VT_RGB32> colors) const;
+    void shade_backs(const Surfaces& surfaces, std::size_t first, std::size_t end, std::span<VT_RGB32> colors) const;
 
 private:
-    template <class Seen_Normal> void shade(const Surfaces& surfaces, const Seen_Normal& seen, std::span<VT_RGB32> colors) const;
+    // Some of the surfaces.
+    struct Stretch {
+        std::size_t first, end;
+    };
+    template <class Seen_Normal>
+    void shade(const Surfaces& surfaces, Stretch stretch, const Seen_Normal& seen, std::span<VT_RGB32> colors) const;
     template <class Seen_Normal, class Base, class Finishes>
-    void shade_with(const Surfaces& surfaces, const Seen_Normal& seen, const Base& base, const Finishes& finishes,
-                    std::span<VT_RGB32> colors) const;
+    void shade_with(const Surfaces& surfaces, Stretch stretch, const Seen_Normal& seen, const Base& base,
+                    const Finishes& finishes, std::span<VT_RGB32> colors) const;
 
     // In model space, so that normals need no turning.
     VT_Vector key_, fill_, half_way_, sky_, viewer_;

@@ -106,9 +106,9 @@ void Point_Renderer::set_colors(const Camera& camera, const Point_Settings& sett
         return;
     }
     const Lighting lighting(camera, settings.light, settings.specular);
-    lighting.shade_fronts(surfaces_, colors_);
+    lighting.shade_fronts(surfaces_, 0, count(), colors_);
     std::vector<VT_RGB32> backs(count());
-    lighting.shade_backs(surfaces_, backs);
+    lighting.shade_backs(surfaces_, 0, count(), backs);
     for (std::size_t p = 0; p < count(); ++p) {
         if (const VT_Vector normal = surfaces_.normals[p]; dot(normal, normal) == 0) {
             colors_[p] = own_color(p);

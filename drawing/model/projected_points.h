@@ -15,7 +15,8 @@ struct Projected_Points {
     std::vector<std::uint8_t> planes;            // that each point lies beyond, see clipper.h
     bool any_beyond = false, any_before = false; // the view volume at all, its near plane
 
-    void project(const Vector_Columns& positions, const Camera& camera, const VT_Int_Rectangle& window);
+    // The same for every number of threads.
+    void project(const Vector_Columns& positions, const Camera& camera, const VT_Int_Rectangle& window, unsigned threads = 1);
 };
 
 } // namespace vorna::drawing::model

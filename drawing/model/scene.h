@@ -24,6 +24,7 @@ public:
     virtual const std::vector<VT_Vector>& points() const noexcept = 0;
     // How large it is, in words.
     virtual std::string summary() const = 0;
+    virtual std::size_t triangle_count() const noexcept = 0;
 
     // Does what a picture needs once: projection, light, and which triangles lie in which tile. Faces seen from behind are lit
     // from behind.

@@ -6,8 +6,6 @@
 
 #include "drawing/files/helpers.h"
 #include "drawing/model/vectors.h"
-#include "host/strip.h"
-#include "vorna/draw.h"
 
 namespace vorna::drawing::model {
 namespace {
@@ -15,16 +13,21 @@ namespace {
 constexpr std::uint32_t none = 0xFFFFFFFF;
 // Triangles of a run in pictures of several tiles: a tile draws whole runs.
 constexpr std::size_t longest_run = 32;
+// Places of a block, see Layer.
+constexpr std::size_t block_places = 64;
+// Vertices or triangles that threads prepare at a time.
+constexpr std::size_t least_part = 8192;
 
 } // namespace
 
 Scene_Renderer::Scene_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 base_color, bool own_colors, bool numbered,
                                unsigned threads)
-    : triangle_count_(mesh.triangle_count()) {
+    : triangle_count_(mesh.triangle_count()), threads_(threads) {
     const Strips strips = make_strips(mesh.triangles, static_cast<std::uint32_t>(mesh.positions.size()), threads,
                                       [&] { hides_backs_ = facing.hides_backs(); });
     strip_starts_ = strips.starts;
     lay_out(mesh, facing, strips, threads);
+    make_boxes(threads);
     if (numbered) {
         numbers_.resize(strips.triangle_order.size());
         std::ranges::transform(strips.triangle_order, numbers_.begin(),
@@ -94,8 +97,7 @@ void Scene_Renderer::lay_out(const Mesh& mesh, const Facing& facing, const Strip
     });
 }
 
-Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place) const noexcept {
-    const bool front = faces_.face_viewer(place, camera_);
+Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place, bool front) const noexcept {
     if (!front && cull_backs_) {
         return Manner::hidden;
     }
@@ -115,44 +117,150 @@ Scene_Renderer::Manner Scene_Renderer::manner_of(std::size_t place) const noexce
 void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const Model_Look& settings) {
     camera_ = camera;
     viewport_ = Viewport(grid.frame);
+    grid_ = grid.count() > 1 ? std::optional(grid) : std::nullopt;
     flat_ = settings.shading == Shading::flat;
     unlit_ = settings.shading == Shading::hidden_line;
     numbers_only_ = settings.tint == Tint::numbers;
-    projection_.project(positions_, camera, grid.frame);
+    projection_.project(positions_, camera, grid.frame, threads_);
     cull_backs_ = settings.culling == Culling::back || (hides_backs_ && !projection_.any_before);
+    const Surfaces& tinted = flat_ ? faces_ : vertices_;
     if (!unlit_) {
-        tints_.set(flat_ ? faces_ : vertices_, !cull_backs_, camera, settings);
+        tints_.resize(tinted, !cull_backs_);
     }
-    bins_.start(grid);
-    cut_strips();
-    if (bins_.sorts()) {
-        for (std::size_t r = 0; r < runs_.size(); ++r) {
-            bins_.add(static_cast<std::uint32_t>(r), extent_of(runs_[r]));
+    // Tints and strips need the projection but not each other.
+    const std::size_t tints = unlit_ ? 0 : part_count(tinted.size(), threads_, least_part);
+    parts_.resize(part_count(strip_vertices_.size(), threads_, least_part));
+    const auto strip_at = [&](std::size_t part) {
+        const std::size_t place = strip_vertices_.size() * part / parts_.size();
+        return static_cast<std::size_t>(std::ranges::lower_bound(strip_starts_, place) - strip_starts_.begin());
+    };
+    share_tasks(parts_.size() + tints, threads_, [&](std::size_t task, std::size_t) {
+        if (task < parts_.size()) {
+            cut_strips(strip_at(task), strip_at(task + 1), grid, parts_[task]);
+        } else {
+            const std::size_t part = task - parts_.size();
+            tints_.set(tinted, tinted.size() * part / tints, tinted.size() * (part + 1) / tints, camera, settings);
         }
-        bins_.finish();
+    });
+}
+
+void Scene_Renderer::make_boxes(unsigned threads) {
+    boxes_.resize((strip_vertices_.size() + block_places - 1) / block_places);
+    share_range(boxes_.size(), threads, [&](std::size_t first, std::size_t end) {
+        for (std::size_t b = first; b < end; ++b) {
+            const std::size_t last_place = std::min((b + 1) * block_places + longest_run + 1, strip_vertices_.size());
+            Box box{points_[strip_vertices_[b * block_places]], points_[strip_vertices_[b * block_places]]};
+            for (std::size_t place = b * block_places; place < last_place; ++place) {
+                const VT_Vector& p = points_[strip_vertices_[place]];
+                box.low = {std::min(box.low.x, p.x), std::min(box.low.y, p.y), std::min(box.low.z, p.z)};
+                box.high = {std::max(box.high.x, p.x), std::max(box.high.y, p.y), std::max(box.high.z, p.z)};
+            }
+            boxes_[b] = box;
+        }
+    });
+}
+
+// Of a box inside the view volume, else empty. A pixel more to each side for rounding.
+Extent Scene_Renderer::extent_of(const Box& box) const {
+    const auto& m = camera_.clip_from_model.m;
+    double parts[4][3][2]; // of each clip coordinate: by axis, at the low and the high end
+    for (int r = 0; r < 4; ++r) {
+        parts[r][0][0] = m[r][0] * box.low.x;
+        parts[r][0][1] = m[r][0] * box.high.x;
+        parts[r][1][0] = m[r][1] * box.low.y;
+        parts[r][1][1] = m[r][1] * box.high.y;
+        parts[r][2][0] = m[r][2] * box.low.z + m[r][3];
+        parts[r][2][1] = m[r][2] * box.high.z + m[r][3];
+    }
+    double left = 1, right = -1, bottom = 1, top = -1;
+    for (unsigned corner = 0; corner < 8; ++corner) {
+        const auto clip = [&](int r) {
+            return parts[r][0][corner & 1] + parts[r][1][corner >> 1 & 1] + parts[r][2][corner >> 2];
+        };
+        const double w = clip(3), x = clip(0) / w, y = clip(1) / w, z = clip(2) / w;
+        if (!(w > 0 && x >= -1 && x <= 1 && y >= -1 && y <= 1 && z >= 0 && z <= 1)) {
+            return {};
+        }
+        left = std::min(left, x);
+        right = std::max(right, x);
+        bottom = std::min(bottom, y);
+        top = std::max(top, y);
+    }
+    const auto point = [&](double x, double y) {
+        return viewport_.device_point(static_cast<float>(x), static_cast<float>(y), 0);
+    };
+    const VT_DCI_Point low = point(left, bottom), high = point(right, top);
+    Extent extent;
+    extent.box = {low.x - 1, high.x + 1, low.y - 1, high.y + 1};
+    return extent;
+}
+
+void Scene_Renderer::add(Layer& layer, const Run& run) const {
+    const std::size_t block = run.first / block_places;
+    if (block != layer.open_block) {
+        close_group(layer);
+        layer.groups.push_back({static_cast<std::uint32_t>(layer.runs.size())});
+        layer.open_block = block;
+    }
+    layer.runs.push_back(run);
+}
+
+// Runs whose box is large or reaches out of the view volume become groups of their own.
+void Scene_Renderer::close_group(Layer& layer) const {
+    if (layer.open_block == Layer::no_block) {
+        return;
+    }
+    const auto sort_group = [&layer](const Extent& extent) {
+        layer.groups.back().lies_in_one_tile = layer.bins.add(static_cast<std::uint32_t>(layer.groups.size() - 1), extent);
+    };
+    const std::uint32_t first = layer.groups.back().first;
+    const Extent extent = extent_of(boxes_[layer.open_block]);
+    layer.open_block = Layer::no_block;
+    const std::int32_t widest = std::min(grid_->tile_size.x, grid_->tile_size.y) / 4;
+    if (!extent.is_empty() && std::max(extent.width(), extent.height()) <= widest) {
+        sort_group(extent);
+        return;
+    }
+    layer.groups.pop_back();
+    for (std::uint32_t run = first; run < layer.runs.size(); ++run) {
+        Extent own;
+        include(own, layer.runs[run]);
+        layer.groups.push_back({run});
+        sort_group(own);
     }
 }
 
-// Into runs of triangles of one manner. Faces seen from behind come first: at the outline of a body they have depths like those
-// of the faces that hide them, and of equal depths the one drawn last is seen.
-void Scene_Renderer::cut_strips() {
-    runs_.clear();
-    for (std::size_t s = 0; s < strip_count(); ++s) {
+// Into runs of triangles of one manner, those of faces seen from behind apart.
+void Scene_Renderer::cut_strips(std::size_t first_strip, std::size_t end_strip, const Tile_Grid& grid, Part& part) const {
+    for (Layer* layer : {&part.backs, &part.fronts}) {
+        layer->runs.clear();
+        layer->groups.clear();
+        layer->bins.start(grid);
+    }
+    std::vector<std::uint8_t> fronts(strip_starts_[end_strip] - strip_starts_[first_strip]);
+    const std::size_t start = strip_starts_[first_strip];
+    faces_.face_viewer(start, fronts.size(), camera_, fronts.data());
+    const auto manner_at = [&](std::size_t place) { return manner_of(place, fronts[place - start] != 0); };
+    for (std::size_t s = first_strip; s < end_strip; ++s) {
         const std::size_t end = strip_starts_[s + 1] - 2;
         std::size_t first = strip_starts_[s];
-        Manner manner = manner_of(first);
+        Manner manner = manner_at(first);
         const auto finish = [&](std::size_t place) {
-            const std::size_t longest = !bins_.sorts() ? place - first : is_clipped(manner) ? 1 : longest_run;
-            for (; first < place; first += longest) {
-                if (manner != Manner::hidden) {
-                    runs_.push_back({static_cast<std::uint32_t>(first),
-                                     static_cast<std::uint32_t>(std::min(longest, place - first)), manner});
+            Layer& layer = is_back(manner) ? part.backs : part.fronts;
+            const std::size_t longest = !grid_ ? place - first : is_clipped(manner) ? 1 : longest_run;
+            for (; first < place && manner != Manner::hidden; first += longest) {
+                const Run run{static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(std::min(longest, place - first)),
+                              manner};
+                if (grid_) {
+                    add(layer, run);
+                } else {
+                    layer.runs.push_back(run);
                 }
             }
             first = place;
         };
         for (std::size_t place = first + 1; place < end; ++place) {
-            const Manner next = manner_of(place);
+            const Manner next = manner_at(place);
             if (next != manner) {
                 finish(place);
                 manner = next;
@@ -160,24 +268,28 @@ void Scene_Renderer::cut_strips() {
         }
         finish(end);
     }
-    std::stable_partition(runs_.begin(), runs_.end(), [](const Run& run) { return is_back(run.manner); });
+    for (Layer* layer : {&part.backs, &part.fronts}) {
+        close_group(*layer);
+        layer->groups.push_back({static_cast<std::uint32_t>(layer->runs.size())});
+        layer->bins.finish();
+    }
 }
 
-Extent Scene_Renderer::extent_of(const Run& run) const {
-    Extent extent;
-    if (is_clipped(run.manner)) {
-        for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
-            const Clip_Polygon polygon = clipped(place, painting());
-            for (std::size_t i = 0; i < polygon.count; ++i) {
-                extent.include(device_point(polygon.vertices[i], place));
-            }
+void Scene_Renderer::include(Extent& extent, const Run& run) const {
+    if (!is_clipped(run.manner)) {
+        const std::uint32_t* vertices = &strip_vertices_[run.first];
+        for (std::size_t i = 0; i < std::size_t{run.triangles} + 2; ++i) {
+            extent.include(projection_.device_points[vertices[i]]);
         }
-    } else {
-        for (std::size_t place = run.first; place < run.first + run.triangles + 2; ++place) {
-            extent.include(projection_.device_points[strip_vertices_[place]]);
+        return;
+    }
+    const Painting without_colors{false, true, numbers_, numbers_}; // which may not be there yet
+    for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
+        const Clip_Polygon polygon = clipped(place, without_colors);
+        for (std::size_t i = 0; i < polygon.count; ++i) {
+            extent.include(device_point(polygon.vertices[i], place));
         }
     }
-    return extent;
 }
 
 // What is inside the view volume of a triangle that crosses it.
@@ -200,94 +312,6 @@ VT_DCI_Point Scene_Renderer::device_point(const Clip_Vertex& vertex, std::size_t
     return vertex.corner >= 0 ? projection_.device_points[strip_vertices_[place + static_cast<std::size_t>(vertex.corner)]]
                               : viewport_.device_point(static_cast<float>(p.x / p.w), static_cast<float>(p.y / p.w),
                                                        static_cast<float>(p.z / p.w));
-}
-
-// Gathers the points and colours of runs and hands them over.
-class Scene_Renderer::Drawing {
-public:
-    Drawing(const Scene_Renderer& scene, const Painting& painting, VT_Renderer_Data& renderer, const VT_Rendition& rendition)
-        : scene_(scene), painting_(painting), renderer_(renderer), rendition_(rendition) {}
-
-    void draw(const Run& run) {
-        if (is_clipped(run.manner)) {
-            for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
-                draw_clipped(place);
-            }
-        } else {
-            draw_whole(run);
-        }
-    }
-
-private:
-    void draw_whole(const Run& run) {
-        const std::vector<VT_RGB32>& colors = run.manner == Manner::front ? painting_.front : painting_.back;
-        const std::size_t count = std::size_t{run.triangles} + 2;
-        if (points_.size() < count) {
-            points_.resize(count);
-            colors_.resize(count);
-        }
-        const std::uint32_t* vertices = &scene_.strip_vertices_[run.first];
-        for (std::size_t i = 0; i < count; ++i) {
-            points_[i] = scene_.projection_.device_points[vertices[i]];
-        }
-        const auto point_count = static_cast<std::int32_t>(count);
-        if (painting_.unlit) {
-            VD_Draw_DCI_Polytriangle(renderer_, rendition_, point_count, points_.data());
-            return;
-        }
-        if (painting_.flat) {
-            VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, point_count, points_.data(), colors.data() + run.first,
-                                               false);
-            return;
-        }
-        for (std::size_t i = 0; i < count; ++i) {
-            colors_[i] = colors[vertices[i]];
-        }
-        VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, point_count, points_.data(), colors_.data());
-    }
-
-    void draw_clipped(std::size_t place) {
-        const Clip_Polygon polygon = scene_.clipped(place, painting_);
-        if (polygon.count < 3) {
-            return;
-        }
-        std::array<VT_DCI_Point, 9> points;
-        std::array<VT_RGB32, 9> colors;
-        const auto count = static_cast<std::int32_t>(polygon.count);
-        for (std::int32_t i = 0; i < count; ++i) {
-            const Clip_Vertex& vertex = polygon.vertices[static_cast<std::size_t>(strip_order(i, count))];
-            points[static_cast<std::size_t>(i)] = scene_.device_point(vertex, place);
-            colors[static_cast<std::size_t>(i)] = vertex.color;
-        }
-        if (painting_.unlit) {
-            VD_Draw_DCI_Polytriangle(renderer_, rendition_, count, points.data());
-        } else if (painting_.flat) {
-            VD_Draw_DCI_Colorized_Polytriangle(renderer_, rendition_, count, points.data(), colors.data(), true);
-        } else {
-            VD_Draw_DCI_Gouraud_Polytriangle(renderer_, rendition_, count, points.data(), colors.data());
-        }
-    }
-
-    const Scene_Renderer& scene_;
-    const Painting painting_;
-    VT_Renderer_Data& renderer_;
-    const VT_Rendition& rendition_;
-    std::vector<VT_DCI_Point> points_;
-    std::vector<VT_RGB32> colors_;
-};
-
-void Scene_Renderer::draw_as(const Painting& painting, VT_Renderer_Data& renderer, const VT_Rendition& rendition,
-                             std::size_t tile) const {
-    Drawing drawing(*this, painting, renderer, rendition);
-    bins_.for_each(tile, runs_.size(), [&](std::size_t run) { drawing.draw(runs_[run]); });
-}
-
-void Scene_Renderer::draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
-    draw_as(painting(), renderer, rendition, tile);
-}
-
-void Scene_Renderer::draw_numbers(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const {
-    draw_as(number_painting(), renderer, rendition, tile);
 }
 
 } // namespace vorna::drawing::model

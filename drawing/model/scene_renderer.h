@@ -1,9 +1,9 @@
-// Draws a model through a renderer: transforms and lights its vertices, clips what crosses the view volume, and hands strips
-// over.
+// Draws a model through a renderer: transforms and lights its vertices, clips what crosses the view volume, and draws strips.
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "drawing/model/camera.h"
@@ -22,12 +22,12 @@ namespace vorna::drawing::model {
 class Scene_Renderer final : public Scene {
 public:
     // base_color: of vertices without a colour of their own; of all with own_colors off. numbered: whether draw_numbers is
-    // called. facing: of the mesh. The result does not depend on the number of threads.
+    // called. facing: of the mesh. threads: of the constructor and of prepare; the result does not depend on their number.
     Scene_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 base_color, bool own_colors, bool numbered = false,
                    unsigned threads = 1);
 
     const std::vector<VT_Vector>& points() const noexcept override { return points_; }
-    std::size_t triangle_count() const noexcept { return triangle_count_; }
+    std::size_t triangle_count() const noexcept override { return triangle_count_; }
     std::size_t strip_count() const noexcept { return strip_starts_.size() - 1; }
     std::string summary() const override;
 
@@ -53,12 +53,39 @@ private:
         std::uint32_t first, triangles;
         Manner manner;
     };
+    // Runs that are drawn one after the other. Tiles draw groups of them, each of runs that begin in one block of places.
+    struct Layer {
+        static constexpr std::size_t no_block = SIZE_MAX;
+        struct Group {
+            std::uint32_t first; // run; the last group has none
+            bool lies_in_one_tile = false;
+        };
+
+        std::vector<Run> runs;
+        std::vector<Group> groups;
+        Tile_Bins bins; // of the groups
+
+        std::size_t open_block = no_block; // that the runs of the last group begin in
+    };
+    // What some of the strips are cut into.
+    struct Part {
+        Layer backs, fronts;
+    };
     class Drawing;
 
     void lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips, unsigned threads);
-    Manner manner_of(std::size_t place) const noexcept;
-    void cut_strips();
-    Extent extent_of(const Run& run) const;
+    Manner manner_of(std::size_t place, bool front) const noexcept;
+    void cut_strips(std::size_t first_strip, std::size_t end_strip, const Tile_Grid& grid, Part& part) const;
+    // Around the points of the runs that begin in a block of places.
+    struct Box {
+        VT_Vector low, high;
+    };
+
+    void make_boxes(unsigned threads);
+    Extent extent_of(const Box& box) const;
+    void add(Layer& layer, const Run& run) const;
+    void close_group(Layer& layer) const;
+    void include(Extent& extent, const Run& run) const;
     Painting painting() const noexcept {
         return numbers_only_ ? number_painting() : Painting{flat_, unlit_, tints_.front, tints_.back};
     }
@@ -74,18 +101,20 @@ private:
     // By place in the strips: the vertex, and the face that begins there.
     std::vector<std::uint32_t> strip_vertices_, strip_starts_;
     Surfaces faces_;
+    std::vector<Box> boxes_;
     std::vector<VT_RGB32> numbers_; // by place, see draw_numbers
     std::size_t triangle_count_ = 0;
+    unsigned threads_;
     bool hides_backs_ = false;
 
     // Of the prepared picture.
     Camera camera_;
     Viewport viewport_{{}};
+    std::optional<Tile_Grid> grid_; // none = a single tile
     bool flat_ = false, unlit_ = false, numbers_only_ = false, cull_backs_ = false;
     Projected_Points projection_; // of vertices
     Surface_Tints tints_;         // see Painting
-    std::vector<Run> runs_;
-    Tile_Bins bins_;
+    std::vector<Part> parts_;     // in the order of the strips
 };
 
 } // namespace vorna::drawing::model

@@ -14,7 +14,9 @@ namespace vorna::drawing::model {
 struct Surface_Tints {
     std::vector<VT_RGB32> front, back; // seen from the side that their normals point to, and from the other, if asked for
 
-    void set(const Surfaces& surfaces, bool has_backs, const Camera& camera, const Model_Look& look);
+    void resize(const Surfaces& surfaces, bool has_backs);
+    // Those of the surfaces [first, end).
+    void set(const Surfaces& surfaces, std::size_t first, std::size_t end, const Camera& camera, const Model_Look& look);
 };
 
 // A normal in view space as a colour: red, green and blue are 128 + 127 times its parts to the right, up and towards the viewer.

@@ -158,7 +158,8 @@ void Textured_Scene::prepare(const Tile_Grid& grid, const Camera& camera, const 
     transform(camera);
     const bool stands_outside = std::ranges::none_of(beyond_, [](std::uint8_t planes) { return (planes & beyond::near) != 0; });
     cull_backs_ = settings.culling == Culling::back || (hides_backs_ && stands_outside);
-    tints_.set(vertices_, !cull_backs_, camera, settings);
+    tints_.resize(vertices_, !cull_backs_);
+    tints_.set(vertices_, 0, vertices_.size(), camera, settings);
     has_highlights_ = settings.tint == Tint::lit && !vertices_.texture_lightness.empty();
     order_drawing(camera);
     bins_.start(grid);

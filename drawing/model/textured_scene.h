@@ -32,6 +32,7 @@ public:
 
     const std::vector<VT_Vector>& points() const noexcept override { return points_; }
     std::string summary() const override;
+    std::size_t triangle_count() const noexcept override { return triangles_.size(); }
 
     void prepare(const Tile_Grid& grid, const Camera& camera, const Model_Look& settings) override;
     void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const override;

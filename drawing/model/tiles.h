@@ -18,6 +18,9 @@ struct Tile_Grid {
     VT_Int_Rectangle area;   // the pixels that are wanted; left and bottom are multiples of 8
     VT_Int_Pair tile_size;   // multiples of 8, or that of the frame
     std::int32_t margin = 0; // columns and rows around each tile that are drawn and not kept; a multiple of 8
+    // Of the margin, the outer columns and rows, whose pixels nothing needs: they hold what reaches over the border of a tile,
+    // so that the renderer need not cut it.
+    std::int32_t spare = 0;
 
     // One tile that is the whole frame, all of it wanted.
     explicit Tile_Grid(const VT_Int_Rectangle& whole)
@@ -28,9 +31,14 @@ struct Tile_Grid {
     std::size_t count() const noexcept { return static_cast<std::size_t>(columns()) * static_cast<std::size_t>(rows()); }
     // What is drawn to get a tile. All windows have the same size.
     VT_Int_Rectangle window(std::size_t tile) const noexcept;
+    // The part of the window whose pixels are needed.
+    VT_Int_Rectangle needed(std::size_t tile) const noexcept;
     // What is kept of it.
     VT_Int_Rectangle pixels(std::size_t tile) const noexcept;
 };
+
+// The tiles of a grid from the middle of the image outwards: models cover the middle, so that what is left last takes little.
+std::vector<std::size_t> tiles_from_middle(const Tile_Grid& grid);
 
 using vorna::common_part;
 
@@ -42,6 +50,9 @@ struct Extent {
         box = {std::min(box.left, p.x), std::max(box.right, p.x), std::min(box.bottom, p.y), std::max(box.top, p.y)};
     }
     bool is_empty() const noexcept { return box.left > box.right; }
+    // Of an extent that is not empty.
+    std::int32_t width() const noexcept { return box.right - box.left; }
+    std::int32_t height() const noexcept { return box.top - box.bottom; }
 };
 
 // Numbered things, sorted by the tiles whose windows they touch. In every tile they keep the order in which they were added.
@@ -50,7 +61,8 @@ public:
     // Forgets what was there. A single tile needs no sorting: it has everything. beside: how far pixels may lie outside extents.
     void start(const Tile_Grid& grid, std::int32_t beside = 0);
     bool sorts() const noexcept { return tile_count_ > 1; }
-    void add(std::uint32_t item, const Extent& extent);
+    // Returns whether the item lies wholly in one tile.
+    bool add(std::uint32_t item, const Extent& extent);
     void finish();
 
     // Calls visit(item) for the items of a tile; total: how many there are in all.

@@ -70,7 +70,9 @@ public:
         : recording_(recording), session_(session), renderer_(session.renderer()), settings_(settings),
           unchecked_(settings.unchecked), observer_before_(renderer_.standard_observer),
           presentation_before_(renderer_.presentation) {
-        renderer_.standard_observer = {note_standard, this};
+        if (settings.reports_standard) {
+            renderer_.standard_observer = {note_standard, this};
+        }
         renderer_.presentation = {note_presentation, this};
     }
 
@@ -180,7 +182,10 @@ public:
         session_.establish();
         made_.clear();
     }
-    void run(const Present& a) { renderer_.update_all(a.rectangle); }
+    void run(const Present& a) {
+        session_.canvas().flush();
+        renderer_.update_all(a.rectangle);
+    }
 
     VT_Renderer_Data& renderer() noexcept { return renderer_; }
     Recorder* recorder() const noexcept { return session_.recorder(); }
@@ -291,6 +296,7 @@ Report Replay::run() {
             settings_.after_call(call_);
         }
     }
+    session_.canvas().flush();
     renderer_.end_picture_all();
     return std::move(report_);
 }

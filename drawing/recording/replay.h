@@ -44,6 +44,7 @@ public:
 
 struct Replay_Settings {
     bool unchecked = false;            // coordinates that renderers trust are not checked either
+    bool reports_standard = true;      // Report::standard; several threads draw only without it
     std::int32_t largest_side = 16384; // of windows, for who has little memory or time
     // The calls that are made, `last` included. Of earlier calls only those that set the renderer up are made.
     std::size_t first = 0;

@@ -41,9 +41,12 @@ void force_kernels(const Module_Choice& choice) {
     }
 }
 
-// Nothing but the renderer writes the canvas's depth buffer.
-Session::Session(const Module_Choice& choice) try : module_(with_kernels_forced(choice)), canvas_(module_) {
-    renderer().requested_table.add(VT_Option("Depth Blocks", 0, true));
+Session::Session(const Module_Choice& choice, unsigned threads) try
+    : module_(with_kernels_forced(choice)), canvas_(module_, threads) {
+    // Nothing but this renderer writes the canvas's depth buffer.
+    if (threads == 1) {
+        renderer().requested_table.add(VT_Option("Depth Blocks", 0, true));
+    }
 } catch (const std::invalid_argument& error) {
     throw Usage_Error(kernels_message(choice, error.what()));
 }

@@ -24,8 +24,9 @@ void force_kernels(const Module_Choice& choice);
 
 class Session {
 public:
-    // Loads the module and creates a renderer. Throws Usage_Error for a kernel set that does not exist here.
-    explicit Session(const Module_Choice& choice);
+    // Loads the module and creates a renderer. threads: of the canvas; 0 = as many as processors. Throws Usage_Error for a kernel
+    // set that does not exist here.
+    explicit Session(const Module_Choice& choice, unsigned threads = 1);
 
     vorna::Canvas& canvas() noexcept { return canvas_; }
     VT_Renderer_Data& renderer() noexcept { return canvas_.renderer(); }

@@ -13,20 +13,37 @@ namespace {
 using Type = Rows_View::Type;
 using Kind = drawing::Image_Samples::Kind;
 
-Type type_of(const py::dtype& type) {
-    if (type.kind() == 'f') {
-        return type.itemsize() == 4 ? Type::float32 : type.itemsize() == 8 ? Type::float64 : Type::none;
+Type type_of(char kind, int size) {
+    switch (kind) {
+    case 'f':
+        return size == 4 ? Type::float32 : size == 8 ? Type::float64 : Type::none;
+    case 'i':
+        return size == 4 ? Type::int32 : size == 8 ? Type::int64 : Type::none;
+    case 'u':
+        return size == 1 ? Type::uint8 : size == 2 ? Type::uint16 : size == 4 ? Type::uint32 : Type::none;
+    default:
+        return Type::none;
     }
-    if (type.kind() == 'i') {
-        return type.itemsize() == 4 ? Type::int32 : type.itemsize() == 8 ? Type::int64 : Type::none;
+}
+
+// Whether the object is an array of one or two dimensions and one of the view's types, in the machine's byte order: then its
+// view. Reads numpy's structs, since attributes of arrays take longer than a short line.
+bool view_array(PyObject* object, Rows_View& rows) {
+    if (!py::detail::npy_api::get().PyArray_Check_(object)) {
+        return false;
     }
-    if (type.kind() == 'u') {
-        return type.itemsize() == 1   ? Type::uint8
-               : type.itemsize() == 2 ? Type::uint16
-               : type.itemsize() == 4 ? Type::uint32
-                                      : Type::none;
+    const auto& array = *py::detail::array_proxy(object);
+    const auto& number = *py::detail::array_descriptor_proxy(array.descr);
+    rows.type = number.byteorder == '=' || number.byteorder == '|' ? type_of(number.kind, number.elsize) : Type::none;
+    if (rows.type == Type::none || array.nd < 1 || array.nd > 2) {
+        return false;
     }
-    return Type::none;
+    rows.data = array.data;
+    rows.count = array.dimensions[0];
+    rows.row_stride = array.strides[0];
+    rows.columns = array.nd == 2 ? array.dimensions[1] : 1;
+    rows.column_stride = array.nd == 2 ? array.strides[1] : number.elsize;
+    return true;
 }
 
 // Calls visit(value of the view's type) with a null pointer of that type.
@@ -76,8 +93,8 @@ std::uint8_t level_of(double value) noexcept {
 
 } // namespace
 
-void refuse(const std::string& name, const std::string& expected, const std::string& found) {
-    throw py::value_error(name + ": expected " + expected + ", found " + found);
+void refuse(std::string_view name, const std::string& expected, const std::string& found) {
+    throw py::value_error(std::string(name) + ": expected " + expected + ", found " + found);
 }
 
 std::string description_of(const py::array& array) {
@@ -89,38 +106,33 @@ bool Rows_View::is_packed(Type wanted, py::ssize_t wanted_columns) const noexcep
            row_stride == columns * column_stride && reinterpret_cast<std::uintptr_t>(data) % 4 == 0;
 }
 
-Rows_View rows_of(const std::string& name, const py::object& values, py::object& kept) {
+Rows_View rows_of(std::string_view name, const py::object& values, py::object& kept) {
+    Rows_View rows;
+    if (view_array(values.ptr(), rows)) {
+        kept = values;
+        return rows;
+    }
     py::array array = py::array::ensure(values);
     if (!array) {
         PyErr_Clear();
         refuse(name, "an array of numbers", py::str(py::type::handle_of(values).attr("__name__")).cast<std::string>());
     }
-    py::dtype type = array.dtype();
-    Type found = type_of(type);
-    const bool is_native = array.size() == 0 || PyObject_IsTrue(type.attr("isnative").ptr()) == 1;
-    if (found == Type::none || !is_native) {
-        const char kind = type.kind();
-        if (kind != 'f' && kind != 'i' && kind != 'u' && kind != 'b') {
-            refuse(name, "an array of numbers", description_of(array));
-        }
-        array = py::array(array.attr("astype")(kind == 'f' ? "float64" : "int64"));
-        found = type_of(array.dtype());
+    const char kind = array.dtype().kind();
+    if (kind != 'f' && kind != 'i' && kind != 'u' && kind != 'b') {
+        refuse(name, "an array of numbers", description_of(array));
     }
     if (array.ndim() < 1 || array.ndim() > 2) {
         refuse(name, "an array of one or two dimensions", description_of(array));
     }
-    Rows_View rows;
-    rows.data = static_cast<const char*>(array.data());
-    rows.count = array.shape(0);
-    rows.row_stride = array.strides(0);
-    rows.columns = array.ndim() == 2 ? array.shape(1) : 1;
-    rows.column_stride = array.ndim() == 2 ? array.strides(1) : array.itemsize();
-    rows.type = found;
+    if (!view_array(array.ptr(), rows)) {
+        array = py::array(array.attr("astype")(kind == 'f' ? "float64" : "int64"));
+        view_array(array.ptr(), rows);
+    }
     kept = std::move(array);
     return rows;
 }
 
-template <class Number> void convert_rows(const std::string& name, const Rows_View& rows, py::ssize_t columns, Number* to) {
+template <class Number> void convert_rows(std::string_view name, const Rows_View& rows, py::ssize_t columns, Number* to) {
     const py::ssize_t given = std::min(columns, rows.columns);
     with_type(rows.type, [&](auto sample) {
         using From = decltype(sample);
@@ -128,8 +140,8 @@ template <class Number> void convert_rows(const std::string& name, const Rows_Vi
             for (py::ssize_t c = 0; c < columns; ++c) {
                 const From value = c < given ? value_at<From>(rows, r, c) : From{};
                 if (!can_hold<Number>(value)) {
-                    throw std::invalid_argument(name + ": expected numbers that fit 32 bits, found " + std::to_string(value) +
-                                                " in row " + std::to_string(r));
+                    throw std::invalid_argument(std::string(name) + ": expected numbers that fit 32 bits, found " +
+                                                std::to_string(value) + " in row " + std::to_string(r));
                 }
                 *to++ = static_cast<Number>(value);
             }
@@ -137,10 +149,10 @@ template <class Number> void convert_rows(const std::string& name, const Rows_Vi
     });
 }
 
-template void convert_rows(const std::string&, const Rows_View&, py::ssize_t, float*);
-template void convert_rows(const std::string&, const Rows_View&, py::ssize_t, double*);
-template void convert_rows(const std::string&, const Rows_View&, py::ssize_t, std::int32_t*);
-template void convert_rows(const std::string&, const Rows_View&, py::ssize_t, std::uint32_t*);
+template void convert_rows(std::string_view, const Rows_View&, py::ssize_t, float*);
+template void convert_rows(std::string_view, const Rows_View&, py::ssize_t, double*);
+template void convert_rows(std::string_view, const Rows_View&, py::ssize_t, std::int32_t*);
+template void convert_rows(std::string_view, const Rows_View&, py::ssize_t, std::uint32_t*);
 
 bool are_colors(const Rows_View& rows) noexcept {
     const bool has_channels = rows.columns == 3 || rows.columns == 4;
@@ -171,12 +183,12 @@ void convert_colors(const Rows_View& rows, VT_RGB32* to) {
     });
 }
 
-VT_RGB32 color_of(const std::string& name, const py::handle& value) {
+VT_RGB32 color_of(std::string_view name, const py::handle& value) {
     if (py::isinstance<py::str>(value)) {
         try {
             return drawing::parsed_color(value.cast<std::string>());
         } catch (const drawing::Usage_Error& error) {
-            throw py::value_error(name + ": " + error.what());
+            throw py::value_error(std::string(name) + ": " + error.what());
         }
     }
     const auto refused = [&]() -> std::uint8_t {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <pybind11/numpy.h>
@@ -17,7 +18,7 @@ namespace vorna::python {
 namespace py = pybind11;
 
 // Throws ValueError: "NAME: expected EXPECTED, found FOUND".
-[[noreturn]] void refuse(const std::string& name, const std::string& expected, const std::string& found);
+[[noreturn]] void refuse(std::string_view name, const std::string& expected, const std::string& found);
 // The shape and the type of an array for messages: "(3, 2) float64".
 std::string description_of(const py::array& array);
 
@@ -36,17 +37,17 @@ struct Rows_View {
 
 // The array as rows. Numbers of other types are converted to the nearest of these, byte order too, into *kept, which holds the
 // array from then on. Throws ValueError for anything but one or two dimensions of numbers.
-Rows_View rows_of(const std::string& name, const py::object& values, py::object& kept);
+Rows_View rows_of(std::string_view name, const py::object& values, py::object& kept);
 
 // The numbers as another type, whatever the view's. Throws std::invalid_argument for those that the type cannot hold.
-template <class Number> void convert_rows(const std::string& name, const Rows_View& rows, py::ssize_t columns, Number* to);
+template <class Number> void convert_rows(std::string_view name, const Rows_View& rows, py::ssize_t columns, Number* to);
 
 // Red, green, blue and perhaps alpha, bytes or floats from 0 to 1; or words 0xAARRGGBB.
 bool are_colors(const Rows_View& rows) noexcept;
 void convert_colors(const Rows_View& rows, VT_RGB32* to);
 
 // #rgb, #rrggbb, a name, or three or four numbers from 0 to 255.
-VT_RGB32 color_of(const std::string& name, const py::handle& value);
+VT_RGB32 color_of(std::string_view name, const py::handle& value);
 
 // Samples as an array that shares their memory: (height, width, 4) or (height, width). Null samples are None.
 py::object array_of(const drawing::Image_Samples& image);

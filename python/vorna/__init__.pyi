@@ -37,7 +37,7 @@ class Texture:
 class Comparison(NamedTuple):
     same: bool
     text: str
-    count: int
+    differing: int
     most: int
     def __bool__(self) -> bool: ...
 

@@ -53,7 +53,7 @@ class Canvas(_vorna.Canvas):
     @property
     def pixels(self):
         """The colour buffer itself: (height, width, 4) uint8, BLUE first as in memory, or (height, width) uint8 of indices."""
-        return self._buffer("Color Buffer")
+        return self._buffer(False)
 
     @property
     def rgb(self):
@@ -64,7 +64,7 @@ class Canvas(_vorna.Canvas):
     @property
     def depth(self):
         """The depth buffer itself, (height, width) uint16, or None."""
-        return self._buffer("Depth Buffer")
+        return self._buffer(True)
 
     def to_image(self):
         """A copy of the pixels as an Image, with a copy of the depths as its depth."""

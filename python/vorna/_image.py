@@ -1,23 +1,20 @@
 """Images, and how they differ."""
 
 import os
-from typing import NamedTuple
+from collections import namedtuple
 
 import numpy as np
 
 from . import _vorna
 
 
-class Comparison(NamedTuple):
+class Comparison(namedtuple("Comparison", "same text differing most")):
     """The result of a comparison; true when the images are the same, within the tolerance.
 
-    text: one line, as the command prints it. count: pixels that differ. most: the largest difference of a channel.
+    text: one line, as the command prints it. differing: how many pixels do. most: the largest difference of a channel.
     """
 
-    same: bool
-    text: str
-    count: int
-    most: int
+    __slots__ = ()
 
     def __bool__(self):
         return self.same

@@ -46,8 +46,7 @@ class Model:
             counts = [len(part["faces"]) if part.get("faces") is not None else 0 for part in parts]
             self.first_faces = np.cumsum([0] + counts[:-1])
         self._quads = None if files else _triangles_to_faces(parts)
-        self._painter = None
-        self._style = None
+        self._painted = (None, None)  # the last style and its painter, replaced together: other threads may draw
 
     triangle_count = property(lambda self: self._model.triangle_count, doc="Triangles that are drawn.")
     line_count = property(lambda self: self._model.line_count, doc="Lines of the model's own.")
@@ -65,10 +64,10 @@ class Model:
                  "scale_bar": scale_bar, "max_memory": max_memory, "indexed": colors_option(colors),
                  **background_options(background)}
         key = repr(style)
-        painter = self._painter
-        if painter is None or key != self._style:
-            painter = self._painter = _vorna.Model_Painter(self._model, style)
-            self._style = key
+        last, painter = self._painted
+        if key != last:
+            painter = _vorna.Model_Painter(self._model, style)
+            self._painted = (key, painter)
         view = options_of(camera, self._up_axis)
         drawn, palette, depths, faces, near, far = painter.draw(view, size_of(size), pixels, depth, ids)
         if faces is not None and self._quads is not None:

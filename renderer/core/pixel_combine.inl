@@ -61,18 +61,39 @@ struct Store {
 struct Blend {
     static constexpr bool reads = true;
     static constexpr bool merges = false;
-    KRB_ALWAYS_INLINE static Int combine(const Pixel_Target&, Int source, Int alphas, Int stored) {
+    // A template, since not every set has mixed_bytes.
+    template <class Lanes> KRB_ALWAYS_INLINE static Lanes combine(const Pixel_Target&, Lanes source, Lanes alphas, Lanes stored) {
+        if constexpr (requires { mixed_bytes(source, stored, alphas); }) {
+            return mixed_bytes(source, stored, alphas) | splat(static_cast<std::int32_t>(0xFF000000));
+        } else {
+            return combine_halves(source & splat(0x00FF00FF), shift_halves_right<8>(source), alphas | shift_left<16>(alphas),
+                                  stored);
+        }
+    }
+    // With the source in halves of lanes: blue and red; green and any number up to 255; alpha twice.
+    KRB_ALWAYS_INLINE static Int combine_halves(Int red_blue, Int green, Int alphas, Int stored) {
         const Int even = splat(0x00FF00FF);
-        const Int weights = alphas | shift_left<16>(alphas);
-        const Int rest = even - weights;
+        const Int rest = even - alphas;
         // 128 times the quotients. Of 16-bit numbers floor(v / 255) = v * 0x8081 >> 23.
-        const auto blended = [weights, rest](Int source_bytes, Int stored_bytes) {
-            return multiply_halves_high(multiply_halves(source_bytes, weights) + multiply_halves(stored_bytes, rest),
+        const auto blended = [alphas, rest](Int source_bytes, Int stored_bytes) {
+            return multiply_halves_high(multiply_halves(source_bytes, alphas) + multiply_halves(stored_bytes, rest),
                                         splat(static_cast<std::int32_t>(0x80818081)));
         };
-        const Int red_blue = shift_halves_right<7>(blended(source & even, stored & even));
-        const Int alpha_green = blended(shift_halves_right<8>(source), shift_halves_right<8>(stored));
-        return red_blue | (shift_left<1>(alpha_green) & splat(0xFF00)) | splat(static_cast<std::int32_t>(0xFF000000));
+        const Int blended_red_blue = shift_halves_right<7>(blended(red_blue, stored & even));
+        const Int blended_green = blended(green, shift_halves_right<8>(stored));
+        return blended_red_blue | (shift_left<1>(blended_green) & splat(0xFF00)) | splat(static_cast<std::int32_t>(0xFF000000));
+    }
+};
+
+// The same, but pixels stay where the source's alpha is 0.
+struct Visible_Blend {
+    static constexpr bool reads = true;
+    static constexpr bool merges = false;
+    KRB_ALWAYS_INLINE static Int combine(const Pixel_Target& target, Int source, Int alphas, Int stored) {
+        return select(equal(alphas, splat(0)), stored, Blend::combine(target, source, alphas, stored));
+    }
+    KRB_ALWAYS_INLINE static Int combine_halves(Int red_blue, Int green, Int alphas, Int stored) {
+        return select(equal(alphas, splat(0)), stored, Blend::combine_halves(red_blue, green, alphas, stored));
     }
 };
 

@@ -19,7 +19,7 @@ public:
     Tile& operator=(const Tile&) = delete;
     ~Tile();
 
-    // A copy of the caller's rendition with the tile's clips.
+    // The caller's rendition, or a copy of it where the tile's clips differ.
     const VT_Rendition& rendition() const noexcept { return *rendition_; }
     // In device coordinates. Points outside do not fit 32-bit integers.
     const VT_Int_Rectangle& guard_band() const noexcept { return guard_band_; }
@@ -42,7 +42,8 @@ private:
     const VT_Int_Pair outer_origin_;
     const bool keeps_to_hard_clip_;
     const bool has_local_coordinates_;
-    VT_Reference<VT_Rendition> rendition_;
+    VT_Reference<VT_Rendition> copy_;
+    const VT_Rendition* rendition_;
     VT_Int_Rectangle guard_band_;
 };
 

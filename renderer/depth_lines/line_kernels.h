@@ -11,6 +11,7 @@
 #include "renderer/kernels/configurations.h"
 #include "renderer/kernels/pixel_formats.h"
 #include "renderer/kernels/pixel_rules.h"
+#include "renderer/mask/clipped_cells.h"
 
 namespace krb {
 
@@ -42,6 +43,7 @@ struct Line_Target : Pixel_Target {
     // Draws the almost uniform segments of a Gouraud polyline, each as a polyline of its own with one colour; null = none are.
     void (*draw_near_flat)(const void* call, const VT_DCI_Point* points, const VT_RGB32* color);
     const void* call;
+    Clipped_Cells clipped_cells; // of the mask; those of null are not known
 };
 
 // count points, at least 2. Segments are drawn as far as they lie inside the window; columns, counted from it, fit 16 bits.

@@ -213,18 +213,44 @@ template <Line_Configuration c> bool is_complete(const Line_Target& target) {
            (c.clip != Clip_Rule::masked || target.mask_rows) && (Format_Type<c.format>::stores_words || target.dither);
 }
 
-// Whether the pixels of a segment are one word that is stored.
-template <Line_Configuration c>
-constexpr bool is_plain = c.shading == Line_Shading::flat && c.format == Pixel_Format::rgb32 && c.depth == Depth_Rule::none &&
-                          c.pixel == Pixel_Rule::store && c.clip == Clip_Rule::open;
+// The same without the mask.
+constexpr Line_Configuration unmasked(Line_Configuration c) {
+    c.clip = Clip_Rule::open;
+    return c;
+}
 
-// Without the last pixel.
+// Whether the mask is known to leave all pixels of a box around the segment, which lies in the window.
+inline bool is_unclipped(const Line_Target& target, const Ends& ends) {
+    if (!target.clipped_cells.before) {
+        return false;
+    }
+    const auto cell = [](std::int32_t pixel) { return pixel >> Clipped_Cells::side_bits; };
+    const std::int32_t left = cell(ends.x0 < ends.x1 ? ends.x0 : ends.x1);
+    const std::int32_t right = cell(ends.x0 < ends.x1 ? ends.x1 : ends.x0) + 1;
+    const std::int32_t bottom = cell(ends.y0 < ends.y1 ? ends.y0 : ends.y1);
+    const std::int32_t top = cell(ends.y0 < ends.y1 ? ends.y1 : ends.y0) + 1;
+    const std::uint32_t* const low = target.clipped_cells.before + std::int64_t{target.clipped_cells.row} * bottom;
+    const std::uint32_t* const high = target.clipped_cells.before + std::int64_t{target.clipped_cells.row} * top;
+    return high[right] - high[left] == low[right] - low[left];
+}
+
+// A segment in the window, without its last pixel.
+template <Line_Configuration c> void draw_whole_segment(const Line_Target& target, const Ends& ends, const Line_Paint& paint) {
+    if constexpr (c.clip == Clip_Rule::masked) {
+        if (is_unclipped(target, ends)) {
+            draw_segment<unmasked(c)>(target, ends, paint, {ends.x0, ends.y0}, Whole{});
+            return;
+        }
+    }
+    draw_segment<c>(target, ends, paint, {ends.x0, ends.y0}, Whole{});
+}
+
+// What draw_short_segment does not draw; without the last pixel.
 template <Line_Configuration c>
-KRB_NEVER_INLINE void draw_other_segment(const Line_Target& target, const Ends& ends, VT_RGB32 color) {
-    Line_Paint paint{};
-    paint.color = color;
+KRB_NEVER_INLINE void draw_other_segment(const Line_Target& target, const Ends& ends, const Plain_Color& plain) {
+    const Line_Paint paint = paint_of(plain);
     if (is_drawable(target, ends.x0, ends.y0) && is_drawable(target, ends.x1, ends.y1)) {
-        draw_segment<c>(target, ends, paint, {ends.x0, ends.y0}, Whole{});
+        draw_whole_segment<c>(target, ends, paint);
     } else if (const Cut limits = window_limits(target, ends); limits.first_row <= limits.last_row) {
         draw_segment<c>(target, ends, paint, {ends.x0, ends.y0}, limits);
     }
@@ -234,30 +260,40 @@ template <Line_Configuration c> void draw_plain_polyline(const Line_Target& targ
     const VT_DCI_Point* point = polyline.points;
     const VT_DCI_Point* const last = point + (polyline.count - 1);
     const VT_RGB32* color = polyline.colors;
+    Plain_Color plain;
+    plain.index = polyline.index;
+    const auto take_color = [&] {
+        if constexpr (c.shading != Line_Shading::index) {
+            plain.color = *color;
+            single::Format_Type<c.format>::prepare(target, plain.color, plain.prepared);
+        }
+    };
+    take_color();
     for (;;) {
         const Ends ends{wrapping_subtract(point[0].x, target.origin_x), wrapping_subtract(point[0].y, target.origin_y),
                         wrapping_subtract(point[1].x, target.origin_x), wrapping_subtract(point[1].y, target.origin_y)};
-        const bool is_inside = is_drawable(target, ends.x0, ends.y0) && is_drawable(target, ends.x1, ends.y1);
-        if (is_inside && is_short(ends)) {
-            draw_short_segment(target, ends, word_of_color(*color));
+        if (is_drawable(target, ends.x0, ends.y0) && is_drawable(target, ends.x1, ends.y1) && is_short(ends) &&
+            (c.clip == Clip_Rule::open || is_unclipped(target, ends))) {
+            draw_short_segment<unmasked(c)>(target, ends, plain);
         } else {
-            draw_other_segment<c>(target, ends, *color);
+            draw_other_segment<c>(target, ends, plain);
         }
         if (++point == last) {
             break;
         }
-        color += polyline.single_color ? 0 : 1;
+        if (c.shading != Line_Shading::index && !polyline.single_color) {
+            ++color;
+            take_color();
+        }
     }
-    Line_Paint paint{};
-    paint.color = *color;
-    draw_last_point<c>(target, *point, paint);
+    draw_last_point<c>(target, *point, paint_of(plain));
     clear_upper_halves();
 }
 
 template <Line_Configuration c> void draw_polyline(const Line_Target& target, const Polyline& polyline) {
     assert(is_complete<c>(target) && polyline.count >= 2 && polyline.points);
     assert(c.shading == Line_Shading::index || polyline.colors);
-    if constexpr (lane_count > 1 && is_plain<c>) {
+    if constexpr (is_plain<c>) {
         draw_plain_polyline<c>(target, polyline);
         return;
     }
@@ -295,7 +331,7 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
             }
         }
         if (starts_inside && ends_inside) {
-            draw_segment<c>(target, ends, paint, {ends.x0, ends.y0}, Whole{});
+            draw_whole_segment<c>(target, ends, paint);
         } else if (const Cut limits = window_limits(target, ends); limits.first_row <= limits.last_row) {
             draw_segment<c>(target, ends, paint, {ends.x0, ends.y0}, limits);
         }

@@ -17,7 +17,9 @@ struct Index_Line_Source : Index_Source {
 };
 
 template <class Format> struct Flat_Line_Source : Format::Flat {
-    Flat_Line_Source(const Line_Target& target, const Line_Paint& paint) : Format::Flat(target, paint.color, paint.prepared) {}
+    Flat_Line_Source(const Line_Target& target, const Line_Paint& paint) : Flat_Line_Source(target, paint.color, paint.prepared) {}
+    Flat_Line_Source(const Line_Target& target, VT_RGB32 color, const Prepared_Color& prepared)
+        : Format::Flat(target, color, prepared) {}
 };
 
 struct Gouraud_Line_Source : Gouraud_Source {
@@ -54,7 +56,7 @@ struct Additive_Gouraud_Source {
 
     Additive_Gouraud_Source(const Line_Target&, const Line_Paint& paint)
         : blue(ramp_of(paint.blue)), green(ramp_of(paint.green)), red(ramp_of(paint.red)) {}
-    template <class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
+    template <class Group, class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
     Int index_lanes(const Line_Target& target, Int thresholds) const {
         return additive_indices(*target.dither, shift_right<8>(blue.value), shift_right<8>(green.value),
                                 shift_right<8>(red.value), thresholds);

@@ -10,6 +10,7 @@
 #include "renderer/kernels/call_target.h"
 #include "renderer/kernels/kernel_sets.h"
 #include "renderer/mask/mask_cache.h"
+#include "renderer/mask/region_mask.h"
 
 namespace krb {
 
@@ -28,10 +29,12 @@ struct Line_Rules {
 template <class Shape> class Line_Call {
 public:
     Line_Call(Case c, const Software_Z_Buffer& renderer, const Line_Rules& rules) noexcept
-        : target{pixel_target_of(c, renderer, {rules.follows_test_mode, rules.follows_test_mode}), nullptr, nullptr} {
+        : target{pixel_target_of(c, renderer, {rules.follows_test_mode, rules.follows_test_mode}), nullptr, nullptr, {}} {
         const Depth_Rules follows{rules.follows_test_mode, rules.follows_test_mode};
         if (rules.masked) {
-            target.mask_rows = renderer.mask_cache->newest->rows();
+            const auto& mask = static_cast<const Region_Mask&>(*renderer.mask_cache->newest);
+            target.mask_rows = mask.rows();
+            target.clipped_cells = mask.clipped_cells();
         }
         if constexpr (dithers_additively) {
             // The matrix stands still in device coordinates.

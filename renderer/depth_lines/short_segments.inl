@@ -1,8 +1,10 @@
-// Short segments in one colour that is stored as it is: every pixel's place at once, then the pixels one by one.
+// Short segments in one colour that is stored as it is: the places of all pixels in lanes, then the pixels one by one.
 //
-// Directions, lengths and runs of short segments are as good as random, and a branch that depends on them is mispredicted every
-// other time. Here none does: the pixels of a segment are read from a table, and always as many pixels are stored, of which those
-// past the end fall on the end.
+// The directions, lengths and runs of short segments follow no pattern, so that processors mispredict branches that depend on
+// them. Here none does: a table has the pixels of each segment, and the same number of pixels is stored for all, where those past
+// the end are stored at the end.
+//
+// Included after line_pixels.inl.
 
 #include <cstdint>
 
@@ -65,34 +67,74 @@ KRB_ALWAYS_INLINE bool is_short(const Ends& ends) {
     return static_cast<int>(fits(ends.x1, ends.x0)) & static_cast<int>(fits(ends.y1, ends.y0));
 }
 
-// With the last pixel.
-KRB_ALWAYS_INLINE void draw_short_segment(const Pixel_Target& target, const Ends& ends, std::uint32_t word) {
-    constexpr std::int32_t places_count = Step_Table::most_steps + 1;
+// The colour of a segment that is stored as it is.
+struct Plain_Color {
+    VT_RGB32 color{};
+    Prepared_Color prepared{};
+    std::uint8_t index = 0;
+};
+
+inline Line_Paint paint_of(const Plain_Color& plain) {
+    Line_Paint paint{};
+    paint.color = plain.color;
+    paint.prepared = plain.prepared;
+    paint.index = plain.index;
+    return paint;
+}
+
+// Whether segments are stored without looking at what was there. Where a mask clips them they are drawn in another way.
+template <Line_Configuration c>
+constexpr bool is_plain = lane_count > 1 && c.shading != Line_Shading::gouraud && c.dither == Line_Dither::ordered &&
+                          c.depth == Depth_Rule::none && c.pixel == Pixel_Rule::store;
+
+// The pixels of an open or unclipped segment in the window, with the last one.
+template <Line_Configuration c>
+KRB_ALWAYS_INLINE void draw_short_segment(const Line_Target& target, const Ends& ends, const Plain_Color& plain) {
+    using Format = Format_Type<c.format>;
+    constexpr bool is_dithered = c.shading == Line_Shading::flat && !Format::stores_words;
+    constexpr std::int32_t count = Step_Table::most_steps + 1;
     const std::int32_t dx = ends.x1 - ends.x0;
     const std::int32_t dy = ends.y1 - ends.y0;
     const std::int32_t columns = ends.columns();
     const std::int32_t rows = ends.rows();
-    const std::int32_t column_bytes = ((dx >> 31) | 1) * 4;
-    const std::int32_t row_bytes = ((dy >> 31) | 1) * target.color_row_bytes;
-    const std::int32_t is_level = (rows - columns) >> 31; // all bits
-    const std::int32_t swap = (column_bytes ^ row_bytes) & is_level;
-    const std::int32_t steps = rows ^ ((rows ^ columns) & is_level);
-    const Int major_bytes = splat(row_bytes ^ swap);
-    const Int minor_bytes = splat(column_bytes ^ swap);
-    const Int last = splat(steps);
-    const std::uint8_t* const minor = step_table.minor[Step_Table::entry(dx, dy)];
-    alignas(64) std::int32_t places[places_count];
-    for (std::int32_t i = 0; i < places_count; i += lane_count) {
+    // All bits for segments with more columns than rows, whose major axis is that of the columns.
+    const std::int32_t x_major = (rows - columns) >> 31;
+    const std::int32_t row_step = ends.row_step();
+    const std::int32_t column_bytes = ((dx >> 31) | 1) * Format::bytes;
+    const std::int32_t row_bytes = row_step * target.color_row_bytes;
+    const Int major_bytes = splat(row_bytes ^ ((column_bytes ^ row_bytes) & x_major));
+    const Int minor_bytes = splat(column_bytes ^ ((column_bytes ^ row_bytes) & x_major));
+    const Int last = splat(rows ^ ((rows ^ columns) & x_major));
+    std::uint8_t* const start = target.color_rows[ends.y0] + std::int64_t{Format::bytes} * ends.x0;
+    const std::uint8_t* const minor_steps = step_table.minor[Step_Table::entry(dx, dy)];
+    alignas(64) std::int32_t places[count];
+    alignas(64) std::int32_t indices[is_dithered ? count : 1];
+    for (std::int32_t i = 0; i < count; i += lane_count) {
         const Int step = lane_numbers() + splat(i);
         const Int major = select(less_or_equal(step, last), step, last);
-        store_pixels(reinterpret_cast<std::uint8_t*>(places + i), major * major_bytes + load_indices(minor + i, All{}) * minor_bytes,
-                     All{});
+        const Int minor = load_indices(minor_steps + i, All{});
+        const Int place = major * major_bytes + minor * minor_bytes;
+        store_pixels(reinterpret_cast<std::uint8_t*>(places + i), place, All{});
+        if constexpr (is_dithered) {
+            const Int row = splat(ends.y0 + target.dither_row) + major * splat(row_step & ~x_major) + minor * splat(row_step & x_major);
+            const Int column = splat(static_cast<std::int32_t>(reinterpret_cast<std::uintptr_t>(start) & 7)) + place;
+            constexpr std::int32_t in_row = sizeof target.dither->thresholds[0] / sizeof target.dither->thresholds[0][0];
+            const Int thresholds = gather(reinterpret_cast<const std::uint8_t*>(target.dither->thresholds),
+                                          (row & splat(7)) * splat(in_row) + (column & splat(7)));
+            const Int values = Flat_Line_Source<Format>(target, plain.color, plain.prepared).index_lanes(target, thresholds);
+            store_pixels(reinterpret_cast<std::uint8_t*>(indices + i), values, All{});
+        }
     }
     KRB_KEEP_IN_MEMORY(places);
-    std::uint8_t* const start = target.color_rows[ends.y0] + std::int64_t{4} * ends.x0;
-#pragma GCC unroll 16
-    for (std::int32_t i = 0; i < places_count; ++i) {
-        store_word(start + places[i], word);
+    KRB_KEEP_IN_MEMORY(indices);
+    const std::uint32_t word = Format::stores_words ? word_of_color(plain.color) : 0;
+    for (std::int32_t i = 0; i < count; ++i) {
+        std::uint8_t* const at = start + places[i];
+        if constexpr (Format::stores_words) {
+            store_word(at, word);
+        } else {
+            *at = is_dithered ? static_cast<std::uint8_t>(indices[i]) : plain.index;
+        }
     }
 }
 

@@ -133,6 +133,10 @@ inline bool colors_differ(Attributes<8> a, Attributes<8> b, Attributes<8> c, std
     return (_mm256_movemask_ps(_mm256_castsi256_ps(beyond)) & 0x70) != 0;
 }
 
+inline bool lies_within(Attributes<8> a, Attributes<8> most) {
+    return _mm256_movemask_epi8(_mm256_cmpeq_epi32(_mm256_min_epu32(a.value, most.value), a.value)) == -1;
+}
+
 inline Attributes<4> quotient(Attributes<4> a, std::int32_t divisor) {
     return {_mm256_cvttpd_epi32(_mm256_mul_pd(_mm256_cvtepi32_pd(a.value), _mm256_set1_pd(reciprocal(divisor))))};
 }

@@ -3,6 +3,7 @@
 // use defines
 //   lanes_of, widened_bytes          four integers as lanes; the four bytes of a word as lanes, the lowest first
 //   absolute                         signed
+//   all_at_most                      unsigned
 //   shift_right_signed<bits>         arithmetic; shift_right_signed_by and shift_left_by for counts known at run time only
 //   with_lane_1, with_lanes_0_and_1  the lanes of the first argument but for these, which are the second one's
 //   spread_lane<lane>                one lane in all
@@ -120,6 +121,10 @@ template <int lane, int size> inline Int spread(Attributes<size> a) {
     } else {
         return spread_lane<lane - 4>(a.high);
     }
+}
+
+inline bool lies_within(Attributes<8> a, Attributes<8> most) {
+    return all_at_most(a.low, most.low) && all_at_most(a.high, most.high);
 }
 
 inline bool colors_differ(Attributes<8> a, Attributes<8> b, Attributes<8> c, std::int32_t limit) {

@@ -3,6 +3,7 @@
 
 #include "renderer/kernels/attributes_avx2.inl"
 #include "renderer/kernels/gather_4.inl"
+#include "renderer/kernels/texel_shape.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -63,6 +64,10 @@ template <int bits> inline Int shift_right(Int a) {
     return {_mm256_srli_epi32(a.lanes, bits)};
 }
 
+inline Int shift_right_by(Int a, int bits) {
+    return {_mm256_srl_epi32(a.lanes, _mm_cvtsi32_si128(bits))};
+}
+
 inline Int multiply_halves(Int a, Int b) {
     return {_mm256_mullo_epi16(a.lanes, b.lanes)};
 }
@@ -71,12 +76,38 @@ inline Int multiply_halves_high(Int a, Int b) {
     return {_mm256_mulhi_epu16(a.lanes, b.lanes)};
 }
 
+inline Int mixed_bytes(Int a, Int b, Int weights) {
+    // Weights side by side: w and 255 - w.
+    const __m256i complement = _mm256_set1_epi16(static_cast<short>(0xFF00));
+    const auto weights_of = [&](__m256i lanes) {
+        return _mm256_xor_si256(_mm256_shuffle_epi8(weights.lanes, lanes), complement);
+    };
+    // Bytes less 128 are signed ones, and the sum of the products is less by 128 * 255.
+    const __m256i half = _mm256_set1_epi8(static_cast<char>(0x80));
+    const __m256i from_a = _mm256_xor_si256(a.lanes, half);
+    const __m256i from_b = _mm256_xor_si256(b.lanes, half);
+    // Of v up to 255 * 255, floor(v / 255) = (v + 1) * 257 >> 16.
+    const auto quotients = [&](__m256i pairs, __m256i of_pairs) {
+        return _mm256_mulhi_epu16(_mm256_add_epi16(_mm256_maddubs_epi16(of_pairs, pairs), _mm256_set1_epi16(128 * 255 + 1)),
+                                  _mm256_set1_epi16(257));
+    };
+    const __m256i low = _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 4, 4, 4, 4, 4, 4, 4, 4));
+    const __m256i high = _mm256_broadcastsi128_si256(_mm_setr_epi8(8, 8, 8, 8, 8, 8, 8, 8, 12, 12, 12, 12, 12, 12, 12, 12));
+    return {_mm256_packus_epi16(quotients(_mm256_unpacklo_epi8(from_a, from_b), weights_of(low)),
+                                quotients(_mm256_unpackhi_epi8(from_a, from_b), weights_of(high)))};
+}
+
 inline Int greatest(Int a, Int b) {
     return {_mm256_max_epi32(a.lanes, b.lanes)};
 }
 
 template <int bits> inline Int shift_halves_right(Int a) {
     return {_mm256_srli_epi16(a.lanes, bits)};
+}
+
+inline Int upper_halves_in_both(Int a) {
+    return {_mm256_shuffle_epi8(
+        a.lanes, _mm256_broadcastsi128_si256(_mm_setr_epi8(2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15)))};
 }
 
 inline Active lanes_between(std::int32_t begin, std::int32_t end) {
@@ -170,9 +201,64 @@ inline Int gather(const std::uint8_t* table, Int positions) {
     return {_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1)};
 }
 
+inline constexpr Texel_Shape texel_shapes[] = {{2, 8}, {4, 8}};
+
+template <int rows, int columns> inline Int block_texels(const std::uint8_t* first, std::int64_t row_bytes, Int s, Int t) {
+    static_assert(columns == 8 && (rows == 2 || rows == 4));
+    const __m256i column = _mm256_srli_epi32(s.lanes, 16);
+    // Blends look at the highest bit of a lane only.
+    const __m256i row_bit_0 = _mm256_slli_epi32(t.lanes, 15);
+    const auto of_row = [&](int row) {
+        return _mm256_castsi256_ps(
+            _mm256_permutevar8x32_epi32(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(first + row * row_bytes)), column));
+    };
+    const auto of_two_rows = [&](int row) {
+        return _mm256_blendv_ps(of_row(row), of_row(row + 1), _mm256_castsi256_ps(row_bit_0));
+    };
+    if constexpr (rows == 2) {
+        return {_mm256_castps_si256(of_two_rows(0))};
+    } else {
+        const __m256i row_bit_1 = _mm256_slli_epi32(t.lanes, 14);
+        return {_mm256_castps_si256(_mm256_blendv_ps(of_two_rows(0), of_two_rows(2), _mm256_castsi256_ps(row_bit_1)))};
+    }
+}
+
 inline void store_depths(std::uint8_t* to, Int depths, Active active) {
     __m128i* at = reinterpret_cast<__m128i*>(to);
     _mm_storeu_si128(at, _mm_blendv_epi8(_mm_loadu_si128(at), packed_depths(depths), packed_lanes(active)));
+}
+
+struct Depth_Pair {
+    __m256i depths; // 16 bits each
+};
+
+// 16 bits each, all set or clear.
+struct Active_Pair {
+    __m256i lanes;
+};
+
+inline Depth_Pair packed_pair(Int first, Int second) {
+    return {_mm256_permute4x64_epi64(_mm256_packus_epi32(first.lanes, second.lanes), 0xD8)};
+}
+
+inline Depth_Pair load_pair(const std::uint8_t* from, Int) {
+    return {_mm256_loadu_si256(reinterpret_cast<const __m256i*>(from))};
+}
+
+inline void store_pair(std::uint8_t* to, Depth_Pair pair) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), pair.depths);
+}
+
+inline Active_Pair less_or_equal(Depth_Pair a, Depth_Pair b) {
+    return {_mm256_cmpeq_epi16(_mm256_min_epu16(a.depths, b.depths), a.depths)};
+}
+
+inline bool none(Active_Pair a) {
+    return _mm256_movemask_epi8(a.lanes) == 0;
+}
+
+inline bool all(Active_Pair a) {
+    return _mm256_movemask_epi8(a.lanes) == -1;
 }
 
 inline Int load_pixels(const std::uint8_t* from, All) {

@@ -3,6 +3,8 @@
 #pragma once
 
 #include "renderer/kernels/attributes_avx2.inl"
+#include "renderer/kernels/gather_4.inl"
+#include "renderer/kernels/texel_shape.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -60,6 +62,10 @@ template <int bits> inline Int shift_right(Int a) {
     return {_mm512_srli_epi32(a.lanes, bits)};
 }
 
+inline Int shift_right_by(Int a, int bits) {
+    return {_mm512_srl_epi32(a.lanes, _mm_cvtsi32_si128(bits))};
+}
+
 inline Int multiply_halves(Int a, Int b) {
     return {_mm512_mullo_epi16(a.lanes, b.lanes)};
 }
@@ -68,12 +74,38 @@ inline Int multiply_halves_high(Int a, Int b) {
     return {_mm512_mulhi_epu16(a.lanes, b.lanes)};
 }
 
+inline Int mixed_bytes(Int a, Int b, Int weights) {
+    // Weights side by side: w and 255 - w.
+    const __m512i complement = _mm512_set1_epi16(static_cast<short>(0xFF00));
+    const auto weights_of = [&](__m512i lanes) {
+        return _mm512_xor_si512(_mm512_shuffle_epi8(weights.lanes, lanes), complement);
+    };
+    // Bytes less 128 are signed ones, and the sum of the products is less by 128 * 255.
+    const __m512i half = _mm512_set1_epi8(static_cast<char>(0x80));
+    const __m512i from_a = _mm512_xor_si512(a.lanes, half);
+    const __m512i from_b = _mm512_xor_si512(b.lanes, half);
+    // Of v up to 255 * 255, floor(v / 255) = (v + 1) * 257 >> 16.
+    const auto quotients = [&](__m512i pairs, __m512i of_pairs) {
+        return _mm512_mulhi_epu16(_mm512_add_epi16(_mm512_maddubs_epi16(of_pairs, pairs), _mm512_set1_epi16(128 * 255 + 1)),
+                                  _mm512_set1_epi16(257));
+    };
+    const __m512i low = _mm512_broadcast_i32x4(_mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 4, 4, 4, 4, 4, 4, 4, 4));
+    const __m512i high = _mm512_broadcast_i32x4(_mm_setr_epi8(8, 8, 8, 8, 8, 8, 8, 8, 12, 12, 12, 12, 12, 12, 12, 12));
+    return {_mm512_packus_epi16(quotients(_mm512_unpacklo_epi8(from_a, from_b), weights_of(low)),
+                                quotients(_mm512_unpackhi_epi8(from_a, from_b), weights_of(high)))};
+}
+
 inline Int greatest(Int a, Int b) {
     return {_mm512_max_epi32(a.lanes, b.lanes)};
 }
 
 template <int bits> inline Int shift_halves_right(Int a) {
     return {_mm512_srli_epi16(a.lanes, bits)};
+}
+
+inline Int upper_halves_in_both(Int a) {
+    return {_mm512_shuffle_epi8(a.lanes,
+                                _mm512_broadcast_i32x4(_mm_setr_epi8(2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15)))};
 }
 
 inline Active first_lanes(std::int32_t count) {
@@ -150,7 +182,42 @@ inline Int load_indices(const std::uint8_t* from, All) {
 }
 
 inline Int gather(const std::uint8_t* table, Int positions) {
-    return {_mm512_i32gather_epi32(positions.lanes, table, 4)};
+    const __m128i first = gather_4(table, _mm512_castsi512_si128(positions.lanes));
+    const __m128i second = gather_4(table, _mm512_extracti32x4_epi32(positions.lanes, 1));
+    const __m128i third = gather_4(table, _mm512_extracti32x4_epi32(positions.lanes, 2));
+    const __m128i fourth = gather_4(table, _mm512_extracti32x4_epi32(positions.lanes, 3));
+    const __m256i low = _mm256_inserti128_si256(_mm256_castsi128_si256(first), second, 1);
+    const __m256i high = _mm256_inserti128_si256(_mm256_castsi128_si256(third), fourth, 1);
+    return {_mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1)};
+}
+
+inline constexpr Texel_Shape texel_shapes[] = {{2, 16}, {4, 8}, {8, 8}};
+
+template <int rows, int columns> inline Int block_texels(const std::uint8_t* first, std::int64_t row_bytes, Int s, Int t) {
+    const __m512i column = _mm512_srli_epi32(s.lanes, 16);
+    if constexpr (columns == 16) {
+        static_assert(rows == 2);
+        const __m512i position =
+            _mm512_or_si512(column, _mm512_and_si512(_mm512_srli_epi32(t.lanes, 12), _mm512_set1_epi32(0x10)));
+        return {_mm512_permutex2var_epi32(_mm512_loadu_si512(first), position, _mm512_loadu_si512(first + row_bytes))};
+    } else {
+        static_assert(columns == 8 && (rows == 4 || rows == 8));
+        const __m512i position =
+            _mm512_or_si512(column, _mm512_and_si512(_mm512_srli_epi32(t.lanes, 13), _mm512_set1_epi32(0x38)));
+        const auto two_rows = [&](int row) {
+            const auto of_row = [&](int i) {
+                return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(first + i * row_bytes));
+            };
+            return _mm512_inserti64x4(_mm512_castsi256_si512(of_row(row)), of_row(row + 1), 1);
+        };
+        const auto of_four_rows = [&](int row) { return _mm512_permutex2var_epi32(two_rows(row), position, two_rows(row + 2)); };
+        if constexpr (rows == 4) {
+            return {of_four_rows(0)};
+        } else {
+            return {_mm512_mask_blend_epi32(_mm512_test_epi32_mask(position, _mm512_set1_epi32(0x20)), of_four_rows(0),
+                                            of_four_rows(4))};
+        }
+    }
 }
 
 inline void store_depths(std::uint8_t* to, Int depths, Active active) {

@@ -8,6 +8,7 @@
 #include <immintrin.h>
 
 #include "renderer/kernels/gather_4.inl"
+#include "renderer/kernels/texel_shape.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -66,6 +67,10 @@ template <int bits> inline Int shift_right(Int a) {
     return {_mm_srli_epi32(a.lanes, bits)};
 }
 
+inline Int shift_right_by(Int a, int bits) {
+    return {_mm_srl_epi32(a.lanes, _mm_cvtsi32_si128(bits))};
+}
+
 inline Int multiply_halves(Int a, Int b) {
     return {_mm_mullo_epi16(a.lanes, b.lanes)};
 }
@@ -74,12 +79,35 @@ inline Int multiply_halves_high(Int a, Int b) {
     return {_mm_mulhi_epu16(a.lanes, b.lanes)};
 }
 
+inline Int mixed_bytes(Int a, Int b, Int weights) {
+    // Weights side by side: w and 255 - w.
+    const __m128i complement = _mm_set1_epi16(static_cast<short>(0xFF00));
+    const auto weights_of = [&](__m128i lanes) { return _mm_xor_si128(_mm_shuffle_epi8(weights.lanes, lanes), complement); };
+    // Bytes less 128 are signed ones, and the sum of the products is less by 128 * 255.
+    const __m128i half = _mm_set1_epi8(static_cast<char>(0x80));
+    const __m128i from_a = _mm_xor_si128(a.lanes, half);
+    const __m128i from_b = _mm_xor_si128(b.lanes, half);
+    // Of v up to 255 * 255, floor(v / 255) = (v + 1) * 257 >> 16.
+    const auto quotients = [&](__m128i pairs, __m128i of_pairs) {
+        return _mm_mulhi_epu16(_mm_add_epi16(_mm_maddubs_epi16(of_pairs, pairs), _mm_set1_epi16(128 * 255 + 1)),
+                               _mm_set1_epi16(257));
+    };
+    const __m128i low = _mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 4, 4, 4, 4, 4, 4, 4, 4);
+    const __m128i high = _mm_setr_epi8(8, 8, 8, 8, 8, 8, 8, 8, 12, 12, 12, 12, 12, 12, 12, 12);
+    return {_mm_packus_epi16(quotients(_mm_unpacklo_epi8(from_a, from_b), weights_of(low)),
+                             quotients(_mm_unpackhi_epi8(from_a, from_b), weights_of(high)))};
+}
+
 inline Int greatest(Int a, Int b) {
     return {_mm_max_epi32(a.lanes, b.lanes)};
 }
 
 template <int bits> inline Int shift_halves_right(Int a) {
     return {_mm_srli_epi16(a.lanes, bits)};
+}
+
+inline Int upper_halves_in_both(Int a) {
+    return {_mm_shuffle_epi8(a.lanes, _mm_setr_epi8(2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15))};
 }
 
 inline Active lanes_between(std::int32_t begin, std::int32_t end) {
@@ -173,9 +201,57 @@ inline Int gather(const std::uint8_t* table, Int positions) {
     return {gather_4(table, positions.lanes)};
 }
 
+inline constexpr Texel_Shape texel_shapes[] = {{2, 4}};
+
+template <int rows, int columns> inline Int block_texels(const std::uint8_t* first, std::int64_t row_bytes, Int s, Int t) {
+    static_assert(rows == 2 && columns == 4);
+    // The column in each byte, then the number of a byte in the row.
+    const __m128i column = _mm_shuffle_epi8(s.lanes, _mm_setr_epi8(2, 2, 2, 2, 6, 6, 6, 6, 10, 10, 10, 10, 14, 14, 14, 14));
+    const __m128i bytes = _mm_or_si128(_mm_slli_epi32(column, 2), _mm_set1_epi32(0x03020100));
+    const auto of_row = [&](int row) {
+        return _mm_castsi128_ps(
+            _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(first + row * row_bytes)), bytes));
+    };
+    // Blends look at the highest bit of a lane only.
+    return {_mm_castps_si128(_mm_blendv_ps(of_row(0), of_row(1), _mm_castsi128_ps(_mm_slli_epi32(t.lanes, 15))))};
+}
+
 inline void store_depths(std::uint8_t* to, Int depths, Active active) {
     __m128i* at = reinterpret_cast<__m128i*>(to);
     _mm_storel_epi64(at, _mm_blendv_epi8(_mm_loadl_epi64(at), packed_depths(depths), packed_lanes(active)));
+}
+
+struct Depth_Pair {
+    __m128i depths; // 16 bits each
+};
+
+// 16 bits each, all set or clear.
+struct Active_Pair {
+    __m128i lanes;
+};
+
+inline Depth_Pair packed_pair(Int first, Int second) {
+    return {_mm_packus_epi32(first.lanes, second.lanes)};
+}
+
+inline Depth_Pair load_pair(const std::uint8_t* from, Int) {
+    return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(from))};
+}
+
+inline void store_pair(std::uint8_t* to, Depth_Pair pair) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), pair.depths);
+}
+
+inline Active_Pair less_or_equal(Depth_Pair a, Depth_Pair b) {
+    return {_mm_cmpeq_epi16(_mm_min_epu16(a.depths, b.depths), a.depths)};
+}
+
+inline bool none(Active_Pair a) {
+    return _mm_movemask_epi8(a.lanes) == 0;
+}
+
+inline bool all(Active_Pair a) {
+    return _mm_movemask_epi8(a.lanes) == 0xFFFF;
 }
 
 inline Int load_pixels(const std::uint8_t* from, All) {
@@ -237,6 +313,10 @@ inline Int widened_bytes(std::uint32_t bytes) {
 
 inline Int absolute(Int a) {
     return {_mm_abs_epi32(a.lanes)};
+}
+
+inline bool all_at_most(Int a, Int most) {
+    return _mm_movemask_epi8(_mm_cmpeq_epi32(_mm_min_epu32(a.lanes, most.lanes), a.lanes)) == 0xFFFF;
 }
 
 template <int bits> inline Int shift_right_signed(Int a) {

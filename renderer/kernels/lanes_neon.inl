@@ -9,6 +9,7 @@
 #include <arm_neon.h>
 
 #include "renderer/kernels/pixel_words.inl"
+#include "renderer/kernels/texel_shape.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -80,6 +81,10 @@ template <int bits> inline Int shift_right(Int a) {
     return {vshrq_n_u32(a.lanes, bits)};
 }
 
+inline Int shift_right_by(Int a, int bits) {
+    return {vshlq_u32(a.lanes, vdupq_n_s32(-bits))};
+}
+
 inline Int multiply_halves(Int a, Int b) {
     return {vreinterpretq_u32_u16(vmulq_u16(halves(a), halves(b)))};
 }
@@ -96,6 +101,10 @@ inline Int greatest(Int a, Int b) {
 
 template <int bits> inline Int shift_halves_right(Int a) {
     return {vreinterpretq_u32_u16(vshrq_n_u16(halves(a), bits))};
+}
+
+inline Int upper_halves_in_both(Int a) {
+    return {vreinterpretq_u32_u16(vtrn2q_u16(halves(a), halves(a)))};
 }
 
 inline Active first_lanes(std::int32_t count) {
@@ -204,6 +213,18 @@ inline Int gather(const std::uint8_t* table, Int positions) {
     return {vsetq_lane_u32(pixel_at(vgetq_lane_u32(positions.lanes, 3)), pixels, 3)};
 }
 
+inline constexpr Texel_Shape texel_shapes[] = {{4, 4}};
+
+template <int rows, int columns> inline Int block_texels(const std::uint8_t* first, std::int64_t row_bytes, Int s, Int t) {
+    static_assert(rows == 4 && columns == 4);
+    // A number of a texel in each byte, then that of a byte.
+    const uint32x4_t texel = vorrq_u32(vshrq_n_u32(s.lanes, 16), vandq_u32(vshrq_n_u32(t.lanes, 14), vdupq_n_u32(0xC)));
+    const uint32x4_t bytes = vmlaq_n_u32(vdupq_n_u32(0x03020100), texel, 0x04040404);
+    const uint8x16x4_t block{
+        {vld1q_u8(first), vld1q_u8(first + row_bytes), vld1q_u8(first + 2 * row_bytes), vld1q_u8(first + 3 * row_bytes)}};
+    return {vreinterpretq_u32_u8(vqtbl4q_u8(block, vreinterpretq_u8_u32(bytes)))};
+}
+
 inline Int load_pixels(const std::uint8_t* from, All) {
     return {vreinterpretq_u32_u8(vld1q_u8(from))};
 }
@@ -234,6 +255,10 @@ inline void store_first_pixels(std::uint8_t* to, Int pixels, std::int32_t count)
 
 inline Int absolute(Int a) {
     return {vreinterpretq_u32_s32(vabsq_s32(signed_lanes(a)))};
+}
+
+inline bool all_at_most(Int a, Int most) {
+    return vminvq_u32(vcleq_u32(a.lanes, most.lanes)) != 0;
 }
 
 template <int bits> inline Int shift_right_signed(Int a) {

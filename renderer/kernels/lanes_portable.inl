@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "renderer/kernels/pixel_words.inl"
+#include "renderer/kernels/texel_shape.h"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -71,6 +72,11 @@ template <int bits> inline Int shift_right(Int a) {
     return {a.lane >> bits};
 }
 
+// By a number of bits known at run time only.
+inline Int shift_right_by(Int a, int bits) {
+    return {a.lane >> bits};
+}
+
 // The two 16-bit halves of every lane by themselves.
 inline Int multiply_halves(Int a, Int b) {
     return {((a.lane & 0xFFFF) * (b.lane & 0xFFFF) & 0xFFFF) | ((a.lane >> 16) * (b.lane >> 16) << 16)};
@@ -81,6 +87,11 @@ inline Int multiply_halves_high(Int a, Int b) {
     return {(a.lane & 0xFFFF) * (b.lane & 0xFFFF) >> 16 | ((a.lane >> 16) * (b.lane >> 16) & 0xFFFF0000)};
 }
 
+// What a set may lack:
+//   mixed_bytes(a, b, weights)   (a * w + b * (255 - w)) / 255 of each byte, truncated, with a weight w of up to 255 in each lane
+//   packed_pair(first, second)   the depths of two neighbouring groups, 16 bits each; with it go load_pair and store_pair, which
+//                                access the depths of both in memory, less_or_equal, and none and all of its result
+
 // The greater one, with sign.
 inline Int greatest(Int a, Int b) {
     return static_cast<std::int32_t>(a.lane) < static_cast<std::int32_t>(b.lane) ? b : a;
@@ -88,6 +99,11 @@ inline Int greatest(Int a, Int b) {
 
 template <int bits> inline Int shift_halves_right(Int a) {
     return {(a.lane & 0xFFFF) >> bits | (a.lane >> 16 >> bits << 16)};
+}
+
+// The upper half of every lane in both halves.
+inline Int upper_halves_in_both(Int a) {
+    return {a.lane >> 16 | (a.lane & 0xFFFF0000)};
 }
 
 inline Active first_lanes(std::int32_t count) {
@@ -171,6 +187,16 @@ inline Int load_indices(const std::uint8_t* from, All) {
 // The pixel of every lane in a table of 32-bit pixels, wherever it starts.
 inline Int gather(const std::uint8_t* table, Int positions) {
     return {load_word(table + std::size_t{4} * positions.lane)};
+}
+
+// The blocks of texels that a group of lanes can be taken from, those that cost less before others: rows and columns.
+inline constexpr Texel_Shape texel_shapes[] = {{1, 1}};
+
+// A texel of a block for every lane. The rows of the block begin at first and lie row_bytes apart; s and t are columns and rows
+// in the block in 16.16. Lanes beyond the block get any value.
+template <int rows, int columns> inline Int block_texels(const std::uint8_t* first, std::int64_t, Int, Int) {
+    static_assert(rows == 1 && columns == 1);
+    return {load_word(first)};
 }
 
 inline void store_depths(std::uint8_t* to, Int depths, Active active) {
@@ -327,6 +353,16 @@ template <int size> inline std::int32_t x_of(Attributes<size> a) {
 // One attribute in every lane.
 template <int lane, int size> inline Int spread(Attributes<size> a) {
     return splat(a.value[lane]);
+}
+
+// Unsigned, in every lane.
+inline bool lies_within(Attributes<8> a, Attributes<8> most) {
+    for (int i = 0; i < 8; ++i) {
+        if (static_cast<std::uint32_t>(a.value[i]) > static_cast<std::uint32_t>(most.value[i])) {
+            return false;
+        }
+    }
+    return true;
 }
 
 // True when a colour channel of b or c differs from a's by more than the limit. Alpha does not count.

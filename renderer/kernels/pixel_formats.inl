@@ -16,7 +16,7 @@ namespace {
 // Base of the sources that have the same colour in every pixel.
 struct Uniform_Source {
     static constexpr bool moves = false;
-    template <class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
+    template <class Group, class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
     void skip(std::int32_t) {}
     void advance_group(Int) {}
 };
@@ -51,11 +51,15 @@ struct Colour_32 {
 
     template <class Rule, class Target, class Source, class Lanes>
     KRB_ALWAYS_INLINE static void write(const Target& target, std::int32_t, std::uint8_t* at, const Source& source, Lanes lanes) {
-        const Int pixels = source.pixel_lanes();
-        if constexpr (Rule::reads) {
-            store_pixels(at, Rule::combine(target, pixels, source.alpha_lanes(), load(at, lanes)), lanes);
+        if constexpr (requires { Rule::combine_halves(source.red_blue_lanes(), source.alpha_green_lanes(), Int{}, Int{}); }) {
+            store_pixels(at,
+                         Rule::combine_halves(source.red_blue_lanes(), source.alpha_green_lanes(), source.alphas_in_halves(),
+                                              load(at, lanes)),
+                         lanes);
+        } else if constexpr (Rule::reads) {
+            store_pixels(at, Rule::combine(target, source.pixel_lanes(), source.alpha_lanes(), load(at, lanes)), lanes);
         } else {
-            store_pixels(at, pixels, lanes);
+            store_pixels(at, source.pixel_lanes(), lanes);
         }
     }
 };

@@ -49,7 +49,7 @@ struct Gouraud_Source {
     Gouraud_Source(Attributes<8> start, Attributes<8> step)
         : blue(Ramp::from(spread<4>(start), spread<4>(step))), green(Ramp::from(spread<5>(start), spread<5>(step))),
           red(Ramp::from(spread<6>(start), spread<6>(step))), alpha(Ramp::from(spread<7>(start), spread<7>(step))) {}
-    template <class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
+    template <class Group, class Lanes> static Lanes prepare(Lanes lanes) { return lanes; }
     Int pixel_lanes() const {
         return shift_right<16>(blue.value) | (shift_right<8>(green.value) & splat(0xFF00)) | (red.value & splat(0xFF0000)) |
                splat(static_cast<std::int32_t>(0xFF000000));

@@ -2,6 +2,9 @@
 // pixel_formats.inl.
 
 #include <cassert>
+#include <concepts>
+#include <cstddef>
+#include <cstring>
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
@@ -45,6 +48,17 @@ struct Span {
     // Nothing is read and nothing moves: the span is one value in every pixel.
     static constexpr bool is_solid =
         !Source::moves && !Depth::reads && !Pixel::reads && Format::stores_words && Rules::clip != Clip_Rule::patterned;
+    // The bytes of the source are stored.
+    static constexpr bool is_copy = !Depth::reads && !Pixel::reads && requires(const Source& pixels) { pixels.bytes(); };
+    // Depths are tested in pairs of groups where the set has a word for it.
+    template <class Lanes>
+    static constexpr bool tests_pairs =
+        std::same_as<Depth, Less_Or_Equal> && !Rules::hides_transparent && requires(Lanes depths) {
+        packed_pair(depths, depths);
+    };
+    // Transparent pixels are left by the blend.
+    static constexpr bool blends_visible =
+        Rules::hides_transparent && std::same_as<Pixel, Blend> && Format::stores_words && !Depth::reads;
 
     const typename Rules::Target& target;
     std::int32_t row;
@@ -94,10 +108,17 @@ private:
             }
             return;
         }
+        if constexpr (is_copy) {
+            copy_pixels(column, count);
+            return;
+        }
         const std::int32_t whole = count - (count & (lane_count - 1));
         draw_whole_groups(column, whole);
         if (count > whole) {
             const Tail tail = tail_of(column + whole, count - whole, target.width);
+            if constexpr (Rules::fetches_ahead) {
+                fetch_group(rows_to_come(), tail.column);
+            }
             rewind(tail);
             draw_drawable(tail.column, tail.lanes);
         }
@@ -114,7 +135,7 @@ private:
         }
         while (count > 0) {
             const std::int32_t open = stretch_of(mask_row, column, count, 0);
-            if constexpr (is_solid) {
+            if constexpr (is_solid || is_copy) {
                 if (open == count) {
                     draw_open(column, count);
                     return;
@@ -164,25 +185,67 @@ private:
             if (count > 0) {
                 fill_solid(column, count);
             }
+        } else if constexpr (is_copy) {
+            copy_pixels(column, count);
         } else if (count > 0) {
-            const std::uint8_t* color_ahead = color_row;
-            const std::uint8_t* depth_ahead = depth_row;
+            [[maybe_unused]] Rows ahead{};
             if constexpr (Rules::fetches_ahead) {
-                const std::int32_t later = Rules::row_to_come(target, row);
-                color_ahead = target.color_rows[later];
-                depth_ahead = Depth::reads ? target.depth_rows[later] : nullptr;
+                ahead = rows_to_come();
             }
+            // In short spans a group without a partner would be too frequent.
+            const bool in_pairs = count >= 12 * lane_count;
             for (; count > 0; count -= lane_count, column += lane_count) {
                 if constexpr (Rules::fetches_ahead) {
-                    KRB_FETCH_TO_WRITE(color_ahead + std::int64_t{pixel_bytes} * column);
-                    if constexpr (Depth::reads) {
-                        KRB_FETCH_TO_WRITE(depth_ahead + std::int64_t{2} * column);
+                    fetch_group(ahead, column);
+                }
+                if constexpr (tests_pairs<Int>) {
+                    if (in_pairs && count >= 2 * lane_count && draw_pair(column, depth.value)) {
+                        column += lane_count;
+                        count -= lane_count;
+                        continue;
                     }
                 }
                 draw_drawable(column, All{});
                 advance_group();
             }
         }
+    }
+
+    struct Rows {
+        const std::uint8_t* color;
+        const std::uint8_t* depth;
+    };
+
+    KRB_ALWAYS_INLINE Rows rows_to_come() const {
+        const std::int32_t later = Rules::row_to_come(target, row);
+        return {target.color_rows[later], Depth::reads ? target.depth_rows[later] : nullptr};
+    }
+
+    KRB_ALWAYS_INLINE static void fetch_group(const Rows& rows, std::int32_t column) {
+        KRB_FETCH_TO_WRITE(rows.color + std::int64_t{pixel_bytes} * column);
+        if constexpr (Depth::reads) {
+            KRB_FETCH_TO_WRITE(rows.depth + std::int64_t{2} * column);
+        }
+    }
+
+    // Two groups whose pixels all pass the depth test or all fail. False if it is neither: then nothing is done.
+    template <class Lanes> KRB_ALWAYS_INLINE bool draw_pair(std::int32_t column, Lanes first) {
+        const auto depths_of = [](Lanes value) { return shift_right<15>(value) & splat(0xFFFF); };
+        std::uint8_t* const at = depth_row + std::int64_t{2} * column;
+        const auto depths = packed_pair(depths_of(first), depths_of(first + splat(lane_count) * depth.step));
+        const auto passed = less_or_equal(depths, load_pair(at, first));
+        if (all(passed)) {
+            store_pair(at, depths);
+            write<Pixel>(column, source.template prepare<All>(All{}));
+            advance_group();
+            write<Pixel>(column + lane_count, source.template prepare<All>(All{}));
+        } else if (none(passed)) {
+            advance_group();
+        } else {
+            return false;
+        }
+        advance_group();
+        return true;
     }
 
     // count is at least lane_count: whole vectors at aligned addresses, and one at each end that may overlap them.
@@ -207,6 +270,33 @@ private:
         store_pixels(last, source.pixel_lanes(), All{});
     }
 
+    // Prefetches each cache line once: of the row to come, and of the source's next row where rows lie one behind the other.
+    void copy_pixels(std::int32_t column, std::int32_t count) {
+        constexpr std::int64_t line_bytes = 64;
+        std::uint8_t* to = color_row + std::int64_t{pixel_bytes} * column;
+        const std::uint8_t* from = source.bytes();
+        const std::int64_t ahead = rows_to_come().color - color_row;
+        std::int64_t bytes = std::int64_t{pixel_bytes} * count;
+        const auto copy_line = [&] {
+            KRB_FETCH_TO_WRITE(to + ahead);
+            KRB_FETCH_EARLY(from + source.row_bytes());
+            std::memcpy(to, from, std::size_t{line_bytes});
+            to += line_bytes;
+            from += line_bytes;
+        };
+        // Four at once, since processors foresee the end of a short loop only.
+        for (; bytes >= 4 * line_bytes; bytes -= 4 * line_bytes) {
+            copy_line();
+            copy_line();
+            copy_line();
+            copy_line();
+        }
+        if (bytes > 0) {
+            std::memcpy(to, from, static_cast<std::size_t>(bytes));
+        }
+        source.skip(count);
+    }
+
     // Inlined, so that the span's values stay in registers.
     KRB_ALWAYS_INLINE void advance_group() {
         if constexpr (Depth::reads || Source::moves) {
@@ -225,7 +315,7 @@ private:
         }
     }
 
-    template <class Lanes> void draw_drawable(std::int32_t column, Lanes lanes) {
+    template <class Lanes> KRB_ALWAYS_INLINE void draw_drawable(std::int32_t column, Lanes lanes) {
         if constexpr (Depth::reads) {
             std::uint8_t* at = depth_row + std::int64_t{2} * column;
             const Int depths = shift_right<15>(depth.value) & splat(0xFFFF);
@@ -236,18 +326,21 @@ private:
                     return;
                 }
             }
-            const Active visible = visible_lanes(passed);
+            const Active visible = visible_lanes<Lanes>(passed);
             if (Depth::writes(target)) {
                 store_depths(at, depths, visible);
             }
-            write(column, visible);
+            write<Pixel>(column, visible);
+        } else if constexpr (blends_visible) {
+            write<Visible_Blend>(column, source.template prepare<Lanes>(lanes));
         } else {
-            write(column, visible_lanes(lanes));
+            write<Pixel>(column, visible_lanes<Lanes>(lanes));
         }
     }
 
-    template <class Lanes> auto visible_lanes(Lanes lanes) {
-        const auto prepared = source.prepare(lanes);
+    // Group is All for groups that lie in the span as a whole.
+    template <class Group, class Lanes> KRB_ALWAYS_INLINE auto visible_lanes(Lanes lanes) {
+        const auto prepared = source.template prepare<Group>(lanes);
         if constexpr (Rules::hides_transparent) {
             return without(prepared & first_lanes(lane_count), equal(source.alpha_lanes(), splat(0)));
         } else {
@@ -255,8 +348,8 @@ private:
         }
     }
 
-    template <class Lanes> void write(std::int32_t column, Lanes lanes) {
-        Format::template write<Pixel>(target, row, color_row + std::int64_t{pixel_bytes} * column, source, lanes);
+    template <class Rule, class Lanes> KRB_ALWAYS_INLINE void write(std::int32_t column, Lanes lanes) {
+        Format::template write<Rule>(target, row, color_row + std::int64_t{pixel_bytes} * column, source, lanes);
     }
 };
 

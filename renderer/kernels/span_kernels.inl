@@ -52,20 +52,23 @@ template <class Format> struct Image_Source {
     std::int32_t position = 0; // of lane 0 in the source
     Int pixels = splat(0);
 
-    template <class Lanes> Lanes prepare(Lanes lanes) {
-        if constexpr (Is_Whole_Group<Lanes>::value) {
+    template <class Group, class Lanes> Lanes prepare(Lanes lanes) {
+        if constexpr (Is_Whole_Group<Group>::value) {
             // The next row, where rows lie one behind the other.
-            KRB_FETCH_EARLY(source + (position + count) * pixel_bytes);
+            KRB_FETCH_EARLY(bytes() + row_bytes());
         }
-        if constexpr (masked_memory || Is_Whole_Group<Lanes>::value) {
-            pixels = Format::load(source + position * pixel_bytes, lanes);
+        if constexpr (masked_memory || Is_Whole_Group<Group>::value) {
+            pixels = Format::load(bytes(), lanes);
         } else if (position >= 0 && count - position >= lane_count) {
-            pixels = Format::load(source + position * pixel_bytes, All{});
+            pixels = Format::load(bytes(), All{});
         } else {
             pixels = loaded_from_end();
         }
         return lanes;
     }
+    // Of lane 0.
+    const std::uint8_t* bytes() const { return source + position * pixel_bytes; }
+    std::int64_t row_bytes() const { return count * pixel_bytes; }
     Int pixel_lanes() const { return pixels; }
     Int alpha_lanes() const { return shift_right<24>(pixels); }
     Int index_lanes(const Pixel_Target&, Int) const { return pixels; }
@@ -119,20 +122,15 @@ void copy(const Pixel_Target& target, Pixel_Span span, const std::uint8_t* sourc
     using Rules = Copy_Rules<c>;
     using Source = Image_Source<typename Rules::Format>;
     assert(lies_in_window(target, span.row, span.column, span.count) && source);
-    std::uint8_t* const color_row = target.color_rows[span.row];
-    if constexpr (Rules::Format::bytes == 1 && c.depth == Depth_Rule::none && c.clip == Clip_Rule::open) {
-        std::memcpy(color_row + span.column, source, static_cast<std::size_t>(span.count));
-    } else {
-        std::uint8_t* depth_row = nullptr;
-        Ramp ramp{splat(0), splat(0)};
-        if constexpr (Rules::Depth::reads) {
-            depth_row = target.depth_rows[span.row];
-            ramp = Ramp::from(splat(depth.value), splat(depth.step));
-        }
-        Span<Rules, Source>{target, span.row, color_row, depth_row, Source{source, span.count}, ramp, false}.draw(span.column,
-                                                                                                                  span.count);
-        clear_upper_halves();
+    std::uint8_t* depth_row = nullptr;
+    Ramp ramp{splat(0), splat(0)};
+    if constexpr (Rules::Depth::reads) {
+        depth_row = target.depth_rows[span.row];
+        ramp = Ramp::from(splat(depth.value), splat(depth.step));
     }
+    Span<Rules, Source>{target, span.row, target.color_rows[span.row], depth_row, Source{source, span.count}, ramp, false}.draw(
+        span.column, span.count);
+    clear_upper_halves();
 }
 
 struct Fill_Kernel_Of {

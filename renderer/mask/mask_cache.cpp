@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "renderer/core/software_z_buffer.h"
+#include "renderer/mask/region_mask.h"
 
 namespace krb {
 
@@ -19,12 +20,6 @@ void put_at_head(Mask_Cache_Data& cache, Frame_Buffer_Mask& mask) noexcept {
     mask.older = cache.newest;
     (cache.newest ? cache.newest->newer : cache.oldest) = &mask;
     cache.newest = &mask;
-}
-
-void rasterize(Frame_Buffer_Mask& mask, const Software_Z_Buffer& renderer, const VT_Contour_Set& clip) {
-    mask.establish_configuration(renderer.window_size.x, renderer.window_size.y, renderer.window_origin.x,
-                                 renderer.window_origin.y);
-    mask.clear_and_rasterize_mask(clip);
 }
 
 } // namespace
@@ -52,13 +47,13 @@ bool find_mask(Software_Z_Buffer& renderer, const VT_Rendition& rendition) {
         }
     }
     if (cache.count >= cache.capacity) {
-        Frame_Buffer_Mask& reused = *cache.oldest;
-        rasterize(reused, renderer, *clip);
+        auto& reused = static_cast<Region_Mask&>(*cache.oldest);
+        reused.rasterize(renderer.window_size, renderer.window_origin, *clip);
         unlink(cache, reused);
         put_at_head(cache, reused);
     } else {
-        auto mask = std::make_unique<Frame_Buffer_Mask>();
-        rasterize(*mask, renderer, *clip);
+        auto mask = std::make_unique<Region_Mask>();
+        mask->rasterize(renderer.window_size, renderer.window_origin, *clip);
         put_at_head(cache, *mask.release());
         ++cache.count;
     }

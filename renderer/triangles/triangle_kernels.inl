@@ -8,6 +8,8 @@
 #include "renderer/triangles/small_triangles.h"
 #include "renderer/triangles/triangle_kernels.h"
 #include "renderer/triangles/triangle_setup.inl"
+// Uses triangle_setup.inl.
+#include "renderer/triangles/texture_sources.inl"
 #ifdef KRB_BATCH_LANES
 #include KRB_BATCH_LANES
 #include "renderer/triangles/small_triangles.inl"
@@ -19,76 +21,6 @@ namespace {
 constexpr bool is_flat(Triangle_Configuration c) {
     return c.shading == Shading::flat;
 }
-
-// Texels times a colour that moves along the span, channels of 16 bits. Steps that were rounded down can lead a little below 0 at
-// the end of a span, which counts as 0. In spans of two pixels the colour channels, but not alpha, are twice as large, so that
-// the half unit of the mean is not lost before the product.
-struct Texture_Source {
-    static constexpr bool moves = true;
-    Gouraud_Source color;
-    Ramp s, t;
-    const std::uint8_t* texels;
-    std::int32_t width_mask, height_mask;
-    bool is_doubled;
-    Int pixels, alphas;
-
-    Texture_Source(const Triangle_Target& target, const Texture_Span_Values& values)
-        : color(values.is_doubled ? values.doubled_start : values.start, values.is_doubled ? values.doubled_step : values.step),
-          s(Ramp::from(spread<2>(values.start), spread<2>(values.step))),
-          t(Ramp::from(spread<3>(values.start), spread<3>(values.step))), texels(target.texels),
-          width_mask(target.texture_width_mask), height_mask(target.texture_height_mask), is_doubled(values.is_doubled),
-          pixels(splat(0)), alphas(splat(0)) {
-        color.alpha = Ramp::from(spread<7>(values.start), spread<7>(values.step));
-    }
-
-    // Pixels off the texture are not drawn; it does not repeat. The first texel row is the top one.
-    template <class Lanes> Active prepare(Lanes lanes) {
-        const Int column = shift_right<16>(s.value);
-        const Int row = shift_right<16>(t.value);
-        const Int outside = (column & splat(~width_mask)) | (row & splat(~height_mask));
-        const Int stored_row = splat(height_mask) - (row & splat(height_mask));
-        modulate(gather(texels, stored_row * splat(width_mask + 1) + (column & splat(width_mask))));
-        return lanes & equal(outside, splat(0));
-    }
-    Int pixel_lanes() const { return pixels; }
-    Int alpha_lanes() const { return alphas; }
-    Int index_lanes(const Pixel_Target& target, Int thresholds) const {
-        return Dithered_Color::of_pixels(target, pixels).indices(*target.dither, thresholds);
-    }
-    void skip(std::int32_t count) {
-        color.skip(count);
-        s.skip(count);
-        t.skip(count);
-    }
-    void advance_group(Int lanes) {
-        color.advance_group(lanes);
-        s.advance_group(lanes);
-        t.advance_group(lanes);
-    }
-
-private:
-    // Two channels a product, in the halves of a lane.
-    void modulate(Int texel) {
-        const Int red_blue = texel & splat(0x00FF00FF);
-        const Int alpha_green = shift_right<8>(texel) & splat(0x00FF00FF);
-        const auto level = [](const Ramp& channel) { return greatest(channel.value, splat(0)); };
-        const auto modulated = [](Int bytes, Int upper, Int lower) {
-            return multiply_halves_high(bytes, shift_left<16>(upper) | lower);
-        };
-        if (is_doubled) {
-            const Int byte = splat(0xFF);
-            const Int blue = shift_right<17>((texel & byte) * level(color.blue));
-            const Int red = shift_right<17>(shift_right<16>(red_blue) * level(color.red));
-            const Int green = shift_right<17>((alpha_green & byte) * level(color.green));
-            pixels = blue | shift_left<8>(green) | shift_left<16>(red);
-            alphas = shift_right<16>(shift_right<24>(texel) * level(color.alpha));
-        } else {
-            const Int products = modulated(alpha_green, level(color.alpha), level(color.green));
-            pixels = modulated(red_blue, level(color.red), level(color.blue)) | shift_left<8>(products);
-            alphas = shift_right<16>(products);
-        }
-    }
-};
 
 // ---- rules of a configuration
 
@@ -142,10 +74,11 @@ template <Triangle_Configuration c, int size> struct Filler {
     Flat flat;     // of flat triangles
     Flat contrast; // of a pattern's gaps
     Span_Limits limits;
+    Texture_Range<c.shading> range;
 
     Filler(const Triangle_Target& where, VT_RGB32 color)
         : target(where), flat(where, color), contrast(where, c.clip == Clip_Rule::patterned ? where.pattern->contrast : color),
-          limits(where) {}
+          limits(where), range(where) {}
 
     void set_color(VT_RGB32 color) { flat = Flat(target, color); }
 
@@ -174,8 +107,13 @@ template <Triangle_Configuration c, int size> struct Filler {
             draw(row, column, skipped, drawn, flat, Ramp{splat(0), splat(0)});
         } else if constexpr (c.shading == Shading::textured) {
             const Texture_Span_Values values(left, right, count);
-            draw(row, column, skipped, drawn, Texture_Source(target, values),
-                 Ramp::from(spread<1>(values.start), spread<1>(values.step)));
+            const Ramp depth = Ramp::from(spread<1>(values.start), spread<1>(values.step));
+            // Spans of one group would not make up for the longer set-up.
+            if (count > lane_count && range.holds(values, count)) {
+                draw(row, column, skipped, drawn, Inner_Texture_Source(target, values), depth);
+            } else {
+                draw(row, column, skipped, drawn, Texture_Source(target, values), depth);
+            }
         } else {
             const Span_Values<size> values(left, right, count);
             const Ramp depth = Ramp::from(spread<1>(values.start), spread<1>(values.step));

@@ -1,7 +1,8 @@
 #!/bin/sh
 # usage: global_names.sh COMPILER FOLDER
 #
-# The headers below a folder declare nothing outside of namespace vorna, and define no macro, but under the host's names.
+# The headers below a folder declare nothing outside of namespace vorna, and define no macro, but under the host's names and those of
+# the C interface.
 set -eu
 compiler=$1
 folder=$(cd "$2" && pwd)
@@ -11,7 +12,7 @@ headers=$(find "$folder" -name '*.h' | sort)
 printf '#include "%s"\n' $headers | $compiler -std=c++20 -x c++ -E -dD "-I$folder" - | awk -v folder="$folder/" '
     function check(kind, name) {
         ++count
-        if (name !~ /^(V[TD]_[A-Za-z0-9_]+|VORNA(_[A-Z_]+)?|SHARED|Action_Slot|Buffer_Format|Frame_Buffer(_Mask)?)$/) {
+        if (name !~ /^(V[TD]_[A-Za-z0-9_]+|vorna_[a-z0-9_]+|VORNA(_[A-Z_]+)?|SHARED|Action_Slot|Buffer_Format|Frame_Buffer(_Mask)?)$/) {
             print kind ": " name
             failed = 1
         }
@@ -33,7 +34,7 @@ printf '#include "%s"\n' $headers | $compiler -std=c++20 -x c++ -E -dD "-I$folde
         sub(/ *\[.*/, "", plain)
         gsub(/ final *$|[ *&]+$/, "", plain)
         sub(/.*[^A-Za-z0-9_]/, "", plain)
-        if (plain != "" && plain != "static_assert" && plain != "extern") check("global name", plain)
+        if (plain != "" && plain != "static_assert" && plain != "extern" && plain != "enum") check("global name", plain)
     }
 
     /^# [0-9]+ "/ {

@@ -44,7 +44,7 @@ def test_comparisons_find_what_differs(tmp_path, command):
     for name, pixels in (("a", a), ("b", b)):
         vorna.Image(pixels).save(tmp_path / f"{name}.png")
     found = vorna.compare(a, b)
-    assert not found and (found.count, found.most) == (2, 3)
+    assert not found and (found.differing, found.most) == (2, 3)
     line = command("compare", tmp_path / "a.png", tmp_path / "b.png") or str(found)
     assert vorna.compare(tmp_path / "a.png", tmp_path / "b.png") == found and line.strip() in (found.text, "")
     assert vorna.compare(a, b, 3) and not vorna.compare(a, b, 2)
@@ -52,7 +52,7 @@ def test_comparisons_find_what_differs(tmp_path, command):
     assert vorna.compare(a, a.copy()).text.startswith("same: 8 x 6 pixels")
     assert "different sizes" in vorna.compare(a, a[:3]).text
     ids = np.array([[0, 1], [2, -1]], np.int32)
-    assert vorna.compare(ids, ids) and vorna.compare(ids, ids + 1).count == 4
+    assert vorna.compare(ids, ids) and vorna.compare(ids, ids + 1).differing == 4
     with pytest.raises(ValueError, match="tolerance: expected"):
         vorna.compare(a, b, "much")
     with pytest.raises(ValueError, match=r"image: expected .*found \(3,\) float64"):

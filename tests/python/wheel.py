@@ -27,8 +27,10 @@ def main(source, build, folder):
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
     environment = {name: value for name, value in os.environ.items() if name != "PYTHONPATH"}
-    subprocess.run([sys.executable, "setup.py", "-q", "bdist_wheel", "-d", folder / "dist", "-b", folder / "build"], cwd=source,
-                   env={**environment, "VORNA_BUILD": str(build)}, check=True)
+    (folder / "egg").mkdir()
+    subprocess.run([sys.executable, "-W", "ignore", "setup.py", "-q", "egg_info", "-e", folder / "egg", "build", "-b",
+                    folder / "build", "bdist_wheel", "-d", folder / "dist"],
+                   cwd=source, env={**environment, "VORNA_BUILD": str(build)}, check=True)
     (wheel,) = (folder / "dist").glob("vorna-*.whl")
     venv.create(folder / "venv", system_site_packages=True, with_pip=True)
     python = folder / "venv" / "bin" / "python"

@@ -8,9 +8,11 @@
 
 #include <gtest/gtest.h>
 
+#include "host/contour.h"
 #include "renderer/configuration_words.h"
 #include "renderer/kernels/kernel_sets.h"
 #include "renderer/lines/line_setup.h"
+#include "renderer/mask/region_mask.h"
 #include "tests/support/random_rules.h"
 
 namespace {
@@ -118,7 +120,14 @@ struct Random_Polyline {
 
     explicit Random_Polyline(Call& call) {
         for (std::int32_t i = 2 + call.below(12); i > 0; --i) {
-            points.push_back(call.below(8) == 0 && !points.empty() ? points.back() : call.point(call.below(3) * 12));
+            if (points.empty() || call.below(2) == 0) {
+                points.push_back(call.point(call.below(3) * 12));
+            } else {
+                const VT_DCI_Point& last = points.back();
+                const std::int32_t reach = call.below(4) * 6;
+                const auto near = [&](std::int32_t coordinate) { return coordinate + call.below(2 * reach + 1) - reach; };
+                points.push_back({near(last.x), near(last.y), call.below(65536)});
+            }
             colors.push_back(call.color());
         }
     }
@@ -134,6 +143,45 @@ TEST(Kernel_Lists, polylines_are_the_same_in_every_set) {
                                      c.shading == krb::Line_Shading::flat && call.below(2) == 0,
                                      static_cast<std::uint8_t>(call.below(256))};
         call.expect_same_bytes(words, [&](const krb::Kernel_Set& set) { set.lines->polylines[c](target, polyline); });
+    });
+}
+
+TEST(Kernel_Lists, short_segments_in_all_directions_are_the_same_in_every_set) {
+    Call call(1);
+    const krb::Line_Configuration c = krb::polyline_configurations.each[0];
+    ASSERT_TRUE(c.shading == krb::Line_Shading::index && c.pixel == krb::Pixel_Rule::store && c.clip == krb::Clip_Rule::open);
+    const auto target = call.target<krb::Line_Target>(c.clip);
+    for (std::int32_t dy = -17; dy <= 17; ++dy) {
+        for (std::int32_t dx = -17; dx <= 17; ++dx) {
+            const VT_DCI_Point points[] = {{30, 20, 0}, {30 + dx, 20 + dy, 0}};
+            const krb::Polyline polyline{2, points, nullptr, true, static_cast<std::uint8_t>(call.below(256))};
+            call.expect_same_bytes(krb::words_of(c) + " to " + std::to_string(dx) + ", " + std::to_string(dy),
+                                   [&](const krb::Kernel_Set& set) { set.lines->polylines[c](target, polyline); });
+        }
+    }
+}
+
+TEST(Kernel_Lists, masked_polylines_do_not_depend_on_what_is_known_of_the_mask) {
+    for_every(krb::polyline_configurations, [](const krb::Line_Configuration& c, const std::string& words, Call& call) {
+        if (c.clip != krb::Clip_Rule::masked) {
+            return;
+        }
+        VT_Contour_Set::Contour triangle;
+        for (int i = 0; i < 3; ++i) {
+            const VT_DCI_Point corner = call.point(40);
+            triangle.push_back({static_cast<float>(corner.x), static_cast<float>(corner.y), 0});
+        }
+        krb::Region_Mask mask;
+        mask.rasterize({width, height}, {0, 0}, VT_Contour_Set({triangle}));
+        const Random_Polyline line(call);
+        auto target = call.target<krb::Line_Target>(c.clip);
+        target.mask_rows = mask.rows();
+        const krb::Polyline polyline{static_cast<std::int32_t>(line.points.size()), line.points.data(), line.colors.data(), false,
+                                     7};
+        call.expect_same_bytes(words, [&](const krb::Kernel_Set& set) {
+            target.clipped_cells = &set == &krb::portable_kernel_set() ? krb::Clipped_Cells{} : mask.clipped_cells();
+            set.lines->polylines[c](target, polyline);
+        });
     });
 }
 

@@ -3,6 +3,7 @@
 
 #include "renderer/core/software_z_buffer.h"
 #include "renderer/mask/mask_cache.h"
+#include "renderer/mask/region_mask.h"
 #include "vorna/draw.h"
 
 namespace {
@@ -75,6 +76,36 @@ TEST_F(Mask_Cache, looks_for_the_shifted_clip_only_when_an_offset_is_negative) {
     EXPECT_EQ(renderer.mask_cache->count, 2);
     ASSERT_TRUE(krb::find_mask(renderer, *rendition));
     EXPECT_EQ(renderer.mask_cache->count, 2);
+}
+
+// A window whose last cells are cut off.
+TEST(Region_Mask, counts_the_cells_with_excluded_pixels_in_the_window) {
+    const VT_Int_Pair size{100, 70};
+    const VT_Contour_Set::Contour triangle{{-10, -10, 0}, {180, -10, 0}, {40, 110, 0}};
+    krb::Region_Mask mask;
+    mask.rasterize(size, {0, 0}, VT_Contour_Set({triangle}));
+    std::uint32_t clipped[3][4] = {};
+    std::uint32_t sum = 0;
+    for (std::int32_t y = 0; y < size.y; ++y) {
+        for (std::int32_t x = 0; x < size.x; ++x) {
+            if ((mask.row(y)[x >> 3] & 0x80 >> (x & 7)) != 0) {
+                clipped[y / 32][x / 32] = 1;
+            }
+        }
+    }
+    const krb::Clipped_Cells cells = mask.clipped_cells();
+    ASSERT_EQ(cells.row, 5);
+    for (std::int32_t rows = 0; rows <= 3; ++rows) {
+        for (std::int32_t columns = 0; columns <= 4; ++columns) {
+            std::uint32_t expected = 0;
+            for (std::int32_t i = 0; i < rows * 4; ++i) {
+                expected += i % 4 < columns ? clipped[i / 4][i % 4] : 0;
+            }
+            EXPECT_EQ(cells.before[rows * cells.row + columns], expected) << columns << " columns, " << rows << " rows";
+            sum = expected;
+        }
+    }
+    EXPECT_TRUE(0 < sum && sum < 12) << "some cells are clipped and some are not";
 }
 
 TEST_F(Mask_Cache, is_shared_through_the_option_emptied_at_establish_and_gone_without_it) {

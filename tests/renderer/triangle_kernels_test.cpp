@@ -115,18 +115,27 @@ struct Scene {
         for (std::int32_t row = 0; row < Canvas::height; ++row) {
             mask_rows.push_back(mask.data() + row * mask_stride);
         }
-        target.texture_width_mask = (1 << below(5)) - 1;
-        target.texture_height_mask = (1 << below(5)) - 1;
+        target.texture_width_mask = (1 << below(7)) - 1;
+        target.texture_height_mask = (1 << below(7)) - 1;
         for (std::int32_t i = 0; i < (target.texture_width_mask + 1) * (target.texture_height_mask + 1); ++i) {
             texels.push_back(random_color(random));
         }
         for (std::int32_t i = 0; i < 256; ++i) {
             palette.push_back(random_color(random));
         }
-        // A little more than the texture, so that some pixels lie off it.
+        // The whole texture or a small part of it, at an edge or between them, so that neighbouring pixels take texels that lie
+        // far apart, close together or next to the end of the texture. Half of the scenes have pixels that lie off the texture.
+        const std::int32_t outside = 0x8000 * below(2);
+        const auto coordinate_along = [&](std::int32_t last_texel) {
+            const std::int32_t size = ((last_texel + 1) << 16) + 2 * outside;
+            return [&below, size, outside, part = size >> below(6), place = below(3)] {
+                return (size - part) / 2 * place + below(static_cast<std::uint32_t>(part)) - outside;
+            };
+        };
+        const auto s = coordinate_along(target.texture_width_mask);
+        const auto t = coordinate_along(target.texture_height_mask);
         for (std::size_t i = 0; i < points.size(); ++i) {
-            coordinates.push_back({below(static_cast<std::uint32_t>(target.texture_width_mask + 2) << 16) - 0x8000,
-                                   below(static_cast<std::uint32_t>(target.texture_height_mask + 2) << 16) - 0x8000});
+            coordinates.push_back({s(), t()});
         }
         target.dither_bias = 128 * below(2);
         target.width = Canvas::width;

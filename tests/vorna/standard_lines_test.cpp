@@ -11,6 +11,7 @@
 #include "tests/support/scene.h"
 #include "tests/support/test_renderer.h"
 #include "vorna/draw.h"
+#include "vorna/standard/conversion.h"
 
 namespace {
 
@@ -246,6 +247,21 @@ TEST_P(Standard_Lines, keep_to_hard_and_complex_clip) {
                     ASSERT_EQ(clipped[i] != 0, expected[i] != 0) << "seed " << seed << ", pixel " << x << ' ' << y;
                 }
             }
+        }
+    }
+}
+
+TEST(Standard_Line, near_points_are_rounded_as_far_ones) {
+    constexpr double none = std::numeric_limits<double>::quiet_NaN(), infinite = std::numeric_limits<double>::infinity();
+    const double edge = vorna::farthest_coordinate;
+    const double values[] = {0,    0.49999999, 0.5,  -0.5,      1.5,        -1.5,  -1.50000001, -7,       edge - 0.5,
+                             edge, edge + 0.5, 1e30, -edge + 1, 0.5 - edge, -edge, -edge - 1,   infinite, none};
+    for (const double x : values) {
+        for (const double other : {-0.5, none}) {
+            const VT_DCI_Point point = vorna::nearest_point(VT_Point_D{x, other, x});
+            EXPECT_EQ(point.x, vorna::nearest_coordinate(x)) << x;
+            EXPECT_EQ(point.y, vorna::nearest_coordinate(other)) << x;
+            EXPECT_EQ(point.z, vorna::nearest_coordinate(x)) << x;
         }
     }
 }

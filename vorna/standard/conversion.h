@@ -20,8 +20,26 @@ constexpr std::int32_t nearest_coordinate(double value) noexcept {
     return nearest_integer(value, -farthest_coordinate, farthest_coordinate);
 }
 
+// Almost all points are near, and are rounded without a branch. Coordinates are set one by one, and not as parts of a point that
+// is then copied: a load of two coordinates that were just stored one by one waits for all earlier stores.
 template <class Point> constexpr VT_DCI_Point nearest_point(const Point& point) noexcept {
-    return {nearest_coordinate(point.x), nearest_coordinate(point.y), nearest_coordinate(point.z)};
+    constexpr double farthest = farthest_coordinate;
+    const auto is_near = [](double v) { return -farthest <= v && v <= farthest; };
+    const auto near = [](double v) {
+        const auto whole = static_cast<std::int32_t>(v + 0.5);
+        return whole - (v + 0.5 < whole ? 1 : 0);
+    };
+    std::int32_t x, y, z;
+    if (is_near(point.x) && is_near(point.y) && is_near(point.z)) {
+        x = near(point.x);
+        y = near(point.y);
+        z = near(point.z);
+    } else {
+        x = nearest_coordinate(point.x);
+        y = nearest_coordinate(point.y);
+        z = nearest_coordinate(point.z);
+    }
+    return {x, y, z};
 }
 
 template <class Point> Scratch<VT_DCI_Point> rounded_points(std::int32_t count, const Point* points) {
@@ -44,11 +62,12 @@ void draw_rounded(const Slot& slot, VT_Renderer_Data& renderer, const VT_Renditi
 template <class Device_Slot, class Slot, class... Arguments>
 void draw_rounded_inside(const Device_Slot& device_slot, const Slot& slot, VT_Renderer_Data& renderer,
                          const VT_Rendition& rendition, std::int32_t count, const VT_Point* points, Arguments... arguments) {
-    Scratch<VT_DCI_Point> whole = rounded_points(count, points);
+    Scratch<VT_DCI_Point> whole(count);
     const VT_Int_Rectangle window = window_rectangle(renderer.current_renderer_options());
     bool is_inside = true;
     for (std::int32_t i = 0; i < count; ++i) {
-        is_inside = is_inside && contains(window, whole[i].x, whole[i].y);
+        whole[i] = nearest_point(points[i]);
+        is_inside &= contains(window, whole[i].x, whole[i].y);
     }
     if (is_inside) {
         device_slot(renderer, rendition, count, whole.data(), arguments...);

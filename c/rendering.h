@@ -1,0 +1,26 @@
+// What images of models and of maps have in common.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "c/handles.h"
+#include "drawing/drawing.h"
+#include "vorna/c_model.h"
+
+namespace vorna::c {
+
+inline std::optional<VT_RGB32> color_or_none(const vorna_color* color) {
+    return color ? std::optional(host_color(*color)) : std::nullopt;
+}
+
+// Null stands for the defaults.
+drawing::Image_Settings image_settings_of(const vorna_image_settings* settings);
+
+std::unique_ptr<vorna_image> image_of(const drawing::Image& image);
+
+// digest: null, or 65 bytes.
+void give_digest(const std::string& digits, char* digest);
+
+} // namespace vorna::c

@@ -1,0 +1,385 @@
+// The canvas as Python sees it.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "python/src/attributes.h"
+#include "python/src/call_arrays.h"
+#include "python/src/options.h"
+
+namespace vorna::python {
+
+using Type = Rows_View::Type;
+
+// The drawing functions by the type of points: the forms that take points anywhere.
+template <class Point> struct Forms;
+#define VORNA_FORMS(Point, FORM)                                                                                                 \
+    template <> struct Forms<Point> {                                                                                            \
+        static constexpr auto polyline = VD_Draw_##FORM##_Polyline;                                                              \
+        static constexpr auto colorized_polyline = VD_Draw_##FORM##_Colorized_Polyline;                                          \
+        static constexpr auto gouraud_polyline = VD_Draw_##FORM##_Gouraud_Polyline;                                              \
+        static constexpr auto strip = VD_Draw_##FORM##_Polytriangle;                                                             \
+        static constexpr auto colorized_strip = VD_Draw_##FORM##_Colorized_Polytriangle;                                         \
+        static constexpr auto gouraud_strip = VD_Draw_##FORM##_Gouraud_Polytriangle;                                             \
+        static constexpr auto textured_strip = VD_Draw_##FORM##_Textured_Polytriangle;                                           \
+        static constexpr auto polygon = VD_Draw_##FORM##_Polygon;                                                                \
+        static constexpr auto markers = VD_Draw_##FORM##_Polymarker;                                                             \
+        static constexpr auto colorized_markers = VD_Draw_##FORM##_Colorized_Polymarker;                                         \
+    };
+VORNA_FORMS(VT_Point, 2D)
+VORNA_FORMS(VT_DCI_Point, 2DI)
+VORNA_FORMS(VT_Point_D, 3D)
+#undef VORNA_FORMS
+
+// The canvas with the attributes of one call.
+struct Target {
+    Canvas& canvas;
+    const VT_Rendition& attributes;
+
+    VT_Renderer_Data& renderer() { return canvas.renderer(); }
+    const VT_Rendition& rendition() { return attributes; }
+};
+
+Canvas_Settings canvas_settings_of(const Options& options);
+Module& installed_module();
+
+// One thread at a time draws: others wait. Whoever waits for it does not hold the interpreter's lock.
+class Canvas_Object {
+public:
+    explicit Canvas_Object(const py::dict& options)
+        : settings_(canvas_settings_of(Options(options))), own_(std::make_unique<Canvas>(installed_module(), settings_)),
+          attributes_(new VT_Rendition(own_->rendition())) {}
+
+    Canvas& canvas() noexcept { return recorded_ ? recorded_->canvas() : *own_; }
+
+    void begin(const py::object& background) {
+        const VT_RGB32 color = background.is_none() ? VT_RGB32{} : color_of("background", background);
+        locked([&] {
+            if (has_begun_) {
+                throw std::runtime_error("begin: expected no picture that has begun already");
+            }
+            if (background.is_none()) {
+                canvas().begin_picture();
+            } else {
+                canvas().begin_picture(color);
+            }
+            has_begun_ = true;
+        });
+    }
+    void end() {
+        locked([&] {
+            require_picture("end");
+            canvas().end_picture();
+            has_begun_ = false;
+        });
+    }
+
+    void polyline(const py::object& points, const py::object& colors, const py::kwargs& attributes) {
+        const Call_Arrays arrays(points, colors);
+        arrays.require_colors({arrays.points.count - 1, arrays.points.count});
+        draw("polyline", arrays, attributes, [&](auto forms, Target& target, const auto& list) {
+            if (!arrays.has_colors) {
+                forms.polyline(target, list);
+            } else if (arrays.colors.count == arrays.points.count) {
+                forms.gouraud_polyline(target, list, colors_of(arrays));
+            } else {
+                forms.colorized_polyline(target, list, colors_of(arrays));
+            }
+        });
+    }
+
+    void strip(const py::object& points, const py::object& colors, const py::object& uv, const py::kwargs& attributes) {
+        const Call_Arrays arrays(points, colors, uv);
+        if (arrays.has_parameters) {
+            arrays.require_colors({arrays.points.count});
+        } else {
+            arrays.require_colors({arrays.points.count - 2, arrays.points.count});
+        }
+        draw("strip", arrays, attributes, [&](auto forms, Target& target, const auto& list) {
+            if (arrays.has_parameters) {
+                forms.textured_strip(target, list, arrays.has_colors ? colors_of(arrays) : whites(list.size()),
+                                     parameters_of(arrays));
+            } else if (!arrays.has_colors) {
+                forms.strip(target, list);
+            } else if (arrays.colors.count == arrays.points.count) {
+                forms.gouraud_strip(target, list, colors_of(arrays));
+            } else {
+                forms.colorized_strip(target, list, colors_of(arrays));
+            }
+        });
+    }
+
+    void polygon(const py::object& points, const py::kwargs& attributes) {
+        const Call_Arrays arrays(points, py::none());
+        draw("polygon", arrays, attributes, [&](auto forms, Target& target, const auto& list) { forms.polygon(target, list); });
+    }
+
+    void markers(const py::object& points, const py::object& colors, const py::kwargs& attributes) {
+        const Call_Arrays arrays(points, colors);
+        arrays.require_colors({arrays.points.count});
+        draw("markers", arrays, attributes, [&](auto forms, Target& target, const auto& list) {
+            if (arrays.has_colors) {
+                forms.colorized_markers(target, list, colors_of(arrays));
+            } else {
+                forms.markers(target, list);
+            }
+        });
+    }
+
+    void dots(const py::object& points, const py::object& colors, const py::kwargs& attributes) {
+        const Call_Arrays arrays(points, colors);
+        arrays.require_colors({arrays.points.count});
+        draw("dots", arrays, attributes, [&](auto, Target& target, const auto& list) {
+            const std::span<const VT_RGB32> all = arrays.has_colors ? colors_of(arrays) : std::span<const VT_RGB32>();
+            for (std::size_t i = 0; i < list.size(); ++i) {
+                // Beside the window nothing is drawn; what is not a number is there too.
+                const auto whole = [](auto value) {
+                    constexpr double beside = -2e9;
+                    const double v = std::floor(static_cast<double>(value) + (std::is_integral_v<decltype(value)> ? 0.0 : 0.5));
+                    return static_cast<std::int32_t>(v > beside && v < -beside ? v : beside);
+                };
+                const VT_DCI_Point point{whole(list[i].x), whole(list[i].y), whole(list[i].z)};
+                if (all.empty()) {
+                    VD_Draw_DCI_Dot(target, point);
+                } else {
+                    VD_Draw_DCI_Dot(target, point, all[i]);
+                }
+            }
+        });
+    }
+
+    void ellipse(const py::object& center, const py::object& radii, double start, double end, double rotation, bool filled,
+                 const py::kwargs& attributes) {
+        const VT_DCI_Point middle = point_of("center", center), sides = point_of("radii", radii);
+        draw_with(filled ? "ellipse" : "arc", attributes, [&](Target& target) {
+            if (filled) {
+                VD_Draw_DCI_Ellipse(target, middle, sides, start, end, rotation);
+            } else {
+                VD_Draw_DCI_Elliptical_Arc(target, middle, sides, start, end, rotation);
+            }
+        });
+    }
+
+    void image(const py::array& pixels, const py::object& at, const py::kwargs& attributes) {
+        const VT_DCI_Point top_left = point_of("at", at);
+        const bool words = pixels.ndim() == 2 && pixels.dtype().kind() == 'u' && pixels.itemsize() == 4;
+        if (!words) {
+            const drawing::Image_Samples samples = samples_of(pixels, py::none());
+            draw_with("image", attributes, [&](Target& target) { draw_samples(target, top_left, samples); });
+            return;
+        }
+        const py::array packed = py::array::ensure(pixels, py::array::c_style | int{py::detail::npy_api::NPY_ARRAY_ALIGNED_});
+        const VT_Int_Pair size{static_cast<std::int32_t>(packed.shape(1)), static_cast<std::int32_t>(packed.shape(0))};
+        const std::span<const VT_RGB32> colors(static_cast<const VT_RGB32*>(packed.data()),
+                                               static_cast<std::size_t>(packed.size()));
+        draw_with("image", attributes, [&](Target& target) { VD_Draw_DCI_RGB32_Image(target, top_left, {colors, size}); });
+    }
+
+    // Attributes of the calls that follow. Returns what restores the ones before.
+    VT_Reference<const VT_Rendition> set(const py::kwargs& attributes) {
+        VT_Reference<const VT_Rendition> before = attributes_;
+        attributes_ = changed(attributes);
+        return before;
+    }
+    void restore(const VT_Reference<const VT_Rendition>& attributes) { attributes_ = attributes; }
+
+    void set_depth_mode(const py::object& test, const py::object& write) {
+        static constexpr Choice<Depth_Test> tests[] = {
+            {"nearer", Depth_Test::nearer}, {"nearer-or-equal", Depth_Test::nearer_or_equal}, {"farther", Depth_Test::farther}};
+        std::optional<Depth_Test> chosen;
+        if (!test.is_none()) {
+            chosen = Options::chosen("test", test, tests);
+        }
+        const bool writes = write.is_none() || PyObject_IsTrue(write.ptr()) == 1;
+        locked([&] {
+            if (chosen) {
+                canvas().set_depth_test(*chosen);
+            }
+            if (!write.is_none()) {
+                canvas().set_depth_write(writes);
+            }
+        });
+    }
+
+    // The buffer of colours or of depths, if there is one: an array that shares and keeps its memory.
+    py::object buffer(bool of_depths) {
+        if (of_depths && !canvas().has_depth_buffer()) {
+            return py::none();
+        }
+        const Frame_Buffer* const buffer = of_depths ? &canvas().depth_buffer() : &canvas().color_buffer();
+        std::vector<py::ssize_t> shape{buffer->height, buffer->width};
+        std::vector<py::ssize_t> strides{buffer->bytes_per_row, bytes_per_pixel(buffer->format)};
+        if (buffer->format == Buffer_Format::rgb32) {
+            shape.push_back(4);
+            strides.push_back(1);
+        }
+        const py::dtype type =
+            buffer->format == Buffer_Format::depth16 ? py::dtype::of<std::uint16_t>() : py::dtype::of<std::uint8_t>();
+        using Holder = VT_Reference<const Frame_Buffer>;
+        const py::capsule owner(new Holder(buffer), [](void* holder) { delete static_cast<Holder*>(holder); });
+        return py::array(type, shape, strides, buffer->rows[buffer->height - 1], owner);
+    }
+
+    // A copy: (pixels, palette).
+    py::tuple copied() {
+        const Frame_Buffer& buffer = canvas().color_buffer();
+        const bool indexed = buffer.format == Buffer_Format::index8;
+        drawing::Image_Samples image = drawing::make_samples(
+            indexed ? drawing::Image_Samples::Kind::indices : drawing::Image_Samples::Kind::colors, buffer.width, buffer.height);
+        locked([&] {
+            std::uint8_t* to = image.bytes.get();
+            for (std::int32_t row = buffer.height - 1; row >= 0; --row) {
+                const std::uint8_t* from = buffer.rows[row];
+                if (indexed) {
+                    to = std::copy_n(from, buffer.width, to);
+                    continue;
+                }
+                for (std::int32_t x = 0; x < buffer.width; ++x, from += 4, to += 4) {
+                    const std::uint8_t pixel[] = {from[2], from[1], from[0], from[3]};
+                    std::copy_n(pixel, 4, to);
+                }
+            }
+        });
+        return py::make_tuple(array_of(image), palette());
+    }
+    // None of 32-bit colours.
+    py::object palette();
+
+    // On another canvas, with the same settings and attributes: recordings begin with empty buffers.
+    void start_recording();
+    std::string finish_recording() {
+        return locked([&] {
+            is_recording_ = false;
+            return recorded_->finish();
+        });
+    }
+
+private:
+    template <class Work> std::invoke_result_t<const Work&> locked(const Work& work) {
+        const py::gil_scoped_release released;
+        const std::lock_guard lock(mutex_);
+        return work();
+    }
+
+    void require_picture(const char* call) const {
+        if (!has_begun_) {
+            throw std::runtime_error(std::string(call) + ": expected a picture that has begun, as 'with canvas.picture():' does");
+        }
+    }
+
+    VT_Reference<const VT_Rendition> changed(const py::dict& attributes) {
+        if (attributes.empty()) {
+            return attributes_;
+        }
+        VT_Reference<VT_Rendition> rendition(new VT_Rendition(*attributes_));
+        set_attributes(*rendition, canvas(), attributes);
+        return VT_Reference<const VT_Rendition>(rendition);
+    }
+
+    // Calls work(target).
+    template <class Work> void draw_with(const char* call, const py::kwargs& attributes, const Work& work) {
+        const VT_Reference<const VT_Rendition> rendition = changed(attributes);
+        locked([&] {
+            require_picture(call);
+            Target target{canvas(), *rendition};
+            work(target);
+        });
+    }
+
+    // Calls work(forms, target, points). Doubles in three columns are points of the form 3D.
+    template <class Work> void draw(const char* call, const Call_Arrays& arrays, const py::kwargs& attributes, const Work& work) {
+        if (arrays.points.count == 0) {
+            return;
+        }
+        draw_with(call, attributes, [&](Target& target) {
+            const Rows_View& points = arrays.points;
+            if (points.type == Type::float32) {
+                work(Forms<VT_Point>(), target, points_of<VT_Point, float>(points, Type::float32));
+            } else if (points.type == Type::float64) {
+                work(Forms<VT_Point_D>(), target, points_of<VT_Point_D, double>(points, Type::float64));
+            } else {
+                work(Forms<VT_DCI_Point>(), target, points_of<VT_DCI_Point, std::int32_t>(points, Type::int32));
+            }
+        });
+    }
+
+    template <class Point, class Number> std::span<const Point> points_of(const Rows_View& rows, Type type) {
+        const auto count = static_cast<std::size_t>(rows.count);
+        if (rows.is_packed(type, 3)) {
+            return {reinterpret_cast<const Point*>(rows.data), count};
+        }
+        points_.resize(count * sizeof(Point));
+        convert_rows("points", rows, 3, reinterpret_cast<Number*>(points_.data()));
+        return {reinterpret_cast<const Point*>(points_.data()), count};
+    }
+
+    std::span<const VT_RGB32> colors_of(const Call_Arrays& arrays) {
+        const auto count = static_cast<std::size_t>(arrays.colors.count);
+        if (arrays.colors.is_packed(Type::uint32, 1)) {
+            return {reinterpret_cast<const VT_RGB32*>(arrays.colors.data), count};
+        }
+        colors_.resize(count);
+        convert_colors(arrays.colors, colors_.data());
+        return colors_;
+    }
+    std::span<const VT_RGB32> whites(std::size_t count) {
+        colors_.assign(count, VT_RGB32{255, 255, 255, 255});
+        return colors_;
+    }
+    std::span<const VT_Parameter> parameters_of(const Call_Arrays& arrays) {
+        parameters_.resize(2 * static_cast<std::size_t>(arrays.parameters.count));
+        convert_rows("uv", arrays.parameters, 2, parameters_.data());
+        return parameters_;
+    }
+
+    static VT_DCI_Point point_of(const char* name, const py::object& value) {
+        py::object kept;
+        const Rows_View rows = rows_of(name, value, kept);
+        if (rows.columns != 1 || (rows.count != 2 && rows.count != 3)) {
+            refuse(name, "two or three numbers", py::repr(value).cast<std::string>());
+        }
+        std::array<std::int32_t, 3> numbers{};
+        convert_rows(name, rows, 1, numbers.data());
+        return {numbers[0], numbers[1], numbers[2]};
+    }
+
+    void draw_samples(Target& target, const VT_DCI_Point& top_left, const drawing::Image_Samples& samples) {
+        using Kind = drawing::Image_Samples::Kind;
+        const VT_Int_Pair size{samples.width, samples.height};
+        const auto count = static_cast<std::size_t>(size.x) * static_cast<std::size_t>(size.y);
+        if (samples.kind == Kind::indices) {
+            VD_Draw_DCI_Index8_Image(target, top_left, {{samples.bytes.get(), count}, size});
+        } else if (samples.kind == Kind::depths) {
+            VD_Write_Depth_Rectangle(target, top_left,
+                                     {{reinterpret_cast<const std::uint16_t*>(samples.bytes.get()), count}, size});
+        } else if (samples.kind == Kind::colors) {
+            colors_.resize(count);
+            for (std::size_t i = 0; i < count; ++i) {
+                const std::uint8_t* from = samples.bytes.get() + 4 * i;
+                colors_[i] = {from[2], from[1], from[0], from[3]};
+            }
+            VD_Draw_DCI_RGB32_Image(target, top_left, {colors_, size});
+        } else {
+            throw std::invalid_argument("pixels: expected colours, indices or depths, found int32");
+        }
+    }
+
+    Canvas_Settings settings_;
+    std::unique_ptr<Canvas> own_; // null once recordings were made
+    std::unique_ptr<drawing::Recorded_Canvas> recorded_;
+    VT_Reference<const VT_Rendition> attributes_; // not changed once it is here: calls of other threads may draw with it
+    std::mutex mutex_;
+    bool has_begun_ = false, is_recording_ = false;
+    // Converted arrays of the current call.
+    std::vector<std::byte> points_;
+    std::vector<VT_RGB32> colors_;
+    std::vector<VT_Parameter> parameters_;
+};
+
+} // namespace vorna::python

@@ -1,0 +1,136 @@
+// The rows of the window that a call may touch.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <tuple>
+
+#include "host/attributes.h"
+#include "host/rendition.h"
+#include "vorna/call_list.h"
+#include "vorna/draw.h"
+
+namespace vorna {
+
+inline constexpr Row_Range every_row{INT16_MIN, INT16_MAX};
+
+// Device rows, inclusive. Without points it is empty.
+class Row_Bounds {
+public:
+    // Rows of coordinates that do not fit, or are no numbers, are not known.
+    template <class Point> void add(const Point* points, std::int32_t count) noexcept {
+        using Number = decltype(Point::y);
+        constexpr auto farthest = static_cast<Number>(1 << 29);
+        if (count < 1) {
+            return;
+        }
+        Number least = points[0].y, most = points[0].y;
+        bool fits = true;
+        for (std::int32_t i = 0; i < count; ++i) {
+            const Number x = points[i].x, y = points[i].y;
+            least = y < least ? y : least;
+            most = y > most ? y : most;
+            fits &= x > -farthest && x < farthest && y > -farthest && y < farthest;
+        }
+        if (fits) {
+            first_ = std::min(first_, static_cast<std::int64_t>(least));
+            last_ = std::max(last_, static_cast<std::int64_t>(most));
+        } else {
+            is_known_ = false;
+        }
+    }
+    // As rows of a window with that origin, and as many more on both sides.
+    Row_Range rows(std::int32_t origin, std::int64_t margin) const noexcept {
+        if (!is_known_ || margin > farthest_margin) {
+            return every_row;
+        }
+        const auto row = [](std::int64_t of) {
+            return static_cast<std::int32_t>(std::clamp<std::int64_t>(of, INT16_MIN, INT16_MAX));
+        };
+        return first_ > last_ ? Row_Range{1, 0} : Row_Range{row(first_ - origin - margin), row(last_ - origin + margin)};
+    }
+
+private:
+    static constexpr std::int64_t farthest_margin = 1 << 20;
+
+    std::int64_t first_ = INT32_MAX, last_ = INT32_MIN;
+    bool is_known_ = true;
+};
+
+// Rounding moves a point by less than a row, and smoothed lines touch the rows beside it.
+inline constexpr std::int64_t rounding_margin = 3;
+
+// How far a line reaches beyond its points: tips of miter joins lie as far as twice the weight from a vertex, and casings are
+// wider than the line.
+inline std::int64_t line_margin(const VT_Line_Attributes& line) noexcept {
+    std::int64_t weight = std::max(line.weight, 1);
+    if (has_line_types(line)) {
+        double casing = 0;
+        for (const VT_Reference<const VT_Line_Type>& type : line.line_types->types) {
+            casing = type ? std::max(casing, type->width) : casing;
+        }
+        // No number above this is a width, and neither is one that is no number.
+        weight = casing < 1 << 20 ? weight + 7 + 2 * static_cast<std::int64_t>(casing) : INT32_MAX;
+    }
+    return 2 * weight + rounding_margin;
+}
+
+inline std::int64_t margin_of(Primitive primitive, const VT_Rendition& rendition) noexcept {
+    switch (primitive) {
+    case Primitive::polyline:
+        return line_margin(rendition.line);
+    case Primitive::polymarker:
+        return std::abs(std::int64_t{rendition.marker.size}) + rounding_margin;
+    default:
+        return rounding_margin;
+    }
+}
+
+// By the kept arguments. origin: the device row of the window's lowest one.
+template <Primitive primitive, class Point, class... More>
+Row_Range rows_of(const VT_Rendition& rendition, std::int32_t origin,
+                  const std::tuple<std::int32_t, const Point*, More...>& arguments) noexcept {
+    Row_Bounds bounds;
+    bounds.add(std::get<1>(arguments), std::get<0>(arguments));
+    return bounds.rows(origin, margin_of(primitive, rendition));
+}
+
+template <Primitive>
+Row_Range rows_of(const VT_Rendition&, std::int32_t origin,
+                  const std::tuple<const VT_DCI_Point*, const VT_RGB32*>& dot) noexcept {
+    Row_Bounds bounds;
+    bounds.add(std::get<0>(dot), 1);
+    return bounds.rows(origin, rounding_margin);
+}
+
+// The centre is a column and row of the buffer. Whatever its rotation, a shape stays as near to it as its radii are long.
+template <Primitive>
+Row_Range
+rows_of(const VT_Rendition& rendition, std::int32_t,
+        const std::tuple<const VT_DCI_Point*, const VT_DCI_Point*, double, double, double, const VT_RGB32*>& ellipse) noexcept {
+    const VT_DCI_Point& radii = *std::get<1>(ellipse);
+    Row_Bounds bounds;
+    bounds.add(std::get<0>(ellipse), 1);
+    return bounds.rows(0, std::abs(std::int64_t{radii.x}) + std::abs(std::int64_t{radii.y}) + line_margin(rendition.line));
+}
+
+// Images and depths.
+template <Primitive, class... More>
+Row_Range rows_of(const VT_Rendition&, std::int32_t origin,
+                  const std::tuple<const VT_DCI_Point*, const VT_DCI_Point*, std::int32_t, More...>& image) noexcept {
+    Row_Bounds bounds;
+    bounds.add(std::get<0>(image), 1);
+    bounds.add(std::get<1>(image), 1);
+    return bounds.rows(origin, 0);
+}
+
+template <Primitive> Row_Range rows_of(const VT_Rendition& rendition, std::int32_t origin, const std::tuple<>&) noexcept {
+    const VT_Int_Rectangle& area = rendition.window.rectangle;
+    const VT_DCI_Point corners[2] = {{area.left, area.bottom, 0}, {area.right, area.top, 0}};
+    Row_Bounds bounds;
+    bounds.add(corners, 2);
+    return bounds.rows(origin, rounding_margin);
+}
+
+} // namespace vorna
