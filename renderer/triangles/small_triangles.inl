@@ -44,9 +44,13 @@ template <Triangle_Configuration c> struct Small_Triangles {
             const std::int32_t large = KRB_LOWEST_BIT(small >> run | 1U << (triangles - run));
             return {0, run + large};
         }
-        if (!has_depths || !target.block_depths || !are_hidden(target, strip.points, run + 2)) {
-            draw_run(target, strip, run, points);
+        constexpr std::int32_t least_hidden_run = 4;
+        if constexpr (has_depths) {
+            if (target.block_depths && run >= least_hidden_run && are_hidden(target, strip.points, run + 2)) [[unlikely]] {
+                return {run, 0};
+            }
         }
+        draw_run(target, strip, run, points);
         return {run, 0};
     }
 

@@ -169,6 +169,13 @@ void take_step(Random& random, const VT_Int_Rectangle& window, Blocks_Beside_Non
     } else if (random.chance(50)) {
         constexpr std::int32_t modes[] = {1, 2, 5};
         both.set_z_test(random.one_of(modes));
+        if (random.chance(50)) {
+            // Before a clear raises the bounds that were lowered.
+            both.set_z_test(5);
+            const Band band(random, window);
+            both.for_both([&](Test_Renderer& renderer) { band.draw(*renderer); });
+            both.set_z_test(random.number(1, 2));
+        }
     } else {
         const bool is_written = random.chance(60);
         both.for_both([&](Test_Renderer& renderer) { renderer.set_z_write(is_written); });
