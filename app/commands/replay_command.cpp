@@ -267,7 +267,7 @@ Command replay_command() {
     constexpr const char *output = "Output", *calls = "Which calls", *measuring = "Measuring";
     return {
         .name = "replay",
-        .summary = "Draw a recording, a JSON document of renderer calls.",
+        .summary = "Draw a recording, a document of renderer calls.",
         .arguments = {{.names = {"recording"},
                        .value = text_value("RECORDING"),
                        .text = "The recording, plain or compressed; - reads standard input",

@@ -68,7 +68,7 @@ TEST_F(Render_Command, the_nearer_surface_hides_the_farther_whichever_comes_firs
 TEST_F(Render_Command, stats_go_to_standard_error) {
     const std::string model = folder.file("corner.obj", corner);
     const Outcome outcome = replay_tests::run_vorna(
-        {"render", model, "-o", folder.file("out.png"), "--stats", "--repeat", "3", "--supersample", "1"});
+        {"render", model, "-o", folder.file("out.png"), "--stats", "--repeat", "3", "--supersample", "1", "--threads", "1"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.errors, testing::ContainsRegex(
                                     "^3 triangles in .* strips, load .* ms, setup .* ms, draw .* ms at best, .* middle of 3\n$"));
@@ -165,7 +165,7 @@ TEST_F(Render_Command, arguments_that_are_not_understood_are_answered_with_what_
         {{"--record", "--hash"}, "--record: expected RECORDING, found the option --hash"},
         {{"--record"}, "--record: expected RECORDING behind it, found nothing"},
         {{"--record", folder.file("r.png")},
-         "--record: expected a name that ends in .json or .gz, found '" + folder.file("r.png")},
+         "--record: expected a name that ends in .json, .gz, .zst or .cbor, found '" + folder.file("r.png")},
         {{"--camera", "1,2,3,0,0,0", "--view", "top"}, "--view: expected no --camera beside it, found both"},
         {{"--background", "None"},
          "--background: expected none, gradient, TOP,BOTTOM, #rgb, #rrggbb or a colour's name, found 'None'; did you mean none?"},
