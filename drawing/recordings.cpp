@@ -90,6 +90,7 @@ struct Recorded_Canvas::Content {
 Recorded_Canvas::Recorded_Canvas(const Canvas_Settings& settings, const std::string& module) : content_(new Content(module)) {
     Session& session = content_->session;
     session.canvas().request(settings);
+    session.canvas().set_option("Depth Blocks", false); // who has the canvas may write its depths
     session.establish();
 }
 

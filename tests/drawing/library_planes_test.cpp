@@ -129,5 +129,26 @@ TEST_F(Library_Planes, recordings_of_a_canvas_show_what_was_drawn) {
     EXPECT_THAT([] { replay_text("empty", "{"); }, ThrowsMessage<Usage_Error>(HasSubstr("empty: ")));
 }
 
+TEST_F(Library_Planes, depths_of_a_recorded_canvas_may_be_written_by_hand) {
+    Recorded_Canvas recorded({.size = {160, 120}, .depth_buffer = true});
+    Canvas& canvas = recorded.canvas();
+    const auto draw = [&](std::int32_t depth, VT_RGB32 color) {
+        const std::vector<VT_DCI_Point> points{{0, 0, depth}, {159, 0, depth}, {0, 119, depth}, {159, 119, depth}};
+        canvas.set_color(color);
+        VD_Draw_2DI_Polytriangle(canvas, points);
+    };
+    canvas.begin_picture(rgb(255, 255, 255));
+    draw(100, rgb(200, 30, 30));
+    for (int i = 0; i < 8; ++i) {
+        draw(3000, rgb(0, 200, 0)); // hidden
+    }
+    for (std::int32_t row = 0; row < 120; ++row) {
+        std::memset(canvas.depth_buffer().rows[row], 0xFF, 160 * sizeof(std::uint16_t));
+    }
+    draw(3000, rgb(30, 30, 200));
+    canvas.end_picture();
+    EXPECT_EQ(canvas.read_pixels()[60 * 160 + 80].blue, 200);
+}
+
 } // namespace
 } // namespace vorna::drawing
