@@ -130,24 +130,24 @@ TEST_F(Library_Planes, recordings_of_a_canvas_show_what_was_drawn) {
 }
 
 TEST_F(Library_Planes, depths_of_a_recorded_canvas_may_be_written_by_hand) {
-    Recorded_Canvas recorded({.size = {160, 120}, .depth_buffer = true});
+    Recorded_Canvas recorded({.size = {640, 480}, .depth_buffer = true});
     Canvas& canvas = recorded.canvas();
     const auto draw = [&](std::int32_t depth, VT_RGB32 color) {
-        const std::vector<VT_DCI_Point> points{{0, 0, depth}, {159, 0, depth}, {0, 119, depth}, {159, 119, depth}};
+        const std::vector<VT_DCI_Point> points{{0, 0, depth}, {639, 0, depth}, {0, 479, depth}, {639, 479, depth}};
         canvas.set_color(color);
         VD_Draw_2DI_Polytriangle(canvas, points);
     };
     canvas.begin_picture(rgb(255, 255, 255));
     draw(100, rgb(200, 30, 30));
-    for (int i = 0; i < 8; ++i) {
+    for (int i = 0; i < 40; ++i) {
         draw(3000, rgb(0, 200, 0)); // hidden
     }
-    for (std::int32_t row = 0; row < 120; ++row) {
-        std::memset(canvas.depth_buffer().rows[row], 0xFF, 160 * sizeof(std::uint16_t));
+    for (std::int32_t row = 40; row < 60; ++row) {
+        std::memset(canvas.depth_buffer().rows[row] + 80 * sizeof(std::uint16_t), 0xFF, 40 * sizeof(std::uint16_t));
     }
     draw(3000, rgb(30, 30, 200));
     canvas.end_picture();
-    EXPECT_EQ(canvas.read_pixels()[60 * 160 + 80].blue, 200);
+    EXPECT_EQ(canvas.read_pixels()[(479 - 50) * 640 + 100].blue, 200);
 }
 
 } // namespace
