@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <utility>
 
 namespace vorna {
 
@@ -21,16 +22,14 @@ inline void fetch_early([[maybe_unused]] const void* address) noexcept {
 #endif
 }
 
-std::int16_t row_of_16_bits(std::int32_t row) noexcept {
-    return static_cast<std::int16_t>(std::clamp<std::int32_t>(row, INT16_MIN, INT16_MAX));
-}
-
 } // namespace
 
 void Call_List::clear() noexcept {
     used_ = 0;
     calls_.clear();
-    rows_.clear();
+    for (std::vector<std::uint32_t>& band : bands_) {
+        band.clear();
+    }
     renditions_.clear();
     std::fill(std::begin(known_), std::end(known_), Known_Rendition{});
 }
@@ -38,7 +37,6 @@ void Call_List::clear() noexcept {
 void* Call_List::take(std::size_t bytes) {
     if (!memory_) {
         calls_.reserve(most_calls);
-        rows_.reserve(most_calls);
         memory_ = std::make_unique_for_overwrite<std::byte[]>(most_bytes);
     }
     assert(used_ + bytes <= most_bytes);
@@ -58,33 +56,46 @@ const VT_Rendition& Call_List::kept(const VT_Rendition& rendition) {
     return *known.kept;
 }
 
+void Call_List::set_bands(std::int32_t rows, std::int32_t band_height) {
+    assert(is_empty() && rows > 0 && band_height > 0);
+    if (rows == height_ && band_height == band_height_) {
+        return;
+    }
+    std::vector<std::vector<std::uint32_t>> bands(static_cast<std::size_t>((rows - 1) / band_height + 1));
+    for (std::vector<std::uint32_t>& band : bands) {
+        band.reserve(most_calls);
+    }
+    bands_ = std::move(bands);
+    height_ = rows;
+    band_height_ = band_height;
+}
+
+Row_Range Call_List::band(std::size_t number) const noexcept {
+    const std::int32_t first = static_cast<std::int32_t>(number) * band_height_;
+    return {first, std::min(first + band_height_, height_) - 1};
+}
+
 void Call_List::add(Row_Range rows, Draw draws, const VT_Rendition& kept_rendition, const void* arguments) noexcept {
-    assert(calls_.size() < most_calls);
-    rows_.push_back({row_of_16_bits(rows.first), row_of_16_bits(rows.last)});
+    assert(calls_.size() < most_calls && rows.first < height_ && rows.last >= 0);
+    const auto number = static_cast<std::uint32_t>(calls_.size());
+    const auto last = static_cast<std::size_t>(std::min(rows.last, height_ - 1) / band_height_);
+    for (auto band = static_cast<std::size_t>(std::max(rows.first, 0) / band_height_); band <= last; ++band) {
+        bands_[band].push_back(number);
+    }
     calls_.push_back({draws, &kept_rendition, arguments});
 }
 
-void Call_List::draw(VT_Renderer_Data& renderer, Row_Range rows) const {
-    // The calls of a block are chosen without a branch, which no processor would predict.
-    constexpr std::size_t block = 256;
-    std::uint32_t chosen[block];
-    for (std::size_t first = 0; first < calls_.size(); first += block) {
-        const std::size_t end = std::min(first + block, calls_.size());
-        std::size_t count = 0;
-        for (std::size_t i = first; i < end; ++i) {
-            chosen[count] = static_cast<std::uint32_t>(i);
-            count += std::size_t{rows_[i].last >= rows.first && rows_[i].first <= rows.last};
+void Call_List::draw(VT_Renderer_Data& renderer, std::size_t band) const {
+    const std::vector<std::uint32_t>& numbers = bands_[band];
+    for (std::size_t k = 0; k < numbers.size(); ++k) {
+        // The calls of a band lie apart in memory.
+        constexpr std::size_t calls_ahead = 8;
+        if (k + 2 * calls_ahead < numbers.size()) {
+            fetch_early(&calls_[numbers[k + 2 * calls_ahead]]);
+            fetch_early(calls_[numbers[k + calls_ahead]].arguments);
         }
-        for (std::size_t k = 0; k < count; ++k) {
-            // The chosen calls lie apart in memory.
-            constexpr std::size_t calls_ahead = 8;
-            if (k + 2 * calls_ahead < count) {
-                fetch_early(&calls_[chosen[k + 2 * calls_ahead]]);
-                fetch_early(calls_[chosen[k + calls_ahead]].arguments);
-            }
-            const Call& call = calls_[chosen[k]];
-            call.draw(renderer, *call.rendition, call.arguments);
-        }
+        const Call& call = calls_[numbers[k]];
+        call.draw(renderer, *call.rendition, call.arguments);
     }
 }
 

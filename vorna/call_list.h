@@ -43,24 +43,25 @@ public:
         return (bytes + alignof(std::max_align_t) - 1) / alignof(std::max_align_t) * alignof(std::max_align_t);
     }
 
+    // Cuts the rows into bands of band_height each. The list must be empty. Throws std::bad_alloc.
+    void set_bands(std::int32_t rows, std::int32_t band_height);
+    std::size_t band_count() const noexcept { return bands_.size(); }
+    Row_Range band(std::size_t number) const noexcept;
+
     // A copy of the rendition, one for all calls as long as it keeps its values. Throws std::bad_alloc.
     const VT_Rendition& kept(const VT_Rendition& rendition);
 
-    // There must be room.
+    // rows: touch a band. There must be room.
     void add(Row_Range rows, Draw draws, const VT_Rendition& kept_rendition, const void* arguments) noexcept;
 
-    // Draws the calls that touch one of the rows.
-    void draw(VT_Renderer_Data& renderer, Row_Range rows) const;
+    // Draws the calls that touch the band.
+    void draw(VT_Renderer_Data& renderer, std::size_t band) const;
 
 private:
     struct Call {
         Draw draw;
         const VT_Rendition* rendition;
         const void* arguments;
-    };
-    // Rows of windows fit 16 bits.
-    struct Rows {
-        std::int16_t first, last;
     };
     struct Known_Rendition {
         const VT_Rendition* given = nullptr;
@@ -70,7 +71,8 @@ private:
     std::unique_ptr<std::byte[]> memory_;
     std::size_t used_ = 0;
     std::vector<Call> calls_;
-    std::vector<Rows> rows_; // of each call, apart, since most calls are only asked for them
+    std::int32_t height_ = 0, band_height_ = 1;
+    std::vector<std::vector<std::uint32_t>> bands_; // the numbers of their calls; with room for all
     std::vector<VT_Reference<const VT_Rendition>> renditions_;
     Known_Rendition known_[8];
 };

@@ -9,10 +9,6 @@
 #include <type_traits>
 #include <utility>
 
-#if defined(__linux__)
-#include <unistd.h>
-#endif
-
 #include "host/attributes.h"
 #include "host/window.h"
 #include "vorna/call_rows.h"
@@ -32,15 +28,6 @@ constexpr std::int32_t triangles_of_run = 32;
 
 // Fewer points are drawn before another thread has begun.
 constexpr std::size_t least_points_of_threads = 256;
-
-std::size_t bytes_of_second_level_cache() noexcept {
-#if defined(_SC_LEVEL2_CACHE_SIZE)
-    if (const long bytes = sysconf(_SC_LEVEL2_CACHE_SIZE); bytes > 0) {
-        return static_cast<std::size_t>(bytes);
-    }
-#endif
-    return std::size_t{1} << 20;
-}
 
 template <class Setter> Setter setter_of(VT_Option_Table& table, const char* name) {
     const VT_Option* const option = table.find(name);
@@ -210,6 +197,9 @@ void Canvas_Threads::keep(const VT_Rendition& rendition, Arguments&... arguments
     if constexpr (!std::is_base_of_v<Never_Kept, Kept>) {
         // Observers are told of standard functions while a call is drawn.
         if (!front_.standard_observer.function && Kept::can_be_kept(window_, arguments...)) {
+            if (list_.is_empty()) {
+                list_.set_bands(window_.top - window_.bottom + 1, band_height());
+            }
             List_Counter counter;
             const auto given = Kept::arguments(counter, window_, arguments...);
             const std::size_t calls = run_count<primitive>(rendition, given);
@@ -253,7 +243,6 @@ void Canvas_Threads::add(const VT_Rendition& rendition, const std::tuple<Kept...
         kept_points_ += least_points_of_threads; // areas
     } else {
         kept_points_ += list_size(std::get<0>(arguments));
-        kept_lines_ += primitive == Primitive::polyline ? list_size(std::get<0>(arguments)) : 0;
     }
 }
 
@@ -281,20 +270,14 @@ template <class Call> void Canvas_Threads::draw_alone(Call call) {
     call(worker);
 }
 
-// Lines gain nothing from bands that fit the cache, and lose by each border that they cross.
+// Several for each thread, since some have more to draw than others.
 std::int32_t Canvas_Threads::band_height() const noexcept {
-    constexpr std::size_t bands_of_thread = 4, most_bands_of_thread = 8;
+    constexpr std::size_t bands_of_thread = 4;
     // Renderers may keep values of blocks of up to so many rows, which no two of them should share.
     constexpr std::size_t block_height = 16;
     const auto height = static_cast<std::size_t>(window_.top - window_.bottom + 1);
-    const auto width = static_cast<std::size_t>(window_.right - window_.left + 1);
-    std::size_t rows = (height + bands_of_thread * thread_count_ - 1) / (bands_of_thread * thread_count_);
-    if (2 * kept_lines_ < kept_points_) {
-        constexpr std::size_t pixel_bytes = 6; // colour and depth
-        const std::size_t rows_in_cache = bytes_of_second_level_cache() / 2 / (pixel_bytes * width);
-        rows = std::min(rows, std::max(rows_in_cache, height / (most_bands_of_thread * thread_count_)));
-    }
-    return static_cast<std::int32_t>((std::max<std::size_t>(rows, 1) + block_height - 1) / block_height * block_height);
+    const std::size_t rows = (height - 1) / (bands_of_thread * thread_count_) + 1;
+    return static_cast<std::int32_t>((rows + block_height - 1) / block_height * block_height);
 }
 
 void Canvas_Threads::flush() {
@@ -305,25 +288,23 @@ void Canvas_Threads::flush() {
         Canvas_Threads& threads;
         ~Emptied() {
             threads.list_.clear();
-            threads.kept_points_ = threads.kept_lines_ = 0;
+            threads.kept_points_ = 0;
             threads.rules_at_start_ = threads.rules_;
         }
     } const emptied{*this};
-    const std::int32_t height = band_height();
-    const std::int32_t rows = window_.top - window_.bottom + 1;
-    std::atomic<std::int32_t> next{0};
+    const std::size_t bands = list_.band_count();
+    std::atomic<std::size_t> next{0};
     std::atomic<bool> has_failed{false};
     std::exception_ptr failure;
     const auto draw_bands = [&](std::size_t thread) {
         try {
             VT_Renderer_Data& worker = *workers_[thread];
-            for (std::int32_t first = next.fetch_add(height); first < rows; first = next.fetch_add(height)) {
-                const Row_Range band{first, std::min(first + height, rows) - 1};
-                apply(worker, rules_at_start_, band);
+            for (std::size_t band = next.fetch_add(1); band < bands; band = next.fetch_add(1)) {
+                apply(worker, rules_at_start_, list_.band(band));
                 list_.draw(worker, band);
             }
         } catch (...) {
-            next = rows;
+            next = bands;
             if (!has_failed.exchange(true)) {
                 failure = std::current_exception();
             }

@@ -89,8 +89,7 @@ private:
     Call_List list_;
     const VT_Reference<const VT_Rendition> unread_; // of calls that read none
     std::size_t kept_points_ = 0;                   // in the list, a measure of its work
-    std::size_t kept_lines_ = 0;
-    Depth_Rules rules_at_start_; // before the first call of the list
+    Depth_Rules rules_at_start_;                    // before the first call of the list
     Depth_Rules rules_;
 };
 
