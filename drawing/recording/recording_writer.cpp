@@ -319,9 +319,9 @@ template <class Out> Out Writer<Out>::write(const Recording& recording) {
         }
         // A later list refers to those before it in the document.
         Out renditions = kept_list(renditions_.list(), [this](const Rendition* shared) { put(*shared); });
-        put_kept("texels", texels_.list(), [this](const auto* texels) { put(*texels); });
+        put_kept("texels", texels_.list(), [this](const auto* texels) { this->put(*texels); });
         put_kept("complex_clips", clips_.list(), [this](const auto* contours) {
-            put_list(*contours, [this](const std::vector<VT_Point>& contour) { put_contour(contour); });
+            this->put_list(*contours, [this](const std::vector<VT_Point>& contour) { put_contour(contour); });
         });
         if (!renditions_.list().empty()) {
             out_.add_lines("renditions", std::move(renditions));
