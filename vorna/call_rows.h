@@ -18,10 +18,11 @@ inline constexpr Row_Range every_row{INT16_MIN, INT16_MAX};
 // Device rows, inclusive. Without points it is empty.
 class Row_Bounds {
 public:
-    // Rows of coordinates that do not fit, or are no numbers, are not known.
+    // Rows of coordinates that do not fit, or are no numbers, are not known; nor are those of coordinates that the standard
+    // functions' floats do not hold to the last bit.
     template <class Point> void add(const Point* points, std::int32_t count) noexcept {
         using Number = decltype(Point::y);
-        constexpr auto farthest = static_cast<Number>(1 << 29);
+        constexpr auto farthest = static_cast<Number>(1 << 24);
         if (count < 1) {
             return;
         }
@@ -110,8 +111,11 @@ Row_Range rows_of(const VT_Rendition&, std::int32_t origin,
 // The centre is a column and row of the buffer. Whatever its rotation, a shape stays as near to it as its radii are long.
 template <Primitive>
 Row_Range
-rows_of(const VT_Rendition& rendition, std::int32_t,
+rows_of(const VT_Rendition& rendition, std::int32_t origin,
         const std::tuple<const VT_DCI_Point*, const VT_DCI_Point*, double, double, double, const VT_RGB32*>& ellipse) noexcept {
+    if (std::abs(std::int64_t{origin}) >= 1 << 24) {
+        return every_row; // as above: such shapes may be drawn as polylines in device coordinates
+    }
     const VT_DCI_Point& radii = *std::get<1>(ellipse);
     Row_Bounds bounds;
     bounds.add(std::get<0>(ellipse), 1);

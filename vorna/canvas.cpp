@@ -145,6 +145,14 @@ void Canvas::establish() {
     require_possible_window(requested_);
     flush();
     const Canvas_Threads::Own_Slots own_slots(threads_.get());
+    struct Alone_On_Failure {
+        Canvas_Threads* threads;
+        ~Alone_On_Failure() {
+            if (threads) {
+                threads->draw_alone_from_now();
+            }
+        }
+    } on_failure{threads_.get()};
     Attempt attempt(*renderer_, depth_buffer_, find_color_buffer() != nullptr);
     renderer_->current_renderer_options_for_update() = requested_;
     renderer_->establish_all();
@@ -154,9 +162,10 @@ void Canvas::establish() {
     }
     const VT_Reference<Frame_Buffer> depth_buffer = has_depth_buffer() ? attempt.depth_buffer() : nullptr;
     if (threads_) {
-        threads_->use(threads_->make_workers(find_color_buffer(), depth_buffer));
+        threads_->establish_workers(VT_Reference<Frame_Buffer>(find_color_buffer()), depth_buffer);
     }
     attempt.keep();
+    on_failure.threads = nullptr;
     depth_buffer_ = depth_buffer;
     rendition_->clip.hard_clip = window();
 }

@@ -206,6 +206,7 @@ public:
     }
     // The depth buffer, in the same order. establish() replaces it likewise. Throws std::runtime_error when there is none.
     const Frame_Buffer& depth_buffer() const {
+        flush();
         if (!depth_buffer_) {
             throw std::runtime_error("the renderer has no depth buffer");
         }

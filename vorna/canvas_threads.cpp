@@ -320,17 +320,23 @@ void Canvas_Threads::flush() {
     }
 }
 
-Canvas_Threads::Workers Canvas_Threads::make_workers(VT_Reference<Frame_Buffer> color, VT_Reference<Frame_Buffer> depth) const {
-    Workers workers;
-    if (!setter_of<VT_Int_Setter>(front_.current_table, scissor_rows)) {
-        return workers;
+// Workers go through every establish of the canvas's renderer: what is in force may depend on what was in force before, such as
+// slots that the options of today do not name.
+void Canvas_Threads::establish_workers(const VT_Reference<Frame_Buffer>& color, const VT_Reference<Frame_Buffer>& depth) {
+    if (draws_alone_ || !setter_of<VT_Int_Setter>(front_.current_table, scissor_rows)) {
+        workers_.clear();
+        return;
     }
-    Shared_Buffers buffers{std::move(color), std::move(depth)};
-    for (std::size_t i = 0; i < thread_count_; ++i) {
+    Shared_Buffers buffers{color, depth};
+    const VT_Buffer_Creation creation{Shared_Buffers::create, &buffers};
+    while (workers_.size() < thread_count_) {
         const VT_Reference<VT_Renderer_Data> prototype(new VT_Renderer_Data);
-        const VT_Buffer_Creation of_no_canvas = std::exchange(prototype->buffer_creation, {Shared_Buffers::create, &buffers});
-        workers.push_back(maker_(*prototype));
-        VT_Renderer_Data& worker = *workers.back();
+        prototype->buffer_creation = creation;
+        workers_.push_back(maker_(*prototype));
+    }
+    for (const Module::Renderer& each : workers_) {
+        VT_Renderer_Data& worker = *each;
+        worker.buffer_creation = creation;
         worker.current_renderer_options_for_update() = front_.current_options;
         for (std::size_t k = 0; k < front_.requested_table.size(); ++k) {
             const VT_Option& option = front_.requested_table[k];
@@ -341,10 +347,17 @@ Canvas_Threads::Workers Canvas_Threads::make_workers(VT_Reference<Frame_Buffer> 
                 own->set_value(option.value()); // objects belong to one renderer
             }
         }
+        if (VT_Option* const buffer = worker.requested_table.find("Color Buffer")) {
+            buffer->set(VT_Pointer(VT_Reference<VT_Counted>(color)));
+        }
         worker.establish_all();
-        worker.buffer_creation = of_no_canvas;
+        worker.buffer_creation = VT_Renderer_Data().buffer_creation;
     }
-    return workers;
+}
+
+void Canvas_Threads::draw_alone_from_now() noexcept {
+    draws_alone_ = true;
+    workers_.clear();
 }
 
 Canvas_Threads::Own_Slots::Own_Slots(Canvas_Threads* threads) noexcept : threads_(threads) {

@@ -45,12 +45,13 @@ public:
     private:
         Canvas_Threads* const threads_;
     };
-    // Renderers with the options of the canvas's, for its buffers; depth may be null. Throws std::bad_alloc.
-    Workers make_workers(VT_Reference<Frame_Buffer> color, VT_Reference<Frame_Buffer> depth) const;
+    // Puts the options of the canvas's renderer into force in the others, for its buffers; depth may be null. Throws what
+    // establish throws.
+    void establish_workers(const VT_Reference<Frame_Buffer>& color, const VT_Reference<Frame_Buffer>& depth);
+    // The canvas's renderer draws itself from now on: after a failure it has a history that the others lack.
+    void draw_alone_from_now() noexcept;
     // Those that the canvas's renderer has installed.
     const VT_Action_Table& own_actions() const noexcept { return workers_.empty() ? front_.actions : own_actions_; }
-    // With no workers the canvas's renderer draws.
-    void use(Workers workers) noexcept { workers_ = std::move(workers); }
 
 private:
     class Slots;
@@ -84,7 +85,8 @@ private:
     VT_Int_Setter own_set_test_ = nullptr;
     VT_Int_Setter set_rows_ = nullptr;
     VT_Int_Rectangle window_; // of the renderers
-    Workers workers_;
+    Workers workers_;         // none = the canvas's renderer draws
+    bool draws_alone_ = false;
     Thread_Team team_;
     Call_List list_;
     const VT_Reference<const VT_Rendition> unread_; // of calls that read none

@@ -126,6 +126,34 @@ private:
     std::vector<Level> open_;
 };
 
+// Strings in chunks could be nested, and the library follows them by recursion. Heads stand one after the other, whatever holds
+// what.
+void refuse_chunks(std::string_view bytes) {
+    constexpr unsigned byte_string = 2, text_string = 3, least_with_argument = 24, least_reserved = 28, unknown_length = 31;
+    for (std::size_t place = 0; place < bytes.size();) {
+        const auto head = static_cast<std::uint8_t>(bytes[place++]);
+        const unsigned type = head >> 5, information = head & 31U;
+        const bool is_string = type == byte_string || type == text_string;
+        if (is_string && information == unknown_length) {
+            throw Recording_Error("expected strings whose length is told, found one in chunks at byte " +
+                                  std::to_string(place - 1));
+        }
+        std::uint64_t argument = information;
+        if (information >= least_with_argument && information < least_reserved) {
+            argument = 0;
+            for (unsigned left = 1U << (information - least_with_argument); left > 0 && place < bytes.size(); --left) {
+                argument = argument << 8 | static_cast<std::uint8_t>(bytes[place++]);
+            }
+        }
+        if (is_string) {
+            if (argument > bytes.size() - place) {
+                return; // the document ends too early
+            }
+            place += argument;
+        }
+    }
+}
+
 } // namespace
 
 bool is_cbor(std::string_view bytes) noexcept {
@@ -137,6 +165,7 @@ bool is_cbor(std::string_view bytes) noexcept {
 json parse_document(std::string_view bytes, const std::function<void(std::size_t)>& take_memory) {
     Document_Builder builder(take_memory);
     if (is_cbor(bytes)) {
+        refuse_chunks(bytes);
         json::sax_parse(bytes, &builder, json::input_format_t::cbor);
         return builder.take();
     }

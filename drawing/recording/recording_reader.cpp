@@ -389,6 +389,17 @@ Call call(const Reader& reader) {
 
 Recording read_recording(std::string_view bytes, const std::function<void(std::size_t)>& take_memory) {
     const json document = parse_document(bytes, take_memory);
+    if (take_memory && document.is_object()) {
+        // What small values become.
+        constexpr std::size_t control_block = 32;
+        const auto take_list = [&](const char* name, std::size_t bytes_each) {
+            if (const auto list = document.find(name); list != document.end() && list->is_array()) {
+                take_memory(list->size() * bytes_each);
+            }
+        };
+        take_list("renditions", sizeof(Rendition) + sizeof(std::shared_ptr<const Rendition>) + control_block);
+        take_list("calls", sizeof(Call) + sizeof(Rendition) + control_block);
+    }
     Shared_Values shared;
     const Reader reader(document, shared);
     const auto read_shared = [&](const char* name, auto& list, auto form) {

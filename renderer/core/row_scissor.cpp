@@ -14,8 +14,10 @@ constexpr std::size_t row_alignment = 64;
 
 void Scissored_Rows::set(const Frame_Buffer& buffer, std::int32_t first, std::int32_t end) {
     if (own_rows_ != buffer.rows) {
-        const std::size_t row_bytes = static_cast<std::size_t>(buffer.bytes_per_row) + row_alignment;
-        auto apart = std::make_unique<std::uint8_t[]>(row_bytes);
+        // Only pixels are drawn there, not what lies between the rows.
+        const std::size_t row_bytes =
+            static_cast<std::size_t>(buffer.width) * static_cast<std::size_t>(vorna::bytes_per_pixel(buffer.format));
+        auto apart = std::make_unique<std::uint8_t[]>(row_bytes + 2 * row_alignment);
         const auto misaligned = reinterpret_cast<std::uintptr_t>(apart.get()) % row_alignment;
         std::uint8_t* const apart_row = apart.get() + (row_alignment - misaligned) % row_alignment;
         rows_ = std::vector<std::uint8_t*>(static_cast<std::size_t>(buffer.height), apart_row);

@@ -294,8 +294,12 @@ template <Line_Configuration c> void draw_polyline(const Line_Target& target, co
     assert(is_complete<c>(target) && polyline.count >= 2 && polyline.points);
     assert(c.shading == Line_Shading::index || polyline.colors);
     if constexpr (is_plain<c>) {
-        draw_plain_polyline<c>(target, polyline);
-        return;
+        // Places of short segments fit 32 bits. Only buffers with much unused room in their rows have rows farther apart.
+        constexpr std::int32_t farthest = 1 << 20;
+        if (-target.color_row_bytes <= farthest) {
+            draw_plain_polyline<c>(target, polyline);
+            return;
+        }
     }
     constexpr bool shaded = c.shading == Line_Shading::gouraud;
     Line_Paint paint{};

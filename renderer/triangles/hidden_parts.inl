@@ -268,7 +268,7 @@ KRB_NEVER_INLINE inline bool are_hidden(const Triangle_Target& target, const VT_
     constexpr std::int32_t least_distance = 256;
     const std::int32_t column = points[1].x - target.origin_x;
     const std::int32_t row = points[1].y - target.origin_y;
-    return column < target.width && row < target.height && depth_at(target, column, row) + least_distance < points[1].z &&
+    return column < target.width && row < target.end_row && depth_at(target, column, row) + least_distance < points[1].z &&
            takes_chance(target) && are_hidden_by_blocks(target, points, count);
 }
 

@@ -55,8 +55,22 @@ Depth_Rules depth_rules_of(Case c, Shading shading) noexcept {
     return {c == Case::depth_rgb32 || (c == Case::depth_rgb32_alpha && shading == Shading::textured), true};
 }
 
-// Columns of the window and drawable rows, or those of them in the hard clip where that counts for device strips too.
-void set_limits(Triangle_Target& target, const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {
+// The window's rows, or those of them in the hard clip where that counts for device strips too, drawable or not.
+Row_Limits rows_of(const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {
+    const std::int32_t height = renderer.window_size.y;
+    if (!renderer.keeps_to_hard_clip) {
+        return {0, height};
+    }
+    const auto limit = [&](std::int64_t row) {
+        return static_cast<std::int32_t>(std::clamp<std::int64_t>(row - renderer.window_origin.y, 0, height));
+    };
+    const std::int32_t first = limit(rendition.clip.hard_clip.bottom);
+    return {first, std::max(limit(std::int64_t{rendition.clip.hard_clip.top} + 1), first)};
+}
+
+// Columns of the window, those of them in the hard clip as above, and the drawable ones of these rows.
+void set_limits(Triangle_Target& target, const Software_Z_Buffer& renderer, const VT_Rendition& rendition,
+                Row_Limits rows) noexcept {
     target.end_column = renderer.window_size.x;
     if (renderer.keeps_to_hard_clip) {
         const VT_Int_Rectangle& clip = rendition.clip.hard_clip;
@@ -65,15 +79,15 @@ void set_limits(Triangle_Target& target, const Software_Z_Buffer& renderer, cons
         };
         target.first_column = limit(clip.left, renderer.window_origin.x, 0, target.end_column);
         target.end_column = limit(std::int64_t{clip.right} + 1, renderer.window_origin.x, target.first_column, target.end_column);
-        target.first_row = limit(clip.bottom, renderer.window_origin.y, target.first_row, target.end_row);
-        target.end_row = limit(std::int64_t{clip.top} + 1, renderer.window_origin.y, target.first_row, target.end_row);
     }
+    target.first_row = std::min(std::max(rows.first, target.first_row), target.end_row);
+    target.end_row = std::max(std::min(rows.end, target.end_row), target.first_row);
 }
 
 Triangle_Target target_of(Case c, Shading shading, const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {
     Triangle_Target target{};
     static_cast<Pixel_Target&>(target) = pixel_target_of(c, renderer, depth_rules_of(c, shading));
-    set_limits(target, renderer, rendition);
+    set_limits(target, renderer, rendition, rows_of(renderer, rendition));
     // Kernels keep to the drawable rows by these limits, and find rows by their distance.
     target.color_rows = renderer.color_buffer->rows;
     target.depth_rows = renderer.depth_buffer ? renderer.depth_buffer->rows : nullptr;
@@ -174,7 +188,8 @@ Texel_Coordinates cut_coordinates(float s, float t) noexcept {
 
 Triangle_Call::Triangle_Call(Case c, Software_Z_Buffer& renderer, const VT_Rendition& rendition, Shading shading,
                              Pixel_Rule pixel, bool consults_mask)
-    : target(target_of(c, shading, renderer, rendition)), kernels_(renderer.kernels), tile_origin_(renderer.tile_origin) {
+    : target(target_of(c, shading, renderer, rendition)), kernels_(renderer.kernels), tile_origin_(renderer.tile_origin),
+      rows_(rows_of(renderer, rendition)) {
     if (consults_mask && find_mask(renderer, rendition)) {
         target.mask_rows = renderer.mask_cache->newest->rows();
     }
@@ -207,9 +222,14 @@ void Triangle_Call::draw_scissored(const Triangle_Strip& strip) const {
     if (target.first_column == target.end_column || target.first_row == target.end_row) {
         return;
     }
+    // What is left out must not depend on which rows are drawable. Triangles that are cut may appear elsewhere than their points
+    // lie, since coordinates wrap.
+    const bool has_large = Extent(strip.points, strip.count, &VT_DCI_Point::x).length() > widest ||
+                           Extent(strip.points, strip.count, &VT_DCI_Point::y).length() > tallest;
+    const Row_Limits rows = has_large ? rows_ : Row_Limits{target.first_row, target.end_row};
     vorna::Scratch<std::uint16_t> outcodes(strip.count);
-    if (VD_Clip(device_rectangle(target, target.first_column, target.end_column - 1, target.first_row, target.end_row - 1),
-                strip.count, strip.points, outcodes.data()) == 0) {
+    if (VD_Clip(device_rectangle(target, target.first_column, target.end_column - 1, rows.first, rows.end - 1), strip.count,
+                strip.points, outcodes.data()) == 0) {
         return;
     }
     const auto fits = [&](const VT_DCI_Point* triangle) {

@@ -11,6 +11,11 @@ namespace krb {
 
 using vorna::drawn_by_renderer;
 
+// Rows of the window, half-open.
+struct Row_Limits {
+    std::int32_t first, end;
+};
+
 // One call's drawing: its kernels, and all that they read. Stays where it is made, since the kernels' target points into it.
 class Triangle_Call {
 public:
@@ -40,6 +45,7 @@ private:
 
     const Kernel_Set* kernels_;
     VT_Int_Pair tile_origin_;
+    Row_Limits rows_; // the target's if all rows were drawable
     Triangle_Configuration configuration_;
     Face_Pattern pattern_;
     Strip_Kernel* kernel_;

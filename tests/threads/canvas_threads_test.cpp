@@ -75,7 +75,7 @@ Drawn drawn(const vorna::Module& module, const Configuration& configuration, std
     Window window{{random.number(1, 90), random.number(1, 90)}, {random.number(-30, 30), random.number(-30, 30)}, 0};
     vorna::Canvas canvas = canvas_of(module, configuration, window, threads);
     Drawn result;
-    for (int picture = 0; picture < 2; ++picture) {
+    for (int picture = 0; picture < 3; ++picture) {
         canvas.begin_picture(vorna::rgb(10, 20, 30));
         for (const Call& call : random_scene(random, window, 3, Callee::drawing_function)) {
             // One rendition for all calls, which changes between them.
@@ -106,8 +106,15 @@ Drawn drawn(const vorna::Module& module, const Configuration& configuration, std
             const auto depths = canvas.read_depths();
             result.depths.insert(result.depths.end(), depths.begin(), depths.end());
         }
+        // Members of slots that the new options do not name stay.
         window.size = {window.size.y, window.size.x};
-        canvas.options().set_window_size(window.size);
+        const auto other = static_cast<std::size_t>(random.number(0, static_cast<std::int32_t>(std::size(configurations)) - 1));
+        configure(canvas.options(), configurations[other], window.size, window.origin);
+        canvas.set_option("Enable Tiling", random.chance(50));
+        if (random.chance(50)) {
+            const std::vector<VT_RGB32> entries{vorna::rgb(0, 0, 0), vorna::rgb(200, 30, 30), vorna::rgb(250, 250, 250)};
+            canvas.options().set_palette(VT_Reference<const VT_Palette>(new VT_Palette(entries, {})));
+        }
         canvas.establish();
     }
     return result;

@@ -156,6 +156,21 @@ TEST_F(Record, cbor_is_exact_and_refuses_damage) {
         EXPECT_THROW(read_recording(document.substr(0, place)), Recording_Error) << place;
     }
     EXPECT_THROW(read_recording(std::string(1000000, '\xA1')), Recording_Error) << "nested";
+    EXPECT_THROW(read_recording('\xA1' + std::string(1000000, '\x7F')), Recording_Error) << "strings in strings";
+    EXPECT_THROW(read_recording("\xA1\x61"
+                                "a" +
+                                std::string(1000000, '\x5F')),
+                 Recording_Error)
+        << "bytes in bytes";
+
+    // An empty rendition takes one byte here and hundreds where it is read.
+    std::string small = "\xA1\x6A"
+                        "renditions"
+                        "\x9A";
+    small += std::string("\x00\x04\x00\x00", 4) + std::string(1 << 18, '\xA0');
+    std::size_t taken = 0;
+    EXPECT_THROW(read_recording(small, [&](std::size_t bytes) { taken += bytes; }), Recording_Error);
+    EXPECT_GT(taken, (std::size_t{1} << 18) * sizeof(Rendition));
 }
 
 TEST_F(Record, goes_through_standard_streams) {
