@@ -2,13 +2,12 @@
 #include "c/call.h"
 #include "c/handles.h"
 #include "c/reading.h"
-#include "drawing/files/input_file.h"
 #include "drawing/files/output_file.h"
 #include "drawing/recording/document.h"
 #include "drawing/recording/recording_file.h"
-#include "drawing/recording/recording_reader.h"
 #include "drawing/recording/recording_writer.h"
 #include "drawing/recording/replay.h"
+#include "drawing/recording/shown_part.h"
 #include "vorna/c_recording.h"
 
 namespace vorna::c {
@@ -33,18 +32,6 @@ template <class Read> std::unique_ptr<vorna_recording> read(const std::string& n
 const vorna_replay_settings& default_settings() noexcept {
     static const vorna_replay_settings settings{sizeof settings, nullptr, 0, SIZE_MAX};
     return settings;
-}
-
-// The part of the window that the recording shows.
-drawing::Raster shown(const drawing::Raster& raster, drawing::Session& session, const Recording& recording) {
-    if (!recording.output) {
-        return raster;
-    }
-    const VT_Int_Rectangle window = session.window(), &area = *recording.output;
-    if (is_empty(area) || common_part(area, window) != area) {
-        throw Recording_Error("output: expected a rectangle inside the window");
-    }
-    return drawing::cut(raster, window, area);
 }
 
 void replay(const Recording& recording, const vorna_replay_settings& given, std::unique_ptr<vorna_image>* color,
@@ -86,13 +73,7 @@ vorna_status vorna_recording_parse(const char* text, size_t size, const vorna_re
         auto limits = limits_of(reading);
         return read(unnamed, [&] {
             limits.add_file(unnamed, size);
-            const std::string document =
-                vorna::drawing::unpacked_input(unnamed, std::string(text ? text : "", size), limits, most_bytes);
-            if (document.size() > most_bytes) {
-                throw Recording_Error("expected at most " + std::to_string(most_bytes >> 20) + " MiB");
-            }
-            limits.take_memory(unnamed, 2 * document.size());
-            return read_recording(document, [&](std::size_t more) { limits.take_memory(unnamed, more); });
+            return read_document(unnamed, std::string(text ? text : "", size), limits);
         });
     });
 }

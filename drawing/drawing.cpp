@@ -61,6 +61,7 @@ Model::Model(const std::vector<std::string>& files, const Reading& reading)
     for (const std::string& file : files) {
         inputs.push_back(open_input(file, "", *content_->limits));
     }
+    content_->up_axis = up_axis_of(inputs.front());
     model::Mesh& mesh = content_->mesh;
     mesh = model::load_models(inputs, *content_->limits, reading.accepts_no_triangles, reading.crease);
     mesh.warnings.insert(mesh.warnings.begin(), mesh.notes.begin(), mesh.notes.end());
@@ -103,6 +104,10 @@ std::size_t Model::line_count() const {
 
 std::size_t Model::point_count() const {
     return content_->mesh.points.size();
+}
+
+model::Up_Axis Model::up_axis() const {
+    return content_->up_axis;
 }
 
 const std::vector<std::string>& Model::warnings() const {

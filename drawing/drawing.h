@@ -51,6 +51,8 @@ public:
     std::size_t triangle_count() const;
     std::size_t line_count() const;
     std::size_t point_count() const;
+    // The axis that points up in the first file, by its format; y in arrays.
+    model::Up_Axis up_axis() const;
     // What of the materials could not be read, and which files were not read as their names say, a line each.
     const std::vector<std::string>& warnings() const;
 
@@ -102,11 +104,11 @@ struct Image_Settings {
     // The mean of so many pixels each way, 1 to 8: smooth faces and lines. 0 = 2 for models that are neither indexed nor
     // smooth_lines nor larger than 2^24 pixels, else 1.
     std::int32_t supersample = 0;
-    unsigned threads = 0; // at most 1024; 0 = as many as there are processors
-    std::uint64_t max_memory = std::uint64_t{1} << 30;
-    std::uint64_t other_memory = 0; // bytes of it that are not the image's; 0 = all memory of the process
-    bool allow_empty = true;        // whether an image may show nothing but the background
-    std::string module;             // path of the renderer; empty = the installed one
+    unsigned threads = 0;                              // at most 1024; 0 = as many as there are processors
+    std::uint64_t max_memory = std::uint64_t{1} << 30; // bytes, with those of an image that is kept in memory
+    std::uint64_t other_memory = 0;                    // bytes of it that are not the image's; 0 = all memory of the process
+    bool allow_empty = true;                           // whether an image may show nothing but the background
+    std::string module;                                // path of the renderer; empty = the installed one
 };
 
 // An image in memory, four bytes a pixel. Of settings with 8 bits it has the colours of the palette.

@@ -51,6 +51,10 @@ std::vector<VT_RGB32> colors_of_rows(const std::string& palette) {
 
 } // namespace
 
+std::uint64_t pixels_of(VT_Int_Pair size) noexcept {
+    return static_cast<std::uint64_t>(size.x) * static_cast<std::uint64_t>(size.y);
+}
+
 Module_Choice module_of(const Image_Settings& settings) {
     return {settings.module.empty() ? Module::installed_path() : settings.module, {}};
 }
@@ -118,7 +122,14 @@ void Image_Maker::set_size(const Image_Settings& settings, VT_Int_Pair size) {
     job.supersample = supersample;
 }
 
-Image_Samples Image_Maker::samples() {
+// The samples are there until the image is made of them.
+Image Image_Maker::image() {
+    job.kept_memory = pixels_of(job.part.size) * (sizeof(VT_RGB32) + (job.palette ? 1 : 4));
+    return Job(job, module, *drawing).make_image();
+}
+
+Image_Samples Image_Maker::samples(std::uint64_t more_memory) {
+    job.kept_memory = pixels_of(job.part.size) * (job.palette ? 1 : 4) + more_memory;
     Job made(job, module, *drawing);
     const Image_Form& form = made.form();
     const bool indexed = form.colors == Image_Form::Colors::palette;

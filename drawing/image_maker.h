@@ -20,6 +20,7 @@ struct Model::Content {
     model::Mesh mesh;
     // By number of a triangle that is drawn its number among those that were given; empty = the same.
     std::vector<std::uint32_t> given_numbers;
+    model::Up_Axis up_axis = model::Up_Axis::y;
 };
 
 struct Map::Content {
@@ -29,6 +30,7 @@ struct Map::Content {
     std::shared_ptr<map::Map_Scene> scene;
 };
 
+std::uint64_t pixels_of(VT_Int_Pair size) noexcept;
 Module_Choice module_of(const Image_Settings& settings);
 // Throws Usage_Error for a camera that looks nowhere.
 model::Camera_Settings checked_camera(const model::Camera_Settings& camera, const model::Mesh& mesh, VT_Int_Pair size);
@@ -40,8 +42,9 @@ struct Image_Maker {
 
     // Of the next image of a model; for images without an own number of pixels to average.
     void set_size(const Image_Settings& settings, VT_Int_Pair size);
-    Image image() { return Job(job, module, *drawing).make_image(); }
-    Image_Samples samples();
+    Image image();
+    // more_memory: bytes of other planes that stay in memory beside the samples.
+    Image_Samples samples(std::uint64_t more_memory = 0);
     // A signal that waits while the file is written comes afterwards.
     std::string write(const std::string& file);
 

@@ -109,6 +109,12 @@ void Model_Images::Content::draw_pass(Pass& pass, const model::Camera_Settings& 
     pass.drawing->set_camera(checked_camera(camera, model->mesh, size));
     pass.job.part.size = size;
     Job job(pass.job, module_of(settings), *pass.drawing);
+    if (depths) {
+        *depths = make_samples(Image_Samples::Kind::depths, size.x, size.y);
+    }
+    if (faces) {
+        *faces = make_samples(Image_Samples::Kind::faces, size.x, size.y);
+    }
     job.draw_frame([&](Session& session, const VT_Int_Rectangle& window, const VT_Int_Rectangle& kept) {
         if (depths) {
             copy_rows<std::uint16_t>(raster_of(*session.read_depth(kept)), kept, kept, *depths,
@@ -144,6 +150,9 @@ Model_Image Model_Images::draw(const model::Camera_Settings& camera, VT_Int_Pair
         image.near = drawing.camera().near * content.model->mesh.radius;
         image.far = drawing.camera().far * content.model->mesh.radius;
     };
+    const std::uint64_t plane_memory =
+        pixels_of(size) * ((planes.depths ? sizeof(std::uint16_t) : 0) + (planes.faces ? sizeof(std::int32_t) : 0));
+    const std::uint64_t color_memory = planes.colors ? pixels_of(size) * (content.settings.indexed ? 1 : 4) : 0;
     if (planes.colors) {
         if (!content.colors) {
             Model_View view = content.view;
@@ -153,26 +162,22 @@ Model_Image Model_Images::draw(const model::Camera_Settings& camera, VT_Int_Pair
         auto& drawing = static_cast<Model_Drawing&>(*content.colors->drawing);
         drawing.set_camera(checked_camera(camera, content.model->mesh, size));
         content.colors->set_size(sized, size);
-        image.colors = content.colors->samples();
+        image.colors = content.colors->samples(plane_memory);
         note_range(drawing);
     }
     if (planes.depths || planes.faces) {
         check(sized, size, 1);
     }
-    if (planes.depths) {
-        image.depths = make_samples(Image_Samples::Kind::depths, size.x, size.y);
-    }
-    if (planes.faces) {
-        image.faces = make_samples(Image_Samples::Kind::faces, size.x, size.y);
-    }
     const bool together = planes.depths && !content.has_textured_depths;
     if (planes.faces || together) {
         Content::Pass& pass = content.numbered(camera, size);
+        pass.job.kept_memory = plane_memory + color_memory;
         content.draw_pass(pass, camera, size, together ? &image.depths : nullptr, planes.faces ? &image.faces : nullptr);
         note_range(*pass.drawing);
     }
     if (planes.depths && !together) {
         Content::Pass& pass = content.textured(camera, size);
+        pass.job.kept_memory = plane_memory + color_memory;
         content.draw_pass(pass, camera, size, &image.depths, nullptr);
         note_range(*pass.drawing);
     }

@@ -11,10 +11,10 @@
 #include "drawing/recording/document.h"
 #include "drawing/recording/recorder.h"
 #include "drawing/recording/recording_file.h"
-#include "drawing/recording/recording_reader.h"
 #include "drawing/recording/recording_writer.h"
 #include "drawing/recording/replay.h"
 #include "drawing/recording/session.h"
+#include "drawing/recording/shown_part.h"
 #include "vorna/module.h"
 
 namespace vorna::drawing {
@@ -25,7 +25,7 @@ Module_Choice module_choice(const std::string& module) {
 }
 
 Image_Samples samples_of(const Raster& whole, const Session& session, const recording::Recording& recording) {
-    const Raster raster = recording.output ? cut(whole, session.window(), *recording.output) : whole;
+    const Raster raster = recording::shown(whole, session, recording);
     using Kind = Image_Samples::Kind;
     const Kind kind = raster.format == Buffer_Format::index8    ? Kind::indices
                       : raster.format == Buffer_Format::depth16 ? Kind::depths
@@ -77,7 +77,9 @@ Replay_Image replay_file(const std::string& file, const Replay_Settings& setting
 }
 
 Replay_Image replay_text(const std::string& name, const std::string& text, const Replay_Settings& settings) {
-    return replayed(name, settings, [&] { return recording::read_recording(text); });
+    Load_Limits limits(settings.max_memory > 0 ? std::optional(settings.max_memory) : std::nullopt);
+    limits.add_file(name, text.size());
+    return replayed(name, settings, [&] { return recording::read_document(name, text, limits); });
 }
 
 struct Recorded_Canvas::Content {

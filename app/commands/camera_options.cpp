@@ -7,6 +7,7 @@
 
 #include "app/commands/option_choices.h"
 #include "drawing/files/usage_error.h"
+#include "drawing/job/formats.h"
 #include "drawing/job/model_style.h"
 #include "drawing/model/vectors.h"
 
@@ -166,8 +167,7 @@ std::vector<std::string> camera_arguments_of(const Camera_Options& options) {
 
 void choose_up_axis(Camera_Options& options, const std::vector<drawing::Input>& inputs) {
     if (!options.has_up) {
-        const drawing::Format* format = inputs.front().format;
-        options.camera.up = format && format->has_z_up ? Up_Axis::z : Up_Axis::y;
+        options.camera.up = drawing::up_axis_of(inputs.front());
     }
 }
 

@@ -28,6 +28,7 @@
 #include "drawing/recording/recording_file.h"
 #include "drawing/recording/replay.h"
 #include "drawing/recording/session.h"
+#include "drawing/recording/shown_part.h"
 #include "drawing/recording/timing.h"
 
 namespace vorna::app {
@@ -53,28 +54,14 @@ struct Replay_Arguments {
 
 constexpr std::size_t most_files_unasked = 1000;
 
-// The part of a window that a recording shows.
-drawing::Raster shown(const drawing::Raster& raster, const drawing::Session& session,
-                      const drawing::recording::Recording& recording) {
-    if (!recording.output) {
-        return raster;
-    }
-    const VT_Int_Rectangle window = session.window(), &area = *recording.output;
-    if (area.left < window.left || area.right > window.right || area.bottom < window.bottom || area.top > window.top ||
-        area.left > area.right || area.bottom > area.top) {
-        throw drawing::recording::Recording_Error("output: expected a rectangle inside the window");
-    }
-    return drawing::cut(raster, window, area);
-}
-
 void add_outputs(const Replay_Arguments& arguments, drawing::Session& session, const drawing::recording::Recording& recording,
                  const drawing::recording::Report& report, drawing::Output_Files& files) {
     const auto write = [&](const std::string& png, const std::string& raw, const drawing::Raster& raster) {
         if (!png.empty()) {
-            files.add(png, drawing::png_of(shown(raster, session, recording), session.palette()));
+            files.add(png, drawing::png_of(drawing::recording::shown(raster, session, recording), session.palette()));
         }
         if (!raw.empty()) {
-            files.add(raw, drawing::raw_bytes_of(shown(raster, session, recording)));
+            files.add(raw, drawing::raw_bytes_of(drawing::recording::shown(raster, session, recording)));
         }
     };
     write(arguments.color, arguments.color_raw, drawing::raster_of(session.color_buffer()));
@@ -147,7 +134,8 @@ public:
         number.insert(0, digits - number.size(), '0');
         const std::string name = folder_ + '/' + number + '-' + std::string(recording_.calls[call].kind->name) + ".png";
         drawing::write_file(
-            name, drawing::png_of(shown(drawing::raster_of(session_.color_buffer()), session_, recording_), session_.palette()));
+            name, drawing::png_of(drawing::recording::shown(drawing::raster_of(session_.color_buffer()), session_, recording_),
+                                  session_.palette()));
         const std::size_t end = std::min(settings_.last, recording_.calls.size() - 1) + 1;
         progress_.show(static_cast<double>(call + 1) / static_cast<double>(end));
     }

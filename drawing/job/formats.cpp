@@ -162,6 +162,10 @@ Input open_input(const std::string& path, const std::string& suffix, Load_Limits
     return input;
 }
 
+model::Up_Axis up_axis_of(const Input& input) {
+    return input.format && input.format->has_z_up ? model::Up_Axis::z : model::Up_Axis::y;
+}
+
 std::optional<Input> open_overlay(const map::Map_Settings& settings, Load_Limits& limits) {
     return settings.overlay.empty() ? std::nullopt : std::optional(open_input(settings.overlay, "", limits));
 }

@@ -83,8 +83,8 @@ void Job::make_plan() {
                          // Threads compress numbered frames side by side.
                          .work = settings_.is_numbered ? 0 : needs_.work,
                          .max_memory = settings_.max_memory,
-                         .other_memory =
-                             (settings_.other_memory > 0 ? settings_.other_memory : resident_memory()) + needs_.prepared_memory};
+                         .other_memory = (settings_.other_memory > 0 ? settings_.other_memory : resident_memory()) +
+                                         needs_.prepared_memory + settings_.kept_memory};
     if (settings_.tile_size > 0) {
         request.tile_size = settings_.tile_size;
     }

@@ -29,6 +29,7 @@ struct Job_Settings {
     std::int32_t supersample = 1; // columns and rows of drawn pixels for one
     unsigned threads = 0;         // 0 = as many as there are processors
     std::uint64_t max_memory = std::uint64_t{1} << 30;
+    std::uint64_t kept_memory = 0;  // bytes of it for images that stay in memory
     std::uint64_t other_memory = 0; // bytes of it that everything but the image takes; 0 = what the process has
     Background background;
     bool transparent = false;               // instead of the background

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "drawing/files/gzip.h"
 #include "drawing/files/input_file.h"
@@ -18,12 +19,19 @@ namespace vorna::drawing::recording {
 Recording load(const std::string& path, Load_Limits& limits) {
     const std::string name = name_of_input(path);
     try {
-        const std::string bytes = unpacked_input(name, read_input(path, limits, most_bytes), limits, most_bytes);
-        limits.take_memory(name, 2 * bytes.size());
-        return read_recording(bytes, [&](std::size_t more) { limits.take_memory(name, more); });
+        return read_document(name, read_input(path, limits, most_bytes), limits);
     } catch (const std::bad_alloc&) {
         throw std::runtime_error(name + ": not enough memory to read it");
     }
+}
+
+Recording read_document(const std::string& name, std::string bytes, Load_Limits& limits) {
+    const std::string document = unpacked_input(name, std::move(bytes), limits, most_bytes);
+    if (document.size() > most_bytes) {
+        throw Recording_Error("expected at most " + std::to_string(most_bytes >> 20) + " MiB");
+    }
+    limits.take_memory(name, 2 * document.size());
+    return read_recording(document, [&](std::size_t more) { limits.take_memory(name, more); });
 }
 
 std::string file_of(const Recording& recording, const std::string& path) {

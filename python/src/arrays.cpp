@@ -1,11 +1,14 @@
 // numpy arrays as the libraries take them.
 #include "python/src/arrays.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <stdexcept>
 #include <utility>
+
+#include "host/texture.h"
 
 namespace vorna::python {
 namespace {
@@ -253,7 +256,7 @@ drawing::Image_Samples samples_of(const py::array& array, const py::object& pale
     if (array.shape(0) < 1 || array.shape(1) < 1 || std::max(array.shape(0), array.shape(1)) > 1 << 18) {
         refuse("image", "sides from 1 to 262144", description_of(array));
     }
-    py::array packed = array;
+    py::array packed = in_own_byte_order(array);
     if (has_channels && array.shape(2) == 3) {
         const py::module_ numpy = py::module_::import("numpy");
         packed = py::array(numpy.attr("concatenate")(
@@ -282,6 +285,20 @@ drawing::Image_Samples samples_of(const py::array& array, const py::object& pale
         convert_colors(rows, image.palette.data());
     }
     return image;
+}
+
+drawing::Image_Samples texture_samples_of(const py::array& image) {
+    const drawing::Image_Samples samples = samples_of(image, py::none());
+    if (samples.kind != Kind::colors || std::max(samples.width, samples.height) > largest_texture_side) {
+        refuse("texture", "(height, width, 3 or 4) of uint8 with sides of up to " + std::to_string(largest_texture_side),
+               description_of(image));
+    }
+    return samples;
+}
+
+py::array in_own_byte_order(const py::array& array) {
+    const py::object type = array.dtype();
+    return type.attr("isnative").cast<bool>() ? array : py::array(array.attr("astype")(type.attr("newbyteorder")("=")));
 }
 
 py::object palette_array(const std::vector<VT_RGB32>& palette) {

@@ -54,6 +54,10 @@ py::object array_of(const drawing::Image_Samples& image);
 // An array as samples that share its memory where it is contiguous. colors: what (height, width) of uint8 is the index of; None =
 // greys.
 drawing::Image_Samples samples_of(const py::array& array, const py::object& palette);
+// The colours of a texture. Throws ValueError for others, and for sides that the renderer does not draw.
+drawing::Image_Samples texture_samples_of(const py::array& image);
+// The array itself where its numbers have the machine's byte order, else a copy that has.
+py::array in_own_byte_order(const py::array& array);
 py::object palette_array(const std::vector<VT_RGB32>& palette);
 
 } // namespace vorna::python

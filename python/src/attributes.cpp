@@ -1,7 +1,9 @@
 // Attributes of what a canvas draws.
 #include "python/src/attributes.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <string_view>
 
 #include "python/src/options.h"
@@ -40,7 +42,7 @@ struct Change {
         }
         return found;
     }
-    bool flag() const { return PyObject_IsTrue(value.ptr()) == 1; }
+    bool flag() const { return truth_of(value); }
 };
 
 constexpr std::int32_t widest = 16384;
@@ -64,6 +66,9 @@ void set_clip(const Change& change) {
         py::dict values;
         values[change.name] = change.value;
         const auto sides = *Options(values).numbers<4>(change.name);
+        if (std::ranges::any_of(sides, [](double side) { return std::isnan(side); })) {
+            refuse(change.name, "left, bottom, right and top", py::repr(change.value).cast<std::string>());
+        }
         const auto at = [&](std::size_t i) { return static_cast<std::int32_t>(std::clamp(sides[i], -1e9, 1e9)); };
         clip = common_part(clip, {at(0), at(2), at(1), at(3)});
     }
@@ -112,10 +117,7 @@ constexpr Attribute attributes_by_name[] = {
 } // namespace
 
 Texture::Texture(const py::array& image) : material(new VT_Basic_Material) {
-    const drawing::Image_Samples samples = samples_of(image, py::none());
-    if (samples.kind != drawing::Image_Samples::Kind::colors) {
-        refuse("texture", "(height, width, 3 or 4) of uint8", description_of(image));
-    }
+    const drawing::Image_Samples samples = texture_samples_of(image);
     std::vector<VT_RGB32> pixels(static_cast<std::size_t>(samples.width) * static_cast<std::size_t>(samples.height));
     for (std::size_t i = 0; i < pixels.size(); ++i) {
         const std::uint8_t* from = samples.bytes.get() + 4 * i;

@@ -39,6 +39,92 @@ Canvas_Settings canvas_settings_of(const Options& options) {
     return settings;
 }
 
+// Drawing from the canvas' own memory would read pixels that are drawn already.
+void Canvas_Object::image(py::array pixels, const py::object& at, const py::kwargs& attributes) {
+    const VT_DCI_Point top_left = point_of("at", at);
+    if (pixels.base()) {
+        const py::object may_share = py::module_::import("numpy").attr("may_share_memory");
+        for (const bool of_depths : {false, true}) {
+            const py::object own = buffer(of_depths);
+            if (!own.is_none() && may_share(pixels, own).cast<bool>()) {
+                pixels = py::array(pixels.attr("copy")());
+            }
+        }
+    }
+    const bool words = pixels.ndim() == 2 && pixels.dtype().kind() == 'u' && pixels.itemsize() == 4;
+    if (!words) {
+        const drawing::Image_Samples samples = samples_of(pixels, py::none());
+        draw_with("image", attributes, [&](Target& target) { draw_samples(target, top_left, samples); });
+        return;
+    }
+    const py::array packed =
+        py::array::ensure(in_own_byte_order(pixels), py::array::c_style | int{py::detail::npy_api::NPY_ARRAY_ALIGNED_});
+    const VT_Int_Pair size{static_cast<std::int32_t>(packed.shape(1)), static_cast<std::int32_t>(packed.shape(0))};
+    const std::span<const VT_RGB32> colors(static_cast<const VT_RGB32*>(packed.data()), static_cast<std::size_t>(packed.size()));
+    draw_with("image", attributes, [&](Target& target) { VD_Draw_DCI_RGB32_Image(target, top_left, {colors, size}); });
+}
+
+void Canvas_Object::set_depth_mode(const py::object& test, const py::object& write) {
+    static constexpr Choice<Depth_Test> tests[] = {
+        {"nearer", Depth_Test::nearer}, {"nearer-or-equal", Depth_Test::nearer_or_equal}, {"farther", Depth_Test::farther}};
+    std::optional<Depth_Test> chosen;
+    if (!test.is_none()) {
+        chosen = Options::chosen("test", test, tests);
+    }
+    const bool writes = write.is_none() || truth_of(write);
+    locked([&] {
+        if (chosen) {
+            canvas().set_depth_test(*chosen);
+            depth_test_ = chosen;
+        }
+        if (!write.is_none()) {
+            canvas().set_depth_write(writes);
+            depth_write_ = writes;
+        }
+    });
+}
+
+py::object Canvas_Object::buffer(bool of_depths) {
+    if (of_depths && !canvas().has_depth_buffer()) {
+        return py::none();
+    }
+    using Holder = VT_Reference<const Frame_Buffer>;
+    const Holder buffer(of_depths ? &canvas().depth_buffer() : &canvas().color_buffer());
+    std::vector<py::ssize_t> shape{buffer->height, buffer->width};
+    std::vector<py::ssize_t> strides{buffer->bytes_per_row, bytes_per_pixel(buffer->format)};
+    if (buffer->format == Buffer_Format::rgb32) {
+        shape.push_back(4);
+        strides.push_back(1);
+    }
+    const py::dtype type =
+        buffer->format == Buffer_Format::depth16 ? py::dtype::of<std::uint16_t>() : py::dtype::of<std::uint8_t>();
+    const py::capsule owner(new Holder(buffer), [](void* holder) { delete static_cast<Holder*>(holder); });
+    return py::array(type, shape, strides, buffer->rows[buffer->height - 1], owner);
+}
+
+// Another thread may begin a recording, which makes a new canvas, while this one waits or copies.
+py::tuple Canvas_Object::copied() {
+    const VT_Reference<const Frame_Buffer> buffer(&canvas().color_buffer());
+    const bool indexed = buffer->format == Buffer_Format::index8;
+    drawing::Image_Samples image = drawing::make_samples(
+        indexed ? drawing::Image_Samples::Kind::indices : drawing::Image_Samples::Kind::colors, buffer->width, buffer->height);
+    locked([&] {
+        std::uint8_t* to = image.bytes.get();
+        for (std::int32_t row = buffer->height - 1; row >= 0; --row) {
+            const std::uint8_t* from = buffer->rows[row];
+            if (indexed) {
+                to = std::copy_n(from, buffer->width, to);
+                continue;
+            }
+            for (std::int32_t x = 0; x < buffer->width; ++x, from += 4, to += 4) {
+                const std::uint8_t pixel[] = {from[2], from[1], from[0], from[3]};
+                std::copy_n(pixel, 4, to);
+            }
+        }
+    });
+    return py::make_tuple(array_of(image), palette());
+}
+
 py::object Canvas_Object::palette() {
     if (canvas().renderer().current_options.color_system() != 0) {
         return py::none();
@@ -50,14 +136,24 @@ py::object Canvas_Object::palette() {
     return palette_array(colors);
 }
 
-// With both locks: attributes are made with the interpreter's lock alone and look at the canvas. Who draws needs no second one.
+// With both locks: attributes are made with the interpreter's lock alone and look at the canvas. Whoever waits for the canvas
+// does not hold the interpreter's lock.
 void Canvas_Object::start_recording() {
+    const py::gil_scoped_release released;
     const std::lock_guard lock(mutex_);
+    const py::gil_scoped_acquire acquired;
     if (has_begun_ || is_recording_) {
         throw std::runtime_error(std::string("record: expected no ") + (has_begun_ ? "picture" : "recording") +
                                  " that has begun already");
     }
-    recorded_ = std::make_unique<drawing::Recorded_Canvas>(settings_);
+    auto recorded = std::make_unique<drawing::Recorded_Canvas>(settings_);
+    if (depth_test_) {
+        recorded->canvas().set_depth_test(*depth_test_);
+    }
+    if (depth_write_) {
+        recorded->canvas().set_depth_write(*depth_write_);
+    }
+    recorded_ = std::move(recorded);
     own_.reset();
     is_recording_ = true;
 }

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -166,20 +167,7 @@ public:
         });
     }
 
-    void image(const py::array& pixels, const py::object& at, const py::kwargs& attributes) {
-        const VT_DCI_Point top_left = point_of("at", at);
-        const bool words = pixels.ndim() == 2 && pixels.dtype().kind() == 'u' && pixels.itemsize() == 4;
-        if (!words) {
-            const drawing::Image_Samples samples = samples_of(pixels, py::none());
-            draw_with("image", attributes, [&](Target& target) { draw_samples(target, top_left, samples); });
-            return;
-        }
-        const py::array packed = py::array::ensure(pixels, py::array::c_style | int{py::detail::npy_api::NPY_ARRAY_ALIGNED_});
-        const VT_Int_Pair size{static_cast<std::int32_t>(packed.shape(1)), static_cast<std::int32_t>(packed.shape(0))};
-        const std::span<const VT_RGB32> colors(static_cast<const VT_RGB32*>(packed.data()),
-                                               static_cast<std::size_t>(packed.size()));
-        draw_with("image", attributes, [&](Target& target) { VD_Draw_DCI_RGB32_Image(target, top_left, {colors, size}); });
-    }
+    void image(py::array pixels, const py::object& at, const py::kwargs& attributes);
 
     // Attributes of the calls that follow. Returns what restores the ones before.
     VT_Reference<const VT_Rendition> set(const py::kwargs& attributes) {
@@ -189,69 +177,17 @@ public:
     }
     void restore(const VT_Reference<const VT_Rendition>& attributes) { attributes_ = attributes; }
 
-    void set_depth_mode(const py::object& test, const py::object& write) {
-        static constexpr Choice<Depth_Test> tests[] = {
-            {"nearer", Depth_Test::nearer}, {"nearer-or-equal", Depth_Test::nearer_or_equal}, {"farther", Depth_Test::farther}};
-        std::optional<Depth_Test> chosen;
-        if (!test.is_none()) {
-            chosen = Options::chosen("test", test, tests);
-        }
-        const bool writes = write.is_none() || PyObject_IsTrue(write.ptr()) == 1;
-        locked([&] {
-            if (chosen) {
-                canvas().set_depth_test(*chosen);
-            }
-            if (!write.is_none()) {
-                canvas().set_depth_write(writes);
-            }
-        });
-    }
+    void set_depth_mode(const py::object& test, const py::object& write);
 
     // The buffer of colours or of depths, if there is one: an array that shares and keeps its memory.
-    py::object buffer(bool of_depths) {
-        if (of_depths && !canvas().has_depth_buffer()) {
-            return py::none();
-        }
-        const Frame_Buffer* const buffer = of_depths ? &canvas().depth_buffer() : &canvas().color_buffer();
-        std::vector<py::ssize_t> shape{buffer->height, buffer->width};
-        std::vector<py::ssize_t> strides{buffer->bytes_per_row, bytes_per_pixel(buffer->format)};
-        if (buffer->format == Buffer_Format::rgb32) {
-            shape.push_back(4);
-            strides.push_back(1);
-        }
-        const py::dtype type =
-            buffer->format == Buffer_Format::depth16 ? py::dtype::of<std::uint16_t>() : py::dtype::of<std::uint8_t>();
-        using Holder = VT_Reference<const Frame_Buffer>;
-        const py::capsule owner(new Holder(buffer), [](void* holder) { delete static_cast<Holder*>(holder); });
-        return py::array(type, shape, strides, buffer->rows[buffer->height - 1], owner);
-    }
+    py::object buffer(bool of_depths);
 
     // A copy: (pixels, palette).
-    py::tuple copied() {
-        const Frame_Buffer& buffer = canvas().color_buffer();
-        const bool indexed = buffer.format == Buffer_Format::index8;
-        drawing::Image_Samples image = drawing::make_samples(
-            indexed ? drawing::Image_Samples::Kind::indices : drawing::Image_Samples::Kind::colors, buffer.width, buffer.height);
-        locked([&] {
-            std::uint8_t* to = image.bytes.get();
-            for (std::int32_t row = buffer.height - 1; row >= 0; --row) {
-                const std::uint8_t* from = buffer.rows[row];
-                if (indexed) {
-                    to = std::copy_n(from, buffer.width, to);
-                    continue;
-                }
-                for (std::int32_t x = 0; x < buffer.width; ++x, from += 4, to += 4) {
-                    const std::uint8_t pixel[] = {from[2], from[1], from[0], from[3]};
-                    std::copy_n(pixel, 4, to);
-                }
-            }
-        });
-        return py::make_tuple(array_of(image), palette());
-    }
+    py::tuple copied();
     // None of 32-bit colours.
     py::object palette();
 
-    // On another canvas, with the same settings and attributes: recordings begin with empty buffers.
+    // On another canvas, with the same settings, attributes and depth mode: recordings begin with empty buffers.
     void start_recording();
     std::string finish_recording() {
         return locked([&] {
@@ -376,6 +312,9 @@ private:
     VT_Reference<const VT_Rendition> attributes_; // not changed once it is here: calls of other threads may draw with it
     std::mutex mutex_;
     bool has_begun_ = false, is_recording_ = false;
+    // The depth mode, where it was set.
+    std::optional<Depth_Test> depth_test_;
+    std::optional<bool> depth_write_;
     // Converted arrays of the current call.
     std::vector<std::byte> points_;
     std::vector<VT_RGB32> colors_;

@@ -111,7 +111,11 @@ public:
         });
         return py::make_tuple(array_of(image), palette_array(image.palette));
     }
-    std::vector<std::string> warnings() const { return map_.warnings(); }
+    std::vector<std::string> warnings() {
+        const py::gil_scoped_release released;
+        const std::lock_guard lock(mutex_);
+        return map_.warnings();
+    }
 
 private:
     std::mutex mutex_;

@@ -1,4 +1,5 @@
 // Models and their images.
+#include <algorithm>
 #include <cstring>
 
 #include <pybind11/stl.h>
@@ -165,10 +166,7 @@ Mesh mesh_of(const Options& options) {
         if (mesh.coordinates.empty()) {
             throw drawing::Usage_Error("texture: expected uv with it");
         }
-        const drawing::Image_Samples samples = samples_of(py::array(texture), py::none());
-        if (samples.kind != drawing::Image_Samples::Kind::colors) {
-            refuse("texture", "(height, width, 3 or 4) of uint8", description_of(py::array(texture)));
-        }
+        const drawing::Image_Samples samples = texture_samples_of(py::array(texture));
         Image_Source image;
         image.name = "texture";
         image.embedded = true;
@@ -219,6 +217,7 @@ public:
     }
 
     std::vector<std::string> warnings() {
+        const py::gil_scoped_release released;
         const std::lock_guard lock(mutex_);
         return images_.warnings();
     }
@@ -265,6 +264,11 @@ void add_models(py::module_& module) {
                         }
                         return unlocked({}, [&] { return std::make_shared<Model>(std::move(made), reading); });
                     })
+        .def_property_readonly("up_axis",
+                               [](const Model& model) {
+                                   const auto* found = std::ranges::find(up_axes, model.up_axis(), &Choice<Up_Axis>::value);
+                                   return found->name;
+                               })
         .def_property_readonly("triangle_count", &Model::triangle_count)
         .def_property_readonly("line_count", &Model::line_count)
         .def_property_readonly("point_count", &Model::point_count)

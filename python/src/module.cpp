@@ -16,9 +16,10 @@ std::optional<Tolerance> tolerance_of(const py::object& value) {
         return {};
     }
     try {
-        if (py::isinstance<py::int_>(value)) {
-            return Tolerance{value.cast<std::int32_t>(), std::numeric_limits<std::int64_t>::max()};
+        if (const auto whole = py::reinterpret_steal<py::object>(PyNumber_Index(value.ptr()))) {
+            return Tolerance{whole.cast<std::int32_t>(), std::numeric_limits<std::int64_t>::max()};
         }
+        PyErr_Clear(); // numbers of numpy are whole ones too, arrays and pairs are not
         const auto [difference, count] = value.cast<std::pair<std::int32_t, std::int64_t>>();
         return Tolerance{difference, count};
     } catch (const py::cast_error&) {

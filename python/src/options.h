@@ -17,6 +17,15 @@ template <class Value> struct Choice {
     Value value;
 };
 
+// Throws what the object throws that has no truth.
+inline bool truth_of(const py::object& value) {
+    const int truth = PyObject_IsTrue(value.ptr());
+    if (truth < 0) {
+        throw py::error_already_set();
+    }
+    return truth == 1;
+}
+
 // A dictionary of arguments. Those that are absent or None leave the member as it is. All throw ValueError that names the
 // argument.
 class Options {
@@ -34,11 +43,7 @@ public:
     }
     void flag(const char* name, bool& member) const {
         if (const py::object value = (*this)[name]; !value.is_none()) {
-            const int truth = PyObject_IsTrue(value.ptr());
-            if (truth < 0) {
-                throw py::error_already_set();
-            }
-            member = truth == 1;
+            member = truth_of(value);
         }
     }
     void text(const char* name, std::string& member) const {

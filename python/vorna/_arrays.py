@@ -1,14 +1,14 @@
 """What several parts of the package ask of their arguments."""
 
 
-def size_of(size, least_height=1):
+def size_of(size, least_height=1, most=262144):
     """(width, height) as whole numbers."""
     try:
         width, height = (side.__index__() for side in size)
     except (TypeError, ValueError, AttributeError):
         raise ValueError(f"size: expected a width and a height in pixels, found {size!r}") from None
-    if not (1 <= width <= 262144 and least_height <= height <= 262144):
-        raise ValueError(f"size: expected sides from 1 to 262144, found {width}x{height}")
+    if not (1 <= width <= most and least_height <= height <= most):
+        raise ValueError(f"size: expected sides from 1 to {most}, found {width}x{height}")
     return width, height
 
 

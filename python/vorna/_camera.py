@@ -7,8 +7,8 @@ class Camera:
     """Where a model is seen from.
 
     view: iso, front, back, left, right, top or bottom; the camera shows the whole model. up: the model's axis that points up: y, z,
-    x, -y, -z or -x; None = z for STL and OFF files, else y. fov: the vertical field of view in degrees, 1 to 150; None = about 30.
-    zoom: above 1 enlarges the middle of the image. orthographic: without perspective.
+    x, -y, -z or -x; None = z for STL, OFF and Blender's files, else y, of several files as of the first. fov: the vertical field of
+    view in degrees, 1 to 150; None = about 30. zoom: above 1 enlarges the middle of the image. orthographic: without perspective.
 
     Camera.look_at and Camera.from_pose give the place instead of a view.
     """

@@ -6,7 +6,7 @@ import json
 import os
 
 from . import _vorna
-from ._arrays import colors_option
+from ._arrays import colors_option, size_of
 from ._image import Image
 
 
@@ -29,7 +29,8 @@ class Canvas(_vorna.Canvas):
     """
 
     def __init__(self, size, *, depth=False, colors=32, blending=False, palette=None):
-        super().__init__({"size": size, "depth": depth, "indexed": colors_option(colors), "blending": blending, "palette": palette})
+        super().__init__({"size": size_of(size, most=16384), "depth": depth, "indexed": colors_option(colors), "blending": blending,
+                          "palette": palette})
 
     @contextlib.contextmanager
     def picture(self, background=None):
@@ -73,7 +74,8 @@ class Canvas(_vorna.Canvas):
 
     @contextlib.contextmanager
     def record(self):
-        """Records what is drawn in the block; the buffers are empty in its beginning, and arrays of them must be taken anew.
+        """Records what is drawn in the block; the buffers are empty in its beginning, and arrays of them must be taken anew. The
+        depth mode stays.
 
         >>> canvas = Canvas((32, 32))
         >>> with canvas.record() as recording:

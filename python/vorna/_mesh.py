@@ -9,7 +9,6 @@ from ._image import Image, read
 from ._arrays import background_options, colors_option, size_of
 from ._camera import options_of
 
-_UP_Z = (".stl", ".off", ".stl.gz", ".off.gz")
 _PARTS = ("vertices", "faces", "normals", "colors", "uv", "texture", "lines", "points")
 
 
@@ -36,7 +35,6 @@ class Model:
         files = [os.fspath(part) for part in meshes if isinstance(part, (str, os.PathLike))]
         if files and len(files) != len(meshes):
             raise ValueError("mesh: expected files or arrays, found both")
-        self._up_axis = "z" if files and files[0].lower().endswith(_UP_Z) else "y"
         if files:
             self._model = _vorna.Model.of_files(files, options)
             self.first_faces = np.zeros(1, np.int64)
@@ -59,7 +57,7 @@ class Model:
                scale_bar=False, max_memory=1 << 30):
         """An Image of the model; the arguments are those of vorna.render."""
         style = {"shading": shading, "threads": threads, "color": color, "edges": edges, "edge_color": edge_color,
-                 "line_width": line_width, "point_size": point_size, "cull": cull, "tint": tint, "light": light,
+                 "line_width": line_width, "point_size": point_size, "cull": cull, "tint": tint, "light": _numbers_of(light),
                  "specular": specular, "look": look, "supersample": supersample, "smooth_lines": smooth_lines, "axes": axes,
                  "scale_bar": scale_bar, "max_memory": max_memory, "indexed": colors_option(colors),
                  **background_options(background)}
@@ -68,7 +66,7 @@ class Model:
         if key != last:
             painter = _vorna.Model_Painter(self._model, style)
             self._painted = (key, painter)
-        view = options_of(camera, self._up_axis)
+        view = options_of(camera, self._model.up_axis)
         drawn, palette, depths, faces, near, far = painter.draw(view, size_of(size), pixels, depth, ids)
         if faces is not None and self._quads is not None:
             faces = self._quads[faces]
@@ -76,8 +74,17 @@ class Model:
                      warnings=self.warnings + painter.warnings)
 
 
+def _numbers_of(values):
+    """Plain numbers, whose text tells them apart; what are none is refused later."""
+    try:
+        return tuple(float(value) for value in values)
+    except (TypeError, ValueError):
+        return values
+
+
 def _parts_of(mesh):
     """The arrays of a mesh by their names."""
+    colors_are_of = None
     if isinstance(mesh, dict):
         unknown = set(mesh) - set(_PARTS)
         if unknown:
@@ -89,6 +96,7 @@ def _parts_of(mesh):
         parts = dict(zip(_PARTS, mesh))
     elif hasattr(mesh, "vertices") and hasattr(mesh, "faces"):
         parts = {"vertices": mesh.vertices, "faces": mesh.faces, **_visual_of(mesh)}
+        colors_are_of = getattr(getattr(mesh, "visual", None), "kind", None)
     else:
         raise ValueError("mesh: expected a path, arrays, or an object with vertices and faces, found " + type(mesh).__name__)
     texture = parts.get("texture")
@@ -97,10 +105,13 @@ def _parts_of(mesh):
     elif texture is not None:
         parts["texture"] = np.asarray(texture)
     if parts.get("faces") is not None:
-        parts["faces"] = np.asarray(parts["faces"])
+        faces = np.asarray(parts["faces"])
+        if faces.size and faces.dtype.kind not in "iu":
+            raise ValueError(f"faces: expected whole numbers, found {faces.dtype}")
+        parts["faces"] = faces if faces.size else faces.astype(np.int64)
     if parts.get("colors") is not None:
         parts["colors"] = np.asarray(parts["colors"])
-        _split_vertices(parts)
+        _split_vertices(parts, colors_are_of)
     return parts
 
 
@@ -120,19 +131,32 @@ def _visual_of(mesh):
     return {"uv": uv, "texture": np.asarray(image.convert("RGBA") if hasattr(image, "convert") else image)}
 
 
-def _split_vertices(parts):
-    """Gives each face vertices of its own where colours are by face."""
+def _split_vertices(parts, colors_are_of):
+    """Gives each face vertices of its own where colours are by face: after those that lines and points have.
+
+    colors_are_of: vertex or face; None = vertex where there are as many of both.
+    """
     colors, faces, vertices = parts["colors"], parts.get("faces"), np.asarray(parts["vertices"])
-    if faces is None or colors.ndim != 2 or len(colors) == len(vertices) or len(colors) != len(faces) or faces.ndim != 2:
+    if faces is None or faces.ndim != 2 or colors.ndim != 2 or len(colors) != len(faces):
+        return
+    if colors_are_of == "vertex" or (colors_are_of != "face" and len(colors) == len(vertices)):
         return
     if faces.size and (faces.min() < 0 or faces.max() >= len(vertices)):
         raise ValueError(f"faces: expected numbers of vertices from 0 to {len(vertices) - 1}")
     corners = faces.reshape(-1)
+    kept = len(vertices) if parts.get("lines") is not None or parts.get("points") is not None else 0
     for name in ("vertices", "normals", "uv"):
         if parts.get(name) is not None:
-            parts[name] = np.asarray(parts[name])[corners]
-    parts["colors"] = np.repeat(colors, faces.shape[1], axis=0)
-    parts["faces"] = np.arange(len(corners)).reshape(faces.shape)
+            values = np.asarray(parts[name])
+            if len(values) != len(vertices):
+                raise ValueError(f"{name}: expected one for each of {len(vertices)} vertices, found {len(values)}")
+            parts[name] = np.concatenate([values[:kept], values[corners]])
+    if kept and colors.shape[1] == 3:
+        opaque = 255 if colors.dtype == np.uint8 else 1
+        colors = np.hstack([colors, np.full((len(colors), 1), opaque, colors.dtype)])
+    # Without alpha a vertex has no colour of its own.
+    parts["colors"] = np.concatenate([np.zeros((kept, colors.shape[1]), colors.dtype), np.repeat(colors, faces.shape[1], axis=0)])
+    parts["faces"] = np.arange(kept, kept + len(corners)).reshape(faces.shape)
 
 
 def _triangles_to_faces(parts):

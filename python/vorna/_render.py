@@ -6,11 +6,12 @@ from ._mesh import Model
 def render(mesh, *, size=(1280, 960), camera=None, shading="auto", threads=None, pixels=True, depth=False, ids=False,
            background="white", colors=32, color=None, edges=False, edge_color=None, line_width=1, point_size=0, cull=False,
            tint="lit", light=(-0.5, 0.65, 0.7), specular=1.0, look="plain", supersample=0, smooth_lines=False, axes=False,
-           scale_bar=False, max_memory=1 << 30, crease=None):
+           scale_bar=False, max_memory=0, crease=None):
     """An Image of a model, from a file or from arrays. A Model is faster for several images of the same one.
 
     mesh: a Model, or what Model takes. size: (width, height) in pixels. camera: a Camera, or the name of a view. threads: None = as
-    many as there are processors; the bytes do not depend on them. max_memory: bytes for the image.
+    many as there are processors; the bytes do not depend on them. max_memory: bytes that reading and the image may take, each; 0 =
+    as the command, 1 GiB for the image.
 
     What is made: pixels, the colours; depth, image.depth; ids, image.ids, the numbers of faces through all meshes of a list. Depths
     and numbers are of faces alone, neither supersampled nor smoothed; a numbered model has at most 16,777,214 triangles.
@@ -24,5 +25,5 @@ def render(mesh, *, size=(1280, 960), camera=None, shading="auto", threads=None,
     Raises ValueError for wrong input, FileNotFoundError for a missing file and vorna.Error for other failures.
     """
     options = {name: value for name, value in locals().items() if name not in ("mesh", "crease")}
-    model = mesh if isinstance(mesh, Model) else Model(mesh, crease=crease, threads=threads)
-    return model.render(**options)
+    model = mesh if isinstance(mesh, Model) else Model(mesh, crease=crease, threads=threads, max_memory=max_memory)
+    return model.render(**{**options, "max_memory": max_memory or 1 << 30})

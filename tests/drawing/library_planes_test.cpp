@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "drawing/drawing.h"
+#include "drawing/files/load_limits.h"
 #include "tests/support/command_line.h"
 #include "tests/support/png_pixels.h"
 
@@ -127,6 +128,41 @@ TEST_F(Library_Planes, recordings_of_a_canvas_show_what_was_drawn) {
     EXPECT_EQ(digest_of(replay_file(folder.file("triangle.json", text)).colors), digest_of(again.colors));
     EXPECT_THROW(recorded.finish(), std::logic_error);
     EXPECT_THAT([] { replay_text("empty", "{"); }, ThrowsMessage<Usage_Error>(HasSubstr("empty: ")));
+    EXPECT_THAT([&] { replay_text("large", text, {.max_memory = text.size(), .module = {}}); },
+                ThrowsMessage<Load_Error>(HasSubstr("large: ")));
+    const std::string beyond = R"({"output": [0, 40, 0, 29], )" + text.substr(1);
+    EXPECT_THAT([&] { replay_text("beyond", beyond); },
+                ThrowsMessage<Usage_Error>(HasSubstr("beyond: output: expected a rectangle inside the window")));
+}
+
+TEST_F(Library_Planes, numbers_of_faces_are_alike_or_not) {
+    const Image_Samples a = make_samples(Kind::faces, 1, 1), b = make_samples(Kind::faces, 1, 1);
+    std::memset(a.bytes.get(), 0, a.size());
+    std::memset(b.bytes.get(), 1, b.size());
+    EXPECT_FALSE(compare_samples(a, b, Tolerance{1, 1}).is_same);
+    EXPECT_TRUE(compare_samples(a, a, Tolerance{1, 1}).is_same);
+}
+
+TEST_F(Library_Planes, images_that_stay_in_memory_count) {
+    const Model model(box_mesh());
+    const auto draw = [&](std::uint64_t max_memory, const Planes& planes) {
+        const Image_Settings settings{.supersample = 1, .threads = 1, .max_memory = max_memory, .other_memory = 1};
+        return Model_Images(model, {}, settings).draw({}, {4000, 3000}, planes);
+    };
+    const auto too_much = ThrowsMessage<Usage_Error>(HasSubstr("or more for this image"));
+    constexpr std::uint64_t pixels = 12'000'000, room = 32 << 20;
+    for (const auto& [planes, bytes] : {std::pair(Planes{true, false, false}, 4 * pixels),
+                                        {Planes{false, true, false}, 2 * pixels},
+                                        {Planes{false, false, true}, 4 * pixels},
+                                        {Planes{true, true, true}, 10 * pixels}}) {
+        const auto draw_within = [&draw, &planes = planes](std::uint64_t memory) { draw(memory, planes); };
+        const auto draw_without_room = [&draw_within, &bytes = bytes] { draw_within(bytes); };
+        EXPECT_THAT(draw_without_room, too_much);
+        EXPECT_NO_THROW(draw_within(bytes + room));
+    }
+    const Image_Settings settings{
+        .size = {4000, 3000}, .supersample = 1, .threads = 1, .max_memory = 7 * pixels, .other_memory = 1};
+    EXPECT_THAT([&] { make_image(model, {}, settings); }, too_much);
 }
 
 TEST_F(Library_Planes, depths_of_a_recorded_canvas_may_be_written_by_hand) {

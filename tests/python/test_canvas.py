@@ -157,9 +157,75 @@ def test_wrong_arguments_are_told_and_draw_nothing():
                 for name in ("polyline", "strip", "polygon", "markers", "dots"):
                     getattr(canvas, name)(points, clip=(4, 4, 3, 3))
     assert (canvas.rgb == 255).all()
-    for size in ((0, 5), (5,), (16385, 5), "ab"):
+    for size in ((0, 5), (5,), (16385, 5), "ab", (10.7, 5)):
         with pytest.raises(ValueError, match="size: expected"):
             vorna.Canvas(size)
+
+
+class Neither_True_Nor_False:
+    def __bool__(self):
+        raise RuntimeError("neither")
+
+
+def test_errors_of_arguments_arrive():
+    canvas = vorna.Canvas((10, 10), depth=True)
+    for call in (lambda v: canvas.set(smooth=v), lambda v: canvas.set(opaque_pattern=v), lambda v: canvas.depth_mode(write=v)):
+        with pytest.raises(RuntimeError, match="neither"):
+            call(Neither_True_Nor_False())
+    with pytest.raises(ValueError, match="clip: expected left, bottom, right and top, found"):
+        canvas.set(clip=(np.nan, 0, 5, 5))
+    with pytest.raises(ValueError, match=r"texture: .*sides of up to 16384, found \(1, 16385, 3\) uint8"):
+        vorna.Texture(np.zeros((1, 16385, 3), np.uint8))
+
+
+@pytest.mark.parametrize("dy", [3, -3])
+def test_images_of_the_canvas_itself_are_copied_first(dy):
+    random = np.random.default_rng(4)
+    for colors in (8, 32):
+        canvas = vorna.Canvas((64, 64), depth=True, colors=colors)
+        with canvas.picture("white"):
+            for name in ("pixels", "depth"):
+                buffer = getattr(canvas, name)
+                buffer[:] = random.integers(0, 256, buffer.shape)
+                if name == "pixels" and colors == 32:
+                    buffer[..., 3] = 255
+                    buffer = buffer.view(np.uint32)[..., 0]
+                expected, before = buffer.copy(), buffer.copy()
+                if dy > 0:
+                    expected[:-dy] = before[dy:]
+                else:
+                    expected[-dy:] = before[:dy]
+                canvas.image(buffer, (0, 63 + dy))
+                assert np.array_equal(buffer, expected), (colors, name)
+
+
+def test_words_may_have_the_other_byte_order():
+    words = np.array([[0xFF102030, 0xFFFF0000]], np.uint32)
+    expected = drawn(lambda c: c.image(words, (3, 9)))
+    assert np.array_equal(drawn(lambda c: c.image(words.astype(">u4"), (3, 9))), expected)
+
+
+def test_images_may_be_taken_while_a_recording_begins():
+    canvas = vorna.Canvas((700, 700))
+    with canvas.picture("red"):
+        pass
+    found, done = [], threading.Event()
+
+    def take():
+        while not done.is_set():
+            found.append({tuple(pixel) for pixel in np.asarray(canvas.to_image())[::333, ::333].reshape(-1, 4).tolist()})
+
+    threads = [threading.Thread(target=take) for _ in range(3)]
+    for thread in threads:
+        thread.start()
+    for _ in range(60):
+        with canvas.record():
+            with canvas.picture("red"):
+                pass
+    done.set()
+    for thread in threads:
+        thread.join()
+    assert set().union(*found) <= {(255, 0, 0, 255), (0, 0, 0, 0)}
 
 
 def test_far_points_do_no_harm():

@@ -33,7 +33,8 @@ def test_images_survive_files(tmp_path, pixels, palette):
     again = vorna.read(tmp_path / "a.png")
     assert image.compare(again) and image.compare(tmp_path / "a.png") and again.digest() == image.digest()
     assert image.png() == (tmp_path / "a.png").read_bytes() == image._repr_png_()
-    assert vorna.Image(pixels[::-1][::-1], palette).digest() == image.digest()
+    for same in (pixels[::-1][::-1], pixels.astype(pixels.dtype.newbyteorder(">"))):
+        assert vorna.Image(same, palette).digest() == image.digest()
 
 
 def test_comparisons_find_what_differs(tmp_path, command):
@@ -51,7 +52,9 @@ def test_comparisons_find_what_differs(tmp_path, command):
     assert vorna.compare(a, b, (3, 2)) and not vorna.compare(a, b, (3, 1))
     assert vorna.compare(a, a.copy()).text.startswith("same: 8 x 6 pixels")
     assert "different sizes" in vorna.compare(a, a[:3]).text
+    assert vorna.compare(a, b, np.int64(3)) and not vorna.compare(a, b, np.uint8(2))
     ids = np.array([[0, 1], [2, -1]], np.int32)
+    assert not vorna.compare(ids, ids + 1, 1)
     assert vorna.compare(ids, ids) and vorna.compare(ids, ids + 1).differing == 4
     with pytest.raises(ValueError, match="tolerance: expected"):
         vorna.compare(a, b, "much")
@@ -90,6 +93,25 @@ def test_maps_give_the_bytes_of_the_command(tmp_path, command):
         vorna.map(tmp_path / "sea.json")
 
 
+def test_recordings_keep_the_depth_mode():
+    canvas = vorna.Canvas((40, 30), depth=True)
+    canvas.depth_mode(test="farther", write=False)
+
+    def draw():
+        with canvas.picture("white"):
+            canvas.strip([[0, 0, 65535], [39, 0, 65535], [20, 29, 65535]], color="red")
+            canvas.image(np.full((30, 40), 500, np.uint16), (0, 29))
+            canvas.strip([[0, 0, 900], [39, 0, 900], [20, 29, 900]], color="blue")
+        return canvas.to_image()
+
+    expected = draw()
+    assert expected[25, 20].tolist() == [0, 0, 255, 255] and expected.depth[25, 20] == 500
+    with canvas.record() as recording:
+        drawn = draw()
+    for image in (drawn, recording.replay(), draw()):
+        assert image.compare(expected) and np.array_equal(image.depth, expected.depth)
+
+
 def test_recordings_are_drawn_again(tmp_path, command):
     canvas = vorna.Canvas((60, 40), depth=True)
     with canvas.record() as recording:
@@ -111,6 +133,14 @@ def test_recordings_are_drawn_again(tmp_path, command):
     assert canvas.rgb[38, 1].tolist() == [255] * 3 and not vorna.replay(recording).compare(canvas.to_image())
     with pytest.raises(ValueError, match="document: .*calls"):
         vorna.replay({"calls": 3})
+    part = [10, 59, 5, 39]  # the first and the last column, the lowest and the highest row
+    whole = json.loads(recording.text)
+    assert np.array_equal(vorna.replay({**whole, "output": part}).pixels, drawn.pixels[:35, 10:])
+    for beyond in ([10, 60, 5, 39], [-1, 59, 5, 39], [10, 59, 5, 40], [10, 59, -10**6, 39]):
+        with pytest.raises(ValueError, match="document: output: expected a rectangle inside the window"):
+            vorna.replay({**whole, "output": beyond})
+    with pytest.raises(ValueError, match="memory"):
+        vorna.replay(recording, max_memory=len(recording.text))
     with pytest.raises(FileNotFoundError):
         vorna.replay(tmp_path / "b.json")
     with canvas.picture():

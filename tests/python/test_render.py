@@ -87,8 +87,75 @@ def test_colors_and_textures_of_arrays(box):
     image = vorna.render((vertices, faces, None, None, uv, texture), size=SIZE)
     middle = image[30, 45]
     assert middle[0] > 60 and middle[1] < 10 and not image.warnings
+    with pytest.raises(ValueError, match=r"texture: .*sides of up to 16384, found \(1, 20000, 3\) uint8"):
+        vorna.render((vertices, faces, None, None, uv, np.zeros((1, 20000, 3), np.uint8)))
     with pytest.raises(ValueError, match="texture: expected uv"):
         vorna.render({"vertices": vertices, "faces": faces, "texture": texture})
+
+
+def test_colors_by_face_are_kept_apart_from_colors_by_vertex():
+    # Four vertices and four faces: only the object tells which of them have the colours.
+    vertices = np.array([[0, 0, 0], [1, 0, 0], [0, 1, 0], [0, 0, 1]], float)
+    faces = np.array([[0, 2, 1], [0, 1, 3], [0, 3, 2], [1, 2, 3]])
+    colors = np.array([[255, 0, 0], [0, 255, 0], [0, 0, 255], [250, 200, 0]], np.uint8)
+    visual = SimpleNamespace(kind="face", face_colors=colors)
+    image = vorna.render(SimpleNamespace(vertices=vertices, faces=faces, visual=visual), size=SIZE, tint="own", ids=True, supersample=1)
+    seen = np.unique(image.ids[image.ids >= 0])
+    assert len(seen) >= 1
+    for face in seen:
+        levels = image.pixels[image.ids == face][:, :3].astype(int)
+        assert np.abs(levels - colors[face]).max() <= 2  # as interpolation rounds
+    by_vertex = SimpleNamespace(kind="vertex", vertex_colors=colors)
+    assert same(vorna.render(SimpleNamespace(vertices=vertices, faces=faces, visual=by_vertex), size=SIZE),
+                vorna.render((vertices, faces, None, colors), size=SIZE))
+
+
+def test_colors_by_face_leave_lines_and_points_alone(box):
+    vertices, faces = box
+    far = np.array([[3, 0, 0], [3, 1, 0]], float)
+    mesh = {"vertices": np.vstack([vertices, far]), "faces": faces, "lines": [[6, 7]], "points": [7]}
+    colored = {**mesh, "colors": np.tile(np.array([[255, 0, 0]], np.uint8), (4, 1))}
+    options = dict(size=SIZE, tint="own", supersample=1, point_size=3)
+    plain, image = (vorna.render(part, **options) for part in (mesh, colored))
+    is_red = (np.asarray(image)[..., :3] == (255, 0, 0)).all(2)
+    assert is_red.any() and same(plain[~is_red], image[~is_red])
+    line = image.ids is None and (np.asarray(image)[:, 60:, :3] != 255).any(2)
+    assert line.any() and not is_red[:, 80:].any()
+    with pytest.raises(ValueError, match="faces: expected whole numbers, found float64"):
+        vorna.render((vertices, faces + 0.5, None, colored["colors"]))
+
+
+def test_the_format_of_files_tells_what_points_up(tmp_path, command):
+    corners = [(0, 0, 0), (3, 0, 0), (0, 2, 0), (0, 0, 1)]
+    vertices = "".join("v %g %g %g\n" % corner for corner in corners)
+    (tmp_path / "y.obj").write_text(vertices + "f 1 3 2\nf 1 2 4\nf 1 4 3\nf 2 3 4\n")
+    facets = "".join("facet normal 0 0 0\nouter loop\n" + "".join("vertex %g %g %g\n" % corners[i] for i in face)
+                     + "endloop\nendfacet\n" for face in ((0, 2, 1), (0, 1, 3), (0, 3, 2), (1, 2, 3)))
+    for name in ("z.stl", "z.dat"):  # the latter is recognised by its content
+        (tmp_path / name).write_text("solid s\n" + facets + "endsolid s\n")
+    for names in (["y.obj"], ["z.stl"], ["z.dat"], ["y.obj", "z.dat"], ["z.dat", "y.obj"]):
+        files = [tmp_path / name for name in names]
+        line = command("render", *files, "-o", tmp_path / "x.png", "--size", "90x60", "--background", "white", "--hash")
+        assert line.strip() == vorna.render(files, size=SIZE).digest(), names
+
+
+def test_memory_is_limited(box_file, box):
+    with pytest.raises(ValueError, match="box.obj: .*memory"):
+        vorna.render(box_file, size=SIZE, max_memory=100)
+    with pytest.raises(ValueError, match="max_memory: expected .* or more for this image"):
+        vorna.render(box, size=(4000, 3000), supersample=1, max_memory=40 << 20)
+
+
+def test_lights_of_arrays_count_to_the_last_digit(box):
+    model = vorna.Model(box)
+    lights = [np.array([0.3, 0.4, 1.0]), np.array([0.3, 0.4, 1.0 + 1e-12])]
+    keys = []
+    for light in lights:
+        model.render(size=SIZE, light=light)
+        keys.append(model._painted[0])
+    assert keys[0] != keys[1]
+    with pytest.raises(ValueError, match="light: expected"):
+        model.render(size=SIZE, light="up")
 
 
 def test_cameras_of_pose_and_matrix_project_as_they_say():
