@@ -163,7 +163,8 @@ bool is_cbor(std::string_view bytes) noexcept {
 }
 
 json parse_document(std::string_view bytes, const std::function<void(std::size_t)>& take_memory) {
-    Document_Builder builder(take_memory);
+    const std::function<void(std::size_t)> none;
+    Document_Builder builder(is_cbor(bytes) ? take_memory : none);
     if (is_cbor(bytes)) {
         refuse_chunks(bytes);
         json::sax_parse(bytes, &builder, json::input_format_t::cbor);

@@ -9,6 +9,7 @@
 
 #include "drawing/files/gzip.h"
 #include "drawing/files/input_file.h"
+#include "drawing/files/json_memory.h"
 #include "drawing/files/zstd.h"
 #include "drawing/recording/document.h"
 #include "drawing/recording/recording_reader.h"
@@ -30,7 +31,8 @@ Recording read_document(const std::string& name, std::string bytes, Load_Limits&
     if (document.size() > most_bytes) {
         throw Recording_Error("expected at most " + std::to_string(most_bytes >> 20) + " MiB");
     }
-    limits.take_memory(name, 2 * document.size());
+    // What is counted by the signs of a text is refused before it is parsed.
+    limits.take_memory(name, 2 * document.size() + (is_cbor(document) ? 0 : json_memory(document)));
     return read_recording(document, [&](std::size_t more) { limits.take_memory(name, more); });
 }
 
