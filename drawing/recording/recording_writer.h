@@ -13,8 +13,8 @@ namespace vorna::drawing::recording {
 std::string json_of(const Recording& recording);
 
 // The same keys as CBOR (RFC 8949), by which documents are smaller and read faster: lists of points, parameters and clip points
-// are byte strings of little-endian numbers of the type that the host's points have, and what is hexadecimal digits in JSON is
-// the bytes. Throws likewise.
+// are byte strings of little-endian numbers of the type that the host's points have, whole ones as differences from the point
+// before, which wrap; what is hexadecimal digits in JSON is the bytes. Throws likewise.
 std::string cbor_of(const Recording& recording);
 
 } // namespace vorna::drawing::recording
