@@ -1,4 +1,4 @@
-# Reading the headers of the standard library, and that for JSON, takes more than half of the time to compile most sources. Builds that
+# Reading the headers of the standard library takes more than half of the time to compile sources like those of app/. Builds that
 # are only tested read them once a library. Others compile each source with the headers that it includes itself.
 set(standard_headers <algorithm> <array> <charconv> <cmath> <filesystem> <functional> <map> <memory> <optional> <span> <string> <vector>)
 foreach(library krb_objects vorna15 vorna_files vorna_image vorna_job vorna_map vorna_model vorna_recording vorna_app)

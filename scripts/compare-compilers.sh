@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # usage: scripts/compare-compilers.sh [BUILD...]
-# Builds renderer and host library with the compilers of Debian 12 at each level of optimisation, puts the command of gcc-release beside
-# them, which loads both, and compares the digests of what it draws with docs/receipt.json. Builds are folders of build/compilers,
-# COMPILER-LEVEL: the compilers g++-12, clang++-14 and clang++-19, the levels O0, O1, O2, O3 and lto, which is O3 with optimisation
-# at link time. All of them have portable kernels only, but for those that VORNA_ALL_KERNELS names.
+# Builds renderer and host library with the compilers of Debian 12 at each level of optimisation, puts the command of
+# gcc-release beside them, which loads both, and compares the digests of what it draws with docs/receipt.json. Builds are
+# folders of build/compilers, COMPILER-LEVEL: the compilers g++-12, clang++-14 and clang++-19, the levels O0, O1, O2, O3 and
+# lto, which is O3 with optimisation at link time. All of them have portable kernels only, but for those that VORNA_ALL_KERNELS
+# names.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
 """usage: count-instructions.py [--x86-64] [REGEX]
 
-Counts the instructions that the renderer executes on AArch64 for workloads of the benchmark, with each kernel set, and writes the table
-into docs/performance.md. With REGEX the workloads are those whose whole name it matches, with --x86-64 the kernel sets of x86-64 are
-counted too, and the table is only printed. Programs run under QEMU's user mode with a plug-in that counts
-(bench/instruction_counter.cpp): a figure is the difference between a run of three frames and one of a single frame, so that set-up is
-left out, and depends on the compiler but not on the machine."""
+Counts the instructions that the renderer executes on AArch64 for workloads of the benchmark, with each kernel set, and writes
+the table into docs/performance.md. With REGEX the workloads are those whose whole name it matches, with --x86-64 the kernel
+sets of x86-64 are counted too, and the table is only printed. Programs run under QEMU's user mode with a plug-in that counts
+(bench/instruction_counter.cpp): a figure is the difference between a run of three frames and one of a single frame, so that
+set-up is left out, and depends on the compiler but not on the machine."""
 
 import argparse
 import concurrent.futures

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 """usage: receipt.py [--check] [--module FILE] [BUILD...]
 
-Draws the golden recordings and the models and drawings of docs/gallery.md with each kernel set of builds, folders of build/ (default:
-gcc-release), and compares the SHA-256 of their pixels. Programs for other systems run under the emulator of their build. Writes
-docs/receipt.json, and its table into docs/exactness.md: gcc-release sets the digests, the other builds are compared with them. A row
-names the commit that is checked out: builds are brought up to date, and sources with changes that are not committed are refused. With
---check nothing is built or written, gcc-release is compared too, and --module draws with another renderer. Status 1 when an image
-differs."""
+Draws the golden recordings and the models and drawings of docs/gallery.md with each kernel set of builds, folders of build/
+(default: gcc-release), and compares the SHA-256 of their pixels. Programs for other systems run under the emulator of their
+build. Writes docs/receipt.json, and its table into docs/exactness.md: gcc-release sets the digests, the other builds are
+compared with them. A row names the commit that is checked out: builds are brought up to date, and sources with changes that are
+not committed are refused. With --check nothing is built or written, gcc-release is compared too, and --module draws with
+another renderer. Status 1 when an image differs."""
 
 import argparse
 import concurrent.futures
