@@ -37,6 +37,9 @@ windows_test_packages=(googletest wine64)
 # What is needed besides to cross-build for other processors, and to test what was built. apt's keyring verifies the source of zlib.
 foreign_packages=(debian-archive-keyring g++-aarch64-linux-gnu g++-arm-linux-gnueabihf g++-riscv64-linux-gnu g++-s390x-linux-gnu glmark2-data googletest libstb-dev make qemu-user)
 
+# Compilers whose results are compared, with the linkers' part of optimisation at link time.
+compiler_packages=(g++-12 clang-14 clang-19 glmark2-data llvm-14-linker-tools)
+
 # Developers who have ccache build faster.
 if command -v ccache >/dev/null; then
     export CMAKE_CXX_COMPILER_LAUNCHER=ccache

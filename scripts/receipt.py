@@ -1,10 +1,12 @@
 #!/usr/bin/env python3
 """usage: receipt.py [--check] [--module FILE] [BUILD...]
 
-Draws the golden recordings and the models and drawings of docs/gallery.md with each kernel set of builds, folders of build/ (default:
-gcc-release), and compares the SHA-256 of their pixels. Programs for other systems run under the emulator of their build. Writes
-docs/receipt.json, and its table into docs/exactness.md: gcc-release sets the digests, the other builds are compared with them. With
---check nothing is written, gcc-release is compared too, and --module draws with another renderer. Status 1 when an image differs."""
+Draws the golden recordings and the models and drawings of docs/gallery.md with each kernel set of builds, folders of build/
+(default: gcc-release), and compares the SHA-256 of their pixels. Programs for other systems run under the emulator of their
+build. Writes docs/receipt.json, and its table into docs/exactness.md: gcc-release sets the digests, the other builds are
+compared with them. A row names the commit that is checked out: builds are brought up to date, and sources with changes that are
+not committed are refused. With --check nothing is built or written, gcc-release is compared too, and --module draws with
+another renderer. Status 1 when an image differs."""
 
 import argparse
 import concurrent.futures
@@ -27,6 +29,8 @@ KERNELS = {"x86_64": ["portable", "baseline", "avx2", "avx512"], "aarch64": ["po
 # What changes the recording of the gallery for golden images of its own.
 GALLERY_CASES = {"gallery-no-depth": {"buffer_depth": 0}, "gallery-palette": {"color_system": 0},
                  "gallery-palette-no-depth": {"color_system": 0, "buffer_depth": 0}}
+# What a build is made of.
+SOURCES = ["CMakeLists.txt", "CMakePresets.json", "app", "cmake", "drawing", "host", "renderer", "vorna"]
 # Besides the commands of docs/gallery.md, images that need no library for models.
 MORE_IMAGES = {
     "still-life-edges": "recordings/models/still-life.obj --edges --antialias --background white",
@@ -64,6 +68,9 @@ class Build:
         build_type = cached("CMAKE_BUILD_TYPE")
         flags = cached(f"CMAKE_CXX_FLAGS_{build_type.upper()}")
         self.options = " ".join(re.findall(r"-O\w+", flags)) or build_type
+        if cached("CMAKE_INTERPROCEDURAL_OPTIMIZATION") == "ON":
+            self.options += " LTO"
+        self.targets = ["krb", "vorna15"] if cached("VORNA_BUILD_COMMAND") == "OFF" else ["vorna"]
         suffix, self.emulator = "", []
         if self.system == "Windows":
             suffix, self.emulator = ".exe", [cached("WINE")]
@@ -93,6 +100,10 @@ class Build:
                 if self.emulator or "cannot run the kernel set" not in str(failure):
                     raise
         return sets
+
+    def make(self):
+        """Builds what has changed since, so that the programs are of the sources that a row names."""
+        subprocess.run(["cmake", "--build", str(ROOT / "build" / self.name), "--target", *self.targets], check=True)
 
     def emulated_by(self):
         if not self.emulator:
@@ -174,6 +185,12 @@ def write(receipt):
     PAGE.write_text(f"{text[:first]}\n\n{table(receipt['targets'])}\n\n{text[last:]}", encoding="utf-8")
 
 
+def expect_committed_sources():
+    changed = subprocess.run(["git", "status", "--porcelain", "--", *SOURCES], cwd=ROOT, capture_output=True, text=True, check=True)
+    if changed.stdout:
+        raise Failure(f"expected sources of the commit that rows name, found changes:\n{changed.stdout.rstrip()}")
+
+
 def main():
     parser = argparse.ArgumentParser(usage="receipt.py [--check] [--module FILE] [BUILD...]", add_help=False)
     parser.add_argument("--check", action="store_true")
@@ -184,9 +201,14 @@ def main():
         parser.error("--module needs --check")
     receipt = json.loads(RECEIPT.read_text(encoding="utf-8")) if RECEIPT.exists() else {"targets": {}, "images": {}}
     commit = subprocess.run(["git", "rev-parse", "--short", "HEAD"], cwd=ROOT, capture_output=True, text=True, check=False)
+    builds = [Build(name, arguments.module) for name in arguments.builds]
+    if not arguments.check:
+        expect_committed_sources()
+        for build in builds:
+            build.make()
     every, failures = drawings(), []
-    for name in arguments.builds:
-        build = Build(name, arguments.module)
+    for build in builds:
+        name = build.name
         differing, count = [], 0
         for kernels in build.kernels:
             digests = draw_all(every, build, kernels)

@@ -72,8 +72,9 @@ std::string junit_of(const std::string& name, const std::vector<Outcome>& outcom
             if (outcome.kind == Outcome::Kind::passed) {
                 text += "/>\n";
             } else {
-                text += std::string(">\n      <") + (outcome.kind == Outcome::Kind::failed ? "failure" : "skipped") +
-                        " message=\"" + escaped(outcome.reason) + "\"/>\n    </testcase>\n";
+                text += ">\n      <";
+                text += outcome.kind == Outcome::Kind::failed ? "failure" : "skipped";
+                text += " message=\"" + escaped(outcome.reason) + "\"/>\n    </testcase>\n";
             }
         }
         text += "  </testsuite>\n";
