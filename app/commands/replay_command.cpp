@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -16,6 +17,7 @@
 #include "app/cli/command.h"
 #include "app/cli/messages.h"
 #include "app/cli/progress.h"
+#include "app/commands/replay_history.h"
 #include "drawing/files/input_file.h"
 #include "drawing/files/memory.h"
 #include "drawing/files/output_file.h"
@@ -30,6 +32,7 @@
 #include "drawing/recording/session.h"
 #include "drawing/recording/shown_part.h"
 #include "drawing/recording/timing.h"
+#include "drawing/recording/trace.h"
 
 namespace vorna::app {
 
@@ -37,18 +40,19 @@ namespace {
 
 struct Replay_Arguments {
     std::string recording;
-    std::string color, depth, color_raw, depth_raw, report, record, every_call; // empty = not asked for
+    std::string color, depth, color_raw, depth_raw, report, record, every_call, trace; // empty = not asked for
     std::string until, only;
     std::string timing; // empty, table or json
     std::string sort = "call";
     int repeat = 3;
     unsigned threads = 1;
     bool unchecked = false;
+    History_Arguments history;
     std::string max_memory;
 
     bool writes_nothing() const {
         return color.empty() && depth.empty() && color_raw.empty() && depth_raw.empty() && report.empty() && record.empty() &&
-               every_call.empty() && timing.empty();
+               every_call.empty() && timing.empty() && trace.empty();
     }
 };
 
@@ -181,12 +185,74 @@ void print_drawn(const Replay_Arguments& arguments, const drawing::recording::Re
                       std::to_string(window.top - window.bottom + 1) + " pixels; --color FILE.png writes them\n");
 }
 
+// Draws the recording and writes all files.
+void draw(const Replay_Arguments& arguments, const drawing::Module_Choice& module,
+          const drawing::recording::Recording& recording, const drawing::recording::Replay_Settings& settings,
+          drawing::Output_Files& files) {
+    drawing::Session session(module, arguments.threads);
+    std::optional<drawing::recording::Recorder> recorder;
+    std::optional<drawing::recording::Change_Counter> counter;
+    std::optional<Every_Call> every_call;
+    std::optional<drawing::recording::Call_Trace> trace;
+    drawing::recording::Replay_Settings watched = settings;
+    if (!arguments.record.empty()) {
+        recorder.emplace(session);
+    }
+    if (!arguments.timing.empty()) {
+        counter.emplace(recording, session);
+    }
+    if (!arguments.trace.empty()) {
+        trace.emplace(recording);
+    }
+    if (!arguments.every_call.empty()) {
+        every_call.emplace(arguments.every_call, recording, settings, session);
+    }
+    watched.before_call = [&](std::size_t call) {
+        if (counter) {
+            counter->before_call(call);
+        }
+        if (trace) {
+            trace->before_call();
+        }
+    };
+    watched.after_call = [&](std::size_t call) {
+        if (trace) {
+            trace->after_call(call);
+        }
+        if (counter) {
+            counter->after_call(call);
+        }
+        if (every_call) {
+            every_call->after_call(call);
+        }
+    };
+    const drawing::recording::Report report = drawing::recording::replay(recording, session, watched);
+    if (recorder) {
+        files.add(arguments.record, drawing::recording::file_of(recorder->finish(recording.output), arguments.record));
+    }
+    if (!session.has_depth_buffer() && !(arguments.depth.empty() && arguments.depth_raw.empty())) {
+        throw drawing::recording::Recording_Error("there is no depth buffer for --depth or --depth-raw");
+    }
+    add_outputs(arguments, session, recording, report, files);
+    if (trace) {
+        files.add(arguments.trace, trace->json());
+    }
+    if (counter) {
+        add_timing(arguments, module, recording, settings, counter->costs(), files);
+    }
+    files.commit();
+    if (arguments.writes_nothing()) {
+        print_drawn(arguments, settings, recording.calls.size(), session);
+    }
+}
+
 void replay(const Replay_Arguments& arguments, const drawing::Module_Choice& module) {
     cost_order_of(arguments); // throws for wrong options before anything is read
+    check_history(arguments.history, arguments.recording);
     refuse_standard_output("--every-call", arguments.every_call);
-    const std::vector<std::string> outputs{arguments.color,     arguments.depth,  arguments.color_raw,
-                                           arguments.depth_raw, arguments.report, arguments.record};
-    drawing::refuse_same_files({arguments.recording}, outputs);
+    const std::vector<std::string> outputs{arguments.color,  arguments.depth,  arguments.color_raw, arguments.depth_raw,
+                                           arguments.report, arguments.record, arguments.trace};
+    drawing::refuse_same_files({arguments.recording, arguments.history.pixel_file}, outputs);
     drawing::Load_Limits limits(drawing::parsed_limit(arguments.max_memory));
     const drawing::recording::Recording recording = drawing::recording::load(arguments.recording, limits);
     const drawing::recording::Replay_Settings settings = settings_of(arguments, recording.calls.size());
@@ -196,45 +262,16 @@ void replay(const Replay_Arguments& arguments, const drawing::Module_Choice& mod
             drawing::Output_File::check(output);
         }
     }
-    drawing::Session session(module, arguments.threads);
-    std::optional<drawing::recording::Recorder> recorder;
-    std::optional<drawing::recording::Change_Counter> counter;
-    std::optional<Every_Call> every_call;
-    drawing::recording::Replay_Settings watched = settings;
-    if (!arguments.record.empty()) {
-        recorder.emplace(session);
-    }
-    if (!arguments.timing.empty()) {
-        counter.emplace(recording, session);
-        watched.before_call = [&](std::size_t call) { counter->before_call(call); };
-    }
-    if (!arguments.every_call.empty()) {
-        every_call.emplace(arguments.every_call, recording, settings, session);
-    }
-    watched.after_call = [&](std::size_t call) {
-        if (counter) {
-            counter->after_call(call);
-        }
-        if (every_call) {
-            every_call->after_call(call);
-        }
-    };
-    const drawing::recording::Report report = drawing::recording::replay(recording, session, watched);
     drawing::Output_Files files;
-    if (recorder) {
-        files.add(arguments.record, drawing::recording::file_of(recorder->finish(recording.output), arguments.record));
+    if (arguments.history.is_given()) {
+        files.add("-", history_text(arguments.history, recording, drawing::name_of_input(arguments.recording), module, settings,
+                                    limits));
+        if (arguments.writes_nothing()) {
+            files.commit();
+            return;
+        }
     }
-    if (!session.has_depth_buffer() && !(arguments.depth.empty() && arguments.depth_raw.empty())) {
-        throw drawing::recording::Recording_Error("there is no depth buffer for --depth or --depth-raw");
-    }
-    add_outputs(arguments, session, recording, report, files);
-    if (counter) {
-        add_timing(arguments, module, recording, settings, counter->costs(), files);
-    }
-    files.commit();
-    if (arguments.writes_nothing()) {
-        print_drawn(arguments, settings, recording.calls.size(), session);
-    }
+    draw(arguments, module, recording, settings, files);
 }
 
 void run(const Replay_Arguments& arguments, const drawing::Module_Choice& module) {
@@ -253,7 +290,7 @@ void run(const Replay_Arguments& arguments, const drawing::Module_Choice& module
 Command replay_command() {
     const auto arguments = std::make_shared<Replay_Arguments>();
     constexpr const char *output = "Output", *calls = "Which calls", *measuring = "Measuring";
-    return {
+    Command command{
         .name = "replay",
         .summary = "Draw a recording, a document of renderer calls.",
         .arguments = {{.names = {"recording"},
@@ -313,13 +350,18 @@ Command replay_command() {
                              std::to_string(most_files_unasked) + " files only with --until or --only",
                      .target = &arguments->every_call,
                      .group = calls},
+                    {.names = {"--trace"},
+                     .value = output_value("FILE.json", {"json"}),
+                     .text = "Write the time of each call as trace events, which browsers and Perfetto show on a timeline",
+                     .target = &arguments->trace,
+                     .group = measuring},
                     {.names = {"--threads"},
                      .value = whole_value("N", 1, 1024),
                      .text = "Threads that draw, each in rows of its own, with the same result; one does for --report",
                      .target = &arguments->threads,
                      .group = measuring,
                      .by_default = std::to_string(arguments->threads),
-                     .excludes = {"--timing"}},
+                     .excludes = {"--timing", "--trace"}},
                     {.names = {"--timing"},
                      .value = optional_value("table", suggested_value("FORM", {"table", "json"})),
                      .text = "Print for each call the pixels that it changed and its time, or the same for programs",
@@ -340,11 +382,15 @@ Command replay_command() {
                      .needs = {"--timing"}}},
         .examples = {{"vorna replay crystals.json --color crystals.png --depth depth.png", "both buffers of a recording"},
                      {"vorna replay bunny.json.gz --timing --sort time", "what each call changed and cost, the dearest first"},
-                     {"vorna replay bunny.json.gz --until 12 --color part.png", "what the first thirteen calls draw"}},
+                     {"vorna replay bunny.json.gz --until 12 --color part.png", "what the first thirteen calls draw"},
+                     {"vorna replay crystals.json --pixel 40,31", "which calls drew this pixel, and which were refused"}},
         .run = [arguments](const Given& given) {
             run(*arguments, chosen_module(given));
             return exit_status::done;
         }};
+    std::vector<Option> history = history_options(arguments->history);
+    command.options.insert(command.options.end(), std::make_move_iterator(history.begin()), std::make_move_iterator(history.end()));
+    return command;
 }
 
 } // namespace vorna::app

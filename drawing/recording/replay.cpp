@@ -1,7 +1,6 @@
 // Recordings drawn through a renderer.
 #include "drawing/recording/replay.h"
 
-#include <cmath>
 #include <iterator>
 #include <map>
 #include <stdexcept>
@@ -9,6 +8,7 @@
 #include <type_traits>
 
 #include "drawing/recording/call_kinds.h"
+#include "drawing/recording/device_checks.h"
 #include "drawing/recording/document.h"
 #include "drawing/recording/emptied_slot.h"
 #include "drawing/recording/recorder.h"
@@ -18,28 +18,6 @@
 namespace vorna::drawing::recording {
 
 namespace {
-
-std::string path_of_call(std::size_t index) {
-    return "calls[" + std::to_string(index) + ']';
-}
-
-std::string text_of(const VT_Int_Rectangle& area) {
-    return "columns " + std::to_string(area.left) + " to " + std::to_string(area.right) + ", rows " +
-           std::to_string(area.bottom) + " to " + std::to_string(area.top);
-}
-
-// The column or row in which a coordinate is drawn; coordinates outside all columns stay outside.
-std::int32_t pixel_of(std::int32_t coordinate) {
-    return coordinate;
-}
-
-float pixel_of(float coordinate) {
-    return std::trunc(coordinate >= 0 ? coordinate + 0.5F : coordinate - 0.499999F);
-}
-
-double pixel_of(double coordinate) {
-    return std::trunc(coordinate >= 0 ? coordinate + 0.5 : coordinate - 0.49999999999);
-}
 
 VT_Reference<const VT_Palette> make_palette(const Palette& palette) {
     const VT_Reference<const VT_Palette> standard(new VT_Palette);
@@ -56,19 +34,11 @@ VT_Reference<const VT_Palette> make_palette(const Palette& palette) {
     return new VT_Palette(std::move(colors), cube);
 }
 
-// Sides of the window that a rectangle must not cross.
-struct Sides {
-    bool left, right, bottom, top;
-};
-
-constexpr Sides every_side{true, true, true, true};
-constexpr Sides every_side_but_the_right{true, false, true, true};
-
 class Replay {
 public:
     Replay(const Recording& recording, Session& session, const Replay_Settings& settings)
         : recording_(recording), session_(session), renderer_(session.renderer()), settings_(settings),
-          unchecked_(settings.unchecked), observer_before_(renderer_.standard_observer),
+          checks_(session, settings.unchecked), observer_before_(renderer_.standard_observer),
           presentation_before_(renderer_.presentation) {
         if (settings.reports_standard) {
             renderer_.standard_observer = {note_standard, this};
@@ -83,55 +53,59 @@ public:
         renderer_.presentation = presentation_before_;
     }
 
-    Report run();
+    void begin();
+    void make(std::size_t call);
+    void draw_as(std::size_t call, const Arguments& arguments, const VT_Reference<VT_Rendition>& rendition);
+    VT_Reference<VT_Rendition> rendition_of(std::size_t call);
+    Report end();
 
     // One overload for each kind of arguments; Draw is the drawing function of the slot.
 
     template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Points<Point>& arguments) {
         const auto& [points] = arguments;
-        check_points(points);
+        checks_.points(points);
         Draw(renderer_, rendition, count_of(points), points.data());
     }
     template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Colorized<Point>& arguments) {
         const auto& [points, colors, single] = arguments;
-        check_points(points);
+        checks_.points(points);
         Draw(renderer_, rendition, count_of(points), points.data(), address_of(colors), single);
     }
     template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Gouraud<Point>& arguments) {
         const auto& [points, colors] = arguments;
-        check_points(points);
+        checks_.points(points);
         Draw(renderer_, rendition, count_of(points), points.data(), colors.data());
     }
     template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Textured<Point>& arguments) {
         const auto& [points, colors, parameters] = arguments;
-        check_points(points);
+        checks_.points(points);
         Draw(renderer_, rendition, count_of(points), points.data(), colors.data(), parameters.data(),
              std::int32_t{parameter_width}, nullptr, nullptr);
     }
     template <auto Draw, class Point> void draw(const VT_Rendition& rendition, const Polygon<Point>& arguments) {
         const auto& [points, color] = arguments;
-        check_points(points);
+        checks_.points(points);
         Draw(renderer_, rendition, count_of(points), points.data(), address_of(color));
     }
     template <auto Draw> void draw(const VT_Rendition& rendition, const Dot& arguments) {
         const auto& [point, color] = arguments;
-        check_point(point, [] { return "point"; });
+        checks_.point(point, [] { return "point"; });
         Draw(renderer_, rendition, &point, address_of(color));
     }
     template <auto Draw> void draw(const VT_Rendition& rendition, const Ellipse& arguments) {
         const auto& [center, radii, start, end, rotation, color] = arguments;
-        check_point(center, [] { return "center"; });
-        check_ellipse(rendition, arguments);
+        checks_.point(center, [] { return "center"; });
+        checks_.ellipse(rendition, arguments);
         Draw(renderer_, rendition, &center, &radii, start, end, rotation, address_of(color));
     }
     template <auto Draw> void draw(const VT_Rendition& rendition, const Index8_Image& arguments) {
         const auto& [start, end, pixels] = arguments;
-        check_corners(start, end, every_side_but_the_right, "start and end");
+        checks_.corners(start, end, every_side_but_the_right, "start and end");
         Draw(renderer_, rendition, &start, &end, pixels.row_pixels, pixels.pixels.data());
     }
     template <auto Draw> void draw(const VT_Rendition& rendition, const RGB32_Image& arguments) {
         const auto& [start, end, pixels] = arguments;
-        check_corners(start, end, every_side_but_the_right, "start and end");
+        checks_.corners(start, end, every_side_but_the_right, "start and end");
         Draw(renderer_, rendition, &start, &end, pixels.row_pixels * 4, pixels.pixels.data(), 0, nullptr);
     }
     template <auto Draw> void draw(const VT_Rendition& rendition, const Placed_Image& arguments) {
@@ -155,22 +129,22 @@ public:
     }
     template <auto Draw> void draw(const VT_Rendition& rendition, const Depth_Clear& a) {
         const VT_Int_Rectangle& area = a.rectangle;
-        check_ordered(area.left <= area.right && area.bottom <= area.top, "rectangle");
-        check_corners({area.left, area.top, 0}, {area.right, area.bottom, 0}, every_side, "rectangle");
+        checks_.ordered(area.left <= area.right && area.bottom <= area.top, "rectangle");
+        checks_.corners({area.left, area.top, 0}, {area.right, area.bottom, 0}, every_side, "rectangle");
         VT_Reference<VT_Rendition> own(new VT_Rendition(rendition));
         own->window.rectangle = area;
         Draw(renderer_, *own);
     }
     template <auto Draw> void draw(const VT_Rendition& rendition, const Depth_Write& arguments) {
         const auto& [top_left, bottom_right, depths] = arguments;
-        check_corners(top_left, bottom_right, every_side_but_the_right, "top_left and bottom_right");
+        checks_.corners(top_left, bottom_right, every_side_but_the_right, "top_left and bottom_right");
         Draw(renderer_, rendition, &top_left, &bottom_right, depths ? depths->row_pixels * 2 : 0,
              depths ? depths->pixels.data() : nullptr);
     }
     template <auto Draw> void draw(const VT_Rendition& rendition, const Image_Read& arguments) {
         const auto& [top_left, bottom_right, format] = arguments;
-        check_ordered(top_left.x <= bottom_right.x && bottom_right.y <= top_left.y, "top_left and bottom_right");
-        check_corners(top_left, bottom_right, every_side, "top_left and bottom_right");
+        checks_.ordered(top_left.x <= bottom_right.x && bottom_right.y <= top_left.y, "top_left and bottom_right");
+        checks_.corners(top_left, bottom_right, every_side, "top_left and bottom_right");
         Report::Read& read = report_.reads.emplace_back(Report::Read{call_, nullptr});
         Draw(renderer_, rendition, &top_left, &bottom_right, &format, read.image);
     }
@@ -191,14 +165,7 @@ public:
     Recorder* recorder() const noexcept { return session_.recorder(); }
     // The call that is being drawn, and its rendition.
     const Call& call() const noexcept { return recording_.calls[call_]; }
-    VT_Reference<VT_Rendition> rendition() {
-        const Rendition* own = call().rendition.get();
-        VT_Reference<VT_Rendition>& made = made_[own];
-        if (!made) {
-            made = renditions_.make(own ? overlaid(recording_.rendition, *own) : recording_.rendition, renderer_.current_options);
-        }
-        return made;
-    }
+    VT_Reference<VT_Rendition> rendition() { return other_rendition_ ? other_rendition_ : rendition_of(call_); }
 
 private:
     template <class Element> static std::int32_t count_of(const std::vector<Element>& list) {
@@ -217,24 +184,17 @@ private:
     static std::int32_t note_presentation(void* replay, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
                                           const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y);
 
-    // Renderers do not check device coordinates that have a depth: the caller has clipped them.
-    bool has_trusted_points() const;
-    template <class Point> void check_points(const std::vector<Point>& points) const;
-    template <class Point, class Key> void check_point(const Point& point, Key key) const;
-    void check_corners(const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right, Sides sides, const char* keys) const;
-    void check_ordered(bool is_ordered, const char* keys) const;
-    void check_ellipse(const VT_Rendition& rendition, const Ellipse& ellipse) const;
-
     const Recording& recording_;
     Session& session_;
     VT_Renderer_Data& renderer_;
     const Replay_Settings& settings_;
-    bool unchecked_;
+    Device_Checks checks_;
     VT_Standard_Observer observer_before_;
     VT_Presentation presentation_before_;
     Report report_;
     Rendition_Maker renditions_;
     std::map<const Rendition*, VT_Reference<VT_Rendition>> made_; // for the options in force; null = the recording's own
+    VT_Reference<VT_Rendition> other_rendition_; // null = the call's own
     std::size_t call_ = 0;
 };
 
@@ -267,14 +227,14 @@ constexpr void (*runners[])(Replay&, const Arguments&) = {
 };
 static_assert(std::size(runners) == std::size(call_kinds));
 
-Report Replay::run() {
-    for (call_ = 0; call_ < recording_.calls.size(); ++call_) {
-        const Call_Kind& kind = *recording_.calls[call_].kind;
+void Replay::begin() {
+    for (std::size_t i = 0; i < recording_.calls.size(); ++i) {
+        const Call_Kind& kind = *recording_.calls[i].kind;
         if (!kind.is_drawn) {
-            throw Not_Drawn(path_of_call(call_) + ": " + std::string(kind.name) + " is not yet drawn");
+            throw Not_Drawn(path_of_call(i) + ": " + std::string(kind.name) + " is not yet drawn");
         }
     }
-    set_window({64, 64, VT_Int_Pair{}, false}, "");
+    set_window(default_window, "");
     session_.options().set_color_system(1);
     session_.options().set_buffer_depth(16);
     session_.options().set_alpha_blending(false);
@@ -283,19 +243,34 @@ Report Replay::run() {
     session_.canvas().set_depth_write(recording_.zbuffer_write);
     session_.canvas().set_depth_test(vorna::Depth_Test{recording_.zbuffer_test});
     renderer_.begin_picture_all();
-    for (call_ = 0; call_ < recording_.calls.size() && call_ <= settings_.last; ++call_) {
-        const Call& call = recording_.calls[call_];
-        if (call_ < settings_.first && !sets_up(*call.kind)) {
-            continue;
-        }
-        if (settings_.before_call) {
-            settings_.before_call(call_);
-        }
-        runners[position_of(*call.kind)](*this, call.arguments);
-        if (settings_.after_call) {
-            settings_.after_call(call_);
-        }
+}
+
+void Replay::make(std::size_t call) {
+    call_ = call;
+    const Call& made = recording_.calls[call];
+    checks_.begin(call, made);
+    runners[position_of(*made.kind)](*this, made.arguments);
+}
+
+void Replay::draw_as(std::size_t call, const Arguments& arguments, const VT_Reference<VT_Rendition>& rendition) {
+    call_ = call;
+    const Call& made = recording_.calls[call];
+    checks_.begin(call, made);
+    other_rendition_ = rendition;
+    runners[position_of(*made.kind)](*this, arguments);
+    other_rendition_ = nullptr;
+}
+
+VT_Reference<VT_Rendition> Replay::rendition_of(std::size_t call) {
+    const Rendition* own = recording_.calls[call].rendition.get();
+    VT_Reference<VT_Rendition>& made = made_[own];
+    if (!made) {
+        made = renditions_.make(own ? overlaid(recording_.rendition, *own) : recording_.rendition, renderer_.current_options);
     }
+    return made;
+}
+
+Report Replay::end() {
     session_.canvas().flush();
     renderer_.end_picture_all();
     return std::move(report_);
@@ -317,11 +292,7 @@ void Replay::configure(const Configuration& configuration, const std::string& pa
 
 void Replay::set_window(const Window& window, const std::string& path) {
     VT_Renderer_Options& options = session_.options();
-    const VT_Int_Pair size = options.window_size();
-    options.set_window_size({window.width.value_or(size.x), window.height.value_or(size.y)});
-    options.set_window_origin(window.origin.value_or(options.window_origin()));
-    options.set_local_coordinates(window.local_coordinates.value_or(options.local_coordinates()));
-
+    lay_over(options, window);
     const VT_Int_Pair wanted = options.window_size();
     if (wanted.x > settings_.largest_side || wanted.y > settings_.largest_side) {
         throw Recording_Error(path + "window: expected sides of at most " + std::to_string(settings_.largest_side) + " pixels");
@@ -351,74 +322,57 @@ std::int32_t Replay::note_presentation(void* replay, const VT_DCI_Point& top_lef
     return 0;
 }
 
-bool Replay::has_trusted_points() const {
-    const std::string_view name = recording_.calls[call_].kind->name;
-    return name.starts_with("draw_dci_") || name.starts_with("draw_dc_");
-}
-
-template <class Point> void Replay::check_points(const std::vector<Point>& points) const {
-    if (has_trusted_points()) {
-        for (std::size_t i = 0; i < points.size(); ++i) {
-            check_point(points[i], [i] { return "points[" + std::to_string(i) + ']'; });
-        }
-    }
-}
-
-template <class Point, class Key> void Replay::check_point(const Point& point, Key key) const {
-    const VT_Int_Rectangle window = session_.window();
-    const double x = pixel_of(point.x);
-    const double y = pixel_of(point.y);
-    const bool is_inside = x >= window.left && x <= window.right && y >= window.bottom && y <= window.top;
-    if (!is_inside && !unchecked_) {
-        throw Recording_Error(path_of_call(call_) + '.' + key() + ": expected a point inside the window, " + text_of(window));
-    }
-}
-
-void Replay::check_corners(const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right, Sides sides, const char* keys) const {
-    const VT_Int_Rectangle window = session_.window();
-    const bool is_inside = (!sides.left || top_left.x >= window.left) && (!sides.right || bottom_right.x <= window.right) &&
-                           (!sides.bottom || bottom_right.y >= window.bottom) && (!sides.top || top_left.y <= window.top);
-    if (!is_inside && !unchecked_) {
-        throw Recording_Error(path_of_call(call_) + '.' + keys + ": expected corners inside the window, " + text_of(window));
-    }
-}
-
-void Replay::check_ordered(bool is_ordered, const char* keys) const {
-    if (!is_ordered && !unchecked_) {
-        throw Recording_Error(path_of_call(call_) + '.' + keys +
-                              ": expected the greater coordinates to the right and at the top");
-    }
-}
-
-// Renderers draw plain whole ellipses with axes along rows and columns, and take their centre for a column and row of the buffer.
-// All others are cut by the host.
-void Replay::check_ellipse(const VT_Rendition& rendition, const Ellipse& ellipse) const {
-    const auto& slot = session_.actions().draw_dci_ellipse; // the other one is always installed with it
-    const bool is_hosts = !slot.enabled || slot.function == &VD_Standard_Draw_DCI_Ellipse;
-    const bool is_outline = recording_.calls[call_].kind->name == "draw_dci_elliptical_arc";
-    const bool is_plain = rendition.line.style == 0 && rendition.line.weight <= 1 &&
-                          !(is_outline && (rendition.line.flags & vorna::line_flag::smoothed) != 0);
-    const auto rotation = static_cast<float>(ellipse.rotation);
-    const bool is_turned = rotation == 1.5707964F || rotation == 4.712389F;
-    const bool has_straight_axes = ellipse.radii.x == ellipse.radii.y || rotation == 0 || rotation == 3.1415927F || is_turned;
-    const bool is_whole = static_cast<float>(ellipse.start) == 0 && static_cast<float>(ellipse.end) == 6.2831855F;
-    const std::int64_t a = is_turned ? ellipse.radii.y : ellipse.radii.x;
-    const std::int64_t b = is_turned ? ellipse.radii.x : ellipse.radii.y;
-    if (unchecked_ || is_hosts || a < 0 || b < 0 || !is_plain || !is_whole || !has_straight_axes) {
-        return;
-    }
-    const VT_Int_Rectangle window = session_.window();
-    const VT_Int_Rectangle room{0, window.right - window.left, 0, window.top - window.bottom};
-    if (ellipse.center.x - a < room.left || ellipse.center.x + a > room.right || ellipse.center.y - b < room.bottom ||
-        ellipse.center.y + b > room.top) {
-        throw Recording_Error(path_of_call(call_) + ".center and radii: expected an ellipse inside " + text_of(room));
-    }
-}
-
 } // namespace
 
+void lay_over(VT_Renderer_Options& options, const Window& window) {
+    const VT_Int_Pair size = options.window_size();
+    options.set_window_size({window.width.value_or(size.x), window.height.value_or(size.y)});
+    options.set_window_origin(window.origin.value_or(options.window_origin()));
+    options.set_local_coordinates(window.local_coordinates.value_or(options.local_coordinates()));
+}
+
 Report replay(const Recording& recording, Session& session, const Replay_Settings& settings) {
-    return Replay(recording, session, settings).run();
+    Replay replay(recording, session, settings);
+    replay.begin();
+    for (std::size_t call = 0; call < recording.calls.size() && call <= settings.last; ++call) {
+        if (call < settings.first && !sets_up(*recording.calls[call].kind)) {
+            continue;
+        }
+        if (settings.before_call) {
+            settings.before_call(call);
+        }
+        replay.make(call);
+        if (settings.after_call) {
+            settings.after_call(call);
+        }
+    }
+    return replay.end();
+}
+
+class Replayer::Implementation : public Replay {
+    using Replay::Replay;
+};
+
+Replayer::Replayer(const Recording& recording, Session& session, const Replay_Settings& settings)
+    : settings_(settings), replay_(std::make_unique<Implementation>(recording, session, settings_)) {
+}
+
+Replayer::~Replayer() = default;
+
+void Replayer::begin() {
+    replay_->begin();
+}
+
+void Replayer::make(std::size_t call) {
+    replay_->make(call);
+}
+
+void Replayer::draw_as(std::size_t call, const Arguments& arguments, const VT_Reference<VT_Rendition>& rendition) {
+    replay_->draw_as(call, arguments, rendition);
+}
+
+VT_Reference<VT_Rendition> Replayer::rendition_of(std::size_t call) {
+    return replay_->rendition_of(call);
 }
 
 } // namespace vorna::drawing::recording

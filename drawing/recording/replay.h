@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -54,7 +55,38 @@ struct Replay_Settings {
     std::function<void(std::size_t call)> after_call;
 };
 
+// Where a recording says nothing else.
+inline constexpr Window default_window{64, 64, VT_Int_Pair{}, false};
+
+// Puts what the window has into the options.
+void lay_over(VT_Renderer_Options& options, const Window& window);
+
 // Throws Recording_Error for a recording that no host would send, and Not_Drawn before it draws anything.
 Report replay(const Recording& recording, Session& session, const Replay_Settings& settings = {});
+
+// A replay whose calls somebody else chooses. Recording and session must outlive it.
+class Replayer {
+public:
+    // Of the settings those count that hold for single calls.
+    Replayer(const Recording& recording, Session& session, const Replay_Settings& settings);
+    Replayer(const Replayer&) = delete;
+    Replayer& operator=(const Replayer&) = delete;
+    ~Replayer();
+
+    // Throw as `replay` does.
+    void begin(); // first: establishes the renderer
+    void make(std::size_t call);
+    // Draws the call with other arguments, of its own type, and other attributes.
+    void draw_as(std::size_t call, const Arguments& arguments, const VT_Reference<VT_Rendition>& rendition);
+
+    // The attributes that `make` draws the call with, by the options in force.
+    VT_Reference<VT_Rendition> rendition_of(std::size_t call);
+
+private:
+    class Implementation;
+
+    const Replay_Settings settings_;
+    std::unique_ptr<Implementation> replay_;
+};
 
 } // namespace vorna::drawing::recording

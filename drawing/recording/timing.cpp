@@ -17,26 +17,6 @@
 
 namespace vorna::drawing::recording {
 
-namespace {
-
-// Columns and rows that hold every point, with room for what pixels beside them a primitive reaches.
-template <class Point> VT_Int_Rectangle around(const std::vector<Point>& points) {
-    constexpr double room = 3;
-    constexpr double beyond = 1 << 20; // farther than all windows reach
-    double low[] = {beyond, beyond}, high[] = {-beyond, -beyond};
-    for (const Point& point : points) {
-        const double place[] = {static_cast<double>(point.x), static_cast<double>(point.y)};
-        for (int i = 0; i < 2; ++i) {
-            low[i] = std::min(low[i], place[i]);
-            high[i] = std::max(high[i], place[i]);
-        }
-    }
-    const auto whole = [=](double value) { return static_cast<std::int32_t>(std::clamp(value, -beyond, beyond)); };
-    return {whole(low[0] - room), whole(high[0] + room), whole(low[1] - room), whole(high[1] + room)};
-}
-
-} // namespace
-
 // How many pixels of the raster, which lies in a window of that size at these columns and rows from its lower left, hold
 // something else than before; then the copy holds it too.
 std::int64_t Change_Counter::Copy::update(const Raster& raster, const VT_Int_Rectangle& area, VT_Int_Pair size) {
@@ -62,30 +42,15 @@ std::int64_t Change_Counter::Copy::update(const Raster& raster, const VT_Int_Rec
     return changed;
 }
 
-// Device pixels that the call may have changed. Only triangles stay within the box of their points under every rendition.
-VT_Int_Rectangle Change_Counter::area_of(const Call& call) const {
-    const VT_Int_Rectangle window = session_.window();
-    VT_Int_Rectangle area = window;
-    if (call.kind->name.ends_with("polytriangle")) {
-        std::visit(
-            [&area](const auto& arguments) {
-                if constexpr (requires { arguments.points.size(); }) {
-                    area = around(arguments.points);
-                }
-            },
-            call.arguments);
-    }
-    return {std::max(area.left, window.left), std::min(area.right, window.right), std::max(area.bottom, window.bottom),
-            std::min(area.top, window.top)};
-}
-
 void Change_Counter::before_call(std::size_t call) {
     costs_.push_back({call, points_of(recording_.calls[call])});
 }
 
 void Change_Counter::after_call(std::size_t call) {
-    const VT_Int_Rectangle area = area_of(recording_.calls[call]), window = session_.window();
-    if (area.left > area.right || area.bottom > area.top) {
+    const VT_Int_Rectangle window = session_.window();
+    const bool makes_buffers = std::holds_alternative<Establish>(recording_.calls[call].arguments);
+    const VT_Int_Rectangle area = makes_buffers ? window : areas_.area(call, window);
+    if (is_empty(area)) {
         return;
     }
     const VT_Int_Pair size{window.right - window.left + 1, window.top - window.bottom + 1};

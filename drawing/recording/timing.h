@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "drawing/image/image_file.h"
+#include "drawing/recording/call_areas.h"
 #include "drawing/recording/recording.h"
 #include "drawing/recording/replay.h"
 
@@ -21,7 +22,7 @@ struct Call_Cost {
 // Counts the pixels that each call of a replay changes. Copies of both buffers are kept and compared after every call.
 class Change_Counter {
 public:
-    Change_Counter(const Recording& recording, Session& session) : recording_(recording), session_(session) {}
+    Change_Counter(const Recording& recording, Session& session) : recording_(recording), session_(session), areas_(recording) {}
 
     // For Replay_Settings.
     void before_call(std::size_t call);
@@ -35,10 +36,9 @@ private:
         std::int64_t update(const Raster& raster, const VT_Int_Rectangle& area, VT_Int_Pair size);
     };
 
-    VT_Int_Rectangle area_of(const Call& call) const;
-
     const Recording& recording_;
     Session& session_;
+    const Call_Areas areas_;
     Copy color_, depth_;
     std::vector<Call_Cost> costs_;
 };

@@ -1,0 +1,33 @@
+// Options of `replay` that ask what happened at pixels.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/cli/options.h"
+#include "drawing/files/load_limits.h"
+#include "drawing/recording/recording.h"
+#include "drawing/recording/replay.h"
+#include "drawing/recording/session.h"
+
+namespace vorna::app {
+
+struct History_Arguments {
+    std::vector<std::string> pixels;
+    std::string pixel_file, area;
+    bool has_outside = false, is_json = false;
+
+    bool is_given() const { return !pixels.empty() || !pixel_file.empty() || !area.empty(); }
+};
+
+std::vector<Option> history_options(History_Arguments& arguments);
+
+// Throws Usage_Error for values that are wrong whatever the recording has. recording: its path.
+void check_history(const History_Arguments& arguments, const std::string& recording);
+
+// What the command prints. Throws Usage_Error for pixels that the image does not have.
+std::string history_text(const History_Arguments& arguments, const drawing::recording::Recording& recording,
+                         const std::string& name, const drawing::Module_Choice& module,
+                         const drawing::recording::Replay_Settings& settings, drawing::Load_Limits& limits);
+
+} // namespace vorna::app
