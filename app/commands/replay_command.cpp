@@ -43,12 +43,12 @@ struct Replay_Arguments {
     std::string sort = "call";
     int repeat = 3;
     unsigned threads = 1;
-    bool unchecked = false;
+    bool unchecked = false, hash = false;
     std::string max_memory;
 
     bool writes_nothing() const {
         return color.empty() && depth.empty() && color_raw.empty() && depth_raw.empty() && report.empty() && record.empty() &&
-               every_call.empty() && timing.empty();
+               every_call.empty() && timing.empty() && !hash;
     }
 };
 
@@ -231,7 +231,15 @@ void replay(const Replay_Arguments& arguments, const drawing::Module_Choice& mod
     if (counter) {
         add_timing(arguments, module, recording, settings, counter->costs(), files);
     }
+    const std::string digest =
+        arguments.hash
+            ? drawing::digest_of(drawing::recording::shown(drawing::raster_of(session.color_buffer()), session, recording))
+            : "";
     files.commit();
+    if (arguments.hash) {
+        const bool is_output_taken = !arguments.timing.empty() || std::ranges::any_of(outputs, drawing::is_standard_output);
+        print(is_output_taken ? stderr : stdout, digest + '\n');
+    }
     if (arguments.writes_nothing()) {
         print_drawn(arguments, settings, recording.calls.size(), session);
     }
@@ -290,6 +298,10 @@ Command replay_command() {
                      .value = output_value("RECORDING", {"json", "gz", "zst", "cbor"}),
                      .text = "Write what was drawn as a recording, smaller as .cbor.zst, .json.zst or .gz",
                      .target = &arguments->record,
+                     .group = output},
+                    {.names = {"--hash"},
+                     .text = "Print the SHA-256 of the colour buffer's pixels",
+                     .target = &arguments->hash,
                      .group = output},
                     memory_option(arguments->max_memory),
                     {.names = {"--unchecked"},
