@@ -123,6 +123,9 @@ int compare_folders(const Compare_Arguments& arguments) {
                                                                    .mask = arguments.mask,
                                                                    .memory = drawing::parsed_limit(arguments.max_memory),
                                                                    .threads = arguments.threads});
+    if (report.count_of(comparison::Verdict::unreadable) > 0 && has_lacked_memory()) {
+        throw std::bad_alloc(); // libraries call it a wrong image
+    }
     drawing::Output_Files files;
     add_reports(arguments, report, comparison::json_of(report), files);
     files.commit();

@@ -57,7 +57,9 @@ public:
         fs::remove_all(path_, ignored);
     }
 
-    std::string file(const std::string& name) const { return (path_ / name).string(); }
+    std::string file(const std::string& name) const {
+        return (path_ / name).string();
+    }
 
 private:
     fs::path path_;

@@ -26,13 +26,14 @@ h1 { font-size: 1.4em; } h2 { font-size: 1.1em; overflow-wrap: anywhere; }
 section { border-top: 1px solid #bbb; margin-top: 1.5em; }
 pre { background: #f2f2f2; padding: .6em; overflow-x: auto; user-select: all; }
 .figures { display: grid; grid-template-columns: repeat(3, minmax(0, 1fr)); gap: 1em; margin-top: .6em; }
-figure { margin: 0; } figcaption { color: #555; }
+figure { margin: 0; } figcaption { color: #555; background: #fff; }
 img { max-width: 100%; image-rendering: pixelated; outline: 1px solid #ccc;
   background: repeating-conic-gradient(#ddd 0 25%, #fff 0 50%) 0 0 / 16px 16px; }
 .over:checked ~ .figures, .blink:checked ~ .figures { grid-template-columns: minmax(0, 2fr) minmax(0, 1fr); }
 .over:checked ~ .figures .first, .blink:checked ~ .figures .first,
 .over:checked ~ .figures .second, .blink:checked ~ .figures .second { grid-area: 1 / 1; }
 .over:checked ~ .figures .second { opacity: var(--opacity, .5); }
+.over:checked ~ .figures .first figcaption, .over:checked ~ .figures .second figcaption { visibility: hidden; }
 .blink:checked ~ .figures .second { animation: blink 1s step-end infinite; }
 @keyframes blink { 0% { opacity: 1; } 50% { opacity: 0; } }
 .opacity { display: none; vertical-align: middle; } .over:checked ~ .opacity { display: inline-block; }

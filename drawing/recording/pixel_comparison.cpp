@@ -176,20 +176,20 @@ std::optional<Pixel_Difference> of_sessions(Session& a, Session& b) {
 std::string text_of(const Pixel_Difference& difference) {
     const std::string when = difference.call ? "after call " + std::to_string(*difference.call) : "before the first call";
     const std::string values = difference.first + " and " + difference.second;
-    const std::string count = std::to_string(difference.count);
+    const std::string count = std::to_string(difference.count) + (difference.count == 1 ? " pixel differ, " : " pixels differ, ");
     const std::string at = "first at [" + std::to_string(difference.place.x) + ", " + std::to_string(difference.place.y) + "]: ";
     switch (difference.kind) {
     case Kind::windows:
         return when + " the windows differ: " + values;
     case Kind::palettes:
-        return when + ' ' + count + " colours of the palettes differ, first " + std::to_string(difference.place.x) + ": " +
+        return when + " colours of the palettes differ: " + std::to_string(difference.count) + ", first " + std::to_string(difference.place.x) + ": " +
                values;
     case Kind::colors:
-        return when + " the colours of " + count + " pixels differ, " + at + values;
+        return when + " the colours of " + count + at + values;
     case Kind::depths:
         break;
     }
-    return when + " the depths of " + count + " pixels differ, " + at + values;
+    return when + " the depths of " + count + at + values;
 }
 
 std::optional<Pixel_Difference> compare_pixels(const Recording& a, const Recording& b, const Document_Difference& documents,

@@ -71,8 +71,8 @@ std::string json_of(const Recording_Difference& difference, const std::string& f
     }
     json["call"] = nullptr;
     if (call) {
-        json["call"] = json_of(call->value);
-        json["call"]["call"] = call->call;
+        json["call"] = {{"call", call->call}};
+        json["call"].update(json_of(call->value));
     }
     json["pixels"] = difference.pixels ? json_of(*difference.pixels) : Json(nullptr);
     return json.dump(1, ' ', true, Json::error_handler_t::replace) + '\n';

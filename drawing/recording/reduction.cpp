@@ -221,6 +221,12 @@ private:
             }
         }
     }
+    // Rectangles that reach out of the window are refused by replays.
+    static void cut(VT_Int_Rectangle& rectangle, const VT_Int_Rectangle& window) {
+        if (const VT_Int_Rectangle part = vorna::common_part(rectangle, window); !vorna::is_empty(part)) {
+            rectangle = part;
+        }
+    }
     bool accepts_window(const VT_Int_Rectangle& area) {
         Recording candidate = best_;
         Window& window = candidate.configuration.window;
@@ -230,10 +236,16 @@ private:
             window.origin = VT_Int_Pair{area.left, area.bottom};
         }
         if (candidate.output) {
-            candidate.output = vorna::common_part(*candidate.output, area);
-            if (vorna::is_empty(*candidate.output)) {
-                return false;
-            }
+            cut(*candidate.output, area);
+        }
+        for (Call& call : candidate.calls) {
+            std::visit(
+                [&area](auto& arguments) {
+                    if constexpr (requires { arguments.rectangle; }) {
+                        cut(arguments.rectangle, area);
+                    }
+                },
+                call.arguments);
         }
         return accepts(std::move(candidate));
     }
