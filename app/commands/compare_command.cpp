@@ -79,7 +79,7 @@ bool is_folder(const std::string& path) {
     return path != "-" && std::filesystem::is_directory(drawing::path_of(path), unknown);
 }
 
-// Where the lines go: elsewhere when standard output is one of the files.
+// Prints to standard error when standard output is one of the files.
 void say(const Compare_Arguments& arguments, const std::string& text) {
     bool is_taken = false;
     for (const std::string& output : arguments.outputs()) {
@@ -124,7 +124,7 @@ int compare_folders(const Compare_Arguments& arguments) {
                                                                    .memory = drawing::parsed_limit(arguments.max_memory),
                                                                    .threads = arguments.threads});
     if (report.count_of(comparison::Verdict::unreadable) > 0 && has_lacked_memory()) {
-        throw std::bad_alloc(); // libraries call it a wrong image
+        throw std::bad_alloc(); // libraries report a lack of memory as a damaged image
     }
     drawing::Output_Files files;
     add_reports(arguments, report, comparison::json_of(report), files);

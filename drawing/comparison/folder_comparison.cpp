@@ -118,7 +118,7 @@ Report compare_folders(const std::string& first, const std::string& second, cons
     share_tasks(names.size(), threads, [&](std::size_t i, std::size_t) {
         compare_one(i, threads == 1 ? settings.memory : std::optional(memory / threads));
     });
-    // What a share of the memory does not hold is read alone.
+    // Images that do not fit into a thread's share of the memory are compared one pair at a time.
     for (std::size_t i = 0; threads > 1 && i < names.size(); ++i) {
         if (report.pairs[i].verdict == Verdict::unreadable) {
             Interruption::check();

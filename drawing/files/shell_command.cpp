@@ -101,7 +101,7 @@ Shell_Ending run_shell(const std::string& command, const std::string& argument, 
     if (process == 0) {
         become_shell(command.c_str(), argument.c_str(), errors.c_str());
     }
-    setpgid(process, process); // whichever of both comes first
+    setpgid(process, process); // so does the child: the group exists before either goes on
     Process_Group group(process);
     const bool has_ended = wait_until(end, [&] {
         Interruption::check();

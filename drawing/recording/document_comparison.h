@@ -17,10 +17,10 @@ struct Value_Difference {
 };
 
 struct Document_Difference {
-    // What a call has that the other recording's call of the same number has not.
+    // A call, and the first value in which it differs from the other recording's call of the same number.
     struct Of_Call {
         std::size_t call = 0;
-        Value_Difference value; // the first one; of calls of different kinds, and of a call that the other lacks, `call`
+        Value_Difference value; // its path is `call` for calls of different kinds, and where the other recording has no such call
     };
 
     std::vector<Value_Difference> setup; // before the calls: all values that differ

@@ -16,7 +16,7 @@ namespace vorna::drawing::recording {
 
 namespace {
 
-// A replay in a thread of its own, which waits after every call. What waits may look at the session.
+// A replay in a thread of its own, which waits after every call; meanwhile the caller may read the session.
 class Waiting_Replay {
 public:
     Waiting_Replay(const Recording& recording, const Module_Choice& module, bool is_first)
@@ -31,7 +31,7 @@ public:
 
     // Waits until the renderer is set up.
     void start() { wait(); }
-    // Makes the next call. Of recordings without another one nothing changes.
+    // Makes the next call; nothing after the last one.
     void step() {
         if (!is_done_) {
             go_.release();
@@ -86,7 +86,7 @@ private:
     Session session_;
     std::exception_ptr failure_;
     bool is_done_ = false, stops_ = false;
-    std::counting_semaphore<4> arrived_{0}, go_{0}; // the end counts, too, where nobody waits for it
+    std::counting_semaphore<4> arrived_{0}, go_{0}; // arrived_ may count the end before the caller waits for it
     std::thread thread_;
 };
 
@@ -182,8 +182,8 @@ std::string text_of(const Pixel_Difference& difference) {
     case Kind::windows:
         return when + " the windows differ: " + values;
     case Kind::palettes:
-        return when + " colours of the palettes differ: " + std::to_string(difference.count) + ", first " + std::to_string(difference.place.x) + ": " +
-               values;
+        return when + " colours of the palettes differ: " + std::to_string(difference.count) + ", first " +
+               std::to_string(difference.place.x) + ": " + values;
     case Kind::colors:
         return when + " the colours of " + count + at + values;
     case Kind::depths:
@@ -198,7 +198,7 @@ std::optional<Pixel_Difference> compare_pixels(const Recording& a, const Recordi
     of_a.start();
     of_b.start();
     std::optional<Pixel_Difference> found = of_sessions(of_a.session(), of_b.session());
-    // What is set up shows when something is drawn, whatever is set up by calls too.
+    // After a call to set up that differs, equal calls may draw different pixels.
     bool is_setup_equal = documents.setup.empty();
     for (std::size_t call = 0; !found && call < documents.differing.size(); ++call) {
         Interruption::check();

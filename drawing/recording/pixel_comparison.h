@@ -30,7 +30,7 @@ struct Pixel_Difference {
 // As a line.
 std::string text_of(const Pixel_Difference& difference);
 
-// What a replay of one of both fails with.
+// The replay of one of the two recordings failed.
 class Replay_Failure : public std::runtime_error {
 public:
     Replay_Failure(bool of_first, const std::string& text) : std::runtime_error(text), is_of_first(of_first) {}

@@ -31,8 +31,8 @@ template <class Element> std::vector<Element> chosen(const std::vector<Element>&
     return result;
 }
 
-// The list, and which of its elements belong to each point. A colour of a triangle or segment goes with its first point, so that
-// as many are left as are needed.
+// The arguments with some of their points, and the colours and parameters of these. The colour of a triangle or segment belongs
+// to its first point, so that enough colours are left.
 template <class Arguments> Arguments with_points(const Arguments& arguments, const Places& places) {
     Arguments result = arguments;
     result.points = chosen(arguments.points, places);

@@ -17,7 +17,7 @@ struct Reduction_Settings {
     // before; what it throws besides Reduction_Ended ends the reduction.
     std::function<bool(const std::string& file)> keeps;
     std::string file_name; // tells the form that `keeps` gets, as for file_of
-    // Is told of each smaller recording that keeps the fault. May be empty.
+    // Called with each smaller recording that keeps the fault. May be empty.
     std::function<void(const Recording& smallest, std::size_t bytes)> progress;
 };
 
