@@ -126,6 +126,7 @@ int compare_folders(const Compare_Arguments& arguments) {
     if (report.count_of(comparison::Verdict::unreadable) > 0 && has_lacked_memory()) {
         throw std::bad_alloc(); // libraries report a lack of memory as a damaged image
     }
+    const drawing::Interruption interruption; // so that no unfinished report stays behind
     drawing::Output_Files files;
     add_reports(arguments, report, comparison::json_of(report), files);
     files.commit();
@@ -144,6 +145,7 @@ int compare_images(const Compare_Arguments& arguments, const std::string& first,
     comparison::Pair_Result& result = report.pairs.emplace_back(comparison::result_of(pair, report.accepted));
     result.name = drawing::name_of_input(arguments.second);
     result.paths = paths;
+    const drawing::Interruption interruption; // so that no unfinished report stays behind
     drawing::Output_Files files;
     if (!arguments.difference.empty()) {
         if (pair.first.width != pair.second.width || pair.first.height != pair.second.height) {
@@ -189,6 +191,7 @@ int compare_recordings(const Compare_Arguments& arguments, const std::string& fi
     result.name = drawing::name_of_input(arguments.second);
     result.verdict = difference.is_same() ? comparison::Verdict::same : comparison::Verdict::different;
     result.text = text.substr(0, text.size() - 1);
+    const drawing::Interruption interruption; // so that no unfinished report stays behind
     drawing::Output_Files files;
     add_reports(arguments, report, drawing::recording::json_of(difference, arguments.first, arguments.second), files);
     files.commit();
@@ -288,12 +291,12 @@ Command compare_command() {
     return {.name = "compare",
             .summary = "Tell whether two images, two folders of images or two recordings are the same.",
             .arguments = {{.names = {"first"},
-                           .value = text_value("A"),
+                           .value = text_value("IMAGE"),
                            .text = "Image, folder or recording; - reads standard input",
                            .target = &arguments->first,
                            .is_required = true},
                           {.names = {"second"},
-                           .value = text_value("B"),
+                           .value = text_value("IMAGE"),
                            .text = "What it is compared with",
                            .target = &arguments->second,
                            .is_required = true}},

@@ -19,7 +19,8 @@ width, height = 16, 12
 
 def write_png(path, seed, changed=0):
     pixels = random.Random(seed).randbytes(3 * width * height)
-    pixels = bytes([pixels[0] ^ changed]) + pixels[1:]
+    middle = 3 * (width * 6 + 8)
+    pixels = pixels[:middle] + bytes([pixels[middle] ^ changed]) + pixels[middle + 1:]
     rows = b''.join(b'\0' + pixels[3 * width * y:3 * width * (y + 1)] for y in range(height))
 
     def chunk(kind, content):
@@ -79,7 +80,7 @@ assert found['line\nend \x1b[31m.png'] == found['\ufffd\ufffd.png'] == 'differen
 assert report['totals'] == {'same': 1, 'near': 1, 'different': 5, 'missing': 2, 'extra': 1, 'unreadable': 0}, report['totals']
 assert report['other_files'] == 1 and report['tolerance'] == {'difference': 1, 'pixels': 1} and report['same'] is False
 changed = next(image for image in report['images'] if image['name'] == "it's.png")
-assert changed['pixels_different'] == 1 and changed['columns'] == [0, 0] and 0.9 < changed['ssim'] < 1 < changed['psnr'], changed
+assert changed['pixels_different'] == 1 and changed['columns'] == [8, 8] and 0.9 < changed['ssim'] < 1 < changed['psnr'], changed
 
 suite = ElementTree.parse(folder / 'r.xml').getroot().find('testsuite')
 cases = {case.get('name'): len(list(case)) for case in suite}
@@ -96,8 +97,7 @@ for name in wild:
 for command in page.commands[1:]:
     subprocess.run(['sh', '-ec', command], cwd=folder, check=True)
 assert not (folder / 'x').exists()
-assert compare('--tolerance', '1,1').returncode == 0, compare().stdout
-assert b'1 near enough' in compare('--tolerance', '1').stdout
+assert compare().returncode == 0, compare().stdout
 
 # A file that cannot be read is an error in every report, and the status says it.
 (after / "it's.png").write_bytes(b'GIF89a')
@@ -106,5 +106,4 @@ suite = ElementTree.parse(folder / 'r.xml').getroot().find('testsuite')
 assert done.returncode == 2 and suite.get('errors') == '1' and b'1 unreadable' in done.stdout, done
 for count in ('1', '3'):
     assert compare('--threads', count).stdout == done.stdout
-    assert compare('--threads', count, '--max-memory', '20K').stdout != done.stdout
 print('reports of', len(names) + len(wild), 'files')
