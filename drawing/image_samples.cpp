@@ -237,14 +237,14 @@ Image_Samples decode_samples(const std::string& name, std::string_view content, 
 Comparison compare_samples(const Image_Samples& a, const Image_Samples& b, const std::optional<Tolerance>& tolerance) {
     const std::optional<Fuzz> fuzz = fuzz_of(tolerance);
     const bool are_numbers = a.kind == Kind::faces || b.kind == Kind::faces; // neighbours are not alike
-    return comparison_of(compare(png_image_of(a), png_image_of(b), are_numbers ? std::nullopt : fuzz));
+    return comparison_of(compare(png_image_of(a), png_image_of(b), {.fuzz = are_numbers ? std::nullopt : fuzz}));
 }
 
 Comparison compare_files(const std::string& a, const std::string& b, const std::optional<Tolerance>& tolerance) {
     const std::optional<Fuzz> fuzz = fuzz_of(tolerance);
     Load_Limits limits;
     const Png_Image first = read_png_file(a, limits);
-    return comparison_of(compare(first, read_png_file(b, limits), fuzz));
+    return comparison_of(compare(first, read_png_file(b, limits), {.fuzz = fuzz}));
 }
 
 VT_RGB32 parsed_color(const std::string& text) {

@@ -1,14 +1,13 @@
 // Runs this command again in another process.
 #include "app/check/child_process.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <system_error>
-#include <thread>
 
 #include "app/cli/command.h"
+#include "drawing/files/process_wait.h"
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -135,18 +134,13 @@ Ending run_beside(const std::vector<std::string>& arguments, std::chrono::millis
         throw std::system_error(error, std::generic_category(), "no process could be started");
     }
 
-    // Polls, because no system call waits for a process with a time limit. Most processes end within milliseconds.
-    const auto end = std::chrono::steady_clock::now() + limit;
-    std::chrono::microseconds pause(200);
     int status = 0;
-    while (waitpid(process, &status, WNOHANG) == 0) {
-        if (std::chrono::steady_clock::now() >= end) {
-            kill(process, SIGKILL);
-            waitpid(process, &status, 0);
-            return {Ending::Kind::out_of_time, ""};
-        }
-        std::this_thread::sleep_for(pause);
-        pause = std::min(pause * 5 / 4, std::chrono::microseconds(10'000));
+    const bool has_ended =
+        drawing::wait_until(std::chrono::steady_clock::now() + limit, [&] { return waitpid(process, &status, WNOHANG) != 0; });
+    if (!has_ended) {
+        kill(process, SIGKILL);
+        waitpid(process, &status, 0);
+        return {Ending::Kind::out_of_time, ""};
     }
     return status == 0 ? Ending{} : Ending{Ending::Kind::died, described(status)};
 }

@@ -33,10 +33,11 @@ template <class Is_Meant> std::vector<std::string> suffixes_of(Is_Meant is_meant
 
 // By the name of the kind: FILE.png is a file that ends so.
 Candidates candidates_of(const Option_Entry& option) {
-    static const std::array<std::pair<std::string_view, std::vector<std::string>>, 5> kinds{{
+    static const std::array<std::pair<std::string_view, std::vector<std::string>>, 6> kinds{{
         {"MODEL", suffixes_of([](const drawing::Format&) { return true; })}, // commands that draw models draw maps too
         {"MAP", suffixes_of([](const drawing::Format& format) { return format.kind == drawing::Input_Kind::map; })},
         {"RECORDING", {"json", "gz", "zst", "cbor"}},
+        {"IMAGE", {"png", "jpg", "jpeg", "webp", "tga", "bmp", "dds", "json", "gz", "zst", "cbor"}}, // or a recording
         {"MODULE", {"vrd"}},
         {"FONT", {"ttf", "otf", "ttc", "pfb"}},
     }};

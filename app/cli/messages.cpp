@@ -92,4 +92,8 @@ void report_lack_of_memory() {
     std::set_terminate(end_for_lack_of_memory);
 }
 
+bool has_lacked_memory() noexcept {
+    return has_failed_allocation;
+}
+
 } // namespace vorna::app

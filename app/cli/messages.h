@@ -40,4 +40,7 @@ Ending ending_of(const std::exception& error);
 // the process with a message and the status of a failure; other exceptions abort as before.
 void report_lack_of_memory();
 
+// Whether an allocation has failed since report_lack_of_memory was called.
+bool has_lacked_memory() noexcept;
+
 } // namespace vorna::app

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <string>
 
 namespace vorna::app {
 
@@ -16,8 +17,12 @@ public:
 
     // done: 0 to 1.
     void show(double done);
+    // For work whose end is not known. text: printable, in one line; what is too long for a narrow terminal is cut.
+    void show(const std::string& text);
 
 private:
+    bool is_due();
+
     using Clock = std::chrono::steady_clock;
 
     bool watched_;

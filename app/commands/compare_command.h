@@ -1,4 +1,4 @@
-// The command `compare`: tells whether two PNG files hold the same pixels.
+// The command `compare`: whether two images, two folders of images or two recordings are the same.
 #pragma once
 
 #include "app/cli/options.h"

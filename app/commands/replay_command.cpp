@@ -46,17 +46,28 @@ struct Replay_Arguments {
     std::string sort = "call";
     int repeat = 3;
     unsigned threads = 1;
-    bool unchecked = false;
+    bool unchecked = false, hash = false;
     History_Arguments history;
     std::string max_memory;
 
     bool writes_nothing() const {
         return color.empty() && depth.empty() && color_raw.empty() && depth_raw.empty() && report.empty() && record.empty() &&
-               every_call.empty() && timing.empty() && trace.empty();
+               every_call.empty() && timing.empty() && trace.empty() && !hash;
     }
 };
 
 constexpr std::size_t most_files_unasked = 1000;
+
+std::vector<std::string> outputs_of(const Replay_Arguments& arguments) {
+    return {arguments.color,  arguments.depth,  arguments.color_raw, arguments.depth_raw,
+            arguments.report, arguments.record, arguments.trace};
+}
+
+// Whether standard output holds a file, costs or histories, so that lines about them go to standard error.
+bool has_taken_output(const Replay_Arguments& arguments) {
+    return !arguments.timing.empty() || arguments.history.is_given() ||
+           std::ranges::any_of(outputs_of(arguments), drawing::is_standard_output);
+}
 
 void add_outputs(const Replay_Arguments& arguments, drawing::Session& session, const drawing::recording::Recording& recording,
                  const drawing::recording::Report& report, drawing::Output_Files& files) {
@@ -240,7 +251,14 @@ void draw(const Replay_Arguments& arguments, const drawing::Module_Choice& modul
     if (counter) {
         add_timing(arguments, module, recording, settings, counter->costs(), files);
     }
+    const std::string digest =
+        arguments.hash
+            ? drawing::digest_of(drawing::recording::shown(drawing::raster_of(session.color_buffer()), session, recording))
+            : "";
     files.commit();
+    if (arguments.hash) {
+        print(has_taken_output(arguments) ? stderr : stdout, digest + '\n');
+    }
     if (arguments.writes_nothing()) {
         print_drawn(arguments, settings, recording.calls.size(), session);
     }
@@ -250,8 +268,7 @@ void replay(const Replay_Arguments& arguments, const drawing::Module_Choice& mod
     cost_order_of(arguments); // throws for wrong options before anything is read
     check_history(arguments.history, arguments.recording);
     refuse_standard_output("--every-call", arguments.every_call);
-    const std::vector<std::string> outputs{arguments.color,  arguments.depth,  arguments.color_raw, arguments.depth_raw,
-                                           arguments.report, arguments.record, arguments.trace};
+    const std::vector<std::string> outputs = outputs_of(arguments);
     drawing::refuse_same_files({arguments.recording, arguments.history.pixel_file}, outputs);
     drawing::Load_Limits limits(drawing::parsed_limit(arguments.max_memory));
     const drawing::recording::Recording recording = drawing::recording::load(arguments.recording, limits);
@@ -327,6 +344,10 @@ Command replay_command() {
                      .value = output_value("RECORDING", {"json", "gz", "zst", "cbor"}),
                      .text = "Write what was drawn as a recording, smaller as .cbor.zst, .json.zst or .gz",
                      .target = &arguments->record,
+                     .group = output},
+                    {.names = {"--hash"},
+                     .text = "Print the SHA-256 of the colour buffer's pixels",
+                     .target = &arguments->hash,
                      .group = output},
                     memory_option(arguments->max_memory),
                     {.names = {"--unchecked"},

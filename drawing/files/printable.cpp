@@ -1,12 +1,8 @@
 // Texts from files, made harmless.
 #include "drawing/files/printable.h"
 
-#include <cstddef>
-
 namespace vorna::drawing {
-namespace {
 
-// Bytes of the character that the text begins with; 0 for what is no UTF-8.
 std::size_t character_length(std::string_view text) noexcept {
     const auto byte = [&](std::size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
     const unsigned first = byte(0), second = byte(1);
@@ -25,6 +21,8 @@ std::size_t character_length(std::string_view text) noexcept {
                        (first == 0xF0 && second < 0x90) || (first == 0xF4 && second >= 0x90);
     return wrong ? 0 : length;
 }
+
+namespace {
 
 std::string without_controls(std::string_view text, bool one_line) {
     std::string result;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "drawing/image/png_writer.h"
+#include "drawing/image/sha256.h"
 
 namespace vorna::drawing {
 
@@ -100,6 +101,17 @@ std::string png_of(const Raster& raster, const VT_Palette& palette) {
     return png_file(image_form_of(raster, palette), [&raster](std::uint32_t row, std::uint8_t* samples) {
         store_samples(raster.top + std::ptrdiff_t{row} * raster.row_bytes, raster.width, raster.format, samples);
     });
+}
+
+std::string digest_of(const Raster& raster) {
+    Sha256 sum;
+    std::vector<std::uint8_t> samples(static_cast<std::size_t>(raster.width) *
+                                      static_cast<std::size_t>(vorna::bytes_per_pixel(raster.format)));
+    for (std::int32_t row = 0; row < raster.height; ++row) {
+        store_samples(raster.top + row * raster.row_bytes, raster.width, raster.format, samples.data());
+        sum.add(samples.data(), samples.size());
+    }
+    return sum.finish();
 }
 
 std::string raw_bytes_of(const Raster& raster) {

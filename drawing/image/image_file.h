@@ -42,6 +42,9 @@ Image_Form image_form_of(const Raster& raster, const VT_Palette& palette);
 // Palette indices become a palette PNG with the indices as stored, depths 16-bit greyscale. The palette is read for indices only.
 std::string png_of(const Raster& raster, const VT_Palette& palette);
 
+// The SHA-256 of the samples in the order of files.
+std::string digest_of(const Raster& raster);
+
 // The rows from the top down without padding: blue, green, red, alpha; index; depth with its low byte first.
 std::string raw_bytes_of(const Raster& raster);
 

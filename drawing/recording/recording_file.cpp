@@ -36,6 +36,11 @@ Recording read_document(const std::string& name, std::string bytes, Load_Limits&
     return read_recording(document, [&](std::size_t more) { limits.take_memory(name, more); });
 }
 
+bool is_document(std::string_view bytes) noexcept {
+    const std::size_t first = bytes.find_first_not_of("\xEF\xBB\xBF \t\r\n");
+    return is_gzip(bytes) || is_zstd(bytes) || is_cbor(bytes) || (first != bytes.npos && bytes[first] == '{');
+}
+
 std::string file_of(const Recording& recording, const std::string& path) {
     std::string_view name = path;
     const auto take_ending = [&name](std::string_view ending) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "drawing/files/load_limits.h"
 #include "drawing/recording/recording.h"
@@ -13,6 +14,9 @@ namespace vorna::drawing::recording {
 Recording load(const std::string& path, Load_Limits& limits);
 // The same of what a file holds; its size must have been added to the limits. name: what messages call it.
 Recording read_document(const std::string& name, std::string bytes, Load_Limits& limits);
+
+// Whether the content of a file begins as that of a recording does: as an object of JSON or CBOR, or compressed.
+bool is_document(std::string_view bytes) noexcept;
 
 // The document as the file holds it: compressed when the name ends in .gz or .zst, CBOR when it ends in .cbor before that, else
 // JSON. Throws std::runtime_error when it is longer than a

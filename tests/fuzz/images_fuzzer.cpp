@@ -10,7 +10,10 @@
 
 #include "drawing/files/gzip.h"
 #include "drawing/image/image_comparison.h"
+#include "drawing/image/image_measures.h"
 #include "drawing/image/palette.h"
+#include "drawing/image/pixel_values.h"
+#include "drawing/image/stored_image.h"
 #include "drawing/job/part_reader.h"
 #include "drawing/model/texture.h"
 #include "tests/fuzz/fuzzing.h"
@@ -85,9 +88,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         try_out([&] { vorna::drawing::palette_colors("palette", bytes, limits); });
         try_out<std::runtime_error>([&] {
             const vorna::drawing::Png_Image image = vorna::drawing::read_png("image", bytes, limits);
-            if (std::int64_t{image.width} * image.height <= most_pixels && !vorna::drawing::compare(image, image, {}).is_same) {
+            if (std::int64_t{image.width} * image.height > most_pixels) {
+                return;
+            }
+            const vorna::drawing::Pixel_Mask mask(image);
+            if (!vorna::drawing::compare(image, image, {.mask = &mask}).is_same) {
                 fail("an image differs from itself");
             }
+            if (vorna::drawing::measure(image, image, &mask)->psnr) {
+                fail("an image has noise beside itself");
+            }
+            vorna::drawing::color_png(image);
+        });
+        try_out([&] {
+            vorna::drawing::Load_Limits small(std::uint64_t{16} << 20);
+            vorna::drawing::read_stored_image("image", bytes, small);
         });
         break;
     case 1:

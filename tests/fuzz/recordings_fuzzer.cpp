@@ -4,6 +4,7 @@
 #include "drawing/files/gzip.h"
 #include "drawing/recording/call_kinds.h"
 #include "drawing/recording/document.h"
+#include "drawing/recording/document_comparison.h"
 #include "drawing/recording/recording_reader.h"
 #include "drawing/recording/replay.h"
 #include "drawing/recording/session.h"
@@ -295,6 +296,10 @@ void replay(std::string_view text) {
     const std::string unpacked =
         vorna::drawing::is_gzip(text) ? vorna::drawing::gunzip(text, std::size_t{1} << 20) : std::string(text);
     const Recording recording = read_recording(unpacked);
+    if (const Document_Difference difference = compare_documents(recording, recording);
+        !difference.setup.empty() || difference.call) {
+        fuzzing::fail("a recording differs from itself");
+    }
     fuzzing::Guarded_Buffers buffers({static_cast<std::int32_t>(text.size() % 3), static_cast<std::int32_t>(text.size() % 5)});
     vorna::drawing::Session session(fuzzing::renderer_module());
     session.renderer().buffer_creation = buffers.callback();

@@ -44,7 +44,7 @@ expect "cube" vorna render bunny.obj --palette cu
 expect "models" vorna view bunny.obj --screenshots ''
 expect "" vorna render bunny.obj --size ''
 expect "bunny.json.gz" vorna replay bun
-expect "bunny.png" vorna compare bunny.png bun
+expect "bunny.json.gz bunny.png" vorna compare bunny.png bun
 expect "mine.vrd models" vorna --module ''
 expect "call" vorna replay x.json --timing --sort ca
 exit $((failures > 0))

@@ -1,5 +1,6 @@
 // What help, manual pages and completions say of the command line.
 #include <algorithm>
+#include <iomanip>
 #include <iterator>
 #include <sstream>
 
@@ -65,10 +66,13 @@ TEST_F(Manual, shows_what_an_option_takes_and_goes_together_with) {
     EXPECT_THAT(render, testing::HasSubstr("\n  -o, --output FILE.png   "));
 }
 
-// The words of a command line without quotes, without the program's name.
+// The words of a command line, where single quotes may stand around whole words, without the program's name.
 std::vector<std::string> arguments_of(const std::string& line) {
     std::istringstream stream(line);
-    std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
+    std::vector<std::string> words;
+    for (std::string word; stream >> std::quoted(word, '\'');) {
+        words.push_back(word);
+    }
     words.erase(words.begin());
     return words;
 }

@@ -156,6 +156,8 @@ TEST_F(Compare, fuzz_limits_are_exact) {
     EXPECT_EQ(run_vorna({"compare", a, b, "--fuzz", "6,1"}).status, 1);
     EXPECT_EQ(run_vorna({"compare", a, b, "--fuzz", "7,0"}).status, 1);
     EXPECT_EQ(run_vorna({"compare", a, a, "--fuzz", "0,0"}).status, 0);
+    EXPECT_EQ(run_vorna({"compare", a, b, "--tolerance", "7"}).status, 0);
+    EXPECT_EQ(run_vorna({"compare", a, b, "--tolerance", "6"}).status, 1);
     for (const std::string fuzz : {"7", "7,", "-1,3", "1,2,3", "a,b"}) {
         EXPECT_THAT(error_of({"compare", a, b, "--fuzz", fuzz}), HasSubstr("--fuzz: expected MAXDIFF,COUNT"));
     }
@@ -175,6 +177,8 @@ TEST_F(Compare, sizes_kinds_and_palettes_count_and_wrong_input_is_said) {
     other = one;
     other.palette[767] = 'y'; // of an index that no pixel has
     EXPECT_EQ(told(run_vorna({"compare", a, image("e.png", other)})), "different palettes\n");
+    EXPECT_EQ(run_vorna({"compare", a, folder.file("e.png"), "--by", "colors"}).status, 0);
+    EXPECT_THAT(told(run_vorna({"compare", a, b, "--by", "colors"})), HasSubstr("by at most 1,"));
     const vorna::drawing::Image_Form grey{.sample_bits = 16, .colors = vorna::drawing::Image_Form::Colors::grey};
     EXPECT_EQ(told(run_vorna({"compare", image("f.png", grey), rgba})),
               "different kinds of pixels: 5 x 4 pixels, grey of 16 bits, and 5 x 4 pixels, RGBA of 8 bits\n");
@@ -188,7 +192,8 @@ TEST_F(Compare, sizes_kinds_and_palettes_count_and_wrong_input_is_said) {
     const std::string whole = read_file(a);
     EXPECT_THAT(error_of({"compare", a, "-"}, whole.substr(0, whole.size() / 2)),
                 HasSubstr("standard input: expected a PNG file: "));
-    EXPECT_THAT(error_of({"compare", a, picture}), HasSubstr("steps.json: expected a PNG file, found another kind of file"));
+    EXPECT_THAT(error_of({"compare", a, picture}),
+                HasSubstr("steps.json: expected two images or two recordings, found a recording beside an image"));
     EXPECT_THAT(error_of({"compare", a, folder.file("missing.png")}), HasSubstr("missing.png: cannot be read: "));
     EXPECT_THAT(error_of({"compare", a, b, "--diff", folder.file("no") + "/d.png"}), HasSubstr("cannot be written"));
 }
