@@ -1,4 +1,4 @@
-// Measures the renderer beside its peers at 1920 x 1080 on one thread.
+// Measures the renderer beside its peers at 1920 x 1080, on one thread, or on as many as BENCH_PEER_THREADS says.
 //
 // Before a workload is timed, what it paints must agree with what each peer paints, save for what the ways of drawing differ in:
 // with the open member inside the clip when it is masked, with the 32-bit member when it is 8-bit.

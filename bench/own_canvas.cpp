@@ -1,10 +1,13 @@
 // The renderer's side.
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <numbers>
 #include <stdexcept>
 
 #include "bench/canvas.h"
+#include "bench/timing.h"
+#include "vorna/canvas.h"
 #include "vorna/draw.h"
 
 namespace bench {
@@ -24,6 +27,12 @@ VT_Reference<const VT_Basic_Material> noise_material() {
     return material;
 }
 
+// As many as the peers have, else one.
+unsigned thread_count() {
+    const char* const count = std::getenv(peer_threads);
+    return count ? static_cast<unsigned>(std::max(std::atoi(count), 1)) : 1;
+}
+
 VT_Reference<const VT_Line_Type_Set> dashes() {
     const VT_Reference<VT_Line_Type> type(new VT_Line_Type);
     type->lengths = {dash_length, gap_length};
@@ -36,8 +45,8 @@ VT_Reference<const VT_Line_Type_Set> dashes() {
 class Own_Canvas final : public Canvas {
 public:
     Own_Canvas(const vorna::Module& module, const Surface& surface, const Subject& subject)
-        : surface_(surface), subject_(subject), owner_(module.create_renderer(*prototype_)), renderer_(*owner_) {
-        VT_Renderer_Options& options = renderer_.current_options;
+        : surface_(surface), subject_(subject), canvas_(module, thread_count()), renderer_(canvas_.renderer()) {
+        VT_Renderer_Options& options = canvas_.options();
         options.set_window_size(surface.size);
         options.set_color_system(surface.palette ? 0 : 1);
         options.set_buffer_depth(surface.depth ? 16 : 0);
@@ -46,7 +55,7 @@ public:
         if (surface.depth_blocks) {
             renderer_.requested_table.add(VT_Option("Depth Blocks", 0, true));
         }
-        renderer_.establish_all();
+        canvas_.establish();
         const VT_Int_Rectangle whole_window{0, surface.size.x - 1, 0, surface.size.y - 1};
         rendition_.clip.hard_clip = whole_window;
         rendition_.clip.depth_test = surface.depth;
@@ -86,9 +95,10 @@ public:
         std::visit([this](const auto& subject) { draw_all(subject); }, subject_);
         renderer_.end_picture_all();
     }
-    void finish() override {}
+    void finish() override { canvas_.flush(); }
 
     std::vector<bool> painted_pixels() override {
+        canvas_.flush();
         const VT_Option* option = renderer_.current_table.find("Color Buffer");
         const auto* buffer = option ? option->as_object<Frame_Buffer>() : nullptr;
         if (!buffer) {
@@ -221,9 +231,8 @@ private:
     const Subject& subject_;
     std::vector<VT_Point> float_points_;
     std::vector<VT_Point_D> double_points_;
-    VT_Reference<VT_Renderer_Data> prototype_{new VT_Renderer_Data};
     VT_Reference<VT_Rendition> rendition_holder_{new VT_Rendition};
-    vorna::Module::Renderer owner_;
+    vorna::Canvas canvas_;
     VT_Renderer_Data& renderer_;
     VT_Rendition& rendition_ = *rendition_holder_;
 };

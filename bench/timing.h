@@ -14,16 +14,20 @@ struct Side {
     std::function<void()> frame; // everything that is timed
 };
 
-// Processor time of one frame in seconds: what other programs on the machine take does not count.
+// Of one frame in seconds.
 struct Time {
     double median = 0, least = 0;
 };
 
-// The variable with the number of threads of the peers that have some. With it, times are those on the clock.
+// With processor time, what other programs on the machine take does not count.
+enum class Clock { processor, wall };
+
+// The variable with the number of threads of the renderer's canvas and of the peers that have some. With it, times are those on
+// the clock.
 inline constexpr const char* peer_threads = "BENCH_PEER_THREADS";
 
 // Times all sides in as many rounds, in random order within each, so that they meet the same ups and downs of the machine. A
 // side draws so many frames a round that they take about 20 ms. Each side draws once before.
-std::vector<Time> measure(const std::vector<Side>& sides, std::int32_t rounds);
+std::vector<Time> measure(const std::vector<Side>& sides, std::int32_t rounds, Clock clock = Clock::processor);
 
 } // namespace bench

@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <cstdlib>
 #include <tuple>
+#include <type_traits>
 
 #include "host/attributes.h"
 #include "host/rendition.h"
+#include "host/window.h"
 #include "vorna/call_list.h"
 #include "vorna/draw.h"
 
@@ -22,40 +24,52 @@ public:
     // functions' floats do not hold to the last bit.
     template <class Point> void add(const Point* points, std::int32_t count) noexcept {
         using Number = decltype(Point::y);
-        constexpr auto farthest = static_cast<Number>(1 << 24);
         if (count < 1) {
             return;
         }
         Number least = points[0].y, most = points[0].y;
-        bool fits = true;
-        for (std::int32_t i = 0; i < count; ++i) {
-            const Number x = points[i].x, y = points[i].y;
-            least = y < least ? y : least;
-            most = y > most ? y : most;
-            fits &= x > -farthest && x < farthest && y > -farthest && y < farthest;
-        }
-        if (fits) {
-            first_ = std::min(first_, static_cast<std::int64_t>(least));
-            last_ = std::max(last_, static_cast<std::int64_t>(most));
+        if constexpr (std::is_integral_v<Number>) {
+            // Of numbers in [-farthest, farthest), and of no others.
+            constexpr std::uint32_t bits_of_near = 2 * farthest - 1;
+            std::uint32_t bits = 0;
+            for (std::int32_t i = 0; i < count; ++i) {
+                const Number x = points[i].x, y = points[i].y;
+                least = y < least ? y : least;
+                most = y > most ? y : most;
+                bits |= (static_cast<std::uint32_t>(x) + farthest) | (static_cast<std::uint32_t>(y) + farthest);
+            }
+            is_known_ &= (bits & ~bits_of_near) == 0;
         } else {
-            is_known_ = false;
+            constexpr auto limit = static_cast<Number>(farthest);
+            bool fits = true;
+            for (std::int32_t i = 0; i < count; ++i) {
+                const Number x = points[i].x, y = points[i].y;
+                least = y < least ? y : least;
+                most = y > most ? y : most;
+                fits &= x > -limit && x < limit && y > -limit && y < limit;
+            }
+            is_known_ &= fits;
+        }
+        if (is_known_) {
+            first_ = std::min(first_, static_cast<std::int32_t>(least));
+            last_ = std::max(last_, static_cast<std::int32_t>(most));
         }
     }
     // As rows of a window with that origin, and as many more on both sides.
     Row_Range rows(std::int32_t origin, std::int64_t margin) const noexcept {
+        static_assert(farthest + farthest_margin + farthest_window_side <= INT32_MAX);
         if (!is_known_ || margin > farthest_margin) {
             return every_row;
         }
-        const auto row = [](std::int64_t of) {
-            return static_cast<std::int32_t>(std::clamp<std::int64_t>(of, INT16_MIN, INT16_MAX));
-        };
-        return first_ > last_ ? Row_Range{1, 0} : Row_Range{row(first_ - origin - margin), row(last_ - origin + margin)};
+        const auto beyond = static_cast<std::int32_t>(margin);
+        return first_ > last_ ? Row_Range{1, 0} : Row_Range{first_ - origin - beyond, last_ - origin + beyond};
     }
 
 private:
-    static constexpr std::int64_t farthest_margin = 1 << 20;
+    static constexpr std::int32_t farthest = 1 << 24;
+    static constexpr std::int32_t farthest_margin = 1 << 20;
 
-    std::int64_t first_ = INT32_MAX, last_ = INT32_MIN;
+    std::int32_t first_ = INT32_MAX, last_ = INT32_MIN;
     bool is_known_ = true;
 };
 

@@ -138,7 +138,7 @@ const VT_Action_Table& Canvas::actions_of_kept_calls() const noexcept {
 }
 
 void Canvas::draw_kept_calls() const {
-    threads_->flush();
+    threads_->flush_and_choose();
 }
 
 void Canvas::establish() {

@@ -164,11 +164,11 @@ public:
         present(window());
     }
 
-    // With several threads, drawing functions keep copies of what they are given, and the threads draw all of it, each in rows of
-    // the window of its own, when the picture ends, is presented, is read or is flushed, and from time to time in between. The
-    // pixels are those of one thread. Objects that the rendition refers to are not copied: change none in place before then. Who
-    // looks at the buffers without a function of the canvas calls flush() first. Drawing functions may throw what earlier ones
-    // would have thrown, and so may flush(). Only modules that let several renderers draw one buffer draw with several threads.
+    // With several threads, drawing functions keep copies of what they are given. The threads draw it meanwhile, each in rows of
+    // the window of its own; all of it is drawn when the picture ends, is presented, is read or is flushed. The pixels are those
+    // of one thread. Objects that the rendition refers to are not copied: change none in place before then. Who looks at the
+    // buffers without a function of the canvas calls flush() first. Drawing functions may throw what earlier ones would have
+    // thrown, and so may flush(). Only modules that let several renderers draw one buffer draw with several threads.
     void flush() const {
         if (threads_) {
             draw_kept_calls();

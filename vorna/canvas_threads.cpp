@@ -1,10 +1,8 @@
-// Draws what is drawn on a canvas with several renderers, each in rows of its own.
+// The slots of a canvas that several threads draw, and their renderers.
 #include "vorna/canvas_threads.h"
 
 #include <algorithm>
-#include <atomic>
-#include <exception>
-#include <functional>
+#include <new>
 #include <thread>
 #include <type_traits>
 #include <utility>
@@ -21,13 +19,11 @@ namespace {
 constexpr const char* scissor_rows = "Scissor Rows";
 constexpr const char* zbuffer_write = "ZBuffer Write";
 constexpr const char* zbuffer_test = "ZBuffer Test";
+constexpr const char* forced_merging = "Force Merge Control On";
 constexpr const char* own_option = "Canvas Threads"; // leads from the renderer to the object
 
-// Longer strips are kept in runs of so many triangles, so that a band draws those of its rows only.
-constexpr std::int32_t triangles_of_run = 32;
-
-// Fewer points are drawn before another thread has begun.
-constexpr std::size_t least_points_of_threads = 256;
+// Of canvases that nobody has told of another one.
+constexpr std::int32_t usual_depth_test = 2;
 
 template <class Setter> Setter setter_of(VT_Option_Table& table, const char* name) {
     const VT_Option* const option = table.find(name);
@@ -45,60 +41,9 @@ struct Shared_Buffers {
     }
 };
 
-// The part of a strip from a triangle on, of arguments that begin with count and points.
-template <class Point> auto run_of(const std::tuple<std::int32_t, const Point*>& strip, std::int32_t first, std::int32_t length) {
-    return std::tuple(length, std::get<1>(strip) + first);
-}
-template <class Point>
-auto run_of(const std::tuple<std::int32_t, const Point*, const VT_RGB32*, bool>& strip, std::int32_t first, std::int32_t length) {
-    const auto& [count, points, colors, single] = strip;
-    return std::tuple(length, points + first, single || !colors ? colors : colors + first, single);
-}
-template <class Point>
-auto run_of(const std::tuple<std::int32_t, const Point*, const VT_RGB32*>& strip, std::int32_t first, std::int32_t length) {
-    const auto& [count, points, colors] = strip;
-    return std::tuple(length, points + first, colors ? colors + first : colors);
-}
-template <class Point>
-auto run_of(const std::tuple<std::int32_t, const Point*, const VT_RGB32*, const VT_Parameter*, std::int32_t, const float*,
-                             const VT_Vector*>& strip,
-            std::int32_t first, std::int32_t length) {
-    const auto& [count, points, colors, parameters, width, weights, normals] = strip;
-    return std::tuple(length, points + first, colors ? colors + first : colors,
-                      parameters ? parameters + std::ptrdiff_t{first} * width : parameters, width,
-                      weights ? weights + first : weights, normals ? normals + first : normals);
-}
-
-// In how many runs a call is kept.
-template <Primitive primitive, class... Kept>
-std::size_t run_count(const VT_Rendition& rendition, const std::tuple<Kept...>& arguments) {
-    if constexpr (primitive == Primitive::polytriangle) {
-        const std::int32_t count = std::get<0>(arguments);
-        if (count > 2 * triangles_of_run + 2 && drawn_by_renderer(rendition.face)) {
-            return static_cast<std::size_t>((count - 3) / triangles_of_run + 1);
-        }
-    }
-    return 1;
-}
-
 template <auto& Draw, class Kept> void draw_kept(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const void* kept) {
     std::apply([&](auto... arguments) { Draw(renderer, rendition, arguments...); }, *static_cast<const Kept*>(kept));
 }
-
-// A change of the depth rules between two calls.
-template <class Setter, class Value> struct Rule_Change {
-    Setter set;
-    Value value;
-
-    static void apply(VT_Renderer_Data& renderer, const VT_Rendition&, const void* kept) {
-        const auto& [set, value] = *static_cast<const Rule_Change*>(kept);
-        if constexpr (std::is_same_v<Value, bool>) {
-            set(renderer, value);
-        } else {
-            set(renderer, &value);
-        }
-    }
-};
 
 } // namespace
 
@@ -131,11 +76,22 @@ struct Canvas_Threads::Made_Slots {
 #include "host/action_list.inc"
 #undef VT_ACTION
     }
+
+    // Whether all slots are the same. An application may have put others into the table.
+    static bool are_same(const VT_Action_Table& a, const VT_Action_Table& b) {
+        bool are_same = true;
+#define VT_ACTION(slot, name, ...)                                                                                               \
+    are_same &= a.slot.owner == b.slot.owner && a.slot.function == b.slot.function && a.slot.enabled == b.slot.enabled;
+#include "host/action_list.inc"
+#undef VT_ACTION
+        return are_same;
+    }
 };
 
 Canvas_Threads::Canvas_Threads(Module::Maker maker, VT_Renderer_Data& front, unsigned threads)
     : maker_(maker), front_(front), thread_count_(threads > 0 ? threads : std::max(1U, std::thread::hardware_concurrency())),
-      slots_(new Slots(*this)), team_(thread_count_), unread_(new VT_Rendition) {
+      slots_(new Slots(*this)), list_(most_bands()), unread_(new VT_Rendition), numbers_of_rules_(most_bands()),
+      team_(thread_count_, [this](std::size_t thread) { return draw_fullest_band(thread); }) {
     front_.requested_table.add(VT_Option(scissor_rows, 0, VT_Pointer(nullptr)));
     front_.current_table.add(VT_Option(own_option, 0, VT_Pointer(VT_Reference<VT_Counted>(slots_))));
     install_setters();
@@ -149,7 +105,7 @@ void Canvas_Threads::install_setters() {
     if (own_set_write_) {
         const VT_Bool_Setter kept = [](VT_Renderer_Data& front, bool value) {
             Canvas_Threads& threads = Slots::threads_of(front);
-            threads.set_depth_rule(threads.own_set_write_, value, threads.rules_.write);
+            threads.set_depth_rule(value, threads.rules_.write);
             threads.own_set_write_(front, value);
         };
         front_.current_table.find(zbuffer_write)->set(VT_Pointer(kept));
@@ -157,39 +113,27 @@ void Canvas_Threads::install_setters() {
     if (own_set_test_) {
         const VT_Int_Setter kept = [](VT_Renderer_Data& front, const std::int32_t* value) {
             Canvas_Threads& threads = Slots::threads_of(front);
-            threads.set_depth_rule(threads.own_set_test_, *value, threads.rules_.test);
+            threads.set_depth_rule(*value, threads.rules_.test);
             return threads.own_set_test_(front, value);
         };
         front_.current_table.find(zbuffer_test)->set(VT_Pointer(kept));
     }
 }
 
-template <class Setter, class Value> void Canvas_Threads::set_depth_rule(Setter set, Value value, std::optional<Value>& now) {
+template <class Value> void Canvas_Threads::set_depth_rule(Value value, std::optional<Value>& now) {
     if (!now) {
-        flush(); // bands could not begin with the rule that was in force
+        flush(); // blocks could not begin with the rule that was in force
     }
-    if (!list_.is_empty() && now != value) {
-        using Change = Rule_Change<Setter, Value>;
-        if (!list_.has_room(sizeof(Change), 1)) {
-            flush();
-        }
-        list_.add(every_row, &Change::apply, *unread_, new (list_.take(sizeof(Change))) Change{set, value});
-    }
-    now = value;
-    if (list_.is_empty()) {
-        rules_at_start_ = rules_;
+    if (now != value) {
+        now = value;
+        ++rules_number_;
     }
 }
 
-void Canvas_Threads::apply(VT_Renderer_Data& worker, const Depth_Rules& rules, Row_Range rows) const {
-    if (rules.write && own_set_write_) {
-        own_set_write_(worker, *rules.write);
-    }
-    if (rules.test && own_set_test_) {
-        own_set_test_(worker, &*rules.test);
-    }
-    const std::int32_t first_and_last[2] = {rows.first, rows.last};
-    set_rows_(worker, first_and_last);
+Line_Surface Canvas_Threads::line_surface() const {
+    const VT_Option* const merges = front_.current_table.find(forced_merging);
+    return {window_, front_.current_options.alpha_blending() || (merges && merges->as_bool()),
+            rules_.write.value_or(true) && rules_.test.value_or(usual_depth_test) == usual_depth_test};
 }
 
 template <auto& Draw, class Kept, Primitive primitive, class... Arguments>
@@ -197,71 +141,99 @@ void Canvas_Threads::keep(const VT_Rendition& rendition, Arguments&... arguments
     if constexpr (!std::is_base_of_v<Never_Kept, Kept>) {
         // Observers are told of standard functions while a call is drawn.
         if (!front_.standard_observer.function && Kept::can_be_kept(window_, arguments...)) {
-            if (list_.is_empty()) {
-                list_.set_bands(window_.top - window_.bottom + 1, band_height());
+            if constexpr (primitive == Primitive::other) {
+                kept_points_ += least_points_of_threads; // areas
+            } else {
+                kept_points_ += list_size(std::get<0>(std::tie(arguments...)));
             }
-            List_Counter counter;
-            const auto given = Kept::arguments(counter, window_, arguments...);
-            const std::size_t calls = run_count<primitive>(rendition, given);
-            const std::size_t bytes = calls * Call_List::rounded(sizeof given);
-            const bool copies = counter.bytes() + bytes <= Call_List::most_bytes_of_call;
-            if (!list_.has_room(copies ? counter.bytes() + bytes : bytes, calls)) {
-                flush();
-            }
-            if (copies) {
-                List_Copier copier(list_);
-                add<Draw, primitive>(rendition, Kept::arguments(copier, window_, arguments...));
-                return;
-            }
-            // Large lists are drawn as they are, before the caller takes them back.
-            if (list_.has_room(bytes, calls)) {
-                add<Draw, primitive>(rendition, given);
-                flush();
-                return;
-            }
+            ++kept_calls_;
+            List_Passer passer;
+            for_each_run<primitive>(
+                rendition, Kept::arguments(passer, window_, arguments...), [this] { return line_surface(); },
+                [&](const auto& run) { keep_run<Draw, Kept, primitive>(rendition, run); });
+            return;
         }
     }
     draw_alone([&](VT_Renderer_Data& worker) { Draw(worker, rendition, arguments...); });
 }
 
-template <auto& Draw, Primitive primitive, class... Kept>
-void Canvas_Threads::add(const VT_Rendition& rendition, const std::tuple<Kept...>& arguments) {
-    const VT_Rendition& kept = list_.kept(rendition);
-    if constexpr (primitive == Primitive::polytriangle) {
-        if (run_count<primitive>(rendition, arguments) > 1) {
-            const std::int32_t count = std::get<0>(arguments);
-            for (std::int32_t first = 0; first < count - 2; first += triangles_of_run) {
-                const auto run = run_of(arguments, first, std::min(triangles_of_run + 2, count - first));
-                add_call<Draw>(rows_of<primitive>(rendition, window_.bottom, run), kept, run);
-            }
-            kept_points_ += list_size(count);
-            return;
-        }
-    }
-    add_call<Draw>(rows_of<primitive>(rendition, window_.bottom, arguments), kept, arguments);
-    if constexpr (primitive == Primitive::other) {
-        kept_points_ += least_points_of_threads; // areas
-    } else {
-        kept_points_ += list_size(std::get<0>(arguments));
-    }
-}
-
-template <auto& Draw, class... Kept>
-void Canvas_Threads::add_call(Row_Range rows, const VT_Rendition& kept, const std::tuple<Kept...>& arguments) {
-    using Arguments = std::tuple<Kept...>;
-    static_assert(std::is_trivially_destructible_v<Arguments>);
+// Short lists are copied for each band, so that the calls of a band lie one after the other in memory, and longer ones once.
+template <auto& Draw, class Kept, Primitive primitive, class Run>
+void Canvas_Threads::keep_run(const VT_Rendition& rendition, const Run& run) {
+    const Row_Range rows = rows_of<primitive>(rendition, window_.bottom, run);
     if (rows.first > rows.last || rows.last < 0 || rows.first > window_.top - window_.bottom) {
         return;
     }
-    void* const place = new (list_.take(sizeof(Arguments))) Arguments(arguments);
-    list_.add(rows, &draw_kept<Draw, Arguments>, kept, place);
+    const auto with = [&](auto& lists) {
+        return std::apply([&](const auto&... arguments) { return Kept::arguments(lists, window_, arguments...); }, run);
+    };
+    List_Counter counter;
+    with(counter);
+    if (counter.bytes() <= Call_List::most_bytes_of_band) {
+        const VT_Rendition& kept = begun_rendition(rendition);
+        for_each_band(rows, [&](std::size_t band) {
+            std::byte* const place = take<Draw, Run>(band, kept, counter.bytes());
+            List_Copier copier(place + Call_List::rounded(sizeof(Run)));
+            new (place) Run(with(copier));
+        });
+        return;
+    }
+    const auto keep_lists = [&](const Run& kept_run, const VT_Rendition& kept) {
+        for_each_band(rows, [&](std::size_t band) { new (take<Draw, Run>(band, kept, 0)) Run(kept_run); });
+    };
+    if (counter.bytes() <= Call_List::most_bytes_of_call) {
+        if (!list_.has_shared_room(counter.bytes())) {
+            flush();
+        }
+        const VT_Rendition& kept = begun_rendition(rendition);
+        List_Copier copier(list_.take_shared(counter.bytes()));
+        keep_lists(with(copier), kept);
+    } else {
+        // Drawn as they are, before the caller takes them back.
+        keep_lists(run, begun_rendition(rendition));
+        kept_points_ += least_points_of_threads;
+        flush();
+    }
+}
+
+// The copy of the rendition, in a list that has begun.
+const VT_Rendition& Canvas_Threads::begun_rendition(const VT_Rendition& rendition) {
+    if (!list_.renditions().has_room()) {
+        flush();
+    }
+    if (list_.is_empty()) {
+        list_.begin(window_.top - window_.bottom + 1, band_height());
+        std::fill(numbers_of_rules_.begin(), numbers_of_rules_.end(), 0);
+    }
+    return list_.renditions().kept(rendition);
+}
+
+template <class Visit> void Canvas_Threads::for_each_band(Row_Range rows, Visit visit) {
+    for (std::size_t band = list_.band_of(rows.first), last = list_.band_of(rows.last); band <= last; ++band) {
+        visit(band);
+    }
+}
+
+// Memory for the arguments of a call and so many bytes after them.
+template <auto& Draw, class Run>
+std::byte* Canvas_Threads::take(std::size_t band, const VT_Rendition& kept, std::size_t list_bytes) {
+    static_assert(std::is_trivially_destructible_v<Run> && alignof(Run) <= Call_List::alignment);
+    const std::size_t bytes = sizeof(Kept_Call) + Call_List::rounded(sizeof(Run)) + list_bytes;
+    Call_Queue& queue = list_.queue(band);
+    if (!queue.has_room(bytes) || numbers_of_rules_[band] != rules_number_) {
+        make_room(band, bytes);
+    }
+    std::byte* const place = queue.take(bytes);
+    new (place) Kept_Call{&draw_kept<Draw, Run>, &kept, bytes};
+    return place + sizeof(Kept_Call);
 }
 
 // Before anything that follows, by a renderer that draws in all rows.
 template <class Call> void Canvas_Threads::draw_alone(Call call) {
     flush();
     VT_Renderer_Data& worker = *workers_.front();
-    apply(worker, rules_, every_row);
+    apply(worker, rules_);
+    set_rows(worker, every_row);
     worker.standard_observer = front_.standard_observer;
     struct Unobserved {
         VT_Renderer_Data& worker;
@@ -270,54 +242,17 @@ template <class Call> void Canvas_Threads::draw_alone(Call call) {
     call(worker);
 }
 
-// Several for each thread, since some have more to draw than others.
-std::int32_t Canvas_Threads::band_height() const noexcept {
-    constexpr std::size_t bands_of_thread = 4;
-    // Renderers may keep values of blocks of up to so many rows, which no two of them should share.
-    constexpr std::size_t block_height = 16;
-    const auto height = static_cast<std::size_t>(window_.top - window_.bottom + 1);
-    const std::size_t rows = (height - 1) / (bands_of_thread * thread_count_) + 1;
-    return static_cast<std::int32_t>((rows + block_height - 1) / block_height * block_height);
-}
-
-void Canvas_Threads::flush() {
-    if (list_.is_empty()) {
+void Canvas_Threads::use_threads(bool uses_threads) {
+    VT_Action_Table keeping = own_actions_;
+    Made_Slots::install(keeping, *slots_);
+    if (!Made_Slots::are_same(front_.actions, uses_threads_ ? keeping : own_actions_)) {
         return;
     }
-    struct Emptied {
-        Canvas_Threads& threads;
-        ~Emptied() {
-            threads.list_.clear();
-            threads.kept_points_ = 0;
-            threads.rules_at_start_ = threads.rules_;
-        }
-    } const emptied{*this};
-    const std::size_t bands = list_.band_count();
-    std::atomic<std::size_t> next{0};
-    std::atomic<bool> has_failed{false};
-    std::exception_ptr failure;
-    const auto draw_bands = [&](std::size_t thread) {
-        try {
-            VT_Renderer_Data& worker = *workers_[thread];
-            for (std::size_t band = next.fetch_add(1); band < bands; band = next.fetch_add(1)) {
-                apply(worker, rules_at_start_, list_.band(band));
-                list_.draw(worker, band);
-            }
-        } catch (...) {
-            next = bands;
-            if (!has_failed.exchange(true)) {
-                failure = std::current_exception();
-            }
-        }
-    };
-    if (kept_points_ < least_points_of_threads) {
-        draw_bands(0);
-    } else {
-        team_.run(std::ref(draw_bands));
+    if (!uses_threads) {
+        set_rows(front_, every_row); // what the threads have drawn may have changed
     }
-    if (failure) {
-        std::rethrow_exception(failure);
-    }
+    front_.actions = uses_threads ? keeping : own_actions_;
+    uses_threads_ = uses_threads;
 }
 
 // Workers go through every establish of the canvas's renderer: what is in force may depend on what was in force before, such as
@@ -373,6 +308,7 @@ Canvas_Threads::Own_Slots::~Own_Slots() {
         threads.window_ = window_rectangle(threads.front_.current_options);
         threads.set_rows_ = setter_of<VT_Int_Setter>(threads.front_.current_table, scissor_rows);
         Made_Slots::install(threads.front_.actions, *threads.slots_);
+        threads.choose_anew();
     }
 }
 

@@ -1,13 +1,15 @@
 // Draws what is drawn on a canvas with several renderers, each in rows of its own.
 //
-// The slots of the canvas's renderer keep calls in a list. When it is flushed, threads take bands of rows from the window's
-// lowest to its highest, and a renderer of each thread draws the calls of a band in order. The renderers share the buffers of the
-// canvas's own, which draws nothing, and keep to their bands by the option "Scissor Rows". With a module that lacks the option
-// the canvas's renderer draws by itself.
+// The slots of the canvas's renderer keep calls in a list, by the bands of rows that they touch. Threads take bands that have
+// calls, while more are kept, and a renderer of each thread draws the calls of a band in order. The renderers share the buffers
+// of the canvas's own, which draws nothing, and keep to their bands by the option "Scissor Rows". With a module that lacks the
+// option the canvas's renderer draws by itself.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <tuple>
 #include <vector>
@@ -15,8 +17,10 @@
 #include "host/frame_buffer.h"
 #include "host/renderer_data.h"
 #include "vorna/call_list.h"
+#include "vorna/call_runs.h"
 #include "vorna/draw.h"
 #include "vorna/module.h"
+#include "vorna/thread_profit.h"
 #include "vorna/thread_team.h"
 
 namespace vorna {
@@ -33,6 +37,8 @@ public:
 
     // Draws all kept calls. Throws what one of them throws; the others may be drawn or not then, and none is kept.
     void flush();
+    // The same at the end of a picture or where its pixels are needed; then the threads are used further or not.
+    void flush_and_choose();
 
     // Gives the renderer its own slots for as long as it is established.
     class Own_Slots {
@@ -59,22 +65,37 @@ private:
 
     template <auto& Draw, class Kept, Primitive primitive, class... Arguments>
     void keep(const VT_Rendition& rendition, Arguments&... arguments);
-    template <auto& Draw, Primitive primitive, class... Kept>
-    void add(const VT_Rendition& rendition, const std::tuple<Kept...>& arguments);
-    template <auto& Draw, class... Kept>
-    void add_call(Row_Range rows, const VT_Rendition& kept, const std::tuple<Kept...>& arguments);
+    template <auto& Draw, class Kept, Primitive primitive, class Run>
+    void keep_run(const VT_Rendition& rendition, const Run& run);
+    const VT_Rendition& begun_rendition(const VT_Rendition& rendition);
+    template <class Visit> void for_each_band(Row_Range rows, Visit visit);
+    template <auto& Draw, class Run> std::byte* take(std::size_t band, const VT_Rendition& kept, std::size_t list_bytes);
+    void make_room(std::size_t band, std::size_t bytes);
     template <class Call> void draw_alone(Call call);
-    template <class Setter, class Value> void set_depth_rule(Setter set, Value value, std::optional<Value>& now);
+    template <class Value> void set_depth_rule(Value value, std::optional<Value>& now);
 
     // The depth rules that applications set; those of a new renderer are not known.
     struct Depth_Rules {
         std::optional<bool> write;
         std::optional<std::int32_t> test;
     };
+    struct Rule_Change;
 
     void install_setters();
-    void apply(VT_Renderer_Data& worker, const Depth_Rules& rules, Row_Range rows) const;
+    void apply(VT_Renderer_Data& worker, const Depth_Rules& rules) const;
+    void set_rows(VT_Renderer_Data& worker, Row_Range rows) const;
     std::int32_t band_height() const noexcept;
+    std::size_t most_bands() const noexcept { return bands_of_thread * thread_count_; }
+    Line_Surface line_surface() const;
+    void choose_anew();
+    void use_threads(bool uses_threads);
+    bool draw_fullest_band(std::size_t thread);
+    bool draw_band(std::size_t thread, std::size_t band);
+
+    // Several, since some bands have more to draw than others.
+    static constexpr std::size_t bands_of_thread = 4;
+    // Fewer points are drawn before another thread has begun.
+    static constexpr std::size_t least_points_of_threads = 256;
 
     const Module::Maker maker_;
     VT_Renderer_Data& front_;
@@ -87,12 +108,20 @@ private:
     VT_Int_Rectangle window_; // of the renderers
     Workers workers_;         // none = the canvas's renderer draws
     bool draws_alone_ = false;
-    Thread_Team team_;
     Call_List list_;
     const VT_Reference<const VT_Rendition> unread_; // of calls that read none
     std::size_t kept_points_ = 0;                   // in the list, a measure of its work
-    Depth_Rules rules_at_start_;                    // before the first call of the list
     Depth_Rules rules_;
+    std::uint32_t rules_number_ = 1;              // of these rules
+    std::vector<std::uint32_t> numbers_of_rules_; // by band, that its last calls follow; 0 = none
+    std::size_t kept_calls_ = 0;                  // since the last choice
+    double waited_ = 0;                           // for the threads since then, seconds
+    double chosen_at_ = 0;                        // processor time of the thread that draws on the canvas
+    bool uses_threads_ = false;                   // the canvas's slots keep calls
+    Thread_Profit profit_;
+    std::atomic<bool> has_failed_{false};
+    std::exception_ptr failure_; // of the first call that failed
+    Thread_Team team_;           // the last member: its threads end before what they use
 };
 
 } // namespace vorna

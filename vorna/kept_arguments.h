@@ -16,7 +16,11 @@
 
 namespace vorna {
 
-// Passes lists on and counts the memory that copies of them take.
+// What Kept_Arguments does with each list of a call: it refers to the caller's list, counts the memory of a copy, or makes one.
+struct List_Passer {
+    template <class Element> const Element* operator()(const Element* list, std::size_t) const noexcept { return list; }
+};
+
 class List_Counter {
 public:
     template <class Element> const Element* operator()(const Element* list, std::size_t count) {
@@ -31,18 +35,33 @@ private:
 
 class List_Copier {
 public:
-    explicit List_Copier(Call_List& list) : list_(list) {}
+    // memory: as much as a counter counts.
+    explicit List_Copier(std::byte* memory) : next_(memory) {}
     template <class Element> const Element* operator()(const Element* list, std::size_t count) {
         if (!list || count == 0) {
             return list;
         }
-        void* const copy = list_.take(count * sizeof(Element));
-        std::memcpy(copy, list, count * sizeof(Element));
-        return static_cast<const Element*>(copy);
+        std::byte* const copy = next_;
+        next_ += Call_List::rounded(count * sizeof(Element));
+        // Most lists are those of single colours, lines and triangles; copies of known sizes need no call.
+        switch (count) {
+        case 1:
+            std::memcpy(copy, list, sizeof(Element));
+            break;
+        case 2:
+            std::memcpy(copy, list, 2 * sizeof(Element));
+            break;
+        case 3:
+            std::memcpy(copy, list, 3 * sizeof(Element));
+            break;
+        default:
+            std::memcpy(copy, list, count * sizeof(Element));
+        }
+        return reinterpret_cast<const Element*>(copy);
     }
 
 private:
-    Call_List& list_;
+    std::byte* next_;
 };
 
 constexpr std::size_t list_size(std::int32_t count) noexcept {

@@ -1,14 +1,15 @@
-// Threads that wait for work between two uses.
+// Threads that wait for work.
 #include "vorna/thread_team.h"
 
-#include <system_error>
+#include <exception>
 
 namespace vorna {
 
 Thread_Team::~Thread_Team() {
+    ends_ = true;
     {
         const std::lock_guard lock(mutex_);
-        ends_ = true;
+        ++calls_to_wake_;
     }
     begun_.notify_all();
     for (std::thread& thread : threads_) {
@@ -17,47 +18,61 @@ Thread_Team::~Thread_Team() {
 }
 
 void Thread_Team::start() {
+    is_started_ = true;
     try {
         threads_.reserve(size_);
         while (threads_.size() + 1 < size_) {
             threads_.emplace_back(&Thread_Team::serve, this, threads_.size() + 1);
         }
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
         // The others share the work.
     }
 }
 
-void Thread_Team::run(const std::function<void(std::size_t)>& work) {
-    if (threads_.empty() && size_ > 1) {
+void Thread_Team::wake() {
+    if (!is_started_) {
         start();
+    } else if (sleeping_ > 0) {
+        {
+            const std::lock_guard lock(mutex_);
+            ++calls_to_wake_;
+        }
+        begun_.notify_all();
     }
-    {
-        const std::lock_guard lock(mutex_);
-        work_ = &work;
-        working_ = threads_.size();
-        ++round_;
-    }
-    begun_.notify_all();
-    work(0);
-    std::unique_lock lock(mutex_);
-    ended_.wait(lock, [this] { return working_ == 0; });
 }
 
 void Thread_Team::serve(std::size_t member) {
-    std::unique_lock lock(mutex_);
-    for (std::size_t served = 0;;) {
-        begun_.wait(lock, [&] { return ends_ || round_ != served; });
-        if (ends_) {
-            return;
+    const auto works = [&] {
+        bool has_worked = false;
+        while (!ends_ && work_(member)) {
+            has_worked = true;
         }
-        served = round_;
-        const auto& work = *work_;
-        lock.unlock();
-        work(member);
-        lock.lock();
-        if (--working_ == 0) {
+        if (has_worked && waits_) {
+            const std::lock_guard lock(mutex_);
             ended_.notify_one();
         }
+        return has_worked;
+    };
+    while (!ends_) {
+        for (int looks = 0; looks < looks_before_sleep && !ends_;) {
+            if (works()) {
+                looks = 0;
+            } else {
+                ++looks;
+                std::this_thread::yield();
+            }
+        }
+        std::unique_lock lock(mutex_);
+        const std::size_t seen = calls_to_wake_;
+        ++sleeping_;
+        lock.unlock();
+        // What was there before a waker could see this thread asleep.
+        if (!works()) {
+            lock.lock();
+            begun_.wait(lock, [&] { return ends_ || calls_to_wake_ != seen; });
+            lock.unlock();
+        }
+        --sleeping_;
     }
 }
 

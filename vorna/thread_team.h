@@ -1,6 +1,7 @@
-// Threads that wait for work between two uses.
+// Threads that wait for work.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <functional>
@@ -10,30 +11,51 @@
 
 namespace vorna {
 
-// One thread at a time uses a team.
+// The members 1 and up of a team are threads, member 0 is the one that uses it.
 class Thread_Team {
 public:
-    // Starts its threads when they are first needed.
-    explicit Thread_Team(std::size_t size) : size_(size) {}
+    // work(member): does a piece of what there is to do and returns true, or returns false; throws nothing. The threads call it
+    // until there is nothing to do, then sleep until they are woken.
+    Thread_Team(std::size_t size, std::function<bool(std::size_t member)> work) : size_(size), work_(std::move(work)) {}
     Thread_Team(const Thread_Team&) = delete;
     Thread_Team& operator=(const Thread_Team&) = delete;
     ~Thread_Team();
 
-    // Calls work(i) once for every i below the size, work(0) in this thread, and returns when all have returned. Where the system
-    // gives fewer threads, the last numbers are left out: work must be shared as it comes. work throws nothing.
-    void run(const std::function<void(std::size_t)>& work);
+    // To be called when there is something to do. The first call starts the threads; where the system gives fewer, the others do
+    // their work.
+    void wake();
+    // Works too, until there is nothing to do, then returns when is_done() is true, which a thread's work must make so.
+    template <class Condition> void work_until(const Condition& is_done) {
+        while (work_(0)) {
+        }
+        for (int i = 0; i < looks_before_sleep; ++i) {
+            if (is_done()) {
+                return;
+            }
+            std::this_thread::yield();
+        }
+        std::unique_lock lock(mutex_);
+        waits_ = true;
+        ended_.wait(lock, is_done);
+        waits_ = false;
+    }
 
 private:
+    // A thread that finds nothing to do looks again for about as long as waking takes.
+    static constexpr int looks_before_sleep = 64;
+
     void start();
     void serve(std::size_t member);
 
     const std::size_t size_;
+    const std::function<bool(std::size_t)> work_;
     std::mutex mutex_;
     std::condition_variable begun_, ended_;
-    const std::function<void(std::size_t)>* work_ = nullptr;
-    std::size_t round_ = 0;   // of the work
-    std::size_t working_ = 0; // threads that have not ended the round
-    bool ends_ = false;
+    std::size_t calls_to_wake_ = 0; // under the mutex
+    std::atomic<std::size_t> sleeping_{0};
+    std::atomic<bool> waits_{false}; // the user, for the end of work
+    bool is_started_ = false;
+    std::atomic<bool> ends_{false};
     std::vector<std::thread> threads_;
 };
 
