@@ -67,6 +67,8 @@ const vorna_reading& default_reading() noexcept {
     return reading;
 }
 
+VORNA_SETTINGS_END(vorna_reading, crease);
+
 drawing::Reading reading_of(const vorna_reading* given) {
     const vorna_reading reading = settings_or(given, default_reading());
     require(!std::isnan(reading.crease), "crease: expected a number");

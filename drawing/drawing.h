@@ -63,6 +63,9 @@ private:
     std::unique_ptr<Content> content_;
 };
 
+// Lays an image of colours over all triangles of a mesh that has texture coordinates.
+VORNA_DRAWING_API void add_texture(model::Mesh& mesh, const Image_Samples& texture);
+
 // What of a model is drawn, how, and from where.
 struct Model_View : model::Model_Style {
     model::Camera_Settings camera; // its aspect is the image's; an aim is in the model's coordinates

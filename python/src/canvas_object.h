@@ -296,10 +296,7 @@ private:
                                      {{reinterpret_cast<const std::uint16_t*>(samples.bytes.get()), count}, size});
         } else if (samples.kind == Kind::colors) {
             colors_.resize(count);
-            for (std::size_t i = 0; i < count; ++i) {
-                const std::uint8_t* from = samples.bytes.get() + 4 * i;
-                colors_[i] = {from[2], from[1], from[0], from[3]};
-            }
+            drawing::exchange_red_and_blue(samples.bytes.get(), count, reinterpret_cast<std::uint8_t*>(colors_.data()));
             VD_Draw_DCI_RGB32_Image(target, top_left, {colors_, size});
         } else {
             throw std::invalid_argument("pixels: expected colours, indices or depths, found int32");

@@ -166,23 +166,7 @@ Mesh mesh_of(const Options& options) {
         if (mesh.coordinates.empty()) {
             throw drawing::Usage_Error("texture: expected uv with it");
         }
-        const drawing::Image_Samples samples = texture_samples_of(py::array(texture));
-        Image_Source image;
-        image.name = "texture";
-        image.embedded = true;
-        image.width = samples.width;
-        image.height = samples.height;
-        image.bytes.resize(samples.size());
-        for (std::size_t i = 0; i < samples.size(); i += 4) {
-            const std::uint8_t* from = samples.bytes.get() + i;
-            const std::uint8_t pixel[] = {from[2], from[1], from[0], from[3]};
-            std::memcpy(&image.bytes[i], pixel, sizeof pixel);
-        }
-        mesh.images.push_back(std::move(image));
-        Material material;
-        material.image = 0;
-        mesh.materials.push_back(material);
-        mesh.triangle_materials.assign(mesh.triangle_count(), 0);
+        drawing::add_texture(mesh, texture_samples_of(py::array(texture)));
     }
     return mesh;
 }
