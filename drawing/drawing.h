@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "drawing/export.h"
+#include "drawing/files/interrupted.h"
 #include "drawing/files/usage_error.h"
 #include "drawing/image/image.h"
 #include "drawing/image_samples.h"
@@ -135,7 +136,7 @@ struct Model_Image {
     // From 0 at the distance `near` from the eye along the line of sight to 65535 at `far`, and where no face is. Linear without
     // perspective; with it 65535 * (1 - near / distance) / (1 - near / far). Distances are in the model's unit.
     Image_Samples depths;
-    Image_Samples faces; // by the order of the mesh's or all meshes' triangles, of files as they are drawn; at most 2^24 - 2
+    Image_Samples faces; // by the order of the mesh's or all meshes' triangles, of files as they are drawn
     double near = 0, far = 0;
 };
 

@@ -2,6 +2,7 @@
 #include <stdexcept>
 
 #include "drawing/files/input_file.h"
+#include "drawing/files/interruption.h"
 #include "drawing/files/load_limits.h"
 #include "drawing/files/usage_error.h"
 #include "drawing/image/image_file.h"
@@ -55,6 +56,7 @@ Replay_Image image_of(const std::string& name, const recording::Recording& recor
         recording::Replay_Settings calls;
         calls.first = settings.first;
         calls.last = settings.last;
+        calls.before_call = [](std::size_t) { Interruption::check(); };
         const recording::Report report = recording::replay(recording, session, calls);
         const auto samples = [&](const Raster& drawn) {
             return samples_of(recording::shown(drawn, session, recording), session.palette());
@@ -90,7 +92,9 @@ Recorded_Canvas::Recorded_Canvas(const Canvas_Settings& settings, const std::str
     : content_(new Content(module, settings.threads)) {
     Session& session = content_->session;
     session.canvas().request(settings);
-    session.canvas().set_option("Depth Blocks", false); // who has the canvas may write its depths
+    if (VT_Option* const blocks = session.renderer().requested_table.find("Depth Blocks")) {
+        blocks->set(false); // who has the canvas may write its depths
+    }
     session.establish();
 }
 

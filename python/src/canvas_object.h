@@ -76,9 +76,13 @@ public:
     void end() {
         locked([&] {
             require_picture("end");
-            canvas().end_picture();
             has_begun_ = false;
+            canvas().end_picture();
         });
+    }
+
+    void flush() {
+        locked([&] { canvas().flush(); });
     }
 
     void polyline(const py::object& points, const py::object& colors, const py::kwargs& attributes) {
@@ -179,7 +183,8 @@ public:
 
     void set_depth_mode(const py::object& test, const py::object& write);
 
-    // The buffer of colours or of depths, if there is one: an array that shares and keeps its memory.
+    // The buffer of colours or of depths, if there is one: an array that shares and keeps its memory, with everything that was
+    // drawn.
     py::object buffer(bool of_depths);
 
     // A copy: (pixels, palette).
