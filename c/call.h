@@ -1,6 +1,7 @@
 // What every function of the C interface does: turns exceptions into statuses, and checks arguments.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -84,26 +85,47 @@ template <class Handle, class Make> vorna_status make_handle(Handle** result, co
     });
 }
 
-// A function that fills settings with their defaults.
+// Structs of settings end with their last member: in padding behind it, older programs would have arbitrary values of members
+// that are added later.
+#define VORNA_SETTINGS_END(Settings, member)                                                                                     \
+    static_assert(offsetof(Settings, member) + sizeof(Settings::member) == sizeof(Settings), "expected no padding at the end")
+
+// Settings of other versions are shorter or longer. The size of a pointer is that of a mistaken operand of sizeof.
+template <class Settings> void require_settings_size(const char* name, std::size_t size) {
+    constexpr std::size_t least = sizeof(std::size_t) + alignof(Settings), most = 4096;
+    require(size >= least && size <= most && size % alignof(Settings) == 0, [&] {
+        return std::string(name) + ": expected " + std::to_string(sizeof(Settings)) + ", or the size in another version, found " +
+               std::to_string(size);
+    });
+}
+
+// A function that fills settings with their defaults. Members that the library does not know become 0.
 template <class Settings> vorna_status fill_defaults(Settings* settings, std::size_t size, const Settings& defaults) noexcept {
     return guarded([&] {
-        required(settings, "settings");
-        require(size == sizeof(Settings),
-                [&] { return "size: expected " + std::to_string(sizeof(Settings)) + ", found " + std::to_string(size); });
-        *settings = defaults;
+        auto* const bytes = reinterpret_cast<std::uint8_t*>(&required(settings, "settings"));
+        require_settings_size<Settings>("size", size);
+        const std::size_t known = std::min(size, sizeof(Settings));
+        std::memcpy(bytes, &defaults, known);
+        std::memset(bytes + known, 0, size - known);
         settings->struct_size = size;
     });
 }
 
-// The caller's settings; null stands for the defaults.
+// The caller's settings; null stands for the defaults, as do the members that a shorter struct lacks. Members that the library
+// does not know must be 0, so that nothing that the caller asks for is ignored.
 template <class Settings> Settings settings_or(const Settings* given, const Settings& defaults) {
+    Settings settings = defaults;
     if (given) {
-        require(given->struct_size == sizeof(Settings), [&] {
-            return "struct_size: expected " + std::to_string(sizeof(Settings)) + ", found " + std::to_string(given->struct_size);
+        const std::size_t size = given->struct_size, known = std::min(size, sizeof(Settings));
+        require_settings_size<Settings>("struct_size", size);
+        std::memcpy(&settings, given, known);
+        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(given);
+        require(std::all_of(bytes + known, bytes + size, [](std::uint8_t byte) { return byte == 0; }), [&] {
+            return "struct_size: expected zeros behind the first " + std::to_string(sizeof(Settings)) +
+                   " bytes, since the members there belong to a later version";
         });
-        return *given;
     }
-    return defaults;
+    return settings;
 }
 
 // Bytes from a row to the next; 0 = no gaps.

@@ -9,6 +9,8 @@
 namespace vorna::c {
 namespace {
 
+constexpr std::uint32_t most_threads = 1024;
+
 // The colour buffer in the caller's memory.
 class Caller_Buffer final : public Frame_Buffer {
 public:
@@ -29,9 +31,10 @@ private:
 };
 
 const vorna_canvas_settings& default_settings() noexcept {
-    static const vorna_canvas_settings settings{.struct_size = sizeof settings};
+    static const vorna_canvas_settings settings{.struct_size = sizeof settings, .threads = 1};
     return settings;
 }
+VORNA_SETTINGS_END(vorna_canvas_settings, threads);
 
 VT_Reference<const VT_Palette> palette_of(const vorna_canvas_settings& settings) {
     if (!settings.palette) {
@@ -184,7 +187,8 @@ vorna_status vorna_canvas_create(const vorna_canvas_settings* settings, vorna_ca
     return make_handle(canvas, "canvas", [&] {
         const vorna_canvas_settings given = settings_or(&required(settings, "settings"), default_settings());
         const std::string module = given.module ? given.module : vorna::Module::installed_path();
-        auto made = std::make_unique<vorna_canvas>(vorna::drawing::Module_Choice{module, {}});
+        require_range("threads", given.threads, 0U, most_threads);
+        auto made = std::make_unique<vorna_canvas>(vorna::drawing::Module_Choice{module, {}}, given.threads);
         made->canvas().on_present([made = made.get()](const vorna::Presentation& presentation) { show(*made, presentation); });
         if (given.records) {
             made->recorder.emplace(made->session);
@@ -238,6 +242,10 @@ vorna_status vorna_end_picture(vorna_canvas* canvas) {
         ended.is_in_picture = false;
         ended.canvas().end_picture();
     });
+}
+
+vorna_status vorna_flush(vorna_canvas* canvas) {
+    return guarded([&] { required(canvas, "canvas").canvas().flush(); });
 }
 
 vorna_status vorna_canvas_on_present(vorna_canvas* canvas, vorna_present_function* function, void* context) {

@@ -20,7 +20,7 @@ struct vorna_recording {
 };
 
 struct vorna_canvas {
-    explicit vorna_canvas(const vorna::drawing::Module_Choice& module) : session(module) {}
+    vorna_canvas(const vorna::drawing::Module_Choice& module, unsigned threads) : session(module, threads) {}
 
     vorna::Canvas& canvas() noexcept { return session.canvas(); }
 

@@ -10,6 +10,7 @@
 #include "c/reading.h"
 #include "c/rendering.h"
 #include "drawing/image_samples.h"
+#include "drawing/raster_samples.h"
 
 namespace vorna::c {
 
@@ -33,31 +34,11 @@ std::unique_ptr<vorna_image> make_image(std::int32_t width, std::int32_t height,
     return image;
 }
 
-// As the drawing library has images: colours as red, green, blue and alpha.
-drawing::Image_Samples samples_of(const vorna_image& image) {
-    using Kind = drawing::Image_Samples::Kind;
-    const drawing::Raster raster = drawing::raster_of(*image.pixels);
-    const Kind kind = raster.format == Buffer_Format::index8    ? Kind::indices
-                      : raster.format == Buffer_Format::depth16 ? Kind::depths
-                                                                : Kind::colors;
-    drawing::Image_Samples samples = drawing::make_samples(kind, raster.width, raster.height);
-    const std::size_t row_bytes = static_cast<std::size_t>(samples.width) * samples.pixel_bytes();
-    for (std::int32_t r = 0; r < raster.height; ++r) {
-        const std::uint8_t* const row = raster.top + r * raster.row_bytes;
-        std::uint8_t* const stored = samples.bytes.get() + static_cast<std::size_t>(r) * row_bytes;
-        if (kind == Kind::colors) {
-            drawing::store_samples(row, raster.width, raster.format, stored);
-        } else {
-            std::memcpy(stored, row, row_bytes);
-        }
-    }
-    for (std::size_t i = 0; kind == Kind::indices && i < 256; ++i) {
-        samples.palette.push_back(image.palette->color(static_cast<std::uint8_t>(i)));
-    }
-    return samples;
-}
-
 } // namespace
+
+drawing::Image_Samples samples_of(const vorna_image& image) {
+    return drawing::samples_of(drawing::raster_of(*image.pixels), *image.palette);
+}
 
 std::unique_ptr<vorna_image> image_of(const drawing::Raster& raster, VT_Reference<const VT_Palette> palette) {
     auto image = make_image(raster.width, raster.height, raster.format, 0, nullptr);
@@ -78,11 +59,8 @@ std::unique_ptr<vorna_image> image_of(const drawing::Image_Samples& samples) {
     auto image = image_of({samples.bytes.get(), row_bytes, samples.width, samples.height, format},
                           samples.kind == Kind::indices ? new VT_Palette(samples.palette) : new VT_Palette);
     if (format == Buffer_Format::rgb32) {
-        // The exchange of red and blue is its own inverse.
         std::uint8_t* const pixels = image->pixels->row(0);
-        for (std::size_t i = 0; i < samples.size(); i += 4) {
-            std::swap(pixels[i], pixels[i + 2]);
-        }
+        drawing::exchange_red_and_blue(pixels, samples.size() / 4, pixels);
     }
     return image;
 }

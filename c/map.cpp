@@ -36,6 +36,7 @@ const vorna_map_settings& default_settings() noexcept {
     }();
     return settings;
 }
+VORNA_SETTINGS_END(vorna_map_settings, merges);
 static_assert(static_cast<int>(Map_Fill::Kind::color) == VORNA_FILL_COLOR &&
               static_cast<int>(Map_Fill::Kind::own) == VORNA_FILL_OWN);
 

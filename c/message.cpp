@@ -1,5 +1,4 @@
 // Statuses, messages, version, and memory that is handed over.
-#include <csignal>
 #include <cstdlib>
 #include <new>
 
@@ -47,7 +46,7 @@ vorna_status note_exception() noexcept {
         message().shown = no_memory;
         return VORNA_OUT_OF_MEMORY;
     } catch (const drawing::Interrupted& interrupted) {
-        std::raise(interrupted.signal);
+        drawing::Interruption::raise_again(interrupted);
         return note(VORNA_INTERRUPTED, "interrupted by a signal");
     } catch (const drawing::Interruption_Error& error) {
         return note(VORNA_INTERRUPTED, error.what());
@@ -66,6 +65,8 @@ const vorna_reading& default_reading() noexcept {
     static const vorna_reading reading{sizeof reading, 0, 0, 0, 0, -1};
     return reading;
 }
+
+VORNA_SETTINGS_END(vorna_reading, crease);
 
 drawing::Reading reading_of(const vorna_reading* given) {
     const vorna_reading reading = settings_or(given, default_reading());

@@ -49,6 +49,9 @@ VT_Vector_D vector_of(const char* name, const vorna_point_d& point) {
     return {point.x, point.y, point.z};
 }
 
+VORNA_SETTINGS_END(vorna_view, upward);
+VORNA_SETTINGS_END(vorna_mesh, points);
+
 const vorna_image_settings& default_image_settings() noexcept {
     static const vorna_image_settings settings = [] {
         const drawing::Image_Settings usual;
@@ -63,6 +66,8 @@ const vorna_image_settings& default_image_settings() noexcept {
     return settings;
 }
 
+VORNA_SETTINGS_END(vorna_image_settings, module);
+
 template <class Element, class Given> std::vector<Element> list_of(const char* name, const Given* given, std::size_t count) {
     static_assert(sizeof(Element) == sizeof(Given));
     require_list(given, count, name);
@@ -76,19 +81,6 @@ template <class Element, class Given> std::vector<Element> list_of(const char* n
 // Of lists that may be missing.
 template <class Element, class Given> std::vector<Element> list_or_none(const Given* given, std::size_t count) {
     return given ? list_of<Element>("", given, count) : std::vector<Element>();
-}
-
-void add_texture(Mesh& mesh, const vorna_image& texture) {
-    const drawing::Raster raster = drawing::raster_of(*texture.pixels);
-    require(bytes_per_pixel(raster.format) == 4, "texture: expected VORNA_RGB32");
-    drawing::model::Image_Source& source = mesh.images.emplace_back();
-    source.name = "texture";
-    source.embedded = true;
-    source.width = raster.width;
-    source.height = raster.height;
-    source.bytes = drawing::raw_bytes_of(raster);
-    mesh.materials.emplace_back().image = 0;
-    mesh.triangle_materials.assign(mesh.triangle_count(), 0);
 }
 
 Mesh mesh_of(const vorna_mesh& given) {
@@ -106,7 +98,8 @@ Mesh mesh_of(const vorna_mesh& given) {
     mesh.points = list_of<std::uint32_t>("points", given.points, given.point_count);
     if (given.texture) {
         require(given.texture_points != nullptr, "texture_points: expected a pointer beside texture, found null");
-        add_texture(mesh, *given.texture);
+        require(bytes_per_pixel(given.texture->pixels->format()) == 4, "texture: expected VORNA_RGB32");
+        drawing::add_texture(mesh, samples_of(*given.texture));
     }
     return mesh;
 }

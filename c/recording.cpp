@@ -2,12 +2,12 @@
 #include "c/call.h"
 #include "c/handles.h"
 #include "c/reading.h"
+#include "c/rendering.h"
 #include "drawing/files/output_file.h"
 #include "drawing/recording/document.h"
 #include "drawing/recording/recording_file.h"
 #include "drawing/recording/recording_writer.h"
-#include "drawing/recording/replay.h"
-#include "drawing/recording/shown_part.h"
+#include "drawing/recording_images.h"
 #include "vorna/c_recording.h"
 
 namespace vorna::c {
@@ -18,40 +18,15 @@ namespace {
 
 constexpr const char* unnamed = "recording";
 
-// Errors in a recording name it.
-template <class Read> std::unique_ptr<vorna_recording> read(const std::string& name, Read read_content) {
-    try {
-        auto recording = std::make_unique<vorna_recording>();
-        recording->content = read_content();
-        return recording;
-    } catch (const Recording_Error& error) {
-        throw drawing::Usage_Error(name + ": " + error.what());
-    }
-}
-
 const vorna_replay_settings& default_settings() noexcept {
     static const vorna_replay_settings settings{sizeof settings, nullptr, 0, SIZE_MAX};
     return settings;
 }
 
-void replay(const Recording& recording, const vorna_replay_settings& given, std::unique_ptr<vorna_image>* color,
-            std::unique_ptr<vorna_image>* depth) {
-    drawing::Session session({given.module ? given.module : Module::installed_path(), {}});
-    Replay_Settings settings;
-    settings.first = given.first;
-    settings.last = given.last;
-    drawing::recording::replay(recording, session, settings);
-    if (color) {
-        *color =
-            image_of(shown(drawing::raster_of(session.color_buffer()), session, recording), new VT_Palette(session.palette()));
-    }
-    if (depth) {
-        if (!session.has_depth_buffer()) {
-            throw Recording_Error("expected a depth buffer");
-        }
-        const VT_Reference<VT_Shared_Image> depths = session.read_depth();
-        *depth = image_of(shown(drawing::raster_of(*depths), session, recording), new VT_Palette);
-    }
+VORNA_SETTINGS_END(vorna_replay_settings, last);
+
+std::unique_ptr<vorna_recording> handle_of(Recording content) {
+    return std::unique_ptr<vorna_recording>(new vorna_recording{std::move(content)});
 }
 
 } // namespace
@@ -63,7 +38,7 @@ vorna_status vorna_recording_read(const char* file, const vorna_reading* reading
     return make_handle(recording, "recording", [&] {
         const std::string path = &required(file, "file");
         auto limits = limits_of(reading);
-        return read(path, [&] { return load(path, limits); });
+        return handle_of(vorna::drawing::recording_of_file(path, limits));
     });
 }
 
@@ -71,10 +46,7 @@ vorna_status vorna_recording_parse(const char* text, size_t size, const vorna_re
     return make_handle(recording, "recording", [&] {
         require_list(text, size, "text");
         auto limits = limits_of(reading);
-        return read(unnamed, [&] {
-            limits.add_file(unnamed, size);
-            return read_document(unnamed, std::string(text ? text : "", size), limits);
-        });
+        return handle_of(vorna::drawing::recording_of_text(unnamed, std::string(text ? text : "", size), limits));
     });
 }
 
@@ -114,15 +86,14 @@ vorna_status vorna_recording_replay(const vorna_recording* recording, const vorn
             }
         }
         const vorna_recording& drawn = required(recording, "recording");
-        std::unique_ptr<vorna_image> made_color, made_depth;
-        try {
-            replay(drawn.content, settings_or(settings, default_settings()), color ? &made_color : nullptr,
-                   depth ? &made_depth : nullptr);
-        } catch (const Recording_Error& error) {
-            throw vorna::drawing::Usage_Error(std::string(unnamed) + ": " + error.what());
-        } catch (const Not_Drawn& error) {
-            throw std::runtime_error(std::string(unnamed) + ": " + error.what());
+        const vorna_replay_settings given = settings_or(settings, default_settings());
+        const vorna::drawing::Replay_Image image =
+            vorna::drawing::image_of(unnamed, drawn.content, {0, text_of(given.module), given.first, given.last});
+        if (depth && !image.depths.bytes) {
+            throw vorna::drawing::Usage_Error(std::string(unnamed) + ": expected a depth buffer");
         }
+        std::unique_ptr<vorna_image> made_color = color ? image_of(image.colors) : nullptr;
+        std::unique_ptr<vorna_image> made_depth = depth ? image_of(image.depths) : nullptr;
         if (color) {
             *color = made_color.release();
         }

@@ -26,6 +26,7 @@ drawing::Image_Settings image_settings_of(const vorna_image_settings* settings);
 
 std::unique_ptr<vorna_image> image_of(const drawing::Image& image);
 std::unique_ptr<vorna_image> image_of(const drawing::Image_Samples& samples);
+drawing::Image_Samples samples_of(const vorna_image& image);
 
 // digest: null, or 65 bytes.
 void give_digest(const std::string& digits, char* digest);

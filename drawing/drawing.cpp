@@ -53,7 +53,7 @@ Map::Content::Content(const Input& input, const map::Map_Settings& settings, con
 }
 
 Model::Model(const std::vector<std::string>& files, const Reading& reading)
-    : content_(new Content{limits_of(reading), files.empty() ? std::string() : files.front(), {}, {}}) {
+    : content_(new Content(limits_of(reading), files.empty() ? std::string() : files.front())) {
     if (files.empty()) {
         throw Usage_Error("files: expected one or more");
     }
@@ -67,14 +67,13 @@ Model::Model(const std::vector<std::string>& files, const Reading& reading)
     mesh.warnings.insert(mesh.warnings.begin(), mesh.notes.begin(), mesh.notes.end());
 }
 
-Model::Model(model::Mesh mesh) : content_(new Content{limits_of({}), "mesh", {}, {}}) {
+Model::Model(model::Mesh mesh) : content_(new Content(limits_of({}), "mesh")) {
     std::vector<model::Mesh> meshes;
     meshes.push_back(std::move(mesh));
     *this = Model(std::move(meshes));
 }
 
-Model::Model(std::vector<model::Mesh> meshes, const Reading& reading)
-    : content_(new Content{limits_of(reading), "mesh", {}, {}}) {
+Model::Model(std::vector<model::Mesh> meshes, const Reading& reading) : content_(new Content(limits_of(reading), "mesh")) {
     if (meshes.empty()) {
         throw Usage_Error("meshes: expected one or more");
     }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "drawing/export.h"
+#include "drawing/files/interrupted.h"
 #include "drawing/files/usage_error.h"
 #include "drawing/image/image.h"
 #include "drawing/image_samples.h"
@@ -62,6 +63,9 @@ private:
     struct Content;
     std::unique_ptr<Content> content_;
 };
+
+// Lays an image of colours over all triangles of a mesh that has texture coordinates.
+VORNA_DRAWING_API void add_texture(model::Mesh& mesh, const Image_Samples& texture);
 
 // What of a model is drawn, how, and from where.
 struct Model_View : model::Model_Style {
@@ -132,7 +136,7 @@ struct Model_Image {
     // From 0 at the distance `near` from the eye along the line of sight to 65535 at `far`, and where no face is. Linear without
     // perspective; with it 65535 * (1 - near / distance) / (1 - near / far). Distances are in the model's unit.
     Image_Samples depths;
-    Image_Samples faces; // by the order of the mesh's or all meshes' triangles, of files as they are drawn; at most 2^24 - 2
+    Image_Samples faces; // by the order of the mesh's or all meshes' triangles, of files as they are drawn
     double near = 0, far = 0;
 };
 

@@ -2,7 +2,6 @@
 #include "drawing/image_maker.h"
 
 #include <algorithm>
-#include <csignal>
 #include <stdexcept>
 #include <utility>
 
@@ -87,10 +86,11 @@ Image_Maker::Image_Maker(const Model& model, const Model_View& view, const Image
         job.palette = new VT_Palette;
     }
     std::vector<std::string> untold;
-    Model_Parts parts = make_parts(mesh, style, background, *model.content_->limits, warnings ? *warnings : untold);
+    Model_Parts parts =
+        make_parts(mesh, model.content_->facing(), style, background, *model.content_->limits, warnings ? *warnings : untold);
     module = module_of(settings);
     if (view.studio) {
-        parts.add_studio(mesh, module, model.content_->limits->threads());
+        parts.add_studio(mesh, model.content_->facing(), module, model.content_->limits->threads());
         job.linear = true;
     }
     drawing =
@@ -146,7 +146,7 @@ std::string Image_Maker::write(const std::string& file) {
     try {
         return Job(job, module, *drawing).write_files().digests.front();
     } catch (const Interrupted& interrupted) {
-        std::raise(interrupted.signal);
+        Interruption::raise_again(interrupted);
         throw Interruption_Error(file + ": interrupted by a signal");
     }
 }

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "drawing/drawing.h"
@@ -11,6 +13,7 @@
 #include "drawing/job/job.h"
 #include "drawing/job/map_drawing.h"
 #include "drawing/job/model_drawing.h"
+#include "drawing/model/facing.h"
 
 namespace vorna::drawing {
 
@@ -21,6 +24,19 @@ struct Model::Content {
     // By number of a triangle that is drawn its number among those that were given; empty = the same.
     std::vector<std::uint32_t> given_numbers;
     model::Up_Axis up_axis = model::Up_Axis::y;
+
+    // Of the mesh, which has not changed since it was first asked for. Several threads may ask at the same time.
+    const model::Facing& facing() const {
+        std::call_once(has_facing_, [this] { facing_ = std::make_unique<model::Facing>(mesh, limits->threads()); });
+        return *facing_;
+    }
+
+    Content(std::shared_ptr<Load_Limits> reading_limits, std::string model_name)
+        : limits(std::move(reading_limits)), name(std::move(model_name)) {}
+
+private:
+    mutable std::once_flag has_facing_;
+    mutable std::unique_ptr<model::Facing> facing_;
 };
 
 struct Map::Content {

@@ -1,6 +1,7 @@
 // Images in memory as files have them: written, read, compared and summed up.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -33,6 +34,15 @@ struct Image_Samples {
         return static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * pixel_bytes();
     }
 };
+
+// Pixels of four bytes in the order of samples, red first, as the host has them, blue first; and the reverse. Both may be the
+// same memory.
+inline void exchange_red_and_blue(const std::uint8_t* from, std::size_t pixels, std::uint8_t* to) noexcept {
+    for (std::size_t i = 0; i < 4 * pixels; i += 4) {
+        const std::uint8_t pixel[] = {from[i + 2], from[i + 1], from[i], from[i + 3]};
+        std::copy_n(pixel, 4, to + i);
+    }
+}
 
 // Without values. Throws Usage_Error for sides outside 1 to 262144, and std::bad_alloc.
 VORNA_DRAWING_API Image_Samples make_samples(Image_Samples::Kind kind, std::int32_t width, std::int32_t height);

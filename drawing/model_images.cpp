@@ -6,13 +6,14 @@
 #include "drawing/image/image_file.h"
 #include "drawing/image_maker.h"
 #include "drawing/job/model_style.h"
+#include "drawing/model/scene_renderer.h"
 #include "drawing/model/textured_scene.h"
 #include "drawing/settings_checks.h"
 
 namespace vorna::drawing {
 namespace {
 
-constexpr VT_RGB32 black{0, 0, 0, 255}; // the number 0 in the colours of numbered triangles
+constexpr VT_RGB32 black = model::color_of_number(0);
 
 // Copies the kept pixels of a window into the rows of an image. convert(from, pixels, to) is called for each row.
 template <class Pixel, class Convert>
@@ -55,8 +56,7 @@ Model_Images::Content::Pass Model_Images::Content::make_pass(const Model_Style& 
                                                              VT_Int_Pair size) {
     Model_Parts parts;
     if (!model->mesh.triangles.empty()) {
-        const model::Facing facing(model->mesh, model->limits->threads());
-        parts.faces = make_faces(model->mesh, facing, style, *model->limits, warnings);
+        parts.faces = make_faces(model->mesh, model->facing(), style, *model->limits, warnings);
     }
     Pass pass;
     pass.drawing = std::make_unique<Model_Drawing>(std::move(parts), look_of(style, Background(black), false, {}),
@@ -95,7 +95,7 @@ void Model_Images::Content::take_numbers(const std::uint8_t* from, std::int32_t 
     for (std::int32_t i = 0; i < count; ++i) {
         VT_RGB32 pixel;
         std::memcpy(&pixel, from + std::ptrdiff_t{i} * 4, sizeof pixel);
-        to[i] = static_cast<std::int32_t>(word_of(pixel) & 0xFFFFFFU) - 1;
+        to[i] = static_cast<std::int32_t>(model::number_of_color(pixel)) - 1;
     }
     if (!model->given_numbers.empty()) {
         for (std::int32_t i = 0; i < count; ++i) {

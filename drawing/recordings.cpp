@@ -1,13 +1,12 @@
 // Recordings for applications.
-#include "drawing/recordings.h"
-
-#include <cstring>
 #include <stdexcept>
 
 #include "drawing/files/input_file.h"
+#include "drawing/files/interruption.h"
 #include "drawing/files/load_limits.h"
 #include "drawing/files/usage_error.h"
 #include "drawing/image/image_file.h"
+#include "drawing/raster_samples.h"
 #include "drawing/recording/document.h"
 #include "drawing/recording/recorder.h"
 #include "drawing/recording/recording_file.h"
@@ -15,6 +14,7 @@
 #include "drawing/recording/replay.h"
 #include "drawing/recording/session.h"
 #include "drawing/recording/shown_part.h"
+#include "drawing/recording_images.h"
 #include "vorna/module.h"
 
 namespace vorna::drawing {
@@ -24,44 +24,10 @@ Module_Choice module_choice(const std::string& module) {
     return {module.empty() ? Module::installed_path() : module, {}};
 }
 
-Image_Samples samples_of(const Raster& whole, const Session& session, const recording::Recording& recording) {
-    const Raster raster = recording::shown(whole, session, recording);
-    using Kind = Image_Samples::Kind;
-    const Kind kind = raster.format == Buffer_Format::index8    ? Kind::indices
-                      : raster.format == Buffer_Format::depth16 ? Kind::depths
-                                                                : Kind::colors;
-    Image_Samples image = make_samples(kind, raster.width, raster.height);
-    const std::size_t row_bytes = static_cast<std::size_t>(image.width) * image.pixel_bytes();
-    for (std::int32_t row = 0; row < raster.height; ++row) {
-        const std::uint8_t* from = raster.top + row * raster.row_bytes;
-        std::uint8_t* to = image.bytes.get() + static_cast<std::size_t>(row) * row_bytes;
-        if (kind == Kind::colors) {
-            store_samples(from, raster.width, raster.format, to);
-        } else {
-            std::memcpy(to, from, row_bytes);
-        }
-    }
-    if (kind == Kind::indices) {
-        for (std::size_t i = 0; i < 256; ++i) {
-            image.palette.push_back(session.palette().color(static_cast<std::uint8_t>(i)));
-        }
-    }
-    return image;
-}
-
 // Errors of the document name it.
-template <class Read> Replay_Image replayed(const std::string& name, const Replay_Settings& settings, const Read& read) {
+template <class Work> auto named(const std::string& name, const Work& work) {
     try {
-        const recording::Recording recording = read();
-        Session session(module_choice(settings.module));
-        const recording::Report report = recording::replay(recording, session);
-        Replay_Image image;
-        image.colors = samples_of(raster_of(session.color_buffer()), session, recording);
-        if (session.has_depth_buffer()) {
-            image.depths = samples_of(raster_of(*session.read_depth()), session, recording);
-        }
-        image.report = recording::json_of(report);
-        return image;
+        return work();
     } catch (const recording::Recording_Error& error) {
         throw Usage_Error(name + ": " + error.what());
     } catch (const recording::Not_Drawn& error) {
@@ -69,30 +35,66 @@ template <class Read> Replay_Image replayed(const std::string& name, const Repla
     }
 }
 
+Load_Limits limits_of(const Replay_Settings& settings) {
+    return Load_Limits(settings.max_memory > 0 ? std::optional(settings.max_memory) : std::nullopt);
+}
+
 } // namespace
 
+recording::Recording recording_of_file(const std::string& file, Load_Limits& limits) {
+    return named(name_of_input(file), [&] { return recording::load(file, limits); });
+}
+
+recording::Recording recording_of_text(const std::string& name, const std::string& text, Load_Limits& limits) {
+    limits.add_file(name, text.size());
+    return named(name, [&] { return recording::read_document(name, text, limits); });
+}
+
+Replay_Image image_of(const std::string& name, const recording::Recording& recording, const Replay_Settings& settings) {
+    return named(name, [&] {
+        Session session(module_choice(settings.module));
+        recording::Replay_Settings calls;
+        calls.first = settings.first;
+        calls.last = settings.last;
+        calls.before_call = [](std::size_t) { Interruption::check(); };
+        const recording::Report report = recording::replay(recording, session, calls);
+        const auto samples = [&](const Raster& drawn) {
+            return samples_of(recording::shown(drawn, session, recording), session.palette());
+        };
+        Replay_Image image;
+        image.colors = samples(raster_of(session.color_buffer()));
+        if (session.has_depth_buffer()) {
+            image.depths = samples(raster_of(*session.read_depth()));
+        }
+        image.report = recording::json_of(report);
+        return image;
+    });
+}
+
 Replay_Image replay_file(const std::string& file, const Replay_Settings& settings) {
-    Load_Limits limits(settings.max_memory > 0 ? std::optional(settings.max_memory) : std::nullopt);
-    return replayed(name_of_input(file), settings, [&] { return recording::load(file, limits); });
+    Load_Limits limits = limits_of(settings);
+    return image_of(name_of_input(file), recording_of_file(file, limits), settings);
 }
 
 Replay_Image replay_text(const std::string& name, const std::string& text, const Replay_Settings& settings) {
-    Load_Limits limits(settings.max_memory > 0 ? std::optional(settings.max_memory) : std::nullopt);
-    limits.add_file(name, text.size());
-    return replayed(name, settings, [&] { return recording::read_document(name, text, limits); });
+    Load_Limits limits = limits_of(settings);
+    return image_of(name, recording_of_text(name, text, limits), settings);
 }
 
 struct Recorded_Canvas::Content {
-    explicit Content(const std::string& module) : session(module_choice(module)), recorder(session) {}
+    Content(const std::string& module, unsigned threads) : session(module_choice(module), threads), recorder(session) {}
 
     Session session;
     std::optional<recording::Recorder> recorder;
 };
 
-Recorded_Canvas::Recorded_Canvas(const Canvas_Settings& settings, const std::string& module) : content_(new Content(module)) {
+Recorded_Canvas::Recorded_Canvas(const Canvas_Settings& settings, const std::string& module)
+    : content_(new Content(module, settings.threads)) {
     Session& session = content_->session;
     session.canvas().request(settings);
-    session.canvas().set_option("Depth Blocks", false); // who has the canvas may write its depths
+    if (VT_Option* const blocks = session.renderer().requested_table.find("Depth Blocks")) {
+        blocks->set(false); // who has the canvas may write its depths
+    }
     session.establish();
 }
 

@@ -1,6 +1,7 @@
 // Recordings, documents of what an application draws: made on a canvas, and drawn again.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -15,6 +16,8 @@ namespace vorna::drawing {
 struct Replay_Settings {
     std::uint64_t max_memory = 0; // bytes that reading may take; 0 = as Reading has it
     std::string module;           // path of the renderer; empty = the installed one
+    // The calls that are made, counted from 0, `last` included; of earlier ones only those that set the renderer up are made.
+    std::size_t first = 0, last = SIZE_MAX;
 };
 
 // The part of the window that the recording shows.

@@ -1,10 +1,16 @@
 #!/usr/bin/python3
-# Measures the Python package in processor time: calls, images of arrays, and the bunny beside other packages that are installed, each in
-# a process of its own. usage: PYTHONPATH=build/gcc-release/python scripts/bench-python.py [--large] [COMMAND]; COMMAND: the command vorna, to compare with
+# Measures the Python package in processor time, the least of several rounds: calls, images of arrays, and the bunny beside other packages
+# that are installed, each in a process of its own. VTK needs an X server: xvfb-run.
+# usage: PYTHONPATH=BUILD/python scripts/bench-python.py [--large] [--growth] [BUILD]
+# BUILD: a build folder, for comparison with its command and its C library. --large: 10,000,000 faces. --growth: 200,000 images.
+import ctypes
 import hashlib
+import pathlib
+import re
 import resource
 import subprocess
 import sys
+import tempfile
 import time
 
 import numpy as np
@@ -105,7 +111,7 @@ def measure_peer(peer):
           f"{len(digests)} digest{'s' if len(digests) > 1 else ''}")
 
 
-def measure_calls():
+def measure_calls(build):
     import vorna
     canvas, line = vorna.Canvas((640, 480)), np.array([[0, 0, 0], [5, 5, 0]], np.int32)
     steps = np.random.default_rng(1).integers(-9, 10, (100001, 3))
@@ -118,7 +124,27 @@ def measure_calls():
     with canvas.picture("white"):
         print(f"polyline of 2 points: {best(lambda: calls(1000), 50)[0]:.2f} us, "
               f"with two attributes {best(lambda: calls(1000, color='red', width=1), 50)[0]:.2f} us")
-        print(f"polyline of 100,000 segments: {best(lambda: canvas.polyline(path), 20)[0]:.3f} ms")
+        ways = [lambda: canvas.polyline(path)]
+        if build:
+            ways.append(polyline_in_c(build, path))
+        # One after the other in each round, so that what else the machine does meets both.
+        times = [[best(way, 3)[0] for way in ways] for _ in range(15)]
+        for name, least in zip(("", ", in C"), map(min, zip(*times))):
+            print(f"polyline of 100,000 segments{name}: {least:.3f} ms")
+
+
+def polyline_in_c(build, path):
+    """A function that draws the path through the C library, on a canvas like that of the package."""
+    library = ctypes.CDLL(str(build / "bin" / "libvorna-c.so"))
+    settings, canvas = (ctypes.c_uint64 * 64)(), ctypes.c_void_p()
+    assert library.vorna_canvas_settings_init(settings, ctypes.c_size_t(8 * 64)) == 0
+    sides = ctypes.cast(settings, ctypes.POINTER(ctypes.c_int32))
+    sides[4], sides[5] = 640, 480  # behind the size of the struct and the module
+    assert library.vorna_canvas_create(settings, ctypes.byref(canvas)) == 0
+    white = (ctypes.c_uint8 * 4)(255, 255, 255, 255)
+    assert library.vorna_begin_picture(canvas, white) == 0
+    points, count = path.ctypes.data_as(ctypes.c_void_p), ctypes.c_size_t(len(path))
+    return lambda: library.vorna_draw_2di_polyline(canvas, count, points)
 
 
 def measure_models(large):
@@ -130,26 +156,62 @@ def measure_models(large):
           f"from arrays {best(lambda: vorna.render(mesh, threads=1, **both), 200)[0]:.2f} ms")
     if large:
         mesh = ball(2500, 2000)
-        start = time.process_time()
-        model = vorna.Model(mesh, threads=2)
-        made = 1000 * (time.process_time() - start)
-        fastest, first = best(lambda: model.render(threads=2, **both), 5)
-        print(f"10,000,000 faces, two threads: model of arrays {made:.0f} ms, first image {first:.0f} ms, then {fastest:.0f} ms")
+        clock = {}
+
+        def note(name, work):
+            start = time.perf_counter(), time.process_time()
+            result = work()
+            clock.setdefault(name, []).append((time.perf_counter() - start[0], time.process_time() - start[1]))
+            return result
+
+        for _ in range(3):
+            model = note("model of arrays", lambda: vorna.Model(mesh, threads=2))
+            for name in ("first image", "later image", "later image"):
+                note(name, lambda: model.render(threads=2, **both))
+        for name, times in clock.items():
+            elapsed, used = (1000 * min(each) for each in zip(*times))
+            print(f"10,000,000 faces, two threads: {name} {elapsed:.0f} ms of the clock, {used:.0f} ms of the processors")
+
+
+def measure_growth(count=200_000, samples=8):
+    """The memory of the process after so many images of one model, at several times."""
+    import vorna
+    model = vorna.Model(ball(8, 6))
+    resident = []
+    for i in range(count + 1):
+        if i % (count // samples) == 0:
+            pages = int(pathlib.Path("/proc/self/statm").read_text().split()[1])
+            resident.append(pages * resource.getpagesize() // 1024)
+        model.render(size=(32, 24), depth=True, ids=True, threads=1, supersample=1)
+    print(f"{count:,} images: resident KiB " + ", ".join(map(str, resident)))
+
+
+def measure_command(command):
+    with tempfile.TemporaryDirectory() as folder:
+        times = []
+        for _ in range(7):
+            line = subprocess.run([command, "render", BUNNY, "-o", folder + "/bunny.png", "--size", "640x480", "--supersample", "1",
+                                   "--threads", "1", "--stats", "--repeat", "9"], capture_output=True, text=True, check=True)
+            times.append([float(part) for part in re.search(r"setup ([\d.]+) ms, draw ([\d.]+) ms", line.stdout + line.stderr).groups()])
+    setup, draw = map(min, zip(*times))
+    print(f"command     set-up {setup:.1f} ms, draw {draw:.1f} ms, of the clock")
 
 
 def main(arguments):
     if arguments[:1] == ["--peer"]:
         return measure_peer(arguments[1])
-    large = "--large" in arguments
-    commands = [argument for argument in arguments if argument != "--large"]
+    large, growth = "--large" in arguments, "--growth" in arguments
+    builds = [pathlib.Path(argument) for argument in arguments if not argument.startswith("--")]
+    build = builds[0] if builds else None
     imports = [subprocess.run([sys.executable, "-c", "import numpy, time; t = time.process_time(); import vorna; print(time.process_time() - t)"],
                               capture_output=True, text=True, check=True).stdout for _ in range(7)]
     print(f"import vorna, beside numpy: {1000 * min(map(float, imports)):.1f} ms")
-    measure_calls()
+    measure_calls(build)
     measure_models(large)
-    for command in commands:
-        subprocess.run([command, "render", BUNNY, "-o", "/dev/null", "--output-format", "png", "--size", "640x480", "--supersample", "1",
-                        "--threads", "1", "--stats", "--repeat", "9"], check=True)
+    if growth:
+        measure_growth()
+    if build:
+        measure_command(build / "bin" / "vorna")
     for peer in PEERS:
         done = subprocess.run([sys.executable, __file__, "--peer", peer], text=True, stderr=subprocess.PIPE)
         if done.returncode != 0:

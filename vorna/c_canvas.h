@@ -33,6 +33,9 @@ typedef struct vorna_canvas_settings {
     void* pixels;
     size_t stride;
     int32_t records; // whether what is drawn is recorded, for vorna_canvas_finish_recording
+    // Threads that draw: at most 1024; 0 = as many as there are processors; at first 1. The pixels do not depend on them. With
+    // more than one, drawing functions keep copies of points, colours and pixels, and the threads draw later, see vorna_flush.
+    uint32_t threads;
 } vorna_canvas_settings;
 
 // Fills the settings with the defaults: no size, colours without depth buffer. size: sizeof(vorna_canvas_settings).
@@ -42,8 +45,8 @@ vorna_status vorna_canvas_settings_init(vorna_canvas_settings* settings, size_t 
 // cannot be loaded.
 vorna_status vorna_canvas_create(const vorna_canvas_settings* settings, vorna_canvas** canvas);
 
-// Changes everything but `module` and `records`, which are not read, between pictures. Buffers keep their pixels when size and
-// format stay, unless `pixels` changes; the clip becomes the window. After an error everything is as before.
+// Changes everything but `module`, `records` and `threads`, which are not read, between pictures. Buffers keep their pixels when
+// size and format stay, unless `pixels` changes; the clip becomes the window. After an error everything is as before.
 vorna_status vorna_canvas_configure(vorna_canvas* canvas, const vorna_canvas_settings* settings);
 
 // Set one of the renderer's named options between pictures: a switch or a whole number, or a colour's levels. The clip becomes
@@ -58,6 +61,11 @@ vorna_status vorna_canvas_window(vorna_canvas* canvas, vorna_rectangle* window);
 // depths with the farthest one; null = pixels and depths stay. The end presents the window.
 vorna_status vorna_begin_picture(vorna_canvas* canvas, const vorna_color* background);
 vorna_status vorna_end_picture(vorna_canvas* canvas);
+
+// Draws what a canvas with several threads has kept. Functions that end a picture, present or read pixels do so themselves; call
+// it before you read a buffer's memory, the caller's own `pixels` included, and before you change the pixels of a texture. A
+// function that draws kept calls may fail with what an earlier call would have failed with.
+vorna_status vorna_flush(vorna_canvas* canvas);
 
 typedef struct vorna_presentation {
     vorna_rectangle area; // the device pixels to show, inside the window

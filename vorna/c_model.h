@@ -135,8 +135,7 @@ vorna_status vorna_scene_create(const vorna_model* model, const vorna_view* view
 // depth: VORNA_DEPTH16 of the faces, neither supersampled nor smoothed: from 0 at the distance `nearest` from the eye along the
 // line of sight to 65535 at `farthest`, and where no face is. Linear without perspective; with it 65535 * (1 - nearest /
 // distance) / (1 - nearest / farthest). Distances are in the model's unit. faces: width * height numbers of triangles, rows from
-// the top down, by the order of the arrays, of files as they are drawn; -1 where no face is. For models of at most 2^24 - 2
-// triangles.
+// the top down, by the order of the arrays, of files as they are drawn; -1 where no face is.
 vorna_status vorna_scene_draw(vorna_scene* scene, const vorna_view* camera, int32_t width, int32_t height, vorna_image** color,
                               vorna_image** depth, int32_t* faces, double* nearest, double* farthest);
 

@@ -98,7 +98,7 @@ typedef struct vorna_reading {
 } vorna_reading;
 
 // Fills the settings with the defaults. size: sizeof(vorna_reading). VORNA_INVALID_ARGUMENT for a null pointer or a size that the
-// library does not know.
+// struct has in no version.
 vorna_status vorna_reading_init(vorna_reading* reading, size_t size);
 
 #if defined(__GNUC__)

@@ -18,14 +18,13 @@
 // - Functions return a status, except for those that free and those that return a constant. After a status other than VORNA_OK
 //   vorna_last_message() gives one line that says what is wrong; results that are handles are then null, and nothing was drawn.
 // - Handles are opaque. `create`, `read` and the like make them, `free` of the same type ends them and accepts null. A handle is
-// used
-//   by one thread at a time; different handles may be used at the same time.
+//   used by one thread at a time; different handles may be used at the same time.
 // - Arrays and texts belong to the caller and are read during the call only, unless the function says otherwise. Texts are UTF-8
-// and
-//   end in a zero byte. Texts that functions return belong to the library.
-// - Settings are structs whose first member is their size. Fill them by their `init` function, then change members: a program
-// that was
-//   compiled with these headers then runs with later libraries, which know more members.
+//   and end in a zero byte. Texts that functions return belong to the library.
+// - Settings are structs whose first member is their size. Fill them by their `init` function, then change members. Later
+// versions
+//   add members at the end: with a later library the ones that the program lacks have their defaults, and an earlier library
+//   accepts the ones that it lacks while they are 0.
 // - Switches are int32_t: 0 is no, everything else yes.
 // - Device coordinates are pixels: x to the right, y upwards, z away from the viewer from 0 to 65535.
 #pragma once

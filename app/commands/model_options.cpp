@@ -367,6 +367,9 @@ std::unique_ptr<drawing::model::Scene> make_faces(const Model_Options& options, 
 }
 
 drawing::Model_Parts make_model(const Model_Options& options, const drawing::model::Mesh& mesh) {
+    if (options.picture.tint == drawing::model::Tint::numbers) {
+        drawing::check_countable(mesh); // files have 24 bits of a number
+    }
     std::vector<std::string> warnings;
     drawing::Model_Parts parts =
         drawing::make_parts(mesh, style_of(options), drawn_background_of(options), *options.limits, warnings);

@@ -66,7 +66,8 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     const auto setup_start = Clock::now();
     drawing::Model_Parts parts = make_model(options, mesh);
     if (options.studio) {
-        parts.add_studio(mesh, module, options.limits->threads());
+        const unsigned threads = options.limits->threads();
+        parts.add_studio(mesh, drawing::model::Facing(mesh, threads), module, threads);
     }
     if (!options.pass.empty()) {
         parts.lines.reset();

@@ -13,6 +13,8 @@ namespace {
 std::atomic<int> received{0};
 static_assert(std::atomic<int>::is_always_lock_free);
 
+thread_local bool (*stop_check)() = nullptr;
+
 extern "C" void note_signal(int signal) {
     received = signal;
 }
@@ -60,13 +62,24 @@ Interruption::~Interruption() {
 
 #endif
 
+void set_stop_check(bool (*is_asked_to_stop)()) noexcept {
+    stop_check = is_asked_to_stop;
+}
+
 bool Interruption::is_asked() noexcept {
-    return received != 0;
+    return received != 0 || (stop_check && stop_check());
 }
 
 void Interruption::check() {
-    if (const int signal = received) {
-        throw Interrupted{signal};
+    if (is_asked()) {
+        throw Interrupted{received};
+    }
+}
+
+void Interruption::raise_again(const Interrupted& interrupted) {
+    received = 0;
+    if (interrupted.signal != 0) {
+        std::raise(interrupted.signal);
     }
 }
 

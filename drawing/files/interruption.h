@@ -4,13 +4,9 @@
 #include <csignal>
 #include <stdexcept>
 
-namespace vorna::drawing {
+#include "drawing/files/interrupted.h"
 
-// Thrown where work stops because of a signal, so that destructors remove unfinished files. Whoever catches it last calls
-// end_by_signal.
-struct Interrupted {
-    int signal;
-};
+namespace vorna::drawing {
 
 // Thrown to applications after the signal was raised again and has not ended the process.
 struct Interruption_Error : std::runtime_error {
@@ -26,9 +22,12 @@ public:
     Interruption& operator=(const Interruption&) = delete;
     ~Interruption();
 
-    // Throws Interrupted after a signal. For any thread.
+    // Throws Interrupted after a signal and for the calling thread's stop check. For any thread.
     static void check();
     static bool is_asked() noexcept; // for functions that must not throw
+    // Forgets the signal that has interrupted the work of a library and raises it for the program. A program of its own calls
+    // end_by_signal instead.
+    static void raise_again(const Interrupted& interrupted);
 
 private:
 #if defined(_WIN32)

@@ -32,9 +32,10 @@ std::span<const VT_Vector> Model_Parts::positions() const {
     return edges ? std::span(edges->points()) : std::span<const VT_Vector>();
 }
 
-void Model_Parts::add_studio(const model::Mesh& mesh, const Module_Choice& module, unsigned threads) {
+void Model_Parts::add_studio(const model::Mesh& mesh, const model::Facing& facing, const Module_Choice& module,
+                             unsigned threads) {
     if (faces) {
-        studio = std::make_unique<Studio>(mesh, model::Facing(mesh, threads), module, threads);
+        studio = std::make_unique<Studio>(mesh, facing, module, threads);
     }
 }
 

@@ -44,7 +44,7 @@ struct Model_Parts {
     std::vector<VT_Vector> own_positions; // of models with lines or points
 
     // Shades the faces, if there are any, in the studio look. They must have been made without light.
-    void add_studio(const model::Mesh& mesh, const Module_Choice& module, unsigned threads);
+    void add_studio(const model::Mesh& mesh, const model::Facing& facing, const Module_Choice& module, unsigned threads);
     Drawn_Parts drawn() const { return {faces.get(), edges.get(), lines.get(), points.get(), overlay.get()}; }
     // For fitting a camera; none when there is nothing to draw.
     std::span<const VT_Vector> positions() const;

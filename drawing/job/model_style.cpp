@@ -70,9 +70,6 @@ std::unique_ptr<model::Scene> make_faces(const model::Mesh& mesh, const model::F
                                          Load_Limits& limits, std::vector<std::string>& warnings) {
     const VT_RGB32 color = style.color.value_or(default_model_color);
     const bool is_numbered = style.look.tint == model::Tint::numbers;
-    if (is_numbered) {
-        check_countable(mesh);
-    }
     if (is_numbered || style.look.tint == model::Tint::normals) {
         return std::make_unique<model::Scene_Renderer>(mesh, facing, color, false, is_numbered, limits.threads());
     }
@@ -105,12 +102,16 @@ void add_forms(Model_Parts& parts, const model::Mesh& mesh, const Model_Style& s
 
 Model_Parts make_parts(const model::Mesh& mesh, const Model_Style& style, const std::optional<Background>& background,
                        Load_Limits& limits, std::vector<std::string>& warnings) {
+    return make_parts(mesh, model::Facing(mesh, limits.threads()), style, background, limits, warnings);
+}
+
+Model_Parts make_parts(const model::Mesh& mesh, const model::Facing& facing, const Model_Style& style,
+                       const std::optional<Background>& background, Load_Limits& limits, std::vector<std::string>& warnings) {
     Model_Parts parts;
     add_forms(parts, mesh, style, background);
     if (mesh.triangles.empty()) {
         return parts;
     }
-    const model::Facing facing(mesh, limits.threads());
     if (style.has_faces()) {
         parts.faces = make_faces(mesh, facing, style, limits, warnings);
     }

@@ -46,6 +46,9 @@ void add_forms(Model_Parts& parts, const model::Mesh& mesh, const Model_Style& s
 // Faces, edges or both, as the style says, neither when the mesh has no triangles; lines and points.
 Model_Parts make_parts(const model::Mesh& mesh, const Model_Style& style, const std::optional<Background>& background,
                        Load_Limits& limits, std::vector<std::string>& warnings);
+// The same for a mesh whose facing is kept.
+Model_Parts make_parts(const model::Mesh& mesh, const model::Facing& facing, const Model_Style& style,
+                       const std::optional<Background>& background, Load_Limits& limits, std::vector<std::string>& warnings);
 
 // Settings whose aim is in the coordinates of the file, for an image of that size and the finished mesh. None when the aim has no
 // direction, or none that points up.

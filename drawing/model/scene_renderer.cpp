@@ -31,7 +31,7 @@ Scene_Renderer::Scene_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 
     if (numbered) {
         numbers_.resize(strips.triangle_order.size());
         std::ranges::transform(strips.triangle_order, numbers_.begin(),
-                               [](std::uint32_t triangle) { return color_of(0xFF000000U | (triangle + 1)); });
+                               [](std::uint32_t triangle) { return color_of_number(triangle + 1); });
     }
     const std::vector<std::uint32_t> finishes =
         own_colors && has_finishes(mesh) ? vertex_materials(mesh) : std::vector<std::uint32_t>();
@@ -124,11 +124,12 @@ void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const 
     projection_.project(positions_, camera, grid.frame, threads_);
     cull_backs_ = settings.culling == Culling::back || (hides_backs_ && !projection_.any_before);
     const Surfaces& tinted = flat_ ? faces_ : vertices_;
-    if (!unlit_) {
+    const bool has_tints = !unlit_ && !numbers_only_;
+    if (has_tints) {
         tints_.resize(tinted, !cull_backs_);
     }
     // Tints and strips need the projection but not each other.
-    const std::size_t tints = unlit_ ? 0 : part_count(tinted.size(), threads_, least_part);
+    const std::size_t tints = has_tints ? part_count(tinted.size(), threads_, least_part) : 0;
     parts_.resize(part_count(strip_vertices_.size(), threads_, least_part));
     const auto strip_at = [&](std::size_t part) {
         const std::size_t place = strip_vertices_.size() * part / parts_.size();

@@ -19,6 +19,14 @@
 
 namespace vorna::drawing::model {
 
+// Numbers as colours: red is the high byte of 24 bits, and alpha has the others, so that small numbers are opaque.
+constexpr VT_RGB32 color_of_number(std::uint32_t number) noexcept {
+    return color_of(number ^ 0xFF000000U);
+}
+constexpr std::uint32_t number_of_color(VT_RGB32 color) noexcept {
+    return word_of(color) ^ 0xFF000000U;
+}
+
 class Scene_Renderer final : public Scene {
 public:
     // base_color: of vertices without a colour of their own; of all with own_colors off. numbered: whether draw_numbers is
@@ -33,8 +41,7 @@ public:
 
     void prepare(const Tile_Grid& grid, const Camera& camera, const Model_Look& settings) override;
     void draw(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const override;
-    // Draws each triangle of the prepared picture in a colour of its own, 1 + its number in the mesh; red is the high byte.
-    // That fits 2^24 - 2 triangles.
+    // Draws each triangle of the prepared picture in the colour of 1 + its number in the mesh.
     void draw_numbers(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std::size_t tile) const;
     std::uint64_t prepared_memory() const noexcept override { return 40 * points_.size() + 24 * strip_vertices_.size(); }
 

@@ -100,6 +100,19 @@ void refuse(std::string_view name, const std::string& expected, const std::strin
     throw py::value_error(std::string(name) + ": expected " + expected + ", found " + found);
 }
 
+py::str text_of(std::string_view text) {
+    return py::reinterpret_steal<py::str>(
+        PyUnicode_DecodeUTF8(text.data(), static_cast<py::ssize_t>(text.size()), "surrogateescape"));
+}
+
+py::list texts_of(const std::vector<std::string>& texts) {
+    py::list list;
+    for (const std::string& text : texts) {
+        list.append(text_of(text));
+    }
+    return list;
+}
+
 std::string description_of(const py::array& array) {
     return py::str(array.attr("shape")).cast<std::string>() + " " + py::str(array.dtype()).cast<std::string>();
 }

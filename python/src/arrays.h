@@ -19,6 +19,10 @@ namespace py = pybind11;
 
 // Throws ValueError: "NAME: expected EXPECTED, found FOUND".
 [[noreturn]] void refuse(std::string_view name, const std::string& expected, const std::string& found);
+// A text of the library as Python's. Bytes of file names that are not UTF-8 become what os.fsdecode makes of them.
+py::str text_of(std::string_view text);
+py::list texts_of(const std::vector<std::string>& texts);
+
 // The shape and the type of an array for messages: "(3, 2) float64".
 std::string description_of(const py::array& array);
 

@@ -119,10 +119,7 @@ constexpr Attribute attributes_by_name[] = {
 Texture::Texture(const py::array& image) : material(new VT_Basic_Material) {
     const drawing::Image_Samples samples = texture_samples_of(image);
     std::vector<VT_RGB32> pixels(static_cast<std::size_t>(samples.width) * static_cast<std::size_t>(samples.height));
-    for (std::size_t i = 0; i < pixels.size(); ++i) {
-        const std::uint8_t* from = samples.bytes.get() + 4 * i;
-        pixels[i] = {from[2], from[1], from[0], from[3]};
-    }
+    drawing::exchange_red_and_blue(samples.bytes.get(), pixels.size(), reinterpret_cast<std::uint8_t*>(pixels.data()));
     material->texture = VT_Reference<const VT_Shared_Image>(
         new VT_Shared_Image(samples.width, samples.height, Buffer_Format::rgb32, 4 * samples.width,
                             reinterpret_cast<std::uint8_t*>(pixels.data()), true, false));

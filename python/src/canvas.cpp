@@ -8,6 +8,12 @@
 
 namespace vorna::python {
 
+namespace {
+
+constexpr unsigned most_threads = 1024;
+
+} // namespace
+
 Module& installed_module() {
     static Module* const module = new Module(Module::installed_path()); // canvases may outlive everything else
     return *module;
@@ -26,6 +32,10 @@ Canvas_Settings canvas_settings_of(const Options& options) {
     options.flag("indexed", settings.indexed);
     options.flag("depth", settings.depth_buffer);
     options.flag("blending", settings.alpha_blending);
+    options.number("threads", settings.threads);
+    if (settings.threads > most_threads) {
+        refuse("threads", "0 to " + std::to_string(most_threads), std::to_string(settings.threads));
+    }
     if (const py::object palette = options["palette"]; !palette.is_none()) {
         py::object kept;
         const Rows_View rows = rows_of("palette", palette, kept);
@@ -89,7 +99,7 @@ py::object Canvas_Object::buffer(bool of_depths) {
         return py::none();
     }
     using Holder = VT_Reference<const Frame_Buffer>;
-    const Holder buffer(of_depths ? &canvas().depth_buffer() : &canvas().color_buffer());
+    const Holder buffer = locked([&] { return Holder(of_depths ? &canvas().depth_buffer() : &canvas().color_buffer()); });
     std::vector<py::ssize_t> shape{buffer->height, buffer->width};
     std::vector<py::ssize_t> strides{buffer->bytes_per_row, bytes_per_pixel(buffer->format)};
     if (buffer->format == Buffer_Format::rgb32) {
@@ -102,25 +112,22 @@ py::object Canvas_Object::buffer(bool of_depths) {
     return py::array(type, shape, strides, buffer->rows[buffer->height - 1], owner);
 }
 
-// Another thread may begin a recording, which makes a new canvas, while this one waits or copies.
 py::tuple Canvas_Object::copied() {
-    const VT_Reference<const Frame_Buffer> buffer(&canvas().color_buffer());
-    const bool indexed = buffer->format == Buffer_Format::index8;
-    drawing::Image_Samples image = drawing::make_samples(
-        indexed ? drawing::Image_Samples::Kind::indices : drawing::Image_Samples::Kind::colors, buffer->width, buffer->height);
-    locked([&] {
-        std::uint8_t* to = image.bytes.get();
-        for (std::int32_t row = buffer->height - 1; row >= 0; --row) {
-            const std::uint8_t* from = buffer->rows[row];
+    const drawing::Image_Samples image = locked([&] {
+        const Frame_Buffer& buffer = canvas().color_buffer();
+        const bool indexed = buffer.format == Buffer_Format::index8;
+        drawing::Image_Samples copy = drawing::make_samples(
+            indexed ? drawing::Image_Samples::Kind::indices : drawing::Image_Samples::Kind::colors, buffer.width, buffer.height);
+        const auto width = static_cast<std::size_t>(buffer.width);
+        std::uint8_t* to = copy.bytes.get();
+        for (std::int32_t row = buffer.height - 1; row >= 0; --row, to += width * copy.pixel_bytes()) {
             if (indexed) {
-                to = std::copy_n(from, buffer->width, to);
-                continue;
-            }
-            for (std::int32_t x = 0; x < buffer->width; ++x, from += 4, to += 4) {
-                const std::uint8_t pixel[] = {from[2], from[1], from[0], from[3]};
-                std::copy_n(pixel, 4, to);
+                std::copy_n(buffer.rows[row], width, to);
+            } else {
+                drawing::exchange_red_and_blue(buffer.rows[row], width, to);
             }
         }
+        return copy;
     });
     return py::make_tuple(array_of(image), palette());
 }
@@ -193,6 +200,7 @@ void add_canvas(py::module_& module) {
                const py::kwargs& attributes) { canvas.ellipse(center, radii, start, end, rotation, false, attributes); },
             arg("center"), arg("radii"), arg("start") = 0.0, arg("end") = whole_turn, arg("rotation") = 0.0)
         .def("image", &Canvas_Object::image, arg("pixels"), arg("at"))
+        .def("flush", &Canvas_Object::flush)
         .def("set", [](Canvas_Object& canvas, const py::kwargs& attributes) { canvas.set(attributes); })
         .def("_exchange",
              [](Canvas_Object& canvas, const py::kwargs& attributes) { return Saved_Attributes{canvas.set(attributes)}; })

@@ -76,9 +76,13 @@ public:
     void end() {
         locked([&] {
             require_picture("end");
-            canvas().end_picture();
             has_begun_ = false;
+            canvas().end_picture();
         });
+    }
+
+    void flush() {
+        locked([&] { canvas().flush(); });
     }
 
     void polyline(const py::object& points, const py::object& colors, const py::kwargs& attributes) {
@@ -179,7 +183,8 @@ public:
 
     void set_depth_mode(const py::object& test, const py::object& write);
 
-    // The buffer of colours or of depths, if there is one: an array that shares and keeps its memory.
+    // The buffer of colours or of depths, if there is one: an array that shares and keeps its memory, with everything that was
+    // drawn.
     py::object buffer(bool of_depths);
 
     // A copy: (pixels, palette).
@@ -296,10 +301,7 @@ private:
                                      {{reinterpret_cast<const std::uint16_t*>(samples.bytes.get()), count}, size});
         } else if (samples.kind == Kind::colors) {
             colors_.resize(count);
-            for (std::size_t i = 0; i < count; ++i) {
-                const std::uint8_t* from = samples.bytes.get() + 4 * i;
-                colors_[i] = {from[2], from[1], from[0], from[3]};
-            }
+            drawing::exchange_red_and_blue(samples.bytes.get(), count, reinterpret_cast<std::uint8_t*>(colors_.data()));
             VD_Draw_DCI_RGB32_Image(target, top_left, {colors_, size});
         } else {
             throw std::invalid_argument("pixels: expected colours, indices or depths, found int32");

@@ -1,6 +1,4 @@
 // Maps and drawings.
-#include <mutex>
-
 #include <pybind11/stl.h>
 
 #include "python/src/module.h"
@@ -97,6 +95,17 @@ Map_Settings map_settings_of(const Options& options) {
     return settings;
 }
 
+// Files beside that of the map.
+std::vector<Used_File> files_of(const Map_Settings& settings) {
+    std::vector<Used_File> files;
+    for (const std::string& file : {settings.overlay, settings.font}) {
+        if (!file.empty()) {
+            files.push_back({file});
+        }
+    }
+    return files;
+}
+
 // One thread at a time lays out and draws.
 class Map_Object {
 public:
@@ -105,20 +114,17 @@ public:
     // (pixels, palette)
     py::tuple draw(const py::dict& options) {
         const drawing::Image_Settings settings = image_settings_of(Options(options));
-        const drawing::Image_Samples image = unlocked({}, [&] {
-            const std::lock_guard lock(mutex_);
-            return drawing::make_samples(map_, settings);
-        });
+        const drawing::Image_Samples image =
+            unlocked({}, [&] { return turn_([&] { return drawing::make_samples(map_, settings); }); });
         return py::make_tuple(array_of(image), palette_array(image.palette));
     }
     std::vector<std::string> warnings() {
         const py::gil_scoped_release released;
-        const std::lock_guard lock(mutex_);
-        return map_.warnings();
+        return turn_([&] { return map_.warnings(); });
     }
 
 private:
-    std::mutex mutex_;
+    Turn turn_;
     drawing::Map map_;
 };
 
@@ -129,20 +135,18 @@ void add_maps(py::module_& module) {
         .def_static("of_file",
                     [](const std::string& file, const py::dict& options) {
                         const Map_Settings settings = map_settings_of(Options(options));
-                        std::vector<std::string> files{file};
-                        if (!settings.overlay.empty()) {
-                            files.push_back(settings.overlay);
-                        }
+                        std::vector<Used_File> files = files_of(settings);
+                        files.insert(files.begin(), {file});
                         return unlocked(files, [&] { return std::make_unique<Map_Object>(drawing::Map(file, settings)); });
                     })
         .def_static("of_text",
                     [](const std::string& name, const std::string& format, const std::string& text, const py::dict& options) {
                         const Map_Settings settings = map_settings_of(Options(options));
-                        return unlocked({},
+                        return unlocked(files_of(settings),
                                         [&] { return std::make_unique<Map_Object>(drawing::Map(name, format, text, settings)); });
                     })
         .def("draw", &Map_Object::draw)
-        .def_property_readonly("warnings", &Map_Object::warnings);
+        .def_property_readonly("warnings", [](Map_Object& map) { return texts_of(map.warnings()); });
 }
 
 } // namespace vorna::python

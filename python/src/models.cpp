@@ -166,23 +166,7 @@ Mesh mesh_of(const Options& options) {
         if (mesh.coordinates.empty()) {
             throw drawing::Usage_Error("texture: expected uv with it");
         }
-        const drawing::Image_Samples samples = texture_samples_of(py::array(texture));
-        Image_Source image;
-        image.name = "texture";
-        image.embedded = true;
-        image.width = samples.width;
-        image.height = samples.height;
-        image.bytes.resize(samples.size());
-        for (std::size_t i = 0; i < samples.size(); i += 4) {
-            const std::uint8_t* from = samples.bytes.get() + i;
-            const std::uint8_t pixel[] = {from[2], from[1], from[0], from[3]};
-            std::memcpy(&image.bytes[i], pixel, sizeof pixel);
-        }
-        mesh.images.push_back(std::move(image));
-        Material material;
-        material.image = 0;
-        mesh.materials.push_back(material);
-        mesh.triangle_materials.assign(mesh.triangle_count(), 0);
+        drawing::add_texture(mesh, texture_samples_of(py::array(texture)));
     }
     return mesh;
 }
@@ -209,8 +193,7 @@ public:
     py::tuple draw(const py::dict& camera, std::pair<std::int32_t, std::int32_t> size, bool colors, bool depths, bool faces) {
         const Camera_Settings settings = camera_of(Options(camera));
         const drawing::Model_Image image = unlocked({}, [&] {
-            const std::lock_guard lock(mutex_);
-            return images_.draw(settings, {size.first, size.second}, {colors, depths, faces});
+            return turn_([&] { return images_.draw(settings, {size.first, size.second}, {colors, depths, faces}); });
         });
         return py::make_tuple(array_of(image.colors), palette_array(image.colors.palette), array_of(image.depths),
                               array_of(image.faces), image.near, image.far);
@@ -218,13 +201,12 @@ public:
 
     std::vector<std::string> warnings() {
         const py::gil_scoped_release released;
-        const std::lock_guard lock(mutex_);
-        return images_.warnings();
+        return turn_([&] { return images_.warnings(); });
     }
 
 private:
     std::shared_ptr<const Model> model_;
-    std::mutex mutex_;
+    Turn turn_;
     drawing::Model_Images images_;
 };
 
@@ -253,7 +235,7 @@ void add_models(py::module_& module) {
         .def_static("of_files",
                     [](const std::vector<std::string>& files, const py::dict& options) {
                         const drawing::Reading reading = reading_of(Options(options));
-                        return unlocked(files, [&] { return std::make_shared<Model>(files, reading); });
+                        return unlocked({files.begin(), files.end()}, [&] { return std::make_shared<Model>(files, reading); });
                     })
         .def_static("of_arrays",
                     [](const std::vector<py::dict>& meshes, const py::dict& options) {
@@ -272,13 +254,13 @@ void add_models(py::module_& module) {
         .def_property_readonly("triangle_count", &Model::triangle_count)
         .def_property_readonly("line_count", &Model::line_count)
         .def_property_readonly("point_count", &Model::point_count)
-        .def_property_readonly("warnings", &Model::warnings);
+        .def_property_readonly("warnings", [](const Model& model) { return texts_of(model.warnings()); });
     py::class_<Model_Painter>(module, "Model_Painter")
         .def(py::init([](std::shared_ptr<Model> model, const py::dict& options) {
             return std::make_unique<Model_Painter>(std::move(model), Options(options));
         }))
         .def("draw", &Model_Painter::draw)
-        .def_property_readonly("warnings", &Model_Painter::warnings);
+        .def_property_readonly("warnings", [](Model_Painter& painter) { return texts_of(painter.warnings()); });
 }
 
 } // namespace vorna::python

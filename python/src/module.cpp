@@ -1,8 +1,13 @@
 // The extension module: exceptions, images and recordings.
 #include "python/src/module.h"
 
-#include <pybind11/stl.h>
+#include <cerrno>
+#include <filesystem>
 
+#include <pybind11/stl.h>
+#include <unistd.h>
+
+#include "drawing/files/usage_error.h"
 #include "vorna/version.h"
 
 namespace vorna::python {
@@ -27,9 +32,47 @@ std::optional<Tolerance> tolerance_of(const py::object& value) {
     }
 }
 
+// The error that opening a file gives; 0 = none. Files are written under another name in their folder first.
+int error_of(const Used_File& file) {
+    std::error_code unknown;
+    const std::filesystem::path path(file.name), folder = path.has_parent_path() ? path.parent_path() : ".";
+    if (file.name == "-") {
+        return 0;
+    }
+    if (std::filesystem::is_directory(path, unknown)) {
+        return EISDIR;
+    }
+    if (file.is_written && !std::filesystem::is_directory(folder, unknown)) {
+        return std::filesystem::exists(folder, unknown) ? ENOTDIR : ENOENT;
+    }
+    const bool is_allowed = file.is_written ? access(folder.c_str(), W_OK | X_OK) == 0 : access(path.c_str(), R_OK) == 0;
+    return is_allowed ? 0 : errno;
+}
+
+PyObject* kind_of(const File_Error& error) {
+    switch (error.number) {
+    case ENOENT:
+        return PyExc_FileNotFoundError;
+    case EISDIR:
+        return PyExc_IsADirectoryError;
+    case ENOTDIR:
+        return PyExc_NotADirectoryError;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        return PyExc_PermissionError;
+    default:
+        return PyExc_OSError;
+    }
+}
+
+void set_error(PyObject* kind, const std::exception& error) {
+    PyErr_SetObject(kind, text_of(error.what()).ptr());
+}
+
 // (same, text, count, most)
 py::tuple tuple_of(const Comparison& comparison) {
-    return py::make_tuple(comparison.is_same, comparison.text, comparison.count, comparison.most);
+    return py::make_tuple(comparison.is_same, text_of(comparison.text), comparison.count, comparison.most);
 }
 
 // (pixels, palette, depths, report)
@@ -39,6 +82,14 @@ py::tuple tuple_of(const drawing::Replay_Image& image) {
 
 } // namespace
 
+void throw_file_error(const std::vector<Used_File>& files, const char* message) {
+    for (const Used_File& file : files) {
+        if (const int number = error_of(file); number != 0) {
+            throw File_Error(number, message);
+        }
+    }
+}
+
 void add_images(py::module_& module) {
     module.def("png_of", [](const py::array& array, const py::object& palette) {
         const drawing::Image_Samples image = samples_of(array, palette);
@@ -46,14 +97,14 @@ void add_images(py::module_& module) {
     });
     module.def("write_image", [](const std::string& file, const py::array& array, const py::object& palette) {
         const drawing::Image_Samples image = samples_of(array, palette);
-        unlocked({}, [&] { drawing::write_samples(file, image); });
+        unlocked({{file, true}}, [&] { drawing::write_samples(file, image); });
     });
     module.def("digest_of", [](const py::array& array) {
         const drawing::Image_Samples image = samples_of(array, py::none());
         return unlocked({}, [&] { return drawing::digest_of(image); });
     });
     module.def("read_image", [](const std::string& file, std::uint64_t max_memory) {
-        const drawing::Image_Samples image = unlocked({file}, [&] { return drawing::read_samples(file, max_memory); });
+        const drawing::Image_Samples image = unlocked({{file}}, [&] { return drawing::read_samples(file, max_memory); });
         return py::make_tuple(array_of(image), palette_array(image.palette));
     });
     module.def("compare_arrays", [](const py::array& a, const py::object& palette_a, const py::array& b,
@@ -64,10 +115,10 @@ void add_images(py::module_& module) {
     });
     module.def("compare_files", [](const std::string& a, const std::string& b, const py::object& tolerance) {
         const std::optional<Tolerance> allowed = tolerance_of(tolerance);
-        return tuple_of(unlocked({a, b}, [&] { return drawing::compare_files(a, b, allowed); }));
+        return tuple_of(unlocked({{a}, {b}}, [&] { return drawing::compare_files(a, b, allowed); }));
     });
     module.def("replay_file", [](const std::string& file, std::uint64_t max_memory) {
-        return tuple_of(unlocked({file}, [&] { return drawing::replay_file(file, {max_memory, {}}); }));
+        return tuple_of(unlocked({{file}}, [&] { return drawing::replay_file(file, {max_memory, {}}); }));
     });
     module.def("replay_text", [](const std::string& name, const std::string& text, std::uint64_t max_memory) {
         return tuple_of(unlocked({}, [&] { return drawing::replay_text(name, text, {max_memory, {}}); }));
@@ -87,16 +138,18 @@ PYBIND11_MODULE(_vorna, module) {
     py::register_exception_translator([](std::exception_ptr exception) {
         try {
             std::rethrow_exception(std::move(exception));
-        } catch (const File_Not_Found& error) {
-            PyErr_SetString(PyExc_FileNotFoundError, error.what());
+        } catch (const File_Error& error) {
+            set_error(kind_of(error), error);
         } catch (const vorna::drawing::Usage_Error& error) {
-            PyErr_SetString(PyExc_ValueError, error.what());
+            set_error(PyExc_ValueError, error);
+        } catch (const std::length_error& error) {
+            set_error(PyExc_MemoryError, error);
         } catch (const std::invalid_argument& error) {
-            PyErr_SetString(PyExc_ValueError, error.what());
+            set_error(PyExc_ValueError, error);
         } catch (const py::builtin_exception&) {
             throw;
         } catch (const std::runtime_error& error) {
-            failure(error.what());
+            set_error(failure.ptr(), error);
         }
     });
     add_images(module);

@@ -48,7 +48,7 @@ public:
     }
     void text(const char* name, std::string& member) const {
         if (const py::object value = (*this)[name]; !value.is_none()) {
-            if (!py::isinstance<py::str>(value)) {
+            if (!py::isinstance<py::str>(value) && !py::isinstance<py::bytes>(value)) { // bytes: of a path
                 refuse(name, "a text", py::repr(value).cast<std::string>());
             }
             member = value.cast<std::string>();

@@ -24,13 +24,17 @@ class Canvas(_vorna.Canvas):
     width (of lines, in pixels), style, cap, join, smooth, symbol, marker_size, pattern (0 to 73; 64 is solid), opaque_pattern,
     depth_test, clip (left, bottom, right, top, inclusive; None = the whole), texture.
 
-    One thread at a time draws on a canvas, while other canvases may be drawn on by other threads at once: drawing releases the
+    threads: that draw; None = as many as there are processors. The pixels do not depend on them. With more than one, calls keep copies
+    of their arrays, and the threads draw when the picture ends, when pixels or depths are taken from the canvas, and for flush(). An
+    array that was taken earlier does not have what was drawn since until then.
+
+    One thread of the program at a time draws on a canvas, while other canvases may be drawn on by others at once: drawing releases the
     interpreter's lock. Raises ValueError for wrong arguments and vorna.Error outside of a picture.
     """
 
-    def __init__(self, size, *, depth=False, colors=32, blending=False, palette=None):
+    def __init__(self, size, *, depth=False, colors=32, blending=False, palette=None, threads=1):
         super().__init__({"size": size_of(size, most=16384), "depth": depth, "indexed": colors_option(colors), "blending": blending,
-                          "palette": palette})
+                          "palette": palette, "threads": 0 if threads is None else threads})
 
     @contextlib.contextmanager
     def picture(self, background=None):
@@ -138,7 +142,7 @@ def replay(document, *, max_memory=0):
         return document.replay(max_memory)
     if isinstance(document, dict):
         return _replayed(_vorna.replay_text("document", json.dumps(document), max_memory))
-    return _replayed(_vorna.replay_file(os.fspath(document), max_memory))
+    return _replayed(_vorna.replay_file(os.fsencode(document), max_memory))
 
 
 def _replayed(result):

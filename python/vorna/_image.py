@@ -60,6 +60,21 @@ class Image:
             return pixels.astype(dtype)
         return pixels.copy() if copy else pixels
 
+    # Of the samples' memory, for programs that take arrays without numpy.
+
+    @property
+    def __array_interface__(self):
+        return self._samples().__array_interface__
+
+    def __buffer__(self, flags, /):
+        return memoryview(self._samples())
+
+    def __dlpack__(self, **options):
+        return self._samples().__dlpack__(**options)
+
+    def __dlpack_device__(self):
+        return self._samples().__dlpack_device__()
+
     @property
     def shape(self):
         return self._samples().shape
@@ -103,9 +118,10 @@ class Image:
     def save(self, path):
         """Writes a file in the format of its suffix: png, jpeg, webp, tiff, pdf, ppm or raw. The bytes are those of the command.
 
-        Raises ValueError for an image that the format cannot hold and vorna.Error for a file that cannot be written.
+        Raises ValueError for an image that the format cannot hold, OSError for a place where the system allows no file, and vorna.Error
+        for other failures.
         """
-        _vorna.write_image(os.fspath(path), self._samples(), self.palette)
+        _vorna.write_image(os.fsencode(path), self._samples(), self.palette)
 
     def digest(self):
         """The SHA-256 of the samples in hexadecimal digits, which `vorna render --hash` prints."""
@@ -150,7 +166,7 @@ def compare(a, b, tolerance=None):
     Raises ValueError for a file that is not a PNG file, FileNotFoundError for a missing one.
     """
     if _is_path(a) and _is_path(b):
-        return Comparison(*_vorna.compare_files(os.fspath(a), os.fspath(b), tolerance))
+        return Comparison(*_vorna.compare_files(os.fsencode(a), os.fsencode(b), tolerance))
     first, second = (_samples_of(read(value) if _is_path(value) else value) for value in (a, b))
     return Comparison(*_vorna.compare_arrays(*first, *second, tolerance))
 
@@ -160,4 +176,4 @@ def read(path, max_memory=0):
 
     max_memory: bytes that reading may take; 0 = as the command. Raises ValueError for a file that is none of them.
     """
-    return Image(*_vorna.read_image(os.fspath(path), max_memory))
+    return Image(*_vorna.read_image(os.fsencode(path), max_memory))

@@ -16,11 +16,12 @@ class Map:
                  casing_width=2, marker_color=None, marker_size=7, labels=False, label_size=12, label_color=None, font=None,
                  overlay=None, overlay_color=None):
         options = {name: value for name, value in locals().items() if name not in ("self", "source")}
-        options["overlay"] = None if overlay is None else os.fspath(overlay)
+        options["overlay"] = None if overlay is None else os.fsencode(overlay)
+        options["font"] = None if font is None else os.fsencode(font)
         if isinstance(source, dict):
             self._map = _vorna.Map.of_text("map", "json", json.dumps(source), options)
         else:
-            self._map = _vorna.Map.of_file(os.fspath(source), options)
+            self._map = _vorna.Map.of_file(os.fsencode(source), options)
 
     def render(self, *, size=(1280, 0), background="white", colors=32, supersample=0, smooth_lines=False, threads=None,
                max_memory=1 << 30):

@@ -32,7 +32,7 @@ class Model:
         options = {"crease": crease, "threads": threads, "max_memory": max_memory, "outside_of_folder": outside_of_folder,
                    "allow_empty": allow_empty}
         meshes = mesh if isinstance(mesh, list) else [mesh]
-        files = [os.fspath(part) for part in meshes if isinstance(part, (str, os.PathLike))]
+        files = [os.fsencode(part) for part in meshes if isinstance(part, (str, os.PathLike))]
         if files and len(files) != len(meshes):
             raise ValueError("mesh: expected files or arrays, found both")
         if files:

@@ -14,7 +14,7 @@ def render(mesh, *, size=(1280, 960), camera=None, shading="auto", threads=None,
     as the command, 1 GiB for the image.
 
     What is made: pixels, the colours; depth, image.depth; ids, image.ids, the numbers of faces through all meshes of a list. Depths
-    and numbers are of faces alone, neither supersampled nor smoothed; a numbered model has at most 16,777,214 triangles.
+    and numbers are of faces alone, neither supersampled nor smoothed.
 
     shading: auto, flat, gouraud, textured, wireframe or hidden-line. look: plain or studio. background: a colour, a pair of them for a
     gradient from the top down, or None for a transparent image. colors: bits a pixel; with 8 the image has indices and a palette.

@@ -14,11 +14,18 @@
 
 inline constexpr std::int32_t width = 96, height = 72;
 
+struct Pair_Settings {
+    bool is_indexed;
+    std::uint32_t threads; // of the C canvas; the other has one
+};
+
 // One canvas of each interface, with the same settings and attributes.
 class Pair {
 public:
-    explicit Pair(bool is_indexed) : canvas_(module_, settings(is_indexed)) {
+    explicit Pair(Pair_Settings wanted) : canvas_(module_, settings(wanted.is_indexed)) {
+        const bool is_indexed = wanted.is_indexed;
         vorna_canvas_settings given = c_settings(width, height);
+        given.threads = wanted.threads;
         given.origin_x = -7;
         given.origin_y = 5;
         given.indexed = is_indexed;

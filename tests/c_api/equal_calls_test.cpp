@@ -155,7 +155,7 @@ void draw_lists(Pair& pair) {
     FORMS(DRAW_FORM)
 }
 
-class Each_Format : public testing::TestWithParam<bool> {};
+class Each_Format : public testing::TestWithParam<Pair_Settings> {};
 
 TEST_P(Each_Format, lists_draw_what_the_library_draws) {
     Pair pair(GetParam());
@@ -311,7 +311,12 @@ TEST_P(Each_Format, buffers_and_images_read_what_was_drawn) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(C_Calls, Each_Format, testing::Bool(),
-                         [](const auto& tested) { return tested.param ? "indexed" : "colors"; });
+INSTANTIATE_TEST_SUITE_P(C_Calls, Each_Format,
+                         testing::Values(Pair_Settings{false, 1}, Pair_Settings{true, 1}, Pair_Settings{false, 3},
+                                         Pair_Settings{true, 3}),
+                         [](const auto& tested) {
+                             return std::string(tested.param.is_indexed ? "indexed" : "colors") +
+                                    (tested.param.threads > 1 ? "_by_threads" : "");
+                         });
 
 } // namespace

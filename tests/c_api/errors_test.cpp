@@ -265,6 +265,10 @@ TEST(C_Errors, an_interrupt_ends_a_file_that_is_being_written) {
     EXPECT_EQ(vorna_last_message(), file + ": interrupted by a signal");
     EXPECT_GE(interrupts, 1);
     EXPECT_FALSE(std::filesystem::exists(file));
+    // The program goes on, and so does what it draws.
+    settings.width = settings.height = 40;
+    EXPECT_OK(vorna_model_render_file(model, nullptr, &settings, file.c_str(), nullptr));
+    EXPECT_TRUE(std::filesystem::exists(file));
     vorna_model_free(model);
 }
 

@@ -1,8 +1,8 @@
 # Canvases: what is drawn where, arrays of all kinds, attributes, threads.
+import json
 import subprocess
 import sys
 import threading
-import time
 
 import numpy as np
 import pytest
@@ -265,26 +265,36 @@ def test_threads_draw_at_once_on_canvases_of_their_own_and_wait_on_shared_ones()
     assert np.array_equal(shared.pixels, expected.pixels)
 
 
-def test_drawing_releases_the_lock():
-    canvas = vorna.Canvas((2000, 2000))
-    points = np.random.default_rng(3).integers(0, 2000, (1000, 3), np.int32)
-    ticks = []
-    done = threading.Event()
-
-    def tick():
-        while not done.is_set():
-            ticks.append(time.perf_counter())
-            time.sleep(0.001)
-
-    thread = threading.Thread(target=tick)
-    thread.start()
-    with canvas.picture("white"):
-        start = time.perf_counter()
-        canvas.strip(points)
-        end = time.perf_counter()
-    done.set()
-    thread.join()
-    assert sum(start < t < end for t in ticks) >= 3, (start, end)  # a call of many milliseconds
+def test_threads_of_a_canvas_draw_the_same_pixels():
+    random = np.random.default_rng(3)
+    strip = random.integers(0, 300, (400, 3), np.int32)
+    colors = random.integers(0, 256, (400, 3), np.uint8)
+    noise = random.integers(0, 256, (40, 50, 4), np.uint8)
+    found = []
+    for threads in (1, 3, None):
+        canvas = vorna.Canvas((300, 200), depth=True, blending=True, threads=threads)
+        with canvas.record() as recording, canvas.picture("white"):
+            points = strip.copy()
+            canvas.strip(points, colors)
+            points[:] = 0  # the canvas has a copy
+            canvas.polyline(strip[:90], color=(255, 0, 0, 100), width=5, style="dashed")
+            canvas.depth_mode(test="farther")
+            canvas.image(noise, (30, 120))
+            within = canvas.pixels.copy()  # what was drawn so far
+            pixels = canvas.pixels
+            canvas.ellipse((150, 100), (60, 40), color="navy", depth_test=False)
+            canvas.flush()
+            assert not np.array_equal(pixels, within)
+            canvas.image(canvas.pixels[50:90, 20:80], (200, 90))
+        found.append((canvas.pixels.copy(), canvas.depth.copy(), within, np.asarray(canvas.to_image()),
+                      json.loads(recording.text)["calls"]))
+        assert recording.replay().compare(canvas.to_image())
+    for others in found[1:]:
+        for mine, other in zip(found[0], others):
+            assert np.array_equal(mine, other) if isinstance(mine, np.ndarray) else mine == other
+    for threads in (-1, 1025, "many"):
+        with pytest.raises(ValueError, match="threads: expected"):
+            vorna.Canvas((5, 5), threads=threads)
 
 
 def test_the_package_needs_numpy_alone():

@@ -244,7 +244,7 @@ def test_errors_are_the_lines_of_the_command(tmp_path, command, box):
     ):
         with pytest.raises(ValueError, match=message):
             vorna.render(mesh)
-    with pytest.raises(vorna.Error, match="cannot be written"):
+    with pytest.raises(FileNotFoundError, match="cannot be written"):
         vorna.render(box, size=SIZE).save(tmp_path / "no" / "folder.png")
     for pose, message in ((np.eye(3), r"pose: expected \(4, 4\)"), (np.eye(4) * 2, "pose: expected a rotation")):
         with pytest.raises(ValueError, match=message):
