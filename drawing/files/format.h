@@ -13,7 +13,8 @@ struct Mesh;
 }
 namespace map {
 struct Map;
-}
+struct Map_Query;
+} // namespace map
 
 struct Input;
 
@@ -34,8 +35,7 @@ struct Format {
     bool (*detect)(const Content_Probe& content) = nullptr;
     // The reader of the kind; of models null: the general reader, where there is one. Reading gives up the content.
     model::Mesh (*read_model)(Input& input, Load_Limits& limits) = nullptr;
-    // layer: of TopoJSON, the object to read; empty = the first one.
-    map::Map (*read_map)(const Input& input, const std::string& layer, Load_Limits& limits) = nullptr;
+    map::Map (*read_map)(const Input& input, const map::Map_Query& query, Load_Limits& limits) = nullptr;
 };
 
 } // namespace vorna::drawing

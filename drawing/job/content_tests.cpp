@@ -31,7 +31,37 @@ std::string_view take_line(std::string_view& text) {
     return without_blanks(line);
 }
 
+// The name of a document's first element without its prefix; empty for other texts.
+std::string_view first_element(std::string_view text) {
+    if (const std::size_t first = text.find_first_not_of(blanks); first == text.npos || text[first] != '<') {
+        return {};
+    }
+    for (std::size_t at = text.find('<'); at + 1 < text.size(); at = text.find('<', at + 1)) {
+        if (text.compare(at, 4, "<!--") == 0) {
+            at = std::min(text.find("-->", at), text.size() - 1);
+        } else if (text[at + 1] != '?' && text[at + 1] != '!') {
+            std::string_view name = text.substr(at + 1);
+            name = name.substr(0, name.find_first_of(" \t\r\n/>"));
+            return name.substr(name.find(':') + 1);
+        }
+    }
+    return {};
+}
+
 } // namespace
+
+bool is_kml(const Content_Probe& content) {
+    return first_element(content.text) == "kml";
+}
+
+bool is_gpx(const Content_Probe& content) {
+    return first_element(content.text) == "gpx";
+}
+
+bool is_gml(const Content_Probe& content) {
+    return content.text.substr(0, 4096).find("http://www.opengis.net/gml") != content.text.npos &&
+           !first_element(content.text).empty();
+}
 
 // Pairs of lines, the first of them a number; 999 is a comment.
 bool is_dxf(const Content_Probe& probe) {

@@ -27,6 +27,19 @@ constexpr bool is_vrml(const Content_Probe& content) {
     return content.text.starts_with("#VRML");
 }
 
+inline bool is_geopackage(const Content_Probe& content) {
+    return content.text.starts_with("SQLite format 3") && content.text.find("GP", 68) == 68;
+}
+
+constexpr bool is_flatgeobuf(const Content_Probe& content) {
+    return content.text.starts_with("fgb\3fgb");
+}
+
+// The name of the first element.
+bool is_kml(const Content_Probe& content);
+bool is_gpx(const Content_Probe& content);
+bool is_gml(const Content_Probe& content);
+
 bool is_dxf(const Content_Probe& content);
 bool is_stl(const Content_Probe& content);
 bool is_obj(const Content_Probe& content);

@@ -82,6 +82,22 @@ constexpr Format table[] = {
     {.suffix = "stl", .kind = Input_Kind::model, .has_z_up = true, .detect = is_stl, .read_model = read_content<model::read_stl>},
     {.suffix = "obj", .kind = Input_Kind::model, .detect = is_obj, .read_model = read_content<model::read_obj, true>},
     {.suffix = "wrl", .kind = Input_Kind::model, .detect = is_vrml, .read_model = read_vrml},
+#ifdef VORNA_WITH_GDAL
+    {.suffix = "shp", .kind = Input_Kind::map, .read_map = map::read_gdal_map},
+    {.suffix = "gpkg", .kind = Input_Kind::map, .detect = is_geopackage, .read_map = map::read_gdal_map},
+    {.suffix = "kml", .kind = Input_Kind::map, .detect = is_kml, .read_map = map::read_gdal_map},
+    {.suffix = "kmz", .kind = Input_Kind::map, .read_map = map::read_gdal_map},
+    {.suffix = "gpx", .kind = Input_Kind::map, .detect = is_gpx, .read_map = map::read_gdal_map},
+    {.suffix = "csv", .kind = Input_Kind::map, .read_map = map::read_gdal_map},
+    {.suffix = "geojsonl", .kind = Input_Kind::map, .read_map = map::read_gdal_map},
+    {.suffix = "geojsons", .kind = Input_Kind::map, .read_map = map::read_gdal_map},
+    {.suffix = "ndjson", .kind = Input_Kind::map, .read_map = map::read_gdal_map},
+    {.suffix = "jsonl", .kind = Input_Kind::map, .read_map = map::read_gdal_map},
+    {.suffix = "fgb", .kind = Input_Kind::map, .detect = is_flatgeobuf, .read_map = map::read_gdal_map},
+    {.suffix = "gml", .kind = Input_Kind::map, .detect = is_gml, .read_map = map::read_gdal_map},
+    {.suffix = "mif", .kind = Input_Kind::map, .read_map = map::read_gdal_map},
+    {.suffix = "tab", .kind = Input_Kind::map, .read_map = map::read_gdal_map},
+#endif
     // Others that the general reader knows, for completion.
     {.suffix = "3ds", .kind = Input_Kind::model},
     {.suffix = "dae", .kind = Input_Kind::model},

@@ -25,14 +25,15 @@ private:
 
 } // namespace
 
-Map read_geojson(const std::string& file, const Json& document, Load_Limits& limits) {
+Map read_geojson(const std::string& file, const Json& document, const Map_Query& query, Load_Limits& limits) {
     const Geojson_Reader reader(file, limits);
     const Place root;
     Map map;
+    Layer_Facts& layer = map.layers.emplace_back();
     const auto add_feature = [&](const Json& feature, const Place& place) {
         Shape& shape = map.shapes.emplace_back();
         reader.read_geometry(reader.member(feature, "geometry", place), {&place, "geometry"}, shape);
-        reader.read_properties(feature, place, shape);
+        reader.read_properties(feature, place, query, layer, shape);
     };
     if (!document.is_object() || !document.contains("type")) {
         throw Map_Error(file + ": expected GeoJSON or TopoJSON, found neither");
@@ -54,6 +55,7 @@ Map read_geojson(const std::string& file, const Json& document, Load_Limits& lim
     } else {
         reader.read_geometry(document, root, map.shapes.emplace_back());
     }
+    reader.read_system(document, layer);
     map.extent = reader.read_extent(document, root);
     return map;
 }

@@ -1,23 +1,30 @@
 // Geometry objects of GeoJSON and TopoJSON.
 #include "drawing/map/json_geometry.h"
 
-#include <cmath>
+#include <algorithm>
+#include <array>
 
-#include "drawing/image/color_name.h"
+#include "drawing/map/coordinate_system.h"
+#include "drawing/map/simple_style.h"
 
 namespace vorna::drawing::map {
 namespace {
 
 constexpr int deepest_collection = 32;
 
-std::optional<VT_RGB32> color_in(const Json& properties, const char* key) {
-    const auto found = properties.find(key);
-    return found != properties.end() && found->is_string() ? color_named(found->get_ref<const std::string&>()) : std::nullopt;
+Value value_of(const Json& value) {
+    if (value.is_string()) {
+        return value.get<std::string>();
+    }
+    if (value.is_boolean()) {
+        return value.get<bool>() ? 1.0 : 0.0;
+    }
+    return value.is_number() ? Value(value.get<double>()) : Value();
 }
 
-// A name or a number.
-std::string text_of(const Json& value) {
-    return value.is_string() ? value.get<std::string>() : value.is_number() ? value.dump() : "";
+Value value_of(const Json& object, const std::string& key) {
+    const auto found = object.find(key);
+    return found == object.end() ? Value() : value_of(*found);
 }
 
 } // namespace
@@ -138,9 +145,10 @@ void Json_Geometry_Reader::read_geometry(const Json& geometry, const Place& plac
     }
 }
 
-void Json_Geometry_Reader::read_properties(const Json& feature, const Place& place, Shape& shape) const {
+void Json_Geometry_Reader::read_properties(const Json& feature, const Place& place, const Map_Query& query, Layer_Facts& layer,
+                                           Shape& shape) const {
     if (const auto id = feature.find("id"); id != feature.end()) {
-        shape.id = text_of(*id);
+        shape.id = id->is_number() ? id->dump() : text_of(value_of(*id));
     }
     const auto found = feature.find("properties");
     if (found == feature.end() || found->is_null()) {
@@ -149,13 +157,44 @@ void Json_Geometry_Reader::read_properties(const Json& feature, const Place& pla
     if (!found->is_object()) {
         fail({&place, "properties"}, "an object or null", *found);
     }
-    for (const char* key : {"name", "NAME", "Name", "admin", "ADMIN"}) {
-        if (shape.name.empty() && found->contains(key)) {
-            shape.name = text_of((*found)[key]);
+    for (const char* key : name_keys) {
+        if (const auto value = found->find(key); shape.name.empty() && value != found->end()) {
+            shape.name = value->is_number() ? value->dump() : text_of(value_of(*value));
         }
     }
-    shape.fill = color_in(*found, "fill");
-    shape.stroke = color_in(*found, "stroke");
+    std::array<Value, simple_style_keys.size()> style;
+    std::ranges::transform(simple_style_keys, style.begin(), [&](const char* key) { return value_of(*found, key); });
+    set_simple_style(shape, style);
+    limits_.take_memory(file_, query.fields.size() * sizeof(Value));
+    for (const std::string& field : query.fields) {
+        shape.values.push_back(value_of(*found, field));
+    }
+    for (auto item = found->begin(); query.lists_fields && item != found->end(); ++item) {
+        auto known = std::ranges::find(layer.fields, item.key(), &Field_Facts::name);
+        if (known == layer.fields.end()) {
+            limits_.take_memory(file_, sizeof(Field_Facts) + item.key().size());
+            known = layer.fields.insert(known, {item.key(), ""});
+        }
+        limits_.take_work(file_, layer.fields.size());
+        if (!item->is_null() && known->type != "text") {
+            known->type = item->is_number() ? "number" : "text";
+        }
+    }
+}
+
+void Json_Geometry_Reader::read_system(const Json& document, Layer_Facts& layer) const {
+    const auto found = document.find("crs");
+    if (found == document.end() || found->is_null()) {
+        return;
+    }
+    // Links, which other files would have to answer, are not followed.
+    const Json::json_pointer name_place("/properties/name"), code_place("/properties/code");
+    const std::string text = found->contains(name_place)   ? text_of(value_of((*found)[name_place]))
+                             : found->contains(code_place) ? "EPSG:" + text_of(value_of((*found)[code_place]))
+                                                           : "";
+    const std::optional<std::string> system = coordinate_system_of(text);
+    layer.system = system.value_or("");
+    layer.refusal = system ? "" : text.empty() ? "crs without a name" : text;
 }
 
 std::optional<Extent> Json_Geometry_Reader::read_extent(const Json& object, const Place& place) const {

@@ -28,8 +28,10 @@ public:
 
     // Adds the geometry to the shape; null adds nothing.
     void read_geometry(const Json& geometry, const Place& place, Shape& shape) const { read_geometry(geometry, place, shape, 0); }
-    // Name, identity and colours of a feature or of a geometry with properties.
-    void read_properties(const Json& feature, const Place& place, Shape& shape) const;
+    // Name, identity, style and the query's values of a feature or of a geometry with properties.
+    void read_properties(const Json& feature, const Place& place, const Map_Query& query, Layer_Facts& layer, Shape& shape) const;
+    // The coordinate system that a document's member `crs` names.
+    void read_system(const Json& document, Layer_Facts& layer) const;
     std::optional<Extent> read_extent(const Json& object, const Place& place) const;
 
     // Throw Map_Error for a missing value and for one of another type.

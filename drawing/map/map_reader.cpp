@@ -1,6 +1,7 @@
 // Reads maps and drawings.
 #include "drawing/map/map_reader.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -61,14 +62,14 @@ void check_positions(const std::string& file, const Map& map) {
 
 } // namespace
 
-Map read_dxf_map(const Input& input, const std::string& layer, Load_Limits& limits) {
+Map read_dxf_map(const Input& input, const Map_Query& query, Load_Limits& limits) {
     std::string read;
     const std::string& content = content_of(input, read, limits);
-    check_layer(input, layer, false);
+    check_layer(input, query.layer, false);
     return read_dxf(input.name, content, limits);
 }
 
-Map read_json_map(const Input& input, const std::string& layer, Load_Limits& limits) {
+Map read_json_map(const Input& input, const Map_Query& query, Load_Limits& limits) {
     std::string read;
     const std::string& content = content_of(input, read, limits);
     const Load_Limits::Loan document_memory(limits, input.name, json_memory(content));
@@ -76,17 +77,33 @@ Map read_json_map(const Input& input, const std::string& layer, Load_Limits& lim
     // Moved, not copied: a copy recurses as deeply as the file nests.
     const auto type = document.is_object() ? document.find("type") : document.end();
     const bool topology = type != document.end() && *type == "Topology";
-    check_layer(input, layer, topology);
+    check_layer(input, query.layer, topology);
     if (document.is_object() && document.contains("picture")) {
         throw Map_Error(input.name + ": expected a map, found a recording; draw it with vorna replay");
     }
-    return topology ? read_topojson(input.name, document, layer, limits) : read_geojson(input.name, document, limits);
+    return topology ? read_topojson(input.name, document, query, limits) : read_geojson(input.name, document, query, limits);
 }
 
-Map load_map(const Input& input, const std::string& layer, Load_Limits& limits) {
+std::vector<std::string> comma_separated(const std::string& text) {
+    std::vector<std::string> parts;
+    for (std::size_t start = 0; start <= text.size();) {
+        const std::size_t end = std::min(text.find(',', start), text.size());
+        parts.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return parts;
+}
+
+Map load_map(const Input& input, const Map_Query& query, Load_Limits& limits) {
     try {
-        Map map = input.format->read_map(input, layer, limits);
+        Map map = input.format->read_map(input, query, limits);
         check_positions(input.name, map);
+        if (map.layers.empty()) {
+            map.layers.emplace_back();
+        }
+        for (Shape& shape : map.shapes) {
+            shape.values.resize(query.fields.size());
+        }
         return map;
     } catch (const std::bad_alloc&) {
         throw std::runtime_error(input.name + ": not enough memory to read it");

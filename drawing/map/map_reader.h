@@ -10,17 +10,24 @@
 
 namespace vorna::drawing::map {
 
-// input: of a format for maps. layer: the object of a TopoJSON file; empty = the first. Throws Map_Error, Load_Error, and what
-// read_file throws. Positions are finite, and small enough that sums and products of them are finite.
-Map load_map(const Input& input, const std::string& layer, Load_Limits& limits);
+// input: of a format for maps. Throws Map_Error, Load_Error, and what read_file throws. Positions are finite, and small enough
+// that sums and products of them are finite. Every shape has a value for each field of the query, and its layer is one of the
+// map's.
+Map load_map(const Input& input, const Map_Query& query, Load_Limits& limits);
 
-// The readers in the table of formats: JSON maps (GeoJSON or TopoJSON, detected by content), and DXF.
-Map read_json_map(const Input& input, const std::string& layer, Load_Limits& limits);
-Map read_dxf_map(const Input& input, const std::string& layer, Load_Limits& limits);
+// The readers in the table of formats: JSON maps (GeoJSON or TopoJSON, detected by content), DXF, and the formats that GDAL
+// reads.
+Map read_json_map(const Input& input, const Map_Query& query, Load_Limits& limits);
+Map read_dxf_map(const Input& input, const Map_Query& query, Load_Limits& limits);
+// With GDAL only.
+Map read_gdal_map(const Input& input, const Map_Query& query, Load_Limits& limits);
+
+// The parts of a text between commas.
+std::vector<std::string> comma_separated(const std::string& text);
 
 // The readers of each format; file: for messages. Throw Map_Error and Load_Error. Positions are not checked yet.
-Map read_geojson(const std::string& file, const nlohmann::ordered_json& document, Load_Limits& limits);
-Map read_topojson(const std::string& file, const nlohmann::ordered_json& document, const std::string& layer, Load_Limits& limits);
+Map read_geojson(const std::string& file, const nlohmann::ordered_json& document, const Map_Query& query, Load_Limits& limits);
+Map read_topojson(const std::string& file, const nlohmann::ordered_json& document, const Map_Query& query, Load_Limits& limits);
 Map read_dxf(const std::string& file, std::string_view content, Load_Limits& limits);
 
 } // namespace vorna::drawing::map

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "drawing/files/setting_names.h"
+#include "drawing/map/coordinate_system.h"
 #include "drawing/map/globe_cutter.h"
 #include "drawing/map/graticule.h"
 #include "drawing/map/label_font.h"
@@ -64,7 +65,7 @@ VT_Reference<const VT_Palette> palette_with(const std::vector<VT_RGB32>& wanted)
 Map_Scene::Map_Scene(const Input& input, const std::optional<Input>& overlay, const Map_Settings& settings, VT_RGB32 background,
                      std::shared_ptr<Load_Limits> limits)
     : settings_(settings), background_(background), limits_(std::move(limits)), file_(input.name),
-      map_(load_map(input, settings.layer, *limits_)), extent_(settings.bbox) {
+      map_(load_map(input, {settings.layer, {}}, *limits_)), extent_(settings.bbox) {
     if (extent_ && extent_->west > extent_->east) {
         if (map_.drawing) {
             throw Usage_Error(name_of(Setting::bbox) +
@@ -83,7 +84,10 @@ Map_Scene::Map_Scene(const Input& input, const std::optional<Input>& overlay, co
         if (!is_map(*overlay)) {
             throw Usage_Error(name_of(Setting::overlay) + ": expected a map or drawing, found " + overlay->name);
         }
-        overlay_map_ = load_map(*overlay, "", *limits_);
+        overlay_map_ = load_map(*overlay, {}, *limits_);
+        if (projection_->domain()) {
+            convert_to_degrees(overlay->name, overlay_map_, *limits_);
+        }
         overlay_.emplace(overlay->name, overlay_map_, *projection_, *limits_);
         overlay_style_ = overlay_style(overlay_map_);
     }
@@ -117,7 +121,9 @@ void Map_Scene::choose_projection(const Input& input) {
     if (map_.drawing && name != "plane") {
         throw Usage_Error(name_of(Setting::projection) + ": expected a map, found the drawing " + input.name);
     }
-    if (name == "plane") {
+    if (name != "plane") {
+        convert_to_degrees(input.name, map_, *limits_);
+    } else {
         for (const auto& [given, setting] :
              {std::pair(settings_.water.has_value(), Setting::water), {settings_.graticule > 0, Setting::graticule}}) {
             if (given) {

@@ -1,17 +1,12 @@
-// Projections by PROJ. The library is loaded by the first projection that needs it: with its own dependencies it takes longer to
-// load than many images take to draw.
+// Projections by PROJ.
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <numbers>
-#include <stdexcept>
 #include <string_view>
-#include <type_traits>
-
-#include <dlfcn.h>
-#include <proj.h>
 
 #include "drawing/files/setting_names.h"
+#include "drawing/map/proj_library.h"
 #include "drawing/map/projection.h"
 
 namespace vorna::drawing::map {
@@ -83,66 +78,8 @@ Domain domain_of(std::string_view text) {
     return domain;
 }
 
-// The functions that are used.
-#define VORNA_PROJ_FUNCTIONS(LIST)                                                                                               \
-    LIST(proj_angular_input)                                                                                                     \
-    LIST(proj_angular_output)                                                                                                    \
-    LIST(proj_as_proj_string)                                                                                                    \
-    LIST(proj_context_create)                                                                                                    \
-    LIST(proj_context_destroy)                                                                                                   \
-    LIST(proj_context_errno)                                                                                                     \
-    LIST(proj_context_errno_string)                                                                                              \
-    LIST(proj_create)                                                                                                            \
-    LIST(proj_create_crs_to_crs)                                                                                                 \
-    LIST(proj_destroy)                                                                                                           \
-    LIST(proj_log_func)                                                                                                          \
-    LIST(proj_normalize_for_visualization)                                                                                       \
-    LIST(proj_trans)
-
-// Found by their names in the library.
-struct Proj_Library {
-#define DECLARE(function) decltype(&::function) function;
-    VORNA_PROJ_FUNCTIONS(DECLARE)
-#undef DECLARE
-};
-
-Proj_Library load_library() {
-    void* const handle = dlopen(VORNA_PROJ_LIBRARY, RTLD_NOW | RTLD_LOCAL); // never unloaded
-    const auto load = [handle](auto& function, const char* name) {
-        function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(handle ? dlsym(handle, name) : nullptr);
-        if (!function) {
-            throw std::runtime_error(name_of(Setting::projection) +
-                                     ": PROJ is needed and cannot be loaded: " + std::string(dlerror()));
-        }
-    };
-    Proj_Library library;
-#define LOAD(function) load(library.function, #function);
-    VORNA_PROJ_FUNCTIONS(LOAD)
-#undef LOAD
-    return library;
-}
-#undef VORNA_PROJ_FUNCTIONS
-
-const Proj_Library& proj() {
-    static const Proj_Library library = load_library();
-    return library;
-}
-
-struct Context {
-    // PROJ prints some messages at any level, such as that its database is missing.
-    Context() : handle(proj().proj_context_create()) {
-        proj().proj_log_func(handle, nullptr, [](void*, int, const char*) {});
-    }
-    Context(const Context&) = delete;
-    Context& operator=(const Context&) = delete;
-    ~Context() { proj().proj_context_destroy(handle); }
-    PJ_CONTEXT* handle;
-};
-
-struct Destroy {
-    void operator()(PJ* projection) const { proj().proj_destroy(projection); }
-};
-using Handle = std::unique_ptr<PJ, Destroy>;
+using Context = Proj_Context;
+using Handle = Proj_Handle;
 
 class Proj_Projection final : public Projection {
 public:
@@ -186,8 +123,7 @@ std::unique_ptr<Projection> coordinate_system(const std::string& code) {
     auto context = std::make_unique<Context>();
     PJ_CONTEXT* c = context->handle;
     const Handle target(proj().proj_create(c, code.c_str()));
-    const Handle raw(target ? proj().proj_create_crs_to_crs(c, "OGC:CRS84", code.c_str(), nullptr) : nullptr);
-    Handle handle(raw ? proj().proj_normalize_for_visualization(c, raw.get()) : nullptr);
+    Handle handle(target ? proj_from_degrees(*context, code.c_str()) : nullptr);
     const char* text = handle ? proj().proj_as_proj_string(c, target.get(), PJ_PROJ_5, nullptr) : nullptr;
     if (!text) {
         refuse(code, *context);

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "drawing/files/usage_error.h"
@@ -29,22 +31,30 @@ using Path = std::vector<Position>;
 // Rings without their closing point; even-odd.
 using Face = std::vector<Path>;
 
+// A field's value: none, a number or a text.
+using Value = std::variant<std::monostate, double, std::string>;
+
 struct Shape {
     std::string name, id; // empty = none
-    std::optional<VT_RGB32> fill, stroke;
-    bool outlined = true; // whether its faces have borders
+    // Its own style; none = the map's.
+    std::optional<VT_RGB32> fill, stroke, marker_color;
+    std::optional<std::int32_t> stroke_width, marker_size, marker_symbol;
+    bool outlined = true;      // whether its faces have borders
+    std::uint32_t layer = 0;   // index in Map::layers
+    std::vector<Value> values; // of the fields that the query names, in their order
     std::vector<Face> faces;
     std::vector<Path> lines;
     std::vector<Position> points;
 };
 
-template <class Visit> void for_each_path(const Shape& shape, Visit visit) {
-    for (const Face& face : shape.faces) {
-        for (const Path& ring : face) {
+// Any_Shape: Shape or const Shape.
+template <class Any_Shape, class Visit> void for_each_path(Any_Shape& shape, Visit visit) {
+    for (auto& face : shape.faces) {
+        for (auto& ring : face) {
             visit(ring);
         }
     }
-    for (const Path& line : shape.lines) {
+    for (auto& line : shape.lines) {
         visit(line);
     }
     visit(shape.points);
@@ -54,9 +64,33 @@ struct Extent {
     double west, south, east, north; // east may lie beyond 180
 };
 
+// What a reader is asked for.
+struct Map_Query {
+    // One layer of a file that has several, or some between commas; empty = TopoJSON's first one, all of other formats.
+    std::string layer;
+    std::vector<std::string> fields; // those whose values are kept
+    bool lists_fields = false;       // whether Layer_Facts::fields is filled
+};
+
+struct Field_Facts {
+    std::string name, type; // number or text
+};
+
+// A layer of a file. Formats without layers have one without a name.
+struct Layer_Facts {
+    std::string name;
+    // The coordinate system: a code as EPSG:3035 or a PROJ string of parameters that cannot name files. Empty: degrees of
+    // WGS 84, or not known.
+    std::string system;
+    // Why the coordinate system cannot be used; empty = it can be used.
+    std::string refusal;
+    std::vector<Field_Facts> fields;
+};
+
 struct Map {
     bool drawing = false;         // coordinates of a plane, and a colour for each shape
     std::optional<Extent> extent; // from the file
+    std::vector<Layer_Facts> layers;
     std::vector<Shape> shapes;
     std::vector<std::string> warnings;
 };

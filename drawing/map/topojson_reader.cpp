@@ -86,47 +86,59 @@ private:
     std::vector<Path> arcs_;
 };
 
-const Json& chosen_object(const Json& objects, const std::string& layer, const std::string& file) {
-    if (layer.empty() ? !objects.empty() : objects.contains(layer)) {
-        return layer.empty() ? objects.front() : objects[layer];
+// The names of the objects that the query asks for.
+std::vector<std::string> chosen_objects(const Json& objects, const std::string& layer, const std::string& file) {
+    if (layer.empty() && !objects.empty()) {
+        return {objects.begin().key()};
     }
     if (objects.empty()) {
         throw Map_Error(file + ": objects: expected a layer, found none");
     }
-    std::string names;
-    for (const auto& [name, object] : objects.items()) {
-        names += (names.empty() ? "" : ", ") + name;
+    std::vector<std::string> chosen = objects.contains(layer) ? std::vector{layer} : comma_separated(layer);
+    for (const std::string& name : chosen) {
+        if (!objects.contains(name)) {
+            std::string names;
+            for (const auto& [known, object] : objects.items()) {
+                names += (names.empty() ? "" : ", ") + known;
+            }
+            throw Map_Error(name_of(Setting::layer) + ": expected one of " + names + ", found '" + name + "'");
+        }
     }
-    throw Map_Error(name_of(Setting::layer) + ": expected one of " + names + ", found '" + layer + "'");
+    return chosen;
 }
 
 } // namespace
 
-Map read_topojson(const std::string& file, const Json& document, const std::string& layer, Load_Limits& limits) {
+Map read_topojson(const std::string& file, const Json& document, const Map_Query& query, Load_Limits& limits) {
     const Topojson_Reader reader(file, document, limits);
     const Place root, objects_place{&root, "objects"};
     const Json& objects = reader.member(document, "objects", root);
     if (!objects.is_object()) {
         reader.fail(objects_place, "an object", objects);
     }
-    const Json& object = chosen_object(objects, layer, file);
-    const Place place{&objects_place, layer.empty() ? std::string_view(objects.begin().key()) : layer};
     Map map;
-    const auto add = [&](const Json& geometry, const Place& at) {
-        Shape& shape = map.shapes.emplace_back();
-        reader.read_geometry(geometry, at, shape);
-        if (geometry.is_object()) {
-            reader.read_properties(geometry, at, shape);
+    for (const std::string& name : chosen_objects(objects, query.layer, file)) {
+        const Json& object = objects[name];
+        const Place place{&objects_place, name};
+        Layer_Facts& layer = map.layers.emplace_back(Layer_Facts{.name = name, .system = {}, .refusal = {}, .fields = {}});
+        reader.read_system(document, layer);
+        const auto add = [&](const Json& geometry, const Place& at) {
+            Shape& shape = map.shapes.emplace_back();
+            shape.layer = static_cast<std::uint32_t>(map.layers.size() - 1);
+            reader.read_geometry(geometry, at, shape);
+            if (geometry.is_object()) {
+                reader.read_properties(geometry, at, query, layer, shape);
+            }
+        };
+        if (reader.member(object, "type", place) == "GeometryCollection") {
+            const Place list_place{&place, "geometries"};
+            const Json& list = reader.array(reader.member(object, "geometries", place), list_place);
+            for (std::size_t i = 0; i < list.size(); ++i) {
+                add(list[i], {&list_place, "", i});
+            }
+        } else {
+            add(object, place);
         }
-    };
-    if (reader.member(object, "type", place) == "GeometryCollection") {
-        const Place list_place{&place, "geometries"};
-        const Json& list = reader.array(reader.member(object, "geometries", place), list_place);
-        for (std::size_t i = 0; i < list.size(); ++i) {
-            add(list[i], {&list_place, "", i});
-        }
-    } else {
-        add(object, place);
     }
     map.extent = reader.read_extent(document, root);
     return map;

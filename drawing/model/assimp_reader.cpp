@@ -16,7 +16,6 @@
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
-#include "drawing/files/memory.h"
 #include "drawing/files/path.h"
 #include "drawing/files/setting_names.h"
 #include "drawing/model/assimp_files.h"
@@ -212,14 +211,6 @@ Mesh receive(Process_Pipe& pipe, const std::string& file, Load_Limits& limits) {
     return mesh;
 }
 
-// For a file of so many bytes: time, and addresses besides those in use.
-Process_Limits limits_for(const Load_Limits& limits, std::uintmax_t file_size) {
-    constexpr unsigned seconds = 60; // and one more for each megabyte
-    const std::uint64_t used = address_space(), left = limits.memory_left();
-    return {static_cast<std::size_t>(left > UINT64_MAX - used ? UINT64_MAX : used + left),
-            seconds + static_cast<unsigned>(std::min<std::uintmax_t>(file_size >> 20, 86400))};
-}
-
 // Buffers that a glTF file names give room for what they hold.
 void add_buffers(const Input& input, Load_Limits& limits) {
     const std::string read = input.content ? std::string() : read_file(input.name, limits);
@@ -299,8 +290,8 @@ Mesh read_with_assimp(const Input& input, Load_Limits& limits) {
     Files_Of_Model files(file, limits);
     try {
         run_apart(
-            limits_for(limits, unknown ? 0 : size), [&](const std::string& wanted) { return files.open_file(wanted); }, work,
-            take);
+            limits_of_reader(limits, unknown ? 0 : size), [&](const std::string& wanted) { return files.open_file(wanted); },
+            work, take);
     } catch (const Broken_Off& error) {
         throw Model_Error(file + ": expected a model file: the library for its format came to its end by " + error.what());
     }

@@ -24,6 +24,7 @@
 #endif
 
 #include "drawing/files/address_sanitizer.h"
+#include "drawing/files/memory.h"
 #include "drawing/model/system_calls.h"
 
 namespace vorna::drawing::model {
@@ -137,6 +138,13 @@ union File_Message {
 };
 
 } // namespace
+
+Process_Limits limits_of_reader(const Load_Limits& limits, std::uintmax_t file_size) {
+    constexpr unsigned seconds = 60;
+    const std::uint64_t used = address_space(), left = limits.memory_left();
+    return {static_cast<std::size_t>(left > UINT64_MAX - used ? UINT64_MAX : used + left),
+            seconds + static_cast<unsigned>(std::min<std::uintmax_t>(file_size >> 20, 86400))};
+}
 
 void Process_Pipe::send(const void* bytes, std::size_t count) {
     for (const auto* next = static_cast<const char*>(bytes); count > 0;) {

@@ -2,11 +2,14 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <vector>
+
+#include "drawing/files/load_limits.h"
 
 namespace vorna::drawing::model {
 
@@ -15,6 +18,10 @@ struct Process_Limits {
     std::size_t bytes;
     unsigned seconds;
 };
+
+// For a library that reads files of so many bytes: the memory that is left, besides the addresses in use, and 60 seconds and one
+// more for each megabyte.
+Process_Limits limits_of_reader(const Load_Limits& limits, std::uintmax_t file_size);
 
 // Bytes on their way from a copy of this process to it. Throws Broken_Off when the other side is gone or sends more than it may.
 class Process_Pipe {

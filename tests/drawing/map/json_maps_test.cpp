@@ -17,7 +17,7 @@ class Json_Maps : public testing::Test {
 protected:
     Map load(const std::string& text, const std::string& layer = "") {
         Load_Limits limits;
-        return load_map({"map.json", "json", find_format("json"), text}, layer, limits);
+        return load_map({"map.json", "json", find_format("json"), text}, {layer, {}}, limits);
     }
     std::string error_of(const std::string& text, const std::string& layer = "") {
         try {
