@@ -20,7 +20,8 @@ namespace {
 
 struct Settings {
     Session_Settings session;
-    std::string model, only = ".", table, json, sizes, store, check;
+    Model_Files models;
+    std::string only = ".", table, json, sizes, store, check;
 };
 
 std::string processor_name() {
@@ -80,7 +81,7 @@ bool run(Settings settings) {
         measure_sizes(session.module(), only, settings.sizes);
         return true;
     }
-    const std::vector<Workload> all = workloads(settings.model);
+    const std::vector<Workload> all = workloads(settings.models);
     std::vector<Result> results;
     for (const Workload& workload : all) {
         if (std::regex_search(workload.name, only)) {
@@ -113,7 +114,8 @@ int main(int argc, char** argv) {
     bench::Settings settings;
     CLI::App app("Measures the renderer beside memory and its peers.");
     app.add_option("MODULE", settings.session.module, "The renderer, krb.vrd")->required();
-    app.add_option("MODEL", settings.model, "The model of the frame that is drawn whole, bunny.obj")->required();
+    app.add_option("MODEL", settings.models.bunny, "The model of the frame that is drawn whole, bunny.obj")->required();
+    app.add_option("--dragon", settings.models.dragon, "The file of the dragon, for its rows");
     app.add_option("--only", settings.only, "Regular expression of the workloads, or of the plots of sizes, that are measured");
     app.add_option("--rounds", settings.session.rounds, "How often each side is timed")->check(CLI::Range(1, 1000))->take_last();
     app.add_option("--vary", settings.session.vary,

@@ -12,12 +12,13 @@ namespace bench {
 namespace {
 
 struct Settings {
-    std::string module, model, workload;
+    std::string module, workload;
+    Model_Files models;
     int frames = 1;
 };
 
 void draw_frames(const Settings& settings) {
-    const std::vector<Workload> all = workloads(settings.model);
+    const std::vector<Workload> all = workloads(settings.models);
     if (settings.workload.empty()) {
         for (const Workload& workload : all) {
             std::printf("%s\n", workload.name.c_str());
@@ -48,8 +49,9 @@ int main(int argc, char** argv) {
     bench::Settings settings;
     CLI::App app("Draws frames of one workload of the benchmark.");
     app.add_option("MODULE", settings.module, "The renderer, krb.vrd")->required();
-    app.add_option("MODEL", settings.model, "The model of the frame that is drawn whole, bunny.obj")->required();
+    app.add_option("MODEL", settings.models.bunny, "The model of the frame that is drawn whole, bunny.obj")->required();
     app.add_option("WORKLOAD", settings.workload, "The name of the workload; without it all names are listed");
+    app.add_option("--dragon", settings.models.dragon, "The file of the dragon, for its workloads");
     app.add_option("--frames", settings.frames, "How many frames are drawn")->check(CLI::Range(0, 1000));
     CLI11_PARSE(app, argc, argv);
     try {

@@ -22,6 +22,12 @@ public:
         const char* const threads = std::getenv(peer_threads);
         setenv("LP_NUM_THREADS", threads ? threads : "0", 1);
         setenv("GALLIUM_DRIVER", "llvmpipe", 1);
+#if defined(__x86_64__)
+        // Of its own accord it takes 256 bits.
+        if (__builtin_cpu_supports("avx512bw")) {
+            setenv("LP_NATIVE_VECTOR_WIDTH", "512", 0);
+        }
+#endif
         constexpr std::array attributes{OSMESA_FORMAT,
                                         OSMESA_BGRA,
                                         OSMESA_PROFILE,
@@ -43,14 +49,18 @@ public:
     }
     Context(const Context&) = delete;
     Context& operator=(const Context&) = delete;
-    ~Context() { OSMesaDestroyContext(context_); }
+    ~Context() {
+        OSMesaDestroyContext(context_);
+    }
 
     static const Context& the() {
         static const Context context;
         return context;
     }
 
-    const std::string& description() const noexcept { return description_; }
+    const std::string& description() const noexcept {
+        return description_;
+    }
 
 private:
     OSMesaContext context_ = nullptr;

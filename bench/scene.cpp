@@ -5,30 +5,9 @@
 #include <cmath>
 #include <numbers>
 
-#include "drawing/job/formats.h"
-#include "drawing/model/scene_renderer.h"
-#include "host/renderer_data.h"
-
 namespace bench {
 
 namespace {
-
-// Takes down what reaches its polytriangle slot.
-class Recorder : public VT_Renderer_Data {
-public:
-    explicit Recorder(Scene& scene) : scene_(scene) { actions.draw_dci_gouraud_polytriangle = {this, record, 0, 1}; }
-
-private:
-    static void record(VT_Renderer_Data& data, const VT_Rendition&, std::int32_t count, const VT_DCI_Point* points,
-                       const VT_RGB32* colors) {
-        Scene& scene = static_cast<Recorder&>(data).scene_;
-        scene.points.insert(scene.points.end(), points, points + count);
-        scene.colors.insert(scene.colors.end(), colors, colors + count);
-        scene.lengths.push_back(count);
-    }
-
-    Scene& scene_;
-};
 
 constexpr VT_Int_Pair window_center{window_size.x / 2, window_size.y / 2};
 
@@ -177,24 +156,6 @@ std::vector<VT_Point> Circle::outline(std::int32_t count) const {
         points.push_back(around_center(i, count, radius));
     }
     return points;
-}
-
-Scene model_in_front(const std::string& file, const Variation& variation) {
-    Scene scene;
-    Random random(variation);
-    const VT_Int_Pair size{std::min(random.varied(window_size.x), window_size.x),
-                           std::min(random.varied(window_size.y), window_size.y)};
-    const VT_Reference<Recorder> recorder(new Recorder(scene));
-    const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
-    const vorna::drawing::model::Mesh mesh = vorna::drawing::load_model(file);
-    vorna::drawing::model::Scene_Renderer renderer(mesh, vorna::drawing::model::Facing(mesh), {143, 169, 196, 255}, false);
-    vorna::drawing::model::Camera_Settings settings;
-    settings.view = vorna::drawing::model::View::front;
-    settings.aspect = static_cast<double>(size.x - 1) / (size.y - 1);
-    renderer.prepare(vorna::drawing::model::Tile_Grid({0, size.x - 1, 0, size.y - 1}),
-                     vorna::drawing::model::fit_camera(settings, renderer.points()), {});
-    renderer.draw(*recorder, *rendition, 0);
-    return scene;
 }
 
 } // namespace bench

@@ -82,7 +82,4 @@ struct Circle {
     std::vector<VT_Point> outline(std::int32_t count) const;
 };
 
-// A model file as a camera in front of it sees it, lit, filling the window's height; varied, smaller. Throws std::runtime_error.
-Scene model_in_front(const std::string& file, const Variation& variation = {});
-
 } // namespace bench

@@ -115,6 +115,7 @@ void measure_sizes(const vorna::Module& module, const std::regex& only, const st
     };
     const auto window_triangles = in_window([](VT_Int_Pair window) { return scattered_triangles(64, 2000, {}, window); });
     const auto window_lines = in_window([](VT_Int_Pair window) { return scattered_lines(100, 5000, {}, window); });
+    const auto window_short_lines = in_window([](VT_Int_Pair window) { return scattered_lines(10, 20000, {}, window); });
     const auto window_circles = in_window([](VT_Int_Pair window) { return scattered_circles(20, true, 5000, {}, window); });
     const std::vector<std::int32_t> windows{192, 256, 512, 768, 1024, 1536, 2048, 3072, 4096, 6144, 8192, 12288, 16384};
     const Plot plots[] = {
@@ -150,6 +151,7 @@ void measure_sizes(const vorna::Module& module, const std::regex& only, const st
          {{"flat triangle with depth, legs 64", {flat, true}, window_triangles, triangles_in},
           {"Gouraud triangle with depth, legs 64", {gouraud, true}, window_triangles, triangles_in},
           {"line of 100 pixels", {}, window_lines, lines_in},
+          {"line of 10 pixels", {}, window_short_lines, lines_in},
           {"filled circle, radius 20", {}, window_circles, [](const Subject&) { return 5000.0; }}}},
     };
     Json document;

@@ -55,8 +55,12 @@ struct Workload {
     std::optional<Surface> reference{};
 };
 
-// model: the file of W11.
-std::vector<Workload> workloads(const std::string& model);
+struct Model_Files {
+    std::string bunny;  // of W11
+    std::string dragon; // empty = no rows of it
+};
+
+std::vector<Workload> workloads(const Model_Files& models);
 
 // Bytes of cache lines that a frame cannot but touch: clears, the depths of all pixels and the colours of those that pass (half
 // of them), and for lines and circles every cache line that has a pixel.

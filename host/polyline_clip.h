@@ -21,7 +21,7 @@ struct Polyline_Memory {
 // whole(point) makes a whole point of a VT_Point_D that is not cut, and the final one of a VT_DCI_Point that the cut has rounded.
 template <class Whole, class Draw>
 void clip_polyline(const VT_Int_Rectangle& rectangle, std::int32_t count, const VT_Point_D* points, const VT_RGB32* colors,
-                   const Polyline_Memory& memory, Whole whole, Draw draw) {
+                   const Polyline_Memory& memory, Whole whole, const Draw& draw) {
     if (count < 2) {
         return;
     }

@@ -283,6 +283,17 @@ struct VT_Dispatch<Slot, Standard, primitive>
             Standard(renderer, rendition, std::forward<Arguments>(arguments)...);
         }
     }
+
+    // For arguments that the slot's contract is known to admit.
+    template <class... Arguments>
+    void draw_admitted(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Arguments&... arguments) const {
+        const auto& slot = renderer.actions.*Slot;
+        if (slot.enabled) {
+            slot.function(*slot.owner, rendition, arguments...);
+        } else {
+            Standard(renderer, rendition, arguments...);
+        }
+    }
 };
 
 #define VT_ACTION(slot, name, ...)                                                                                               \

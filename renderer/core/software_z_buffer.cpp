@@ -277,14 +277,6 @@ void Software_Z_Buffer::change_z_test(std::int32_t mode) noexcept {
     publish_depth_blocks();
 }
 
-VT_Int_Rectangle Software_Z_Buffer::window_rectangle() const noexcept {
-    return vorna::rectangle_of(window_origin, window_size);
-}
-
-VT_Int_Rectangle Software_Z_Buffer::visible_rectangle(const VT_Rendition& rendition) const noexcept {
-    return vorna::common_part(rendition.clip.hard_clip, window_rectangle());
-}
-
 std::int32_t Software_Z_Buffer::update(const VT_Int_Rectangle& rectangle) {
     const VT_DCI_Point top_left{rectangle.left, rectangle.top, 0};
     const VT_DCI_Point bottom_right{rectangle.right, rectangle.bottom, 0};

@@ -6,6 +6,7 @@
 #include "host/frame_buffer.h"
 #include "host/renderer_data.h"
 #include "host/rendition.h"
+#include "host/window.h"
 #include "renderer/core/cases.h"
 #include "renderer/core/depth_blocks.h"
 #include "renderer/core/dither.h"
@@ -64,9 +65,22 @@ public:
     bool draws_with_depth(const VT_Rendition& rendition) const noexcept { return rendition.clip.depth_test && depth_buffer; }
 
     // The window in device coordinates, as far as these can hold it.
-    VT_Int_Rectangle window_rectangle() const noexcept;
+    VT_Int_Rectangle window_rectangle() const noexcept { return vorna::rectangle_of(window_origin, window_size); }
     // The hard clip, as far as it lies in the window, in device coordinates; may be empty.
-    VT_Int_Rectangle visible_rectangle(const VT_Rendition& rendition) const noexcept;
+    VT_Int_Rectangle visible_rectangle(const VT_Rendition& rendition) const noexcept {
+        return vorna::common_part(rendition.clip.hard_clip, window_rectangle());
+    }
+    // Whether all points lie in the visible rectangle.
+    bool shows_all(const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points) const noexcept {
+        const VT_Int_Rectangle visible = visible_rectangle(rendition);
+        for (std::int32_t i = 0; i < count; ++i) {
+            const std::int32_t x = points[i].x, y = points[i].y;
+            if (x < visible.left || x > visible.right || y < visible.bottom || y > visible.top) {
+                return false;
+            }
+        }
+        return true;
+    }
 
     // Draws in rows first to last of the buffers only, until the next establish. Throws std::bad_alloc; the rows stay as they
     // were then.

@@ -34,21 +34,12 @@ constexpr Pixel_Rule store_or_blend(Case c) noexcept {
 
 // Draws what the rectangle leaves of a polyline of 2 or more points, in order: inside(k, count, points) polylines whose first
 // colour is that of vertex k, dot() the last vertex when its segment is cut, and cut segments, for which paint(k, ramps, paint)
-// sets the colour of segment k. Inlined, since copies of these functions take as long as a short line.
+// sets the colour of segment k.
 template <Case c, class Inside, class Dot, class Paint>
-KRB_ALWAYS_INLINE void draw_visible(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count,
-                                    const VT_DCI_Point* points, const Cut_Rules& rules, Inside inside, Dot dot, Paint paint) {
+void draw_visible(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
+                  const Cut_Rules& rules, Inside inside, Dot dot, Paint paint) {
     const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
-    if (rectangle.left > rectangle.right || rectangle.bottom > rectangle.top) {
-        return;
-    }
-    // Most polylines lie inside, which is found in less time than outcodes take.
-    std::int32_t first_outside = 0;
-    while (first_outside < count && vorna::contains(rectangle, points[first_outside].x, points[first_outside].y)) {
-        ++first_outside;
-    }
-    if (first_outside == count) {
-        inside(0, count, points);
+    if (vorna::is_empty(rectangle)) {
         return;
     }
     vorna::Scratch<std::uint16_t, 65> scratch(std::int64_t{count} + 1);
@@ -107,6 +98,18 @@ KRB_ALWAYS_INLINE void draw_visible(Software_Z_Buffer& renderer, const VT_Rendit
     }
 }
 
+// Most polylines lie inside, which is found in less time than outcodes take, and than what draw_cut of the slot's entry needs in
+// memory: that is a function of its own.
+template <class Slot, class Device_Slot, Case c, class... Arguments>
+KRB_ALWAYS_INLINE void draw_inside_or_cut(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                          const VT_DCI_Point* points, Arguments... arguments) {
+    if (renderer.shows_all(rendition, count, points)) {
+        Member<Device_Slot, c>::enter(renderer, rendition, count, points, arguments...);
+    } else {
+        Entry<Slot, c>::draw_cut(renderer, rendition, count, points, arguments...);
+    }
+}
+
 } // namespace
 
 template <Case c> struct Entry<slots::Draw_2DI_Polyline, c> : Line_Entry<c> {
@@ -124,6 +127,10 @@ template <Case c> struct Entry<slots::Draw_2DI_Polyline, c> : Line_Entry<c> {
         return false;
     }
     static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points) {
+        draw_inside_or_cut<slots::Draw_2DI_Polyline, slots::Draw_DCI_Polyline, c>(renderer, rendition, count, points);
+    }
+    KRB_NEVER_INLINE static void draw_cut(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                          const VT_DCI_Point* points) {
         // The only members whose cut segments merge.
         const Pixel_Rule pixel = renderer.merges(rendition.line.mode) ? Pixel_Rule::merge : store_or_blend(c);
         draw_visible<c>(
@@ -150,6 +157,11 @@ template <Case c> struct Entry<slots::Draw_2DI_Colorized_Polyline, c> : Line_Ent
             colors = &rendition.line.color;
             single_color = true;
         }
+        draw_inside_or_cut<slots::Draw_2DI_Colorized_Polyline, slots::Draw_DCI_Colorized_Polyline, c>(
+            renderer, rendition, count, points, colors, single_color);
+    }
+    KRB_NEVER_INLINE static void draw_cut(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                          const VT_DCI_Point* points, const VT_RGB32* colors, bool single_color) {
         // Cut segments with depth deliberately draw through the mask, as all dithered ones do.
         const bool consults_mask = facts_of(c).stores_words && !has_depth(c);
         draw_visible<c>(
@@ -169,6 +181,11 @@ template <Case c> struct Entry<slots::Draw_2DI_Colorized_Polyline, c> : Line_Ent
 template <Case c> struct Entry<slots::Draw_2DI_Gouraud_Polyline, c> : Line_Entry<c> {
     static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
                      const VT_RGB32* colors) {
+        draw_inside_or_cut<slots::Draw_2DI_Gouraud_Polyline, slots::Draw_DCI_Gouraud_Polyline, c>(renderer, rendition, count,
+                                                                                                  points, colors);
+    }
+    KRB_NEVER_INLINE static void draw_cut(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                          const VT_DCI_Point* points, const VT_RGB32* colors) {
         // Additive dithering takes channels in units of the colour cube's cells.
         constexpr bool dithers = !facts_of(c).stores_words;
         const auto scaled = [&](std::uint8_t value, std::int32_t multiplier) {

@@ -184,8 +184,9 @@ KRB_NEVER_INLINE Visibility visibility_by_blocks(const Triangle_Target& target, 
 }
 
 // Blocks are looked at only where a few pixels of the triangle are hidden: for most triangles nothing else would come of it.
+// These pixels are often not in the cache, so that after a triangle that is visible there the next two are drawn without looking.
 inline Visibility visibility_of(const Triangle_Target& target, const VT_DCI_Point* points, Visible_Part& part) {
-    constexpr std::int32_t least_rows = block_rows, tall = 2 * block_rows;
+    constexpr std::int32_t least_rows = block_rows, tall = 2 * block_rows, pause_after_visible_pixels = 2;
     if (!takes_chance(target)) {
         return Visibility::whole;
     }
@@ -211,6 +212,7 @@ inline Visibility visibility_of(const Triangle_Target& target, const VT_DCI_Poin
                    nearest;
         };
         if (!hides_near(1) && (rows < tall || (!hides_near(0) && !hides_near(2)))) {
+            target.block_looks->pause = pause_after_visible_pixels;
             return Visibility::whole;
         }
     }
@@ -250,6 +252,16 @@ private:
 
 // ---- batches
 
+// Notes that a batch was found visible by one pixel.
+inline void note_visible_pixel(const Pixel_Target& target) {
+    constexpr std::int32_t longest_pause = 7;
+    Block_Looks& looks = *target.block_looks;
+    if (looks.pause_after_next < longest_pause) {
+        looks.pause_after_next = 2 * looks.pause_after_next + 1;
+    }
+    looks.pause = looks.pause_after_next;
+}
+
 KRB_NEVER_INLINE bool are_hidden_by_blocks(const Triangle_Target& target, const VT_DCI_Point* points, std::int32_t count) {
     const Covered covered(target, points, count);
     bool hides = !covered.is_empty() && covered.bounds_depths;
@@ -258,18 +270,28 @@ KRB_NEVER_INLINE bool are_hidden_by_blocks(const Triangle_Target& target, const 
             hides = block_hides(target, block, row, covered.nearest);
         }
     }
-    note_look(target, hides);
+    // Triangles that are large for a batch are looked at one by one when they are drawn.
+    constexpr std::int32_t most_blocks = 64;
+    const std::int64_t blocks =
+        std::int64_t{covered.end_block() - covered.first_block()} * (covered.end_block_row() - covered.first_block_row());
+    if (hides || blocks <= most_blocks) {
+        note_look(target, hides);
+    }
     return hides;
 }
 
 // Whether the triangles of so many points, which lie in the window, are all hidden. Blocks are looked at only where a point lies
-// well behind what is drawn: small triangles of one surface lie a little behind their neighbours half of the time.
+// well behind what is drawn: small triangles of one surface lie a little behind their neighbours half of the time. After a batch
+// that is visible there, fewer and fewer are looked at, since reading that pixel takes up to a tenth of the time of a batch.
 KRB_NEVER_INLINE inline bool are_hidden(const Triangle_Target& target, const VT_DCI_Point* points, std::int32_t count) {
     constexpr std::int32_t least_distance = 256;
     const std::int32_t column = points[1].x - target.origin_x;
     const std::int32_t row = points[1].y - target.origin_y;
-    return column < target.width && row < target.end_row && depth_at(target, column, row) + least_distance < points[1].z &&
-           takes_chance(target) && are_hidden_by_blocks(target, points, count);
+    if (column >= target.width || row >= target.end_row || depth_at(target, column, row) + least_distance >= points[1].z) {
+        note_visible_pixel(target);
+        return false;
+    }
+    return are_hidden_by_blocks(target, points, count);
 }
 
 } // namespace

@@ -24,11 +24,13 @@ bool draws_nothing(const VT_Face_Attributes& face) noexcept {
     return !(face.flags & vorna::face_flag::opaque_pattern) && face.pattern == (inverted ? vorna::face_pattern::solid : 0);
 }
 
-// Calls run(first point, count of points) for stretches inside the rectangle. Only where triangles cross it, with_pieces(walk) is
-// called, which makes what pieces need and calls walk(piece) once: piece(first point of a triangle) draws such a triangle.
+// Calls run(first point, count of points) for stretches inside the visible rectangle. Only where triangles cross it,
+// with_pieces(rectangle, walk) is called, which makes what pieces need and calls walk(piece) once: piece(first point of a
+// triangle) draws such a triangle.
 template <class Run, class With_Pieces>
-KRB_ALWAYS_INLINE void draw_in_rectangle(const VT_Rendition& rendition, const VT_Int_Rectangle& rectangle, std::int32_t count,
-                                         const VT_DCI_Point* points, Run run, With_Pieces with_pieces) {
+KRB_NEVER_INLINE void draw_cut(const Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count,
+                               const VT_DCI_Point* points, Run run, With_Pieces with_pieces) {
+    const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
     if (vorna::is_empty(rectangle)) {
         return;
     }
@@ -37,7 +39,19 @@ KRB_ALWAYS_INLINE void draw_in_rectangle(const VT_Rendition& rendition, const VT
     if (inside == count) {
         run(0, count);
     } else if (inside != 0 && !draws_nothing(rendition.face)) {
-        with_pieces([&](auto piece) { vorna::walk_strip(count, vorna::placements_by(outcodes.data()), run, piece); });
+        with_pieces(rectangle, [&](auto piece) { vorna::walk_strip(count, vorna::placements_by(outcodes.data()), run, piece); });
+    }
+}
+
+// The same. Most strips lie inside, which is found in less time than what draw_cut needs takes. It gets copies of the functions,
+// so that nothing of them is in memory before it is called.
+template <class Run, class With_Pieces>
+KRB_ALWAYS_INLINE void draw_in_rectangle(const Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count,
+                                         const VT_DCI_Point* points, Run run, With_Pieces with_pieces) {
+    if (renderer.shows_all(rendition, count, points)) {
+        run(0, count);
+    } else {
+        draw_cut(renderer, rendition, count, points, run, with_pieces);
     }
 }
 
@@ -60,14 +74,13 @@ void fill_flat_piece(const Triangle_Call& call, const VT_Int_Rectangle& rectangl
 
 template <Case c> struct Entry<slots::Draw_2DI_Polytriangle, c> : Plane_Strip_Entry<c> {
     static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points) {
-        const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
-        const Flat_Face face = flat_face(c, renderer, rendition);
         draw_in_rectangle(
-            rendition, rectangle, count, points,
-            [&](std::int32_t first, std::int32_t length) {
+            renderer, rendition, count, points,
+            [=, &renderer, &rendition](std::int32_t first, std::int32_t length) {
                 Member<slots::Draw_DCI_Polytriangle, c>::enter(renderer, rendition, length, points + first);
             },
-            [&](auto walk) {
+            [=, &renderer, &rendition](const VT_Int_Rectangle& rectangle, auto walk) {
+                const Flat_Face face = flat_face(c, renderer, rendition);
                 Triangle_Call pieces(c, renderer, rendition, Shading::flat, face.pixel);
                 prepare_pieces(pieces.target);
                 walk([&](std::int32_t k) { fill_flat_piece(pieces, rectangle, points + k, face.color); });
@@ -78,14 +91,13 @@ template <Case c> struct Entry<slots::Draw_2DI_Polytriangle, c> : Plane_Strip_En
 template <Case c> struct Entry<slots::Draw_2DI_Colorized_Polytriangle, c> : Plane_Strip_Entry<c> {
     static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
                      const VT_RGB32* colors, bool single_color) {
-        const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
         draw_in_rectangle(
-            rendition, rectangle, count, points,
-            [&](std::int32_t first, std::int32_t length) {
+            renderer, rendition, count, points,
+            [=, &renderer, &rendition](std::int32_t first, std::int32_t length) {
                 Member<slots::Draw_DCI_Colorized_Polytriangle, c>::enter(renderer, rendition, length, points + first,
                                                                          single_color ? colors : colors + first, single_color);
             },
-            [&](auto walk) {
+            [=, &renderer, &rendition](const VT_Int_Rectangle& rectangle, auto walk) {
                 Triangle_Call pieces(c, renderer, rendition, Shading::flat, colorized_pixel_rule(c, renderer, rendition));
                 prepare_pieces(pieces.target);
                 walk([&](std::int32_t k) { fill_flat_piece(pieces, rectangle, points + k, colors[single_color ? 0 : k]); });
@@ -96,14 +108,13 @@ template <Case c> struct Entry<slots::Draw_2DI_Colorized_Polytriangle, c> : Plan
 template <Case c> struct Entry<slots::Draw_2DI_Gouraud_Polytriangle, c> : Gouraud_Entry<Plane_Strip_Entry<c>, c> {
     static void draw(Software_Z_Buffer& renderer, const VT_Rendition& rendition, std::int32_t count, const VT_DCI_Point* points,
                      const VT_RGB32* colors) {
-        const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
         draw_in_rectangle(
-            rendition, rectangle, count, points,
-            [&](std::int32_t first, std::int32_t length) {
+            renderer, rendition, count, points,
+            [=, &renderer, &rendition](std::int32_t first, std::int32_t length) {
                 Member<slots::Draw_DCI_Gouraud_Polytriangle, c>::enter(renderer, rendition, length, points + first,
                                                                        colors + first);
             },
-            [&](auto walk) {
+            [=, &renderer, &rendition](const VT_Int_Rectangle& rectangle, auto walk) {
                 Triangle_Call pieces(c, renderer, rendition, Shading::gouraud,
                                      is_alpha(c) ? Pixel_Rule::blend : Pixel_Rule::store);
                 prepare_pieces(pieces.target);
@@ -134,16 +145,15 @@ struct Entry<With_Texels<slots::Draw_2DI_Textured_Polytriangle, texels>, c> : Pl
                      const VT_RGB32* colors, const VT_Parameter* parameters, std::int32_t parameter_width, const float* weights,
                      const VT_Vector* normals) {
         const VT_Shared_Image& texture = *vorna::drawable_texture(rendition.face);
-        const VT_Int_Rectangle rectangle = renderer.visible_rectangle(rendition);
         draw_in_rectangle(
-            rendition, rectangle, count, points,
-            [&](std::int32_t first, std::int32_t length) {
+            renderer, rendition, count, points,
+            [=, &renderer, &rendition](std::int32_t first, std::int32_t length) {
                 Member<With_Texels<slots::Draw_DCI_Textured_Polytriangle, texels>, c>::enter(
                     renderer, rendition, length, points + first, colors + first,
                     parameters + std::int64_t{first} * parameter_width, parameter_width, weights ? weights + first : nullptr,
                     normals ? normals + first : nullptr);
             },
-            [&](auto walk) {
+            [=, &renderer, &rendition, &texture](const VT_Int_Rectangle& rectangle, auto walk) {
                 Texture_Parameters pairs = texture_parameters(rendition.face, count, parameters, parameter_width);
                 Triangle_Call pieces(c, renderer, rendition, Shading::textured, texels);
                 prepare_pieces(pieces.target);

@@ -6,6 +6,8 @@
 // over single triangles, bit for bit.
 #pragma once
 
+#include <cassert>
+
 #include "renderer/triangles/small_triangles.h"
 #include "renderer/triangles/triangle_batches.inl"
 
@@ -34,6 +36,14 @@ template <Triangle_Configuration c> struct Small_Triangles {
         if (triangles < least_run) {
             return {0, triangles};
         }
+        // Before there are vectors that a call would have to save.
+        if constexpr (has_depths) {
+            constexpr std::int32_t least_hidden = 4;
+            if (target.block_depths && triangles >= least_hidden && takes_chance(target) &&
+                are_hidden(target, strip.points, triangles + 2)) [[unlikely]] {
+                return {triangles, 0};
+            }
+        }
         Batch_Points points(strip.points, triangles + 2);
         points.x = points.x - splat(target.origin_x);
         // So that places fit 32 bits.
@@ -43,12 +53,6 @@ template <Triangle_Configuration c> struct Small_Triangles {
         if (run < least_run) {
             const std::int32_t large = KRB_LOWEST_BIT(small >> run | 1U << (triangles - run));
             return {0, run + large};
-        }
-        constexpr std::int32_t least_hidden_run = 4;
-        if constexpr (has_depths) {
-            if (target.block_depths && run >= least_hidden_run && are_hidden(target, strip.points, run + 2)) [[unlikely]] {
-                return {run, 0};
-            }
         }
         draw_run(target, strip, run, points);
         return {run, 0};
@@ -83,6 +87,7 @@ private:
         const Batch_Edges edges(points, words);
         Batch_Rows rows(Triangle_Rows(points.y, edges.x, is_gouraud ? near_flat(words) : no_lanes()), triangles);
         rows.place(edges.x, target.color_row_bytes, target.depth_row_bytes);
+        assert(rows.end_without_columns());
         const Place place(target, strip.points[0].y - target.origin_y);
         fetch_next_points(strip);
         fetch_early(place, rows, 0, rows_ahead);

@@ -159,7 +159,8 @@ struct Batch_Rows {
     alignas(64) std::int32_t color_place[most];
     alignas(64) std::int32_t depth_place[most];
 
-    // Row after row, triangle after triangle. Writes whole vectors; what is too much lies where the next ones go.
+    // Row after row, triangle after triangle. Writes whole vectors; what is too much lies where the next ones go. A vector of
+    // zeros ends them: rows from an edge to itself, without columns, which fill the last group.
     Batch_Rows(const Triangle_Rows& rows, std::int32_t triangles) {
         alignas(64) std::int32_t above[lane_count], below[lane_count], upper_count[lane_count], top[lane_count],
             counts[lane_count];
@@ -179,6 +180,7 @@ struct Batch_Rows {
             } while (done < counts[k]);
             count += counts[k];
         }
+        store_ints(word + count, splat(0));
     }
 
     void place(const Edge_Tables<1>& x, std::int32_t color_row_bytes, std::int32_t depth_row_bytes) {
@@ -192,6 +194,15 @@ struct Batch_Rows {
             store_ints(color_place + i, rows * splat(color_row_bytes) + shift_left<2>(column));
             store_ints(depth_place + i, rows * splat(depth_row_bytes) + shift_left<1>(column));
         }
+    }
+
+    // Once they are placed.
+    bool end_without_columns() const {
+        bool has_columns = false;
+        for (std::int32_t i = count; i % lane_count != 0; ++i) {
+            has_columns |= columns[i] != 0;
+        }
+        return !has_columns;
     }
 };
 

@@ -84,10 +84,12 @@ void set_limits(Triangle_Target& target, const Software_Z_Buffer& renderer, cons
     target.end_row = std::max(std::min(rows.end, target.end_row), target.first_row);
 }
 
-Triangle_Target target_of(Case c, Shading shading, const Software_Z_Buffer& renderer, const VT_Rendition& rendition) noexcept {
+// rows: see rows_of.
+Triangle_Target target_of(Case c, Shading shading, const Software_Z_Buffer& renderer, const VT_Rendition& rendition,
+                          Row_Limits rows) noexcept {
     Triangle_Target target{};
     static_cast<Pixel_Target&>(target) = pixel_target_of(c, renderer, depth_rules_of(c, shading));
-    set_limits(target, renderer, rendition, rows_of(renderer, rendition));
+    set_limits(target, renderer, rendition, rows);
     // Kernels keep to the drawable rows by these limits, and find rows by their distance.
     target.color_rows = renderer.color_buffer->rows;
     target.depth_rows = renderer.depth_buffer ? renderer.depth_buffer->rows : nullptr;
@@ -188,9 +190,9 @@ Texel_Coordinates cut_coordinates(float s, float t) noexcept {
 
 Triangle_Call::Triangle_Call(Case c, Software_Z_Buffer& renderer, const VT_Rendition& rendition, Shading shading,
                              Pixel_Rule pixel, bool consults_mask)
-    : target(target_of(c, shading, renderer, rendition)), kernels_(renderer.kernels), tile_origin_(renderer.tile_origin),
-      rows_(rows_of(renderer, rendition)) {
-    if (consults_mask && find_mask(renderer, rendition)) {
+    : rows(rows_of(renderer, rendition)), target(target_of(c, shading, renderer, rendition, rows)), kernels_(renderer.kernels),
+      tile_origin_(renderer.tile_origin) {
+    if (consults_mask && is_masked(renderer, rendition)) {
         target.mask_rows = renderer.mask_cache->newest->rows();
     }
     Clip_Rule clip = target.mask_rows ? Clip_Rule::masked : Clip_Rule::open;
@@ -226,10 +228,10 @@ void Triangle_Call::draw_scissored(const Triangle_Strip& strip) const {
     // lie, since coordinates wrap.
     const bool has_large = Extent(strip.points, strip.count, &VT_DCI_Point::x).length() > widest ||
                            Extent(strip.points, strip.count, &VT_DCI_Point::y).length() > tallest;
-    const Row_Limits rows = has_large ? rows_ : Row_Limits{target.first_row, target.end_row};
+    const Row_Limits clip_rows = has_large ? rows : Row_Limits{target.first_row, target.end_row};
     vorna::Scratch<std::uint16_t> outcodes(strip.count);
-    if (VD_Clip(device_rectangle(target, target.first_column, target.end_column - 1, rows.first, rows.end - 1), strip.count,
-                strip.points, outcodes.data()) == 0) {
+    if (VD_Clip(device_rectangle(target, target.first_column, target.end_column - 1, clip_rows.first, clip_rows.end - 1),
+                strip.count, strip.points, outcodes.data()) == 0) {
         return;
     }
     const auto fits = [&](const VT_DCI_Point* triangle) {

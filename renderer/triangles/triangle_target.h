@@ -31,6 +31,7 @@ public:
     // part of the picture is drawn; cuts move their edges by less than a pixel.
     void draw_any(const Triangle_Strip& strip) const;
 
+    const Row_Limits rows; // the target's if all rows were drawable
     Triangle_Target target;
 
 private:
@@ -45,7 +46,6 @@ private:
 
     const Kernel_Set* kernels_;
     VT_Int_Pair tile_origin_;
-    Row_Limits rows_; // the target's if all rows were drawable
     Triangle_Configuration configuration_;
     Face_Pattern pattern_;
     Strip_Kernel* kernel_;

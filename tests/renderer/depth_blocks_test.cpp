@@ -204,3 +204,36 @@ TEST(Depth_Blocks, Change_no_pixel_and_bound_every_depth) {
         EXPECT_GT(lowered, 1000) << "kernel set " << kernels << ": no scene hides anything";
     }
 }
+
+TEST(Depth_Blocks, Are_looked_at_less_where_batches_are_visible) {
+    const Renderer_Setup setup = setup_of_case(4, {256, 64});
+    const VT_Reference<VT_Rendition> rendition(new VT_Rendition);
+    rendition->clip.hard_clip = rendition->window.rectangle = window_of(setup);
+    rendition->clip.depth_test = true;
+    const VT_RGB32 color{1, 2, 3, 255};
+    for (const std::string& kernels : available_kernel_sets()) {
+        if (kernels == "portable") {
+            continue; // has no batches
+        }
+        Test_Renderer renderer(setup, kernels);
+        renderer->requested_table.add(VT_Option("Depth Blocks", 0, true));
+        renderer->establish_all();
+        VD_Clear_Depth_Rectangle(*renderer, *rendition);
+        const auto draw = [&](const std::vector<VT_DCI_Point>& points) {
+            VD_Draw_DCI_Colorized_Polytriangle(*renderer, *rendition, static_cast<std::int32_t>(points.size()), points.data(),
+                                               &color, true);
+        };
+        std::vector<VT_DCI_Point> narrow;
+        for (std::int32_t i = 0; i < 64; ++i) {
+            narrow.push_back({4 * (i / 2), 60 * (i % 2), 40000});
+        }
+        const krb::Block_Looks& looks = *krb::renderer_of(*renderer).depth_blocks.looks();
+        draw(narrow);
+        draw(narrow);
+        EXPECT_EQ(looks.pause_after_next, 7) << "kernel set " << kernels << ", visible";
+        draw({{0, 0, 100}, {0, 64, 100}, {256, 0, 100}, {256, 64, 100}});
+        draw(narrow);
+        draw(narrow);
+        EXPECT_EQ(looks.pause_after_next, 0) << "kernel set " << kernels << ", hidden";
+    }
+}

@@ -257,7 +257,7 @@ TEST(Standard_Line, near_points_are_rounded_as_far_ones) {
     const double values[] = {0,    0.49999999, 0.5,  -0.5,      1.5,        -1.5,  -1.50000001, -7,       edge - 0.5,
                              edge, edge + 0.5, 1e30, -edge + 1, 0.5 - edge, -edge, -edge - 1,   infinite, none};
     for (const double x : values) {
-        for (const double other : {-0.5, none}) {
+        for (const double other : {2.5, -0.5, none}) {
             const VT_DCI_Point point = vorna::nearest_point(VT_Point_D{x, other, x});
             EXPECT_EQ(point.x, vorna::nearest_coordinate(x)) << x;
             EXPECT_EQ(point.y, vorna::nearest_coordinate(other)) << x;

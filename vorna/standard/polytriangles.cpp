@@ -12,6 +12,7 @@
 #include "host/strip.h"
 #include "host/texture.h"
 #include "host/triangle_clipper.h"
+#include "vorna/standard/conversion.h"
 #include "vorna/standard/drawing_area.h"
 #include "vorna/standard/faces.h"
 #include "vorna/standard/standard_call.h"
@@ -59,16 +60,16 @@ void draw_retextured(VT_Renderer_Data& renderer, const VT_Rendition& rendition, 
     Form::draw(renderer, *changed, changed_strip);
 }
 
-template <class Point> vorna::Scratch<VT_DCI_Point> rounded_points(const Strip<Point>& strip) {
-    vorna::Scratch<VT_DCI_Point> points(strip.count);
+template <class Point> void round_points(const Strip<Point>& strip, VT_DCI_Point* whole) {
     for (std::int32_t i = 0; i < strip.count; ++i) {
-        points[i] = vorna::rounded_point(strip.points[i]);
+        whole[i] = vorna::rounded_point(strip.points[i]);
     }
-    return points;
 }
 
 template <class Form> void draw_rounded(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_Point>& strip) {
-    Form::draw(renderer, rendition, strip.with(rounded_points(strip).data()));
+    vorna::Scratch<VT_DCI_Point> points(strip.count);
+    round_points(strip, points.data());
+    Form::draw(renderer, rendition, strip.with(points.data()));
 }
 
 void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_Point>& strip, vorna::Form_2D) {
@@ -117,13 +118,21 @@ void draw_cut(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const V
 void draw_plain(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Strip<VT_Point_D>& strip, vorna::Form_3D) {
     constexpr std::int32_t guard = vorna::farthest_window_side;
     const VT_Int_Rectangle visible = vorna::visible_rectangle(renderer, rendition);
-    vorna::Scratch<std::uint16_t> outcodes(strip.count);
-    const std::int32_t inside = VD_Clip({-guard, guard, -guard, guard}, strip.count, strip.points, outcodes.data());
-    if (inside == 0 || vorna::is_empty(visible)) {
+    if (vorna::is_empty(visible)) {
         return;
     }
-    vorna::Scratch<VT_DCI_Point> points = rounded_points(strip);
+    vorna::Scratch<VT_DCI_Point> points(strip.count);
     const Strip<VT_DCI_Point> whole = strip.with(points.data());
+    if (vorna::round_plain_points(strip.count, strip.points, points.data())) {
+        vorna::Form_2DI::draw(renderer, rendition, whole);
+        return;
+    }
+    vorna::Scratch<std::uint16_t> outcodes(strip.count);
+    const std::int32_t inside = VD_Clip({-guard, guard, -guard, guard}, strip.count, strip.points, outcodes.data());
+    if (inside == 0) {
+        return;
+    }
+    round_points(strip, points.data());
     if (inside == strip.count) {
         vorna::Form_2DI::draw(renderer, rendition, whole);
         return;
