@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "drawing/files/json_memory.h"
+#include "drawing/files/json_release.h"
 #include "drawing/files/setting_names.h"
 #include "drawing/model/model_reader.h"
 
@@ -72,8 +73,9 @@ Map read_json_map(const Input& input, const std::string& layer, Load_Limits& lim
     std::string read;
     const std::string& content = content_of(input, read, limits);
     const Load_Limits::Loan document_memory(limits, input.name, json_memory(content));
-    const Json document = parsed(input.name, content);
     // Moved, not copied: a copy recurses as deeply as the file nests.
+    const Released_Json<Json> owned(parsed(input.name, content));
+    const Json& document = *owned;
     const auto type = document.is_object() ? document.find("type") : document.end();
     const bool topology = type != document.end() && *type == "Topology";
     check_layer(input, layer, topology);
