@@ -21,6 +21,10 @@ else()
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # GCC 12 sees overlapping copies in its own std::string concatenation.
     list(APPEND options -Wno-restrict)
+    if(CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+      # With sanitizers it does not follow which alternative of a std::variant holds the value.
+      list(APPEND options -Wno-maybe-uninitialized)
+    endif()
   endif()
 endif()
 if(WIN32)

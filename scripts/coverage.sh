@@ -9,7 +9,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
-install_packages "${build_packages[@]}" "${test_packages[@]}" gcovr
+install_packages "${build_packages[@]}" "${python_packages[@]}" "${test_packages[@]}" gcovr
 for folder in "$@"; do
     [ -d "$folder" ] || {
         echo "usage: scripts/coverage.sh [FOLDER...]; found '$folder'" >&2
@@ -29,6 +29,6 @@ ctest --preset gcc-coverage -j "$jobs"
 
 step "counters"
 # Of a member of a template each instance has branches of its own.
-gcovr --root . --object-directory "$build" --filter '(host|renderer|vorna|drawing|c|app)/' --exclude-throw-branches \
+gcovr --root . --object-directory "$build" --filter '(host|renderer|vorna|drawing|c|python|app)/' --exclude-throw-branches \
     --exclude-unreachable-branches --json "$build/coverage.json" -j "$jobs" "$build"
 python3 scripts/coverage_table.py "$build/coverage.json" "$@"

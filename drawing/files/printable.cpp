@@ -45,6 +45,17 @@ std::string without_controls(std::string_view text, bool one_line) {
 
 } // namespace
 
+bool is_utf8(std::string_view text) noexcept {
+    while (!text.empty()) {
+        const std::size_t length = character_length(text);
+        if (length == 0) {
+            return false;
+        }
+        text.remove_prefix(length);
+    }
+    return true;
+}
+
 std::string printable(const std::string& text) {
     return without_controls(text, true);
 }

@@ -19,8 +19,14 @@ constexpr int largest_window_bits = 27;
 } // namespace
 
 std::string zstd(std::string_view content) {
+    const std::unique_ptr<ZSTD_CCtx, std::size_t (*)(ZSTD_CCtx*)> context(ZSTD_createCCtx(), ZSTD_freeCCtx);
     std::string packed(ZSTD_compressBound(content.size()), '\0');
-    const std::size_t size = ZSTD_compress(packed.data(), packed.size(), content.data(), content.size(), level);
+    // The checksum finds damage that changes numbers and leaves the rest as it is.
+    if (!context || ZSTD_isError(ZSTD_CCtx_setParameter(context.get(), ZSTD_c_compressionLevel, level)) ||
+        ZSTD_isError(ZSTD_CCtx_setParameter(context.get(), ZSTD_c_checksumFlag, 1))) {
+        throw std::runtime_error("data cannot be compressed");
+    }
+    const std::size_t size = ZSTD_compress2(context.get(), packed.data(), packed.size(), content.data(), content.size());
     if (ZSTD_isError(size)) {
         throw std::runtime_error("data cannot be compressed");
     }

@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "drawing/files/json_memory.h"
+#include "drawing/files/json_release.h"
 #include "drawing/files/setting_names.h"
 #include "drawing/model/model_reader.h"
 
@@ -73,8 +74,9 @@ Map read_json_map(const Input& input, const Map_Query& query, Load_Limits& limit
     std::string read;
     const std::string& content = content_of(input, read, limits);
     const Load_Limits::Loan document_memory(limits, input.name, json_memory(content));
-    const Json document = parsed(input.name, content);
     // Moved, not copied: a copy recurses as deeply as the file nests.
+    const Released_Json<Json> owned(parsed(input.name, content));
+    const Json& document = *owned;
     const auto type = document.is_object() ? document.find("type") : document.end();
     const bool topology = type != document.end() && *type == "Topology";
     check_layer(input, query.layer, topology);

@@ -4,6 +4,9 @@
 #include <utility>
 #include <vector>
 
+#include "drawing/files/json_release.h"
+#include "drawing/files/printable.h"
+
 namespace vorna::drawing::recording {
 
 namespace {
@@ -19,14 +22,17 @@ public:
 
     explicit Document_Builder(const std::function<void(std::size_t)>& take_memory) : take_memory_(take_memory) {}
 
-    json take() { return std::move(document_); }
+    json take() { return std::move(*document_); }
 
     bool null() { return add(nullptr); }
     bool boolean(bool value) { return add(value); }
     bool number_integer(json::number_integer_t value) { return add(value); }
     bool number_unsigned(json::number_unsigned_t value) { return add(value); }
     bool number_float(json::number_float_t value, const std::string&) { return add(value); }
-    bool string(std::string& value) { return add(std::move(value)); }
+    bool string(std::string& value) {
+        require_utf8(value);
+        return add(std::move(value));
+    }
     bool binary(json::binary_t& bytes) {
         count(bytes.size());
         return add(std::move(bytes));
@@ -38,6 +44,7 @@ public:
     bool end_array() { return close(); }
 
     bool key(std::string& name) {
+        require_utf8(name);
         Level& level = open_.back();
         level.key = name;
         count(member_bytes + name.size());
@@ -73,6 +80,13 @@ private:
         }
     }
 
+    // The library does not look at texts of CBOR documents, and writes no others.
+    void require_utf8(const std::string& text) const {
+        if (!is_utf8(text)) {
+            throw Recording_Error(path() + (path().empty() ? "" : ": ") + "expected text in UTF-8");
+        }
+    }
+
     bool add(json value) {
         count(value_bytes + (value.is_string() ? value.get_ref<const std::string&>().size() : 0));
         place(std::move(value));
@@ -95,8 +109,8 @@ private:
 
     json* place(json value) {
         if (open_.empty()) {
-            document_ = std::move(value);
-            return &document_;
+            *document_ = std::move(value);
+            return &*document_;
         }
         json& parent = *open_.back().value;
         if (parent.is_array()) {
@@ -122,7 +136,7 @@ private:
 
     const std::function<void(std::size_t)>& take_memory_;
     std::size_t counted_ = 0;
-    json document_;
+    Released_Json<json> document_;
     std::vector<Level> open_;
 };
 

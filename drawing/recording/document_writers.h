@@ -9,8 +9,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <nlohmann/json.hpp>
+#include <numeric>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -121,23 +121,20 @@ private:
     std::vector<Level> levels_;
 };
 
+// Encodes values as they come. A document of the library could not be destroyed without memory: its destructor asks for some.
 class Cbor_Builder {
 public:
-    // Document and objects in the order of their keys' names.
-    std::string take() {
-        std::string bytes;
-        nlohmann::json::to_cbor(document_, bytes);
-        return bytes;
-    }
+    std::string take() { return std::move(document_); }
 
-    void start_object() { open_.push_back(place(nlohmann::json::object())); }
-    void end_object() { open_.pop_back(); }
-    void start_list() { open_.push_back(place(nlohmann::json::array())); }
+    void start_object() { open_.emplace_back().is_object = true; }
+    void end_object() { close(); }
+    void start_list() { open_.emplace_back(); }
     void start_lines() { start_list(); }
-    void end_list() { open_.pop_back(); }
-    void name(std::string_view name) { name_ = name; }
+    void end_list() { close(); }
+    void name(std::string_view name) { open_.back().members.push_back({std::string(name), 0}); }
 
-    template <class Value> void value(const Value& value) { place(value); }
+    // A number, a text, true, false or null.
+    template <class Value> void value(const Value& value) { put(encoded(value)); }
     // Whole numbers from those of the element before, which are small and often the same: they compress better.
     template <class Number> void numbers(std::vector<Number> numbers, std::size_t width) {
         if constexpr (std::is_integral_v<Number>) {
@@ -146,36 +143,93 @@ public:
                 numbers[i] = static_cast<Number>(static_cast<Unsigned>(numbers[i]) - static_cast<Unsigned>(numbers[i - width]));
             }
         }
-        std::vector<std::uint8_t> bytes(numbers.size() * sizeof(Number));
-        std::memcpy(bytes.data(), numbers.data(), bytes.size());
+        std::string bytes(reinterpret_cast<const char*>(numbers.data()), numbers.size() * sizeof(Number));
         if constexpr (std::endian::native == std::endian::big) {
             for (auto number = bytes.begin(); number != bytes.end(); number += sizeof(Number)) {
                 std::reverse(number, number + sizeof(Number));
             }
         }
-        place(nlohmann::json::binary(std::move(bytes)));
+        digits(bytes);
     }
-    void digits(std::string_view bytes) { place(nlohmann::json::binary({bytes.begin(), bytes.end()})); }
+    void digits(std::string_view bytes) { put(head(Type::bytes, bytes.size()).append(bytes)); }
 
-    void add_lines(std::string_view name, Cbor_Builder list) { (*open_.back())[std::string(name)] = std::move(list.document_); }
+    void add_lines(std::string_view member, const Cbor_Builder& list) {
+        name(member);
+        put(list.document_);
+    }
 
 private:
-    nlohmann::json* place(nlohmann::json value) {
-        if (open_.empty()) {
-            document_ = std::move(value);
-            return &document_;
-        }
-        nlohmann::json& parent = *open_.back();
-        if (parent.is_object()) {
-            return &(parent[name_] = std::move(value));
-        }
-        parent.push_back(std::move(value));
-        return &parent.back();
+    struct Member {
+        std::string name;
+        std::size_t end; // of its value in the bytes of the object
+    };
+
+    // A list or an object that is being written.
+    struct Level {
+        bool is_object = false;
+        std::vector<Member> members;
+        std::size_t count = 0;
+        std::string bytes; // of the elements, or of the members' values
+    };
+
+    static std::string encoded(const nlohmann::json& value) {
+        std::string bytes;
+        nlohmann::json::to_cbor(value, bytes);
+        return bytes;
     }
 
-    nlohmann::json document_;
-    std::vector<nlohmann::json*> open_;
-    std::string name_;
+    enum class Type : unsigned { bytes = 2, list = 4, object = 5 };
+
+    // What the value begins with: its type and its number of bytes or elements, in five bits or in the 1, 2, 4 or 8 bytes that
+    // follow.
+    static std::string head(Type type, std::uint64_t count) {
+        constexpr unsigned least_in_bytes = 24;
+        const unsigned type_bits = static_cast<unsigned>(type) << 5;
+        if (count < least_in_bytes) {
+            return {static_cast<char>(type_bits | count)};
+        }
+        const unsigned log2_size = count < 1U << 8 ? 0 : count < 1U << 16 ? 1 : count < std::uint64_t{1} << 32 ? 2 : 3;
+        std::string bytes{static_cast<char>(type_bits | (least_in_bytes + log2_size))};
+        for (unsigned left = 1U << log2_size; left-- > 0;) {
+            bytes += static_cast<char>(count >> 8 * left);
+        }
+        return bytes;
+    }
+
+    void put(std::string bytes) {
+        if (open_.empty()) {
+            document_ = std::move(bytes);
+            return;
+        }
+        Level& level = open_.back();
+        level.bytes += bytes;
+        ++level.count;
+        if (level.is_object) {
+            level.members.back().end = level.bytes.size();
+        }
+    }
+
+    void close() {
+        const Level level = std::move(open_.back());
+        open_.pop_back();
+        std::string bytes = head(level.is_object ? Type::object : Type::list, level.count);
+        if (level.is_object) {
+            std::vector<std::size_t> order(level.members.size());
+            std::iota(order.begin(), order.end(), std::size_t{0});
+            std::ranges::sort(order, {}, [&](std::size_t member) -> const std::string& { return level.members[member].name; });
+            for (const std::size_t member : order) {
+                const std::size_t start = member == 0 ? 0 : level.members[member - 1].end;
+                bytes += encoded(level.members[member].name);
+                bytes.append(level.bytes, start, level.members[member].end - start);
+            }
+        } else {
+            bytes += level.bytes;
+        }
+        put(std::move(bytes));
+    }
+
+    std::string document_;
+    std::vector<Level> open_;
 };
 
 } // namespace vorna::drawing::recording

@@ -2,8 +2,8 @@
 #include "drawing/recording/recording_reader.h"
 
 #include <algorithm>
-#include <cstring>
 
+#include "drawing/files/json_release.h"
 #include "drawing/recording/call_kinds.h"
 #include "drawing/recording/values.h"
 
@@ -206,9 +206,8 @@ std::optional<Image_Rows<std::uint16_t>> read_sized(const Reader&, const Reader&
 std::vector<std::uint8_t> read_sized(const Reader& reader, const Reader& rows, const Image& image) {
     const auto bytes_of = [&]<class Pixel>(As<Pixel>) {
         const auto read = read_rows<Pixel>(rows, {image.width, image.height});
-        std::vector<std::uint8_t> bytes(read.pixels.size() * sizeof(Pixel));
-        std::memcpy(bytes.data(), read.pixels.data(), bytes.size());
-        return bytes;
+        const auto* const first = reinterpret_cast<const std::uint8_t*>(read.pixels.data());
+        return std::vector<std::uint8_t>(first, first + read.pixels.size() * sizeof(Pixel));
     };
     switch (image.format) {
     case Buffer_Format::index8:
@@ -388,7 +387,8 @@ Call call(const Reader& reader) {
 } // namespace
 
 Recording read_recording(std::string_view bytes, const std::function<void(std::size_t)>& take_memory) {
-    const json document = parse_document(bytes, take_memory);
+    const Released_Json<json> owned(parse_document(bytes, take_memory));
+    const json& document = *owned;
     if (take_memory && document.is_object()) {
         // What small values become.
         constexpr std::size_t control_block = 32;

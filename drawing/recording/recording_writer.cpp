@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <map>
 #include <stdexcept>
 #include <string_view>
@@ -80,13 +79,10 @@ public:
     Out write(const Recording& recording);
 
 private:
-    // An object that is being written; the destructor closes it.
+    // The members of an object that is being written.
     class Object {
     public:
-        explicit Object(Writer& writer) : writer_(writer) { writer_.out_.start_object(); }
-        Object(const Object&) = delete;
-        Object& operator=(const Object&) = delete;
-        ~Object() { writer_.out_.end_object(); }
+        explicit Object(Writer& writer) : writer_(writer) {}
 
         Object& name(std::string_view name) {
             writer_.out_.name(name);
@@ -101,6 +97,13 @@ private:
     private:
         Writer& writer_;
     };
+
+    // put_members(Object) writes the members. Not closed by a destructor: closing may throw std::bad_alloc.
+    template <class Put> void put_object(Put put_members) {
+        out_.start_object();
+        put_members(Object(*this));
+        out_.end_object();
+    }
 
     void put(bool value) { out_.value(value); }
     void put(std::uint8_t value) { out_.value(std::int64_t{value}); }
@@ -194,10 +197,11 @@ private:
         out_.end_list();
     }
     void put(const Option_Settings& settings) {
-        Object object(*this);
-        for (const auto& [name, setting] : settings) {
-            object.key(name, setting);
-        }
+        put_object([&](Object object) {
+            for (const auto& [name, setting] : settings) {
+                object.key(name, setting);
+            }
+        });
     }
     void put_opaque(const std::optional<std::vector<VT_RGB32>>& colors) {
         put_list(*colors, [this](VT_RGB32 color) { put_numbers({color.red, color.green, color.blue}); });
@@ -221,7 +225,7 @@ private:
     void put_sized(const Image& image, const std::vector<std::uint8_t>& bytes) {
         const auto put_as = [&]<class Pixel>(Pixel) {
             std::vector<Pixel> pixels(bytes.size() / sizeof(Pixel));
-            std::memcpy(pixels.data(), bytes.data(), bytes.size());
+            std::ranges::copy(bytes, reinterpret_cast<std::uint8_t*>(pixels.data()));
             put_rows(pixels.data(), static_cast<std::size_t>(image.width), pixels.size());
         };
         switch (image.format) {
@@ -235,8 +239,7 @@ private:
     }
 
     template <Keyed Group> void put(const Group& group) {
-        Object object(*this);
-        put_keys(object, group);
+        put_object([&](Object object) { this->put_keys(object, group); });
     }
     template <Keyed Group> void put_keys(Object& object, const Group& group) {
         for_each_field<Group>([&]<class Field>(const Field& field) {
@@ -263,16 +266,16 @@ private:
     }
 
     void put(const Call& call) {
-        const auto& [kind, arguments, rendition, standard] = call;
-        Object object(*this);
-        object.key("call", kind->name);
-        if (rendition) {
-            object.key("rendition", rendition);
-        }
-        if (standard) {
-            object.key("standard", true);
-        }
-        std::visit([&](const auto& typed) { put_keys(object, typed); }, arguments);
+        put_object([&](Object object) {
+            object.key("call", call.kind->name);
+            if (call.rendition) {
+                object.key("rendition", call.rendition);
+            }
+            if (call.standard) {
+                object.key("standard", true);
+            }
+            std::visit([&](const auto& typed) { this->put_keys(object, typed); }, call.arguments);
+        });
     }
 
     // A list that is kept for the top level.
@@ -299,35 +302,33 @@ private:
 
 // Calls are written first, because they determine the list of renditions; then renditions, which determine the shared lists.
 template <class Out> Out Writer<Out>::write(const Recording& recording) {
-    const auto& [configuration, zbuffer_write, zbuffer_test, output, rendition, list] = recording;
-    Out calls = kept_list(list, [this](const Call& call) { put(call); });
-    {
-        Object object(*this);
+    Out calls = kept_list(recording.calls, [this](const Call& call) { put(call); });
+    put_object([&](Object object) {
         object.key("picture", 1);
-        put_keys(object, configuration);
-        if (zbuffer_write != Recording().zbuffer_write) {
-            object.key("zbuffer_write", zbuffer_write);
+        this->put_keys(object, recording.configuration);
+        if (recording.zbuffer_write != Recording().zbuffer_write) {
+            object.key("zbuffer_write", recording.zbuffer_write);
         }
-        if (zbuffer_test != Recording().zbuffer_test) {
-            object.key("zbuffer_test", zbuffer_test);
+        if (recording.zbuffer_test != Recording().zbuffer_test) {
+            object.key("zbuffer_test", recording.zbuffer_test);
         }
-        if (output) {
-            object.key("output", *output);
+        if (recording.output) {
+            object.key("output", *recording.output);
         }
-        if (is_given(rendition)) {
-            object.key("rendition", rendition);
+        if (is_given(recording.rendition)) {
+            object.key("rendition", recording.rendition);
         }
         // A later list refers to those before it in the document.
-        Out renditions = kept_list(renditions_.list(), [this](const Rendition* shared) { put(*shared); });
-        put_kept("texels", texels_.list(), [this](const auto* texels) { this->put(*texels); });
-        put_kept("complex_clips", clips_.list(), [this](const auto* contours) {
-            this->put_list(*contours, [this](const std::vector<VT_Point>& contour) { put_contour(contour); });
+        Out renditions = this->kept_list(renditions_.list(), [this](const Rendition* shared) { this->put(*shared); });
+        this->put_kept("texels", texels_.list(), [this](const auto* texels) { this->put(*texels); });
+        this->put_kept("complex_clips", clips_.list(), [this](const auto* contours) {
+            this->put_list(*contours, [this](const std::vector<VT_Point>& contour) { this->put_contour(contour); });
         });
         if (!renditions_.list().empty()) {
             out_.add_lines("renditions", std::move(renditions));
         }
         out_.add_lines("calls", std::move(calls));
-    }
+    });
     return std::move(out_);
 }
 

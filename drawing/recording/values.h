@@ -7,7 +7,6 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -68,7 +67,7 @@ template <class Number> std::vector<Number> numbers_of_bytes(const Reader& reade
         }
     }
     std::vector<Number> numbers(bytes.size() / sizeof(Number));
-    std::memcpy(numbers.data(), bytes.data(), bytes.size());
+    std::ranges::copy(bytes, reinterpret_cast<std::uint8_t*>(numbers.data()));
     if constexpr (std::is_integral_v<Number>) {
         for (std::size_t i = width; i < numbers.size(); ++i) {
             using Unsigned = std::make_unsigned_t<Number>;

@@ -118,8 +118,9 @@ std::string description_of(const py::array& array) {
 }
 
 bool Rows_View::is_packed(Type wanted, py::ssize_t wanted_columns) const noexcept {
-    return type == wanted && columns == wanted_columns && column_stride == 4 * (wanted == Type::float64 ? 2 : 1) &&
-           row_stride == columns * column_stride && reinterpret_cast<std::uintptr_t>(data) % 4 == 0;
+    const std::uintptr_t bytes = wanted == Type::float64 ? 8 : 4;
+    return type == wanted && columns == wanted_columns && column_stride == static_cast<py::ssize_t>(bytes) &&
+           row_stride == columns * column_stride && reinterpret_cast<std::uintptr_t>(data) % bytes == 0;
 }
 
 Rows_View rows_of(std::string_view name, const py::object& values, py::object& kept) {

@@ -9,6 +9,7 @@
 #include <zlib.h>
 
 #include "drawing/files/gzip.h"
+#include "drawing/files/zstd.h"
 #include "drawing/image/image_comparison.h"
 #include "drawing/image/image_measures.h"
 #include "drawing/image/palette.h"
@@ -22,8 +23,9 @@ namespace {
 
 using namespace fuzzing;
 
-// Images may be as large as the reader allows and small as files; drawing textures of them is another matter.
-constexpr std::int64_t most_pixels = 1 << 16;
+// Short files may state large images, which would take most of the time. Textures are several times as large as their images.
+constexpr std::int64_t most_pixels = 1 << 16, most_texture_pixels = 1 << 10;
+constexpr std::uint64_t most_memory = std::uint64_t{1} << 22;
 
 std::string with_check_sums(std::string_view given) {
     constexpr std::size_t signature = 8, frame = 12; // length, name and check sum of a chunk
@@ -43,17 +45,35 @@ std::string with_check_sums(std::string_view given) {
     return png;
 }
 
+// A file that is there as long as the process, in memory where the system has a folder for that: thousands are written a second.
+class Temporary_File {
+public:
+    Temporary_File() {
+        std::error_code none;
+        const std::filesystem::path memory("/dev/shm");
+        path_ = std::filesystem::is_directory(memory, none) ? memory : std::filesystem::temp_directory_path();
+        path_ /= "vorna-fuzz-" + std::to_string(std::random_device()()) + ".png";
+    }
+    Temporary_File(const Temporary_File&) = delete;
+    Temporary_File& operator=(const Temporary_File&) = delete;
+    ~Temporary_File() {
+        std::error_code ignored;
+        std::filesystem::remove(path_, ignored);
+    }
+
+    std::string name() const { return path_.string(); }
+    void write(std::string_view bytes) const {
+        std::ofstream(path_, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    }
+
+private:
+    std::filesystem::path path_;
+};
+
 void read_part(std::string_view bytes) {
-    static const std::filesystem::path path =
-        std::filesystem::temp_directory_path() / ("vorna-fuzz-" + std::to_string(std::random_device()()) + ".png");
-    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    const struct Removal {
-        ~Removal() {
-            std::error_code ignored;
-            std::filesystem::remove(path, ignored);
-        }
-    } removal;
-    vorna::drawing::Part_Reader reader(path.string());
+    static const Temporary_File file;
+    file.write(bytes);
+    vorna::drawing::Part_Reader reader(file.name());
     if (std::uint64_t{reader.form().width} * reader.form().height <= most_pixels) {
         std::vector<std::uint8_t> row(reader.form().width * reader.form().pixel_bytes());
         for (std::uint32_t r = 0; r < reader.form().height; ++r) {
@@ -63,8 +83,12 @@ void read_part(std::string_view bytes) {
 }
 
 void make_texture(std::string_view bytes, std::uint8_t style) {
-    const vorna::drawing::Image image = vorna::drawing::decode_image(bytes);
-    if (std::int64_t{image.width} * image.height > most_pixels) {
+    const vorna::drawing::Image image = vorna::drawing::decode_image(bytes, [](std::uint64_t pixels) {
+        if (pixels > most_pixels) {
+            throw vorna::drawing::Image_Error("expected fewer pixels");
+        }
+    });
+    if (std::int64_t{image.width} * image.height > most_texture_pixels) {
         return;
     }
     vorna::drawing::model::Material material;
@@ -82,7 +106,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Bytes input(text_of(data, size));
     const std::uint8_t way = input.byte();
     const std::string bytes = way < 128 ? with_check_sums(input.rest()) : std::string(input.rest());
-    vorna::drawing::Load_Limits limits;
+    vorna::drawing::Load_Limits limits(most_memory);
     switch (way % 4) {
     case 0:
         try_out([&] { vorna::drawing::palette_colors("palette", bytes, limits); });
@@ -114,7 +138,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     default:
         // Damaged compressed data is an error of no class of its own.
         try_out<std::runtime_error>([&] {
-            if (vorna::drawing::gunzip(input.rest(), 1 << 20).size() > 1 << 20) {
+            constexpr std::size_t most = 1 << 18;
+            const auto unpack = vorna::drawing::is_zstd(input.rest()) ? vorna::drawing::unzstd : vorna::drawing::gunzip;
+            if (unpack(input.rest(), most, {}).size() > most) {
                 fail("more was unpacked than was asked for");
             }
         });

@@ -1,4 +1,4 @@
-// Changes of JSON documents that leave them documents.
+// Changes of JSON and CBOR documents that leave them documents.
 #include "tests/fuzz/json_mutator.h"
 
 #include <algorithm>
@@ -37,6 +37,56 @@ namespace {
 
 constexpr std::size_t most_nodes = 4000;
 
+bool is_cbor(std::string_view bytes) {
+    return vocabulary.is_cbor && vocabulary.is_cbor(bytes);
+}
+
+// Discarded when the bytes are no document.
+Json parsed(const std::uint8_t* data, std::size_t size) {
+    const std::string_view bytes = text_of(data, size);
+    return is_cbor(bytes) ? vocabulary.read_cbor(bytes) : Json::parse(bytes, nullptr, false);
+}
+
+// Writes the document into a block of `most` bytes. Returns the number of bytes, 0 when they do not suffice.
+std::size_t print(const Json& document, bool as_cbor, std::uint8_t* data, std::size_t most) {
+    std::string bytes;
+    if (as_cbor) {
+        Json::to_cbor(document, bytes);
+    } else {
+        bytes = document.dump(-1, ' ', false, Json::error_handler_t::replace);
+    }
+    if (bytes.size() > most) {
+        return 0;
+    }
+    std::ranges::copy(bytes, data);
+    return bytes.size();
+}
+
+// Numbers of 1 to 12 bytes, or of another size.
+void change_bytes(std::vector<std::uint8_t>& bytes, Random& random) {
+    constexpr std::size_t sizes[] = {1, 2, 4, 8, 12, 24};
+    const std::size_t size = random.one_of(sizes);
+    const auto place = [&] {
+        const auto number = static_cast<std::size_t>(random.number(0, static_cast<std::int32_t>(bytes.size() / size)));
+        return static_cast<std::ptrdiff_t>(number * size);
+    };
+    switch (bytes.empty() ? 0 : random.number(0, 3)) {
+    case 0: {
+        std::vector<std::uint8_t> more(size);
+        std::ranges::generate(more, [&] { return random.chance(50) ? random.byte() : std::uint8_t{0}; });
+        bytes.insert(bytes.begin() + place(), more.begin(), more.end());
+        break;
+    }
+    case 1: {
+        const auto start = bytes.begin() + place();
+        bytes.erase(start, start + std::min(static_cast<std::ptrdiff_t>(size), bytes.end() - start));
+        break;
+    }
+    default:
+        bytes[static_cast<std::size_t>(random.number(0, static_cast<std::int32_t>(bytes.size()) - 1))] = random.byte();
+    }
+}
+
 void collect(Json& value, std::vector<Json*>& nodes) {
     if (nodes.size() < most_nodes) {
         nodes.push_back(&value);
@@ -49,9 +99,14 @@ void collect(Json& value, std::vector<Json*>& nodes) {
 }
 
 Json small_value(Random& random) {
-    switch (random.number(0, 6)) {
+    switch (random.number(0, vocabulary.is_cbor ? 7 : 6)) {
     case 0:
         return nullptr;
+    case 7: {
+        std::vector<std::uint8_t> bytes;
+        change_bytes(bytes, random);
+        return Json::binary(std::move(bytes));
+    }
     case 1:
         return random.chance(50);
     case 2:
@@ -80,6 +135,8 @@ void change_scalar(Json& value, Random& random) {
         value = odd_number(random);
     } else if (value.is_boolean()) {
         value = !value.get<bool>();
+    } else if (value.is_binary() && random.chance(90)) {
+        change_bytes(value.get_binary(), random);
     } else if (value.is_string() && !value.get_ref<std::string&>().empty() && random.chance(50)) {
         auto& text = value.get_ref<std::string&>();
         constexpr std::string_view characters = "0123456789abcdefABCDEF# ";
@@ -141,15 +198,15 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
     using namespace fuzzing;
     Random random(seed);
     if (!random.chance(12)) {
-        Json document = Json::parse(text_of(data, size), nullptr, false);
+        Json document = parsed(data, size);
         if (!document.is_discarded()) {
+            // Bytes would not come back from text, while CBOR holds all that text does.
+            const bool as_cbor = is_cbor(text_of(data, size)) || (vocabulary.is_cbor && document.is_object() && random.chance(5));
             for (int changes = random.number(1, 4); changes > 0; --changes) {
                 change(document, random);
             }
-            const std::string text = document.dump(-1, ' ', false, Json::error_handler_t::replace);
-            if (text.size() <= most) {
-                std::ranges::copy(text, data);
-                return text.size();
+            if (const std::size_t printed = print(document, as_cbor, data, most); printed > 0) {
+                return printed;
             }
         }
     }
@@ -161,8 +218,8 @@ extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* first, std:
                                                  std::size_t second_size, std::uint8_t* out, std::size_t most, unsigned seed) {
     using namespace fuzzing;
     Random random(seed);
-    Json document = Json::parse(text_of(first, first_size), nullptr, false);
-    const Json other = Json::parse(text_of(second, second_size), nullptr, false);
+    Json document = parsed(first, first_size);
+    const Json other = parsed(second, second_size);
     const std::string list(vocabulary.list);
     const auto has_list = [&](const Json& json) {
         return json.is_object() && json.contains(list) && json[list].is_array() && !json[list].empty();
@@ -175,10 +232,5 @@ extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* first, std:
         const Json& from = other[list];
         document[list].insert(into, from[static_cast<std::size_t>(random.number(0, static_cast<std::int32_t>(from.size()) - 1))]);
     }
-    const std::string text = document.dump(-1, ' ', false, Json::error_handler_t::replace);
-    if (text.size() > most) {
-        return 0;
-    }
-    std::ranges::copy(text, out);
-    return text.size();
+    return print(document, is_cbor(text_of(first, first_size)) || is_cbor(text_of(second, second_size)), out, most);
 }

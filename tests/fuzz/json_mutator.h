@@ -1,4 +1,4 @@
-// Changes of JSON documents that leave them documents, so that fuzzers get behind the parser.
+// Changes of JSON and CBOR documents that leave them documents, so that fuzzers get behind the parser.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -15,6 +15,9 @@ struct Vocabulary {
     // A list at the top, and something that may stand in it.
     std::string_view list;
     nlohmann::ordered_json (*new_element)(vorna::app::check::Random&);
+    // Reads a document that is not text, and tells whether bytes begin as one; null = all documents are text.
+    nlohmann::ordered_json (*read_cbor)(std::string_view bytes) = nullptr;
+    bool (*is_cbor)(std::string_view bytes) noexcept = nullptr;
 };
 
 // Of the fuzzer that is linked with the mutator.

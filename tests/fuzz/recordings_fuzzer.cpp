@@ -1,11 +1,12 @@
-// Recordings: read, and replayed when they are valid.
+// Recordings, as JSON or CBOR, plain or compressed: read, and when they are valid written, read again and replayed.
 #include <array>
 
-#include "drawing/files/gzip.h"
 #include "drawing/recording/call_kinds.h"
 #include "drawing/recording/document.h"
 #include "drawing/recording/document_comparison.h"
+#include "drawing/recording/recording_file.h"
 #include "drawing/recording/recording_reader.h"
+#include "drawing/recording/recording_writer.h"
 #include "drawing/recording/replay.h"
 #include "drawing/recording/session.h"
 #include "tests/fuzz/guarded_buffers.h"
@@ -291,15 +292,25 @@ Json new_call(Random& random) {
     return call;
 }
 
+// Text and CBOR hold the same, to the last bit.
+void write(const vorna::drawing::recording::Recording& recording) {
+    using namespace vorna::drawing::recording;
+    const std::string text = json_of(recording);
+    if (json_of(read_recording(text)) != text || json_of(read_recording(cbor_of(recording))) != text) {
+        fuzzing::fail("a recording that was written and read is another one");
+    }
+}
+
 void replay(std::string_view text) {
     using namespace vorna::drawing::recording;
-    const std::string unpacked =
-        vorna::drawing::is_gzip(text) ? vorna::drawing::gunzip(text, std::size_t{1} << 20) : std::string(text);
-    const Recording recording = read_recording(unpacked);
+    constexpr std::uint64_t most_memory = std::uint64_t{1} << 28;
+    vorna::drawing::Load_Limits limits(most_memory);
+    const Recording recording = read_document("recording", std::string(text), limits);
     if (const Document_Difference difference = compare_documents(recording, recording);
         !difference.setup.empty() || difference.call) {
         fuzzing::fail("a recording differs from itself");
     }
+    write(recording);
     fuzzing::Guarded_Buffers buffers({static_cast<std::int32_t>(text.size() % 3), static_cast<std::int32_t>(text.size() % 5)});
     vorna::drawing::Session session(fuzzing::renderer_module());
     session.renderer().buffer_creation = buffers.callback();
@@ -312,12 +323,21 @@ void replay(std::string_view text) {
     json_of(replay(recording, session, settings));
 }
 
+// By the reader of recordings, which limits how deeply documents nest.
+Json read_cbor(std::string_view bytes) {
+    try {
+        return vorna::drawing::recording::parse_document(bytes);
+    } catch (const vorna::drawing::recording::Recording_Error&) {
+        return Json::value_t::discarded;
+    }
+}
+
 } // namespace
 
-const fuzzing::Vocabulary fuzzing::vocabulary{keys, words, "calls", new_call};
+const fuzzing::Vocabulary fuzzing::vocabulary{keys, words, "calls", new_call, read_cbor, vorna::drawing::recording::is_cbor};
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    // Damaged compressed data is the one error that has no class of its own.
+    // Recordings that a replay refuses give an error that has no class of its own.
     fuzzing::try_out<std::runtime_error>([&] { replay(fuzzing::text_of(data, size)); });
     return 0;
 }

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <new>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -132,6 +133,22 @@ TEST(Canvas_Threads, draw_the_bytes_of_one) {
                 EXPECT_EQ(expected.read, found.read) << configuration.name << ", seed " << seed << ", threads " << threads;
             }
         }
+    }
+}
+
+TEST(Canvas_Threads, of_several_canvases_draw_at_once) {
+    const vorna::Module module(KRB_MODULE);
+    constexpr std::size_t canvases = 3;
+    std::vector<Drawn> together(canvases);
+    {
+        std::vector<std::jthread> threads;
+        for (std::size_t i = 0; i < canvases; ++i) {
+            threads.emplace_back([&, i] { together[i] = drawn(module, configurations[i], i + 1, 3); });
+        }
+    }
+    for (std::size_t i = 0; i < canvases; ++i) {
+        const Drawn alone = drawn(module, configurations[i], i + 1, 1);
+        EXPECT_TRUE(together[i] == alone) << configurations[i].name;
     }
 }
 

@@ -148,6 +148,29 @@ TEST(Threads, share_posters_turntables_and_parts) {
     EXPECT_EQ(content_of("one"), content_of("four"));
 }
 
+// Threads of a canvas, whose recorder notes what it is given.
+TEST(Threads, replay_recordings) {
+    const fuzzing::Command_Folder folder;
+    folder.write_files(hills());
+    ASSERT_EQ(
+        fuzzing::run_command({"render", "hills.obj", "-o", "out.png", "--record", "drawn.json", "--size", "200x150", "--edges"})
+            .status,
+        0);
+    for (const char* threads : {"1", "4"}) {
+        const std::vector<std::string> arguments{"replay",    "drawn.json",
+                                                 "--threads", threads,
+                                                 "--color",   std::string(threads) + "-color",
+                                                 "--depth",   std::string(threads) + "-depth",
+                                                 "--record",  std::string(threads) + "-again"};
+        const vorna::app::Ending outcome = fuzzing::run_command(arguments);
+        ASSERT_EQ(outcome.status, 0) << outcome.message;
+    }
+    for (const std::string file : {"color", "depth", "again"}) {
+        EXPECT_EQ(content_of("1-" + file), content_of("4-" + file)) << file;
+        EXPECT_FALSE(content_of("1-" + file).empty());
+    }
+}
+
 // A surface with creases of some pieces of text, as OBJ, PLY and STL.
 fuzzing::Command_Script creases() {
     constexpr int side = 110;
