@@ -142,7 +142,8 @@ void find_drawn_over(std::vector<Pixel_Event>& events) {
 
 Replay_Histories::Replay_Histories(const Recording& recording, Module_Choice module, History_Settings settings)
     : recording_(recording), module_(std::move(module)), settings_(std::move(settings)), areas_(recording),
-      window_(window_rectangle(last_window_options(recording, settings_.replay.last))), image_(recording.output.value_or(window_)) {
+      window_(window_rectangle(last_window_options(recording, settings_.replay.last))),
+      image_(recording.output.value_or(window_)) {
     if (is_empty(image_) || common_part(image_, window_) != image_) {
         throw Recording_Error("output: expected a rectangle inside the window");
     }
