@@ -197,9 +197,8 @@ void print_drawn(const Replay_Arguments& arguments, const drawing::recording::Re
 }
 
 // Draws the recording and writes all files.
-void draw(const Replay_Arguments& arguments, const drawing::Module_Choice& module,
-          const drawing::recording::Recording& recording, const drawing::recording::Replay_Settings& settings,
-          drawing::Output_Files& files) {
+void draw(const Replay_Arguments& arguments, const drawing::Module_Choice& module, const drawing::recording::Recording& recording,
+          const drawing::recording::Replay_Settings& settings, drawing::Output_Files& files) {
     drawing::Session session(module, arguments.threads);
     std::optional<drawing::recording::Recorder> recorder;
     std::optional<drawing::recording::Change_Counter> counter;
@@ -410,7 +409,8 @@ Command replay_command() {
             return exit_status::done;
         }};
     std::vector<Option> history = history_options(arguments->history);
-    command.options.insert(command.options.end(), std::make_move_iterator(history.begin()), std::make_move_iterator(history.end()));
+    command.options.insert(command.options.end(), std::make_move_iterator(history.begin()),
+                           std::make_move_iterator(history.end()));
     return command;
 }
 

@@ -91,9 +91,8 @@ Asked_Pixels pixels_of(const History_Arguments& arguments, drawing::Load_Limits&
 // Where the pixel comes from.
 std::string place_of(const History_Arguments& arguments, const Asked_Pixels& asked, std::size_t pixel) {
     const std::size_t options = arguments.pixels.size();
-    return pixel < options
-               ? "--pixel"
-               : drawing::name_of_input(arguments.pixel_file) + ':' + std::to_string(asked.lines[pixel - options]);
+    return pixel < options ? "--pixel"
+                           : drawing::name_of_input(arguments.pixel_file) + ':' + std::to_string(asked.lines[pixel - options]);
 }
 
 } // namespace
@@ -135,7 +134,8 @@ void check_history(const History_Arguments& arguments, const std::string& record
         }
     }
     if (recording == "-" && arguments.pixel_file == "-") {
-        throw drawing::Usage_Error("--pixels: expected a file beside a recording from standard input, found standard input twice");
+        throw drawing::Usage_Error(
+            "--pixels: expected a file beside a recording from standard input, found standard input twice");
     }
     for (const std::string& pixel : arguments.pixels) {
         parsed_pixel("--pixel", pixel);

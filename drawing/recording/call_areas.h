@@ -15,7 +15,8 @@ class Call_Areas {
 public:
     explicit Call_Areas(const Recording& recording);
 
-    // Device pixels of the window that the call may change. All of them where that is not known; none for calls that draw nothing.
+    // Device pixels of the window that the call may change. All of them where that is not known; none for calls that draw
+    // nothing.
     VT_Int_Rectangle area(std::size_t call, const VT_Int_Rectangle& window) const noexcept;
     // Whether a renderer may trust the call: all that it has lies in the window.
     bool is_inside(std::size_t call, const VT_Int_Rectangle& window) const noexcept;

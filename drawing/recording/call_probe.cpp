@@ -60,32 +60,51 @@ void Call_Probe::set_up(std::size_t call) {
     scratch_.make(call);
 }
 
-void Call_Probe::examine(std::size_t call, std::span<Probed_Pixel> pixels) {
-    const bool writes_depths = is_depth_call(recording_.calls[call]);
-    for (const Probed_Pixel& pixel : pixels) {
-        Pixel_Value other = pixel.before;
-        other.color = opposite(pixel.before);
-        other.depth = writes_depths ? static_cast<std::uint16_t>(~other.depth) : other.depth;
-        scratch_.set(pixel.place, other);
-    }
-    scratch_.make(call);
-    std::vector<std::uint32_t> untouched;
+void Call_Probe::examine(std::size_t number, std::span<Probed_Pixel> pixels) {
+    std::vector<std::uint32_t> in_question, unchanged;
     for (std::uint32_t i = 0; i < pixels.size(); ++i) {
+        (pixels[i].before == pixels[i].after ? unchanged : in_question).push_back(i);
+    }
+    std::optional<Lifted_Call> call;
+    if (!unchanged.empty()) {
+        call.emplace(lifted(number));
+        const std::vector<std::uint32_t> in_shape = touched(*call, call->arguments(), call->rendition, pixels, unchanged);
+        in_question.insert(in_question.end(), in_shape.begin(), in_shape.end());
+    }
+    if (in_question.empty()) {
+        return;
+    }
+    const std::vector<std::uint32_t> untouched = find_drawn(number, pixels, in_question);
+    if (!untouched.empty()) {
+        find_refusals(*call, pixels, untouched);
+    }
+}
+
+// By the call as it is, over the opposite colour. Returns the pixels that it leaves alone.
+std::vector<std::uint32_t> Call_Probe::find_drawn(std::size_t number, std::span<Probed_Pixel> pixels,
+                                                  const std::vector<std::uint32_t>& numbers) {
+    const bool writes_depths = is_depth_call(recording_.calls[number]);
+    for (const std::uint32_t i : numbers) {
+        Pixel_Value other = pixels[i].before;
+        other.color = opposite(other);
+        other.depth = writes_depths ? static_cast<std::uint16_t>(~other.depth) : other.depth;
+        scratch_.set(pixels[i].place, other);
+    }
+    scratch_.make(number);
+    std::vector<std::uint32_t> untouched;
+    for (const std::uint32_t i : numbers) {
         Probed_Pixel& pixel = pixels[i];
         const Pixel_Value drawn = scratch_.value(pixel.place);
-        const bool is_changed = pixel.before != pixel.after;
         const bool stores_depth =
             writes_depths && drawn.has_depth && drawn.depth != static_cast<std::uint16_t>(~pixel.before.depth);
         pixel.writes_color = drawn.color != opposite(pixel.before) || pixel.before.color != pixel.after.color;
-        if (!is_changed && !pixel.writes_color && !stores_depth) {
+        if (pixel.before == pixel.after && !pixel.writes_color && !stores_depth) {
             untouched.push_back(i);
         } else {
             pixel.outcome = pixel.writes_color && drawn.color != pixel.after.color ? Outcome::blended : Outcome::drawn;
         }
     }
-    if (!untouched.empty()) {
-        find_refusals(call, pixels, untouched);
-    }
+    return untouched;
 }
 
 VT_Reference<const VT_Basic_Material> Call_Probe::opaque_version(const VT_Reference<const VT_Basic_Material>& material) {
@@ -161,6 +180,10 @@ bool Call_Probe::has_rule(const Lifted_Call& call, Rule rule) const {
 std::vector<std::uint32_t> Call_Probe::touched(const Lifted_Call& call, const Arguments& arguments,
                                                const VT_Reference<VT_Rendition>& rendition, std::span<const Probed_Pixel> pixels,
                                                const std::vector<std::uint32_t>& numbers) {
+    // No opaque colour is stored with the alpha of the first one.
+    const bool one_is_enough = !call.has_alpha && !call.writes_depths &&
+                               !std::holds_alternative<Window_Fill>(call.own_arguments) &&
+                               pixels[numbers.front()].before.kind == Pixel_Value::Kind::color;
     std::vector<std::uint32_t> found, remaining = numbers;
     for (const bool is_first : {true, false}) {
         const auto value_under = [&](const Probed_Pixel& pixel) {
@@ -181,7 +204,7 @@ std::vector<std::uint32_t> Call_Probe::touched(const Lifted_Call& call, const Ar
             }
             return is_touched;
         });
-        if (remaining.empty()) {
+        if (remaining.empty() || one_is_enough) {
             break;
         }
     }
@@ -249,19 +272,19 @@ void Call_Probe::find_shape_depths(const Lifted_Call& call, std::span<Probed_Pix
     }
 }
 
-void Call_Probe::find_refusals(std::size_t number, std::span<Probed_Pixel> pixels, const std::vector<std::uint32_t>& untouched) {
-    const Lifted_Call call = lifted(number);
-    const std::vector<std::uint32_t> in_shape = touched(call, call.arguments(), call.rendition, pixels, untouched);
+void Call_Probe::find_refusals(const Lifted_Call& call, std::span<Probed_Pixel> pixels,
+                               const std::vector<std::uint32_t>& in_shape) {
     for (const std::uint32_t i : in_shape) {
         pixels[i].outcome = Outcome::refused;
     }
-    for (int r = 0; r < rule_count && !in_shape.empty(); ++r) {
+    for (int r = 0; r < rule_count; ++r) {
         const Rule rule{static_cast<std::uint8_t>(r)};
         if (!has_rule(call, rule)) {
             continue;
         }
+        const std::vector<std::uint32_t> passed = touched_under(call, rule, pixels, in_shape);
         std::vector<std::uint32_t> refused;
-        std::ranges::set_difference(in_shape, touched_under(call, rule, pixels, in_shape), std::back_inserter(refused));
+        std::ranges::set_difference(in_shape, passed, std::back_inserter(refused));
         for (const std::uint32_t i : refused) {
             pixels[i].rules.add(rule);
         }

@@ -1,7 +1,7 @@
 // What a single call does to pixels, and which rules keep it from them.
 //
-// The call is drawn again, beside the replay, over other colours and with rules of its rendition lifted: a pixel that changes then
-// lies in the shape, and a rule that keeps it as it was, while all others are lifted, refuses it.
+// The call is drawn again, beside the replay, over other colours and with rules of its rendition lifted: a pixel that changes
+// then lies in the shape, and a rule that keeps it as it was, while all others are lifted, refuses it.
 #pragma once
 
 #include <cstddef>
@@ -64,7 +64,9 @@ private:
     std::vector<std::uint32_t> touched_under(const Lifted_Call& call, Rule rule, std::span<const Probed_Pixel> pixels,
                                              const std::vector<std::uint32_t>& numbers);
     void find_shape_depths(const Lifted_Call& call, std::span<Probed_Pixel> pixels, const std::vector<std::uint32_t>& numbers);
-    void find_refusals(std::size_t call, std::span<Probed_Pixel> pixels, const std::vector<std::uint32_t>& untouched);
+    std::vector<std::uint32_t> find_drawn(std::size_t call, std::span<Probed_Pixel> pixels,
+                                          const std::vector<std::uint32_t>& numbers);
+    void find_refusals(const Lifted_Call& call, std::span<Probed_Pixel> pixels, const std::vector<std::uint32_t>& in_shape);
     // Null where the material is opaque, and for none.
     VT_Reference<const VT_Basic_Material> opaque_version(const VT_Reference<const VT_Basic_Material>& material);
 

@@ -34,7 +34,8 @@ void Device_Checks::corners(const VT_DCI_Point& top_left, const VT_DCI_Point& bo
 
 void Device_Checks::ordered(bool is_ordered, const char* keys) const {
     if (!is_ordered && !accepts_everything_) {
-        throw Recording_Error(path_of_call(number_) + '.' + keys + ": expected the greater coordinates to the right and at the top");
+        throw Recording_Error(path_of_call(number_) + '.' + keys +
+                              ": expected the greater coordinates to the right and at the top");
     }
 }
 

@@ -59,7 +59,8 @@ public:
     Words(const Rendition& all, const Rendition* own) : all_(all), own_(own) {}
 
     // The call's attribute, or the recording's.
-    template <class Group, class Value> const std::optional<Value>& get(Group Rendition::*group, std::optional<Value> Group::*key) {
+    template <class Group, class Value>
+    const std::optional<Value>& get(Group Rendition::*group, std::optional<Value> Group::*key) {
         return own_ && (own_->*group).*key ? (own_->*group).*key : (all_.*group).*key;
     }
     template <class Value> const std::optional<Value>& get(std::optional<Value> Rendition::*key) const {
@@ -83,8 +84,10 @@ public:
         }
     }
 
-    void add_face() {
-        add_color("face", &Rendition::face, &Face::color, &Face::index);
+    void add_face(bool has_color) {
+        if (has_color) {
+            add_color("face", &Rendition::face, &Face::color, &Face::index);
+        }
         add("pattern", get(&Rendition::face, &Face::pattern), std::int32_t{face_pattern::solid});
         if (const auto& texture = get(&Rendition::face, &Face::texture); texture && texture->texels) {
             add("texture " + std::to_string(texture->width.value_or(0)) + " x " + std::to_string(texture->height.value_or(0)));
@@ -92,8 +95,10 @@ public:
         add("flags", get(&Rendition::face, &Face::flags), std::uint32_t{0});
         add("mode", get(&Rendition::face, &Face::mode), std::int32_t{0});
     }
-    void add_line() {
-        add_color("line", &Rendition::line, &Line::color, &Line::index);
+    void add_line(bool has_color) {
+        if (has_color) {
+            add_color("line", &Rendition::line, &Line::color, &Line::index);
+        }
         add("weight", get(&Rendition::line, &Line::weight), std::int32_t{1});
         add("style", get(&Rendition::line, &Line::style), std::int32_t{0});
         if (const auto& types = get(&Rendition::line, &Line::line_types); types && *types) {
@@ -102,16 +107,18 @@ public:
         add("flags", get(&Rendition::line, &Line::flags), std::uint32_t{0});
         add("mode", get(&Rendition::line, &Line::mode), std::int32_t{0});
     }
-    void add_marker() {
-        add_color("marker", &Rendition::marker, &Marker::color, &Marker::index);
+    void add_marker(bool has_color) {
+        if (has_color) {
+            add_color("marker", &Rendition::marker, &Marker::color, &Marker::index);
+        }
         add("symbol", get(&Rendition::marker, &Marker::symbol), std::int32_t{0});
         add("size", get(&Rendition::marker, &Marker::size), std::int32_t{1});
         add("mode", get(&Rendition::marker, &Marker::mode), std::int32_t{0});
     }
     void add_rules() {
         if (const auto& clip = get(&Rendition::hard_clip)) {
-            add("clip " + std::to_string(clip->left) + " to " + std::to_string(clip->right) + ", " + std::to_string(clip->bottom) +
-                " to " + std::to_string(clip->top));
+            add("clip " + std::to_string(clip->left) + " to " + std::to_string(clip->right) + ", " +
+                std::to_string(clip->bottom) + " to " + std::to_string(clip->top));
         }
         if (const auto& mask = get(&Rendition::complex_clip); mask && *mask) {
             add("contours " + std::to_string((**mask)->size()));
@@ -131,13 +138,16 @@ private:
     std::string text_;
 };
 
-// Colours that a call has itself, instead of the rendition's.
-void add_own_colors(Words& words, const Arguments& arguments) {
+// Colours that a call has itself, instead of the rendition's. Returns whether it has any.
+bool add_own_colors(Words& words, const Arguments& arguments) {
+    bool has_any = false;
     std::visit(
-        [&words](const auto& a) {
-            const auto add_list = [&words](const auto& colors) {
+        [&](const auto& a) {
+            const auto add_list = [&](const auto& colors) {
                 if (!colors.empty()) {
-                    words.add(colors.size() == 1 ? "color " + hexadecimal(colors[0]) : std::to_string(colors.size()) + " colors");
+                    has_any = true;
+                    words.add(colors.size() == 1 ? "colour " + hexadecimal(colors[0])
+                                                 : std::to_string(colors.size()) + " colours");
                 }
             };
             if constexpr (requires { a.colors->size(); }) {
@@ -148,11 +158,13 @@ void add_own_colors(Words& words, const Arguments& arguments) {
                 add_list(a.colors);
             } else if constexpr (requires { a.color->alpha; }) {
                 if (a.color) {
-                    words.add("color " + hexadecimal(*a.color));
+                    has_any = true;
+                    words.add("colour " + hexadecimal(*a.color));
                 }
             }
         },
         arguments);
+    return has_any;
 }
 
 std::string event_text(const Pixel_Event& event) {
@@ -174,7 +186,8 @@ std::string event_text(const Pixel_Event& event) {
             }
             if (event.rules.has(rule) && rule == Rule::depth) {
                 const int behind = event.shape_depth - before.depth;
-                text += behind == 0 ? " (equal, " : " (" + std::to_string(std::abs(behind)) + (behind > 0 ? " behind, " : " before, ");
+                text += behind == 0 ? " (equal, "
+                                    : " (" + std::to_string(std::abs(behind)) + (behind > 0 ? " behind, " : " before, ");
                 text += std::to_string(event.shape_depth) + " against " + std::to_string(before.depth) + ')';
             }
         }
@@ -228,13 +241,13 @@ std::string short_rendition(const Recording& recording, std::size_t number) {
     if (!name.starts_with("draw_")) {
         return "";
     }
-    add_own_colors(words, call.arguments);
+    const bool has_colors = add_own_colors(words, call.arguments);
     if (name.ends_with("polytriangle") || name.ends_with("polygon")) {
-        words.add_face();
+        words.add_face(!has_colors);
     } else if (name.ends_with("polyline") || name.find("ellip") != name.npos) {
-        words.add_line();
+        words.add_line(!has_colors);
     } else if (name.ends_with("polymarker")) {
-        words.add_marker();
+        words.add_marker(!has_colors);
     }
     words.add_rules();
     return words.take();
@@ -257,7 +270,8 @@ std::string text_of(const Recording& recording, const std::vector<Pixel_History>
         }
         if (history.outside > 0 && !has_outside) {
             text += "          " + std::to_string(history.outside) +
-                    (history.outside == 1 ? " more call comes near, but its shape lies" : " more calls come near, but their shapes lie") +
+                    (history.outside == 1 ? " more call comes near, but its shape lies"
+                                          : " more calls come near, but their shapes lie") +
                     " beside the pixel\n";
         }
     }
@@ -299,8 +313,9 @@ std::string json_of(const Recording& recording, const std::vector<Pixel_History>
 
 std::string text_of(const Recording& recording, const Image_Area& area, const std::vector<Area_Event>& events) {
     std::string text = "area of " + std::to_string(area.size.x) + " x " + std::to_string(area.size.y) + " pixels at " +
-                       place_text(area.corner) + " from the top left\n    call  kind                                 drawn    "
-                                                 "blended    refused    outside\n";
+                       place_text(area.corner) +
+                       " from the top left\n    call  kind                                 drawn    "
+                       "blended    refused    outside\n";
     for (const Area_Event& event : events) {
         char counts[80];
         std::snprintf(counts, sizeof counts, "%9lld %10lld %10lld %10lld", static_cast<long long>(event.drawn),

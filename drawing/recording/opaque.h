@@ -27,7 +27,8 @@ template <class Any_Arguments, class Visit> void for_each_alpha(Any_Arguments& a
                 }
             } else if constexpr (requires { a.colors.size(); }) {
                 visit_all(a.colors);
-            } else if constexpr (requires { a.color->alpha; } && !requires { a.fill; }) {
+            } else if constexpr (
+                requires { a.color->alpha; } && !requires { a.fill; }) {
                 if (a.color) {
                     visit(a.color->alpha);
                 }

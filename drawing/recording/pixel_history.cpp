@@ -45,11 +45,9 @@ public:
 
     Watched_Replay(const Recording& recording, const Module_Choice& module, const History_Settings& settings,
                    const Call_Areas& areas, const Watched_Pixels& watched, Note note)
-        : recording_(recording), settings_(settings.replay), areas_(areas), watched_(watched), note_(std::move(note)),
-          drawn_(recording, module, settings_, watched.box().bottom, watched.box().top),
-          probe_(recording, module, settings_, watched.box().bottom, watched.box().top) {
-        settings_.reports_standard = false;
-    }
+        : recording_(recording), settings_(without_report(settings.replay)), areas_(areas), watched_(watched),
+          note_(std::move(note)), drawn_(recording, module, settings_, watched.box().bottom, watched.box().top),
+          probe_(recording, module, settings_, watched.box().bottom, watched.box().top) {}
 
     void begin() {
         drawn_.begin();
@@ -73,6 +71,11 @@ public:
     Pixel_Value value(std::uint32_t position) const { return drawn_.value(watched_.places()[position]); }
 
 private:
+    static Replay_Settings without_report(Replay_Settings settings) {
+        settings.reports_standard = false;
+        return settings;
+    }
+
     void set_up(std::size_t call) {
         const bool makes_buffers = std::holds_alternative<Establish>(recording_.calls[call].arguments);
         std::vector<Probed_Pixel> pixels;
@@ -142,7 +145,8 @@ void find_drawn_over(std::vector<Pixel_Event>& events) {
 
 Replay_Histories::Replay_Histories(const Recording& recording, Module_Choice module, History_Settings settings)
     : recording_(recording), module_(std::move(module)), settings_(std::move(settings)), areas_(recording),
-      window_(window_rectangle(last_window_options(recording, settings_.replay.last))), image_(recording.output.value_or(window_)) {
+      window_(window_rectangle(last_window_options(recording, settings_.replay.last))),
+      image_(recording.output.value_or(window_)) {
     if (is_empty(image_) || common_part(image_, window_) != image_) {
         throw Recording_Error("output: expected a rectangle inside the window");
     }

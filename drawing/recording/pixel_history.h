@@ -1,8 +1,8 @@
 // What happened at single pixels of a replay: the calls that drew there, and those that were refused, with the rules that refused
 // them.
 //
-// Only calls whose area holds a watched pixel are made, and the option "Scissor Rows" keeps them to the rows of these pixels. That
-// changes no pixel there: what a call does to a pixel depends on the pixel's own colour and depth alone.
+// Only calls whose area holds a watched pixel are made, and the option "Scissor Rows" keeps them to the rows of these pixels.
+// That changes no pixel there: what a call does to a pixel depends on the pixel's own colour and depth alone.
 #pragma once
 
 #include <cstddef>
@@ -73,15 +73,15 @@ struct Pixel_Event {
     std::size_t call = 0;
     Outcome outcome = Outcome::outside;
     bool writes_color = false;
-    Rules rules;                      // that refused the pixel, each of them alone
-    std::uint16_t shape_depth = 0;    // of what the depth rule refused
+    Rules rules;                   // that refused the pixel, each of them alone
+    std::uint16_t shape_depth = 0; // of what the depth rule refused
     Pixel_Value before, after;
     std::size_t drawn_over = no_call; // the next call that stores a colour, of events that write one
 };
 
 struct Pixel_History {
-    VT_Int_Pair pixel;  // column and row of the image, from its top left
-    VT_Int_Pair device; // the same in device coordinates, at the end
+    VT_Int_Pair pixel;       // column and row of the image, from its top left
+    VT_Int_Pair device;      // the same in device coordinates, at the end
     Pixel_Value first, last; // before all calls and after them
     std::vector<Pixel_Event> events;
     std::size_t outside = 0; // calls whose area holds the pixel, but not their shapes
@@ -103,9 +103,9 @@ struct Area_Event {
 };
 
 struct History_Settings {
-    Replay_Settings replay;    // the calls that are made, and whether they are checked
-    bool has_outside = false;  // events of calls whose shapes lie beside the pixel too
-    std::string name;          // of the recording, in messages
+    Replay_Settings replay;        // the calls that are made, and whether they are checked
+    bool has_outside = false;      // events of calls whose shapes lie beside the pixel too
+    std::string name;              // of the recording, in messages
     Load_Limits* limits = nullptr; // memory of events; null = any
 };
 

@@ -194,7 +194,7 @@ private:
     Report report_;
     Rendition_Maker renditions_;
     std::map<const Rendition*, VT_Reference<VT_Rendition>> made_; // for the options in force; null = the recording's own
-    VT_Reference<VT_Rendition> other_rendition_; // null = the call's own
+    VT_Reference<VT_Rendition> other_rendition_;                  // null = the call's own
     std::size_t call_ = 0;
 };
 

@@ -44,8 +44,8 @@ public:
             return;
         }
         const auto row_of = [this](std::size_t first) { return places_[first].y; };
-        for (auto row = std::ranges::lower_bound(rows_, area.bottom, {}, row_of);
-             row != rows_.end() && row_of(*row) <= area.top; ++row) {
+        for (auto row = std::ranges::lower_bound(rows_, area.bottom, {}, row_of); row != rows_.end() && row_of(*row) <= area.top;
+             ++row) {
             const std::size_t end = row + 1 == rows_.end() ? places_.size() : row[1];
             const auto of_row = std::span(places_).subspan(*row, end - *row);
             auto pixel = std::ranges::lower_bound(of_row, area.left, {}, &VT_Int_Pair::x);

@@ -1,9 +1,13 @@
 // Recordings, as JSON or CBOR, plain or compressed: read, and when they are valid written, read again and replayed.
 #include <array>
+#include <cstring>
+#include <span>
 
 #include "drawing/recording/call_kinds.h"
 #include "drawing/recording/document.h"
 #include "drawing/recording/document_comparison.h"
+#include "drawing/recording/history_report.h"
+#include "drawing/recording/pixel_history.h"
 #include "drawing/recording/recording_file.h"
 #include "drawing/recording/recording_reader.h"
 #include "drawing/recording/recording_writer.h"
@@ -301,6 +305,27 @@ void write(const vorna::drawing::recording::Recording& recording) {
     }
 }
 
+// The history of a pixel ends with what the replay left there.
+void require_history(const vorna::drawing::recording::Recording& recording, vorna::drawing::Session& session,
+                     std::int32_t largest_side, std::size_t choice) {
+    using namespace vorna::drawing::recording;
+    const Replay_Histories histories(recording, fuzzing::renderer_module(), {.replay = {.largest_side = largest_side}});
+    const VT_Int_Pair size = histories.image_size();
+    const VT_Int_Pair pixel{static_cast<std::int32_t>(choice % static_cast<std::size_t>(size.x)),
+                            static_cast<std::int32_t>(choice % static_cast<std::size_t>(size.y))};
+    const Pixel_History history = histories.of_pixels(std::span(&pixel, 1))[0];
+    text_of(recording, {history});
+    const VT_Int_Rectangle window = session.window();
+    const std::uint8_t* const row = session.color_buffer().rows[history.device.y - window.bottom];
+    const std::int32_t column = history.device.x - window.left;
+    const bool is_same = history.last.kind == Pixel_Value::Kind::index
+                             ? history.last.color == row[column]
+                             : std::memcmp(&history.last.color, row + std::ptrdiff_t{4} * column, 4) == 0;
+    if (!is_same) {
+        fuzzing::fail("the history of a pixel ends with another colour than the replay");
+    }
+}
+
 void replay(std::string_view text) {
     using namespace vorna::drawing::recording;
     constexpr std::uint64_t most_memory = std::uint64_t{1} << 28;
@@ -321,6 +346,7 @@ void replay(std::string_view text) {
                       recording.calls[call].kind->name == "clear_depth_rectangle");
     };
     json_of(replay(recording, session, settings));
+    require_history(recording, session, settings.largest_side, text.size());
 }
 
 // By the reader of recordings, which limits how deeply documents nest.
