@@ -114,7 +114,10 @@ private:
     }
 
     drawing::Shell_Ending run(const std::string& file, const std::string& errors) {
-        if (!(std::ofstream(candidate_, std::ios::binary | std::ios::trunc) << file).flush()) {
+        std::FILE* candidate = std::fopen(candidate_.c_str(), "wb");
+        bool is_written = candidate && std::fwrite(file.data(), 1, file.size(), candidate) == file.size();
+        is_written = candidate && std::fclose(candidate) == 0 && is_written;
+        if (!is_written) {
             throw std::runtime_error(candidate_ + ": cannot be written");
         }
         ++runs_;
