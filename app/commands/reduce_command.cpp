@@ -146,9 +146,9 @@ void reduce(const Reduce_Arguments& arguments) {
     }
     drawing::refuse_same_files({arguments.recording}, {arguments.output});
     drawing::Output_File::check(arguments.output);
-    const drawing::Interruption interruption; // so that the candidate's folder is removed
     drawing::Load_Limits limits(drawing::parsed_limit(arguments.max_memory));
     drawing::recording::Recording recording = drawing::recording::load(arguments.recording, limits);
+    const drawing::Interruption interruption; // so that the candidate's folder is removed
     const std::string name = candidate_name(arguments.output);
     const std::string whole = drawing::recording::file_of(recording, name);
     const std::string size_before = size_text(recording, whole.size());
