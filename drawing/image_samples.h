@@ -68,7 +68,7 @@ struct Tolerance {
 
 struct Comparison {
     bool is_same = false;
-    std::string text;       // one line, as the command prints it
+    std::string text;       // one line, as the command prints it before PSNR and SSIM
     std::int64_t count = 0; // pixels that differ
     std::int32_t most = 0;  // the largest difference of a channel
 };

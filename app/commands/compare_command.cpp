@@ -277,10 +277,9 @@ std::vector<Option> options_of(Compare_Arguments& arguments) {
          .group = output},
         {.names = {"--threads"},
          .value = whole_value("N", 1, 1024),
-         .text = "Threads that compare the images of folders",
+         .text = "Threads that compare the images of folders; as many as there are processors if not given",
          .target = &arguments.threads,
-         .group = output,
-         .by_default = "all processors"},
+         .group = output},
         memory_option(arguments.max_memory)};
 }
 

@@ -114,7 +114,10 @@ private:
     }
 
     drawing::Shell_Ending run(const std::string& file, const std::string& errors) {
-        if (!(std::ofstream(candidate_, std::ios::binary | std::ios::trunc) << file).flush()) {
+        std::FILE* candidate = std::fopen(candidate_.c_str(), "wb");
+        bool is_written = candidate && std::fwrite(file.data(), 1, file.size(), candidate) == file.size();
+        is_written = candidate && std::fclose(candidate) == 0 && is_written;
+        if (!is_written) {
             throw std::runtime_error(candidate_ + ": cannot be written");
         }
         ++runs_;
@@ -143,9 +146,9 @@ void reduce(const Reduce_Arguments& arguments) {
     }
     drawing::refuse_same_files({arguments.recording}, {arguments.output});
     drawing::Output_File::check(arguments.output);
-    const drawing::Interruption interruption; // so that the candidate's folder is removed
     drawing::Load_Limits limits(drawing::parsed_limit(arguments.max_memory));
     drawing::recording::Recording recording = drawing::recording::load(arguments.recording, limits);
+    const drawing::Interruption interruption; // so that the candidate's folder is removed
     const std::string name = candidate_name(arguments.output);
     const std::string whole = drawing::recording::file_of(recording, name);
     const std::string size_before = size_text(recording, whole.size());

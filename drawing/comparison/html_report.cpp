@@ -63,13 +63,20 @@ struct Figures {
     std::string first, second, difference; // empty where there is none
 };
 
-Figures figures_of(const Pair_Result& pair, const Report& report, const Html_Settings& settings) {
-    Load_Limits limits(settings.memory);
-    const auto lonely_png = [&](const std::string& path) {
+// Images that only one folder has are read for the first time: the text tells what is wrong with them.
+std::string lonely_png(const std::string& path, std::string& text, Load_Limits& limits) {
+    try {
         return path.empty() ? "" : color_png(read_stored_image(name_of_input(path), read_input(path, limits), limits));
-    };
+    } catch (const Usage_Error& error) {
+        text += std::string("; ") + error.what();
+        return "";
+    }
+}
+
+Figures figures_of(Pair_Result& pair, const Report& report, const Html_Settings& settings) {
+    Load_Limits limits(settings.memory);
     if (pair.paths.first.empty() || pair.paths.second.empty()) {
-        return {lonely_png(pair.paths.first), lonely_png(pair.paths.second), ""};
+        return {lonely_png(pair.paths.first, pair.text, limits), lonely_png(pair.paths.second, pair.text, limits), ""};
     }
     const Image_Pair images = load(pair.paths, limits);
     const bool have_one_size = images.first.width == images.second.width && images.first.height == images.second.height;
@@ -169,11 +176,7 @@ void write_html(const Report& report, const Html_Settings& settings, const std::
         } else if (embedded >= settings.most_embedded) {
             shown.text += "; without images, because the page would be too large";
         } else {
-            try {
-                figures = figures_of(pair, report, settings);
-            } catch (const Usage_Error& error) { // lonely images have not been read before
-                shown.text += std::string("; ") + error.what();
-            }
+            figures = figures_of(shown, report, settings);
         }
         embedded += figures.first.size() + figures.second.size() + figures.difference.size();
         write(section_of(shown, report, figures, number++));

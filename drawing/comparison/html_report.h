@@ -16,7 +16,7 @@ struct Html_Settings {
 
 // One file that needs no other and no network: the pairs that are not the same, with both images, their difference and the shell
 // commands that accept the second one in place of the first. The files are read again, one pair at a time. write: takes the
-// page's next bytes.
+// page's next bytes. Throws Usage_Error when an image of a pair cannot be read again.
 void write_html(const Report& report, const Html_Settings& settings, const std::function<void(std::string_view)>& write);
 
 } // namespace vorna::drawing::comparison

@@ -25,7 +25,7 @@ bool is_right(const Pair_Result& pair) {
     return pair.verdict == Verdict::same || pair.verdict == Verdict::near;
 }
 
-// So many digits are the same on every machine.
+// Further digits depend on the system's library of mathematics.
 Json rounded(const std::optional<double>& value) {
     constexpr double scale = 1e6;
     return value ? Json(std::round(*value * scale) / scale) : Json(nullptr);

@@ -11,7 +11,8 @@ from . import _vorna
 class Comparison(namedtuple("Comparison", "same text differing most")):
     """The result of a comparison; true when the images are the same, within the tolerance.
 
-    text: one line, as the command prints it. differing: how many pixels do. most: the largest difference of a channel.
+    text: one line, as the command prints it before PSNR and SSIM. differing: how many pixels do. most: the largest difference of
+    a channel.
     """
 
     __slots__ = ()

@@ -87,10 +87,11 @@ TEST_F(Reduce, an_interrupt_leaves_neither_files_nor_processes) {
     const std::string script = "export TMPDIR='" + folder.file("temporary") + "'; cd \"$TMPDIR\"/..; trap : INT\n" +
                                std::string(VORNA_EMULATOR) +
                                "'" VORNA_COMMAND "' reduce bad.json -o small.json --keeps "
-                               "'echo $$ >>started; [ $(wc -l <started) = 1 ] || sleep 100' & sleeper=$!\n"
-                               "for i in $(seq 200); do [ $(wc -l <started) -ge 2 ] 2>/dev/null && break; sleep 0.05; done\n"
+                               "'echo $$ >>started; [ $(wc -l <started) = 1 ] || { sleep 100 & echo $! >>started; wait; }' &\n"
+                               "sleeper=$!\n"
+                               "for i in $(seq 200); do [ $(wc -l <started) -ge 3 ] 2>/dev/null && break; sleep 0.05; done\n"
                                "kill -TERM $sleeper; wait $sleeper; echo status $?; ls temporary\n"
-                               "kill -0 $(tail -n 1 started) 2>/dev/null && echo still there";
+                               "grep -qs ') [RSD] ' /proc/$(tail -n 1 started)/stat && echo still there";
     const std::string out = folder.file("out"), file = folder.file("script.sh", script);
     ASSERT_NE(std::system(("sh '" + file + "' >'" + out + "' 2>/dev/null").c_str()), -1);
     EXPECT_EQ(read_file(out), "status 143\n");
