@@ -24,13 +24,29 @@ trap end_all EXIT
 trap 'exit 1' HUP INT TERM
 mkdir "$work/project"
 cp recordings/crystals.json "$work/project"
-# usage: page_block LANGUAGE: the first such block of docs/embedding.md
+# usage: page_block LANGUAGE [PAGE]: the first such block of a page
 page_block() {
-    sed -n '/^```'"$1"'$/,/^```$/{/^```$/q; /^```/!p}' docs/embedding.md
+    sed -n '/^```'"$1"'$/,/^```$/{/^```$/q; /^```/!p}' "${2-docs/embedding.md}"
 }
 page_block cpp >"$work/project/plot.cpp"
 page_block cmake >"$work/project/CMakeLists.txt"
 { echo 'set -e'; page_block sh; } >"$work/project/build.sh"
+mkdir "$work/project/c"
+page_block c docs/c.md >"$work/project/c/triangle.c"
+{ echo 'set -e'; page_block sh docs/c.md; } >"$work/project/c/build.sh"
+cat >"$work/project/drawn.py" <<'END'
+# usage: drawn.py PREFIX: that the package that lies below the prefix draws
+import sys
+import numpy
+import vorna
+assert vorna.__file__.startswith(sys.argv[1]), vorna.__file__
+image = vorna.render((numpy.eye(3), [[0, 1, 2]]), size=(64, 48), ids=True)
+assert (image.ids == 0).any()
+canvas = vorna.Canvas((20, 20), threads=2)
+with canvas.record() as recording, canvas.picture("white"):
+    canvas.polyline([[2, 3], [18, 15]], color="red")
+assert vorna.replay(recording).compare(canvas.to_image())
+END
 # What the build that was packed draws.
 "build/package-gcc-release/bin/vorna" replay recordings/crystals.json --color "$work/crystals.png"
 
@@ -52,6 +68,17 @@ try_tree() {
     "$@" env -C "$project" PKG_CONFIG_PATH="$libraries/pkgconfig" sh build.sh
     "$@" env LD_LIBRARY_PATH="$libraries" "$project/plot" /dev/stdout | cmp - docs/images/plot.png
     "$@" rm -r "$project/build" "$project/plot"
+}
+# usage: try_bindings TREE PROJECT [COMMAND...]: the same for the C library, whose program has the prefix of the tree in it, and for the
+# Python package.
+try_bindings() {
+    local tree=$1 project=$2 libraries
+    shift 2
+    libraries=$tree/lib/$(dpkg-architecture -q DEB_HOST_MULTIARCH)
+    "$@" env -C "$project/c" PKG_CONFIG_PATH="$libraries/pkgconfig" sh build.sh
+    "$@" env LD_LIBRARY_PATH="$libraries" "$project/c/triangle" /dev/stdout | cmp - docs/images/triangle.png
+    "$@" rm "$project/c/triangle"
+    "$@" env PYTHONDONTWRITEBYTECODE=1 PYTHONPATH="$tree/lib/python3/dist-packages" /usr/bin/python3 "$project/drawn.py" "$tree"
 }
 
 step "archive for Linux"
@@ -94,10 +121,7 @@ list_files() {
 before=$(list_files)
 run_dpkg --install out/*vorna*.deb
 try_tree "$root/usr" "$work/project"
-(cd "$work" && PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=$root/usr/lib/python3/dist-packages /usr/bin/python3 -c "
-import numpy, vorna
-assert vorna.__file__.startswith('$root'), vorna.__file__
-vorna.render((numpy.eye(3), [[0, 1, 2]]), size=(64, 48)).save('python.png')")
+try_bindings "$root/usr" "$work/project"
 run_dpkg --purge vorna-view vorna python3-vorna libvorna-c-dev libvorna-drawing-dev libvorna15-dev libvorna15
 diff <(echo "$before") <(list_files)
 
@@ -125,6 +149,7 @@ install_there "${packages[@]/#out//packages}"
 chroot "$root" vorna --version
 install_there cmake g++ libpng-dev make pkgconf
 try_tree /usr /project chroot "$root"
+try_bindings /usr /project chroot "$root"
 chroot "$root" apt-get -qq --yes purge vorna-view vorna python3-vorna libvorna-c-dev libvorna-drawing-dev libvorna15-dev libvorna15 >/dev/null
 if chroot "$root" dpkg -S vorna 2>/dev/null; then
     exit 1

@@ -1,4 +1,6 @@
 // Settings of other versions of the interface, and canvases with several threads.
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <span>

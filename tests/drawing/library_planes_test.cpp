@@ -1,7 +1,9 @@
 // Planes of images, samples and recordings of the drawing library.
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -9,6 +11,7 @@
 
 #include "drawing/drawing.h"
 #include "drawing/files/load_limits.h"
+#include "drawing/model/scene_renderer.h"
 #include "tests/support/command_line.h"
 #include "tests/support/png_pixels.h"
 
@@ -133,6 +136,80 @@ TEST_F(Library_Planes, recordings_of_a_canvas_show_what_was_drawn) {
     const std::string beyond = R"({"output": [0, 40, 0, 29], )" + text.substr(1);
     EXPECT_THAT([&] { replay_text("beyond", beyond); },
                 ThrowsMessage<Usage_Error>(HasSubstr("beyond: output: expected a rectangle inside the window")));
+}
+
+TEST_F(Library_Planes, recordings_are_drawn_in_part) {
+    Recorded_Canvas recorded({.size = {20, 10}, .threads = 2});
+    Canvas& canvas = recorded.canvas();
+    canvas.begin_picture(rgb(255, 255, 255));
+    for (const std::int32_t x : {3, 9, 15}) {
+        VD_Draw_DCI_Dot(canvas, {x, 5, 0});
+    }
+    canvas.end_picture();
+    const std::string text = recorded.finish();
+    const auto dots = [&](std::size_t first, std::size_t last) {
+        Replay_Settings settings;
+        settings.first = first;
+        settings.last = last;
+        const std::vector<std::uint32_t> pixels = values_of<std::uint32_t>(replay_text("dots", text, settings).colors);
+        return std::ranges::count(pixels, std::uint32_t{0xFF000000});
+    };
+    const auto all = dots(0, SIZE_MAX);
+    EXPECT_EQ(all, 3);
+    std::vector<std::ptrdiff_t> counts;
+    for (std::size_t last = 0; counts.empty() || counts.back() < all; ++last) {
+        ASSERT_LT(last, 20);
+        counts.push_back(dots(0, last));
+    }
+    EXPECT_THAT(counts, testing::IsSupersetOf({0, 1, 2, 3}));
+}
+
+// Flat strips store all 32 bits of their colours, alpha too.
+TEST_F(Library_Planes, numbers_of_faces_have_32_bits) {
+    const Module module(Module::installed_path());
+    Canvas canvas(module, {.size = {64, 8}});
+    const std::vector<std::uint32_t> numbers{1, 0xFFFFFF, 0x1000000, 0x1000001, 0x7FFFFFFF, 0xABCDEF01};
+    canvas.begin_picture(model::color_of_number(0));
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const auto x = static_cast<std::int32_t>(8 * i);
+        const std::vector<VT_DCI_Point> strip{{x, 0, 0}, {x, 7, 0}, {x + 6, 0, 0}, {x + 6, 7, 0}};
+        VD_Draw_2DI_Colorized_Polytriangle(canvas, strip, std::vector<VT_RGB32>(2, model::color_of_number(numbers[i])));
+    }
+    canvas.end_picture();
+    const std::vector<VT_RGB32> pixels = canvas.read_pixels();
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        EXPECT_EQ(model::number_of_color(pixels[4 * 64 + 8 * i + 3]), numbers[i]);
+    }
+    EXPECT_EQ(model::number_of_color(pixels.back()), 0U);
+    EXPECT_EQ(model::color_of_number(5), (VT_RGB32{5, 0, 0, 255}));
+}
+
+TEST_F(Library_Planes, a_stop_check_ends_the_work_of_its_thread) {
+    const Model model({folder.file("box.obj", box)});
+    static int asked = 0;
+    set_stop_check([] { return ++asked > 3; });
+    EXPECT_THROW(make_image(model, {}, {.size = {3000, 3000}, .threads = 2}), Interrupted);
+    EXPECT_EQ(asked, 4);
+    EXPECT_THROW(write_samples(folder.file("stopped.png"), make_samples(Kind::colors, 40, 4000)), Interrupted);
+    std::thread([&] { EXPECT_EQ(make_image(model, {}, {.size = {30, 20}}).width, 30); }).join();
+    set_stop_check(nullptr);
+    EXPECT_FALSE(std::filesystem::exists(folder.file("stopped.png")));
+    EXPECT_EQ(make_image(model, {}, {.size = {30, 20}}).width, 30);
+}
+
+TEST_F(Library_Planes, textures_are_laid_over_meshes) {
+    model::Mesh mesh = box_mesh();
+    mesh.coordinates.resize(mesh.positions.size());
+    Image_Samples texture = make_samples(Kind::colors, 1, 1);
+    const std::uint8_t orange[] = {250, 120, 10, 255};
+    std::copy_n(orange, 4, texture.bytes.get());
+    add_texture(mesh, texture);
+    Model_View view;
+    view.look.tint = model::Tint::own;
+    const Image image = make_image(Model(std::move(mesh)), view, {.size = {30, 20}, .supersample = 1});
+    EXPECT_THAT(image.pixels, testing::Contains(VT_RGB32{10, 120, 250, 255}));
+    model::Mesh other = box_mesh();
+    EXPECT_THROW(add_texture(other, make_samples(Kind::depths, 1, 1)), Usage_Error);
 }
 
 TEST_F(Library_Planes, numbers_of_faces_are_alike_or_not) {

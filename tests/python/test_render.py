@@ -187,6 +187,18 @@ def test_cameras_of_pose_and_matrix_project_as_they_say():
     assert np.isclose(far - near, 0.4, atol=1e-3)
 
 
+def test_cameras_that_look_at_a_place_project_as_they_say():
+    centers = np.array([[0, 0, 0], [1, 0.5, 0], [-0.8, 0.3, 1]])
+    corners = np.array([[-1, -1, 0], [1, -1, 0], [1, 1, 0], [-1, 1, 0]]) * 0.04
+    mesh = ((centers[:, None] + corners).reshape(-1, 3), np.arange(12).reshape(3, 4))
+    image = vorna.render(mesh, size=(800, 600), ids=True, pixels=False, camera=vorna.Camera.look_at((0, 0, 5), (0, 0, 0), fov=40))
+    scale = 300 / np.tan(np.radians(20))
+    for face, (x, y, z) in enumerate(centers):
+        rows, columns = np.nonzero(image.ids == face)
+        expected = (400 + scale * x / (5 - z), 300 - scale * y / (5 - z))
+        assert np.allclose((columns.mean() + 0.5, rows.mean() + 0.5), expected, atol=0.6), face
+
+
 def test_a_model_gives_the_same_images_in_any_order_and_thread(box):
     model = vorna.Model(box)
     views = ["front", "top", "iso", "left"]

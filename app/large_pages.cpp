@@ -1,7 +1,6 @@
-// The operator new of the command, and of the shared drawing libraries for what they allocate themselves: they do not export it,
-// and a program keeps its own. Large blocks lie in pages of 2 MB where the system has them: a page is mapped and cleared when it
-// is first written, which takes a tenth of the time for 2 MB at once. Sanitizers have an operator new of their own, and other
-// systems keep the standard library's.
+// The command's operator new. Large blocks lie in pages of 2 MB where the system has them: a page is mapped and cleared when it
+// is first written, which takes a tenth of the time for 2 MB at once. Only the command does so: a library leaves the choice to
+// its program. Sanitizers have an operator new of their own, and other systems keep the standard library's.
 #include <algorithm>
 #include <cstdlib>
 #include <new>
