@@ -39,8 +39,17 @@ public:
     std::uint32_t ready() const noexcept { return handed_over_.load() - emptied_.load(); }
     bool is_claimed() const noexcept { return is_claimed_.load(); }
 
+    // The thread that had the last claim.
+    std::size_t last_thread() const noexcept { return last_thread_.load(); }
+
     // For an emptying thread: false when another one has claimed the queue.
-    bool claim() noexcept { return !is_claimed_.exchange(true); }
+    bool claim(std::size_t thread) noexcept {
+        if (is_claimed_.exchange(true)) {
+            return false;
+        }
+        last_thread_.store(thread);
+        return true;
+    }
     void release() noexcept { is_claimed_.store(false); }
     // Calls take(block, bytes) for each block that is ready, in order, while the thread has the claim.
     template <class Take> void empty(const Take& take) {
@@ -63,6 +72,7 @@ private:
     alignas(line_bytes) std::atomic<std::uint32_t> handed_over_{0};
     alignas(line_bytes) std::atomic<std::uint32_t> emptied_{0};
     std::atomic<bool> is_claimed_{false};
+    std::atomic<std::size_t> last_thread_{0};
 };
 
 inline bool Call_Queue::open() {

@@ -67,7 +67,7 @@ void Canvas_Threads::make_room(std::size_t band, std::size_t bytes) {
             if (has_failed_) {
                 flush();
             }
-            if (!draw_band(0, band) && !draw_fullest_band(0)) {
+            if (!draw_fullest_band(0)) {
                 std::this_thread::yield();
             }
         }
@@ -86,11 +86,11 @@ std::int32_t Canvas_Threads::band_height() const noexcept {
     return static_cast<std::int32_t>((rows + block_height - 1) / block_height * block_height);
 }
 
-// Returns false when another thread has the band. After a failure calls are dropped.
-bool Canvas_Threads::draw_band(std::size_t thread, std::size_t band) {
+// Nothing when another thread has the band. After a failure calls are dropped.
+void Canvas_Threads::draw_band(std::size_t thread, std::size_t band) {
     Call_Queue& queue = list_.queue(band);
-    if (!queue.claim()) {
-        return false;
+    if (!queue.claim(thread)) {
+        return;
     }
     bool has_rows = false;
     queue.empty([&](const std::byte* block, std::size_t bytes) {
@@ -112,25 +112,26 @@ bool Canvas_Threads::draw_band(std::size_t thread, std::size_t band) {
         }
     });
     queue.release();
-    return true;
 }
 
-// Of those that no thread has. Returns false when there is none.
+// Of those that no thread has: one that this thread drew the last time, whose pixels may still be in its processor's cache, or
+// else another one. Returns false when there is none.
 bool Canvas_Threads::draw_fullest_band(std::size_t thread) {
     std::size_t fullest = 0;
-    std::uint32_t most = 0;
+    std::pair<bool, std::uint32_t> most{false, 0}; // drawn by this thread, blocks
     for (std::size_t band = 0; band < most_bands(); ++band) {
         const Call_Queue& queue = list_.queue(band);
         const std::uint32_t ready = queue.ready();
-        if (ready > most && !queue.is_claimed()) {
+        const std::pair found{queue.last_thread() == thread, ready};
+        if (ready > 0 && found > most && !queue.is_claimed()) {
             fullest = band;
-            most = ready;
+            most = found;
         }
     }
-    if (most > 0) {
+    if (most.second > 0) {
         draw_band(thread, fullest);
     }
-    return most > 0;
+    return most.second > 0;
 }
 
 void Canvas_Threads::flush() {

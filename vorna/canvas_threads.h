@@ -90,10 +90,11 @@ private:
     void choose_anew();
     void use_threads(bool uses_threads);
     bool draw_fullest_band(std::size_t thread);
-    bool draw_band(std::size_t thread, std::size_t band);
+    void draw_band(std::size_t thread, std::size_t band);
 
-    // Several, since some bands have more to draw than others.
-    static constexpr std::size_t bands_of_thread = 4;
+    // More than one, since some bands have more to draw than others; not many, since what crosses the border of two is drawn in
+    // both.
+    static constexpr std::size_t bands_of_thread = 2;
     // Fewer points are drawn before another thread has begun.
     static constexpr std::size_t least_points_of_threads = 256;
 
