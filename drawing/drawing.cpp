@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "drawing/files/input.h"
+#include "drawing/files/interruption.h"
 #include "drawing/image_maker.h"
 #include "drawing/job/formats.h"
 #include "drawing/model/model_reader.h"
@@ -130,6 +131,10 @@ Map::~Map() = default;
 
 std::vector<std::string> Map::warnings() const {
     return content_->scene->warnings();
+}
+
+void set_stop_check(bool (*is_asked_to_stop)()) noexcept {
+    Interruption::set_stop_check(is_asked_to_stop);
 }
 
 double half_tangent_of_view(double degrees) {

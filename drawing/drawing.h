@@ -24,6 +24,10 @@
 
 namespace vorna::drawing {
 
+// Sets the stop check of the calling thread; null = none, as at first. Calls of the thread that take long call it often, but
+// never from other threads that help them, and throw Interrupted once it returns true. It must not throw.
+VORNA_DRAWING_API void set_stop_check(bool (*is_asked_to_stop)()) noexcept;
+
 // What reading may cost and touch.
 struct Reading {
     std::uint64_t max_memory = 0;      // bytes; 0 = 1 GiB, or 64 times what the files have where that is more

@@ -62,7 +62,7 @@ Interruption::~Interruption() {
 
 #endif
 
-void set_stop_check(bool (*is_asked_to_stop)()) noexcept {
+void Interruption::set_stop_check(bool (*is_asked_to_stop)()) noexcept {
     stop_check = is_asked_to_stop;
 }
 

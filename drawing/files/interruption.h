@@ -22,6 +22,8 @@ public:
     Interruption& operator=(const Interruption&) = delete;
     ~Interruption();
 
+    // See drawing.h.
+    static void set_stop_check(bool (*is_asked_to_stop)()) noexcept;
     // Throws Interrupted after a signal and for the calling thread's stop check. For any thread.
     static void check();
     static bool is_asked() noexcept; // for functions that must not throw
