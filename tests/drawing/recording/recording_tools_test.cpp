@@ -7,6 +7,7 @@
 
 #include "drawing/image/image_comparison.h"
 #include "drawing/image/png_writer.h"
+#include "drawing/image/sha256.h"
 #include "tests/support/command_line.h"
 #include "tests/support/png_pixels.h"
 
@@ -63,6 +64,16 @@ TEST_F(Recording_Tools, parts_of_a_replay_are_those_of_the_whole) {
     EXPECT_THAT(error_of({"replay", picture, "--only", "3..2"}), HasSubstr("the lower number first"));
     EXPECT_EQ(run_vorna({"replay", picture, "--unchecked", "--only", "4"}).output,
               picture + ": drew 1 call into 8 x 4 pixels; --color FILE.png writes them\n");
+}
+
+TEST_F(Recording_Tools, the_digest_is_that_of_the_colours_in_the_order_of_files) {
+    const std::string file = folder.file("c.png");
+    const Outcome outcome = run_vorna({"replay", picture, "--unchecked", "--hash", "--color", file});
+    const Png_Pixels colors = read_colors(file);
+    vorna::drawing::Sha256 sum;
+    sum.add(colors.bytes.data(), colors.bytes.size());
+    EXPECT_EQ(outcome.output, sum.finish() + '\n');
+    EXPECT_EQ(run_vorna({"replay", picture, "--unchecked", "--hash", "--report", "-"}).errors, outcome.output);
 }
 
 TEST_F(Recording_Tools, many_files_are_written_only_when_it_is_said_how_many) {
