@@ -47,6 +47,10 @@ bool is_harmless(std::string_view parameter) {
                                "gamma", "k",     "k_0",      "x_0",     "y_0",     "a",      "b",     "rf",
                                "R",     "ellps", "datum",    "towgs84", "units",   "zone",   "south", "pm",
                                "h",     "sweep", "to_meter", "no_uoff", "no_defs", "type",   "lon_1", "lon_2"};
+    // The sphere of web maps: no grid of differences, and a word without a meaning.
+    if (parameter == "nadgrids=@null" || parameter == "wktext") {
+        return true;
+    }
     const std::size_t equals = parameter.find('=');
     const std::string_view name = parameter.substr(0, equals);
     return std::ranges::find(known, name) != known.end() &&

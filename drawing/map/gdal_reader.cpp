@@ -122,8 +122,7 @@ Map read_gdal_map(const Input& input, const Map_Query& query, Load_Limits& limit
         bytes = failure.empty() ? pipe.read_list<std::string>() : bytes;
     };
     try {
-        model::run_apart(
-            model::limits_of_reader(limits, size), [](const std::string&) { return -1; }, work, take);
+        model::run_apart(model::limits_of_reader(limits, size), {}, work, take);
     } catch (const model::Broken_Off& error) {
         throw Map_Error(file + ": expected a map: the library for its format came to its end by " + error.what());
     }

@@ -183,8 +183,9 @@ TEST(Coordinate_Systems, are_codes_or_harmless_parameters) {
     EXPECT_EQ(coordinate_system_of("+proj=utm +zone=33 +datum=WGS84 +units=m +no_defs"),
               "+proj=utm +zone=33 +datum=WGS84 +units=m +no_defs");
     EXPECT_EQ(coordinate_system_of("+proj=longlat +datum=WGS84 +no_defs"), "");
-    for (const char* refused : {"", "x", "+proj=utm +nadgrids=/etc/passwd", "+proj=pipeline +step +proj=utm",
-                                "+proj=utm +zone=3;4", "+init=file:1", "+proj=utm +file", "EPSG:../3", "a b:3"}) {
+    for (const char* refused :
+         {"", "x", "+proj=utm +nadgrids=/etc/passwd", "+proj=utm +nadgrids=@null,x", "+proj=pipeline +step +proj=utm",
+          "+proj=utm +zone=3;4", "+init=file:1", "+proj=utm +file", "EPSG:../3", "a b:3"}) {
         EXPECT_FALSE(coordinate_system_of(refused)) << refused;
     }
 }
