@@ -8,6 +8,7 @@
 #include "drawing/files/interruption.h"
 #include "drawing/image_maker.h"
 #include "drawing/job/formats.h"
+#include "drawing/job/map_sources.h"
 #include "drawing/model/model_reader.h"
 #include "drawing/settings_checks.h"
 
@@ -49,8 +50,10 @@ Map::Content::Content(const Input& input, const map::Map_Settings& settings, con
         throw Usage_Error(name + ": expected a map or drawing");
     }
     check(settings);
-    const auto overlay = open_overlay(settings, *limits);
-    scene = std::make_shared<map::Map_Scene>(input, overlay, settings, VT_RGB32{255, 255, 255, 255}, limits);
+    map::Map_Settings whole = settings;
+    const std::vector<map::Map_Source> sources = open_map_sources({input}, whole, *limits);
+    const auto overlay = open_overlay(whole, *limits);
+    scene = std::make_shared<map::Map_Scene>(sources, overlay, whole, VT_RGB32{255, 255, 255, 255}, limits);
 }
 
 Model::Model(const std::vector<std::string>& files, const Reading& reading)

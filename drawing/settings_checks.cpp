@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "drawing/job/image_plan.h"
+#include "drawing/map/color_ramps.h"
 
 namespace vorna::drawing {
 namespace {
@@ -96,6 +97,15 @@ void check(const map::Map_Settings& settings) {
     expect_range("casing_width", settings.casing_width, 1, 1000);
     expect_range("marker.size", settings.marker.size, 1, 1000);
     expect_range("label_size", settings.label_size, 4, 1000);
+    expect_range("classing.count", settings.classing.count, std::size_t{1}, std::size_t{64});
+    const std::vector<double>& breaks = settings.classing.breaks;
+    const auto falls = [](double a, double b) { return !(a < b); };
+    expect(breaks.size() < 64 && std::ranges::adjacent_find(breaks, falls) == breaks.end() &&
+               std::ranges::all_of(breaks, [](double b) { return std::isfinite(b); }),
+           "classing.breaks: expected up to 63 increasing numbers");
+    expect(settings.classing.ramp.empty() || map::ramp_colors(settings.classing.ramp, 1), "classing.ramp: expected a known name");
+    expect_range("width_from", settings.width_from, 0, 1000);
+    expect_range("width_to", settings.width_to, 0, 1000);
 }
 
 void check(const Image_Settings& settings, VT_Int_Pair size, std::int32_t supersample) {

@@ -1,7 +1,8 @@
-// The command `info`: tells what recordings consist of.
+// The command `info`: tells what recordings and maps consist of.
 #include "app/commands/info_command.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,9 @@
 #include "app/cli/messages.h"
 #include "drawing/files/input_file.h"
 #include "drawing/files/memory.h"
+#include "drawing/files/path.h"
+#include "drawing/job/formats.h"
+#include "drawing/map/map_facts.h"
 #include "drawing/recording/document.h"
 #include "drawing/recording/recording_file.h"
 #include "drawing/recording/summary.h"
@@ -31,19 +35,53 @@ drawing::recording::Recording recording_at(const std::string& path, drawing::Loa
     }
 }
 
+// Whether a map, by its name. Maps in JSON are told from recordings by their contents.
+bool is_named_map(const std::string& path) {
+    const std::string suffix = drawing::path_of(path).extension().string();
+    const drawing::Format* format = suffix.size() > 1 ? drawing::find_format(suffix.substr(1)) : nullptr;
+    return format && format->kind == drawing::Input_Kind::map && format->suffix != "json";
+}
+
+// The layers of a map; null for a recording, which is read then.
+nlohmann::ordered_json layers_of(const std::string& path, drawing::Load_Limits& limits,
+                                 std::optional<drawing::recording::Recording>& recording) {
+    const auto read_map = [&] { return drawing::map::json_facts_of(drawing::open_input(path, "", limits), limits); };
+    if (is_named_map(path)) {
+        return read_map();
+    }
+    try {
+        recording = recording_at(path, limits);
+    } catch (const drawing::Usage_Error&) {
+        if (!path.ends_with(".json")) {
+            throw;
+        }
+        try {
+            return read_map();
+        } catch (const drawing::map::Map_Error&) {
+        }
+        throw;
+    }
+    return nullptr;
+}
+
 // Everything is read before anything is printed.
 void print(const Info_Arguments& arguments) {
     std::string text;
     drawing::Load_Limits limits(drawing::parsed_limit(arguments.max_memory));
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const std::string& path : arguments.recordings) {
-        const drawing::recording::Recording recording = recording_at(path, limits);
-        if (arguments.as_json) {
+        std::optional<drawing::recording::Recording> recording;
+        const nlohmann::ordered_json layers = layers_of(path, limits, recording);
+        if (!recording && arguments.as_json) {
+            list.push_back({{"map", path}, {"layers", layers}});
+        } else if (!recording) {
+            text += drawing::printable(drawing::name_of_input(path)) + '\n' + drawing::map::text_of_facts(layers);
+        } else if (arguments.as_json) {
             nlohmann::ordered_json entry{{"picture", path}};
-            entry.update(drawing::recording::json_summary_of(recording));
+            entry.update(drawing::recording::json_summary_of(*recording));
             list.push_back(std::move(entry));
         } else {
-            text += drawing::printable(drawing::name_of_input(path)) + '\n' + drawing::recording::text_of(recording);
+            text += drawing::printable(drawing::name_of_input(path)) + '\n' + drawing::recording::text_of(*recording);
         }
     }
     // Characters beyond ASCII are escaped, and invalid UTF-8 is replaced.
@@ -56,15 +94,16 @@ void print(const Info_Arguments& arguments) {
 Command info_command() {
     const auto arguments = std::make_shared<Info_Arguments>();
     return {.name = "info",
-            .summary = "Tell what recordings consist of: calls, points, textures.",
+            .summary = "Tell what recordings consist of: calls, points, textures; and maps: layers, fields, extent, projection.",
             .arguments = {{.names = {"recording"},
                            .value = text_value("RECORDING"),
-                           .text = "Recordings, plain or compressed; - reads standard input",
+                           .text = "Recordings, plain or compressed, and maps; - reads a recording from standard input",
                            .target = &arguments->recordings,
                            .is_required = true}},
             .options = {{.names = {"--json"}, .text = "Print a list of objects for programs", .target = &arguments->as_json},
                         memory_option(arguments->max_memory)},
-            .examples = {{"vorna info bunny.json.gz", "what vorna render --record has written"}},
+            .examples = {{"vorna info bunny.json.gz", "what vorna render --record has written"},
+                         {"vorna info rivers.gpkg", "layers and their fields, for --layer and --fill-by"}},
             .run = [arguments](const Given&) {
                 print(*arguments);
                 return exit_status::done;

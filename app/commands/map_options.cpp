@@ -2,8 +2,6 @@
 #include "app/commands/map_options.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <tuple>
 #include <utility>
@@ -11,115 +9,50 @@
 #include "app/cli/color_option.h"
 #include "app/cli/command.h"
 #include "app/cli/messages.h"
+#include "app/commands/map_style_options.h"
 #include "drawing/job/formats.h"
+#include "drawing/job/map_sources.h"
+#include "drawing/map/line_styles.h"
 #include "drawing/map/map_choice.h"
 #include "drawing/map/projection.h"
-#include "host/rendition.h"
 
 namespace vorna::app {
 namespace {
 
 using namespace drawing::map;
 
-// Numbers between commas; empty when there is anything else.
-std::vector<double> parsed_numbers(const std::string& text) {
-    std::vector<double> numbers;
-    const char* const end = text.data() + text.size();
-    for (const char* place = text.data();; ++place) {
-        double value = 0;
-        const auto [stop, error] = std::from_chars(place, end, value);
-        if (error != std::errc{} || !std::isfinite(value) || (stop != end && *stop != ',')) {
-            return {};
-        }
-        numbers.push_back(value);
-        place = stop;
-        if (place == end) {
-            return numbers;
-        }
-    }
-}
-
-struct Border_Style {
-    const char* name;
-    Dashes dashes;
-};
-
-const std::vector<Border_Style>& border_styles() {
-    static const std::vector<Border_Style> styles{{"solid", {}},
-                                                  {"dashed", {6, 4}},
-                                                  {"dotted", {0, 3}},
-                                                  {"dash-dot", {8, 3, 0, 3}},
-                                                  {"dash-dot-dot", {8, 3, 0, 3, 0, 3}},
-                                                  {"long-dashed", {14, 5}}};
-    return styles;
-}
-
 std::vector<std::string> border_names() {
     std::vector<std::string> names{"none"};
-    names.reserve(1 + border_styles().size());
-    for (const Border_Style& style : border_styles()) {
-        names.emplace_back(style.name);
-    }
+    names.insert(names.end(), dash_names().begin(), dash_names().end());
     return names;
 }
 
 // Nothing: no line at all.
 std::optional<Dashes> parsed_dashes(const char* option, const std::string& text) {
-    if (text == "none") {
-        return std::nullopt;
-    }
-    for (const Border_Style& style : border_styles()) {
-        if (text == style.name) {
-            return style.dashes;
-        }
-    }
-    const std::vector<double> lengths = parsed_numbers(text);
-    const bool fits = !lengths.empty() && lengths.size() % 2 == 0 && std::ranges::all_of(lengths, [&](const double& length) {
-        return length <= 10000 && (&length - lengths.data()) % 2 ? length > 0 : length >= 0;
-    });
-    if (!fits) {
+    const std::optional<Dashes> dashes = text == "none" ? std::nullopt : dashes_of(text);
+    if (!dashes && text != "none") {
         throw drawing::Usage_Error(
             std::string(option) +
             ": expected none, solid, dashed, dotted, dash-dot, dash-dot-dot, long-dashed or lengths of dashes and "
             "gaps in pixels as 6,4, found '" +
             text + "'");
     }
-    return lengths;
-}
-
-constexpr std::array<std::pair<const char*, std::int32_t>, 9> symbols{{{"dot", vorna::marker_symbol::dot},
-                                                                       {"plus", vorna::marker_symbol::plus},
-                                                                       {"cross", vorna::marker_symbol::cross},
-                                                                       {"circle", vorna::marker_symbol::circle},
-                                                                       {"disc", vorna::marker_symbol::filled_circle},
-                                                                       {"square", vorna::marker_symbol::square},
-                                                                       {"block", vorna::marker_symbol::filled_square},
-                                                                       {"triangle", vorna::marker_symbol::triangle},
-                                                                       {"star", vorna::marker_symbol::star}}};
-
-std::vector<std::string> symbol_names() {
-    std::vector<std::string> names;
-    names.reserve(symbols.size());
-    for (const auto& [name, symbol] : symbols) {
-        names.emplace_back(name);
-    }
-    return names;
+    return dashes;
 }
 
 std::int32_t parsed_symbol(const std::string& text) {
-    for (const auto& [name, symbol] : symbols) {
-        if (text == name) {
-            return symbol;
-        }
+    const std::optional<std::int32_t> symbol = symbol_of(text);
+    if (!symbol) {
+        throw drawing::Usage_Error("--marker: expected one of " + list_of(symbol_names()) + ", found '" + text + "'");
     }
-    throw drawing::Usage_Error("--marker: expected one of " + list_of(symbol_names()) + ", found '" + text + "'");
+    return *symbol;
 }
 
 std::optional<Extent> parsed_extent(const std::string& text) {
     if (text.empty()) {
         return std::nullopt;
     }
-    const std::vector<double> n = parsed_numbers(text);
+    const std::vector<double> n = numbers_between_commas(text);
     if (n.size() != 4 || n[1] >= n[3] || n[0] == n[2]) {
         throw drawing::Usage_Error("--bbox: expected west,south,east,north with south below north, found '" + text + "'");
     }
@@ -130,7 +63,7 @@ std::optional<Position> parsed_center(const std::string& text) {
     if (text.empty()) {
         return std::nullopt;
     }
-    const std::vector<double> n = parsed_numbers(text);
+    const std::vector<double> n = numbers_between_commas(text);
     if (n.empty() || n.size() > 2 || std::abs(n[0]) > full_circle || (n.size() == 2 && std::abs(n[1]) > 90)) {
         throw drawing::Usage_Error("--center: expected a longitude, or longitude,latitude, found '" + text + "'");
     }
@@ -166,13 +99,16 @@ void add_map_options(std::vector<Option>& table, Map_Options& options) {
          .value = text_value("LON[,LAT]"),
          .text = "Longitude, or longitude and latitude, in the middle of the projection",
          .target = &options.center},
+        {.names = {"--flip-y"},
+         .text = "Coordinates of a plane grow downwards; found out by itself for maps in pixels",
+         .target = &options.flip_y},
         {.names = {"--bbox"},
          .value = text_value("W,S,E,N"),
          .text = "What to show, in degrees or a drawing's units; all by default",
          .target = &options.bbox},
         {.names = {"--layer"},
          .value = text_value("NAME"),
-         .text = "Object of a TopoJSON file; its first by default",
+         .text = "Layer, or several between commas; by default the first object of a TopoJSON file, all layers of others",
          .target = &options.layer},
         {.names = {"--clip-to"},
          .value = text_value("SHAPE"),
@@ -232,18 +168,12 @@ void add_map_options(std::vector<Option>& table, Map_Options& options) {
         {.names = {"--label-size"},
          .value = whole_value("PIXELS", 4, 1000),
          .text = "Size of letters, 12 by default",
-         .target = &options.label_size,
-         .needs = {"--labels"}},
-        {.names = {"--label-color"},
-         .value = text_value("COLOR"),
-         .text = "Colour of letters",
-         .target = &options.label_color,
-         .needs = {"--labels"}},
+         .target = &options.label_size},
+        {.names = {"--label-color"}, .value = text_value("COLOR"), .text = "Colour of letters", .target = &options.label_color},
         {.names = {"--font"},
          .value = text_value("FONT"),
          .text = "Font of labels: TrueType, OpenType and others",
-         .target = &options.font,
-         .needs = {"--labels"}},
+         .target = &options.font},
         {.names = {"--overlay"},
          .value = text_value("MAP"),
          .text = "Another map to draw over this one",
@@ -259,7 +189,9 @@ void add_map_options(std::vector<Option>& table, Map_Options& options) {
          .target = &options.merge,
          .needs = {"--overlay"}},
     };
-    for (Option option : own) {
+    std::vector<Option> all = own;
+    add_map_style_options(all, options);
+    for (Option& option : all) {
         option.group = "Maps and drawings";
         option.applies_to = Applies_To::maps;
         table.push_back(std::move(option));
@@ -280,6 +212,20 @@ void check_map_options(const Model_Options& options, const Map_Options& map_opti
             throw drawing::Usage_Error("--background none: expected " + std::string(expected) + ", found " + name);
         }
     }
+    const Map_Options usual;
+    const bool has_text = map_options.labels || map_options.legend || !map_options.label_by.empty() ||
+                          !map_options.title.empty() || !map_options.attribution.empty() || !map_options.style.empty();
+    for (const auto& [given, name] : {std::pair(map_options.font != usual.font, "--font"),
+                                      {map_options.label_size != usual.label_size, "--label-size"},
+                                      {map_options.label_color != usual.label_color, "--label-color"}}) {
+        if (given && !has_text) {
+            throw drawing::Usage_Error(std::string(name) +
+                                       ": expected --labels or another option for texts beside it, found none");
+        }
+    }
+    if (map_options.style == "-" && options.models.front() == "-") {
+        throw drawing::Usage_Error("--style -: expected a file, found standard input, which is the map");
+    }
     if (map_options.overlay == "-" && options.models.front() == "-") {
         throw drawing::Usage_Error("--overlay -: expected a file, found standard input, which is the map");
     }
@@ -291,6 +237,9 @@ Map_Settings map_settings_of(const Map_Options& options) {
     settings.bbox = parsed_extent(options.bbox);
     settings.projection = options.projection;
     settings.center = parsed_center(options.center);
+    if (options.flip_y) {
+        settings.flip_y = true;
+    }
     settings.clip_to = options.clip_to;
     settings.fill = parsed_fill(options.fill);
     settings.opacity = options.opacity;
@@ -310,15 +259,17 @@ Map_Settings map_settings_of(const Map_Options& options) {
     settings.overlay = options.overlay;
     settings.overlay_color = parsed_color("--overlay-color", options.overlay_color);
     settings.merges = !options.merge.empty();
+    set_map_style(options, settings);
     return settings;
 }
 
 std::unique_ptr<Map_Scene> load_map_scene(const Model_Options& options, const Map_Options& map_options,
-                                          const drawing::Input& input) {
+                                          std::vector<drawing::Input> inputs) {
     const VT_RGB32 background = options.is_transparent() ? VT_RGB32{255, 255, 255, 255} : map_background_of(options);
-    const Map_Settings settings = map_settings_of(map_options);
+    Map_Settings settings = map_settings_of(map_options);
+    const std::vector<Map_Source> sources = drawing::open_map_sources(std::move(inputs), settings, *options.limits);
     const auto overlay = drawing::open_overlay(settings, *options.limits);
-    auto scene = std::make_unique<Map_Scene>(input, overlay, settings, background, options.limits);
+    auto scene = std::make_unique<Map_Scene>(sources, overlay, settings, background, options.limits);
     for (const std::string& warning : scene->warnings()) {
         if (options.strict) {
             throw drawing::Usage_Error(warning);

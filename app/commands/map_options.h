@@ -18,8 +18,11 @@ struct Map_Options {
     std::string border = "solid", outline, border_color, casing;
     std::string marker = "disc", marker_color = "#c8321e";
     std::string overlay, overlay_color = "#5a8ce6", merge;
-    bool labels = false;
+    bool labels = false, flip_y = false;
     std::string label_color = "black", font;
+    std::string filter, fill_by, classes, breaks, ramp, width_by, widths, label_by, style, title, attribution;
+    std::int32_t class_count = 5;
+    bool reverse_ramp = false, legend = false;
     double opacity = 1, graticule = 0;
     std::int32_t label_size = 12, border_width = 1, casing_width = 2, marker_size = 7;
 };
@@ -34,6 +37,6 @@ drawing::map::Map_Settings map_settings_of(const Map_Options& options);
 
 // Warns of what is not drawn, or refuses it with --strict. Throws what reading and options throw.
 std::unique_ptr<drawing::map::Map_Scene> load_map_scene(const Model_Options& options, const Map_Options& map_options,
-                                                        const drawing::Input& input);
+                                                        std::vector<drawing::Input> inputs);
 
 } // namespace vorna::app

@@ -22,16 +22,12 @@
 namespace vorna::app {
 namespace {
 
-// A map is drawn by itself.
-void refuse_several(const std::vector<drawing::Input>& inputs, const drawing::Input& map) {
+// Maps are drawn without models.
+void refuse_models(const std::vector<drawing::Input>& inputs, const drawing::Input& map) {
     for (const drawing::Input& input : inputs) {
         if (!drawing::is_map(input)) {
             throw drawing::Usage_Error(map.name + ": expected a model beside " + input.name + ", found a map or drawing");
         }
-    }
-    if (inputs.size() > 1) {
-        throw drawing::Usage_Error(inputs[1].name +
-                                   ": expected one map or drawing, found another one; --overlay draws it over the first");
     }
 }
 
@@ -39,15 +35,15 @@ void refuse_several(const std::vector<drawing::Input>& inputs, const drawing::In
 void draw_together(Render_Options& options, const Map_Options& map_options, const Given& given) {
     // A user easily puts -o before the wrong name.
     std::vector<std::string> read = options.models;
-    read.insert(read.end(), {options.palette, map_options.overlay, map_options.font});
+    read.insert(read.end(), {options.palette, map_options.overlay, map_options.font, map_options.style});
     drawing::refuse_same_files(read, {options.image.output, options.record});
     options.limits = limits_of(options, options.threads);
     std::vector<drawing::Input> inputs = open_inputs(options);
     const auto map = std::ranges::find_if(inputs, drawing::is_map);
     reject_options_of_other_kind(given, map != inputs.end(), map == inputs.end() ? inputs.front().name : map->name);
     if (map != inputs.end()) {
-        refuse_several(inputs, *map);
-        render_map(options, map_options, *map, chosen_module(given));
+        refuse_models(inputs, *map);
+        render_map(options, map_options, std::move(inputs), chosen_module(given));
     } else {
         choose_up_axis(options, inputs);
         render_models(options, std::move(inputs), chosen_module(given));
@@ -114,9 +110,9 @@ Command render_command() {
     Command command{
         .name = "render",
         .summary = "Draw models, a map or a drawing as an image.",
-        .arguments = {model_argument(
-            *options, "Models (PLY, OBJ, STL and whatever assimp reads), drawn together, or a map (GeoJSON, TopoJSON) or a "
-                      "drawing (DXF); also compressed by gzip; - is standard input")},
+        .arguments = {model_argument(*options, "Models (PLY, OBJ, STL and whatever assimp reads), drawn together, or maps "
+                                               "(GeoJSON, TopoJSON, and with GDAL shapefiles, GeoPackage, KML, GPX, CSV) or a "
+                                               "drawing (DXF); also compressed by gzip; - is standard input")},
         .examples = {{"vorna render bunny.obj -o bunny.png --view front --edges --antialias", "a model with its edges"},
                      {"vorna render truck.gltf -o truck.png --size 1920x1080", "with its materials and images"},
                      {"vorna render countries.json -o world.png --projection robinson --border dashed", "a map of the world"},

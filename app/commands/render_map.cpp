@@ -10,7 +10,7 @@ namespace vorna::app {
 
 using Clock = std::chrono::steady_clock;
 
-void render_map(const Render_Options& options, const Map_Options& map_options, const drawing::Input& input,
+void render_map(const Render_Options& options, const Map_Options& map_options, std::vector<drawing::Input> inputs,
                 const drawing::Module_Choice& module) {
     // Without --size the image is as high as it needs to be.
     VT_Int_Pair size = image_size_of(options);
@@ -19,7 +19,7 @@ void render_map(const Render_Options& options, const Map_Options& map_options, c
     const auto start = Clock::now();
     const VT_RGB32 background = options.is_transparent() ? VT_RGB32{255, 255, 255, 255} : map_background_of(options);
     const drawing::Map_Look look{background, options.colors == 8, options.antialias};
-    drawing::Map_Drawing drawing(load_map_scene(options, map_options, input), look);
+    drawing::Map_Drawing drawing(load_map_scene(options, map_options, std::move(inputs)), look);
     if (!options.has_size) {
         size = drawing.scene().fitted({size.x, 0}).size;
         settings = job_settings_of(options, size, supersample_of_map(options), {});

@@ -19,7 +19,7 @@ Map_Viewer::Map_Viewer(const Model_Options& options, const Map_Options& map_opti
                        const drawing::Module_Choice& module, std::string folder, Screen& screen)
     : Base_Viewer(module, input.name, std::move(folder), 0, options.limits->threads(), screen),
       is_opaque_(map_options.opacity == 1), look_{map_background_of(options), options.colors == 8, options.antialias},
-      drawing_(load_map_scene(options, map_options, input), look_), middle_(drawing_.scene().fitted({1, 1}).middle),
+      drawing_(load_map_scene(options, map_options, {input}), look_), middle_(drawing_.scene().fitted({1, 1}).middle),
       antialias_(options.antialias) {
 }
 

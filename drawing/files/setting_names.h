@@ -13,6 +13,7 @@ enum class Setting {
     bbox,
     center,
     clip_to,
+    flip_y,
     font,
     format,
     graticule,

@@ -187,7 +187,11 @@ VT_RGB32 color_at(std::string_view list, std::size_t number) {
 
 VT_RGB32 mixed(VT_RGB32 a, VT_RGB32 b, double share) {
     const auto mix = [&](std::uint8_t x, std::uint8_t y) { return static_cast<std::uint8_t>(x + (y - x) * share + 0.5); };
-    return {mix(a.red, b.red), mix(a.green, b.green), mix(a.blue, b.blue), 255};
+    VT_RGB32 color = a;
+    color.red = mix(a.red, b.red);
+    color.green = mix(a.green, b.green);
+    color.blue = mix(a.blue, b.blue);
+    return color;
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "drawing/files/setting_names.h"
+#include "drawing/map/map_reader.h"
 
 namespace vorna::drawing::map {
 namespace {
@@ -28,18 +29,13 @@ bool is_value_character(unsigned char c) {
 
 // The authority and the code between the separators of a text such as "urn:ogc:def:crs:EPSG::3857".
 std::optional<std::string> code_in(std::string_view text, char separator) {
-    std::vector<std::string_view> parts;
-    for (std::size_t start = 0; start <= text.size();) {
-        const std::size_t end = std::min(text.find(separator, start), text.size());
-        parts.push_back(text.substr(start, end - start));
-        start = end + 1;
-    }
+    const std::vector<std::string> parts = parts_between(text, separator);
     const std::size_t count = parts.size(); // authority, version, code
-    const std::string_view authority = count == 2 ? parts[0] : count >= 3 ? parts[count - 3] : std::string_view();
+    const std::string authority = count == 2 ? parts[0] : count >= 3 ? parts[count - 3] : "";
     if (!is_all_of(authority, is_code_character) || !is_all_of(parts.back(), is_code_character)) {
         return std::nullopt;
     }
-    std::string code = std::string(authority) + ':' + std::string(parts.back());
+    std::string code = authority + ':' + parts.back();
     std::ranges::transform(code, code.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
     // Degrees that differ from those of WGS 84 by less than two metres: ETRS89 and NAD83 among them.
     constexpr std::array same{"EPSG:4326", "EPSG:4979", "EPSG:4258", "EPSG:4269", "OGC:CRS84", "OGC:84"};
@@ -51,6 +47,10 @@ bool is_harmless(std::string_view parameter) {
                                "gamma", "k",     "k_0",      "x_0",     "y_0",     "a",      "b",     "rf",
                                "R",     "ellps", "datum",    "towgs84", "units",   "zone",   "south", "pm",
                                "h",     "sweep", "to_meter", "no_uoff", "no_defs", "type",   "lon_1", "lon_2"};
+    // The sphere of web maps: no grid of differences, and a word without a meaning.
+    if (parameter == "nadgrids=@null" || parameter == "wktext") {
+        return true;
+    }
     const std::size_t equals = parameter.find('=');
     const std::string_view name = parameter.substr(0, equals);
     return std::ranges::find(known, name) != known.end() &&

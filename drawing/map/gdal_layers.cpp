@@ -170,7 +170,7 @@ Gdal_Dataset open(const std::string& file, const Gdal_Format& format, std::span<
          {std::pair("GDAL_DRIVER_PATH", "disable"), {"SHAPE_RESTORE_SHX", "YES"}, {"CPL_DEBUG", "OFF"}}) {
         library.CPLSetConfigOption(name, value);
     }
-    for (const std::string& driver : comma_separated(std::string(format.drivers))) {
+    for (const std::string& driver : parts_between(format.drivers)) {
         if (const auto add = library.find_driver(driver.c_str())) {
             add();
         }
@@ -210,7 +210,7 @@ std::vector<Gdal_Layer> chosen_layers(const std::string& file, Gdal_Dataset data
         }
         return chosen;
     }
-    for (const std::string& name : named(wanted) != all.end() ? std::vector{wanted} : comma_separated(wanted)) {
+    for (const std::string& name : named(wanted) != all.end() ? std::vector{wanted} : parts_between(wanted)) {
         if (named(name) == all.end()) {
             std::string names;
             for (Gdal_Layer layer : all) {

@@ -55,7 +55,7 @@ std::vector<Owned_File> read_files(const Input& input, const Gdal_Format& format
         throw Map_Error(input.name + ": expected a map, found an empty file");
     }
     if (!input.content && !format.siblings.empty()) {
-        for (const std::string& sibling : comma_separated(std::string(format.siblings))) {
+        for (const std::string& sibling : parts_between(format.siblings)) {
             add_sibling(input, stem, sibling, files, limits);
         }
     }
@@ -92,7 +92,7 @@ Map unpacked(const std::string& file, const std::string& bytes, const Map_Query&
 
 Map read_gdal_map(const Input& input, const Map_Query& query, Load_Limits& limits) {
     const std::string& file = input.name;
-    const Gdal_Format& format = *find_gdal_format(input.suffix);
+    const Gdal_Format& format = *find_gdal_format(input.format->suffix);
     const std::vector<Owned_File> files = read_files(input, format, limits);
     std::vector<Named_Content> contents;
     std::uintmax_t size = 0;
@@ -122,8 +122,7 @@ Map read_gdal_map(const Input& input, const Map_Query& query, Load_Limits& limit
         bytes = failure.empty() ? pipe.read_list<std::string>() : bytes;
     };
     try {
-        model::run_apart(
-            model::limits_of_reader(limits, size), [](const std::string&) { return -1; }, work, take);
+        model::run_apart(model::limits_of_reader(limits, size), {}, work, take);
     } catch (const model::Broken_Off& error) {
         throw Map_Error(file + ": expected a map: the library for its format came to its end by " + error.what());
     }

@@ -66,29 +66,35 @@ std::size_t chosen_shape(const Map& map, const std::string& file, const std::str
     return number;
 }
 
-std::optional<Position> middle_of(const Shape& shape) {
-    std::array<bool, 360> touched{};
-    for (const Face& face : shape.faces) {
-        for (const Path& ring : face) {
-            for (const Position& p : ring) {
-                touched[static_cast<std::size_t>(std::clamp(std::floor(std::remainder(p.x, full_circle)) + 180, 0.0, 359.0))] =
-                    true;
-            }
-        }
-    }
-    if (!touched.front() || !touched.back()) {
+void Longitudes::add(double east) {
+    touched_[static_cast<std::size_t>(std::clamp(std::floor(std::remainder(east, full_circle)) + 180, 0.0, 359.0))] = true;
+}
+
+std::optional<Position> Longitudes::middle(std::size_t least_gap) const {
+    if (!touched_.front() || !touched_.back()) {
         return std::nullopt;
     }
     std::size_t best_start = 0, best = 0, run = 0;
-    for (std::size_t i = 0; i < touched.size(); ++i) {
-        run = touched[i] ? 0 : run + 1;
+    for (std::size_t i = 0; i < touched_.size(); ++i) {
+        run = touched_[i] ? 0 : run + 1;
         if (run > best) {
             best = run;
             best_start = i + 1 - run;
         }
     }
     const double gap_middle = static_cast<double>(best_start) + static_cast<double>(best) / 2 - 180;
-    return best < 10 ? std::nullopt : std::optional(Position{std::remainder(gap_middle + 180, full_circle), 0});
+    return best < least_gap ? std::nullopt : std::optional(Position{std::remainder(gap_middle + 180, full_circle), 0});
+}
+
+std::optional<Position> middle_of(const Shape& shape) {
+    constexpr std::size_t least_gap = 10;
+    Longitudes longitudes;
+    for (const Face& face : shape.faces) {
+        for (const Path& ring : face) {
+            std::ranges::for_each(ring, [&](Position p) { longitudes.add(p.x); });
+        }
+    }
+    return longitudes.middle(least_gap);
 }
 
 Bounds bounds_of(const Extent& extent, const Projection& projection) {

@@ -132,9 +132,9 @@ std::size_t Map_Layer::item_count() const {
 }
 
 void Layer_Style::enlarge(std::int32_t times) {
-    width *= times;
+    std::ranges::for_each(widths, [=](std::int32_t& width) { width *= times; });
     casing_width *= times;
-    marker.size *= times;
+    std::ranges::for_each(markers, [=](Marker_Paint& marker) { marker.size *= times; });
 }
 
 void Map_Layer::add_items(const Layer_Style& style, Map_Items& items) const {
@@ -147,7 +147,8 @@ void Map_Layer::add_items(const Layer_Style& style, Map_Items& items) const {
     }
     const auto for_each_line = [&](auto add_line) {
         for (const Line& line : lines_) {
-            if (const auto& dashes = line.kind == Line::Kind::outline ? style.outlines : style.borders) {
+            const auto& dashes = line.kind == Line::Kind::outline ? style.outlines : style.borders;
+            if (dashes && style.widths[line.shape] > 0) {
                 add_line(line, *dashes);
             }
         }
@@ -155,14 +156,14 @@ void Map_Layer::add_items(const Layer_Style& style, Map_Items& items) const {
     // All casings lie below all lines, so that crossings are open.
     if (style.casing) {
         for_each_line([&](const Line& line, const Dashes&) {
-            items.push_back(Line_Item{&line.path, {*style.casing, style.width + 2 * style.casing_width}});
+            items.push_back(Line_Item{&line.path, {*style.casing, style.widths[line.shape] + 2 * style.casing_width}});
         });
     }
     for_each_line([&](const Line& line, const Dashes& dashes) {
-        items.push_back(Line_Item{&line.path, {style.strokes[line.shape], style.width, &dashes}});
+        items.push_back(Line_Item{&line.path, {style.strokes[line.shape], style.widths[line.shape], &dashes}});
     });
     for (const auto& [place, shape] : points_) {
-        items.push_back(Mark_Item{place, style.marker});
+        items.push_back(Mark_Item{place, style.markers[shape]});
     }
 }
 

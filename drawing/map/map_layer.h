@@ -1,6 +1,7 @@
 // A map's shapes on a projection's plane, ready to be drawn into any window.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -24,11 +25,11 @@ struct Bounds {
 struct Layer_Style {
     std::vector<std::optional<VT_RGB32>> fills; // by shape
     std::vector<VT_RGB32> strokes;              // by shape
-    std::int32_t width = 1;
-    std::optional<Dashes> borders, outlines; // between two shapes, and of one shape only; empty = not drawn
+    std::vector<std::int32_t> widths;           // by shape; 0 = no line
+    std::vector<Marker_Paint> markers;          // by shape
+    std::optional<Dashes> borders, outlines;    // between two shapes, and of one shape only; empty = not drawn
     std::optional<VT_RGB32> casing;
     std::int32_t casing_width = 2; // on each side
-    Marker_Paint marker;
 
     // The same style in an image that is `times` as large. Dashes grow with the width.
     void enlarge(std::int32_t times);
@@ -46,6 +47,19 @@ public:
     const std::vector<std::pair<Position, std::size_t>>& points() const noexcept { return points_; } // with their shape
     // All faces of a shape as one.
     Face face_of(std::size_t shape) const;
+
+    // How many places on the plane, of corners and points, a condition holds for.
+    template <class Condition> std::size_t count_places(Condition holds) const {
+        std::size_t count = 0;
+        const auto add = [&](const Path& path) { count += static_cast<std::size_t>(std::ranges::count_if(path, holds)); };
+        for (const std::vector<Face>& faces : faces_) {
+            for (const Face& face : faces) {
+                std::ranges::for_each(face, add);
+            }
+        }
+        std::ranges::for_each(lines_, [&](const Line& line) { add(line.path); });
+        return count + static_cast<std::size_t>(std::ranges::count_if(points_, [&](const auto& p) { return holds(p.first); }));
+    }
 
     double longest_segment() const;     // of lines, on the plane
     std::size_t most_positions() const; // of a face or line

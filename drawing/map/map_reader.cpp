@@ -86,11 +86,11 @@ Map read_json_map(const Input& input, const Map_Query& query, Load_Limits& limit
     return topology ? read_topojson(input.name, document, query, limits) : read_geojson(input.name, document, query, limits);
 }
 
-std::vector<std::string> comma_separated(const std::string& text) {
+std::vector<std::string> parts_between(std::string_view text, char separator) {
     std::vector<std::string> parts;
     for (std::size_t start = 0; start <= text.size();) {
-        const std::size_t end = std::min(text.find(',', start), text.size());
-        parts.push_back(text.substr(start, end - start));
+        const std::size_t end = std::min(text.find(separator, start), text.size());
+        parts.emplace_back(text.substr(start, end - start));
         start = end + 1;
     }
     return parts;

@@ -22,8 +22,8 @@ Map read_dxf_map(const Input& input, const Map_Query& query, Load_Limits& limits
 // With GDAL only.
 Map read_gdal_map(const Input& input, const Map_Query& query, Load_Limits& limits);
 
-// The parts of a text between commas.
-std::vector<std::string> comma_separated(const std::string& text);
+// The parts of a text between separators.
+std::vector<std::string> parts_between(std::string_view text, char separator = ',');
 
 // The readers of each format; file: for messages. Throw Map_Error and Load_Error. Positions are not checked yet.
 Map read_geojson(const std::string& file, const nlohmann::ordered_json& document, const Map_Query& query, Load_Limits& limits);

@@ -10,16 +10,24 @@
 #include "drawing/map/map_items.h"
 #include "drawing/map/map_layer.h"
 #include "drawing/map/map_settings.h"
+#include "drawing/map/map_sheet.h"
 #include "drawing/map/projection.h"
 
 namespace vorna::drawing::map {
 
+// A form of pixels in one colour.
+struct Sign {
+    Face outline;
+    VT_RGB32 color;
+};
+
 class Map_Scene {
 public:
-    // overlay: the opened file of the settings. background: the lines of drawings contrast with it. Throws Usage_Error for
-    // settings that do not apply to the file, Map_Error and Load_Error.
-    Map_Scene(const Input& input, const std::optional<Input>& overlay, const Map_Settings& settings, VT_RGB32 background,
-              std::shared_ptr<Load_Limits> limits);
+    // sources: one or more, drawn in their order. overlay: the opened file of the settings, which are those of the whole map.
+    // background: the lines of drawings contrast with it. Throws Usage_Error for settings that do not apply to the files,
+    // Map_Error and Load_Error.
+    Map_Scene(const std::vector<Map_Source>& sources, const std::optional<Input>& overlay, const Map_Settings& settings,
+              VT_RGB32 background, std::shared_ptr<Load_Limits> limits);
 
     // For the next layouts.
     void set_background(VT_RGB32 background);
@@ -43,7 +51,7 @@ public:
     std::int32_t supersample() const noexcept { return supersample_; }
     // Whether the map is clipped to a shape, and its pixels.
     bool is_clipped() const noexcept { return clip_shape_.has_value(); }
-    Face clip() const { return view_.device_face(layer_->face_of(*clip_shape_)); }
+    Face clip() const { return view_.device_face(sheets_.front().layer().face_of(*clip_shape_)); }
 
     bool merges() const noexcept { return overlay_ && settings_.merges; }
     // The standard palette with the map's colours instead of its greys.
@@ -59,32 +67,36 @@ public:
     std::size_t item_count() const;
 
 private:
-    void choose_projection(const Input& input);
-    void choose_bounds(const Input& input);
-    Layer_Style style_of(const Map& map, const Map_Layer& layer) const;
+    void choose_extent();
+    void choose_projection();
+    void choose_bounds();
+    void flip();
     Layer_Style overlay_style(const Map& map) const;
-    void set_line_style(Layer_Style& style) const;
     void place_labels(const View& view);
+    void place_signs(const View& view);
+    std::size_t places_in(const VT_Int_Rectangle& box, const View& view) const;
     void add_label_items();
 
     const Map_Settings settings_;
     VT_RGB32 background_;
     std::shared_ptr<Load_Limits> limits_;
-    std::string file_;
-    Map map_, overlay_map_;
+    std::vector<Map_Sheet> sheets_;
+    Map overlay_map_;
     std::optional<Extent> extent_;
     std::optional<std::size_t> clip_shape_;
     std::unique_ptr<Projection> projection_;
-    std::optional<Map_Layer> layer_, overlay_;
-    Layer_Style style_, overlay_style_;
+    std::optional<Map_Layer> overlay_;
+    Layer_Style overlay_style_;
     Face globe_;
     std::vector<Path> graticule_;
     Bounds shown_ = Bounds::nothing(); // on the plane
 
     View view_;
     std::int32_t supersample_ = 1;
-    Layer_Style drawn_style_, drawn_overlay_style_; // of the supersampled image
-    std::vector<Face> labels_;                      // in pixels before supersampling
+    Layer_Style drawn_overlay_style_;    // of the supersampled image
+    std::vector<Face> labels_;           // in pixels before supersampling
+    std::vector<Sign> signs_, texts_;    // likewise: boxes of legends, and texts over them
+    std::vector<VT_Int_Rectangle> kept_; // pixels that signs cover
     Map_Items items_, overlay_items_, label_items_;
 };
 

@@ -51,6 +51,9 @@ std::unique_ptr<Projection> make_proj_projection(const std::string& name, std::o
 // The names of PROJ projections; none without PROJ.
 std::vector<std::string> proj_projection_names();
 
+// Whether a name is that of a projection around a centre.
+bool is_azimuthal(const std::string& name);
+
 // All names that make_projection accepts.
 std::vector<std::string> projection_names();
 

@@ -69,7 +69,7 @@ struct Map_Query {
     // One layer of a file that has several, or some between commas; empty = TopoJSON's first one, all of other formats.
     std::string layer;
     std::vector<std::string> fields; // those whose values are kept
-    bool lists_fields = false;       // whether Layer_Facts::fields is filled
+    bool lists_fields = false;       // all layers, with Layer_Facts::fields
 };
 
 struct Field_Facts {

@@ -79,4 +79,17 @@ std::string text_of(const Value& value) {
     return text;
 }
 
+std::string short_text_of(double number) {
+    char digits[32];
+    const bool is_large = std::abs(number) >= 1e4 && std::abs(number) < 1e15;
+    const auto format = is_large ? std::chars_format::fixed : std::chars_format::general;
+    const int precision = is_large ? 0 : 4;
+    std::string text(digits, std::to_chars(digits, digits + sizeof digits, number, format, precision).ptr);
+    for (std::size_t at = text.size(); is_large && at > 3 + (number < 0 ? 1U : 0U);) {
+        at -= 3;
+        text.insert(at, "\u202f"); // a narrow space between groups of three digits
+    }
+    return text;
+}
+
 } // namespace vorna::drawing::map

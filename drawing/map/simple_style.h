@@ -19,5 +19,7 @@ inline constexpr std::array name_keys{"name", "NAME", "Name", "admin", "ADMIN", 
 
 // A name or a number as text; empty for none. Whole numbers have no decimal point.
 std::string text_of(const Value& value);
+// With at most four digits, for legends.
+std::string short_text_of(double number);
 
 } // namespace vorna::drawing::map

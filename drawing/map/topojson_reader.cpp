@@ -94,7 +94,7 @@ std::vector<std::string> chosen_objects(const Json& objects, const std::string& 
     if (objects.empty()) {
         throw Map_Error(file + ": objects: expected a layer, found none");
     }
-    std::vector<std::string> chosen = objects.contains(layer) ? std::vector{layer} : comma_separated(layer);
+    std::vector<std::string> chosen = objects.contains(layer) ? std::vector{layer} : parts_between(layer);
     for (const std::string& name : chosen) {
         if (!objects.contains(name)) {
             std::string names;
@@ -117,7 +117,15 @@ Map read_topojson(const std::string& file, const Json& document, const Map_Query
         reader.fail(objects_place, "an object", objects);
     }
     Map map;
-    for (const std::string& name : chosen_objects(objects, query.layer, file)) {
+    std::vector<std::string> names;
+    if (query.lists_fields) {
+        for (const auto& [name, object] : objects.items()) {
+            names.push_back(name);
+        }
+    } else {
+        names = chosen_objects(objects, query.layer, file);
+    }
+    for (const std::string& name : names) {
         const Json& object = objects[name];
         const Place place{&objects_place, name};
         Layer_Facts& layer = map.layers.emplace_back(Layer_Facts{.name = name, .system = {}, .refusal = {}, .fields = {}});

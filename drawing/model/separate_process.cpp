@@ -238,7 +238,7 @@ void Process_Pipe::serve_requests() {
         std::string name(size, '\0');
         receive(name.data(), size);
         errno = 0;
-        const Open_File file(open_(name));
+        const Open_File file(open_ ? open_(name) : -1);
         int error = errno;
         File_Message control = {};
         iovec part{&error, sizeof error};

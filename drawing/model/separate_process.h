@@ -29,7 +29,7 @@ public:
     // A file that is open for reading, or -1 with errno.
     using Opener = std::function<int(const std::string&)>;
 
-    // What is read has limits. open: serves what the other side asks for.
+    // What is read has limits. open: serves what the other side asks for; empty = nothing.
     Process_Pipe(int socket, const Process_Limits& limits, Opener open)
         : socket_(socket), left_(limits.bytes), seconds_(limits.seconds), open_(std::move(open)) {}
 

@@ -33,7 +33,7 @@ inline void draw_map(std::string_view content, std::size_t style, bool is_drawin
     options.border_width = (style & 128) != 0 ? 3 : 1;
     options.bbox = (style & 512) != 0 ? "0,0,1e-9,1e-9" : "";
     options.casing = (style & 256) != 0 ? "red" : "";
-    vorna::app::render_map(render, options, input, renderer_module());
+    vorna::app::render_map(render, options, {input}, renderer_module());
 }
 
 } // namespace fuzzing

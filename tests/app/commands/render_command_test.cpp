@@ -131,7 +131,7 @@ TEST_F(Render_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_f
         {{model, "-o", "-", "--record", "-"}, 2, "--record -: expected another file, found -o -"},
         {{"-", "-", "-o", output}, 2, "-: expected standard input once, found it twice"},
         {{model, map, "-o", output}, 2, map + ": expected a model beside " + model + ", found a map or drawing"},
-        {{map, drawing, "-o", output}, 2, drawing + ": expected one map or drawing, found another one; --overlay"},
+        {{map, drawing, "-o", output}, 2, drawing + ": expected a map beside " + map},
         {{model, "-o", output, "--input-format", "xyzzy"}, 2, "--input-format: expected a suffix of files that can be read"},
         {{broken, "-o", output}, 2, broken + ":1: expected a vertex coordinate, found the end of the line"},
         {{model, "-o", nowhere}, 1, nowhere},

@@ -99,7 +99,7 @@ TEST_F(Json_Maps, errors_name_the_place_and_what_was_expected) {
 // height.
 TEST(Map_Scene, chooses_heights_of_images_of_any_width) {
     const std::string line = R"({"type": "LineString", "coordinates": [[0, 0], [10, 0.1]]})";
-    const Map_Scene scene({"map.json", "json", find_format("json"), line}, {}, {}, {255, 255, 255, 255},
+    const Map_Scene scene({{{"map.json", "json", find_format("json"), line}, {}}}, {}, {}, {255, 255, 255, 255},
                           std::make_shared<Load_Limits>());
     for (const auto& [width, height] : {std::pair(800, 100), {65536, 8192}, {262144, 32768}}) {
         EXPECT_EQ(scene.fitted({width, 0}).size.y, height);
