@@ -1,4 +1,5 @@
 // Calls that a canvas keeps for its threads: many short ones, drawn while others are kept, and long polylines in runs.
+#include <algorithm>
 #include <functional>
 #include <new>
 #include <vector>
@@ -17,7 +18,7 @@ using namespace vorna::app::check;
 
 constexpr VT_Int_Pair window_size{120, 200};
 
-using Draw = std::function<void(vorna::Canvas&)>;
+using Draw = std::function<void(vorna::Canvas&, int picture)>;
 
 vorna::Canvas canvas_of(const vorna::Module& module, const Configuration& configuration, unsigned threads) {
     vorna::Canvas canvas(module, threads);
@@ -28,12 +29,12 @@ vorna::Canvas canvas_of(const vorna::Module& module, const Configuration& config
     return canvas;
 }
 
-// Everything that two pictures leave in the buffers.
-std::vector<std::uint8_t> bytes_of(vorna::Canvas& canvas, const Draw& draw) {
+// Everything that so many pictures leave in the buffers.
+std::vector<std::uint8_t> bytes_of(vorna::Canvas& canvas, int pictures, const Draw& draw) {
     std::vector<std::uint8_t> bytes;
-    for (int picture = 0; picture < 2; ++picture) {
+    for (int picture = 0; picture < pictures; ++picture) {
         canvas.begin_picture(vorna::rgb(10, 20, 30));
-        draw(canvas);
+        draw(canvas, picture);
         canvas.end_picture();
         const Frame_Buffer& colors = canvas.color_buffer();
         const std::int32_t row_bytes = colors.width * vorna::bytes_per_pixel(colors.format);
@@ -49,12 +50,12 @@ std::vector<std::uint8_t> bytes_of(vorna::Canvas& canvas, const Draw& draw) {
     return bytes;
 }
 
-void expect_bytes_of_one_thread(const vorna::Module& module, const Configuration& configuration, const Draw& draw) {
+void expect_bytes_of_one_thread(const vorna::Module& module, const Configuration& configuration, int pictures, const Draw& draw) {
     vorna::Canvas one = canvas_of(module, configuration, 1);
-    const std::vector<std::uint8_t> expected = bytes_of(one, draw);
+    const std::vector<std::uint8_t> expected = bytes_of(one, pictures, draw);
     for (const unsigned threads : {2U, 3U, 7U}) {
         vorna::Canvas several = canvas_of(module, configuration, threads);
-        EXPECT_TRUE(bytes_of(several, draw) == expected) << configuration.name << ", threads " << threads;
+        EXPECT_TRUE(bytes_of(several, pictures, draw) == expected) << configuration.name << ", threads " << threads;
     }
 }
 
@@ -107,7 +108,7 @@ void draw_short_calls(vorna::Canvas& canvas, const VT_Int_Rectangle& within, int
 TEST(Kept_Calls, are_drawn_in_order_while_others_are_kept) {
     const vorna::Module module(KRB_MODULE);
     for (const Configuration& configuration : configurations) {
-        expect_bytes_of_one_thread(module, configuration, [](vorna::Canvas& canvas) {
+        expect_bytes_of_one_thread(module, configuration, 2, [](vorna::Canvas& canvas, int) {
             draw_short_calls(canvas, grown(canvas.window(), 10), 6000);
             // Few rows, so that one band's calls fill all the memory that it has.
             const VT_Int_Rectangle window = canvas.window();
@@ -116,48 +117,56 @@ TEST(Kept_Calls, are_drawn_in_order_while_others_are_kept) {
     }
 }
 
-// Vertices that are drawn twice would show where lines blend, merge, are smoothed or follow other depth rules, and at equal
-// points of different depths.
+// A long polyline, in attributes with which vertices that are drawn twice may show: with lines that blend, merge or are smoothed,
+// under other depth rules, and at equal points of different depths.
+void draw_long_polyline(vorna::Canvas& canvas, int picture) {
+    Random random(static_cast<std::uint64_t>(picture));
+    const VT_Int_Rectangle around = grown(canvas.window(), picture % 4 == 0 ? 5 : -3);
+    std::vector<VT_DCI_Point> points{{around.left, around.bottom, 500}};
+    while (points.size() < 400) {
+        VT_DCI_Point next = points.back();
+        if (!random.chance(15)) {
+            next.x = std::clamp(next.x + random.number(-6, 6), around.left, around.right);
+            next.y = std::clamp(next.y + random.number(-6, 6), around.bottom, around.top);
+        }
+        next.z = random.chance(picture % 5 == 0 ? 20 : 0) ? random.number(-9, 80000) : random.number(0, 65535);
+        points.push_back(next);
+    }
+    const std::vector<VT_RGB32> colors = random_colors(random, points.size());
+    VT_Rendition& rendition = canvas.rendition();
+    canvas.set_color(random_color(random));
+    rendition.line.mode = random.chance(20) ? vorna::merge_drawing_mode : 0;
+    rendition.line.flags = random.chance(20) ? vorna::line_flag::smoothed : 0;
+    rendition.line.weight = random.chance(10) ? 2 : 1;
+    rendition.clip.depth_test = random.chance(70);
+    rendition.clip.complex_clip =
+        random.chance(20) ? random_region(random, canvas.window()) : VT_Reference<const VT_Contour_Set>();
+    canvas.set_depth_write(random.chance(80));
+    canvas.set_depth_test(vorna::Depth_Test{random.chance(70) ? 2 : random.one_of(std::vector<std::int32_t>{1, 5})});
+    std::vector<VT_Point> floats;
+    for (const VT_DCI_Point& point : points) {
+        floats.push_back({static_cast<float>(point.x) + 0.4F, static_cast<float>(point.y) - 0.3F, static_cast<float>(point.z)});
+    }
+    switch (random.number(0, 3)) {
+    case 0:
+        VD_Draw_2DI_Polyline(canvas, points);
+        break;
+    case 1:
+        VD_Draw_DCI_Colorized_Polyline(canvas, points, colors);
+        break;
+    case 2:
+        VD_Draw_2DI_Gouraud_Polyline(canvas, points, colors);
+        break;
+    default:
+        VD_Draw_2D_Colorized_Polyline(canvas, floats, colors);
+    }
+}
+
+// One in each picture, since others would hide what shows.
 TEST(Kept_Calls, cut_long_polylines_where_no_pixel_changes) {
     const vorna::Module module(KRB_MODULE);
     for (const Configuration& configuration : configurations) {
-        expect_bytes_of_one_thread(module, configuration, [](vorna::Canvas& canvas) {
-            Random random(7);
-            for (int line = 0; line < 60; ++line) {
-                const VT_Int_Rectangle around = grown(canvas.window(), line % 3 == 0 ? 5 : -3);
-                const auto coordinate = [&](std::int32_t last, std::int32_t least, std::int32_t most) {
-                    return std::clamp(last + random.number(-6, 6), least, most);
-                };
-                std::vector<VT_DCI_Point> points{{around.left, around.bottom, 500}};
-                while (points.size() < 400) {
-                    const VT_DCI_Point last = points.back();
-                    const bool stays = random.chance(15);
-                    points.push_back({stays ? last.x : coordinate(last.x, around.left, around.right),
-                                      stays ? last.y : coordinate(last.y, around.bottom, around.top),
-                                      random.chance(5) ? random.number(-9, 80000) : random.number(0, 65535)});
-                }
-                const std::vector<VT_RGB32> colors = random_colors(random, points.size());
-                VT_Rendition& rendition = canvas.rendition();
-                canvas.set_color(random_color(random));
-                rendition.line.mode = random.chance(20) ? vorna::merge_drawing_mode : 0;
-                rendition.line.flags = random.chance(20) ? vorna::line_flag::smoothed : 0;
-                rendition.line.weight = random.chance(10) ? 2 : 1;
-                rendition.clip.depth_test = random.chance(70);
-                rendition.clip.complex_clip =
-                    random.chance(20) ? random_region(random, canvas.window()) : VT_Reference<const VT_Contour_Set>();
-                canvas.set_depth_write(random.chance(80));
-                canvas.set_depth_test(vorna::Depth_Test{random.chance(70) ? 2 : random.one_of(std::vector<std::int32_t>{1, 5})});
-                VD_Draw_2DI_Polyline(canvas, points);
-                VD_Draw_DCI_Colorized_Polyline(canvas, points, colors);
-                VD_Draw_2DI_Gouraud_Polyline(canvas, points, colors);
-                std::vector<VT_Point> floats;
-                for (const VT_DCI_Point& point : points) {
-                    floats.push_back(
-                        {static_cast<float>(point.x) + 0.4F, static_cast<float>(point.y) - 0.3F, static_cast<float>(point.z)});
-                }
-                VD_Draw_2D_Polyline(canvas, floats);
-            }
-        });
+        expect_bytes_of_one_thread(module, configuration, 100, draw_long_polyline);
     }
 }
 
