@@ -117,31 +117,29 @@ private:
         }
     }
 
-    // Calls share renditions.
-    const Margins& margins() {
+    Margins margins() {
+        const Rendition& all = recording_.rendition;
         const Rendition* const own = call_->rendition.get();
-        const auto [known, is_new] = margins_.try_emplace(own);
-        if (is_new) {
-            const Rendition& all = recording_.rendition;
-            const auto overlaid_by = [&](auto group, auto key) {
-                return own && (own->*group.*key) ? own->*group.*key : all.*group.*key;
-            };
-            attributes_->line.weight = overlaid_by(&Rendition::line, &Line::weight).value_or(1);
-            attributes_->marker.size = overlaid_by(&Rendition::marker, &Marker::size).value_or(1);
-            const bool has_types = all.line.line_types || (own && own->line.line_types);
-            attributes_->line.line_types =
-                has_types ? renditions_.make(own ? overlaid(all, *own) : all, VT_Renderer_Options())->line.line_types
-                          : VT_Line_Type_Set::None;
-            known->second = {vorna::margin_of(Primitive::polyline, *attributes_),
-                             vorna::margin_of(Primitive::polymarker, *attributes_)};
+        const auto overlaid_by = [&](auto group, auto key) {
+            return own && (own->*group.*key) ? own->*group.*key : all.*group.*key;
+        };
+        attributes_->line.weight = overlaid_by(&Rendition::line, &Line::weight).value_or(1);
+        attributes_->marker.size = overlaid_by(&Rendition::marker, &Marker::size).value_or(1);
+        attributes_->line.line_types = VT_Line_Type_Set::None;
+        if (all.line.line_types || (own && own->line.line_types)) {
+            VT_Reference<const VT_Line_Type_Set>& types = line_types_[own]; // calls share renditions
+            if (!types) {
+                types = renditions_.make(own ? overlaid(all, *own) : all, VT_Renderer_Options())->line.line_types;
+            }
+            attributes_->line.line_types = types;
         }
-        return known->second;
+        return {vorna::margin_of(Primitive::polyline, *attributes_), vorna::margin_of(Primitive::polymarker, *attributes_)};
     }
 
     const Recording& recording_;
     const VT_Reference<VT_Rendition> attributes_;
     Rendition_Maker renditions_;
-    std::map<const Rendition*, Margins> margins_;
+    std::map<const Rendition*, VT_Reference<const VT_Line_Type_Set>> line_types_;
     const Call* call_ = nullptr;
 };
 

@@ -12,15 +12,19 @@ namespace {
 
 constexpr std::uint16_t farthest_depth = 0xFFFF;
 
-// The same colour with every bit changed, in the pixel's format.
+constexpr std::uint32_t alpha_bits = 0xFF000000;
+
+// The same colour with every bit changed, in the pixel's format. Alpha stays, because blending and merging store an opaque one
+// even where they leave the colour as it is.
 std::uint32_t opposite(const Pixel_Value& value) {
-    return value.kind == Pixel_Value::Kind::index ? ~value.color & 0xFF : ~value.color;
+    return value.kind == Pixel_Value::Kind::index ? ~value.color & 0xFF : value.color ^ ~alpha_bits;
 }
 
-// Two values of which no opaque colour is both, and no depth.
-Pixel_Value probing(const Pixel_Value& value, bool first) {
+// Two values of which no stored colour is both, and no depth.
+Pixel_Value probing(const Pixel_Value& value, bool first, bool keeps_alpha) {
     Pixel_Value made = value;
     made.color = first ? 0x5AA5C33C : ~0x5AA5C33CU;
+    made.color = keeps_alpha ? (made.color & ~alpha_bits) | (value.color & alpha_bits) : made.color;
     made.color &= value.kind == Pixel_Value::Kind::index ? 0xFF : 0xFFFFFFFF;
     made.depth = first ? 0x5AC3 : 0xA53C;
     return made;
@@ -179,15 +183,15 @@ bool Call_Probe::has_rule(const Lifted_Call& call, Rule rule) const {
 
 std::vector<std::uint32_t> Call_Probe::touched(const Lifted_Call& call, const Arguments& arguments,
                                                const VT_Reference<VT_Rendition>& rendition, std::span<const Probed_Pixel> pixels,
-                                               const std::vector<std::uint32_t>& numbers) {
+                                               const std::vector<std::uint32_t>& numbers, bool keeps_alpha) {
     // No opaque colour is stored with the alpha of the first one.
-    const bool one_is_enough = !call.has_alpha && !call.writes_depths &&
+    const bool one_is_enough = !keeps_alpha && !call.has_alpha && !call.writes_depths &&
                                !std::holds_alternative<Window_Fill>(call.own_arguments) &&
                                pixels[numbers.front()].before.kind == Pixel_Value::Kind::color;
     std::vector<std::uint32_t> found, remaining = numbers;
     for (const bool is_first : {true, false}) {
         const auto value_under = [&](const Probed_Pixel& pixel) {
-            Pixel_Value value = probing(pixel.before, is_first);
+            Pixel_Value value = probing(pixel.before, is_first, keeps_alpha);
             value.depth = call.writes_depths ? value.depth : pixel.before.depth;
             return value;
         };
@@ -248,7 +252,8 @@ std::vector<std::uint32_t> Call_Probe::touched_under(const Lifted_Call& call, Ru
         rendition->marker.mode = own.marker.mode;
         break;
     }
-    return touched(call, has_own_arguments ? call.own_arguments : call.arguments(), rendition, pixels, numbers);
+    return touched(call, has_own_arguments ? call.own_arguments : call.arguments(), rendition, pixels, numbers,
+                   rule == Rule::alpha || rule == Rule::mode);
 }
 
 // Over the farthest depth, which everything passes whose depth has 16 bits.

@@ -57,9 +57,10 @@ private:
     Lifted_Call lifted(std::size_t call);
     bool has_rule(const Lifted_Call& call, Rule rule) const;
     // The numbers of those pixels, of the given ones, that the call changes when it is drawn over one of two opposite colours.
+    // keeps_alpha: the colours have the alpha that is there.
     std::vector<std::uint32_t> touched(const Lifted_Call& call, const Arguments& arguments,
                                        const VT_Reference<VT_Rendition>& rendition, std::span<const Probed_Pixel> pixels,
-                                       const std::vector<std::uint32_t>& numbers);
+                                       const std::vector<std::uint32_t>& numbers, bool keeps_alpha = false);
     // The same with one rule in force.
     std::vector<std::uint32_t> touched_under(const Lifted_Call& call, Rule rule, std::span<const Probed_Pixel> pixels,
                                              const std::vector<std::uint32_t>& numbers);
