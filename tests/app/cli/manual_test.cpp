@@ -59,7 +59,9 @@ TEST_F(Manual, shows_what_an_option_takes_and_goes_together_with) {
     EXPECT_THAT(help, testing::HasSubstr("\n  --until N               Stop after call N; the first call is 0 (not with\n"
                                          "                          --only)\n"));
     EXPECT_THAT(help, testing::HasSubstr("\n  --timing[=FORM] "));
-    EXPECT_THAT(help, testing::HasSubstr("table or json\n                          (default: table; not with --threads)\n"));
+    EXPECT_THAT(help, testing::HasSubstr("table or json\n"
+                                         "                          (default: table; not with --area, --pixel, --pixels or\n"
+                                         "                          --threads)\n"));
     EXPECT_THAT(help, testing::HasSubstr("(1\n                          to 100000; default: 3; with --timing)\n"));
     const std::string render = help_on("render");
     EXPECT_THAT(render, testing::HasSubstr("Usage: vorna render [OPTIONS] -o FILE.png "));
