@@ -96,6 +96,11 @@ std::string folder_of(const std::string& path) {
     return slash == path.npos ? "" : slash == 0 ? "/" : path.substr(0, slash);
 }
 
+constexpr const char* opacity_slider =
+    R"(<input class="opacity" type="range" min="0" max="1" step="0.01" value="0.5" aria-label="opacity"
+oninput='this.parentNode.style.setProperty(`--opacity`, this.value)'>
+)";
+
 // The command that makes the first folder or file hold what the second one does; a comment where it could not be copied from the
 // page.
 std::string accept_command(const Pair_Result& pair, const Report& report) {
@@ -128,8 +133,7 @@ std::string section_of(const Pair_Result& pair, const Report& report, const Figu
                    "><label for=\"" + name + kind + "\">" + text + "</label>\n";
         };
         html += choice("side", "side by side", " checked") + choice("blink", "blink", "") + choice("over", "overlay", "") +
-                "<input class=\"opacity\" type=\"range\" min=\"0\" max=\"1\" step=\"0.01\" value=\"0.5\" "
-                "aria-label=\"opacity\" oninput=\"this.parentNode.style.setProperty('--opacity', this.value)\">\n";
+                opacity_slider;
     }
     return html + "<div class=\"figures\">\n" + figure("first", "before", figures.first) +
            figure("second", "after", figures.second) + figure("difference", "difference", figures.difference) +

@@ -224,7 +224,7 @@ done
 sed 's/\[1,/[1e300,/' map.geojson >odd.geojson
 render 2 "odd.geojson: shape 0: expected coordinates up to 1e100, found 1e\+300" odd.geojson
 sed 's/\[1,/[1e99,/' map.geojson >odd.geojson
-render 2 "odd.geojson: shape 0: expected degrees, found 1e\+99" odd.geojson
+expect 2 "odd.geojson: shape 0: expected degrees, found 1e\+99" "$vorna" render odd.geojson -o out/picture.png --projection equirectangular
 sed 's/\[1,/[1e300,/' map.geojson >odd.geojson
 expect 2 "odd.geojson: shape 0: expected coordinates up to 1e100" "$vorna" render odd.geojson -o out/picture.png --projection plane
 {

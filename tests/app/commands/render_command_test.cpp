@@ -77,7 +77,8 @@ TEST_F(Render_Command, stats_go_to_standard_error) {
 TEST_F(Render_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_file) {
     const std::string model = folder.file("corner.obj", corner), broken = folder.file("broken.obj", "v 0 0\n");
     const std::string output = folder.file("out.png"), nowhere = folder.file("missing") + "/out.png";
-    const std::string plain = folder.file("corner", corner), map = folder.file("map.json", "{}"),
+    const std::string plain = folder.file("corner", corner),
+                      map = folder.file("map.json", R"({"type": "Point", "coordinates": [1, 2]})"),
                       drawing = folder.file("plan.dxf", "0\nSECTION\n");
     const struct {
         std::vector<std::string> arguments;
