@@ -13,6 +13,7 @@
 #include "drawing/recording/emptied_slot.h"
 #include "drawing/recording/recorder.h"
 #include "drawing/recording/rendition_maker.h"
+#include "host/window.h"
 #include "vorna/draw.h"
 
 namespace vorna::drawing::recording {
@@ -297,9 +298,9 @@ void Replay::set_window(const Window& window, const std::string& path) {
     if (wanted.x > settings_.largest_side || wanted.y > settings_.largest_side) {
         throw Recording_Error(path + "window: expected sides of at most " + std::to_string(settings_.largest_side) + " pixels");
     }
-    const auto fits = [](std::int32_t origin, std::int32_t length) { return origin <= INT32_MAX - length; };
-    if (!fits(options.window_origin().x, options.window_size().x) || !fits(options.window_origin().y, options.window_size().y)) {
-        throw Recording_Error(path + "window: expected an origin that leaves room for the window below 2147483647");
+    if (const VT_Int_Pair origin = vorna::window_origin(options); !vorna::is_window_in_range(origin, wanted)) {
+        throw Recording_Error(path + "window: expected a window between -2^30 and 2^30, found the origin [" +
+                              std::to_string(origin.x) + ", " + std::to_string(origin.y) + "]");
     }
 }
 

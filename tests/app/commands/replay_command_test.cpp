@@ -150,7 +150,9 @@ TEST_F(Replay_Command, refuses_options_that_the_renderer_does_not_have) {
     expect_refused(with_call(R"({"call": "establish", "options": {"Color Buffer": 1}})"), 2,
                    "calls[0].options.Color Buffer: expected an object or a function, which only a program can give");
     expect_refused(R"({"picture": 1, "window": {"origin": [2147483600, 0]}, "calls": []})", 2,
-                   "window: expected an origin that leaves room for the window below 2147483647");
+                   "window: expected a window between -2^30 and 2^30, found the origin [2147483600, 0]");
+    expect_refused(with_call(R"({"call": "establish", "window": {"origin": [-3, 1073741824]}})"), 2,
+                   "calls[0].window: expected a window between -2^30 and 2^30, found the origin [-3, 1073741824]");
 }
 
 TEST_F(Replay_Command, tells_wrong_usage_in_one_line) {
