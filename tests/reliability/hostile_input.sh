@@ -400,6 +400,14 @@ nested 1000000 >deep.json
 render 2 "deep.json: parse error" deep.json
 expect 2 "deep.json: (\[0\])*: nested too deeply" "$vorna" replay deep.json
 {
+    printf '{"type":"Feature","properties":{"v":'
+    head -c 200000 /dev/zero | tr '\0' '['
+    head -c 200000 /dev/zero | tr '\0' ']'
+    printf '},"geometry":{"type":"Point","coordinates":[1,2]}}'
+} >deep.geojson
+render 2 "deep.geojson: nested too deeply" deep.geojson
+expect 2 "deep.geojson: nested too deeply" "$vorna" render map.geojson -o out/picture.png --style deep.geojson
+{
     printf '{"type":'
     nested 1000000
     nested 1000000 | tr '[' ']'
