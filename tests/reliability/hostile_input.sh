@@ -397,7 +397,7 @@ for buffer in models/../../outside.bin "$folder/../outside.bin"; do
 done
 
 nested 1000000 >deep.json
-render 2 "deep.json: parse error" deep.json
+render 2 "deep.json: nested too deeply" deep.json
 expect 2 "deep.json: (\[0\])*: nested too deeply" "$vorna" replay deep.json
 {
     printf '{"type":"Feature","properties":{"v":'
@@ -413,12 +413,12 @@ expect 2 "deep.geojson: nested too deeply" "$vorna" render map.geojson -o out/pi
     nested 1000000 | tr '[' ']'
     printf '}'
 } >deep.json
-render 2 "deep.json: type: expected a kind of geometry, found array" deep.json
+render 2 "deep.json: nested too deeply" deep.json
 {
     printf '{"type":"FeatureCollection","features":['
     for ((i = 0; i < 100; ++i)); do printf '{"type":"GeometryCollection","geometries":['; done
 } >deep.json
-render 2 "deep.json: parse error" deep.json
+render 2 "deep.json: nested too deeply" deep.json
 printf '{"asset":%s' "$(nested 100000)" >deep.gltf
 render 2 "deep.gltf: expected a model file: " deep.gltf
 
