@@ -418,7 +418,7 @@ render 2 "deep.json: nested too deeply" deep.json
     printf '{"type":"FeatureCollection","features":['
     for ((i = 0; i < 100; ++i)); do printf '{"type":"GeometryCollection","geometries":['; done
 } >deep.json
-render 2 "deep.json: nested too deeply" deep.json
+render 2 "deep.json: parse error" deep.json
 printf '{"asset":%s' "$(nested 100000)" >deep.gltf
 render 2 "deep.gltf: expected a model file: " deep.gltf
 
