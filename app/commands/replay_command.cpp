@@ -280,8 +280,10 @@ void replay(const Replay_Arguments& arguments, const drawing::Module_Choice& mod
     }
     drawing::Output_Files files;
     if (arguments.history.is_given()) {
-        files.add("-", history_text(arguments.history, recording, drawing::name_of_input(arguments.recording), module, settings,
-                                    limits));
+        files.add("-", [&](drawing::Output_File& file) {
+            write_history(arguments.history, recording, drawing::name_of_input(arguments.recording), module, settings, limits,
+                          [&file](std::string_view piece) { file.write(piece); });
+        });
         if (arguments.writes_nothing()) {
             files.commit();
             return;

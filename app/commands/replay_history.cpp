@@ -11,7 +11,6 @@
 #include "drawing/files/printable.h"
 #include "drawing/files/text_encoding.h"
 #include "drawing/files/usage_error.h"
-#include "drawing/recording/history_report.h"
 #include "drawing/recording/pixel_history.h"
 
 namespace vorna::app {
@@ -145,9 +144,9 @@ void check_history(const History_Arguments& arguments, const std::string& record
     }
 }
 
-std::string history_text(const History_Arguments& arguments, const drawing::recording::Recording& recording,
-                         const std::string& name, const drawing::Module_Choice& module,
-                         const drawing::recording::Replay_Settings& settings, drawing::Load_Limits& limits) {
+void write_history(const History_Arguments& arguments, const drawing::recording::Recording& recording, const std::string& name,
+                   const drawing::Module_Choice& module, const drawing::recording::Replay_Settings& settings,
+                   drawing::Load_Limits& limits, const drawing::recording::Report_Sink& write) {
     const Asked_Pixels asked = pixels_of(arguments, limits);
     const drawing::recording::Replay_Histories histories(
         recording, module, {.replay = settings, .has_outside = arguments.has_outside, .name = name, .limits = &limits});
@@ -160,7 +159,8 @@ std::string history_text(const History_Arguments& arguments, const drawing::reco
                                        " pixels inside the image of " + size_text + ", found '" + arguments.area + "'");
         }
         const auto events = histories.of_area(area);
-        return arguments.is_json ? json_of(recording, area, events) : text_of(recording, area, events);
+        arguments.is_json ? write_json(recording, area, events, write) : write_text(recording, area, events, write);
+        return;
     }
     for (std::size_t i = 0; i < asked.pixels.size(); ++i) {
         if (!histories.has(asked.pixels[i])) {
@@ -169,7 +169,7 @@ std::string history_text(const History_Arguments& arguments, const drawing::reco
         }
     }
     const auto found = histories.of_pixels(asked.pixels);
-    return arguments.is_json ? json_of(recording, found) : text_of(recording, found);
+    arguments.is_json ? write_json(recording, found, write) : write_text(recording, found, write);
 }
 
 } // namespace vorna::app

@@ -6,6 +6,7 @@
 
 #include "app/cli/options.h"
 #include "drawing/files/load_limits.h"
+#include "drawing/recording/history_report.h"
 #include "drawing/recording/recording.h"
 #include "drawing/recording/replay.h"
 #include "drawing/recording/session.h"
@@ -25,9 +26,9 @@ std::vector<Option> history_options(History_Arguments& arguments);
 // Throws Usage_Error for values that are wrong whatever the recording has. recording: its path.
 void check_history(const History_Arguments& arguments, const std::string& recording);
 
-// What the command prints. Throws Usage_Error for pixels that the image does not have.
-std::string history_text(const History_Arguments& arguments, const drawing::recording::Recording& recording,
-                         const std::string& name, const drawing::Module_Choice& module,
-                         const drawing::recording::Replay_Settings& settings, drawing::Load_Limits& limits);
+// Writes what the command prints. Throws Usage_Error for pixels that the image does not have.
+void write_history(const History_Arguments& arguments, const drawing::recording::Recording& recording, const std::string& name,
+                   const drawing::Module_Choice& module, const drawing::recording::Replay_Settings& settings,
+                   drawing::Load_Limits& limits, const drawing::recording::Report_Sink& write);
 
 } // namespace vorna::app

@@ -17,6 +17,10 @@ namespace vorna::drawing {
 namespace fs = std::filesystem;
 
 void Output_Files::add(const std::string& name, std::string_view bytes) {
+    add(name, [bytes](Output_File& file) { file.write(bytes); });
+}
+
+void Output_Files::add(const std::string& name, const std::function<void(Output_File&)>& write) {
     if (is_standard_output(name)) {
         if (has_standard_output_) {
             throw Usage_Error("-: expected standard output for one file, found it for two");
@@ -29,7 +33,7 @@ void Output_Files::add(const std::string& name, std::string_view bytes) {
     if (std::ranges::any_of(files_, [&](const auto& other) { return file->replaces_same_as(*other); })) {
         throw Usage_Error(name + ": expected a name for one file, found it for two");
     }
-    file->write(bytes);
+    write(*file);
     add(std::move(file));
 }
 

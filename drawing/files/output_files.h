@@ -1,6 +1,7 @@
 // Files that are written together, and their names.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,7 +19,8 @@ class Output_Files {
 public:
     // Throw std::runtime_error that names the file, and Usage_Error for one that is written already.
     void add(const std::string& name, std::string_view bytes);
-    void add(std::unique_ptr<Output_File> file); // that has all its bytes
+    void add(const std::string& name, const std::function<void(Output_File&)>& write); // which writes all its bytes
+    void add(std::unique_ptr<Output_File> file);                                       // that has all its bytes
     // Writes standard output and the like first, because that fails more often than moving files does: then no file appears.
     void commit();
 

@@ -72,7 +72,10 @@ void Call_Probe::examine(std::size_t number, std::span<Probed_Pixel> pixels) {
     std::optional<Lifted_Call> call;
     if (!unchanged.empty()) {
         call.emplace(lifted(number));
-        const std::vector<std::uint32_t> in_shape = touched(*call, call->arguments(), call->rendition, pixels, unchanged);
+        // A smoothed line stores an opaque alpha beside itself too, where it covers nothing.
+        const bool is_smoothed = (call->rendition->line.flags & line_flag::smoothed) != 0;
+        const std::vector<std::uint32_t> in_shape =
+            touched(*call, call->arguments(), call->rendition, pixels, unchanged, is_smoothed);
         in_question.insert(in_question.end(), in_shape.begin(), in_shape.end());
     }
     if (in_question.empty()) {
@@ -157,6 +160,9 @@ Call_Probe::Lifted_Call Call_Probe::lifted(std::size_t number) {
     rendition.face.pattern = face_pattern::solid;
     rendition.face.flags &= ~(face_flag::opaque_pattern | face_flag::inverted_pattern);
     rendition.face.mode = rendition.line.mode = rendition.marker.mode = 0;
+    if (has_rule(made, Rule::depth) || own->line.mode == merge_drawing_mode) {
+        rendition.line.flags &= ~line_flag::smoothed; // the line is drawn unsmoothed, which is another shape
+    }
     return made;
 }
 

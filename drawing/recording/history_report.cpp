@@ -172,7 +172,8 @@ std::string event_text(const Pixel_Event& event) {
     std::string text;
     switch (event.outcome) {
     case Outcome::renewed:
-        return "made new buffers: " + value_text(after) + ", was " + value_text(before);
+        return (event.writes_color ? "made new buffers: " : "changed the depth buffer: ") + value_text(after) + ", was " +
+               value_text(before);
     case Outcome::outside:
         return "outside the shape";
     case Outcome::refused: {
@@ -232,6 +233,51 @@ Json call_json(const Recording& recording, std::size_t call) {
     return {{"call", call}, {"kind", recording.calls[call].kind->name}, {"rendition", short_rendition(recording, call)}};
 }
 
+Json event_json(const Recording& recording, const Pixel_Event& event) {
+    Json json = call_json(recording, event.call);
+    json["outcome"] = outcome_names[static_cast<std::size_t>(event.outcome)];
+    if (event.outcome == Outcome::refused) {
+        json["rules"] = Json::array();
+        for (int r = 0; r < rule_count; ++r) {
+            if (event.rules.has(Rule{static_cast<std::uint8_t>(r)})) {
+                json["rules"].push_back(rule_names[r]);
+            }
+        }
+        if (event.rules.has(Rule::depth)) {
+            json["shape_depth"] = event.shape_depth;
+        }
+    }
+    json["writes_color"] = event.writes_color;
+    json["before"] = json_value(event.before);
+    json["after"] = json_value(event.after);
+    json["drawn_over_by"] = event.drawn_over == no_call ? Json() : Json(event.drawn_over);
+    return json;
+}
+
+// An object's text without the brace at its end.
+std::string opened(const Json& object) {
+    std::string text = object.dump();
+    text.pop_back();
+    return text;
+}
+
+// Commas between the items of a list.
+class Json_List {
+public:
+    Json_List(std::string_view opening, const Report_Sink& write) : write_(write) { write(opening); }
+
+    void begin_item() {
+        if (has_items_) {
+            write_(",");
+        }
+        has_items_ = true;
+    }
+
+private:
+    const Report_Sink& write_;
+    bool has_items_ = false;
+};
+
 } // namespace
 
 std::string short_rendition(const Recording& recording, std::size_t number) {
@@ -253,69 +299,54 @@ std::string short_rendition(const Recording& recording, std::size_t number) {
     return words.take();
 }
 
-std::string text_of(const Recording& recording, const std::vector<Pixel_History>& histories) {
-    std::string text;
+void write_text(const Recording& recording, const std::vector<Pixel_History>& histories, const Report_Sink& write) {
+    bool is_first = true;
     for (const Pixel_History& history : histories) {
-        text += (text.empty() ? "pixel " : "\npixel ") + place_text(history.pixel) + " from the top left, device coordinates " +
-                place_text(history.device) + ": " + value_text(history.last) + '\n';
-        for (const Pixel_Event& event : history.events) {
-            text += line_of(recording, event.call, event_text(event));
-        }
-        if (history.events.empty()) {
-            text += "          no call draws there\n";
-        }
+        write((is_first ? "pixel " : "\npixel ") + place_text(history.pixel) + " from the top left, device coordinates " +
+              place_text(history.device) + ": " + value_text(history.last) + '\n');
+        is_first = false;
         bool has_outside = false;
         for (const Pixel_Event& event : history.events) {
+            write(line_of(recording, event.call, event_text(event)));
             has_outside |= event.outcome == Outcome::outside;
         }
+        if (history.events.empty()) {
+            write("          no call draws there\n");
+        }
         if (history.outside > 0 && !has_outside) {
-            text += "          " + std::to_string(history.outside) +
-                    (history.outside == 1 ? " more call comes near, but its shape lies"
-                                          : " more calls come near, but their shapes lie") +
-                    " beside the pixel\n";
+            write("          " + std::to_string(history.outside) +
+                  (history.outside == 1 ? " more call comes near, but its shape lies"
+                                        : " more calls come near, but their shapes lie") +
+                  " beside the pixel\n");
         }
     }
-    return text;
 }
 
-std::string json_of(const Recording& recording, const std::vector<Pixel_History>& histories) {
-    Json pixels = Json::array();
+void write_json(const Recording& recording, const std::vector<Pixel_History>& histories, const Report_Sink& write) {
+    Json_List pixels("{\"pixels\":[", write);
     for (const Pixel_History& history : histories) {
-        Json events = Json::array();
+        const Json head{{"pixel", {history.pixel.x, history.pixel.y}},
+                        {"device", {history.device.x, history.device.y}},
+                        {"first", json_value(history.first)},
+                        {"last", json_value(history.last)},
+                        {"outside", history.outside}};
+        pixels.begin_item();
+        Json_List events(opened(head) + ",\"events\":[", write);
         for (const Pixel_Event& event : history.events) {
-            Json& json = events.emplace_back(call_json(recording, event.call));
-            json["outcome"] = outcome_names[static_cast<std::size_t>(event.outcome)];
-            if (event.outcome == Outcome::refused) {
-                json["rules"] = Json::array();
-                for (int r = 0; r < rule_count; ++r) {
-                    if (event.rules.has(Rule{static_cast<std::uint8_t>(r)})) {
-                        json["rules"].push_back(rule_names[r]);
-                    }
-                }
-                if (event.rules.has(Rule::depth)) {
-                    json["shape_depth"] = event.shape_depth;
-                }
-            }
-            json["writes_color"] = event.writes_color;
-            json["before"] = json_value(event.before);
-            json["after"] = json_value(event.after);
-            json["drawn_over_by"] = event.drawn_over == no_call ? Json() : Json(event.drawn_over);
+            events.begin_item();
+            write(event_json(recording, event).dump());
         }
-        pixels.push_back({{"pixel", {history.pixel.x, history.pixel.y}},
-                          {"device", {history.device.x, history.device.y}},
-                          {"first", json_value(history.first)},
-                          {"last", json_value(history.last)},
-                          {"outside", history.outside},
-                          {"events", std::move(events)}});
+        write("]}");
     }
-    return Json{{"pixels", std::move(pixels)}}.dump() + '\n';
+    write("]}\n");
 }
 
-std::string text_of(const Recording& recording, const Image_Area& area, const std::vector<Area_Event>& events) {
-    std::string text = "area of " + std::to_string(area.size.x) + " x " + std::to_string(area.size.y) + " pixels at " +
-                       place_text(area.corner) +
-                       " from the top left\n    call  kind                                 drawn    "
-                       "blended    refused    outside\n";
+void write_text(const Recording& recording, const Image_Area& area, const std::vector<Area_Event>& events,
+                const Report_Sink& write) {
+    write("area of " + std::to_string(area.size.x) + " x " + std::to_string(area.size.y) + " pixels at " +
+          place_text(area.corner) +
+          " from the top left\n    call  kind                                 drawn    "
+          "blended    refused    outside\n");
     for (const Area_Event& event : events) {
         char counts[80];
         std::snprintf(counts, sizeof counts, "%9lld %10lld %10lld %10lld", static_cast<long long>(event.drawn),
@@ -327,15 +358,16 @@ std::string text_of(const Recording& recording, const Image_Area& area, const st
                 what += "  " + std::string(rule_names[r]) + ' ' + std::to_string(event.refused_by[r]);
             }
         }
-        text += line_of(recording, event.call, what);
+        write(line_of(recording, event.call, what));
     }
-    return text;
 }
 
-std::string json_of(const Recording& recording, const Image_Area& area, const std::vector<Area_Event>& events) {
-    Json calls = Json::array();
+void write_json(const Recording& recording, const Image_Area& area, const std::vector<Area_Event>& events,
+                const Report_Sink& write) {
+    const Json head{{"area", {area.corner.x, area.corner.y, area.size.x, area.size.y}}};
+    Json_List calls(opened(head) + ",\"calls\":[", write);
     for (const Area_Event& event : events) {
-        Json& json = calls.emplace_back(call_json(recording, event.call));
+        Json json = call_json(recording, event.call);
         json["drawn"] = event.drawn;
         json["blended"] = event.blended;
         json["refused"] = event.refused;
@@ -346,8 +378,10 @@ std::string json_of(const Recording& recording, const Image_Area& area, const st
                 json["refused_by"][std::string(rule_names[r])] = event.refused_by[r];
             }
         }
+        calls.begin_item();
+        write(json.dump());
     }
-    return Json{{"area", {area.corner.x, area.corner.y, area.size.x, area.size.y}}, {"calls", std::move(calls)}}.dump() + '\n';
+    write("]}\n");
 }
 
 } // namespace vorna::drawing::recording

@@ -17,6 +17,17 @@
 
 namespace vorna::drawing::recording {
 
+bool may_have_indices_in_colors(const Recording& recording) {
+    const auto keeps_buffers = [](const Configuration& configuration) {
+        const std::int32_t system = configuration.color_system.value_or(1);
+        return system != 0 && system != 1;
+    };
+    return keeps_buffers(recording.configuration) || std::ranges::any_of(recording.calls, [&](const Call& call) {
+               const auto* const establish = std::get_if<Establish>(&call.arguments);
+               return establish && keeps_buffers(establish->configuration);
+           });
+}
+
 namespace {
 
 // The options that say where the window lies after the calls.
@@ -46,7 +57,8 @@ public:
     Watched_Replay(const Recording& recording, const Module_Choice& module, const History_Settings& settings,
                    const Call_Areas& areas, const Watched_Pixels& watched, Note note)
         : recording_(recording), settings_(without_report(settings.replay)), areas_(areas), watched_(watched),
-          note_(std::move(note)), drawn_(recording, module, settings_, watched.box().bottom, watched.box().top),
+          note_(std::move(note)), makes_all_(may_have_indices_in_colors(recording)),
+          drawn_(recording, module, settings_, watched.box().bottom, watched.box().top),
           probe_(recording, module, settings_, watched.box().bottom, watched.box().top) {}
 
     void begin() {
@@ -85,9 +97,11 @@ private:
         drawn_.make(call);
         probe_.set_up(call);
         for (std::uint32_t i = 0; i < pixels.size(); ++i) {
-            pixels[i].after = value(i);
-            if (pixels[i].before != pixels[i].after) {
-                note_(call, i, pixels[i]);
+            Probed_Pixel& pixel = pixels[i];
+            pixel.after = value(i);
+            pixel.writes_color = pixel.before.kind != pixel.after.kind || pixel.before.color != pixel.after.color;
+            if (pixel.before != pixel.after) {
+                note_(call, i, pixel);
             }
         }
     }
@@ -97,11 +111,15 @@ private:
             return;
         }
         const VT_Int_Rectangle window = drawn_.session().window();
-        watched_.find(counted_from(window, areas_.area(call, window)), touched_);
+        VT_Int_Rectangle area = counted_from(window, areas_.area(call, window));
+        if (drawn_.has_indices_in_colors()) {
+            area.left /= static_cast<std::int32_t>(sizeof(VT_RGB32));
+        }
+        watched_.find(area, touched_);
         if (touched_.empty()) {
             // A call that a replay refuses is refused here too.
             const bool is_checked = !settings_.unchecked && (has_trusted_points(kind.name) || !kind.name.starts_with("draw_"));
-            if (is_checked && !areas_.is_inside(call, window)) {
+            if (makes_all_ || (is_checked && !areas_.is_inside(call, window))) {
                 drawn_.make(call);
             }
             return;
@@ -114,9 +132,23 @@ private:
         for (std::size_t i = 0; i < touched_.size(); ++i) {
             pixels_[i].after = value(touched_[i]);
         }
-        probe_.examine(call, pixels_);
+        if (drawn_.has_indices_in_colors()) {
+            explain_by_values();
+        } else {
+            probe_.examine(call, pixels_);
+        }
         for (std::size_t i = 0; i < touched_.size(); ++i) {
             note_(call, touched_[i], pixels_[i]);
+        }
+    }
+
+    // The probe knows single pixels, but indices in a buffer of colours depend on the depths of other columns.
+    void explain_by_values() {
+        for (Probed_Pixel& pixel : pixels_) {
+            pixel.writes_color = pixel.before.color != pixel.after.color;
+            pixel.outcome = pixel.before == pixel.after ? Outcome::outside
+                            : pixel.writes_color        ? Outcome::blended
+                                                        : Outcome::drawn;
         }
     }
 
@@ -125,6 +157,7 @@ private:
     const Call_Areas& areas_;
     const Watched_Pixels& watched_;
     const Note note_;
+    const bool makes_all_; // calls that touch no watched pixel matter too
     Row_Replay drawn_;
     Call_Probe probe_;
     std::vector<std::uint32_t> touched_;
@@ -135,7 +168,7 @@ private:
 void find_drawn_over(std::vector<Pixel_Event>& events) {
     std::size_t later = no_call;
     for (auto event = events.rbegin(); event != events.rend(); ++event) {
-        const bool is_stored = event->outcome == Outcome::renewed || (event->outcome == Outcome::drawn && event->writes_color);
+        const bool is_stored = event->outcome != Outcome::blended && event->writes_color;
         event->drawn_over = event->writes_color ? later : no_call;
         later = is_stored ? event->call : later;
     }

@@ -109,6 +109,10 @@ struct History_Settings {
     Load_Limits* limits = nullptr; // memory of events; null = any
 };
 
+// Whether buffers of colours may hold indices of a byte, as colour systems other than 0 and 1 store them in buffers that they
+// keep. A pixel there depends on other columns of its row.
+bool may_have_indices_in_colors(const Recording& recording);
+
 // Answers about one recording, which must outlive it. Pixels are columns and rows of the image that the replay leaves, from the
 // top left. All functions but `has` throw as `replay` does, and std::invalid_argument for what the image does not
 // have.

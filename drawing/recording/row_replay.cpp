@@ -57,6 +57,10 @@ void Row_Replay::adopt_buffers() {
     }
 }
 
+bool Row_Replay::has_indices_in_colors() noexcept {
+    return color_->format == Buffer_Format::rgb32 && session_.renderer().current_renderer_options().color_system() != 1;
+}
+
 Pixel_Value Row_Replay::value(VT_Int_Pair place) const noexcept {
     Pixel_Value value;
     if (!is_in(*color_, place)) {

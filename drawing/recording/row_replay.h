@@ -24,6 +24,9 @@ public:
     Session& session() noexcept { return session_; }
     Replayer& replayer() noexcept { return replayer_; }
     bool has_depth() const noexcept { return depth_ != nullptr; }
+    // Whether calls store indices of a byte in a buffer of colours, so that column c changes the pixel of column c / 4. Colour
+    // systems other than 0 and 1 keep such a buffer when `establish` finds it.
+    bool has_indices_in_colors() noexcept;
 
     // By column and row from the window's lower left. Nothing is set outside the window, and no depth without a depth buffer.
     Pixel_Value value(VT_Int_Pair place) const noexcept;

@@ -264,6 +264,65 @@ TEST(Pixel_History, tells_blended_colours_from_stored_ones) {
     EXPECT_EQ(pixel["last"], json({{"color", {0, 0, 0, 0}}}));
 }
 
+// Colour system 7 keeps the buffer of colours. Its bytes depend on depths of other columns, from calls before it too.
+TEST(Pixel_History, has_the_values_of_indices_in_buffers_of_colors) {
+    for (const char* depth : {"0", "16"}) {
+        const std::string head = R"({"picture": 1, "window": {"width": 16, "height": 16}, "buffer_depth": )";
+        const std::string text = head + depth + R"(, "calls": [
+            {"call": "draw_window", "rectangle": [0, 15, 0, 15], "color": [1, 2, 3]},
+            {"call": "clear_depth_rectangle", "rectangle": [0, 12, 0, 15]},
+            {"call": "draw_2di_polytriangle", "points": [8, 0, 50, 15, 0, 50, 15, 15, 50]},
+            {"call": "establish", "color_system": 7},
+            {"call": "draw_dci_dot", "point": [5, 3, 20], "color": [200, 100, 50]},
+            {"call": "draw_2di_polytriangle", "points": [0, 0, 60, 15, 0, 60, 0, 15, 60], "rendition": {"face": {"index": 77}}},
+            {"call": "draw_2di_polyline", "points": [15, 0, 9, 9, 15, 9], "rendition": {"line": {"index": 5}}},
+            {"call": "establish", "color_system": 1},
+            {"call": "draw_dci_dot", "point": [2, 9, 5], "color": [9, 8, 7]}]})";
+        vorna::drawing::Load_Limits limits;
+        const Temporary_Folder folder;
+        const Recording recording = load(folder.file("kept.json", text), limits);
+        const Replay_Histories histories(recording, module, {.replay = {.unchecked = true}});
+        std::size_t changed_by_dot = 0;
+        for (const VT_Int_Pair pixel : all_pixels(histories.image_size())) { // alone, so that other columns are not watched
+            const std::vector<Pixel_History> found = histories.of_pixels(std::span(&pixel, 1));
+            expect_whole(recording, found, text);
+            for (const Pixel_Event& event : found[0].events) {
+                changed_by_dot += event.call == 4 && event.before.color != event.after.color;
+            }
+        }
+        EXPECT_EQ(changed_by_dot, 1U);
+    }
+}
+
+TEST(Pixel_History, tells_new_depths_from_new_colors) {
+    const std::string recording = R"({"picture": 1, "window": {"width": 16, "height": 16}, "calls": [
+        {"call": "draw_window", "rectangle": [0, 15, 0, 15], "color": [9, 9, 9]},
+        {"call": "establish", "buffer_depth": 0},
+        {"call": "establish", "window": {"width": 20}}]})";
+    const json pixel = events_of(recording);
+    EXPECT_EQ(pixel["events"][0]["drawn_over_by"], 2);
+    EXPECT_FALSE(pixel["events"][1]["writes_color"].get<bool>());
+    EXPECT_TRUE(pixel["events"][2]["writes_color"].get<bool>());
+    const std::string text = run_vorna({"replay", "-", "--pixel", "5,10"}, recording).output;
+    EXPECT_THAT(text, HasSubstr("changed the depth buffer: #090909, was #090909 at depth 0\n"));
+    EXPECT_THAT(text, HasSubstr("made new buffers: #00000000, was #090909\n"));
+}
+
+TEST(Pixel_History, leaves_pixels_out_that_smoothed_lines_do_not_cover) {
+    for (const char* depth : {"0", "16"}) {
+        const std::string recording =
+            std::string(R"({"picture": 1, "window": {"width": 32, "height": 32}, "buffer_depth": )") + depth + R"(, "calls": [
+            {"call": "draw_window", "rectangle": [0, 31, 0, 31], "color": [207, 121, 49]},
+            {"call": "clear_depth_rectangle", "rectangle": [0, 31, 0, 31]},
+            {"call": "draw_dci_polyline", "points": [[4, 20, 0], [28, 17, 0]],
+             "rendition": {"line": {"color": [66, 7, 88], "flags": 2}}}]})";
+        const json area = json::parse(run_vorna({"replay", "-", "--area", "0,0,32x32", "--json"}, recording).output);
+        const json& line = area["calls"].back();
+        EXPECT_GE(line["drawn"].get<int>() + line["blended"].get<int>(), 25);
+        EXPECT_EQ(line["refused"], 0);
+    }
+}
+
 TEST(Pixel_History, of_areas_counts_pixels) {
     const replay_tests::Outcome outcome = run_vorna({"replay", "-", "--area", "4,9,4x3", "--json"}, rules);
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
@@ -310,34 +369,6 @@ TEST(Pixel_History, options_are_refused_by_place) {
     const replay_tests::Outcome outcome = run_vorna({"replay", "-", "--pixel", "0,0"}, far);
     EXPECT_EQ(outcome.status, 2);
     EXPECT_THAT(outcome.errors, HasSubstr("calls[0].point: expected a point inside the window"));
-}
-
-TEST(Call_Trace, has_an_event_for_each_call) {
-    const Temporary_Folder folder;
-    const std::string file = folder.file("trace.json");
-    const replay_tests::Outcome outcome = run_vorna({"replay", "-", "--until", "9", "--trace", file}, rules);
-    ASSERT_EQ(outcome.status, 0) << outcome.errors;
-    const json trace = json::parse(replay_tests::read_file(file));
-    std::size_t call = 0;
-    double end = 0;
-    for (const json& event : trace["traceEvents"]) {
-        EXPECT_EQ(event["pid"], 1);
-        EXPECT_EQ(event["tid"], 1);
-        if (event["ph"] == "M") {
-            EXPECT_TRUE(event["args"]["name"].is_string());
-            continue;
-        }
-        EXPECT_EQ(event["ph"], "X");
-        EXPECT_EQ(event["args"]["call"], call++);
-        EXPECT_EQ(event["args"]["points"], call > 2 ? 3 : 0);
-        EXPECT_NEAR(event["ts"].get<double>(), end, 0.002);
-        EXPECT_GE(event["dur"].get<double>(), 0);
-        end = event["ts"].get<double>() + event["dur"].get<double>();
-    }
-    EXPECT_EQ(call, 10U);
-    EXPECT_GT(end, 0);
-    EXPECT_EQ(trace["traceEvents"][4]["name"], "draw_2di_polytriangle");
-    EXPECT_EQ(run_vorna({"replay", "-", "--trace", file, "--threads", "2"}, rules).status, 2);
 }
 
 // Every command of the page's section, and what it prints.
