@@ -113,12 +113,13 @@ TEST_F(Gdal_Maps, that_are_damaged_are_refused) {
     EXPECT_THAT(error_of("wrong.gpkg", "SQLite format 3"), HasSubstr("wrong.gpkg: expected a map in the format gpkg: "));
     EXPECT_THAT(error_of("far.csv", "x,y\n1,nan\n"), testing::AnyOf(HasSubstr("expected"), HasSubstr("no error")));
     EXPECT_THAT(error_of("far.csv", "x,y\n1,1e200\n"), HasSubstr("shape 0: expected coordinates up to 1e100"));
-    std::string nested = R"({"type":"Point","coordinates":[1,2]})";
+    std::string nested = "<Point><coordinates>1,2</coordinates></Point>";
     for (int i = 0; i < 40; ++i) {
-        nested = R"({"type":"GeometryCollection","geometries":[)" + nested + "]}";
+        nested = "<MultiGeometry>" + nested + "</MultiGeometry>";
     }
-    EXPECT_THAT(error_of("deep.geojsonl", R"({"type":"Feature","properties":{},"geometry":)" + nested + "}\n"),
-                HasSubstr("deep.geojsonl: "));
+    EXPECT_THAT(
+        error_of("deep.kml", kml.substr(0, kml.find("<Placemark>")) + "<Placemark>" + nested + "</Placemark></Document></kml>"),
+        HasSubstr("nests more than 32 levels deep"));
     for (const std::size_t size : {99U, 120U, 200U}) {
         EXPECT_THAT(error_of("cut.shp", std::string(size, '\1')), HasSubstr("cut.shp: expected"));
     }
