@@ -50,7 +50,7 @@ int finish_output(int status) {
         return status;
     }
     const std::string reason = errno != 0 ? ": " + std::generic_category().message(errno) : "";
-    return complain({vorna::app::exit_status::failed, "standard output: cannot be written" + reason});
+    return complain({vorna::app::failure_status(), "standard output: cannot be written" + reason});
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <tuple>
+#include <type_traits>
 
 #include "host/attributes.h"
 #include "host/rendition.h"
@@ -78,15 +79,25 @@ template <class Point> bool are_usual(const Point* points, std::int32_t count, c
     return fits;
 }
 
+// Inside after rounding too, which moves points by less than two pixels.
+template <class Point> bool is_surely_inside(const Point& p, const VT_Int_Rectangle& inside) noexcept {
+    const double x = p.x, y = p.y;
+    return x >= inside.left + 2 && x <= inside.right - 2 && y >= inside.bottom + 2 && y <= inside.top - 2;
+}
+
+// Whether all of a polyline's runs are cut as the whole is. The renderer draws the last vertex before all others where the last
+// segment is cut. Device polylines of floats keep to the hard clip only where one of their points lies outside of the window.
+template <class Point>
+bool are_cut_alike(const Point* points, std::int32_t count, const VT_Int_Rectangle& window,
+                   const VT_Int_Rectangle& inside) noexcept {
+    return is_surely_inside(points[count - 2], inside) && (!std::is_same_v<decltype(Point::y), float> || inside == window);
+}
+
 // Whether a run may end at the vertex: the segments on both sides of it lie inside, and the second one has pixels of its own, of
-// which the first is at the vertex. Rounding moves points by less than two pixels.
+// which the first is at the vertex.
 template <class Point> bool may_end_run(const Point* vertex, const VT_Int_Rectangle& inside) noexcept {
-    const auto is_inside = [&](const Point& p) {
-        const double x = p.x, y = p.y;
-        return x >= inside.left + 2 && x <= inside.right - 2 && y >= inside.bottom + 2 && y <= inside.top - 2;
-    };
     const auto are_apart = [](auto a, auto b) { return a - b >= 2 || b - a >= 2; };
-    return is_inside(vertex[-1]) && is_inside(vertex[0]) && is_inside(vertex[1]) &&
+    return is_surely_inside(vertex[-1], inside) && is_surely_inside(vertex[0], inside) && is_surely_inside(vertex[1], inside) &&
            (are_apart(vertex[0].x, vertex[1].x) || are_apart(vertex[0].y, vertex[1].y));
 }
 
@@ -99,14 +110,18 @@ void for_each_run(const VT_Rendition& rendition, const std::tuple<Kept...>& call
         constexpr std::int32_t shared_points = is_line ? 1 : 2; // of neighbouring runs
         const std::int32_t count = std::get<0>(call);
         const auto* const points = std::get<1>(call);
-        const auto may_be_cut = [&](const Line_Surface& surface) {
-            return is_line ? may_repeat_vertices(rendition, surface) && are_usual(points, count, surface.window)
-                           : drawn_by_renderer(rendition.face);
+        const auto may_be_cut = [&](const Line_Surface& surface, const VT_Int_Rectangle& inside) {
+            if constexpr (is_line) {
+                return may_repeat_vertices(rendition, surface) && are_usual(points, count, surface.window) &&
+                       are_cut_alike(points, count, surface.window, inside);
+            } else {
+                return drawn_by_renderer(rendition.face);
+            }
         };
         constexpr std::int32_t most_whole = 2 * steps_of_run + shared_points;
-        if (const Line_Surface surface = count > most_whole ? surface_of() : Line_Surface{};
-            count > most_whole && may_be_cut(surface)) {
-            const VT_Int_Rectangle inside = common_part(surface.window, rendition.clip.hard_clip);
+        const Line_Surface surface = count > most_whole ? surface_of() : Line_Surface{};
+        const VT_Int_Rectangle inside = common_part(surface.window, rendition.clip.hard_clip);
+        if (count > most_whole && may_be_cut(surface, inside)) {
             const std::int32_t steps = count - shared_points;
             for (std::int32_t first = 0, end = 0; first < steps; first = end) {
                 end = std::min(first + steps_of_run, steps);

@@ -190,7 +190,12 @@ void Canvas_Threads::keep_run(const VT_Rendition& rendition, const Run& run) {
         keep_lists(with(copier), kept);
     } else {
         // Drawn as they are, before the caller takes them back.
-        keep_lists(run, begun_rendition(rendition));
+        try {
+            keep_lists(run, begun_rendition(rendition));
+        } catch (...) {
+            flush(); // the bands that have the call
+            throw;
+        }
         kept_points_ += least_points_of_threads;
         flush();
     }

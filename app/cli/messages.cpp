@@ -15,6 +15,7 @@ namespace vorna::app {
 namespace {
 
 std::atomic<bool> has_failed_allocation = false;
+std::atomic<int> status_of_failures = exit_status::failed;
 
 void note_failed_allocation() {
     has_failed_allocation = true;
@@ -37,7 +38,7 @@ void note_failed_allocation() {
         std::abort();
     }
     std::fputs("vorna: out of memory\n", stderr);
-    std::_Exit(exit_status::failed);
+    std::_Exit(status_of_failures);
 }
 
 } // namespace
@@ -78,18 +79,26 @@ const drawing::Setting_Names& setting_options() noexcept {
 
 Ending ending_of(const std::exception& error) {
     if (dynamic_cast<const std::bad_alloc*>(&error)) {
-        return {exit_status::failed, "out of memory"};
+        return {status_of_failures, "out of memory"};
     }
     if (!dynamic_cast<const drawing::Usage_Error*>(&error)) {
-        return {exit_status::failed, error.what()};
+        return {status_of_failures, error.what()};
     }
-    return has_failed_allocation ? Ending{exit_status::failed, std::string("out of memory: ") + error.what()}
+    return has_failed_allocation ? Ending{status_of_failures, std::string("out of memory: ") + error.what()}
                                  : Ending{exit_status::wrong_usage, error.what()};
 }
 
 void report_lack_of_memory() {
     std::set_new_handler(note_failed_allocation);
     std::set_terminate(end_for_lack_of_memory);
+}
+
+void fail_with(int status) noexcept {
+    status_of_failures = status;
+}
+
+int failure_status() noexcept {
+    return status_of_failures;
 }
 
 bool has_lacked_memory() noexcept {

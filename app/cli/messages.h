@@ -36,6 +36,10 @@ struct Ending {
 // A Usage_Error after a failed allocation is a lack of memory: streams and libraries take the failure for wrong input.
 Ending ending_of(const std::exception& error);
 
+// The status of failures, 1 at first. A command whose status 1 says something else, as that images differ, fails with another.
+void fail_with(int status) noexcept;
+int failure_status() noexcept;
+
 // Notes failed allocations for ending_of. Where a library allocates in a function that must not throw, a failed allocation ends
 // the process with a message and the status of a failure; other exceptions abort as before.
 void report_lack_of_memory();

@@ -311,15 +311,9 @@ Command compare_command() {
                            "bits than 8 are scaled. Files in folders count as images when their names",
                            "end as those of PNG, JPEG, WebP, TGA, BMP or DDS files; others are ignored."}}},
             .statuses = "0 the same, 1 different, 2 one of them cannot be read, or wrong usage.",
-            // Status 1 means that they differ, so any other failure is wrong input.
             .run = [arguments](const Given& given) {
-                try {
-                    return run(*arguments, given);
-                } catch (const std::bad_alloc&) {
-                    throw Usage_Error("out of memory"); // status 1 means different images
-                } catch (const std::runtime_error& error) {
-                    throw Usage_Error(error.what());
-                }
+                fail_with(exit_status::wrong_usage); // status 1 means that they differ
+                return run(*arguments, given);
             }};
 }
 

@@ -84,7 +84,7 @@ public:
 
     // Throws Usage_Error unless the command succeeds with the whole recording.
     void try_whole(const std::string& file) {
-        const drawing::Shell_Ending ending = run(file, errors_);
+        const drawing::Shell_Ending ending = run(file, errors_, arguments_.timeout);
         if (!is_success(ending)) {
             std::string line;
             std::getline(std::ifstream(errors_), line);
@@ -94,11 +94,14 @@ public:
     }
     // Whether the command succeeds. Throws Reduction_Ended when the time is over.
     bool keeps(const std::string& file) {
-        if (arguments_.time_limit > 0 && seconds() >= arguments_.time_limit) {
+        const double left = arguments_.time_limit > 0 ? arguments_.time_limit - seconds() : arguments_.timeout;
+        const drawing::Shell_Ending ending =
+            left > 0 ? run(file, {}, std::min(left, arguments_.timeout)) : drawing::Shell_Ending{Kind::out_of_time, 0};
+        if (ending.kind == Kind::out_of_time && left < arguments_.timeout) {
             is_ended_ = true;
             throw drawing::recording::Reduction_Ended();
         }
-        const bool is_kept = is_success(run(file, {}));
+        const bool is_kept = is_success(ending);
         progress_.show(std::to_string(runs_) + " runs, " + state_);
         return is_kept;
     }
@@ -109,11 +112,14 @@ public:
     bool is_ended() const noexcept { return is_ended_; }
 
 private:
+    using Kind = drawing::Shell_Ending::Kind;
+
     static bool is_success(const drawing::Shell_Ending& ending) {
         return ending.kind == drawing::Shell_Ending::Kind::exited && ending.number == 0;
     }
 
-    drawing::Shell_Ending run(const std::string& file, const std::string& errors) {
+    // timeout: in seconds.
+    drawing::Shell_Ending run(const std::string& file, const std::string& errors, double timeout) {
         std::FILE* candidate = std::fopen(candidate_.c_str(), "wb");
         bool is_written = candidate && std::fwrite(file.data(), 1, file.size(), candidate) == file.size();
         is_written = candidate && std::fclose(candidate) == 0 && is_written;
@@ -121,7 +127,7 @@ private:
             throw std::runtime_error(candidate_ + ": cannot be written");
         }
         ++runs_;
-        const auto limit = std::chrono::milliseconds(static_cast<std::int64_t>(arguments_.timeout * 1000));
+        const auto limit = std::chrono::milliseconds(static_cast<std::int64_t>(timeout * 1000));
         return drawing::run_shell(arguments_.keeps, candidate_, limit, errors);
     }
 
@@ -209,7 +215,7 @@ Command reduce_command() {
             .sections = {{"The command",
                           {"/bin/sh runs COMMAND in the current folder, with the path of a recording as",
                            "$1. It may be run some hundred times. It gets no input, and what it prints",
-                           "is dropped. All that it has started is killed when it ends."}}},
+                           "is dropped. Its process group is killed when it ends."}}},
             .run = [arguments](const Given&) {
                 try {
                     reduce(*arguments);

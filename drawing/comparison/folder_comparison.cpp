@@ -26,32 +26,47 @@ std::string file_in(const std::string& folder, const std::string& name) {
     return folder.ends_with('/') ? folder + name : folder + '/' + name;
 }
 
-// The images in a folder and below it, by their paths from there, sorted.
-std::vector<std::string> images_in(const std::string& folder, std::size_t& other_files, Load_Limits& limits) {
-    const auto refuse = [&](const std::error_code& error) { throw Usage_Error(folder + ": cannot be read: " + error.message()); };
-    std::vector<std::string> names;
-    std::error_code error;
+struct Folder_Content {
+    std::vector<std::string> images;     // by their paths from the folder, sorted
+    std::vector<Pair_Result> unreadable; // folders below it
+    std::size_t other_files = 0;
+};
+
+// The images in a folder and below it.
+Folder_Content content_of(const std::string& folder, Load_Limits& limits) {
+    constexpr std::size_t result_bytes = 512;
+    Folder_Content content;
     const fs::path root = path_of(folder);
-    fs::recursive_directory_iterator entries(root, error);
-    for (; !error && entries != fs::recursive_directory_iterator(); entries.increment(error)) {
-        std::error_code unknown; // a link to nothing is not an image
-        if (!entries->is_regular_file(unknown)) {
-            continue;
+    std::vector<fs::path> left{root};
+    while (!left.empty()) {
+        const fs::path here = std::move(left.back());
+        left.pop_back();
+        std::error_code error;
+        for (fs::directory_iterator entries(here, error); !error && entries != fs::directory_iterator();
+             entries.increment(error)) {
+            std::error_code unknown; // a link to nothing is not an image
+            const std::string name = text_of(entries->path().lexically_relative(root));
+            if (entries->is_directory(unknown) && !entries->is_symlink(unknown)) {
+                limits.take_memory(folder, name.size() + result_bytes);
+                left.push_back(entries->path());
+            } else if (entries->is_regular_file(unknown) && !is_image_name(name)) {
+                ++content.other_files;
+            } else if (entries->is_regular_file(unknown)) {
+                limits.take_memory(folder, name.size() + result_bytes);
+                content.images.push_back(name);
+            }
         }
-        const std::string name = text_of(entries->path().lexically_relative(root));
-        if (!is_image_name(name)) {
-            ++other_files;
-            continue;
+        if (error && here == root) {
+            throw Usage_Error(folder + ": cannot be read: " + error.message());
         }
-        constexpr std::size_t result_bytes = 512;
-        limits.take_memory(folder, name.size() + result_bytes);
-        names.push_back(name);
+        if (error) {
+            Pair_Result& result = content.unreadable.emplace_back();
+            result.name = text_of(here.lexically_relative(root)) + '/';
+            result.text = file_in(folder, result.name) + ": cannot be read: " + error.message();
+        }
     }
-    if (error) {
-        refuse(error);
-    }
-    std::ranges::sort(names);
-    return names;
+    std::ranges::sort(content.images);
+    return content;
 }
 
 Pair_Result lonely(const std::string& name, const std::string& file, Verdict verdict, const Report& report) {
@@ -88,11 +103,14 @@ Report compare_folders(const std::string& first, const std::string& second, cons
     constexpr std::uint64_t usual_memory = std::uint64_t{1} << 30, thread_memory = std::uint64_t{1} << 28;
     Report report{first, second, settings.accepted, {}, 0};
     Load_Limits names_limits(settings.memory);
-    const std::vector<std::string> in_first = images_in(first, report.other_files, names_limits);
-    const std::vector<std::string> in_second = images_in(second, report.other_files, names_limits);
+    Folder_Content content_of_first = content_of(first, names_limits), content_of_second = content_of(second, names_limits);
+    report.other_files = content_of_first.other_files + content_of_second.other_files;
+    const std::vector<std::string>&in_first = content_of_first.images, &in_second = content_of_second.images;
     std::vector<std::string> names;
     std::ranges::set_union(in_first, in_second, std::back_inserter(names));
-    if (names.empty()) {
+    std::vector<Pair_Result> unreadable = std::move(content_of_first.unreadable);
+    std::ranges::move(content_of_second.unreadable, std::back_inserter(unreadable));
+    if (names.empty() && unreadable.empty()) {
         throw Usage_Error(first + ": expected images in it or in " + second + ", found none");
     }
     const auto is_in = [](const std::vector<std::string>& folder, const std::string& name) {
@@ -125,6 +143,8 @@ Report compare_folders(const std::string& first, const std::string& second, cons
             compare_one(i, settings.memory);
         }
     }
+    std::ranges::move(unreadable, std::back_inserter(report.pairs));
+    std::ranges::stable_sort(report.pairs, {}, &Pair_Result::name);
     return report;
 }
 

@@ -42,6 +42,9 @@ Image_Pair decoded(const Pair_Paths& paths, const std::string& first, const std:
                               std::to_string(mask.width) + " x " + std::to_string(mask.height));
         }
         pair.mask.emplace(mask);
+        if (!pair.mask->counts_any()) {
+            throw Usage_Error(name_of_input(paths.mask) + ": expected pixels to compare, found none");
+        }
     }
     return pair;
 }

@@ -48,7 +48,8 @@ std::string shell_quoted(std::string_view text) {
 }
 
 bool is_plain(const std::string& text) {
-    return printable(text) == text;
+    // markup_escaped replaces these two.
+    return printable(text) == text && text.find("\xEF\xBF\xBE") == text.npos && text.find("\xEF\xBF\xBF") == text.npos;
 }
 
 } // namespace vorna::drawing::comparison

@@ -1,6 +1,8 @@
 // Which pixels of an image are compared.
 #include "drawing/image/pixel_mask.h"
 
+#include <algorithm>
+
 #include "drawing/image/pixel_values.h"
 
 namespace vorna::drawing {
@@ -13,6 +15,10 @@ Pixel_Mask::Pixel_Mask(const Png_Image& image)
         const auto [red, green, blue, alpha] = colors.at(i);
         counts_[i] = (red | green | blue) != 0 && alpha != 0;
     }
+}
+
+bool Pixel_Mask::counts_any() const noexcept {
+    return std::ranges::find(counts_, true) != counts_.end();
 }
 
 } // namespace vorna::drawing

@@ -17,6 +17,7 @@ public:
 
     std::int32_t width() const noexcept { return width_; }
     std::int32_t height() const noexcept { return height_; }
+    bool counts_any() const noexcept;
     // i: counts from the left of the top row.
     bool counts(std::size_t i) const noexcept { return counts_[i]; }
 

@@ -20,6 +20,9 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 Json parsed(const std::string& file, const std::string& content) {
+    if (json_nesting(content) > deepest_json) {
+        throw Map_Error(file + ": nested too deeply");
+    }
     try {
         return Json::parse(content);
     } catch (const Json::exception& error) {

@@ -234,6 +234,9 @@ private:
 };
 
 Json parsed(const std::string& file, const std::string& text) {
+    if (json_nesting(text) > deepest_json) {
+        throw Map_Error(file + ": nested too deeply");
+    }
     try {
         return Json::parse(text);
     } catch (const Json::parse_error& error) {

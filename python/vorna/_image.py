@@ -65,7 +65,9 @@ class Image:
 
     @property
     def __array_interface__(self):
-        return self._samples().__array_interface__
+        samples = np.ascontiguousarray(self._samples())
+        # numpy keeps what lies in "data", and with it the memory when `pixels` become another array.
+        return {**samples.__array_interface__, "data": samples}
 
     def __buffer__(self, flags, /):
         return memoryview(self._samples())

@@ -36,7 +36,7 @@ class Map:
 
 def map(source, *, size=(1280, 0), background="white", colors=32, supersample=0, smooth_lines=False, threads=None,
         max_memory=1 << 30, **settings):
-    """An Image of a map (GeoJSON, TopoJSON) or a drawing (DXF).
+    """An Image of a map (GeoJSON, TopoJSON, and what GDAL reads) or a drawing (DXF).
 
     source: a path, or a dict of GeoJSON or TopoJSON. size: (width, height) in pixels; a height of 0 is chosen.
 

@@ -257,6 +257,7 @@ vorna::app::Ending run_command(std::vector<std::string> arguments, const std::fu
         shorten(arguments);
     }
     const Silence silence;
+    vorna::app::fail_with(vorna::app::exit_status::failed);
     vorna::app::Ending outcome{vorna::app::exit_status::done, {}};
     const vorna::app::Program program = vorna::app::make_program();
     try {

@@ -238,7 +238,12 @@ def test_other_libraries_take_images_without_a_copy():
     image = vorna.render(FACE, size=(12, 8))
     for taken in (np.from_dlpack(image), np.asarray(image), np.array(image, copy=False)):
         assert np.shares_memory(taken, image.pixels) and taken.shape == (8, 12, 4)
-    assert image.__array_interface__["data"][0] == image.pixels.ctypes.data
+    kept = np.array(image, copy=False)
+    pixels = image.pixels.copy()
+    image.pixels = np.zeros_like(pixels)
+    assert np.array_equal(kept, pixels)
+    image.pixels = pixels
+    assert image.__array_interface__["data"] is image.pixels
     assert image.__buffer__(0).obj is image.pixels
     if sys.version_info >= (3, 12):
         assert memoryview(image).shape == (8, 12, 4)

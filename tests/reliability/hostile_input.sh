@@ -397,15 +397,23 @@ for buffer in models/../../outside.bin "$folder/../outside.bin"; do
 done
 
 nested 1000000 >deep.json
-render 2 "deep.json: parse error" deep.json
+render 2 "deep.json: nested too deeply" deep.json
 expect 2 "deep.json: (\[0\])*: nested too deeply" "$vorna" replay deep.json
+{
+    printf '{"type":"Feature","properties":{"v":'
+    head -c 200000 /dev/zero | tr '\0' '['
+    head -c 200000 /dev/zero | tr '\0' ']'
+    printf '},"geometry":{"type":"Point","coordinates":[1,2]}}'
+} >deep.geojson
+render 2 "deep.geojson: nested too deeply" deep.geojson
+expect 2 "deep.geojson: nested too deeply" "$vorna" render map.geojson -o out/picture.png --style deep.geojson
 {
     printf '{"type":'
     nested 1000000
     nested 1000000 | tr '[' ']'
     printf '}'
 } >deep.json
-render 2 "deep.json: type: expected a kind of geometry, found array" deep.json
+render 2 "deep.json: nested too deeply" deep.json
 {
     printf '{"type":"FeatureCollection","features":['
     for ((i = 0; i < 100; ++i)); do printf '{"type":"GeometryCollection","geometries":['; done

@@ -136,6 +136,40 @@ TEST(Canvas_Threads, draw_the_bytes_of_one) {
     }
 }
 
+// What the renderer decides for a polyline as a whole holds for its runs.
+TEST(Canvas_Threads, draw_polylines_that_are_cut_as_one_does) {
+    const vorna::Module module(KRB_MODULE);
+    const auto pixels = [&module](unsigned threads, const auto& draw) {
+        vorna::Canvas canvas(module, {.size = {100, 100}, .threads = threads});
+        canvas.begin_picture(vorna::rgb(0, 0, 0));
+        draw(canvas);
+        canvas.end_picture();
+        return canvas.read_pixels();
+    };
+    // The last segment comes from outside and ends where the first ones cross.
+    const auto ends_on_itself = [](vorna::Canvas& canvas) {
+        std::vector<VT_DCI_Point> points;
+        for (int i = 0; i < 80; ++i) {
+            points.push_back({i % 2 ? 80 : 20, i < 32 ? 50 : 30, 0});
+        }
+        points.insert(points.end(), {{50, 120, 0}, {50, 50, 0}});
+        std::vector<VT_RGB32> colors(80, vorna::rgb(200, 0, 0));
+        colors.resize(82, vorna::rgb(90, 0, 0));
+        VD_Draw_2DI_Colorized_Polyline(canvas, points, colors);
+    };
+    // One point lies outside of the window.
+    const auto is_clipped = [](vorna::Canvas& canvas) {
+        std::vector<VT_Point> points{{50, 105, 0}};
+        for (int i = 1; i < 80; ++i) {
+            points.push_back({i < 40 ? (i % 2 ? 45.0F : 55.0F) : (i % 2 ? 90.0F : 10.0F), 50, 0});
+        }
+        canvas.rendition().clip.hard_clip = {40, 60, 0, 99};
+        VD_Draw_DC_Gouraud_Polyline(canvas, points, std::vector<VT_RGB32>(80, vorna::rgb(200, 0, 0)));
+    };
+    EXPECT_EQ(pixels(2, ends_on_itself), pixels(1, ends_on_itself));
+    EXPECT_EQ(pixels(2, is_clipped), pixels(1, is_clipped));
+}
+
 TEST(Canvas_Threads, of_several_canvases_draw_at_once) {
     const vorna::Module module(KRB_MODULE);
     constexpr std::size_t canvases = 3;

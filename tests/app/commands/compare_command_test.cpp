@@ -47,6 +47,12 @@ TEST_F(Compare_Folders, masks_apply_by_name_or_to_all) {
     EXPECT_EQ(compared({"--mask", folder.file("all.png")}, "a/one.png", "b/one.png").output,
               "same: 4 x 3 pixels, grey of 8 bits, 11 compared pixels\n");
     EXPECT_EQ(compared({"--mask", folder.file("empty")}).status, 1) << "without a mask all pixels are compared";
+    folder.file("black.png", vorna::drawing::png_file(
+                                 {.width = 4, .height = 3, .colors = vorna::drawing::Image_Form::Colors::grey},
+                                 [](std::uint32_t, std::uint8_t* samples) { std::fill(samples, samples + 4, std::uint8_t{0}); }));
+    const Outcome of_nothing = compared({"--mask", folder.file("black.png")}, "a/one.png", "b/one.png");
+    EXPECT_EQ(of_nothing.status, 2);
+    EXPECT_THAT(of_nothing.errors, HasSubstr("black.png: expected pixels to compare, found none"));
     folder.file("masks/one.png", read_file(std::string(VORNA_GOLDENS) + "/glass.color.png"));
     const Outcome other_size = compared({"--mask", folder.file("masks")});
     EXPECT_EQ(other_size.status, 2);
