@@ -89,7 +89,8 @@ void convert_to_degrees(const std::string& file, Map& map, Load_Limits& limits) 
         const std::string hint = "; " + name_of(Setting::projection) + " plane draws coordinates as they are";
         const std::string start = file + (layer.name.empty() ? "" : ": layer " + layer.name) + ": expected a coordinate system ";
         if (!layer.refusal.empty()) {
-            throw Map_Error(start + "with a code or a PROJ string, found '" + layer.refusal + "'" + hint);
+            throw Map_Error(start + "with a code or a PROJ string and known axes, found '" + layer.refusal +
+                            "'; ogr2ogr -t_srs EPSG:4326 makes degrees of it" + hint);
         }
         conversions.push_back(layer.system.empty() ? nullptr : make_degree_conversion(layer.system));
         if (!layer.system.empty() && !conversions.back()) {
@@ -116,7 +117,10 @@ void convert_to_degrees(const std::string& file, Map& map, Load_Limits& limits) 
         });
     }
     std::ranges::for_each(map.layers, [](Layer_Facts& layer) { layer.system.clear(); });
-    map.extent = {};
+    // The extent is one of the former coordinates.
+    if (std::ranges::any_of(conversions, [](const auto& conversion) { return conversion != nullptr; })) {
+        map.extent = {};
+    }
 }
 
 } // namespace vorna::drawing::map

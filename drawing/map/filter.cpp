@@ -5,7 +5,9 @@
 #include <array>
 #include <cctype>
 #include <charconv>
+#include <cmath>
 #include <cstddef>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -17,6 +19,7 @@ struct Filter::Node {
     enum class Kind { all_of, any_of, negation, is_null, equal, less, less_or_equal, greater, greater_or_equal } kind;
     std::size_t field = 0; // of comparisons
     Value value;
+    std::string spelling = {}; // of the value in the condition
     std::vector<Node> parts = {};
 
     bool accepts(std::span<const Value> values) const;
@@ -27,11 +30,25 @@ namespace {
 using Node = Filter::Node;
 using Kind = Node::Kind;
 
-bool compare(Kind kind, const Value& found, const Value& wanted) {
+// None for a text that is not a finite number from its start to its end.
+std::optional<double> number_in_text(std::string_view text) {
+    double number = 0;
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool is_number = error == std::errc{} && stop == text.data() + text.size() && std::isfinite(number);
+    return is_number ? std::optional(number) : std::nullopt;
+}
+
+// Of a field's value, a text too.
+std::optional<double> number_in(const Value& value) {
+    const auto* number = std::get_if<double>(&value);
+    return number ? std::optional(*number) : number_in_text(text_of(value));
+}
+
+bool compare(const Node& node, const Value& found) {
     if (found.index() == 0) {
         return false;
     }
-    const auto by = [kind](const auto& a, const auto& b) {
+    const auto by = [kind = node.kind](const auto& a, const auto& b) {
         switch (kind) {
         case Kind::equal:
             return a == b;
@@ -45,8 +62,9 @@ bool compare(Kind kind, const Value& found, const Value& wanted) {
             return a >= b;
         }
     };
-    const auto *a = std::get_if<double>(&found), *b = std::get_if<double>(&wanted);
-    return a && b ? by(*a, *b) : by(text_of(found), text_of(wanted));
+    const auto* wanted = std::get_if<double>(&node.value);
+    const std::optional<double> number = wanted ? number_in(found) : std::nullopt;
+    return number ? by(*number, *wanted) : by(text_of(found), node.spelling);
 }
 
 class Condition_Parser {
@@ -184,7 +202,7 @@ private:
             }
             Node node{.kind = Kind::any_of, .value = {}};
             do {
-                node.parts.push_back({.kind = Kind::equal, .field = field, .value = value()});
+                node.parts.push_back(compared(Kind::equal, field));
             } while (take(","));
             if (!take(")")) {
                 fail("',' or ')'");
@@ -198,28 +216,27 @@ private:
                                            {">", Kind::greater},
                                            {">=", Kind::greater_or_equal}}) {
             if (take(symbol)) {
-                return {.kind = kind, .field = field, .value = value()};
+                return compared(kind, field);
             }
         }
         if (take("!=") || take("<>")) {
             Node both{.kind = Kind::all_of, .value = {}};
             both.parts.push_back(negated({.kind = Kind::is_null, .field = field, .value = {}}));
-            both.parts.push_back(negated({.kind = Kind::equal, .field = field, .value = value()}));
+            both.parts.push_back(negated(compared(Kind::equal, field)));
             return both;
         }
         fail("a comparison: = != < <= > >= in is");
     }
 
-    Value value() {
+    // A comparison of a field with the value at the token.
+    Node compared(Kind kind, std::size_t field) {
         if (quote_ == 0 && (token_.empty() || std::string_view("=!<>(),").find(token_[0]) != std::string_view::npos)) {
             fail("a value");
         }
-        double number = 0;
-        const char* const end = token_.data() + token_.size();
-        const auto [stop, error] = std::from_chars(token_.data(), end, number);
-        Value found = quote_ == 0 && error == std::errc{} && stop == end ? Value(number) : Value(token_);
+        const std::optional<double> number = quote_ == 0 ? number_in_text(token_) : std::nullopt;
+        Node node{.kind = kind, .field = field, .value = number ? Value(*number) : Value(token_), .spelling = token_};
         next();
-        return found;
+        return node;
     }
 
     const std::string& what_;
@@ -244,7 +261,7 @@ bool Filter::Node::accepts(std::span<const Value> values) const {
     case Kind::is_null:
         return values[field].index() == 0;
     default:
-        return compare(kind, values[field], value);
+        return compare(*this, values[field]);
     }
 }
 

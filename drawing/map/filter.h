@@ -13,8 +13,9 @@ namespace vorna::drawing::map {
 // A condition such as: pop > 1e6 and (kind = 'city' or kind in (town, village)) and not name is null
 //
 // Comparisons are = == != <> < <= > >=, is null, is not null and in (…). Names of fields and values may be quoted: 'single' for
-// values, "double" for fields. Numbers are compared as numbers, everything else as text; a comparison with a value that is
-// missing is false. `and` binds closer than `or`.
+// values, "double" for fields. An unquoted number is compared as a number, also with texts
+// that are numbers; everything else is compared as text, as it is spelled. A comparison with a missing value is false. `and`
+// binds closer than `or`.
 class Filter {
 public:
     // what: names the condition in messages. Throws Map_Error with the column of the error.

@@ -11,6 +11,7 @@
 #include "drawing/map/gdal_library.h"
 #include "drawing/map/map_reader.h"
 #include "drawing/map/packed_shapes.h"
+#include "drawing/map/stated_system.h"
 
 namespace vorna::drawing::map {
 namespace {
@@ -88,7 +89,11 @@ void append_rings(Gdal_Geometry polygon, Face& face) {
 
 void append(Gdal_Geometry geometry, Shape& shape, int depth = 0) {
     constexpr int deepest = 32;
-    if (depth > deepest || gdal().OGR_G_IsEmpty(geometry)) {
+    if (gdal().OGR_G_IsEmpty(geometry)) {
+        return;
+    }
+    if (depth > deepest) {
+        failure = "a collection of geometries nests more than 32 levels deep";
         return;
     }
     // Types with heights and measures are a flag or some thousands away.
@@ -136,6 +141,8 @@ Layer_Facts facts_of(Gdal_Layer layer) {
     }
     Gdal_System system = gdal().OGR_L_GetSpatialRef(layer);
     if (!system) {
+        // Failures of the part of the library that makes coordinate systems name it.
+        facts.refusal = failure.find("PROJ") != failure.npos ? failure : "";
         return facts;
     }
     const char* authority = gdal().OSRGetAuthorityName(system, nullptr);
@@ -252,13 +259,22 @@ const Gdal_Format* find_gdal_format(std::string_view suffix) {
 
 std::string pack_gdal_layers(const std::string& file, const Gdal_Format& format, std::span<const Named_Content> files,
                              const std::string& layers, std::span<const std::string> fields) {
+    const std::optional<Stated_System> stated = stated_system(format.suffix, files.front().bytes);
+    if (stated && stated->north_first) {
+        gdal().CPLSetConfigOption("GML_SWAP_COORDINATES", *stated->north_first ? "YES" : "NO");
+    }
     Gdal_Dataset dataset = open(file, format, files);
     const std::vector<Gdal_Layer> chosen = chosen_layers(file, dataset, layers);
     Shape_Packer packer;
     packer.add(static_cast<std::uint32_t>(chosen.size()));
     std::vector<Layer_Facts> facts;
     for (Gdal_Layer layer : chosen) {
-        packer.add(facts.emplace_back(facts_of(layer)));
+        Layer_Facts& found = facts.emplace_back(facts_of(layer));
+        if (stated) {
+            found.system = stated->system;
+            found.refusal = stated->refusal;
+        }
+        packer.add(found);
     }
     failure.clear(); // a coordinate system that the library does not find is no failure
     for (std::size_t i = 0; i < chosen.size(); ++i) {

@@ -165,16 +165,16 @@ void Map_Scene::choose_projection() {
     const bool says_its_middle =
         name == "plane" || name == "albers-usa" || name.find(':') != std::string::npos || name.starts_with('+');
     if (!center && !says_its_middle) {
-        if (extent_ && (extent_->west < -180 || extent_->east > 180)) {
-            center = Position{(extent_->west + extent_->east) / 2, 0};
+        const bool azimuthal = is_azimuthal(name);
+        const double middle_x = extent_ ? (extent_->west + extent_->east) / 2 : 0;
+        if (azimuthal && settings_.bbox) {
+            center = Position{middle_x, std::clamp((extent_->south + extent_->north) / 2, -90.0, 90.0)};
+        } else if (extent_ && (extent_->west < -180 || extent_->east > 180)) {
+            center = Position{middle_x, 0};
         } else if (!extent_ && clip_shape_) {
             center = middle_of(first.map().shapes[*clip_shape_]);
-        } else {
-            const bool azimuthal = is_azimuthal(name);
-            center = !extent_ ? automatic_center(sheets_, azimuthal)
-                     : azimuthal
-                         ? std::optional(Position{(extent_->west + extent_->east) / 2, (extent_->south + extent_->north) / 2})
-                         : std::nullopt;
+        } else if (!extent_ || azimuthal) {
+            center = automatic_center(sheets_, azimuthal);
         }
     }
     projection_ = make_projection(name, center);
@@ -282,7 +282,7 @@ std::vector<Line_Paint> Map_Scene::line_paints(std::int32_t supersample) const {
         widths.erase(std::unique(widths.begin(), widths.end()), widths.end());
         for (const std::int32_t width : widths) {
             for (const std::optional<Dashes>* dashes : {&sheet.style().borders, &sheet.style().outlines}) {
-                if (*dashes) {
+                if (*dashes && width > 0) { // others are not drawn
                     paints.push_back({{}, width * supersample, &**dashes});
                 }
             }

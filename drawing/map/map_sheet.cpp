@@ -135,7 +135,9 @@ void Map_Sheet::enlarge(std::int32_t times) {
 std::vector<std::optional<VT_RGB32>> Map_Sheet::colors_by_field() {
     const std::size_t field = index_of(settings_.fill_by);
     const Classing& classing = settings_.classing;
-    const bool by_category = classing.method == "categories" || (classing.method.empty() && has_text(map_, field));
+    const bool by_category =
+        classing.method == "categories" || (classing.method.empty() && classing.breaks.empty() && has_text(map_, field));
+    bool has_grey = false;
     std::vector<std::optional<VT_RGB32>> fills(map_.shapes.size());
     const auto colors_for = [&](std::size_t count) {
         const std::string ramp = !classing.ramp.empty() ? classing.ramp : by_category ? count > 8 ? "Set3" : "Set2" : "YlGnBu";
@@ -163,6 +165,7 @@ std::vector<std::optional<VT_RGB32>> Map_Sheet::colors_by_field() {
             const Value& value = map_.shapes[s].values[field];
             const auto at = std::ranges::lower_bound(categories, text_of(value)) - categories.begin();
             fills[s] = value.index() == 0 ? no_value_color : colors[static_cast<std::size_t>(at)];
+            has_grey = has_grey || value.index() == 0;
         }
         for (std::size_t i = 0; i < categories.size(); ++i) {
             legend_.push_back({colors[i], categories[i]});
@@ -181,7 +184,9 @@ std::vector<std::optional<VT_RGB32>> Map_Sheet::colors_by_field() {
         const std::vector<VT_RGB32> colors = colors_for(limits.size() + 1);
         for (std::size_t s = 0; s < fills.size(); ++s) {
             const auto* number = std::get_if<double>(&map_.shapes[s].values[field]);
-            fills[s] = number && std::isfinite(*number) ? colors[class_of(*number, limits)] : no_value_color;
+            const bool has_class = number && std::isfinite(*number);
+            fills[s] = has_class ? colors[class_of(*number, limits)] : no_value_color;
+            has_grey = has_grey || !has_class;
         }
         const auto [least, most] = std::ranges::minmax(numbers);
         for (std::size_t i = 0; i <= limits.size(); ++i) {
@@ -190,7 +195,7 @@ std::vector<std::optional<VT_RGB32>> Map_Sheet::colors_by_field() {
             legend_.push_back({colors[i], short_text_of(from) + " – " + short_text_of(to)});
         }
     }
-    if (std::ranges::any_of(map_.shapes, [&](const Shape& shape) { return shape.values[field].index() == 0; })) {
+    if (has_grey) {
         legend_.push_back({no_value_color, "no value"});
     }
     return fills;

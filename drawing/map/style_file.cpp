@@ -243,6 +243,8 @@ Json parsed(const std::string& file, const std::string& text) {
         const std::size_t offset = std::min(error.byte > 0 ? error.byte - 1 : 0, text.size());
         throw Map_Error(file + ": " + line_and_column(text, offset) + ": expected a style file in JSON" +
                         (offset == text.size() ? ", found its end" : ", found a character that cannot stand here"));
+    } catch (const Json::exception&) {
+        throw Map_Error(file + ": expected a style file in JSON with numbers up to 1e308, found a greater one");
     }
 }
 

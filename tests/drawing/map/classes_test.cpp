@@ -111,6 +111,13 @@ TEST(Filters, compare_numbers_as_numbers_and_texts_as_texts) {
     EXPECT_TRUE(accepts("kind in (city, 'town', 3)", {3.0}));
     EXPECT_FALSE(accepts("not kind in (city, town)", {std::string("town")}));
     EXPECT_TRUE(accepts("n = '3'", {3.0}));
+    // Tables often hold numbers as texts.
+    EXPECT_TRUE(accepts("n > 9 and n = 10 and n in (1e1) and n != 9", {std::string("10")}));
+    EXPECT_TRUE(accepts("n = 02134", {std::string("2134")}));
+    EXPECT_FALSE(accepts("n = '02134'", {std::string("2134")}));
+    EXPECT_FALSE(accepts("n < 20", {std::string("3 km")})); // a text
+    EXPECT_TRUE(accepts("n = Nan or n = 1e999", {std::string("Nan")}));
+    EXPECT_TRUE(accepts("n = 1e999", {std::string("1e999")}));
     EXPECT_THAT(Filter("f", "a = 1 and b = 2 and a < 3").fields(), ElementsAre("a", "b"));
     for (const auto& [text, message] : {std::pair("a >", "filter: column 4: expected a value, found the end"),
                                         {"a ~ 1", "column 3: expected a comparison"},

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <random>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,6 +13,7 @@
 #include "drawing/map/map_facts.h"
 #include "drawing/map/map_reader.h"
 #include "drawing/map/packed_shapes.h"
+#include "drawing/map/stated_system.h"
 #include "tests/support/command_line.h"
 
 namespace vorna::drawing::map {
@@ -111,6 +113,13 @@ TEST_F(Gdal_Maps, that_are_damaged_are_refused) {
     EXPECT_THAT(error_of("wrong.gpkg", "SQLite format 3"), HasSubstr("wrong.gpkg: expected a map in the format gpkg: "));
     EXPECT_THAT(error_of("far.csv", "x,y\n1,nan\n"), testing::AnyOf(HasSubstr("expected"), HasSubstr("no error")));
     EXPECT_THAT(error_of("far.csv", "x,y\n1,1e200\n"), HasSubstr("shape 0: expected coordinates up to 1e100"));
+    std::string nested = "<Point><coordinates>1,2</coordinates></Point>";
+    for (int i = 0; i < 40; ++i) {
+        nested = "<MultiGeometry>" + nested + "</MultiGeometry>";
+    }
+    EXPECT_THAT(
+        error_of("deep.kml", kml.substr(0, kml.find("<Placemark>")) + "<Placemark>" + nested + "</Placemark></Document></kml>"),
+        HasSubstr("nests more than 32 levels deep"));
     for (const std::size_t size : {99U, 120U, 200U}) {
         EXPECT_THAT(error_of("cut.shp", std::string(size, '\1')), HasSubstr("cut.shp: expected"));
     }
@@ -148,8 +157,11 @@ TEST_F(Gdal_Maps, of_all_formats_hold_the_same_shapes) {
         EXPECT_TRUE(has("B", 2.0)) << suffix;
     }
     for (const char* system : {"EPSG:3857", "EPSG:2154", "EPSG:32633"}) {
-        for (const char* suffix : {"shp", "gpkg"}) {
-            Map map = load_file(convert(std::string("moved.") + suffix, std::string("-overwrite -t_srs ") + system), {});
+        for (const char* suffix : {"shp", "gpkg", "fgb"}) {
+            Map map =
+                load_file(convert(std::string(system).substr(5) + '.' + suffix,
+                                  std::string(suffix == std::string("fgb") ? "-lco SPATIAL_INDEX=NO " : "") + "-t_srs " + system),
+                          {});
             Load_Limits limits;
             EXPECT_GT(std::abs(map.shapes[1].faces[0][0][0].x), 1000);
             convert_to_degrees("moved", map, limits);
@@ -187,6 +199,50 @@ TEST(Coordinate_Systems, are_codes_or_harmless_parameters) {
          {"", "x", "+proj=utm +nadgrids=/etc/passwd", "+proj=utm +nadgrids=@null,x", "+proj=pipeline +step +proj=utm",
           "+proj=utm +zone=3;4", "+init=file:1", "+proj=utm +file", "EPSG:../3", "a b:3"}) {
         EXPECT_FALSE(coordinate_system_of(refused)) << refused;
+    }
+}
+
+std::string gml_with(const std::string& system, const std::string& position) {
+    return R"(<?xml version="1.0"?><ogr:FeatureCollection xmlns:ogr="http://ogr.maptools.org/" xmlns:gml="http://www.opengis.net/gml">
+<gml:featureMember><ogr:place><ogr:shape><gml:Point srsName=")" +
+           system + R"("><gml:pos>)" + position +
+           "</gml:pos></gml:Point></ogr:shape></ogr:place></gml:featureMember></ogr:FeatureCollection>";
+}
+
+// The library itself finds none of these systems in its process, but for degrees.
+TEST_F(Gdal_Maps, of_gml_have_the_systems_and_axes_that_they_state) {
+    for (const char* latitude_first : {"urn:ogc:def:crs:EPSG::4326", "urn:ogc:def:crs:EPSG::4258"}) {
+        const Map map = load("degrees.gml", gml_with(latitude_first, "50 7"));
+        EXPECT_EQ(map.layers[0].system + map.layers[0].refusal, "");
+        EXPECT_THAT(map.shapes[0].points, ElementsAre(Position{7, 50})) << latitude_first;
+    }
+    const Map east_first = load("east.gml", gml_with("urn:ogc:def:crs:OGC:1.3:CRS84", "7 50"));
+    EXPECT_THAT(east_first.shapes[0].points, ElementsAre(Position{7, 50}));
+    for (const char* plain : {"EPSG:25832", "http://www.opengis.net/gml/srs/epsg.xml#25832"}) {
+        const Map map = load("metres.gml", gml_with(plain, "356000 5541000"));
+        EXPECT_EQ(map.layers[0].system, "EPSG:25832");
+        EXPECT_THAT(map.shapes[0].points, ElementsAre(Position{356000, 5541000}));
+    }
+    Map map = load("north.gml", gml_with("urn:ogc:def:crs:EPSG::3035", "3000000 4000000"));
+    Load_Limits limits;
+    try {
+        convert_to_degrees("north.gml", map, limits);
+        ADD_FAILURE();
+    } catch (const Map_Error& error) {
+        EXPECT_THAT(error.what(), testing::AllOf(HasSubstr("found 'urn:ogc:def:crs:EPSG::3035'; ogr2ogr"), HasSubstr("plane")));
+    }
+}
+
+// Headers that are cut or damaged may say anything, and are read to their end at most.
+TEST(Coordinate_Systems, of_damaged_flatgeobuf_are_read_within_the_file) {
+    std::mt19937 random(7); // NOLINT(bugprone-random-generator-seed): the same bytes each time
+    for (int round = 0; round < 2000; ++round) {
+        std::string bytes("fgb\3fgb\0", 8);
+        for (std::size_t size = random() % 200; size > 0; --size) {
+            bytes += static_cast<char>(random() % 3 == 0 ? random() : random() % 40);
+        }
+        const auto system = stated_system("fgb", bytes);
+        EXPECT_TRUE(!system || system->system.empty() || coordinate_system_of(system->system) == system->system);
     }
 }
 

@@ -87,6 +87,21 @@ TEST_F(Map_Styles, colour_by_numbers_categories_and_breaks) {
     EXPECT_THAT(fills_of(*scene_of({input_of(squares)}, settings)), ElementsAre(a, b));
     settings.classing.method = "equal";
     EXPECT_THROW(scene_of({input_of(squares)}, settings), Usage_Error);
+
+    // Breaks are limits of numbers, among texts too.
+    settings.filter.clear();
+    settings.classing = {"", 5, {5}, "YlOrRd", false};
+    EXPECT_THROW(scene_of({input_of(squares)}, settings), Usage_Error);
+    settings.fill_by = "n";
+    const std::string mixed = collection({square(0, 0, R"({"n":1})"), square(2, 0, R"({"n":"few"})")});
+    const auto scene = scene_of({input_of(mixed)}, settings);
+    EXPECT_EQ(fills_of(*scene)[1], none);
+    EXPECT_NE(fills_of(*scene)[0], none);
+    Load_Limits limits;
+    Map_Sheet sheet(input_of(mixed), settings, limits);
+    sheet.project(*make_projection("equirectangular", std::nullopt), {255, 255, 255, 255}, limits);
+    ASSERT_EQ(sheet.legend().size(), 3U);
+    EXPECT_EQ(sheet.legend().back().text, "no value");
 }
 
 TEST_F(Map_Styles, widths_follow_values) {
@@ -105,6 +120,10 @@ TEST_F(Map_Styles, widths_follow_values) {
         widths.push_back(std::get<Line_Item>(item).paint.width);
     }
     EXPECT_THAT(widths, ElementsAre(2, 7, 12));
+    settings.width_from = 0;
+    const auto thin = scene_of({input_of(collection({line(0, -5), line(1, 0), line(2, 5)}))}, settings);
+    EXPECT_TRUE(std::ranges::all_of(thin->line_paints(1), [](const Line_Paint& paint) { return paint.width > 0; }));
+    EXPECT_FALSE(thin->line_paints(1).empty());
 }
 
 TEST_F(Map_Styles, of_files_have_layers_in_order) {
@@ -132,6 +151,7 @@ TEST_F(Map_Styles, of_files_name_line_column_and_key_of_errors) {
                 HasSubstr("column 14: layers[0].filter: condition: column 4: expected a value"));
     EXPECT_THAT(error_of("{\"layers\": [{\"source\": \"/etc/passwd\"}]}"), HasSubstr("layers[0].source: "));
     EXPECT_THAT(error_of("{\"layers\": []}"), HasSubstr("line 1, column 2: layers: expected an array of one layer or more"));
+    EXPECT_THAT(error_of("{\"graticule\": 1e999}"), HasSubstr("style.json: expected a style file in JSON with numbers up to"));
     EXPECT_THAT(error_of("[]"), HasSubstr("line 1, column 1: expected an object, found []"));
     EXPECT_THAT(error_of("{\n \"layers\" []}"), HasSubstr("style.json: line 2, column 11: expected a style file in JSON"));
     EXPECT_EQ(json_place(R"({"a": "}{", "b": [1, [2, {"c": 0}]]})", {"b", std::size_t{1}, std::size_t{1}, "c"}),
@@ -160,6 +180,15 @@ TEST_F(Map_Styles, are_centred_over_the_antimeridian) {
     EXPECT_NEAR(width_of(collection({square(178.5, 0, "{}"), square(-180, 0, "{}"), square(-175, 0, "{}")})), 7.5, 0.1);
     EXPECT_GT(width_of(collection({square(179, 0, "{}"), square(-180, 0, "{}"), square(0, 0, "{}")})), 300);
     EXPECT_LT(width_of(collection({square(100, 40, "{}"), square(102, 40, "{}")}), "orthographic"), 300000);
+    // Not where the file says its extent.
+    const std::string across = collection({square(178.5, 0, "{}"), square(-180, 0, "{}")});
+    EXPECT_NEAR(width_of(R"({"bbox":[-180,0,180,1],)" + across.substr(1)), 360, 0.1);
+    if (WITH_PROJ) {
+        Map_Settings settings;
+        settings.projection = "orthographic";
+        settings.bbox = Extent{-20, 60, 20, 130};
+        EXPECT_NO_THROW(scene_of({input_of(collection({square(0, 85, "{}")}))}, settings));
+    }
 }
 
 } // namespace
