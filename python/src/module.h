@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "python/src/arrays.h"
@@ -28,7 +29,10 @@ struct File_Error : std::runtime_error {
 // A file that a call reads or writes.
 struct Used_File {
     std::string name;
-    bool is_written = false;
+    bool is_written;
+
+    // Implicit: lists of names become lists of files that are read.
+    Used_File(std::string file, bool written = false) : name(std::move(file)), is_written(written) {}
 };
 
 // Throws a File_Error with the message if the system does not let the program read or write one of the files.
