@@ -1,6 +1,6 @@
 // The colours of ColorBrewer, as published for each number of classes.
 //
-// This product includes color specifications and designs developed by Cynthia Brewer (http://colorbrewer.org/).
+// The colours are the work of Cynthia Brewer (http://colorbrewer.org/).
 //
 // Copyright (c) 2002 Cynthia Brewer, Mark Harrower, and The Pennsylvania State University. Licensed under the Apache License,
 // Version 2.0 (the "License"); you may not use this file except in compliance with the License. You may obtain a copy of the
