@@ -310,7 +310,7 @@ Command compare_command() {
                            "alpha, from 0 to 255, or to 65535 in samples of 16 bits; greys of fewer",
                            "bits than 8 are scaled. Files in folders count as images when their names",
                            "end as those of PNG, JPEG, WebP, TGA, BMP or DDS files; others are ignored."}}},
-            .statuses = "0 the same, 1 different, 2 any failure, such as a file that cannot be read, or wrong usage.",
+            .statuses = "0 the same, 1 different, 2 any failure, or wrong usage.",
             .run = [arguments](const Given& given) {
                 fail_with(exit_status::wrong_usage); // status 1 means that they differ
                 return run(*arguments, given);
