@@ -81,7 +81,7 @@ void Canvas_Threads::make_room(std::size_t band, std::size_t bytes) {
 std::int32_t Canvas_Threads::band_height() const noexcept {
     // Renderers may keep values of blocks of up to so many rows, which no two of them should share.
     constexpr std::size_t block_height = 16;
-    const auto height = static_cast<std::size_t>(window_.top - window_.bottom + 1);
+    const auto height = static_cast<std::size_t>(window_.top - window_.bottom) + 1;
     const std::size_t rows = (height - 1) / most_bands() + 1;
     return static_cast<std::int32_t>((rows + block_height - 1) / block_height * block_height);
 }
