@@ -1,10 +1,11 @@
 // How the threads of a canvas draw what was kept.
 #include <algorithm>
 #include <chrono>
-#include <ctime>
 #include <new>
 #include <thread>
 #include <utility>
+
+#include <time.h>
 
 #include "vorna/canvas_threads.h"
 
@@ -19,7 +20,7 @@ double seconds_on_the_clock() {
 // Processor time of this thread.
 double seconds_of_thread() {
 #if defined(CLOCK_THREAD_CPUTIME_ID)
-    std::timespec time{};
+    timespec time{};
     if (clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time) == 0) {
         return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
     }
