@@ -179,7 +179,7 @@ template <class Pixel> Differences of_rows(const Image_Rows<Pixel>& a, const Ima
     }
     Differences inner = of_lists(a.pixels, b.pixels);
     if (!inner.empty() && inner.front().path.starts_with('[')) {
-        const auto width = static_cast<std::size_t>(a.row_pixels), place = std::stoul(inner.front().path.substr(1));
+        const std::size_t width = static_cast<std::size_t>(a.row_pixels), place = std::stoul(inner.front().path.substr(1));
         inner.front().path = '[' + std::to_string(place / width) + "][" + std::to_string(place % width) + ']';
     }
     return inner;
