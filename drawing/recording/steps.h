@@ -60,6 +60,8 @@ public:
     VT_Int_Rectangle window() const; // device pixels
     // Of call position() - 1; without any pixel at position 0.
     const Step_Change& change() const noexcept;
+    // 1 for each pixel of the window that the hard clip and the complex clip of that call let it draw, else 0; the top row first.
+    std::vector<std::uint8_t> clip() const;
     // Null unless the settings ask for it.
     const Step_Heat* heat() const noexcept;
 
