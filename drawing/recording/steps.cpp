@@ -125,7 +125,7 @@ public:
     Implementation(const Recording& recording, Module_Choice module, const Steps_Settings& settings)
         : recording_(recording), module_(std::move(module)), settings_(without_callbacks(settings.replay)),
           has_heat_(settings.has_heat), has_bytes_in_colors_(may_have_indices_in_colors(recording)), areas_(recording),
-          kept_(settings.memory), times_(recording.calls.size(), unknown), first_times_(has_heat_ ? times_ : Times()) {
+          kept_(settings.memory, settings.interval), times_(recording.calls.size(), unknown), first_times_(has_heat_ ? times_ : Times()) {
         set_up({});
     }
 

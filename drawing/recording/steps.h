@@ -20,6 +20,7 @@ namespace vorna::drawing::recording {
 struct Steps_Settings {
     Replay_Settings replay;                          // those that hold for single calls
     std::uint64_t memory = std::uint64_t{256} << 20; // bytes of kept states; 0 = every way back begins at the first call
+    double interval = 8000;                          // microseconds of drawing between kept states; more where memory is short
     bool has_heat = false;                           // counts and costs for each pixel; calls that draw are made twice
 };
 
