@@ -43,7 +43,7 @@ void show(const Inspect_Options& options, const drawing::Module_Choice& module) 
         settings.memory = std::min(settings.memory, most_memory_unasked);
     }
     const std::unique_ptr<view::Window> window = view::open_window("inspect", options.recording, size);
-    view::Inspector inspector({recording, drawing::name_of_input(options.recording), module, settings, limits},
+    view::Inspector inspector({recording, drawing::name_of_input(options.recording), module, settings, limits.memory_left() / 2},
                               options.window.folder, *window);
     window->run(inspector, script);
 }

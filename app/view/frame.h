@@ -27,7 +27,7 @@ struct Box {
     }
 };
 
-// Opaque colours; what lies outside is left out.
+// Opaque colours. Everything that is painted is cut at the border.
 class Frame {
 public:
     void reset(VT_Int_Pair size, VT_RGB32 color) {

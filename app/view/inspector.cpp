@@ -10,6 +10,7 @@
 
 #include "app/cli/messages.h"
 #include "app/view/base_viewer.h"
+#include "drawing/files/load_limits.h"
 #include "drawing/files/output_file.h"
 #include "drawing/files/printable.h"
 #include "drawing/files/usage_error.h"
@@ -156,10 +157,11 @@ void Inspector::release() {
 void Inspector::choose_pixel(VT_Int_Pair pixel) {
     const VT_Int_Rectangle image = shown();
     pixel_ = VT_Int_Pair{image.left + pixel.x, image.top - pixel.y};
+    drawing::Load_Limits limits(inspected_.history_memory); // a new one for each history
     drawing::recording::History_Settings settings;
     settings.replay = inspected_.settings.replay;
     settings.name = inspected_.file;
-    settings.limits = &inspected_.limits;
+    settings.limits = &limits;
     // The image at the end is another one when the window has changed since; then the history ends here.
     if (steps_->window() != last_window_) {
         if (steps_->position() == 0) {

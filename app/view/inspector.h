@@ -13,7 +13,6 @@
 #include "app/view/image_place.h"
 #include "app/view/numbered_files.h"
 #include "app/view/window.h"
-#include "drawing/files/load_limits.h"
 #include "drawing/recording/pixel_history.h"
 #include "drawing/recording/step_views.h"
 #include "drawing/recording/steps.h"
@@ -28,7 +27,7 @@ struct Inspected {
     std::string file;
     drawing::Module_Choice module;
     drawing::recording::Steps_Settings settings;
-    drawing::Load_Limits& limits; // for histories
+    std::uint64_t history_memory; // bytes that a history may take
 };
 
 class Inspector final : public Controls {

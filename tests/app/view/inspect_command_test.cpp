@@ -190,7 +190,7 @@ TEST_F(Inspect_Command, moves_and_zooms_and_shows_its_keys) {
         images.push_back(replay_tests::read_file(shot.file));
     }
     ASSERT_EQ(images.size(), steps.size());
-    for (const std::size_t same : {4, 6, 8}) {
+    for (const std::size_t same : {4U, 6U, 8U}) {
         EXPECT_EQ(images[same] == images[0], true) << steps[same];
     }
     EXPECT_EQ(images[3] == images[1], true) << "moved back";

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "drawing/files/usage_error.h"
 #include "drawing/recording/recording_reader.h"
 #include "drawing/recording/step_views.h"
 #include "drawing/recording/steps.h"
@@ -147,7 +148,7 @@ TEST(Step_Changes, are_the_pixels_that_hold_something_else) {
                                       {{2, 2, 2, 2}, 1, 1, {"3"}},
                                       nothing,
                                       nothing};
-    for (const std::size_t position : {6, 0, 3, 2, 4, 1, 5, 6, 4}) {
+    for (const std::size_t position : {6U, 0U, 3U, 2U, 4U, 1U, 5U, 6U, 4U}) {
         EXPECT_EQ(change_at(position), changes[position]) << position;
     }
 }
@@ -170,7 +171,7 @@ TEST(Step_Heat_Maps, count_the_calls_that_draw_a_pixel) {
     double time = 0, sum = 0;
     Recording_Steps once(recording, module, {.has_heat = true});
     once.go_to(6);
-    for (const std::size_t call : {0, 1, 2, 3}) {
+    for (const std::size_t call : {0U, 1U, 2U, 3U}) {
         time += once.microseconds(call).value();
     }
     std::ranges::for_each(once.heat()->costs, [&](float cost) { sum += cost; });
