@@ -27,7 +27,7 @@ struct Inspect_Options {
     Window_Options window;
 };
 
-// Half of what is left goes to states that are kept, the rest to histories; by default not more than this.
+// Half of what is left goes to states that are kept, by default not more than this; the rest to images and histories.
 constexpr std::uint64_t most_memory_unasked = std::uint64_t{512} << 20;
 
 void show(const Inspect_Options& options, const drawing::Module_Choice& module) {
@@ -42,8 +42,11 @@ void show(const Inspect_Options& options, const drawing::Module_Choice& module) 
     if (!memory) {
         settings.memory = std::min(settings.memory, most_memory_unasked);
     }
+    settings.name = drawing::name_of_input(options.recording);
+    settings.limits = &limits;
+    const drawing::Load_Limits::Loan of_states(limits, settings.name, settings.memory);
     const std::unique_ptr<view::Window> window = view::open_window("inspect", options.recording, size);
-    view::Inspector inspector({recording, drawing::name_of_input(options.recording), module, settings, limits.memory_left() / 2},
+    view::Inspector inspector({recording, drawing::name_of_input(options.recording), module, settings, limits},
                               options.window.folder, *window);
     window->run(inspector, script);
 }

@@ -10,7 +10,6 @@
 
 #include "app/cli/messages.h"
 #include "app/view/base_viewer.h"
-#include "drawing/files/load_limits.h"
 #include "drawing/files/output_file.h"
 #include "drawing/files/printable.h"
 #include "drawing/files/usage_error.h"
@@ -111,7 +110,15 @@ void Inspector::choose(View view) {
         drawing::recording::Steps_Settings settings = inspected_.settings;
         settings.has_heat = true;
         steps_.reset();
-        steps_ = std::make_unique<Recording_Steps>(inspected_.recording, inspected_.module, settings);
+        try {
+            steps_ = std::make_unique<Recording_Steps>(inspected_.recording, inspected_.module, settings);
+            steps_->go_to(wanted_);
+        } catch (const drawing::Load_Error& error) {
+            message_ = error.what();
+            steps_.reset();
+            steps_ = std::make_unique<Recording_Steps>(inspected_.recording, inspected_.module, inspected_.settings);
+            return;
+        }
     }
     view_ = view;
     has_changed_ = true;
@@ -157,7 +164,7 @@ void Inspector::release() {
 void Inspector::choose_pixel(VT_Int_Pair pixel) {
     const VT_Int_Rectangle image = shown();
     pixel_ = VT_Int_Pair{image.left + pixel.x, image.top - pixel.y};
-    drawing::Load_Limits limits(inspected_.history_memory); // a new one for each history
+    drawing::Load_Limits limits(inspected_.limits.memory_left()); // for this history alone
     drawing::recording::History_Settings settings;
     settings.replay = inspected_.settings.replay;
     settings.name = inspected_.file;
@@ -199,6 +206,7 @@ Answer Inspector::press(char key, bool reversed) {
     const auto here = static_cast<std::int64_t>(wanted_), calls = static_cast<std::int64_t>(steps_->calls());
     const std::int64_t tenth = std::max<std::int64_t>(calls / 10, 1);
     has_changed_ = true; // nearly every key
+    message_.clear();
     switch (key) {
     case key::left:
         go_to(here - (reversed ? 100 : 1));

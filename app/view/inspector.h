@@ -13,6 +13,7 @@
 #include "app/view/image_place.h"
 #include "app/view/numbered_files.h"
 #include "app/view/window.h"
+#include "drawing/files/load_limits.h"
 #include "drawing/recording/pixel_history.h"
 #include "drawing/recording/step_views.h"
 #include "drawing/recording/steps.h"
@@ -27,7 +28,7 @@ struct Inspected {
     std::string file;
     drawing::Module_Choice module;
     drawing::recording::Steps_Settings settings;
-    std::uint64_t history_memory; // bytes that a history may take
+    drawing::Load_Limits& limits; // memory of images and histories
 };
 
 class Inspector final : public Controls {
@@ -98,11 +99,13 @@ private:
     Marking marking_ = Marking::outline;
     Image_Place place_;
     drawing::recording::Step_Image image_; // of the whole window of the recording
+    drawing::Load_Limits::Loan image_memory_;
     std::optional<std::pair<std::size_t, View>> image_is_of_;
 
     std::optional<VT_Int_Pair> pixel_; // device coordinates
     std::optional<drawing::recording::Pixel_History> history_;
     std::vector<std::string> history_lines_;
+    std::string message_; // why the last key did nothing; empty = it did
 
     std::optional<Place> pressed_; // the pointer, while the left button is
     double dragged_ = 0;           // pixels

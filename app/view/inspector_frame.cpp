@@ -73,6 +73,14 @@ Box Inspector::area_of_image() const {
 void Inspector::update_image() {
     const std::pair wanted(steps_->position(), view_);
     if (image_is_of_ != wanted) {
+        const drawing::Raster raster = steps_->colors();
+        if (raster.width != image_.width || raster.height != image_.height) {
+            image_ = {};
+            image_memory_ = {};
+            image_memory_ = {inspected_.limits, inspected_.file,
+                             sizeof(VT_RGB32) * static_cast<std::uint64_t>(raster.width) *
+                                 static_cast<std::uint64_t>(raster.height)};
+        }
         image_ = image_of(*steps_, view_);
         image_is_of_ = wanted;
     }
@@ -230,7 +238,8 @@ std::string Inspector::change_text() const {
 std::vector<std::string> Inspector::texts() const {
     constexpr std::string_view names[] = {"colours", "depth view", "mask view", "overdraw", "cost"};
     const std::string name(names[static_cast<std::size_t>(view_)]);
-    return {call_text(), change_text(), name + (image_.legend.empty() ? "; h shows the keys" : ": " + image_.legend)};
+    const std::string legend = image_.legend.empty() ? "; h shows the keys" : ": " + image_.legend;
+    return {call_text(), change_text(), message_.empty() ? name + legend : message_};
 }
 
 void Inspector::paint_texts() {

@@ -43,6 +43,7 @@ private:
 
     const std::uint64_t memory_;
     double interval_, pending_ = 0;
+    double copy_time_ = 0; // of the last copy; the calls after it take as long at least
     Tiled_Copies copies_;
     std::vector<Kept_State> states_; // by position
 };

@@ -27,8 +27,7 @@ double microseconds_since(Clock::time_point start) {
 
 Replay_Settings without_callbacks(Replay_Settings settings) {
     settings.reports_standard = false;
-    settings.before_call = nullptr;
-    settings.after_call = nullptr;
+    settings.before_call = settings.after_call = nullptr;
     return settings;
 }
 
@@ -62,9 +61,9 @@ struct Player {
 class Recording_Steps::Implementation {
 public:
     Implementation(const Recording& recording, Module_Choice module, const Steps_Settings& settings)
-        : recording_(recording), module_(std::move(module)), settings_(without_callbacks(settings.replay)),
-          has_heat_(settings.has_heat), has_bytes_in_colors_(may_have_indices_in_colors(recording)), areas_(recording),
-          kept_(settings.memory, settings.interval), times_(recording.calls.size(), unknown),
+        : recording_(recording), module_(std::move(module)), settings_(without_callbacks(settings.replay)), name_(settings.name),
+          limits_(settings.limits), has_heat_(settings.has_heat), has_bytes_in_colors_(may_have_indices_in_colors(recording)),
+          areas_(recording), kept_(settings.memory, settings.interval), times_(recording.calls.size(), unknown),
           first_times_(has_heat_ ? times_ : Times()) {
         set_up({});
     }
@@ -130,6 +129,7 @@ private:
         player_->forbid_depth_blocks();
         std::vector<Plane> planes = buffers();
         const Plane_Part part = whole();
+        borrow_memory(part.pixels());
         if (has_heat_) {
             if (heat_size_ != VT_Int_Pair{part.width, part.height}) {
                 heat_size_ = {part.width, part.height};
@@ -140,6 +140,15 @@ private:
             planes.push_back(plane_of(heat_.costs, part.width));
         }
         kept_.copies().set_planes(std::move(planes), {part.width, part.height});
+    }
+
+    // For copies of both buffers, one before a call and one after it, for marks and for heat.
+    void borrow_memory(std::size_t pixels) {
+        constexpr std::size_t copies = 4 + 2, marks = 1, heat = sizeof(std::uint16_t) + sizeof(float);
+        if (limits_) {
+            loan_ = Load_Limits::Loan();
+            loan_ = Load_Limits::Loan(*limits_, name_, pixels * (copies + marks + (has_heat_ ? copies + heat : 0)));
+        }
     }
 
     // The colours and, where there are any, the depths.
@@ -284,6 +293,9 @@ private:
     const Recording& recording_;
     const Module_Choice module_;
     const Replay_Settings settings_;
+    const std::string name_;
+    Load_Limits* const limits_; // null = any memory
+    Load_Limits::Loan loan_;
     const bool has_heat_, has_bytes_in_colors_;
     const Call_Areas areas_;
     std::unique_ptr<Player> player_;

@@ -95,12 +95,13 @@ TEST_F(Inspect_Command, goes_from_call_to_call_by_keys_and_by_the_slider) {
     // To the calls that did something to the pixel 30,33 from the top left: the green face and the dot, and back.
     const std::vector<std::string> pixel{"click 60,66", "key Home", "key Down", "key Down", "key Down",
                                          "key Down",    "key Down", "key Down", "key Down", "key Up"};
-    const Outcome history = replay_tests::run_vorna({"replay", recording, "--pixel", "30,33", "--json"});
+    const Outcome replayed = replay_tests::run_vorna({"replay", recording, "--pixel", "30,33", "--json"});
+    const auto history = nlohmann::json::parse(replayed.output);
     std::vector<int> expected{5, -1};
-    for (const auto& event : nlohmann::json::parse(history.output)["pixels"][0]["events"]) {
+    for (const auto& event : history["pixels"][0]["events"]) {
         expected.push_back(event["call"]);
     }
-    ASSERT_EQ(expected.size(), 8U) << history.output;
+    ASSERT_EQ(expected.size(), 8U) << replayed.output;
     expected.insert(expected.end(), {5, 4});
     EXPECT_EQ(calls_after(pixel), expected);
     // Beside the image nothing is chosen.
@@ -167,8 +168,9 @@ TEST_F(Inspect_Command, shows_depths_masks_and_heat) {
         images.push_back(replay_tests::read_colors(shot.file));
         EXPECT_EQ(shot.call, 5);
     }
-    // The nearest face is white, the farthest dark, and where nothing is drawn it is black.
-    EXPECT_EQ(color_at(images[1], 60, 60), "255 255 255");
+    // The dot is nearest and white, the farthest face dark, and where nothing is drawn it is black.
+    EXPECT_EQ(color_at(images[1], 60, 67), "255 255 255");
+    EXPECT_EQ(color_at(images[1], 60, 60), "186 186 186");
     EXPECT_EQ(color_at(images[1], 0, 0), "0 0 0");
     EXPECT_EQ(color_at(images[1], 60, 20), "48 48 48");
     EXPECT_EQ(color_at(images[2], 0, 0), color_at(images[2], 60, 60));
@@ -177,8 +179,14 @@ TEST_F(Inspect_Command, shows_depths_masks_and_heat) {
     EXPECT_NE(color_at(images[3], 60, 20), color_at(images[3], 60, 60));
     EXPECT_EQ(color_at(images[3], 60, 67), "255 255 255") << "under the dot";
     EXPECT_NE(color_at(images[4], 0, 0), color_at(images[4], 60, 60));
-    EXPECT_EQ(replay_tests::difference(images[5], images[0]), "");
-    EXPECT_EQ(replay_tests::difference(images[6], images[0]), "");
+    // The times below may have become shorter.
+    const auto image_of = [](Png_Pixels shot) {
+        shot.height = 128;
+        shot.bytes.resize(shot.bytes.size() / 201 * 128);
+        return shot;
+    };
+    EXPECT_EQ(replay_tests::difference(image_of(images[5]), image_of(images[0])), "");
+    EXPECT_EQ(replay_tests::difference(image_of(images[6]), image_of(images[0])), "");
 }
 
 TEST_F(Inspect_Command, moves_and_zooms_and_shows_its_keys) {
