@@ -58,6 +58,7 @@ public:
     void make(std::size_t call);
     void draw_as(std::size_t call, const Arguments& arguments, const VT_Reference<VT_Rendition>& rendition);
     VT_Reference<VT_Rendition> rendition_of(std::size_t call);
+    void drop_report() noexcept { report_ = {}; }
     Report end();
 
     // One overload for each kind of arguments; Draw is the drawing function of the slot.
@@ -370,6 +371,10 @@ void Replayer::make(std::size_t call) {
 
 void Replayer::draw_as(std::size_t call, const Arguments& arguments, const VT_Reference<VT_Rendition>& rendition) {
     replay_->draw_as(call, arguments, rendition);
+}
+
+void Replayer::drop_report() noexcept {
+    replay_->drop_report();
 }
 
 VT_Reference<VT_Rendition> Replayer::rendition_of(std::size_t call) {

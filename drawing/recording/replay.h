@@ -79,6 +79,9 @@ public:
     // Draws the call with other arguments, of its own type, and other attributes.
     void draw_as(std::size_t call, const Arguments& arguments, const VT_Reference<VT_Rendition>& rendition);
 
+    // Gives up what calls have read and presented so far.
+    void drop_report() noexcept;
+
     // The attributes that `make` draws the call with, by the options in force.
     VT_Reference<VT_Rendition> rendition_of(std::size_t call);
 
