@@ -141,6 +141,10 @@ void Canvas::draw_kept_calls() const {
     threads_->flush_and_choose();
 }
 
+void Canvas::watch_drawing(Thread_Watch watch) {
+    threads_->watch(std::move(watch));
+}
+
 void Canvas::establish() {
     require_possible_window(requested_);
     flush();

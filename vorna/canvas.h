@@ -11,6 +11,7 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -53,6 +54,18 @@ struct Presentation {
     VT_Int_Rectangle area;      // device pixels inside the window
     VT_Int_Pair destination;    // of the area's top left pixel, counted from the top left of the window rightwards and downwards
     const Frame_Buffer& buffer; // the whole colour buffer
+};
+
+// What one of several threads has drawn of a call: all of it, or the part in some rows.
+struct Thread_Work {
+    std::size_t thread = 0; // 0 = the thread that draws on the canvas
+    std::uint64_t mark = 0; // of the call
+    std::chrono::steady_clock::time_point begin, end;
+};
+
+struct Thread_Watch {
+    std::function<std::uint64_t()> mark;          // of the call that a drawing function keeps; called by that function
+    std::function<void(const Thread_Work&)> note; // called by the threads, at the same time; must not throw
 };
 
 class Canvas_Threads;
@@ -175,6 +188,14 @@ public:
         }
     }
 
+    // Has the threads tell what they draw, from now on; not what the canvas's renderer draws by itself. Without functions, as at
+    // first, nothing is told. Calls that are kept take some 50 ns longer in each band of rows.
+    void watch_threads(Thread_Watch watch) {
+        if (threads_) {
+            watch_drawing(std::move(watch));
+        }
+    }
+
     // The slots that the renderer has installed; those of renderer() keep calls when several threads draw. What they draw or read
     // does not wait for what was kept.
     const VT_Action_Table& own_actions() const noexcept { return threads_ ? actions_of_kept_calls() : renderer_->actions; }
@@ -257,6 +278,7 @@ public:
 private:
     VORNA_API void draw_with(const Module& module, unsigned threads);
     VORNA_API void draw_kept_calls() const;
+    VORNA_API void watch_drawing(Thread_Watch watch);
     VORNA_API const VT_Action_Table& actions_of_kept_calls() const noexcept;
 
     Frame_Buffer* find_color_buffer() const noexcept {

@@ -8,6 +8,7 @@
 #include <time.h>
 
 #include "vorna/canvas_threads.h"
+#include "vorna/drawn_rows.h"
 
 namespace vorna {
 
@@ -41,6 +42,50 @@ struct Canvas_Threads::Rule_Change {
     }
 };
 
+// Stands before a call while the threads are watched, so that a thread knows when it begins with the call.
+struct Canvas_Threads::Call_Mark {
+    Canvas_Threads* threads;
+    std::uint64_t mark;
+
+    static constexpr std::size_t bytes = sizeof(Kept_Call) + Call_List::rounded(2 * sizeof(std::uint64_t));
+
+    static void draw(VT_Renderer_Data& worker, const VT_Rendition&, const void* kept) {
+        const auto& [threads, mark] = *static_cast<const Call_Mark*>(kept);
+        threads->begin_work(worker, mark);
+    }
+};
+
+void Canvas_Threads::watch(Thread_Watch watch) {
+    flush();
+    watch_ = std::move(watch);
+    watched_works_.assign(thread_count_, {});
+    mark_bytes_ = watch_.note && watch_.mark ? Call_Mark::bytes : 0;
+}
+
+// Returns the place behind the mark.
+std::byte* Canvas_Threads::put_mark(std::byte* place) {
+    static_assert(sizeof(Kept_Call) + sizeof(Call_Mark) <= Call_Mark::bytes);
+    new (place) Kept_Call{&Call_Mark::draw, unread_.get(), Call_Mark::bytes};
+    new (place + sizeof(Kept_Call)) Call_Mark{this, watch_.mark()};
+    return place + Call_Mark::bytes;
+}
+
+void Canvas_Threads::begin_work(const VT_Renderer_Data& worker, std::uint64_t mark) {
+    const auto thread = static_cast<std::size_t>(
+        std::ranges::find(workers_, &worker, [](const Module::Renderer& each) { return &*each; }) - workers_.begin());
+    const auto now = std::chrono::steady_clock::now();
+    end_work(thread, now);
+    watched_works_[thread] = {true, mark, now};
+}
+
+void Canvas_Threads::end_work(std::size_t thread, std::chrono::steady_clock::time_point now) {
+    auto& [has_begun, mark, begin] = watched_works_[thread];
+    if (has_begun) {
+        watch_.note({thread, mark, begin, now});
+        has_begun = false;
+    }
+}
+
 void Canvas_Threads::apply(VT_Renderer_Data& worker, const Depth_Rules& rules) const {
     if (rules.write && own_set_write_) {
         own_set_write_(worker, *rules.write);
@@ -53,6 +98,7 @@ void Canvas_Threads::apply(VT_Renderer_Data& worker, const Depth_Rules& rules) c
 void Canvas_Threads::set_rows(VT_Renderer_Data& worker, Row_Range rows) const {
     const std::int32_t first_and_last[2] = {rows.first, rows.last};
     set_rows_(worker, first_and_last);
+    note_drawn_rows(worker, rows.first, rows.last);
 }
 
 // For calls that follow the depth rules that are in force.
@@ -110,6 +156,9 @@ void Canvas_Threads::draw_band(std::size_t thread, std::size_t band) {
             if (!has_failed_.exchange(true)) {
                 failure_ = std::current_exception();
             }
+        }
+        if (mark_bytes_ > 0) {
+            end_work(thread, std::chrono::steady_clock::now());
         }
     });
     queue.release();

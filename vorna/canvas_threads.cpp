@@ -225,10 +225,13 @@ std::byte* Canvas_Threads::take(std::size_t band, const VT_Rendition& kept, std:
     static_assert(std::is_trivially_destructible_v<Run> && alignof(Run) <= Call_List::alignment);
     const std::size_t bytes = sizeof(Kept_Call) + Call_List::rounded(sizeof(Run)) + list_bytes;
     Call_Queue& queue = list_.queue(band);
-    if (!queue.has_room(bytes) || numbers_of_rules_[band] != rules_number_) {
-        make_room(band, bytes);
+    if (!queue.has_room(mark_bytes_ + bytes) || numbers_of_rules_[band] != rules_number_) {
+        make_room(band, mark_bytes_ + bytes);
     }
-    std::byte* const place = queue.take(bytes);
+    std::byte* place = queue.take(mark_bytes_ + bytes);
+    if (mark_bytes_ > 0) {
+        place = put_mark(place);
+    }
     new (place) Kept_Call{&draw_kept<Draw, Run>, &kept, bytes};
     return place + sizeof(Kept_Call);
 }

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -18,6 +19,7 @@
 #include "host/renderer_data.h"
 #include "vorna/call_list.h"
 #include "vorna/call_runs.h"
+#include "vorna/canvas.h"
 #include "vorna/draw.h"
 #include "vorna/module.h"
 #include "vorna/thread_profit.h"
@@ -39,6 +41,9 @@ public:
     void flush();
     // The same at the end of a picture or where its pixels are needed; then the threads are used further or not.
     void flush_and_choose();
+
+    // See Canvas::watch_threads.
+    void watch(Thread_Watch watch);
 
     // Gives the renderer its own slots for as long as it is established.
     class Own_Slots {
@@ -80,7 +85,18 @@ private:
         std::optional<std::int32_t> test;
     };
     struct Rule_Change;
+    struct Call_Mark;
 
+    // The call that a thread is drawing while the threads are watched.
+    struct Watched_Work {
+        bool has_begun = false;
+        std::uint64_t mark = 0;
+        std::chrono::steady_clock::time_point begin;
+    };
+
+    std::byte* put_mark(std::byte* place);
+    void begin_work(const VT_Renderer_Data& worker, std::uint64_t mark);
+    void end_work(std::size_t thread, std::chrono::steady_clock::time_point now);
     void install_setters();
     void apply(VT_Renderer_Data& worker, const Depth_Rules& rules) const;
     void set_rows(VT_Renderer_Data& worker, Row_Range rows) const;
@@ -120,6 +136,9 @@ private:
     double chosen_at_ = 0;                        // processor time of the thread that draws on the canvas
     bool uses_threads_ = false;                   // the canvas's slots keep calls
     Thread_Profit profit_;
+    Thread_Watch watch_;
+    std::vector<Watched_Work> watched_works_; // by thread
+    std::size_t mark_bytes_ = 0;              // before each kept call; 0 = the threads are not watched
     std::atomic<bool> has_failed_{false};
     std::exception_ptr failure_; // of the first call that failed
     Thread_Team team_;           // the last member: its threads end before what they use

@@ -215,7 +215,7 @@ Command reduce_command() {
             .sections = {{"The command",
                           {"/bin/sh runs COMMAND in the current folder, with the path of a recording as",
                            "$1. It may be run some hundred times. It gets no input, and what it prints",
-                           "is dropped. Its process group is killed when it ends."}}},
+                           "is dropped. The processes that it leaves behind are killed."}}},
             .run = [arguments](const Given&) {
                 try {
                     reduce(*arguments);

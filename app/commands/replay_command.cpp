@@ -2,10 +2,8 @@
 #include "app/commands/replay_command.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <filesystem>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -17,7 +15,7 @@
 #include "app/cli/command.h"
 #include "app/cli/messages.h"
 #include "app/cli/progress.h"
-#include "app/commands/replay_history.h"
+#include "app/commands/replay_options.h"
 #include "drawing/files/input_file.h"
 #include "drawing/files/memory.h"
 #include "drawing/files/output_file.h"
@@ -38,37 +36,6 @@ namespace vorna::app {
 
 namespace {
 
-struct Replay_Arguments {
-    std::string recording;
-    std::string color, depth, color_raw, depth_raw, report, record, every_call, trace; // empty = not asked for
-    std::string until, only;
-    std::string timing; // empty, table or json
-    std::string sort = "call";
-    int repeat = 3;
-    unsigned threads = 1;
-    bool unchecked = false, hash = false;
-    History_Arguments history;
-    std::string max_memory;
-
-    bool writes_nothing() const {
-        return color.empty() && depth.empty() && color_raw.empty() && depth_raw.empty() && report.empty() && record.empty() &&
-               every_call.empty() && timing.empty() && trace.empty() && !hash;
-    }
-};
-
-constexpr std::size_t most_files_unasked = 1000;
-
-std::vector<std::string> outputs_of(const Replay_Arguments& arguments) {
-    return {arguments.color,  arguments.depth,  arguments.color_raw, arguments.depth_raw,
-            arguments.report, arguments.record, arguments.trace};
-}
-
-// Whether standard output holds a file, costs or histories, so that lines about them go to standard error.
-bool has_taken_output(const Replay_Arguments& arguments) {
-    return !arguments.timing.empty() || arguments.history.is_given() ||
-           std::ranges::any_of(outputs_of(arguments), drawing::is_standard_output);
-}
-
 void add_outputs(const Replay_Arguments& arguments, drawing::Session& session, const drawing::recording::Recording& recording,
                  const drawing::recording::Report& report, drawing::Output_Files& files) {
     const auto write = [&](const std::string& png, const std::string& raw, const drawing::Raster& raster) {
@@ -86,47 +53,6 @@ void add_outputs(const Replay_Arguments& arguments, drawing::Session& session, c
     }
     if (!arguments.report.empty()) {
         files.add(arguments.report, drawing::recording::json_of(report));
-    }
-}
-
-// The number of a call that exists.
-std::size_t parsed_call(const char* option, const std::string& whole, std::string_view text, std::size_t calls) {
-    std::size_t call = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), call);
-    if (error != std::errc{} || end != text.data() + text.size() || call >= calls) {
-        throw drawing::Usage_Error(
-            std::string(option) + ": expected " +
-            (calls == 0 ? "nothing, because there are no calls" : "numbers of calls from 0 to " + std::to_string(calls - 1)) +
-            ", found '" + whole + "'");
-    }
-    return call;
-}
-
-drawing::recording::Replay_Settings settings_of(const Replay_Arguments& arguments, std::size_t calls) {
-    drawing::recording::Replay_Settings settings;
-    settings.unchecked = arguments.unchecked;
-    settings.reports_standard = !arguments.report.empty();
-    if (!arguments.until.empty()) {
-        settings.last = parsed_call("--until", arguments.until, arguments.until, calls);
-    }
-    if (!arguments.only.empty()) {
-        const std::string_view text = arguments.only;
-        const std::size_t dots = text.find("..");
-        settings.first = parsed_call("--only", arguments.only, text.substr(0, dots), calls);
-        settings.last = dots == text.npos ? settings.first : parsed_call("--only", arguments.only, text.substr(dots + 2), calls);
-        if (settings.last < settings.first) {
-            throw drawing::Usage_Error("--only: expected the lower number first, found '" + arguments.only + "'");
-        }
-    }
-    return settings;
-}
-
-// Many files are written only with --until or --only.
-void refuse_many_files(const Replay_Arguments& arguments, std::size_t calls) {
-    if (!arguments.every_call.empty() && arguments.until.empty() && arguments.only.empty() && calls > most_files_unasked) {
-        throw drawing::Usage_Error("--every-call: expected --until or --only beside it for more than " +
-                                   std::to_string(most_files_unasked) + " files, found neither for " + std::to_string(calls) +
-                                   " calls");
     }
 }
 
@@ -163,20 +89,6 @@ private:
     Progress progress_;
 };
 
-drawing::recording::Cost_Order cost_order_of(const Replay_Arguments& arguments) {
-    using drawing::recording::Cost_Order;
-    if (!arguments.timing.empty() && arguments.timing != "table" && arguments.timing != "json") {
-        throw drawing::Usage_Error("--timing: expected table or json, found '" + arguments.timing + "'");
-    }
-    for (const auto& [name, order] :
-         {std::pair("call", Cost_Order::calls), {"time", Cost_Order::time}, {"pixels", Cost_Order::pixels}}) {
-        if (arguments.sort == name) {
-            return order;
-        }
-    }
-    throw drawing::Usage_Error("--sort: expected call, time or pixels, found '" + arguments.sort + "'");
-}
-
 void add_timing(const Replay_Arguments& arguments, const drawing::Module_Choice& module,
                 const drawing::recording::Recording& recording, const drawing::recording::Replay_Settings& settings,
                 std::vector<drawing::recording::Call_Cost> costs, drawing::Output_Files& files) {
@@ -212,7 +124,7 @@ void draw(const Replay_Arguments& arguments, const drawing::Module_Choice& modul
         counter.emplace(recording, session);
     }
     if (!arguments.trace.empty()) {
-        trace.emplace(recording);
+        trace.emplace(recording, session.canvas(), arguments.threads);
     }
     if (!arguments.every_call.empty()) {
         every_call.emplace(arguments.every_call, recording, settings, session);
@@ -222,7 +134,7 @@ void draw(const Replay_Arguments& arguments, const drawing::Module_Choice& modul
             counter->before_call(call);
         }
         if (trace) {
-            trace->before_call();
+            trace->before_call(call);
         }
     };
     watched.after_call = [&](std::size_t call) {
@@ -250,13 +162,18 @@ void draw(const Replay_Arguments& arguments, const drawing::Module_Choice& modul
     if (counter) {
         add_timing(arguments, module, recording, settings, counter->costs(), files);
     }
-    const std::string digest =
-        arguments.hash
-            ? drawing::digest_of(drawing::recording::shown(drawing::raster_of(session.color_buffer()), session, recording))
-            : "";
-    files.commit();
+    std::string digest;
     if (arguments.hash) {
-        print(has_taken_output(arguments) ? stderr : stdout, digest + '\n');
+        digest =
+            drawing::digest_of(drawing::recording::shown(drawing::raster_of(session.color_buffer()), session, recording)) + '\n';
+    }
+    const bool prints_digest = !digest.empty() && !has_taken_output(arguments);
+    if (prints_digest) {
+        files.add("-", digest); // like a file: where standard output fails, no file appears
+    }
+    files.commit();
+    if (!prints_digest) {
+        print(stderr, digest);
     }
     if (arguments.writes_nothing()) {
         print_drawn(arguments, settings, recording.calls.size(), session);
@@ -307,8 +224,7 @@ void run(const Replay_Arguments& arguments, const drawing::Module_Choice& module
 
 Command replay_command() {
     const auto arguments = std::make_shared<Replay_Arguments>();
-    constexpr const char *output = "Output", *calls = "Which calls", *measuring = "Measuring";
-    Command command{
+    return {
         .name = "replay",
         .summary = "Draw a recording, a document of renderer calls.",
         .arguments = {{.names = {"recording"},
@@ -316,92 +232,7 @@ Command replay_command() {
                        .text = "The recording, plain or compressed; - reads standard input",
                        .target = &arguments->recording,
                        .is_required = true}},
-        .options = {{.names = {"--color"},
-                     .value = output_value("FILE.png", {"png"}),
-                     .text = "Write the colour buffer as PNG, RGBA or palette",
-                     .target = &arguments->color,
-                     .group = output},
-                    {.names = {"--depth"},
-                     .value = output_value("FILE.png", {"png"}),
-                     .text = "Write the depth buffer as PNG, 16-bit greyscale",
-                     .target = &arguments->depth,
-                     .group = output},
-                    {.names = {"--color-raw"},
-                     .value = text_value("FILE"),
-                     .text = "Write the colour buffer as plain rows, top row first",
-                     .target = &arguments->color_raw,
-                     .group = output},
-                    {.names = {"--depth-raw"},
-                     .value = text_value("FILE"),
-                     .text = "Write the depth buffer as plain rows, top row first",
-                     .target = &arguments->depth_raw,
-                     .group = output},
-                    {.names = {"--report"},
-                     .value = output_value("FILE.json", {"json"}),
-                     .text = "Write what happened besides drawing, as JSON",
-                     .target = &arguments->report,
-                     .group = output},
-                    {.names = {"--record"},
-                     .value = output_value("RECORDING", {"json", "gz", "zst", "cbor"}),
-                     .text = "Write what was drawn as a recording, smaller as .cbor.zst, .json.zst or .gz",
-                     .target = &arguments->record,
-                     .group = output},
-                    {.names = {"--hash"},
-                     .text = "Print the SHA-256 of the colour buffer's pixels",
-                     .target = &arguments->hash,
-                     .group = output},
-                    memory_option(arguments->max_memory),
-                    {.names = {"--unchecked"},
-                     .text = "Send coordinates that renderers trust without looking at them",
-                     .target = &arguments->unchecked,
-                     .group = calls},
-                    {.names = {"--until"},
-                     .value = text_value("N"),
-                     .text = "Stop after call N; the first call is 0",
-                     .target = &arguments->until,
-                     .group = calls},
-                    {.names = {"--only"},
-                     .value = text_value("A..B"),
-                     .text = "Draw with the calls A to B alone; earlier ones only set the renderer up",
-                     .target = &arguments->only,
-                     .group = calls,
-                     .excludes = {"--until"}},
-                    {.names = {"--every-call"},
-                     .value = text_value("FOLDER"),
-                     .text = "Write the colour buffer after every call, numbered, into FOLDER; more than " +
-                             std::to_string(most_files_unasked) + " files only with --until or --only",
-                     .target = &arguments->every_call,
-                     .group = calls},
-                    {.names = {"--trace"},
-                     .value = output_value("FILE.json", {"json"}),
-                     .text = "Write the time of each call as trace events, which browsers and Perfetto show on a timeline",
-                     .target = &arguments->trace,
-                     .group = measuring},
-                    {.names = {"--threads"},
-                     .value = whole_value("N", 1, 1024),
-                     .text = "Threads that draw, each in rows of its own, with the same result; one does for --report",
-                     .target = &arguments->threads,
-                     .group = measuring,
-                     .by_default = std::to_string(arguments->threads),
-                     .excludes = {"--timing", "--trace"}},
-                    {.names = {"--timing"},
-                     .value = optional_value("table", suggested_value("FORM", {"table", "json"})),
-                     .text = "Print for each call the pixels that it changed and its time, or the same for programs",
-                     .target = &arguments->timing,
-                     .group = measuring},
-                    {.names = {"--sort"},
-                     .value = suggested_value("NAME", {"call", "time", "pixels"}),
-                     .text = "Order of --timing",
-                     .target = &arguments->sort,
-                     .group = measuring,
-                     .needs = {"--timing"}},
-                    {.names = {"--repeat"},
-                     .value = whole_value("N", 1, 100000),
-                     .text = "Times of --timing are the best of so many replays",
-                     .target = &arguments->repeat,
-                     .group = measuring,
-                     .by_default = std::to_string(arguments->repeat),
-                     .needs = {"--timing"}}},
+        .options = replay_options(*arguments),
         .examples = {{"vorna replay crystals.json --color crystals.png --depth depth.png", "both buffers of a recording"},
                      {"vorna replay bunny.json.gz --timing --sort time", "what each call changed and cost, the dearest first"},
                      {"vorna replay bunny.json.gz --until 12 --color part.png", "what the first thirteen calls draw"},
@@ -410,10 +241,6 @@ Command replay_command() {
             run(*arguments, chosen_module(given));
             return exit_status::done;
         }};
-    std::vector<Option> history = history_options(arguments->history);
-    command.options.insert(command.options.end(), std::make_move_iterator(history.begin()),
-                           std::make_move_iterator(history.end()));
-    return command;
 }
 
 } // namespace vorna::app

@@ -15,9 +15,9 @@
 
 namespace vorna::app {
 
-namespace {
-
 using drawing::recording::Image_Area;
+
+namespace {
 
 // Whole numbers with these characters between them and nothing else.
 template <std::size_t count>
@@ -33,24 +33,6 @@ std::optional<std::array<std::int32_t, count>> numbers_in(std::string_view text,
         next = stop + 1;
     }
     return numbers;
-}
-
-// place: of the text, for messages.
-VT_Int_Pair parsed_pixel(const std::string& place, std::string_view text) {
-    if (const auto numbers = numbers_in(text, ",")) {
-        return {(*numbers)[0], (*numbers)[1]};
-    }
-    throw drawing::Usage_Error(place + ": expected X,Y, a column and a row of the image from its top left, found '" +
-                               drawing::printable(std::string(text)) + "'");
-}
-
-Image_Area parsed_area(const std::string& text) {
-    if (const auto numbers = numbers_in(text, ",,x")) {
-        const auto [x, y, width, height] = *numbers;
-        return {{x, y}, {width, height}};
-    }
-    throw drawing::Usage_Error("--area: expected X,Y,WxH, the top left pixel of an area of the image and its size, found '" +
-                               drawing::printable(text) + "'");
 }
 
 struct Asked_Pixels {
@@ -95,6 +77,23 @@ std::string place_of(const History_Arguments& arguments, const Asked_Pixels& ask
 }
 
 } // namespace
+
+VT_Int_Pair parsed_pixel(const std::string& place, std::string_view text) {
+    if (const auto numbers = numbers_in(text, ",")) {
+        return {(*numbers)[0], (*numbers)[1]};
+    }
+    throw drawing::Usage_Error(place + ": expected X,Y, a column and a row of the image from its top left, found '" +
+                               drawing::printable(std::string(text)) + "'");
+}
+
+Image_Area parsed_area(const std::string& text) {
+    if (const auto numbers = numbers_in(text, ",,x")) {
+        const auto [x, y, width, height] = *numbers;
+        return {{x, y}, {width, height}};
+    }
+    throw drawing::Usage_Error("--area: expected X,Y,WxH, the top left pixel of an area of the image and its size, found '" +
+                               drawing::printable(text) + "'");
+}
 
 std::vector<Option> history_options(History_Arguments& arguments) {
     constexpr const char* group = "Pixels";

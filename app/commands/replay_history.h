@@ -2,11 +2,13 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/cli/options.h"
 #include "drawing/files/load_limits.h"
 #include "drawing/recording/history_report.h"
+#include "drawing/recording/pixel_history.h"
 #include "drawing/recording/recording.h"
 #include "drawing/recording/replay.h"
 #include "drawing/recording/session.h"
@@ -20,6 +22,10 @@ struct History_Arguments {
 
     bool is_given() const { return !pixels.empty() || !pixel_file.empty() || !area.empty(); }
 };
+
+// X,Y and X,Y,WxH as options have them. place: of the text, for messages. Throw Usage_Error.
+VT_Int_Pair parsed_pixel(const std::string& place, std::string_view text);
+drawing::recording::Image_Area parsed_area(const std::string& text);
 
 std::vector<Option> history_options(History_Arguments& arguments);
 

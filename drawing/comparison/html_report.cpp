@@ -42,22 +42,6 @@ img { max-width: 100%; image-rendering: pixelated; outline: 1px solid #ccc;
 <body>
 )";
 
-std::string base64(std::string_view bytes) {
-    constexpr const char* digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    text.reserve((bytes.size() + 2) / 3 * 4);
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        std::uint32_t group = 0;
-        for (std::size_t k = 0; k < 3; ++k) {
-            group = group << 8 | (i + k < bytes.size() ? static_cast<std::uint8_t>(bytes[i + k]) : 0U);
-        }
-        for (std::size_t k = 0; k < 4; ++k) {
-            text += i + k > bytes.size() ? '=' : digits[group >> (18 - 6 * k) & 63U];
-        }
-    }
-    return text;
-}
-
 // PNG files.
 struct Figures {
     std::string first, second, difference; // empty where there is none

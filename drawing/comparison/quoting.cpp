@@ -1,6 +1,8 @@
 // Texts made safe for documents and shells.
 #include "drawing/comparison/quoting.h"
 
+#include <cstdint>
+
 #include "drawing/files/printable.h"
 
 namespace vorna::drawing::comparison {
@@ -45,6 +47,22 @@ std::string shell_quoted(std::string_view text) {
         }
     }
     return result + "'";
+}
+
+std::string base64(std::string_view bytes) {
+    constexpr const char* digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    text.reserve((bytes.size() + 2) / 3 * 4);
+    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        std::uint32_t group = 0;
+        for (std::size_t k = 0; k < 3; ++k) {
+            group = group << 8 | (i + k < bytes.size() ? static_cast<std::uint8_t>(bytes[i + k]) : 0U);
+        }
+        for (std::size_t k = 0; k < 4; ++k) {
+            text += i + k > bytes.size() ? '=' : digits[group >> (18 - 6 * k) & 63U];
+        }
+    }
+    return text;
 }
 
 bool is_plain(const std::string& text) {

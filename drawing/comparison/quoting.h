@@ -10,6 +10,9 @@ namespace vorna::drawing::comparison {
 // become U+FFFD.
 std::string markup_escaped(std::string_view text);
 
+// Base64 (RFC 4648) with its padding, for the URLs of pages.
+std::string base64(std::string_view bytes);
+
 // The text as one word of a POSIX shell. Any bytes but 0 may be in it.
 std::string shell_quoted(std::string_view text);
 

@@ -8,14 +8,20 @@
 #include "drawing/files/process_wait.h"
 
 #if !defined(_WIN32)
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <fstream>
 #include <utility>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #if defined(__linux__)
+#include <filesystem>
+
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #endif
 #endif
@@ -56,6 +62,63 @@ namespace {
     _exit(127);
 }
 
+#if defined(__linux__)
+
+// As long as an object exists, processes whose parents have ended become children of this one, also those that have left their
+// group or session.
+class Orphans {
+public:
+    Orphans() : earlier_children_(children()) {
+        prctl(PR_GET_CHILD_SUBREAPER, &before_);
+        prctl(PR_SET_CHILD_SUBREAPER, 1UL);
+    }
+    Orphans(const Orphans&) = delete;
+    Orphans& operator=(const Orphans&) = delete;
+    ~Orphans() {
+        try {
+            end();
+        } catch (const std::exception&) {
+            // Without memory or /proc some live on.
+        }
+        prctl(PR_SET_CHILD_SUBREAPER, static_cast<unsigned long>(before_));
+    }
+
+private:
+    // Each one that is killed leaves its children to this process.
+    void end() const {
+        for (bool has_killed = true; has_killed;) {
+            has_killed = false;
+            for (const pid_t child : children()) {
+                if (std::ranges::count(earlier_children_, child) == 0 && kill(child, SIGKILL) == 0) {
+                    has_killed = true;
+                    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+                    }
+                }
+            }
+        }
+    }
+
+    static std::vector<pid_t> children() {
+        std::vector<pid_t> found;
+        for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+            std::ifstream list(thread.path() / "children");
+            for (pid_t child = 0; list >> child;) {
+                found.push_back(child);
+            }
+        }
+        return found;
+    }
+
+    const std::vector<pid_t> earlier_children_;
+    int before_ = 0;
+};
+
+#else
+
+class Orphans {};
+
+#endif
+
 // A process and all that it has started, which are one group.
 class Process_Group {
 public:
@@ -94,6 +157,7 @@ private:
 Shell_Ending run_shell(const std::string& command, const std::string& argument, std::chrono::milliseconds limit,
                        const std::string& errors) {
     const auto end = std::chrono::steady_clock::now() + limit;
+    [[maybe_unused]] const Orphans orphans; // ends them after the group
     const pid_t process = fork();
     if (process < 0) {
         throw std::system_error(errno, std::generic_category(), "no process could be started");

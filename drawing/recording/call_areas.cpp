@@ -10,6 +10,7 @@
 
 #include "drawing/recording/call_kinds.h"
 #include "drawing/recording/rendition_maker.h"
+#include "drawing/recording/summary.h"
 #include "vorna/call_rows.h"
 
 namespace vorna::drawing::recording {
@@ -85,11 +86,12 @@ private:
 
     template <class Arguments> Box box_of(const Arguments& a) {
         if constexpr (requires { a.points.size(); }) {
-            return {around(a.points, margin())};
+            const VT_Int_Rectangle box = around(a.points, margin());
+            return {box, false, box == everywhere ? 0 : points_of_pieces(), margin()};
         } else if constexpr (requires { a.radii; }) {
-            // Whatever its rotation, a shape stays as near to its centre as its radii are long.
+            // Whatever its rotation, a shape stays as near to its centre as the longer radius is long. Lines keep their margin.
             const VT_DCI_Point& center = a.center;
-            const std::int64_t reach = std::abs(std::int64_t{a.radii.x}) + std::abs(std::int64_t{a.radii.y});
+            const std::int64_t reach = std::max(std::abs(std::int64_t{a.radii.x}), std::abs(std::int64_t{a.radii.y}));
             return {around({center.x, center.x, center.y, center.y}, reach + margins().line), true};
         } else if constexpr (requires { a.point; }) {
             return {around({a.point.x, a.point.x, a.point.y, a.point.y}, rounding_margin)};
@@ -103,6 +105,19 @@ private:
             return {everywhere}; // may be stretched over the window
         } else {
             return {nowhere};
+        }
+    }
+
+    std::int32_t points_of_pieces() const {
+        switch (primitive_of(*call_->kind)) {
+        case Primitive::polymarker:
+            return 1;
+        case Primitive::polyline:
+            return 2;
+        case Primitive::polytriangle:
+            return 3;
+        default:
+            return 0;
         }
     }
 
@@ -143,7 +158,7 @@ private:
     const Call* call_ = nullptr;
 };
 
-Call_Areas::Call_Areas(const Recording& recording) {
+Call_Areas::Call_Areas(const Recording& recording) : recording_(recording) {
     Maker maker(recording);
     boxes_.reserve(recording.calls.size());
     for (const Call& call : recording.calls) {
@@ -165,6 +180,49 @@ VT_Int_Rectangle Call_Areas::placed(const Box& box, const VT_Int_Rectangle& wind
 
 VT_Int_Rectangle Call_Areas::area(std::size_t call, const VT_Int_Rectangle& window) const noexcept {
     return common_part(placed(boxes_[call], window), window);
+}
+
+std::size_t Call_Areas::pieces(std::size_t call) const noexcept {
+    const auto points = static_cast<std::size_t>(boxes_[call].piece_points);
+    const std::size_t count = points_of(recording_.calls[call]);
+    return points == 0 || count < points ? 1 : count - points + 1;
+}
+
+bool Call_Areas::may_change(std::size_t call, VT_Int_Pair pixel) const noexcept {
+    const Box& box = boxes_[call];
+    if (box.piece_points == 0) {
+        return true;
+    }
+    return std::visit(
+        [&](const auto& arguments) {
+            if constexpr (requires { arguments.points.size(); }) {
+                // The whole numbers of boxes are rounded towards 0.
+                const double reach = static_cast<double>(box.margin) + 1;
+                const auto points = static_cast<std::size_t>(box.piece_points);
+                const auto is_near = [&](std::size_t first, auto coordinate, double place) {
+                    double least = static_cast<double>(arguments.points[first].*coordinate), most = least;
+                    for (std::size_t i = first + 1; i < first + points; ++i) {
+                        const auto each = static_cast<double>(arguments.points[i].*coordinate);
+                        least = std::min(least, each);
+                        most = std::max(most, each);
+                    }
+                    return place >= least - reach && place <= most + reach;
+                };
+                using Point = std::decay_t<decltype(arguments.points[0])>;
+                if (arguments.points.size() < points) {
+                    return true;
+                }
+                for (std::size_t i = 0; i + points <= arguments.points.size(); ++i) {
+                    if (is_near(i, &Point::x, pixel.x) && is_near(i, &Point::y, pixel.y)) {
+                        return true;
+                    }
+                }
+                return false;
+            } else {
+                return true;
+            }
+        },
+        recording_.calls[call].arguments);
 }
 
 bool Call_Areas::is_inside(std::size_t call, const VT_Int_Rectangle& window) const noexcept {

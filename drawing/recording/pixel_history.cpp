@@ -116,13 +116,20 @@ private:
             area.left /= static_cast<std::int32_t>(sizeof(VT_RGB32));
         }
         watched_.find(area, touched_);
+        const bool is_checked = !settings_.unchecked && (has_trusted_points(kind.name) || !kind.name.starts_with("draw_"));
         if (touched_.empty()) {
             // A call that a replay refuses is refused here too.
-            const bool is_checked = !settings_.unchecked && (has_trusted_points(kind.name) || !kind.name.starts_with("draw_"));
             if (makes_all_ || (is_checked && !areas_.is_inside(call, window))) {
                 drawn_.make(call);
             }
             return;
+        }
+        const bool is_trusted = !is_checked || areas_.is_inside(call, window);
+        if (is_trusted && !makes_all_ && !drawn_.has_indices_in_colors()) {
+            note_pixels_beside(call, window);
+            if (touched_.empty()) {
+                return;
+            }
         }
         pixels_.clear();
         for (const std::uint32_t i : touched_) {
@@ -140,6 +147,24 @@ private:
         for (std::size_t i = 0; i < touched_.size(); ++i) {
             note_(call, touched_[i], pixels_[i]);
         }
+    }
+
+    // Notes the pixels that lie beside all pieces of the call, and leaves them out. Many pixels with many pieces are drawn
+    // sooner.
+    void note_pixels_beside(std::size_t call, const VT_Int_Rectangle& window) {
+        constexpr std::size_t most_comparisons = 4096;
+        if (areas_.pieces(call) * touched_.size() > most_comparisons) {
+            return;
+        }
+        std::erase_if(touched_, [&](std::uint32_t i) {
+            const VT_Int_Pair place = watched_.places()[i];
+            if (areas_.may_change(call, {window.left + place.x, window.bottom + place.y})) {
+                return false;
+            }
+            const Pixel_Value now = value(i);
+            note_(call, i, {.place = place, .before = now, .after = now});
+            return true;
+        });
     }
 
     // The probe knows single pixels, but indices in a buffer of colours depend on the depths of other columns.

@@ -125,6 +125,8 @@ public:
     // The calls that drew or were refused in the area, and with has_outside those that came near.
     std::vector<Area_Event> of_area(const Image_Area& area) const;
 
+    // Device pixels of the window after the calls.
+    const VT_Int_Rectangle& window() const noexcept { return window_; }
     // The size of the image, and whether it has the pixel or the whole area.
     VT_Int_Pair image_size() const noexcept;
     bool has(VT_Int_Pair pixel) const noexcept;

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "drawing/recording/sparse_buffer.h"
+#include "vorna/drawn_rows.h"
 
 namespace vorna::drawing::recording {
 
@@ -54,6 +55,7 @@ void Row_Replay::adopt_buffers() {
     const VT_Option* const option = session_.renderer().current_table.find(scissor_rows);
     if (const auto set_rows = option ? option->as_setter<VT_Int_Setter>() : nullptr) {
         set_rows(session_.renderer(), rows_);
+        note_drawn_rows(session_.renderer(), rows_[0], rows_[1]);
     }
 }
 

@@ -6,10 +6,14 @@
 namespace vorna::drawing::recording {
 
 Raster shown(const Raster& raster, const Session& session, const Recording& recording) {
+    return shown(raster, session.window(), recording);
+}
+
+Raster shown(const Raster& raster, const VT_Int_Rectangle& window, const Recording& recording) {
     if (!recording.output) {
         return raster;
     }
-    const VT_Int_Rectangle window = session.window(), &area = *recording.output;
+    const VT_Int_Rectangle& area = *recording.output;
     if (is_empty(area) || common_part(area, window) != area) {
         throw Recording_Error("output: expected a rectangle inside the window");
     }

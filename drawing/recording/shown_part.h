@@ -7,7 +7,8 @@
 
 namespace vorna::drawing::recording {
 
-// raster: of the session's whole window. Throws Recording_Error for a part that is not inside the window.
+// raster: of the whole window. Throws Recording_Error for a part that is not inside the window.
 Raster shown(const Raster& raster, const Session& session, const Recording& recording);
+Raster shown(const Raster& raster, const VT_Int_Rectangle& window, const Recording& recording);
 
 } // namespace vorna::drawing::recording

@@ -20,29 +20,72 @@ std::string microseconds(std::chrono::nanoseconds time) {
     return text;
 }
 
+// An event of a lane, which viewers call a thread.
+std::string event_text(const Call& call, std::size_t lane, std::chrono::nanoseconds begin, std::chrono::nanoseconds duration,
+                       const nlohmann::ordered_json& arguments) {
+    return ",\n{\"name\":\"" + std::string(call.kind->name) + "\",\"cat\":\"" + (is_slot(*call.kind) ? "slot" : "replay") +
+           "\",\"ph\":\"X\",\"pid\":1,\"tid\":" + std::to_string(lane) + ",\"ts\":" + microseconds(begin) +
+           ",\"dur\":" + microseconds(duration) + ",\"args\":" + arguments.dump() + '}';
+}
+
+std::string lane_name(std::size_t lane, const std::string& name) {
+    return ",\n{\"name\":\"thread_name\",\"ph\":\"M\",\"pid\":1,\"tid\":" + std::to_string(lane) + ",\"args\":{\"name\":\"" +
+           name + "\"}}";
+}
+
+constexpr std::size_t lane_of_calls = 1;
+
 } // namespace
 
-void Call_Trace::before_call() noexcept {
+Call_Trace::Call_Trace(const Recording& recording, Canvas& canvas, unsigned threads)
+    : recording_(recording), canvas_(canvas), works_(threads > 1 ? threads : 0) {
+    if (!works_.empty()) {
+        canvas_.watch_threads(
+            {[this] { return call_; }, [this](const Thread_Work& work) { works_[work.thread].push_back(work); }});
+    }
+}
+
+Call_Trace::~Call_Trace() {
+    try {
+        canvas_.watch_threads({});
+    } catch (...) {
+        // A call has failed that was kept; the canvas has told so, or is about to end.
+    }
+}
+
+void Call_Trace::before_call(std::size_t call) noexcept {
+    call_ = call;
     start_ = Clock::now();
+    first_ = has_begun_ ? first_ : start_;
+    has_begun_ = true;
 }
 
 // The event is text at once, because a long recording would need many times its size as a JSON value.
 void Call_Trace::after_call(std::size_t call) {
     const auto duration = std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now() - start_);
-    const Call& made = recording_.calls[call];
     const nlohmann::ordered_json arguments{
-        {"call", call}, {"points", points_of(made)}, {"rendition", short_rendition(recording_, call)}};
-    events_ += ",\n{\"name\":\"" + std::string(made.kind->name) + "\",\"cat\":\"" + (is_slot(*made.kind) ? "slot" : "replay") +
-               "\",\"ph\":\"X\",\"pid\":1,\"tid\":1,\"ts\":" + microseconds(elapsed_) + ",\"dur\":" + microseconds(duration) +
-               ",\"args\":" + arguments.dump() + '}';
+        {"call", call}, {"points", points_of(recording_.calls[call])}, {"rendition", short_rendition(recording_, call)}};
+    events_ +=
+        event_text(recording_.calls[call], lane_of_calls, works_.empty() ? elapsed_ : start_ - first_, duration, arguments);
     elapsed_ += duration;
 }
 
 std::string Call_Trace::json() const {
-    return R"({"displayTimeUnit":"ns","traceEvents":[
-{"name":"process_name","ph":"M","pid":1,"tid":1,"args":{"name":"vorna replay"}},
-{"name":"thread_name","ph":"M","pid":1,"tid":1,"args":{"name":"calls"}})" +
-           events_ + "\n]}\n";
+    std::string text = R"({"displayTimeUnit":"ns","traceEvents":[
+{"name":"process_name","ph":"M","pid":1,"tid":1,"args":{"name":"vorna replay"}})" +
+                       lane_name(lane_of_calls, "calls");
+    for (std::size_t thread = 0; thread < works_.size(); ++thread) {
+        text += lane_name(lane_of_calls + 1 + thread, "thread " + std::to_string(thread));
+    }
+    text += events_;
+    for (const std::vector<Thread_Work>& works : works_) {
+        for (const Thread_Work& work : works) {
+            const auto call = static_cast<std::size_t>(work.mark);
+            text += event_text(recording_.calls[call], lane_of_calls + 1 + work.thread, work.begin - first_,
+                               work.end - work.begin, {{"call", call}});
+        }
+    }
+    return text + "\n]}\n";
 }
 
 } // namespace vorna::drawing::recording

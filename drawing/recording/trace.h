@@ -4,30 +4,41 @@
 #include <chrono>
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "drawing/recording/recording.h"
+#include "vorna/canvas.h"
 
 namespace vorna::drawing::recording {
 
-// Measures the calls of a replay.
+// Measures the calls of a replay, and with several threads what each of them draws.
 class Call_Trace {
 public:
-    explicit Call_Trace(const Recording& recording) : recording_(recording) {}
+    // canvas: that the calls draw on, with so many threads. It tells the threads' work as long as the object lives.
+    Call_Trace(const Recording& recording, Canvas& canvas, unsigned threads);
+    Call_Trace(const Call_Trace&) = delete;
+    Call_Trace& operator=(const Call_Trace&) = delete;
+    ~Call_Trace();
 
     // For Replay_Settings; the first next to the call.
-    void before_call() noexcept;
+    void before_call(std::size_t call) noexcept;
     void after_call(std::size_t call);
 
-    // The document. Times are microseconds from the first call on; the time between calls is left out.
+    // The document, after the replay. Times are microseconds from the first call on. With one thread the time between calls is
+    // left out.
     std::string json() const;
 
 private:
     using Clock = std::chrono::steady_clock;
 
     const Recording& recording_;
+    Canvas& canvas_;
     std::string events_;
-    Clock::time_point start_;
+    Clock::time_point first_, start_;
     std::chrono::nanoseconds elapsed_{0};
+    std::size_t call_ = 0;
+    bool has_begun_ = false;
+    std::vector<std::vector<Thread_Work>> works_; // by thread; empty = one thread
 };
 
 } // namespace vorna::drawing::recording

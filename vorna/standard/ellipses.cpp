@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "vorna/draw.h"
+#include "vorna/drawn_rows.h"
 #include "vorna/standard/conversion.h"
 #include "vorna/standard/drawing_area.h"
 #include "vorna/standard/lines.h"
@@ -89,17 +90,17 @@ private:
     double a_, b_, start_, sweep_, cosine_, sine_;
 };
 
-// The pixels of a shape that lie inside a rectangle.
+// The pixels of a shape that lie inside a rectangle, in those of its rows that are drawn.
 class Pixel_Set {
 public:
-    explicit Pixel_Set(const VT_Int_Rectangle& visible) : visible_(visible) {}
+    Pixel_Set(const VT_Int_Rectangle& visible, const VT_Int_Rectangle& drawn) : visible_(visible), drawn_(drawn) {}
 
-    const VT_Int_Rectangle& visible() const noexcept { return visible_; }
+    const VT_Int_Rectangle& drawn() const noexcept { return drawn_; }
 
     void add(std::int32_t row, double left, double right) {
         const double first = std::ceil(std::max<double>(left, visible_.left));
         const double last = std::floor(std::min<double>(right, visible_.right));
-        if (row >= visible_.bottom && row <= visible_.top && first <= last) {
+        if (row >= drawn_.bottom && row <= drawn_.top && first <= last) {
             runs_.push_back({row, static_cast<std::int32_t>(first), static_cast<std::int32_t>(last)});
         }
     }
@@ -111,7 +112,8 @@ public:
         }
     }
 
-    // Whether a box of that size around a point may overlap the rectangle.
+    // Whether a box of that size around a point may overlap the rectangle, in any row: which pixels of an outline are left out
+    // depends on all those before them.
     bool may_show(const Vector& point, double reach) const noexcept {
         return point.x + reach >= visible_.left - 1 && point.x - reach <= visible_.right + 1 &&
                point.y + reach >= visible_.bottom - 1 && point.y - reach <= visible_.top + 1;
@@ -135,7 +137,7 @@ private:
         std::int32_t row, first, last;
     };
 
-    VT_Int_Rectangle visible_;
+    VT_Int_Rectangle visible_, drawn_;
     std::vector<Run> runs_;
 };
 
@@ -194,7 +196,7 @@ void add_crossing(std::vector<double>& crossings, const Vector& center, const Ve
 
 // The pixels inside a whole ellipse or a pie: the part of each row inside the ellipse, cut at the two radii.
 void add_inside(Pixel_Set& pixels, const Curve& curve) {
-    for (std::int32_t row = pixels.visible().bottom; row <= pixels.visible().top; ++row) {
+    for (std::int32_t row = pixels.drawn().bottom; row <= pixels.drawn().top; ++row) {
         double left = 0;
         double right = 0;
         if (!curve.row_inside(row, left, right)) {
@@ -323,7 +325,7 @@ void draw_ellipse(VT_Renderer_Data& renderer, const VT_Rendition& rendition, con
         draw_polyline(renderer, rendition, curve, center.z, color);
         return;
     }
-    Pixel_Set pixels(visible);
+    Pixel_Set pixels(visible, vorna::in_drawn_rows(renderer, visible));
     add_curve(pixels, curve);
     if (is_filled) {
         add_inside(pixels, curve);

@@ -10,6 +10,7 @@
 #include "host/attributes.h"
 #include "host/segment_clip.h"
 #include "vorna/draw.h"
+#include "vorna/drawn_rows.h"
 #include "vorna/standard/conversion.h"
 #include "vorna/standard/dashes.h"
 #include "vorna/standard/lines.h"
@@ -64,7 +65,7 @@ void draw_through_slot(VT_Renderer_Data& renderer, const VT_Rendition& rendition
 
 // Draws a line of one pixel as dots along the longer axis of each segment. A vertex belongs to the segment that begins there.
 void draw_dots(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const Line& line) {
-    const VT_Int_Rectangle visible = visible_rectangle(renderer, rendition);
+    const VT_Int_Rectangle visible = in_drawn_rows(renderer, visible_rectangle(renderer, rendition));
     if (is_empty(visible)) {
         return;
     }
@@ -177,7 +178,7 @@ void draw_paths(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const
                              line.shading,
                              has_depth_in_force(renderer, rendition),
                              draws_smoothed(renderer, rendition)};
-        fill_strokes(paths, pen, clip, Run_Drawing(renderer, rendition, line));
+        fill_strokes(paths, pen, in_drawn_rows(renderer, clip), Run_Drawing(renderer, rendition, line));
         return;
     }
     const VT_Reference<VT_Rendition> plain = plain_copy(rendition);

@@ -1,4 +1,6 @@
 // The times of calls as events for viewers of timelines.
+#include <algorithm>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -47,7 +49,49 @@ TEST(Call_Trace, has_an_event_for_each_call) {
     EXPECT_EQ(call, 5U);
     EXPECT_GT(end, 0);
     EXPECT_EQ(trace["traceEvents"][5]["name"], "draw_2di_polytriangle");
-    EXPECT_EQ(run_vorna({"replay", "-", "--trace", file, "--threads", "2"}, recording).status, 2);
+}
+
+// Calls that cover all rows are drawn by every thread that takes a band, in the order of the calls within a thread's row of
+// events.
+TEST(Call_Trace, has_a_lane_for_each_thread) {
+    std::string calls;
+    for (int i = 0; i < 400; ++i) {
+        calls += R"(, {"call": "draw_2di_polytriangle", "points": [0, 0, 100, 399, 0, 100, 200, 399, 100]})";
+    }
+    const std::string many = R"({"picture": 1, "window": {"width": 400, "height": 400}, "calls": [
+        {"call": "clear_depth_rectangle", "rectangle": [0, 399, 0, 399]})" +
+                             calls + "]}";
+    const Temporary_Folder folder;
+    const std::string file = folder.file("trace.json");
+    const replay_tests::Outcome outcome = run_vorna({"replay", "-", "--trace", file, "--threads", "3"}, many);
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    std::map<int, std::string> names;
+    std::map<int, double> ends;                // of each lane's last event
+    std::map<std::size_t, double> kept, ended; // by call: when the application began with it, and when its last part was drawn
+    const json trace = json::parse(replay_tests::read_file(file));
+    for (const json& event : trace["traceEvents"]) {
+        const int lane = event["tid"];
+        if (event["ph"] == "M") {
+            names[lane] = event["args"]["name"];
+            continue;
+        }
+        const double start = event["ts"], end = start + event["dur"].get<double>();
+        const std::size_t call = event["args"]["call"];
+        EXPECT_GE(start, ends[lane] - 0.002) << "events of a lane overlap";
+        ends[lane] = end;
+        if (lane == 1) {
+            kept[call] = start;
+        } else {
+            EXPECT_GE(start, kept.at(call)) << "drawn before it was kept";
+            ended[call] = std::max(ended[call], end);
+        }
+    }
+    EXPECT_EQ(names[1], "calls");
+    EXPECT_EQ(names[2], "thread 0");
+    EXPECT_EQ(names[4], "thread 2");
+    EXPECT_EQ(names.size(), 4U);
+    EXPECT_EQ(kept.size(), 401U);
+    EXPECT_EQ(ended.size(), 401U);
 }
 
 } // namespace

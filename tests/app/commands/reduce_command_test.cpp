@@ -1,5 +1,6 @@
 // vorna reduce: the command that it runs, its limits, and what it leaves behind.
 #include <chrono>
+#include <sstream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -79,6 +80,26 @@ TEST_F(Reduce, ends_in_time_with_the_smallest_so_far) {
     EXPECT_THAT(outcome.output, HasSubstr("; --time-limit ended it"));
     EXPECT_THAT(read_file(small), HasSubstr("50,5"));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+}
+
+// One process in a session of its own, and one whose parent has ended before the command does.
+TEST_F(Reduce, kills_processes_that_have_left_the_command_s_group) {
+#if !defined(__linux__)
+    GTEST_SKIP() << "needs Linux";
+#endif
+    const std::string started = folder.file("started");
+    const std::string command = "setsid sleep 100 & echo $! >>'" + started + "'; (setsid sh -c 'sleep 100 & echo $! >>\"" +
+                                started +
+                                "\"; wait' & sleep 0.1); "
+                                "exit 0";
+    const Outcome outcome = reduced(command);
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    std::istringstream lines(read_file(started));
+    int count = 0;
+    for (std::string process; std::getline(lines, process); ++count) {
+        EXPECT_FALSE(std::filesystem::exists("/proc/" + process)) << process;
+    }
+    EXPECT_GE(count, 4);
 }
 
 // A shell starts it in a folder for temporary files of its own, interrupts it, and lists what is left.

@@ -1,4 +1,5 @@
 // vorna replay as a user runs it: exit statuses, messages, and files that appear whole or not at all.
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include <gmock/gmock.h>
@@ -200,6 +201,17 @@ TEST_F(Replay_Command, writes_all_files_or_none) {
     EXPECT_EQ(without.status, 2);
     EXPECT_EQ(without.errors, "vorna: standard input: there is no depth buffer for --depth or --depth-raw\n");
     EXPECT_THAT(folder.names(), IsEmpty());
+
+    // The line of --hash counts like a file.
+    EXPECT_EQ(run_vorna({"replay", "-", "--color", folder.file("c.png"), "--hash"}, small).output.size(), 65U);
+    EXPECT_THAT(folder.names(), testing::ElementsAre("c.png"));
+#if defined(__linux__)
+    const std::string recording = folder.file("small.json", small);
+    const std::string line = std::string(VORNA_EMULATOR) + "'" VORNA_COMMAND "' replay '" + recording + "' --color '" +
+                             folder.file("new.png") + "' --hash >/dev/full 2>/dev/null";
+    EXPECT_NE(std::system(line.c_str()), 0);
+    EXPECT_THAT(folder.names(), testing::ElementsAre("c.png", "small.json"));
+#endif
 }
 
 } // namespace
