@@ -1,6 +1,7 @@
-// The command's operator new. Large blocks lie in pages of 2 MB where the system has them: a page is mapped and cleared when it
-// is first written, which takes a tenth of the time for 2 MB at once. Only the command does so: a library leaves the choice to
-// its program. Sanitizers have an operator new of their own, and other systems keep the standard library's.
+// The command's operator new. Large blocks lie in large pages. Only the command does so: a library leaves the choice to its
+// program. Sanitizers have an operator new of their own, and other systems keep the standard library's.
+#include "drawing/files/large_pages.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <new>
@@ -8,24 +9,23 @@
 #include "drawing/files/address_sanitizer.h"
 
 #if defined(__linux__) && defined(__GLIBC__) && !defined(HAS_ADDRESS_SANITIZER) && !defined(HAS_THREAD_SANITIZER)
-#include <sys/mman.h>
 
 namespace {
 
-constexpr std::size_t page = std::size_t{2} << 20;
+using vorna::drawing::large_page;
 
 // At the beginning of a page, so that the block has as many whole ones as possible. Without such pages it is a block like others.
 void* large_block(std::size_t size, std::size_t alignment) noexcept {
-    void* const block = std::aligned_alloc(std::max(page, alignment), size);
+    void* const block = std::aligned_alloc(std::max(large_page, alignment), size);
     if (block) {
-        madvise(block, size / page * page, MADV_HUGEPAGE);
+        vorna::drawing::map_in_large_pages(block, size);
     }
     return block;
 }
 
 template <class Allocate> void* allocated(std::size_t size, std::size_t alignment, const Allocate& allocate) {
     for (;;) {
-        if (void* const block = size >= page ? large_block(size, alignment) : allocate()) {
+        if (void* const block = size >= large_page ? large_block(size, alignment) : allocate()) {
             return block;
         }
         const std::new_handler handler = std::get_new_handler();

@@ -44,14 +44,19 @@ std::vector<std::uint32_t> kept_triangles(const std::vector<model::Mesh>& meshes
 
 } // namespace
 
-Map::Content::Content(const Input& input, const map::Map_Settings& settings, const std::shared_ptr<Load_Limits>& limits)
-    : name(input.name) {
-    if (!is_map(input)) {
-        throw Usage_Error(name + ": expected a map or drawing");
+Map::Content::Content(std::vector<Input> inputs, const map::Map_Settings& settings, const std::shared_ptr<Load_Limits>& limits) {
+    if (inputs.empty()) {
+        throw Usage_Error("inputs: expected one or more");
+    }
+    for (const Input& input : inputs) {
+        if (!is_map(input)) {
+            throw Usage_Error(input.name + ": expected a map or drawing");
+        }
     }
     check(settings);
+    name = inputs.front().name;
     map::Map_Settings whole = settings;
-    const std::vector<map::Map_Source> sources = open_map_sources({input}, whole, *limits);
+    const std::vector<map::Map_Source> sources = open_map_sources(std::move(inputs), whole, *limits);
     const auto overlay = open_overlay(whole, *limits);
     scene = std::make_shared<map::Map_Scene>(sources, overlay, whole, VT_RGB32{255, 255, 255, 255}, limits);
 }
@@ -118,15 +123,23 @@ const std::vector<std::string>& Model::warnings() const {
     return content_->mesh.warnings;
 }
 
-Map::Map(const std::string& file, const map::Map_Settings& settings, const Reading& reading) {
+Map::Map(const std::vector<Map_Input>& inputs, const map::Map_Settings& settings, const Reading& reading) {
     const std::shared_ptr<Load_Limits> limits = limits_of(reading);
-    content_ = std::make_unique<Content>(open_input(file, "", *limits), settings, limits);
+    std::vector<Input> opened;
+    for (const Map_Input& input : inputs) {
+        opened.push_back(input.format.empty() ? open_input(input.name, "", *limits)
+                                              : Input{input.name, input.format, find_format(input.format), input.text});
+    }
+    content_ = std::make_unique<Content>(std::move(opened), settings, limits);
+}
+
+Map::Map(const std::string& file, const map::Map_Settings& settings, const Reading& reading)
+    : Map(std::vector<Map_Input>{{file, {}, {}}}, settings, reading) {
 }
 
 Map::Map(const std::string& name, const std::string& format, std::string text, const map::Map_Settings& settings,
          const Reading& reading)
-    : content_(
-          std::make_unique<Content>(Input{name, format, find_format(format), std::move(text)}, settings, limits_of(reading))) {
+    : Map(std::vector<Map_Input>{{name, format, std::move(text)}}, settings, reading) {
 }
 
 Map::Map(Map&&) noexcept = default;

@@ -77,11 +77,20 @@ struct Model_View : model::Model_Style {
     bool studio = false;           // soft light, dark corners, outlines and a shadow on the ground; 32 bits a pixel
 };
 
-// A map (GeoJSON, TopoJSON) or a drawing (DXF).
+// What a map is read from: a file, or the text that a file would hold.
+struct Map_Input {
+    std::string name;   // of the file; of a text, for messages
+    std::string format; // of a text: json or dxf; empty = a file
+    std::string text;
+};
+
+// A map (GeoJSON, TopoJSON and others) or a drawing (DXF).
 class VORNA_DRAWING_API Map {
 public:
     // file: also compressed by gzip.
     explicit Map(const std::string& file, const map::Map_Settings& settings = {}, const Reading& reading = {});
+    // Several, one or more, that are drawn one over the other.
+    explicit Map(const std::vector<Map_Input>& inputs, const map::Map_Settings& settings = {}, const Reading& reading = {});
     // text: what a file holds. name: for messages. format: json or dxf.
     Map(const std::string& name, const std::string& format, std::string text, const map::Map_Settings& settings = {},
         const Reading& reading = {});

@@ -40,7 +40,7 @@ private:
 };
 
 struct Map::Content {
-    Content(const Input& input, const map::Map_Settings& settings, const std::shared_ptr<Load_Limits>& limits);
+    Content(std::vector<Input> inputs, const map::Map_Settings& settings, const std::shared_ptr<Load_Limits>& limits);
 
     std::string name;
     std::shared_ptr<map::Map_Scene> scene;

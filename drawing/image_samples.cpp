@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "drawing/files/input_file.h"
+#include "drawing/files/interruption.h"
 #include "drawing/files/load_limits.h"
 #include "drawing/files/output_file.h"
 #include "drawing/files/usage_error.h"
@@ -171,6 +172,7 @@ std::string png_of(const Image_Samples& image) {
     const std::unique_ptr<Image_Encoder> encoder = image_encoder(form, samples.data());
     std::string file = encoder->head();
     for (std::uint32_t first = 0; first < form.height; first += encoder->block_rows()) {
+        Interruption::check();
         const std::uint8_t* start = &samples[first * form.row_bytes()];
         const Sample_Rows rows{first, std::min(first + encoder->block_rows(), form.height), start,
                                first > 0 ? start - form.row_bytes() : nullptr};

@@ -26,6 +26,18 @@ template <class Number> void expect_range(const char* member, Number value, Numb
     }
 }
 
+// One of the names, or none.
+void expect_name(const char* member, const std::string& name, const std::vector<std::string>& names) {
+    if (name.empty() || std::ranges::find(names, name) != names.end()) {
+        return;
+    }
+    std::string list;
+    for (const std::string& known : names) {
+        list += (list.empty() ? "" : ", ") + known;
+    }
+    throw Usage_Error(std::string(member) + ": expected one of " + list + ", found '" + name + "'");
+}
+
 void check_dashes(const char* member, const std::optional<map::Dashes>& dashes) {
     constexpr double longest = 10000;
     bool fits = !dashes || dashes->size() % 2 == 0;
@@ -103,7 +115,8 @@ void check(const map::Map_Settings& settings) {
     expect(breaks.size() < 64 && std::ranges::adjacent_find(breaks, falls) == breaks.end() &&
                std::ranges::all_of(breaks, [](double b) { return std::isfinite(b); }),
            "classing.breaks: expected up to 63 increasing numbers");
-    expect(settings.classing.ramp.empty() || map::ramp_colors(settings.classing.ramp, 1), "classing.ramp: expected a known name");
+    expect_name("classing.ramp", settings.classing.ramp, map::ramp_names());
+    expect_name("classing.method", settings.classing.method, {"quantiles", "equal", "natural", "categories"});
     expect_range("width_from", settings.width_from, 0, 1000);
     expect_range("width_to", settings.width_to, 0, 1000);
 }

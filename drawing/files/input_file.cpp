@@ -53,6 +53,7 @@ std::string unpacked_input(const std::string& name, std::string packed, Load_Lim
     if (!is_gzip(packed) && !is_zstd(packed)) {
         return packed;
     }
+    const Load_Limits::Loan window(limits, name, is_zstd(packed) ? zstd_window(packed) : 0);
     try {
         std::string content = (is_gzip(packed) ? gunzip : unzstd)(packed, most, [&](std::size_t bytes) {
             limits.take_memory(name, bytes);

@@ -3,14 +3,15 @@
 
 #include <utility>
 
+#include "drawing/files/json_memory.h"
+
 namespace vorna::drawing {
 
 // Removes the elements of a list or object, innermost first. The library's destructor asks for memory to hold the elements of
 // what it destroys, and ends the process when there is none; lists and objects that are empty need none.
 template <class Json> void release_json(Json& value, int depth = 0) noexcept {
-    // Of what files nest. What is deeper is left to the library, since recursion would need too much stack.
-    constexpr int deepest = 64;
-    if (depth == deepest || !value.is_structured()) {
+    // What is deeper is left to the library, since recursion would need too much stack.
+    if (depth == int{deepest_json} || !value.is_structured()) {
         return;
     }
     for (Json& element : value) {

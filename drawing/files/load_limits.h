@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "drawing/files/helpers.h"
+#include "drawing/files/interruption.h"
 #include "drawing/files/usage_error.h"
 
 namespace vorna::drawing {
@@ -46,10 +47,15 @@ public:
             fail_memory(file, bytes);
         }
     }
-    // A step is what takes about 10 ns.
+    // A step is what takes about 10 ns. Throws Interrupted, too.
     void take_work(const std::string& file, std::uint64_t steps) {
-        if (worked_.fetch_add(steps, std::memory_order_relaxed) + steps > work()) {
+        constexpr std::uint64_t between_looks = std::uint64_t{1} << 20; // 10 ms
+        const std::uint64_t before = worked_.fetch_add(steps, std::memory_order_relaxed), after = before + steps;
+        if (after > work()) {
             fail_work(file, steps);
+        }
+        if (before / between_looks != after / between_looks) {
+            Interruption::check();
         }
     }
     // What is said when the memory does not suffice.

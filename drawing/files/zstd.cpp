@@ -1,6 +1,8 @@
 // Compressed bytes in the format of zstd.
 #include "drawing/files/zstd.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -17,6 +19,22 @@ constexpr int level = 9; // of 1 to 19; higher ones are slower and smaller
 constexpr int largest_window_bits = 27;
 
 } // namespace
+
+std::size_t zstd_window(std::string_view frame) {
+    constexpr std::size_t descriptor = 4, window = 5;                                 // places
+    constexpr std::uint64_t largest_window = std::uint64_t{1} << largest_window_bits; // more is refused
+    constexpr unsigned single_segment = 1U << 5, least_bits = 10, mantissa_bits = 3;
+    const std::uint64_t content = ZSTD_getFrameContentSize(frame.data(), frame.size());
+    if (content == ZSTD_CONTENTSIZE_ERROR || frame.size() <= window) {
+        return 0;
+    }
+    if ((static_cast<std::uint8_t>(frame[descriptor]) & single_segment) != 0) {
+        return std::min(content, largest_window);
+    }
+    const auto byte = static_cast<std::uint8_t>(frame[window]);
+    const std::uint64_t size = (8U + (byte & 7U)) * (std::uint64_t{1} << (least_bits + (byte >> mantissa_bits) - mantissa_bits));
+    return std::min({size, content, largest_window}); // an unknown content is larger than all
+}
 
 std::string zstd(std::string_view content) {
     const std::unique_ptr<ZSTD_CCtx, std::size_t (*)(ZSTD_CCtx*)> context(ZSTD_createCCtx(), ZSTD_freeCCtx);

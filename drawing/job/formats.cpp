@@ -14,8 +14,8 @@
 
 #include "drawing/files/gzip.h"
 #include "drawing/files/input_file.h"
+#include "drawing/files/json_document.h"
 #include "drawing/files/json_memory.h"
-#include "drawing/files/json_release.h"
 #include "drawing/files/path.h"
 #include "drawing/files/setting_names.h"
 #include "drawing/files/text_encoding.h"
@@ -122,9 +122,9 @@ const Format* format_of_content(const std::string& name, const std::string& cont
     Content_Probe probe{.text = content};
     if (const std::size_t start = content.find_first_not_of(blanks); start != content.npos && content[start] == '{') {
         const Load_Limits::Loan document_memory(limits, name, json_memory(content));
-        const Released_Json document(nlohmann::json::parse(content, nullptr, false));
+        Released_Json<nlohmann::json> document;
         probe.is_json = true;
-        probe.has_asset = (*document).is_object() && (*document).contains("asset");
+        probe.has_asset = read_json(content, document, false) && (*document).is_object() && (*document).contains("asset");
     }
     const auto found = std::ranges::find_if(table, [&](const Format& format) { return format.detect && format.detect(probe); });
     return found == std::end(table) ? nullptr : found;

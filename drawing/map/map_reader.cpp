@@ -9,8 +9,8 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "drawing/files/json_document.h"
 #include "drawing/files/json_memory.h"
-#include "drawing/files/json_release.h"
 #include "drawing/files/setting_names.h"
 #include "drawing/model/model_reader.h"
 
@@ -19,12 +19,12 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json parsed(const std::string& file, const std::string& content) {
+void parse(const std::string& file, const std::string& content, Released_Json<Json>& document) {
     if (json_nesting(content) > deepest_json) {
         throw Map_Error(file + ": nested too deeply");
     }
     try {
-        return Json::parse(content);
+        read_json(content, document);
     } catch (const Json::exception& error) {
         // The library puts its error class in brackets before the message.
         const std::string_view text = error.what();
@@ -77,8 +77,8 @@ Map read_json_map(const Input& input, const Map_Query& query, Load_Limits& limit
     std::string read;
     const std::string& content = content_of(input, read, limits);
     const Load_Limits::Loan document_memory(limits, input.name, json_memory(content));
-    // Moved, not copied: a copy recurses as deeply as the file nests.
-    const Released_Json<Json> owned(parsed(input.name, content));
+    Released_Json<Json> owned;
+    parse(input.name, content, owned);
     const Json& document = *owned;
     const auto type = document.is_object() ? document.find("type") : document.end();
     const bool topology = type != document.end() && *type == "Topology";

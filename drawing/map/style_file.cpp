@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "drawing/files/input_file.h"
+#include "drawing/files/json_document.h"
 #include "drawing/files/json_memory.h"
 #include "drawing/files/path.h"
 #include "drawing/image/color_name.h"
@@ -233,12 +234,12 @@ private:
     const std::string& text_;
 };
 
-Json parsed(const std::string& file, const std::string& text) {
+void parse(const std::string& file, const std::string& text, Released_Json<Json>& document) {
     if (json_nesting(text) > deepest_json) {
         throw Map_Error(file + ": nested too deeply");
     }
     try {
-        return Json::parse(text);
+        read_json(text, document);
     } catch (const Json::parse_error& error) {
         const std::size_t offset = std::min(error.byte > 0 ? error.byte - 1 : 0, text.size());
         throw Map_Error(file + ": " + line_and_column(text, offset) + ": expected a style file in JSON" +
@@ -254,7 +255,9 @@ Map_Style read_style(const std::string& file, const Map_Settings& base, Load_Lim
     const std::string text = read_input(file, limits);
     const Load_Limits::Loan document_memory(limits, file, json_memory(text));
     const std::string name = name_of_input(file);
-    const Json document = parsed(name, text);
+    Released_Json<Json> owned;
+    parse(name, text, owned);
+    const Json& document = *owned;
     const Style_Reader reader(name, text);
     Map_Style style{base, {}};
     reader.read(document, {}, style_keys(), style);

@@ -39,7 +39,7 @@ Edge_Renderer::Edge_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 ba
     }
     hides_backs_ = facing.hides_backs();
     faces_.resize(mesh.triangle_count());
-    const std::vector<VT_Vector>& normals = facing.normals();
+    const auto& normals = facing.normals();
     share_range(normals.size(), threads, [&](std::size_t first, std::size_t end) {
         for (std::size_t t = first; t < end; ++t) {
             faces_.set(t, normals[t], mesh.positions[mesh.triangles[3 * t]]);

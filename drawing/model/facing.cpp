@@ -22,7 +22,7 @@ std::uint64_t mixed(std::uint64_t word) {
 // Whether each side of a triangle lies at the same side of another one, in the opposite direction: the sum of a hash over all
 // sides is then the one over all sides turned round. Another sum of hashes is the same by chance only, once in 2^64 cases.
 bool is_closed(const Mesh& mesh, unsigned threads) {
-    std::vector<std::uint64_t> hashes(mesh.positions.size());
+    Long_List<std::uint64_t> hashes(mesh.positions.size());
     const std::uint64_t seed = hash_seed();
     share_range(hashes.size(), threads, [&](std::size_t first, std::size_t end) {
         for (std::size_t p = first; p < end; ++p) {
@@ -60,7 +60,7 @@ public:
 
     // Whether each has a volume above 0.
     bool all_look_outwards() {
-        std::vector<double> volumes(parents_.size());
+        Long_List<double> volumes(parents_.size(), 0.0);
         const std::vector<std::uint32_t>& corners = mesh_.triangles;
         for (std::size_t i = 0; i < corners.size(); i += 3) {
             const auto place = [&](std::size_t corner) { return widened(mesh_.positions[corners[i + corner]]); };
@@ -88,8 +88,8 @@ private:
     }
 
     const Mesh& mesh_;
-    std::vector<std::uint32_t> places_;  // by vertex
-    std::vector<std::uint32_t> parents_; // by place
+    std::vector<std::uint32_t> places_; // by vertex
+    Long_List<std::uint32_t> parents_;  // by place
 };
 
 } // namespace

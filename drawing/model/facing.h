@@ -2,8 +2,8 @@
 #pragma once
 
 #include <mutex>
-#include <vector>
 
+#include "drawing/files/long_list.h"
 #include "drawing/model/mesh.h"
 
 namespace vorna::drawing::model {
@@ -20,7 +20,7 @@ public:
         return hides_backs_;
     }
     // By triangle, of length 1.
-    const std::vector<VT_Vector>& normals() const {
+    const Long_List<VT_Vector>& normals() const {
         find_once();
         return normals_;
     }
@@ -35,7 +35,7 @@ private:
     unsigned threads_;
     mutable std::once_flag is_found_;
     mutable bool hides_backs_ = false;
-    mutable std::vector<VT_Vector> normals_;
+    mutable Long_List<VT_Vector> normals_;
 };
 
 } // namespace vorna::drawing::model

@@ -6,15 +6,16 @@
 #include <span>
 #include <vector>
 
+#include "drawing/files/long_list.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/material.h"
 #include "host/color.h"
 
 namespace vorna::drawing::model {
 
-// Vectors or points of a model, coordinate by coordinate.
+// Vectors or points of a model, coordinate by coordinate. Those that are not set have no value.
 struct Vector_Columns {
-    std::vector<float> x, y, z;
+    Long_List<float> x, y, z;
 
     explicit Vector_Columns(std::size_t count = 0) : x(count), y(count), z(count) {}
     std::size_t size() const noexcept { return x.size(); }
@@ -30,7 +31,7 @@ struct Vector_Columns {
 // enough to what displays do and, unlike a power, the same on every machine.
 struct Surfaces {
     Vector_Columns normals;
-    std::vector<float> distances;        // normal . place
+    Long_List<float> distances;          // normal . place
     std::vector<float> red, green, blue; // one for all, or one each
     // What finishes say, none or one each, when there is one colour each: 1 for what is lit, else 0, and so on.
     std::vector<float> lit, mirror, highlight, sharpness, red_emission, green_emission, blue_emission;

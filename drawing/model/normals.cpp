@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "drawing/files/helpers.h"
+#include "drawing/files/long_list.h"
 #include "drawing/model/places.h"
 #include "drawing/model/tuple_table.h"
 #include "drawing/model/vectors.h"
@@ -123,11 +124,13 @@ private:
     // Gives normals that the mesh has the length 1. True when no triangle needs another one.
     bool keep_given() {
         const bool has_any = !mesh_.normals.empty();
-        is_given_.resize(mesh_.positions.size());
-        mesh_.normals.resize(mesh_.positions.size(), {0, 0, 1});
         if (!has_any) {
+            is_given_.assign(mesh_.positions.size(), std::uint8_t{0});
+            reserve_in_large_pages(mesh_.normals, mesh_.positions.size());
+            mesh_.normals.resize(mesh_.positions.size(), {0, 0, 1});
             return mesh_.triangles.empty();
         }
+        is_given_.resize(mesh_.positions.size());
         share_range(mesh_.normals.size(), threads_, [this](std::size_t first, std::size_t end) {
             for (std::size_t v = first; v < end; ++v) {
                 const std::optional<VT_Vector> given = unit(mesh_.normals[v]);
@@ -297,9 +300,9 @@ private:
     Mesh& mesh_;
     unsigned threads_;
     float least_cosine_, surely_all_;
-    std::vector<Face> faces_;
-    std::vector<std::uint8_t> is_given_;    // by vertex
-    std::vector<std::uint32_t> next_split_; // by vertex: the split of it that was made last, unused or last
+    Long_List<Face> faces_;
+    Long_List<std::uint8_t> is_given_;    // by vertex
+    Long_List<std::uint32_t> next_split_; // by vertex: the split of it that was made last, unused or last
 };
 
 } // namespace

@@ -94,7 +94,9 @@ Places find_places(std::span<const VT_Vector> points, unsigned threads) {
     share_tasks(blocks, threads, [&](std::size_t block, std::size_t) {
         for_block(block, [&](std::size_t range, const Entry& entry) { entries[places[block * ranges + range]++] = entry; });
     });
-    Places result{std::vector<std::uint32_t>(points.size()), {}};
+    Places result;
+    reserve_in_large_pages(result.numbers, points.size());
+    result.numbers.resize(points.size());
     std::vector<Range_Table> tables(std::max(threads, 1U));
     share_tasks(ranges, threads, [&](std::size_t range, std::size_t thread) {
         tables[thread].find({&entries[range_starts[range]], range_starts[range + 1] - range_starts[range]}, seed, result.numbers);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "drawing/files/helpers.h"
+#include "drawing/files/long_list.h"
 #include "host/geometry.h"
 
 namespace vorna::drawing::model {
@@ -25,8 +26,8 @@ Places find_places(std::span<const VT_Vector> points, unsigned threads);
 
 // Members sorted by their group, in the order of the list within a group.
 template <class Member> struct Groups {
-    std::vector<std::uint32_t> starts; // of each group in members, and the end of the last one
-    std::vector<Member> members;
+    Long_List<std::uint32_t> starts; // of each group in members, and the end of the last one
+    Long_List<Member> members;
 
     std::size_t count() const noexcept { return starts.size() - 1; }
     std::span<Member> operator[](std::size_t group) noexcept {
@@ -55,7 +56,7 @@ auto grouped(std::uint32_t count, std::uint32_t group_count, unsigned threads, c
         });
     };
     // A group's members are counted two places behind its own, so that its beginning has moved there when all are placed.
-    Groups<decltype(member_of(0))> groups{std::vector<std::uint32_t>(std::size_t{group_count} + 2), {}};
+    Groups<decltype(member_of(0))> groups{Long_List<std::uint32_t>(std::size_t{group_count} + 2, 0U), {}};
     for_all([&](std::uint32_t, std::uint32_t group) { ++groups.starts[std::size_t{group} + 2]; });
     std::partial_sum(groups.starts.begin(), groups.starts.end(), groups.starts.begin());
     groups.members.resize(groups.starts.back());

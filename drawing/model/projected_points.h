@@ -2,8 +2,8 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
+#include "drawing/files/long_list.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/lighting.h"
 #include "host/geometry.h"
@@ -11,8 +11,8 @@
 namespace vorna::drawing::model {
 
 struct Projected_Points {
-    std::vector<VT_DCI_Point> device_points;     // at the window's border for points outside the view volume
-    std::vector<std::uint8_t> planes;            // that each point lies beyond, see clipper.h
+    Long_List<VT_DCI_Point> device_points;       // at the window's border for points outside the view volume
+    Long_List<std::uint8_t> planes;              // that each point lies beyond, see clipper.h
     bool any_beyond = false, any_before = false; // the view volume at all, its near plane
 
     // The same for every number of threads.

@@ -29,9 +29,13 @@ Scene_Renderer::Scene_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 
     lay_out(mesh, facing, strips, threads);
     make_boxes(threads);
     if (numbered) {
+        reserve_in_large_pages(numbers_, strips.triangle_order.size());
         numbers_.resize(strips.triangle_order.size());
-        std::ranges::transform(strips.triangle_order, numbers_.begin(),
-                               [](std::uint32_t triangle) { return color_of_number(triangle + 1); });
+        share_range(numbers_.size(), threads, [&](std::size_t first, std::size_t end) {
+            for (std::size_t place = first; place < end; ++place) {
+                numbers_[place] = color_of_number(strips.triangle_order[place] + 1);
+            }
+        });
     }
     const std::vector<std::uint32_t> finishes =
         own_colors && has_finishes(mesh) ? vertex_materials(mesh) : std::vector<std::uint32_t>();
@@ -64,35 +68,51 @@ std::string Scene_Renderer::summary() const {
 }
 
 void Scene_Renderer::lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips, unsigned threads) {
-    std::vector<std::uint32_t> new_number(mesh.positions.size(), none);
-    std::vector<VT_Vector> normals;
-    strip_vertices_.reserve(strips.vertices.size());
-    points_.reserve(mesh.positions.size());
-    normals.reserve(mesh.positions.size());
-    for (const std::uint32_t vertex : strips.vertices) {
-        if (new_number[vertex] == none) {
-            new_number[vertex] = static_cast<std::uint32_t>(points_.size());
-            points_.push_back(mesh.positions[vertex]);
-            normals.push_back(mesh.normals[vertex]);
+    Long_List<std::uint32_t> old_numbers; // by vertex
+    const auto number_vertices = [&] {
+        Long_List<std::uint32_t> new_numbers(mesh.positions.size(), none);
+        strip_vertices_.resize(strips.vertices.size());
+        old_numbers.reserve(mesh.positions.size());
+        for (std::size_t place = 0; place < strips.vertices.size(); ++place) {
+            std::uint32_t& number = new_numbers[strips.vertices[place]];
+            if (number == none) {
+                number = static_cast<std::uint32_t>(old_numbers.size());
+                old_numbers.push_back(strips.vertices[place]);
+            }
+            strip_vertices_[place] = number;
         }
-        strip_vertices_.push_back(new_number[vertex]);
-    }
-    positions_ = Vector_Columns(points_.size());
-    vertices_.resize(points_.size());
-    share_range(points_.size(), threads, [&](std::size_t first, std::size_t end) {
-        for (std::size_t v = first; v < end; ++v) {
-            positions_.set(v, points_[v]);
-            vertices_.set(v, normals[v], points_[v]);
-        }
-    });
-    faces_.resize(strip_vertices_.size());
-    const std::vector<VT_Vector>& face_normals = facing.normals();
-    share_range(strips.triangle_order.size(), threads, [&](std::size_t first, std::size_t end) {
+    };
+    faces_.resize(strips.triangle_order.size());
+    const auto& face_normals = facing.normals();
+    const auto set_faces = [&](std::size_t first, std::size_t end) {
         for (std::size_t place = first; place < end; ++place) {
             const std::uint32_t triangle = strips.triangle_order[place];
             if (triangle != no_triangle) {
                 faces_.set(place, face_normals[triangle], mesh.positions[mesh.triangles[3 * std::size_t{triangle}]]);
+            } else {
+                faces_.set(place, {}, {});
             }
+        }
+    };
+    // Vertices are numbered in the order of the strips by one thread, meanwhile others set the faces.
+    const std::size_t parts = part_count(faces_.size(), threads, least_part);
+    share_tasks(1 + parts, threads, [&](std::size_t task, std::size_t) {
+        if (task == 0) {
+            number_vertices();
+        } else {
+            set_faces(faces_.size() * (task - 1) / parts, faces_.size() * task / parts);
+        }
+    });
+    positions_ = Vector_Columns(old_numbers.size());
+    vertices_.resize(old_numbers.size());
+    reserve_in_large_pages(points_, old_numbers.size());
+    points_.resize(old_numbers.size());
+    share_range(old_numbers.size(), threads, [&](std::size_t first, std::size_t end) {
+        for (std::size_t v = first; v < end; ++v) {
+            const VT_Vector& place = mesh.positions[old_numbers[v]];
+            points_[v] = place;
+            positions_.set(v, place);
+            vertices_.set(v, mesh.normals[old_numbers[v]], place);
         }
     });
 }

@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "drawing/files/long_list.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/clipper.h"
 #include "drawing/model/facing.h"
@@ -106,9 +107,9 @@ private:
     Vector_Columns positions_;
     Surfaces vertices_;
     // By place in the strips: the vertex, and the face that begins there.
-    std::vector<std::uint32_t> strip_vertices_, strip_starts_;
+    Long_List<std::uint32_t> strip_vertices_, strip_starts_;
     Surfaces faces_;
-    std::vector<Box> boxes_;
+    Long_List<Box> boxes_;
     std::vector<VT_RGB32> numbers_; // by place, see draw_numbers
     std::size_t triangle_count_ = 0;
     unsigned threads_;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstring>
@@ -24,6 +25,7 @@
 #endif
 
 #include "drawing/files/address_sanitizer.h"
+#include "drawing/files/interruption.h"
 #include "drawing/files/memory.h"
 #include "drawing/model/system_calls.h"
 
@@ -163,10 +165,7 @@ void Process_Pipe::receive(void* bytes, std::size_t count) {
     }
     left_ -= count;
     for (auto* next = static_cast<char*>(bytes); count > 0;) {
-        pollfd readiness{socket_, POLLIN, 0};
-        if (poll(&readiness, 1, static_cast<int>(std::min(seconds_, 200'000U) * 10'000)) == 0) {
-            throw Limit_Exceeded("doing nothing");
-        }
+        wait();
         const ssize_t found = ::read(socket_, next, count);
         if (found < 0 && errno != EINTR) {
             // The other process may still run and write.
@@ -177,6 +176,20 @@ void Process_Pipe::receive(void* bytes, std::size_t count) {
         }
         next += found < 0 ? 0 : found;
         count -= static_cast<std::size_t>(found < 0 ? 0 : found);
+    }
+}
+
+// Until there is something to read.
+void Process_Pipe::wait() const {
+    using Clock = std::chrono::steady_clock;
+    constexpr int between_looks = 50; // milliseconds
+    const auto end = Clock::now() + std::chrono::seconds(10) * seconds_;
+    pollfd readiness{socket_, POLLIN, 0};
+    while (poll(&readiness, 1, between_looks) <= 0) {
+        Interruption::check();
+        if (Clock::now() >= end) {
+            throw Limit_Exceeded("doing nothing");
+        }
     }
 }
 
@@ -270,6 +283,7 @@ void run_apart(const Process_Limits& limits, const Process_Pipe::Opener& open, c
     if (copy == 0) {
         close(ends[0]);
         int status = 0;
+        Interruption::set_stop_check(nullptr); // the program's, which is not here
         try {
             Process_Pipe pipe(prepare_copy(limits, parent, ends[1]), {}, nullptr);
             work(pipe);

@@ -68,6 +68,7 @@ public:
 private:
     void send(const void* bytes, std::size_t count);
     void receive(void* bytes, std::size_t count);
+    void wait() const;
     void serve_requests();
 
     int socket_;

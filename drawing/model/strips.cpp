@@ -22,13 +22,14 @@ constexpr std::uint32_t previous_in_triangle(std::uint32_t half_edge) noexcept {
 // The half-edge on the other side of each one, or none. Half-edges are grouped by their lower vertex, and sorted within a group
 // by their higher one, so that the two sides of an edge lie side by side. Where more than two triangles share an edge, they are
 // paired as they come.
-std::vector<std::uint32_t> pair_half_edges(std::span<const std::uint32_t> triangles, std::uint32_t vertex_count,
-                                           unsigned threads) {
+Long_List<std::uint32_t> pair_half_edges(std::span<const std::uint32_t> triangles, std::uint32_t vertex_count, unsigned threads) {
     const auto count = static_cast<std::uint32_t>(triangles.size());
     auto groups = grouped(
         count, vertex_count, threads, [&](std::uint32_t h) { return std::min(triangles[h], triangles[next_in_triangle(h)]); },
         [&](std::uint32_t h) { return std::uint64_t{std::max(triangles[h], triangles[next_in_triangle(h)])} << 32 | h; });
-    std::vector<std::uint32_t> across(count, none);
+    Long_List<std::uint32_t> across(count);
+    share_range(count, threads,
+                [&](std::size_t first, std::size_t end) { std::fill(across.data() + first, across.data() + end, none); });
     share_range(groups.count(), threads, [&](std::size_t first, std::size_t end) {
         for (std::size_t group = first; group < end; ++group) {
             const std::span<std::uint64_t> sorted = groups[group];
@@ -49,7 +50,7 @@ std::vector<std::uint32_t> pair_half_edges(std::span<const std::uint32_t> triang
 class Strip_Maker {
 public:
     Strip_Maker(std::span<const std::uint32_t> triangles, std::uint32_t vertex_count, unsigned threads)
-        : triangles_(triangles), across_(pair_half_edges(triangles, vertex_count, threads)), visit_(triangles.size() / 3) {}
+        : triangles_(triangles), across_(pair_half_edges(triangles, vertex_count, threads)), visit_(triangles.size() / 3, 0U) {}
 
     Strips make() {
         strips_.starts.push_back(0);
@@ -158,8 +159,8 @@ private:
     }
 
     std::span<const std::uint32_t> triangles_;
-    std::vector<std::uint32_t> across_;
-    std::vector<std::uint32_t> visit_; // by triangle: the attempt that saw it last, or used
+    Long_List<std::uint32_t> across_;
+    Long_List<std::uint32_t> visit_; // by triangle: the attempt that saw it last, or used
     std::uint32_t attempt_ = 0;
     Way best_, candidate_;
     Strips strips_;

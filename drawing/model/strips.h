@@ -4,14 +4,15 @@
 #include <cstdint>
 #include <functional>
 #include <span>
-#include <vector>
+
+#include "drawing/files/long_list.h"
 
 namespace vorna::drawing::model {
 
 struct Strips {
-    std::vector<std::uint32_t> vertices; // strip after strip
-    std::vector<std::uint32_t> starts;   // of each strip in vertices, and the end of the last one
-    std::vector<std::uint32_t>
+    Long_List<std::uint32_t> vertices; // strip after strip
+    Long_List<std::uint32_t> starts;   // of each strip in vertices, and the end of the last one
+    Long_List<std::uint32_t>
         triangle_order; // the triangle behind each place k of vertices; the last two places of a strip have none
 
     std::size_t count() const noexcept { return starts.size() - 1; }

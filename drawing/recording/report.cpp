@@ -1,70 +1,106 @@
 // Reports of replays as JSON.
 #include <cstring>
-#include <nlohmann/json.hpp>
 
 #include "drawing/image/image_file.h"
+#include "drawing/recording/document_writers.h"
 #include "drawing/recording/replay.h"
 
 namespace vorna::drawing::recording {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Number = std::int64_t;
 
-Json json_of_pixel(Buffer_Format format, const std::uint8_t* pixel) {
+void put_pixel(Json_Printer& json, Buffer_Format format, const std::uint8_t* pixel) {
     switch (format) {
     case Buffer_Format::index8:
-        return *pixel;
+        json.value(Number{*pixel});
+        break;
     case Buffer_Format::depth16: {
         std::uint16_t depth;
         std::memcpy(&depth, pixel, sizeof depth);
-        return depth;
+        json.value(Number{depth});
+        break;
     }
     default:
-        return {pixel[2], pixel[1], pixel[0], pixel[3]};
+        json.start_list();
+        for (const int channel : {2, 1, 0, 3}) {
+            json.value(Number{pixel[channel]});
+        }
+        json.end_list();
     }
 }
 
-Json json_of(const Report::Read& read) {
+void put(Json_Printer& json, const Report::Read& read) {
     if (!read.image) {
-        return nullptr;
+        json.value(nullptr);
+        return;
     }
     const VT_Shared_Image& image = *read.image;
-    Json rows = Json::array();
+    json.start_object();
+    json.name("call");
+    json.value(static_cast<Number>(read.call));
+    json.name("width");
+    json.value(Number{image.width()});
+    json.name("height");
+    json.value(Number{image.height()});
+    json.name("format");
+    json.value(static_cast<Number>(image.format()));
+    json.name("rows");
+    json.start_list();
     for (std::int32_t r = 0; r < image.height(); ++r) {
-        Json row = Json::array();
+        json.start_list();
         for (std::int32_t c = 0; c < image.width(); ++c) {
-            row.push_back(json_of_pixel(image.format(), image.row(r) + c * vorna::bytes_per_pixel(image.format())));
+            put_pixel(json, image.format(), image.row(r) + c * vorna::bytes_per_pixel(image.format()));
         }
-        rows.push_back(std::move(row));
+        json.end_list();
     }
-    return {{"call", read.call},
-            {"width", image.width()},
-            {"height", image.height()},
-            {"format", static_cast<std::int32_t>(image.format())},
-            {"rows", std::move(rows)}};
+    json.end_list();
+    json.end_object();
 }
 
-Json json_of(const VT_DCI_Point& point) {
-    return {point.x, point.y, point.z};
+void put(Json_Printer& json, const VT_DCI_Point& point) {
+    json.start_list();
+    json.value(Number{point.x});
+    json.value(Number{point.y});
+    json.value(Number{point.z});
+    json.end_list();
 }
 
 } // namespace
 
+// Printed piece by piece: a document of the JSON library ends the process when memory runs out, see json_release.h.
 std::string json_of(const Report& report) {
-    Json standard = Json::array();
+    Json_Printer json;
+    json.start_object();
+    json.name("standard");
+    json.start_list();
     for (const Report::Standard& drawn : report.standard) {
-        standard.push_back({drawn.call, drawn.function});
+        json.start_list();
+        json.value(static_cast<Number>(drawn.call));
+        json.value(std::string_view(drawn.function));
+        json.end_list();
     }
-    Json reads = Json::array();
+    json.end_list();
+    json.name("reads");
+    json.start_list();
     for (const Report::Read& read : report.reads) {
-        reads.push_back(json_of(read));
+        put(json, read);
     }
-    Json presented = Json::array();
+    json.end_list();
+    json.name("presented");
+    json.start_list();
     for (const Report::Presented& shown : report.presented) {
-        presented.push_back({json_of(shown.top_left), json_of(shown.bottom_right), shown.x, shown.y});
+        json.start_list();
+        put(json, shown.top_left);
+        put(json, shown.bottom_right);
+        json.value(Number{shown.x});
+        json.value(Number{shown.y});
+        json.end_list();
     }
-    return Json{{"standard", standard}, {"reads", reads}, {"presented", presented}}.dump() + '\n';
+    json.end_list();
+    json.end_object();
+    return json.take();
 }
 
 } // namespace vorna::drawing::recording

@@ -7,12 +7,13 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <string_view>
+#include <utility>
 
 #include "drawing/files/interruption.h"
 #include "drawing/image/image_file.h"
 #include "drawing/recording/call_kinds.h"
+#include "drawing/recording/document_writers.h"
 #include "drawing/recording/summary.h"
 
 namespace vorna::drawing::recording {
@@ -128,17 +129,29 @@ std::string table_of(const Recording& recording, const std::vector<Call_Cost>& c
 }
 
 std::string json_of(const Recording& recording, const std::vector<Call_Cost>& costs) {
-    using Json = nlohmann::ordered_json;
-    Json calls = Json::array();
+    Json_Printer json;
+    json.start_object();
+    json.name("calls");
+    json.start_list();
     for (const Call_Cost& cost : costs) {
-        calls.push_back({{"call", cost.call},
-                         {"kind", recording.calls[cost.call].kind->name},
-                         {"points", cost.points},
-                         {"colors_changed", cost.colors_changed},
-                         {"depths_changed", cost.depths_changed},
-                         {"microseconds", std::round(cost.microseconds * 1000) / 1000}});
+        json.start_object();
+        json.name("call");
+        json.value(static_cast<std::int64_t>(cost.call));
+        json.name("kind");
+        json.value(std::string_view(recording.calls[cost.call].kind->name));
+        for (const auto& [name, count] : {std::pair("points", static_cast<std::int64_t>(cost.points)),
+                                          {"colors_changed", static_cast<std::int64_t>(cost.colors_changed)},
+                                          {"depths_changed", static_cast<std::int64_t>(cost.depths_changed)}}) {
+            json.name(name);
+            json.value(count);
+        }
+        json.name("microseconds");
+        json.value(std::round(cost.microseconds * 1000) / 1000);
+        json.end_object();
     }
-    return Json{{"calls", calls}}.dump() + '\n';
+    json.end_list();
+    json.end_object();
+    return json.take();
 }
 
 } // namespace vorna::drawing::recording

@@ -101,7 +101,7 @@ constexpr Attribute attributes_by_name[] = {
     {"cap", [](const Change& c) { c.rendition.line.cap = Options::chosen(c.name, c.value, caps); }},
     {"join", [](const Change& c) { c.rendition.line.join = Options::chosen(c.name, c.value, joins); }},
     {"smooth", [](const Change& c) { c.rendition.line.flags = c.flag() ? line_flag::smoothed : 0; }},
-    {"symbol", [](const Change& c) { c.rendition.marker.symbol = Options::chosen(c.name, c.value, symbols); }},
+    {"symbol", [](const Change& c) { c.rendition.marker.symbol = symbol_named(c.name, c.value); }},
     {"marker_size", [](const Change& c) { c.rendition.marker.size = c.number(1, widest); }},
     {"pattern", [](const Change& c) { c.rendition.face.pattern = c.number(0, 73); }},
     {"opaque_pattern",
@@ -123,6 +123,10 @@ Texture::Texture(const py::array& image) : material(new VT_Basic_Material) {
     material->texture = VT_Reference<const VT_Shared_Image>(
         new VT_Shared_Image(samples.width, samples.height, Buffer_Format::rgb32, 4 * samples.width,
                             reinterpret_cast<std::uint8_t*>(pixels.data()), true, false));
+}
+
+std::int32_t symbol_named(const char* argument, const py::object& value) {
+    return Options::chosen(argument, value, symbols);
 }
 
 void set_attributes(VT_Rendition& rendition, const Canvas& canvas, const py::dict& attributes) {

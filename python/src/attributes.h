@@ -16,6 +16,9 @@ struct Texture {
     VT_Reference<VT_Basic_Material> material;
 };
 
+// The symbol of markers that an argument names.
+std::int32_t symbol_named(const char* argument, const py::object& value);
+
 // Sets the attributes that the dictionary names. Throws ValueError that names the attribute; TypeError for names of none.
 void set_attributes(VT_Rendition& rendition, const Canvas& canvas, const py::dict& attributes);
 

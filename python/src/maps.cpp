@@ -1,6 +1,11 @@
 // Maps and drawings.
+#include <algorithm>
+#include <iterator>
+#include <tuple>
+
 #include <pybind11/stl.h>
 
+#include "python/src/attributes.h"
 #include "python/src/module.h"
 #include "python/src/options.h"
 
@@ -55,9 +60,47 @@ void take_dashes(const Options& options, const char* name, std::optional<Dashes>
            py::repr(value).cast<std::string>());
 }
 
+std::vector<double> numbers_of(const char* name, const py::object& values) {
+    py::object kept;
+    const Rows_View rows = rows_of(name, values, kept);
+    if (rows.columns != 1) {
+        refuse(name, "a list of numbers", py::repr(values).cast<std::string>());
+    }
+    std::vector<double> numbers(static_cast<std::size_t>(rows.count));
+    convert_rows(name, rows, 1, numbers.data());
+    return numbers;
+}
+
 Map_Settings map_settings_of(const Options& options) {
     Map_Settings settings;
     options.text("layer", settings.layer);
+    options.text("filter", settings.filter);
+    options.text("style", settings.style);
+    options.text("fill_by", settings.fill_by);
+    options.text("classes", settings.classing.method);
+    options.number("class_count", settings.classing.count);
+    if (const py::object breaks = options["breaks"]; !breaks.is_none()) {
+        settings.classing.breaks = numbers_of("breaks", breaks);
+    }
+    options.text("ramp", settings.classing.ramp);
+    options.flag("reverse_ramp", settings.classing.reversed);
+    options.text("width_by", settings.width_by);
+    if (const py::object widths = options["widths"]; !widths.is_none()) {
+        std::tie(settings.width_from, settings.width_to) =
+            Options::number_of<std::pair<std::int32_t, std::int32_t>>("widths", widths, "two whole numbers of pixels");
+    }
+    options.text("label_by", settings.label_by);
+    options.flag("legend", settings.legend);
+    options.text("title", settings.title);
+    options.text("attribution", settings.attribution);
+    if (const py::object flips = options["flip_y"]; !flips.is_none()) {
+        settings.flip_y = truth_of(flips);
+    }
+    static constexpr Choice<bool> merges[] = {{"and", true}};
+    options.choice("merge", settings.merges, merges);
+    if (const py::object symbol = options["marker"]; !symbol.is_none()) {
+        settings.marker.symbol = symbol_named("marker", symbol);
+    }
     options.text("projection", settings.projection);
     options.text("clip_to", settings.clip_to);
     options.text("overlay", settings.overlay);
@@ -95,10 +138,26 @@ Map_Settings map_settings_of(const Options& options) {
     return settings;
 }
 
+// A message of the library, with the name of the argument instead of that of the member.
+std::string with_argument_names(const std::string& message) {
+    static constexpr std::pair<std::string_view, const char*> names[] = {
+        {"classing.method:", "classes"}, {"classing.count:", "class_count"},
+        {"classing.breaks:", "breaks"},  {"classing.ramp:", "ramp"},
+        {"width_from:", "widths"},       {"width_to:", "widths"},
+        {"marker.size:", "marker_size"}, {"center.x:", "center"},
+        {"center.y:", "center"}};
+    for (const auto& [member, argument] : names) {
+        if (message.starts_with(member)) {
+            return argument + message.substr(member.size() - 1);
+        }
+    }
+    return message;
+}
+
 // Files beside that of the map.
 std::vector<Used_File> files_of(const Map_Settings& settings) {
     std::vector<Used_File> files;
-    for (const std::string& file : {settings.overlay, settings.font}) {
+    for (const std::string& file : {settings.overlay, settings.font, settings.style}) {
         if (!file.empty()) {
             files.push_back({file});
         }
@@ -128,23 +187,33 @@ private:
     drawing::Map map_;
 };
 
+// inputs: (name, format, text), see drawing::Map_Input.
+std::unique_ptr<Map_Object> map_of(const std::vector<std::tuple<std::string, std::string, std::string>>& inputs,
+                                   const py::dict& options) {
+    const Map_Settings settings = map_settings_of(Options(options));
+    std::vector<Used_File> files;
+    std::vector<drawing::Map_Input> sources;
+    for (const auto& [name, format, text] : inputs) {
+        sources.push_back({name, format, text});
+        if (format.empty()) {
+            files.push_back({name});
+        }
+    }
+    std::ranges::move(files_of(settings), std::back_inserter(files));
+    return unlocked(files, [&] {
+        try {
+            return std::make_unique<Map_Object>(drawing::Map(sources, settings));
+        } catch (const drawing::Usage_Error& error) {
+            throw drawing::Usage_Error(with_argument_names(error.what()));
+        }
+    });
+}
+
 } // namespace
 
 void add_maps(py::module_& module) {
     py::class_<Map_Object>(module, "Map")
-        .def_static("of_file",
-                    [](const std::string& file, const py::dict& options) {
-                        const Map_Settings settings = map_settings_of(Options(options));
-                        std::vector<Used_File> files = files_of(settings);
-                        files.insert(files.begin(), {file});
-                        return unlocked(files, [&] { return std::make_unique<Map_Object>(drawing::Map(file, settings)); });
-                    })
-        .def_static("of_text",
-                    [](const std::string& name, const std::string& format, const std::string& text, const py::dict& options) {
-                        const Map_Settings settings = map_settings_of(Options(options));
-                        return unlocked(files_of(settings),
-                                        [&] { return std::make_unique<Map_Object>(drawing::Map(name, format, text, settings)); });
-                    })
+        .def(py::init(&map_of))
         .def("draw", &Map_Object::draw)
         .def_property_readonly("warnings", [](Map_Object& map) { return texts_of(map.warnings()); });
 }

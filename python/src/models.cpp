@@ -1,9 +1,9 @@
 // Models and their images.
 #include <algorithm>
-#include <cstring>
 
 #include <pybind11/stl.h>
 
+#include "drawing/files/long_list.h"
 #include "python/src/module.h"
 #include "python/src/options.h"
 
@@ -95,15 +95,16 @@ std::vector<Element> list_of(const char* name, const py::object& values, py::ssi
                description_of(py::array(kept)));
     }
     const py::gil_scoped_release released;
-    std::vector<Element> list(static_cast<std::size_t>(rows.count) * static_cast<std::size_t>(columns) * sizeof(Number) /
-                              sizeof(Element));
     constexpr auto own_type = std::is_floating_point_v<Number> ? Rows_View::Type::float32 : Rows_View::Type::uint32;
-    if (list.empty()) {
-        return list;
-    }
+    const std::size_t size =
+        static_cast<std::size_t>(rows.count) * static_cast<std::size_t>(columns) * sizeof(Number) / sizeof(Element);
+    std::vector<Element> list;
+    drawing::reserve_in_large_pages(list, size);
     if (rows.is_packed(own_type, columns)) {
-        std::memcpy(list.data(), rows.data, list.size() * sizeof(Element));
-    } else {
+        const auto* const elements = reinterpret_cast<const Element*>(rows.data);
+        list.assign(elements, elements + size);
+    } else if (size > 0) {
+        list.resize(size);
         convert_rows(name, rows, columns, reinterpret_cast<Number*>(list.data()));
     }
     return list;

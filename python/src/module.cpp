@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include <pybind11/stl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "drawing/files/usage_error.h"
@@ -32,21 +33,31 @@ std::optional<Tolerance> tolerance_of(const py::object& value) {
     }
 }
 
+int access_error(const std::filesystem::path& path, int wanted) {
+    return access(path.c_str(), wanted) == 0 ? 0 : errno;
+}
+
 // The error that opening a file gives; 0 = none. Files are written under another name in their folder first.
 int error_of(const Used_File& file) {
-    std::error_code unknown;
     const std::filesystem::path path(file.name), folder = path.has_parent_path() ? path.parent_path() : ".";
     if (file.name == "-") {
         return 0;
     }
-    if (std::filesystem::is_directory(path, unknown)) {
+    struct stat found = {};
+    const bool is_there = stat(path.c_str(), &found) == 0;
+    if (is_there && S_ISDIR(found.st_mode)) {
         return EISDIR;
     }
-    if (file.is_written && !std::filesystem::is_directory(folder, unknown)) {
-        return std::filesystem::exists(folder, unknown) ? ENOTDIR : ENOENT;
+    if (!file.is_written) {
+        return access_error(path, R_OK);
     }
-    const bool is_allowed = file.is_written ? access(folder.c_str(), W_OK | X_OK) == 0 : access(path.c_str(), R_OK) == 0;
-    return is_allowed ? 0 : errno;
+    if (const int error = is_there ? access_error(path, W_OK) : 0; error != 0) {
+        return error;
+    }
+    if (stat(folder.c_str(), &found) != 0) {
+        return errno;
+    }
+    return S_ISDIR(found.st_mode) ? access_error(folder, W_OK | X_OK) : ENOTDIR;
 }
 
 PyObject* kind_of(const File_Error& error) {

@@ -82,12 +82,13 @@ public:
         return found;
     }
 
-    template <class Number> static Number number_of(const char* name, const py::object& value) {
+    // expected: for messages; null = a number.
+    template <class Number> static Number number_of(const char* name, const py::object& value, const char* expected = nullptr) {
         try {
             return value.cast<Number>();
         } catch (const py::cast_error&) {
-            refuse(name, std::is_floating_point_v<Number> ? "a number" : "a whole number that fits",
-                   py::repr(value).cast<std::string>());
+            const char* const usual = std::is_floating_point_v<Number> ? "a number" : "a whole number that fits";
+            refuse(name, expected ? expected : usual, py::repr(value).cast<std::string>());
         }
     }
     template <class Value, std::size_t count>

@@ -11,17 +11,19 @@ from ._image import Image
 class Map:
     """A map or drawing that is drawn several times; the arguments are those of vorna.map."""
 
-    def __init__(self, source, *, layer=None, bbox=None, projection=None, center=None, clip_to=None, fill="auto", opacity=1.0,
-                 water=None, graticule=0.0, border="solid", outline=None, border_color=None, border_width=1, casing=None,
-                 casing_width=2, marker_color=None, marker_size=7, labels=False, label_size=12, label_color=None, font=None,
-                 overlay=None, overlay_color=None):
+    def __init__(self, source, *, layer=None, filter=None, bbox=None, projection=None, center=None, flip_y=None, clip_to=None,
+                 fill="auto", fill_by=None, classes=None, class_count=5, breaks=None, ramp=None, reverse_ramp=False, opacity=1.0,
+                 water=None, graticule=0.0, border="solid", outline=None, border_color=None, border_width=1, width_by=None,
+                 widths=(1, 8), casing=None, casing_width=2, marker=None, marker_color=None, marker_size=7, labels=False,
+                 label_by=None, label_size=12, label_color=None, font=None, overlay=None, overlay_color=None, merge=None,
+                 style=None, title=None, attribution=None, legend=False):
         options = {name: value for name, value in locals().items() if name not in ("self", "source")}
-        options["overlay"] = None if overlay is None else os.fsencode(overlay)
-        options["font"] = None if font is None else os.fsencode(font)
-        if isinstance(source, dict):
-            self._map = _vorna.Map.of_text("map", "json", json.dumps(source), options)
-        else:
-            self._map = _vorna.Map.of_file(os.fsencode(source), options)
+        for name in ("overlay", "font", "style"):
+            options[name] = None if options[name] is None else os.fsencode(options[name])
+        sources = source if isinstance(source, list) else [source]
+        self._map = _vorna.Map([(f"map {i}" if len(sources) > 1 else "map", "json", json.dumps(part))
+                                if isinstance(part, dict) else (os.fsencode(part), "", "")
+                                for i, part in enumerate(sources)], options)
 
     def render(self, *, size=(1280, 0), background="white", colors=32, supersample=0, smooth_lines=False, threads=None,
                max_memory=1 << 30):
@@ -38,14 +40,22 @@ def map(source, *, size=(1280, 0), background="white", colors=32, supersample=0,
         max_memory=1 << 30, **settings):
     """An Image of a map (GeoJSON, TopoJSON, and what GDAL reads) or a drawing (DXF).
 
-    source: a path, or a dict of GeoJSON or TopoJSON. size: (width, height) in pixels; a height of 0 is chosen.
+    source: a path, a dict of GeoJSON or TopoJSON, or a list of them, which are drawn one over the other. size: (width, height) in pixels; a height of 0 is chosen.
 
-    settings: layer, of TopoJSON. bbox: (west, south, east, north) in degrees or the drawing's unit. projection: equirectangular,
-    mercator, or a name of PROJ. center: (longitude, latitude). clip_to: a shape that clips the map. fill: auto, palette, own, none or
-    a colour, with opacity. water: a colour. graticule: degrees between its lines. border, outline: False, solid, dashed, dotted,
-    dash-dot, dash-dot-dot, long-dashed or lengths of dashes and gaps; outline is that of borders of one shape, by default as border.
-    border_color, border_width, casing, casing_width, marker_color, marker_size. labels, with label_size, label_color and font.
-    overlay: the path of a map that is drawn over this one in overlay_color.
+    settings: those of the options of `vorna render` with underscores.
+    What is drawn: layer, layers between commas. filter: a condition on fields, as "pop > 1e6". bbox: (west, south, east, north) in
+    degrees or the drawing's unit. clip_to: a shape that clips the map. overlay: the path of a map that is drawn over this one in
+    overlay_color, or with merge="and" merged bit by bit.
+    Where: projection: equirectangular, mercator, albers-usa, plane, a name or string of PROJ, or an EPSG code. center: (longitude,
+    latitude). flip_y: whether a plane's y grows downwards; None = as the coordinates tell.
+    Faces: fill: auto, palette, own, none or a colour, with opacity. fill_by: a field that gives the colour, with classes (quantiles,
+    equal, natural or categories), class_count or breaks, ramp and reverse_ramp.
+    Lines: border, outline: False, solid, dashed, dotted, dash-dot, dash-dot-dot, long-dashed or lengths of dashes and gaps; outline is
+    that of borders of one shape, by default as border. border_color, border_width, casing, casing_width. width_by: a field of numbers
+    that gives the width, from widths[0] to widths[1]. water: a colour. graticule: degrees between its lines.
+    Points: marker, a symbol, marker_color, marker_size.
+    Texts: labels, label_by, a field, with label_size, label_color and font; legend, of fill_by; title; attribution.
+    style: the path of a style file.
 
     Raises ValueError for wrong input, FileNotFoundError for a missing file and vorna.Error for other failures.
     """

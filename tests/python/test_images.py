@@ -93,6 +93,65 @@ def test_maps_give_the_bytes_of_the_command(tmp_path, command):
         vorna.map(tmp_path / "sea.json")
 
 
+def place(kind, coordinates, **fields):
+    return {"type": "Feature", "properties": fields, "geometry": {"type": kind, "coordinates": coordinates}}
+
+
+def square(x, y, **fields):
+    return place("Polygon", [[[x, y], [x + 10, y], [x + 10, y + 10], [x, y + 10], [x, y]]], **fields)
+
+
+FIELDS = {"type": "FeatureCollection", "features": [
+    square(0, 0, name="one", pop=10, kind="city"), square(10, 0, name="two", pop=200, kind="town"),
+    square(20, 0, name="three", pop=3000, kind="city"), square(0, 10, name="four", pop=45, kind="isle"),
+    place("LineString", [[0, -5], [30, -8]], flow=3), place("LineString", [[0, -9], [30, -12]], flow=9),
+    place("Point", [15, 15], name="spot")]}
+STYLE = {"title": "Styled", "layers": [{"filter": "pop > 20", "fill-by": "pop", "breaks": [100]}]}
+
+
+def test_styles_by_data_give_the_bytes_of_the_command(tmp_path, command):
+    path, style, land = tmp_path / "fields.json", tmp_path / "style.json", tmp_path / "land.json"
+    for file, content in ((path, FIELDS), (style, STYLE), (land, LAND)):
+        file.write_text(json.dumps(content))
+    plain, seen = vorna.map(FIELDS, size=(120, 90)).digest(), set()
+    for arguments, options in (
+        (dict(filter="pop > 20 and kind = city"), ["--filter", "pop > 20 and kind = city"]),
+        (dict(fill_by="pop", class_count=3, ramp="Reds", reverse_ramp=True, legend=True),
+         ["--fill-by", "pop", "--class-count", "3", "--ramp", "Reds", "--reverse-ramp", "--legend"]),
+        (dict(fill_by="pop", classes="equal"), ["--fill-by", "pop", "--classes", "equal"]),
+        (dict(fill_by="pop", breaks=(40, 1000)), ["--fill-by", "pop", "--breaks", "40,1000"]),
+        (dict(fill_by="kind"), ["--fill-by", "kind"]),
+        (dict(width_by="flow", widths=(2, 12)), ["--width-by", "flow", "--widths", "2,12"]),
+        (dict(label_by="kind", title="Places", attribution="nobody's"),
+         ["--label-by", "kind", "--title", "Places", "--attribution", "nobody's"]),
+        (dict(marker="star", marker_size=15), ["--marker", "star", "--marker-size", "15"]),
+        (dict(projection="plane", flip_y=True), ["--projection", "plane", "--flip-y"]),
+        (dict(projection="albers-usa"), ["--projection", "albers-usa"]),
+        (dict(style=style), ["--style", style]),
+        (dict(overlay=land, merge="and"), ["--overlay", land, "--merge", "and"]),
+    ):
+        image = vorna.map(FIELDS, size=(120, 90), **arguments)
+        line = command("render", path, "-o", tmp_path / "x.png", "--size", "120x90", "--hash", "--background", "white", *options)
+        assert line.strip() == image.digest(), (arguments, line)
+        seen.add(image.digest())
+    assert len(seen) == 12 and plain not in seen
+    both = command("render", land, path, "-o", tmp_path / "x.png", "--size", "120x90", "--hash", "--background", "white")
+    assert vorna.map([LAND, path], size=(120, 90)).digest() == both.strip() != plain
+    for arguments, message in (
+        (dict(fill_by="size"), "size.*pop"), (dict(classes="some"), "classes: expected one of quantiles.*some"),
+        (dict(class_count=99), "class_count: expected 1 to 64, found 99"), (dict(breaks=[3, 2]), "breaks: .* increasing"),
+        (dict(ramp="Purple"), "ramp: expected one of .*Purple"), (dict(widths=(1, 2, 3)), "widths: expected two"),
+        (dict(widths=(1, 5000)), "widths: expected 0 to 1000, found 5000"), (dict(filter="pop >"), "filter: column"),
+        (dict(marker="ball"), "marker: expected one of dot"), (dict(merge="or"), "merge: expected one of and"),
+    ):
+        with pytest.raises(ValueError, match=message):
+            vorna.map(FIELDS, **arguments)
+    with pytest.raises(ValueError, match="expected one or more"):
+        vorna.map([])
+    with pytest.raises(FileNotFoundError):
+        vorna.map(FIELDS, style=tmp_path / "none.json")
+
+
 def test_recordings_keep_the_depth_mode():
     canvas = vorna.Canvas((40, 30), depth=True)
     canvas.depth_mode(test="farther", write=False)

@@ -105,6 +105,53 @@ def test_an_interrupt_ends_a_long_render():
     assert model.render(size=(32, 32)).compare(vorna.render(FACE, size=(32, 32)))
 
 
+def geojson(path):
+    places = ",".join(f"[{i % 360 - 180},{i % 179 - 89.5}]" for i in range(600_000))
+    path.write_text('{"type": "MultiPoint", "coordinates": [' + places + "]}")
+
+
+def dxf(path):
+    points = "".join(f"0\nPOINT\n8\n0\n10\n{i % 1000}\n20\n{i // 1000}\n" for i in range(200_000))
+    path.write_text("0\nSECTION\n2\nENTITIES\n" + points + "0\nENDSEC\n0\nEOF\n")
+
+
+def gpx(path):
+    points = "".join(f'<wpt lat="{i % 170 - 85}" lon="{i % 350 - 175}"/>' for i in range(150_000))
+    path.write_text('<gpx version="1.1" creator="t" xmlns="http://www.topografix.com/GPX/1/1">' + points + "</gpx>")
+
+
+@pytest.mark.parametrize("kind, timer, clock", [
+    ("json", signal.ITIMER_PROF, time.process_time), ("dxf", signal.ITIMER_PROF, time.process_time),
+    ("gpx", signal.ITIMER_REAL, time.perf_counter),  # read by a process of its own
+    ("png", signal.ITIMER_PROF, time.process_time)])
+def test_an_interrupt_ends_reading_and_packing(kind, timer, clock, tmp_path):
+    if kind == "png":
+        call = vorna.Image(np.random.default_rng(1).integers(0, 256, (2500, 2500, 4), np.uint8)).png
+    else:
+        path = tmp_path / ("map." + kind)
+        {"json": geojson, "dxf": dxf, "gpx": gpx}[kind](path)
+        call = lambda: vorna.Map(path)  # noqa: E731
+    start = clock()
+    call()
+    whole = clock() - start
+
+    def stop(*_):
+        raise TimeoutError
+
+    number = signal.SIGPROF if timer == signal.ITIMER_PROF else signal.SIGALRM
+    before = signal.signal(number, stop)
+    try:
+        start = clock()
+        signal.setitimer(timer, whole / 5)
+        with pytest.raises(TimeoutError):
+            call()
+        taken = clock() - start
+    finally:
+        signal.setitimer(timer, 0)
+        signal.signal(number, before)
+    assert taken < 0.75 * whole, (taken, whole)
+
+
 def test_signal_handlers_run_within_a_call():
     seen, model = [], vorna.Model(FACE)
     long = {"size": (8000, 8000), "look": "studio", "supersample": 8, "max_memory": 4 << 30, "threads": 2}
@@ -130,14 +177,16 @@ def test_signal_handlers_run_within_a_call():
 READERS = {
     "render": vorna.render, "Model": vorna.Model, "map": vorna.map, "read": vorna.read, "replay": vorna.replay,
     "compare": lambda path: vorna.compare(path, path),
-    "overlay": lambda path: vorna.Map(LAND, overlay=path),
+    "overlay": lambda path: vorna.Map(LAND, overlay=path), "style": lambda path: vorna.map(LAND, style=path),
+    "font": lambda path: vorna.map(LAND, labels=True, font=path), "second": lambda path: vorna.map([LAND, path]),
 }
 
 
 @pytest.mark.parametrize("name", READERS)
 def test_files_that_cannot_be_read(name, tmp_path):
     call = READERS[name]
-    suffix = {"render": "obj", "Model": "obj", "map": "json", "overlay": "json", "replay": "json"}.get(name, "png")
+    suffix = {"render": "obj", "Model": "obj", "map": "json", "overlay": "json", "style": "json",
+              "second": "json", "font": "ttf", "replay": "json"}.get(name, "png")
     with pytest.raises(FileNotFoundError, match="missing"):
         call(tmp_path / f"missing.{suffix}")
     (tmp_path / f"folder.{suffix}").mkdir()
@@ -173,7 +222,12 @@ def test_files_of_others(tmp_path):
 import os, sys, numpy as np, vorna
 if os.geteuid() == 0:
     os.setgroups([]), os.setgid(65534), os.setuid(65534)
-for call in (lambda: vorna.read("secret.png"), lambda: vorna.Model("secret.obj"), lambda: vorna.Image(np.zeros((2, 2, 4), np.uint8)).save("a.png")):
+land, image = {"type": "Point", "coordinates": [1, 2]}, vorna.Image(np.zeros((2, 2, 4), np.uint8))
+for call in (lambda: vorna.read("secret.png"), lambda: vorna.Model("secret.obj"), lambda: vorna.map("secret.json"),
+             lambda: vorna.map(land, style="secret.json"), lambda: vorna.map(land, overlay="secret.json"),
+             lambda: vorna.replay("secret.json"), lambda: vorna.compare("secret.png", "secret.png"), lambda: image.save("a.png"),
+             lambda: vorna.Recording("{}").save("a.json"), lambda: image.save("open/protected.png"),
+             lambda: image.save("closed/a.png"), lambda: vorna.read("closed/a.png")):
     try:
         call()
     except PermissionError as error:
@@ -181,15 +235,22 @@ for call in (lambda: vorna.read("secret.png"), lambda: vorna.Model("secret.obj")
 """
     folder = tmp_path / "theirs"
     folder.mkdir()
-    for name in ("secret.png", "secret.obj"):
+    for name in ("secret.png", "secret.obj", "secret.json"):
         (folder / name).write_text("v 0 0 0")
         (folder / name).chmod(0)
+    (folder / "open").mkdir()
+    (folder / "open").chmod(0o777)
+    (folder / "open" / "protected.png").write_text("")
+    (folder / "open" / "protected.png").chmod(0o444)
+    (folder / "closed").mkdir(mode=0)
     folder.chmod(0o555)
     for above in (tmp_path, *tmp_path.parents):
         if above.stat().st_uid == os.geteuid() and above != above.parent:
             above.chmod(above.stat().st_mode | 0o055)
     done = subprocess.run([sys.executable, "-c", program], cwd=folder, capture_output=True, text=True)
-    assert [line.split(":")[0] for line in done.stdout.splitlines()] == ["secret.png", "secret.obj", "a.png"], done.stderr
+    assert [line.split(":")[0] for line in done.stdout.splitlines()] == [
+        "secret.png", "secret.obj", "secret.json", "secret.json", "secret.json", "secret.json", "secret.png", "a.png", "a.json",
+        "open/protected.png", "closed/a.png", "closed/a.png"], done.stderr
 
 
 def test_file_names_are_bytes(tmp_path, command):

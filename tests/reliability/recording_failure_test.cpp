@@ -1,18 +1,26 @@
-// Recordings where memory ends and no more comes: what reads, writes or records then throws std::bad_alloc, although much is
-// destroyed on the way.
+// Recordings and maps where memory ends and no more comes: what reads, writes or records then throws std::bad_alloc, although
+// much is destroyed on the way.
 #include <cstdint>
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <new>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "drawing/files/json_document.h"
+#include "drawing/job/formats.h"
+#include "drawing/map/map_reader.h"
+#include "drawing/map/style_file.h"
 #include "drawing/recording/recorder.h"
 #include "drawing/recording/recording_reader.h"
 #include "drawing/recording/recording_writer.h"
 #include "drawing/recording/replay.h"
 #include "drawing/recording/session.h"
+#include "drawing/recording/timing.h"
 #include "tests/reliability/counted_heap.h"
 
 namespace {
@@ -21,8 +29,8 @@ using namespace vorna::drawing;
 using namespace vorna::drawing::recording;
 
 // Renditions, textures and clip regions that calls share.
-std::string document() {
-    std::ifstream stream(RECORDINGS "/gallery.json", std::ios::binary);
+std::string document(const std::string& file = RECORDINGS "/gallery.json") {
+    std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
@@ -37,8 +45,11 @@ template <class Work> void expect_failures(const Work& work, int least) {
             work();
         } catch (const std::bad_alloc&) {
             has_failed = true;
-            ++failures;
+        } catch (const std::runtime_error& error) {
+            has_failed = true;
+            EXPECT_NE(std::string(error.what()).find("not enough memory"), std::string::npos) << error.what();
         }
+        failures += has_failed;
     }
     EXPECT_GT(failures, least);
 }
@@ -65,6 +76,52 @@ TEST(Recording_Failures, of_recording_what_is_drawn) {
     const std::string text = json_of(record());
     expect_failures([&] { static_cast<void>(record()); }, 30);
     EXPECT_EQ(json_of(record()), text);
+}
+
+TEST(Recording_Failures, of_reports) {
+    const Recording recording = read_recording(document());
+    Report report;
+    std::vector<Call_Cost> costs;
+    for (std::size_t call = 0; call < recording.calls.size(); ++call) {
+        report.standard.push_back({call, "VD_Standard_Draw_2D_Polygon"});
+        report.presented.push_back({});
+        costs.push_back({call, 3, 4, 5, 1.5});
+    }
+    report.reads.push_back({});
+    expect_failures([&] { static_cast<void>(json_of(report)); }, 10);
+    expect_failures([&] { static_cast<void>(json_of(recording, costs)); }, 10);
+}
+
+TEST(Map_Failures, of_reading) {
+    const std::string text = document(MAPS "/all-kinds.json"), topology = document(MAPS "/topology.json");
+    const std::string style = R"({"layers": [{"filter": "a = 1", "fill-by": "a", "breaks": [1, 2]}, {"fill": "red"}]})";
+    for (const std::string& content : {text, topology, "[" + text + "]", std::string(200, '[') + std::string(200, ']')}) {
+        expect_failures(
+            [&] {
+                Released_Json<nlohmann::ordered_json> read;
+                read_json(content, read);
+            },
+            content == text ? 20 : 5);
+    }
+    for (const std::string& content : {text, topology}) {
+        const Input input{"map.json", "json", find_format("json"), content};
+        const auto read = [&] {
+            Load_Limits limits;
+            return map::load_map(input, {}, limits).shapes.size();
+        };
+        const std::size_t count = read();
+        expect_failures([&] { static_cast<void>(read()); }, 20);
+        EXPECT_EQ(read(), count);
+    }
+    const std::string file = testing::TempDir() + "failing-style.json";
+    std::ofstream(file) << style;
+    expect_failures(
+        [&] {
+            Load_Limits limits;
+            static_cast<void>(map::read_style(file, {}, limits));
+        },
+        20);
+    std::remove(file.c_str());
 }
 
 } // namespace

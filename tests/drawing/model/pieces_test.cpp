@@ -1,4 +1,5 @@
 // Work on models that is split into pieces and parts: the same results and the same messages, whatever the number of threads.
+#include <algorithm>
 #include <atomic>
 #include <map>
 #include <random>
@@ -7,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "drawing/files/helpers.h"
+#include "drawing/files/long_list.h"
 #include "drawing/model/edges.h"
 #include "drawing/model/facing.h"
 #include "drawing/model/model_reader.h"
@@ -262,6 +264,22 @@ TEST(Places, are_numbered_in_the_order_of_their_first_points) {
         EXPECT_EQ(places.firsts, firsts);
     }
     EXPECT_EQ(find_places({}, 2).count(), 0U);
+}
+
+// Also while a list grows from an ordinary block into large pages.
+TEST(Long_Lists, keep_their_elements_and_lie_in_whole_pages) {
+    using vorna::drawing::large_page;
+    vorna::drawing::Long_List<std::uint32_t> list;
+    for (std::uint32_t i = 0; i < 2'000'000; ++i) {
+        list.push_back(i);
+    }
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(list.data()) % large_page, 0U);
+    const auto copy = list;
+    for (std::uint32_t i = 0; i < list.size(); ++i) {
+        ASSERT_TRUE(list[i] == i && copy[i] == i) << i;
+    }
+    list.assign(3'000'000, 7U);
+    EXPECT_EQ(std::ranges::count(list, 7U), 3'000'000);
 }
 
 TEST(Groups, keep_the_order_of_their_numbers) {

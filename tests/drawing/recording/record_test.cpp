@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "drawing/files/gzip.h"
+#include "drawing/files/input_file.h"
 #include "drawing/files/zstd.h"
 #include "drawing/recording/call_kinds.h"
 #include "drawing/recording/document.h"
@@ -187,6 +188,22 @@ TEST_F(Record, cbor_is_exact_and_refuses_damage) {
     std::size_t taken = 0;
     EXPECT_THROW(read_recording(small, [&](std::size_t bytes) { taken += bytes; }), Recording_Error);
     EXPECT_GT(taken, (std::size_t{1} << 18) * sizeof(Rendition));
+}
+
+// A few bytes may ask for a window of 128 MiB.
+TEST(Unpacked_Input, counts_the_window_of_zstd) {
+    using namespace vorna::drawing;
+    if (!has_zstd) {
+        GTEST_SKIP() << "this build is without zstd";
+    }
+    const std::string empty_block("\x01\0\0", 3), magic = "\x28\xB5\x2F\xFD";
+    const std::string large_window = magic + std::string("\0\x88", 2) + empty_block;
+    const std::string known_content = magic + "\x80\x88" + std::string(4, '\0') + empty_block;
+    constexpr std::size_t most = std::size_t{1} << 20;
+    Load_Limits few(std::uint64_t{64} << 20), many(std::uint64_t{256} << 20);
+    EXPECT_THROW(unpacked_input("a.zst", large_window, few, most), Load_Error);
+    EXPECT_EQ(unpacked_input("a.zst", large_window, many, most), "");
+    EXPECT_EQ(unpacked_input("a.zst", known_content, few, most), "");
 }
 
 TEST_F(Record, goes_through_standard_streams) {
