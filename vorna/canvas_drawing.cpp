@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "vorna/canvas_threads.h"
+#include "vorna/standard/drawing_area.h"
 
 namespace vorna {
 
@@ -52,6 +53,14 @@ void Canvas_Threads::apply(VT_Renderer_Data& worker, const Depth_Rules& rules) c
 void Canvas_Threads::set_rows(VT_Renderer_Data& worker, Row_Range rows) const {
     const std::int32_t first_and_last[2] = {rows.first, rows.last};
     set_rows_(worker, first_and_last);
+    const VT_Option* const option = worker.current_table.find(Drawn_Rows::option);
+    if (Drawn_Rows* const drawn = option ? option->as_object<Drawn_Rows>() : nullptr) {
+        const auto device_row = [this](std::int32_t row) {
+            return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{window_.bottom} + row, INT32_MIN, INT32_MAX));
+        };
+        drawn->first = device_row(rows.first);
+        drawn->last = device_row(rows.last);
+    }
 }
 
 // For calls that follow the depth rules that are in force.

@@ -26,9 +26,7 @@ struct Box {
         low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
         high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
     }
-    VT_Vector center() const noexcept {
-        return {(low.x + high.x) * 0.5F, (low.y + high.y) * 0.5F, (low.z + high.z) * 0.5F};
-    }
+    VT_Vector center() const noexcept { return {(low.x + high.x) * 0.5F, (low.y + high.y) * 0.5F, (low.z + high.z) * 0.5F}; }
     float diagonal() const noexcept {
         const float x = high.x - low.x, y = high.y - low.y, z = high.z - low.z;
         return std::sqrt(x * x + y * y + z * z);
@@ -51,7 +49,8 @@ struct Block {
 
 class Block_Maker {
 public:
-    Block_Maker(std::span<const VT_Vector> points, std::span<const std::uint32_t> vertices) : points_(points), vertices_(vertices) {}
+    Block_Maker(std::span<const VT_Vector> points, std::span<const std::uint32_t> vertices)
+        : points_(points), vertices_(vertices) {}
 
     // Takes the stretches of a strip, which follows the one before.
     void add_strip(std::size_t start, std::size_t end) {
@@ -120,7 +119,8 @@ struct Row {
     float x, y, z, w, length;
 
     explicit Row(const double (&row)[4])
-        : x(static_cast<float>(row[0])), y(static_cast<float>(row[1])), z(static_cast<float>(row[2])), w(static_cast<float>(row[3])),
+        : x(static_cast<float>(row[0])), y(static_cast<float>(row[1])), z(static_cast<float>(row[2])),
+          w(static_cast<float>(row[3])),
           length(static_cast<float>(std::sqrt(row[0] * row[0] + row[1] * row[1] + row[2] * row[2]))) {}
 };
 
@@ -155,8 +155,8 @@ Place_Blocks::Place_Blocks(std::span<const VT_Vector> points, std::span<const st
     starts_.push_back(strip_starts.back());
 }
 
-// Where w is at least l > 0 in the sphere, x / w differs from its value q at the center by at most (dx + |q| dw) / l. The loop has
-// nothing behind references, so that compilers turn it into vector code.
+// Where w is at least l > 0 in the sphere, x / w differs from its value q at the center by at most (dx + |q| dw) / l. The loop
+// has nothing behind references, so that compilers turn it into vector code.
 void Place_Blocks::find_extents(std::size_t first, const Camera& camera, const VT_Int_Rectangle& frame,
                                 std::span<Extent> extents) const {
     constexpr float rounding = 1e-6F;

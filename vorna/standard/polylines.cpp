@@ -177,7 +177,10 @@ void draw_paths(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const
                              line.shading,
                              has_depth_in_force(renderer, rendition),
                              draws_smoothed(renderer, rendition)};
-        fill_strokes(paths, pen, clip, Run_Drawing(renderer, rendition, line));
+        const VT_Int_Rectangle rows = cut_to_drawn_rows(clip, renderer);
+        if (!is_empty(rows)) {
+            fill_strokes(paths, pen, rows, Run_Drawing(renderer, rendition, line));
+        }
         return;
     }
     const VT_Reference<VT_Rendition> plain = plain_copy(rendition);
