@@ -10,6 +10,7 @@
 #include "host/attributes.h"
 #include "host/window.h"
 #include "vorna/call_rows.h"
+#include "vorna/drawn_rows.h"
 #include "vorna/kept_arguments.h"
 
 namespace vorna {
@@ -151,10 +152,23 @@ void Canvas_Threads::keep(const VT_Rendition& rendition, Arguments&... arguments
             for_each_run<primitive>(
                 rendition, Kept::arguments(passer, window_, arguments...), [this] { return line_surface(); },
                 [&](const auto& run) { keep_run<Draw, Kept, primitive>(rendition, run); });
+            if constexpr (sizeof...(Arguments) == 0) {
+                begin_areas();
+            }
             return;
         }
     }
     draw_alone([&](VT_Renderer_Data& worker) { Draw(worker, rendition, arguments...); });
+}
+
+// Large areas take long enough for other threads to begin at once. Pictures begin with some, so that threads which sleep wake up
+// while the first calls are kept.
+void Canvas_Threads::begin_areas() {
+    constexpr std::int64_t least_pixels = 1 << 17;
+    if (std::int64_t{window_.right - window_.left} * (window_.top - window_.bottom) >= least_pixels) {
+        list_.hand_over();
+        team_.wake();
+    }
 }
 
 // Short lists are copied for each band, so that the calls of a band lie one after the other in memory, and longer ones once.
@@ -276,6 +290,7 @@ void Canvas_Threads::establish_workers(const VT_Reference<Frame_Buffer>& color, 
         const VT_Reference<VT_Renderer_Data> prototype(new VT_Renderer_Data);
         prototype->buffer_creation = creation;
         workers_.push_back(maker_(*prototype));
+        note_drawn_rows(*workers_.back(), INT16_MIN, INT16_MAX); // made here, since threads may lack memory
     }
     for (const Module::Renderer& each : workers_) {
         VT_Renderer_Data& worker = *each;

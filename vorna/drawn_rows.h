@@ -38,9 +38,9 @@ inline void note_drawn_rows(VT_Renderer_Data& renderer, std::int32_t first, std:
 // The part of an area, in device pixels, that lies in these rows.
 inline VT_Int_Rectangle in_drawn_rows(VT_Renderer_Data& renderer, VT_Int_Rectangle area) {
     if (const VT_Drawn_Rows* const rows = find_drawn_rows(renderer)) {
-        const std::int32_t lowest = window_rectangle(renderer.current_renderer_options()).bottom;
-        area.bottom = std::max(area.bottom, lowest + rows->first);
-        area.top = std::min(area.top, lowest + rows->last);
+        const std::int64_t lowest = window_rectangle(renderer.current_renderer_options()).bottom;
+        area.bottom = static_cast<std::int32_t>(std::clamp<std::int64_t>(lowest + rows->first, area.bottom, INT32_MAX));
+        area.top = static_cast<std::int32_t>(std::clamp<std::int64_t>(lowest + rows->last, INT32_MIN, area.top));
     }
     return area;
 }

@@ -20,6 +20,28 @@ public:
         }
     }
 
+    // Those of a tile. Runs of different blocks lie apart in memory: they are looked up before the first one is drawn, so that
+    // the processor waits for many at once, and what the next ones read is asked for while one is drawn.
+    void draw_groups(const Layer& layer, std::size_t tile) {
+        constexpr std::size_t vertices_ahead = 8, points_ahead = 4;
+        found_.clear();
+        layer.bins.for_each(tile, layer.groups.size() - 1, [&](std::size_t group) {
+            const Layer::Group &first = layer.groups[group], &end = layer.groups[group + 1];
+            for (std::size_t run = first.first; run < end.first; ++run) {
+                found_.push_back({layer.runs[run], first.lies_in_one_tile});
+            }
+        });
+        for (std::size_t i = 0; i < found_.size(); ++i) {
+            if (i + vertices_ahead < found_.size()) {
+                __builtin_prefetch(&scene_.strip_vertices_[found_[i + vertices_ahead].run.first]);
+            }
+            if (i + points_ahead < found_.size()) {
+                ask_for_points(found_[i + points_ahead].run);
+            }
+            draw(found_[i].run, found_[i].is_inside);
+        }
+    }
+
     // is_inside: the window.
     void draw(const Run& run, bool is_inside) {
         if (is_clipped(run.manner)) {
@@ -36,6 +58,15 @@ private:
     static std::uint16_t outcode(const VT_Int_Rectangle& area, const VT_DCI_Point& p) noexcept {
         return static_cast<std::uint16_t>((p.x < area.left) | (p.x > area.right + 1) << 1 | (p.y < area.bottom) << 2 |
                                           (p.y > area.top + 1) << 3);
+    }
+
+    // Vertices have numbers in the order in which strips first use them, so that those of one side of a strip lie together.
+    void ask_for_points(const Run& run) const {
+        const std::uint32_t* vertices = &scene_.strip_vertices_[run.first];
+        for (const std::size_t place :
+             {std::size_t{0}, std::size_t{1}, std::size_t{run.triangles}, run.triangles + std::size_t{1}}) {
+            __builtin_prefetch(&scene_.projection_.device_points[vertices[place]]);
+        }
     }
 
     void draw_whole(const Run& run, bool is_inside) {
@@ -134,6 +165,11 @@ private:
     VT_Renderer_Data& renderer_;
     const VT_Rendition& rendition_;
     VT_Int_Rectangle window_, needed_; // of a tile; see Tile_Grid
+    struct Found {
+        Run run;
+        bool is_inside;
+    };
+    std::vector<Found> found_; // of a tile
     std::vector<VT_DCI_Point> points_;
     std::vector<std::uint16_t> outcodes_;
     std::vector<VT_RGB32> colors_;
@@ -149,14 +185,9 @@ void Scene_Renderer::draw_as(const Painting& painting, VT_Renderer_Data& rendere
             const Layer& layer = part.*side;
             if (!grid_) {
                 std::ranges::for_each(layer.runs, [&](const Run& run) { drawing.draw(run, true); });
-                continue;
+            } else {
+                drawing.draw_groups(layer, tile);
             }
-            layer.bins.for_each(tile, layer.groups.size() - 1, [&](std::size_t group) {
-                const Layer::Group &first = layer.groups[group], &end = layer.groups[group + 1];
-                for (std::size_t run = first.first; run < end.first; ++run) {
-                    drawing.draw(layer.runs[run], first.lies_in_one_tile);
-                }
-            });
         }
     }
 }

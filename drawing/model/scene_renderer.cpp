@@ -2,7 +2,8 @@
 #include "drawing/model/scene_renderer.h"
 
 #include <algorithm>
-#include <cmath>
+#include <array>
+#include <iterator>
 
 #include "drawing/files/helpers.h"
 #include "drawing/model/vectors.h"
@@ -11,10 +12,6 @@ namespace vorna::drawing::model {
 namespace {
 
 constexpr std::uint32_t none = 0xFFFFFFFF;
-// Triangles of a run in pictures of several tiles: a tile draws whole runs.
-constexpr std::size_t longest_run = 32;
-// Places of a block, see Layer.
-constexpr std::size_t block_places = 64;
 // Vertices or triangles that threads prepare at a time.
 constexpr std::size_t least_part = 8192;
 
@@ -27,7 +24,7 @@ Scene_Renderer::Scene_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 
                                       [&] { hides_backs_ = facing.hides_backs(); });
     strip_starts_ = strips.starts;
     lay_out(mesh, facing, strips, threads);
-    make_boxes(threads);
+    blocks_ = Place_Blocks(points_, strip_vertices_, strip_starts_, threads);
     if (numbered) {
         reserve_in_large_pages(numbers_, strips.triangle_order.size());
         numbers_.resize(strips.triangle_order.size());
@@ -151,13 +148,9 @@ void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const 
     // Tints and strips need the projection but not each other.
     const std::size_t tints = has_tints ? part_count(tinted.size(), threads_, least_part) : 0;
     parts_.resize(part_count(strip_vertices_.size(), threads_, least_part));
-    const auto strip_at = [&](std::size_t part) {
-        const std::size_t place = strip_vertices_.size() * part / parts_.size();
-        return static_cast<std::size_t>(std::ranges::lower_bound(strip_starts_, place) - strip_starts_.begin());
-    };
     share_tasks(parts_.size() + tints, threads_, [&](std::size_t task, std::size_t) {
         if (task < parts_.size()) {
-            cut_strips(strip_at(task), strip_at(task + 1), grid, parts_[task]);
+            cut_blocks(first_block_of(task), first_block_of(task + 1), grid, parts_[task]);
         } else {
             const std::size_t part = task - parts_.size();
             tints_.set(tinted, tinted.size() * part / tints, tinted.size() * (part + 1) / tints, camera, settings);
@@ -165,151 +158,73 @@ void Scene_Renderer::prepare(const Tile_Grid& grid, const Camera& camera, const 
     });
 }
 
-void Scene_Renderer::make_boxes(unsigned threads) {
-    boxes_.resize((strip_vertices_.size() + block_places - 1) / block_places);
-    share_range(boxes_.size(), threads, [&](std::size_t first, std::size_t end) {
-        for (std::size_t b = first; b < end; ++b) {
-            const std::size_t last_place = std::min((b + 1) * block_places + longest_run + 1, strip_vertices_.size());
-            Box box{points_[strip_vertices_[b * block_places]], points_[strip_vertices_[b * block_places]]};
-            for (std::size_t place = b * block_places; place < last_place; ++place) {
-                const VT_Vector& p = points_[strip_vertices_[place]];
-                box.low = {std::min(box.low.x, p.x), std::min(box.low.y, p.y), std::min(box.low.z, p.z)};
-                box.high = {std::max(box.high.x, p.x), std::max(box.high.y, p.y), std::max(box.high.z, p.z)};
-            }
-            boxes_[b] = box;
-        }
-    });
-}
-
-// Of a box inside the view volume, else empty. A pixel more to each side for rounding.
-Extent Scene_Renderer::extent_of(const Box& box) const {
-    const auto& m = camera_.clip_from_model.m;
-    double parts[4][3][2]; // of each clip coordinate: by axis, at the low and the high end
-    for (int r = 0; r < 4; ++r) {
-        parts[r][0][0] = m[r][0] * box.low.x;
-        parts[r][0][1] = m[r][0] * box.high.x;
-        parts[r][1][0] = m[r][1] * box.low.y;
-        parts[r][1][1] = m[r][1] * box.high.y;
-        parts[r][2][0] = m[r][2] * box.low.z + m[r][3];
-        parts[r][2][1] = m[r][2] * box.high.z + m[r][3];
+// A block that begins with a strip: recordings of images of one tile have whole strips.
+std::size_t Scene_Renderer::first_block_of(std::size_t part) const {
+    std::size_t block = blocks_.count() * part / parts_.size();
+    while (!std::ranges::binary_search(strip_starts_, blocks_.start(block))) {
+        ++block;
     }
-    double left = 1, right = -1, bottom = 1, top = -1;
-    for (unsigned corner = 0; corner < 8; ++corner) {
-        const auto clip = [&](int r) {
-            return parts[r][0][corner & 1] + parts[r][1][corner >> 1 & 1] + parts[r][2][corner >> 2];
-        };
-        const double w = clip(3), x = clip(0) / w, y = clip(1) / w, z = clip(2) / w;
-        if (!(w > 0 && x >= -1 && x <= 1 && y >= -1 && y <= 1 && z >= 0 && z <= 1)) {
-            return {};
-        }
-        left = std::min(left, x);
-        right = std::max(right, x);
-        bottom = std::min(bottom, y);
-        top = std::max(top, y);
-    }
-    const auto point = [&](double x, double y) {
-        return viewport_.device_point(static_cast<float>(x), static_cast<float>(y), 0);
-    };
-    const VT_DCI_Point low = point(left, bottom), high = point(right, top);
-    Extent extent;
-    extent.box = {low.x - 1, high.x + 1, low.y - 1, high.y + 1};
-    return extent;
-}
-
-void Scene_Renderer::add(Layer& layer, const Run& run) const {
-    const std::size_t block = run.first / block_places;
-    if (block != layer.open_block) {
-        close_group(layer);
-        layer.groups.push_back({static_cast<std::uint32_t>(layer.runs.size())});
-        layer.open_block = block;
-    }
-    layer.runs.push_back(run);
-}
-
-// Runs whose box is large or reaches out of the view volume become groups of their own.
-void Scene_Renderer::close_group(Layer& layer) const {
-    if (layer.open_block == Layer::no_block) {
-        return;
-    }
-    const auto sort_group = [&layer](const Extent& extent) {
-        layer.groups.back().lies_in_one_tile = layer.bins.add(static_cast<std::uint32_t>(layer.groups.size() - 1), extent);
-    };
-    const std::uint32_t first = layer.groups.back().first;
-    const Extent extent = extent_of(boxes_[layer.open_block]);
-    layer.open_block = Layer::no_block;
-    const std::int32_t widest = std::min(grid_->tile_size.x, grid_->tile_size.y) / 4;
-    if (!extent.is_empty() && std::max(extent.width(), extent.height()) <= widest) {
-        sort_group(extent);
-        return;
-    }
-    layer.groups.pop_back();
-    for (std::uint32_t run = first; run < layer.runs.size(); ++run) {
-        Extent own;
-        include(own, layer.runs[run]);
-        layer.groups.push_back({run});
-        sort_group(own);
-    }
+    return block;
 }
 
 // Into runs of triangles of one manner, those of faces seen from behind apart.
-void Scene_Renderer::cut_strips(std::size_t first_strip, std::size_t end_strip, const Tile_Grid& grid, Part& part) const {
+void Scene_Renderer::cut_blocks(std::size_t first_block, std::size_t end_block, const Tile_Grid& grid, Part& part) const {
     for (Layer* layer : {&part.backs, &part.fronts}) {
         layer->runs.clear();
         layer->groups.clear();
         layer->bins.start(grid);
     }
-    std::vector<std::uint8_t> fronts(strip_starts_[end_strip] - strip_starts_[first_strip]);
-    const std::size_t start = strip_starts_[first_strip];
-    faces_.face_viewer(start, fronts.size(), camera_, fronts.data());
-    const auto manner_at = [&](std::size_t place) { return manner_of(place, fronts[place - start] != 0); };
-    for (std::size_t s = first_strip; s < end_strip; ++s) {
-        const std::size_t end = strip_starts_[s + 1] - 2;
-        std::size_t first = strip_starts_[s];
-        Manner manner = manner_at(first);
-        const auto finish = [&](std::size_t place) {
-            Layer& layer = is_back(manner) ? part.backs : part.fronts;
-            const std::size_t longest = !grid_ ? place - first : is_clipped(manner) ? 1 : longest_run;
-            for (; first < place && manner != Manner::hidden; first += longest) {
-                const Run run{static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(std::min(longest, place - first)),
-                              manner};
-                if (grid_) {
-                    add(layer, run);
-                } else {
-                    layer.runs.push_back(run);
-                }
-            }
-            first = place;
-        };
-        for (std::size_t place = first + 1; place < end; ++place) {
-            const Manner next = manner_at(place);
-            if (next != manner) {
-                finish(place);
-                manner = next;
+    const std::size_t start = blocks_.start(first_block), end = blocks_.start(end_block);
+    part.facing.resize(end - start);
+    faces_.face_viewer(start, end - start, camera_, part.facing.data());
+    auto strip = std::ranges::lower_bound(strip_starts_, start);
+    // The strips, or parts of them, whose places begin before one.
+    const auto cut_before = [&](std::size_t first, std::size_t last) {
+        while (first < last) {
+            const std::size_t end_of_strip = *std::next(strip);
+            cut_strip(first, std::min(end_of_strip - 2, last), part.facing.data() + (first - start), part);
+            first = std::min(end_of_strip, last);
+            strip += first == end_of_strip ? 1 : 0;
+        }
+    };
+    if (!grid_) {
+        cut_before(start, end);
+        return;
+    }
+    part.extents.resize(end_block - first_block);
+    blocks_.find_extents(first_block, camera_, grid.frame, part.extents);
+    for (std::size_t block = first_block; block < end_block; ++block) {
+        const auto first_runs = std::array{part.backs.runs.size(), part.fronts.runs.size()};
+        cut_before(blocks_.start(block), blocks_.start(block + 1));
+        for (std::size_t side = 0; side < first_runs.size(); ++side) {
+            Layer& layer = side == 0 ? part.backs : part.fronts;
+            if (layer.runs.size() > first_runs[side]) {
+                const auto group = static_cast<std::uint32_t>(layer.groups.size());
+                const bool lies_in_one_tile = layer.bins.add(group, part.extents[block - first_block]);
+                layer.groups.push_back({static_cast<std::uint32_t>(first_runs[side]), lies_in_one_tile});
             }
         }
-        finish(end);
     }
     for (Layer* layer : {&part.backs, &part.fronts}) {
-        close_group(*layer);
         layer->groups.push_back({static_cast<std::uint32_t>(layer->runs.size())});
         layer->bins.finish();
     }
 }
 
-void Scene_Renderer::include(Extent& extent, const Run& run) const {
-    if (!is_clipped(run.manner)) {
-        const std::uint32_t* vertices = &strip_vertices_[run.first];
-        for (std::size_t i = 0; i < std::size_t{run.triangles} + 2; ++i) {
-            extent.include(projection_.device_points[vertices[i]]);
+// The triangles of a strip that begin at the places [first, end). facing: of the first and all that follow.
+void Scene_Renderer::cut_strip(std::size_t first, std::size_t end, const std::uint8_t* facing, Part& part) const {
+    const auto manner_at = [&, start = first](std::size_t place) { return manner_of(place, facing[place - start] != 0); };
+    while (first < end) {
+        const Manner manner = manner_at(first);
+        std::size_t place = first + 1;
+        while (place < end && manner_at(place) == manner) {
+            ++place;
         }
-        return;
-    }
-    const Painting without_colors{false, true, numbers_, numbers_}; // which may not be there yet
-    for (std::size_t place = run.first; place < run.first + run.triangles; ++place) {
-        const Clip_Polygon polygon = clipped(place, without_colors);
-        for (std::size_t i = 0; i < polygon.count; ++i) {
-            extent.include(device_point(polygon.vertices[i], place));
+        if (manner != Manner::hidden) {
+            Layer& layer = is_back(manner) ? part.backs : part.fronts;
+            layer.runs.push_back({static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(place - first), manner});
         }
+        first = place;
     }
 }
 

@@ -12,6 +12,7 @@
 #include "drawing/model/facing.h"
 #include "drawing/model/lighting.h"
 #include "drawing/model/mesh.h"
+#include "drawing/model/place_blocks.h"
 #include "drawing/model/projected_points.h"
 #include "drawing/model/scene.h"
 #include "drawing/model/strips.h"
@@ -61,9 +62,8 @@ private:
         std::uint32_t first, triangles;
         Manner manner;
     };
-    // Runs that are drawn one after the other. Tiles draw groups of them, each of runs that begin in one block of places.
+    // Runs that are drawn one after the other. Tiles draw groups of them, each of the runs of one block.
     struct Layer {
-        static constexpr std::size_t no_block = SIZE_MAX;
         struct Group {
             std::uint32_t first; // run; the last group has none
             bool lies_in_one_tile = false;
@@ -72,28 +72,21 @@ private:
         std::vector<Run> runs;
         std::vector<Group> groups;
         Tile_Bins bins; // of the groups
-
-        std::size_t open_block = no_block; // that the runs of the last group begin in
     };
-    // What some of the strips are cut into.
+    // What the strips of some blocks are cut into.
     struct Part {
         Layer backs, fronts;
+        // By place and by block, while the strips are cut.
+        std::vector<std::uint8_t> facing;
+        std::vector<Extent> extents;
     };
     class Drawing;
 
     void lay_out(const Mesh& mesh, const Facing& facing, const Strips& strips, unsigned threads);
     Manner manner_of(std::size_t place, bool front) const noexcept;
-    void cut_strips(std::size_t first_strip, std::size_t end_strip, const Tile_Grid& grid, Part& part) const;
-    // Around the points of the runs that begin in a block of places.
-    struct Box {
-        VT_Vector low, high;
-    };
-
-    void make_boxes(unsigned threads);
-    Extent extent_of(const Box& box) const;
-    void add(Layer& layer, const Run& run) const;
-    void close_group(Layer& layer) const;
-    void include(Extent& extent, const Run& run) const;
+    std::size_t first_block_of(std::size_t part) const;
+    void cut_blocks(std::size_t first_block, std::size_t end_block, const Tile_Grid& grid, Part& part) const;
+    void cut_strip(std::size_t first, std::size_t end, const std::uint8_t* facing, Part& part) const;
     Painting painting() const noexcept {
         return numbers_only_ ? number_painting() : Painting{flat_, unlit_, tints_.front, tints_.back};
     }
@@ -109,7 +102,7 @@ private:
     // By place in the strips: the vertex, and the face that begins there.
     Long_List<std::uint32_t> strip_vertices_, strip_starts_;
     Surfaces faces_;
-    Long_List<Box> boxes_;
+    Place_Blocks blocks_;
     std::vector<VT_RGB32> numbers_; // by place, see draw_numbers
     std::size_t triangle_count_ = 0;
     unsigned threads_;
@@ -122,7 +115,7 @@ private:
     bool flat_ = false, unlit_ = false, numbers_only_ = false, cull_backs_ = false;
     Projected_Points projection_; // of vertices
     Surface_Tints tints_;         // see Painting
-    std::vector<Part> parts_;     // in the order of the strips
+    std::vector<Part> parts_;     // in the order of the blocks
 };
 
 } // namespace vorna::drawing::model

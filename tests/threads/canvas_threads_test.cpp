@@ -60,6 +60,14 @@ void draw_long_lists(Random& random, const Window& window, vorna::Canvas& canvas
     VD_Draw_2DI_Textured_Polytriangle(canvas, points, colors, parameters);
     VD_Draw_3D_Colorized_Polyline(canvas, exact_points, colors);
     VD_Draw_DCI_Gouraud_Polyline(canvas, points, colors);
+    VT_Line_Attributes& line = canvas.rendition().line;
+    const VT_Line_Attributes thin = line;
+    line.weight = random.number(2, 9);
+    line.cap = random.number(0, 2);
+    line.join = random.number(0, 2);
+    points.back() = points.front();
+    VD_Draw_2DI_Gouraud_Polyline(canvas, points, colors);
+    line = thin;
 }
 
 // A strip that is too long to be copied.

@@ -11,6 +11,7 @@
 #include "app/check/random_values.h"
 #include "tests/reliability/counted_heap.h"
 #include "vorna/canvas.h"
+#include "vorna/drawn_rows.h"
 
 namespace {
 
@@ -167,6 +168,40 @@ TEST(Kept_Calls, cut_long_polylines_where_no_pixel_changes) {
     const vorna::Module module(KRB_MODULE);
     for (const Configuration& configuration : configurations) {
         expect_bytes_of_one_thread(module, configuration, 100, draw_long_polyline);
+    }
+}
+
+// The pixels of a wide line in some rows are those of the whole line, and no others are made: each band of rows costs its share.
+TEST(Kept_Calls, of_wide_lines_are_made_in_the_rows_of_a_band) {
+    constexpr std::int32_t side = 100, first_row = 37, last_row = 52;
+    const vorna::Module module(KRB_MODULE);
+    std::vector<VT_DCI_Point> points;
+    for (std::int32_t i = 0; i < 120; ++i) {
+        points.push_back({i * 37 % 110 - 5, i * i * 13 % 110 - 5, i});
+    }
+    points.push_back(points.front());
+    for (const std::int32_t join : {vorna::line_join::round, vorna::line_join::miter, vorna::line_join::bevel}) {
+        const auto pixels = [&](bool is_cut) {
+            vorna::Canvas canvas(module, {.size = {side, side}});
+            if (is_cut) {
+                vorna::note_drawn_rows(canvas.renderer(), first_row, last_row);
+            }
+            canvas.begin_picture(vorna::rgb(0, 0, 0));
+            canvas.set_color(vorna::rgb(200, 100, 50));
+            canvas.rendition().line.weight = 3;
+            canvas.rendition().line.join = join;
+            VD_Draw_2DI_Polyline(canvas, points);
+            canvas.end_picture();
+            return canvas.read_pixels();
+        };
+        std::vector<VT_RGB32> expected = pixels(false);
+        for (std::int32_t i = 0; i < side * side; ++i) {
+            const std::int32_t row = side - 1 - i / side; // images begin with the uppermost one
+            if (row < first_row || row > last_row) {
+                expected[static_cast<std::size_t>(i)] = vorna::rgb(0, 0, 0);
+            }
+        }
+        EXPECT_EQ(pixels(true), expected) << "join " << join;
     }
 }
 

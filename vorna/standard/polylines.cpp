@@ -178,7 +178,10 @@ void draw_paths(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const
                              line.shading,
                              has_depth_in_force(renderer, rendition),
                              draws_smoothed(renderer, rendition)};
-        fill_strokes(paths, pen, in_drawn_rows(renderer, clip), Run_Drawing(renderer, rendition, line));
+        const VT_Int_Rectangle rows = in_drawn_rows(renderer, clip);
+        if (!is_empty(rows)) {
+            fill_strokes(paths, pen, rows, Run_Drawing(renderer, rendition, line));
+        }
         return;
     }
     const VT_Reference<VT_Rendition> plain = plain_copy(rendition);

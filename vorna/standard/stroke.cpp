@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <optional>
 
 #include "host/rendition.h"
 #include "vorna/standard/conversion.h"
@@ -123,23 +124,35 @@ private:
         const Stroke_Point& start = points.front();
         const Stroke_Point& end = points.back();
         const bool is_closed = segments > 2 && start.x == end.x && start.y == end.y && start.z == end.z;
-        const Direction first = direction(points[0], points[1]);
-        Direction before{};
+        // Directions are worked out where something may be seen.
+        std::optional<Direction> before;
         for (std::size_t s = 0; s < segments; ++s) {
+            if (lies_beyond_rows(points[s], points[s + 1])) {
+                before.reset();
+                continue;
+            }
             const Direction along = direction(points[s], points[s + 1]);
             const auto key = key_ + 2 * static_cast<std::int64_t>(s);
             if (s > 0) {
-                add_join(points[s], before, along, key);
+                add_join(points[s], before ? *before : direction(points[s - 1], points[s]), along, key);
             }
             add_segment(points[s], points[s + 1], along, key + 3);
             before = along;
         }
+        const Direction first = direction(points[0], points[1]), last = direction(points[segments - 1], end);
         if (is_closed) {
-            add_join(start, before, first, key_);
+            add_join(start, last, first, key_);
         } else {
             add_cap(start, {-first.x, -first.y, 0}, key_);
-            add_cap(end, before, key_ + 2 * static_cast<std::int64_t>(segments));
+            add_cap(end, last, key_ + 2 * static_cast<std::int64_t>(segments));
         }
+    }
+
+    // Whether neither the segment nor a join at its ends, which reaches at most four times half the weight from it, has a pixel
+    // in the rows of the rectangle.
+    bool lies_beyond_rows(const Stroke_Point& from, const Stroke_Point& to) const noexcept {
+        const double reach = 4 * radius_ + 2;
+        return std::max(from.y, to.y) + reach < rectangle_.bottom || std::min(from.y, to.y) - reach > rectangle_.top;
     }
 
     void add_segment(const Stroke_Point& from, const Stroke_Point& to, const Direction& along, std::int64_t key) {
