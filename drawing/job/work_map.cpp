@@ -11,7 +11,7 @@ constexpr std::int32_t most_cells = 512;  // along a side
 constexpr std::int32_t pixels_a_cell = 2; // along a side of the small image
 // Nanoseconds, measured (docs/scaling.md): of a pixel of the file, of one that differs from the one to its left, with what
 // compressing it takes; of a drawn pixel; and of a vertex with its triangles.
-constexpr double pixel_work = 3, covered_work = 24, drawn_work = 1, place_work = 50;
+constexpr double pixel_work = 3, covered_work = 9, drawn_work = 1, place_work = 50;
 
 std::int32_t cell_side(VT_Int_Pair size) {
     const std::int32_t eights = (std::max(size.x, size.y) + 7) / 8;

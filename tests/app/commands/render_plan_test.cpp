@@ -83,7 +83,7 @@ TEST_F(Render_Plan, parts_of_a_plan_make_the_image_of_one_command) {
 }
 
 TEST_F(Render_Plan, parts_have_equal_work_rather_than_equal_areas) {
-    const json plan = this->plan({folder.file("ball.obj"), "--size", "2000x1000", "--zoom", "0.3"}, 8);
+    const json plan = this->plan({folder.file("ball.obj"), "--size", "2000x1000", "--zoom", "0.3", "--supersample", "1"}, 8);
     double least_area = 1e9, most_area = 0, most = 0, all = 0;
     for (const json& part : plan.at("parts")) {
         const double area = part.at("area")[2].get<double>() * part.at("area")[3].get<double>();
@@ -95,7 +95,7 @@ TEST_F(Render_Plan, parts_have_equal_work_rather_than_equal_areas) {
         EXPECT_GT(part.at("memory").get<std::uint64_t>(), std::uint64_t{1} << 20);
     }
     EXPECT_LT(most, 1.4 * all / 8);
-    EXPECT_GT(most_area, 3 * least_area);
+    EXPECT_GT(most_area, 1.6 * least_area);
 }
 
 TEST_F(Render_Plan, what_is_there_and_whole_is_left_out) {
@@ -111,7 +111,8 @@ TEST_F(Render_Plan, what_is_there_and_whole_is_left_out) {
     std::filesystem::remove(name(3));
     const auto done = [&](const Words& options) {
         std::vector<bool> found;
-        for (const json& part : this->plan(options, 4).at("parts")) {
+        const json again = this->plan(options, 4);
+        for (const json& part : again.at("parts")) {
             found.push_back(part.at("done"));
         }
         return found;
@@ -124,13 +125,13 @@ TEST_F(Render_Plan, what_is_there_and_whole_is_left_out) {
     // Threads and the like change no pixel.
     EXPECT_THAT(done({words[0], "--size", "320x200", "--threads", "2", "--max-memory", "512M"}),
                 testing::ElementsAre(true, false, true, false));
-    EXPECT_THAT(done({words[0], "--size", "320x200", "--light", "0,0,1"}), testing::Each(false));
+    EXPECT_THAT(done({words[0], "--size", "320x200", "--light", "0,0,1"}), testing::ElementsAre(false, false, false, false));
     // The model has changed and has as many bytes.
     std::string model = read_file(words[0]);
     std::iter_swap(model.begin() + static_cast<std::ptrdiff_t>(model.find('1')),
                    model.begin() + static_cast<std::ptrdiff_t>(model.find('2')));
     folder.file("ball.obj", model);
-    EXPECT_THAT(done(words), testing::Each(false));
+    EXPECT_THAT(done(words), testing::ElementsAre(false, false, false, false));
 }
 
 TEST_F(Render_Plan, resume_draws_what_is_missing_damaged_or_of_others) {
@@ -155,7 +156,7 @@ TEST_F(Render_Plan, resume_draws_what_is_missing_damaged_or_of_others) {
     };
     EXPECT_FALSE(is_drawn({"--resume"}));
     EXPECT_TRUE(is_drawn({}));
-    EXPECT_TRUE(is_drawn({"--resume", "--cull", "front"}));
+    EXPECT_TRUE(is_drawn({"--resume", "--cull", "back"}));
     EXPECT_TRUE(is_drawn({"--resume"}));
     std::filesystem::resize_file(part, std::filesystem::file_size(part) - 1);
     EXPECT_TRUE(is_drawn({"--resume"}));
@@ -198,7 +199,7 @@ TEST_F(Render_Plan, wrong_areas_and_plans_are_refused) {
         std::string message;
     } cases[] = {
         {{"--size", "64x64", "--plan", "65"}, "expected at most 64 parts of this image, found 65"},
-        {{"--plan", "2", "--tiles-of", "2x1"}, "expected no --tiles-of beside it"},
+        {{"--plan", "2", "--tiles-of", "2x1", "--tile", "0"}, "expected no --tiles-of beside it"},
         {{"--plan-lines"}, "--plan-lines: expected --plan beside it"},
         {{"--resume"}, "--resume: expected --output-folder or --tiles-of beside it"},
     };
