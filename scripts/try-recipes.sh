@@ -22,7 +22,7 @@ step "GNU parallel"
 VORNA=$vorna "$recipes/poster.sh" parallel.png 7 "$model" --size 3000x2000 --view front --edges
 cmp whole.png parallel.png
 step "Snakemake"
-snakemake --quiet --snakefile "$recipes/poster.smk" --cores 2 --config vorna="$vorna" model="$model" image=snakemake.png \
+snakemake --quiet all --snakefile "$recipes/poster.smk" --cores 2 --config vorna="$vorna" model="$model" image=snakemake.png \
     size=3000x2000 parts=7 options="--view=front --edges"
 cmp whole.png snakemake.png
 if [ "${2-}" = all ]; then

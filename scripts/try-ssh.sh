@@ -97,7 +97,7 @@ until drawing_on_two; do
     kill -0 $poster
     sleep 0.05
 done
-kill -9 $(with_children "${servers[two]}")
+kill -9 $(with_children "${servers[two]}") 2>/dev/null || true # some may have ended
 unset 'servers[two]'
 echo "killed host two, with $(find . -name 'poster.part-*.png' | wc -l) parts there"
 wait $poster
