@@ -28,7 +28,7 @@ build_packages=(g++ cmake ninja-build libassimp-dev libcli11-dev libdeflate-dev 
 test_packages=(binutils chromium clang-format fish fonts-dejavu-core gdal-bin glmark2-data imagemagick libgdal32 libgmock-dev libgtest-dev libtiff-tools mandoc pkgconf poppler-utils python3-pil qemu-user xvfb zsh)
 
 # What the Python package and its tests need.
-python_packages=(jupyter-nbconvert mypy pybind11-dev python3-dev python3-ipykernel python3-matplotlib python3-numpy python3-pytest python3-setuptools python3-venv python3-wheel)
+python_packages=(jupyter-nbconvert mypy pybind11-dev python3-dev python3-ipykernel python3-matplotlib python3-distributed python3-numpy python3-pytest python3-setuptools python3-venv python3-wheel)
 
 # What is needed besides to cross-build for Windows, and to test what was built.
 windows_packages=(binutils-mingw-w64-x86-64 g++-mingw-w64-x86-64-posix libstb-dev libz-mingw-w64-dev)
@@ -39,6 +39,9 @@ foreign_packages=(debian-archive-keyring g++-aarch64-linux-gnu g++-arm-linux-gnu
 
 # Compilers whose results are compared, with the linkers' part of optimisation at link time.
 compiler_packages=(g++-12 clang-14 clang-19 glmark2-data llvm-14-linker-tools)
+
+# What draws parts of images on several machines, and the recipes of docs/scaling.md.
+cluster_packages=(munge openssh-server parallel slurm-wlm snakemake)
 
 # Developers who have ccache build faster.
 if command -v ccache >/dev/null; then

@@ -1,6 +1,9 @@
 #!/usr/bin/env bash
-# Draws a picture in parts, as many at a time as there are processors, and joins them; example of a job array on one machine.
-# usage: poster.sh OUTPUT COLSxROWS MODEL [RENDER-OPTION...]; VORNA names the command, JOBS how many parts are drawn at a time.
+# Draws an image in parts of about equal work, side by side, and joins them.
+# usage: poster.sh OUTPUT PARTS MODEL [RENDER-OPTION...]
+# VORNA names the command, JOBS says how many parts each machine draws at a time. With GNU parallel HOSTS may name machines that
+# share the folder, as its option --sshlogin does; the parts of a machine that fails are drawn by the others. What was drawn
+# before an abort is not drawn again.
 set -euo pipefail
 if [ $# -lt 3 ]; then
     sed -n 3p "$0" >&2
@@ -8,16 +11,24 @@ if [ $# -lt 3 ]; then
 fi
 output=$1 parts=$2
 shift 2
-export VORNA=${VORNA:-vorna}
 jobs=${JOBS:-$(nproc)}
-folder=$(mktemp -d)
-trap 'rm -rf "$folder"' EXIT
+plan=$(mktemp)
+trap 'rm -f "$plan"' EXIT
 
-last=$((${parts%x*} * ${parts#*x} - 1))
-draw=("$VORNA" render "$@" --threads 1 --tiles-of "$parts" --tile '{}' -o "$folder/{}.png")
+"${VORNA:-vorna}" render --output="$output" --plan="$parts" --plan-lines --threads=1 "$@" >"$plan"
 if command -v parallel >/dev/null; then
-    seq 0 "$last" | parallel --will-cite --halt now,fail=1 --jobs "$jobs" --quote "${draw[@]}"
+    hosts=()
+    if [ "${HOSTS-}" ]; then
+        hosts=(--sshlogin "$HOSTS" --workdir "$PWD" --retries 5)
+    fi
+    head -n -1 "$plan" | parallel --will-cite --halt now,fail=1 --jobs "$jobs" "${hosts[@]}"
 else
-    seq 0 "$last" | xargs -P "$jobs" -I '{}' "${draw[@]}"
+    head -n -1 "$plan" | xargs -r -d '\n' -n 1 -P "$jobs" sh -c
 fi
-"$VORNA" assemble "$folder"/*.png -o "$output"
+eval "set -- $(tail -n 1 "$plan")"
+"$@"
+while [ "$1" != -- ]; do
+    shift
+done
+shift
+rm -f "$@"

@@ -3,7 +3,8 @@
 # Formatting and every test in a release build, with each kernel set: under ten minutes on two processors. With "all" everything else too that
 # must hold before a release: the tests with sanitizers, clang-tidy, the tests for Windows on Wine, and those for other processors
 # under QEMU, an hour more.
-# Works on a fresh Debian 12 as root, without a display. The last words are those of the test runner.
+# Works on a fresh Debian 12 as root, without a display. The last words are those of the test runner,
+# with "all" those of the recipes that draw an image in parts.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
@@ -52,3 +53,7 @@ if [ "$everything" ]; then
 fi
 
 check gcc-release
+
+if [ "$everything" ]; then
+    scripts/try-recipes.sh build/gcc-release/bin/vorna all
+fi

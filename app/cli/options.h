@@ -75,8 +75,9 @@ struct Command;
 // What the parser has found, besides the values that it has stored.
 struct Given {
     const Command* command = nullptr;
-    drawing::Module_Choice module;  // empty members: not given
-    std::vector<std::string> names; // long ones of the options that were given
+    drawing::Module_Choice module;       // empty members: not given
+    std::vector<std::string> names = {}; // long ones of the options and arguments that were given, in the order of the tables
+    std::vector<std::vector<std::string>> values = {}; // by name: as they were given; of a flag what it stands for
 
     bool has(std::string_view name) const;
 };

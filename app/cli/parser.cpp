@@ -311,11 +311,12 @@ public:
         } catch (const CLI::ParseError& error) {
             throw drawing::Usage_Error(usage_message(program_, application_, error));
         }
-        Request request{{chosen_command(), *program_.module, {}}, {}};
+        Request request{{chosen_command(), *program_.module, {}, {}}, {}};
         const CLI::App& parser = *application_.get_subcommands().front();
         for (const CLI::App* each : {&parser, static_cast<const CLI::App*>(&application_)}) {
             for (const CLI::Option* option : each->get_options([](const CLI::Option* o) { return o->count() > 0; })) {
                 request.given.names.push_back(option->get_name());
+                request.given.values.push_back(option->results());
             }
         }
         return request;

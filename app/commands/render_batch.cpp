@@ -3,15 +3,12 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <map>
 #include <mutex>
 #include <optional>
-#include <stop_token>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -21,12 +18,14 @@
 #include "app/cli/heap.h"
 #include "app/cli/messages.h"
 #include "app/cli/progress.h"
+#include "app/commands/batch_files.h"
+#include "app/commands/job_limits.h"
+#include "app/commands/option_choices.h"
 #include "drawing/files/helpers.h"
 #include "drawing/files/interruption.h"
 #include "drawing/files/memory.h"
 #include "drawing/files/output_file.h"
 #include "drawing/files/path.h"
-#include "drawing/files/standard_streams.h"
 
 namespace vorna::app {
 namespace {
@@ -59,50 +58,19 @@ std::vector<std::string> image_names(const Render_Options& options) {
     return names;
 }
 
-// A thread that ends the process when a signal asks for it, whatever the other threads do: those that read a file do not look for
-// signals. Where the system gives no thread, a signal takes effect at the end of a file.
-class Signal_Watch {
-public:
-    Signal_Watch() {
-        try {
-            thread_ = std::jthread([](const std::stop_token& stop) { wait(stop); });
-        } catch (const std::system_error&) {
-        }
-    }
-
-private:
-    static void wait(const std::stop_token& stop) {
-        constexpr std::chrono::milliseconds period(50);
-        std::mutex mutex;
-        std::unique_lock lock(mutex);
-        std::condition_variable_any stopped;
-        try {
-            while (!stop.stop_requested()) {
-                stopped.wait_for(lock, stop, period, [] { return false; });
-                drawing::Interruption::check();
-            }
-        } catch (const drawing::Interrupted& interrupted) {
-            drawing::Output_File::remove_unfinished();
-            if (drawing::is_terminal(stderr)) {
-                std::fputc('\n', stderr); // below the line of progress
-            }
-            drawing::end_by_signal(interrupted.signal);
-        }
-    }
-
-    std::jthread thread_;
-};
-
 // Files that threads take one after the other, with a message for each that cannot be drawn.
 class Batch {
 public:
     Batch(const Render_Options& options, const Draw_One& draw_one)
         : options_(options), draw_one_(draw_one), names_(image_names(options)), messages_(names_.size()) {}
 
+    // The manifest begins once the options are checked.
+    void begin() { manifest_.emplace(options_.manifest); }
+
     const std::string& first_image() const { return names_.front(); }
     // The work of one thread.
     void work(unsigned threads, bool shows_progress) {
-        for (std::size_t i = next_++; i < names_.size() && !interrupted_; i = next_++) {
+        for (std::size_t i = next_++; i < names_.size() && !interrupted_ && !ends_; i = next_++) {
             draw(i, std::max<unsigned>(1, threads / static_cast<unsigned>(std::min<std::size_t>(names_.size(), threads))));
             ++done_;
             if (shows_progress) {
@@ -114,6 +82,9 @@ public:
     int finish() {
         if (interrupted_) {
             throw drawing::Interrupted{interrupted_};
+        }
+        if (failure_) {
+            std::rethrow_exception(failure_);
         }
         int status = exit_status::done;
         for (const std::optional<std::string>& message : messages_) {
@@ -128,12 +99,15 @@ public:
 private:
     void draw(std::size_t file, unsigned threads) {
         std::error_code none;
+        const std::string& name = options_.models[file];
         if (const fs::path image = drawing::path_of(names_[file]);
             options_.resume && fs::is_regular_file(image, none) && fs::file_size(image, none) > 0) {
+            note(file, "kept", 0);
             return;
         }
+        const Time_Limit limit(options_.time_limit);
         Render_Options own = options_;
-        own.models = {options_.models[file]};
+        own.models = {name};
         own.image.output = names_[file];
         own.threads = threads;
         own.base_memory = base_memory_;
@@ -142,11 +116,28 @@ private:
                 draw_one_(own);
             } catch (const std::exception& error) {
                 drawing::Interruption::check(); // else the reason may be a call that the signal ended
-                const std::string message = ending_of(error).message, &name = own.models.front();
+                const std::string message = ending_of(error).message;
                 messages_[file] = message.starts_with(name) ? message : name + ": " + message;
             }
         } catch (const drawing::Interrupted& interrupted) {
-            interrupted_ = interrupted.signal;
+            if (interrupted.signal != 0) {
+                interrupted_ = interrupted.signal;
+                return;
+            }
+            messages_[file] = name + ": expected an image within " + text_of(options_.time_limit) + " s, found none; " +
+                              "--time-limit sets how long";
+        }
+        note(file, messages_[file] ? "failed" : "drawn", limit.seconds());
+    }
+
+    // Without its manifest the batch ends.
+    void note(std::size_t file, const char* status, double seconds) {
+        try {
+            manifest_->add(options_.models[file], names_[file], status, messages_[file].value_or(""), seconds);
+        } catch (const std::exception&) {
+            const std::lock_guard lock(failing_);
+            failure_ = failure_ ? failure_ : std::current_exception();
+            ends_ = true;
         }
     }
 
@@ -157,6 +148,10 @@ private:
     std::vector<std::optional<std::string>> messages_; // by file: why it failed
     std::atomic<std::size_t> next_ = 0, done_ = 0;
     std::atomic<int> interrupted_ = 0;
+    std::optional<Manifest> manifest_;
+    std::mutex failing_;
+    std::exception_ptr failure_; // of the manifest
+    std::atomic<bool> ends_ = false;
     Progress progress_;
 };
 
@@ -173,6 +168,7 @@ int render_batch(const Render_Options& options, const Draw_One& check, const Dra
     if (error) {
         throw std::runtime_error(options.output_folder + ": cannot be made: " + error.message());
     }
+    batch.begin();
     const unsigned threads = options.threads > 0 ? options.threads : drawing::processor_count();
     // It outlives those of the single files, whose beginnings and ends overlap.
     const drawing::Interruption interruption;

@@ -8,7 +8,9 @@
 #include <vector>
 
 #include "app/cli/command.h"
+#include "app/commands/batch_files.h"
 #include "app/commands/map_options.h"
+#include "app/commands/part_origin.h"
 #include "app/commands/render_batch.h"
 #include "app/commands/render_map.h"
 #include "app/commands/render_model.h"
@@ -39,6 +41,10 @@ void draw_together(Render_Options& options, const Map_Options& map_options, cons
     drawing::refuse_same_files(read, {options.image.output, options.record});
     options.limits = limits_of(options, options.threads);
     std::vector<drawing::Input> inputs = open_inputs(options);
+    options.given = &given;
+    if (has_parts(options)) {
+        options.models_digest = digest_of_inputs(inputs);
+    }
     const auto map = std::ranges::find_if(inputs, drawing::is_map);
     reject_options_of_other_kind(given, map != inputs.end(), map == inputs.end() ? inputs.front().name : map->name);
     if (map != inputs.end()) {
@@ -125,14 +131,19 @@ Command render_command() {
         .sections = {{"Colours", color_lines()}},
         .run = [options, map_options](const Given& given) {
             options->has_size = given.has("--size");
+            if (options->resume && options->output_folder.empty() && options->tiles_of.empty()) {
+                throw drawing::Usage_Error("--resume: expected --output-folder or --tiles-of beside it, found none");
+            }
             const auto draw = [&](Render_Options& one) { draw_together(one, *map_options, given); };
             if (!options->output_folder.empty()) {
+                options->models = batch_files(options->models, options->files_from);
                 const auto check = [&](Render_Options& one) { check_without_files(one, *map_options, chosen_module(given)); };
                 return render_batch(*options, check, draw);
             }
             draw(*options);
             return exit_status::done;
         }};
+    command.arguments.front().unless = "--files-from";
     add_model_options(command.options, *options);
     add_output_options(command.options, options->image, output);
     Option& single = option_named(command.options, "--output");
@@ -158,14 +169,34 @@ Command render_command() {
          .excludes = {"--look", "--background", "--line-width", "--point-size"}},
         {.names = {"--output-folder"},
          .value = text_value("FOLDER"),
-         .text =
-             "Draw each file by itself, into this folder under its own name, on all processors; failures are listed in the end",
+         .text = "Draw each file, and each file of a folder, by itself, into this folder under its own name, on all processors; "
+                 "failures are "
+                 "listed in the end",
          .target = &options->output_folder,
          .group = output,
          .excludes = {"--record", "--turntable", "--tiles-of", "--dry-run", "--repeat", "--stats"}},
         {.names = {"--resume"},
-         .text = "Leave out files whose images are there",
+         .text = "Leave out files whose images are there, or the part that is there, undamaged, of the same inputs and options",
          .target = &options->resume,
+         .group = output},
+        {.names = {"--files-from"},
+         .value = text_value("LIST"),
+         .text = "Draw the files that this file names too, one a line; - is standard input",
+         .target = &options->files_from,
+         .group = output,
+         .needs = {"--output-folder"}},
+        {.names = {"--manifest"},
+         .value = text_value("FILE"),
+         .text =
+             "Add a line of JSON for each file when it is done: its image, drawn, kept or failed, why, and the seconds that it "
+             "took; - is standard output",
+         .target = &options->manifest,
+         .group = output,
+         .needs = {"--output-folder"}},
+        {.names = {"--time-limit"},
+         .value = number_value("SECONDS", 0.001, 1e6),
+         .text = "Give up a file after so long; --max-memory holds for each file too",
+         .target = &options->time_limit,
          .group = output,
          .needs = {"--output-folder"}},
         {.names = {"--record"},
@@ -237,6 +268,26 @@ Command render_command() {
          .target = &options->tile,
          .group = large,
          .needs = {"--tiles-of"}},
+        {.names = {"--area"},
+         .value = text_value("X,Y,WxH"),
+         .text = "The top left pixel and the size of the part, where parts are not equally large; parts meet at multiples of 8 "
+                 "pixels from the lower left corner",
+         .target = &options->area,
+         .group = large,
+         .needs = {"--tiles-of"}},
+        {.names = {"--plan"},
+         .value = whole_value("N", 1, most_planned_parts),
+         .text = "Print the commands that draw the image in so many parts of about equal work and join them, with estimates of "
+                 "time and memory, as JSON; draw nothing",
+         .target = &options->plan,
+         .group = large,
+         .excludes = {"--tiles-of", "--record", "--turntable", "--output-folder", "--dry-run", "--repeat", "--tile-times",
+                      "--resume"}},
+        {.names = {"--plan-lines"},
+         .text = "Print the plan as lines for a shell: parts that are not there yet, and the command that joins them all",
+         .target = &options->plan_lines,
+         .group = large,
+         .needs = {"--plan"}},
         {.names = {"--hash"}, .text = "Print the SHA-256 of the pixels", .target = &options->hash, .group = output}};
     command.options.insert(command.options.end(), own.begin(), own.end());
     add_map_options(command.options, *map_options);

@@ -3,38 +3,71 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
 #include <utility>
 
 #include "app/cli/command.h"
 #include "app/cli/messages.h"
+#include "app/cli/numbers.h"
 #include "app/cli/progress.h"
+#include "app/commands/part_origin.h"
+#include "app/commands/render_plan.h"
 #include "drawing/files/input_file.h"
 #include "drawing/files/memory.h"
 #include "drawing/files/output_file.h"
 #include "drawing/files/output_files.h"
 #include "drawing/image/image_formats.h"
 #include "drawing/job/frame_names.h"
+#include "drawing/job/part_files.h"
 
 namespace vorna::app {
 namespace {
+
+std::string sides(std::int64_t width, std::int64_t height) {
+    return std::to_string(width) + "x" + std::to_string(height);
+}
+
+// Of a part that is not as large as the others.
+std::optional<VT_Int_Rectangle> cut_of(const Render_Options& options, VT_Int_Pair size) {
+    if (options.area.empty()) {
+        return std::nullopt;
+    }
+    if (const auto numbers = numbers_in(options.area, ",,x")) {
+        const auto [x, y, width, height] = *numbers;
+        const auto fits = [](std::int32_t first, std::int32_t length, std::int32_t whole) {
+            return first >= 0 && length > 0 && first < whole && length <= whole - first;
+        };
+        if (fits(x, width, size.x) && fits(y, height, size.y)) {
+            drawing::Image_Part part{.size = size};
+            part.cut = {{x, x + width - 1, size.y - y - height, size.y - 1 - y}};
+            if (part.is_possible()) {
+                return part.cut;
+            }
+        }
+    }
+    throw drawing::Usage_Error(
+        "--area: expected X,Y,WxH, the top left pixel of an area of the image of " + sides(size.x, size.y) +
+        " and its size, cut at multiples of 8 from the lower left corner, found '" + drawing::printable(options.area) + "'");
+}
 
 // What is made: the image, or a part of it.
 drawing::Image_Part part_of(const Render_Options& options, VT_Int_Pair size) {
     drawing::Image_Part part;
     part.size = size;
     if (!options.tiles_of.empty()) {
-        const VT_Int_Pair parts =
-            parsed_pair(options.tiles_of, 1 << 10, "--tiles-of: expected COLUMNSxROWS with numbers from 1 to 1024");
+        const std::int32_t most = options.area.empty() ? 1 << 10 : most_planned_parts;
+        const VT_Int_Pair parts = parsed_pair(options.tiles_of, most,
+                                              "--tiles-of: expected COLUMNSxROWS with numbers from 1 to " + std::to_string(most));
         part.is_whole = false;
         part.columns = parts.x;
         part.rows = parts.y;
         part.number = options.tile;
+        part.cut = cut_of(options, size);
         if (!part.is_possible()) {
             throw drawing::Usage_Error("--tiles-of: expected parts of 8 pixels or more, found " + options.tiles_of +
                                        " for --size " + std::to_string(size.x) + 'x' + std::to_string(size.y));
         }
-        if (part.number >= parts.x * parts.y) {
-            const std::int32_t last = parts.x * parts.y - 1;
+        if (const std::int64_t last = std::int64_t{parts.x} * parts.y - 1; part.number > last) {
             throw drawing::Usage_Error("--tile: expected " +
                                        (last == 0 ? "0, the only part" : "a number from 0 to " + std::to_string(last)) +
                                        ", found " + std::to_string(part.number));
@@ -90,10 +123,6 @@ void check_combinations(const Render_Options& options, VT_Int_Pair size, std::in
                "--record " + options.record, "another file", "-o " + options.image.output);
     }
     refuse(options.turntable > 0 && options.repeat > 1, "--repeat", "a single image", turntable);
-}
-
-std::string sides(std::int64_t width, std::int64_t height) {
-    return std::to_string(width) + "x" + std::to_string(height);
 }
 
 // The files' names, of a turntable those of the first and the last frame.
@@ -225,7 +254,7 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
     drawing::Job_Settings settings;
     settings.file = output_file_of(options.image);
     settings.compression = compression_of(options.image);
-    if (!options.dry_run) {
+    if (!options.dry_run && options.plan == 0) {
         refuse_terminal("-o", options.image.output);
     }
     if (options.turntable > 0) {
@@ -272,6 +301,22 @@ void run_job(const Render_Options& options, drawing::Job_Settings settings, cons
     settings.max_memory = options.limits->memory(); // which grows with the files that have been read
     if (options.base_memory > 0) {                  // without the memory of the files that other threads draw
         settings.other_memory = options.base_memory + options.limits->memory() - options.limits->memory_left();
+    }
+    if (has_parts(options)) {
+        settings.part.origin = part_origin(options);
+    }
+    if (options.plan > 0) {
+        // So far the process has done what every part does first. Processor time depends less on what else the machine does.
+        print_plan(options, settings, module, drawing, static_cast<double>(std::clock()) / CLOCKS_PER_SEC);
+        return;
+    }
+    if (options.resume && !settings.part.is_whole) {
+        if (const std::optional<std::string> digest = drawing::digest_of_part(options.image.output, settings.part)) {
+            if (options.hash) {
+                print_digests(options, {*digest});
+            }
+            return;
+        }
     }
     Progress progress;
     if (options.output_folder.empty()) { // else the files count

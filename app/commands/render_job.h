@@ -18,7 +18,12 @@ struct Render_Options : Model_Options {
     std::string size = "1280x960";
     bool has_size = false; // whether it is given
     std::string tiles_of;  // empty = the whole image
+    std::string area;      // of the part; empty = parts are equally large
     std::int32_t tile = -1, tile_size = 0;
+    std::int32_t plan = 0; // into so many parts; 0 = the image is drawn
+    bool plan_lines = false;
+    const Given* given = nullptr; // the options as they were given
+    std::string models_digest;    // of a part or a plan: of the models' contents
     std::int32_t supersample = 0; // 0 = not given
     bool studio = false;          // --look studio
     std::string pass;             // depth, normals or faces instead of the colours; empty = colours
@@ -27,10 +32,20 @@ struct Render_Options : Model_Options {
     int repeat = 1;
     std::string output_folder; // empty = all files are one image
     bool resume = false;
+    std::string files_from;        // list of files; empty = none
+    std::string manifest;          // file for what became of each file; empty = none
+    double time_limit = 0;         // seconds for each of several files; 0 = none
     std::uint64_t base_memory = 0; // bytes that the process had before it drew the first of several files
     std::string tile_times;        // file for what each tile takes; empty = not asked for
     bool stats = false, hash = false, dry_run = false, allow_empty = false;
 };
+
+inline constexpr std::int32_t most_planned_parts = 100000;
+
+// Whether inputs and options are to be remembered: of parts that are joined later.
+inline bool has_parts(const Render_Options& options) noexcept {
+    return !options.tiles_of.empty() || options.plan > 0;
+}
 
 VT_Int_Pair image_size_of(const Render_Options& options);
 

@@ -12,9 +12,14 @@ using Clock = std::chrono::steady_clock;
 
 void render_map(const Render_Options& options, const Map_Options& map_options, std::vector<drawing::Input> inputs,
                 const drawing::Module_Choice& module) {
-    // Without --size the image is as high as it needs to be.
+    // Without --size the image is as high as it needs to be, and its parts are known when it is.
     VT_Int_Pair size = image_size_of(options);
-    drawing::Job_Settings settings = job_settings_of(options, size, supersample_of_map(options), {});
+    Render_Options early = options;
+    if (!options.has_size) {
+        early.tiles_of.clear();
+        early.area.clear();
+    }
+    drawing::Job_Settings settings = job_settings_of(early, size, supersample_of_map(options), {});
     check_map_options(options, map_options);
     const auto start = Clock::now();
     const VT_RGB32 background = options.is_transparent() ? VT_RGB32{255, 255, 255, 255} : map_background_of(options);

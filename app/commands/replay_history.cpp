@@ -2,11 +2,9 @@
 #include "app/commands/replay_history.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <optional>
 #include <string_view>
 
+#include "app/cli/numbers.h"
 #include "drawing/files/input_file.h"
 #include "drawing/files/printable.h"
 #include "drawing/files/text_encoding.h"
@@ -18,22 +16,6 @@ namespace vorna::app {
 using drawing::recording::Image_Area;
 
 namespace {
-
-// Whole numbers with these characters between them and nothing else.
-template <std::size_t count>
-std::optional<std::array<std::int32_t, count>> numbers_in(std::string_view text, const char (&separators)[count]) {
-    std::array<std::int32_t, count> numbers{};
-    const char *next = text.data(), *const end = next + text.size();
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto [stop, error] = std::from_chars(next, end, numbers[i]);
-        const bool is_last = i + 1 == count;
-        if (error != std::errc{} || (is_last ? stop != end : stop == end || *stop != separators[i])) {
-            return {};
-        }
-        next = stop + 1;
-    }
-    return numbers;
-}
 
 struct Asked_Pixels {
     std::vector<VT_Int_Pair> pixels;

@@ -34,6 +34,9 @@ public:
     // A file that is going to be read gives room for what it can hold; each counts once.
     void add_file(const std::string& file, std::uint64_t size);
 
+    // All of them; of some only what messages call them. Not while files are being added.
+    const std::set<std::string>& files() const noexcept { return files_; }
+
     std::uint64_t memory() const noexcept { return given_.value_or(std::max(least_memory, times * size_)); }
     std::uint64_t memory_left() const noexcept;
     unsigned threads() const noexcept { return threads_; }

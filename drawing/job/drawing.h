@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "drawing/image/background.h"
@@ -40,6 +41,10 @@ public:
     virtual std::int32_t frame_count() const { return 1; }
     // size: of the image; supersample: columns and rows of drawn pixels for one of its pixels.
     virtual Drawing_Needs needs(VT_Int_Pair size, std::int32_t supersample) const = 0;
+
+    // Calls visit for places of vertices that the first frame shows: 0 to 1 from its left to its right, from below upwards. By
+    // them parts of the image get equal work; a drawing whose vertices take little leaves them out.
+    virtual void visit_places(const std::function<void(double x, double y)>&) const {}
 
     // Does what a frame needs once. The grid is that of the drawn pixels.
     virtual void prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t frame) = 0;

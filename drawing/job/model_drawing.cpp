@@ -218,6 +218,16 @@ Drawing_Needs Model_Drawing::needs(VT_Int_Pair size, std::int32_t supersample) c
     return needs;
 }
 
+void Model_Drawing::visit_places(const std::function<void(double x, double y)>& visit) const {
+    const auto& m = camera().clip_from_model.m;
+    for (const VT_Vector& p : parts_.positions()) {
+        const auto row = [&](int r) { return m[r][0] * p.x + m[r][1] * p.y + m[r][2] * p.z + m[r][3]; };
+        if (const double w = row(3); w > 0) {
+            visit((row(0) / w + 1) / 2, (row(1) / w + 1) / 2);
+        }
+    }
+}
+
 void Model_Drawing::prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t frame) {
     const model::Camera& camera = cameras_[static_cast<std::size_t>(frame)];
     const Model_Look look = scaled_look(supersample);

@@ -77,6 +77,7 @@ public:
     std::string summary() const override { return parts_.summary(); }
     std::int32_t frame_count() const override { return static_cast<std::int32_t>(cameras_.size()); }
     Drawing_Needs needs(VT_Int_Pair size, std::int32_t supersample) const override;
+    void visit_places(const std::function<void(double x, double y)>& visit) const override;
     void prepare(const Tile_Grid& grid, std::int32_t supersample, std::int32_t frame) override;
     void set_options(Session& session) const override;
     void set_attributes(VT_Rendition&) const override {}

@@ -16,9 +16,10 @@ from ._canvas import Canvas, Recording, replay
 from ._image import Comparison, Image, compare, read
 from ._map import Map, map
 from ._mesh import Model
+from ._poster import poster
 from ._render import render
 
 __all__ = [
     "Camera", "Canvas", "Comparison", "Error", "Image", "Map", "Model", "Recording", "Texture", "__version__",
-    "compare", "map", "read", "render", "replay",
+    "compare", "map", "poster", "read", "render", "replay",
 ]

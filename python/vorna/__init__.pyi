@@ -328,3 +328,15 @@ class Canvas:
 def replay(document: _Path | Recording | dict[str, Any], *, max_memory: int = ...) -> Image: ...
 def compare(a: Image | npt.ArrayLike | _Path, b: Image | npt.ArrayLike | _Path, tolerance: _Tolerance = ...) -> Comparison: ...
 def read(path: _Path, max_memory: int = ...) -> Image: ...
+def poster(
+    source: _Path | Sequence[_Path],
+    path: _Path,
+    *,
+    size: _Size,
+    parts: int,
+    options: Sequence[str] = ...,
+    client: Any = ...,
+    workers: int | None = ...,
+    threads: int = ...,
+    command: _Path = ...,
+) -> str: ...

@@ -47,10 +47,11 @@ bool has(const std::vector<std::string>& arguments, std::string_view name) {
 }
 
 void shorten(std::vector<std::string>& arguments) {
-    static constexpr std::array<std::pair<std::string_view, std::size_t>, 7> costly{{{"--size", 2},
+    static constexpr std::array<std::pair<std::string_view, std::size_t>, 8> costly{{{"--size", 2},
                                                                                      {"--tile-size", 2},
                                                                                      {"--supersample", 1},
                                                                                      {"--tiles-of", 1},
+                                                                                     {"--plan", 1},
                                                                                      {"--turntable", 1},
                                                                                      {"--repeat", 1},
                                                                                      {"--threads", 1}}};

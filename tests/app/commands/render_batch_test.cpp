@@ -1,6 +1,8 @@
 // Many files drawn each by itself.
 #include <algorithm>
 #include <filesystem>
+#include <nlohmann/json.hpp>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -68,6 +70,59 @@ TEST_F(Render_Batch, resume_leaves_out_images_that_are_there) {
     EXPECT_GT(std::filesystem::file_size(image("first.png")), 5U);
 }
 
+TEST_F(Render_Batch, folders_and_lists_name_files_and_a_manifest_tells_of_each) {
+    std::filesystem::create_directory(folder.file("models"));
+    folder.file("models/b.obj", corner);
+    folder.file("models/a.STL", "solid\n");
+    folder.file("models/readme.txt", "no model");
+    folder.file("models/scene.mtl", "newmtl a\n");
+    const std::string listed = folder.file("listed.obj", corner), manifest = folder.file("manifest.jsonl");
+    const std::string list = folder.file("list", "\n" + listed + "\r\n");
+    const Outcome outcome = render({folder.file("models"), "--files-from", list, "--manifest", manifest});
+    EXPECT_EQ(outcome.status, 1);
+    ASSERT_EQ(render({"--files-from", list, "--resume", "--manifest", manifest}).status, 0);
+    std::vector<std::string> found;
+    std::istringstream lines(replay_tests::read_file(manifest));
+    for (std::string line; std::getline(lines, line);) {
+        const nlohmann::json entry = nlohmann::json::parse(line);
+        EXPECT_GE(entry.at("seconds"), 0);
+        found.push_back(std::filesystem::path(entry.at("file").get<std::string>()).filename().string() + ' ' +
+                        std::filesystem::path(entry.at("image").get<std::string>()).filename().string() + ' ' +
+                        entry.at("status").get<std::string>() + (entry.contains("message") ? " why" : ""));
+    }
+    ASSERT_EQ(found.size(), 4U);
+    EXPECT_EQ(found.back(), "listed.obj listed.png kept");
+    std::sort(found.begin(), found.begin() + 3);
+    EXPECT_THAT(found,
+                testing::ElementsAre("a.STL a.png failed why", "b.obj b.png drawn", "listed.obj listed.png drawn", testing::_));
+    const Outcome by_standard_input = replay_tests::run_vorna(
+        {"render", "--files-from", "-", "--output-folder", images, "--size", "9x9", "--manifest", "-"}, listed);
+    EXPECT_EQ(nlohmann::json::parse(by_standard_input.output).at("status"), "drawn") << by_standard_input.errors;
+    EXPECT_THAT(render({"--files-from", folder.file("empty", "")}).errors,
+                HasSubstr("empty: expected names of files, one a line"));
+    std::filesystem::create_directory(folder.file("nothing"));
+    EXPECT_THAT(render({folder.file("nothing")}).errors, HasSubstr("nothing: expected a folder with models"));
+}
+
+#if !defined(_WIN32)
+TEST_F(Render_Batch, without_its_manifest_a_batch_ends_and_a_file_that_takes_too_long_is_given_up) {
+    const std::string one = folder.file("one.obj", corner), other = folder.file("other.obj", corner);
+    const Outcome full = render({one, other, "--manifest", "/dev/full"});
+    EXPECT_EQ(full.status, 1);
+    EXPECT_THAT(full.errors, HasSubstr("/dev/full: cannot be written"));
+    std::string large = corner;
+    for (int i = 0; i < 200000; ++i) {
+        large += "v " + std::to_string(i % 977) + ' ' + std::to_string(i % 991) + " 1\nf 1 2 " + std::to_string(i + 5) + '\n';
+    }
+    const std::string slow = folder.file("slow.obj", large);
+    const Outcome late = render({slow, one, "--time-limit", "0.02", "--threads", "1"});
+    EXPECT_EQ(late.status, 1);
+    EXPECT_THAT(late.errors, HasSubstr("slow.obj: expected an image within 0.02 s, found none"));
+    EXPECT_FALSE(std::filesystem::exists(image("slow.png")));
+    EXPECT_EQ(render({slow, "--time-limit", "600", "--allow-empty"}).status, 0);
+}
+#endif
+
 TEST_F(Render_Batch, wrong_usage_draws_nothing) {
     const std::string one = folder.file("a.obj", corner), other = folder.file("b.obj", corner),
                       same = folder.file("a.stl", "solid\n");
@@ -103,7 +158,7 @@ TEST_F(Render_Batch, wrong_usage_draws_nothing) {
     EXPECT_THAT(replay_tests::run_vorna({"render", one, "--output-folder", "-"}).errors,
                 HasSubstr("--output-folder: expected a folder, found - for standard output"));
     EXPECT_THAT(replay_tests::run_vorna({"render", one, "-o", folder.file("b.png"), "--resume"}).errors,
-                HasSubstr("--resume: expected --output-folder beside it, found none"));
+                HasSubstr("--resume: expected --output-folder or --tiles-of beside it, found none"));
 }
 
 } // namespace

@@ -1,0 +1,126 @@
+// What the parts of one image have in common.
+#include "app/commands/part_origin.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <system_error>
+
+#include "drawing/files/path.h"
+#include "drawing/image/sha256.h"
+#include "vorna/version.h"
+
+namespace vorna::app {
+namespace {
+
+// Options that leave the pixels of the image as they are. Those of input files decide them by the files' contents.
+constexpr std::array keeps_pixels{
+    std::string_view("--allow-empty"), std::string_view("--allow-outside"), std::string_view("--area"),
+    std::string_view("--compress"),    std::string_view("--dry-run"),       std::string_view("--hash"),
+    std::string_view("--kernels"),     std::string_view("--max-memory"),    std::string_view("--module"),
+    std::string_view("--output"),      std::string_view("--output-format"), std::string_view("--plan"),
+    std::string_view("--plan-lines"),  std::string_view("--repeat"),        std::string_view("--resume"),
+    std::string_view("--stats"),       std::string_view("--strict"),        std::string_view("--threads"),
+    std::string_view("--tile"),        std::string_view("--tile-size"),     std::string_view("--tile-times"),
+    std::string_view("--tiles-of"),
+};
+
+void add(drawing::Sha256& digest, std::string_view bytes) {
+    digest.add(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+}
+
+// Empty where nothing can be read.
+std::string digest_of_file(const std::string& name) {
+    std::error_code none;
+    if (!std::filesystem::is_regular_file(drawing::path_of(name), none)) {
+        return {};
+    }
+    std::ifstream file(drawing::path_of(name), std::ios::binary);
+    drawing::Sha256 digest;
+    std::vector<char> block(std::size_t{1} << 16);
+    while (file.read(block.data(), static_cast<std::streamsize>(block.size())) || file.gcount() > 0) {
+        add(digest, {block.data(), static_cast<std::size_t>(file.gcount())});
+    }
+    return digest.finish();
+}
+
+const Option& option_of(const Given& given, const std::string& name) {
+    return *std::ranges::find(given.command->options, name, [](const Option& option) { return option.names.back(); });
+}
+
+// Whether it is one of the command's own options, not an argument and not one that every command takes.
+bool is_own_option(const Given& given, const std::string& name) {
+    return std::ranges::any_of(given.command->options, [&](const Option& option) { return option.names.back() == name; });
+}
+
+bool is_flag(const Option& option) {
+    return option.value.word.empty();
+}
+
+} // namespace
+
+std::string digest_of_inputs(const std::vector<drawing::Input>& inputs) {
+    drawing::Sha256 digest;
+    for (const drawing::Input& input : inputs) {
+        if (input.content) {
+            drawing::Sha256 own;
+            add(own, *input.content);
+            add(digest, own.finish());
+        } else {
+            add(digest, digest_of_file(input.name));
+        }
+    }
+    return digest.finish();
+}
+
+std::string part_origin(const Render_Options& options) {
+    const Given& given = *options.given;
+    drawing::Sha256 digest;
+    add(digest, VORNA_VERSION_TEXT "\n" + options.models_digest + '\n');
+    // Names of the same files may differ between machines.
+    std::set<std::string> files;
+    for (const std::string& file : options.limits->files()) {
+        files.insert(digest_of_file(file));
+    }
+    for (const std::string& file : files) {
+        add(digest, file + '\n');
+    }
+    for (std::size_t i = 0; i < given.names.size(); ++i) {
+        const std::string& name = given.names[i];
+        if (!is_own_option(given, name) || std::ranges::find(keeps_pixels, name) != keeps_pixels.end()) {
+            continue;
+        }
+        const std::string& by_default = option_of(given, name).by_default;
+        if (given.values[i].size() != 1 || by_default.empty() || given.values[i].front() != by_default) {
+            add(digest, name);
+            for (const std::string& value : given.values[i]) {
+                add(digest, '\0' + value);
+            }
+            add(digest, "\n");
+        }
+    }
+    return digest.finish();
+}
+
+std::vector<std::string> option_words(const Given& given, std::initializer_list<std::string_view> without) {
+    std::vector<std::string> words;
+    for (std::size_t i = 0; i < given.names.size(); ++i) {
+        const std::string& name = given.names[i];
+        const bool is_programs = name == "--module" || name == "--kernels";
+        if ((!is_programs && !is_own_option(given, name)) || std::ranges::find(without, name) != without.end()) {
+            continue;
+        }
+        if (!is_programs && is_flag(option_of(given, name))) {
+            words.push_back(name);
+            continue;
+        }
+        for (const std::string& value : given.values[i]) {
+            words.push_back(name + '=' + value);
+        }
+    }
+    return words;
+}
+
+} // namespace vorna::app

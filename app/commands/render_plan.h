@@ -1,0 +1,13 @@
+// `render --plan`: the commands that draw an image in parts and join them.
+#pragma once
+
+#include "app/commands/render_job.h"
+
+namespace vorna::app {
+
+// Prints the plan as JSON or as lines of commands. settings: of the whole image, with the origin of its parts. setup: seconds
+// that a part takes before it draws. The drawing is then prepared for another image.
+void print_plan(const Render_Options& options, const drawing::Job_Settings& settings, const drawing::Module_Choice& module,
+                drawing::Drawing& drawing, double setup);
+
+} // namespace vorna::app
