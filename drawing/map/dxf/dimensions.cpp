@@ -10,10 +10,30 @@
 namespace vorna::drawing::map::dxf {
 namespace {
 
+// The entity's own sizes follow the name DSTYLE: a number of the style's table entry and its value by turns.
 Dimension_Style style_of(const Entity& entity, const Values& values, const Drawing& drawing) {
     const std::string_view name = values.text(entity, 3);
-    const Dimension_Style* style = find(drawing.dimension_styles, name.empty() ? "Standard" : name);
-    return style ? *style : Dimension_Style{};
+    const Dimension_Style* named = find(drawing.dimension_styles, name.empty() ? "Standard" : name);
+    Dimension_Style style = named ? *named : Dimension_Style{};
+    std::int64_t member = 0;
+    bool is_override = false;
+    for (const Group& group : entity.groups) {
+        if (group.code == 1000 || group.code == 1001) {
+            is_override = group.value == "DSTYLE";
+        } else if (is_override && group.code == 1070) {
+            member = values.integer(group);
+        } else if (is_override && group.code == 1040) {
+            double* const size = member == 40    ? &style.scale
+                                 : member == 41  ? &style.arrow
+                                 : member == 140 ? &style.text_height
+                                 : member == 147 ? &style.gap
+                                                 : nullptr;
+            if (size) {
+                *size = values.number(group);
+            }
+        }
+    }
+    return style;
 }
 
 Position moved(Position from, Position direction, double length) {
@@ -76,7 +96,7 @@ void add_leader(const Entity& leader, const Values& values, const Drawing& drawi
 
 // Its parts are nested in groups whose values end with a brace.
 bool add_multileader(const Entity& leader, const Values& values, Text_Maker& texts, Forms& forms) {
-    enum class Part { none, context, leader, line } part = Part::none;
+    enum class Part { none, context, group, line } part = Part::none;
     std::string_view text;
     Letters letters;
     Text_Maker::Box box;
@@ -86,14 +106,14 @@ bool add_multileader(const Entity& leader, const Values& values, Text_Maker& tex
     for (const Group& group : leader.groups) {
         if (group.value.ends_with('{') && group.code >= 300 && group.code <= 304) {
             part = group.value == "CONTEXT_DATA{"  ? Part::context
-                   : group.value == "LEADER{"      ? Part::leader
+                   : group.value == "LEADER{"      ? Part::group
                    : group.value == "LEADER_LINE{" ? Part::line
                                                    : part;
             if (part == Part::line) {
                 lines.emplace_back();
             }
         } else if (group.value == "}") {
-            if (part == Part::leader) {
+            if (part == Part::group) {
                 for (Path& line : lines) {
                     line.push_back(end);
                     if (line.size() > 1) {
@@ -103,7 +123,7 @@ bool add_multileader(const Entity& leader, const Values& values, Text_Maker& tex
                 }
                 lines.clear();
             }
-            part = part == Part::line ? Part::leader : part == Part::leader ? Part::context : Part::none;
+            part = part == Part::line ? Part::group : part == Part::group ? Part::context : Part::none;
         } else if (part == Part::context) {
             switch (group.code) {
             case 304:
@@ -130,7 +150,7 @@ bool add_multileader(const Entity& leader, const Values& values, Text_Maker& tex
             default:
                 break;
             }
-        } else if (part == Part::leader && (group.code == 10 || group.code == 20)) {
+        } else if (part == Part::group && (group.code == 10 || group.code == 20)) {
             (group.code == 10 ? end.x : end.y) = values.number(group);
         } else if (part == Part::line && group.code == 10) {
             lines.back().push_back({values.number(group), 0});

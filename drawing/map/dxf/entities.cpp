@@ -61,13 +61,14 @@ Entity Groups::entity() {
     // Data of applications in braces, extended data, and objects embedded at the end have codes of their own meaning.
     constexpr int braces = 102, embedded = 101, extended = 1000;
     Entity entity{group_->value, group_->line, {}, {}, {}};
+    const bool has_overrides = entity.type == "DIMENSION" || entity.type == "LEADER"; // of their style, in extended data
     bool in_braces = false, at_end = false;
     for (advance(); group_ && group_->code != 0; advance()) {
         if (group_->code == braces) {
             in_braces = group_->value.starts_with('{');
         } else if (group_->code == embedded) {
             at_end = true;
-        } else if (!in_braces && !at_end && group_->code < extended) {
+        } else if (!in_braces && !at_end && (group_->code < extended || has_overrides)) {
             entity.groups.push_back(*group_);
         }
     }

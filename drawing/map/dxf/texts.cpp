@@ -105,17 +105,19 @@ void Text_Maker::add_text(const std::string& text, const Letters& letters, const
     }
 }
 
-void Text_Maker::add_box(const Placement& at, double left, double bottom, double right, double top, const Letters& letters,
-                         Forms& forms) {
+// A line, which is drawn however thin it is.
+void Text_Maker::add_bar(const Placement& at, double y, double width, const Letters& letters, Forms& forms) {
     Form& form = forms.emplace_back();
     form.color = letters.color;
-    form.shape.faces = {{{at({left, bottom}), at({right, bottom}), at({right, top}), at({left, top})}}};
+    form.is_solid_line = true;
+    form.shape.lines.push_back({at({0, y}), at({width, y})});
+    form.shape.pen.width = stroke * letters.height * at.scale();
 }
 
 // at: where its base line starts.
 void Text_Maker::add_token(const Token& token, const Placement& at, Forms& forms) {
     const Letters& letters = token.letters;
-    const double width = width_of(token), h = letters.height, thick = stroke * h;
+    const double width = width_of(token), h = letters.height;
     if (token.kind == Token::Kind::word) {
         add_text(token.text, letters, at, forms);
     } else if (token.kind == Token::Kind::fraction) {
@@ -125,13 +127,13 @@ void Text_Maker::add_token(const Token& token, const Placement& at, Forms& forms
         add_text(token.text, small, at * shifted(above, h * 0.62), forms);
         add_text(token.below, small, at * shifted(below, h * 0.38 - small.height), forms);
         if (token.has_bar) {
-            add_box(at, 0, h / 2 - thick / 2, width, h / 2 + thick / 2, letters, forms);
+            add_bar(at, h / 2, width, letters, forms);
         }
     }
     for (const auto& [drawn, y] :
          {std::pair(letters.underlined, -0.2 * h), {letters.struck, 0.5 * h}, {letters.overlined, 1.2 * h}}) {
         if (drawn && width > 0) {
-            add_box(at, 0, y - thick / 2, width, y + thick / 2, letters, forms);
+            add_bar(at, y, width, letters, forms);
         }
     }
 }

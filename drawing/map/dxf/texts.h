@@ -49,7 +49,7 @@ private:
     double width_of(const Token& token);
     void add_text(const std::string& text, const Letters& letters, const Placement& at, Forms& forms);
     void add_token(const Token& token, const Placement& at, Forms& forms);
-    void add_box(const Placement& at, double left, double bottom, double right, double top, const Letters& letters, Forms& forms);
+    void add_bar(const Placement& at, double y, double width, const Letters& letters, Forms& forms);
     std::vector<Line> lines_of(const std::vector<Token>& tokens, double width);
 
     const std::string& file_;

@@ -178,6 +178,9 @@ TEST(Dxf, dimensions_are_their_block_or_made_of_their_points) {
     ASSERT_EQ(leader.shapes.size(), 2U);
     EXPECT_EQ(leader.shapes[0].faces.at(0).at(0).at(0), (Position{0, 0}));
     EXPECT_EQ(leader.shapes[1].lines.at(0).back(), (Position{9, 5}));
+    // An arrow of its own size.
+    const Map sized = read(drawing("0|LEADER|10|0|20|0|10|5|20|0|1001|ACAD|1000|DSTYLE|1002|{|1070|41|1040|2|1002|}|"));
+    EXPECT_EQ(sized.shapes.at(0).faces.at(0).at(0).at(1).x, 2);
 }
 
 TEST(Dxf, errors_name_the_line) {
