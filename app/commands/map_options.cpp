@@ -81,6 +81,10 @@ Map_Fill parsed_fill(const std::string& text) {
     return {Kind::color, parsed_color("--fill", text, {"palette", "none"})};
 }
 
+bool is_drawing_name(const std::string& file) {
+    return file.ends_with(".dxf") || file.ends_with(".DXF") || file.ends_with(".dxf.gz");
+}
+
 // None for an empty text.
 std::optional<VT_RGB32> color_unless_empty(const char* option, const std::string& text) {
     return text.empty() ? std::nullopt : std::optional(parsed_color(option, text));
@@ -110,6 +114,10 @@ void add_map_options(std::vector<Option>& table, Map_Options& options) {
          .value = text_value("NAME"),
          .text = "Layer, or several between commas; by default the first object of a TopoJSON file, all layers of others",
          .target = &options.layer},
+        {.names = {"--layout"},
+         .value = text_value("NAME"),
+         .text = "Sheet of paper of a drawing; Model, the default, is the drawing without paper",
+         .target = &options.layout},
         {.names = {"--clip-to"},
          .value = text_value("SHAPE"),
          .text = "Draw inside of this shape only: its name, id or number",
@@ -218,7 +226,8 @@ void check_map_options(const Model_Options& options, const Map_Options& map_opti
     for (const auto& [given, name] : {std::pair(map_options.font != usual.font, "--font"),
                                       {map_options.label_size != usual.label_size, "--label-size"},
                                       {map_options.label_color != usual.label_color, "--label-color"}}) {
-        if (given && !has_text) {
+        const bool has_own_texts = std::string_view(name) == "--font" && std::ranges::any_of(options.models, is_drawing_name);
+        if (given && !has_text && !has_own_texts) {
             throw drawing::Usage_Error(std::string(name) +
                                        ": expected --labels or another option for texts beside it, found none");
         }
@@ -233,6 +242,7 @@ void check_map_options(const Model_Options& options, const Map_Options& map_opti
 
 Map_Settings map_settings_of(const Map_Options& options) {
     Map_Settings settings;
+    settings.layout = options.layout;
     settings.layer = options.layer;
     settings.bbox = parsed_extent(options.bbox);
     settings.projection = options.projection;

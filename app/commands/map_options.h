@@ -14,7 +14,7 @@ namespace vorna::app {
 
 // Texts as they are given; empty = not given.
 struct Map_Options {
-    std::string layer, bbox, projection, center, fill, water, clip_to;
+    std::string layout, layer, bbox, projection, center, fill, water, clip_to;
     std::string border = "solid", outline, border_color, casing;
     std::string marker = "disc", marker_color = "#c8321e";
     std::string overlay, overlay_color = "#5a8ce6", merge;

@@ -19,6 +19,7 @@ enum class Setting {
     graticule,
     kernels,
     layer,
+    layout,
     max_memory,
     outside_of_folder,
     overlay,

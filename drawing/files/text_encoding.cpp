@@ -2,7 +2,6 @@
 #include "drawing/files/text_encoding.h"
 
 #include <cstddef>
-#include <cstdint>
 
 namespace vorna::drawing {
 namespace {
@@ -19,6 +18,8 @@ std::uint32_t unit_at(std::string_view bytes, std::size_t place, bool big_endian
     return big_endian ? first << 8U | second : second << 8U | first;
 }
 
+} // namespace
+
 void append_utf8(std::string& text, std::uint32_t character) {
     if (character < 0x80) {
         text += static_cast<char>(character);
@@ -31,8 +32,6 @@ void append_utf8(std::string& text, std::uint32_t character) {
         text += static_cast<char>(0x80 | (character >> 6 * i & 0x3F));
     }
 }
-
-} // namespace
 
 bool is_utf16(std::string_view bytes) noexcept {
     if (bytes.size() < 2 * mark_size || !(bytes.starts_with("\xFF\xFE") || is_big_endian(bytes))) {

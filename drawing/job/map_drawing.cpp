@@ -135,8 +135,9 @@ Drawing_Needs Map_Drawing::needs(VT_Int_Pair size, std::int32_t supersample) con
                         .thread_memory = position_memory * scene_->most_positions(),
                         .prepared_memory = item_memory * scene_->item_count(),
                         .work = item_work * static_cast<double>(scene_->item_count()) + pixel_work * size.x * size.y};
-    const double longest = scene_->longest_segment() * view_of(size).scale * supersample;
-    for (const map::Line_Paint& paint : scene_->line_paints(supersample)) {
+    const View view = view_of(size).enlarged(supersample);
+    const double longest = scene_->longest_segment() * view.scale;
+    for (const map::Line_Paint& paint : scene_->line_paints(view, supersample)) {
         needs.margin = std::max(needs.margin, Map_Painter::tile_margin(paint));
         const bool is_walked_whole = !paint.is_dashed() || longest <= Map_Painter::longest_dashed_segment(paint);
         if (needs.margin > largest_margin || !is_walked_whole) {

@@ -149,18 +149,19 @@ void Map_Layer::add_items(const Layer_Style& style, Map_Items& items) const {
         for (const Line& line : lines_) {
             const auto& dashes = line.kind == Line::Kind::outline ? style.outlines : style.borders;
             if (dashes && style.widths[line.shape] > 0) {
-                add_line(line, *dashes);
+                const Dashes* own = style.dashes.empty() ? nullptr : style.dashes[line.shape];
+                add_line(line, own ? *own : *dashes, own ? style.dash_unit : 0);
             }
         }
     };
     // All casings lie below all lines, so that crossings are open.
     if (style.casing) {
-        for_each_line([&](const Line& line, const Dashes&) {
+        for_each_line([&](const Line& line, const Dashes&, double) {
             items.push_back(Line_Item{&line.path, {*style.casing, style.widths[line.shape] + 2 * style.casing_width}});
         });
     }
-    for_each_line([&](const Line& line, const Dashes& dashes) {
-        items.push_back(Line_Item{&line.path, {style.strokes[line.shape], style.widths[line.shape], &dashes}});
+    for_each_line([&](const Line& line, const Dashes& dashes, double dash_unit) {
+        items.push_back(Line_Item{&line.path, {style.strokes[line.shape], style.widths[line.shape], &dashes, dash_unit}});
     });
     for (const auto& [place, shape] : points_) {
         items.push_back(Mark_Item{place, style.markers[shape]});

@@ -27,7 +27,9 @@ struct Layer_Style {
     std::vector<VT_RGB32> strokes;              // by shape
     std::vector<std::int32_t> widths;           // by shape; 0 = no line
     std::vector<Marker_Paint> markers;          // by shape
-    std::optional<Dashes> borders, outlines;    // between two shapes, and of one shape only; empty = not drawn
+    std::vector<const Dashes*> dashes;          // by shape, in lengths of `dash_unit` pixels; null = those that follow
+    double dash_unit = 0;
+    std::optional<Dashes> borders, outlines; // between two shapes, and of one shape only; empty = not drawn
     std::optional<VT_RGB32> casing;
     std::int32_t casing_width = 2; // on each side
 

@@ -16,7 +16,9 @@ struct Line_Paint {
     VT_RGB32 color;
     std::int32_t width = 1;
     const Dashes* dashes = nullptr; // null: a solid line
+    double dash_unit = 0;           // pixels for a length of 1; 0 = the width
 
+    double pixels_of_dashes() const noexcept { return dash_unit > 0 ? dash_unit : width; }
     bool is_dashed() const noexcept { return dashes && !dashes->empty(); }
 };
 

@@ -16,7 +16,7 @@ VT_DCI_Point pixel_of(Position p) {
     return {static_cast<std::int32_t>(std::floor(p.x)), static_cast<std::int32_t>(std::floor(p.y)), 0};
 }
 
-VT_Reference<const VT_Line_Type_Set> line_types_of(const Dashes& dashes, std::int32_t width) {
+VT_Reference<const VT_Line_Type_Set> line_types_of(const Dashes& dashes, double scale) {
     const VT_Reference<VT_Line_Type> type(new VT_Line_Type);
     for (std::size_t i = 0; i < dashes.size(); ++i) {
         const bool dash = i % 2 == 0;
@@ -24,7 +24,7 @@ VT_Reference<const VT_Line_Type_Set> line_types_of(const Dashes& dashes, std::in
         type->kinds.push_back(!dash ? -1 : dashes[i] == 0 ? 0 : 1);
     }
     const VT_Reference<VT_Line_Type_Set> set(new VT_Line_Type_Set);
-    set->scale = width;
+    set->scale = scale;
     set->types.push_back(type);
     return set;
 }
@@ -42,8 +42,10 @@ std::int32_t Map_Painter::tile_margin(const Line_Paint& paint) {
     }
     double longest = 0;
     for (std::size_t i = 0; paint.is_dashed() && i < paint.dashes->size(); i += 2) {
-        longest = std::max(longest, (*paint.dashes)[i]);
+        longest = std::max(longest, (*paint.dashes)[i] * paint.pixels_of_dashes());
     }
+    constexpr double most = 1 << 20; // farther than any tile
+    longest = std::min(longest, most);
     // Two pixels more for rounded positions and the fringes of smoothed lines.
     return (static_cast<std::int32_t>(std::ceil(longest)) + 2 + 7) / 8 * 8;
 }
@@ -52,7 +54,7 @@ std::int32_t Map_Painter::tile_margin(const Line_Paint& paint) {
 double Map_Painter::longest_dashed_segment(const Line_Paint& paint) {
     const double elements = paint.width > 1 ? 1 << 14 : 1 << 17;
     double repetition = 0;
-    std::ranges::for_each(*paint.dashes, [&](double length) { repetition += length * paint.width; });
+    std::ranges::for_each(*paint.dashes, [&](double length) { repetition += length * paint.pixels_of_dashes(); });
     return elements / static_cast<double>(paint.dashes->size()) * repetition;
 }
 
@@ -93,7 +95,7 @@ void Map_Painter::set_line(const Line_Paint& paint) {
     attributes.color = paint.color;
     attributes.index = index_of(paint.color);
     attributes.weight = paint.width;
-    attributes.line_types = paint.is_dashed() ? line_types_of(*paint.dashes, paint.width) : VT_Line_Type_Set::None;
+    attributes.line_types = paint.is_dashed() ? line_types_of(*paint.dashes, paint.pixels_of_dashes()) : VT_Line_Type_Set::None;
 }
 
 void Map_Painter::draw(const Path& line, const Line_Paint& paint) {

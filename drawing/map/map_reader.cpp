@@ -69,8 +69,7 @@ void check_positions(const std::string& file, const Map& map) {
 Map read_dxf_map(const Input& input, const Map_Query& query, Load_Limits& limits) {
     std::string read;
     const std::string& content = content_of(input, read, limits);
-    check_layer(input, query.layer, false);
-    return read_dxf(input.name, content, limits);
+    return read_dxf(input.name, content, query, limits);
 }
 
 Map read_json_map(const Input& input, const Map_Query& query, Load_Limits& limits) {
@@ -100,6 +99,9 @@ std::vector<std::string> parts_between(std::string_view text, char separator) {
 }
 
 Map load_map(const Input& input, const Map_Query& query, Load_Limits& limits) {
+    if (!query.layout.empty() && input.format->read_map != read_dxf_map) {
+        throw Map_Error(name_of(Setting::layout) + ": expected a drawing (DXF), found " + input.name);
+    }
     try {
         Map map = input.format->read_map(input, query, limits);
         check_positions(input.name, map);

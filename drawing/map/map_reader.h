@@ -28,6 +28,6 @@ std::vector<std::string> parts_between(std::string_view text, char separator = '
 // The readers of each format; file: for messages. Throw Map_Error and Load_Error. Positions are not checked yet.
 Map read_geojson(const std::string& file, const nlohmann::ordered_json& document, const Map_Query& query, Load_Limits& limits);
 Map read_topojson(const std::string& file, const nlohmann::ordered_json& document, const Map_Query& query, Load_Limits& limits);
-Map read_dxf(const std::string& file, std::string_view content, Load_Limits& limits);
+Map read_dxf(const std::string& file, std::string_view content, const Map_Query& query, Load_Limits& limits);
 
 } // namespace vorna::drawing::map

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <iterator>
+#include <set>
 #include <utility>
 
 #include "drawing/files/setting_names.h"
@@ -68,7 +69,9 @@ Map_Scene::Map_Scene(const std::vector<Map_Source>& sources, const std::optional
         if (!is_map(*overlay)) {
             throw Usage_Error(name_of(Setting::overlay) + ": expected a map or drawing, found " + overlay->name);
         }
-        overlay_map_ = load_map(*overlay, {}, *limits_);
+        Map_Query query;
+        query.font = settings.font;
+        overlay_map_ = load_map(*overlay, query, *limits_);
         if (projection_->domain()) {
             convert_to_degrees(overlay->name, overlay_map_, *limits_);
         }
@@ -232,7 +235,8 @@ View Map_Scene::fitted(VT_Int_Pair size) const {
     View view;
     view.middle = {(shown_.left + shown_.right) / 2, (shown_.bottom + shown_.top) / 2};
     view.size = size;
-    const double room = settings_.bbox ? 1 : 0.96;
+    const bool is_sheet = extent_ && sheets_.front().map().paper_unit > 0; // of paper
+    const double room = settings_.bbox || is_sheet ? 1 : 0.96;
     if (size.y == 0) {
         const double least = size.x / 8.0, most = std::max(double{largest_height}, least);
         view.size.y = static_cast<std::int32_t>(std::clamp(std::ceil(size.x * height / std::max(width, 1e-300)), least, most));
@@ -244,7 +248,7 @@ View Map_Scene::fitted(VT_Int_Pair size) const {
 void Map_Scene::lay_out(const View& view, std::int32_t supersample) {
     view_ = view.enlarged(supersample);
     supersample_ = supersample;
-    std::ranges::for_each(sheets_, [=](Map_Sheet& sheet) { sheet.enlarge(supersample); });
+    std::ranges::for_each(sheets_, [&](Map_Sheet& sheet) { sheet.lay_out(view_, supersample); });
     drawn_overlay_style_ = overlay_style_;
     drawn_overlay_style_.enlarge(supersample);
     labels_.clear();
@@ -274,16 +278,18 @@ double Map_Scene::longest_segment() const {
     return longest;
 }
 
-std::vector<Line_Paint> Map_Scene::line_paints(std::int32_t supersample) const {
+std::vector<Line_Paint> Map_Scene::line_paints(const View& view, std::int32_t supersample) const {
     std::vector<Line_Paint> paints;
     for (const Map_Sheet& sheet : sheets_) {
-        std::vector<std::int32_t> widths = sheet.style().widths;
-        std::ranges::sort(widths);
-        widths.erase(std::unique(widths.begin(), widths.end()), widths.end());
-        for (const std::int32_t width : widths) {
+        const Layer_Style style = sheet.style_in(view, supersample);
+        std::set<std::pair<std::int32_t, const Dashes*>> pens;
+        for (std::size_t s = 0; s < style.widths.size(); ++s) {
+            pens.emplace(style.widths[s], style.dashes.empty() ? nullptr : style.dashes[s]);
+        }
+        for (const auto& [width, own] : pens) {
             for (const std::optional<Dashes>* dashes : {&sheet.style().borders, &sheet.style().outlines}) {
                 if (*dashes && width > 0) { // others are not drawn
-                    paints.push_back({{}, width * supersample, &**dashes});
+                    paints.push_back({{}, width, own ? own : &**dashes, own ? style.dash_unit : 0});
                 }
             }
         }

@@ -58,8 +58,8 @@ public:
     VT_Reference<const VT_Palette> palette() const;
 
     // Independent of the view:
-    // The styles of lines without casings, each once, and the longest segment on the plane.
-    std::vector<Line_Paint> line_paints(std::int32_t supersample) const;
+    // The styles of lines without casings in a view of supersampled pixels, each once, and the longest segment on the plane.
+    std::vector<Line_Paint> line_paints(const View& view, std::int32_t supersample) const;
     double longest_segment() const;
     // The largest number of positions of a face or line.
     std::size_t most_positions() const;

@@ -33,6 +33,7 @@ struct Classing {
 };
 
 struct Map_Settings {
+    std::string layout;         // of a drawing; empty = model space
     std::string layer;          // layers between commas; empty = the first object of a TopoJSON file, all layers of others
     std::string filter;         // a condition that shapes must meet, see Filter; empty = none
     std::optional<Extent> bbox; // degrees, or a drawing's units; west > east: over the antimeridian; empty = everything

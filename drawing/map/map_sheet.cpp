@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numeric>
 #include <utility>
 
 #include "drawing/map/classes.h"
@@ -44,13 +45,17 @@ std::vector<double> numbers_of(const Map& map, std::size_t field) {
 }
 
 // number: of the palette's colours.
-std::optional<VT_RGB32> own_fill(const Map_Fill& fill, Map_Fill::Kind kind, const Shape& shape, std::size_t number) {
+std::optional<VT_RGB32> own_fill(const Map_Fill& fill, Map_Fill::Kind kind, const Shape& shape, std::size_t number,
+                                 VT_RGB32 foreground) {
     using Kind = Map_Fill::Kind;
     if (kind == Kind::none) {
         return std::nullopt;
     }
     if (kind == Kind::color) {
         return fill.color;
+    }
+    if (shape.pen.contrasts && !shape.fill) {
+        return foreground;
     }
     if (kind == Kind::palette && !shape.fill) {
         return vorna::color_of(0xFF000000U | static_cast<std::uint32_t>(palette_colors[number]));
@@ -72,6 +77,8 @@ VT_RGB32 contrast_to(VT_RGB32 background) {
 
 Map_Sheet::Map_Sheet(const Input& input, const Map_Settings& settings, Load_Limits& limits)
     : settings_(settings), file_(input.name), query_{settings.layer, {}} {
+    query_.layout = settings.layout;
+    query_.font = settings.font;
     std::optional<Filter> filter;
     if (!settings.filter.empty()) {
         query_.fields = filter.emplace(settings.place + "filter", settings.filter).fields();
@@ -127,9 +134,31 @@ std::string Map_Sheet::label_of(std::size_t shape) const {
     return settings_.label_by.empty() ? found.name : text_of(found.values[index_of(settings_.label_by)]);
 }
 
-void Map_Sheet::enlarge(std::int32_t times) {
-    drawn_style_ = style_;
-    drawn_style_.enlarge(times);
+// A pen of the usual weight is as wide as other lines, on paper as 0.25 mm. Patterns too small to be seen are solid.
+Layer_Style Map_Sheet::style_in(const View& view, std::int32_t times) const {
+    constexpr double usual_weight = 0.25, widest = 16384, least_pattern = 3;
+    static const Dashes solid;
+    Layer_Style style = style_;
+    style.enlarge(times);
+    if (!map_.drawing || !data_widths_.empty()) {
+        return style;
+    }
+    style.dash_unit = view.scale;
+    style.dashes.resize(map_.shapes.size());
+    for (std::size_t s = 0; s < map_.shapes.size(); ++s) {
+        const Pen& pen = map_.shapes[s].pen;
+        const double weight = pen.weight > 0 ? pen.weight : usual_weight;
+        const double base = map_.paper_unit > 0 ? view.scale * weight / map_.paper_unit : times * weight / usual_weight;
+        const double width = pen.width > 0 ? pen.width * view.scale : base * settings_.border_width;
+        style.widths[s] =
+            static_cast<std::int32_t>(std::lround(std::clamp<double>(width, settings_.border_width > 0 ? times : 0, widest)));
+        if (pen.dashes > 0) {
+            const Dashes& dashes = map_.dashes[pen.dashes - 1];
+            const double length = std::accumulate(dashes.begin(), dashes.end(), 0.0) * view.scale;
+            style.dashes[s] = length >= least_pattern * times ? &dashes : &solid;
+        }
+    }
+    return style;
 }
 
 std::vector<std::optional<VT_RGB32>> Map_Sheet::colors_by_field() {
@@ -237,12 +266,16 @@ Layer_Style Map_Sheet::style_of(VT_RGB32 background) {
     for (std::size_t s = 0; s < map_.shapes.size(); ++s) {
         const Shape& shape = map_.shapes[s];
         const std::optional<VT_RGB32> color =
-            !data_fills_.empty() ? data_fills_[s] : own_fill(fill, kind, shape, kind == Kind::palette ? numbers[s] : 0);
+            !data_fills_.empty() ? data_fills_[s]
+                                 : own_fill(fill, kind, shape, kind == Kind::palette ? numbers[s] : 0, foreground);
         Marker_Paint marker = settings_.marker;
         marker.color = shape.marker_color.value_or(marker.color);
         marker.size = shape.marker_size.value_or(marker.size);
         marker.symbol = shape.marker_symbol.value_or(marker.symbol);
         VT_RGB32 stroke = settings_.border_color ? *settings_.border_color : shape.stroke.value_or(foreground);
+        if (shape.pen.contrasts) {
+            marker.color = foreground;
+        }
         if (!data_fills_.empty()) {
             marker.color = *data_fills_[s];
             stroke = shape.faces.empty() ? *data_fills_[s] : stroke;

@@ -50,8 +50,9 @@ public:
     // The label of a shape.
     std::string label_of(std::size_t shape) const;
 
-    // For an image that is `times` as large.
-    void enlarge(std::int32_t times);
+    // The style in an image of `times` pixels for one, in which the view has supersampled pixels.
+    Layer_Style style_in(const View& view, std::int32_t times) const;
+    void lay_out(const View& view, std::int32_t times) { drawn_style_ = style_in(view, times); }
     void add_items(Map_Items& items) const { layer_->add_items(drawn_style_, items); }
 
 private:

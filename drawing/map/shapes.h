@@ -34,11 +34,20 @@ using Face = std::vector<Path>;
 // A field's value: none, a number or a text.
 using Value = std::variant<std::monostate, double, std::string>;
 
+// Lines of drawings, whose sizes are those on the plane or on paper.
+struct Pen {
+    double width = 0;         // on the plane; 0 = of the weight
+    float weight = 0;         // millimetres; 0 = the usual one
+    std::uint32_t dashes = 0; // number of Map::dashes from 1; 0 = none
+    bool contrasts = false;   // whether fills and markers contrast with the background
+};
+
 struct Shape {
     std::string name, id; // empty = none
     // Its own style; none = the map's.
     std::optional<VT_RGB32> fill, stroke, marker_color;
     std::optional<std::int32_t> stroke_width, marker_size, marker_symbol;
+    Pen pen;
     bool outlined = true;      // whether its faces have borders
     std::uint32_t layer = 0;   // index in Map::layers
     std::vector<Value> values; // of the fields that the query names, in their order
@@ -70,6 +79,8 @@ struct Map_Query {
     std::string layer;
     std::vector<std::string> fields; // those whose values are kept
     bool lists_fields = false;       // all layers, with Layer_Facts::fields
+    std::string layout;              // of a drawing; empty = model space
+    std::string font;                // file, of a drawing's texts; empty = the default font
 };
 
 struct Field_Facts {
@@ -92,6 +103,8 @@ struct Map {
     std::optional<Extent> extent; // from the file
     std::vector<Layer_Facts> layers;
     std::vector<Shape> shapes;
+    std::vector<std::vector<double>> dashes; // of pens: dashes and gaps by turns, on the plane
+    double paper_unit = 0;                   // millimetres, of a sheet of paper, which is the extent; 0 = no sheet
     std::vector<std::string> warnings;
 };
 

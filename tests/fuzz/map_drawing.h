@@ -29,6 +29,7 @@ inline void draw_map(std::string_view content, std::size_t style, bool is_drawin
     render.threads = 1;
     vorna::app::Map_Options options;
     options.projection = is_drawing ? "" : projections[style / 8 % 4];
+    options.layout = is_drawing && (style & 24) == 24 ? "Sheet" : "";
     options.border = borders[style / 32 % 4];
     options.border_width = (style & 128) != 0 ? 3 : 1;
     options.bbox = (style & 512) != 0 ? "0,0,1e-9,1e-9" : "";

@@ -202,18 +202,50 @@ TEST_F(Map_Command, drawings_have_their_own_colours_and_one_warning) {
     const std::string file = folder.file(
         "box.dxf",
         "0\nSECTION\n2\nENTITIES\n0\nHATCH\n62\n1\n2\nSOLID\n70\n1\n91\n1\n92\n3\n72\n0\n73\n1\n93\n3\n10\n0\n20\n0\n10\n"
-        "9\n20\n0\n10\n0\n20\n9\n0\nLINE\n10\n0\n20\n5\n11\n10\n21\n5\n0\nTEXT\n1\nx\n0\nENDSEC\n0\nEOF\n");
-    const std::string warning = "vorna: warning: " + file + ": not drawn: 1 TEXT\n";
+        "9\n20\n0\n10\n0\n20\n9\n0\nLINE\n10\n0\n20\n5\n11\n10\n21\n5\n0\nRAY\n1\nx\n0\nENDSEC\n0\nEOF\n");
+    const std::string warning = "vorna: warning: " + file + ": not drawn: 1 RAY\n";
     const Picture picture = render(file, {"--bbox", "0,0,10,10", "--size", "100x100"}, warning);
     EXPECT_EQ(picture.at(10, 80), red);
     EXPECT_EQ(picture.at(80, 20), white);
     EXPECT_EQ(picture.count(black), 100);
 }
 
+TEST_F(Map_Command, drawings_have_widths_dashes_and_letters_of_their_own_size) {
+    std::string text =
+        "0|SECTION|2|TABLES|0|LTYPE|2|Dashed|49|10|49|-10|0|BLOCK_RECORD|5|1B|2|*Paper_Space|0|ENDSEC|"
+        "0|SECTION|2|ENTITIES|0|LINE|370|100|62|1|10|10|20|85.5|11|90|21|85.5|"
+        "0|LWPOLYLINE|43|6|62|5|10|10|20|70|10|90|20|70|0|LINE|6|DASHED|10|10|20|50.5|11|90|21|50.5|"
+        "0|LINE|6|DASHED|48|0.01|62|3|10|10|20|40.5|11|90|21|40.5|"
+        "0|SOLID|67|1|62|5|10|0|20|0|11|50|21|0|12|0|22|50|13|50|23|50|0|LINE|67|1|62|1|370|50|10|0|20|75|11|100|21|75|"
+        "0|ENDSEC|0|SECTION|2|OBJECTS|0|LAYOUT|100|AcDbPlotSettings|44|100|45|100|72|1|100|AcDbLayout|1|Sheet|330|1B|"
+        "0|ENDSEC|0|EOF|";
+    std::ranges::replace(text, '|', '\n');
+    const std::string file = folder.file("pens.dxf", text);
+    const std::vector<std::string> view{"--bbox", "0,0,100,100", "--size", "100x100"};
+    const Picture whole = render(file, view);
+    const Color green{0, 255, 0};
+    EXPECT_EQ(whole.count(red), 4 * 80);  // 1 mm is four times as wide as usual
+    EXPECT_EQ(whole.count(blue), 6 * 80); // units of the drawing
+    EXPECT_NEAR(static_cast<double>(whole.count(black)), 40, 2);
+    EXPECT_EQ(whole.at(15, 49), black);
+    EXPECT_EQ(whole.at(25, 49), white);
+    EXPECT_NEAR(static_cast<double>(whole.count(green)), 80, 1); // dashes too small to be seen
+    const auto zoomed = [&](std::vector<std::string> more) {
+        more.insert(more.end(), {"--bbox", "0,0,100,100", "--size", "700x700"});
+        return render(file, more).pixels;
+    };
+    EXPECT_EQ(zoomed({"--tile-size", "64"}), zoomed({}));
+    const Picture sheet = render(file, {"--layout", "sheet", "--size", "400x400"});
+    EXPECT_EQ(sheet.count(blue), 200 * 200);
+    EXPECT_EQ(sheet.count(red), 400 * 2); // 0.5 mm at four pixels for one
+    EXPECT_EQ(sheet.at(0, 399), blue);
+}
+
 TEST_F(Map_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_file) {
     const std::string map = folder.file("map.json", feature("Polygon", "[[[0,0],[5,0],[5,9]]]"));
     const std::string plan = folder.file("plan.json", feature("Point", "[500000,4000000]"));
     const std::string model = folder.file("model.obj", "v 0 0 0\nv 4 0 0\nv 0 2 0\nf 1 2 3\n");
+    const std::string sheet = folder.file("sheet.dxf", "0\nSECTION\n2\nENTITIES\n0\nENDSEC\n0\nEOF\n");
     const std::string output = folder.file("out.png");
     const struct {
         std::vector<std::string> arguments;
@@ -235,6 +267,8 @@ TEST_F(Map_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_file
         {{map, "--projection", "flat"}, "--projection: expected equirectangular, mercator, albers-usa, plane"},
         {{map, "--projection", "plane", "--graticule", "10"}, "--graticule: expected a projection of the globe"},
         {{map, "--font", "x.ttf"}, "--font: expected --labels or another option for texts"},
+        {{map, "--layout", "Back"}, "--layout: expected a drawing (DXF), found " + map},
+        {{sheet, "--layout", "Back"}, "--layout: expected a layout of " + sheet + ": Model; found 'Back'"},
         {{map, "--casing-width", "3"}, "--casing-width: expected --casing beside it, found none"},
         {{map, "--turntable", "3"}, "--turntable: expected a model, found " + map},
         {{map, "--merge", "and"}, "--merge: expected --overlay beside it"},

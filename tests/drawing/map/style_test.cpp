@@ -122,8 +122,8 @@ TEST_F(Map_Styles, widths_follow_values) {
     EXPECT_THAT(widths, ElementsAre(2, 7, 12));
     settings.width_from = 0;
     const auto thin = scene_of({input_of(collection({line(0, -5), line(1, 0), line(2, 5)}))}, settings);
-    EXPECT_TRUE(std::ranges::all_of(thin->line_paints(1), [](const Line_Paint& paint) { return paint.width > 0; }));
-    EXPECT_FALSE(thin->line_paints(1).empty());
+    EXPECT_TRUE(std::ranges::all_of(thin->line_paints({}, 1), [](const Line_Paint& paint) { return paint.width > 0; }));
+    EXPECT_FALSE(thin->line_paints({}, 1).empty());
 }
 
 TEST_F(Map_Styles, of_files_have_layers_in_order) {

@@ -2,12 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "drawing/files/load_limits.h"
 #include "drawing/map/shapes.h"
 
 namespace vorna::drawing::map::dxf {
@@ -19,7 +18,7 @@ struct Group {
     std::int64_t line; // of the value
 };
 
-// An object with the groups that follow its name; a polyline's vertices are its parts.
+// An object with the groups that follow its name; a polyline's vertices and an insertion's attributes are its parts.
 struct Entity {
     std::string_view type;
     std::int64_t line = 0;
@@ -30,36 +29,21 @@ struct Entity {
     const Group* find(int code) const;
 };
 
-struct Block {
-    Position base;
-    std::vector<Entity> entities;
-};
-
-struct Layer {
-    std::int64_t color = 7;       // number in the colour table; below 0 = the layer is off
-    std::int64_t true_color = -1; // 0xRRGGBB; below 0 = none
-    bool frozen = false;
-};
-
-struct Drawing {
-    std::map<std::string, Layer, std::less<>> layers;
-    std::map<std::string, Block, std::less<>> blocks;
-    std::vector<Entity> entities;
-};
-
 // Reads groups' values; messages name the file and the line.
 class Values {
 public:
     explicit Values(const std::string& file) : file_(&file) {}
 
-    double number(const Group& group) const;
+    double number(const Group& group) const; // finite
     std::int64_t integer(const Group& group) const;
     // The value of the first group with the code, or the default.
     double number(const Entity& entity, int code, double otherwise) const;
     std::int64_t integer(const Entity& entity, int code, std::int64_t otherwise) const;
+    bool has_flag(const Entity& entity, int code, std::int64_t flag) const { return (integer(entity, code, 0) & flag) != 0; }
     std::string_view text(const Entity& entity, int code) const; // empty = none
     // Groups code and code + 10, which the entity must have.
     Position position(const Entity& entity, int code) const;
+    Position position(const Entity& entity, int code, Position otherwise) const;
     const Group& required(const Entity& entity, int code) const;
 
     [[noreturn]] void fail(std::int64_t line, const std::string& expected) const;
@@ -68,7 +52,32 @@ private:
     const std::string* file_;
 };
 
-// Throws Map_Error and Load_Error.
-Drawing read_drawing(const std::string& file, std::string_view content, Load_Limits& limits);
+// Reads pairs of lines: a code and its value.
+class Groups {
+public:
+    Groups(const std::string& file, std::string_view content) : values_(file), rest_(content) { advance(); }
+
+    const std::optional<Group>& current() const noexcept { return group_; }
+    bool at(int code, std::string_view value) const { return group_ && group_->code == code && group_->value == value; }
+    void advance();
+    // Skips the name of an object and its groups.
+    Entity entity();
+
+    [[noreturn]] void fail_at_end(const std::string& expected) const {
+        values_.fail(line_, expected + ", found the end of the file");
+    }
+    const Values& values() const noexcept { return values_; }
+
+private:
+    std::string_view next_line();
+
+    Values values_;
+    std::string_view rest_;
+    std::int64_t line_ = 0;
+    std::optional<Group> group_;
+};
+
+// Reads up to the object of this name, and skips it.
+std::vector<Entity> read_entities(Groups& groups, std::string_view end);
 
 } // namespace vorna::drawing::map::dxf
