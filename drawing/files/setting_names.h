@@ -25,6 +25,7 @@ enum class Setting {
     part,
     projection,
     record,
+    scale_bar,
     size,
     water,
     count

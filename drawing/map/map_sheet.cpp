@@ -79,6 +79,9 @@ Map_Sheet::Map_Sheet(const Input& input, const Map_Settings& settings, Load_Limi
     for (const std::string* field : {&settings.fill_by, &settings.width_by, &settings.label_by}) {
         add_field(query_.fields, *field);
     }
+    if (has_labels()) {
+        add_field(query_.fields, settings.label_key);
+    }
     map_ = load_map(input, query_, limits);
     check_fields();
     if (filter) {
@@ -125,6 +128,16 @@ void Map_Sheet::set_background(VT_RGB32 background) {
 std::string Map_Sheet::label_of(std::size_t shape) const {
     const Shape& found = map_.shapes[shape];
     return settings_.label_by.empty() ? found.name : text_of(found.values[index_of(settings_.label_by)]);
+}
+
+double Map_Sheet::label_key_of(std::size_t shape) const {
+    const auto* number = std::get_if<double>(&map_.shapes[shape].values[index_of(settings_.label_key)]);
+    return number && !std::isnan(*number) ? *number : -INFINITY;
+}
+
+Text_Paint Map_Sheet::label_paint() const {
+    const VT_RGB32 color = settings_.label_color;
+    return {.color = color, .halo_color = settings_.halo_color.value_or(contrast_to(color)), .halo_width = settings_.halo};
 }
 
 void Map_Sheet::enlarge(std::int32_t times) {

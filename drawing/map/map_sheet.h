@@ -49,6 +49,10 @@ public:
     const std::vector<Legend_Entry>& legend() const noexcept { return legend_; }
     // The label of a shape.
     std::string label_of(std::size_t shape) const;
+    bool has_labels() const noexcept { return settings_.labels || !settings_.label_by.empty(); }
+    // The value of the settings' label_key; the least one where it is no number.
+    double label_key_of(std::size_t shape) const;
+    Text_Paint label_paint() const;
 
     // For an image that is `times` as large.
     void enlarge(std::int32_t times);
