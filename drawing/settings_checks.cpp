@@ -109,12 +109,14 @@ void check(const map::Map_Settings& settings) {
     expect_range("casing_width", settings.casing_width, 1, 1000);
     expect_range("marker.size", settings.marker.size, 1, 1000);
     expect_range("label_size", settings.label_size, 4, 1000);
+    expect_range("halo", settings.halo, 0.0, 20.0);
     expect_range("classing.count", settings.classing.count, std::size_t{1}, std::size_t{64});
     const std::vector<double>& breaks = settings.classing.breaks;
     const auto falls = [](double a, double b) { return !(a < b); };
     expect(breaks.size() < 64 && std::ranges::adjacent_find(breaks, falls) == breaks.end() &&
                std::ranges::all_of(breaks, [](double b) { return std::isfinite(b); }),
            "classing.breaks: expected up to 63 increasing numbers");
+    expect(breaks.empty() || settings.classing.method != "categories", "classing.breaks: expected classes of numbers");
     expect_name("classing.ramp", settings.classing.ramp, map::ramp_names());
     expect_name("classing.method", settings.classing.method, {"quantiles", "equal", "natural", "categories"});
     expect_range("width_from", settings.width_from, 0, 1000);

@@ -178,9 +178,21 @@ void add_map_options(std::vector<Option>& table, Map_Options& options) {
          .text = "Size of letters, 12 by default",
          .target = &options.label_size},
         {.names = {"--label-color"}, .value = text_value("COLOR"), .text = "Colour of letters", .target = &options.label_color},
+        {.names = {"--label-key"},
+         .value = text_value("FIELD"),
+         .text = "Field of numbers; labels with greater ones are placed first, by default those of larger shapes",
+         .target = &options.label_key},
+        {.names = {"--halo"},
+         .value = number_value("PIXELS", 0, 20),
+         .text = "Width of the halo around letters, 1 by default",
+         .target = &options.halo},
+        {.names = {"--halo-color"},
+         .value = text_value("COLOR"),
+         .text = "Its colour; white or black by default, in contrast to the letters",
+         .target = &options.halo_color},
         {.names = {"--font"},
          .value = text_value("FONT"),
-         .text = "Font of labels: TrueType, OpenType and others",
+         .text = "Font of texts: a file, TrueType, OpenType and others, or a family",
          .target = &options.font},
         {.names = {"--overlay"},
          .value = text_value("MAP"),
@@ -222,7 +234,16 @@ void check_map_options(const Model_Options& options, const Map_Options& map_opti
     }
     const Map_Options usual;
     const bool has_text = map_options.labels || map_options.legend || !map_options.label_by.empty() ||
-                          !map_options.title.empty() || !map_options.attribution.empty() || !map_options.style.empty();
+                          !map_options.title.empty() || !map_options.attribution.empty() || !map_options.style.empty() ||
+                          !map_options.scale_bar.empty();
+    const bool has_labels = map_options.labels || !map_options.label_by.empty() || !map_options.style.empty();
+    for (const auto& [given, name] : {std::pair(!map_options.label_key.empty(), "--label-key"),
+                                      {map_options.halo != usual.halo, "--halo"},
+                                      {!map_options.halo_color.empty(), "--halo-color"}}) {
+        if (given && !has_labels) {
+            throw drawing::Usage_Error(std::string(name) + ": expected --labels or --label-by beside it, found neither");
+        }
+    }
     for (const auto& [given, name] : {std::pair(map_options.font != usual.font, "--font"),
                                       {map_options.label_size != usual.label_size, "--label-size"},
                                       {map_options.label_color != usual.label_color, "--label-color"}}) {
@@ -265,6 +286,9 @@ Map_Settings map_settings_of(const Map_Options& options) {
     settings.labels = options.labels;
     settings.label_size = options.label_size;
     settings.label_color = parsed_color("--label-color", options.label_color);
+    settings.label_key = options.label_key;
+    settings.halo = options.halo;
+    settings.halo_color = color_unless_empty("--halo-color", options.halo_color);
     settings.font = options.font;
     settings.overlay = options.overlay;
     settings.overlay_color = parsed_color("--overlay-color", options.overlay_color);

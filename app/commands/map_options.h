@@ -19,11 +19,11 @@ struct Map_Options {
     std::string marker = "disc", marker_color = "#c8321e";
     std::string overlay, overlay_color = "#5a8ce6", merge;
     bool labels = false, flip_y = false;
-    std::string label_color = "black", font;
+    std::string label_color = "black", label_key, halo_color, font, scale_bar;
     std::string filter, fill_by, classes, breaks, ramp, width_by, widths, label_by, style, title, attribution;
     std::int32_t class_count = 5;
     bool reverse_ramp = false, legend = false;
-    double opacity = 1, graticule = 0;
+    double opacity = 1, graticule = 0, halo = 1;
     std::int32_t label_size = 12, border_width = 1, casing_width = 2, marker_size = 7;
 };
 

@@ -70,6 +70,10 @@ void add_map_style_options(std::vector<Option>& table, Map_Options& options) {
          .value = text_value("TEXT"),
          .text = "Small text at the lower right, as the data's licence may ask",
          .target = &options.attribution},
+        {.names = {"--scale-bar"},
+         .value = choice_value("UNIT", {"km", "miles"}),
+         .text = "Scale bar at the lower left, for lengths in the middle of the image",
+         .target = &options.scale_bar},
     };
     table.insert(table.end(), own.begin(), own.end());
 }
@@ -97,6 +101,9 @@ void set_map_style(const Map_Options& options, Map_Settings& settings) {
                                        "'");
         }
     }
+    if (!options.breaks.empty() && options.classes == "categories") {
+        throw drawing::Usage_Error("--breaks: expected classes of numbers beside it, found --classes categories");
+    }
     settings.width_by = options.width_by;
     if (!options.widths.empty()) {
         const std::vector<double> widths = numbers_between_commas(options.widths);
@@ -113,6 +120,9 @@ void set_map_style(const Map_Options& options, Map_Settings& settings) {
     settings.title = options.title;
     settings.attribution = options.attribution;
     settings.legend = options.legend;
+    settings.scale_bar = options.scale_bar.empty()   ? Scale_Unit::none
+                         : options.scale_bar == "km" ? Scale_Unit::kilometres
+                                                     : Scale_Unit::miles;
 }
 
 } // namespace vorna::app

@@ -77,7 +77,7 @@ void check_without_files(Render_Options& options, const Map_Options& map_options
     const drawing::map::Map_Settings settings = map_settings_of(map_options);
     drawing::open_overlay(settings, *options.limits);
     if (settings.labels) {
-        drawing::map::load_label_font(settings.font, settings.label_size);
+        drawing::map::load_label_font(settings.font, *options.limits);
     }
     drawing::Session{module};
 }

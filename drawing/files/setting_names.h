@@ -26,6 +26,7 @@ enum class Setting {
     part,
     projection,
     record,
+    scale_bar,
     size,
     water,
     count

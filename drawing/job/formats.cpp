@@ -85,6 +85,7 @@ constexpr Format table[] = {
     {.suffix = "wrl", .kind = Input_Kind::model, .detect = is_vrml, .read_model = read_vrml},
 #ifdef VORNA_WITH_GDAL
     {.suffix = "shp", .kind = Input_Kind::map, .read_map = map::read_gdal_map},
+    {.suffix = "zip", .kind = Input_Kind::map, .read_map = map::read_gdal_map},
     {.suffix = "gpkg", .kind = Input_Kind::map, .detect = is_geopackage, .read_map = map::read_gdal_map},
     {.suffix = "kml", .kind = Input_Kind::map, .detect = is_kml, .read_map = map::read_gdal_map},
     {.suffix = "kmz", .kind = Input_Kind::map, .read_map = map::read_gdal_map},

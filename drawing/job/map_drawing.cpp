@@ -14,6 +14,7 @@ namespace {
 
 using map::Face;
 using map::Face_Item;
+using map::Form_Item;
 using map::Line_Item;
 using map::Map_Item;
 using map::Map_Items;
@@ -27,8 +28,8 @@ using map::View;
 // Dashes that need a larger margin are not drawn in tiles.
 constexpr std::int32_t largest_margin = 256;
 
-Position place_of(const Text_Item& item, Position p, std::int32_t supersample) {
-    return {p.x * supersample + item.moved.x, p.y * supersample + item.moved.y};
+Position enlarged(Position p, std::int32_t supersample) {
+    return {p.x * supersample, p.y * supersample};
 }
 
 // Gathers where an item lies. Places that are no numbers may be anywhere.
@@ -77,10 +78,15 @@ model::Extent extent_of(const Map_Item& item, const View& view, std::int32_t sup
             } else if constexpr (std::is_same_v<Item, Mark_Item>) {
                 extent.add(view.device_place(found.place));
                 return extent.with(found.paint.size + 2);
-            } else {
+            } else if constexpr (std::is_same_v<Item, Form_Item>) {
                 for (const Path& ring : *found.outline) {
-                    std::ranges::for_each(ring, [&](Position p) { extent.add(place_of(found, p, supersample)); });
+                    std::ranges::for_each(ring, [&](Position p) { extent.add(enlarged(p, supersample)); });
                 }
+                return extent.with(0);
+            } else {
+                const VT_Int_Rectangle& box = found.lettering->box;
+                extent.add(enlarged({double(box.left), double(box.bottom)}, supersample));
+                extent.add(enlarged({box.right + 1.0, box.top + 1.0}, supersample));
                 return extent.with(0);
             }
         },
@@ -107,12 +113,14 @@ void draw_items(const Map_Items& items, const model::Tile_Bins& bins, std::size_
             painter.draw(*item.path, item.paint);
         } else if constexpr (std::is_same_v<Item, Mark_Item>) {
             painter.mark(item.place, item.paint);
-        } else {
-            Face moved = *item.outline;
-            for (Path& ring : moved) {
-                std::ranges::transform(ring, ring.begin(), [&](Position p) { return place_of(item, p, supersample); });
+        } else if constexpr (std::is_same_v<Item, Form_Item>) {
+            Face face = *item.outline;
+            for (Path& ring : face) {
+                std::ranges::transform(ring, ring.begin(), [&](Position p) { return enlarged(p, supersample); });
             }
-            painter.fill_pixels(moved, item.color);
+            painter.fill_pixels(face, item.color);
+        } else {
+            painter.write(*item.lettering, supersample);
         }
     };
     bins.for_each(tile, items.size(), [&](std::size_t i) { std::visit(draw_item, items[i]); });
@@ -133,8 +141,8 @@ Drawing_Needs Map_Drawing::needs(VT_Int_Pair size, std::int32_t supersample) con
                         .one_piece = {},
                         .pixel_memory = look_.indexed ? 1U : 4U,
                         .thread_memory = position_memory * scene_->most_positions(),
-                        .prepared_memory = item_memory * scene_->item_count(),
-                        .work = item_work * static_cast<double>(scene_->item_count()) + pixel_work * size.x * size.y};
+                        .prepared_memory = item_memory * scene_->item_count(size),
+                        .work = item_work * static_cast<double>(scene_->item_count(size)) + pixel_work * size.x * size.y};
     const View view = view_of(size).enlarged(supersample);
     const double longest = scene_->longest_segment() * view.scale;
     for (const map::Line_Paint& paint : scene_->line_paints(view, supersample)) {

@@ -41,17 +41,15 @@ double round_length(double longest) {
     return longest;
 }
 
-Model_Overlay::Model_Overlay(const Overlay_Settings& settings, double radius)
-    : settings_(settings), radius_(radius), font_(map::load_label_font("", letter_size)) {
+Model_Overlay::Model_Overlay(const Overlay_Settings& settings, double radius) : settings_(settings), radius_(radius) {
+    Load_Limits limits; // of a font and a few letters
+    font_ = map::load_label_font("", limits);
 }
 
 Model_Overlay::~Model_Overlay() = default;
 
 void Model_Overlay::prepare(const model::Tile_Grid& grid, const model::Camera& camera, std::int32_t enlarged) {
-    if (enlarged != enlarged_) {
-        enlarged_ = enlarged;
-        font_ = map::load_label_font("", letter_size * enlarged);
-    }
+    enlarged_ = enlarged;
     signs_.clear();
     if (settings_.axes) {
         add_axes(camera, grid.frame);
@@ -63,12 +61,10 @@ void Model_Overlay::prepare(const model::Tile_Grid& grid, const model::Camera& c
 
 void Model_Overlay::add_text(const std::string& text, Position middle, VT_RGB32 color) {
     Load_Limits limits; // of a few letters
-    map::Label_Font::Text letters = font_->text_of(text, INFINITY, text, limits);
-    const double x = std::floor(middle.x - letters.width / 2), y = std::floor(middle.y - font_->height() / 2);
-    for (map::Path& ring : letters.outline) {
-        std::ranges::transform(ring, ring.begin(), [=](Position p) { return Position{p.x + x, p.y + y}; });
-    }
-    signs_.push_back({std::move(letters.outline), color});
+    const double size = letter_size * enlarged_;
+    const map::Text letters = font_->text_of(text, size, INFINITY, text, limits);
+    const double x = std::floor(middle.x - letters.width / 2), y = std::floor(middle.y - font_->height() * size / 2);
+    signs_.push_back({map::face_of(letters, {x, y}), color});
 }
 
 void Model_Overlay::add_line(Position from, Position to, double width, VT_RGB32 color) {

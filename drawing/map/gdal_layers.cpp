@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstddef>
+#include <optional>
 #include <utility>
 
 #include "drawing/files/setting_names.h"
@@ -19,6 +21,7 @@ namespace {
 // No driver that reaches a network or starts a program, and none whose files name others.
 constexpr Gdal_Format formats[] = {
     {"shp", "OGRShape", "shx,dbf,prj,cpg"},
+    {"zip", "OGRShape", ""}, // of shapefiles
     {"gpkg", "OGRGeoPackage", ""},
     {"kml", "OGRLIBKML,OGRKML", ""},
     {"kmz", "OGRLIBKML", ""},
@@ -170,11 +173,38 @@ Value value_of(Gdal_Feature feature, int field, const Layer_Facts& layer) {
     return std::string(gdal().OGR_F_GetFieldAsString(feature, field));
 }
 
+// The folder of the archive that has its shapefiles. What the archive unpacks to is read through the library's own files in
+// memory.
+std::string folder_of_shapefiles(const std::string& file, const std::string& archive) {
+    char** names = gdal().VSIReadDirRecursive(archive.c_str());
+    std::optional<std::string> found;
+    bool one_folder = true;
+    for (char** name = names; name && *name; ++name) {
+        const std::string path = *name;
+        std::string suffix = path.substr(path.size() - std::min<std::size_t>(path.size(), 4));
+        std::ranges::transform(suffix, suffix.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        if (suffix == ".shp" && !path.starts_with("__MACOSX/")) {
+            const std::size_t slash = path.rfind('/');
+            const std::string own = slash == path.npos ? "" : '/' + path.substr(0, slash);
+            one_folder = one_folder && (!found || *found == own);
+            found = found.value_or(own);
+        }
+    }
+    gdal().CSLDestroy(names);
+    if (!found || !one_folder) {
+        throw Map_Error(file + ": expected an archive with shapefiles in one folder, found " +
+                        (found ? "several folders of them" : "none"));
+    }
+    return archive + *found;
+}
+
 Gdal_Dataset open(const std::string& file, const Gdal_Format& format, std::span<const Named_Content> files) {
     const Gdal_Library& library = gdal();
     library.CPLSetErrorHandler(note_failure);
-    for (const auto& [name, value] :
-         {std::pair("GDAL_DRIVER_PATH", "disable"), {"SHAPE_RESTORE_SHX", "YES"}, {"CPL_DEBUG", "OFF"}}) {
+    for (const auto& [name, value] : {std::pair("GDAL_DRIVER_PATH", "disable"),
+                                      {"SHAPE_RESTORE_SHX", "YES"},
+                                      {"CPL_DEBUG", "OFF"},
+                                      {"LIBKML_RESOLVE_STYLE", "YES"}}) {
         library.CPLSetConfigOption(name, value);
     }
     for (const std::string& driver : parts_between(format.drivers)) {
@@ -187,7 +217,8 @@ Gdal_Dataset open(const std::string& file, const Gdal_Format& format, std::span<
         library.VSIFCloseL(
             library.VSIFileFromMemBuffer((std::string(folder) + content.name).c_str(), bytes, content.bytes.size(), 0));
     }
-    const std::string name = std::string(folder) + files.front().name;
+    const std::string own_name = std::string(folder) + files.front().name;
+    const std::string name = format.suffix == "zip" ? folder_of_shapefiles(file, "/vsizip/" + own_name) : own_name;
     Gdal_Dataset dataset =
         library.GDALOpenEx(name.c_str(), opens_vectors, nullptr, format.suffix == "csv" ? csv_options.data() : nullptr, nullptr);
     if (!dataset) {
@@ -245,6 +276,8 @@ void pack_shapes(Gdal_Layer layer, const Layer_Facts& facts, std::uint32_t numbe
         for (const int field : numbers) {
             shape.values.push_back(value_of(feature, field, facts));
         }
+        const char* style = gdal().OGR_F_GetStyleString(feature);
+        shape.values.push_back(style ? Value(std::string(style)) : Value());
         packer.add(shape);
         gdal().OGR_F_Destroy(feature);
     }

@@ -27,8 +27,8 @@ struct Named_Content {
 };
 
 // Packs every chosen layer, its shapes following all layers: the number of layers, the layers, then shapes to the end. Values are
-// those of `fields`. files: the first is opened, the others are found by their names. Throws Map_Error, whose message names
-// `file`.
+// those of `fields` and, last, the style that the library states. files: the first is opened, the others are found by their
+// names. Throws Map_Error, whose message names `file`.
 std::string pack_gdal_layers(const std::string& file, const Gdal_Format& format, std::span<const Named_Content> files,
                              const std::string& layers, std::span<const std::string> fields);
 

@@ -38,6 +38,9 @@ using Gdal_System = void*;     // a coordinate system
     LIST(double, OGR_F_GetFieldAsDouble, (Gdal_Feature, int field))                                                              \
     LIST(const char*, OGR_F_GetFieldAsString, (Gdal_Feature, int field))                                                         \
     LIST(Gdal_Geometry, OGR_F_GetGeometryRef, (Gdal_Feature))                                                                    \
+    LIST(const char*, OGR_F_GetStyleString, (Gdal_Feature))                                                                      \
+    LIST(char**, VSIReadDirRecursive, (const char* folder))                                                                      \
+    LIST(void, CSLDestroy, (char** list))                                                                                        \
     LIST(void, OGR_F_Destroy, (Gdal_Feature))                                                                                    \
     LIST(int, OGR_G_GetGeometryType, (Gdal_Geometry))                                                                            \
     LIST(int, OGR_G_IsEmpty, (Gdal_Geometry))                                                                                    \

@@ -12,6 +12,7 @@
 #include "drawing/map/gdal_layers.h"
 #include "drawing/map/gdal_library.h"
 #include "drawing/map/map_reader.h"
+#include "drawing/map/ogr_style.h"
 #include "drawing/map/packed_shapes.h"
 #include "drawing/map/simple_style.h"
 #include "drawing/model/model_reader.h"
@@ -62,7 +63,8 @@ std::vector<Owned_File> read_files(const Input& input, const Gdal_Format& format
     return files;
 }
 
-Map unpacked(const std::string& file, const std::string& bytes, const Map_Query& query, std::size_t field_count) {
+Map unpacked(const std::string& file, const std::string& bytes, const Map_Query& query, std::size_t field_count,
+             bool states_styles) {
     const std::size_t own = query.fields.size();
     Shape_Unpacker unpacker(file, bytes);
     Map map;
@@ -74,7 +76,7 @@ Map unpacked(const std::string& file, const std::string& bytes, const Map_Query&
     }
     while (!unpacker.at_end()) {
         Shape& shape = map.shapes.emplace_back(unpacker.shape());
-        if (shape.layer >= map.layers.size() || shape.values.size() != field_count) {
+        if (shape.layer >= map.layers.size() || shape.values.size() != field_count + 1) {
             throw Map_Error(file + ": expected a map: the library for its format has made none of it");
         }
         const std::span<const Value> values(shape.values);
@@ -82,7 +84,10 @@ Map unpacked(const std::string& file, const std::string& bytes, const Map_Query&
         for (const Value& value : values.subspan(own + simple_style_keys.size(), name_keys.size())) {
             shape.name = shape.name.empty() ? text_of(value) : shape.name;
         }
-        shape.id = text_of(values.back());
+        shape.id = text_of(values[field_count - 1]);
+        if (states_styles) {
+            set_ogr_style(shape, text_of(values.back()));
+        }
         shape.values.resize(own);
     }
     return map;
@@ -132,7 +137,8 @@ Map read_gdal_map(const Input& input, const Map_Query& query, Load_Limits& limit
     // Lists in memory take up to three times as much as their counts in the message.
     limits.take_memory(file, 3 * bytes.size());
     const Load_Limits::Loan message_memory(limits, file, bytes.size());
-    return unpacked(file, bytes, query, fields.size());
+    const bool states_styles = format.suffix == "kml" || format.suffix == "kmz";
+    return unpacked(file, bytes, query, fields.size(), states_styles);
 }
 
 } // namespace vorna::drawing::map

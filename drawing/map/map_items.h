@@ -4,6 +4,7 @@
 #include <variant>
 #include <vector>
 
+#include "drawing/map/lettering.h"
 #include "drawing/map/map_painter.h"
 
 namespace vorna::drawing::map {
@@ -23,15 +24,18 @@ struct Mark_Item {
     Marker_Paint paint;
 };
 
-// Letters: a face in pixels before supersampling, and an offset in pixels of the supersampled image.
-struct Text_Item {
+// A face in pixels before supersampling.
+struct Form_Item {
     const Face* outline;
-    VT_Int_Pair moved;
     VT_RGB32 color;
 };
 
+struct Text_Item {
+    const Lettering* lettering;
+};
+
 // Does not own what its pointers refer to.
-using Map_Item = std::variant<Face_Item, Line_Item, Mark_Item, Text_Item>;
+using Map_Item = std::variant<Face_Item, Line_Item, Mark_Item, Form_Item, Text_Item>;
 using Map_Items = std::vector<Map_Item>;
 
 } // namespace vorna::drawing::map

@@ -47,6 +47,13 @@ public:
     std::size_t shape_count() const noexcept { return faces_.size(); }
     std::size_t position_count() const noexcept { return position_count_; }
     const std::vector<std::pair<Position, std::size_t>>& points() const noexcept { return points_; } // with their shape
+    bool has_faces(std::size_t shape) const noexcept { return !faces_[shape].empty(); }
+    std::size_t line_count() const noexcept { return lines_.size(); }
+    std::size_t shape_of_line(std::size_t line) const noexcept { return lines_[line].shape; }
+    // A line that is no border of a face; null for others.
+    const Path* own_line(std::size_t line) const noexcept {
+        return lines_[line].kind == Line::Kind::line ? &lines_[line].path : nullptr;
+    }
     // All faces of a shape as one.
     Face face_of(std::size_t shape) const;
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "host/color.h"
@@ -26,6 +27,14 @@ struct Marker_Paint {
     VT_RGB32 color;
     std::int32_t symbol = vorna::marker_symbol::filled_circle;
     std::int32_t size = 7;
+};
+
+struct Text_Paint {
+    VT_RGB32 color;
+    VT_RGB32 halo_color = {};
+    double halo_width = 0; // in pixels
+    // What lies below letters without a halo, where that is one colour: images of 8 bits have colours between both.
+    std::optional<VT_RGB32> ground = {};
 };
 
 } // namespace vorna::drawing::map

@@ -29,7 +29,41 @@ VT_Reference<const VT_Line_Type_Set> line_types_of(const Dashes& dashes, double 
     return set;
 }
 
+// In quarters, so that an image of 8 bits needs three colours.
+constexpr int mix_steps = 4;
+
+VT_RGB32 mixed(VT_RGB32 below, VT_RGB32 above, int steps) {
+    const auto channel = [=](int a, int b) {
+        return static_cast<std::uint8_t>((a * (mix_steps - steps) + b * steps) / mix_steps);
+    };
+    return {channel(below.blue, above.blue), channel(below.green, above.green), channel(below.red, above.red), 255};
+}
+
+std::optional<VT_RGB32> ground_of(const Text_Paint& paint) {
+    return paint.halo_width > 0 ? std::optional(paint.halo_color) : paint.ground;
+}
+
+// The letters over their halo, as one colour with its alpha.
+VT_RGB32 letters_over_halo(int letters, int halo, const Text_Paint& paint) {
+    const int above = letters * paint.color.alpha / 255;
+    const int below = halo * paint.halo_color.alpha / 255 * (255 - above) / 255;
+    const int alpha = above + below;
+    const auto channel = [=](int over, int under) {
+        return static_cast<std::uint8_t>(alpha == 0 ? 0 : (over * above + under * below) / alpha);
+    };
+    return {channel(paint.color.blue, paint.halo_color.blue), channel(paint.color.green, paint.halo_color.green),
+            channel(paint.color.red, paint.halo_color.red), static_cast<std::uint8_t>(alpha)};
+}
+
 } // namespace
+
+std::vector<VT_RGB32> mixed_colors(const Text_Paint& paint) {
+    std::vector<VT_RGB32> colors;
+    for (int i = 1; i < mix_steps && ground_of(paint); ++i) {
+        colors.push_back(mixed(*ground_of(paint), paint.color, i));
+    }
+    return colors;
+}
 
 Map_Painter::Map_Painter(VT_Renderer_Data& renderer, const VT_Rendition& base, const View& view)
     : renderer_(renderer), rendition_(new VT_Rendition(base)), view_(view),
@@ -149,6 +183,57 @@ void Map_Painter::mark(Position place, const Marker_Paint& paint) {
     rendition_->marker.size = paint.size;
     const VT_DCI_Point point = pixel_of(p);
     VD_Draw_2DI_Polymarker(renderer_, *rendition_, 1, &point);
+}
+
+void Map_Painter::write(const Lettering& lettering, std::int32_t times) {
+    const bool blends = renderer_.current_renderer_options().color_system() == 1;
+    for_each_area(lettering, times, visible_, [&](const Letter_Pixels& pixels) {
+        blends ? blend(pixels, lettering.paint) : draw_rows(pixels, lettering.paint);
+    });
+}
+
+void Map_Painter::blend(const Letter_Pixels& pixels, const Text_Paint& paint) {
+    const VT_Int_Rectangle& area = pixels.area;
+    const auto width = static_cast<std::size_t>(area.right - area.left + 1);
+    std::vector<VT_RGB32> row(width);
+    rendition_->drawing_flags |= vorna::drawing_flag::translucent;
+    for (std::int32_t y = area.bottom; y <= area.top; ++y) {
+        const std::size_t first = static_cast<std::size_t>(y - area.bottom) * width;
+        for (std::size_t x = 0; x < width; ++x) {
+            row[x] = letters_over_halo(pixels.letters[first + x], pixels.halo.empty() ? 0 : pixels.halo[first + x], paint);
+        }
+        const VT_DCI_Point start{area.left, y, 0}, end{area.right, y, 0};
+        VD_Draw_DCI_RGB32_Image(renderer_, *rendition_, &start, &end, 0, row.data(), 0, nullptr);
+    }
+    rendition_->drawing_flags &= ~vorna::drawing_flag::translucent;
+}
+
+// Runs of one colour.
+void Map_Painter::draw_rows(const Letter_Pixels& pixels, const Text_Paint& paint) {
+    const VT_Int_Rectangle& area = pixels.area;
+    const std::optional<VT_RGB32> ground = ground_of(paint);
+    const auto color_of = [&](std::size_t pixel) -> std::optional<VT_RGB32> {
+        const int share = pixels.letters[pixel], halo = pixels.halo.empty() ? 0 : pixels.halo[pixel];
+        const int steps = ground ? (share * mix_steps + 127) / 255 : share >= 128 ? mix_steps : 0;
+        return steps == mix_steps ? std::optional(paint.color)
+               : steps > 0        ? std::optional(mixed(*ground, paint.color, steps))
+               : halo >= 128      ? std::optional(paint.halo_color)
+                                  : std::nullopt;
+    };
+    std::size_t pixel = 0;
+    for (std::int32_t y = area.bottom; y <= area.top; ++y) {
+        for (std::int32_t x = area.left; x <= area.right;) {
+            const std::optional<VT_RGB32> color = color_of(pixel);
+            const std::int32_t first = x;
+            for (; x <= area.right && color_of(pixel) == color; ++x, ++pixel) {
+            }
+            if (color) {
+                set_line({*color});
+                const VT_DCI_Point run[] = {{first, y, 0}, {x - 1, y, 0}};
+                VD_Draw_2DI_Polyline(renderer_, *rendition_, 2, run);
+            }
+        }
+    }
 }
 
 } // namespace vorna::drawing::map

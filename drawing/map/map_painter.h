@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "drawing/map/lettering.h"
 #include "drawing/map/map_paint.h"
 #include "drawing/map/shapes.h"
 #include "host/renderer_data.h"
@@ -35,6 +36,9 @@ struct View {
 // Longer lines, in pixels, are not drawn: their ends lie too far from the image.
 inline constexpr double farthest_pixel = 0x20000000;
 
+// The colours between letters and what lies below them, in images of 8 bits.
+std::vector<VT_RGB32> mixed_colors(const Text_Paint& paint);
+
 class Map_Painter {
 public:
     // base: clips, modes and flags for all items, copied; its hard clip is the image, its window rectangle the drawn part of the
@@ -54,8 +58,13 @@ public:
     // Dashes continue from segment to segment.
     void draw(const Path& line, const Line_Paint& paint);
     void mark(Position place, const Marker_Paint& paint);
+    // Letters in an image `times` as large. In 32-bit images their edges are smooth; in 8-bit images they are so where they have
+    // a halo or a ground, by mixed_colors.
+    void write(const Lettering& lettering, std::int32_t times);
 
 private:
+    void blend(const Letter_Pixels& pixels, const Text_Paint& paint);
+    void draw_rows(const Letter_Pixels& pixels, const Text_Paint& paint);
     std::uint8_t index_of(VT_RGB32 color) const;
     void set_line(const Line_Paint& paint);
     void draw_points(const std::vector<VT_DCI_Point>& points, const Line_Paint& paint);

@@ -83,6 +83,7 @@ Map_Scene::Map_Scene(const std::vector<Map_Source>& sources, const std::optional
         graticule_ = graticule_lines(settings.graticule, *projection_);
     }
     choose_bounds();
+    load_font();
 }
 
 void Map_Scene::set_background(VT_RGB32 background) {
@@ -107,6 +108,9 @@ std::vector<std::string> Map_Scene::warnings() const {
         warnings.insert(warnings.end(), sheet.map().warnings.begin(), sheet.map().warnings.end());
     }
     warnings.insert(warnings.end(), overlay_map_.warnings.begin(), overlay_map_.warnings.end());
+    if (font_) {
+        std::ranges::move(font_->warnings(), std::back_inserter(warnings));
+    }
     return warnings;
 }
 
@@ -144,8 +148,9 @@ void Map_Scene::choose_projection() {
         }
     }
     if (name == "plane" || name == "albers-usa") {
-        for (const auto& [given, setting] :
-             {std::pair(settings_.water.has_value(), Setting::water), {settings_.graticule > 0, Setting::graticule}}) {
+        for (const auto& [given, setting] : {std::pair(settings_.water.has_value(), Setting::water),
+                                             {settings_.graticule > 0, Setting::graticule},
+                                             {settings_.scale_bar != Scale_Unit::none, Setting::scale_bar}}) {
             if (given) {
                 throw Usage_Error(name_of(setting) + ": expected a projection of the globe, found " +
                                   (name == "plane" ? "a plane" : name));
@@ -303,12 +308,14 @@ std::vector<Line_Paint> Map_Scene::line_paints(const View& view, std::int32_t su
     return paints;
 }
 
-std::size_t Map_Scene::item_count() const {
+// Labels have no common pixels, and each is as high as its capitals at least.
+std::size_t Map_Scene::item_count(VT_Int_Pair size) const {
     std::size_t count = (overlay_ ? overlay_->item_count() : 0) + graticule_.size() + 1;
+    const std::size_t pixels = static_cast<std::size_t>(size.x) * static_cast<std::size_t>(size.y);
     for (const Map_Sheet& sheet : sheets_) {
-        const bool has_labels = sheet.settings().labels || !sheet.settings().label_by.empty();
-        const std::size_t label_copies = has_labels ? 26 * sheet.layer().shape_count() : 0;
-        count += sheet.layer().item_count() + label_copies + 27 * (sheet.legend().size() + 2);
+        const auto height = static_cast<std::size_t>(sheet.settings().label_size);
+        count +=
+            sheet.layer().item_count() + (sheet.has_labels() ? pixels / (height * height) : 0) + 3 * (sheet.legend().size() + 4);
     }
     return count;
 }
@@ -334,9 +341,16 @@ Layer_Style Map_Scene::overlay_style(const Map& map) const {
 }
 
 VT_Reference<const VT_Palette> Map_Scene::palette() const {
-    const VT_RGB32 label = settings_.label_color;
-    std::vector<VT_RGB32> colors{label, contrast_to(label), background_, graticule_color};
+    std::vector<VT_RGB32> colors{settings_.label_color, contrast_to(settings_.label_color), background_, graticule_color};
+    const auto add_mixed = [&](const Text_Paint& paint) { std::ranges::move(mixed_colors(paint), std::back_inserter(colors)); };
+    if (font_) {
+        add_mixed({.color = contrast_to(background_), .ground = background_});
+    }
     for (const Map_Sheet& sheet : sheets_) {
+        if (sheet.has_labels()) {
+            colors.insert(colors.end(), {sheet.label_paint().color, sheet.label_paint().halo_color});
+            add_mixed(sheet.label_paint());
+        }
         const Layer_Style& style = sheet.style();
         std::ranges::transform(style.markers, std::back_inserter(colors), &Marker_Paint::color);
         colors.insert(colors.end(), style.strokes.begin(), style.strokes.end());

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "drawing/files/input.h"
+#include "drawing/map/label_font.h"
 #include "drawing/map/map_items.h"
 #include "drawing/map/map_layer.h"
 #include "drawing/map/map_settings.h"
@@ -63,8 +64,8 @@ public:
     double longest_segment() const;
     // The largest number of positions of a face or line.
     std::size_t most_positions() const;
-    // An upper bound of the number of items.
-    std::size_t item_count() const;
+    // An upper bound of the number of items in an image of that size before supersampling.
+    std::size_t item_count(VT_Int_Pair size) const;
 
 private:
     void choose_extent();
@@ -72,8 +73,12 @@ private:
     void choose_bounds();
     void flip();
     Layer_Style overlay_style(const Map& map) const;
+    void load_font();
     void place_labels(const View& view);
     void place_signs(const View& view);
+    void place_scale_bar(const View& view, Load_Limits& limits);
+    void add_box(const VT_Int_Rectangle& box);
+    void write(const Text& text, Position at, VT_RGB32 color);
     std::size_t places_in(const VT_Int_Rectangle& box, const View& view) const;
     void add_label_items();
 
@@ -90,12 +95,14 @@ private:
     Face globe_;
     std::vector<Path> graticule_;
     Bounds shown_ = Bounds::nothing(); // on the plane
+    std::unique_ptr<Label_Font> font_; // null without texts
 
     View view_;
     std::int32_t supersample_ = 1;
     Layer_Style drawn_overlay_style_;    // of the supersampled image
-    std::vector<Face> labels_;           // in pixels before supersampling
-    std::vector<Sign> signs_, texts_;    // likewise: boxes of legends, and texts over them
+    std::vector<Lettering> labels_;      // in pixels before supersampling
+    std::vector<Sign> signs_;            // likewise: boxes of legends
+    std::vector<Lettering> texts_;       // over them
     std::vector<VT_Int_Rectangle> kept_; // pixels that signs cover
     Map_Items items_, overlay_items_, label_items_;
 };

@@ -23,6 +23,8 @@ struct Map_Fill {
     VT_RGB32 color = {};
 };
 
+enum class Scale_Unit { none, kilometres, miles };
+
 // How the values of a field become colours.
 struct Classing {
     std::string method;         // quantiles, equal, natural or categories; empty = quantiles, for texts categories
@@ -57,17 +59,21 @@ struct Map_Settings {
     std::int32_t casing_width = 2; // on each side
     Marker_Paint marker{{30, 50, 200, 255}};
     bool labels = false;
-    std::string label_by; // field of labels instead of the name; empty = none
+    std::string label_by;  // field of labels instead of the name; empty = none
+    std::string label_key; // field of numbers: labels with greater ones are placed first; empty = those of larger shapes
     std::int32_t label_size = 12;
     VT_RGB32 label_color{0, 0, 0, 255};
-    std::string font;    // file; empty = the default font
-    std::string overlay; // file of a map that is drawn over this one; empty = none
+    double halo = 1;                    // width around letters, in pixels; 0 = none
+    std::optional<VT_RGB32> halo_color; // none: white or black, in contrast to the letters
+    std::string font;                   // file or family; empty = the default font
+    std::string overlay;                // file of a map that is drawn over this one; empty = none
     VT_RGB32 overlay_color{230, 140, 90, 255};
     std::string style;              // style file; empty = none
     std::string place;              // of these settings in a style file, before messages; empty for others
     std::string title, attribution; // empty = none
     bool legend = false;            // of fill_by
-    bool merges = false;            // whether the overlay is merged with the pixels below, bit by bit
+    Scale_Unit scale_bar = Scale_Unit::none;
+    bool merges = false; // whether the overlay is merged with the pixels below, bit by bit
 };
 
 } // namespace vorna::drawing::map

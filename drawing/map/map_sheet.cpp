@@ -86,6 +86,9 @@ Map_Sheet::Map_Sheet(const Input& input, const Map_Settings& settings, Load_Limi
     for (const std::string* field : {&settings.fill_by, &settings.width_by, &settings.label_by}) {
         add_field(query_.fields, *field);
     }
+    if (has_labels()) {
+        add_field(query_.fields, settings.label_key);
+    }
     map_ = load_map(input, query_, limits);
     check_fields();
     if (filter) {
@@ -159,6 +162,16 @@ Layer_Style Map_Sheet::style_in(const View& view, std::int32_t times) const {
         }
     }
     return style;
+}
+
+double Map_Sheet::label_key_of(std::size_t shape) const {
+    const auto* number = std::get_if<double>(&map_.shapes[shape].values[index_of(settings_.label_key)]);
+    return number && !std::isnan(*number) ? *number : -INFINITY;
+}
+
+Text_Paint Map_Sheet::label_paint() const {
+    const VT_RGB32 color = settings_.label_color;
+    return {.color = color, .halo_color = settings_.halo_color.value_or(contrast_to(color)), .halo_width = settings_.halo};
 }
 
 std::vector<std::optional<VT_RGB32>> Map_Sheet::colors_by_field() {

@@ -49,6 +49,10 @@ public:
     const std::vector<Legend_Entry>& legend() const noexcept { return legend_; }
     // The label of a shape.
     std::string label_of(std::size_t shape) const;
+    bool has_labels() const noexcept { return settings_.labels || !settings_.label_by.empty(); }
+    // The value of the settings' label_key; the least one where it is no number.
+    double label_key_of(std::size_t shape) const;
+    Text_Paint label_paint() const;
 
     // The style in an image of `times` pixels for one, in which the view has supersampled pixels.
     Layer_Style style_in(const View& view, std::int32_t times) const;

@@ -1,20 +1,13 @@
-// Labels, legends and other texts of a map's scene.
+// Legends and other texts of a map's scene.
 #include <algorithm>
 #include <cmath>
 
 #include "drawing/map/label_font.h"
-#include "drawing/map/labels.h"
 #include "drawing/map/map_scene.h"
+#include "drawing/map/scale_bar.h"
 
 namespace vorna::drawing::map {
 namespace {
-
-Face moved(Face face, double x, double y) {
-    for (Path& ring : face) {
-        std::ranges::transform(ring, ring.begin(), [=](Position p) { return Position{p.x + x, p.y + y}; });
-    }
-    return face;
-}
 
 Face rectangle(double left, double bottom, double right, double top) {
     return {{{left, bottom}, {right, bottom}, {right, top}, {left, top}}};
@@ -43,15 +36,15 @@ void Map_Scene::place_signs(const View& view) {
     enum class Corner { top, bottom_right, free };
     const auto place = [&](const std::vector<Text_Row>& rows, Corner corner) {
         struct Line {
-            Label_Font::Text text;
+            Text text;
             int height;
             std::optional<VT_RGB32> swatch;
         };
         std::vector<Line> lines;
         int width = 0, height = gap;
         for (const Text_Row& row : rows) {
-            const std::unique_ptr<Label_Font> font = load_label_font(settings_.font, row.size);
-            Line line{font->text_of(row.text, view.size.x, sheets_.front().file(), limits), row.size + gap, row.swatch};
+            Line line{font_->text_of(row.text, row.size, view.size.x, sheets_.front().file(), limits), row.size + gap,
+                      row.swatch};
             const int swatch = row.swatch ? 2 * row.size + gap : 0;
             width = std::max(width, static_cast<int>(std::ceil(line.text.width)) + swatch);
             height += line.height;
@@ -78,11 +71,9 @@ void Map_Scene::place_signs(const View& view) {
                 }
             }
         }
-        const double left = at.x, bottom = at.y, right = at.x + width, top = at.y + height;
-        signs_.push_back({rectangle(left - 1, bottom - 1, right + 1, top + 1), ink});
-        signs_.push_back({rectangle(left, bottom, right, top), background_});
-        kept_.push_back({at.x - 1, at.x + width + 1, at.y - 1, at.y + height + 1});
-        double y = top - gap;
+        add_box({at.x, at.x + width, at.y, at.y + height});
+        const double left = at.x;
+        double y = at.y + height - gap;
         for (Line& line : lines) {
             y -= line.height - gap;
             double x = left + gap;
@@ -92,7 +83,7 @@ void Map_Scene::place_signs(const View& view) {
                 signs_.push_back({rectangle(x, y, x + 2 * row_size - 2, y + row_size - 2), *line.swatch});
                 x += 2 * row_size + gap;
             }
-            texts_.push_back({moved(std::move(line.text.outline), x, y + 1), ink});
+            write(line.text, {x, y + 1}, ink);
             y -= gap;
         }
     };
@@ -110,6 +101,9 @@ void Map_Scene::place_signs(const View& view) {
             }
             place(rows, Corner::free);
         }
+    }
+    if (settings_.scale_bar != Scale_Unit::none) {
+        place_scale_bar(view, limits);
     }
 }
 
@@ -130,72 +124,59 @@ std::size_t Map_Scene::places_in(const VT_Int_Rectangle& box, const View& view) 
     return count;
 }
 
-// Names of points stand to the right of their markers, names of faces inside them; those without room are left out.
-void Map_Scene::place_labels(const View& view) {
-    const auto has_labels = [](const Map_Sheet& sheet) { return sheet.settings().labels || !sheet.settings().label_by.empty(); };
-    if (std::ranges::none_of(sheets_, has_labels)) {
+// In the lower left corner, above other signs there: a line with its ends and its length.
+void Map_Scene::place_scale_bar(const View& view, Load_Limits& limits) {
+    const double metres = metres_per_pixel(*projection_, view);
+    if (!(metres > 0)) {
+        return; // the middle of the image is no place of the globe
+    }
+    constexpr int gap = 6, margin = 10, tick = 5;
+    const int size = settings_.label_size;
+    const Scale_Bar bar = scale_bar(metres, settings_.scale_bar == Scale_Unit::miles, view.size.x / 4.0);
+    const Text text = font_->text_of(bar.text, size, view.size.x, sheets_.front().file(), limits);
+    const int length = static_cast<int>(std::lround(bar.pixels)),
+              wide = std::max(length, static_cast<int>(std::ceil(text.width)));
+    VT_Int_Rectangle box{margin, margin + wide + 2 * gap, margin, margin + size + tick + 3 * gap};
+    for (const VT_Int_Rectangle& kept : kept_) {
+        if (common_part(kept, box).left <= common_part(kept, box).right &&
+            common_part(kept, box).bottom <= common_part(kept, box).top) {
+            box.top += kept.top + gap - box.bottom;
+            box.bottom = kept.top + gap;
+        }
+    }
+    if (length < 1 || box.right + margin >= view.size.x || box.top + margin >= view.size.y) {
         return;
     }
-    const std::unique_ptr<Label_Font> font = load_label_font(settings_.font, settings_.label_size);
-    const VT_Int_Rectangle window{0, view.size.x - 1, 0, view.size.y - 1};
-    const auto height = static_cast<std::int32_t>(std::ceil(font->height()));
-    constexpr std::int32_t margin = 2;
-    // New limits for each view: a viewer lays out any number of them.
-    Load_Limits limits(limits_->memory_left());
-    Free_Room room;
-    std::ranges::for_each(kept_, [&](const VT_Int_Rectangle& box) { room.take(box); });
-    const auto add = [&](const Label_Font::Text& text, VT_Int_Pair at) {
-        const VT_Int_Rectangle box{at.x - margin, at.x + static_cast<std::int32_t>(text.width) + margin, at.y - margin,
-                                   at.y + height + margin};
-        if (text.outline.empty() || !room.take(box)) {
-            return;
-        }
-        labels_.push_back(moved(text.outline, at.x, at.y));
-    };
-    for (const Map_Sheet& sheet : sheets_) {
-        if (!has_labels(sheet)) {
-            continue;
-        }
-        const auto text_of = [&](std::size_t shape) {
-            return font->text_of(sheet.label_of(shape), view.size.x, sheet.file(), limits);
-        };
-        for (const auto& [place, shape] : sheet.layer().points()) {
-            const Position p = view.device_place(place);
-            if (p.x >= 0 && p.y >= 0 && p.x < view.size.x && p.y < view.size.y) {
-                add(text_of(shape), {static_cast<std::int32_t>(p.x) + sheet.style().markers[shape].size / 2 + 3,
-                                     static_cast<std::int32_t>(p.y) - height / 2});
-            }
-        }
-        for (std::size_t s = 0; s < sheet.layer().shape_count(); ++s) {
-            if (sheet.label_of(s).empty()) {
-                continue;
-            }
-            const Label_Font::Text text = text_of(s);
-            const VT_Int_Pair size{static_cast<std::int32_t>(std::ceil(text.width)) + 2 * margin, height + 2 * margin};
-            const Face face = view.device_face(sheet.layer().face_of(s));
-            if (const auto at = place_in_face(face, window, size)) {
-                add(text, {at->x + margin, at->y + margin});
-            }
-        }
-    }
+    const VT_RGB32 ink = contrast_to(background_);
+    add_box(box);
+    const double left = box.left + gap, right = left + length, low = box.bottom + gap;
+    signs_.push_back({rectangle(left, low, right, low + 2), ink});
+    signs_.push_back({rectangle(left, low, left + 2, low + tick), ink});
+    signs_.push_back({rectangle(right - 2, low, right, low + tick), ink});
+    write(text, {std::max<double>(left, std::floor(left + (length - text.width) / 2)), low + tick + gap / 2.0}, ink);
 }
 
-// Each letter has a light or dark outline of one pixel, supersampled with the letter.
+void Map_Scene::add_box(const VT_Int_Rectangle& box) {
+    const double left = box.left, bottom = box.bottom, right = box.right, top = box.top;
+    signs_.push_back({rectangle(left - 1, bottom - 1, right + 1, top + 1), contrast_to(background_)});
+    signs_.push_back({rectangle(left, bottom, right, top), background_});
+    kept_.push_back({box.left - 1, box.right + 1, box.bottom - 1, box.top + 1});
+}
+
+void Map_Scene::write(const Text& text, Position at, VT_RGB32 color) {
+    Lettering& lettering = texts_.emplace_back();
+    lettering.paint = {.color = color, .ground = background_};
+    lettering.add(text, at);
+    lettering.find_box();
+}
+
 void Map_Scene::add_label_items() {
-    const std::int32_t step = (supersample_ + 1) / 2;
-    for (const Face& label : labels_) {
-        for (std::int32_t up = -supersample_; up <= supersample_; up += step) {
-            for (std::int32_t right = -supersample_; right <= supersample_; right += step) {
-                label_items_.push_back(Text_Item{&label, {right, up}, contrast_to(settings_.label_color)});
-            }
-        }
+    for (const Sign& sign : signs_) {
+        label_items_.push_back(Form_Item{&sign.outline, sign.color});
     }
-    for (const Face& label : labels_) {
-        label_items_.push_back(Text_Item{&label, {}, settings_.label_color});
-    }
-    for (const std::vector<Sign>* signs : {&signs_, &texts_}) {
-        for (const Sign& sign : *signs) {
-            label_items_.push_back(Text_Item{&sign.outline, {}, sign.color});
+    for (const std::vector<Lettering>* letterings : {&labels_, &texts_}) {
+        for (const Lettering& lettering : *letterings) {
+            label_items_.push_back(Text_Item{&lettering});
         }
     }
 }

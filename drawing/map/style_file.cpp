@@ -162,6 +162,11 @@ const std::vector<Key<Layer_Entry>>& layer_keys() {
         {"marker-size", [](Layer& layer, const Json& value) { layer.settings.marker.size = whole_in(value, 1, widest); }},
         {"marker-color", [](Layer& layer, const Json& value) { layer.settings.marker.color = color_in(value); }},
         {"label", [](Layer& layer, const Json& value) { layer.settings.label_by = text_in(value, "the name of a field"); }},
+        {"label-key", [](Layer& layer, const Json& value) { layer.settings.label_key = text_in(value, "the name of a field"); }},
+        {"label-size", [](Layer& layer, const Json& value) { layer.settings.label_size = whole_in(value, 4, widest); }},
+        {"label-color", [](Layer& layer, const Json& value) { layer.settings.label_color = color_in(value); }},
+        {"halo", [](Layer& layer, const Json& value) { layer.settings.halo = number_in(value, 0, 20); }},
+        {"halo-color", [](Layer& layer, const Json& value) { layer.settings.halo_color = color_in(value); }},
     };
     return keys;
 }
@@ -175,6 +180,11 @@ const std::vector<Key<Map_Style>>& style_keys() {
         {"projection", [](Style& style, const Json& value) { style.settings.projection = text_in(value, "a projection"); }},
         {"water", [](Style& style, const Json& value) { style.settings.water = color_in(value); }},
         {"graticule", [](Style& style, const Json& value) { style.settings.graticule = number_in(value, 0.1, 90); }},
+        {"scale-bar",
+         [](Style& style, const Json& value) {
+             const bool in_miles = one_of(value, std::vector{"km", "miles"}) == "miles";
+             style.settings.scale_bar = in_miles ? Scale_Unit::miles : Scale_Unit::kilometres;
+         }},
         {"layers", {}},
     };
     return keys;
@@ -272,6 +282,9 @@ Map_Style read_style(const std::string& file, const Map_Settings& base, Load_Lim
         layer.settings = base;
         reader.read((*list)[i], path, layer_keys(), layer);
         layer.settings.place = reader.start_of(path);
+        if (const Classing& classing = layer.settings.classing; classing.method == "categories" && !classing.breaks.empty()) {
+            reader.fail(path, "expected either classes categories or breaks, found both");
+        }
         if (!layer.settings.filter.empty()) {
             Filter(reader.start_of({"layers", i, "filter"}) + "condition", layer.settings.filter);
         }

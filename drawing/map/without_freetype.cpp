@@ -3,7 +3,7 @@
 
 namespace vorna::drawing::map {
 
-std::unique_ptr<Label_Font> load_label_font(const std::string&, int) {
+std::unique_ptr<Label_Font> load_label_font(const std::string&, Load_Limits&) {
     throw Usage_Error("expected a build with FreeType, which letters need, found one without");
 }
 

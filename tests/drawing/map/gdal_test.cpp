@@ -12,6 +12,7 @@
 #include "drawing/map/coordinate_system.h"
 #include "drawing/map/map_facts.h"
 #include "drawing/map/map_reader.h"
+#include "drawing/map/ogr_style.h"
 #include "drawing/map/packed_shapes.h"
 #include "drawing/map/stated_system.h"
 #include "tests/support/command_line.h"
@@ -64,6 +65,26 @@ const std::string kml = R"(<?xml version="1.0"?><kml xmlns="http://www.opengis.n
 <Placemark><name>Field</name><Polygon><outerBoundaryIs><LinearRing><coordinates>0,0 4,0 4,4 0,0</coordinates></LinearRing>
 </outerBoundaryIs><innerBoundaryIs><LinearRing><coordinates>2,1 3,1 3,2 2,1</coordinates></LinearRing></innerBoundaryIs></Polygon>
 </Placemark></Document></kml>)";
+
+TEST_F(Gdal_Maps, of_kml_have_its_styles) {
+    const std::string shared = R"(<Style id="s"><LineStyle><color>ff0000ff</color><width>3</width></LineStyle>
+<PolyStyle><color>8000ff00</color></PolyStyle></Style>)";
+    std::string text = kml;
+    text.insert(text.find("<Placemark>"), shared);
+    text.insert(text.find("<Polygon>"), "<styleUrl>#s</styleUrl>");
+    const Map styled = load("styled.kml", text);
+    ASSERT_EQ(styled.shapes.size(), 1U);
+    EXPECT_EQ(styled.shapes[0].stroke, (VT_RGB32{0, 0, 255, 255})); // blue, green, red, alpha
+    EXPECT_EQ(styled.shapes[0].stroke_width, 3);
+    EXPECT_EQ(styled.shapes[0].fill, (VT_RGB32{0, 255, 0, 128}));
+    EXPECT_FALSE(load("plain.kml", kml).shapes[0].fill);
+    Shape shape;
+    shape.stroke = VT_RGB32{1, 2, 3, 4}; // of its fields
+    set_ogr_style(shape, "PEN(w:2.6px,c:#FF0000);SYMBOL(id:\"a,c:#000000\",c:#0A0B0C);BRUSH(fc:#12);LABEL(");
+    EXPECT_EQ(shape.stroke, (VT_RGB32{1, 2, 3, 4}));
+    EXPECT_EQ(shape.stroke_width, 3);
+    EXPECT_FALSE(shape.fill);
+}
 
 TEST_F(Gdal_Maps, of_text_formats_have_their_shapes_names_and_values) {
     const Map csv = load("towns.csv", "name,pop,lon,lat,fill\nA,5,1,2,#102030\nB,,3,4,\n", {"", {"pop", "none", "name"}});
@@ -138,7 +159,7 @@ TEST_F(Gdal_Maps, of_all_formats_hold_the_same_shapes) {
         EXPECT_EQ(std::system(("ogr2ogr -q " + options + " '" + path + "' '" + json + "' 2>/dev/null").c_str()), 0) << name;
         return path;
     };
-    for (const char* suffix : {"shp", "gpkg", "kml", "kmz", "fgb", "gml", "tab", "mif"}) {
+    for (const char* suffix : {"shp", "shp.zip", "gpkg", "kml", "kmz", "fgb", "gml", "tab", "mif"}) {
         const Map map = load_file(convert(std::string("all.") + suffix, ""), {"", {"n"}});
         ASSERT_EQ(map.shapes.size(), 2U) << suffix;
         double area = 0;

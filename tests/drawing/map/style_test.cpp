@@ -126,6 +126,55 @@ TEST_F(Map_Styles, widths_follow_values) {
     EXPECT_FALSE(thin->line_paints({}, 1).empty());
 }
 
+std::vector<std::size_t> letters_of(const Map_Scene& scene) {
+    std::vector<std::size_t> counts;
+    for (const Map_Item& item : scene.labels()) {
+        if (const auto* text = std::get_if<Text_Item>(&item)) {
+            counts.push_back(text->lettering->letters.size());
+        }
+    }
+    return counts;
+}
+
+TEST_F(Map_Styles, labels_are_placed_by_their_key_and_stay_in_the_image) {
+    if (!WITH_FREETYPE) {
+        GTEST_SKIP() << "a build without FreeType has no labels";
+    }
+    const auto feature = [](const std::string& geometry, std::size_t letters) {
+        return R"({"type":"Feature","properties":{"name":")" + std::string(letters, 'W') + R"(","n":)" + std::to_string(letters) +
+               R"(},"geometry":)" + geometry + "}";
+    };
+    // At one place, where not all of them have room.
+    std::vector<std::string> features;
+    for (std::size_t n = 1; n <= 12; ++n) {
+        features.push_back(feature(R"({"type":"Point","coordinates":[5,5]})", n));
+    }
+    features.push_back(feature(R"({"type":"LineString","coordinates":[[0,8],[10,8]]})", 5));
+    features.push_back(feature(R"({"type":"Polygon","coordinates":[[[0,0],[10,0],[10,2],[0,2],[0,0]]]})", 6));
+    Map_Settings settings;
+    settings.labels = true;
+    const std::string map = collection(features);
+    const auto in_order = scene_of({input_of(map)}, settings);
+    const std::vector<std::size_t> counts = letters_of(*in_order);
+    ASSERT_GT(counts.size(), 3U);
+    EXPECT_LT(counts.size(), features.size());
+    EXPECT_EQ(counts[0], 1U);
+    EXPECT_THAT(counts, testing::IsSupersetOf({5U, 6U}));
+    settings.label_key = "n";
+    const std::vector<std::size_t> by_key = letters_of(*scene_of({input_of(map)}, settings));
+    EXPECT_EQ(by_key[0], 12U);
+    EXPECT_TRUE(std::ranges::is_sorted(by_key, std::greater{}));
+    for (const double halo : {0.0, 9.0}) {
+        settings.halo = halo;
+        settings.label_size = 40;
+        const auto scene = scene_of({input_of(map)}, settings);
+        for (const Map_Item& item : scene->labels()) {
+            const VT_Int_Rectangle& box = std::get<Text_Item>(item).lettering->box;
+            EXPECT_TRUE(box.left >= -2 && box.bottom >= -2 && box.right < 402 && box.top < 302);
+        }
+    }
+}
+
 TEST_F(Map_Styles, of_files_have_layers_in_order) {
     folder.file("more.json", collection({square(0, 3, "{}")}));
     Map_Settings settings;
@@ -150,6 +199,10 @@ TEST_F(Map_Styles, of_files_name_line_column_and_key_of_errors) {
     EXPECT_THAT(error_of("{\"layers\": [{\"filter\": \"a >\"}]}"),
                 HasSubstr("column 14: layers[0].filter: condition: column 4: expected a value"));
     EXPECT_THAT(error_of("{\"layers\": [{\"source\": \"/etc/passwd\"}]}"), HasSubstr("layers[0].source: "));
+    EXPECT_THAT(error_of(R"({"layers": [{"classes": "categories", "breaks": [1]}]})"),
+                HasSubstr("layers[0]: expected either classes categories or breaks, found both"));
+    EXPECT_THAT(error_of(R"({"layers": [{"halo": 21}]})"), HasSubstr("layers[0].halo: expected a number from 0 to 20, found 21"));
+    EXPECT_THAT(error_of(R"({"scale-bar": "leagues"})"), HasSubstr("scale-bar: expected one of km, miles"));
     EXPECT_THAT(error_of("{\"layers\": []}"), HasSubstr("line 1, column 2: layers: expected an array of one layer or more"));
     EXPECT_THAT(error_of("{\"graticule\": 1e999}"), HasSubstr("style.json: expected a style file in JSON with numbers up to"));
     EXPECT_THAT(error_of("[]"), HasSubstr("line 1, column 1: expected an object, found []"));
