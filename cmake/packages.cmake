@@ -113,6 +113,9 @@ if(VORNA_BUILD_COMMAND AND VORNA_WITH_GDAL)
   list(APPEND recommended "libgdal32 | libgdal36") # one by one, of Debian's versions
 endif()
 list(TRANSFORM recommended REPLACE "\\.so\\." "")
+if(VORNA_BUILD_COMMAND AND VORNA_WITH_SQLITE)
+  list(APPEND recommended libsqlite3-0) # after a digit Debian sets the version apart
+endif()
 list(JOIN recommended ", " CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS)
 if(VORNA_WITH_VIEWER)
   component_package(viewer vorna-view graphics "windows to turn models and move maps in"

@@ -82,7 +82,8 @@ private:
         if (found.size != part.size || found.columns != part.columns || found.rows != part.rows) {
             throw drawing::Usage_Error(reader.name() + ": expected a part of the same image, found " + number_text(found));
         }
-        if (reader.form().colors != form.colors || reader.form().opaque != form.opaque || reader.form().palette != form.palette) {
+        if (reader.form().colors != form.colors || reader.form().opaque != form.opaque || reader.form().palette != form.palette ||
+            reader.form().pixels_per_metre != form.pixels_per_metre) {
             throw drawing::Usage_Error(reader.name() + ": expected pixels like those of the other parts, found others");
         }
         std::string& name = names[found.number];

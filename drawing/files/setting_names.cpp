@@ -8,7 +8,8 @@ namespace {
 
 constexpr Setting_Names own_names{"allow_empty", "bbox",      "center",     "clip_to", "flip_y",     "font",
                                   "format",      "graticule", "kernels",    "layer",   "max_memory", "outside_of_folder",
-                                  "overlay",     "part",      "projection", "record",  "size",       "water"};
+                                  "overlay",     "part",      "projection", "record",  "scale",      "size",
+                                  "unit",        "water"};
 static_assert(own_names.back() != nullptr);
 
 std::atomic<const Setting_Names*> current{&own_names};

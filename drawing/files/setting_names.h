@@ -25,7 +25,9 @@ enum class Setting {
     part,
     projection,
     record,
+    scale,
     size,
+    unit,
     water,
     count
 };
