@@ -116,6 +116,9 @@ if(VORNA_BUILD_COMMAND AND VORNA_WITH_FREETYPE)
   list(APPEND recommended libharfbuzz0b libfribidi0 libfontconfig1)
 endif()
 list(TRANSFORM recommended REPLACE "\\.so\\." "")
+if(VORNA_BUILD_COMMAND AND VORNA_WITH_SQLITE)
+  list(APPEND recommended libsqlite3-0) # after a digit Debian sets the version apart
+endif()
 list(JOIN recommended ", " CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS)
 if(VORNA_WITH_VIEWER)
   component_package(viewer vorna-view graphics "windows to turn models and move maps in"

@@ -167,18 +167,7 @@ Image_Samples make_samples(Image_Samples::Kind kind, std::int32_t width, std::in
 }
 
 std::string png_of(const Image_Samples& image) {
-    const Image_Form form = form_of(image);
-    const std::vector<std::uint8_t> samples = samples_in_files(image);
-    const std::unique_ptr<Image_Encoder> encoder = image_encoder(form, samples.data());
-    std::string file = encoder->head();
-    for (std::uint32_t first = 0; first < form.height; first += encoder->block_rows()) {
-        Interruption::check();
-        const std::uint8_t* start = &samples[first * form.row_bytes()];
-        const Sample_Rows rows{first, std::min(first + encoder->block_rows(), form.height), start,
-                               first > 0 ? start - form.row_bytes() : nullptr};
-        file += encoder->join(rows, encoder->pack(rows));
-    }
-    return file + encoder->tail();
+    return image_bytes(form_of(image), samples_in_files(image).data());
 }
 
 void write_samples(const std::string& file, const Image_Samples& image) {

@@ -22,7 +22,7 @@ install_packages() {
 }
 
 # What every build of the project needs.
-build_packages=(g++ cmake ninja-build libassimp-dev libcli11-dev libdeflate-dev libfreetype-dev libjpeg62-turbo-dev libpng-dev libproj-dev libsdl2-dev libseccomp-dev libssl-dev libstb-dev libtiff-dev libwebp-dev libzstd-dev nlohmann-json3-dev zlib1g-dev)
+build_packages=(g++ cmake ninja-build libassimp-dev libcli11-dev libdeflate-dev libfreetype-dev libjpeg62-turbo-dev libpng-dev libproj-dev libsdl2-dev libseccomp-dev libsqlite3-dev libssl-dev libstb-dev libtiff-dev libwebp-dev libzstd-dev nlohmann-json3-dev zlib1g-dev)
 
 # What the tests of a native build need besides.
 test_packages=(binutils chromium clang-format fish fonts-dejavu-core gdal-bin glmark2-data imagemagick libfontconfig1 libfribidi0 libgdal32 libgmock-dev libgtest-dev libharfbuzz0b libtiff-tools mandoc pkgconf poppler-utils python3-pil qemu-user xvfb zsh)

@@ -12,6 +12,7 @@
 #include "app/commands/replay_command.h"
 #include "app/commands/report_command.h"
 #include "app/commands/serve_command.h"
+#include "app/commands/tiles_command.h"
 #include "app/commands/view_command.h"
 
 namespace vorna::app {
@@ -37,9 +38,9 @@ Program make_program() {
                                    {"vorna render countries.json -o world.png --projection robinson --border dashed", "a map"},
                                    {"vorna view bunny.obj", "turn the model in a window"},
                                    {"vorna render --help", "what else a command can do"}}};
-    program.commands = {render_command(),   view_command(),    replay_command(), inspect_command(),
-                        info_command(),     compare_command(), reduce_command(), report_command(),
-                        assemble_command(), serve_command(),   check_command()};
+    program.commands = {render_command(),  tiles_command(),    view_command(),    replay_command(),
+                        inspect_command(), info_command(),     compare_command(), reduce_command(),
+                        report_command(),  assemble_command(), serve_command(),   check_command()};
     program.commands.push_back(help_command(program.commands));
     return program;
 }

@@ -70,10 +70,11 @@ void refuse_standard_output(const char* option, const std::string& folder) {
 }
 
 const drawing::Setting_Names& setting_options() noexcept {
-    static constexpr drawing::Setting_Names names{"--allow-empty", "--bbox",         "--center",        "--clip-to", "--flip-y",
-                                                  "--font",        "--input-format", "--graticule",     "--kernels", "--layer",
-                                                  "--layout",      "--max-memory",   "--allow-outside", "--overlay", "--tiles-of",
-                                                  "--projection",  "--record",       "--scale-bar",     "--size",    "--water"};
+    static constexpr drawing::Setting_Names names{
+        "--allow-empty",   "--bbox",      "--center",   "--clip-to",    "--flip-y", "--font",
+        "--input-format",  "--graticule", "--kernels",  "--layer",      "--layout", "--max-memory",
+        "--allow-outside", "--overlay",   "--tiles-of", "--projection", "--record", "--scale",
+        "--scale-bar",     "--size",      "--unit",     "--water"};
     return names;
 }
 

@@ -298,10 +298,13 @@ Map_Settings map_settings_of(const Map_Options& options) {
 }
 
 std::unique_ptr<Map_Scene> load_map_scene(const Model_Options& options, const Map_Options& map_options,
-                                          std::vector<drawing::Input> inputs) {
+                                          std::vector<drawing::Input> inputs, const std::function<void(Map_Settings&)>& change) {
     const VT_RGB32 background = options.is_transparent() ? VT_RGB32{255, 255, 255, 255} : map_background_of(options);
     Map_Settings settings = map_settings_of(map_options);
     const std::vector<Map_Source> sources = drawing::open_map_sources(std::move(inputs), settings, *options.limits);
+    if (change) {
+        change(settings);
+    }
     const auto overlay = drawing::open_overlay(settings, *options.limits);
     auto scene = std::make_unique<Map_Scene>(sources, overlay, settings, background, options.limits);
     for (const std::string& warning : scene->warnings()) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -35,8 +36,10 @@ void check_map_options(const Model_Options& options, const Map_Options& map_opti
 // Throws Usage_Error for texts that say nothing.
 drawing::map::Map_Settings map_settings_of(const Map_Options& options);
 
-// Warns of what is not drawn, or refuses it with --strict. Throws what reading and options throw.
+// change: of the settings of the whole map, after a style file's. Warns of what is not drawn, or refuses it with --strict. Throws
+// what reading and options throw.
 std::unique_ptr<drawing::map::Map_Scene> load_map_scene(const Model_Options& options, const Map_Options& map_options,
-                                                        std::vector<drawing::Input> inputs);
+                                                        std::vector<drawing::Input> inputs,
+                                                        const std::function<void(drawing::map::Map_Settings&)>& change = {});
 
 } // namespace vorna::app

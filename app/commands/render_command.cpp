@@ -125,12 +125,13 @@ Command render_command() {
                      {"vorna render house.obj tree.ply -o both.png --supersample 4 --background none",
                       "two models, smooth and transparent"},
                      {"vorna render bunny.obj -o poster.png --size 40000x20000", "a poster, within 1 GiB of memory"},
+                     {"vorna render plan.dxf -o plan.pdf --paper A3-landscape --scale 1:100", "a sheet in its scale"},
                      {"vorna render parts/*.stl --output-folder images", "each file by itself"},
                      {"vorna render bunny.obj -o bunny.png --record bunny.json.gz",
                       "and the calls that drew it, for vorna replay"}},
         .sections = {{"Colours", color_lines()}},
         .run = [options, map_options](const Given& given) {
-            options->has_size = given.has("--size");
+            options->has_size = given.has("--size") || given.has("--paper");
             if (options->resume && options->output_folder.empty() && options->tiles_of.empty()) {
                 throw drawing::Usage_Error("--resume: expected --output-folder or --tiles-of beside it, found none");
             }
@@ -290,6 +291,7 @@ Command render_command() {
          .needs = {"--plan"}},
         {.names = {"--hash"}, .text = "Print the SHA-256 of the pixels", .target = &options->hash, .group = output}};
     command.options.insert(command.options.end(), own.begin(), own.end());
+    add_print_options(command.options, options->print);
     add_map_options(command.options, *map_options);
     return command;
 }

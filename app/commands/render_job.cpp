@@ -230,6 +230,9 @@ void write_tile_times(const std::string& file, const drawing::Job_Times& times) 
 } // namespace
 
 VT_Int_Pair image_size_of(const Render_Options& options) {
+    if (const std::optional<VT_Int_Pair> paper = paper_pixels(options.print)) {
+        return *paper;
+    }
     return parsed_pair(options.size, drawing::largest_side,
                        "--size: expected WIDTHxHEIGHT with sides from 1 to " + std::to_string(drawing::largest_side));
 }
@@ -254,6 +257,7 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
     drawing::Job_Settings settings;
     settings.file = output_file_of(options.image);
     settings.compression = compression_of(options.image);
+    settings.pixels_per_metre = stated_density(options.print);
     if (!options.dry_run && options.plan == 0) {
         refuse_terminal("-o", options.image.output);
     }

@@ -8,15 +8,17 @@
 
 #include "app/commands/model_options.h"
 #include "app/commands/output_options.h"
+#include "app/commands/print_options.h"
 #include "drawing/job/job.h"
 
 namespace vorna::app {
 
 struct Render_Options : Model_Options {
     Output_Options image;
+    Print_Options print;
     std::string record; // empty = not asked for
     std::string size = "1280x960";
-    bool has_size = false; // whether it is given
+    bool has_size = false; // whether it or the paper is given
     std::string tiles_of;  // empty = the whole image
     std::string area;      // of the part; empty = parts are equally large
     std::int32_t tile = -1, tile_size = 0;

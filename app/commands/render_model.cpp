@@ -35,6 +35,15 @@ void warn_of_cut_frames(const Render_Options& options, const drawing::Model_Draw
          " frames do not show the whole model; " + advice);
 }
 
+// The camera, with the scale of an image that is to be printed.
+drawing::model::Camera_Settings camera_of(const Render_Options& options, const drawing::model::Mesh& mesh, VT_Int_Pair size) {
+    drawing::model::Camera_Settings camera = camera_settings_of(options, mesh, size);
+    if (const std::optional<double> scale = pixels_per_metre(options.print)) {
+        camera.half_height = size.y / (2 * *scale * unit_metres(options.print).value_or(millimetre) * mesh.radius);
+    }
+    return camera;
+}
+
 } // namespace
 
 void render_models(const Render_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module) {
@@ -43,6 +52,9 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     drawing::Job_Settings settings = job_settings_of(options, size, supersample_of_model(options, size), palette);
     if (!settings.transparent) {
         settings.background = options.pass.empty() ? background_of(options) : drawing::Background({0, 0, 0, 255});
+    }
+    if (!options.print.scale.empty() && !options.orthographic) {
+        throw drawing::Usage_Error("--scale: expected --ortho beside it, since near things are larger in perspective");
     }
     look_of(options, true); // its faults are found before the model is read
     Load_Times times;
@@ -74,8 +86,7 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
         parts.points.reset();
         parts.overlay.reset();
     }
-    drawing::Model_Drawing drawing(std::move(parts), look, camera_settings_of(options, mesh, size),
-                                   std::max(options.turntable, 1));
+    drawing::Model_Drawing drawing(std::move(parts), look, camera_of(options, mesh, size), std::max(options.turntable, 1));
     times.setup = milliseconds_since(setup_start);
     if (options.turntable > 0 && !options.dry_run) {
         warn_of_cut_frames(options, drawing);

@@ -6,10 +6,28 @@
 namespace vorna::drawing {
 namespace {
 
-constexpr Setting_Names own_names{
-    "allow_empty", "bbox",   "center",     "clip_to",           "flip_y",  "font", "format",     "graticule", "kernels",
-    "layer",       "layout", "max_memory", "outside_of_folder", "overlay", "part", "projection", "record",    "scale_bar",
-    "size",        "water"};
+constexpr Setting_Names own_names{"allow_empty",
+                                  "bbox",
+                                  "center",
+                                  "clip_to",
+                                  "flip_y",
+                                  "font",
+                                  "format",
+                                  "graticule",
+                                  "kernels",
+                                  "layer",
+                                  "layout",
+                                  "max_memory",
+                                  "outside_of_folder",
+                                  "overlay",
+                                  "part",
+                                  "projection",
+                                  "record",
+                                  "scale",
+                                  "scale_bar",
+                                  "size",
+                                  "unit",
+                                  "water"};
 static_assert(own_names.back() != nullptr);
 
 std::atomic<const Setting_Names*> current{&own_names};

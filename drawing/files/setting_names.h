@@ -26,8 +26,10 @@ enum class Setting {
     part,
     projection,
     record,
+    scale,
     scale_bar,
     size,
+    unit,
     water,
     count
 };

@@ -25,6 +25,7 @@ struct Image_Form {
     std::string place = {};   // content of the chunk that says which part of an image this is; empty = no part
     Image_File file = Image_File::png;
     Compression compression = Compression::standard;
+    std::uint32_t pixels_per_metre = 0; // on paper; 0 = files do not tell
 
     std::size_t pixel_bytes() const noexcept { return (colors == Colors::red_green_blue_alpha ? 4U : 1U) * sample_bits / 8U; }
     std::size_t row_bytes() const noexcept { return width * pixel_bytes(); }

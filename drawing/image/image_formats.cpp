@@ -7,6 +7,7 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "drawing/files/interruption.h"
 #include "drawing/files/path.h"
 #include "drawing/image/image_encoders.h"
 #include "drawing/image/pdf_writer.h"
@@ -87,6 +88,24 @@ std::unique_ptr<Image_Encoder> image_encoder(const Image_Form& form, const std::
         return std::make_unique<Png_Encoder>(form, Png_Layout(form, samples));
     }
     return image_encoder(form);
+}
+
+std::string image_bytes(const Image_Form& form, const std::uint8_t* samples) {
+    const std::unique_ptr<Image_Encoder> encoder = image_encoder(form, samples);
+    const std::uint32_t block = encoder->block_rows();
+    std::string file = encoder->head();
+    for (std::uint32_t first = 0; first < form.height; first += block) {
+        Interruption::check();
+        const std::uint8_t* start = samples + first * form.row_bytes();
+        const Sample_Rows rows{first, std::min(first + block, form.height), start,
+                               first > 0 ? start - form.row_bytes() : nullptr};
+        file += encoder->join(rows, encoder->pack(rows));
+    }
+    file += encoder->tail();
+    for (const Patch& patch : encoder->patches()) {
+        file.replace(patch.place, patch.bytes.size(), patch.bytes);
+    }
+    return file;
 }
 
 } // namespace vorna::drawing

@@ -1,6 +1,7 @@
 // The formats of image files: one table, which says how each is named, read and written.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
@@ -43,5 +44,7 @@ std::vector<std::string> written_image_suffixes();
 std::unique_ptr<Image_Encoder> image_encoder(const Image_Form& form);
 // samples: of the whole image, whose colours a PNG or PDF file may so store as a palette.
 std::unique_ptr<Image_Encoder> image_encoder(const Image_Form& form, const std::uint8_t* samples);
+// The bytes of a file with these samples. Throws std::runtime_error.
+std::string image_bytes(const Image_Form& form, const std::uint8_t* samples);
 
 } // namespace vorna::drawing

@@ -10,6 +10,7 @@ namespace vorna::drawing {
 namespace {
 
 constexpr double points_per_pixel = 0.75, largest_page = 14400;
+constexpr double points_per_metre = 72 / 0.0254;
 
 // Without trailing zeros, and with a point in every locale.
 std::string decimal(double value) {
@@ -36,7 +37,8 @@ void Pdf_Encoder::begin_object(std::string& text) {
 }
 
 std::string Pdf_Encoder::head() {
-    const double scale = std::min(points_per_pixel, largest_page / static_cast<double>(std::max(form().width, form().height)));
+    const double points = form().pixels_per_metre > 0 ? points_per_metre / form().pixels_per_metre : points_per_pixel;
+    const double scale = std::min(points, largest_page / static_cast<double>(std::max(form().width, form().height)));
     const std::string width = decimal(form().width * scale), height = decimal(form().height * scale);
     const std::string columns = std::to_string(form().width), bits = std::to_string(layout().sample_bits());
     const bool indexed = layout().colors() == Png_Layout::Colors::palette;

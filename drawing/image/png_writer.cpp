@@ -108,6 +108,13 @@ std::string Png_Encoder::head() {
     } else {
         append_chunk(file, "sRGB", std::string(1, '\0'));
     }
+    if (form().pixels_per_metre > 0) {
+        std::string density;
+        append_number(density, form().pixels_per_metre);
+        append_number(density, form().pixels_per_metre);
+        density += '\x01'; // per metre
+        append_chunk(file, "pHYs", density);
+    }
     if (layout().colors() == Png_Layout::Colors::palette) {
         append_chunk(file, "PLTE", layout().palette());
         if (!layout().transparency().empty()) {

@@ -116,6 +116,11 @@ public:
         set(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
         set(TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
         set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
+        if (form_.pixels_per_metre > 0) {
+            set(TIFFTAG_RESOLUTIONUNIT, RESUNIT_CENTIMETER);
+            set(TIFFTAG_XRESOLUTION, form_.pixels_per_metre / 100.0);
+            set(TIFFTAG_YRESOLUTION, form_.pixels_per_metre / 100.0);
+        }
         if (channels_ == 4) {
             const std::uint16_t alpha = EXTRASAMPLE_UNASSALPHA;
             check(tiff().TIFFSetField(tiff_.get(), TIFFTAG_EXTRASAMPLES, 1, &alpha) == 1);

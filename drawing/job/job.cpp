@@ -60,6 +60,7 @@ void Job::choose_form() {
     form_.reducible = true;
     form_.file = settings_.file;
     form_.compression = settings_.compression;
+    form_.pixels_per_metre = settings_.pixels_per_metre;
     if (!settings_.part.is_whole) {
         form_.place = settings_.part.bytes();
     }

@@ -42,6 +42,7 @@ struct Job_Settings {
     std::string output;                     // file, "-" = standard output; of numbered frames a template for names
     Image_File file = Image_File::png;      // the format of the files
     Compression compression = Compression::standard;
+    std::uint32_t pixels_per_metre = 0;   // on paper, for files to tell; 0 = not said
     bool is_numbered = false;             // whether frames have numbers, see frame_name
     std::string record;                   // file for what is drawn as a recording; empty = none
     int repeat = 1;                       // how often everything is drawn, for measuring

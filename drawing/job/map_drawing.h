@@ -38,9 +38,10 @@ public:
     void set_attributes(VT_Rendition& rendition) const override;
     void draw(Session& session, const VT_Rendition& rendition, std::size_t tile, const Background& background) const override;
 
-private:
+    // What an image of this size shows.
     map::View view_of(VT_Int_Pair size) const { return view_ ? *view_ : scene_->fitted(size); }
 
+private:
     std::shared_ptr<map::Map_Scene> scene_;
     Map_Look look_;
     std::optional<map::View> view_;

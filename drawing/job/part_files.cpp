@@ -87,7 +87,8 @@ void Part_Files::add(const Part_Reader& reader) {
         throw Usage_Error(reader.name() + ": expected a part of the same inputs, drawn with the same options, as " +
                           names_.begin()->second + ", found one of others");
     }
-    if (form.colors != form_.colors || form.opaque != form_.opaque || form.palette != form_.palette) {
+    if (form.colors != form_.colors || form.opaque != form_.opaque || form.palette != form_.palette ||
+        form.pixels_per_metre != form_.pixels_per_metre) {
         throw Usage_Error(reader.name() + ": expected pixels like those of the other parts, found others");
     }
     std::string& name = names_[found.number];

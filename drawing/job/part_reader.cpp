@@ -134,6 +134,8 @@ void Part_Reader::read_head() {
             }
         } else if (type_ == "PLTE") {
             form_.palette = content;
+        } else if (type_ == "pHYs" && content.size() == 9) {
+            form_.pixels_per_metre = number_of(content.data());
         } else if (type_ == png_place_type) {
             has_place = part_.read(content);
             form_.place = content;

@@ -26,20 +26,22 @@ public:
         stretches_.reserve(most);
     }
 
-    // The segment, and whether it is new.
-    std::pair<Stretch&, bool> find_or_add(Position a, Position b, std::size_t shape) {
+    // The number of the segment, and whether it is new.
+    std::pair<std::uint32_t, bool> find_or_add(Position a, Position b, std::size_t shape) {
         const auto [low, high] = std::minmax(a, b);
         std::size_t slot = hash(low, high) & mask_;
         for (; slots_[slot] != none; slot = (slot + 1) & mask_) {
-            Stretch& found = stretches_[slots_[slot]];
+            const Stretch& found = stretches_[slots_[slot]];
             if (found.low == low && found.high == high) {
-                return {found, false};
+                return {slots_[slot], false};
             }
         }
         slots_[slot] = static_cast<std::uint32_t>(stretches_.size());
         stretches_.push_back({low, high, shape});
-        return {stretches_.back(), true};
+        return {slots_[slot], true};
     }
+
+    Stretch& operator[](std::uint32_t number) { return stretches_[number]; }
 
 private:
     static constexpr std::uint32_t none = 0xFFFFFFFF;
@@ -113,10 +115,15 @@ std::size_t count_stretches(const std::vector<Shape>& shapes) {
 Borders find_borders(const std::vector<Shape>& shapes, bool around_globe) {
     Borders borders;
     borders.neighbours.resize(shapes.size());
-    Stretches stretches(count_stretches(shapes));
+    const std::size_t count = count_stretches(shapes);
+    Stretches stretches(count);
+    std::vector<std::uint32_t> numbers; // of all segments in the order of the rings
+    numbers.reserve(count);
     for_each_ring(shapes, [&](const Path& ring, std::size_t shape) {
         for (std::size_t i = 0; i < ring.size(); ++i) {
-            const auto [stretch, is_new] = stretches.find_or_add(ring[i], ring[(i + 1) % ring.size()], shape);
+            const auto [number, is_new] = stretches.find_or_add(ring[i], ring[(i + 1) % ring.size()], shape);
+            Stretches::Stretch& stretch = stretches[number];
+            numbers.push_back(number);
             stretch.shared = stretch.shared || !is_new;
             if (stretch.shape != shape) {
                 borders.neighbours[shape].push_back(stretch.shape);
@@ -129,11 +136,12 @@ Borders find_borders(const std::vector<Shape>& shapes, bool around_globe) {
         list.erase(std::unique(list.begin(), list.end()), list.end());
     }
     std::vector<Kind> kinds;
+    auto number = numbers.begin();
     for_each_ring(shapes, [&](const Path& ring, std::size_t shape) {
         kinds.clear();
         for (std::size_t i = 0; i < ring.size(); ++i) {
             const Position& next = ring[(i + 1) % ring.size()];
-            Stretches::Stretch& stretch = stretches.find_or_add(ring[i], next, shape).first;
+            Stretches::Stretch& stretch = stretches[*number++];
             const bool hidden = stretch.drawn || (around_globe && is_cut(ring[i], next));
             kinds.push_back(hidden ? Kind::none : stretch.shared ? Kind::shared : Kind::outer);
             stretch.drawn = true;

@@ -24,7 +24,7 @@ Borders find_borders(const std::vector<Shape>& shapes, bool around_globe);
 
 // The number of segments of rings, and the cost of find_borders for each: bytes, and steps of Load_Limits.
 std::size_t count_stretches(const std::vector<Shape>& shapes);
-inline constexpr std::size_t stretch_memory = 112, stretch_steps = 20;
+inline constexpr std::size_t stretch_memory = 116, stretch_steps = 20;
 
 // Colours the graph of neighbours in smallest-last order (Matula and Beck): a number from 0 to count - 1 for each shape,
 // different from those of its neighbours, the least used one that is free. Six are enough for shapes of one piece each; a shape

@@ -29,6 +29,13 @@ Value value_of(const Json& object, const std::string& key) {
 
 } // namespace
 
+Path without_closing_point(Path ring) {
+    if (ring.size() > 1 && ring.front() == ring.back()) {
+        ring.pop_back();
+    }
+    return ring;
+}
+
 std::string Place::text() const {
     std::string text = above ? above->text() : "";
     if (!key.empty()) {
@@ -92,18 +99,15 @@ template <class Read> void Json_Geometry_Reader::for_each(const Json& value, con
 
 Face Json_Geometry_Reader::polygon(const Json& value, const Place& place) const {
     Face face;
-    for_each(value, place, [&](const Json& ring, const Place& at) {
-        Path points = path(ring, at);
-        if (points.size() > 1 && points.front() == points.back()) {
-            points.pop_back();
-        }
-        face.push_back(std::move(points));
-    });
+    for_each(value, place, [&](const Json& ring, const Place& at) { face.push_back(without_closing_point(path(ring, at))); });
     return face;
 }
 
 void Json_Geometry_Reader::read_geometry(const Json& geometry, const Place& place, Shape& shape, int depth) const {
     if (geometry.is_null()) {
+        return;
+    }
+    if (read_otherwise(geometry, shape)) {
         return;
     }
     if (depth > deepest_collection) {

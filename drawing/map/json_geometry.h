@@ -21,6 +21,9 @@ struct Place {
     std::string text() const;
 };
 
+// Rings of files end where they begin.
+Path without_closing_point(Path ring);
+
 class Json_Geometry_Reader {
 public:
     Json_Geometry_Reader(const std::string& file, Load_Limits& limits) : file_(file), limits_(limits) {}
@@ -55,6 +58,8 @@ private:
     virtual const char* path_key() const = 0;
     virtual Path path(const Json& value, const Place& place) const = 0;
     virtual Position point(const Json& value, const Place& place) const = 0;
+    // Reads a geometry in another way, or returns false.
+    virtual bool read_otherwise(const Json&, Shape&) const { return false; }
 
     void read_geometry(const Json& geometry, const Place& place, Shape& shape, int depth) const;
     Face polygon(const Json& value, const Place& place) const;

@@ -12,6 +12,7 @@
 #include "drawing/files/json_document.h"
 #include "drawing/files/json_memory.h"
 #include "drawing/files/setting_names.h"
+#include "drawing/map/coordinate_lists.h"
 #include "drawing/model/model_reader.h"
 
 namespace vorna::drawing::map {
@@ -39,9 +40,9 @@ const std::string& content_of(const Input& input, std::string& read, Load_Limits
 }
 
 // layer: empty, or an object of a TopoJSON file.
-void check_layer(const Input& input, const std::string& layer, bool is_topology) {
+void check_layer(const std::string& file, const std::string& layer, bool is_topology) {
     if (!layer.empty() && !is_topology) {
-        throw Map_Error(name_of(Setting::layer) + ": expected TopoJSON, found " + input.name);
+        throw Map_Error(name_of(Setting::layer) + ": expected TopoJSON, found " + file);
     }
 }
 
@@ -64,6 +65,21 @@ void check_positions(const std::string& file, const Map& map) {
     }
 }
 
+Map read_json_map(const std::string& file, const std::string& content, const Coordinate_Lists* lists, const Map_Query& query,
+                  Load_Limits& limits) {
+    const Load_Limits::Loan document_memory(limits, file, json_memory(content));
+    Released_Json<Json> owned;
+    parse(file, content, owned);
+    const Json& document = *owned;
+    const auto type = document.is_object() ? document.find("type") : document.end();
+    const bool topology = type != document.end() && *type == "Topology";
+    check_layer(file, query.layer, topology);
+    if (document.is_object() && document.contains("picture")) {
+        throw Map_Error(file + ": expected a map, found a recording; draw it with vorna replay");
+    }
+    return topology ? read_topojson(file, document, query, limits) : read_geojson(file, document, lists, query, limits);
+}
+
 } // namespace
 
 Map read_dxf_map(const Input& input, const Map_Query& query, Load_Limits& limits) {
@@ -75,17 +91,16 @@ Map read_dxf_map(const Input& input, const Map_Query& query, Load_Limits& limits
 Map read_json_map(const Input& input, const Map_Query& query, Load_Limits& limits) {
     std::string read;
     const std::string& content = content_of(input, read, limits);
-    const Load_Limits::Loan document_memory(limits, input.name, json_memory(content));
-    Released_Json<Json> owned;
-    parse(input.name, content, owned);
-    const Json& document = *owned;
-    const auto type = document.is_object() ? document.find("type") : document.end();
-    const bool topology = type != document.end() && *type == "Topology";
-    check_layer(input, query.layer, topology);
-    if (document.is_object() && document.contains("picture")) {
-        throw Map_Error(input.name + ": expected a map, found a recording; draw it with vorna replay");
+    if (content.find("\"Topology\"") == content.npos) {
+        try {
+            if (const auto lists = Coordinate_Lists::split(input.name, content, limits)) {
+                return read_json_map(input.name, lists->rest(), &*lists, query, limits);
+            }
+        } catch (const Map_Error&) {
+            // The whole document is read, whose places the messages name.
+        }
     }
-    return topology ? read_topojson(input.name, document, query, limits) : read_geojson(input.name, document, query, limits);
+    return read_json_map(input.name, content, nullptr, query, limits);
 }
 
 std::vector<std::string> parts_between(std::string_view text, char separator) {

@@ -10,6 +10,8 @@
 
 namespace vorna::drawing::map {
 
+class Coordinate_Lists;
+
 // input: of a format for maps. Throws Map_Error, Load_Error, and what read_file throws. Positions are finite, and small enough
 // that sums and products of them are finite. Every shape has a value for each field of the query, and its layer is one of the
 // map's.
@@ -26,7 +28,10 @@ Map read_gdal_map(const Input& input, const Map_Query& query, Load_Limits& limit
 std::vector<std::string> parts_between(std::string_view text, char separator = ',');
 
 // The readers of each format; file: for messages. Throw Map_Error and Load_Error. Positions are not checked yet.
-Map read_geojson(const std::string& file, const nlohmann::ordered_json& document, const Map_Query& query, Load_Limits& limits);
+// lists: the coordinates, for a document that names them by numbers; null: they are in the document. With lists throws Map_Error
+// for geometries of any unusual form, which the reader without them may accept.
+Map read_geojson(const std::string& file, const nlohmann::ordered_json& document, const Coordinate_Lists* lists,
+                 const Map_Query& query, Load_Limits& limits);
 Map read_topojson(const std::string& file, const nlohmann::ordered_json& document, const Map_Query& query, Load_Limits& limits);
 Map read_dxf(const std::string& file, std::string_view content, const Map_Query& query, Load_Limits& limits);
 

@@ -21,6 +21,7 @@ namespace vorna::drawing::map {
 namespace {
 
 constexpr std::int32_t largest_height = 8192; // of computed heights
+constexpr std::int32_t most_side = 1 << 18;   // of images
 
 constexpr VT_RGB32 graticule_color{200, 190, 180, 255};
 
@@ -91,6 +92,12 @@ void Map_Scene::set_background(VT_RGB32 background) {
         background_ = background;
         std::ranges::for_each(sheets_, [=](Map_Sheet& sheet) { sheet.set_background(background); });
     }
+}
+
+std::vector<std::string> Map_Scene::files() const {
+    std::vector<std::string> files;
+    std::ranges::transform(sheets_, std::back_inserter(files), &Map_Sheet::file);
+    return files;
 }
 
 std::string Map_Scene::summary() const {
@@ -247,6 +254,35 @@ View Map_Scene::fitted(VT_Int_Pair size) const {
         view.size.y = static_cast<std::int32_t>(std::clamp(std::ceil(size.x * height / std::max(width, 1e-300)), least, most));
     }
     view.scale = room * std::min(view.size.x / std::max(width, 1e-300), view.size.y / std::max(height, 1e-300));
+    return view;
+}
+
+View Map_Scene::scaled(VT_Int_Pair size, double pixels_per_metre, std::optional<double> unit_metres) const {
+    const bool is_plane = !projection_->domain();
+    const double unit = is_plane ? unit_metres.value_or(0) : projection_->unit_metres();
+    if (unit <= 0) {
+        throw Usage_Error(name_of(Setting::scale) + (is_plane ? ": expected a unit for the coordinates of a plane beside it"
+                                                              : ": expected a projection with a known unit"));
+    }
+    if (!is_plane && unit_metres) {
+        throw Usage_Error(name_of(Setting::unit) + ": expected coordinates of a plane, found degrees");
+    }
+    View view;
+    view.middle = {(shown_.left + shown_.right) / 2, (shown_.bottom + shown_.top) / 2};
+    view.scale = pixels_per_metre * unit;
+    view.size = size;
+    if (size.x == 0) {
+        const double room = settings_.bbox ? 1 : 0.96;
+        const auto side = [&](double length) {
+            const double pixels = std::ceil(length * view.scale / room);
+            if (!(pixels <= most_side)) {
+                throw Usage_Error(name_of(Setting::scale) + ": expected an image of up to " + std::to_string(most_side) +
+                                  " pixels each way, found a larger one");
+            }
+            return std::max(static_cast<std::int32_t>(pixels), 1);
+        };
+        view.size = {side(shown_.right - shown_.left), side(shown_.top - shown_.bottom)};
+    }
     return view;
 }
 

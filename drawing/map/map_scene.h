@@ -33,12 +33,18 @@ public:
     // For the next layouts.
     void set_background(VT_RGB32 background);
 
+    // All files that are drawn, but for the overlay.
+    std::vector<std::string> files() const;
+    bool is_drawing() const { return sheets_.front().map().drawing; }
     // The numbers of shapes and positions.
     std::string summary() const;
     // Parts of the files that are not drawn, a line each.
     std::vector<std::string> warnings() const;
     // The view in which the whole map, or the extent of the settings, fills an image of that size. A height of 0 is computed.
     View fitted(VT_Int_Pair size) const;
+    // The view in which a metre of the map's plane has so many pixels, with the same middle. A size without columns is computed.
+    // unit_metres: of the units of a plane; none = not known. Throws Usage_Error.
+    View scaled(VT_Int_Pair size, double pixels_per_metre, std::optional<double> unit_metres) const;
 
     // Lays the map out for a view with `supersample` drawn pixels in each direction for one. Labels are placed in pixels of the
     // view. Throws Load_Error and what the font throws.

@@ -1,4 +1,5 @@
 // Projections by PROJ.
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -78,14 +79,32 @@ Domain domain_of(std::string_view text) {
     return domain;
 }
 
+// Metres of a unit of the projection's plane; 0 = not known.
+double unit_metres_of(std::string_view text) {
+    struct Unit {
+        std::string_view name;
+        double metres;
+    };
+    constexpr std::array units{Unit{"m", 1},         Unit{"km", 1000},   Unit{"cm", 0.01},
+                               Unit{"mm", 0.001},    Unit{"ft", 0.3048}, Unit{"us-ft", 1200.0 / 3937},
+                               Unit{"mi", 1609.344}, Unit{"yd", 0.9144}, Unit{"kmi", 1852}};
+    const std::string_view kind = parameter(text, "proj"), name = parameter(text, "units", "m");
+    if (kind == "longlat" || kind == "latlong") {
+        return globe_radius * degree;
+    }
+    const auto* const found = std::ranges::find(units, name, &Unit::name);
+    return number(text, "to_meter", found == units.end() ? 0 : found->metres);
+}
+
 using Context = Proj_Context;
 using Handle = Proj_Handle;
 
 class Proj_Projection final : public Projection {
 public:
-    Proj_Projection(std::unique_ptr<Context> context, Handle handle, const Domain& domain)
-        : Projection(domain), context_(std::move(context)), handle_(std::move(handle)),
-          takes_radians_(proj().proj_angular_input(handle_.get(), PJ_FWD) != 0), domain_(domain) {}
+    // text: of PROJ, with the parameters of the domain and the unit.
+    Proj_Projection(std::unique_ptr<Context> context, Handle handle, std::string_view text)
+        : Projection(domain_of(text), unit_metres_of(text)), context_(std::move(context)), handle_(std::move(handle)),
+          takes_radians_(proj().proj_angular_input(handle_.get(), PJ_FWD) != 0), domain_(*domain()) {}
 
     std::optional<Position> place_of(Position p) const override {
         if (!domain_.cap) {
@@ -128,8 +147,8 @@ std::unique_ptr<Projection> coordinate_system(const std::string& code) {
     if (!text) {
         refuse(code, *context);
     }
-    const Domain domain = domain_of(text);
-    return std::make_unique<Proj_Projection>(std::move(context), std::move(handle), domain);
+    const std::string parameters = text; // which live as long as the context's next call
+    return std::make_unique<Proj_Projection>(std::move(context), std::move(handle), parameters);
 }
 
 std::unique_ptr<Projection> projection_of(const std::string& text) {
@@ -145,7 +164,7 @@ std::unique_ptr<Projection> projection_of(const std::string& text) {
     if (!handle || proj().proj_angular_output(handle.get(), PJ_FWD)) {
         refuse(text, *context);
     }
-    return std::make_unique<Proj_Projection>(std::move(context), std::move(handle), domain_of(text));
+    return std::make_unique<Proj_Projection>(std::move(context), std::move(handle), text);
 }
 
 } // namespace

@@ -18,20 +18,20 @@ const double mercator_end = std::atan(std::sinh(std::numbers::pi)) / degree;
 // The identity.
 class Plane final : public Projection {
 public:
-    Plane() : Projection(std::nullopt, true) {}
+    Plane() : Projection(std::nullopt, 0, true) {}
     std::optional<Position> place_of(Position p) const override { return p; }
 };
 
 class Equirectangular final : public Projection {
 public:
-    explicit Equirectangular(double center) : Projection(Domain{.center = center, .cap = {}}, true) {}
+    explicit Equirectangular(double center) : Projection(Domain{.center = center, .cap = {}}, globe_radius * degree, true) {}
     std::optional<Position> place_of(Position p) const override { return p; }
 };
 
 class Mercator final : public Projection {
 public:
     explicit Mercator(double center)
-        : Projection(Domain{.center = center, .south = -mercator_end, .north = mercator_end, .cap = {}}) {}
+        : Projection(Domain{.center = center, .south = -mercator_end, .north = mercator_end, .cap = {}}, globe_radius * degree) {}
     std::optional<Position> place_of(Position p) const override {
         return Position{p.x, std::asinh(std::tan(p.y * degree)) / degree};
     }
@@ -60,7 +60,7 @@ private:
 // The United States: Alaska at 0.35 of the scale and Hawaii below the other states. Other places are left out.
 class Albers_Usa final : public Projection {
 public:
-    Albers_Usa() : Projection(Domain{.center = -96, .south = 15, .north = 75, .cap = {}}) {}
+    Albers_Usa() : Projection(Domain{.center = -96, .south = 15, .north = 75, .cap = {}}, globe_radius) {}
     std::optional<Position> place_of(Position p) const override {
         const double east = std::remainder(p.x, 360);
         if (p.y > 50 && (east < -129 || east > 170)) {

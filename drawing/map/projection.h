@@ -23,6 +23,9 @@ struct Domain {
     std::optional<Cap> cap; // instead of the other members
 };
 
+// The mean radius of the globe in metres, which projections with a name of their own use.
+inline constexpr double globe_radius = 6371008.8;
+
 class Projection {
 public:
     virtual ~Projection() = default;
@@ -31,13 +34,15 @@ public:
 
     const std::optional<Domain>& domain() const noexcept { return domain_; } // empty: coordinates of a plane
     bool keeps_straight() const noexcept { return keeps_straight_; }         // straight lines stay straight
+    double unit_metres() const noexcept { return unit_metres_; }             // of the map's plane; 0 = not known
 
 protected:
-    explicit Projection(std::optional<Domain> domain, bool keeps_straight = false)
-        : domain_(domain), keeps_straight_(keeps_straight) {}
+    explicit Projection(std::optional<Domain> domain, double unit_metres, bool keeps_straight = false)
+        : domain_(domain), unit_metres_(unit_metres), keeps_straight_(keeps_straight) {}
 
 private:
     std::optional<Domain> domain_;
+    double unit_metres_;
     bool keeps_straight_;
 };
 

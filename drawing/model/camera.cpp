@@ -225,7 +225,8 @@ Camera fit_camera(const Camera_Settings& settings, std::span<const VT_Vector> po
         camera.near = near;
         camera.far = far;
     } else {
-        const double scale_y = settings.zoom / (settings.half_tangent * length(aim.eye - aim.target)),
+        const double scale_y = settings.half_height > 0 ? 1 / settings.half_height
+                                                        : settings.zoom / (settings.half_tangent * length(aim.eye - aim.target)),
                      scale_x = scale_y / settings.aspect;
         const double near = extent.nearest + slack, depth_scale = 1 / (near - extent.farthest + slack);
         set_row(camera.clip_from_model.m[0], camera.right * scale_x, settings.shift_x - x * scale_x);

@@ -44,6 +44,8 @@ struct Camera_Settings {
     // Where the line of sight meets the image, from its middle, in halves of its width to the right and of its height upwards.
     double shift_x = 0, shift_y = 0;
     std::optional<Lens> lens; // instead of half_tangent, aspect and the shift, which follow from it and the image's size
+    // Of parallel projection: half of the height that the image shows, instead of what follows from the aim's distance and zoom.
+    double half_height = 0; // 0 = not given
 };
 
 // The direction of the model's axis that points up.

@@ -63,6 +63,11 @@ void shorten(std::vector<std::string>& arguments) {
             arguments[i] = name + "=" + with_short_numbers(arguments[i].substr(equals + 1), found->second);
         } else if (found != costly.end() && i + 1 < arguments.size()) {
             arguments[i + 1] = with_short_numbers(arguments[i + 1], found->second);
+        } else if (name == "--zoom") { // each level has four times as many tiles
+            std::string& levels = arguments[equals == name.npos && i + 1 < arguments.size() ? i + 1 : i];
+            levels = with_short_numbers(levels, 1);
+            std::ranges::replace_if(
+                levels, [](char c) { return c > '2' && c <= '9'; }, '2');
         } else if (name == "--module") { // modules may do what they like
             arguments[i] = "--module=none";
         }

@@ -1,4 +1,7 @@
 // GeoJSON and TopoJSON files.
+#include <array>
+#include <cstdio>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -54,6 +57,95 @@ TEST_F(Json_Maps, all_kinds_of_geometry_become_faces_lines_and_points) {
     ASSERT_TRUE(map.extent);
     EXPECT_EQ(map.extent->north, 9);
     EXPECT_THAT(load(R"({"type": "Point", "coordinates": [1, 2]})").shapes[0].points, ElementsAre(Position{1, 2}));
+}
+
+// A key with an escape sequence makes the library read the whole document.
+TEST_F(Json_Maps, coordinates_are_the_same_whether_they_are_read_apart_from_the_document_or_with_it) {
+    const std::vector<std::string> values{"[1,2]",
+                                          "[ 1 ,\n2 ]",
+                                          "[1,2,3]",
+                                          "[1]",
+                                          "[]",
+                                          "[0]",
+                                          "[[0]]",
+                                          "[[1,2],[3,4]]",
+                                          "[[1,2],[3,4],[1,2]]",
+                                          "[[1,2],[3]]",
+                                          "[[1,2] [3,4]]",
+                                          "[[1,2],[]]",
+                                          "[[],[1,2]]",
+                                          "[[[0,0],[1,0],[1,1],[0,0]]]",
+                                          "[[[0,0],[1,0],[1,1]],[[4,4],[5,5]]]",
+                                          "[[[[0,0],[1,0],[1,1],[0,0]]],[[[5,5],[6,5],[6,6]],[[5.25,5],[6,5]]]]",
+                                          "[[[[[1,2]]]]]",
+                                          "[[[1,2]],[1,2]]",
+                                          "[[1,2],[[1,2]]]",
+                                          "[1e2,-2.5E-3]",
+                                          "[1e-7,-0]",
+                                          "[0.1234567890123456789,1]",
+                                          "[18446744073709551615,1]",
+                                          "[123456789012345678901234567890,1]",
+                                          "[1e999,2]",
+                                          "[1e-400,2]",
+                                          "[01,2]",
+                                          "[-01,2]",
+                                          "[1.,2]",
+                                          "[.5,2]",
+                                          "[+1,2]",
+                                          "[1e,2]",
+                                          "[-,2]",
+                                          "[nan,1]",
+                                          "[inf,1]",
+                                          "[1,2,]",
+                                          "[1,,2]",
+                                          "[1 2]",
+                                          "[1,2",
+                                          "[\"1\",2]",
+                                          "[1,\"]\"]",
+                                          "[null,1]",
+                                          "5",
+                                          "\"[1,2]\"",
+                                          "null",
+                                          "{\"coordinates\":[0]}"};
+    const auto text_of = [&](const std::string& text) {
+        try {
+            std::string found;
+            for (const Shape& shape : load(text).shapes) {
+                const auto add = [&](const Path& path) {
+                    for (const Position& p : path) {
+                        std::array<char, 64> place;
+                        std::snprintf(place.data(), place.size(), "%a %a,", p.x, p.y);
+                        found += place.data();
+                    }
+                    found += ';';
+                };
+                for_each_path(shape, add);
+                found += std::to_string(shape.faces.size()) + shape.name + '|';
+            }
+            return found;
+        } catch (const Map_Error&) {
+            return std::string("refused");
+        }
+    };
+    int refused = 0, read = 0;
+    for (const char* type :
+         {"Point", "MultiPoint", "LineString", "MultiLineString", "Polygon", "MultiPolygon", "GeometryCollection", "Circle"}) {
+        for (const std::string& value : values) {
+            const std::string tail = R"("type":"FeatureCollection","features":[{"type":"Feature","geometry":{"type":")" +
+                                     std::string(type) + R"(","coordinates" : )" + value +
+                                     R"(},"properties":{"name":"[\"","coordinates":[0],"a":{"coordinates":[[1,2]]}}},)" +
+                                     R"({"type":"Feature","geometry":{"type":"Point","coordinates":[7,8]},"properties":null}]})";
+            const std::string apart = text_of('{' + tail);
+            EXPECT_EQ(apart, text_of(R"({"\u0078":1,)" + tail)) << type << ' ' << value;
+            ++(apart == "refused" ? refused : read);
+        }
+    }
+    EXPECT_GT(refused, 200);
+    EXPECT_GT(read, 40);
+    // A name of the member that only the library knows.
+    EXPECT_EQ(text_of(R"({"type":"Point","coordin\u0061tes":[5,6]})"), text_of(R"({"type":"Point","coordinates":[5,6]})"));
+    EXPECT_THAT(error_of(R"({"type":"LineString","coordinates":[[1,2],[3]]})"), HasSubstr("coordinates[1]: expected a position"));
+    EXPECT_THAT(error_of("{\"type\":\"Point\",\n\"coordinates\":[1,2],}"), HasSubstr("line 2, column 21"));
 }
 
 // Two triangles share arc 1; quantized positions are steps, scaled by two and moved by ten.

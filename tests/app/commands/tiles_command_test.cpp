@@ -1,0 +1,156 @@
+// `vorna tiles`: runs that are continued, and what it refuses. tile_files.py looks at the tiles.
+#include <algorithm>
+#include <filesystem>
+#include <map>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "drawing/files/usage_error.h"
+#include "drawing/pyramid/tile_log.h"
+#include "tests/support/command_line.h"
+
+namespace vorna::app {
+namespace {
+
+using namespace drawing::pyramid;
+using replay_tests::Outcome;
+using replay_tests::read_file;
+using replay_tests::run_vorna;
+using testing::HasSubstr;
+
+constexpr const char* shapes =
+    R"({"type":"FeatureCollection","features":[{"type":"Feature","properties":{"name":"A"},"geometry":{"type":"Polygon",
+    "coordinates":[[[-60,-50],[80,-40],[60,60],[-90,50],[-60,-50]]]}}]})";
+
+Drawn_Tile tile(int zoom, std::uint32_t x, std::uint32_t y, const std::string& bytes) {
+    return {{zoom, x, y}, std::make_shared<const std::string>(bytes)};
+}
+
+// The bytes of all tiles in a log.
+std::map<std::uint64_t, std::string> contents(Tile_Log& log) {
+    std::map<std::uint64_t, std::string> all;
+    for (const Logged_Tile& logged : log.tiles()) {
+        all[hilbert_number(logged.tile)] = log.content(logged.content);
+    }
+    return all;
+}
+
+TEST(Tile_Logs, keep_whole_records_of_a_file_that_is_cut_or_damaged_anywhere) {
+    const replay_tests::Temporary_Folder folder;
+    const std::string name = folder.file("log");
+    std::vector<std::size_t> ends;
+    {
+        Tile_Log log(name, "key", false);
+        log.add({tile(1, 0, 0, "sea"), tile(1, 1, 0, "sea"), tile(1, 0, 1, "coast")});
+        ends.push_back(read_file(name).size());
+        log.add({tile(1, 1, 1, "sea"), tile(1, 0, 0, "other")}); // the first one stays
+        ends.push_back(read_file(name).size());
+        EXPECT_EQ(log.content_count(), 3U);
+    }
+    const std::string whole = read_file(name);
+    const std::map<std::uint64_t, std::string> some{{1, "sea"}, {2, "coast"}, {4, "sea"}};
+    std::map<std::uint64_t, std::string> all = some;
+    all[3] = "sea";
+    const std::size_t head = whole.find('\n') + 1;
+    for (std::size_t end = head; end <= whole.size(); ++end) {
+        for (const bool is_cut : {true, false}) {
+            std::string bytes = whole.substr(0, is_cut ? end : whole.size());
+            if (!is_cut && end > head) {
+                bytes[end - 1] = static_cast<char>(bytes[end - 1] ^ 1);
+            }
+            folder.file("log", bytes);
+            Tile_Log log(name, "key", true);
+            const bool is_changed = !is_cut && end > head;
+            const std::size_t sound = is_changed ? end - 1 : end;
+            const bool has_all = is_changed ? false : !is_cut || end == ends[1];
+            EXPECT_EQ(contents(log), (has_all ? all : sound >= ends[0] ? some : std::map<std::uint64_t, std::string>{})) << end;
+            EXPECT_EQ(log.has({1, 1, 1}), has_all);
+            log.add({tile(1, 1, 1, "new")}); // behind what is whole
+            EXPECT_EQ(contents(log)[3], has_all ? "sea" : "new") << end;
+        }
+    }
+    folder.file("log", whole);
+    EXPECT_THROW(Tile_Log(name, "another key", true), drawing::Usage_Error);
+    Tile_Log anew(name, "another key", false);
+    EXPECT_TRUE(anew.tiles().empty());
+}
+
+class Tiles_Command : public testing::Test {
+protected:
+    Tiles_Command() { folder.file("map.json", shapes); }
+
+    Outcome run(const std::string& output, std::vector<std::string> more = {}) {
+        std::vector<std::string> arguments{"tiles", folder.file("map.json"), "-o", folder.file(output), "--zoom", "0-3"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return run_vorna(arguments);
+    }
+
+    replay_tests::Temporary_Folder folder;
+};
+
+TEST_F(Tiles_Command, a_run_is_continued_with_the_same_files_and_options_only) {
+    namespace fs = std::filesystem;
+    ASSERT_EQ(run("whole.mbtiles", {"--water", "blue"}).status, 0);
+    const std::string whole = read_file(folder.file("whole.mbtiles"));
+    // The database cannot be made, so that the tiles stay.
+    fs::create_directories(folder.file("a.mbtiles.vorna-database/full"));
+    const Outcome failed = run("a.mbtiles", {"--water", "blue"});
+    EXPECT_EQ(failed.status, 1) << failed.errors;
+    EXPECT_FALSE(fs::exists(folder.file("a.mbtiles")));
+    fs::remove_all(folder.file("a.mbtiles.vorna-database"));
+    const std::string log = read_file(folder.file("a.mbtiles.vorna-tiles"));
+    ASSERT_GT(log.size(), 500U);
+
+    const Outcome refused = run("a.mbtiles", {"--resume", "--water", "red"});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_THAT(refused.errors, HasSubstr("expected tiles of the same files and options"));
+    folder.file("a.mbtiles.vorna-tiles", log.substr(0, log.size() / 2)); // as after the loss of power
+    EXPECT_EQ(run("a.mbtiles", {"--resume", "--water", "blue", "--threads", "1", "--max-memory", "32M"}).status, 0);
+    EXPECT_TRUE(read_file(folder.file("a.mbtiles")) == whole);
+    EXPECT_FALSE(fs::exists(folder.file("a.mbtiles.vorna-tiles")));
+
+    // Tiles that are there are not drawn.
+    const std::string head = log.substr(0, log.find('\n')), key = head.substr(head.rfind(' ') + 1);
+    Tile_Log(folder.file("b.pmtiles.vorna-tiles"), key, false).add({tile(0, 0, 0, "a tile from before")});
+    EXPECT_EQ(run("b.pmtiles", {"--resume", "--water", "blue"}).status, 0);
+    EXPECT_THAT(read_file(folder.file("b.pmtiles")), HasSubstr("a tile from before"));
+    // After a whole run there is nothing to do.
+    const auto before = fs::last_write_time(folder.file("b.pmtiles"));
+    EXPECT_EQ(run("b.pmtiles", {"--resume", "--water", "blue"}).status, 0);
+    EXPECT_EQ(fs::last_write_time(folder.file("b.pmtiles")), before);
+}
+
+TEST_F(Tiles_Command, refuses_what_makes_no_tiles_in_one_line) {
+    std::filesystem::create_directories(folder.file("full/folder"));
+    const std::string triangle = folder.file("a.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"),
+                      flange = folder.file("a.dxf", "0\nSECTION\n2\nENTITIES\n0\nPOINT\n10\n1\n20\n1\n0\nENDSEC\n0\nEOF\n"),
+                      map = folder.file("map.json"), out = folder.file("out.pmtiles");
+    const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
+        {{map, "-o", folder.file("full"), "--zoom", "0"}, "expected a new or empty folder"},
+        {{map, "-o", map, "--zoom", "0"}, "expected"},
+        {{map, "-o", out, "--zoom", "3-1"}, "--zoom: expected levels FROM-TO from 0 to 10"},
+        {{map, "-o", out, "--zoom", "11"}, "--zoom"},
+        {{map, "-o", out, "--zoom", "0-10", "--supersample", "2"}, "from 0 to 9"},
+        {{map, "-o", out, "--zoom", "1x"}, "found '1x'"},
+        {{map, "-o", out, "--zoom", "0", "--bbox", "170,0,-170,9"}, "--bbox: expected degrees with west below east"},
+        {{map, "-o", out, "--zoom", "5", "--border", "300,4"}, "zoom level 5: expected a map that can be cut into tiles"},
+        {{map, "-o", out, "--zoom", "0", "--max-memory", "4M"}, "of memory"},
+        {{triangle, "-o", out, "--zoom", "0"}, "a.obj: expected a map, found a model"},
+        {{flange, "-o", out, "--zoom", "0"}, "a.dxf: expected a map, found a drawing"},
+        {{"-", "-o", out, "--zoom", "0", "--resume", "--input-format", "json"}, "found standard input"},
+        {{map, "-o", "-", "--zoom", "0"}, "-o: expected a folder"},
+        {{map, "-o", folder.file("out.png"), "--zoom", "0"}, "expected a name that ends in .mbtiles or .pmtiles"}};
+    for (const auto& [arguments, message] : cases) {
+        std::vector<std::string> all{"tiles"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        const Outcome outcome = run_vorna(all, shapes);
+        EXPECT_EQ(outcome.status, 2) << message;
+        EXPECT_THAT(outcome.errors, HasSubstr(message));
+        EXPECT_EQ(std::ranges::count(outcome.errors, '\n'), 1) << outcome.errors;
+    }
+    EXPECT_THAT(folder.names(), testing::UnorderedElementsAre("a.dxf", "a.obj", "full", "map.json"));
+}
+
+} // namespace
+} // namespace vorna::app
