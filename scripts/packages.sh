@@ -25,7 +25,7 @@ install_packages() {
 build_packages=(g++ cmake ninja-build libassimp-dev libcli11-dev libdeflate-dev libfreetype-dev libjpeg62-turbo-dev libpng-dev libproj-dev libsdl2-dev libseccomp-dev libssl-dev libstb-dev libtiff-dev libwebp-dev libzstd-dev nlohmann-json3-dev zlib1g-dev)
 
 # What the tests of a native build need besides.
-test_packages=(binutils chromium clang-format fish fonts-dejavu-core gdal-bin glmark2-data libgdal32 libgmock-dev libgtest-dev libtiff-tools mandoc pkgconf poppler-utils python3-pil qemu-user zsh)
+test_packages=(binutils chromium clang-format fish fonts-dejavu-core gdal-bin glmark2-data imagemagick libgdal32 libgmock-dev libgtest-dev libtiff-tools mandoc pkgconf poppler-utils python3-pil qemu-user xvfb zsh)
 
 # What the Python package and its tests need.
 python_packages=(jupyter-nbconvert mypy pybind11-dev python3-dev python3-ipykernel python3-matplotlib python3-numpy python3-pytest python3-setuptools python3-venv python3-wheel)

@@ -6,6 +6,7 @@
 #include "app/commands/compare_command.h"
 #include "app/commands/help_command.h"
 #include "app/commands/info_command.h"
+#include "app/commands/inspect_command.h"
 #include "app/commands/reduce_command.h"
 #include "app/commands/render_command.h"
 #include "app/commands/replay_command.h"
@@ -35,8 +36,8 @@ Program make_program() {
                                    {"vorna render countries.json -o world.png --projection robinson --border dashed", "a map"},
                                    {"vorna view bunny.obj", "turn the model in a window"},
                                    {"vorna render --help", "what else a command can do"}}};
-    program.commands = {render_command(), view_command(),   replay_command(),   info_command(), compare_command(),
-                        reduce_command(), report_command(), assemble_command(), check_command()};
+    program.commands = {render_command(),  view_command(),   replay_command(), inspect_command(),  info_command(),
+                        compare_command(), reduce_command(), report_command(), assemble_command(), check_command()};
     program.commands.push_back(help_command(program.commands));
     return program;
 }

@@ -2,27 +2,25 @@
 #include "app/commands/view_command.h"
 
 #include <algorithm>
-#include <filesystem>
+#include <iterator>
 #include <memory>
 #include <optional>
-#include <system_error>
 
 #include "app/cli/command.h"
 #include "app/commands/map_options.h"
 #include "app/commands/model_options.h"
+#include "app/commands/window_options.h"
 #include "app/view/map_viewer.h"
 #include "app/view/script.h"
 #include "app/view/viewer.h"
 #include "app/view/window.h"
 #include "drawing/files/input.h"
-#include "drawing/files/path.h"
-#include "drawing/model/model_reader.h"
 
 namespace vorna::app {
 namespace {
 
 struct View_Options : Model_Options {
-    std::string size, folder = ".", script;
+    Window_Options window;
     unsigned threads = 0;
 };
 
@@ -31,17 +29,8 @@ void show(const View_Options& options, std::vector<drawing::Input> inputs, const
     if (options.is_transparent()) {
         throw drawing::Usage_Error("--background: expected a colour in a window, found 'none'");
     }
-    const auto size = options.size.empty()
-                          ? std::nullopt
-                          : std::optional(parsed_pair(options.size, largest_picture_side,
-                                                      "--size: expected WIDTHxHEIGHT with sides from 1 to 16383"));
-    const auto script = options.script.empty()
-                            ? std::vector<view::Script_Step>()
-                            : view::parsed_script(options.script, drawing::model::read_file(options.script, *options.limits));
-    std::error_code none;
-    if (!std::filesystem::is_directory(drawing::path_of(options.folder), none)) {
-        throw drawing::Usage_Error("--screenshots: expected a folder, found none called '" + options.folder + "'");
-    }
+    const std::optional<VT_Int_Pair> size = window_size_of(options.window);
+    const std::vector<view::Script_Step> script = script_of(options.window, *options.limits);
     if (options.models.size() > 1 && std::ranges::any_of(inputs, drawing::is_map)) {
         throw drawing::Usage_Error(options.models.front() + ": expected a map or drawing alone, found others beside it");
     }
@@ -57,13 +46,13 @@ void show(const View_Options& options, std::vector<drawing::Input> inputs, const
     for (const std::string& file : options.models) {
         title += (title.empty() ? "" : ", ") + file;
     }
-    const std::unique_ptr<view::Window> window = view::open_window(title, size);
+    const std::unique_ptr<view::Window> window = view::open_window("view", title, size);
     std::unique_ptr<view::Base_Viewer> viewer;
     if (map) {
         check_map_options(options, map_options);
-        viewer = std::make_unique<view::Map_Viewer>(options, map_options, inputs.front(), module, options.folder, *window);
+        viewer = std::make_unique<view::Map_Viewer>(options, map_options, inputs.front(), module, options.window.folder, *window);
     } else {
-        viewer = std::make_unique<view::Viewer>(options, std::move(inputs), module, options.folder, *window);
+        viewer = std::make_unique<view::Viewer>(options, std::move(inputs), module, options.window.folder, *window);
     }
     window->run(*viewer, script);
 }
@@ -73,7 +62,6 @@ void show(const View_Options& options, std::vector<drawing::Input> inputs, const
 Command view_command() {
     const auto options = std::make_shared<View_Options>();
     const auto map_options = std::make_shared<Map_Options>();
-    constexpr const char* window = "Window";
     Command command{
         .name = "view",
         .summary = "Turn a model in a window, or move a map or drawing.",
@@ -101,28 +89,14 @@ Command view_command() {
     Option& palette = option_named(command.options, "--palette");
     palette.value = suggested_value("PALETTE", view::window_palettes());
     palette.text = "Palette of 8-bit pixels: cube (6x6x6 and greys), or levels of red, green and blue";
-    command.options.insert(command.options.end(), {{.names = {"--size"},
-                                                    .value = text_value("WxH"),
-                                                    .text = "Width and height of the window; by default what suits the display",
-                                                    .target = &options->size,
-                                                    .group = window},
-                                                   {.names = {"--threads"},
-                                                    .value = whole_value("N", 1, 1024),
-                                                    .text = "Threads that read and draw; as many as there are processors if "
-                                                            "not given",
-                                                    .target = &options->threads,
-                                                    .group = window},
-                                                   {.names = {"--screenshots"},
-                                                    .value = text_value("FOLDER"),
-                                                    .text = "Folder for screenshots",
-                                                    .target = &options->folder,
-                                                    .group = window,
-                                                    .by_default = options->folder},
-                                                   {.names = {"--script"},
-                                                    .value = text_value("FILE"),
-                                                    .text = "Mouse and keys from a file, see docs/viewing.md",
-                                                    .target = &options->script,
-                                                    .group = window}});
+    std::vector<Option> of_window = window_options(options->window);
+    of_window.insert(of_window.begin() + 1, {.names = {"--threads"},
+                                             .value = whole_value("N", 1, 1024),
+                                             .text = "Threads that read and draw; as many as there are processors if not given",
+                                             .target = &options->threads,
+                                             .group = of_window.front().group});
+    command.options.insert(command.options.end(), std::make_move_iterator(of_window.begin()),
+                           std::make_move_iterator(of_window.end()));
     add_map_options(command.options, *map_options);
     return command;
 }

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
-#include <filesystem>
 #include <utility>
 
 #include "app/cli/messages.h"
@@ -44,8 +43,8 @@ std::string with_commas(std::size_t number) {
 
 Base_Viewer::Base_Viewer(const drawing::Module_Choice& module, std::string file, std::string folder, std::int32_t margin,
                          unsigned threads, Screen& screen)
-    : module_(module), canvas_(module), frames_(module, threads), file_(std::move(file)), folder_(std::move(folder)),
-      margin_(margin), screen_(screen) {
+    : module_(module), canvas_(module), frames_(module, threads), file_(std::move(file)), margin_(margin), screen_(screen),
+      numbered_files_(file_, std::move(folder)) {
     canvas_.session.renderer().presentation = {present, this};
 }
 
@@ -123,20 +122,6 @@ void Base_Viewer::draw_help() {
     VD_Draw_DCI_Image(canvas_.session.renderer(), *rendition, &start, &*panel);
 }
 
-std::string Base_Viewer::free_name(const std::string& ending) {
-    std::string name;
-    do {
-        std::string number = std::to_string(next_number_++);
-        number.insert(0, number.size() < 3 ? 3 - number.size() : 0, '0');
-        const std::u8string stem = drawing::path_of(file_).stem().u8string();
-        const std::u8string file =
-            (drawing::path_of(folder_) / drawing::path_of(std::string(stem.begin(), stem.end()) + "-" + number + ending))
-                .u8string();
-        name.assign(file.begin(), file.end());
-    } while (std::filesystem::exists(drawing::path_of(name)));
-    return name;
-}
-
 drawing::Raster Base_Viewer::shown() const {
     drawing::Raster raster = drawing::raster_of(canvas_.session.color_buffer());
     raster.top += margin_ * raster.row_bytes;
@@ -152,7 +137,7 @@ void Base_Viewer::take_screenshot() {
     draw();
     shows_help_ = help;
     changed_ = help;
-    const std::string name = free_name(".png");
+    const std::string name = numbered_files_.next(".png");
     try {
         drawing::write_file(name, drawing::png_of(shown(), canvas_.session.palette()));
     } catch (const std::runtime_error& error) {
@@ -169,7 +154,7 @@ void Base_Viewer::take_screenshot() {
 // Draws with another renderer, because a recording includes all calls since its renderer was created. Neither the help nor the
 // image of depths is recorded.
 void Base_Viewer::record() {
-    const std::string ending = ".json.gz", name = free_name(ending);
+    const std::string ending = ".json.gz", name = numbered_files_.next(ending);
     try {
         Canvas canvas(module_);
         drawing::recording::Recorder recorder(canvas.session);
@@ -188,8 +173,7 @@ void Base_Viewer::record() {
 }
 
 std::string Base_Viewer::file_name() const {
-    const std::u8string file = drawing::path_of(file_).filename().u8string();
-    return {file.begin(), file.end()};
+    return file_name_of(file_);
 }
 
 std::string Base_Viewer::speed_text() const {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "app/view/commands.h"
+#include "app/view/numbered_files.h"
 #include "app/view/window.h"
 #include "drawing/job/frame_drawer.h"
 #include "drawing/recording/session.h"
@@ -69,16 +70,14 @@ private:
     static std::int32_t present(void* viewer, const VT_DCI_Point& top_left, const VT_DCI_Point& bottom_right,
                                 const VT_Reference<Frame_Buffer>& buffer, std::int32_t x, std::int32_t y);
 
-    // The path of a file in the folder that does not exist.
-    std::string free_name(const std::string& ending);
     void take_screenshot();
     void record();
 
-    const std::string file_, folder_;
+    const std::string file_;
     const std::int32_t margin_;
     Screen& screen_;
     std::int32_t letter_scale_ = 1;
-    int next_number_ = 1; // of files
+    Numbered_Files numbered_files_;
 };
 
 } // namespace vorna::app::view

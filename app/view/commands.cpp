@@ -5,6 +5,8 @@
 #include <array>
 #include <string_view>
 
+#include "app/view/window.h"
+
 namespace vorna::app::view {
 namespace {
 
@@ -26,6 +28,7 @@ constexpr std::array keys{
     Key{'+', Command::larger, Command::larger},
     Key{'-', Command::smaller, Command::smaller},
     Key{'r', Command::home, Command::home},
+    Key{key::home, Command::home, Command::home},
     Key{'c', Command::screenshot, Command::screenshot},
     Key{'w', Command::record, Command::record},
     Key{'h', Command::help, Command::help},

@@ -30,7 +30,7 @@ enum class Command {
     quit,
 };
 
-// The command of a key, a letter or sign. reversed: with shift or control.
+// The command of a key, as Controls::press gets it. reversed: with shift or control.
 std::optional<Command> command_of(char key, bool reversed);
 
 // The lines of the help panel.

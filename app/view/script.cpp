@@ -2,6 +2,7 @@
 #include "app/view/script.h"
 
 #include <algorithm>
+#include <iterator>
 #include <sstream>
 
 #include "app/cli/command.h"
@@ -24,8 +25,10 @@ public:
         if (kind == "key") {
             step.kind = Kind::key;
             step.key = with_modifiers(step, word("a key"));
-            if (step.key.size() != 1 && step.key != "F1" && step.key != "Home" && step.key != "Escape") {
-                fail("a letter, a sign, F1, Home or Escape", step.key);
+            constexpr std::string_view names[] = {"F1",    "Home", "Escape", "End",    "Left",
+                                                  "Right", "Up",   "Down",   "PageUp", "PageDown"};
+            if (step.key.size() != 1 && std::ranges::find(names, step.key) == std::end(names)) {
+                fail("a letter, a sign, F1, Escape, Home, End, PageUp, PageDown or an arrow such as Left", step.key);
             }
         } else if (kind == "drag") {
             step.kind = Kind::drag;
@@ -38,6 +41,9 @@ public:
                                                : Script_Step::Button::right;
             step.from = pair(',');
             step.to = pair(',');
+        } else if (kind == "click") {
+            step.kind = Kind::drag;
+            step.from = step.to = pair(',');
         } else if (kind == "wheel") {
             step.kind = Kind::wheel;
             const std::string clicks = word("a number of clicks");
@@ -53,7 +59,7 @@ public:
                 fail("a size of 1 or more", std::to_string(step.to.x) + "x" + std::to_string(step.to.y));
             }
         } else {
-            fail("key, drag, wheel or resize", kind);
+            fail("key, drag, click, wheel or resize", kind);
         }
         if (std::string more; next_word(more)) {
             fail("the end of the line", more);

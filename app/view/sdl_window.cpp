@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 #include <SDL.h>
 
@@ -192,10 +193,15 @@ private:
             }
             pointer_ = in_pixels(event.button.x, event.button.y);
             SDL_CaptureMouse(SDL_TRUE);
+            if (button_ == SDL_BUTTON_LEFT) {
+                controls_->press_at(pointer_);
+            }
             return;
         case SDL_MOUSEBUTTONUP:
-            button_ = 0;
             SDL_CaptureMouse(SDL_FALSE);
+            if (std::exchange(button_, 0) == SDL_BUTTON_LEFT) {
+                controls_->release();
+            }
             return;
         case SDL_MOUSEMOTION:
             drag_to(in_pixels(event.motion.x, event.motion.y));
@@ -227,7 +233,21 @@ private:
         case SDLK_ESCAPE:
             return 'q';
         case SDLK_HOME:
-            return 'r';
+            return key::home;
+        case SDLK_END:
+            return key::end;
+        case SDLK_LEFT:
+            return key::left;
+        case SDLK_RIGHT:
+            return key::right;
+        case SDLK_UP:
+            return key::up;
+        case SDLK_DOWN:
+            return key::down;
+        case SDLK_PAGEUP:
+            return key::page_up;
+        case SDLK_PAGEDOWN:
+            return key::page_down;
         case SDLK_EQUALS:
         case SDLK_KP_PLUS:
             return '+';

@@ -18,6 +18,11 @@ struct Place {
     double x = 0, y = 0;
 };
 
+// Keys without a letter or sign, as Controls::press gets them.
+namespace key {
+inline constexpr char left = 1, right = 2, up = 3, down = 4, page_up = 5, page_down = 6, home = 7, end = 8;
+} // namespace key
+
 // Shows images.
 class Screen {
 public:
@@ -43,11 +48,14 @@ public:
 
     // size: of the shown image in pixels. letter_scale: the width of a letter's dot in pixels.
     virtual void resize(VT_Int_Pair size, std::int32_t letter_scale) = 0;
+    // The left button is pressed and released; in between the pointer's moves arrive as turns.
+    virtual void press_at(const Place& /*pointer*/) {}
+    virtual void release() {}
     // by: the pointer's move in pixels to the right and down.
     virtual void turn(const Place& by) = 0;
     virtual void move(const Place& by) = 0;
     virtual void zoom(double factor, const Place& pointer) = 0;
-    // key: a letter or sign. reversed: with shift or control.
+    // key: a letter, a sign or one of the namespace key. reversed: with shift or control.
     virtual Answer press(char key, bool reversed) = 0;
 
     // Whether the image must be drawn again.
@@ -72,7 +80,8 @@ public:
 };
 
 // size: none = a size that suits the display. Throws std::runtime_error when there is no display or no module for windows.
-std::unique_ptr<Window> open_window(const std::string& title, std::optional<VT_Int_Pair> size);
+// command: begins the message.
+std::unique_ptr<Window> open_window(const std::string& command, const std::string& title, std::optional<VT_Int_Pair> size);
 
 // The module's entry point. Returns the window, or null and sets error. size: 0 by 0 = a size that suits the display.
 using Window_Opener = Window*(const char* title, const VT_Int_Pair* size, std::string* error);

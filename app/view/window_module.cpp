@@ -9,11 +9,11 @@
 namespace vorna::app::view {
 
 // The module stays loaded, because window systems cannot be unloaded safely.
-std::unique_ptr<Window> open_window(const std::string& title, std::optional<VT_Int_Pair> size) {
+std::unique_ptr<Window> open_window(const std::string& command, const std::string& title, std::optional<VT_Int_Pair> size) {
     const std::string path = module_beside_renderer(window_module, "; it belongs to the package vorna-view");
     void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!module) {
-        throw std::runtime_error(std::string("view: ") + dlerror());
+        throw std::runtime_error(command + ": " + dlerror());
     }
     auto* open = reinterpret_cast<Window_Opener*>(dlsym(module, window_opener));
     if (!open) {
@@ -23,7 +23,7 @@ std::unique_ptr<Window> open_window(const std::string& title, std::optional<VT_I
     std::string error;
     std::unique_ptr<Window> window(open(title.c_str(), &wanted, &error));
     if (!window) {
-        throw std::runtime_error("view: " + error);
+        throw std::runtime_error(command + ": " + error);
     }
     return window;
 }

@@ -30,10 +30,13 @@ public:
 
     // Inverts every byte but the fourth of each pixel, the alpha of colours; with_alpha: that one too.
     void invert(bool with_alpha) {
-        const auto pixel_bytes = static_cast<std::size_t>(plane_.pixel_bytes);
-        for (std::size_t i = 0; i < bytes_.size(); ++i) {
-            const bool is_alpha = i % pixel_bytes == 3;
-            bytes_[i] = is_alpha && !with_alpha ? bytes_[i] : static_cast<std::uint8_t>(~bytes_[i]);
+        for (std::uint8_t& byte : bytes_) {
+            byte = static_cast<std::uint8_t>(~byte);
+        }
+        if (plane_.pixel_bytes == 4 && !with_alpha) {
+            for (std::size_t i = 3; i < bytes_.size(); i += 4) {
+                bytes_[i] = static_cast<std::uint8_t>(~bytes_[i]);
+            }
         }
     }
 

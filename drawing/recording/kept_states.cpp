@@ -13,7 +13,7 @@ void Kept_States::consider(Kept_State state) {
         pending_ = 0;
         return;
     }
-    if (pending_ < interval_ || memory_ == 0) {
+    if (pending_ < std::max(interval_, copy_time_) || memory_ == 0) {
         return;
     }
     pending_ = 0;
@@ -28,8 +28,7 @@ void Kept_States::consider(Kept_State state) {
     const auto start = std::chrono::steady_clock::now();
     state.copy = copies_.copy();
     states_.insert(std::ranges::upper_bound(states_, state.position, {}, &Kept_State::position), std::move(state));
-    const std::chrono::duration<double, std::micro> time = std::chrono::steady_clock::now() - start;
-    interval_ = std::max(interval_, time.count()); // at most half of the time goes into copies
+    copy_time_ = std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
 }
 
 const Kept_State* Kept_States::find_last(std::size_t position) const noexcept {

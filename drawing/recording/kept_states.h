@@ -19,8 +19,8 @@ struct Kept_State {
 
 class Kept_States {
 public:
-    // memory: bytes of all states; 0 = none is kept.
-    explicit Kept_States(std::uint64_t memory) noexcept : memory_(memory) {}
+    // memory: bytes of all states; 0 = none is kept. interval: microseconds.
+    Kept_States(std::uint64_t memory, double interval) noexcept : memory_(memory), interval_(interval) {}
 
     // The planes whose states are kept.
     Tiled_Copies& copies() noexcept { return copies_; }
@@ -39,13 +39,11 @@ public:
     std::uint64_t bytes() const noexcept;
 
 private:
-    // Microseconds; at 60 images a second an image has twice as long.
-    static constexpr double shortest_interval = 8000;
-
     void thin_out();
 
     const std::uint64_t memory_;
-    double interval_ = shortest_interval, pending_ = 0;
+    double interval_, pending_ = 0;
+    double copy_time_ = 0; // of the last copy; the calls after it take as long at least
     Tiled_Copies copies_;
     std::vector<Kept_State> states_; // by position
 };

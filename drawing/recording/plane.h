@@ -17,7 +17,7 @@ struct Plane_Part {
     std::size_t pixels() const noexcept { return static_cast<std::size_t>(width) * static_cast<std::size_t>(height); }
 };
 
-// The pixels belong to somebody else.
+// Does not own the pixels.
 struct Plane {
     std::uint8_t* top = nullptr;  // the top row
     std::ptrdiff_t row_bytes = 0; // from a row to the one below it

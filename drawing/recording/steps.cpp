@@ -7,11 +7,11 @@
 #include <utility>
 
 #include "drawing/files/interruption.h"
-#include "drawing/recording/area_copy.h"
 #include "drawing/recording/call_areas.h"
 #include "drawing/recording/call_kinds.h"
 #include "drawing/recording/kept_states.h"
 #include "drawing/recording/pixel_history.h"
+#include "drawing/recording/step_marks.h"
 
 namespace vorna::drawing::recording {
 
@@ -27,8 +27,7 @@ double microseconds_since(Clock::time_point start) {
 
 Replay_Settings without_callbacks(Replay_Settings settings) {
     settings.reports_standard = false;
-    settings.before_call = nullptr;
-    settings.after_call = nullptr;
+    settings.before_call = settings.after_call = nullptr;
     return settings;
 }
 
@@ -36,9 +35,10 @@ template <class Value> Plane plane_of(std::vector<Value>& values, std::int32_t w
     return {reinterpret_cast<std::uint8_t*>(values.data()), width * std::ptrdiff_t{sizeof(Value)}, sizeof(Value)};
 }
 
-// A renderer with the calls that set it up. States that are put back set depths, which the renderer must not know better.
-struct Drawn {
-    Drawn(const Recording& recording, const Module_Choice& module, const Replay_Settings& settings)
+// A renderer and the replay that it draws. States that are put back set depths, which would contradict the renderer's bounds of
+// hidden triangles: they are off.
+struct Player {
+    Player(const Recording& recording, const Module_Choice& module, const Replay_Settings& settings)
         : session(module), replayer(recording, session, settings) {
         session.renderer().requested_table.add(VT_Option(depth_blocks, 0, false));
     }
@@ -56,76 +56,15 @@ struct Drawn {
     Replayer replayer;
 };
 
-// What a call did to the pixels of an area, row by row from its top left.
-struct Marks {
-    // One more than those of Step_Change: the call has stored a colour, though perhaps the one that was there.
-    static constexpr std::uint8_t drawn = 4;
-
-    Plane_Part part;
-    std::vector<std::uint8_t> bits;
-
-    explicit Marks(const Plane_Part& area) : part(area), bits(area.pixels(), 0) {}
-
-    void add(const Area_Copy& before, std::uint8_t bit) {
-        before.for_each_change([this, bit](std::size_t position) { bits[position] |= bit; });
-    }
-};
-
-// window: in device pixels.
-Step_Change change_of(const Marks& marks, const VT_Int_Rectangle& window) {
-    const auto width = static_cast<std::size_t>(marks.part.width);
-    std::size_t left = width, right = 0, top = SIZE_MAX, bottom = 0;
-    Step_Change change;
-    for (std::size_t i = 0; i < marks.bits.size(); ++i) {
-        const std::uint8_t bits = marks.bits[i] & (Step_Change::color | Step_Change::depth);
-        if (bits != 0) {
-            change.colors += (bits & Step_Change::color) != 0;
-            change.depths += (bits & Step_Change::depth) != 0;
-            left = std::min(left, i % width);
-            right = std::max(right, i % width);
-            top = std::min(top, i / width);
-            bottom = i / width;
-        }
-    }
-    if (top == SIZE_MAX) {
-        return change;
-    }
-    for (std::size_t y = top; y <= bottom; ++y) {
-        for (std::size_t x = left; x <= right; ++x) {
-            change.pixels.push_back(marks.bits[y * width + x] & (Step_Change::color | Step_Change::depth));
-        }
-    }
-    const std::int32_t left_column = window.left + marks.part.left, top_row = window.top - marks.part.top;
-    change.bounds = {left_column + static_cast<std::int32_t>(left), left_column + static_cast<std::int32_t>(right),
-                     top_row - static_cast<std::int32_t>(bottom), top_row - static_cast<std::int32_t>(top)};
-    return change;
-}
-
-void add(Step_Heat& heat, const Marks& marks, std::int32_t width, double microseconds) {
-    const auto is_drawn = [](std::uint8_t bits) { return bits != 0; };
-    const auto count = std::ranges::count_if(marks.bits, is_drawn);
-    const auto cost = static_cast<float>(count > 0 ? microseconds / static_cast<double>(count) : 0);
-    auto bits = marks.bits.begin();
-    for (std::int32_t y = 0; y < marks.part.height; ++y) {
-        auto i = static_cast<std::size_t>(marks.part.top + y) * static_cast<std::size_t>(width) +
-                 static_cast<std::size_t>(marks.part.left);
-        for (std::int32_t x = 0; x < marks.part.width; ++x, ++i, ++bits) {
-            std::uint16_t& draws = heat.draws[i];
-            draws =
-                static_cast<std::uint16_t>(draws + ((*bits & (Marks::drawn | Step_Change::color)) != 0 && draws < UINT16_MAX));
-            heat.costs[i] += is_drawn(*bits) ? cost : 0;
-        }
-    }
-}
-
 } // namespace
 
 class Recording_Steps::Implementation {
 public:
     Implementation(const Recording& recording, Module_Choice module, const Steps_Settings& settings)
-        : recording_(recording), module_(std::move(module)), settings_(without_callbacks(settings.replay)),
-          has_heat_(settings.has_heat), has_bytes_in_colors_(may_have_indices_in_colors(recording)), areas_(recording),
-          kept_(settings.memory), times_(recording.calls.size(), unknown), first_times_(has_heat_ ? times_ : Times()) {
+        : recording_(recording), module_(std::move(module)), settings_(without_callbacks(settings.replay)), name_(settings.name),
+          limits_(settings.limits), has_heat_(settings.has_heat), has_bytes_in_colors_(may_have_indices_in_colors(recording)),
+          areas_(recording), kept_(settings.memory, settings.interval), times_(recording.calls.size(), unknown),
+          first_times_(has_heat_ ? times_ : Times()) {
         set_up({});
     }
 
@@ -151,9 +90,9 @@ public:
 
     std::size_t calls() const noexcept { return recording_.calls.size(); }
     std::size_t position() const noexcept { return position_; }
-    const Session& session() const noexcept { return drawn_->session; }
+    const Session& session() const noexcept { return player_->session; }
     const Frame_Buffer* depth_buffer() const {
-        Session& session = drawn_->session;
+        Session& session = player_->session;
         return session.has_depth_buffer() ? &session.canvas().depth_buffer() : nullptr;
     }
     const Step_Change& change() const noexcept { return change_; }
@@ -169,17 +108,17 @@ private:
     static constexpr double unknown = std::numeric_limits<double>::max();
 
     const Call& next_call() const { return recording_.calls[position_]; }
-    VT_Int_Rectangle window() const { return drawn_->session.window(); }
+    VT_Int_Rectangle window() const { return player_->session.window(); }
     Plane_Part whole() const { return part_of(window(), window()); }
 
     // A new renderer, on which those calls before the state have been made that set it up.
     void set_up(const Kept_State& state) {
-        drawn_.reset();
-        drawn_ = std::make_unique<Drawn>(recording_, module_, settings_);
-        drawn_->replayer.begin();
+        player_.reset();
+        player_ = std::make_unique<Player>(recording_, module_, settings_);
+        player_->replayer.begin();
         for (std::size_t call = 0; call < state.position; ++call) {
             if (sets_up(*recording_.calls[call].kind)) {
-                drawn_->replayer.make(call);
+                player_->replayer.make(call);
             }
         }
         epoch_ = state.epoch;
@@ -187,9 +126,10 @@ private:
     }
 
     void adopt_buffers() {
-        drawn_->forbid_depth_blocks();
+        player_->forbid_depth_blocks();
         std::vector<Plane> planes = buffers();
         const Plane_Part part = whole();
+        borrow_memory(part.pixels());
         if (has_heat_) {
             if (heat_size_ != VT_Int_Pair{part.width, part.height}) {
                 heat_size_ = {part.width, part.height};
@@ -202,9 +142,18 @@ private:
         kept_.copies().set_planes(std::move(planes), {part.width, part.height});
     }
 
+    // For copies of both buffers, one before a call and one after it, for marks and for heat.
+    void borrow_memory(std::size_t pixels) {
+        constexpr std::size_t copies = 4 + 2, marks = 1, heat = sizeof(std::uint16_t) + sizeof(float);
+        if (limits_) {
+            loan_ = Load_Limits::Loan();
+            loan_ = Load_Limits::Loan(*limits_, name_, pixels * (copies + marks + (has_heat_ ? copies + heat : 0)));
+        }
+    }
+
     // The colours and, where there are any, the depths.
     std::vector<Plane> buffers() const {
-        std::vector<Plane> planes{recording::plane_of(drawn_->session.color_buffer())};
+        std::vector<Plane> planes{recording::plane_of(player_->session.color_buffer())};
         if (const Frame_Buffer* const depths = depth_buffer()) {
             planes.push_back(recording::plane_of(*depths));
         }
@@ -221,8 +170,8 @@ private:
         kept_.put_back(state);
         depth_write_ = wanted.depth_write;
         depth_test_ = wanted.depth_test;
-        drawn_->session.canvas().set_depth_write(depth_write_);
-        drawn_->session.canvas().set_depth_test(Depth_Test{depth_test_});
+        player_->session.canvas().set_depth_write(depth_write_);
+        player_->session.canvas().set_depth_test(Depth_Test{depth_test_});
         position_ = wanted.position;
     }
 
@@ -246,13 +195,13 @@ private:
 
     void make_call() {
         const auto start = Clock::now();
-        drawn_->replayer.make(position_);
+        player_->replayer.make(position_);
         const double time = microseconds_since(start);
         times_[position_] = std::min(times_[position_], time);
         if (has_heat_ && first_times_[position_] == unknown) {
             first_times_[position_] = time;
         }
-        drawn_->replayer.drop_report();
+        player_->replayer.drop_report();
     }
 
     void make_buffers(bool is_last) {
@@ -334,7 +283,7 @@ private:
         if (depth_buffer()) {
             depths_before_.put_back();
         }
-        drawn_->replayer.make(position_);
+        player_->replayer.make(position_);
         marks.add(colors_before_, Marks::drawn);
         for (std::size_t i = 0; i < planes.size(); ++i) {
             after[i].put_back();
@@ -344,9 +293,12 @@ private:
     const Recording& recording_;
     const Module_Choice module_;
     const Replay_Settings settings_;
+    const std::string name_;
+    Load_Limits* const limits_; // null = any memory
+    Load_Limits::Loan loan_;
     const bool has_heat_, has_bytes_in_colors_;
     const Call_Areas areas_;
-    std::unique_ptr<Drawn> drawn_;
+    std::unique_ptr<Player> player_;
     std::size_t position_ = 0, epoch_ = 0; // epoch: the number of calls that have made the buffers anew
     bool depth_write_ = true;
     std::int32_t depth_test_ = 2;
@@ -365,8 +317,8 @@ std::vector<std::uint8_t> Recording_Steps::Implementation::clip() const {
     if (position_ == 0 || !is_slot(*recording_.calls[position_ - 1].kind)) {
         return clip;
     }
-    const VT_Reference<VT_Rendition> rendition = drawn_->replayer.rendition_of(position_ - 1);
-    const VT_Option* const uses_mask = drawn_->session.renderer().current_table.find("Use Mask");
+    const VT_Reference<VT_Rendition> rendition = player_->replayer.rendition_of(position_ - 1);
+    const VT_Option* const uses_mask = player_->session.renderer().current_table.find("Use Mask");
     const bool has_mask = uses_mask && uses_mask->value()->content == VT_Option_Content(true);
     VT_Reference<const VT_Contour_Set> contours = has_mask ? rendition->clip.complex_clip : nullptr;
     if (contours && (rendition->clip.window_offset.x < 0 || rendition->clip.window_offset.y < 0)) {

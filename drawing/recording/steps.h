@@ -8,8 +8,10 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
+#include "drawing/files/load_limits.h"
 #include "drawing/image/image_file.h"
 #include "drawing/recording/recording.h"
 #include "drawing/recording/replay.h"
@@ -20,7 +22,10 @@ namespace vorna::drawing::recording {
 struct Steps_Settings {
     Replay_Settings replay;                          // those that hold for single calls
     std::uint64_t memory = std::uint64_t{256} << 20; // bytes of kept states; 0 = every way back begins at the first call
+    double interval = 8000;                          // microseconds of drawing between kept states; more where memory is short
     bool has_heat = false;                           // counts and costs for each pixel; calls that draw are made twice
+    std::string name;                                // of the recording, in messages
+    Load_Limits* limits = nullptr;                   // memory of copies and counts, besides the states; null = any
 };
 
 // The pixels that the last call has changed.
@@ -40,7 +45,7 @@ struct Step_Heat {
 
 class Recording_Steps {
 public:
-    // Sets the renderer up; no call is made yet. The recording must outlive it. Throws as `replay` does.
+    // Sets the renderer up; no call is made yet. The recording must outlive it. Throws as `replay` does, and Load_Error.
     Recording_Steps(const Recording& recording, const Module_Choice& module, const Steps_Settings& settings = {});
     Recording_Steps(const Recording_Steps&) = delete;
     Recording_Steps& operator=(const Recording_Steps&) = delete;
@@ -49,7 +54,7 @@ public:
     // The number of calls, and of those that have been made: position p shows what calls 0 to p - 1 have drawn.
     std::size_t calls() const noexcept;
     std::size_t position() const noexcept;
-    // Throws as `replay` does for a call that cannot be drawn; then the position is the one before that call.
+    // Throws likewise for a call that cannot be drawn; then the position is the one before that call.
     void go_to(std::size_t position);
 
     // At the current position. Rasters are those of the window and hold until the next go_to; the depths have no top without a

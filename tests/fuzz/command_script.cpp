@@ -117,19 +117,37 @@ public:
     }
 
 private:
+    static char letter_of(const std::string& name) {
+        namespace key = vorna::app::view::key;
+        static constexpr std::array<std::pair<std::string_view, char>, 10> names{{{"F1", 'h'},
+                                                                                  {"Escape", 'q'},
+                                                                                  {"Home", key::home},
+                                                                                  {"End", key::end},
+                                                                                  {"Left", key::left},
+                                                                                  {"Right", key::right},
+                                                                                  {"Up", key::up},
+                                                                                  {"Down", key::down},
+                                                                                  {"PageUp", key::page_up},
+                                                                                  {"PageDown", key::page_down}}};
+        const auto found = std::ranges::find(names, name, [](const auto& entry) { return entry.first; });
+        return found != names.end() ? found->second : name.front();
+    }
+
     static vorna::app::view::Answer follow(vorna::app::view::Controls& controls, const vorna::app::view::Script_Step& step) {
         using Kind = vorna::app::view::Script_Step::Kind;
         const vorna::app::view::Place by{static_cast<double>(step.to.x) - step.from.x,
                                          static_cast<double>(step.to.y) - step.from.y};
         switch (step.kind) {
         case Kind::key:
-            return controls.press(step.key == "F1"       ? 'h'
-                                  : step.key == "Home"   ? 'r'
-                                  : step.key == "Escape" ? 'q'
-                                                         : step.key.front(),
-                                  step.shift || step.ctrl);
+            return controls.press(letter_of(step.key), step.shift || step.ctrl);
         case Kind::drag:
-            step.button == vorna::app::view::Script_Step::Button::left ? controls.turn(by) : controls.move(by);
+            if (step.button == vorna::app::view::Script_Step::Button::left) {
+                controls.press_at({static_cast<double>(step.from.x), static_cast<double>(step.from.y)});
+                controls.turn(by);
+                controls.release();
+            } else {
+                controls.move(by);
+            }
             break;
         case Kind::wheel:
             controls.zoom(std::pow(1.2, step.clicks), {static_cast<double>(step.to.x), static_cast<double>(step.to.y)});
@@ -281,7 +299,8 @@ vorna::app::Ending run_command(std::vector<std::string> arguments, const std::fu
 } // namespace fuzzing
 
 // In place of the one that looks for a window system.
-std::unique_ptr<vorna::app::view::Window> vorna::app::view::open_window(const std::string&, std::optional<VT_Int_Pair>) {
+std::unique_ptr<vorna::app::view::Window> vorna::app::view::open_window(const std::string&, const std::string&,
+                                                                        std::optional<VT_Int_Pair>) {
     return std::make_unique<fuzzing::Unseen_Window>();
 }
 

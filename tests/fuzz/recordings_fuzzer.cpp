@@ -13,6 +13,7 @@
 #include "drawing/recording/recording_writer.h"
 #include "drawing/recording/replay.h"
 #include "drawing/recording/session.h"
+#include "drawing/recording/step_views.h"
 #include "tests/fuzz/guarded_buffers.h"
 #include "tests/fuzz/json_mutator.h"
 
@@ -326,6 +327,28 @@ void require_history(const vorna::drawing::recording::Recording& recording, vorn
     }
 }
 
+// A position looks the same whichever way it is gone to.
+void require_steps(const vorna::drawing::recording::Recording& recording, std::int32_t largest_side, std::size_t choice) {
+    using namespace vorna::drawing::recording;
+    const Replay_Settings replay{.largest_side = largest_side};
+    Recording_Steps straight(recording, fuzzing::renderer_module(), {.replay = replay, .memory = 0});
+    Recording_Steps back(recording, fuzzing::renderer_module(),
+                         {.replay = replay, .memory = std::uint64_t{1} << 22, .interval = 0, .has_heat = true});
+    const std::size_t position = choice % (straight.calls() + 1);
+    straight.go_to(position);
+    back.go_to(back.calls());
+    back.go_to(position);
+    const auto bytes_of = [](const vorna::drawing::Raster& raster) {
+        return raster.top ? vorna::drawing::raw_bytes_of(raster) : std::string();
+    };
+    if (bytes_of(straight.colors()) != bytes_of(back.colors()) || bytes_of(straight.depths()) != bytes_of(back.depths())) {
+        fuzzing::fail("a position that is gone back to looks different");
+    }
+    for (const Step_View view : {Step_View::colors, Step_View::depths, Step_View::mask, Step_View::overdraw, Step_View::cost}) {
+        image_of(back, view);
+    }
+}
+
 void replay(std::string_view text) {
     using namespace vorna::drawing::recording;
     constexpr std::uint64_t most_memory = std::uint64_t{1} << 28;
@@ -347,6 +370,7 @@ void replay(std::string_view text) {
     };
     json_of(replay(recording, session, settings));
     require_history(recording, session, settings.largest_side, text.size());
+    require_steps(recording, settings.largest_side, text.size());
 }
 
 // By the reader of recordings, which limits how deeply documents nest.

@@ -161,7 +161,7 @@ TEST_F(View_Command, says_in_one_line_what_is_wrong) {
     const struct {
         std::string script, message;
     } cases[] = {{"key s\nkey\n", script + ":2: expected a key, found the end of the line"},
-                 {"press s\n", script + ":1: expected key, drag, wheel or resize, found 'press'"},
+                 {"press s\n", script + ":1: expected key, drag, click, wheel or resize, found 'press'"},
                  {"drag top 1,1 2,2\n", script + ":1: expected left, middle or right, found 'top'"},
                  {"drag left 1,1 2;2\n", script + ":1: expected X,Y, found '2;2'"},
                  {"resize 0x5\n", script + ":1: expected a size of 1 or more, found '0x5'"},
