@@ -145,7 +145,7 @@ Command report_command() {
                            .is_required = true}},
             .options = options_of(*arguments),
             .examples = {{"vorna report crystals.json -o crystals.html", "to attach to a bug report"},
-                         {"vorna report map.json.gz -o map.html --area 400,300,64x64 --note 'lake too dark'",
+                         {"vorna report map.json -o map.html --area 40,30,64x64 --note 'too dark'",
                           "with what happened in a part of the image"}},
             .sections = {{"The page",
                           {"One file that needs no other and no network. It holds the recording itself,",

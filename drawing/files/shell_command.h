@@ -21,9 +21,9 @@ bool has_shell() noexcept;
 
 // Runs `/bin/sh -c command` with the argument as $1. The command gets no input and none of the files that this process has open;
 // what it prints is dropped, except that its standard error goes to the file `errors` where that is not empty. Its processes are
-// killed at the end, at the time limit, and when a signal asks this process to stop, which throws Interrupted; on Linux also those
-// that have left the shell's group, elsewhere the group alone. One thread at a time may call it, and no other thread may start
-// processes meanwhile. Throws std::runtime_error when no process can be started.
+// killed at the end, at the time limit, and when a signal asks this process to stop, which throws Interrupted; on Linux also
+// those that have left the shell's group, elsewhere the group alone. One thread at a time may call it, and no other thread may
+// start processes meanwhile. Throws std::runtime_error when no process can be started.
 Shell_Ending run_shell(const std::string& command, const std::string& argument, std::chrono::milliseconds limit,
                        const std::string& errors = {});
 

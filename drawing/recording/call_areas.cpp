@@ -89,10 +89,10 @@ private:
             const VT_Int_Rectangle box = around(a.points, margin());
             return {box, false, box == everywhere ? 0 : points_of_pieces(), margin()};
         } else if constexpr (requires { a.radii; }) {
-            // Whatever its rotation, a shape stays as near to its centre as the longer radius is long. Lines keep their margin.
+            // Whatever its rotation, a shape stays as near to its centre as the longer radius is long.
             const VT_DCI_Point& center = a.center;
-            const std::int64_t reach = std::max(std::abs(std::int64_t{a.radii.x}), std::abs(std::int64_t{a.radii.y}));
-            return {around({center.x, center.x, center.y, center.y}, reach + margins().line), true};
+            const std::int64_t longer = std::max(std::abs(std::int64_t{a.radii.x}), std::abs(std::int64_t{a.radii.y}));
+            return {around({center.x, center.x, center.y, center.y}, longer + margins().line), true};
         } else if constexpr (requires { a.point; }) {
             return {around({a.point.x, a.point.x, a.point.y, a.point.y}, rounding_margin)};
         } else if constexpr (requires { a.end; }) {

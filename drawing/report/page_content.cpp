@@ -112,7 +112,8 @@ private:
     };
 
     void add_calls() {
-        recording::Recording_Steps steps(recording_, module_, {.replay = replay_, .memory = 0});
+        recording::Recording_Steps steps(recording_, module_,
+                                         {.replay = replay_, .memory = 0, .name = settings_.name, .limits = settings_.limits});
         Text_Numbers kinds, renditions;
         Json kind = Json::array(), rendition = Json::array(), points = Json::array(), colors = Json::array(),
              depths = Json::array();

@@ -119,6 +119,12 @@ public:
                point.y + reach >= visible_.bottom - 1 && point.y - reach <= visible_.top + 1;
     }
 
+    // Whether everything that is as near to a point lies in the rectangle.
+    bool shows_around(const Vector& point, double reach) const noexcept {
+        return point.x - reach >= visible_.left && point.x + reach <= visible_.right && point.y - reach >= visible_.bottom &&
+               point.y + reach <= visible_.top;
+    }
+
     // Calls draw(row, first column, last column) for the runs of each row, upwards and to the right, with every pixel once.
     template <class Draw> void for_each_run(Draw&& draw) {
         std::sort(runs_.begin(), runs_.end(),
@@ -142,28 +148,36 @@ private:
 };
 
 // The pixels of the curve between two angles, in order. The arc is halved until it is invisible or shorter than half a pixel.
-void find_pixels(std::vector<Vector>& found, const Pixel_Set& pixels, const Curve& curve, double from, double to) {
+// is_whole_visible: no part of the curve is invisible, and only the shortest arcs are looked at.
+void find_pixels(std::vector<Vector>& found, const Pixel_Set& pixels, const Curve& curve, double from, double to,
+                 bool is_whole_visible) {
     const double middle = from + (to - from) / 2;
     const double length = curve.longest_radius() * (to - from);
+    const bool is_shortest = length <= 0.5 || middle == from || middle == to;
+    if (is_whole_visible && !is_shortest) {
+        find_pixels(found, pixels, curve, from, middle, true);
+        find_pixels(found, pixels, curve, middle, to, true);
+        return;
+    }
     const Vector point = curve.at(middle);
     if (!pixels.may_show(point, length / 2 + 1)) {
         return;
     }
-    if (length <= 0.5 || middle == from || middle == to) {
+    if (is_shortest) {
         const Vector pixel{std::floor(point.x + 0.5), std::floor(point.y + 0.5)};
         if (found.empty() || found.back().x != pixel.x || found.back().y != pixel.y) {
             found.push_back(pixel);
         }
     } else {
-        find_pixels(found, pixels, curve, from, middle);
-        find_pixels(found, pixels, curve, middle, to);
+        find_pixels(found, pixels, curve, from, middle, false);
+        find_pixels(found, pixels, curve, middle, to, false);
     }
 }
 
 // A pixel is left out when the pixels before and after it touch at a corner, which keeps the outline thin.
 void add_curve(Pixel_Set& pixels, const Curve& curve) {
     std::vector<Vector> found;
-    find_pixels(found, pixels, curve, curve.start(), curve.end());
+    find_pixels(found, pixels, curve, curve.start(), curve.end(), pixels.shows_around(curve.center(), curve.longest_radius()));
     for (std::size_t i = 0; i < found.size(); ++i) {
         pixels.add(found[i]);
         const bool cuts_corner =

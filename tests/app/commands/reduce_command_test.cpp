@@ -88,11 +88,11 @@ TEST_F(Reduce, kills_processes_that_have_left_the_command_s_group) {
     GTEST_SKIP() << "needs Linux";
 #endif
     const std::string started = folder.file("started");
-    const std::string command = "setsid sleep 100 & echo $! >>'" + started + "'; (setsid sh -c 'sleep 100 & echo $! >>\"" +
-                                started +
-                                "\"; wait' & sleep 0.1); "
-                                "exit 0";
-    const Outcome outcome = reduced(command);
+    const std::string script = folder.file("leave.sh", "setsid sleep 100 & echo $! >>'" + started +
+                                                           "'\n"
+                                                           "setsid sh -c \"sleep 100 & echo \\$! >>'" +
+                                                           started + "'; wait\" &\nsleep 0.1\n");
+    const Outcome outcome = reduced("sh " + script);
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     std::istringstream lines(read_file(started));
     int count = 0;
