@@ -55,11 +55,8 @@ void Canvas_Threads::set_rows(VT_Renderer_Data& worker, Row_Range rows) const {
     set_rows_(worker, first_and_last);
     const VT_Option* const option = worker.current_table.find(Drawn_Rows::option);
     if (Drawn_Rows* const drawn = option ? option->as_object<Drawn_Rows>() : nullptr) {
-        const auto device_row = [this](std::int32_t row) {
-            return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{window_.bottom} + row, INT32_MIN, INT32_MAX));
-        };
-        drawn->first = device_row(rows.first);
-        drawn->last = device_row(rows.last);
+        drawn->first = rows.first;
+        drawn->last = rows.last;
     }
 }
 
