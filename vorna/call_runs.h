@@ -136,4 +136,26 @@ void for_each_run(const VT_Rendition& rendition, const std::tuple<Kept...>& call
     visit(call);
 }
 
+// Shorter strips are not worth parts.
+inline constexpr std::int32_t least_points_of_parts = 6;
+
+// Calls visit(arguments) for the parts of a strip whose triangles touch the same bands, in order. bands_of(arguments) compares
+// them. Parts begin at even places, where a strip may be cut without another order of corners.
+template <class Run, class Bands_Of, class Visit> void for_each_part(const Run& strip, Bands_Of bands_of, Visit visit) {
+    const std::int32_t triangles = std::get<0>(strip) - 2;
+    const auto bands_at = [&](std::int32_t place) { return bands_of(run_of(strip, place, std::min(triangles - place, 2) + 2)); };
+    std::int32_t first = 0;
+    for (auto bands = bands_at(0); first < triangles;) {
+        std::int32_t end = first + 2;
+        auto next = bands;
+        while (end < triangles && (next = bands_at(end)) == bands) {
+            end += 2;
+        }
+        end = std::min(end, triangles);
+        visit(run_of(strip, first, end - first + 2));
+        first = end;
+        bands = next;
+    }
+}
+
 } // namespace vorna

@@ -171,13 +171,34 @@ void Canvas_Threads::begin_areas() {
     }
 }
 
-// Short lists are copied for each band, so that the calls of a band lie one after the other in memory, and longer ones once.
+// The renderer draws the triangles of a strip one by one where the strip crosses the border of a band: only those that do are
+// kept for several bands.
 template <auto& Draw, class Kept, Primitive primitive, class Run>
 void Canvas_Threads::keep_run(const VT_Rendition& rendition, const Run& run) {
     const Row_Range rows = rows_of<primitive>(rendition, window_.bottom, run);
     if (rows.first > rows.last || rows.last < 0 || rows.first > window_.top - window_.bottom) {
         return;
     }
+    if constexpr (primitive == Primitive::polytriangle) {
+        const auto bands_of = [&](const auto& triangles) {
+            const Row_Range touched = rows_of<primitive>(rendition, window_.bottom, triangles);
+            return std::pair(list_.band_of(touched.first), list_.band_of(touched.last));
+        };
+        begin_list();
+        if (std::get<0>(run) > least_points_of_parts && list_.band_of(rows.first) != list_.band_of(rows.last) &&
+            drawn_by_renderer(rendition.face)) {
+            for_each_part(run, bands_of, [&](const auto& part) {
+                keep_part<Draw, Kept>(rendition, part, rows_of<primitive>(rendition, window_.bottom, part));
+            });
+            return;
+        }
+    }
+    keep_part<Draw, Kept>(rendition, run, rows);
+}
+
+// Short lists are copied for each band, so that the calls of a band lie one after the other in memory, and longer ones once.
+template <auto& Draw, class Kept, class Run>
+void Canvas_Threads::keep_part(const VT_Rendition& rendition, const Run& run, Row_Range rows) {
     const auto with = [&](auto& lists) {
         return std::apply([&](const auto&... arguments) { return Kept::arguments(lists, window_, arguments...); }, run);
     };
@@ -220,11 +241,15 @@ const VT_Rendition& Canvas_Threads::begun_rendition(const VT_Rendition& renditio
     if (!list_.renditions().has_room()) {
         flush();
     }
+    begin_list();
+    return list_.renditions().kept(rendition);
+}
+
+void Canvas_Threads::begin_list() {
     if (list_.is_empty()) {
         list_.begin(window_.top - window_.bottom + 1, band_height());
         std::fill(numbers_of_rules_.begin(), numbers_of_rules_.end(), 0);
     }
-    return list_.renditions().kept(rendition);
 }
 
 template <class Visit> void Canvas_Threads::for_each_band(Row_Range rows, Visit visit) {

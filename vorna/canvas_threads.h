@@ -72,7 +72,9 @@ private:
     void keep(const VT_Rendition& rendition, Arguments&... arguments);
     template <auto& Draw, class Kept, Primitive primitive, class Run>
     void keep_run(const VT_Rendition& rendition, const Run& run);
+    template <auto& Draw, class Kept, class Run> void keep_part(const VT_Rendition& rendition, const Run& run, Row_Range rows);
     void begin_areas();
+    void begin_list();
     const VT_Rendition& begun_rendition(const VT_Rendition& rendition);
     template <class Visit> void for_each_band(Row_Range rows, Visit visit);
     template <auto& Draw, class Run> std::byte* take(std::size_t band, const VT_Rendition& kept, std::size_t list_bytes);

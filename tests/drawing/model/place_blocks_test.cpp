@@ -26,7 +26,7 @@ Made_Strips random_strips(unsigned seed) {
     for (int s = 0; s < 200; ++s) {
         const float size = s % 20 == 0 ? 0.3F : 0.005F;
         VT_Vector at{any(random) * 0.4F, any(random) * 0.4F, any(random) * 0.4F};
-        for (std::uint32_t i = 0, count = 3 + random() % 90; i < count; ++i) {
+        for (std::uint32_t i = 0, count = 3 + static_cast<std::uint32_t>(random() % 90); i < count; ++i) {
             at = {std::clamp(at.x + size * any(random), -0.57F, 0.57F), std::clamp(at.y + size * any(random), -0.57F, 0.57F),
                   std::clamp(at.z + size * any(random), -0.57F, 0.57F)};
             made.vertices.push_back(static_cast<std::uint32_t>(made.points.size()));
