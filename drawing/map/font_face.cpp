@@ -20,23 +20,23 @@ constexpr std::uint64_t glyph_steps = 100;
 constexpr std::size_t largest_font = std::size_t{128} << 20;
 
 // Makes an outline into paths; curves become short lines.
-struct Pen {
+struct Outline_Pen {
     Face& outline;
     double unit;
 
     Position place(const FT_Vector* v) const { return {static_cast<double>(v->x) * unit, static_cast<double>(v->y) * unit}; }
     static int move_to(const FT_Vector* to, void* pen) {
-        auto& self = *static_cast<Pen*>(pen);
+        auto& self = *static_cast<Outline_Pen*>(pen);
         self.outline.push_back({self.place(to)});
         return 0;
     }
     static int line_to(const FT_Vector* to, void* pen) {
-        auto& self = *static_cast<Pen*>(pen);
+        auto& self = *static_cast<Outline_Pen*>(pen);
         self.outline.back().push_back(self.place(to));
         return 0;
     }
     static int conic_to(const FT_Vector* control, const FT_Vector* to, void* pen) {
-        auto& self = *static_cast<Pen*>(pen);
+        auto& self = *static_cast<Outline_Pen*>(pen);
         const Position a = self.outline.back().back(), b = self.place(control), c = self.place(to);
         for (int i = 1; i <= curve_steps; ++i) {
             const double t = static_cast<double>(i) / curve_steps, u = 1 - t;
@@ -46,7 +46,7 @@ struct Pen {
         return 0;
     }
     static int cubic_to(const FT_Vector* first, const FT_Vector* second, const FT_Vector* to, void* pen) {
-        auto& self = *static_cast<Pen*>(pen);
+        auto& self = *static_cast<Outline_Pen*>(pen);
         const Position a = self.outline.back().back(), b = self.place(first), c = self.place(second), d = self.place(to);
         for (int i = 1; i <= curve_steps; ++i) {
             const double t = static_cast<double>(i) / curve_steps, u = 1 - t;
@@ -162,11 +162,12 @@ void Font_Face::shape_simply(const Text_Run& run, std::vector<Shaped_Glyph>& gly
 const Face& Font_Face::outline(std::uint32_t glyph, const std::string& file, Load_Limits& limits) {
     const auto [found, is_new] = outlines_.try_emplace(glyph);
     if (is_new && FT_Load_Glyph(library_->face, glyph, FT_LOAD_NO_SCALE) == 0) {
-        constexpr FT_Outline_Funcs pen_functions{Pen::move_to, Pen::line_to, Pen::conic_to, Pen::cubic_to, 0, 0};
+        constexpr FT_Outline_Funcs pen_functions{
+            Outline_Pen::move_to, Outline_Pen::line_to, Outline_Pen::conic_to, Outline_Pen::cubic_to, 0, 0};
         FT_Outline& outline = library_->face->glyph->outline;
         limits.take_work(file, glyph_steps);
         limits.take_memory(file, sizeof(Position) * curve_steps * static_cast<std::uint64_t>(outline.n_points));
-        Pen pen{found->second, unit_};
+        Outline_Pen pen{found->second, unit_};
         FT_Outline_Decompose(&outline, &pen_functions, &pen);
     }
     return found->second;

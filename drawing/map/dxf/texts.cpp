@@ -29,19 +29,15 @@ struct Text_Maker::Line {
 };
 
 bool Text_Maker::has_font() {
-    constexpr int size = 512; // large enough that the fit of outlines to pixels does not show
     if (!font_ && refusal_.empty()) {
         try {
-            font_ = load_label_font(font_file_, size);
-            cap_height_ = font_->height();
+            font_ = load_label_font(font_file_, limits_);
+            cap_height_ = font_->height() > 0 ? font_->height() : 1;
         } catch (const Usage_Error& error) {
             if (!font_file_.empty()) {
                 throw;
             }
             refusal_ = error.what();
-        }
-        if (font_ && !(cap_height_ > 0)) {
-            cap_height_ = size;
         }
     }
     return font_ != nullptr;
@@ -53,18 +49,17 @@ Text_Style Text_Maker::style_of(const Entity& entity) const {
     return style ? *style : Text_Style{};
 }
 
-const Label_Font::Text& Text_Maker::outline_of(const std::string& text) {
+const Text_Maker::Outline& Text_Maker::outline_of(const std::string& text) {
     const auto known = outlines_.find(text);
     if (known != outlines_.end()) {
         return known->second;
     }
-    Label_Font::Text made = font_->text_of(text, INFINITY, file_, limits_);
-    limits_.take_memory(file_, sizeof(Label_Font::Text) + text.size() + 64);
-    for (Path& ring : made.outline) {
-        std::ranges::transform(ring, ring.begin(), [this](Position p) { return Position{p.x / cap_height_, p.y / cap_height_}; });
-    }
-    made.width /= cap_height_;
-    return outlines_.emplace(text, std::move(made)).first->second;
+    const map::Text made = font_->text_of(text, 1 / cap_height_, INFINITY, file_, limits_);
+    Outline outline{face_of(made, {0, 0}), made.width};
+    std::size_t positions = 0;
+    std::ranges::for_each(outline.face, [&](const Path& ring) { positions += ring.size(); });
+    limits_.take_memory(file_, sizeof(Outline) + text.size() + 64 + positions * sizeof(Position));
+    return outlines_.emplace(text, std::move(outline)).first->second;
 }
 
 double Text_Maker::width_of(const std::string& text, const Letters& letters) {
@@ -88,18 +83,18 @@ double Text_Maker::width_of(const Token& token) {
 }
 
 void Text_Maker::add_text(const std::string& text, const Letters& letters, const Placement& at, Forms& forms) {
-    const Label_Font::Text& outline = outline_of(text);
-    if (outline.outline.empty()) {
+    const Face& outline = outline_of(text).face;
+    if (outline.empty()) {
         return;
     }
     const double h = letters.height;
     const Placement placement = at * Placement{{h * letters.width, 0}, {h * std::tan(letters.oblique), h}, {}};
     std::size_t positions = 0;
-    std::ranges::for_each(outline.outline, [&](const Path& ring) { positions += ring.size(); });
+    std::ranges::for_each(outline, [&](const Path& ring) { positions += ring.size(); });
     limits_.take_work(file_, positions);
     Form& form = forms.emplace_back();
     form.color = letters.color;
-    Face& face = form.shape.faces.emplace_back(outline.outline);
+    Face& face = form.shape.faces.emplace_back(outline);
     for (Path& ring : face) {
         std::ranges::transform(ring, ring.begin(), placement);
     }

@@ -41,10 +41,15 @@ public:
 private:
     struct Piece;
     struct Line;
+    // Of a text whose capitals are 1 high.
+    struct Outline {
+        Face face;
+        double width;
+    };
 
     bool has_font();
     Text_Style style_of(const Entity& entity) const;
-    const Label_Font::Text& outline_of(const std::string& text);
+    const Outline& outline_of(const std::string& text);
     double width_of(const std::string& text, const Letters& letters);
     double width_of(const Token& token);
     void add_text(const std::string& text, const Letters& letters, const Placement& at, Forms& forms);
@@ -60,7 +65,7 @@ private:
     std::unique_ptr<Label_Font> font_;
     double cap_height_ = 1; // of the font
     std::string refusal_;
-    std::map<std::string, Label_Font::Text, std::less<>> outlines_; // capitals are 1 high
+    std::map<std::string, Outline, std::less<>> outlines_;
 };
 
 } // namespace vorna::drawing::map::dxf
