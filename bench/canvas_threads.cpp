@@ -106,6 +106,12 @@ void draw_clipped_line(vorna::Canvas& canvas, std::span<const VT_DCI_Point> poin
     VD_Draw_2DI_Polyline(canvas, points);
 }
 
+void draw_wide_line(vorna::Canvas& canvas, std::span<const VT_DCI_Point> points) {
+    canvas.rendition().line.weight = 5;
+    VD_Draw_2DI_Polyline(canvas, points);
+    canvas.rendition().line.weight = 1;
+}
+
 // Calls that cover the window six times, but not more than 40,000.
 std::vector<Picture> pictures() {
     constexpr std::int32_t most_calls = 40000;
@@ -119,6 +125,7 @@ std::vector<Picture> pictures() {
     }
     constexpr std::int32_t vertices = 100000;
     all.push_back({"polyline", draw_clipped_line, vertices, wandering_polyline(vertices, false).points});
+    all.push_back({"wide_polylines", draw_wide_line, 1500, wandering_polyline(12000, false).points});
     return all;
 }
 

@@ -217,7 +217,7 @@ TEST(Canvas_Threads, present_no_picture_that_one_of_them_could_not_draw) {
     const std::vector<VT_RGB32> whole = draw();
     bool has_failed = true;
     int failures = 0;
-    for (std::int64_t before = 0; has_failed; before += before / 8 + 1) {
+    for (std::int64_t before = 0; has_failed; before += before / 16 + 1) {
         presented = 0;
         has_failed = false;
         try {
