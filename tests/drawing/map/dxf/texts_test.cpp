@@ -132,6 +132,15 @@ TEST(Dxf_Texts, many_long_texts_are_refused_by_their_cost) {
     const std::string block = "0|BLOCK|2|b|0|TEXT|10|0|20|0|40|1|1|" + std::string(2000, 'B') + "|0|ENDBLK|";
     Load_Limits limits(std::uint64_t{64} << 20);
     EXPECT_THROW(read_dxf("test.dxf", drawing("0|INSERT|2|b|10|0|20|0|70|10000|44|1|", "", block), {}, limits), Load_Error);
+    // What one text needs is counted before it is all there.
+    std::string words;
+    for (int i = 0; i < 20000; ++i) {
+        words += "BB ";
+    }
+    Load_Limits few(std::uint64_t{64} << 20);
+    const std::string paragraphs = drawing("0|MTEXT|10|0|20|0|40|1|1|" + words + "|");
+    EXPECT_THROW(read_dxf("test.dxf", paragraphs, {}, few), Load_Error);
+    EXPECT_GT(few.memory_left(), std::uint64_t{32} << 20); // nothing has been placed
 }
 
 } // namespace
