@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "drawing/files/load_limits.h"
 #include "drawing/map/shapes.h"
 
 namespace vorna::drawing::map::dxf {
@@ -15,6 +16,7 @@ struct Form {
     Shape shape{};
     std::optional<Color> color{}; // none = the entity's
     bool is_solid_line = false;   // without the entity's line type
+    Load_Limits::Loan memory{};   // of forms of which one entity has many
 };
 using Forms = std::vector<Form>;
 

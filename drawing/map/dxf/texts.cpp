@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace vorna::drawing::map::dxf {
 namespace {
@@ -92,7 +93,9 @@ void Text_Maker::add_text(const std::string& text, const Letters& letters, const
     std::size_t positions = 0;
     std::ranges::for_each(outline, [&](const Path& ring) { positions += ring.size(); });
     limits_.take_work(file_, positions);
+    Load_Limits::Loan memory(limits_, file_, 2 * sizeof(Form) + positions * sizeof(Position));
     Form& form = forms.emplace_back();
+    form.memory = std::move(memory);
     form.color = letters.color;
     Face& face = form.shape.faces.emplace_back(outline);
     for (Path& ring : face) {
@@ -102,7 +105,9 @@ void Text_Maker::add_text(const std::string& text, const Letters& letters, const
 
 // A line, which is drawn however thin it is.
 void Text_Maker::add_bar(const Placement& at, double y, double width, const Letters& letters, Forms& forms) {
+    Load_Limits::Loan memory(limits_, file_, 2 * sizeof(Form));
     Form& form = forms.emplace_back();
+    form.memory = std::move(memory);
     form.color = letters.color;
     form.is_solid_line = true;
     form.shape.lines.push_back({at({0, y}), at({width, y})});

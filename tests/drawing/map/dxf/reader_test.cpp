@@ -160,7 +160,7 @@ TEST(Dxf, points_look_as_the_file_says) {
 TEST(Dxf, meshes_and_faces_in_space_are_drawn_as_edges) {
     const std::string vertices =
         "0|VERTEX|10|0|20|0|70|64|0|VERTEX|10|1|20|0|70|64|0|VERTEX|10|1|20|1|70|64|0|VERTEX|10|0|20|1|70|64|";
-    EXPECT_NEAR(length_of(only_shape("0|POLYLINE|70|16|71|2|72|2|" + vertices + "0|SEQEND|")), 4, 1e-9);
+    EXPECT_NEAR(length_of(only_shape("0|POLYLINE|70|16|71|2|72|2|" + vertices + "0|SEQEND|")), 2 + 2 * std::sqrt(2), 1e-9);
     EXPECT_NEAR(length_of(only_shape("0|POLYLINE|70|64|" + vertices + "0|VERTEX|70|128|71|1|72|2|73|-3|74|4|0|SEQEND|")), 3,
                 1e-9);
     EXPECT_EQ(read(drawing("0|3DFACE|70|2|10|0|20|0|11|1|21|0|12|1|22|1|13|0|23|1|")).shapes.size(), 3U);
