@@ -35,8 +35,8 @@ Program make_program() {
                                    {"vorna render countries.json -o world.png --projection robinson --border dashed", "a map"},
                                    {"vorna view bunny.obj", "turn the model in a window"},
                                    {"vorna render --help", "what else a command can do"}}};
-    program.commands = {render_command(),  view_command(),   replay_command(),   info_command(),
-                        compare_command(), reduce_command(), assemble_command(), serve_command(), check_command()};
+    program.commands = {render_command(), view_command(),     replay_command(), info_command(), compare_command(),
+                        reduce_command(), assemble_command(), serve_command(),  check_command()};
     program.commands.push_back(help_command(program.commands));
     return program;
 }

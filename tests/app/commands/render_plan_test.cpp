@@ -65,7 +65,7 @@ TEST_F(Render_Plan, parts_of_a_plan_make_the_image_of_one_command) {
         {{folder.file("ball.obj"), "--size", "701x403", "--view", "front", "--zoom", "0.4"}, 7},
         {{folder.file("ball.obj"), "--size", "203x64", "--colors", "8", "--edges"}, 5},
         {{folder.file("ball.obj"), "--size", "160x160", "--pass", "depth"}, 3},
-        {{folder.file("map.json"), "--border", "dashed"}, 4}, // as high as it needs to be
+        {{folder.file("map.json"), "--border", "dashed"}, 4},                       // as high as it needs to be
         {{folder.file("ball.obj"), "--size", "64x16", "--background", "none"}, 16}, // as many as there are cells
         {{folder.file("ball.obj"), "--size", "24x24"}, 9},
     };
