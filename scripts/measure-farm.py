@@ -11,7 +11,7 @@ import random
 import sys
 import tempfile
 
-NODES, SLOW_SHARE, SLOW_FACTOR, DEATH, NOTICED = 1000, 0.02, 4.0, 0.005, 30.0
+NODES, WORK, SETUP, SLOW_SHARE, SLOW_FACTOR, DEATH, NOTICED = 1000, 600.0, 5.0, 0.02, 4.0, 0.005, 30.0
 
 
 def run(words):
@@ -54,7 +54,7 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         whole, memory, digest = run([vorna, "render", *common, "-o", folder + "/whole.png", "--hash"])
         print(f"in one piece: {whole:.2f} s, {memory:.0f} MiB")
-        times, setup = [], 0
+        times = []
         for count in map(int, counts):
             planning, _, text = run([vorna, "render", *common, "-o", folder + "/poster.png", "--hash", "--plan", str(count)])
             plan = json.loads(text)
@@ -67,20 +67,22 @@ def main():
                   f"{max(seconds) * count / sum(seconds):.2f} of the mean, areas up to {max(areas) / min(areas):.1f} : 1, "
                   f"memory up to {max(one for _, one in measured):.0f} MiB, joining {joining:.2f} s, {join_memory:.0f} MiB, "
                   f"set-up {plan['setup_seconds'] * count / sum(seconds):.1%}, efficiency {whole / (sum(seconds) + joining):.2f}, "
+                  f"with a machine for each part {planning + max(seconds) + joining:.2f} s, "
                   f"estimate {sum(part['seconds'] for part in plan['parts']) / sum(seconds):.2f} of the measured")
-            setup = plan["setup_seconds"]
             times = list(zip([part["seconds"] for part in plan["parts"]], seconds))
             for part in plan["parts"]:
                 os.remove(part["file"])
     print(f"computed, {NODES} nodes, {SLOW_SHARE:.0%} of them {SLOW_FACTOR:g} times slower, {DEATH:.1%} of the parts lose their node, "
-          f"which is noticed after {NOTICED:g} s; a hundred times the work of the measured parts for each node:")
-    for each in (1, 4, 16):
-        parts = [(setup + 100 * (e - setup) / each, setup + 100 * (s - setup) / each)
+          f"which is noticed after {NOTICED:g} s; {WORK:g} s of work for each node, shared as that of the last parts was, {SETUP:g} s to "
+          f"set up a part:")
+    mean = sum(seconds for _, seconds in times) / len(times)
+    for each in (1, 4, 16, 64):
+        parts = [(SETUP + WORK * e / mean / each, SETUP + WORK * s / mean / each)
                  for e, s in (times * (NODES * each // len(times) + 1))[:NODES * each]]
-        work = sum(seconds for _, seconds in parts)
         runs = sorted(farm(parts, NODES, seed) for seed in range(9))
-        print(f"  {NODES * each} parts: without faults {farm(parts, NODES):.0f} s, with them {runs[4]:.0f} s (of nine runs the middle), "
-              f"{work / NODES:.0f} s if nothing waited")
+        print(f"  {NODES * each} parts: without faults {farm(parts, NODES):.0f} s, with them {runs[4]:.0f} s (of nine runs the middle; "
+              f"efficiency {WORK / runs[4]:.2f})")
 
 
-main()
+if __name__ == "__main__":
+    main()

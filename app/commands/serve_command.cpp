@@ -159,10 +159,10 @@ Command serve_command() {
                          .value = number_value("SECONDS", 0.001, 1e6),
                          .text = "Give up an image after so long",
                          .target = &options->time_limit}},
-            .examples = {{R"(echo '{"id": 1, "render": ["part.stl", "-o", "part.png"]}' | vorna serve)",
-                          R"(answers {"id":1,"status":"drawn","seconds":0.0112})"}},
+            .examples = {{"vorna serve --threads 2", "two images at a time"}},
             .sections = {{"Jobs",
-                          {R"(A job is a line {"id": ID, "render": [WORDS]} with the words of vorna render.)",
+                          {R"(A job is a line {"id": ID, "render": [WORDS]} with the words of vorna render:)",
+                           R"({"id": 1, "render": ["part.stl", "-o", "part.png"]}.)",
                            R"(The answer is a line {"id": ID, "status": "drawn", "seconds": S}, in the)",
                            R"(order in which images are finished; a failure has "failed" and a "message".)"}}},
             .run = [options](const Given& given) {
