@@ -27,7 +27,7 @@ std::vector<std::string> inspector_help_lines() {
         "home, end        before the first call, the last call",
         "drag below       any call; bars are the times of calls",
         "t, ctrl+t        the slowest call and on to faster ones, back",
-        "click            history of a pixel; beside the image none",
+        "click            history of a pixel; beside the image hides it",
         "up, down         the pixel's call before, its next one",
         "1 2 3            colours, depths, mask of the call's clips",
         "4 5              how often pixels were drawn, what they cost",

@@ -28,7 +28,7 @@ shown=no
 for ((i = 0; i < 300; ++i)); do
     kill -0 "$window" 2>/dev/null || fail "the window has closed: $(cat "$work/said")"
     if [ -s "$work/crystals-002.png" ] && import -window root "$work/screen.png" &&
-        "$vorna" compare "$work/screen.png" "$work/crystals-002.png" >"$work/differs"; then
+        "$vorna" compare --by colors "$work/screen.png" "$work/crystals-002.png" >"$work/differs"; then
         shown=yes
         break
     fi
