@@ -73,7 +73,7 @@ const drawing::Setting_Names& setting_options() noexcept {
     static constexpr drawing::Setting_Names names{"--allow-empty", "--bbox",          "--center",    "--clip-to",  "--flip-y",
                                                   "--font",        "--input-format",  "--graticule", "--kernels",  "--layer",
                                                   "--max-memory",  "--allow-outside", "--overlay",   "--tiles-of", "--projection",
-                                                  "--record",      "--scale-bar",     "--size",      "--water"};
+                                                  "--record",      "--map-scale",     "--size",      "--water"};
     return names;
 }
 
