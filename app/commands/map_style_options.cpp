@@ -70,9 +70,9 @@ void add_map_style_options(std::vector<Option>& table, Map_Options& options) {
          .value = text_value("TEXT"),
          .text = "Small text at the lower right, as the data's licence may ask",
          .target = &options.attribution},
-        {.names = {"--scale-bar"},
+        {.names = {"--map-scale"},
          .value = choice_value("UNIT", {"km", "miles"}),
-         .text = "Scale bar at the lower left, for lengths in the middle of the image",
+         .text = "Scale bar at the lower left of a map, for lengths in the middle of the image",
          .target = &options.scale_bar},
     };
     table.insert(table.end(), own.begin(), own.end());

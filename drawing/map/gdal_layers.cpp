@@ -202,7 +202,7 @@ Gdal_Dataset open(const std::string& file, const Gdal_Format& format, std::span<
     const Gdal_Library& library = gdal();
     library.CPLSetErrorHandler(note_failure);
     for (const auto& [name, value] : {std::pair("GDAL_DRIVER_PATH", "disable"),
-                                      {"SHAPE_RESTORE_SHX", "YES"},
+                                      {"SHAPE_RESTORE_SHX", format.suffix == "zip" ? "NO" : "YES"}, // archives cannot be written
                                       {"CPL_DEBUG", "OFF"},
                                       {"LIBKML_RESOLVE_STYLE", "YES"}}) {
         library.CPLSetConfigOption(name, value);
@@ -243,7 +243,7 @@ std::vector<Gdal_Layer> chosen_layers(const std::string& file, Gdal_Dataset data
         });
         if (chosen.empty()) {
             throw Map_Error(file + ": expected " +
-                            (all.empty() ? "a layer, found none"
+                            (all.empty() ? "a layer, found none" + (failure.empty() ? "" : ": " + failure_text())
                                          : "a layer with geometry, found values only; points need columns such as lon and lat"));
         }
         return chosen;

@@ -99,7 +99,8 @@ private:
     std::vector<Cell> cells_;
 };
 
-// Widens the covered part by a round brush. Pixels whose neighbours are covered as well add nothing to what these cover.
+// Widens the covered part by a round brush: a covered pixel reaches half a pixel from its centre, and so does the one that is
+// drawn. Pixels whose neighbours are covered as well add nothing to what these cover.
 std::vector<std::uint8_t> widened(const std::vector<std::uint8_t>& shares, std::int32_t width, std::int32_t height,
                                   double radius) {
     const auto reach = static_cast<std::int32_t>(std::ceil(radius));
@@ -107,7 +108,7 @@ std::vector<std::uint8_t> widened(const std::vector<std::uint8_t>& shares, std::
     std::vector<std::uint8_t> brush;
     for (std::int32_t y = -reach; y <= reach; ++y) {
         for (std::int32_t x = -reach; x <= reach; ++x) {
-            const double inside = radius + 0.5 - std::sqrt(static_cast<double>(x * x + y * y));
+            const double inside = radius + 1 - std::sqrt(static_cast<double>(x * x + y * y));
             brush.push_back(static_cast<std::uint8_t>(std::lround(255 * std::clamp(inside, 0.0, 1.0))));
         }
     }

@@ -262,7 +262,7 @@ TEST_F(Map_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_file
         {{map, "--flip-y"}, "--flip-y: expected coordinates of a plane, found degrees"},
         {{map, "--label-key", "n"}, "--label-key: expected --labels or --label-by beside it, found neither"},
         {{map, "--title", "T", "--halo", "2"}, "--halo: expected --labels or --label-by beside it, found neither"},
-        {{map, "--scale-bar", "km", "--projection", "plane"}, "--scale-bar: expected a projection of the globe, found a plane"},
+        {{map, "--map-scale", "km", "--projection", "plane"}, "--map-scale: expected a projection of the globe, found a plane"},
         {{map, "--fill-by", "n", "--classes", "categories", "--breaks", "1,2"},
          "--breaks: expected classes of numbers beside it, found --classes categories"},
         {{map, "--filter", "a = "}, "--filter: column 5: expected a value, found the end"},

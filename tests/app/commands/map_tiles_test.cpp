@@ -128,7 +128,7 @@ TEST_F(Map_Tiles, bytes_do_not_depend_on_tiles_threads_and_parts) {
     if (WITH_FREETYPE) {
         styles.push_back({"--labels", "--colors", "8", "--label-size", "20"});
         styles.push_back({"--labels", "--supersample", "2", "--background", "none"});
-        styles.push_back({"--labels", "--halo", "5.5", "--halo-color", "#80ff0060", "--scale-bar", "km", "--title", "Tiles"});
+        styles.push_back({"--labels", "--halo", "5.5", "--halo-color", "#80ff00", "--map-scale", "km", "--title", "Tiles"});
     }
     // The second one cuts lines and faces at all four sides.
     for (const Options& part : {Options{}, {"--bbox", "-60,-40,50,45"}}) {

@@ -29,7 +29,9 @@ def topology(features):
     return {"type": "Topology", "arcs": arcs, "objects": {"countries": {"type": "GeometryCollection", "geometries": shapes}}}
 
 
+# A field that one shape has is a field of the map.
 countries = [square(5, 58, "Norway"), square(8, 58, "Sweden"), square(-40, -20, "Atlantis")]
+countries[0]["properties"]["pop"] = 5_500_000
 with tempfile.TemporaryDirectory() as folder:
     os.chdir(folder)
     os.mkdir("package")
@@ -45,7 +47,8 @@ with tempfile.TemporaryDirectory() as folder:
     environment = {**os.environ, "PATH": f"{vorna.parent}:{os.environ['PATH']}"}
     for command in ours:
         done = subprocess.run(["sh", "-c", command], env=environment, capture_output=True, text=True, check=False)
-        assert done.returncode == 0 and not done.stderr, f"{command}: status {done.returncode}: {done.stderr}"
+        errors = [line for line in done.stderr.splitlines() if not line.startswith("vorna: warning: ")]
+        assert done.returncode == 0 and not errors, f"{command}: status {done.returncode}: {done.stderr}"
         if image := re.search(r" -o (\S+)", command):
             assert pathlib.Path(image[1]).stat().st_size > 0, command
         else:

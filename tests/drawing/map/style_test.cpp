@@ -149,7 +149,7 @@ TEST_F(Map_Styles, labels_are_placed_by_their_key_and_stay_in_the_image) {
     for (std::size_t n = 1; n <= 12; ++n) {
         features.push_back(feature(R"({"type":"Point","coordinates":[5,5]})", n));
     }
-    features.push_back(feature(R"({"type":"LineString","coordinates":[[0,8],[10,8]]})", 5));
+    features.push_back(feature(R"({"type":"LineString","coordinates":[[0,7],[10,7]]})", 5));
     features.push_back(feature(R"({"type":"Polygon","coordinates":[[[0,0],[10,0],[10,2],[0,2],[0,0]]]})", 6));
     Map_Settings settings;
     settings.labels = true;
