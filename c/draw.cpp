@@ -22,7 +22,7 @@ template <> struct Host_Point<vorna_point_d> { using Type = VT_Point_D; };
 template <class Number> bool are_finite(const Number* numbers, std::size_t count) noexcept {
     Number sum = 0;
     for (std::size_t i = 0; i < count; ++i) {
-        sum += numbers[i] - numbers[i];
+        sum += numbers[i] - numbers[i]; // NOLINT(misc-redundant-expression)
     }
     return sum == 0;
 }

@@ -95,7 +95,7 @@ vorna_status vorna_map_settings_init(vorna_map_settings* settings, size_t size) 
 vorna_status vorna_map_read(const char* file, const vorna_map_settings* settings, const vorna_reading* reading, vorna_map** map) {
     return make_handle(map, "map", [&] {
         const std::string path = &required(file, "file");
-        return std::unique_ptr<vorna_map>(new vorna_map{vorna::drawing::Map(path, settings_of(settings), reading_of(reading))});
+        return std::make_unique<vorna_map>(vorna_map{vorna::drawing::Map(path, settings_of(settings), reading_of(reading))});
     });
 }
 
@@ -104,7 +104,7 @@ vorna_status vorna_map_parse(const char* format, const char* text, size_t size, 
     return make_handle(map, "map", [&] {
         const std::string suffix = &required(format, "format");
         require_list(text, size, "text");
-        return std::unique_ptr<vorna_map>(new vorna_map{vorna::drawing::Map(
+        return std::make_unique<vorna_map>(vorna_map{vorna::drawing::Map(
             "map", suffix, size > 0 ? std::string(text, size) : std::string(), settings_of(settings), reading_of(reading))});
     });
 }

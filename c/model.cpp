@@ -179,7 +179,7 @@ vorna_status vorna_model_read(size_t count, const char* const* files, const vorn
         for (std::size_t i = 0; i < count; ++i) {
             names.emplace_back(&required(files[i], "files"));
         }
-        return std::unique_ptr<vorna_model>(new vorna_model{vorna::drawing::Model(names, reading_of(reading))});
+        return std::make_unique<vorna_model>(vorna_model{vorna::drawing::Model(names, reading_of(reading))});
     });
 }
 
@@ -190,7 +190,7 @@ vorna_status vorna_mesh_init(vorna_mesh* mesh, size_t size) {
 vorna_status vorna_model_create(const vorna_mesh* mesh, vorna_model** model) {
     return make_handle(model, "model", [&] {
         const vorna_mesh given = settings_or(&required(mesh, "mesh"), vorna_mesh{});
-        return std::unique_ptr<vorna_model>(new vorna_model{vorna::drawing::Model(mesh_of(given))});
+        return std::make_unique<vorna_model>(vorna_model{vorna::drawing::Model(mesh_of(given))});
     });
 }
 

@@ -26,7 +26,7 @@ const vorna_replay_settings& default_settings() noexcept {
 VORNA_SETTINGS_END(vorna_replay_settings, last);
 
 std::unique_ptr<vorna_recording> handle_of(Recording content) {
-    return std::unique_ptr<vorna_recording>(new vorna_recording{std::move(content)});
+    return std::make_unique<vorna_recording>(vorna_recording{std::move(content)});
 }
 
 } // namespace

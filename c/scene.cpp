@@ -16,7 +16,7 @@ using namespace vorna::c;
 vorna_status vorna_scene_create(const vorna_model* model, const vorna_view* view, const vorna_image_settings* settings,
                                 vorna_scene** scene) {
     return make_handle(scene, "scene", [&] {
-        return std::unique_ptr<vorna_scene>(new vorna_scene{
+        return std::make_unique<vorna_scene>(vorna_scene{
             vorna::drawing::Model_Images(required(model, "model").content, view_of(view), image_settings_of(settings))});
     });
 }

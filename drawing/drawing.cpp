@@ -62,6 +62,7 @@ Model::Model(const std::vector<std::string>& files, const Reading& reading)
         throw Usage_Error("files: expected one or more");
     }
     std::vector<Input> inputs;
+    inputs.reserve(files.size());
     for (const std::string& file : files) {
         inputs.push_back(open_input(file, "", *content_->limits));
     }

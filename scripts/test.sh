@@ -43,7 +43,7 @@ if [ "$everything" ]; then
 
     # The sources of the kernel sets are the same but for their vocabulary of lanes.
     step "clang-tidy"
-    run-clang-tidy -p build/clang-asan -j "$jobs" -quiet "^$PWD/(app|c|renderer|vorna)/(?!.*_(portable|baseline|avx512|neon)\.cpp)" 2>/dev/null
+    run-clang-tidy -p build/clang-asan -j "$jobs" -quiet "^$PWD/(app|c|drawing|renderer|vorna)/(?!.*_(portable|baseline|avx512|neon)\.cpp)" 2>/dev/null
 
     # Seeded properties have no more to find there than what compilers and run-time libraries do differently.
     VORNA_TEST_SCALE=${VORNA_TEST_SCALE:-0.2} check windows-mingw

@@ -1,10 +1,11 @@
 // How the threads of a canvas draw what was kept.
 #include <algorithm>
 #include <chrono>
-#include <ctime>
 #include <new>
 #include <thread>
 #include <utility>
+
+#include <time.h>
 
 #include "vorna/canvas_threads.h"
 
@@ -19,7 +20,7 @@ double seconds_on_the_clock() {
 // Processor time of this thread.
 double seconds_of_thread() {
 #if defined(CLOCK_THREAD_CPUTIME_ID)
-    std::timespec time{};
+    timespec time{};
     if (clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time) == 0) {
         return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
     }
@@ -81,7 +82,7 @@ void Canvas_Threads::make_room(std::size_t band, std::size_t bytes) {
 std::int32_t Canvas_Threads::band_height() const noexcept {
     // Renderers may keep values of blocks of up to so many rows, which no two of them should share.
     constexpr std::size_t block_height = 16;
-    const auto height = static_cast<std::size_t>(window_.top - window_.bottom + 1);
+    const auto height = static_cast<std::size_t>(window_.top - window_.bottom) + 1;
     const std::size_t rows = (height - 1) / most_bands() + 1;
     return static_cast<std::int32_t>((rows + block_height - 1) / block_height * block_height);
 }

@@ -20,7 +20,7 @@ template <class Number> std::string text_of(Number number) {
     return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
 }
 
-template <class Number> Value bounded_value(std::string word, Number least, Number most, const char* kind) {
+template <class Number> Value bounded_value(const std::string& word, Number least, Number most, const char* kind) {
     const std::string from = text_of(least), to = text_of(most);
     const auto problem = [=](const std::string& text) -> std::string {
         const char* const end = text.data() + text.size();
@@ -31,7 +31,7 @@ template <class Number> Value bounded_value(std::string word, Number least, Numb
         }
         return std::string("expected a ") + kind + " from " + from + " to " + to + ", found '" + text + "'";
     };
-    return {.word = std::move(word), .range = from + " to " + to, .problem = problem};
+    return {.word = word, .range = from + " to " + to, .problem = problem};
 }
 
 bool contains(const std::vector<std::string>& names, const std::string& name) {
@@ -57,15 +57,15 @@ Value choice_value(std::string word, std::vector<std::string> choices) {
         return contains(choices, text) ? std::string()
                                        : "expected " + list_of(choices) + ", found '" + text + "'" + nearest_name(text, choices);
     };
-    return {.word = std::move(word), .choices = choices, .problem = problem};
+    return {.word = std::move(word), .choices = std::move(choices), .problem = problem};
 }
 
-Value whole_value(std::string word, std::int64_t least, std::int64_t most) {
-    return bounded_value(std::move(word), least, most, "whole number");
+Value whole_value(const std::string& word, std::int64_t least, std::int64_t most) {
+    return bounded_value(word, least, most, "whole number");
 }
 
-Value number_value(std::string word, double least, double most) {
-    return bounded_value(std::move(word), least, most, "number");
+Value number_value(const std::string& word, double least, double most) {
+    return bounded_value(word, least, most, "number");
 }
 
 Value output_value(std::string word, std::vector<std::string> endings) {

@@ -30,8 +30,8 @@ Value suggested_value(std::string word, std::vector<std::string> choices);
 // Accepts the choices only.
 Value choice_value(std::string word, std::vector<std::string> choices);
 // Accepts numbers in [least, most], for std::int64_t whole ones only.
-Value whole_value(std::string word, std::int64_t least, std::int64_t most);
-Value number_value(std::string word, double least, double most);
+Value whole_value(const std::string& word, std::int64_t least, std::int64_t most);
+Value number_value(const std::string& word, double least, double most);
 // Accepts names of files to write, unless they end as files of other kinds do: images, models and documents. endings: in lower
 // case and without the dot, the preferred one first.
 Value output_value(std::string word, std::vector<std::string> endings);

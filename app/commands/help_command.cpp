@@ -15,6 +15,7 @@ namespace vorna::app {
 
 Command help_command(const std::vector<Command>& others) {
     std::vector<std::string> names;
+    names.reserve(others.size());
     for (const Command& command : others) {
         names.push_back(command.name);
     }

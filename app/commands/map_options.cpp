@@ -29,7 +29,7 @@ std::vector<std::string> border_names() {
 
 // Nothing: no line at all.
 std::optional<Dashes> parsed_dashes(const char* option, const std::string& text) {
-    const std::optional<Dashes> dashes = text == "none" ? std::nullopt : dashes_of(text);
+    std::optional<Dashes> dashes = text == "none" ? std::nullopt : dashes_of(text);
     if (!dashes && text != "none") {
         throw drawing::Usage_Error(
             std::string(option) +

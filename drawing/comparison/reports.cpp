@@ -106,8 +106,9 @@ std::string junit_of(const Report& report) {
         const bool is_error = pair.verdict == Verdict::unreadable;
         const std::string element = is_error ? "error" : "failure";
         failures += is_error ? 0 : 1;
-        cases += ">\n      <" + element + " type=\"" + key_of(pair.verdict) + "\" message=\"" + markup_escaped(pair.text) +
-                 "\">" + markup_escaped(pair.text) + "</" + element + ">\n    </testcase>\n";
+        const std::string text = markup_escaped(pair.text);
+        cases.append(">\n      <" + element + " type=\"" + key_of(pair.verdict) + "\" message=\"" + text + "\">")
+            .append(text + "</" + element + ">\n    </testcase>\n");
     }
     const std::string counts = " tests=\"" + std::to_string(report.pairs.size()) + "\" failures=\"" + std::to_string(failures) +
                                "\" errors=\"" + std::to_string(errors) + "\"";

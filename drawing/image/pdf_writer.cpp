@@ -66,7 +66,7 @@ std::string Pdf_Encoder::head() {
 }
 
 std::string Pdf_Encoder::join(const Sample_Rows& rows, Packed_Rows packed) {
-    std::string bytes = joined(rows, std::move(packed));
+    std::string bytes = joined(rows, packed);
     size_ += bytes.size();
     content_ += bytes.size();
     return bytes;

@@ -78,7 +78,7 @@ Packed_Rows Row_Packer::pack(const Sample_Rows& rows) const {
             adler32_of(bytes)};
 }
 
-std::string Row_Packer::joined(const Sample_Rows& rows, Packed_Rows packed) {
+std::string Row_Packer::joined(const Sample_Rows& rows, const Packed_Rows& packed) {
     std::string content;
     if (rows.first == 0) {
         content = "\x78\x9C"; // deflate with its largest window
@@ -129,7 +129,7 @@ std::string Png_Encoder::head() {
 
 std::string Png_Encoder::join(const Sample_Rows& rows, Packed_Rows packed) {
     std::string chunk;
-    append_chunk(chunk, "IDAT", joined(rows, std::move(packed)));
+    append_chunk(chunk, "IDAT", joined(rows, packed));
     return chunk;
 }
 

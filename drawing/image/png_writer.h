@@ -28,7 +28,7 @@ protected:
     const Image_Form& form() const noexcept { return form_; }
     const Png_Layout& layout() const noexcept { return layout_; }
     // The stream's next bytes.
-    std::string joined(const Sample_Rows& rows, Packed_Rows packed);
+    std::string joined(const Sample_Rows& rows, const Packed_Rows& packed);
 
 private:
     Image_Form form_;

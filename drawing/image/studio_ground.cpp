@@ -44,7 +44,7 @@ void blur_columns(std::vector<std::int32_t>& map, std::int32_t reach) {
     std::array<std::int32_t, side> sums{};
     const auto add = [&](std::int32_t row, std::int32_t sign) {
         if (row >= 0 && row < side) {
-            const std::int32_t* of_row = &values[static_cast<std::size_t>(row * side)];
+            const std::int32_t* of_row = &values[static_cast<std::size_t>(row) * side];
             for (std::size_t i = 0; i < side; ++i) {
                 sums[i] += sign * of_row[i];
             }
@@ -55,7 +55,7 @@ void blur_columns(std::vector<std::int32_t>& map, std::int32_t reach) {
     }
     for (std::int32_t row = 0; row < side; ++row) {
         add(row + reach, 1);
-        std::ranges::transform(sums, &map[static_cast<std::size_t>(row * side)], [&](std::int32_t sum) { return mean.of(sum); });
+        std::ranges::transform(sums, &map[static_cast<std::size_t>(row) * side], [&](std::int32_t sum) { return mean.of(sum); });
         add(row - reach, -1);
     }
 }
@@ -64,7 +64,7 @@ void blur_columns(std::vector<std::int32_t>& map, std::int32_t reach) {
 void blur(std::vector<std::int32_t>& map, std::int32_t reach) {
     for (int pass = 0; pass < 3; ++pass) {
         for (std::int32_t row = 0; row < side; ++row) {
-            blur_row(&map[static_cast<std::size_t>(row * side)], reach);
+            blur_row(&map[static_cast<std::size_t>(row) * side], reach);
         }
         blur_columns(map, reach);
     }
@@ -89,7 +89,7 @@ Studio_Ground::Studio_Ground(const std::vector<std::uint16_t>& heights, const Ho
     blur(all, 14);
     for (std::int32_t row = 1; row < side - 1; ++row) {
         for (std::int32_t column = 1; column < side - 1; ++column) {
-            const auto i = static_cast<std::size_t>(row * side + column);
+            const auto i = static_cast<std::size_t>(row) * side + static_cast<std::size_t>(column);
             map_[i] = (0.42F * static_cast<float>(near[i]) + 0.46F * static_cast<float>(all[i])) * (1 / full);
         }
     }
@@ -124,7 +124,7 @@ Column_Range Studio_Ground::shade(std::int32_t x, std::int32_t y, std::int32_t s
         }
         const auto left = static_cast<std::int32_t>(u), bottom = static_cast<std::int32_t>(v);
         const auto right_part = static_cast<float>(u - left), top_part = static_cast<float>(v - bottom);
-        const float* map = &map_[static_cast<std::size_t>(bottom * side + left)];
+        const float* map = &map_[static_cast<std::size_t>(bottom) * side + static_cast<std::size_t>(left)];
         const float low = map[0] + (map[1] - map[0]) * right_part, high = map[side] + (map[side + 1] - map[side]) * right_part;
         const std::int32_t to_border = std::min({column - frame_.left, frame_.right - column, above});
         const float whole = std::min(static_cast<float>(to_border) * per_pixel_, 1.0F);

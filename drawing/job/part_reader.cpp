@@ -122,7 +122,7 @@ void Part_Reader::read_head() {
         if (type_ == "IHDR" && content.size() == 13) {
             form_.width = number_of(content.data());
             form_.height = number_of(content.data() + 4);
-            sample_bits = content[8];
+            sample_bits = static_cast<std::uint8_t>(content[8]);
             colors = static_cast<Png_Layout::Colors>(content[9]);
             form_.opaque = colors != Png_Layout::Colors::red_green_blue_alpha;
             form_.colors =

@@ -90,7 +90,7 @@ Studio_Ground Studio::ground_seen(const model::Tile_Grid& grid, const model::Cam
     const Raster rows = raster_of(*depths);
     std::vector<std::uint16_t> heights(std::size_t{Studio_Ground::side} * Studio_Ground::side);
     for (std::int32_t row = 0; row < Studio_Ground::side; ++row) {
-        std::memcpy(&heights[static_cast<std::size_t>((Studio_Ground::side - 1 - row) * Studio_Ground::side)],
+        std::memcpy(&heights[static_cast<std::size_t>(Studio_Ground::side - 1 - row) * Studio_Ground::side],
                     rows.top + row * rows.row_bytes, 2 * std::size_t{Studio_Ground::side});
     }
     return view.seen(camera, grid.frame, heights).value_or(Studio_Ground());

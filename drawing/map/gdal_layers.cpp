@@ -221,7 +221,7 @@ std::vector<Gdal_Layer> chosen_layers(const std::string& file, Gdal_Dataset data
         if (named(name) == all.end()) {
             std::string names;
             for (Gdal_Layer layer : all) {
-                names += (names.empty() ? "" : ", ") + std::string(gdal().OGR_L_GetName(layer));
+                names.append(names.empty() ? "" : ", ").append(gdal().OGR_L_GetName(layer));
             }
             throw Map_Error(name_of(Setting::layer) + ": expected one of " + names + ", found '" + name + "'");
         }

@@ -54,13 +54,14 @@ std::optional<Dashes> dashes_of(const std::string& text) {
     }
     const std::vector<double> lengths = numbers_between_commas(text);
     const bool fits = !lengths.empty() && lengths.size() % 2 == 0 && std::ranges::all_of(lengths, [&](const double& length) {
-        return length <= 10000 && (&length - lengths.data()) % 2 ? length > 0 : length >= 0;
+        return length <= 10000 && ((&length - lengths.data()) % 2 ? length > 0 : length >= 0);
     });
     return fits ? std::optional(lengths) : std::nullopt;
 }
 
 std::vector<std::string> symbol_names() {
     std::vector<std::string> names;
+    names.reserve(std::size(symbols));
     for (const auto& [name, symbol] : symbols) {
         names.emplace_back(name);
     }

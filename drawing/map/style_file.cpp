@@ -72,7 +72,7 @@ template <class Text> std::string one_of(const Json& value, const std::vector<Te
     for (const Text& name : names) {
         expected += (expected.empty() ? "one of " : ", ") + std::string(name);
     }
-    const std::string found = text_in(value, expected.c_str());
+    std::string found = text_in(value, expected.c_str());
     if (std::ranges::find(names, found) == names.end()) {
         throw Wrong_Value{expected};
     }
@@ -91,7 +91,7 @@ std::optional<Dashes> dashes_in(const Json& value) {
     if (value == "none") {
         return std::nullopt;
     }
-    const auto dashes = value.is_string() ? dashes_of(value.get<std::string>()) : std::nullopt;
+    auto dashes = value.is_string() ? dashes_of(value.get<std::string>()) : std::nullopt;
     if (!dashes) {
         std::string expected = "none, ";
         for (const std::string& name : dash_names()) {

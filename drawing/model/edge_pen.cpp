@@ -65,7 +65,7 @@ void Kept_Pixels::keep(const VT_Int_Rectangle& rectangle) {
     if (!buffer_ || area.left > area.right || area.bottom > area.top) {
         return;
     }
-    const auto width = static_cast<std::size_t>(area.right - area.left + 1);
+    const auto width = static_cast<std::size_t>(area.right - area.left) + 1;
     areas_.push_back(area);
     for (std::int32_t y = area.top; y >= area.bottom; --y) {
         const std::uint8_t* row = buffer_->rows[y - origin_.y] + 4 * std::ptrdiff_t{area.left - origin_.x};

@@ -276,7 +276,8 @@ double Edge_Renderer::rise_beside(std::size_t corner, const Plane& plane) const 
     const std::uint32_t* corners = &edges_.triangles[first];
     const bool is_inside =
         (projection_.planes[corners[0]] | projection_.planes[corners[1]] | projection_.planes[corners[2]]) == 0;
-    const double reached = 2.0 + settings_.width / 2, height = is_inside ? std::abs(twice_area) / length : reached;
+    const int half_width = settings_.width / 2;
+    const double reached = 2 + half_width, height = is_inside ? std::abs(twice_area) / length : reached;
     return std::clamp(nearer * std::min(reached, height), 0.0, plane.range);
 }
 

@@ -63,15 +63,15 @@ template <class Slot, auto... values> Row<typename Slot::Function> row() {
     return {Slot::place, {cell<Slot, values>()...}};
 }
 
-inline constexpr Case N8 = Case::index8, N32 = Case::rgb32, N32A = Case::rgb32_alpha;
-inline constexpr Case D8 = Case::depth_index8, D32 = Case::depth_rgb32, D32A = Case::depth_rgb32_alpha;
+inline constexpr Case n8 = Case::index8, n32 = Case::rgb32, n32a = Case::rgb32_alpha;
+inline constexpr Case d8 = Case::depth_index8, d32 = Case::depth_rgb32, d32a = Case::depth_rgb32_alpha;
 
 template <class Slot> auto members() {
-    return row<Slot, N8, N32, N32A, D8, D32, D32A>();
+    return row<Slot, n8, n32, n32a, d8, d32, d32a>();
 }
 
 template <class Slot> auto members_with_depth() {
-    return row<Slot, keep, keep, keep, D8, D32, D32A>();
+    return row<Slot, keep, keep, keep, d8, d32, d32a>();
 }
 
 // The same in all six cases.
@@ -110,13 +110,13 @@ auto slot_table() {
         members<Draw_DCI_Colorized_Polyline>(),
         members<Draw_DCI_Gouraud_Polyline>(),
         members<Draw_DCI_Dot>(),
-        row<Draw_2DI_Polymarker,           N8,   N32,  N32A, keep, D32,  D32A>(),
-        row<Draw_2DI_Colorized_Polymarker, keep, keep, N32A, keep, keep, keep>(),
-        row<Draw_DCI_Ellipse,              keep, N32,  N32,  keep, keep, keep>(),
-        row<Draw_DCI_Elliptical_Arc,       keep, N32,  N32,  keep, keep, keep>(),
+        row<Draw_2DI_Polymarker,           n8,   n32,  n32a, keep, d32,  d32a>(),
+        row<Draw_2DI_Colorized_Polymarker, keep, keep, n32a, keep, keep, keep>(),
+        row<Draw_DCI_Ellipse,              keep, n32,  n32,  keep, keep, keep>(),
+        row<Draw_DCI_Elliptical_Arc,       keep, n32,  n32,  keep, keep, keep>(),
         // A buffer draws images of its own format itself.
-        row<Draw_DCI_RGB32_Image,          host, N32,  N32,  host, D32,  D32>(),
-        row<Draw_DCI_Index8_Image,         N8,   host, host, D8,   host, host>(),
+        row<Draw_DCI_RGB32_Image,          host, n32,  n32,  host, d32,  d32>(),
+        row<Draw_DCI_Index8_Image,         n8,   host, host, d8,   host, host>(),
         row<Write_Depth_Rectangle, keep, keep, keep, write_depth_rectangle, write_depth_rectangle, write_depth_rectangle>(),
         row<Read_Depth_Image, keep, keep, keep, read_depth_image, read_depth_image, read_depth_image>(),
         row<Clear_Depth_Rectangle, clear_no_depth, clear_no_depth, clear_no_depth, clear_depth_rectangle, clear_depth_rectangle, clear_depth_rectangle>(),
@@ -135,10 +135,10 @@ auto slot_table() {
 auto opaque_texture_table() {
     using namespace slots;
     return std::tuple{
-        row<Stored_Texels<Draw_2D_Textured_Polytriangle>,  keep, keep, keep, D8, keep, keep>(),
-        row<Stored_Texels<Draw_DC_Textured_Polytriangle>,  keep, keep, keep, D8, keep, keep>(),
-        row<Stored_Texels<Draw_2DI_Textured_Polytriangle>, keep, keep, keep, D8, keep, keep>(),
-        row<Stored_Texels<Draw_DCI_Textured_Polytriangle>, keep, keep, keep, D8, keep, keep>(),
+        row<Stored_Texels<Draw_2D_Textured_Polytriangle>,  keep, keep, keep, d8, keep, keep>(),
+        row<Stored_Texels<Draw_DC_Textured_Polytriangle>,  keep, keep, keep, d8, keep, keep>(),
+        row<Stored_Texels<Draw_2DI_Textured_Polytriangle>, keep, keep, keep, d8, keep, keep>(),
+        row<Stored_Texels<Draw_DCI_Textured_Polytriangle>, keep, keep, keep, d8, keep, keep>(),
     };
 }
 

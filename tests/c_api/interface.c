@@ -252,6 +252,7 @@ static void try_models_and_maps(const char* file) {
         found[faces[i] + 1] = 1;
     }
     CHECK(found[0] && found[1] && found[2]);
+    vorna_image_free(color);
     CHECK(vorna_scene_draw(scene, &view, 64, 48, NULL, NULL, NULL, NULL, NULL) == VORNA_INVALID_ARGUMENT);
     CHECK(vorna_scene_draw(scene, &view, 0, 48, &color, NULL, NULL, NULL, NULL) == VORNA_INVALID_INPUT);
     vorna_scene_free(scene);

@@ -16,6 +16,7 @@
 namespace {
 
 constexpr int pictures = 10'000;
+constexpr int warming_pictures = 1'000;
 constexpr int establish_cycles = 500; // fewer would not be warm after a tenth
 
 // Pages that the process holds, in KiB.
@@ -29,23 +30,22 @@ long resident_kib() {
     return resident * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
-// What the process holds after a tenth of the work, when everything is warm, and at its end.
+// What the process holds after the first steps, when everything is warm, and at its end.
 class Growth {
 public:
-    explicit Growth(int steps) : steps_(steps) {}
+    explicit Growth(int steps, int warm_steps) : steps_(steps), warm_steps_(warm_steps) {}
 
     void look_after(int step) {
-        if (step == steps_ / 10) {
+        if (step == warm_steps_) {
             allocations_ = live_allocations();
             resident_ = resident_kib();
         }
     }
 
     void expect_none(const char* what) const {
-        std::printf(
-            "%d %s: %lld allocations at the end of all that were made, %lld after a tenth; resident %ld KiB, %ld after a tenth\n",
-            steps_, what, static_cast<long long>(live_allocations()), static_cast<long long>(allocations_), resident_kib(),
-            resident_);
+        std::printf("%d %s: %lld allocations at the end of all that were made, %lld after %d; resident %ld KiB, %ld after %d\n",
+                    steps_, what, static_cast<long long>(live_allocations()), static_cast<long long>(allocations_), warm_steps_,
+                    resident_kib(), resident_, warm_steps_);
         EXPECT_EQ(live_allocations(), allocations_);
 #if !defined(HAS_ADDRESS_SANITIZER)
         // Pages that the system's allocator keeps vary a little.
@@ -54,7 +54,7 @@ public:
     }
 
 private:
-    int steps_;
+    int steps_, warm_steps_;
     std::int64_t allocations_ = 0;
     long resident_ = 0;
 };
@@ -120,7 +120,7 @@ void draw_picture(VT_Renderer_Data& renderer, int number, const VT_Int_Rectangle
 
 TEST(Endurance, Pictures_Leave_Nothing_Behind) {
     constexpr VT_Int_Rectangle window{-7, 52, 3, 42};
-    const int count = scaled(pictures);
+    const int count = std::max(scaled(pictures), 4 * warming_pictures);
     Buffer_Watch buffers[std::size(renderer_cases)];
     std::vector<vorna::Module::Renderer> renderers;
     for (std::size_t c = 0; c < std::size(renderer_cases); ++c) {
@@ -128,7 +128,7 @@ TEST(Endurance, Pictures_Leave_Nothing_Behind) {
         configure(renderers[c]->current_renderer_options_for_update(), renderer_cases[c], {60, 40}, {window.left, window.bottom});
         renderers[c]->establish_all();
     }
-    Growth growth(count);
+    Growth growth(count, warming_pictures);
     for (int i = 1; i <= count; ++i) {
         const std::size_t c = static_cast<std::size_t>(i) % renderers.size();
         draw_picture(*renderers[c], i, window);
@@ -147,7 +147,7 @@ TEST(Endurance, Changing_Windows_Leave_Nothing_Behind) {
     const int count = std::max(establish_cycles, scaled(establish_cycles));
     Buffer_Watch buffers;
     const auto renderer = make_renderer(buffers);
-    Growth growth(count);
+    Growth growth(count, count / 10);
     for (int i = 1; i <= count; ++i) {
         Random random(static_cast<std::uint64_t>(i));
         const bool is_looked_at = i == count / 10 || i == count; // with the same window, and so the same buffers

@@ -13,12 +13,13 @@
 
 namespace vorna::drawing::model {
 
-// A colour picture whatever its file holds: red, green and blue by row from the top.
+// A colour image whatever its file holds: red, green and blue by row from the top; of gray samples the high bytes.
 struct Picture {
     explicit Picture(const replay_tests::Png_Pixels& png) : width(png.width), height(png.height) {
         for (std::size_t i = 0; i < png.bytes.size(); i += png.pixel_bytes) {
             const std::uint8_t* rgb = png.palette.empty() ? &png.bytes[i] : &png.palette[3U * png.bytes[i]];
-            pixels.push_back({rgb[0], rgb[1], rgb[2]});
+            const bool is_gray = png.color_type == 0;
+            pixels.push_back(is_gray ? std::array<int, 3>{rgb[0], rgb[0], rgb[0]} : std::array<int, 3>{rgb[0], rgb[1], rgb[2]});
         }
     }
 

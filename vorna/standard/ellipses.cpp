@@ -232,7 +232,7 @@ public:
     }
 
     void operator()(std::int32_t row, std::int32_t first, std::int32_t last) {
-        colors_.assign(static_cast<std::size_t>(last - first + 1), color_);
+        colors_.assign(static_cast<std::size_t>(last - first) + 1, color_);
         if (color_.alpha < 255) {
             blend(row, first, last);
         }

@@ -16,7 +16,7 @@ class Window_Painter {
 public:
     Window_Painter(VT_Renderer_Data& renderer, const VT_Window_Attributes& window, const VT_Int_Rectangle& rectangle)
         : renderer_(renderer), has_colors_(renderer.current_renderer_options().color_system() == 1), paint_(new VT_Rendition) {
-        const auto width = static_cast<std::size_t>(rectangle.right - rectangle.left + 1);
+        const auto width = static_cast<std::size_t>(rectangle.right - rectangle.left) + 1;
         (has_colors_ ? colors_.assign(width, window.color) : indices_.assign(width, window.index));
         paint_->clip.hard_clip = rectangle;
         paint_->clip.depth_test = false;

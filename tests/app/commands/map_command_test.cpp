@@ -223,6 +223,7 @@ TEST_F(Map_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_file
         {{model, "--bbox", "0,0,1,1"}, "--bbox: expected a map or drawing, found " + model},
         {{map, "--bbox", "0,1,2"}, "--bbox: expected west,south,east,north with south below north, found '0,1,2'"},
         {{map, "--border", "wavy"}, "--border: expected none, solid, dashed"},
+        {{map, "--border", "20000,1"}, "--border: expected none, solid, dashed"},
         {{map, "--border", "0,0"}, "--border: expected none"},
         {{map, "--fill", "puce"}, "--fill: expected palette, none"},
         {{map, "--flip-y"}, "--flip-y: expected coordinates of a plane, found degrees"},

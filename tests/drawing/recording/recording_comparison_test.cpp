@@ -83,7 +83,7 @@ TEST(Document_Comparison, names_what_differs) {
     // Forms that mean the same.
     EXPECT_THAT(changed_by([&](json& d) {
                     call(d, 2)["points"] = {6, 0, 9, 14, 0, 9, 6, 7, 9, 14, 7, 9};
-                    d["renditions"] = {call(d, 2)["rendition"]};
+                    d["renditions"] = json::array({call(d, 2)["rendition"]});
                     call(d, 2)["rendition"] = 0;
                 }),
                 ElementsAre());
