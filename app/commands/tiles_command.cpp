@@ -172,6 +172,7 @@ void draw_and_write(const Tiles_Options& options, const Pyramid_Settings& settin
         return std::chrono::duration<double>(Clock::now() - start).count();
     };
     const drawing::Interruption interruption; // so that no unfinished file stays behind
+    check_levels(settings, map);
     Tile_Log log(log_of(options), key, options.resume);
     const auto start = Clock::now();
     draw_pyramid(settings, chosen_module(given), map, log);

@@ -190,6 +190,7 @@ std::optional<Coordinate_Lists> Coordinate_Lists::split(const std::string& file,
     constexpr std::uint64_t memory_per_byte = 6; // "[1,2]," becomes a position, in a list with as much room again
     Coordinate_Lists lists;
     lists.memory_ = Load_Limits::Loan(limits, file, memory_per_byte * text.size());
+    lists.rest_.reserve(text.size());
     return Scanner(text, lists).split() ? std::optional(std::move(lists)) : std::nullopt;
 }
 

@@ -92,8 +92,12 @@ double Map_Painter::longest_dashed_segment(const Line_Paint& paint) {
     return elements / static_cast<double>(paint.dashes->size()) * repetition;
 }
 
-std::uint8_t Map_Painter::index_of(VT_RGB32 color) const {
-    return static_cast<std::uint8_t>(renderer_.current_renderer_options().palette().closest_match(color, false));
+std::uint8_t Map_Painter::index_of(VT_RGB32 color) {
+    if (!indexed_ || indexed_->first != color) {
+        const VT_Palette& palette = renderer_.current_renderer_options().palette();
+        indexed_ = {color, static_cast<std::uint8_t>(palette.closest_match(color, false))};
+    }
+    return indexed_->second;
 }
 
 void Map_Painter::fill(const Face& face, VT_RGB32 color) {

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "drawing/map/lettering.h"
@@ -65,15 +67,16 @@ public:
 private:
     void blend(const Letter_Pixels& pixels, const Text_Paint& paint);
     void draw_rows(const Letter_Pixels& pixels, const Text_Paint& paint);
-    std::uint8_t index_of(VT_RGB32 color) const;
+    std::uint8_t index_of(VT_RGB32 color);
     void set_line(const Line_Paint& paint);
     void draw_points(const std::vector<VT_DCI_Point>& points, const Line_Paint& paint);
 
     VT_Renderer_Data& renderer_;
     VT_Reference<VT_Rendition> rendition_;
     View view_;
-    VT_Int_Rectangle visible_; // pixels of the image in the window
-    bool is_part_;             // of the image
+    VT_Int_Rectangle visible_;                                 // pixels of the image in the window
+    bool is_part_;                                             // of the image
+    std::optional<std::pair<VT_RGB32, std::uint8_t>> indexed_; // the last colour with its index
 };
 
 } // namespace vorna::drawing::map

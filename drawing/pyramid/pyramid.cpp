@@ -208,7 +208,23 @@ Shares shares_of(const Pyramid_Settings& settings, const Drawing_Needs& needs) {
                       memory_text(settings.max_memory));
 }
 
+Drawing_Needs needs_of(const Pyramid_Settings& settings, const Map_Drawing& drawing, int zoom) {
+    const std::int32_t side = settings.tile_side << zoom;
+    Drawing_Needs needs = drawing.needs({side, side}, settings.supersample);
+    if (!needs.one_piece.empty()) {
+        throw Usage_Error("zoom level " + std::to_string(zoom) + ": expected a map that can be cut into tiles, but " +
+                          needs.one_piece);
+    }
+    return needs;
+}
+
 } // namespace
+
+void check_levels(const Pyramid_Settings& settings, const Map_Drawing& drawing) {
+    for (int zoom = settings.first_zoom; zoom <= settings.last_zoom; ++zoom) {
+        shares_of(settings, needs_of(settings, drawing, zoom));
+    }
+}
 
 void fit_to_pyramid(map::Map_Settings& settings) {
     settings.projection = "mercator";
@@ -230,12 +246,7 @@ void draw_pyramid(const Pyramid_Settings& settings, const Module_Choice& module,
     const double count = static_cast<double>(tile_count(settings));
     double done = 0;
     for (int zoom = settings.first_zoom; zoom <= settings.last_zoom; ++zoom) {
-        const std::int32_t side = settings.tile_side << zoom;
-        const Drawing_Needs needs = drawing.needs({side, side}, settings.supersample);
-        if (!needs.one_piece.empty()) {
-            throw Usage_Error("zoom level " + std::to_string(zoom) + ": expected a map that can be cut into tiles, but " +
-                              needs.one_piece);
-        }
+        const Drawing_Needs needs = needs_of(settings, drawing, zoom);
         const Shares shares = shares_of(settings, needs);
         const Level level(settings, zoom, shares.block_side, needs);
         std::vector<std::size_t> blocks = level.blocks();

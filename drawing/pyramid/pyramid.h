@@ -28,9 +28,11 @@ struct Pyramid_Settings {
 // The settings of a map whose images are squares of Web Mercator: its projection and extent.
 void fit_to_pyramid(map::Map_Settings& settings);
 
+// Throws Usage_Error for dashes that cannot be cut, and for too little memory.
+void check_levels(const Pyramid_Settings& settings, const Map_Drawing& drawing);
+
 // Draws each level as one image of tile_side * 2^zoom pixels each way, in blocks of tiles that several threads share, and adds
-// the tiles to the log, without blocks that it has. So a tile is a part of its level's image, labels included. Throws Usage_Error
-// for levels beyond the largest image, for dashes that cannot be cut, and for too little memory.
+// the tiles to the log, without blocks that it has. So a tile is a part of its level's image, labels included.
 void draw_pyramid(const Pyramid_Settings& settings, const Module_Choice& module, Map_Drawing& drawing, Tile_Log& log);
 
 // The number of tiles.

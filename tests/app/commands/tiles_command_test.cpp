@@ -135,7 +135,7 @@ TEST_F(Tiles_Command, refuses_what_makes_no_tiles_in_one_line) {
         {{map, "-o", out, "--zoom", "1x"}, "found '1x'"},
         {{map, "-o", out, "--zoom", "0", "--bbox", "170,0,-170,9"}, "--bbox: expected degrees with west below east"},
         {{map, "-o", out, "--zoom", "5", "--border", "300,4"}, "zoom level 5: expected a map that can be cut into tiles"},
-        {{map, "-o", out, "--zoom", "0", "--max-memory", "4M"}, "of memory"},
+        {{map, "-o", out, "--zoom", "0", "--max-memory", "4M"}, "--max-memory: expected"},
         {{triangle, "-o", out, "--zoom", "0"}, "a.obj: expected a map, found a model"},
         {{flange, "-o", out, "--zoom", "0"}, "a.dxf: expected a map, found a drawing"},
         {{"-", "-o", out, "--zoom", "0", "--resume", "--input-format", "json"}, "found standard input"},
