@@ -74,7 +74,7 @@ const drawing::Setting_Names& setting_options() noexcept {
         "--allow-empty",   "--bbox",      "--center",   "--clip-to",    "--flip-y", "--font",
         "--input-format",  "--graticule", "--kernels",  "--layer",      "--layout", "--max-memory",
         "--allow-outside", "--overlay",   "--tiles-of", "--projection", "--record", "--scale",
-        "--scale-bar",     "--size",      "--unit",     "--water"};
+        "--map-scale",     "--size",      "--unit",     "--water"};
     return names;
 }
 

@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "drawing/files/path.h"
+#include "drawing/files/usage_error.h"
 #include "drawing/image/sha256.h"
 #include "vorna/version.h"
 
@@ -42,6 +43,9 @@ std::string digest_of_file(const std::string& name) {
     std::vector<char> block(std::size_t{1} << 16);
     while (file.read(block.data(), static_cast<std::streamsize>(block.size())) || file.gcount() > 0) {
         add(digest, {block.data(), static_cast<std::size_t>(file.gcount())});
+    }
+    if (!file.eof()) {
+        throw drawing::Usage_Error(name + ": cannot be read");
     }
     return digest.finish();
 }

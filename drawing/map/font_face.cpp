@@ -111,10 +111,6 @@ bool Font_Face::has(char32_t character) const {
     return FT_Get_Char_Index(library_->face, character) != 0;
 }
 
-bool Font_Face::shapes() const noexcept {
-    return library_->shaper;
-}
-
 void Font_Face::shape(const Text_Run& run, std::vector<Shaped_Glyph>& glyphs) const {
     const Harfbuzz* shaper = library_->shaper;
     if (!shaper) {

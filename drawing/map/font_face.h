@@ -37,8 +37,7 @@ public:
     ~Font_Face();
 
     bool has(char32_t character) const;
-    // Whether HarfBuzz is there and knows the font's format. Else letters stand from left to right with kerning in pairs.
-    bool shapes() const noexcept;
+    // HarfBuzz shapes where it is there and knows the font's format. Else letters stand from left to right with kerning in pairs.
     // Appends glyphs in the order in which they stand from left to right.
     void shape(const Text_Run& run, std::vector<Shaped_Glyph>& glyphs) const;
     // In multiples of the font's size; stays as long as the font. file: for messages.

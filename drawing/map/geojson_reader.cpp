@@ -1,4 +1,5 @@
 // GeoJSON (RFC 7946).
+#include "drawing/files/json_document.h"
 #include "drawing/map/coordinate_lists.h"
 #include "drawing/map/json_geometry.h"
 #include "drawing/map/map_reader.h"
@@ -34,7 +35,7 @@ private:
         const auto& [first, end] = value.parts;
         const auto type = geometry.find("type");
         const auto is = [&](const char* kind, int depth) {
-            return type != geometry.end() && *type == kind && value.depth == depth;
+            return type != geometry.end() && is_text(*type, kind) && value.depth == depth;
         };
         if (is("Point", 1)) {
             shape.points.push_back(lists_->position(first));
@@ -92,18 +93,18 @@ Map read_geojson(const std::string& file, const Json& document, const Coordinate
         throw Map_Error(file + ": expected GeoJSON or TopoJSON, found neither");
     }
     const Json& type = document["type"];
-    if (type == "FeatureCollection") {
+    if (is_text(type, "FeatureCollection")) {
         const Place place{&root, "features"};
         const Json& features = reader.array(reader.member(document, "features", root), place);
         for (std::size_t i = 0; i < features.size(); ++i) {
             const Place at{&place, "", i};
             const Json& kind = reader.member(features[i], "type", at);
-            if (kind != "Feature") {
+            if (!is_text(kind, "Feature")) {
                 reader.fail({&at, "type"}, "'Feature'", kind);
             }
             add_feature(features[i], at);
         }
-    } else if (type == "Feature") {
+    } else if (is_text(type, "Feature")) {
         add_feature(document, root);
     } else {
         reader.read_geometry(document, root, map.shapes.emplace_back());

@@ -72,7 +72,7 @@ Map read_json_map(const std::string& file, const std::string& content, const Coo
     parse(file, content, owned);
     const Json& document = *owned;
     const auto type = document.is_object() ? document.find("type") : document.end();
-    const bool topology = type != document.end() && *type == "Topology";
+    const bool topology = type != document.end() && is_text(*type, "Topology");
     check_layer(file, query.layer, topology);
     if (document.is_object() && document.contains("picture")) {
         throw Map_Error(file + ": expected a map, found a recording; draw it with vorna replay");

@@ -82,14 +82,14 @@ template <class Text> std::string one_of(const Json& value, const std::vector<Te
 
 Map_Fill fill_in(const Json& value) {
     using Kind = Map_Fill::Kind;
-    if (value == "palette" || value == "none") {
-        return {value == "none" ? Kind::none : Kind::palette};
+    if (is_text(value, "palette") || is_text(value, "none")) {
+        return {is_text(value, "none") ? Kind::none : Kind::palette};
     }
     return {Kind::color, color_in(value, "a colour, palette or none")};
 }
 
 std::optional<Dashes> dashes_in(const Json& value) {
-    if (value == "none") {
+    if (is_text(value, "none")) {
         return std::nullopt;
     }
     auto dashes = value.is_string() ? dashes_of(value.get<std::string>()) : std::nullopt;

@@ -2,6 +2,7 @@
 #include <span>
 #include <utility>
 
+#include "drawing/files/json_document.h"
 #include "drawing/files/setting_names.h"
 #include "drawing/map/json_geometry.h"
 #include "drawing/map/map_reader.h"
@@ -138,7 +139,7 @@ Map read_topojson(const std::string& file, const Json& document, const Map_Query
                 reader.read_properties(geometry, at, query, layer, shape);
             }
         };
-        if (reader.member(object, "type", place) == "GeometryCollection") {
+        if (is_text(reader.member(object, "type", place), "GeometryCollection")) {
             const Place list_place{&place, "geometries"};
             const Json& list = reader.array(reader.member(object, "geometries", place), list_place);
             for (std::size_t i = 0; i < list.size(); ++i) {

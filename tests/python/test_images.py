@@ -93,11 +93,11 @@ def test_maps_give_the_bytes_of_the_command(tmp_path, command):
         vorna.map(tmp_path / "sea.json")
 
 
-def place(kind, coordinates, **fields):
+def place(kind, coordinates, /, **fields):
     return {"type": "Feature", "properties": fields, "geometry": {"type": kind, "coordinates": coordinates}}
 
 
-def square(x, y, **fields):
+def square(x, y, /, **fields):
     return place("Polygon", [[[x, y], [x + 10, y], [x + 10, y + 10], [x, y + 10], [x, y]]], **fields)
 
 

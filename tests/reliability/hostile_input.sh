@@ -333,7 +333,7 @@ drawing() { # GROUPS: that an entity of a block has beside its place
     for ((i = 0; i < $1; ++i)); do printf '1000\nsomething\n'; done
     printf '0\nENDBLK\n0\nENDSEC\n0\nSECTION\n2\nENTITIES\n0\nINSERT\n2\nb\n10\n0\n20\n0\n70\n%d\n71\n1000\n44\n1\n45\n1\n0\nENDSEC\n0\nEOF\n' "$2"
 }
-drawing 4000 1000 >bomb.dxf
+drawing 4000 3000 >bomb.dxf
 render 2 "bomb.dxf: $refused" bomb.dxf
 drawing 0 1000000 >bomb.dxf
 render 2 "bomb.dxf: $refused" bomb.dxf

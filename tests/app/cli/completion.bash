@@ -26,8 +26,8 @@ cd "$work" || exit 1
 mkdir models
 touch bunny.obj BUNNY.PLY bunny.png bunny.json.gz mine.vrd 'a b.stl'
 
-expect "reduce render replay" vorna re
-expect "reduce render replay" vorna help re
+expect "reduce render replay report" vorna re
+expect "reduce render replay report" vorna help re
 expect "--version" vorna --v
 expect "render" vorna --module replay ren
 expect "--view" vorna render --vi

@@ -15,7 +15,7 @@ set work (mktemp -d)
 cd $work
 mkdir models
 touch bunny.obj bunny.png bunny.json.gz
-expect 'reduce render replay' 'vorna re'
+expect 'reduce render replay report' 'vorna re'
 expect '--view' 'vorna render --vi'
 expect 'back bottom' 'vorna render --view b'
 expect '--edges=all --edges=feature' 'vorna render --edges='

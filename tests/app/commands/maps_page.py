@@ -30,17 +30,20 @@ def topology(features):
 
 
 # A field that one shape has is a field of the map.
-countries = [square(5, 58, "Norway"), square(8, 58, "Sweden"), square(-40, -20, "Atlantis")]
+countries = [square(5, 58, "Norway"), square(8, 58, "Sweden"), square(10, 46, "Austria"), square(-40, -20, "Atlantis")]
 countries[0]["properties"]["pop"] = 5_500_000
 with tempfile.TemporaryDirectory() as folder:
     os.chdir(folder)
     os.mkdir("package")
     os.symlink(sources / "recordings", "recordings")
+    os.symlink("recordings/maps/plate.dxf", "plan.dxf")
     for name in ("countries-110m.json", "countries-10m.json"):
         pathlib.Path("package", name).write_text(json.dumps(topology(countries)))
     pathlib.Path("countries.geojson").write_text(json.dumps({"type": "FeatureCollection", "features": countries}))
     towns = "".join(f"Town {i},{5 + i / 4},{58 + i % 7 / 3},{300 * i * i}\n" for i in range(12))
     pathlib.Path("towns.csv").write_text("name,lon,lat,pop\n" + towns)
+    corners = "".join(f"vertex {corner}\n" for corner in ("0 0 0", "40 0 0", "0 0 30"))
+    pathlib.Path("bracket.stl").write_text(f"solid\nfacet normal 0 -1 0\nouter loop\n{corners}endloop\nendfacet\nendsolid\n")
     styles = re.findall(r"^```json\n(.*?)^```", page, re.MULTILINE | re.DOTALL)
     assert len(styles) == 1, len(styles)
     pathlib.Path("style.json").write_text(styles[0])

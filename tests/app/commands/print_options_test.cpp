@@ -90,7 +90,7 @@ TEST_F(Print, files_tell_pixels_per_metre_and_parts_do_too) {
     const Outcome outcome = run_vorna(
         {"assemble", other, folder.file("1.png"), folder.file("2.png"), folder.file("3.png"), "-o", folder.file("joined.png")});
     EXPECT_EQ(outcome.status, 2);
-    EXPECT_THAT(outcome.errors, HasSubstr("expected pixels like those of the other parts"));
+    EXPECT_THAT(outcome.errors, HasSubstr("expected a part of the same inputs, drawn with the same options"));
 }
 
 TEST_F(Print, paper_has_its_size_at_any_density) {
