@@ -6,6 +6,8 @@
 #include <system_error>
 #include <utility>
 
+#include "drawing/files/interruption.h"
+
 namespace vorna::drawing::map {
 namespace {
 
@@ -121,6 +123,10 @@ private:
 
     // Behind a list's first bracket: two numbers or more, of which two count.
     bool read_position() {
+        constexpr std::size_t positions_between_looks = 4096;
+        if (lists_.positions_.size() % positions_between_looks == 0) {
+            Interruption::check();
+        }
         double place[2] = {}, more = 0;
         std::size_t count = 0;
         do {

@@ -1,8 +1,6 @@
 # Images that several processes or machines draw in parts.
-import concurrent.futures
 import json
 import os
-import subprocess
 
 from ._vorna import Error
 
@@ -20,6 +18,10 @@ def poster(source, path, *, size, parts, options=(), client=None, workers=None, 
     Parts lie beside the image until it is complete: when a call has been interrupted, the next one draws only what is missing.
     Raises ValueError for wrong input and vorna.Error for other failures, with the line of the command.
     """
+    # Modules that only posters need are loaded here, so that the package starts faster.
+    import concurrent.futures
+    import subprocess
+
     sources = [source] if isinstance(source, (str, os.PathLike)) else list(source)
     width, height = size
     plan = json.loads(_output([command, "render", f"--output={os.fspath(path)}", f"--size={width}x{height}", f"--plan={parts}",
@@ -42,6 +44,8 @@ def poster(source, path, *, size, parts, options=(), client=None, workers=None, 
 
 
 def _run(words):
+    import subprocess
+
     return subprocess.run(words, capture_output=True)
 
 

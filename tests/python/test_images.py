@@ -105,7 +105,7 @@ FIELDS = {"type": "FeatureCollection", "features": [
     square(0, 0, name="one", pop=10, kind="city"), square(10, 0, name="two", pop=200, kind="town"),
     square(20, 0, name="three", pop=3000, kind="city"), square(0, 10, name="four", pop=45, kind="isle"),
     place("LineString", [[0, -5], [30, -8]], flow=3), place("LineString", [[0, -9], [30, -12]], flow=9),
-    place("Point", [15, 15], name="spot")]}
+    place("Point", [15, 15], name="spot"), place("Point", [-100, 40], name="plains")]}
 STYLE = {"title": "Styled", "layers": [{"filter": "pop > 20", "fill-by": "pop", "breaks": [100]}]}
 
 
@@ -138,7 +138,7 @@ def test_styles_by_data_give_the_bytes_of_the_command(tmp_path, command):
     both = command("render", land, path, "-o", tmp_path / "x.png", "--size", "120x90", "--hash", "--background", "white")
     assert vorna.map([LAND, path], size=(120, 90)).digest() == both.strip() != plain
     for arguments, message in (
-        (dict(fill_by="size"), "size.*pop"), (dict(classes="some"), "classes: expected one of quantiles.*some"),
+        (dict(fill_by="size"), "expected a field of map that has values; found 'size'"), (dict(classes="some"), "classes: expected one of quantiles.*some"),
         (dict(class_count=99), "class_count: expected 1 to 64, found 99"), (dict(breaks=[3, 2]), "breaks: .* increasing"),
         (dict(ramp="Purple"), "ramp: expected one of .*Purple"), (dict(widths=(1, 2, 3)), "widths: expected two"),
         (dict(widths=(1, 5000)), "widths: expected 0 to 1000, found 5000"), (dict(filter="pop >"), "filter: column"),

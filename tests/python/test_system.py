@@ -106,7 +106,7 @@ def test_an_interrupt_ends_a_long_render():
 
 
 def geojson(path):
-    places = ",".join(f"[{i % 360 - 180},{i % 179 - 89.5}]" for i in range(600_000))
+    places = ",".join(f"[{i % 360 - 180},{i % 179 - 89.5}]" for i in range(2_000_000))
     path.write_text('{"type": "MultiPoint", "coordinates": [' + places + "]}")
 
 
@@ -231,7 +231,7 @@ for call in (lambda: vorna.read("secret.png"), lambda: vorna.Model("secret.obj")
     try:
         call()
     except PermissionError as error:
-        print(error)
+        print(error.filename or error)
 """
     folder = tmp_path / "theirs"
     folder.mkdir()
