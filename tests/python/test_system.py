@@ -106,8 +106,9 @@ def test_an_interrupt_ends_a_long_render():
 
 
 def geojson(path):
-    places = ",".join(f"[{i % 360 - 180},{i % 179 - 89.5}]" for i in range(2_000_000))
-    path.write_text('{"type": "MultiPoint", "coordinates": [' + places + "]}")
+    features = ",".join(f'{{"type": "Feature", "properties": {{"a": {i}}}, "geometry": {{"type": "Point", "coordinates": '
+                        f'[{i % 360 - 180}, {i % 179 - 89.5}]}}}}' for i in range(150_000))
+    path.write_text('{"type": "FeatureCollection", "features": [' + features + "]}")
 
 
 def dxf(path):
