@@ -73,6 +73,9 @@ std::byte* Canvas_Threads::put_mark(std::byte* place) {
 void Canvas_Threads::begin_work(const VT_Renderer_Data& worker, std::uint64_t mark) {
     const auto thread = static_cast<std::size_t>(
         std::ranges::find(workers_, &worker, [](const Module::Renderer& each) { return &*each; }) - workers_.begin());
+    if (watched_works_[thread].has_begun && watched_works_[thread].mark == mark) {
+        return; // another part of the same call
+    }
     const auto now = std::chrono::steady_clock::now();
     end_work(thread, now);
     watched_works_[thread] = {true, mark, now};

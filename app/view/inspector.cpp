@@ -10,6 +10,7 @@
 
 #include "app/cli/messages.h"
 #include "app/view/base_viewer.h"
+#include "drawing/files/input_file.h"
 #include "drawing/files/output_file.h"
 #include "drawing/files/printable.h"
 #include "drawing/files/usage_error.h"
@@ -307,8 +308,9 @@ void Inspector::take_screenshot() {
         return;
     }
     std::string text = drawing::printable(shell_word(name)) + '\n';
-    if (wanted_ > 0) {
-        text += "  vorna replay " + drawing::printable(shell_word(inspected_.file)) + " --until " + std::to_string(wanted_ - 1) +
+    if (wanted_ > 0 && inspected_.file != drawing::name_of_input("-")) {
+        text += "  vorna replay " + drawing::printable(shell_word(inspected_.file)) +
+                (inspected_.settings.replay.unchecked ? " --unchecked" : "") + " --until " + std::to_string(wanted_ - 1) +
                 " --color call-" + std::to_string(wanted_ - 1) + ".png\n";
     }
     print(stdout, text);

@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <csignal>
 #include <fstream>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -65,20 +66,25 @@ namespace {
 #if defined(__linux__)
 
 // As long as an object exists, processes whose parents have ended become children of this one, also those that have left their
-// group or session.
+// group or session. Without /proc, which tells them from earlier ones, they live on.
 class Orphans {
 public:
-    Orphans() : earlier_children_(children()) {
+    Orphans() : earlier_(descendants()) {
         prctl(PR_GET_CHILD_SUBREAPER, &before_);
+        if (!earlier_) {
+            return;
+        }
         prctl(PR_SET_CHILD_SUBREAPER, 1UL);
     }
     Orphans(const Orphans&) = delete;
     Orphans& operator=(const Orphans&) = delete;
     ~Orphans() {
         try {
-            end();
+            if (earlier_) {
+                end();
+            }
         } catch (const std::exception&) {
-            // Without memory or /proc some live on.
+            // Without memory some live on.
         }
         prctl(PR_SET_CHILD_SUBREAPER, static_cast<unsigned long>(before_));
     }
@@ -88,8 +94,8 @@ private:
     void end() const {
         for (bool has_killed = true; has_killed;) {
             has_killed = false;
-            for (const pid_t child : children()) {
-                if (std::ranges::count(earlier_children_, child) == 0 && kill(child, SIGKILL) == 0) {
+            for (const pid_t child : children("self").value_or(std::vector<pid_t>())) {
+                if (std::ranges::count(*earlier_, child) == 0 && kill(child, SIGKILL) == 0) {
                     has_killed = true;
                     while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
                     }
@@ -98,18 +104,35 @@ private:
         }
     }
 
-    static std::vector<pid_t> children() {
+    // None where /proc does not tell.
+    static std::optional<std::vector<pid_t>> children(const std::string& process) {
+        std::error_code error;
         std::vector<pid_t> found;
-        for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
-            std::ifstream list(thread.path() / "children");
+        for (std::filesystem::directory_iterator thread("/proc/" + process + "/task", error), end; !error && thread != end;
+             thread.increment(error)) {
+            std::ifstream list(thread->path() / "children");
+            if (!list) {
+                return std::nullopt;
+            }
             for (pid_t child = 0; list >> child;) {
                 found.push_back(child);
+            }
+        }
+        return error ? std::nullopt : std::optional(std::move(found));
+    }
+
+    // Whoever ends among them leaves its children to this process, too.
+    static std::optional<std::vector<pid_t>> descendants() {
+        std::optional<std::vector<pid_t>> found = children("self");
+        for (std::size_t i = 0; found && i < found->size(); ++i) {
+            if (const auto more = children(std::to_string((*found)[i]))) { // none: it has ended
+                found->insert(found->end(), more->begin(), more->end());
             }
         }
         return found;
     }
 
-    const std::vector<pid_t> earlier_children_;
+    const std::optional<std::vector<pid_t>> earlier_;
     int before_ = 0;
 };
 

@@ -2,6 +2,7 @@
 #include "drawing/recording/trace.h"
 
 #include <cstdio>
+#include <new>
 #include <nlohmann/json.hpp>
 
 #include "drawing/recording/call_kinds.h"
@@ -40,8 +41,14 @@ constexpr std::size_t lane_of_calls = 1;
 Call_Trace::Call_Trace(const Recording& recording, Canvas& canvas, unsigned threads)
     : recording_(recording), canvas_(canvas), works_(threads > 1 ? threads : 0) {
     if (!works_.empty()) {
-        canvas_.watch_threads(
-            {[this] { return call_; }, [this](const Thread_Work& work) { works_[work.thread].push_back(work); }});
+        canvas_.watch_threads({[this] { return call_; },
+                               [this](const Thread_Work& work) {
+                                   try {
+                                       works_[work.thread].push_back(work);
+                                   } catch (const std::bad_alloc&) {
+                                       lacks_memory_ = true;
+                                   }
+                               }});
     }
 }
 
@@ -71,6 +78,9 @@ void Call_Trace::after_call(std::size_t call) {
 }
 
 std::string Call_Trace::json() const {
+    if (lacks_memory_) {
+        throw std::bad_alloc();
+    }
     std::string text = R"({"displayTimeUnit":"ns","traceEvents":[
 {"name":"process_name","ph":"M","pid":1,"tid":1,"args":{"name":"vorna replay"}})" +
                        lane_name(lane_of_calls, "calls");

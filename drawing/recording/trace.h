@@ -1,6 +1,7 @@
 // A replay as events for viewers of timelines: the trace event format of browsers, in JSON.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <string>
@@ -39,6 +40,7 @@ private:
     std::size_t call_ = 0;
     bool has_begun_ = false;
     std::vector<std::vector<Thread_Work>> works_; // by thread; empty = one thread
+    std::atomic<bool> lacks_memory_ = false;
 };
 
 } // namespace vorna::drawing::recording

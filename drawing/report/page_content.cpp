@@ -242,6 +242,11 @@ private:
             areas.push_back({{0, 0}, image_size_});
         }
         for (const Image_Area& area : areas) {
+            if (!histories.has(area) && area.size == VT_Int_Pair{1, 1}) {
+                throw Usage_Error(settings_.name + ": expected a pixel of the image of " + std::to_string(image_size_.x) + " x " +
+                                  std::to_string(image_size_.y) + ", found " + std::to_string(area.corner.x) + ',' +
+                                  std::to_string(area.corner.y));
+            }
             if (!histories.has(area)) {
                 throw Usage_Error(settings_.name + ": expected an area of at most " +
                                   std::to_string(recording::most_area_pixels) + " pixels inside the image of " +

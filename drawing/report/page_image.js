@@ -233,7 +233,9 @@ function pixel_of(event) {
 
 function show_pixel(x, y) {
   const [red, green, blue, alpha] = pixels.canvas.width ? pixels.getImageData(Math.floor(x / image.step), Math.floor(y / image.step), 1, 1).data : [];
-  element("place").textContent = x + "," + y + ": " + red + " " + green + " " + blue + (alpha === 255 ? "" : " " + alpha);
+  // Browsers keep colours multiplied by alpha, so that those of translucent pixels are not exact.
+  const about = alpha === 255 ? "" : "about ";
+  element("place").textContent = x + "," + y + ": " + about + red + " " + green + " " + blue + (alpha === 255 ? "" : " " + alpha);
   show_history(x, y);
 }
 
