@@ -106,7 +106,7 @@ void add_model_options(std::vector<Option>& table, Model_Options& options) {
           .target = &options.point_size},
          {.names = {"--axes"}, .text = "Show where the model's axes point", .target = &options.axes},
          {.names = {"--scale-bar"},
-          .text = "Show a round length in the model's units",
+          .text = "Show a round length in the model's units; --map-scale is that of maps",
           .target = &options.scale_bar,
           .needs = {"--ortho"}}});
     add("Drawing", Applies_To::every_input,

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <set>
 #include <system_error>
+#include <utility>
 
 #include "drawing/files/path.h"
 #include "drawing/files/usage_error.h"
@@ -79,17 +80,18 @@ std::string digest_of_inputs(const std::vector<drawing::Input>& inputs) {
     return digest.finish();
 }
 
-std::string part_origin(const Render_Options& options) {
+std::string part_origin(const Render_Options& options, std::int32_t supersample) {
     const Given& given = *options.given;
     drawing::Sha256 digest;
-    add(digest, VORNA_VERSION_TEXT "\n" + options.models_digest + '\n');
-    // Names of the same files may differ between machines.
-    std::set<std::string> files;
+    // How many pixels are drawn for one depends on options that leave them as they are otherwise.
+    add(digest, VORNA_VERSION_TEXT "\n" + options.models_digest + '\n' + std::to_string(supersample) + '\n');
+    // Folders of the same files may differ between machines.
+    std::set<std::pair<std::string, std::string>> files;
     for (const std::string& file : options.limits->files()) {
-        files.insert(digest_of_file(file));
+        files.emplace(drawing::path_of(file).filename().string(), digest_of_file(file));
     }
-    for (const std::string& file : files) {
-        add(digest, file + '\n');
+    for (const auto& [name, content] : files) {
+        add(digest, name + '\n' + content + '\n');
     }
     for (std::size_t i = 0; i < given.names.size(); ++i) {
         const std::string& name = given.names[i];

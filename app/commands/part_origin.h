@@ -16,7 +16,7 @@ std::string digest_of_inputs(const std::vector<drawing::Input>& inputs);
 
 // A digest of the contents of all files that the drawing was read from, of the options that decide pixels as they were given, and
 // of the program's version. What was read must be known to the limits of the options: everything has been loaded.
-std::string part_origin(const Render_Options& options);
+std::string part_origin(const Render_Options& options, std::int32_t supersample);
 
 // The options as a shell's words, without some of them; arguments are left out.
 std::vector<std::string> option_words(const Given& given, std::initializer_list<std::string_view> without);

@@ -25,6 +25,7 @@
 #include "drawing/files/interruption.h"
 #include "drawing/files/memory.h"
 #include "drawing/files/output_file.h"
+#include "drawing/files/output_files.h"
 #include "drawing/files/path.h"
 
 namespace vorna::app {
@@ -159,6 +160,7 @@ private:
 
 int render_batch(const Render_Options& options, const Draw_One& check, const Draw_One& draw_one) {
     refuse_standard_output("--output-folder", options.output_folder);
+    drawing::refuse_same_files(options.models, {options.manifest});
     Batch batch(options, draw_one);
     Render_Options first = options;
     first.image.output = batch.first_image();

@@ -38,10 +38,15 @@ void draw_together(Render_Options& options, const Map_Options& map_options, cons
     // A user easily puts -o before the wrong name.
     std::vector<std::string> read = options.models;
     read.insert(read.end(), {options.palette, map_options.overlay, map_options.font, map_options.style});
-    drawing::refuse_same_files(read, {options.image.output, options.record});
+    drawing::refuse_same_files(read, {options.image.output, options.record, options.tile_times});
     options.limits = limits_of(options, options.threads);
     std::vector<drawing::Input> inputs = open_inputs(options);
     options.given = &given;
+    for (const auto& [name, file] : {std::pair("--style", &map_options.style), {"--overlay", &map_options.overlay}}) {
+        if (has_parts(options) && *file == "-") {
+            throw drawing::Usage_Error(std::string(name) + ": expected a file, which every part reads, found standard input");
+        }
+    }
     if (has_parts(options)) {
         options.models_digest = digest_of_inputs(inputs);
     }

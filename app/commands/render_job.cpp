@@ -307,7 +307,7 @@ void run_job(const Render_Options& options, drawing::Job_Settings settings, cons
         settings.other_memory = options.base_memory + options.limits->memory() - options.limits->memory_left();
     }
     if (has_parts(options)) {
-        settings.part.origin = part_origin(options);
+        settings.part.origin = part_origin(options, settings.supersample);
     }
     if (options.plan > 0) {
         // So far the process has done what every part does first. Processor time depends less on what else the machine does.

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <mutex>
@@ -20,6 +21,8 @@
 #include "app/commands/render_command.h"
 #include "drawing/files/helpers.h"
 #include "drawing/files/interruption.h"
+#include "drawing/files/json_document.h"
+#include "drawing/files/json_memory.h"
 #include "drawing/files/output_files.h"
 
 namespace vorna::app {
@@ -76,8 +79,21 @@ public:
         ordered_json id, answer;
         std::string message;
         try {
-            const ordered_json job = ordered_json::parse(line, nullptr, false);
-            id = job.is_object() && job.contains("id") ? job["id"] : ordered_json();
+            if (line.size() > longest_line) {
+                throw drawing::Usage_Error("job: expected a line of up to 1 MiB, found a longer one");
+            }
+            drawing::Released_Json<ordered_json> owned;
+            if (drawing::json_nesting(line) > drawing::deepest_json || !drawing::read_json(line, owned, false)) {
+                throw drawing::Usage_Error("job: expected a line of JSON, found another text");
+            }
+            const ordered_json& job = *owned;
+            const auto found = job.is_object() ? job.find("id") : job.end();
+            if (job.is_object() && found != job.end()) {
+                if (found->is_structured()) {
+                    throw drawing::Usage_Error("job: expected a number or a text as id, found a list or an object");
+                }
+                id = *found;
+            }
             draw(words_of(job));
         } catch (const drawing::Interrupted& interrupted) {
             if (interrupted.signal != 0) {
@@ -124,6 +140,21 @@ void write(const ordered_json& answer) {
     std::cout << answer.dump(-1, ' ', false, ordered_json::error_handler_t::replace) << std::endl;
 }
 
+// Of a line that is too long only a little more than may be.
+bool read_line(std::string& line) {
+    line.clear();
+    std::streambuf& input = *std::cin.rdbuf();
+    for (int next = input.sbumpc(); next != EOF; next = input.sbumpc()) {
+        if (next == '\n') {
+            return true;
+        }
+        if (line.size() <= longest_line) {
+            line.push_back(static_cast<char>(next));
+        }
+    }
+    return !line.empty();
+}
+
 void serve(const Serve_Options& options, const drawing::Module_Choice& module) {
     const unsigned threads = options.threads > 0 ? options.threads : drawing::processor_count();
     const Service service(options, module);
@@ -134,7 +165,7 @@ void serve(const Serve_Options& options, const drawing::Module_Choice& module) {
     drawing::run_on_threads(threads, [&](std::size_t) {
         const auto next = [&reading](std::string& line) {
             const std::lock_guard lock(reading);
-            return std::getline(std::cin, line) && line.size() <= longest_line;
+            return read_line(line);
         };
         try {
             for (std::string line; next(line);) {

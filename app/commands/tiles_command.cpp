@@ -48,16 +48,16 @@ struct Tiles_Options : Model_Options {
 
 // The options of models and maps that this command has too, in this order, before its own.
 constexpr std::array shared_options{
-    "--input-format",  "--strict",       "--max-memory",   "--allow-outside", "--antialias",   "--background",   "--bbox",
-    "--layer",         "--filter",       "--clip-to",      "--fill",          "--opacity",     "--water",        "--graticule",
-    "--border",        "--outline",      "--border-color", "--border-width",  "--casing",      "--casing-width", "--marker",
-    "--marker-size",   "--marker-color", "--labels",       "--label-size",    "--label-color", "--font",         "--overlay",
-    "--overlay-color", "--merge",        "--fill-by",      "--classes",       "--class-count", "--breaks",       "--ramp",
-    "--reverse-ramp",  "--width-by",     "--widths",       "--label-by",      "--style",       "--title",        "--attribution"};
+    "--input-format", "--strict",       "--max-memory",   "--allow-outside", "--antialias",   "--background",   "--bbox",
+    "--layer",        "--filter",       "--clip-to",      "--fill",          "--opacity",     "--water",        "--graticule",
+    "--border",       "--outline",      "--border-color", "--border-width",  "--casing",      "--casing-width", "--marker",
+    "--marker-size",  "--marker-color", "--labels",       "--label-size",    "--label-color", "--label-key",    "--halo",
+    "--halo-color",   "--font",         "--overlay",      "--overlay-color", "--merge",       "--fill-by",      "--classes",
+    "--class-count",  "--breaks",       "--ramp",         "--reverse-ramp",  "--width-by",    "--widths",       "--label-by",
+    "--style",        "--title",        "--attribution"};
 
-// Options without influence on the tiles: a run may be continued with others.
-constexpr std::array working_options{"--output", "--threads", "--resume", "--max-memory",
-                                     "--stats",  "--strict",  "--title",  "--attribution"};
+// Options without influence on the output: a run may be continued with others.
+constexpr std::array working_options{"--output", "--threads", "--resume", "--max-memory", "--stats", "--strict"};
 
 // The file beside the output that keeps tiles until all are there.
 std::string log_of(const Tiles_Options& options) {
@@ -137,18 +137,27 @@ std::string value_of(const Option& option) {
 }
 
 // What tells whether a run may be continued: the values of options, and sizes and times of files.
-std::string key_of(const Command& command, const std::vector<std::string>& files) {
-    std::string text;
+std::string key_of(const Command& command, const Tiles_Options& options, const std::vector<std::string>& files) {
+    std::string text = std::to_string(options.tile_side) + '\n'; // its option is a function, which has no value
     for (const Option& option : command.options) {
         if (const std::string& name = option.names.back(); std::ranges::find(working_options, name) == working_options.end()) {
             text += name + '=' + value_of(option) + '\n';
         }
     }
-    for (const std::string& file : files) {
-        const std::filesystem::path path = drawing::path_of(file);
+    const auto add = [&](const std::filesystem::path& path) {
         std::error_code none;
-        text += file + ' ' + std::to_string(std::filesystem::file_size(path, none)) + ' ' +
+        text += ' ' + std::to_string(std::filesystem::file_size(path, none)) + ' ' +
                 std::to_string(std::filesystem::last_write_time(path, none).time_since_epoch().count()) + '\n';
+    };
+    for (const std::string& file : files) {
+        std::filesystem::path path = drawing::path_of(file);
+        text += file;
+        add(path);
+        if (path.extension() == ".shp" || path.extension() == ".SHP") { // which is read with the files beside it
+            for (const char* suffix : {".dbf", ".DBF", ".shx", ".SHX", ".prj", ".PRJ", ".cpg", ".CPG"}) {
+                add(path.replace_extension(suffix));
+            }
+        }
     }
     drawing::Sha256 sum;
     sum.add(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
@@ -166,14 +175,14 @@ void refuse_what_is_no_map(const std::vector<drawing::Input>& inputs) {
 
 // Draws what the log lacks, and writes the pyramid.
 void draw_and_write(const Tiles_Options& options, const Pyramid_Settings& settings, const Pyramid_Facts& facts,
-                    Pyramid_Format format, const std::string& key, drawing::Map_Drawing& map, const Given& given) {
+                    Pyramid_Format format, drawing::Map_Drawing& map, const Given& given) {
     using Clock = std::chrono::steady_clock;
     const auto seconds_since = [](Clock::time_point start) {
         return std::chrono::duration<double>(Clock::now() - start).count();
     };
     const drawing::Interruption interruption; // so that no unfinished file stays behind
     check_levels(settings, map);
-    Tile_Log log(log_of(options), key, options.resume);
+    Tile_Log log(log_of(options), facts.key, options.resume);
     const auto start = Clock::now();
     draw_pyramid(settings, chosen_module(given), map, log);
     const double drawn = seconds_since(start);
@@ -201,10 +210,8 @@ void make_tiles(Tiles_Options& options, const Given& given) {
     const std::filesystem::path place = drawing::path_of(output),
                                 last_file = format == Pyramid_Format::folder ? place / "tiles.json" : place;
     const bool has_log = std::filesystem::exists(drawing::path_of(log_of(options)));
-    if (options.resume && !has_log && std::filesystem::exists(last_file)) {
-        return; // an earlier run has come to its end
-    }
-    check_pyramid(output, format, options.resume && has_log);
+    const bool is_finished = options.resume && !has_log && std::filesystem::exists(last_file);
+    check_pyramid(output, format, options.resume && (has_log || is_finished));
 
     options.limits = limits_of(options, options.threads);
     std::vector<drawing::Input> inputs = open_inputs(options);
@@ -215,7 +222,8 @@ void make_tiles(Tiles_Options& options, const Given& given) {
                         .extent = settings.extent.value_or(drawing::map::Extent{-180, -mercator_limit(), 180, mercator_limit()}),
                         .first_zoom = settings.first_zoom,
                         .last_zoom = settings.last_zoom,
-                        .tile_side = settings.tile_side};
+                        .tile_side = settings.tile_side,
+                        .key = {}};
     auto scene = load_map_scene(options, options.map, std::move(inputs), [&](drawing::map::Map_Settings& of_map) {
         fit_to_pyramid(of_map);
         facts.name = std::exchange(of_map.title, {});
@@ -227,11 +235,19 @@ void make_tiles(Tiles_Options& options, const Given& given) {
         facts.name = drawing::path_of(drawn_files.front()).stem().string();
     }
     read.insert(read.end(), drawn_files.begin(), drawn_files.end());
+    facts.key = key_of(*given.command, options, read);
+    if (is_finished) {
+        if (pyramid_key(output, format) != facts.key) {
+            throw drawing::Usage_Error((format == Pyramid_Format::folder ? output + "/tiles.json" : output) +
+                                       ": expected tiles of the same files and options, found others");
+        }
+        return; // nothing to do
+    }
     settings.max_memory = options.limits->memory(); // which grows with the files that have been read
     Progress progress;
     settings.progress = [&progress](double done) { progress.show(done); };
     drawing::Map_Drawing map(std::move(scene), {settings.background, false, options.antialias});
-    draw_and_write(options, settings, facts, format, key_of(*given.command, read), map, given);
+    draw_and_write(options, settings, facts, format, map, given);
 }
 
 } // namespace

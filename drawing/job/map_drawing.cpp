@@ -136,14 +136,15 @@ void Map_Drawing::set_view(const View& view) {
 Drawing_Needs Map_Drawing::needs(VT_Int_Pair size, std::int32_t supersample) const {
     constexpr double item_work = 1000, pixel_work = 0.5; // nanoseconds, roughly
     constexpr std::uint64_t position_memory = 2 * sizeof(Position), item_memory = sizeof(Map_Item) + 32;
+    const View own = view_of(size), view = own.enlarged(supersample);
+    const std::size_t item_count = scene_->item_count(own);
     Drawing_Needs needs{.beyond = 0,
                         .margin = 0,
                         .one_piece = {},
                         .pixel_memory = look_.indexed ? 1U : 4U,
                         .thread_memory = position_memory * scene_->most_positions(),
-                        .prepared_memory = item_memory * scene_->item_count(size),
-                        .work = item_work * static_cast<double>(scene_->item_count(size)) + pixel_work * size.x * size.y};
-    const View view = view_of(size).enlarged(supersample);
+                        .prepared_memory = item_memory * item_count,
+                        .work = item_work * static_cast<double>(item_count) + pixel_work * size.x * size.y};
     const double longest = scene_->longest_segment() * view.scale;
     for (const map::Line_Paint& paint : scene_->line_paints(view, supersample)) {
         needs.margin = std::max(needs.margin, Map_Painter::tile_margin(paint));

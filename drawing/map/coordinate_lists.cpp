@@ -193,7 +193,8 @@ private:
 };
 
 std::optional<Coordinate_Lists> Coordinate_Lists::split(const std::string& file, std::string_view text, Load_Limits& limits) {
-    constexpr std::uint64_t memory_per_byte = 6; // "[1,2]," becomes a position, in a list with as much room again
+    // "[[[1,2]]]," becomes a position, a path and a polygon, in lists with as much room again; the rest is a copy.
+    constexpr std::uint64_t memory_per_byte = 12;
     Coordinate_Lists lists;
     lists.memory_ = Load_Limits::Loan(limits, file, memory_per_byte * text.size());
     lists.rest_.reserve(text.size());

@@ -370,11 +370,12 @@ std::vector<std::string> Font_With_Fallbacks::warnings() const {
             named += (named.empty() ? "" : ", ") + std::string(code.data());
         }
         const std::size_t others = unshown_.size() - std::min(unshown_.size(), most_named);
-        lines.push_back("texts: not drawn, since no font has them: " + named +
-                        (others > 0 ? " and " + std::to_string(others) + " other characters" : "") +
-                        (lacks_fontconfig_ ? "; other fonts are found by fontconfig, which cannot be loaded; Debian's package "
-                                             "libfontconfig1 has it"
-                                           : ""));
+        lines.push_back(
+            "texts: not drawn, since no font has them: " + named +
+            (others > 0 ? " and " + std::to_string(others) + (others == 1 ? " other character" : " other characters") : "") +
+            (lacks_fontconfig_ ? "; other fonts are found by fontconfig, which cannot be loaded; Debian's package "
+                                 "libfontconfig1 has it"
+                               : ""));
     }
     return lines;
 }

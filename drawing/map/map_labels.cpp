@@ -8,6 +8,7 @@
 #include "drawing/map/labels.h"
 #include "drawing/map/line_chains.h"
 #include "drawing/map/map_scene.h"
+#include "drawing/map/near_places.h"
 
 namespace vorna::drawing::map {
 namespace {
@@ -24,6 +25,14 @@ struct Labelled {
     std::size_t shape;
     double key; // larger ones are placed first
 };
+
+double length_of(const Path& path) {
+    double length = 0;
+    for (std::size_t i = 1; i < path.size(); ++i) {
+        length += std::hypot(path[i].x - path[i - 1].x, path[i].y - path[i - 1].y);
+    }
+    return length;
+}
 
 // Lines that follow each other.
 struct Chain {
@@ -125,14 +134,6 @@ private:
                 chains_.push_back({std::move(path), found.first});
             }
         }
-    }
-
-    static double length_of(const Path& path) {
-        double length = 0;
-        for (std::size_t i = 1; i < path.size(); ++i) {
-            length += std::hypot(path[i].x - path[i - 1].x, path[i].y - path[i - 1].y);
-        }
-        return length;
     }
 
     Text shaped(const std::string& text) { return font_.text_of(text, size_, view_.size.x, sheet_.file(), limits_); }
@@ -272,7 +273,7 @@ private:
         if (text.letters.empty() || line.length() < text.width) {
             return;
         }
-        std::vector<Position>& equal_ones = along_lines_[label];
+        Near_Places& equal_ones = along_lines_.try_emplace(label, repeat_distance).first->second;
         const auto count = std::max(1.0, std::min(std::floor(line.length() / (text.width + repeat_distance)), 10000.0));
         const double part = line.length() / count, step = std::max(text.width / 4, 8.0);
         for (double number = 0; number < count; ++number) {
@@ -287,12 +288,12 @@ private:
         }
     }
 
-    bool place_at(const Text_Line& line, const Text& text, double middle, std::vector<Position>& equal_ones) {
-        constexpr std::uint64_t letter_steps = 20;
+    bool place_at(const Text_Line& line, const Text& text, double middle, Near_Places& equal_ones) {
+        constexpr std::uint64_t try_steps = 10, letter_steps = 20;
+        limits_.take_work(sheet_.file(), try_steps);
         const Position centre = line.at(middle);
         const VT_Int_Pair pixel{static_cast<std::int32_t>(centre.x), static_cast<std::int32_t>(centre.y)};
-        const auto is_near = [&](Position p) { return std::hypot(p.x - centre.x, p.y - centre.y) < repeat_distance; };
-        if (!room_.is_free({pixel.x, pixel.x, pixel.y, pixel.y}) || std::ranges::any_of(equal_ones, is_near)) {
+        if (!room_.is_free({pixel.x, pixel.x, pixel.y, pixel.y}) || equal_ones.has_near(centre)) {
             return false;
         }
         limits_.take_work(sheet_.file(), letter_steps * text.letters.size());
@@ -300,7 +301,7 @@ private:
         if (!found || !room_.take(found->boxes)) {
             return false;
         }
-        equal_ones.push_back(centre);
+        equal_ones.add(centre);
         Lettering& lettering = labels_.emplace_back();
         lettering.paint = paint_;
         lettering.letters = found->letters;
@@ -318,7 +319,7 @@ private:
     double size_, capitals_;
     std::int32_t height_, beside_;
     std::vector<Chain> chains_;
-    std::unordered_map<std::string, std::vector<Position>> along_lines_; // by label
+    std::unordered_map<std::string, Near_Places> along_lines_; // by label
 };
 
 } // namespace
@@ -338,6 +339,21 @@ void Map_Scene::load_font() {
             font_->note(sheet.label_of(s), *limits_);
         }
     }
+}
+
+// Labels have no common pixels, and each is as high as its capitals at least. A point and a shape's faces have one, and lines one
+// in each `repeat_distance`.
+std::size_t Map_Scene::label_count(const Map_Sheet& sheet, const View& view) {
+    const Map_Layer& layer = sheet.layer();
+    double count = static_cast<double>(layer.points().size() + layer.shape_count());
+    for (std::size_t i = 0; i < layer.line_count(); ++i) {
+        if (const Path* line = layer.own_line(i)) {
+            count += 1 + length_of(*line) * view.scale / repeat_distance;
+        }
+    }
+    const double height = sheet.settings().label_size;
+    const double room = static_cast<double>(view.size.x) * view.size.y / (height * height);
+    return static_cast<std::size_t>(std::ceil(std::min(count, room)));
 }
 
 // In the order of the sheets; labels without room are left out.

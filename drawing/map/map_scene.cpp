@@ -344,14 +344,11 @@ std::vector<Line_Paint> Map_Scene::line_paints(const View& view, std::int32_t su
     return paints;
 }
 
-// Labels have no common pixels, and each is as high as its capitals at least.
-std::size_t Map_Scene::item_count(VT_Int_Pair size) const {
+std::size_t Map_Scene::item_count(const View& view) const {
     std::size_t count = (overlay_ ? overlay_->item_count() : 0) + graticule_.size() + 1;
-    const std::size_t pixels = static_cast<std::size_t>(size.x) * static_cast<std::size_t>(size.y);
     for (const Map_Sheet& sheet : sheets_) {
-        const auto height = static_cast<std::size_t>(sheet.settings().label_size);
         count +=
-            sheet.layer().item_count() + (sheet.has_labels() ? pixels / (height * height) : 0) + 3 * (sheet.legend().size() + 4);
+            sheet.layer().item_count() + (sheet.has_labels() ? label_count(sheet, view) : 0) + 3 * (sheet.legend().size() + 4);
     }
     return count;
 }

@@ -70,10 +70,11 @@ public:
     double longest_segment() const;
     // The largest number of positions of a face or line.
     std::size_t most_positions() const;
-    // An upper bound of the number of items in an image of that size before supersampling.
-    std::size_t item_count(VT_Int_Pair size) const;
+    // An upper bound of the number of items in a view before supersampling.
+    std::size_t item_count(const View& view) const;
 
 private:
+    static std::size_t label_count(const Map_Sheet& sheet, const View& view); // at most
     void choose_extent();
     void choose_projection();
     void choose_bounds();

@@ -1,6 +1,8 @@
 // From the coordinate systems of files to degrees, by PROJ.
 #include <cmath>
+#include <shared_mutex>
 
+#include "drawing/files/fork_gate.h"
 #include "drawing/map/coordinate_system.h"
 #include "drawing/map/proj_library.h"
 
@@ -26,6 +28,7 @@ private:
 } // namespace
 
 std::unique_ptr<Degree_Conversion> make_degree_conversion(const std::string& system) {
+    const std::shared_lock shared(fork_gate());
     auto context = std::make_unique<Proj_Context>();
     // A PROJ string without this type is a conversion and not a coordinate system.
     const bool is_text = system.starts_with('+') && system.find("+type=crs") == system.npos;

@@ -4,8 +4,10 @@
 #include <charconv>
 #include <cmath>
 #include <numbers>
+#include <shared_mutex>
 #include <string_view>
 
+#include "drawing/files/fork_gate.h"
 #include "drawing/files/setting_names.h"
 #include "drawing/map/proj_library.h"
 #include "drawing/map/projection.h"
@@ -170,6 +172,7 @@ std::unique_ptr<Projection> projection_of(const std::string& text) {
 } // namespace
 
 std::unique_ptr<Projection> make_proj_projection(const std::string& name, std::optional<Position> center) {
+    const std::shared_lock shared(fork_gate());
     for (const auto& [known, proj] : named_projections) {
         if (name == known) {
             const Position middle = center.value_or(Position{});

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdint>
 #include <cstring>
+#include <mutex>
 #include <system_error>
 #include <utility>
 
@@ -25,6 +26,7 @@
 #endif
 
 #include "drawing/files/address_sanitizer.h"
+#include "drawing/files/fork_gate.h"
 #include "drawing/files/interruption.h"
 #include "drawing/files/memory.h"
 #include "drawing/model/system_calls.h"
@@ -279,7 +281,11 @@ void run_apart(const Process_Limits& limits, const Process_Pipe::Opener& open, c
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
         throw std::system_error(errno, std::generic_category(), "a process cannot be started");
     }
-    const pid_t parent = getpid(), copy = fork();
+    const pid_t parent = getpid();
+    const pid_t copy = [] {
+        const std::unique_lock alone(fork_gate());
+        return fork();
+    }();
     if (copy == 0) {
         close(ends[0]);
         int status = 0;

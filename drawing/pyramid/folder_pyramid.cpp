@@ -54,7 +54,8 @@ std::string description_of(const Pyramid_Facts& facts) {
                                 {"tileSize", facts.tile_side},
                                 {"format", facts.image_format},
                                 {"scheme", "xyz"}};
-    for (const auto& [key, value] : {std::pair("name", &facts.name), {"attribution", &facts.attribution}}) {
+    for (const auto& [key, value] :
+         {std::pair("name", &facts.name), {"attribution", &facts.attribution}, {key_member, &facts.key}}) {
         if (!value->empty()) {
             text[key] = *value;
         }
@@ -63,6 +64,14 @@ std::string description_of(const Pyramid_Facts& facts) {
 }
 
 } // namespace
+
+std::string folder_key(const std::string& output) {
+    std::ifstream file(path_of(output) / "tiles.json", std::ios::binary);
+    std::string text(longest_description, '\0');
+    file.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<std::size_t>(file.gcount()));
+    return nlohmann::json::parse(text).value(key_member, std::string());
+}
 
 void write_folder(Tile_Log& log, const Pyramid_Facts& facts, const std::string& output) {
     const fs::path root = path_of(output);

@@ -26,10 +26,11 @@ namespace {
     LIST(sqlite3_bind_int64)                                                                                                     \
     LIST(sqlite3_bind_text)                                                                                                      \
     LIST(sqlite3_close)                                                                                                          \
+    LIST(sqlite3_column_text)                                                                                                    \
     LIST(sqlite3_errmsg)                                                                                                         \
     LIST(sqlite3_exec)                                                                                                           \
     LIST(sqlite3_finalize)                                                                                                       \
-    LIST(sqlite3_open)                                                                                                           \
+    LIST(sqlite3_open_v2)                                                                                                        \
     LIST(sqlite3_prepare_v2)                                                                                                     \
     LIST(sqlite3_reset)                                                                                                          \
     LIST(sqlite3_step)
@@ -56,8 +57,8 @@ const Sqlite_Functions& sqlite() {
 
 class Database {
 public:
-    explicit Database(const std::string& file) {
-        const int status = sqlite().sqlite3_open(file.c_str(), &handle_);
+    Database(const std::string& file, int flags) {
+        const int status = sqlite().sqlite3_open_v2(file.c_str(), &handle_, flags, nullptr);
         check(status);
     }
     Database(const Database&) = delete;
@@ -91,6 +92,13 @@ public:
         (database_.check(bind(++place, values)), ...);
         database_.check(sqlite().sqlite3_step(handle_));
         database_.check(sqlite().sqlite3_reset(handle_));
+    }
+
+    // The first column of the first row; empty without rows.
+    std::string text() {
+        const int status = sqlite().sqlite3_step(handle_);
+        const unsigned char* found = status == SQLITE_ROW ? sqlite().sqlite3_column_text(handle_, 0) : nullptr;
+        return found ? reinterpret_cast<const char*>(found) : "";
     }
 
 private:
@@ -131,7 +139,8 @@ void fill(const Database& database, Tile_Log& log, const Pyramid_Facts& facts) {
         {"maxzoom", std::to_string(facts.last_zoom)},
         {"bounds", number(extent.west) + ',' + number(extent.south) + ',' + number(extent.east) + ',' + number(extent.north)},
         {"center", number(facts.center().x) + ',' + number(facts.center().y) + ',' + std::to_string(facts.first_zoom)},
-        {"attribution", facts.attribution}};
+        {"attribution", facts.attribution},
+        {key_member, facts.key}};
     for (const auto& [name, value] : values) {
         if (!value.empty()) {
             add_fact.run(name, value);
@@ -152,14 +161,17 @@ void fill(const Database& database, Tile_Log& log, const Pyramid_Facts& facts) {
     database.run("COMMIT");
 }
 
-// A file that is removed at the end.
+// A new file that is removed at the end. A file of that name stays: then the name gets a number.
 struct Scratch_File {
-    explicit Scratch_File(std::string file) : name(std::move(file)) { remove(); }
+    explicit Scratch_File(const std::string& file) : name(file) {
+        std::error_code none;
+        for (int number = 2; std::filesystem::exists(std::filesystem::symlink_status(path_of(name), none)); ++number) {
+            name = file + '-' + std::to_string(number);
+        }
+    }
     Scratch_File(const Scratch_File&) = delete;
     Scratch_File& operator=(const Scratch_File&) = delete;
-    ~Scratch_File() { remove(); }
-
-    void remove() const noexcept {
+    ~Scratch_File() {
         std::error_code none;
         std::filesystem::remove(path_of(name), none);
     }
@@ -173,10 +185,15 @@ void load_mbtiles_library(const std::string&) {
     sqlite();
 }
 
+std::string mbtiles_key(const std::string& output) {
+    const Database database(output, SQLITE_OPEN_READONLY);
+    return Statement(database, (std::string("SELECT value FROM metadata WHERE name = '") + key_member + '\'').c_str()).text();
+}
+
 void write_mbtiles(Tile_Log& log, const Pyramid_Facts& facts, const std::string& output) {
     const Scratch_File scratch(output + ".vorna-database");
     {
-        const Database database(scratch.name);
+        const Database database(scratch.name, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
         fill(database, log, facts);
     }
     std::ifstream made(path_of(scratch.name), std::ios::binary);

@@ -3,20 +3,25 @@
 // lists tiles or leaf directories.
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <fstream>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "drawing/files/gzip.h"
 #include "drawing/files/interruption.h"
 #include "drawing/files/output_file.h"
+#include "drawing/files/path.h"
 #include "drawing/pyramid/pyramid_file.h"
 
 namespace vorna::drawing::pyramid {
 namespace {
 
 constexpr std::size_t header_size = 127, first_request = 16384;
+constexpr std::string_view magic = "PMTiles\x03";
 
 // run 0: a leaf directory.
 struct Entry {
@@ -82,7 +87,8 @@ struct Directories {
 
 std::string description_of(const Pyramid_Facts& facts) {
     nlohmann::ordered_json text{{"format", facts.image_format}, {"type", "baselayer"}};
-    for (const auto& [key, value] : {std::pair("name", &facts.name), {"attribution", &facts.attribution}}) {
+    for (const auto& [key, value] :
+         {std::pair("name", &facts.name), {"attribution", &facts.attribution}, {key_member, &facts.key}}) {
         if (!value->empty()) {
             text[key] = *value;
         }
@@ -91,6 +97,28 @@ std::string description_of(const Pyramid_Facts& facts) {
 }
 
 } // namespace
+
+std::string pmtiles_key(const std::string& output) {
+    constexpr std::size_t place_of_description = 24;
+    std::ifstream file(path_of(output), std::ios::binary);
+    std::string header(header_size, '\0');
+    file.read(header.data(), static_cast<std::streamsize>(header.size()));
+    const auto number = [&](std::size_t place) {
+        std::uint64_t value = 0;
+        for (std::size_t i = 8; i-- > 0;) {
+            value = value << 8 | static_cast<unsigned char>(header[place + i]);
+        }
+        return value;
+    };
+    const std::uint64_t start = number(place_of_description), size = number(place_of_description + 8);
+    if (!file || !header.starts_with(magic) || size > longest_description || start >> 40 != 0) {
+        return {};
+    }
+    std::string packed(size, '\0');
+    file.seekg(static_cast<std::streamoff>(start));
+    file.read(packed.data(), static_cast<std::streamsize>(packed.size()));
+    return nlohmann::json::parse(gunzip(packed, longest_description)).value(key_member, std::string());
+}
 
 void write_pmtiles(Tile_Log& log, const Pyramid_Facts& facts, const std::string& output) {
     constexpr std::uint64_t nowhere = std::numeric_limits<std::uint64_t>::max();
@@ -117,7 +145,7 @@ void write_pmtiles(Tile_Log& log, const Pyramid_Facts& facts, const std::string&
     const Directories directories(entries);
     const std::string description = description_of(facts);
 
-    std::string header = "PMTiles\x03";
+    std::string header(magic);
     std::uint64_t place = header_size;
     for (const std::uint64_t size : {std::uint64_t{directories.root.size()}, std::uint64_t{description.size()},
                                      std::uint64_t{directories.leaves.size()}, data_size}) {

@@ -1,6 +1,7 @@
 // A drawn pyramid as a folder or as one file.
 #include "drawing/pyramid/pyramid_file.h"
 
+#include <exception>
 #include <filesystem>
 
 #include "drawing/files/output_file.h"
@@ -34,6 +35,16 @@ void check_pyramid(const std::string& output, Pyramid_Format format, bool replac
     }
     if (is_there && !replaces && !fs::is_empty(path, none)) {
         throw Usage_Error(output + ": expected a new or empty folder, found files in it");
+    }
+}
+
+std::string pyramid_key(const std::string& output, Pyramid_Format format) {
+    try {
+        return format == Pyramid_Format::folder    ? folder_key(output)
+               : format == Pyramid_Format::mbtiles ? mbtiles_key(output)
+                                                   : pmtiles_key(output);
+    } catch (const std::exception&) {
+        return {}; // a file of another kind
     }
 }
 

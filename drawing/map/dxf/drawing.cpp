@@ -1,6 +1,7 @@
 // What a DXF file consists of.
 #include "drawing/map/dxf/drawing.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace vorna::drawing::map::dxf {
@@ -195,6 +196,21 @@ private:
     std::map<std::string, std::string, std::less<>> block_names_; // by handle
 };
 
+// How many lines of codes, which are every other line, are 0: each starts an object.
+std::uint64_t object_count(std::string_view content) {
+    std::uint64_t count = 0;
+    bool is_code = true;
+    for (std::size_t start = 0, end = 0; start < content.size(); start = end + 1, is_code = !is_code) {
+        end = std::min(content.find('\n', start), content.size());
+        const std::string_view line = content.substr(start, end - start);
+        const std::size_t first = line.find_first_not_of(" \t"), last = line.find_last_not_of(" \t\r");
+        if (is_code && first != std::string_view::npos && first == last && line[first] == '0') {
+            ++count;
+        }
+    }
+    return count;
+}
+
 } // namespace
 
 Drawing read_drawing(const std::string& file, std::string_view content, Load_Limits& limits) {
@@ -203,6 +219,7 @@ Drawing read_drawing(const std::string& file, std::string_view content, Load_Lim
     }
     constexpr std::uint64_t group_memory = 2 * sizeof(Group) + sizeof(std::uint32_t); // lists grow by doubling
     limits.take_memory(file, static_cast<std::uint64_t>(std::ranges::count(content, '\n')) / 2 * group_memory);
+    limits.take_memory(file, object_count(content) * 2 * sizeof(Entity));
     return Drawing_Reader(file, content).read(file);
 }
 

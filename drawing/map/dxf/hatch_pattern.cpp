@@ -8,7 +8,7 @@
 namespace vorna::drawing::map::dxf {
 namespace {
 
-constexpr std::uint64_t crossing_steps = 20, piece_steps = 20;
+constexpr std::uint64_t edge_steps = 4, crossing_steps = 20, piece_steps = 20;
 constexpr std::uint64_t piece_memory = sizeof(Path) + 2 * sizeof(Position) + 16;
 
 double dot(Position a, Position b) {
@@ -45,6 +45,9 @@ public:
         if (!is_drawn || !fits(family_.base) || !fits(family_.offset) || !(std::abs(spacing_) > least) || !(period_ < most)) {
             return;
         }
+        std::uint64_t edges = 0;
+        std::ranges::for_each(face, [&](const Path& ring) { edges += ring.size(); });
+        limits_.take_work(file_, edges * edge_steps); // also where no line crosses them
         double count = 0;
         for_each_edge(face, [&](Position a, Position b) {
             const auto [from, to] = lines_between(a, b);

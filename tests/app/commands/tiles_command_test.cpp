@@ -1,6 +1,7 @@
 // `vorna tiles`: runs that are continued, and what it refuses. tile_files.py looks at the tiles.
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <map>
 
 #include <gmock/gmock.h>
@@ -86,39 +87,87 @@ protected:
         return run_vorna(arguments);
     }
 
+    std::string key_of_folder(const std::string& name) {
+        const std::string text = read_file(folder.file(name + "/tiles.json")), member = "\"vorna:key\": \"";
+        const std::size_t start = text.find(member) + member.size();
+        return text.substr(start, text.find('"', start) - start);
+    }
+
     replay_tests::Temporary_Folder folder;
 };
 
 TEST_F(Tiles_Command, a_run_is_continued_with_the_same_files_and_options_only) {
     namespace fs = std::filesystem;
-    ASSERT_EQ(run("whole.mbtiles", {"--water", "blue"}).status, 0);
-    const std::string whole = read_file(folder.file("whole.mbtiles"));
-    // The database cannot be made, so that the tiles stay.
-    fs::create_directories(folder.file("a.mbtiles.vorna-database/full"));
-    const Outcome failed = run("a.mbtiles", {"--water", "blue"});
-    EXPECT_EQ(failed.status, 1) << failed.errors;
-    EXPECT_FALSE(fs::exists(folder.file("a.mbtiles")));
-    fs::remove_all(folder.file("a.mbtiles.vorna-database"));
-    const std::string log = read_file(folder.file("a.mbtiles.vorna-tiles"));
-    ASSERT_GT(log.size(), 500U);
-
-    const Outcome refused = run("a.mbtiles", {"--resume", "--water", "red"});
-    EXPECT_EQ(refused.status, 2);
-    EXPECT_THAT(refused.errors, HasSubstr("expected tiles of the same files and options"));
-    folder.file("a.mbtiles.vorna-tiles", log.substr(0, log.size() / 2)); // as after the loss of power
-    EXPECT_EQ(run("a.mbtiles", {"--resume", "--water", "blue", "--threads", "1", "--max-memory", "32M"}).status, 0);
-    EXPECT_TRUE(read_file(folder.file("a.mbtiles")) == whole);
-    EXPECT_FALSE(fs::exists(folder.file("a.mbtiles.vorna-tiles")));
+    ASSERT_EQ(run("whole.pmtiles", {"--water", "blue"}).status, 0);
+    const std::string whole = read_file(folder.file("whole.pmtiles"));
+    ASSERT_EQ(run("whole", {"--water", "blue"}).status, 0);
+    const std::string key = key_of_folder("whole");
+    ASSERT_EQ(key.size(), 64U);
+    {
+        Tile_Log begun(folder.file("a.pmtiles.vorna-tiles"), key, false);
+        begun.add({tile(0, 0, 0, read_file(folder.file("whole/0/0/0.png")))});
+        begun.add({tile(1, 0, 0, read_file(folder.file("whole/1/0/0.png"))), tile(1, 1, 0, "lost")});
+    }
+    const std::string log = read_file(folder.file("a.pmtiles.vorna-tiles"));
+    for (const std::vector<std::string>& others : {std::vector<std::string>{"--water", "red"},
+                                                   {"--water", "blue", "--tile-size", "512"},
+                                                   {"--water", "blue", "--title", "T"}}) {
+        std::vector<std::string> options{"--resume"};
+        options.insert(options.end(), others.begin(), others.end());
+        const Outcome refused = run("a.pmtiles", options);
+        EXPECT_EQ(refused.status, 2) << others.back();
+        EXPECT_THAT(refused.errors, HasSubstr("expected tiles of the same files and options"));
+    }
+    folder.file("a.pmtiles.vorna-tiles", log.substr(0, log.size() - 3)); // as after the loss of power
+    EXPECT_EQ(run("a.pmtiles", {"--resume", "--water", "blue", "--threads", "1", "--max-memory", "32M"}).status, 0);
+    EXPECT_TRUE(read_file(folder.file("a.pmtiles")) == whole);
+    EXPECT_FALSE(fs::exists(folder.file("a.pmtiles.vorna-tiles")));
 
     // Tiles that are there are not drawn.
-    const std::string head = log.substr(0, log.find('\n')), key = head.substr(head.rfind(' ') + 1);
     Tile_Log(folder.file("b.pmtiles.vorna-tiles"), key, false).add({tile(0, 0, 0, "a tile from before")});
     EXPECT_EQ(run("b.pmtiles", {"--resume", "--water", "blue"}).status, 0);
     EXPECT_THAT(read_file(folder.file("b.pmtiles")), HasSubstr("a tile from before"));
-    // After a whole run there is nothing to do.
-    const auto before = fs::last_write_time(folder.file("b.pmtiles"));
-    EXPECT_EQ(run("b.pmtiles", {"--resume", "--water", "blue"}).status, 0);
-    EXPECT_EQ(fs::last_write_time(folder.file("b.pmtiles")), before);
+}
+
+TEST_F(Tiles_Command, a_run_that_has_come_to_its_end_is_known_by_its_output) {
+    namespace fs = std::filesystem;
+    for (const std::string output : {"whole.pmtiles", "whole.mbtiles", "whole"}) {
+        const Outcome made = run(output);
+        if (made.errors.find("need a build with SQLite") != std::string::npos) {
+            continue;
+        }
+        ASSERT_EQ(made.status, 0) << made.errors;
+        const std::string file = folder.file(output == "whole" ? "whole/tiles.json" : output);
+        const auto before = fs::last_write_time(file);
+        const auto resumed = [&](std::vector<std::string> options, const std::string& message) {
+            options.emplace_back("--resume");
+            const Outcome outcome = run(output, options);
+            EXPECT_EQ(outcome.status, message.empty() ? 0 : 2) << output << outcome.errors;
+            EXPECT_THAT(outcome.errors, HasSubstr(message));
+            EXPECT_LE(std::ranges::count(outcome.errors, '\n'), 1) << outcome.errors;
+            EXPECT_EQ(fs::last_write_time(file), before);
+        };
+        const std::string others = file + ": expected tiles of the same files and options, found others";
+        resumed({"--threads", "1"}, "");
+        resumed({"--tile-size", "512"}, others);
+        resumed({"--labels", "--halo", "2", "--halo-color", "red", "--label-key", "name"}, others);
+        for (const char* foreign : {"", "{}", "{\"vorna:key\": 1}", "PMTiles\x03 and no more", "no database"}) {
+            std::ofstream(file, std::ios::binary) << foreign;
+            fs::last_write_time(file, before);
+            resumed({}, others);
+        }
+    }
+}
+
+TEST_F(Tiles_Command, users_files_beside_databases_stay) {
+    const std::string own = folder.file("a.mbtiles.vorna-database", "mine");
+    const Outcome made = run("a.mbtiles");
+    if (made.errors.find("need a build with SQLite") != std::string::npos) {
+        GTEST_SKIP() << made.errors;
+    }
+    EXPECT_EQ(made.status, 0) << made.errors;
+    EXPECT_EQ(read_file(own), "mine");
+    EXPECT_THAT(folder.names(), testing::UnorderedElementsAre("a.mbtiles", "a.mbtiles.vorna-database", "map.json"));
 }
 
 TEST_F(Tiles_Command, refuses_what_makes_no_tiles_in_one_line) {

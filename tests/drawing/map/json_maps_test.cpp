@@ -198,5 +198,25 @@ TEST(Map_Scene, chooses_heights_of_images_of_any_width) {
     }
 }
 
+// Not as many labels as a large image has room for.
+TEST(Map_Scene, counts_labels_of_what_can_have_some) {
+    if (!WITH_FREETYPE) {
+        GTEST_SKIP() << "a build without FreeType has no texts";
+    }
+    Map_Settings settings;
+    settings.labels = true;
+    settings.bbox = Extent{0, 0, 20, 20};
+    const auto count = [&](const std::string& shape) {
+        const Map_Scene scene({{{"map.json", "json", find_format("json"), shape}, settings}}, {}, settings, {255, 255, 255, 255},
+                              std::make_shared<Load_Limits>());
+        return scene.item_count(scene.fitted({250000, 250000}));
+    };
+    EXPECT_LT(count(R"({"type": "Point", "coordinates": [1, 1]})"), 100U);
+    // Half of the image's width: one label in 250 pixels.
+    const std::size_t of_line = count(R"({"type": "LineString", "coordinates": [[0, 1], [10, 1]]})");
+    EXPECT_GE(of_line, 500U);
+    EXPECT_LT(of_line, 600U);
+}
+
 } // namespace
 } // namespace vorna::drawing::map

@@ -1,4 +1,5 @@
 // Where labels find room.
+#include <algorithm>
 #include <cmath>
 
 #include <gmock/gmock.h>
@@ -6,6 +7,7 @@
 
 #include "drawing/map/labels.h"
 #include "drawing/map/line_chains.h"
+#include "drawing/map/near_places.h"
 #include "drawing/map/scale_bar.h"
 
 namespace vorna::drawing::map {
@@ -101,6 +103,25 @@ TEST(Labels, follow_lines_upright_and_without_overlaps) {
     EXPECT_FALSE(placed({{0, 0}, {150, 0}, {150, 150}}, 150)); // a corner
     EXPECT_FALSE(placed({{0, 0}}, 0));
     EXPECT_FALSE(placed({{0, 0}, {0, 0}}, 0));
+}
+
+TEST(Labels, near_places_are_found_across_cells) {
+    Near_Places places(250);
+    std::vector<Position> kept;
+    int refused = 0;
+    for (int i = 0; i < 2000; ++i) {
+        const Position place{i * 7919 % 5003 - 2500.5, i * 104729 % 4001 - 2000.5};
+        const bool is_near =
+            std::ranges::any_of(kept, [=](Position p) { return std::hypot(p.x - place.x, p.y - place.y) < 250; });
+        EXPECT_EQ(places.has_near(place), is_near) << i;
+        refused += is_near ? 1 : 0;
+        if (!is_near) {
+            places.add(place);
+            kept.push_back(place);
+        }
+    }
+    EXPECT_GT(refused, 1000);
+    EXPECT_GT(kept.size(), 100U);
 }
 
 TEST(Labels, lines_are_joined_where_two_meet) {

@@ -88,6 +88,10 @@ TEST_F(Texts, name_characters_that_no_font_has_once) {
     ASSERT_EQ(font->warnings().size(), 1U);
     EXPECT_THAT(font->warnings()[0], HasSubstr("texts: not drawn, since no font has them: U+10FFFD"));
     EXPECT_EQ(text_of("a\U0010FFFD").letters.size(), 1U);
+    font->note("\U0010FFFC\U0010FFFB\U0010FFFA\U0010FFF9\U0010FFF8", limits);
+    EXPECT_THAT(font->warnings()[0], testing::EndsWith(" and 1 other character"));
+    font->note("\U0010FFF7", limits);
+    EXPECT_THAT(font->warnings()[0], testing::EndsWith(" and 2 other characters"));
     EXPECT_THROW(load_label_font("No Such Family", limits), Usage_Error);
     EXPECT_THROW(load_label_font("/dev/null", limits), Usage_Error);
 }

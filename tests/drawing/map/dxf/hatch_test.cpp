@@ -65,5 +65,23 @@ TEST(Dxf_Hatch, dense_patterns_are_refused_before_they_are_made) {
     }
 }
 
+// Each pass over the edges of a boundary is work, though no line crosses it.
+TEST(Dxf_Hatch, families_without_lines_inside_take_work) {
+    std::string corners = "92|3|72|0|73|1|93|1000|";
+    for (int i = 0; i < 1000; ++i) {
+        corners += "10|" + std::to_string(i) + "|20|" + std::to_string(i % 2 + 1) + "|";
+    }
+    const auto read_with = [&](int families) {
+        std::string patterns = "78|" + std::to_string(families) + "|";
+        for (int i = 0; i < families; ++i) {
+            patterns += "53|0|43|0|44|0.5|45|0|46|1000|79|0|";
+        }
+        Load_Limits limits(400000); // a step for each 8 bytes
+        read_dxf("test.dxf", drawing("0|HATCH|70|0|91|1|" + corners + "97|0|75|0|" + patterns), {}, limits);
+    };
+    EXPECT_NO_THROW(read_with(1));
+    EXPECT_THROW(read_with(20), Load_Error);
+}
+
 } // namespace
 } // namespace vorna::drawing::map
