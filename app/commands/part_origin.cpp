@@ -33,7 +33,21 @@ void add(drawing::Sha256& digest, std::string_view bytes) {
     digest.add(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
 }
 
-// Empty where nothing can be read.
+const Option& option_of(const Given& given, const std::string& name) {
+    return *std::ranges::find(given.command->options, name, [](const Option& option) { return option.names.back(); });
+}
+
+// Whether it is one of the command's own options, not an argument and not one that every command takes.
+bool is_own_option(const Given& given, const std::string& name) {
+    return std::ranges::any_of(given.command->options, [&](const Option& option) { return option.names.back() == name; });
+}
+
+bool is_flag(const Option& option) {
+    return option.value.word.empty();
+}
+
+} // namespace
+
 std::string digest_of_file(const std::string& name) {
     std::error_code none;
     if (!std::filesystem::is_regular_file(drawing::path_of(name), none)) {
@@ -50,21 +64,6 @@ std::string digest_of_file(const std::string& name) {
     }
     return digest.finish();
 }
-
-const Option& option_of(const Given& given, const std::string& name) {
-    return *std::ranges::find(given.command->options, name, [](const Option& option) { return option.names.back(); });
-}
-
-// Whether it is one of the command's own options, not an argument and not one that every command takes.
-bool is_own_option(const Given& given, const std::string& name) {
-    return std::ranges::any_of(given.command->options, [&](const Option& option) { return option.names.back() == name; });
-}
-
-bool is_flag(const Option& option) {
-    return option.value.word.empty();
-}
-
-} // namespace
 
 std::string digest_of_inputs(const std::vector<drawing::Input>& inputs) {
     drawing::Sha256 digest;

@@ -11,6 +11,8 @@
 
 namespace vorna::app {
 
+// A digest of the content; empty where there is no such file. Throws Usage_Error when it cannot be read.
+std::string digest_of_file(const std::string& name);
 // A digest of the contents of all inputs, one after the other.
 std::string digest_of_inputs(const std::vector<drawing::Input>& inputs);
 

@@ -21,6 +21,7 @@
 #include "app/cli/progress.h"
 #include "app/commands/map_options.h"
 #include "app/commands/output_options.h"
+#include "app/commands/part_origin.h"
 #include "drawing/files/helpers.h"
 #include "drawing/files/interruption.h"
 #include "drawing/files/output_file.h"
@@ -136,26 +137,22 @@ std::string value_of(const Option& option) {
         option.target);
 }
 
-// What tells whether a run may be continued: the values of options, and sizes and times of files.
-std::string key_of(const Command& command, const Tiles_Options& options, const std::vector<std::string>& files) {
-    std::string text = std::to_string(options.tile_side) + '\n'; // its option is a function, which has no value
+// What tells whether a run may be continued: the values of options, and the contents of files. It is written into the output, so
+// that it must not depend on when and where files lie.
+std::string key_of(const Command& command, const Tiles_Options& options, const std::string& inputs,
+                   const std::vector<std::string>& files) {
+    std::string text = inputs + '\n' + std::to_string(options.tile_side) + '\n'; // its option is a function, which has no value
     for (const Option& option : command.options) {
         if (const std::string& name = option.names.back(); std::ranges::find(working_options, name) == working_options.end()) {
             text += name + '=' + value_of(option) + '\n';
         }
     }
-    const auto add = [&](const std::filesystem::path& path) {
-        std::error_code none;
-        text += ' ' + std::to_string(std::filesystem::file_size(path, none)) + ' ' +
-                std::to_string(std::filesystem::last_write_time(path, none).time_since_epoch().count()) + '\n';
-    };
     for (const std::string& file : files) {
         std::filesystem::path path = drawing::path_of(file);
-        text += file;
-        add(path);
+        text += path.filename().string() + ' ' + digest_of_file(file) + '\n';
         if (path.extension() == ".shp" || path.extension() == ".SHP") { // which is read with the files beside it
             for (const char* suffix : {".dbf", ".DBF", ".shx", ".SHX", ".prj", ".PRJ", ".cpg", ".CPG"}) {
-                add(path.replace_extension(suffix));
+                text += digest_of_file(path.replace_extension(suffix).string()) + '\n';
             }
         }
     }
@@ -216,6 +213,7 @@ void make_tiles(Tiles_Options& options, const Given& given) {
     options.limits = limits_of(options, options.threads);
     std::vector<drawing::Input> inputs = open_inputs(options);
     refuse_what_is_no_map(inputs);
+    const std::string contents = digest_of_inputs(inputs);
     Pyramid_Facts facts{.name = {},
                         .attribution = {},
                         .image_format = std::string(drawing::image_format(settings.file).suffix),
@@ -235,7 +233,7 @@ void make_tiles(Tiles_Options& options, const Given& given) {
         facts.name = drawing::path_of(drawn_files.front()).stem().string();
     }
     read.insert(read.end(), drawn_files.begin(), drawn_files.end());
-    facts.key = key_of(*given.command, options, read);
+    facts.key = key_of(*given.command, options, contents, read);
     if (is_finished) {
         if (pyramid_key(output, format) != facts.key) {
             throw drawing::Usage_Error((format == Pyramid_Format::folder ? output + "/tiles.json" : output) +

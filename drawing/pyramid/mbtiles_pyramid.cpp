@@ -204,6 +204,9 @@ void write_mbtiles(Tile_Log& log, const Pyramid_Facts& facts, const std::string&
         made.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
         file.write({bytes.data(), static_cast<std::size_t>(made.gcount())});
     }
+    if (!made.eof()) {
+        throw std::runtime_error(scratch.name + ": cannot be read");
+    }
     file.commit();
 }
 

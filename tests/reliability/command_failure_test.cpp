@@ -115,7 +115,7 @@ struct Trial {
         if (writes_one_by_one(line)) {
             EXPECT_TRUE(writes_times(line) ? std::ranges::includes(after, found, {}, name, name)
                                            : std::ranges::includes(after, found))
-                << testing::PrintToString(folder.names());
+                << "status " << status << ", files: " << testing::PrintToString(folder.names());
         } else if (writes_times(line)) {
             const auto has_names_of = [&](const Files& files) { return std::ranges::equal(files, found, {}, name, name); };
             EXPECT_TRUE(status == right.status || has_names_of(before) || has_names_of(after))
