@@ -68,8 +68,7 @@ TEST_F(Report, keeps_the_bounds_that_options_set) {
 TEST_F(Report, refuses_what_replays_and_histories_refuse) {
     const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
         {{"--pixel", "5"}, "--pixel: expected X,Y"},
-        {{"--pixel", "40,0"},
-         "standard input: expected a pixel of the image of 40 x 30, found 40,0"},
+        {{"--pixel", "40,0"}, "standard input: expected a pixel of the image of 40 x 30, found 40,0"},
         {{"--area", "1,1,1x1", "--pixel", "1,1"}, "--pixel: expected no --area beside it"},
         {{"--thumbnails", "10001"}, "--thumbnails: expected a whole number from 0 to 10000"},
         {{"--max-memory", "1K"}, "standard input: "}};
