@@ -165,13 +165,15 @@ TEST_F(Render_Plan, resume_draws_what_is_missing_damaged_or_of_others) {
 TEST_F(Render_Plan, parts_of_other_models_or_options_are_not_joined) {
     const json plan = this->plan({folder.file("ball.obj"), "--size", "96x96"}, 2);
     draw(plan);
-    Words words = command_of(plan.at("parts")[1]);
-    words.insert(words.begin() + 1, "--color=red");
-    ASSERT_EQ(run(words).status, 0);
-    const Outcome outcome = run(command_of(plan.at("assemble")));
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_THAT(outcome.errors, HasSubstr("expected a part of the same inputs, drawn with the same options, as"));
-    EXPECT_FALSE(std::filesystem::exists(folder.file("joined.png")));
+    for (const char* other : {"--color=red", "--tile-size=8192"}) { // from such tiles one pixel is drawn for one
+        Words words = command_of(plan.at("parts")[1]);
+        words.insert(words.begin() + 1, other);
+        ASSERT_EQ(run(words).status, 0);
+        const Outcome outcome = run(command_of(plan.at("assemble")));
+        EXPECT_EQ(outcome.status, 2) << other;
+        EXPECT_THAT(outcome.errors, HasSubstr("expected a part of the same inputs, drawn with the same options, as")) << other;
+        EXPECT_FALSE(std::filesystem::exists(folder.file("joined.png")));
+    }
     // A file that says it is the part and lies elsewhere.
     Words moved = command_of(plan.at("parts")[1]);
     std::ranges::for_each(moved, [](std::string& word) {

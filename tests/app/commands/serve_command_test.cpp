@@ -1,4 +1,5 @@
 // Images that lines of JSON ask for.
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -61,6 +62,20 @@ TEST(Serve, jobs_become_the_files_of_the_command_and_failures_are_answers) {
         EXPECT_THAT(answers[id].value("message", ""), HasSubstr(message));
     }
     EXPECT_FALSE(std::filesystem::exists(folder.file("none.png")));
+}
+
+TEST(Serve, lines_that_are_too_long_or_too_deep_do_not_end_it) {
+    const replay_tests::Temporary_Folder folder;
+    const std::string model = folder.file("a.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"), image = folder.file("a.png");
+    const std::string deep = std::string(100'000, '[') + std::string(100'000, ']');
+    const std::string jobs = R"({"id": )" + deep + "}\n" + std::string(3 << 20, 'a') + "\n" + R"({"id": [4], "render": []})" +
+                             '\n' + json{{"id", 5}, {"render", {model, "-o", image, "--size", "8x8"}}}.dump();
+    const auto outcome = run_vorna({"serve", "--threads", "1"}, jobs);
+    EXPECT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_EQ(std::ranges::count(outcome.output, '\n'), 4) << outcome.output;
+    EXPECT_THAT(outcome.output, HasSubstr("expected a line of up to 1 MiB"));
+    EXPECT_THAT(outcome.output, HasSubstr("expected a number or a text as id"));
+    EXPECT_TRUE(std::filesystem::exists(image));
 }
 
 } // namespace
