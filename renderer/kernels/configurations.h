@@ -75,7 +75,8 @@ template <class Configuration> struct Configuration_Positions {
     }
 };
 
-template <const auto& list> inline constexpr Configuration_Positions positions_in{list};
+// Internal linkage: as an inline variable of a list with internal linkage it would be defined twice for the Windows linker.
+template <const auto& list> static constexpr Configuration_Positions positions_in{list};
 
 // One kernel for each configuration of the list, in its order.
 template <class Kernel, const auto& list> struct Kernel_Table {
