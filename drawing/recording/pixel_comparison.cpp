@@ -1,9 +1,10 @@
 // After which call two recordings draw different pixels.
 #include "drawing/recording/pixel_comparison.h"
 
+#include <condition_variable>
 #include <cstring>
 #include <exception>
-#include <semaphore>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 
@@ -24,8 +25,11 @@ public:
     Waiting_Replay(const Waiting_Replay&) = delete;
     Waiting_Replay& operator=(const Waiting_Replay&) = delete;
     ~Waiting_Replay() {
-        stops_ = true;
-        go_.release();
+        {
+            const std::lock_guard lock(mutex_);
+            stops_ = true;
+        }
+        changed_.notify_one();
         thread_.join();
     }
 
@@ -33,16 +37,30 @@ public:
     void start() { wait(); }
     // Makes the next call; nothing after the last one.
     void step() {
-        if (!is_done_) {
-            go_.release();
-            wait();
+        {
+            const std::lock_guard lock(mutex_);
+            replays_ = !is_done_;
         }
+        changed_.notify_one();
+        wait();
     }
     Session& session() noexcept { return session_; }
 
 private:
     struct Stop {};
 
+    void wait() {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [this] { return !replays_; });
+        if (!failure_) {
+            return;
+        }
+        try {
+            std::rethrow_exception(failure_);
+        } catch (const std::runtime_error& error) {
+            throw Replay_Failure(is_first_, error.what());
+        }
+    }
     void run() {
         try {
             Replay_Settings settings;
@@ -59,25 +77,20 @@ private:
         } catch (...) {
             failure_ = std::current_exception();
         }
-        is_done_ = true;
-        arrived_.release();
+        {
+            const std::lock_guard lock(mutex_);
+            is_done_ = true;
+            replays_ = false;
+        }
+        changed_.notify_one();
     }
     void pause() {
-        arrived_.release();
-        go_.acquire();
+        std::unique_lock lock(mutex_);
+        replays_ = false;
+        changed_.notify_one();
+        changed_.wait(lock, [this] { return replays_ || stops_; });
         if (stops_) {
             throw Stop();
-        }
-    }
-    void wait() {
-        arrived_.acquire();
-        if (!failure_) {
-            return;
-        }
-        try {
-            std::rethrow_exception(failure_);
-        } catch (const std::runtime_error& error) {
-            throw Replay_Failure(is_first_, error.what());
         }
     }
 
@@ -85,8 +98,9 @@ private:
     bool is_first_;
     Session session_;
     std::exception_ptr failure_;
-    bool is_done_ = false, stops_ = false;
-    std::counting_semaphore<4> arrived_{0}, go_{0}; // arrived_ may count the end before the caller waits for it
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    bool replays_ = true, is_done_ = false, stops_ = false; // replays_: it is the thread's turn, and the caller waits
     std::thread thread_;
 };
 

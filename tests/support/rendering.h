@@ -38,6 +38,11 @@ inline std::vector<std::string> with_drawn_pixels(std::vector<std::string> optio
     return options;
 }
 
+// Whether an image drawn so needs a build with FreeType.
+inline bool has_letters(const std::vector<std::string>& options) {
+    return std::ranges::any_of(options, [](const std::string& option) { return option == "--axes" || option == "--scale-bar"; });
+}
+
 class Rendering : public testing::Test {
 protected:
     // Draws the renderer's own pixels unless the options say otherwise.

@@ -3,7 +3,7 @@
 # into a file, so that nobody waits for it.
 #
 # wine.sh start|stop PREFIX WINE
-# wine.sh test PREFIX WINE PROGRAM ARGUMENT...: passes with status 0 and a last line that says so, because a program that breaks
+# wine.sh test PREFIX WINE PROGRAM ARGUMENT...: passes with status 0 and a line that says so, because a program that breaks
 # down early may have status 0 too.
 set -u
 action=$1 wine=$3
@@ -26,7 +26,7 @@ test)
     "$wine" "$@" </dev/null >"$output" 2>&1
     status=$?
     cat "$output"
-    if [ $status -eq 0 ] && ! tail -n 1 "$output" | grep -q '^\[  PASSED  \] [1-9]\|^[1-9][0-9]* checks: .* 0 failed, 0 not run\|^[1-9][0-9]* inputs and [0-9]* changed copies of each'; then
+    if [ $status -eq 0 ] && ! grep -q '^\[  PASSED  \] [1-9]\|^[1-9][0-9]* checks: .* 0 failed, 0 not run\|^[1-9][0-9]* inputs and [0-9]* changed copies of each' "$output"; then
         echo "it ended before all tests"
         status=1
     fi

@@ -218,7 +218,11 @@ TEST_F(Studio, what_does_not_go_with_it_is_said_in_one_line) {
         {{"--record", folder.file("r.json"), "--tiles-of", "2x1", "--tile", "0"},
          "--record: expected a whole image, found --tiles-of 2x1"},
     };
+    const bool writes_jpeg = replay_tests::run_vorna({"render", box, "-o", folder.file("out.jpg")}).status == 0;
     for (const auto& [options, message] : cases) {
+        if (!writes_jpeg && std::ranges::count(options, "jpg") > 0) {
+            continue; // a build without the library
+        }
         Options arguments{"render", box, "-o", folder.file("out.png")};
         arguments.insert(arguments.end(), options.begin(), options.end());
         const replay_tests::Outcome outcome = replay_tests::run_vorna(arguments);

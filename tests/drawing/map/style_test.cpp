@@ -176,6 +176,9 @@ TEST_F(Map_Styles, labels_are_placed_by_their_key_and_stay_in_the_image) {
 }
 
 TEST_F(Map_Styles, of_files_have_layers_in_order) {
+    if (!WITH_FREETYPE) {
+        GTEST_SKIP() << "a build without FreeType has no title";
+    }
     folder.file("more.json", collection({square(0, 3, "{}")}));
     Map_Settings settings;
     settings.style = folder.file("style.json", R"({"title": "T", "layers": [
@@ -232,7 +235,9 @@ TEST_F(Map_Styles, are_centred_over_the_antimeridian) {
     };
     EXPECT_NEAR(width_of(collection({square(178.5, 0, "{}"), square(-180, 0, "{}"), square(-175, 0, "{}")})), 7.5, 0.1);
     EXPECT_GT(width_of(collection({square(179, 0, "{}"), square(-180, 0, "{}"), square(0, 0, "{}")})), 300);
-    EXPECT_LT(width_of(collection({square(100, 40, "{}"), square(102, 40, "{}")}), "orthographic"), 300000);
+    if (WITH_PROJ) {
+        EXPECT_LT(width_of(collection({square(100, 40, "{}"), square(102, 40, "{}")}), "orthographic"), 300000);
+    }
     // Not where the file says its extent.
     const std::string across = collection({square(178.5, 0, "{}"), square(-180, 0, "{}")});
     EXPECT_NEAR(width_of(R"({"bbox":[-180,0,180,1],)" + across.substr(1)), 360, 0.1);
