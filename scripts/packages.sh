@@ -37,6 +37,10 @@ windows_test_packages=(googletest wine64)
 # What is needed besides to cross-build for other processors, and to test what was built. apt's keyring verifies the source of zlib.
 foreign_packages=(debian-archive-keyring g++-aarch64-linux-gnu g++-arm-linux-gnueabihf g++-riscv64-linux-gnu g++-s390x-linux-gnu glmark2-data googletest libstb-dev make qemu-user)
 
+# What is needed besides to build for browsers, and to test what was built.
+web_packages=(cmake debian-archive-keyring emscripten libstb-dev make ninja-build nlohmann-json3-dev nodejs)
+web_test_packages=(chromium glmark2-data)
+
 # Compilers whose results are compared, with the linkers' part of optimisation at link time.
 compiler_packages=(g++-12 clang-14 clang-19 glmark2-data llvm-14-linker-tools)
 

@@ -25,12 +25,12 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 RECEIPT, PAGE = ROOT / "docs/receipt.json", ROOT / "docs/exactness.md"
 MARKS = "<!-- receipt -->", "<!-- end of receipt -->"
 REFERENCE = "gcc-release"
-KERNELS = {"x86_64": ["portable", "baseline", "avx2", "avx512"], "aarch64": ["portable", "neon"]}
+KERNELS = {"x86_64": ["portable", "baseline", "avx2", "avx512"], "aarch64": ["portable", "neon"], "wasm32": ["portable", "wasm"]}
 # What changes the recording of the gallery for golden images of its own.
 GALLERY_CASES = {"gallery-no-depth": {"buffer_depth": 0}, "gallery-palette": {"color_system": 0},
                  "gallery-palette-no-depth": {"color_system": 0, "buffer_depth": 0}}
 # What a build is made of.
-SOURCES = ["CMakeLists.txt", "CMakePresets.json", "app", "cmake", "drawing", "host", "renderer", "vorna"]
+SOURCES = ["CMakeLists.txt", "CMakePresets.json", "app", "cmake", "drawing", "host", "renderer", "vorna", "web"]
 # Besides the commands of docs/gallery.md, images that need no library for models.
 MORE_IMAGES = {
     "still-life-edges": "recordings/models/still-life.obj --edges --antialias --background white",
@@ -71,6 +71,14 @@ class Build:
         if cached("CMAKE_INTERPROCEDURAL_OPTIMIZATION") == "ON":
             self.options += " LTO"
         self.targets = ["krb", "vorna15"] if cached("VORNA_BUILD_COMMAND") == "OFF" else ["vorna"]
+        if cached("EMSCRIPTEN"):
+            # A package for Node.js, and a script that draws with it.
+            package = ROOT / "build" / name / "web/package"
+            if not (package / "vorna_web.wasm").exists():
+                raise Failure(f"build/{name}: expected a built package")
+            self.targets, self.emulator = ["vorna_web", "vorna_replayer"], ["node"]
+            self.command = ["node", str(ROOT / "scripts/web-command.mjs"), str(package)]
+            return
         suffix, self.emulator = "", []
         if self.system == "Windows":
             suffix, self.emulator = ".exe", [cached("WINE")]
@@ -108,6 +116,9 @@ class Build:
     def emulated_by(self):
         if not self.emulator:
             return ""
+        if self.emulator == ["node"]:
+            version = subprocess.run(["node", "--version"], capture_output=True, text=True, check=True).stdout
+            return f"Node.js {version.strip().lstrip('v')}"
         text = subprocess.run([self.emulator[0], "--version"], capture_output=True, text=True, check=True).stdout
         return re.sub(r"qemu-\S+ version", "QEMU", text.splitlines()[0]).split("(")[0].strip()
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # usage: scripts/test.sh [all]
 # Formatting and every test in a release build, with each kernel set: under ten minutes on two processors. With "all" everything else too that
-# must hold before a release: the tests with sanitizers, clang-tidy, the tests for Windows on Wine, and those for other processors
-# under QEMU, an hour more.
+# must hold before a release: the tests with sanitizers, clang-tidy, the tests for Windows on Wine, those for other processors
+# under QEMU, and those for browsers, an hour more.
 # Works on a fresh Debian 12 as root, without a display. The last words are those of the test runner,
 # with "all" those of the recipes that draw an image in parts.
 set -euo pipefail
@@ -50,6 +50,7 @@ if [ "$everything" ]; then
     VORNA_TEST_SCALE=${VORNA_TEST_SCALE:-0.2} check windows-mingw
 
     scripts/test-foreign.sh
+    scripts/test-web.sh
 fi
 
 check gcc-release

@@ -1,14 +1,11 @@
-// Renderer modules, loaded at run time.
+// Renderer modules, loaded at run time. Builds whose renderer is linked in have linked_module.cpp instead.
 #include "vorna/module.h"
 
-#include <exception>
 #include <filesystem>
 #include <iterator>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <system_error>
-#include <utility>
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -160,44 +157,10 @@ Module::Module(const std::string& path) {
     }
 }
 
-Module::Module(Module&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)), maker_(other.maker_) {
-}
-
-Module& Module::operator=(Module&& other) noexcept {
-    std::swap(handle_, other.handle_);
-    maker_ = other.maker_;
-    return *this;
-}
-
 Module::~Module() {
     if (handle_) {
         close_library(handle_);
     }
-}
-
-Module::Renderer Module::create_renderer(const VT_Renderer_Data& prototype) const {
-    return maker_(prototype);
-}
-
-Module::Renderer Module::Maker::operator()(const VT_Renderer_Data& prototype) const {
-    const VT_Renderer_Data* const given = &prototype;
-    // Exceptions thrown by the module refer to its code, and the module may be closed while they are alive.
-    std::string message;
-    try {
-        return Renderer(create_(given), Unload{unload_});
-    } catch (const std::bad_alloc&) {
-    } catch (const std::exception& error) {
-        message = error.what();
-    }
-    if (message.empty()) {
-        throw std::bad_alloc();
-    }
-    throw std::invalid_argument(message);
-}
-
-Module::Renderer Module::create_renderer() const {
-    const VT_Reference<VT_Renderer_Data> prototype(new VT_Renderer_Data);
-    return create_renderer(*prototype);
 }
 
 std::string Module::installed_path() {

@@ -99,7 +99,7 @@ std::string png_palette_of(const std::vector<VT_RGB32>& colors) {
 
 std::string png_of(const Raster& raster, const VT_Palette& palette) {
     return png_file(image_form_of(raster, palette), [&raster](std::uint32_t row, std::uint8_t* samples) {
-        store_samples(raster.top + std::ptrdiff_t{row} * raster.row_bytes, raster.width, raster.format, samples);
+        store_samples(raster.top + static_cast<std::ptrdiff_t>(row) * raster.row_bytes, raster.width, raster.format, samples);
     });
 }
 

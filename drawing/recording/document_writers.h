@@ -83,6 +83,7 @@ private:
         separate();
         text_ += text;
     }
+    void put_between(const char* first, const char* end) { put({first, static_cast<std::size_t>(end - first)}); }
     void open(char bracket, std::string_view separator) {
         separate();
         text_ += bracket;
@@ -95,7 +96,7 @@ private:
 
     template <class Number> void put_number(Number number) {
         std::array<char, 32> digits;
-        put({digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr});
+        put_between(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
     }
     void put_real(double value) {
         if (value == 0 && std::signbit(value)) {
@@ -113,7 +114,7 @@ private:
         if (value == 0 || static_cast<float>(read) != value) {
             put_real(double{value});
         } else {
-            put({digits.data(), end});
+            put_between(digits.data(), end);
         }
     }
 

@@ -30,6 +30,8 @@ KRB_DECLARE_SET(avx2)
 KRB_DECLARE_SET(avx512)
 #elif defined(KRB_AARCH64)
 KRB_DECLARE_SET(neon)
+#elif defined(KRB_WASM)
+KRB_DECLARE_SET(wasm)
 #endif
 KRB_DECLARE_SET(portable)
 
@@ -99,12 +101,14 @@ constexpr Candidate candidates[] = {
     {KRB_SET(baseline, 4), has_baseline},
 #elif defined(KRB_AARCH64)
     {KRB_SET(neon, 4), always},
+#elif defined(KRB_WASM)
+    {KRB_SET(wasm, 4), always}, // what cannot run it does not load the program
 #endif
     {KRB_SET(portable, 1), always},
 };
 
 // Of all builds.
-constexpr std::string_view known_names[] = {"portable", "baseline", "avx2", "avx512", "neon"};
+constexpr std::string_view known_names[] = {"portable", "baseline", "avx2", "avx512", "neon", "wasm"};
 
 } // namespace
 

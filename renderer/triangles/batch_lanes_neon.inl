@@ -5,72 +5,16 @@
 #include <cstring>
 
 #include "renderer/kernels/reciprocals.h"
+#include "renderer/triangles/batch_halves.inl"
 
 namespace krb::KRB_KERNEL_SET {
 namespace {
 namespace batch {
 
-inline constexpr int lane_count = 8;
 inline constexpr std::int32_t least_run = 3;
 inline constexpr std::int32_t rows_ahead = 2 * lane_count;
 
-using Half = krb::KRB_KERNEL_SET::Int;
-using Half_Active = krb::KRB_KERNEL_SET::Active;
-
-struct Int {
-    Half low, high;
-};
-
-struct Active {
-    Half_Active low, high;
-};
-
 // ---- lanes
-
-inline Int splat(std::int32_t value) {
-    return {krb::KRB_KERNEL_SET::splat(value), krb::KRB_KERNEL_SET::splat(value)};
-}
-
-inline Int lane_numbers() {
-    return {lanes_of(0, 1, 2, 3), lanes_of(4, 5, 6, 7)};
-}
-
-inline Int operator+(Int a, Int b) {
-    return {a.low + b.low, a.high + b.high};
-}
-
-inline Int operator-(Int a, Int b) {
-    return {a.low - b.low, a.high - b.high};
-}
-
-inline Int operator*(Int a, Int b) {
-    return {a.low * b.low, a.high * b.high};
-}
-
-inline Int operator&(Int a, Int b) {
-    return {a.low & b.low, a.high & b.high};
-}
-
-inline Int operator|(Int a, Int b) {
-    return {a.low | b.low, a.high | b.high};
-}
-
-template <int bits> inline Int shift_left(Int a) {
-    return {krb::KRB_KERNEL_SET::shift_left<bits>(a.low), krb::KRB_KERNEL_SET::shift_left<bits>(a.high)};
-}
-
-template <int bits> inline Int shift_right(Int a) {
-    return {krb::KRB_KERNEL_SET::shift_right<bits>(a.low), krb::KRB_KERNEL_SET::shift_right<bits>(a.high)};
-}
-
-// No instruction shifts right by 0.
-template <int bits> inline Int shift_signed_right(Int a) {
-    if constexpr (bits == 0) {
-        return a;
-    } else {
-        return {shift_right_signed<bits>(a.low), shift_right_signed<bits>(a.high)};
-    }
-}
 
 inline Int shift_left_by(Int a, Int bits) {
     return {{vshlq_u32(a.low.lanes, signed_lanes(bits.low))}, {vshlq_u32(a.high.lanes, signed_lanes(bits.high))}};
@@ -81,29 +25,13 @@ inline Int least(Int a, Int b) {
     return {of_four(a.low, b.low), of_four(a.high, b.high)};
 }
 
-inline Int greatest(Int a, Int b) {
-    return {krb::KRB_KERNEL_SET::greatest(a.low, b.low), krb::KRB_KERNEL_SET::greatest(a.high, b.high)};
-}
-
 inline Active less(Int a, Int b) {
     const auto of_four = [](Half x, Half y) { return Half_Active{vcltq_s32(signed_lanes(x), signed_lanes(y))}; };
     return {of_four(a.low, b.low), of_four(a.high, b.high)};
 }
 
-inline Active less_or_equal(Int a, Int b) {
-    return {krb::KRB_KERNEL_SET::less_or_equal(a.low, b.low), krb::KRB_KERNEL_SET::less_or_equal(a.high, b.high)};
-}
-
-inline Active equal(Int a, Int b) {
-    return {krb::KRB_KERNEL_SET::equal(a.low, b.low), krb::KRB_KERNEL_SET::equal(a.high, b.high)};
-}
-
 inline Active has_any(Int a, Int bits) {
     return {{vtstq_u32(a.low.lanes, bits.low.lanes)}, {vtstq_u32(a.high.lanes, bits.high.lanes)}};
-}
-
-inline Active operator&(Active a, Active b) {
-    return {a.low & b.low, a.high & b.high};
 }
 
 // 16 bits a lane.
@@ -127,15 +55,6 @@ inline Active no_lanes() {
     return {{vdupq_n_u32(0)}, {vdupq_n_u32(0)}};
 }
 
-inline Int select(Active condition, Int yes, Int no) {
-    return {krb::KRB_KERNEL_SET::select(condition.low, yes.low, no.low),
-            krb::KRB_KERNEL_SET::select(condition.high, yes.high, no.high)};
-}
-
-inline Int where(Active condition, Int value) {
-    return {krb::KRB_KERNEL_SET::where(condition.low, value.low), krb::KRB_KERNEL_SET::where(condition.high, value.high)};
-}
-
 inline Int difference_or_reverse(Int a, Int b, Active backwards) {
     const auto negated = [](Half x, Half_Active lanes) { return Half{vsubq_u32(veorq_u32(x.lanes, lanes.lanes), lanes.lanes)}; };
     const Int forwards = a - b;
@@ -154,10 +73,6 @@ inline Int bytes_beyond(Int a, Int b, std::uint32_t limits) {
         return Half{vreinterpretq_u32_u8(vqsubq_u8(distance, limit))};
     };
     return {beyond(a.low, b.low), beyond(a.high, b.high)};
-}
-
-inline Int load_ints(const std::int32_t* from) {
-    return {krb::KRB_KERNEL_SET::load_ints(from), krb::KRB_KERNEL_SET::load_ints(from + 4)};
 }
 
 inline void store_ints(std::int32_t* to, Int a) {

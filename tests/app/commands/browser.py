@@ -7,9 +7,11 @@ import tempfile
 
 
 class Browser:
-    """Opens a page and fails on whatever it asks for from elsewhere, and on errors of its script."""
+    """Opens a page, a file or an address, and fails on whatever it asks for from elsewhere, and on errors of its script."""
 
-    def __init__(self, chromium, page):
+    def __init__(self, chromium, page, options=()):
+        url = page if '://' in page else 'file://' + page
+        self.origin = url if url.startswith('file:') else '/'.join(url.split('/')[:3]) + '/'
         self.folder = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)  # processes of the browser may still write
         command_read, self.commands = os.pipe()
         self.answers, answer_write = os.pipe()
@@ -23,7 +25,7 @@ class Browser:
 
         self.process = subprocess.Popen(
             [chromium, '--headless', '--no-sandbox', '--disable-gpu', '--disable-dev-shm-usage', '--remote-debugging-pipe',
-             '--user-data-dir=' + self.folder.name, '--window-size=1400,1000', '--hide-scrollbars', 'about:blank'],
+             '--user-data-dir=' + self.folder.name, '--window-size=1400,1000', '--hide-scrollbars', *options, 'about:blank'],
             preexec_fn=take_pipes, close_fds=False, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(command_read)
         os.close(answer_write)
@@ -32,7 +34,7 @@ class Browser:
         self.session = self.call('Target.attachToTarget', targetId=target['targetId'], flatten=True)['sessionId']
         for domain in ('Page', 'Runtime', 'Network', 'Log'):
             self.call(domain + '.enable')
-        self.call('Page.navigate', url='file://' + page)
+        self.call('Page.navigate', url=url)
         self.wait('document.body && document.body.dataset.ready === "yes"')
 
     def call(self, method, **parameters):
@@ -79,7 +81,7 @@ class Browser:
             parameters = event.get('params', {})
             if event.get('method') == 'Network.requestWillBeSent':
                 url = parameters['request']['url']
-                if url.split(':')[0] not in ('file', 'data', 'blob', 'about'):
+                if url.split(':')[0] not in ('file', 'data', 'blob', 'about') and not url.startswith(self.origin):
                     found.append(url)
             elif event.get('method') in ('Runtime.exceptionThrown', 'Log.entryAdded'):
                 found.append(json.dumps(parameters))
