@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <map>
 #include <set>
 #include <system_error>
 #include <utility>
@@ -97,20 +96,23 @@ std::string part_origin(const Render_Options& options, std::int32_t supersample)
     // How many pixels are drawn for one depends on options that leave them as they are otherwise.
     add(digest, VORNA_VERSION_TEXT "\n" + options.models_digest + '\n' + std::to_string(supersample) + '\n');
     // Models and the files of options count by their contents, at their places among the words. Other files, which those name,
-    // count with their places beside the first model: folders of the same files may differ between machines.
+    // count with their places in the first model's folder: folders of the same files may differ between machines.
     const fs::path folder = place_of(options.models.front()).parent_path();
-    std::set<fs::path> given_files;
+    std::set<fs::path> given_files, read_files;
     std::ranges::transform(options.models, std::inserter(given_files, given_files.end()), place_of);
     for (const std::vector<std::string>& values : given.values) {
         std::ranges::transform(values, std::inserter(given_files, given_files.end()), place_of);
     }
-    std::map<std::string, std::string> files;
+    std::set<std::pair<std::string, std::string>> others;
     for (const std::string& file : options.limits->files()) {
-        if (const fs::path place = place_of(file); !given_files.contains(place)) {
-            files.emplace(place.lexically_relative(folder).generic_string(), digest_of_file(file));
+        const fs::path place = place_of(file), inside = place.lexically_relative(folder);
+        read_files.insert(place);
+        if (const std::string content = digest_of_file(file); !content.empty() && !given_files.contains(place)) {
+            const bool is_beside = !inside.empty() && *inside.begin() != "..";
+            others.emplace((is_beside ? inside : place.filename()).generic_string(), content);
         }
     }
-    for (const auto& [name, content] : files) {
+    for (const auto& [name, content] : others) {
         add(digest, name + '\n' + content + '\n');
     }
     for (std::size_t i = 0; i < given.names.size(); ++i) {
@@ -122,7 +124,7 @@ std::string part_origin(const Render_Options& options, std::int32_t supersample)
         if (given.values[i].size() != 1 || by_default.empty() || given.values[i].front() != by_default) {
             add(digest, name);
             for (const std::string& value : given.values[i]) {
-                const std::string content = digest_of_file(value);
+                const std::string content = read_files.contains(place_of(value)) ? digest_of_file(value) : std::string();
                 add(digest, '\0' + (content.empty() ? value : content));
             }
             add(digest, "\n");

@@ -197,7 +197,7 @@ TEST_F(Stream, later_shares_win_where_depths_are_equal_and_only_there) {
     EXPECT_NE(joined(parts(4, words, "model.stl")), expected);
     const Triangles apart = layered(3, 50);
     folder.file("model.stl", stl(apart));
-    const Words front{"--size", "64x64", "--shading", "flat", "--view", "front", "--ortho"};
+    const Words front{"--size", "64x64", "--shading", "flat", "--view", "front", "--up", "y", "--ortho"};
     const std::string in_order = joined(parts(4, front, "model.stl"));
     folder.file("model.stl", stl({apart.rbegin(), apart.rend()}));
     EXPECT_EQ(joined(parts(4, front, "model.stl")), in_order);
@@ -211,13 +211,13 @@ TEST_F(Stream, one_process_draws_the_image_of_a_model_in_memory) {
         folder.file("colored.ply", ply(triangles, std::endian::big, false));
         folder.file("normals.ply", ply(triangles, std::endian::little, true));
         for (const Words& options :
-             {Words{"flat.stl", "--shading", "flat", "--view", "front", "--up", "y"},
+             {Words{"flat.stl", "--shading", "flat", "--view", "front"},
               {"colored.ply", "--shading", "flat", "--view", "front", "--ortho", "--supersample", "3", "--background", "none"},
               {"colored.ply", "--shading", "flat", "--view", "back", "--zoom", "2.5", "--cull", "back"},
               {"normals.ply", "--shading", "gouraud", "--view", "front", "--supersample", "1"},
               {"normals.ply", "--camera", "0,0,4,0.1,0,0"}}) {
             Words words(options.begin() + 1, options.end());
-            words.insert(words.end(), {"--size", "90x60"});
+            words.insert(words.end(), {"--size", "90x60", "--up", "y"});
             const std::string expected = image(words, options.front());
             words.emplace_back("--stream");
             EXPECT_EQ(image(words, options.front()), expected) << options.front() << ' ' << seed;
