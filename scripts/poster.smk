@@ -1,7 +1,7 @@
 # Snakemake: an image in parts of about equal work, joined.
 # usage: snakemake --snakefile poster.smk --cores N --config model=MODEL image=poster.png size=40000x20000 parts=12
 #        [options="--view=front --edges"] [vorna=COMMAND]
-import json, shlex, subprocess
+import json, os, shlex, subprocess
 
 command = config.get("vorna", "vorna")
 image = config["image"]
@@ -18,7 +18,7 @@ rule assemble:
 
 rule part:
     input: config["model"]
-    output: temp(image.rsplit(".", 1)[0] + ".part-{number}.png")
+    output: temp(os.path.splitext(image)[0] + ".part-{number}.png")
     params: words=lambda wildcards, output: shlex.join(parts[output[0]]["command"])
     resources: mem_mb=lambda wildcards, attempt: max(part["memory"] for part in parts.values()) >> 20
     shell: "{params.words}"

@@ -125,8 +125,7 @@ options=(--size "${SIZE:-24000x16000}" --view front --edges --threads 1)
 script=$OLDPWD/scripts/poster.slurm
 submit() {
     "$vorna" render "$model" "${options[@]}" -o poster.png --plan 12 --plan-lines >plan
-    array=$(sbatch --parsable --array=1-$(($(wc -l <plan) - 1)) --output=part-%a.log "$script" plan)
-    joined=$(sbatch --parsable --dependency=afterok:"$array" --output=joined.log "$script" plan)
+    { read -r array && read -r joined; } < <(sh "$script" plan --output=part-%a.log)
 }
 part_count() {
     find . -name 'poster.part-*.png' | wc -l

@@ -5,6 +5,7 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <set>
 #include <system_error>
 #include <utility>
@@ -17,16 +18,19 @@
 namespace vorna::app {
 namespace {
 
+namespace fs = std::filesystem;
+
 // Options that leave the pixels of the image as they are. Those of input files decide them by the files' contents.
 constexpr std::array keeps_pixels{
     std::string_view("--allow-empty"), std::string_view("--allow-outside"), std::string_view("--area"),
-    std::string_view("--compress"),    std::string_view("--dry-run"),       std::string_view("--hash"),
-    std::string_view("--kernels"),     std::string_view("--max-memory"),    std::string_view("--module"),
-    std::string_view("--output"),      std::string_view("--output-format"), std::string_view("--plan"),
+    std::string_view("--compress"),    std::string_view("--dry-run"),       std::string_view("--framing"),
+    std::string_view("--hash"),        std::string_view("--kernels"),       std::string_view("--max-memory"),
+    std::string_view("--module"),      std::string_view("--output"),        std::string_view("--output-format"),
+    std::string_view("--part"),        std::string_view("--parts-of"),      std::string_view("--plan"),
     std::string_view("--plan-lines"),  std::string_view("--repeat"),        std::string_view("--resume"),
-    std::string_view("--stats"),       std::string_view("--strict"),        std::string_view("--threads"),
-    std::string_view("--tile"),        std::string_view("--tile-size"),     std::string_view("--tile-times"),
-    std::string_view("--tiles-of"),
+    std::string_view("--stats"),       std::string_view("--stream"),        std::string_view("--strict"),
+    std::string_view("--threads"),     std::string_view("--tile"),          std::string_view("--tile-size"),
+    std::string_view("--tile-times"),  std::string_view("--tiles-of"),
 };
 
 void add(drawing::Sha256& digest, std::string_view bytes) {
@@ -44,6 +48,13 @@ bool is_own_option(const Given& given, const std::string& name) {
 
 bool is_flag(const Option& option) {
     return option.value.word.empty();
+}
+
+// The same for all names of a file.
+fs::path place_of(const std::string& file) {
+    std::error_code none;
+    fs::path place = fs::weakly_canonical(drawing::path_of(file), none);
+    return place.is_absolute() ? place : fs::absolute(place, none);
 }
 
 } // namespace
@@ -84,12 +95,24 @@ std::string part_origin(const Render_Options& options, std::int32_t supersample)
     drawing::Sha256 digest;
     // How many pixels are drawn for one depends on options that leave them as they are otherwise.
     add(digest, VORNA_VERSION_TEXT "\n" + options.models_digest + '\n' + std::to_string(supersample) + '\n');
-    // Folders of the same files may differ between machines.
-    std::set<std::pair<std::string, std::string>> files;
-    for (const std::string& file : options.limits->files()) {
-        files.emplace(drawing::path_of(file).filename().string(), digest_of_file(file));
+    // Models and the files of options count by their contents, at their places among the words. Other files, which those name,
+    // count with their places in the first model's folder: folders of the same files may differ between machines.
+    const fs::path folder = place_of(options.models.front()).parent_path();
+    std::set<fs::path> given_files, read_files;
+    std::ranges::transform(options.models, std::inserter(given_files, given_files.end()), place_of);
+    for (const std::vector<std::string>& values : given.values) {
+        std::ranges::transform(values, std::inserter(given_files, given_files.end()), place_of);
     }
-    for (const auto& [name, content] : files) {
+    std::set<std::pair<std::string, std::string>> others;
+    for (const std::string& file : options.limits->files()) {
+        const fs::path place = place_of(file), inside = place.lexically_relative(folder);
+        read_files.insert(place);
+        if (const std::string content = digest_of_file(file); !content.empty() && !given_files.contains(place)) {
+            const bool is_beside = !inside.empty() && *inside.begin() != "..";
+            others.emplace((is_beside ? inside : place.filename()).generic_string(), content);
+        }
+    }
+    for (const auto& [name, content] : others) {
         add(digest, name + '\n' + content + '\n');
     }
     for (std::size_t i = 0; i < given.names.size(); ++i) {
@@ -101,7 +124,8 @@ std::string part_origin(const Render_Options& options, std::int32_t supersample)
         if (given.values[i].size() != 1 || by_default.empty() || given.values[i].front() != by_default) {
             add(digest, name);
             for (const std::string& value : given.values[i]) {
-                add(digest, '\0' + value);
+                const std::string content = read_files.contains(place_of(value)) ? digest_of_file(value) : std::string();
+                add(digest, '\0' + (content.empty() ? value : content));
             }
             add(digest, "\n");
         }

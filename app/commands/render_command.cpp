@@ -14,6 +14,7 @@
 #include "app/commands/render_batch.h"
 #include "app/commands/render_map.h"
 #include "app/commands/render_model.h"
+#include "app/commands/render_stream.h"
 #include "drawing/files/input.h"
 #include "drawing/files/output_files.h"
 #include "drawing/image/color_name.h"
@@ -47,7 +48,7 @@ void draw_together(Render_Options& options, const Map_Options& map_options, cons
             throw drawing::Usage_Error(std::string(name) + ": expected a file, which every part reads, found standard input");
         }
     }
-    if (has_parts(options)) {
+    if (has_parts(options) && !is_streamed(options)) {
         options.models_digest = digest_of_inputs(inputs);
     }
     const auto map = std::ranges::find_if(inputs, drawing::is_map);
@@ -55,8 +56,9 @@ void draw_together(Render_Options& options, const Map_Options& map_options, cons
     if (map != inputs.end()) {
         refuse_models(inputs, *map);
         render_map(options, map_options, std::move(inputs), chosen_module(given));
+    } else if (choose_up_axis(options, inputs); is_streamed(options)) {
+        render_streamed(options, inputs, chosen_module(given));
     } else {
-        choose_up_axis(options, inputs);
         render_models(options, std::move(inputs), chosen_module(given));
     }
 }
@@ -137,8 +139,8 @@ Command render_command() {
         .sections = {{"Colours", color_lines()}},
         .run = [options, map_options](const Given& given) {
             options->has_size = given.has("--size") || given.has("--paper");
-            if (options->resume && options->output_folder.empty() && options->tiles_of.empty()) {
-                throw drawing::Usage_Error("--resume: expected --output-folder or --tiles-of beside it, found none");
+            if (options->resume && options->output_folder.empty() && options->tiles_of.empty() && options->parts_of == 0) {
+                throw drawing::Usage_Error("--resume: expected --output-folder, --tiles-of or --parts-of beside it, found none");
             }
             const auto draw = [&](Render_Options& one) { draw_together(one, *map_options, given); };
             if (!options->output_folder.empty()) {
@@ -296,6 +298,7 @@ Command render_command() {
          .needs = {"--plan"}},
         {.names = {"--hash"}, .text = "Print the SHA-256 of the pixels", .target = &options->hash, .group = output}};
     command.options.insert(command.options.end(), own.begin(), own.end());
+    add_stream_options(command.options, *options, large);
     add_print_options(command.options, options->print);
     add_map_options(command.options, *map_options);
     return command;

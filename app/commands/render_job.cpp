@@ -2,8 +2,11 @@
 #include "app/commands/render_job.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <ctime>
+#include <stdexcept>
+#include <system_error>
 #include <utility>
 
 #include "app/cli/command.h"
@@ -171,19 +174,21 @@ void describe(const Render_Options& options, const drawing::Job_Settings& settin
     print("file", output_text(options));
 }
 
+// Throws where standard output takes nothing. An interrupt ends the process without what is not flushed.
 void print_digests(const Render_Options& options, const std::vector<std::string>& digests) {
     if (!options.output_folder.empty()) {
         print(stdout, digests.front() + "  " + drawing::printable(options.image.output) + '\n');
-        std::fflush(stdout); // an interrupt ends the process without it
-        return;
-    }
-    if (options.turntable == 0) {
+    } else if (options.turntable == 0) {
         print_line(drawing::is_standard_output(options.record) ? options.record : options.image.output, digests.front());
-        return;
     }
-    for (std::size_t f = 0; f < digests.size(); ++f) {
+    for (std::size_t f = 0; options.turntable > 0 && f < digests.size(); ++f) {
         const std::string name = drawing::frame_name(options.image.output, static_cast<std::int32_t>(f), options.turntable);
         print(stdout, digests[f] + "  " + drawing::printable(name) + '\n');
+    }
+    errno = 0;
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        throw std::runtime_error("standard output: cannot be written" +
+                                 (errno != 0 ? ": " + std::generic_category().message(errno) : std::string()));
     }
 }
 
@@ -307,7 +312,8 @@ void run_job(const Render_Options& options, drawing::Job_Settings settings, cons
         settings.other_memory = options.base_memory + options.limits->memory() - options.limits->memory_left();
     }
     if (has_parts(options)) {
-        settings.part.origin = part_origin(options, settings.supersample);
+        settings.part.origin =
+            part_origin(options, settings.part.share ? settings.part.share->supersample : settings.supersample);
     }
     if (options.plan > 0) {
         // So far the process has done what every part does first. Processor time depends less on what else the machine does.
@@ -326,6 +332,7 @@ void run_job(const Render_Options& options, drawing::Job_Settings settings, cons
     if (options.output_folder.empty()) { // else the files count
         settings.progress = [&progress](double done) { progress.show(done); };
     }
+    settings.tell_digests = [&options](const std::vector<std::string>& digests) { print_digests(options, digests); };
     drawing::Job job(settings, module, drawing);
     if (options.dry_run) {
         job.check_files();
@@ -333,9 +340,6 @@ void run_job(const Render_Options& options, drawing::Job_Settings settings, cons
         return;
     }
     const drawing::Job_Result result = job.write_files();
-    if (options.hash) {
-        print_digests(options, result.digests);
-    }
     if (options.stats) {
         print_stats(options, job, drawing, times, result.times);
     }

@@ -24,12 +24,15 @@ struct Render_Options : Model_Options {
     std::int32_t tile = -1, tile_size = 0;
     std::int32_t plan = 0; // into so many parts; 0 = the image is drawn
     bool plan_lines = false;
-    const Given* given = nullptr; // the options as they were given
-    std::string models_digest;    // of a part or a plan: of the models' contents
-    std::int32_t supersample = 0; // 0 = not given
-    bool studio = false;          // --look studio
-    std::string pass;             // depth, normals or faces instead of the colours; empty = colours
-    std::int32_t turntable = 0;   // frames; 0 = a single image
+    bool stream = false;                   // triangles are drawn while they are read
+    std::int32_t parts_of = 0, share = -1; // which of so many shares of the triangles; 0 = all of them
+    std::string framing;                   // see render_stream.h; empty = found in the file
+    const Given* given = nullptr;          // the options as they were given
+    std::string models_digest;             // of a part or a plan: of the models' contents, and their framing where it is given
+    std::int32_t supersample = 0;          // 0 = not given
+    bool studio = false;                   // --look studio
+    std::string pass;                      // depth, normals or faces instead of the colours; empty = colours
+    std::int32_t turntable = 0;            // frames; 0 = a single image
     unsigned threads = 0;
     int repeat = 1;
     std::string output_folder; // empty = all files are one image
@@ -46,7 +49,11 @@ inline constexpr std::int32_t most_planned_parts = 100000;
 
 // Whether inputs and options are to be remembered: of parts that are joined later.
 inline bool has_parts(const Render_Options& options) noexcept {
-    return !options.tiles_of.empty() || options.plan > 0;
+    return !options.tiles_of.empty() || options.plan > 0 || options.parts_of > 0;
+}
+// Whether the model is read while it is drawn.
+inline bool is_streamed(const Render_Options& options) noexcept {
+    return options.stream || options.parts_of > 0;
 }
 
 VT_Int_Pair image_size_of(const Render_Options& options);

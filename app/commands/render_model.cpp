@@ -35,8 +35,10 @@ void warn_of_cut_frames(const Render_Options& options, const drawing::Model_Draw
          " frames do not show the whole model; " + advice);
 }
 
-// The camera, with the scale of an image that is to be printed.
-drawing::model::Camera_Settings camera_of(const Render_Options& options, const drawing::model::Mesh& mesh, VT_Int_Pair size) {
+} // namespace
+
+drawing::model::Camera_Settings model_camera_of(const Render_Options& options, const drawing::model::Mesh& mesh,
+                                                VT_Int_Pair size) {
     drawing::model::Camera_Settings camera = camera_settings_of(options, mesh, size);
     if (const std::optional<double> scale = pixels_per_metre(options.print)) {
         camera.half_height = size.y / (2 * *scale * unit_metres(options.print).value_or(millimetre) * mesh.radius);
@@ -44,11 +46,7 @@ drawing::model::Camera_Settings camera_of(const Render_Options& options, const d
     return camera;
 }
 
-} // namespace
-
-void render_models(const Render_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module) {
-    const VT_Int_Pair size = image_size_of(options);
-    const Palette_Choice palette = palette_of(options);
+drawing::Job_Settings model_settings_of(const Render_Options& options, VT_Int_Pair size, const Palette_Choice& palette) {
     drawing::Job_Settings settings = job_settings_of(options, size, supersample_of_model(options, size), palette);
     if (!settings.transparent) {
         settings.background = options.pass.empty() ? background_of(options) : drawing::Background({0, 0, 0, 255});
@@ -56,6 +54,13 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
     if (!options.print.scale.empty() && !options.orthographic) {
         throw drawing::Usage_Error("--scale: expected --ortho beside it, since near things are larger in perspective");
     }
+    return settings;
+}
+
+void render_models(const Render_Options& options, std::vector<drawing::Input> inputs, const drawing::Module_Choice& module) {
+    const VT_Int_Pair size = image_size_of(options);
+    const Palette_Choice palette = palette_of(options);
+    drawing::Job_Settings settings = model_settings_of(options, size, palette);
     look_of(options, true); // its faults are found before the model is read
     Load_Times times;
     const auto start = Clock::now();
@@ -86,7 +91,7 @@ void render_models(const Render_Options& options, std::vector<drawing::Input> in
         parts.points.reset();
         parts.overlay.reset();
     }
-    drawing::Model_Drawing drawing(std::move(parts), look, camera_of(options, mesh, size), std::max(options.turntable, 1));
+    drawing::Model_Drawing drawing(std::move(parts), look, model_camera_of(options, mesh, size), std::max(options.turntable, 1));
     times.setup = milliseconds_since(setup_start);
     if (options.turntable > 0 && !options.dry_run) {
         warn_of_cut_frames(options, drawing);

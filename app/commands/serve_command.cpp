@@ -24,6 +24,9 @@
 #include "drawing/files/json_document.h"
 #include "drawing/files/json_memory.h"
 #include "drawing/files/output_files.h"
+#include "drawing/files/output_place.h"
+#include "drawing/files/path.h"
+#include "drawing/files/standard_streams.h"
 
 namespace vorna::app {
 namespace {
@@ -53,6 +56,11 @@ std::vector<std::string> words_of(const ordered_json& job) {
     return words;
 }
 
+// Under one of the names that the system gives it.
+bool is_standard_input(const std::string& name) {
+    return drawing::output_place_of(drawing::path_of(name)).number == drawing::number_of(stdin);
+}
+
 // Standard output has the answers, and standard input the jobs.
 void refuse_standard_streams(const Given& given) {
     for (const char* const name : {"--hash", "--dry-run", "--plan", "--output-folder", "--stats"}) {
@@ -62,7 +70,7 @@ void refuse_standard_streams(const Given& given) {
     }
     for (std::size_t i = 0; i < given.names.size(); ++i) {
         for (const std::string& value : given.values[i]) {
-            if (value == "-" || drawing::is_standard_output(value)) {
+            if (value == "-" || drawing::is_standard_output(value) || is_standard_input(value)) {
                 throw drawing::Usage_Error("job: expected files with names, found " + value);
             }
         }

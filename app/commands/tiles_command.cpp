@@ -22,6 +22,7 @@
 #include "app/commands/map_options.h"
 #include "app/commands/output_options.h"
 #include "app/commands/part_origin.h"
+#include "app/commands/tile_parts.h"
 #include "drawing/files/helpers.h"
 #include "drawing/files/interruption.h"
 #include "drawing/files/output_file.h"
@@ -38,15 +39,6 @@ namespace {
 
 using namespace drawing::pyramid;
 
-struct Tiles_Options : Model_Options {
-    Map_Options map;
-    Output_Options image;
-    std::string zoom;
-    int tile_side = 256, supersample = 1;
-    unsigned threads = 0;
-    bool resume = false, stats = false;
-};
-
 // The options of models and maps that this command has too, in this order, before its own.
 constexpr std::array shared_options{
     "--input-format", "--strict",       "--max-memory",   "--allow-outside", "--antialias",   "--background",   "--bbox",
@@ -58,7 +50,8 @@ constexpr std::array shared_options{
     "--style",        "--title",        "--attribution"};
 
 // Options without influence on the output: a run may be continued with others.
-constexpr std::array working_options{"--output", "--threads", "--resume", "--max-memory", "--stats", "--strict"};
+constexpr std::array working_options{"--output", "--threads",  "--resume", "--max-memory", "--stats",
+                                     "--strict", "--parts-of", "--part",   "--plan",       "--plan-lines"};
 
 // The file beside the output that keeps tiles until all are there.
 std::string log_of(const Tiles_Options& options) {
@@ -114,6 +107,7 @@ Pyramid_Settings settings_of(const Tiles_Options& options) {
     settings.file = output_file_of(options.image);
     settings.compression = compression_of(options.image);
     settings.threads = options.threads > 0 ? options.threads : drawing::processor_count();
+    choose_part(options, settings);
     return settings;
 }
 
@@ -181,7 +175,12 @@ void draw_and_write(const Tiles_Options& options, const Pyramid_Settings& settin
     check_levels(settings, map);
     Tile_Log log(log_of(options), facts.key, options.resume);
     const auto start = Clock::now();
-    draw_pyramid(settings, chosen_module(given), map, log);
+    if (options.parts_of > 0) {
+        join_tile_parts(options, settings, facts.key, log);
+    }
+    Pyramid_Settings whole = settings;
+    whole.parts = 1;
+    draw_pyramid(whole, chosen_module(given), map, log);
     const double drawn = seconds_since(start);
     write_pyramid(log, facts, options.image.output, format);
     if (options.stats) {
@@ -201,14 +200,18 @@ void make_tiles(Tiles_Options& options, const Given& given) {
     std::vector<std::string> read = options.models;
     read.insert(read.end(), {options.map.overlay, options.map.font, options.map.style});
     drawing::refuse_same_files(read, {output, log_of(options)});
-    if (options.resume && std::ranges::find(read, "-") != read.end()) {
-        throw drawing::Usage_Error("--resume: expected files with names, found standard input");
+    const bool is_part = options.part >= 0 || options.plan > 0, has_parts = options.parts_of > 0 || options.plan > 0;
+    if ((options.resume || has_parts) && std::ranges::find(read, "-") != read.end()) {
+        throw drawing::Usage_Error(std::string(options.resume     ? "--resume"
+                                               : options.plan > 0 ? "--plan"
+                                                                  : "--parts-of") +
+                                   ": expected files with names, found standard input");
     }
     const std::filesystem::path place = drawing::path_of(output),
                                 last_file = format == Pyramid_Format::folder ? place / "tiles.json" : place;
     const bool has_log = std::filesystem::exists(drawing::path_of(log_of(options)));
     const bool is_finished = options.resume && !has_log && std::filesystem::exists(last_file);
-    check_pyramid(output, format, options.resume && (has_log || is_finished));
+    check_pyramid(output, format, is_part || (options.resume && (has_log || is_finished)));
 
     options.limits = limits_of(options, options.threads);
     std::vector<drawing::Input> inputs = open_inputs(options);
@@ -234,7 +237,11 @@ void make_tiles(Tiles_Options& options, const Given& given) {
     }
     read.insert(read.end(), drawn_files.begin(), drawn_files.end());
     facts.key = key_of(*given.command, options, contents, read);
-    if (is_finished) {
+    if (options.plan > 0) {
+        print_tiles_plan(options, settings, facts.key, given);
+        return;
+    }
+    if (is_finished && !is_part) {
         if (pyramid_key(output, format) != facts.key) {
             throw drawing::Usage_Error((format == Pyramid_Format::folder ? output + "/tiles.json" : output) +
                                        ": expected tiles of the same files and options, found others");
@@ -245,7 +252,11 @@ void make_tiles(Tiles_Options& options, const Given& given) {
     Progress progress;
     settings.progress = [&progress](double done) { progress.show(done); };
     drawing::Map_Drawing map(std::move(scene), {settings.background, false, options.antialias});
-    draw_and_write(options, settings, facts, format, map, given);
+    if (is_part) {
+        draw_tile_part(options, settings, facts.key, map, given);
+    } else {
+        draw_and_write(options, settings, facts, format, map, given);
+    }
 }
 
 } // namespace
@@ -306,6 +317,7 @@ Command tiles_command() {
          .group = group},
         {.names = {"--stats"}, .text = "Print numbers of tiles and times", .target = &options->stats, .group = group}};
     table.insert(table.end(), own.begin(), own.end());
+    add_tile_part_options(table, *options, group);
     for (const char* name : shared_options) {
         Option& option = table.emplace_back(option_named(others, name));
         option.applies_to = Applies_To::every_input;

@@ -4,48 +4,131 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <stdexcept>
 #include <system_error>
 #include <vector>
 
+#if !defined(_WIN32)
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+#endif
+
 #include "drawing/files/gzip.h"
+#include "drawing/files/interruption.h"
 #include "drawing/files/path.h"
 #include "drawing/files/standard_streams.h"
 #include "drawing/files/usage_error.h"
 #include "drawing/files/zstd.h"
 
 namespace vorna::drawing {
+namespace {
+
+[[noreturn]] void throw_too_large(const std::string& name, std::size_t most) {
+    throw Usage_Error(name + ": expected at most " + std::to_string(most >> 20) + " MiB, found more");
+}
+
+bool is_named_pipe(const std::string& path) {
+    std::error_code none;
+    return std::filesystem::is_fifo(path_of(path), none);
+}
+
+#if defined(_WIN32)
+
+bool read_named_pipe(const std::string&, std::size_t, std::string&) {
+    return false; // there are none among files
+}
+
+#else
+
+// Opening would wait for a program that writes, and reading for its bytes: both must end when the time is up. False where errno
+// says why.
+bool read_named_pipe(const std::string& path, std::size_t most, std::string& bytes) {
+    struct Pipe {
+        int number;
+        ~Pipe() { ::close(number); }
+    };
+    const int number = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (number < 0) {
+        return false;
+    }
+    const Pipe pipe{number};
+    std::vector<char> block(std::size_t{1} << 16);
+    for (;;) {
+        constexpr int milliseconds = 50;
+        pollfd ready{pipe.number, POLLIN, 0};
+        Interruption::check();
+        const int found = ::poll(&ready, 1, milliseconds);
+        if (found < 0 && errno != EINTR) {
+            return false;
+        }
+        if (found <= 0) {
+            continue;
+        }
+        const ssize_t count = ::read(pipe.number, block.data(), block.size());
+        if (count == 0) {
+            return true;
+        }
+        if (count > 0) {
+            bytes.append(block.data(), static_cast<std::size_t>(count));
+        } else if (errno != EAGAIN && errno != EINTR) {
+            return false;
+        }
+        if (bytes.size() > most) {
+            throw_too_large(path, most);
+        }
+    }
+}
+
+#endif
+
+} // namespace
 
 std::string name_of_input(const std::string& path) {
     return path == "-" ? "standard input" : path;
 }
 
-std::string read_input(const std::string& path, Load_Limits& limits, std::size_t most) {
-    most = std::min<std::size_t>(most, limits.most_of_a_file());
-    std::ifstream file;
-    errno = 0;
-    if (path == "-") {
-        set_binary(stdin);
-    } else {
-        file.open(path_of(path), std::ios::binary);
-    }
-    std::istream& stream = path == "-" ? std::cin : file;
+namespace {
+
+std::string read_stream(std::istream& stream, const std::string& name, std::size_t most) {
     std::string bytes;
     std::vector<char> block(std::size_t{1} << 16);
     while (stream.read(block.data(), static_cast<std::streamsize>(block.size())) || stream.gcount() > 0) {
         bytes.append(block.data(), static_cast<std::size_t>(stream.gcount()));
         if (bytes.size() > most) {
-            throw Usage_Error(name_of_input(path) + ": expected at most " + std::to_string(most >> 20) + " MiB, found more");
+            throw_too_large(name, most);
         }
     }
-    // Of standard input the stream knows only that nothing comes any more.
-    if (stream.bad() || (path == "-" ? std::ferror(stdin) != 0 : !file.is_open())) {
-        throw Usage_Error(name_of_input(path) + ": cannot be read: " + std::generic_category().message(errno));
+    return bytes;
+}
+
+} // namespace
+
+std::string read_input(const std::string& path, Load_Limits& limits, std::size_t most) {
+    most = std::min<std::size_t>(most, limits.most_of_a_file());
+    const std::string name = name_of_input(path);
+    std::string bytes;
+    errno = 0;
+    bool is_read = false;
+    if (path == "-") {
+        set_binary(stdin);
+        bytes = read_stream(std::cin, name, most);
+        is_read = !std::cin.bad() && std::ferror(stdin) == 0; // the stream knows only that nothing comes any more
+    } else if (is_named_pipe(path)) {
+        is_read = read_named_pipe(path, most, bytes);
+    } else {
+        std::ifstream file(path_of(path), std::ios::binary);
+        bytes = read_stream(file, name, most);
+        is_read = !file.bad() && file.is_open();
     }
-    limits.add_file(name_of_input(path), bytes.size());
-    limits.take_memory(name_of_input(path), bytes.size());
+    if (!is_read) {
+        throw Usage_Error(name + ": cannot be read: " + std::generic_category().message(errno));
+    }
+    limits.add_file(name, bytes.size());
+    limits.take_memory(name, bytes.size());
     return bytes;
 }
 

@@ -28,7 +28,7 @@ struct Background {
         };
         return is_plain() ? top
                           : VT_RGB32{channel(bottom.blue, top.blue), channel(bottom.green, top.green),
-                                     channel(bottom.red, top.red), 255};
+                                     channel(bottom.red, top.red), top.alpha};
     }
 };
 

@@ -2,12 +2,17 @@
 #include "drawing/job/image_part.h"
 
 #include <algorithm>
+#include <initializer_list>
+
+#include "host/frame_buffer.h"
 
 namespace vorna::drawing {
 
 namespace {
 
 constexpr std::size_t longest_origin = 64;
+// Rectangles without pixels, for parts that have no cut.
+constexpr VT_Int_Rectangle no_cut{1, 0, 1, 0}, share_mark{2, 0, 2, 0};
 
 // Where part k of so many begins; the end of the last one for k = parts. No part is empty while there are 8 pixels for each.
 std::int32_t border(std::int32_t size, std::int32_t parts, std::int32_t k) noexcept {
@@ -46,16 +51,23 @@ VT_Int_Rectangle Image_Part::area() const noexcept {
             border(size.y, rows, row + 1) - 1};
 }
 
-// Five numbers; of parts with a cut or an origin four more, an empty rectangle for no cut, and the origin.
+// Five numbers; of parts with a cut, a share or an origin four more, an empty rectangle for no cut, and the origin. Another empty
+// rectangle says that the five numbers of a share stand before the origin.
 std::string Image_Part::bytes() const {
     std::string text;
     for (const std::int32_t value : {size.x, size.y, columns, rows, number}) {
         add_number(text, value);
     }
-    if (cut || !origin.empty()) {
-        const VT_Int_Rectangle area = cut.value_or(VT_Int_Rectangle{1, 0, 1, 0});
+    if (cut || share || !origin.empty()) {
+        const VT_Int_Rectangle area = share ? share_mark : cut.value_or(no_cut);
         for (const std::int32_t value : {area.left, area.right, area.bottom, area.top}) {
             add_number(text, value);
+        }
+        if (share) {
+            for (const std::int32_t value :
+                 {share->count, share->first, share->end, share->supersample, share->transparent ? 1 : 0}) {
+                add_number(text, value);
+            }
         }
         text += origin.substr(0, longest_origin);
     }
@@ -63,35 +75,52 @@ std::string Image_Part::bytes() const {
 }
 
 bool Image_Part::read(const std::string& bytes) {
-    VT_Int_Rectangle area{1, 0, 1, 0};
-    std::int32_t* const values[] = {&size.x, &size.y, &columns, &rows, &number, &area.left, &area.right, &area.bottom, &area.top};
-    constexpr std::size_t without_cut = 5;
-    const std::size_t count = bytes.size() == 4 * without_cut ? without_cut : std::size(values);
-    if (bytes.size() < 4 * count || bytes.size() > 4 * count + longest_origin) {
+    std::size_t place = 0;
+    const auto read_numbers = [&](std::initializer_list<std::int32_t*> values) {
+        for (std::int32_t* value : values) {
+            std::uint32_t read = 0;
+            for (int k = 0; k < 4; ++k) {
+                read = read << 8 | static_cast<std::uint8_t>(place < bytes.size() ? bytes[place] : '\xFF');
+                ++place;
+            }
+            if (read > INT32_MAX) {
+                return false;
+            }
+            *value = static_cast<std::int32_t>(read);
+        }
+        return place <= bytes.size();
+    };
+    VT_Int_Rectangle area = no_cut;
+    is_whole = false;
+    share.reset();
+    if (!read_numbers({&size.x, &size.y, &columns, &rows, &number}) ||
+        (place < bytes.size() && !read_numbers({&area.left, &area.right, &area.bottom, &area.top}))) {
         return false;
     }
-    is_whole = false;
-    std::size_t place = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        std::uint32_t read = 0;
-        for (int k = 0; k < 4; ++k) {
-            read = read << 8 | static_cast<std::uint8_t>(bytes[place++]);
-        }
-        if (read > INT32_MAX) {
+    if (area == share_mark) {
+        Triangle_Share& own = share.emplace();
+        std::int32_t transparent = 0;
+        if (!read_numbers({&own.count, &own.first, &own.end, &own.supersample, &transparent}) || own.count > most_shares ||
+            own.first >= own.end || std::max(size.x, size.y) > largest_buffer_side || own.end > own.count ||
+            own.supersample < 1 || size.x % own.supersample != 0 || size.y % own.supersample != 0 || own.supersample > 8 ||
+            columns != 1 || rows != 1) {
             return false;
         }
-        *values[i] = static_cast<std::int32_t>(read);
+        own.transparent = transparent != 0;
     }
     origin = bytes.substr(place);
     cut = area.left > area.right ? std::nullopt : std::optional(area);
     constexpr std::int32_t most = 1 << 20;
-    return size.x > 0 && size.y > 0 && size.x <= most && size.y <= most && columns > 0 && rows > 0 && is_possible() &&
-           number < std::int64_t{columns} * rows;
+    return origin.size() <= longest_origin && size.x > 0 && size.y > 0 && size.x <= most && size.y <= most && columns > 0 &&
+           rows > 0 && is_possible() && number < std::int64_t{columns} * rows;
 }
 
 bool belong_together(const Image_Part& one, const Image_Part& other) noexcept {
     return one.size == other.size && one.columns == other.columns && one.rows == other.rows &&
-           one.cut.has_value() == other.cut.has_value() && one.origin == other.origin;
+           one.cut.has_value() == other.cut.has_value() && one.share.has_value() == other.share.has_value() &&
+           (!one.share || (one.share->count == other.share->count && one.share->supersample == other.share->supersample &&
+                           one.share->transparent == other.share->transparent)) &&
+           one.origin == other.origin;
 }
 
 } // namespace vorna::drawing

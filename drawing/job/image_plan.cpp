@@ -116,7 +116,7 @@ Image_Plan plan_image(const Plan_Request& request) {
     const bool fits_one_buffer = std::max(size.x, size.y) + request.beyond + 2 * request.single_margin <= largest_buffer_side;
     std::vector<VT_Int_Pair> sizes;
     if (!request.one_piece.empty()) {
-        if (!fits_one_buffer || !request.part.is_whole || request.tile_size) {
+        if (!fits_one_buffer || !(request.part.is_whole || request.part.share) || request.tile_size) {
             throw Usage_Error(name_of(Setting::size) + ": expected an image of " + std::to_string(largest_buffer_side) +
                               " pixels each way at most, drawn in one piece, since " + request.one_piece);
         }

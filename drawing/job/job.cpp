@@ -11,6 +11,7 @@
 #include "drawing/files/memory.h"
 #include "drawing/files/setting_names.h"
 #include "drawing/image/image_file.h"
+#include "drawing/job/share_rows.h"
 
 namespace vorna::drawing {
 namespace {
@@ -19,8 +20,13 @@ using Clock = std::chrono::steady_clock;
 
 constexpr VT_RGB32 black{0, 0, 0, 255}, white{255, 255, 255, 255};
 
+// Behind a share of the triangles alpha is 0, so that the buffer tells which pixels are drawn.
 Background drawn_background(const Job_Settings& settings) {
-    return settings.transparent ? Background(white) : settings.background;
+    Background background = settings.transparent ? Background(white) : settings.background;
+    if (settings.part.share) {
+        background.top.alpha = background.bottom.alpha = 0;
+    }
+    return background;
 }
 
 } // namespace
@@ -63,6 +69,9 @@ void Job::choose_form() {
     form_.pixels_per_metre = settings_.pixels_per_metre;
     if (!settings_.part.is_whole) {
         form_.place = settings_.part.bytes();
+    }
+    if (settings_.part.share) {
+        form_ = share_form(form_);
     }
 }
 
@@ -152,7 +161,13 @@ void Job::store_tile(Worker& worker, std::size_t tile, const Row_Places& places)
     const Tile_Grid& grid = plan_.grid;
     const VT_Int_Rectangle kept = grid.pixels(tile);
     Session& session = worker.renderer.session();
-    const VT_Reference<VT_Shared_Image> depths = settings_.depths ? session.read_depth() : VT_Reference<VT_Shared_Image>();
+    const bool reads_depths = settings_.depths || settings_.part.share;
+    const VT_Reference<VT_Shared_Image> depths = reads_depths ? session.read_depth() : VT_Reference<VT_Shared_Image>();
+    if (settings_.part.share) {
+        store_share(cut(raster_of(session.color_buffer()), grid.window(tile), kept),
+                    cut(raster_of(*depths), grid.window(tile), kept), places);
+        return;
+    }
     const Raster drawn = cut(depths ? raster_of(*depths) : raster_of(session.color_buffer()), grid.window(tile), kept);
     const std::int32_t n = settings_.supersample;
     const std::size_t start = static_cast<std::size_t>((kept.left - grid.area.left) / n) * form_.pixel_bytes();

@@ -50,6 +50,8 @@ struct Job_Settings {
     bool hash = false;                    // whether digests are wanted
     bool allow_empty = false;             // whether an image may show nothing but the background
     std::function<void(double)> progress; // is told how much is done, 0 to 1; none = nobody is
+    // Is told the digests when all files are complete and before they appear: where it throws, none does.
+    std::function<void(const std::vector<std::string>&)> tell_digests;
 };
 
 struct Job_Times { // milliseconds
@@ -115,6 +117,7 @@ private:
     void refuse_blank();
     // drawn: the worker that has drawn the only tile; null = threads draw the tiles.
     void write(Output_File& file, std::string& digest, unsigned threads, Worker* drawn, std::function<void(double)> progress);
+    void tell_digests(const Job_Result& result) const;
     void write_image(Job_Result& result);
     void write_frames(Job_Result& result);
     void write_frames_side_by_side(std::vector<std::unique_ptr<Output_File>>& files, std::vector<std::string>& digests);

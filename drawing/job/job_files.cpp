@@ -61,6 +61,12 @@ void Job::write(Output_File& file, std::string& digest, unsigned threads, Worker
     }
 }
 
+void Job::tell_digests(const Job_Result& result) const {
+    if (settings_.hash && settings_.tell_digests) {
+        settings_.tell_digests(result.digests);
+    }
+}
+
 void Job::write_image(Job_Result& result) {
     Output_Files files;
     const bool several = plan_.grid.count() > 1;
@@ -88,10 +94,11 @@ void Job::write_image(Job_Result& result) {
     write(*file, digest, plan_.threads, several ? nullptr : workers_.front().get(), settings_.progress);
     refuse_blank();
     files.add(std::move(file));
-    files.commit();
     if (settings_.hash) {
         result.digests.push_back(std::move(digest));
     }
+    tell_digests(result);
+    files.commit();
     times_.written = milliseconds_since(start);
 }
 
@@ -161,11 +168,12 @@ void Job::write_frames(Job_Result& result) {
         }
     }
     refuse_blank();
-    for (const std::unique_ptr<Output_File>& file : files) {
-        file->commit();
-    }
     if (settings_.hash) {
         result.digests = std::move(digests);
+    }
+    tell_digests(result);
+    for (const std::unique_ptr<Output_File>& file : files) {
+        file->commit();
     }
     times_.written = milliseconds_since(start);
 }

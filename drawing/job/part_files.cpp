@@ -22,6 +22,13 @@ std::uint32_t rows_above(const Image_Part& part) {
 } // namespace
 
 std::string part_text(const Image_Part& part) {
+    if (part.share) {
+        const Triangle_Share& share = *part.share;
+        return "triangles of part " + std::to_string(share.first) +
+               (share.end - share.first > 1 ? " to " + std::to_string(share.end - 1) : "") + " of " +
+               std::to_string(share.count) + " of an image of " + std::to_string(part.size.x / share.supersample) + "x" +
+               std::to_string(part.size.y / share.supersample);
+    }
     return "part " + std::to_string(part.number) + " of " + std::to_string(part.columns) + "x" + std::to_string(part.rows) +
            " of an image of " + std::to_string(part.size.x) + "x" + std::to_string(part.size.y);
 }
@@ -34,7 +41,8 @@ std::optional<std::string> digest_of_part(const std::string& file, const Image_P
     try {
         Part_Reader reader(file);
         const Image_Part& found = reader.part();
-        if (!belong_together(found, part) || found.number != part.number || found.area() != part.area()) {
+        if (!belong_together(found, part) || found.number != part.number || found.area() != part.area() ||
+            found.share != part.share) {
             return std::nullopt;
         }
         Sha256 digest;

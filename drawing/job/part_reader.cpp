@@ -16,6 +16,7 @@
 #include "drawing/files/setting_names.h"
 #include "drawing/files/usage_error.h"
 #include "drawing/image/png_writer.h"
+#include "drawing/job/share_rows.h"
 
 namespace vorna::drawing {
 
@@ -151,7 +152,8 @@ void Part_Reader::read_head() {
         fail("another kind of image");
     }
     const VT_Int_Rectangle area = part_.area();
-    if (form_.width != static_cast<std::uint32_t>(area.right - area.left + 1) ||
+    const std::uint32_t columns = part_.share ? share_columns : 1;
+    if (form_.width != columns * static_cast<std::uint32_t>(area.right - area.left + 1) ||
         form_.height != static_cast<std::uint32_t>(area.top - area.bottom + 1)) {
         fail("an image of another size");
     }

@@ -2,7 +2,9 @@
 #include "drawing/model/camera.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include "drawing/model/vectors.h"
@@ -65,25 +67,30 @@ VT_Vector_D stand_up(const VT_Vector_D& v, Up_Axis up) noexcept {
     return v;
 }
 
-Extent extent_of(std::span<const VT_Vector> points, const Camera& axes, double tangent_x, double tangent_y) {
-    Extent extent;
-    for (const VT_Vector& point : points) {
-        const VT_Vector_D p = widened(point);
-        const double x = dot(axes.right, p), y = dot(axes.up, p), z = dot(axes.toward, p);
-        extent.left = std::max(extent.left, tangent_x * z - x);
-        extent.right = std::max(extent.right, tangent_x * z + x);
-        extent.below = std::max(extent.below, tangent_y * z - y);
-        extent.above = std::max(extent.above, tangent_y * z + y);
-        extent.nearest = std::max(extent.nearest, z);
-        extent.farthest = std::min(extent.farthest, z);
-    }
-    return extent;
+// How far a point lies outside to each side, in the axes of a camera.
+Extent extent_of(const VT_Vector& point, const Camera& axes, double tangent_x, double tangent_y) {
+    const VT_Vector_D p = widened(point);
+    const double x = dot(axes.right, p), y = dot(axes.up, p), z = dot(axes.toward, p);
+    return {tangent_x * z - x, tangent_x * z + x, tangent_y * z - y, tangent_y * z + y, z, z};
 }
 
-// Of what lies between rays that spread as the picture's borders do, which the fitted camera sees at the borders.
-Extent seen_extent(const Camera_Settings& settings, std::span<const VT_Vector> points, const Camera& axes) {
+// Calls take(extent, point) for all points. Extents are those of what lies between rays that spread as the picture's borders do,
+// which the fitted camera sees at the borders.
+template <class Take>
+void visit_extents(const Camera_Settings& settings, std::span<const VT_Vector> points, const Camera& axes, const Take& take) {
     const double tangent_y = settings.projection == Projection::perspective ? settings.half_tangent * filled : 0;
-    return extent_of(points, axes, tangent_y * settings.aspect, tangent_y);
+    for (const VT_Vector& point : points) {
+        take(extent_of(point, axes, tangent_y * settings.aspect, tangent_y), point);
+    }
+}
+
+Extent seen_extent(const Camera_Settings& settings, std::span<const VT_Vector> points, const Camera& axes) {
+    Extent all;
+    visit_extents(settings, points, axes, [&all](const Extent& one, const VT_Vector&) {
+        all = {std::max(all.left, one.left),   std::max(all.right, one.right),     std::max(all.below, one.below),
+               std::max(all.above, one.above), std::max(all.nearest, one.nearest), std::min(all.farthest, one.farthest)};
+    });
+    return all;
 }
 
 // Room for rounding, and for flat models, whose planes would coincide.
@@ -184,10 +191,19 @@ double reach_of(const Camera& camera, std::span<const VT_Vector> points) {
     return reach;
 }
 
-Aim fitted_aim(const Camera_Settings& settings, std::span<const VT_Vector> points) {
+namespace {
+
+Camera axes_of_view(const Camera_Settings& settings) {
     const Axes axes = axes_of(settings.view, settings.projection);
     Camera camera;
     set_axes(camera, stand_up(axes.up, settings.up), stand_up(axes.toward, settings.up));
+    return camera;
+}
+
+} // namespace
+
+Aim fitted_aim(const Camera_Settings& settings, std::span<const VT_Vector> points) {
+    const Camera camera = axes_of_view(settings);
     const Extent extent = seen_extent(settings, points, camera);
     // The middle between the rays that touch on both sides, and the smallest room that the model takes between them.
     const VT_Vector_D target =
@@ -199,6 +215,30 @@ Aim fitted_aim(const Camera_Settings& settings, std::span<const VT_Vector> point
         distance = std::max(distance, extent.nearest + 2 * slack);
     }
     return {target + camera.toward * distance, target, camera.up};
+}
+
+std::vector<VT_Vector> outermost_points(const Camera_Settings& settings, std::span<const VT_Vector> points) {
+    Camera camera = axes_of_view(settings);
+    if (settings.aim) {
+        set_axes(camera, settings.aim->up, settings.aim->eye - settings.aim->target);
+    }
+    Extent all;
+    std::array<VT_Vector, 6> outermost{};
+    visit_extents(settings, points, camera, [&](const Extent& one, const VT_Vector& point) {
+        double* const most[] = {&all.left, &all.right, &all.below, &all.above, &all.nearest};
+        const double own[] = {one.left, one.right, one.below, one.above, one.nearest};
+        for (std::size_t side = 0; side < std::size(own); ++side) {
+            if (own[side] > *most[side]) {
+                *most[side] = own[side];
+                outermost[side] = point;
+            }
+        }
+        if (one.farthest < all.farthest) {
+            all.farthest = one.farthest;
+            outermost.back() = point;
+        }
+    });
+    return points.empty() ? std::vector<VT_Vector>() : std::vector<VT_Vector>(outermost.begin(), outermost.end());
 }
 
 Camera fit_camera(const Camera_Settings& settings, std::span<const VT_Vector> points) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "host/geometry.h"
 
@@ -70,6 +71,10 @@ Aim turned_aim(const Aim& aim, const VT_Vector_D& place, const VT_Vector_D& axis
 
 // How far points reach towards the borders of a camera's picture: 1 = they just fit. Infinite for those that it cannot see.
 double reach_of(const Camera& camera, std::span<const VT_Vector> points);
+
+// The few of the points that decide where the camera is fitted and where its near and far planes lie: of each direction the
+// outermost one. Of points in several lists: those of the lists' outermost points.
+std::vector<VT_Vector> outermost_points(const Camera_Settings& settings, std::span<const VT_Vector> points);
 
 // The camera of the settings' aim, or of the one that fits. Near and far planes just hold the points; a camera in their midst
 // does not see what is right before it.

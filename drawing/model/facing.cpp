@@ -94,11 +94,11 @@ private:
 
 } // namespace
 
-Facing::Facing(const Mesh& mesh, unsigned threads) : mesh_(mesh), threads_(threads) {
+Facing::Facing(const Mesh& mesh, unsigned threads, bool is_part) : mesh_(mesh), threads_(threads), is_part_(is_part) {
 }
 
 void Facing::find() const {
-    hides_backs_ = is_closed(mesh_, threads_) && Bodies(mesh_, threads_).all_look_outwards();
+    hides_backs_ = !is_part_ && is_closed(mesh_, threads_) && Bodies(mesh_, threads_).all_look_outwards();
     normals_.resize(mesh_.triangle_count());
     share_range(normals_.size(), threads_, [this](std::size_t first, std::size_t end) {
         for (std::size_t t = first; t < end; ++t) {

@@ -13,7 +13,8 @@ namespace vorna::drawing::model {
 // normals decide. Found when first asked for, for all that is made of the mesh; several threads may ask at the same time.
 class Facing {
 public:
-    explicit Facing(const Mesh& mesh, unsigned threads = 1);
+    // is_part: the mesh is a part of a body, whose faces never count as hiding their backs.
+    explicit Facing(const Mesh& mesh, unsigned threads = 1, bool is_part = false);
 
     bool hides_backs() const {
         find_once();
@@ -33,6 +34,7 @@ private:
 
     const Mesh& mesh_;
     unsigned threads_;
+    bool is_part_;
     mutable std::once_flag is_found_;
     mutable bool hides_backs_ = false;
     mutable Long_List<VT_Vector> normals_;

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "drawing/files/helpers.h"
+#include "drawing/model/bounds.h"
 #include "drawing/model/normals.h"
 #include "drawing/model/vectors.h"
 
@@ -56,18 +57,6 @@ void drop_degenerate_lines(Mesh& mesh) {
     mesh.lines.resize(kept);
 }
 
-// Of equal values the first one stays, so that parts joined in order have the bounds of the whole, to the sign of a zero.
-struct Bounds {
-    static constexpr double infinity = std::numeric_limits<double>::infinity();
-
-    VT_Vector_D low{infinity, infinity, infinity}, high{-infinity, -infinity, -infinity};
-
-    void add(const VT_Vector_D& p) {
-        low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
-        high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
-    }
-};
-
 // Of vertices in a list.
 Bounds bounds_of(const Mesh& mesh, const std::vector<std::uint32_t>& list, unsigned threads) {
     constexpr std::size_t least = std::size_t{1} << 14;
@@ -81,8 +70,7 @@ Bounds bounds_of(const Mesh& mesh, const std::vector<std::uint32_t>& list, unsig
         parts[part] = bounds;
     });
     for (std::size_t part = 1; part < parts.size(); ++part) {
-        parts.front().add(parts[part].low);
-        parts.front().add(parts[part].high);
+        parts.front().add(parts[part]);
     }
     return parts.front();
 }
@@ -95,18 +83,15 @@ void move_into_unit_sphere(std::vector<Mesh>& meshes, const std::string& files, 
         has_points = has_points || !mesh.points.empty();
         for (const std::vector<std::uint32_t>* list : {&mesh.triangles, &mesh.lines, &mesh.points}) {
             if (!list->empty()) {
-                const Bounds bounds = bounds_of(mesh, *list, threads);
-                all.add(bounds.low);
-                all.add(bounds.high);
+                all.add(bounds_of(mesh, *list, threads));
             }
         }
     }
-    const auto& [low, high] = all;
-    if (low.x > high.x) {
+    if (all.is_empty()) {
         return; // nothing is drawn
     }
-    const VT_Vector_D center = (low + high) * 0.5;
-    double radius = length(high - low) * 0.5;
+    const VT_Vector_D center = all.center();
+    double radius = all.radius();
     if (!(radius > 0)) {
         if (!has_points) {
             throw Model_Error(files + ": empty scene: expected triangles or lines with an extent, found one point");
@@ -118,7 +103,7 @@ void move_into_unit_sphere(std::vector<Mesh>& meshes, const std::string& files, 
         mesh.radius = radius;
         share_range(mesh.positions.size(), threads, [&](std::size_t first, std::size_t end) {
             for (std::size_t p = first; p < end; ++p) {
-                mesh.positions[p] = narrowed((widened(mesh.positions[p]) - center) * (1 / radius));
+                mesh.positions[p] = place_in_unit_sphere(mesh.positions[p], center, radius);
             }
         });
     }

@@ -18,10 +18,13 @@ constexpr std::size_t least_part = 8192;
 } // namespace
 
 Scene_Renderer::Scene_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 base_color, bool own_colors, bool numbered,
-                               unsigned threads)
-    : triangle_count_(mesh.triangle_count()), threads_(threads) {
-    const Strips strips = make_strips(mesh.triangles, static_cast<std::uint32_t>(mesh.positions.size()), threads,
-                                      [&] { hides_backs_ = facing.hides_backs(); });
+                               unsigned threads, Triangle_Order order)
+    : triangle_count_(mesh.triangle_count()), threads_(threads), order_(order) {
+    const auto find_facing = [&] { hides_backs_ = facing.hides_backs(); };
+    const Strips strips =
+        order == Triangle_Order::mesh
+            ? single_strips(mesh.triangles)
+            : make_strips(mesh.triangles, static_cast<std::uint32_t>(mesh.positions.size()), threads, find_facing);
     strip_starts_ = strips.starts;
     lay_out(mesh, facing, strips, threads);
     blocks_ = Place_Blocks(points_, strip_vertices_, strip_starts_, threads);
@@ -221,7 +224,7 @@ void Scene_Renderer::cut_strip(std::size_t first, std::size_t end, const std::ui
             ++place;
         }
         if (manner != Manner::hidden) {
-            Layer& layer = is_back(manner) ? part.backs : part.fronts;
+            Layer& layer = is_back(manner) && order_ == Triangle_Order::strips ? part.backs : part.fronts;
             layer.runs.push_back({static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(place - first), manner});
         }
         first = place;

@@ -29,12 +29,18 @@ constexpr std::uint32_t number_of_color(VT_RGB32 color) noexcept {
     return word_of(color) ^ 0xFF000000U;
 }
 
+// The order in which triangles are drawn, which decides between equal depths.
+enum class Triangle_Order {
+    strips, // of strips, those that are seen from behind first
+    mesh,   // of the mesh
+};
+
 class Scene_Renderer final : public Scene {
 public:
     // base_color: of vertices without a colour of their own; of all with own_colors off. numbered: whether draw_numbers is
     // called. facing: of the mesh. threads: of the constructor and of prepare; the result does not depend on their number.
     Scene_Renderer(const Mesh& mesh, const Facing& facing, VT_RGB32 base_color, bool own_colors, bool numbered = false,
-                   unsigned threads = 1);
+                   unsigned threads = 1, Triangle_Order order = Triangle_Order::strips);
 
     const std::vector<VT_Vector>& points() const noexcept override { return points_; }
     std::size_t triangle_count() const noexcept override { return triangle_count_; }
@@ -106,6 +112,7 @@ private:
     std::vector<VT_RGB32> numbers_; // by place, see draw_numbers
     std::size_t triangle_count_ = 0;
     unsigned threads_;
+    Triangle_Order order_;
     bool hides_backs_ = false;
 
     // Of the prepared picture.

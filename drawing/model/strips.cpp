@@ -182,4 +182,17 @@ Strips make_strips(std::span<const std::uint32_t> triangles, std::uint32_t verte
     return strips;
 }
 
+Strips single_strips(std::span<const std::uint32_t> triangles) {
+    Strips strips;
+    strips.vertices.assign(triangles.begin(), triangles.end());
+    strips.triangle_order.resize(triangles.size());
+    strips.starts.resize(triangles.size() / 3 + 1);
+    for (std::uint32_t place = 0; place < triangles.size(); ++place) {
+        strips.triangle_order[place] = place % 3 == 0 ? place / 3 : no_triangle;
+        strips.starts[place / 3] = place / 3 * 3;
+    }
+    strips.starts.back() = static_cast<std::uint32_t>(triangles.size());
+    return strips;
+}
+
 } // namespace vorna::drawing::model

@@ -26,4 +26,7 @@ inline constexpr std::uint32_t no_triangle = 0xFFFFFFFF;
 Strips make_strips(std::span<const std::uint32_t> triangles, std::uint32_t vertex_count, unsigned threads = 1,
                    const std::function<void()>& beside = {});
 
+// Every triangle is a strip by itself, in the order given. triangles: three different vertices each.
+Strips single_strips(std::span<const std::uint32_t> triangles);
+
 } // namespace vorna::drawing::model

@@ -55,13 +55,19 @@ std::vector<std::uint8_t> copy_of(const Raster& raster) {
     return pixels;
 }
 
+// On a side of the largest blocks.
+std::uint32_t most_tiles_of(const Pyramid_Settings& settings) {
+    return std::bit_floor(static_cast<unsigned>(std::max(block_pixels / (settings.tile_side * settings.supersample), 1)));
+}
+
 // One level: its image, cut into blocks, which are the tiles of the drawing.
 class Level {
 public:
     // block_side: tiles on a side of a block, a power of 2.
     Level(const Pyramid_Settings& settings, int zoom, std::int32_t block_side, const Drawing_Needs& needs)
         : zoom_(zoom), block_side_(std::min(block_side, 1 << zoom)), tile_pixels_(settings.tile_side * settings.supersample),
-          tiles_(tiles_in(settings.extent.value_or(world), zoom)), grid_(frame(settings, zoom)) {
+          tiles_(tiles_in(settings.extent.value_or(world), zoom)), grid_(frame(settings, zoom)),
+          square_side_(most_tiles_of(settings)), parts_(settings.parts), part_(settings.part) {
         grid_.tile_size = {block_side_ * tile_pixels_, block_side_ * tile_pixels_};
         grid_.margin = needs.margin;
     }
@@ -87,6 +93,14 @@ public:
         }
         return blocks;
     }
+    // Whether a tile belongs to the settings' part. Parts consist of squares of tiles whose side does not depend on the memory
+    // and threads of a machine: blocks are such squares or lie inside of one.
+    bool is_wanted(std::uint32_t x, std::uint32_t y) const {
+        const auto column = [this](std::uint32_t tile) { return tile / square_side_; };
+        const std::uint64_t columns = column(tiles_.right) - column(tiles_.left) + 1,
+                            number = (column(y) - column(tiles_.top)) * columns + column(x) - column(tiles_.left);
+        return (number + static_cast<std::uint64_t>(zoom_)) % parts_ == part_;
+    }
     Map_Tile tile(std::uint32_t x, std::uint32_t y) const { return {zoom_, x, y}; }
     // The drawn pixels of a tile.
     VT_Int_Rectangle pixels(std::uint32_t x, std::uint32_t y) const {
@@ -105,6 +119,7 @@ private:
     std::int32_t block_side_, tile_pixels_;
     Tile_Range tiles_;
     Tile_Grid grid_;
+    std::uint32_t square_side_, parts_, part_;
 };
 
 // A thread's renderer, and the images of tiles of one colour.
@@ -191,7 +206,7 @@ Shares shares_of(const Pyramid_Settings& settings, const Drawing_Needs& needs) {
     const std::uint64_t pixel_memory = needs.pixel_memory + (settings.transparent ? 4 : 0),
                         other_memory = resident_memory() + needs.prepared_memory;
     const std::int32_t tile = settings.tile_side * settings.supersample;
-    const auto most_tiles = std::bit_floor(static_cast<unsigned>(std::max(block_pixels / tile, 1)));
+    const std::uint32_t most_tiles = most_tiles_of(settings);
     std::uint64_t least = UINT64_MAX;
     for (unsigned threads = settings.threads; threads > 0; threads /= 2) {
         for (auto side = static_cast<std::int32_t>(most_tiles); side > 0; side /= 2) {
@@ -240,10 +255,25 @@ std::uint64_t tile_count(const Pyramid_Settings& settings) {
     return count;
 }
 
+bool has_all_tiles(const Pyramid_Settings& settings, const Tile_Log& log) {
+    for (int zoom = settings.first_zoom; zoom <= settings.last_zoom; ++zoom) {
+        const Level level(settings, zoom, 1, {});
+        const Tile_Range& range = level.tiles();
+        for (std::uint32_t y = range.top; y <= range.bottom; ++y) {
+            for (std::uint32_t x = range.left; x <= range.right; ++x) {
+                if (level.is_wanted(x, y) && !log.has(level.tile(x, y))) {
+                    return false;
+                }
+            }
+        }
+    }
+    return true;
+}
+
 void draw_pyramid(const Pyramid_Settings& settings, const Module_Choice& module, Map_Drawing& drawing, Tile_Log& log) {
     std::vector<std::unique_ptr<Worker>> workers(std::max(settings.threads, 1U));
     std::mutex mutex;
-    const double count = static_cast<double>(tile_count(settings));
+    const double count = static_cast<double>(tile_count(settings)) / settings.parts;
     double done = 0;
     for (int zoom = settings.first_zoom; zoom <= settings.last_zoom; ++zoom) {
         const Drawing_Needs needs = needs_of(settings, drawing, zoom);
@@ -252,6 +282,9 @@ void draw_pyramid(const Pyramid_Settings& settings, const Module_Choice& module,
         std::vector<std::size_t> blocks = level.blocks();
         std::erase_if(blocks, [&](std::size_t block) {
             const Tile_Range range = level.tiles_of(block);
+            if (!level.is_wanted(range.left, range.top)) {
+                return true;
+            }
             for (std::uint32_t y = range.top; y <= range.bottom; ++y) {
                 for (std::uint32_t x = range.left; x <= range.right; ++x) {
                     if (!log.has(level.tile(x, y))) {
@@ -281,7 +314,7 @@ void draw_pyramid(const Pyramid_Settings& settings, const Module_Choice& module,
             const std::lock_guard lock(mutex);
             done += static_cast<double>(tiles.size());
             if (settings.progress) {
-                settings.progress(done / count);
+                settings.progress(std::min(done / count, 1.0));
             }
         });
     }

@@ -22,6 +22,8 @@ struct Pyramid_Settings {
     Compression compression = Compression::standard;
     unsigned threads = 1;
     std::uint64_t max_memory = std::uint64_t{1} << 30;
+    // Only one of so many parts, which have about as many tiles each.
+    std::uint32_t parts = 1, part = 0;
     std::function<void(double)> progress; // is told how much is done, 0 to 1
 };
 
@@ -33,9 +35,12 @@ void check_levels(const Pyramid_Settings& settings, const Map_Drawing& drawing);
 
 // Draws each level as one image of tile_side * 2^zoom pixels each way, in blocks of tiles that several threads share, and adds
 // the tiles to the log, without blocks that it has. So a tile is a part of its level's image, labels included.
+// The tiles of other parts are left out.
 void draw_pyramid(const Pyramid_Settings& settings, const Module_Choice& module, Map_Drawing& drawing, Tile_Log& log);
 
-// The number of tiles.
+// The number of tiles of all parts.
 std::uint64_t tile_count(const Pyramid_Settings& settings);
+// Whether the log has all tiles of the settings' part.
+bool has_all_tiles(const Pyramid_Settings& settings, const Tile_Log& log);
 
 } // namespace vorna::drawing::pyramid

@@ -80,11 +80,23 @@ std::string digest_of(const std::string& bytes) {
     return sum.finish();
 }
 
+// The first line.
+std::string head_of(const std::string& key) {
+    return "vorna tiles 1 " + key + '\n';
+}
+
 } // namespace
+
+bool Tile_Log::is_log(const std::string& file, const std::string& key) {
+    const std::string head = head_of(key);
+    std::string found(head.size(), '\0');
+    std::ifstream stream(path_of(file), std::ios::binary);
+    return stream.read(found.data(), static_cast<std::streamsize>(found.size())) && found == head;
+}
 
 Tile_Log::Tile_Log(std::string file, const std::string& key, bool resumes) : file_(std::move(file)) {
     const std::filesystem::path path = path_of(file_);
-    const std::string head = "vorna tiles 1 " + key + '\n';
+    const std::string head = head_of(key);
     std::error_code none;
     constexpr auto both = std::ios::in | std::ios::out | std::ios::binary;
     // A link may lead to a file of somebody else.
@@ -203,6 +215,21 @@ void Tile_Log::add(const std::vector<Drawn_Tile>& tiles) {
         fail();
     }
     size_ += frame_size + payload.size();
+}
+
+void Tile_Log::add(Tile_Log& other) {
+    constexpr std::size_t most_tiles = 64; // of a record
+    std::vector<Drawn_Tile> record;
+    const std::vector<Logged_Tile> all = other.tiles();
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (!has(all[i].tile)) {
+            record.push_back({all[i].tile, std::make_shared<const std::string>(other.content(all[i].content))});
+        }
+        if (record.size() == most_tiles || (i + 1 == all.size() && !record.empty())) {
+            add(record);
+            record.clear();
+        }
+    }
 }
 
 std::vector<Logged_Tile> Tile_Log::tiles() const {

@@ -33,12 +33,18 @@ public:
     // first damaged one. Throws Usage_Error for a file that has another key, and std::runtime_error.
     Tile_Log(std::string file, const std::string& key, bool resumes);
 
+    // Whether there is a file with this key.
+    static bool is_log(const std::string& file, const std::string& key);
+
     bool has(const Map_Tile& tile) const {
         const std::uint64_t number = hilbert_number(tile);
         return number < is_there_.size() && is_there_[number];
     }
     // For any thread. Leaves out tiles that are there. Throws std::runtime_error.
     void add(const std::vector<Drawn_Tile>& tiles);
+
+    // The tiles of another log that are not there. Throws likewise.
+    void add(Tile_Log& other);
 
     // All tiles in the order of their numbers, after the last has been added.
     std::vector<Logged_Tile> tiles() const;

@@ -132,7 +132,7 @@ judge "SIGTERM while files are read" is "$(cat errors; ls out)" ""
 kill $writers
 
 # Of an image and a recording none appears when the other one cannot be written.
-for outputs in "-o /dev/full --record out/all.json" "-o out/all.png --record -" "-o - --record out/all.json"; do
+for outputs in "-o /dev/full --record out/all.json" "-o out/all.png --record -" "-o - --record out/all.json" "-o out/all.png --hash"; do
     run "${draw[@]}" $outputs >/dev/full
     judge "one of two outputs fails: $outputs" says "(standard output|/dev/full): cannot be written: No space left on device"
     judge "one of two outputs fails: $outputs" is "$status$(ls out)" 1

@@ -33,3 +33,36 @@ if VORNA=$1 "$script" none.png 6 missing.obj 2>/dev/null || [ -e none.png ]; the
     echo "a missing model was not noticed" >&2
     exit 1
 fi
+
+# Jobs for Slurm: an array of the parts that are missing and, after it, the join; the join alone when all parts are there.
+mkdir bin
+printf '#!/bin/sh\necho "$*" >>submitted\necho 17\n' >bin/sbatch
+chmod +x bin/sbatch
+submit() {
+    "$1" render "${options[@]}" -o joined.png --plan 3 --plan-lines >plan
+    rm -f submitted
+    PATH=$PWD/bin:$PATH sh "${script%.sh}.slurm" plan --nice >jobs
+}
+submit "$1"
+slurm=${script%.sh}.slurm
+printf '%s\n' "--parsable --array=1-3 --nice $slurm plan" "--parsable --dependency=afterok:17 --nice $slurm plan" | diff - submitted
+head -n -1 plan | sh
+submit "$1"
+echo "--parsable --nice $slurm plan" | diff - submitted
+for line in 1 ''; do # a task of the array, and the join
+    SLURM_JOB_ID=1 SLURM_ARRAY_TASK_ID=$line sh "$slurm" plan
+done
+cmp whole.png joined.png
+
+# The parts of Snakemake's rule have the names of the plan's, whatever dots are in the folder's name.
+for image in poster.png a.b/poster a.b/poster.c.png; do
+    expected=$("$1" render "${options[@]}" -o "$image" --plan 1 --plan-lines | tail -n 1 | grep -o '[^ ]*\.part-0\.png')
+    found=$(image=$image python3 -c '
+import os, re
+rule = re.search(r"temp\((.*)\)\n", open("'"${script%.sh}.smk"'").read()).group(1)
+print(eval(rule, {"os": os, "image": os.environ["image"]}).replace("{number}", "0"))')
+    if [ "$found" != "$expected" ]; then
+        echo "expected the part $expected of $image in the rule of poster.smk, found $found" >&2
+        exit 1
+    fi
+done

@@ -9,6 +9,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#if !defined(_WIN32)
+#include <sys/stat.h>
+#endif
+
 #include "tests/support/command_line.h"
 
 namespace {
@@ -120,6 +124,13 @@ TEST_F(Render_Batch, without_its_manifest_a_batch_ends_and_a_file_that_takes_too
     EXPECT_THAT(late.errors, HasSubstr("slow.obj: expected an image within 0.02 s, found none"));
     EXPECT_FALSE(std::filesystem::exists(image("slow.png")));
     EXPECT_EQ(render({slow, "--time-limit", "600", "--allow-empty"}).status, 0);
+    // Nobody writes into the pipe.
+    const std::string pipe = folder.file("pipe.obj");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const Outcome waiting = render({pipe, one, "--time-limit", "0.3"});
+    EXPECT_EQ(waiting.status, 1);
+    EXPECT_THAT(waiting.errors, HasSubstr("pipe.obj: expected an image within 0.3 s, found none"));
+    EXPECT_TRUE(std::filesystem::exists(image("one.png")));
 }
 #endif
 
@@ -134,6 +145,8 @@ TEST_F(Render_Batch, wrong_usage_draws_nothing) {
         std::string message;
     } cases[] = {
         {{one, same}, "--output-folder: expected files with different names"},
+        {{one, folder.file("a.obj.zst", "")}, "which would both become " + image("a.png")},
+        {{one, folder.file("a.stl.gz", "")}, "which would both become " + image("a.png")},
         {{one, "-"}, "--output-folder: expected files with names, found standard input"},
         {{one, "-o", folder.file("b.png")}, "expected no --output-folder beside it, found both"},
         {{one, "--turntable", "3"}, "expected no --turntable beside it, found both"},
@@ -161,7 +174,7 @@ TEST_F(Render_Batch, wrong_usage_draws_nothing) {
     EXPECT_THAT(replay_tests::run_vorna({"render", one, "--output-folder", "-"}).errors,
                 HasSubstr("--output-folder: expected a folder, found - for standard output"));
     EXPECT_THAT(replay_tests::run_vorna({"render", one, "-o", folder.file("b.png"), "--resume"}).errors,
-                HasSubstr("--resume: expected --output-folder or --tiles-of beside it, found none"));
+                HasSubstr("--resume: expected --output-folder, --tiles-of or --parts-of beside it, found none"));
 }
 
 } // namespace

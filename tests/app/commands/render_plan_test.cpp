@@ -185,6 +185,32 @@ TEST_F(Render_Plan, parts_of_other_models_or_options_are_not_joined) {
     EXPECT_THAT(run(command_of(plan.at("assemble"))).errors, HasSubstr("expected parts that cover the image once"));
 }
 
+// Files count by their contents where the command names them, whatever the names; others by their places beside the model too.
+TEST_F(Render_Plan, parts_know_the_files_that_they_were_drawn_from) {
+    const auto is_done = [&](const Words& words) { return plan(words, 1).at("parts")[0].at("done").get<bool>(); };
+    std::filesystem::create_directories(folder.file("a"));
+    const std::string red = folder.file("a/colors", "#ff0000\n#ffffff\n"), blue = folder.file("colors", "#0000ff\n#ffffff\n");
+    const std::string map = folder.file("map.json");
+    draw(plan({map, "--palette", red}, 1));
+    EXPECT_TRUE(is_done({map, "--palette", red}));
+    EXPECT_TRUE(is_done({map, "--palette", folder.file("./a/../a/colors")}));
+    EXPECT_TRUE(is_done({folder.file("a/../map.json"), "--palette", folder.file("copy", "#ff0000\n#ffffff\n")}));
+    EXPECT_FALSE(is_done({map, "--palette", blue}));
+    // Two textures with the same name are exchanged.
+    std::filesystem::create_directories(folder.file("b"));
+    const std::string dark = folder.file("a/paint.ppm", "P6 1 1 255\n   "), light = folder.file("b/paint.ppm", "P6 1 1 255\n~~~");
+    folder.file("two.mtl", "newmtl m\nmap_Kd a/paint.ppm\nnewmtl n\nmap_Kd b/paint.ppm\n");
+    const std::string model =
+        folder.file("two.obj", "mtllib two.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nusemtl m\nf 1/1 2/1 3/1\n"
+                               "v 0 0 1\nusemtl n\nf 1/1 2/1 4/1\n");
+    draw(plan({model}, 1));
+    EXPECT_TRUE(is_done({model}));
+    std::filesystem::rename(dark, folder.file("kept"));
+    std::filesystem::rename(light, dark);
+    std::filesystem::rename(folder.file("kept"), light);
+    EXPECT_FALSE(is_done({model}));
+}
+
 TEST_F(Render_Plan, wrong_areas_and_plans_are_refused) {
     const Words part{
         "render", folder.file("ball.obj"), "-o", folder.file("p.png"), "--size", "100x60", "--tiles-of", "2x1", "--tile", "0"};
@@ -203,7 +229,7 @@ TEST_F(Render_Plan, wrong_areas_and_plans_are_refused) {
         {{"--size", "64x64", "--plan", "65"}, "expected at most 64 parts of this image, found 65"},
         {{"--plan", "2", "--tiles-of", "2x1", "--tile", "0"}, "--tiles-of: expected no --plan beside it"},
         {{"--plan-lines"}, "--plan-lines: expected --plan beside it"},
-        {{"--resume"}, "--resume: expected --output-folder or --tiles-of beside it"},
+        {{"--resume"}, "--resume: expected --output-folder, --tiles-of or --parts-of beside it"},
     };
     for (const auto& [more, message] : cases) {
         Words words{"render", folder.file("ball.obj"), "-o", folder.file("p.png")};
@@ -211,6 +237,13 @@ TEST_F(Render_Plan, wrong_areas_and_plans_are_refused) {
         const Outcome outcome = run(words);
         EXPECT_EQ(outcome.status, 2);
         EXPECT_THAT(outcome.errors, HasSubstr(message));
+    }
+    for (const char* name : {"two\nlines.obj", "two\rlines.obj"}) {
+        const Outcome lines = run({"render", folder.file(name, read_file(folder.file("ball.obj"))), "-o", folder.file("p.png"),
+                                   "--plan", "2", "--plan-lines"});
+        EXPECT_EQ(lines.status, 2);
+        EXPECT_EQ(lines.output, "");
+        EXPECT_THAT(lines.errors, HasSubstr("--plan-lines: expected names and values without line breaks"));
     }
     EXPECT_THAT(replay_tests::run_vorna({"render", "-", "-o", "p.png", "--plan", "2", "--input-format", "obj"},
                                         read_file(folder.file("ball.obj")))

@@ -29,6 +29,7 @@ TEST(Serve, jobs_become_the_files_of_the_command_and_failures_are_answers) {
     add({{"id", "none"}, {"render", {folder.file("none.obj"), "-o", folder.file("none.png")}}});
     add({{"id", "word"}, {"render", {folder.file("0.obj"), "--colour", "red", "-o", folder.file("none.png")}}});
     add({{"id", "stdout"}, {"render", {folder.file("0.obj"), "-o", "-"}}});
+    add({{"id", "stdin"}, {"render", {"/dev/stdin", "-o", folder.file("none.png"), "--input-format", "obj"}}});
     add({{"id", "hash"}, {"render", {folder.file("0.obj"), "-o", folder.file("none.png"), "--hash"}}});
     add({{"id", "help"}, {"render", {"--help"}}});
     add({{"id", "numbers"}, {"render", {1, 2}}});
@@ -53,6 +54,7 @@ TEST(Serve, jobs_become_the_files_of_the_command_and_failures_are_answers) {
     const std::pair<const char*, const char*> failures[] = {{"\"none\"", "none.obj: cannot be read"},
                                                             {"\"word\"", "--colour: no option of vorna render"},
                                                             {"\"stdout\"", "expected files with names, found -"},
+                                                            {"\"stdin\"", "expected files with names, found /dev/stdin"},
                                                             {"\"hash\"", "--hash: expected no such option"},
                                                             {"\"help\"", "found a question for help"},
                                                             {"\"numbers\"", "expected texts as words"},

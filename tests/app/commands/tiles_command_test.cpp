@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <nlohmann/json.hpp>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -159,6 +160,67 @@ TEST_F(Tiles_Command, a_run_that_has_come_to_its_end_is_known_by_its_output) {
             resumed({}, others);
         }
     }
+}
+
+TEST_F(Tiles_Command, parts_join_to_the_files_of_one_run) {
+    for (const char* const output : {"tiles", "tiles.pmtiles"}) {
+        const std::string whole = folder.file(std::string("whole-") + output),
+                          joined = folder.file(std::string("joined-") + output);
+        const auto tiles = [&](const std::string& name, std::vector<std::string> more) {
+            more.insert(more.begin(), {"tiles", folder.file("map.json", shapes), "-o", name, "--zoom", "0-5", "--graticule"});
+            return run_vorna(more);
+        };
+        ASSERT_EQ(tiles(whole, {}).status, 0);
+        const Outcome printed = tiles(joined, {"--plan", "3"});
+        ASSERT_EQ(printed.status, 0) << printed.errors;
+        const nlohmann::json plan = nlohmann::json::parse(printed.output);
+        const auto execute = [&](const nlohmann::json& entry, const std::vector<std::string>& more = {}) {
+            auto command = entry.at("command").get<std::vector<std::string>>();
+            command.erase(command.begin());
+            command.insert(command.begin() + 1, more.begin(), more.end());
+            return run_vorna(command);
+        };
+        const nlohmann::json& parts = plan.at("parts");
+        ASSERT_EQ(parts.size(), 3U);
+        // Threads and memory of machines differ.
+        EXPECT_EQ(execute(parts[2], {"--threads=1", "--max-memory=300M"}).status, 0);
+        EXPECT_EQ(execute(parts[0], {"--threads=3"}).status, 0);
+        const std::string last = parts[1].at("file");
+        EXPECT_THAT(execute(plan.at("join")).errors, HasSubstr(last + ": expected a part of the tiles, found none"));
+        const Outcome lines = tiles(joined, {"--plan", "3", "--plan-lines"});
+        EXPECT_EQ(std::ranges::count(lines.output, '\n'), 2) << lines.output;
+        EXPECT_THAT(lines.output, HasSubstr("--part=1 "));
+        EXPECT_EQ(execute(parts[1]).status, 0);
+        const auto size = std::filesystem::file_size(last);
+        std::filesystem::copy_file(last, folder.file("kept"), std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::resize_file(last, size - 1);
+        EXPECT_THAT(execute(plan.at("join")).errors,
+                    HasSubstr(last + ": expected part 1 of 3, found another one or a damaged one"));
+        std::filesystem::copy_file(parts[0].at("file").get<std::string>(), last,
+                                   std::filesystem::copy_options::overwrite_existing);
+        EXPECT_THAT(execute(plan.at("join")).errors, HasSubstr("expected part 1 of 3"));
+        std::filesystem::rename(folder.file("kept"), last);
+        EXPECT_THAT(execute(plan.at("join"), {"--background=red"}).errors, HasSubstr("found those of others"));
+        const Outcome outcome = execute(plan.at("join"));
+        EXPECT_EQ(outcome.status, 0) << outcome.errors;
+        if (std::string(output) == "tiles") {
+            std::size_t count = 0;
+            for (const auto& entry : std::filesystem::recursive_directory_iterator(whole)) {
+                if (entry.is_regular_file()) {
+                    const auto other = std::filesystem::path(joined) / std::filesystem::relative(entry.path(), whole);
+                    EXPECT_TRUE(read_file(other) == read_file(entry.path())) << other;
+                    ++count;
+                }
+            }
+            EXPECT_EQ(count, 1366U);
+        } else {
+            EXPECT_TRUE(read_file(joined) == read_file(whole));
+        }
+    }
+    EXPECT_THAT(
+        run_vorna({"tiles", folder.file("map.json"), "-o", folder.file("t"), "--zoom", "0", "--parts-of", "2", "--part", "2"})
+            .errors,
+        HasSubstr("--part: expected a number from 0 to 1, found 2"));
 }
 
 TEST_F(Tiles_Command, users_files_beside_databases_stay) {
