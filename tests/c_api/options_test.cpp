@@ -199,12 +199,12 @@ TEST_F(C_Options, models_are_those_of_the_command) {
                                   "--size 160x120 --input-format obj --ortho --view front --scale 2:1"},
                                  {[&](Settings& s) {
                                       parallel(s);
-                                      s.image.scale = "1:100";
+                                      s.image.scale = "1:1";
                                       s.image.unit = "in";
                                       s.image.paper = "A6";
                                       s.image.dpi = 30;
                                   },
-                                  "--input-format obj --ortho --view front --scale 1:100 --unit in --paper A6 --dpi 30"}});
+                                  "--input-format obj --ortho --view front --scale 1:1 --unit in --paper A6 --dpi 30"}});
 
     // Arrays are cut as files are.
     const vorna_point corners[] = {{0, 0, 0}, {2, 0, 0}, {2, 1, 0}, {0, 1, 0}};
