@@ -1,6 +1,7 @@
 // The objects behind the handles of canvases, images and recordings, and conversions of their types.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -13,6 +14,7 @@
 struct vorna_image {
     VT_Reference<VT_Shared_Image> pixels; // rows from the top down
     VT_Reference<const VT_Palette> palette;
+    std::uint32_t pixels_per_metre = 0; // on paper, for files to state; 0 = not stated
 };
 
 struct vorna_recording {

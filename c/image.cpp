@@ -37,7 +37,9 @@ std::unique_ptr<vorna_image> make_image(std::int32_t width, std::int32_t height,
 } // namespace
 
 drawing::Image_Samples samples_of(const vorna_image& image) {
-    return drawing::samples_of(drawing::raster_of(*image.pixels), *image.palette);
+    drawing::Image_Samples samples = drawing::samples_of(drawing::raster_of(*image.pixels), *image.palette);
+    samples.pixels_per_metre = image.pixels_per_metre;
+    return samples;
 }
 
 std::unique_ptr<vorna_image> image_of(const drawing::Raster& raster, VT_Reference<const VT_Palette> palette) {
@@ -62,6 +64,7 @@ std::unique_ptr<vorna_image> image_of(const drawing::Image_Samples& samples) {
         std::uint8_t* const pixels = image->pixels->row(0);
         drawing::exchange_red_and_blue(pixels, samples.size() / 4, pixels);
     }
+    image->pixels_per_metre = samples.pixels_per_metre;
     return image;
 }
 

@@ -62,11 +62,18 @@ vorna_status note_exception() noexcept {
 }
 
 const vorna_reading& default_reading() noexcept {
-    static const vorna_reading reading{sizeof reading, 0, 0, 0, 0, -1};
+    static const vorna_reading reading{sizeof reading, 0, 0, 0, 0, -1, nullptr, nullptr};
     return reading;
 }
 
-VORNA_SETTINGS_END(vorna_reading, crease);
+VORNA_SETTINGS_END(vorna_reading, input_format);
+
+std::optional<drawing::model::Section> section_of(const double* plane) {
+    if (!plane) {
+        return {};
+    }
+    return drawing::model::Section{{plane[0], plane[1], plane[2]}, plane[3]};
+}
 
 drawing::Reading reading_of(const vorna_reading* given) {
     const vorna_reading reading = settings_or(given, default_reading());
@@ -79,6 +86,8 @@ drawing::Reading reading_of(const vorna_reading* given) {
     if (reading.crease >= 0) {
         result.crease = reading.crease;
     }
+    result.section = section_of(reading.section);
+    result.input_format = text_of(reading.input_format);
     return result;
 }
 

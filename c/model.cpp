@@ -50,7 +50,7 @@ VT_Vector_D vector_of(const char* name, const vorna_point_d& point) {
 }
 
 VORNA_SETTINGS_END(vorna_view, upward);
-VORNA_SETTINGS_END(vorna_mesh, points);
+VORNA_SETTINGS_END(vorna_mesh, section);
 
 const vorna_image_settings& default_image_settings() noexcept {
     static const vorna_image_settings settings = [] {
@@ -66,7 +66,7 @@ const vorna_image_settings& default_image_settings() noexcept {
     return settings;
 }
 
-VORNA_SETTINGS_END(vorna_image_settings, module);
+VORNA_SETTINGS_END(vorna_image_settings, unit);
 
 template <class Element, class Given> std::vector<Element> list_of(const char* name, const Given* given, std::size_t count) {
     static_assert(sizeof(Element) == sizeof(Given));
@@ -153,13 +153,23 @@ drawing::Image_Settings image_settings_of(const vorna_image_settings* settings) 
     result.max_memory = given.max_memory;
     result.allow_empty = given.refuses_empty == 0;
     result.module = text_of(given.module);
+    result.print = {given.dpi, text_of(given.paper), text_of(given.scale), text_of(given.unit)};
     return result;
 }
 
-std::unique_ptr<vorna_image> image_of(const drawing::Image& image) {
-    return image_of(
+std::unique_ptr<vorna_image> image_of(const drawing::Image& image, const drawing::Image_Settings& settings) {
+    auto made = image_of(
         {reinterpret_cast<const std::uint8_t*>(image.pixels.data()), std::ptrdiff_t{image.width} * 4, image.width, image.height},
         new VT_Palette);
+    made->pixels_per_metre = settings.print.pixels_per_metre();
+    return made;
+}
+
+void give_line(const std::vector<std::string>& lines, std::size_t number, const char** line) {
+    required(line, "line") = nullptr;
+    require(number < lines.size(),
+            [&] { return "number: expected less than " + std::to_string(lines.size()) + ", found " + std::to_string(number); });
+    *line = lines[number].c_str();
 }
 
 void give_digest(const std::string& digits, char* digest) {
@@ -190,7 +200,11 @@ vorna_status vorna_mesh_init(vorna_mesh* mesh, size_t size) {
 vorna_status vorna_model_create(const vorna_mesh* mesh, vorna_model** model) {
     return make_handle(model, "model", [&] {
         const vorna_mesh given = settings_or(&required(mesh, "mesh"), vorna_mesh{});
-        return std::make_unique<vorna_model>(vorna_model{vorna::drawing::Model(mesh_of(given))});
+        vorna::drawing::Reading reading;
+        reading.section = section_of(given.section);
+        std::vector<Mesh> meshes;
+        meshes.push_back(mesh_of(given));
+        return std::make_unique<vorna_model>(vorna_model{vorna::drawing::Model(std::move(meshes), reading)});
     });
 }
 
@@ -214,14 +228,7 @@ vorna_status vorna_model_warning_count(const vorna_model* model, size_t* count) 
 }
 
 vorna_status vorna_model_warning(const vorna_model* model, size_t number, const char** line) {
-    return guarded([&] {
-        required(line, "line") = nullptr;
-        const std::vector<std::string>& warnings = required(model, "model").content.warnings();
-        require(number < warnings.size(), [&] {
-            return "number: expected less than " + std::to_string(warnings.size()) + ", found " + std::to_string(number);
-        });
-        *line = warnings[number].c_str();
-    });
+    return guarded([&] { give_line(required(model, "model").content.warnings(), number, line); });
 }
 
 vorna_status vorna_view_init(vorna_view* view, size_t size) {
@@ -235,7 +242,8 @@ vorna_status vorna_image_settings_init(vorna_image_settings* settings, size_t si
 vorna_status vorna_model_render(const vorna_model* model, const vorna_view* view, const vorna_image_settings* settings,
                                 vorna_image** image) {
     return make_handle(image, "image", [&] {
-        return image_of(vorna::drawing::make_image(required(model, "model").content, view_of(view), image_settings_of(settings)));
+        const vorna::drawing::Image_Settings given = image_settings_of(settings);
+        return image_of(vorna::drawing::make_image(required(model, "model").content, view_of(view), given), given);
     });
 }
 

@@ -23,7 +23,7 @@ endif()
 if(TARGET vorna_drawing_library)
   look_in(vorna_drawing_library $ORIGIN)
   install(TARGETS vorna_drawing_library EXPORT vorna_drawing LIBRARY COMPONENT drawing)
-  foreach(header drawing.h export.h image_samples.h recordings.h files/interrupted.h files/usage_error.h image/image.h map/map_paint.h map/map_settings.h map/shapes.h model/camera.h
+  foreach(header drawing.h export.h image_samples.h recordings.h files/interrupted.h files/usage_error.h image/image.h job/print_settings.h map/map_paint.h map/map_settings.h map/shapes.h model/camera.h
                  model/material.h model/mesh.h model/model_look.h)
     get_filename_component(folder drawing/${header} DIRECTORY)
     install(FILES drawing/${header} DESTINATION ${VORNA_INCLUDE_FOLDER}/${folder} COMPONENT drawing)

@@ -10,6 +10,7 @@
 #include "drawing/job/formats.h"
 #include "drawing/job/map_sources.h"
 #include "drawing/model/model_reader.h"
+#include "drawing/model/section.h"
 #include "drawing/settings_checks.h"
 
 namespace vorna::drawing {
@@ -69,12 +70,15 @@ Model::Model(const std::vector<std::string>& files, const Reading& reading)
     std::vector<Input> inputs;
     inputs.reserve(files.size());
     for (const std::string& file : files) {
-        inputs.push_back(open_input(file, "", *content_->limits));
+        inputs.push_back(open_input(file, reading.input_format, *content_->limits));
     }
     content_->up_axis = up_axis_of(inputs.front());
     model::Mesh& mesh = content_->mesh;
     mesh = model::load_models(inputs, *content_->limits, reading.accepts_no_triangles, reading.crease);
     mesh.warnings.insert(mesh.warnings.begin(), mesh.notes.begin(), mesh.notes.end());
+    if (reading.section && !mesh.is_empty()) {
+        model::cut_open(mesh, *reading.section, content_->name, *content_->limits);
+    }
 }
 
 Model::Model(model::Mesh mesh) : content_(new Content(limits_of({}), "mesh")) {
@@ -97,6 +101,14 @@ Model::Model(std::vector<model::Mesh> meshes, const Reading& reading) : content_
     content_->given_numbers = kept_triangles(meshes);
     content_->mesh =
         model::joined_mesh(std::move(meshes), names, reading.accepts_no_triangles, reading.crease, content_->limits->threads());
+    if (reading.section && !content_->mesh.is_empty()) {
+        std::vector<std::uint32_t> origins;
+        model::cut_open(content_->mesh, *reading.section, names.front(), *content_->limits, &origins);
+        for (std::uint32_t& origin : origins) {
+            origin = content_->given_numbers.empty() ? origin : content_->given_numbers[origin];
+        }
+        content_->given_numbers = std::move(origins);
+    }
 }
 
 Model::Model(Model&&) noexcept = default;
@@ -135,7 +147,7 @@ Map::Map(const std::vector<Map_Input>& inputs, const map::Map_Settings& settings
     const std::shared_ptr<Load_Limits> limits = limits_of(reading);
     std::vector<Input> opened;
     for (const Map_Input& input : inputs) {
-        opened.push_back(input.format.empty() ? open_input(input.name, "", *limits)
+        opened.push_back(input.format.empty() ? open_input(input.name, reading.input_format, *limits)
                                               : Input{input.name, input.format, find_format(input.format), input.text});
     }
     content_ = std::make_unique<Content>(std::move(opened), settings, limits);

@@ -16,6 +16,7 @@
 #include "drawing/files/usage_error.h"
 #include "drawing/image/image.h"
 #include "drawing/image_samples.h"
+#include "drawing/job/print_settings.h"
 #include "drawing/map/map_settings.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/mesh.h"
@@ -37,6 +38,8 @@ struct Reading {
     // Degrees, 0 to 180, between faces that are shaded as one surface where a model gives no normals. None: 30, or the file's
     // smoothing groups.
     std::optional<double> crease;
+    std::optional<model::Section> section; // cuts models open
+    std::string input_format;              // of files, as a suffix: obj, json and so on; empty = by their names or contents
 };
 
 // Triangles with their materials, lines and points.
@@ -46,8 +49,8 @@ public:
     explicit Model(const std::vector<std::string>& files, const Reading& reading = {});
     // Arrays. The lists that a mesh may leave out may be empty; normals that are missing are computed.
     explicit Model(model::Mesh mesh);
-    // Meshes of arrays that are drawn together: normals are computed for each by itself. Of reading everything but memory and
-    // folders counts.
+    // Meshes of arrays that are drawn together: normals are computed for each by itself. Of reading everything but memory,
+    // folders and format counts.
     explicit Model(std::vector<model::Mesh> meshes, const Reading& reading = {});
     Model(Model&&) noexcept;
     Model& operator=(Model&&) noexcept;
@@ -115,7 +118,10 @@ VORNA_DRAWING_API double half_tangent_of_view(double degrees);
 
 // How an image is made. Its bytes depend neither on threads nor on memory.
 struct Image_Settings {
-    VT_Int_Pair size{1280, 960}; // sides up to 262144; of maps a height of 0 is chosen
+    // Sides up to 262144, unless print gives paper; of maps a height of 0 is chosen, and where print gives a scale a size of
+    // {0, 0}.
+    VT_Int_Pair size{1280, 960};
+    Print_Settings print;
     VT_RGB32 background{255, 255, 255, 255};
     std::optional<VT_RGB32> lower_background; // of models: makes the background a gradient from the image's top to its bottom
     bool transparent = false;                 // instead of the background
@@ -130,6 +136,9 @@ struct Image_Settings {
     bool allow_empty = true;                           // whether an image may show nothing but the background
     std::string module;                                // path of the renderer; empty = the installed one
 };
+
+// That of the paper, where the settings give one.
+VORNA_DRAWING_API VT_Int_Pair size_of(const Image_Settings& settings);
 
 // An image in memory, four bytes a pixel. Of settings with 8 bits it has the colours of the palette.
 // warnings: gets a line for the textures that are left out because they cannot be read; null = nobody is told.
@@ -159,7 +168,7 @@ struct Model_Image {
 // Images of a model from any number of cameras. What depends on the model alone is done once.
 class VORNA_DRAWING_API Model_Images {
 public:
-    // The model must outlive the object. The camera of the view and the size of the settings are not used.
+    // The model must outlive the object. The camera of the view, and the size and paper of the settings, are not used.
     Model_Images(const Model& model, const Model_View& view, const Image_Settings& settings);
     Model_Images(Model_Images&&) noexcept;
     Model_Images& operator=(Model_Images&&) noexcept;

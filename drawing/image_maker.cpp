@@ -7,6 +7,7 @@
 
 #include "drawing/files/interruption.h"
 #include "drawing/job/model_style.h"
+#include "drawing/job/print_size.h"
 #include "drawing/settings_checks.h"
 #include "vorna/module.h"
 
@@ -35,6 +36,7 @@ Job_Settings job_settings_of(const Image_Settings& settings, VT_Int_Pair size, s
     job.background = settings.background;
     job.transparent = settings.transparent;
     job.allow_empty = settings.allow_empty;
+    job.pixels_per_metre = settings.print.pixels_per_metre();
     job.input = std::move(input);
     return job;
 }
@@ -54,22 +56,33 @@ std::uint64_t pixels_of(VT_Int_Pair size) noexcept {
     return static_cast<std::uint64_t>(size.x) * static_cast<std::uint64_t>(size.y);
 }
 
+VT_Int_Pair size_of(const Image_Settings& settings) {
+    check(settings.print);
+    return paper_pixels(settings.print).value_or(settings.size);
+}
+
 Module_Choice module_of(const Image_Settings& settings) {
     return {settings.module.empty() ? Module::installed_path() : settings.module, {}};
 }
 
-model::Camera_Settings checked_camera(const model::Camera_Settings& camera, const model::Mesh& mesh, VT_Int_Pair size) {
-    const auto found = camera_of_mesh(camera, mesh, size);
+model::Camera_Settings checked_camera(const model::Camera_Settings& camera, const model::Mesh& mesh, VT_Int_Pair size,
+                                      const Print_Settings& print) {
+    auto found = camera_of_mesh(camera, mesh, size);
     if (!found) {
         throw Usage_Error("camera: expected two places apart and another direction that points up");
     }
+    if (!print.scale.empty() && (camera.projection != model::Projection::orthographic || camera.zoom != 1)) {
+        throw Usage_Error("scale: expected a camera without perspective and zoom");
+    }
+    set_scale(*found, print, mesh, size);
     return *found;
 }
 
 Image_Maker::Image_Maker(const Model& model, const Model_View& view, const Image_Settings& settings,
                          std::vector<std::string>* warnings) {
     check(view);
-    job = job_settings_of(settings, settings.size, supersample_of_model(settings, settings.size), model.content_->name);
+    const VT_Int_Pair size = size_of(settings);
+    job = job_settings_of(settings, size, supersample_of_model(settings, size), model.content_->name);
     const model::Mesh& mesh = model.content_->mesh;
     const Background colors(settings.background, settings.lower_background.value_or(settings.background));
     const std::optional<Background> background = settings.transparent ? std::nullopt : std::optional(colors);
@@ -80,7 +93,7 @@ Image_Maker::Image_Maker(const Model& model, const Model_View& view, const Image
         }
         style.look.tint = model::Tint::own;
     }
-    const model::Camera_Settings camera = checked_camera(view.camera, mesh, settings.size);
+    const model::Camera_Settings camera = checked_camera(view.camera, mesh, size, settings.print);
     job.background = colors;
     if (settings.indexed) {
         job.palette = new VT_Palette;
@@ -101,15 +114,20 @@ Image_Maker::Image_Maker(const Map& map, const Image_Settings& settings) {
     map::Map_Scene& scene = *map.content_->scene;
     const VT_RGB32 background = settings.transparent ? VT_RGB32{255, 255, 255, 255} : settings.background;
     scene.set_background(background);
-    VT_Int_Pair size = settings.size;
+    VT_Int_Pair size = size_of(settings);
+    const bool is_scaled = !settings.print.scale.empty();
+    // A side that is computed from the scale, or from the width.
+    const bool is_computed = is_scaled ? size.x == 0 && size.y == 0 : size.y == 0;
     const std::int32_t supersample = supersample_of_map(settings);
-    check(settings, {size.x, std::max(size.y, 1)}, supersample);
-    if (size.y == 0) {
+    check(settings, {is_computed && is_scaled ? 1 : size.x, is_computed ? 1 : size.y}, supersample);
+    auto found =
+        std::make_unique<Map_Drawing>(map.content_->scene, Map_Look{background, settings.indexed, settings.smooth_lines});
+    if (is_scaled) {
+        size = found->set_scale(size, settings.print);
+    } else if (is_computed) {
         size = scene.fitted(size).size;
     }
     job = job_settings_of(settings, size, supersample, map.content_->name);
-    auto found =
-        std::make_unique<Map_Drawing>(map.content_->scene, Map_Look{background, settings.indexed, settings.smooth_lines});
     job.palette = found->palette();
     drawing = std::move(found);
     module = module_of(settings);
@@ -136,6 +154,7 @@ Image_Samples Image_Maker::samples(std::uint64_t more_memory) {
     Image_Samples image = drawing::make_samples(indexed ? Image_Samples::Kind::indices : Image_Samples::Kind::colors,
                                                 static_cast<std::int32_t>(form.width), static_cast<std::int32_t>(form.height));
     image.palette = colors_of_rows(form.palette);
+    image.pixels_per_metre = job.pixels_per_metre;
     made.make_samples(image.bytes.get());
     return image;
 }

@@ -48,8 +48,9 @@ struct Map::Content {
 
 std::uint64_t pixels_of(VT_Int_Pair size) noexcept;
 Module_Choice module_of(const Image_Settings& settings);
-// Throws Usage_Error for a camera that looks nowhere.
-model::Camera_Settings checked_camera(const model::Camera_Settings& camera, const model::Mesh& mesh, VT_Int_Pair size);
+// With the scale of the print, if it gives one. Throws Usage_Error for a camera that looks nowhere or has no scale.
+model::Camera_Settings checked_camera(const model::Camera_Settings& camera, const model::Mesh& mesh, VT_Int_Pair size,
+                                      const Print_Settings& print);
 
 // A drawing and its job.
 struct Image_Maker {

@@ -27,6 +27,7 @@ using Kind = Image_Samples::Kind;
 Image_Form form_of(const Image_Samples& image) {
     Image_Form form{.width = static_cast<std::uint32_t>(image.width), .height = static_cast<std::uint32_t>(image.height)};
     form.reducible = true;
+    form.pixels_per_metre = image.pixels_per_metre;
     switch (image.kind) {
     case Kind::colors:
         form.opaque = true;
@@ -161,7 +162,7 @@ Image_Samples make_samples(Image_Samples::Kind kind, std::int32_t width, std::in
         throw Usage_Error("size: expected sides from 1 to " + std::to_string(largest_side) + ", found " + std::to_string(width) +
                           "x" + std::to_string(height));
     }
-    Image_Samples image{kind, width, height, {}, {}};
+    Image_Samples image{kind, width, height, {}, {}, 0};
     image.bytes = std::make_shared_for_overwrite<std::uint8_t[]>(image.size());
     return image;
 }

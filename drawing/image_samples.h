@@ -27,7 +27,8 @@ struct Image_Samples {
     Kind kind = Kind::colors;
     std::int32_t width = 0, height = 0;
     std::shared_ptr<std::uint8_t[]> bytes;
-    std::vector<VT_RGB32> palette; // of indices: 1 to 256 colours
+    std::vector<VT_RGB32> palette;      // of indices: 1 to 256 colours
+    std::uint32_t pixels_per_metre = 0; // on paper, for files to state; 0 = not stated
 
     std::size_t pixel_bytes() const noexcept { return kind == Kind::indices ? 1 : kind == Kind::depths ? 2 : 4; }
     std::size_t size() const noexcept {

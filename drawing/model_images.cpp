@@ -60,7 +60,7 @@ Model_Images::Content::Pass Model_Images::Content::make_pass(const Model_Style& 
     }
     Pass pass;
     pass.drawing = std::make_unique<Model_Drawing>(std::move(parts), look_of(style, Background(black), false, {}),
-                                                   checked_camera(camera, model->mesh, size));
+                                                   checked_camera(camera, model->mesh, size, settings.print));
     pass.job.threads = settings.threads;
     pass.job.max_memory = settings.max_memory;
     pass.job.other_memory = settings.other_memory;
@@ -106,7 +106,7 @@ void Model_Images::Content::take_numbers(const std::uint8_t* from, std::int32_t 
 
 void Model_Images::Content::draw_pass(Pass& pass, const model::Camera_Settings& camera, VT_Int_Pair size, Image_Samples* depths,
                                       Image_Samples* faces) const {
-    pass.drawing->set_camera(checked_camera(camera, model->mesh, size));
+    pass.drawing->set_camera(checked_camera(camera, model->mesh, size, settings.print));
     pass.job.part.size = size;
     Job job(pass.job, module_of(settings), *pass.drawing);
     if (depths) {
@@ -145,6 +145,8 @@ Model_Image Model_Images::draw(const model::Camera_Settings& camera, VT_Int_Pair
     check(camera);
     Image_Settings sized = content.settings;
     sized.size = size;
+    sized.print.dpi = sized.print.pixels_per_inch();
+    sized.print.paper.clear();
     Model_Image image;
     const auto note_range = [&](const Model_Drawing& drawing) {
         image.near = drawing.camera().near * content.model->mesh.radius;
@@ -160,7 +162,7 @@ Model_Image Model_Images::draw(const model::Camera_Settings& camera, VT_Int_Pair
             content.colors.emplace(*content.whole, view, sized, &content.warnings);
         }
         auto& drawing = static_cast<Model_Drawing&>(*content.colors->drawing);
-        drawing.set_camera(checked_camera(camera, content.model->mesh, size));
+        drawing.set_camera(checked_camera(camera, content.model->mesh, size, sized.print));
         content.colors->set_size(sized, size);
         image.colors = content.colors->samples(plane_memory);
         note_range(drawing);

@@ -1,9 +1,11 @@
 // Recordings for applications.
 #include <stdexcept>
 
+#include "drawing/files/gzip.h"
 #include "drawing/files/input_file.h"
 #include "drawing/files/interruption.h"
 #include "drawing/files/load_limits.h"
+#include "drawing/files/output_file.h"
 #include "drawing/files/usage_error.h"
 #include "drawing/image/image_file.h"
 #include "drawing/raster_samples.h"
@@ -111,6 +113,12 @@ std::string Recorded_Canvas::finish() {
     const recording::Recording recording = content_->recorder->finish();
     content_->recorder.reset();
     return recording::json_of(recording);
+}
+
+void write_document(const std::string& file, const std::string& text) {
+    Output_File output(file);
+    output.write(file.ends_with(".gz") ? gzip(text) : text);
+    output.commit();
 }
 
 } // namespace vorna::drawing

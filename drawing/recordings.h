@@ -34,6 +34,10 @@ VORNA_DRAWING_API Replay_Image replay_file(const std::string& file, const Replay
 VORNA_DRAWING_API Replay_Image replay_text(const std::string& name, const std::string& text,
                                            const Replay_Settings& settings = {});
 
+// Writes a document to a file, compressed by gzip when its name ends in .gz, which appears whole or not at all. The document is
+// not read.
+VORNA_DRAWING_API void write_document(const std::string& file, const std::string& text);
+
 // A canvas whose calls are recorded, from its first picture on.
 class VORNA_DRAWING_API Recorded_Canvas {
 public:

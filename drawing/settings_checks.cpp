@@ -5,7 +5,10 @@
 #include <cmath>
 #include <sstream>
 
+#include "drawing/files/setting_names.h"
+#include "drawing/job/formats.h"
 #include "drawing/job/image_plan.h"
+#include "drawing/job/print_size.h"
 #include "drawing/map/color_ramps.h"
 
 namespace vorna::drawing {
@@ -28,14 +31,9 @@ template <class Number> void expect_range(const char* member, Number value, Numb
 
 // One of the names, or none.
 void expect_name(const char* member, const std::string& name, const std::vector<std::string>& names) {
-    if (name.empty() || std::ranges::find(names, name) != names.end()) {
-        return;
+    if (!name.empty() && std::ranges::find(names, name) == names.end()) {
+        throw Usage_Error(std::string(member) + ": expected one of " + list_of_names(names) + ", found '" + name + "'");
     }
-    std::string list;
-    for (const std::string& known : names) {
-        list += (list.empty() ? "" : ", ") + known;
-    }
-    throw Usage_Error(std::string(member) + ": expected one of " + list + ", found '" + name + "'");
 }
 
 void check_dashes(const char* member, const std::optional<map::Dashes>& dashes) {
@@ -55,6 +53,13 @@ void check(const Reading& reading) {
     if (reading.crease) {
         expect_range("crease", *reading.crease, 0.0, 180.0);
     }
+    if (reading.section) {
+        const VT_Vector_D& normal = reading.section->normal;
+        const double squared = normal.x * normal.x + normal.y * normal.y + normal.z * normal.z;
+        expect(std::isfinite(squared + reading.section->offset) && squared > 0,
+               "section: expected finite numbers and a direction that is not 0");
+    }
+    check_input_format(reading.input_format);
 }
 
 void check(const model::Camera_Settings& camera) {
@@ -96,8 +101,8 @@ void check(const map::Map_Settings& settings) {
                "bbox: expected finite numbers, the south below the north, and a west that is not the east");
     }
     if (settings.center) {
-        expect_range("center.x", settings.center->x, -360.0, 360.0);
-        expect_range("center.y", settings.center->y, -90.0, 90.0);
+        expect_range("center", settings.center->x, -360.0, 360.0);
+        expect_range("center", settings.center->y, -90.0, 90.0);
     }
     expect_range("opacity", settings.opacity, 0.0, 1.0);
     if (settings.graticule != 0) {
@@ -107,25 +112,34 @@ void check(const map::Map_Settings& settings) {
     check_dashes("outline", settings.outline);
     expect_range("border_width", settings.border_width, 1, 1000);
     expect_range("casing_width", settings.casing_width, 1, 1000);
-    expect_range("marker.size", settings.marker.size, 1, 1000);
+    expect_range("marker_size", settings.marker.size, 1, 1000);
     expect_range("label_size", settings.label_size, 4, 1000);
     expect_range("halo", settings.halo, 0.0, 20.0);
-    expect_range("classing.count", settings.classing.count, std::size_t{1}, std::size_t{64});
+    expect_range("class_count", settings.classing.count, std::size_t{1}, std::size_t{64});
     const std::vector<double>& breaks = settings.classing.breaks;
     const auto falls = [](double a, double b) { return !(a < b); };
     expect(breaks.size() < 64 && std::ranges::adjacent_find(breaks, falls) == breaks.end() &&
                std::ranges::all_of(breaks, [](double b) { return std::isfinite(b); }),
-           "classing.breaks: expected up to 63 increasing numbers");
-    expect(breaks.empty() || settings.classing.method != "categories", "classing.breaks: expected classes of numbers");
-    expect_name("classing.ramp", settings.classing.ramp, map::ramp_names());
-    expect_name("classing.method", settings.classing.method, {"quantiles", "equal", "natural", "categories"});
-    expect_range("width_from", settings.width_from, 0, 1000);
-    expect_range("width_to", settings.width_to, 0, 1000);
+           "breaks: expected up to 63 increasing numbers");
+    expect(breaks.empty() || settings.classing.method != "categories", "breaks: expected classes of numbers");
+    expect_name("ramp", settings.classing.ramp, map::ramp_names());
+    expect_name("classes", settings.classing.method, {"quantiles", "equal", "natural", "categories"});
+    expect_range("widths", settings.width_from, 0, 1000);
+    expect_range("widths", settings.width_to, 0, 1000);
+}
+
+void check(const Print_Settings& settings) {
+    if (settings.dpi != 0) {
+        expect_range("dpi", settings.dpi, 1.0, 10000.0);
+    }
+    expect_name("unit", settings.unit, unit_names());
+    expect(settings.unit.empty() || !settings.scale.empty(), "unit: expected scale beside it");
 }
 
 void check(const Image_Settings& settings, VT_Int_Pair size, std::int32_t supersample) {
     expect_range("supersample", supersample, 1, 8);
     const std::int32_t most = largest_side / supersample;
+    check(settings.print);
     expect_range("size.x", size.x, 1, most);
     expect_range("size.y", size.y, 1, most);
     expect_range("threads", settings.threads, 0U, 1024U);

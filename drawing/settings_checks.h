@@ -9,6 +9,7 @@ void check(const Reading& reading);
 void check(const model::Camera_Settings& camera);
 void check(const Model_View& view);
 void check(const map::Map_Settings& settings);
+void check(const Print_Settings& settings);
 // size and supersample: as they follow from the settings.
 void check(const Image_Settings& settings, VT_Int_Pair size, std::int32_t supersample);
 

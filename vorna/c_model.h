@@ -32,6 +32,7 @@ typedef struct vorna_mesh {
     const uint32_t* lines; // two vertices for each
     size_t point_count;
     const uint32_t* points; // one vertex for each
+    const double* section;  // null, or a plane that cuts the mesh open, as in vorna_reading
 } vorna_mesh;
 
 // Fills the struct with zeros and its size. size: sizeof(vorna_mesh).
@@ -105,6 +106,12 @@ typedef struct vorna_image_settings {
     uint64_t max_memory;                 // bytes; at first 1 GiB
     int32_t refuses_empty;               // a switch: an image of nothing but the background is VORNA_FAILED
     const char* module;                  // path of the renderer module; null = the installed one
+    // Images that are printed, as the options of `vorna render` have them:
+    double dpi;        // pixels per inch of paper, 1 to 10000, which files state; 0 = 300 with paper or scale, else not stated
+    const char* paper; // instead of width and height: A4, A4-landscape, 200x100mm; null = none
+    const char* scale; // as 1:50000; of models without perspective. Maps of 0 x 0 pixels become as large as they need to be
+    const char*
+        unit; // with scale, of coordinates of drawings, models and planes: mm, cm, m, km, in, ft; null = mm, of planes none
 } vorna_image_settings;
 
 // Fills the settings with the defaults. size: sizeof(vorna_image_settings).

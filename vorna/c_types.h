@@ -95,6 +95,9 @@ typedef struct vorna_reading {
     int32_t accepts_no_triangles; // whether models may be empty
     uint32_t threads;             // at most 1024; 0 = as many as there are processors
     double crease; // degrees between faces that are smoothed where models lack normals; below 0 = 30, or as the file says
+    const double*
+        section; // null, or X, Y, Z and OFFSET of a plane: of models all that lies where X x + Y y + Z z > OFFSET is removed
+    const char* input_format; // of the files, as a suffix: obj, json and so on; null = by their names or contents
 } vorna_reading;
 
 // Fills the settings with the defaults. size: sizeof(vorna_reading). VORNA_INVALID_ARGUMENT for a null pointer or a size that the

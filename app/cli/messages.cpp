@@ -71,10 +71,10 @@ void refuse_standard_output(const char* option, const std::string& folder) {
 
 const drawing::Setting_Names& setting_options() noexcept {
     static constexpr drawing::Setting_Names names{
-        "--allow-empty",   "--bbox",      "--center",   "--clip-to",    "--flip-y", "--font",
-        "--input-format",  "--graticule", "--kernels",  "--layer",      "--layout", "--max-memory",
-        "--allow-outside", "--overlay",   "--tiles-of", "--projection", "--record", "--scale",
-        "--map-scale",     "--size",      "--unit",     "--water"};
+        "--allow-empty", "--bbox",         "--center",        "--clip-to", "--dpi",   "--flip-y",
+        "--font",        "--input-format", "--graticule",     "--kernels", "--layer", "--layout",
+        "--map-scale",   "--max-memory",   "--allow-outside", "--overlay", "--paper", "--tiles-of",
+        "--projection",  "--record",       "--scale",         "--size",    "--unit",  "--water"};
     return names;
 }
 

@@ -42,10 +42,10 @@ bool is_named_map(const std::string& path) {
     return format && format->kind == drawing::Input_Kind::map && format->suffix != "json";
 }
 
-// The layers of a map; null for a recording, which is read then.
-nlohmann::ordered_json layers_of(const std::string& path, drawing::Load_Limits& limits,
-                                 std::optional<drawing::recording::Recording>& recording) {
-    const auto read_map = [&] { return drawing::map::json_facts_of(drawing::open_input(path, "", limits), limits); };
+// The layers of a map; none for a recording, which is read then.
+std::vector<drawing::map::Layer_Summary> layers_of(const std::string& path, drawing::Load_Limits& limits,
+                                                   std::optional<drawing::recording::Recording>& recording) {
+    const auto read_map = [&] { return drawing::map::layer_summaries_of(drawing::open_input(path, "", limits), limits); };
     if (is_named_map(path)) {
         return read_map();
     }
@@ -61,32 +61,37 @@ nlohmann::ordered_json layers_of(const std::string& path, drawing::Load_Limits& 
         }
         throw;
     }
-    return nullptr;
+    return {};
 }
 
 // Everything is read before anything is printed.
 void print(const Info_Arguments& arguments) {
     std::string text;
     drawing::Load_Limits limits(drawing::parsed_limit(arguments.max_memory));
-    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    drawing::Json_Text list(true);
+    list.start_list();
     for (const std::string& path : arguments.recordings) {
         std::optional<drawing::recording::Recording> recording;
-        const nlohmann::ordered_json layers = layers_of(path, limits, recording);
+        const std::vector<drawing::map::Layer_Summary> layers = layers_of(path, limits, recording);
         if (!recording && arguments.as_json) {
-            list.push_back({{"map", path}, {"layers", layers}});
+            list.start_object();
+            list.member("map", path);
+            list.name("layers");
+            drawing::map::add_layers(list, layers);
+            list.end_object();
         } else if (!recording) {
-            text += drawing::printable(drawing::name_of_input(path)) + '\n' + drawing::map::text_of_facts(layers);
+            text += drawing::printable(drawing::name_of_input(path)) + '\n' + drawing::map::text_of(layers);
         } else if (arguments.as_json) {
-            nlohmann::ordered_json entry{{"picture", path}};
-            entry.update(drawing::recording::json_summary_of(*recording));
-            list.push_back(std::move(entry));
+            list.start_object();
+            list.member("picture", path);
+            drawing::recording::add_summary(list, *recording);
+            list.end_object();
         } else {
             text += drawing::printable(drawing::name_of_input(path)) + '\n' + drawing::recording::text_of(*recording);
         }
     }
-    // Characters beyond ASCII are escaped, and invalid UTF-8 is replaced.
-    constexpr auto replace = nlohmann::ordered_json::error_handler_t::replace;
-    app::print(stdout, arguments.as_json ? list.dump(1, ' ', true, replace) + '\n' : text);
+    list.end_list();
+    app::print(stdout, arguments.as_json ? list.take() + '\n' : text);
 }
 
 } // namespace

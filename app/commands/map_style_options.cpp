@@ -120,7 +120,7 @@ void set_map_style(const Map_Options& options, Map_Settings& settings) {
     settings.title = options.title;
     settings.attribution = options.attribution;
     settings.legend = options.legend;
-    settings.scale_bar = options.scale_bar.empty()   ? Scale_Unit::none
+    settings.map_scale = options.scale_bar.empty()   ? Scale_Unit::none
                          : options.scale_bar == "km" ? Scale_Unit::kilometres
                                                      : Scale_Unit::miles;
 }

@@ -11,6 +11,7 @@
 #include "app/commands/batch_files.h"
 #include "app/commands/map_options.h"
 #include "app/commands/part_origin.h"
+#include "app/commands/print_options.h"
 #include "app/commands/render_batch.h"
 #include "app/commands/render_map.h"
 #include "app/commands/render_model.h"

@@ -22,6 +22,7 @@
 #include "drawing/image/image_formats.h"
 #include "drawing/job/frame_names.h"
 #include "drawing/job/part_files.h"
+#include "drawing/job/print_size.h"
 
 namespace vorna::app {
 namespace {
@@ -235,7 +236,7 @@ void write_tile_times(const std::string& file, const drawing::Job_Times& times) 
 } // namespace
 
 VT_Int_Pair image_size_of(const Render_Options& options) {
-    if (const std::optional<VT_Int_Pair> paper = paper_pixels(options.print)) {
+    if (const std::optional<VT_Int_Pair> paper = drawing::paper_pixels(options.print)) {
         return *paper;
     }
     return parsed_pair(options.size, drawing::largest_side,
@@ -262,7 +263,7 @@ drawing::Job_Settings job_settings_of(const Render_Options& options, VT_Int_Pair
     drawing::Job_Settings settings;
     settings.file = output_file_of(options.image);
     settings.compression = compression_of(options.image);
-    settings.pixels_per_metre = stated_density(options.print);
+    settings.pixels_per_metre = options.print.pixels_per_metre();
     if (!options.dry_run && options.plan == 0) {
         refuse_terminal("-o", options.image.output);
     }

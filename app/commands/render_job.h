@@ -8,14 +8,14 @@
 
 #include "app/commands/model_options.h"
 #include "app/commands/output_options.h"
-#include "app/commands/print_options.h"
 #include "drawing/job/job.h"
+#include "drawing/job/print_settings.h"
 
 namespace vorna::app {
 
 struct Render_Options : Model_Options {
     Output_Options image;
-    Print_Options print;
+    drawing::Print_Settings print;
     std::string record; // empty = not asked for
     std::string size = "1280x960";
     bool has_size = false; // whether it or the paper is given

@@ -25,11 +25,8 @@ void render_map(const Render_Options& options, const Map_Options& map_options, s
     const VT_RGB32 background = options.is_transparent() ? VT_RGB32{255, 255, 255, 255} : map_background_of(options);
     const drawing::Map_Look look{background, options.colors == 8, options.antialias};
     drawing::Map_Drawing drawing(load_map_scene(options, map_options, std::move(inputs)), look);
-    if (const std::optional<double> scale = pixels_per_metre(options.print)) {
-        const std::optional<double> unit = unit_metres(options.print);
-        const bool is_usual = !unit && drawing.scene().is_drawing();
-        drawing.set_view(drawing.scene().scaled(options.has_size ? size : VT_Int_Pair{}, *scale, is_usual ? millimetre : unit));
-        size = drawing.view_of(size).size;
+    if (!options.print.scale.empty()) {
+        size = drawing.set_scale(options.has_size ? size : VT_Int_Pair{}, options.print);
         settings = job_settings_of(options, size, supersample_of_map(options), {});
     } else if (!options.has_size) {
         size = drawing.scene().fitted({size.x, 0}).size;

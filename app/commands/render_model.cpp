@@ -40,9 +40,7 @@ void warn_of_cut_frames(const Render_Options& options, const drawing::Model_Draw
 drawing::model::Camera_Settings model_camera_of(const Render_Options& options, const drawing::model::Mesh& mesh,
                                                 VT_Int_Pair size) {
     drawing::model::Camera_Settings camera = camera_settings_of(options, mesh, size);
-    if (const std::optional<double> scale = pixels_per_metre(options.print)) {
-        camera.half_height = size.y / (2 * *scale * unit_metres(options.print).value_or(millimetre) * mesh.radius);
-    }
+    drawing::set_scale(camera, options.print, mesh, size);
     return camera;
 }
 

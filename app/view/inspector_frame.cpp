@@ -135,7 +135,8 @@ void Inspector::paint_marks() {
         return;
     }
     const Box pixels = box_of(change.bounds), on_screen = place_.box_of(pixels);
-    const Box region = on_screen.grown(letter_scale_).common_part(area_of_image());
+    const Box image = place_.box_of(box_of(shown())).grown(letter_scale_);
+    const Box region = on_screen.grown(letter_scale_).common_part(image).common_part(area_of_image());
     enum : std::uint8_t { nothing, beside, inside };
     std::vector<std::uint8_t> marks(static_cast<std::size_t>(region.width) * static_cast<std::size_t>(region.height), nothing);
     const auto mark = [&](const Box& box, std::uint8_t as) {
@@ -229,10 +230,13 @@ std::string Inspector::change_text() const {
     if (is_empty(change.bounds)) {
         return "changed nothing";
     }
-    const Box box = box_of(change.bounds);
+    const VT_Int_Rectangle part = common_part(change.bounds, shown());
+    const Box box = box_of(part);
     return "changed " + with_commas(static_cast<std::size_t>(change.colors)) + (change.colors == 1 ? " colour" : " colours") +
-           " and " + with_commas(static_cast<std::size_t>(change.depths)) + (change.depths == 1 ? " depth" : " depths") + " in " +
-           range_text("column", box.left, box.right() - 1) + ", " + range_text("row", box.top, box.bottom() - 1);
+           " and " + with_commas(static_cast<std::size_t>(change.depths)) + (change.depths == 1 ? " depth" : " depths") +
+           (is_empty(part)
+                ? ", none of them in the image"
+                : " in " + range_text("column", box.left, box.right() - 1) + ", " + range_text("row", box.top, box.bottom() - 1));
 }
 
 std::vector<std::string> Inspector::texts() const {

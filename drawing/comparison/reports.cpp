@@ -3,16 +3,15 @@
 
 #include <array>
 #include <cmath>
-#include <nlohmann/json.hpp>
+#include <optional>
 
 #include "drawing/comparison/quoting.h"
+#include "drawing/files/json_text.h"
 #include "drawing/files/printable.h"
 
 namespace vorna::drawing::comparison {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr std::array verdicts{Verdict::same,    Verdict::near,  Verdict::different,
                               Verdict::missing, Verdict::extra, Verdict::unreadable};
@@ -26,33 +25,39 @@ bool is_right(const Pair_Result& pair) {
 }
 
 // Further digits depend on the system's library of mathematics.
-Json rounded(const std::optional<double>& value) {
+void add_rounded(Json_Text& json, const char* key, const std::optional<double>& value) {
     constexpr double scale = 1e6;
-    return value ? Json(std::round(*value * scale) / scale) : Json(nullptr);
+    json.name(key);
+    value ? json.value(std::round(*value * scale) / scale) : json.value(nullptr);
 }
 
-Json json_of(const Pair_Result& pair) {
-    Json json{{"name", pair.name}, {"verdict", key_of(pair.verdict)}, {"text", pair.text}};
-    if (!pair.difference) {
-        return json;
+void add_pair(Json_Text& json, const Pair_Result& pair) {
+    json.start_object();
+    json.member("name", pair.name);
+    json.member("verdict", key_of(pair.verdict));
+    json.member("text", pair.text);
+    if (pair.difference) {
+        const Image_Difference& difference = *pair.difference;
+        json.member("width", pair.width);
+        json.member("height", pair.height);
+        json.member("pixels_compared", difference.compared);
+        json.member("pixels_different", difference.count);
+        json.member("largest_difference", difference.most);
+        if (difference.count > 0) {
+            const Pixel_Area& area = difference.area;
+            json.list("columns", {area.left, area.right});
+            json.list("rows", {area.top, area.bottom});
+            json.name("first");
+            json.start_object();
+            json.member("column", difference.first.column);
+            json.member("row", difference.first.row);
+            json.list("values", {difference.first.in_a, difference.first.in_b});
+            json.end_object();
+        }
+        add_rounded(json, "psnr", pair.measures ? pair.measures->psnr : std::nullopt);
+        add_rounded(json, "ssim", pair.measures ? pair.measures->ssim : std::nullopt);
     }
-    const Image_Difference& difference = *pair.difference;
-    json["width"] = pair.width;
-    json["height"] = pair.height;
-    json["pixels_compared"] = difference.compared;
-    json["pixels_different"] = difference.count;
-    json["largest_difference"] = difference.most;
-    if (difference.count > 0) {
-        const Pixel_Area& area = difference.area;
-        json["columns"] = {area.left, area.right};
-        json["rows"] = {area.top, area.bottom};
-        json["first"] = {{"column", difference.first.column},
-                         {"row", difference.first.row},
-                         {"values", {difference.first.in_a, difference.first.in_b}}};
-    }
-    json["psnr"] = pair.measures ? rounded(pair.measures->psnr) : Json(nullptr);
-    json["ssim"] = pair.measures ? rounded(pair.measures->ssim) : Json(nullptr);
-    return json;
+    json.end_object();
 }
 
 } // namespace
@@ -76,21 +81,36 @@ std::string text_of(const Report& report) {
 }
 
 std::string json_of(const Report& report) {
-    Json json{{"comparison", 1}, {"first", report.first}, {"second", report.second}, {"same", report.is_same()}};
-    json["tolerance"] = nullptr;
+    Json_Text json(true);
+    json.start_object();
+    json.member("comparison", 1);
+    json.member("first", report.first);
+    json.member("second", report.second);
+    json.member("same", report.is_same());
+    json.name("tolerance");
     if (report.accepted.fuzz) {
-        json["tolerance"] = {{"difference", report.accepted.fuzz->difference}, {"pixels", report.accepted.fuzz->count}};
+        json.start_object();
+        json.member("difference", report.accepted.fuzz->difference);
+        json.member("pixels", report.accepted.fuzz->count);
+        json.end_object();
+    } else {
+        json.value(nullptr);
     }
+    json.name("totals");
+    json.start_object();
     for (const Verdict verdict : verdicts) {
-        json["totals"][key_of(verdict)] = report.count_of(verdict);
+        json.member(key_of(verdict), report.count_of(verdict));
     }
-    json["other_files"] = report.other_files;
-    json["images"] = Json::array();
+    json.end_object();
+    json.member("other_files", report.other_files);
+    json.name("images");
+    json.start_list();
     for (const Pair_Result& pair : report.pairs) {
-        json["images"].push_back(json_of(pair));
+        add_pair(json, pair);
     }
-    // Characters beyond ASCII are escaped, and invalid UTF-8 is replaced.
-    return json.dump(1, ' ', true, Json::error_handler_t::replace) + '\n';
+    json.end_list();
+    json.end_object();
+    return json.take() + '\n';
 }
 
 std::string junit_of(const Report& report) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace vorna::drawing {
 
@@ -13,6 +14,7 @@ enum class Setting {
     bbox,
     center,
     clip_to,
+    dpi,
     flip_y,
     font,
     format,
@@ -20,14 +22,15 @@ enum class Setting {
     kernels,
     layer,
     layout,
+    map_scale,
     max_memory,
     outside_of_folder,
     overlay,
+    paper,
     part,
     projection,
     record,
     scale,
-    scale_bar,
     size,
     unit,
     water,
@@ -39,6 +42,9 @@ using Setting_Names = std::array<const char*, static_cast<std::size_t>(Setting::
 
 // The setting's name: that of the library's member, or the one that call_settings has set.
 std::string name_of(Setting setting);
+
+// The names with commas between them.
+std::string list_of_names(const std::vector<std::string>& names);
 
 // Replaces the names, for programs whose users know the settings by others, as options. The names must outlive all calls of the
 // library.

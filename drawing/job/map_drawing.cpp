@@ -7,6 +7,7 @@
 #include <utility>
 #include <variant>
 
+#include "drawing/job/print_size.h"
 #include "host/frame_buffer.h"
 
 namespace vorna::drawing {
@@ -131,6 +132,13 @@ void draw_items(const Map_Items& items, const model::Tile_Bins& bins, std::size_
 void Map_Drawing::set_view(const View& view) {
     view_ = view;
     supersample_ = 0;
+}
+
+VT_Int_Pair Map_Drawing::set_scale(VT_Int_Pair size, const Print_Settings& print) {
+    const std::optional<double> unit = unit_metres(print);
+    const bool is_usual = !unit && scene_->is_drawing();
+    set_view(scene_->scaled(size, scaled_pixels_per_metre(print).value(), is_usual ? millimetre : unit));
+    return view_->size;
 }
 
 Drawing_Needs Map_Drawing::needs(VT_Int_Pair size, std::int32_t supersample) const {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "drawing/job/drawing.h"
+#include "drawing/job/print_settings.h"
 #include "drawing/map/map_scene.h"
 
 namespace vorna::drawing {
@@ -29,6 +30,9 @@ public:
     }
     // Without a view the image shows what the settings say.
     void set_view(const map::View& view);
+    // Sets the view in which lengths have the scale of the settings, which give one, and returns its size. A size of {0, 0} is
+    // computed.
+    VT_Int_Pair set_scale(VT_Int_Pair size, const Print_Settings& print);
     void set_look(const Map_Look& look) { look_ = look; }
 
     std::string summary() const override { return scene_->summary(); }

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "drawing/job/print_size.h"
 #include "drawing/job/studio.h"
 #include "drawing/model/mesh_lines.h"
 #include "drawing/model/scene_renderer.h"
@@ -143,6 +144,12 @@ std::optional<model::Camera_Settings> camera_of_mesh(model::Camera_Settings sett
         settings.aim = aim;
     }
     return settings;
+}
+
+void set_scale(model::Camera_Settings& camera, const Print_Settings& print, const model::Mesh& mesh, VT_Int_Pair size) {
+    if (const std::optional<double> scale = scaled_pixels_per_metre(print)) {
+        camera.half_height = size.y / (2 * *scale * unit_metres(print).value_or(millimetre) * mesh.radius);
+    }
 }
 
 } // namespace vorna::drawing

@@ -8,6 +8,7 @@
 
 #include "drawing/files/load_limits.h"
 #include "drawing/job/model_drawing.h"
+#include "drawing/job/print_settings.h"
 #include "drawing/model/camera.h"
 #include "drawing/model/facing.h"
 #include "drawing/model/mesh.h"
@@ -53,5 +54,9 @@ Model_Parts make_parts(const model::Mesh& mesh, const model::Facing& facing, con
 // Settings whose aim is in the coordinates of the file, for an image of that size and the finished mesh. None when the aim has no
 // direction, or none that points up.
 std::optional<model::Camera_Settings> camera_of_mesh(model::Camera_Settings settings, const model::Mesh& mesh, VT_Int_Pair size);
+
+// Sets what the camera shows so that lengths across the line of sight have the scale of the settings, if they give one, in an
+// image of that size. The camera is without perspective and zoom.
+void set_scale(model::Camera_Settings& camera, const Print_Settings& print, const model::Mesh& mesh, VT_Int_Pair size);
 
 } // namespace vorna::drawing

@@ -2,77 +2,90 @@
 #include "drawing/map/map_facts.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
-#include <vector>
+#include <cstdio>
 
 #include "drawing/files/printable.h"
 #include "drawing/map/map_layer.h"
 #include "drawing/map/map_reader.h"
 
 namespace vorna::drawing::map {
+namespace {
 
-using Json = nlohmann::ordered_json;
+std::string type_of(const Field_Facts& field) {
+    return field.type.empty() ? "none" : field.type;
+}
 
-Json json_facts_of(const Input& input, Load_Limits& limits) {
+const std::string& projection_of(const Layer_Facts& layer) {
+    return !layer.system.empty() ? layer.system : layer.refusal;
+}
+
+} // namespace
+
+std::vector<Layer_Summary> layer_summaries_of(const Input& input, Load_Limits& limits) {
     Map_Query query;
     query.lists_fields = true;
     const Map map = load_map(input, query, limits);
-    struct Counts {
-        std::size_t shapes = 0, faces = 0, lines = 0, points = 0;
-        Bounds bounds = Bounds::nothing();
-    };
-    std::vector<Counts> counts(map.layers.size());
+    std::vector<Layer_Summary> layers(map.layers.size());
     for (const Shape& shape : map.shapes) {
-        Counts& count = counts[shape.layer];
-        ++count.shapes;
-        count.faces += shape.faces.size();
-        count.lines += shape.lines.size();
-        count.points += shape.points.size();
+        Layer_Summary& layer = layers[shape.layer];
+        ++layer.shapes;
+        layer.faces += shape.faces.size();
+        layer.lines += shape.lines.size();
+        layer.points += shape.points.size();
         for_each_path(shape,
-                      [&](const Path& path) { std::ranges::for_each(path, [&](Position place) { count.bounds.add(place); }); });
+                      [&](const Path& path) { std::ranges::for_each(path, [&](Position place) { layer.bounds.add(place); }); });
     }
-    Json list = Json::array();
-    for (std::size_t i = 0; i < map.layers.size(); ++i) {
-        const Layer_Facts& layer = map.layers[i];
-        const Counts& count = counts[i];
-        Json entry{{"name", layer.name},     {"projection", !layer.system.empty() ? layer.system : layer.refusal},
-                   {"shapes", count.shapes}, {"faces", count.faces},
-                   {"lines", count.lines},   {"points", count.points}};
-        if (!count.bounds.empty()) {
-            entry["extent"] = {count.bounds.left, count.bounds.bottom, count.bounds.right, count.bounds.top};
-        }
-        entry["fields"] = Json::array();
-        for (const Field_Facts& field : layer.fields) {
-            entry["fields"].push_back({{"name", field.name}, {"type", field.type.empty() ? "none" : field.type}});
-        }
-        list.push_back(std::move(entry));
+    for (std::size_t i = 0; i < layers.size(); ++i) {
+        layers[i].facts = map.layers[i];
     }
-    return list;
+    return layers;
 }
 
-std::string text_of_facts(const Json& layers) {
+void add_layers(Json_Text& json, const std::vector<Layer_Summary>& layers) {
+    json.start_list();
+    for (const Layer_Summary& layer : layers) {
+        json.start_object();
+        json.member("name", layer.facts.name);
+        json.member("projection", projection_of(layer.facts));
+        json.member("shapes", layer.shapes);
+        json.member("faces", layer.faces);
+        json.member("lines", layer.lines);
+        json.member("points", layer.points);
+        if (const Bounds& bounds = layer.bounds; !bounds.empty()) {
+            json.list("extent", {bounds.left, bounds.bottom, bounds.right, bounds.top});
+        }
+        json.name("fields");
+        json.start_list();
+        for (const Field_Facts& field : layer.facts.fields) {
+            json.start_object();
+            json.member("name", field.name);
+            json.member("type", type_of(field));
+            json.end_object();
+        }
+        json.end_list();
+        json.end_object();
+    }
+    json.end_list();
+}
+
+std::string text_of(const std::vector<Layer_Summary>& layers) {
     std::string text;
-    const auto count = [&](const Json& layer, const char* key) {
-        return std::to_string(layer[key].get<std::size_t>()) + ' ' + key;
-    };
-    for (const Json& layer : layers) {
-        const std::string name = layer["name"], projection = layer["projection"];
-        text += "  " + (name.empty() ? "" : "layer " + printable(name) + ": ") + count(layer, "shapes") + ", " +
-                count(layer, "faces") + ", " + count(layer, "lines") + ", " + count(layer, "points") + '\n';
+    for (const Layer_Summary& layer : layers) {
+        const std::string& name = layer.facts.name;
+        text += "  " + (name.empty() ? "" : "layer " + printable(name) + ": ") + std::to_string(layer.shapes) + " shapes, " +
+                std::to_string(layer.faces) + " faces, " + std::to_string(layer.lines) + " lines, " +
+                std::to_string(layer.points) + " points\n";
+        const std::string& projection = projection_of(layer.facts);
         text += "    projection: " + (projection.empty() ? "degrees, or not stated" : printable(projection)) + '\n';
-        if (layer.contains("extent")) {
-            text += "    extent: ";
-            for (const Json& number : layer["extent"]) {
-                char digits[40];
-                std::snprintf(digits, sizeof digits, "%s%.10g", &number == &layer["extent"][0] ? "" : ",", number.get<double>());
-                text += digits;
-            }
-            text += '\n';
+        if (const Bounds& bounds = layer.bounds; !bounds.empty()) {
+            char digits[128];
+            std::snprintf(digits, sizeof digits, "    extent: %.10g,%.10g,%.10g,%.10g\n", bounds.left, bounds.bottom,
+                          bounds.right, bounds.top);
+            text += digits;
         }
         std::string fields;
-        for (const Json& field : layer["fields"]) {
-            fields += (fields.empty() ? "" : ", ") + printable(field["name"].get<std::string>()) + " (" +
-                      field["type"].get<std::string>() + ")";
+        for (const Field_Facts& field : layer.facts.fields) {
+            fields += (fields.empty() ? "" : ", ") + printable(field.name) + " (" + type_of(field) + ")";
         }
         text += fields.empty() ? "" : "    fields: " + fields + '\n';
     }

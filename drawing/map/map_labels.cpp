@@ -327,7 +327,7 @@ private:
 void Map_Scene::load_font() {
     const bool has_labels = std::ranges::any_of(sheets_, &Map_Sheet::has_labels);
     if (!has_labels && settings_.title.empty() && settings_.attribution.empty() && !settings_.legend &&
-        settings_.scale_bar == Scale_Unit::none) {
+        settings_.map_scale == Scale_Unit::none) {
         return;
     }
     font_ = load_label_font(settings_.font, *limits_);

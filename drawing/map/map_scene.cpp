@@ -157,7 +157,7 @@ void Map_Scene::choose_projection() {
     if (name == "plane" || name == "albers-usa") {
         for (const auto& [given, setting] : {std::pair(settings_.water.has_value(), Setting::water),
                                              {settings_.graticule > 0, Setting::graticule},
-                                             {settings_.scale_bar != Scale_Unit::none, Setting::scale_bar}}) {
+                                             {settings_.map_scale != Scale_Unit::none, Setting::map_scale}}) {
             if (given) {
                 throw Usage_Error(name_of(setting) + ": expected a projection of the globe, found " +
                                   (name == "plane" ? "a plane" : name));

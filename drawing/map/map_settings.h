@@ -72,7 +72,7 @@ struct Map_Settings {
     std::string place;              // of these settings in a style file, before messages; empty for others
     std::string title, attribution; // empty = none
     bool legend = false;            // of fill_by
-    Scale_Unit scale_bar = Scale_Unit::none;
+    Scale_Unit map_scale = Scale_Unit::none;
     bool merges = false; // whether the overlay is merged with the pixels below, bit by bit
 };
 

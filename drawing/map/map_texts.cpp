@@ -102,7 +102,7 @@ void Map_Scene::place_signs(const View& view) {
             place(rows, Corner::free);
         }
     }
-    if (settings_.scale_bar != Scale_Unit::none) {
+    if (settings_.map_scale != Scale_Unit::none) {
         place_scale_bar(view, limits);
     }
 }
@@ -132,7 +132,7 @@ void Map_Scene::place_scale_bar(const View& view, Load_Limits& limits) {
     }
     constexpr int gap = 6, margin = 10, tick = 5;
     const int size = settings_.label_size;
-    const Scale_Bar bar = scale_bar(metres, settings_.scale_bar == Scale_Unit::miles, view.size.x / 4.0);
+    const Scale_Bar bar = scale_bar(metres, settings_.map_scale == Scale_Unit::miles, view.size.x / 4.0);
     const Text text = font_->text_of(bar.text, size, view.size.x, sheets_.front().file(), limits);
     const int length = static_cast<int>(std::lround(bar.pixels)),
               wide = std::max(length, static_cast<int>(std::ceil(text.width)));

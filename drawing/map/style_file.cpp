@@ -183,7 +183,7 @@ const std::vector<Key<Map_Style>>& style_keys() {
         {"scale-bar",
          [](Style& style, const Json& value) {
              const bool in_miles = one_of(value, std::vector{"km", "miles"}) == "miles";
-             style.settings.scale_bar = in_miles ? Scale_Unit::miles : Scale_Unit::kilometres;
+             style.settings.map_scale = in_miles ? Scale_Unit::miles : Scale_Unit::kilometres;
          }},
         {"layers", {}},
     };

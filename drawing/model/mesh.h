@@ -33,6 +33,13 @@ inline constexpr std::uint32_t no_material = 0xFFFFFFFF;
 // Smoothing groups of triangles that have none: where no normals are given, the crease angle decides, or every face is flat.
 inline constexpr std::uint32_t by_angle = 0, not_smooth = 0xFFFFFFFF;
 
+// A plane that cuts a model open: all that lies beyond it, where normal . place > offset, is removed. Places are those of the
+// file.
+struct Section {
+    VT_Vector_D normal;
+    double offset = 0;
+};
+
 struct Mesh {
     std::vector<VT_Vector> positions;
     std::vector<VT_Vector> normals;       // none, or one a position; a zero one is to be computed

@@ -28,7 +28,7 @@ public:
         }
     }
 
-    void cut_triangles() {
+    void cut_triangles(std::vector<std::uint32_t>* origins) {
         Mesh cut;
         const bool has_diagonals = !mesh_.diagonals.empty(), has_materials = !mesh_.triangle_materials.empty();
         mesh_.diagonals.resize(has_diagonals ? mesh_.triangle_count() : 0);
@@ -43,6 +43,9 @@ public:
                                                                   (corners_[i - 1].is_diagonal ? 2 : 0) |
                                                                   (!ends || corners_[i].is_diagonal ? 4 : 0)));
                 has_new_diagonals = has_new_diagonals || cut.diagonals.back() != 0;
+                if (origins) {
+                    origins->push_back(static_cast<std::uint32_t>(t));
+                }
                 if (has_materials) {
                     cut.triangle_materials.push_back(mesh_.triangle_materials[t]);
                 }
@@ -154,12 +157,14 @@ private:
 
 } // namespace
 
-void cut_open(Mesh& mesh, const Section& section, const std::string& file, Load_Limits& limits) {
+void cut_open(Mesh& mesh, const Section& section, const std::string& file, Load_Limits& limits,
+              std::vector<std::uint32_t>* origins) {
     // Heights above the plane, and the elements that are made beside those that are cut.
-    limits.take_memory(file, sizeof(double) * mesh.positions.size() + triangle_memory * mesh.triangle_count() +
+    const std::uint64_t origin_memory = origins ? 2 * sizeof(std::uint32_t) : 0; // a triangle becomes two at most
+    limits.take_memory(file, sizeof(double) * mesh.positions.size() + (triangle_memory + origin_memory) * mesh.triangle_count() +
                                  sizeof(std::uint32_t) * mesh.lines.size());
     Section_Cutter cutter(mesh, section, file, limits);
-    cutter.cut_triangles();
+    cutter.cut_triangles(origins);
     cutter.cut_lines();
     cutter.cut_points();
     if (mesh.is_empty()) {

@@ -2,17 +2,15 @@
 #include "drawing/recording/history_report.h"
 
 #include <cstdio>
-#include <nlohmann/json.hpp>
 #include <string_view>
 
+#include "drawing/files/json_text.h"
 #include "drawing/recording/call_kinds.h"
 #include "vorna/draw.h"
 
 namespace vorna::drawing::recording {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 std::string hexadecimal(VT_RGB32 color) {
     char text[16];
@@ -36,21 +34,23 @@ std::string value_text(const Pixel_Value& value) {
     return color_text(value) + (value.has_depth ? " at depth " + std::to_string(value.depth) : "");
 }
 
-Json json_value(const Pixel_Value& value) {
+void add_value(Json_Text& json, const char* key, const Pixel_Value& value) {
+    json.name(key);
     if (value.kind == Pixel_Value::Kind::none) {
-        return nullptr;
+        json.value(nullptr);
+        return;
     }
-    Json json = Json::object();
+    json.start_object();
     if (value.kind == Pixel_Value::Kind::index) {
-        json["index"] = value.color;
+        json.member("index", value.color);
     } else {
         const VT_RGB32 color = color_of(value.color);
-        json["color"] = {color.red, color.green, color.blue, color.alpha};
+        json.list("color", {color.red, color.green, color.blue, color.alpha});
     }
     if (value.has_depth) {
-        json["depth"] = value.depth;
+        json.member("depth", value.depth);
     }
-    return json;
+    json.end_object();
 }
 
 // Attributes of a recording's rendition under those of a call, as words that are separated by commas.
@@ -229,36 +229,37 @@ std::string place_text(VT_Int_Pair place) {
     return std::to_string(place.x) + ',' + std::to_string(place.y);
 }
 
-Json call_json(const Recording& recording, std::size_t call) {
-    return {{"call", call}, {"kind", recording.calls[call].kind->name}, {"rendition", short_rendition(recording, call)}};
+void add_call(Json_Text& json, const Recording& recording, std::size_t call) {
+    json.member("call", call);
+    json.member("kind", recording.calls[call].kind->name);
+    json.member("rendition", short_rendition(recording, call));
 }
 
-Json event_json(const Recording& recording, const Pixel_Event& event) {
-    Json json = call_json(recording, event.call);
-    json["outcome"] = outcome_names[static_cast<std::size_t>(event.outcome)];
+std::string event_json(const Recording& recording, const Pixel_Event& event) {
+    Json_Text json(false);
+    json.start_object();
+    add_call(json, recording, event.call);
+    json.member("outcome", outcome_names[static_cast<std::size_t>(event.outcome)]);
     if (event.outcome == Outcome::refused) {
-        json["rules"] = Json::array();
+        json.name("rules");
+        json.start_list();
         for (int r = 0; r < rule_count; ++r) {
             if (event.rules.has(Rule{static_cast<std::uint8_t>(r)})) {
-                json["rules"].push_back(rule_names[r]);
+                json.value(rule_names[r]);
             }
         }
+        json.end_list();
         if (event.rules.has(Rule::depth)) {
-            json["shape_depth"] = event.shape_depth;
+            json.member("shape_depth", event.shape_depth);
         }
     }
-    json["writes_color"] = event.writes_color;
-    json["before"] = json_value(event.before);
-    json["after"] = json_value(event.after);
-    json["drawn_over_by"] = event.drawn_over == no_call ? Json() : Json(event.drawn_over);
-    return json;
-}
-
-// An object's text without the brace at its end.
-std::string opened(const Json& object) {
-    std::string text = object.dump();
-    text.pop_back();
-    return text;
+    json.member("writes_color", event.writes_color);
+    add_value(json, "before", event.before);
+    add_value(json, "after", event.after);
+    json.name("drawn_over_by");
+    event.drawn_over == no_call ? json.value(nullptr) : json.value(event.drawn_over);
+    json.end_object();
+    return json.take();
 }
 
 // Commas between the items of a list.
@@ -325,16 +326,18 @@ void write_text(const Recording& recording, const std::vector<Pixel_History>& hi
 void write_json(const Recording& recording, const std::vector<Pixel_History>& histories, const Report_Sink& write) {
     Json_List pixels("{\"pixels\":[", write);
     for (const Pixel_History& history : histories) {
-        const Json head{{"pixel", {history.pixel.x, history.pixel.y}},
-                        {"device", {history.device.x, history.device.y}},
-                        {"first", json_value(history.first)},
-                        {"last", json_value(history.last)},
-                        {"outside", history.outside}};
+        Json_Text head(false);
+        head.start_object();
+        head.list("pixel", {history.pixel.x, history.pixel.y});
+        head.list("device", {history.device.x, history.device.y});
+        add_value(head, "first", history.first);
+        add_value(head, "last", history.last);
+        head.member("outside", history.outside);
         pixels.begin_item();
-        Json_List events(opened(head) + ",\"events\":[", write);
+        Json_List events(head.take() + ",\"events\":[", write);
         for (const Pixel_Event& event : history.events) {
             events.begin_item();
-            write(event_json(recording, event).dump());
+            write(event_json(recording, event));
         }
         write("]}");
     }
@@ -364,22 +367,29 @@ void write_text(const Recording& recording, const Image_Area& area, const std::v
 
 void write_json(const Recording& recording, const Image_Area& area, const std::vector<Area_Event>& events,
                 const Report_Sink& write) {
-    const Json head{{"area", {area.corner.x, area.corner.y, area.size.x, area.size.y}}};
-    Json_List calls(opened(head) + ",\"calls\":[", write);
+    Json_Text head(false);
+    head.start_object();
+    head.list("area", {area.corner.x, area.corner.y, area.size.x, area.size.y});
+    Json_List calls(head.take() + ",\"calls\":[", write);
     for (const Area_Event& event : events) {
-        Json json = call_json(recording, event.call);
-        json["drawn"] = event.drawn;
-        json["blended"] = event.blended;
-        json["refused"] = event.refused;
-        json["outside"] = event.outside;
-        json["refused_by"] = Json::object();
+        Json_Text json(false);
+        json.start_object();
+        add_call(json, recording, event.call);
+        json.member("drawn", event.drawn);
+        json.member("blended", event.blended);
+        json.member("refused", event.refused);
+        json.member("outside", event.outside);
+        json.name("refused_by");
+        json.start_object();
         for (int r = 0; r < rule_count; ++r) {
             if (event.refused_by[r] > 0) {
-                json["refused_by"][std::string(rule_names[r])] = event.refused_by[r];
+                json.member(rule_names[r], event.refused_by[r]);
             }
         }
+        json.end_object();
+        json.end_object();
         calls.begin_item();
-        write(json.dump());
+        write(json.take());
     }
     write("]}\n");
 }

@@ -1,32 +1,33 @@
 // Two recordings, compared as documents and as what they draw.
 #include "drawing/recording/recording_comparison.h"
 
-#include <nlohmann/json.hpp>
+#include "drawing/files/json_text.h"
 
 namespace vorna::drawing::recording {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 constexpr std::size_t most_setup_lines = 10;
 
-Json json_of(const Value_Difference& value) {
-    return {{"key", value.path}, {"values", {value.first, value.second}}};
+// The members of an object.
+void add_value(Json_Text& json, const Value_Difference& value) {
+    json.member("key", value.path);
+    json.list("values", {value.first, value.second});
 }
 
-Json json_of(const Pixel_Difference& difference) {
+void add_pixels(Json_Text& json, const Pixel_Difference& difference) {
     constexpr const char* kinds[] = {"windows", "palettes", "colors", "depths"};
-    Json json{{"call", nullptr}, {"kind", kinds[static_cast<int>(difference.kind)]}, {"text", text_of(difference)}};
-    if (difference.call) {
-        json["call"] = *difference.call;
-    }
+    json.start_object();
+    json.name("call");
+    difference.call ? json.value(*difference.call) : json.value(nullptr);
+    json.member("kind", kinds[static_cast<int>(difference.kind)]);
+    json.member("text", text_of(difference));
     if (difference.kind != Pixel_Difference::Kind::windows) {
-        json["count"] = difference.count;
-        json["first"] = {difference.place.x, difference.place.y};
+        json.member("count", difference.count);
+        json.list("first", {difference.place.x, difference.place.y});
     }
-    json["values"] = {difference.first, difference.second};
-    return json;
+    json.list("values", {difference.first, difference.second});
+    json.end_object();
 }
 
 std::string line_of(const std::string& place, const Value_Difference& value) {
@@ -63,19 +64,38 @@ std::string text_of(const Recording_Difference& difference) {
 
 std::string json_of(const Recording_Difference& difference, const std::string& first, const std::string& second) {
     const auto& [setup, call, differing] = difference.documents;
-    Json json{{"comparison", 1}, {"first", first}, {"second", second}, {"same", difference.is_same()}};
-    json["calls"] = {difference.calls[0], difference.calls[1]};
-    json["setup"] = Json::array();
+    Json_Text json(true);
+    json.start_object();
+    json.member("comparison", 1);
+    json.member("first", first);
+    json.member("second", second);
+    json.member("same", difference.is_same());
+    json.list("calls", {difference.calls[0], difference.calls[1]});
+    json.name("setup");
+    json.start_list();
     for (const Value_Difference& value : setup) {
-        json["setup"].push_back(json_of(value));
+        json.start_object();
+        add_value(json, value);
+        json.end_object();
     }
-    json["call"] = nullptr;
+    json.end_list();
+    json.name("call");
     if (call) {
-        json["call"] = {{"call", call->call}};
-        json["call"].update(json_of(call->value));
+        json.start_object();
+        json.member("call", call->call);
+        add_value(json, call->value);
+        json.end_object();
+    } else {
+        json.value(nullptr);
     }
-    json["pixels"] = difference.pixels ? json_of(*difference.pixels) : Json(nullptr);
-    return json.dump(1, ' ', true, Json::error_handler_t::replace) + '\n';
+    json.name("pixels");
+    if (difference.pixels) {
+        add_pixels(json, *difference.pixels);
+    } else {
+        json.value(nullptr);
+    }
+    json.end_object();
+    return json.take() + '\n';
 }
 
 } // namespace vorna::drawing::recording

@@ -15,8 +15,6 @@ namespace vorna::drawing::recording {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 // Calls visit(points) with the call's list of points, if it has one.
 template <class Visit> void with_points(const Call& call, Visit visit) {
     std::visit(
@@ -182,39 +180,53 @@ std::string text_of(const Recording& recording) {
     return text;
 }
 
-Json json_summary_of(const Recording& recording) {
+void add_summary(Json_Text& json, const Recording& recording) {
     const In_Force in_force(recording.configuration);
     const Summary summary = summary_of(recording);
-    Json calls = Json::array();
-    for (const auto& [name, of_kind] : summary.calls) {
-        Json entry{{"call", name}, {"count", of_kind.count}, {"points", of_kind.points}};
-        if (const char* pieces = pieces_name(name)) {
-            entry[pieces] = of_kind.pieces;
-        }
-        calls.push_back(std::move(entry));
-    }
-    Json textures = Json::array();
+    json.name("window");
+    json.start_object();
+    json.member("width", in_force.width);
+    json.member("height", in_force.height);
+    json.list("origin", {in_force.origin.x, in_force.origin.y});
+    json.end_object();
+    json.member("color_system", in_force.color_system);
+    json.member("buffer_depth", in_force.buffer_depth);
+    json.member("alpha_blending", in_force.alpha_blending);
+    json.member("renditions", summary.renditions);
+    json.member("complex_clips", summary.complex_clips);
+    json.name("textures");
+    json.start_list();
     for (const VT_Int_Pair& size : summary.textures) {
-        textures.push_back({size.x, size.y});
+        json.start_list();
+        json.value(size.x);
+        json.value(size.y);
+        json.end_list();
     }
-    Json bounds = nullptr;
+    json.end_list();
+    json.member("points", summary.points);
+    json.name("bounds");
     if (summary.points > 0) {
-        bounds = Json::object();
+        json.start_object();
         for (std::size_t i = 0; i < 3; ++i) {
-            bounds[std::string(1, "xyz"[i])] = {summary.low[i], summary.high[i]};
+            json.list(std::string(1, "xyz"[i]), {summary.low[i], summary.high[i]});
         }
+        json.end_object();
+    } else {
+        json.value(nullptr);
     }
-    return {
-        {"window", {{"width", in_force.width}, {"height", in_force.height}, {"origin", {in_force.origin.x, in_force.origin.y}}}},
-        {"color_system", in_force.color_system},
-        {"buffer_depth", in_force.buffer_depth},
-        {"alpha_blending", in_force.alpha_blending},
-        {"renditions", summary.renditions},
-        {"complex_clips", summary.complex_clips},
-        {"textures", std::move(textures)},
-        {"points", summary.points},
-        {"bounds", std::move(bounds)},
-        {"calls", std::move(calls)}};
+    json.name("calls");
+    json.start_list();
+    for (const auto& [name, of_kind] : summary.calls) {
+        json.start_object();
+        json.member("call", name);
+        json.member("count", of_kind.count);
+        json.member("points", of_kind.points);
+        if (const char* pieces = pieces_name(name)) {
+            json.member(pieces, of_kind.pieces);
+        }
+        json.end_object();
+    }
+    json.end_list();
 }
 
 } // namespace vorna::drawing::recording

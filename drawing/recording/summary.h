@@ -3,11 +3,11 @@
 
 #include <cstdint>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "drawing/files/json_text.h"
 #include "drawing/recording/recording.h"
 
 namespace vorna::drawing::recording {
@@ -32,8 +32,8 @@ Summary summary_of(const Recording& recording);
 // The number of points in the call's list.
 std::size_t points_of(const Call& call);
 
-// Lines of text, and a JSON object.
+// Lines of text, and the members of a JSON object.
 std::string text_of(const Recording& recording);
-nlohmann::ordered_json json_summary_of(const Recording& recording);
+void add_summary(Json_Text& json, const Recording& recording);
 
 } // namespace vorna::drawing::recording

@@ -138,12 +138,15 @@ private:
         content_.counts.calls = steps.calls();
         add_images(steps);
         const VT_Int_Rectangle window = steps.window(), shown = recording_.output.value_or(window);
-        const VT_Int_Pair corner{shown.left - window.left, shown.top - window.bottom};
+        const VT_Int_Rectangle image{shown.left - window.left, shown.right - window.left, shown.bottom - window.bottom,
+                                     shown.top - window.bottom};
         Json bounds = Json::array();
         for (const VT_Int_Rectangle& each : changed) {
-            const bool has_any = !is_empty(each);
-            for (const std::int32_t number : {has_any ? each.left - corner.x : 0, has_any ? corner.y - each.top : 0,
-                                              each.right - each.left + 1, each.top - each.bottom + 1}) {
+            const VT_Int_Rectangle part = common_part(each, image); // what lies outside of the image is not shown
+            const bool has_any = !is_empty(part);
+            for (const std::int32_t number :
+                 {has_any ? part.left - image.left : 0, has_any ? image.top - part.top : 0,
+                  has_any ? part.right - part.left + 1 : 0, has_any ? part.top - part.bottom + 1 : 0}) {
                 bounds.push_back(number);
             }
         }

@@ -113,6 +113,14 @@ py::list texts_of(const std::vector<std::string>& texts) {
     return list;
 }
 
+std::string utf8_of(std::string_view name, const py::handle& value) {
+    try {
+        return value.cast<std::string>();
+    } catch (const py::cast_error&) {
+        refuse(name, "a text without surrogates", py::repr(value).cast<std::string>());
+    }
+}
+
 std::string description_of(const py::array& array) {
     return py::str(array.attr("shape")).cast<std::string>() + " " + py::str(array.dtype()).cast<std::string>();
 }
@@ -203,7 +211,7 @@ void convert_colors(const Rows_View& rows, VT_RGB32* to) {
 VT_RGB32 color_of(std::string_view name, const py::handle& value) {
     if (py::isinstance<py::str>(value)) {
         try {
-            return drawing::parsed_color(value.cast<std::string>());
+            return drawing::parsed_color(utf8_of(name, value));
         } catch (const drawing::Usage_Error& error) {
             throw py::value_error(std::string(name) + ": " + error.what());
         }

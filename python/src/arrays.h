@@ -23,6 +23,9 @@ namespace py = pybind11;
 py::str text_of(std::string_view text);
 py::list texts_of(const std::vector<std::string>& texts);
 
+// A text of Python's, or bytes, for the library. Throws ValueError for texts that UTF-8 cannot hold.
+std::string utf8_of(std::string_view name, const py::handle& value);
+
 // The shape and the type of an array for messages: "(3, 2) float64".
 std::string description_of(const py::array& array);
 

@@ -114,6 +114,15 @@ constexpr Attribute attributes_by_name[] = {
     {"texture", set_texture},
 };
 
+// Of a keyword argument, which keeps the text.
+std::string_view name_of(const py::handle& key) {
+    try {
+        return key.cast<std::string_view>();
+    } catch (const py::cast_error&) { // surrogates
+        throw py::type_error("no attribute has the name " + py::repr(key).cast<std::string>());
+    }
+}
+
 } // namespace
 
 Texture::Texture(const py::array& image) : material(new VT_Basic_Material) {
@@ -131,7 +140,7 @@ std::int32_t symbol_named(const char* argument, const py::object& value) {
 
 void set_attributes(VT_Rendition& rendition, const Canvas& canvas, const py::dict& attributes) {
     for (const auto& [key, value] : attributes) {
-        const auto name = py::reinterpret_borrow<py::object>(key).cast<std::string_view>();
+        const std::string_view name = name_of(key);
         const Attribute* found = nullptr;
         for (const Attribute& attribute : attributes_by_name) {
             found = attribute.name == name ? &attribute : found;

@@ -42,7 +42,7 @@ void take_dashes(const Options& options, const char* name, std::optional<Dashes>
         return;
     }
     if (py::isinstance<py::str>(value)) {
-        const auto text = value.cast<std::string>();
+        const std::string text = utf8_of(name, value);
         for (const Border_Style& style : styles) {
             if (text == style.name) {
                 member = style.dashes;
@@ -74,6 +74,7 @@ std::vector<double> numbers_of(const char* name, const py::object& values) {
 Map_Settings map_settings_of(const Options& options) {
     Map_Settings settings;
     options.text("layer", settings.layer);
+    options.text("layout", settings.layout);
     options.text("filter", settings.filter);
     options.text("style", settings.style);
     options.text("fill_by", settings.fill_by);
@@ -90,7 +91,11 @@ Map_Settings map_settings_of(const Options& options) {
             Options::number_of<std::pair<std::int32_t, std::int32_t>>("widths", widths, "two whole numbers of pixels");
     }
     options.text("label_by", settings.label_by);
+    options.text("label_key", settings.label_key);
     options.flag("legend", settings.legend);
+    static constexpr Choice<drawing::map::Scale_Unit> units[] = {{"km", drawing::map::Scale_Unit::kilometres},
+                                                                 {"miles", drawing::map::Scale_Unit::miles}};
+    options.choice("map_scale", settings.map_scale, units);
     options.text("title", settings.title);
     options.text("attribution", settings.attribution);
     if (const py::object flips = options["flip_y"]; !flips.is_none()) {
@@ -112,7 +117,7 @@ Map_Settings map_settings_of(const Options& options) {
         settings.center = drawing::map::Position{(*center)[0], (*center)[1]};
     }
     if (const py::object fill = options["fill"]; py::isinstance<py::str>(fill)) {
-        const auto text = fill.cast<std::string>();
+        const std::string text = utf8_of("fill", fill);
         const bool is_kind = text == "auto" || text == "palette" || text == "own" || text == "none";
         settings.fill = is_kind ? Map_Fill{Options::chosen("fill", fill, fills), {}}
                                 : Map_Fill{Map_Fill::Kind::color, color_of("fill", fill)};
@@ -134,30 +139,17 @@ Map_Settings map_settings_of(const Options& options) {
     options.flag("labels", settings.labels);
     options.number("label_size", settings.label_size);
     options.color("label_color", settings.label_color);
+    options.number("halo", settings.halo);
+    options.color("halo_color", settings.halo_color);
     options.color("overlay_color", settings.overlay_color);
     return settings;
 }
 
-// A message of the library, with the name of the argument instead of that of the member.
-std::string with_argument_names(const std::string& message) {
-    static constexpr std::pair<std::string_view, const char*> names[] = {
-        {"classing.method:", "classes"}, {"classing.count:", "class_count"},
-        {"classing.breaks:", "breaks"},  {"classing.ramp:", "ramp"},
-        {"width_from:", "widths"},       {"width_to:", "widths"},
-        {"marker.size:", "marker_size"}, {"center.x:", "center"},
-        {"center.y:", "center"}};
-    for (const auto& [member, argument] : names) {
-        if (message.starts_with(member)) {
-            return argument + message.substr(member.size() - 1);
-        }
-    }
-    return message;
-}
-
-// Files beside that of the map.
+// Files beside that of the map. A font without a slash and a dot is a family.
 std::vector<Used_File> files_of(const Map_Settings& settings) {
+    const bool has_font_file = settings.font.find_first_of("/.") != std::string::npos;
     std::vector<Used_File> files;
-    for (const std::string& file : {settings.overlay, settings.font, settings.style}) {
+    for (const std::string& file : {settings.overlay, has_font_file ? settings.font : std::string(), settings.style}) {
         if (!file.empty()) {
             files.push_back({file});
         }
@@ -191,6 +183,7 @@ private:
 std::unique_ptr<Map_Object> map_of(const std::vector<std::tuple<std::string, std::string, std::string>>& inputs,
                                    const py::dict& options) {
     const Map_Settings settings = map_settings_of(Options(options));
+    const drawing::Reading reading = reading_of(Options(options));
     std::vector<Used_File> files;
     std::vector<drawing::Map_Input> sources;
     for (const auto& [name, format, text] : inputs) {
@@ -200,13 +193,7 @@ std::unique_ptr<Map_Object> map_of(const std::vector<std::tuple<std::string, std
         }
     }
     std::ranges::move(files_of(settings), std::back_inserter(files));
-    return unlocked(files, [&] {
-        try {
-            return std::make_unique<Map_Object>(drawing::Map(sources, settings));
-        } catch (const drawing::Usage_Error& error) {
-            throw drawing::Usage_Error(with_argument_names(error.what()));
-        }
-    });
+    return unlocked(files, [&] { return std::make_unique<Map_Object>(drawing::Map(sources, settings, reading)); });
 }
 
 } // namespace

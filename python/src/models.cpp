@@ -172,18 +172,6 @@ Mesh mesh_of(const Options& options) {
     return mesh;
 }
 
-drawing::Reading reading_of(const Options& options) {
-    drawing::Reading reading;
-    options.number("max_memory", reading.max_memory);
-    options.flag("outside_of_folder", reading.outside_of_folder);
-    options.number("threads", reading.threads);
-    options.flag("allow_empty", reading.accepts_no_triangles);
-    if (const py::object crease = options["crease"]; !crease.is_none()) {
-        reading.crease = Options::number_of<double>("crease", crease);
-    }
-    return reading;
-}
-
 // Keeps its model; one thread at a time draws.
 class Model_Painter {
 public:
@@ -213,6 +201,22 @@ private:
 
 } // namespace
 
+drawing::Reading reading_of(const Options& options) {
+    drawing::Reading reading;
+    options.number("max_memory", reading.max_memory);
+    options.flag("outside_of_folder", reading.outside_of_folder);
+    options.number("threads", reading.threads);
+    options.flag("allow_empty", reading.accepts_no_triangles);
+    if (const py::object crease = options["crease"]; !crease.is_none()) {
+        reading.crease = Options::number_of<double>("crease", crease);
+    }
+    if (const auto plane = options.numbers<4>("section")) {
+        reading.section = Section{{(*plane)[0], (*plane)[1], (*plane)[2]}, (*plane)[3]};
+    }
+    options.text("input_format", reading.input_format);
+    return reading;
+}
+
 drawing::Image_Settings image_settings_of(const Options& options) {
     drawing::Image_Settings settings;
     options.number("threads", settings.threads);
@@ -228,6 +232,10 @@ drawing::Image_Settings image_settings_of(const Options& options) {
     if (const auto size = options.numbers<2>("size")) {
         settings.size = {static_cast<std::int32_t>((*size)[0]), static_cast<std::int32_t>((*size)[1])};
     }
+    options.number("dpi", settings.print.dpi);
+    options.text("paper", settings.print.paper);
+    options.text("scale", settings.print.scale);
+    options.text("unit", settings.print.unit);
     return settings;
 }
 

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "drawing/files/usage_error.h"
+#include "python/src/options.h"
 #include "vorna/version.h"
 
 namespace vorna::python {
@@ -91,6 +92,16 @@ py::tuple tuple_of(const drawing::Replay_Image& image) {
     return py::make_tuple(array_of(image.colors), palette_array(image.colors.palette), array_of(image.depths), image.report);
 }
 
+// dpi: pixels per inch that files state; 0 = none.
+drawing::Image_Samples printed_samples_of(const py::array& array, const py::object& palette, double dpi) {
+    if (dpi != 0 && !(dpi >= 1 && dpi <= 10000)) {
+        refuse("dpi", "0, or 1 to 10000", py::repr(py::float_(dpi)).cast<std::string>());
+    }
+    drawing::Image_Samples image = samples_of(array, palette);
+    image.pixels_per_metre = drawing::Print_Settings{dpi, {}, {}, {}}.pixels_per_metre();
+    return image;
+}
+
 } // namespace
 
 void throw_file_error(const std::vector<Used_File>& files, const char* message) {
@@ -102,12 +113,18 @@ void throw_file_error(const std::vector<Used_File>& files, const char* message) 
 }
 
 void add_images(py::module_& module) {
-    module.def("png_of", [](const py::array& array, const py::object& palette) {
-        const drawing::Image_Samples image = samples_of(array, palette);
+    // (width, height, dpi): of the paper, or the size; see drawing::Print_Settings.
+    module.def("print_of", [](const py::dict& options) {
+        const drawing::Image_Settings settings = image_settings_of(Options(options));
+        const VT_Int_Pair size = drawing::size_of(settings);
+        return py::make_tuple(size.x, size.y, settings.print.pixels_per_inch());
+    });
+    module.def("png_of", [](const py::array& array, const py::object& palette, double dpi) {
+        const drawing::Image_Samples image = printed_samples_of(array, palette, dpi);
         return py::bytes(unlocked({}, [&] { return drawing::png_of(image); }));
     });
-    module.def("write_image", [](const std::string& file, const py::array& array, const py::object& palette) {
-        const drawing::Image_Samples image = samples_of(array, palette);
+    module.def("write_image", [](const std::string& file, const py::array& array, const py::object& palette, double dpi) {
+        const drawing::Image_Samples image = printed_samples_of(array, palette, dpi);
         unlocked({{file, true}}, [&] { drawing::write_samples(file, image); });
     });
     module.def("digest_of", [](const py::array& array) {
@@ -127,6 +144,9 @@ void add_images(py::module_& module) {
     module.def("compare_files", [](const std::string& a, const std::string& b, const py::object& tolerance) {
         const std::optional<Tolerance> allowed = tolerance_of(tolerance);
         return tuple_of(unlocked({{a}, {b}}, [&] { return drawing::compare_files(a, b, allowed); }));
+    });
+    module.def("write_document", [](const std::string& file, const std::string& text) {
+        unlocked({{file, true}}, [&] { drawing::write_document(file, text); });
     });
     module.def("replay_file", [](const std::string& file, std::uint64_t max_memory) {
         return tuple_of(unlocked({{file}}, [&] { return drawing::replay_file(file, {max_memory, {}}); }));

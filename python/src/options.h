@@ -51,7 +51,7 @@ public:
             if (!py::isinstance<py::str>(value) && !py::isinstance<py::bytes>(value)) { // bytes: of a path
                 refuse(name, "a text", py::repr(value).cast<std::string>());
             }
-            member = value.cast<std::string>();
+            member = utf8_of(name, value);
         }
     }
     template <class Color> void color(const char* name, Color& member) const {
@@ -93,7 +93,7 @@ public:
     }
     template <class Value, std::size_t count>
     static Value chosen(const char* name, const py::object& value, const Choice<Value> (&choices)[count]) {
-        const std::string text = py::isinstance<py::str>(value) ? value.cast<std::string>() : std::string();
+        const std::string text = py::isinstance<py::str>(value) ? utf8_of(name, value) : std::string();
         std::string names;
         for (const Choice<Value>& choice : choices) {
             if (text == choice.name) {
@@ -108,7 +108,9 @@ private:
     py::dict values_;
 };
 
-// size, threads, max_memory, supersample, background, smooth_lines, colors and allow_empty.
+// max_memory, outside_of_folder, threads, allow_empty, crease, section and input_format.
+drawing::Reading reading_of(const Options& options);
+// size, dpi, paper, scale, unit, threads, max_memory, supersample, background, smooth_lines, colors and allow_empty.
 drawing::Image_Settings image_settings_of(const Options& options);
 
 } // namespace vorna::python

@@ -16,6 +16,7 @@ _Axis = Literal["y", "z", "x", "-y", "-z", "-x"]
 _Shading = Literal["auto", "flat", "gouraud", "textured", "wireframe", "hidden-line"]
 _Edges = Union[bool, Literal["all", "feature"]]
 _Background = Union[None, _Color, tuple[_Color, _Color]]
+_Unit = Literal["mm", "cm", "m", "km", "in", "ft"]
 _Dashes = Union[bool, str, Sequence[float]]
 
 class _Mesh_Object(Protocol):
@@ -50,6 +51,7 @@ class Image:
     far: float
     perspective: bool
     warnings: list[str]
+    dpi: float
     report: dict[str, Any] | None
     def __init__(
         self,
@@ -62,6 +64,7 @@ class Image:
         far: float = ...,
         perspective: bool = ...,
         warnings: Sequence[str] = ...,
+        dpi: float = ...,
     ) -> None: ...
     def __array__(self, dtype: Any = ..., copy: bool | None = ...) -> npt.NDArray[Any]: ...
     @property
@@ -117,6 +120,8 @@ class Model:
         mesh: _Mesh,
         *,
         crease: float | None = ...,
+        section: Sequence[float] | None = ...,
+        input_format: str | None = ...,
         threads: int | None = ...,
         max_memory: int = ...,
         outside_of_folder: bool = ...,
@@ -133,7 +138,7 @@ class Model:
     def render(
         self,
         *,
-        size: _Size = ...,
+        size: _Size | None = ...,
         camera: Camera | _View | None = ...,
         shading: _Shading = ...,
         threads: int | None = ...,
@@ -156,13 +161,17 @@ class Model:
         smooth_lines: bool = ...,
         axes: bool = ...,
         scale_bar: bool = ...,
+        dpi: float | None = ...,
+        paper: str | None = ...,
+        scale: str | None = ...,
+        unit: _Unit | None = ...,
         max_memory: int = ...,
     ) -> Image: ...
 
 def render(
     mesh: Model | _Mesh,
     *,
-    size: _Size = ...,
+    size: _Size | None = ...,
     camera: Camera | _View | None = ...,
     shading: _Shading = ...,
     threads: int | None = ...,
@@ -185,8 +194,14 @@ def render(
     smooth_lines: bool = ...,
     axes: bool = ...,
     scale_bar: bool = ...,
+    dpi: float | None = ...,
+    paper: str | None = ...,
+    scale: str | None = ...,
+    unit: _Unit | None = ...,
     max_memory: int = ...,
     crease: float | None = ...,
+    section: Sequence[float] | None = ...,
+    input_format: str | None = ...,
 ) -> Image: ...
 
 class Map:
@@ -195,6 +210,7 @@ class Map:
         source: _Path | dict[str, Any] | list[Any],
         *,
         layer: str | None = ...,
+        layout: str | None = ...,
         filter: str | None = ...,
         bbox: Sequence[float] | None = ...,
         projection: str | None = ...,
@@ -224,8 +240,11 @@ class Map:
         marker_size: int = ...,
         labels: bool = ...,
         label_by: str | None = ...,
+        label_key: str | None = ...,
         label_size: int = ...,
         label_color: _Color | None = ...,
+        halo: float = ...,
+        halo_color: _Color | None = ...,
         font: _Path | None = ...,
         overlay: _Path | None = ...,
         overlay_color: _Color | None = ...,
@@ -234,28 +253,39 @@ class Map:
         title: str | None = ...,
         attribution: str | None = ...,
         legend: bool = ...,
+        map_scale: Literal["km", "miles"] | None = ...,
+        input_format: str | None = ...,
+        outside_of_folder: bool = ...,
     ) -> None: ...
     def render(
         self,
         *,
-        size: _Size = ...,
+        size: _Size | None = ...,
         background: _Color | None = ...,
         colors: Literal[8, 32] = ...,
         supersample: int = ...,
         smooth_lines: bool = ...,
         threads: int | None = ...,
+        dpi: float | None = ...,
+        paper: str | None = ...,
+        scale: str | None = ...,
+        unit: _Unit | None = ...,
         max_memory: int = ...,
     ) -> Image: ...
 
 def map(
     source: _Path | dict[str, Any] | list[Any],
     *,
-    size: _Size = ...,
+    size: _Size | None = ...,
     background: _Color | None = ...,
     colors: Literal[8, 32] = ...,
     supersample: int = ...,
     smooth_lines: bool = ...,
     threads: int | None = ...,
+    dpi: float | None = ...,
+    paper: str | None = ...,
+    scale: str | None = ...,
+    unit: _Unit | None = ...,
     max_memory: int = ...,
     **settings: Any,
 ) -> Image: ...

@@ -1,5 +1,7 @@
 """What several parts of the package ask of their arguments."""
 
+from . import _vorna
+
 
 def size_of(size, least_height=1, most=262144):
     """(width, height) as whole numbers."""
@@ -10,6 +12,20 @@ def size_of(size, least_height=1, most=262144):
     if not (1 <= width <= most and least_height <= height <= most):
         raise ValueError(f"size: expected sides from 1 to {most}, found {width}x{height}")
     return width, height
+
+
+def print_options(size, usual, dpi, paper, scale, unit, least_height=1):
+    """The size of an image, the options of its scale, and the pixels per inch that its files state, 0 for none. usual: its size where
+    neither size nor paper is given."""
+    if size is not None:
+        size = size_of(size, least_height)
+        if paper is not None:
+            raise ValueError(f"paper: expected no size beside it, found {size[0]}x{size[1]}")
+    if dpi is None and paper is None and scale is None and unit is None:
+        return size or usual, {}, 0.0
+    options = {"dpi": dpi, "scale": scale, "unit": unit}
+    width, height, stated = _vorna.print_of({**options, "paper": paper, "size": size or usual})
+    return (width, height), options, stated
 
 
 def background_options(background):

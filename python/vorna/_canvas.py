@@ -1,7 +1,6 @@
 """Canvases, and recordings of what is drawn on them."""
 
 import contextlib
-import gzip
 import json
 import os
 
@@ -118,15 +117,15 @@ class Recording:
         return self._text
 
     def save(self, path):
-        """Writes the document, compressed when the name ends in .gz."""
-        path = os.fspath(path)
-        data = self.text.encode()
-        with open(path, "wb") as file:
-            file.write(gzip.compress(data, mtime=0) if path.endswith(".gz") else data)
+        """Writes the document, compressed when the name ends in .gz. The file appears whole or not at all.
+
+        Raises OSError for a place where the system allows no file, and vorna.Error for other failures.
+        """
+        _vorna.write_document(os.fsencode(path), self.text.encode())
 
     def replay(self, max_memory=0):
         """See vorna.replay."""
-        return _replayed(_vorna.replay_text("recording", self.text, max_memory))
+        return _replayed(_vorna.replay_text("recording", self.text.encode(), max_memory))
 
 
 def replay(document, *, max_memory=0):

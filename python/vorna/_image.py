@@ -32,10 +32,11 @@ class Image:
 
     depth: None, or (height, width) uint16, 0 at the distance `near` from the eye, 65535 at `far` and where no face is.
     ids: None, or (height, width) int32, numbers of faces, -1 where there is none.
-    warnings: lines about what could not be drawn.
+    warnings: lines about what could not be drawn. dpi: pixels per inch of paper, which PNG, TIFF and PDF files state; 0 = none.
     """
 
-    def __init__(self, pixels, palette=None, *, depth=None, ids=None, near=0.0, far=0.0, perspective=True, warnings=()):
+    def __init__(self, pixels, palette=None, *, depth=None, ids=None, near=0.0, far=0.0, perspective=True, warnings=(),
+                 dpi=0.0):
         if pixels is not None:
             pixels = np.asarray(pixels)
             if pixels.ndim == 3 and pixels.shape[2] == 3 and pixels.dtype == np.uint8:
@@ -51,6 +52,7 @@ class Image:
         self.far = far
         self.perspective = perspective
         self.warnings = list(warnings)
+        self.dpi = dpi
         self.report = None
 
     # As an array.
@@ -113,7 +115,7 @@ class Image:
 
     def png(self):
         """The bytes of a PNG file. Raises ValueError for face numbers alone."""
-        return _vorna.png_of(self._samples(), self.palette)
+        return _vorna.png_of(self._samples(), self.palette, self.dpi)
 
     def _repr_png_(self):
         return self.png()
@@ -124,7 +126,7 @@ class Image:
         Raises ValueError for an image that the format cannot hold, OSError for a place where the system allows no file, and vorna.Error
         for other failures.
         """
-        _vorna.write_image(os.fsencode(path), self._samples(), self.palette)
+        _vorna.write_image(os.fsencode(path), self._samples(), self.palette, self.dpi)
 
     def digest(self):
         """The SHA-256 of the samples in hexadecimal digits, which `vorna render --hash` prints."""

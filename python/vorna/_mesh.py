@@ -6,7 +6,7 @@ import numpy as np
 
 from . import _vorna
 from ._image import Image, read
-from ._arrays import background_options, colors_option, size_of
+from ._arrays import background_options, colors_option, print_options
 from ._camera import options_of
 
 _PARTS = ("vertices", "faces", "normals", "colors", "uv", "texture", "lines", "points")
@@ -23,14 +23,17 @@ class Model:
     an Image or a path. lines: (k, 2), points: (k,) numbers of vertices. Arrays are copied.
 
     crease: degrees between faces that are shaded as one surface where there are no normals; None = 30, or the file's groups.
+    section: (x, y, z, offset), a plane that cuts the model open: what lies where x*X + y*Y + z*Z > offset is removed, and numbers of
+    faces stay those of arrays. input_format: of files, as a suffix: obj, ply, gltf and so on; None = as their names or contents say.
     threads: None = as many as there are processors. max_memory: bytes that reading may take; 0 = as the command.
 
     Raises ValueError for wrong input and FileNotFoundError for a missing file.
     """
 
-    def __init__(self, mesh, *, crease=None, threads=None, max_memory=0, outside_of_folder=False, allow_empty=False):
-        options = {"crease": crease, "threads": threads, "max_memory": max_memory, "outside_of_folder": outside_of_folder,
-                   "allow_empty": allow_empty}
+    def __init__(self, mesh, *, crease=None, section=None, input_format=None, threads=None, max_memory=0, outside_of_folder=False,
+                 allow_empty=False):
+        options = {"crease": crease, "section": section, "input_format": input_format, "threads": threads,
+                   "max_memory": max_memory, "outside_of_folder": outside_of_folder, "allow_empty": allow_empty}
         meshes = mesh if isinstance(mesh, list) else [mesh]
         files = [os.fsencode(part) for part in meshes if isinstance(part, (str, os.PathLike))]
         if files and len(files) != len(meshes):
@@ -51,27 +54,28 @@ class Model:
     point_count = property(lambda self: self._model.point_count, doc="Points.")
     warnings = property(lambda self: self._model.warnings, doc="What could not be read, a line each.")
 
-    def render(self, *, size=(1280, 960), camera=None, shading="auto", threads=None, pixels=True, depth=False, ids=False,
+    def render(self, *, size=None, camera=None, shading="auto", threads=None, pixels=True, depth=False, ids=False,
                background="white", colors=32, color=None, edges=False, edge_color=None, line_width=1, point_size=0, cull=False,
                tint="lit", light=(-0.5, 0.65, 0.7), specular=1.0, look="plain", supersample=0, smooth_lines=False, axes=False,
-               scale_bar=False, max_memory=1 << 30):
+               scale_bar=False, dpi=None, paper=None, scale=None, unit=None, max_memory=1 << 30):
         """An Image of the model; the arguments are those of vorna.render."""
+        size, scale_options, stated = print_options(size, (1280, 960), dpi, paper, scale, unit)
         style = {"shading": shading, "threads": threads, "color": color, "edges": edges, "edge_color": edge_color,
                  "line_width": line_width, "point_size": point_size, "cull": cull, "tint": tint, "light": _numbers_of(light),
                  "specular": specular, "look": look, "supersample": supersample, "smooth_lines": smooth_lines, "axes": axes,
                  "scale_bar": scale_bar, "max_memory": max_memory, "indexed": colors_option(colors),
-                 **background_options(background)}
+                 **background_options(background), **scale_options}
         key = repr(style)
         last, painter = self._painted
         if key != last:
             painter = _vorna.Model_Painter(self._model, style)
             self._painted = (key, painter)
         view = options_of(camera, self._model.up_axis)
-        drawn, palette, depths, faces, near, far = painter.draw(view, size_of(size), pixels, depth, ids)
+        drawn, palette, depths, faces, near, far = painter.draw(view, size, pixels, depth, ids)
         if faces is not None and self._quads is not None:
             faces = self._quads[faces]
         return Image(drawn, palette, depth=depths, ids=faces, near=near, far=far, perspective=not view.get("orthographic"),
-                     warnings=self.warnings + painter.warnings)
+                     warnings=self.warnings + painter.warnings, dpi=stated)
 
 
 def _numbers_of(values):

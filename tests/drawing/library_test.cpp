@@ -181,13 +181,13 @@ TEST_F(Drawing_Library, refuses_settings_outside_of_their_ranges) {
     };
     refused_map("bbox: expected", [=](map::Map_Settings& s) { s.bbox = map::Extent{0, 0, nan, 1}; });
     refused_map("bbox: expected", [](map::Map_Settings& s) { s.bbox = map::Extent{0, 1, 1, 0}; });
-    refused_map("center.y: expected -90 to 90", [](map::Map_Settings& s) { s.center = map::Position{0, 91}; });
+    refused_map("center: expected -90 to 90", [](map::Map_Settings& s) { s.center = map::Position{0, 91}; });
     refused_map("opacity: expected 0 to 1", [=](map::Map_Settings& s) { s.opacity = nan; });
     refused_map("graticule: expected 0.1 to 90", [](map::Map_Settings& s) { s.graticule = 1e-9; });
     refused_map("border: expected lengths", [](map::Map_Settings& s) { s.border = map::Dashes{3}; });
     refused_map("outline: expected lengths", [](map::Map_Settings& s) { s.outline = map::Dashes{3, 0}; });
     refused_map("border_width: expected 1 to 1000", [](map::Map_Settings& s) { s.border_width = 0; });
-    refused_map("marker.size: expected", [](map::Map_Settings& s) { s.marker.size = INT32_MAX; });
+    refused_map("marker_size: expected", [](map::Map_Settings& s) { s.marker.size = INT32_MAX; });
     refused_map("label_size: expected", [](map::Map_Settings& s) { s.label_size = 3; });
     const Map map("land", "json", land);
     EXPECT_THAT(

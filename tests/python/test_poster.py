@@ -47,9 +47,44 @@ def test_what_fails_is_told_and_what_is_there_is_kept(drawn, monkeypatch):
     os.rmdir("poster.part-3.png")
     there = len(os.listdir())
     drawn_parts = []
-    monkeypatch.setattr(vorna._poster, "_run", lambda words, run=vorna._poster._run: drawn_parts.append(words) or run(words))
+    run = vorna._poster._Processes.run
+    monkeypatch.setattr(vorna._poster._Processes, "run", lambda own, words: drawn_parts.append(words) or run(own, words))
     assert poster(file, workers=1) == digest
     assert there > 0 and sum(any(word.startswith("--tile=") for word in words) for words in drawn_parts) == 6 - there
+
+
+@pytest.mark.parametrize("stage", ["poster.part", "poster.png"])
+def test_an_interrupt_leaves_no_unfinished_file(drawn, stage):
+    file, _, _ = drawn
+    settings = {"size": (8000, 6000), "workers": 1, "parts": 2, "options": ["--supersample=1"]}
+
+    def interrupt():
+        # An unfinished file of a part, or of the image, has a longer name than the file.
+        while not any(stage in name and not name.endswith(".png") for name in os.listdir()) and not has_ended:
+            time.sleep(0.001)
+        signal.pthread_kill(threading.main_thread().ident, signal.SIGINT)
+
+    has_ended = []
+    timer = threading.Thread(target=interrupt)
+    timer.start()
+    try:
+        with pytest.raises(KeyboardInterrupt):
+            poster(file, **settings)
+            has_ended.append(True)
+            timer.join()
+    finally:
+        timer.join()
+    assert not has_ended, "the interrupt came too late"
+    left = set(os.listdir())
+    assert left <= {"poster.part-0.png", "poster.part-1.png"} and len(left) == (2 if stage == "poster.png" else 0)
+    digest = poster(file, **settings)
+    assert len(digest) == 64 and os.listdir() == ["poster.png"]
+
+
+def test_posters_are_files(drawn):
+    for path in ("-", b"-"):
+        with pytest.raises(ValueError, match="path: expected a file, found - for standard output"):
+            vorna.poster(drawn[0], path, size=SIZE, parts=2, command=os.environ["VORNA_COMMAND"])
 
 
 @pytest.mark.filterwarnings("ignore")

@@ -65,6 +65,16 @@ TEST_F(Report, keeps_the_bounds_that_options_set) {
     EXPECT_THAT(read_file(page), HasSubstr("Histories of pixels are not recorded: "));
 }
 
+TEST_F(Report, frames_of_calls_lie_in_the_image_that_is_shown) {
+    const std::string cut = R"({"picture": 1, "window": {"width": 40, "height": 30}, "output": [10, 29, 5, 24], "calls": [
+        {"call": "draw_window", "rectangle": [0, 39, 0, 29], "color": [10, 20, 30]},
+        {"call": "draw_window", "rectangle": [0, 14, 20, 29], "color": [200, 0, 0]},
+        {"call": "draw_window", "rectangle": [0, 5, 0, 3], "color": [0, 90, 0]}]})";
+    ASSERT_EQ(reported({}, cut).status, 0);
+    // Columns and rows of the image, widths and heights; the last call lies outside.
+    EXPECT_THAT(read_file(page), HasSubstr("\"bounds\":[0,0,20,20,0,0,5,5,0,0,0,0]"));
+}
+
 TEST_F(Report, refuses_what_replays_and_histories_refuse) {
     const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
         {{"--pixel", "5"}, "--pixel: expected X,Y"},

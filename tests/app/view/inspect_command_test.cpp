@@ -1,12 +1,16 @@
 // vorna inspect as a user runs it, without a display: where mouse and keys lead, and what the window shows there.
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "app/view/text_panel.h"
 #include "tests/support/command_line.h"
 #include "tests/support/png_pixels.h"
 
@@ -222,6 +226,47 @@ TEST_F(Inspect_Command, says_in_one_line_what_is_wrong) {
     const Outcome outcome = inspect("");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.errors, "vorna: inspect: no display to open a window on: neither DISPLAY nor WAYLAND_DISPLAY is set\n");
+}
+
+// Whether the image has the line of text somewhere at its left side.
+bool has_text(const Png_Pixels& image, const std::string& line) {
+    const auto panel = text_panel({line}, 1);
+    const auto is_lit = [](VT_RGB32 color) { return color.red != panel_background.red; };
+    const auto row_at = [&](std::int32_t y) { return reinterpret_cast<const VT_RGB32*>(panel->row(y)); };
+    std::vector<VT_Int_Pair> lit;
+    for (std::int32_t y = 0; y < panel->height(); ++y) {
+        for (std::int32_t x = 0; x < panel->width(); ++x) {
+            if (is_lit(row_at(y)[x])) {
+                lit.push_back({x, y});
+            }
+        }
+    }
+    for (std::uint32_t top = 0; top + static_cast<std::uint32_t>(panel->height()) <= image.height; ++top) {
+        const auto is_in_image = [&](VT_Int_Pair at) {
+            const std::size_t pixel = (top + static_cast<std::size_t>(at.y)) * image.width + static_cast<std::size_t>(at.x);
+            return image.bytes[4 * pixel] == row_at(at.y)[at.x].red;
+        };
+        if (std::ranges::all_of(lit, is_in_image)) {
+            return !lit.empty();
+        }
+    }
+    return false;
+}
+
+TEST_F(Inspect_Command, tells_of_changes_in_the_image_that_is_shown) {
+    const std::string cut = folder.file("cut.json", R"({"picture": 1, "window": {"width": 40, "height": 30},
+        "output": [10, 29, 5, 24], "calls": [
+        {"call": "draw_window", "rectangle": [0, 39, 0, 29], "color": [10, 20, 30]},
+        {"call": "draw_window", "rectangle": [0, 14, 20, 29], "color": [200, 0, 0]},
+        {"call": "draw_window", "rectangle": [0, 5, 0, 3], "color": [0, 90, 0]}]})");
+    const Outcome outcome = replay_tests::run_vorna({"inspect", cut, "--size", "500x150", "--screenshots", folder.file(""),
+                                                     "--script", folder.file("script", "key c\nkey Left\nkey c\nkey q\n")});
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    const Png_Pixels last = replay_tests::read_colors(folder.file("cut-001.png")),
+                     second = replay_tests::read_colors(folder.file("cut-002.png"));
+    EXPECT_TRUE(has_text(last, "changed 24 colours and 0 depths, none of them in the image"));
+    EXPECT_TRUE(has_text(second, "changed 150 colours and 0 depths in columns 0 to 4, rows 0 to 4"));
+    EXPECT_FALSE(has_text(second, "changed 150 colours and 0 depths in columns 0 to 4, rows 0 to 5"));
 }
 
 // A recording without calls, and one whose window changes.

@@ -195,14 +195,16 @@ TEST_F(Gdal_Maps, of_all_formats_hold_the_same_shapes) {
 TEST_F(Gdal_Maps, are_described) {
     Load_Limits limits;
     const std::string way = folder.file("way.gpx", gpx);
-    const auto facts = json_facts_of(open_input(way, "", limits), limits);
+    const auto facts = layer_summaries_of(open_input(way, "", limits), limits);
     ASSERT_EQ(facts.size(), 3U); // waypoints, routes, tracks
-    EXPECT_EQ(facts[0]["name"], "waypoints");
-    EXPECT_EQ(facts[2]["lines"], 1);
-    EXPECT_THAT(text_of_facts(facts), HasSubstr("  layer tracks: 1 shapes, 0 faces, 1 lines, 0 points\n"));
+    EXPECT_EQ(facts[0].facts.name, "waypoints");
+    EXPECT_EQ(facts[2].lines, 1U);
+    EXPECT_THAT(text_of(facts), HasSubstr("  layer tracks: 1 shapes, 0 faces, 1 lines, 0 points\n"));
     const std::string topology = folder.file("t.json", R"({"type":"Topology","arcs":[],"objects":{
         "a":{"type":"Point","coordinates":[1,2],"properties":{"n":1,"t":"x"}},"b":{"type":"Point","coordinates":[3,4]}}})");
-    const auto layers = json_facts_of(open_input(topology, "", limits), limits);
+    Json_Text text(false);
+    add_layers(text, layer_summaries_of(open_input(topology, "", limits), limits));
+    const auto layers = nlohmann::json::parse(text.take());
     ASSERT_EQ(layers.size(), 2U);
     EXPECT_EQ(layers[0]["fields"].dump(), R"([{"name":"n","type":"number"},{"name":"t","type":"text"}])");
     EXPECT_EQ(layers[1]["extent"].dump(), "[3.0,4.0,3.0,4.0]");
