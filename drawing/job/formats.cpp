@@ -28,7 +28,7 @@
 namespace vorna::drawing {
 namespace {
 
-constexpr std::size_t largest_input = std::size_t{1} << 32;
+constexpr std::uint64_t largest_input = std::uint64_t{1} << 32;
 constexpr std::string_view blanks = " \t\r\n";
 
 // The name's suffix in lower case without its dot.

@@ -109,7 +109,7 @@ private:
     void put(std::uint8_t value) { out_.value(std::int64_t{value}); }
     void put(std::int32_t value) { out_.value(std::int64_t{value}); }
     void put(std::uint32_t value) { out_.value(std::int64_t{value}); }
-    void put(std::size_t value) { out_.value(static_cast<std::int64_t>(value)); }
+    void put(std::uint64_t value) { out_.value(static_cast<std::int64_t>(value)); }
     void put(double value) { out_.value(finite(value)); }
     void put(float value) { out_.value(finite(value)); }
     void put(const char*) = delete; // would be a bool

@@ -17,7 +17,7 @@ void Depth_Blocks::raise(std::int64_t first_column, std::int64_t last_column, st
     const std::int64_t end = std::min<std::int64_t>((last_column >> block_column_bits) + 1, in_row_);
     const std::int64_t end_row = std::min<std::int64_t>((last_row >> block_row_bits) + 1, rows_);
     for (std::int64_t row = std::max<std::int64_t>(first_row >> block_row_bits, 0); first < end && row < end_row; ++row) {
-        std::fill_n(entries_.begin() + (row * in_row_ + first), end - first, farthest_depth);
+        std::fill_n(&entries_[static_cast<std::size_t>(row * in_row_ + first)], end - first, farthest_depth);
     }
 }
 
