@@ -1,5 +1,6 @@
 // The page: files become images, which are turned, stepped through and saved. Nothing leaves the machine.
-import {hash, open, openRecording} from "./vorna/index.js";
+import {open} from "./vorna/index.js";
+import {hash, openRecording} from "./vorna/replay.js"; // the smaller module
 import {Orbit} from "./camera.js";
 
 const at = (id) => document.getElementById(id);

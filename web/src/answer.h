@@ -1,10 +1,9 @@
-// What the module's functions give to JavaScript. Each takes numbers and addresses and returns the address of one Answer, which the
-// next call overwrites. JavaScript reads its members as 32-bit integers in this order (web/package/module.js).
+// What the module's functions give to JavaScript. Each takes numbers and addresses and returns the address of one Answer, which
+// the next call overwrites. JavaScript reads its members as 32-bit integers in this order (web/package/module.js).
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <emscripten/em_macros.h>
 #include <exception>
 #include <memory>
 #include <new>
@@ -12,6 +11,8 @@
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include <emscripten/em_macros.h>
 
 #include "drawing/files/usage_error.h"
 #include "drawing/image_samples.h"
@@ -70,8 +71,12 @@ public:
 
 private:
     static Plane plane_of(const drawing::Image_Samples& samples) {
-        return {samples.bytes ? static_cast<std::int32_t>(samples.kind) : -1, samples.width, samples.height, samples.bytes.get(),
-                samples.palette.data(), static_cast<std::int32_t>(samples.palette.size())};
+        return {samples.bytes ? static_cast<std::int32_t>(samples.kind) : -1,
+                samples.width,
+                samples.height,
+                samples.bytes.get(),
+                samples.palette.data(),
+                static_cast<std::int32_t>(samples.palette.size())};
     }
     void fail(std::int32_t status, const char* message) {
         answer.status = status;
@@ -95,7 +100,8 @@ public:
         return static_cast<std::int32_t>(objects_.size());
     }
     Object& operator[](std::int32_t handle) {
-        if (handle < 1 || handle > static_cast<std::int32_t>(objects_.size()) || !objects_[static_cast<std::size_t>(handle) - 1]) {
+        if (handle < 1 || handle > static_cast<std::int32_t>(objects_.size()) ||
+            !objects_[static_cast<std::size_t>(handle) - 1]) {
             throw drawing::Usage_Error("the object has been closed");
         }
         return *objects_[static_cast<std::size_t>(handle) - 1];

@@ -21,9 +21,12 @@ constexpr Choice<Map_Fill::Kind> fills[] = {{"auto", Map_Fill::Kind::automatic},
 
 // A name, lengths of dashes and gaps, or false for no line.
 void take_dashes(Options& options, const char* name, std::optional<Dashes>& member) {
-    static const std::vector<std::pair<const char*, Dashes>> styles{
-        {"solid", {}},           {"dashed", {6, 4}},  {"dotted", {0, 3}}, {"dash-dot", {8, 3, 0, 3}}, {"dash-dot-dot", {8, 3, 0, 3, 0, 3}},
-        {"long-dashed", {14, 5}}};
+    static const std::vector<std::pair<const char*, Dashes>> styles{{"solid", {}},
+                                                                    {"dashed", {6, 4}},
+                                                                    {"dotted", {0, 3}},
+                                                                    {"dash-dot", {8, 3, 0, 3}},
+                                                                    {"dash-dot-dot", {8, 3, 0, 3, 0, 3}},
+                                                                    {"long-dashed", {14, 5}}};
     const json* const value = options.find(name);
     if (!value) {
         return;
@@ -103,10 +106,9 @@ VORNA_WEB_FUNCTION const Answer* vorna_draw_map(const char* request, std::size_t
         drawing::Reading reading;
         reading.threads = 1;
         const drawing::Map map("/files/" + file, map_settings, reading);
-        all.text = json(map.warnings()).dump();
+        all.text = text_of(map.warnings());
         const drawing::Image image = drawing::make_image(map, settings);
-        drawing::Image_Samples samples =
-            drawing::make_samples(drawing::Image_Samples::Kind::colors, image.width, image.height);
+        drawing::Image_Samples samples = drawing::make_samples(drawing::Image_Samples::Kind::colors, image.width, image.height);
         drawing::exchange_red_and_blue(reinterpret_cast<const std::uint8_t*>(image.pixels.data()), image.pixels.size(),
                                        samples.bytes.get());
         all.set_planes(std::move(samples));

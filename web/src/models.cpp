@@ -24,7 +24,7 @@ constexpr Choice<Edge_Choice> edge_choices[] = {{"all", Edge_Choice::all}, {"fea
 constexpr Choice<bool> looks[] = {{"plain", false}, {"studio", true}};
 constexpr Choice<View> views[] = {{"iso", View::iso},     {"front", View::front}, {"back", View::back},    {"left", View::left},
                                   {"right", View::right}, {"top", View::top},     {"bottom", View::bottom}};
-constexpr Choice<Up_Axis> up_axes[] = {{"y", Up_Axis::y},        {"z", Up_Axis::z},         {"x", Up_Axis::x},
+constexpr Choice<Up_Axis> up_axes[] = {{"y", Up_Axis::y},        {"z", Up_Axis::z},        {"x", Up_Axis::x},
                                        {"-y", Up_Axis::minus_y}, {"-z", Up_Axis::minus_z}, {"-x", Up_Axis::minus_x}};
 
 VT_Vector_D vector_of(const std::array<double, 3>& numbers) {
@@ -133,14 +133,13 @@ const char* up_name(Up_Axis up) {
 void describe(Answers& all, std::int32_t handle) {
     const Model& model = *scenes[handle].model;
     all.answer.handle = handle;
-    all.text = json{{"triangles", model.triangle_count()},
-                    {"lines", model.line_count()},
-                    {"points", model.point_count()},
-                    {"center", {model.center().x, model.center().y, model.center().z}},
-                    {"radius", model.radius()},
-                    {"up", up_name(model.up_axis())},
-                    {"warnings", model.warnings()}}
-                   .dump();
+    all.text = text_of({{"triangles", model.triangle_count()},
+                        {"lines", model.line_count()},
+                        {"points", model.point_count()},
+                        {"center", {model.center().x, model.center().y, model.center().z}},
+                        {"radius", model.radius()},
+                        {"up", up_name(model.up_axis())},
+                        {"warnings", model.warnings()}});
 }
 
 // Options without those of the camera, which are read first.
@@ -180,7 +179,8 @@ VORNA_WEB_FUNCTION const Answer* vorna_add_file(const char* name, std::size_t na
 }
 
 VORNA_WEB_FUNCTION const Answer* vorna_remove_files(const char* folder, std::size_t size) {
-    return answers.of([&](Answers&) { std::filesystem::remove_all(std::filesystem::path("/files") / std::string(folder, size)); });
+    return answers.of(
+        [&](Answers&) { std::filesystem::remove_all(std::filesystem::path("/files") / std::string(folder, size)); });
 }
 
 // Options: file, and crease. The text of the answer: in JSON what there is to draw.
@@ -200,7 +200,8 @@ VORNA_WEB_FUNCTION const Answer* vorna_open_model(const char* request, std::size
 }
 
 VORNA_WEB_FUNCTION const Answer* vorna_open_mesh(const char* request, std::size_t size) {
-    return answers.of([&](Answers& all) { describe(all, scenes.add(Scene(Model(mesh_at(json::parse(text_at(request, size))))))); });
+    return answers.of(
+        [&](Answers& all) { describe(all, scenes.add(Scene(Model(mesh_at(json::parse(text_at(request, size))))))); });
 }
 
 // keeps: whether what does not depend on the camera is kept for the next image; the first one takes more memory and time then.
@@ -215,7 +216,7 @@ VORNA_WEB_FUNCTION const Answer* vorna_draw_model(std::int32_t handle, const cha
             scene.drawn_with = text_without_camera(values);
         }
         all.set_planes(scene.images->draw(drawn.view.camera, drawn.settings.size).colors);
-        all.text = json(scene.images->warnings()).dump();
+        all.text = text_of(scene.images->warnings());
         if (!keeps) {
             scene.images.reset();
         }

@@ -17,6 +17,11 @@ namespace vorna::web {
 
 using nlohmann::json;
 
+// Texts of files may be invalid UTF-8.
+inline std::string text_of(const json& value) {
+    return value.dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
 template <class Value> struct Choice {
     const char* name;
     Value value;
@@ -61,7 +66,8 @@ public:
             member = color_of(name, *value);
         }
     }
-    template <class Value, std::size_t count> void choice(const char* name, Value& member, const Choice<Value> (&choices)[count]) {
+    template <class Value, std::size_t count>
+    void choice(const char* name, Value& member, const Choice<Value> (&choices)[count]) {
         if (const json* const value = find(name)) {
             member = chosen(name, *value, choices);
         }
