@@ -190,12 +190,12 @@ TEST_F(Render_Plan, parts_know_the_files_that_they_were_drawn_from) {
     const auto is_done = [&](const Words& words) { return plan(words, 1).at("parts")[0].at("done").get<bool>(); };
     std::filesystem::create_directories(folder.file("a"));
     const std::string red = folder.file("a/colors", "#ff0000\n#ffffff\n"), blue = folder.file("colors", "#0000ff\n#ffffff\n");
-    const std::string map = folder.file("map.json");
-    draw(plan({map, "--palette", red}, 1));
-    EXPECT_TRUE(is_done({map, "--palette", red}));
-    EXPECT_TRUE(is_done({map, "--palette", folder.file("./a/../a/colors")}));
-    EXPECT_TRUE(is_done({folder.file("a/../map.json"), "--palette", folder.file("copy", "#ff0000\n#ffffff\n")}));
-    EXPECT_FALSE(is_done({map, "--palette", blue}));
+    const std::string ball = folder.file("ball.obj");
+    draw(plan({ball, "--palette", red}, 1));
+    EXPECT_TRUE(is_done({ball, "--palette", red}));
+    EXPECT_TRUE(is_done({ball, "--palette", folder.file("./a/../a/colors")}));
+    EXPECT_TRUE(is_done({folder.file("a/../ball.obj"), "--palette", folder.file("copy", "#ff0000\n#ffffff\n")}));
+    EXPECT_FALSE(is_done({ball, "--palette", blue}));
     // Two textures with the same name are exchanged.
     std::filesystem::create_directories(folder.file("b"));
     const std::string dark = folder.file("a/paint.ppm", "P6 1 1 255\n   "), light = folder.file("b/paint.ppm", "P6 1 1 255\n~~~");

@@ -167,7 +167,7 @@ TEST_F(Tiles_Command, parts_join_to_the_files_of_one_run) {
         const std::string whole = folder.file(std::string("whole-") + output),
                           joined = folder.file(std::string("joined-") + output);
         const auto tiles = [&](const std::string& name, std::vector<std::string> more) {
-            more.insert(more.begin(), {"tiles", folder.file("map.json", shapes), "-o", name, "--zoom", "0-5", "--graticule"});
+            more.insert(more.begin(), {"tiles", folder.file("map.json", shapes), "-o", name, "--zoom", "0-5", "--water", "blue"});
             return run_vorna(more);
         };
         ASSERT_EQ(tiles(whole, {}).status, 0);
