@@ -8,6 +8,7 @@
 
 #include "app/check/random.h"
 #include "drawing/image/image_file.h"
+#include "drawing/recording/document.h"
 #include "drawing/recording/recording_reader.h"
 #include "drawing/recording/replay.h"
 
@@ -121,13 +122,10 @@ TEST(Replay_Threads, draw_recordings_as_one_thread_does) {
 
 TEST(Replay_Threads, draw_what_was_kept_before_a_call_that_is_refused) {
     Recording recording = random_recording(5, 60000);
-    std::get<Points<VT_DCI_Point>>(recording.calls
-                                       .emplace_back(read_recording(R"({"picture": 1, "calls": [
-        {"call": "draw_dci_polyline", "points": [[0, 0, 0], [9, 9, 0]]}]})")
-                                                         .calls[0])
-                                       .arguments)
-        .points[1]
-        .x = side;
+    const Recording line = read_recording(R"({"picture": 1, "calls": [
+        {"call": "draw_dci_polyline", "points": [[0, 0, 0], [9, 9, 0]]}]})");
+    Call& last = recording.calls.emplace_back(line.calls[0]);
+    std::get<Points<VT_DCI_Point>>(last.arguments).points[1].x = side;
     std::string left[2];
     for (const unsigned threads : {1U, 2U}) {
         Session session({KRB_MODULE, ""}, threads);
