@@ -120,19 +120,4 @@ TEST(Replay_Threads, draw_recordings_as_one_thread_does) {
     }
 }
 
-TEST(Replay_Threads, draw_what_was_kept_before_a_call_that_is_refused) {
-    Recording recording = random_recording(5, 60000);
-    const Recording line = read_recording(R"({"picture": 1, "calls": [
-        {"call": "draw_dci_polyline", "points": [[0, 0, 0], [9, 9, 0]]}]})");
-    Call& last = recording.calls.emplace_back(line.calls[0]);
-    std::get<Points<VT_DCI_Point>>(last.arguments).points[1].x = side;
-    std::string left[2];
-    for (const unsigned threads : {1U, 2U}) {
-        Session session({KRB_MODULE, ""}, threads);
-        EXPECT_THROW(replay(recording, session, {.reports_standard = false}), Recording_Error);
-        left[threads - 1] = raw_bytes_of(raster_of(session.color_buffer()));
-    }
-    EXPECT_TRUE(left[0] == left[1]);
-}
-
 } // namespace
