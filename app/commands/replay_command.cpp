@@ -110,7 +110,7 @@ void print_drawn(const Replay_Arguments& arguments, const drawing::recording::Re
 
 // Draws the recording and writes all files.
 void draw(const Replay_Arguments& arguments, const drawing::Module_Choice& module, const drawing::recording::Recording& recording,
-          const drawing::recording::Replay_Settings& settings, drawing::Output_Files& files) {
+          const drawing::recording::Replay_Settings& settings, drawing::Load_Limits& limits, drawing::Output_Files& files) {
     drawing::Session session(module, arguments.threads);
     std::optional<drawing::recording::Recorder> recorder;
     std::optional<drawing::recording::Change_Counter> counter;
@@ -124,7 +124,7 @@ void draw(const Replay_Arguments& arguments, const drawing::Module_Choice& modul
         counter.emplace(recording, session);
     }
     if (!arguments.trace.empty()) {
-        trace.emplace(recording, session.canvas(), arguments.threads);
+        trace.emplace(recording, session.canvas(), arguments.threads, limits, drawing::name_of_input(arguments.recording));
     }
     if (!arguments.every_call.empty()) {
         every_call.emplace(arguments.every_call, recording, settings, session);
@@ -206,7 +206,7 @@ void replay(const Replay_Arguments& arguments, const drawing::Module_Choice& mod
             return;
         }
     }
-    draw(arguments, module, recording, settings, files);
+    draw(arguments, module, recording, settings, limits, files);
 }
 
 void run(const Replay_Arguments& arguments, const drawing::Module_Choice& module) {

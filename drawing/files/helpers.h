@@ -7,12 +7,14 @@
 #include <condition_variable>
 #include <cstddef>
 #include <exception>
+#include <functional>
 #include <mutex>
 #include <system_error>
 #include <thread>
 #include <vector>
 
 #include "drawing/files/interruption.h"
+#include "drawing/files/thread_pool.h"
 
 namespace vorna::drawing {
 
@@ -48,9 +50,15 @@ inline unsigned threads_worth(double nanoseconds, unsigned threads) {
     return static_cast<unsigned>(std::clamp(nanoseconds / (least_gain * thread_cost()), 1.0, static_cast<double>(threads)));
 }
 
-// Calls work(i) for every i below count, 0 in this thread and the others in threads of their own, and returns when all have
-// returned. Where the system gives no more threads those of the first ones do without the rest: work must be shared as it comes.
+// Calls work(i) for every i below count, 0 in this thread and the others in threads of the pool in use or, without one, of their
+// own, and returns when all calls have returned. Calls are left out where the system gives no more threads, and where a thread
+// of the pool comes when the call of this thread has returned: each call must do all that it finds to do. Only the call of this
+// thread may throw.
 template <class Work> void run_on_threads(std::size_t count, const Work& work) {
+    if (Thread_Pool* const pool = count > 1 ? Thread_Pool::in_use() : nullptr) {
+        pool->run(count, std::cref(work));
+        return;
+    }
     std::vector<std::jthread> others;
     try {
         for (std::size_t i = 1; i < count; ++i) {

@@ -33,6 +33,7 @@ void Frame_Drawer::draw(const Drawing& drawing, const Tile_Grid& grid, const Bac
         renderer_of(thread);
     }
     const std::vector<std::size_t> order = model::tiles_from_middle(grid);
+    const Thread_Pool::Use use(&pool_);
     share_tasks(order.size(), threads_used_, [&](std::size_t task, std::size_t thread) {
         const std::size_t tile = order[task];
         Tile_Renderer& renderer = *renderers_[thread];

@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "drawing/files/thread_pool.h"
 #include "drawing/job/drawing.h"
 
 namespace vorna::drawing {
@@ -34,6 +35,7 @@ private:
     const unsigned threads_;
     std::vector<std::unique_ptr<Tile_Renderer>> renderers_; // by thread
     unsigned threads_used_ = 1;
+    Thread_Pool pool_;
 };
 
 } // namespace vorna::drawing

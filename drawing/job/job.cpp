@@ -207,6 +207,7 @@ void Job::refuse_blank() {
 }
 
 void Job::draw_all_tiles(const std::function<void(Worker&, std::size_t)>& take) {
+    const Thread_Pool::Use use(&pool_);
     add_workers(plan_.threads);
     prepare(0);
     const std::vector<std::size_t> order = model::tiles_from_middle(plan_.grid);

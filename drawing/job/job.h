@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "drawing/files/thread_pool.h"
 #include "drawing/image/background.h"
 #include "drawing/image/blank_check.h"
 #include "drawing/image/image.h"
@@ -138,6 +139,7 @@ private:
     std::uint64_t other_memory_ = 0;
     unsigned frames_at_once_ = 1;
     Job_Times times_;
+    Thread_Pool pool_;
 };
 
 } // namespace vorna::drawing

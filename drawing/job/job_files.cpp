@@ -179,6 +179,7 @@ void Job::write_frames(Job_Result& result) {
 }
 
 Job_Result Job::write_files() {
+    const Thread_Pool::Use use(&pool_);
     check_files();
     Job_Result result;
     if (settings_.is_numbered) {

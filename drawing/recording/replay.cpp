@@ -57,7 +57,7 @@ public:
     void begin();
     void make(std::size_t call);
     void draw_as(std::size_t call, const Arguments& arguments, const VT_Reference<VT_Rendition>& rendition);
-    VT_Reference<VT_Rendition> rendition_of(std::size_t call);
+    const VT_Reference<VT_Rendition>& rendition_of(std::size_t call);
     void drop_report() noexcept { report_ = {}; }
     Report end();
 
@@ -165,9 +165,10 @@ public:
 
     VT_Renderer_Data& renderer() noexcept { return renderer_; }
     Recorder* recorder() const noexcept { return session_.recorder(); }
-    // The call that is being drawn, and its rendition.
+    // The call that is being drawn, and its rendition: not counted, because counting is a locked instruction, which waits until
+    // the processor has stored the pixels of the call before.
     const Call& call() const noexcept { return recording_.calls[call_]; }
-    VT_Reference<VT_Rendition> rendition() { return other_rendition_ ? other_rendition_ : rendition_of(call_); }
+    const VT_Rendition& rendition() { return other_rendition_ ? *other_rendition_ : *rendition_of(call_); }
 
 private:
     template <class Element> static std::int32_t count_of(const std::vector<Element>& list) {
@@ -205,12 +206,12 @@ template <auto& Draw, auto Slot> void draw_call(Replay& replay, const Arguments&
     const bool standard = replay.call().standard;
     if (Recorder* const recorder = replay.recorder()) {
         recorder->set_standard(standard);
-        replay.draw<Draw>(*replay.rendition(), typed);
+        replay.draw<Draw>(replay.rendition(), typed);
         recorder->set_standard(false);
         return;
     }
     const Emptied_Slot emptied((replay.renderer().actions.*Slot).enabled, standard);
-    replay.draw<Draw>(*replay.rendition(), typed);
+    replay.draw<Draw>(replay.rendition(), typed);
 }
 
 template <class Type> void run_call(Replay& replay, const Arguments& arguments) {
@@ -263,7 +264,7 @@ void Replay::draw_as(std::size_t call, const Arguments& arguments, const VT_Refe
     other_rendition_ = nullptr;
 }
 
-VT_Reference<VT_Rendition> Replay::rendition_of(std::size_t call) {
+const VT_Reference<VT_Rendition>& Replay::rendition_of(std::size_t call) {
     const Rendition* own = recording_.calls[call].rendition.get();
     VT_Reference<VT_Rendition>& made = made_[own];
     if (!made) {

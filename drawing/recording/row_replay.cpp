@@ -34,7 +34,6 @@ Row_Replay::Row_Replay(const Recording& recording, const Module_Choice& module, 
     VT_Renderer_Data& renderer = session_.renderer();
     renderer.buffer_creation = sparse_buffer_creation();
     renderer.requested_table.add(VT_Option(scissor_rows, 0, VT_Pointer(nullptr)));
-    renderer.requested_table.add(VT_Option("Depth Blocks", 0, false)); // depths are set by others than the renderer
 }
 
 void Row_Replay::begin() {
@@ -50,6 +49,7 @@ void Row_Replay::make(std::size_t call) {
 }
 
 void Row_Replay::adopt_buffers() {
+    session_.forbid_depth_blocks(); // set() sets depths
     color_ = &session_.color_buffer();
     depth_ = session_.has_depth_buffer() ? &session_.canvas().depth_buffer() : nullptr;
     const VT_Option* const option = session_.renderer().current_table.find(scissor_rows);

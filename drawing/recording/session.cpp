@@ -28,6 +28,8 @@ std::string kernels_message(const Module_Choice& choice, std::string message) {
                : message;
 }
 
+constexpr const char* depth_blocks = "Depth Blocks";
+
 } // namespace
 
 // The module reads the variable when it creates a renderer.
@@ -45,7 +47,7 @@ Session::Session(const Module_Choice& choice, unsigned threads) try
     : module_(with_kernels_forced(choice)), canvas_(module_, threads) {
     // Nothing but this renderer writes the canvas's depth buffer.
     if (threads == 1) {
-        renderer().requested_table.add(VT_Option("Depth Blocks", 0, true));
+        renderer().requested_table.add(VT_Option(depth_blocks, 0, true));
     }
 } catch (const std::invalid_argument& error) {
     throw Usage_Error(kernels_message(choice, error.what()));
@@ -63,6 +65,14 @@ void Session::establish() {
     canvas_.establish();
     if (recorder_) {
         recorder_->after_establish();
+    }
+}
+
+void Session::forbid_depth_blocks() {
+    VT_Option* const blocks = renderer().requested_table.find(depth_blocks);
+    if (blocks && blocks->value()->content == VT_Option_Content(true)) {
+        blocks->set(false);
+        establish();
     }
 }
 

@@ -36,6 +36,9 @@ public:
     void set_window(const VT_Int_Rectangle& window);
     // Fits buffers and actions to options and requested table. Throws when the buffers cannot be had.
     void establish();
+    // For callers that set depths themselves, which contradicts the renderer's bounds of hidden triangles: turns them off. To be
+    // called after each establish, since a recording may ask for them; establishes anew when they are on.
+    void forbid_depth_blocks();
 
     // The recorder of what is drawn; null = none.
     void set_recorder(recording::Recorder* recorder) noexcept { recorder_ = recorder; }

@@ -19,8 +19,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr const char* depth_blocks = "Depth Blocks";
-
 double microseconds_since(Clock::time_point start) {
     return std::chrono::duration<double, std::micro>(Clock::now() - start).count();
 }
@@ -35,22 +33,10 @@ template <class Value> Plane plane_of(std::vector<Value>& values, std::int32_t w
     return {reinterpret_cast<std::uint8_t*>(values.data()), width * std::ptrdiff_t{sizeof(Value)}, sizeof(Value)};
 }
 
-// A renderer and the replay that it draws. States that are put back set depths, which would contradict the renderer's bounds of
-// hidden triangles: they are off.
+// A renderer and the replay that it draws.
 struct Player {
     Player(const Recording& recording, const Module_Choice& module, const Replay_Settings& settings)
-        : session(module), replayer(recording, session, settings) {
-        session.renderer().requested_table.add(VT_Option(depth_blocks, 0, false));
-    }
-
-    // After a call to establish, since recordings may ask for them.
-    void forbid_depth_blocks() {
-        VT_Option* const blocks = session.renderer().requested_table.find(depth_blocks);
-        if (blocks && blocks->value()->content == VT_Option_Content(true)) {
-            blocks->set(false);
-            session.establish();
-        }
-    }
+        : session(module), replayer(recording, session, settings) {}
 
     Session session;
     Replayer replayer;
@@ -126,7 +112,7 @@ private:
     }
 
     void adopt_buffers() {
-        player_->forbid_depth_blocks();
+        player_->session.forbid_depth_blocks(); // states that are put back set depths
         std::vector<Plane> planes = buffers();
         const Plane_Part part = whole();
         borrow_memory(part.pixels());

@@ -1,9 +1,10 @@
 // A replay as events for viewers of timelines.
 #include "drawing/recording/trace.h"
 
+#include <algorithm>
 #include <cstdio>
-#include <new>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "drawing/recording/call_kinds.h"
 #include "drawing/recording/history_report.h"
@@ -38,17 +39,38 @@ constexpr std::size_t lane_of_calls = 1;
 
 } // namespace
 
-Call_Trace::Call_Trace(const Recording& recording, Canvas& canvas, unsigned threads)
-    : recording_(recording), canvas_(canvas), works_(threads > 1 ? threads : 0) {
+Call_Trace::Call_Trace(const Recording& recording, Canvas& canvas, unsigned threads, Load_Limits& limits, std::string name)
+    : recording_(recording), canvas_(canvas), limits_(limits), name_(std::move(name)), works_(threads > 1 ? threads : 0) {
     if (!works_.empty()) {
-        canvas_.watch_threads({[this] { return call_; },
-                               [this](const Thread_Work& work) {
-                                   try {
-                                       works_[work.thread].push_back(work);
-                                   } catch (const std::bad_alloc&) {
-                                       lacks_memory_ = true;
-                                   }
-                               }});
+        canvas_.watch_threads({[this] { return call_; }, [this](const Thread_Work& work) { note(work); }});
+    }
+}
+
+// Room for so many more elements. Lists at least double, so that what is taken in all is never less than a list and the copy to
+// which it grows.
+template <class List> void Call_Trace::make_room(List& list, std::size_t more) {
+    if (list.size() + more > list.capacity()) {
+        const std::size_t capacity = std::max(2 * list.capacity(), list.size() + more);
+        limits_.take_memory(name_, capacity * sizeof(typename List::value_type));
+        list.reserve(capacity);
+    }
+}
+
+void Call_Trace::add(std::string& text, const std::string& event) {
+    make_room(text, event.size());
+    text += event;
+}
+
+// Each thread has a list of its own.
+void Call_Trace::note(const Thread_Work& work) noexcept {
+    try {
+        std::vector<Thread_Work>& works = works_[work.thread];
+        make_room(works, 1);
+        works.push_back(work);
+    } catch (...) {
+        if (!has_failed_.exchange(true)) {
+            failure_ = std::current_exception();
+        }
     }
 }
 
@@ -72,14 +94,14 @@ void Call_Trace::after_call(std::size_t call) {
     const auto duration = std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now() - start_);
     const nlohmann::ordered_json arguments{
         {"call", call}, {"points", points_of(recording_.calls[call])}, {"rendition", short_rendition(recording_, call)}};
-    events_ +=
-        event_text(recording_.calls[call], lane_of_calls, works_.empty() ? elapsed_ : start_ - first_, duration, arguments);
+    add(events_,
+        event_text(recording_.calls[call], lane_of_calls, works_.empty() ? elapsed_ : start_ - first_, duration, arguments));
     elapsed_ += duration;
 }
 
-std::string Call_Trace::json() const {
-    if (lacks_memory_) {
-        throw std::bad_alloc();
+std::string Call_Trace::json() {
+    if (has_failed_) {
+        std::rethrow_exception(failure_);
     }
     std::string text = R"({"displayTimeUnit":"ns","traceEvents":[
 {"name":"process_name","ph":"M","pid":1,"tid":1,"args":{"name":"vorna replay"}})" +
@@ -87,12 +109,12 @@ std::string Call_Trace::json() const {
     for (std::size_t thread = 0; thread < works_.size(); ++thread) {
         text += lane_name(lane_of_calls + 1 + thread, "thread " + std::to_string(thread));
     }
-    text += events_;
+    add(text, events_);
     for (const std::vector<Thread_Work>& works : works_) {
         for (const Thread_Work& work : works) {
             const auto call = static_cast<std::size_t>(work.mark);
-            text += event_text(recording_.calls[call], lane_of_calls + 1 + work.thread, work.begin - first_,
-                               work.end - work.begin, {{"call", call}});
+            add(text, event_text(recording_.calls[call], lane_of_calls + 1 + work.thread, work.begin - first_,
+                                 work.end - work.begin, {{"call", call}}));
         }
     }
     return text + "\n]}\n";

@@ -94,6 +94,31 @@ TEST(Call_Trace, has_a_lane_for_each_thread) {
     EXPECT_EQ(ended.size(), 401U);
 }
 
+// The recording itself takes less than 1 MiB, events of one lane twice as much and those of the threads' lanes more.
+TEST(Call_Trace, takes_memory_for_its_events) {
+    std::string calls = R"({"call": "clear_depth_rectangle", "rectangle": [0, 15, 0, 15]})";
+    for (int i = 0; i < 4000; ++i) {
+        calls += R"(, {"call": "draw_2di_polytriangle", "points": [0, 0, 100, 15, 0, 100, 0, 15, 100]})";
+    }
+    const std::string many = R"({"picture": 1, "window": {"width": 16, "height": 16}, "calls": [)" + calls + "]}";
+    const Temporary_Folder folder;
+    const auto run = [&](const std::string& memory, const std::string& threads, bool traces) {
+        std::vector<std::string> words{"replay", "-", "--threads", threads, "--max-memory", memory};
+        if (traces) {
+            words.insert(words.end(), {"--trace", folder.file("trace.json")});
+        }
+        return run_vorna(words, many);
+    };
+    for (const std::string threads : {"1", "2"}) {
+        EXPECT_EQ(run("8M", threads, false).status, 0);
+        const replay_tests::Outcome outcome = run("8M", threads, true);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_NE(outcome.errors.find("standard input: expected what can be read within 8 MiB"), std::string::npos)
+            << outcome.errors;
+        EXPECT_EQ(run("64M", threads, true).status, 0);
+    }
+}
+
 } // namespace
 
 } // namespace call_trace_tests

@@ -337,6 +337,32 @@ TEST(Pixel_History, of_areas_counts_pixels) {
                 HasSubstr("       4  draw_2di_polytriangle                    0          0         12          0  clip 12  ["));
 }
 
+// The probe draws the near triangles at the left pixel too, where the region refuses them, and then sets the pixel back to the
+// farthest depth: by the bounds of a block the last call would be hidden there.
+TEST(Pixel_History, does_not_depend_on_depth_blocks) {
+    const auto strip = [](int left, int depth, const std::string& more) {
+        std::string points;
+        for (const auto& [x, y] : {std::pair(left, 0), {63, 0}, {left, 63}, {63, 63}}) {
+            points += (points.empty() ? "[" : ", [") + std::to_string(x) + ", " + std::to_string(y) + ", " +
+                      std::to_string(depth) + "]";
+        }
+        return R"({"call": "draw_dci_polytriangle", "points": [)" + points + "]" + more + "}";
+    };
+    const auto histories_with = [&](const std::string& blocks) {
+        const std::string text = R"({"picture": 1, "window": {"width": 64, "height": 64},
+            "options": {"Use Mask": true, "Depth Blocks": )" +
+                                 blocks + R"(}, "calls": [{"call": "clear_depth_rectangle", "rectangle": [0, 63, 0, 63]}, )" +
+                                 strip(0, 100, R"(, "rendition": {"complex_clip": [[[8, 0], [63, 0], [63, 63], [8, 63]]]})") +
+                                 ", " + strip(8, 500, "") + ", " + strip(0, 500, "") + "]}";
+        return run_vorna({"replay", "-", "--pixel", "3,20", "--pixel", "12,20", "--pixel", "40,0", "--pixel", "40,63", "--json"},
+                         text)
+            .output;
+    };
+    const std::string expected = histories_with("false");
+    EXPECT_THAT(json::parse(expected)["pixels"][0]["events"].back()["outcome"], "drawn");
+    EXPECT_EQ(histories_with("true"), expected);
+}
+
 TEST(Pixel_History, options_are_refused_by_place) {
     const Temporary_Folder folder;
     const std::string file = folder.file("pixels.txt", "5,10 # the dot\r\n\n4,9\n");
