@@ -6,6 +6,7 @@
 #include <type_traits>
 #include <utility>
 #include <variant>
+#include <vector>
 
 #include "drawing/job/print_size.h"
 #include "host/frame_buffer.h"
@@ -104,8 +105,35 @@ void sort(const Map_Items& items, const map::Map_Scene& scene, const Tile_Grid& 
     }
 }
 
+// Equal markers that follow one another, drawn in one call.
+class Mark_Run {
+public:
+    explicit Mark_Run(Map_Painter& painter) : painter_(painter) {}
+
+    void add(const Mark_Item& item) {
+        constexpr std::size_t most = 4096;
+        if (places_.size() == most || (!places_.empty() && item.paint != paint_)) {
+            finish();
+        }
+        paint_ = item.paint;
+        places_.push_back(item.place);
+    }
+    void finish() {
+        if (!places_.empty()) {
+            painter_.mark(places_, paint_);
+            places_.clear();
+        }
+    }
+
+private:
+    Map_Painter& painter_;
+    map::Marker_Paint paint_;
+    std::vector<Position> places_;
+};
+
 void draw_items(const Map_Items& items, const model::Tile_Bins& bins, std::size_t tile, std::int32_t supersample,
                 Map_Painter& painter) {
+    Mark_Run marks(painter);
     const auto draw_item = [&](const auto& item) {
         using Item = std::decay_t<decltype(item)>;
         if constexpr (std::is_same_v<Item, Face_Item>) {
@@ -113,7 +141,7 @@ void draw_items(const Map_Items& items, const model::Tile_Bins& bins, std::size_
         } else if constexpr (std::is_same_v<Item, Line_Item>) {
             painter.draw(*item.path, item.paint);
         } else if constexpr (std::is_same_v<Item, Mark_Item>) {
-            painter.mark(item.place, item.paint);
+            marks.add(item);
         } else if constexpr (std::is_same_v<Item, Form_Item>) {
             Face face = *item.outline;
             for (Path& ring : face) {
@@ -124,7 +152,13 @@ void draw_items(const Map_Items& items, const model::Tile_Bins& bins, std::size_
             painter.write(*item.lettering, supersample);
         }
     };
-    bins.for_each(tile, items.size(), [&](std::size_t i) { std::visit(draw_item, items[i]); });
+    bins.for_each(tile, items.size(), [&](std::size_t i) {
+        if (!std::holds_alternative<Mark_Item>(items[i])) {
+            marks.finish();
+        }
+        std::visit(draw_item, items[i]);
+    });
+    marks.finish();
 }
 
 } // namespace

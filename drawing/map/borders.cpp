@@ -154,12 +154,18 @@ Borders find_borders(const std::vector<Shape>& shapes, bool around_globe) {
 std::vector<std::size_t> numbers_unlike_neighbours(const std::vector<std::vector<std::size_t>>& neighbours, std::size_t count) {
     const std::size_t size = neighbours.size();
     // The shape with the fewest remaining neighbours is removed first and numbered last: in a planar graph each shape then has at
-    // most five numbered neighbours when it is numbered.
+    // most five numbered neighbours when it is numbered. Shapes without neighbours, of which there may be millions, come first.
     std::vector<std::size_t> degrees, order;
+    degrees.reserve(size);
+    order.reserve(size);
     std::set<std::pair<std::size_t, std::size_t>> left;
     for (std::size_t s = 0; s < size; ++s) {
         degrees.push_back(neighbours[s].size());
-        left.emplace(degrees[s], s);
+        if (degrees[s] == 0) {
+            order.push_back(s);
+        } else {
+            left.emplace(degrees[s], s);
+        }
     }
     while (!left.empty()) {
         const std::size_t s = left.begin()->second;
@@ -172,8 +178,9 @@ std::vector<std::size_t> numbers_unlike_neighbours(const std::vector<std::vector
         }
     }
     std::vector<std::size_t> numbers(size, count), uses(count);
+    std::vector<bool> taken;
     for (std::size_t i = size; i-- > 0;) {
-        std::vector<bool> taken(count);
+        taken.assign(count, false);
         for (const std::size_t other : neighbours[order[i]]) {
             if (numbers[other] < count) {
                 taken[numbers[other]] = true;

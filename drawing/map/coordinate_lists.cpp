@@ -1,9 +1,6 @@
 // The coordinates of a GeoJSON text.
 #include "drawing/map/coordinate_lists.h"
 
-#include <charconv>
-#include <cstdint>
-#include <system_error>
 #include <utility>
 
 #include "drawing/files/interruption.h"
@@ -11,199 +8,145 @@
 namespace vorna::drawing::map {
 namespace {
 
-constexpr std::string_view key = "\"coordinates\"";
 constexpr int deepest = 4;
-
-bool is_space(char c) {
-    return c == ' ' || c == '\n' || c == '\r' || c == '\t';
-}
-
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 } // namespace
 
-// Every function returns whether the text goes on as it should.
-class Coordinate_Lists::Scanner {
-public:
-    Scanner(std::string_view text, Coordinate_Lists& lists)
-        : next_(text.data()), end_(text.data() + text.size()), lists_(lists) {}
-
-    bool split() {
-        const char* copied = next_;
-        while (next_ != end_) {
-            if (*next_ != '"') {
-                ++next_;
-                continue;
-            }
-            const char* start = next_;
-            bool has_escape = false;
-            if (!skip_string(has_escape)) {
-                return false;
-            }
-            const std::string_view found(start, static_cast<std::size_t>(next_ - start));
-            skip_space();
-            if (next_ == end_ || *next_ != ':') {
-                continue; // a string and no key
-            }
-            if (has_escape) {
-                return false;
-            }
-            ++next_;
-            skip_space();
-            if (found != key || next_ == end_ || *next_ != '[') {
-                continue;
-            }
-            lists_.rest_.append(copied, next_).append(1, '[').append(std::to_string(lists_.values_.size())).append(1, ']');
-            if (!read_value()) {
-                return false;
-            }
-            copied = next_;
+std::optional<Coordinate_Lists> Coordinate_Lists::split(const std::string& file, std::string_view text, Load_Limits& limits) {
+    Coordinate_Lists lists;
+    lists.memory_ = Load_Limits::Loan(limits, file, coordinate_memory(text));
+    lists.rest_.reserve(text.size());
+    Json_Scanner scanner(text);
+    const char* copied = text.data();
+    while (!scanner.at_end()) {
+        if (!scanner.is_at('"')) {
+            scanner.skip_sign();
+            continue;
         }
-        lists_.rest_.append(copied, end_);
-        return true;
+        Json_Scanner::String found;
+        if (!scanner.read_string(found)) {
+            return std::nullopt;
+        }
+        scanner.skip_space();
+        if (!scanner.skip(':')) {
+            continue; // a string and no key
+        }
+        if (found.has_escape) {
+            return std::nullopt;
+        }
+        scanner.skip_space();
+        if (found.text != "coordinates" || !scanner.is_at('[')) {
+            continue;
+        }
+        lists.rest_.append(copied, scanner.place()).append(1, '[').append(std::to_string(lists.values_.size())).append(1, ']');
+        if (!lists.read(scanner)) {
+            return std::nullopt;
+        }
+        copied = scanner.place();
     }
+    lists.rest_.append(copied, scanner.place());
+    return lists;
+}
 
-private:
-    void skip_space() {
-        while (next_ != end_ && is_space(*next_)) {
-            ++next_;
-        }
+// Two numbers or more, of which two count.
+bool Coordinate_Lists::read_position(Json_Scanner& scanner) {
+    constexpr std::size_t positions_between_looks = 4096;
+    if (positions_.size() % positions_between_looks == positions_between_looks - 1) {
+        Interruption::check();
     }
+    double place[2] = {}, more = 0;
+    std::size_t count = 0;
+    const bool is_sound = scanner.read_array([&] {
+        double& number = count < 2 ? place[count] : more;
+        ++count;
+        return scanner.read_number(number);
+    });
+    positions_.push_back({place[0], place[1]});
+    return is_sound && count >= 2;
+}
 
-    // From its first quotation mark behind its last.
-    bool skip_string(bool& has_escape) {
-        for (++next_; next_ != end_; ++next_) {
-            if (*next_ == '"') {
-                ++next_;
-                return true;
-            }
-            if (*next_ == '\\') {
-                has_escape = true;
-                if (++next_ == end_) {
-                    return false;
-                }
-            }
-        }
+// The first position tells how deep all lists must be.
+bool Coordinate_Lists::read(Json_Scanner& scanner) {
+    const int depth = scanner.list_depth();
+    if (depth < 1 || depth > deepest) {
         return false;
     }
+    Value value{depth, {count_at(depth), 0}};
+    const std::size_t first = positions_.size();
+    const bool is_sound = read_lists(scanner, depth);
+    value.parts.end = count_at(depth);
+    value.position_count = depth > 1 ? positions_.size() - first : 0;
+    values_.push_back(value);
+    return is_sound;
+}
 
-    bool skip_any(std::string_view signs) {
-        const bool is_there = next_ != end_ && signs.find(*next_) != signs.npos;
-        next_ += is_there ? 1 : 0;
-        return is_there;
+void Coordinate_Lists::clear() noexcept {
+    values_.clear();
+    positions_.clear();
+    paths_.clear();
+    polygons_.clear();
+}
+
+// How many parts values of this depth have so far.
+std::size_t Coordinate_Lists::count_at(int depth) const {
+    return depth <= 1 ? positions_.size() : depth <= 3 ? paths_.size() : polygons_.size();
+}
+
+bool Coordinate_Lists::read_lists(Json_Scanner& scanner, int depth) {
+    if (depth == 1) {
+        return read_position(scanner);
     }
-
-    bool skip_digits() {
-        const char* start = next_;
-        while (next_ != end_ && is_digit(*next_)) {
-            ++next_;
-        }
-        return next_ != start;
+    const std::size_t first = depth == 2 ? positions_.size() : paths_.size();
+    bool is_empty = true;
+    const bool is_sound = scanner.read_array([&] {
+        is_empty = false;
+        return read_lists(scanner, depth - 1);
+    });
+    if (depth == 2) {
+        paths_.push_back({first, positions_.size()});
+    } else if (depth == 3) {
+        polygons_.push_back({first, paths_.size()});
     }
+    return is_sound && !is_empty;
+}
 
-    // As JSON has numbers: from_chars accepts others too.
-    bool read_number(double& number) {
-        const char* start = next_;
-        skip_any("-");
-        const char* digits = next_;
-        if (!skip_digits() || (*digits == '0' && next_ - digits > 1) || (skip_any(".") && !skip_digits())) {
-            return false;
+bool Coordinate_Lists::add_to(Shape& shape, std::string_view type, std::size_t number) const {
+    const Value& value = values_[number];
+    const auto& [first, end] = value.parts;
+    const auto is = [&](std::string_view kind, int depth) { return type == kind && value.depth == depth; };
+    if (is("Point", 1)) {
+        shape.points.push_back(positions_[first]);
+    } else if (is("MultiPoint", 2)) {
+        const Path points = path(first);
+        shape.points.insert(shape.points.end(), points.begin(), points.end());
+    } else if (is("LineString", 2)) {
+        shape.lines.push_back(path(first));
+    } else if (is("MultiLineString", 3)) {
+        for (std::size_t line = first; line < end; ++line) {
+            shape.lines.push_back(path(line));
         }
-        if (skip_any("eE")) {
-            skip_any("+-");
-            if (!skip_digits()) {
-                return false;
-            }
+    } else if (is("Polygon", 3)) {
+        add_rings(value.parts, shape.faces.emplace_back());
+    } else if (is("MultiPolygon", 4)) {
+        Face& face = shape.faces.emplace_back();
+        for (std::size_t polygon = first; polygon < end; ++polygon) {
+            add_rings(polygons_[polygon], face);
         }
-        const auto [stop, error] = std::from_chars(start, next_, number);
-        return error == std::errc{} && stop == next_;
+    } else {
+        return false;
     }
-
-    // Behind a list's first bracket: two numbers or more, of which two count.
-    bool read_position() {
-        constexpr std::size_t positions_between_looks = 4096;
-        if (lists_.positions_.size() % positions_between_looks == 0) {
-            Interruption::check();
-        }
-        double place[2] = {}, more = 0;
-        std::size_t count = 0;
-        do {
-            skip_space();
-            if (!read_number(count < 2 ? place[count] : more)) {
-                return false;
-            }
-            ++count;
-            skip_space();
-        } while (skip_any(","));
-        lists_.positions_.push_back({place[0], place[1]});
-        return count >= 2 && skip_any("]");
-    }
-
-    // The first position tells how deep all lists must be.
-    bool read_value() {
-        Value value;
-        for (const char* c = next_; c != end_ && (*c == '[' || is_space(*c)); ++c) {
-            value.depth += *c == '[' ? 1 : 0;
-        }
-        if (value.depth > deepest) {
-            return false;
-        }
-        value.parts.first = count_at(value.depth);
-        const bool is_sound = read_lists(value.depth);
-        value.parts.end = count_at(value.depth);
-        lists_.values_.push_back(value);
-        return is_sound;
-    }
-
-    // How many parts values of this depth have so far.
-    std::size_t count_at(int depth) const {
-        return depth <= 1 ? lists_.positions_.size() : depth <= 3 ? lists_.paths_.size() : lists_.polygons_.size();
-    }
-
-    bool read_lists(int depth) {
-        if (!skip_any("[")) {
-            return false;
-        }
-        if (depth == 1) {
-            return read_position();
-        }
-        const std::size_t first = depth == 2 ? lists_.positions_.size() : lists_.paths_.size();
-        do {
-            skip_space();
-            if (!read_lists(depth - 1)) {
-                return false;
-            }
-            skip_space();
-        } while (skip_any(","));
-        if (!skip_any("]")) {
-            return false;
-        }
-        if (depth == 2) {
-            lists_.paths_.push_back({first, lists_.positions_.size()});
-        } else if (depth == 3) {
-            lists_.polygons_.push_back({first, lists_.paths_.size()});
-        }
-        return true;
-    }
-
-    const char *next_, *end_;
-    Coordinate_Lists& lists_;
-};
-
-std::optional<Coordinate_Lists> Coordinate_Lists::split(const std::string& file, std::string_view text, Load_Limits& limits) {
-    // "[[[1,2]]]," becomes a position, a path and a polygon, in lists with as much room again; the rest is a copy.
-    constexpr std::uint64_t memory_per_byte = 12;
-    Coordinate_Lists lists;
-    lists.memory_ = Load_Limits::Loan(limits, file, memory_per_byte * text.size());
-    lists.rest_.reserve(text.size());
-    return Scanner(text, lists).split() ? std::optional(std::move(lists)) : std::nullopt;
+    return true;
 }
 
 Path Coordinate_Lists::path(std::size_t number) const {
     const auto place = [this](std::size_t position) { return positions_.begin() + static_cast<std::ptrdiff_t>(position); };
     return {place(paths_[number].first), place(paths_[number].end)};
+}
+
+void Coordinate_Lists::add_rings(const Range& paths, Face& face) const {
+    for (std::size_t ring = paths.first; ring < paths.end; ++ring) {
+        face.push_back(without_closing_point(path(ring)));
+    }
 }
 
 } // namespace vorna::drawing::map

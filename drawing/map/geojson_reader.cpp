@@ -1,4 +1,6 @@
 // GeoJSON (RFC 7946).
+#include <utility>
+
 #include "drawing/files/json_document.h"
 #include "drawing/map/coordinate_lists.h"
 #include "drawing/map/json_geometry.h"
@@ -31,46 +33,14 @@ private:
         if (!lists_ || found == geometry.end() || !found->is_array()) {
             return false;
         }
-        const Coordinate_Lists::Value& value = lists_->value((*found)[0].get<std::size_t>());
-        const auto& [first, end] = value.parts;
+        const auto number = (*found)[0].get<std::size_t>();
         const auto type = geometry.find("type");
-        const auto is = [&](const char* kind, int depth) {
-            return type != geometry.end() && is_text(*type, kind) && value.depth == depth;
-        };
-        if (is("Point", 1)) {
-            shape.points.push_back(lists_->position(first));
-        } else if (is("MultiPoint", 2)) {
-            const Path points = path(first);
-            shape.points.insert(shape.points.end(), points.begin(), points.end());
-        } else if (is("LineString", 2)) {
-            shape.lines.push_back(path(first));
-        } else if (is("MultiLineString", 3)) {
-            for (std::size_t line = first; line < end; ++line) {
-                shape.lines.push_back(path(line));
-            }
-        } else if (is("Polygon", 3)) {
-            add_rings(value.parts, shape.faces.emplace_back());
-        } else if (is("MultiPolygon", 4)) {
-            Face& face = shape.faces.emplace_back();
-            for (std::size_t polygon = first; polygon < end; ++polygon) {
-                add_rings(lists_->polygon(polygon), face);
-            }
-        } else {
+        const auto* const kind = type != geometry.end() ? type->get_ptr<const std::string*>() : nullptr;
+        take_positions(lists_->position_count(number));
+        if (!kind || !lists_->add_to(shape, *kind, number)) {
             fail({}, "coordinates of the kind of geometry", *found);
         }
         return true;
-    }
-
-    Path path(std::size_t number) const {
-        Path path = lists_->path(number);
-        take_positions(path.size());
-        return path;
-    }
-
-    void add_rings(const Coordinate_Lists::Range& paths, Face& face) const {
-        for (std::size_t ring = paths.first; ring < paths.end; ++ring) {
-            face.push_back(without_closing_point(path(ring)));
-        }
     }
 
     const Coordinate_Lists* lists_;
@@ -78,8 +48,8 @@ private:
 
 } // namespace
 
-Map read_geojson(const std::string& file, const Json& document, const Coordinate_Lists* lists, const Map_Query& query,
-                 Load_Limits& limits) {
+Map read_geojson(const std::string& file, const Json& document, const Coordinate_Lists* lists, std::vector<Shape> read,
+                 const Map_Query& query, Load_Limits& limits) {
     const Geojson_Reader reader(file, lists, limits);
     const Place root;
     Map map;
@@ -94,6 +64,7 @@ Map read_geojson(const std::string& file, const Json& document, const Coordinate
     }
     const Json& type = document["type"];
     if (is_text(type, "FeatureCollection")) {
+        map.shapes = std::move(read);
         const Place place{&root, "features"};
         const Json& features = reader.array(reader.member(document, "features", root), place);
         for (std::size_t i = 0; i < features.size(); ++i) {

@@ -29,13 +29,6 @@ Value value_of(const Json& object, const std::string& key) {
 
 } // namespace
 
-Path without_closing_point(Path ring) {
-    if (ring.size() > 1 && ring.front() == ring.back()) {
-        ring.pop_back();
-    }
-    return ring;
-}
-
 std::string Place::text() const {
     std::string text = above ? above->text() : "";
     if (!key.empty()) {

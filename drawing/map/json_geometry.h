@@ -21,9 +21,6 @@ struct Place {
     std::string text() const;
 };
 
-// Rings of files end where they begin.
-Path without_closing_point(Path ring);
-
 class Json_Geometry_Reader {
 public:
     Json_Geometry_Reader(const std::string& file, Load_Limits& limits) : file_(file), limits_(limits) {}

@@ -54,6 +54,9 @@ Map_Layer::Map_Layer(const std::string& file, const Map& map, const Projection& 
         limits.take_memory(file, cost.positions * sizeof(Position));
         limits.take_work(file, cost.steps);
     };
+    std::size_t point_count = 0;
+    std::ranges::for_each(map.shapes, [&](const Shape& shape) { point_count += shape.points.size(); });
+    points_.reserve(point_count);
     for (std::size_t s = 0; s < map.shapes.size(); ++s) {
         const Shape& shape = map.shapes[s];
         for_each_path(shape, [this](const Path& path) { position_count_ += path.size(); });
@@ -138,6 +141,7 @@ void Layer_Style::enlarge(std::int32_t times) {
 }
 
 void Map_Layer::add_items(const Layer_Style& style, Map_Items& items) const {
+    items.reserve(items.size() + item_count());
     for (std::size_t s = 0; s < faces_.size(); ++s) {
         for (const Face& face : faces_[s]) {
             if (style.fills[s]) {

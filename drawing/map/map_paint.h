@@ -27,6 +27,8 @@ struct Marker_Paint {
     VT_RGB32 color;
     std::int32_t symbol = vorna::marker_symbol::filled_circle;
     std::int32_t size = 7;
+
+    friend bool operator==(const Marker_Paint&, const Marker_Paint&) = default;
 };
 
 struct Text_Paint {

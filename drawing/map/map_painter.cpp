@@ -176,17 +176,22 @@ void Map_Painter::draw_points(const std::vector<VT_DCI_Point>& points, const Lin
     }
 }
 
-void Map_Painter::mark(Position place, const Marker_Paint& paint) {
-    const Position p = view_.device_place(place);
-    if (!(std::abs(p.x) < farthest_pixel && std::abs(p.y) < farthest_pixel)) {
-        return;
+void Map_Painter::mark(std::span<const Position> places, const Marker_Paint& paint) {
+    std::vector<VT_DCI_Point> points;
+    points.reserve(places.size());
+    for (const Position& place : places) {
+        const Position p = view_.device_place(place);
+        if (std::abs(p.x) < farthest_pixel && std::abs(p.y) < farthest_pixel) {
+            points.push_back(pixel_of(p));
+        }
     }
     rendition_->marker.color = paint.color;
     rendition_->marker.index = index_of(paint.color);
     rendition_->marker.symbol = paint.symbol;
     rendition_->marker.size = paint.size;
-    const VT_DCI_Point point = pixel_of(p);
-    VD_Draw_2DI_Polymarker(renderer_, *rendition_, 1, &point);
+    if (!points.empty()) {
+        VD_Draw_2DI_Polymarker(renderer_, *rendition_, static_cast<std::int32_t>(points.size()), points.data());
+    }
 }
 
 void Map_Painter::write(const Lettering& lettering, std::int32_t times) {

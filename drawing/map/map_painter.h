@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -59,7 +60,8 @@ public:
     void fill_pixels(const Face& pixels, VT_RGB32 color);
     // Dashes continue from segment to segment.
     void draw(const Path& line, const Line_Paint& paint);
-    void mark(Position place, const Marker_Paint& paint);
+    // Equal markers, in the order of their places.
+    void mark(std::span<const Position> places, const Marker_Paint& paint);
     // Letters in an image `times` as large. In 32-bit images their edges are smooth; in 8-bit images they are so where they have
     // a halo or a ground, by mixed_colors.
     void write(const Lettering& lettering, std::int32_t times);

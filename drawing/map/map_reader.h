@@ -29,9 +29,10 @@ std::vector<std::string> parts_between(std::string_view text, char separator = '
 
 // The readers of each format; file: for messages. Throw Map_Error and Load_Error. Positions are not checked yet.
 // lists: the coordinates, for a document that names them by numbers; null: they are in the document. With lists throws Map_Error
-// for geometries of any unusual form, which the reader without them may accept.
+// for geometries of any unusual form, which the reader without them may accept. read: the shapes of features that have been read
+// already, and are not in the document.
 Map read_geojson(const std::string& file, const nlohmann::ordered_json& document, const Coordinate_Lists* lists,
-                 const Map_Query& query, Load_Limits& limits);
+                 std::vector<Shape> read, const Map_Query& query, Load_Limits& limits);
 Map read_topojson(const std::string& file, const nlohmann::ordered_json& document, const Map_Query& query, Load_Limits& limits);
 Map read_dxf(const std::string& file, std::string_view content, const Map_Query& query, Load_Limits& limits);
 

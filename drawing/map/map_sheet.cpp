@@ -276,6 +276,10 @@ Layer_Style Map_Sheet::style_of(VT_RGB32 background) {
     style.outlines = settings_.outline;
     style.casing_width = settings_.casing_width;
     style.casing = settings_.casing;
+    style.fills.reserve(map_.shapes.size());
+    style.strokes.reserve(map_.shapes.size());
+    style.widths.reserve(map_.shapes.size());
+    style.markers.reserve(map_.shapes.size());
     for (std::size_t s = 0; s < map_.shapes.size(); ++s) {
         const Shape& shape = map_.shapes[s];
         const std::optional<VT_RGB32> color =

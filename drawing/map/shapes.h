@@ -31,6 +31,14 @@ using Path = std::vector<Position>;
 // Rings without their closing point; even-odd.
 using Face = std::vector<Path>;
 
+// Rings of files end where they begin.
+inline Path without_closing_point(Path ring) {
+    if (ring.size() > 1 && ring.front() == ring.back()) {
+        ring.pop_back();
+    }
+    return ring;
+}
+
 // A field's value: none, a number or a text.
 using Value = std::variant<std::monostate, double, std::string>;
 

@@ -3,6 +3,7 @@
 // Float forms are rounded and drawn through the slots of the integer forms. Integer forms are drawn as dots in the colour of the
 // marker, by the rules of the dot slot. The standard function of dots draws nothing.
 #include <algorithm>
+#include <vector>
 
 #include "vorna/draw.h"
 #include "vorna/standard/conversion.h"
@@ -70,9 +71,31 @@ private:
     std::int64_t low_, high_;
 };
 
-// color: null = that of the marker.
+// The pixels of a symbol, row by row, as offsets from the point of the marker.
+std::vector<VT_Int_Pair> pixels_of(const Symbol& symbol) {
+    std::vector<VT_Int_Pair> pixels;
+    for (std::int64_t y = symbol.low(); y <= symbol.high(); ++y) {
+        for (std::int64_t x = symbol.low(); x <= symbol.high(); ++x) {
+            if (symbol(x, y)) {
+                pixels.push_back({static_cast<std::int32_t>(x), static_cast<std::int32_t>(y)});
+            }
+        }
+    }
+    return pixels;
+}
+
+// pixels: of the symbol; empty = not known. color: null = that of the marker.
 void draw_marker(VT_Renderer_Data& renderer, const VT_Rendition& rendition, const VT_Int_Rectangle& visible, const Symbol& symbol,
-                 const VT_DCI_Point& at, const VT_RGB32* color) {
+                 const std::vector<VT_Int_Pair>& pixels, const VT_DCI_Point& at, const VT_RGB32* color) {
+    const bool is_inside = at.x + symbol.low() >= visible.left && at.x + symbol.high() <= visible.right &&
+                           at.y + symbol.low() >= visible.bottom && at.y + symbol.high() <= visible.top;
+    if (is_inside && !pixels.empty()) {
+        for (const VT_Int_Pair& pixel : pixels) {
+            const VT_DCI_Point dot{at.x + pixel.x, at.y + pixel.y, at.z};
+            VD_Draw_DCI_Dot(renderer, rendition, &dot, color);
+        }
+        return;
+    }
     const std::int64_t bottom = std::max<std::int64_t>(at.y + symbol.low(), visible.bottom);
     const std::int64_t top = std::min<std::int64_t>(at.y + symbol.high(), visible.top);
     const std::int64_t left = std::max<std::int64_t>(at.x + symbol.low(), visible.left);
@@ -99,8 +122,12 @@ void draw_markers(VT_Renderer_Data& renderer, const VT_Rendition& rendition, std
     dots->line.color = rendition.marker.color;
     dots->line.index = rendition.marker.index;
     dots->line.mode = rendition.marker.mode;
+    // Each pixel's place in a symbol is computed once for several markers of a usual size.
+    constexpr std::int64_t largest_listed = 64;
+    const bool lists_pixels = count > 1 && symbol.high() - symbol.low() < largest_listed;
+    const std::vector<VT_Int_Pair> pixels = lists_pixels ? pixels_of(symbol) : std::vector<VT_Int_Pair>();
     for (std::int32_t i = 0; i < count; ++i) {
-        draw_marker(renderer, *dots, visible, symbol, points[i], colors ? colors + (single_color ? 0 : i) : nullptr);
+        draw_marker(renderer, *dots, visible, symbol, pixels, points[i], colors ? colors + (single_color ? 0 : i) : nullptr);
     }
 }
 
