@@ -124,7 +124,9 @@ TEST_F(Drawing_Library, tells_what_is_wrong) {
             make({.size = {200000, 3000}, .max_memory = 1 << 20});
         },
         ThrowsMessage<Usage_Error>(HasSubstr("or more for this image")));
-    EXPECT_THAT([&] { make({.module = folder.file("none.vrd")}); }, ThrowsMessage<std::exception>(HasSubstr("none.vrd")));
+    Image_Settings without_module;
+    without_module.module = folder.file("none.vrd");
+    EXPECT_THAT([&] { make(without_module); }, ThrowsMessage<std::exception>(HasSubstr("none.vrd")));
     EXPECT_THAT([&] { Model({folder.file("none.obj")}); }, ThrowsMessage<Usage_Error>(HasSubstr("none.obj")));
     EXPECT_THAT([&] { Map(folder.file("box.obj")); }, ThrowsMessage<Usage_Error>(HasSubstr("expected a map")));
     // By the names of the library's members, which are not those of the command's options.

@@ -1,6 +1,7 @@
 # Makes the wheel of what is built, installs it into a fresh environment and draws there. usage: check_wheel.py SOURCE BUILD FOLDER
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -39,6 +40,12 @@ def main(source, build, folder):
     elsewhere.mkdir()
     subprocess.run([python, "-W", "error", "-c", PROGRAM], cwd=elsewhere, env=environment, check=True)
     assert (elsewhere / "wheel.png").stat().st_size > 100
+    # The page's first program.
+    page = (source.parent / "docs" / "python.md").read_text()
+    start = re.search(r"^```python\n(.*?)^```$", page, re.DOTALL | re.MULTILINE)[1]
+    done = subprocess.run([python, "-W", "error", "-c", start], cwd=elsewhere, env=environment, check=True, capture_output=True, text=True)
+    assert (elsewhere / "ball.png").stat().st_size > 1000 and done.stdout.startswith("(480, 640, 4)"), done.stdout
+    print("the page's first program prints", done.stdout, end="")
 
 
 main(*(pathlib.Path(argument).resolve() for argument in sys.argv[1:4]))
