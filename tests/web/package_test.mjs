@@ -30,7 +30,7 @@ test("a recording is stepped through", async () => {
 
 test("wrong input is refused by one line that says what was expected", async () => {
   const refused = (promise, message) => assert.rejects(promise, (error) => error instanceof vorna.InputError && message.test(error.message) && !error.message.includes("\n"));
-  await refused(vorna.replay("{}"), /^recording: .*expected/);
+  await refused(vorna.replay("{}"), /^recording: the key 'picture' is missing$/);
   await refused(vorna.replay("{"), /^recording: /);
   const text = fileOf("recordings/crystals.json");
   await refused(vorna.replay(text, {lust: 3}), /^options: found 'lust', expected some of first, kernels, last$/);
