@@ -131,14 +131,6 @@ model::Up_Axis Model::up_axis() const {
     return content_->up_axis;
 }
 
-VT_Vector_D Model::center() const {
-    return content_->mesh.center;
-}
-
-double Model::radius() const {
-    return content_->mesh.radius;
-}
-
 const std::vector<std::string>& Model::warnings() const {
     return content_->mesh.warnings;
 }

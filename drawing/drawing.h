@@ -61,9 +61,6 @@ public:
     std::size_t point_count() const;
     // The axis that points up in the first file, by its format; y in arrays.
     model::Up_Axis up_axis() const;
-    // A sphere around all of it, in the model's coordinates.
-    VT_Vector_D center() const;
-    double radius() const;
     // What of the materials could not be read, and which files were not read as their names say, a line each.
     const std::vector<std::string>& warnings() const;
 

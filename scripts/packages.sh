@@ -39,7 +39,7 @@ foreign_packages=(debian-archive-keyring g++-aarch64-linux-gnu g++-arm-linux-gnu
 
 # What is needed besides to build for browsers, and to test what was built.
 web_packages=(cmake debian-archive-keyring emscripten libstb-dev make ninja-build nlohmann-json3-dev nodejs)
-web_test_packages=(chromium glmark2-data)
+web_test_packages=(chromium)
 
 # Compilers whose results are compared, with the linkers' part of optimisation at link time.
 compiler_packages=(g++-12 clang-14 clang-19 glmark2-data llvm-14-linker-tools)

@@ -57,7 +57,7 @@ class Build:
     """How the command of a build runs, and what made it."""
 
     def __init__(self, name, module):
-        self.name = name
+        self.name, self.draws_models = name, True
         cached = lambda key: setting(name, "CMakeCache.txt", f"^{key}:[A-Z]+=(.*)$")
         compiler = lambda key: setting(name, "CMakeFiles/*/CMakeCXXCompiler.cmake", f'^set\\({key} "(.*)"\\)$')
         system = lambda key: setting(name, "CMakeFiles/*/CMakeSystem.cmake", f'^set\\({key} "(.*)"\\)$')
@@ -72,11 +72,12 @@ class Build:
             self.options += " LTO"
         self.targets = ["krb", "vorna15"] if cached("VORNA_BUILD_COMMAND") == "OFF" else ["vorna"]
         if cached("EMSCRIPTEN"):
-            # A package for Node.js, and a script that draws with it.
+            # A package for Node.js that draws recordings, and a script that draws with it.
+            self.draws_models = False
             package = ROOT / "build" / name / "web/package"
-            if not (package / "vorna_web.wasm").exists():
+            if not (package / "vorna_replayer.wasm").exists():
                 raise Failure(f"build/{name}: expected a built package")
-            self.targets, self.emulator = ["vorna_web", "vorna_replayer"], ["node"]
+            self.targets, self.emulator = ["vorna_site"], ["node"]
             self.command = ["node", str(ROOT / "scripts/web-command.mjs"), str(package)]
             return
         suffix, self.emulator = "", []
@@ -133,7 +134,7 @@ def draw_recording(name, document, build, kernels):
 
 
 def draw_model(name, words, build, kernels):
-    if not build.has_libraries and not words[0].endswith(READ_WITHOUT_LIBRARIES):
+    if not build.draws_models or not build.has_libraries and not words[0].endswith(READ_WITHOUT_LIBRARIES):
         return {}
     with tempfile.TemporaryDirectory() as folder:
         arguments = ["--kernels", kernels, "render", *words, "-o", f"{folder}/out.png", "--hash"]

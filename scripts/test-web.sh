@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # usage: scripts/test-web.sh
 # Builds the package and the page for browsers, and tests them: what the package accepts and draws in Node.js, the digests of golden
-# recordings and of images of the gallery with each kernel set, and the page in a headless Chromium.
+# recordings with each kernel set, and the page in a headless Chromium.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh

@@ -1,5 +1,5 @@
-// The vocabulary of lanes for WebAssembly's SIMD, which browsers translate to the instructions of their processor: four pixels. The
-// names are documented in lanes_portable.inl.
+// The vocabulary of lanes for WebAssembly's SIMD, which browsers translate to the instructions of their processor: four pixels.
+// The names are documented in lanes_portable.inl.
 #pragma once
 
 #include <cstddef>
@@ -80,8 +80,8 @@ inline Int multiply_halves(Int a, Int b) {
 }
 
 inline Int multiply_halves_high(Int a, Int b) {
-    return {wasm_i16x8_shuffle(wasm_u32x4_extmul_low_u16x8(a.lanes, b.lanes), wasm_u32x4_extmul_high_u16x8(a.lanes, b.lanes), 1, 3,
-                               5, 7, 9, 11, 13, 15)};
+    return {wasm_i16x8_shuffle(wasm_u32x4_extmul_low_u16x8(a.lanes, b.lanes), wasm_u32x4_extmul_high_u16x8(a.lanes, b.lanes), 1,
+                               3, 5, 7, 9, 11, 13, 15)};
 }
 
 inline Int mixed_bytes(Int a, Int b, Int weights) {
@@ -329,15 +329,15 @@ template <int lane> inline Int spread_lane(Int a) {
     return {wasm_i32x4_shuffle(a.lanes, a.lanes, lane, lane, lane, lane)};
 }
 
-// Of four numbers times two and two factors. The sum with 1.5 * 2^52 has the whole number in its low bits: processors convert faster
-// than WebAssembly, which checks ranges, but its truncation is one of their instructions.
+// Of four numbers times two and two factors. The sum with 1.5 * 2^52 has the whole number in its low bits: processors convert
+// faster than WebAssembly, which checks ranges, but its truncation is one of their instructions.
 inline Int truncated_products(Int a, v128_t first_factors, v128_t second_factors) {
     const auto whole = [](v128_t numbers, v128_t factors) {
         const v128_t products = wasm_f64x2_mul(wasm_f64x2_convert_low_i32x4(numbers), factors);
         return wasm_f64x2_add(wasm_f64x2_trunc(products), wasm_f64x2_const_splat(0x1.8p52));
     };
-    return {wasm_i32x4_shuffle(whole(a.lanes, first_factors), whole(wasm_i32x4_shuffle(a.lanes, a.lanes, 2, 3, 2, 3), second_factors),
-                               0, 2, 4, 6)};
+    return {wasm_i32x4_shuffle(whole(a.lanes, first_factors),
+                               whole(wasm_i32x4_shuffle(a.lanes, a.lanes, 2, 3, 2, 3), second_factors), 0, 2, 4, 6)};
 }
 
 inline Int truncated_products(Int a, double by) {

@@ -80,8 +80,8 @@ inline void store_ints(std::int32_t* to, Int a) {
 
 template <int count> inline Int rotated(Int a) {
     static_assert(count == 1 || count == 2);
-    return in_halves([](v128_t x, v128_t y) { return wasm_i32x4_shuffle(x, y, count, count + 1, count + 2, count + 3); },
-                     a, {a.high, a.low});
+    return in_halves([](v128_t x, v128_t y) { return wasm_i32x4_shuffle(x, y, count, count + 1, count + 2, count + 3); }, a,
+                     {a.high, a.low});
 }
 
 // Lanes of eight by their numbers, as bytes. Bytes beyond a vector become 0, so that both parts can be joined.

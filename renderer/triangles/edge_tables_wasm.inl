@@ -1,5 +1,5 @@
-// Values on edges for batches with WebAssembly's SIMD: the values of an edge are one vector, since a table of sixteen lanes would take
-// four look-ups. The names are documented in edge_tables.inl; included by the vocabulary of batches.
+// Values on edges for batches with WebAssembly's SIMD: the values of an edge are one vector, since a table of sixteen lanes would
+// take four look-ups. The names are documented in edge_tables.inl; included by the vocabulary of batches.
 #pragma once
 
 namespace krb::KRB_KERNEL_SET {

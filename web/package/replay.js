@@ -1,6 +1,0 @@
-// Recordings alone, by the small module.
-import {lazyModule} from "./module.js";
-import {recordingFunctions} from "./recordings.js";
-
-export {InputError} from "./module.js";
-export const {openRecording, replay, hash} = recordingFunctions(lazyModule("vorna_replayer"));
