@@ -94,8 +94,10 @@ Recorded_Canvas::Recorded_Canvas(const Canvas_Settings& settings, const std::str
     : content_(new Content(module, settings.threads)) {
     Session& session = content_->session;
     session.canvas().request(settings);
+    if (VT_Option* const blocks = session.renderer().requested_table.find("Depth Blocks")) {
+        blocks->set(false); // who has the canvas may write its depths
+    }
     session.establish();
-    session.forbid_depth_blocks(); // the application may write depths
 }
 
 Recorded_Canvas::~Recorded_Canvas() = default;

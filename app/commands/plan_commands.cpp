@@ -75,7 +75,9 @@ void print_commands(const std::vector<Part_Command>& parts, const Words& join_co
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const Part_Command& part : parts) {
         nlohmann::ordered_json entry{{"number", list.size()}, {"file", part.file}};
-        entry.update(part.facts);
+        if (part.facts.is_object()) {
+            entry.update(part.facts);
+        }
         entry["done"] = part.is_done;
         entry["command"] = part.command;
         list.push_back(std::move(entry));

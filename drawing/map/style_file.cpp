@@ -105,8 +105,10 @@ std::optional<Dashes> dashes_in(const Json& value) {
 
 std::vector<double> breaks_in(const Json& value) {
     std::vector<double> breaks;
-    for (const Json& number : value.is_array() ? value : Json()) {
-        breaks.push_back(number.is_number() ? number.get<double>() : NAN);
+    if (value.is_array()) {
+        for (const Json& number : value) { // not of a copy: copying ends the process where memory ends
+            breaks.push_back(number.is_number() ? number.get<double>() : NAN);
+        }
     }
     const auto rises = [](double a, double b) { return !(a < b); };
     if (breaks.empty() || breaks.size() > 63 || !std::ranges::all_of(breaks, [](double b) { return std::isfinite(b); }) ||

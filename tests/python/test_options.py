@@ -81,7 +81,7 @@ def test_maps_have_the_options_of_the_command(files, command):
 # Options that are no arguments: files and machines, warnings (image.warnings), and what other calls do.
 OTHERS = {"strict", "perspective", "palette", "output", "output-format", "compress", "output-folder", "dry-run", "stats", "resume",
           "files-from", "manifest", "time-limit", "record", "tile-times", "hash", "turntable", "repeat", "tile-size", "tiles-of", "plan",
-          "tile", "area", "plan-lines", "module", "kernels"}
+          "tile", "area", "plan-lines", "module", "kernels", "stream", "parts-of", "part", "framing"}
 # Arguments with other names.
 RENAMED = {"allow-outside": "outside_of_folder", "ortho": "orthographic", "pass": "depth", "antialias": "smooth_lines"}
 

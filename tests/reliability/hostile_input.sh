@@ -450,7 +450,7 @@ expect 1 "$closed" "$vorna" info good.json >&-
 "$vorna" "${model[@]}" -o whole.png
 run "$vorna" "${model[@]}" -o closed.png --hash >&-
 judge 1 "$closed" "--hash without standard output"
-cmp whole.png closed.png || fail "what was printed went into the picture" "--hash"
+[ ! -e closed.png ] || fail "an image is there whose digest could not be printed" "--hash"
 
 # Outputs that take the place of what is read, or of one another, whatever they are called.
 cp good.json kept.json

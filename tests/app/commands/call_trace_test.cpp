@@ -113,7 +113,7 @@ TEST(Call_Trace, takes_memory_for_its_events) {
         EXPECT_EQ(run("8M", threads, false).status, 0);
         const replay_tests::Outcome outcome = run("8M", threads, true);
         EXPECT_EQ(outcome.status, 2);
-        EXPECT_NE(outcome.errors.find("standard input: expected what can be read within 8 MiB"), std::string::npos)
+        EXPECT_NE(outcome.errors.find("standard input: expected what can be read within 8M of memory"), std::string::npos)
             << outcome.errors;
         EXPECT_EQ(run("64M", threads, true).status, 0);
     }
