@@ -53,9 +53,11 @@ bool takes_no_value(const Option& option) {
     return option.value.word.empty() || !option.value.bare.empty();
 }
 
+// Alone or with a value: NAME=VALUE.
 bool is_option_of(const CLI::App& parser, const std::string& text) {
     return text.size() > 1 && text.front() == '-' &&
-           (parser.get_option_no_throw(text) || (parser.get_parent() && is_option_of(*parser.get_parent(), text)));
+           (parser.get_option_no_throw(text.substr(0, text.find('='))) ||
+            (parser.get_parent() && is_option_of(*parser.get_parent(), text)));
 }
 
 // Rejects empty values, the next option as the value of the one before it, and values of options that take none.

@@ -2,8 +2,10 @@
 #include "app/commands/render_command.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -18,6 +20,7 @@
 #include "app/commands/render_stream.h"
 #include "drawing/files/input.h"
 #include "drawing/files/output_files.h"
+#include "drawing/files/path.h"
 #include "drawing/image/color_name.h"
 #include "drawing/job/formats.h"
 #include "drawing/job/image_plan.h"
@@ -42,6 +45,14 @@ void draw_together(Render_Options& options, const Map_Options& map_options, cons
     read.insert(read.end(), {options.palette, map_options.overlay, map_options.font, map_options.style});
     drawing::refuse_same_files(read, {options.image.output, options.record, options.tile_times});
     options.limits = limits_of(options, options.threads);
+    for (const std::string& model : is_streamed(options) ? options.models : std::vector<std::string>()) {
+        // Before anything is read: a pipe may have no end.
+        std::error_code none;
+        if (const auto file = drawing::path_of(model);
+            model != "-" && std::filesystem::exists(file, none) && !std::filesystem::is_regular_file(file, none)) {
+            throw drawing::Usage_Error(model + ": expected a plain file with --stream, found another kind of file");
+        }
+    }
     std::vector<drawing::Input> inputs = open_inputs(options);
     options.given = &given;
     for (const auto& [name, file] : {std::pair("--style", &map_options.style), {"--overlay", &map_options.overlay}}) {

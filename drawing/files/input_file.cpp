@@ -117,6 +117,8 @@ std::string read_input(const std::string& path, Load_Limits& limits, std::size_t
         set_binary(stdin);
         bytes = read_stream(std::cin, name, most);
         is_read = !std::cin.bad() && std::ferror(stdin) == 0; // the stream knows only that nothing comes any more
+    } else if (path.find('\0') != path.npos) {
+        errno = ENOENT; // the system would open the name up to there
     } else if (is_named_pipe(path)) {
         is_read = read_named_pipe(path, most, bytes);
     } else {

@@ -120,6 +120,9 @@ Output_Place output_place_of(const fs::path& path) {
 // As it may be written.
 Output_Place checked_output_place_of(const fs::path& path) {
     std::error_code none;
+    if (path.native().find(fs::path::value_type{}) != path.native().npos) { // the system would take the name up to there
+        fail_to_write(path, std::make_error_code(std::errc::invalid_argument));
+    }
     if (fs::is_directory(path, none)) {
         fail_to_write(path, std::make_error_code(std::errc::is_a_directory));
     }

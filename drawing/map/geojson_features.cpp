@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "drawing/files/interruption.h"
+#include "drawing/files/json_memory.h"
 #include "drawing/files/text_encoding.h"
 #include "drawing/map/coordinate_lists.h"
 #include "drawing/map/json_scanner.h"
@@ -270,7 +271,11 @@ std::optional<Geojson_Features> read_features(const std::string& file, std::stri
     if (!reader.read()) {
         return std::nullopt;
     }
-    limits.take_memory(file, reader.position_count() * sizeof(Position) + reader.value_memory());
+    const std::uint64_t kept = reader.position_count() * sizeof(Position) + reader.value_memory();
+    if (kept + json_memory(features.rest) > limits.memory_left()) {
+        return std::nullopt; // the reader with lists borrows half of it
+    }
+    limits.take_memory(file, kept);
     limits.take_work(file, reader.position_count());
     return features;
 }

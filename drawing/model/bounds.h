@@ -20,8 +20,10 @@ struct Bounds {
         high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
     }
     void add(const Bounds& other) {
-        add(other.low);
-        add(other.high);
+        if (!other.is_empty()) { // whose low is infinite and would become high
+            add(other.low);
+            add(other.high);
+        }
     }
     bool is_empty() const noexcept { return low.x > high.x; }
     // Of the sphere around the box. The radius is 0 for a single place.

@@ -17,6 +17,7 @@ namespace vorna::drawing::model {
 namespace {
 
 constexpr std::uint64_t stl_header = 84, stl_facet = 50;
+constexpr std::uint64_t largest_record = 256;                  // bytes of a face of a PLY file
 constexpr std::size_t most_of_a_header = std::size_t{1} << 16; // bytes of a PLY file
 constexpr const char* readable = "a binary STL or a binary PLY of triangles, which can be read in parts";
 
@@ -154,6 +155,7 @@ void Triangle_File::open_ply() {
     count_ = static_cast<std::uint64_t>(faces_.count);
     start_ = place;
     record_size_ = record_size_of(faces_);
+    refuse_unless(record_size_ <= largest_record, "faces of more than 256 bytes"); // a batch of them is read at once
     if (count_ > (size_ - std::min(size_, start_)) / record_size_) {
         check_size(UINT64_MAX);
     }

@@ -147,16 +147,23 @@ void fill(const Database& database, Tile_Log& log, const Pyramid_Facts& facts) {
         }
     }
     Statement add_image(database, "INSERT INTO images VALUES (?, ?)");
-    for (std::uint32_t content = 0; content < log.content_count(); ++content) {
-        Interruption::check();
-        const std::string bytes = log.content(content);
-        add_image.run(std::int64_t{content}, std::vector<char>(bytes.begin(), bytes.end()));
+    // Images have the numbers of their first tiles: the log has them in the order in which threads or parts drew them.
+    const std::vector<Logged_Tile> tiles = log.tiles();
+    std::vector<std::int64_t> numbers(log.content_count(), -1);
+    std::int64_t count = 0;
+    for (const Logged_Tile& logged : tiles) {
+        if (numbers[logged.content] < 0) {
+            Interruption::check();
+            numbers[logged.content] = count++;
+            const std::string bytes = log.content(logged.content);
+            add_image.run(numbers[logged.content], std::vector<char>(bytes.begin(), bytes.end()));
+        }
     }
     Statement add_tile(database, "INSERT INTO map VALUES (?, ?, ?, ?)");
-    for (const Logged_Tile& logged : log.tiles()) {
+    for (const Logged_Tile& logged : tiles) {
         Interruption::check();
         const std::int64_t row_from_south = (std::int64_t{1} << logged.tile.zoom) - 1 - logged.tile.y;
-        add_tile.run(std::int64_t{logged.tile.zoom}, std::int64_t{logged.tile.x}, row_from_south, std::int64_t{logged.content});
+        add_tile.run(std::int64_t{logged.tile.zoom}, std::int64_t{logged.tile.x}, row_from_south, numbers[logged.content]);
     }
     database.run("COMMIT");
 }

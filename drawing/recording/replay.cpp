@@ -308,7 +308,7 @@ void Replay::set_window(const Window& window, const std::string& path) {
 
 void Replay::set_option(const std::string& name, const Option_Setting& setting, const std::string& path) {
     try {
-        session_.canvas().set_option(name, std::visit([](const auto& value) { return VT_Option_Content(value); }, setting));
+        session_.set_option(name, std::visit([](const auto& value) { return VT_Option_Content(value); }, setting));
     } catch (const std::invalid_argument& error) {
         throw Recording_Error(path + "options." + error.what());
     }

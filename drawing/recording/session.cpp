@@ -44,11 +44,8 @@ void force_kernels(const Module_Choice& choice) {
 }
 
 Session::Session(const Module_Choice& choice, unsigned threads) try
-    : module_(with_kernels_forced(choice)), canvas_(module_, threads) {
-    // Nothing but this renderer writes the canvas's depth buffer.
-    if (threads == 1) {
-        renderer().requested_table.add(VT_Option(depth_blocks, 0, true));
-    }
+    : module_(with_kernels_forced(choice)), canvas_(module_, threads), allows_depth_blocks_(threads == 1) {
+    renderer().requested_table.add(VT_Option(depth_blocks, 0, allows_depth_blocks_));
 } catch (const std::invalid_argument& error) {
     throw Usage_Error(kernels_message(choice, error.what()));
 }
@@ -65,6 +62,13 @@ void Session::establish() {
     canvas_.establish();
     if (recorder_) {
         recorder_->after_establish();
+    }
+}
+
+void Session::set_option(const std::string& name, const VT_Option_Content& content) {
+    canvas_.set_option(name, content);
+    if (VT_Option* const blocks = renderer().requested_table.find(depth_blocks); blocks && !allows_depth_blocks_) {
+        blocks->set(false);
     }
 }
 

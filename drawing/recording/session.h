@@ -36,6 +36,8 @@ public:
     void set_window(const VT_Int_Rectangle& window);
     // Fits buffers and actions to options and requested table. Throws when the buffers cannot be had.
     void establish();
+    // As the canvas has it, but the renderer bounds hidden triangles only where one thread draws all of them.
+    void set_option(const std::string& name, const VT_Option_Content& content);
     // For callers that set depths themselves, which contradicts the renderer's bounds of hidden triangles: turns them off. To be
     // called after each establish, since a recording may ask for them; establishes anew when they are on.
     void forbid_depth_blocks();
@@ -58,6 +60,7 @@ public:
 private:
     vorna::Module module_;
     vorna::Canvas canvas_;
+    bool allows_depth_blocks_; // nothing but one renderer writes the canvas's depth buffer
     recording::Recorder* recorder_ = nullptr;
 };
 

@@ -108,6 +108,8 @@ class Recording:
     """A document of what was drawn on a canvas. text: JSON, once the block has ended."""
 
     def __init__(self, text=None):
+        if not isinstance(text, str | None):
+            raise TypeError(f"text: expected a str, found {type(text).__name__}")
         self._text = text
 
     @property

@@ -52,7 +52,10 @@ class Image:
         self.far = far
         self.perspective = perspective
         self.warnings = list(warnings)
-        self.dpi = dpi
+        try:
+            self.dpi = float(dpi)
+        except (TypeError, ValueError, OverflowError):
+            raise ValueError(f"dpi: expected a number, found {type(dpi).__name__}") from None
         self.report = None
 
     # As an array.

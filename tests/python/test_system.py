@@ -309,3 +309,18 @@ def test_other_libraries_take_images_without_a_copy():
     assert image.__buffer__(0).obj is image.pixels
     if sys.version_info >= (3, 12):
         assert memoryview(image).shape == (8, 12, 4)
+
+
+def test_zero_bytes_end_no_names(tmp_path):
+    image = vorna.Image(np.zeros((4, 4, 4), np.uint8))
+    (tmp_path / "a").write_text("mine")
+    for write in (image.save, vorna.Recording("{}").save):
+        with pytest.raises((OSError, ValueError, vorna.Error), match="cannot be written"):
+            write(f"{tmp_path}/a\0b.png")
+    with pytest.raises((OSError, ValueError), match="cannot be read"):
+        vorna.replay(f"{tmp_path}/a\0")
+    assert [entry.name for entry in tmp_path.iterdir()] == ["a"] and (tmp_path / "a").read_text() == "mine"
+    with pytest.raises(TypeError, match="text: expected a str, found bytes"):
+        vorna.Recording(b"{}")
+    with pytest.raises(ValueError, match="dpi: expected a number, found str"):
+        vorna.Image(image.pixels, dpi="x")

@@ -242,6 +242,29 @@ TEST_F(Map_Command, drawings_have_widths_dashes_and_letters_of_their_own_size) {
     EXPECT_EQ(sheet.at(0, 399), blue);
 }
 
+// A reader that needs more memory leaves the file to one that needs less.
+TEST_F(Map_Command, more_memory_refuses_nothing_that_less_memory_allows) {
+    std::string features;
+    for (int line = 0; line < 4; ++line) {
+        std::string positions;
+        for (int i = 0; i < 60000; ++i) {
+            positions += (i == 0 ? "[" : ",[") + std::to_string(i % 10) + ',' + std::to_string(i % 7) + ']';
+        }
+        features += (line == 0 ? "" : ",") + feature("LineString", '[' + positions + ']');
+    }
+    const std::string text = R"({"type":"FeatureCollection","features":[)" + features + "]}",
+                      map = folder.file("lines.json", text);
+    bool is_drawn = false;
+    for (std::size_t times = 10; times < 40; times += 2) {
+        const replay_tests::Outcome outcome =
+            replay_tests::run_vorna({"render", map, "-o", folder.file("out.png"), "--size", "9x9", "--threads", "1",
+                                     "--max-memory", std::to_string(times * text.size() / 1024) + 'K'});
+        EXPECT_TRUE(outcome.status == 0 || !is_drawn) << times << ": " << outcome.errors;
+        is_drawn = is_drawn || outcome.status == 0;
+    }
+    EXPECT_TRUE(is_drawn);
+}
+
 TEST_F(Map_Command, wrong_usage_and_input_is_said_in_one_line_and_leaves_no_file) {
     const std::string map = folder.file("map.json", feature("Polygon", "[[[0,0],[5,0],[5,9]]]"));
     const std::string plan = folder.file("plan.json", feature("Point", "[500000,4000000]"));

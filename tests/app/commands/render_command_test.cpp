@@ -164,6 +164,7 @@ TEST_F(Render_Command, arguments_that_are_not_understood_are_answered_with_what_
         {{"--size", "2x2", "--size", "3x3"}, "--size: expected once, found 2 times"},
         {{"--color", ""}, "--color: expected COLOR, found ''"},
         {{"--record", "--hash"}, "--record: expected RECORDING, found the option --hash"},
+        {{"--record=", "--size=3x4"}, "--record: expected RECORDING, found the option --size=3x4"},
         {{"--record"}, "--record: expected RECORDING behind it, found nothing"},
         {{"--record", folder.file("r.png")},
          "--record: expected a name that ends in .json, .gz, .zst or .cbor, found '" + folder.file("r.png")},

@@ -241,6 +241,14 @@ TEST_F(Stream, batches_of_many_triangles_are_drawn_in_order_by_any_number_of_thr
     std::ranges::reverse(triangles);
     folder.file("model.stl", stl(triangles));
     EXPECT_NE(with_threads("1"), expected);
+    // Triangles without area, as many as are read at once, change nothing.
+    const Triangles seen = crowded(6, 30);
+    folder.file("seen.stl", stl(seen));
+    Triangles more(65536 * 2);
+    more.insert(more.begin() + 65536, seen.begin(), seen.end());
+    folder.file("more.stl", stl(more));
+    const Words flat{"--size", "96x96", "--shading", "flat", "--stream"};
+    EXPECT_EQ(image(flat, "more.stl"), image(flat, "seen.stl"));
 }
 
 TEST_F(Stream, plans_have_the_framing_of_the_model_and_leave_out_what_is_there) {
@@ -351,7 +359,7 @@ TEST_F(Stream, what_cannot_be_drawn_so_is_refused_with_a_line) {
     const std::string bytes = stl(triangles);
     refuse(flat, "short.stl: byte 1083: expected 20 triangles, found the end", folder.file("short.stl", bytes.substr(0, 1083)));
     refuse(flat, "none.stl: empty scene", folder.file("none.stl", stl({})));
-    const Outcome point = run({"render", folder.file("point.stl", stl({{}})), "-o", folder.file("out.png")}, flat);
+    const Outcome point = run({"render", folder.file("point.stl", stl({{}})), "-o", out, "--stream"}, flat);
     EXPECT_EQ(point.status, 1);
     EXPECT_THAT(point.errors, HasSubstr("point.stl: nothing to be seen"));
     Triangles infinite = triangles;

@@ -163,14 +163,18 @@ TEST_F(Tiles_Command, a_run_that_has_come_to_its_end_is_known_by_its_output) {
 }
 
 TEST_F(Tiles_Command, parts_join_to_the_files_of_one_run) {
-    for (const char* const output : {"tiles", "tiles.pmtiles"}) {
+    for (const char* const output : {"tiles", "tiles.pmtiles", "tiles.mbtiles"}) {
         const std::string whole = folder.file(std::string("whole-") + output),
                           joined = folder.file(std::string("joined-") + output);
         const auto tiles = [&](const std::string& name, std::vector<std::string> more) {
             more.insert(more.begin(), {"tiles", folder.file("map.json", shapes), "-o", name, "--zoom", "0-5", "--water", "blue"});
             return run_vorna(more);
         };
-        ASSERT_EQ(tiles(whole, {}).status, 0);
+        const Outcome made = tiles(whole, {});
+        if (made.errors.find("need a build with SQLite") != std::string::npos) {
+            continue;
+        }
+        ASSERT_EQ(made.status, 0) << made.errors;
         const Outcome printed = tiles(joined, {"--plan", "3"});
         ASSERT_EQ(printed.status, 0) << printed.errors;
         const nlohmann::json plan = nlohmann::json::parse(printed.output);
