@@ -73,7 +73,7 @@ class Build:
         self.targets = ["krb", "vorna15"] if cached("VORNA_BUILD_COMMAND") == "OFF" else ["vorna"]
         if cached("EMSCRIPTEN"):
             # A package for Node.js that draws recordings, and a script that draws with it.
-            self.draws_models = False
+            self.draws_models, self.processor = False, "wasm32"  # CMake's platform file says x86
             package = ROOT / "build" / name / "web/package"
             if not (package / "vorna_replayer.wasm").exists():
                 raise Failure(f"build/{name}: expected a built package")

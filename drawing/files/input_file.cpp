@@ -109,7 +109,8 @@ std::string read_stream(std::istream& stream, const std::string& name, std::size
 
 std::string read_input(const std::string& path, Load_Limits& limits, std::size_t most) {
     most = std::min<std::size_t>(most, limits.most_of_a_file());
-    const std::string name = name_of_input(path);
+    std::string name = name_of_input(path);
+    std::ranges::replace(name, '\0', ' '); // messages of exceptions end there
     std::string bytes;
     errno = 0;
     bool is_read = false;

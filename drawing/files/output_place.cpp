@@ -1,6 +1,7 @@
 // What the names of files to write lead to.
 #include "drawing/files/output_place.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <stdexcept>
@@ -93,8 +94,9 @@ bool is_writable(const fs::path& path) {
 #endif
 
 void fail_to_write(const fs::path& path, const std::error_code& reason) {
-    throw std::runtime_error((path.empty() ? "a file without a name" : path.string()) +
-                             ": cannot be written: " + reason.message());
+    std::string name = path.empty() ? "a file without a name" : path.string();
+    std::ranges::replace(name, '\0', ' '); // messages of exceptions end there
+    throw std::runtime_error(name + ": cannot be written: " + reason.message());
 }
 
 // A link stays a link.
