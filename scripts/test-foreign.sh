@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # usage: scripts/test-foreign.sh [PRESET...]
 # Cross-builds for other processors, and runs tests there under QEMU's user mode: those of renderer and host library everywhere,
-# on AArch64 with each of its kernel sets, and those of drawing where bytes or addresses are unlike this machine's: on s390x,
-# which is big-endian, and ARM, which has 32 bits. Then the golden recordings and the images of the gallery are drawn, and their
-# digests compared with docs/receipt.json. Presets choose some of linux-aarch64, linux-s390x, linux-riscv64 and linux-arm.
+# on AArch64 with each of its kernel sets, and those of drawing on s390x, which is big-endian. Then the golden recordings and the
+# images of the gallery are drawn, and their digests compared with docs/receipt.json, but for ARM, which has 32 bits: renderer and
+# host library only are built there. Presets choose some of linux-aarch64, linux-s390x, linux-riscv64 and linux-arm.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
@@ -32,5 +32,5 @@ for preset in "${presets[@]}"; do
     cmake --preset "$preset" >/dev/null
     cmake --build --preset "$preset" -j "$(nproc)"
     ctest --preset "$preset" -j "$(nproc)"
-    scripts/receipt.py --check "$preset"
+    [ ! -e "build/$preset/bin/vorna" ] || scripts/receipt.py --check "$preset"
 done

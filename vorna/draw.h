@@ -46,7 +46,7 @@ constexpr Primitive primitive_of(std::string_view function) noexcept {
                                                 : Primitive::other;
 }
 
-inline void require_values(const char* what, std::size_t needed, std::size_t given) {
+inline void require_values(const char* what, std::uint64_t needed, std::size_t given) {
     if (given < needed) {
         throw std::invalid_argument(std::to_string(needed) + " " + what + " are needed, not " + std::to_string(given));
     }
@@ -76,7 +76,7 @@ inline void require_rows(VT_Int_Pair size, std::int64_t stride, std::size_t pixe
                                     " pixels was expected, not " + std::to_string(stride));
     }
     const bool has_pixels = size.x > 0 && size.y > 0;
-    require_values("pixels", has_pixels ? static_cast<std::size_t>((size.y - 1) * stride + size.x) : 0, given);
+    require_values("pixels", has_pixels ? static_cast<std::uint64_t>((size.y - 1) * stride + size.x) : 0, given);
 }
 
 // The part of an image, placed on device pixels, that lies in a rectangle.
